@@ -1,0 +1,106 @@
+#include "BLE_kovra/app/AppDelegate.h"
+
+#include <utility>
+
+#include "BLE_kovra/core/HelperController.h"
+#include "BLE_kovra/core/MutingDecision.h"
+#include "BLE_kovra/devices/HIDMonitor.h"
+#include "BLE_kovra/platform/MainQueue.h"
+#include "BLE_kovra/platform/Platform.h"
+#include "BLE_kovra/platform/PreferencesStore.h"
+
+namespace kovra {
+
+std::shared_ptr<AppDelegate> AppDelegate::create(const Platform& platform, AppState& state, HelperController& helper,
+                                                 const L10n& texts) {
+    return std::shared_ptr<AppDelegate>(new AppDelegate(platform, state, helper, texts));
+}
+
+AppDelegate::AppDelegate(const Platform& platform, AppState& state, HelperController& helper, const L10n& texts)
+    : platform_(platform),
+      state_(state),
+      helper_(helper),
+      monitor_(HIDMonitor::create(platform.hid, platform.mainQueue, platform.locale, texts)) {}
+
+AppDelegate::~AppDelegate() = default;
+
+// The nine steps of launch; their order is part of what the program promises. Steps 2, 7 and 9 are still to come.
+void AppDelegate::applicationDidFinishLaunching() {
+    // 1. No entry in the task bar.
+    platform_.application.setActivationPolicy(ActivationPolicy::accessory);
+
+    // 2. The status item and its menu, with the plain icon.
+
+    // 3. The device list. Even the devices already attached arrive only after launch, through the queue.
+    monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->enqueue([list = std::move(devices)](AppDelegate& delegate) mutable {
+            delegate.state_.devices.set(std::move(list));
+        });
+    };
+    monitor_->start();
+
+    // 4. to 6. The choices. Nothing is saved for the values that were loaded.
+    cancellables_.push_back(onChange(state_.selectedIDs, &AppDelegate::saveSelected));
+    cancellables_.push_back(onChange(state_.isEnabled, &AppDelegate::saveEnabled));
+    cancellables_.push_back(onChange(state_.mode, &AppDelegate::saveMode));
+
+    // 7. The hot key, with hotKeyHandler().
+
+    // 8. The first decision: from the saved choices, with no device known yet.
+    evaluate();
+
+    // 9. The explanation of the driver, where it is not active: last, when all of the above works already.
+}
+
+void AppDelegate::applicationWillTerminate() {
+    // 1. Whatever the mode and the switch say, the trackpad is given back.
+    helper_.set(false);
+
+    // 2. The hot key is let go.
+}
+
+void AppDelegate::evaluate() {
+    const bool mute =
+        decideMuting(state_.mode.get(), state_.isEnabled.get(), [this] { return state_.anySelectedConnected(); });
+    helper_.set(mute);
+    state_.blocking.set(mute);
+    // The status item is refreshed last.
+}
+
+std::function<void()> AppDelegate::hotKeyHandler() {
+    return [weak = weak_from_this(), &platform = platform_] {
+        platform.mainQueue.async([weak, &platform] {
+            if (const auto self = weak.lock()) self->state_.isEnabled.set(!self->state_.isEnabled.get());
+            platform.application.beep();
+        });
+    };
+}
+
+void AppDelegate::quit() { platform_.application.terminate(); }
+
+void AppDelegate::enqueue(std::function<void(AppDelegate&)> work) {
+    platform_.mainQueue.async([weak = weak_from_this(), work = std::move(work)] {
+        if (const auto self = weak.lock()) {
+            work(*self);
+            self->evaluate();
+        }
+    });
+}
+
+template <typename T>
+Subscription AppDelegate::onChange(Published<T>& property, void (AppDelegate::*work)()) {
+    const auto handler = [weak = weak_from_this(), work](const T&) {
+        if (const auto self = weak.lock()) self->enqueue([work](AppDelegate& delegate) { (delegate.*work)(); });
+    };
+    return property.subscribe(handler, CurrentValue::drop);
+}
+
+void AppDelegate::saveSelected() { state_.saveSelected(); }
+
+void AppDelegate::saveEnabled() { state_.defaults.set(state_.kEnabled, state_.isEnabled.get()); }
+
+void AppDelegate::saveMode() { state_.saveMode(); }
+
+}  // namespace kovra

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "BLE_kovra/core/Published.h"
+#include "BLE_kovra/devices/HIDDeviceInfo.h"
+
+namespace kovra {
+
+class PreferencesStore;
+
+// What the program knows and what the user chose. Loads the choices once, when it is made; from then on memory counts
+// and the store is only written.
+//
+// Nothing is saved here by itself: whoever subscribes to a choice saves it. A chosen mouse that is not there stays
+// chosen.
+class AppState {
+  public:
+    enum class BlockMode {
+        always,    // mute whenever the switch is on
+        onDevice,  // mute only while a chosen device is connected
+    };
+    // Exactly "always" or "onDevice"; any other text is no mode.
+    static std::optional<BlockMode> modeFromRawValue(std::string_view rawValue);
+    static std::string_view rawValue(BlockMode mode);
+
+    // The identity keys of the chosen devices; a text can be looked up without a copy.
+    using Selection = std::set<std::string, std::less<>>;
+
+    explicit AppState(PreferencesStore& defaults);
+
+    static AppState& shared();
+
+    Published<std::vector<HIDDeviceInfo>> devices{{}};  // in the monitor's order
+    Published<Selection> selectedIDs{{}};
+    Published<bool> isEnabled{true};  // the master switch
+    Published<BlockMode> mode{BlockMode::onDevice};
+    Published<bool> blocking{false};  // the last decision; never saved
+
+    PreferencesStore& defaults;
+    const std::string kSelected = "selectedDeviceIDs";
+    const std::string kEnabled = "isEnabled";
+    const std::string kMode = "blockMode";
+
+    void saveSelected() const;
+    void saveMode() const;
+
+    bool anySelectedConnected() const;
+};
+
+}  // namespace kovra

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+namespace kovra {
+
+// One device as it is listed. Two records are equal only if all three fields are.
+struct HIDDeviceInfo {
+    std::string id;    // the identity key: known in lists and in the saved selection by it
+    std::string name;  // as the device reports it
+    bool connected;    // an interface is attached, or was until less than the grace period ago
+
+    bool operator==(const HIDDeviceInfo&) const = default;
+};
+
+}  // namespace kovra
+
+template <>
+struct std::hash<kovra::HIDDeviceInfo> {
+    std::size_t operator()(const kovra::HIDDeviceInfo& device) const noexcept {
+        std::size_t seed = std::hash<std::string>{}(device.id);
+        for (const std::size_t next : {std::hash<std::string>{}(device.name), std::hash<bool>{}(device.connected)}) {
+            seed = seed * 31 + next;
+        }
+        return seed;
+    }
+};

@@ -1,0 +1,47 @@
+#include "BLE_kovra/l10n/L10n.h"
+
+#include "BLE_kovra/l10n/Characters.h"
+#include "BLE_kovra/platform/Locale.h"
+#include "BLE_kovra/platform/Platform.h"
+
+namespace kovra {
+
+namespace {
+
+constexpr std::array<std::string_view, 6> rawValues{"en", "ru", "uk", "fr", "de", "es"};
+
+L10n::Lang chosenLanguage(const std::vector<std::string>& preferredLanguages) {
+    if (preferredLanguages.empty()) return L10n::Lang::en;
+    const std::string code = lowerCase(firstCharacters(preferredLanguages.front(), 2));
+    return L10n::langFromRawValue(code).value_or(L10n::Lang::en);
+}
+
+}  // namespace
+
+std::optional<L10n::Lang> L10n::langFromRawValue(std::string_view rawValue) {
+    for (const Lang lang : allLanguages) {
+        if (rawValue == L10n::rawValue(lang)) return lang;
+    }
+    return std::nullopt;
+}
+
+std::string_view L10n::rawValue(Lang lang) { return rawValues[static_cast<std::size_t>(lang)]; }
+
+L10n::L10n(const std::vector<std::string>& preferredLanguages, const Catalogue& catalogue)
+    : catalogue_(catalogue), current_(chosenLanguage(preferredLanguages)) {}
+
+std::string L10n::text(std::string_view key) const {
+    const auto table = catalogue_.find(std::string(key));
+    if (table == catalogue_.end()) return std::string(key);
+    for (const Lang lang : {current_, Lang::en}) {
+        if (const auto found = table->second.find(lang); found != table->second.end()) return found->second;
+    }
+    return std::string(key);
+}
+
+const L10n& L10n::shared() {
+    static const L10n instance(Platform::current().locale.preferredLanguages());
+    return instance;
+}
+
+}  // namespace kovra

@@ -1,0 +1,29 @@
+#pragma once
+
+namespace kovra {
+
+class Application;
+class FileSystem;
+class HIDService;
+class Locale;
+class MainQueue;
+class PreferencesStore;
+class SystemLog;
+
+// All that the program asks of the system it runs on. Only the entry point, the delegate and the shared() accessors see
+// the whole of it; every other class takes the two or three services that it needs.
+struct Platform {
+    Application& application;
+    MainQueue& mainQueue;
+    HIDService& hid;
+    PreferencesStore& preferences;
+    FileSystem& fileSystem;
+    SystemLog& log;
+    Locale& locale;
+
+    // The services of this process. install() comes first; without it, current() stops the process.
+    static void install(const Platform& platform);
+    static const Platform& current();
+};
+
+}  // namespace kovra

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace kovra {
+
+// One decoded character. `length` is the number of bytes that it took, at least 1.
+struct Utf8Character {
+    char32_t codePoint;
+    std::size_t length;
+    bool valid;  // false: no character begins here, codePoint is U+FFFD
+};
+
+// Decodes the first character of a text that is not empty. Overlong forms, surrogates, numbers past U+10FFFF and torn
+// sequences are not valid; the length then covers the longest beginning of a character (so that one U+FFFD stands for
+// it), at least one byte.
+constexpr Utf8Character decodeUtf8(std::string_view text) {
+    constexpr char32_t replacement = 0xFFFD;
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned lead = byte(0);
+    if (lead < 0x80) return {lead, 1, true};
+    if (lead < 0xC2 || lead > 0xF4) return {replacement, 1, false};
+    const std::size_t wanted = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    char32_t codePoint = lead & (0xFFU >> (wanted + 1));
+    for (std::size_t i = 1; i < wanted; ++i) {
+        unsigned lowest = 0x80, highest = 0xBF;
+        if (i == 1) {
+            if (lead == 0xE0) lowest = 0xA0;
+            if (lead == 0xED) highest = 0x9F;
+            if (lead == 0xF0) lowest = 0x90;
+            if (lead == 0xF4) highest = 0x8F;
+        }
+        if (i >= text.size() || byte(i) < lowest || byte(i) > highest) return {replacement, i, false};
+        codePoint = codePoint << 6 | (byte(i) & 0x3FU);
+    }
+    return {codePoint, wanted, true};
+}
+
+// The text with U+FFFD for each piece of it that is not valid UTF-8.
+inline std::string validUtf8(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const Utf8Character character = decodeUtf8(text);
+        result += character.valid ? text.substr(0, character.length) : std::string_view("\xEF\xBF\xBD");
+        text.remove_prefix(character.length);
+    }
+    return result;
+}
+
+}  // namespace kovra

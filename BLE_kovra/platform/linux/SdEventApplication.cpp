@@ -1,0 +1,31 @@
+#include "BLE_kovra/platform/linux/SdEventApplication.h"
+
+#include <utility>
+
+#include "BLE_kovra/platform/linux/AlertSound.h"
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+
+namespace kovra {
+
+void SdEventApplication::run(ApplicationDelegate& delegate) {
+    delegate_ = &delegate;
+    try {
+        delegate.applicationDidFinishLaunching();
+        loop_.run();
+    } catch (...) {
+        terminate();
+        throw;
+    }
+    terminate();
+}
+
+void SdEventApplication::setActivationPolicy(ActivationPolicy) {}
+
+void SdEventApplication::terminate() {
+    loop_.stop();
+    if (ApplicationDelegate* delegate = std::exchange(delegate_, nullptr)) delegate->applicationWillTerminate();
+}
+
+void SdEventApplication::beep() { playAlertSound(); }
+
+}  // namespace kovra

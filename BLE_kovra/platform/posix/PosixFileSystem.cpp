@@ -1,0 +1,62 @@
+#include "BLE_kovra/platform/posix/PosixFileSystem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace kovra {
+
+namespace {
+
+Outcome refusal(int error) { return Outcome::failure(std::strerror(error)); }
+
+// 0, or the error. A text is short; what the system takes only in part it has no room for.
+int writeAtStart(int file, std::string_view text) {
+    ssize_t written;
+    do {
+        written = ::pwrite(file, text.data(), text.size(), 0);
+    } while (written < 0 && errno == EINTR);
+    if (written < 0) return errno;
+    return static_cast<std::size_t>(written) == text.size() ? 0 : ENOSPC;
+}
+
+int cutTo(int file, std::size_t size) { return ::ftruncate(file, static_cast<off_t>(size)) == 0 ? 0 : errno; }
+
+// A longer file is cut first, a shorter one last: so no state on the way is empty, and none is a whole word that nobody
+// wrote. (Going from "off" to "on" a reader may see "of", going back "of" or "off".)
+int replaceContent(int file, std::string_view text) {
+    struct stat before {};
+    if (::fstat(file, &before) != 0) return errno;
+    if (!S_ISREG(before.st_mode)) return EINVAL;
+    const bool growing = before.st_size < static_cast<off_t>(text.size());
+    if (growing) {
+        if (const int error = writeAtStart(file, text)) return error;
+        return cutTo(file, text.size());
+    }
+    if (const int error = cutTo(file, text.size())) return error;
+    return writeAtStart(file, text);
+}
+
+}  // namespace
+
+Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_view text) {
+    // Not through a link, which could lead to any file of the user's, and not waiting for the reader of a pipe.
+    constexpr int how = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
+    int file;
+    do {
+        file = ::open(path.c_str(), how, 0644);
+    } while (file < 0 && errno == EINTR);
+    if (file < 0) return refusal(errno);
+
+    int error = replaceContent(file, text);
+    // Where even that has no room (a full disk that copies on write) an old text must not stand as if it were the new
+    // one.
+    if (error != 0 && error != EINVAL) static_cast<void>(cutTo(file, 0));
+    if (::close(file) != 0 && error == 0 && errno != EINTR) error = errno;
+    return error == 0 ? Outcome::success() : refusal(error);
+}
+
+}  // namespace kovra
