@@ -57,6 +57,8 @@ void playBell() {
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGXFSZ, SIG_DFL);
     ::close_range(STDERR_FILENO + 1, ~0U, 0);
     ::alarm(5);  // the default action ends the player, whatever the sound server does
     playBell();

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "BLE_kovra/platform/linux/BusConnection.h"
+
+namespace kovra {
+
+// What the login manager tells of the user's session and of the machine's sleep. Without a system bus or a login
+// manager it stays silent.
+class LogindSession {
+  public:
+    // The session that this process belongs to, or else the user's session at the screen; empty where there is none.
+    static std::string currentSession();
+
+    LogindSession(SdEventLoop& loop, std::string session);
+
+    // Called from the queue.
+    std::function<void()> onRemoved;  // the session has ended: the user has logged out
+    std::function<void()> onResumed;  // the machine is awake again
+
+  private:
+    void listenTo(const char* signal, sd_bus_message_handler_t handler);
+    static int sessionRemoved(sd_bus_message* message, void* context, sd_bus_error* error);
+    static int prepareForSleep(sd_bus_message* message, void* context, sd_bus_error* error);
+
+    SdEventLoop& loop_;
+    const std::string session_;
+    std::optional<BusConnection> connection_;
+};
+
+}  // namespace kovra

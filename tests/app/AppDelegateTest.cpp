@@ -1,0 +1,253 @@
+#include "BLE_kovra/app/AppDelegate.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "tests/support/AppRig.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+using Mode = AppState::BlockMode;
+using Texts = std::vector<std::string>;
+
+// A launched application with an empty queue.
+struct LaunchedRig : Computer, AppRig {
+    LaunchedRig() : AppRig(static_cast<Computer&>(*this)) {
+        launch();
+        queue.run();
+    }
+};
+
+const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
+
+TEST(AppDelegate, LoadsTheChoicesBeforeItLaunches) {
+    Computer computer;
+    computer.preferences.stored.emplace("isEnabled", false);
+    const AppRig rig(computer);
+    EXPECT_FALSE(rig.state.isEnabled.get());
+    EXPECT_TRUE(computer.files.writes.empty());
+    EXPECT_EQ(computer.hid.managersCreated(), 0);
+}
+
+TEST(AppDelegate, SetsTheAccessoryPolicy) {
+    const LaunchedRig rig;
+    EXPECT_EQ(rig.application.policies, std::vector{ActivationPolicy::accessory});
+}
+
+TEST(AppDelegate, OnlyQueuesWorkForThePublishedList) {
+    LaunchedRig rig;
+    rig.hid.attach(mouse);
+    rig.queue.runOneTurn();  // the device's own event: the monitor publishes
+    EXPECT_TRUE(rig.state.devices.get().empty());
+    rig.queue.runOneTurn();
+    ASSERT_EQ(rig.state.devices.get().size(), 1U);
+    EXPECT_EQ(rig.state.devices.get()[0].id, mouse.key());
+}
+
+TEST(AppDelegate, SavesASelectionOnceItIsStored) {
+    LaunchedRig rig;
+    rig.state.selectedIDs.set({mouse.key()});
+    EXPECT_TRUE(rig.preferences.saves.empty());
+    rig.queue.run();
+    ASSERT_EQ(rig.preferences.saves.size(), 1U);
+    EXPECT_EQ(rig.preferences.saves[0].key, "selectedDeviceIDs");
+    EXPECT_EQ(std::get<std::string>(std::get<PreferenceArray>(rig.preferences.saves[0].value).at(0)), mouse.key());
+}
+
+TEST(AppDelegate, SavesTheSwitchOnceItIsStored) {
+    LaunchedRig rig;
+    rig.state.isEnabled.set(false);
+    EXPECT_TRUE(rig.preferences.saves.empty());
+    rig.queue.run();
+    ASSERT_EQ(rig.preferences.saves.size(), 1U);
+    EXPECT_EQ(rig.preferences.saves[0].key, "isEnabled");
+    EXPECT_FALSE(std::get<bool>(rig.preferences.saves[0].value));
+}
+
+TEST(AppDelegate, SavesTheModeOnceItIsStored) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    ASSERT_EQ(rig.preferences.saves.size(), 1U);
+    EXPECT_EQ(rig.preferences.saves[0].key, "blockMode");
+    EXPECT_EQ(std::get<std::string>(rig.preferences.saves[0].value), "always");
+}
+
+TEST(AppDelegate, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
+    LaunchedRig rig;
+    rig.state.isEnabled.set(false);
+    rig.state.isEnabled.set(true);
+    rig.queue.run();
+    ASSERT_EQ(rig.preferences.saves.size(), 2U);
+    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[0].value));
+    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[1].value));
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
+}
+
+TEST(AppDelegate, SavesAndDecidesAgainForTheSameModeChosenAgain) {
+    LaunchedRig rig;
+    int evaluations = 0;
+    const Subscription token = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
+    rig.state.mode.set(Mode::onDevice);
+    rig.queue.run();
+    EXPECT_EQ(rig.preferences.savesOf("blockMode"), 1U);
+    EXPECT_EQ(evaluations, 1);
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
+}
+
+TEST(AppDelegate, SavesNoDeviceListAndNoDecision) {
+    LaunchedRig rig;
+    rig.hid.attach(mouse);
+    rig.queue.run();
+    EXPECT_TRUE(rig.preferences.saves.empty());
+}
+
+TEST(AppDelegate, AnnouncesEveryEvaluationAlsoAnUnchangedOne) {
+    LaunchedRig rig;
+    std::vector<bool> heard;
+    const Subscription token =
+        rig.state.blocking.subscribe([&](bool value) { heard.push_back(value); }, CurrentValue::drop);
+    rig.delegate->evaluate();
+    rig.delegate->evaluate();
+    EXPECT_EQ(heard, (std::vector<bool>{false, false}));
+}
+
+TEST(AppDelegate, KeepsItsDecisionWhenTheFlagCannotBeWritten) {
+    LaunchedRig rig;
+    rig.files.failAlways("No such file or directory");
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_TRUE(rig.state.blocking.get());
+    EXPECT_EQ(rig.log.lines, Texts{"ble-kovra: не удалось записать флаг (on): No such file or directory"});
+    rig.delegate->evaluate();
+    EXPECT_EQ(rig.log.lines.size(), 2U);
+    rig.files.failAlways(std::nullopt);
+    rig.delegate->evaluate();
+    EXPECT_EQ(rig.flag(), "on");
+}
+
+TEST(AppDelegate, WritesOffWithTheSwitchOffWhateverTheModeAndTheDevices) {
+    LaunchedRig rig;
+    rig.hid.attach(mouse);
+    rig.state.selectedIDs.set({mouse.key()});
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "on");
+    rig.state.isEnabled.set(false);
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "off");
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "off");
+}
+
+TEST(AppDelegate, FlipsTheSwitchThenBeepsAtTheHotKey) {
+    LaunchedRig rig;
+    std::string order;
+    const Subscription token = rig.state.isEnabled.subscribe(
+        [&](bool) { order += rig.application.beeps == 0 ? "flip before beep" : "flip after beep"; },
+        CurrentValue::drop);
+    const auto press = rig.delegate->hotKeyHandler();
+    press();
+    EXPECT_TRUE(rig.state.isEnabled.get());
+    rig.queue.runOneTurn();
+    EXPECT_FALSE(rig.state.isEnabled.get());
+    EXPECT_EQ(order, "flip before beep");
+    EXPECT_EQ(rig.application.beeps, 1);
+    EXPECT_TRUE(rig.preferences.saves.empty());  // on a later turn
+    rig.queue.run();
+    EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
+}
+
+TEST(AppDelegate, EndsWhereItStartedAfterTwoPresses) {
+    LaunchedRig rig;
+    const auto press = rig.delegate->hotKeyHandler();
+    press();
+    rig.queue.run();
+    press();
+    rig.queue.run();
+    EXPECT_TRUE(rig.state.isEnabled.get());
+    EXPECT_EQ(rig.application.beeps, 2);
+    ASSERT_EQ(rig.preferences.saves.size(), 2U);
+    EXPECT_FALSE(std::get<bool>(rig.preferences.saves[0].value));
+    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[1].value));
+}
+
+TEST(AppDelegate, SavesTheStartingValueTwiceForTwoPressesBeforeTheFirstSave) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.preferences.saves.clear();
+    const auto press = rig.delegate->hotKeyHandler();
+    press();
+    press();
+    rig.queue.run();
+    ASSERT_EQ(rig.preferences.saves.size(), 2U);
+    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[0].value));
+    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[1].value));
+    EXPECT_EQ(rig.application.beeps, 2);
+    EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on"}));  // not written again
+}
+
+TEST(AppDelegate, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
+    LaunchedRig rig;
+    const auto press = rig.delegate->hotKeyHandler();
+    rig.delegate.reset();
+    press();
+    rig.queue.run();
+    EXPECT_EQ(rig.application.beeps, 1);
+    EXPECT_TRUE(rig.state.isEnabled.get());
+}
+
+TEST(AppDelegate, DoesNothingForQueuedWorkOnceItIsGone) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.delegate.reset();
+    rig.queue.run();
+    EXPECT_TRUE(rig.preferences.saves.empty());
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
+}
+
+TEST(AppDelegate, IsHeldAliveByNoHandler) {
+    LaunchedRig rig;
+    const std::weak_ptr<AppDelegate> watch = rig.delegate;
+    const auto press = rig.delegate->hotKeyHandler();
+    rig.hid.attach(mouse);
+    rig.state.mode.set(Mode::always);
+    rig.delegate.reset();
+    EXPECT_TRUE(watch.expired());
+}
+
+TEST(AppDelegate, GivesTheTrackpadBackAtItsEnd) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "on");
+    rig.delegate->quit();
+    EXPECT_TRUE(rig.application.terminated);
+    EXPECT_EQ(rig.flag(), "off");
+}
+
+TEST(AppDelegate, WritesOffAtItsEndOnlyIfItStoodOn) {
+    LaunchedRig rig;
+    rig.delegate->quit();
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
+}
+
+TEST(AppDelegate, TriesToWriteOffAtItsEndWhenTheLastWriteFailed) {
+    LaunchedRig rig;
+    rig.files.failNext("Input/output error");
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.delegate->quit();
+    EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on"}));  // the last success was "off" already
+    EXPECT_EQ(rig.flag(), "off");
+}
+
+}  // namespace
+}  // namespace kovra

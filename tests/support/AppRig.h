@@ -1,0 +1,62 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/app/AppDelegate.h"
+#include "BLE_kovra/core/AppState.h"
+#include "BLE_kovra/core/HelperController.h"
+#include "BLE_kovra/l10n/L10n.h"
+#include "BLE_kovra/platform/Platform.h"
+#include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakeServices.h"
+
+namespace kovra {
+
+// A computer with a user: what stays when the program ends and starts again.
+struct Computer {
+    FakeMainQueue queue;
+    FakeHID hid{queue};
+    FakePreferences preferences;
+    FakeFileSystem files;
+    FakeLog log;
+    FakeLocale locale;
+
+    void choose(const std::vector<DeviceDescription>& devices) {
+        PreferenceArray keys;
+        for (const DeviceDescription& device : devices) keys.emplace_back(device.key());
+        preferences.stored.insert_or_assign("selectedDeviceIDs", keys);
+    }
+
+    std::string flag() const {
+        const auto found = files.contents.find(HelperController::standardStateFile);
+        return found == files.contents.end() ? "missing" : found->second;
+    }
+    std::vector<std::string> flagWrites() const {
+        std::vector<std::string> texts;
+        for (const auto& write : files.writes) texts.push_back(write.text);
+        return texts;
+    }
+};
+
+// The whole application on a computer of fakes, from its making to its end.
+struct AppRig {
+    explicit AppRig(Computer& on) : computer(on) {
+        application.onTerminated = [this] { computer.queue.stop(); };
+    }
+
+    void launch() { application.run(*delegate); }
+
+    Computer& computer;
+    FakeApplication application;
+    L10n texts{computer.locale.preferredLanguages()};
+    Platform platform{application,    computer.queue, computer.hid,   computer.preferences,
+                      computer.files, computer.log,   computer.locale};
+    AppState state{computer.preferences};
+    HelperController helper{computer.files, computer.log};
+    std::shared_ptr<AppDelegate> delegate = AppDelegate::create(platform, state, helper, texts);
+};
+
+}  // namespace kovra
