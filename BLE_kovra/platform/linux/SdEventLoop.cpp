@@ -170,7 +170,11 @@ std::unique_ptr<SdEventLoop::Signal> SdEventLoop::onSignal(int number, Block blo
 }
 
 void SdEventLoop::run() {
-    while (!stopped_) turn();
+    runUntil([] { return false; });
+}
+
+void SdEventLoop::runUntil(const std::function<bool()>& done) {
+    while (!stopped_ && !done()) turn();
 }
 
 void SdEventLoop::stop() {

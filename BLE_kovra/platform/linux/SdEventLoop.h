@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <unordered_set>
 
@@ -49,6 +50,8 @@ class SdEventLoop : public MainQueue {
 
     // Turns until stop().
     void run();
+    // Turns until `done`, or until stop(). Also from inside a block: what happens meanwhile goes on happening.
+    void runUntil(const std::function<bool()>& done);
     // Drops what is queued: from now on no block runs, nothing queues, and run() returns.
     void stop();
     bool isStopped() const { return stopped_; }
