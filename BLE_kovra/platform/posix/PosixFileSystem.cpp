@@ -13,14 +13,16 @@ namespace {
 
 Outcome refusal(int error) { return Outcome::failure(std::strerror(error)); }
 
-// 0, or the error. A text is short; what the system takes only in part it has no room for.
+// 0, or the error. What the system takes only in part is offered again: only then does it give its reason.
 int writeAtStart(int file, std::string_view text) {
-    ssize_t written;
-    do {
-        written = ::pwrite(file, text.data(), text.size(), 0);
-    } while (written < 0 && errno == EINTR);
-    if (written < 0) return errno;
-    return static_cast<std::size_t>(written) == text.size() ? 0 : ENOSPC;
+    std::size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t written = ::pwrite(file, text.data() + done, text.size() - done, static_cast<off_t>(done));
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return written < 0 ? errno : ENOSPC;
+        done += static_cast<std::size_t>(written);
+    }
+    return 0;
 }
 
 int cutTo(int file, std::size_t size) { return ::ftruncate(file, static_cast<off_t>(size)) == 0 ? 0 : errno; }

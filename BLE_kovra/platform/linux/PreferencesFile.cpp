@@ -1,0 +1,140 @@
+#include "BLE_kovra/platform/linux/PreferencesFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace kovra {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    int number() const { return number_; }
+    bool isOpen() const { return number_ >= 0; }
+    // For who must know whether the system kept what was written. 0, or the error.
+    int close() { return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR ? 0 : errno; }
+
+  private:
+    int number_;
+};
+
+int readAll(int file, std::string& text) {
+    char piece[16384];
+    for (;;) {
+        const ssize_t count = ::read(file, piece, sizeof piece);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return errno;
+        if (count == 0) return 0;
+        text.append(piece, static_cast<std::size_t>(count));
+        if (text.size() > PreferencesFile::largestSize) return EFBIG;
+    }
+}
+
+int writeAll(int file, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::write(file, text.data(), text.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return errno;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return 0;
+}
+
+// Where the links at the path lead in the end, whether a file is there or not.
+int followLinks(fs::path& path) {
+    std::error_code error;
+    for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
+        if (links == 40) return ELOOP;
+        const fs::path target = fs::read_symlink(path, error);
+        if (error) return error.value();
+        path = path.parent_path() / target;
+    }
+    return 0;
+}
+
+int makeFolders(const fs::path& folder) {
+    if (::mkdir(folder.c_str(), 0700) == 0) return 0;
+    if (errno == EEXIST) return 0;  // whether it is a folder shows when a file is made in it
+    if (errno != ENOENT || !folder.has_relative_path()) return errno;
+    if (const int error = makeFolders(folder.parent_path())) return error;
+    return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+// A second name for the file, one that nothing has.
+int keepAside(const fs::path& file) {
+    constexpr int mostNames = 1000;
+    for (int number = 1; number <= mostNames; ++number) {
+        const std::string suffix = number == 1 ? ".damaged" : ".damaged-" + std::to_string(number);
+        if (::link(file.c_str(), (file.native() + suffix).c_str()) == 0) return 0;
+        if (errno != EEXIST) return errno;
+    }
+    return EEXIST;
+}
+
+int writeAndSync(int number, const std::string& text) {
+    Descriptor file(number);
+    int error = writeAll(number, text);
+    if (error == 0 && ::fsync(number) != 0) error = errno;
+    const int errorAtClose = file.close();
+    return error != 0 ? error : errorAtClose;
+}
+
+// So that the new name outlasts a crash too. Some file systems know no such thing; the file is complete either way.
+void syncFolder(const fs::path& folder) {
+    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.isOpen()) ::fsync(opened.number());
+}
+
+}  // namespace
+
+int PreferencesFile::read(std::string& text) const {
+    text.clear();
+    // Never waits for the other end of a pipe.
+    const Descriptor file(::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!file.isOpen()) return errno;
+    struct stat status {};
+    if (::fstat(file.number(), &status) != 0) return errno;
+    if (S_ISDIR(status.st_mode)) return EISDIR;
+    if (!S_ISREG(status.st_mode)) return EINVAL;
+    return readAll(file.number(), text);
+}
+
+int PreferencesFile::replace(const std::string& text, Old old) const {
+    if (text.size() > largestSize) return EFBIG;
+    if (path_.empty()) return ENOENT;
+    fs::path target = path_;
+    if (const int error = followLinks(target)) return error;
+    if (const int error = makeFolders(target.parent_path())) return error;
+
+    std::string temporary = target.native() + ".XXXXXX";
+    const int file = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (file < 0) return errno;
+    int error = writeAndSync(file, text);
+    if (error == 0 && old == Old::keptAside) error = keepAside(target);
+    if (error == 0 && std::rename(temporary.c_str(), target.c_str()) != 0) error = errno;
+    if (error != 0) {
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    syncFolder(target.parent_path());
+    return 0;
+}
+
+}  // namespace kovra
