@@ -1,0 +1,84 @@
+#include "BLE_kovra/platform/linux/UdevHIDAnnouncer.h"
+
+#include <set>
+#include <utility>
+
+#include "BLE_kovra/platform/MainQueue.h"
+
+namespace kovra {
+
+namespace {
+
+// A copy is called: the callback may do away with the one that is kept.
+void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
+    if (callback) callback(device);
+}
+
+}  // namespace
+
+UdevHIDAnnouncer::~UdevHIDAnnouncer() {
+    for (const auto& [name, task] : pending_) task->cancel();
+}
+
+void UdevHIDAnnouncer::look(const std::string& nodeName) { examine(nodeName, false); }
+
+std::vector<std::string> UdevHIDAnnouncer::everything() const {
+    const std::vector<std::string> names = nodes_.names();
+    std::set<std::string> all(names.begin(), names.end());
+    for (const auto& [name, device] : announced_) all.insert(name);
+    for (const auto& [name, task] : pending_) all.insert(name);
+    return {all.begin(), all.end()};
+}
+
+void UdevHIDAnnouncer::silence() {
+    attached = nullptr;
+    removed = nullptr;
+}
+
+void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue) {
+    const UdevHIDNode node = nodes_.read(nodeName);
+    switch (node.state) {
+        case UdevHIDNode::State::gone:
+            nodeIsGone(nodeName);
+            break;
+        case UdevHIDNode::State::unreadable:
+            examineLater(nodeName);
+            break;
+        case UdevHIDNode::State::unbound:
+            if (isOverdue || announced_.contains(nodeName))
+                nodeIsThere(nodeName, *node.device);
+            else
+                examineLater(nodeName);
+            break;
+        case UdevHIDNode::State::bound:
+            nodeIsThere(nodeName, *node.device);
+            break;
+    }
+}
+
+void UdevHIDAnnouncer::examineLater(const std::string& nodeName) {
+    if (pending_.contains(nodeName)) return;
+    pending_[nodeName] = queue_.asyncAfter(patience, [weak = weak_from_this(), nodeName] {
+        const auto announcer = weak.lock();
+        if (!announcer) return;
+        announcer->pending_.erase(nodeName);
+        announcer->examine(nodeName, true);
+    });
+}
+
+void UdevHIDAnnouncer::nodeIsGone(const std::string& nodeName) {
+    if (const auto pending = pending_.extract(nodeName)) pending.mapped()->cancel();
+    if (const auto gone = announced_.extract(nodeName)) call(removed, gone.mapped());
+}
+
+void UdevHIDAnnouncer::nodeIsThere(const std::string& nodeName, const UdevHIDDevice& device) {
+    if (const auto pending = pending_.extract(nodeName)) pending.mapped()->cancel();
+    const auto [known, isNew] = announced_.try_emplace(nodeName, device);
+    if (!isNew) {
+        if (known->second == device) return;
+        call(removed, std::exchange(known->second, device));
+    }
+    call(attached, device);
+}
+
+}  // namespace kovra

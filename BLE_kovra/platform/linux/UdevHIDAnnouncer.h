@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "BLE_kovra/platform/HIDManager.h"
+#include "BLE_kovra/platform/linux/UdevHIDDevice.h"
+#include "BLE_kovra/platform/linux/UdevHIDNodes.h"
+
+namespace kovra {
+
+class DelayedTask;
+class MainQueue;
+
+// Knows which HID interfaces have been announced, and announces what differs from that.
+//
+// A node is announced once a driver is bound to it, since drivers give devices their names, or `patience` after it was
+// first seen without one. An announced interface whose name or numbers have changed is taken back and announced again
+// under the same number. That its driver goes, or is swapped, changes nothing. Looking twice does no more than looking
+// once.
+class UdevHIDAnnouncer : public std::enable_shared_from_this<UdevHIDAnnouncer> {
+  public:
+    static constexpr std::chrono::milliseconds patience{300};
+
+    UdevHIDAnnouncer(MainQueue& queue, udev* context) : queue_(queue), nodes_(context) {}
+    ~UdevHIDAnnouncer();
+
+    HIDManager::Callback attached;
+    HIDManager::Callback removed;
+
+    // Compares the node, as it is now, with what was announced of it. Calls back from inside this call.
+    void look(const std::string& nodeName);
+    // Every node there is or was known to be: looking at each of them makes good for lost events.
+    std::vector<std::string> everything() const;
+    // Nothing is announced any more.
+    void silence();
+
+  private:
+    void examine(const std::string& nodeName, bool isOverdue);
+    void examineLater(const std::string& nodeName);
+    void nodeIsGone(const std::string& nodeName);
+    void nodeIsThere(const std::string& nodeName, const UdevHIDDevice& device);
+
+    MainQueue& queue_;
+    UdevHIDNodes nodes_;
+    std::unordered_map<std::string, UdevHIDDevice> announced_;
+    std::unordered_map<std::string, std::unique_ptr<DelayedTask>> pending_;  // nodes that are examined again when due
+};
+
+}  // namespace kovra

@@ -1,0 +1,26 @@
+#include "BLE_kovra/platform/linux/UdevHIDEvents.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace kovra {
+
+std::unique_ptr<UdevHIDEvents> UdevHIDEvents::open(udev* context) {
+    Monitor monitor(udev_monitor_new_from_netlink(context, "udev"));
+    // The filter comes first, so that no foreign event ever wakes the process.
+    if (!monitor || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "hid", nullptr) < 0 ||
+        udev_monitor_enable_receiving(monitor.get()) < 0) {
+        return nullptr;
+    }
+    return std::unique_ptr<UdevHIDEvents>(new UdevHIDEvents(std::move(monitor)));
+}
+
+UdevHIDEvents::Event UdevHIDEvents::next() {
+    errno = 0;
+    const Handle<udev_device, udev_device_unref> device(udev_monitor_receive_device(monitor_.get()));
+    if (device) return {Event::Kind::device, udev_device_get_sysname(device.get())};
+    if (errno == 0 || errno == EAGAIN || errno == EINTR) return {Event::Kind::none, {}};
+    return {Event::Kind::lost, {}};
+}
+
+}  // namespace kovra
