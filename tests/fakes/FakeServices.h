@@ -137,13 +137,13 @@ class FakeApplication : public Application {
     void terminate() override {
         if (terminated) return;
         terminated = true;
+        if (onTerminating) onTerminating();
         if (delegate_ != nullptr) delegate_->applicationWillTerminate();
-        if (onTerminated) onTerminated();
     }
     void beep() override { ++beeps; }
 
     std::vector<ActivationPolicy> policies;
-    std::function<void()> onTerminated;  // where a test stops its queue
+    std::function<void()> onTerminating;  // where a test stops its queue
     bool terminated = false;
     int beeps = 0;
 

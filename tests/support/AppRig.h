@@ -44,7 +44,7 @@ struct Computer {
 // The whole application on a computer of fakes, from its making to its end.
 struct AppRig {
     explicit AppRig(Computer& on) : computer(on) {
-        application.onTerminated = [this] { computer.queue.stop(); };
+        application.onTerminating = [this] { computer.queue.stop(); };
     }
 
     void launch() { application.run(*delegate); }

@@ -1,0 +1,28 @@
+#include "tests/contracts/ApplicationContract.h"
+#include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakeServices.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    FakeDriver() {
+        application_.onTerminating = [this] { queue_.stop(); };
+    }
+    Application& application() { return application_; }
+    MainQueue& queue() { return queue_; }
+    void runOut(ApplicationDelegate& delegate) {
+        application_.run(delegate);
+        queue_.run();
+    }
+
+  private:
+    FakeMainQueue queue_;
+    FakeApplication application_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ApplicationContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+
+extern char** environ;
+
+namespace kovra {
+
+// A message bus of the test's own, a real dbus-daemon, that the environment variable names for as long as it lives.
+class PrivateBus {
+  public:
+    explicit PrivateBus(std::string variable) : variable_(std::move(variable)) {
+        std::array<int, 2> out{};
+        EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+        std::array<char*, 5> arguments{const_cast<char*>("dbus-daemon"), const_cast<char*>("--session"),
+                                       const_cast<char*>("--nofork"), const_cast<char*>("--print-address=1"), nullptr};
+        EXPECT_EQ(::posix_spawnp(&pid_, "dbus-daemon", &actions, nullptr, arguments.data(), environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+        ::close(out[1]);
+        std::string address;
+        for (char c = 0; ::read(out[0], &c, 1) == 1 && c != '\n';) address += c;
+        ::close(out[0]);
+        EXPECT_FALSE(address.empty());
+        ::setenv(variable_.c_str(), address.c_str(), 1);
+    }
+    ~PrivateBus() {
+        end();
+        ::unsetenv(variable_.c_str());
+    }
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+
+    // The bus dies; its address stays in the environment.
+    void end() {
+        if (pid_ <= 0) return;
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+        pid_ = 0;
+    }
+
+  private:
+    std::string variable_;
+    pid_t pid_ = 0;
+};
+
+}  // namespace kovra

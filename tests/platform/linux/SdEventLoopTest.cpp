@@ -1,0 +1,145 @@
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <string>
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Both ends of a pipe, closed with it.
+struct Pipe {
+    Pipe() { EXPECT_EQ(::pipe(ends.data()), 0); }
+    ~Pipe() {
+        ::close(ends[0]);
+        ::close(ends[1]);
+    }
+    void write(const std::string& text) const {
+        EXPECT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    char readOne() const {
+        char c = 0;
+        EXPECT_EQ(::read(ends[0], &c, 1), 1);
+        return c;
+    }
+    std::array<int, 2> ends{};
+};
+
+void let(SdEventLoop& loop, std::chrono::milliseconds duration) {
+    bool done = false;
+    loop.asyncAfter(duration, [&] { done = true; });
+    loop.runUntil([&] { return done; });
+}
+
+TEST(SdEventLoop, RingsOnceForADescriptorUntilItIsAskedToRingAgain) {
+    SdEventLoop loop;
+    const Pipe pipe;
+    std::string read;
+    const auto watch = loop.watch(pipe.ends[0], [&] { read += pipe.readOne(); });
+    pipe.write("ab");
+    let(loop, 20ms);
+    EXPECT_EQ(read, "a");
+    watch->rearm();
+    let(loop, 20ms);
+    EXPECT_EQ(read, "ab");
+}
+
+TEST(SdEventLoop, RingsNoMoreForAWatchThatWasLetGo) {
+    SdEventLoop loop;
+    const Pipe pipe;
+    int rings = 0;
+    auto watch = loop.watch(pipe.ends[0], [&] { ++rings; });
+    pipe.write("a");
+    watch.reset();
+    let(loop, 20ms);
+    EXPECT_EQ(rings, 0);
+}
+
+TEST(SdEventLoop, LetsAWatchGoFromInsideItsOwnBlock) {
+    SdEventLoop loop;
+    const Pipe pipe;
+    int rings = 0;
+    std::unique_ptr<SdEventLoop::Watch> watch;
+    watch = loop.watch(pipe.ends[0], [&] {
+        watch.reset();
+        ++rings;
+    });
+    pipe.write("a");
+    let(loop, 20ms);
+    EXPECT_EQ(rings, 1);
+}
+
+TEST(SdEventLoop, PutsASignalBeforeWhatIsQueued) {
+    SdEventLoop loop;
+    std::string order;
+    const auto signal = loop.onSignal(SIGUSR1, [&] { order += 's'; });
+    ASSERT_NE(signal, nullptr);
+    ::raise(SIGUSR1);
+    loop.async([&] { order += 'a'; });
+    let(loop, 20ms);
+    EXPECT_EQ(order, "sa");
+}
+
+TEST(SdEventLoop, LeavesASignalIgnoredThatTheProcessWasToldToIgnore) {
+    std::signal(SIGUSR2, SIG_IGN);
+    SdEventLoop loop;
+    EXPECT_EQ(loop.onSignal(SIGUSR2, [] {}), nullptr);
+    std::signal(SIGUSR2, SIG_DFL);
+}
+
+TEST(SdEventLoop, RunsNestedFromInsideABlockWhileTheQueueGoesOn) {
+    SdEventLoop loop;
+    std::string order;
+    bool done = false;
+    loop.async([&] {
+        order += '(';
+        loop.async([&] { order += 'b'; });
+        loop.asyncAfter(5ms, [&] { done = true; });
+        loop.runUntil([&] { return done; });
+        order += ')';
+        loop.stop();
+    });
+    loop.async([&] { order += 'a'; });
+    loop.run();
+    EXPECT_EQ(order, "(ab)");
+}
+
+TEST(SdEventLoop, ReturnsFromEveryNestedRunWhenItStops) {
+    SdEventLoop loop;
+    std::string order;
+    loop.async([&] {
+        loop.runUntil([] { return false; });
+        order += 'n';
+    });
+    loop.asyncAfter(5ms, [&] { loop.stop(); });
+    loop.run();
+    EXPECT_EQ(order, "n");
+}
+
+TEST(SdEventLoop, HoldsADelayFromTheMomentOfTheCallHoweverLongTheTurnHasRun) {
+    SdEventLoop loop;
+    using std::chrono::steady_clock;
+    steady_clock::time_point asked, ran;
+    loop.async([&] {
+        // The turn is long past its beginning when the delay is asked for.
+        const auto busyUntil = steady_clock::now() + 30ms;
+        while (steady_clock::now() < busyUntil) {
+        }
+        asked = steady_clock::now();
+        loop.asyncAfter(20ms, [&] {
+            ran = steady_clock::now();
+            loop.stop();
+        });
+    });
+    loop.run();
+    EXPECT_GE(ran - asked, 20ms);
+}
+
+}  // namespace
+}  // namespace kovra
