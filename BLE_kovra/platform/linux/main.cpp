@@ -1,0 +1,76 @@
+// The composition root: makes the services of the Linux desktop and runs the application on them.
+
+#include <langinfo.h>
+
+#include <clocale>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "BLE_kovra/app/BLE_kovraApp.h"
+#include "BLE_kovra/platform/Platform.h"
+#include "BLE_kovra/platform/linux/GlibcLocale.h"
+#include "BLE_kovra/platform/linux/JournalLog.h"
+#include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
+#include "BLE_kovra/platform/linux/LogindSession.h"
+#include "BLE_kovra/platform/linux/SdEventApplication.h"
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/SingleInstance.h"
+#include "BLE_kovra/platform/linux/UdevHIDService.h"
+#include "BLE_kovra/platform/posix/PosixFileSystem.h"
+
+namespace {
+
+// What would otherwise end the process without a word: a closed pipe, a limit on file sizes. The calls report both.
+void ignoreFatalConditions() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+// The user's language; but every text in this program is UTF-8, also where the user's terminals still are not.
+void adoptLocale() {
+    std::setlocale(LC_ALL, "");
+    if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+void runApplication() {
+    kovra::SdEventLoop loop;
+    const kovra::SingleInstance instance(loop);
+    if (instance.isSecond()) return;
+
+    kovra::SdEventApplication application(loop);
+    std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        signals.push_back(loop.onSignal(number, [&] { application.terminate(); }));
+    }
+
+    kovra::JournalLog log;
+    kovra::GlibcLocale locale;
+    kovra::PosixFileSystem files;
+    kovra::JsonPreferencesStore preferences(kovra::standardPreferencesPath(), log);
+    kovra::UdevHIDService hid(loop, log);
+
+    kovra::LogindSession session(loop, kovra::LogindSession::currentSession());
+    session.onRemoved = [&] { application.terminate(); };
+    session.onResumed = [&] { hid.resynchronize(); };
+
+    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale};
+    kovra::BLE_kovraApp::main(platform);
+}
+
+}  // namespace
+
+int main() {
+    ignoreFatalConditions();
+    adoptLocale();
+    try {
+        runApplication();
+    } catch (const std::exception& error) {
+        std::cerr << "ble-kovra: " << error.what() << '\n';
+        return 1;
+    }
+    return 0;
+}
