@@ -29,6 +29,7 @@ class L10n {
     // The shipped texts, made once.
     static const Catalogue& strings();
 
+    // The catalogue is not copied; it has to outlive the lookups.
     explicit L10n(const std::vector<std::string>& preferredLanguages, const Catalogue& catalogue = strings());
 
     Lang current() const { return current_; }

@@ -1,0 +1,69 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "BLE_kovra/l10n/L10n.h"
+#include "BLE_kovra/platform/Platform.h"
+#include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakeServices.h"
+
+namespace kovra {
+namespace {
+
+class CountingLocale : public FakeLocale {
+  public:
+    using FakeLocale::FakeLocale;
+
+    std::vector<std::string> preferredLanguages() const override {
+        ++reads;
+        return FakeLocale::preferredLanguages();
+    }
+
+    mutable std::atomic<int> reads = 0;
+};
+
+// One test for the whole life of the shared instance, for there is only one in a process.
+TEST(L10nShared, IsMadeOnceAtFirstUseFromAnyThreadAndKeepsItsLanguageWhenTheSystemsChanges) {
+    FakeApplication application;
+    FakeMainQueue queue;
+    FakeHID hid(queue);
+    FakePreferences preferences;
+    FakeFileSystem files;
+    FakeLog log;
+    CountingLocale locale({"de-AT", "ru-RU"});
+    const Platform platform{application, queue, hid, preferences, files, log, locale};
+    Platform::install(platform);
+    EXPECT_EQ(locale.reads, 0);
+
+    constexpr int threadCount = 4;
+    std::atomic<int> waiting = threadCount;
+    std::vector<std::string> firstTexts(threadCount);
+    std::vector<std::thread> threads;
+    for (std::string& firstText : firstTexts) {
+        threads.emplace_back([&] {
+            --waiting;
+            while (waiting > 0) std::this_thread::yield();
+            firstText = L10n::s("menu.quit");
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(firstTexts, std::vector<std::string>(threadCount, "Beenden"));
+    EXPECT_EQ(locale.reads, 1);
+
+    locale.languages = {"fr-FR"};
+    EXPECT_EQ(L10n::s("menu.quit"), "Beenden");
+    EXPECT_EQ(L10n::shared().current(), L10n::Lang::de);
+    locale.languages = {};
+    EXPECT_EQ(L10n::s("menu.quit"), "Beenden");
+    EXPECT_EQ(L10n::s("menu.none"), "menu.none");
+    EXPECT_EQ(locale.reads, 1);
+    EXPECT_EQ(&L10n::shared(), &L10n::shared());
+    EXPECT_TRUE(log.lines.empty());
+}
+
+}  // namespace
+}  // namespace kovra
