@@ -164,8 +164,6 @@ std::unique_ptr<SdEventLoop::Watch> SdEventLoop::watch(int descriptor, Block rea
 }
 
 std::unique_ptr<SdEventLoop::Signal> SdEventLoop::onSignal(int number, Block block) {
-    struct sigaction action {};
-    if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) return nullptr;
     return std::make_unique<SignalSource>(*this, number, std::move(block));
 }
 

@@ -41,7 +41,8 @@ class SdEventLoop : public MainQueue {
     std::unique_ptr<Watch> watch(int descriptor, Block readable);
 
     // Takes the signal out of the system's hands for as long as the source lives: its block goes to the head of the
-    // queue. A signal that the process was started to ignore (as under nohup) stays ignored; the source is then empty.
+    // queue. Also a signal that the process was started to ignore, as a shell does for what it puts into the
+    // background.
     class Signal {
       public:
         virtual ~Signal() = default;

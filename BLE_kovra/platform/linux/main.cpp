@@ -36,6 +36,12 @@ void adoptLocale() {
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
+// As nohup asks for: the program is to outlive its terminal.
+bool isToIgnoreHangUp() {
+    struct sigaction action {};
+    return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 void runApplication() {
     kovra::SdEventLoop loop;
     const kovra::SingleInstance instance(loop);
@@ -44,6 +50,7 @@ void runApplication() {
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        if (number == SIGHUP && isToIgnoreHangUp()) continue;
         signals.push_back(loop.onSignal(number, [&] { application.terminate(); }));
     }
 

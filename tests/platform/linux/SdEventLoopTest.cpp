@@ -86,10 +86,14 @@ TEST(SdEventLoop, PutsASignalBeforeWhatIsQueued) {
     EXPECT_EQ(order, "sa");
 }
 
-TEST(SdEventLoop, LeavesASignalIgnoredThatTheProcessWasToldToIgnore) {
+TEST(SdEventLoop, HearsASignalThatTheProcessWasStartedToIgnore) {
     std::signal(SIGUSR2, SIG_IGN);
     SdEventLoop loop;
-    EXPECT_EQ(loop.onSignal(SIGUSR2, [] {}), nullptr);
+    int heard = 0;
+    const auto signal = loop.onSignal(SIGUSR2, [&] { ++heard; });
+    ::raise(SIGUSR2);
+    let(loop, 20ms);
+    EXPECT_EQ(heard, 1);
     std::signal(SIGUSR2, SIG_DFL);
 }
 
