@@ -1,0 +1,53 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "BLE_kovra/platform/FileSystem.h"
+
+namespace kovra {
+
+// What every file system promises. A Driver makes one: `files()`, `path()` of a file that does not exist yet,
+// `content()` of that file, and `obstruct()`, after which no writing to that path can succeed.
+template <typename Driver>
+class FileSystemContract : public testing::Test {
+  protected:
+    Outcome write(std::string_view text) { return driver_.files().writeWholeFile(driver_.path(), text); }
+
+    Driver driver_;
+};
+
+TYPED_TEST_SUITE_P(FileSystemContract);
+
+TYPED_TEST_P(FileSystemContract, MakesAMissingFile) {
+    EXPECT_TRUE(this->write("on"));
+    EXPECT_EQ(this->driver_.content(), "on");
+}
+
+TYPED_TEST_P(FileSystemContract, ReplacesTheWholeContent) {
+    for (const std::string text : {"on", "off", "on", "on", "off", "off", "", "a longer text", "on"}) {
+        const Outcome outcome = this->write(text);
+        EXPECT_TRUE(outcome);
+        EXPECT_EQ(outcome.reason(), "");
+        EXPECT_EQ(this->driver_.content(), text);
+    }
+}
+
+TYPED_TEST_P(FileSystemContract, KeepsEveryByte) {
+    const std::string text("\0\xFF\n%s\r\xD0\xB4", 9);
+    EXPECT_TRUE(this->write(text));
+    EXPECT_EQ(this->driver_.content(), text);
+}
+
+TYPED_TEST_P(FileSystemContract, GivesTheReasonOfAFailure) {
+    this->driver_.obstruct();
+    const Outcome outcome = this->write("on");
+    EXPECT_FALSE(outcome);
+    EXPECT_NE(outcome.reason(), "");
+}
+
+REGISTER_TYPED_TEST_SUITE_P(FileSystemContract, MakesAMissingFile, ReplacesTheWholeContent, KeepsEveryByte,
+                            GivesTheReasonOfAFailure);
+
+}  // namespace kovra

@@ -1,0 +1,21 @@
+#include "tests/contracts/FileSystemContract.h"
+#include "tests/fakes/FakeServices.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    FileSystem& files() { return files_; }
+    std::string path() const { return "/flag"; }
+    std::string content() const { return files_.contents.at(path()); }
+    void obstruct() { files_.failAlways("No space left on device"); }
+
+  private:
+    FakeFileSystem files_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, FileSystemContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,160 @@
+#include "BLE_kovra/platform/posix/PosixFileSystem.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/OrdinaryUser.h"
+#include "tests/support/TempFolder.h"
+
+namespace kovra {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FlagFile : public testing::Test {
+  protected:
+    std::string write(std::string_view text) { return PosixFileSystem().writeWholeFile(flag_, text).reason(); }
+    std::string content() const { return readFile(flag_); }
+    static std::string system(int error) { return std::strerror(error); }
+
+    TempFolder folder_;
+    const std::string flag_ = folder_ / "state";
+};
+
+TEST_F(FlagFile, TakesThePlaceOfWhateverItHeld) {
+    for (const std::string& old :
+         {std::string(), std::string("on"), std::string("off"), std::string("of"), std::string("onf"),
+          std::string("on\n"), std::string("o"), std::string(3, '\0'), std::string(10240, 'x')}) {
+        for (const std::string text : {"on", "off"}) {
+            writeFile(flag_, old);
+            EXPECT_EQ(write(text), "");
+            EXPECT_EQ(content(), text) << "after " << old.size() << " bytes";
+        }
+    }
+}
+
+TEST_F(FlagFile, StaysTheSameFileWithTheSameRights) {
+    writeFile(flag_, "off");
+    ::chmod(flag_.c_str(), 0640);
+    struct stat before {
+    }, after{};
+    ASSERT_EQ(::stat(flag_.c_str(), &before), 0);
+    EXPECT_EQ(write("on"), "");
+    ASSERT_EQ(::stat(flag_.c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_EQ(before.st_mode, after.st_mode);
+    EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
+}
+
+TEST_F(FlagFile, IsNotMadeInAMissingFolder) {
+    const std::string flag = folder_ / "missing/state";
+    EXPECT_EQ(PosixFileSystem().writeWholeFile(flag, "on").reason(), system(ENOENT));
+    EXPECT_TRUE(folder_.names().empty());
+}
+
+TEST_F(FlagFile, IsNotMadeInAFolderWithoutTheRight) {
+    OrdinaryUser::give(folder_.path());
+    const OrdinaryUser user;
+    const Rights readOnly(folder_.path(), 0500);
+    EXPECT_EQ(write("on"), system(EACCES));
+    EXPECT_EQ(content(), "missing");
+}
+
+TEST_F(FlagFile, StaysAsItIsWithoutTheRight) {
+    writeFile(flag_, "off");
+    ::chmod(flag_.c_str(), 0444);
+    OrdinaryUser::give(folder_.path());
+    OrdinaryUser::give(flag_);
+    const OrdinaryUser user;
+    EXPECT_EQ(write("on"), system(EACCES));
+    EXPECT_EQ(content(), "off");
+}
+
+TEST_F(FlagFile, IsNoFolder) {
+    fs::create_directory(flag_);
+    EXPECT_EQ(write("on"), system(EISDIR));
+}
+
+TEST_F(FlagFile, IsNoPipeWithoutAReader) {
+    ASSERT_EQ(::mkfifo(flag_.c_str(), 0600), 0);
+    EXPECT_EQ(write("on"), system(ENXIO));
+}
+
+TEST_F(FlagFile, IsNoPipeWithAReader) {
+    ASSERT_EQ(::mkfifo(flag_.c_str(), 0600), 0);
+    const int reader = ::open(flag_.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_EQ(write("on"), system(EINVAL));
+    char byte;
+    EXPECT_EQ(::read(reader, &byte, 1), 0) << "something came through";
+    ::close(reader);
+}
+
+TEST_F(FlagFile, IsNoDevice) {
+    EXPECT_EQ(PosixFileSystem().writeWholeFile("/dev/full", "on").reason(), system(EINVAL));
+}
+
+TEST_F(FlagFile, IsNoLinkAndLeavesWhatALinkLeadsTo) {
+    const std::string target = folder_ / "target";
+    writeFile(target, "precious");
+    fs::create_symlink(target, flag_);
+    EXPECT_EQ(write("on"), system(ELOOP));
+    EXPECT_EQ(readFile(target), "precious");
+    EXPECT_TRUE(fs::is_symlink(flag_));
+}
+
+TEST_F(FlagFile, IsNoDanglingLinkAndMakesNothingAtItsEnd) {
+    fs::create_symlink(folder_ / "target", flag_);
+    EXPECT_EQ(write("on"), system(ELOOP));
+    EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
+}
+
+// Whatever room is left: the reason is the system's, and "on" does not stand where "off" was meant.
+TEST_F(FlagFile, NeverKeepsAWrongOnWhereThereIsNoRoom) {
+    for (const rlim_t room : {0U, 1U, 2U}) {
+        writeFile(flag_, "on");
+        std::string reason;
+        {
+            const FileSizeLimit limit(room);
+            reason = write("off");
+        }
+        EXPECT_EQ(reason, system(EFBIG)) << room;
+        EXPECT_NE(content(), "on") << room;
+        EXPECT_EQ(write("off"), "");
+        EXPECT_EQ(content(), "off") << room;
+    }
+}
+
+TEST_F(FlagFile, NeverKeepsAWrongOffWhereThereIsNoRoom) {
+    for (const rlim_t room : {0U, 1U}) {
+        writeFile(flag_, "off");
+        std::string reason;
+        {
+            const FileSizeLimit limit(room);
+            reason = write("on");
+        }
+        EXPECT_EQ(reason, system(EFBIG)) << room;
+        EXPECT_NE(content(), "off") << room;
+        EXPECT_NE(content(), "on") << room;
+    }
+}
+
+TEST_F(FlagFile, LeavesNoDescriptorBehind) {
+    const auto open = [] { return std::distance(fs::directory_iterator("/dev/fd"), fs::directory_iterator()); };
+    const auto before = open();
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(write("on"), "");
+    fs::remove(flag_);
+    fs::create_directory(flag_);
+    EXPECT_NE(write("on"), "");
+    EXPECT_EQ(open(), before);
+}
+
+}  // namespace
+}  // namespace kovra

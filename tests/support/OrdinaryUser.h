@@ -1,0 +1,58 @@
+#pragma once
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace kovra {
+
+// For as long as it lives, permissions hold: tests that run as root act as a user without rights.
+class OrdinaryUser {
+  public:
+    OrdinaryUser() {
+        if (!wasRoot_) return;
+        if (::setegid(nobody) != 0 || ::seteuid(nobody) != 0) throw std::runtime_error("cannot become another user");
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+    ~OrdinaryUser() {
+        if (!wasRoot_) return;
+        static_cast<void>(::seteuid(0));
+        static_cast<void>(::setegid(0));
+    }
+
+    // To be called before: what the user is to own.
+    static void give(const std::filesystem::path& path) {
+        if (::geteuid() == 0 && ::chown(path.c_str(), nobody, nobody) != 0) {
+            throw std::runtime_error("cannot give away " + path.string());
+        }
+    }
+
+  private:
+    static constexpr unsigned nobody = 65534;
+    const bool wasRoot_ = ::geteuid() == 0;
+};
+
+// Rights of a file or folder that are given back at the end, so that it can be removed.
+class Rights {
+  public:
+    Rights(std::filesystem::path path, ::mode_t mode) : path_(std::move(path)) {
+        struct stat status {};
+        if (::stat(path_.c_str(), &status) != 0 || ::chmod(path_.c_str(), mode) != 0) {
+            throw std::runtime_error("cannot change the rights of " + path_.string());
+        }
+        before_ = status.st_mode;
+    }
+    Rights(const Rights&) = delete;
+    Rights& operator=(const Rights&) = delete;
+    ~Rights() { static_cast<void>(::chmod(path_.c_str(), before_)); }
+
+  private:
+    std::filesystem::path path_;
+    ::mode_t before_ = 0;
+};
+
+}  // namespace kovra
