@@ -1,0 +1,18 @@
+#include "tests/contracts/LocaleContract.h"
+#include "tests/fakes/FakeServices.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    const Locale& locale() const { return locale_; }
+
+  private:
+    FakeLocale locale_{{"en-GB", "ru-RU"}};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, LocaleContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,19 @@
+#include "tests/contracts/PreferencesStoreContract.h"
+#include "tests/fakes/FakeServices.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    PreferencesStore& store() { return store_; }
+    void startAgain() {}  // what is stored stays, as on a disk
+
+  private:
+    FakePreferences store_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, PreferencesStoreContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,19 @@
+#include "tests/contracts/SystemLogContract.h"
+#include "tests/fakes/FakeServices.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    SystemLog& log() { return log_; }
+    const std::vector<std::string>& entries() const { return log_.lines; }
+
+  private:
+    FakeLog log_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, SystemLogContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra
