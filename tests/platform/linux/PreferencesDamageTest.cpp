@@ -203,7 +203,7 @@ std::string mutated(std::string text, std::mt19937_64& random) {
 }
 
 TEST_F(DamagedPreferences, OfAnyKindAreKept) {
-    constexpr int rounds = 5000;
+    constexpr int rounds = 2000;
     for (const std::uint64_t seed : {std::uint64_t{1}, std::uint64_t{2}, std::uint64_t{std::random_device{}()}}) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::cout << "seed " << seed << '\n';
