@@ -120,6 +120,7 @@ TESTS = (
     tests_of(HELPER),
     Room("tests/fakes", VALUES, standard),
     whole_application("tests/support"),
+    Room("tests/support/posix", (), posix),
     Room("tests/contracts", VALUES + TEST_TOOLS, with_google_test(standard)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/TempFolder.h"
+#include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
 

@@ -11,8 +11,8 @@
 
 #include "BLE_kovra/platform/linux/PreferencesFile.h"
 #include "tests/platform/linux/PreferencesFixture.h"
-#include "tests/support/FileSizeLimit.h"
-#include "tests/support/OrdinaryUser.h"
+#include "tests/support/posix/FileSizeLimit.h"
+#include "tests/support/posix/OrdinaryUser.h"
 
 namespace kovra {
 namespace {

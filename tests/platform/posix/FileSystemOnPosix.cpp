@@ -2,7 +2,7 @@
 
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 #include "tests/contracts/FileSystemContract.h"
-#include "tests/support/TempFolder.h"
+#include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
 namespace {

@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
-#include "tests/support/TempFolder.h"
+#include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
 namespace {

@@ -9,9 +9,9 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/support/FileSizeLimit.h"
-#include "tests/support/OrdinaryUser.h"
-#include "tests/support/TempFolder.h"
+#include "tests/support/posix/FileSizeLimit.h"
+#include "tests/support/posix/OrdinaryUser.h"
+#include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
 namespace {
