@@ -2,13 +2,13 @@
 // one line, and saving loses neither what is stored nor what is damaged.
 
 #include <filesystem>
-#include <iostream>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "tests/platform/linux/PreferencesFixture.h"
+#include "tests/support/Seeds.h"
 
 namespace kovra {
 namespace {
@@ -176,7 +176,7 @@ TEST_F(DamagedPreferences, OfTheWrongTypesAreKeptWhenAnotherKeyIsSaved) {
 }
 
 // A few random edits of a sound file: bytes changed, put in, taken out, a piece doubled.
-std::string mutated(std::string text, std::mt19937_64& random) {
+std::string mutated(std::string text, std::mt19937& random) {
     const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
     constexpr std::string_view marks = "{}[]:,\"\\ \n\t0-.eEtnu";
     for (std::size_t edits = 1 + below(4); edits > 0 && !text.empty(); --edits) {
@@ -204,10 +204,9 @@ std::string mutated(std::string text, std::mt19937_64& random) {
 
 TEST_F(DamagedPreferences, OfAnyKindAreKept) {
     constexpr int rounds = 2000;
-    for (const std::uint64_t seed : {std::uint64_t{1}, std::uint64_t{2}, std::uint64_t{std::random_device{}()}}) {
+    for (const std::uint32_t seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        std::cout << "seed " << seed << '\n';
-        std::mt19937_64 random(seed);
+        std::mt19937 random(seed);
         for (int round = 0; round < rounds; ++round) {
             ASSERT_NO_FATAL_FAILURE(loadAndSave(mutated(whole, random))) << "round " << round;
         }
