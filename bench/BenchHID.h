@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/HIDManager.h"
+
+namespace kovra {
+
+// One attached interface, and nothing that costs time.
+class BenchDevice : public HIDDevice {
+  public:
+    BenchDevice(std::uint64_t number, std::string name) : number_(number), name_(std::move(name)) {}
+
+    std::optional<std::uint64_t> registryEntryID() const override { return number_; }
+    std::uint64_t handle() const override { return number_; }
+    std::optional<std::int64_t> integerProperty(std::string_view name) const override {
+        if (name == "VendorID") return 1000 + static_cast<std::int64_t>(number_);
+        if (name == "ProductID") return static_cast<std::int64_t>(number_);
+        return std::nullopt;
+    }
+    std::optional<std::string> stringProperty(std::string_view name) const override {
+        return name == "Product" ? std::optional(name_) : std::nullopt;
+    }
+
+  private:
+    std::uint64_t number_;
+    std::string name_;
+};
+
+// Devices whose names look like those in shops, in several languages and in no order; always the same ones.
+inline std::vector<BenchDevice> benchDevices(std::size_t count) {
+    constexpr std::string_view kinds[] = {"Wireless", "Bluetooth", "USB",          "Optical",   "Compact", "Ergonomic",
+                                          "compact",  "Gaming",    "Беспроводная", "Kabellose", "Souris",  "Ratón"};
+    constexpr std::string_view things[] = {"Mouse", "Trackball", "Receiver", "Keyboard", "мышь",   "Tastatur",
+                                           "Combo", "óptico",    "mouse",    "Dongle",   "Tablet", "sans fil"};
+    std::mt19937 random(20);
+    const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random()) % limit; };
+    std::vector<BenchDevice> devices;
+    devices.reserve(count);
+    for (std::size_t number = 1; number <= count; ++number) {
+        std::string name(kinds[below(std::size(kinds))]);
+        name.append(" ").append(things[below(std::size(things))]).append(" ");
+        name += static_cast<char>('A' + below(26));
+        devices.emplace_back(number, name + std::to_string(below(10000)));
+    }
+    return devices;
+}
+
+// Hands over the callbacks that the monitor registers; the benchmark calls them itself.
+class BenchHID : public HIDService {
+  public:
+    HIDManager::Callback attached;
+    HIDManager::Callback removed;
+
+    std::unique_ptr<HIDManager> createManager() override { return std::make_unique<Manager>(*this); }
+
+  private:
+    class Manager : public HIDManager {
+      public:
+        explicit Manager(BenchHID& hid) : hid_(hid) {}
+        void registerMatchingCallback(Callback callback) override { hid_.attached = std::move(callback); }
+        void registerRemovalCallback(Callback callback) override { hid_.removed = std::move(callback); }
+        void open() override {}
+
+      private:
+        BenchHID& hid_;
+    };
+};
+
+}  // namespace kovra

@@ -1,0 +1,63 @@
+// What one change of the flag costs, on the file system of the current folder.
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "BLE_kovra/platform/posix/PosixFileSystem.h"
+
+namespace kovra {
+namespace {
+
+using std::chrono::steady_clock;
+
+void writeOurWay(const std::string& path, bool on) {
+    static PosixFileSystem files;
+    if (!files.writeWholeFile(path, on ? "on" : "off")) std::perror(path.c_str());
+}
+
+// The fewest calls that change the content in place.
+void writeBarely(const std::string& path, bool on) {
+    const std::string_view text = on ? "on" : "off";
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    const bool written = file >= 0 && ::pwrite(file, text.data(), text.size(), 0) >= 0 &&
+                         ::ftruncate(file, static_cast<off_t>(text.size())) == 0;
+    if (!written || ::close(file) != 0) std::perror(path.c_str());
+}
+
+template <auto write>
+void flagWrite(benchmark::State& state) {
+    const std::string path = "kovra-bench-" + std::to_string(::getpid());
+    // As on a real day: the process has slept before, and nothing of it is warm. Rare writes also wait for the disk
+    // now and then, so that the median is what tells.
+    std::mt19937 random(7);
+    std::vector<double> microseconds;
+    bool on = false;
+    write(path, on);
+    for (auto _ : state) {
+        std::this_thread::sleep_for(std::chrono::microseconds(2000 + random() % 3000));
+        on = !on;
+        const auto begin = steady_clock::now();
+        write(path, on);
+        const std::chrono::duration<double> taken = steady_clock::now() - begin;
+        state.SetIterationTime(taken.count());
+        microseconds.push_back(taken.count() * 1e6);
+    }
+    ::unlink(path.c_str());
+    std::ranges::nth_element(microseconds, microseconds.begin() + std::ssize(microseconds) / 2);
+    state.counters["median_us"] = microseconds[microseconds.size() / 2];
+}
+BENCHMARK(flagWrite<writeOurWay>)->Name("flag_write/ours")->Iterations(300)->UseManualTime();
+BENCHMARK(flagWrite<writeBarely>)->Name("flag_write/bare")->Iterations(300)->UseManualTime();
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,58 @@
+// What a change among so many devices costs: from the device's event to the whole list in the hands of its reader. The
+// names are ordered as the environment's language orders them.
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/devices/HIDMonitor.h"
+#include "BLE_kovra/l10n/L10n.h"
+#include "BLE_kovra/platform/linux/GlibcLocale.h"
+#include "bench/BenchHID.h"
+#include "tests/fakes/FakeMainQueue.h"
+
+namespace kovra {
+namespace {
+
+// A started monitor; its reader lets go of each list at once.
+struct Rig {
+    FakeMainQueue queue;
+    BenchHID hid;
+    GlibcLocale locale;
+    L10n texts{{"en"}};
+    std::shared_ptr<HIDMonitor> monitor = HIDMonitor::create(hid, queue, locale, texts);
+
+    Rig() { monitor->start(); }
+    void read() {
+        monitor->onDevicesChanged = [](std::vector<HIDDeviceInfo> list) { benchmark::DoNotOptimize(list.data()); };
+    }
+};
+
+// One device of a list of which a quarter stands disconnected is reported again.
+void publication(benchmark::State& state) {
+    const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
+    Rig rig;
+    for (const BenchDevice& device : devices) rig.hid.attached(device);
+    for (std::size_t i = 0; i < devices.size(); i += 4) rig.hid.removed(devices[i]);
+    rig.queue.advance(HIDMonitor::disconnectGrace);
+    rig.read();
+    for (auto _ : state) rig.hid.attached(devices[1]);
+}
+BENCHMARK(publication)->RangeMultiplier(10)->Range(10, 10000)->Unit(benchmark::kMicrosecond);
+
+// Every device is attached already when the monitor starts, so there are as many publications as devices.
+void start(benchmark::State& state) {
+    const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
+    for (auto _ : state) {
+        Rig rig;
+        rig.read();
+        for (const BenchDevice& device : devices) rig.hid.attached(device);
+    }
+}
+BENCHMARK(start)->Arg(1000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace kovra
