@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -72,23 +71,13 @@ bool standardErrorIsJournal() {
     return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == stream;
 }
 
-// A terminal or a pipe that is gone must not end the process: its signal is held back, and taken, for this one write.
+// In one piece, so that lines of several programs do not mix. Nothing can be done where it fails.
 void writeToStandardError(std::string line) {
     line += '\n';
-    sigset_t pipe, before, pending;
-    sigemptyset(&pipe);
-    sigaddset(&pipe, SIGPIPE);
-    sigpending(&pending);
-    ::pthread_sigmask(SIG_BLOCK, &pipe, &before);
     ssize_t written;
     do {
         written = ::write(STDERR_FILENO, line.data(), line.size());
     } while (written < 0 && errno == EINTR);
-    if (written < 0 && errno == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
-        constexpr timespec atOnce{0, 0};
-        ::sigtimedwait(&pipe, nullptr, &atOnce);
-    }
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 }  // namespace

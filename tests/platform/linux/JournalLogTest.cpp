@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <csignal>
 #include <filesystem>
 #include <iterator>
 #include <regex>
@@ -114,22 +113,6 @@ TEST_F(JournalLogTest, IsNotSilentWhereStandardErrorWasLedElsewhere) {
         log("line");
     }
     EXPECT_EQ(standardError_.text(), "line\nline\nline\nline\nline\nline\nline\n");
-}
-
-TEST_F(JournalLogTest, SurvivesAStandardErrorThatNobodyReadsAnyMore) {
-    int ends[2];
-    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-    ::close(ends[0]);
-    {
-        const StandardError broken(folder_ / "stderr", ends[1]);
-        ASSERT_EQ(::signal(SIGPIPE, SIG_DFL), SIG_DFL);
-        log("line");
-    }
-    sigset_t pending, blocked;
-    sigpending(&pending);
-    ::sigprocmask(SIG_BLOCK, nullptr, &blocked);
-    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
-    EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
 }
 
 TEST_F(JournalLogTest, SurvivesAStandardErrorThatHasNoRoom) {
