@@ -143,6 +143,11 @@ SdEventLoop::SdEventLoop() {
     sd_event* event = nullptr;
     check(sd_event_new(&event), "event loop");
     event_.reset(event);
+    // Opens the clock's descriptor now, so that no delay asked for later can fail for want of one.
+    sd_event_source* source = nullptr;
+    constexpr auto never = std::numeric_limits<std::uint64_t>::max();
+    check(sd_event_add_time(event, &source, CLOCK_MONOTONIC, never, accuracyMicroseconds, nullptr, nullptr), "timer");
+    const EventSource opened(source);
 }
 
 SdEventLoop::~SdEventLoop() = default;

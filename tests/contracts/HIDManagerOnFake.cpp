@@ -1,0 +1,23 @@
+#include "tests/contracts/HIDManagerContract.h"
+#include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeMainQueue.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    HIDService& service() { return hid_; }
+    FakeHID::Plugged attach(const DeviceDescription& device) { return hid_.attach(device); }
+    void detach(const FakeHID::Plugged& plugged) { hid_.detach(plugged); }
+    void settle() { queue_.run(); }
+
+  private:
+    FakeMainQueue queue_;
+    FakeHID hid_{queue_};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, HIDManagerContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra
