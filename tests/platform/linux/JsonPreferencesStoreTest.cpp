@@ -100,6 +100,13 @@ TEST_F(JsonPreferences, KeepWhatOthersStoredMeanwhile) {
     EXPECT_EQ(text(), R"({"a": 3.0, "b": 2, "c": 2})");
 }
 
+TEST_F(JsonPreferences, AreSavedOnceAndNotAgainWithTheNextKey) {
+    start().set("a", 1.0);
+    writeFile(path_, R"({"a": 2})");
+    store_->set("b", 3.0);
+    EXPECT_EQ(text(), "{\"a\": 2,\n  \"b\": 3.0}");
+}
+
 TEST_F(JsonPreferences, GoOutWholeAgainWhereTheFileHasGone) {
     startWith(R"({"a": 1, "o": {"deep": [1]}})");
     fs::remove(path_);
