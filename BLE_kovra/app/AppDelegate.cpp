@@ -82,10 +82,9 @@ void AppDelegate::quit() { platform_.application.terminate(); }
 
 void AppDelegate::enqueue(std::function<void(AppDelegate&)> work) {
     platform_.mainQueue.async([weak = weak_from_this(), work = std::move(work)] {
-        if (const auto self = weak.lock()) {
-            work(*self);
-            self->evaluate();
-        }
+        if (const auto self = weak.lock()) work(*self);
+        // Looked up again: the work may have been the delegate's end.
+        if (const auto self = weak.lock()) self->evaluate();
     });
 }
 

@@ -41,7 +41,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
   private:
     AppDelegate(const Platform& platform, AppState& state, HelperController& helper, const L10n& texts);
 
-    // Queues `work` followed by evaluate(); neither happens if the delegate is gone by then.
+    // Queues `work` followed by evaluate(); neither happens if the delegate is gone by then, nor does evaluate() if it
+    // goes during the work.
     void enqueue(std::function<void(AppDelegate&)> work);
     // A subscriber that ignores the value announced and queues `work`.
     template <typename T>

@@ -213,6 +213,17 @@ TEST(AppDelegate, DoesNothingForQueuedWorkOnceItIsGone) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
+TEST(AppDelegate, DecidesNoMoreOnceItsWorkWasItsEnd) {
+    LaunchedRig rig;
+    int evaluations = 0;
+    const auto counting = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
+    const auto ending = rig.state.devices.subscribe([&](const auto&) { rig.delegate.reset(); }, CurrentValue::drop);
+    rig.hid.attach(mouse);
+    rig.queue.run();
+    EXPECT_EQ(rig.state.devices.get().size(), 1U);
+    EXPECT_EQ(evaluations, 0);
+}
+
 TEST(AppDelegate, IsHeldAliveByNoHandler) {
     LaunchedRig rig;
     const std::weak_ptr<AppDelegate> watch = rig.delegate;
