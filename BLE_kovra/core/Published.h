@@ -12,10 +12,11 @@ namespace kovra {
 class [[nodiscard]] Subscription {
   public:
     Subscription() = default;
-    explicit Subscription(std::shared_ptr<void> handler) : handler_(std::move(handler)) {}
+    // Letting go of `token` ends the subscription.
+    explicit Subscription(std::shared_ptr<void> token) : token_(std::move(token)) {}
 
   private:
-    std::shared_ptr<void> handler_;
+    std::shared_ptr<void> token_;
 };
 
 // Whether a new subscriber is given the value that the property holds already.
@@ -39,9 +40,10 @@ class Published {
     const T& get() const { return value_; }
 
     void set(T value) {
-        const std::vector<std::weak_ptr<Handler>> audience = subscribers_;
-        for (const std::weak_ptr<Handler>& subscriber : audience) {
-            if (const std::shared_ptr<Handler> handler = subscriber.lock()) (*handler)(value);
+        const std::vector<std::weak_ptr<Subscriber>> audience = subscribers_;
+        for (const std::weak_ptr<Subscriber>& member : audience) {
+            const std::shared_ptr<Subscriber> subscriber = member.lock();
+            if (subscriber && subscriber->listens) subscriber->handler(value);
         }
         value_ = std::move(value);
     }
@@ -55,16 +57,22 @@ class Published {
     }
 
     Subscription subscribe(Handler handler, CurrentValue current = CurrentValue::deliver) {
-        auto subscriber = std::make_shared<Handler>(std::move(handler));
-        std::erase_if(subscribers_, [](const std::weak_ptr<Handler>& gone) { return gone.expired(); });
+        auto subscriber = std::make_shared<Subscriber>(Subscriber{std::move(handler)});
+        std::erase_if(subscribers_, [](const std::weak_ptr<Subscriber>& gone) { return gone.expired(); });
         subscribers_.push_back(subscriber);
-        if (current == CurrentValue::deliver) (*subscriber)(value_);
-        return Subscription(std::move(subscriber));
+        if (current == CurrentValue::deliver) subscriber->handler(value_);
+        // A handler that runs at this moment outlives its subscription; it must not be called again meanwhile.
+        return Subscription(std::shared_ptr<void>(nullptr, [subscriber](void*) { subscriber->listens = false; }));
     }
 
   private:
+    struct Subscriber {
+        Handler handler;
+        bool listens = true;
+    };
+
     T value_;
-    std::vector<std::weak_ptr<Handler>> subscribers_;
+    std::vector<std::weak_ptr<Subscriber>> subscribers_;
 };
 
 }  // namespace kovra

@@ -112,6 +112,21 @@ TEST(Published, LetsASubscriberEndItselfFromInsideAnAnnouncement) {
     EXPECT_EQ(heard, Heard{1001});
 }
 
+TEST(Published, TellsASubscriberThatEndedItselfNothingOfWhatItSetsMeanwhile) {
+    Published<int> property(0);
+    Heard heard;
+    std::optional<Subscription> token;
+    token = property.subscribe(
+        [&](const int& value) {
+            heard.push_back(value);
+            token.reset();
+            if (value == 1) property.set(2);
+        },
+        CurrentValue::drop);
+    property.set(1);
+    EXPECT_EQ(heard, Heard{1});
+}
+
 TEST(Published, TellsANewSubscriberFromTheNextAnnouncementOn) {
     Published<int> property(0);
     Heard heard;
