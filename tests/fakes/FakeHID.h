@@ -84,6 +84,21 @@ class FakeHID : public HIDService {
     // The system tells of a removal that no attachment preceded.
     void detachUnknown(std::uint64_t number) { deliver(false, number, aNamelessDevice()); }
 
+    // The system tells a second time of an interface that is attached.
+    void attachAgain(std::uint64_t number) {
+        if (const auto found = attached_.find(number); found != attached_.end()) deliver(true, number, found->second);
+    }
+    // A driver gives the device another name: the interface goes, and comes back under its number.
+    void rename(std::uint64_t number, const std::string& product) {
+        const auto found = attached_.find(number);
+        if (found == attached_.end()) return;
+        const DeviceDescription before = found->second;
+        found->second.product = product;
+        const DeviceDescription after = found->second;
+        deliver(false, number, before);
+        deliver(true, number, after);
+    }
+
     int managersCreated() const { return managersCreated_; }
     bool isOpen() const { return live_ != nullptr && open_; }
 

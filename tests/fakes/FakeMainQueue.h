@@ -24,7 +24,7 @@ class FakeMainQueue : public MainQueue {
 
     std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) override {
         auto cancelled = std::make_shared<bool>(false);
-        delayed_.emplace(std::pair(now_ + delay, sequence_++), Delayed{std::move(block), cancelled});
+        if (!stopped_) delayed_.emplace(std::pair(now_ + delay, sequence_++), Delayed{std::move(block), cancelled});
         return std::make_unique<Task>(std::move(cancelled));
     }
 
@@ -57,11 +57,19 @@ class FakeMainQueue : public MainQueue {
         now_ = end;
     }
 
+    // Lets time pass while the program does not run, as when its process is stopped.
+    void stall(std::chrono::nanoseconds duration) { now_ += duration; }
+
     // As after the application has terminated: what is queued is dropped and nothing queues any more.
     void stop() {
         stopped_ = true;
         blocks_.clear();
         delayed_.clear();
+    }
+    // As the next process finds it: empty, and running.
+    void restart() {
+        stop();
+        stopped_ = false;
     }
 
     std::chrono::nanoseconds now() const { return now_; }

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "BLE_kovra/platform/PreferencesStore.h"
+#include "tests/fakes/FakeHID.h"
+
+namespace kovra::model {
+
+// The properties of the state that can be listened to.
+enum class Property { devices, selectedIDs, isEnabled, mode, blocking };
+
+// One thing that happens to the program: from outside, or from inside an announcement. A list of actions is a whole
+// life; whatever it holds, and in whatever order, it can be played, so that a failing life can be cut down.
+struct Action {
+    enum class Kind {
+        attach,         // device: all its interfaces
+        detach,         // number: that interface, if it is attached
+        removeUnknown,  // number: the system tells of a removal on its own authority
+        attachAgain,    // number: an attached interface is reported a second time
+        rename,         // number, text: an attached interface goes and comes back with another name
+        advance,        // time
+        advanceToWake,  // time: so long after the end of the earliest grace period
+        stall,          // time passes while the program does not run
+        runOneTurn,
+        run,
+        select,       // keys
+        enable,       // truth
+        setMode,      // truth: always
+        pressHotKey,  //
+        failNext,     // number: so many writes, text: the reason
+        failAlways,   // text
+        recover,      // writes succeed again
+        subscribe,    // number: the subscriber's, property, times, truth: told at once, inner: what it does
+        unsubscribe,  // number
+        evaluate,
+        quit,
+        releaseDelegate,
+        relaunch,  // inner: subscriptions made before the launch
+    };
+
+    Kind kind;
+    DeviceDescription device{};
+    std::uint64_t number = 0;
+    std::chrono::nanoseconds time{0};
+    std::set<std::string> keys{};
+    bool truth = false;
+    std::string text{};
+    Property property = Property::devices;
+    int times = 1;
+    std::vector<Action> inner{};
+};
+
+// What a life starts from.
+struct Beginning {
+    std::vector<std::string> languages;
+    std::map<std::string, PreferenceValue, std::less<>> stored;
+    bool deliverAtOnce = false;
+};
+
+std::string describe(const Action& action);
+std::string describe(Property property);
+
+// Everything that the program does and that can be seen from outside, in order, one line each.
+using Journal = std::vector<std::string>;
+
+// Both sides, the program and the model, put what they saw into the same words.
+namespace words {
+inline std::string wrote(std::string_view path, std::string_view text, bool succeeded) {
+    return "wrote " + std::string(text) + (succeeded ? " to " : " in vain to ") + std::string(path);
+}
+inline std::string logged(std::string_view line) { return "logged " + std::string(line); }
+inline std::string saved(std::string_view key, std::string_view value) {
+    return "saved " + std::string(key) + " = " + std::string(value);
+}
+inline std::string beeped() { return "beeped"; }
+inline std::string becameAccessory() { return "became an accessory"; }
+inline std::string announced(Property property, std::string_view coming, std::string_view stored) {
+    return "announced " + describe(property) + " " + std::string(coming) + ", stored " + std::string(stored);
+}
+inline std::string device(std::string_view id, std::string_view name, bool connected) {
+    return (connected ? "+" : "-") + std::string(id) + "|" + std::string(name) + ";";
+}
+inline std::string truth(bool value) { return value ? "true" : "false"; }
+std::string keys(const std::set<std::string>& keys);
+}  // namespace words
+
+}  // namespace kovra::model
