@@ -67,6 +67,17 @@ TEST_F(UdevHIDAnnouncing, WaitsNoLongerOnceThereIsADriver) {
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
+TEST_F(UdevHIDAnnouncing, WaitsForNothingOnceADeviceIsAnnouncedWhateverItsDriver) {
+    MockHIDNode node = appeared({});
+    announcer_->look(node.name);
+    node.driver = std::nullopt;
+    node.product = "pear";
+    bus_.show(node);
+    announcer_->look(node.name);
+    EXPECT_EQ(news(), (News{"+apple", "-apple", "+pear"}));
+    EXPECT_EQ(queue_.pendingDelayed(), 0U);
+}
+
 TEST_F(UdevHIDAnnouncing, ReadsTheNameAfterTheWaitAndNotBefore) {
     MockHIDNode node = appeared({.driver = std::nullopt});
     announcer_->look(node.name);
