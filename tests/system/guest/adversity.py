@@ -1,0 +1,175 @@
+"""Scenarios of what goes wrong around the program: floods, a stop, a missing folder, no udevd, a driver's rename."""
+
+import signal
+import subprocess
+
+import hidpp
+import uhid
+from flag import FOLDER
+from plugging import MADE_UP, play_main_job
+from running import scenario
+from waiting import check, now, stay_until, wait_for
+from world import GRACE, LATEST_OFF
+
+FOREIGN_EVENT = "/sys/devices/virtual/mem/null/uevent"
+
+
+def churn(count, name, keep_last=False):
+    """Adds and removes `count` devices as fast as the kernel allows; the last one is returned if it is to stay."""
+    batch = 40
+    kept = None
+    for start in range(0, count, batch):
+        made = [uhid.UHID(name, 0x1234, 0x5678, descriptor=uhid.VENDOR_PAGE, uniq=f"crowd-{start + i}")
+                for i in range(min(batch, count - start))]
+        for device in made:
+            check(device.wait_started(), "the kernel did not start a made-up device")
+        if keep_last and start + batch >= count:
+            kept = made.pop()
+        for device in made:
+            device.destroy()
+    return kept
+
+
+@scenario("After 1,000 devices added and removed one is left: on. After 1,000 more none is left: off.")
+def flood_of_events(world):
+    world.start(selected=[MADE_UP])
+    last = churn(1000, "Kovra Mouse", keep_last=True)
+    world.settle()
+    # Chosen devices came all the while; more than the grace period after the last removal it is plain who is left.
+    world.flag.wait_write("on")
+    stay_until(now() + LATEST_OFF)
+    check(world.flag.last() == "on", f"one is left, and written was: {world.flag.contents()}")
+    churn(1000, "Kovra Mouse")
+    since = now()
+    last.destroy()
+    world.settle()
+    world.flag.wait_write("off", since)
+    world.expect_quiet_until(now() + LATEST_OFF)
+    check(world.flag.last() == "off", f"none is left, and written was: {world.flag.contents()}")
+    # And it still does its work.
+    return play_main_job(world, world.plug("Kovra Mouse"))
+
+
+@scenario("Stopped during 600 events of other devices and the mouse's plug: on once it goes on. The other way round: off.")
+def stopped_meanwhile(world):
+    running = world.start(selected=[MADE_UP])
+    running.stop()
+    # Each device is four events: added, bound to a driver, let go by it, removed.
+    churn(75, "Foreign Device")
+    mouse = world.plug("Kovra Mouse")
+    churn(75, "Foreign Device")
+    world.settle()
+    running.send(signal.SIGCONT)
+    world.flag.wait_write("on")
+    running.stop()
+    churn(75, "Foreign Device")
+    mouse.unplug()
+    churn(75, "Foreign Device")
+    world.settle()
+    since = now()
+    running.send(signal.SIGCONT)
+    write = world.flag.wait_write("off", since)
+    world.expect_writes("off", "on", "off")
+    delay = write.time - mouse.removed
+    check(delay >= GRACE, f'"off" came {delay:.2f} s after the removal')
+    return f"off {write.time - since:.2f} s after going on"
+
+
+@scenario("While the flag's folder is missing each try is one line in the log; the first try after it is there writes.")
+def missing_folder(world):
+    world.flag.remove_folder()
+    running = world.start(wait=False, selected=[MADE_UP])
+
+    def expect_lines(*words):
+        wait_for(lambda: len(world.journal.messages) >= len(words), f"{len(words)} lines in the log")
+        world.settle()
+        stay_until(now() + 0.3)
+        starts = [f"ble-kovra: не удалось записать флаг ({word}): " for word in words]
+        lines = world.journal.messages
+        check(len(lines) == len(starts) and all(line.startswith(start) for line, start in zip(lines, starts)),
+              f"the log says: {lines}")
+
+    expect_lines("off")
+    world.plug("Kovra Mouse")
+    expect_lines("off", "on")
+    world.plug("Foreign Device", descriptor=uhid.VENDOR_PAGE)
+    expect_lines("off", "on", "on")
+    check("ble-kovra: не удалось записать флаг (off): " in running.last_words(), "standard error lacks the lines")
+    world.flag.create_folder()
+    world.plug("Foreign Device", descriptor=uhid.VENDOR_PAGE)
+    world.flag.wait_write("on")
+    world.settle()
+    world.expect_writes("on")
+    expect_lines("off", "on", "on")
+    check(FOLDER.is_dir(), "the folder is gone")
+
+
+@scenario("Without udevd the mouse is found by looking; once udevd is there it is heard of again.")
+def no_udevd(world):
+    world.stop_udevd()
+    world.start(selected=[MADE_UP])
+    mouse = world.plug("Kovra Mouse")
+    on = world.flag.wait_write("on", mouse.added, limit=6).time - mouse.added
+    removed = mouse.unplug()
+    off = world.flag.wait_write("off", removed, limit=8).time - removed
+    check(off >= GRACE, f'"off" came {off:.2f} s after the removal')
+    world.expect_writes("off", "on", "off")
+    world.start_udevd()
+    again = world.plug("Kovra Mouse")
+    world.flag.wait_write("on", again.added, limit=6)
+    removed = again.unplug()
+    late = world.flag.wait_write("off", removed, limit=8).time - removed
+    check(late >= GRACE, f'"off" came {late:.2f} s after the removal')
+    return f"on after {on:.2f} s, off after {off:.2f} s"
+
+
+@scenario("A driver's rename ends the old name: it counts as unplugged, and the new name as plugged.")
+def renamed_by_its_driver(world):
+    old, new = "Plain Mouse", "Logitech Renamed Mouse"
+    key = f"#{hidpp.VENDOR}:{hidpp.PRODUCT}"
+    running = world.start(selected=[old + key])
+    mouse = world.plug_with(lambda uniq: hidpp.RenamedMouse(old, "Renamed Mouse", uniq))
+    world.expect_on(mouse)
+    since = now()
+    subprocess.run(["/bin/busybox", "insmod", world.modules / "hid-logitech-hidpp.ko"], check=True)
+    try:
+        unbound = world.events.wait("unbind", HID_NAME=old)
+        bound = world.events.wait("bind", HID_NAME=new)
+        off = world.flag.wait_write("off", since).time
+        check(off - unbound.time >= GRACE, f'"off" came {off - unbound.time:.3f} s after the old driver let go')
+        check(off - bound.time <= LATEST_OFF + 0.5, f'"off" came {off - bound.time:.3f} s after the new name')
+        running.kill()
+        # The new name is what a start finds, too.
+        world.start(selected=[new + key])
+        world.flag.wait_write("on", off)
+        mouse.unplug()
+        world.expect_off_after_grace(mouse)
+    finally:
+        mouse.unplug()
+        subprocess.run(["/bin/busybox", "rmmod", "hid_logitech_hidpp"], check=True)
+    return f"off {off - bound.time:.2f} s after the new name"
+
+
+@scenario("Idle for 20 s, with ten foreign events a second: not one wake-up, no CPU.")
+def idle(world):
+    running = world.start(selected=[MADE_UP])
+    world.settle()
+    costs = [running.cost()]
+
+    def at_rest():
+        stay_until(now() + 1.0)
+        costs.append(running.cost())
+        return costs[-1] == costs[-2]
+    wait_for(at_rest, "the program to come to rest after its start")
+    before, events, end = running.cost(), 0, now() + 20
+    while now() < end:
+        with open(FOREIGN_EVENT, "w", encoding="ascii") as uevent:
+            uevent.write("change")
+        events += 1
+        stay_until(end - 20 + events / 10)
+    world.settle()
+    switches, time = (after - start for after, start in zip(running.cost(), before))
+    check(events >= 150, f"only {events} events could be made in the time")
+    check(switches == 0, f"{switches} wake-ups")
+    check(time == 0, f"{time / 1e6:.3f} ms of CPU")
+    return f"{events} foreign events, 0 wake-ups, 0 ms"

@@ -1,0 +1,86 @@
+"""The flag file, watched from outside the program by inotify: every opening and every write, with its moment."""
+
+import collections
+import ctypes
+import os
+import pathlib
+import shutil
+import struct
+import threading
+
+from waiting import Failed, be_prompt, check, now, tell, wait_for
+
+FOLDER = pathlib.Path("/Library/Application Support/ble-kovra")
+STATE = FOLDER / "state"
+
+IN_CLOSE_WRITE, IN_OPEN = 0x08, 0x20
+
+Write = collections.namedtuple("Write", "time content")
+
+
+class Flag:
+    """Counts a write each time that somebody closes the file after having had it open for writing.
+
+    The content beside it is what stood there when that was noticed; the watcher's own look is no opening that counts,
+    since it reads through a descriptor that it keeps.
+    """
+
+    def __init__(self):
+        self._libc = ctypes.CDLL(None, use_errno=True)
+        self._inotify = None
+        self._state = None
+        self.writes = []
+        self.openings = 0
+
+    def renew(self):
+        """A new folder with an empty file in it and nothing counted yet. The file says neither "on" nor "off"."""
+        self.remove_folder()
+        self.create_folder()
+
+    def create_folder(self):
+        FOLDER.mkdir(parents=True)
+        self._state = os.open(STATE, os.O_RDONLY | os.O_CREAT | os.O_CLOEXEC, 0o644)
+        self._inotify = self._libc.inotify_init1(os.O_CLOEXEC)
+        watch = self._libc.inotify_add_watch(self._inotify, os.fsencode(FOLDER), IN_CLOSE_WRITE | IN_OPEN)
+        check(watch >= 0, "inotify refused to watch the flag's folder")
+        self.writes, self.openings = [], 0
+        threading.Thread(target=self._listen, args=(self._inotify, self._state), daemon=True).start()
+
+    def remove_folder(self):
+        self._inotify = None
+        shutil.rmtree(FOLDER, ignore_errors=True)
+
+    def last(self):
+        return self.writes[-1].content if self.writes else None
+
+    def wait_write(self, content, since=0.0, limit=30.0):
+        """The first write of this content at or after `since`."""
+        def found():
+            return next((w for w in list(self.writes) if w.content == content and w.time >= since), None)
+        try:
+            return wait_for(found, f'a write of "{content}"', limit)
+        except Failed as failure:
+            raise Failed(f"{failure} (written so far: {self.contents()})") from None
+
+    def contents(self):
+        return [write.content for write in self.writes]
+
+    def _listen(self, inotify, state):
+        be_prompt()
+        while inotify == self._inotify:
+            events = os.read(inotify, 65536)
+            moment = now()
+            offset = 0
+            while offset < len(events):
+                _, mask, _, length = struct.unpack_from("iIII", events, offset)
+                name = events[offset + 16:offset + 16 + length].rstrip(b"\0")
+                offset += 16 + length
+                if name != b"state":
+                    continue
+                if mask & IN_OPEN:
+                    self.openings += 1
+                if mask & IN_CLOSE_WRITE:
+                    self.writes.append(Write(moment, os.pread(state, 100, 0).decode("utf-8", "replace")))
+            tell()
+        os.close(inotify)
+        os.close(state)

@@ -1,0 +1,83 @@
+"""Scenarios of starts and ends: signals, a kill, a second start."""
+
+import signal
+
+from plugging import MADE_UP
+from running import scenario
+from waiting import check, now, wait_for
+
+LATEST_EXIT = 5.0
+
+
+def end_by(world, number):
+    """Muted by a mouse that stays, the program is asked to end: the trackpad is given back."""
+    running = world.start(selected=[MADE_UP])
+    world.expect_on(world.plug("Kovra Mouse"))
+    since = now()
+    running.send(number)
+    status = running.wait_exit()
+    check(status == 0, f"it ended with {status}: {running.last_words()}")
+    world.flag.wait_write("off", since, LATEST_EXIT)
+    world.expect_writes("off", "on", "off")
+    return f"off after {world.flag.writes[-1].time - since:.2f} s"
+
+
+@scenario("SIGTERM gives the trackpad back.")
+def sigterm(world):
+    return end_by(world, signal.SIGTERM)
+
+
+@scenario("So does SIGINT.")
+def sigint(world):
+    return end_by(world, signal.SIGINT)
+
+
+@scenario("So does SIGHUP.")
+def sighup(world):
+    return end_by(world, signal.SIGHUP)
+
+
+@scenario("A kill leaves the flag on; the next start writes anew, whatever the flag says.")
+def kill_and_restart(world):
+    running = world.start(selected=[MADE_UP])
+    world.expect_on(world.plug("Kovra Mouse"))
+    running.send(signal.SIGKILL)
+    running.wait_exit()
+    world.expect_quiet_until(now() + 0.5)
+    world.expect_writes("off", "on")
+    world.start(selected=[MADE_UP])
+    wait_for(lambda: len(world.flag.writes) == 4, "two more writes")
+    world.expect_writes("off", "on", "off", "on")
+
+
+@scenario("A mouse plugged in the same turn as SIGTERM: the last write is off, whichever of the two was first.")
+def plug_and_sigterm_at_once(world):
+    for signal_first in [True, False]:
+        running = world.start(selected=[MADE_UP])
+        running.stop()
+        if signal_first:
+            running.send(signal.SIGTERM)
+        mouse = world.plug("Kovra Mouse")
+        world.settle()
+        running.send(signal.SIGTERM)
+        running.send(signal.SIGCONT)
+        running.wait_exit()
+        check(world.flag.last() == "off", f"written: {world.flag.contents()}")
+        mouse.unplug()
+
+
+@scenario("A second start on the same session leaves at once: it never opens the flag, and the first goes on.")
+def second_start(world):
+    first = world.start(selected=[MADE_UP])
+    mouse = world.plug("Kovra Mouse")
+    world.expect_on(mouse)
+    opened = world.flag.openings
+    # Had it read these choices, it would have something to write.
+    second = world.start(wait=False, selected=[MADE_UP], enabled=False)
+    status = second.wait_exit()
+    check(status == 0, f"it ended with {status}: {second.last_words()}")
+    check(world.flag.openings == opened, "it opened the flag")
+    world.expect_writes("off", "on")
+    check(first.is_running(), "the first ended too")
+    mouse.unplug()
+    world.expect_off_after_grace(mouse)

@@ -1,0 +1,125 @@
+"""Scenarios of the main job: a chosen mouse comes and goes."""
+
+import uhid
+from running import scenario
+from waiting import now
+from world import LATEST_OFF
+
+USB_MOUSE = "QEMU QEMU USB Mouse#1575:1"
+MADE_UP = "Kovra Mouse#4660:22136"
+
+
+def play_main_job(world, device):
+    """From plug to unplug; returns the delays as text."""
+    on = world.expect_on(device)
+    device.unplug()
+    off = world.expect_off_after_grace(device)
+    return f"on after {on:.2f} s, off after {off:.2f} s"
+
+
+@scenario("A chosen USB mouse: on at plug, still on right after unplug, off 2.0 s after the kernel's removal.")
+def usb_mouse(world):
+    world.start(selected=[USB_MOUSE])
+    measured = play_main_job(world, world.plug_usb_mouse())
+    world.expect_writes("off", "on", "off")
+    return measured
+
+
+@scenario("A mouse that nobody chose changes nothing; nor does a chosen one while the switch is off.")
+def not_chosen(world):
+    world.start(selected=[MADE_UP], enabled=False)
+    world.plug("Kovra Mouse")
+    world.plug("Other Mouse")
+    world.settle()
+    world.expect_quiet_until(now() + 0.5)
+    world.expect_writes("off")
+
+
+@scenario("A drop-out of 1 s causes no write at all.")
+def short_drop_out(world):
+    world.start(selected=[MADE_UP])
+    mouse = world.plug("Kovra Mouse")
+    world.expect_on(mouse)
+    removed = mouse.unplug()
+    world.expect_quiet_until(removed + 1.0)
+    again = world.plug("Kovra Mouse")
+    world.expect_quiet_until(removed + LATEST_OFF + 1.0)
+    # That it was not simply deaf: the next removal is noticed, with its grace counted anew.
+    again.unplug()
+    world.expect_off_after_grace(again)
+    world.expect_writes("off", "on", "off")
+
+
+@scenario("Two identical mice count as one: only the removal of the second matters.")
+def identical_mice(world):
+    world.start(selected=[MADE_UP])
+    first, second = world.plug("Kovra Mouse"), world.plug("Kovra Mouse")
+    world.expect_on(first)
+    world.expect_quiet_until(first.unplug() + LATEST_OFF)
+    second.unplug()
+    off = world.expect_off_after_grace(second)
+    world.expect_writes("off", "on", "off")
+    return f"off after {off:.2f} s"
+
+
+@scenario("A device with two interfaces, a mouse and a page of the maker's own, is one device until both are gone.")
+def two_interfaces(world):
+    world.start(selected=[MADE_UP])
+    mouse, extra = world.plug("Kovra Mouse"), world.plug("Kovra Mouse", descriptor=uhid.VENDOR_PAGE)
+    world.expect_on(mouse)
+    world.expect_quiet_until(mouse.unplug() + LATEST_OFF)
+    extra.unplug()
+    off = world.expect_off_after_grace(extra)
+    world.expect_writes("off", "on", "off")
+    return f"off after {off:.2f} s"
+
+
+@scenario("A mouse on the Bluetooth bus does as one on USB.")
+def bluetooth_mouse(world):
+    world.start(selected=[MADE_UP])
+    return play_main_job(world, world.plug("Kovra Mouse", bus=uhid.BUS_BLUETOOTH))
+
+
+@scenario("A device on the I2C bus, with a name that is not ASCII, does as well.")
+def i2c_device(world):
+    world.start(selected=["Мышь № 1#4660:22136"])
+    return play_main_job(world, world.plug("Мышь № 1", bus=uhid.BUS_I2C))
+
+
+@scenario("A nameless device goes by the word for it in the user's language: English.")
+def nameless_in_english(world):
+    world.start(selected=["Unknown device#4660:22136"])
+    return play_main_job(world, world.plug(""))
+
+
+@scenario("A nameless device goes by the word for it in the user's language: Russian.")
+def nameless_in_russian(world):
+    world.start(selected=["Неизвестное устройство#4660:22136"], language="ru_RU.UTF-8")
+    return play_main_job(world, world.plug(""))
+
+
+@scenario("A name that is not UTF-8 is no obstacle: its bad bytes are shown as replacement characters.")
+def bytes_for_a_name(world):
+    world.start(selected=["Kovra \ufffd Mouse#4660:22136"])
+    return play_main_job(world, world.plug(b"Kovra \xff Mouse"))
+
+
+@scenario("A chosen mouse that is there before the start is found: first off, then on.")
+def present_before_start(world):
+    mouse = world.plug_usb_mouse()
+    world.settle()
+    world.start(selected=[USB_MOUSE])
+    world.flag.wait_write("on")
+    world.expect_writes("off", "on")
+    mouse.unplug()
+    off = world.expect_off_after_grace(mouse)
+    return f"off after {off:.2f} s"
+
+
+@scenario("In mode \"always\" the flag is on with no device at all, and stays on whatever is unplugged.")
+def always(world):
+    world.start(mode="always")
+    world.expect_writes("on")
+    mouse = world.plug("Kovra Mouse")
+    world.settle()
+    world.expect_quiet_until(mouse.unplug() + LATEST_OFF)

@@ -1,0 +1,76 @@
+"""The program under test: the real binary, a process like any other."""
+
+import json
+import os
+import pathlib
+import re
+import signal
+import subprocess
+
+from waiting import check, wait_for
+
+HOME = pathlib.Path("/run/kovra/home")
+
+
+def write_preferences(**choices):
+    """selected=[keys], enabled=bool, mode=text; what is not named is not stored."""
+    names = {"selected": "selectedDeviceIDs", "enabled": "isEnabled", "mode": "blockMode"}
+    folder = HOME / ".config" / "ble-kovra"
+    folder.mkdir(parents=True, exist_ok=True)
+    stored = {names[name]: value for name, value in choices.items()}
+    (folder / "preferences.json").write_text(json.dumps(stored, ensure_ascii=False), encoding="utf-8")
+
+
+class Program:
+    def __init__(self, binary, language="en_US.UTF-8", bus=None):
+        environment = {
+            "PATH": "/usr/bin:/bin", "HOME": str(HOME), "XDG_CONFIG_HOME": str(HOME / ".config"), "LANG": language,
+        }
+        if bus:
+            environment["DBUS_SESSION_BUS_ADDRESS"] = bus
+        self.errors = HOME / "stderr"
+        with open(self.errors, "wb") as errors:
+            self._process = subprocess.Popen([binary], env=environment, cwd="/", stdin=subprocess.DEVNULL,
+                                             stdout=errors, stderr=errors)
+
+    @property
+    def pid(self):
+        return self._process.pid
+
+    def is_running(self):
+        return self._process.poll() is None
+
+    def send(self, number):
+        os.kill(self.pid, number)
+
+    def stop(self):
+        """SIGSTOP, and waits until it has stopped."""
+        self.send(signal.SIGSTOP)
+        wait_for(lambda: self._status("State").startswith("T"), "the program to stop at SIGSTOP")
+
+    def wait_exit(self, limit=15.0):
+        """Its exit status, or minus the signal that ended it."""
+        wait_for(lambda: not self.is_running(), "the program to end", limit)
+        return self._process.returncode
+
+    def kill(self):
+        if self.is_running():
+            self._process.kill()
+            self._process.wait()
+
+    def cost(self):
+        """Voluntary context switches and nanoseconds of CPU so far, of all its threads."""
+        switches = time = 0
+        for thread in pathlib.Path(f"/proc/{self.pid}/task").iterdir():
+            status = (thread / "status").read_text()
+            switches += int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", status, re.M).group(1))
+            time += int((thread / "schedstat").read_text().split()[0])
+        return switches, time
+
+    def _status(self, name):
+        check(self.is_running(), f"the program ended by itself: {self._process.returncode}, {self.last_words()}")
+        status = pathlib.Path(f"/proc/{self.pid}/status").read_text()
+        return re.search(rf"^{name}:\s+(.*)$", status, re.M).group(1)
+
+    def last_words(self):
+        return self.errors.read_text(errors="replace").strip()[-300:]

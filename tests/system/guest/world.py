@@ -1,0 +1,183 @@
+"""What a scenario finds: devices to plug, the program to start, the flag to watch. Clean at the start of each."""
+
+import itertools
+import os
+import pathlib
+import shutil
+import subprocess
+
+import program
+import uhid
+from flag import Flag
+from journal import Journal
+from uevents import KernelEvents, UdevEvents
+from waiting import check, now, stay_until, wait_for
+
+UDEVD = "/usr/lib/systemd/systemd-udevd"
+# udev's own rules for HID and input devices. What else the host has installed would make the machine another one on each
+# host, and a slow one.
+RULES = ["50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad"]
+RULES_FOLDERS = ["/usr/lib/udev/rules.d", "/etc/udev/rules.d"]
+HID_DEVICES = pathlib.Path("/sys/bus/hid/devices")
+BUS_ADDRESS = "unix:path=/run/kovra/bus"
+
+# Never earlier than this after the kernel's event.
+GRACE = 2.0
+# Never later than this after udevd passed the event on. In an emulated machine on a busy host udevd alone may need a
+# second, and that is not the program's doing.
+LATEST_OFF = 2.5
+LATEST_ON = 1.0
+
+
+def keep_rules():
+    kept = {name: (pathlib.Path(RULES_FOLDERS[0]) / f"{name}.rules").read_text() for name in RULES}
+    for folder in RULES_FOLDERS:
+        os.makedirs(folder, exist_ok=True)
+        subprocess.run(["/bin/busybox", "mount", "-t", "tmpfs", "tmpfs", folder], check=True)
+    for name, text in kept.items():
+        (pathlib.Path(RULES_FOLDERS[0]) / f"{name}.rules").write_text(text)
+
+
+class Device:
+    """Anything that can be unplugged. `added` and `removed` are the kernel's own moments."""
+
+    def __init__(self, node, added, unplug):
+        self.node = node
+        self.added = added
+        self.removed = None
+        self._unplug = unplug
+
+    def unplug(self):
+        if self.removed is None:
+            self.removed = self._unplug()
+        return self.removed
+
+
+class World:
+    def __init__(self, host, binary, modules):
+        pathlib.Path("/run/kovra").mkdir(parents=True)
+        self.host, self.binary, self.modules = host, binary, pathlib.Path(modules)
+        self.events, self.announced = KernelEvents(), UdevEvents()
+        self.journal, self.flag = Journal(), Flag()
+        keep_rules()
+        self._udevd = None
+        self._bus = None
+        self.programs = []
+        self._devices = []
+        self._numbers = itertools.count(1)
+
+    # Before and after each scenario.
+
+    def prepare(self):
+        shutil.rmtree(program.HOME, ignore_errors=True)
+        program.HOME.mkdir(parents=True)
+        self.flag.renew()
+        self.events.forget()
+        self.journal.forget()
+        self.start_udevd()
+
+    def clean(self):
+        for running in self.programs:
+            running.kill()
+        for device in self._devices:
+            device.unplug()
+        self.programs, self._devices = [], []
+        wait_for(lambda: not any(HID_DEVICES.iterdir()), "the last device to go")
+
+    # The program.
+
+    def start(self, language="en_US.UTF-8", wait=True, **choices):
+        """Starts the program with these choices stored; returns it once it has written its first decision."""
+        program.write_preferences(**choices)
+        since = now()
+        started = program.Program(self.binary, language, self.session_bus())
+        self.programs.append(started)
+        if wait:
+            wait_for(lambda: any(write.time >= since for write in self.flag.writes) or not started.is_running(),
+                     "the program's first write")
+            check(started.is_running(), f"the program ended at its start: {started.last_words()}")
+        return started
+
+    def session_bus(self):
+        if self._bus is None:
+            command = ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={BUS_ADDRESS}"]
+            self._bus = subprocess.Popen(command, stdin=subprocess.DEVNULL)
+            wait_for(lambda: os.path.exists("/run/kovra/bus"), "the session bus")
+        return BUS_ADDRESS
+
+    # Devices.
+
+    def plug(self, name, vendor=0x1234, product=0x5678, bus=uhid.BUS_USB, descriptor=uhid.MOUSE):
+        """One made-up device with one interface."""
+        return self.plug_with(lambda uniq: uhid.UHID(name, vendor, product, bus, descriptor, uniq=uniq))
+
+    def plug_with(self, make):
+        """A made-up device of a kind of its own; `make` gets the serial number that it is to have."""
+        uniq = f"made-up-{next(self._numbers)}"
+        made = make(uniq)
+        added = self.events.wait("add", HID_UNIQ=uniq)
+        return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
+
+    def plug_usb_mouse(self):
+        """QEMU's own USB mouse, put into the machine's port from outside. One in each scenario."""
+        name = f"mouse{next(self._numbers)}"
+        self.host.plug_mouse(name)
+        added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")
+        return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, lambda: self.host.unplug_mouse(name))))
+
+    def _removed(self, node, unplug):
+        unplug()
+        return self.events.wait("remove", node=node).time
+
+    def _keep(self, device):
+        self._devices.append(device)
+        return device
+
+    # udev.
+
+    def start_udevd(self):
+        if self._udevd is None:
+            self._udevd = subprocess.Popen([UDEVD], stdin=subprocess.DEVNULL)
+            wait_for(lambda: os.path.exists("/run/udev/control"), "udevd")
+            self.settle()
+
+    def stop_udevd(self):
+        if self._udevd is not None:
+            self._udevd.terminate()
+            self._udevd.wait()
+            self._udevd = None
+        shutil.rmtree("/run/udev", ignore_errors=True)
+
+    def settle(self):
+        """Returns when udevd has handled all that the kernel has reported."""
+        subprocess.run(["udevadm", "settle", "--timeout=300"], check=True)
+
+    # Promises that many scenarios share.
+
+    def expect_on(self, device):
+        write = self.flag.wait_write("on", device.added)
+        late = write.time - self.announced.wait("add", device.node)
+        check(late <= LATEST_ON, f'"on" came {late:.2f} s after udevd announced the device')
+        return write.time - device.added
+
+    def expect_off_after_grace(self, device):
+        """"off" 2.0 s after the kernel removed the device, and not a write before."""
+        before = self.flag.contents()
+        check(before[-1] == "on", f"after the removal the flag was no longer on: {before}")
+        write = self.flag.wait_write("off", device.removed)
+        delay = write.time - device.removed
+        check(delay >= GRACE, f'"off" came {delay:.3f} s after the removal')
+        late = write.time - self.announced.wait("remove", device.node)
+        check(late <= LATEST_OFF, f'"off" came {late:.3f} s after udevd announced the removal')
+        check(self.flag.contents() == before + ["off"], f"more was written than one off: {self.flag.contents()}")
+        return delay
+
+    def expect_quiet_until(self, moment):
+        """Not one write from now until then."""
+        before = len(self.flag.writes)
+        stay_until(moment)
+        check(len(self.flag.writes) == before, f"something was written: {self.flag.contents()}")
+
+    def expect_writes(self, *contents):
+        check(self.flag.contents() == list(contents),
+              f"written: {self.flag.contents()}, and should have been: {list(contents)}")

@@ -1,0 +1,95 @@
+"""The kernel of the virtual machine: Debian's own, unpacked into the build folder and never installed.
+
+Only the image and the few modules that the machine loads are kept. The package is fetched once; a folder that is
+complete is used as it is.
+"""
+
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+
+# In the initramfs, loaded before the host's files are there.
+BOOT_MODULES = [
+    "virtio_pci", "9pnet_virtio", "9p", "overlay",
+    "uhid", "uinput", "evdev", "hid-generic", "hid-multitouch", "usbhid", "xhci-pci",
+]
+# Beside them, for a test that swaps drivers under a device.
+LATER_MODULES = ["hid-logitech-hidpp"]
+
+
+class KernelMissing(Exception):
+    """The kernel could not be fetched; the text says what to do."""
+
+
+class Kernel:
+    def __init__(self, folder):
+        self.folder = pathlib.Path(folder)
+        self.image = self.folder / "vmlinuz"
+        self.modules = self.folder / "modules"
+
+    def boot_modules(self):
+        """The module files in the order in which they have to be loaded."""
+        return [self.modules / name for name in (self.modules / "order").read_text().split()]
+
+    def module(self, name):
+        return self.modules / f"{name}.ko"
+
+
+def prepare(folder, say):
+    """The kernel in `folder`; fetched and unpacked now if it is not there. `say` is told of each long step."""
+    kernel = Kernel(folder)
+    if (kernel.modules / "order").exists():
+        return kernel
+    kernel.folder.mkdir(parents=True, exist_ok=True)
+    with tempfile.TemporaryDirectory(dir=kernel.folder) as temporary:
+        work = pathlib.Path(temporary)
+        say("fetching the machine's kernel (a Debian package of about 70 MB, kept in the build folder)")
+        package = _download(work)
+        say("unpacking it")
+        subprocess.run(["dpkg-deb", "-x", package, work / "unpacked"], check=True)
+        _keep_needed(work / "unpacked", kernel)
+    return kernel
+
+
+def _download(work):
+    name = _package_name()
+    result = subprocess.run(["apt-get", "download", name], cwd=work, capture_output=True, text=True)
+    packages = list(work.glob("*.deb"))
+    if result.returncode != 0 or not packages:
+        reason = (result.stderr.strip().splitlines() or ["no reason given"])[-1]
+        raise KernelMissing(f"apt-get download {name} failed: {reason}")
+    return packages[0]
+
+
+def _package_name():
+    shown = subprocess.run(["apt-cache", "depends", "linux-image-amd64"], capture_output=True, text=True)
+    names = re.findall(r"Depends: (linux-image-\S+)", shown.stdout)
+    if not names:
+        raise KernelMissing("apt knows no package linux-image-amd64; run apt-get update (as root) and try again")
+    return names[0]
+
+
+def _keep_needed(unpacked, kernel):
+    files = {path.stem.replace("-", "_"): path for path in unpacked.glob("lib/modules/*/kernel/**/*.ko")}
+    kernel.modules.mkdir(exist_ok=True)
+    order = []
+    for name in BOOT_MODULES:
+        _add_with_dependencies(name, files, order)
+    for path in order + [files[name.replace("-", "_")] for name in LATER_MODULES]:
+        shutil.copy(path, kernel.modules)
+    shutil.copy(next(unpacked.glob("boot/vmlinuz-*")), kernel.image)
+    # Written last: its presence says that everything else is there.
+    (kernel.modules / "order").write_text("".join(f"{path.name}\n" for path in order))
+
+
+def _add_with_dependencies(name, files, order):
+    path = files.get(name.replace("-", "_"))
+    # A name without a file is built into the kernel.
+    if path is None or path in order:
+        return
+    stated = re.search(rb"\0depends=([^\0]*)\0", path.read_bytes())
+    for needed in filter(None, stated.group(1).decode().split(",") if stated else []):
+        _add_with_dependencies(needed, files, order)
+    order.append(path)

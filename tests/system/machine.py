@@ -1,0 +1,127 @@
+"""A throwaway virtual machine with a real kernel and the host's own files, needing neither root nor KVM.
+
+The machine sees the host's root read-only beneath a layer in memory, so nothing that it does reaches the host. Its
+first process is guest/main.py; the two speak JSON lines over the machine's second serial port.
+"""
+
+import json
+import os
+import pathlib
+import select
+import shutil
+import socket
+import subprocess
+import tempfile
+import time
+
+import initramfs
+from qmp import QMP
+
+GUEST_PROGRAM = pathlib.Path(__file__).resolve().parent / "guest" / "main.py"
+BOOT_LIMIT_SECONDS = 300
+# A scenario takes seconds, the flood a minute, on a host that is busy several; one that takes longer hangs.
+SILENCE_LIMIT_SECONDS = 600
+
+
+class MachineFailed(Exception):
+    pass
+
+
+class Machine:
+    """One boot. Use as a context manager; leaving it ends QEMU and removes the temporary folder."""
+
+    def __init__(self, kernel, logs):
+        self._kernel = kernel
+        self._console = pathlib.Path(logs) / "console.log"
+        self._folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-machine-"))
+        self._qemu = None
+        self._qmp = None
+        self._port = None
+        self._buffer = b""
+
+    def __enter__(self):
+        try:
+            self._boot()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        if self._qmp:
+            self._qmp.close()
+        if self._port:
+            self._port.close()
+        if self._qemu:
+            self._qemu.kill()
+            self._qemu.wait()
+        shutil.rmtree(self._folder, ignore_errors=True)
+
+    def messages(self, task):
+        """Gives the guest its task and yields what it reports, serving its requests meanwhile, until it is done."""
+        deadline = time.monotonic() + BOOT_LIMIT_SECONDS
+        while True:
+            message = self._next(deadline)
+            if message["kind"] == "ready":
+                self._send(task)
+            elif message["kind"] == "plug":
+                self._qmp.execute("device_add", driver="usb-mouse", id=message["id"], bus="usb.0")
+                self._send({"done": True})
+            elif message["kind"] == "unplug":
+                self._qmp.execute("device_del", id=message["id"])
+                self._send({"done": True})
+            elif message["kind"] == "end":
+                return
+            else:
+                yield message
+            deadline = time.monotonic() + SILENCE_LIMIT_SECONDS
+
+    def _boot(self):
+        qemu = shutil.which("qemu-system-x86_64")
+        if qemu is None:
+            raise MachineFailed("qemu-system-x86_64 is missing (Debian package qemu-system-x86)")
+        archive = self._folder / "initramfs"
+        initramfs.write(archive, self._kernel, GUEST_PROGRAM)
+        control, port = self._folder / "qmp", self._folder / "port"
+        command = [
+            qemu, "-machine", "q35", "-accel", "tcg,thread=multi", "-cpu", "max", "-m", "2048", "-smp", "2",
+            "-display", "none", "-monitor", "none", "-no-reboot", "-nodefaults", "-no-user-config",
+            "-kernel", self._kernel.image, "-initrd", archive,
+            "-append", "console=ttyS0 quiet panic=-1 kovra.guest",
+            "-virtfs", "local,path=/,mount_tag=hostroot,security_model=none,readonly=on,multidevs=remap",
+            "-device", "qemu-xhci,id=usb",
+            "-serial", f"file:{self._console}",
+            "-serial", f"unix:{port},server=on,wait=off",
+            "-qmp", f"unix:{control},server=on,wait=off",
+        ]
+        errors = open(self._console.with_name("qemu.log"), "wb")
+        with errors:
+            self._qemu = subprocess.Popen([os.fspath(word) for word in command], stdin=subprocess.DEVNULL,
+                                          stdout=errors, stderr=errors)
+        self._qmp = QMP(control, timeout=20)
+        self._port = socket.socket(socket.AF_UNIX)
+        self._port.connect(os.fspath(port))
+
+    def _send(self, message):
+        self._port.sendall(json.dumps(message).encode() + b"\n")
+
+    def _next(self, deadline):
+        while b"\n" not in self._buffer:
+            left = deadline - time.monotonic()
+            if left <= 0:
+                raise MachineFailed(f"the machine said nothing for too long; {self._last_words()}")
+            if not select.select([self._port], [], [], left)[0]:
+                continue
+            data = self._port.recv(65536)
+            if not data:
+                raise MachineFailed(f"the machine stopped; {self._last_words()}")
+            self._buffer += data
+        line, self._buffer = self._buffer.split(b"\n", 1)
+        return json.loads(line)
+
+    def _last_words(self):
+        for log in [self._console, self._console.with_name("qemu.log")]:
+            lines = [line for line in log.read_text(errors="replace").splitlines() if line.strip()]
+            if lines:
+                return f"its last words, from {log.name}: {lines[-1].strip()}"
+        return "it left no words"
