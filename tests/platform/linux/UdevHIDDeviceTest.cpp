@@ -6,6 +6,7 @@
 
 #include "BLE_kovra/platform/Utf8.h"
 #include "tests/platform/linux/UdevHIDRig.h"
+#include "tests/support/Seeds.h"
 
 namespace kovra {
 namespace {
@@ -102,7 +103,7 @@ TEST(UdevHIDDevice, DiffersFromAnotherInNameAndNumbers) {
 // Properties of any bytes. Each seed is printed, so that a failure can be repeated.
 class AnyBytes {
   public:
-    explicit AnyBytes(std::uint64_t seed) : generator_(seed) {}
+    explicit AnyBytes(std::uint32_t seed) : generator_(seed) {}
 
     std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(generator_); }
     std::string text(std::size_t most) {
@@ -120,10 +121,8 @@ class AnyBytes {
     std::mt19937_64 generator_;
 };
 
-std::vector<std::uint64_t> seeds() { return {1, 20, std::random_device()()}; }
-
 TEST(UdevHIDDevice, SurvivesPropertiesOfAnyBytes) {
-    for (const std::uint64_t seed : seeds()) {
+    for (const std::uint32_t seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::cout << "seed " << seed << '\n';
         AnyBytes any(seed);
@@ -140,7 +139,7 @@ TEST(UdevHIDDevice, SurvivesPropertiesOfAnyBytes) {
 }
 
 TEST(UdevHIDDevice, SurvivesNodesOfAnyBytes) {
-    for (const std::uint64_t seed : seeds()) {
+    for (const std::uint32_t seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::cout << "seed " << seed << '\n';
         AnyBytes any(seed);
