@@ -1,0 +1,59 @@
+#!/usr/bin/env python3
+"""Checks that every file and every test that docs/where.md names exists.
+
+  check_where.py [ROOT]      ROOT: the project's folder; by default the one that this file stands in
+
+Prints one line for each name that leads nowhere and for each row that names no file or no test, and exits with 1 if
+there is any.
+"""
+import pathlib
+import re
+import sys
+
+
+def known_tests(root):
+    """Suites, tests as Suite.Name, and the sentences of the scenarios."""
+    suites, tests, scenarios = set(), set(), []
+    for source in (root / "tests").rglob("*"):
+        if source.suffix in (".cpp", ".h"):
+            text = source.read_text(encoding="utf-8")
+            for suite, name in re.findall(r"^\s*(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\)", text, re.M):
+                suites.add(suite)
+                tests.add(f"{suite}.{name}")
+        elif source.name == "CMakeLists.txt":
+            suites.update(re.findall(r"add_test\(\s*NAME\s+(\w+)", source.read_text(encoding="utf-8")))
+        elif source.suffix == ".py" and "guest" in source.parts:
+            scenarios += re.findall(r"@scenario\(\s*\"(.*)\"", source.read_text(encoding="utf-8"))
+    return suites, tests, scenarios
+
+
+def problems(root):
+    suites, tests, scenarios = known_tests(root)
+    rows = 0
+    for line in (root / "docs" / "where.md").read_text(encoding="utf-8").splitlines():
+        cells = [cell.strip() for cell in line.strip().strip("|").split(" | ")]
+        if not line.startswith("| ") or len(cells) != 3 or cells[0] == "Behaviour":
+            continue
+        rows += 1
+        behaviour, files, named = cells[0], re.findall(r"`([^`]+)`", cells[1]), re.findall(r"`([^`]+)`", cells[2])
+        if not files or not named:
+            yield f"no file or no test: {behaviour}"
+        for file in files:
+            if not (root / file).is_file():
+                yield f"no such file: {file} ({behaviour})"
+        for name in named:
+            if name.startswith("system: "):
+                found = any(sentence.startswith(name[len("system: "):]) for sentence in scenarios)
+            else:
+                found = name in tests if "." in name else name in suites
+            if not found:
+                yield f"no such test: {name} ({behaviour})"
+    if rows == 0:
+        yield "docs/where.md has no rows"
+
+
+if __name__ == "__main__":
+    top = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parents[2]
+    found = list(problems(top))
+    print("\n".join(found) or "every file and every test named in docs/where.md exists")
+    sys.exit(1 if found else 0)
