@@ -1,30 +1,47 @@
 #include "BLE_kovra/platform/linux/UdevHIDNodes.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace kovra {
 
 namespace {
 
-using Device = Handle<udev_device, udev_device_unref>;
 using Enumeration = Handle<udev_enumerate, udev_enumerate_unref>;
 
 constexpr const char* subsystem = "hid";
+const std::string devicesFolder = "/sys/bus/hid/devices/";
 
-Device lookUp(udev* context, const std::string& name) {
-    return Device(udev_device_new_from_subsystem_sysname(context, subsystem, name.c_str()));
+// The whole file, or the reason why there is none.
+std::variant<std::string, int> contentOf(const std::string& path) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) return errno;
+    std::string text;
+    char piece[4096];
+    ssize_t count;
+    while ((count = ::read(file, piece, sizeof piece)) > 0) text.append(piece, static_cast<std::size_t>(count));
+    const int error = errno;
+    ::close(file);
+    if (count < 0) return error;
+    return text;
 }
 
-UdevHIDNode notThere(int reason) {
-    const bool isShortage = reason == EMFILE || reason == ENFILE || reason == ENOMEM;
-    return {isShortage ? UdevHIDNode::State::unreadable : UdevHIDNode::State::gone, std::nullopt};
-}
+bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
 
-std::optional<std::string_view> property(udev_device* device, const char* key) {
-    const char* value = udev_device_get_property_value(device, key);
-    return value == nullptr ? std::nullopt : std::optional<std::string_view>(value);
+// What the line NAME=VALUE says. The first one: what a device says of itself comes behind what the kernel knows.
+std::optional<std::string_view> property(std::string_view uevent, std::string_view name) {
+    while (!uevent.empty()) {
+        const std::string_view line = uevent.substr(0, uevent.find('\n'));
+        uevent.remove_prefix(std::min(line.size() + 1, uevent.size()));
+        if (line.starts_with(name) && line.substr(name.size()).starts_with('=')) return line.substr(name.size() + 1);
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -44,15 +61,16 @@ std::vector<std::string> UdevHIDNodes::names() const {
     return names;
 }
 
+// One file has it all, as of one moment. libudev would find the same by some fifty calls, and the flag would wait for
+// them.
 UdevHIDNode UdevHIDNodes::read(const std::string& name) const {
-    const Device device = lookUp(context_, name);
-    if (!device) return notThere(errno);
-    const auto hidID = property(device.get(), "HID_ID");
-    // Every node has one. Without it the device may have gone between the two steps, and has then no name either.
-    if (!hidID && !lookUp(context_, name)) return notThere(errno);
-    const bool isBound = udev_device_get_driver(device.get()) != nullptr;
-    return {isBound ? UdevHIDNode::State::bound : UdevHIDNode::State::unbound,
-            UdevHIDDevice(name, hidID, property(device.get(), "HID_NAME"))};
+    const auto content = contentOf(devicesFolder + name + "/uevent");
+    if (const int* error = std::get_if<int>(&content)) {
+        return {isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::gone, std::nullopt};
+    }
+    const std::string& uevent = std::get<std::string>(content);
+    return {property(uevent, "DRIVER") ? UdevHIDNode::State::bound : UdevHIDNode::State::unbound,
+            UdevHIDDevice(name, property(uevent, "HID_ID"), property(uevent, "HID_NAME"))};
 }
 
 }  // namespace kovra
