@@ -38,6 +38,10 @@ def main():
         if task["kind"] == "demo":
             import demo
             demo.play(line, task)
+        elif task["kind"] == "bench":
+            sys.path.append(task["folder"])
+            import virtual_machine
+            virtual_machine.play(line, task)
         else:
             import scenarios
             scenarios.run(line, task)

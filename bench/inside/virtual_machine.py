@@ -1,0 +1,62 @@
+"""Inside the virtual machine: plugs the chosen mouse again and again and reports when the flag said so.
+
+A bare listener hears of the same plugs and writes a file of its own. One watcher, outside of both, takes the moments of
+both writes. Reported are the seconds since the kernel's event.
+"""
+
+import subprocess
+
+import flag
+from waiting import check
+from world import World
+
+NAME = "Kovra Mouse"
+KEY = "Kovra Mouse#4660:22136"
+LISTENER_FILE = "/run/kovra/listener"
+OURS, LISTENER = "0", "1"
+
+
+def play(host, task):
+    world = World(host, task["binary"], task["modules"])
+    world.prepare()
+    world.start(selected=[KEY])
+    listener = None
+    if task["floor"]:
+        open(LISTENER_FILE, "w").close()
+        listener = Lines(task["floor"], "listen-udev", LISTENER_FILE)
+    watched = [flag.STATE] + ([LISTENER_FILE] if listener else [])
+    watcher = Lines(task["watcher"], *watched)
+    check(watcher.next() == ["watching"], "the watcher did not start")
+    for _ in range(task["plugs"]):
+        mouse = world.plug(NAME)
+        on = writes(watcher, len(watched))
+        host.report("plugged", ours=on[OURS] - mouse.added, floor=listener and on[LISTENER] - mouse.added)
+        # Two seconds until "off", in which udevd comes to rest as well.
+        mouse.unplug()
+        writes(watcher, len(watched))
+    for process in filter(None, [watcher, listener]):
+        process.end()
+
+
+def writes(watcher, count):
+    """The moment of the next write of each file."""
+    moments = {}
+    while len(moments) < count:
+        name, moment = watcher.next()
+        check(name not in moments, "a file was written twice")
+        moments[name] = float(moment)
+    return moments
+
+
+class Lines:
+    """A running program that reports by lines."""
+
+    def __init__(self, *command):
+        self._process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
+
+    def next(self):
+        return self._process.stdout.readline().split()
+
+    def end(self):
+        self._process.kill()
+        self._process.wait()
