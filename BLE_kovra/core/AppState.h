@@ -32,7 +32,7 @@ class AppState {
     // The identity keys of the chosen devices; a text can be looked up without a copy.
     using Selection = std::set<std::string, std::less<>>;
 
-    explicit AppState(PreferencesStore& defaults);
+    explicit AppState(PreferencesStore& store);
 
     static AppState& shared();
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -36,13 +37,13 @@ class Descriptor {
 };
 
 int readAll(int file, std::string& text) {
-    char piece[16384];
+    std::array<char, 16384> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
     for (;;) {
-        const ssize_t count = ::read(file, piece, sizeof piece);
+        const ssize_t count = ::read(file, piece.data(), piece.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return errno;
         if (count == 0) return 0;
-        text.append(piece, static_cast<std::size_t>(count));
+        text.append(piece.data(), static_cast<std::size_t>(count));
         if (text.size() > PreferencesFile::largestSize) return EFBIG;
     }
 }

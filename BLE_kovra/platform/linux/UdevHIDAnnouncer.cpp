@@ -10,6 +10,7 @@ namespace kovra {
 namespace {
 
 // A copy is called: the callback may do away with the one that is kept.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
     if (callback) callback(device);
 }

@@ -22,7 +22,7 @@ struct UdevHIDNode {
         bound
     };
 
-    State state;
+    State state = State::gone;
     std::optional<UdevHIDDevice> device;  // present in the last two states
 };
 
