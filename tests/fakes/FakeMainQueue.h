@@ -99,7 +99,7 @@ class FakeMainQueue : public MainQueue {
     void collectDue() {
         while (!delayed_.empty() && delayed_.begin()->first.first <= now_) {
             auto next = delayed_.extract(delayed_.begin());
-            blocks_.push_back([delayed = std::move(next.mapped())] {
+            blocks_.emplace_back([delayed = std::move(next.mapped())] {
                 if (!*delayed.cancelled) delayed.block();
             });
         }
