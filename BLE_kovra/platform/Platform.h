@@ -21,8 +21,10 @@ struct Platform {
     SystemLog& log;
     Locale& locale;
 
-    // The services of this process. install() comes first; without it, current() stops the process.
+    // The services of this process, which have to outlive it. install() comes first; without it, current() stops the
+    // process.
     static void install(const Platform& platform);
+    static void install(Platform&&) = delete;
     static const Platform& current();
 };
 

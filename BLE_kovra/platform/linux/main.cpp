@@ -1,6 +1,8 @@
 // The composition root: makes the services of the Linux desktop and runs the application on them.
 
+#include <fcntl.h>
 #include <langinfo.h>
+#include <unistd.h>
 
 #include <clocale>
 #include <csignal>
@@ -28,6 +30,15 @@ namespace {
 void ignoreFatalConditions() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+}
+
+// Whoever closed the standard descriptors must not find the log's lines in the next file that is opened.
+void openStandardDescriptors() {
+    int number;
+    do {
+        number = ::open("/dev/null", O_RDWR);
+    } while (number >= 0 && number <= STDERR_FILENO);
+    if (number >= 0) ::close(number);
 }
 
 // The user's language; but every text in this program is UTF-8, also where the user's terminals still are not.
@@ -71,6 +82,7 @@ void runApplication() {
 }  // namespace
 
 int main() {
+    openStandardDescriptors();
     ignoreFatalConditions();
     adoptLocale();
     try {
