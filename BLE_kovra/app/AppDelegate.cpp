@@ -55,6 +55,8 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::applicationWillTerminate() {
+    hasTerminated_ = true;
+
     // 1. Whatever the mode and the switch say, the trackpad is given back.
     helper_.set(false);
 
@@ -62,6 +64,8 @@ void AppDelegate::applicationWillTerminate() {
 }
 
 void AppDelegate::evaluate() {
+    // A quit from inside a block must not be undone by that block's own end.
+    if (hasTerminated_) return;
     const bool mute =
         decideMuting(state_.mode.get(), state_.isEnabled.get(), [this] { return state_.anySelectedConnected(); });
     helper_.set(mute);

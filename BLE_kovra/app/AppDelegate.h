@@ -28,7 +28,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void applicationDidFinishLaunching() override;
     void applicationWillTerminate() override;
 
-    // Decides whether to mute, tells the helper and keeps the answer. Nothing is written while the answer stays.
+    // Decides whether to mute, tells the helper and keeps the answer. Nothing is written while the answer stays. Does
+    // nothing once the application has terminated: "off" is then the last word.
     void evaluate();
 
     // What a press of the hot key does: flips the switch and beeps, one queue turn later. The flip is saved and decided
@@ -57,6 +58,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     HelperController& helper_;
     std::shared_ptr<HIDMonitor> monitor_;
     std::vector<Subscription> cancellables_;
+    bool hasTerminated_ = false;
 };
 
 }  // namespace kovra

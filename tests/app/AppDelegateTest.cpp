@@ -250,7 +250,19 @@ TEST(AppDelegate, WritesOffAtItsEndOnlyIfItStoodOn) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegate, TriesToWriteOffAtItsEndWhenTheLastWriteFailed) {
+TEST(AppDelegate, LeavesOffAlsoWhenItEndsInTheMidstOfABlock) {
+    LaunchedRig rig;
+    rig.state.selectedIDs.set({mouse.key()});
+    rig.queue.run();
+    const auto quitting = rig.state.devices.subscribe([&](const auto&) { rig.delegate->quit(); }, CurrentValue::drop);
+    rig.hid.attach(mouse);
+    rig.queue.run();
+    rig.delegate->evaluate();
+    EXPECT_TRUE(rig.application.terminated);
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
+}
+
+TEST(AppDelegate, WritesNothingAtItsEndWhenOnlyOffEverSucceeded) {
     LaunchedRig rig;
     rig.files.failNext("Input/output error");
     rig.state.mode.set(Mode::always);
