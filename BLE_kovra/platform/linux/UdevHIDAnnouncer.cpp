@@ -23,6 +23,10 @@ UdevHIDAnnouncer::~UdevHIDAnnouncer() {
 
 void UdevHIDAnnouncer::look(const std::string& nodeName) { examine(nodeName, false); }
 
+bool UdevHIDAnnouncer::isThere(const std::string& nodeName) const {
+    return nodes_.read(nodeName).state != UdevHIDNode::State::gone;
+}
+
 std::vector<std::string> UdevHIDAnnouncer::everything() const {
     const std::vector<std::string> names = nodes_.names();
     std::set<std::string> all(names.begin(), names.end());

@@ -34,6 +34,7 @@ class UdevHIDAnnouncer : public std::enable_shared_from_this<UdevHIDAnnouncer> {
 
     // Compares the node, as it is now, with what was announced of it. Calls back from inside this call.
     void look(const std::string& nodeName);
+    bool isThere(const std::string& nodeName) const;
     // Every node there is or was known to be: looking at each of them makes good for lost events.
     std::vector<std::string> everything() const;
     // Nothing is announced any more.

@@ -1,6 +1,7 @@
 #include "BLE_kovra/platform/linux/UdevHIDEvents.h"
 
 #include <cerrno>
+#include <string_view>
 #include <utility>
 
 namespace kovra {
@@ -18,7 +19,11 @@ std::unique_ptr<UdevHIDEvents> UdevHIDEvents::open(udev* context) {
 UdevHIDEvents::Event UdevHIDEvents::next() {
     errno = 0;
     const Handle<udev_device, udev_device_unref> device(udev_monitor_receive_device(monitor_.get()));
-    if (device) return {Event::Kind::device, udev_device_get_sysname(device.get())};
+    if (device) {
+        const char* action = udev_device_get_action(device.get());
+        const bool isRemoval = action != nullptr && std::string_view(action) == "remove";
+        return {Event::Kind::device, udev_device_get_sysname(device.get()), isRemoval};
+    }
     if (errno == 0 || errno == EAGAIN || errno == EINTR) return {Event::Kind::none, {}};
     return {Event::Kind::lost, {}};
 }

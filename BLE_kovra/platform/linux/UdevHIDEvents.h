@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// udevd's announcements about the bus "hid". Tells which node is concerned and no more: what became of the node has to
-// be read from the node.
+// udevd's announcements about the bus "hid". Tells which node is concerned and little more: what became of the node has
+// to be read from the node.
 class UdevHIDEvents {
   public:
     struct Event {
@@ -21,6 +21,7 @@ class UdevHIDEvents {
         };
         Kind kind;
         std::string nodeName;  // of a device
+        bool isRemoval = false;
     };
 
     // Listens from now on. Null where the system refuses.

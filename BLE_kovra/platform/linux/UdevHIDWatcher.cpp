@@ -111,9 +111,15 @@ std::optional<std::string> UdevHIDWatcher::next() {
     using Kind = UdevHIDEvents::Event::Kind;
     while (events_) {
         UdevHIDEvents::Event event = events_->next();
-        if (event.kind == Kind::device) return std::move(event.nodeName);
         if (event.kind == Kind::none) break;
-        mustLookAtEverything_ = true;
+        if (event.kind == Kind::lost) {
+            mustLookAtEverything_ = true;
+            continue;
+        }
+        // A node is off the bus some milliseconds before the kernel announces its removal. The removal counts from its
+        // announcement, also when another event of the node makes us look in between.
+        if (!event.isRemoval && !announcer_->isThere(event.nodeName)) continue;
+        return std::move(event.nodeName);
     }
     if (std::exchange(mustLookAtEverything_, false)) {
         const auto everything = announcer_->everything();

@@ -153,19 +153,21 @@ TEST_F(UdevHID, TellsOfARemovalOnceTheBusHasLetGoOfTheNode) {
     EXPECT_EQ(rig_.news(), News());
 }
 
+TEST_F(UdevHID, CountsARemovalFromItsOwnEventAndNotFromALateOneOfAnotherKind) {
+    const MockHIDNode node = announced();
+    bus_.leaveBus(node.name);
+    for (const char* action : {"add", "bind", "change", "unbind"}) bus_.tell(node.name, action);
+    EXPECT_EQ(rig_.news(), News());
+    bus_.tell(node.name, "remove");
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+}
+
 TEST_F(UdevHID, IgnoresALateAdditionOfWhatHasGone) {
     const MockHIDNode node{.name = bus_.nextName()};
     bus_.appear(node);
     bus_.tell(node.name, "add");
     bus_.vanish(node.name);
     EXPECT_EQ(rig_.news(), News());
-}
-
-TEST_F(UdevHID, TakesALateAdditionOfWhatHasGoneForTheRemovalThatItMissed) {
-    const MockHIDNode node = announced();
-    bus_.tell(node.name, "add");
-    bus_.vanish(node.name);
-    EXPECT_EQ(rig_.news(), News{"-1 apple"});
 }
 
 TEST_F(UdevHIDAtStart, AnnouncesOnceWhatIsBothFoundAndToldOf) {
