@@ -21,11 +21,7 @@ UdevHIDAnnouncer::~UdevHIDAnnouncer() {
     for (const auto& [name, task] : pending_) task->cancel();
 }
 
-void UdevHIDAnnouncer::look(const std::string& nodeName) { examine(nodeName, false); }
-
-bool UdevHIDAnnouncer::isThere(const std::string& nodeName) const {
-    return nodes_.read(nodeName).state != UdevHIDNode::State::gone;
-}
+void UdevHIDAnnouncer::look(const std::string& nodeName, IfGone ifGone) { examine(nodeName, false, ifGone); }
 
 std::vector<std::string> UdevHIDAnnouncer::everything() const {
     const std::vector<std::string> names = nodes_.names();
@@ -40,11 +36,11 @@ void UdevHIDAnnouncer::silence() {
     removed = nullptr;
 }
 
-void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue) {
+void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfGone ifGone) {
     const UdevHIDNode node = nodes_.read(nodeName);
     switch (node.state) {
         case UdevHIDNode::State::gone:
-            nodeIsGone(nodeName);
+            if (ifGone == IfGone::announceRemoval) nodeIsGone(nodeName);
             break;
         case UdevHIDNode::State::unreadable:
             examineLater(nodeName);
@@ -67,7 +63,7 @@ void UdevHIDAnnouncer::examineLater(const std::string& nodeName) {
         const auto announcer = weak.lock();
         if (!announcer) return;
         announcer->pending_.erase(nodeName);
-        announcer->examine(nodeName, true);
+        announcer->examine(nodeName, true, IfGone::announceRemoval);
     });
 }
 

@@ -32,16 +32,19 @@ class UdevHIDAnnouncer : public std::enable_shared_from_this<UdevHIDAnnouncer> {
     HIDManager::Callback attached;
     HIDManager::Callback removed;
 
+    // What a look does about an announced node that it does not find. A node is off the bus some milliseconds before
+    // the kernel announces its removal, and the removal counts from its announcement.
+    enum class IfGone { announceRemoval, awaitRemoval };
+
     // Compares the node, as it is now, with what was announced of it. Calls back from inside this call.
-    void look(const std::string& nodeName);
-    bool isThere(const std::string& nodeName) const;
+    void look(const std::string& nodeName, IfGone ifGone = IfGone::announceRemoval);
     // Every node there is or was known to be: looking at each of them makes good for lost events.
     std::vector<std::string> everything() const;
     // Nothing is announced any more.
     void silence();
 
   private:
-    void examine(const std::string& nodeName, bool isOverdue);
+    void examine(const std::string& nodeName, bool isOverdue, IfGone ifGone);
     void examineLater(const std::string& nodeName);
     void nodeIsGone(const std::string& nodeName);
     void nodeIsThere(const std::string& nodeName, const UdevHIDDevice& device);

@@ -83,8 +83,8 @@ void UdevHIDWatcher::rang() {
 }
 
 void UdevHIDWatcher::step() {
-    if (const auto nodeName = next()) {
-        announcer_->look(*nodeName);
+    if (const auto look = next()) {
+        announcer_->look(look->nodeName, look->ifGone);
         loop_.async(weakly(shared_from_this(), [](auto& self) { self.step(); }));
         return;
     }
@@ -107,8 +107,9 @@ void UdevHIDWatcher::poll() {
 }
 
 // Events first, so that the socket is emptied soon.
-std::optional<std::string> UdevHIDWatcher::next() {
+std::optional<UdevHIDWatcher::Look> UdevHIDWatcher::next() {
     using Kind = UdevHIDEvents::Event::Kind;
+    using IfGone = UdevHIDAnnouncer::IfGone;
     while (events_) {
         UdevHIDEvents::Event event = events_->next();
         if (event.kind == Kind::none) break;
@@ -116,19 +117,16 @@ std::optional<std::string> UdevHIDWatcher::next() {
             mustLookAtEverything_ = true;
             continue;
         }
-        // A node is off the bus some milliseconds before the kernel announces its removal. The removal counts from its
-        // announcement, also when another event of the node makes us look in between.
-        if (!event.isRemoval && !announcer_->isThere(event.nodeName)) continue;
-        return std::move(event.nodeName);
+        return Look{std::move(event.nodeName), event.isRemoval ? IfGone::announceRemoval : IfGone::awaitRemoval};
     }
     if (std::exchange(mustLookAtEverything_, false)) {
         const auto everything = announcer_->everything();
         due_.assign(everything.begin(), everything.end());
     }
     if (due_.empty()) return std::nullopt;
-    std::string nodeName = std::move(due_.front());
+    Look look{std::move(due_.front()), IfGone::announceRemoval};
     due_.pop_front();
-    return nodeName;
+    return look;
 }
 
 }  // namespace kovra

@@ -44,6 +44,11 @@ class UdevHIDWatcher : public std::enable_shared_from_this<UdevHIDWatcher> {
     void resynchronize();
 
   private:
+    struct Look {
+        std::string nodeName;
+        UdevHIDAnnouncer::IfGone ifGone;
+    };
+
     bool listen();
     void wakeAfterStop();
     void begin();
@@ -51,7 +56,7 @@ class UdevHIDWatcher : public std::enable_shared_from_this<UdevHIDWatcher> {
     void step();
     void poll();
     void cancelPoll();
-    std::optional<std::string> next();
+    std::optional<Look> next();
 
     SdEventLoop& loop_;
     SystemLog& log_;
