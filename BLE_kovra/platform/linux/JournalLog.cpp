@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/JournalLog.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -21,7 +23,8 @@ namespace {
 constexpr const char* identifier = "ble-kovra";
 // Every line tells of something that could not be done, and the program goes on.
 constexpr int priority = LOG_WARNING;
-constexpr timeval patience{0, 100000};
+constexpr int patienceMilliseconds = 100;
+constexpr timeval patience{0, patienceMilliseconds * 1000};
 
 bool sendDatagram(const std::string& path, std::string_view datagram) {
     sockaddr_un address{};
@@ -71,13 +74,28 @@ bool standardErrorIsJournal() {
     return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == stream;
 }
 
-// In one piece, so that lines of several programs do not mix. Nothing can be done where it fails.
+// Whether standard error takes a piece of a line now: a terminal can be stopped, and nobody may read from a pipe.
+bool standardErrorTakesMore() {
+    pollfd standardError{STDERR_FILENO, POLLOUT, 0};
+    int ready;
+    do {
+        ready = ::poll(&standardError, 1, patienceMilliseconds);
+    } while (ready < 0 && errno == EINTR);
+    return ready > 0;
+}
+
+// A line of usual length in one piece, so that lines of several programs do not mix. Nothing can be done where it
+// fails.
 void writeToStandardError(std::string line) {
     line += '\n';
-    ssize_t written;
-    do {
-        written = ::write(STDERR_FILENO, line.data(), line.size());
-    } while (written < 0 && errno == EINTR);
+    std::string_view rest = line;
+    while (!rest.empty() && standardErrorTakesMore()) {
+        // No more than a pipe that is ready takes without waiting.
+        const ssize_t written = ::write(STDERR_FILENO, rest.data(), std::min<std::size_t>(rest.size(), PIPE_BUF));
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return;
+        rest.remove_prefix(static_cast<std::size_t>(written));
+    }
 }
 
 }  // namespace

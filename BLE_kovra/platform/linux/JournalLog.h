@@ -12,7 +12,8 @@ namespace kovra {
 //
 // A line is one entry. The journal keeps its line feeds; where they would begin a new entry they become blanks. Speaks
 // the journal's and syslog's own protocols, a datagram a line, and so holds no descriptor between two lines. A log that
-// takes nothing for a tenth of a second is passed over: logging must not hold up the main job.
+// takes nothing for a tenth of a second is passed over, and so is a standard error: logging must not hold up the main
+// job.
 class JournalLog : public SystemLog {
   public:
     static constexpr const char* journalSocket = "/run/systemd/journal/socket";

@@ -122,6 +122,18 @@ TEST_F(JournalLogTest, SurvivesAStandardErrorThatHasNoRoom) {
     EXPECT_EQ(journal.datagrams().size(), 1U);
 }
 
+TEST_F(JournalLogTest, IsNotHeldUpByAStandardErrorThatNobodyReads) {
+    LogSocket journal(journalPath_);
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const int room = ::fcntl(ends[1], F_GETPIPE_SZ);
+    const StandardError pipe(folder_ / "stderr", ends[1]);
+    log(std::string(static_cast<std::size_t>(room) * 2, 'x'));  // more than there is room for
+    log("line");                                                // and nothing more to be had
+    EXPECT_EQ(journal.datagrams().size(), 2U);
+    ::close(ends[0]);
+}
+
 TEST_F(JournalLogTest, TakesAPathThatNoSocketCanHave) {
     LogSocket syslog(syslogPath_);
     JournalLog(folder_ / std::string(200, 'x'), syslogPath_).log("line");
