@@ -55,15 +55,17 @@ bool isToIgnoreHangUp() {
 
 void runApplication() {
     kovra::SdEventLoop loop;
-    const kovra::SingleInstance instance(loop);
-    if (instance.isSecond()) return;
-
+    // Heard from here on, acted upon by the loop: who is told to end while the bus keeps it waiting still clears the
+    // flag that a crash may have left.
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         if (number == SIGHUP && isToIgnoreHangUp()) continue;
         signals.push_back(loop.onSignal(number, [&] { application.terminate(); }));
     }
+
+    const kovra::SingleInstance instance(loop);
+    if (instance.isSecond()) return;
 
     kovra::JournalLog log;
     kovra::GlibcLocale locale;
