@@ -59,6 +59,7 @@ void playBell() {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     std::signal(SIGPIPE, SIG_DFL);
     std::signal(SIGXFSZ, SIG_DFL);
+    std::signal(SIGTTOU, SIG_DFL);
     ::close_range(STDERR_FILENO + 1, ~0U, 0);
     ::alarm(5);  // the default action ends the player, whatever the sound server does
     playBell();

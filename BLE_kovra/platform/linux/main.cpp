@@ -26,10 +26,12 @@
 
 namespace {
 
-// What would otherwise end the process without a word: a closed pipe, a limit on file sizes. The calls report both.
+// What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
+// terminal from a job in the background. The calls report the first two and do the third.
 void ignoreFatalConditions() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGTTOU, SIG_IGN);
 }
 
 // Whoever closed the standard descriptors must not find the log's lines in the next file that is opened.
