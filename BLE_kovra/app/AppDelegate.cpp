@@ -87,7 +87,7 @@ void AppDelegate::quit() { platform_.application.terminate(); }
 void AppDelegate::enqueue(std::function<void(AppDelegate&)> work) {
     platform_.mainQueue.async([weak = weak_from_this(), work = std::move(work)] {
         if (const auto self = weak.lock()) work(*self);
-        // Looked up again: the work may have been the delegate's end.
+        // Looked up again: the work may have dropped the last owner, and then there is nothing left to decide.
         if (const auto self = weak.lock()) self->evaluate();
     });
 }

@@ -14,8 +14,8 @@ namespace kovra {
 
 class PreferencesStore;
 
-// What the program knows and what the user chose. Loads the choices once, when it is made; from then on memory counts
-// and the store is only written.
+// What the program knows and what the user chose. Loads the choices once, when it is made; from then on memory is
+// authoritative and the store is only written to.
 //
 // Nothing is saved here by itself: whoever subscribes to a choice saves it. A chosen mouse that is not there stays
 // chosen.

@@ -61,7 +61,7 @@ class Published {
         std::erase_if(subscribers_, [](const std::weak_ptr<Subscriber>& gone) { return gone.expired(); });
         subscribers_.push_back(subscriber);
         if (current == CurrentValue::deliver) subscriber->handler(value_);
-        // A handler that runs at this moment outlives its subscription; it must not be called again meanwhile.
+        // A running handler may end its own subscription; it is kept alive until it returns, and not called again.
         return Subscription(std::shared_ptr<void>(nullptr, [subscriber](void*) { subscriber->listens = false; }));
     }
 

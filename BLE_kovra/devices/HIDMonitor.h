@@ -32,7 +32,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
     // From the removal of a device's last interface until it is shown disconnected.
     static constexpr std::chrono::seconds disconnectGrace{2};
 
-    // Made by create() alone: what is still pending when the monitor goes must be able to see that.
+    // Always owned by a shared_ptr: a grace period that outlives the monitor must be able to see that it is gone.
     static std::shared_ptr<HIDMonitor> create(HIDService& hid, MainQueue& queue, const Locale& locale,
                                               const L10n& texts);
     ~HIDMonitor();
@@ -72,7 +72,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
     std::vector<Named> names_;                                // every device ever seen, in the order of first sight
     std::unordered_map<std::string, std::size_t> nameIndex_;  // device -> its place in names_
     std::unordered_map<std::string, std::unique_ptr<DelayedTask>> pendingDisconnect_;  // grace periods now running
-    std::unique_ptr<HIDManager> manager_;  // last, so that it goes first: it calls back
+    std::unique_ptr<HIDManager> manager_;  // declared last, so destroyed first: it calls into the members above
 };
 
 }  // namespace kovra

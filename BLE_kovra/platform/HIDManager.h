@@ -14,8 +14,8 @@ class HIDDevice {
   public:
     virtual ~HIDDevice() = default;
 
-    // The system registry's number of this interface: never reused while the system runs. Absent where the interface
-    // has no registry entry.
+    // The system registry's number of this interface: never given to another one while the system runs. Absent where
+    // the interface has no registry entry.
     virtual std::optional<std::uint64_t> registryEntryID() const = 0;
     // The handle as a number, the same at attachment and removal; stands in for an absent registry number.
     virtual std::uint64_t handle() const = 0;

@@ -8,7 +8,7 @@ namespace kovra {
 BusConnection::BusConnection(SdEventLoop& loop, BusHandle bus)
     : loop_(loop), bus_(std::move(bus)), self_(std::make_shared<BusConnection*>(this)) {
     sd_bus_slot* slot = nullptr;
-    // What the library tells its own program when the connection ends; it never travels over the bus.
+    // A signal that the library makes itself when the connection ends; it never travels over the bus.
     sd_bus_match_signal(bus_.get(), &slot, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
                         "org.freedesktop.DBus.Local", "Disconnected", disconnected, this);
     disconnectedSlot_.reset(slot);

@@ -82,7 +82,7 @@ void appendUtf8(std::string& text, char32_t codePoint) {
     byte(0x80 | (codePoint & 0x3F));
 }
 
-// By way of the capital: some small letters share one (the two forms of sigma).
+// Upper case, then lower: the two small forms of sigma fold into one.
 char32_t foldedCase(char32_t codePoint, locale_t locale) {
     return static_cast<char32_t>(::towlower_l(::towupper_l(static_cast<wint_t>(codePoint), locale), locale));
 }

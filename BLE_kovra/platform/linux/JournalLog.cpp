@@ -16,6 +16,8 @@
 #include <ctime>
 #include <utility>
 
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
+
 namespace kovra {
 
 namespace {
@@ -31,15 +33,14 @@ bool sendDatagram(const std::string& path, std::string_view datagram) {
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof address.sun_path) return false;
     std::ranges::copy(path, address.sun_path);
-    const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (socket < 0) return false;
-    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!socket.isOpen()) return false;
+    ::setsockopt(socket.number(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     ssize_t sent;
     do {
-        sent = ::sendto(socket, datagram.data(), datagram.size(), MSG_NOSIGNAL,
+        sent = ::sendto(socket.number(), datagram.data(), datagram.size(), MSG_NOSIGNAL,
                         reinterpret_cast<const sockaddr*>(&address), sizeof address);
     } while (sent < 0 && errno == EINTR);
-    ::close(socket);
     return sent == static_cast<ssize_t>(datagram.size());
 }
 

@@ -20,7 +20,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Deeper than anything that anybody stores, and far from the end of the stack for who walks through it.
+// Deeper than anything that anybody stores, and shallow enough for recursion.
 constexpr std::size_t deepestNesting = 64;
 
 // What a text says, or what is wrong with it, in the log's language.
@@ -154,7 +154,7 @@ int JsonPreferencesStore::save() {
         old = PreferencesFile::Old::keptAside;
         text.clear();
     }
-    // Nothing usable there, perhaps no longer: all that was known goes out again.
+    // Missing, empty or damaged: start from the last good text.
     if (text.empty()) text = known_.empty() ? "{}\n" : known_;
     for (const auto& [key, value] : unsaved_) text = withMember(text, textOf(key), textOf(toJson(value)));
     if (const int failure = file_.replace(text, old)) return failure;

@@ -24,9 +24,9 @@ std::string standardPreferencesPath();
 // not at all; what could not be saved goes out with the next save. A link at the path leads to the file that is
 // replaced.
 //
-// A file that is no JSON object is kept aside, beside itself, by the first save; one that cannot be read is left alone,
-// and no save replaces it. An empty file holds nothing and is no damage. One log line for damaged or unreadable
-// preferences at the start and for each save that failed.
+// A file that is no JSON object is kept as preferences.json.damaged beside the new one by the first save; one that
+// cannot be read is left alone, and no save replaces it. An empty file holds nothing and is no damage. One log line for
+// damaged or unreadable preferences at the start and for each save that failed.
 //
 // Not promised: two processes that save at the same moment. The later one then wins, whole.
 class JsonPreferencesStore : public PreferencesStore {

@@ -11,30 +11,14 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
-#include <utility>
+
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
 
 namespace kovra {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    int number() const { return number_; }
-    bool isOpen() const { return number_ >= 0; }
-    // For who must know whether the system kept what was written. 0, or the error.
-    int close() { return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR ? 0 : errno; }
-
-  private:
-    int number_;
-};
 
 int readAll(int file, std::string& text) {
     std::array<char, 16384> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
@@ -90,7 +74,7 @@ int keepAside(const fs::path& file) {
 }
 
 int writeAndSync(int number, const std::string& text) {
-    Descriptor file(number);
+    FileDescriptor file(number);
     int error = writeAll(number, text);
     if (error == 0 && ::fsync(number) != 0) error = errno;
     const int errorAtClose = file.close();
@@ -99,7 +83,7 @@ int writeAndSync(int number, const std::string& text) {
 
 // So that the new name outlasts a crash too. Some file systems know no such thing; the file is complete either way.
 void syncFolder(const fs::path& folder) {
-    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.isOpen()) ::fsync(opened.number());
 }
 
@@ -108,7 +92,7 @@ void syncFolder(const fs::path& folder) {
 int PreferencesFile::read(std::string& text) const {
     text.clear();
     // Never waits for the other end of a pipe.
-    const Descriptor file(::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const FileDescriptor file(::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) return errno;
     struct stat status {};
     if (::fstat(file.number(), &status) != 0) return errno;

@@ -31,7 +31,7 @@ std::uint64_t monotonicMicroseconds() {
 }  // namespace
 
 // A delayed block, until it is due or called off.
-class SdEventLoop::Timer {
+class SdEventLoop::Timer : public std::enable_shared_from_this<SdEventLoop::Timer> {
   public:
     Timer(SdEventLoop& loop, Block block) : loop_(loop), block_(std::move(block)) {}
 
@@ -54,14 +54,10 @@ class SdEventLoop::Timer {
     }
     void post() {
         source_.reset();
-        for (auto it = loop_.timers_.begin(); it != loop_.timers_.end(); ++it) {
-            if (it->get() != this) continue;
-            loop_.async([self = *it] {
-                if (const Block block = std::exchange(self->block_, nullptr)) block();
-            });
-            loop_.timers_.erase(it);
-            return;
-        }
+        loop_.async([self = shared_from_this()] {
+            if (const Block block = std::exchange(self->block_, nullptr)) block();
+        });
+        loop_.timers_.erase(shared_from_this());
     }
 
     SdEventLoop& loop_;
@@ -85,9 +81,9 @@ class SdEventLoop::Task : public DelayedTask {
 };
 
 // One descriptor, silent after each ring until it is asked to ring again.
-class SdEventLoop::Descriptor : public Watch {
+class SdEventLoop::DescriptorWatch : public Watch {
   public:
-    Descriptor(SdEventLoop& loop, int descriptor, Block readable)
+    DescriptorWatch(SdEventLoop& loop, int descriptor, Block readable)
         : loop_(loop), readable_(std::make_shared<Block>(std::move(readable))) {
         sd_event_source* source = nullptr;
         check(sd_event_add_io(loop.event(), &source, descriptor, EPOLLIN, rang, this), "descriptor");
@@ -98,7 +94,7 @@ class SdEventLoop::Descriptor : public Watch {
 
   private:
     static int rang(sd_event_source*, int, std::uint32_t, void* context) {
-        auto* descriptor = static_cast<Descriptor*>(context);
+        auto* descriptor = static_cast<DescriptorWatch*>(context);
         if (descriptor == nullptr) return 0;
         descriptor->loop_.async([weak = std::weak_ptr(descriptor->readable_)] {
             if (const auto readable = weak.lock()) (*readable)();
@@ -165,7 +161,7 @@ std::unique_ptr<DelayedTask> SdEventLoop::asyncAfter(std::chrono::nanoseconds de
 }
 
 std::unique_ptr<SdEventLoop::Watch> SdEventLoop::watch(int descriptor, Block readable) {
-    return std::make_unique<Descriptor>(*this, descriptor, std::move(readable));
+    return std::make_unique<DescriptorWatch>(*this, descriptor, std::move(readable));
 }
 
 std::unique_ptr<SdEventLoop::Signal> SdEventLoop::onSignal(int number, Block block) {

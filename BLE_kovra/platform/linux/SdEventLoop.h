@@ -60,7 +60,7 @@ class SdEventLoop : public MainQueue {
   private:
     class Timer;
     class Task;
-    class Descriptor;
+    class DescriptorWatch;
     class SignalSource;
 
     // Waits for something to happen unless blocks are queued, then runs the blocks queued by then.

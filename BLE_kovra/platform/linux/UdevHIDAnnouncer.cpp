@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// A copy is called: the callback may do away with the one that is kept.
+// Called through a copy: the callback may replace or clear the stored one.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
     if (callback) callback(device);

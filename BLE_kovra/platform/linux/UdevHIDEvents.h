@@ -16,7 +16,7 @@ class UdevHIDEvents {
     struct Event {
         enum class Kind {
             device,
-            lost,  // more than the socket could hold: only what is there now still tells the truth
+            lost,  // the socket overflowed: compare the whole list of nodes
             none   // nothing more for the moment
         };
         Kind kind;

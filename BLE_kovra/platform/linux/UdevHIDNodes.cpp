@@ -9,6 +9,8 @@
 #include <utility>
 #include <variant>
 
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
+
 namespace kovra {
 
 namespace {
@@ -20,21 +22,20 @@ const std::string devicesFolder = "/sys/bus/hid/devices/";
 
 // The whole file, or the reason why there is none.
 std::variant<std::string, int> contentOf(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC);
-    if (file < 0) return errno;
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+    if (!file.isOpen()) return errno;
     std::string text;
     char piece[4096];
     ssize_t count;
-    while ((count = ::read(file, piece, sizeof piece)) > 0) text.append(piece, static_cast<std::size_t>(count));
-    const int error = errno;
-    ::close(file);
-    if (count < 0) return error;
+    while ((count = ::read(file.number(), piece, sizeof piece)) > 0)
+        text.append(piece, static_cast<std::size_t>(count));
+    if (count < 0) return errno;
     return text;
 }
 
 bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
 
-// What the line NAME=VALUE says. The first one: what a device says of itself comes behind what the kernel knows.
+// What the line NAME=VALUE says. The first such line: what the kernel knows stands before what a device says of itself.
 std::optional<std::string_view> property(std::string_view uevent, std::string_view name) {
     while (!uevent.empty()) {
         const std::string_view line = uevent.substr(0, uevent.find('\n'));

@@ -15,7 +15,8 @@ namespace kovra {
 
 class SystemLog;
 
-// Where udevd shows itself, and where a sandbox does in which its events do not arrive.
+// Files that tell whether udevd's events can reach this process: udevd's own socket, and the marks of sandboxes, in
+// which they cannot.
 struct UdevHIDSigns {
     std::string udevd = "/run/udev/control";
     std::vector<std::string> sandboxes = {"/.flatpak-info", "/run/host/container-manager"};

@@ -34,7 +34,7 @@ void ignoreFatalConditions() {
     std::signal(SIGTTOU, SIG_IGN);
 }
 
-// Whoever closed the standard descriptors must not find the log's lines in the next file that is opened.
+// If we were started with a standard descriptor closed, the next file opened would take its number, and our log lines.
 void openStandardDescriptors() {
     int number;
     do {
@@ -49,8 +49,8 @@ void adoptLocale() {
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
-// As nohup asks for: the program is to outlive its terminal.
-bool isToIgnoreHangUp() {
+// True under nohup: the program is to outlive its terminal.
+bool startedIgnoringHangUp() {
     struct sigaction action {};
     return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
@@ -62,7 +62,7 @@ void runApplication() {
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-        if (number == SIGHUP && isToIgnoreHangUp()) continue;
+        if (number == SIGHUP && startedIgnoringHangUp()) continue;
         signals.push_back(loop.onSignal(number, [&] { application.terminate(); }));
     }
 

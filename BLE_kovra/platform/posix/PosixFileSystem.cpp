@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
+
 namespace kovra {
 
 namespace {
@@ -29,11 +31,8 @@ int cutTo(int file, std::size_t size) { return ::ftruncate(file, static_cast<off
 
 // A longer file is cut first, a shorter one last: so no state on the way is empty, and none is a whole word that nobody
 // wrote. (Going from "off" to "on" a reader may see "of", going back "of" or "off".)
-int replaceContent(int file, std::string_view text) {
-    struct stat before {};
-    if (::fstat(file, &before) != 0) return errno;
-    if (!S_ISREG(before.st_mode)) return EINVAL;
-    const bool growing = before.st_size < static_cast<off_t>(text.size());
+int replaceContent(int file, off_t sizeBefore, std::string_view text) {
+    const bool growing = sizeBefore < static_cast<off_t>(text.size());
     if (growing) {
         if (const int error = writeAtStart(file, text)) return error;
         return cutTo(file, text.size());
@@ -45,19 +44,20 @@ int replaceContent(int file, std::string_view text) {
 }  // namespace
 
 Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_view text) {
-    // Not through a link, which could lead to any file of the user's, and not waiting for the reader of a pipe.
+    // Not through a link, which could lead to any of the user's files, and not waiting for the reader of a pipe.
     constexpr int how = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
-    int file;
-    do {
-        file = ::open(path.c_str(), how, 0644);
-    } while (file < 0 && errno == EINTR);
-    if (file < 0) return refusal(errno);
+    FileDescriptor file(::open(path.c_str(), how, 0644));
+    if (!file.isOpen()) return refusal(errno);
+    struct stat before {};
+    if (::fstat(file.number(), &before) != 0) return refusal(errno);
+    if (!S_ISREG(before.st_mode)) return refusal(EINVAL);
 
-    int error = replaceContent(file, text);
+    int error = replaceContent(file.number(), before.st_size, text);
     // Where even that has no room (a full disk that copies on write) an old text must not stand as if it were the new
     // one.
-    if (error != 0 && error != EINVAL) static_cast<void>(cutTo(file, 0));
-    if (::close(file) != 0 && error == 0 && errno != EINTR) error = errno;
+    if (error != 0) static_cast<void>(cutTo(file.number(), 0));
+    const int errorAtClose = file.close();
+    if (error == 0) error = errorAtClose;
     return error == 0 ? Outcome::success() : refusal(error);
 }
 
