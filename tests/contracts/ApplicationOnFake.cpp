@@ -1,6 +1,6 @@
 #include "tests/contracts/ApplicationContract.h"
+#include "tests/fakes/FakeApplication.h"
 #include "tests/fakes/FakeMainQueue.h"
-#include "tests/fakes/FakeServices.h"
 
 namespace kovra {
 namespace {

@@ -1,5 +1,5 @@
 #include "tests/contracts/FileSystemContract.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeFileSystem.h"
 
 namespace kovra {
 namespace {

@@ -16,7 +16,8 @@ namespace kovra {
 using NamesTold = std::vector<std::string>;
 
 // What every HID manager promises. A Driver is a machine: `service()`, `attach(device)` which answers what it attached,
-// `detach(attached)`, and `settle()`, which lets the event loop turn until there is nothing more to tell.
+// `detach(attached)`, `rename(attached, name)`, and `settle()`, which lets the event loop turn until there is nothing
+// more to tell.
 template <typename Driver>
 class HIDManagerContract : public testing::Test {
   protected:
@@ -114,6 +115,17 @@ TYPED_TEST_P(HIDManagerContract, TellsOfTheRemovalOfWhatWasThereBefore) {
     this->driver_.settle();
     ASSERT_EQ(this->names(), (NamesTold{"+apple", "-apple"}));
     EXPECT_EQ(this->told_[0].id(), this->told_[1].id());
+}
+
+TYPED_TEST_P(HIDManagerContract, TellsOfANewNameAsARemovalAndAnAttachmentOfTheSameInterface) {
+    this->open();
+    const auto mouse = this->driver_.attach(aMouse("apple"));
+    this->driver_.settle();
+    this->driver_.rename(mouse, "pear");
+    this->driver_.settle();
+    ASSERT_EQ(this->names(), (NamesTold{"+apple", "-apple", "+pear"}));
+    EXPECT_EQ(this->told_[0].id(), this->told_[1].id());
+    EXPECT_EQ(this->told_[0].id(), this->told_[2].id());
 }
 
 TYPED_TEST_P(HIDManagerContract, TellsEachInterfaceOfADeviceApart) {
@@ -266,10 +278,11 @@ TYPED_TEST_P(HIDManagerContract, NeedsNoCallbacks) {
 REGISTER_TYPED_TEST_SUITE_P(HIDManagerContract, SaysNothingFromInsideOpen, SaysNothingBeforeItIsOpened,
                             TellsOfEachInterfaceThatIsAttachedAlready, TellsNothingOfWhatWentBeforeItWasOpened,
                             TellsOfWhatComesLater, TellsOfARemovalUnderTheNumberOfTheAttachment,
-                            TellsOfTheRemovalOfWhatWasThereBefore, TellsEachInterfaceOfADeviceApart,
-                            TellsTwoDevicesOfOneModelApart, NeverUsesANumberAgain, GivesTheDevicesNumbersOnBothSides,
-                            HasNoNameForANamelessDevice, HasNoNumbersForADeviceThatReportsNone,
-                            HasNoTextForANumberNorANumberForAText,
+                            TellsOfTheRemovalOfWhatWasThereBefore,
+                            TellsOfANewNameAsARemovalAndAnAttachmentOfTheSameInterface,
+                            TellsEachInterfaceOfADeviceApart, TellsTwoDevicesOfOneModelApart, NeverUsesANumberAgain,
+                            GivesTheDevicesNumbersOnBothSides, HasNoNameForANamelessDevice,
+                            HasNoNumbersForADeviceThatReportsNone, HasNoTextForANumberNorANumberForAText,
                             TellsInterfacesWithoutARegistryEntryApartByTheirHandles, SaysNothingOnceItIsGone,
                             SaysNothingIfItGoesBetweenOpenAndTheFirstTurn, MayBeDestroyedFromInsideItsCallback,
                             StartsAfreshWithEachManager, NeedsNoCallbacks);

@@ -10,6 +10,9 @@ class FakeDriver {
     HIDService& service() { return hid_; }
     FakeHID::Plugged attach(const DeviceDescription& device) { return hid_.attach(device); }
     void detach(const FakeHID::Plugged& plugged) { hid_.detach(plugged); }
+    void rename(const FakeHID::Plugged& plugged, const std::string& name) {
+        for (const std::uint64_t number : plugged) hid_.rename(number, name);
+    }
     void settle() { queue_.run(); }
 
   private:

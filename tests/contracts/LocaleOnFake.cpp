@@ -1,5 +1,5 @@
 #include "tests/contracts/LocaleContract.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeLocale.h"
 
 namespace kovra {
 namespace {

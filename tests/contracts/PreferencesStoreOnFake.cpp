@@ -1,5 +1,5 @@
 #include "tests/contracts/PreferencesStoreContract.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakePreferences.h"
 
 namespace kovra {
 namespace {

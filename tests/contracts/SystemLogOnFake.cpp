@@ -1,5 +1,5 @@
 #include "tests/contracts/SystemLogContract.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeLog.h"
 
 namespace kovra {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakePreferences.h"
 
 namespace kovra {
 namespace {

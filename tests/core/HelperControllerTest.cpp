@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeFileSystem.h"
+#include "tests/fakes/FakeLog.h"
 
 namespace kovra {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "BLE_kovra/l10n/L10n.h"
 #include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeLocale.h"
 #include "tests/fakes/FakeMainQueue.h"
-#include "tests/fakes/FakeServices.h"
 
 namespace kovra {
 namespace {

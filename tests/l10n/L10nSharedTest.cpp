@@ -7,9 +7,13 @@
 
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/Platform.h"
+#include "tests/fakes/FakeApplication.h"
+#include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeLocale.h"
+#include "tests/fakes/FakeLog.h"
 #include "tests/fakes/FakeMainQueue.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakePreferences.h"
 
 namespace kovra {
 namespace {

@@ -6,6 +6,11 @@
 #include <variant>
 #include <vector>
 
+#include "BLE_kovra/platform/SystemLog.h"
+#include "tests/fakes/FakeApplication.h"
+#include "tests/fakes/FakeFileSystem.h"
+#include "tests/fakes/FakePreferences.h"
+
 namespace kovra::model {
 
 class Program::Files : public FakeFileSystem {

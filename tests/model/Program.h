@@ -14,8 +14,8 @@
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeLocale.h"
 #include "tests/fakes/FakeMainQueue.h"
-#include "tests/fakes/FakeServices.h"
 #include "tests/model/Action.h"
 
 namespace kovra::model {

@@ -1,3 +1,7 @@
+#include <map>
+#include <string>
+#include <vector>
+
 #include "tests/contracts/HIDManagerContract.h"
 #include "tests/platform/linux/UdevHIDRig.h"
 
@@ -16,11 +20,19 @@ class UdevDriver {
             node.id = device.vendorID ? hidID(*device.vendorID, *device.productID) : "none";
             rig_.bus.plug(node);
             names.push_back(node.name);
+            nodes_[node.name] = node;
         }
         return names;
     }
     void detach(const std::vector<std::string>& names) {
         for (const std::string& name : names) rig_.bus.unplug(name);
+    }
+    void rename(const std::vector<std::string>& names, const std::string& product) {
+        for (const std::string& name : names) {
+            nodes_[name].product = product;
+            rig_.bus.show(nodes_[name]);
+            rig_.bus.tell(name, "bind");
+        }
     }
     void settle() { rig_.settle(); }
 
@@ -33,6 +45,7 @@ class UdevDriver {
     }
 
     UdevHIDRig rig_;
+    std::map<std::string, MockHIDNode> nodes_;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Udev, HIDManagerContract, UdevDriver);

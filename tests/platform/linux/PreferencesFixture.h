@@ -9,7 +9,7 @@
 #include <tuple>
 
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeLog.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {

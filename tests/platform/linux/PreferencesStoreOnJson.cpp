@@ -2,7 +2,7 @@
 
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
 #include "tests/contracts/PreferencesStoreContract.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeLog.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {

@@ -9,7 +9,7 @@
 
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeLog.h"
 #include "tests/support/Environment.h"
 #include "tests/support/posix/TempFolder.h"
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 
 #include "BLE_kovra/platform/linux/UdevHIDWatcher.h"

@@ -9,7 +9,7 @@
 
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
-#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeLog.h"
 #include "tests/platform/linux/MockHIDBus.h"
 #include "tests/support/posix/TempFolder.h"
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Checks that every file and every test that docs/where.md names exists.
+"""Checks that the pages name what exists: every file and every test in docs/where.md, and every link in any page.
 
-  check_where.py [ROOT]      ROOT: the project's folder; by default the one that this file stands in
+  check_pages.py [ROOT]      ROOT: the project's folder; by default the one that this file stands in
 
 Prints one line for each name that leads nowhere and for each row that names no file or no test, and exits with 1 if
 there is any.
@@ -27,7 +27,18 @@ def known_tests(root):
     return suites, tests, scenarios
 
 
-def problems(root):
+def dead_links(root):
+    pages = [*root.glob("*.md"), *(root / "docs").rglob("*.md")]
+    for page in pages:
+        for target in re.findall(r"\]\(([^)#:]+)\)", page.read_text(encoding="utf-8")):
+            if not (page.parent / target).exists():
+                yield f"dead link in {page.relative_to(root)}: {target}"
+        for path in re.findall(r"`((?:BLE_kovra|tests|tools|bench|docs)/[\w./-]+)`", page.read_text(encoding="utf-8")):
+            if not (root / path).exists():
+                yield f"no such file, named in {page.relative_to(root)}: {path}"
+
+
+def wrong_rows(root):
     suites, tests, scenarios = known_tests(root)
     rows = 0
     for line in (root / "docs" / "where.md").read_text(encoding="utf-8").splitlines():
@@ -54,6 +65,6 @@ def problems(root):
 
 if __name__ == "__main__":
     top = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parents[2]
-    found = list(problems(top))
-    print("\n".join(found) or "every file and every test named in docs/where.md exists")
+    found = [*wrong_rows(top), *dead_links(top)]
+    print("\n".join(found) or "every file, test and link that the pages name exists")
     sys.exit(1 if found else 0)

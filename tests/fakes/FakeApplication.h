@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "BLE_kovra/platform/Application.h"
+
+namespace kovra {
+
+// An application without a desktop: run() tells the delegate that it has launched and returns, the test goes on from
+// there.
+class FakeApplication : public Application {
+  public:
+    void run(ApplicationDelegate& delegate) override {
+        delegate_ = &delegate;
+        delegate.applicationDidFinishLaunching();
+    }
+    void setActivationPolicy(ActivationPolicy policy) override { policies.push_back(policy); }
+    void terminate() override {
+        if (terminated) return;
+        terminated = true;
+        if (onTerminating) onTerminating();
+        if (delegate_ != nullptr) delegate_->applicationWillTerminate();
+    }
+    void beep() override { ++beeps; }
+
+    std::vector<ActivationPolicy> policies;
+    std::function<void()> onTerminating;  // where a test stops its queue
+    bool terminated = false;
+    int beeps = 0;
+
+  private:
+    ApplicationDelegate* delegate_ = nullptr;
+};
+
+}  // namespace kovra
