@@ -32,7 +32,9 @@ class PrivateBus {
         std::string address;
         for (char c = 0; ::read(out[0], &c, 1) == 1 && c != '\n';) address += c;
         ::close(out[0]);
-        EXPECT_FALSE(address.empty());
+        const std::string kind = "unix:path=";
+        EXPECT_TRUE(address.starts_with(kind)) << address;
+        socket_ = address.substr(kind.size(), address.find(',') - kind.size());
         ::setenv(variable_.c_str(), address.c_str(), 1);
     }
     ~PrivateBus() {
@@ -48,10 +50,12 @@ class PrivateBus {
         ::kill(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
         pid_ = 0;
+        ::unlink(socket_.c_str());  // which a daemon that is killed leaves behind
     }
 
   private:
     std::string variable_;
+    std::string socket_;
     pid_t pid_ = 0;
 };
 
