@@ -14,9 +14,11 @@
 #include "tests/support/Environment.h"
 #include "tests/support/Seeds.h"
 
-// The C library loses the parts of LOCPATH, which only tests set, where a locale is missing.
+// The C library loses the parts of LOCPATH, which only tests set, where a locale is missing. (Its functions' names
+// begin with two underscores where its debugging symbols are installed, and without them where not; a part of a name
+// suffices.)
 extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() { return "leak:__argz_add_sep\nleak:__argz_create_sep\n"; }
+extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\nleak:argz_create_sep\n"; }
 
 namespace kovra {
 namespace {
