@@ -41,12 +41,19 @@ int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     return writeAtStart(file, text);
 }
 
+// The descriptor, or -1 with errno.
+int openForWriting(const char* path) {
+    // Not through a link, which could lead to any of the user's files, and not waiting for the reader of a pipe.
+    constexpr int how = O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
+    // Only a missing file is asked to be made: in a shared folder the kernel may refuse that for another user's file.
+    const int existing = ::open(path, how);
+    return existing < 0 && errno == ENOENT ? ::open(path, how | O_CREAT, 0644) : existing;
+}
+
 }  // namespace
 
 Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_view text) {
-    // Not through a link, which could lead to any of the user's files, and not waiting for the reader of a pipe.
-    constexpr int how = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
-    FileDescriptor file(::open(path.c_str(), how, 0644));
+    FileDescriptor file(openForWriting(path.c_str()));
     if (!file.isOpen()) return refusal(errno);
     struct stat before {};
     if (::fstat(file.number(), &before) != 0) return refusal(errno);

@@ -43,10 +43,11 @@ TEST(SdEventLoop, RingsOnceForADescriptorUntilItIsAskedToRingAgain) {
     std::string read;
     const auto watch = loop.watch(pipe.ends[0], [&] { read += pipe.readOne(); });
     pipe.write("ab");
+    loop.runUntil([&] { return !read.empty(); });
     let(loop, 20ms);
     EXPECT_EQ(read, "a");
     watch->rearm();
-    let(loop, 20ms);
+    loop.runUntil([&] { return read.size() > 1; });
     EXPECT_EQ(read, "ab");
 }
 
@@ -71,6 +72,7 @@ TEST(SdEventLoop, LetsAWatchGoFromInsideItsOwnBlock) {
         ++rings;
     });
     pipe.write("a");
+    loop.runUntil([&] { return rings > 0; });
     let(loop, 20ms);
     EXPECT_EQ(rings, 1);
 }
@@ -82,7 +84,7 @@ TEST(SdEventLoop, PutsASignalBeforeWhatIsQueued) {
     ASSERT_NE(signal, nullptr);
     ::raise(SIGUSR1);
     loop.async([&] { order += 'a'; });
-    let(loop, 20ms);
+    loop.runUntil([&] { return order.size() == 2; });
     EXPECT_EQ(order, "sa");
 }
 
@@ -92,7 +94,7 @@ TEST(SdEventLoop, HearsASignalThatTheProcessWasStartedToIgnore) {
     int heard = 0;
     const auto signal = loop.onSignal(SIGUSR2, [&] { ++heard; });
     ::raise(SIGUSR2);
-    let(loop, 20ms);
+    loop.runUntil([&] { return heard > 0; });
     EXPECT_EQ(heard, 1);
     std::signal(SIGUSR2, SIG_DFL);
 }
