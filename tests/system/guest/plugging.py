@@ -50,10 +50,10 @@ def short_drop_out(world):
     world.expect_writes("off", "on", "off")
 
 
-@scenario("Two identical mice count as one: only the removal of the second matters.")
-def identical_mice(world):
+def count_as_one(world, descriptor):
+    """A mouse, and another interface with the same name and numbers: only the removal of the second one matters."""
     world.start(selected=[MADE_UP])
-    first, second = world.plug("Kovra Mouse"), world.plug("Kovra Mouse")
+    first, second = world.plug("Kovra Mouse"), world.plug("Kovra Mouse", descriptor=descriptor)
     world.expect_on(first)
     world.expect_quiet_until(first.unplug() + LATEST_OFF)
     second.unplug()
@@ -62,16 +62,14 @@ def identical_mice(world):
     return f"off after {off:.2f} s"
 
 
+@scenario("Two identical mice count as one: only the removal of the second matters.")
+def identical_mice(world):
+    return count_as_one(world, uhid.MOUSE)
+
+
 @scenario("A device with two interfaces, a mouse and a page of the maker's own, is one device until both are gone.")
 def two_interfaces(world):
-    world.start(selected=[MADE_UP])
-    mouse, extra = world.plug("Kovra Mouse"), world.plug("Kovra Mouse", descriptor=uhid.VENDOR_PAGE)
-    world.expect_on(mouse)
-    world.expect_quiet_until(mouse.unplug() + LATEST_OFF)
-    extra.unplug()
-    off = world.expect_off_after_grace(extra)
-    world.expect_writes("off", "on", "off")
-    return f"off after {off:.2f} s"
+    return count_as_one(world, uhid.VENDOR_PAGE)
 
 
 @scenario("A mouse on the Bluetooth bus does as one on USB.")
