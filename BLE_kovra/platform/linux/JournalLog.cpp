@@ -26,7 +26,7 @@ constexpr const char* identifier = "ble-kovra";
 // Every line tells of something that could not be done, and the program goes on.
 constexpr int priority = LOG_WARNING;
 constexpr int patienceMilliseconds = 100;
-constexpr timeval patience{0, patienceMilliseconds * 1000};
+constexpr timeval patience{0, patienceMilliseconds * 1000L};
 
 bool sendDatagram(const std::string& path, std::string_view datagram) {
     sockaddr_un address{};

@@ -37,10 +37,13 @@ void UdevHIDAnnouncer::silence() {
 }
 
 void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfGone ifGone) {
-    const UdevHIDNode node = nodes_.read(nodeName);
+    const UdevHIDNode node = UdevHIDNodes::read(nodeName);
     switch (node.state) {
         case UdevHIDNode::State::gone:
-            if (ifGone == IfGone::announceRemoval) nodeIsGone(nodeName);
+            if (ifGone == IfGone::announceRemoval)
+                nodeIsGone(nodeName);
+            else if (announced_.contains(nodeName))
+                examineLater(nodeName);
             break;
         case UdevHIDNode::State::unreadable:
             examineLater(nodeName);

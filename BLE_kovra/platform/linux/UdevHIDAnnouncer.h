@@ -33,7 +33,8 @@ class UdevHIDAnnouncer : public std::enable_shared_from_this<UdevHIDAnnouncer> {
     HIDManager::Callback removed;
 
     // What a look does about an announced node that it does not find. A node is off the bus some milliseconds before
-    // the kernel announces its removal, and the removal counts from its announcement.
+    // the kernel announces its removal, and the removal counts from its announcement. Where no announcement follows,
+    // it counts after `patience`: nobody's trackpad waits for an event that was lost.
     enum class IfGone { announceRemoval, awaitRemoval };
 
     // Compares the node, as it is now, with what was announced of it. Calls back from inside this call.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <string_view>
 #include <utility>
@@ -25,10 +26,10 @@ std::variant<std::string, int> contentOf(const std::string& path) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) return errno;
     std::string text;
-    char piece[4096];
+    std::array<char, 4096> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
     ssize_t count;
-    while ((count = ::read(file.number(), piece, sizeof piece)) > 0)
-        text.append(piece, static_cast<std::size_t>(count));
+    while ((count = ::read(file.number(), piece.data(), piece.size())) > 0)
+        text.append(piece.data(), static_cast<std::size_t>(count));
     if (count < 0) return errno;
     return text;
 }
@@ -64,12 +65,12 @@ std::vector<std::string> UdevHIDNodes::names() const {
 
 // One file has it all, as of one moment. libudev would find the same by some fifty calls, and the flag would wait for
 // them.
-UdevHIDNode UdevHIDNodes::read(const std::string& name) const {
+UdevHIDNode UdevHIDNodes::read(const std::string& name) {
     const auto content = contentOf(devicesFolder + name + "/uevent");
     if (const int* error = std::get_if<int>(&content)) {
         return {isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::gone, std::nullopt};
     }
-    const std::string& uevent = std::get<std::string>(content);
+    const auto& uevent = std::get<std::string>(content);
     return {property(uevent, "DRIVER") ? UdevHIDNode::State::bound : UdevHIDNode::State::unbound,
             UdevHIDDevice(name, property(uevent, "HID_ID"), property(uevent, "HID_NAME"))};
 }

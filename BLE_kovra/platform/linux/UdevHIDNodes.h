@@ -34,7 +34,7 @@ class UdevHIDNodes {
 
     // Those that can be seen: what is missing here is not necessarily gone.
     std::vector<std::string> names() const;
-    UdevHIDNode read(const std::string& name) const;
+    static UdevHIDNode read(const std::string& name);
 
   private:
     udev* context_;

@@ -153,6 +153,15 @@ TEST_F(UdevHID, TellsOfARemovalOnceTheBusHasLetGoOfTheNode) {
     EXPECT_EQ(rig_.news(), News());
 }
 
+TEST_F(UdevHID, TakesADeviceForGoneAfterAWhileWhenItsRemovalIsNeverToldOf) {
+    const MockHIDNode node = announced();
+    bus_.tell(node.name, "unbind");
+    bus_.vanish(node.name);
+    EXPECT_EQ(rig_.news(), News());
+    EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+}
+
 TEST_F(UdevHID, CountsARemovalFromItsOwnEventAndNotFromALateOneOfAnotherKind) {
     const MockHIDNode node = announced();
     bus_.leaveBus(node.name);
