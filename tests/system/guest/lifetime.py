@@ -1,7 +1,11 @@
 """Scenarios of starts and ends: signals, a kill, a second start."""
 
 import signal
+import socket
 
+import program
+from flag import STATE
+from openings import Openings
 from plugging import MADE_UP
 from running import scenario
 from waiting import check, now, wait_for
@@ -66,9 +70,35 @@ def plug_and_sigterm_at_once(world):
         mouse.unplug()
 
 
-@scenario("A second start on the same session leaves at once: it never opens the flag, and the first goes on.")
+@scenario("Told to end while the session bus does not answer, it first clears the flag that a crash left on.")
+def end_at_a_silent_bus(world):
+    STATE.write_text("on")
+    address = "kovra-silent-bus"
+    with socket.socket(socket.AF_UNIX) as listener:
+        listener.bind("\0" + address)
+        listener.listen()
+        listener.setblocking(False)
+
+        def asks():
+            try:
+                return listener.accept()[0]
+            except BlockingIOError:
+                return None
+
+        running = world.start(wait=False, bus=f"unix:abstract={address}", mode="always")
+        with wait_for(asks, "the program to ask the bus"):
+            running.send(signal.SIGTERM)
+            status = running.wait_exit()
+    check(status == 0, f"it ended with {status}: {running.last_words()}")
+    check(world.flag.last() == "off", f"written: {world.flag.contents()}")
+
+
+@scenario("A second start on the same session leaves at once: it reads no choices, never opens the flag, and the first goes on.")
 def second_start(world):
+    program.write_preferences(selected=[MADE_UP])
+    choices = Openings(program.PREFERENCES)
     first = world.start(selected=[MADE_UP])
+    check(choices.take() >= 2, "the first start was not seen to read its choices")
     mouse = world.plug("Kovra Mouse")
     world.expect_on(mouse)
     opened = world.flag.openings
@@ -77,6 +107,7 @@ def second_start(world):
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")
     check(world.flag.openings == opened, "it opened the flag")
+    check(choices.take() == 1, "it read the choices")  # the one opening is this scenario's own, to store them
     world.expect_writes("off", "on")
     check(first.is_running(), "the first ended too")
     mouse.unplug()

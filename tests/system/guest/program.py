@@ -10,15 +10,15 @@ import subprocess
 from waiting import check, wait_for
 
 HOME = pathlib.Path("/run/kovra/home")
+PREFERENCES = HOME / ".config" / "ble-kovra" / "preferences.json"
 
 
 def write_preferences(**choices):
     """selected=[keys], enabled=bool, mode=text; what is not named is not stored."""
     names = {"selected": "selectedDeviceIDs", "enabled": "isEnabled", "mode": "blockMode"}
-    folder = HOME / ".config" / "ble-kovra"
-    folder.mkdir(parents=True, exist_ok=True)
+    PREFERENCES.parent.mkdir(parents=True, exist_ok=True)
     stored = {names[name]: value for name, value in choices.items()}
-    (folder / "preferences.json").write_text(json.dumps(stored, ensure_ascii=False), encoding="utf-8")
+    PREFERENCES.write_text(json.dumps(stored, ensure_ascii=False), encoding="utf-8")
 
 
 class Program:
