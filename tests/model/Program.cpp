@@ -197,7 +197,8 @@ void Program::perform(const Action& action) {
             hid_.detachUnknown(action.number);
             break;
         case Kind::attachAgain:
-            hid_.attachAgain(action.number);
+            // With a rename behind it in a full queue it would be told under a name that no removal ends.
+            if (queue_.isIdle()) hid_.attachAgain(action.number);
             break;
         case Kind::rename:
             hid_.rename(action.number, action.text);

@@ -204,7 +204,7 @@ void ReferenceModel::perform(const Action& action) {
             report(Job::Kind::removed, action.number, {});
             break;
         case Kind::attachAgain:
-            if (plugged != plugged_.end()) report(Job::Kind::attached, action.number, plugged->second);
+            if (plugged != plugged_.end() && jobs_.empty()) report(Job::Kind::attached, action.number, plugged->second);
             break;
         case Kind::rename:
             if (plugged != plugged_.end()) {
