@@ -23,9 +23,9 @@ class HIDManagerContract : public testing::Test {
   protected:
     // What a callback was told, and could still tell when the callback had returned.
     struct Told {
-        bool isAttachment;
+        bool isAttachment = false;
         std::optional<std::uint64_t> number;
-        std::uint64_t handle;
+        std::uint64_t handle = 0;
         std::optional<std::int64_t> vendor;
         std::optional<std::int64_t> product;
         std::optional<std::string> name;

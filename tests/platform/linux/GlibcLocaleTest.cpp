@@ -17,7 +17,8 @@
 // The C library loses the parts of LOCPATH, which only tests set, where a locale is missing. (Its functions' names
 // begin with two underscores where its debugging symbols are installed, and without them where not; a part of a name
 // suffices.)
-extern "C" const char* __lsan_default_suppressions();
+// The name is the sanitizer's own.
+extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
 extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\nleak:argz_create_sep\n"; }
 
 namespace kovra {

@@ -11,8 +11,6 @@
 #include <cstdlib>
 #include <string>
 
-extern char** environ;
-
 namespace kovra {
 
 // A message bus of the test's own, a real dbus-daemon, that the environment variable names for as long as it lives.

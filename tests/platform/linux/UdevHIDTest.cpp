@@ -228,7 +228,7 @@ TEST_F(UdevHID, CarriesAnyName) {
 
 TEST_F(UdevHIDAtStart, LooksAtTheNextDeviceOnlyWhenTheLastOneIsDealtWith) {
     for (int i = 0; i < 5; ++i) bus_.plug({.name = bus_.nextName()});
-    rig_.onTold = [&] { rig_.loop.async([&] { rig_.told.push_back("dealt with"); }); };
+    rig_.onTold = [&] { rig_.loop.async([&] { rig_.told.emplace_back("dealt with"); }); };
     rig_.open();
     for (int i = 0; i < 2; ++i) bus_.plug({.name = bus_.nextName()});
     rig_.settle();
