@@ -184,16 +184,16 @@ class PreferencesPath : public testing::Test {
 
 TEST_F(PreferencesPath, IsInTheFolderForConfiguration) {
     environment_.set("XDG_CONFIG_HOME", "/somewhere/else");
-    environment_.set("HOME", "/home/user");
+    environment_.set("HOME", "/somewhere/user");
     EXPECT_EQ(standardPreferencesPath(), "/somewhere/else/ble-kovra/preferences.json");
 }
 
 TEST_F(PreferencesPath, IsInTheHomeWhereThatFolderIsNotNamed) {
-    environment_.set("HOME", "/home/user");
-    EXPECT_EQ(standardPreferencesPath(), "/home/user/.config/ble-kovra/preferences.json");
+    environment_.set("HOME", "/somewhere/user");
+    EXPECT_EQ(standardPreferencesPath(), "/somewhere/user/.config/ble-kovra/preferences.json");
     for (const char* notAbsolute : {"", "relative", "./config", "~/config"}) {
         environment_.set("XDG_CONFIG_HOME", notAbsolute);
-        EXPECT_EQ(standardPreferencesPath(), "/home/user/.config/ble-kovra/preferences.json");
+        EXPECT_EQ(standardPreferencesPath(), "/somewhere/user/.config/ble-kovra/preferences.json");
     }
 }
 
