@@ -1,35 +1,51 @@
 #include "BLE_kovra/app/AppDelegate.h"
 
+#include <cstdlib>
 #include <utility>
 
+#include "BLE_kovra/app/StatusIcon.h"
+#include "BLE_kovra/app/StatusMenu.h"
 #include "BLE_kovra/core/HelperController.h"
 #include "BLE_kovra/core/MutingDecision.h"
 #include "BLE_kovra/devices/HIDMonitor.h"
+#include "BLE_kovra/platform/LoginService.h"
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "BLE_kovra/platform/PreferencesStore.h"
+#include "BLE_kovra/platform/StatusBar.h"
+#include "BLE_kovra/system/GlobalHotkey.h"
 
 namespace kovra {
 
+namespace {
+
+MenuItemState checkMark(bool isOn) { return isOn ? MenuItemState::on : MenuItemState::off; }
+
+}  // namespace
+
 std::shared_ptr<AppDelegate> AppDelegate::create(const Platform& platform, AppState& state, HelperController& helper,
-                                                 const L10n& texts) {
-    return std::shared_ptr<AppDelegate>(new AppDelegate(platform, state, helper, texts));
+                                                 GlobalHotkey& hotkey, const L10n& texts) {
+    return std::shared_ptr<AppDelegate>(new AppDelegate(platform, state, helper, hotkey, texts));
 }
 
-AppDelegate::AppDelegate(const Platform& platform, AppState& state, HelperController& helper, const L10n& texts)
+AppDelegate::AppDelegate(const Platform& platform, AppState& state, HelperController& helper, GlobalHotkey& hotkey,
+                         const L10n& texts)
     : platform_(platform),
       state_(state),
       helper_(helper),
+      hotkey_(hotkey),
+      texts_(texts),
       monitor_(HIDMonitor::create(platform.hid, platform.mainQueue, platform.locale, texts)) {}
 
 AppDelegate::~AppDelegate() = default;
 
-// The nine steps of launch; their order is part of what the program promises. Steps 2, 7 and 9 are still to come.
+// The nine steps of launch; their order is part of what the program promises. Step 9 is still to come.
 void AppDelegate::applicationDidFinishLaunching() {
     // 1. No entry in the task bar.
     platform_.application.setActivationPolicy(ActivationPolicy::accessory);
 
     // 2. The status item and its menu, with the plain icon.
+    setupStatusItem();
 
     // 3. The device list. Even the devices already attached arrive only after launch, through the queue.
     monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
@@ -46,7 +62,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     cancellables_.push_back(onChange(state_.isEnabled, &AppDelegate::saveEnabled));
     cancellables_.push_back(onChange(state_.mode, &AppDelegate::saveMode));
 
-    // 7. The hot key, with hotKeyHandler().
+    // 7. The hot key.
+    hotkey_.onTrigger = hotKeyHandler();
+    hotkey_.registerHotKey();
 
     // 8. The first decision: from the saved choices, with no device known yet.
     evaluate();
@@ -61,6 +79,7 @@ void AppDelegate::applicationWillTerminate() {
     helper_.set(false);
 
     // 2. The hot key is let go.
+    hotkey_.unregister();
 }
 
 void AppDelegate::evaluate() {
@@ -70,7 +89,7 @@ void AppDelegate::evaluate() {
         decideMuting(state_.mode.get(), state_.isEnabled.get(), [this] { return state_.anySelectedConnected(); });
     helper_.set(mute);
     state_.blocking.set(mute);
-    // The status item is refreshed last.
+    refreshUI();
 }
 
 std::function<void()> AppDelegate::hotKeyHandler() {
@@ -81,6 +100,44 @@ std::function<void()> AppDelegate::hotKeyHandler() {
         });
     };
 }
+
+void AppDelegate::setupStatusItem() {
+    statusItem_ = platform_.statusBar.statusItem(StatusBar::variableLength);
+    StatusItem& item = requireStatusItem();
+    if (StatusBarButton* button = item.button()) {
+        button->setImage(makeIcon(false));
+        if (button->hasImage()) button->setImageIsTemplate(true);
+    }
+    const StatusMenuActions actions{.toggleEnabled = action(&AppDelegate::toggleEnabled),
+                                    .openSettings = action(&AppDelegate::openSettings),
+                                    .toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin),
+                                    .activateDriver = action(&AppDelegate::activateDriver),
+                                    .showAbout = action(&AppDelegate::showAbout),
+                                    .quit = action(&AppDelegate::quit)};
+    item.setMenu(makeStatusMenu(texts_, actions, checkMark(state_.isEnabled.get()), launchAtLoginState()));
+}
+
+void AppDelegate::refreshUI() {
+    StatusItem& item = requireStatusItem();
+    item.setState(StatusMenuTag::enabled, checkMark(state_.isEnabled.get()));
+    item.setState(StatusMenuTag::launchAtLogin, launchAtLoginState());
+    if (StatusBarButton* button = item.button()) {
+        button->setImage(makeIcon(state_.blocking.get()));
+        if (button->hasImage()) button->setImageIsTemplate(true);
+    }
+}
+
+void AppDelegate::toggleEnabled() { state_.isEnabled.set(!state_.isEnabled.get()); }
+
+void AppDelegate::toggleLaunchAtLogin() {
+    // The registration itself is still to come.
+    requireStatusItem().setState(StatusMenuTag::launchAtLogin, launchAtLoginState());
+}
+
+// These three lead to windows that are still to come.
+void AppDelegate::openSettings() {}
+void AppDelegate::activateDriver() {}
+void AppDelegate::showAbout() {}
 
 void AppDelegate::quit() { platform_.application.terminate(); }
 
@@ -98,6 +155,21 @@ Subscription AppDelegate::onChange(Published<T>& property, void (AppDelegate::*w
         if (const auto self = weak.lock()) self->enqueue([work](AppDelegate& delegate) { (delegate.*work)(); });
     };
     return property.subscribe(handler, CurrentValue::drop);
+}
+
+std::function<void()> AppDelegate::action(void (AppDelegate::*work)()) {
+    return [weak = weak_from_this(), work] {
+        if (const auto self = weak.lock()) ((*self).*work)();
+    };
+}
+
+MenuItemState AppDelegate::launchAtLoginState() const {
+    return checkMark(platform_.loginService.status() == LoginStatus::enabled);
+}
+
+StatusItem& AppDelegate::requireStatusItem() const {
+    if (!statusItem_) std::abort();
+    return *statusItem_;
 }
 
 void AppDelegate::saveSelected() { state_.saveSelected(); }

@@ -6,12 +6,15 @@
 
 #include "BLE_kovra/core/AppState.h"
 #include "BLE_kovra/platform/Application.h"
+#include "BLE_kovra/platform/Menu.h"
 
 namespace kovra {
 
+class GlobalHotkey;
 class HelperController;
 class HIDMonitor;
 class L10n;
+class StatusItem;
 struct Platform;
 
 // The program's spine: starts everything in order, joins every change of the state to its saving and to the muting
@@ -22,25 +25,39 @@ struct Platform;
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
   public:
     static std::shared_ptr<AppDelegate> create(const Platform& platform, AppState& state, HelperController& helper,
-                                               const L10n& texts);
+                                               GlobalHotkey& hotkey, const L10n& texts);
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching() override;
     void applicationWillTerminate() override;
 
-    // Decides whether to mute, tells the helper and keeps the answer. Nothing is written while the answer stays. Does
-    // nothing once the application has terminated: "off" is then the last word.
+    // Decides whether to mute, tells the helper, keeps the answer and shows it. Nothing is written while the answer
+    // stays. Does nothing once the application has terminated: "off" is then the last word.
     void evaluate();
 
     // What a press of the hot key does: flips the switch and beeps, one queue turn later. The flip is saved and decided
     // on like any other. Outlives the delegate; then it only beeps.
     std::function<void()> hotKeyHandler();
 
-    // Menu action.
+    // Makes the status item with its menu and the plain icon, whatever the state. Comes before everything that shows a
+    // change.
+    void setupStatusItem();
+    // Brings both check marks and the icon up to date. The icon shows the decision to mute, not the switch. Without a
+    // status item it stops the process.
+    void refreshUI();
+
+    // Menu actions.
+    void toggleEnabled();
+    // Shows whether the program starts at login, as the system has it now. Without a status item it stops the process.
+    void toggleLaunchAtLogin();
+    void openSettings();
+    void activateDriver();
+    void showAbout();
     void quit();
 
   private:
-    AppDelegate(const Platform& platform, AppState& state, HelperController& helper, const L10n& texts);
+    AppDelegate(const Platform& platform, AppState& state, HelperController& helper, GlobalHotkey& hotkey,
+                const L10n& texts);
 
     // Queues `work` followed by evaluate(); neither happens if the delegate is gone by then, nor does evaluate() if it
     // goes during the work.
@@ -53,9 +70,18 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void saveEnabled();
     void saveMode();
 
+    // A menu action: `work` on the delegate, if there still is one.
+    std::function<void()> action(void (AppDelegate::*work)());
+    MenuItemState launchAtLoginState() const;
+    // Stops the process where there is none.
+    StatusItem& requireStatusItem() const;
+
     const Platform& platform_;
+    std::unique_ptr<StatusItem> statusItem_;
     AppState& state_;
     HelperController& helper_;
+    GlobalHotkey& hotkey_;
+    const L10n& texts_;
     std::shared_ptr<HIDMonitor> monitor_;
     std::vector<Subscription> cancellables_;
     bool hasTerminated_ = false;

@@ -5,9 +5,12 @@ namespace kovra {
 class Application;
 class FileSystem;
 class HIDService;
+class HotKeyService;
 class Locale;
+class LoginService;
 class MainQueue;
 class PreferencesStore;
+class StatusBar;
 class SystemLog;
 
 // All that the program asks of the system it runs on. Only the entry point, the delegate and the shared() accessors see
@@ -20,6 +23,9 @@ struct Platform {
     FileSystem& fileSystem;
     SystemLog& log;
     Locale& locale;
+    StatusBar& statusBar;
+    HotKeyService& hotKeys;
+    LoginService& loginService;
 
     // The services of this process, which have to outlive it. install() comes first; without it, current() stops the
     // process.

@@ -168,8 +168,8 @@ TEST(Journey, TheEntryPointRunsTheDelegateOnThePlatformsServices) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     FakeApplication application;
-    const Platform platform{application,    computer.queue, computer.hid,   computer.preferences,
-                            computer.files, computer.log,   computer.locale};
+    const Platform platform{application,  computer.queue,  computer.hid,       computer.preferences, computer.files,
+                            computer.log, computer.locale, computer.statusBar, computer.hotKeys,     computer.login};
     BLE_kovraApp::main(platform);
     EXPECT_EQ(application.policies, std::vector{ActivationPolicy::accessory});
     EXPECT_EQ(computer.flagWrites(), Texts{"on"});

@@ -10,10 +10,13 @@
 #include "tests/fakes/FakeApplication.h"
 #include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeHotKeys.h"
 #include "tests/fakes/FakeLocale.h"
 #include "tests/fakes/FakeLog.h"
+#include "tests/fakes/FakeLogin.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakePreferences.h"
+#include "tests/fakes/FakeStatusBar.h"
 
 namespace kovra {
 namespace {
@@ -39,7 +42,10 @@ TEST(L10nShared, IsMadeOnceAtFirstUseFromAnyThreadAndKeepsItsLanguageWhenTheSyst
     FakeFileSystem files;
     FakeLog log;
     CountingLocale locale({"de-AT", "ru-RU"});
-    const Platform platform{application, queue, hid, preferences, files, log, locale};
+    FakeStatusBar statusBar(queue);
+    FakeHotKeys hotKeys;
+    FakeLogin login;
+    const Platform platform{application, queue, hid, preferences, files, log, locale, statusBar, hotKeys, login};
     Platform::install(platform);
     EXPECT_EQ(locale.reads, 0);
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "BLE_kovra/platform/SystemLog.h"
+#include "BLE_kovra/system/GlobalHotkey.h"
 #include "tests/fakes/FakeApplication.h"
 #include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakePreferences.h"
@@ -77,12 +78,13 @@ class Program::Desktop : public FakeApplication {
 struct Program::Process {
     Process(Program& program)
         : desktop(program.journal_),
-          platform{desktop,         program.queue_, program.hid_,   *program.preferences_,
-                   *program.files_, *program.log_,  program.locale_},
+          platform{desktop,       program.queue_,  program.hid_,       *program.preferences_, *program.files_,
+                   *program.log_, program.locale_, program.statusBar_, program.hotKeys_,      program.login_},
           state(*program.preferences_),
           helper(*program.files_, *program.log_),
+          hotkey(program.hotKeys_),
           texts(program.locale_.preferredLanguages()),
-          delegate(AppDelegate::create(platform, state, helper, texts)) {
+          delegate(AppDelegate::create(platform, state, helper, hotkey, texts)) {
         desktop.onTerminating = [&queue = program.queue_] { queue.stop(); };
     }
 
@@ -90,6 +92,7 @@ struct Program::Process {
     Platform platform;
     AppState state;
     HelperController helper;
+    GlobalHotkey hotkey;
     L10n texts;
     std::vector<Subscription> recorders;
     std::map<std::uint64_t, Subscription> subscribers;

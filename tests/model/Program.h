@@ -14,8 +14,11 @@
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeHotKeys.h"
 #include "tests/fakes/FakeLocale.h"
+#include "tests/fakes/FakeLogin.h"
 #include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakeStatusBar.h"
 #include "tests/model/Action.h"
 
 namespace kovra::model {
@@ -50,6 +53,9 @@ class Program {
     FakeMainQueue queue_;
     FakeHID hid_{queue_};
     FakeLocale locale_;
+    FakeStatusBar statusBar_{queue_};
+    FakeHotKeys hotKeys_;
+    FakeLogin login_;
     std::shared_ptr<Log> log_;
     std::shared_ptr<Files> files_;
     std::shared_ptr<Preferences> preferences_;

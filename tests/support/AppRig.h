@@ -9,13 +9,17 @@
 #include "BLE_kovra/core/HelperController.h"
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/Platform.h"
+#include "BLE_kovra/system/GlobalHotkey.h"
 #include "tests/fakes/FakeApplication.h"
 #include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakeHID.h"
+#include "tests/fakes/FakeHotKeys.h"
 #include "tests/fakes/FakeLocale.h"
 #include "tests/fakes/FakeLog.h"
+#include "tests/fakes/FakeLogin.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakePreferences.h"
+#include "tests/fakes/FakeStatusBar.h"
 
 namespace kovra {
 
@@ -27,6 +31,9 @@ struct Computer {
     FakeFileSystem files;
     FakeLog log;
     FakeLocale locale;
+    FakeStatusBar statusBar{queue};
+    FakeHotKeys hotKeys;
+    FakeLogin login;
 
     void choose(const std::vector<DeviceDescription>& devices) {
         PreferenceArray keys;
@@ -56,11 +63,12 @@ struct AppRig {
     Computer& computer;
     FakeApplication application;
     L10n texts{computer.locale.preferredLanguages()};
-    Platform platform{application,    computer.queue, computer.hid,   computer.preferences,
-                      computer.files, computer.log,   computer.locale};
+    Platform platform{application,  computer.queue,  computer.hid,       computer.preferences, computer.files,
+                      computer.log, computer.locale, computer.statusBar, computer.hotKeys,     computer.login};
     AppState state{computer.preferences};
     HelperController helper{computer.files, computer.log};
-    std::shared_ptr<AppDelegate> delegate = AppDelegate::create(platform, state, helper, texts);
+    GlobalHotkey hotkey{computer.hotKeys};
+    std::shared_ptr<AppDelegate> delegate = AppDelegate::create(platform, state, helper, hotkey, texts);
 };
 
 }  // namespace kovra

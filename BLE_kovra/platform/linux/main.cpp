@@ -13,7 +13,10 @@
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
+#include "BLE_kovra/platform/HotKeyService.h"
+#include "BLE_kovra/platform/LoginService.h"
 #include "BLE_kovra/platform/Platform.h"
+#include "BLE_kovra/platform/StatusBar.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
 #include "BLE_kovra/platform/linux/JournalLog.h"
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
@@ -25,6 +28,22 @@
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
 namespace {
+
+// Stands in for what a desktop without a bar, hot keys or login entries lacks.
+class BareDesktop : public kovra::StatusBar, public kovra::HotKeyService, public kovra::LoginService {
+  public:
+    std::unique_ptr<kovra::StatusItem> statusItem(double) override { return std::make_unique<Item>(); }
+    std::unique_ptr<Reference> installHandler(Handler) override { return nullptr; }
+    std::unique_ptr<Reference> registerHotKey(const kovra::HotKey&) override { return nullptr; }
+    kovra::LoginStatus status() const override { return kovra::LoginStatus::notFound; }
+
+  private:
+    class Item : public kovra::StatusItem {
+        kovra::StatusBarButton* button() override { return nullptr; }
+        void setMenu(kovra::Menu) override {}
+        void setState(int, kovra::MenuItemState) override {}
+    };
+};
 
 // What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
 // terminal from a job in the background. The calls report the first two and do the third.
@@ -79,7 +98,8 @@ void runApplication() {
     session.onRemoved = [&] { application.terminate(); };
     session.onResumed = [&] { hid.resynchronize(); };
 
-    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale};
+    BareDesktop bare;
+    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, bare, bare, bare};
     kovra::BLE_kovraApp::main(platform);
 }
 

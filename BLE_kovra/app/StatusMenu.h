@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+
+#include "BLE_kovra/platform/Menu.h"
+
+namespace kovra {
+
+class L10n;
+
+// How the two items with check marks are found again.
+struct StatusMenuTag {
+    static constexpr int enabled = 1;
+    static constexpr int launchAtLogin = 2;
+};
+
+// What the menu's items do.
+struct StatusMenuActions {
+    std::function<void()> toggleEnabled;
+    std::function<void()> openSettings;
+    std::function<void()> toggleLaunchAtLogin;
+    std::function<void()> activateDriver;
+    std::function<void()> showAbout;
+    std::function<void()> quit;
+};
+
+// The status item's menu, in the user's language.
+Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuItemState enabled,
+                    MenuItemState launchAtLogin);
+
+}  // namespace kovra

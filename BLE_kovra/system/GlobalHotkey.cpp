@@ -1,0 +1,28 @@
+#include "BLE_kovra/system/GlobalHotkey.h"
+
+#include "BLE_kovra/platform/Platform.h"
+
+namespace kovra {
+
+GlobalHotkey& GlobalHotkey::shared() {
+    static auto* const instance = new GlobalHotkey(Platform::current().hotKeys);
+    return *instance;
+}
+
+void GlobalHotkey::registerHotKey() {
+    handlerRef_ = service_.installHandler([this] { return pressed(); });
+    hotKeyRef_ = service_.registerHotKey(hotKey);
+}
+
+void GlobalHotkey::unregister() {
+    hotKeyRef_.reset();
+    handlerRef_.reset();
+}
+
+int GlobalHotkey::pressed() {
+    // A copy: the closure may replace itself.
+    if (const auto trigger = onTrigger) trigger();
+    return 0;
+}
+
+}  // namespace kovra

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/HotKeyService.h"
+
+namespace kovra {
+
+// A keyboard with one key for each hot key that is registered.
+class FakeHotKeys : public HotKeyService {
+  public:
+    std::unique_ptr<Reference> installHandler(Handler handler) override {
+        calls.emplace_back("install");
+        if (refuses) return nullptr;
+        handlers.push_back(std::move(handler));
+        return std::make_unique<Held>([this] {
+            calls.emplace_back("remove");
+            handlers.pop_back();
+        });
+    }
+    std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
+        calls.emplace_back("register");
+        if (refuses || takenByAnother) return nullptr;
+        registered.push_back(hotKey);
+        return std::make_unique<Held>([this] {
+            calls.emplace_back("unregister");
+            registered.pop_back();
+        });
+    }
+
+    // Control, Option and T go down. Gives what the last handler answered; nothing where the press goes to the window
+    // in front, as it does without a registration.
+    std::optional<int> press() {
+        if (registered.empty()) return std::nullopt;
+        std::optional<int> status;
+        for (const Handler& handler : std::vector(handlers)) status = handler();
+        return status;
+    }
+
+    bool refuses = false;
+    bool takenByAnother = false;
+    std::vector<Handler> handlers;
+    std::vector<HotKey> registered;
+    std::vector<std::string> calls;
+
+  private:
+    class Held : public Reference {
+      public:
+        explicit Held(std::function<void()> release) : release_(std::move(release)) {}
+        Held(const Held&) = delete;
+        Held& operator=(const Held&) = delete;
+        ~Held() override { release_(); }
+
+      private:
+        std::function<void()> release_;
+    };
+};
+
+}  // namespace kovra

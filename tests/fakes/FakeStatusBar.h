@@ -1,0 +1,85 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/MainQueue.h"
+#include "BLE_kovra/platform/StatusBar.h"
+
+namespace kovra {
+
+// A bar with one place, at which the test looks and clicks. What happens to the item is kept as words, in order.
+class FakeStatusBar : public StatusBar {
+  public:
+    explicit FakeStatusBar(MainQueue& queue) : queue_(queue) {}
+
+    std::unique_ptr<StatusItem> statusItem(double length) override {
+        lengths.push_back(length);
+        if (!givesItems) return nullptr;
+        return std::make_unique<Item>(*this);
+    }
+
+    // Chooses the item at this position, counted from 0 with the separator, as a click does: from the queue, and only
+    // if it can be chosen.
+    void choose(std::size_t position) {
+        queue_.async([this, position] {
+            if (!menu || position >= menu->items.size()) return;
+            const MenuItem item = menu->items[position];
+            if (item.isEnabled && item.action) item.action->perform();
+        });
+    }
+
+    std::optional<MenuItemState> stateOf(int tag) {
+        const MenuItem* item = menu ? menu->itemWithTag(tag) : nullptr;
+        return item == nullptr ? std::nullopt : item->state;
+    }
+    bool hasSlash() const { return image && image->strokes.size() == 3; }
+
+    // How this desktop is.
+    bool givesItems = true;
+    bool hasButton = true;
+    bool makesImages = true;
+    bool keepsMenus = true;
+
+    // What is seen.
+    std::vector<double> lengths;
+    std::optional<Drawing> image;
+    bool imageIsTemplate = false;
+    std::optional<Menu> menu;
+    std::vector<std::string> calls;
+
+  private:
+    class Item : public StatusItem, public StatusBarButton {
+      public:
+        explicit Item(FakeStatusBar& bar) : bar_(bar) {}
+
+        StatusBarButton* button() override { return bar_.hasButton ? this : nullptr; }
+        void setMenu(Menu menu) override {
+            bar_.calls.emplace_back("menu");
+            if (bar_.keepsMenus) bar_.menu = std::move(menu);
+        }
+        void setState(int tag, MenuItemState state) override {
+            bar_.calls.push_back("tag " + std::to_string(tag) + (state == MenuItemState::on ? " on" : " off"));
+            if (MenuItem* item = bar_.menu ? bar_.menu->itemWithTag(tag) : nullptr) item->state = state;
+        }
+        void setImage(const Drawing& image) override {
+            bar_.calls.push_back(image.strokes.size() == 3 ? "slashed image" : "plain image");
+            bar_.imageIsTemplate = false;
+            if (bar_.makesImages) bar_.image = image;
+        }
+        bool hasImage() const override { return bar_.image.has_value(); }
+        void setImageIsTemplate(bool isTemplate) override {
+            bar_.calls.emplace_back(isTemplate ? "template" : "no template");
+            bar_.imageIsTemplate = isTemplate;
+        }
+
+      private:
+        FakeStatusBar& bar_;
+    };
+
+    MainQueue& queue_;
+};
+
+}  // namespace kovra
