@@ -8,6 +8,7 @@
 #include "BLE_kovra/core/HelperController.h"
 #include "BLE_kovra/core/MutingDecision.h"
 #include "BLE_kovra/devices/HIDMonitor.h"
+#include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/LoginService.h"
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/Platform.h"
@@ -104,10 +105,7 @@ std::function<void()> AppDelegate::hotKeyHandler() {
 void AppDelegate::setupStatusItem() {
     statusItem_ = platform_.statusBar.statusItem(StatusBar::variableLength);
     StatusItem& item = requireStatusItem();
-    if (StatusBarButton* button = item.button()) {
-        button->setImage(makeIcon(false));
-        if (button->hasImage()) button->setImageIsTemplate(true);
-    }
+    if (StatusBarButton* button = item.button()) showIcon(*button, false);
     const StatusMenuActions actions{.toggleEnabled = action(&AppDelegate::toggleEnabled),
                                     .openSettings = action(&AppDelegate::openSettings),
                                     .toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin),
@@ -121,10 +119,7 @@ void AppDelegate::refreshUI() {
     StatusItem& item = requireStatusItem();
     item.setState(StatusMenuTag::enabled, checkMark(state_.isEnabled.get()));
     item.setState(StatusMenuTag::launchAtLogin, launchAtLoginState());
-    if (StatusBarButton* button = item.button()) {
-        button->setImage(makeIcon(state_.blocking.get()));
-        if (button->hasImage()) button->setImageIsTemplate(true);
-    }
+    if (StatusBarButton* button = item.button()) showIcon(*button, state_.blocking.get());
 }
 
 void AppDelegate::toggleEnabled() { state_.isEnabled.set(!state_.isEnabled.get()); }
@@ -165,6 +160,12 @@ std::function<void()> AppDelegate::action(void (AppDelegate::*work)()) {
 
 MenuItemState AppDelegate::launchAtLoginState() const {
     return checkMark(platform_.loginService.status() == LoginStatus::enabled);
+}
+
+void AppDelegate::showIcon(StatusBarButton& button, bool muted) const {
+    button.setImage(makeIcon(muted));
+    if (button.hasImage()) button.setImageIsTemplate(true);
+    button.setToolTip(texts_.text(muted ? "status.blocked" : "status.active"));
 }
 
 StatusItem& AppDelegate::requireStatusItem() const {

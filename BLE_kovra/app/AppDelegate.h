@@ -14,6 +14,7 @@ class GlobalHotkey;
 class HelperController;
 class HIDMonitor;
 class L10n;
+class StatusBarButton;
 class StatusItem;
 struct Platform;
 
@@ -73,6 +74,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     // A menu action: `work` on the delegate, if there still is one.
     std::function<void()> action(void (AppDelegate::*work)());
     MenuItemState launchAtLoginState() const;
+    void showIcon(StatusBarButton& button, bool muted) const;
     // Stops the process where there is none.
     StatusItem& requireStatusItem() const;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "BLE_kovra/platform/Drawing.h"
 #include "BLE_kovra/platform/Menu.h"
@@ -16,6 +17,8 @@ class StatusBarButton {
     // A template image is painted in the bar's own colour, light or dark: its black is only a mask. Setting an image
     // takes this back.
     virtual void setImageIsTemplate(bool isTemplate) = 0;
+    // What the picture says, for screen readers and for who rests the pointer on it.
+    virtual void setToolTip(const std::string& text) = 0;
 };
 
 // One program's place in the desktop's bar. It shows what it was given last, as soon as and whenever there is a bar;

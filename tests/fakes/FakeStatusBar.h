@@ -47,6 +47,7 @@ class FakeStatusBar : public StatusBar {
     std::vector<double> lengths;
     std::optional<Drawing> image;
     bool imageIsTemplate = false;
+    std::string toolTip;
     std::optional<Menu> menu;
     std::vector<std::string> calls;
 
@@ -74,6 +75,7 @@ class FakeStatusBar : public StatusBar {
             bar_.calls.emplace_back(isTemplate ? "template" : "no template");
             bar_.imageIsTemplate = isTemplate;
         }
+        void setToolTip(const std::string& text) override { bar_.toolTip = text; }
 
       private:
         FakeStatusBar& bar_;
