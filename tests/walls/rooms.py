@@ -92,6 +92,7 @@ PROGRAM = (
     Room("BLE_kovra/system", VALUES + L10N, standard),
     Room("BLE_kovra/app", VALUES + L10N + DEVICES + CORE + SYSTEM, standard, with_folders=True),
 )
+ICONS = Room("packaging/icons", everything_in("BLE_kovra/app") + (r"BLE_kovra/platform/linux/IconSvg\.h",), standard)
 HELPER = Room("helper", (), any_but_qt, with_folders=True)
 
 # The composition root is the one place where the logic and a system meet.
@@ -127,7 +128,7 @@ TESTS = (
     Room("tests/system", TEST_TOOLS, with_google_test(any_but_qt), with_folders=True),
 )
 
-ROOMS = (*PROGRAM, HELPER, *TESTS)
+ROOMS = (*PROGRAM, ICONS, HELPER, *TESTS)
 
 # Headers that stand in no room's way: what they include counts as included by whoever includes them.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")

@@ -11,7 +11,7 @@ from pathlib import Path
 
 from rooms import COMPOSITION_ROOT, TRANSPARENT, room_of
 
-SOURCE_FOLDERS = ("BLE_kovra", "helper", "tests")
+SOURCE_FOLDERS = ("BLE_kovra", "helper", "packaging", "tests")
 SOURCES = {".c", ".cc", ".cpp", ".h", ".hpp", ".m", ".mm"}
 
 TOKENS = re.compile(

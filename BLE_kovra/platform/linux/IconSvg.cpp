@@ -1,0 +1,96 @@
+#include "BLE_kovra/platform/linux/IconSvg.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+
+#include "BLE_kovra/platform/linux/IconColor.h"
+
+namespace kovra {
+
+namespace {
+
+// Writes the outlines, with y growing downwards from the top as SVG has it.
+class Outlines {
+  public:
+    explicit Outlines(double height) : height_(height) {
+        text_.imbue(std::locale::classic());
+        text_ << std::setprecision(4);
+    }
+
+    void operator()(const RoundedRectangle& rectangle, double lineWidth) {
+        open();
+        contour(rectangle, lineWidth / 2);
+        contour(rectangle, -lineWidth / 2);  // the rule of even and odd leaves its inside empty
+        close();
+    }
+    void operator()(const Segment& segment, double lineWidth) {
+        const double dx = segment.to.x - segment.from.x;
+        const double dy = segment.to.y - segment.from.y;
+        const double length = std::hypot(dx, dy);
+        if (length == 0) return;
+        const double sideX = -dy / length * lineWidth / 2;
+        const double sideY = dx / length * lineWidth / 2;
+        open();
+        corner('M', segment.from.x + sideX, segment.from.y + sideY);
+        corner('L', segment.to.x + sideX, segment.to.y + sideY);
+        corner('L', segment.to.x - sideX, segment.to.y - sideY);
+        corner('L', segment.from.x - sideX, segment.from.y - sideY);
+        text_ << 'Z';
+        close();
+    }
+
+    std::string text() const { return text_.str(); }
+
+  private:
+    void open() { text_ << "  <path class=\"ColorScheme-Text\" fill=\"currentColor\" fill-rule=\"evenodd\" d=\""; }
+    void close() { text_ << "\"/>\n"; }
+    void corner(char command, double x, double y) { text_ << command << x << ' ' << height_ - y; }
+
+    // The rectangle's line, moved outwards by `growth`; clockwise from the top left corner's right end.
+    void contour(const RoundedRectangle& rectangle, double growth) {
+        const double left = rectangle.origin.x - growth;
+        const double right = rectangle.origin.x + rectangle.size.width + growth;
+        const double bottom = rectangle.origin.y - growth;
+        const double top = rectangle.origin.y + rectangle.size.height + growth;
+        const double radiusX = std::max(rectangle.cornerRadii.width + growth, 0.0);
+        const double radiusY = std::max(rectangle.cornerRadii.height + growth, 0.0);
+        const auto arcTo = [&](double x, double y) {
+            text_ << 'A' << radiusX << ' ' << radiusY << " 0 0 1 " << x << ' ' << height_ - y;
+        };
+        corner('M', left + radiusX, top);
+        corner('L', right - radiusX, top);
+        arcTo(right, top - radiusY);
+        corner('L', right, bottom + radiusY);
+        arcTo(right - radiusX, bottom);
+        corner('L', left + radiusX, bottom);
+        arcTo(left, bottom + radiusY);
+        corner('L', left, top - radiusY);
+        arcTo(left + radiusX, top);
+        text_ << 'Z';
+    }
+
+    double height_;
+    std::ostringstream text_;
+};
+
+}  // namespace
+
+std::string iconSvg(const Drawing& drawing) {
+    std::ostringstream svg;
+    svg.imbue(std::locale::classic());
+    svg << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << drawing.size.width << R"(" height=")"
+        << drawing.size.height << R"(" viewBox="0 0 )" << drawing.size.width << ' ' << drawing.size.height << "\">\n"
+        << R"(  <style id="current-color-scheme" type="text/css">.ColorScheme-Text { color: #)" << std::hex
+        << std::setw(6) << std::setfill('0') << iconGrey << "; }</style>\n";
+    Outlines outlines(drawing.size.height);
+    for (const Stroke& stroke : drawing.strokes) {
+        std::visit([&](const auto& shape) { outlines(shape, stroke.lineWidth); }, stroke.shape);
+    }
+    svg << outlines.text() << "</svg>\n";
+    return svg.str();
+}
+
+}  // namespace kovra
