@@ -6,6 +6,7 @@
 
 #include <clocale>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -25,6 +26,7 @@
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/SingleInstance.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
+#include "BLE_kovra/platform/linux/XConnection.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
 namespace {
@@ -74,6 +76,13 @@ bool startedIgnoringHangUp() {
     return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
+// The X server, where the session is its own. A Wayland session may start one on the side and end it at any time.
+std::unique_ptr<kovra::XConnection> connectionToX(kovra::SdEventLoop& loop) {
+    const char* wayland = std::getenv("WAYLAND_DISPLAY");
+    if (wayland != nullptr && *wayland != '\0') return nullptr;
+    return kovra::XConnection::open(loop);
+}
+
 void runApplication() {
     kovra::SdEventLoop loop;
     // Heard from here on, acted upon by the loop: who is told to end while the bus keeps it waiting still clears the
@@ -97,6 +106,9 @@ void runApplication() {
     kovra::LogindSession session(loop, kovra::LogindSession::currentSession());
     session.onRemoved = [&] { application.terminate(); };
     session.onResumed = [&] { hid.resynchronize(); };
+
+    const auto x = connectionToX(loop);
+    if (x) x->onLost = [&] { application.terminate(); };
 
     BareDesktop bare;
     const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, bare, bare, bare};

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/Handles.h"
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+
+namespace kovra {
+
+// The resident program's one connection to the X server, which takes its turn in the event loop.
+//
+// Events are handed out from the queue to whoever listens. It asks for none by itself: who wants events selects them,
+// and then the least, since each wakes the program. Errors that the server reports late are dropped; who needs to know
+// uses a checked request. Whoever made requests, or waited for a reply, says so by flush().
+class XConnection {
+  public:
+    // To the display that the environment names; null where there is none.
+    static std::unique_ptr<XConnection> open(SdEventLoop& loop);
+
+    ~XConnection();
+    XConnection(const XConnection&) = delete;
+    XConnection& operator=(const XConnection&) = delete;
+
+    // Never null. Once the server is gone, requests do nothing and replies are null.
+    xcb_connection_t* get() const { return connection_.get(); }
+    // The root windows of all screens, the one of the user's own screen first.
+    const std::vector<xcb_window_t>& roots() const { return roots_; }
+
+    // Sends what was asked for, and has those events handed out that came in while a reply was waited for.
+    void flush();
+
+    using Listener = std::function<void(const xcb_generic_event_t& event)>;
+    // Hears every event for as long as the token lives.
+    class Listening {
+      public:
+        virtual ~Listening() = default;
+    };
+    [[nodiscard]] std::unique_ptr<Listening> listen(Listener listener);
+
+    // What kind of event it is, also of one that another program sent.
+    static std::uint8_t kindOf(const xcb_generic_event_t& event) { return event.response_type & 0x7F; }
+
+    // Called once, from the queue, when the server is gone; with it the session at the screen has ended.
+    std::function<void()> onLost;
+
+  private:
+    using Connection = Handle<xcb_connection_t, xcb_disconnect>;
+
+    XConnection(SdEventLoop& loop, Connection connection, int screen);
+
+    void handOut();
+    void handOut(const xcb_generic_event_t& event);
+
+    SdEventLoop& loop_;
+    Connection connection_;
+    std::vector<xcb_window_t> roots_;
+    std::vector<std::weak_ptr<Listener>> listeners_;
+    std::unique_ptr<SdEventLoop::Watch> watch_;
+    std::shared_ptr<XConnection*> self_;  // for blocks that may run when this is gone
+};
+
+}  // namespace kovra

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+
+namespace kovra {
+
+// An X server of the test's own without a screen, a real one, which the environment names for as long as it lives.
+class VirtualScreen {
+  public:
+    VirtualScreen() {
+        std::array<int, 2> out{};
+        EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+        ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        std::array arguments{const_cast<char*>("Xvfb"),      const_cast<char*>("-displayfd"),
+                             const_cast<char*>("1"),         const_cast<char*>("-screen"),
+                             const_cast<char*>("0"),         const_cast<char*>("320x200x24"),
+                             const_cast<char*>("-nolisten"), const_cast<char*>("tcp"),
+                             const_cast<char*>("-noreset"),  static_cast<char*>(nullptr)};
+        EXPECT_EQ(::posix_spawnp(&pid_, "Xvfb", &actions, nullptr, arguments.data(), environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+        ::close(out[1]);
+        std::string number;
+        for (char c = 0; ::read(out[0], &c, 1) == 1 && c != '\n';) number += c;
+        ::close(out[0]);
+        EXPECT_FALSE(number.empty()) << "Xvfb did not start";
+        ::setenv("DISPLAY", (":" + number).c_str(), 1);
+    }
+    ~VirtualScreen() {
+        end();
+        ::unsetenv("DISPLAY");
+    }
+    VirtualScreen(const VirtualScreen&) = delete;
+    VirtualScreen& operator=(const VirtualScreen&) = delete;
+
+    // The server ends; its address stays in the environment.
+    void end() {
+        if (pid_ <= 0) return;
+        ::kill(pid_, SIGTERM);
+        ::waitpid(pid_, nullptr, 0);
+        pid_ = 0;
+    }
+
+  private:
+    pid_t pid_ = 0;
+};
+
+}  // namespace kovra
