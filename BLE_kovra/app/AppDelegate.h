@@ -36,10 +36,6 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     // stays. Does nothing once the application has terminated: "off" is then the last word.
     void evaluate();
 
-    // What a press of the hot key does: flips the switch and beeps, one queue turn later. The flip is saved and decided
-    // on like any other. Outlives the delegate; then it only beeps.
-    std::function<void()> hotKeyHandler();
-
     // Makes the status item with its menu and the plain icon, whatever the state. Comes before everything that shows a
     // change.
     void setupStatusItem();
@@ -71,6 +67,9 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void saveEnabled();
     void saveMode();
 
+    // What a press of the hot key does: flips the switch and beeps, one queue turn later. The flip is saved and decided
+    // on like any other. Outlives the delegate; then it only beeps.
+    std::function<void()> hotKeyHandler();
     // A menu action: `work` on the delegate, if there still is one.
     std::function<void()> action(void (AppDelegate::*work)());
     MenuItemState launchAtLoginState() const;

@@ -152,8 +152,7 @@ TEST(AppDelegate, FlipsTheSwitchThenBeepsAtTheHotKey) {
     const Subscription token = rig.state.isEnabled.subscribe(
         [&](bool) { order += rig.application.beeps == 0 ? "flip before beep" : "flip after beep"; },
         CurrentValue::drop);
-    const auto press = rig.delegate->hotKeyHandler();
-    press();
+    rig.hotKeys.press();
     EXPECT_TRUE(rig.state.isEnabled.get());
     rig.queue.runOneTurn();
     EXPECT_FALSE(rig.state.isEnabled.get());
@@ -166,10 +165,9 @@ TEST(AppDelegate, FlipsTheSwitchThenBeepsAtTheHotKey) {
 
 TEST(AppDelegate, EndsWhereItStartedAfterTwoPresses) {
     LaunchedRig rig;
-    const auto press = rig.delegate->hotKeyHandler();
-    press();
+    rig.hotKeys.press();
     rig.queue.run();
-    press();
+    rig.hotKeys.press();
     rig.queue.run();
     EXPECT_TRUE(rig.state.isEnabled.get());
     EXPECT_EQ(rig.application.beeps, 2);
@@ -183,9 +181,8 @@ TEST(AppDelegate, SavesTheStartingValueTwiceForTwoPressesBeforeTheFirstSave) {
     rig.state.mode.set(Mode::always);
     rig.queue.run();
     rig.preferences.saves.clear();
-    const auto press = rig.delegate->hotKeyHandler();
-    press();
-    press();
+    rig.hotKeys.press();
+    rig.hotKeys.press();
     rig.queue.run();
     ASSERT_EQ(rig.preferences.saves.size(), 2U);
     EXPECT_TRUE(std::get<bool>(rig.preferences.saves[0].value));
@@ -196,9 +193,8 @@ TEST(AppDelegate, SavesTheStartingValueTwiceForTwoPressesBeforeTheFirstSave) {
 
 TEST(AppDelegate, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
     LaunchedRig rig;
-    const auto press = rig.delegate->hotKeyHandler();
     rig.delegate.reset();
-    press();
+    rig.hotKeys.press();
     rig.queue.run();
     EXPECT_EQ(rig.application.beeps, 1);
     EXPECT_TRUE(rig.state.isEnabled.get());
@@ -227,7 +223,6 @@ TEST(AppDelegate, DecidesNoMoreOnceItsWorkWasItsEnd) {
 TEST(AppDelegate, IsHeldAliveByNoHandler) {
     LaunchedRig rig;
     const std::weak_ptr<AppDelegate> watch = rig.delegate;
-    const auto press = rig.delegate->hotKeyHandler();
     rig.hid.attach(mouse);
     rig.state.mode.set(Mode::always);
     rig.delegate.reset();

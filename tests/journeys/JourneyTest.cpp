@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
@@ -44,6 +47,192 @@ TEST(Journey, AChosenMouseThatIsThereAtLaunchMutesOneTurnAfterItIsPublished) {
     computer.queue.runOneTurn();
     EXPECT_EQ(computer.flagWrites(), (Texts{"off", "on"}));
     EXPECT_TRUE(rig.state.blocking.get());
+}
+
+// A desktop on which each service writes down that its turn came.
+struct StepsOfLaunch : Computer {
+    using Steps = std::vector<std::string>;
+
+    struct Application : FakeApplication {
+        explicit Application(Steps& into) : steps(into) {}
+        void setActivationPolicy(ActivationPolicy) override { steps.emplace_back("1 accessory"); }
+        Steps& steps;
+    };
+    struct StatusBar : FakeStatusBar {
+        StatusBar(FakeMainQueue& queue, Steps& into) : FakeStatusBar(queue), steps(into) {}
+        std::unique_ptr<StatusItem> statusItem(double length) override {
+            steps.emplace_back("2 status item");
+            return FakeStatusBar::statusItem(length);
+        }
+        Steps& steps;
+    };
+    struct HID : FakeHID {
+        HID(FakeMainQueue& queue, Steps& into) : FakeHID(queue), steps(into) {}
+        std::unique_ptr<HIDManager> createManager() override {
+            steps.emplace_back("3 device monitor");
+            return FakeHID::createManager();
+        }
+        Steps& steps;
+    };
+    struct HotKeys : FakeHotKeys {
+        explicit HotKeys(Steps& into) : steps(into) {}
+        std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
+            steps.emplace_back("7 hot key");
+            return FakeHotKeys::registerHotKey(hotKey);
+        }
+        Steps& steps;
+    };
+    struct Files : FakeFileSystem {
+        explicit Files(Steps& into) : steps(into) {}
+        Outcome writeWholeFile(const std::string& path, std::string_view text) override {
+            steps.emplace_back("8 first decision");
+            return FakeFileSystem::writeWholeFile(path, text);
+        }
+        Steps& steps;
+    };
+
+    Steps steps;
+    Application application{steps};
+    StatusBar bar{queue, steps};
+    HID devices{queue, steps};
+    HotKeys keys{steps};
+    Files flagFile{steps};
+};
+
+TEST(Journey, LaunchGoesItsStepsInOrder) {
+    StepsOfLaunch on;
+    const Platform platform{on.application, on.queue,  on.devices, on.preferences, on.flagFile,
+                            on.log,         on.locale, on.bar,     on.keys,        on.login};
+    AppState state(on.preferences);
+    HelperController helper(on.flagFile, on.log);
+    GlobalHotkey hotkey(on.keys);
+    const L10n texts(on.locale.preferredLanguages());
+    const auto delegate = AppDelegate::create(platform, state, helper, hotkey, texts);
+    EXPECT_TRUE(on.steps.empty());
+    on.application.run(*delegate);
+    EXPECT_EQ(on.steps, (Texts{"1 accessory", "2 status item", "3 device monitor", "7 hot key", "8 first decision"}));
+    // 4. to 6.: a change of any of the three is saved from now on.
+    state.selectedIDs.set({mouse.key()});
+    state.isEnabled.set(false);
+    state.mode.set(Mode::always);
+    on.queue.run();
+    EXPECT_EQ(on.preferences.saves.size(), 3U);
+}
+
+TEST(Journey, FirstLaunchShowsThePlainIconAndACheckMarkAtBlock) {
+    Computer computer;
+    AppRig rig(computer);
+    rig.launch();
+    computer.queue.advance(10s);
+    EXPECT_FALSE(computer.statusBar.hasSlash());
+    EXPECT_EQ(computer.statusBar.stateOf(1), MenuItemState::on);
+}
+
+TEST(Journey, TheIconFollowsTheMouse) {
+    Computer computer;
+    computer.choose({mouse});
+    AppRig rig(computer);
+    rig.launch();
+    const auto plugged = computer.hid.attach(mouse);
+    computer.queue.run();
+    EXPECT_TRUE(computer.statusBar.hasSlash());
+    computer.hid.detach(plugged);
+    computer.queue.advance(2s - 1ns);
+    EXPECT_TRUE(computer.statusBar.hasSlash());
+    computer.queue.advance(1ns);
+    EXPECT_FALSE(computer.statusBar.hasSlash());
+}
+
+TEST(Journey, TheMenuGivesThePadBackAndTakesItAgainWithoutABeep) {
+    Computer computer;
+    computer.choose({mouse});
+    computer.hid.attach(mouse);
+    AppRig rig(computer);
+    rig.launch();
+    computer.queue.run();
+    computer.statusBar.choose(0);
+    computer.queue.run();
+    EXPECT_EQ(computer.flag(), "off");
+    EXPECT_FALSE(computer.statusBar.hasSlash());
+    EXPECT_EQ(computer.statusBar.stateOf(1), MenuItemState::off);
+    computer.statusBar.choose(0);
+    computer.queue.run();
+    EXPECT_EQ(computer.flagWrites(), (Texts{"off", "on", "off", "on"}));
+    EXPECT_TRUE(computer.statusBar.hasSlash());
+    EXPECT_EQ(computer.preferences.savesOf("isEnabled"), 2U);
+    EXPECT_EQ(rig.application.beeps, 0);
+}
+
+TEST(Journey, TwoPressesBeforeTheFirstSaveLeaveEverythingAsItWas) {
+    Computer computer;
+    computer.choose({mouse});
+    computer.hid.attach(mouse);
+    AppRig rig(computer);
+    rig.launch();
+    computer.queue.run();
+    computer.hotKeys.press();
+    computer.hotKeys.press();
+    computer.queue.run();
+    EXPECT_EQ(rig.application.beeps, 2);
+    ASSERT_EQ(computer.preferences.savesOf("isEnabled"), 2U);
+    EXPECT_TRUE(std::get<bool>(computer.preferences.stored.at("isEnabled")));
+    EXPECT_EQ(computer.flagWrites(), (Texts{"off", "on"}));
+    EXPECT_TRUE(computer.statusBar.hasSlash());
+}
+
+TEST(Journey, AHotKeyThatAnotherProgramHoldsIsPassedOverInSilence) {
+    Computer computer;
+    computer.hotKeys.takenByAnother = true;
+    AppRig rig(computer);
+    rig.launch();
+    computer.queue.advance(10s);
+    EXPECT_EQ(computer.hotKeys.press(), std::nullopt);
+    EXPECT_TRUE(computer.log.lines.empty());
+    ASSERT_TRUE(computer.statusBar.menu);
+    EXPECT_EQ(computer.statusBar.menu->items[1].title, "Shortcut: Ctrl+Opt+T");
+    rig.delegate->quit();
+    EXPECT_EQ(computer.hotKeys.calls, (Texts{"install", "register", "remove"}));
+}
+
+TEST(Journey, QuittingFromTheMenuWritesOffThenLetsTheHotKeyGo) {
+    struct HotKeys : FakeHotKeys {
+        explicit HotKeys(const Computer& on) : computer(on) {}
+        std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
+            struct Watched : Reference {
+                Watched(HotKeys& in, std::unique_ptr<Reference> what) : owner(in), reference(std::move(what)) {}
+                Watched(const Watched&) = delete;
+                Watched& operator=(const Watched&) = delete;
+                ~Watched() override { owner.flagWhenLetGo = owner.computer.flag(); }
+                HotKeys& owner;
+                std::unique_ptr<Reference> reference;
+            };
+            return std::make_unique<Watched>(*this, FakeHotKeys::registerHotKey(hotKey));
+        }
+        const Computer& computer;
+        std::string flagWhenLetGo;
+    };
+    Computer computer;
+    computer.preferences.stored.emplace("blockMode", std::string("always"));
+    HotKeys keys(computer);
+    FakeApplication application;
+    application.onTerminating = [&] { computer.queue.stop(); };
+    const Platform platform{application,    computer.queue, computer.hid,    computer.preferences,
+                            computer.files, computer.log,   computer.locale, computer.statusBar,
+                            keys,           computer.login};
+    AppState state(computer.preferences);
+    HelperController helper(computer.files, computer.log);
+    GlobalHotkey hotkey(keys);
+    const L10n texts(computer.locale.preferredLanguages());
+    const auto delegate = AppDelegate::create(platform, state, helper, hotkey, texts);
+    application.run(*delegate);
+    computer.queue.run();
+    EXPECT_EQ(computer.flag(), "on");
+    computer.statusBar.choose(7);
+    computer.queue.run();
+    EXPECT_TRUE(application.terminated);
+    EXPECT_EQ(keys.flagWhenLetGo, "off");
+    EXPECT_EQ(keys.calls, (Texts{"install", "register", "unregister", "remove"}));
+    EXPECT_EQ(keys.press(), std::nullopt);
 }
 
 TEST(Journey, LaunchInModeAlwaysMutesBeforeAnyDeviceIsKnown) {
@@ -112,11 +301,10 @@ TEST(Journey, TheHotKeyGivesThePadBackAndTakesItAgain) {
     AppRig rig(computer);
     rig.launch();
     computer.queue.run();
-    const auto press = rig.delegate->hotKeyHandler();
-    press();
+    computer.hotKeys.press();
     computer.queue.run();
     EXPECT_EQ(computer.flag(), "off");
-    press();
+    computer.hotKeys.press();
     computer.queue.run();
     EXPECT_EQ(computer.flagWrites(), (Texts{"off", "on", "off", "on"}));
     EXPECT_EQ(rig.application.beeps, 2);

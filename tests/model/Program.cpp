@@ -96,7 +96,6 @@ struct Program::Process {
     L10n texts;
     std::vector<Subscription> recorders;
     std::map<std::uint64_t, Subscription> subscribers;
-    std::function<void()> hotKey;
     bool launched = false;
     std::shared_ptr<AppDelegate> delegate;
 };
@@ -135,7 +134,6 @@ void Program::launch(const std::vector<Action>& early) {
     record(process_->state.blocking, Property::blocking);
     for (const Action& subscription : early) perform(subscription);
     process_->launched = true;
-    process_->hotKey = process_->delegate->hotKeyHandler();
     const std::shared_ptr<AppDelegate> delegate = process_->delegate;
     process_->desktop.run(*delegate);
 }
@@ -229,7 +227,7 @@ void Program::perform(const Action& action) {
             process_->state.mode.set(action.truth ? AppState::BlockMode::always : AppState::BlockMode::onDevice);
             break;
         case Kind::pressHotKey:
-            if (process_->hotKey) process_->hotKey();
+            if (process_->hotkey.onTrigger) process_->hotkey.onTrigger();
             break;
         case Kind::failNext:
             for (std::uint64_t i = 0; i < action.number; ++i) files_->failNext(action.text);

@@ -1,0 +1,262 @@
+// The delegate's side of the status item: what it shows, and what its menu does.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/app/StatusMenu.h"
+#include "tests/support/AppRig.h"
+#include "tests/support/Dump.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+using Mode = AppState::BlockMode;
+using Texts = std::vector<std::string>;
+
+constexpr auto on = MenuItemState::on;
+constexpr auto off = MenuItemState::off;
+
+// Positions in the menu.
+constexpr std::size_t block = 0;
+constexpr std::size_t hint = 1;
+constexpr std::size_t settings = 2;
+constexpr std::size_t launchAtLogin = 3;
+constexpr std::size_t activate = 4;
+constexpr std::size_t about = 5;
+constexpr std::size_t separator = 6;
+constexpr std::size_t quit = 7;
+
+struct Rig : Computer, AppRig {
+    Rig() : AppRig(static_cast<Computer&>(*this)) {}
+
+    void choose(std::size_t position) {
+        statusBar.choose(position);
+        queue.run();
+    }
+};
+
+struct LaunchedRig : Rig {
+    LaunchedRig() {
+        launch();
+        queue.run();
+    }
+};
+
+TEST(StatusItem, IsAsWideAsItsIcon) {
+    const LaunchedRig rig;
+    EXPECT_EQ(rig.statusBar.lengths, std::vector{-1.0});
+}
+
+TEST(StatusItem, ShowsThePlainIconFirstThenTheMenuThenTheDecision) {
+    Computer computer;
+    computer.preferences.stored.emplace("blockMode", std::string("always"));
+    AppRig rig(computer);
+    rig.launch();
+    EXPECT_EQ(computer.statusBar.calls,
+              (Texts{"plain image", "template", "menu", "tag 1 on", "tag 2 off", "slashed image", "template"}));
+}
+
+TEST(StatusItem, ShowsThePlainIconUntilTheFirstDecisionEvenIfThePreviousRunEndedMuted) {
+    Computer computer;
+    computer.preferences.stored.emplace("blockMode", std::string("always"));
+    computer.files.contents[HelperController::standardStateFile] = "on";
+    AppRig rig(computer);
+    rig.delegate->setupStatusItem();
+    EXPECT_FALSE(computer.statusBar.hasSlash());
+    EXPECT_TRUE(computer.statusBar.imageIsTemplate);
+    EXPECT_EQ(computer.statusBar.toolTip, "Trackpad active");
+    rig.delegate->evaluate();
+    EXPECT_TRUE(computer.statusBar.hasSlash());
+    EXPECT_EQ(computer.statusBar.toolTip, "Trackpad muted");
+}
+
+TEST(StatusItem, HasTheWholeMenuFromTheStart) {
+    LaunchedRig rig;
+    ASSERT_TRUE(rig.statusBar.menu);
+    EXPECT_EQ(dump(*rig.statusBar.menu), R"([x] Mute trackpad tag 1 -> toggleEnabled
+Shortcut: Ctrl+Opt+T disabled
+Settings… (,) -> openSettings
+[ ] Launch at login tag 2 -> toggleLaunchAtLogin
+Activate driver… -> activateDriver
+About… -> showAbout
+---
+Quit (q) -> quit
+)");
+}
+
+TEST(StatusItem, CarriesTheCheckMarkOfTheSwitchThatWasSaved) {
+    Computer computer;
+    computer.preferences.stored.emplace("isEnabled", false);
+    AppRig rig(computer);
+    rig.delegate->setupStatusItem();
+    EXPECT_EQ(computer.statusBar.stateOf(StatusMenuTag::enabled), off);
+}
+
+TEST(StatusItem, MakesTheMenuOnceAndThenChangesMarksAndIconOnly) {
+    LaunchedRig rig;
+    rig.choose(block);
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_EQ(std::count(rig.statusBar.calls.begin(), rig.statusBar.calls.end(), "menu"), 1);
+    EXPECT_EQ(rig.statusBar.lengths.size(), 1U);
+}
+
+TEST(StatusItem, RefreshesTheSwitchThenTheLoginItemThenTheIcon) {
+    LaunchedRig rig;
+    rig.statusBar.calls.clear();
+    rig.delegate->refreshUI();
+    EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 1 on", "tag 2 off", "plain image", "template"}));
+}
+
+TEST(StatusItem, ShowsTheDecisionAndNotTheSwitch) {
+    LaunchedRig rig;  // the switch is on, no mouse is chosen
+    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), on);
+    EXPECT_FALSE(rig.statusBar.hasSlash());
+}
+
+TEST(StatusItem, ShowsTheSlashInModeAlwaysWithNoDeviceAtAll) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_TRUE(rig.statusBar.hasSlash());
+    EXPECT_TRUE(rig.state.devices.get().empty());
+}
+
+TEST(StatusItem, ChoosingBlockUnchecksItAndTheSlashGoesOneTurnLater) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.statusBar.choose(block);
+    rig.queue.runOneTurn();  // the action
+    EXPECT_FALSE(rig.state.isEnabled.get());
+    EXPECT_TRUE(rig.statusBar.hasSlash());
+    EXPECT_EQ(rig.flag(), "on");
+    rig.queue.runOneTurn();  // the evaluation that it queued
+    EXPECT_FALSE(rig.statusBar.hasSlash());
+    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), off);
+    EXPECT_EQ(rig.flag(), "off");
+    EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
+    EXPECT_EQ(rig.application.beeps, 0);
+}
+
+TEST(StatusItem, TheHintCanNeverBeChosen) {
+    LaunchedRig rig;
+    rig.statusBar.calls.clear();
+    rig.choose(hint);
+    rig.choose(separator);
+    EXPECT_TRUE(rig.statusBar.calls.empty());
+    EXPECT_FALSE(rig.statusBar.menu->items[hint].isEnabled);
+    EXPECT_FALSE(rig.statusBar.menu->items[hint].action);
+}
+
+TEST(StatusItem, EntriesThatLeadToWindowsChangeNothing) {
+    LaunchedRig rig;
+    rig.statusBar.calls.clear();
+    for (const std::size_t position : {settings, activate, about}) rig.choose(position);
+    EXPECT_TRUE(rig.preferences.saves.empty());
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
+    EXPECT_FALSE(rig.application.terminated);
+}
+
+TEST(StatusItem, QuitTerminatesTheNormalWay) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.choose(quit);
+    EXPECT_TRUE(rig.application.terminated);
+    EXPECT_EQ(rig.flag(), "off");
+}
+
+TEST(StatusItem, LaunchAtLoginIsCheckedExactlyWhileItIsEnabled) {
+    for (const auto& [status, mark] :
+         {std::pair(LoginStatus::notRegistered, off), std::pair(LoginStatus::enabled, on),
+          std::pair(LoginStatus::requiresApproval, off), std::pair(LoginStatus::notFound, off)}) {
+        Rig rig;
+        rig.login.current = status;
+        rig.delegate->setupStatusItem();
+        EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), mark) << "built, " << static_cast<int>(status);
+
+        rig.login.current = LoginStatus::notRegistered;
+        rig.delegate->refreshUI();
+        EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), off);
+        rig.login.current = status;
+        rig.delegate->refreshUI();
+        EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), mark) << "shown, " << static_cast<int>(status);
+    }
+}
+
+TEST(StatusItem, ChoosingLaunchAtLoginShowsTheStatusAsTheSystemHasItAndRefreshesNothingElse) {
+    LaunchedRig rig;
+    rig.login.current = LoginStatus::enabled;
+    rig.statusBar.calls.clear();
+    rig.choose(launchAtLogin);
+    EXPECT_EQ(rig.statusBar.calls, Texts{"tag 2 on"});
+}
+
+TEST(StatusItem, ALoginItemThatNeedsApprovalHasNoCheckMark) {
+    LaunchedRig rig;
+    rig.login.current = LoginStatus::requiresApproval;
+    rig.choose(launchAtLogin);
+    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), off);
+}
+
+TEST(StatusItem, WithoutAButtonTheMenuWorksAllTheSame) {
+    Rig rig;
+    rig.statusBar.hasButton = false;
+    rig.launch();
+    rig.choose(block);
+    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), off);
+    EXPECT_FALSE(rig.statusBar.image);
+}
+
+TEST(StatusItem, AnImageThatCouldNotBeMadeIsNotFlagged) {
+    Rig rig;
+    rig.statusBar.makesImages = false;
+    rig.launch();
+    EXPECT_FALSE(rig.statusBar.imageIsTemplate);
+    EXPECT_EQ(std::count(rig.statusBar.calls.begin(), rig.statusBar.calls.end(), "template"), 0);
+}
+
+TEST(StatusItem, WithoutAMenuTheIconIsShownAllTheSame) {
+    Computer computer;
+    computer.statusBar.keepsMenus = false;
+    computer.preferences.stored.emplace("blockMode", std::string("always"));
+    AppRig rig(computer);
+    rig.launch();
+    computer.queue.run();
+    EXPECT_TRUE(computer.statusBar.hasSlash());
+}
+
+TEST(StatusItem, ItsActionsDoNothingOnceTheDelegateIsGone) {
+    LaunchedRig rig;
+    const Menu menu = *rig.statusBar.menu;
+    rig.delegate.reset();
+    for (const MenuItem& item : menu.items) {
+        if (item.action) item.action->perform();
+    }
+    EXPECT_TRUE(rig.state.isEnabled.get());
+    EXPECT_FALSE(rig.application.terminated);
+}
+
+using StatusItemDeathTest = testing::Test;
+
+TEST(StatusItemDeathTest, RefreshingBeforeThereIsAnItemStopsTheProcess) {
+    const Rig rig;
+    EXPECT_EXIT(rig.delegate->refreshUI(), testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(rig.delegate->toggleLaunchAtLogin(), testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(rig.delegate->evaluate(), testing::KilledBySignal(SIGABRT), "");
+}
+
+TEST(StatusItemDeathTest, ADesktopThatGivesNoItemStopsTheProcess) {
+    Rig rig;
+    rig.statusBar.givesItems = false;
+    EXPECT_EXIT(rig.delegate->setupStatusItem(), testing::KilledBySignal(SIGABRT), "");
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,122 @@
+#include "BLE_kovra/app/StatusMenu.h"
+
+#include <gtest/gtest.h>
+
+#include "BLE_kovra/l10n/L10n.h"
+#include "tests/support/Dump.h"
+
+namespace kovra {
+namespace {
+
+constexpr auto on = MenuItemState::on;
+constexpr auto off = MenuItemState::off;
+
+std::string menuIn(const std::string& language, MenuItemState enabled = on, MenuItemState launchAtLogin = off) {
+    return dump(makeStatusMenu(L10n({language}), {}, enabled, launchAtLogin));
+}
+
+TEST(StatusMenu, IsInEnglish) {
+    EXPECT_EQ(menuIn("en"), R"([x] Mute trackpad tag 1 -> toggleEnabled
+Shortcut: Ctrl+Opt+T disabled
+Settings… (,) -> openSettings
+[ ] Launch at login tag 2 -> toggleLaunchAtLogin
+Activate driver… -> activateDriver
+About… -> showAbout
+---
+Quit (q) -> quit
+)");
+}
+
+TEST(StatusMenu, IsInRussian) {
+    EXPECT_EQ(menuIn("ru-RU"), R"([x] Глушить трекпад tag 1 -> toggleEnabled
+Горячая клавиша: Ctrl+Opt+T disabled
+Настройки… (,) -> openSettings
+[ ] Запускать при входе tag 2 -> toggleLaunchAtLogin
+Активировать драйвер… -> activateDriver
+О программе… -> showAbout
+---
+Завершить (q) -> quit
+)");
+}
+
+TEST(StatusMenu, IsInUkrainian) {
+    EXPECT_EQ(menuIn("uk"), R"([x] Глушити тачпад tag 1 -> toggleEnabled
+Гаряча клавіша: Ctrl+Opt+T disabled
+Налаштування… (,) -> openSettings
+[ ] Запускати під час входу tag 2 -> toggleLaunchAtLogin
+Активувати драйвер… -> activateDriver
+Про програму… -> showAbout
+---
+Завершити (q) -> quit
+)");
+}
+
+TEST(StatusMenu, IsInFrench) {
+    EXPECT_EQ(menuIn("fr-CA"), R"([x] Couper le trackpad tag 1 -> toggleEnabled
+Raccourci : Ctrl+Opt+T disabled
+Réglages… (,) -> openSettings
+[ ] Lancer à l’ouverture de session tag 2 -> toggleLaunchAtLogin
+Activer le pilote… -> activateDriver
+À propos… -> showAbout
+---
+Quitter (q) -> quit
+)");
+}
+
+TEST(StatusMenu, IsInGerman) {
+    EXPECT_EQ(menuIn("de"), R"([x] Trackpad deaktivieren tag 1 -> toggleEnabled
+Tastenkürzel: Ctrl+Opt+T disabled
+Einstellungen… (,) -> openSettings
+[ ] Beim Anmelden starten tag 2 -> toggleLaunchAtLogin
+Treiber aktivieren… -> activateDriver
+Über… -> showAbout
+---
+Beenden (q) -> quit
+)");
+}
+
+TEST(StatusMenu, IsInSpanish) {
+    EXPECT_EQ(menuIn("es-MX"), R"([x] Silenciar trackpad tag 1 -> toggleEnabled
+Atajo: Ctrl+Opt+T disabled
+Ajustes… (,) -> openSettings
+[ ] Abrir al iniciar sesión tag 2 -> toggleLaunchAtLogin
+Activar controlador… -> activateDriver
+Acerca de… -> showAbout
+---
+Salir (q) -> quit
+)");
+}
+
+TEST(StatusMenu, ShowsBothCheckMarksAsTheyAreGiven) {
+    EXPECT_TRUE(menuIn("en", off, on).starts_with("[ ] Mute trackpad"));
+    EXPECT_NE(menuIn("en", off, on).find("[x] Launch at login"), std::string::npos);
+}
+
+TEST(StatusMenu, EachItemPerformsItsOwnAction) {
+    std::string performed;
+    const auto note = [&](const char* name) { return [&performed, name] { performed += std::string(name) + ' '; }; };
+    const StatusMenuActions actions{.toggleEnabled = note("toggleEnabled"),
+                                    .openSettings = note("openSettings"),
+                                    .toggleLaunchAtLogin = note("toggleLaunchAtLogin"),
+                                    .activateDriver = note("activateDriver"),
+                                    .showAbout = note("showAbout"),
+                                    .quit = note("quit")};
+    const Menu menu = makeStatusMenu(L10n({"en"}), actions, on, off);
+    std::string named;
+    for (const MenuItem& item : menu.items) {
+        if (!item.action) continue;
+        item.action->perform();
+        named += item.action->name + ' ';
+    }
+    EXPECT_EQ(performed, named);
+}
+
+TEST(Menu, FindsItemsByTagAndNothingByATagThatNoneHas) {
+    Menu menu = makeStatusMenu(L10n({"en"}), {}, on, off);
+    EXPECT_EQ(menu.itemWithTag(StatusMenuTag::launchAtLogin), &menu.items[3]);
+    EXPECT_EQ(menu.itemWithTag(3), nullptr);
+    EXPECT_EQ(Menu{}.itemWithTag(StatusMenuTag::enabled), nullptr);
+}
+
+}  // namespace
+}  // namespace kovra
