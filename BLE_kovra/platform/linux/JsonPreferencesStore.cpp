@@ -1,11 +1,7 @@
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -13,6 +9,7 @@
 #include "BLE_kovra/platform/SystemLog.h"
 #include "BLE_kovra/platform/Utf8.h"
 #include "BLE_kovra/platform/linux/JsonObjectText.h"
+#include "BLE_kovra/platform/linux/XdgFolders.h"
 
 namespace kovra {
 
@@ -78,27 +75,11 @@ bool readAsBoolean(std::string_view text) {
     return !text.empty() && std::string_view("YyTt123456789").find(text.front()) != std::string_view::npos;
 }
 
-std::string absoluteFolder(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value != nullptr && value[0] == '/' ? value : std::string();
-}
-
-std::string homeFolder() {
-    if (std::string home = absoluteFolder("HOME"); !home.empty()) return home;
-    const passwd* entry = ::getpwuid(::getuid());
-    return entry != nullptr && entry->pw_dir != nullptr ? entry->pw_dir : std::string();
-}
-
 }  // namespace
 
 std::string standardPreferencesPath() {
-    std::string folder = absoluteFolder("XDG_CONFIG_HOME");
-    if (folder.empty()) {
-        folder = homeFolder();
-        if (folder.empty()) return {};
-        folder += "/.config";
-    }
-    return folder + "/ble-kovra/preferences.json";
+    const std::string folder = userConfigFolder();
+    return folder.empty() ? folder : folder + "/ble-kovra/preferences.json";
 }
 
 JsonPreferencesStore::JsonPreferencesStore(std::string path, SystemLog& log) : file_(std::move(path)), log_(log) {
@@ -149,9 +130,9 @@ int JsonPreferencesStore::save() {
     std::string text;
     const int error = file_.read(text);
     if (error != 0 && error != ENOENT) return error;
-    auto old = PreferencesFile::Old::replaced;
+    auto old = SmallTextFile::Old::replaced;
     if (!text.empty() && !parse(text).flaw.empty()) {
-        old = PreferencesFile::Old::keptAside;
+        old = SmallTextFile::Old::keptAside;
         text.clear();
     }
     // Missing, empty or damaged: start from the last good text.

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "BLE_kovra/platform/PreferencesStore.h"
-#include "BLE_kovra/platform/linux/PreferencesFile.h"
+#include "BLE_kovra/platform/linux/SmallTextFile.h"
 
 namespace kovra {
 
@@ -43,7 +43,7 @@ class JsonPreferencesStore : public PreferencesStore {
     // 0, or the error.
     int save();
 
-    PreferencesFile file_;
+    SmallTextFile file_;
     SystemLog& log_;
     Values values_;
     Values unsaved_;

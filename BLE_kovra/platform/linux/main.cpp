@@ -15,7 +15,6 @@
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
 #include "BLE_kovra/platform/HotKeyService.h"
-#include "BLE_kovra/platform/LoginService.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "BLE_kovra/platform/StatusBar.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
@@ -27,17 +26,17 @@
 #include "BLE_kovra/platform/linux/SingleInstance.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
 #include "BLE_kovra/platform/linux/XConnection.h"
+#include "BLE_kovra/platform/linux/XdgLoginService.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
 namespace {
 
-// Stands in for what a desktop without a bar, hot keys or login entries lacks.
-class BareDesktop : public kovra::StatusBar, public kovra::HotKeyService, public kovra::LoginService {
+// Stands in for what a desktop without a bar or hot keys lacks.
+class BareDesktop : public kovra::StatusBar, public kovra::HotKeyService {
   public:
     std::unique_ptr<kovra::StatusItem> statusItem(double) override { return std::make_unique<Item>(); }
     std::unique_ptr<Reference> installHandler(Handler) override { return nullptr; }
     std::unique_ptr<Reference> registerHotKey(const kovra::HotKey&) override { return nullptr; }
-    kovra::LoginStatus status() const override { return kovra::LoginStatus::notFound; }
 
   private:
     class Item : public kovra::StatusItem {
@@ -110,8 +109,9 @@ void runApplication() {
     const auto x = connectionToX(loop);
     if (x) x->onLost = [&] { application.terminate(); };
 
+    kovra::XdgLoginService login;
     BareDesktop bare;
-    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, bare, bare, bare};
+    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, bare, bare, login};
     kovra::BLE_kovraApp::main(platform);
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "BLE_kovra/platform/linux/PreferencesFile.h"
+#include "BLE_kovra/platform/linux/SmallTextFile.h"
 #include "tests/platform/linux/PreferencesFixture.h"
 #include "tests/support/posix/FileSizeLimit.h"
 #include "tests/support/posix/OrdinaryUser.h"
@@ -83,7 +83,7 @@ TEST_F(PreferencesHardship, AFileTooLargeIsLeftAlone) {
 
 TEST_F(PreferencesHardship, AFileOfTheLargestSizeIsRead) {
     std::string large = "{\"b\": \"\"}";
-    large.insert(large.size() - 2, PreferencesFile::largestSize - large.size(), 'x');
+    large.insert(large.size() - 2, SmallTextFile::largestSize - large.size(), 'x');
     EXPECT_NE(startWith(large).object("b"), std::nullopt);
     EXPECT_TRUE(log_.lines.empty());
     store_->set("c", 1.0);

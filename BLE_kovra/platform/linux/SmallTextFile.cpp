@@ -1,4 +1,4 @@
-#include "BLE_kovra/platform/linux/PreferencesFile.h"
+#include "BLE_kovra/platform/linux/SmallTextFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -28,7 +28,7 @@ int readAll(int file, std::string& text) {
         if (count < 0) return errno;
         if (count == 0) return 0;
         text.append(piece.data(), static_cast<std::size_t>(count));
-        if (text.size() > PreferencesFile::largestSize) return EFBIG;
+        if (text.size() > SmallTextFile::largestSize) return EFBIG;
     }
 }
 
@@ -89,7 +89,7 @@ void syncFolder(const fs::path& folder) {
 
 }  // namespace
 
-int PreferencesFile::read(std::string& text) const {
+int SmallTextFile::read(std::string& text) const {
     text.clear();
     // Never waits for the other end of a pipe.
     const FileDescriptor file(::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -101,7 +101,7 @@ int PreferencesFile::read(std::string& text) const {
     return readAll(file.number(), text);
 }
 
-int PreferencesFile::replace(const std::string& text, Old old) const {
+int SmallTextFile::replace(const std::string& text, Old old) const {
     if (text.size() > largestSize) return EFBIG;
     if (path_.empty()) return ENOENT;
     fs::path target = path_;

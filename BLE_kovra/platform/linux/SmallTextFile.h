@@ -7,12 +7,13 @@
 namespace kovra {
 
 // A small text file that is read and replaced whole. Errors are the system's numbers, 0 is success; nothing is logged.
-class PreferencesFile {
+class SmallTextFile {
   public:
-    // Far above what anybody's choices take. A file beyond it is refused when read, and never written.
+    // Far above what anybody's choices or desktop entries take. A file beyond it is refused when read, and never
+    // written.
     static constexpr std::size_t largestSize = 4 << 20;
 
-    explicit PreferencesFile(std::string path) : path_(std::move(path)) {}
+    explicit SmallTextFile(std::string path) : path_(std::move(path)) {}
     const std::string& path() const { return path_; }
 
     // ENOENT where there is no file. Only a plain file is read, through a link too.

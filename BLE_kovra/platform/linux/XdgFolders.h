@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kovra {
+
+// Where the XDG Base Directory Specification 0.8 has configuration. Relative paths in the environment count as unset.
+
+// $XDG_CONFIG_HOME, or .config in the user's home in its stead. Empty for a user without a home.
+std::string userConfigFolder();
+
+// $XDG_CONFIG_DIRS, or /etc/xdg in its stead; the most important first.
+std::vector<std::string> systemConfigFolders();
+
+}  // namespace kovra
