@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 
+#include <fcntl.h>
 #include <sys/epoll.h>
 
 #include <cerrno>
@@ -8,6 +9,8 @@
 #include <limits>
 #include <system_error>
 #include <utility>
+
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
 
 namespace kovra {
 
@@ -83,10 +86,10 @@ class SdEventLoop::Task : public DelayedTask {
 // One descriptor, silent after each ring until it is asked to ring again.
 class SdEventLoop::DescriptorWatch : public Watch {
   public:
-    DescriptorWatch(SdEventLoop& loop, int descriptor, Block readable)
-        : loop_(loop), readable_(std::make_shared<Block>(std::move(readable))) {
+    DescriptorWatch(SdEventLoop& loop, int descriptor, std::uint32_t events, Block block)
+        : loop_(loop), block_(std::make_shared<Block>(std::move(block))) {
         sd_event_source* source = nullptr;
-        check(sd_event_add_io(loop.event(), &source, descriptor, EPOLLIN, rang, this), "descriptor");
+        check(sd_event_add_io(loop.event(), &source, descriptor, events, rang, this), "descriptor");
         source_.reset(source);
         check(sd_event_source_set_enabled(source, SD_EVENT_ONESHOT), "descriptor");
     }
@@ -96,15 +99,28 @@ class SdEventLoop::DescriptorWatch : public Watch {
     static int rang(sd_event_source*, int, std::uint32_t, void* context) {
         auto* descriptor = static_cast<DescriptorWatch*>(context);
         if (descriptor == nullptr) return 0;
-        descriptor->loop_.async([weak = std::weak_ptr(descriptor->readable_)] {
-            if (const auto readable = weak.lock()) (*readable)();
+        descriptor->loop_.async([weak = std::weak_ptr(descriptor->block_)] {
+            if (const auto block = weak.lock()) (*block)();
         });
         return 0;
     }
 
     SdEventLoop& loop_;
-    std::shared_ptr<Block> readable_;
+    std::shared_ptr<Block> block_;
     EventSource source_;
+};
+
+// On a duplicate, since the kernel watches a descriptor once.
+class SdEventLoop::RoomWatch : public Watch {
+  public:
+    RoomWatch(SdEventLoop& loop, int descriptor, Block writable)
+        : duplicate_(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0)),
+          watch_(loop, duplicate_.number(), EPOLLOUT, std::move(writable)) {}
+    void rearm() override { watch_.rearm(); }
+
+  private:
+    FileDescriptor duplicate_;
+    DescriptorWatch watch_;
 };
 
 class SdEventLoop::SignalSource : public Signal {
@@ -161,7 +177,11 @@ std::unique_ptr<DelayedTask> SdEventLoop::asyncAfter(std::chrono::nanoseconds de
 }
 
 std::unique_ptr<SdEventLoop::Watch> SdEventLoop::watch(int descriptor, Block readable) {
-    return std::make_unique<DescriptorWatch>(*this, descriptor, std::move(readable));
+    return std::make_unique<DescriptorWatch>(*this, descriptor, EPOLLIN, std::move(readable));
+}
+
+std::unique_ptr<SdEventLoop::Watch> SdEventLoop::watchForRoom(int descriptor, Block writable) {
+    return std::make_unique<RoomWatch>(*this, descriptor, std::move(writable));
 }
 
 std::unique_ptr<SdEventLoop::Signal> SdEventLoop::onSignal(int number, Block block) {

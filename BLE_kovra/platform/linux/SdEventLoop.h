@@ -31,14 +31,16 @@ class SdEventLoop : public MainQueue {
     // For adapters that attach a library of their own to the loop. Their callbacks only post.
     sd_event* event() const { return event_.get(); }
 
-    // A descriptor that is watched for something to read, until it is let go of.
+    // A descriptor that is watched, until it is let go of.
     class Watch {
       public:
         virtual ~Watch() = default;
-        // Each ring is one block; the descriptor then stays silent until the block, having read, asks for the next.
+        // Each ring is one block; the descriptor then stays silent until the block asks for the next.
         virtual void rearm() = 0;
     };
     std::unique_ptr<Watch> watch(int descriptor, Block readable);
+    // For whoever found no room to write. The descriptor may be watched for something to read besides.
+    std::unique_ptr<Watch> watchForRoom(int descriptor, Block writable);
 
     // Takes the signal out of the system's hands for as long as the source lives: its block goes to the head of the
     // queue. Also a signal that the process was started to ignore, as a shell does for what it puts into the
@@ -61,6 +63,7 @@ class SdEventLoop : public MainQueue {
     class Timer;
     class Task;
     class DescriptorWatch;
+    class RoomWatch;
     class SignalSource;
 
     // Waits for something to happen unless blocks are queued, then runs the blocks queued by then.

@@ -1,6 +1,7 @@
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
@@ -75,6 +76,33 @@ TEST(SdEventLoop, LetsAWatchGoFromInsideItsOwnBlock) {
     loop.runUntil([&] { return rings > 0; });
     let(loop, 20ms);
     EXPECT_EQ(rings, 1);
+}
+
+TEST(SdEventLoop, RingsForRoomToWriteBesidesSomethingToRead) {
+    SdEventLoop loop;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const std::string piece(10'000, 'x');
+    while (::write(ends[0], piece.data(), piece.size()) > 0) {
+    }
+    int readable = 0, writable = 0;
+    const auto reading = loop.watch(ends[0], [&] { ++readable; });
+    const auto writing = loop.watchForRoom(ends[0], [&] { ++writable; });
+    let(loop, 20ms);
+    EXPECT_EQ(writable, 0);
+    std::array<char, 10'000> taken;
+    while (::read(ends[1], taken.data(), taken.size()) > 0) {
+    }
+    loop.runUntil([&] { return writable > 0; });
+    let(loop, 20ms);
+    EXPECT_EQ(writable, 1);
+    EXPECT_EQ(readable, 0);
+    EXPECT_EQ(::write(ends[1], "a", 1), 1);
+    loop.runUntil([&] { return readable > 0; });
+    writing->rearm();
+    loop.runUntil([&] { return writable > 1; });
+    ::close(ends[0]);
+    ::close(ends[1]);
 }
 
 TEST(SdEventLoop, PutsASignalBeforeWhatIsQueued) {

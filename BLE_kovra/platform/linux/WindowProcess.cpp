@@ -1,0 +1,163 @@
+#include "BLE_kovra/platform/linux/WindowProcess.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "BLE_kovra/platform/linux/ChildProcess.h"
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+#include "BLE_kovra/platform/linux/wire/LineSocket.h"
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
+
+namespace kovra {
+
+// One process, with our end of its socket.
+class WindowProcess::Running {
+  public:
+    using Block = MainQueue::Block;
+
+    // Null where the program cannot be started, or the system has nothing left for it.
+    static std::unique_ptr<Running> start(SdEventLoop& loop, const std::string& program) {
+        std::array<int, 2> ends{-1, -1};
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return nullptr;
+        const FileDescriptor theirs(ends[1]);
+        auto socket = std::make_unique<FileDescriptor>(ends[0]);
+        auto child = ChildProcess::start(program, theirs.number(), windowSocket);
+        if (!child) return nullptr;
+        return std::make_unique<Running>(loop, std::move(child), std::move(socket));
+    }
+
+    Running(SdEventLoop& loop, std::unique_ptr<ChildProcess> child, std::unique_ptr<FileDescriptor> socket)
+        : loop_(loop), child_(std::move(child)), socket_(std::move(socket)) {}
+
+    // `message`: there is something to receive, or the other end is closed. `end`: the process has ended.
+    void listen(const Block& message, const Block& end) {
+        reading_ = loop_.watch(socket_->number(), message);
+        ending_ = loop_.watch(child_->descriptor(), end);
+    }
+    std::optional<std::vector<std::string>> receive() {
+        reading_->rearm();
+        return receiveLines(socket_->number(), reader_);
+    }
+
+    void send(std::size_t kind, std::string line) {
+        outbox_.put(kind, std::move(line));
+        if (!writing_) flush();
+    }
+
+    // Closes the connection; `gone` is called once nothing is left of the process.
+    void leave(const Block& gone) {
+        reading_.reset();
+        writing_.reset();
+        socket_.reset();
+        child_->terminate();
+        ending_.reset();  // before the next, since the kernel watches a descriptor once
+        ending_ = loop_.watch(child_->descriptor(), [this, gone] {
+            if (child_->hasEnded()) gone();
+        });
+    }
+
+  private:
+    // That the other side is gone is told by its end.
+    void flush() {
+        if (outbox_.flush(socket_->number()) != Outbox::State::waiting)
+            writing_.reset();
+        else if (writing_)
+            writing_->rearm();
+        else
+            writing_ = loop_.watchForRoom(socket_->number(), [this] { flush(); });
+    }
+
+    SdEventLoop& loop_;
+    std::unique_ptr<ChildProcess> child_;
+    std::unique_ptr<FileDescriptor> socket_;
+    LineReader reader_;
+    Outbox outbox_;
+    std::unique_ptr<SdEventLoop::Watch> reading_;
+    std::unique_ptr<SdEventLoop::Watch> writing_;
+    std::unique_ptr<SdEventLoop::Watch> ending_;
+};
+
+WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program)
+    : WindowProcess(loop, std::move(program), Patience()) {}
+
+WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Patience patience)
+    : loop_(loop), program_(std::move(program)), patience_(std::move(patience)) {}
+
+WindowProcess::~WindowProcess() {
+    if (nextTry_) nextTry_->cancel();
+}
+
+void WindowProcess::show(const ToWindow& what) {
+    const bool isFirst = shown_.empty();
+    const std::string& line = shown_[what.index()] = encode(what);
+    if (running_) {
+        running_->send(what.index(), line);
+    } else if (isFirst) {
+        tries_ = 0;
+        start();
+    }
+}
+
+void WindowProcess::showNothing() {
+    shown_.clear();
+    if (nextTry_) nextTry_->cancel();
+    nextTry_.reset();
+    if (running_) letGo();
+}
+
+void WindowProcess::start() {
+    nextTry_.reset();
+    startedAt_ = Clock::now();
+    running_ = Running::start(loop_, program_());
+    if (!running_) return startAgainLater();
+    running_->listen([this] { receive(); },
+                     [this] {
+                         receive();  // what it said last
+                         if (running_) died();
+                     });
+    for (const auto& [kind, line] : shown_) running_->send(kind, line);
+}
+
+void WindowProcess::receive() {
+    const auto lines = running_->receive();
+    if (!lines) return died();
+    for (const std::string& line : *lines) {
+        const auto message = decodeToResident(line);
+        if (message && onMessage) onMessage(*message);
+    }
+}
+
+void WindowProcess::died() {
+    letGo();
+    if (Clock::now() - startedAt_ >= patience_.settled) tries_ = 0;
+    startAgainLater();
+    if (onDied) onDied();
+}
+
+void WindowProcess::startAgainLater() {
+    if (tries_ == patience_.delays.size()) return;
+    nextTry_ = loop_.asyncAfter(patience_.delays[tries_++], [this] { start(); });
+}
+
+void WindowProcess::letGo() {
+    Running* leaving = leaving_.emplace_back(std::move(running_)).get();
+    leaving->leave(
+        [this, leaving] { std::erase_if(leaving_, [&](const auto& each) { return each.get() == leaving; }); });
+}
+
+std::string windowProgram() {
+    constexpr const char* name = "ble-kovra-ui";
+    std::error_code error;
+    const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
+    const auto beside = own.parent_path() / name;
+    if (!error && ::access(beside.c_str(), X_OK) == 0) return beside;
+    return std::string(KOVRA_LIBEXEC) + '/' + name;
+}
+
+}  // namespace kovra

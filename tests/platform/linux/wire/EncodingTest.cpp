@@ -1,0 +1,200 @@
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/support/Seeds.h"
+
+namespace kovra {
+namespace {
+
+using Json = nlohmann::json;
+
+Drawing aDrawing() {
+    return {.name = "some-symbolic",
+            .size = {18, 18},
+            .strokes = {{RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2.25}}, 1.2},
+                        {Segment{.from = {3, 3}, .to = {15, 15.5}}, 1.6}}};
+}
+
+MenuItem anItem(const std::string& title) {
+    MenuItem item;
+    item.title = title;
+    return item;
+}
+
+ShowTray aTray() {
+    ShowTray tray{.image = aDrawing(), .imageIsTemplate = true, .toolTip = "BLE-kovra: стоит", .menu = {}};
+    MenuItem& toggle = tray.menu.items.emplace_back(anItem("Mute & <b>go</b>_\n\"now\""));
+    toggle.action = MenuAction{"toggle", [] {}};
+    toggle.state = MenuItemState::on;
+    MenuItem& hint = tray.menu.items.emplace_back(anItem("Подсказка"));
+    hint.isEnabled = false;
+    tray.menu.items.push_back(MenuItem::separator());
+    MenuItem& quit = tray.menu.items.emplace_back(anItem("Quit"));
+    quit.action = MenuAction{"quit", [] {}};
+    quit.keyEquivalent = "q";
+    quit.state = MenuItemState::off;
+    return tray;
+}
+
+ShowTray throughTheWire(const ShowTray& tray) {
+    const std::string line = encode(ToWindow(tray));
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
+    EXPECT_TRUE(line.ends_with('\n'));
+    const auto decoded = decodeToWindow(line);
+    EXPECT_TRUE(decoded) << line;
+    return decoded ? std::get<ShowTray>(*decoded) : ShowTray();
+}
+
+void expectSame(const MenuItem& one, const MenuItem& other) {
+    EXPECT_EQ(one.title, other.title);
+    EXPECT_EQ(one.action.has_value(), other.action.has_value());
+    if (one.action && other.action) {
+        EXPECT_EQ(one.action->name, other.action->name);
+        EXPECT_TRUE(one.action->perform);
+    }
+    EXPECT_EQ(one.keyEquivalent, other.keyEquivalent);
+    EXPECT_EQ(one.state, other.state);
+    EXPECT_EQ(one.isEnabled, other.isEnabled);
+    EXPECT_EQ(one.isSeparator, other.isSeparator);
+}
+
+TEST(Wire, BringsATrayAcrossUnchanged) {
+    const ShowTray sent = aTray();
+    const ShowTray received = throughTheWire(sent);
+    EXPECT_EQ(received.image, sent.image);
+    EXPECT_EQ(received.imageIsTemplate, sent.imageIsTemplate);
+    EXPECT_EQ(received.toolTip, sent.toolTip);
+    ASSERT_EQ(received.menu.items.size(), sent.menu.items.size());
+    for (std::size_t i = 0; i < sent.menu.items.size(); ++i) expectSame(received.menu.items[i], sent.menu.items[i]);
+}
+
+TEST(Wire, BringsATrayWithNothingInItAcross) {
+    const ShowTray received = throughTheWire(ShowTray());
+    EXPECT_FALSE(received.image);
+    EXPECT_FALSE(received.imageIsTemplate);
+    EXPECT_EQ(received.toolTip, "");
+    EXPECT_TRUE(received.menu.items.empty());
+}
+
+TEST(Wire, BringsAChoiceAcross) {
+    for (const std::size_t position : {std::size_t{0}, std::size_t{7}, ~std::size_t{0}}) {
+        const auto decoded = decodeToResident(encode(ToResident(ItemChosen{position})));
+        ASSERT_TRUE(decoded);
+        EXPECT_EQ(std::get<ItemChosen>(*decoded), ItemChosen{position});
+    }
+}
+
+TEST(Wire, PutsTheReplacementCharacterForWhatIsNoUtf8) {
+    ShowTray tray;
+    tray.toolTip =
+        "a\xFF"
+        "b\xC3";
+    EXPECT_EQ(throughTheWire(tray).toolTip,
+              "a\xEF\xBF\xBD"
+              "b\xEF\xBF\xBD");
+}
+
+TEST(Wire, PassesOverMembersThatItDoesNotKnow) {
+    EXPECT_EQ(decodeToResident(R"({"is":"itemChosen","position":3,"token":"x"})"), ToResident(ItemChosen{3}));
+}
+
+TEST(Wire, RefusesWhatIsNoMessage) {
+    for (const char* line : {"", " ", "null", "[]", "3", "\"showTray\"", "{", "{}", R"({"is":7})", R"({"is":"other"})",
+                             R"({"is":"itemChosen"})", R"({"is":"itemChosen","position":-1})",
+                             R"({"is":"itemChosen","position":1.5})", R"({"is":"itemChosen","position":"1"})",
+                             R"({"is":"itemChosen","position":1e99})", R"({"is":"itemChosen","position":1} 2)",
+                             R"({"is":"itemChosen","position":99999999999999999999})", "{\"is\":\"\xFF\"}"}) {
+        EXPECT_FALSE(decodeToResident(line)) << line;
+        EXPECT_FALSE(decodeToWindow(line)) << line;
+    }
+}
+
+TEST(Wire, TakesNoMessageOfTheOtherDirection) {
+    EXPECT_FALSE(decodeToResident(encode(ToWindow(aTray()))));
+    EXPECT_FALSE(decodeToWindow(encode(ToResident(ItemChosen{1}))));
+}
+
+// Every place of a whole message in turn holds something of another type, or nothing.
+void damageEverywhere(const Json& whole, Json& place, const Json::json_pointer& path, int& refused) {
+    for (const Json& wrong :
+         {Json(), Json(Json::object()), Json(Json::array({nullptr})), Json("x"), Json(-3), Json(1e300)}) {
+        Json damaged = whole;
+        damaged[path] = wrong;
+        const auto decoded = decodeToWindow(damaged.dump());
+        if (!decoded) ++refused;
+        if (decoded) encode(*decoded);
+    }
+    if (!place.is_structured()) return;
+    for (const auto& each : place.items()) {
+        const auto inner = place.is_array() ? path / std::stoul(each.key()) : path / each.key();
+        damageEverywhere(whole, each.value(), inner, refused);
+    }
+}
+
+TEST(Wire, SurvivesAWrongValueInAnyPlace) {
+    Json whole = Json::parse(encode(ToWindow(aTray())));
+    int refused = 0;
+    damageEverywhere(whole, whole, Json::json_pointer(), refused);
+    EXPECT_GT(refused, 100);
+}
+
+TEST(Wire, SurvivesNestingOfAnyDepth) {
+    for (const char* open : {"[", R"({"is":)", R"({"is":"showTray","menu":[)"}) {
+        std::string deep;
+        while (deep.size() < 900'000) deep += open;
+        EXPECT_FALSE(decodeToWindow(deep));
+    }
+    EXPECT_FALSE(decodeToWindow(std::string(400'000, '[') + std::string(400'000, ']')));
+}
+
+// What comes out of a damaged line is refused, or is a message like any other: it goes across again unchanged.
+TEST(Wire, SurvivesRandomDamage) {
+    for (const auto seed : fixedAndFreshSeeds(3)) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        const std::vector<std::string> lines{encode(ToWindow(aTray())), encode(ToResident(ItemChosen{5}))};
+        int refused = 0;
+        for (int round = 0; round < 5'000; ++round) {
+            std::string line = lines[random() % lines.size()];
+            for (auto damages = 1 + random() % 4; damages > 0 && !line.empty(); --damages) {
+                const std::size_t at = random() % line.size();
+                switch (random() % 4) {
+                    case 0:
+                        line[at] = static_cast<char>(random() % 256);
+                        break;
+                    case 1:
+                        line.erase(at, 1 + random() % 10);
+                        break;
+                    case 2:
+                        line.insert(at, line.substr(random() % line.size(), random() % 20));
+                        break;
+                    default:
+                        line[at] = "{}[],:\"0-e\\"[random() % 11];
+                }
+            }
+            const auto toWindow = decodeToWindow(line);
+            const auto toResident = decodeToResident(line);
+            if (!toWindow && !toResident) ++refused;
+            if (toWindow) {
+                const std::string again = encode(*toWindow);
+                const auto twice = decodeToWindow(again);
+                ASSERT_TRUE(twice) << line;
+                EXPECT_EQ(encode(*twice), again);
+            }
+            if (toResident) {
+                EXPECT_EQ(decodeToResident(encode(*toResident)), toResident);
+            }
+        }
+        EXPECT_GT(refused, 1'000);
+    }
+}
+
+}  // namespace
+}  // namespace kovra
