@@ -125,7 +125,6 @@ TESTS = (
     Room("tests/contracts", VALUES + TEST_TOOLS, with_google_test(standard)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
-    Room("tests/system", TEST_TOOLS, with_google_test(any_but_qt), with_folders=True),
 )
 
 ROOMS = (*PROGRAM, ICONS, HELPER, *TESTS)

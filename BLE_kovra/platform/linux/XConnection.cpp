@@ -1,6 +1,5 @@
 #include "BLE_kovra/platform/linux/XConnection.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -9,14 +8,6 @@ namespace kovra {
 namespace {
 
 using Event = Handle<xcb_generic_event_t, std::free>;
-
-class Held : public XConnection::Listening {
-  public:
-    explicit Held(std::shared_ptr<XConnection::Listener> listener) : listener_(std::move(listener)) {}
-
-  private:
-    std::shared_ptr<XConnection::Listener> listener_;
-};
 
 std::vector<xcb_window_t> rootsOf(xcb_connection_t* connection, int screen) {
     std::vector<xcb_window_t> roots;
@@ -60,27 +51,15 @@ void XConnection::flush() {
     });
 }
 
-std::unique_ptr<XConnection::Listening> XConnection::listen(Listener listener) {
-    std::erase_if(listeners_, [](const auto& each) { return each.expired(); });
-    auto held = std::make_shared<Listener>(std::move(listener));
-    listeners_.emplace_back(held);
-    return std::make_unique<Held>(std::move(held));
-}
-
 void XConnection::handOut() {
     if (!watch_) return;
-    while (const Event event{xcb_poll_for_event(connection_.get())}) handOut(*event);
+    while (const Event event{xcb_poll_for_event(connection_.get())}) {
+        constexpr std::uint8_t error = 0;
+        if (event->response_type != error) events_.call(*event);
+    }
     if (xcb_connection_has_error(connection_.get()) == 0) return;
     watch_.reset();
     if (onLost) onLost();
-}
-
-void XConnection::handOut(const xcb_generic_event_t& event) {
-    constexpr std::uint8_t error = 0;
-    if (event.response_type == error) return;
-    for (const auto& each : std::vector(listeners_)) {
-        if (const auto listener = each.lock()) (*listener)(event);
-    }
 }
 
 }  // namespace kovra

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/Handles.h"
+#include "BLE_kovra/platform/linux/Listeners.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 
 namespace kovra {
@@ -34,13 +36,9 @@ class XConnection {
     // Sends what was asked for, and has those events handed out that came in while a reply was waited for.
     void flush();
 
-    using Listener = std::function<void(const xcb_generic_event_t& event)>;
+    using Events = Listeners<const xcb_generic_event_t&>;
     // Hears every event for as long as the token lives.
-    class Listening {
-      public:
-        virtual ~Listening() = default;
-    };
-    [[nodiscard]] std::unique_ptr<Listening> listen(Listener listener);
+    [[nodiscard]] Events::Token listen(Events::Listener listener) { return events_.add(std::move(listener)); }
 
     // What kind of event it is, also of one that another program sent.
     static std::uint8_t kindOf(const xcb_generic_event_t& event) { return event.response_type & 0x7F; }
@@ -54,12 +52,11 @@ class XConnection {
     XConnection(SdEventLoop& loop, Connection connection, int screen);
 
     void handOut();
-    void handOut(const xcb_generic_event_t& event);
 
     SdEventLoop& loop_;
     Connection connection_;
     std::vector<xcb_window_t> roots_;
-    std::vector<std::weak_ptr<Listener>> listeners_;
+    Events events_;
     std::unique_ptr<SdEventLoop::Watch> watch_;
     std::shared_ptr<XConnection*> self_;  // for blocks that may run when this is gone
 };

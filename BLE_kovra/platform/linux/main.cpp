@@ -6,7 +6,6 @@
 
 #include <clocale>
 #include <csignal>
-#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -14,9 +13,10 @@
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
-#include "BLE_kovra/platform/HotKeyService.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "BLE_kovra/platform/StatusBar.h"
+#include "BLE_kovra/platform/linux/Desktop.h"
+#include "BLE_kovra/platform/linux/DesktopHotKeys.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
 #include "BLE_kovra/platform/linux/JournalLog.h"
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
@@ -31,12 +31,10 @@
 
 namespace {
 
-// Stands in for what a desktop without a bar or hot keys lacks.
-class BareDesktop : public kovra::StatusBar, public kovra::HotKeyService {
+// Stands in for what a desktop without a bar lacks.
+class BareDesktop : public kovra::StatusBar {
   public:
     std::unique_ptr<kovra::StatusItem> statusItem(double) override { return std::make_unique<Item>(); }
-    std::unique_ptr<Reference> installHandler(Handler) override { return nullptr; }
-    std::unique_ptr<Reference> registerHotKey(const kovra::HotKey&) override { return nullptr; }
 
   private:
     class Item : public kovra::StatusItem {
@@ -75,13 +73,6 @@ bool startedIgnoringHangUp() {
     return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-// The X server, where the session is its own. A Wayland session may start one on the side and end it at any time.
-std::unique_ptr<kovra::XConnection> connectionToX(kovra::SdEventLoop& loop) {
-    const char* wayland = std::getenv("WAYLAND_DISPLAY");
-    if (wayland != nullptr && *wayland != '\0') return nullptr;
-    return kovra::XConnection::open(loop);
-}
-
 void runApplication() {
     kovra::SdEventLoop loop;
     // Heard from here on, acted upon by the loop: who is told to end while the bus keeps it waiting still clears the
@@ -106,12 +97,14 @@ void runApplication() {
     session.onRemoved = [&] { application.terminate(); };
     session.onResumed = [&] { hid.resynchronize(); };
 
-    const auto x = connectionToX(loop);
+    const bool isOnX = kovra::currentDesktop() == kovra::Desktop::x11;
+    const auto x = isOnX ? kovra::XConnection::open(loop) : nullptr;
     if (x) x->onLost = [&] { application.terminate(); };
+    const auto hotKeys = kovra::makeHotKeyService(loop, x.get());
 
     kovra::XdgLoginService login;
     BareDesktop bare;
-    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, bare, bare, login};
+    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, bare, *hotKeys, login};
     kovra::BLE_kovraApp::main(platform);
 }
 

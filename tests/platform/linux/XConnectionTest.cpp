@@ -55,7 +55,7 @@ struct ConnectionRig {
 
 struct Heard {
     std::vector<std::uint32_t> numbers;
-    XConnection::Listener listener() {
+    XConnection::Events::Listener listener() {
         return [this](const xcb_generic_event_t& event) {
             ASSERT_EQ(XConnection::kindOf(event), XCB_CLIENT_MESSAGE);
             numbers.push_back(reinterpret_cast<const xcb_client_message_event_t&>(event).data.data32[0]);
@@ -103,8 +103,8 @@ TEST(XConnection, HandsOutWhatWasReadWhileAReplyWasWaitedFor) {
 TEST(XConnection, LetsAListenerLeaveAndAnotherComeInsideAnEvent) {
     ConnectionRig rig;
     Heard late;
-    std::unique_ptr<XConnection::Listening> listening;
-    std::unique_ptr<XConnection::Listening> lateListening;
+    XConnection::Events::Token listening;
+    XConnection::Events::Token lateListening;
     int calls = 0;
     listening = rig.connection->listen([&](const xcb_generic_event_t&) {
         ++calls;

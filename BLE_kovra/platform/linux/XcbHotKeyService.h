@@ -1,0 +1,24 @@
+#pragma once
+
+#include "BLE_kovra/platform/HotKeyService.h"
+#include "BLE_kovra/platform/linux/HotKeyHandlers.h"
+#include "BLE_kovra/platform/linux/XConnection.h"
+
+namespace kovra {
+
+// Hot keys on X: the key is taken from all windows by its place on the keyboard. Takes Control + Option + T; gives null
+// for any other.
+class XcbHotKeyService : public HotKeyService {
+  public:
+    XcbHotKeyService(SdEventLoop& loop, XConnection& connection) : loop_(loop), connection_(connection) {}
+
+    std::unique_ptr<Reference> installHandler(Handler handler) override;
+    std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override;
+
+  private:
+    SdEventLoop& loop_;
+    XConnection& connection_;
+    HotKeyHandlers handlers_;
+};
+
+}  // namespace kovra

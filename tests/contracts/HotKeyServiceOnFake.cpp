@@ -1,0 +1,25 @@
+#include "tests/contracts/HotKeyServiceContract.h"
+#include "tests/fakes/FakeHotKeys.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    HotKeyService& service() { return hotKeys_; }
+    void settle() {}
+    bool press() {
+        const bool isRegistered = !hotKeys_.registered.empty();
+        hotKeys_.press();
+        return !isRegistered;
+    }
+    void takeByAnother() { hotKeys_.takenByAnother = true; }
+
+  private:
+    FakeHotKeys hotKeys_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, HotKeyServiceContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,120 @@
+#include "BLE_kovra/system/GlobalHotkey.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/fakes/FakeHotKeys.h"
+
+namespace kovra {
+namespace {
+
+using Calls = std::vector<std::string>;
+
+struct HotkeyRig {
+    FakeHotKeys keys;
+    GlobalHotkey hotkey{keys};
+};
+
+TEST(GlobalHotkey, IsControlOptionTUnderTheProgramsOwnNumber) {
+    EXPECT_EQ(GlobalHotkey::hotKey.keyCode, 17U);
+    EXPECT_EQ(GlobalHotkey::hotKey.modifiers, 0x1800U);
+    EXPECT_EQ(GlobalHotkey::hotKey.signature, 0x54475244U);
+    EXPECT_EQ(GlobalHotkey::hotKey.number, 1U);
+    HotkeyRig rig;
+    rig.hotkey.registerHotKey();
+    EXPECT_EQ(rig.keys.registered, std::vector{GlobalHotkey::hotKey});
+}
+
+TEST(GlobalHotkey, AsksForNothingBeforeItIsRegistered) {
+    const HotkeyRig rig;
+    EXPECT_EQ(rig.keys.calls, Calls{});
+}
+
+TEST(GlobalHotkey, InstallsItsHandlerBeforeItTakesTheKey) {
+    HotkeyRig rig;
+    rig.hotkey.registerHotKey();
+    EXPECT_EQ(rig.keys.calls, (Calls{"install", "register"}));
+}
+
+TEST(GlobalHotkey, GivesTheKeyBackBeforeItRemovesItsHandler) {
+    HotkeyRig rig;
+    rig.hotkey.registerHotKey();
+    rig.hotkey.unregister();
+    EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "unregister", "remove"}));
+    EXPECT_EQ(rig.keys.press(), std::nullopt);
+}
+
+TEST(GlobalHotkey, GivesBackOnlyOnce) {
+    HotkeyRig rig;
+    rig.hotkey.unregister();
+    rig.hotkey.registerHotKey();
+    rig.hotkey.unregister();
+    rig.hotkey.unregister();
+    EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "unregister", "remove"}));
+}
+
+TEST(GlobalHotkey, RunsItsTriggerInsideEachPress) {
+    HotkeyRig rig;
+    int triggered = 0;
+    rig.hotkey.onTrigger = [&] { ++triggered; };
+    rig.hotkey.registerHotKey();
+    for (int presses = 1; presses <= 3; ++presses) {
+        EXPECT_EQ(rig.keys.press(), 0);
+        EXPECT_EQ(triggered, presses);
+    }
+}
+
+TEST(GlobalHotkey, SwallowsAPressWithoutATrigger) {
+    HotkeyRig rig;
+    rig.hotkey.registerHotKey();
+    EXPECT_EQ(rig.keys.press(), 0);
+}
+
+TEST(GlobalHotkey, RunsTheTriggerThatStandsWhenThePressComes) {
+    HotkeyRig rig;
+    std::string triggered;
+    rig.hotkey.registerHotKey();
+    rig.hotkey.onTrigger = [&] { triggered += "first "; };
+    rig.keys.press();
+    rig.hotkey.onTrigger = [&] { triggered += "second "; };
+    rig.keys.press();
+    rig.hotkey.onTrigger = nullptr;
+    EXPECT_EQ(rig.keys.press(), 0);
+    EXPECT_EQ(triggered, "first second ");
+}
+
+TEST(GlobalHotkey, LetsATriggerReplaceItself) {
+    HotkeyRig rig;
+    std::string triggered;
+    rig.hotkey.onTrigger = [&rig, &triggered] {
+        rig.hotkey.onTrigger = [&triggered] { triggered += "second "; };
+        triggered += "first ";
+    };
+    rig.hotkey.registerHotKey();
+    rig.keys.press();
+    rig.keys.press();
+    EXPECT_EQ(triggered, "first second ");
+}
+
+TEST(GlobalHotkey, GoesOnSilentlyWhenAnotherProgramHasTheKey) {
+    HotkeyRig rig;
+    rig.keys.takenByAnother = true;
+    rig.hotkey.registerHotKey();
+    EXPECT_EQ(rig.keys.press(), std::nullopt);
+    rig.hotkey.unregister();
+    EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "remove"}));
+}
+
+TEST(GlobalHotkey, TakesTheKeyAlsoWhereItsHandlerIsRefused) {
+    HotkeyRig rig;
+    rig.keys.refuses = true;
+    rig.hotkey.registerHotKey();
+    EXPECT_EQ(rig.keys.calls, (Calls{"install", "register"}));
+    rig.hotkey.unregister();
+    EXPECT_EQ(rig.keys.calls, (Calls{"install", "register"}));
+}
+
+}  // namespace
+}  // namespace kovra
