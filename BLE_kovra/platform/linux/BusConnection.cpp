@@ -23,6 +23,7 @@ int BusConnection::disconnected(sd_bus_message*, void* context, sd_bus_error*) {
         if (!self) return;
         (*self)->disconnectedSlot_.reset();
         (*self)->bus_.reset();
+        if (const auto onGone = (*self)->onGone) onGone();
     });
     return 0;
 }

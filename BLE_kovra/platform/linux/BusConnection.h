@@ -2,6 +2,9 @@
 
 #include <systemd/sd-bus.h>
 
+#include <functional>
+#include <memory>
+
 #include "BLE_kovra/platform/linux/Handles.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 
@@ -18,6 +21,9 @@ class BusConnection {
 
     // Null once the bus is gone.
     sd_bus* bus() const { return bus_.get(); }
+
+    // Called from the queue once the bus is gone. It may destroy this connection.
+    std::function<void()> onGone;
 
   private:
     static int disconnected(sd_bus_message* message, void* context, sd_bus_error* error);

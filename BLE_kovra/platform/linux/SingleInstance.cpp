@@ -27,13 +27,15 @@ int answered(sd_bus_message* reply, void* context, sd_bus_error*) {
     return 0;
 }
 
+int ignore(sd_bus_message*, void*, sd_bus_error*) { return 0; }
+
 std::uint64_t microsecondsUntil(steady_clock::time_point deadline) {
     const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - steady_clock::now()).count();
     return left > 0 ? static_cast<std::uint64_t>(left) : 0;
 }
 
-// Asks for the name without the event loop, which nothing else uses yet, and gives a bus that hangs no more than its
-// time.
+// Asks for the name without turning the event loop, which nothing else uses yet, and gives a bus that hangs no more
+// than its time.
 Answer requestName(sd_bus* bus) {
     Answer answer = Answer::none;
     sd_bus_slot* slot = nullptr;
@@ -50,13 +52,19 @@ Answer requestName(sd_bus* bus) {
 
 }  // namespace
 
-SingleInstance::SingleInstance(SdEventLoop& loop) {
-    sd_bus* opened = nullptr;
-    if (sd_bus_open_user(&opened) < 0) return;
-    BusHandle bus(opened);
-    const Answer answer = requestName(bus.get());
-    isSecond_ = answer == Answer::second;
-    if (answer == Answer::first) connection_.emplace(loop, std::move(bus));
+SingleInstance::SingleInstance(SessionBus& bus) {
+    if (bus.bus() != nullptr) {
+        const Answer answer = requestName(bus.bus());
+        isSecond_ = answer == Answer::second;
+        isAnswered_ = answer != Answer::none;
+    }
+    if (isSecond_) return;
+    listener_ = bus.listen([this](sd_bus* connected) { ask(connected); }, [this] { isAnswered_ = false; });
+}
+
+void SingleInstance::ask(sd_bus* bus) {
+    // With a handler of its own: the library's would end the connection where another holds the name.
+    if (!isAnswered_) sd_bus_request_name_async(bus, nullptr, busName, 0, ignore, nullptr);
 }
 
 }  // namespace kovra

@@ -23,6 +23,7 @@
 #include "BLE_kovra/platform/linux/LogindSession.h"
 #include "BLE_kovra/platform/linux/SdEventApplication.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/SessionBus.h"
 #include "BLE_kovra/platform/linux/SingleInstance.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
 #include "BLE_kovra/platform/linux/XConnection.h"
@@ -84,7 +85,8 @@ void runApplication() {
         signals.push_back(loop.onSignal(number, [&] { application.terminate(); }));
     }
 
-    const kovra::SingleInstance instance(loop);
+    kovra::SessionBus bus(loop);
+    const kovra::SingleInstance instance(bus);
     if (instance.isSecond()) return;
 
     kovra::JournalLog log;

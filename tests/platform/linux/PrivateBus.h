@@ -16,25 +16,7 @@ namespace kovra {
 // A message bus of the test's own, a real dbus-daemon, that the environment variable names for as long as it lives.
 class PrivateBus {
   public:
-    explicit PrivateBus(std::string variable) : variable_(std::move(variable)) {
-        std::array<int, 2> out{};
-        EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
-        posix_spawn_file_actions_t actions;
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-        std::array<char*, 5> arguments{const_cast<char*>("dbus-daemon"), const_cast<char*>("--session"),
-                                       const_cast<char*>("--nofork"), const_cast<char*>("--print-address=1"), nullptr};
-        EXPECT_EQ(::posix_spawnp(&pid_, "dbus-daemon", &actions, nullptr, arguments.data(), environ), 0);
-        ::posix_spawn_file_actions_destroy(&actions);
-        ::close(out[1]);
-        std::string address;
-        for (char c = 0; ::read(out[0], &c, 1) == 1 && c != '\n';) address += c;
-        ::close(out[0]);
-        const std::string kind = "unix:path=";
-        EXPECT_TRUE(address.starts_with(kind)) << address;
-        socket_ = address.substr(kind.size(), address.find(',') - kind.size());
-        ::setenv(variable_.c_str(), address.c_str(), 1);
-    }
+    explicit PrivateBus(std::string variable) : variable_(std::move(variable)) { start(); }
     ~PrivateBus() {
         end();
         ::unsetenv(variable_.c_str());
@@ -51,7 +33,37 @@ class PrivateBus {
         ::unlink(socket_.c_str());  // which a daemon that is killed leaves behind
     }
 
+    // Another bus comes up at the same address.
+    void restart() {
+        end();
+        start();
+    }
+
   private:
+    // At the address that it had before, if any.
+    void start() {
+        std::array<int, 2> out{};
+        EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+        const std::string again = "--address=unix:path=" + socket_;
+        std::array<const char*, 6> arguments{"dbus-daemon",       "--session", "--nofork",
+                                             "--print-address=1", nullptr,     nullptr};
+        if (!socket_.empty()) arguments[4] = again.c_str();
+        EXPECT_EQ(
+            ::posix_spawnp(&pid_, "dbus-daemon", &actions, nullptr, const_cast<char**>(arguments.data()), environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+        ::close(out[1]);
+        std::string address;
+        for (char c = 0; ::read(out[0], &c, 1) == 1 && c != '\n';) address += c;
+        ::close(out[0]);
+        const std::string kind = "unix:path=";
+        EXPECT_TRUE(address.starts_with(kind)) << address;
+        socket_ = address.substr(kind.size(), address.find(',') - kind.size());
+        ::setenv(variable_.c_str(), address.c_str(), 1);
+    }
+
     std::string variable_;
     std::string socket_;
     pid_t pid_ = 0;

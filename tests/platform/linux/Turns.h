@@ -1,0 +1,32 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+
+namespace kovra {
+
+// Turns the loop until the condition holds. Whether it came true in time.
+inline bool turnUntil(SdEventLoop& loop, const std::function<bool()>& condition,
+                      std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
+    bool isOver = false;
+    const auto task = loop.asyncAfter(atMost, [&] { isOver = true; });
+    loop.runUntil([&] { return isOver || condition(); });
+    task->cancel();
+    return condition();
+}
+
+// Lets real time pass, and counts the turns that the loop makes meanwhile.
+inline int turnsWithin(SdEventLoop& loop, std::chrono::nanoseconds duration) {
+    bool isOver = false;
+    int turns = 0;
+    loop.asyncAfter(duration, [&] { isOver = true; });
+    loop.runUntil([&] {
+        ++turns;
+        return isOver;
+    });
+    return turns;
+}
+
+}  // namespace kovra
