@@ -1,13 +1,16 @@
 #include "BLE_kovra/platform/linux/AlertSound.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <ctime>
 #include <type_traits>
 
@@ -39,18 +42,31 @@ struct Canberra {
     }
 };
 
-void playBell() {
+// Gives whether the sound was heard to its end.
+bool playEventSound() {
     Canberra canberra{};
     Canberra::Context* context = nullptr;
     Canberra::Properties* properties = nullptr;
-    if (!canberra.load() || canberra.contextCreate(&context) < 0 || canberra.propertiesCreate(&properties) < 0) return;
+    if (!canberra.load() || canberra.contextCreate(&context) < 0 || canberra.propertiesCreate(&properties) < 0)
+        return false;
     canberra.propertiesSet(properties, "event.id", "bell-window-system");
     canberra.propertiesSet(properties, "event.description", "BLE-kovra");
-    static std::atomic<bool> finished = false;
-    const auto whenFinished = [](Canberra::Context*, std::uint32_t, int, void*) { finished = true; };
-    if (canberra.contextPlay(context, 0, properties, whenFinished, nullptr) < 0) return;
+    constexpr int playing = 1;  // the library's results are zero, or negative
+    static std::atomic<int> result = playing;
+    const auto finished = [](Canberra::Context*, std::uint32_t, int how, void*) { result = how; };
+    if (canberra.contextPlay(context, 0, properties, finished, nullptr) < 0) return false;
     constexpr timespec moment{0, 20'000'000};
-    for (int waited = 0; !finished && waited < 250; ++waited) ::nanosleep(&moment, nullptr);
+    for (int waited = 0; result == playing && waited < 250; ++waited) ::nanosleep(&moment, nullptr);
+    return result >= 0;
+}
+
+void ringBell() {
+    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+    constexpr std::int8_t asLoudAsUsual = 0;
+    xcb_bell(connection, asLoudAsUsual);
+    // A server that sees us gone drops what it has not read: an answer to a later question says that it has.
+    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    xcb_disconnect(connection);
 }
 
 [[noreturn]] void runPlayer() {
@@ -60,9 +76,11 @@ void playBell() {
     std::signal(SIGPIPE, SIG_DFL);
     std::signal(SIGXFSZ, SIG_DFL);
     std::signal(SIGTTOU, SIG_DFL);
-    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+    ::close_range(STDIN_FILENO, ~0U, 0);
+    // What sound libraries have to say of a missing card is for no log of ours.
+    for (int standard = STDIN_FILENO; standard <= STDERR_FILENO; ++standard) ::open("/dev/null", O_RDWR);
     ::alarm(5);  // the default action ends the player, whatever the sound server does
-    playBell();
+    if (!playEventSound()) ringBell();
     ::_exit(0);
 }
 

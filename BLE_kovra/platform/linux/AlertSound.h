@@ -2,8 +2,9 @@
 
 namespace kovra {
 
-// Plays the desktop's bell sound in a process of its own, which ends by itself within five seconds. Returns at once;
-// leaves neither a child behind nor a library in this process. Where the desktop has no sounds, silence.
+// Plays the desktop's bell sound in a process of its own, which ends by itself within five seconds; where that fails
+// the process rings the X server's bell instead, if there is one. Returns at once; leaves neither a child behind nor a
+// library in this process.
 void playAlertSound();
 
 }  // namespace kovra
