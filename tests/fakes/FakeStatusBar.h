@@ -44,6 +44,7 @@ class FakeStatusBar : public StatusBar {
     bool keepsMenus = true;
 
     // What is seen.
+    int items = 0;  // how many are in the bar
     std::vector<double> lengths;
     std::optional<Drawing> image;
     bool imageIsTemplate = false;
@@ -54,7 +55,10 @@ class FakeStatusBar : public StatusBar {
   private:
     class Item : public StatusItem, public StatusBarButton {
       public:
-        explicit Item(FakeStatusBar& bar) : bar_(bar) {}
+        explicit Item(FakeStatusBar& bar) : bar_(bar) { ++bar_.items; }
+        Item(const Item&) = delete;
+        Item& operator=(const Item&) = delete;
+        ~Item() override { --bar_.items; }
 
         StatusBarButton* button() override { return bar_.hasButton ? this : nullptr; }
         void setMenu(Menu menu) override {

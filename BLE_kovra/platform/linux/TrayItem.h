@@ -51,6 +51,8 @@ class TrayItem : public StatusItem, private StatusBarButton {
     // For the fronts.
     void add(std::unique_ptr<TrayFront> front);
     const TrayContents& contents() const { return contents_; }
+    // As the fronts were told last.
+    const TrayContents& told() const { return told_; }
     // The user's choice, by position in the menu. From the queue the item's action is performed, if it is enabled and
     // has one. Trays flip a check mark by themselves, rightly or not: when the action and what it queued have had their
     // turn, the fronts are told the state again, also an unchanged one.

@@ -14,7 +14,6 @@
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
 #include "BLE_kovra/platform/Platform.h"
-#include "BLE_kovra/platform/StatusBar.h"
 #include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/DesktopHotKeys.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
@@ -25,25 +24,14 @@
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/SessionBus.h"
 #include "BLE_kovra/platform/linux/SingleInstance.h"
+#include "BLE_kovra/platform/linux/StatusNotifierFront.h"
+#include "BLE_kovra/platform/linux/TrayStatusBar.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
 #include "BLE_kovra/platform/linux/XConnection.h"
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
 namespace {
-
-// Stands in for what a desktop without a bar lacks.
-class BareDesktop : public kovra::StatusBar {
-  public:
-    std::unique_ptr<kovra::StatusItem> statusItem(double) override { return std::make_unique<Item>(); }
-
-  private:
-    class Item : public kovra::StatusItem {
-        kovra::StatusBarButton* button() override { return nullptr; }
-        void setMenu(kovra::Menu) override {}
-        void setState(int, kovra::MenuItemState) override {}
-    };
-};
 
 // What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
 // terminal from a job in the background. The calls report the first two and do the third.
@@ -105,8 +93,15 @@ void runApplication() {
     const auto hotKeys = kovra::makeHotKeyService(loop, x.get());
 
     kovra::XdgLoginService login;
-    BareDesktop bare;
-    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, bare, *hotKeys, login};
+
+    kovra::ActivationToken activationToken;
+    kovra::StatusNotifierWatcher watcher(bus);
+    kovra::TrayStatusBar statusBar(loop, {[&](kovra::TrayItem& item) {
+                                       return std::make_unique<kovra::StatusNotifierFront>(
+                                           item, bus, watcher, activationToken, kovra::iconsBesideProgram());
+                                   }});
+
+    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, statusBar, *hotKeys, login};
     kovra::BLE_kovraApp::main(platform);
 }
 

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/Handles.h"
+
+namespace kovra {
+
+using BusMessage = Handle<sd_bus_message, sd_bus_message_unref>;
+
+// Writes into a message, value after value. After the first failure nothing more is written; result() tells it, as the
+// negative number that a handler gives back to the library.
+class BusWriter {
+  public:
+    explicit BusWriter(sd_bus_message* message) : message_(message) {}
+
+    BusWriter& boolean(bool value);
+    BusWriter& integer(std::int32_t value);
+    BusWriter& natural(std::uint32_t value);
+    // Bytes that are no text come out as U+FFFD.
+    BusWriter& text(std::string_view value);
+    BusWriter& path(const char* value);
+    BusWriter& bytes(const std::vector<std::uint8_t>& value);
+
+    // What is written until close() is inside.
+    BusWriter& openArray(const char* of) { return open(SD_BUS_TYPE_ARRAY, of); }
+    BusWriter& openStruct(const char* of) { return open(SD_BUS_TYPE_STRUCT, of); }
+    BusWriter& openEntry(const char* of) { return open(SD_BUS_TYPE_DICT_ENTRY, of); }
+    BusWriter& openVariant(const char* of) { return open(SD_BUS_TYPE_VARIANT, of); }
+    BusWriter& close();
+
+    int result() const { return result_; }
+
+  private:
+    BusWriter& open(char kind, const char* of);
+    BusWriter& append(char type, const void* value);
+
+    sd_bus_message* message_;
+    int result_ = 0;
+};
+
+// Answers a call: `write` is given a writer for the answer. To be returned from the call's handler.
+template <typename Write>
+int answer(sd_bus_message* call, Write write) {
+    if (sd_bus_message_get_expect_reply(call) <= 0) return 1;
+    sd_bus_message* made = nullptr;
+    int result = sd_bus_message_new_method_return(call, &made);
+    const BusMessage reply(made);
+    if (result < 0) return result;
+    BusWriter writer(made);
+    write(writer);
+    result = writer.result();
+    if (result >= 0) result = sd_bus_send(nullptr, made, nullptr);
+    return result < 0 ? result : 1;
+}
+
+}  // namespace kovra

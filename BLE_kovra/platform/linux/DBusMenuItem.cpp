@@ -1,0 +1,104 @@
+#include "BLE_kovra/platform/linux/DBusMenuItem.h"
+
+#include <type_traits>
+
+namespace kovra {
+
+namespace {
+
+// In a label one underscore marks a mnemonic, two are an underscore.
+std::string escaped(std::string_view title) {
+    std::string label;
+    for (const char c : title) {
+        label += c;
+        if (c == '_') label += c;
+    }
+    return label;
+}
+
+// Letters and digits are their own names; empty for a key that has none here.
+std::string keyName(const std::string& key) {
+    if (key == ",") return "comma";
+    if (key.size() != 1) return "";
+    const char c = key.front();
+    const bool isPlain = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+    return isPlain ? key : "";
+}
+
+const char* typeOf(const DBusMenuProperty& property) {
+    constexpr const char* types[] = {"b", "i", "s", "aas"};
+    return types[property.value.index()];
+}
+
+}  // namespace
+
+DBusMenuProperties dbusMenuProperties(const MenuItem& item) {
+    if (item.isSeparator) return {{"type", std::string("separator")}};
+    DBusMenuProperties properties{{"label", escaped(item.title)}};
+    if (!item.isEnabled) properties.push_back({"enabled", false});
+    if (item.state) properties.push_back({"toggle-type", std::string("checkmark")});
+    for (const DBusMenuProperty& state : dbusMenuState(item)) properties.push_back(state);
+    if (const std::string key = keyName(item.keyEquivalent); !key.empty()) {
+        properties.push_back({"shortcut", DBusMenuShortcut{"Control", key}});
+    }
+    return properties;
+}
+
+DBusMenuProperties dbusMenuRootProperties() { return {{"children-display", std::string("submenu")}}; }
+
+const DBusMenuProperties& dbusMenuDefaults() {
+    static const DBusMenuProperties defaults{{"type", std::string("standard")},
+                                             {"label", std::string()},
+                                             {"enabled", true},
+                                             {"visible", true},
+                                             {"icon-name", std::string()},
+                                             {"toggle-type", std::string()},
+                                             {"toggle-state", std::int32_t{-1}},
+                                             {"children-display", std::string()},
+                                             {"shortcut", DBusMenuShortcut{}},
+                                             {"disposition", std::string("normal")}};
+    return defaults;
+}
+
+DBusMenuProperties dbusMenuState(const MenuItem& item) {
+    if (!item.state) return {};
+    return {{"toggle-state", std::int32_t{*item.state == MenuItemState::on ? 1 : 0}}};
+}
+
+void write(BusWriter& writer, const DBusMenuProperty& property) {
+    writer.openVariant(typeOf(property));
+    std::visit(
+        [&](const auto& value) {
+            using Value = std::decay_t<decltype(value)>;
+            if constexpr (std::is_same_v<Value, bool>) {
+                writer.boolean(value);
+            } else if constexpr (std::is_same_v<Value, std::int32_t>) {
+                writer.integer(value);
+            } else if constexpr (std::is_same_v<Value, std::string>) {
+                writer.text(value);
+            } else {
+                writer.openArray("as");
+                if (!value.empty()) {
+                    writer.openArray("s");
+                    for (const std::string& key : value) writer.text(key);
+                    writer.close();
+                }
+                writer.close();
+            }
+        },
+        property.value);
+    writer.close();
+}
+
+void write(BusWriter& writer, const DBusMenuProperties& properties, const std::set<std::string>& names) {
+    writer.openArray("{sv}");
+    for (const DBusMenuProperty& property : properties) {
+        if (!names.empty() && !names.contains(property.name)) continue;
+        writer.openEntry("sv").text(property.name);
+        write(writer, property);
+        writer.close();
+    }
+    writer.close();
+}
+
+}  // namespace kovra
