@@ -10,6 +10,7 @@
 #include <iostream>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
@@ -27,7 +28,9 @@
 #include "BLE_kovra/platform/linux/StatusNotifierFront.h"
 #include "BLE_kovra/platform/linux/TrayStatusBar.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
+#include "BLE_kovra/platform/linux/WindowProcess.h"
 #include "BLE_kovra/platform/linux/XConnection.h"
+#include "BLE_kovra/platform/linux/XEmbedTray.h"
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
@@ -96,10 +99,21 @@ void runApplication() {
 
     kovra::ActivationToken activationToken;
     kovra::StatusNotifierWatcher watcher(bus);
-    kovra::TrayStatusBar statusBar(loop, {[&](kovra::TrayItem& item) {
-                                       return std::make_unique<kovra::StatusNotifierFront>(
-                                           item, bus, watcher, activationToken, kovra::iconsBesideProgram());
-                                   }});
+    std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {
+        return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, activationToken,
+                                                            kovra::iconsBesideProgram());
+    }};
+    kovra::WindowProcess window(loop, kovra::windowProgram);
+    if (x) {
+        fronts.emplace_back([&](kovra::TrayItem& item) {
+            auto front = std::make_unique<kovra::XEmbedTray>(loop, *x, window, item);
+            const auto tellOfHost = [&watcher, tray = front.get()] { tray->setHostIsThere(watcher.hasHost()); };
+            watcher.onHostChanged = tellOfHost;
+            tellOfHost();
+            return front;
+        });
+    }
+    kovra::TrayStatusBar statusBar(loop, std::move(fronts));
 
     const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, statusBar, *hotKeys, login};
     kovra::BLE_kovraApp::main(platform);

@@ -16,7 +16,7 @@ namespace kovra {
 // An X server of the test's own without a screen, a real one, which the environment names for as long as it lives.
 class VirtualScreen {
   public:
-    VirtualScreen() {
+    explicit VirtualScreen(std::string size = "320x200x24") {
         std::array<int, 2> out{};
         EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
         posix_spawn_file_actions_t actions;
@@ -25,7 +25,7 @@ class VirtualScreen {
         ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
         std::array arguments{const_cast<char*>("Xvfb"),      const_cast<char*>("-displayfd"),
                              const_cast<char*>("1"),         const_cast<char*>("-screen"),
-                             const_cast<char*>("0"),         const_cast<char*>("320x200x24"),
+                             const_cast<char*>("0"),         size.data(),
                              const_cast<char*>("-nolisten"), const_cast<char*>("tcp"),
                              const_cast<char*>("-noreset"),  static_cast<char*>(nullptr)};
         EXPECT_EQ(::posix_spawnp(&pid_, "Xvfb", &actions, nullptr, arguments.data(), environ), 0);

@@ -14,7 +14,7 @@ using Json = nlohmann::json;
 constexpr const char* showTray = "showTray";
 constexpr const char* itemChosen = "itemChosen";
 
-std::string line(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n'; }
+std::string asLine(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n'; }
 
 // Writing.
 
@@ -174,8 +174,8 @@ bool read(const Json& object, const char* name, T& value) {
 
 // The message of a line if it is the one of this name.
 template <typename T>
-std::optional<T> decoded(std::string_view text, const char* name) {
-    const Json json = Json::parse(text, nullptr, false);
+std::optional<T> decoded(std::string_view line, const char* name) {
+    const Json json = Json::parse(line, nullptr, false);
     std::string is;
     T message;
     if (!read(json, "is", is) || is != name || !read(json, message)) return std::nullopt;
@@ -185,15 +185,15 @@ std::optional<T> decoded(std::string_view text, const char* name) {
 }  // namespace
 
 std::string encode(const ToWindow& message) {
-    return std::visit([](const auto& each) { return line(written(each)); }, message);
+    return std::visit([](const auto& each) { return asLine(written(each)); }, message);
 }
 
 std::string encode(const ToResident& message) {
-    return std::visit([](const auto& each) { return line(written(each)); }, message);
+    return std::visit([](const auto& each) { return asLine(written(each)); }, message);
 }
 
-std::optional<ToWindow> decodeToWindow(std::string_view text) { return decoded<ShowTray>(text, showTray); }
+std::optional<ToWindow> decodeToWindow(std::string_view line) { return decoded<ShowTray>(line, showTray); }
 
-std::optional<ToResident> decodeToResident(std::string_view text) { return decoded<ItemChosen>(text, itemChosen); }
+std::optional<ToResident> decodeToResident(std::string_view line) { return decoded<ItemChosen>(line, itemChosen); }
 
 }  // namespace kovra

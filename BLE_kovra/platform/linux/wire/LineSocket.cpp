@@ -15,7 +15,7 @@ constexpr int withoutWaiting = MSG_DONTWAIT | MSG_NOSIGNAL;
 }  // namespace
 
 std::optional<std::vector<std::string>> receiveLines(int socket, LineReader& reader) {
-    std::array<char, 16'384> piece;
+    std::array<char, 16'384> piece{};
     const ssize_t count = ::recv(socket, piece.data(), piece.size(), withoutWaiting);
     if (count > 0) return reader.feed({piece.data(), static_cast<std::size_t>(count)});
     if (count < 0 && (errno == EAGAIN || errno == EINTR)) return std::vector<std::string>();

@@ -1,0 +1,41 @@
+#include "BLE_kovra/platform/linux/XEmbedTray.h"
+
+#include <variant>
+
+namespace kovra {
+
+namespace {
+
+ShowTray message(const TrayContents& contents) {
+    return {contents.image, contents.imageIsTemplate, contents.toolTip, contents.menu};
+}
+
+}  // namespace
+
+XEmbedTray::XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item)
+    : window_(window), choice_(queue) {
+    window_.onMessage = [&item](const ToResident& told) { item.choose(std::get<ItemChosen>(told).position); };
+    choice_.onLookingForTrays = [this, &x](bool isWanted) {
+        watch_.reset();
+        if (!isWanted) return;
+        watch_ = std::make_unique<XEmbedTrayWatch>(x, [this](bool isThere) { choice_.setTrayIsThere(isThere); });
+    };
+    choice_.onIcon = [this, &item](bool isWanted) {
+        isShown_ = isWanted;
+        if (isWanted)
+            window_.show(message(item.contents()));
+        else
+            window_.showNothing();
+    };
+}
+
+XEmbedTray::~XEmbedTray() {
+    window_.onMessage = nullptr;
+    if (isShown_) window_.showNothing();
+}
+
+void XEmbedTray::show(const TrayContents& contents, const TrayChanges&) {
+    if (isShown_) window_.show(message(contents));
+}
+
+}  // namespace kovra

@@ -1,0 +1,84 @@
+#include "BLE_kovra/platform/linux/XEmbedTrayWatch.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "BLE_kovra/platform/linux/Handles.h"
+
+namespace kovra {
+
+namespace {
+
+xcb_intern_atom_cookie_t askForAtom(xcb_connection_t* connection, std::string_view name) {
+    return xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
+}
+
+xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t asked) {
+    const Handle<xcb_intern_atom_reply_t, std::free> reply(xcb_intern_atom_reply(connection, asked, nullptr));
+    return reply ? reply->atom : XCB_NONE;
+}
+
+// The place of our own screen in the server's list of screens.
+int screenNumber(const XConnection& x) {
+    int number = 0;
+    for (auto each = xcb_setup_roots_iterator(xcb_get_setup(x.get())); each.rem > 0; xcb_screen_next(&each), ++number) {
+        if (each.data->root == x.roots().front()) return number;
+    }
+    return 0;
+}
+
+void select(const XConnection& x, xcb_window_t window, std::uint32_t events) {
+    xcb_change_window_attributes(x.get(), window, XCB_CW_EVENT_MASK, &events);
+}
+
+}  // namespace
+
+XEmbedTrayWatch::XEmbedTrayWatch(XConnection& x, std::function<void(bool)> changed)
+    : x_(x), changed_(std::move(changed)) {
+    listening_ = x_.listen([this](const xcb_generic_event_t& event) { hear(event); });
+    const auto selection = askForAtom(x_.get(), "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber(x_)));
+    const auto announcement = askForAtom(x_.get(), "MANAGER");
+    select(x_, x_.roots().front(), XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    selection_ = atom(x_.get(), selection);
+    announcement_ = atom(x_.get(), announcement);
+    look();
+}
+
+XEmbedTrayWatch::~XEmbedTrayWatch() {
+    select(x_, x_.roots().front(), XCB_EVENT_MASK_NO_EVENT);
+    if (owner_ != XCB_NONE) select(x_, owner_, XCB_EVENT_MASK_NO_EVENT);
+    x_.flush();
+}
+
+void XEmbedTrayWatch::hear(const xcb_generic_event_t& event) {
+    if (XConnection::kindOf(event) == XCB_CLIENT_MESSAGE) {
+        const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
+        if (message.type == announcement_ && message.format == 32 && message.data.data32[1] == selection_) look();
+    } else if (XConnection::kindOf(event) == XCB_DESTROY_NOTIFY) {
+        if (reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == owner_) look();
+    }
+}
+
+void XEmbedTrayWatch::look() {
+    const xcb_window_t before = owner_;
+    // An owner that ends between the question and the selecting of its events would end unheard: so ask once more.
+    for (owner_ = askForOwner(); owner_ != XCB_NONE;) {
+        select(x_, owner_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+        const xcb_window_t now = askForOwner();
+        if (std::exchange(owner_, now) == now) break;
+    }
+    x_.flush();
+    if (owner_ != before) changed_(owner_ != XCB_NONE);
+}
+
+xcb_window_t XEmbedTrayWatch::askForOwner() const {
+    const auto asked = xcb_get_selection_owner(x_.get(), selection_);
+    const Handle<xcb_get_selection_owner_reply_t, std::free> reply(
+        xcb_get_selection_owner_reply(x_.get(), asked, nullptr));
+    return reply ? reply->owner : XCB_NONE;
+}
+
+}  // namespace kovra

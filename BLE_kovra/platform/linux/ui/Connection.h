@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QSocketNotifier>
+#include <functional>
+
+#include "BLE_kovra/platform/linux/wire/LineSocket.h"
+#include "BLE_kovra/platform/linux/wire/Messages.h"
+
+namespace kovra {
+
+// The socket to the resident program. Lines that are no message are passed over.
+class Connection {
+  public:
+    explicit Connection(int socket);
+
+    void send(const ToResident& message);
+
+    std::function<void(const ToWindow& message)> onMessage;
+    std::function<void()> onEnd;
+
+  private:
+    void receive();
+
+    int socket_;
+    LineReader reader_;
+    QSocketNotifier notifier_;
+};
+
+}  // namespace kovra

@@ -1,0 +1,47 @@
+// The window process: shows what the resident program tells it over its socket, tells it what the user did, and ends
+// with the socket.
+
+#include <fcntl.h>
+#include <sys/socket.h>
+
+#include <QApplication>
+#include <iostream>
+#include <optional>
+
+#include "BLE_kovra/platform/linux/ui/Connection.h"
+#include "BLE_kovra/platform/linux/ui/TrayIcon.h"
+
+namespace {
+
+bool isSocket(int descriptor) {
+    int type = 0;
+    socklen_t size = sizeof type;
+    return ::getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &size) == 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (!isSocket(kovra::windowSocket)) {
+        std::cerr << "ble-kovra-ui: запускается программой ble-kovra, а не вручную\n";
+        return 2;
+    }
+    ::fcntl(kovra::windowSocket, F_SETFD, FD_CLOEXEC);
+
+    QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
+    QCoreApplication::setApplicationName("BLE-kovra");
+    const QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    kovra::Connection connection(kovra::windowSocket);
+    std::optional<kovra::TrayIcon> tray;
+    connection.onEnd = [] { QCoreApplication::quit(); };
+    connection.onMessage = [&](const kovra::ToWindow& message) {
+        if (!tray) {
+            tray.emplace();
+            tray->menu().onChosen = [&](std::size_t position) { connection.send(kovra::ItemChosen{position}); };
+        }
+        tray->show(std::get<kovra::ShowTray>(message));
+    };
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,92 @@
+// The window process as a program: how it starts and ends.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <string>
+
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+#include "BLE_kovra/platform/linux/wire/LineSocket.h"
+#include "tests/support/Environment.h"
+
+namespace kovra {
+namespace {
+
+class WindowProgram : public testing::Test {
+  protected:
+    WindowProgram() { environment.set("QT_QPA_PLATFORM", "offscreen"); }
+
+    // Starts it with this descriptor in its place, or with none there, and with its error stream in `errors`.
+    void start(int socket) {
+        ASSERT_EQ(::pipe2(errors.data(), O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, errors[1], STDERR_FILENO);
+        if (socket >= 0)
+            ::posix_spawn_file_actions_adddup2(&actions, socket, windowSocket);
+        else
+            ::posix_spawn_file_actions_addclosefrom_np(&actions, windowSocket);
+        std::array<char*, 2> arguments{const_cast<char*>(KOVRA_WINDOW_PROGRAM), nullptr};
+        ASSERT_EQ(::posix_spawn(&pid, arguments[0], &actions, nullptr, arguments.data(), environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+        ::close(errors[1]);
+    }
+    // All that it wrote to the error stream, once it has closed it.
+    std::string written() const {
+        std::string text;
+        for (char c = 0; ::read(errors[0], &c, 1) == 1;) text += c;
+        ::close(errors[0]);
+        return text;
+    }
+    int exitCode() const {
+        int status = 0;
+        EXPECT_EQ(::waitpid(pid, &status, 0), pid);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    Environment environment;
+    std::array<int, 2> errors{};
+    pid_t pid = 0;
+};
+
+TEST_F(WindowProgram, IsNotStartedByHand) {
+    start(-1);
+    EXPECT_EQ(written(), "ble-kovra-ui: запускается программой ble-kovra, а не вручную\n");
+    EXPECT_EQ(exitCode(), 2);
+}
+
+TEST_F(WindowProgram, TakesNothingButASocketForOne) {
+    const int file = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    start(file);
+    ::close(file);
+    EXPECT_NE(written(), "");
+    EXPECT_EQ(exitCode(), 2);
+}
+
+TEST_F(WindowProgram, EndsWithItsSocketWhateverCameBefore) {
+    for (const std::string& said : {std::string(), std::string("nonsense\n{\"is\":\"other\"}\n\xFF\n"),
+                                    encode(ToWindow(ShowTray())), std::string(2'000'000, 'x')}) {
+        std::array<int, 2> ends{};
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        start(ends[1]);
+        ::close(ends[1]);
+        std::size_t sent = 0;
+        while (sent < said.size()) {
+            const auto count = ::send(ends[0], said.data() + sent, said.size() - sent, MSG_NOSIGNAL);
+            ASSERT_GT(count, 0);
+            sent += static_cast<std::size_t>(count);
+        }
+        ::close(ends[0]);
+        const std::string complaint = written();
+        EXPECT_EQ(exitCode(), 0) << complaint;
+    }
+}
+
+}  // namespace
+}  // namespace kovra
