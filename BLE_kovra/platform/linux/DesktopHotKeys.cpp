@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/DesktopHotKeys.h"
 
+#include "BLE_kovra/platform/linux/PortalHotKeyService.h"
 #include "BLE_kovra/platform/linux/XcbHotKeyService.h"
 
 namespace kovra {
@@ -14,8 +15,9 @@ class NoHotKeys : public HotKeyService {
 
 }  // namespace
 
-std::unique_ptr<HotKeyService> makeHotKeyService(SdEventLoop& loop, XConnection* connection) {
-    if (connection != nullptr) return std::make_unique<XcbHotKeyService>(loop, *connection);
+std::unique_ptr<HotKeyService> makeHotKeyService(Desktop desktop, XConnection* connection, SessionBus& bus) {
+    if (desktop == Desktop::wayland) return std::make_unique<PortalHotKeyService>(bus);
+    if (connection != nullptr) return std::make_unique<XcbHotKeyService>(bus.loop(), *connection);
     return std::make_unique<NoHotKeys>();
 }
 

@@ -3,12 +3,14 @@
 #include <memory>
 
 #include "BLE_kovra/platform/HotKeyService.h"
+#include "BLE_kovra/platform/linux/Desktop.h"
+#include "BLE_kovra/platform/linux/SessionBus.h"
 #include "BLE_kovra/platform/linux/XConnection.h"
 
 namespace kovra {
 
-// The hot keys of this desktop, one that refuses everything where there are none. `connection` is null where the
-// session is not X's.
-std::unique_ptr<HotKeyService> makeHotKeyService(SdEventLoop& loop, XConnection* connection);
+// The hot keys of this desktop: X's own, the portal's on Wayland, and else one that refuses everything. `connection` is
+// null where there is no X server.
+std::unique_ptr<HotKeyService> makeHotKeyService(Desktop desktop, XConnection* connection, SessionBus& bus);
 
 }  // namespace kovra

@@ -90,10 +90,10 @@ void runApplication() {
     session.onRemoved = [&] { application.terminate(); };
     session.onResumed = [&] { hid.resynchronize(); };
 
-    const bool isOnX = kovra::currentDesktop() == kovra::Desktop::x11;
-    const auto x = isOnX ? kovra::XConnection::open(loop) : nullptr;
+    const kovra::Desktop desktop = kovra::currentDesktop();
+    const auto x = desktop == kovra::Desktop::x11 ? kovra::XConnection::open(loop) : nullptr;
     if (x) x->onLost = [&] { application.terminate(); };
-    const auto hotKeys = kovra::makeHotKeyService(loop, x.get());
+    const auto hotKeys = kovra::makeHotKeyService(desktop, x.get(), bus);
 
     kovra::XdgLoginService login;
 
