@@ -22,12 +22,14 @@ def write_preferences(**choices):
 
 
 class Program:
-    def __init__(self, binary, language="en_US.UTF-8", bus=None):
+    def __init__(self, binary, language="en_US.UTF-8", bus=None, display=None):
         environment = {
             "PATH": "/usr/bin:/bin", "HOME": str(HOME), "XDG_CONFIG_HOME": str(HOME / ".config"), "LANG": language,
         }
         if bus:
             environment["DBUS_SESSION_BUS_ADDRESS"] = bus
+        if display:
+            environment["DISPLAY"] = display
         self.errors = HOME / "stderr"
         with open(self.errors, "wb") as errors:
             self._process = subprocess.Popen([binary], env=environment, cwd="/", stdin=subprocess.DEVNULL,

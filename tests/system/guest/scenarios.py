@@ -3,6 +3,7 @@
 import plugging
 import lifetime
 import adversity
+import desktop
 from running import run_all
 from world import World
 

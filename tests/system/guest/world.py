@@ -86,11 +86,11 @@ class World:
 
     # The program.
 
-    def start(self, language="en_US.UTF-8", wait=True, bus=None, **choices):
+    def start(self, language="en_US.UTF-8", wait=True, bus=None, display=None, **choices):
         """Starts the program with these choices stored; returns it once it has written its first decision."""
         program.write_preferences(**choices)
         since = now()
-        started = program.Program(self.binary, language, bus or self.session_bus())
+        started = program.Program(self.binary, language, bus or self.session_bus(), display)
         self.programs.append(started)
         if wait:
             wait_for(lambda: any(write.time >= since for write in self.flag.writes) or not started.is_running(),

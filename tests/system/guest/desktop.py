@@ -1,0 +1,95 @@
+"""Scenarios at a desktop: a screen, a keyboard, and the icon as a panel reads it."""
+
+import contextlib
+import json
+import os
+import subprocess
+
+import program
+from plugging import MADE_UP
+from running import scenario
+from waiting import check, now, wait_for
+
+ITEM = ("--dest=org.ble_kovra.BLEKovra", "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get",
+        "string:org.kde.StatusNotifierItem", "string:IconName")
+PLAIN, SLASHED = "ble-kovra-symbolic", "ble-kovra-muted-symbolic"
+
+# Keycodes of a PC keyboard's places: left Control, left Alt, T.
+CONTROL, ALT, T = 37, 64, 28
+
+
+class Screen:
+    """An X server of the scenario's own, and the fingers on its keyboard."""
+
+    def __init__(self):
+        read, write = os.pipe()
+        command = ["Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset"]
+        self._server = subprocess.Popen(command, pass_fds=[write], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(write)
+        with os.fdopen(read) as number:
+            self.name = f":{number.readline().strip()}"
+
+    def press_hot_key(self):
+        from Xlib import X, display
+        from Xlib.ext import xtest
+        with contextlib.closing(display.Display(self.name)) as keyboard:
+            for key in [CONTROL, ALT, T]:
+                xtest.fake_input(keyboard, X.KeyPress, key)
+            for key in [T, ALT, CONTROL]:
+                xtest.fake_input(keyboard, X.KeyRelease, key)
+            keyboard.sync()
+
+    def close(self):
+        self._server.terminate()
+        self._server.wait()
+
+
+def icon(world):
+    """The icon's name, as a panel asks for it; empty while there is no item."""
+    command = ["dbus-send", "--print-reply=literal", f"--bus={world.session_bus()}", *ITEM]
+    answer = subprocess.run(command, capture_output=True, text=True)
+    return answer.stdout.split()[-1] if answer.returncode == 0 else ""
+
+
+def expect_icon(world, name):
+    wait_for(lambda: icon(world) == name, f"the icon {name}")
+
+
+def saved_switch():
+    return json.loads(program.PREFERENCES.read_text(encoding="utf-8"))["isEnabled"]
+
+
+@scenario("Mouse plugged: the icon gets its slash. Hot key: off, plain, saved. Hot key again: on.")
+def hot_key_and_icon(world):
+    with contextlib.closing(Screen()) as screen:
+        world.start(selected=[MADE_UP], display=screen.name)
+        expect_icon(world, PLAIN)
+        mouse = world.plug("Kovra Mouse")
+        world.expect_on(mouse)
+        expect_icon(world, SLASHED)
+
+        pressed = now()
+        screen.press_hot_key()
+        off = world.flag.wait_write("off", pressed).time - pressed
+        expect_icon(world, PLAIN)
+        check(saved_switch() is False, "the switch was not saved as off")
+
+        pressed = now()
+        screen.press_hot_key()
+        on = world.flag.wait_write("on", pressed).time - pressed
+        expect_icon(world, SLASHED)
+        check(saved_switch() is True, "the switch was not saved as on")
+        world.expect_writes("off", "on", "off", "on")
+    return f"off {off:.2f} s and on {on:.2f} s after the key"
+
+
+@scenario("The screen goes away, as at a logout: the trackpad is given back and the program ends.")
+def end_of_the_screen(world):
+    screen = Screen()
+    with contextlib.closing(screen):
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        world.expect_on(world.plug("Kovra Mouse"))
+        since = now()
+    status = running.wait_exit()
+    check(status == 0, f"it ended with {status}: {running.last_words()}")
+    world.flag.wait_write("off", since)
