@@ -106,13 +106,15 @@ void AppDelegate::setupStatusItem() {
     statusItem_ = platform_.statusBar.statusItem(StatusBar::variableLength);
     StatusItem& item = requireStatusItem();
     if (StatusBarButton* button = item.button()) showIcon(*button, false);
-    const StatusMenuActions actions{.toggleEnabled = action(&AppDelegate::toggleEnabled),
-                                    .openSettings = action(&AppDelegate::openSettings),
-                                    .toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin),
-                                    .activateDriver = action(&AppDelegate::activateDriver),
-                                    .showAbout = action(&AppDelegate::showAbout),
-                                    .quit = action(&AppDelegate::quit)};
-    item.setMenu(makeStatusMenu(texts_, actions, checkMark(state_.isEnabled.get()), launchAtLoginState()));
+    StatusMenuActions actions;
+    actions.toggleEnabled = action(&AppDelegate::toggleEnabled);
+    actions.openSettings = action(&AppDelegate::openSettings);
+    actions.toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin);
+    actions.activateDriver = action(&AppDelegate::activateDriver);
+    actions.showAbout = action(&AppDelegate::showAbout);
+    actions.quit = action(&AppDelegate::quit);
+    Menu menu = makeStatusMenu(texts_, actions, checkMark(state_.isEnabled.get()), launchAtLoginState());
+    item.setMenu(std::move(menu));
 }
 
 void AppDelegate::refreshUI() {

@@ -19,7 +19,7 @@ void GlobalHotkey::unregister() {
     handlerRef_.reset();
 }
 
-int GlobalHotkey::pressed() {
+int GlobalHotkey::pressed() const {
     // A copy: the closure may replace itself.
     if (const auto trigger = onTrigger) trigger();
     return 0;

@@ -30,7 +30,7 @@ class GlobalHotkey {
     void unregister();
 
   private:
-    int pressed();
+    int pressed() const;
 
     HotKeyService& service_;
     std::unique_ptr<HotKeyService::Reference> hotKeyRef_;

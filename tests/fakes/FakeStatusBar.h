@@ -70,7 +70,7 @@ class FakeStatusBar : public StatusBar {
             if (MenuItem* item = bar_.menu ? bar_.menu->itemWithTag(tag) : nullptr) item->state = state;
         }
         void setImage(const Drawing& image) override {
-            bar_.calls.push_back(image.strokes.size() == 3 ? "slashed image" : "plain image");
+            bar_.calls.emplace_back(image.strokes.size() == 3 ? "slashed image" : "plain image");
             bar_.imageIsTemplate = false;
             if (bar_.makesImages) bar_.image = image;
         }

@@ -25,7 +25,7 @@ bool covers(const RoundedRectangle& rectangle, double growth, Point point) {
 }
 
 struct StrokeCovers {
-    double lineWidth;
+    double lineWidth = 0;
     Point point;
 
     bool operator()(const RoundedRectangle& rectangle) const {
@@ -54,10 +54,12 @@ bool isInked(const Drawing& drawing, Point point) {
 std::uint8_t coverage(const Drawing& drawing, int pixels, int column, int row) {
     constexpr int samples = 4;
     int inked = 0;
-    for (int i = 0; i < samples * samples; ++i) {
-        const double x = (column + (i % samples + 0.5) / samples) / pixels;
-        const double y = 1 - (row + (i / samples + 0.5) / samples) / pixels;
-        if (isInked(drawing, {x * drawing.size.width, y * drawing.size.height})) ++inked;
+    for (int down = 0; down < samples; ++down) {
+        for (int along = 0; along < samples; ++along) {
+            const double x = (column + (along + 0.5) / samples) / pixels;
+            const double y = 1 - (row + (down + 0.5) / samples) / pixels;
+            if (isInked(drawing, {x * drawing.size.width, y * drawing.size.height})) ++inked;
+        }
     }
     return static_cast<std::uint8_t>(inked * 255 / (samples * samples));
 }

@@ -45,7 +45,7 @@ class Outlines {
     std::string text() const { return text_.str(); }
 
   private:
-    void open() { text_ << "  <path class=\"ColorScheme-Text\" fill=\"currentColor\" fill-rule=\"evenodd\" d=\""; }
+    void open() { text_ << R"(  <path class="ColorScheme-Text" fill="currentColor" fill-rule="evenodd" d=")"; }
     void close() { text_ << "\"/>\n"; }
     void corner(char command, double x, double y) { text_ << command << x << ' ' << height_ - y; }
 
