@@ -12,7 +12,7 @@ import sys
 
 
 def known_tests(root):
-    """Suites, tests as Suite.Name, and the sentences of the scenarios."""
+    """Suites, tests as Suite.Name, and the sentences of the scenarios, each with the word of its kind before it."""
     suites, tests, scenarios = set(), set(), []
     for source in (root / "tests").rglob("*"):
         if source.suffix in (".cpp", ".h"):
@@ -22,8 +22,10 @@ def known_tests(root):
                 tests.add(f"{suite}.{name}")
         elif source.name == "CMakeLists.txt":
             suites.update(re.findall(r"add_test\(\s*NAME\s+(\w+)", source.read_text(encoding="utf-8")))
-        elif source.suffix == ".py" and "guest" in source.parts:
-            scenarios += re.findall(r"@scenario\(\s*\"(.*)\"", source.read_text(encoding="utf-8"))
+        elif source.suffix == ".py":
+            kind = source.relative_to(root / "tests").parts[0]
+            sentences = re.findall(r"@scenario\(\s*\"((?:[^\"\\]|\\.)*)\"", source.read_text(encoding="utf-8"))
+            scenarios += [f"{kind}: {sentence}" for sentence in sentences]
     return suites, tests, scenarios
 
 
@@ -53,8 +55,8 @@ def wrong_rows(root):
             if not (root / file).is_file():
                 yield f"no such file: {file} ({behaviour})"
         for name in named:
-            if name.startswith("system: "):
-                found = any(sentence.startswith(name[len("system: "):]) for sentence in scenarios)
+            if name.startswith(("system: ", "hosts: ")):
+                found = any(sentence.startswith(name) for sentence in scenarios)
             else:
                 found = name in tests if "." in name else name in suites
             if not found:

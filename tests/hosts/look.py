@@ -1,0 +1,114 @@
+"""What a person sees in a picture of the screen: what changed, how well it stands out, where a menu's entries are."""
+
+from PIL import Image, ImageChops
+
+# Colours that differ by less than this are one to the eye; of 255.
+NOTICEABLE = 8
+
+
+def changed(before, after):
+    """A mask, white where the two pictures differ."""
+    bands = ImageChops.difference(before, after).split()
+    strongest = ImageChops.lighter(ImageChops.lighter(bands[0], bands[1]), bands[2])
+    return strongest.point(lambda value: 255 if value > NOTICEABLE else 0)
+
+
+def widest_group(mask, gap):
+    """The box around the widest run of columns with something in them, run and run being `gap` empty columns apart."""
+    runs = _runs(_columns(mask), gap)
+    if not runs:
+        return None
+    left, right = max(runs, key=lambda run: run[1] - run[0])
+    _, top, _, bottom = mask.crop((left, 0, right, mask.height)).getbbox()
+    return left, top, right, bottom
+
+
+def menu_box(mask, least):
+    """The box around the rows in which at least `least` pixels changed: a menu is wide, an icon that lights up is not."""
+    rows = [y for y in range(mask.height) if _count(mask, y) >= least]
+    if not rows:
+        return None
+    top, bottom = rows[0], rows[-1] + 1
+    left, _, right, _ = mask.crop((0, (top + bottom) // 2, mask.width, bottom)).getbbox()
+    return left, top, right, bottom
+
+
+def text_rows(menu, scale):
+    """The rows (top, bottom) of a menu's picture in which text stands; separators and borders are none."""
+    edge = round(3 * scale)
+    inside = menu.crop((edge, edge, menu.width - edge, menu.height - edge))
+    paper = Image.new("RGB", inside.size, max(inside.getcolors(1 << 24))[1])
+    ink = ImageChops.difference(paper, inside).convert("L").point(lambda value: 255 if value > 60 else 0)
+    runs = _runs([bool(_count(ink, y)) for y in range(ink.height)], gap=round(2 * scale))
+    return [(top + edge, bottom + edge) for top, bottom in runs if bottom - top > 4 * scale]
+
+
+def is_slash(mask):
+    """Whether what changed is one straight line from the bottom left to the top right."""
+    box = mask.getbbox()
+    line = mask.crop(box)
+    width, height = line.size
+    if not 0.8 < width / height < 1.25:
+        return False
+    thick = 0.35 * width
+    points = [(x, y) for y in range(height) for x in range(width) if line.getpixel((x, y))]
+    return all(abs(x + y - (width - 1)) < thick for x, y in points) and all(_columns(line))
+
+
+def drawn(picture, box):
+    """The pixels of the box that are not the bare panel's, each as (the panel's colour, its own).
+
+    What the panel looks like there is seen in the middle of it, in the same row.
+    """
+    left, top, right, bottom = box
+    for y in range(top, bottom):
+        paper = picture.getpixel((picture.width // 2, y))
+        for colour in (picture.getpixel((x, y)) for x in range(left, right)):
+            if max(abs(one - other) for one, other in zip(paper, colour)) > NOTICEABLE:
+                yield paper, colour
+
+
+def contrast(picture, box):
+    """How much the strokes in the box stand out from the panel beneath, as the ratio of luminances (1 to 21).
+
+    A stroke is a pixel or two wide, so most of its pixels are half panel: what the eye takes for its colour is that of
+    the strongest quarter.
+    """
+    ratios = sorted(_ratio(*pair) for pair in drawn(picture, box))
+    strongest = ratios[-max(1, len(ratios) // 4):]
+    return sum(strongest) / len(strongest)
+
+
+def _ratio(one, other):
+    dark, light = sorted((_luminance(one), _luminance(other)))
+    return (light + 0.05) / (dark + 0.05)
+
+
+def _luminance(colour):
+    """Relative luminance of a colour in sRGB."""
+    linear = [value / 12.92 if value <= 0.04045 else ((value + 0.055) / 1.055) ** 2.4
+              for value in (band / 255 for band in colour)]
+    return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
+
+
+def _columns(mask):
+    turned = mask.transpose(Image.Transpose.ROTATE_90)
+    # Turned so, the last column is the first row.
+    return [bool(_count(turned, y)) for y in reversed(range(turned.height))]
+
+
+def _count(mask, y):
+    return mask.width - mask.crop((0, y, mask.width, y + 1)).histogram()[0]
+
+
+def _runs(filled, gap):
+    """The runs of true values as (start, end); those that are no more than `gap` apart are one."""
+    runs = []
+    for position, value in enumerate(filled):
+        if not value:
+            continue
+        if runs and position - runs[-1][1] <= gap:
+            runs[-1][1] = position + 1
+        else:
+            runs.append([position, position + 1])
+    return [tuple(run) for run in runs]

@@ -1,0 +1,168 @@
+"""The hosts: panels of other people's making, each alone on a desktop of its own, with a tray and nothing else in it."""
+
+from desktop import SwayDesktop, X11Desktop
+from item import WATCHER, Caller
+from waiting import check, wait_for
+
+
+class Panel:
+    name = ""
+    height = 30
+    # At which scales the host can be tried.
+    scales = (1, 2)
+    # By which ratio the icon stands out at least. Who paints symbolic icons in its own colour makes them easy to read; in
+    # others the icon is of a grey that has to do for every panel:
+    # at one pixel a point none reaches 3 on the lower edge of LXQt's light panel and on MATE's dark one alike.
+    least_contrast = 2.75
+    # Whether a left click opens the menu of an item that says that it is one. The right button does so everywhere.
+    left_opens_menu = True
+
+    def __init__(self, folder, dark=False, scale=1):
+        self.dark, self.scale = dark, scale
+        self.desktop = self._open_desktop(folder)
+        self._process = None
+
+    def start(self):
+        """Starts the panel; returns when it is a host and takes items."""
+        self.configure()
+        self._process = self.desktop.start(self.name, *self.command())
+        bus = Caller(self.desktop.bus)
+
+        def ready():
+            check(self._process.is_running(), f"{self.name} ended: {self._process.last_words()}")
+            return bus.has_owner(WATCHER) and bus.property(
+                WATCHER, "/StatusNotifierWatcher", WATCHER, "IsStatusNotifierHostRegistered")
+        wait_for(ready, f"{self.name} to be a host")
+
+    def kill(self):
+        """Without a warning, as a crash would."""
+        self._process.kill()
+        bus = Caller(self.desktop.bus)
+        wait_for(lambda: not bus.has_owner(WATCHER), "the watcher to go with its panel")
+
+    def is_running(self):
+        return self._process.is_running()
+
+    def command(self):
+        return [self.name]
+
+    def configure(self):
+        pass
+
+    def _open_desktop(self, folder):
+        return X11Desktop(folder)
+
+
+class GtkPanel(Panel):
+    def _open_desktop(self, folder):
+        return X11Desktop(folder, GDK_SCALE=str(self.scale))
+
+    def configure(self):
+        self.desktop.configure("gtk-3.0/settings.ini", f"""[Settings]
+gtk-theme-name=Adwaita
+gtk-icon-theme-name=Adwaita
+gtk-font-name=DejaVu Sans 10
+gtk-application-prefer-dark-theme={int(self.dark)}
+""")
+
+
+class XfcePanel(GtkPanel):
+    name = "xfce4-panel"
+    least_contrast = 4.5
+
+    def command(self):
+        return [self.name, "--disable-wm-check", "--sm-client-disable"]
+
+    def configure(self):
+        super().configure()
+        self.desktop.configure("xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", f"""<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array">
+    <value type="int" value="1"/>
+    <property name="dark-mode" type="bool" value="{str(self.dark).lower()}"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=6;x=0;y=0"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="size" type="uint" value="{self.height}"/>
+      <property name="plugin-ids" type="array"><value type="int" value="1"/></property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="systray"/>
+  </property>
+</channel>
+""")
+
+
+class MatePanel(GtkPanel):
+    name = "mate-panel"
+    height = 28
+    left_opens_menu = False
+
+    def configure(self):
+        super().configure()
+        self.desktop.configure("glib-2.0/settings/keyfile", f"""[org/mate/panel/general]
+toplevel-id-list=['top']
+object-id-list=['tray']
+
+[org/mate/panel/toplevels/top]
+orientation='top'
+expand=true
+size={self.height}
+
+[org/mate/panel/objects/tray]
+applet-iid='NotificationAreaAppletFactory::NotificationArea'
+object-type='applet'
+toplevel-id='top'
+position=0
+panel-right-stick=true
+""")
+
+
+class LxqtPanel(Panel):
+    name = "lxqt-panel"
+    height = 32
+    scales = (1, 1.5, 2)
+    left_opens_menu = False
+
+    def _open_desktop(self, folder):
+        return X11Desktop(folder, QT_SCALE_FACTOR=str(self.scale))
+
+    def configure(self):
+        self.desktop.configure("lxqt/lxqt.conf", f"[General]\ntheme={'dark' if self.dark else 'light'}\n"
+                                                 "icon_theme=Adwaita\n")
+        self.desktop.configure("lxqt/panel.conf", f"""panels=panel1
+
+[panel1]
+plugins=statusnotifier
+position=Top
+desktop=0
+panelSize={self.height}
+iconSize=22
+
+[statusnotifier]
+type=statusnotifier
+alignment=Right
+""")
+
+
+class Waybar(Panel):
+    name = "waybar"
+    scales = (1, 1.5, 2)
+
+    def _open_desktop(self, folder):
+        return SwayDesktop(folder, self.scale)
+
+    def configure(self):
+        self.desktop.configure("waybar/config", f"""{{"layer": "top", "position": "top",
+ "height": {self.height}, "modules-right": ["tray"], "tray": {{"icon-size": 22, "spacing": 8}}}}
+""")
+        paper, ink = ("#202020", "#ffffff") if self.dark else ("#f0f0f0", "#000000")
+        self.desktop.configure("waybar/style.css", f"""* {{ font-family: "DejaVu Sans"; font-size: 13px; }}
+window#waybar {{ background: {paper}; color: {ink}; }}
+""")
+
+
+PANELS = [XfcePanel, LxqtPanel, MatePanel, Waybar]

@@ -1,0 +1,143 @@
+#!/usr/bin/python3
+"""Takes the pictures of docs/pictures: the icon and the menu as real panels show them."""
+
+import argparse
+import contextlib
+import pathlib
+import shutil
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.append(str(ROOT / "tests/system/guest"))
+
+import secluded
+from PIL import Image, ImageDraw, ImageFont
+
+FONT = ImageFont.truetype("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", 13)
+PAPER, INK, GAP = (255, 255, 255), (40, 40, 40), 12
+LANGUAGES = {"en_GB": "English", "ru_RU": "Русский", "uk_UA": "Українська", "fr_FR": "Français", "de_DE": "Deutsch",
+             "es_ES": "Español"}
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("binary", nargs="?", default=ROOT / "build/release/ble-kovra", help="the program to show")
+    parser.add_argument("--into", type=pathlib.Path, default=ROOT / "docs/pictures", help="the folder for the pictures")
+    arguments = parser.parse_args()
+    binary, into = pathlib.Path(arguments.binary).resolve(), arguments.into.resolve()
+    into.mkdir(parents=True, exist_ok=True)
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-pictures-"))
+    folder.chmod(0o755)
+    secluded.seclude()
+    secluded.adopt_orphans()
+    import panels
+    try:
+        save(sheet(icons(panels.PANELS, binary, folder)), into / "icon.png")
+        save(sheet(menus(panels, binary, folder)), into / "menu.png")
+    finally:
+        secluded.end_descendants()
+        shutil.rmtree(folder)
+
+
+def icons(all_panels, binary, folder):
+    """A row for each host: both states on a light and a dark panel, at one and at two pixels a point."""
+    for panel in all_panels:
+        row = []
+        for scale in (1, 2):
+            for dark in (False, True):
+                with running(panel, binary, folder, dark, scale) as world:
+                    states = []
+                    for muted in (False, True):
+                        world.prepare()
+                        world.start(muted=muted)
+                        states.append(around(world.screen.picture(), world.icon, panel.height * scale))
+                    row.append((f"{panel.name}, {'dark' if dark else 'light'}, {scale}x", beside(states, 0)))
+        yield row
+
+
+def menus(panels, binary, folder):
+    """The six languages in one panel, then the other panels."""
+    with running(panels.XfcePanel, binary, folder) as world:
+        told = []
+        for locale, name in LANGUAGES.items():
+            world.prepare()
+            world.start(muted=True, locale=locale)
+            told.append((name, open_menu(world)))
+        yield told[:3]
+        yield told[3:]
+    others = []
+    for panel, dark in ((panels.XfcePanel, True), (panels.LxqtPanel, False), (panels.LxqtPanel, True),
+                        (panels.MatePanel, True), (panels.Waybar, False)):
+        with running(panel, binary, folder, dark) as world:
+            world.start(muted=True)
+            others.append((f"{panel.name}, {'dark' if dark else 'light'}", open_menu(world)))
+    yield others[:3]
+    yield others[3:]
+
+
+@contextlib.contextmanager
+def running(panel, binary, folder, dark=False, scale=1):
+    from world import World
+    world = World(panel, binary, folder, dark, scale)
+    try:
+        world.start_panel()
+        yield world
+    finally:
+        world.end_program()
+        world.close()
+
+
+def open_menu(world):
+    menu = world.open_menu()
+    left, top, right, bottom = menu.box
+    # With the panel above, in which the icon stands.
+    taken = menu.picture.crop((max(0, min(left, world.icon[0]) - 8), 0,
+                               min(world.screen.size[0], max(right, world.icon[2]) + 8), bottom + 8))
+    world.dismiss_menu()
+    world.no_menu()
+    return taken
+
+
+def around(picture, box, height):
+    """This much of the picture, as high as a panel, with the box in its middle."""
+    middle = (box[0] + box[2]) // 2
+    half = min(middle, picture.width - middle, height)
+    return picture.crop((middle - half, 0, middle + half, height))
+
+
+def beside(pictures, gap):
+    whole = Image.new("RGB", (sum(one.width for one in pictures) + gap * (len(pictures) - 1),
+                              max(one.height for one in pictures)), PAPER)
+    left = 0
+    for one in pictures:
+        whole.paste(one, (left, 0))
+        left += one.width + gap
+    return whole
+
+
+def sheet(rows):
+    """All pictures on one, each below its title; columns as wide as their widest."""
+    rows = [list(row) for row in rows]
+    cells = [[max(round(FONT.getlength(title)), one.width) for title, one in row] for row in rows]
+    widths = [max(row[column] for row in cells if column < len(row)) for column in range(max(map(len, cells)))]
+    heights = [max(one.height for _, one in row) + 20 for row in rows]
+    whole = Image.new("RGB", (sum(widths) + GAP * (len(widths) + 1), sum(heights) + GAP * (len(heights) + 1)), PAPER)
+    draw = ImageDraw.Draw(whole)
+    top = GAP
+    for row, height in zip(rows, heights):
+        left = GAP
+        for (title, one), width in zip(row, widths):
+            draw.text((left, top), title, INK, FONT)
+            whole.paste(one, (left, top + 20))
+            left += width + GAP
+        top += height + GAP
+    return whole
+
+
+def save(picture, file):
+    picture.quantize(128, dither=Image.Dither.NONE).save(file, optimize=True)
+    print(f"pictures: {file.name}, {file.stat().st_size // 1024} KiB", flush=True)
+
+
+main()

@@ -1,0 +1,107 @@
+#!/usr/bin/python3
+"""The tests on hosts: the whole program in the trays of real panels, driven as a person and as a host would."""
+
+import argparse
+import pathlib
+import shutil
+import signal
+import sys
+import tempfile
+import traceback
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.append(str(ROOT / "tests/system/guest"))
+
+import secluded
+from waiting import Failed, now
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("binary", nargs="?", default=ROOT / "build/release/ble-kovra", help="the program to test")
+    parser.add_argument("--only", action="append", default=[], metavar="NAME",
+                        help="run this scenario, or this host's, or HOST/SCENARIO; may be repeated")
+    parser.add_argument("--keep", action="store_true", help="keep the folders of the desktops, also when all went well")
+    arguments = parser.parse_args()
+    binary = pathlib.Path(arguments.binary).resolve()
+    if not binary.is_file():
+        print(f"hosts: there is no program at {binary}", file=sys.stderr)
+        return 1
+    tally = Tally(pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-")))
+    secluded.adopt_orphans()
+    try:
+        secluded.seclude()
+        # Only now, for the libraries that they load are not there on every machine.
+        import panels
+        import scenarios
+        for panel in panels.PANELS:
+            run_on(panel, binary, scenarios.SCENARIOS, arguments.only, tally)
+    except (secluded.NotSecluded, ImportError) as failure:
+        tally.fail("the hosts", "", str(failure))
+    except KeyboardInterrupt:
+        tally.fail("the hosts", "", "interrupted")
+    finally:
+        secluded.end_descendants()
+    return tally.close(arguments.keep)
+
+
+def run_on(panel, binary, scenarios, only, tally):
+    """All scenarios on one host. They share a desktop until one fails."""
+    from world import World
+    world = None
+    for name, (sentence, only_on, function) in scenarios.items():
+        full = f"{panel.name}/{name}"
+        if only_on not in (None, panel.name) or only and not {name, panel.name, full} & set(only):
+            continue
+        start = now()
+        try:
+            if world is None:
+                world = World(panel, binary, tally.folder)
+                world.start_panel()
+            world.prepare()
+            measured = function(world)
+            tally.ok(full, sentence, measured, now() - start)
+        except Failed as failure:
+            world = tally.fail(full, sentence, str(failure), world)
+        except Exception:
+            world = tally.fail(full, sentence, traceback.format_exc(), world)
+    if world:
+        world.end_program()
+        world.close()
+
+
+class Tally:
+    def __init__(self, folder):
+        self.folder = folder
+        # A display may belong to somebody else.
+        self.folder.chmod(0o755)
+        self._passed = self._failed = 0
+
+    def ok(self, name, sentence, measured, seconds):
+        self._passed += 1
+        told = f" [{measured}]" if measured else ""
+        print(f"ok      {name}: {sentence}{told} ({seconds:.1f} s)", flush=True)
+
+    def fail(self, name, sentence, reason, world=None):
+        """Leaves behind what the screen showed and what the processes said; the desktop is not used again."""
+        self._failed += 1
+        print(f"FAILED  {name}: {sentence}\n        {reason}", flush=True)
+        if world:
+            print(f"        seen: {world.leave_behind(name.replace('/', '-'))}", flush=True)
+            world.close()
+
+    def close(self, keep):
+        if self._passed + self._failed == 0:
+            self.fail("the hosts", "", "nothing ran")
+        if self._failed or keep:
+            print(f"hosts: the desktops' files are in {self.folder}", flush=True)
+        else:
+            shutil.rmtree(self.folder)
+        print(f"hosts: {self._passed} passed, {self._failed} failed", flush=True)
+        return 1 if self._failed else 0
+
+
+if __name__ == "__main__":
+    # As at an interrupt, so that nothing is left behind.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    sys.exit(main())

@@ -1,0 +1,178 @@
+"""What the program promises to a person in front of a panel, each promise on every host."""
+
+import look
+from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
+from waiting import check, now, stay_until
+from world import World
+
+SCENARIOS = {}
+
+def scenario(sentence, only_on=None):
+    """Makes a function a scenario, on all hosts or on one. The sentence says what the program promises."""
+    def add(function):
+        SCENARIOS[function.__name__] = (sentence, only_on, function)
+        return function
+    return add
+
+
+@scenario("The item registers at the panel's watcher, and its icon stands in the panel.")
+def found(world):
+    world.start()
+    wanted = {"Id": "ble-kovra", "Title": "BLE-kovra", "Status": "Active", "Category": "Hardware", "ItemIsMenu": True}
+    for which, value in wanted.items():
+        check(world.item.property(which) == value, f"{which} is {world.item.property(which)!r}")
+    left, top, right, bottom = world.icon
+    shape = (right - left) / (bottom - top)
+    check(1.1 < shape < 1.5, f"the icon is {right - left} wide and {bottom - top} high")
+
+
+@scenario("The menu says the same to every way of asking, with its check marks, its shortcuts and the hint disabled.")
+def read_over_the_bus(world):
+    world.start(muted=True)
+    entries = world.item.entries()
+    check([entry.title for entry in entries] == TITLES[ENGLISH], f"the titles are {[entry.title for entry in entries]}")
+    check([entry.checked for entry in entries] == [True, None, None, False, None, None, None, None],
+          f"checked are {[entry.checked for entry in entries]}")
+    enabled = [entry.properties.get("enabled", True) for entry in entries]
+    check(enabled == [position != HINT for position in range(8)], f"enabled are {enabled}")
+    shortcuts = {position: entry.properties["shortcut"] for position, entry in enumerate(entries)
+                 if "shortcut" in entry.properties}
+    check(shortcuts == {SETTINGS: [["Control", "comma"]], QUIT: [["Control", "q"]]}, f"the shortcuts are {shortcuts}")
+    again = world.item.properties_of_entries([entry.number for entry in entries])
+    check(again == {entry.number: entry.properties for entry in entries}, f"asked by number they are {again}")
+
+
+@scenario("The menu speaks each of the six languages.", only_on="xfce4-panel")
+def six_languages(world):
+    for locale, titles in TITLES.items():
+        world.prepare()
+        world.start(locale=locale)
+        told = [entry.title for entry in world.item.entries()]
+        check(told == titles, f"in {locale} the titles are {told}")
+        menu = world.open_menu()
+        check(len(menu.rows) == 7, f"in {locale} the open menu shows {len(menu.rows)} titles")
+        world.dismiss_menu()
+
+
+@scenario("Each entry does its own, and no other does harm, when the host says that it was chosen.")
+def chosen_over_the_bus(world):
+    _try_each_entry(world, lambda position: world.item.choose(position))
+
+
+@scenario("Each entry does its own, and no other does harm, when it is chosen with the mouse.")
+def chosen_with_the_mouse(world):
+    _try_each_entry(world, world.choose)
+
+
+@scenario("The menu opens at the mouse button, or buttons, by which this host opens it, and shows what is checked.")
+def opened_with_the_mouse(world):
+    world.start(muted=False)
+    buttons = (1, 3) if world.panel.left_opens_menu else (3,)
+    for button in buttons:
+        unchecked = world.open_menu(button)
+        check(len(unchecked.rows) == 7, f"button {button}: the open menu shows {len(unchecked.rows)} titles")
+        world.dismiss_menu()
+        world.item.choose(MUTE)
+        world.expect_switch(True)
+        world.no_menu()
+        checked = world.open_menu(button)
+        world.dismiss_menu()
+        for position in (MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, QUIT):
+            same = checked.row(position).tobytes() == unchecked.row(position).tobytes()
+            check(same == (position != MUTE), f"button {button}: row {position} {'did not change' if same else 'changed'}")
+        world.item.choose(MUTE)
+        world.expect_switch(False)
+        world.no_menu()
+    if not world.panel.left_opens_menu:
+        world.click_icon_in_vain(1)
+    return "the menu at " + " and ".join({1: "left", 3: "right"}[button] for button in buttons)
+
+
+@scenario("The slash comes into the icon with the muting and goes with it.")
+def slash(world):
+    world.start(muted=False)
+    plain = world.settled(lambda picture: True, "a still picture")
+    for _ in range(2):
+        world.item.choose(MUTE)
+        muted = world.settled(lambda now: look.changed(plain, now).getbbox(), "the icon to change")
+        check(look.is_slash(look.changed(plain, muted)), "what came into the icon is no slash")
+        world.item.choose(MUTE)
+        world.settled(lambda now: not look.changed(plain, now).getbbox(), "the plain icon to return")
+
+
+@scenario("After the panel was killed and started again the item is back, as it was.")
+def panel_restarted(world):
+    # Not the panel of the other scenarios, which frames an icon that was clicked.
+    world.panel.kill()
+    world.panel.start()
+    world.start(muted=True)
+    before = world.icon_picture()
+    world.panel.kill()
+    world.panel.start()
+    world.find_item()
+    check(world.icon_picture().tobytes() == before.tobytes(), "the icon came back as another one")
+    world.choose(MUTE)
+    world.expect_switch(False)
+
+
+@scenario("The item appears in a panel that comes ten seconds after the program.", only_on="xfce4-panel")
+def late_panel(world):
+    world.panel.kill()
+    world.start_program(muted=True)
+    stay_until(now() + 10)
+    world.panel.start()
+    world.find_item()
+    world.choose(MUTE)
+    world.expect_switch(False)
+
+
+@scenario("The icon can be read on a light and on a dark panel, at every scale.")
+def legible(world):
+    told = []
+    for dark in (False, True):
+        for scale in world.panel.scales:
+            fresh = World(type(world.panel), world.binary, world.desktop.folder, dark, scale)
+            try:
+                fresh.start_panel()
+                fresh.start(muted=True)
+                ratio = fresh.legibility()
+                told.append(f"{'dark' if dark else 'light'} {scale}x {ratio:.1f}")
+                check(ratio >= world.panel.least_contrast, f"contrasts: {', '.join(told)}")
+                width = (fresh.icon[2] - fresh.icon[0]) / scale
+                check(12 <= width <= 24, f"at {scale}x the icon is {width:.1f} points wide")
+            finally:
+                fresh.end_program()
+                fresh.close()
+    return "contrasts: " + ", ".join(told)
+
+
+def _try_each_entry(world, choose):
+    world.start(muted=True)
+    choose(MUTE)
+    world.expect_switch(False)
+    world.no_menu()
+    choose(MUTE)
+    world.expect_switch(True)
+    world.no_menu()
+    choose(HINT)
+    world.dismiss_menu()
+    world.no_menu()
+    _expect_unharmed(world)
+    # Each of these may open a window, which is another test's business.
+    for position in (LAUNCH_AT_LOGIN, SETTINGS, ACTIVATE, ABOUT):
+        world.prepare()
+        world.start(muted=True)
+        choose(position)
+        _expect_unharmed(world)
+    world.prepare()
+    world.start(muted=True)
+    choose(QUIT)
+    world.expect_quit()
+    world.no_icon()
+
+
+def _expect_unharmed(world):
+    """Still there, muted as before, and answering."""
+    world.item.entries()
+    world.expect_switch(True)
+    check(world.program.is_running(), f"the program ended: {world.program.last_words()}")

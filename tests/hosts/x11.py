@@ -1,0 +1,42 @@
+"""The X display as a person has it: pictures of the screen, and a mouse."""
+
+from PIL import Image
+from Xlib import X, display
+from Xlib.ext import xtest
+
+
+class X11Screen:
+    def __init__(self, name):
+        self._display = display.Display(name)
+        self._root = self._display.screen().root
+        self.size = (self._root.get_geometry().width, self._root.get_geometry().height)
+        # Neither a light nor a dark panel looks like this.
+        self._root.change_attributes(background_pixel=0x607080)
+        self._root.clear_area()
+        self._display.sync()
+
+    def picture(self):
+        """The whole screen, without the pointer."""
+        width, height = self.size
+        data = self._root.get_image(0, 0, width, height, X.ZPixmap, 0xFFFFFFFF).data
+        return Image.frombytes("RGB", self.size, data, "raw", "BGRX")
+
+    def point(self, x, y):
+        xtest.fake_input(self._display, X.MotionNotify, x=int(x), y=int(y))
+        self._display.sync()
+
+    def click(self, x, y, button=1):
+        """1: left, 3: right."""
+        self.point(x, y)
+        for event in (X.ButtonPress, X.ButtonRelease):
+            xtest.fake_input(self._display, event, button)
+        self._display.sync()
+
+    def press_escape(self):
+        code = self._display.keysym_to_keycode(0xFF1B)
+        for event in (X.KeyPress, X.KeyRelease):
+            xtest.fake_input(self._display, event, code)
+        self._display.sync()
+
+    def close(self):
+        self._display.close()
