@@ -25,10 +25,10 @@ class Onlooker {
     };
     using Pixels = std::vector<std::uint32_t>;  // 0xRRGGBB, row by row
 
-    Onlooker() : connection_(xcb_connect(nullptr, nullptr)) {
-        root_ = xcb_setup_roots_iterator(xcb_get_setup(x())).data->root;
-        title_ = atom("_NET_WM_NAME");
-    }
+    Onlooker()
+        : connection_(xcb_connect(nullptr, nullptr)),
+          root_(xcb_setup_roots_iterator(xcb_get_setup(x())).data->root),
+          title_(atom("_NET_WM_NAME")) {}
 
     // The window of this title that is to be seen, wherever it is embedded.
     std::optional<Place> window(std::string_view title) { return find(root_, title); }
@@ -106,8 +106,8 @@ class Onlooker {
     }
 
     Handle<xcb_connection_t, xcb_disconnect> connection_;
-    xcb_window_t root_ = 0;
-    xcb_atom_t title_ = XCB_NONE;
+    xcb_window_t root_;
+    xcb_atom_t title_;
 };
 
 }  // namespace kovra

@@ -90,7 +90,7 @@ TEST(SdEventLoop, RingsForRoomToWriteBesidesSomethingToRead) {
     const auto writing = loop.watchForRoom(ends[0], [&] { ++writable; });
     let(loop, 20ms);
     EXPECT_EQ(writable, 0);
-    std::array<char, 10'000> taken;
+    std::array<char, 10'000> taken{};
     while (::read(ends[1], taken.data(), taken.size()) > 0) {
     }
     loop.runUntil([&] { return writable > 0; });

@@ -166,6 +166,14 @@ TEST_F(XEmbedTrayTest, ShowsTheIconAndTheSlash) {
     EXPECT_NE(slashed, plain);
 }
 
+TEST_F(XEmbedTrayTest, NamesTheIconForScreenReadersByItsToolTip) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    item.button()->setToolTip("Another");
+    waitUntil([&] { return onlooker.window("Another") && !icon(); });
+}
+
 TEST_F(XEmbedTrayTest, ShowsTheIconInATrayThatComesLate) {
     patience.advance(XEmbedTrayChoice::grace);
     let(100ms);

@@ -8,7 +8,7 @@ Connection::Connection(int socket) : socket_(socket), notifier_(socket, QSocketN
     QObject::connect(&notifier_, &QSocketNotifier::activated, [this] { receive(); });
 }
 
-void Connection::send(const ToResident& message) { sendLine(socket_, encode(message)); }
+void Connection::send(const ToResident& message) const { sendLine(socket_, encode(message)); }
 
 void Connection::receive() {
     const auto lines = receiveLines(socket_, reader_);

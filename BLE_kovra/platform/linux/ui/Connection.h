@@ -13,7 +13,7 @@ class Connection {
   public:
     explicit Connection(int socket);
 
-    void send(const ToResident& message);
+    void send(const ToResident& message) const;
 
     std::function<void(const ToWindow& message)> onMessage;
     std::function<void()> onEnd;

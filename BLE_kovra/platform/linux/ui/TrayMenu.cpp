@@ -18,7 +18,7 @@ QString literal(const std::string& title) {
 QKeySequence shortcut(const std::string& keyEquivalent) {
     const QString key = QString::fromStdString(keyEquivalent);
     if (key.size() != 1) return {};
-    return QKeySequence(QKeyCombination(Qt::ControlModifier, static_cast<Qt::Key>(key[0].toUpper().unicode())));
+    return {QKeyCombination(Qt::ControlModifier, static_cast<Qt::Key>(key[0].toUpper().unicode()))};
 }
 
 }  // namespace
