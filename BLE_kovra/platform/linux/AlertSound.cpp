@@ -10,9 +10,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <cstdlib>
 #include <ctime>
 #include <type_traits>
+
+#include "BLE_kovra/platform/linux/Handles.h"
 
 namespace kovra {
 
@@ -61,12 +62,12 @@ bool playEventSound() {
 }
 
 void ringBell() {
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+    const Handle<xcb_connection_t, xcb_disconnect> connection(xcb_connect(nullptr, nullptr));
     constexpr std::int8_t asLoudAsUsual = 0;
-    xcb_bell(connection, asLoudAsUsual);
+    xcb_bell(connection.get(), asLoudAsUsual);
     // A server that sees us gone drops what it has not read: an answer to a later question says that it has.
-    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-    xcb_disconnect(connection);
+    const Allocated<xcb_get_input_focus_reply_t> answer{
+        xcb_get_input_focus_reply(connection.get(), xcb_get_input_focus(connection.get()), nullptr)};
 }
 
 [[noreturn]] void runPlayer() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <memory>
 
 namespace kovra {
@@ -15,5 +16,13 @@ struct Release {
 
 template <typename T, auto release>
 using Handle = std::unique_ptr<T, Release<release>>;
+
+struct FreeMemory {
+    void operator()(void* memory) const { std::free(memory); }  // NOLINT(cppcoreguidelines-no-malloc)
+};
+
+// Owns what a C library has allocated for its caller to free.
+template <typename T>
+using Allocated = std::unique_ptr<T, FreeMemory>;
 
 }  // namespace kovra

@@ -7,7 +7,7 @@ namespace kovra {
 
 namespace {
 
-using Event = Handle<xcb_generic_event_t, std::free>;
+using Event = Allocated<xcb_generic_event_t>;
 
 std::vector<xcb_window_t> rootsOf(xcb_connection_t* connection, int screen) {
     std::vector<xcb_window_t> roots;

@@ -10,7 +10,7 @@ namespace kovra {
 
 namespace {
 
-using Error = Handle<xcb_generic_error_t, std::free>;
+using Error = Allocated<xcb_generic_error_t>;
 
 }  // namespace
 
@@ -93,7 +93,7 @@ void XKeyGrab::followTheMap() {
     const auto keys = xcb_query_keymap(x);
     States states = statesFor(modifiers.read());
     // A new map may swallow a release.
-    const Handle<xcb_query_keymap_reply_t, std::free> down{xcb_query_keymap_reply(x, keys, nullptr)};
+    const Allocated<xcb_query_keymap_reply_t> down{xcb_query_keymap_reply(x, keys, nullptr)};
     isDown_ = isDown_ && down && (down->keys[key_ / 8] >> (key_ % 8) & 1) != 0;
     if (states != grabbed_) {
         release();

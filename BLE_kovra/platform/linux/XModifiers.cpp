@@ -16,7 +16,7 @@ constexpr xcb_keysym_t symbolAltLeft = 0xFFE9;
 constexpr xcb_keysym_t symbolAltRight = 0xFFEA;
 
 template <typename Reply>
-using Answer = Handle<Reply, std::free>;
+using Answer = Allocated<Reply>;
 
 void note(XModifiers& modifiers, std::span<const xcb_keysym_t> symbols, std::uint16_t bit) {
     for (const xcb_keysym_t symbol : symbols) {
@@ -47,9 +47,9 @@ XModifierQuestion::XModifierQuestion(xcb_connection_t* connection) : connection_
 
 XModifiers XModifierQuestion::read() const {
     XModifiers modifiers;
-    const Answer<xcb_get_modifier_mapping_reply_t> keys{
+    const Allocated<xcb_get_modifier_mapping_reply_t> keys{
         xcb_get_modifier_mapping_reply(connection_, keysOfModifiers_, nullptr)};
-    const Answer<xcb_get_keyboard_mapping_reply_t> symbols{
+    const Allocated<xcb_get_keyboard_mapping_reply_t> symbols{
         xcb_get_keyboard_mapping_reply(connection_, symbolsOfKeys_, nullptr)};
     if (!keys || !symbols) return modifiers;
 

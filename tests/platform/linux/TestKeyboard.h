@@ -59,14 +59,14 @@ class TestKeyboard {
     // The keys go down in their order, and up in the opposite one.
     void chord(const Keys& keys) {
         for (const xcb_keycode_t each : keys) down(each);
-        for (auto each = keys.rbegin(); each != keys.rend(); ++each) up(*each);
+        for (const xcb_keycode_t each : Keys(keys.rbegin(), keys.rend())) up(each);
     }
 
     // The presses of T that the window got since the last call, each with the state of the modifiers.
     std::vector<std::uint16_t> pressesInTheWindow() {
         waitForServer();
         std::vector<std::uint16_t> states;
-        while (const Handle<xcb_generic_event_t, std::free> event{xcb_poll_for_event(connection_.get())}) {
+        while (const Allocated<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
             if (event->response_type != XCB_KEY_PRESS) continue;
             const auto& press = reinterpret_cast<const xcb_key_press_event_t&>(*event);
             if (press.detail == key::t) states.push_back(press.state);
@@ -88,7 +88,7 @@ class TestKeyboard {
     }
     // The symbol that the layout puts on T's key.
     xcb_keysym_t symbolOfT() {
-        const Handle<xcb_get_keyboard_mapping_reply_t, std::free> reply{xcb_get_keyboard_mapping_reply(
+        const Allocated<xcb_get_keyboard_mapping_reply_t> reply{xcb_get_keyboard_mapping_reply(
             connection_.get(), xcb_get_keyboard_mapping(connection_.get(), key::t, 1), nullptr)};
         return reply ? xcb_get_keyboard_mapping_keysyms(reply.get())[0] : 0;
     }
@@ -96,7 +96,7 @@ class TestKeyboard {
     void setModifiers(const std::array<xcb_keycode_t, 5>& keys) {
         std::array<xcb_keycode_t, 8> all{key::shift, key::capsLock, key::control};
         std::copy(keys.begin(), keys.end(), all.begin() + 3);
-        const Handle<xcb_set_modifier_mapping_reply_t, std::free> reply{xcb_set_modifier_mapping_reply(
+        const Allocated<xcb_set_modifier_mapping_reply_t> reply{xcb_set_modifier_mapping_reply(
             connection_.get(), xcb_set_modifier_mapping(connection_.get(), 1, all.data()), nullptr)};
         ASSERT_TRUE(reply);
         ASSERT_EQ(reply->status, XCB_MAPPING_STATUS_SUCCESS);
@@ -114,7 +114,7 @@ class TestKeyboard {
 
     // From here on the server has seen everything done so far, and sent what follows from it.
     void waitForServer() {
-        const Handle<xcb_get_input_focus_reply_t, std::free> reply{
+        const Allocated<xcb_get_input_focus_reply_t> reply{
             xcb_get_input_focus_reply(connection_.get(), xcb_get_input_focus(connection_.get()), nullptr)};
         ASSERT_TRUE(reply);
         ASSERT_EQ(reply->focus, window_);

@@ -38,7 +38,8 @@ struct ConnectionRig {
     }
     // Has the server answer everything asked so far; the answer, and what came before it, is then read.
     void waitForReply() {
-        std::free(xcb_get_input_focus_reply(connection->get(), xcb_get_input_focus(connection->get()), nullptr));
+        const Allocated<xcb_get_input_focus_reply_t> answer{
+            xcb_get_input_focus_reply(connection->get(), xcb_get_input_focus(connection->get()), nullptr)};
     }
 
   private:

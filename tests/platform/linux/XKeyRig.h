@@ -20,7 +20,8 @@ struct XKeyRig {
     // it, and run all that this queued.
     void turn() {
         for (int round = 0; round < 3; ++round) {
-            std::free(xcb_get_input_focus_reply(connection->get(), xcb_get_input_focus(connection->get()), nullptr));
+            const Allocated<xcb_get_input_focus_reply_t> answer{
+                xcb_get_input_focus_reply(connection->get(), xcb_get_input_focus(connection->get()), nullptr)};
             connection->flush();
             bool done = false;
             loop.async([&] { done = true; });

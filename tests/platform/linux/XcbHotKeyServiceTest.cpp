@@ -67,7 +67,7 @@ class XcbHotKeyLayout : public testing::TestWithParam<Layout> {};
 
 TEST_P(XcbHotKeyLayout, IsByPositionWhateverTheLocks) {
     HotKeyRig rig;
-    rig.keyboard.setMap(GetParam().arguments);
+    TestKeyboard::setMap(GetParam().arguments);
     rig.keyboard.tap(key::a);
     ASSERT_EQ(rig.keyboard.symbolOfT(), GetParam().symbol);
     EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
@@ -94,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Layouts, XcbHotKeyLayout,
 
 TEST(XcbHotKey, WorksWithTheSecondLayoutSwitchedOn) {
     HotKeyRig rig;
-    rig.keyboard.setMap({"-layout", "us,ru", "-option", "", "-option", "grp:menu_toggle"});
+    TestKeyboard::setMap({"-layout", "us,ru", "-option", "", "-option", "grp:menu_toggle"});
     rig.keyboard.tap(key::menu);
     rig.keyboard.tap(key::t);
     const auto state = rig.keyboard.pressesInTheWindow();
@@ -110,7 +110,7 @@ TEST(XcbHotKey, StaysWhenTheLayoutChanges) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     for (const char* layout : {"ru", "fr", "us"}) {
-        rig.keyboard.setMap({"-layout", layout});
+        TestKeyboard::setMap({"-layout", layout});
         EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed") << layout;
     }
 }
@@ -186,7 +186,7 @@ TEST(XcbHotKey, CountsAKeyThatIsHeldWhileTheLayoutChangesAsOnePress) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.down(each);
-    rig.keyboard.setMap({"-layout", "ru"});
+    TestKeyboard::setMap({"-layout", "ru"});
     rig.turn();
     EXPECT_EQ(rig.pressed, 1);
     for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.up(each);
