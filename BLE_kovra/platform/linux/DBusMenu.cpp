@@ -27,7 +27,7 @@ DBusMenu::DBusMenu(const Menu& menu, std::function<void(std::size_t)> choose)
 
 void DBusMenu::exportOn(sd_bus* bus) {
     sd_bus_slot* slot = nullptr;
-    sd_bus_add_object_vtable(bus, &slot, path, interface, vtable, this);
+    sd_bus_add_object_vtable(bus, &slot, path, interface, vtable.data(), this);
     slot_.reset(slot);
     bus_ = bus;
 }
@@ -210,7 +210,7 @@ int DBusMenu::property(sd_bus*, const char*, const char*, const char* name, sd_b
     return writer.result();
 }
 
-const sd_bus_vtable DBusMenu::vtable[] = {
+const std::array<sd_bus_vtable, 16> DBusMenu::vtable = {{
     SD_BUS_VTABLE_START(0),
     SD_BUS_PROPERTY("Version", "u", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("TextDirection", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
@@ -238,6 +238,6 @@ const sd_bus_vtable DBusMenu::vtable[] = {
     SD_BUS_SIGNAL_WITH_ARGS("LayoutUpdated", SD_BUS_ARGS("u", revision, "i", parent), 0),
     SD_BUS_SIGNAL_WITH_ARGS("ItemActivationRequested", SD_BUS_ARGS("i", id, "u", timestamp), 0),
     SD_BUS_VTABLE_END,
-};
+}};
 
 }  // namespace kovra

@@ -2,6 +2,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -36,7 +37,7 @@ class DBusMenu {
     void tellStates(const std::vector<std::size_t>& positions);
 
   private:
-    static const sd_bus_vtable vtable[];
+    static const std::array<sd_bus_vtable, 16> vtable;
     template <int (DBusMenu::*handle)(sd_bus_message*, sd_bus_error*)>
     static int method(sd_bus_message* call, void* context, sd_bus_error* error);
     static int property(sd_bus* bus, const char* path, const char* interface, const char* name, sd_bus_message* reply,

@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/DBusMenuItem.h"
 
+#include <array>
 #include <type_traits>
 
 namespace kovra {
@@ -26,8 +27,8 @@ std::string keyName(const std::string& key) {
 }
 
 const char* typeOf(const DBusMenuProperty& property) {
-    constexpr const char* types[] = {"b", "i", "s", "aas"};
-    return types[property.value.index()];
+    constexpr std::array types{"b", "i", "s", "aas"};
+    return types.at(property.value.index());
 }
 
 }  // namespace

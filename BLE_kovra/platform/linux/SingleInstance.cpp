@@ -62,7 +62,7 @@ SingleInstance::SingleInstance(SessionBus& bus) {
     listener_ = bus.listen([this](sd_bus* connected) { ask(connected); }, [this] { isAnswered_ = false; });
 }
 
-void SingleInstance::ask(sd_bus* bus) {
+void SingleInstance::ask(sd_bus* bus) const {
     // With a handler of its own: the library's would end the connection where another holds the name.
     if (!isAnswered_) sd_bus_request_name_async(bus, nullptr, busName, 0, ignore, nullptr);
 }

@@ -19,7 +19,7 @@ class SingleInstance {
     bool isSecond() const { return isSecond_; }
 
   private:
-    void ask(sd_bus* bus);
+    void ask(sd_bus* bus) const;
 
     bool isSecond_ = false;
     bool isAnswered_ = false;  // on this connection

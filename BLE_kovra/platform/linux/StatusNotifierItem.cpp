@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view title = "BLE-kovra";
 
 // Panels take the next larger one and scale it down; 22 is what most show, 48 twice that with some to spare.
-constexpr int pixmapSizes[] = {22, 32, 48};
+constexpr std::array pixmapSizes{22, 32, 48};
 
 // A tool tip is read as markup.
 std::string escaped(std::string_view text) {
@@ -45,7 +45,7 @@ StatusNotifierItem::StatusNotifierItem(const TrayContents& contents, ActivationT
 
 void StatusNotifierItem::exportOn(sd_bus* bus) {
     sd_bus_slot* slot = nullptr;
-    sd_bus_add_object_vtable(bus, &slot, path, interface, vtable, this);
+    sd_bus_add_object_vtable(bus, &slot, path, interface, vtable.data(), this);
     slot_.reset(slot);
     bus_ = bus;
 }
@@ -115,7 +115,7 @@ int StatusNotifierItem::provideToken(sd_bus_message* call, void* context, sd_bus
     return sd_bus_reply_method_return(call, "");
 }
 
-const sd_bus_vtable StatusNotifierItem::vtable[] = {
+const std::array<sd_bus_vtable, 28> StatusNotifierItem::vtable = {{
     SD_BUS_VTABLE_START(0),
     SD_BUS_PROPERTY("Category", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Id", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
@@ -148,7 +148,7 @@ const sd_bus_vtable StatusNotifierItem::vtable[] = {
     SD_BUS_SIGNAL("NewToolTip", "", 0),
     SD_BUS_SIGNAL_WITH_ARGS("NewStatus", SD_BUS_ARGS("s", status), 0),
     SD_BUS_VTABLE_END,
-};
+}};
 
 std::string iconsBesideProgram() {
     std::error_code error;

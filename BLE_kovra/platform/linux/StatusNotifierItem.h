@@ -2,7 +2,9 @@
 
 #include <systemd/sd-bus.h>
 
+#include <array>
 #include <string>
+#include <string_view>
 
 #include "BLE_kovra/platform/linux/ActivationToken.h"
 #include "BLE_kovra/platform/linux/BusConnection.h"
@@ -30,7 +32,7 @@ class StatusNotifierItem {
     void tell(const TrayChanges& changes);
 
   private:
-    static const sd_bus_vtable vtable[];
+    static const std::array<sd_bus_vtable, 28> vtable;
     static int property(sd_bus* bus, const char* path, const char* interface, const char* name, sd_bus_message* reply,
                         void* context, sd_bus_error* error);
     static int nothing(sd_bus_message* call, void* context, sd_bus_error* error);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -26,7 +27,7 @@ class Panel {
         EXPECT_GE(sd_bus_open_user(&bus), 0);
         bus_.reset(bus);
         EXPECT_GE(sd_bus_attach_event(bus, loop.event(), SD_EVENT_PRIORITY_NORMAL), 0);
-        EXPECT_GE(sd_bus_add_object_vtable(bus, nullptr, path, name, vtable, this), 0);
+        EXPECT_GE(sd_bus_add_object_vtable(bus, nullptr, path, name, vtable.data(), this), 0);
         for (const char* interface : {"org.kde.StatusNotifierItem", "com.canonical.dbusmenu"}) {
             const std::string match = "type='signal',interface='" + std::string(interface) + "'";
             EXPECT_GE(sd_bus_add_match(bus, nullptr, match.c_str(), heard, this), 0);
@@ -137,7 +138,7 @@ class Panel {
             error == nullptr ? textOf(reply) : "error " + std::string(error->name);
         return 0;
     }
-    static const sd_bus_vtable vtable[4];
+    static const std::array<sd_bus_vtable, 4> vtable;
 
     SdEventLoop& loop_;
     bool hasHost_;
@@ -145,11 +146,11 @@ class Panel {
     std::string signals_;
 };
 
-inline const sd_bus_vtable Panel::vtable[4] = {
+inline const std::array<sd_bus_vtable, 4> Panel::vtable = {{
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD("RegisterStatusNotifierItem", "s", "", registerItem, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_PROPERTY("IsStatusNotifierHostRegistered", "b", isHostRegistered, 0, 0),
     SD_BUS_VTABLE_END,
-};
+}};
 
 }  // namespace kovra

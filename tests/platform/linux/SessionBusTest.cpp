@@ -132,7 +132,9 @@ TEST(SessionBus, IsLookedForBelowTheRuntimeFolderWhereTheEnvironmentNamesNone) {
     const std::filesystem::path odd = folder / "a folder,=%";
     std::filesystem::create_directory(odd);
     PrivateBus daemon(sessionBus);
-    const std::string address = std::getenv(sessionBus);
+    const char* named = std::getenv(sessionBus);
+    ASSERT_NE(named, nullptr);
+    const std::string address = named;
     const std::string socket = address.substr(address.find('=') + 1, address.find(',') - address.find('=') - 1);
     std::filesystem::create_symlink(socket, odd / "bus");
     Environment environment;

@@ -22,7 +22,6 @@ class SilentBus {
         const std::string name = "kovra-test-silent-bus-" + std::to_string(::getpid());
         std::memcpy(address.sun_path + 1, name.data(), name.size());
         const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
-        listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         EXPECT_EQ(::bind(listener_, reinterpret_cast<const sockaddr*>(&address), length), 0);
         EXPECT_EQ(::listen(listener_, 1), 0);
         ::setenv(variable_.c_str(), ("unix:abstract=" + name).c_str(), 1);
@@ -36,7 +35,7 @@ class SilentBus {
 
   private:
     std::string variable_;
-    int listener_ = -1;
+    int listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
 }  // namespace kovra
