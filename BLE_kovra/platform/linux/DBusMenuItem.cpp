@@ -3,6 +3,8 @@
 #include <array>
 #include <type_traits>
 
+#include "BLE_kovra/platform/linux/XdgDesktop.h"
+
 namespace kovra {
 
 namespace {
@@ -17,9 +19,10 @@ std::string escaped(std::string_view title) {
     return label;
 }
 
-// Letters and digits are their own names; empty for a key that has none here.
+// A panel reads the name of a key with its toolkit: those made with GTK by X's names, those made with Qt by what stands
+// on the key. For letters and digits that is the same; empty for a key that has no name here.
 std::string keyName(const std::string& key) {
-    if (key == ",") return "comma";
+    if (key == ",") return anyOf(desktopNames(), {"KDE", "LXQt"}) ? "," : "comma";
     if (key.size() != 1) return "";
     const char c = key.front();
     const bool isPlain = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');

@@ -12,7 +12,7 @@
 
 namespace kovra {
 
-// The keys of a shortcut: modifiers, then the key by its name among X's keys.
+// The keys of a shortcut: modifiers, then the key by the name that the desktop's panels know.
 using DBusMenuShortcut = std::vector<std::string>;
 
 // A property of a menu item as com.canonical.dbusmenu has it.

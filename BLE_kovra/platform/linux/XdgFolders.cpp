@@ -4,7 +4,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <string_view>
+
+#include "BLE_kovra/platform/linux/XdgDesktop.h"
 
 namespace kovra {
 
@@ -30,14 +31,9 @@ std::string userConfigFolder() {
 }
 
 std::vector<std::string> systemConfigFolders() {
-    std::vector<std::string> folders;
     const char* value = std::getenv("XDG_CONFIG_DIRS");
-    for (std::string_view left = value == nullptr ? "" : value; !left.empty();) {
-        const auto end = left.find(':');
-        const std::string_view folder = left.substr(0, end);
-        if (folder.starts_with('/')) folders.emplace_back(folder);
-        left.remove_prefix(end == std::string_view::npos ? left.size() : end + 1);
-    }
+    std::vector<std::string> folders = splitAtColons(value == nullptr ? "" : value);
+    std::erase_if(folders, [](const std::string& folder) { return !folder.starts_with('/'); });
     if (folders.empty()) folders.emplace_back("/etc/xdg");
     return folders;
 }

@@ -25,6 +25,7 @@ std::string withoutRevision(const std::string& layout) { return layout.substr(la
 
 struct MenuRig : StatusNotifierRig {
     MenuRig() { showInPanel(); }
+    explicit MenuRig(const std::string& desktop) : StatusNotifierRig(desktop) { showInPanel(); }
 
     std::string layout(std::int32_t parent = 0, std::int32_t depth = -1, const std::vector<std::string>& names = {}) {
         const std::string layout = panel->layout(parent, depth, names);
@@ -226,6 +227,17 @@ TEST(DBusMenu, NamesOnlyKeysThatHaveANameInEveryToolkit) {
     rig.settle();
     EXPECT_EQ(rig.properties({}, {"shortcut"}),
               R"([(0 []) (6 ["shortcut":[["Control" "7"]]]) (7 []) (8 []) (9 []) (10 [])])");
+}
+
+TEST(DBusMenu, NamesTheCommaAsTheDesktopsPanelsReadIt) {
+    for (const char* desktop : {"", "GNOME", "ubuntu:GNOME", "XFCE", "MATE", "sway"}) {
+        MenuRig rig(desktop);
+        EXPECT_EQ(rig.property(3, "shortcut"), R"([["Control" "comma"]])") << desktop;
+    }
+    for (const char* desktop : {"KDE", "LXQt", "My:KDE"}) {
+        MenuRig rig(desktop);
+        EXPECT_EQ(rig.property(3, "shortcut"), R"([["Control" ","]])") << desktop;
+    }
 }
 
 TEST(DBusMenu, ShowsBytesThatAreNoTextAsSuch) {

@@ -11,11 +11,16 @@
 #include "BLE_kovra/platform/linux/TrayStatusBar.h"
 #include "tests/platform/linux/Panel.h"
 #include "tests/platform/linux/PrivateBus.h"
+#include "tests/support/Environment.h"
 
 namespace kovra {
 
 // A desktop with a session bus of its own, and a status item on it; its panel comes when the test says so.
 struct StatusNotifierRig {
+    StatusNotifierRig() : StatusNotifierRig("XFCE") {}
+    explicit StatusNotifierRig(const std::string& desktop) { environment.set("XDG_CURRENT_DESKTOP", desktop); }
+
+    Environment environment;
     PrivateBus daemon{"DBUS_SESSION_BUS_ADDRESS"};
     SdEventLoop loop;
     SessionBus bus{loop};
