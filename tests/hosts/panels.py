@@ -8,6 +8,7 @@ from waiting import check, wait_for
 class Panel:
     name = ""
     height = 30
+    takes_items = True
     # At which scales the host can be tried.
     scales = (1, 2)
     # By which ratio the icon stands out at least. Who paints symbolic icons in its own colour makes them easy to read; in
@@ -26,22 +27,23 @@ class Panel:
         """Starts the panel; returns when it is a host and takes items."""
         self.configure()
         self._process = self.desktop.start(self.name, *self.command())
-        bus = Caller(self.desktop.bus)
 
         def ready():
             check(self._process.is_running(), f"{self.name} ended: {self._process.last_words()}")
-            return bus.has_owner(WATCHER) and bus.property(
-                WATCHER, "/StatusNotifierWatcher", WATCHER, "IsStatusNotifierHostRegistered")
+            return self.is_ready()
         wait_for(ready, f"{self.name} to be a host")
 
     def kill(self):
         """Without a warning, as a crash would."""
         self._process.kill()
-        bus = Caller(self.desktop.bus)
-        wait_for(lambda: not bus.has_owner(WATCHER), "the watcher to go with its panel")
+        wait_for(lambda: not self.is_there(), "the host to be gone with its panel")
 
-    def is_running(self):
-        return self._process.is_running()
+    def is_there(self):
+        return Caller(self.desktop.bus).has_owner(WATCHER)
+
+    def is_ready(self):
+        return self.is_there() and Caller(self.desktop.bus).property(
+            WATCHER, "/StatusNotifierWatcher", WATCHER, "IsStatusNotifierHostRegistered")
 
     def command(self):
         return [self.name]
@@ -165,4 +167,20 @@ window#waybar {{ background: {paper}; color: {ink}; }}
 """)
 
 
-PANELS = [XfcePanel, LxqtPanel, MatePanel, Waybar]
+class Trayer(Panel):
+    """No host of items: a tray that embeds windows, in which a program without one puts its icon."""
+
+    name = "trayer"
+    takes_items = False
+
+    def command(self):
+        return [self.name, "--edge", "top", "--widthtype", "percent", "--width", "100", "--expand", "false",
+                "--heighttype", "pixel", "--height", self.height, "--SetDockType", "true"]
+
+    def is_there(self):
+        return self.desktop.screen.has_tray()
+
+    is_ready = is_there
+
+
+PANELS = [XfcePanel, LxqtPanel, MatePanel, Waybar, Trayer]

@@ -32,8 +32,9 @@ def main():
     secluded.seclude()
     secluded.adopt_orphans()
     import panels
+    items = [panel for panel in panels.PANELS if panel.takes_items]
     try:
-        save(sheet(icons(panels.PANELS, binary, folder)), into / "icon.png")
+        save(sheet(icons(items, binary, folder)), into / "icon.png")
         save(sheet(menus(panels, binary, folder)), into / "menu.png")
     finally:
         secluded.end_descendants()
@@ -68,7 +69,7 @@ def menus(panels, binary, folder):
         yield told[3:]
     others = []
     for panel, dark in ((panels.XfcePanel, True), (panels.LxqtPanel, False), (panels.LxqtPanel, True),
-                        (panels.MatePanel, True), (panels.Waybar, False)):
+                        (panels.MatePanel, True), (panels.Waybar, False), (panels.Trayer, False)):
         with running(panel, binary, folder, dark) as world:
             world.start(muted=True)
             others.append((f"{panel.name}, {'dark' if dark else 'light'}", open_menu(world)))

@@ -51,7 +51,7 @@ def run_on(panel, binary, scenarios, only, tally):
     world = None
     for name, (sentence, only_on, function) in scenarios.items():
         full = f"{panel.name}/{name}"
-        if only_on not in (None, panel.name) or only and not {name, panel.name, full} & set(only):
+        if panel.name != only_on and (only_on or not panel.takes_items) or only and not {name, panel.name, full} & set(only):
             continue
         start = now()
         try:

@@ -2,13 +2,13 @@
 
 import look
 from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
-from waiting import check, now, stay_until
+from waiting import check, now, stay_until, wait_for
 from world import World
 
 SCENARIOS = {}
 
 def scenario(sentence, only_on=None):
-    """Makes a function a scenario, on all hosts or on one. The sentence says what the program promises."""
+    """Makes a function a scenario, on all hosts of items or on one host. The sentence says what the program promises."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, only_on, function)
         return function
@@ -100,6 +100,26 @@ def slash(world):
         world.settled(lambda now: not look.changed(plain, now).getbbox(), "the plain icon to return")
 
 
+@scenario("\"Launch at login\" is checked as the desktop's entry says, also after a choice that the host marks by itself.")
+def launch_at_login(world):
+    world.start()
+    unchecked = _glance(world)
+    world.prepare()
+    world.autostart.parent.mkdir(parents=True, exist_ok=True)
+    world.autostart.write_text("[Desktop Entry]\nType=Application\nName=BLE-kovra\nExec=/bin/true\n")
+    world.start()
+    check(world.item.checked(LAUNCH_AT_LOGIN), "with the entry there is no check mark")
+    checked = _glance(world)
+    check(checked.row(LAUNCH_AT_LOGIN).tobytes() != unchecked.row(LAUNCH_AT_LOGIN).tobytes(), "the check mark is not seen")
+    for _ in range(2):
+        world.choose(LAUNCH_AT_LOGIN)
+        world.no_menu()
+        wait_for(lambda: world.item.checked(LAUNCH_AT_LOGIN) == world.autostart.exists(), "the mark to agree with the entry")
+        row = _glance(world).row(LAUNCH_AT_LOGIN).tobytes()
+        wanted = checked if world.autostart.exists() else unchecked
+        check(row == wanted.row(LAUNCH_AT_LOGIN).tobytes(), "the menu does not show what the entry says")
+
+
 @scenario("After the panel was killed and started again the item is back, as it was.")
 def panel_restarted(world):
     # Not the panel of the other scenarios, which frames an icon that was clicked.
@@ -144,6 +164,44 @@ def legible(world):
                 fresh.end_program()
                 fresh.close()
     return "contrasts: " + ", ".join(told)
+
+
+@scenario("In a tray that embeds windows the icon appears where no panel takes items, and does the same.",
+          only_on="trayer")
+def embedded(world):
+    world.start(muted=False)
+    plain = world.settled(lambda picture: True, "a still picture")
+    for button in (1, 3):
+        unchecked = _glance(world, button)
+        world.choose(MUTE, button)
+        world.expect_switch(True)
+        muted = world.settled(lambda now: look.changed(plain, now).getbbox(), "the icon to change")
+        check(look.is_slash(look.changed(plain, muted)), "what came into the icon is no slash")
+        checked = _glance(world, button)
+        check(checked.row(MUTE).tobytes() != unchecked.row(MUTE).tobytes(), "the open menu shows no check mark")
+        world.choose(MUTE, button)
+        world.expect_switch(False)
+        world.settled(lambda now: not look.changed(plain, now).getbbox(), "the plain icon to return")
+    world.panel.kill()
+    world.panel.start()
+    world.find_item()
+    world.choose(HINT)
+    world.dismiss_menu()
+    world.no_menu()
+    world.expect_switch(False)
+    world.choose(MUTE)
+    world.expect_switch(True)
+    world.choose(QUIT)
+    world.expect_quit()
+    world.no_icon()
+
+
+def _glance(world, button=3):
+    """The menu, opened and dismissed again."""
+    menu = world.open_menu(button)
+    world.dismiss_menu()
+    world.no_menu()
+    return menu
 
 
 def _try_each_entry(world, choose):

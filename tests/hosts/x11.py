@@ -32,11 +32,10 @@ class X11Screen:
             xtest.fake_input(self._display, event, button)
         self._display.sync()
 
-    def press_escape(self):
-        code = self._display.keysym_to_keycode(0xFF1B)
-        for event in (X.KeyPress, X.KeyRelease):
-            xtest.fake_input(self._display, event, code)
-        self._display.sync()
+    def has_tray(self):
+        """Whether somebody embeds the windows of icons."""
+        selection = self._display.intern_atom("_NET_SYSTEM_TRAY_S0")
+        return self._display.get_selection_owner(selection) != X.NONE
 
     def close(self):
         self._display.close()
