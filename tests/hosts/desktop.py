@@ -138,9 +138,9 @@ class X11Desktop(Desktop):
 
 
 class SwayDesktop(Desktop):
-    def __init__(self, folder, scale):
+    def __init__(self, folder, scale, **environment):
         self._scale = scale
-        super().__init__(folder)
+        super().__init__(folder, **environment)
 
     def _open_display(self):
         self.configure("sway/config", f"xwayland disable\noutput HEADLESS-1 resolution 1280x800 scale {self._scale}\n")

@@ -7,6 +7,9 @@ from waiting import check, wait_for
 
 class Panel:
     name = ""
+    # What a session with this panel calls itself, and by which name such panels know the key of Ctrl+comma.
+    session = ""
+    comma = "comma"
     height = 30
     takes_items = True
     # At which scales the host can be tried.
@@ -52,12 +55,12 @@ class Panel:
         pass
 
     def _open_desktop(self, folder):
-        return X11Desktop(folder)
+        return X11Desktop(folder, XDG_CURRENT_DESKTOP=self.session)
 
 
 class GtkPanel(Panel):
     def _open_desktop(self, folder):
-        return X11Desktop(folder, GDK_SCALE=str(self.scale))
+        return X11Desktop(folder, XDG_CURRENT_DESKTOP=self.session, GDK_SCALE=str(self.scale))
 
     def configure(self):
         self.desktop.configure("gtk-3.0/settings.ini", f"""[Settings]
@@ -70,6 +73,7 @@ gtk-application-prefer-dark-theme={int(self.dark)}
 
 class XfcePanel(GtkPanel):
     name = "xfce4-panel"
+    session = "XFCE"
     least_contrast = 4.5
 
     def command(self):
@@ -100,6 +104,7 @@ class XfcePanel(GtkPanel):
 
 class MatePanel(GtkPanel):
     name = "mate-panel"
+    session = "MATE"
     height = 28
     left_opens_menu = False
 
@@ -125,12 +130,14 @@ panel-right-stick=true
 
 class LxqtPanel(Panel):
     name = "lxqt-panel"
+    session = "LXQt"
+    comma = ","
     height = 32
     scales = (1, 1.5, 2)
     left_opens_menu = False
 
     def _open_desktop(self, folder):
-        return X11Desktop(folder, QT_SCALE_FACTOR=str(self.scale))
+        return X11Desktop(folder, XDG_CURRENT_DESKTOP=self.session, QT_SCALE_FACTOR=str(self.scale))
 
     def configure(self):
         self.desktop.configure("lxqt/lxqt.conf", f"[General]\ntheme={'dark' if self.dark else 'light'}\n"
@@ -152,10 +159,11 @@ alignment=Right
 
 class Waybar(Panel):
     name = "waybar"
+    session = "sway"
     scales = (1, 1.5, 2)
 
     def _open_desktop(self, folder):
-        return SwayDesktop(folder, self.scale)
+        return SwayDesktop(folder, self.scale, XDG_CURRENT_DESKTOP=self.session)
 
     def configure(self):
         self.desktop.configure("waybar/config", f"""{{"layer": "top", "position": "top",

@@ -37,7 +37,7 @@ def read_over_the_bus(world):
     check(enabled == [position != HINT for position in range(8)], f"enabled are {enabled}")
     shortcuts = {position: entry.properties["shortcut"] for position, entry in enumerate(entries)
                  if "shortcut" in entry.properties}
-    check(shortcuts == {SETTINGS: [["Control", "comma"]], QUIT: [["Control", "q"]]}, f"the shortcuts are {shortcuts}")
+    check(shortcuts == {SETTINGS: [["Control", world.panel.comma]], QUIT: [["Control", "q"]]}, f"the shortcuts are {shortcuts}")
     again = world.item.properties_of_entries([entry.number for entry in entries])
     check(again == {entry.number: entry.properties for entry in entries}, f"asked by number they are {again}")
 
