@@ -34,11 +34,20 @@ def main():
     import panels
     items = [panel for panel in panels.PANELS if panel.takes_items]
     try:
+        save(beside(list(first_look(panels.XfcePanel, binary, folder)), 2 * GAP), into / "tray.png")
         save(sheet(icons(items, binary, folder)), into / "icon.png")
         save(sheet(menus(panels, binary, folder)), into / "menu.png")
     finally:
         secluded.end_descendants()
         shutil.rmtree(folder)
+
+
+def first_look(panel, binary, folder):
+    """The menu at two pixels a point: not muting on a light desktop, muting on a dark one."""
+    for dark, muted in ((False, False), (True, True)):
+        with running(panel, binary, folder, dark, scale=2) as world:
+            world.start(muted=muted)
+            yield open_menu(world)
 
 
 def icons(all_panels, binary, folder):
