@@ -18,8 +18,6 @@ class Panel:
     # others the icon is of a grey that has to do for every panel:
     # at one pixel a point none reaches 3 on the lower edge of LXQt's light panel and on MATE's dark one alike.
     least_contrast = 2.75
-    # Whether a left click opens the menu of an item that says that it is one. The right button does so everywhere.
-    left_opens_menu = True
 
     def __init__(self, folder, dark=False, scale=1):
         self.dark, self.scale = dark, scale
@@ -106,7 +104,6 @@ class MatePanel(GtkPanel):
     name = "mate-panel"
     session = "MATE"
     height = 28
-    left_opens_menu = False
 
     def configure(self):
         super().configure()
@@ -134,7 +131,6 @@ class LxqtPanel(Panel):
     comma = ","
     height = 32
     scales = (1, 1.5, 2)
-    left_opens_menu = False
 
     def _open_desktop(self, folder):
         return X11Desktop(folder, XDG_CURRENT_DESKTOP=self.session, QT_SCALE_FACTOR=str(self.scale))

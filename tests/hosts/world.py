@@ -172,16 +172,6 @@ class World:
         box = look.menu_box(look.changed(before, picture), least)
         return Menu(picture, box, look.text_rows(picture.crop(box), self.panel.scale))
 
-    def click_icon_in_vain(self, button):
-        """Where the host asks something else of the item than its menu: no menu, and no harm."""
-        before = self.flag()
-        self._click_icon(button)
-        self._rest()
-        # The host's call has reached the program when a call of our own that was sent later is answered.
-        self.item.property("Status")
-        check(self.program.is_running(), f"the program ended: {self.program.last_words()}")
-        check(self.flag() == before, "a click on the icon changed the flag")
-
     def choose(self, position, button=3):
         """Opens the menu and chooses one of its entries, both with the mouse."""
         menu = self.open_menu(button)

@@ -14,11 +14,12 @@ int ignore(sd_bus_message*, void*, sd_bus_error*) { return 0; }
 }  // namespace
 
 StatusNotifierFront::StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher,
-                                         ActivationToken& token, std::string iconThemePath)
+                                         ActivationToken& token, std::string iconThemePath,
+                                         StatusNotifierItem::PopUp popUp)
     : bus_(bus),
       watcher_(watcher),
       busName_("org.kde.StatusNotifierItem-" + std::to_string(::getpid()) + "-1"),
-      item_(item.told(), token, std::move(iconThemePath)),
+      item_(item.told(), token, std::move(iconThemePath), std::move(popUp)),
       menu_(item.told().menu, [&item](std::size_t position) { item.choose(position); }),
       listener_(bus.listen([this](sd_bus*) { begin(); }, [this] { end(); })) {}
 

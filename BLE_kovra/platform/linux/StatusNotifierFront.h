@@ -16,7 +16,7 @@ namespace kovra {
 class StatusNotifierFront : public TrayFront {
   public:
     StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher, ActivationToken& token,
-                        std::string iconThemePath);
+                        std::string iconThemePath, StatusNotifierItem::PopUp popUp);
     ~StatusNotifierFront() override;
 
     void show(const TrayContents& contents, const TrayChanges& changes) override;

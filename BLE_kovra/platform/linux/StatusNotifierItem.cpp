@@ -40,12 +40,17 @@ std::string escaped(std::string_view text) {
 
 }  // namespace
 
-StatusNotifierItem::StatusNotifierItem(const TrayContents& contents, ActivationToken& token, std::string iconThemePath)
-    : contents_(contents), token_(token), iconThemePath_(std::move(iconThemePath)) {}
+StatusNotifierItem::StatusNotifierItem(const TrayContents& contents, ActivationToken& token, std::string iconThemePath,
+                                       PopUp popUp)
+    : contents_(contents),
+      token_(token),
+      iconThemePath_(std::move(iconThemePath)),
+      popUp_(std::move(popUp)),
+      methods_(methods(popUp_ != nullptr)) {}
 
 void StatusNotifierItem::exportOn(sd_bus* bus) {
     sd_bus_slot* slot = nullptr;
-    sd_bus_add_object_vtable(bus, &slot, path, interface, vtable.data(), this);
+    sd_bus_add_object_vtable(bus, &slot, path, interface, methods_.data(), this);
     slot_.reset(slot);
     bus_ = bus;
 }
@@ -102,7 +107,17 @@ int StatusNotifierItem::property(sd_bus*, const char*, const char*, const char* 
     return writer.result();
 }
 
-int StatusNotifierItem::nothing(sd_bus_message* call, void*, sd_bus_error*) {
+int StatusNotifierItem::click(sd_bus_message* call, void* context, sd_bus_error*) {
+    auto* item = static_cast<StatusNotifierItem*>(context);
+    int x = 0;
+    int y = 0;
+    const int result = sd_bus_message_read(call, "ii", &x, &y);
+    if (item == nullptr || result < 0) return result;
+    item->popUp_(x, y);
+    return sd_bus_reply_method_return(call, "");
+}
+
+int StatusNotifierItem::scroll(sd_bus_message* call, void*, sd_bus_error*) {
     return sd_bus_reply_method_return(call, "");
 }
 
@@ -115,7 +130,7 @@ int StatusNotifierItem::provideToken(sd_bus_message* call, void* context, sd_bus
     return sd_bus_reply_method_return(call, "");
 }
 
-const std::array<sd_bus_vtable, 28> StatusNotifierItem::vtable = {{
+const std::array<sd_bus_vtable, 29> StatusNotifierItem::vtable = {{
     SD_BUS_VTABLE_START(0),
     SD_BUS_PROPERTY("Category", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Id", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
@@ -133,11 +148,13 @@ const std::array<sd_bus_vtable, 28> StatusNotifierItem::vtable = {{
     SD_BUS_PROPERTY("ToolTip", "(sa(iiay)ss)", property, 0, 0),
     SD_BUS_PROPERTY("ItemIsMenu", "b", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Menu", "o", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_METHOD_WITH_ARGS("SecondaryActivate", SD_BUS_ARGS("i", x, "i", y), SD_BUS_NO_RESULT, nothing,
+    SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("i", x, "i", y), SD_BUS_NO_RESULT, click,
                             SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("ContextMenu", SD_BUS_ARGS("i", x, "i", y), SD_BUS_NO_RESULT, nothing,
+    SD_BUS_METHOD_WITH_ARGS("SecondaryActivate", SD_BUS_ARGS("i", x, "i", y), SD_BUS_NO_RESULT, click,
                             SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("Scroll", SD_BUS_ARGS("i", delta, "s", orientation), SD_BUS_NO_RESULT, nothing,
+    SD_BUS_METHOD_WITH_ARGS("ContextMenu", SD_BUS_ARGS("i", x, "i", y), SD_BUS_NO_RESULT, click,
+                            SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_ARGS("Scroll", SD_BUS_ARGS("i", delta, "s", orientation), SD_BUS_NO_RESULT, scroll,
                             SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("ProvideXdgActivationToken", SD_BUS_ARGS("s", token), SD_BUS_NO_RESULT, provideToken,
                             SD_BUS_VTABLE_UNPRIVILEGED),
@@ -149,6 +166,16 @@ const std::array<sd_bus_vtable, 28> StatusNotifierItem::vtable = {{
     SD_BUS_SIGNAL_WITH_ARGS("NewStatus", SD_BUS_ARGS("s", status), 0),
     SD_BUS_VTABLE_END,
 }};
+
+std::vector<sd_bus_vtable> StatusNotifierItem::methods(bool hasClicks) {
+    std::vector<sd_bus_vtable> methods(vtable.begin(), vtable.end());
+    if (!hasClicks) {
+        std::erase_if(methods, [](const sd_bus_vtable& each) {
+            return each.type == _SD_BUS_VTABLE_METHOD && each.x.method.handler == click;
+        });
+    }
+    return methods;
+}
 
 std::string iconsBesideProgram() {
     std::error_code error;

@@ -93,11 +93,11 @@ WindowProcess::~WindowProcess() {
     if (nextTry_) nextTry_->cancel();
 }
 
-void WindowProcess::show(const ToWindow& what) {
+void WindowProcess::show(const ToWindow& state) {
     const bool isFirst = shown_.empty();
-    const std::string& line = shown_[what.index()] = encode(what);
+    const std::string& line = shown_[state.index()] = encode(state);
     if (running_) {
-        running_->send(what.index(), line);
+        running_->send(state.index(), line);
     } else if (isFirst) {
         tries_ = 0;
         start();
@@ -109,6 +109,18 @@ void WindowProcess::showNothing() {
     if (nextTry_) nextTry_->cancel();
     nextTry_.reset();
     if (running_) letGo();
+}
+
+void WindowProcess::tell(const ToWindow& event) {
+    if (nextTry_) nextTry_->cancel();
+    if (!running_) start();
+    if (!running_) return;
+    isHeld_ = true;
+    running_->send(event.index(), encode(event));
+}
+
+void WindowProcess::release() {
+    if (std::exchange(isHeld_, false) && shown_.empty()) letGo();
 }
 
 void WindowProcess::start() {
@@ -129,7 +141,7 @@ void WindowProcess::receive() {
     if (!lines) return died();
     for (const std::string& line : *lines) {
         const auto message = decodeToResident(line);
-        if (message && onMessage) onMessage(*message);
+        if (message) messages_.call(*message);
     }
 }
 
@@ -141,11 +153,12 @@ void WindowProcess::died() {
 }
 
 void WindowProcess::startAgainLater() {
-    if (tries_ == patience_.delays.size()) return;
+    if (shown_.empty() || tries_ == patience_.delays.size()) return;
     nextTry_ = loop_.asyncAfter(patience_.delays[tries_++], [this] { start(); });
 }
 
 void WindowProcess::letGo() {
+    isHeld_ = false;
     Running* leaving = leaving_.emplace_back(std::move(running_)).get();
     leaving->leave(
         [this, leaving] { std::erase_if(leaving_, [&](const auto& each) { return each.get() == leaving; }); });

@@ -6,15 +6,18 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/Listeners.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/wire/Messages.h"
 
 namespace kovra {
 
-// The window process, as the resident program has it: it runs while there is something to show, and shows what was
-// given last.
+// The window process, as the resident program has it: one for all that needs a toolkit. It runs while there is
+// something to show, and shows what was given last; it is also started for an event, and then held until it is
+// released.
 //
 // Nothing that becomes of it harms the resident program: writing never waits for it, what it has not taken yet is
 // replaced by what is newer, and where it dies, or is not installed, nothing is shown. One that dies is started again
@@ -35,12 +38,19 @@ class WindowProcess {
     WindowProcess(const WindowProcess&) = delete;
     WindowProcess& operator=(const WindowProcess&) = delete;
 
-    void show(const ToWindow& what);
+    // A state, told again to each process that is started.
+    void show(const ToWindow& state);
     // The process ends.
     void showNothing();
 
-    // Both are called from the queue.
-    std::function<void(const ToResident& message)> onMessage;
+    // An event, told once: it dies with the process that was there or was started for it.
+    void tell(const ToWindow& event);
+    // The process ends, unless there is something to show.
+    void release();
+
+    // What it says. From the queue, as is the next.
+    using Messages = Listeners<const ToResident&>;
+    [[nodiscard]] Messages::Token listen(Messages::Listener listener) { return messages_.add(std::move(listener)); }
     std::function<void()> onDied;
 
   private:
@@ -56,7 +66,9 @@ class WindowProcess {
     SdEventLoop& loop_;
     std::function<std::string()> program_;
     Patience patience_;
-    std::map<std::size_t, std::string> shown_;  // the line of each kind of message
+    std::map<std::size_t, std::string> shown_;  // the line of each kind of state
+    bool isHeld_ = false;                       // for an event
+    Messages messages_;
     std::unique_ptr<Running> running_;
     std::vector<std::unique_ptr<Running>> leaving_;  // told to end, and not yet gone
     Clock::time_point startedAt_;

@@ -14,7 +14,9 @@ ShowTray message(const TrayContents& contents) {
 
 XEmbedTray::XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item)
     : window_(window), choice_(queue) {
-    window_.onMessage = [&item](const ToResident& told) { item.choose(std::get<ItemChosen>(told).position); };
+    listening_ = window_.listen([&item](const ToResident& told) {
+        if (const auto* chosen = std::get_if<ItemChosen>(&told)) item.choose(chosen->position);
+    });
     choice_.onLookingForTrays = [this, &x](bool isWanted) {
         watch_.reset();
         if (!isWanted) return;
@@ -30,7 +32,6 @@ XEmbedTray::XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, 
 }
 
 XEmbedTray::~XEmbedTray() {
-    window_.onMessage = nullptr;
     if (isShown_) window_.showNothing();
 }
 

@@ -23,6 +23,7 @@ class XEmbedTray : public TrayFront {
 
   private:
     WindowProcess& window_;
+    WindowProcess::Messages::Token listening_;
     bool isShown_ = false;
     XEmbedTrayChoice choice_;
     std::unique_ptr<XEmbedTrayWatch> watch_;

@@ -26,6 +26,7 @@
 #include "BLE_kovra/platform/linux/SessionBus.h"
 #include "BLE_kovra/platform/linux/SingleInstance.h"
 #include "BLE_kovra/platform/linux/StatusNotifierFront.h"
+#include "BLE_kovra/platform/linux/TrayPopup.h"
 #include "BLE_kovra/platform/linux/TrayStatusBar.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
 #include "BLE_kovra/platform/linux/WindowProcess.h"
@@ -99,11 +100,17 @@ void runApplication() {
 
     kovra::ActivationToken activationToken;
     kovra::StatusNotifierWatcher watcher(bus);
-    std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {
-        return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, activationToken,
-                                                            kovra::iconsBesideProgram());
-    }};
     kovra::WindowProcess window(loop, kovra::windowProgram);
+    std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {
+        kovra::StatusNotifierItem::PopUp popUp;
+        if (x) {
+            popUp = [popup = std::make_shared<kovra::TrayPopup>(loop, window, item)](int atX, int atY) {
+                popup->ask(atX, atY);
+            };
+        }
+        return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, activationToken,
+                                                            kovra::iconsBesideProgram(), std::move(popUp));
+    }};
     if (x) {
         fronts.emplace_back([&](kovra::TrayItem& item) {
             auto front = std::make_unique<kovra::XEmbedTray>(loop, *x, window, item);

@@ -26,8 +26,11 @@ struct StatusNotifierRig {
     SessionBus bus{loop};
     StatusNotifierWatcher watcher{bus};
     ActivationToken token;
+    std::vector<std::pair<int, int>> asked;  // where the menu was asked for
+    StatusNotifierItem::PopUp popUp = [this](int x, int y) { asked.emplace_back(x, y); };
     TrayStatusBar bar{loop, {[this](TrayItem& made) {
-                          return std::make_unique<StatusNotifierFront>(made, bus, watcher, token, "/folder/icons");
+                          return std::make_unique<StatusNotifierFront>(made, bus, watcher, token, "/folder/icons",
+                                                                       popUp);
                       }}};
     std::unique_ptr<StatusItem> item = bar.statusItem(StatusBar::variableLength);
     std::optional<Panel> panel;

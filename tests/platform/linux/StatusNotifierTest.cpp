@@ -70,8 +70,9 @@ TEST(StatusNotifier, GoesOnWithoutASessionBus) {
     SessionBus bus(loop);
     StatusNotifierWatcher watcher(bus);
     ActivationToken token;
-    TrayStatusBar bar(
-        loop, {[&](TrayItem& item) { return std::make_unique<StatusNotifierFront>(item, bus, watcher, token, ""); }});
+    TrayStatusBar bar(loop, {[&](TrayItem& item) {
+                          return std::make_unique<StatusNotifierFront>(item, bus, watcher, token, "", nullptr);
+                      }});
     const auto item = bar.statusItem(StatusBar::variableLength);
     item->button()->setToolTip("off");
     EXPECT_LT(turnsWithin(loop, 50ms), 20);
@@ -198,18 +199,44 @@ TEST(StatusNotifier, SendsNothingWhenNothingChanges) {
     EXPECT_TRUE(turnUntil(rig.loop, [&] { return messages == 1; }));
 }
 
-TEST(StatusNotifier, AnswersTheClicksThatOpenNoMenu) {
+std::string click(StatusNotifierRig& rig, const char* method, int x, int y) {
+    return rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", method,
+                           [&](BusWriter& writer) { writer.integer(x).integer(y); });
+}
+
+TEST(StatusNotifier, AsksForTheMenuAtEachClickThatADesktopTellsOf) {
     StatusNotifierRig rig;
     rig.showInPanel();
-    const auto at = [](BusWriter& writer) { writer.integer(10).integer(20); };
-    const auto click = [&](const char* method, const Panel::Write& write) {
-        return rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", method, write);
-    };
-    EXPECT_EQ(click("SecondaryActivate", at), "");
-    EXPECT_EQ(click("ContextMenu", at), "");
-    EXPECT_EQ(click("Scroll", [](BusWriter& writer) { writer.integer(120).text("vertical"); }), "");
-    EXPECT_EQ(click("Activate", at), "error org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(click(rig, "Activate", 10, 20), "");
+    EXPECT_EQ(click(rig, "SecondaryActivate", -5, 0), "");
+    EXPECT_EQ(click(rig, "ContextMenu", 3'000, 2'000), "");
+    EXPECT_EQ(rig.asked, (std::vector<std::pair<int, int>>{{10, 20}, {-5, 0}, {3'000, 2'000}}));
     EXPECT_EQ(rig.news(), "");
+}
+
+TEST(StatusNotifier, KnowsNoClickWhereNobodyCanOpenTheMenu) {
+    StatusNotifierRig rig;
+    rig.item.reset();
+    rig.popUp = nullptr;
+    rig.item = rig.bar.statusItem(StatusBar::variableLength);
+    rig.showInPanel();
+    const std::string description =
+        rig.panel->call("/StatusNotifierItem", "org.freedesktop.DBus.Introspectable", "Introspect");
+    EXPECT_NE(description.find("ProvideXdgActivationToken"), std::string::npos);
+    for (const char* method : {"Activate", "SecondaryActivate", "ContextMenu"}) {
+        EXPECT_EQ(click(rig, method, 10, 20), "error org.freedesktop.DBus.Error.UnknownMethod");
+        EXPECT_EQ(description.find('"' + std::string(method) + '"'), std::string::npos);
+    }
+}
+
+TEST(StatusNotifier, DoesNothingWhenItIsScrolled) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    EXPECT_EQ(rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Scroll",
+                              [](BusWriter& writer) { writer.integer(120).text("vertical"); }),
+              "");
+    EXPECT_EQ(rig.news(), "");
+    EXPECT_TRUE(rig.asked.empty());
 }
 
 TEST(StatusNotifier, KeepsTheNewestActivationTokenForOneWindow) {

@@ -55,9 +55,8 @@ class WindowProcessTest : public testing::Test {
         window = std::make_unique<WindowProcess>(
             loop, [path] { return path; }, WindowProcess::Patience{{10ms, 20ms, 30ms}, 1h});
         window->onDied = [this] { ++deaths; };
-        window->onMessage = [this](const ToResident& message) {
-            chosen.push_back(std::get<ItemChosen>(message).position);
-        };
+        listening = window->listen(
+            [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
     }
     // Empty as long as it was not written.
     std::string read(const std::string& name) const {
@@ -65,6 +64,8 @@ class WindowProcessTest : public testing::Test {
         return names.contains(name) ? readFile(folder / name) : "";
     }
     void show(const std::string& toolTip) { window->show(ShowTray{{}, false, toolTip, {}}); }
+
+    void popUp(int x) { window->tell(PopUpMenu{.x = x, .y = 0, .asked = {}, .menu = {}}); }
 
     // Looks again each few milliseconds, for what no descriptor tells of.
     void waitFor(const std::function<bool()>& condition) {
@@ -91,6 +92,7 @@ class WindowProcessTest : public testing::Test {
     const TempFolder folder;
     SdEventLoop loop;
     std::unique_ptr<WindowProcess> window;
+    WindowProcess::Messages::Token listening;
     int deaths = 0;
     std::vector<std::size_t> chosen;
 };
@@ -275,6 +277,65 @@ TEST_F(WindowProcessTest, TakesUpWritingWhenItIsReadAgain) {
     waitFor([&] { return read("shown").find("the newest") != std::string::npos; });
     const std::string shown = read("shown");
     EXPECT_LT(std::count(shown.begin(), shown.end(), '\n'), 10);
+}
+
+TEST_F(WindowProcessTest, StartsForAnEventAndStaysUntilItIsReleased) {
+    use("exec cat <&3 >$here/shown");
+    popUp(71);
+    popUp(72);
+    waitFor([&] { return read("shown").find("\"x\":72") != std::string::npos; });
+    EXPECT_NE(read("shown").find("\"x\":71"), std::string::npos);
+    let(30ms);
+    EXPECT_TRUE(hasChildren());
+    window->release();
+    waitFor([&] { return !hasChildren(); });
+    EXPECT_EQ(deaths, 0);
+}
+
+TEST_F(WindowProcessTest, IsNotStartedAgainForAnEventWhenItIsKilled) {
+    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >/dev/null");
+    popUp(71);
+    waitFor([&] { return pid() > 0; });
+    ::kill(pid(), SIGKILL);
+    waitFor([&] { return deaths == 1 && !hasChildren(); });
+    let(50ms);
+    EXPECT_EQ(starts(), 1U);
+    window->release();
+    popUp(72);
+    waitFor([&] { return starts() == 2; });
+}
+
+TEST_F(WindowProcessTest, TellsNoEventAgainToAProcessThatComesLater) {
+    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
+    show("state");
+    popUp(71);
+    waitFor([&] { return read("shown").find("\"x\":71") != std::string::npos; });
+    ::kill(pid(), SIGKILL);
+    waitFor([&] { return starts() == 2 && read("shown").find("state") != std::string::npos; });
+    let(30ms);
+    EXPECT_EQ(read("shown").find("\"x\":71"), std::string::npos);
+}
+
+TEST_F(WindowProcessTest, StaysWhenItIsReleasedWhileThereIsSomethingToShow) {
+    use("echo $$ >$here/pid; exec cat <&3 >/dev/null");
+    popUp(71);
+    show("state");
+    waitFor([&] { return pid() > 0; });
+    window->release();
+    let(50ms);
+    EXPECT_TRUE(hasChildren());
+    window->showNothing();
+    waitFor([&] { return !hasChildren(); });
+}
+
+TEST_F(WindowProcessTest, StartsAtOnceForAnEventAlsoWhereItWasGivenUp) {
+    use("echo >>$here/starts");
+    show("tip");
+    waitFor([&] { return deaths == 4; });
+    popUp(71);
+    waitFor([&] { return deaths == 5; });
+    let(50ms);
+    EXPECT_EQ(starts(), 5U);
 }
 
 TEST_F(WindowProcessTest, EndsTheProcessWithItself) {

@@ -7,17 +7,12 @@
 
 #include <chrono>
 #include <csignal>
-#include <fstream>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/fakes/FakeMainQueue.h"
-#include "tests/platform/linux/Onlooker.h"
-#include "tests/platform/linux/VirtualScreen.h"
-#include "tests/support/Environment.h"
+#include "tests/platform/linux/ItemOnScreen.h"
 
 namespace kovra {
 namespace {
@@ -54,63 +49,19 @@ Drawing pad(bool hasSlash) {
     return drawing;
 }
 
-// The item as the application makes it, its front and the real window process, on a screen with a real tray.
-class XEmbedTrayTest : public testing::Test {
+// The item's front in a real tray.
+class XEmbedTrayTest : public ItemOnScreen {
   protected:
-    static constexpr auto limit = 30s;
-    static constexpr int toggleTag = 1;
-
     XEmbedTrayTest() {
-        environment.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
-        environment.unset({"WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "QT_SCALE_FACTOR"});
         show(false);
         item.button()->setToolTip("Plain & <b>literal</b>");
-        Menu menu;
-        add(menu, "Toggle", "toggle", toggleTag);
-        menu.items.emplace_back().title = "Hint";
-        menu.items.back().isEnabled = false;
-        menu.items.push_back(MenuItem::separator());
-        add(menu, "Quit", "quit", 0);
-        item.setMenu(menu);
         auto front = std::make_unique<XEmbedTray>(patience, *x, window, item);
         tray = front.get();
         item.add(std::move(front));
     }
-    ~XEmbedTrayTest() override {
-        window.showNothing();
-        waitUntil([] { return windowProcesses().empty(); });
-    }
-
-    void add(Menu& menu, const std::string& title, const std::string& name, int tag) {
-        MenuItem& added = menu.items.emplace_back();
-        added.title = title;
-        added.action = MenuAction{name, [this, name] { done.push_back(name); }};
-        added.tag = tag;
-        if (tag != 0) added.state = MenuItemState::on;
-    }
     void show(bool hasSlash) {
         item.button()->setImage(pad(hasSlash));
         item.button()->setImageIsTemplate(true);
-    }
-
-    template <typename T>
-    T waitFor(const std::function<std::optional<T>()>& look) {
-        const auto end = std::chrono::steady_clock::now() + limit;
-        for (;;) {
-            if (const std::optional<T> seen = look()) return *seen;
-            if (std::chrono::steady_clock::now() > end) break;
-            let(10ms);
-        }
-        ADD_FAILURE() << "waited in vain";
-        return T();
-    }
-    void waitUntil(const std::function<bool()>& condition) {
-        waitFor<bool>([&] { return condition() ? std::optional(true) : std::nullopt; });
-    }
-    void let(std::chrono::milliseconds duration) {
-        bool isOver = false;
-        loop.asyncAfter(duration, [&] { isOver = true; });
-        loop.runUntil([&] { return isOver; });
     }
 
     std::optional<Onlooker::Place> icon() { return onlooker.window("Plain & <b>literal</b>"); }
@@ -121,33 +72,7 @@ class XEmbedTrayTest : public testing::Test {
             return place && place->width > 10 && onlooker.colours(*place).size() > 2 ? place : std::nullopt;
         });
     }
-    // Which has no title of its own.
-    std::optional<Onlooker::Place> menu() { return onlooker.window("BLE-kovra"); }
-    Onlooker::Place openedMenu() {
-        return waitFor<Onlooker::Place>([&] { return menu(); });
-    }
-    // Our children of that name.
-    static std::vector<pid_t> windowProcesses() {
-        std::vector<pid_t> found;
-        std::ifstream children("/proc/thread-self/children");
-        for (pid_t child = 0; children >> child;) {
-            std::string name;
-            std::ifstream("/proc/" + std::to_string(child) + "/comm") >> name;
-            if (name == "ble-kovra-ui") found.push_back(child);
-        }
-        return found;
-    }
-
-    Environment environment;
-    VirtualScreen screen{"640x480x24"};
-    SdEventLoop loop;
-    FakeMainQueue patience;
-    std::unique_ptr<XConnection> x = XConnection::open(loop);
-    WindowProcess window{loop, windowProgram, WindowProcess::Patience{{10ms, 100ms, 1s}, 1min}};
-    TrayItem item{loop};
     XEmbedTray* tray = nullptr;
-    Onlooker onlooker;
-    std::vector<std::string> done;
 };
 
 TEST_F(XEmbedTrayTest, ShowsTheIconAndTheSlash) {

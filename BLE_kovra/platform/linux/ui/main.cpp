@@ -7,8 +7,10 @@
 #include <QApplication>
 #include <iostream>
 #include <optional>
+#include <variant>
 
 #include "BLE_kovra/platform/linux/ui/Connection.h"
+#include "BLE_kovra/platform/linux/ui/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/TrayIcon.h"
 
 namespace {
@@ -35,13 +37,19 @@ int main(int argc, char** argv) {
 
     kovra::Connection connection(kovra::windowSocket);
     std::optional<kovra::TrayIcon> tray;
-    connection.onEnd = [] { QCoreApplication::quit(); };
-    connection.onMessage = [&](const kovra::ToWindow& message) {
+    const auto showTray = [&](const kovra::ShowTray& shown) {
         if (!tray) {
             tray.emplace();
             tray->menu().onChosen = [&](std::size_t position) { connection.send(kovra::ItemChosen{position}); };
         }
-        tray->show(std::get<kovra::ShowTray>(message));
+        tray->show(shown);
+    };
+    kovra::RequestedMenu menu;
+    menu.onClosed = [&](const kovra::MenuClosed& closed) { connection.send(closed); };
+    connection.onEnd = [] { QCoreApplication::quit(); };
+    connection.onMessage = [&](const kovra::ToWindow& message) {
+        if (const auto* shown = std::get_if<kovra::ShowTray>(&message)) showTray(*shown);
+        if (const auto* request = std::get_if<kovra::PopUpMenu>(&message)) menu.show(*request);
     };
     return QCoreApplication::exec();
 }

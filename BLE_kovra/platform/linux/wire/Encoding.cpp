@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <type_traits>
 #include <utility>
@@ -12,7 +13,9 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr const char* showTray = "showTray";
+constexpr const char* popUpMenu = "popUpMenu";
 constexpr const char* itemChosen = "itemChosen";
+constexpr const char* menuClosed = "menuClosed";
 
 std::string asLine(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n'; }
 
@@ -62,7 +65,21 @@ Json written(const ShowTray& tray) {
     return json;
 }
 
+Json written(const PopUpMenu& request) {
+    return {{"is", popUpMenu},
+            {"x", request.x},
+            {"y", request.y},
+            {"asked", request.asked.count()},
+            {"menu", written(request.menu.items)}};
+}
+
 Json written(const ItemChosen& chosen) { return {{"is", itemChosen}, {"position", chosen.position}}; }
+
+Json written(const MenuClosed& closed) {
+    Json json{{"is", menuClosed}, {"asked", closed.asked.count()}};
+    if (closed.chosen) json["chosen"] = *closed.chosen;
+    return json;
+}
 
 // Reading: each returns whether it was what it had to be.
 
@@ -82,6 +99,27 @@ bool read(const Json& json, std::size_t& value) {
     if (!json.is_number_unsigned()) return false;
     value = json.get<std::size_t>();
     return true;
+}
+
+// A number of this kind that is within its limits.
+template <typename Kind>
+std::optional<Kind> integer(const Json& json) {
+    if (json.is_number_unsigned() && std::in_range<Kind>(json.get<std::uint64_t>())) return json.get<Kind>();
+    if (json.is_number_integer() && !json.is_number_unsigned() && std::in_range<Kind>(json.get<std::int64_t>()))
+        return json.get<Kind>();
+    return std::nullopt;
+}
+
+bool read(const Json& json, int& value) {
+    const auto number = integer<int>(json);
+    value = number.value_or(0);
+    return number.has_value();
+}
+
+bool read(const Json& json, std::chrono::milliseconds& value) {
+    const auto number = integer<std::int64_t>(json);
+    value = std::chrono::milliseconds(number.value_or(0));
+    return number && *number >= 0;  // so that differences of two never overflow
 }
 
 bool read(const Json& json, std::string& value) {
@@ -150,7 +188,16 @@ bool read(const Json& json, ShowTray& tray) {
            read(json, "toolTip", tray.toolTip) && read(json, "menu", tray.menu.items);
 }
 
+bool read(const Json& json, PopUpMenu& request) {
+    return read(json, "x", request.x) && read(json, "y", request.y) && read(json, "asked", request.asked) &&
+           read(json, "menu", request.menu.items);
+}
+
 bool read(const Json& json, ItemChosen& chosen) { return read(json, "position", chosen.position); }
+
+bool read(const Json& json, MenuClosed& closed) {
+    return read(json, "asked", closed.asked) && readIfThere(json, "chosen", closed.chosen);
+}
 
 template <typename T>
 bool read(const Json& json, std::optional<T>& value) {
@@ -172,15 +219,17 @@ bool read(const Json& object, const char* name, T& value) {
     return found != nullptr && read(*found, value);
 }
 
-// The message of a line if it is the one of this name.
-template <typename T>
-std::optional<T> decoded(std::string_view line, const char* name) {
-    const Json json = Json::parse(line, nullptr, false);
+// The message, if it is the one of this name.
+template <typename Message, typename Any>
+bool readAs(const char* name, const Json& json, std::optional<Any>& message) {
     std::string is;
-    T message;
-    if (!read(json, "is", is) || is != name || !read(json, message)) return std::nullopt;
-    return message;
+    Message found;
+    if (!read(json, "is", is) || is != name || !read(json, found)) return false;
+    message = std::move(found);
+    return true;
 }
+
+Json parsed(std::string_view line) { return Json::parse(line, nullptr, false); }
 
 }  // namespace
 
@@ -192,8 +241,18 @@ std::string encode(const ToResident& message) {
     return std::visit([](const auto& each) { return asLine(written(each)); }, message);
 }
 
-std::optional<ToWindow> decodeToWindow(std::string_view line) { return decoded<ShowTray>(line, showTray); }
+std::optional<ToWindow> decodeToWindow(std::string_view line) {
+    const Json json = parsed(line);
+    std::optional<ToWindow> message;
+    readAs<ShowTray>(showTray, json, message) || readAs<PopUpMenu>(popUpMenu, json, message);
+    return message;
+}
 
-std::optional<ToResident> decodeToResident(std::string_view line) { return decoded<ItemChosen>(line, itemChosen); }
+std::optional<ToResident> decodeToResident(std::string_view line) {
+    const Json json = parsed(line);
+    std::optional<ToResident> message;
+    readAs<ItemChosen>(itemChosen, json, message) || readAs<MenuClosed>(menuClosed, json, message);
+    return message;
+}
 
 }  // namespace kovra

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -10,9 +11,11 @@
 
 namespace kovra {
 
-// What the resident program tells its window process. Each is a whole state: the newest of its kind is all that counts.
+// What the resident program tells its window process: states, which hold until another of the kind is told, and events,
+// which are told once. The newest of its kind is all that counts.
 
-// The icon in the tray and its menu, from now on as given. Of an item's action the name crosses alone; the tag stays.
+// A state: the icon in the tray and its menu, from now on as given. Of an item's action the name crosses alone; the tag
+// stays.
 struct ShowTray {
     std::optional<Drawing> image;
     bool imageIsTemplate = false;
@@ -20,16 +23,31 @@ struct ShowTray {
     Menu menu;
 };
 
-using ToWindow = std::variant<ShowTray>;
+// An event: a desktop asks for the menu at this place of the screen.
+struct PopUpMenu {
+    int x = 0;
+    int y = 0;
+    std::chrono::milliseconds asked{};  // when, by the steady clock, which all processes share
+    Menu menu;
+};
+
+using ToWindow = std::variant<ShowTray, PopUpMenu>;
 
 // What the window process tells the resident program: what the user did. Each of them counts.
 
-// The user chose this item of the tray's menu, counted from 0 with the separator.
+// The user chose this item of the menu of the icon in the tray, counted from 0 with the separator.
 struct ItemChosen {
     std::size_t position = 0;
     bool operator==(const ItemChosen&) const = default;
 };
 
-using ToResident = std::variant<ItemChosen>;
+// The menu that a desktop asked for is closed, or was not opened at all.
+struct MenuClosed {
+    std::chrono::milliseconds asked{};  // as the newest request has it
+    std::optional<std::size_t> chosen;  // the item, counted as above
+    bool operator==(const MenuClosed&) const = default;
+};
+
+using ToResident = std::variant<ItemChosen, MenuClosed>;
 
 }  // namespace kovra

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <string>
@@ -14,6 +15,7 @@ namespace kovra {
 namespace {
 
 using Json = nlohmann::json;
+using namespace std::chrono_literals;
 
 Drawing aDrawing() {
     return {.name = "some-symbolic",
@@ -43,6 +45,8 @@ ShowTray aTray() {
     return tray;
 }
 
+PopUpMenu aRequest() { return {.x = -17, .y = 1'080, .asked = 123'456'789ms, .menu = aTray().menu}; }
+
 ShowTray throughTheWire(const ShowTray& tray) {
     const std::string line = encode(ToWindow(tray));
     EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
@@ -65,14 +69,52 @@ void expectSame(const MenuItem& one, const MenuItem& other) {
     EXPECT_EQ(one.isSeparator, other.isSeparator);
 }
 
+void expectSame(const Menu& one, const Menu& other) {
+    ASSERT_EQ(one.items.size(), other.items.size());
+    for (std::size_t i = 0; i < one.items.size(); ++i) expectSame(one.items[i], other.items[i]);
+}
+
 TEST(Wire, BringsATrayAcrossUnchanged) {
     const ShowTray sent = aTray();
     const ShowTray received = throughTheWire(sent);
     EXPECT_EQ(received.image, sent.image);
     EXPECT_EQ(received.imageIsTemplate, sent.imageIsTemplate);
     EXPECT_EQ(received.toolTip, sent.toolTip);
-    ASSERT_EQ(received.menu.items.size(), sent.menu.items.size());
-    for (std::size_t i = 0; i < sent.menu.items.size(); ++i) expectSame(received.menu.items[i], sent.menu.items[i]);
+    expectSame(received.menu, sent.menu);
+}
+
+TEST(Wire, BringsARequestForTheMenuAcrossUnchanged) {
+    const auto decoded = decodeToWindow(encode(ToWindow(aRequest())));
+    ASSERT_TRUE(decoded);
+    const auto& received = std::get<PopUpMenu>(*decoded);
+    EXPECT_EQ(received.x, -17);
+    EXPECT_EQ(received.y, 1'080);
+    EXPECT_EQ(received.asked, 123'456'789ms);
+    expectSame(received.menu, aRequest().menu);
+}
+
+TEST(Wire, BringsTheClosingOfTheMenuAcrossWithAndWithoutAChoice) {
+    for (const MenuClosed& sent : {MenuClosed{0ms, std::nullopt}, MenuClosed{123'456'789ms, 7}}) {
+        EXPECT_EQ(decodeToResident(encode(ToResident(sent))), ToResident(sent));
+    }
+}
+
+TEST(Wire, RefusesPlacesAndTimesThatDoNotExist) {
+    const Json good = Json::parse(encode(ToWindow(aRequest())));
+    for (const Json& wrong : {Json(1LL << 31), Json(-(1LL << 31) - 1), Json(~0ULL), Json(1.5), Json("1"), Json()}) {
+        for (const char* name : {"x", "y"}) {
+            Json bad = good;
+            bad[name] = wrong;
+            EXPECT_FALSE(decodeToWindow(bad.dump())) << bad;
+        }
+    }
+    for (const Json& wrong : {Json(-1), Json(~0ULL), Json(1ULL << 63), Json(1.5), Json("1"), Json()}) {
+        Json bad = good;
+        bad["asked"] = wrong;
+        EXPECT_FALSE(decodeToWindow(bad.dump())) << bad;
+    }
+    EXPECT_FALSE(decodeToResident(R"({"is":"menuClosed","asked":-1})"));
+    EXPECT_FALSE(decodeToResident(R"({"is":"menuClosed","asked":1,"chosen":-1})"));
 }
 
 TEST(Wire, BringsATrayWithNothingInItAcross) {
@@ -118,7 +160,9 @@ TEST(Wire, RefusesWhatIsNoMessage) {
 
 TEST(Wire, TakesNoMessageOfTheOtherDirection) {
     EXPECT_FALSE(decodeToResident(encode(ToWindow(aTray()))));
+    EXPECT_FALSE(decodeToResident(encode(ToWindow(aRequest()))));
     EXPECT_FALSE(decodeToWindow(encode(ToResident(ItemChosen{1}))));
+    EXPECT_FALSE(decodeToWindow(encode(ToResident(MenuClosed{1ms, 1}))));
 }
 
 // Every place of a whole message in turn holds something of another type, or nothing.
@@ -139,10 +183,12 @@ void damageEverywhere(const Json& whole, Json& place, const Json::json_pointer& 
 }
 
 TEST(Wire, SurvivesAWrongValueInAnyPlace) {
-    Json whole = Json::parse(encode(ToWindow(aTray())));
-    int refused = 0;
-    damageEverywhere(whole, whole, Json::json_pointer(), refused);
-    EXPECT_GT(refused, 100);
+    for (const ToWindow& message : {ToWindow(aTray()), ToWindow(aRequest())}) {
+        Json whole = Json::parse(encode(message));
+        int refused = 0;
+        damageEverywhere(whole, whole, Json::json_pointer(), refused);
+        EXPECT_GT(refused, 90);
+    }
 }
 
 TEST(Wire, SurvivesNestingOfAnyDepth) {
@@ -159,7 +205,8 @@ TEST(Wire, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
-        const std::vector<std::string> lines{encode(ToWindow(aTray())), encode(ToResident(ItemChosen{5}))};
+        const std::vector<std::string> lines{encode(ToWindow(aTray())), encode(ToWindow(aRequest())),
+                                             encode(ToResident(ItemChosen{5})), encode(ToResident(MenuClosed{9ms, 5}))};
         int refused = 0;
         for (int round = 0; round < 5'000; ++round) {
             std::string line = lines[random() % lines.size()];

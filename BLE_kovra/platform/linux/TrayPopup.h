@@ -1,0 +1,39 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "BLE_kovra/platform/MainQueue.h"
+#include "BLE_kovra/platform/linux/TrayItem.h"
+#include "BLE_kovra/platform/linux/WindowProcess.h"
+
+namespace kovra {
+
+// The item's menu, opened by the window process where a desktop asks for it, on a screen that lets programs place their
+// windows. The process then stays for a while, so that the menu opens at once when it is asked for again.
+class TrayPopup {
+  public:
+    static constexpr std::chrono::seconds linger{30};
+
+    TrayPopup(MainQueue& queue, WindowProcess& window, TrayItem& item);
+    ~TrayPopup();
+    TrayPopup(const TrayPopup&) = delete;
+    TrayPopup& operator=(const TrayPopup&) = delete;
+
+    // From the queue the menu opens as the item then has it; where it is open it closes.
+    void ask(int x, int y);
+
+  private:
+    void hear(const MenuClosed& closed);
+    void stopWaiting();
+
+    MainQueue& queue_;
+    WindowProcess& window_;
+    TrayItem& item_;
+    std::chrono::milliseconds asked_{};  // last
+    std::unique_ptr<DelayedTask> wait_;
+    WindowProcess::Messages::Token listening_;
+    std::shared_ptr<TrayPopup*> self_;  // how a queued block learns that this is no more
+};
+
+}  // namespace kovra
