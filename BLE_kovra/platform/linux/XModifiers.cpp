@@ -15,9 +15,6 @@ constexpr xcb_keysym_t symbolNumLock = 0xFF7F;
 constexpr xcb_keysym_t symbolAltLeft = 0xFFE9;
 constexpr xcb_keysym_t symbolAltRight = 0xFFEA;
 
-template <typename Reply>
-using Answer = Allocated<Reply>;
-
 void note(XModifiers& modifiers, std::span<const xcb_keysym_t> symbols, std::uint16_t bit) {
     for (const xcb_keysym_t symbol : symbols) {
         if (symbol == symbolAltLeft || symbol == symbolAltRight) modifiers.alt = bit;

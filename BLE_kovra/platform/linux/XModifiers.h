@@ -27,8 +27,8 @@ class XModifierQuestion {
 
   private:
     xcb_connection_t* connection_;
-    xcb_get_modifier_mapping_cookie_t keysOfModifiers_;
-    xcb_get_keyboard_mapping_cookie_t symbolsOfKeys_;
+    xcb_get_modifier_mapping_cookie_t keysOfModifiers_{};
+    xcb_get_keyboard_mapping_cookie_t symbolsOfKeys_{};
 };
 
 }  // namespace kovra
