@@ -1,6 +1,7 @@
 """A file system of our own, in which the flag's folder exists: nothing that a test needs is left on the machine."""
 
 import ctypes
+import errno
 import os
 import pathlib
 import shutil
@@ -39,6 +40,9 @@ def seclude():
         pathlib.Path("/proc/self/uid_map").write_text(f"{user} {user} 1")
         pathlib.Path("/proc/self/gid_map").write_text(f"{group} {group} 1")
     try:
+        if not _keep_mounts_to_ourselves() and root_outside:
+            _lend_folder()
+            return
         _enter_new_root(root)
     except OSError as failure:
         raise NotSecluded(f"the flag's folder needs a file system of our own, which cannot be made: {failure}") from None
@@ -79,10 +83,20 @@ def _descendants():
     return found - {os.getpid()}
 
 
+def _keep_mounts_to_ourselves():
+    """False where the root is no mount, as in a chroot: what we mount could then be seen outside."""
+    try:
+        _mount("none", "/", None, MS_REC | MS_PRIVATE)
+    except OSError as failure:
+        if failure.errno != errno.EINVAL:
+            raise
+        return False
+    return True
+
+
 def _enter_new_root(root):
     """The same entries as in the old root, each mounted where it was, beside a new and empty /Library."""
     here = os.getcwd()
-    _mount("none", "/", None, MS_REC | MS_PRIVATE)
     _mount("tmpfs", root, "tmpfs", 0, "mode=755")
     for entry in sorted(pathlib.Path("/").iterdir()):
         place = root / entry.name
@@ -105,7 +119,7 @@ def _folder_until_the_end():
 
 
 def _lend_folder():
-    """Where even root may not mount, as in a container, the machine itself has the folder for as long as we run."""
+    """Where even root may not mount, as in a container or a chroot, the machine itself has the folder while we run."""
     if LIBRARY.exists():
         raise NotSecluded(f"this machine has a {LIBRARY}, and denies us the right to mount our own over it")
     _at_the_end(lambda: shutil.rmtree(LIBRARY))
