@@ -17,7 +17,7 @@ class NoHotKeys : public HotKeyService {
 
 std::unique_ptr<HotKeyService> makeHotKeyService(Desktop desktop, XConnection* connection, SessionBus& bus) {
     if (desktop == Desktop::wayland) return std::make_unique<PortalHotKeyService>(bus);
-    if (connection != nullptr) return std::make_unique<XcbHotKeyService>(bus.loop(), *connection);
+    if (connection != nullptr) return std::make_unique<XcbHotKeyService>(*connection);
     return std::make_unique<NoHotKeys>();
 }
 

@@ -1,5 +1,7 @@
 #include "BLE_kovra/platform/linux/XConnection.h"
 
+#include <xcb/xcbext.h>
+
 #include <cstdlib>
 #include <utility>
 
@@ -51,13 +53,37 @@ void XConnection::flush() {
     });
 }
 
+XConnection::Token XConnection::whenServed(std::function<void()> then) {
+    auto held = std::make_shared<const std::function<void()>>(std::move(then));
+    // The server answers in order: any small question will do.
+    questions_.push_back({xcb_get_input_focus(connection_.get()).sequence, held});
+    flush();
+    return held;
+}
+
+void XConnection::handOutAnswers() {
+    while (!questions_.empty()) {
+        void* reply = nullptr;
+        xcb_generic_error_t* error = nullptr;
+        if (xcb_poll_for_reply(connection_.get(), questions_.front().sequence, &reply, &error) == 0) return;
+        const Allocated<void> ownedReply(reply);
+        const Allocated<xcb_generic_error_t> ownedError(error);
+        const auto then = questions_.front().then.lock();
+        questions_.pop_front();
+        if (then) (*then)();
+    }
+}
+
 void XConnection::handOut() {
     if (!watch_) return;
     while (const Event event{xcb_poll_for_event(connection_.get())}) {
         constexpr std::uint8_t error = 0;
         if (event->response_type != error) events_.call(*event);
     }
-    if (xcb_connection_has_error(connection_.get()) == 0) return;
+    if (xcb_connection_has_error(connection_.get()) == 0) {
+        handOutAnswers();
+        return;
+    }
     watch_.reset();
     if (onLost) onLost();
 }

@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -18,7 +19,10 @@ namespace kovra {
 //
 // Events are handed out from the queue to whoever listens. It asks for none by itself: who wants events selects them,
 // and then the least, since each wakes the program. Errors that the server reports late are dropped; who needs to know
-// uses a checked request. Whoever made requests, or waited for a reply, says so by flush().
+// uses a checked request. Whoever made requests says so by flush().
+//
+// Nobody waits for an answer: a server that hangs, or that another program keeps to itself, must not hold up the mouse,
+// the menu or the way out. Replies and errors are asked for in whenServed(). Opening the connection alone waits.
 class XConnection {
   public:
     // To the display that the environment names; null where there is none.
@@ -33,8 +37,13 @@ class XConnection {
     // The root windows of all screens, the one of the user's own screen first.
     const std::vector<xcb_window_t>& roots() const { return roots_; }
 
-    // Sends what was asked for, and has those events handed out that came in while a reply was waited for.
+    // Sends what was asked for.
     void flush();
+
+    // Calls `then` from the queue, unless the token is gone, once the server has dealt with every request made so far:
+    // what it replied is then here, and asking for it waits for nothing. Never where the server has gone. Flushes.
+    using Token = std::shared_ptr<const void>;
+    [[nodiscard]] Token whenServed(std::function<void()> then);
 
     using Events = Listeners<const xcb_generic_event_t&>;
     // Hears every event for as long as the token lives.
@@ -52,11 +61,17 @@ class XConnection {
     XConnection(SdEventLoop& loop, Connection connection, int screen);
 
     void handOut();
+    void handOutAnswers();
 
     SdEventLoop& loop_;
     Connection connection_;
     std::vector<xcb_window_t> roots_;
     Events events_;
+    struct Question {
+        unsigned int sequence;
+        std::weak_ptr<const std::function<void()>> then;
+    };
+    std::deque<Question> questions_;  // that the server has not answered yet
     std::unique_ptr<SdEventLoop::Watch> watch_;
     std::shared_ptr<XConnection*> self_;  // for blocks that may run when this is gone
 };

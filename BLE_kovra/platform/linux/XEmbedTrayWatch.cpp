@@ -1,7 +1,6 @@
 #include "BLE_kovra/platform/linux/XEmbedTrayWatch.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -17,7 +16,7 @@ xcb_intern_atom_cookie_t askForAtom(xcb_connection_t* connection, std::string_vi
 }
 
 xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t asked) {
-    const Handle<xcb_intern_atom_reply_t, std::free> reply(xcb_intern_atom_reply(connection, asked, nullptr));
+    const Allocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, asked, nullptr));
     return reply ? reply->atom : XCB_NONE;
 }
 
@@ -42,14 +41,17 @@ XEmbedTrayWatch::XEmbedTrayWatch(XConnection& x, std::function<void(bool)> chang
     const auto selection = askForAtom(x_.get(), "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber(x_)));
     const auto announcement = askForAtom(x_.get(), "MANAGER");
     select(x_, x_.roots().front(), XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-    selection_ = atom(x_.get(), selection);
-    announcement_ = atom(x_.get(), announcement);
-    look();
+    whenAnswered_ = x_.whenServed([this, selection, announcement] {
+        whenAnswered_.reset();
+        selection_ = atom(x_.get(), selection);
+        announcement_ = atom(x_.get(), announcement);
+        look();
+    });
 }
 
 XEmbedTrayWatch::~XEmbedTrayWatch() {
     select(x_, x_.roots().front(), XCB_EVENT_MASK_NO_EVENT);
-    if (owner_ != XCB_NONE) select(x_, owner_, XCB_EVENT_MASK_NO_EVENT);
+    if (candidate_ != XCB_NONE) select(x_, candidate_, XCB_EVENT_MASK_NO_EVENT);
     x_.flush();
 }
 
@@ -58,27 +60,27 @@ void XEmbedTrayWatch::hear(const xcb_generic_event_t& event) {
         const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
         if (message.type == announcement_ && message.format == 32 && message.data.data32[1] == selection_) look();
     } else if (XConnection::kindOf(event) == XCB_DESTROY_NOTIFY) {
-        if (reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == owner_) look();
+        if (reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == candidate_) look();
     }
 }
 
 void XEmbedTrayWatch::look() {
-    const xcb_window_t before = owner_;
-    // An owner that ends between the question and the selecting of its events would end unheard: so ask once more.
-    for (owner_ = askForOwner(); owner_ != XCB_NONE;) {
-        select(x_, owner_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-        const xcb_window_t now = askForOwner();
-        if (std::exchange(owner_, now) == now) break;
-    }
-    x_.flush();
-    if (owner_ != before) changed_(owner_ != XCB_NONE);
+    if (whenAnswered_) xcb_discard_reply(x_.get(), question_.sequence);
+    question_ = xcb_get_selection_owner(x_.get(), selection_);
+    whenAnswered_ = x_.whenServed([this] { found(); });
 }
 
-xcb_window_t XEmbedTrayWatch::askForOwner() const {
-    const auto asked = xcb_get_selection_owner(x_.get(), selection_);
-    const Handle<xcb_get_selection_owner_reply_t, std::free> reply(
-        xcb_get_selection_owner_reply(x_.get(), asked, nullptr));
-    return reply ? reply->owner : XCB_NONE;
+void XEmbedTrayWatch::found() {
+    whenAnswered_.reset();
+    const Allocated<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(x_.get(), question_, nullptr));
+    const xcb_window_t now = reply ? reply->owner : XCB_NONE;
+    if (std::exchange(candidate_, now) != now) {
+        // An owner that ends between the question and the selecting of its events would end unheard: so ask once more.
+        if (now != XCB_NONE) select(x_, now, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+        look();
+    } else if (std::exchange(owner_, now) != now) {
+        changed_(now != XCB_NONE);
+    }
 }
 
 }  // namespace kovra

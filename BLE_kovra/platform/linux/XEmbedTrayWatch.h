@@ -21,14 +21,18 @@ class XEmbedTrayWatch {
 
   private:
     void hear(const xcb_generic_event_t& event);
+    // Asks for the owner, again and again until it is twice the same.
     void look();
-    xcb_window_t askForOwner() const;
+    void found();
 
     XConnection& x_;
     std::function<void(bool)> changed_;
     xcb_atom_t selection_ = XCB_NONE;
     xcb_atom_t announcement_ = XCB_NONE;
     xcb_window_t owner_ = XCB_NONE;
+    xcb_window_t candidate_ = XCB_NONE;  // who owned it when last asked
+    xcb_get_selection_owner_cookie_t question_{};
+    XConnection::Token whenAnswered_;
     XConnection::Events::Token listening_;
 };
 

@@ -4,26 +4,25 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
+#include <optional>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/XConnection.h"
 #include "BLE_kovra/platform/linux/XKeyboardExtension.h"
+#include "BLE_kovra/platform/linux/XModifiers.h"
 
 namespace kovra {
-
-struct XModifiers;
 
 // One key of the keyboard with Control and Alt, taken from all windows for as long as this lives.
 //
 // A press with these modifiers and no others counts, whichever lock keys are on and whichever layout is; a held key is
 // one press. Follows the keyboard's map where Alt or a lock key gets another modifier bit.
+//
+// It is taken as soon as the server has answered. Where another program has the key with any of the lock keys, none of
+// them is taken, in silence and for good.
 class XKeyGrab {
   public:
-    // Null where another program has the key with any of the lock keys: then none of them is taken.
-    static std::unique_ptr<XKeyGrab> take(SdEventLoop& loop, XConnection& connection, xcb_keycode_t key,
-                                          std::function<void()> pressed);
-
+    XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);
     ~XKeyGrab();
     XKeyGrab(const XKeyGrab&) = delete;
     XKeyGrab& operator=(const XKeyGrab&) = delete;
@@ -31,24 +30,32 @@ class XKeyGrab {
   private:
     using States = std::vector<std::uint16_t>;
 
-    XKeyGrab(SdEventLoop& loop, XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);
-
     static States statesFor(const XModifiers& modifiers);
-    bool grab(States states);
-    void release();
     void heard(const xcb_generic_event_t& event);
-    void followTheMap();
+    void ask();
+    void answered();
+    void grab(States states);
+    void checkGrabs();
+    void release();
 
-    SdEventLoop& loop_;
     XConnection& connection_;
     XKeyboardExtension keyboard_;
     const xcb_keycode_t key_;
     const std::function<void()> pressed_;
+
+    // The questions that are under way.
+    std::optional<XModifierQuestion> modifiers_;
+    xcb_query_keymap_cookie_t keysDown_{};
+    XConnection::Token whenAnswered_;
+    bool isMapNewer_ = false;  // than the one that was asked for
+
     States grabbed_;
+    std::vector<xcb_void_cookie_t> grabs_;  // not known yet whether they were granted
+    XConnection::Token whenGranted_;
+    bool wasEverOurs_ = false;
+
     bool isDown_ = false;
-    bool mapChanged_ = false;
     XConnection::Events::Token listening_;
-    std::shared_ptr<XKeyGrab*> self_;  // for blocks that may run when this is gone
 };
 
 }  // namespace kovra

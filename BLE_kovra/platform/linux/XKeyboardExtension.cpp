@@ -79,6 +79,7 @@ XKeyboardExtension::XKeyboardExtension(xcb_connection_t* connection) : connectio
 }
 
 void XKeyboardExtension::use() {
+    if (firstEvent_ >= 0) return;
     const xcb_query_extension_reply_t* found = xcb_get_extension_data(connection_, &extension);
     if (found == nullptr || found->present == 0) return;
     firstEvent_ = found->first_event;

@@ -10,10 +10,10 @@ namespace kovra {
 // Asks and does not wait. On a server without the extension nothing changes.
 class XKeyboardExtension {
   public:
-    // Costs no round trip if other questions go out together with it, before use().
     explicit XKeyboardExtension(xcb_connection_t* connection);
 
-    // From now on this connection hears of a held key as presses alone, and of every change of the keyboard's map.
+    // Once the server has answered; before that, it would wait for it. From now on this connection hears of a held key
+    // as presses alone, and of every change of the keyboard's map.
     void use();
     // Also what the core protocol tells of it.
     bool tellsOfNewMap(const xcb_generic_event_t& event) const;

@@ -18,7 +18,7 @@ struct XModifiers {
     std::vector<std::uint16_t> lockSets() const;
 };
 
-// Asks in the constructor and waits in read(), so that other questions can go out in between.
+// Asks in the constructor. Read once the server has answered: before that, read() would wait for it.
 class XModifierQuestion {
   public:
     explicit XModifierQuestion(xcb_connection_t* connection);

@@ -2,6 +2,7 @@
 
 #include <linux/input-event-codes.h>
 
+#include <functional>
 #include <utility>
 
 #include "BLE_kovra/platform/linux/XKeyGrab.h"
@@ -15,10 +16,11 @@ constexpr xcb_keycode_t firstKeycode = 8;
 
 class Registered : public HotKeyService::Reference {
   public:
-    explicit Registered(std::unique_ptr<XKeyGrab> grab) : grab_(std::move(grab)) {}
+    Registered(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed)
+        : grab_(connection, key, std::move(pressed)) {}
 
   private:
-    std::unique_ptr<XKeyGrab> grab_;
+    XKeyGrab grab_;
 };
 
 }  // namespace
@@ -29,8 +31,7 @@ std::unique_ptr<HotKeyService::Reference> XcbHotKeyService::installHandler(Handl
 
 std::unique_ptr<HotKeyService::Reference> XcbHotKeyService::registerHotKey(const HotKey& hotKey) {
     if (hotKey.keyCode != HotKey::ansiT || hotKey.modifiers != (HotKey::controlKey | HotKey::optionKey)) return nullptr;
-    auto grab = XKeyGrab::take(loop_, connection_, firstKeycode + KEY_T, [this] { handlers_.pressed(); });
-    return grab ? std::make_unique<Registered>(std::move(grab)) : nullptr;
+    return std::make_unique<Registered>(connection_, firstKeycode + KEY_T, [this] { handlers_.pressed(); });
 }
 
 }  // namespace kovra

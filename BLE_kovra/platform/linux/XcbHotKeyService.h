@@ -10,13 +10,12 @@ namespace kovra {
 // for any other.
 class XcbHotKeyService : public HotKeyService {
   public:
-    XcbHotKeyService(SdEventLoop& loop, XConnection& connection) : loop_(loop), connection_(connection) {}
+    explicit XcbHotKeyService(XConnection& connection) : connection_(connection) {}
 
     std::unique_ptr<Reference> installHandler(Handler handler) override;
     std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override;
 
   private:
-    SdEventLoop& loop_;
     XConnection& connection_;
     HotKeyHandlers handlers_;
 };

@@ -45,6 +45,10 @@ class VirtualScreen {
     VirtualScreen& operator=(const VirtualScreen&) = delete;
 
     // The server ends; its address stays in the environment.
+    // It answers nobody, until it goes on.
+    void pause() const { ::kill(pid_, SIGSTOP); }
+    void goOn() const { ::kill(pid_, SIGCONT); }
+
     void end() {
         if (pid_ <= 0) return;
         ::kill(pid_, SIGTERM);

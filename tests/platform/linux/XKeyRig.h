@@ -4,6 +4,7 @@
 
 #include "BLE_kovra/platform/linux/XcbHotKeyService.h"
 #include "tests/platform/linux/TestKeyboard.h"
+#include "tests/platform/linux/Turns.h"
 #include "tests/platform/linux/VirtualScreen.h"
 
 namespace kovra {
@@ -13,19 +14,15 @@ struct XKeyRig {
     VirtualScreen screen;
     SdEventLoop loop;
     std::unique_ptr<XConnection> connection = XConnection::open(loop);
-    XcbHotKeyService hotKeys{loop, *connection};
+    XcbHotKeyService hotKeys{*connection};
     TestKeyboard keyboard;
 
-    // Everything that the server has sent so far has been acted upon: the loop has read up to an answer that came after
-    // it, and run all that this queued.
+    // Everything that the server has sent so far has been acted upon, and what this made us ask too.
     void turn() {
-        for (int round = 0; round < 3; ++round) {
-            const Allocated<xcb_get_input_focus_reply_t> answer{
-                xcb_get_input_focus_reply(connection->get(), xcb_get_input_focus(connection->get()), nullptr)};
-            connection->flush();
-            bool done = false;
-            loop.async([&] { done = true; });
-            loop.runUntil([&] { return done; });
+        for (int round = 0; round < 5; ++round) {
+            bool isServed = false;
+            const auto token = connection->whenServed([&] { isServed = true; });
+            EXPECT_TRUE(turnUntil(loop, [&] { return isServed; }));
         }
     }
 };

@@ -3,12 +3,13 @@
 import contextlib
 import json
 import os
+import signal
 import subprocess
 
 import program
 from plugging import MADE_UP
 from running import scenario
-from waiting import check, now, wait_for
+from waiting import check, now, stay_until, wait_for
 
 ITEM = ("--dest=org.ble_kovra.BLEKovra", "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get",
         "string:org.kde.StatusNotifierItem", "string:IconName")
@@ -39,7 +40,12 @@ class Screen:
                 xtest.fake_input(keyboard, X.KeyRelease, key)
             keyboard.sync()
 
+    def hang(self):
+        """It answers nobody any more."""
+        self._server.send_signal(signal.SIGSTOP)
+
     def close(self):
+        self._server.send_signal(signal.SIGCONT)
         self._server.terminate()
         self._server.wait()
 
@@ -93,3 +99,22 @@ def end_of_the_screen(world):
     status = running.wait_exit()
     check(status == 0, f"it ended with {status}: {running.last_words()}")
     world.flag.wait_write("off", since)
+
+
+@scenario("The screen hangs: the mouse is heard of all the same, and SIGTERM gives the trackpad back.")
+def hanging_screen(world):
+    with contextlib.closing(Screen()) as screen:
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        screen.hang()
+        # Past the moment at which the screen is asked for a tray, since no panel has come.
+        stay_until(now() + 6)
+        mouse = world.plug("Kovra Mouse")
+        world.expect_on(mouse)
+        mouse.unplug()
+        world.expect_off_after_grace(mouse)
+        world.expect_on(world.plug("Kovra Mouse"))
+        since = now()
+        running.send(signal.SIGTERM)
+        status = running.wait_exit()
+        check(status == 0, f"it ended with {status}: {running.last_words()}")
+        world.flag.wait_write("off", since)
