@@ -13,6 +13,10 @@ namespace kovra {
 using BusHandle = Handle<sd_bus, sd_bus_close_unref>;
 using BusSlot = Handle<sd_bus_slot, sd_bus_slot_unref>;
 
+// For an answer that nobody needs. Without a handler of its own, the library ends the connection over a name that it is
+// not given.
+inline int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 0; }
+
 // A connection to a message bus that takes its turn in the event loop. When the bus goes away the connection is let go
 // of, one queue turn later; the loop and everything else go on.
 class BusConnection {

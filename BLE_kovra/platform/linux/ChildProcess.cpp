@@ -73,7 +73,9 @@ bool ChildProcess::hasEnded() {
 }
 
 void ChildProcess::terminate() const {
-    if (pid_ != 0) ::kill(pid_, SIGTERM);
+    if (pid_ == 0) return;
+    ::kill(pid_, SIGTERM);
+    ::kill(pid_, SIGCONT);  // one that is stopped would hear of it only when it goes on
 }
 
 }  // namespace kovra

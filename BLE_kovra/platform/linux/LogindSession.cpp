@@ -12,8 +12,8 @@ namespace kovra {
 namespace {
 
 std::string taken(int result, char* text) {
-    const std::unique_ptr<char, decltype(&std::free)> owned(text, std::free);
-    return result >= 0 && text != nullptr ? text : "";
+    const Allocated<char> owned(text);
+    return result >= 0 && owned ? owned.get() : "";
 }
 
 }  // namespace

@@ -27,8 +27,6 @@ int answered(sd_bus_message* reply, void* context, sd_bus_error*) {
     return 0;
 }
 
-int ignore(sd_bus_message*, void*, sd_bus_error*) { return 0; }
-
 std::uint64_t microsecondsUntil(steady_clock::time_point deadline) {
     const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - steady_clock::now()).count();
     return left > 0 ? static_cast<std::uint64_t>(left) : 0;
@@ -64,7 +62,7 @@ SingleInstance::SingleInstance(SessionBus& bus) {
 
 void SingleInstance::ask(sd_bus* bus) const {
     // With a handler of its own: the library's would end the connection where another holds the name.
-    if (!isAnswered_) sd_bus_request_name_async(bus, nullptr, busName, 0, ignore, nullptr);
+    if (!isAnswered_) sd_bus_request_name_async(bus, nullptr, busName, 0, ignoreAnswer, nullptr);
 }
 
 }  // namespace kovra

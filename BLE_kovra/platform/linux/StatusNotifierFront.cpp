@@ -6,12 +6,7 @@
 
 namespace kovra {
 
-namespace {
-
-// The library's own handler would end the connection where the name is taken.
-int ignore(sd_bus_message*, void*, sd_bus_error*) { return 0; }
-
-}  // namespace
+namespace {}  // namespace
 
 StatusNotifierFront::StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher,
                                          ActivationToken& token, std::string iconThemePath,
@@ -27,7 +22,7 @@ StatusNotifierFront::~StatusNotifierFront() {
     if (!isExported_) return;
     watcher_.setItem("");
     // Its name goes, and with it the item from every bar.
-    if (bus_.bus() != nullptr) sd_bus_release_name_async(bus_.bus(), nullptr, busName_.c_str(), ignore, nullptr);
+    if (bus_.bus() != nullptr) sd_bus_release_name_async(bus_.bus(), nullptr, busName_.c_str(), ignoreAnswer, nullptr);
 }
 
 void StatusNotifierFront::show(const TrayContents&, const TrayChanges& changes) {
@@ -43,7 +38,7 @@ void StatusNotifierFront::begin() {
     isExported_ = true;
     item_.exportOn(bus_.bus());
     menu_.exportOn(bus_.bus());
-    sd_bus_request_name_async(bus_.bus(), nullptr, busName_.c_str(), 0, ignore, nullptr);
+    sd_bus_request_name_async(bus_.bus(), nullptr, busName_.c_str(), 0, ignoreAnswer, nullptr);
     watcher_.setItem(busName_);
 }
 
