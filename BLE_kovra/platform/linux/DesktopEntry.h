@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// The main group of a desktop entry file, by the Desktop Entry Specification 1.5. Whatever is no such line is passed
+// The main group of a desktop entry file, as freedesktop.org has them (1.5). Whatever is no such line is passed
 // over, and of a key that stands there twice the first counts.
 class DesktopEntry {
   public:

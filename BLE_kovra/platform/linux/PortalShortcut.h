@@ -22,7 +22,7 @@ class PortalShortcut {
     struct Wish {
         std::string id;
         std::string description;
-        std::string trigger;  // in the words of the freedesktop.org shortcuts specification
+        std::string trigger;  // as freedesktop.org writes shortcuts, such as CTRL+ALT+t
     };
 
     PortalShortcut(SessionBus& bus, Wish wish, std::function<void()> pressed);

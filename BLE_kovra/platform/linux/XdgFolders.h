@@ -5,7 +5,7 @@
 
 namespace kovra {
 
-// Where the XDG Base Directory Specification 0.8 has configuration. Relative paths in the environment count as unset.
+// Where freedesktop.org's base directories (0.8) have configuration. Relative paths in the environment count as unset.
 
 // $XDG_CONFIG_HOME, or .config in the user's home in its stead. Empty for a user without a home.
 std::string userConfigFolder();

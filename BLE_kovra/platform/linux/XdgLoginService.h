@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// Launch at login by the Desktop Application Autostart Specification 0.5: an entry of this program's name in a folder
+// Launch at login by freedesktop.org's autostart rules (0.5): an entry of this program's name in a folder
 // "autostart", the user's own before the system's. The first that is found counts, also one that the desktop's own
 // settings have edited.
 //

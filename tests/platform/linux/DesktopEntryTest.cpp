@@ -57,7 +57,7 @@ TEST(DesktopEntry, TellsTheProgramThatIsStarted) {
     };
     EXPECT_EQ(program("/usr/bin/ble-kovra"), "/usr/bin/ble-kovra");
     EXPECT_EQ(program("ble-kovra --x %U"), "ble-kovra");
-    EXPECT_EQ(program("\"/home/a b/ble-kovra\" %U"), "/home/a b/ble-kovra");
+    EXPECT_EQ(program("\"/some where/ble-kovra\" %U"), "/some where/ble-kovra");
     EXPECT_EQ(program(R"("/a\\$b/\\"c\\"" x)"), "/a$b/\"c\"");
     EXPECT_EQ(program("\"never closed"), "never closed");
     EXPECT_EQ(program(""), std::nullopt);
