@@ -40,10 +40,10 @@ void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfGo
     const UdevHIDNode node = UdevHIDNodes::read(nodeName);
     switch (node.state) {
         case UdevHIDNode::State::gone:
-            if (ifGone == IfGone::announceRemoval)
-                nodeIsGone(nodeName);
-            else if (announced_.contains(nodeName))
+            if (ifGone == IfGone::awaitRemoval && announced_.contains(nodeName))
                 examineLater(nodeName);
+            else
+                nodeIsGone(nodeName);
             break;
         case UdevHIDNode::State::unreadable:
             examineLater(nodeName);

@@ -38,7 +38,7 @@ class UdevHIDAnnouncer : public std::enable_shared_from_this<UdevHIDAnnouncer> {
     enum class IfGone { announceRemoval, awaitRemoval };
 
     // Compares the node, as it is now, with what was announced of it. Calls back from inside this call.
-    void look(const std::string& nodeName, IfGone ifGone = IfGone::announceRemoval);
+    void look(const std::string& nodeName, IfGone ifGone = IfGone::awaitRemoval);
     // Every node there is or was known to be: looking at each of them makes good for lost events.
     std::vector<std::string> everything() const;
     // Nothing is announced any more.

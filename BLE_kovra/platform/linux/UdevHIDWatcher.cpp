@@ -124,7 +124,7 @@ std::optional<UdevHIDWatcher::Look> UdevHIDWatcher::next() {
         due_.assign(everything.begin(), everything.end());
     }
     if (due_.empty()) return std::nullopt;
-    Look look{std::move(due_.front()), IfGone::announceRemoval};
+    Look look{std::move(due_.front()), IfGone::awaitRemoval};
     due_.pop_front();
     return look;
 }
