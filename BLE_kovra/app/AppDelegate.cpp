@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <utility>
 
+#include "BLE_kovra/app/AboutBox.h"
 #include "BLE_kovra/app/StatusIcon.h"
 #include "BLE_kovra/app/StatusMenu.h"
+#include "BLE_kovra/app/settings/SettingsWindow.h"
 #include "BLE_kovra/core/HelperController.h"
 #include "BLE_kovra/core/MutingDecision.h"
 #include "BLE_kovra/devices/HIDMonitor.h"
@@ -14,7 +16,9 @@
 #include "BLE_kovra/platform/Platform.h"
 #include "BLE_kovra/platform/PreferencesStore.h"
 #include "BLE_kovra/platform/StatusBar.h"
+#include "BLE_kovra/system/DriverSetup.h"
 #include "BLE_kovra/system/GlobalHotkey.h"
+#include "BLE_kovra/system/LoginItem.h"
 
 namespace kovra {
 
@@ -36,11 +40,12 @@ AppDelegate::AppDelegate(const Platform& platform, AppState& state, HelperContro
       helper_(helper),
       hotkey_(hotkey),
       texts_(texts),
-      monitor_(HIDMonitor::create(platform.hid, platform.mainQueue, platform.locale, texts)) {}
+      monitor_(HIDMonitor::create(platform.hid, platform.mainQueue, platform.locale, texts)),
+      driver_(platform.processes, platform.fileSystem, platform.log) {}
 
 AppDelegate::~AppDelegate() = default;
 
-// The nine steps of launch; their order is part of what the program promises. Step 9 is still to come.
+// The nine steps of launch; their order is part of what the program promises.
 void AppDelegate::applicationDidFinishLaunching() {
     // 1. No entry in the task bar.
     platform_.application.setActivationPolicy(ActivationPolicy::accessory);
@@ -70,8 +75,14 @@ void AppDelegate::applicationDidFinishLaunching() {
     // 8. The first decision: from the saved choices, with no device known yet.
     evaluate();
 
-    // 9. The explanation of the driver, where it is not active: last, when all of the above works already.
+    // 9. The explanation of the driver, where it is not active: last, when all of the above works already, and goes on
+    // working while this waits.
+    const bool isActive = driver_.isExtensionActive();
+    if (!isActive && !hasTerminated_)
+        DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
 }
+
+void AppDelegate::applicationDidReopen() { openSettings(); }
 
 void AppDelegate::applicationWillTerminate() {
     hasTerminated_ = true;
@@ -127,14 +138,25 @@ void AppDelegate::refreshUI() {
 void AppDelegate::toggleEnabled() { state_.isEnabled.set(!state_.isEnabled.get()); }
 
 void AppDelegate::toggleLaunchAtLogin() {
-    // The registration itself is still to come.
+    LoginItem::toggle(platform_.loginService, platform_.log);
     requireStatusItem().setState(StatusMenuTag::launchAtLogin, launchAtLoginState());
 }
 
-// These three lead to windows that are still to come.
-void AppDelegate::openSettings() {}
-void AppDelegate::activateDriver() {}
-void AppDelegate::showAbout() {}
+void AppDelegate::openSettings() {
+    if (!settingsWindow_) {
+        settingsWindow_ = std::make_unique<SettingsWindow>(platform_.windows, platform_.mainQueue, state_, texts_);
+    }
+    platform_.application.activateIgnoringOtherApps();
+    settingsWindow_->makeKeyAndOrderFront();
+}
+
+void AppDelegate::activateDriver() {
+    DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
+}
+
+void AppDelegate::showAbout() {
+    runAboutBox(platform_.bundle, platform_.application, platform_.alerts, platform_.workspace, texts_);
+}
 
 void AppDelegate::quit() { platform_.application.terminate(); }
 

@@ -7,6 +7,7 @@
 #include "BLE_kovra/core/AppState.h"
 #include "BLE_kovra/platform/Application.h"
 #include "BLE_kovra/platform/Menu.h"
+#include "BLE_kovra/system/DriverActivator.h"
 
 namespace kovra {
 
@@ -14,6 +15,7 @@ class GlobalHotkey;
 class HelperController;
 class HIDMonitor;
 class L10n;
+class SettingsWindow;
 class StatusBarButton;
 class StatusItem;
 struct Platform;
@@ -30,6 +32,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching() override;
+    // Opens the settings: a way in that needs no tray.
+    void applicationDidReopen() override;
     void applicationWillTerminate() override;
 
     // Decides whether to mute, tells the helper, keeps the answer and shows it. Nothing is written while the answer
@@ -45,9 +49,11 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
 
     // Menu actions.
     void toggleEnabled();
-    // Shows whether the program starts at login, as the system has it now. Without a status item it stops the process.
+    // Shows what has come of it, as the system has it then. Without a status item it stops the process.
     void toggleLaunchAtLogin();
+    // Brings the one settings window to the front, made at the first call.
     void openSettings();
+    // The explanation, whether the driver is active or not.
     void activateDriver();
     void showAbout();
     void quit();
@@ -84,6 +90,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     GlobalHotkey& hotkey_;
     const L10n& texts_;
     std::shared_ptr<HIDMonitor> monitor_;
+    DriverActivator driver_;
+    std::unique_ptr<SettingsWindow> settingsWindow_;
     std::vector<Subscription> cancellables_;
     bool hasTerminated_ = false;
 };

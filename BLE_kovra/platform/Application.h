@@ -9,6 +9,8 @@ class ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;
     virtual void applicationDidFinishLaunching() = 0;
+    // The user started the program while it runs.
+    virtual void applicationDidReopen() = 0;
     virtual void applicationWillTerminate() = 0;
 };
 
@@ -24,8 +26,11 @@ class Application {
     // accessory: present in the tray alone, no entry in the task bar, yet able to show windows.
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
 
+    // Comes to the front, whichever application is there: what it shows next has the keyboard.
+    virtual void activateIgnoringOtherApps() = 0;
+
     // Tells the delegate at once, inside this call, that the application will terminate. From then on nothing queued
-    // runs, no process starts, and run() returns. A second call does nothing.
+    // runs, no process starts, no alert opens, and run() returns. A second call does nothing.
     virtual void terminate() = 0;
 
     // The system's alert sound. Returns at once; silence is no error.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "BLE_kovra/platform/Outcome.h"
+
 namespace kovra {
 
 // Whether the desktop starts the program when the user logs in.
@@ -10,6 +12,10 @@ class LoginService {
     virtual ~LoginService() = default;
     // Read afresh at every call.
     virtual LoginStatus status() const = 0;
+
+    // What comes of these two is seen by reading the status again.
+    virtual Outcome registerApplication() = 0;
+    virtual Outcome unregisterApplication() = 0;
 };
 
 }  // namespace kovra

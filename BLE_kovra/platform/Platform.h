@@ -2,7 +2,9 @@
 
 namespace kovra {
 
+class AlertPresenter;
 class Application;
+class Bundle;
 class FileSystem;
 class HIDService;
 class HotKeyService;
@@ -10,8 +12,11 @@ class Locale;
 class LoginService;
 class MainQueue;
 class PreferencesStore;
+class ProcessRunner;
 class StatusBar;
 class SystemLog;
+class WindowHost;
+class Workspace;
 
 // All that the program asks of the system it runs on. Only the entry point, the delegate and the shared() accessors see
 // the whole of it; every other class takes the two or three services that it needs.
@@ -26,6 +31,11 @@ struct Platform {
     StatusBar& statusBar;
     HotKeyService& hotKeys;
     LoginService& loginService;
+    WindowHost& windows;
+    AlertPresenter& alerts;
+    ProcessRunner& processes;
+    Workspace& workspace;
+    Bundle& bundle;
 
     // The services of this process, which have to outlive it. install() comes first; without it, current() stops the
     // process.

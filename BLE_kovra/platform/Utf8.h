@@ -38,6 +38,15 @@ constexpr Utf8Character decodeUtf8(std::string_view text) {
     return {codePoint, wanted, true};
 }
 
+constexpr bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const Utf8Character character = decodeUtf8(text);
+        if (!character.valid) return false;
+        text.remove_prefix(character.length);
+    }
+    return true;
+}
+
 // The text with U+FFFD for each piece of it that is not valid UTF-8.
 inline std::string validUtf8(std::string_view text) {
     std::string result;

@@ -182,19 +182,32 @@ TEST(StatusItem, LaunchAtLoginIsCheckedExactlyWhileItIsEnabled) {
     }
 }
 
-TEST(StatusItem, ChoosingLaunchAtLoginShowsTheStatusAsTheSystemHasItAndRefreshesNothingElse) {
+TEST(StatusItem, ChoosingLaunchAtLoginTogglesItAndRefreshesNothingElse) {
     LaunchedRig rig;
-    rig.login.current = LoginStatus::enabled;
     rig.statusBar.calls.clear();
     rig.choose(launchAtLogin);
-    EXPECT_EQ(rig.statusBar.calls, Texts{"tag 2 on"});
+    rig.choose(launchAtLogin);
+    EXPECT_EQ(rig.login.calls, (Texts{"register", "unregister"}));
+    EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 2 on", "tag 2 off"}));
 }
 
 TEST(StatusItem, ALoginItemThatNeedsApprovalHasNoCheckMark) {
     LaunchedRig rig;
-    rig.login.current = LoginStatus::requiresApproval;
+    rig.login.afterRegistering = LoginStatus::requiresApproval;
+    for (int times = 1; times <= 2; ++times) {
+        rig.choose(launchAtLogin);
+        EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), off);
+    }
+    EXPECT_EQ(rig.login.calls, (Texts{"register", "register"}));
+}
+
+TEST(StatusItem, ARefusedToggleLeavesTheCheckMarkAsTheSystemHasIt) {
+    LaunchedRig rig;
+    rig.login.current = LoginStatus::enabled;
+    rig.login.reasonToFail = "Disk full";
     rig.choose(launchAtLogin);
-    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), off);
+    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), on);
+    EXPECT_EQ(rig.log.lines, Texts{"ble-kovra: не удалось переключить автозапуск: Disk full"});
 }
 
 TEST(StatusItem, WithoutAButtonTheMenuWorksAllTheSame) {

@@ -19,6 +19,7 @@ class ApplicationContract : public testing::Test, protected ApplicationDelegate 
         events_ += "launched ";
         if (whenLaunched_) whenLaunched_();
     }
+    void applicationDidReopen() override { events_ += "reopened "; }
     void applicationWillTerminate() override {
         events_ += "terminates ";
         if (whenTerminating_) whenTerminating_();

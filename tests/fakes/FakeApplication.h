@@ -16,6 +16,7 @@ class FakeApplication : public Application {
         delegate.applicationDidFinishLaunching();
     }
     void setActivationPolicy(ActivationPolicy policy) override { policies.push_back(policy); }
+    void activateIgnoringOtherApps() override { ++activations; }
     void terminate() override {
         if (terminated) return;
         terminated = true;
@@ -27,6 +28,7 @@ class FakeApplication : public Application {
     std::vector<ActivationPolicy> policies;
     std::function<void()> onTerminating;  // where a test stops its queue
     bool terminated = false;
+    int activations = 0;
     int beeps = 0;
 
   private:

@@ -28,6 +28,8 @@ class FakeFileSystem : public FileSystem {
         return Outcome::success();
     }
 
+    bool fileExists(const std::string& path) const override { return contents.contains(path); }
+
     void failNext(std::string reason) { failures_.push_back(std::move(reason)); }
     void failAlways(std::optional<std::string> reason) { always_ = std::move(reason); }
 

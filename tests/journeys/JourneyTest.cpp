@@ -49,76 +49,6 @@ TEST(Journey, AChosenMouseThatIsThereAtLaunchMutesOneTurnAfterItIsPublished) {
     EXPECT_TRUE(rig.state.blocking.get());
 }
 
-// A desktop on which each service writes down that its turn came.
-struct StepsOfLaunch : Computer {
-    using Steps = std::vector<std::string>;
-
-    struct Application : FakeApplication {
-        explicit Application(Steps& into) : steps(into) {}
-        void setActivationPolicy(ActivationPolicy) override { steps.emplace_back("1 accessory"); }
-        Steps& steps;
-    };
-    struct StatusBar : FakeStatusBar {
-        StatusBar(FakeMainQueue& queue, Steps& into) : FakeStatusBar(queue), steps(into) {}
-        std::unique_ptr<StatusItem> statusItem(double length) override {
-            steps.emplace_back("2 status item");
-            return FakeStatusBar::statusItem(length);
-        }
-        Steps& steps;
-    };
-    struct HID : FakeHID {
-        HID(FakeMainQueue& queue, Steps& into) : FakeHID(queue), steps(into) {}
-        std::unique_ptr<HIDManager> createManager() override {
-            steps.emplace_back("3 device monitor");
-            return FakeHID::createManager();
-        }
-        Steps& steps;
-    };
-    struct HotKeys : FakeHotKeys {
-        explicit HotKeys(Steps& into) : steps(into) {}
-        std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
-            steps.emplace_back("7 hot key");
-            return FakeHotKeys::registerHotKey(hotKey);
-        }
-        Steps& steps;
-    };
-    struct Files : FakeFileSystem {
-        explicit Files(Steps& into) : steps(into) {}
-        Outcome writeWholeFile(const std::string& path, std::string_view text) override {
-            steps.emplace_back("8 first decision");
-            return FakeFileSystem::writeWholeFile(path, text);
-        }
-        Steps& steps;
-    };
-
-    Steps steps;
-    Application application{steps};
-    StatusBar bar{queue, steps};
-    HID devices{queue, steps};
-    HotKeys keys{steps};
-    Files flagFile{steps};
-};
-
-TEST(Journey, LaunchGoesItsStepsInOrder) {
-    StepsOfLaunch on;
-    const Platform platform{on.application, on.queue,  on.devices, on.preferences, on.flagFile,
-                            on.log,         on.locale, on.bar,     on.keys,        on.login};
-    AppState state(on.preferences);
-    HelperController helper(on.flagFile, on.log);
-    GlobalHotkey hotkey(on.keys);
-    const L10n texts(on.locale.preferredLanguages());
-    const auto delegate = AppDelegate::create(platform, state, helper, hotkey, texts);
-    EXPECT_TRUE(on.steps.empty());
-    on.application.run(*delegate);
-    EXPECT_EQ(on.steps, (Texts{"1 accessory", "2 status item", "3 device monitor", "7 hot key", "8 first decision"}));
-    // 4. to 6.: a change of any of the three is saved from now on.
-    state.selectedIDs.set({mouse.key()});
-    state.isEnabled.set(false);
-    state.mode.set(Mode::always);
-    on.queue.run();
-    EXPECT_EQ(on.preferences.saves.size(), 3U);
-}
-
 TEST(Journey, FirstLaunchShowsThePlainIconAndACheckMarkAtBlock) {
     Computer computer;
     AppRig rig(computer);
@@ -216,9 +146,10 @@ TEST(Journey, QuittingFromTheMenuWritesOffThenLetsTheHotKeyGo) {
     HotKeys keys(computer);
     FakeApplication application;
     application.onTerminating = [&] { computer.queue.stop(); };
-    const Platform platform{application,    computer.queue, computer.hid,    computer.preferences,
-                            computer.files, computer.log,   computer.locale, computer.statusBar,
-                            keys,           computer.login};
+    const Platform platform{
+        application,        computer.queue,     computer.hid,   computer.preferences, computer.files,   computer.log,
+        computer.locale,    computer.statusBar, keys,           computer.login,       computer.windows, computer.alerts,
+        computer.processes, computer.workspace, computer.bundle};
     AppState state(computer.preferences);
     HelperController helper(computer.files, computer.log);
     GlobalHotkey hotkey(keys);
@@ -356,8 +287,7 @@ TEST(Journey, TheEntryPointRunsTheDelegateOnThePlatformsServices) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     FakeApplication application;
-    const Platform platform{application,  computer.queue,  computer.hid,       computer.preferences, computer.files,
-                            computer.log, computer.locale, computer.statusBar, computer.hotKeys,     computer.login};
+    const Platform platform = computer.platformFor(application);
     BLE_kovraApp::main(platform);
     EXPECT_EQ(application.policies, std::vector{ActivationPolicy::accessory});
     EXPECT_EQ(computer.flagWrites(), Texts{"on"});

@@ -7,7 +7,9 @@
 
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/Platform.h"
+#include "tests/fakes/FakeAlerts.h"
 #include "tests/fakes/FakeApplication.h"
+#include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakeHID.h"
 #include "tests/fakes/FakeHotKeys.h"
@@ -16,7 +18,9 @@
 #include "tests/fakes/FakeLogin.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakePreferences.h"
+#include "tests/fakes/FakeProcesses.h"
 #include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeWindows.h"
 
 namespace kovra {
 namespace {
@@ -45,7 +49,13 @@ TEST(L10nShared, IsMadeOnceAtFirstUseFromAnyThreadAndKeepsItsLanguageWhenTheSyst
     FakeStatusBar statusBar(queue);
     FakeHotKeys hotKeys;
     FakeLogin login;
-    const Platform platform{application, queue, hid, preferences, files, log, locale, statusBar, hotKeys, login};
+    FakeWindows windows;
+    FakeAlerts alerts;
+    FakeProcesses processes;
+    FakeWorkspace workspace;
+    FakeBundle bundle;
+    const Platform platform{application, queue, hid,     preferences, files,     log,       locale, statusBar,
+                            hotKeys,     login, windows, alerts,      processes, workspace, bundle};
     Platform::install(platform);
     EXPECT_EQ(locale.reads, 0);
 

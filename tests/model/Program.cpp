@@ -78,8 +78,9 @@ class Program::Desktop : public FakeApplication {
 struct Program::Process {
     Process(Program& program)
         : desktop(program.journal_),
-          platform{desktop,       program.queue_,  program.hid_,       *program.preferences_, *program.files_,
-                   *program.log_, program.locale_, program.statusBar_, program.hotKeys_,      program.login_},
+          platform{desktop,          program.queue_,  program.hid_,       *program.preferences_, *program.files_,
+                   *program.log_,    program.locale_, program.statusBar_, program.hotKeys_,      program.login_,
+                   program.windows_, program.alerts_, program.processes_, program.workspace_,    program.bundle_},
           state(*program.preferences_),
           helper(*program.files_, *program.log_),
           hotkey(program.hotKeys_),

@@ -13,12 +13,16 @@
 #include "BLE_kovra/core/HelperController.h"
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/Platform.h"
+#include "tests/fakes/FakeAlerts.h"
+#include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeHID.h"
 #include "tests/fakes/FakeHotKeys.h"
 #include "tests/fakes/FakeLocale.h"
 #include "tests/fakes/FakeLogin.h"
 #include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakeProcesses.h"
 #include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeWindows.h"
 #include "tests/model/Action.h"
 
 namespace kovra::model {
@@ -56,6 +60,11 @@ class Program {
     FakeStatusBar statusBar_{queue_};
     FakeHotKeys hotKeys_;
     FakeLogin login_;
+    FakeWindows windows_;
+    FakeAlerts alerts_;
+    FakeProcesses processes_;
+    FakeWorkspace workspace_;
+    FakeBundle bundle_;
     std::shared_ptr<Log> log_;
     std::shared_ptr<Files> files_;
     std::shared_ptr<Preferences> preferences_;

@@ -10,7 +10,9 @@
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "BLE_kovra/system/GlobalHotkey.h"
+#include "tests/fakes/FakeAlerts.h"
 #include "tests/fakes/FakeApplication.h"
+#include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakeHID.h"
 #include "tests/fakes/FakeHotKeys.h"
@@ -19,7 +21,9 @@
 #include "tests/fakes/FakeLogin.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakePreferences.h"
+#include "tests/fakes/FakeProcesses.h"
 #include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeWindows.h"
 
 namespace kovra {
 
@@ -34,6 +38,17 @@ struct Computer {
     FakeStatusBar statusBar{queue};
     FakeHotKeys hotKeys;
     FakeLogin login;
+    FakeWindows windows;
+    FakeAlerts alerts;
+    FakeProcesses processes;
+    FakeWorkspace workspace;
+    FakeBundle bundle;
+
+    // The services of this computer, for an application on it.
+    Platform platformFor(Application& application) {
+        return {application, queue, hid,     preferences, files,     log,       locale, statusBar,
+                hotKeys,     login, windows, alerts,      processes, workspace, bundle};
+    }
 
     void choose(const std::vector<DeviceDescription>& devices) {
         PreferenceArray keys;
@@ -63,8 +78,7 @@ struct AppRig {
     Computer& computer;
     FakeApplication application;
     L10n texts{computer.locale.preferredLanguages()};
-    Platform platform{application,  computer.queue,  computer.hid,       computer.preferences, computer.files,
-                      computer.log, computer.locale, computer.statusBar, computer.hotKeys,     computer.login};
+    Platform platform = computer.platformFor(application);
     AppState state{computer.preferences};
     HelperController helper{computer.files, computer.log};
     GlobalHotkey hotkey{computer.hotKeys};

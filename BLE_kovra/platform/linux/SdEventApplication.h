@@ -17,6 +17,8 @@ class SdEventApplication : public Application {
     void run(ApplicationDelegate& delegate) override;
     // Nothing to do: a program without windows has no entry in any task bar.
     void setActivationPolicy(ActivationPolicy policy) override;
+    // Nothing to do here: on Linux no application comes to the front but its windows, each as it is shown.
+    void activateIgnoringOtherApps() override {}
     void terminate() override;
     void beep() override;
 

@@ -14,7 +14,12 @@
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
+#include "BLE_kovra/platform/Alert.h"
+#include "BLE_kovra/platform/Bundle.h"
 #include "BLE_kovra/platform/Platform.h"
+#include "BLE_kovra/platform/ProcessRunner.h"
+#include "BLE_kovra/platform/Window.h"
+#include "BLE_kovra/platform/Workspace.h"
 #include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/DesktopHotKeys.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
@@ -36,6 +41,30 @@
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
 namespace {
+
+// Windows and what goes with them are still to come on this system.
+class BareDesktop : public kovra::WindowHost,
+                    public kovra::AlertPresenter,
+                    public kovra::ProcessRunner,
+                    public kovra::Workspace,
+                    public kovra::Bundle {
+    struct NoWindow : kovra::Window {
+        void setTitle(const std::string&) override {}
+        void setStyleMask(unsigned) override {}
+        void setContentSize(kovra::Size) override {}
+        void setReleasedWhenClosed(bool) override {}
+        void center() override {}
+        void makeKeyAndOrderFront() override {}
+        bool isVisible() const override { return false; }
+        void setContent(kovra::View) override {}
+    };
+    std::unique_ptr<kovra::Window> makeWindow(kovra::View) override { return std::make_unique<NoWindow>(); }
+    kovra::AlertResponse runModal(const kovra::Alert&) override { return kovra::AlertResponse::aborted; }
+    std::optional<std::string> output(const kovra::Command&) override { return std::nullopt; }
+    kovra::Outcome start(const kovra::Command&) override { return kovra::Outcome::success(); }
+    void open(const std::string&) override {}
+    std::optional<kovra::InfoValue> infoDictionaryValue(std::string_view) const override { return std::nullopt; }
+};
 
 // What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
 // terminal from a job in the background. The calls report the first two and do the third.
@@ -122,7 +151,9 @@ void runApplication() {
     }
     kovra::TrayStatusBar statusBar(loop, std::move(fronts));
 
-    const kovra::Platform platform{application, loop, hid, preferences, files, log, locale, statusBar, *hotKeys, login};
+    BareDesktop bare;
+    const kovra::Platform platform{application, loop,  hid,  preferences, files, log,  locale, statusBar,
+                                   *hotKeys,    login, bare, bare,        bare,  bare, bare};
     kovra::BLE_kovraApp::main(platform);
 }
 

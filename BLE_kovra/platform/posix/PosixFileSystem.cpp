@@ -68,4 +68,6 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
     return error == 0 ? Outcome::success() : refusal(error);
 }
 
+bool PosixFileSystem::fileExists(const std::string& path) const { return ::access(path.c_str(), F_OK) == 0; }
+
 }  // namespace kovra

@@ -10,6 +10,7 @@ namespace kovra {
 class PosixFileSystem : public FileSystem {
   public:
     Outcome writeWholeFile(const std::string& path, std::string_view text) override;
+    bool fileExists(const std::string& path) const override;
 };
 
 }  // namespace kovra

@@ -26,6 +26,7 @@ TEST(SdEventApplication, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
         void applicationDidFinishLaunching() override {
             queue.async([] { throw std::runtime_error("out of memory"); });
         }
+        void applicationDidReopen() override {}
         void applicationWillTerminate() override { terminated = true; }
         MainQueue& queue;
         bool terminated = false;

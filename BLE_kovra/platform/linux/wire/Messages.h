@@ -2,14 +2,26 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
+#include "BLE_kovra/platform/Alert.h"
 #include "BLE_kovra/platform/Drawing.h"
 #include "BLE_kovra/platform/Menu.h"
+#include "BLE_kovra/platform/View.h"
 
 namespace kovra {
+
+// Where and how a window was last, so that one made again is the same window.
+struct WindowPlace {
+    std::optional<Point> position;  // of its frame's top left corner on X, in pixels; y grows downwards. Null: centred
+    bool isMinimised = false;
+    double scroll = 0;  // how far down the list is scrolled, in points
+    bool operator==(const WindowPlace&) const = default;
+};
 
 // What the resident program tells its window process: states, which hold until another of the kind is told, and events,
 // which are told once. The newest of its kind is all that counts.
@@ -31,6 +43,31 @@ struct PopUpMenu {
     Menu menu;
 };
 
+// A state: the one window and what it shows. It comes to the front when `front` is another number than before, and
+// keeps its place otherwise.
+struct ShowWindow {
+    std::string title;
+    unsigned styleMask = 0;  // as WindowStyle has it
+    Size contentSize;
+    std::uint64_t front = 0;
+    std::string activationToken;  // with which it may come to the front; empty where there is none
+    WindowPlace place;
+    // The last of the user's changes that this content knows of. What the user did later stands until it is answered.
+    std::uint64_t heard = 0;
+    View content;  // of its actions none crosses
+};
+
+// A state: the alerts that are open, the topmost last. Only that one takes input. Those that are not named any more
+// are closed.
+struct ShowAlerts {
+    struct Open {
+        std::uint64_t number = 0;
+        std::string activationToken;
+        Alert alert;
+    };
+    std::vector<Open> alerts;
+};
+
 using ToWindow = std::variant<ShowTray, PopUpMenu>;
 
 // What the window process tells the resident program: what the user did. Each of them counts.
@@ -46,6 +83,46 @@ struct MenuClosed {
     std::chrono::milliseconds asked{};  // as the newest request has it
     std::optional<std::size_t> chosen;  // the item, counted as above
     bool operator==(const MenuClosed&) const = default;
+};
+
+// The user changed a control: a toggle to a truth value, a picker to a tag. `path` leads to it from the root: a child's
+// id, or its position where it has none.
+struct ControlChanged {
+    std::uint64_t number = 0;  // counts the user's changes, from 1
+    std::vector<std::string> path;
+    std::variant<bool, std::string> value;
+    bool operator==(const ControlChanged&) const = default;
+};
+
+// The user followed the link at this path.
+struct LinkFollowed {
+    std::vector<std::string> path;
+    bool operator==(const LinkFollowed&) const = default;
+};
+
+// The window was moved, scrolled, minimised or brought back.
+struct WindowPlaced {
+    WindowPlace place;
+    bool operator==(const WindowPlaced&) const = default;
+};
+
+// The user closed the window, which was brought to the front last with this number.
+struct WindowClosed {
+    std::uint64_t front = 0;
+    WindowPlace place;
+    bool operator==(const WindowClosed&) const = default;
+};
+
+// The user answered the alert of this number: with a button, counted from 0, or by closing it.
+struct AlertAnswered {
+    std::uint64_t number = 0;
+    std::optional<std::size_t> button;
+    bool operator==(const AlertAnswered&) const = default;
+};
+
+// The user wants the program to end.
+struct QuitWanted {
+    bool operator==(const QuitWanted&) const = default;
 };
 
 using ToResident = std::variant<ItemChosen, MenuClosed>;

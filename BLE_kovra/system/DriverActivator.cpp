@@ -1,0 +1,37 @@
+#include "BLE_kovra/system/DriverActivator.h"
+
+#include <string>
+
+#include "BLE_kovra/platform/FileSystem.h"
+#include "BLE_kovra/platform/ProcessRunner.h"
+#include "BLE_kovra/platform/SystemLog.h"
+#include "BLE_kovra/platform/Utf8.h"
+
+namespace kovra {
+
+bool DriverActivator::isExtensionActive() const {
+    const auto listing = processes_.output({listingTool, {"list"}});
+    return listing && listsActiveExtension(*listing);
+}
+
+bool DriverActivator::listsActiveExtension(std::string_view listing) {
+    if (!isUtf8(listing)) return false;
+    while (!listing.empty()) {
+        const std::string_view line = listing.substr(0, listing.find('\n'));
+        const auto has = [&](std::string_view word) { return line.find(word) != std::string_view::npos; };
+        if (has(extensionID) && has("activated") && has("enabled")) return true;
+        listing.remove_prefix(line.size() < listing.size() ? line.size() + 1 : line.size());
+    }
+    return false;
+}
+
+void DriverActivator::activate(bool force) const {
+    if (!files_.fileExists(managerPath)) {
+        log_.log("ble-kovra: Manager не найден по пути " + std::string(managerPath));
+        return;
+    }
+    const Outcome started = processes_.start({managerPath, {force ? "forceActivate" : "activate"}});
+    if (!started) log_.log("ble-kovra: не удалось запустить активацию драйвера: " + started.reason());
+}
+
+}  // namespace kovra

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/Window.h"
+
+namespace kovra {
+
+// A screen for windows. What happens to them is kept as words, in order; the newest one's content is what is seen.
+class FakeWindows : public WindowHost {
+  public:
+    std::unique_ptr<Window> makeWindow(View content) override {
+        calls.emplace_back("make");
+        shown = std::move(content);
+        return std::make_unique<Made>(*this);
+    }
+
+    // As a click on the frame's button does.
+    void close() { isVisible = false; }
+
+    std::vector<std::string> calls;
+    View shown;
+    int contents = 0;  // how often it was given a new one
+    bool isVisible = false;
+
+  private:
+    class Made : public Window {
+      public:
+        explicit Made(FakeWindows& host) : host_(host) {}
+        void setTitle(const std::string& title) override { say("title " + title); }
+        void setStyleMask(unsigned mask) override { say("style mask " + std::to_string(mask)); }
+        void setContentSize(Size size) override {
+            say("content size " + std::to_string(static_cast<int>(size.width)) + "x" +
+                std::to_string(static_cast<int>(size.height)));
+        }
+        void setReleasedWhenClosed(bool isReleased) override {
+            say(isReleased ? "released when closed" : "kept when closed");
+        }
+        void center() override { say("center"); }
+        void makeKeyAndOrderFront() override {
+            say("front");
+            host_.isVisible = true;
+        }
+        bool isVisible() const override { return host_.isVisible; }
+        void setContent(View content) override {
+            host_.shown = std::move(content);
+            ++host_.contents;
+        }
+
+      private:
+        void say(std::string call) { host_.calls.push_back(std::move(call)); }
+
+        FakeWindows& host_;
+    };
+};
+
+}  // namespace kovra

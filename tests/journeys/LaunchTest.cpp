@@ -1,0 +1,193 @@
+// The nine steps of launch, with all that may happen in the last of them, which waits.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/system/DriverActivator.h"
+#include "tests/support/AppRig.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+using Mode = AppState::BlockMode;
+using Texts = std::vector<std::string>;
+
+const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
+
+// A desktop on which each service writes down that its turn came.
+struct StepsOfLaunch : Computer {
+    using Steps = std::vector<std::string>;
+
+    struct Application : FakeApplication {
+        explicit Application(Steps& into) : steps(into) {}
+        void setActivationPolicy(ActivationPolicy) override { steps.emplace_back("1 accessory"); }
+        Steps& steps;
+    };
+    struct StatusBar : FakeStatusBar {
+        StatusBar(FakeMainQueue& queue, Steps& into) : FakeStatusBar(queue), steps(into) {}
+        std::unique_ptr<StatusItem> statusItem(double length) override {
+            steps.emplace_back("2 status item");
+            return FakeStatusBar::statusItem(length);
+        }
+        Steps& steps;
+    };
+    struct HID : FakeHID {
+        HID(FakeMainQueue& queue, Steps& into) : FakeHID(queue), steps(into) {}
+        std::unique_ptr<HIDManager> createManager() override {
+            steps.emplace_back("3 device monitor");
+            return FakeHID::createManager();
+        }
+        Steps& steps;
+    };
+    struct HotKeys : FakeHotKeys {
+        explicit HotKeys(Steps& into) : steps(into) {}
+        std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
+            steps.emplace_back("7 hot key");
+            return FakeHotKeys::registerHotKey(hotKey);
+        }
+        Steps& steps;
+    };
+    struct Files : FakeFileSystem {
+        explicit Files(Steps& into) : steps(into) {}
+        Outcome writeWholeFile(const std::string& path, std::string_view text) override {
+            steps.emplace_back("8 first decision");
+            return FakeFileSystem::writeWholeFile(path, text);
+        }
+        Steps& steps;
+    };
+
+    struct Processes : FakeProcesses {
+        explicit Processes(Steps& into) : steps(into) {}
+        std::optional<std::string> output(const Command& command) override {
+            steps.push_back("9 " + command.executable + " " + command.arguments.at(0));
+            return FakeProcesses::output(command);
+        }
+        Steps& steps;
+    };
+
+    Steps steps;
+    Application application{steps};
+    StatusBar bar{queue, steps};
+    HID devices{queue, steps};
+    HotKeys keys{steps};
+    Files flagFile{steps};
+    Processes programs{steps};
+};
+
+TEST(Launch, GoesItsNineStepsInOrder) {
+    StepsOfLaunch on;
+    on.alerts.onShown = [&] { on.steps.emplace_back("9 explanation"); };
+    const Platform platform{on.application, on.queue,  on.devices,  on.preferences, on.flagFile,
+                            on.log,         on.locale, on.bar,      on.keys,        on.login,
+                            on.windows,     on.alerts, on.programs, on.workspace,   on.bundle};
+    AppState state(on.preferences);
+    HelperController helper(on.flagFile, on.log);
+    GlobalHotkey hotkey(on.keys);
+    const L10n texts(on.locale.preferredLanguages());
+    const auto delegate = AppDelegate::create(platform, state, helper, hotkey, texts);
+    EXPECT_TRUE(on.steps.empty());
+    on.application.run(*delegate);
+    EXPECT_EQ(on.steps, (Texts{"1 accessory", "2 status item", "3 device monitor", "7 hot key", "8 first decision",
+                               "9 /usr/bin/systemextensionsctl list", "9 explanation"}));
+    // 4. to 6.: a change of any of the three is saved from now on.
+    state.selectedIDs.set({mouse.key()});
+    state.isEnabled.set(false);
+    state.mode.set(Mode::always);
+    on.queue.run();
+    EXPECT_EQ(on.preferences.saves.size(), 3U);
+}
+
+const std::string activeListing =
+    "*\t*\tG43BCU2T37\t" + std::string(DriverActivator::extensionID) + " (1.8.0/1.8.0)\tdriver\t[activated enabled]\n";
+
+TEST(Launch, AsksNothingOfTheUserWhileTheDriverIsActive) {
+    Computer computer;
+    computer.processes.outputs[DriverActivator::listingTool] = activeListing;
+    AppRig rig(computer);
+    rig.launch();
+    EXPECT_EQ(computer.processes.ran, (std::vector<Command>{{"/usr/bin/systemextensionsctl", {"list"}}}));
+    EXPECT_TRUE(computer.alerts.shown.empty());
+    EXPECT_EQ(rig.application.activations, 0);
+}
+
+TEST(Launch, ExplainsTheDriverWhereItIsNotActive) {
+    Computer computer;
+    AppRig rig(computer);
+    rig.launch();
+    ASSERT_EQ(computer.alerts.shown.size(), 1U);
+    EXPECT_EQ(computer.alerts.shown[0], (Alert{rig.texts.text("driver.title"),
+                                               rig.texts.text("driver.body"),
+                                               {rig.texts.text("driver.activate"), rig.texts.text("driver.later")}}));
+    EXPECT_EQ(rig.application.activations, 1);
+    EXPECT_TRUE(computer.processes.started.empty());
+    EXPECT_TRUE(computer.log.lines.empty());
+}
+
+TEST(Launch, ExplainsItAtEachLaunchAnew) {
+    Computer computer;
+    for (int launches = 1; launches <= 3; ++launches) {
+        AppRig rig(computer);
+        rig.launch();
+        rig.application.terminate();
+        computer.queue.restart();
+        EXPECT_EQ(computer.alerts.shown.size(), static_cast<std::size_t>(launches));
+    }
+}
+
+TEST(Launch, HasWrittenItsFirstDecisionBeforeItExplains) {
+    Computer computer;
+    computer.preferences.stored.emplace("blockMode", std::string("always"));
+    std::string flagMeanwhile;
+    computer.processes.meanwhile = [&] { flagMeanwhile = computer.flag(); };
+    AppRig rig(computer);
+    rig.launch();
+    EXPECT_EQ(flagMeanwhile, "on");
+}
+
+// While the tool runs and while the alert is open, the main queue goes on.
+TEST(Launch, GoesOnMutingWhileItsLastStepWaits) {
+    Computer computer;
+    computer.choose({mouse});
+    Texts flags;
+    AppRig rig(computer);
+    computer.processes.meanwhile = [&] {
+        computer.hid.attach(mouse);
+        computer.queue.run();
+        flags.push_back(computer.flag());
+    };
+    computer.alerts.meanwhile = [&] {
+        computer.hotKeys.press();
+        computer.queue.run();
+        flags.push_back(computer.flag());
+    };
+    rig.launch();
+    EXPECT_EQ(flags, (Texts{"on", "off"}));
+}
+
+TEST(Launch, OpensNoAlertOnceTheUserHasQuitWhileTheToolRan) {
+    Computer computer;
+    computer.preferences.stored.emplace("blockMode", std::string("always"));
+    AppRig rig(computer);
+    computer.processes.meanwhile = [&] { rig.application.terminate(); };
+    rig.launch();
+    EXPECT_TRUE(computer.alerts.shown.empty());
+    EXPECT_EQ(computer.flagWrites(), (Texts{"on", "off"}));
+}
+
+TEST(Launch, StartsNothingAfterAQuitWhileTheAlertWasOpen) {
+    Computer computer;
+    computer.preferences.stored.emplace("blockMode", std::string("always"));
+    AppRig rig(computer);
+    computer.alerts.meanwhile = [&] { rig.application.terminate(); };
+    rig.launch();
+    EXPECT_TRUE(computer.processes.started.empty());
+    EXPECT_EQ(computer.flagWrites(), (Texts{"on", "off"}));
+}
+
+}  // namespace
+}  // namespace kovra
