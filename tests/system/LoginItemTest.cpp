@@ -1,0 +1,66 @@
+#include "BLE_kovra/system/LoginItem.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/fakes/FakeLog.h"
+#include "tests/fakes/FakeLogin.h"
+
+namespace kovra {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+TEST(LoginItem, UnregistersWhatIsEnabled) {
+    FakeLogin login;
+    FakeLog log;
+    login.current = LoginStatus::enabled;
+    LoginItem::toggle(login, log);
+    EXPECT_EQ(login.calls, Texts{"unregister"});
+    EXPECT_EQ(login.current, LoginStatus::notRegistered);
+}
+
+TEST(LoginItem, RegistersFromEveryOtherStatus) {
+    for (const LoginStatus status :
+         {LoginStatus::notRegistered, LoginStatus::requiresApproval, LoginStatus::notFound}) {
+        FakeLogin login;
+        FakeLog log;
+        login.current = status;
+        LoginItem::toggle(login, log);
+        EXPECT_EQ(login.calls, Texts{"register"});
+        EXPECT_EQ(log.lines, Texts{});
+    }
+}
+
+TEST(LoginItem, RegistersAgainWhileTheUserHasNotApproved) {
+    FakeLogin login;
+    FakeLog log;
+    login.afterRegistering = LoginStatus::requiresApproval;
+    LoginItem::toggle(login, log);
+    LoginItem::toggle(login, log);
+    EXPECT_EQ(login.calls, (Texts{"register", "register"}));
+}
+
+TEST(LoginItem, ReadsTheStatusOnce) {
+    FakeLogin login;
+    FakeLog log;
+    LoginItem::toggle(login, log);
+    EXPECT_EQ(login.reads, 1);
+}
+
+TEST(LoginItem, LogsARefusalAsOneLineAndDoesNotTryAgain) {
+    for (const LoginStatus status : {LoginStatus::enabled, LoginStatus::notRegistered}) {
+        FakeLogin login;
+        FakeLog log;
+        login.current = status;
+        login.reasonToFail = "Read-only %d file system";
+        LoginItem::toggle(login, log);
+        EXPECT_EQ(login.calls.size(), 1U);
+        EXPECT_EQ(log.lines, Texts{"ble-kovra: не удалось переключить автозапуск: Read-only %d file system"});
+    }
+}
+
+}  // namespace
+}  // namespace kovra
