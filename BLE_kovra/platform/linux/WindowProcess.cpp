@@ -76,7 +76,7 @@ class WindowProcess::Running {
     SdEventLoop& loop_;
     std::unique_ptr<ChildProcess> child_;
     std::unique_ptr<FileDescriptor> socket_;
-    LineReader reader_;
+    LineReader reader_{longestToResident};
     Outbox outbox_;
     std::unique_ptr<SdEventLoop::Watch> reading_;
     std::unique_ptr<SdEventLoop::Watch> writing_;

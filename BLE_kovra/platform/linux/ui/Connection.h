@@ -22,7 +22,7 @@ class Connection {
     void receive();
 
     int socket_;
-    LineReader reader_;
+    LineReader reader_{longestToWindow};
     QSocketNotifier notifier_;
 };
 

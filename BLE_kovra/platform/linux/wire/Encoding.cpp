@@ -1,258 +1,143 @@
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 
-#include <cstdint>
-#include <nlohmann/json.hpp>
-#include <type_traits>
-#include <utility>
-#include <vector>
+#include <algorithm>
+#include <tuple>
+
+#include "BLE_kovra/platform/linux/wire/MenuForm.h"
+#include "BLE_kovra/platform/linux/wire/ViewForm.h"
 
 namespace kovra {
 
+template <>
+constexpr const char* nameOf<ShowTray> = "showTray";
+template <>
+constexpr auto members<ShowTray> = std::tuple(ifAny("image", &ShowTray::image),
+                                              always("template", &ShowTray::imageIsTemplate),
+                                              always("toolTip", &ShowTray::toolTip), always("menu", &ShowTray::menu));
+
+template <>
+constexpr const char* nameOf<PopUpMenu> = "popUpMenu";
+template <>
+constexpr auto members<PopUpMenu> = std::tuple(always("x", &PopUpMenu::x), always("y", &PopUpMenu::y),
+                                               always("asked", &PopUpMenu::asked), always("menu", &PopUpMenu::menu));
+
+template <>
+constexpr auto members<WindowPlace> = std::tuple(ifAny("position", &WindowPlace::position),
+                                                 always("minimised", &WindowPlace::isMinimised),
+                                                 always("scroll", &WindowPlace::scroll));
+
+template <>
+constexpr const char* nameOf<ShowWindow> = "showWindow";
+template <>
+constexpr auto members<ShowWindow> =
+    std::tuple(always("title", &ShowWindow::title), always("styleMask", &ShowWindow::styleMask),
+               always("contentSize", &ShowWindow::contentSize), always("front", &ShowWindow::front),
+               ifAny("activationToken", &ShowWindow::activationToken), always("place", &ShowWindow::place),
+               always("heard", &ShowWindow::heard), always("content", &ShowWindow::content));
+
+template <>
+constexpr auto members<Alert> = std::tuple(always("messageText", &Alert::messageText),
+                                           always("informativeText", &Alert::informativeText),
+                                           always("buttons", &Alert::buttons));
+
+template <>
+constexpr auto members<ShowAlerts::Open> = std::tuple(always("number", &ShowAlerts::Open::number),
+                                                      ifAny("activationToken", &ShowAlerts::Open::activationToken),
+                                                      always("alert", &ShowAlerts::Open::alert));
+
+template <>
+constexpr const char* nameOf<ShowAlerts> = "showAlerts";
+template <>
+constexpr auto members<ShowAlerts> = std::tuple(always("alerts", &ShowAlerts::alerts));
+
+template <>
+constexpr const char* nameOf<ItemChosen> = "itemChosen";
+template <>
+constexpr auto members<ItemChosen> = std::tuple(always("position", &ItemChosen::position));
+
+template <>
+constexpr const char* nameOf<MenuClosed> = "menuClosed";
+template <>
+constexpr auto members<MenuClosed> = std::tuple(always("asked", &MenuClosed::asked),
+                                                ifAny("chosen", &MenuClosed::chosen));
+
+// What a control was changed to: the one is a JSON boolean, the other a text.
+template <>
+struct Form<std::variant<bool, std::string>> {
+    using Value = std::variant<bool, std::string>;
+    static Json write(const Value& value) {
+        return std::visit([](const auto& each) { return Json(each); }, value);
+    }
+    static bool read(const Json& json, Value& value) {
+        if (json.is_boolean()) return Form<bool>::read(json, value.emplace<bool>());
+        return Form<std::string>::read(json, value.emplace<std::string>());
+    }
+};
+
+template <>
+constexpr const char* nameOf<ControlChanged> = "controlChanged";
+template <>
+constexpr auto members<ControlChanged> = std::tuple(always("number", &ControlChanged::number),
+                                                    always("path", &ControlChanged::path),
+                                                    always("value", &ControlChanged::value));
+
+template <>
+constexpr const char* nameOf<LinkFollowed> = "linkFollowed";
+template <>
+constexpr auto members<LinkFollowed> = std::tuple(always("path", &LinkFollowed::path));
+
+template <>
+constexpr const char* nameOf<WindowPlaced> = "windowPlaced";
+template <>
+constexpr auto members<WindowPlaced> = std::tuple(always("place", &WindowPlaced::place));
+
+template <>
+constexpr const char* nameOf<WindowClosed> = "windowClosed";
+template <>
+constexpr auto members<WindowClosed> = std::tuple(always("front", &WindowClosed::front),
+                                                  always("place", &WindowClosed::place));
+
+template <>
+constexpr const char* nameOf<AlertAnswered> = "alertAnswered";
+template <>
+constexpr auto members<AlertAnswered> = std::tuple(always("number", &AlertAnswered::number),
+                                                   ifAny("button", &AlertAnswered::button));
+
+template <>
+constexpr const char* nameOf<QuitWanted> = "quitWanted";
+template <>
+constexpr auto members<QuitWanted> = std::tuple();
+
 namespace {
 
-using Json = nlohmann::json;
+// Of what nests: deeper than any window, and far from the end of the stack.
+constexpr int deepest = 100;
 
-constexpr const char* showTray = "showTray";
-constexpr const char* popUpMenu = "popUpMenu";
-constexpr const char* itemChosen = "itemChosen";
-constexpr const char* menuClosed = "menuClosed";
-
-std::string asLine(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n'; }
-
-// Writing.
-
-Json written(const Point& point) { return {{"x", point.x}, {"y", point.y}}; }
-Json written(const Size& size) { return {{"width", size.width}, {"height", size.height}}; }
-
-Json written(const RoundedRectangle& shape) {
-    return {
-        {"origin", written(shape.origin)}, {"size", written(shape.size)}, {"cornerRadii", written(shape.cornerRadii)}};
-}
-Json written(const Segment& shape) { return {{"from", written(shape.from)}, {"to", written(shape.to)}}; }
-
-Json written(const Stroke& stroke) {
-    Json json = std::visit([](const auto& shape) { return written(shape); }, stroke.shape);
-    json["lineWidth"] = stroke.lineWidth;
-    return json;
+bool isDeeperThan(int levels, const Json& json) {
+    if (!json.is_structured()) return false;
+    if (levels == 0) return true;
+    return std::any_of(json.begin(), json.end(), [&](const Json& each) { return isDeeperThan(levels - 1, each); });
 }
 
-Json written(const MenuItem& item) {
-    if (item.isSeparator) return {{"separator", true}};
-    Json json{{"title", item.title}, {"enabled", item.isEnabled}};
-    if (item.action) json["action"] = item.action->name;
-    if (!item.keyEquivalent.empty()) json["keyEquivalent"] = item.keyEquivalent;
-    if (item.state) json["checked"] = *item.state == MenuItemState::on;
-    return json;
+template <typename Message>
+std::string encoded(const Message& message) {
+    return Form<Message>::write(message).dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
-template <typename T>
-Json written(const std::vector<T>& list) {
-    Json json = Json::array();
-    for (const T& each : list) json.push_back(written(each));
-    return json;
+template <typename Message>
+std::optional<Message> decoded(std::string_view line) {
+    const Json json = Json::parse(line, nullptr, false);
+    Message message;
+    if (isDeeperThan(deepest, json) || !Form<Message>::read(json, message)) return std::nullopt;
+    return message;
 }
-
-Json written(const Drawing& drawing) {
-    return {{"name", drawing.name}, {"size", written(drawing.size)}, {"strokes", written(drawing.strokes)}};
-}
-
-Json written(const ShowTray& tray) {
-    Json json{{"is", showTray},
-              {"template", tray.imageIsTemplate},
-              {"toolTip", tray.toolTip},
-              {"menu", written(tray.menu.items)}};
-    if (tray.image) json["image"] = written(*tray.image);
-    return json;
-}
-
-Json written(const PopUpMenu& request) {
-    return {{"is", popUpMenu},
-            {"x", request.x},
-            {"y", request.y},
-            {"asked", request.asked.count()},
-            {"menu", written(request.menu.items)}};
-}
-
-Json written(const ItemChosen& chosen) { return {{"is", itemChosen}, {"position", chosen.position}}; }
-
-Json written(const MenuClosed& closed) {
-    Json json{{"is", menuClosed}, {"asked", closed.asked.count()}};
-    if (closed.chosen) json["chosen"] = *closed.chosen;
-    return json;
-}
-
-// Reading: each returns whether it was what it had to be.
-
-bool read(const Json& json, bool& value) {
-    if (!json.is_boolean()) return false;
-    value = json.get<bool>();
-    return true;
-}
-
-bool read(const Json& json, double& value) {
-    if (!json.is_number()) return false;
-    value = json.get<double>();
-    return true;
-}
-
-bool read(const Json& json, std::size_t& value) {
-    if (!json.is_number_unsigned()) return false;
-    value = json.get<std::size_t>();
-    return true;
-}
-
-// A number of this kind that is within its limits.
-template <typename Kind>
-std::optional<Kind> integer(const Json& json) {
-    if (json.is_number_unsigned() && std::in_range<Kind>(json.get<std::uint64_t>())) return json.get<Kind>();
-    if (json.is_number_integer() && !json.is_number_unsigned() && std::in_range<Kind>(json.get<std::int64_t>()))
-        return json.get<Kind>();
-    return std::nullopt;
-}
-
-bool read(const Json& json, int& value) {
-    const auto number = integer<int>(json);
-    value = number.value_or(0);
-    return number.has_value();
-}
-
-bool read(const Json& json, std::chrono::milliseconds& value) {
-    const auto number = integer<std::int64_t>(json);
-    value = std::chrono::milliseconds(number.value_or(0));
-    return number && *number >= 0;  // so that differences of two never overflow
-}
-
-bool read(const Json& json, std::string& value) {
-    if (!json.is_string()) return false;
-    value = json.get<std::string>();
-    return true;
-}
-
-// Null where there is no such member, or no object.
-const Json* member(const Json& object, const char* name) {
-    if (!object.is_object()) return nullptr;
-    const auto found = object.find(name);
-    return found == object.end() ? nullptr : &*found;
-}
-
-template <typename T>
-bool read(const Json& object, const char* name, T& value);
-
-// A member that may be missing; what it then means stands in `value` already.
-template <typename T>
-bool readIfThere(const Json& object, const char* name, T& value) {
-    return member(object, name) == nullptr || read(object, name, value);
-}
-
-bool read(const Json& json, Point& point) { return read(json, "x", point.x) && read(json, "y", point.y); }
-bool read(const Json& json, Size& size) { return read(json, "width", size.width) && read(json, "height", size.height); }
-
-bool read(const Json& json, Stroke& stroke) {
-    if (!read(json, "lineWidth", stroke.lineWidth)) return false;
-    if (member(json, "from") != nullptr) {
-        auto& segment = stroke.shape.emplace<Segment>();
-        return read(json, "from", segment.from) && read(json, "to", segment.to);
-    }
-    auto& rectangle = stroke.shape.emplace<RoundedRectangle>();
-    return read(json, "origin", rectangle.origin) && read(json, "size", rectangle.size) &&
-           read(json, "cornerRadii", rectangle.cornerRadii);
-}
-
-bool read(const Json& json, Drawing& drawing) {
-    return read(json, "name", drawing.name) && read(json, "size", drawing.size) &&
-           read(json, "strokes", drawing.strokes);
-}
-
-bool read(const Json& json, MenuAction& action) {
-    action.perform = [] {};
-    return read(json, action.name);
-}
-
-bool read(const Json& json, MenuItemState& state) {
-    bool checked = false;
-    if (!read(json, checked)) return false;
-    state = checked ? MenuItemState::on : MenuItemState::off;
-    return true;
-}
-
-bool read(const Json& json, MenuItem& item) {
-    if (!json.is_object() || !readIfThere(json, "separator", item.isSeparator)) return false;
-    if (item.isSeparator) return true;
-    return read(json, "title", item.title) && read(json, "enabled", item.isEnabled) &&
-           readIfThere(json, "action", item.action) && readIfThere(json, "keyEquivalent", item.keyEquivalent) &&
-           readIfThere(json, "checked", item.state);
-}
-
-bool read(const Json& json, ShowTray& tray) {
-    return readIfThere(json, "image", tray.image) && read(json, "template", tray.imageIsTemplate) &&
-           read(json, "toolTip", tray.toolTip) && read(json, "menu", tray.menu.items);
-}
-
-bool read(const Json& json, PopUpMenu& request) {
-    return read(json, "x", request.x) && read(json, "y", request.y) && read(json, "asked", request.asked) &&
-           read(json, "menu", request.menu.items);
-}
-
-bool read(const Json& json, ItemChosen& chosen) { return read(json, "position", chosen.position); }
-
-bool read(const Json& json, MenuClosed& closed) {
-    return read(json, "asked", closed.asked) && readIfThere(json, "chosen", closed.chosen);
-}
-
-template <typename T>
-bool read(const Json& json, std::optional<T>& value) {
-    return read(json, value.emplace());
-}
-
-template <typename T>
-bool read(const Json& json, std::vector<T>& list) {
-    if (!json.is_array()) return false;
-    for (const Json& each : json) {
-        if (!read(each, list.emplace_back())) return false;
-    }
-    return true;
-}
-
-template <typename T>
-bool read(const Json& object, const char* name, T& value) {
-    const Json* found = member(object, name);
-    return found != nullptr && read(*found, value);
-}
-
-// The message, if it is the one of this name.
-template <typename Message, typename Any>
-bool readAs(const char* name, const Json& json, std::optional<Any>& message) {
-    std::string is;
-    Message found;
-    if (!read(json, "is", is) || is != name || !read(json, found)) return false;
-    message = std::move(found);
-    return true;
-}
-
-Json parsed(std::string_view line) { return Json::parse(line, nullptr, false); }
 
 }  // namespace
 
-std::string encode(const ToWindow& message) {
-    return std::visit([](const auto& each) { return asLine(written(each)); }, message);
-}
+std::string encode(const ToWindow& message) { return encoded(message); }
+std::string encode(const ToResident& message) { return encoded(message); }
 
-std::string encode(const ToResident& message) {
-    return std::visit([](const auto& each) { return asLine(written(each)); }, message);
-}
-
-std::optional<ToWindow> decodeToWindow(std::string_view line) {
-    const Json json = parsed(line);
-    std::optional<ToWindow> message;
-    readAs<ShowTray>(showTray, json, message) || readAs<PopUpMenu>(popUpMenu, json, message);
-    return message;
-}
-
-std::optional<ToResident> decodeToResident(std::string_view line) {
-    const Json json = parsed(line);
-    std::optional<ToResident> message;
-    readAs<ItemChosen>(itemChosen, json, message) || readAs<MenuClosed>(menuClosed, json, message);
-    return message;
-}
+std::optional<ToWindow> decodeToWindow(std::string_view line) { return decoded<ToWindow>(line); }
+std::optional<ToResident> decodeToResident(std::string_view line) { return decoded<ToResident>(line); }
 
 }  // namespace kovra

@@ -9,7 +9,7 @@ std::vector<std::string> LineReader::feed(std::string_view piece) {
     while (!piece.empty()) {
         const std::size_t end = piece.find('\n');
         const std::string_view part = piece.substr(0, end);
-        tooLong_ = tooLong_ || begun_.size() + part.size() > longest;
+        tooLong_ = tooLong_ || begun_.size() + part.size() > longest_;
         if (tooLong_)
             begun_ = std::string();
         else

@@ -11,12 +11,13 @@ namespace kovra {
 // dropped as a whole, so that memory is bounded whatever the other side sends.
 class LineReader {
   public:
-    static constexpr std::size_t longest = 1'000'000;
+    explicit LineReader(std::size_t longest) : longest_(longest) {}
 
     // The lines that end in this piece, without their line feeds.
     std::vector<std::string> feed(std::string_view piece);
 
   private:
+    std::size_t longest_;
     std::string begun_;
     bool tooLong_ = false;
 };

@@ -14,6 +14,11 @@ namespace kovra {
 // The descriptor at which the window process finds its socket.
 constexpr int windowSocket = 3;
 
+// What each side takes in a line: the window process a window with some ten thousand devices, the resident program what
+// the user did to one thing.
+constexpr std::size_t longestToWindow = 16'000'000;
+constexpr std::size_t longestToResident = 64'000;
+
 // Reads once what is there, without waiting: the lines that came to their end with it. Null at the end of the stream.
 std::optional<std::vector<std::string>> receiveLines(int socket, LineReader& reader);
 

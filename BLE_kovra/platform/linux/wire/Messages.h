@@ -17,7 +17,8 @@ namespace kovra {
 
 // Where and how a window was last, so that one made again is the same window.
 struct WindowPlace {
-    std::optional<Point> position;  // of its frame's top left corner on X, in pixels; y grows downwards. Null: centred
+    // Of its frame's top left corner on X, in pixels; y grows downwards. Null: centred.
+    std::optional<Point> position = std::nullopt;
     bool isMinimised = false;
     double scroll = 0;  // how far down the list is scrolled, in points
     bool operator==(const WindowPlace&) const = default;
@@ -68,7 +69,7 @@ struct ShowAlerts {
     std::vector<Open> alerts;
 };
 
-using ToWindow = std::variant<ShowTray, PopUpMenu>;
+using ToWindow = std::variant<ShowTray, PopUpMenu, ShowWindow, ShowAlerts>;
 
 // What the window process tells the resident program: what the user did. Each of them counts.
 
@@ -125,6 +126,7 @@ struct QuitWanted {
     bool operator==(const QuitWanted&) const = default;
 };
 
-using ToResident = std::variant<ItemChosen, MenuClosed>;
+using ToResident = std::variant<ItemChosen, MenuClosed, ControlChanged, LinkFollowed, WindowPlaced, WindowClosed,
+                                AlertAnswered, QuitWanted>;
 
 }  // namespace kovra

@@ -30,15 +30,15 @@ struct Pair {
 };
 
 TEST(LineReader, GivesOutLinesAsTheyComeToTheirEnd) {
-    LineReader reader;
+    LineReader reader(longestToResident);
     EXPECT_EQ(reader.feed("on"), Lines());
     EXPECT_EQ(reader.feed("e\ntwo\n\nth"), (Lines{"one", "two", ""}));
     EXPECT_EQ(reader.feed("ree\n"), Lines{"three"});
 }
 
 TEST(LineReader, DropsALineThatIsTooLongAndReadsTheNext) {
-    LineReader reader;
-    const std::string longest(LineReader::longest, 'x');
+    LineReader reader(1'000);
+    const std::string longest(1'000, 'x');
     EXPECT_EQ(reader.feed(longest + "\n"), Lines{longest});
     EXPECT_EQ(reader.feed(longest + "y\nnext\n"), Lines{"next"});
     EXPECT_EQ(reader.feed(longest), Lines());
@@ -48,7 +48,7 @@ TEST(LineReader, DropsALineThatIsTooLongAndReadsTheNext) {
 
 TEST(LineSocket, ReceivesWhatWasSentAndTellsOfTheEnd) {
     Pair pair;
-    LineReader reader;
+    LineReader reader(longestToResident);
     EXPECT_EQ(receiveLines(pair.ours(), reader), Lines());
     EXPECT_TRUE(sendLine(pair.other(), "one\n"));
     EXPECT_TRUE(sendLine(pair.other(), "two\n"));
@@ -64,7 +64,7 @@ TEST(LineSocket, DropsWholeLinesThatNobodyReads) {
     const std::string line = "a line of some length, as long as most\n";
     int taken = 0;
     while (sendLine(pair.other(), line)) ++taken;
-    LineReader reader;
+    LineReader reader(longestToResident);
     int received = 0;
     for (Lines lines; !(lines = receiveLines(pair.ours(), reader).value_or(Lines())).empty();) {
         for (const std::string& each : lines) EXPECT_EQ(each + "\n", line);
@@ -85,7 +85,7 @@ TEST(Outbox, SendsAtOnceWhatThereIsRoomFor) {
     outbox.put(0, "one\n");
     outbox.put(1, "two\n");
     EXPECT_EQ(outbox.flush(pair.ours()), Outbox::State::empty);
-    LineReader reader;
+    LineReader reader(longestToResident);
     EXPECT_EQ(receiveLines(pair.other(), reader), (Lines{"one", "two"}));
 }
 
@@ -100,7 +100,7 @@ TEST(Outbox, KeepsTheNewestOfEachKindWhileNobodyReads) {
         outbox.put(1, "one " + std::to_string(i) + "\n");
         EXPECT_EQ(outbox.flush(pair.ours()), Outbox::State::waiting);
     }
-    LineReader reader;
+    LineReader reader(longestToResident);
     Lines received;
     for (auto state = Outbox::State::waiting; state == Outbox::State::waiting || received.size() < 2;) {
         const auto lines = receiveLines(pair.other(), reader);
