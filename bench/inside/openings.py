@@ -1,0 +1,105 @@
+#!/usr/bin/env python3
+"""Inside a private session: opens and closes the settings window many times, and watches what it costs.
+
+Prints one JSON object. The window is opened as a second start of the program does it, and closed as its frame does.
+"""
+
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import time
+
+from Xlib import X, display
+from Xlib.protocol import event
+
+PATIENCE_SECONDS = 20
+# Longer than the window process is kept after its last window.
+GONE_SECONDS = 60
+TITLE = "BLE-kovra"
+
+
+def main():
+    program, openings, idle_seconds = sys.argv[1], int(sys.argv[2]), float(sys.argv[3])
+    screen = display.Display()
+    resident = subprocess.Popen([program], stdout=subprocess.DEVNULL)
+    time.sleep(3)
+    before = memory([resident.pid])
+    window = open_window(screen, program)
+    time.sleep(3)
+    pids = [resident.pid, *children(resident.pid)]
+    shown = memory(pids)
+    switches, cpu = wake_ups(pids), cpu_time(pids)
+    time.sleep(idle_seconds)
+    result = {"before": before, "shown": shown, "processes_shown": len(pids),
+              "wakeups": (wake_ups(pids) - switches) / idle_seconds, "cpu": (cpu_time(pids) - cpu) / 1e6}
+    close_window(screen, window)
+    time.sleep(1)
+    result["first"] = memory(pids)
+    for _ in range(openings - 1):
+        close_window(screen, open_window(screen, program))
+    time.sleep(1)
+    same = [resident.pid, *children(resident.pid)] == pids
+    result["last"] = memory(pids) if same else None
+    time.sleep(GONE_SECONDS)
+    result["processes_after"] = 1 + len(children(resident.pid))
+    result["after"] = memory([resident.pid])
+    print(json.dumps(result), flush=True)
+    resident.terminate()
+    resident.wait()
+
+
+def open_window(screen, program):
+    subprocess.run([program], stdout=subprocess.DEVNULL, check=True)
+    return wait_for(lambda: shown_window(screen), "the window to open")
+
+
+def close_window(screen, window):
+    protocols, delete = screen.intern_atom("WM_PROTOCOLS"), screen.intern_atom("WM_DELETE_WINDOW")
+    window.send_event(event.ClientMessage(window=window, client_type=protocols, data=(32, [delete, X.CurrentTime, 0, 0, 0])))
+    screen.sync()
+    wait_for(lambda: shown_window(screen) is None, "the window to close")
+
+
+def shown_window(screen):
+    for window in screen.screen().root.query_tree().children:
+        try:
+            if window.get_wm_name() == TITLE and window.get_attributes().map_state == X.IsViewable:
+                return window
+        except Exception:  # a window that went meanwhile
+            continue
+    return None
+
+
+def wait_for(condition, what):
+    deadline = time.monotonic() + PATIENCE_SECONDS
+    while (found := condition()) in (None, False):
+        if time.monotonic() > deadline:
+            sys.exit(f"openings: waited {PATIENCE_SECONDS} s in vain for {what}")
+        time.sleep(0.02)
+    return found
+
+
+def children(pid):
+    text = pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text()
+    return sorted(int(child) for child in text.split())
+
+
+def memory(pids):
+    """Proportional memory of them all, in MiB."""
+    return sum(int(re.search(r"^Pss:\s+(\d+) kB", pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text(), re.M).group(1))
+               for pid in pids) / 1024
+
+
+def wake_ups(pids):
+    return sum(int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", thread.read_text(), re.M).group(1))
+               for pid in pids for thread in pathlib.Path(f"/proc/{pid}/task").glob("*/status"))
+
+
+def cpu_time(pids):
+    return sum(time.clock_gettime_ns((~pid << 3) | 2) for pid in pids)
+
+
+if __name__ == "__main__":
+    main()
