@@ -10,25 +10,34 @@
 
 namespace kovra {
 
-// Programs that are there when the test says so: those with an output, and those that can be started.
+// Programs that are there when the test says so: those with an output, and those that can be started. `terminate()`
+// stands for the application's end.
 class FakeProcesses : public ProcessRunner {
   public:
     std::optional<std::string> output(const Command& command) override {
+        if (hasTerminated_) return std::nullopt;
         ran.push_back(command);
         if (meanwhile) meanwhile();
+        if (hasTerminated_) return std::nullopt;
         const auto found = outputs.find(command.executable);
         return found == outputs.end() ? std::nullopt : std::optional(found->second);
     }
     Outcome start(const Command& command) override {
+        if (hasTerminated_) return Outcome::failure("terminated");
         started.push_back(command);
         return reasonToFail ? Outcome::failure(*reasonToFail) : Outcome::success();
     }
+
+    void terminate() { hasTerminated_ = true; }
 
     std::map<std::string, std::string> outputs;
     std::function<void()> meanwhile;  // while a program runs
     std::optional<std::string> reasonToFail;
     std::vector<Command> ran;
     std::vector<Command> started;
+
+  private:
+    bool hasTerminated_ = false;
 };
 
 }  // namespace kovra

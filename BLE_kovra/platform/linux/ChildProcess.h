@@ -4,19 +4,21 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "BLE_kovra/platform/posix/FileDescriptor.h"
+#include "BLE_kovra/platform/posix/Spawn.h"
 
 namespace kovra {
 
-// A program that runs beside this one. It starts with an empty signal mask, default handlers, and no descriptor of ours
-// but the one that it is given and the standard error stream.
+// A program that runs beside this one.
 class ChildProcess {
   public:
-    // `ours` becomes `theirs` in the program, 3 or more. Null where the program cannot be started.
-    static std::unique_ptr<ChildProcess> start(const std::string& path, int ours, int theirs);
+    // Null where the program cannot be started; errno then says why.
+    static std::unique_ptr<ChildProcess> start(Spawn& how, const std::string& executable,
+                                               const std::vector<std::string>& arguments);
 
-    // Tells it to end, and waits for nothing.
+    // Tells it to end, unless it was let go, and waits for nothing.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
@@ -26,12 +28,15 @@ class ChildProcess {
     // True once it has ended; nothing of it is then left.
     bool hasEnded();
     void terminate() const;
+    // From now on its end is its own affair.
+    void letGo() { isLetGo_ = true; }
 
   private:
     ChildProcess(pid_t pid, int process) : pid_(pid), process_(process) {}
 
     pid_t pid_;  // 0 once it is gone
     FileDescriptor process_;
+    bool isLetGo_ = false;
 };
 
 }  // namespace kovra

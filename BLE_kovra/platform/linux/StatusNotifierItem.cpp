@@ -7,6 +7,7 @@
 
 #include "BLE_kovra/platform/linux/DBusMenu.h"
 #include "BLE_kovra/platform/linux/IconPixmap.h"
+#include "BLE_kovra/platform/linux/ProgramSearch.h"
 
 namespace kovra {
 
@@ -179,9 +180,8 @@ std::vector<sd_bus_vtable> StatusNotifierItem::methods(bool hasClicks) {
 
 std::string iconsBesideProgram() {
     std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const auto folder = program.parent_path() / "icons";
-    return !error && std::filesystem::is_directory(folder, error) ? folder.string() : "";
+    const auto folder = std::filesystem::path(ownProgram()).parent_path() / "icons";
+    return std::filesystem::is_directory(folder, error) ? folder.string() : "";
 }
 
 }  // namespace kovra

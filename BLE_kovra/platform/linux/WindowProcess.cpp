@@ -6,10 +6,10 @@
 #include <array>
 #include <filesystem>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "BLE_kovra/platform/linux/ChildProcess.h"
+#include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "BLE_kovra/platform/linux/wire/LineSocket.h"
 #include "BLE_kovra/platform/posix/FileDescriptor.h"
@@ -27,7 +27,11 @@ class WindowProcess::Running {
         if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return nullptr;
         const FileDescriptor theirs(ends[1]);
         auto socket = std::make_unique<FileDescriptor>(ends[0]);
-        auto child = ChildProcess::start(program, theirs.number(), windowSocket);
+        Spawn how;
+        how.give(theirs.number(), windowSocket);
+        how.giveNothing(STDIN_FILENO);
+        how.giveNothing(STDOUT_FILENO);
+        auto child = ChildProcess::start(how, program, {});
         if (!child) return nullptr;
         return std::make_unique<Running>(loop, std::move(child), std::move(socket));
     }
@@ -166,11 +170,8 @@ void WindowProcess::letGo() {
 
 std::string windowProgram() {
     constexpr const char* name = "ble-kovra-ui";
-    std::error_code error;
-    const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
-    const auto beside = own.parent_path() / name;
-    if (!error && ::access(beside.c_str(), X_OK) == 0) return beside;
-    return std::string(KOVRA_LIBEXEC) + '/' + name;
+    const auto beside = std::filesystem::path(ownProgram()).parent_path() / name;
+    return findProgram(beside).value_or(std::string(KOVRA_LIBEXEC) + '/' + name);
 }
 
 }  // namespace kovra

@@ -1,14 +1,11 @@
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
 
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/DesktopEntry.h"
+#include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/SmallTextFile.h"
 #include "BLE_kovra/platform/linux/XdgDesktop.h"
 #include "BLE_kovra/platform/linux/XdgFolders.h"
@@ -16,15 +13,6 @@
 namespace kovra {
 
 namespace {
-
-bool canRun(const std::string& program) {
-    const auto isExecutable = [](const std::string& path) { return ::access(path.c_str(), X_OK) == 0; };
-    if (program.find('/') != std::string::npos) return isExecutable(program);
-    const char* path = std::getenv("PATH");
-    const std::vector<std::string> folders = splitAtColons(path == nullptr ? "" : path);
-    return std::any_of(folders.begin(), folders.end(),
-                       [&](const std::string& folder) { return isExecutable(folder + '/' + program); });
-}
 
 bool isForThisDesktop(const DesktopEntry& entry) {
     const std::vector<std::string> desktop = desktopNames();
@@ -38,7 +26,7 @@ LoginStatus statusOf(const DesktopEntry& entry) {
     }
     const auto needed = entry.string("TryExec");
     const auto program = entry.program();
-    if (!program || !canRun(*program) || (needed && !canRun(*needed))) return LoginStatus::notFound;
+    if (!program || !findProgram(*program) || (needed && !findProgram(*needed))) return LoginStatus::notFound;
     return isForThisDesktop(entry) ? LoginStatus::enabled : LoginStatus::requiresApproval;
 }
 

@@ -15,11 +15,9 @@
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
 #include "BLE_kovra/platform/Alert.h"
-#include "BLE_kovra/platform/Bundle.h"
 #include "BLE_kovra/platform/Platform.h"
-#include "BLE_kovra/platform/ProcessRunner.h"
 #include "BLE_kovra/platform/Window.h"
-#include "BLE_kovra/platform/Workspace.h"
+#include "BLE_kovra/platform/linux/BuildBundle.h"
 #include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/DesktopHotKeys.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
@@ -28,6 +26,7 @@
 #include "BLE_kovra/platform/linux/LogindSession.h"
 #include "BLE_kovra/platform/linux/SdEventApplication.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
 #include "BLE_kovra/platform/linux/SessionBus.h"
 #include "BLE_kovra/platform/linux/SingleInstance.h"
 #include "BLE_kovra/platform/linux/StatusNotifierFront.h"
@@ -38,16 +37,13 @@
 #include "BLE_kovra/platform/linux/XConnection.h"
 #include "BLE_kovra/platform/linux/XEmbedTray.h"
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
+#include "BLE_kovra/platform/linux/XdgWorkspace.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
 namespace {
 
 // Windows and what goes with them are still to come on this system.
-class BareDesktop : public kovra::WindowHost,
-                    public kovra::AlertPresenter,
-                    public kovra::ProcessRunner,
-                    public kovra::Workspace,
-                    public kovra::Bundle {
+class BareDesktop : public kovra::WindowHost, public kovra::AlertPresenter {
     struct NoWindow : kovra::Window {
         void setTitle(const std::string&) override {}
         void setStyleMask(unsigned) override {}
@@ -60,10 +56,6 @@ class BareDesktop : public kovra::WindowHost,
     };
     std::unique_ptr<kovra::Window> makeWindow(kovra::View) override { return std::make_unique<NoWindow>(); }
     kovra::AlertResponse runModal(const kovra::Alert&) override { return kovra::AlertResponse::aborted; }
-    std::optional<std::string> output(const kovra::Command&) override { return std::nullopt; }
-    kovra::Outcome start(const kovra::Command&) override { return kovra::Outcome::success(); }
-    void open(const std::string&) override {}
-    std::optional<kovra::InfoValue> infoDictionaryValue(std::string_view) const override { return std::nullopt; }
 };
 
 // What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
@@ -73,6 +65,9 @@ void ignoreFatalConditions() {
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGTTOU, SIG_IGN);
 }
+
+// Whoever started us may ignore the end of its children; of ours nobody could tell then how they ended.
+void hearOfChildren() { std::signal(SIGCHLD, SIG_DFL); }
 
 // If we were started with a standard descriptor closed, the next file opened would take its number, and our log lines.
 void openStandardDescriptors() {
@@ -152,8 +147,11 @@ void runApplication() {
     kovra::TrayStatusBar statusBar(loop, std::move(fronts));
 
     BareDesktop bare;
-    const kovra::Platform platform{application, loop,  hid,  preferences, files, log,  locale, statusBar,
-                                   *hotKeys,    login, bare, bare,        bare,  bare, bare};
+    kovra::SdEventProcessRunner processes(loop);
+    kovra::XdgWorkspace workspace(loop);
+    kovra::BuildBundle bundle;
+    const kovra::Platform platform{application, loop,  hid,  preferences, files,     log,       locale, statusBar,
+                                   *hotKeys,    login, bare, bare,        processes, workspace, bundle};
     kovra::BLE_kovraApp::main(platform);
 }
 
@@ -162,6 +160,7 @@ void runApplication() {
 int main() {
     openStandardDescriptors();
     ignoreFatalConditions();
+    hearOfChildren();
     adoptLocale();
     try {
         runApplication();

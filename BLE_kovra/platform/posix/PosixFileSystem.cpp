@@ -5,15 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "BLE_kovra/platform/posix/FileDescriptor.h"
+#include "BLE_kovra/platform/posix/Refusal.h"
 
 namespace kovra {
 
 namespace {
-
-Outcome refusal(int error) { return Outcome::failure(std::strerror(error)); }
 
 // 0, or the error. What the system takes only in part is offered again: only then does it give its reason.
 int writeAtStart(int file, std::string_view text) {

@@ -17,6 +17,16 @@ inline bool turnUntil(SdEventLoop& loop, const std::function<bool()>& condition,
     return condition();
 }
 
+// The same for what no descriptor tells of: looks again each few milliseconds.
+inline bool lookUntil(SdEventLoop& loop, const std::function<bool()>& condition,
+                      std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
+    const auto end = std::chrono::steady_clock::now() + atMost;
+    while (!condition() && std::chrono::steady_clock::now() < end) {
+        turnUntil(loop, condition, std::chrono::milliseconds(5));
+    }
+    return condition();
+}
+
 // Lets real time pass, and counts the turns that the loop makes meanwhile.
 inline int turnsWithin(SdEventLoop& loop, std::chrono::nanoseconds duration) {
     bool isOver = false;

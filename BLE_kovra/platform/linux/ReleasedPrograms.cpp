@@ -1,0 +1,21 @@
+#include "BLE_kovra/platform/linux/ReleasedPrograms.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace kovra {
+
+int ReleasedPrograms::start(Spawn& how, const std::string& executable, const std::vector<std::string>& arguments) {
+    if (loop_.isStopped()) return ECANCELED;
+    how.setApart();
+    auto process = ChildProcess::start(how, executable, arguments);
+    if (!process) return errno;
+    process->letGo();
+    const auto program = running_.insert(running_.end(), Program{std::move(process), nullptr});
+    program->end = loop_.watch(program->process->descriptor(), [this, program] {
+        if (program->process->hasEnded()) running_.erase(program);
+    });
+    return 0;
+}
+
+}  // namespace kovra

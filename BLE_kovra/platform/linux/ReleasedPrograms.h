@@ -1,0 +1,32 @@
+#pragma once
+
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/ChildProcess.h"
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+
+namespace kovra {
+
+// Programs that were started and let go: nothing that ends us ends them, and when they end while we run no zombie is
+// left.
+class ReleasedPrograms {
+  public:
+    explicit ReleasedPrograms(SdEventLoop& loop) : loop_(loop) {}
+
+    // 0, or the system's error. Once the loop is stopped nothing starts any more: ECANCELED.
+    int start(Spawn& how, const std::string& executable, const std::vector<std::string>& arguments);
+
+  private:
+    struct Program {
+        std::unique_ptr<ChildProcess> process;
+        std::unique_ptr<SdEventLoop::Watch> end;
+    };
+
+    SdEventLoop& loop_;
+    std::list<Program> running_;
+};
+
+}  // namespace kovra

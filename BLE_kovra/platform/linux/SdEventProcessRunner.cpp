@@ -1,0 +1,38 @@
+#include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
+
+#include "BLE_kovra/platform/posix/OutputPipe.h"
+#include "BLE_kovra/platform/posix/Refusal.h"
+
+namespace kovra {
+
+std::optional<std::string> SdEventProcessRunner::output(const Command& command) {
+    if (loop_.isStopped()) return std::nullopt;
+    const auto pipe = OutputPipe::open();
+    if (!pipe) return std::nullopt;
+    Spawn how;
+    pipe->giveTo(how);
+    const auto program = ChildProcess::start(how, command.executable, command.arguments);
+    if (!program) return std::nullopt;
+    pipe->letGoOfWritingEnd();
+
+    std::string text;
+    bool hasAll = false;
+    std::unique_ptr<SdEventLoop::Watch> reading;
+    reading = loop_.watch(pipe->descriptor(), [&] {
+        hasAll = !pipe->read(text);
+        if (!hasAll) reading->rearm();
+    });
+    bool hasEnded = false;
+    const auto ending = loop_.watch(program->descriptor(), [&] { hasEnded = program->hasEnded(); });
+    loop_.runUntil([&] { return hasAll && hasEnded; });
+    if (loop_.isStopped()) return std::nullopt;
+    return text;
+}
+
+Outcome SdEventProcessRunner::start(const Command& command) {
+    Spawn how;
+    const int error = started_.start(how, command.executable, command.arguments);
+    return error == 0 ? Outcome::success() : refusal(error);
+}
+
+}  // namespace kovra

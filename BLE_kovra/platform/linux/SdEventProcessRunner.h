@@ -1,0 +1,24 @@
+#pragma once
+
+#include "BLE_kovra/platform/ProcessRunner.h"
+#include "BLE_kovra/platform/linux/ReleasedPrograms.h"
+
+namespace kovra {
+
+// Other programs, waited for by turning the event loop.
+//
+// A program that is run for its output has that one reader: it is told to end when the application terminates first.
+// What is started lives in a session of its own, and on when we have ended.
+class SdEventProcessRunner : public ProcessRunner {
+  public:
+    explicit SdEventProcessRunner(SdEventLoop& loop) : loop_(loop), started_(loop) {}
+
+    std::optional<std::string> output(const Command& command) override;
+    Outcome start(const Command& command) override;
+
+  private:
+    SdEventLoop& loop_;
+    ReleasedPrograms started_;
+};
+
+}  // namespace kovra

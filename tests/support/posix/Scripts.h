@@ -1,0 +1,32 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra {
+
+// Programs of the test's own: shell scripts, which find their folder as $here.
+class Scripts {
+  public:
+    // Gives the program's path.
+    std::string make(const std::string& text, const std::string& name = "program") const {
+        const std::string path = folder_ / name;
+        writeFile(path, "#!/bin/sh\nhere='" + folder_.path().string() + "'\n" + text + "\n");
+        ::chmod(path.c_str(), 0755);
+        return path;
+    }
+    std::string operator/(const std::string& name) const { return folder_ / name; }
+    // What a program wrote to this file of the folder; empty where there is none.
+    std::string read(const std::string& name) const {
+        const std::string text = readFile(folder_ / name);
+        return text == "missing" ? "" : text;
+    }
+
+  private:
+    TempFolder folder_;
+};
+
+}  // namespace kovra
