@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <vector>
+
+#include "BLE_kovra/platform/View.h"
+
+class QPalette;
+
+namespace kovra {
+
+// How a view's texts look, as the views around it and its own modifiers say; the innermost counts.
+struct TextStyle {
+    Font font = Font::standard;
+    bool bold = false;
+    Color color = Color::primary;
+
+    // As it is inside these modifiers.
+    TextStyle inside(const std::vector<Modifier>& modifiers) const;
+    // The desktop's own font in the size of the role.
+    QFont qtFont() const;
+    bool operator==(const TextStyle&) const = default;
+};
+
+// A colour by its role, legible on the palette's window in a dark theme and in a light one: secondary text has a
+// contrast of at least 4.5 to 1, where the theme's own text has.
+QColor roleColor(Color color, const QPalette& palette);
+
+// As WCAG 2 defines it: from 1, none, to 21.
+double contrast(const QColor& one, const QColor& other);
+
+}  // namespace kovra

@@ -1,0 +1,77 @@
+#include "BLE_kovra/platform/linux/ui/ViewRealiser.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kovra {
+
+namespace {
+
+using Controls = std::vector<QPointer<QWidget>>;
+
+// Of the control that was at `position`: the next one that is still there, else the one before it.
+QWidget* neighbour(const Controls& before, Controls::const_iterator position) {
+    const auto isThere = [](const QPointer<QWidget>& each) { return !each.isNull(); };
+    const auto next = std::find_if(position, before.end(), isThere);
+    if (next != before.end()) return *next;
+    const auto previous = std::find_if(std::make_reverse_iterator(position), before.rend(), isThere);
+    return previous == before.rend() ? nullptr : previous->data();
+}
+
+}  // namespace
+
+ViewRealiser::ViewRealiser(Surface& surface) : surface_(surface) {}
+
+ViewRealiser::~ViewRealiser() { surface_.setElement(nullptr); }
+
+void ViewRealiser::show(const View& view, std::uint64_t heard) {
+    number_ = std::max(number_, heard);
+    const auto focused = std::find(controls_.begin(), controls_.end(), surface_.window()->focusWidget());
+    const bool hadFocus = focused != controls_.end();
+    if (root_ && root_->isFor(view))
+        root_->show(view, TextStyle(), heard);
+    else
+        root_ = makeElement(view, Site{surface_, *this}, TextStyle(), heard);
+    surface_.setElement(root_.get());
+    if (hadFocus && focused->isNull()) {
+        if (QWidget* next = neighbour(controls_, focused)) next->setFocus();
+    }
+    orderControls();
+}
+
+// The keyboard and screen readers go through the controls as the eye does.
+void ViewRealiser::orderControls() {
+    std::vector<QWidget*> controls;
+    root_->addControls(controls);
+    if (std::equal(controls.begin(), controls.end(), controls_.begin(), controls_.end())) return;
+    for (std::size_t i = 1; i < controls.size(); ++i) QWidget::setTabOrder(controls[i - 1], controls[i]);
+    for (QWidget* each : controls) each->raise();
+    controls_.assign(controls.begin(), controls.end());
+}
+
+void ViewRealiser::layOut(const QSize& room) {
+    if (!root_) return;
+    const int width = std::min(root_->width().ideal, room.width());
+    const int height = std::min(root_->height(width).ideal, room.height());
+    root_->place({(room.width() - width) / 2, (room.height() - height) / 2, width, height});
+}
+
+int ViewRealiser::leastHeight(int width) {
+    return root_ ? root_->height(std::min(root_->width().ideal, width)).least : 0;
+}
+
+std::uint64_t ViewRealiser::changed(std::vector<std::string> path, std::variant<bool, std::string> value) {
+    ++number_;
+    if (onChanged) onChanged({number_, std::move(path), std::move(value)});
+    return number_;
+}
+
+void ViewRealiser::followed(std::vector<std::string> path) {
+    if (onFollowed) onFollowed({std::move(path)});
+}
+
+void ViewRealiser::scrolled() {
+    if (onScrolled) onScrolled();
+}
+
+}  // namespace kovra

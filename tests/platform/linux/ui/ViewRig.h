@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/ui/Points.h"
+#include "BLE_kovra/platform/linux/ui/ViewRealiser.h"
+#include "tests/platform/linux/ui/QtRig.h"
+#include "tests/platform/linux/ui/SampleView.h"
+
+namespace kovra {
+
+// A view on a surface of the settings window's size, and what the user's doings were told as.
+class ViewRig {
+  public:
+    ViewRig() {
+        view.onChanged = [this](const ControlChanged& change) { changes.push_back(change); };
+        view.onFollowed = [this](const LinkFollowed& link) { links.push_back(link); };
+        surface.resize(pixels(440), pixels(480));
+        surface.show();
+    }
+
+    void show(const sample::Content& content, std::uint64_t heard = 0) { show(sample::view(content), heard); }
+    void show(const View& shown, std::uint64_t heard = 0) {
+        view.show(shown, heard);
+        view.layOut(surface.size());
+    }
+
+    QLabel& label(const std::string& text) const {
+        for (auto* each : surface.findChildren<QLabel*>()) {
+            if (each->text().toStdString() == text) return *each;
+        }
+        throw std::runtime_error("no label " + text);
+    }
+    // A check box, a radio button or a link by its accessible name.
+    QAbstractButton* button(const std::string& name) const {
+        for (auto* each : surface.findChildren<QAbstractButton*>()) {
+            if (each->accessibleName().toStdString() == name) return each;
+        }
+        return nullptr;
+    }
+    QScrollArea* list() const { return surface.findChild<QScrollArea*>(); }
+    // Where it is on the surface.
+    QRect place(const QWidget& widget) const { return {widget.mapTo(&surface, QPoint()), widget.size()}; }
+    QRect place(const std::string& text) const { return place(label(text)); }
+
+    Surface surface;
+    ViewRealiser view{surface};
+    std::vector<ControlChanged> changes;
+    std::vector<LinkFollowed> links;
+};
+
+}  // namespace kovra
