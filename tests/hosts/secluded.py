@@ -1,4 +1,4 @@
-"""A file system of our own, in which the flag's folder exists: nothing that a test needs is left on the machine."""
+"""A file system of our own, with the flag's folder and an active driver: nothing that a test needs is left on the machine."""
 
 import ctypes
 import errno
@@ -7,12 +7,15 @@ import pathlib
 import shutil
 import tempfile
 
+import driver
+
 MS_BIND, MS_REC, MS_PRIVATE = 0x1000, 0x4000, 0x40000
 CLONE_NEWNS, CLONE_NEWUSER = 0x00020000, 0x10000000
 PR_SET_CHILD_SUBREAPER = 36
 
 LIBRARY = pathlib.Path("/Library")
 FLAG = LIBRARY / "Application Support" / "ble-kovra" / "state"
+ACTIVE = driver.listing("activated enabled")
 
 # Processes of ours that end by themselves when we do.
 _keepers = set()
@@ -24,7 +27,7 @@ class NotSecluded(Exception):
 
 
 def seclude():
-    """Moves this process, and what it starts from now on, to where all is as before but for a /Library of its own."""
+    """Moves this process, and what it starts from now on, to where all is as before but for these two."""
     root_outside = os.geteuid() == 0
     user, group = os.geteuid(), os.getegid()
     root = _folder_until_the_end()
@@ -32,7 +35,7 @@ def seclude():
         if not root_outside:
             raise NotSecluded("the flag's folder needs user namespaces (kernel.unprivileged_userns_clone), "
                               "or root that runs this")
-        _lend_folder()
+        _lend()
         return
     if not root_outside:
         pathlib.Path("/proc/self/setgroups").write_text("deny")
@@ -41,7 +44,7 @@ def seclude():
         pathlib.Path("/proc/self/gid_map").write_text(f"{group} {group} 1")
     try:
         if not _keep_mounts_to_ourselves() and root_outside:
-            _lend_folder()
+            _lend()
             return
         _enter_new_root(root)
     except OSError as failure:
@@ -95,7 +98,7 @@ def _keep_mounts_to_ourselves():
 
 
 def _enter_new_root(root):
-    """The same entries as in the old root, each mounted where it was, beside a new and empty /Library."""
+    """The same entries as in the old root, each mounted where it was, beside a new and empty /Library and with the tool."""
     here = os.getcwd()
     _mount("tmpfs", root, "tmpfs", 0, "mode=755")
     for entry in sorted(pathlib.Path("/").iterdir()):
@@ -107,6 +110,9 @@ def _enter_new_root(root):
         elif entry.is_dir():
             place.mkdir()
             _mount(entry, place, None, MS_BIND | MS_REC)
+    above, below = root / "above", driver.TOOL.parent
+    driver.put(above / driver.TOOL.name, ACTIVE)
+    _mount("overlay", root / below.relative_to("/"), "overlay", 0, f"lowerdir={above}:{below}")
     os.chroot(root)
     os.chdir(here)
 
@@ -118,12 +124,14 @@ def _folder_until_the_end():
     return folder
 
 
-def _lend_folder():
-    """Where even root may not mount, as in a container or a chroot, the machine itself has the folder while we run."""
-    if LIBRARY.exists():
-        raise NotSecluded(f"this machine has a {LIBRARY}, and denies us the right to mount our own over it")
-    _at_the_end(lambda: shutil.rmtree(LIBRARY))
+def _lend():
+    """Where even root may not mount, as in a container or a chroot, the machine itself has both while we run."""
+    for place in (LIBRARY, driver.TOOL):
+        if place.exists():
+            raise NotSecluded(f"this machine has a {place}, and denies us the right to mount our own over it")
+    _at_the_end(lambda: (driver.TOOL.unlink(missing_ok=True), shutil.rmtree(LIBRARY)))
     FLAG.parent.mkdir(parents=True)
+    driver.put(driver.TOOL, ACTIVE)
 
 
 def _at_the_end(work):

@@ -7,6 +7,7 @@ import subprocess
 import sys
 import traceback
 
+import driver
 import host
 
 
@@ -32,6 +33,7 @@ def main():
     mount("tmpfs", "/run")
     mount("tmpfs", "/Library")
     mount("tracefs", "/sys/kernel/tracing")
+    driver.put_active()
     line = host.Host()
     try:
         task = line.ready()

@@ -6,6 +6,7 @@ import pathlib
 import shutil
 import subprocess
 
+import driver
 import program
 import uhid
 from flag import Flag
@@ -71,6 +72,7 @@ class World:
     def prepare(self):
         shutil.rmtree(program.HOME, ignore_errors=True)
         program.HOME.mkdir(parents=True)
+        driver.put_active()
         self.flag.renew()
         self.events.forget()
         self.journal.forget()
