@@ -1,12 +1,26 @@
-// Writes the status item's pictures as symbolic icons into a folder: the build's way from the program's own drawing to
-// the files that panels load.
+// Writes the program's pictures as icons into a folder, the status item's and the application's own: the build's way
+// from the program's own drawing to the files that panels and desktops load.
 
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <string>
 
 #include "BLE_kovra/app/StatusIcon.h"
+#include "BLE_kovra/platform/ApplicationIcon.h"
 #include "BLE_kovra/platform/linux/IconSvg.h"
+
+namespace {
+
+bool write(const std::filesystem::path& path, const std::string& svg) {
+    std::ofstream file(path);
+    file << svg;
+    if (file.flush()) return true;
+    std::cerr << "write_icons: cannot write " << path << '\n';
+    return false;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -16,13 +30,7 @@ int main(int argc, char** argv) {
     const std::filesystem::path folder = argv[1];
     for (const bool active : {false, true}) {
         const kovra::Drawing icon = kovra::makeIcon(active);
-        const std::filesystem::path path = folder / (icon.name + ".svg");
-        std::ofstream file(path);
-        file << kovra::iconSvg(icon);
-        if (!file.flush()) {
-            std::cerr << "write_icons: cannot write " << path << '\n';
-            return 1;
-        }
+        if (!write(folder / (icon.name + ".svg"), kovra::iconSvg(icon))) return 1;
     }
-    return 0;
+    return write(folder / "ble-kovra.svg", kovra::iconSvg(kovra::applicationIcon())) ? 0 : 1;
 }

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "BLE_kovra/platform/ApplicationIcon.h"
 #include "tests/support/Dump.h"
 
 namespace kovra {
@@ -25,6 +28,16 @@ segment 3,3 to 15,15 width 1.6
 TEST(StatusIcon, IsTheSameAtEveryCall) {
     EXPECT_EQ(makeIcon(true), makeIcon(true));
     EXPECT_NE(makeIcon(true), makeIcon(false));
+}
+
+TEST(StatusIcon, IsWhatTheApplicationsIconShowsInColour) {
+    const auto layers = applicationIcon().layers;
+    for (const Stroke& stroke : makeIcon(true).strokes) {
+        EXPECT_TRUE(std::any_of(layers.begin(), layers.end(), [&](const auto& layer) {
+            return layer.shape == stroke.shape && (layer.lineWidth == 0 || layer.lineWidth >= stroke.lineWidth);
+        }));
+    }
+    EXPECT_EQ(applicationIcon().size, makeIcon(true).size);
 }
 
 }  // namespace

@@ -92,7 +92,7 @@ PROGRAM = (
     Room("BLE_kovra/system", VALUES + L10N, standard),
     Room("BLE_kovra/app", VALUES + L10N + DEVICES + CORE + SYSTEM, standard, with_folders=True),
 )
-ICONS = Room("packaging/icons", everything_in("BLE_kovra/app") + (r"BLE_kovra/platform/linux/IconSvg\.h",), standard)
+ICONS = Room("packaging/icons", VALUES + everything_in("BLE_kovra/app") + (r"BLE_kovra/platform/linux/IconSvg\.h",), standard)
 HELPER = Room("helper", (), any_but_qt, with_folders=True)
 
 # The composition root is the one place where the logic and a system meet.

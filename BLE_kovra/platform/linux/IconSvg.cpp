@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <iomanip>
 #include <locale>
 #include <sstream>
@@ -76,20 +77,61 @@ class Outlines {
     std::ostringstream text_;
 };
 
+// A layer of a picture of this height.
+struct ColoredShape {
+    void operator()(const RoundedRectangle& rectangle) const {
+        svg << "  <rect fill=\"" << color << "\" x=\"" << rectangle.origin.x << "\" y=\""
+            << height - rectangle.origin.y - rectangle.size.height << "\" width=\"" << rectangle.size.width
+            << "\" height=\"" << rectangle.size.height << "\" rx=\"" << rectangle.cornerRadii.width << "\" ry=\""
+            << rectangle.cornerRadii.height << "\"/>\n";
+    }
+    void operator()(const Segment& segment) const {
+        svg << "  <path stroke=\"" << color << "\" stroke-width=\"" << lineWidth << "\" stroke-linecap=\"round\" d=\"M"
+            << segment.from.x << ' ' << height - segment.from.y << 'L' << segment.to.x << ' ' << height - segment.to.y
+            << "\"/>\n";
+    }
+
+    std::ostringstream& svg;
+    double height;
+    std::string color;
+    double lineWidth;
+};
+
+std::string hexadecimal(std::uint32_t color) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << '#' << std::hex << std::setw(6) << std::setfill('0') << color;
+    return text.str();
+}
+
+std::ostringstream opened(Size size) {
+    std::ostringstream svg;
+    svg.imbue(std::locale::classic());
+    svg << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << size.width << R"(" height=")" << size.height
+        << R"(" viewBox="0 0 )" << size.width << ' ' << size.height << "\">\n";
+    return svg;
+}
+
 }  // namespace
 
 std::string iconSvg(const Drawing& drawing) {
-    std::ostringstream svg;
-    svg.imbue(std::locale::classic());
-    svg << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << drawing.size.width << R"(" height=")"
-        << drawing.size.height << R"(" viewBox="0 0 )" << drawing.size.width << ' ' << drawing.size.height << "\">\n"
-        << R"(  <style id="current-color-scheme" type="text/css">.ColorScheme-Text { color: #)" << std::hex
-        << std::setw(6) << std::setfill('0') << iconGrey << "; }</style>\n";
+    std::ostringstream svg = opened(drawing.size);
+    svg << R"(  <style id="current-color-scheme" type="text/css">.ColorScheme-Text { color: )" << hexadecimal(iconGrey)
+        << "; }</style>\n";
     Outlines outlines(drawing.size.height);
     for (const Stroke& stroke : drawing.strokes) {
         std::visit([&](const auto& shape) { outlines(shape, stroke.lineWidth); }, stroke.shape);
     }
     svg << outlines.text() << "</svg>\n";
+    return svg.str();
+}
+
+std::string iconSvg(const ColoredPicture& picture) {
+    std::ostringstream svg = opened(picture.size);
+    for (const auto& layer : picture.layers) {
+        std::visit(ColoredShape{svg, picture.size.height, hexadecimal(layer.color), layer.lineWidth}, layer.shape);
+    }
+    svg << "</svg>\n";
     return svg.str();
 }
 

@@ -44,5 +44,17 @@ TEST(IconSvg, HasNothingBuiltOfStrokesSincePanelsReplaceFillsOnly) {
     EXPECT_EQ(iconSvg(frameAndLine).find("stroke"), std::string::npos);
 }
 
+TEST(IconSvg, OfAPictureHasItsColours) {
+    const ColoredPicture picture{
+        .size = {18, 18},
+        .layers = {{0x00A0FF, RoundedRectangle{.origin = {2.5, 3}, .size = {13, 10}, .cornerRadii = {2, 1}}},
+                   {0xFFB300, Segment{.from = {9, 4}, .to = {10, 9}}, 1.5}}};
+    EXPECT_EQ(iconSvg(picture), R"(<svg xmlns="http://www.w3.org/2000/svg" width="18" height="18" viewBox="0 0 18 18">
+  <rect fill="#00a0ff" x="2.5" y="5" width="13" height="10" rx="2" ry="1"/>
+  <path stroke="#ffb300" stroke-width="1.5" stroke-linecap="round" d="M9 14L10 9"/>
+</svg>
+)");
+}
+
 }  // namespace
 }  // namespace kovra

@@ -1,11 +1,11 @@
 #include "BLE_kovra/platform/linux/ui/DrawingIcon.h"
 
-#include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
-#include <utility>
 #include <variant>
+
+#include "BLE_kovra/platform/linux/ui/PaintedIcon.h"
 
 namespace kovra {
 
@@ -41,27 +41,6 @@ QPainterPath inked(const Drawing& drawing) {
     return ink;
 }
 
-class DrawingEngine : public QIconEngine {
-  public:
-    DrawingEngine(Drawing drawing, bool isTemplate) : drawing_(std::move(drawing)), isTemplate_(isTemplate) {}
-
-    void paint(QPainter* painter, const QRect& place, QIcon::Mode, QIcon::State) override {
-        paintDrawing(*painter, place, drawing_, isTemplate_);
-    }
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(), size), mode, state);
-        return pixmap;
-    }
-    QIconEngine* clone() const override { return new DrawingEngine(*this); }
-
-  private:
-    Drawing drawing_;
-    bool isTemplate_;
-};
-
 }  // namespace
 
 void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing, bool isTemplate) {
@@ -78,6 +57,10 @@ void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing
     painter.restore();
 }
 
-QIcon drawingIcon(const Drawing& drawing, bool isTemplate) { return QIcon(new DrawingEngine(drawing, isTemplate)); }
+QIcon drawingIcon(const Drawing& drawing, bool isTemplate) {
+    return paintedIcon([drawing, isTemplate](QPainter& painter, const QRectF& place) {
+        paintDrawing(painter, place, drawing, isTemplate);
+    });
+}
 
 }  // namespace kovra

@@ -4,9 +4,8 @@
 
 #include <QImage>
 #include <QPainter>
-#include <algorithm>
-#include <cmath>
 
+#include "tests/platform/linux/ui/Luminance.h"
 #include "tests/platform/linux/ui/QtRig.h"
 
 namespace kovra {
@@ -28,34 +27,12 @@ QImage painted(const Drawing& drawing, bool isTemplate, QSize size, const QColor
     return image;
 }
 
-// As WCAG defines it: from 0, black, to 1, white.
-double luminance(QRgb colour) {
-    const auto linear = [](int value) {
-        const double part = value / 255.0;
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) + 0.0722 * linear(qBlue(colour));
-}
-
-// The share of pixels that stand out from the background, by a contrast of 3 to 1 at least.
-double share(const QImage& image, const QColor& background) {
-    const double behind = luminance(background.rgb());
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const double seen = luminance(image.pixel(x, y));
-            if ((std::max(seen, behind) + 0.05) / (std::min(seen, behind) + 0.05) >= 3) ++count;
-        }
-    }
-    return double(count) / (image.width() * image.height());
-}
-
 TEST(DrawingIcon, StandsOutFromAnyBackgroundAtAnySize) {
     for (const QColor& background : {QColor(Qt::white), QColor(0xE6, 0xE6, 0xE6), QColor(0x80, 0x80, 0x80),
                                      QColor(0x2D, 0x2D, 0x2D), QColor(Qt::black)}) {
         for (const int side : {16, 18, 22, 24, 27, 32, 33, 36, 44, 48}) {
             const QImage image = painted(pad(false), true, {side, side}, background);
-            EXPECT_GT(share(image, background), 0.08) << side << " pixels on " << background.name().toStdString();
+            EXPECT_GT(standingOut(image, background), 0.08) << side << " pixels on " << background.name().toStdString();
         }
     }
 }

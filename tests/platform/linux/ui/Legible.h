@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QFontMetrics>
+#include <QLabel>
+#include <QPushButton>
+#include <QTextLayout>
+#include <QWidget>
+
+namespace kovra {
+
+// The height that the text takes in lines of this width, and whether each of its words fits into one.
+struct SetText {
+    double height = 0;
+    bool fits = true;
+};
+inline SetText setText(const QString& text, const QFont& font, double width) {
+    SetText set;
+    for (const QString& paragraph : text.split('\n')) {
+        QTextLayout layout(paragraph, font);
+        QTextOption option;
+        option.setWrapMode(QTextOption::WordWrap);
+        layout.setTextOption(option);
+        layout.beginLayout();
+        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+            line.setLineWidth(width);
+            set.height += line.height();
+            if (line.naturalTextWidth() > width) set.fits = false;
+        }
+        layout.endLayout();
+    }
+    return set;
+}
+
+// Whether the whole text is to be seen: the label has the room for it, and lies within all that it is in.
+inline bool isWhole(const QLabel& label) {
+    const QRect room = label.contentsRect();
+    const SetText text = setText(label.text(), label.font(), room.width());
+    const QRect inWindow(label.mapTo(label.window(), QPoint()), label.size());
+    return text.fits && text.height <= room.height() && label.window()->rect().contains(inWindow) &&
+           label.visibleRegion().boundingRect() == label.rect();
+}
+
+inline bool isWhole(const QPushButton& button) {
+    const QString text = button.text().replace("&&", "&");
+    const QRect inWindow(button.mapTo(button.window(), QPoint()), button.size());
+    return button.fontMetrics().horizontalAdvance(text) < button.width() &&
+           button.fontMetrics().height() < button.height() && button.window()->rect().contains(inWindow);
+}
+
+}  // namespace kovra
