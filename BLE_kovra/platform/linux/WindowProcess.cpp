@@ -16,6 +16,21 @@
 
 namespace kovra {
 
+namespace {
+
+// A message's place among those to the window process, by which the newest replaces the one before.
+template <typename State>
+std::size_t kindOf() {
+    return ToWindow(State()).index();
+}
+
+void callOff(std::unique_ptr<DelayedTask>& task) {
+    if (task) task->cancel();
+    task.reset();
+}
+
+}  // namespace
+
 // One process, with our end of its socket.
 class WindowProcess::Running {
   public:
@@ -94,44 +109,57 @@ WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> pro
     : loop_(loop), program_(std::move(program)), patience_(std::move(patience)) {}
 
 WindowProcess::~WindowProcess() {
-    if (nextTry_) nextTry_->cancel();
+    for (auto* task : {&nextTry_, &failure_, &lingering_}) callOff(*task);
 }
 
 void WindowProcess::show(const ToWindow& state) {
-    const bool isFirst = shown_.empty();
-    const std::string& line = shown_[state.index()] = encode(state);
-    if (running_) {
-        running_->send(state.index(), line);
-    } else if (isFirst) {
+    const auto [shown, isNew] = shown_.try_emplace(state.index());
+    std::string line = encode(state);
+    if (!isNew && shown->second == line) return;
+    shown->second = std::move(line);
+    if (isNew) {
+        callOff(lingering_);
         tries_ = 0;
-        start();
+        if (!running_) return start();  // which tells it
     }
+    if (running_) running_->send(state.index(), shown->second);
 }
 
-void WindowProcess::showNothing() {
-    shown_.clear();
-    if (nextTry_) nextTry_->cancel();
-    nextTry_.reset();
-    if (running_) letGo();
+void WindowProcess::hideTray() {
+    if (hide(kindOf<ShowTray>(), HideTray())) endIfIdle();
+}
+
+void WindowProcess::hideWindow() {
+    if (hide(kindOf<ShowWindow>(), HideWindow())) linger();
+}
+
+void WindowProcess::closeAlerts() {
+    if (hide(kindOf<ShowAlerts>(), ShowAlerts())) linger();
 }
 
 void WindowProcess::tell(const ToWindow& event) {
-    if (nextTry_) nextTry_->cancel();
     if (!running_) start();
     if (!running_) return;
+    callOff(lingering_);
     isHeld_ = true;
     running_->send(event.index(), encode(event));
 }
 
 void WindowProcess::release() {
-    if (std::exchange(isHeld_, false) && shown_.empty()) letGo();
+    if (std::exchange(isHeld_, false)) endIfIdle();
 }
 
 void WindowProcess::start() {
-    nextTry_.reset();
+    callOff(nextTry_);
     startedAt_ = Clock::now();
     running_ = Running::start(loop_, program_());
-    if (!running_) return startAgainLater();
+    if (!running_) {
+        callOff(failure_);
+        failure_ = loop_.asyncAfter({}, [this] {
+            if (!running_) deaths_.call();
+        });
+        return startAgainLater();
+    }
     running_->listen([this] { receive(); },
                      [this] {
                          receive();  // what it said last
@@ -152,17 +180,39 @@ void WindowProcess::receive() {
 void WindowProcess::died() {
     letGo();
     if (Clock::now() - startedAt_ >= patience_.settled) tries_ = 0;
+    deaths_.call();
     startAgainLater();
-    if (onDied) onDied();
 }
 
 void WindowProcess::startAgainLater() {
-    if (shown_.empty() || tries_ == patience_.delays.size()) return;
+    if (running_ || shown_.empty() || tries_ == patience_.delays.size()) return;
     nextTry_ = loop_.asyncAfter(patience_.delays[tries_++], [this] { start(); });
+}
+
+// Whether it was shown. Should the process not have taken the state yet, it is told this in its place.
+bool WindowProcess::hide(std::size_t kind, const ToWindow& farewell) {
+    if (shown_.erase(kind) == 0) return false;
+    if (shown_.empty()) callOff(nextTry_);
+    if (running_) running_->send(kind, encode(farewell));
+    return true;
+}
+
+void WindowProcess::linger() {
+    callOff(lingering_);
+    if (!running_) return;
+    lingering_ = loop_.asyncAfter(patience_.linger, [this] {
+        lingering_.reset();
+        endIfIdle();
+    });
+}
+
+void WindowProcess::endIfIdle() {
+    if (running_ && shown_.empty() && !isHeld_ && !lingering_) letGo();
 }
 
 void WindowProcess::letGo() {
     isHeld_ = false;
+    callOff(lingering_);
     Running* leaving = leaving_.emplace_back(std::move(running_)).get();
     leaving->leave(
         [this, leaving] { std::erase_if(leaving_, [&](const auto& each) { return each.get() == leaving; }); });

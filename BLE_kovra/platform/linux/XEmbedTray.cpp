@@ -27,12 +27,12 @@ XEmbedTray::XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, 
         if (isWanted)
             window_.show(message(item.contents()));
         else
-            window_.showNothing();
+            window_.hideTray();
     };
 }
 
 XEmbedTray::~XEmbedTray() {
-    if (isShown_) window_.showNothing();
+    if (isShown_) window_.hideTray();
 }
 
 void XEmbedTray::show(const TrayContents& contents, const TrayChanges&) {

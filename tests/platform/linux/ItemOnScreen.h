@@ -39,7 +39,7 @@ class ItemOnScreen : public testing::Test {
         item.setMenu(menu);
     }
     ~ItemOnScreen() override {
-        window.showNothing();
+        window.hideTray();
         waitUntil([] { return windowProcesses().empty(); });
     }
 

@@ -36,6 +36,7 @@ std::size_t bytesInUse() {
 class WindowProcessTest : public testing::Test {
   protected:
     static constexpr auto limit = 20s;
+    static constexpr auto linger = 200ms;
 
     void TearDown() override {
         window.reset();
@@ -53,8 +54,8 @@ class WindowProcessTest : public testing::Test {
     void use(const std::string& text) {
         const std::string path = script(text);
         window = std::make_unique<WindowProcess>(
-            loop, [path] { return path; }, WindowProcess::Patience{{10ms, 20ms, 30ms}, 1h});
-        window->onDied = [this] { ++deaths; };
+            loop, [path] { return path; }, WindowProcess::Patience{{10ms, 20ms, 30ms}, 1h, linger});
+        mourning = window->listenForDeath([this] { ++deaths; });
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
     }
@@ -65,6 +66,8 @@ class WindowProcessTest : public testing::Test {
     }
     void show(const std::string& toolTip) { window->show(ShowTray{{}, false, toolTip, {}}); }
 
+    void showWindow() { window->show(ShowWindow()); }
+    void showAlert() { window->show(ShowAlerts{{{7, "", {}}}}); }
     void popUp(int x) { window->tell(PopUpMenu{.x = x, .y = 0, .asked = {}, .menu = {}}); }
 
     // Looks again each few milliseconds, for what no descriptor tells of.
@@ -93,6 +96,7 @@ class WindowProcessTest : public testing::Test {
     SdEventLoop loop;
     std::unique_ptr<WindowProcess> window;
     WindowProcess::Messages::Token listening;
+    WindowProcess::Deaths::Token mourning;
     int deaths = 0;
     std::vector<std::size_t> chosen;
 };
@@ -130,7 +134,7 @@ TEST_F(WindowProcessTest, GoesWhenThereIsNothingToShowAndLeavesNothingBehind) {
     show("tip");
     waitFor([&] { return pid() > 0; });
     EXPECT_TRUE(hasChildren());
-    window->showNothing();
+    window->hideTray();
     waitFor([&] { return !hasChildren(); });
     let(10ms);
     EXPECT_EQ(openDescriptors(), before);
@@ -141,7 +145,7 @@ TEST_F(WindowProcessTest, GoesAlsoWhenItDoesNotMindItsSocket) {
     use("echo $$ >$here/pid; exec sleep 1000");
     show("tip");
     waitFor([&] { return pid() > 0; });
-    window->showNothing();
+    window->hideTray();
     waitFor([&] { return !hasChildren(); });
 }
 
@@ -150,7 +154,7 @@ TEST_F(WindowProcessTest, ComesBackAfterItWent) {
     for (std::size_t round = 1; round < 4; ++round) {
         show("tip");
         waitFor([&] { return starts() == round; });
-        window->showNothing();
+        window->hideTray();
     }
     waitFor([&] { return !hasChildren(); });
 }
@@ -198,7 +202,7 @@ TEST_F(WindowProcessTest, IsGivenUpAfterAFewTriesUntilThereIsSomethingAnew) {
     EXPECT_EQ(deaths, 4);
     EXPECT_EQ(starts(), 4U);
     EXPECT_FALSE(hasChildren());
-    window->showNothing();
+    window->hideTray();
     show("tip");
     waitFor([&] { return deaths == 8; });
 }
@@ -206,7 +210,7 @@ TEST_F(WindowProcessTest, IsGivenUpAfterAFewTriesUntilThereIsSomethingAnew) {
 TEST_F(WindowProcessTest, HasItsTriesBackOnceItLivedForAWhile) {
     const std::string path = script("sleep 0.05; echo >>$here/starts");
     WindowProcess settling(
-        loop, [&] { return path; }, WindowProcess::Patience{{1ms}, 40ms});
+        loop, [&] { return path; }, WindowProcess::Patience{{1ms}, 40ms, linger});
     settling.show(ShowTray());
     waitFor([&] { return starts() > 5; });
 }
@@ -214,7 +218,7 @@ TEST_F(WindowProcessTest, HasItsTriesBackOnceItLivedForAWhile) {
 TEST_F(WindowProcessTest, TakesLongerForEachTry) {
     use("");
     std::vector<std::chrono::steady_clock::time_point> died;
-    window->onDied = [&] { died.push_back(std::chrono::steady_clock::now()); };
+    const auto noting = window->listenForDeath([&] { died.push_back(std::chrono::steady_clock::now()); });
     show("tip");
     waitFor([&] { return died.size() == 4; });
     EXPECT_GE(died[1] - died[0], 10ms);
@@ -224,7 +228,7 @@ TEST_F(WindowProcessTest, TakesLongerForEachTry) {
 
 TEST_F(WindowProcessTest, IsNotStartedAgainWhenThereIsNothingToShowAnyMore) {
     use("echo >>$here/starts");
-    window->onDied = [&] { window->showNothing(); };
+    const auto hiding = window->listenForDeath([&] { window->hideTray(); });
     show("tip");
     waitFor([&] { return starts() == 1 && !hasChildren(); });
     let(50ms);
@@ -239,7 +243,7 @@ TEST_F(WindowProcessTest, ShowsNothingWhereTheProgramIsMissing) {
             ++asked;
             return folder / "missing";
         },
-        WindowProcess::Patience{{1ms, 1ms}, 1h});
+        WindowProcess::Patience{{1ms, 1ms}, 1h, linger});
     const std::size_t before = openDescriptors();
     missing.show(ShowTray());
     waitFor([&] { return asked == 3; });
@@ -324,7 +328,7 @@ TEST_F(WindowProcessTest, StaysWhenItIsReleasedWhileThereIsSomethingToShow) {
     window->release();
     let(50ms);
     EXPECT_TRUE(hasChildren());
-    window->showNothing();
+    window->hideTray();
     waitFor([&] { return !hasChildren(); });
 }
 
@@ -336,6 +340,113 @@ TEST_F(WindowProcessTest, StartsAtOnceForAnEventAlsoWhereItWasGivenUp) {
     waitFor([&] { return deaths == 5; });
     let(50ms);
     EXPECT_EQ(starts(), 5U);
+}
+
+TEST_F(WindowProcessTest, TellsTheSameStateOnce) {
+    use("exec cat <&3 >$here/shown");
+    for (const char* tip : {"one", "one", "two", "two", "one"}) {
+        show(tip);
+        waitFor([&] { return read("shown").ends_with("}\n") && read("shown").find(tip) != std::string::npos; });
+    }
+    const std::string shown = read("shown");
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 3);
+}
+
+TEST_F(WindowProcessTest, TellsOfOneStateLessWhileTheOthersStay) {
+    use("exec cat <&3 >$here/shown");
+    show("tip");
+    showWindow();
+    showAlert();
+    waitFor([&] { return read("shown").find("\"number\":7") != std::string::npos; });
+    window->hideTray();
+    waitFor([&] { return read("shown").ends_with("{\"is\":\"hideTray\"}\n"); });
+    window->closeAlerts();
+    waitFor([&] { return read("shown").ends_with("{\"alerts\":[],\"is\":\"showAlerts\"}\n"); });
+    let(2 * linger);
+    EXPECT_TRUE(hasChildren());
+    window->hideWindow();
+    waitFor([&] { return read("shown").ends_with("{\"is\":\"hideWindow\"}\n"); });
+}
+
+TEST_F(WindowProcessTest, IsKeptForAWhileAfterItsLastWindowOrAlert) {
+    for (const bool isAlert : {false, true}) {
+        use("echo $$ >$here/pid; exec cat <&3 >/dev/null");
+        isAlert ? showAlert() : showWindow();
+        waitFor([&] { return pid() > 0; });
+        const auto closed = std::chrono::steady_clock::now();
+        isAlert ? window->closeAlerts() : window->hideWindow();
+        waitFor([&] { return !hasChildren(); });
+        EXPECT_GE(std::chrono::steady_clock::now() - closed, linger);
+        EXPECT_FALSE(window->isRunning());
+        EXPECT_EQ(deaths, 0);
+    }
+}
+
+TEST_F(WindowProcessTest, IsKeptForTheWholeWhileAfterTheLastTime) {
+    use("echo $$ >>$here/starts; exec cat <&3 >/dev/null");
+    for (int i = 0; i < 4; ++i) {
+        showWindow();
+        waitFor([&] { return starts() == 1; });
+        let(linger + 50ms);  // while it is shown
+        window->hideWindow();
+        let(linger / 2);
+    }
+    EXPECT_EQ(starts(), 1U);
+    EXPECT_TRUE(window->isRunning());
+    waitFor([&] { return !hasChildren(); });
+}
+
+TEST_F(WindowProcessTest, EndsWithItsIconUnlessItIsKeptForAnotherReason) {
+    use("echo $$ >>$here/starts; exec cat <&3 >/dev/null");
+    showWindow();
+    show("tip");
+    waitFor([&] { return starts() == 1; });
+    window->hideWindow();
+    window->hideTray();
+    EXPECT_TRUE(window->isRunning()) << "a window was there a moment ago";
+    waitFor([&] { return !hasChildren(); });
+    show("tip");
+    window->hideTray();
+    EXPECT_FALSE(window->isRunning());
+}
+
+TEST_F(WindowProcessTest, ShowsWhatItsDeathDidNotEndAgain) {
+    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
+    const auto closing = window->listenForDeath([&] { window->hideWindow(); });
+    show("tip");
+    showWindow();
+    waitFor([&] { return read("shown").find("showWindow") != std::string::npos; });
+    ::kill(pid(), SIGKILL);
+    waitFor([&] { return starts() == 2 && read("shown").find("tip") != std::string::npos; });
+    let(30ms);
+    EXPECT_EQ(read("shown").find("indow"), std::string::npos);
+}
+
+TEST_F(WindowProcessTest, StartsAtOnceForAWindowAlsoWhereTheIconWasGivenUp) {
+    use("echo >>$here/starts");
+    const auto closing = window->listenForDeath([&] { window->hideWindow(); });
+    show("tip");
+    waitFor([&] { return deaths == 4; });
+    showWindow();
+    EXPECT_TRUE(window->isRunning());
+    waitFor([&] { return deaths == 8; });
+}
+
+TEST_F(WindowProcessTest, TellsOfItsDeathLaterWhereTheProgramIsMissing) {
+    WindowProcess missing(
+        loop, [&] { return folder / "missing"; }, WindowProcess::Patience{{1h}, 1h, linger});
+    int told = 0;
+    const auto closing = missing.listenForDeath([&] {
+        ++told;
+        missing.hideWindow();
+    });
+    missing.show(ShowWindow());
+    EXPECT_EQ(told, 0);
+    waitFor([&] { return told == 1; });
+    missing.show(ShowWindow());
+    waitFor([&] { return told == 2; });
+    let(20ms);
+    EXPECT_EQ(told, 2);
 }
 
 TEST_F(WindowProcessTest, EndsTheProcessWithItself) {

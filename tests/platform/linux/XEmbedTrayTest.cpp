@@ -198,7 +198,7 @@ TEST_F(XEmbedTrayTest, StartsTheWindowProcessAgainWhenItIsKilled) {
     patience.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     int deaths = 0;
-    window.onDied = [&] { ++deaths; };
+    const auto listening = window.listenForDeath([&] { ++deaths; });
     const auto before = windowProcesses();
     ASSERT_EQ(before.size(), 1U);
     ::kill(before.front(), SIGKILL);
@@ -208,6 +208,22 @@ TEST_F(XEmbedTrayTest, StartsTheWindowProcessAgainWhenItIsKilled) {
     show(true);
     waitUntil([&] { return icon() == place && onlooker.pixels(place) != plain; });
     EXPECT_EQ(deaths, 1);
+}
+
+TEST_F(XEmbedTrayTest, TakesTheIconAwayAlsoFromAProcessThatStays) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    const auto before = windowProcesses();
+    window.tell(PopUpMenu{.x = 0, .y = 0, .asked = {}, .menu = {}});  // which is too late, and holds the process
+    tray->setHostIsThere(true);
+    waitUntil([&] { return !icon(); });
+    EXPECT_EQ(windowProcesses(), before);
+    tray->setHostIsThere(false);
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    EXPECT_EQ(windowProcesses(), before);
+    window.release();
 }
 
 TEST_F(XEmbedTrayTest, LeavesTheTrayToAStatusNotifierHostThatComes) {

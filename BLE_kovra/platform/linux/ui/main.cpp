@@ -49,6 +49,7 @@ int main(int argc, char** argv) {
     connection.onEnd = [] { QCoreApplication::quit(); };
     connection.onMessage = [&](const kovra::ToWindow& message) {
         if (const auto* shown = std::get_if<kovra::ShowTray>(&message)) showTray(*shown);
+        if (std::holds_alternative<kovra::HideTray>(message)) tray.reset();
         if (const auto* request = std::get_if<kovra::PopUpMenu>(&message)) menu.show(*request);
     };
     return QCoreApplication::exec();

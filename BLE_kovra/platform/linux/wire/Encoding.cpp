@@ -16,6 +16,11 @@ constexpr auto members<ShowTray> = std::tuple(ifAny("image", &ShowTray::image),
                                               always("toolTip", &ShowTray::toolTip), always("menu", &ShowTray::menu));
 
 template <>
+constexpr const char* nameOf<HideTray> = "hideTray";
+template <>
+constexpr auto members<HideTray> = std::tuple();
+
+template <>
 constexpr const char* nameOf<PopUpMenu> = "popUpMenu";
 template <>
 constexpr auto members<PopUpMenu> = std::tuple(always("x", &PopUpMenu::x), always("y", &PopUpMenu::y),
@@ -34,6 +39,11 @@ constexpr auto members<ShowWindow> =
                always("contentSize", &ShowWindow::contentSize), always("front", &ShowWindow::front),
                ifAny("activationToken", &ShowWindow::activationToken), always("place", &ShowWindow::place),
                always("heard", &ShowWindow::heard), always("content", &ShowWindow::content));
+
+template <>
+constexpr const char* nameOf<HideWindow> = "hideWindow";
+template <>
+constexpr auto members<HideWindow> = std::tuple();
 
 template <>
 constexpr auto members<Alert> = std::tuple(always("messageText", &Alert::messageText),

@@ -36,6 +36,9 @@ struct ShowTray {
     Menu menu;
 };
 
+// The icon goes.
+struct HideTray {};
+
 // An event: a desktop asks for the menu at this place of the screen.
 struct PopUpMenu {
     int x = 0;
@@ -52,11 +55,14 @@ struct ShowWindow {
     Size contentSize;
     std::uint64_t front = 0;
     std::string activationToken;  // with which it may come to the front; empty where there is none
-    WindowPlace place;
+    WindowPlace place;  // for as long as the window was not to be seen; where it is seen, it is where the user has it
     // The last of the user's changes that this content knows of. What the user did later stands until it is answered.
     std::uint64_t heard = 0;
     View content;  // of its actions none crosses
 };
+
+// The window goes, as if the user had closed it, and nothing is told.
+struct HideWindow {};
 
 // A state: the alerts that are open, the topmost last. Only that one takes input. Those that are not named any more
 // are closed.
@@ -69,7 +75,7 @@ struct ShowAlerts {
     std::vector<Open> alerts;
 };
 
-using ToWindow = std::variant<ShowTray, PopUpMenu, ShowWindow, ShowAlerts>;
+using ToWindow = std::variant<ShowTray, HideTray, PopUpMenu, ShowWindow, HideWindow, ShowAlerts>;
 
 // What the window process tells the resident program: what the user did. Each of them counts.
 
@@ -89,7 +95,7 @@ struct MenuClosed {
 // The user changed a control: a toggle to a truth value, a picker to a tag. `path` leads to it from the root: a child's
 // id, or its position where it has none.
 struct ControlChanged {
-    std::uint64_t number = 0;  // counts the user's changes, from 1
+    std::uint64_t number = 0;  // counts the user's changes in this process, from 1
     std::vector<std::string> path;
     std::variant<bool, std::string> value;
     bool operator==(const ControlChanged&) const = default;

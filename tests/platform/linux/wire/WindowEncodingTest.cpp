@@ -107,6 +107,14 @@ TEST(WireOfWindows, BringsAnythingThatTheUserDoesAcrossUnchanged) {
     }
 }
 
+TEST(WireOfWindows, BringsAcrossThatSomethingGoes) {
+    for (const ToWindow& sent : {ToWindow(HideTray()), ToWindow(HideWindow())}) {
+        const auto received = decodeToWindow(encode(sent));
+        ASSERT_TRUE(received);
+        EXPECT_EQ(received->index(), sent.index());
+    }
+}
+
 TEST(WireOfWindows, BringsAnUnboundedLengthAcross) {
     const View sent = View{Text{"x"}, {}, {}, {}}.frame({.maxWidth = Frame::unbounded, .maxHeight = Frame::unbounded});
     expectSame(sent, throughTheWire(aWindowWith(sent)).content);
