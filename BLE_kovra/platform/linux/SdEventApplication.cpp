@@ -28,4 +28,8 @@ void SdEventApplication::terminate() {
 
 void SdEventApplication::beep() { playAlertSound(); }
 
+void SdEventApplication::reopen() {
+    if (delegate_ != nullptr) delegate_->applicationDidReopen();
+}
+
 }  // namespace kovra

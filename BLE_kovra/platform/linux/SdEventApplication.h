@@ -22,6 +22,9 @@ class SdEventApplication : public Application {
     void terminate() override;
     void beep() override;
 
+    // The user has started the program while it runs.
+    void reopen();
+
   private:
     SdEventLoop& loop_;
     ApplicationDelegate* delegate_ = nullptr;

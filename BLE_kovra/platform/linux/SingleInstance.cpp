@@ -50,19 +50,31 @@ Answer requestName(sd_bus* bus) {
 
 }  // namespace
 
-SingleInstance::SingleInstance(SessionBus& bus) {
+SingleInstance::SingleInstance(SessionBus& bus)
+    : activation_(bus.loop(), [this](const std::string& token) {
+          if (onStartedAgain) onStartedAgain(token);
+      }) {
     if (bus.bus() != nullptr) {
+        activation_.exportOn(bus.bus());  // before the name is ours, so that nobody finds it without this
         const Answer answer = requestName(bus.bus());
         isSecond_ = answer == Answer::second;
         isAnswered_ = answer != Answer::none;
     }
-    if (isSecond_) return;
-    listener_ = bus.listen([this](sd_bus* connected) { ask(connected); }, [this] { isAnswered_ = false; });
+    if (isSecond_)
+        DBusActivation::activate(bus.bus(), busName);
+    else
+        listener_ = bus.listen([this](sd_bus* connected) { isUp(connected); }, [this] { isGone(); });
 }
 
-void SingleInstance::ask(sd_bus* bus) const {
+void SingleInstance::isUp(sd_bus* bus) {
+    activation_.exportOn(bus);
     // With a handler of its own: the library's would end the connection where another holds the name.
     if (!isAnswered_) sd_bus_request_name_async(bus, nullptr, busName, 0, ignoreAnswer, nullptr);
+}
+
+void SingleInstance::isGone() {
+    activation_.letGoOfBus();
+    isAnswered_ = false;
 }
 
 }  // namespace kovra

@@ -9,6 +9,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -102,7 +103,7 @@ void runApplication() {
     }
 
     kovra::SessionBus bus(loop);
-    const kovra::SingleInstance instance(bus);
+    kovra::SingleInstance instance(bus);
     if (instance.isSecond()) return;
 
     kovra::JournalLog log;
@@ -123,6 +124,10 @@ void runApplication() {
     kovra::XdgLoginService login;
 
     kovra::ActivationToken activationToken;
+    instance.onStartedAgain = [&](const std::string& token) {
+        activationToken.provide(token);
+        application.reopen();
+    };
     kovra::StatusNotifierWatcher watcher(bus);
     kovra::WindowProcess window(loop, kovra::windowProgram);
     std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {

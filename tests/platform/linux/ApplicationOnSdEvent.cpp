@@ -13,6 +13,8 @@ class SdEventDriver {
     MainQueue& queue() { return loop_; }
     void runOut(ApplicationDelegate& delegate) { application_.run(delegate); }
 
+    void reopen() { application_.reopen(); }
+
   private:
     SdEventLoop loop_;
     SdEventApplication application_{loop_};
@@ -35,6 +37,30 @@ TEST(SdEventApplication, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
     Delegate delegate(driver.queue());
     EXPECT_THROW(driver.runOut(delegate), std::runtime_error);
     EXPECT_TRUE(delegate.terminated);
+}
+
+TEST(SdEventApplication, TellsItsDelegateOfAFurtherStartBetweenItsLaunchAndItsEnd) {
+    struct Delegate : ApplicationDelegate {
+        explicit Delegate(SdEventDriver& its) : driver(its) {}
+        void applicationDidFinishLaunching() override {
+            driver.reopen();
+            driver.queue().async([this] {
+                driver.reopen();
+                driver.application().terminate();
+                driver.reopen();
+            });
+        }
+        void applicationDidReopen() override { ++reopened; }
+        void applicationWillTerminate() override {}
+        SdEventDriver& driver;
+        int reopened = 0;
+    };
+    SdEventDriver driver;
+    Delegate delegate(driver);
+    driver.reopen();
+    driver.runOut(delegate);
+    driver.reopen();
+    EXPECT_EQ(delegate.reopened, 2);
 }
 
 }  // namespace
