@@ -37,7 +37,8 @@ QAccessibleInterface* accessibleLink(const QString&, QObject* object) {
 }  // namespace
 
 LinkButton::LinkButton(QWidget& parent) : QAbstractButton(&parent) {
-    QAccessible::installFactory(&accessibleLink);  // once, however often it is asked for
+    QAccessible::removeFactory(&accessibleLink);
+    QAccessible::installFactory(&accessibleLink);  // the newest is asked first
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setAttribute(Qt::WA_Hover);

@@ -45,8 +45,13 @@ void PickerElement::makeButtons() {
     for (const Picker::Option& option : picker_.options) {
         buttons_.push_back(std::make_unique<RadioButton>(*group_));
         QObject::connect(buttons_.back().get(), &QRadioButton::clicked, group_.get(),
-                         [this, tag = option.tag] { changed_ = site().actions.changed(path(), tag); });
+                         [this, tag = option.tag] { userChose(tag); });
     }
+}
+
+void PickerElement::userChose(const std::string& tag) {
+    changed_ = site().actions.changed(path(), tag);
+    chooseWhereTabStops();
 }
 
 void PickerElement::choose(const std::string& tag) {
@@ -58,6 +63,15 @@ void PickerElement::choose(const std::string& tag) {
         buttons_[i]->setChecked(isChosen);
         buttons_[i]->setAutoExclusive(true);
     }
+    chooseWhereTabStops();
+}
+
+// At the chosen one alone; the arrow keys go from there.
+void PickerElement::chooseWhereTabStops() {
+    const bool isAnyChosen =
+        std::any_of(buttons_.begin(), buttons_.end(), [](const auto& b) { return b->isChecked(); });
+    for (const auto& button : buttons_)
+        button->setFocusPolicy(button->isChecked() || !isAnyChosen ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
 void PickerElement::addTexts(QStringList& texts) const {

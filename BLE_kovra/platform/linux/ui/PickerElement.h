@@ -39,7 +39,9 @@ class PickerElement : public Element {
     void placeKind(const QRect& place) override;
 
     void makeButtons();
+    void userChose(const std::string& tag);
     void choose(const std::string& tag);
+    void chooseWhereTabStops();
     int gap() const;
 
     Picker picker_;

@@ -12,6 +12,7 @@
 #include "BLE_kovra/platform/linux/ui/Connection.h"
 #include "BLE_kovra/platform/linux/ui/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/TrayIcon.h"
+#include "BLE_kovra/platform/linux/ui/ViewWindow.h"
 
 namespace {
 
@@ -44,6 +45,14 @@ int main(int argc, char** argv) {
         }
         tray->show(shown);
     };
+    std::optional<kovra::ViewWindow> window;
+    const auto showWindow = [&](const kovra::ShowWindow& shown) {
+        if (!window) {
+            window.emplace();
+            window->onAct = [&](const kovra::ToResident& act) { connection.send(act); };
+        }
+        window->showWindow(shown);
+    };
     kovra::RequestedMenu menu;
     menu.onClosed = [&](const kovra::MenuClosed& closed) { connection.send(closed); };
     connection.onEnd = [] { QCoreApplication::quit(); };
@@ -51,6 +60,7 @@ int main(int argc, char** argv) {
         if (const auto* shown = std::get_if<kovra::ShowTray>(&message)) showTray(*shown);
         if (std::holds_alternative<kovra::HideTray>(message)) tray.reset();
         if (const auto* request = std::get_if<kovra::PopUpMenu>(&message)) menu.show(*request);
+        if (const auto* shown = std::get_if<kovra::ShowWindow>(&message)) showWindow(*shown);
     };
     return QCoreApplication::exec();
 }
