@@ -9,6 +9,8 @@
 #include <optional>
 #include <variant>
 
+#include "BLE_kovra/platform/linux/ui/AlertStack.h"
+#include "BLE_kovra/platform/linux/ui/ApplicationIcon.h"
 #include "BLE_kovra/platform/linux/ui/Connection.h"
 #include "BLE_kovra/platform/linux/ui/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/TrayIcon.h"
@@ -35,6 +37,8 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName("BLE-kovra");
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setWindowIcon(kovra::windowIcon());
+    QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // by which Wayland finds the icon
 
     kovra::Connection connection(kovra::windowSocket);
     std::optional<kovra::TrayIcon> tray;
@@ -55,12 +59,15 @@ int main(int argc, char** argv) {
     };
     kovra::RequestedMenu menu;
     menu.onClosed = [&](const kovra::MenuClosed& closed) { connection.send(closed); };
+    kovra::AlertStack alerts;
+    alerts.onAnswered = [&](const kovra::AlertAnswered& answered) { connection.send(answered); };
     connection.onEnd = [] { QCoreApplication::quit(); };
     connection.onMessage = [&](const kovra::ToWindow& message) {
         if (const auto* shown = std::get_if<kovra::ShowTray>(&message)) showTray(*shown);
         if (std::holds_alternative<kovra::HideTray>(message)) tray.reset();
         if (const auto* request = std::get_if<kovra::PopUpMenu>(&message)) menu.show(*request);
         if (const auto* shown = std::get_if<kovra::ShowWindow>(&message)) showWindow(*shown);
+        if (const auto* shown = std::get_if<kovra::ShowAlerts>(&message)) alerts.show(*shown);
     };
     return QCoreApplication::exec();
 }
