@@ -1,5 +1,8 @@
 #include "BLE_kovra/platform/linux/DesktopEntry.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace kovra {
 
 namespace {
@@ -29,32 +32,65 @@ std::string unescaped(char escaped) {
     }
 }
 
+// A text as it stands in a file.
+std::string escaped(std::string_view text) {
+    constexpr std::string_view special = "\\\n\t\r", letters = "\\ntr";
+    std::string escaped;
+    for (const char c : text) {
+        if (const auto at = special.find(c); at != std::string_view::npos)
+            escaped += {'\\', letters[at]};
+        else
+            escaped += c;
+    }
+    return escaped;
+}
+
+// A path as Exec takes it, whatever is in it.
+std::string quoted(std::string_view path) {
+    constexpr std::string_view harmless = "/._-+0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    if (path.find_first_not_of(harmless) == std::string_view::npos) return std::string(path);
+    std::string quoted = "\"";
+    for (const char c : path) {
+        if (c == '"' || c == '`' || c == '$' || c == '\\') quoted += '\\';
+        if (c == '%') quoted += '%';  // alone it begins the code of a field
+        quoted += c;
+    }
+    return quoted + '"';
+}
+
 }  // namespace
 
 DesktopEntry::DesktopEntry(std::string_view text) {
     bool inMainGroup = false;
     while (!text.empty()) {
         const auto end = text.find('\n');
-        const std::string_view line = trimmed(text.substr(0, end));
+        Line line;
+        line.text = text.substr(0, end);
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-        if (line.starts_with('[')) {
-            inMainGroup = line == "[Desktop Entry]";
-        } else if (const auto equals = line.find('=');
-                   inMainGroup && !line.starts_with('#') && equals != std::string_view::npos) {
-            values_.try_emplace(std::string(trimmed(line.substr(0, equals))), trimmed(line.substr(equals + 1)));
+        const std::string_view content = trimmed(line.text);
+        if (content.starts_with('[')) {
+            inMainGroup = content == "[Desktop Entry]";
+        } else if (const auto equals = content.find('=');
+                   inMainGroup && !content.starts_with('#') && equals != std::string_view::npos) {
+            line.key = trimmed(content.substr(0, equals));
+            line.value = trimmed(content.substr(equals + 1));
         }
+        line.isInMainGroup = inMainGroup;
+        lines_.push_back(std::move(line));
     }
 }
 
+bool DesktopEntry::hasMainGroup() const { return std::ranges::any_of(lines_, &Line::isInMainGroup); }
+
 std::optional<std::string> DesktopEntry::string(const std::string& key) const {
-    const auto found = values_.find(key);
-    if (found == values_.end()) return std::nullopt;
+    const auto found = std::ranges::find(lines_, key, &Line::key);
+    if (key.empty() || found == lines_.end()) return std::nullopt;
     std::string text;
-    for (std::size_t i = 0; i < found->second.size(); ++i) {
-        if (found->second[i] == '\\' && i + 1 < found->second.size())
-            text += unescaped(found->second[++i]);
+    for (std::size_t i = 0; i < found->value.size(); ++i) {
+        if (found->value[i] == '\\' && i + 1 < found->value.size())
+            text += unescaped(found->value[++i]);
         else
-            text += found->second[i];
+            text += found->value[i];
     }
     return text;
 }
@@ -88,10 +124,38 @@ std::optional<std::string> DesktopEntry::program() const {
     for (std::size_t i = isQuoted ? 1 : 0; i < line.size(); ++i) {
         if (line[i] == (isQuoted ? '"' : ' ')) break;
         if (isQuoted && line[i] == '\\' && i + 1 < line.size()) ++i;
+        if (line[i] == '%' && i + 1 < line.size() && line[i + 1] == '%') ++i;
         program += line[i];
     }
     if (program.empty()) return std::nullopt;
     return program;
+}
+
+void DesktopEntry::set(const std::string& key, std::string_view value) {
+    Line line{key + '=' + escaped(value), true, key, escaped(value)};
+    const auto found = std::ranges::find(lines_, key, &Line::key);
+    if (found != lines_.end()) {
+        *found = std::move(line);
+        lines_.erase(std::remove_if(found + 1, lines_.end(), [&](const Line& each) { return each.key == key; }),
+                     lines_.end());
+        return;
+    }
+    // Before the blank lines that part the group from the next.
+    const auto last = std::find_if(lines_.rbegin(), lines_.rend(),
+                                   [](const Line& each) { return each.isInMainGroup && !trimmed(each.text).empty(); });
+    if (last != lines_.rend()) lines_.insert(last.base(), std::move(line));
+}
+
+void DesktopEntry::setProgram(std::string_view path) { set("Exec", quoted(path)); }
+
+void DesktopEntry::remove(const std::string& key) {
+    std::erase_if(lines_, [&](const Line& line) { return line.key == key; });
+}
+
+std::string DesktopEntry::text() const {
+    std::string text;
+    for (const Line& line : lines_) text += line.text + '\n';
+    return text;
 }
 
 }  // namespace kovra

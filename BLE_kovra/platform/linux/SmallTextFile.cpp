@@ -101,11 +101,13 @@ int SmallTextFile::read(std::string& text) const {
     return readAll(file.number(), text);
 }
 
-int SmallTextFile::replace(const std::string& text, Old old) const {
+int SmallTextFile::replace(const std::string& text, Old old, Link link) const {
     if (text.size() > largestSize) return EFBIG;
     if (path_.empty()) return ENOENT;
     fs::path target = path_;
-    if (const int error = followLinks(target)) return error;
+    if (link == Link::followed) {
+        if (const int error = followLinks(target)) return error;
+    }
     if (const int error = makeFolders(target.parent_path())) return error;
 
     std::string temporary = target.native() + ".XXXXXX";

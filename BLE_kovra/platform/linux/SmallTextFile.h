@@ -20,10 +20,12 @@ class SmallTextFile {
     int read(std::string& text) const;
 
     enum class Old { replaced, keptAside };
+    enum class Link { followed, replaced };
     // Makes the text the whole content, through a temporary beside the file: after a crash or on a full disk the file
-    // is what it was or what it was to become. Makes missing folders, for the user alone. A link at the path stays, the
-    // file that it leads to is replaced. The old file is kept aside under a name that nothing has.
-    int replace(const std::string& text, Old old) const;
+    // is what it was or what it was to become. Makes missing folders, for the user alone. A link at the path stays and
+    // the file that it leads to is replaced, or the other way round. The old file is kept aside under a name that
+    // nothing has.
+    int replace(const std::string& text, Old old, Link link = Link::followed) const;
 
   private:
     std::string path_;

@@ -1,14 +1,19 @@
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <vector>
 
+#include "BLE_kovra/platform/Utf8.h"
 #include "BLE_kovra/platform/linux/DesktopEntry.h"
 #include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/SmallTextFile.h"
 #include "BLE_kovra/platform/linux/XdgDesktop.h"
 #include "BLE_kovra/platform/linux/XdgFolders.h"
+#include "BLE_kovra/platform/posix/Refusal.h"
 
 namespace kovra {
 
@@ -30,6 +35,47 @@ LoginStatus statusOf(const DesktopEntry& entry) {
     return isForThisDesktop(entry) ? LoginStatus::enabled : LoginStatus::requiresApproval;
 }
 
+std::string entryIn(const std::string& folder) { return folder + "/autostart/" + XdgLoginService::entryName; }
+
+// Whether an entry stands in the way of all that come after it. One that cannot be read does so too.
+bool isThere(int errorOfReading) { return errorOfReading != ENOENT && errorOfReading != ENOTDIR; }
+
+bool systemHasAnEntry() {
+    const std::vector<std::string> folders = systemConfigFolders();
+    return std::any_of(folders.begin(), folders.end(), [](const std::string& folder) {
+        std::string text;
+        return isThere(SmallTextFile(entryIn(folder)).read(text));
+    });
+}
+
+// A tray icon needs a panel first; each desktop is told so in its own way.
+constexpr const char* freshEntry =
+    "[Desktop Entry]\n"
+    "Type=Application\n"
+    "Name=BLE-kovra\n"
+    "Exec=\n"
+    "X-GNOME-Autostart-enabled=true\n"
+    "X-KDE-autostart-after=panel\n"
+    "X-LXQt-Need-Tray=true\n";
+
+// Does this to the user's own entry, or to a new one where there is none yet.
+template <typename Change>
+Outcome edit(const std::string& program, Change change) {
+    const std::string folder = userConfigFolder();
+    if (folder.empty()) return refusal(ENOENT);
+    const SmallTextFile file(entryIn(folder));
+    std::string text;
+    if (const int error = file.read(text); error != 0 && isThere(error)) return refusal(error);
+    DesktopEntry entry(text);
+    if (!entry.hasMainGroup()) {
+        entry = DesktopEntry(freshEntry);
+        entry.setProgram(program);
+    }
+    change(entry);
+    const int error = file.replace(entry.text(), SmallTextFile::Old::replaced, SmallTextFile::Link::replaced);
+    return error == 0 ? Outcome::success() : refusal(error);
+}
+
 }  // namespace
 
 LoginStatus XdgLoginService::status() const {
@@ -39,12 +85,37 @@ LoginStatus XdgLoginService::status() const {
     folders.insert(folders.begin(), own);
     for (const std::string& folder : folders) {
         std::string text;
-        const int error = SmallTextFile(folder + "/autostart/" + entryName).read(text);
+        const int error = SmallTextFile(entryIn(folder)).read(text);
         if (error == 0) return statusOf(DesktopEntry(text));
-        if (error != ENOENT && error != ENOTDIR)
-            return LoginStatus::notFound;  // it stands there, but nobody can use it
+        if (isThere(error)) return LoginStatus::notFound;
     }
     return LoginStatus::notRegistered;
+}
+
+Outcome XdgLoginService::registerApplication() {
+    // An entry is UTF-8.
+    if (!isUtf8(program_)) return refusal(EILSEQ);
+    return edit(program_, [this](DesktopEntry& entry) {
+        entry.set("Type", "Application");
+        if (!entry.string("Name")) entry.set("Name", "BLE-kovra");
+        // Its arguments may be the user's.
+        if (entry.program() != program_) entry.setProgram(program_);
+        const auto needed = entry.string("TryExec");
+        if (needed && !findProgram(*needed)) entry.remove("TryExec");
+        entry.remove("Hidden");
+        entry.set("X-GNOME-Autostart-enabled", "true");
+        if (isForThisDesktop(entry)) return;
+        entry.remove("OnlyShowIn");
+        entry.remove("NotShowIn");
+    });
+}
+
+Outcome XdgLoginService::unregisterApplication() {
+    if (systemHasAnEntry()) return edit(program_, [](DesktopEntry& entry) { entry.set("Hidden", "true"); });
+    const std::string folder = userConfigFolder();
+    if (folder.empty()) return refusal(ENOENT);
+    const bool isGone = ::unlink(entryIn(folder).c_str()) == 0 || !isThere(errno);
+    return isGone ? Outcome::success() : refusal(errno);
 }
 
 }  // namespace kovra

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <utility>
+
 #include "BLE_kovra/platform/LoginService.h"
 
 namespace kovra {
@@ -11,13 +14,23 @@ namespace kovra {
 // enabled: the desktop will start what the entry names. notRegistered: there is no entry, or it says no.
 // requiresApproval: it says that it is not for this desktop. notFound: the program that it names is not there, or the
 // user has no folder for entries.
+//
+// Registering and unregistering change the user's own entry alone, whole or not at all: what it says besides stays, a
+// link in its place is replaced and what it leads to is left. An entry of the system's is switched off by one of the
+// user's that hides it.
 class XdgLoginService : public LoginService {
   public:
     static constexpr const char* entryName = "org.ble_kovra.BLEKovra.desktop";
 
+    // `program` is the absolute path of what is to be started.
+    explicit XdgLoginService(std::string program) : program_(std::move(program)) {}
+
     LoginStatus status() const override;
-    Outcome registerApplication() override { return Outcome::success(); }
-    Outcome unregisterApplication() override { return Outcome::success(); }
+    Outcome registerApplication() override;
+    Outcome unregisterApplication() override;
+
+  private:
+    std::string program_;
 };
 
 }  // namespace kovra

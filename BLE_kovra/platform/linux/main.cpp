@@ -25,6 +25,7 @@
 #include "BLE_kovra/platform/linux/JournalLog.h"
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
 #include "BLE_kovra/platform/linux/LogindSession.h"
+#include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/SdEventApplication.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
@@ -121,7 +122,7 @@ void runApplication() {
     if (x) x->onLost = [&] { application.terminate(); };
     const auto hotKeys = kovra::makeHotKeyService(desktop, x.get(), bus);
 
-    kovra::XdgLoginService login;
+    kovra::XdgLoginService login(kovra::ownProgram());
 
     kovra::ActivationToken activationToken;
     instance.onStartedAgain = [&](const std::string& token) {

@@ -81,5 +81,47 @@ TEST(DesktopEntry, TakesAnyBytes) {
     }
 }
 
+TEST(DesktopEntry, ChangesALineWhereItStandsAndKeepsEveryOtherByte) {
+    DesktopEntry entry(
+        "# mine\n\n[Desktop Entry]\n  Name = Kovra \r\nHidden=true\n#Hidden=x\nHidden=false\n\n\n"
+        "[Desktop Action New]\nHidden=other\n");
+    entry.set("Hidden", "false");
+    EXPECT_EQ(entry.text(),
+              "# mine\n\n[Desktop Entry]\n  Name = Kovra \r\nHidden=false\n#Hidden=x\n\n\n"
+              "[Desktop Action New]\nHidden=other\n");
+    entry.set("Type", "a\\b\n");
+    entry.remove("Hidden");
+    EXPECT_EQ(entry.text(),
+              "# mine\n\n[Desktop Entry]\n  Name = Kovra \r\n#Hidden=x\nType=a\\\\b\\n\n\n\n"
+              "[Desktop Action New]\nHidden=other\n");
+    EXPECT_EQ(entry.string("Type"), "a\\b\n");
+}
+
+TEST(DesktopEntry, EndsItsLastLine) {
+    DesktopEntry entry("[Desktop Entry]\nName=Kovra");
+    entry.set("Type", "Application");
+    EXPECT_EQ(entry.text(), "[Desktop Entry]\nName=Kovra\nType=Application\n");
+}
+
+TEST(DesktopEntry, WithoutAMainGroupTakesNothing) {
+    DesktopEntry entry("Name=Kovra\n");
+    EXPECT_FALSE(entry.hasMainGroup());
+    entry.set("Type", "Application");
+    EXPECT_EQ(entry.text(), "Name=Kovra\n");
+    EXPECT_TRUE(DesktopEntry("[Desktop Entry]").hasMainGroup());
+}
+
+TEST(DesktopEntry, TakesAnyPathForItsProgram) {
+    for (const std::string path : {"/usr/bin/ble-kovra", "/with some blanks/x", R"(/a"b`c$d\e%f%%g/'x')",
+                                   "/two\nlines\t/x", "/\xD0\xB4/~#;&|<>*?()"}) {
+        DesktopEntry entry("[Desktop Entry]\n");
+        entry.setProgram(path);
+        EXPECT_EQ(DesktopEntry(entry.text()).program(), path) << entry.text();
+    }
+    DesktopEntry entry("[Desktop Entry]\n");
+    entry.setProgram("/usr/bin/ble-kovra");
+    EXPECT_EQ(entry.text(), "[Desktop Entry]\nExec=/usr/bin/ble-kovra\n");
+}
+
 }  // namespace
 }  // namespace kovra

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "tests/support/Environment.h"
+#include "tests/support/posix/FileSizeLimit.h"
+#include "tests/support/posix/OrdinaryUser.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
@@ -32,9 +36,13 @@ struct XdgLogin : testing::Test {
         write(entryIn(base), "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + lines);
     }
 
+    std::string entry(const std::string& base = "own") const { return readFile(entryIn(base)); }
+    static std::string reasonOf(int error) { return std::strerror(error); }
+
     TempFolder folder;
     Environment environment;
-    XdgLoginService login;
+    XdgLoginService login{folder / "bin/there"};
+    const std::string exec = "Exec=" + (folder / "bin/there") + "\n";
 };
 
 TEST_F(XdgLogin, IsNotRegisteredWithoutAnEntry) { EXPECT_EQ(login.status(), LoginStatus::notRegistered); }
@@ -109,6 +117,173 @@ TEST_F(XdgLogin, LooksInTheStandardPlacesWhereNothingIsSet) {
     environment.set("HOME", folder.path().string());
     write(folder / ".config/autostart/org.ble_kovra.BLEKovra.desktop", "[Desktop Entry]\nExec=there\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
+}
+
+TEST_F(XdgLogin, RegistersByAnEntryThatNamesTheRunningProgram) {
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_EQ(entry(), "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec +
+                           "X-GNOME-Autostart-enabled=true\nX-KDE-autostart-after=panel\nX-LXQt-Need-Tray=true\n");
+    EXPECT_EQ(folder.names("own"), std::set<std::string>{"autostart"});
+    EXPECT_EQ(folder.names("own/autostart"), std::set<std::string>{XdgLoginService::entryName});
+    EXPECT_TRUE(login.unregisterApplication());
+    EXPECT_TRUE(folder.names("own/autostart").empty());
+}
+
+TEST_F(XdgLogin, RegistersAgainWhatTheDesktopsSettingsSwitchedOffAndKeepsTheRest) {
+    const std::string rest = "Name[de]=Trackpad aus\nX-GNOME-Autostart-Delay=7\n# mine\n";
+    for (const std::string off :
+         {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n", "Hidden=true\nX-GNOME-Autostart-enabled=false\n"}) {
+        enter(exec + rest + off);
+        EXPECT_TRUE(login.registerApplication());
+        EXPECT_EQ(login.status(), LoginStatus::enabled);
+        EXPECT_EQ(entry(), "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec + rest +
+                               "X-GNOME-Autostart-enabled=true\n");
+    }
+}
+
+TEST_F(XdgLogin, RegistersTheRunningProgramInPlaceOfOneThatMoved) {
+    enter("Exec=/nowhere/ble-kovra --once\nTryExec=/nowhere/ble-kovra\n");
+    EXPECT_EQ(login.status(), LoginStatus::notFound);
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_EQ(login.status(), LoginStatus::enabled);
+    EXPECT_EQ(entry(),
+              "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec + "X-GNOME-Autostart-enabled=true\n");
+}
+
+TEST_F(XdgLogin, KeepsTheArgumentsThatTheUserGaveTheProgram) {
+    const std::string line = "Exec=\"" + (folder / "bin/there") + "\" --of-the-user\n";
+    enter(line + "Hidden=true\n");
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_NE(entry().find(line), std::string::npos);
+}
+
+TEST_F(XdgLogin, RegistersForThisDesktopWhatWasForOthers) {
+    for (const std::string excluded :
+         {"OnlyShowIn=KDE;\n", "NotShowIn=GNOME;\n", "OnlyShowIn=GNOME;\nNotShowIn=ubuntu;\n"}) {
+        enter(exec + excluded);
+        EXPECT_EQ(login.status(), LoginStatus::requiresApproval);
+        EXPECT_TRUE(login.registerApplication());
+        EXPECT_EQ(login.status(), LoginStatus::enabled);
+    }
+    enter(exec + "OnlyShowIn=GNOME;\nHidden=true\n");
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_NE(entry().find("OnlyShowIn=GNOME;\n"), std::string::npos) << "it did not stand in the way";
+}
+
+TEST_F(XdgLogin, RegistersWhereTheEntryIsNoEntry) {
+    for (const std::string text : {"", "\n\n", "no entry", "Exec=there\n", "[Desktop Action New]\nExec=there\n"}) {
+        write(entryIn("own"), text);
+        EXPECT_TRUE(login.registerApplication());
+        EXPECT_EQ(login.status(), LoginStatus::enabled);
+        EXPECT_TRUE(entry().starts_with("[Desktop Entry]\n"));
+    }
+    write(entryIn("own"), "[Desktop Entry]\n");
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_EQ(entry(),
+              "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec + "X-GNOME-Autostart-enabled=true\n");
+}
+
+TEST_F(XdgLogin, HidesAnEntryOfTheSystemAndShowsItAgain) {
+    enter("Exec=there\n", "second");
+    const std::string system = entry("second");
+    EXPECT_TRUE(login.unregisterApplication());
+    EXPECT_EQ(login.status(), LoginStatus::notRegistered);
+    EXPECT_NE(entry().find("Hidden=true\n"), std::string::npos);
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_EQ(login.status(), LoginStatus::enabled);
+    EXPECT_EQ(entry().find("Hidden"), std::string::npos);
+    EXPECT_TRUE(login.unregisterApplication());
+    EXPECT_EQ(login.status(), LoginStatus::notRegistered);
+    EXPECT_EQ(entry("second"), system);
+}
+
+TEST_F(XdgLogin, LeavesWhatALinkLeadsTo) {
+    enter("Exec=gone\n", "elsewhere");
+    const std::string target = entryIn("elsewhere"), before = entry("elsewhere");
+    std::filesystem::create_directories(folder / "own/autostart");
+    std::filesystem::create_symlink(target, entryIn("own"));
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_EQ(login.status(), LoginStatus::enabled);
+    EXPECT_FALSE(std::filesystem::is_symlink(entryIn("own")));
+    EXPECT_EQ(readFile(target), before);
+
+    std::filesystem::remove(entryIn("own"));
+    write(target, "[Desktop Entry]\nType=Application\nName=x\n" + exec);
+    const std::string enabled = entry("elsewhere");
+    std::filesystem::create_symlink(target, entryIn("own"));
+    EXPECT_EQ(login.status(), LoginStatus::enabled);
+    EXPECT_TRUE(login.unregisterApplication());
+    EXPECT_EQ(login.status(), LoginStatus::notRegistered);
+    EXPECT_EQ(readFile(target), enabled);
+
+    std::filesystem::create_symlink(folder / "nothing", entryIn("own"));
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_EQ(login.status(), LoginStatus::enabled);
+    EXPECT_FALSE(std::filesystem::exists(folder / "nothing"));
+}
+
+TEST_F(XdgLogin, ChangesNothingInAFolderThatIsReadOnly) {
+    enter("Exec=gone\n");
+    const std::string before = entry();
+    for (const char* path : {"", "own", "own/autostart"}) OrdinaryUser::give(folder / path);
+    const OrdinaryUser user;
+    const Rights readOnly(folder / "own/autostart", 0500);
+    EXPECT_EQ(login.registerApplication().reason(), reasonOf(EACCES));
+    EXPECT_EQ(login.unregisterApplication().reason(), reasonOf(EACCES));
+    EXPECT_EQ(entry(), before);
+    EXPECT_EQ(folder.names("own/autostart").size(), 1U);
+}
+
+TEST_F(XdgLogin, ChangesNothingOnAFullDisk) {
+    enter("Exec=gone\n");
+    const std::string before = entry();
+    std::string reason;
+    {
+        const FileSizeLimit limit(20);
+        reason = login.registerApplication().reason();
+    }
+    EXPECT_EQ(reason, reasonOf(EFBIG));
+    EXPECT_EQ(entry(), before);
+    EXPECT_EQ(folder.names("own/autostart").size(), 1U);
+}
+
+TEST_F(XdgLogin, ChangesNoEntryThatItCannotRead) {
+    std::filesystem::create_directories(entryIn("own"));
+    EXPECT_EQ(login.registerApplication().reason(), reasonOf(EISDIR));
+    EXPECT_EQ(login.unregisterApplication().reason(), reasonOf(EISDIR));
+    std::filesystem::remove(entryIn("own"));
+
+    enter("Exec=gone\n");
+    const Rights hidden(entryIn("own"), 0);
+    for (const char* path : {"", "own", "own/autostart"}) OrdinaryUser::give(folder / path);
+    const OrdinaryUser user;
+    EXPECT_EQ(login.registerApplication().reason(), reasonOf(EACCES));
+    EXPECT_EQ(folder.names("own/autostart").size(), 1U);
+}
+
+TEST_F(XdgLogin, NeedsAPlaceForItsEntry) {
+    write(folder / "own", "");
+    EXPECT_EQ(login.registerApplication().reason(), reasonOf(ENOTDIR));
+    EXPECT_TRUE(login.unregisterApplication());
+    EXPECT_EQ(readFile(folder / "own"), "");
+}
+
+TEST_F(XdgLogin, RefusesAProgramWhosePathIsNoText) {
+    EXPECT_EQ(XdgLoginService("/\xFF/ble-kovra").registerApplication().reason(), reasonOf(EILSEQ));
+    EXPECT_FALSE(std::filesystem::exists(folder / "own"));
+}
+
+TEST_F(XdgLogin, ChangesNobodyElsesEntry) {
+    for (const char* base : {"own", "first"}) {
+        write(folder / base + "/autostart/org.example.Other.desktop", "[Desktop Entry]\nName=other\n");
+        write(folder / base + "/autostart/ble-kovra.desktop", "[Desktop Entry]\nExec=ble-kovra\n");
+    }
+    EXPECT_TRUE(login.registerApplication());
+    EXPECT_TRUE(login.unregisterApplication());
+    for (const char* base : {"own/autostart", "first/autostart"}) {
+        EXPECT_EQ(folder.names(base), (std::set<std::string>{"ble-kovra.desktop", "org.example.Other.desktop"}));
+        EXPECT_EQ(readFile(folder / base + "/org.example.Other.desktop"), "[Desktop Entry]\nName=other\n");
+    }
 }
 
 }  // namespace

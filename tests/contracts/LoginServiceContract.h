@@ -1,0 +1,63 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "BLE_kovra/platform/LoginService.h"
+
+namespace kovra {
+
+// What every login service promises. A Driver makes one on which nothing is registered: `service()`, and `obstruct()`,
+// after which no change can succeed.
+template <typename Driver>
+class LoginServiceContract : public testing::Test {
+  protected:
+    LoginService& service() { return driver_.service(); }
+
+    Driver driver_;
+};
+
+TYPED_TEST_SUITE_P(LoginServiceContract);
+
+TYPED_TEST_P(LoginServiceContract, BeginsUnregistered) {
+    EXPECT_EQ(this->service().status(), LoginStatus::notRegistered);
+}
+
+TYPED_TEST_P(LoginServiceContract, IsEnabledOnceRegistered) {
+    EXPECT_TRUE(this->service().registerApplication());
+    EXPECT_EQ(this->service().status(), LoginStatus::enabled);
+    EXPECT_TRUE(this->service().registerApplication());
+    EXPECT_EQ(this->service().status(), LoginStatus::enabled);
+}
+
+TYPED_TEST_P(LoginServiceContract, IsNotRegisteredOnceUnregistered) {
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(this->service().registerApplication());
+        EXPECT_TRUE(this->service().unregisterApplication());
+        EXPECT_EQ(this->service().status(), LoginStatus::notRegistered);
+    }
+    EXPECT_TRUE(this->service().unregisterApplication());
+    EXPECT_EQ(this->service().status(), LoginStatus::notRegistered);
+}
+
+TYPED_TEST_P(LoginServiceContract, StaysAsItIsAndGivesTheReasonOfARefusedRegistration) {
+    this->driver_.obstruct();
+    const Outcome outcome = this->service().registerApplication();
+    EXPECT_FALSE(outcome);
+    EXPECT_NE(outcome.reason(), "");
+    EXPECT_EQ(this->service().status(), LoginStatus::notRegistered);
+}
+
+TYPED_TEST_P(LoginServiceContract, StaysAsItIsAndGivesTheReasonOfARefusedUnregistration) {
+    EXPECT_TRUE(this->service().registerApplication());
+    this->driver_.obstruct();
+    const Outcome outcome = this->service().unregisterApplication();
+    EXPECT_FALSE(outcome);
+    EXPECT_NE(outcome.reason(), "");
+    EXPECT_EQ(this->service().status(), LoginStatus::enabled);
+}
+
+REGISTER_TYPED_TEST_SUITE_P(LoginServiceContract, BeginsUnregistered, IsEnabledOnceRegistered,
+                            IsNotRegisteredOnceUnregistered, StaysAsItIsAndGivesTheReasonOfARefusedRegistration,
+                            StaysAsItIsAndGivesTheReasonOfARefusedUnregistration);
+
+}  // namespace kovra

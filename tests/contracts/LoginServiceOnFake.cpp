@@ -1,0 +1,19 @@
+#include "tests/contracts/LoginServiceContract.h"
+#include "tests/fakes/FakeLogin.h"
+
+namespace kovra {
+namespace {
+
+class FakeDriver {
+  public:
+    LoginService& service() { return service_; }
+    void obstruct() { service_.reasonToFail = "Permission denied"; }
+
+  private:
+    FakeLogin service_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, LoginServiceContract, FakeDriver);
+
+}  // namespace
+}  // namespace kovra
