@@ -1,0 +1,80 @@
+// What the window process does when something changes while the settings window is open.
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/app/settings/SettingsView.h"
+#include "BLE_kovra/core/AppState.h"
+#include "BLE_kovra/l10n/L10n.h"
+#include "BLE_kovra/platform/linux/ui/Points.h"
+#include "BLE_kovra/platform/linux/ui/Surface.h"
+#include "BLE_kovra/platform/linux/ui/ViewRealiser.h"
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+#include "tests/fakes/FakePreferences.h"
+
+namespace kovra {
+namespace {
+
+// The settings window without its frame, on a screen in memory.
+class OpenWindow {
+  public:
+    explicit OpenWindow(std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::string name = "Mouse " + std::to_string(i);
+            devices_.push_back({name + "#1:" + std::to_string(i), name, true});
+        }
+        state_.devices.set(devices_);
+        surface_.resize(pixels(440), pixels(480));
+        surface_.show();
+    }
+
+    // As the line comes in, until it is painted.
+    void show() {
+        const auto message = decodeToWindow(line());
+        const auto& window = std::get<ShowWindow>(message.value());
+        view_.show(window.content, window.heard);
+        view_.layOut(surface_.size());
+        QApplication::processEvents();
+    }
+    void unplugOrPlug(std::size_t index) {
+        devices_[index].connected = !devices_[index].connected;
+        state_.devices.set(devices_);
+    }
+
+  private:
+    std::string line() const {
+        ShowWindow window;
+        window.content = SettingsView(state_, texts_).body();
+        return encode(ToWindow(std::move(window)));
+    }
+
+    std::vector<HIDDeviceInfo> devices_;
+    FakePreferences preferences_;
+    mutable AppState state_{preferences_};
+    L10n texts_{{"en"}};
+    Surface surface_;
+    ViewRealiser view_{surface_};
+};
+
+void OneChangeOf200Devices(benchmark::State& state) {
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    int count = 1;
+    std::string name = "bench";
+    char* arguments[] = {name.data(), nullptr};
+    const QApplication application(count, arguments);
+    OpenWindow window(200);
+    window.show();
+    std::size_t index = 0;
+    for (auto _ : state) {
+        window.unplugOrPlug(index++ % 8);  // where it can be seen
+        window.show();
+    }
+}
+BENCHMARK(OneChangeOf200Devices)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace kovra
