@@ -12,12 +12,11 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
-#include "BLE_kovra/platform/Alert.h"
 #include "BLE_kovra/platform/Platform.h"
-#include "BLE_kovra/platform/Window.h"
 #include "BLE_kovra/platform/linux/BuildBundle.h"
 #include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/DesktopHotKeys.h"
@@ -25,6 +24,8 @@
 #include "BLE_kovra/platform/linux/JournalLog.h"
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
 #include "BLE_kovra/platform/linux/LogindSession.h"
+#include "BLE_kovra/platform/linux/ProcessAlertPresenter.h"
+#include "BLE_kovra/platform/linux/ProcessWindowHost.h"
 #include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/SdEventApplication.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
@@ -43,22 +44,6 @@
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 
 namespace {
-
-// Windows and what goes with them are still to come on this system.
-class BareDesktop : public kovra::WindowHost, public kovra::AlertPresenter {
-    struct NoWindow : kovra::Window {
-        void setTitle(const std::string&) override {}
-        void setStyleMask(unsigned) override {}
-        void setContentSize(kovra::Size) override {}
-        void setReleasedWhenClosed(bool) override {}
-        void center() override {}
-        void makeKeyAndOrderFront() override {}
-        bool isVisible() const override { return false; }
-        void setContent(kovra::View) override {}
-    };
-    std::unique_ptr<kovra::Window> makeWindow(kovra::View) override { return std::make_unique<NoWindow>(); }
-    kovra::AlertResponse runModal(const kovra::Alert&) override { return kovra::AlertResponse::aborted; }
-};
 
 // What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
 // terminal from a job in the background. The calls report the first two and do the third.
@@ -152,12 +137,16 @@ void runApplication() {
     }
     kovra::TrayStatusBar statusBar(loop, std::move(fronts));
 
-    BareDesktop bare;
     kovra::SdEventProcessRunner processes(loop);
     kovra::XdgWorkspace workspace(loop);
+    kovra::ProcessWindowHost windows(loop, window, activationToken, workspace);
+    kovra::ProcessAlertPresenter alerts(loop, window, activationToken);
+    const auto quitting = window.listen([&](const kovra::ToResident& told) {
+        if (std::holds_alternative<kovra::QuitWanted>(told)) application.terminate();
+    });
     kovra::BuildBundle bundle;
-    const kovra::Platform platform{application, loop,  hid,  preferences, files,     log,       locale, statusBar,
-                                   *hotKeys,    login, bare, bare,        processes, workspace, bundle};
+    const kovra::Platform platform{application, loop,  hid,     preferences, files,     log,       locale, statusBar,
+                                   *hotKeys,    login, windows, alerts,      processes, workspace, bundle};
     kovra::BLE_kovraApp::main(platform);
 }
 
