@@ -16,6 +16,10 @@
 
 namespace kovra {
 
+// Above, below and to the right of a button there is this much room for the ring that shows that it has the focus; so
+// the ring does not touch the texts. In pixels; less than half of what is between two rows.
+constexpr int ringSpace = 2;
+
 // If the keyboard brings the focus to a widget that is scrolled out of sight, scrolls it into sight.
 void scrollIntoSight(QWidget& widget, Qt::FocusReason reason);
 
@@ -48,10 +52,10 @@ class LabelledButton : public Button {
         return {height, height, false};
     }
     void place(const QRect& place) {
-        this->setGeometry(place);
+        this->setGeometry(place.adjusted(0, -ringSpace, ringSpace, ringSpace));
         const int left = labelLeft();
         const int height = label_->height(place.width() - left).ideal;
-        label_->place({left, (place.height() - height) / 2, place.width() - left, height});
+        label_->place({left, ringSpace + (place.height() - height) / 2, place.width() - left, height});
     }
 
   protected:

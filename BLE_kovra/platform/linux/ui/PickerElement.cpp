@@ -102,14 +102,15 @@ Wish PickerElement::kindHeight(int width) {
 }
 
 void PickerElement::placeKind(const QRect& place) {
-    group_->setGeometry(place);
+    group_->setGeometry(place.adjusted(0, -ringSpace, ringSpace, ringSpace));
     const int title = std::min(title_->paragraph().idealWidth(), place.width() / widestTitle);
     const int width = place.width() - title - gap();
-    QRect its(title + gap(), 0, width, 0);
+    QRect its(title + gap(), ringSpace, width, 0);
     // The title stands beside the first button.
     const int titleHeight = title_->paragraph().heightFor(title);
     const int first = buttons_.empty() ? titleHeight : buttons_.front()->wishedHeight(width).ideal;
-    title_->setGeometry(0, std::max(0, (std::min(first, titleHeight * 2) - titleHeight) / 2), title, titleHeight);
+    const int below = std::max(0, (std::min(first, titleHeight * 2) - titleHeight) / 2);
+    title_->setGeometry(0, ringSpace + below, title, titleHeight);
     for (const auto& button : buttons_) {
         its.setHeight(button->wishedHeight(width).ideal);
         button->place(its);

@@ -4,6 +4,7 @@
 #include <QStyle>
 #include <algorithm>
 
+#include "BLE_kovra/platform/linux/ui/LabelledButton.h"
 #include "BLE_kovra/platform/linux/ui/Points.h"
 
 namespace kovra {
@@ -57,9 +58,9 @@ void ScrollElement::placeKind(const QRect& place) {
     const bool fits = child == nullptr || child->height(place.width()).ideal <= place.height();
     const int width = fits ? place.width() : besideBar(place.width());
     const int height = child == nullptr ? 0 : child->height(width).ideal;
-    area_->setGeometry(place);
+    area_->setGeometry(place.adjusted(0, 0, ringSpace, 0));
     area_->setVerticalScrollBarPolicy(fits ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAlwaysOn);
-    surface_->resize(width, height);
+    surface_->resize(width + ringSpace, height);
     if (child != nullptr) child->place({0, 0, width, height});
 }
 

@@ -7,7 +7,9 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QWindow>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "BLE_kovra/platform/Window.h"
@@ -20,6 +22,10 @@ namespace {
 
 constexpr double titleBar = 40;  // points, about; to be left free of the screen's height
 constexpr int graspable = 40;    // pixels of a window that have to be on a screen, so that it can be moved
+
+// A place counts when it has stood for this long. While a window manager takes up a window it has several, none of
+// which it keeps; and while the user moves it nobody needs to know each.
+constexpr std::chrono::milliseconds whileItMoves{200};
 
 constexpr QKeyCombination closing(Qt::Key_Escape);
 constexpr QKeyCombination closingToo(Qt::ControlModifier, Qt::Key_W);
@@ -59,6 +65,9 @@ ViewWindow::ViewWindow() {
     realiser_.onChanged = [this](const ControlChanged& change) { act(change); };
     realiser_.onFollowed = [this](const LinkFollowed& link) { act(link); };
     realiser_.onScrolled = [this] { tellPlaceSoon(); };
+    settling_.setSingleShot(true);
+    settling_.setInterval(whileItMoves);
+    connect(&settling_, &QTimer::timeout, this, [this] { tellPlace(); });
 }
 
 ViewWindow::~ViewWindow() = default;
@@ -118,31 +127,32 @@ void ViewWindow::moveTo(const std::optional<Point>& position) {
 }
 
 WindowPlace ViewWindow::place() const {
-    WindowPlace place;
-    if (hasPosition()) place.position = Point{double(x()), double(y())};
+    WindowPlace place = place_;
+    if (hasPosition() && !settling_.isActive()) {
+        const QPoint corner = windowHandle()->framePosition();
+        place.position = Point{double(corner.x()), double(corner.y())};
+    }
     place.isMinimised = isMinimized();
     if (const auto* list = findChild<QScrollArea*>()) place.scroll = points(list->verticalScrollBar()->value());
     return place;
 }
 
-// Once a turn of the event loop, however often it moved.
 void ViewWindow::tellPlaceSoon() {
-    if (isToTellPlace_ || !isVisible()) return;
-    isToTellPlace_ = true;
-    const auto tell = [this] {
-        isToTellPlace_ = false;
-        const WindowPlace now = place();
-        if (!isVisible() || now == place_) return;
-        place_ = now;
-        act(WindowPlaced{now});
-    };
-    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    if (isVisible()) settling_.start();
+}
+
+void ViewWindow::tellPlace() {
+    const WindowPlace now = place();
+    if (!isVisible() || now == place_) return;
+    place_ = now;
+    act(WindowPlaced{now});
 }
 
 void ViewWindow::closeEvent(QCloseEvent* event) {
     QWidget::closeEvent(event);
     place_ = place();
     place_.isMinimised = false;
+    settling_.stop();
     act(WindowClosed{told_->front, place_});
 }
 

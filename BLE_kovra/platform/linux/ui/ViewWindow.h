@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <functional>
 #include <optional>
 
@@ -39,11 +40,12 @@ class ViewWindow : public Surface {
     void moveTo(const std::optional<Point>& position);
     WindowPlace place() const;
     void tellPlaceSoon();
+    void tellPlace();
 
     ViewRealiser realiser_{*this};
     std::optional<ShowWindow> told_;
     WindowPlace place_;  // as it was told last, or was taken over
-    bool isToTellPlace_ = false;
+    QTimer settling_;    // runs while the place is changing
 };
 
 }  // namespace kovra

@@ -34,6 +34,10 @@ class ViewGeometry : public testing::TestWithParam<FontSize> {
     // Between what is above and what is below.
     static int gap(const QRect& above, const QRect& below) { return below.top() - above.bottom() - 1; }
 
+    QRect placeOfMode() const {
+        return rig.place(*rig.button(content.texts.always)) | rig.place(*rig.button(content.texts.onDevice)) |
+               rig.place(content.texts.mode);
+    }
     // What of the surface there is in this place that is not its paper.
     QRect painted(const QRect& in) {
         const QImage image = rig.surface.grab().toImage();
@@ -67,8 +71,8 @@ TEST_P(ViewGeometry, LeavesTwentyPointsAtTheSides) {
     EXPECT_EQ(rig.place(content.texts.mode).left(), left);
     EXPECT_EQ(rig.place(content.texts.hint).left(), left);
     EXPECT_LE(rig.place(content.texts.hint).right(), right);
-    EXPECT_EQ(rig.place(*rig.list()).left(), left);
-    EXPECT_EQ(rig.place(*rig.list()).right() + 1, right);
+    EXPECT_EQ(rig.placeOfList().left(), left);
+    EXPECT_EQ(rig.placeOfList().right() + 1, right);
     EXPECT_EQ(rig.place(*rig.button("Mouse 0")).right() + 1, right);
 }
 
@@ -88,10 +92,10 @@ TEST_P(ViewGeometry, LeavesFourteenPointsBetweenTheParts) {
     rig.show(content);
     const QRect title = rig.place(content.texts.title);
     const QRect block = rig.place(*rig.button(content.texts.block));
-    const QRect mode = rig.place(*rig.button(content.texts.always)->parentWidget());
+    const QRect mode = placeOfMode();
     const QRect chooseMouse = rig.place(content.texts.chooseMouse);
     const QRect hint = rig.place(content.texts.hint);
-    const QRect list = rig.place(*rig.list());
+    const QRect list = rig.placeOfList();
     const QRect status = rig.place(content.texts.status);
     const QRect footer = rig.place(content.texts.developedBy);
     const int divider = 1;
@@ -107,7 +111,7 @@ TEST_P(ViewGeometry, LeavesFourteenPointsBetweenTheParts) {
 TEST_P(ViewGeometry, DrawsTheDividersAcrossTheColumn) {
     rig.show(content);
     const QImage image = rig.surface.grab().toImage();
-    const int y = rig.place(*rig.button(content.texts.always)->parentWidget()).bottom() + 1 + scaled(14);
+    const int y = placeOfMode().bottom() + 1 + scaled(14);
     const QColor line = image.pixelColor(scaled(20), y);
     const QColor paper = image.pixelColor(0, y);
     EXPECT_NE(line, paper);
@@ -120,7 +124,7 @@ TEST_P(ViewGeometry, DrawsTheDividersAcrossTheColumn) {
 TEST_P(ViewGeometry, PutsTheRowsSixPointsApartWithFourAboveAndBelow) {
     content.devices = sample::mice(3);
     rig.show(content);
-    const QRect list = rig.place(*rig.list());
+    const QRect list = rig.placeOfList();
     const QRect first = rig.place(*rig.button("Mouse 0"));
     const QRect second = rig.place(*rig.button("Mouse 1"));
     const QRect last = rig.place(*rig.button("Mouse 2"));
@@ -134,7 +138,7 @@ TEST_P(ViewGeometry, MakesTheListAsTallAsItsRowsWhileTheyAreFew) {
     for (const int count : {1, 2, 3}) {
         content.devices = sample::mice(count);
         rig.show(content);
-        const int row = rig.button("Mouse 0")->height();
+        const int row = rig.place(*rig.button("Mouse 0")).height();
         EXPECT_EQ(rig.list()->height(), count * row + (count - 1) * scaled(6) + 2 * scaled(4));
         EXPECT_FALSE(rig.list()->verticalScrollBar()->isVisible());
     }
@@ -196,7 +200,7 @@ TEST_P(ViewGeometry, PutsTheCaptionOfARowAtItsRightEdge) {
     rig.show(content);
     QAbstractButton& row = *rig.button("Mouse, disconnected");
     EXPECT_GE(painted(rig.place(row)).right(), rig.place(row).right() - 3);
-    EXPECT_EQ(row.width(), scaled(400));
+    EXPECT_EQ(rig.place(row).width(), scaled(400));
 }
 
 TEST_P(ViewGeometry, CutsNoTextInAnyLanguage) {
@@ -222,7 +226,7 @@ TEST_P(ViewGeometry, WrapsALongNameWithinItsRow) {
     const std::string unbroken(300, 'W');
     content.devices = {{"a", unbroken, false}, {"b", "A name of many words " + std::string(200, 'x'), false}};
     rig.show(content);
-    for (auto* each : rig.surface.findChildren<QCheckBox*>()) EXPECT_LE(each->width(), scaled(400));
+    for (auto* each : rig.surface.findChildren<QCheckBox*>()) EXPECT_LE(rig.place(*each).width(), scaled(400));
     EXPECT_GT(rig.button(unbroken + ", disconnected")->height(), 3 * scaled(12));
 }
 

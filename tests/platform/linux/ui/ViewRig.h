@@ -3,12 +3,14 @@
 #include <QAbstractButton>
 #include <QCheckBox>
 #include <QLabel>
+#include <QRadioButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/ui/LabelledButton.h"
 #include "BLE_kovra/platform/linux/ui/Points.h"
 #include "BLE_kovra/platform/linux/ui/ViewRealiser.h"
 #include "tests/platform/linux/ui/QtRig.h"
@@ -46,7 +48,13 @@ class ViewRig {
         return nullptr;
     }
     QScrollArea* list() const { return surface.findChild<QScrollArea*>(); }
-    // Where it is on the surface.
+    // Where it is on the surface; of a button without the room around it for the ring.
+    QRect place(const QAbstractButton& button) const {
+        const QRect its = place(static_cast<const QWidget&>(button));
+        const bool hasRing = qobject_cast<const QCheckBox*>(&button) || qobject_cast<const QRadioButton*>(&button);
+        return hasRing ? its.adjusted(0, ringSpace, -ringSpace, -ringSpace) : its;
+    }
+    QRect placeOfList() const { return place(*list()).adjusted(0, 0, -ringSpace, 0); }
     QRect place(const QWidget& widget) const { return {widget.mapTo(&surface, QPoint()), widget.size()}; }
     QRect place(const std::string& text) const { return place(label(text)); }
 
