@@ -100,6 +100,7 @@ COMPOSITION_ROOT = re.compile(r"BLE_kovra/platform/(linux|macos)/main\.(cpp|mm)"
 
 TEST_TOOLS = everything_in("tests/fakes", "tests/support")
 CONTRACTS = everything_in("tests/contracts")
+VIRTUAL_SCREEN = (r"tests/platform/linux/VirtualScreen\.h",)
 
 
 def tests_of(room):
@@ -108,7 +109,10 @@ def tests_of(room):
     project = everything_in(room.folder) if room.with_folders else (re.escape(room.folder) + r"/[^/]+\.h",)
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
-    return Room(folder, project + room.project + TEST_TOOLS + contracts, library, room.own_system, room.with_folders)
+    screen = VIRTUAL_SCREEN if room.folder == "BLE_kovra/platform/linux/ui" else ()
+    return Room(
+        folder, project + room.project + TEST_TOOLS + contracts + screen, library, room.own_system, room.with_folders
+    )
 
 
 def whole_application(folder):

@@ -41,12 +41,13 @@ bool Paragraph::set(const QString& text, const QFont& font) {
     width_ = -1;
     layOut(farthest);
     idealWidth_ = static_cast<int>(std::ceil(layout_.maximumWidth()));
+    leastWidth_ = std::min(idealWidth_, fewLetters * QFontMetrics(font_).averageCharWidth());
     return true;
 }
 
 int Paragraph::idealWidth() const { return idealWidth_; }
 
-int Paragraph::leastWidth() const { return std::min(idealWidth_, fewLetters * QFontMetrics(font_).averageCharWidth()); }
+int Paragraph::leastWidth() const { return leastWidth_; }
 
 int Paragraph::heightFor(int width) {
     layOut(width);

@@ -36,6 +36,7 @@ class Paragraph {
     QFont font_;
     QTextLayout layout_;
     int idealWidth_ = 0;
+    int leastWidth_ = 0;
     int width_ = -1;  // that it is laid out for
     int height_ = 0;
 };

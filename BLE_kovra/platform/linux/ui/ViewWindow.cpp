@@ -30,6 +30,16 @@ constexpr std::chrono::milliseconds whileItMoves{200};
 constexpr QKeyCombination closing(Qt::Key_Escape);
 constexpr QKeyCombination closingToo(Qt::ControlModifier, Qt::Key_W);
 constexpr QKeyCombination quitting(Qt::ControlModifier, Qt::Key_Q);
+constexpr quint32 placeOfQ = 24;  // as X and Wayland number the keys
+constexpr quint32 placeOfW = 25;
+
+// Of a layout without Latin letters the keys count by their places.
+QKeyCombination latin(const QKeyEvent& event) {
+    const bool isLetterElsewhere = event.key() > Qt::Key_AsciiTilde && event.key() < Qt::Key_Escape;
+    if (isLetterElsewhere && event.nativeScanCode() == placeOfQ) return QKeyCombination(event.modifiers(), Qt::Key_Q);
+    if (isLetterElsewhere && event.nativeScanCode() == placeOfW) return QKeyCombination(event.modifiers(), Qt::Key_W);
+    return event.keyCombination();
+}
 
 Qt::WindowFlags flags(unsigned styleMask) {
     Qt::WindowFlags flags = Qt::Window | Qt::CustomizeWindowHint;
@@ -157,7 +167,7 @@ void ViewWindow::closeEvent(QCloseEvent* event) {
 }
 
 void ViewWindow::keyPressEvent(QKeyEvent* event) {
-    const QKeyCombination keys = event->keyCombination();
+    const QKeyCombination keys = latin(*event);
     if (keys == closing || keys == closingToo)
         close();
     else if (keys == quitting)
