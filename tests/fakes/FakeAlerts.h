@@ -8,19 +8,26 @@
 namespace kovra {
 
 // A user who answers every alert in the same way, after doing what `meanwhile` says while it is open.
+// `terminate()` stands for the application's end.
 class FakeAlerts : public AlertPresenter {
   public:
     AlertResponse runModal(const Alert& alert) override {
+        if (hasTerminated_) return AlertResponse::aborted;
         shown.push_back(alert);
         if (onShown) onShown();
         if (meanwhile) meanwhile();
-        return answer;
+        return hasTerminated_ ? AlertResponse::aborted : answer;
     }
+
+    void terminate() { hasTerminated_ = true; }
 
     AlertResponse answer = AlertResponse::aborted;
     std::function<void()> meanwhile;
     std::function<void()> onShown;
     std::vector<Alert> shown;
+
+  private:
+    bool hasTerminated_ = false;
 };
 
 }  // namespace kovra

@@ -22,6 +22,7 @@ class FakeWindows : public WindowHost {
     void close() { isVisible = false; }
 
     std::vector<std::string> calls;
+    std::string title;
     View shown;
     int contents = 0;  // how often it was given a new one
     bool isVisible = false;
@@ -30,7 +31,11 @@ class FakeWindows : public WindowHost {
     class Made : public Window {
       public:
         explicit Made(FakeWindows& host) : host_(host) {}
-        void setTitle(const std::string& title) override { say("title " + title); }
+        ~Made() override { host_.isVisible = false; }
+        void setTitle(const std::string& title) override {
+            say("title " + title);
+            host_.title = title;
+        }
         void setStyleMask(unsigned mask) override { say("style mask " + std::to_string(mask)); }
         void setContentSize(Size size) override {
             say("content size " + std::to_string(static_cast<int>(size.width)) + "x" +

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/platform/Alert.h"
+#include "BLE_kovra/platform/MainQueue.h"
+
+namespace kovra {
+
+// What everybody promises who presents alerts. A Driver makes one with its queue: `alerts()` and `queue()`;
+// `meanwhile(title, block)`: the block runs from the queue once the alert of this title is open and the topmost;
+// `willAnswer(title, button)`: the user then answers it so, counted from 0, or by closing it; `shown()`, the titles of
+// all that were open so far, in order; and `terminate()`, which does what the application's end does to them.
+template <typename Driver>
+class AlertPresenterContract : public testing::Test {
+  protected:
+    using Texts = std::vector<std::string>;
+
+    AlertResponse run(const std::string& title) {
+        const AlertResponse response = driver_.alerts().runModal({title, "A text", {"OK", "Other"}});
+        returned_.push_back(title);
+        return response;
+    }
+
+    Driver driver_;
+    Texts returned_;
+};
+
+TYPED_TEST_SUITE_P(AlertPresenterContract);
+
+TYPED_TEST_P(AlertPresenterContract, ReturnsTheButtonThatEndedIt) {
+    this->driver_.willAnswer("A", 0);
+    EXPECT_EQ(this->run("A"), AlertResponse::firstButton);
+    this->driver_.willAnswer("B", 1);
+    EXPECT_EQ(this->run("B"), AlertResponse::secondButton);
+    this->driver_.willAnswer("C", std::nullopt);
+    EXPECT_EQ(this->run("C"), AlertResponse::aborted);
+    EXPECT_EQ(this->driver_.shown(), (std::vector<std::string>{"A", "B", "C"}));
+}
+
+TYPED_TEST_P(AlertPresenterContract, LetsTheQueueGoOnWhileAnAlertIsOpen) {
+    bool hasGoneOn = false;
+    this->driver_.meanwhile("A", [&] { this->driver_.queue().async([&] { hasGoneOn = true; }); });
+    this->driver_.willAnswer("A", 0);
+    this->run("A");
+    EXPECT_TRUE(hasGoneOn);
+}
+
+TYPED_TEST_P(AlertPresenterContract, StacksOneThatIsRunMeanwhileAboveIt) {
+    std::optional<AlertResponse> above;
+    this->driver_.meanwhile("A", [&] { above = this->run("B"); });
+    this->driver_.willAnswer("A", 0);
+    this->driver_.willAnswer("B", 1);
+    EXPECT_EQ(this->run("A"), AlertResponse::firstButton);
+    EXPECT_EQ(above, AlertResponse::secondButton);
+    EXPECT_EQ(this->driver_.shown(), (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(this->returned_, (std::vector<std::string>{"B", "A"}));
+}
+
+TYPED_TEST_P(AlertPresenterContract, AbortsWhatIsOpenWhenTheApplicationTerminates) {
+    std::optional<AlertResponse> above;
+    this->driver_.meanwhile("A", [&] { above = this->run("B"); });
+    this->driver_.meanwhile("B", [&] { this->driver_.terminate(); });
+    this->driver_.willAnswer("A", 0);
+    this->driver_.willAnswer("B", 0);
+    EXPECT_EQ(this->run("A"), AlertResponse::aborted);
+    EXPECT_EQ(above, AlertResponse::aborted);
+    EXPECT_EQ(this->returned_, (std::vector<std::string>{"B", "A"}));
+}
+
+TYPED_TEST_P(AlertPresenterContract, OpensNoneOnceTheApplicationHasTerminated) {
+    this->driver_.terminate();
+    this->driver_.willAnswer("A", 0);
+    EXPECT_EQ(this->run("A"), AlertResponse::aborted);
+    EXPECT_EQ(this->driver_.shown(), std::vector<std::string>{});
+}
+
+REGISTER_TYPED_TEST_SUITE_P(AlertPresenterContract, ReturnsTheButtonThatEndedIt, LetsTheQueueGoOnWhileAnAlertIsOpen,
+                            StacksOneThatIsRunMeanwhileAboveIt, AbortsWhatIsOpenWhenTheApplicationTerminates,
+                            OpensNoneOnceTheApplicationHasTerminated);
+
+}  // namespace kovra
