@@ -1,0 +1,80 @@
+"""What the program promises whatever becomes of the process that shows its windows: on one host, for no panel has a say in it."""
+
+import os
+import pathlib
+import signal
+
+from scenarios import scenario
+from texts import ABOUT, ACTIVATE, MUTE, QUIT, SETTINGS
+from waiting import check, now, wait_for
+
+HOST = "xfce4-panel"
+
+
+@scenario("With an alert open the menu goes on, and SIGTERM ends the program at once, in order.", only_on=HOST)
+def alert_open(world):
+    world.start(muted=True)
+    world.item.choose(ABOUT)
+    _expect_window_process(world)
+    _expect_menu_goes_on(world)
+    for _ in range(3):
+        world.item.choose(ABOUT)
+    world.item.choose(ACTIVATE)
+    _expect_menu_goes_on(world)
+    _expect_quick_end(world, lambda: os.kill(world.program.pid, signal.SIGTERM))
+
+
+@scenario("A window process that hangs holds up neither the menu nor quitting, and goes too.", only_on=HOST)
+def window_process_hangs(world):
+    world.start(muted=True)
+    world.item.choose(SETTINGS)
+    window = _expect_window_process(world)
+    os.kill(window, signal.SIGSTOP)
+    for entry in (SETTINGS, ABOUT, SETTINGS, ACTIVATE):
+        world.item.choose(entry)
+        _expect_menu_goes_on(world)
+    _expect_quick_end(world, lambda: world.item.choose(QUIT))
+    wait_for(lambda: not _is_running(window), "the window process to be gone")
+
+
+@scenario("A window process that is killed takes nothing with it: the next window opens, and alerts count as closed.",
+          only_on=HOST)
+def window_process_killed(world):
+    world.start(muted=True)
+    for entry in (SETTINGS, ABOUT, ACTIVATE, SETTINGS):
+        world.item.choose(entry)
+        os.kill(_expect_window_process(world), signal.SIGKILL)
+        wait_for(lambda: not _window_processes(world), "the window process to be gone")
+        _expect_menu_goes_on(world)
+    _expect_quick_end(world, lambda: world.item.choose(QUIT))
+
+
+def _expect_menu_goes_on(world):
+    for muted in (False, True):
+        world.item.choose(MUTE)
+        world.expect_switch(muted)
+
+
+def _expect_quick_end(world, end):
+    begun = now()
+    end()
+    world.expect_quit()
+    check(now() - begun < 2, f"the end took {now() - begun:.1f} s")
+
+
+def _expect_window_process(world):
+    """Waits for the one process, which is then about to show something."""
+    wait_for(lambda: len(_window_processes(world)) == 1, "the window process")
+    return _window_processes(world)[0]
+
+
+def _window_processes(world):
+    children = pathlib.Path(f"/proc/{world.program.pid}/task/{world.program.pid}/children").read_text().split()
+    return [int(child) for child in children if _is_running(int(child))]
+
+
+def _is_running(process):
+    try:
+        return pathlib.Path(f"/proc/{process}/stat").read_text().rsplit(")", 1)[1].split()[0] != "Z"
+    except (FileNotFoundError, ProcessLookupError):
+        return False
