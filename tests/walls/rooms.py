@@ -71,6 +71,7 @@ def everything_in(*folders):
 
 VALUES = (r"BLE_kovra/platform/[^/]+\.h",)  # the interfaces, not the realisations in the folders below
 POSIX_ROOM = everything_in("BLE_kovra/platform/posix")
+LINUX = (r"BLE_kovra/platform/linux/[^/]+\.h",)
 WIRE = everything_in("BLE_kovra/platform/linux/wire")
 L10N = everything_in("BLE_kovra/l10n")
 DEVICES = everything_in("BLE_kovra/devices")
@@ -127,6 +128,7 @@ TESTS = (
     whole_application("tests/support"),
     Room("tests/support/posix", (), posix),
     Room("tests/contracts", VALUES + TEST_TOOLS, with_google_test(standard)),
+    Room("tests/programs", VALUES + L10N + SYSTEM + POSIX_ROOM + LINUX + TEST_TOOLS, with_google_test(any_but_qt)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
 )

@@ -2,52 +2,18 @@
 
 import contextlib
 import json
-import os
 import signal
 import subprocess
 
 import program
 from plugging import MADE_UP
 from running import scenario
+from screen import Screen
 from waiting import check, now, stay_until, wait_for
 
 ITEM = ("--dest=org.ble_kovra.BLEKovra", "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get",
         "string:org.kde.StatusNotifierItem", "string:IconName")
 PLAIN, SLASHED = "ble-kovra-symbolic", "ble-kovra-muted-symbolic"
-
-# Keycodes of a PC keyboard's places: left Control, left Alt, T.
-CONTROL, ALT, T = 37, 64, 28
-
-
-class Screen:
-    """An X server of the scenario's own, and the fingers on its keyboard."""
-
-    def __init__(self):
-        read, write = os.pipe()
-        command = ["Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset"]
-        self._server = subprocess.Popen(command, pass_fds=[write], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        os.close(write)
-        with os.fdopen(read) as number:
-            self.name = f":{number.readline().strip()}"
-
-    def press_hot_key(self):
-        from Xlib import X, display
-        from Xlib.ext import xtest
-        with contextlib.closing(display.Display(self.name)) as keyboard:
-            for key in [CONTROL, ALT, T]:
-                xtest.fake_input(keyboard, X.KeyPress, key)
-            for key in [T, ALT, CONTROL]:
-                xtest.fake_input(keyboard, X.KeyRelease, key)
-            keyboard.sync()
-
-    def hang(self):
-        """It answers nobody any more."""
-        self._server.send_signal(signal.SIGSTOP)
-
-    def close(self):
-        self._server.send_signal(signal.SIGCONT)
-        self._server.terminate()
-        self._server.wait()
 
 
 def icon(world):

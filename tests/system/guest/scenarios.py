@@ -4,6 +4,7 @@ import plugging
 import lifetime
 import adversity
 import desktop
+import launch
 from running import run_all
 from world import World
 

@@ -1,0 +1,150 @@
+"""Scenarios of the last step of launch: whether the driver is active, and its explanation where it is not."""
+
+import contextlib
+import os
+import pathlib
+import signal
+
+import driver
+from desktop import PLAIN, SLASHED, expect_icon
+from flag import STATE
+from plugging import MADE_UP
+from program import HOME
+from running import scenario
+from screen import RETURN, SETTINGS, SPACE, TAB, Screen
+from waiting import check, now, wait_for
+
+MANAGER_IS_MISSING = f"ble-kovra: Manager не найден по пути {driver.MANAGER}"
+TOLD = HOME / "told"
+
+
+def put_manager():
+    """One that notes how it was called, and stays."""
+    driver.put(driver.MANAGER, f'#!/bin/sh\necho "$$ $*" >{TOLD}.new\nmv {TOLD}.new {TOLD}\nexec sleep 60\n')
+
+
+def processes():
+    """The number, the state and the parent of each process."""
+    found = []
+    for entry in pathlib.Path("/proc").iterdir():
+        if entry.name.isdigit():
+            with contextlib.suppress(OSError):
+                state, parent = (entry / "stat").read_text().rpartition(")")[2].split()[:2]
+                found.append((int(entry.name), state, int(parent)))
+    return found
+
+
+def has_ended(pid):
+    # The machine's first process is in no hurry to bury what it inherits.
+    return not any(process == pid and state != "Z" for process, state, _ in processes())
+
+
+def expect_end(world, running, since):
+    status = running.wait_exit()
+    check(status == 0, f"it ended with {status}: {running.last_words()}")
+    world.flag.wait_write("off", since)
+
+
+@scenario("The tool hangs: all that comes before works already, and goes on. It answers: the alert. Later: nothing more.")
+def explained(world):
+    put_manager()
+    with contextlib.closing(Screen()) as screen:
+        tool = driver.Hanging(HOME, STATE, "activated waiting for user")
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        flag = wait_for(tool.asked, "the tool to be asked")[1]
+        check(flag == "off", f"when the tool was asked the flag said {flag!r}")
+        expect_icon(world, PLAIN)
+        mouse = world.plug("Kovra Mouse")
+        world.expect_on(mouse)
+        expect_icon(world, SLASHED)
+        for written in ("off", "on"):
+            pressed = now()
+            screen.press_hot_key()
+            world.flag.wait_write(written, pressed)
+        check(not screen.windows(), f"before the tool has answered there are windows: {screen.windows()}")
+
+        tool.let_go()
+        screen.wait_alerts(1)
+        mouse.unplug()
+        world.expect_off_after_grace(mouse)
+        second = world.start(wait=False, selected=[MADE_UP], display=screen.name)
+        check(second.wait_exit() == 0, f"the second start said {second.last_words()}")
+        wait_for(lambda: SETTINGS in screen.windows(), "the settings that the second start is to open")
+        check(len(screen.alerts()) == 1, "the alert did not stay")
+
+        screen.wait_keyboard()
+        screen.press(TAB)
+        screen.press(SPACE)
+        screen.wait_alerts(0)
+        world.expect_on(world.plug("Kovra Mouse"))
+        check(not TOLD.exists(), f"the manager was started: {TOLD}")
+        check(running.is_running(), f"the program ended: {running.last_words()}")
+
+
+@scenario("The alert's first button starts the manager with \"forceActivate\" and lets it go; it outlives the program.")
+def manager(world):
+    put_manager()
+    driver.put(driver.TOOL, driver.listing("terminated waiting to uninstall on reboot"))
+    with contextlib.closing(Screen()) as screen:
+        running = world.start(display=screen.name)
+        screen.wait_alerts(1)
+        screen.wait_keyboard()
+        screen.press(RETURN)
+        screen.wait_alerts(0)
+        pid, arguments = wait_for(lambda: TOLD.exists() and TOLD.read_text().split(), "the manager to be started")
+        check(arguments == "forceActivate", f"the manager was told {arguments!r}")
+        os.kill(int(pid), signal.SIGSTOP)  # whatever it does, nobody waits for it
+        since = now()
+        running.send(signal.SIGTERM)
+        check(running.wait_exit() == 0, f"it ended with {running.last_words()}")
+        check(not has_ended(int(pid)), "the manager ended with the program")
+        os.kill(int(pid), signal.SIGKILL)
+    return f"ended after {now() - since:.2f} s"
+
+
+@scenario("Without the manager the first button is one line in the log, and nothing else. Nor does the tool's absence say anything.")
+def manager_missing(world):
+    driver.TOOL.unlink()
+    with contextlib.closing(Screen()) as screen:
+        running = world.start(display=screen.name)
+        screen.wait_alerts(1)
+        check(not world.journal.messages, f"the log says {world.journal.messages}")
+        screen.wait_keyboard()
+        screen.press(RETURN)
+        screen.wait_alerts(0)
+        wait_for(lambda: world.journal.messages, "a line in the log")
+        check(world.journal.messages == [MANAGER_IS_MISSING], f"the log says {world.journal.messages}")
+        check(running.is_running(), f"the program ended: {running.last_words()}")
+
+
+@scenario("SIGTERM while the tool hangs gives the trackpad back at once; no alert comes, and the tool is told to end.")
+def end_while_the_tool_hangs(world):
+    with contextlib.closing(Screen()) as screen:
+        tool = driver.Hanging(HOME, STATE, "activated disabled")
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        pid, _ = wait_for(tool.asked, "the tool to be asked")
+        world.expect_on(world.plug("Kovra Mouse"))
+        since = now()
+        running.send(signal.SIGTERM)
+        expect_end(world, running, since)
+        wait_for(lambda: has_ended(pid), "the tool to end")
+        check(not screen.windows(), f"there are windows: {screen.windows()}")
+    return f"off after {world.flag.writes[-1].time - since:.2f} s"
+
+
+@scenario("SIGTERM with the alert open gives the trackpad back at once; the alert goes, and nothing is started.")
+def end_with_the_alert_open(world):
+    put_manager()
+    driver.put(driver.TOOL, "#!/bin/sh\nexit 1\n")
+    with contextlib.closing(Screen()) as screen:
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        screen.wait_alerts(1)
+        world.expect_on(world.plug("Kovra Mouse"))
+        zombies = [pid for pid, state, parent in processes() if state == "Z" and parent == running.pid]
+        check(not zombies, f"left as zombies: {zombies}")
+        since = now()
+        running.send(signal.SIGTERM)
+        expect_end(world, running, since)
+        screen.wait_alerts(0)
+        check(not TOLD.exists(), "the manager was started")
+    return f"off after {world.flag.writes[-1].time - since:.2f} s"

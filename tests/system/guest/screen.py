@@ -1,0 +1,76 @@
+"""An X server of the scenario's own, with a person in front of it."""
+
+import contextlib
+import os
+import signal
+import subprocess
+
+from waiting import wait_for
+
+# Keycodes of a PC keyboard's places.
+CONTROL, ALT, T = 37, 64, 28
+TAB, SPACE, RETURN = 23, 65, 36
+
+SETTINGS = (440, 480)
+
+
+class Screen:
+    def __init__(self):
+        read, write = os.pipe()
+        command = ["Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-dpi", "96", "-nolisten", "tcp",
+                   "-noreset"]
+        self._server = subprocess.Popen(command, pass_fds=[write], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(write)
+        with os.fdopen(read) as number:
+            self.name = f":{number.readline().strip()}"
+
+    def press(self, *keys):
+        """All of them together."""
+        from Xlib import X
+        from Xlib.ext import xtest
+        with self._connection() as keyboard:
+            for key in keys:
+                xtest.fake_input(keyboard, X.KeyPress, key)
+            for key in reversed(keys):
+                xtest.fake_input(keyboard, X.KeyRelease, key)
+            keyboard.sync()
+
+    def press_hot_key(self):
+        self.press(CONTROL, ALT, T)
+
+    def windows(self):
+        """The sizes of the program's windows that are to be seen; there is no window manager to frame them."""
+        from Xlib import X, error
+        seen = []
+        with self._connection() as eye:
+            for window in eye.screen().root.query_tree().children:
+                with contextlib.suppress(error.BadWindow, error.BadDrawable):
+                    if window.get_attributes().map_state == X.IsViewable and window.get_wm_name() == "BLE-kovra":
+                        size = window.get_geometry()
+                        seen.append((size.width, size.height))
+        return seen
+
+    def alerts(self):
+        return [size for size in self.windows() if size != SETTINGS]
+
+    def wait_alerts(self, count):
+        wait_for(lambda: len(self.alerts()) == count, f"{count} alerts to be on the screen")
+
+    def wait_keyboard(self):
+        """Returns when one of the windows has it."""
+        from Xlib import X
+        with self._connection() as eye:
+            wait_for(lambda: eye.get_input_focus().focus not in (X.NONE, X.PointerRoot), "a window to have the keyboard")
+
+    def hang(self):
+        """It answers nobody any more."""
+        self._server.send_signal(signal.SIGSTOP)
+
+    def close(self):
+        self._server.send_signal(signal.SIGCONT)
+        self._server.terminate()
+        self._server.wait()
+
+    def _connection(self):
+        from Xlib import display
+        return contextlib.closing(display.Display(self.name))
