@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import socket
 import subprocess
 
 from gi.repository import Gio
@@ -114,14 +115,20 @@ class Desktop:
         configuration = self.folder / f"{name}-bus.conf"
         configuration.write_text(BUS_CONFIGURATION.format(folder=self.folder, name=name))
         bus = self.start(f"{name}-bus", "dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile")
-        socket = self.folder / f"{name}-bus"
-        wait_for(lambda: socket.exists() or not bus.is_running(), f"the {name} bus")
+        path = self.folder / f"{name}-bus"
+        wait_for(lambda: _listens(path) or not bus.is_running(), f"the {name} bus")
         check(bus.is_running(), f"the {name} bus ended: {bus.last_words()}")
-        return f"unix:path={socket}"
+        return f"unix:path={path}"
 
     def _connect(self):
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
         return Gio.DBusConnection.new_for_address_sync(self.environment["DBUS_SESSION_BUS_ADDRESS"], flags, None, None)
+
+
+def _listens(path):
+    """A socket is there a moment before anybody listens at it."""
+    with socket.socket(socket.AF_UNIX) as client:
+        return client.connect_ex(str(path)) == 0
 
 
 class X11Desktop(Desktop):

@@ -111,6 +111,8 @@ def launch_at_login(world):
         world.choose(LAUNCH_AT_LOGIN)
         world.no_menu()
         wait_for(lambda: world.item.checked(LAUNCH_AT_LOGIN) == world.autostart.exists(), "the mark to agree with the entry")
+        if world.autostart.exists():
+            check(f"Exec={world.binary}" in world.autostart.read_text(), f"the entry says {world.autostart.read_text()}")
         row = _glance(world).row(LAUNCH_AT_LOGIN).tobytes()
         wanted = checked if world.autostart.exists() else unchecked
         check(row == wanted.row(LAUNCH_AT_LOGIN).tobytes(), "the menu does not show what the entry says")
