@@ -101,7 +101,7 @@ COMPOSITION_ROOT = re.compile(r"BLE_kovra/platform/(linux|macos)/main\.(cpp|mm)"
 
 TEST_TOOLS = everything_in("tests/fakes", "tests/support")
 CONTRACTS = everything_in("tests/contracts")
-VIRTUAL_SCREEN = (r"tests/platform/linux/VirtualScreen\.h",)
+OWN_SERVERS = (r"tests/platform/linux/(PrivateBus|VirtualScreen)\.h",)
 
 
 def tests_of(room):
@@ -110,9 +110,9 @@ def tests_of(room):
     project = everything_in(room.folder) if room.with_folders else (re.escape(room.folder) + r"/[^/]+\.h",)
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
-    screen = VIRTUAL_SCREEN if room.folder == "BLE_kovra/platform/linux/ui" else ()
+    servers = OWN_SERVERS if room.folder == "BLE_kovra/platform/linux/ui" else ()
     return Room(
-        folder, project + room.project + TEST_TOOLS + contracts + screen, library, room.own_system, room.with_folders
+        folder, project + room.project + TEST_TOOLS + contracts + servers, library, room.own_system, room.with_folders
     )
 
 

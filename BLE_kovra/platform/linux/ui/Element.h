@@ -60,8 +60,8 @@ class Element {
     virtual void paint(QPainter&) {}
     // The texts in it, in order.
     virtual void addTexts(QStringList&) const {}
-    // What takes the keyboard in it, in order.
-    virtual void addControls(std::vector<QWidget*>&) const {}
+    // The widgets in it, in order.
+    virtual void addWidgets(std::vector<QWidget*>&) const {}
 
     // A child's id among its siblings, or its position where it has none.
     void setKey(const Element* parent, std::string key);

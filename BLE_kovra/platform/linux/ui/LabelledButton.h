@@ -5,8 +5,10 @@
 #include <QFocusEvent>
 #include <QPainter>
 #include <QRadioButton>
+#include <QSignalBlocker>
 #include <QStyleOptionButton>
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -28,7 +30,22 @@ void scrollIntoSight(QWidget& widget, Qt::FocusReason reason);
 template <typename Button>
 class LabelledButton : public Button {
   public:
-    explicit LabelledButton(QWidget& parent) : Button(&parent) {}
+    explicit LabelledButton(QWidget& parent) : Button(&parent) {
+        QObject::connect(this, &Button::clicked, this, [this] { onUse(); });
+        // Screen readers switch it without a click.
+        QObject::connect(this, &Button::toggled, this, [this](bool isOn) {
+            if (!isClicked_ && (isOn || isCheckBox)) onUse();
+        });
+    }
+
+    // The user clicked or switched it, or pressed its key.
+    std::function<void()> onUse = [] {};
+
+    // Which is not the user's doing.
+    void showChecked(bool isChecked) {
+        const QSignalBlocker silent(this);
+        this->setChecked(isChecked);
+    }
 
     void show(const View& label, UserActions& actions, const TextStyle& style, std::uint64_t heard) {
         if (label_ && label_->isFor(label))
@@ -61,6 +78,18 @@ class LabelledButton : public Button {
   protected:
     bool hitButton(const QPoint& at) const override { return this->rect().contains(at); }
 
+    void nextCheckState() override {
+        isClicked_ = true;
+        Button::nextCheckState();
+        isClicked_ = false;
+    }
+
+    // The name makes room for the label where the style or a screen reader asks how large the button is.
+    void initStyleOption(QStyleOptionButton* option) const override {
+        Button::initStyleOption(option);
+        option->text = this->accessibleName();
+    }
+
     void focusInEvent(QFocusEvent* event) override {
         Button::focusInEvent(event);
         scrollIntoSight(*this, event->reason());
@@ -70,6 +99,7 @@ class LabelledButton : public Button {
         QPainter painter(this);
         QStyleOptionButton option;
         this->initStyleOption(&option);
+        option.text.clear();
         const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
         option.state.setFlag(QStyle::State_HasFocus, false);
         this->style()->drawControl(isCheckBox ? QStyle::CE_CheckBox : QStyle::CE_RadioButton, &option, &painter, this);
@@ -96,6 +126,7 @@ class LabelledButton : public Button {
     int indicatorHeight() const { return metric(QStyle::PM_IndicatorHeight, QStyle::PM_ExclusiveIndicatorHeight); }
 
     std::unique_ptr<Element> label_;
+    bool isClicked_ = false;
 };
 
 }  // namespace kovra

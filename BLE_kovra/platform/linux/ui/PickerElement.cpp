@@ -44,8 +44,7 @@ void PickerElement::makeButtons() {
     buttons_.clear();
     for (const Picker::Option& option : picker_.options) {
         buttons_.push_back(std::make_unique<RadioButton>(*group_));
-        QObject::connect(buttons_.back().get(), &QRadioButton::clicked, group_.get(),
-                         [this, tag = option.tag] { userChose(tag); });
+        buttons_.back()->onUse = [this, tag = option.tag] { userChose(tag); };
     }
 }
 
@@ -60,7 +59,7 @@ void PickerElement::choose(const std::string& tag) {
         if (buttons_[i]->isChecked() == isChosen) continue;
         // The last one that is chosen cannot be let go of otherwise.
         buttons_[i]->setAutoExclusive(false);
-        buttons_[i]->setChecked(isChosen);
+        buttons_[i]->showChecked(isChosen);
         buttons_[i]->setAutoExclusive(true);
     }
     chooseWhereTabStops();
@@ -79,8 +78,10 @@ void PickerElement::addTexts(QStringList& texts) const {
     for (const auto& button : buttons_) texts.append(button->accessibleName());
 }
 
-void PickerElement::addControls(std::vector<QWidget*>& controls) const {
-    for (const auto& button : buttons_) controls.push_back(button.get());
+void PickerElement::addWidgets(std::vector<QWidget*>& widgets) const {
+    widgets.push_back(group_.get());
+    widgets.push_back(title_.get());
+    for (const auto& button : buttons_) widgets.push_back(button.get());
 }
 
 Wish PickerElement::kindWidth() {

@@ -19,7 +19,7 @@ class PickerElement : public Element {
     explicit PickerElement(const Site& site);
 
     void addTexts(QStringList& texts) const override;
-    void addControls(std::vector<QWidget*>& controls) const override;
+    void addWidgets(std::vector<QWidget*>& widgets) const override;
 
   private:
     using RadioButton = LabelledButton<QRadioButton>;

@@ -38,8 +38,9 @@ void ScrollElement::addTexts(QStringList& texts) const {
     for (const auto& child : children_) child->addTexts(texts);
 }
 
-void ScrollElement::addControls(std::vector<QWidget*>& controls) const {
-    for (const auto& child : children_) child->addControls(controls);
+void ScrollElement::addWidgets(std::vector<QWidget*>& widgets) const {
+    widgets.push_back(area_.get());
+    for (const auto& child : children_) child->addWidgets(widgets);
 }
 
 Wish ScrollElement::kindWidth() {

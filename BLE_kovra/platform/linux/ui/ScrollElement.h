@@ -16,7 +16,7 @@ class ScrollElement : public Element {
     explicit ScrollElement(const Site& site);
 
     void addTexts(QStringList& texts) const override;
-    void addControls(std::vector<QWidget*>& controls) const override;
+    void addWidgets(std::vector<QWidget*>& widgets) const override;
 
   private:
     void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;

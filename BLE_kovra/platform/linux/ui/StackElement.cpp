@@ -45,8 +45,8 @@ void StackElement::addTexts(QStringList& texts) const {
     for (const auto& child : children_) child->addTexts(texts);
 }
 
-void StackElement::addControls(std::vector<QWidget*>& controls) const {
-    for (const auto& child : children_) child->addControls(controls);
+void StackElement::addWidgets(std::vector<QWidget*>& widgets) const {
+    for (const auto& child : children_) child->addWidgets(widgets);
 }
 
 Wish StackElement::kindWidth() {

@@ -11,7 +11,7 @@ class StackElement : public Element {
 
     void paint(QPainter& painter) override;
     void addTexts(QStringList& texts) const override;
-    void addControls(std::vector<QWidget*>& controls) const override;
+    void addWidgets(std::vector<QWidget*>& widgets) const override;
 
   private:
     void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;

@@ -29,6 +29,7 @@ class TextElement : public Element {
     explicit TextElement(const Site& site);
 
     void addTexts(QStringList& texts) const override { texts.append(label_->text()); }
+    void addWidgets(std::vector<QWidget*>& widgets) const override { widgets.push_back(label_.get()); }
 
   private:
     void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;

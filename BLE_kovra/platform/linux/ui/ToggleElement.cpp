@@ -4,14 +4,13 @@ namespace kovra {
 
 ToggleElement::ToggleElement(const Site& site)
     : Element(site), button_(std::make_unique<LabelledButton<QCheckBox>>(site.host)) {
-    QObject::connect(button_.get(), &QCheckBox::clicked, button_.get(),
-                     [this](bool isOn) { changed_ = this->site().actions.changed(path(), isOn); });
+    button_->onUse = [this] { changed_ = this->site().actions.changed(path(), button_->isChecked()); };
 }
 
 void ToggleElement::showKind(const View& view, const TextStyle& style, std::uint64_t heard) {
     static const View nothing{Text{}, {}, {}, {}};
     button_->show(view.children.empty() ? nothing : view.children.front(), site().actions, style, heard);
-    if (changed_ <= heard) button_->setChecked(std::get<Toggle>(view.kind).isOn);
+    if (changed_ <= heard) button_->showChecked(std::get<Toggle>(view.kind).isOn);
 }
 
 }  // namespace kovra

@@ -14,7 +14,7 @@ class ToggleElement : public Element {
     explicit ToggleElement(const Site& site);
 
     void addTexts(QStringList& texts) const override { texts.append(button_->accessibleName()); }
-    void addControls(std::vector<QWidget*>& controls) const override { controls.push_back(button_.get()); }
+    void addWidgets(std::vector<QWidget*>& widgets) const override { widgets.push_back(button_.get()); }
 
   private:
     void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;

@@ -7,11 +7,13 @@ namespace kovra {
 
 namespace {
 
-using Controls = std::vector<QPointer<QWidget>>;
+using Widgets = std::vector<QPointer<QWidget>>;
 
 // Of the control that was at `position`: the next one that is still there, else the one before it.
-QWidget* neighbour(const Controls& before, Controls::const_iterator position) {
-    const auto isThere = [](const QPointer<QWidget>& each) { return !each.isNull(); };
+QWidget* neighbour(const Widgets& before, Widgets::const_iterator position) {
+    const auto isThere = [](const QPointer<QWidget>& each) {
+        return each && (each->focusPolicy() & Qt::TabFocus) != 0;
+    };
     const auto next = std::find_if(position, before.end(), isThere);
     if (next != before.end()) return *next;
     const auto previous = std::find_if(std::make_reverse_iterator(position), before.rend(), isThere);
@@ -26,27 +28,32 @@ ViewRealiser::~ViewRealiser() { surface_.setElement(nullptr); }
 
 void ViewRealiser::show(const View& view, std::uint64_t heard) {
     number_ = std::max(number_, heard);
-    const auto focused = std::find(controls_.begin(), controls_.end(), surface_.window()->focusWidget());
-    const bool hadFocus = focused != controls_.end();
+    const auto focused = std::find(widgets_.begin(), widgets_.end(), surface_.window()->focusWidget());
+    const bool hadFocus = focused != widgets_.end();
     if (root_ && root_->isFor(view))
         root_->show(view, TextStyle(), heard);
     else
         root_ = makeElement(view, Site{surface_, *this}, TextStyle(), heard);
     surface_.setElement(root_.get());
     if (hadFocus && focused->isNull()) {
-        if (QWidget* next = neighbour(controls_, focused)) next->setFocus();
+        if (QWidget* next = neighbour(widgets_, focused)) next->setFocus();
     }
-    orderControls();
+    orderWidgets();
 }
 
-// The keyboard and screen readers go through the controls as the eye does.
-void ViewRealiser::orderControls() {
-    std::vector<QWidget*> controls;
-    root_->addControls(controls);
-    if (std::equal(controls.begin(), controls.end(), controls_.begin(), controls_.end())) return;
-    for (std::size_t i = 1; i < controls.size(); ++i) QWidget::setTabOrder(controls[i - 1], controls[i]);
-    for (QWidget* each : controls) each->raise();
-    controls_.assign(controls.begin(), controls.end());
+// The keyboard and screen readers go through the widgets as the eye does.
+void ViewRealiser::orderWidgets() {
+    std::vector<QWidget*> widgets;
+    root_->addWidgets(widgets);
+    if (std::equal(widgets.begin(), widgets.end(), widgets_.begin(), widgets_.end())) return;
+    widgets_.assign(widgets.begin(), widgets.end());
+    QWidget* before = nullptr;
+    for (QWidget* each : widgets) {
+        each->raise();
+        if (each->focusPolicy() == Qt::NoFocus) continue;
+        if (before != nullptr) QWidget::setTabOrder(before, each);
+        before = each;
+    }
 }
 
 void ViewRealiser::layOut(const QSize& room) {

@@ -36,12 +36,12 @@ class ViewRealiser : private UserActions {
     void followed(std::vector<std::string> path) override;
     void scrolled() override;
 
-    void orderControls();
+    void orderWidgets();
 
     Surface& surface_;
     std::unique_ptr<Element> root_;
-    std::vector<QPointer<QWidget>> controls_;  // in the order in which the keyboard reaches them
-    std::uint64_t number_ = 0;                 // of the user's last change
+    std::vector<QPointer<QWidget>> widgets_;  // from the top to the bottom
+    std::uint64_t number_ = 0;                // of the user's last change
 };
 
 }  // namespace kovra
