@@ -21,7 +21,8 @@
 
 namespace kovra {
 
-// The item as the application makes it, with a small menu, and the real window process on a real screen.
+// The item as the application makes it, with a small menu, and the real window process on a real screen. Without a
+// window it is kept for a moment alone.
 class ItemOnScreen : public testing::Test {
   protected:
     static constexpr std::chrono::seconds limit{30};
@@ -95,7 +96,8 @@ class ItemOnScreen : public testing::Test {
     WindowProcess window{loop, windowProgram,
                          WindowProcess::Patience{
                              {std::chrono::milliseconds(10), std::chrono::milliseconds(100), std::chrono::seconds(1)},
-                             std::chrono::minutes(1)}};
+                             std::chrono::minutes(1),
+                             std::chrono::milliseconds(300)}};
     TrayItem item{loop};
     Onlooker onlooker;
     std::vector<std::string> done;

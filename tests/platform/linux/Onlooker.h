@@ -32,6 +32,12 @@ class Onlooker {
 
     // The window of this title that is to be seen, wherever it is embedded.
     std::optional<Place> window(std::string_view title) { return find(root_, title); }
+    // Whether what is typed goes to the window of this title.
+    bool hasKeyboard(std::string_view title) {
+        const Handle<xcb_get_input_focus_reply_t, std::free> reply(
+            xcb_get_input_focus_reply(x(), xcb_get_input_focus(x()), nullptr));
+        return reply && reply->focus > XCB_INPUT_FOCUS_POINTER_ROOT && property(reply->focus, title_) == title;
+    }
     Pixels pixels(const Place& place) {
         const auto asked =
             xcb_get_image(x(), XCB_IMAGE_FORMAT_Z_PIXMAP, root_, std::int16_t(place.x), std::int16_t(place.y),

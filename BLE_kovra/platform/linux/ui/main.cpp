@@ -67,6 +67,7 @@ int main(int argc, char** argv) {
         if (std::holds_alternative<kovra::HideTray>(message)) tray.reset();
         if (const auto* request = std::get_if<kovra::PopUpMenu>(&message)) menu.show(*request);
         if (const auto* shown = std::get_if<kovra::ShowWindow>(&message)) showWindow(*shown);
+        if (std::holds_alternative<kovra::HideWindow>(message) && window) window->hide();
         if (const auto* shown = std::get_if<kovra::ShowAlerts>(&message)) alerts.show(*shown);
     };
     return QCoreApplication::exec();
