@@ -11,10 +11,7 @@ TrayPopup::TrayPopup(MainQueue& queue, WindowProcess& window, TrayItem& item)
     });
 }
 
-TrayPopup::~TrayPopup() {
-    stopWaiting();
-    window_.release();
-}
+TrayPopup::~TrayPopup() { window_.release(); }
 
 void TrayPopup::ask(int x, int y) {
     using std::chrono::milliseconds;
@@ -23,7 +20,6 @@ void TrayPopup::ask(int x, int y) {
         const auto self = weak.lock();
         if (!self) return;
         TrayPopup& popup = **self;
-        popup.stopWaiting();
         popup.asked_ = asked;
         popup.window_.tell(PopUpMenu{x, y, asked, popup.item_.told().menu});
     });
@@ -31,17 +27,7 @@ void TrayPopup::ask(int x, int y) {
 
 void TrayPopup::hear(const MenuClosed& closed) {
     if (closed.chosen) item_.choose(*closed.chosen);
-    if (closed.asked != asked_) return;  // it was asked for again meanwhile
-    stopWaiting();
-    wait_ = queue_.asyncAfter(linger, [this] {
-        wait_.reset();
-        window_.release();
-    });
-}
-
-void TrayPopup::stopWaiting() {
-    if (wait_) wait_->cancel();
-    wait_.reset();
+    if (closed.asked == asked_) window_.release();  // else it was asked for again meanwhile
 }
 
 }  // namespace kovra

@@ -10,11 +10,9 @@
 namespace kovra {
 
 // The item's menu, opened by the window process where a desktop asks for it, on a screen that lets programs place their
-// windows. The process then stays for a while, so that the menu opens at once when it is asked for again.
+// windows.
 class TrayPopup {
   public:
-    static constexpr std::chrono::seconds linger{30};
-
     TrayPopup(MainQueue& queue, WindowProcess& window, TrayItem& item);
     ~TrayPopup();
     TrayPopup(const TrayPopup&) = delete;
@@ -25,13 +23,11 @@ class TrayPopup {
 
   private:
     void hear(const MenuClosed& closed);
-    void stopWaiting();
 
     MainQueue& queue_;
     WindowProcess& window_;
     TrayItem& item_;
     std::chrono::milliseconds asked_{};  // last
-    std::unique_ptr<DelayedTask> wait_;
     WindowProcess::Messages::Token listening_;
     std::shared_ptr<TrayPopup*> self_;  // how a queued block learns that this is no more
 };

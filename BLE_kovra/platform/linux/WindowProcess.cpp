@@ -146,7 +146,7 @@ void WindowProcess::tell(const ToWindow& event) {
 }
 
 void WindowProcess::release() {
-    if (std::exchange(isHeld_, false)) endIfIdle();
+    if (std::exchange(isHeld_, false)) linger();
 }
 
 void WindowProcess::start() {

@@ -17,7 +17,7 @@ namespace kovra {
 
 // The window process, as the resident program has it: one for all that needs a toolkit. It runs while there is
 // something to show, and shows what was given last; it is also started for an event, and then held until it is
-// released. After the last window or alert it is kept for a while, so that the next one opens at once.
+// released. After the last window, alert or event it is kept for a while, so that the next one opens at once.
 //
 // Nothing that becomes of it harms the resident program: writing never waits for it, what it has not taken yet is
 // replaced by what is newer, and where it dies, or is not installed, nothing is shown. One that dies is started again
@@ -50,7 +50,7 @@ class WindowProcess {
 
     // An event, told once: it dies with the process that was there or was started for it.
     void tell(const ToWindow& event);
-    // The process ends, unless there is something to show.
+    // Nobody waits for what it says to an event any more. It ends after a while, unless there is something to show.
     void release();
 
     bool isRunning() const { return running_ != nullptr; }

@@ -26,6 +26,7 @@ namespace kovra {
 class ItemOnScreen : public testing::Test {
   protected:
     static constexpr std::chrono::seconds limit{30};
+    static constexpr std::chrono::milliseconds linger{300};
     static constexpr int toggleTag = 1;
 
     ItemOnScreen() {
