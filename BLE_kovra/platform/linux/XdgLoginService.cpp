@@ -54,6 +54,7 @@ constexpr const char* freshEntry =
     "Type=Application\n"
     "Name=BLE-kovra\n"
     "Exec=\n"
+    "Icon=ble-kovra\n"
     "X-GNOME-Autostart-enabled=true\n"
     "X-KDE-autostart-after=panel\n"
     "X-LXQt-Need-Tray=true\n";
