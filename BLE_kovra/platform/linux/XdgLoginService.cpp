@@ -48,16 +48,14 @@ bool systemHasAnEntry() {
     });
 }
 
-// A tray icon needs a panel first; each desktop is told so in its own way.
+// It asks no desktop to wait for its panel: muting needs none, and the icon comes with the panel.
 constexpr const char* freshEntry =
     "[Desktop Entry]\n"
     "Type=Application\n"
     "Name=BLE-kovra\n"
     "Exec=\n"
     "Icon=ble-kovra\n"
-    "X-GNOME-Autostart-enabled=true\n"
-    "X-KDE-autostart-after=panel\n"
-    "X-LXQt-Need-Tray=true\n";
+    "X-GNOME-Autostart-enabled=true\n";
 
 // Does this to the user's own entry, or to a new one where there is none yet.
 template <typename Change>
