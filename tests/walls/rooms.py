@@ -121,6 +121,14 @@ def whole_application(folder):
     return Room(folder, logic + TEST_TOOLS, with_google_test(standard), with_folders=True)
 
 
+# What the application shows, on the real widgets.
+SCREEN = Room(
+    "tests/screen",
+    VALUES + L10N + DEVICES + CORE + SYSTEM + APP + WIRE + TEST_TOOLS
+    + everything_in("BLE_kovra/platform/linux/ui", "tests/platform/linux/ui", "tests/l10n"),
+    with_google_test(anything),
+)
+
 TESTS = (
     *(tests_of(room) for room in PROGRAM),
     tests_of(HELPER),
@@ -131,6 +139,7 @@ TESTS = (
     Room("tests/programs", VALUES + L10N + SYSTEM + POSIX_ROOM + LINUX + TEST_TOOLS, with_google_test(any_but_qt)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
+    SCREEN,
 )
 
 ROOMS = (*PROGRAM, ICONS, HELPER, *TESTS)

@@ -113,6 +113,9 @@ QWidget* AlertWindow::addButtons(const std::vector<std::string>& titles) {
 
 void AlertWindow::measure() {
     const QFontMetrics metrics(font());
+    const int gap = metrics.height() * 3 / 4;  // as desktops space their dialogs
+    layout()->setContentsMargins(gap, gap, gap, gap);
+    for (QLayout* each : {layout(), layout()->itemAt(0)->layout()}) each->setSpacing(gap);
     icon_->setFixedSize(iconLines * metrics.height(), iconLines * metrics.height());
     const int line = std::min(charactersALine * metrics.averageCharWidth(), screen()->availableSize().width() / 2);
     message_->wrapAt(line);
