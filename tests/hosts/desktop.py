@@ -132,9 +132,11 @@ def _listens(path):
 
 
 class X11Desktop(Desktop):
+    extent = "1280x800"
+
     def _open_display(self):
         reading, writing = os.pipe()
-        xvfb = self.start("Xvfb", "Xvfb", "-displayfd", writing, "-screen", "0", "1280x800x24", "-dpi", "96",
+        xvfb = self.start("Xvfb", "Xvfb", "-displayfd", writing, "-screen", "0", f"{self.extent}x24", "-dpi", "96",
                           "-nolisten", "tcp", "-noreset", pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as number:

@@ -52,6 +52,12 @@ def seclude():
     FLAG.parent.mkdir(parents=True)
 
 
+def hide(folder):
+    """In our file system this folder, if there is one, is empty from now on."""
+    if pathlib.Path(folder).is_dir():
+        _mount("tmpfs", folder, "tmpfs", 0, "mode=755")
+
+
 def adopt_orphans():
     """What our children leave behind becomes our child, so that end_descendants finds it."""
     _libc.prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)

@@ -32,6 +32,18 @@ class X11Screen:
             xtest.fake_input(self._display, event, button)
         self._display.sync()
 
+    def window(self, title):
+        """The box of the window of this title that is to be seen."""
+        waiting = [self._root]
+        while waiting:
+            window = waiting.pop()
+            name = window.get_full_text_property(self._display.intern_atom("_NET_WM_NAME"))
+            if name == title and window.get_attributes().map_state == X.IsViewable:
+                size, corner = window.get_geometry(), window.translate_coords(self._root, 0, 0)
+                return -corner.x, -corner.y, -corner.x + size.width, -corner.y + size.height
+            waiting += window.query_tree().children
+        return None
+
     def has_tray(self):
         """Whether somebody embeds the windows of icons."""
         selection = self._display.intern_atom("_NET_SYSTEM_TRAY_S0")

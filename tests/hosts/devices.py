@@ -1,0 +1,41 @@
+"""HID devices that this machine does not have, for the programs that are started with their environment."""
+
+import os
+import shutil
+
+import gi
+gi.require_version("UMockdev", "1.0")
+from gi.repository import UMockdev
+
+
+class Devices:
+    PRELOAD = "libumockdev-preload.so.0"
+
+    def __init__(self):
+        self._testbed = UMockdev.Testbed.new()
+        self._sys = self._testbed.get_sys_dir()
+        os.makedirs(f"{self._sys}/bus/hid/devices")
+        self._count = 0
+
+    @property
+    def environment(self):
+        return {"LD_PRELOAD": self.PRELOAD, "UMOCKDEV_DIR": self._testbed.get_root_dir()}
+
+    def plug(self, name):
+        """A mouse of this name, there before the program starts; returns by what it is unplugged."""
+        self._count += 1
+        node = f"0003:046D:{self._count:04X}.{self._count:04X}"
+        folder = f"{self._sys}/devices/virtual/misc/uhid/{node}"
+        os.makedirs(folder)
+        os.symlink("../../../../../bus/hid", f"{folder}/subsystem")
+        os.symlink(f"../../../devices/virtual/misc/uhid/{node}", f"{self._sys}/bus/hid/devices/{node}")
+        os.makedirs(f"{self._sys}/bus/hid/drivers/hid-generic", exist_ok=True)
+        os.symlink("../../../../../bus/hid/drivers/hid-generic", f"{folder}/driver")
+        with open(f"{folder}/uevent", "w", encoding="utf-8") as uevent:
+            uevent.write(f"DRIVER=hid-generic\nHID_ID=0003:0000046D:{self._count:08X}\nHID_NAME={name}\n")
+        return node
+
+    def unplug(self, node):
+        """Without an event: where no udevd is to be seen, the program looks by itself."""
+        os.unlink(f"{self._sys}/bus/hid/devices/{node}")
+        shutil.rmtree(f"{self._sys}/devices/virtual/misc/uhid/{node}")
