@@ -10,29 +10,30 @@
 namespace kovra {
 
 template <>
-constexpr auto members<Point> = std::tuple(always("x", &Point::x), always("y", &Point::y));
+inline constexpr auto members<Point> = std::tuple(always("x", &Point::x), always("y", &Point::y));
 
 template <>
-constexpr auto members<Size> = std::tuple(always("width", &Size::width), always("height", &Size::height));
+inline constexpr auto members<Size> = std::tuple(always("width", &Size::width), always("height", &Size::height));
 
 template <>
-constexpr const char* nameOf<RoundedRectangle> = "roundedRectangle";
+inline constexpr const char* nameOf<RoundedRectangle> = "roundedRectangle";
 template <>
-constexpr auto members<RoundedRectangle> = std::tuple(always("origin", &RoundedRectangle::origin),
-                                                      always("size", &RoundedRectangle::size),
-                                                      always("cornerRadii", &RoundedRectangle::cornerRadii));
+inline constexpr auto members<RoundedRectangle> = std::tuple(always("origin", &RoundedRectangle::origin),
+                                                             always("size", &RoundedRectangle::size),
+                                                             always("cornerRadii", &RoundedRectangle::cornerRadii));
 
 template <>
-constexpr const char* nameOf<Segment> = "segment";
+inline constexpr const char* nameOf<Segment> = "segment";
 template <>
-constexpr auto members<Segment> = std::tuple(always("from", &Segment::from), always("to", &Segment::to));
+inline constexpr auto members<Segment> = std::tuple(always("from", &Segment::from), always("to", &Segment::to));
 
 template <>
-constexpr auto members<Stroke> = std::tuple(always("shape", &Stroke::shape), always("lineWidth", &Stroke::lineWidth));
+inline constexpr auto members<Stroke> = std::tuple(always("shape", &Stroke::shape),
+                                                   always("lineWidth", &Stroke::lineWidth));
 
 template <>
-constexpr auto members<Drawing> = std::tuple(always("name", &Drawing::name), always("size", &Drawing::size),
-                                             always("strokes", &Drawing::strokes));
+inline constexpr auto members<Drawing> = std::tuple(always("name", &Drawing::name), always("size", &Drawing::size),
+                                                    always("strokes", &Drawing::strokes));
 
 // Of an action the name crosses alone.
 template <>
@@ -45,15 +46,17 @@ struct Form<MenuAction> {
 };
 
 template <>
-constexpr auto namesOf<MenuItemState> = std::array{"off", "on"};
+inline constexpr auto namesOf<MenuItemState> = std::array{"off", "on"};
 
 template <>
-constexpr auto members<MenuItem> = std::tuple(always("title", &MenuItem::title), ifAny("action", &MenuItem::action),
-                                              ifAny("keyEquivalent", &MenuItem::keyEquivalent),
-                                              ifAny("state", &MenuItem::state), always("enabled", &MenuItem::isEnabled),
-                                              always("separator", &MenuItem::isSeparator));
+inline constexpr auto members<MenuItem> = std::tuple(always("title", &MenuItem::title),
+                                                     ifAny("action", &MenuItem::action),
+                                                     ifAny("keyEquivalent", &MenuItem::keyEquivalent),
+                                                     ifAny("state", &MenuItem::state),
+                                                     always("enabled", &MenuItem::isEnabled),
+                                                     always("separator", &MenuItem::isSeparator));
 
 template <>
-constexpr auto members<Menu> = std::tuple(always("items", &Menu::items));
+inline constexpr auto members<Menu> = std::tuple(always("items", &Menu::items));
 
 }  // namespace kovra

@@ -10,82 +10,83 @@
 namespace kovra {
 
 template <>
-constexpr auto namesOf<Alignment> = std::array{"leading", "center"};
+inline constexpr auto namesOf<Alignment> = std::array{"leading", "center"};
 template <>
-constexpr auto namesOf<Font> = std::array{"standard", "headline", "body", "subheadline", "caption", "caption2"};
+inline constexpr auto namesOf<Font> = std::array{"standard", "headline", "body", "subheadline", "caption", "caption2"};
 template <>
-constexpr auto namesOf<Color> = std::array{"primary", "secondary", "green", "gray"};
+inline constexpr auto namesOf<Color> = std::array{"primary", "secondary", "green", "gray"};
 template <>
-constexpr auto namesOf<Stack::Axis> = std::array{"horizontal", "vertical"};
+inline constexpr auto namesOf<Stack::Axis> = std::array{"horizontal", "vertical"};
 
 // Of what is interactive the actions do not cross.
 
 template <>
-constexpr const char* nameOf<Text> = "text";
+inline constexpr const char* nameOf<Text> = "text";
 template <>
-constexpr auto members<Text> = std::tuple(always("content", &Text::content));
+inline constexpr auto members<Text> = std::tuple(always("content", &Text::content));
 
 template <>
-constexpr const char* nameOf<Circle> = "circle";
+inline constexpr const char* nameOf<Circle> = "circle";
 template <>
-constexpr auto members<Circle> = std::tuple(always("fill", &Circle::fill), always("opacity", &Circle::opacity));
+inline constexpr auto members<Circle> = std::tuple(always("fill", &Circle::fill), always("opacity", &Circle::opacity));
 
 template <>
-constexpr const char* nameOf<Toggle> = "toggle";
+inline constexpr const char* nameOf<Toggle> = "toggle";
 template <>
-constexpr auto members<Toggle> = std::tuple(always("on", &Toggle::isOn));
+inline constexpr auto members<Toggle> = std::tuple(always("on", &Toggle::isOn));
 
 template <>
-constexpr auto members<Picker::Option> = std::tuple(always("title", &Picker::Option::title),
-                                                    always("tag", &Picker::Option::tag));
+inline constexpr auto members<Picker::Option> = std::tuple(always("title", &Picker::Option::title),
+                                                           always("tag", &Picker::Option::tag));
 template <>
-constexpr const char* nameOf<Picker> = "picker";
+inline constexpr const char* nameOf<Picker> = "picker";
 template <>
-constexpr auto members<Picker> = std::tuple(always("title", &Picker::title), always("options", &Picker::options),
-                                            always("selection", &Picker::selection));
+inline constexpr auto members<Picker> = std::tuple(always("title", &Picker::title), always("options", &Picker::options),
+                                                   always("selection", &Picker::selection));
 
 template <>
-constexpr const char* nameOf<Link> = "link";
+inline constexpr const char* nameOf<Link> = "link";
 template <>
-constexpr auto members<Link> = std::tuple(always("title", &Link::title), always("destination", &Link::destination));
+inline constexpr auto members<Link> = std::tuple(always("title", &Link::title),
+                                                 always("destination", &Link::destination));
 
 template <>
-constexpr const char* nameOf<Divider> = "divider";
+inline constexpr const char* nameOf<Divider> = "divider";
 template <>
-constexpr auto members<Divider> = std::tuple();
+inline constexpr auto members<Divider> = std::tuple();
 
 template <>
-constexpr const char* nameOf<Spacer> = "spacer";
+inline constexpr const char* nameOf<Spacer> = "spacer";
 template <>
-constexpr auto members<Spacer> = std::tuple();
+inline constexpr auto members<Spacer> = std::tuple();
 
 template <>
-constexpr const char* nameOf<Stack> = "stack";
+inline constexpr const char* nameOf<Stack> = "stack";
 template <>
-constexpr auto members<Stack> = std::tuple(always("axis", &Stack::axis), always("alignment", &Stack::alignment),
-                                           ifAny("spacing", &Stack::spacing));
+inline constexpr auto members<Stack> = std::tuple(always("axis", &Stack::axis), always("alignment", &Stack::alignment),
+                                                  ifAny("spacing", &Stack::spacing));
 
 template <>
-constexpr const char* nameOf<ScrollView> = "scrollView";
+inline constexpr const char* nameOf<ScrollView> = "scrollView";
 template <>
-constexpr auto members<ScrollView> = std::tuple();
+inline constexpr auto members<ScrollView> = std::tuple();
 
 template <>
-constexpr const char* nameOf<FontModifier> = "font";
+inline constexpr const char* nameOf<FontModifier> = "font";
 template <>
-constexpr auto members<FontModifier> = std::tuple(always("font", &FontModifier::font),
-                                                  always("bold", &FontModifier::bold));
+inline constexpr auto members<FontModifier> = std::tuple(always("font", &FontModifier::font),
+                                                         always("bold", &FontModifier::bold));
 
 template <>
-constexpr const char* nameOf<ForegroundColor> = "foregroundColor";
+inline constexpr const char* nameOf<ForegroundColor> = "foregroundColor";
 template <>
-constexpr auto members<ForegroundColor> = std::tuple(always("color", &ForegroundColor::color));
+inline constexpr auto members<ForegroundColor> = std::tuple(always("color", &ForegroundColor::color));
 
 template <>
-constexpr const char* nameOf<Padding> = "padding";
+inline constexpr const char* nameOf<Padding> = "padding";
 template <>
-constexpr auto members<Padding> = std::tuple(always("horizontal", &Padding::horizontal),
-                                             always("vertical", &Padding::vertical));
+inline constexpr auto members<Padding> = std::tuple(always("horizontal", &Padding::horizontal),
+                                                    always("vertical", &Padding::vertical));
 
 // A length that a frame may leave without a bound, which is no number in JSON.
 struct LargestLength {
@@ -111,21 +112,21 @@ struct LargestLength {
 };
 
 template <>
-constexpr const char* nameOf<Frame> = "frame";
+inline constexpr const char* nameOf<Frame> = "frame";
 template <>
-constexpr auto members<Frame> = std::tuple(ifAny("width", &Frame::width), ifAny("height", &Frame::height),
-                                           LargestLength{"maxWidth", &Frame::maxWidth},
-                                           LargestLength{"maxHeight", &Frame::maxHeight},
-                                           always("alignment", &Frame::alignment));
+inline constexpr auto members<Frame> = std::tuple(ifAny("width", &Frame::width), ifAny("height", &Frame::height),
+                                                  LargestLength{"maxWidth", &Frame::maxWidth},
+                                                  LargestLength{"maxHeight", &Frame::maxHeight},
+                                                  always("alignment", &Frame::alignment));
 
 template <>
-constexpr const char* nameOf<FixedSize> = "fixedSize";
+inline constexpr const char* nameOf<FixedSize> = "fixedSize";
 template <>
-constexpr auto members<FixedSize> = std::tuple(always("horizontal", &FixedSize::horizontal),
-                                               always("vertical", &FixedSize::vertical));
+inline constexpr auto members<FixedSize> = std::tuple(always("horizontal", &FixedSize::horizontal),
+                                                      always("vertical", &FixedSize::vertical));
 
 template <>
-constexpr auto members<View> = std::tuple(always("kind", &View::kind), ifAny("children", &View::children),
-                                          ifAny("modifiers", &View::modifiers), ifAny("id", &View::id));
+inline constexpr auto members<View> = std::tuple(always("kind", &View::kind), ifAny("children", &View::children),
+                                                 ifAny("modifiers", &View::modifiers), ifAny("id", &View::id));
 
 }  // namespace kovra
