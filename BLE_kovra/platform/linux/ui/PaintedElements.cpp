@@ -35,7 +35,7 @@ void LabelElement::paint(QPainter& painter) {
 }
 
 void CircleElement::showKind(const View& view, const TextStyle&, std::uint64_t) {
-    const Circle& circle = std::get<Circle>(view.kind);
+    const auto& circle = std::get<Circle>(view.kind);
     if (circle == circle_) return;
     circle_ = circle;
     repaint();

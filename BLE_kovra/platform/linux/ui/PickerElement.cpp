@@ -25,7 +25,7 @@ PickerElement::PickerElement(const Site& site)
 }
 
 void PickerElement::showKind(const View& view, const TextStyle& style, std::uint64_t heard) {
-    const Picker& picker = std::get<Picker>(view.kind);
+    const auto& picker = std::get<Picker>(view.kind);
     const bool hasOtherButtons = !haveSameTags(picker, picker_);
     picker_ = picker;
     if (hasOtherButtons) makeButtons();

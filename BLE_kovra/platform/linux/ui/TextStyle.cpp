@@ -60,14 +60,18 @@ bool isDark(const QPalette& palette) {
 }  // namespace
 
 TextStyle TextStyle::inside(const std::vector<Modifier>& modifiers) const {
-    TextStyle style = *this;
-    for (auto each = modifiers.rbegin(); each != modifiers.rend(); ++each) {
-        if (const auto* changed = std::get_if<FontModifier>(&*each)) {
-            style.font = changed->font;
-            style.bold = changed->bold;
-        }
-        if (const auto* foreground = std::get_if<ForegroundColor>(&*each)) style.color = foreground->color;
+    const FontModifier* innermostFont = nullptr;
+    const ForegroundColor* innermostColor = nullptr;
+    for (const Modifier& each : modifiers) {
+        if (innermostFont == nullptr) innermostFont = std::get_if<FontModifier>(&each);
+        if (innermostColor == nullptr) innermostColor = std::get_if<ForegroundColor>(&each);
     }
+    TextStyle style = *this;
+    if (innermostFont != nullptr) {
+        style.font = innermostFont->font;
+        style.bold = innermostFont->bold;
+    }
+    if (innermostColor != nullptr) style.color = innermostColor->color;
     return style;
 }
 
