@@ -225,6 +225,30 @@ TEST_P(AlertsOnScreen, LeaveTheMenuItsInput) {
     EXPECT_TRUE(eventually([&] { return heard<AlertAnswered>() == Answers{{1, 0}}; }));
 }
 
+TEST_P(AlertsOnScreen, LeaveTheIconInTheTrayItsInput) {
+    const Program tray({"trayer", "--edge", "top", "--align", "left", "--widthtype", "request", "--height", "24"});
+    ShowTray shown;
+    shown.image = Drawing{.name = "pad", .size = {18, 18}, .strokes = {}};
+    shown.image->strokes.push_back(
+        {RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2}}, 1.2});
+    shown.toolTip = "The icon";
+    shown.menu.items.emplace_back().title = "Choose me";
+    shown.menu.items.back().action = MenuAction{"choose", {}};
+    process->show(shown);
+    showAlerts({1});
+    ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
+    ASSERT_TRUE(eventually([&] {
+        const auto icon = onlooker.window("The icon");
+        return icon && icon->width > 10 && onlooker.colours(*icon).size() > 2;
+    }));
+    onlooker.click(XCB_BUTTON_INDEX_1, *onlooker.window("The icon"));
+    settle();
+    onlooker.tap(116);  // down
+    onlooker.tap(enter);
+    EXPECT_TRUE(eventually([&] { return heard<ItemChosen>() == std::vector<ItemChosen>{{0}}; }));
+    EXPECT_TRUE(heard<AlertAnswered>().empty());
+}
+
 INSTANTIATE_TEST_SUITE_P(WindowManagers, AlertsOnScreen,
                          testing::Values(Manager{"none", {}}, Manager{"openbox", {"openbox"}}),
                          [](const auto& manager) { return manager.param.name; });
