@@ -11,6 +11,7 @@ namespace kovra {
 namespace {
 
 constexpr double legible = 4.5;
+constexpr double discernible = 3.6;  // of lines, which are smoothed where they are round
 
 // Of the desktop's size.
 double size(Font font) {
@@ -83,6 +84,18 @@ QFont TextStyle::qtFont() const {
         made.setPixelSize(std::max(1, static_cast<int>(std::lround(made.pixelSize() * size(font)))));
     if (bold || font == Font::headline) made.setBold(true);
     return made;
+}
+
+QColor outlineSource(const QPalette& palette) {
+    const QColor ink = palette.color(QPalette::WindowText);
+    const QColor paper = palette.color(QPalette::Window);
+    const auto standsOut = [&](const QColor& source) {
+        const QColor ofBox = source.darker(140).lighter(110), ofRing = source.darker(150);
+        return contrast(ofBox, paper) >= discernible && contrast(ofRing, paper) >= discernible;
+    };
+    double share = 0;
+    while (share < 1 && !standsOut(mixed(ink, paper, share))) share += 0.05;
+    return mixed(ink, paper, std::min(share, 1.0));
 }
 
 QColor roleColor(Color color, const QPalette& palette) {

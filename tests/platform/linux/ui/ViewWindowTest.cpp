@@ -5,12 +5,15 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QPalette>
+#include <QRadioButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+#include <tuple>
 #include <variant>
 
 #include "BLE_kovra/platform/linux/ui/Points.h"
+#include "tests/platform/linux/ui/Luminance.h"
 #include "tests/platform/linux/ui/QtRig.h"
 #include "tests/platform/linux/ui/SampleView.h"
 
@@ -236,6 +239,26 @@ TEST_F(ViewWindowTest, HasTheTextsLegibleInADarkThemeAndInALightOne) {
         EXPECT_GE(contrast(roleColor(Color::secondary, palette), paper), 4.5);
         EXPECT_GE(contrast(roleColor(Color::primary, palette), paper), 4.5);
         EXPECT_GE(contrast(roleColor(Color::green, palette), paper), 3);
+    }
+}
+
+TEST_F(ViewWindowTest, HasBoxesThatStandOutAlsoUntickedInADarkThemeAndInALightOne) {
+    for (const auto& [paper, base, ink] :
+         {std::tuple(QColor(0xEF, 0xEF, 0xEF), QColor(Qt::white), QColor(Qt::black)),
+          std::tuple(QColor(0x2D, 0x2D, 0x2D), QColor(0x23, 0x26, 0x29), QColor(Qt::white)),
+          std::tuple(QColor(0x1B, 0x1E, 0x20), QColor(0x14, 0x16, 0x18), QColor(0xFC, 0xFC, 0xFC))}) {
+        QPalette palette(paper);
+        palette.setColor(QPalette::Base, base);
+        palette.setColor(QPalette::WindowText, ink);
+        window.setPalette(palette);
+        show();
+        window.setFocus();
+        for (auto* button : window.findChildren<QAbstractButton*>()) {
+            const bool isBox = qobject_cast<QCheckBox*>(button) != nullptr;
+            if (button->isChecked() || (!isBox && qobject_cast<QRadioButton*>(button) == nullptr)) continue;
+            const QImage seen = button->grab().toImage().copy(0, 0, 15, button->height());
+            EXPECT_GE(standingOut(seen, paper), isBox ? 0.1 : 0.02) << button->accessibleName().toStdString();
+        }
     }
 }
 
