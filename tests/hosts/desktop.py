@@ -11,8 +11,8 @@ from sway import SwayScreen
 from waiting import check, wait_for
 from x11 import X11Screen
 
-# What a session bus may start by itself: what the panels need, and nothing that another machine would not have.
-SERVICES = ["org.xfce.Xfconf", "org.mate.panel.applet.NotificationAreaAppletFactory"]
+# What a session bus may start by itself: what panels and screen readers need, and nothing that another machine would not have.
+SERVICES = ["org.xfce.Xfconf", "org.mate.panel.applet.NotificationAreaAppletFactory", "org.a11y.Bus"]
 INSTALLED_SERVICES = pathlib.Path("/usr/share/dbus-1/services")
 NOBODY = 65534
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -74,7 +74,7 @@ class Desktop:
             "XDG_CONFIG_HOME": str(self.home / ".config"), "XDG_DATA_HOME": str(self.home / ".local/share"),
             "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_STATE_HOME": str(self.home / ".local/state"),
             "XDG_RUNTIME_DIR": str(self.runtime), "XDG_DATA_DIRS": "/usr/local/share:/usr/share",
-            # No accessibility bus, and settings in a file of the private home: neither needs a service.
+            # Panels keep away from the accessibility bus, and have their settings in a file of the private home.
             "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "keyfile",
             **environment,
         }

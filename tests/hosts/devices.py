@@ -1,4 +1,7 @@
-"""HID devices that this machine does not have, for the programs that are started with their environment."""
+"""HID devices that this machine does not have, for the programs that are started with their environment.
+
+They come and go without an event: where no udevd is to be seen, the program looks by itself.
+"""
 
 import os
 import shutil
@@ -7,11 +10,14 @@ import gi
 gi.require_version("UMockdev", "1.0")
 from gi.repository import UMockdev
 
+import secluded
+
 
 class Devices:
     PRELOAD = "libumockdev-preload.so.0"
 
     def __init__(self):
+        secluded.hide("/run/udev")
         self._testbed = UMockdev.Testbed.new()
         self._sys = self._testbed.get_sys_dir()
         os.makedirs(f"{self._sys}/bus/hid/devices")
@@ -21,8 +27,13 @@ class Devices:
     def environment(self):
         return {"LD_PRELOAD": self.PRELOAD, "UMOCKDEV_DIR": self._testbed.get_root_dir()}
 
+    @staticmethod
+    def key(name, number):
+        """By what the program knows the mouse that is plugged as the first, the second..."""
+        return f"{name}#1133:{number}"
+
     def plug(self, name):
-        """A mouse of this name, there before the program starts; returns by what it is unplugged."""
+        """A mouse of this name; returns by what it is unplugged."""
         self._count += 1
         node = f"0003:046D:{self._count:04X}.{self._count:04X}"
         folder = f"{self._sys}/devices/virtual/misc/uhid/{node}"
@@ -36,6 +47,5 @@ class Devices:
         return node
 
     def unplug(self, node):
-        """Without an event: where no udevd is to be seen, the program looks by itself."""
         os.unlink(f"{self._sys}/bus/hid/devices/{node}")
         shutil.rmtree(f"{self._sys}/devices/virtual/misc/uhid/{node}")

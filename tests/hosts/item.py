@@ -9,6 +9,7 @@ WATCHER = "org.kde.StatusNotifierWatcher"
 ITEM = "org.kde.StatusNotifierItem"
 MENU = "com.canonical.dbusmenu"
 PROPERTIES = "org.freedesktop.DBus.Properties"
+PROGRAM = "org.ble_kovra.BLEKovra"
 
 
 class Caller:
@@ -77,6 +78,11 @@ class Item:
 
     def checked(self, position):
         return self.entries()[position].checked
+
+
+def item_of_program(connection):
+    """The item of the program itself, wherever it runs on this bus and whether a host has it or not."""
+    return Item(connection, PROGRAM, "/StatusNotifierItem")
 
 
 def registered_item(connection, pid, limit=20.0):

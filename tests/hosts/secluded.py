@@ -19,6 +19,7 @@ ACTIVE = driver.listing("activated enabled")
 
 # Processes of ours that end by themselves when we do.
 _keepers = set()
+_is_lent = False
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
@@ -54,8 +55,11 @@ def seclude():
 
 def hide(folder):
     """In our file system this folder, if there is one, is empty from now on."""
-    if pathlib.Path(folder).is_dir():
-        _mount("tmpfs", folder, "tmpfs", 0, "mode=755")
+    if not pathlib.Path(folder).is_dir() or not any(pathlib.Path(folder).iterdir()):
+        return
+    if _is_lent:
+        raise NotSecluded(f"this machine has a {folder}, and denies us the right to mount our own over it")
+    _mount("tmpfs", folder, "tmpfs", 0, "mode=755")
 
 
 def adopt_orphans():
@@ -132,6 +136,8 @@ def _folder_until_the_end():
 
 def _lend():
     """Where even root may not mount, as in a container or a chroot, the machine itself has both while we run."""
+    global _is_lent
+    _is_lent = True
     for place in (LIBRARY, driver.TOOL):
         if place.exists():
             raise NotSecluded(f"this machine has a {place}, and denies us the right to mount our own over it")

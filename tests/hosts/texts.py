@@ -1,23 +1,36 @@
-"""The menu's titles from top to bottom, as each language has them."""
+"""What the program says in each language, by the locale of a person who speaks it: as its catalogue's tests expect it."""
 
+import json
+import pathlib
+import re
+
+_ROOT = pathlib.Path(__file__).resolve().parents[2]
+_LOCALES = {"en": "en_GB", "ru": "ru_RU", "uk": "uk_UA", "fr": "fr_FR", "de": "de_DE", "es": "es_ES"}
+ENGLISH = _LOCALES["en"]
+
+
+def _constant(file, pattern):
+    return re.search(pattern, (_ROOT / file).read_text(encoding="utf-8"))[1]
+
+
+VERSION = _constant("CMakeLists.txt", r"\bVERSION (\d+(?:\.\d+)+)\s+LANGUAGES")
+ADDRESS = _constant("BLE_kovra/l10n/SupportAddress.h", r'supportAddress = "(.*)"')
+
+
+def _tables():
+    source = (_ROOT / "tests/l10n/ExpectedTexts.cpp").read_text(encoding="utf-8")
+    _, *parts = re.split(r"\{L10n::Lang::(\w+), \{\n", source)
+    return {_LOCALES[language]: {key: json.loads(text) + (ADDRESS if address else "")
+                                 for key, text, address in re.findall(r'\{"([\w.]+)", (".*")( \+ address)?\},\n', table)}
+            for language, table in zip(parts[::2], parts[1::2], strict=True)}
+
+
+TEXTS = _tables()
+
+# The menu's titles from top to bottom.
 SEPARATOR = None
-
-# By the locale that a person with this language has.
-TITLES = {
-    "en_GB": ["Mute trackpad", "Shortcut: Ctrl+Opt+T", "Settings…", "Launch at login", "Activate driver…", "About…",
-              SEPARATOR, "Quit"],
-    "ru_RU": ["Глушить трекпад", "Горячая клавиша: Ctrl+Opt+T", "Настройки…", "Запускать при входе",
-              "Активировать драйвер…", "О программе…", SEPARATOR, "Завершить"],
-    "uk_UA": ["Глушити тачпад", "Гаряча клавіша: Ctrl+Opt+T", "Налаштування…", "Запускати під час входу",
-              "Активувати драйвер…", "Про програму…", SEPARATOR, "Завершити"],
-    "fr_FR": ["Couper le trackpad", "Raccourci : Ctrl+Opt+T", "Réglages…", "Lancer à l’ouverture de session",
-              "Activer le pilote…", "À propos…", SEPARATOR, "Quitter"],
-    "de_DE": ["Trackpad deaktivieren", "Tastenkürzel: Ctrl+Opt+T", "Einstellungen…", "Beim Anmelden starten",
-              "Treiber aktivieren…", "Über…", SEPARATOR, "Beenden"],
-    "es_ES": ["Silenciar trackpad", "Atajo: Ctrl+Opt+T", "Ajustes…", "Abrir al iniciar sesión", "Activar controlador…",
-              "Acerca de…", SEPARATOR, "Salir"],
-}
-ENGLISH = "en_GB"
+_MENU = ["block", "menu.hotkeyHint", "menu.settings", "menu.launchAtLogin", "menu.activate", "menu.about", SEPARATOR, "menu.quit"]
+TITLES = {locale: [key and table[key] for key in _MENU] for locale, table in TEXTS.items()}
 
 # Positions in these lists, and in the menu.
 MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, _, QUIT = range(8)

@@ -16,7 +16,6 @@ sys.path.append(str(ROOT / "tests/system/guest"))
 import secluded
 from sheets import LANGUAGES, save, sheet
 
-NAME, PATH = "org.ble_kovra.BLEKovra", "/StatusNotifierItem"
 THREE = ["Logitech MX Master 3S", "Apple Magic Mouse", "Microsoft Arc & <Touch> Mouse"]
 THIRTY = THREE + [f"Mouse {number}" for number in range(4, 31)]
 # As desktops have it whose colours are light, and dark: window, text, fields, buttons.
@@ -35,7 +34,6 @@ def main():
     folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-pictures-"))
     folder.chmod(0o755)
     secluded.seclude()
-    secluded.hide("/run/udev")
     secluded.adopt_orphans()
     take = Camera(pathlib.Path(arguments.binary).resolve(), folder, arguments.language or list(LANGUAGES))
     try:
@@ -123,7 +121,7 @@ ForegroundNormal=252,252,252
         from waiting import wait_for
         names = {"three": THREE, "muted": THREE, "thirty": THIRTY}.get(state, [])
         nodes = [self._devices.plug(name) for name in names]
-        chosen = [f"{name}#1133:{number}" for number, name in enumerate(names, 1)]
+        chosen = [self._devices.key(name, number) for number, name in enumerate(names, 1)]
         wanted = {"blockMode": "onDevice", "isEnabled": True,
                   # Of three the first is chosen, which is connected while the trackpad is muted.
                   "selectedDeviceIDs": chosen[:1] + chosen[4:6]}
@@ -141,8 +139,8 @@ ForegroundNormal=252,252,252
         self._desktop.start("second", self._binary, environment=self._environment).wait_exit()
 
     def choose(self, entry):
-        from item import Item
-        Item(self._desktop.bus, NAME, PATH).choose(entry)
+        from item import item_of_program
+        item_of_program(self._desktop.bus).choose(entry)
 
     def window(self):
         """The picture of the program's window, once it stands still."""

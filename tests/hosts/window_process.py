@@ -24,12 +24,16 @@ def alert_open(world):
     _expect_quick_end(world, lambda: os.kill(world.program.pid, signal.SIGTERM))
 
 
-@scenario("A window process that hangs holds up neither the menu nor quitting, and goes too.", only_on=HOST)
+@scenario("A window process that hangs holds up neither the menu nor the hot key nor quitting, and goes too.", only_on=HOST)
 def window_process_hangs(world):
     world.start(muted=True)
     world.item.choose(SETTINGS)
     window = _expect_window_process(world)
+    wait_for(lambda: world.screen.window("BLE-kovra"), "the settings window")
     os.kill(window, signal.SIGSTOP)
+    for muted in (False, True):
+        world.screen.press("Control_L", "Alt_L", "t")
+        world.expect_switch(muted)
     for entry in (SETTINGS, ABOUT, SETTINGS, ACTIVATE):
         world.item.choose(entry)
         _expect_menu_goes_on(world)

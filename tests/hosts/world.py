@@ -69,7 +69,7 @@ class World:
         """Starts the program, which then mutes always or never. Without a locale it speaks English."""
         self.preferences.parent.mkdir(parents=True, exist_ok=True)
         self.preferences.write_text(json.dumps({"blockMode": "always", "isEnabled": muted}))
-        language = {"LC_ALL": f"{locale}.UTF-8", "LOCPATH": str(self._locales(locale))} if locale else {}
+        language = self.language(locale) if locale else {}
         self.program = self.desktop.start("ble-kovra", self.binary, environment=language)
         self.expect_flag(muted)
 
@@ -105,13 +105,15 @@ class World:
         # Narrower is only a handle, which a tray may bring with its first item, and keep.
         return box if box and box[2] - box[0] > 10 * self.panel.scale else None
 
-    def _locales(self, locale):
-        """The folder of the locales, with this one in it: not every machine has them."""
+    def language(self, locale):
+        """What of the environment makes a program speak it. The locale is made for it: not every machine has them."""
         folder = self.desktop.folder / "locales"
         folder.mkdir(exist_ok=True)
-        subprocess.run(["localedef", "--no-warnings=ascii", "-i", locale, "-f", "UTF-8", folder / f"{locale}.UTF-8"],
-                       check=True, capture_output=True)
-        return folder
+        made = folder / f"{locale}.UTF-8"
+        if not made.exists():
+            subprocess.run(["localedef", "--no-warnings=ascii", "-i", locale, "-f", "UTF-8", made], check=True,
+                           capture_output=True)
+        return {"LC_ALL": made.name, "LOCPATH": str(folder)}
 
     # What it did.
 

@@ -1,7 +1,7 @@
-"""The X display as a person has it: pictures of the screen, and a mouse."""
+"""The X display as a person has it: pictures of the screen, a mouse and a keyboard."""
 
 from PIL import Image
-from Xlib import X, display
+from Xlib import X, XK, display
 from Xlib.ext import xtest
 
 
@@ -30,6 +30,14 @@ class X11Screen:
         self.point(x, y)
         for event in (X.ButtonPress, X.ButtonRelease):
             xtest.fake_input(self._display, event, button)
+        self._display.sync()
+
+    def press(self, *names):
+        """These keys at once, by their names."""
+        codes = [self._display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
+        for event, order in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
+            for code in order:
+                xtest.fake_input(self._display, event, code)
         self._display.sync()
 
     def window(self, title):

@@ -1,0 +1,132 @@
+"""The program's windows as a screen reader finds them, in each language: on one host, for no panel has a say in it."""
+
+import ast
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+from desktop import X11Desktop
+from devices import Devices
+from item import PROGRAM, Caller, item_of_program
+from scenarios import scenario
+from texts import ABOUT, ACTIVATE, ADDRESS, MUTE, TEXTS, VERSION
+from waiting import check, now, wait_for
+
+READER = pathlib.Path(__file__).resolve().parents[1] / "platform/linux/ui/screen_reader.py"
+# Two that are chosen, of which one goes, and one without a name.
+THERE, GONE, NAMELESS = "Mouse", "Rat", ""
+
+
+@scenario("The settings window and both alerts say, word for word, what the tables have for each of the six languages.",
+          only_on="xfce4-panel")
+def windows_in_six_languages(world):
+    people = []
+    try:
+        for locale in TEXTS:
+            people.append(Person(world, locale))
+        # Each step by all, for on each the mouse that is gone is waited for.
+        for step in (Person.open_windows, Person.read_of_no_mouse, Person.plug, Person.read_of_mice, Person.unplug,
+                     Person.read_of_gone_mouse, Person.unmute, Person.read_of_active_trackpad):
+            for person in people:
+                step(person)
+    finally:
+        for person in people:
+            person.leave()
+
+
+class Person:
+    """One who speaks this language, with a desktop and the program, and has a screen reader read all its windows."""
+
+    def __init__(self, world, locale):
+        self._locale, self._texts, self._binary = locale, TEXTS[locale], world.binary
+        self._desktop = X11Desktop(tempfile.mkdtemp(prefix=f"{locale}-", dir=world.desktop.folder))
+        self._devices = Devices()
+        self._environment = {**world.language(locale), **self._devices.environment, "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+        self._desktop.configure("ble-kovra/preferences.json", json.dumps({
+            "blockMode": "onDevice", "isEnabled": True,
+            "selectedDeviceIDs": [Devices.key(name, number) for number, name in enumerate((THERE, GONE), 1)]}))
+        self._start("ble-kovra")
+
+    def leave(self):
+        self._desktop.close()
+
+    def open_windows(self):
+        wait_for(lambda: Caller(self._desktop.bus).has_owner(PROGRAM), "the program")
+        check(self._start("second").wait_exit() == 0, "starting the program again failed")
+        wait_for(lambda: self._desktop.screen.window("BLE-kovra"), "the settings window")
+        self._item = item_of_program(self._desktop.bus)
+        self._item.choose(ACTIVATE)
+        self._item.choose(ABOUT)
+
+    def read_of_no_mouse(self):
+        self._expect([("label", self._texts["settings.noDevices"], False)], "status.active")
+
+    def plug(self):
+        self._nodes = [self._devices.plug(name) for name in (THERE, GONE, NAMELESS)]
+
+    def read_of_mice(self):
+        self._expect([("check box", THERE, True), ("check box", GONE, True), self._nameless], "status.blocked")
+
+    def unplug(self):
+        self._devices.unplug(self._nodes[1])
+
+    def read_of_gone_mouse(self):
+        self._expect([("check box", THERE, True), self._nameless, self._gone], "status.blocked")
+
+    def unmute(self):
+        self._item.choose(MUTE)
+
+    def read_of_active_trackpad(self):
+        self._expect([("check box", THERE, True), self._nameless, self._gone], "status.active", is_on=False)
+
+    @property
+    def _nameless(self):
+        return "check box", self._texts["device.unknown"], False
+
+    @property
+    def _gone(self):
+        return "check box", f'{GONE}, {self._texts["device.disconnected"]}', True
+
+    def _expect(self, devices, status, is_on=True):
+        text = self._texts
+        about = f"BLE-kovra {VERSION}"
+        wanted = {
+            ("frame", "BLE-kovra"): [
+                ("label", text["settings.title"], False), ("check box", text["block"], is_on),
+                ("panel", text["settings.mode"], False), ("label", text["settings.mode"], False),
+                ("radio button", text["mode.always"], False), ("radio button", text["mode.onDevice"], True),
+                ("label", text["settings.chooseMouse"], False), ("label", text["settings.hint"], False), *devices,
+                ("label", text[status], False), ("label", text["settings.developedBy"], False), ("link", ADDRESS, False)],
+            ("alert", text["driver.title"]): [
+                ("label", text["driver.title"], False), ("label", text["driver.body"], False),
+                ("push button", text["driver.activate"], False), ("push button", text["driver.later"], False)],
+            ("alert", about): [
+                ("label", about, False), ("label", text["about.info"], False),
+                ("push button", text["about.ok"], False), ("push button", text["about.contact"], False)],
+        }
+        # In which order languages list the mice is another test's business.
+        wanted = {window: sorted(texts) for window, texts in wanted.items()}
+        deadline = now() + 15
+        while (told := self._read()) != wanted:
+            check(now() < deadline, f"in {self._locale} the windows say {told}\n        and not {wanted}")
+
+    def _read(self):
+        """Of each window, by role and title, all that has a name: role, name, and whether it is checked."""
+        reading = subprocess.run([sys.executable, "-W", "ignore", READER, "read"], env=self._desktop.environment,
+                                 capture_output=True, text=True, timeout=30)
+        if reading.returncode != 0:
+            return reading.stderr
+        windows = {}
+        for indent, role, name, states in re.findall(r"^( *)(\S.*?) ('.*'|\".*\")(.*)$", reading.stdout, re.M):
+            name = ast.literal_eval(name)
+            if len(indent) == 2:
+                inside = windows.setdefault((role, name), [])
+            elif len(indent) > 2 and name:
+                inside.append((role, name, "checked" in states.split()))
+        return {window: sorted(texts) for window, texts in windows.items()}
+
+    def _start(self, name):
+        return self._desktop.start(name, self._binary, environment=self._environment)
