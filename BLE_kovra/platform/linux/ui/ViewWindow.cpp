@@ -159,10 +159,12 @@ void ViewWindow::tellPlace() {
 }
 
 void ViewWindow::closeEvent(QCloseEvent* event) {
-    QWidget::closeEvent(event);
+    // Not closed but hidden: the desktop's side of a window that is closed goes, and takes time to be made again.
+    event->ignore();
     place_ = place();
     place_.isMinimised = false;
     settling_.stop();
+    hide();
     act(WindowClosed{told_->front, place_});
 }
 
