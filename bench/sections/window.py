@@ -10,6 +10,7 @@ from tray import can_run, measure
 
 INSIDE = pathlib.Path(__file__).resolve().parents[1] / "inside" / "openings.py"
 OPENINGS = 50
+CHANGES = 100_000
 
 
 def run(report, tools, rounds, idle_seconds):
@@ -18,6 +19,7 @@ def run(report, tools, rounds, idle_seconds):
     beside_floors(report, tools, rounds)
     many_openings(report, tools, idle_seconds)
     changes(report, tools)
+    many_changes(report, tools)
 
 
 def beside_floors(report, tools, rounds):
@@ -54,3 +56,16 @@ def many_openings(report, tools, idle_seconds):
 def changes(report, tools):
     times = [entry["cpu_time"] for entry in tools.benchmark("OneChangeOf200Devices", repetitions=9, program=tools.window_benchmarks)]
     report.at_most("one change with 200 devices in the window: CPU", sorted(times)[len(times) // 2], 16, "ms")
+
+
+def many_changes(report, tools):
+    command = [tools.measure / "tray-cost", "--run",
+               shlex.join(map(str, [tools.many_changes, tools.program.with_name("ble-kovra-ui"), CHANGES]))]
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True)
+    if done.returncode != 0:
+        raise RuntimeError("the private session failed")
+    found = json.loads(done.stdout.splitlines()[-1])
+    report.ratio(f"private dirty memory of the window process after {CHANGES:,} changes, beside after the first tenth", [found["dirty"][-1]],
+                 [found["dirty"][0]], "MiB", 1.02)
+    for what in ("descriptors", "threads"):
+        report.at_most(f"{what} after closing, more than before", found[what + "_closed"] - found[what], 0, "")
