@@ -39,6 +39,8 @@ namespace {
 
 constexpr int charactersALine = 60;  // of average width: longer lines are hard to read
 constexpr int iconLines = 4;         // lines of text that the icon is high
+constexpr int frameLines = 2;        // and the window's frame, above and below
+constexpr double shareOfScreen = 0.9;
 
 class IconView : public QWidget {
     void paintEvent(QPaintEvent*) override {
@@ -115,11 +117,24 @@ void AlertWindow::measure() {
     const QFontMetrics metrics(font());
     const int gap = metrics.height() * 3 / 4;  // as desktops space their dialogs
     layout()->setContentsMargins(gap, gap, gap, gap);
-    for (QLayout* each : {layout(), layout()->itemAt(0)->layout()}) each->setSpacing(gap);
+    layout()->setSpacing(metrics.height());
+    layout()->itemAt(0)->layout()->setSpacing(gap);
     icon_->setFixedSize(iconLines * metrics.height(), iconLines * metrics.height());
-    const int line = std::min(charactersALine * metrics.averageCharWidth(), screen()->availableSize().width() / 2);
-    message_->wrapAt(line);
-    information_->wrapAt(line);
+    // Longer lines are better than buttons below the screen's edge.
+    const QSize room = screen()->availableSize();
+    const int highest = room.height() - frameLines * metrics.height();
+    int line = std::min(charactersALine * metrics.averageCharWidth(), room.width() / 2);
+    wrapAt(line);
+    const int widest = static_cast<int>(room.width() * shareOfScreen) - (layout()->totalSizeHint().width() - line);
+    while (layout()->totalSizeHint().height() > highest && line < widest) {
+        line = std::min(line + metrics.averageCharWidth(), widest);
+        wrapAt(line);
+    }
+}
+
+void AlertWindow::wrapAt(int width) {
+    message_->wrapAt(width);
+    information_->wrapAt(width);
 }
 
 void AlertWindow::answer(std::optional<std::size_t> button) {

@@ -26,6 +26,7 @@ class AlertWindow : public QDialog {
   private:
     QWidget* addButtons(const std::vector<std::string>& titles);
     void measure();
+    void wrapAt(int width);
     void answer(std::optional<std::size_t> button);
 
     void changeEvent(QEvent* event) override;

@@ -59,7 +59,8 @@ void ScrollElement::placeKind(const QRect& place) {
     const bool fits = child == nullptr || child->height(place.width()).ideal <= place.height();
     const int width = fits ? place.width() : besideBar(place.width());
     const int height = child == nullptr ? 0 : child->height(width).ideal;
-    area_->setGeometry(place.adjusted(0, 0, ringSpace, 0));
+    // Beside the bar there is room enough for the ring.
+    area_->setGeometry(place.adjusted(0, 0, fits ? ringSpace : 0, 0));
     area_->setVerticalScrollBarPolicy(fits ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAlwaysOn);
     surface_->resize(width + ringSpace, height);
     if (child != nullptr) child->place({0, 0, width, height});

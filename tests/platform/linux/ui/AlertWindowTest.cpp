@@ -175,6 +175,37 @@ TEST_F(AlertWindowTest, WrapsItsTextsAndCutsNone) {
     }
 }
 
+TEST_F(AlertWindowTest, WidensItsLinesBeforeItIsHigherThanTheScreen) {
+    QFont font = QApplication::font();
+    font.setPointSizeF(20);
+    QApplication::setFont(font);
+    const auto lines = [](int words) {
+        std::string text;
+        for (int count = 0; count < words; ++count) text += "слово ";
+        return text;
+    };
+    open({"Слово", lines(40), {"Да"}});
+    const QSize usual = window->size();
+    const int usualLine = text(1).width();
+    const QSize screen = window->screen()->availableSize();
+    const int rest = usual.height() - text(1).height();
+    for (const int words : {90, 120}) {
+        open({"Слово", lines(words), {"Да"}});
+        ASSERT_GT(rest + setText(text(1).text(), text(1).font(), usualLine).height, screen.height()) << words;
+        EXPECT_GT(window->width(), usual.width()) << words;
+        EXPECT_LE(window->width(), screen.width() * 9 / 10) << words;
+        EXPECT_LT(window->height(), screen.height() - window->fontMetrics().height()) << words;  // and its frame
+        EXPECT_TRUE(isWhole(text(1))) << words;
+        EXPECT_TRUE(isWhole(button(0))) << words;
+    }
+}
+
+TEST_F(AlertWindowTest, LeavesALineBetweenTheTextsAndTheButtons) {
+    open(question);
+    const int below = text(1).mapTo(&*window, QPoint(0, text(1).height())).y();
+    EXPECT_EQ(button(0).mapTo(&*window, QPoint()).y() - below, window->fontMetrics().height());
+}
+
 TEST_F(AlertWindowTest, GrowsWithTheDesktopsFont) {
     open(question);
     const QSize before = window->size();

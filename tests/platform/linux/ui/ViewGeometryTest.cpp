@@ -166,6 +166,23 @@ TEST_P(ViewGeometry, ScrollsManyRowsBeyondTwoHundredPointsOrWhatRoomThereIs) {
     EXPECT_EQ(rig.list()->height(), scaled(200));
 }
 
+TEST_P(ViewGeometry, EndsTheScrollBarWithTheColumn) {
+    content.devices = sample::mice(30);
+    rig.show(content);
+    const QRect bar = rig.place(*rig.list()->verticalScrollBar());
+    EXPECT_EQ(bar.right() + 1, scaled(440) - scaled(20));
+    EXPECT_EQ(bar.left() - rig.place(*rig.button("Mouse 0")).right() - 1, scaled(8));
+}
+
+TEST_P(ViewGeometry, LeavesRoomForTheRingsOfTheRows) {
+    for (const int count : {3, 30}) {
+        content.devices = sample::mice(count);
+        rig.show(content);
+        const QWidget& row = *rig.button("Mouse 0");
+        EXPECT_EQ(row.visibleRegion().boundingRect(), row.rect()) << count;
+    }
+}
+
 TEST_P(ViewGeometry, PaintsDotsOfEightPoints) {
     content.isMuted = true;
     rig.show(content);

@@ -54,7 +54,9 @@ class ViewRig {
         const bool hasRing = qobject_cast<const QCheckBox*>(&button) || qobject_cast<const QRadioButton*>(&button);
         return hasRing ? its.adjusted(0, ringSpace, -ringSpace, -ringSpace) : its;
     }
-    QRect placeOfList() const { return place(*list()).adjusted(0, 0, -ringSpace, 0); }
+    QRect placeOfList() const {
+        return place(*list()).adjusted(0, 0, list()->verticalScrollBar()->isVisible() ? 0 : -ringSpace, 0);
+    }
     QRect place(const QWidget& widget) const { return {widget.mapTo(&surface, QPoint()), widget.size()}; }
     QRect place(const std::string& text) const { return place(label(text)); }
 
