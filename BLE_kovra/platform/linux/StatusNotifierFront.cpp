@@ -6,8 +6,6 @@
 
 namespace kovra {
 
-namespace {}  // namespace
-
 StatusNotifierFront::StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher,
                                          ActivationToken& token, std::string iconThemePath,
                                          StatusNotifierItem::PopUp popUp)
