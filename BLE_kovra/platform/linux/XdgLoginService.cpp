@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,19 @@ constexpr const char* freshEntry =
     "Exec=\n"
     "Icon=ble-kovra\n"
     "X-GNOME-Autostart-enabled=true\n";
+
+// Whether removing it loses nothing that the user, or the desktop's settings, put there. A program that stood elsewhere
+// is none of theirs: registering would replace it too.
+bool saysNoMoreThanOurs(const DesktopEntry& entry) {
+    DesktopEntry ours(freshEntry);
+    ours.setProgram(entry.program().value_or(""));
+    const std::string known = '\n' + ours.text();
+    std::istringstream lines(entry.text());
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty() && known.find('\n' + line + '\n') == std::string::npos) return false;
+    }
+    return true;
+}
 
 // Does this to the user's own entry, or to a new one where there is none yet.
 template <typename Change>
@@ -110,9 +124,14 @@ Outcome XdgLoginService::registerApplication() {
 }
 
 Outcome XdgLoginService::unregisterApplication() {
-    if (systemHasAnEntry()) return edit(program_, [](DesktopEntry& entry) { entry.set("Hidden", "true"); });
+    const auto hide = [](DesktopEntry& entry) { entry.set("Hidden", "true"); };
+    if (systemHasAnEntry()) return edit(program_, hide);
     const std::string folder = userConfigFolder();
     if (folder.empty()) return refusal(ENOENT);
+    std::string text;
+    if (const int error = SmallTextFile(entryIn(folder)).read(text); error != 0 && isThere(error))
+        return refusal(error);
+    if (!saysNoMoreThanOurs(DesktopEntry(text))) return edit(program_, hide);
     const bool isGone = ::unlink(entryIn(folder).c_str()) == 0 || !isThere(errno);
     return isGone ? Outcome::success() : refusal(errno);
 }

@@ -16,8 +16,9 @@ namespace kovra {
 // user has no folder for entries.
 //
 // Registering and unregistering change the user's own entry alone, whole or not at all: what it says besides stays, a
-// link in its place is replaced and what it leads to is left. An entry of the system's is switched off by one of the
-// user's that hides it.
+// link in its place is replaced and what it leads to is left. Unregistering removes an entry that says no more than
+// registering writes, and hides one that does; an entry of the system's is switched off by one of the user's that hides
+// it.
 class XdgLoginService : public LoginService {
   public:
     static constexpr const char* entryName = "org.ble_kovra.BLEKovra.desktop";

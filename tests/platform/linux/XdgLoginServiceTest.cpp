@@ -197,6 +197,34 @@ TEST_F(XdgLogin, HidesAnEntryOfTheSystemAndShowsItAgain) {
     EXPECT_EQ(entry("second"), system);
 }
 
+TEST_F(XdgLogin, UnregistersByHidingAnEntryThatTheUserEdited) {
+    const std::string enabled = "X-GNOME-Autostart-enabled=true\n";
+    for (const std::string& edited :
+         {"Exec=there --of-the-user\n" + enabled, "Exec=\"" + (folder / "bin/there") + "\" %U\n",
+          exec + "# mine\n" + enabled, exec + "X-GNOME-Autostart-Delay=7\n", exec + "Name=x\n", exec + "Hidden=false\n",
+          exec + "\n[Desktop Action New]\nExec=there\n"}) {
+        enter(edited);
+        EXPECT_EQ(login.status(), LoginStatus::enabled) << edited;
+        EXPECT_TRUE(login.unregisterApplication());
+        EXPECT_EQ(login.status(), LoginStatus::notRegistered) << edited;
+        EXPECT_TRUE(login.registerApplication());
+        EXPECT_EQ(login.status(), LoginStatus::enabled) << edited;
+    }
+    enter("Exec=there --of-the-user\n# mine\n" + enabled);
+    const std::string before = entry();
+    EXPECT_TRUE(login.unregisterApplication());
+    EXPECT_EQ(entry(), before + "Hidden=true\n");
+}
+
+TEST_F(XdgLogin, UnregistersByRemovingAnEntryThatSaysNoMoreThanItsOwn) {
+    for (const std::string& text : {exec, exec + "\nX-GNOME-Autostart-enabled=true\n", std::string("Exec=there\n"),
+                                    std::string("Exec=\"/nowhere/of old/ble-kovra\"\nIcon=ble-kovra\n")}) {
+        enter(text);
+        EXPECT_TRUE(login.unregisterApplication());
+        EXPECT_TRUE(folder.names("own/autostart").empty()) << text;
+    }
+}
+
 TEST_F(XdgLogin, LeavesWhatALinkLeadsTo) {
     enter("Exec=gone\n", "elsewhere");
     const std::string target = entryIn("elsewhere"), before = entry("elsewhere");
@@ -215,7 +243,9 @@ TEST_F(XdgLogin, LeavesWhatALinkLeadsTo) {
     EXPECT_TRUE(login.unregisterApplication());
     EXPECT_EQ(login.status(), LoginStatus::notRegistered);
     EXPECT_EQ(readFile(target), enabled);
+    EXPECT_FALSE(std::filesystem::is_symlink(entryIn("own")));
 
+    std::filesystem::remove(entryIn("own"));
     std::filesystem::create_symlink(folder / "nothing", entryIn("own"));
     EXPECT_TRUE(login.registerApplication());
     EXPECT_EQ(login.status(), LoginStatus::enabled);
@@ -258,6 +288,7 @@ TEST_F(XdgLogin, ChangesNoEntryThatItCannotRead) {
     for (const char* path : {"", "own", "own/autostart"}) OrdinaryUser::give(folder / path);
     const OrdinaryUser user;
     EXPECT_EQ(login.registerApplication().reason(), reasonOf(EACCES));
+    EXPECT_EQ(login.unregisterApplication().reason(), reasonOf(EACCES));
     EXPECT_EQ(folder.names("own/autostart").size(), 1U);
 }
 
