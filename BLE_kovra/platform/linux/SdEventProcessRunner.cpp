@@ -7,7 +7,7 @@ namespace kovra {
 
 std::optional<std::string> SdEventProcessRunner::output(const Command& command) {
     if (loop_.isStopped()) return std::nullopt;
-    const auto pipe = OutputPipe::open();
+    auto pipe = OutputPipe::open();
     if (!pipe) return std::nullopt;
     Spawn how;
     pipe->giveTo(how);
@@ -20,11 +20,20 @@ std::optional<std::string> SdEventProcessRunner::output(const Command& command) 
     std::unique_ptr<SdEventLoop::Watch> reading;
     reading = loop_.watch(pipe->descriptor(), [&] {
         hasAll = !pipe->read(text);
-        if (!hasAll) reading->rearm();
+        if (!hasAll && text.size() <= longest_) reading->rearm();
     });
     bool hasEnded = false;
     const auto ending = loop_.watch(program->descriptor(), [&] { hasEnded = program->hasEnded(); });
-    loop_.runUntil([&] { return hasAll && hasEnded; });
+    loop_.runUntil([&] { return (hasAll && hasEnded) || text.size() > longest_; });
+    if (text.size() > longest_) {
+        // Without its pipe it cannot go on either, nor can another that it left the pipe to.
+        reading.reset();
+        pipe.reset();
+        program->terminate();
+        std::string().swap(text);
+        loop_.runUntil([&] { return hasEnded; });
+        return std::nullopt;
+    }
     if (loop_.isStopped()) return std::nullopt;
     return text;
 }

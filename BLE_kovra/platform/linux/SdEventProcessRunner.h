@@ -11,13 +11,15 @@ namespace kovra {
 // What is started lives in a session of its own, and on when we have ended.
 class SdEventProcessRunner : public ProcessRunner {
   public:
-    explicit SdEventProcessRunner(SdEventLoop& loop) : loop_(loop), started_(loop) {}
+    explicit SdEventProcessRunner(SdEventLoop& loop, std::size_t longest = longestOutput)
+        : loop_(loop), longest_(longest), started_(loop) {}
 
     std::optional<std::string> output(const Command& command) override;
     Outcome start(const Command& command) override;
 
   private:
     SdEventLoop& loop_;
+    std::size_t longest_;
     ReleasedPrograms started_;
 };
 

@@ -85,6 +85,22 @@ TEST_F(OutsideProgram, MayWriteFarMoreThanAPipeHolds) {
     EXPECT_EQ(text->find_first_not_of('\0'), std::string::npos);
 }
 
+TEST_F(OutsideProgram, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput) {
+    const auto before = openDescriptors();
+    SdEventProcessRunner bounded(loop_, 100'000);
+    const auto written = [&](const std::string& script) { return bounded.output({scripts_.make(script), {}}); };
+    EXPECT_EQ(written("head -c 100000 /dev/zero").value_or("").size(), 100'000U);
+    EXPECT_EQ(written("head -c 100001 /dev/zero"), std::nullopt);
+    EXPECT_EQ(written("echo $$ >$here/pid; exec yes"), std::nullopt);
+    EXPECT_FALSE(isRunning());
+    // Of one that ignores being told, and one that left its pipe to another, the pipe is gone.
+    EXPECT_EQ(written("trap '' TERM; yes; : >$here/end"), std::nullopt);
+    EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
+    EXPECT_EQ(written("(echo $$ >$here/pid; exec yes) & exit 0"), std::nullopt);
+    EXPECT_FALSE(hasChildren());
+    EXPECT_EQ(openDescriptors(), before);
+}
+
 TEST_F(OutsideProgram, IsReadWhateverItsEnd) {
     EXPECT_EQ(output("echo written; exit 7"), "written\n");
     EXPECT_EQ(output("echo written; kill -9 $$"), "written\n");
