@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "BLE_kovra/platform/linux/ChildProcess.h"
+#include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "BLE_kovra/platform/linux/wire/LineSocket.h"
@@ -152,7 +153,8 @@ void WindowProcess::release() {
 void WindowProcess::start() {
     callOff(nextTry_);
     startedAt_ = Clock::now();
-    running_ = Running::start(loop_, program_());
+    const std::string program = program_();
+    running_ = program.empty() ? nullptr : Running::start(loop_, program);
     if (!running_) {
         callOff(failure_);
         failure_ = loop_.asyncAfter({}, [this] {
@@ -219,6 +221,7 @@ void WindowProcess::letGo() {
 }
 
 std::string windowProgram() {
+    if (currentDesktop() == Desktop::none) return {};
     constexpr const char* name = "ble-kovra-ui";
     const auto beside = std::filesystem::path(ownProgram()).parent_path() / name;
     return findProgram(beside).value_or(std::string(KOVRA_LIBEXEC) + '/' + name);

@@ -33,7 +33,7 @@ class WindowProcess {
         std::chrono::nanoseconds linger = std::chrono::seconds(30);
     };
 
-    // `program` tells the absolute path, and is asked at each start.
+    // `program` tells the absolute path, and is asked at each start. Empty: none can be started.
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program);
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Patience patience);
     ~WindowProcess();
@@ -91,7 +91,8 @@ class WindowProcess {
     std::unique_ptr<DelayedTask> lingering_;  // until when the process is kept
 };
 
-// Where the window process is installed: beside the resident program, as in a build folder, or else in libexec.
+// Where the window process is installed: beside the resident program, as in a build folder, or else in libexec. Empty
+// where the session has no display: the toolkit would only abort, with lines of its own.
 std::string windowProgram();
 
 }  // namespace kovra

@@ -7,6 +7,7 @@
 
 #include "BLE_kovra/platform/linux/ActivationToken.h"
 #include "tests/platform/linux/StandInWindow.h"
+#include "tests/support/Environment.h"
 
 namespace kovra {
 namespace {
@@ -148,6 +149,14 @@ TEST_F(ProcessAlertPresenterTest, AbortsWhereTheProgramIsMissing) {
     for (int i = 0; i < 3; ++i) EXPECT_EQ(run("A"), AlertResponse::aborted);
     standIn.process().show(ShowTray());  // which is not there either
     EXPECT_EQ(run("A"), AlertResponse::aborted);
+}
+
+TEST_F(ProcessAlertPresenterTest, AbortsWithoutADisplay) {
+    Environment environment;
+    environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
+    WindowProcess process(loop, windowProgram);
+    ProcessAlertPresenter unseen(loop, process, token);
+    EXPECT_EQ(unseen.runModal({"A", "text", {"OK"}}), AlertResponse::aborted);
 }
 
 TEST_F(ProcessAlertPresenterTest, GoesOnWhileTheProcessHangs) {

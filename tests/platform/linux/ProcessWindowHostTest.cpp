@@ -9,6 +9,7 @@
 #include "BLE_kovra/platform/linux/ActivationToken.h"
 #include "tests/fakes/FakeDesktop.h"
 #include "tests/platform/linux/StandInWindow.h"
+#include "tests/support/Environment.h"
 #include "tests/support/ViewDump.h"
 
 namespace kovra {
@@ -251,6 +252,16 @@ TEST_F(ProcessWindowHostTest, CountsAsClosedWhereTheProgramIsMissing) {
         EXPECT_TRUE(window->isVisible());
         standIn.turnUntil([&] { return !window->isVisible(); });
     }
+}
+
+TEST_F(ProcessWindowHostTest, CountsAsClosedWithoutADisplay) {
+    Environment environment;
+    environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
+    WindowProcess process(loop, windowProgram);
+    ProcessWindowHost unseen(loop, process, token, workspace);
+    const auto closed = unseen.makeWindow(content());
+    closed->makeKeyAndOrderFront();
+    standIn.turnUntil([&] { return !closed->isVisible(); });
 }
 
 TEST_F(ProcessWindowHostTest, GoesWhenItIsLetGoOf) {

@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Environment.h"
 #include "tests/support/posix/TempFolder.h"
 
 // Of the address sanitizer, which takes malloc's place; null without it.
@@ -252,6 +253,27 @@ TEST_F(WindowProcessTest, ShowsNothingWhereTheProgramIsMissing) {
     EXPECT_EQ(asked, 3);
     EXPECT_FALSE(hasChildren());
     EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(WindowProcessTest, IsNotThereWithoutADisplay) {
+    Environment environment;
+    environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
+    EXPECT_EQ(windowProgram(), "");
+    window = std::make_unique<WindowProcess>(loop, windowProgram);
+    mourning = window->listenForDeath([this] {
+        ++deaths;
+        window->hideWindow();
+    });
+    showWindow();
+    EXPECT_FALSE(window->isRunning());
+    EXPECT_FALSE(hasChildren());
+    waitFor([&] { return deaths == 1; });
+
+    environment.set("DISPLAY", ":7");
+    EXPECT_NE(windowProgram(), "");
+    environment.set("DISPLAY", "");
+    environment.set("WAYLAND_DISPLAY", "wayland-7");
+    EXPECT_NE(windowProgram(), "");
 }
 
 TEST_F(WindowProcessTest, NeitherWaitsNorGrowsWhenItIsNotRead) {
