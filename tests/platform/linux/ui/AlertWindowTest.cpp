@@ -189,7 +189,7 @@ TEST_F(AlertWindowTest, WidensItsLinesBeforeItIsHigherThanTheScreen) {
     const int usualLine = text(1).width();
     const QSize screen = window->screen()->availableSize();
     const int rest = usual.height() - text(1).height();
-    for (const int words : {90, 120}) {
+    for (const int words : {80, 88}) {
         open({"Слово", lines(words), {"Да"}});
         ASSERT_GT(rest + setText(text(1).text(), text(1).font(), usualLine).height, screen.height()) << words;
         EXPECT_GT(window->width(), usual.width()) << words;
