@@ -81,6 +81,16 @@ void DBusActivation::activate(sd_bus* bus, const char* busName) {
     if (sd_bus_send(bus, made, nullptr) >= 0) sd_bus_flush(bus);
 }
 
+std::string DBusActivation::takeOwnToken() {
+    std::string own;
+    for (const auto& [variable, key] : tokens) {
+        const char* token = std::getenv(variable);
+        if (token != nullptr && own.empty()) own = token;
+        ::unsetenv(variable);
+    }
+    return own;
+}
+
 const std::array<sd_bus_vtable, 3> DBusActivation::vtable{{
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("a{sv}", platform_data), SD_BUS_NO_RESULT, asked,

@@ -30,6 +30,10 @@ class DBusActivation {
     // message's way out.
     static void activate(sd_bus* bus, const char* busName);
 
+    // That token, out of the environment: no program that this one starts is to take it for its own. Empty where there
+    // is none.
+    static std::string takeOwnToken();
+
   private:
     static int asked(sd_bus_message* call, void* context, sd_bus_error* error);
     static const std::array<sd_bus_vtable, 3> vtable;

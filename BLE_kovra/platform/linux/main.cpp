@@ -17,7 +17,9 @@
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
 #include "BLE_kovra/platform/Platform.h"
+#include "BLE_kovra/platform/linux/ActivationToken.h"
 #include "BLE_kovra/platform/linux/BuildBundle.h"
+#include "BLE_kovra/platform/linux/DBusActivation.h"
 #include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/DesktopHotKeys.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
@@ -110,6 +112,7 @@ void runApplication() {
     kovra::XdgLoginService login(kovra::ownProgram());
 
     kovra::ActivationToken activationToken;
+    activationToken.provide(kovra::DBusActivation::takeOwnToken());
     instance.onStartedAgain = [&](const std::string& token) {
         activationToken.provide(token);
         application.reopen();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <optional>
 #include <string>
@@ -94,6 +95,20 @@ TEST_F(DBusActivationTest, HandsOnTheTokenThatTheDesktopGaveTheFurtherStart) {
     startAgain();
     ASSERT_TRUE(hears(3));
     EXPECT_EQ(tokens_, (std::vector<std::string>{"an id_TIME1", "a token", "\xEF\xBF\xBD"}));
+}
+
+TEST_F(DBusActivationTest, TakesTheFirstStartsTokenOutOfTheEnvironment) {
+    const auto isInherited = [](const char* name) { return std::getenv(name) != nullptr; };
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "");
+    environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "an id_TIME1");
+    EXPECT_FALSE(isInherited("DESKTOP_STARTUP_ID"));
+    environment_.set("XDG_ACTIVATION_TOKEN", "a token");
+    environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "a token");
+    EXPECT_FALSE(isInherited("XDG_ACTIVATION_TOKEN"));
+    EXPECT_FALSE(isInherited("DESKTOP_STARTUP_ID"));
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "");
 }
 
 TEST_F(DBusActivationTest, IsThereForEveryProgramThatKnowsTheInterface) {
