@@ -4,6 +4,7 @@ from PIL import Image, ImageDraw, ImageFont
 
 FONT = ImageFont.truetype("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", 13)
 PAPER, INK, GAP = (255, 255, 255), (40, 40, 40), 12
+COLOURS = 64
 LANGUAGES = {"en_GB": "English", "ru_RU": "Русский", "uk_UA": "Українська", "fr_FR": "Français", "de_DE": "Deutsch",
              "es_ES": "Español"}
 
@@ -38,5 +39,9 @@ def sheet(rows):
 
 
 def save(picture, file):
-    picture.quantize(128, dither=Image.Dither.NONE).save(file, optimize=True)
+    """With few colours, so that the files are small: the most frequent ones, which others give way to."""
+    frequent = sorted(picture.getcolors(1 << 24), reverse=True)[:COLOURS]
+    palette = Image.new("P", (1, 1))
+    palette.putpalette([part for _, colour in frequent for part in colour])
+    picture.quantize(palette=palette, dither=Image.Dither.NONE).save(file, optimize=True)
     print(f"pictures: {file.name}, {file.stat().st_size // 1024} KiB", flush=True)

@@ -18,6 +18,7 @@ from sheets import LANGUAGES, save, sheet
 
 THREE = ["Logitech MX Master 3S", "Apple Magic Mouse", "Microsoft Arc & <Touch> Mouse"]
 THIRTY = THREE + [f"Mouse {number}" for number in range(4, 31)]
+STATES = ("empty", "three", "thirty", "muted")
 # As desktops have it whose colours are light, and dark: window, text, fields, buttons.
 LOOKS = {"light": ("239,240,241", "35,38,41", "255,255,255", "252,252,252"),
          "dark": ("42,46,50", "252,252,252", "27,30,32", "49,54,59")}
@@ -38,9 +39,12 @@ def main():
     take = Camera(pathlib.Path(arguments.binary).resolve(), folder, arguments.language or list(LANGUAGES))
     try:
         for look in ("light", "dark"):
-            save(sheet(take.windows(look, 1, ("empty", "three", "thirty", "muted"))), into / f"window-{look}.png")
-        save(sheet([*take.windows("light", 2, ("three",)), *take.windows("dark", 2, ("thirty",))]),
-             into / "window-200.png")
+            save(sheet(take.windows(look, 1)), into / f"window-{look}.png")
+            large = list(take.windows(look, 2))
+            save(sheet(large), into / f"window-200-{look}.png")
+            if look == "light":
+                _, of_first_language = large[STATES.index("three")][0]
+                save(of_first_language, into / "window.png")
         save(sheet([*take.alerts("light", 1), *take.alerts("dark", 1)]), into / "alerts.png")
         save(sheet([*take.alerts("light", 2), *take.alerts("dark", 2)]), into / "alerts-200.png")
     finally:
@@ -57,9 +61,9 @@ class Camera:
             subprocess.run(["localedef", "--no-warnings=ascii", "-i", locale, "-f", "UTF-8",
                             self._compiled / f"{locale}.UTF-8"], check=True, capture_output=True)
 
-    def windows(self, look, scale, states):
+    def windows(self, look, scale):
         """A row for each state: the settings window in each language."""
-        for state in states:
+        for state in STATES:
             row = []
             for locale in self._locales:
                 with self._running(look, scale, locale, state) as session:
