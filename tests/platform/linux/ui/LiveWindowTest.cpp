@@ -33,7 +33,11 @@ constexpr xcb_keycode_t control = 37;
 
 class LiveWindow : public testing::Test {
     struct OnX : Environment {
-        OnX() { set("QT_QPA_PLATFORM", "xcb"); }
+        OnX() {
+            set("QT_QPA_PLATFORM", "xcb");
+            // No bus of the user's, nor one that the toolkit would start for want of it.
+            set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+        }
     };
 
   protected:
