@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Inside a private session: opens and closes the settings window many times, and watches what it costs.
 
 Prints one JSON object. The window is opened as a second start of the program does it, and closed as its frame does.

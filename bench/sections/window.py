@@ -4,7 +4,6 @@ import json
 import pathlib
 import shlex
 import subprocess
-import sys
 
 from tray import can_run, measure
 
@@ -36,7 +35,7 @@ def beside_floors(report, tools, rounds):
 
 
 def many_openings(report, tools, idle_seconds):
-    inside = [sys.executable, INSIDE, tools.program, OPENINGS, idle_seconds]
+    inside = [INSIDE, tools.program, OPENINGS, idle_seconds]
     command = [tools.measure / "floors" / "with-udevd", tools.measure / "with-driver", tools.measure / "tray-cost",
                "--run", shlex.join(map(str, inside))]
     done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True)
