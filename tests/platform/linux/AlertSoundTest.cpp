@@ -4,18 +4,13 @@
 #include <sys/wait.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
+
+#include "tests/platform/linux/OwnResources.h"
 
 namespace kovra {
 namespace {
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator open("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(open), end(open)));
-}
 
 TEST(AlertSound, LeavesNoChildAndNoDescriptorAndNoLibrary) {
     const std::size_t before = openDescriptors();

@@ -7,10 +7,10 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
-#include <iterator>
 
 #include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
 #include "tests/contracts/ProcessRunnerContract.h"
+#include "tests/platform/linux/OwnResources.h"
 #include "tests/platform/linux/Turns.h"
 #include "tests/support/posix/Scripts.h"
 
@@ -55,11 +55,6 @@ class OutsideProgram : public testing::Test {
     void TearDown() override { waitForAll(); }
     std::optional<std::string> output(const std::string& script) {
         return processes_.output({scripts_.make(script), {}});
-    }
-    static bool hasChildren() { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0; }
-    static auto openDescriptors() {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                             std::filesystem::directory_iterator());
     }
     // Without turning the loop that is under test.
     static bool sees(const std::function<bool()>& condition) {

@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <filesystem>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -17,28 +13,14 @@
 #include "BLE_kovra/platform/linux/ProcessWindowHost.h"
 #include "BLE_kovra/platform/linux/WindowProcess.h"
 #include "tests/fakes/FakeDesktop.h"
+#include "tests/platform/linux/OwnResources.h"
 #include "tests/platform/linux/Turns.h"
 #include "tests/support/posix/TempFolder.h"
-
-// Of the address sanitizer, which takes malloc's place; null without it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));  // NOLINT
 
 namespace kovra {
 namespace {
 
 using namespace std::chrono_literals;
-
-std::size_t bytesInUse() {
-    if (__sanitizer_get_current_allocated_bytes != nullptr) return __sanitizer_get_current_allocated_bytes();
-    return ::mallinfo2().uordblks;
-}
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator open("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(open), end(open)));
-}
-
-bool hasChildren() { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0; }
 
 View listOf(const std::vector<std::string>& devices, int change) {
     View list{Stack{}, {}, {}, {}};

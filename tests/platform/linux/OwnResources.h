@@ -1,0 +1,30 @@
+#pragma once
+
+#include <malloc.h>
+#include <sys/wait.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
+
+// Of the address sanitizer, which takes malloc's place; null without it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));  // NOLINT
+
+namespace kovra {
+
+// What this process holds at the moment: a test compares before and after.
+
+inline std::size_t bytesInUse() {
+    if (__sanitizer_get_current_allocated_bytes != nullptr) return __sanitizer_get_current_allocated_bytes();
+    return ::mallinfo2().uordblks;
+}
+
+inline std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator open("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(open), end(open)));
+}
+
+// Zombies count.
+inline bool hasChildren() { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0; }
+
+}  // namespace kovra

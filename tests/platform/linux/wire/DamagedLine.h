@@ -1,0 +1,29 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+
+namespace kovra {
+
+// False if the line is refused on both sides; else it must be a message like any other: it goes across again unchanged.
+inline bool isUnderstoodWell(const std::string& line) {
+    const auto toWindow = decodeToWindow(line);
+    const auto toResident = decodeToResident(line);
+    if (toWindow) {
+        const std::string again = encode(*toWindow);
+        const auto twice = decodeToWindow(again);
+        EXPECT_TRUE(twice) << line;
+        if (twice) {
+            EXPECT_EQ(encode(*twice), again);
+        }
+    }
+    if (toResident) {
+        EXPECT_EQ(decodeToResident(encode(*toResident)), toResident) << line;
+    }
+    return toWindow || toResident;
+}
+
+}  // namespace kovra
