@@ -1,0 +1,108 @@
+#include "helper/Loop.h"
+
+#include <sys/epoll.h>
+#include <time.h>
+
+#include <csignal>
+#include <cstdint>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+namespace kovra::helper {
+
+namespace {
+
+// sd-event rounds wake-ups together, by up to 250 ms, unless it is told how exact they must be.
+constexpr std::uint64_t accuracyMicroseconds = 1;
+
+void check(int result, const char* what) {
+    if (result < 0) throw std::system_error(-result, std::generic_category(), what);
+}
+
+// sd-event's own notion of now is the moment at which it last woke up, which may be long past.
+std::chrono::microseconds monotonic() {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::chrono::ceil<std::chrono::microseconds>(std::chrono::seconds(now.tv_sec) +
+                                                        std::chrono::nanoseconds(now.tv_nsec));
+}
+
+}  // namespace
+
+class Loop::Source : public Loop::Watch {
+  public:
+    Source(Loop& loop, Work work) : loop_(loop), work_(std::make_shared<Work>(std::move(work))) {}
+    ~Source() override { sd_event_source_disable_unref(source_); }
+
+    void readable(int descriptor) {
+        check(sd_event_add_io(loop_.event_.get(), &source_, descriptor, EPOLLIN, rangReadable, this), "descriptor");
+    }
+    void due(std::chrono::microseconds when) {
+        check(sd_event_add_time(loop_.event_.get(), &source_, CLOCK_MONOTONIC, static_cast<std::uint64_t>(when.count()),
+                                accuracyMicroseconds, rangDue, this),
+              "timer");
+    }
+    void signal(int number) {
+        sigset_t one;
+        sigemptyset(&one);
+        sigaddset(&one, number);
+        ::sigprocmask(SIG_BLOCK, &one, nullptr);
+        check(sd_event_add_signal(loop_.event_.get(), &source_, number, rangSignal, this), "signal");
+    }
+
+  private:
+    static int rangReadable(sd_event_source*, int, std::uint32_t, void* context) { return rang(context); }
+    static int rangDue(sd_event_source*, std::uint64_t, void* context) { return rang(context); }
+    static int rangSignal(sd_event_source*, const signalfd_siginfo*, void* context) { return rang(context); }
+    static int rang(void* context) {
+        auto* source = static_cast<Source*>(context);
+        if (source != nullptr) source->loop_.rung_.push_back(source->work_);
+        return 0;
+    }
+
+    Loop& loop_;
+    std::shared_ptr<Work> work_;
+    sd_event_source* source_ = nullptr;
+};
+
+Loop::Loop() {
+    sd_event* event = nullptr;
+    check(sd_event_new(&event), "event loop");
+    event_.reset(event);
+}
+
+Loop::~Loop() = default;
+
+std::unique_ptr<Loop::Watch> Loop::onReadable(int descriptor, Work work) {
+    auto source = std::make_unique<Source>(*this, std::move(work));
+    source->readable(descriptor);
+    return source;
+}
+
+std::unique_ptr<Loop::Watch> Loop::after(std::chrono::milliseconds delay, Work work) {
+    auto source = std::make_unique<Source>(*this, std::move(work));
+    source->due(monotonic() + delay);
+    return source;
+}
+
+std::unique_ptr<Loop::Watch> Loop::onSignal(int number, Work work) {
+    auto source = std::make_unique<Source>(*this, std::move(work));
+    source->signal(number);
+    return source;
+}
+
+void Loop::run() {
+    stopped_ = false;
+    while (!stopped_) {
+        check(sd_event_run(event_.get(), std::numeric_limits<std::uint64_t>::max()), "event loop");
+        while (!stopped_ && !rung_.empty()) {
+            const auto work = rung_.front().lock();
+            rung_.pop_front();
+            if (work) (*work)();
+        }
+    }
+    rung_.clear();
+}
+
+}  // namespace kovra::helper

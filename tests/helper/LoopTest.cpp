@@ -1,0 +1,134 @@
+#include "helper/Loop.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <stdexcept>
+#include <string>
+
+#include "helper/Descriptor.h"
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+struct Pipe {
+    Pipe() {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe(ends.data()), 0);
+        out = Descriptor(ends[0]);
+        in = Descriptor(ends[1]);
+    }
+    void write(const std::string& text) const {
+        EXPECT_EQ(::write(in.number(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    char readOne() const {
+        char c = 0;
+        EXPECT_EQ(::read(out.number(), &c, 1), 1);
+        return c;
+    }
+    Descriptor out;
+    Descriptor in;
+};
+
+TEST(HelperLoop, RingsForAsLongAsThereIsSomethingToRead) {
+    Loop loop;
+    const Pipe pipe;
+    std::string read;
+    const auto watch = loop.onReadable(pipe.out.number(), [&] {
+        read += pipe.readOne();
+        if (read.size() == 3) loop.stop();
+    });
+    pipe.write("abc");
+    loop.run();
+    EXPECT_EQ(read, "abc");
+}
+
+TEST(HelperLoop, RingsWhenTheOtherEndIsGone) {
+    Loop loop;
+    Pipe pipe;
+    const auto watch = loop.onReadable(pipe.out.number(), [&] { loop.stop(); });
+    pipe.in = Descriptor();
+    loop.run();
+}
+
+TEST(HelperLoop, TimersComeInOrderEachOnceAndNeverEarlyNorByAQuarterOfASecondLate) {
+    Loop loop;
+    std::string order;
+    const auto start = Clock::now();
+    Clock::duration first{};
+    const auto last = loop.after(60ms, [&] { loop.stop(); });
+    const auto second = loop.after(40ms, [&] { order += '2'; });
+    const auto early = loop.after(20ms, [&] {
+        order += '1';
+        first = Clock::now() - start;
+    });
+    loop.run();
+    EXPECT_EQ(order, "12");
+    EXPECT_GE(first, 20ms);
+    EXPECT_LT(Clock::now() - start, 200ms);
+}
+
+TEST(HelperLoop, WhatIsLetGoOfRingsNoMoreAlsoFromItsOwnWork) {
+    Loop loop;
+    const Pipe pipe;
+    int rings = 0;
+    std::unique_ptr<Loop::Watch> own;
+    own = loop.onReadable(pipe.out.number(), [&] {
+        ++rings;
+        own.reset();
+    });
+    auto other = loop.after(1ms, [&] { rings += 100; });
+    other.reset();
+    pipe.write("ab");
+    const auto end = loop.after(20ms, [&] { loop.stop(); });
+    loop.run();
+    EXPECT_EQ(rings, 1);
+}
+
+TEST(HelperLoop, OfTwoThatLetGoOfEachOtherOnlyTheFirstWorks) {
+    Loop loop;
+    const Pipe one;
+    const Pipe two;
+    int rings = 0;
+    std::unique_ptr<Loop::Watch> first;
+    std::unique_ptr<Loop::Watch> second;
+    const auto work = [&] {
+        ++rings;
+        first.reset();
+        second.reset();
+    };
+    first = loop.onReadable(one.out.number(), work);
+    second = loop.onReadable(two.out.number(), work);
+    one.write("a");
+    two.write("a");
+    const auto end = loop.after(20ms, [&] { loop.stop(); });
+    loop.run();
+    EXPECT_EQ(rings, 1);
+}
+
+TEST(HelperLoop, TakesASignalOutOfTheSystemsHands) {
+    Loop loop;
+    int signals = 0;
+    const auto watch = loop.onSignal(SIGUSR1, [&] {
+        ++signals;
+        loop.stop();
+    });
+    ::kill(::getpid(), SIGUSR1);
+    loop.run();
+    EXPECT_EQ(signals, 1);
+}
+
+TEST(HelperLoop, HandsOnWhatAPieceOfWorkThrows) {
+    Loop loop;
+    const auto watch = loop.after(0ms, [] { throw std::runtime_error("no memory"); });
+    EXPECT_THROW(loop.run(), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace kovra::helper
