@@ -34,7 +34,7 @@ def main():
         # Only now, for the libraries that they load are not there on every machine.
         import panels
         import scenarios
-        import spoken, window_process  # add their own
+        import login, spoken, window_process  # add their own
         for panel in panels.PANELS:
             run_on(panel, binary, scenarios.SCENARIOS, arguments.only, tally)
     except (secluded.NotSecluded, ImportError) as failure:

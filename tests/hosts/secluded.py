@@ -69,7 +69,7 @@ def adopt_orphans():
 
 def end_descendants():
     """Nothing that was started from here is left: panels and buses start processes of their own."""
-    while found := _descendants():
+    while found := descendants():
         for pid in found:
             try:
                 os.kill(pid, 9)
@@ -82,7 +82,8 @@ def end_descendants():
             return
 
 
-def _descendants():
+def descendants():
+    """All processes that were started from here, but those that end by themselves when we do."""
     parents = {}
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():

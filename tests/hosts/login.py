@@ -1,0 +1,75 @@
+"""What the program promises about logging in: a session of other people's making reads the entry."""
+
+import os
+import pathlib
+import signal
+
+from scenarios import scenario
+from secluded import descendants
+from texts import LAUNCH_AT_LOGIN
+from waiting import check, wait_for
+
+HOST = "lxqt-panel"
+
+
+@scenario("Launch at login: the next session starts the program; switched off again, the session after that does not.",
+          only_on=HOST)
+def login(world):
+    # Without a window manager the session waits half a minute for one.
+    world.desktop.configure("lxqt/session.conf", "[General]\nwindow_manager=openbox\n")
+    world.start()
+    world.choose(LAUNCH_AT_LOGIN)
+    wait_for(world.autostart.exists, "the entry")
+    world.end_program()
+    with Session(world) as session:
+        wait_for(lambda: session.runs(world.binary), "the session to start the program", 30)
+    world.start()
+    world.choose(LAUNCH_AT_LOGIN)
+    wait_for(lambda: not world.item.checked(LAUNCH_AT_LOGIN), "the check mark to go")
+    world.end_program()
+    with Session(world) as session:
+        check(not session.runs(world.binary), "the session started the program")
+    world.autostart.unlink(missing_ok=True)
+
+
+class Session:
+    """One login: lasts from the start of the session's program until all that was started in it is gone."""
+
+    def __init__(self, world):
+        self._desktop = world.desktop
+        # Entries whose names come before and after the program's: once they have run, all have been read.
+        self._others = [world.autostart.with_name(f"{name}.desktop") for name in ("a-first", "z-last")]
+        self._before = descendants()
+
+    def __enter__(self):
+        # The session reads the user's entries alone, not those of what else is installed.
+        ran = [self._desktop.folder / f"{entry.stem} ran" for entry in self._others]
+        for entry, mark in zip(self._others, ran):
+            mark.unlink(missing_ok=True)
+            entry.parent.mkdir(parents=True, exist_ok=True)
+            entry.write_text(f'[Desktop Entry]\nType=Application\nName={entry.stem}\nExec=touch "{mark}"\n')
+        self._process = self._desktop.start("lxqt-session", "lxqt-session",
+                                            environment={"XDG_CONFIG_DIRS": str(self._desktop.folder / "none")})
+        wait_for(lambda: all(mark.exists() for mark in ran), "the session to read its entries", 60)
+        return self
+
+    def __exit__(self, *_):
+        self._process.kill()
+        self._desktop.processes.remove(self._process)
+        for pid in descendants() - self._before:
+            try:
+                os.kill(pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+        for entry in self._others:
+            entry.unlink()
+
+    def runs(self, binary):
+        return any(_program_of(pid) == binary for pid in descendants() - self._before)
+
+
+def _program_of(pid):
+    try:
+        return pathlib.Path(f"/proc/{pid}/exe").resolve(strict=True)
+    except OSError:
+        return None
