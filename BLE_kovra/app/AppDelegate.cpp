@@ -84,6 +84,10 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::applicationDidReopen() { openSettings(); }
 
+void AppDelegate::applicationDidResume() {
+    enqueue([](AppDelegate&) {});
+}
+
 void AppDelegate::applicationWillTerminate() {
     hasTerminated_ = true;
 

@@ -34,6 +34,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void applicationDidFinishLaunching() override;
     // Opens the settings: a way in that needs no tray.
     void applicationDidReopen() override;
+    // Decides once more, one queue turn later: a flag that could not be written is written then.
+    void applicationDidResume() override;
     void applicationWillTerminate() override;
 
     // Decides whether to mute, tells the helper, keeps the answer and shows it. Nothing is written while the answer

@@ -13,6 +13,9 @@ class BLE_kovraApp {
     // Runs the application on these services until it terminates.
     static void main(const Platform& platform);
 
+    // The file that tells the helper, for a system on which somebody else may put it in place while the program runs.
+    static const char* flagFile();
+
   private:
     explicit BLE_kovraApp(const Platform& platform);
 

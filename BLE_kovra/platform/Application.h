@@ -11,6 +11,9 @@ class ApplicationDelegate {
     virtual void applicationDidFinishLaunching() = 0;
     // The user started the program while it runs.
     virtual void applicationDidReopen() = 0;
+    // What the system refused meanwhile may succeed now: the user is back at the machine, the machine is awake again,
+    // or what was missing has come.
+    virtual void applicationDidResume() = 0;
     virtual void applicationWillTerminate() = 0;
 };
 

@@ -132,6 +132,50 @@ TEST(AppDelegate, KeepsItsDecisionWhenTheFlagCannotBeWritten) {
     EXPECT_EQ(rig.flag(), "on");
 }
 
+TEST(AppDelegate, DecidesOnceMoreOneTurnLaterWhenWhatWasRefusedMaySucceed) {
+    LaunchedRig rig;
+    int evaluations = 0;
+    const Subscription token = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
+    rig.delegate->applicationDidResume();
+    EXPECT_EQ(evaluations, 0);
+    rig.queue.runOneTurn();
+    EXPECT_EQ(evaluations, 1);
+    rig.queue.run();
+    EXPECT_EQ(evaluations, 1);
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"});  // nothing new to write
+    EXPECT_TRUE(rig.preferences.saves.empty());
+}
+
+TEST(AppDelegate, WritesThenWhatWasRefused) {
+    LaunchedRig rig;
+    rig.files.failNext("Permission denied");
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "off");
+    rig.delegate->applicationDidResume();
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "on");
+}
+
+TEST(AppDelegate, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.delegate->applicationDidResume();
+    rig.delegate->quit();
+    rig.delegate->applicationDidResume();
+    rig.queue.run();
+    EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on", "off"}));
+
+    LaunchedRig gone;
+    int evaluations = 0;
+    const Subscription token = gone.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
+    gone.delegate->applicationDidResume();
+    gone.delegate.reset();
+    gone.queue.run();
+    EXPECT_EQ(evaluations, 0);
+}
+
 TEST(AppDelegate, WritesOffWithTheSwitchOffWhateverTheModeAndTheDevices) {
     LaunchedRig rig;
     rig.hid.attach(mouse);

@@ -20,6 +20,7 @@ class ApplicationContract : public testing::Test, protected ApplicationDelegate 
         if (whenLaunched_) whenLaunched_();
     }
     void applicationDidReopen() override { events_ += "reopened "; }
+    void applicationDidResume() override { events_ += "resumed "; }
     void applicationWillTerminate() override {
         events_ += "terminates ";
         if (whenTerminating_) whenTerminating_();

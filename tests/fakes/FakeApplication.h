@@ -25,6 +25,11 @@ class FakeApplication : public Application {
     }
     void beep() override { ++beeps; }
 
+    // What was refused may succeed now.
+    void resume() {
+        if (delegate_ != nullptr && !terminated) delegate_->applicationDidResume();
+    }
+
     std::vector<ActivationPolicy> policies;
     std::function<void()> onTerminating;  // where a test stops its queue
     bool terminated = false;

@@ -241,6 +241,98 @@ TEST(Journey, TheHotKeyGivesThePadBackAndTakesItAgain) {
     EXPECT_EQ(rig.application.beeps, 2);
 }
 
+// What a user finds who left the machine to another one for a while: the helper lets only the user at the machine
+// write, and puts a new file in place, with what this user last left, a moment after the session is at the screen
+// again.
+struct SharedMachine {
+    SharedMachine() {
+        computer.choose({mouse});
+        rig.emplace(computer).launch();
+        plugged = computer.hid.attach(mouse);
+        computer.queue.run();
+        EXPECT_EQ(computer.flag(), "on");
+    }
+    void leave() {
+        left = computer.flag();
+        computer.files.contents[HelperController::standardStateFile] = "off";  // the other user's
+        computer.files.failAlways("Permission denied");
+    }
+    void comeBack() {
+        rig->application.resume();  // too early
+        computer.queue.run();
+        computer.files.contents[HelperController::standardStateFile] = left;
+        computer.files.failAlways(std::nullopt);
+        rig->application.resume();
+        computer.queue.run();
+    }
+
+    Computer computer;
+    std::optional<AppRig> rig;
+    FakeHID::Plugged plugged;
+    std::string left;
+};
+
+TEST(Journey, AMouseUnpluggedWhileAnotherUserIsAtTheMachineGivesThePadBackOnReturn) {
+    SharedMachine machine;
+    machine.leave();
+    machine.computer.hid.detach(machine.plugged);
+    machine.computer.queue.advance(10s);
+    EXPECT_EQ(machine.computer.flag(), "off");  // the other user's
+    machine.comeBack();
+    EXPECT_EQ(machine.computer.flag(), "off");
+    EXPECT_EQ(machine.computer.files.writes.back().text, "off");
+    EXPECT_TRUE(machine.computer.files.writes.back().succeeded);
+    EXPECT_FALSE(machine.computer.statusBar.hasSlash());
+}
+
+TEST(Journey, AMouseThatStayedMutesOnReturnWithoutAnotherWrite) {
+    SharedMachine machine;
+    machine.leave();
+    machine.computer.queue.advance(10s);
+    machine.comeBack();
+    EXPECT_EQ(machine.computer.flag(), "on");
+    EXPECT_EQ(machine.computer.flagWrites(), (Texts{"off", "on"}));
+    EXPECT_TRUE(machine.computer.log.lines.empty());
+}
+
+TEST(Journey, AMouseUnpluggedAndBackWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+    SharedMachine machine;
+    machine.leave();
+    machine.computer.hid.detach(machine.plugged);
+    machine.computer.queue.advance(10s);
+    machine.computer.hid.attach(mouse);
+    machine.computer.queue.advance(10s);
+    machine.comeBack();
+    EXPECT_EQ(machine.computer.flag(), "on");
+    EXPECT_TRUE(machine.computer.statusBar.hasSlash());
+}
+
+TEST(Journey, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+    SharedMachine machine;
+    machine.computer.hid.detach(machine.plugged);
+    machine.computer.queue.advance(10s);
+    EXPECT_EQ(machine.computer.flag(), "off");
+    machine.leave();
+    machine.computer.hid.attach(mouse);
+    machine.computer.queue.advance(10s);
+    machine.comeBack();
+    EXPECT_EQ(machine.computer.flag(), "on");
+}
+
+TEST(Journey, AProgramStartedWhileAnotherUserIsAtTheMachineWritesOnReturn) {
+    Computer computer;
+    computer.files.contents[HelperController::standardStateFile] = "on";
+    computer.files.failAlways("Permission denied");
+    AppRig rig(computer);
+    rig.launch();
+    computer.queue.advance(10s);
+    EXPECT_EQ(computer.flag(), "on");
+    computer.files.failAlways(std::nullopt);
+    rig.application.resume();
+    computer.queue.run();
+    EXPECT_EQ(computer.flag(), "off");
+}
+
 TEST(Journey, QuittingGivesThePadBackAndNothingQueuedRunsAnyMore) {
     Computer computer;
     computer.choose({mouse});

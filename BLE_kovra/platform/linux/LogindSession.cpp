@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 namespace kovra {
@@ -14,6 +15,20 @@ namespace {
 std::string taken(int result, char* text) {
     const Allocated<char> owned(text);
     return result >= 0 && owned ? owned.get() : "";
+}
+
+// Whether the properties that come next in the message say so.
+bool tellsThatItIsActive(sd_bus_message* message) {
+    if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) return false;
+    int isActive = 0;
+    while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
+        const char* name = nullptr;
+        if (sd_bus_message_read(message, "s", &name) < 0) return false;
+        const int result = std::string_view(name) == "Active" ? sd_bus_message_read(message, "v", "b", &isActive)
+                                                              : sd_bus_message_skip(message, "v");
+        if (result < 0 || sd_bus_message_exit_container(message) < 0) return false;
+    }
+    return isActive != 0;
 }
 
 }  // namespace
@@ -35,7 +50,9 @@ LogindSession::LogindSession(SdEventLoop& loop, std::string session) : loop_(loo
     if (sd_bus_open_system(&opened) < 0) return;
     connection_.emplace(loop, BusHandle(opened));
     listenTo("PrepareForSleep", prepareForSleep);
-    if (!session_.empty()) listenTo("SessionRemoved", sessionRemoved);
+    if (session_.empty()) return;
+    listenToSession();
+    listenTo("SessionRemoved", sessionRemoved);
 }
 
 void LogindSession::listenTo(const char* signal, sd_bus_message_handler_t handler) {
@@ -43,6 +60,27 @@ void LogindSession::listenTo(const char* signal, sd_bus_message_handler_t handle
     // Without a slot of its own the match lives as long as the connection.
     sd_bus_match_signal_async(connection_->bus(), nullptr, "org.freedesktop.login1", "/org/freedesktop/login1",
                               "org.freedesktop.login1.Manager", signal, handler, nullptr, this);
+}
+
+void LogindSession::listenToSession() {
+    char* encoded = nullptr;
+    if (connection_->bus() == nullptr ||
+        sd_bus_path_encode("/org/freedesktop/login1/session", session_.c_str(), &encoded) < 0) {
+        return;
+    }
+    const Allocated<char> path(encoded);
+    const std::string match =
+        "type='signal',sender='org.freedesktop.login1',interface='org.freedesktop.DBus.Properties',"
+        "member='PropertiesChanged',arg0='org.freedesktop.login1.Session',path='" +
+        std::string(path.get()) + "'";
+    sd_bus_add_match_async(connection_->bus(), nullptr, match.c_str(), sessionChanged, nullptr, this);
+}
+
+int LogindSession::sessionChanged(sd_bus_message* message, void* context, sd_bus_error*) {
+    auto* self = static_cast<LogindSession*>(context);
+    if (self == nullptr || sd_bus_message_skip(message, "s") < 0 || !tellsThatItIsActive(message)) return 0;
+    if (self->onActivated) self->loop_.async(self->onActivated);
+    return 0;
 }
 
 int LogindSession::sessionRemoved(sd_bus_message* message, void* context, sd_bus_error*) {

@@ -18,11 +18,14 @@ class LogindSession {
     LogindSession(SdEventLoop& loop, std::string session);
 
     // Called from the queue.
-    std::function<void()> onRemoved;  // the session has ended: the user has logged out
-    std::function<void()> onResumed;  // the machine is awake again
+    std::function<void()> onRemoved;    // the session has ended: the user has logged out
+    std::function<void()> onActivated;  // the session is the one at the screen again, or for the first time
+    std::function<void()> onResumed;    // the machine is awake again
 
   private:
     void listenTo(const char* signal, sd_bus_message_handler_t handler);
+    void listenToSession();
+    static int sessionChanged(sd_bus_message* message, void* context, sd_bus_error* error);
     static int sessionRemoved(sd_bus_message* message, void* context, sd_bus_error* error);
     static int prepareForSleep(sd_bus_message* message, void* context, sd_bus_error* error);
 

@@ -32,4 +32,8 @@ void SdEventApplication::reopen() {
     if (delegate_ != nullptr) delegate_->applicationDidReopen();
 }
 
+void SdEventApplication::resume() {
+    if (delegate_ != nullptr) delegate_->applicationDidResume();
+}
+
 }  // namespace kovra

@@ -24,6 +24,8 @@ class SdEventApplication : public Application {
 
     // The user has started the program while it runs.
     void reopen();
+    // What was refused may succeed now.
+    void resume();
 
   private:
     SdEventLoop& loop_;

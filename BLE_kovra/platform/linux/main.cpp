@@ -22,6 +22,7 @@
 #include "BLE_kovra/platform/linux/DBusActivation.h"
 #include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/DesktopHotKeys.h"
+#include "BLE_kovra/platform/linux/FlagHandover.h"
 #include "BLE_kovra/platform/linux/GlibcLocale.h"
 #include "BLE_kovra/platform/linux/JournalLog.h"
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
@@ -102,7 +103,13 @@ void runApplication() {
 
     kovra::LogindSession session(loop, kovra::LogindSession::currentSession());
     session.onRemoved = [&] { application.terminate(); };
-    session.onResumed = [&] { hid.resynchronize(); };
+    session.onActivated = [&] { application.resume(); };
+    session.onResumed = [&] {
+        hid.resynchronize();
+        application.resume();
+    };
+    kovra::FlagHandover handover(loop, kovra::BLE_kovraApp::flagFile());
+    handover.onHandedOver = [&] { application.resume(); };
 
     const kovra::Desktop desktop = kovra::currentDesktop();
     const auto x = desktop == kovra::Desktop::x11 ? kovra::XConnection::open(loop) : nullptr;

@@ -14,6 +14,7 @@ class SdEventDriver {
     void runOut(ApplicationDelegate& delegate) { application_.run(delegate); }
 
     void reopen() { application_.reopen(); }
+    void resume() { application_.resume(); }
 
   private:
     SdEventLoop loop_;
@@ -29,6 +30,7 @@ TEST(SdEventApplication, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
             queue.async([] { throw std::runtime_error("out of memory"); });
         }
         void applicationDidReopen() override {}
+        void applicationDidResume() override {}
         void applicationWillTerminate() override { terminated = true; }
         MainQueue& queue;
         bool terminated = false;
@@ -39,28 +41,34 @@ TEST(SdEventApplication, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
     EXPECT_TRUE(delegate.terminated);
 }
 
-TEST(SdEventApplication, TellsItsDelegateOfAFurtherStartBetweenItsLaunchAndItsEnd) {
+TEST(SdEventApplication, TellsItsDelegateWhatHappensBetweenItsLaunchAndItsEnd) {
     struct Delegate : ApplicationDelegate {
         explicit Delegate(SdEventDriver& its) : driver(its) {}
         void applicationDidFinishLaunching() override {
             driver.reopen();
+            driver.resume();
             driver.queue().async([this] {
+                driver.resume();
                 driver.reopen();
                 driver.application().terminate();
                 driver.reopen();
+                driver.resume();
             });
         }
-        void applicationDidReopen() override { ++reopened; }
+        void applicationDidReopen() override { told += "reopened "; }
+        void applicationDidResume() override { told += "resumed "; }
         void applicationWillTerminate() override {}
         SdEventDriver& driver;
-        int reopened = 0;
+        std::string told;
     };
     SdEventDriver driver;
     Delegate delegate(driver);
     driver.reopen();
+    driver.resume();
     driver.runOut(delegate);
     driver.reopen();
-    EXPECT_EQ(delegate.reopened, 2);
+    driver.resume();
+    EXPECT_EQ(delegate.told, "reopened resumed resumed reopened ");
 }
 
 }  // namespace
