@@ -1,0 +1,30 @@
+#include "helper/pads/InputClass.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "helper/Descriptor.h"
+
+namespace kovra::helper {
+
+std::optional<bool> InputClass::isInhibited(const std::string& name) const {
+    const Descriptor file(::open(path(name).c_str(), O_RDONLY | O_CLOEXEC));
+    char first = 0;
+    if (!file.isOpen() || ::read(file.number(), &first, 1) != 1) return std::nullopt;
+    return first == '1';
+}
+
+int InputClass::setInhibited(const std::string& name, bool inhibited) const {
+    const Descriptor file(::open(path(name).c_str(), O_WRONLY | O_CLOEXEC));
+    if (!file.isOpen()) return errno;
+    while (::write(file.number(), inhibited ? "1" : "0", 1) < 0) {
+        if (errno != EINTR) return errno;
+    }
+    return 0;
+}
+
+bool InputClass::saysGone(int error) { return error == ENOENT || error == ENODEV; }
+
+}  // namespace kovra::helper

@@ -1,0 +1,48 @@
+#include "helper/pads/PadRules.h"
+
+#include <linux/input.h>
+
+#include <set>
+#include <string_view>
+
+namespace kovra::helper {
+
+namespace {
+
+constexpr std::uint16_t logitech = 0x046d;
+constexpr std::uint16_t wacom = 0x056a;
+
+// Drivers of such pads name the parts of a HID device by what they are: "... Touchpad", "... Mouse".
+bool isNamedMouse(std::string_view name) { return name.ends_with(" Mouse"); }
+
+bool isTwin(const InputProperties& device, const std::set<std::string>& hidDevicesOfPads) {
+    return device.isMouse && !device.isTouchpad && !device.isPointingStick && isNamedMouse(device.name) &&
+           hidDevicesOfPads.contains(device.hid);
+}
+
+}  // namespace
+
+bool isBuiltInPad(const InputProperties& device) {
+    if (!device.isTouchpad || device.seat != "seat0") return false;
+    // What comes by Bluetooth hangs below the adapter, which has a port too.
+    if (device.bus == BUS_USB && device.port != UsbPort::unknown) return device.port == UsbPort::fixed;
+    if (device.integration == "internal") return true;
+    if (device.integration == "external") return false;
+    return device.bus != BUS_BLUETOOTH && device.vendor != logitech && device.vendor != wacom;
+}
+
+std::vector<std::string> inputsToMute(const std::vector<InputProperties>& devices) {
+    std::set<std::string> inputs;
+    std::set<std::string> hidDevicesOfPads;
+    for (const InputProperties& device : devices) {
+        if (!isBuiltInPad(device)) continue;
+        inputs.insert(device.input);
+        if (!device.hid.empty()) hidDevicesOfPads.insert(device.hid);
+    }
+    for (const InputProperties& device : devices) {
+        if (isTwin(device, hidDevicesOfPads)) inputs.insert(device.input);
+    }
+    return {inputs.begin(), inputs.end()};
+}
+
+}  // namespace kovra::helper

@@ -1,0 +1,93 @@
+#include "helper/pads/Records.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <utility>
+
+#include "helper/Log.h"
+
+namespace kovra::helper {
+
+namespace {
+
+constexpr const char* folderName = "pads";
+
+bool isDigit(char character) { return character >= '0' && character <= '9'; }
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+std::set<std::string> namesIn(const Descriptor& folder) {
+    std::set<std::string> names;
+    const std::unique_ptr<DIR, CloseFolder> entries(::fdopendir(::openat(folder.number(), ".", O_RDONLY | O_CLOEXEC)));
+    while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
+        if (Records::isName(entry->d_name)) names.insert(entry->d_name);
+    }
+    return names;
+}
+
+// Nobody else may have put anything there.
+int mistrust(const Descriptor& folder) {
+    struct stat found {};
+    if (::fstat(folder.number(), &found) != 0) return errno;
+    return found.st_uid == ::geteuid() && (found.st_mode & (S_IWGRP | S_IWOTH)) == 0 ? 0 : EPERM;
+}
+
+}  // namespace
+
+bool Records::isName(std::string_view name) {
+    constexpr std::string_view prefix = "input";
+    if (!name.starts_with(prefix)) return false;
+    name.remove_prefix(prefix.size());
+    return !name.empty() && name.size() <= 20 && std::all_of(name.begin(), name.end(), isDigit);
+}
+
+Records::Records(std::string runtimeFolder) : runtimeFolder_(std::move(runtimeFolder)) {
+    int error = 0;
+    const Descriptor found = folder(IfMissing::leave, error);
+    if (found.isOpen())
+        names_ = namesIn(found);
+    else if (error != ENOENT)
+        logError("the records of muted touchpads cannot be read", error);
+}
+
+int Records::add(const std::string& name) {
+    if (!isName(name)) return EINVAL;
+    int error = 0;
+    const Descriptor found = folder(IfMissing::make, error);
+    if (!found.isOpen()) return error;
+    const Descriptor file(
+        ::openat(found.number(), name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    if (!file.isOpen()) return errno;
+    names_.insert(name);
+    return 0;
+}
+
+void Records::remove(const std::string& name) {
+    names_.erase(name);
+    int error = 0;
+    const Descriptor found = folder(IfMissing::leave, error);
+    if (found.isOpen()) ::unlinkat(found.number(), name.c_str(), 0);
+}
+
+Descriptor Records::folder(IfMissing ifMissing, int& error) const {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    if (ifMissing == IfMissing::make) ::mkdir(runtimeFolder_.c_str(), 0755);
+    const Descriptor parent(::open(runtimeFolder_.c_str(), flags));
+    error = parent.isOpen() ? mistrust(parent) : errno;
+    if (error != 0) return {};
+    if (ifMissing == IfMissing::make) ::mkdirat(parent.number(), folderName, 0700);
+    Descriptor found(::openat(parent.number(), folderName, flags));
+    error = found.isOpen() ? mistrust(found) : errno;
+    if (error != 0) return {};
+    return found;
+}
+
+}  // namespace kovra::helper

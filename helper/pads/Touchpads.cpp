@@ -1,0 +1,113 @@
+#include "helper/pads/Touchpads.h"
+
+#include <cerrno>
+#include <charconv>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace kovra::helper {
+
+namespace {
+
+std::string_view text(const char* value) { return value != nullptr ? value : ""; }
+
+bool isSet(udev_device* device, const char* property) {
+    return text(udev_device_get_property_value(device, property)) == "1";
+}
+
+std::uint16_t hexNumber(udev_device* device, const char* attribute) {
+    const std::string_view digits = text(udev_device_get_sysattr_value(device, attribute));
+    std::uint16_t number = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
+    return number;
+}
+
+// What hangs on a hub that can be pulled out can be pulled out with it.
+UsbPort port(udev_device* device) {
+    bool isFixed = false;
+    while ((device = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device")) != nullptr) {
+        const std::string_view removable = text(udev_device_get_sysattr_value(device, "removable"));
+        if (removable == "removable") return UsbPort::removable;
+        if (removable == "fixed") isFixed = true;
+    }
+    return isFixed ? UsbPort::fixed : UsbPort::unknown;
+}
+
+InputProperties properties(udev_device* node, udev_device* input) {
+    InputProperties device;
+    device.input = text(udev_device_get_sysname(input));
+    device.name = text(udev_device_get_sysattr_value(input, "name"));
+    device.isTouchpad = isSet(node, "ID_INPUT_TOUCHPAD");
+    device.isMouse = isSet(node, "ID_INPUT_MOUSE");
+    device.isPointingStick = isSet(node, "ID_INPUT_POINTINGSTICK");
+    if (const char* integration = udev_device_get_property_value(node, "ID_INPUT_TOUCHPAD_INTEGRATION"))
+        device.integration = integration;
+    device.bus = hexNumber(input, "id/bustype");
+    device.vendor = hexNumber(input, "id/vendor");
+    device.port = port(input);
+    if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;
+    if (udev_device* hid = udev_device_get_parent_with_subsystem_devtype(input, "hid", nullptr))
+        device.hid = text(udev_device_get_syspath(hid));
+    return device;
+}
+
+bool isEventNode(udev_device* device) { return text(udev_device_get_sysname(device)).starts_with("event"); }
+
+}  // namespace
+
+Touchpads::Touchpads(Loop& loop) : udev_(udev_new()) {
+    if (udev_) monitor_.reset(udev_monitor_new_from_netlink(udev_.get(), "udev"));
+    if (!monitor_) throw std::system_error(errno, std::generic_category(), "udev");
+    // The filter is in the kernel before the first message, so that foreign ones wake nobody. What comes while the list
+    // is read is told afterwards.
+    int result = udev_monitor_filter_add_match_subsystem_devtype(monitor_.get(), "input", nullptr);
+    if (result >= 0) result = udev_monitor_enable_receiving(monitor_.get());
+    if (result < 0) throw std::system_error(-result, std::generic_category(), "udev");
+    watch_ = loop.onReadable(udev_monitor_get_fd(monitor_.get()), [this] { hear(); });
+    inputs_ = inputsToMute(everything());
+}
+
+void Touchpads::look() {
+    std::vector<std::string> inputs = inputsToMute(everything());
+    if (inputs == inputs_) return;
+    inputs_ = std::move(inputs);
+    if (onChange) onChange();
+}
+
+void Touchpads::hear() {
+    bool isOfInterest = false;
+    while (true) {
+        errno = 0;
+        const Handle<udev_device, udev_device_unref> device(udev_monitor_receive_device(monitor_.get()));
+        if (device)
+            isOfInterest = isOfInterest || isEventNode(device.get());
+        else if (errno == ENOBUFS)
+            isOfInterest = true;  // the kernel had no room for some
+        else if (errno != EINTR)
+            break;
+    }
+    if (isOfInterest) look();
+}
+
+std::vector<InputProperties> Touchpads::everything() const {
+    std::vector<InputProperties> devices;
+    const Handle<udev_enumerate, udev_enumerate_unref> list(udev_enumerate_new(udev_.get()));
+    if (!list) return devices;
+    udev_enumerate_add_match_subsystem(list.get(), "input");
+    udev_enumerate_add_match_sysname(list.get(), "event*");
+    udev_enumerate_add_match_property(list.get(), "ID_INPUT_TOUCHPAD", "1");
+    udev_enumerate_add_match_property(list.get(), "ID_INPUT_MOUSE", "1");
+    udev_enumerate_scan_devices(list.get());
+    udev_list_entry* entry = nullptr;
+    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
+        const Handle<udev_device, udev_device_unref> node(
+            udev_device_new_from_syspath(udev_.get(), udev_list_entry_get_name(entry)));
+        if (!node) continue;  // gone meanwhile
+        udev_device* input = udev_device_get_parent_with_subsystem_devtype(node.get(), "input", nullptr);
+        if (input != nullptr) devices.push_back(properties(node.get(), input));
+    }
+    return devices;
+}
+
+}  // namespace kovra::helper

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "helper/pads/InputClass.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra::helper {
+
+// Input devices of a test's own, as files: what the kernel would do is done by hand.
+class InputFolder {
+  public:
+    void plug(const std::string& name, const std::string& inhibited = "0\n") {
+        std::filesystem::create_directories(folder_.path() / name);
+        writeFile(attribute(name), inhibited);
+    }
+    void unplug(const std::string& name) { std::filesystem::remove_all(folder_.path() / name); }
+
+    bool isInhibited(const std::string& name) const { return readFile(attribute(name)) == "1\n"; }
+    bool isFree(const std::string& name) const { return readFile(attribute(name)) == "0\n"; }
+
+    // From here on the driver takes no write, and takes them again.
+    void refuse(const std::string& name) {
+        before_ = readFile(attribute(name));
+        std::filesystem::remove(attribute(name));
+        std::filesystem::create_symlink("/dev/full", attribute(name));
+    }
+    void relent(const std::string& name) {
+        writeFile(folder_.path() / "next", before_);
+        std::filesystem::rename(folder_.path() / "next", attribute(name));
+    }
+
+    InputClass inputs() const { return InputClass(folder_.path().string()); }
+
+  private:
+    std::filesystem::path attribute(const std::string& name) const { return folder_.path() / name / "inhibited"; }
+
+    const TempFolder folder_;
+    std::string before_;
+};
+
+}  // namespace kovra::helper

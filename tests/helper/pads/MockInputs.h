@@ -1,0 +1,111 @@
+#pragma once
+
+#include <umockdev.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra::helper {
+
+// What an input device shows in sysfs, and what udev says of it.
+struct MockInput {
+    std::string input = "input5";
+    std::string name = "SYNA8004:00 06CB:CD8B Touchpad";
+    std::string properties = "ID_INPUT=1\nID_INPUT_TOUCHPAD=1\n";
+    std::string bus = "0018";
+    std::string vendor = "06cb";
+    std::string hid = {};                          // "0018:06CB:CD8B.0001", or no HID device
+    std::string above = "/devices/platform/host";  // what it is plugged into
+};
+
+// Input devices of the test's own: a sysfs that this process takes for the machine's, and messages that it takes for
+// udev's. Device and message are separate steps, as they are in the kernel, so that a test can have them disagree.
+class MockInputs {
+  public:
+    MockInputs() : testbed_(umockdev_testbed_new()) {
+        const std::unique_ptr<char, Free> folder(umockdev_testbed_get_sys_dir(testbed_.get()));
+        sys_ = folder.get();
+        for (const char* inside : {"class/input", "bus/hid/devices", "bus/usb/devices", "bus/input"})
+            std::filesystem::create_directories(sys_ / inside);
+    }
+
+    // A port of the computer's, or of a hub, and what the kernel knows of it. Returns what to plug devices into.
+    std::string plugUsb(const std::string& above, const std::string& name, const std::string& removable) {
+        const std::string path = above + "/" + name;
+        makeDevice(path, "bus/usb", "DEVTYPE=usb_device\n");
+        writeFile(folder(path) / "removable", removable + "\n");
+        return path;
+    }
+
+    // The device alone, without a message.
+    void appear(const MockInput& device) {
+        std::string above = device.above;
+        if (!device.hid.empty()) {
+            above += "/" + device.hid;
+            if (!std::filesystem::exists(folder(above))) makeDevice(above, "bus/hid", "HID_NAME=x\n");
+        }
+        const std::string path = above + "/input/" + device.input;
+        makeDevice(path, "class/input", "PRODUCT=" + device.bus + "/" + device.vendor + "/1/1\n");
+        std::filesystem::create_directories(folder(path) / "id");
+        writeFile(folder(path) / "name", device.name + "\n");
+        writeFile(folder(path) / "id/bustype", device.bus + "\n");
+        writeFile(folder(path) / "id/vendor", device.vendor + "\n");
+        writeFile(folder(path) / "inhibited", "0\n");
+        const std::string node = "event" + device.input.substr(5);
+        makeDevice(path + "/" + node, "class/input", "DEVNAME=input/" + node + "\n" + device.properties);
+        for (const std::string& shown : {path, path + "/" + node})
+            std::filesystem::create_directory_symlink("../.." + shown, inClass(shown.substr(shown.rfind('/') + 1)));
+        paths_[device.input] = path;
+    }
+    // The message alone. The device's folder is there.
+    void tell(const std::string& input, const std::string& action) {
+        const std::string path = "/sys" + paths_.at(input);
+        umockdev_testbed_uevent(testbed_.get(), (path + "/event" + input.substr(5)).c_str(), action.c_str());
+    }
+    // The kernel no longer lists it.
+    void leave(const std::string& input) {
+        std::filesystem::remove(inClass(input));
+        std::filesystem::remove(inClass("event" + input.substr(5)));
+    }
+
+    void plug(const MockInput& device) {
+        appear(device);
+        tell(device.input, "add");
+    }
+    void unplug(const std::string& input) {
+        leave(input);
+        tell(input, "remove");
+        std::filesystem::remove_all(folder(paths_.at(input)));
+    }
+
+    std::string inhibited(const std::string& input) const {
+        return readFile(folder(paths_.at(input)) / "inhibited").substr(0, 1);
+    }
+    void inhibit(const std::string& input, const std::string& value) {
+        writeFile(folder(paths_.at(input)) / "inhibited", value + "\n");
+    }
+
+  private:
+    struct Free {
+        void operator()(char* text) const { g_free(text); }
+        void operator()(UMockdevTestbed* testbed) const { g_object_unref(testbed); }
+    };
+
+    void makeDevice(const std::string& path, const std::string& subsystem, const std::string& uevent) {
+        std::filesystem::create_directories(folder(path));
+        writeFile(folder(path) / "uevent", uevent);
+        std::filesystem::create_directory_symlink(sys_ / subsystem, folder(path) / "subsystem");
+    }
+    std::filesystem::path folder(const std::string& path) const { return sys_ / path.substr(1); }
+    std::filesystem::path inClass(const std::string& name) const { return sys_ / "class/input" / name; }
+
+    std::unique_ptr<UMockdevTestbed, Free> testbed_;
+    std::filesystem::path sys_;
+    std::map<std::string, std::string> paths_;
+};
+
+}  // namespace kovra::helper

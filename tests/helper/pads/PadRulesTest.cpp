@@ -1,0 +1,224 @@
+#include "helper/pads/PadRules.h"
+
+#include <gtest/gtest.h>
+#include <linux/input.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace kovra::helper {
+namespace {
+
+struct Known {
+    const char* what;
+    InputProperties device;
+    bool isBuiltIn;
+};
+
+void PrintTo(const Known& known, std::ostream* out) { *out << known.what; }
+
+// As udev 252 tells of them: it says nothing of the integration of what is on I2C.
+const std::vector<Known> knownDevices{
+    {"Synaptics pad on PS/2",
+     {.name = "SynPS/2 Synaptics TouchPad",
+      .isTouchpad = true,
+      .integration = "internal",
+      .bus = BUS_I8042,
+      .vendor = 0x0002},
+     true},
+    {"ALPS pad on PS/2",
+     {.name = "AlpsPS/2 ALPS DualPoint TouchPad",
+      .isTouchpad = true,
+      .integration = "internal",
+      .bus = BUS_I8042,
+      .vendor = 0x0002},
+     true},
+    {"ELAN pad on PS/2 where udev says nothing",
+     {.name = "ETPS/2 Elantech Touchpad", .isTouchpad = true, .bus = BUS_I8042, .vendor = 0x0002},
+     true},
+    {"ELAN pad on I2C by its own driver",
+     {.name = "Elan Touchpad", .isTouchpad = true, .bus = BUS_I2C, .vendor = 0x04f3},
+     true},
+    {"ELAN pad on I2C",
+     {.name = "ELAN1200:00 04F3:3045 Touchpad", .isTouchpad = true, .bus = BUS_I2C, .vendor = 0x04f3, .hid = "h"},
+     true},
+    {"Synaptics pad on I2C",
+     {.name = "SYNA8004:00 06CB:CD8B Touchpad", .isTouchpad = true, .bus = BUS_I2C, .vendor = 0x06cb, .hid = "h"},
+     true},
+    {"Synaptics pad on SMBus",
+     {.name = "Synaptics TM3276-022", .isTouchpad = true, .integration = "internal", .bus = BUS_RMI, .vendor = 0x06cb},
+     true},
+    {"Apple's pad on SPI", {.name = "Apple SPI Touchpad", .isTouchpad = true, .bus = BUS_SPI, .vendor = 0x05ac}, true},
+    {"Apple's pad on USB, in a fixed port",
+     {.name = "bcm5974",
+      .isTouchpad = true,
+      .integration = "internal",
+      .bus = BUS_USB,
+      .vendor = 0x05ac,
+      .port = UsbPort::fixed},
+     true},
+    {"Apple's pad on USB, in a port that nothing is known of",
+     {.name = "bcm5974", .isTouchpad = true, .integration = "internal", .bus = BUS_USB, .vendor = 0x05ac},
+     true},
+    {"Wacom's pad in a fixed port, which udev takes for external",
+     {.name = "Wacom Touch Pad",
+      .isTouchpad = true,
+      .integration = "external",
+      .bus = BUS_USB,
+      .vendor = 0x056a,
+      .port = UsbPort::fixed},
+     true},
+    {"Magic Trackpad by Bluetooth",
+     {.name = "Apple Magic Trackpad",
+      .isTouchpad = true,
+      .integration = "external",
+      .bus = BUS_BLUETOOTH,
+      .vendor = 0x05ac},
+     false},
+    {"Magic Trackpad by Bluetooth where udev says nothing",
+     {.name = "Apple Magic Trackpad", .isTouchpad = true, .bus = BUS_BLUETOOTH, .vendor = 0x004c},
+     false},
+    {"Magic Trackpad by Bluetooth, whose adapter is built in",
+     {.name = "Apple Magic Trackpad",
+      .isTouchpad = true,
+      .bus = BUS_BLUETOOTH,
+      .vendor = 0x05ac,
+      .port = UsbPort::fixed},
+     false},
+    {"Magic Trackpad by USB",
+     {.name = "Apple Inc. Magic Trackpad",
+      .isTouchpad = true,
+      .integration = "external",
+      .bus = BUS_USB,
+      .vendor = 0x05ac},
+     false},
+    {"Magic Trackpad by USB, in a port of the case",
+     {.name = "Apple Inc. Magic Trackpad",
+      .isTouchpad = true,
+      .integration = "external",
+      .bus = BUS_USB,
+      .vendor = 0x05ac,
+      .port = UsbPort::removable},
+     false},
+    {"Logitech T650 behind its receiver",
+     {.name = "Logitech Rechargeable Touchpad T650",
+      .isTouchpad = true,
+      .integration = "external",
+      .bus = BUS_USB,
+      .vendor = 0x046d},
+     false},
+    {"Logitech T650 where udev says nothing",
+     {.name = "Logitech Rechargeable Touchpad T650", .isTouchpad = true, .bus = BUS_USB, .vendor = 0x046d},
+     false},
+    {"Wacom Bamboo where udev says nothing",
+     {.name = "Wacom Bamboo 2FG 4x5 Finger", .isTouchpad = true, .bus = BUS_USB, .vendor = 0x056a},
+     false},
+    {"a keyboard cover's pad that udev knows to be one",
+     {.name = "ALPS HP Elite x2 Touchpad",
+      .isTouchpad = true,
+      .integration = "external",
+      .bus = BUS_USB,
+      .vendor = 0x044e},
+     false},
+    {"an unknown pad by USB that udev takes for built in, in a port of the case",
+     {.name = "HTX HID Device Touchpad",
+      .isTouchpad = true,
+      .integration = "internal",
+      .bus = BUS_USB,
+      .vendor = 0x1a86,
+      .port = UsbPort::removable},
+     false},
+    {"a pad of which udev says what this program has never heard of",
+     {.name = "SYNA8004:00 06CB:CD8B Touchpad", .isTouchpad = true, .integration = "both", .bus = BUS_I2C},
+     true},
+    {"a pad of another seat",
+     {.name = "SynPS/2 Synaptics TouchPad",
+      .isTouchpad = true,
+      .integration = "internal",
+      .bus = BUS_I8042,
+      .seat = "seat1"},
+     false},
+    {"ThinkPad's trackpoint",
+     {.name = "TPPS/2 IBM TrackPoint", .isMouse = true, .isPointingStick = true, .bus = BUS_I8042},
+     false},
+    {"a mouse on PS/2", {.name = "PS/2 Generic Mouse", .isMouse = true, .bus = BUS_I8042}, false},
+    {"a mouse on USB in a fixed port",
+     {.name = "Logitech USB Optical Mouse", .isMouse = true, .bus = BUS_USB, .port = UsbPort::fixed},
+     false},
+    {"a touch screen on I2C", {.name = "ELAN2514:00 04F3:2AF1", .bus = BUS_I2C, .vendor = 0x04f3}, false},
+    {"a tablet", {.name = "Wacom Intuos Pro M Pen", .bus = BUS_USB, .vendor = 0x056a}, false},
+};
+
+class PadRulesOf : public testing::TestWithParam<Known> {};
+
+TEST_P(PadRulesOf, KnownDevicesMuteBuiltInPadsAlone) {
+    EXPECT_EQ(isBuiltInPad(GetParam().device), GetParam().isBuiltIn);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, PadRulesOf, testing::ValuesIn(knownDevices));
+
+using Inputs = std::vector<std::string>;
+
+const InputProperties pad{.input = "input5",
+                          .name = "SYNA8004:00 06CB:CD8B Touchpad",
+                          .isTouchpad = true,
+                          .bus = BUS_I2C,
+                          .vendor = 0x06cb,
+                          .hid = "0018:06CB:CD8B.0001"};
+const InputProperties twin{.input = "input4",
+                           .name = "SYNA8004:00 06CB:CD8B Mouse",
+                           .isMouse = true,
+                           .bus = BUS_I2C,
+                           .vendor = 0x06cb,
+                           .hid = "0018:06CB:CD8B.0001"};
+
+TEST(PadRules, MuteThePadWithItsTwinWhicheverComesFirst) {
+    EXPECT_EQ(inputsToMute({pad, twin}), (Inputs{"input4", "input5"}));
+    EXPECT_EQ(inputsToMute({twin, pad}), (Inputs{"input4", "input5"}));
+}
+
+TEST(PadRules, LeaveAMouseAloneThatOnlySharesTheNameOrTheMaker) {
+    InputProperties other = twin;
+    other.hid = "0018:06CB:CD8B.0002";
+    EXPECT_EQ(inputsToMute({pad, other}), Inputs{"input5"});
+    EXPECT_EQ(inputsToMute({twin}), Inputs{});
+}
+
+TEST(PadRules, LeaveAPointingStickAloneThatIsAPartOfThePad) {
+    InputProperties stick = twin;
+    stick.isPointingStick = true;
+    EXPECT_EQ(inputsToMute({pad, stick}), Inputs{"input5"});
+}
+
+TEST(PadRules, LeaveOtherPartsOfThePadsDeviceAlone) {
+    InputProperties keys = twin;
+    keys.isMouse = false;
+    InputProperties named = twin;
+    named.name = "SYNA8004:00 06CB:CD8B TrackPoint";
+    EXPECT_EQ(inputsToMute({pad, keys, named}), Inputs{"input5"});
+}
+
+TEST(PadRules, LeaveTheTwinOfAnExternalPadAlone) {
+    InputProperties external = pad;
+    external.bus = BUS_BLUETOOTH;
+    EXPECT_EQ(inputsToMute({external, twin}), Inputs{});
+}
+
+TEST(PadRules, TakeNoMouseForATwinOfAPadThatIsNoHidDevice) {
+    InputProperties wired = pad;
+    wired.hid = "";
+    InputProperties mouse = twin;
+    mouse.hid = "";
+    EXPECT_EQ(inputsToMute({wired, mouse}), Inputs{"input5"});
+}
+
+TEST(PadRules, MuteEveryBuiltInPad) {
+    InputProperties second = pad;
+    second.input = "input6";
+    second.hid = "";
+    EXPECT_EQ(inputsToMute({pad, second}), (Inputs{"input5", "input6"}));
+}
+
+}  // namespace
+}  // namespace kovra::helper

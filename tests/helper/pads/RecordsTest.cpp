@@ -1,0 +1,129 @@
+#include "helper/pads/Records.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "tests/support/posix/OrdinaryUser.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra::helper {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+class HelperRecords : public testing::Test {
+  protected:
+    const TempFolder folder;
+    const std::string runtime = folder / "run";
+    const fs::path pads = fs::path(runtime) / "pads";
+};
+
+TEST_F(HelperRecords, OutliveTheProcessThatMadeThem) {
+    EXPECT_EQ(Records(runtime).add("input17"), 0);
+    EXPECT_EQ(Records(runtime).names(), Names{"input17"});
+    EXPECT_TRUE(fs::is_regular_file(pads / "input17"));
+    EXPECT_EQ(fs::file_size(pads / "input17"), 0U);
+}
+
+TEST_F(HelperRecords, AreGoneOnceWhatTheyNameWasGivenBack) {
+    Records records(runtime);
+    ASSERT_EQ(records.add("input17"), 0);
+    ASSERT_EQ(records.add("input4"), 0);
+    records.remove("input17");
+    EXPECT_EQ(records.names(), Names{"input4"});
+    EXPECT_EQ(Records(runtime).names(), Names{"input4"});
+}
+
+TEST_F(HelperRecords, NeedNoFolderUntilSomethingIsRecorded) {
+    Records records(runtime);
+    EXPECT_EQ(records.names(), Names());
+    records.remove("input17");
+    EXPECT_FALSE(fs::exists(runtime));
+}
+
+TEST_F(HelperRecords, AreForTheProgramsEyesAlone) {
+    ASSERT_EQ(Records(runtime).add("input17"), 0);
+    EXPECT_EQ(fs::status(pads).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(HelperRecords, OfTheSameDeviceAreOne) {
+    Records records(runtime);
+    EXPECT_EQ(records.add("input17"), 0);
+    EXPECT_EQ(records.add("input17"), 0);
+    EXPECT_EQ(records.names(), Names{"input17"});
+}
+
+TEST_F(HelperRecords, AreRememberedByTheirProcessWhenTheFolderIsTakenAway) {
+    Records records(runtime);
+    ASSERT_EQ(records.add("input17"), 0);
+    fs::remove_all(runtime);
+    EXPECT_EQ(records.names(), Names{"input17"});
+    EXPECT_EQ(records.add("input17"), 0);
+    EXPECT_EQ(Records(runtime).names(), Names{"input17"});
+}
+
+TEST_F(HelperRecords, TakeNothingForANameThatIsNone) {
+    for (const char* name : {"", "input", "input1/../x", "input1x", "event1", "Input1", "../input1", " input1",
+                             "input123456789012345678901"}) {
+        EXPECT_FALSE(Records::isName(name)) << name;
+        EXPECT_EQ(Records(runtime).add(name), EINVAL) << name;
+    }
+    for (const char* name : {"input0", "input17", "input4294967295"}) EXPECT_TRUE(Records::isName(name)) << name;
+}
+
+TEST_F(HelperRecords, LeaveAloneWhatIsNoRecord) {
+    fs::create_directories(pads);
+    writeFile(pads / "event3", "");
+    writeFile(pads / "input", "");
+    EXPECT_EQ(Records(runtime).names(), Names());
+    EXPECT_TRUE(fs::exists(pads / "event3"));
+}
+
+TEST_F(HelperRecords, FollowNoLinkInPlaceOfARecord) {
+    fs::create_directories(pads);
+    fs::create_symlink(folder / "elsewhere", pads / "input17");
+    Records records(runtime);
+    EXPECT_EQ(records.add("input17"), ELOOP);
+    EXPECT_FALSE(fs::exists(folder / "elsewhere"));
+    records.remove("input17");
+    EXPECT_FALSE(fs::is_symlink(pads / "input17"));
+}
+
+TEST_F(HelperRecords, FollowNoLinkInPlaceOfTheirFolder) {
+    fs::create_directories(folder / "elsewhere");
+    fs::create_directories(runtime);
+    fs::create_directory_symlink(folder / "elsewhere", pads);
+    Records records(runtime);
+    EXPECT_NE(records.add("input17"), 0);
+    EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
+}
+
+TEST_F(HelperRecords, AreNotKeptWhereOthersMayWrite) {
+    fs::create_directories(pads);
+    const Rights open(pads, 0777);
+    EXPECT_EQ(Records(runtime).add("input17"), EPERM);
+    EXPECT_TRUE(fs::is_empty(pads));
+}
+
+TEST_F(HelperRecords, AreNotReadWhereOthersMayWrite) {
+    fs::create_directories(pads);
+    writeFile(pads / "input17", "");
+    const Rights open(runtime, 0775);
+    EXPECT_EQ(Records(runtime).names(), Names());
+}
+
+TEST_F(HelperRecords, ThatCannotBeMadeAreNoRecords) {
+    writeFile(runtime, "a file in the way");
+    Records records(runtime);
+    EXPECT_EQ(records.add("input17"), ENOTDIR);
+    EXPECT_EQ(records.names(), Names());
+}
+
+}  // namespace
+}  // namespace kovra::helper

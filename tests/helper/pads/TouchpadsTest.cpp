@@ -1,0 +1,142 @@
+#include "helper/pads/Touchpads.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/helper/Turning.h"
+#include "tests/helper/pads/MockInputs.h"
+
+namespace kovra::helper {
+namespace {
+
+using Inputs = std::vector<std::string>;
+
+const MockInput pad{.input = "input5", .hid = "0018:06CB:CD8B.0001"};
+const MockInput twin{.input = "input4",
+                     .name = "SYNA8004:00 06CB:CD8B Mouse",
+                     .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
+                     .hid = "0018:06CB:CD8B.0001"};
+
+class HelperTouchpads : public testing::Test {
+  protected:
+    // Nothing more is to come once what was told before was dealt with.
+    void settle() { turnFor(loop, std::chrono::milliseconds(20)); }
+    Inputs present() { return Touchpads(loop).inputs(); }
+
+    MockInputs computer;
+    Loop loop;
+};
+
+TEST_F(HelperTouchpads, AreFoundAtTheStartWithTheirTwins) {
+    computer.appear(pad);
+    computer.appear(twin);
+    EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
+}
+
+TEST_F(HelperTouchpads, AreNoneOnAComputerWithoutAny) {
+    computer.appear({.input = "input1", .name = "Power Button", .properties = "ID_INPUT=1\nID_INPUT_KEY=1\n"});
+    EXPECT_EQ(present(), Inputs());
+}
+
+TEST_F(HelperTouchpads, AreToldOfWhenTheyComeAndGo) {
+    Touchpads touchpads(loop);
+    int told = 0;
+    touchpads.onChange = [&] { ++told; };
+    computer.plug(pad);
+    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs() == Inputs{"input5"}; }));
+    computer.plug(twin);
+    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs() == (Inputs{"input4", "input5"}); }));
+    computer.unplug("input5");
+    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs().empty(); }));
+    settle();
+    EXPECT_EQ(told, 3);
+}
+
+TEST_F(HelperTouchpads, AreFoundUnderTheirNewNumber) {
+    computer.appear(pad);
+    Touchpads touchpads(loop);
+    computer.unplug("input5");
+    MockInput again = pad;
+    again.input = "input9";
+    computer.plug(again);
+    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs() == Inputs{"input9"}; }));
+}
+
+TEST_F(HelperTouchpads, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
+    computer.appear(pad);
+    Touchpads touchpads(loop);
+    int told = 0;
+    touchpads.onChange = [&] { ++told; };
+    computer.plug({.input = "input7",
+                   .name = "Logitech USB Optical Mouse",
+                   .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
+                   .bus = "0003",
+                   .hid = "0003:046D:C077.0002"});
+    computer.unplug("input7");
+    computer.tell("input5", "change");
+    settle();
+    EXPECT_EQ(told, 0);
+    EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
+}
+
+TEST_F(HelperTouchpads, ThatNobodyWasToldOfAreFoundByALook) {
+    Touchpads touchpads(loop);
+    int told = 0;
+    touchpads.onChange = [&] { ++told; };
+    computer.appear(pad);
+    settle();
+    EXPECT_EQ(touchpads.inputs(), Inputs());
+    touchpads.look();
+    EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(HelperTouchpads, AreJudgedByThePortTheyAreIn) {
+    const std::string built = computer.plugUsb("/devices/pci0000:00/usb1", "1-5", "fixed");
+    const std::string free = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
+    computer.appear({.input = "input5", .name = "bcm5974", .bus = "0003", .above = built});
+    computer.appear({.input = "input6", .name = "bcm5974", .bus = "0003", .above = free});
+    EXPECT_EQ(present(), Inputs{"input5"});
+}
+
+TEST_F(HelperTouchpads, OnAHubThatCanBePulledOutAreExternal) {
+    const std::string hub = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
+    const std::string inside = computer.plugUsb(hub, "1-6.1", "fixed");
+    computer.appear({.input = "input5", .name = "Keyboard with a pad", .bus = "0003", .above = inside});
+    EXPECT_EQ(present(), Inputs());
+}
+
+TEST_F(HelperTouchpads, ByBluetoothAreExternalThoughTheAdapterIsBuiltIn) {
+    const std::string adapter = computer.plugUsb("/devices/pci0000:00/usb1", "1-7", "fixed");
+    computer.appear(
+        {.input = "input5", .name = "Apple Magic Trackpad", .bus = "0005", .vendor = "05ac", .above = adapter});
+    EXPECT_EQ(present(), Inputs());
+}
+
+TEST_F(HelperTouchpads, ThatUdevKnowsToBeExternalAreLeftAlone) {
+    MockInput external = pad;
+    external.properties += "ID_INPUT_TOUCHPAD_INTEGRATION=external\n";
+    computer.appear(external);
+    computer.appear(twin);
+    EXPECT_EQ(present(), Inputs());
+}
+
+TEST_F(HelperTouchpads, OfAnotherSeatAreLeftAlone) {
+    MockInput other = pad;
+    other.properties += "ID_SEAT=seat1\n";
+    computer.appear(other);
+    EXPECT_EQ(present(), Inputs());
+}
+
+TEST_F(HelperTouchpads, LeaveThePointingStickOfTheirDeviceAlone) {
+    MockInput stick = twin;
+    stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    computer.appear(pad);
+    computer.appear(stick);
+    EXPECT_EQ(present(), Inputs{"input5"});
+}
+
+}  // namespace
+}  // namespace kovra::helper
