@@ -6,10 +6,19 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
+#include "helper/Descriptor.h"
 #include "helper/Loop.h"
 
 namespace kovra::helper {
+
+// Where the way to a folder starts, and whose every folder on it has to be: the root of the file system and its owner;
+// tests have smaller ones.
+struct Trust {
+    std::filesystem::path start = "/";
+    uid_t owner = 0;
+};
 
 // The folder of the flag "state": whose flag is in place, what it says, and putting another user's in its place.
 //
@@ -18,19 +27,12 @@ namespace kovra::helper {
 // caller's own.
 class FlagFolder {
   public:
-    // Where the way to the folder starts, and whose every folder on it has to be: the root of the file system and its
-    // owner; tests have smaller ones.
-    struct Trust {
-        std::filesystem::path start = "/";
-        uid_t owner = 0;
-    };
     // The folder at this absolute path. Null, and one line in the log, where it is missing, or where it or a folder on
     // the way is a link, belongs to somebody else or may be written by anybody else.
     static std::unique_ptr<FlagFolder> open(Loop& loop, const std::filesystem::path& path, const Trust& trust = {});
 
     FlagFolder(const FlagFolder&) = delete;
     FlagFolder& operator=(const FlagFolder&) = delete;
-    ~FlagFolder();
 
     // Puts a new file in place, which this user alone may write, or nobody, with the text that this user last left,
     // else "off". Whoever could write the one before keeps no way to the new one, open descriptors included; what they
@@ -48,7 +50,21 @@ class FlagFolder {
     std::function<void()> onLost;
 
   private:
-    FlagFolder() = default;
+    FlagFolder(std::filesystem::path path, Trust trust) : path_(std::move(path)), trust_(std::move(trust)) {}
+
+    bool hold(Loop& loop);
+    // Watches what stands under the flag's name now, and nothing that stood there before.
+    void watchFlag();
+    void happened();
+    bool isLost() const;
+
+    const std::filesystem::path path_;
+    const Trust trust_;
+    Descriptor folder_;
+    Descriptor events_;
+    std::unique_ptr<Loop::Watch> watch_;
+    int folderMark_ = -1;
+    int flagMark_ = -1;
 };
 
 }  // namespace kovra::helper

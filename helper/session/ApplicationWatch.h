@@ -13,7 +13,8 @@ namespace kovra::helper {
 // Whether the application of a user lives: a process named "ble-kovra" whose real and effective user is that one.
 //
 // One such process is held by its pidfd, so that its end is known at once and its number cannot come to mean another.
-// The list of processes is read only when it is asked and none of that user is held, or the held one has ended.
+// The list of processes is read only when it is asked and none of that user is held, or the held one has ended. A
+// program that the application has started, and that is about to become another one, is never held.
 class ApplicationWatch {
   public:
     explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
@@ -32,6 +33,7 @@ class ApplicationWatch {
 
     Loop& loop_;
     uid_t user_ = 0;
+    pid_t number_ = 0;
     Descriptor process_;
     std::unique_ptr<Loop::Watch> watch_;
 };

@@ -1,0 +1,91 @@
+#include "helper/flag/FlagFile.h"
+
+#include <acl/libacl.h>
+#include <fcntl.h>
+#include <sys/acl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kovra::helper {
+
+namespace {
+
+struct FreeAcl {
+    void operator()(void* memory) const { acl_free(memory); }
+};
+
+// The whole access control list of a file that this user may write beside its owner, in the form of acl(5) with numbers
+// for names: no look-up of names is needed in either direction.
+std::string entries(std::optional<uid_t> user) {
+    if (!user) return "u::rw-,g::r--,o::r--";
+    return "u::rw-,u:" + std::to_string(*user) + ":rw-,g::r--,m::rw-,o::r--";
+}
+
+// Empty where it cannot be read.
+std::string entriesOf(int file) {
+    const std::unique_ptr<std::remove_pointer_t<acl_t>, FreeAcl> list(acl_get_fd(file));
+    if (!list) return {};
+    const std::unique_ptr<char, FreeAcl> text(
+        acl_to_any_text(list.get(), nullptr, ',', TEXT_ABBREVIATE | TEXT_NUMERIC_IDS));
+    return text ? text.get() : std::string();
+}
+
+}  // namespace
+
+std::optional<FlagFile> FlagFile::open(int folder, const char* name, uid_t owner) {
+    Descriptor file(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    struct stat status {};
+    const bool is = file.isOpen() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
+    if (!is || status.st_uid != owner) return std::nullopt;
+    return FlagFile(std::move(file));
+}
+
+std::optional<FlagFile> FlagFile::create(int folder, const char* name, Content content) {
+    Descriptor file(::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!file.isOpen()) return std::nullopt;
+    const std::string_view text = content == Content::on ? "on" : "off";
+    const ssize_t written = ::write(file.number(), text.data(), text.size());
+    if (written == static_cast<ssize_t>(text.size())) return FlagFile(std::move(file));
+    const int error = written < 0 ? errno : ENOSPC;
+    ::unlinkat(folder, name, 0);
+    errno = error;
+    return std::nullopt;
+}
+
+FlagFile::Content FlagFile::content() const {
+    struct stat status {};
+    if (::fstat(file_.number(), &status) != 0 || status.st_size != 2) return Content::off;
+    std::array<char, 4> text{};
+    const ssize_t size = ::pread(file_.number(), text.data(), text.size(), 0);
+    return size == 2 && text[0] == 'o' && text[1] == 'n' ? Content::on : Content::off;
+}
+
+bool FlagFile::hasOtherNames() const {
+    struct stat status {};
+    return ::fstat(file_.number(), &status) != 0 || status.st_nlink != 1;
+}
+
+bool FlagFile::isWritableBy(std::optional<uid_t> user) const { return entriesOf(file_.number()) == entries(user); }
+
+std::optional<uid_t> FlagFile::writer() const {
+    const std::string list = entriesOf(file_.number());
+    constexpr std::string_view owner = "u::rw-,u:";
+    if (!list.starts_with(owner)) return std::nullopt;
+    uid_t user = 0;
+    std::from_chars(list.data() + owner.size(), list.data() + list.size(), user);
+    return list == entries(user) ? std::optional(user) : std::nullopt;
+}
+
+bool FlagFile::letWrite(std::optional<uid_t> user) const {
+    const std::unique_ptr<std::remove_pointer_t<acl_t>, FreeAcl> list(acl_from_text(entries(user).c_str()));
+    return list && acl_set_fd(file_.number(), list.get()) == 0;
+}
+
+}  // namespace kovra::helper

@@ -1,0 +1,78 @@
+#include "helper/flag/HandOver.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include "helper/flag/FlagFile.h"
+
+namespace kovra::helper {
+
+namespace {
+
+constexpr const char* freshName = "state.new";
+
+std::string leftName(uid_t user) { return "state.left." + std::to_string(user); }
+
+// Frees the name, whatever it stands for, without following it. A folder with something in it is kept, as *.odd.NUMBER:
+// it is none of ours. 0, or the error.
+int freeName(int folder, const std::string& name) {
+    if (::unlinkat(folder, name.c_str(), 0) == 0 || errno == ENOENT) return 0;
+    if (errno != EISDIR) return errno;
+    if (::unlinkat(folder, name.c_str(), AT_REMOVEDIR) == 0) return 0;
+    struct stat status {};
+    if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+    const std::string odd = name + ".odd." + std::to_string(status.st_ino);
+    return ::renameat2(folder, name.c_str(), folder, odd.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
+}
+
+// Steps 1 and 2. Where the name cannot be made, the right is taken away all the same: what that user left is lost, and
+// the trackpad is theirs.
+void closeOld(int folder, uid_t owner) {
+    const auto old = FlagFile::open(folder, flagName, owner);
+    if (!old || old->isWritableBy(std::nullopt)) return;
+    if (const auto user = old->writer()) {
+        const std::string left = leftName(*user);
+        if (freeName(folder, left) == 0) ::linkat(folder, flagName, folder, left.c_str(), 0);
+    }
+    old->letWrite(std::nullopt);
+}
+
+FlagFile::Content lastLeft(int folder, uid_t owner, uid_t user) {
+    const auto left = FlagFile::open(folder, leftName(user).c_str(), owner);
+    return left ? left->content() : FlagFile::Content::off;
+}
+
+// Steps 3 and 4.
+int placeFresh(int folder, std::optional<uid_t> user, FlagFile::Content content) {
+    if (const int error = freeName(folder, freshName)) return error;
+    const auto fresh = FlagFile::create(folder, freshName, content);
+    if (!fresh) return errno;
+    if (fresh->letWrite(user)) {
+        if (::renameat(folder, freshName, folder, flagName) == 0) return 0;
+        // Only a folder stands in the way of a file, and it was no flag: here nobody misses it for a moment.
+        if (errno == EISDIR && freeName(folder, flagName) == 0 &&
+            ::renameat(folder, freshName, folder, flagName) == 0) {
+            return 0;
+        }
+    }
+    const int error = errno;
+    freeName(folder, freshName);
+    return error;
+}
+
+}  // namespace
+
+int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
+    closeOld(folder, owner);
+    const auto content = user ? lastLeft(folder, owner, *user) : FlagFile::Content::off;
+    if (const int error = placeFresh(folder, user, content)) return error;
+    if (user) freeName(folder, leftName(*user));
+    return 0;
+}
+
+}  // namespace kovra::helper

@@ -1,0 +1,63 @@
+#include "helper/session/ProcessStatus.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+
+#include "helper/Descriptor.h"
+
+namespace kovra::helper {
+
+namespace {
+
+// The text of the line "label:\t..." of which each stands once. The kernel escapes line feeds in a process's name.
+std::optional<std::string_view> field(std::string_view text, std::string_view label) {
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        if (line.starts_with(label) && line.substr(label.size()).starts_with(":\t")) {
+            return line.substr(label.size() + 2);
+        }
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+    }
+    return std::nullopt;
+}
+
+// The number at the head of the text, and what follows the tab behind it.
+std::optional<std::uint32_t> number(std::string_view& text) {
+    std::uint32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc()) return std::nullopt;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    if (text.starts_with('\t')) text.remove_prefix(1);
+    return value;
+}
+
+}  // namespace
+
+std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
+    const auto name = field(text, "Name");
+    auto parents = field(text, "PPid");
+    auto users = field(text, "Uid");
+    if (!name || !parents || !users) return std::nullopt;
+    const auto parent = number(*parents);
+    const auto real = number(*users);
+    const auto effective = number(*users);
+    if (!parent || !real || !effective) return std::nullopt;
+    return ProcessStatus{std::string(*name), static_cast<pid_t>(*parent), *real, *effective};
+}
+
+std::optional<ProcessStatus> processStatus(pid_t process) {
+    const std::string path = "/proc/" + std::to_string(process) + "/status";
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    // The lines that are asked for stand in the first few hundred bytes.
+    std::array<char, 4096> text{};
+    const ssize_t size = file.isOpen() ? ::read(file.number(), text.data(), text.size()) : -1;
+    if (size <= 0) return std::nullopt;
+    return parseProcessStatus({text.data(), static_cast<std::size_t>(size)});
+}
+
+}  // namespace kovra::helper

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+#include "helper/Loop.h"
+#include "helper/flag/FlagFolder.h"
+#include "tests/helper/Users.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra::helper {
+
+inline constexpr const char* folderPath = "/Library/Application Support/ble-kovra";
+
+// A folder for the flag with nothing in it, below a root of the test's own, and what the daemon does with it: without
+// capabilities, as there.
+class FlagRig {
+  public:
+    FlagRig() {
+        makeFolder("");
+        makeFolder("Library");
+        makeFolder("Library/Application Support");
+        makeFolder("Library/Application Support/ble-kovra");
+    }
+
+    void makeFolder(const std::string& name) const {
+        const std::string path = root_ / name;
+        ::mkdir(path.c_str(), 0755);
+        if (::chmod(path.c_str(), 0755) != 0) throw std::runtime_error("no folder " + path);
+    }
+    std::string root() const { return root_.path().string(); }
+    std::string path() const { return root() + folderPath; }
+    std::string path(const std::string& name) const { return path() + "/" + name; }
+    std::string state() const { return path("state"); }
+    std::string content(const std::string& name = "state") const { return readFile(path(name)); }
+    std::set<std::string> names() const { return root_.names(std::string(folderPath).substr(1)); }
+    Trust trust() const { return {root(), ::geteuid()}; }
+
+    Loop& loop() { return loop_; }
+    // Opened at the first use.
+    FlagFolder& folder() {
+        if (!folder_) folder_ = FlagFolder::open(loop_, folderPath, trust());
+        if (!folder_) throw std::runtime_error("the folder is refused");
+        return *folder_;
+    }
+    bool handOver(std::optional<uid_t> user) {
+        FlagFolder& flag = folder();
+        const WithoutCapabilities none;
+        return flag.handOver(user);
+    }
+    bool saysOn() {
+        FlagFolder& flag = folder();
+        const WithoutCapabilities none;
+        return flag.saysOn();
+    }
+    // As the application writes it: in place.
+    void write(uid_t user, const std::string& text) const {
+        const Being writer(user);
+        const Descriptor file(::open(state().c_str(), O_WRONLY | O_CLOEXEC));
+        writeTo(file, text);
+    }
+    static void writeTo(const Descriptor& file, const std::string& text) {
+        const bool written = ::pwrite(file.number(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
+        if (!written || ::ftruncate(file.number(), static_cast<off_t>(text.size())) != 0) {
+            throw std::runtime_error("cannot write " + text);
+        }
+    }
+
+    // Turns the loop until it is so, for ten seconds at the most.
+    bool waitUntil(const std::function<bool()>& done) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!done() && std::chrono::steady_clock::now() < end) letPass(std::chrono::milliseconds(1));
+        return done();
+    }
+    void letPass(std::chrono::milliseconds time) {
+        const auto over = loop_.after(time, [this] { loop_.stop(); });
+        loop_.run();
+    }
+
+  private:
+    TempFolder root_{TempFolder::Where::memory};
+    Loop loop_;
+    std::unique_ptr<FlagFolder> folder_;
+};
+
+}  // namespace kovra::helper

@@ -1,0 +1,107 @@
+#include "helper/flag/HandOver.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "helper/Descriptor.h"
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+namespace {
+
+using Names = std::set<std::string>;
+
+TEST(HandOver, MakesAFlagThatSaysOffAndThatThisUserAloneMayWrite) {
+    FlagRig rig;
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_EQ(rig.content(), "off");
+    EXPECT_EQ(accessList(rig.state()), "u::rw-,u:61001:rw-,g::r--,m::rw-,o::r--");
+    EXPECT_TRUE(mayWrite(alice, rig.state()));
+    EXPECT_FALSE(mayWrite(bob, rig.state()));
+    EXPECT_EQ(rig.names(), Names{"state"});
+}
+
+TEST(HandOver, ToNobodyLeavesAFlagThatNobodyMayWrite) {
+    FlagRig rig;
+    ASSERT_TRUE(rig.handOver(alice));
+    rig.write(alice, "on");
+    ASSERT_TRUE(rig.handOver(std::nullopt));
+    EXPECT_EQ(rig.content(), "off");
+    EXPECT_FALSE(mayWrite(alice, rig.state()));
+    EXPECT_FALSE(mayWrite(bob, rig.state()));
+}
+
+TEST(HandOver, KeepsWhatAUserLeftForTheirReturnAndNoLonger) {
+    FlagRig rig;
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    ASSERT_TRUE(rig.handOver(bob));
+    EXPECT_EQ(rig.content(), "off");
+    EXPECT_EQ(rig.names(), (Names{"state", "state.left.61001"}));
+    EXPECT_FALSE(mayWrite(alice, rig.path("state.left.61001")));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_EQ(rig.content(), "on");
+    EXPECT_TRUE(rig.saysOn());
+    EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));
+    ASSERT_TRUE(rig.handOver(bob));
+    EXPECT_EQ(rig.content(), "off");
+}
+
+TEST(HandOver, ToTheSameUserAgainKeepsTheContentInANewFile) {
+    FlagRig rig;
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    struct stat before {};
+    ::stat(rig.state().c_str(), &before);
+    const Descriptor keptOpen(::open(rig.state().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_TRUE(rig.handOver(alice));
+    struct stat after {};
+    ::stat(rig.state().c_str(), &after);
+    EXPECT_NE(before.st_ino, after.st_ino);
+    EXPECT_EQ(rig.content(), "on");
+    EXPECT_EQ(rig.names(), Names{"state"});
+}
+
+TEST(HandOver, NeverLeavesAMomentWithoutAFlag) {
+    FlagRig rig;
+    rig.handOver(alice);
+    std::atomic<bool> isOver = false;
+    int missing = 0;
+    int opened = 0;
+    std::thread reader([&] {
+        while (!isOver) {
+            const Descriptor file(::open(rig.state().c_str(), O_RDONLY | O_CLOEXEC));
+            ++(file.isOpen() ? opened : missing);
+        }
+    });
+    for (int round = 0; round < 2'000; ++round) rig.handOver(round % 2 == 0 ? bob : alice);
+    isOver = true;
+    reader.join();
+    EXPECT_EQ(missing, 0);
+    EXPECT_GT(opened, 100);
+}
+
+TEST(HandOver, TakesOverAFlagThatAnInstallationMade) {
+    FlagRig rig;
+    writeFile(rig.state(), "off");
+    ::chmod(rig.state().c_str(), 0644);
+    EXPECT_TRUE(rig.folder().isOf(std::nullopt));
+    EXPECT_FALSE(rig.folder().isOf(alice));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.folder().isOf(alice));
+    EXPECT_FALSE(rig.folder().isOf(bob));
+    EXPECT_FALSE(rig.folder().isOf(std::nullopt));
+    EXPECT_EQ(rig.names(), Names{"state"});
+}
+
+}  // namespace
+}  // namespace kovra::helper
