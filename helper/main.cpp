@@ -1,19 +1,84 @@
-#include <csignal>
-#include <exception>
+// ble-kovra-helper: mutes the built-in touchpads while the flag of the user at the machine says so. With "--release" it
+// gives back what such a process, however it ended, has left muted.
 
+#include <systemd/sd-daemon.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "helper/Daemon.h"
 #include "helper/Log.h"
 #include "helper/Loop.h"
+#include "helper/flag/FlagFolder.h"
+#include "helper/pads/GiveBack.h"
+#include "helper/pads/InputClass.h"
+#include "helper/pads/Muter.h"
+#include "helper/pads/Records.h"
+#include "helper/pads/Touchpads.h"
+#include "helper/session/ActiveUser.h"
+#include "helper/session/ApplicationWatch.h"
 
-int main() {
-    using namespace kovra::helper;
+namespace kovra::helper {
+namespace {
+
+constexpr const char* flagFolder = "/Library/Application Support/ble-kovra";
+constexpr const char* runtimeFolder = "/run/ble-kovra-helper";
+// A driver that refuses its touchpad does so for a moment, as after waking from sleep.
+constexpr std::chrono::seconds patienceAtTheEnd{10};
+
+int serve(Records& records, const InputClass& inputs) {
+    Loop loop;
+    std::vector<std::unique_ptr<Loop::Watch>> endings;
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        endings.push_back(loop.onSignal(signal, [&loop] { loop.stop(); }));
+    Muter muter(loop, records, inputs);
+    muter.muteExactly({});  // whatever a process before this one has left
+
+    const auto flag = FlagFolder::open(loop, flagFolder);
+    if (!flag) return 1;
+    ActiveUser user(loop);
+    ApplicationWatch application(loop);
+    Touchpads touchpads(loop);
+    Daemon daemon(loop,
+                  {.atTheMachine = [&] { return user.current(); },
+                   .runsTheApplication = [&](uid_t of) { return application.lives(of); },
+                   .forgetTheApplication = [&] { application.forget(); }},
+                  *flag, touchpads, muter);
+    user.onChange = application.onEnd = [&] { daemon.evaluate(); };
+    daemon.evaluate();
+    ::sd_notify(0, "READY=1");
+    loop.run();
+    return daemon.hasFailed() ? 1 : 0;
+}
+
+int run(bool isRelease) {
+    const InputClass inputs;
+    Records records(runtimeFolder);
+    int result = 0;
     try {
-        Loop loop;
-        const auto terminate = loop.onSignal(SIGTERM, [&] { loop.stop(); });
-        const auto interrupt = loop.onSignal(SIGINT, [&] { loop.stop(); });
-        loop.run();
-        return 0;
+        if (!isRelease) result = serve(records, inputs);
     } catch (const std::exception& error) {
         log(Severity::error, error.what());
-        return 1;
+        result = 1;
     }
+    return giveBackAll(records, inputs, patienceAtTheEnd) ? result : 1;
+}
+
+}  // namespace
+}  // namespace kovra::helper
+
+int main(int count, char** arguments) {
+    const bool isRelease = count == 2 && std::string_view(arguments[1]) == "--release";
+    if (count > 1 && !isRelease) {
+        std::fputs("usage: ble-kovra-helper [--release]\n", stderr);
+        return 2;
+    }
+    // A line for the log must not end whoever still has touchpads to give back.
+    std::signal(SIGPIPE, SIG_IGN);
+    return kovra::helper::run(isRelease);
 }

@@ -2,7 +2,8 @@
 
 #include <dirent.h>
 #include <poll.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <charconv>
 #include <cstring>
@@ -67,7 +68,8 @@ bool ApplicationWatch::hold(uid_t user) {
         if (applications.contains(parent)) continue;
         // The number may have come to mean another process meanwhile. The descriptor means one process for good: that
         // one, if it still lives after it has been looked at by its number.
-        Descriptor process(::pidfd_open(number, 0));
+        // By its number: C++ cannot link to the function of glibc 2.36.
+        Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, number, 0)));
         if (!process.isOpen() || !applicationOf(user, number) || hasEnded(process)) continue;
         process_ = std::move(process);
         number_ = number;

@@ -1,0 +1,59 @@
+#include "helper/Daemon.h"
+
+#include <chrono>
+#include <utility>
+
+namespace kovra::helper {
+
+namespace {
+
+constexpr std::chrono::seconds untilTheNextHandOver{5};
+
+}  // namespace
+
+Daemon::Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter)
+    : loop_(loop), people_(std::move(people)), flag_(flag), touchpads_(touchpads), muter_(muter), clock_(loop, [this] {
+          lookAtEverything();
+      }) {
+    touchpads_.onChange = [this] { evaluate(); };
+    flag_.onChange = [this] { evaluate(); };
+    flag_.onLost = [this] { flagIsLost(); };
+}
+
+void Daemon::evaluate() {
+    if (hasFailed_) return;
+    const std::optional<uid_t> user = people_.atTheMachine();
+    if (flagIsTheirs(user) && shouldMute(user))
+        muter_.muteExactly(touchpads_.inputs());
+    else
+        muter_.muteExactly({});
+}
+
+// Nobody's touchpad waits for a hand-over: what the one before had muted is given back first.
+bool Daemon::flagIsTheirs(std::optional<uid_t> user) {
+    handOverAgain_.reset();
+    if (flag_.isOf(user)) return true;
+    muter_.muteExactly({});
+    if (flag_.handOver(user)) return true;
+    handOverAgain_ = loop_.after(untilTheNextHandOver, [this] { evaluate(); });
+    return false;
+}
+
+bool Daemon::shouldMute(std::optional<uid_t> user) {
+    if (user && flag_.saysOn()) return people_.runsTheApplication(*user);
+    people_.forgetTheApplication();
+    return false;
+}
+
+void Daemon::lookAtEverything() {
+    touchpads_.look();
+    evaluate();
+}
+
+void Daemon::flagIsLost() {
+    hasFailed_ = true;
+    muter_.muteExactly({});
+    loop_.stop();
+}
+
+}  // namespace kovra::helper
