@@ -1,7 +1,8 @@
 """A throwaway virtual machine with a real kernel and the host's own files, needing neither root nor KVM.
 
 The machine sees the host's root read-only beneath a layer in memory, so nothing that it does reaches the host. Its
-first process is guest/main.py; the two speak JSON lines over the machine's second serial port.
+first process is a program of ours; it, or what it starts, and the host speak JSON lines over the machine's second serial
+port.
 """
 
 import json
@@ -17,7 +18,10 @@ import time
 import initramfs
 from qmp import QMP
 
-GUEST_PROGRAM = pathlib.Path(__file__).resolve().parent / "guest" / "main.py"
+HERE = pathlib.Path(__file__).resolve().parent
+# The first processes that there are: a program of ours, or systemd, which it becomes.
+BARE = HERE / "guest" / "main.py"
+LAPTOP = HERE / "laptop" / "first.py"
 BOOT_LIMIT_SECONDS = 300
 # A scenario takes seconds, the flood a minute, on a host that is busy several; one that takes longer hangs.
 SILENCE_LIMIT_SECONDS = 600
@@ -30,8 +34,9 @@ class MachineFailed(Exception):
 class Machine:
     """One boot. Use as a context manager; leaving it ends QEMU and removes the temporary folder."""
 
-    def __init__(self, kernel, logs):
-        self._kernel = kernel
+    def __init__(self, kernel, logs, first_process=BARE):
+        self._kernel, self._first_process = kernel, first_process
+        pathlib.Path(logs).mkdir(exist_ok=True)
         self._console = pathlib.Path(logs) / "console.log"
         self._folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-machine-"))
         self._qemu = None
@@ -52,10 +57,14 @@ class Machine:
             self._qmp.close()
         if self._port:
             self._port.close()
+        self.stop()
+        shutil.rmtree(self._folder, ignore_errors=True)
+
+    def stop(self):
+        """Ends it now; whoever waits for its messages learns that it has stopped."""
         if self._qemu:
             self._qemu.kill()
             self._qemu.wait()
-        shutil.rmtree(self._folder, ignore_errors=True)
 
     def messages(self, task):
         """Gives the guest its task and yields what it reports, serving its requests meanwhile, until it is done."""
@@ -81,7 +90,7 @@ class Machine:
         if qemu is None:
             raise MachineFailed("qemu-system-x86_64 is missing (Debian package qemu-system-x86)")
         archive = self._folder / "initramfs"
-        initramfs.write(archive, self._kernel, GUEST_PROGRAM)
+        initramfs.write(archive, self._kernel, self._first_process)
         control, port = self._folder / "qmp", self._folder / "port"
         command = [
             qemu, "-machine", "q35", "-accel", "tcg,thread=multi", "-cpu", "max", "-m", "2048", "-smp", "2",

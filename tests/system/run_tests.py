@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""The system tests: boots a virtual machine, lets it run the scenarios, and says how each went."""
+"""The system tests: boots two virtual machines side by side, lets them run the scenarios, and says how each went.
+
+On the first the program is alone with a kernel; the other is a whole laptop, with systemd and people who log in.
+"""
 
 import argparse
 import pathlib
@@ -7,20 +10,23 @@ import shutil
 import signal
 import sys
 import tempfile
+import threading
 
 import kernel
 from initramfs import BusyboxMissing
-from machine import Machine, MachineFailed
+from machine import BARE, LAPTOP, Machine, MachineFailed
 from qmp import QMPError
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+MACHINES = {"bare": BARE, "laptop": LAPTOP}
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("binary", nargs="?", default=ROOT / "build/release/ble-kovra", help="the program to test")
     parser.add_argument("--only", action="append", default=[], metavar="NAME", help="run this scenario; may be repeated")
-    parser.add_argument("--keep", action="store_true", help="keep the machine's logs, also when all went well")
+    parser.add_argument("--machine", choices=list(MACHINES), help="boot this machine alone")
+    parser.add_argument("--keep", action="store_true", help="keep the machines' logs, also when all went well")
     arguments = parser.parse_args()
     binary = pathlib.Path(arguments.binary).resolve()
     if not binary.is_file():
@@ -29,37 +35,72 @@ def main():
 
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-system-"))
     tally = Tally()
+    task = {"kind": "test", "binary": str(binary), "only": arguments.only}
     try:
         machine_kernel = kernel.prepare(ROOT / "build/vm/kernel", say)
-        say("starting the virtual machine")
-        task = {"kind": "test", "binary": str(binary), "modules": str(machine_kernel.modules), "only": arguments.only}
-        with Machine(machine_kernel, logs) as machine:
-            for message in machine.messages(task):
-                tally.take(message)
-    except (MachineFailed, kernel.KernelMissing, BusyboxMissing, QMPError) as failure:
-        tally.fail("the machine", str(failure))
+        task["modules"] = str(machine_kernel.modules)
+        chosen = [arguments.machine] if arguments.machine else list(MACHINES)
+        say(f"starting {' and '.join(f'the {name} machine' for name in chosen)}")
+        play([Play(name, Machine(machine_kernel, logs / name, MACHINES[name]), task, tally) for name in chosen])
+    except (kernel.KernelMissing, BusyboxMissing) as failure:
+        tally.fail("the machines", str(failure))
     except KeyboardInterrupt:
-        tally.fail("the machine", "interrupted")
+        tally.fail("the machines", "interrupted")
     tally.close()
     if tally.failed or arguments.keep:
-        say(f"the machine's logs are in {logs}")
+        say(f"the machines' logs are in {logs}")
     else:
         shutil.rmtree(logs)
     print(f"system: {tally.passed} passed, {tally.failed} failed", flush=True)
     return 1 if tally.failed else 0
 
 
+class Play(threading.Thread):
+    """One machine, from its start to its end."""
+
+    def __init__(self, name, machine, task, tally):
+        super().__init__()
+        self.name, self.machine, self._task, self._tally = name, machine, task, tally
+
+    def run(self):
+        try:
+            with self.machine:
+                for message in self.machine.messages(self._task):
+                    self._tally.take(message)
+        except (MachineFailed, BusyboxMissing, QMPError, OSError) as failure:
+            self._tally.fail(f"the {self.name} machine", str(failure))
+
+
+def play(plays):
+    try:
+        for one in plays:
+            one.start()
+        for one in plays:
+            one.join()
+    finally:
+        for one in plays:
+            one.machine.stop()
+        for one in plays:
+            one.join()
+
+
 class Tally:
     def __init__(self):
         self.passed = self.failed = 0
+        self._lock = threading.RLock()
         # What was announced and has not reported yet: a scenario that could not run has failed.
         self._open = []
+        # What each machine was asked for and does not have; the other one may.
+        self._unknown = []
 
     def take(self, message):
+        with self._lock:
+            self._take(message)
+
+    def _take(self, message):
         if message["kind"] == "plan":
-            self._open = list(message["names"])
-            for name in message["unknown"]:
-                self.fail(name, "there is no such scenario")
+            self._open += message["names"]
+            self._unknown.append(set(message["unknown"]))
         elif message["kind"] == "result":
             self._open.remove(message["name"])
             if message["reason"]:
@@ -73,10 +114,13 @@ class Tally:
             self.fail("the guest", message["text"])
 
     def fail(self, name, reason, sentence=""):
-        self.failed += 1
-        print(f"FAILED  {name}: {sentence}\n        {reason}", flush=True)
+        with self._lock:
+            self.failed += 1
+            print(f"FAILED  {name}: {sentence}\n        {reason}", flush=True)
 
     def close(self):
+        for name in sorted(set.intersection(*self._unknown)) if self._unknown else []:
+            self.fail(name, "there is no such scenario")
         for name in self._open:
             self.fail(name, "it did not run")
         if self.passed + self.failed == 0:

@@ -13,12 +13,12 @@ HOME = pathlib.Path("/run/kovra/home")
 PREFERENCES = HOME / ".config" / "ble-kovra" / "preferences.json"
 
 
-def write_preferences(**choices):
+def write_preferences(path=PREFERENCES, **choices):
     """selected=[keys], enabled=bool, mode=text; what is not named is not stored."""
     names = {"selected": "selectedDeviceIDs", "enabled": "isEnabled", "mode": "blockMode"}
-    PREFERENCES.parent.mkdir(parents=True, exist_ok=True)
+    path.parent.mkdir(parents=True, exist_ok=True)
     stored = {names[name]: value for name, value in choices.items()}
-    PREFERENCES.write_text(json.dumps(stored, ensure_ascii=False), encoding="utf-8")
+    path.write_text(json.dumps(stored, ensure_ascii=False), encoding="utf-8")
 
 
 class Program:

@@ -47,6 +47,6 @@ def _run(world, function):
 def _log_for_the_reader(world, reason):
     """On the console, which the host keeps when something failed."""
     print(f"---- {reason}", flush=True)
-    print("the program said:", *[running.last_words() for running in world.programs], sep="\n", flush=True)
+    print("the programs said:", world.last_words(), sep="\n", flush=True)
     print("the kernel said:", flush=True)
     subprocess.run("/bin/busybox dmesg | /bin/busybox tail -n 40", shell=True, check=False)

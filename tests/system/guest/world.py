@@ -1,6 +1,5 @@
-"""What a scenario finds: devices to plug, the program to start, the flag to watch. Clean at the start of each."""
+"""What a scenario finds: the program to start, the flag to watch, beside devices to plug. Clean at the start of each."""
 
-import itertools
 import os
 import pathlib
 import shutil
@@ -8,10 +7,9 @@ import subprocess
 
 import driver
 import program
-import uhid
 from flag import Flag
 from journal import Journal
-from uevents import KernelEvents, UdevEvents
+from ports import Ports
 from waiting import check, now, stay_until, wait_for
 
 UDEVD = "/usr/lib/systemd/systemd-udevd"
@@ -19,7 +17,6 @@ UDEVD = "/usr/lib/systemd/systemd-udevd"
 # host, and a slow one.
 RULES = ["50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad"]
 RULES_FOLDERS = ["/usr/lib/udev/rules.d", "/etc/udev/rules.d"]
-HID_DEVICES = pathlib.Path("/sys/bus/hid/devices")
 BUS_ADDRESS = "unix:path=/run/kovra/bus"
 
 # Never earlier than this after the kernel's event.
@@ -39,33 +36,16 @@ def keep_rules():
         (pathlib.Path(RULES_FOLDERS[0]) / f"{name}.rules").write_text(text)
 
 
-class Device:
-    """Anything that can be unplugged. `added` and `removed` are the kernel's own moments."""
-
-    def __init__(self, node, added, unplug):
-        self.node = node
-        self.added = added
-        self.removed = None
-        self._unplug = unplug
-
-    def unplug(self):
-        if self.removed is None:
-            self.removed = self._unplug()
-        return self.removed
-
-
-class World:
+class World(Ports):
     def __init__(self, host, binary, modules):
         pathlib.Path("/run/kovra").mkdir(parents=True)
-        self.host, self.binary, self.modules = host, binary, pathlib.Path(modules)
-        self.events, self.announced = KernelEvents(), UdevEvents()
+        super().__init__(host)
+        self.binary, self.modules = binary, pathlib.Path(modules)
         self.journal, self.flag = Journal(), Flag()
         keep_rules()
         self._udevd = None
         self._bus = None
         self.programs = []
-        self._devices = []
-        self._numbers = itertools.count(1)
 
     # Before and after each scenario.
 
@@ -81,10 +61,8 @@ class World:
     def clean(self):
         for running in self.programs:
             running.kill()
-        for device in self._devices:
-            device.unplug()
-        self.programs, self._devices = [], []
-        wait_for(lambda: not any(HID_DEVICES.iterdir()), "the last device to go")
+        self.programs = []
+        self.unplug_all()
 
     # The program.
 
@@ -107,33 +85,8 @@ class World:
             wait_for(lambda: os.path.exists("/run/kovra/bus"), "the session bus")
         return BUS_ADDRESS
 
-    # Devices.
-
-    def plug(self, name, vendor=0x1234, product=0x5678, bus=uhid.BUS_USB, descriptor=uhid.MOUSE):
-        """One made-up device with one interface."""
-        return self.plug_with(lambda uniq: uhid.UHID(name, vendor, product, bus, descriptor, uniq=uniq))
-
-    def plug_with(self, make):
-        """A made-up device of a kind of its own; `make` gets the serial number that it is to have."""
-        uniq = f"made-up-{next(self._numbers)}"
-        made = make(uniq)
-        added = self.events.wait("add", HID_UNIQ=uniq)
-        return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
-
-    def plug_usb_mouse(self):
-        """QEMU's own USB mouse, put into the machine's port from outside. One in each scenario."""
-        name = f"mouse{next(self._numbers)}"
-        self.host.plug_mouse(name)
-        added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")
-        return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, lambda: self.host.unplug_mouse(name))))
-
-    def _removed(self, node, unplug):
-        unplug()
-        return self.events.wait("remove", node=node).time
-
-    def _keep(self, device):
-        self._devices.append(device)
-        return device
+    def last_words(self):
+        return "\n".join(running.last_words() for running in self.programs)
 
     # udev.
 

@@ -1,0 +1,65 @@
+"""Devices to plug and unplug, and the moments at which the kernel and udevd tell of them."""
+
+import itertools
+import pathlib
+
+import uhid
+from uevents import KernelEvents, UdevEvents
+from waiting import wait_for
+
+HID_DEVICES = pathlib.Path("/sys/bus/hid/devices")
+
+
+class Device:
+    """Anything that can be unplugged. `added` and `removed` are the kernel's own moments."""
+
+    def __init__(self, node, added, unplug):
+        self.node = node
+        self.added = added
+        self.removed = None
+        self._unplug = unplug
+
+    def unplug(self):
+        if self.removed is None:
+            self.removed = self._unplug()
+        return self.removed
+
+
+class Ports:
+    def __init__(self, host):
+        self.host = host
+        self.events, self.announced = KernelEvents(), UdevEvents()
+        self._devices = []
+        self._numbers = itertools.count(1)
+
+    def plug(self, name, vendor=0x1234, product=0x5678, bus=uhid.BUS_USB, descriptor=uhid.MOUSE):
+        """One made-up device with one interface."""
+        return self.plug_with(lambda uniq: uhid.UHID(name, vendor, product, bus, descriptor, uniq=uniq))
+
+    def plug_with(self, make):
+        """A made-up device of a kind of its own; `make` gets the serial number that it is to have."""
+        uniq = f"made-up-{next(self._numbers)}"
+        made = make(uniq)
+        added = self.events.wait("add", HID_UNIQ=uniq)
+        return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
+
+    def plug_usb_mouse(self):
+        """QEMU's own USB mouse, put into the machine's port from outside. One in each scenario."""
+        name = f"mouse{next(self._numbers)}"
+        self.host.plug_mouse(name)
+        added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")
+        return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, lambda: self.host.unplug_mouse(name))))
+
+    def _removed(self, node, unplug):
+        unplug()
+        return self.events.wait("remove", node=node).time
+
+    def _keep(self, device):
+        self._devices.append(device)
+        return device
+
+    def unplug_all(self):
+        for device in self._devices:
+            device.unplug()
+        self._devices = []
+        wait_for(lambda: not any(HID_DEVICES.iterdir()), "the last device to go")

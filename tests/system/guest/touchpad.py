@@ -1,0 +1,140 @@
+"""Made-up touchpads with a finger on them, and what comes out of their input devices."""
+
+import contextlib
+import os
+import pathlib
+import struct
+import threading
+
+import uhid
+from waiting import wait_for
+
+INPUT = pathlib.Path("/sys/class/input")
+
+# Two fingers, each with confidence, tip, its number and its place; the time; how many fingers; one button.
+FINGER = ("050d0922a102" "150025010947094275019502810295068103" "7508950125" "7f09518102"
+          "050126ff0f751095015500650035004600000930810226ff0709318102" "c0")
+TOUCHPAD = bytes.fromhex("050d0905a1018501" + 2 * FINGER +
+                         "050d150027ffff00007510950109568102" "257f750895010954" "8102"
+                         "05090901250175019501810295078103"
+                         "050d85020955250f75089501b102"
+                         # The blob of a precision touchpad, by which the driver knows that the rest counts as well.
+                         "0600ff850409c5150026ff00750896" "0001b102" "c0")
+# What many touchpads have beside it, for systems that know no touchpads. The kernel makes an input device of its own of it.
+MOUSE = bytes.fromhex("05010902a10185030901a10005091901290215002501750195028102950681030501093009311581257f750895028106c0c0")
+
+class Touchpad:
+    """One HID interface with a finger on it. Where `twin`, it says that it is a mouse as well."""
+
+    def __init__(self, name, vendor, product, bus, uniq, twin):
+        self.uniq, self._twin = uniq, twin
+        self._scan = 0
+        self._device = uhid.UHID(name, vendor, product, bus, TOUCHPAD + (MOUSE if twin else b""), uniq=uniq)
+        threading.Thread(target=self._answer, daemon=True).start()
+
+    def stroke(self):
+        """A finger comes down, moves and leaves."""
+        for place in range(100, 1100, 200):
+            self._touch(True, place)
+        self._touch(False, 1100)
+
+    def push(self):
+        """The mouse in it, if it has one, takes a step to the right."""
+        if self._twin:
+            self._device.input(bytes([3, 0, 5, 0]))
+
+    def destroy(self):
+        self._device.destroy()
+
+    def _touch(self, down, place):
+        self._scan += 70
+        finger = struct.pack("<BBHH", 3 if down else 1, 1, place, place)
+        self._device.input(b"\1" + finger + bytes(6) + struct.pack("<HBB", self._scan & 0xffff, 1, 0))
+
+    def _answer(self):
+        # The driver asks for the features at its start, and would wait long for an answer.
+        with contextlib.suppress(OSError, TypeError):
+            while True:
+                kind, event = self._device.read()
+                number = struct.unpack_from("<I", event)[0]
+                if kind == uhid.GET_REPORT:
+                    self._device.refuse_get_report(number)
+                elif kind == uhid.SET_REPORT:
+                    self._device.answer_set_report(number)
+
+
+class InputDevice:
+    """An input device of the kernel, whose nodes are read as a desktop reads them."""
+
+    def __init__(self, folder):
+        self.number = folder.name
+        self.name = (folder / "name").read_text().strip()
+        self._attribute = folder / "inhibited"
+        self._nodes = []
+        for node in [*folder.glob("event*"), *folder.glob("mouse*")]:
+            path = pathlib.Path("/dev/input", node.name)
+            wait_for(path.exists, f"the node {path}")
+            self._nodes.append(os.open(path, os.O_RDONLY | os.O_CLOEXEC | os.O_NONBLOCK))
+
+    @property
+    def inhibited(self):
+        return self._attribute.read_text().strip() == "1"
+
+    def inhibit(self, yes):
+        self._attribute.write_text("1" if yes else "0")
+
+    def take(self):
+        """How many bytes have come since it was last asked, of all nodes. Nothing comes of one that has gone."""
+        return sum(len(read_all(node)) for node in self._nodes)
+
+    def close(self):
+        for node in self._nodes:
+            os.close(node)
+
+
+def read_all(node):
+    data = b""
+    with contextlib.suppress(BlockingIOError, OSError):
+        while part := os.read(node, 4096):
+            data += part
+    return data
+
+
+class Pad:
+    """A touchpad in the machine, with the one or two input devices that the kernel has made of it."""
+
+    def __init__(self, hardware, twin):
+        self._hardware, self._count = hardware, 2 if twin else 1
+        self.inputs = []
+        self.look_again()
+
+    def look_again(self):
+        """Also after its driver has been changed: the kernel then makes new input devices."""
+        for device in self.inputs:
+            device.close()
+        self.inputs = [InputDevice(folder) for folder in
+                       wait_for(self._folders, f"{self._count} input devices of {self._hardware.uniq}")]
+
+    @property
+    def inhibited(self):
+        return [device.inhibited for device in self.inputs]
+
+    def use(self):
+        """Somebody strokes it. Of which of its input devices did anything come?"""
+        for device in self.inputs:
+            device.take()
+        self._hardware.stroke()
+        self._hardware.push()
+        return [device.take() > 0 for device in self.inputs]
+
+    def destroy(self):
+        self._hardware.destroy()
+
+    def _folders(self):
+        found = [folder for folder in INPUT.glob("input*") if self._is_of_it(folder) and list(folder.glob("event*"))]
+        return sorted(found) if len(found) == self._count else None
+
+    def _is_of_it(self, folder):
+        with contextlib.suppress(OSError):
+            return (folder / "uniq").read_text().strip() == self._hardware.uniq
+        return False

@@ -1,0 +1,27 @@
+"""The service that does the host's task on the laptop and switches it off."""
+
+import pathlib
+import sys
+import traceback
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "guest"))
+
+import host
+import in_machine
+
+
+def main():
+    in_machine.refuse_elsewhere(first_process=False)
+    in_machine.mount("tracefs", "/sys/kernel/tracing")
+    line = host.Host()
+    try:
+        task = line.ready()
+        import scenarios
+        scenarios.run(line, task)
+    except BaseException:
+        line.report("broken", text=traceback.format_exc())
+    line.report("end")
+    in_machine.switch_off()
+
+
+main()

@@ -1,0 +1,9 @@
+"""What the laptop's user is promised by the application, its helper and their packages together."""
+
+import ground
+from laptop import Laptop
+from running import run_all
+
+
+def run(host, task):
+    run_all(host, Laptop(host), task["only"])

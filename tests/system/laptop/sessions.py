@@ -1,0 +1,54 @@
+"""People at the machine and elsewhere: sessions of the real login manager, on real consoles."""
+
+import pathlib
+import subprocess
+import sys
+
+from waiting import Failed, wait_for
+
+LOGIN = pathlib.Path(__file__).resolve().with_name("login.py")
+SEAT = pathlib.Path("/run/systemd/seats/seat0")
+SESSIONS = pathlib.Path("/run/systemd/sessions")
+
+
+def fields(path):
+    lines = path.read_text().splitlines() if path.exists() else []
+    return dict(line.split("=", 1) for line in lines if "=" in line)
+
+
+def active():
+    """The session in front, or None."""
+    return fields(SEAT).get("ACTIVE")
+
+
+class Session:
+    """One login. Everything that the person starts runs in it."""
+
+    def __init__(self, user, place, kind="user"):
+        self.user, self.place, self.kind = user, place, kind
+        self._shell = subprocess.Popen([sys.executable, "-B", LOGIN, user.name, place, kind],
+                                       stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
+        self.number = self.run("echo $XDG_SESSION_ID")
+        wait_for(lambda: fields(SESSIONS / self.number).get("STATE") in ["online", "active"], f"{user.name}'s session")
+
+    def run(self, line):
+        """What the person's shell answers to this line: one line."""
+        self._shell.stdin.write(line + "\n")
+        answer = self._shell.stdout.readline().strip()
+        if not answer:
+            raise Failed(f"{self.user.name}'s shell says nothing to {line!r}")
+        return answer
+
+    def succeeds(self, line):
+        return self.run(f"if {line}; then echo yes; else echo no; fi") == "yes"
+
+    def come_to_the_front(self):
+        subprocess.run(["loginctl", "activate", self.number], check=True)
+        wait_for(lambda: active() == self.number, f"{self.user.name}'s session to come to the front")
+
+    def is_there(self):
+        return self._shell.poll() is None
+
+    def log_out(self):
+        self._shell.stdin.close()
+        wait_for(lambda: not self.is_there(), f"{self.user.name} to log out")
