@@ -36,8 +36,8 @@ class FlagFolder {
 
     // Puts a new file in place, which this user alone may write, or nobody, with the text that this user last left,
     // else "off". Whoever could write the one before keeps no way to the new one, open descriptors included; what they
-    // wrote is kept for their return. False, and one line in the log, where that failed: then nobody may write the flag
-    // any more, nothing half made is left, and the caller tries again later.
+    // wrote is kept for their return. False, and one line in the log, where that failed: then the flag in place is
+    // nobody's any more, nothing half made is left, and the caller tries again later.
     bool handOver(std::optional<uid_t> user);
     // Whether the flag in place may be written by exactly this user, or by nobody; as handOver() would have left it.
     bool isOf(std::optional<uid_t> user) const;

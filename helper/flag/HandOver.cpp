@@ -30,15 +30,14 @@ int freeName(int folder, const std::string& name) {
     return ::renameat2(folder, name.c_str(), folder, odd.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
 }
 
-// Steps 1 and 2. Where the name cannot be made, the right is taken away all the same: what that user left is lost, and
-// the trackpad is theirs.
+// Steps 1 and 2. A file that is open to anybody else than one user was not made here, and stays as it is. Where the
+// name cannot be made, the right is taken away all the same: what that user left is lost, and the trackpad is theirs.
 void closeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
-    if (!old || old->isWritableBy(std::nullopt)) return;
-    if (const auto user = old->writer()) {
-        const std::string left = leftName(*user);
-        if (freeName(folder, left) == 0) ::linkat(folder, flagName, folder, left.c_str(), 0);
-    }
+    const auto user = old ? old->writer() : std::nullopt;
+    if (!user) return;
+    const std::string left = leftName(*user);
+    if (freeName(folder, left) == 0) ::linkat(folder, flagName, folder, left.c_str(), 0);
     old->letWrite(std::nullopt);
 }
 

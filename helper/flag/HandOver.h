@@ -10,7 +10,7 @@ namespace kovra::helper {
 inline constexpr const char* flagName = "state";
 
 // Puts a flag in place that exactly this user may write, or nobody, with the content that this user last left, else
-// "off". 0, or the error; then nobody may write the flag in place.
+// "off". 0, or the error; then the flag in place is nobody's.
 //
 // In this order, so that being killed between any two steps hurts nobody:
 //   1. the flag in place also becomes state.left.USER of the user who may write it. A name and not a copy: what still

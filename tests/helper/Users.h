@@ -49,7 +49,7 @@ class WithoutCapabilities {
 class Being {
   public:
     explicit Being(uid_t user) {
-        if (!wasRoot_) return;
+        if (!wasRoot_ || user == 0) return;
         if (::setgroups(0, nullptr) != 0 || ::setegid(user) != 0 || ::seteuid(user) != 0) {
             throw std::runtime_error("cannot become another user");
         }

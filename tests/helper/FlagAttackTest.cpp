@@ -1,0 +1,327 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "helper/Descriptor.h"
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+namespace {
+
+using Names = std::set<std::string>;
+namespace fs = std::filesystem;
+
+// A file of the owner's outside the folder, which nothing that is done to the flag may touch or believe.
+class Secret {
+  public:
+    explicit Secret(const FlagRig& rig) : path_(rig.root() + "/secret") {
+        writeFile(path_, "on");
+        ::chmod(path_.c_str(), 0600);
+    }
+    const std::string& path() const { return path_; }
+    bool isUntouched() const {
+        struct stat status {};
+        return ::lstat(path_.c_str(), &status) == 0 && readFile(path_) == "on" && status.st_nlink == 1 &&
+               accessList(path_) == "u::rw-,g::---,o::---";
+    }
+
+  private:
+    const std::string path_;
+};
+
+void makeSocket(const std::string& path) {
+    // The path is longer than an address may be; the folder's descriptor shortens it.
+    const fs::path whole(path);
+    const Descriptor folder(::open(whole.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const std::string name = "/proc/self/fd/" + std::to_string(folder.number()) + "/" + whole.filename().string();
+    const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    name.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+}
+
+// What may stand where a file of ours is expected, each made by what is named.
+std::map<std::string, std::function<void(const std::string&)>> intruders(const Secret& secret) {
+    return {
+        {"a link to a file that says on", [&](const std::string& path) { fs::create_symlink(secret.path(), path); }},
+        {"a link that leads nowhere", [](const std::string& path) { fs::create_symlink("/nowhere/at/all", path); }},
+        {"a link to itself", [](const std::string& path) { fs::create_symlink(path, path); }},
+        {"a pipe that nobody writes to", [](const std::string& path) { ::mkfifo(path.c_str(), 0666); }},
+        {"a socket", [](const std::string& path) { makeSocket(path); }},
+        {"an empty folder", [](const std::string& path) { fs::create_directory(path); }},
+        {"a folder with something in it",
+         [](const std::string& path) {
+             fs::create_directory(path);
+             writeFile(path + "/kept", "on");
+         }},
+    };
+}
+
+TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
+    const FlagRig none;
+    const Secret any(none);
+    for (const auto& [what, ignored] : intruders(any)) {
+        SCOPED_TRACE(what);
+        FlagRig rig;
+        const Secret secret(rig);
+        intruders(secret).at(what)(rig.state());
+        EXPECT_FALSE(rig.saysOn());
+        EXPECT_FALSE(rig.folder().isOf(std::nullopt));
+        EXPECT_FALSE(rig.folder().isOf(alice));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_TRUE(rig.folder().isOf(alice));
+        EXPECT_EQ(rig.content(), "off");
+        rig.write(alice, "on");
+        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(secret.isUntouched());
+    }
+}
+
+TEST(FlagAttack, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
+    const FlagRig none;
+    const Secret any(none);
+    for (const auto& [what, ignored] : intruders(any)) {
+        SCOPED_TRACE(what);
+        FlagRig rig;
+        const Secret secret(rig);
+        intruders(secret).at(what)(rig.path("state.new"));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_TRUE(rig.folder().isOf(alice));
+        EXPECT_EQ(rig.content(), "off");
+        EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.new"))));
+        EXPECT_TRUE(secret.isUntouched());
+    }
+}
+
+TEST(FlagAttack, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
+    const FlagRig none;
+    const Secret any(none);
+    for (const auto& [what, ignored] : intruders(any)) {
+        SCOPED_TRACE(what);
+        FlagRig rig;
+        const Secret secret(rig);
+        intruders(secret).at(what)(rig.path("state.left.61001"));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_EQ(rig.content(), "off");
+        EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.left.61001"))));
+        // And where it comes to stand there while the flag is alice's.
+        intruders(secret).at(what)(rig.path("state.left.61001"));
+        rig.write(alice, "on");
+        ASSERT_TRUE(rig.handOver(bob));
+        EXPECT_EQ(rig.content("state.left.61001"), "on");
+        EXPECT_TRUE(secret.isUntouched());
+    }
+}
+
+TEST(FlagAttack, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
+    FlagRig rig;
+    fs::create_directory(rig.state());
+    writeFile(rig.path("state/kept"), "something");
+    ASSERT_TRUE(rig.handOver(alice));
+    const Names names = rig.names();
+    ASSERT_EQ(names.size(), 2U);
+    EXPECT_TRUE(names.rbegin()->starts_with("state.odd."));
+    EXPECT_EQ(rig.content(*names.rbegin() + "/kept"), "something");
+}
+
+TEST(FlagAttack, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
+    FlagRig rig;
+    const Secret secret(rig);
+    // Another file of the owner's that happens to say on.
+    fs::create_hard_link(secret.path(), rig.state());
+    EXPECT_FALSE(rig.saysOn());
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(secret.isUntouched());
+    // The kernel lets whoever may write a file give it a name in a folder of theirs.
+    rig.makeFolder("home");
+    ASSERT_EQ(::chmod((rig.root() + "/home").c_str(), 0777), 0);
+    const std::string second = rig.root() + "/home/second";
+    rig.write(alice, "on");
+    {
+        const Being user(alice);
+        ASSERT_EQ(::link(rig.state().c_str(), second.c_str()), 0);
+    }
+    EXPECT_FALSE(rig.saysOn());
+    {
+        const Being user(alice);
+        ASSERT_EQ(::unlink(second.c_str()), 0);
+    }
+    EXPECT_TRUE(rig.saysOn());
+}
+
+TEST(FlagAttack, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
+    FlagRig rig;
+    rig.makeFolder("home");
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    const std::string second = rig.root() + "/home/second";
+    ASSERT_EQ(::link(rig.state().c_str(), second.c_str()), 0);
+    ASSERT_TRUE(rig.handOver(bob));
+    EXPECT_FALSE(mayWrite(alice, second));
+    EXPECT_FALSE(mayWrite(alice, rig.state()));
+    EXPECT_EQ(rig.content(), "off");
+    // It is still what alice left, which nobody but alice could write.
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.saysOn());
+    EXPECT_FALSE(mayWrite(alice, second));
+}
+
+TEST(FlagAttack, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCounts) {
+    for (const std::optional<uid_t> next : {std::optional<uid_t>(bob), std::optional<uid_t>(), {alice}}) {
+        FlagRig rig;
+        rig.handOver(alice);
+        const Descriptor kept = [&] {
+            const Being user(alice);
+            return Descriptor(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
+        }();
+        void* const mapped = ::mmap(nullptr, 3, PROT_READ | PROT_WRITE, MAP_SHARED, kept.number(), 0);
+        ASSERT_NE(mapped, MAP_FAILED);
+        ASSERT_TRUE(rig.handOver(next));
+        std::string("on").copy(static_cast<char*>(mapped), 2);
+        FlagRig::writeTo(kept, "on");
+        EXPECT_EQ(rig.content(), "off");
+        EXPECT_FALSE(rig.saysOn());
+        if (next == alice) continue;
+        // It is what alice leaves, and counts again when alice is back: in another file still.
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_TRUE(rig.saysOn());
+        rig.write(alice, "off");
+        FlagRig::writeTo(kept, "on");
+        EXPECT_FALSE(rig.saysOn());
+        ::munmap(mapped, 3);
+    }
+}
+
+TEST(FlagAttack, ADescriptorForReadingOpensNoWayToWriteAfterAHandOver) {
+    FlagRig rig;
+    rig.handOver(alice);
+    const Descriptor kept(::open(rig.state().c_str(), O_RDONLY | O_CLOEXEC));
+    const std::string again = "/proc/self/fd/" + std::to_string(kept.number());
+    EXPECT_TRUE(mayWrite(alice, again));
+    ASSERT_TRUE(rig.handOver(bob));
+    EXPECT_FALSE(mayWrite(alice, again));
+    EXPECT_FALSE(mayWrite(alice, rig.path("state.left.61001")));
+}
+
+TEST(FlagAttack, NoUserCanPutAnythingInTheFlagsPlaceNotEvenTheOneAtTheMachine) {
+    FlagRig rig;
+    rig.handOver(alice);
+    EXPECT_EQ(accessList(rig.path()), "u::rwx,g::r-x,o::r-x");
+    EXPECT_EQ(accessList(rig.state()), "u::rw-,u:61001:rw-,g::r--,m::rw-,o::r--");
+    if (::geteuid() != 0) return;  // the owner, who may do all this
+    for (const uid_t user : {alice, bob}) {
+        const Being other(user);
+        EXPECT_NE(::unlink(rig.state().c_str()), 0);
+        EXPECT_NE(::rename(rig.state().c_str(), rig.path("moved").c_str()), 0);
+        EXPECT_NE(::symlink("/nowhere", rig.path("state.new").c_str()), 0);
+        EXPECT_NE(::mkfifo(rig.path("state.new").c_str(), 0666), 0);
+        EXPECT_NE(::chmod(rig.state().c_str(), 0666), 0);
+        EXPECT_NE(::chown(rig.state().c_str(), user, user), 0);
+        EXPECT_LT(::open(rig.path("state.left.61002").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666), 0);
+        const acl_t open = acl_from_text("u::rw-,g::rw-,o::rw-");
+        EXPECT_NE(acl_set_file(rig.state().c_str(), ACL_TYPE_ACCESS, open), 0);
+        acl_free(open);
+    }
+    EXPECT_EQ(rig.names(), Names{"state"});
+}
+
+// Bytes that this thread of execution has asked the kernel to read so far.
+long bytesRead() {
+    std::ifstream io("/proc/thread-self/io");
+    std::string label;
+    long value = 0;
+    io >> label >> value;
+    if (label != "rchar:") throw std::runtime_error("the kernel does not count what is read");
+    return value;
+}
+
+TEST(FlagAttack, OfAHugeFileNotMoreThanAFewBytesAreEverRead) {
+    FlagRig rig;
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    ASSERT_EQ(::truncate(rig.state().c_str(), off_t{1} << 40), 0);
+    const long before = bytesRead();
+    const long counting = bytesRead() - before;
+    EXPECT_FALSE(rig.saysOn());
+    const long after = bytesRead();
+    EXPECT_LE(after - before - 2 * counting, 4);
+    ASSERT_TRUE(rig.handOver(bob));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_LE(bytesRead() - after - counting, 64);
+    EXPECT_EQ(rig.content(), "off");
+}
+
+TEST(FlagAttack, AFolderThatIsReplacedByALinkIsNotFollowed) {
+    FlagRig rig;
+    rig.handOver(alice);
+    const std::string trap = rig.root() + "/trap";
+    fs::create_directory(trap);
+    writeFile(trap + "/state", "on");
+    fs::rename(rig.path(), rig.root() + "/moved");
+    fs::create_directory_symlink(trap, rig.path());
+    EXPECT_FALSE(rig.saysOn());
+    rig.handOver(bob);
+    EXPECT_EQ(readFile(trap + "/state"), "on");
+    EXPECT_EQ(std::distance(fs::directory_iterator(trap), fs::directory_iterator()), 1);
+    EXPECT_FALSE(mayWrite(bob, trap + "/state"));
+}
+
+TEST(FlagAttack, NamesThatAreSwappedAllTheTimeLeadNowhere) {
+    FlagRig rig;
+    const Secret secret(rig);
+    rig.makeFolder("stage");
+    std::atomic<bool> isOver = false;
+    std::atomic<int> swaps = 0;
+    std::thread swapper([&] {
+        const auto all = intruders(secret);
+        const std::string staged = rig.root() + "/stage/one";
+        while (!isOver) {
+            for (const std::string name : {"state", "state.new", "state.left.61001", "state.left.61002"}) {
+                for (const auto& [what, make] : all) {
+                    if (what == "a folder with something in it") continue;  // is kept, and would fill the disk
+                    make(staged);
+                    const std::string target = rig.path(name);
+                    if (::rename(staged.c_str(), target.c_str()) == 0) ++swaps;
+                    fs::remove(staged);
+                }
+            }
+        }
+    });
+    int handed = 0;
+    for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
+        handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
+        // No file that says on is ever put there, by nobody.
+        EXPECT_FALSE(rig.saysOn());
+    }
+    isOver = true;
+    swapper.join();
+    EXPECT_TRUE(secret.isUntouched());
+    EXPECT_GT(handed, 100);
+    EXPECT_GE(swaps, 1'000);
+    // Once it is quiet all is well again.
+    ASSERT_TRUE(rig.handOver(alice));
+    ASSERT_TRUE(rig.handOver(bob));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.folder().isOf(alice));
+}
+
+}  // namespace
+}  // namespace kovra::helper
