@@ -55,7 +55,7 @@ def wrong_rows(root):
             if not (root / file).is_file():
                 yield f"no such file: {file} ({behaviour})"
         for name in named:
-            if name.startswith(("system: ", "hosts: ")):
+            if name.startswith(("system: ", "hosts: ", "packages: ")):
                 found = any(sentence.startswith(name) for sentence in scenarios)
             else:
                 found = name in tests if "." in name else name in suites

@@ -1,0 +1,40 @@
+"""The packages as they were built, and unpacked beside them."""
+
+import re
+
+from scenario import run
+from waiting import check
+
+NAMES = ("ble-kovra", "ble-kovra-helper")
+
+
+class Built:
+    def __init__(self, tree, folder):
+        self.tree, self.folder = tree, folder
+        self.packages = tree / "build/packages"
+
+    @property
+    def version(self):
+        """The project's own."""
+        return re.search(r"^project\(BLE-kovra VERSION (\S+)", (self.tree / "CMakeLists.txt").read_text(), re.M)[1]
+
+    def package(self, name):
+        found = [*self.packages.glob(f"{name}_{self.version}_*.deb")]
+        check(len(found) == 1, f"{name} {self.version} was not built: there are {found}")
+        return found[0]
+
+    def field(self, name, field):
+        return run("dpkg-deb", "--field", self.package(name), field).strip()
+
+    def unpacked(self, name):
+        """A folder with what this package brings."""
+        place = self.folder / "unpacked" / name
+        if not place.exists():
+            place.mkdir(parents=True)
+            run("dpkg-deb", "--extract", self.package(name), place)
+        return place
+
+    def files(self, name):
+        """The paths that this package brings, without folders."""
+        place = self.unpacked(name)
+        return {"/" + str(path.relative_to(place)) for path in place.rglob("*") if path.is_symlink() or not path.is_dir()}

@@ -1,0 +1,113 @@
+"""What is in the packages."""
+
+import re
+
+from built import NAMES
+from scenario import run, scenario
+from waiting import check
+
+DOCUMENTS = {f"/usr/share/doc/{name}/{file}" for name in NAMES for file in ("changelog.gz", "copyright")}
+ENTRY = "/usr/share/applications/org.ble_kovra.BLEKovra.desktop"
+METAINFO = "/usr/share/metainfo/org.ble_kovra.BLEKovra.metainfo.xml"
+POLICY = "/usr/share/polkit-1/actions/org.ble_kovra.helper.policy"
+ICONS = "/usr/share/icons/hicolor"
+LANGUAGES = {"ru", "uk", "fr", "de", "es"}
+
+APPLICATION = {
+    "/usr/bin/ble-kovra",
+    "/usr/libexec/ble-kovra/ble-kovra-ui",
+    "/usr/share/man/man1/ble-kovra.1.gz",
+    f"{ICONS}/scalable/apps/ble-kovra.svg",
+    f"{ICONS}/symbolic/apps/ble-kovra-symbolic.svg",
+    f"{ICONS}/symbolic/apps/ble-kovra-muted-symbolic.svg",
+    ENTRY,
+    METAINFO,
+}
+HELPER = {
+    "/usr/libexec/ble-kovra-helper",
+    "/usr/libexec/ble-kovra/activate-helper",
+    "/usr/libexec/ble-kovra/driver-manager",
+    "/usr/bin/systemextensionsctl",
+    "/usr/share/man/man1/systemextensionsctl.1.gz",
+    "/usr/share/man/man8/ble-kovra-helper.8.gz",
+    "/lib/systemd/system/ble-kovra-helper.service",
+    "/usr/lib/tmpfiles.d/ble-kovra-helper.conf",
+    POLICY,
+}
+
+
+@scenario("Debian's own checker finds no error and nothing to warn of, and nothing is hidden from it.")
+def checker(built):
+    changes = next(built.packages.glob("*.changes"))
+    said = run("lintian", "--allow-root", "--no-tag-display-limit", "--show-overrides", "--fail-on", "error,warning", changes)
+    check(not re.search(r"^[EWO]:", said, re.M), said)
+
+
+@scenario("Each package brings its own files and none of the other's, and none in a folder that is not the system's.")
+def files(built):
+    for name, wanted in zip(NAMES, (APPLICATION, HELPER)):
+        found = built.files(name)
+        wanted = wanted | {each for each in DOCUMENTS if each.startswith(f"/usr/share/doc/{name}/")}
+        check(found == wanted, f"{name} lacks {wanted - found} and brings {found - wanted}")
+
+
+@scenario("The packages have the project's version, the one source of it.")
+def version(built):
+    said = run("dpkg-parsechangelog", "--show-field", "Version", cwd=built.tree).strip()
+    check(said == built.version, f"debian/changelog says {said}, CMakeLists.txt {built.version}")
+    for name in NAMES:
+        check(built.field(name, "Version") == built.version, f"{name} is {built.field(name, 'Version')}")
+    tool = built.unpacked("ble-kovra-helper") / "usr/bin/systemextensionsctl"
+    check(f" {built.version} " in tool.read_text(), "the listing tool says another one")
+
+
+@scenario("The packages need what they use, and recommend what makes them better.")
+def dependencies(built):
+    needs = built.field("ble-kovra", "Depends")
+    for package in ("libc6", "libqt6widgets6", "libsystemd0", "libudev1", "libxcb1", "qt6-qpa-plugins"):
+        check(re.search(rf"\b{package}\b", needs), f"ble-kovra does not need {package}: {needs}")
+    # GNOME's extension would bring all of GNOME.
+    check("gnome" not in built.field("ble-kovra", "Recommends"), "it recommends a desktop")
+    check("ble-kovra-helper" in built.field("ble-kovra", "Recommends"), "it does not recommend the helper")
+    needs = built.field("ble-kovra-helper", "Depends")
+    check("qt6" not in needs and "xcb" not in needs, f"the helper needs a desktop: {needs}")
+
+
+@scenario("The desktop entry and the metainfo are valid, name what is there, and speak six languages.")
+def metadata(built):
+    place = built.unpacked("ble-kovra")
+    run("desktop-file-validate", place / ENTRY[1:])
+    said = run("appstreamcli", "validate", "--no-net", "--pedantic", place / METAINFO[1:])
+    check(not re.search(r"^[EWI]:", said, re.M), said)
+    run("appstreamcli", "validate-tree", "--no-net", place)
+    entry = (place / ENTRY[1:]).read_text()
+    check("\nExec=ble-kovra\n" in entry and "\nIcon=ble-kovra\n" in entry, entry)
+    for key in ("GenericName", "Comment", "Keywords"):
+        spoken = set(re.findall(rf"^{key}\[(\w+)\]=.", entry, re.M))
+        check(spoken == LANGUAGES, f"{key} is in {spoken}")
+    metainfo = (place / METAINFO[1:]).read_text()
+    policy = (built.unpacked("ble-kovra-helper") / POLICY[1:]).read_text()
+    for text, tags in ((metainfo, ("summary", "p")), (policy, ("description", "message"))):
+        for tag in tags:
+            spoken = set(re.findall(rf'<{tag} xml:lang="(\w+)">.', text))
+            check(spoken == LANGUAGES, f"<{tag}> is in {spoken}")
+
+
+@scenario("The manual pages are without a warning, and there is one for each command.")
+def manual(built):
+    for name in NAMES:
+        for page in built.unpacked(name).rglob("*.gz"):
+            if page.parent.name.startswith("man"):
+                said = run("sh", "-c", 'man --warnings -E UTF-8 -l -Tutf8 -Z "$1" 2>&1 >/dev/null', "sh", page)
+                check(said == "", f"{page.name}: {said}")
+
+
+@scenario("Programs are hardened as Debian wants it.")
+def built_well(built):
+    application, helper = (built.unpacked(name) for name in NAMES)
+    for program in (application / "usr/bin/ble-kovra", application / "usr/libexec/ble-kovra/ble-kovra-ui",
+                    helper / "usr/libexec/ble-kovra-helper"):
+        said = run("readelf", "--wide", "--file-header", "--dynamic", program)
+        check(re.search(r"Type:\s+DYN", said), f"{program.name} has a fixed place in memory")
+        check("BIND_NOW" in said and not re.search(r"RUNPATH|RPATH", said), f"{program.name}: {said}")
+        check(b"__stack_chk_fail" in program.read_bytes(), f"{program.name} does not watch its stack")

@@ -1,0 +1,191 @@
+"""The tool that lists the driver and the program that activates it, as they are in the package, with other programs around
+them than the machine's: the first folder of $PATH, systemd's sign of life and the list of processes are the test's own."""
+
+import os
+import pathlib
+import subprocess
+import tempfile
+
+from root import MANAGER
+from scenario import scenario
+from waiting import check
+
+SYSTEM_PATH = "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n"
+ACTIVE = "[activated enabled]"
+WAITING = "[activated waiting for user]"
+UNIT = "ble-kovra-helper.service"
+
+
+class Machine:
+    """A folder that stands for the machine, with what the programs find there."""
+
+    def __init__(self, built):
+        self.folder = pathlib.Path(tempfile.mkdtemp(dir=built.folder))
+        self.asked = self.folder / "asked"
+        self._programs = self.folder / "programs"
+        self._programs.mkdir()
+        (self.folder / "proc").mkdir()
+        package = built.unpacked("ble-kovra-helper")
+        self._take(package / "usr/bin/systemextensionsctl")
+        self._take(package / "usr/libexec/ble-kovra/driver-manager")
+        self._take(package / "usr/libexec/ble-kovra/activate-helper")
+
+    def _take(self, program):
+        text = program.read_text()
+        check(text.count(SYSTEM_PATH) == 1, f"{program.name} trusts the caller's PATH")
+        for old, new in ((SYSTEM_PATH, f"PATH={self._programs}:/usr/sbin:/usr/bin:/sbin:/bin\n"),
+                         ("/run/systemd/system", f"{self.folder}/systemd"), ("/proc/", f"{self.folder}/proc/"),
+                         ("/usr/libexec/ble-kovra/", f"{self._programs}/")):
+            text = text.replace(old, new)
+        self.put(program.name, text)
+
+    def put(self, name, text):
+        program = self._programs / name
+        program.write_text(text)
+        program.chmod(0o755)
+
+    def put_systemd(self, active, enabled):
+        (self.folder / "systemd").mkdir()
+        self.put("systemctl", f"#!/bin/sh\necho systemctl $* >>{self.asked}\n"
+                              f"[ $1 = show ] && printf 'ActiveState={active}\\nUnitFileState={enabled}\\n'\nexit 0\n")
+
+    def put_process(self, number, name, user):
+        process = self.folder / "proc" / str(number)
+        process.mkdir()
+        (process / "comm").write_text(name + "\n")
+        (process / "status").write_text(f"Name:\t{name}\nUmask:\t0022\nPid:\t{number}\nUid:\t{user}\t{user}\t{user}\t{user}\n")
+
+    def run(self, name, *arguments):
+        """Exit code, output and error output. The caller's own PATH has nothing in it."""
+        done = subprocess.run([self._programs / name, *arguments], capture_output=True, text=True, timeout=20,
+                              env={**os.environ, "PATH": "/nowhere"})
+        return done.returncode, done.stdout, done.stderr
+
+    def state(self):
+        """What the listing tool says of the driver, in the layout that the application reads."""
+        code, listing, error = self.run("systemextensionsctl", "list")
+        check((code, error) == (0, ""), f"it ended with {code} and said {error!r}")
+        lines = listing.splitlines()
+        check(len(lines) == 4 and lines[0] == "1 extension(s)" and listing.endswith("\n"), listing)
+        columns, found = lines[2].split("\t"), lines[3].split("\t")
+        check(len(columns) == len(found) == 6, listing)
+        check(found[3].split()[0] == "org.pqrs.Karabiner-DriverKit-VirtualHIDDevice", listing)
+        return found[5]
+
+
+@scenario("The listing tool says that the driver is enabled where the service runs and is enabled, asking systemd once.")
+def lists_what_systemd_says(built):
+    for active, enabled, wanted in (
+            ("active", "enabled", ACTIVE), ("active", "enabled-runtime", ACTIVE), ("active", "disabled", WAITING),
+            ("inactive", "enabled", WAITING), ("failed", "enabled", WAITING), ("activating", "enabled", WAITING),
+            ("inactive", "masked", WAITING), ("inactive", "", WAITING)):
+        machine = Machine(built)
+        machine.put_systemd(active, enabled)
+        check(machine.state() == wanted, f"{active} and {enabled!r} is {machine.state()}")
+    machine = Machine(built)
+    machine.put_systemd("active", "enabled")
+    machine.state()
+    said = machine.asked.read_text()
+    check(said == f"systemctl show -p ActiveState -p UnitFileState {UNIT}\n", said)
+
+
+@scenario("Without systemd the driver is enabled while a process of root's is the helper.")
+def lists_processes(built):
+    machine = Machine(built)
+    check(machine.state() == WAITING, "there is none")
+    machine.put_process(7, "ble-kovra-helpe", 1000)
+    machine.put_process(8, "ble-kovra", 0)
+    (machine.folder / "proc/9").mkdir()
+    check(machine.state() == WAITING, "somebody else's, or another program")
+    machine.put_process(10, "ble-kovra-helpe", 0)
+    check(machine.state() == ACTIVE, "there is one")
+
+
+@scenario("A systemd that does not answer, or is not there, is no driver.")
+def lists_without_an_answer(built):
+    machine = Machine(built)
+    machine.put_systemd("active", "enabled")
+    machine.put("systemctl", "#!/bin/sh\necho Failed to connect to bus >&2\nexit 1\n")
+    check(machine.state() == WAITING, machine.state())
+
+
+@scenario("Any other argument is told how the program is used, on the error output.")
+def usage(built):
+    machine = Machine(built)
+    for program, wrong in (("systemextensionsctl", ((), ("uninstall",), ("list", "more"), ("",))),
+                           ("driver-manager", ((), ("deactivate",), ("activate", "more"), ("",)))):
+        for arguments in wrong:
+            code, output, error = machine.run(program, *arguments)
+            check((code, output) == (64, "") and error.startswith("usage: ") and error.count("\n") == 1,
+                  f"{program} {arguments}: {code}, {output!r}, {error!r}")
+
+
+@scenario("The manager asks for nothing where the driver is active already.")
+def manager_has_nothing_to_do(built):
+    machine = Machine(built)
+    machine.put_systemd("active", "enabled")
+    for argument in ("activate", "forceActivate"):
+        check(machine.run("driver-manager", argument) == (0, "", ""), argument)
+    check("enable" not in machine.asked.read_text().split(), machine.asked.read_text())
+
+
+def ordinary_user(machine, pkexec):
+    machine.put_systemd("inactive", "disabled")
+    machine.put("id", "#!/bin/sh\necho 1000\n")
+    machine.put("pkexec", f"#!/bin/sh\necho pkexec $* >>{machine.asked}\n{pkexec}\n")
+    machine.put("systemd-tmpfiles", f"#!/bin/sh\necho systemd-tmpfiles $* >>{machine.asked}\n")
+
+
+@scenario("The manager asks for the right by pkexec, and makes, enables and starts what is needed.")
+def manager_activates(built):
+    for argument in ("activate", "forceActivate"):
+        machine = Machine(built)
+        ordinary_user(machine, 'exec "$@"')
+        check(machine.run("driver-manager", argument) == (0, "", ""), argument)
+        said = machine.asked.read_text().splitlines()[1:]
+        wanted = [f"pkexec {machine.folder}/programs/activate-helper", "systemd-tmpfiles --create ble-kovra-helper.conf",
+                  f"systemctl --quiet enable --now {UNIT}"]
+        check(said == wanted, f"it asked {said}")
+
+
+@scenario("Root is not asked.")
+def manager_of_root(built):
+    machine = Machine(built)
+    ordinary_user(machine, "exit 127")
+    machine.put("id", "#!/bin/sh\necho 0\n")
+    check(machine.run("driver-manager", "activate") == (0, "", ""), "it failed")
+    check("pkexec" not in machine.asked.read_text(), machine.asked.read_text())
+
+
+@scenario("What keeps the manager from it is one line on the error output, and exit code 1.")
+def manager_fails(built):
+    prefix = "Error executing command as another user: "
+    for pkexec, wanted in (
+            (f"echo '{prefix}No authentication agent found.' >&2; exit 127", "no polkit agent runs in this session"),
+            (f"echo '{prefix}Request dismissed' >&2; exit 126", "the request was dismissed"),
+            (f"printf '{prefix}Not authorized\\n\\nThis incident has been reported.\\n' >&2; exit 127", "Not authorized"),
+            ("echo 'Failed to enable unit: Unit file is masked.' >&2; exit 1", "is masked"),
+            ("exit 3", "exit code 3")):
+        machine = Machine(built)
+        ordinary_user(machine, pkexec)
+        code, output, error = machine.run("driver-manager", "forceActivate")
+        check((code, output) == (1, "") and error.count("\n") == 1, f"{code}, {output!r}, {error!r}")
+        check(error.startswith("ble-kovra-helper: not activated: ") and wanted in error, error)
+
+
+@scenario("The right that pkexec asks for is for that program alone, and needs an administrator.")
+def policy(built):
+    place = built.unpacked("ble-kovra-helper")
+    text = (place / "usr/share/polkit-1/actions/org.ble_kovra.helper.policy").read_text()
+    program = text.partition('<annotate key="org.freedesktop.policykit.exec.path">')[2].partition("<")[0]
+    check(os.access(place / program[1:], os.X_OK), f"there is no {program}")
+    check(f"activate={program}\n" in (place / "usr/libexec/ble-kovra/driver-manager").read_text(), "the manager asks for another")
+    for whose in ("any", "inactive", "active"):
+        check(f"<allow_{whose}>auth_admin</allow_{whose}>" in text, whose)
+
+
+@scenario("The manager's way is the one that the application takes.")
+def manager_path(built):
+    source = (built.tree / "BLE_kovra/system/DriverActivator.h").read_text()
+    check(f'"/{MANAGER}"' in source, "the application looks elsewhere")
+    check('"/usr/bin/systemextensionsctl"' in source, "the application lists by another tool")

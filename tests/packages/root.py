@@ -1,0 +1,74 @@
+"""A place where packages are installed by dpkg with all that their scripts do, and nothing outside it is touched."""
+
+import os
+import re
+
+from built import NAMES
+from scenario import run
+
+FLAG = "Library/Application Support/ble-kovra/state"
+MANAGER = "Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/Karabiner-VirtualHIDDevice-Manager"
+
+
+class Root:
+    """The scripts run with $DPKG_ROOT, and the machine's services are out of their reach. What the packages need counts
+    as installed where it is installed here."""
+
+    def __init__(self, built, name):
+        self.built, self.path = built, built.folder / name
+        records = self.path / "var/lib/dpkg"
+        for folder in ("info", "updates", "triggers"):
+            (records / folder).mkdir(parents=True)
+        # Every system has them.
+        for folder in ("etc/systemd/system", "var/lib/systemd"):
+            (self.path / folder).mkdir(parents=True)
+        needed = set()
+        for package in NAMES:
+            needed.update(re.findall(r"[a-z0-9][a-z0-9.+-]+(?=[ ,|\n(]|$)", built.field(package, "Depends")))
+        status = run("dpkg-query", "--show", "--showformat", "${Package}\n").split()
+        stanzas = run("dpkg-query", "--status", *sorted(needed & set(status))).strip()
+        (records / "status").write_text(stanzas + "\n")
+        for stanza in stanzas.split("\n\n"):
+            package = re.search(r"^Package: (\S+)", stanza, re.M)[1]
+            alike = re.search(r"^Multi-Arch: same$", stanza, re.M)
+            architecture = re.search(r"^Architecture: (\S+)", stanza, re.M)[1]
+            (records / "info" / (f"{package}:{architecture}.list" if alike else f"{package}.list")).touch()
+
+    def install(self, *files):
+        self._dpkg("--install", *files)
+
+    def remove(self, *names):
+        self._dpkg("--remove", *names)
+
+    def purge(self, *names):
+        self._dpkg("--purge", *names)
+
+    def newer(self, name):
+        """This package once more, as its next version."""
+        place = self.built.folder / "newer" / name
+        result = place.parent / f"{name}.deb"
+        if not result.exists():
+            place.parent.mkdir(exist_ok=True)
+            run("dpkg-deb", "--raw-extract", self.built.package(name), place)
+            control = place / "DEBIAN/control"
+            control.write_text(re.sub(r"^(Version: .*)$", r"\1+next", control.read_text(), flags=re.M))
+            run("dpkg-deb", "--build", "--root-owner-group", place, result)
+        return result
+
+    def listing(self):
+        """What is there but for dpkg's own records."""
+        found = {str(path.relative_to(self.path)) for path in self.path.rglob("*")}
+        return {path for path in found if not f"{path}/".startswith("var/lib/dpkg/")}
+
+    def environment(self):
+        """For the packages' scripts: without the programs that speak to the machine's services."""
+        programs = self.built.folder / "programs"
+        programs.mkdir(exist_ok=True)
+        for name in ("systemctl", "deb-systemd-invoke"):
+            (programs / name).write_text("#!/bin/sh\n")
+            (programs / name).chmod(0o755)
+        return {**os.environ, "PATH": f"{programs}:{os.environ['PATH']}:/usr/sbin:/sbin"}
+
+    def _dpkg(self, action, *what):
+        run("dpkg", f"--root={self.path}", "--force-script-chrootless", "--log=/dev/null", action, *what,
+            env=self.environment())
