@@ -1,15 +1,8 @@
 #include "helper/Daemon.h"
 
-#include <chrono>
 #include <utility>
 
 namespace kovra::helper {
-
-namespace {
-
-constexpr std::chrono::seconds untilTheNextHandOver{5};
-
-}  // namespace
 
 Daemon::Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter)
     : loop_(loop), people_(std::move(people)), flag_(flag), touchpads_(touchpads), muter_(muter), clock_(loop, [this] {

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,6 +25,9 @@ class Daemon {
         std::function<bool(uid_t)> runsTheApplication;
         std::function<void()> forgetTheApplication;  // until the next question about it
     };
+
+    // A hand-over that failed is tried again that much later.
+    static constexpr std::chrono::seconds untilTheNextHandOver{2};
 
     Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter);
 

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "helper/Daemon.h"
+#include "helper/pads/GiveBack.h"
+#include "helper/pads/InputClass.h"
+#include "helper/pads/Muter.h"
+#include "helper/pads/Records.h"
+#include "helper/pads/Touchpads.h"
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/pads/MockInputs.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra::helper {
+
+// A laptop with a pad and its twin, a flag's folder, and the daemon between them. Who is at the machine, and who runs
+// the application, is the test's to say.
+class DaemonRig {
+  public:
+    DaemonRig() {
+        computer.appear(pad);
+        computer.appear(twin);
+    }
+
+    void start() {
+        records = std::make_unique<Records>(runtime());
+        muter = std::make_unique<Muter>(flag.loop(), *records, inputs_);
+        muter->muteExactly({});
+        touchpads = std::make_unique<Touchpads>(flag.loop());
+        daemon = std::make_unique<Daemon>(flag.loop(), people(), flag.folder(), *touchpads, *muter);
+        daemon->evaluate();
+    }
+    // As when it is killed: nothing is tidied up.
+    void kill() {
+        daemon.reset();
+        touchpads.reset();
+        muter.reset();
+        records.reset();
+    }
+    // What the unit runs after the daemon, however that ended.
+    bool release() const {
+        Records left(runtime());
+        return giveBackAll(left, inputs_, std::chrono::milliseconds(0));
+    }
+
+    // Somebody sits down and starts the application; or nobody is there.
+    void sitsDown(std::optional<uid_t> user) {
+        atTheMachine = user;
+        if (user) running.insert(*user);
+        daemon->evaluate();
+    }
+    void ends(uid_t user) {
+        running.erase(user);
+        daemon->evaluate();
+    }
+    // With Alice at the machine, who wants the pad muted.
+    void startMuted() {
+        start();
+        sitsDown(alice);
+        flag.write(alice, "on");
+        if (!becomes("1")) throw std::runtime_error("the pad is not muted");
+    }
+
+    // Pad and twin alike.
+    bool becomes(const std::string& value) {
+        return flag.waitUntil([&] { return is(value); });
+    }
+    bool is(const std::string& value) const {
+        return computer.inhibited("input5") == value && computer.inhibited("input4") == value;
+    }
+    // All that was told has been dealt with.
+    void settle() { flag.letPass(std::chrono::milliseconds(30)); }
+    std::set<std::string> recorded() const { return Records(runtime()).names(); }
+    std::string runtime() const { return folder_ / "run"; }
+
+    const MockInput pad{.input = "input5", .hid = "0018:06CB:CD8B.0001"};
+    const MockInput twin{.input = "input4",
+                         .name = "SYNA8004:00 06CB:CD8B Mouse",
+                         .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
+                         .hid = "0018:06CB:CD8B.0001"};
+    MockInputs computer;
+    FlagRig flag;
+    std::optional<uid_t> atTheMachine;
+    std::set<uid_t> running;
+    int forgotten = 0;
+
+  private:
+    Daemon::People people() {
+        return {.atTheMachine = [this] { return atTheMachine; },
+                .runsTheApplication = [this](uid_t user) { return running.contains(user); },
+                .forgetTheApplication = [this] { ++forgotten; }};
+    }
+
+    const TempFolder folder_;
+    const InputClass inputs_;
+
+  public:
+    std::unique_ptr<Records> records;
+    std::unique_ptr<Muter> muter;
+    std::unique_ptr<Touchpads> touchpads;
+    std::unique_ptr<Daemon> daemon;
+};
+
+}  // namespace kovra::helper

@@ -1,0 +1,387 @@
+#include "helper/Daemon.h"
+
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "helper/session/ApplicationWatch.h"
+#include "tests/helper/DaemonRig.h"
+
+namespace kovra::helper {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+class HelperDaemon : public testing::Test {
+  protected:
+    DaemonRig rig;
+};
+
+TEST_F(HelperDaemon, MutesThePadWithItsTwinWhileTheFlagSaysOn) {
+    rig.start();
+    rig.sitsDown(alice);
+    EXPECT_TRUE(rig.is("0"));
+    rig.flag.write(alice, "on");
+    EXPECT_TRUE(rig.becomes("1"));
+    EXPECT_EQ(rig.recorded(), (Names{"input4", "input5"}));
+    rig.flag.write(alice, "off");
+    EXPECT_TRUE(rig.becomes("0"));
+    EXPECT_EQ(rig.recorded(), Names());
+}
+
+TEST_F(HelperDaemon, MutesAtItsStartWhereTheFlagIsOnAlready) {
+    rig.startMuted();
+    rig.kill();
+    EXPECT_TRUE(rig.release());
+    ASSERT_TRUE(rig.is("0"));
+    rig.start();
+    EXPECT_TRUE(rig.is("1"));
+}
+
+TEST_F(HelperDaemon, TouchesNothingButBuiltInPadsAndTheirTwins) {
+    const Names others{"input21", "input22", "input23", "input24"};
+    rig.computer.appear({.input = "input21", .name = "Magic Trackpad", .bus = "0005", .vendor = "05ac"});
+    rig.computer.appear({.input = "input22",
+                         .name = "USB Optical Mouse",
+                         .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
+                         .bus = "0003"});
+    rig.computer.appear({.input = "input23",
+                         .name = "TPPS/2 IBM TrackPoint",
+                         .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\nID_INPUT_POINTINGSTICK=1\n",
+                         .bus = "0011"});
+    rig.computer.appear({.input = "input24",
+                         .name = "ELAN Touchscreen",
+                         .properties = "ID_INPUT=1\nID_INPUT_TOUCHSCREEN=1\n",
+                         .hid = "0018:06CB:CD8B.0001"});
+    rig.startMuted();
+    for (const std::string& other : others) EXPECT_EQ(rig.computer.inhibited(other), "0") << other;
+    EXPECT_EQ(rig.recorded(), (Names{"input4", "input5"}));
+}
+
+TEST_F(HelperDaemon, MutesAPadThatComesBackUnderAnotherNumber) {
+    rig.startMuted();
+    rig.computer.unplug("input5");
+    MockInput again = rig.pad;
+    again.input = "input31";
+    rig.computer.plug(again);
+    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input31") == "1"; }));
+    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.recorded() == (Names{"input31", "input4"}); }));
+    rig.flag.write(alice, "off");
+    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input31") == "0"; }));
+}
+
+TEST_F(HelperDaemon, LeavesAPadThatComesWhileNothingIsMutedAlone) {
+    rig.start();
+    rig.sitsDown(alice);
+    MockInput another = rig.pad;
+    another.input = "input31";
+    rig.computer.plug(another);
+    rig.settle();
+    EXPECT_EQ(rig.computer.inhibited("input31"), "0");
+}
+
+TEST_F(HelperDaemon, LeavesAPadAloneThatSomethingElseHasInhibited) {
+    rig.computer.inhibit("input5", "1");
+    rig.start();
+    rig.sitsDown(alice);
+    rig.flag.write(alice, "on");
+    EXPECT_TRUE(rig.becomes("1"));
+    rig.flag.write(alice, "off");
+    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input4") == "0"; }));
+    EXPECT_EQ(rig.computer.inhibited("input5"), "1");
+}
+
+TEST_F(HelperDaemon, DoesNotMuteWhatItCannotRecord) {
+    rig.start();
+    rig.sitsDown(alice);
+    writeFile(rig.runtime(), "a file in the way");
+    rig.flag.write(alice, "on");
+    rig.settle();
+    EXPECT_TRUE(rig.is("0"));
+}
+
+// What each of these leaves is no plain file that says exactly "on".
+class HelperDaemonFlag : public HelperDaemon {
+  protected:
+    void SetUp() override { rig.startMuted(); }
+    std::string elsewhere() {
+        const std::string path = rig.flag.path("elsewhere");
+        writeFile(path, "on");
+        return path;
+    }
+    // In place of the flag, in one step.
+    void put(const std::string& path) { fs::rename(path, rig.flag.state()); }
+};
+
+TEST_F(HelperDaemonFlag, ThatIsMissingGivesThePadBack) {
+    fs::remove(rig.flag.state());
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatIsEmptyGivesThePadBack) {
+    rig.flag.write(alice, "");
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatIsLongerGivesThePadBack) {
+    rig.flag.write(alice, "on\n");
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatHasAnotherWordGivesThePadBack) {
+    rig.flag.write(alice, "ON");
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatIsASymbolicLinkGivesThePadBack) {
+    fs::create_symlink(elsewhere(), rig.flag.path("link"));
+    put(rig.flag.path("link"));
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatHasASecondNameGivesThePadBack) {
+    fs::create_hard_link(rig.flag.state(), rig.flag.path("other"));
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatIsAPipeGivesThePadBack) {
+    ASSERT_EQ(::mkfifo(rig.flag.path("pipe").c_str(), 0666), 0);
+    put(rig.flag.path("pipe"));
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatIsAFolderGivesThePadBack) {
+    fs::remove(rig.flag.state());
+    fs::create_directory(rig.flag.state());
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemonFlag, ThatSomebodyElsePutThereGivesThePadBack) {
+    put(elsewhere());
+    EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(HelperDaemon, GivesThePadBackWhenTheApplicationEndsAndLeavesTheFlagAlone) {
+    rig.startMuted();
+    rig.ends(alice);
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_EQ(rig.flag.content(), "on");
+}
+
+TEST_F(HelperDaemon, MutesNothingWithoutTheApplication) {
+    rig.start();
+    rig.atTheMachine = alice;
+    rig.daemon->evaluate();
+    rig.flag.write(alice, "on");
+    rig.settle();
+    EXPECT_TRUE(rig.is("0"));
+}
+
+TEST_F(HelperDaemon, ForgetsTheApplicationOnceTheFlagIsOff) {
+    rig.startMuted();
+    rig.forgotten = 0;
+    rig.flag.write(alice, "off");
+    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.forgotten > 0; }));
+}
+
+TEST_F(HelperDaemon, GivesThePadBackWhenNobodyIsThereAnyMore) {
+    rig.startMuted();
+    rig.sitsDown(std::nullopt);
+    EXPECT_TRUE(rig.is("0"));
+}
+
+TEST_F(HelperDaemon, GivesTheNextUserAFlagOfTheirOwnThatIsOff) {
+    rig.startMuted();
+    rig.sitsDown(bob);
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_EQ(rig.flag.content(), "off");
+    EXPECT_TRUE(mayWrite(bob, rig.flag.state()));
+    EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
+}
+
+TEST_F(HelperDaemon, MutesAgainForTheUserWhoReturns) {
+    rig.startMuted();
+    rig.sitsDown(bob);
+    ASSERT_TRUE(rig.is("0"));
+    rig.sitsDown(alice);
+    EXPECT_TRUE(rig.is("1"));
+    EXPECT_TRUE(mayWrite(alice, rig.flag.state()));
+    EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
+}
+
+TEST_F(HelperDaemon, DoesNotMuteForAUserWhoseApplicationWroteOffWhileTheyWereAway) {
+    rig.startMuted();
+    const Descriptor kept = [&] {
+        const Being application(alice);
+        return Descriptor(::open(rig.flag.state().c_str(), O_WRONLY | O_CLOEXEC));
+    }();
+    rig.sitsDown(bob);
+    FlagRig::writeTo(kept, "off");
+    rig.sitsDown(alice);
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_EQ(rig.flag.content(), "off");
+}
+
+TEST_F(HelperDaemon, IsNotMovedByAnOpenDescriptorOfTheUserBefore) {
+    rig.startMuted();
+    const Descriptor kept = [&] {
+        const Being application(alice);
+        return Descriptor(::open(rig.flag.state().c_str(), O_WRONLY | O_CLOEXEC));
+    }();
+    rig.sitsDown(bob);
+    FlagRig::writeTo(kept, "off");
+    FlagRig::writeTo(kept, "on");
+    rig.settle();
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_EQ(rig.flag.content(), "off");
+}
+
+TEST_F(HelperDaemon, WritesNoFlagButWhenItIsHandedOver) {
+    rig.startMuted();
+    struct stat before {};
+    ASSERT_EQ(::stat(rig.flag.state().c_str(), &before), 0);
+    rig.kill();
+    EXPECT_TRUE(rig.release());
+    rig.start();
+    rig.ends(alice);
+    rig.settle();
+    struct stat after {};
+    ASSERT_EQ(::stat(rig.flag.state().c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
+    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+    rig.sitsDown(bob);
+    ASSERT_EQ(::stat(rig.flag.state().c_str(), &after), 0);
+    EXPECT_NE(after.st_ino, before.st_ino);
+}
+
+TEST_F(HelperDaemon, MutesNothingWhereTheFlagCannotBeHandedOverAndTriesAgain) {
+    rig.startMuted();
+    // The name that a new flag gets first is taken, and so is the one that what takes it would be given.
+    const fs::path inTheWay = rig.flag.path("state.new");
+    fs::create_directories(inTheWay / "something");
+    struct stat status {};
+    ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
+    fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
+    rig.sitsDown(bob);
+    rig.settle();
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
+    EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
+    fs::remove_all(inTheWay);
+    EXPECT_TRUE(rig.flag.waitUntil([&] { return mayWrite(bob, rig.flag.state()); }));
+    rig.flag.write(bob, "on");
+    EXPECT_TRUE(rig.becomes("1"));
+}
+
+TEST_F(HelperDaemon, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
+    rig.startMuted();
+    fs::rename(rig.flag.path(), rig.flag.root() + "/gone");
+    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.daemon->hasFailed(); }));
+    EXPECT_TRUE(rig.is("0"));
+    rig.sitsDown(alice);
+    EXPECT_TRUE(rig.is("0"));
+}
+
+TEST_F(HelperDaemon, LeavesToWhoeverComesNextWhatToGiveBackWhenItIsKilled) {
+    rig.startMuted();
+    rig.kill();
+    ASSERT_TRUE(rig.is("1"));
+    EXPECT_TRUE(rig.release());
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_EQ(rig.recorded(), Names());
+}
+
+TEST_F(HelperDaemon, GivesBackAtItsStartWhatOneBeforeItHasLeft) {
+    rig.startMuted();
+    rig.kill();
+    rig.atTheMachine = std::nullopt;
+    rig.start();
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_EQ(rig.recorded(), Names());
+}
+
+// With a process that is really there.
+class HelperDaemonProcess : public HelperDaemon {
+  protected:
+    HelperDaemonProcess() {
+        rig.start();
+        rig.daemon = std::make_unique<Daemon>(
+            rig.flag.loop(),
+            Daemon::People{.atTheMachine = [this] { return std::optional(user); },
+                           .runsTheApplication = [this](uid_t of) { return application.lives(of); },
+                           .forgetTheApplication = [this] { application.forget(); }},
+            rig.flag.folder(), *rig.touchpads, *rig.muter);
+        application.onEnd = [this] { rig.daemon->evaluate(); };
+        rig.daemon->evaluate();
+    }
+    ~HelperDaemonProcess() override { kill(SIGKILL); }
+
+    void startApplication() {
+        process = ::fork();
+        ASSERT_GE(process, 0);
+        if (process == 0) {
+            if (::geteuid() == 0 && ::setresuid(user, user, user) != 0) ::_exit(1);
+            ::prctl(PR_SET_NAME, "ble-kovra");
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            while (true) ::pause();
+        }
+        ASSERT_TRUE(rig.flag.waitUntil([&] { return application.lives(user); }));
+    }
+    void kill(int signal) {
+        if (process <= 0) return;
+        ::kill(process, signal);
+        if (signal != SIGKILL) return;
+        ::waitpid(process, nullptr, 0);
+        process = 0;
+    }
+
+    const uid_t user = ::geteuid() == 0 ? alice : ::geteuid();
+    ApplicationWatch application{rig.flag.loop()};
+    pid_t process = 0;
+};
+
+TEST_F(HelperDaemonProcess, ThatIsKilledGivesThePadBackWithinASecond) {
+    startApplication();
+    rig.flag.write(user, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    const auto killed = std::chrono::steady_clock::now();
+    kill(SIGKILL);
+    EXPECT_TRUE(rig.becomes("0"));
+    EXPECT_LT(std::chrono::steady_clock::now() - killed, std::chrono::seconds(1));
+    EXPECT_EQ(rig.flag.content(), "on");
+}
+
+TEST_F(HelperDaemonProcess, ThatIsStoppedChangesNothing) {
+    startApplication();
+    rig.flag.write(user, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    kill(SIGSTOP);
+    rig.settle();
+    rig.daemon->evaluate();
+    EXPECT_TRUE(rig.is("1"));
+    kill(SIGCONT);
+}
+
+TEST_F(HelperDaemonProcess, ThatStartsAgainMutesAgain) {
+    startApplication();
+    rig.flag.write(user, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    kill(SIGKILL);
+    ASSERT_TRUE(rig.becomes("0"));
+    startApplication();
+    rig.flag.write(user, "on");
+    EXPECT_TRUE(rig.becomes("1"));
+}
+
+}  // namespace
+}  // namespace kovra::helper
