@@ -61,8 +61,9 @@ void AppState::saveMode() const { defaults.set(kMode, std::string(rawValue(mode.
 bool AppState::anySelectedConnected() const {
     const Selection& selected = selectedIDs.get();
     if (selected.empty()) return false;
-    return std::ranges::any_of(
-        devices.get(), [&](const HIDDeviceInfo& device) { return device.connected && selected.contains(device.id); });
+    const auto& all = devices.get();
+    return std::any_of(all.begin(), all.end(),
+                       [&](const HIDDeviceInfo& device) { return device.connected && selected.contains(device.id); });
 }
 
 }  // namespace kovra

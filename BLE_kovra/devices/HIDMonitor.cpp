@@ -93,7 +93,7 @@ void HIDMonitor::publish() {
     std::vector<Entry> order;
     order.reserve(names_.size());
     for (const Named& named : names_) order.push_back({&named, isConnected(named.key)});
-    std::ranges::stable_sort(order, [&](const Entry& a, const Entry& b) {
+    std::stable_sort(order.begin(), order.end(), [&](const Entry& a, const Entry& b) {
         if (a.connected != b.connected) return a.connected;
         return locale_.isAscending(a.device->sortKey, b.device->sortKey);
     });

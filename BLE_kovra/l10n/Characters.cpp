@@ -70,7 +70,8 @@ constexpr auto combining = std::to_array<Range>({
 // clang-format on
 
 bool isCombining(char32_t codePoint) {
-    const auto after = std::ranges::upper_bound(combining, codePoint, {}, &Range::first);
+    const auto after = std::upper_bound(combining.begin(), combining.end(), codePoint,
+                                        [](char32_t character, const Range& range) { return character < range.first; });
     return after != combining.begin() && codePoint <= std::prev(after)->last;
 }
 
