@@ -111,8 +111,9 @@ def tests_of(room):
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
     servers = OWN_SERVERS if room.folder == "BLE_kovra/platform/linux/ui" else ()
+    fakes = everything_in("tests/platform/macos/fakes") if room.folder == "BLE_kovra/platform/macos" else ()
     return Room(
-        folder, project + room.project + TEST_TOOLS + contracts + servers, library, room.own_system, room.with_folders
+        folder, project + room.project + TEST_TOOLS + contracts + servers + fakes, library, room.own_system, room.with_folders
     )
 
 
@@ -132,6 +133,8 @@ SCREEN = Room(
 TESTS = (
     *(tests_of(room) for room in PROGRAM),
     tests_of(HELPER),
+    Room("tests/platform/macos/declarations", (), any_but_qt, with_folders=True),
+    Room("tests/platform/macos/fakes", (), any_but_qt),
     Room("tests/fakes", VALUES, standard),
     whole_application("tests/support"),
     Room("tests/support/posix", (), posix),

@@ -35,20 +35,37 @@ void Spawn::giveNothing(int theirs) {
     given_.insert(theirs);
 }
 
-void Spawn::setApart() {
+void Spawn::setApart() { addFlags(POSIX_SPAWN_SETSID); }
+
+void Spawn::addFlags(int more) {
     short flags = 0;
     ::posix_spawnattr_getflags(&attributes_, &flags);
-    ::posix_spawnattr_setflags(&attributes_, static_cast<short>(flags | POSIX_SPAWN_SETSID));
+    ::posix_spawnattr_setflags(&attributes_, static_cast<short>(flags | more));
 }
 
-int Spawn::start(const std::string& executable, const std::vector<std::string>& arguments, pid_t& process) {
+#if defined(__APPLE__)
+
+void Spawn::closeAllOthers() {
+    addFlags(POSIX_SPAWN_CLOEXEC_DEFAULT);  // goes for the standard streams too, as long as nothing is said of them
+    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
+        if (!given_.contains(number)) ::posix_spawn_file_actions_addinherit_np(&descriptors_, number);
+    }
+}
+
+#else
+
+void Spawn::closeAllOthers() {
     int next = STDERR_FILENO + 1;
     for (auto given = given_.lower_bound(next); given != given_.end(); next = *given++ + 1) {
         for (int number = next; number < *given; ++number) ::posix_spawn_file_actions_addclose(&descriptors_, number);
     }
-    // Of the C libraries that we meet only macOS's lacks this; there POSIX_SPAWN_CLOEXEC_DEFAULT says the same.
     ::posix_spawn_file_actions_addclosefrom_np(&descriptors_, next);
+}
 
+#endif
+
+int Spawn::start(const std::string& executable, const std::vector<std::string>& arguments, pid_t& process) {
+    closeAllOthers();
     std::vector<char*> words{const_cast<char*>(executable.c_str())};
     for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
     words.push_back(nullptr);
