@@ -67,6 +67,7 @@ bool FlagFolder::hold(Loop& loop) {
         return false;
     }
     watch_ = loop.onReadable(events_.number(), [this] { happened(); });
+    clearUpFlagFolder(folder_.number(), trust_.owner);
     watchFlag();
     // What happened before the marks stood.
     return !isLost();

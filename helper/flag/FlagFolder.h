@@ -27,8 +27,9 @@ struct Trust {
 // caller's own.
 class FlagFolder {
   public:
-    // The folder at this absolute path. Null, and one line in the log, where it is missing, or where it or a folder on
-    // the way is a link, belongs to somebody else or may be written by anybody else.
+    // The folder at this absolute path, where what an interrupted hand-over has left is cleared away. Null, and one
+    // line in the log, where it is missing, or where it or a folder on the way is a link, belongs to somebody else or
+    // may be written by anybody else.
     static std::unique_ptr<FlagFolder> open(Loop& loop, const std::filesystem::path& path, const Trust& trust = {});
 
     FlagFolder(const FlagFolder&) = delete;

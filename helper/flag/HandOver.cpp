@@ -36,8 +36,7 @@ void closeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
     const auto user = old ? old->writer() : std::nullopt;
     if (!user) return;
-    const std::string left = leftName(*user);
-    if (freeName(folder, left) == 0) ::linkat(folder, flagName, folder, left.c_str(), 0);
+    ::linkat(folder, flagName, folder, leftName(*user).c_str(), 0);
     old->letWrite(std::nullopt);
 }
 
@@ -48,7 +47,6 @@ FlagFile::Content lastLeft(int folder, uid_t owner, uid_t user) {
 
 // Steps 3 and 4.
 int placeFresh(int folder, std::optional<uid_t> user, FlagFile::Content content) {
-    if (const int error = freeName(folder, freshName)) return error;
     const auto fresh = FlagFile::create(folder, freshName, content);
     if (!fresh) return errno;
     if (fresh->letWrite(user)) {
@@ -66,7 +64,14 @@ int placeFresh(int folder, std::optional<uid_t> user, FlagFile::Content content)
 
 }  // namespace
 
+void clearUpFlagFolder(int folder, uid_t owner) {
+    freeName(folder, freshName);
+    const auto flag = FlagFile::open(folder, flagName, owner);
+    if (const auto user = flag ? flag->writer() : std::nullopt) freeName(folder, leftName(*user));
+}
+
 int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
+    clearUpFlagFolder(folder, owner);
     closeOld(folder, owner);
     const auto content = user ? lastLeft(folder, owner, *user) : FlagFile::Content::off;
     if (const int error = placeFresh(folder, user, content)) return error;

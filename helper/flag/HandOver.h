@@ -19,8 +19,11 @@ inline constexpr const char* flagName = "state";
 //   3. the new one is made whole as state.new, open to nobody before it is whole
 //   4. it takes the flag's name in one step: whoever opens the flag finds the old or the new one, never none
 //   5. the new user's state.left.USER is removed; its content is in the flag
-// A later hand-over clears away what an interrupted one left: state.new was never in place, and a state.left.USER of
-// the user whose flag is in place has been used.
+// The next one begins by clearing up.
 int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user);
+
+// Clears away what a hand-over that was killed has left, also where the flag in place is to stay: state.new, which was
+// never in place; and state.left.USER of the user whose flag is in place, which has been used, or is the flag itself.
+void clearUpFlagFolder(int folder, uid_t owner);
 
 }  // namespace kovra::helper

@@ -50,6 +50,8 @@ class FlagRig {
         if (!folder_) throw std::runtime_error("the folder is refused");
         return *folder_;
     }
+    // What a daemon that is started anew finds.
+    void startAnew() { folder_.reset(); }
     bool handOver(std::optional<uid_t> user) {
         FlagFolder& flag = folder();
         const WithoutCapabilities none;

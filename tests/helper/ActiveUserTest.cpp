@@ -1,0 +1,178 @@
+#include "helper/session/ActiveUser.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "tests/helper/PrivateMachine.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+TEST(UserAtTheMachine, IsTheOneOfALocalSessionOfTheirOwnInTheForeground) {
+    const ForegroundSession session{1000, "user", "active", false};
+    EXPECT_EQ(userAtTheMachine(session), 1000U);
+    EXPECT_EQ(userAtTheMachine(std::nullopt), std::nullopt);
+    for (const std::string kind : {"greeter", "lock-screen", "background", "manager", "user-early", "", "User"}) {
+        EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, kind, "active", false}), std::nullopt) << kind;
+    }
+    for (const std::string state : {"online", "closing", "opening", "", "Active"}) {
+        EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, "user", state, false}), std::nullopt) << state;
+    }
+    EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, "user", "active", true}), std::nullopt);
+    EXPECT_EQ(userAtTheMachine(ForegroundSession{0, "user", "active", false}), 0U);
+}
+
+// The files that a login manager keeps, in the /run of a machine of the test's own, each replaced in one step as it
+// does.
+class LoginManager {
+  public:
+    LoginManager() {
+        for (const std::string name : {"seats", "sessions", "users", "machines"}) {
+            fs::create_directories("/run/systemd/" + name);
+        }
+    }
+    static void session(const std::string& name, uid_t user, const std::string& state = "active",
+                        const std::string& kind = "user", bool isRemote = false) {
+        replace("sessions/" + name,
+                "UID=" + std::to_string(user) + "\nUSER=somebody\nACTIVE=1\nIS_DISPLAY=1\nSTATE=" + state +
+                    "\nREMOTE=" + (isRemote ? "1" : "0") + "\nTYPE=wayland\nCLASS=" + kind + "\nSEAT=seat0\n");
+    }
+    static void endSession(const std::string& name) { fs::remove("/run/systemd/sessions/" + name); }
+    static void foreground(const std::string& session, uid_t user) {
+        replace("seats/seat0", "IS_SEAT0=1\nCAN_GRAPHICAL=1\nACTIVE=" + session +
+                                   "\nACTIVE_UID=" + std::to_string(user) + "\nSESSIONS=" + session + "\n");
+    }
+    static void noForeground() { replace("seats/seat0", "IS_SEAT0=1\nCAN_GRAPHICAL=1\n"); }
+
+  private:
+    static void replace(const std::string& name, const std::string& text) {
+        const std::string path = "/run/systemd/" + name;
+        const std::string fresh = "/run/systemd/." + fs::path(name).filename().string();
+        writeFile(fresh, text);
+        fs::rename(fresh, path);
+    }
+};
+
+// Somebody who listens to who is at the machine.
+class Listener {
+  public:
+    Listener() {
+        user.onChange = [this] { ++changes_; };
+    }
+    // Whether it comes to be so, with one call for it.
+    bool becomes(std::optional<uid_t> expected) {
+        const auto end = std::chrono::steady_clock::now() + 10s;
+        while (changes_ == 0 && std::chrono::steady_clock::now() < end) letPass(1ms);
+        const bool once = changes_ == 1;
+        changes_ = 0;
+        return once && user.current() == expected;
+    }
+    bool staysSilent() {
+        letPass(50ms);
+        return changes_ == 0;
+    }
+
+  private:
+    void letPass(std::chrono::milliseconds time) {
+        const auto over = loop_.after(time, [this] { loop_.stop(); });
+        loop_.run();
+    }
+
+    Loop loop_;
+    int changes_ = 0;
+
+  public:
+    ActiveUser user{loop_};
+};
+
+TEST(ActiveUser, IsKnownFromTheStartAndFollowsEachSwitch) {
+    inPrivateMachine([](uid_t) {
+        LoginManager manager;
+        manager.session("1", 1000);
+        manager.session("2", 1001, "online");
+        manager.foreground("1", 1000);
+        Listener listener;
+        EXPECT_EQ(listener.user.current(), 1000U);
+        manager.session("1", 1000, "online");
+        EXPECT_TRUE(listener.becomes(std::nullopt));
+        manager.session("2", 1001);
+        manager.foreground("2", 1001);
+        EXPECT_TRUE(listener.becomes(1001));
+        manager.session("c3", 110, "active", "greeter");
+        manager.foreground("c3", 110);
+        EXPECT_TRUE(listener.becomes(std::nullopt));
+        manager.session("2", 1001);
+        manager.foreground("2", 1001);
+        EXPECT_TRUE(listener.becomes(1001));
+        manager.noForeground();
+        EXPECT_TRUE(listener.becomes(std::nullopt));
+    });
+}
+
+TEST(ActiveUser, IsNobodyAsSoonAsTheirSessionIsOnItsWayOutOrGone) {
+    inPrivateMachine([](uid_t) {
+        LoginManager manager;
+        manager.session("1", 1000);
+        manager.foreground("1", 1000);
+        Listener listener;
+        manager.session("1", 1000, "closing");
+        EXPECT_TRUE(listener.becomes(std::nullopt));
+        manager.session("1", 1000);
+        EXPECT_TRUE(listener.becomes(1000));
+        manager.endSession("1");
+        EXPECT_TRUE(listener.becomes(std::nullopt));
+    });
+}
+
+TEST(ActiveUser, IsNoticedThroughFilesThatAreDamagedOrNotThere) {
+    inPrivateMachine([](uid_t) {
+        LoginManager manager;
+        Listener listener;
+        EXPECT_EQ(listener.user.current(), std::nullopt);
+        manager.foreground("1", 1000);  // a session that is not written down yet
+        EXPECT_TRUE(listener.staysSilent());
+        writeFile("/run/systemd/sessions/1", "UID=many\nSTATE\n\0\n");
+        manager.foreground("1", 1000);
+        EXPECT_TRUE(listener.staysSilent());
+        manager.session("1", 1000, "active", "user", true);
+        EXPECT_TRUE(listener.staysSilent());
+        manager.session("1", 1000);
+        EXPECT_TRUE(listener.becomes(1000));
+    });
+}
+
+TEST(ActiveUser, IsNotToldAnewWhereItIsTheSameOne) {
+    inPrivateMachine([](uid_t) {
+        LoginManager manager;
+        manager.session("1", 1000);
+        manager.session("2", 1000);
+        manager.session("3", 1001, "online", "user", true);
+        manager.foreground("1", 1000);
+        Listener listener;
+        manager.foreground("2", 1000);
+        manager.session("1", 1000, "online");
+        manager.session("3", 1001, "closing", "user", true);
+        manager.endSession("3");
+        EXPECT_TRUE(listener.staysSilent());
+        EXPECT_EQ(listener.user.current(), 1000U);
+    });
+}
+
+TEST(ActiveUser, NeedsALoginManager) {
+    inPrivateMachine([](uid_t) {
+        Loop loop;
+        EXPECT_THROW(ActiveUser user(loop), std::system_error);
+    });
+}
+
+}  // namespace
+}  // namespace kovra::helper

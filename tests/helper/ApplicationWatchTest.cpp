@@ -1,0 +1,259 @@
+#include "helper/session/ApplicationWatch.h"
+
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "helper/session/ProcessStatus.h"
+#include "tests/helper/PrivateMachine.h"
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(ProcessStatus, IsReadOffTheKernelsText) {
+    const auto status = parseProcessStatus(
+        "Name:\tble-kovra\nUmask:\t0022\nState:\tS (sleeping)\nTgid:\t77\nPid:\t77\nPPid:\t12\nTracerPid:\t0\n"
+        "Uid:\t1000\t1001\t1002\t1003\nGid:\t5\t6\t7\t8\n");
+    ASSERT_TRUE(status);
+    EXPECT_EQ(status->name, "ble-kovra");
+    EXPECT_EQ(status->parent, 12);
+    EXPECT_EQ(status->realUser, 1000U);
+    EXPECT_EQ(status->effectiveUser, 1001U);
+}
+
+TEST(ProcessStatus, OfADamagedTextIsNone) {
+    for (const std::string text :
+         {"", "\n\n", "Name:\tble-kovra\n", "Name:\tx\nPPid:\t1\nUid:\n", "Uid:\t1\t1\nPPid:\t1\n",
+          "Name:\tx\nPPid:\tone\nUid:\t1\t1\n", "Name:\tx\nPPid:\t1\nUid:\t1\n",
+          "Name:\tx\nPPid:\t1\nUid:\t99999999999\t1\n", "Name"}) {
+        EXPECT_FALSE(parseProcessStatus(text)) << text;
+    }
+}
+
+TEST(ProcessStatus, IsNotTakenInByANameThatLooksLikeMoreLines) {
+    ::prctl(PR_SET_NAME, "x\nUid:\t1\t1");
+    const auto status = processStatus(::getpid());
+    ::prctl(PR_SET_NAME, "test_helper");
+    ASSERT_TRUE(status);
+    EXPECT_EQ(status->name, "x\\nUid:\t1\t1");
+    EXPECT_EQ(status->realUser, ::getuid());
+}
+
+// A process with a name and a user that does nothing, until it goes.
+class Process {
+  public:
+    explicit Process(const std::string& name, uid_t real, uid_t effective) {
+        int started[2];
+        EXPECT_EQ(::pipe(started), 0);
+        number_ = ::fork();
+        if (number_ == 0) {
+            ::prctl(PR_SET_NAME, name.c_str());
+            if (::setresuid(real, effective, effective) != 0) ::_exit(1);
+            EXPECT_EQ(::write(started[1], "x", 1), 1);
+            while (true) ::pause();
+        }
+        ::close(started[1]);
+        char ready = 0;
+        EXPECT_EQ(::read(started[0], &ready, 1), 1);
+        ::close(started[0]);
+    }
+    explicit Process(uid_t user, const std::string& name = "ble-kovra") : Process(name, user, user) {}
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    ~Process() {
+        kill();
+        reap();
+    }
+
+    pid_t number() const { return number_; }
+    void signal(int which) const { ::kill(number_, which); }
+    void kill() const { signal(SIGKILL); }
+    void reap() {
+        if (number_ > 0) ::waitpid(number_, nullptr, 0);
+        number_ = -1;
+    }
+
+  private:
+    pid_t number_ = -1;
+};
+
+class Rig {
+  public:
+    Rig() {
+        watch.onEnd = [this] {
+            ++ends_;
+            loop_.stop();
+        };
+    }
+    // Within the second that is promised.
+    bool endIsTold() {
+        letPass(1s);
+        return std::exchange(ends_, 0) == 1;
+    }
+    bool staysSilent() {
+        letPass(50ms);
+        return ends_ == 0;
+    }
+
+  private:
+    void letPass(std::chrono::milliseconds time) {
+        const auto over = loop_.after(time, [this] { loop_.stop(); });
+        loop_.run();
+    }
+
+    Loop loop_;
+    int ends_ = 0;
+
+  public:
+    ApplicationWatch watch{loop_};
+};
+
+TEST(ApplicationWatch, TellsTheEndOfTheUsersApplicationAtOnceHoweverItEnds) {
+    inPrivateMachine([](uid_t user) {
+        for (const int signal : {SIGKILL, SIGTERM, SIGABRT}) {
+            Rig rig;
+            EXPECT_FALSE(rig.watch.lives(user));
+            const Process application(user);
+            EXPECT_TRUE(rig.watch.lives(user));
+            EXPECT_TRUE(rig.watch.lives(user));
+            EXPECT_TRUE(rig.staysSilent());
+            application.signal(signal);
+            EXPECT_TRUE(rig.endIsTold());
+            EXPECT_FALSE(rig.watch.lives(user));  // nor while nobody has asked for its end
+            EXPECT_TRUE(rig.staysSilent());
+        }
+    });
+}
+
+TEST(ApplicationWatch, GoesOnWithAnotherApplicationOfThatUser) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        const Process one(user);
+        const Process other(user);
+        EXPECT_TRUE(rig.watch.lives(user));
+        one.kill();
+        EXPECT_TRUE(rig.staysSilent());
+        EXPECT_TRUE(rig.watch.lives(user));
+        other.kill();
+        EXPECT_TRUE(rig.endIsTold());
+        EXPECT_FALSE(rig.watch.lives(user));
+    });
+}
+
+TEST(ApplicationWatch, TakesNoOtherNameForIt) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        for (const std::string name : {"ble-kovra-ui", "ble-kovra-helper", "ble-kovr", "xble-kovra", "BLE-kovra", ""}) {
+            const Process process(user, name);
+            EXPECT_FALSE(rig.watch.lives(user)) << name;
+        }
+    });
+}
+
+TEST(ApplicationWatch, TakesNobodyElsesForTheUsers) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        const Process application(user);
+        EXPECT_FALSE(rig.watch.lives(bob));
+        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_FALSE(rig.watch.lives(bob));
+        EXPECT_FALSE(rig.watch.lives(user + 1));
+        application.kill();
+        EXPECT_TRUE(rig.staysSilent());
+        if (user == 0) return;  // the only number there is here
+        // Neither one that acts for somebody else nor one that somebody else acts through.
+        const Process actsForRoot("ble-kovra", bob, 0);
+        const Process rootActs("ble-kovra", 0, bob);
+        EXPECT_FALSE(rig.watch.lives(bob));
+        EXPECT_FALSE(rig.watch.lives(0));
+    });
+}
+
+TEST(ApplicationWatch, OneThatIsStoppedLivesAndOneThatIsNotBuriedYetDoesNot) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        const Process application(user);
+        application.signal(SIGSTOP);
+        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_TRUE(rig.staysSilent());
+        application.kill();
+        EXPECT_TRUE(rig.endIsTold());
+        EXPECT_FALSE(rig.watch.lives(user));
+    });
+}
+
+TEST(ApplicationWatch, ForgetsTheOneThatItHeld) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        const Process application(user);
+        EXPECT_TRUE(rig.watch.lives(user));
+        rig.watch.forget();
+        application.kill();
+        EXPECT_TRUE(rig.staysSilent());
+        EXPECT_FALSE(rig.watch.lives(user));
+    });
+}
+
+TEST(ApplicationWatch, LetsGoOfOneThatHasBecomeAnotherProgram) {
+    inPrivateMachine([](uid_t user) {
+        ::prctl(PR_SET_NAME, "ble-kovra");
+        Rig rig;
+        EXPECT_TRUE(rig.watch.lives(0));
+        ::prctl(PR_SET_NAME, "another");
+        EXPECT_FALSE(rig.watch.lives(0));
+        const Process application(user);
+        EXPECT_TRUE(rig.watch.lives(user));
+    });
+}
+
+// The next process gets this number.
+void numberNext(pid_t number) { writeFile("/proc/sys/kernel/ns_last_pid", std::to_string(number - 1)); }
+
+TEST(ApplicationWatch, HoldsTheApplicationAndNotTheProgramThatItIsJustStarting) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        int becomes[2];
+        ASSERT_EQ(::pipe(becomes), 0);
+        numberNext(500);
+        const pid_t application = ::fork();
+        if (application == 0) {
+            ::prctl(PR_SET_NAME, "ble-kovra");
+            numberNext(400);  // found before the application, in the list of processes
+            const pid_t started = ::fork();
+            if (::setresuid(user, user, user) != 0) ::_exit(1);
+            if (started == 0) {
+                char now = 0;
+                ::prctl(PR_SET_NAME, "ble-kovra");
+                if (::read(becomes[0], &now, 1) == 1) ::prctl(PR_SET_NAME, "xdg-open");
+            }
+            while (true) ::pause();
+        }
+        const auto is = [&](pid_t process, const std::string& name) {
+            for (int tries = 0; tries < 5'000; ++tries) {
+                const auto status = processStatus(process);
+                if (status && status->name == name && status->effectiveUser == user) return true;
+                ::usleep(1'000);
+            }
+            return false;
+        };
+        ASSERT_TRUE(is(500, "ble-kovra") && is(400, "ble-kovra"));
+        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_EQ(::write(becomes[1], "x", 1), 1);
+        ASSERT_TRUE(is(400, "xdg-open"));
+        ::kill(application, SIGKILL);
+        EXPECT_TRUE(rig.endIsTold());
+    });
+}
+
+}  // namespace
+}  // namespace kovra::helper

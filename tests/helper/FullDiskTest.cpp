@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/PrivateMachine.h"
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+namespace {
+
+using Names = std::set<std::string>;
+
+// A small file system with the flag's folder, of this user, who has left "on"; and nothing else on it.
+class SmallDisk {
+  public:
+    explicit SmallDisk(uid_t user) : user_(user) {
+        const std::string folder = rig.path();
+        if (::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k,nr_inodes=16,mode=755") != 0) {
+            throw std::runtime_error("no small disk");
+        }
+        if (!rig.handOver(user)) throw std::runtime_error("no flag");
+        rig.write(user, "on");
+    }
+    ~SmallDisk() { ::umount2(rig.path().c_str(), MNT_DETACH); }
+
+    void fillWithBytes() { fill("bytes", std::string(1 << 20, 'x')); }
+    void fillWithFiles() {
+        for (int i = 0; i < 16; ++i) fill("file" + std::to_string(i), "");
+    }
+    void empty() {
+        for (const std::string& name : fillers_) std::remove(rig.path(name).c_str());
+        fillers_.clear();
+    }
+    // What is in the folder beside what filled the disk.
+    Names names() const {
+        Names names = rig.names();
+        for (const std::string& name : fillers_) names.erase(name);
+        return names;
+    }
+
+    FlagRig rig;
+
+  private:
+    void fill(const std::string& name, const std::string& text) {
+        std::ofstream(rig.path(name)) << text;
+        fillers_.insert(name);
+    }
+
+    const uid_t user_;
+    Names fillers_;
+};
+
+std::string left(uid_t user) { return "state.left." + std::to_string(user); }
+
+TEST(HandOverOnAFullDisk, TakesTheRightAwayLeavesNothingHalfMadeAndLosesNothing) {
+    inPrivateMachine([](uid_t user) {
+        SmallDisk disk(user);
+        disk.fillWithBytes();
+        EXPECT_FALSE(disk.rig.handOver(std::nullopt));
+        EXPECT_FALSE(disk.rig.folder().isOf(user));
+        EXPECT_TRUE(disk.rig.folder().isOf(std::nullopt));
+        EXPECT_FALSE(disk.rig.saysOn());
+        EXPECT_TRUE(user == 0 || !mayWrite(user, disk.rig.state()));
+        EXPECT_EQ(disk.names(), (Names{"state", left(user)}));
+        EXPECT_FALSE(disk.rig.handOver(user));
+        EXPECT_EQ(disk.names(), (Names{"state", left(user)}));
+        disk.empty();
+        EXPECT_TRUE(disk.rig.handOver(user));
+        EXPECT_TRUE(disk.rig.saysOn());
+        EXPECT_EQ(disk.names(), Names{"state"});
+    });
+}
+
+TEST(HandOverOnAFullDisk, WithoutRoomForANameTakesTheRightAwayAllTheSame) {
+    inPrivateMachine([](uid_t user) {
+        SmallDisk disk(user);
+        disk.fillWithFiles();
+        EXPECT_FALSE(disk.rig.handOver(std::nullopt));
+        EXPECT_TRUE(disk.rig.folder().isOf(std::nullopt));
+        EXPECT_TRUE(user == 0 || !mayWrite(user, disk.rig.state()));
+        EXPECT_EQ(disk.names(), Names{"state"});
+        disk.empty();
+        EXPECT_TRUE(disk.rig.handOver(user));
+        EXPECT_TRUE(disk.rig.folder().isOf(user));
+        EXPECT_FALSE(disk.rig.saysOn());
+        EXPECT_EQ(disk.names(), Names{"state"});
+    });
+}
+
+TEST(HandOverOnAFullDisk, FailsWhereTheFileSystemMayOnlyBeRead) {
+    inPrivateMachine([](uid_t user) {
+        SmallDisk disk(user);
+        ASSERT_EQ(::mount("none", disk.rig.path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+        EXPECT_FALSE(disk.rig.handOver(std::nullopt));
+        EXPECT_EQ(disk.names(), Names{"state"});
+        ASSERT_EQ(::mount("none", disk.rig.path().c_str(), nullptr, MS_REMOUNT, nullptr), 0);
+        EXPECT_TRUE(disk.rig.handOver(std::nullopt));
+        EXPECT_FALSE(disk.rig.saysOn());
+    });
+}
+
+}  // namespace
+}  // namespace kovra::helper

@@ -1,0 +1,129 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "helper/Descriptor.h"
+#include "helper/flag/HandOver.h"
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+namespace {
+
+using Names = std::set<std::string>;
+
+// Runs the work in a process that is killed when it is about to make its system call number `calls`, which then does
+// not happen. False where the work was over before.
+bool killedAt(int calls, const std::function<void()>& work) {
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        ::raise(SIGSTOP);
+        work();
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    ::ptrace(PTRACE_SETOPTIONS, process, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    // Each call stops twice: before and after it.
+    for (int stops = 0; stops < 2 * calls + 1; ++stops) {
+        ::ptrace(PTRACE_SYSCALL, process, nullptr, nullptr);
+        ::waitpid(process, &status, 0);
+        if (WIFEXITED(status)) return false;
+        if (!WIFSTOPPED(status) || WSTOPSIG(status) != (SIGTRAP | 0x80)) throw std::runtime_error("an odd stop");
+    }
+    ::kill(process, SIGKILL);
+    ::waitpid(process, &status, 0);
+    return true;
+}
+
+struct Change {
+    std::optional<uid_t> from;
+    std::optional<uid_t> to;
+};
+
+std::string text(const Change& change) {
+    const auto name = [](std::optional<uid_t> user) { return user ? std::to_string(*user) : "nobody"; };
+    return "from " + name(change.from) + " to " + name(change.to);
+}
+
+// Both users have left "on", and the first one has the flag; or nobody.
+void prepare(FlagRig& rig, std::optional<uid_t> first) {
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    rig.handOver(bob);
+    rig.write(bob, "on");
+    rig.handOver(first);
+}
+
+// Every killing of one hand-over, and what is so right after it.
+void killEverywhere(const Change& change, const std::function<void(FlagRig&)>& check) {
+    SCOPED_TRACE(text(change));
+    int kills = 0;
+    for (bool isKilled = true; isKilled; ++kills) {
+        SCOPED_TRACE("killed at call " + std::to_string(kills));
+        FlagRig rig;
+        prepare(rig, change.from);
+        const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        isKilled = killedAt(kills, [&] { handOverFlag(folder.number(), ::geteuid(), change.to); });
+        check(rig);
+        if (::testing::Test::HasFailure()) return;
+    }
+    EXPECT_GT(kills, 10);
+}
+
+const std::vector<Change> changes = {{alice, bob}, {bob, alice}, {alice, {}}, {{}, alice}, {alice, alice}, {{}, {}}};
+
+// The daemon, started anew: what is in place already is not put there again.
+void startAnew(FlagRig& rig, std::optional<uid_t> user) {
+    rig.startAnew();
+    if (rig.folder().isOf(user)) return;
+    ASSERT_TRUE(rig.handOver(user));
+}
+
+TEST(HandOverKilled, AtAnyMomentLeavesAFlagThatNobodyMayWriteButTheOneBeforeOrTheNextOne) {
+    for (const Change& change : changes) {
+        killEverywhere(change, [&](FlagRig& rig) {
+            EXPECT_NE(rig.content(), "missing");
+            for (const uid_t user : {alice, bob, bob + 1}) {
+                const bool isOneOfThem = user == change.from || user == change.to;
+                EXPECT_TRUE(isOneOfThem || !mayWrite(user, rig.state())) << user;
+            }
+            const bool isOneOfTheirs = rig.folder().isOf(change.from) || rig.folder().isOf(change.to);
+            EXPECT_TRUE(isOneOfTheirs || rig.folder().isOf(std::nullopt));
+            EXPECT_TRUE(isOneOfTheirs || !rig.saysOn());
+        });
+    }
+}
+
+TEST(HandOverKilled, AtAnyMomentLosesNothingOfWhatUsersLeftAndLeavesNothingBehindOnceTheNextOneIsDone) {
+    for (const Change& change : changes) {
+        for (const std::optional<uid_t> next : std::set{change.to, change.from}) {
+            SCOPED_TRACE("then to " + text({next, next}));
+            killEverywhere(change, [&](FlagRig& rig) {
+                startAnew(rig, next);
+                ASSERT_TRUE(rig.folder().isOf(next));
+                EXPECT_EQ(rig.saysOn(), next.has_value());
+                EXPECT_FALSE(rig.names().contains("state.new"));
+                ASSERT_TRUE(rig.handOver(alice));
+                EXPECT_TRUE(rig.saysOn());
+                EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));
+                ASSERT_TRUE(rig.handOver(bob));
+                EXPECT_TRUE(rig.saysOn());
+                EXPECT_EQ(rig.names(), (Names{"state", "state.left.61001"}));
+            });
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kovra::helper
