@@ -4,7 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 #include "BLE_kovra/system/DriverActivator.h"
 #include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakeLog.h"
@@ -45,7 +46,7 @@ class DriverListingByARealTool : public testing::Test {
 
     Scripts scripts_;
     SdEventLoop loop_;
-    SdEventProcessRunner processes_{loop_};
+    PosixProcessRunner processes_{loop_};
     FakeFileSystem files_;
     FakeLog log_;
 };

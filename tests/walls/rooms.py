@@ -25,6 +25,9 @@ POSIX = frozenset(
     """.split()
 )
 
+# Each system's own way to hear of the end of a program.
+PROCESS_END = frozenset({"sys/event.h", "sys/syscall.h"})
+
 QT = re.compile(r"(Qt\w*/.*|Q[A-Z]\w*|q[a-z_]+\.h)")
 GOOGLE_TEST = re.compile(r"g(test|mock)/.*\.h")
 
@@ -34,7 +37,7 @@ def standard(header):
 
 
 def posix(header):
-    return header in STANDARD or header in POSIX
+    return header in STANDARD or header in POSIX or header in PROCESS_END
 
 
 def any_but_qt(header):

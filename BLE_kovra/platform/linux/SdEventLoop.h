@@ -10,6 +10,7 @@
 
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/linux/Handles.h"
+#include "BLE_kovra/platform/posix/DescriptorLoop.h"
 
 namespace kovra {
 
@@ -19,7 +20,7 @@ using EventSource = Handle<sd_event_source, sd_event_source_disable_unref>;
 //
 // sd-event's callbacks only ring: they put a block on the queue. Blocks run outside sd-event's own dispatch, so that
 // one of them may run the loop nested. Sleeps in the kernel, without a tick, while nothing happens.
-class SdEventLoop : public MainQueue {
+class SdEventLoop : public MainQueue, public DescriptorLoop {
   public:
     // Throws std::system_error where the system has no descriptors left for a loop.
     SdEventLoop();
@@ -31,14 +32,7 @@ class SdEventLoop : public MainQueue {
     // For adapters that attach a library of their own to the loop. Their callbacks only post.
     sd_event* event() const { return event_.get(); }
 
-    // A descriptor that is watched, until it is let go of.
-    class Watch {
-      public:
-        virtual ~Watch() = default;
-        // Each ring is one block; the descriptor then stays silent until the block asks for the next.
-        virtual void rearm() = 0;
-    };
-    std::unique_ptr<Watch> watch(int descriptor, Block readable);
+    std::unique_ptr<Watch> watch(int descriptor, Block readable) override;
     // For whoever found no room to write. The descriptor may be watched for something to read besides.
     std::unique_ptr<Watch> watchForRoom(int descriptor, Block writable);
 
@@ -53,11 +47,10 @@ class SdEventLoop : public MainQueue {
 
     // Turns until stop().
     void run();
-    // Turns until `done`, or until stop(). Also from inside a block: what happens meanwhile goes on happening.
-    void runUntil(const std::function<bool()>& done);
+    void runUntil(const std::function<bool()>& done) override;
     // Drops what is queued: from now on no block runs, nothing queues, and run() returns.
     void stop();
-    bool isStopped() const { return stopped_; }
+    bool isStopped() const override { return stopped_; }
 
   private:
     class Timer;

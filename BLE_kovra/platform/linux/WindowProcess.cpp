@@ -8,11 +8,11 @@
 #include <optional>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/ChildProcess.h"
 #include "BLE_kovra/platform/linux/Desktop.h"
 #include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "BLE_kovra/platform/linux/wire/LineSocket.h"
+#include "BLE_kovra/platform/posix/ChildProcess.h"
 #include "BLE_kovra/platform/posix/FileDescriptor.h"
 
 namespace kovra {
@@ -78,7 +78,8 @@ class WindowProcess::Running {
         child_->terminate();
         ending_.reset();  // before the next, since the kernel watches a descriptor once
         ending_ = loop_.watch(child_->descriptor(), [this, gone] {
-            if (child_->hasEnded()) gone();
+            child_->reap();
+            gone();
         });
     }
 

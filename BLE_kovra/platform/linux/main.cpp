@@ -32,7 +32,6 @@
 #include "BLE_kovra/platform/linux/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/SdEventApplication.h"
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
-#include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
 #include "BLE_kovra/platform/linux/SessionBus.h"
 #include "BLE_kovra/platform/linux/SingleInstance.h"
 #include "BLE_kovra/platform/linux/StatusNotifierFront.h"
@@ -45,6 +44,7 @@
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
 #include "BLE_kovra/platform/linux/XdgWorkspace.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
+#include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 
 namespace {
 
@@ -147,7 +147,7 @@ void runApplication() {
     }
     kovra::TrayStatusBar statusBar(loop, std::move(fronts));
 
-    kovra::SdEventProcessRunner processes(loop);
+    kovra::PosixProcessRunner processes(loop);
     kovra::XdgWorkspace workspace(loop);
     kovra::ProcessWindowHost windows(loop, window, activationToken, workspace);
     kovra::ProcessAlertPresenter alerts(loop, window, activationToken);

@@ -3,8 +3,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
+#include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 #include "tests/support/Environment.h"
 #include "tests/support/posix/Scripts.h"
 
@@ -40,7 +41,7 @@ class AutostartReaders : public testing::Test {
     Scripts scripts_;
     Environment environment_;
     SdEventLoop loop_;
-    SdEventProcessRunner processes_{loop_};
+    PosixProcessRunner processes_{loop_};
     const std::string entry_ = scripts_ / "own/autostart/org.ble_kovra.BLEKovra.desktop";
 };
 

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
+#include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 #include "tests/contracts/ProcessRunnerContract.h"
 #include "tests/platform/linux/OwnResources.h"
 #include "tests/platform/linux/Turns.h"
@@ -44,7 +44,7 @@ class SdEventDriver {
 
   private:
     SdEventLoop loop_;
-    SdEventProcessRunner processes_{loop_};
+    PosixProcessRunner processes_{loop_};
     Scripts scripts_;
 };
 
@@ -66,7 +66,7 @@ class OutsideProgram : public testing::Test {
 
     Scripts scripts_;
     SdEventLoop loop_;
-    SdEventProcessRunner processes_{loop_};
+    PosixProcessRunner processes_{loop_};
 };
 
 TEST_F(OutsideProgram, HasBothItsStreamsInOnePipeInTheOrderOfWriting) {
@@ -82,7 +82,7 @@ TEST_F(OutsideProgram, MayWriteFarMoreThanAPipeHolds) {
 
 TEST_F(OutsideProgram, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput) {
     const auto before = openDescriptors();
-    SdEventProcessRunner bounded(loop_, 100'000);
+    PosixProcessRunner bounded(loop_, 100'000);
     const auto written = [&](const std::string& script) { return bounded.output({scripts_.make(script), {}}); };
     EXPECT_EQ(written("head -c 100000 /dev/zero").value_or("").size(), 100'000U);
     EXPECT_EQ(written("head -c 100001 /dev/zero"), std::nullopt);
@@ -208,7 +208,7 @@ TEST_F(OutsideProgram, ThatIsStartedIsNotWaitedForAndIsNoZombieAfterItsEnd) {
 TEST_F(OutsideProgram, ThatIsStartedLivesOnWhenWeEnd) {
     {
         SdEventLoop loop;
-        SdEventProcessRunner processes(loop);
+        PosixProcessRunner processes(loop);
         EXPECT_TRUE(processes.start({scripts_.make("echo $$ >$here/pid; exec sleep 1000"), {}}));
         EXPECT_TRUE(sees([this] { return isRunning(); }));
         loop.stop();

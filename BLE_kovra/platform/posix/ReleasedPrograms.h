@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "BLE_kovra/platform/linux/ChildProcess.h"
-#include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/posix/ChildProcess.h"
+#include "BLE_kovra/platform/posix/DescriptorLoop.h"
 
 namespace kovra {
 
@@ -14,7 +14,7 @@ namespace kovra {
 // left.
 class ReleasedPrograms {
   public:
-    explicit ReleasedPrograms(SdEventLoop& loop) : loop_(loop) {}
+    explicit ReleasedPrograms(DescriptorLoop& loop) : loop_(loop) {}
 
     // 0, or the system's error. Once the loop is stopped nothing starts any more: ECANCELED.
     int start(Spawn& how, const std::string& executable, const std::vector<std::string>& arguments);
@@ -22,10 +22,10 @@ class ReleasedPrograms {
   private:
     struct Program {
         std::unique_ptr<ChildProcess> process;
-        std::unique_ptr<SdEventLoop::Watch> end;
+        std::unique_ptr<DescriptorLoop::Watch> end;
     };
 
-    SdEventLoop& loop_;
+    DescriptorLoop& loop_;
     std::list<Program> running_;
 };
 

@@ -1,38 +1,46 @@
-#include "BLE_kovra/platform/linux/ChildProcess.h"
+#include "BLE_kovra/platform/posix/ChildProcess.h"
 
-#include <sys/syscall.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 
+#include "BLE_kovra/platform/posix/ProcessEnd.h"
+
 namespace kovra {
+
+namespace {
+
+void waitFor(pid_t process) {
+    while (::waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+}  // namespace
 
 std::unique_ptr<ChildProcess> ChildProcess::start(Spawn& how, const std::string& executable,
                                                   const std::vector<std::string>& arguments) {
     pid_t pid = 0;
     errno = how.start(executable, arguments, pid);
     if (errno != 0) return nullptr;
-    const auto process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
-    if (process >= 0) return std::unique_ptr<ChildProcess>(new ChildProcess(pid, process));
+    const int end = openProcessEnd(pid);
+    if (end >= 0) return std::unique_ptr<ChildProcess>(new ChildProcess(pid, end));
     // Nobody would notice its end.
     const int error = errno;
     ::kill(pid, SIGKILL);
-    while (::waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    waitFor(pid);
     errno = error;
     return nullptr;
 }
 
 ChildProcess::~ChildProcess() {
     if (!isLetGo_) terminate();
-    hasEnded();
+    if (pid_ != 0) ::waitpid(pid_, nullptr, WNOHANG);
 }
 
-bool ChildProcess::hasEnded() {
-    if (pid_ != 0 && ::waitpid(pid_, nullptr, WNOHANG) != 0) pid_ = 0;
-    return pid_ == 0;
+void ChildProcess::reap() {
+    if (pid_ != 0) waitFor(pid_);
+    pid_ = 0;
 }
 
 void ChildProcess::terminate() const {

@@ -1,11 +1,11 @@
-#include "BLE_kovra/platform/linux/SdEventProcessRunner.h"
+#include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 
 #include "BLE_kovra/platform/posix/OutputPipe.h"
 #include "BLE_kovra/platform/posix/Refusal.h"
 
 namespace kovra {
 
-std::optional<std::string> SdEventProcessRunner::output(const Command& command) {
+std::optional<std::string> PosixProcessRunner::output(const Command& command) {
     if (loop_.isStopped()) return std::nullopt;
     auto pipe = OutputPipe::open();
     if (!pipe) return std::nullopt;
@@ -17,13 +17,16 @@ std::optional<std::string> SdEventProcessRunner::output(const Command& command) 
 
     std::string text;
     bool hasAll = false;
-    std::unique_ptr<SdEventLoop::Watch> reading;
+    std::unique_ptr<DescriptorLoop::Watch> reading;
     reading = loop_.watch(pipe->descriptor(), [&] {
         hasAll = !pipe->read(text);
         if (!hasAll && text.size() <= longest_) reading->rearm();
     });
     bool hasEnded = false;
-    const auto ending = loop_.watch(program->descriptor(), [&] { hasEnded = program->hasEnded(); });
+    const auto ending = loop_.watch(program->descriptor(), [&] {
+        program->reap();
+        hasEnded = true;
+    });
     loop_.runUntil([&] { return (hasAll && hasEnded) || text.size() > longest_; });
     if (text.size() > longest_) {
         // Without its pipe it cannot go on either, nor can another that it left the pipe to.
@@ -38,7 +41,7 @@ std::optional<std::string> SdEventProcessRunner::output(const Command& command) 
     return text;
 }
 
-Outcome SdEventProcessRunner::start(const Command& command) {
+Outcome PosixProcessRunner::start(const Command& command) {
     Spawn how;
     const int error = started_.start(how, command.executable, command.arguments);
     return error == 0 ? Outcome::success() : refusal(error);

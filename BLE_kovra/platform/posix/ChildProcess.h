@@ -24,18 +24,18 @@ class ChildProcess {
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     // Readable once the program has ended.
-    int descriptor() const { return process_.number(); }
-    // True once it has ended; nothing of it is then left.
-    bool hasEnded();
+    int descriptor() const { return end_.number(); }
+    // Once it has: nothing is left of it.
+    void reap();
     void terminate() const;
     // From now on its end is its own affair.
     void letGo() { isLetGo_ = true; }
 
   private:
-    ChildProcess(pid_t pid, int process) : pid_(pid), process_(process) {}
+    ChildProcess(pid_t pid, int end) : pid_(pid), end_(end) {}
 
     pid_t pid_;  // 0 once it is gone
-    FileDescriptor process_;
+    FileDescriptor end_;
     bool isLetGo_ = false;
 };
 

@@ -1,4 +1,4 @@
-#include "BLE_kovra/platform/linux/ReleasedPrograms.h"
+#include "BLE_kovra/platform/posix/ReleasedPrograms.h"
 
 #include <cerrno>
 #include <utility>
@@ -13,7 +13,8 @@ int ReleasedPrograms::start(Spawn& how, const std::string& executable, const std
     process->letGo();
     const auto program = running_.insert(running_.end(), Program{std::move(process), nullptr});
     program->end = loop_.watch(program->process->descriptor(), [this, program] {
-        if (program->process->hasEnded()) running_.erase(program);
+        program->process->reap();
+        running_.erase(program);
     });
     return 0;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BLE_kovra/platform/ProcessRunner.h"
-#include "BLE_kovra/platform/linux/ReleasedPrograms.h"
+#include "BLE_kovra/platform/posix/ReleasedPrograms.h"
 
 namespace kovra {
 
@@ -9,16 +9,16 @@ namespace kovra {
 //
 // A program that is run for its output has that one reader: it is told to end when the application terminates first.
 // What is started lives in a session of its own, and on when we have ended.
-class SdEventProcessRunner : public ProcessRunner {
+class PosixProcessRunner : public ProcessRunner {
   public:
-    explicit SdEventProcessRunner(SdEventLoop& loop, std::size_t longest = longestOutput)
+    explicit PosixProcessRunner(DescriptorLoop& loop, std::size_t longest = longestOutput)
         : loop_(loop), longest_(longest), started_(loop) {}
 
     std::optional<std::string> output(const Command& command) override;
     Outcome start(const Command& command) override;
 
   private:
-    SdEventLoop& loop_;
+    DescriptorLoop& loop_;
     std::size_t longest_;
     ReleasedPrograms started_;
 };

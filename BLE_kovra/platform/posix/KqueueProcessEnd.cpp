@@ -1,0 +1,34 @@
+#include <sys/event.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "BLE_kovra/platform/posix/ProcessEnd.h"
+
+namespace kovra {
+
+namespace {
+
+// 0, or the error.
+int add(int queue, uintptr_t ident, int filter, unsigned what) {
+    struct kevent event {};
+    EV_SET(&event, ident, static_cast<int16_t>(filter), EV_ADD, what, 0, nullptr);
+    return ::kevent(queue, &event, 1, nullptr, 0, nullptr) < 0 ? errno : 0;
+}
+
+}  // namespace
+
+// The descriptor is the queue itself, readable for as long as it holds an event that nobody fetches.
+int openProcessEnd(pid_t process) {
+    const int queue = ::kqueue();
+    if (queue < 0) return -1;
+    int error = add(queue, static_cast<uintptr_t>(process), EVFILT_PROC, NOTE_EXIT);
+    // One that is ending is no process any more to the queue, which is then told by ourselves.
+    if (error == ESRCH) error = add(queue, 0, EVFILT_USER, NOTE_TRIGGER);
+    if (error == 0) return queue;
+    ::close(queue);
+    errno = error;
+    return -1;
+}
+
+}  // namespace kovra
