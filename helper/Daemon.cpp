@@ -32,8 +32,9 @@ bool Daemon::flagIsTheirs(std::optional<uid_t> user) {
     return false;
 }
 
+// The application is looked for before the flag says "on", since looking through all processes takes its time.
 bool Daemon::shouldMute(std::optional<uid_t> user) {
-    if (user && flag_.saysOn()) return people_.runsTheApplication(*user);
+    if (user) return people_.runsTheApplication(*user) && flag_.saysOn();
     people_.forgetTheApplication();
     return false;
 }

@@ -87,12 +87,17 @@ class DaemonRig {
     FlagRig flag;
     std::optional<uid_t> atTheMachine;
     std::set<uid_t> running;
+    std::optional<uid_t> askedFor;
     int forgotten = 0;
 
   private:
     Daemon::People people() {
         return {.atTheMachine = [this] { return atTheMachine; },
-                .runsTheApplication = [this](uid_t user) { return running.contains(user); },
+                .runsTheApplication =
+                    [this](uid_t user) {
+                        askedFor = user;
+                        return running.contains(user);
+                    },
                 .forgetTheApplication = [this] { ++forgotten; }};
     }
 

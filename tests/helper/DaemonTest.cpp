@@ -186,11 +186,19 @@ TEST_F(HelperDaemon, MutesNothingWithoutTheApplication) {
     EXPECT_TRUE(rig.is("0"));
 }
 
-TEST_F(HelperDaemon, ForgetsTheApplicationOnceTheFlagIsOff) {
+TEST_F(HelperDaemon, HasFoundTheApplicationBeforeTheFlagSaysOn) {
+    rig.start();
+    rig.sitsDown(alice);
+    EXPECT_EQ(rig.askedFor, alice);
+}
+
+TEST_F(HelperDaemon, ForgetsTheApplicationOnceNobodyIsThere) {
     rig.startMuted();
     rig.forgotten = 0;
-    rig.flag.write(alice, "off");
-    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.forgotten > 0; }));
+    rig.settle();
+    EXPECT_EQ(rig.forgotten, 0);
+    rig.sitsDown(std::nullopt);
+    EXPECT_GT(rig.forgotten, 0);
 }
 
 TEST_F(HelperDaemon, GivesThePadBackWhenNobodyIsThereAnyMore) {

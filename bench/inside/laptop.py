@@ -1,0 +1,192 @@
+#!/usr/bin/env python3
+"""Inside private mounts: a laptop with a pad and its twin, a person at it who runs the application, and the helper.
+
+Prints what it measures as one JSON object. Sysfs and udev's messages are made up by umockdev's library, so that the
+attribute is a file in memory and what is timed is the daemon's own way.
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import sys
+import time
+
+import session
+
+PERSON = 61001
+FLAG = pathlib.Path("/Library/Application Support/ble-kovra/state")
+PATIENCE_SECONDS = 20
+SETTLE_SECONDS = 3
+
+
+def main():
+    world = json.loads(sys.argv[1])
+    folder = pathlib.Path(world["folder"])
+    if not os.path.exists("/run/udev/control"):
+        mount("/run")
+    mount("/Library")
+    FLAG.parent.mkdir(parents=True)
+    FLAG.write_text("off")
+    application = person_sits_down(folder)
+    pads = Pads(folder)
+    result = {"changes": changes(world, pads), "memory": memory(world), "idle": idle(world, pads)}
+    application.kill()
+    application.wait()
+    print(json.dumps(result))
+
+
+def mount(point):
+    subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", point], check=True)
+
+
+def person_sits_down(folder):
+    for name, text in [("seats/seat0", f"IS_SEAT0=1\nACTIVE=c1\nACTIVE_UID={PERSON}\nSESSIONS=c1\n"),
+                       ("sessions/c1", f"UID={PERSON}\nACTIVE=1\nSTATE=active\nREMOTE=0\nCLASS=user\nSEAT=seat0\n"),
+                       ("users/none", ""), ("machines/none", "")]:
+        path = pathlib.Path("/run/systemd") / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+    folder.chmod(0o755)
+    application = folder / "ble-kovra"
+    shutil.copy(shutil.which("sleep"), application)
+    return subprocess.Popen([application, "infinity"], user=PERSON, group=PERSON, extra_groups=[])
+
+
+class Helper:
+    """The daemon, from its start until it says that it is ready."""
+
+    def __init__(self, world, environment=os.environ):
+        path = f"{world['folder']}/notify"
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as notify:
+            notify.bind(path)
+            notify.settimeout(PATIENCE_SECONDS)
+            self._process = subprocess.Popen([world["daemon"]], env={**environment, "NOTIFY_SOCKET": path})
+            if notify.recv(100) != b"READY=1":
+                sys.exit("laptop: the helper is not ready")
+        os.unlink(path)
+
+    @property
+    def pid(self):
+        return self._process.pid
+
+    def end(self):
+        self._process.terminate()
+        if self._process.wait() != 0:
+            sys.exit("laptop: the helper failed")
+
+
+def until(condition):
+    deadline = time.monotonic() + PATIENCE_SECONDS
+    while not condition():
+        if time.monotonic() > deadline:
+            sys.exit("laptop: what was waited for did not happen")
+        time.sleep(0.01)
+
+
+class Pads:
+    """A touchpad and its twin, as files."""
+
+    def __init__(self, folder):
+        self._root = folder / "umockdev"
+        hid = self._root / "sys/devices/platform/host/0018:06CB:CD8B.0001"
+        self._device(hid, "bus/hid", "HID_NAME=x\n")
+        self.attributes = [self._input(hid, 4, "Mouse", "ID_INPUT_MOUSE"),
+                           self._input(hid, 5, "Touchpad", "ID_INPUT_TOUCHPAD")]
+
+    @property
+    def environment(self):
+        return os.environ | {"LD_PRELOAD": "libumockdev-preload.so.0", "UMOCKDEV_DIR": str(self._root)}
+
+    def are(self, value):
+        return all(attribute.read_text()[0] == value for attribute in self.attributes)
+
+    def _device(self, path, subsystem, uevent):
+        path.mkdir(parents=True)
+        (path / "uevent").write_text(uevent)
+        (self._root / "sys" / subsystem).mkdir(parents=True, exist_ok=True)
+        (path / "subsystem").symlink_to(self._root / "sys" / subsystem)
+
+    def _input(self, hid, number, kind, property_name):
+        device = hid / "input" / f"input{number}"
+        self._device(device, "class/input", "")
+        (device / "id").mkdir()
+        for name, text in [("name", f"SYNA8004:00 06CB:CD8B {kind}"), ("id/bustype", "0018"), ("id/vendor", "06cb"),
+                           ("inhibited", "0")]:
+            (device / name).write_text(text + "\n")
+        node = device / f"event{number}"
+        self._device(node, "class/input", f"DEVNAME=input/event{number}\nID_INPUT=1\n{property_name}=1\n")
+        for shown in (device, node):
+            link = self._root / "sys/class/input" / shown.name
+            link.symlink_to(os.path.relpath(shown, link.parent))
+        return device / "inhibited"
+
+
+def write_flag(text):
+    """In place, as the application does."""
+    flag = os.open(FLAG, os.O_WRONLY)
+    os.pwrite(flag, text.encode(), 0)
+    os.ftruncate(flag, len(text))
+    os.close(flag)
+
+
+def changes(world, pads):
+    """For "on" and "off": from just before the flag is written until the pad's attribute is, in milliseconds."""
+    helper = Helper(world, pads.environment)
+    watcher = subprocess.Popen([world["watcher"], pads.attributes[-1]], stdout=subprocess.PIPE, text=True)
+    watcher.stdout.readline()
+    taken = {"on": [], "off": []}
+    for _ in range(world["changes"]):
+        for word, value in [("on", "1"), ("off", "0")]:
+            time.sleep(0.005)
+            begin = time.monotonic()
+            write_flag(word)
+            taken[word].append((float(watcher.stdout.readline().split()[1]) - begin) * 1000)
+            until(lambda: pads.are(value))
+    watcher.kill()
+    watcher.wait()
+    helper.end()
+    return taken
+
+
+def memory(world):
+    """PSS in MiB of the helper, of the peers, and of a program that has nothing but libc; one at a time."""
+    helper = Helper(world)
+    taken = {"ours": settled_pss(helper.pid)}
+    helper.end()
+    for name, command in {"sleep": ["sleep", "infinity"], **world["peers"]}.items():
+        peer = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        taken[name] = settled_pss(peer.pid)
+        peer.terminate()
+        peer.wait()
+    return taken
+
+
+def settled_pss(pid):
+    time.sleep(SETTLE_SECONDS)
+    return session.mebibytes(pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text(), "Pss")
+
+
+def idle(world, pads):
+    """Wake-ups and CPU with nothing to mute, with a pad muted, and, where there is a udevd, beside its other events."""
+    taken = {}
+    helper = Helper(world, pads.environment)
+    time.sleep(SETTLE_SECONDS)
+    taken["idle"] = session.measured_idle(helper.pid, world["idle"], foreign=False)
+    write_flag("on")
+    until(lambda: pads.are("1"))
+    time.sleep(SETTLE_SECONDS)
+    taken["muted"] = session.measured_idle(helper.pid, world["idle"], foreign=False)
+    helper.end()
+    if world["foreign"]:
+        helper = Helper(world)
+        time.sleep(SETTLE_SECONDS)
+        taken["idle with foreign events"] = session.measured_idle(helper.pid, world["idle"], foreign=True)
+        helper.end()
+    return taken
+
+
+if __name__ == "__main__":
+    main()

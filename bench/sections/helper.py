@@ -1,0 +1,81 @@
+"""The privileged helper: from the flag to the muted pad, what it takes of memory, and what it costs while nothing happens.
+
+The daemon itself, in private mounts, with pads that are files in memory and a person who is nobody's.
+"""
+
+import json
+import os
+import pathlib
+import shlex
+import statistics
+import subprocess
+import sys
+import tempfile
+
+from figures import say
+
+INSIDE = pathlib.Path(__file__).resolve().parents[1] / "inside" / "laptop.py"
+MOUNT_POINT = pathlib.Path("/Library")
+# Debian's smallest daemons that do a comparable job; fetched, and started from where they are unpacked.
+PEERS = {"acpid": ["usr/sbin/acpid", "-f", "-c", "etc/acpi/events", "-s", "/run/acpid.socket"],
+         "irqbalance": ["usr/sbin/irqbalance", "-f"]}
+
+
+def run(report, tools, changes, idle_seconds):
+    if os.getuid() != 0:
+        report.leave_out("the helper", "private mounts need root")
+        return
+    with tempfile.TemporaryDirectory(prefix="kovra-bench-", dir="/dev/shm") as folder:
+        results = measured(tools, folder, changes, idle_seconds, fetched(folder, report))
+    for word, moments in [("on", "muted"), ("off", "given back")]:
+        times = sorted(results["changes"][word])
+        report.at_most(f"flag to {moments}, median of {len(times)}", statistics.median(times), 1, "ms")
+        report.plain("the same, 99th percentile", f"{times[int(len(times) * 0.99)]:.2f} ms")
+    memory = results["memory"]
+    bare = memory.pop("sleep")
+    ours = memory.pop("ours")
+    report.plain("PSS", f"{ours:.2f} MiB")
+    report.at_most("PSS more than that of sleep, which has libc alone", ours - bare, 2, "MiB", f"sleep {bare:.2f} MiB")
+    for name, theirs in memory.items():
+        report.ratio(f"PSS beside {name}", [ours], [theirs], "MiB")
+    for name, idle in results["idle"].items():
+        report.at_most(f"{name} for {idle_seconds:.0f} s: wake-ups", idle["wakeups"], 0, "a second")
+        report.at_most(f"{name} for {idle_seconds:.0f} s: CPU", idle["cpu"], 0, "ms")
+    if not tools.measure:
+        report.leave_out("the helper with foreign events", "--measure is not given")
+
+
+def measured(tools, folder, changes, idle_seconds, peers):
+    world = json.dumps({"daemon": str(tools.helper), "watcher": str(tools.watcher), "folder": folder,
+                        "changes": changes, "idle": idle_seconds, "foreign": bool(tools.measure), "peers": peers})
+    command = ["unshare", "--mount", "--propagation", "private", sys.executable, INSIDE, world]
+    if tools.measure:
+        command = [tools.measure / "floors" / "with-udevd", *command]
+    is_made = not MOUNT_POINT.exists()
+    MOUNT_POINT.mkdir(exist_ok=True)
+    try:
+        done = subprocess.run(command, stdout=subprocess.PIPE, text=True)
+    finally:
+        if is_made:
+            MOUNT_POINT.rmdir()
+    if done.returncode != 0:
+        raise RuntimeError("the helper could not be measured: " + shlex.join(map(str, command)))
+    return json.loads(done.stdout)
+
+
+def fetched(folder, report):
+    """The commands of the peers that could be fetched."""
+    commands = {}
+    for name, (program, *arguments) in PEERS.items():
+        place = pathlib.Path(folder) / name
+        place.mkdir()
+        say(f"fetching {name}")
+        done = subprocess.run(["apt-get", "download", name], cwd=place, capture_output=True)
+        packages = list(place.glob("*.deb"))
+        if done.returncode != 0 or not packages:
+            report.leave_out(f"PSS beside {name}", "apt-get cannot fetch it")
+            continue
+        subprocess.run(["dpkg-deb", "-x", packages[0], place], check=True)
+        commands[name] = [str(place / program)] + [str(place / word) if word.startswith("etc/") else word
+                                                   for word in arguments]
+    return commands
