@@ -1,38 +1,26 @@
 #include "BLE_kovra/platform/linux/ui/Children.h"
 
-#include <unordered_map>
-#include <utility>
+#include <cstddef>
+#include <string>
 
 namespace kovra {
 
-namespace {
-
-// An id that looks like a position is none.
-std::string identity(const View& view, std::size_t position) {
-    return view.id.empty() ? "#" + std::to_string(position) : "=" + view.id;
-}
-
-}  // namespace
-
 void Children::show(const Element& parent, const std::vector<View>& views, const Site& site, const TextStyle& around,
                     std::uint64_t heard) {
-    std::unordered_map<std::string, std::unique_ptr<Element>> before;
-    for (std::size_t i = 0; i < elements_.size(); ++i) before.emplace(std::move(keys_[i]), std::move(elements_[i]));
-    elements_.clear();
-    keys_.clear();
-    for (std::size_t i = 0; i < views.size(); ++i) {
-        const View& view = views[i];
-        keys_.push_back(identity(view, i));
-        const auto found = before.find(keys_.back());
-        if (found != before.end() && found->second->isFor(view)) {
-            elements_.push_back(std::move(found->second));
-            before.erase(found);
-            elements_.back()->show(view, around, heard);
-        } else {
-            elements_.push_back(makeElement(view, site, around, heard));
-        }
-        elements_.back()->setKey(&parent, view.id.empty() ? std::to_string(i) : view.id);
-    }
+    const auto know = [&](Element& element, const View& view, std::size_t position) {
+        element.setKey(&parent, view.id.empty() ? std::to_string(position) : view.id);
+    };
+    elements_.show(
+        views,
+        [&](const View& view, std::size_t position) {
+            auto made = makeElement(view, site, around, heard);
+            know(*made, view, position);
+            return made;
+        },
+        [&](Element& element, const View& view, std::size_t position) {
+            element.show(view, around, heard);
+            know(element, view, position);
+        });
 }
 
 }  // namespace kovra

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <memory>
+#include <cstdint>
 #include <vector>
 
+#include "BLE_kovra/platform/ViewChildren.h"
 #include "BLE_kovra/platform/linux/ui/Element.h"
 
 namespace kovra {
 
-// The elements inside another, kept in step with the views inside its view: each is known by its id, or by its position
-// where it has none, and by its kind. What is in both stays, whatever its place.
+// The elements inside another.
 class Children {
   public:
     void show(const Element& parent, const std::vector<View>& views, const Site& site, const TextStyle& around,
@@ -17,11 +17,10 @@ class Children {
     auto begin() const { return elements_.begin(); }
     auto end() const { return elements_.end(); }
     std::size_t size() const { return elements_.size(); }
-    Element* first() const { return elements_.empty() ? nullptr : elements_.front().get(); }
+    Element* first() const { return elements_.first(); }
 
   private:
-    std::vector<std::unique_ptr<Element>> elements_;
-    std::vector<std::string> keys_;
+    ViewChildren<Element> elements_;
 };
 
 }  // namespace kovra

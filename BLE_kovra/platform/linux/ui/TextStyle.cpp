@@ -4,7 +4,6 @@
 #include <QPalette>
 #include <algorithm>
 #include <cmath>
-#include <variant>
 
 namespace kovra {
 
@@ -59,22 +58,6 @@ bool isDark(const QPalette& palette) {
 }
 
 }  // namespace
-
-TextStyle TextStyle::inside(const std::vector<Modifier>& modifiers) const {
-    const FontModifier* innermostFont = nullptr;
-    const ForegroundColor* innermostColor = nullptr;
-    for (const Modifier& each : modifiers) {
-        if (innermostFont == nullptr) innermostFont = std::get_if<FontModifier>(&each);
-        if (innermostColor == nullptr) innermostColor = std::get_if<ForegroundColor>(&each);
-    }
-    TextStyle style = *this;
-    if (innermostFont != nullptr) {
-        style.font = innermostFont->font;
-        style.bold = innermostFont->bold;
-    }
-    if (innermostColor != nullptr) style.color = innermostColor->color;
-    return style;
-}
 
 QFont TextStyle::qtFont() const {
     QFont made = QApplication::font();

@@ -4,20 +4,15 @@
 #include <QFont>
 #include <vector>
 
-#include "BLE_kovra/platform/View.h"
+#include "BLE_kovra/platform/TextRole.h"
 
 class QPalette;
 
 namespace kovra {
 
-// How a view's texts look, as the views around it and its own modifiers say; the innermost counts.
-struct TextStyle {
-    Font font = Font::standard;
-    bool bold = false;
-    Color color = Color::primary;
-
-    // As it is inside these modifiers.
-    TextStyle inside(const std::vector<Modifier>& modifiers) const;
+// A text's role as the toolkit draws it.
+struct TextStyle : TextRole {
+    TextStyle inside(const std::vector<Modifier>& modifiers) const { return {TextRole::inside(modifiers)}; }
     // The desktop's own font in the size of the role.
     QFont qtFont() const;
     bool operator==(const TextStyle&) const = default;

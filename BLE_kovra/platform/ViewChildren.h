@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/View.h"
+
+namespace kovra {
+
+// What realises the views inside another, kept in step with them: each is known by its view's id, or by its position
+// where there is none, and goes on for as long as its isFor() has it. What is in both stays, whatever its place.
+template <typename Element>
+class ViewChildren {
+  public:
+    // make(view, position) gives a new element; keep(element, view, position) has one show its view as it is now.
+    // Returns those that no view is there for any more.
+    template <typename Make, typename Keep>
+    std::vector<std::unique_ptr<Element>> show(const std::vector<View>& views, Make make, Keep keep) {
+        std::unordered_map<std::string, std::unique_ptr<Element>> before;
+        for (std::size_t i = 0; i < elements_.size(); ++i) before.emplace(std::move(keys_[i]), std::move(elements_[i]));
+        elements_.clear();
+        keys_.clear();
+        for (std::size_t i = 0; i < views.size(); ++i) {
+            keys_.push_back(key(views[i], i));
+            const auto found = before.find(keys_.back());
+            if (found != before.end() && found->second->isFor(views[i])) {
+                elements_.push_back(std::move(found->second));
+                before.erase(found);
+                keep(*elements_.back(), views[i], i);
+            } else {
+                elements_.push_back(make(views[i], i));
+            }
+        }
+        std::vector<std::unique_ptr<Element>> gone;
+        for (auto& [key, element] : before) gone.push_back(std::move(element));
+        return gone;
+    }
+
+    auto begin() const { return elements_.begin(); }
+    auto end() const { return elements_.end(); }
+    std::size_t size() const { return elements_.size(); }
+    Element* first() const { return elements_.empty() ? nullptr : elements_.front().get(); }
+
+  private:
+    // An id that looks like a position is none.
+    static std::string key(const View& view, std::size_t position) {
+        return view.id.empty() ? "#" + std::to_string(position) : "=" + view.id;
+    }
+
+    std::vector<std::unique_ptr<Element>> elements_;
+    std::vector<std::string> keys_;
+};
+
+}  // namespace kovra
