@@ -1,0 +1,11 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <functional>
+
+// The target of a control's or a menu item's action: what is to be done. Controls do not keep their targets alive.
+@interface KovraActionTarget : NSObject
+- (instancetype)initWithWork:(std::function<void()>)work;
+- (void)perform:(id)sender;
+@end

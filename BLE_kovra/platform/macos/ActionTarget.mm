@@ -1,0 +1,21 @@
+#include "BLE_kovra/platform/macos/ActionTarget.h"
+
+#include <utility>
+
+@implementation KovraActionTarget {
+    std::function<void()> _work;
+}
+
+- (instancetype)initWithWork:(std::function<void()>)work {
+    self = [super init];
+    if (self != nil) _work = std::move(work);
+    return self;
+}
+
+- (void)perform:(id)sender {
+    static_cast<void>(sender);
+    const std::function<void()> work = _work;  // which may let go of this object
+    if (work) work();
+}
+
+@end

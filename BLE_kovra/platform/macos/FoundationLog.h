@@ -1,0 +1,13 @@
+#pragma once
+
+#include "BLE_kovra/platform/SystemLog.h"
+
+namespace kovra {
+
+// The unified log, under the program's name.
+class FoundationLog : public SystemLog {
+  public:
+    void log(std::string_view line) override;
+};
+
+}  // namespace kovra

@@ -1,0 +1,19 @@
+// What BLE-kovra uses of ServiceManagement, declared for machines that are no Macs.
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+typedef enum SMAppServiceStatus : NSInteger {
+    SMAppServiceStatusNotRegistered = 0,
+    SMAppServiceStatusEnabled = 1,
+    SMAppServiceStatusRequiresApproval = 2,
+    SMAppServiceStatusNotFound = 3,
+} SMAppServiceStatus;
+
+__attribute__((availability(macos, introduced = 13.0)))
+@interface SMAppService : NSObject
++ (SMAppService*)mainAppService;
+- (SMAppServiceStatus)status;
+- (BOOL)registerAndReturnError:(NSError**)error;
+- (BOOL)unregisterAndReturnError:(NSError**)error;
+@end
