@@ -132,7 +132,7 @@ def manager_has_nothing_to_do(built):
 def ordinary_user(machine, pkexec):
     machine.put_systemd("inactive", "disabled")
     machine.put("id", "#!/bin/sh\necho 1000\n")
-    machine.put("pkexec", f"#!/bin/sh\necho pkexec $* >>{machine.asked}\n{pkexec}\n")
+    machine.put("pkexec", f"#!/bin/sh\necho pkexec $* >>{machine.asked}\nshift\n{pkexec}\n")
     machine.put("systemd-tmpfiles", f"#!/bin/sh\necho systemd-tmpfiles $* >>{machine.asked}\n")
 
 
@@ -143,7 +143,7 @@ def manager_activates(built):
         ordinary_user(machine, 'exec "$@"')
         check(machine.run("driver-manager", argument) == (0, "", ""), argument)
         said = machine.asked.read_text().splitlines()[1:]
-        wanted = [f"pkexec {machine.folder}/programs/activate-helper", "systemd-tmpfiles --create ble-kovra-helper.conf",
+        wanted = [f"pkexec --disable-internal-agent {machine.folder}/programs/activate-helper", "systemd-tmpfiles --create ble-kovra-helper.conf",
                   f"systemctl --quiet enable --now {UNIT}"]
         check(said == wanted, f"it asked {said}")
 
