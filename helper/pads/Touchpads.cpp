@@ -1,5 +1,7 @@
 #include "helper/pads/Touchpads.h"
 
+#include <linux/input.h>
+
 #include <cerrno>
 #include <charconv>
 #include <string_view>
@@ -23,6 +25,12 @@ std::uint16_t hexNumber(udev_device* device, const char* attribute) {
     return number;
 }
 
+// What udev says, except on I2C: there it takes every mouse for a pointing stick, and the driver has to have said so.
+bool isPointingStick(udev_device* node, udev_device* input, std::uint16_t bus) {
+    if (bus != BUS_I2C) return isSet(node, "ID_INPUT_POINTINGSTICK");
+    return (hexNumber(input, "properties") & (1U << INPUT_PROP_POINTING_STICK)) != 0;
+}
+
 // What hangs on a hub that can be pulled out can be pulled out with it.
 UsbPort port(udev_device* device) {
     bool isFixed = false;
@@ -40,10 +48,10 @@ InputProperties properties(udev_device* node, udev_device* input) {
     device.name = text(udev_device_get_sysattr_value(input, "name"));
     device.isTouchpad = isSet(node, "ID_INPUT_TOUCHPAD");
     device.isMouse = isSet(node, "ID_INPUT_MOUSE");
-    device.isPointingStick = isSet(node, "ID_INPUT_POINTINGSTICK");
     if (const char* integration = udev_device_get_property_value(node, "ID_INPUT_TOUCHPAD_INTEGRATION"))
         device.integration = integration;
     device.bus = hexNumber(input, "id/bustype");
+    device.isPointingStick = isPointingStick(node, input, device.bus);
     device.vendor = hexNumber(input, "id/vendor");
     device.port = port(input);
     if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;

@@ -16,6 +16,7 @@ struct MockInput {
     std::string input = "input5";
     std::string name = "SYNA8004:00 06CB:CD8B Touchpad";
     std::string properties = "ID_INPUT=1\nID_INPUT_TOUCHPAD=1\n";
+    std::string driverProperties = "0";  // a mask
     std::string bus = "0018";
     std::string vendor = "06cb";
     std::string hid = {};                          // "0018:06CB:CD8B.0001", or no HID device
@@ -52,6 +53,7 @@ class MockInputs {
         makeDevice(path, "class/input", "PRODUCT=" + device.bus + "/" + device.vendor + "/1/1\n");
         std::filesystem::create_directories(folder(path) / "id");
         writeFile(folder(path) / "name", device.name + "\n");
+        writeFile(folder(path) / "properties", device.driverProperties + "\n");
         writeFile(folder(path) / "id/bustype", device.bus + "\n");
         writeFile(folder(path) / "id/vendor", device.vendor + "\n");
         writeFile(folder(path) / "inhibited", "0\n");

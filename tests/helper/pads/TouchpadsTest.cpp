@@ -131,8 +131,28 @@ TEST_F(HelperTouchpads, OfAnotherSeatAreLeftAlone) {
 }
 
 TEST_F(HelperTouchpads, LeaveThePointingStickOfTheirDeviceAlone) {
+    MockInput onUsb = pad;
+    onUsb.bus = "0003";
+    MockInput stick = twin;
+    stick.bus = "0003";
+    stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    computer.appear(onUsb);
+    computer.appear(stick);
+    EXPECT_EQ(present(), Inputs{"input5"});
+}
+
+TEST_F(HelperTouchpads, HaveATwinOnI2CAlthoughUdevTakesEveryMouseThereForAPointingStick) {
+    MockInput tagged = twin;
+    tagged.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    computer.appear(pad);
+    computer.appear(tagged);
+    EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
+}
+
+TEST_F(HelperTouchpads, LeaveAloneOnI2CWhatItsDriverKnowsToBeAPointingStick) {
     MockInput stick = twin;
     stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    stick.driverProperties = "21";
     computer.appear(pad);
     computer.appear(stick);
     EXPECT_EQ(present(), Inputs{"input5"});
