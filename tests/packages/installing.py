@@ -72,7 +72,8 @@ def remove(built):
 @scenario("Purged, nothing is left: no flag, no user's state, no record, no folder, no entry of a service.")
 def purge(built):
     root, before = installed(built, "purge")
-    (root.path / FLAG).with_name("state.left.1000").write_text("on")
+    for name in ("state.left.1000", "state.new"):
+        (root.path / FLAG).with_name(name).write_text("on")
     records = root.path / "run/ble-kovra-helper/pads"
     records.mkdir(parents=True)
     (records / "input7").touch()
