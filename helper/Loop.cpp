@@ -57,7 +57,7 @@ class Loop::Source : public Loop::Watch {
     static int rangSignal(sd_event_source*, const signalfd_siginfo*, void* context) { return rang(context); }
     static int rang(void* context) {
         auto* source = static_cast<Source*>(context);
-        if (source != nullptr) source->loop_.rung_.push_back(source->work_);
+        if (source != nullptr) source->loop_.rung_ = source->work_;
         return 0;
     }
 
@@ -96,13 +96,8 @@ void Loop::run() {
     stopped_ = false;
     while (!stopped_) {
         check(sd_event_run(event_.get(), std::numeric_limits<std::uint64_t>::max()), "event loop");
-        while (!stopped_ && !rung_.empty()) {
-            const auto work = rung_.front().lock();
-            rung_.pop_front();
-            if (work) (*work)();
-        }
+        if (const auto work = std::exchange(rung_, nullptr)) (*work)();
     }
-    rung_.clear();
 }
 
 }  // namespace kovra::helper

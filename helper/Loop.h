@@ -3,7 +3,6 @@
 #include <systemd/sd-event.h>
 
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <memory>
 
@@ -54,7 +53,7 @@ class Loop {
         void operator()(sd_event* event) const { sd_event_unref(event); }
     };
     std::unique_ptr<sd_event, Unref> event_;
-    std::deque<std::weak_ptr<Work>> rung_;
+    std::shared_ptr<Work> rung_;  // sd-event rings for one thing in each of its turns
     bool stopped_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "helper/session/ActiveUser.h"
 
 #include <gtest/gtest.h>
+#include <time.h>
 
 #include <chrono>
 #include <filesystem>
@@ -80,6 +81,18 @@ class Listener {
         letPass(50ms);
         return changes_ == 0;
     }
+    // What there was to read has been read: the loop does not go round.
+    bool sleeps() {
+        const auto used = [] {
+            timespec time{};
+            ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+            return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+        };
+        letPass(20ms);
+        const auto before = used();
+        letPass(200ms);
+        return used() - before < 5ms;
+    }
 
   private:
     void letPass(std::chrono::milliseconds time) {
@@ -115,6 +128,7 @@ TEST(ActiveUser, IsKnownFromTheStartAndFollowsEachSwitch) {
         EXPECT_TRUE(listener.becomes(1001));
         manager.noForeground();
         EXPECT_TRUE(listener.becomes(std::nullopt));
+        EXPECT_TRUE(listener.sleeps());
     });
 }
 
@@ -130,6 +144,7 @@ TEST(ActiveUser, IsNobodyAsSoonAsTheirSessionIsOnItsWayOutOrGone) {
         EXPECT_TRUE(listener.becomes(1000));
         manager.endSession("1");
         EXPECT_TRUE(listener.becomes(std::nullopt));
+        EXPECT_TRUE(listener.sleeps());
     });
 }
 

