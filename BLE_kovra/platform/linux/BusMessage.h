@@ -2,7 +2,11 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -42,6 +46,29 @@ class BusWriter {
     sd_bus_message* message_;
     int result_ = 0;
 };
+
+// Reads the array of such entries that comes next in the message. `take` is given the key of each, and reads the value
+// and returns 1, or returns 0 to have it passed over, or a failure. 1 if all were read, else the failure.
+template <typename Take>
+int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
+    int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, entries);
+    if (result <= 0) return result < 0 ? result : -ENXIO;
+    const std::string entry(entries + 1, std::strlen(entries) - 2);
+    while ((result = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, entry.c_str())) > 0) {
+        const char* key = nullptr;
+        result = sd_bus_message_read_basic(message, entry.front(), static_cast<void*>(&key));
+        if (result >= 0) result = take(std::string_view(key));
+        if (result == 0) result = sd_bus_message_skip(message, entry.c_str() + 1);
+        if (result >= 0) result = sd_bus_message_exit_container(message);
+        if (result < 0) return result;
+    }
+    if (result >= 0) result = sd_bus_message_exit_container(message);
+    return result < 0 ? result : 1;
+}
+
+// Reads the properties that come next in the message, and returns the one of this name. Absent if it is not among them
+// or no boolean.
+std::optional<bool> readBooleanProperty(sd_bus_message* message, std::string_view name);
 
 // Answers a call: `write` is given a writer for the answer. To be returned from the call's handler.
 template <typename Write>

@@ -5,8 +5,9 @@
 
 #include <cstdlib>
 #include <memory>
-#include <string_view>
 #include <utility>
+
+#include "BLE_kovra/platform/linux/BusMessage.h"
 
 namespace kovra {
 
@@ -15,20 +16,6 @@ namespace {
 std::string taken(int result, char* text) {
     const Allocated<char> owned(text);
     return result >= 0 && owned ? owned.get() : "";
-}
-
-// Whether the properties that come next in the message say so.
-bool tellsThatItIsActive(sd_bus_message* message) {
-    if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) return false;
-    int isActive = 0;
-    while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
-        const char* name = nullptr;
-        if (sd_bus_message_read(message, "s", &name) < 0) return false;
-        const int result = std::string_view(name) == "Active" ? sd_bus_message_read(message, "v", "b", &isActive)
-                                                              : sd_bus_message_skip(message, "v");
-        if (result < 0 || sd_bus_message_exit_container(message) < 0) return false;
-    }
-    return isActive != 0;
 }
 
 }  // namespace
@@ -45,41 +32,33 @@ std::string LogindSession::currentSession() {
     return taken(result, text);
 }
 
-LogindSession::LogindSession(SdEventLoop& loop, std::string session) : loop_(loop), session_(std::move(session)) {
-    sd_bus* opened = nullptr;
-    if (sd_bus_open_system(&opened) < 0) return;
-    connection_.emplace(loop, BusHandle(opened));
-    listenTo("PrepareForSleep", prepareForSleep);
-    if (session_.empty()) return;
-    listenToSession();
-    listenTo("SessionRemoved", sessionRemoved);
-}
-
-void LogindSession::listenTo(const char* signal, sd_bus_message_handler_t handler) {
-    if (connection_->bus() == nullptr) return;
-    // Without a slot of its own the match lives as long as the connection.
-    sd_bus_match_signal_async(connection_->bus(), nullptr, "org.freedesktop.login1", "/org/freedesktop/login1",
-                              "org.freedesktop.login1.Manager", signal, handler, nullptr, this);
-}
-
-void LogindSession::listenToSession() {
+LogindSession::LogindSession(SystemBus& bus, std::string session) : bus_(bus), session_(std::move(session)) {
+    const std::string ofManager = "interface='org.freedesktop.login1.Manager',path='/org/freedesktop/login1',member=";
+    listen(ofManager + "'PrepareForSleep'", prepareForSleep);
     char* encoded = nullptr;
-    if (connection_->bus() == nullptr ||
-        sd_bus_path_encode("/org/freedesktop/login1/session", session_.c_str(), &encoded) < 0) {
+    if (session_.empty() || sd_bus_path_encode("/org/freedesktop/login1/session", session_.c_str(), &encoded) < 0)
         return;
-    }
     const Allocated<char> path(encoded);
-    const std::string match =
-        "type='signal',sender='org.freedesktop.login1',interface='org.freedesktop.DBus.Properties',"
-        "member='PropertiesChanged',arg0='org.freedesktop.login1.Session',path='" +
-        std::string(path.get()) + "'";
-    sd_bus_add_match_async(connection_->bus(), nullptr, match.c_str(), sessionChanged, nullptr, this);
+    listen(
+        "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
+        "arg0='org.freedesktop.login1.Session',path='" +
+            std::string(encoded) + "'",
+        sessionChanged);
+    listen(ofManager + "'SessionRemoved'", sessionRemoved);
+}
+
+void LogindSession::listen(const std::string& match, sd_bus_message_handler_t handler) {
+    if (bus_.bus() == nullptr) return;
+    const std::string whole = "type='signal',sender='org.freedesktop.login1'," + match;
+    sd_bus_slot* slot = nullptr;
+    sd_bus_add_match_async(bus_.bus(), &slot, whole.c_str(), handler, nullptr, this);
+    slots_.emplace_back(slot);
 }
 
 int LogindSession::sessionChanged(sd_bus_message* message, void* context, sd_bus_error*) {
     auto* self = static_cast<LogindSession*>(context);
-    if (self == nullptr || sd_bus_message_skip(message, "s") < 0 || !tellsThatItIsActive(message)) return 0;
-    if (self->onActivated) self->loop_.async(self->onActivated);
+    if (self == nullptr || sd_bus_message_skip(message, "s") < 0) return 0;
+    if (readBooleanProperty(message, "Active") == true && self->onActivated) self->bus_.loop().async(self->onActivated);
     return 0;
 }
 
@@ -87,7 +66,7 @@ int LogindSession::sessionRemoved(sd_bus_message* message, void* context, sd_bus
     auto* self = static_cast<LogindSession*>(context);
     const char* session = nullptr;
     if (self == nullptr || sd_bus_message_read(message, "s", &session) < 0) return 0;
-    if (self->session_ == session && self->onRemoved) self->loop_.async(self->onRemoved);
+    if (self->session_ == session && self->onRemoved) self->bus_.loop().async(self->onRemoved);
     return 0;
 }
 
@@ -95,7 +74,7 @@ int LogindSession::prepareForSleep(sd_bus_message* message, void* context, sd_bu
     auto* self = static_cast<LogindSession*>(context);
     int goingToSleep = 1;
     if (self == nullptr || sd_bus_message_read(message, "b", &goingToSleep) < 0) return 0;
-    if (goingToSleep == 0 && self->onResumed) self->loop_.async(self->onResumed);
+    if (goingToSleep == 0 && self->onResumed) self->bus_.loop().async(self->onResumed);
     return 0;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
+#include <vector>
 
-#include "BLE_kovra/platform/linux/BusConnection.h"
+#include "BLE_kovra/platform/linux/SystemBus.h"
 
 namespace kovra {
 
@@ -15,7 +15,7 @@ class LogindSession {
     // The session that this process belongs to, or else the user's session at the screen; empty where there is none.
     static std::string currentSession();
 
-    LogindSession(SdEventLoop& loop, std::string session);
+    LogindSession(SystemBus& bus, std::string session);
 
     // Called from the queue.
     std::function<void()> onRemoved;    // the session has ended: the user has logged out
@@ -23,15 +23,14 @@ class LogindSession {
     std::function<void()> onResumed;    // the machine is awake again
 
   private:
-    void listenTo(const char* signal, sd_bus_message_handler_t handler);
-    void listenToSession();
+    void listen(const std::string& match, sd_bus_message_handler_t handler);
     static int sessionChanged(sd_bus_message* message, void* context, sd_bus_error* error);
     static int sessionRemoved(sd_bus_message* message, void* context, sd_bus_error* error);
     static int prepareForSleep(sd_bus_message* message, void* context, sd_bus_error* error);
 
-    SdEventLoop& loop_;
+    SystemBus& bus_;
     const std::string session_;
-    std::optional<BusConnection> connection_;
+    std::vector<BusSlot> slots_;
 };
 
 }  // namespace kovra

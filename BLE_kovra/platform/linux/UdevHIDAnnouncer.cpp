@@ -17,6 +17,15 @@ void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
 
 }  // namespace
 
+UdevHIDAnnouncer::UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences)
+    : queue_(queue), nodes_(context), presences_(std::move(presences)) {
+    for (const auto& presence : presences_) {
+        presence->onChanged = [this](const std::string& nodeName) {
+            if (onDoubt) onDoubt(nodeName);
+        };
+    }
+}
+
 UdevHIDAnnouncer::~UdevHIDAnnouncer() {
     for (const auto& [name, task] : pending_) task->cancel();
 }
@@ -38,6 +47,12 @@ void UdevHIDAnnouncer::silence() {
 
 void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfGone ifGone) {
     const UdevHIDNode node = UdevHIDNodes::read(nodeName);
+    if (node.device) {
+        const HIDPresence::Answer presence = presenceOf(nodeName, node);
+        if (presence == HIDPresence::Answer::away) return deviceIsAway(nodeName);
+        const bool mayWait = !isOverdue && !announced_.contains(nodeName);
+        if (presence == HIDPresence::Answer::notYetKnown && mayWait) return examineLater(nodeName);
+    }
     switch (node.state) {
         case UdevHIDNode::State::gone:
             if (ifGone == IfGone::awaitRemoval && announced_.contains(nodeName))
@@ -70,7 +85,22 @@ void UdevHIDAnnouncer::examineLater(const std::string& nodeName) {
     });
 }
 
+HIDPresence::Answer UdevHIDAnnouncer::presenceOf(const std::string& nodeName, const UdevHIDNode& node) {
+    auto answer = HIDPresence::Answer::there;
+    for (const auto& presence : presences_) {
+        const auto its = presence->ask(nodeName, node);
+        if (its == HIDPresence::Answer::away) return its;
+        if (its == HIDPresence::Answer::notYetKnown) answer = its;
+    }
+    return answer;
+}
+
 void UdevHIDAnnouncer::nodeIsGone(const std::string& nodeName) {
+    for (const auto& presence : presences_) presence->forget(nodeName);
+    deviceIsAway(nodeName);
+}
+
+void UdevHIDAnnouncer::deviceIsAway(const std::string& nodeName) {
     if (const auto pending = pending_.extract(nodeName)) pending.mapped()->cancel();
     if (const auto gone = announced_.extract(nodeName)) call(removed, gone.mapped());
 }

@@ -1,16 +1,12 @@
 #include "BLE_kovra/platform/linux/UdevHIDNodes.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <string_view>
 #include <utility>
 #include <variant>
 
-#include "BLE_kovra/platform/posix/FileDescriptor.h"
+#include "BLE_kovra/platform/linux/SysfsFile.h"
 
 namespace kovra {
 
@@ -20,19 +16,6 @@ using Enumeration = Handle<udev_enumerate, udev_enumerate_unref>;
 
 constexpr const char* subsystem = "hid";
 const std::string devicesFolder = "/sys/bus/hid/devices/";
-
-// The whole file, or the reason why there is none.
-std::variant<std::string, int> contentOf(const std::string& path) {
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
-    if (!file.isOpen()) return errno;
-    std::string text;
-    std::array<char, 4096> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
-    ssize_t count;
-    while ((count = ::read(file.number(), piece.data(), piece.size())) > 0)
-        text.append(piece.data(), static_cast<std::size_t>(count));
-    if (count < 0) return errno;
-    return text;
-}
 
 bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
 
@@ -66,13 +49,16 @@ std::vector<std::string> UdevHIDNodes::names() const {
 // One file has it all, as of one moment. libudev would find the same by some fifty calls, and the flag would wait for
 // them.
 UdevHIDNode UdevHIDNodes::read(const std::string& name) {
-    const auto content = contentOf(devicesFolder + name + "/uevent");
+    const auto content = contentOfSysfsFile(devicesFolder + name + "/uevent");
     if (const int* error = std::get_if<int>(&content)) {
-        return {isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::gone, std::nullopt};
+        return {.state = isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::gone};
     }
     const auto& uevent = std::get<std::string>(content);
-    return {property(uevent, "DRIVER") ? UdevHIDNode::State::bound : UdevHIDNode::State::unbound,
-            UdevHIDDevice(name, property(uevent, "HID_ID"), property(uevent, "HID_NAME"))};
+    const auto driver = property(uevent, "DRIVER");
+    return {driver ? UdevHIDNode::State::bound : UdevHIDNode::State::unbound,
+            UdevHIDDevice(name, property(uevent, "HID_ID"), property(uevent, "HID_NAME")),
+            std::string(driver.value_or("")), std::string(property(uevent, "HID_PHYS").value_or("")),
+            std::string(property(uevent, "HID_UNIQ").value_or(""))};
 }
 
 }  // namespace kovra

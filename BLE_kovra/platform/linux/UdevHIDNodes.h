@@ -23,7 +23,11 @@ struct UdevHIDNode {
     };
 
     State state = State::gone;
-    std::optional<UdevHIDDevice> device;  // present in the last two states
+    // Of the last two states:
+    std::optional<UdevHIDDevice> device = {};
+    std::string driver = {};  // empty: unbound
+    std::string phys = {};    // where it is connected, as its bus names such places
+    std::string uniq = {};    // a serial number, or an address
 };
 
 // The nodes of the bus "hid", read from sysfs each time anew: what an event carries may be out of date, since drivers

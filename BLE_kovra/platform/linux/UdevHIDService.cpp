@@ -1,16 +1,23 @@
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
 
 #include <utility>
+#include <vector>
 
+#include "BLE_kovra/platform/linux/BatteryHIDPresence.h"
+#include "BLE_kovra/platform/linux/BluezHIDPresence.h"
+#include "BLE_kovra/platform/linux/SystemBus.h"
 #include "BLE_kovra/platform/linux/UdevHIDManager.h"
 
 namespace kovra {
 
-UdevHIDService::UdevHIDService(SdEventLoop& loop, SystemLog& log, UdevHIDSigns signs)
-    : loop_(loop), log_(log), signs_(std::move(signs)) {}
+UdevHIDService::UdevHIDService(SystemBus& bus, SystemLog& log, UdevSigns signs)
+    : bus_(bus), log_(log), signs_(std::move(signs)) {}
 
 std::unique_ptr<HIDManager> UdevHIDService::createManager() {
-    auto watcher = std::make_shared<UdevHIDWatcher>(loop_, log_, signs_);
+    std::vector<std::unique_ptr<HIDPresence>> presences;
+    presences.push_back(std::make_unique<BatteryHIDPresence>(bus_.loop(), signs_));
+    presences.push_back(std::make_unique<BluezHIDPresence>(bus_));
+    auto watcher = std::make_shared<UdevHIDWatcher>(bus_.loop(), log_, signs_, std::move(presences));
     live_ = watcher;
     return std::make_unique<UdevHIDManager>(std::move(watcher));
 }

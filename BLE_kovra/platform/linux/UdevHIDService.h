@@ -7,13 +7,13 @@
 
 namespace kovra {
 
-class SdEventLoop;
+class SystemBus;
 class SystemLog;
 
-// HID on Linux: managers over libudev. The loop and the log have to outlive them.
+// HID on Linux: managers over libudev. The bus, its loop and the log have to outlive them.
 class UdevHIDService : public HIDService {
   public:
-    UdevHIDService(SdEventLoop& loop, SystemLog& log, UdevHIDSigns signs = {});
+    UdevHIDService(SystemBus& bus, SystemLog& log, UdevSigns signs = {});
 
     std::unique_ptr<HIDManager> createManager() override;
 
@@ -22,9 +22,9 @@ class UdevHIDService : public HIDService {
     void resynchronize();
 
   private:
-    SdEventLoop& loop_;
+    SystemBus& bus_;
     SystemLog& log_;
-    UdevHIDSigns signs_;
+    UdevSigns signs_;
     std::weak_ptr<UdevHIDWatcher> live_;
 };
 

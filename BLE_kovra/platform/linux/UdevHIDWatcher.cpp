@@ -1,8 +1,5 @@
 #include "BLE_kovra/platform/linux/UdevHIDWatcher.h"
 
-#include <unistd.h>
-
-#include <algorithm>
 #include <csignal>
 #include <system_error>
 #include <utility>
@@ -16,8 +13,6 @@ namespace {
 constexpr const char* pollingLine =
     "ble-kovra: udev недоступен, подключение и отключение устройств HID проверяется опросом раз в секунду";
 
-bool exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
-
 // A block for the queue that does nothing once the watcher is gone.
 auto weakly(const std::shared_ptr<UdevHIDWatcher>& watcher, auto action) {
     return [weak = std::weak_ptr(watcher), action] {
@@ -27,20 +22,25 @@ auto weakly(const std::shared_ptr<UdevHIDWatcher>& watcher, auto action) {
 
 }  // namespace
 
-bool UdevHIDSigns::areOfUdevd() const { return exists(udevd) && std::ranges::none_of(sandboxes, exists); }
-
-UdevHIDWatcher::UdevHIDWatcher(SdEventLoop& loop, SystemLog& log, UdevHIDSigns signs)
+UdevHIDWatcher::UdevHIDWatcher(SdEventLoop& loop, SystemLog& log, UdevSigns signs,
+                               std::vector<std::unique_ptr<HIDPresence>> presences)
     : loop_(loop),
       log_(log),
       signs_(std::move(signs)),
       udev_(udev_new()),
-      announcer_(std::make_shared<UdevHIDAnnouncer>(loop, udev_.get())) {}
+      announcer_(std::make_shared<UdevHIDAnnouncer>(loop, udev_.get(), std::move(presences))) {}
 
 UdevHIDWatcher::~UdevHIDWatcher() { cancelPoll(); }
 
 void UdevHIDWatcher::open() {
     opened_ = true;
     wakeAfterStop();
+    announcer_->onDoubt = [weak = weak_from_this()](const std::string& nodeName) {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->due_.push_back(nodeName);
+        self->begin();
+    };
     // Listening comes before looking, so that nothing is missed in between; what is then seen twice is announced once.
     if (!listen()) log_.log(pollingLine);
     resynchronize();
@@ -54,7 +54,7 @@ void UdevHIDWatcher::resynchronize() {
 
 bool UdevHIDWatcher::listen() {
     if (!signs_.areOfUdevd()) return false;
-    auto events = UdevHIDEvents::open(udev_.get());
+    auto events = UdevEvents::open(udev_.get(), "hid");
     if (!events) return false;
     try {
         watch_ = loop_.watch(events->descriptor(), weakly(shared_from_this(), [](auto& self) { self.rang(); }));
@@ -108,10 +108,10 @@ void UdevHIDWatcher::poll() {
 
 // Events first, so that the socket is emptied soon.
 std::optional<UdevHIDWatcher::Look> UdevHIDWatcher::next() {
-    using Kind = UdevHIDEvents::Event::Kind;
+    using Kind = UdevEvents::Event::Kind;
     using IfGone = UdevHIDAnnouncer::IfGone;
     while (events_) {
-        UdevHIDEvents::Event event = events_->next();
+        UdevEvents::Event event = events_->next();
         if (event.kind == Kind::none) break;
         if (event.kind == Kind::lost) {
             mustLookAtEverything_ = true;

@@ -8,24 +8,16 @@
 #include <vector>
 
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/UdevEvents.h"
 #include "BLE_kovra/platform/linux/UdevHIDAnnouncer.h"
-#include "BLE_kovra/platform/linux/UdevHIDEvents.h"
 
 namespace kovra {
 
 class SystemLog;
 
-// Files that tell whether udevd's events can reach this process: udevd's own socket, and the marks of sandboxes, in
-// which they cannot.
-struct UdevHIDSigns {
-    std::string udevd = "/run/udev/control";
-    std::vector<std::string> sandboxes = {"/.flatpak-info", "/run/host/container-manager"};
-
-    bool areOfUdevd() const;
-};
-
-// Decides when to look at which node: at each one that udevd tells of; at all of them at the beginning, after events
-// were lost, after the process was stopped and after the machine has slept.
+// Decides when to look at which node: at each one that udevd tells of, or whose device may have come or gone without
+// it; at all of them at the beginning, after events were lost, after the process was stopped and after the machine has
+// slept.
 //
 // Each queue block looks at one node, and the next block is queued only then: whatever a device sets off is done
 // before the next one, and a thousand devices never pile up. Where udevd cannot be heard, all nodes are looked at
@@ -34,7 +26,9 @@ class UdevHIDWatcher : public std::enable_shared_from_this<UdevHIDWatcher> {
   public:
     static constexpr std::chrono::seconds pollInterval{1};
 
-    UdevHIDWatcher(SdEventLoop& loop, SystemLog& log, UdevHIDSigns signs);
+    // `presences` are asked about each node that is looked at; a device is away as soon as one says so.
+    UdevHIDWatcher(SdEventLoop& loop, SystemLog& log, UdevSigns signs,
+                   std::vector<std::unique_ptr<HIDPresence>> presences);
     ~UdevHIDWatcher();
 
     UdevHIDAnnouncer& announcer() { return *announcer_; }
@@ -61,10 +55,10 @@ class UdevHIDWatcher : public std::enable_shared_from_this<UdevHIDWatcher> {
 
     SdEventLoop& loop_;
     SystemLog& log_;
-    UdevHIDSigns signs_;
+    UdevSigns signs_;
     Udev udev_;
     std::shared_ptr<UdevHIDAnnouncer> announcer_;
-    std::unique_ptr<UdevHIDEvents> events_;      // null while polling
+    std::unique_ptr<UdevEvents> events_;         // null while polling
     std::unique_ptr<SdEventLoop::Watch> watch_;  // of the events' descriptor, so it goes first
     std::unique_ptr<SdEventLoop::Signal> continued_;
     std::unique_ptr<DelayedTask> nextPoll_;

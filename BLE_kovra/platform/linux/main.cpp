@@ -35,6 +35,7 @@
 #include "BLE_kovra/platform/linux/SessionBus.h"
 #include "BLE_kovra/platform/linux/SingleInstance.h"
 #include "BLE_kovra/platform/linux/StatusNotifierFront.h"
+#include "BLE_kovra/platform/linux/SystemBus.h"
 #include "BLE_kovra/platform/linux/TrayPopup.h"
 #include "BLE_kovra/platform/linux/TrayStatusBar.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
@@ -99,9 +100,10 @@ void runApplication() {
     kovra::GlibcLocale locale;
     kovra::PosixFileSystem files;
     kovra::JsonPreferencesStore preferences(kovra::standardPreferencesPath(), log);
-    kovra::UdevHIDService hid(loop, log);
+    kovra::SystemBus machine(loop);
+    kovra::UdevHIDService hid(machine, log);
 
-    kovra::LogindSession session(loop, kovra::LogindSession::currentSession());
+    kovra::LogindSession session(machine, kovra::LogindSession::currentSession());
     session.onRemoved = [&] { application.terminate(); };
     session.onActivated = [&] { application.resume(); };
     session.onResumed = [&] {

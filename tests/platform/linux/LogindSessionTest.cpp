@@ -52,7 +52,8 @@ struct SessionRig {
     PrivateBus bus{"DBUS_SYSTEM_BUS_ADDRESS"};
     LoginManager manager;
     SdEventLoop loop;
-    LogindSession session{loop, "c2"};
+    SystemBus machine{loop};
+    LogindSession session{machine, "c2"};
     std::string heard;
 
     SessionRig() {
@@ -136,7 +137,7 @@ TEST(LogindSession, IgnoresWhichOtherSessionIsAtTheScreen) {
 // "2" and the like are no names in object paths.
 TEST(LogindSession, KnowsItsSessionByTheNumberToo) {
     SessionRig rig;
-    LogindSession numbered(rig.loop, "2");
+    LogindSession numbered(rig.machine, "2");
     numbered.onActivated = [&rig] { rig.heard += "2 "; };
     for (int tries = 0; rig.heard.empty() && tries < 500; ++tries) {
         rig.manager.emitActive("_32", true);
@@ -161,7 +162,8 @@ TEST(LogindSession, IgnoresSignalsOfTheWrongShape) {
 TEST(LogindSession, StaysSilentWithoutASystemBus) {
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
     SdEventLoop loop;
-    const LogindSession session(loop, "c2");
+    SystemBus machine(loop);
+    const LogindSession session(machine, "c2");
     ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
     bool done = false;
     loop.asyncAfter(10ms, [&] { done = true; });

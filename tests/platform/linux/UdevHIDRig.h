@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -8,9 +9,11 @@
 #include <vector>
 
 #include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/SystemBus.h"
 #include "BLE_kovra/platform/linux/UdevHIDService.h"
 #include "tests/fakes/FakeLog.h"
 #include "tests/platform/linux/MockHIDBus.h"
+#include "tests/support/Environment.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
@@ -75,9 +78,19 @@ class UdevHIDRig {
     }
 
     const TempFolder folder_;
+    // The machine's bus is the test's own, if it has one, and never the real one.
+    struct NoRealBus {
+        NoRealBus() {
+            constexpr const char* variable = "DBUS_SYSTEM_BUS_ADDRESS";
+            if (std::getenv(variable) == nullptr) environment.set(variable, "unix:path=/nonexistent/bus");
+        }
+        Environment environment;
+    };
+    const NoRealBus noRealBus_;
+    SystemBus machine_{loop};
 
   public:
-    UdevHIDService service{loop, log, {folder_ / "control", {folder_ / "sandbox"}}};
+    UdevHIDService service{machine_, log, {folder_ / "control", {folder_ / "sandbox"}}};
     std::unique_ptr<HIDManager> manager;
 };
 
