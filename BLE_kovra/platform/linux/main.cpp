@@ -1,8 +1,6 @@
 // The composition root: makes the services of the Linux desktop and runs the application on them.
 
-#include <fcntl.h>
 #include <langinfo.h>
-#include <unistd.h>
 
 #include <clocale>
 #include <csignal>
@@ -45,40 +43,15 @@
 #include "BLE_kovra/platform/linux/XdgLoginService.h"
 #include "BLE_kovra/platform/linux/XdgWorkspace.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
+#include "BLE_kovra/platform/posix/ProcessStart.h"
 #include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 
 namespace {
-
-// What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
-// terminal from a job in the background. The calls report the first two and do the third.
-void ignoreFatalConditions() {
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGTTOU, SIG_IGN);
-}
-
-// Whoever started us may ignore the end of its children; of ours nobody could tell then how they ended.
-void hearOfChildren() { std::signal(SIGCHLD, SIG_DFL); }
-
-// If we were started with a standard descriptor closed, the next file opened would take its number, and our log lines.
-void openStandardDescriptors() {
-    int number;
-    do {
-        number = ::open("/dev/null", O_RDWR);
-    } while (number >= 0 && number <= STDERR_FILENO);
-    if (number >= 0) ::close(number);
-}
 
 // The user's language; but every text in this program is UTF-8, also where the user's terminals still are not.
 void adoptLocale() {
     std::setlocale(LC_ALL, "");
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
-}
-
-// True under nohup: the program is to outlive its terminal.
-bool startedIgnoringHangUp() {
-    struct sigaction action {};
-    return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 void runApplication() {
@@ -88,7 +61,7 @@ void runApplication() {
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-        if (number == SIGHUP && startedIgnoringHangUp()) continue;
+        if (number == SIGHUP && kovra::startedIgnoringHangUp()) continue;
         signals.push_back(loop.onSignal(number, [&] { application.terminate(); }));
     }
 
@@ -165,9 +138,7 @@ void runApplication() {
 }  // namespace
 
 int main() {
-    openStandardDescriptors();
-    ignoreFatalConditions();
-    hearOfChildren();
+    kovra::prepareProcess();
     adoptLocale();
     try {
         runApplication();
