@@ -99,7 +99,7 @@ void FlagFolder::watchFlag() {
 }
 
 void FlagFolder::happened() {
-    alignas(inotify_event) std::array<char, 16384> buffer;
+    alignas(inotify_event) std::array<char, 4096> buffer{};
     const ssize_t size = ::read(events_.number(), buffer.data(), buffer.size());
     bool onTheWay = false;
     bool isAnother = false;

@@ -1,25 +1,18 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <thread>
 
 #include "helper/Descriptor.h"
 #include "tests/helper/FlagRig.h"
+#include "tests/helper/Intruders.h"
 #include "tests/helper/Users.h"
 
 namespace kovra::helper {
@@ -27,120 +20,6 @@ namespace {
 
 using Names = std::set<std::string>;
 namespace fs = std::filesystem;
-
-// A file of the owner's outside the folder, which nothing that is done to the flag may touch or believe.
-class Secret {
-  public:
-    explicit Secret(const FlagRig& rig) : path_(rig.root() + "/secret") {
-        writeFile(path_, "on");
-        ::chmod(path_.c_str(), 0600);
-    }
-    const std::string& path() const { return path_; }
-    bool isUntouched() const {
-        struct stat status {};
-        return ::lstat(path_.c_str(), &status) == 0 && readFile(path_) == "on" && status.st_nlink == 1 &&
-               accessList(path_) == "u::rw-,g::---,o::---";
-    }
-
-  private:
-    const std::string path_;
-};
-
-void makeSocket(const std::string& path) {
-    // The path is longer than an address may be; the folder's descriptor shortens it.
-    const fs::path whole(path);
-    const Descriptor folder(::open(whole.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    const std::string name = "/proc/self/fd/" + std::to_string(folder.number()) + "/" + whole.filename().string();
-    const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    name.copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-}
-
-// What may stand where a file of ours is expected, each made by what is named.
-std::map<std::string, std::function<void(const std::string&)>> intruders(const Secret& secret) {
-    return {
-        {"a link to a file that says on", [&](const std::string& path) { fs::create_symlink(secret.path(), path); }},
-        {"a link that leads nowhere", [](const std::string& path) { fs::create_symlink("/nowhere/at/all", path); }},
-        {"a link to itself", [](const std::string& path) { fs::create_symlink(path, path); }},
-        {"a pipe that nobody writes to", [](const std::string& path) { ::mkfifo(path.c_str(), 0666); }},
-        {"a socket", [](const std::string& path) { makeSocket(path); }},
-        {"an empty folder", [](const std::string& path) { fs::create_directory(path); }},
-        {"a folder with something in it",
-         [](const std::string& path) {
-             fs::create_directory(path);
-             writeFile(path + "/kept", "on");
-         }},
-    };
-}
-
-TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
-    const FlagRig none;
-    const Secret any(none);
-    for (const auto& [what, ignored] : intruders(any)) {
-        SCOPED_TRACE(what);
-        FlagRig rig;
-        const Secret secret(rig);
-        intruders(secret).at(what)(rig.state());
-        EXPECT_FALSE(rig.saysOn());
-        EXPECT_FALSE(rig.folder().isOf(std::nullopt));
-        EXPECT_FALSE(rig.folder().isOf(alice));
-        ASSERT_TRUE(rig.handOver(alice));
-        EXPECT_TRUE(rig.folder().isOf(alice));
-        EXPECT_EQ(rig.content(), "off");
-        rig.write(alice, "on");
-        EXPECT_TRUE(rig.saysOn());
-        EXPECT_TRUE(secret.isUntouched());
-    }
-}
-
-TEST(FlagAttack, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
-    const FlagRig none;
-    const Secret any(none);
-    for (const auto& [what, ignored] : intruders(any)) {
-        SCOPED_TRACE(what);
-        FlagRig rig;
-        const Secret secret(rig);
-        intruders(secret).at(what)(rig.path("state.new"));
-        ASSERT_TRUE(rig.handOver(alice));
-        EXPECT_TRUE(rig.folder().isOf(alice));
-        EXPECT_EQ(rig.content(), "off");
-        EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.new"))));
-        EXPECT_TRUE(secret.isUntouched());
-    }
-}
-
-TEST(FlagAttack, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
-    const FlagRig none;
-    const Secret any(none);
-    for (const auto& [what, ignored] : intruders(any)) {
-        SCOPED_TRACE(what);
-        FlagRig rig;
-        const Secret secret(rig);
-        intruders(secret).at(what)(rig.path("state.left.61001"));
-        ASSERT_TRUE(rig.handOver(alice));
-        EXPECT_EQ(rig.content(), "off");
-        EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.left.61001"))));
-        // And where it comes to stand there while the flag is alice's.
-        intruders(secret).at(what)(rig.path("state.left.61001"));
-        rig.write(alice, "on");
-        ASSERT_TRUE(rig.handOver(bob));
-        EXPECT_EQ(rig.content("state.left.61001"), "on");
-        EXPECT_TRUE(secret.isUntouched());
-    }
-}
-
-TEST(FlagAttack, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
-    FlagRig rig;
-    fs::create_directory(rig.state());
-    writeFile(rig.path("state/kept"), "something");
-    ASSERT_TRUE(rig.handOver(alice));
-    const Names names = rig.names();
-    ASSERT_EQ(names.size(), 2U);
-    EXPECT_TRUE(names.rbegin()->starts_with("state.odd."));
-    EXPECT_EQ(rig.content(*names.rbegin() + "/kept"), "something");
-}
 
 TEST(FlagAttack, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     FlagRig rig;
@@ -299,45 +178,6 @@ TEST(FlagAttack, AFolderThatIsReplacedByALinkIsNotFollowed) {
     EXPECT_EQ(readFile(trap + "/state"), "on");
     EXPECT_EQ(std::distance(fs::directory_iterator(trap), fs::directory_iterator()), 1);
     EXPECT_FALSE(mayWrite(bob, trap + "/state"));
-}
-
-TEST(FlagAttack, NamesThatAreSwappedAllTheTimeLeadNowhere) {
-    FlagRig rig;
-    const Secret secret(rig);
-    rig.makeFolder("stage");
-    std::atomic<bool> isOver = false;
-    std::atomic<int> swaps = 0;
-    std::thread swapper([&] {
-        const auto all = intruders(secret);
-        const std::string staged = rig.root() + "/stage/one";
-        while (!isOver) {
-            for (const std::string name : {"state", "state.new", "state.left.61001", "state.left.61002"}) {
-                for (const auto& [what, make] : all) {
-                    if (what == "a folder with something in it") continue;  // is kept, and would fill the disk
-                    make(staged);
-                    const std::string target = rig.path(name);
-                    if (::rename(staged.c_str(), target.c_str()) == 0) ++swaps;
-                    fs::remove(staged);
-                }
-            }
-        }
-    });
-    int handed = 0;
-    for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
-        handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
-        // No file that says on is ever put there, by nobody.
-        EXPECT_FALSE(rig.saysOn());
-    }
-    isOver = true;
-    swapper.join();
-    EXPECT_TRUE(secret.isUntouched());
-    EXPECT_GT(handed, 100);
-    EXPECT_GE(swaps, 1'000);
-    // Once it is quiet all is well again.
-    ASSERT_TRUE(rig.handOver(alice));
-    ASSERT_TRUE(rig.handOver(bob));
-    ASSERT_TRUE(rig.handOver(alice));
-    EXPECT_TRUE(rig.folder().isOf(alice));
 }
 
 }  // namespace

@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/Intruders.h"
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+namespace {
+
+using Names = std::set<std::string>;
+namespace fs = std::filesystem;
+
+TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
+    const FlagRig none;
+    const Secret any(none);
+    for (const auto& [what, ignored] : intruders(any)) {
+        SCOPED_TRACE(what);
+        FlagRig rig;
+        const Secret secret(rig);
+        intruders(secret).at(what)(rig.state());
+        EXPECT_FALSE(rig.saysOn());
+        EXPECT_FALSE(rig.folder().isOf(std::nullopt));
+        EXPECT_FALSE(rig.folder().isOf(alice));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_TRUE(rig.folder().isOf(alice));
+        EXPECT_EQ(rig.content(), "off");
+        rig.write(alice, "on");
+        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(secret.isUntouched());
+    }
+}
+
+TEST(FlagAttack, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
+    const FlagRig none;
+    const Secret any(none);
+    for (const auto& [what, ignored] : intruders(any)) {
+        SCOPED_TRACE(what);
+        FlagRig rig;
+        const Secret secret(rig);
+        intruders(secret).at(what)(rig.path("state.new"));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_TRUE(rig.folder().isOf(alice));
+        EXPECT_EQ(rig.content(), "off");
+        EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.new"))));
+        EXPECT_TRUE(secret.isUntouched());
+    }
+}
+
+TEST(FlagAttack, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
+    const FlagRig none;
+    const Secret any(none);
+    for (const auto& [what, ignored] : intruders(any)) {
+        SCOPED_TRACE(what);
+        FlagRig rig;
+        const Secret secret(rig);
+        intruders(secret).at(what)(rig.path("state.left.61001"));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_EQ(rig.content(), "off");
+        EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.left.61001"))));
+        // And where it comes to stand there while the flag is alice's.
+        intruders(secret).at(what)(rig.path("state.left.61001"));
+        rig.write(alice, "on");
+        ASSERT_TRUE(rig.handOver(bob));
+        EXPECT_EQ(rig.content("state.left.61001"), "on");
+        EXPECT_TRUE(secret.isUntouched());
+    }
+}
+
+TEST(FlagAttack, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
+    FlagRig rig;
+    fs::create_directory(rig.state());
+    writeFile(rig.path("state/kept"), "something");
+    ASSERT_TRUE(rig.handOver(alice));
+    const Names names = rig.names();
+    ASSERT_EQ(names.size(), 2U);
+    EXPECT_TRUE(names.rbegin()->starts_with("state.odd."));
+    EXPECT_EQ(rig.content(*names.rbegin() + "/kept"), "something");
+}
+
+TEST(FlagAttack, NamesThatAreSwappedAllTheTimeLeadNowhere) {
+    FlagRig rig;
+    const Secret secret(rig);
+    rig.makeFolder("stage");
+    std::atomic<bool> isOver = false;
+    std::atomic<int> swaps = 0;
+    std::thread swapper([&] {
+        const auto all = intruders(secret);
+        const std::string staged = rig.root() + "/stage/one";
+        while (!isOver) {
+            for (const std::string name : {"state", "state.new", "state.left.61001", "state.left.61002"}) {
+                for (const auto& [what, make] : all) {
+                    if (what == "a folder with something in it") continue;  // is kept, and would fill the disk
+                    make(staged);
+                    const std::string target = rig.path(name);
+                    if (::rename(staged.c_str(), target.c_str()) == 0) ++swaps;
+                    fs::remove(staged);
+                }
+            }
+        }
+    });
+    int handed = 0;
+    for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
+        handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
+        // No file that says on is ever put there, by nobody.
+        EXPECT_FALSE(rig.saysOn());
+    }
+    isOver = true;
+    swapper.join();
+    EXPECT_TRUE(secret.isUntouched());
+    EXPECT_GT(handed, 100);
+    EXPECT_GE(swaps, 1'000);
+    // Once it is quiet all is well again.
+    ASSERT_TRUE(rig.handOver(alice));
+    ASSERT_TRUE(rig.handOver(bob));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.folder().isOf(alice));
+}
+
+}  // namespace
+}  // namespace kovra::helper
