@@ -5,6 +5,7 @@ import lifetime
 import adversity
 import desktop
 import launch
+import wireless
 from running import run_all
 from world import World
 
