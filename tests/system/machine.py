@@ -57,14 +57,10 @@ class Machine:
             self._qmp.close()
         if self._port:
             self._port.close()
-        self.stop()
-        shutil.rmtree(self._folder, ignore_errors=True)
-
-    def stop(self):
-        """Ends it now; whoever waits for its messages learns that it has stopped."""
         if self._qemu:
             self._qemu.kill()
             self._qemu.wait()
+        shutil.rmtree(self._folder, ignore_errors=True)
 
     def messages(self, task):
         """Gives the guest its task and yields what it reports, serving its requests meanwhile, until it is done."""

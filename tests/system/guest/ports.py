@@ -2,6 +2,7 @@
 
 import itertools
 import pathlib
+import subprocess
 
 import uhid
 from uevents import KernelEvents, UdevEvents
@@ -63,3 +64,7 @@ class Ports:
             device.unplug()
         self._devices = []
         wait_for(lambda: not any(HID_DEVICES.iterdir()), "the last device to go")
+
+    def settle(self):
+        """Returns when udevd has handled all that the kernel has reported."""
+        subprocess.run(["udevadm", "settle", "--timeout=300"], check=True)

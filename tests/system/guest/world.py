@@ -103,10 +103,6 @@ class World(Ports):
             self._udevd = None
         shutil.rmtree("/run/udev", ignore_errors=True)
 
-    def settle(self):
-        """Returns when udevd has handled all that the kernel has reported."""
-        subprocess.run(["udevadm", "settle", "--timeout=300"], check=True)
-
     # Promises that many scenarios share.
 
     def expect_on(self, device):

@@ -1,26 +1,48 @@
-"""What a scenario finds on the laptop: people, pads, mice and, once it is installed, the application and its helper."""
+"""What a scenario finds on the laptop: people, pads and mice, and the packages installed."""
 
 import subprocess
 
+import host_packages
 import uhid
+from application import Application
 from inhibitions import Inhibitions
 from people import ANNA, BORIS, GREETER
 from ports import Ports
 from sessions import Session
 from touchpad import Pad, Touchpad
-from waiting import check, wait_for
+from waiting import check, now, stay_until, wait_for
 
 # Which console each person uses.
 PLACES = {ANNA: ("tty2", "user"), BORIS: ("tty3", "user"), GREETER: ("tty4", "greeter")}
-MOUSE = "Kovra Mouse"
-CHOSEN = "Kovra Mouse#4660:22136"
+HELPER = "ble-kovra-helper.service"
+FLAG = "/Library/Application Support/ble-kovra/state"
+MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
+
+# Never earlier than this after the kernel's removal of the mouse, never later than this after udevd told of it.
+GRACE, LATEST_BACK = 2.0, 2.6
+# Within this a pad is given back when its person, the application or the helper is gone.
+AT_ONCE = 1.0
+
+
+def run(*command):
+    """What the program has printed; its failure is the scenario's."""
+    done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    check(done.returncode == 0, f"{' '.join(command)} ends with {done.returncode}: {done.stdout[-1000:]}")
+    return done.stdout
+
+
+def flag():
+    with open(FLAG, encoding="utf-8") as file:
+        return file.read()
 
 
 class Laptop(Ports):
-    def __init__(self, host):
+    def __init__(self, host, packages):
         super().__init__(host)
         self.inhibitions = Inhibitions()
-        self._sessions = {}
+        self._packages, self._is_installed = packages, False
+        host_packages.keep_named(packages)
+        self._sessions, self._applications = {}, []
 
     # Before and after each scenario.
 
@@ -29,11 +51,16 @@ class Laptop(Ports):
         self.log_in(ANNA).come_to_the_front()
 
     def clean(self):
+        for application in self._applications:
+            application.kill()
+        for person in [BORIS, GREETER]:
+            if person in self._sessions:
+                self._sessions.pop(person).log_out()
+        self._applications = []
         self.unplug_all()
 
     def last_words(self):
-        command = ["journalctl", "--no-pager", "-n", "60", "-o", "short-monotonic"]
-        return subprocess.run(command, capture_output=True, text=True).stdout
+        return run("journalctl", "--no-pager", "-n", "80", "-o", "short-monotonic")
 
     # People.
 
@@ -43,10 +70,33 @@ class Laptop(Ports):
             self._sessions[person] = Session(person, *PLACES[person])
         return self._sessions[person]
 
-    def log_in_from_elsewhere(self, person):
-        return Session(person, "elsewhere.example")
+    # The packages.
 
-    # Touchpads.
+    def install(self):
+        """Done by the first scenario that wants it, once."""
+        if not self._is_installed:
+            self.reinstall()
+            self._is_installed = True
+
+    def purge(self, *packages):
+        run("dpkg", "-P", *packages)
+        self._is_installed = False
+
+    def reinstall(self):
+        run("dpkg", "--force-unsafe-io", "-i", *self._packages)
+
+    def start(self, session=None, **choices):
+        """The application, in Anna's session where no other is named. Where no choices are, the mouse is chosen."""
+        self.install()
+        run("systemctl", "start", HELPER)
+        started = Application(session or self.log_in(ANNA), **(choices or {"selected": CHOSEN}))
+        self._applications.append(started)
+        return started
+
+    # Touchpads and mice.
+
+    def plug_mouse(self):
+        return self.plug(MOUSE)
 
     def plug_pad(self, name="PNP0C50:00 06CB:CD8B", vendor=0x06cb, product=0xcd8b, bus=uhid.BUS_I2C, twin=False):
         pads = []
@@ -55,17 +105,57 @@ class Laptop(Ports):
             pads.append(Pad(Touchpad(name, vendor, product, bus, uniq, twin), twin))
             return pads[0]
         device = self.plug_with(make)
-        pads[0].unplug = device.unplug
+        pads[0].node, pads[0].unplug = device.node, device.unplug
         return pads[0]
 
-    def expect_alive(self, pad):
-        """Nothing inhibits it, and whoever strokes it moves the pointer."""
-        wait_for(lambda: not any(pad.inhibited), f"the pad to be given back: {pad.inhibited}")
-        came = pad.use()
-        check(all(came), f"events came of the pad's input devices: {came}")
+    # What they promise.
 
-    def expect_dead(self, pad):
-        """All of it is inhibited, and not a byte comes of any node."""
-        wait_for(lambda: all(pad.inhibited), f"the pad to be inhibited: {pad.inhibited}")
-        came = pad.use()
-        check(not any(came), f"events came of the pad's input devices: {came}")
+    def expect_alive(self, *pads):
+        """Nothing inhibits them, and whoever strokes them moves the pointer."""
+        for pad in pads:
+            wait_for(lambda: not any(pad.inhibited), f"the pad to be given back: {pad.inhibited}")
+            came = pad.use()
+            check(all(came), f"events came of the pad's input devices: {came}")
+
+    def expect_dead(self, *pads):
+        """All of them is inhibited, and not a byte comes of any node."""
+        for pad in pads:
+            wait_for(lambda: all(pad.inhibited), f"the pad to be inhibited: {pad.inhibited}")
+            came = pad.use()
+            check(not any(came), f"events came of the pad's input devices: {came}")
+
+    def mute(self, *pads):
+        """Anna's application runs, and her mouse is plugged: returns both once the pads are dead."""
+        application = self.start()
+        mouse = self.plug_mouse()
+        self.expect_dead(*pads)
+        return application, mouse
+
+    def expect_back_after_grace(self, mouse, *pads):
+        """From 2.0 s after the kernel removed the mouse on, and not earlier, the pads are alive."""
+        announced = self.announced.wait("remove", mouse.node)
+        for device in [device for pad in pads for device in pad.inputs]:
+            back = self.inhibitions.wait(device, False, mouse.removed)
+            check(back - mouse.removed >= GRACE, f"back {back - mouse.removed:.3f} s after the removal")
+            check(back - announced <= LATEST_BACK, f"back {back - announced:.3f} s after udevd told of the removal")
+        self.expect_alive(*pads)
+        return f"back after {back - mouse.removed:.2f} s"
+
+    def expect_back_at_once(self, since, *pads):
+        for device in [device for pad in pads for device in pad.inputs]:
+            back = self.inhibitions.wait(device, False, since)
+            check(back - since <= AT_ONCE, f"back only after {back - since:.2f} s")
+        self.expect_alive(*pads)
+        return f"back after {back - since:.2f} s"
+
+    def expect_dead_until(self, moment, *pads):
+        stay_until(moment)
+        self.expect_dead(*pads)
+
+    def expect_alive_until(self, moment, *pads):
+        """Not one of them is inhibited in between, however short."""
+        since = now()
+        stay_until(moment)
+        for device in [device for pad in pads for device in pad.inputs]:
+            check(not self.inhibitions.find(device, True, since), f"{device.name} was inhibited meanwhile")
+        self.expect_alive(*pads)

@@ -24,19 +24,19 @@ def active():
 class Session:
     """One login. Everything that the person starts runs in it."""
 
-    def __init__(self, user, place, kind="user"):
-        self.user, self.place, self.kind = user, place, kind
-        self._shell = subprocess.Popen([sys.executable, "-B", LOGIN, user.name, place, kind],
+    def __init__(self, person, place, kind="user"):
+        self.person = person
+        self._shell = subprocess.Popen([sys.executable, "-B", LOGIN, person.name, place, kind],
                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
         self.number = self.run("echo $XDG_SESSION_ID")
-        wait_for(lambda: fields(SESSIONS / self.number).get("STATE") in ["online", "active"], f"{user.name}'s session")
+        wait_for(lambda: fields(SESSIONS / self.number).get("STATE") in ["online", "active"], f"{person.name}'s session")
 
     def run(self, line):
         """What the person's shell answers to this line: one line."""
         self._shell.stdin.write(line + "\n")
         answer = self._shell.stdout.readline().strip()
         if not answer:
-            raise Failed(f"{self.user.name}'s shell says nothing to {line!r}")
+            raise Failed(f"{self.person.name}'s shell says nothing to {line!r}")
         return answer
 
     def succeeds(self, line):
@@ -44,11 +44,11 @@ class Session:
 
     def come_to_the_front(self):
         subprocess.run(["loginctl", "activate", self.number], check=True)
-        wait_for(lambda: active() == self.number, f"{self.user.name}'s session to come to the front")
+        wait_for(lambda: active() == self.number, f"{self.person.name}'s session to come to the front")
 
     def is_there(self):
         return self._shell.poll() is None
 
     def log_out(self):
         self._shell.stdin.close()
-        wait_for(lambda: not self.is_there(), f"{self.user.name} to log out")
+        wait_for(lambda: not self.is_there(), f"{self.person.name} to log out")

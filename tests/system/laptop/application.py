@@ -1,0 +1,46 @@
+"""The application as it was installed, in the session of whoever has started it."""
+
+import os
+import pathlib
+import signal
+
+import program
+from waiting import check, wait_for
+
+BINARY = "/usr/bin/ble-kovra"
+PREFERENCES = ".config/ble-kovra/preferences.json"
+
+
+class Application:
+    def __init__(self, session, **choices):
+        person = session.person
+        path = person.home / PREFERENCES
+        program.write_preferences(path, **choices)
+        for made in [path, *path.parents[:2]]:
+            os.chown(made, person.uid, person.uid)
+        self._errors = person.home / "stderr"
+        self.pid = int(session.run(f"{BINARY} </dev/null >/dev/null 2>{self._errors} & echo $!"))
+
+    def is_running(self):
+        return self._state() not in ["", "Z"]
+
+    def kill(self):
+        if self.is_running():
+            os.kill(self.pid, signal.SIGKILL)
+            wait_for(lambda: not self.is_running(), "the killed application to end")
+
+    def stop(self):
+        os.kill(self.pid, signal.SIGSTOP)
+        wait_for(lambda: self._state() == "T", "the application to stop")
+
+    def go_on(self):
+        os.kill(self.pid, signal.SIGCONT)
+
+    def expect_running(self):
+        check(self.is_running(), f"the application has ended: {self._errors.read_text()[-300:]}")
+
+    def _state(self):
+        try:
+            return pathlib.Path(f"/proc/{self.pid}/stat").read_text().rpartition(")")[2].split()[0]
+        except OSError:
+            return ""

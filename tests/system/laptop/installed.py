@@ -1,0 +1,67 @@
+"""Scenarios of the packages once they are installed: the helper's unit, the listing tool, the manager."""
+
+import pathlib
+import re
+
+from laptop import HELPER, run
+from people import ANNA
+from running import scenario
+from waiting import check, now
+
+MANAGER = "/Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/Karabiner-VirtualHIDDevice-Manager"
+RULE = pathlib.Path("/etc/polkit-1/rules.d/10-kovra.rules")
+PERMISSION = """polkit.addRule(function(action, subject) {
+    if (action.id.indexOf("org.ble_kovra.helper.") == 0 && subject.user == "anna" && subject.local && subject.active)
+        return polkit.Result.YES;
+});
+"""
+
+
+def listed():
+    return run("systemextensionsctl", "list").strip().rpartition("\t")[2]
+
+
+@scenario("Installing the packages is enough: the helper runs, will run at each boot, and is listed so.")
+def installing(laptop):
+    since = now()
+    laptop.install()
+    took = now() - since
+    state = run("systemctl", "show", "-p", "ActiveState,UnitFileState,NRestarts", HELPER).split()
+    check(state == ["NRestarts=0", "ActiveState=active", "UnitFileState=enabled"], f"the helper's unit is {state}")
+    check(listed() == "[activated enabled]", f"listed as {listed()}")
+    return f"installed in {took:.1f} s"
+
+
+@scenario("The helper works behind its unit's walls: no capability, filtered calls, no new privileges, nobody's home.")
+def walls(laptop):
+    one = laptop.plug_pad()
+    _, mouse = laptop.mute(one)
+    helper = pathlib.Path("/proc", run("systemctl", "show", "-P", "MainPID", HELPER).strip())
+    status = dict(re.findall(r"^(\w+):\t(.*)$", (helper / "status").read_text(), re.M))
+    sets = {name: int(status[name], 16) for name in ["CapInh", "CapPrm", "CapEff", "CapBnd", "CapAmb"]}
+    check(not any(sets.values()), f"its capabilities are {sets}")
+    check((status["Seccomp"], status["NoNewPrivs"]) == ("2", "1"), f"seccomp {status['Seccomp']}, no new privileges {status['NoNewPrivs']}")
+    homes = list((helper / "root/home").iterdir())
+    check(not homes, f"it sees the homes {homes}")
+    mouse.unplug()
+    laptop.expect_back_after_grace(mouse, one)
+
+
+@scenario("Disabled it is listed as waiting for the user. The manager enables and starts it once the person may, and says so where they may not.")
+def manager(laptop):
+    laptop.install()
+    anna = laptop.log_in(ANNA)
+    run("systemctl", "disable", "--now", HELPER)
+    check(listed() == "[activated waiting for user]", f"listed as {listed()}")
+
+    said = anna.run(f"{MANAGER} forceActivate 2>&1 && echo and it went well")
+    check("no polkit agent" in said, f"where nothing can ask for a password, the manager says {said!r}")
+    check(listed() == "[activated waiting for user]", f"listed as {listed()}")
+
+    # In place of the password, an administrator's word.
+    RULE.parent.mkdir(parents=True, exist_ok=True)
+    RULE.write_text(PERMISSION)
+    run("systemctl", "restart", "polkit.service")
+    check(anna.succeeds(f"{MANAGER} forceActivate"), "the manager failed")
+    check(listed() == "[activated enabled]", f"listed as {listed()}")
+    RULE.unlink()

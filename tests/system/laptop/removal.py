@@ -1,0 +1,38 @@
+"""Scenarios of packages that are changed or removed while a touchpad is muted."""
+
+import pathlib
+
+from laptop import flag
+from running import scenario
+from waiting import check
+
+# Where the packages, and what they start, leave something: none of it may stay.
+TRACES = ["Library", "Applications", "run/ble-kovra-helper", "usr/bin/ble-kovra", "usr/libexec/ble-kovra*",
+          "usr/bin/systemextensionsctl", "usr/lib/systemd/system/ble-kovra*", "etc/systemd/system/*/ble-kovra*",
+          "usr/lib/tmpfiles.d/ble-kovra*", "usr/share/polkit-1/actions/*kovra*", "var/lib/systemd/deb-systemd-helper-*/ble-kovra*",
+          "var/lib/systemd/deb-systemd-helper-*/*/ble-kovra*", "var/lib/dpkg/info/ble-kovra*"]
+
+
+@scenario("Installed anew while a pad is muted: the application and its flag are undisturbed, and the pad is muted in the end.")
+def upgrade(laptop):
+    one = laptop.plug_pad()
+    application, mouse = laptop.mute(one)
+    laptop.reinstall()
+    application.expect_running()
+    check(flag() == "on", f"the flag says {flag()!r}")
+    laptop.expect_dead(one)
+    mouse.unplug()
+    laptop.expect_back_after_grace(mouse, one)
+
+
+@scenario("Purged while a pad is muted: the pad is given back, and nothing is left.")
+def purge(laptop):
+    one = laptop.plug_pad(twin=True)
+    application, _ = laptop.mute(one)
+    laptop.purge("ble-kovra-helper")
+    check(not any(one.inhibited), f"after the helper was purged: {one.inhibited}")
+    application.kill()
+    laptop.purge("ble-kovra")
+    left = [str(path) for pattern in TRACES for path in pathlib.Path("/").glob(pattern)]
+    check(not left, f"left are {left}")
+    laptop.expect_alive(one)

@@ -1,0 +1,103 @@
+"""Scenarios of several people: whoever is at the machine decides, and nobody else."""
+
+from laptop import AT_ONCE, FLAG, flag
+from people import ANNA, BORIS, GREETER
+from running import scenario
+from sessions import Session
+from waiting import check, now, wait_for
+
+
+@scenario("Somebody else comes to the front: the pad is theirs at once. Back again: dead as before.")
+def switch(laptop):
+    one = laptop.plug_pad(twin=True)
+    boris = laptop.log_in(BORIS)
+    laptop.log_in(ANNA).come_to_the_front()
+    laptop.mute(one)
+    since = now()
+    boris.come_to_the_front()
+    measured = laptop.expect_back_at_once(since, one)
+    laptop.log_in(ANNA).come_to_the_front()
+    laptop.expect_dead(one)
+    return measured
+
+
+@scenario("The login screen comes to the front: the pad is alive there.")
+def login_screen(laptop):
+    one = laptop.plug_pad()
+    laptop.mute(one)
+    screen = laptop.log_in(GREETER)
+    since = now()
+    screen.come_to_the_front()
+    measured = laptop.expect_back_at_once(since, one)
+    laptop.log_in(ANNA).come_to_the_front()
+    laptop.expect_dead(one)
+    return measured
+
+
+@scenario("Whoever has muted the pad logs out: it is given back.")
+def logout(laptop):
+    one = laptop.plug_pad()
+    laptop.mute(one)
+    since = now()
+    laptop.log_in(ANNA).log_out()
+    return laptop.expect_back_at_once(since, one)
+
+
+@scenario("Anna's mouse is unplugged while Boris is at the machine: when she is back, the pad is alive within 1 s, and stays so.")
+def unplugged_meanwhile(laptop):
+    one = laptop.plug_pad()
+    boris = laptop.log_in(BORIS)
+    laptop.log_in(ANNA).come_to_the_front()
+    _, mouse = laptop.mute(one)
+    boris.come_to_the_front()
+    laptop.expect_alive(one)
+    mouse.unplug()
+    laptop.expect_alive_until(mouse.removed + 3, one)
+    laptop.log_in(ANNA).come_to_the_front()
+    since = now()
+    wait_for(lambda: flag() == "off", "Anna's flag to say off")
+    took = now() - since
+    check(took <= AT_ONCE, f"her flag said off only after {took:.2f} s")
+    laptop.expect_alive_until(now() + AT_ONCE, one)
+
+
+@scenario("Her mouse is plugged while Boris is at the machine: when she is back, the pad is dead.")
+def plugged_meanwhile(laptop):
+    one = laptop.plug_pad()
+    boris = laptop.log_in(BORIS)
+    laptop.log_in(ANNA).come_to_the_front()
+    laptop.start()
+    wait_for(lambda: flag() == "off", "the application's first word")
+    boris.come_to_the_front()
+    laptop.plug_mouse()
+    laptop.expect_alive_until(now() + 2, one)
+    laptop.log_in(ANNA).come_to_the_front()
+    laptop.expect_dead(one)
+
+
+@scenario("Boris cannot mute Anna's pad: not from the background, not from elsewhere, not through a file that he has kept open.")
+def others(laptop):
+    one = laptop.plug_pad()
+    laptop.start()
+    boris, elsewhere = laptop.log_in(BORIS), Session(BORIS, "elsewhere.example")
+    boris.come_to_the_front()
+    check(boris.succeeds(f"exec 9<>'{FLAG}'"), "at the machine Boris cannot open his own flag")
+    laptop.log_in(ANNA).come_to_the_front()
+    for session in [boris, elsewhere]:
+        check(not session.succeeds(f"(printf on >'{FLAG}') 2>/dev/null"), "Boris has written to Anna's flag")
+        laptop.start(session, mode="always")
+    check(boris.succeeds("printf on >&9"), "the file that Boris has kept open does not take his word")
+    laptop.expect_alive_until(now() + 4, one)
+    check(flag() == "off", f"Anna's flag says {flag()!r}")
+    elsewhere.log_out()
+
+
+@scenario("Nor can Anna herself from elsewhere, while the login screen is in front.")
+def same_person_from_elsewhere(laptop):
+    one = laptop.plug_pad()
+    laptop.install()
+    laptop.log_in(GREETER).come_to_the_front()
+    elsewhere = Session(ANNA, "elsewhere.example")
+    laptop.start(elsewhere, mode="always")
+    laptop.expect_alive_until(now() + 4, one)
+    elsewhere.log_out()
