@@ -29,7 +29,7 @@ bool giveBackAll(Records& records, const InputClass& inputs, std::chrono::millis
         for (const std::string& name : names) giveBack(name, records, inputs);
         if (records.names().empty()) return true;
         const auto left = deadline - std::chrono::steady_clock::now();
-        if (left <= left.zero()) return false;
+        if (left <= std::chrono::nanoseconds::zero()) return false;
         std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pauses.next(), left));
     }
 }
