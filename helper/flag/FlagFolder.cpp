@@ -109,13 +109,16 @@ void FlagFolder::happened() {
         std::memcpy(&event, buffer.data() + at, sizeof event);
         const char* name = buffer.data() + at + sizeof event;
         at += static_cast<ssize_t>(sizeof event + event.len);
-        if (event.wd == flagMark_) {
+        if ((event.mask & IN_Q_OVERFLOW) != 0) {
+            // Too much happened: whatever is not told any more may be among it.
+            onTheWay = true;
+            isAnother = true;
+        } else if (event.wd == flagMark_) {
             isWritten = true;
         } else if (event.wd == folderMark_ && event.len > 0) {
             isAnother = isAnother || std::strcmp(name, flagName) == 0;
         } else {
             onTheWay = true;
-            isAnother = isAnother || (event.mask & IN_Q_OVERFLOW) != 0;
         }
     }
     if (onTheWay && isLost()) {

@@ -183,6 +183,23 @@ TEST(FlagFolder, IsNotWokenByWhatDoesNotCount) {
     EXPECT_TRUE(listening.silence());
 }
 
+// What came while the kernel's queue was full, it does not tell.
+TEST(FlagFolder, FollowsAFlagThatCameWhileTooMuchHappened) {
+    FlagRig rig;
+    Listening listening(rig);
+    int room = 0;
+    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> room;
+    ASSERT_GT(room, 0);
+    for (int events = 0; events <= room; events += 2) {
+        writeFile(rig.path("other"), "");
+        fs::remove(rig.path("other"));
+    }
+    writeFile(rig.state(), "off");
+    EXPECT_TRUE(listening.change());
+    writeFile(rig.state(), "on");  // in place, and no folder changes
+    EXPECT_TRUE(listening.change());
+}
+
 TEST(FlagFolder, IsLostWhenItOrAFolderOnTheWayIsMovedRemovedOrOpenedToOthers) {
     const auto lost = [](const std::function<void(const FlagRig&)>& happen) {
         FlagRig rig;
