@@ -205,6 +205,7 @@ TEST_F(HelperDaemon, GivesThePadBackWhenNobodyIsThereAnyMore) {
     rig.startMuted();
     rig.sitsDown(std::nullopt);
     EXPECT_TRUE(rig.is("0"));
+    EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
 }
 
 TEST_F(HelperDaemon, GivesTheNextUserAFlagOfTheirOwnThatIsOff) {
