@@ -60,8 +60,8 @@ void FlagHandover::rang() {
 // Reads all that has happened. A folder that is watched no more may still be told of; that concerns nobody.
 bool FlagHandover::concernsFlag() {
     bool concerns = false;
-    alignas(inotify_event) std::array<char, 4096>
-        events;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): read() fills it
+    alignas(inotify_event) std::array<char, 4096> events;
     ssize_t count;
     while ((count = ::read(events_.number(), events.data(), events.size())) > 0) {
         for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
