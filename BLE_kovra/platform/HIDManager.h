@@ -27,8 +27,9 @@ class HIDDevice {
 };
 
 // Tells of every HID interface of every kind: first, after open(), of each one already attached, then of each that
-// comes. An interface whose name or numbers change is reported as removed and attached again, under the same registry
-// number. One whose device is known to be switched off or out of reach is not attached, though the system lists it. All callbacks arrive on the main thread, from the event loop, never from inside a call of this class.
+// comes. An interface whose name or numbers change is reported as removed and attached again; it may keep its registry
+// number. One whose device is known to be switched off or out of reach is not attached, though the system lists it. All
+// callbacks arrive on the main thread, from the event loop, never from inside a call of this class.
 // Destroying the manager ends them.
 class HIDManager {
   public:

@@ -31,8 +31,9 @@ class PreferencesStore {
     // The boolean reading of whatever is stored: a truth value as it is, a number if it is not zero, a text that begins
     // (after blanks, a sign and zeroes) with Y, y, T, t or a digit 1 to 9; everything else, and nothing at all, is
     // false.
-    virtual bool boolean(std::string_view key) const = 0;
-    // Replaces what is stored under this key and touches nothing else.
+    bool boolean(std::string_view key) const;
+    // Replaces what is stored under this key and touches nothing else. A text that is no UTF-8 may be kept with U+FFFD
+    // in place of what is none.
     virtual void set(std::string_view key, const PreferenceValue& value) = 0;
 };
 

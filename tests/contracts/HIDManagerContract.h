@@ -117,7 +117,7 @@ TYPED_TEST_P(HIDManagerContract, TellsOfTheRemovalOfWhatWasThereBefore) {
     EXPECT_EQ(this->told_[0].id(), this->told_[1].id());
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsOfANewNameAsARemovalAndAnAttachmentOfTheSameInterface) {
+TYPED_TEST_P(HIDManagerContract, TellsOfANewNameAsARemovalAndAnAttachment) {
     this->open();
     const auto mouse = this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
@@ -125,7 +125,6 @@ TYPED_TEST_P(HIDManagerContract, TellsOfANewNameAsARemovalAndAnAttachmentOfTheSa
     this->driver_.settle();
     ASSERT_EQ(this->names(), (NamesTold{"+apple", "-apple", "+pear"}));
     EXPECT_EQ(this->told_[0].id(), this->told_[1].id());
-    EXPECT_EQ(this->told_[0].id(), this->told_[2].id());
 }
 
 TYPED_TEST_P(HIDManagerContract, TellsEachInterfaceOfADeviceApart) {
@@ -278,8 +277,7 @@ TYPED_TEST_P(HIDManagerContract, NeedsNoCallbacks) {
 REGISTER_TYPED_TEST_SUITE_P(HIDManagerContract, SaysNothingFromInsideOpen, SaysNothingBeforeItIsOpened,
                             TellsOfEachInterfaceThatIsAttachedAlready, TellsNothingOfWhatWentBeforeItWasOpened,
                             TellsOfWhatComesLater, TellsOfARemovalUnderTheNumberOfTheAttachment,
-                            TellsOfTheRemovalOfWhatWasThereBefore,
-                            TellsOfANewNameAsARemovalAndAnAttachmentOfTheSameInterface,
+                            TellsOfTheRemovalOfWhatWasThereBefore, TellsOfANewNameAsARemovalAndAnAttachment,
                             TellsEachInterfaceOfADeviceApart, TellsTwoDevicesOfOneModelApart, NeverUsesANumberAgain,
                             GivesTheDevicesNumbersOnBothSides, HasNoNameForANamelessDevice,
                             HasNoNumbersForADeviceThatReportsNone, HasNoTextForANumberNorANumberForAText,

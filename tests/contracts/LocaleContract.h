@@ -39,7 +39,6 @@ TYPED_TEST_P(LocaleContract, OrdersNamesByTheirLetters) {
 
 TYPED_TEST_P(LocaleContract, KnowsNoCase) {
     for (const char* other : {"usb MOUSE", "USB mouse", "Usb Mouse"}) {
-        EXPECT_EQ(this->key("USB Mouse"), this->key(other));
         EXPECT_FALSE(this->isAscending("USB Mouse", other));
         EXPECT_FALSE(this->isAscending(other, "USB Mouse"));
     }

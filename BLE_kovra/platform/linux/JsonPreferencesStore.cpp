@@ -1,6 +1,5 @@
 #include "BLE_kovra/platform/linux/JsonPreferencesStore.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <nlohmann/json.hpp>
@@ -65,16 +64,6 @@ Json toJson(const PreferenceValue& value) {
 // Never throws, whatever the bytes: what is no UTF-8 is stored as U+FFFD.
 std::string textOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
-bool readAsBoolean(std::string_view text) {
-    const auto skip = [&](std::string_view characters) {
-        text.remove_prefix(std::min(text.find_first_not_of(characters), text.size()));
-    };
-    skip(" \t\n\v\f\r");
-    if (!text.empty() && (text.front() == '+' || text.front() == '-')) text.remove_prefix(1);
-    skip("0");
-    return !text.empty() && std::string_view("YyTt123456789").find(text.front()) != std::string_view::npos;
-}
-
 }  // namespace
 
 std::string standardPreferencesPath() {
@@ -106,15 +95,6 @@ JsonPreferencesStore::JsonPreferencesStore(std::string path, SystemLog& log) : f
 std::optional<PreferenceValue> JsonPreferencesStore::object(std::string_view key) const {
     const auto found = values_.find(key);
     return found == values_.end() ? std::nullopt : std::optional(found->second);
-}
-
-bool JsonPreferencesStore::boolean(std::string_view key) const {
-    const auto value = object(key);
-    if (!value) return false;
-    if (const auto* truth = std::get_if<bool>(&*value)) return *truth;
-    if (const auto* number = std::get_if<double>(&*value)) return *number != 0;
-    const auto* text = std::get_if<std::string>(&*value);
-    return text != nullptr && readAsBoolean(*text);
 }
 
 void JsonPreferencesStore::set(std::string_view key, const PreferenceValue& value) {

@@ -34,7 +34,6 @@ class JsonPreferencesStore : public PreferencesStore {
     JsonPreferencesStore(std::string path, SystemLog& log);
 
     std::optional<PreferenceValue> object(std::string_view key) const override;
-    bool boolean(std::string_view key) const override;
     void set(std::string_view key, const PreferenceValue& value) override;
 
   private:

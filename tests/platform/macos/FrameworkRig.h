@@ -1,0 +1,38 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "tests/platform/macos/fakes/FakeDefaults.h"
+#include "tests/platform/macos/fakes/FakeHotKeys.h"
+#include "tests/platform/macos/fakes/FakeIOKit.h"
+#include "tests/platform/macos/fakes/FakeRunLoop.h"
+#include "tests/platform/macos/fakes/FakeValues.h"
+
+namespace kovra {
+
+// The system's frameworks for one test: as they are at first, and with nothing of the adapters left in them at the end.
+// To be made before the adapters.
+class FrameworkRig {
+  public:
+    FrameworkRig() { clear(); }
+    FrameworkRig(const FrameworkRig&) = delete;
+    FrameworkRig& operator=(const FrameworkRig&) = delete;
+    ~FrameworkRig() {
+        FakeRunLoop::endProcess();
+        clear();
+        EXPECT_EQ(FakeObject::alive(), 0U) << "references that nobody gave back";
+        EXPECT_EQ(FakeHotKeys::held(), 0U);
+    }
+
+  private:
+    static void clear() {
+        FakeIOKit::unplugAll();
+        FakeIOKit::allowListening(true);
+        FakeIOKit::takeRequests();
+        FakeHotKeys::clear();
+        FakeDefaults::clear();
+        FakeSettings::languages = {"en-GB", "ru-RU"};
+    }
+};
+
+}  // namespace kovra

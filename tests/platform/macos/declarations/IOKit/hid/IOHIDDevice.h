@@ -1,0 +1,17 @@
+// What BLE-kovra uses of HID devices, declared for machines that are no Macs.
+#pragma once
+
+#include <IOKit/IOKitLib.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct __IOHIDDevice* IOHIDDeviceRef;
+
+io_service_t IOHIDDeviceGetService(IOHIDDeviceRef device);
+CFTypeRef IOHIDDeviceGetProperty(IOHIDDeviceRef device, CFStringRef key);
+
+#ifdef __cplusplus
+}
+#endif

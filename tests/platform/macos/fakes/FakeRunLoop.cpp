@@ -1,0 +1,254 @@
+#include "tests/platform/macos/fakes/FakeRunLoop.h"
+
+#include <dispatch/dispatch.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <deque>
+#include <limits>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "tests/platform/macos/fakes/FakeValues.h"
+
+using kovra::FakeObject;
+using kovra::fakeObject;
+using kovra::FakeRunLoop;
+using kovra::FakeType;
+using kovra::refuse;
+
+struct __CFFileDescriptor : FakeObject {
+    __CFFileDescriptor(int ours, CFFileDescriptorCallBack callback, void* info)
+        : FakeObject(FakeType::descriptor), number(ours), ring(callback), context(info) {}
+    const int number;
+    const CFFileDescriptorCallBack ring;
+    void* const context;
+    bool isValid = true;
+    bool isEnabled = false;
+};
+
+struct __CFRunLoopSource : FakeObject {
+    explicit __CFRunLoopSource(CFFileDescriptorRef of) : FakeObject(FakeType::source), descriptor(of) { CFRetain(of); }
+    ~__CFRunLoopSource() override { CFRelease(descriptor); }
+    CFFileDescriptorRef const descriptor;
+};
+
+struct __CFRunLoop : FakeObject {
+    __CFRunLoop() : FakeObject(FakeType::loop, Life::endless) {}
+};
+
+struct dispatch_queue_s {};
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Work {
+    void* context;
+    dispatch_function_t function;
+};
+
+__CFRunLoop theLoop;
+dispatch_queue_s theQueue;
+std::deque<Work> blocks;
+std::multimap<std::int64_t, Work> timers;  // by the moment on the clock, in nanoseconds
+std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> sources;
+std::vector<FakeRunLoop::Source*> others;
+bool isInABlock = false;
+
+std::int64_t now() { return std::chrono::nanoseconds(Clock::now().time_since_epoch()).count(); }
+
+void queueTimersThatAreDue() {
+    while (!timers.empty() && timers.begin()->first <= now()) {
+        blocks.push_back(timers.begin()->second);
+        timers.erase(timers.begin());
+    }
+}
+
+bool runBlocks(CFRunLoopMode mode) {
+    queueTimersThatAreDue();
+    if (isInABlock || blocks.empty() || !FakeRunLoop::isHeard(kCFRunLoopCommonModes, mode)) return false;
+    isInABlock = true;
+    for (std::size_t left = blocks.size(); left > 0; --left) {
+        const Work work = blocks.front();
+        blocks.pop_front();
+        work.function(work.context);
+    }
+    isInABlock = false;
+    return true;
+}
+
+bool tellOthers(CFRunLoopMode mode) {
+    bool hasTold = false;
+    for (FakeRunLoop::Source* source : std::vector(others)) {
+        if (std::ranges::find(others, source) == others.end()) continue;
+        if (!source->isHeardIn(mode) || !source->hasNews()) continue;
+        source->tell();
+        hasTold = true;
+    }
+    return hasTold;
+}
+
+std::vector<CFFileDescriptorRef> descriptorsHeardIn(CFRunLoopMode mode) {
+    std::vector<CFFileDescriptorRef> heard;
+    for (const auto& [source, addedTo] : sources) {
+        if (source->descriptor->isEnabled && FakeRunLoop::isHeard(addedTo, mode)) heard.push_back(source->descriptor);
+    }
+    return heard;
+}
+
+// Whether any rings within the patience, in milliseconds.
+std::vector<CFFileDescriptorRef> ringing(CFRunLoopMode mode, int patience) {
+    const auto heard = descriptorsHeardIn(mode);
+    std::vector<pollfd> polled;
+    for (const CFFileDescriptorRef descriptor : heard) polled.push_back({descriptor->number, POLLIN, 0});
+    std::vector<CFFileDescriptorRef> found;
+    if (::poll(polled.data(), polled.size(), patience) <= 0) return found;
+    for (std::size_t i = 0; i < polled.size(); ++i) {
+        if (polled[i].revents != 0) found.push_back(heard[i]);
+    }
+    return found;
+}
+
+bool ringDescriptors(CFRunLoopMode mode) {
+    const auto found = ringing(mode, 0);
+    for (const CFFileDescriptorRef descriptor : found) CFRetain(descriptor);
+    for (const CFFileDescriptorRef descriptor : found) {
+        if (descriptor->isEnabled) {
+            descriptor->isEnabled = false;
+            descriptor->ring(descriptor, kCFFileDescriptorReadCallBack, descriptor->context);
+        }
+        CFRelease(descriptor);
+    }
+    return !found.empty();
+}
+
+void waitForNews(CFRunLoopMode mode, std::int64_t end) {
+    std::int64_t wake = end;
+    if (!timers.empty() && !isInABlock) wake = std::min(wake, timers.begin()->first);
+    if (wake == std::numeric_limits<std::int64_t>::max() && descriptorsHeardIn(mode).empty()) {
+        refuse("to wait where nothing can ever come");
+    }
+    const std::int64_t left = std::max<std::int64_t>(wake - now(), 0) / 1'000'000 + 1;
+    ringing(mode, static_cast<int>(std::min<std::int64_t>(left, 60'000)));
+}
+
+}  // namespace
+
+namespace kovra {
+
+void FakeRunLoop::add(Source& source) { others.push_back(&source); }
+
+void FakeRunLoop::remove(Source& source) { std::erase(others, &source); }
+
+CFRunLoopMode FakeRunLoop::alertMode() {
+    static const __CFString mode(u"modal panel", FakeObject::Life::endless);
+    return &mode;
+}
+
+bool FakeRunLoop::isHeard(CFRunLoopMode addedTo, CFRunLoopMode in) {
+    const bool isCommon = in == kCFRunLoopDefaultMode || in == alertMode();
+    return addedTo == in || (addedTo == kCFRunLoopCommonModes && isCommon);
+}
+
+void FakeRunLoop::settle(CFRunLoopMode mode) {
+    while (CFRunLoopRunInMode(mode, 0, true) == kCFRunLoopRunHandledSource) {
+    }
+}
+
+void FakeRunLoop::let(std::chrono::nanoseconds duration) {
+    CFRunLoopRunInMode(kCFRunLoopDefaultMode, std::chrono::duration<double>(duration).count(), false);
+}
+
+bool FakeRunLoop::turnUntil(const std::function<bool()>& condition) {
+    const auto end = Clock::now() + std::chrono::seconds(20);
+    while (!condition() && Clock::now() < end) CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.005, true);
+    return condition();
+}
+
+void FakeRunLoop::endProcess() {
+    while (!blocks.empty() || !timers.empty()) {
+        for (const auto& [due, work] : std::exchange(timers, {})) blocks.push_back(work);
+        runBlocks(kCFRunLoopDefaultMode);
+    }
+}
+
+}  // namespace kovra
+
+extern "C" {
+
+static const __CFString defaultMode(u"default", FakeObject::Life::endless);
+static const __CFString commonModes(u"common", FakeObject::Life::endless);
+const CFRunLoopMode kCFRunLoopDefaultMode = &defaultMode;
+const CFRunLoopMode kCFRunLoopCommonModes = &commonModes;
+
+CFRunLoopRef CFRunLoopGetMain() { return &theLoop; }
+
+CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled) {
+    if (mode == kCFRunLoopCommonModes) refuse("to run in what is no mode of its own");
+    constexpr CFTimeInterval forever = 1e9;
+    const std::int64_t end =
+        seconds < forever ? now() + static_cast<std::int64_t>(seconds * 1e9) : std::numeric_limits<std::int64_t>::max();
+    for (;;) {
+        bool hasHandled = tellOthers(mode);
+        hasHandled |= ringDescriptors(mode);
+        hasHandled |= runBlocks(mode);
+        if (hasHandled && returnAfterSourceHandled) return kCFRunLoopRunHandledSource;
+        if (now() >= end) return kCFRunLoopRunTimedOut;
+        if (!hasHandled) waitForNews(mode, end);
+    }
+}
+
+void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode) {
+    if (loop != &theLoop) refuse("a run loop that is not ours");
+    fakeObject<__CFRunLoopSource>(source, FakeType::source).retain();
+    sources.emplace_back(source, mode);
+}
+
+CFFileDescriptorRef CFFileDescriptorCreate(CFAllocatorRef, int number, Boolean closeOnInvalidate,
+                                           CFFileDescriptorCallBack callback, const CFFileDescriptorContext* context) {
+    if (closeOnInvalidate != 0) refuse("to close what others own");
+    if (context->version != 0 || context->retain != nullptr || context->release != nullptr)
+        refuse("a context that is not ours");
+    return new __CFFileDescriptor(number, callback, context->info);
+}
+
+void CFFileDescriptorEnableCallBacks(CFFileDescriptorRef descriptor, CFOptionFlags types) {
+    auto& enabled = fakeObject<__CFFileDescriptor>(descriptor, FakeType::descriptor);
+    if (enabled.isValid && types == kCFFileDescriptorReadCallBack) enabled.isEnabled = true;
+}
+
+void CFFileDescriptorInvalidate(CFFileDescriptorRef descriptor) {
+    auto& invalid = fakeObject<__CFFileDescriptor>(descriptor, FakeType::descriptor);
+    invalid.isValid = invalid.isEnabled = false;
+    const auto gone = std::stable_partition(sources.begin(), sources.end(),
+                                            [&](const auto& source) { return source.first->descriptor != descriptor; });
+    std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> removed(gone, sources.end());
+    sources.erase(gone, sources.end());
+    for (const auto& [source, mode] : removed) CFRelease(source);
+}
+
+CFRunLoopSourceRef CFFileDescriptorCreateRunLoopSource(CFAllocatorRef, CFFileDescriptorRef descriptor, CFIndex) {
+    fakeObject<__CFFileDescriptor>(descriptor, FakeType::descriptor);
+    return new __CFRunLoopSource(descriptor);
+}
+
+dispatch_queue_t dispatch_get_main_queue() { return &theQueue; }
+
+void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t function) {
+    if (queue != &theQueue) refuse("a queue that is not ours");
+    blocks.push_back({context, function});
+}
+
+dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t nanoseconds) {
+    return static_cast<dispatch_time_t>(when == DISPATCH_TIME_NOW ? now() : static_cast<std::int64_t>(when)) +
+           static_cast<dispatch_time_t>(nanoseconds);
+}
+
+void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t function) {
+    if (queue != &theQueue) refuse("a queue that is not ours");
+    timers.emplace(static_cast<std::int64_t>(when), Work{context, function});
+}
+}
