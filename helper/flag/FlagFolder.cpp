@@ -74,28 +74,38 @@ bool FlagFolder::hold(Loop& loop) {
 }
 
 bool FlagFolder::handOver(std::optional<uid_t> user) {
-    const int error = handOverFlag(folder_.number(), trust_.owner, user);
-    watchFlag();
-    if (error != 0) logError("the flag cannot be handed over, so that nothing is muted", error);
-    return error == 0;
+    // A flag that is theirs already lacks nothing but its watch, and another file would not have one either.
+    const int error = isWritableBy(user) && !isWatched_ ? 0 : handOverFlag(folder_.number(), trust_.owner, user);
+    const int errorOfWatch = watchFlag();
+    if (error != 0) {
+        logError("the flag cannot be handed over, so that nothing is muted", error);
+    } else if (errorOfWatch != 0) {
+        logError("the flag cannot be watched, so that nothing is muted", errorOfWatch);
+    }
+    return error == 0 && isWatched_;
 }
 
-bool FlagFolder::isOf(std::optional<uid_t> user) const {
+bool FlagFolder::isOf(std::optional<uid_t> user) const { return isWatched_ && isWritableBy(user); }
+
+bool FlagFolder::isWritableBy(std::optional<uid_t> user) const {
     const auto flag = FlagFile::open(folder_.number(), flagName, trust_.owner);
     return flag && flag->isWritableBy(user);
 }
 
 bool FlagFolder::saysOn() const {
     const auto flag = FlagFile::open(folder_.number(), flagName, trust_.owner);
-    return flag && !flag->hasOtherNames() && flag->content() == FlagFile::Content::on;
+    return isWatched_ && flag && !flag->hasOtherNames() && flag->content() == FlagFile::Content::on;
 }
 
-void FlagFolder::watchFlag() {
+int FlagFolder::watchFlag() {
     const Descriptor flag(::openat(folder_.number(), flagName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     const bool isFile = flag.isOpen() && ::fstat(flag.number(), &status) == 0 && S_ISREG(status.st_mode);
     const int before = std::exchange(flagMark_, isFile ? mark(events_, flag, eventsOfTheFlag) : -1);
+    const int error = isFile && flagMark_ < 0 ? errno : 0;
     if (before >= 0 && before != flagMark_) ::inotify_rm_watch(events_.number(), before);
+    isWatched_ = error == 0;
+    return error;
 }
 
 void FlagFolder::happened() {

@@ -38,11 +38,14 @@ class FlagFolder {
     // Puts a new file in place, which this user alone may write, or nobody, with the text that this user last left,
     // else "off". Whoever could write the one before keeps no way to the new one, open descriptors included; what they
     // wrote is kept for their return. False, and one line in the log, where that failed: then the flag in place is
-    // nobody's any more, nothing half made is left, and the caller tries again later.
+    // nobody's any more, or cannot be watched and says off, nothing half made is left, and the caller tries again
+    // later.
     bool handOver(std::optional<uid_t> user);
-    // Whether the flag in place may be written by exactly this user, or by nobody; as handOver() would have left it.
+    // Whether the flag in place may be written by exactly this user, or by nobody, and is watched; as handOver() would
+    // have left it.
     bool isOf(std::optional<uid_t> user) const;
-    // Whether the flag in place is a plain file of the owner's with one name and exactly the two bytes "on".
+    // Whether the flag in place is a plain file of the owner's with one name and exactly the two bytes "on". Where the
+    // kernel has no watch left for it the flag says off: nobody would hear when it does.
     bool saysOn() const;
 
     // The flag may have come to say something else, or is another one. Also called after one's own hand-over.
@@ -54,8 +57,9 @@ class FlagFolder {
     FlagFolder(std::filesystem::path path, Trust trust) : path_(std::move(path)), trust_(std::move(trust)) {}
 
     bool hold(Loop& loop);
-    // Watches what stands under the flag's name now, and nothing that stood there before.
-    void watchFlag();
+    bool isWritableBy(std::optional<uid_t> user) const;
+    // Watches what stands under the flag's name now, and nothing that stood there before. 0, or the error.
+    int watchFlag();
     void happened();
     bool isLost() const;
 
@@ -66,6 +70,7 @@ class FlagFolder {
     std::unique_ptr<Loop::Watch> watch_;
     int folderMark_ = -1;
     int flagMark_ = -1;
+    bool isWatched_ = false;  // also where there is nothing to watch
 };
 
 }  // namespace kovra::helper

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <functional>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/PrivateMachine.h"
+
+namespace kovra::helper {
+namespace {
+
+namespace fs = std::filesystem;
+
+// How many files the kernel watches for this user, from here on.
+void allowWatches(int number) { writeFile("/proc/sys/user/max_inotify_watches", std::to_string(number)); }
+
+// Runs the body where that can be set, as the one user that there is.
+void onAMachineShortOfWatches(const std::function<void(uid_t)>& body) {
+    inPrivateMachine([&](uid_t) {
+        if (::unshare(CLONE_NEWUSER) != 0) throw std::runtime_error("no namespace of its own");
+        writeFile("/proc/self/uid_map", "0 0 1");
+        allowWatches(100);
+        body(0);
+    });
+}
+
+TEST(UnwatchedFlag, IsOffAndNobodysUntilItIsWatched) {
+    onAMachineShortOfWatches([](uid_t user) {
+        FlagRig rig;
+        ASSERT_TRUE(rig.handOver(user));
+        rig.write(user, "on");
+        ASSERT_TRUE(rig.saysOn());
+        rig.startAnew();
+        allowWatches(4);  // three folders on the way, and the folder
+        EXPECT_FALSE(rig.saysOn());
+        EXPECT_FALSE(rig.folder().isOf(user));
+        EXPECT_FALSE(rig.handOver(user));
+        EXPECT_FALSE(rig.saysOn());
+        allowWatches(5);
+        EXPECT_TRUE(rig.handOver(user));
+        EXPECT_TRUE(rig.folder().isOf(user));
+        EXPECT_TRUE(rig.saysOn());
+    });
+}
+
+TEST(UnwatchedFlag, IsNotExchangedAgainForTheSameUser) {
+    onAMachineShortOfWatches([](uid_t user) {
+        FlagRig rig;
+        rig.folder();
+        allowWatches(4);
+        EXPECT_FALSE(rig.handOver(user));
+        struct stat before {};
+        ASSERT_EQ(::stat(rig.state().c_str(), &before), 0);
+        EXPECT_FALSE(rig.handOver(user));
+        struct stat after {};
+        ASSERT_EQ(::stat(rig.state().c_str(), &after), 0);
+        EXPECT_EQ(before.st_ino, after.st_ino);
+        EXPECT_FALSE(rig.handOver(std::nullopt));
+        EXPECT_EQ(rig.content(), "off");
+        EXPECT_EQ(rig.names(), (std::set<std::string>{"state", "state.left.0"}));
+    });
+}
+
+TEST(UnwatchedFlag, ThatTookThePlaceOfAWatchedOneIsOff) {
+    onAMachineShortOfWatches([](uid_t user) {
+        FlagRig rig;
+        ASSERT_TRUE(rig.handOver(user));
+        rig.write(user, "on");
+        fs::copy_file(rig.state(), rig.path("other"));
+        int changes = 0;
+        rig.folder().onChange = [&] { ++changes; };
+        allowWatches(4);
+        fs::rename(rig.path("other"), rig.state());
+        ASSERT_TRUE(rig.waitUntil([&] { return changes > 0; }));
+        EXPECT_FALSE(rig.saysOn());
+        allowWatches(5);
+        ASSERT_TRUE(rig.handOver(user));
+        changes = 0;
+        rig.write(user, "on");
+        EXPECT_TRUE(rig.waitUntil([&] { return changes > 0; }));
+    });
+}
+
+}  // namespace
+}  // namespace kovra::helper
