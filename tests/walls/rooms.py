@@ -97,6 +97,7 @@ PROGRAM = (
     Room("BLE_kovra/app", VALUES + L10N + DEVICES + CORE + SYSTEM, standard, with_folders=True),
 )
 ICONS = Room("packaging/icons", VALUES + everything_in("BLE_kovra/app") + (r"BLE_kovra/platform/linux/IconSvg\.h",), standard)
+BUNDLE = Room("packaging/macos", VALUES, standard)
 HELPER = Room("helper", (), any_but_qt, with_folders=True)
 
 # The composition root is the one place where the logic and a system meet.
@@ -148,7 +149,7 @@ TESTS = (
     SCREEN,
 )
 
-ROOMS = (*PROGRAM, ICONS, HELPER, *TESTS)
+ROOMS = (*PROGRAM, ICONS, BUNDLE, HELPER, *TESTS)
 
 # Headers that stand in no room's way: what they include counts as included by whoever includes them.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")

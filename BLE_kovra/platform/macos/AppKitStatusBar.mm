@@ -17,7 +17,7 @@ NSControlStateValue stateValue(MenuItemState state) {
 NSMenuItem* menuItem(const MenuItem& item) {
     if (item.isSeparator) return [NSMenuItem separatorItem];
     NSMenuItem* made = [[NSMenuItem alloc] initWithTitle:foundationString(item.title)
-                                                  action:item.action ? @selector(perform:) : nil
+                                                  action:item.action ? @selector(perform:) : nullptr
                                            keyEquivalent:foundationString(item.keyEquivalent)];
     if (item.action) {
         KovraActionTarget* target = [[KovraActionTarget alloc] initWithWork:item.action->perform];

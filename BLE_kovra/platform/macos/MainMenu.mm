@@ -13,7 +13,7 @@ NSMenuItem* key(NSString* keyEquivalent, SEL action, id target) {
 NSMenuItem* submenu(NSArray<NSMenuItem*>* items) {
     NSMenu* menu = [[NSMenu alloc] initWithTitle:@""];
     for (NSMenuItem* item in items) [menu addItem:item];
-    NSMenuItem* holder = [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""];
+    NSMenuItem* holder = [[NSMenuItem alloc] initWithTitle:@"" action:nullptr keyEquivalent:@""];
     [holder setSubmenu:menu];
     return holder;
 }
