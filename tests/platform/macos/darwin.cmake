@@ -26,3 +26,8 @@ foreach(language IN ITEMS CXX OBJCXX)
   set(CMAKE_${language}_COMPILER_TARGET "${KOVRA_CHECKED_ARCHITECTURE}-apple-macos13")
   set(CMAKE_${language}_FLAGS_INIT "${flags} -stdlib=libc++")
 endforeach()
+
+# The system's libraries as the linker sees them, where they have been written to.
+set(KOVRA_EXPORTS "" CACHE PATH "The folder with the libraries to link against")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KOVRA_EXPORTS)
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld -Wno-unused-command-line-argument -Wl,-syslibroot,${KOVRA_EXPORTS}")

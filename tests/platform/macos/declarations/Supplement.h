@@ -1,0 +1,99 @@
+// What BLE-kovra uses of AppKit and GNUstep's headers do not have: with it the sources are checked against GNUstep's, a
+// description of the same interfaces that others have written.
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+@interface NSApplication (Supplement)
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+@end
+
+@interface NSWindow (Supplement)
+- (void)setStyleMask:(NSUInteger)mask;
+- (void)setPreventsApplicationTerminationWhenModal:(BOOL)prevents;
+@end
+
+@interface NSStatusItem (Supplement)
+- (NSStatusBarButton*)button;
+@end
+
+@interface NSImage (Supplement)
++ (instancetype)imageWithSize:(NSSize)size flipped:(BOOL)flipped drawingHandler:(BOOL (^)(NSRect rect))drawingHandler;
+- (void)setTemplate:(BOOL)isTemplate;
+@end
+
+@interface NSColor (Supplement)
++ (NSColor*)linkColor;
+@end
+
+typedef NSString* NSFontTextStyle;
+extern "C" NSFontTextStyle const NSFontTextStyleBody;
+extern "C" NSFontTextStyle const NSFontTextStyleCaption1;
+extern "C" NSFontTextStyle const NSFontTextStyleCaption2;
+extern "C" NSFontTextStyle const NSFontTextStyleHeadline;
+extern "C" NSFontTextStyle const NSFontTextStyleSubheadline;
+
+@interface NSFont (Supplement)
++ (NSFont*)preferredFontForTextStyle:(NSFontTextStyle)style options:(NSDictionary*)options;
+@end
+
+typedef NSString* NSAccessibilityRole;
+extern "C" NSAccessibilityRole const NSAccessibilityLinkRole;
+extern "C" NSAccessibilityRole const NSAccessibilityRadioGroupRole;
+
+@interface NSLayoutConstraint (Supplement)
+- (void)setPriority:(NSLayoutPriority)priority;
+@end
+
+@interface NSView (Supplement)
+- (void)setTranslatesAutoresizingMaskIntoConstraints:(BOOL)translates;
+- (void)addGestureRecognizer:(NSGestureRecognizer*)recognizer;
+- (void)setContentHuggingPriority:(NSLayoutPriority)priority forOrientation:(NSLayoutConstraintOrientation)orientation;
+- (void)setContentCompressionResistancePriority:(NSLayoutPriority)priority
+                                 forOrientation:(NSLayoutConstraintOrientation)orientation;
+- (NSLayoutXAxisAnchor*)leadingAnchor;
+- (NSLayoutXAxisAnchor*)trailingAnchor;
+- (NSLayoutXAxisAnchor*)centerXAnchor;
+- (NSLayoutYAxisAnchor*)topAnchor;
+- (NSLayoutYAxisAnchor*)bottomAnchor;
+- (NSLayoutYAxisAnchor*)centerYAnchor;
+- (NSLayoutDimension*)widthAnchor;
+- (NSLayoutDimension*)heightAnchor;
+- (void)setAccessibilityElement:(BOOL)isElement;
+- (void)setAccessibilityLabel:(NSString*)label;
+- (void)setAccessibilityRole:(NSAccessibilityRole)role;
+@end
+
+@interface NSClickGestureRecognizer (Supplement)
+- (instancetype)initWithTarget:(id)target action:(SEL)action;
+@end
+
+@interface NSControl (Supplement)
+- (void)setLineBreakMode:(NSLineBreakMode)mode;
+- (void)setAllowsExpansionToolTips:(BOOL)allows;
+@end
+
+@interface NSButton (Supplement)
++ (instancetype)buttonWithTitle:(NSString*)title target:(id)target action:(SEL)action;
++ (instancetype)checkboxWithTitle:(NSString*)title target:(id)target action:(SEL)action;
++ (instancetype)radioButtonWithTitle:(NSString*)title target:(id)target action:(SEL)action;
+- (void)setContentTintColor:(NSColor*)color;
+@end
+
+@interface NSTextField (Supplement)
++ (instancetype)labelWithString:(NSString*)text;
++ (instancetype)wrappingLabelWithString:(NSString*)text;
+- (void)setPreferredMaxLayoutWidth:(CGFloat)width;
+@end
+
+typedef enum NSStackViewDistribution : NSInteger { NSStackViewDistributionFill = 0 } NSStackViewDistribution;
+
+@interface NSStackView : NSView
++ (instancetype)stackViewWithViews:(NSArray<NSView*>*)views;
+- (NSArray<NSView*>*)arrangedSubviews;
+- (void)insertArrangedSubview:(NSView*)view atIndex:(NSInteger)index;
+- (void)setOrientation:(NSUserInterfaceLayoutOrientation)orientation;
+- (void)setAlignment:(NSLayoutAttribute)alignment;
+- (void)setDistribution:(NSStackViewDistribution)distribution;
+- (void)setSpacing:(CGFloat)spacing;
+@end

@@ -1,0 +1,283 @@
+#!/usr/bin/env python3
+"""Checks the macOS layer on a machine that is no Mac: compiles every source for both processors against the declarations
+beside this file, links them against what exports.txt lists, looks at the bundle that comes out, and compiles the
+Objective-C++ sources once more against GNUstep's headers.
+
+  run_checks.py                all of it
+  run_checks.py --whole   says of a failed check all that the compiler said
+
+Needs clang 14 with its linker and library, musl's headers and GNUstep's (tools/install-packages macos), and the preset
+dev configured, for the icon writer. Its last line is "macos: N passed, N failed".
+"""
+
+import argparse
+import json
+import plistlib
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import zlib
+from pathlib import Path
+
+import exports
+
+HERE = Path(__file__).resolve().parent
+ROOT = HERE.parents[2]
+BUILD = ROOT / "build"
+LLVM = Path("/usr/lib/llvm-14")
+GCC_OBJC = Path("/usr/lib/gcc")
+PROCESSORS = ("arm64", "x86_64")
+
+FRAMEWORKS = {"AppKit", "Carbon", "CoreFoundation", "Foundation", "IOKit", "ServiceManagement"}
+LIBRARIES = {"libobjc.A.dylib", "libSystem.B.dylib", "libc++.1.dylib"}
+PLIST = {
+    "CFBundleExecutable": "BLE-kovra",
+    "CFBundleName": "BLE-kovra",
+    "CFBundleDisplayName": "BLE-kovra",
+    "CFBundlePackageType": "APPL",
+    "CFBundleInfoDictionaryVersion": "6.0",
+    "CFBundleIconFile": "AppIcon",
+    "CFBundleDevelopmentRegion": "en",
+    "CFBundleLocalizations": ["en", "ru", "uk", "fr", "de", "es"],
+    "LSMinimumSystemVersion": "13.0",
+    "LSUIElement": True,
+    "NSHighResolutionCapable": True,
+    "NSPrincipalClass": "NSApplication",
+}
+# Either would keep the trackpad muted after a quit, or promise what the program does not do.
+NOT_IN_PLIST = ("NSSupportsSuddenTermination", "NSSupportsAutomaticTermination", "NSInputMonitoringUsageDescription")
+
+
+class Failed(Exception):
+    pass
+
+
+def expect(condition, words):
+    if not condition:
+        raise Failed(words)
+
+
+def run(*command, **options):
+    done = subprocess.run([str(word) for word in command], capture_output=True, text=True, **options)
+    expect(done.returncode == 0, f"{Path(str(command[0])).name}: {done.stderr.strip() or done.stdout.strip()}")
+    return done.stdout
+
+
+class Checks:
+    def __init__(self, is_talkative):
+        self.passed = 0
+        self.failed = 0
+        self.is_talkative = is_talkative
+
+    def check(self, name, work, *arguments):
+        try:
+            work(*arguments)
+        except Failed as failure:
+            self.failed += 1
+            words = str(failure)
+            print(f"FAILED  {name}")
+            print("\n".join("        " + line for line in (words if self.is_talkative else first_errors(words)).splitlines()))
+        else:
+            self.passed += 1
+
+
+def first_errors(words):
+    errors = [line for line in words.splitlines() if "error:" in line]
+    return "\n".join(errors[:3] or words.splitlines()[:5])
+
+
+# Compiling and linking for macOS
+
+
+def configured(processor, libraries):
+    folder = BUILD / f"macos-{processor}"
+    run(
+        "cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "--toolchain", HERE / "darwin.cmake",
+        "-DKOVRA_PLATFORM=macos", f"-DKOVRA_CHECKED_ARCHITECTURE={processor}", "-DKOVRA_WERROR=ON", "-DBUILD_TESTING=OFF",
+        "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", f"-DKOVRA_EXPORTS={libraries}",
+        f"-DKOVRA_WRITE_ICNS={BUILD / 'dev' / 'kovra_write_icns'}",
+    )  # fmt: skip
+    return folder
+
+
+def built(folder):
+    """What the compiler said of each output that failed, by its path in the folder."""
+    done = subprocess.run(["ninja", "-C", folder, "-k", "0", "-j", "2"], capture_output=True, text=True)
+    failures = {}
+    for part in re.split(r"^(?=FAILED: )", done.stdout, flags=re.MULTILINE)[1:]:
+        outputs, _, words = part.partition("\n")
+        words = re.split(r"^\[\d+/\d+\] ", words, maxsplit=1, flags=re.MULTILINE)[0]
+        for output in outputs.removeprefix("FAILED: ").split():
+            failures[output] = words
+    expect(done.returncode == 0 or failures, done.stdout[-2000:] + done.stderr[-2000:])
+    return failures
+
+
+def compiles(folder, output, failures):
+    expect(output not in failures, failures.get(output, ""))
+    expect((folder / output).exists(), "it was not compiled")
+
+
+def links(program, failures):
+    for output, words in failures.items():
+        expect(not output.endswith("/BLE-kovra"), words)
+    expect(program.exists(), "it was not linked")
+
+
+def takes_what_it_should(program, processor):
+    libraries = {Path(line.split()[0]).name for line in run("llvm-otool-14", "-L", program).splitlines()[1:]}
+    expect(libraries == FRAMEWORKS | LIBRARIES, f"it is linked against {sorted(libraries)}")
+    headers = run("llvm-objdump-14", "--macho", "--private-headers", program)
+    expect(re.search(r"minos 13\.0\b", headers), "it is not for macOS 13.0")
+    expect(processor in run("llvm-lipo-14", "-archs", program).split(), f"it is not for {processor}")
+
+
+def makes_one_program(programs):
+    both = BUILD / "macos-universal"
+    run("llvm-lipo-14", "-create", *programs, "-output", both)
+    expect(set(run("llvm-lipo-14", "-archs", both).split()) == set(PROCESSORS), "it is not for both processors")
+
+
+# The bundle
+
+
+def has_its_properties(bundle):
+    try:
+        properties = plistlib.loads((bundle / "Contents" / "Info.plist").read_bytes())
+    except (OSError, plistlib.InvalidFileException, ValueError) as error:
+        raise Failed(f"Info.plist: {error}") from error
+    for key, value in PLIST.items():
+        expect(properties.get(key) == value, f"{key} is {properties.get(key)!r}, not {value!r}")
+    for key in NOT_IN_PLIST:
+        expect(key not in properties, f"{key} is there")
+    identifier = properties.get("CFBundleIdentifier", "")
+    expect(re.fullmatch(r"[A-Za-z0-9-]+(\.[A-Za-z0-9-]+){2,}", identifier), f"{identifier!r} is no identifier")
+    version = re.search(r"project\(BLE-kovra VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
+    for key in ("CFBundleShortVersionString", "CFBundleVersion"):
+        expect(properties.get(key) == version, f"{key} is {properties.get(key)!r}, not {version!r}")
+    expect((bundle / "Contents" / "MacOS" / properties["CFBundleExecutable"]).is_file(), "there is no program in it")
+
+
+def pixels(png):
+    """Its rows, each a list of (red, green, blue, opacity). Of the filters it knows the one that is used."""
+    expect(png[:8] == b"\x89PNG\r\n\x1a\n", "it is no PNG file")
+    chunks, at = {}, 8
+    while at < len(png):
+        size, name = struct.unpack(">I4s", png[at : at + 8])
+        content = png[at + 8 : at + 8 + size]
+        expect(zlib.crc32(name + content) == struct.unpack(">I", png[at + 8 + size : at + 12 + size])[0], "a wrong sum")
+        chunks[name] = content
+        at += size + 12
+    side, height = struct.unpack(">II", chunks[b"IHDR"][:8])
+    expect(side == height and chunks[b"IHDR"][8:] == b"\x08\x06\0\0\0", "it is no square of opaque or clear colours")
+    packed = zlib.decompress(chunks[b"IDAT"])
+    expect(len(packed) == side * (side * 4 + 1), "it has not as many bytes as it should")
+    above, rows = bytes(side * 4), []
+    for row in range(side):
+        line = packed[row * (side * 4 + 1) : (row + 1) * (side * 4 + 1)]
+        expect(line[0] == 2, "another filter")
+        above = bytes((one + other) & 0xFF for one, other in zip(line[1:], above))
+        rows.append([tuple(above[i : i + 4]) for i in range(0, len(above), 4)])
+    return rows
+
+
+def has_its_icon(bundle):
+    icon = (bundle / "Contents" / "Resources" / "AppIcon.icns").read_bytes()
+    expect(icon[:4] == b"icns" and struct.unpack(">I", icon[4:8])[0] == len(icon), "it is no icon file")
+    sizes, at = {}, 8
+    while at < len(icon):
+        name, size = struct.unpack(">4sI", icon[at : at + 8])
+        sizes[name.decode()] = icon[at + 8 : at + size]
+        at += size
+    sides = {"icp4": 16, "ic11": 32, "icp5": 32, "ic12": 64, "ic07": 128, "ic13": 256, "ic08": 256, "ic14": 512,
+             "ic09": 512, "ic10": 1024}  # fmt: skip
+    expect(set(sizes) == set(sides), f"it has the sizes {sorted(sizes)}")
+    for name, png in sizes.items():
+        rows = pixels(png)
+        side = sides[name]
+        expect(len(rows) == side, f"{name} has {len(rows)} rows")
+        seen = {
+            "corner": rows[0][0],
+            "tile": rows[side * 14 // 16 - side // 32][side // 2],  # below the trackpad
+            "trackpad": rows[side * 6 // 16][side * 6 // 16],
+            "slash": rows[side // 2][side // 2],
+        }
+        expect(seen["corner"][3] == 0, f"{name}: its corner is not clear")
+        if side >= 64:  # smaller ones are mixtures
+            expect(seen["tile"] == (0x3A, 0x7B, 0xE0, 255), f"{name}: the tile is {seen['tile']}")
+            expect(seen["trackpad"] == (255, 255, 255, 255), f"{name}: the trackpad is {seen['trackpad']}")
+            expect(seen["slash"] == (0xFF, 0xB3, 0, 255), f"{name}: the slash is {seen['slash']}")
+
+
+# Another description of the same interfaces
+
+
+def gnustep_headers():
+    """GCC's headers of Objective-C, which GNUstep's include, as clang takes them."""
+    folder = BUILD / "macos-gnustep"
+    shutil.rmtree(folder, ignore_errors=True)
+    found = sorted(GCC_OBJC.glob("*/*/include/objc"))
+    expect(found, "GCC's headers of Objective-C are missing")
+    shutil.copytree(found[-1], folder / "objc")
+    runtime = folder / "objc" / "runtime.h"
+    text = runtime.read_text(encoding="utf-8")
+    text = text.replace("return object->class_pointer", "return 0").replace("Protocol **", "Protocol *__unsafe_unretained *")
+    runtime.write_text(text, encoding="utf-8")
+    (folder / "objc" / "blocks_runtime.h").write_text("#include <Block.h>\n", encoding="utf-8")
+    return folder
+
+
+def agrees_with_gnustep(source, headers):
+    run(
+        "clang++-14", "-fsyntax-only", "-x", "objective-c++", "-std=c++20", "-fobjc-runtime=gnustep-2.0", "-fobjc-arc",
+        "-fblocks", "-fconstant-string-class=NSConstantString", "-I", ROOT, "-isystem", headers,
+        "-isystem", "/usr/include/GNUstep", "-isystem", HERE / "declarations", "-include", "Supplement.h",
+        "-DGNUSTEP", "-DGNUSTEP_BASE_LIBRARY=1", "-DGNU_RUNTIME=1", "-D_NATIVE_OBJC_EXCEPTIONS",
+        "-Werror", "-Wall", "-Wextra", "-Wundeclared-selector",
+        # Some of its types have another sign or are less exact.
+        "-Wno-sign-compare", "-Wno-incompatible-pointer-types", source,
+    )  # fmt: skip
+
+
+def main():
+    arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    arguments.add_argument("--whole", action="store_true", help="say of a failed check all that the compiler said")
+    checks = Checks(arguments.parse_args().whole)
+
+    checks.check("the icon writer is built", run, "cmake", "--build", BUILD / "dev", "--target", "kovra_write_icns")
+    libraries = BUILD / "macos-exports"
+    shutil.rmtree(libraries, ignore_errors=True)
+    exports.write(HERE / "exports.txt", libraries, LLVM)
+    programs = []
+    for processor in PROCESSORS:
+        try:
+            folder = configured(processor, libraries)
+            failures = built(folder)
+        except Failed as failure:
+            checks.check(f"{processor}: it is configured", expect, False, str(failure))
+            continue
+        bundle = folder / "BLE-kovra.app"
+        program = bundle / "Contents" / "MacOS" / "BLE-kovra"
+        for entry in json.loads((folder / "compile_commands.json").read_text(encoding="utf-8")):
+            source = Path(entry["file"]).relative_to(ROOT)
+            output = re.search(r" -o (\S+)", entry["command"])[1]
+            checks.check(f"{processor}: {source} compiles", compiles, folder, output, failures)
+        checks.check(f"{processor}: it links against what exports.txt lists", links, program, failures)
+        checks.check(f"{processor}: it takes the right libraries, for macOS 13", takes_what_it_should, program, processor)
+        checks.check(f"{processor}: the bundle has its properties", has_its_properties, bundle)
+        checks.check(f"{processor}: the bundle has its icon", has_its_icon, bundle)
+        programs.append(program)
+    checks.check("both make one program", makes_one_program, programs)
+
+    headers = gnustep_headers()
+    for source in sorted((ROOT / "BLE_kovra" / "platform" / "macos").glob("*.mm")):
+        checks.check(f"{source.name} agrees with GNUstep's headers", agrees_with_gnustep, source, headers)
+
+    print(f"macos: {checks.passed} passed, {checks.failed} failed")
+    sys.exit(1 if checks.failed else 0)
+
+
+if __name__ == "__main__":
+    main()
