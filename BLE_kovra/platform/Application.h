@@ -33,7 +33,8 @@ class Application {
     virtual void activateIgnoringOtherApps() = 0;
 
     // Tells the delegate at once, inside this call, that the application will terminate. From then on nothing queued
-    // runs, no process starts, no alert opens, and run() returns. A second call does nothing.
+    // runs, no process starts, no alert opens. run() returns, or the process ends inside this call: nothing that has to
+    // happen stands behind either. A second call does nothing.
     virtual void terminate() = 0;
 
     // The system's alert sound. Returns at once; silence is no error.

@@ -30,7 +30,7 @@ class StatusItem {
     // Null where the item has none.
     virtual StatusBarButton* button() = 0;
 
-    // A click on the item opens the menu; choosing an enabled item performs its action, from the main queue. After a
+    // A click on the item opens the menu; choosing an enabled item performs its action, from the event loop. After a
     // choice the bar is told again what is checked, since bars flip check marks by themselves.
     virtual void setMenu(Menu menu) = 0;
     // The item's check mark. Does nothing without a menu, or without an item of that tag.

@@ -37,7 +37,7 @@ class Window {
     virtual bool isVisible() const = 0;
 
     // What it shows from now on. Only what differs is changed, so that focus, scroll position and a half-made click
-    // survive. What the user does calls back from the main queue.
+    // survive. What the user does calls back from the event loop.
     virtual void setContent(View content) = 0;
 };
 
