@@ -12,6 +12,7 @@ namespace {
 // Until it has been told of the end.
 kovra::ApplicationDelegate* running = nullptr;
 kovra::DispatchMainQueue* mainQueue = nullptr;
+std::terminate_handler lastWords = nullptr;
 
 void tellOfTheEnd() {
     kovra::ApplicationDelegate* delegate = std::exchange(running, nullptr);
@@ -22,6 +23,7 @@ void tellOfTheEnd() {
 
 [[noreturn]] void tellOfTheEndAndAbort() {
     tellOfTheEnd();
+    if (lastWords != nullptr) lastWords();
     std::abort();
 }
 
@@ -72,7 +74,7 @@ AppKitApplication::AppKitApplication(DispatchMainQueue& queue)
 void AppKitApplication::run(ApplicationDelegate& delegate) {
     running = &delegate;
     mainQueue = &queue_;
-    std::set_terminate(tellOfTheEndAndAbort);
+    lastWords = std::set_terminate(tellOfTheEndAndAbort);
     delegate_ = [[KovraApplicationDelegate alloc] init];
     [application_ setDelegate:delegate_];
     [application_ setMainMenu:mainMenu(delegate_, @selector(reopen:))];

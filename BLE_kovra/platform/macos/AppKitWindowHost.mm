@@ -47,10 +47,12 @@ class AppKitWindow : public Window {
           window_([NSWindow windowWithContentViewController:controller_]),
           delegate_([[KovraWindowDelegate alloc] init]) {
         [window_ setDelegate:delegate_];
+        [window_ setAutorecalculatesKeyViewLoop:YES];
         setContent(std::move(content));
     }
     ~AppKitWindow() override {
         [window_ setDelegate:nil];
+        [window_ setReleasedWhenClosed:NO];  // it goes with this object, once
         [window_ close];
     }
     AppKitWindow(const AppKitWindow&) = delete;

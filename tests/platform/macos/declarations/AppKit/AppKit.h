@@ -309,6 +309,7 @@ enum : NSWindowLevel { NSFloatingWindowLevel = 3 };
 - (void)setStyleMask:(NSWindowStyleMask)mask;
 - (void)setContentSize:(NSSize)size;
 - (void)setReleasedWhenClosed:(BOOL)isReleased;
+- (void)setAutorecalculatesKeyViewLoop:(BOOL)autorecalculates;
 - (void)center;
 - (void)makeKeyAndOrderFront:(id)sender;
 - (BOOL)isMiniaturized;
