@@ -3,6 +3,7 @@
 
 #include <systemd/sd-daemon.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -56,14 +57,20 @@ int serve(Records& records, const InputClass& inputs) {
     return daemon.hasFailed() ? 1 : 0;
 }
 
+// Whoever has the records is the only one to mute and to give back.
 int run(bool isRelease) {
     const InputClass inputs;
     Records records(runtimeFolder);
+    const int error = records.claim(isRelease ? Records::IfMissing::leave : Records::IfMissing::make);
+    if (error == EWOULDBLOCK) {
+        log(Severity::error, isRelease ? "ble-kovra-helper runs: stop it first" : "another ble-kovra-helper runs");
+        return 1;
+    }
     int result = 0;
     try {
         if (!isRelease) result = serve(records, inputs);
-    } catch (const std::exception& error) {
-        log(Severity::error, error.what());
+    } catch (const std::exception& failure) {
+        log(Severity::error, failure.what());
         result = 1;
     }
     return giveBackAll(records, inputs, patienceAtTheEnd) ? result : 1;

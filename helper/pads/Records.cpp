@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,6 +41,13 @@ int mistrust(const Descriptor& folder) {
     return found.st_uid == ::geteuid() && (found.st_mode & (S_IWGRP | S_IWOTH)) == 0 ? 0 : EPERM;
 }
 
+bool isSame(const Descriptor& one, const Descriptor& other) {
+    struct stat first {};
+    struct stat second {};
+    return ::fstat(one.number(), &first) == 0 && ::fstat(other.number(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 }  // namespace
 
 bool Records::isName(std::string_view name) {
@@ -58,13 +66,22 @@ Records::Records(std::string runtimeFolder) : runtimeFolder_(std::move(runtimeFo
         logError("the records of muted touchpads cannot be read", error);
 }
 
+int Records::claim(IfMissing ifMissing) {
+    int error = 0;
+    Descriptor found = folder(ifMissing, error);
+    if (!found.isOpen()) return error;
+    if (isSame(found, claimed_)) return 0;
+    if (::flock(found.number(), LOCK_EX | LOCK_NB) != 0) return errno;
+    names_.merge(namesIn(found));  // what whoever had them until now has left
+    claimed_ = std::move(found);
+    return 0;
+}
+
 int Records::add(const std::string& name) {
     if (!isName(name)) return EINVAL;
-    int error = 0;
-    const Descriptor found = folder(IfMissing::make, error);
-    if (!found.isOpen()) return error;
+    if (const int error = claim(IfMissing::make)) return error;
     const Descriptor file(
-        ::openat(found.number(), name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+        ::openat(claimed_.number(), name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
     if (!file.isOpen()) return errno;
     names_.insert(name);
     return 0;

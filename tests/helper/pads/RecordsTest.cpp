@@ -1,9 +1,11 @@
 #include "helper/pads/Records.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -116,6 +118,61 @@ TEST_F(HelperRecords, AreNotReadWhereOthersMayWrite) {
     writeFile(pads / "input17", "");
     const Rights open(runtime, 0775);
     EXPECT_EQ(Records(runtime).names(), Names());
+}
+
+TEST_F(HelperRecords, AreOneProcesssAtATime) {
+    {
+        Records first(runtime);
+        EXPECT_EQ(first.claim(Records::IfMissing::make), 0);
+        EXPECT_EQ(first.claim(Records::IfMissing::make), 0);
+        EXPECT_EQ(first.add("input17"), 0);
+        Records second(runtime);
+        EXPECT_EQ(second.claim(Records::IfMissing::make), EWOULDBLOCK);
+        EXPECT_EQ(second.claim(Records::IfMissing::leave), EWOULDBLOCK);
+        EXPECT_EQ(second.add("input4"), EWOULDBLOCK);
+    }
+    EXPECT_EQ(Records(runtime).claim(Records::IfMissing::leave), 0);
+    EXPECT_EQ(Records(runtime).names(), Names{"input17"});
+}
+
+TEST_F(HelperRecords, AreFreeOnceTheProcessThatHadThemWasKilled) {
+    int started[2];
+    ASSERT_EQ(::pipe(started), 0);
+    const pid_t holder = ::fork();
+    if (holder == 0) {
+        Records records(runtime);
+        if (records.claim(Records::IfMissing::make) == 0 && ::write(started[1], "x", 1) == 1)
+            while (true) ::pause();
+        ::_exit(1);
+    }
+    char ready = 0;
+    EXPECT_EQ(::read(started[0], &ready, 1), 1);
+    EXPECT_EQ(Records(runtime).claim(Records::IfMissing::make), EWOULDBLOCK);
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+    EXPECT_EQ(Records(runtime).claim(Records::IfMissing::make), 0);
+    ::close(started[0]);
+    ::close(started[1]);
+}
+
+TEST_F(HelperRecords, HoldWhatTheLastOneLeftAfterThisOneHadReadThem) {
+    Records second(runtime);
+    EXPECT_EQ(Records(runtime).add("input17"), 0);
+    EXPECT_EQ(second.claim(Records::IfMissing::leave), 0);
+    EXPECT_EQ(second.names(), Names{"input17"});
+}
+
+TEST_F(HelperRecords, AreClaimedAnewWhereTheirFolderWasTakenAway) {
+    Records records(runtime);
+    ASSERT_EQ(records.add("input17"), 0);
+    fs::remove_all(runtime);
+    ASSERT_EQ(records.add("input17"), 0);
+    EXPECT_EQ(Records(runtime).claim(Records::IfMissing::leave), EWOULDBLOCK);
+}
+
+TEST_F(HelperRecords, ThatNobodyHasMadeCanBeLeftUnmade) {
+    EXPECT_EQ(Records(runtime).claim(Records::IfMissing::leave), ENOENT);
+    EXPECT_FALSE(fs::exists(runtime));
 }
 
 TEST_F(HelperRecords, ThatCannotBeMadeAreNoRecords) {
