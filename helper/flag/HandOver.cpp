@@ -74,7 +74,11 @@ int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     clearUpFlagFolder(folder, owner);
     closeOld(folder, owner);
     const auto content = user ? lastLeft(folder, owner, *user) : FlagFile::Content::off;
-    if (const int error = placeFresh(folder, user, content)) return error;
+    if (const int error = placeFresh(folder, user, content)) {
+        // A flag whose user's right could not be taken away goes on being theirs, and counts with one name alone.
+        clearUpFlagFolder(folder, owner);
+        return error;
+    }
     if (user) freeName(folder, leftName(*user));
     return 0;
 }

@@ -1,0 +1,68 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "helper/Descriptor.h"
+#include "helper/flag/HandOver.h"
+#include "tests/helper/FlagRig.h"
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+namespace {
+
+using Names = std::set<std::string>;
+
+// From here on the kernel refuses this process to change an access list.
+bool forbidAccessLists() {
+    std::array<sock_filter, 4> program{{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fsetxattr, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSPC),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    const sock_fprog filter{program.size(), program.data()};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+// The error of a hand-over that finds no room for access lists, by a process of its own.
+int handOverRefused(const FlagRig& rig, std::optional<uid_t> user) {
+    const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const pid_t process = ::fork();
+    if (process == 0) ::_exit(forbidAccessLists() ? handOverFlag(folder.number(), ::geteuid(), user) : 255);
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(HandOverRefused, WhereTheRightCannotBeTakenAwayLeavesTheUserAFlagThatStillCounts) {
+    for (const std::optional<uid_t> next : {std::optional<uid_t>(bob), std::optional<uid_t>()}) {
+        FlagRig rig;
+        rig.handOver(alice);
+        rig.write(alice, "on");
+        rig.handOver(bob);
+        rig.handOver(alice);
+        EXPECT_EQ(handOverRefused(rig, next), ENOSPC);
+        // Alice is back before anybody had the flag.
+        EXPECT_TRUE(rig.folder().isOf(alice));
+        EXPECT_TRUE(rig.saysOn());
+        EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));
+        ASSERT_TRUE(rig.handOver(bob));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_TRUE(rig.saysOn());
+    }
+}
+
+}  // namespace
+}  // namespace kovra::helper
