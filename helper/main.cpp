@@ -66,7 +66,8 @@ int run(bool isRelease) {
         log(Severity::error, isRelease ? "ble-kovra-helper runs: stop it first" : "another ble-kovra-helper runs");
         return 1;
     }
-    int result = 0;
+    // What cannot be read may hold something; where there is nothing there is nothing to give back.
+    int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
     try {
         if (!isRelease) result = serve(records, inputs);
     } catch (const std::exception& failure) {

@@ -34,11 +34,14 @@ std::set<std::string> namesIn(const Descriptor& folder) {
     return names;
 }
 
-// Nobody else may have put anything there.
+// Nobody else may put anything there, nor anything in its place.
 int mistrust(const Descriptor& folder) {
-    struct stat found {};
-    if (::fstat(folder.number(), &found) != 0) return errno;
-    return found.st_uid == ::geteuid() && (found.st_mode & (S_IWGRP | S_IWOTH)) == 0 ? 0 : EPERM;
+    for (const char* name : {".", ".."}) {
+        struct stat found {};
+        if (::fstatat(folder.number(), name, &found, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+        if (found.st_uid != ::geteuid() || (found.st_mode & (S_IWGRP | S_IWOTH)) != 0) return EPERM;
+    }
+    return 0;
 }
 
 bool isSame(const Descriptor& one, const Descriptor& other) {
@@ -80,6 +83,7 @@ int Records::claim(IfMissing ifMissing) {
 int Records::add(const std::string& name) {
     if (!isName(name)) return EINVAL;
     if (const int error = claim(IfMissing::make)) return error;
+    if (const int error = mistrust(claimed_)) return error;
     const Descriptor file(
         ::openat(claimed_.number(), name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
     if (!file.isOpen()) return errno;
@@ -98,12 +102,9 @@ Descriptor Records::folder(IfMissing ifMissing, int& error) const {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     if (ifMissing == IfMissing::make) ::mkdir(runtimeFolder_.c_str(), 0755);
     const Descriptor parent(::open(runtimeFolder_.c_str(), flags));
-    error = parent.isOpen() ? mistrust(parent) : errno;
-    if (error != 0) return {};
-    if (ifMissing == IfMissing::make) ::mkdirat(parent.number(), folderName, 0700);
-    Descriptor found(::openat(parent.number(), folderName, flags));
-    error = found.isOpen() ? mistrust(found) : errno;
-    if (error != 0) return {};
+    if (parent.isOpen() && ifMissing == IfMissing::make) ::mkdirat(parent.number(), folderName, 0700);
+    Descriptor found(parent.isOpen() ? ::openat(parent.number(), folderName, flags) : -1);
+    error = found.isOpen() ? 0 : errno;
     return found;
 }
 

@@ -113,11 +113,26 @@ TEST_F(HelperRecords, AreNotKeptWhereOthersMayWrite) {
     EXPECT_TRUE(fs::is_empty(pads));
 }
 
-TEST_F(HelperRecords, AreNotReadWhereOthersMayWrite) {
+TEST_F(HelperRecords, AreReadAndRemovedAlsoWhereOthersMayWrite) {
     fs::create_directories(pads);
     writeFile(pads / "input17", "");
-    const Rights open(runtime, 0775);
-    EXPECT_EQ(Records(runtime).names(), Names());
+    for (const std::string& open : {runtime, pads.string()}) {
+        const Rights rights(open, 0775);
+        EXPECT_EQ(Records(runtime).names(), Names{"input17"}) << open;
+    }
+    const Rights rights(runtime, 0775);
+    Records records(runtime);
+    EXPECT_EQ(records.claim(Records::IfMissing::leave), 0);
+    EXPECT_EQ(records.add("input4"), EPERM);
+    records.remove("input17");
+    EXPECT_TRUE(fs::is_empty(pads));
+}
+
+TEST_F(HelperRecords, ThatCannotBeReadAreNotTakenForNone) {
+    fs::create_directories(folder / "elsewhere");
+    fs::create_directories(runtime);
+    fs::create_directory_symlink(folder / "elsewhere", pads);
+    EXPECT_EQ(Records(runtime).claim(Records::IfMissing::leave), ENOTDIR);
 }
 
 TEST_F(HelperRecords, AreOneProcesssAtATime) {
