@@ -13,7 +13,7 @@ std::chrono::milliseconds Pauses::next() { return std::exchange(next_, std::min(
 
 bool giveBack(const std::string& name, Records& records, const InputClass& inputs) {
     const int error = inputs.setInhibited(name, false);
-    if (error != 0 && !InputClass::saysGone(error)) {
+    if (error != 0 && !inputs.saysGone(error)) {
         logError(name + " cannot be given back yet", error);
         return false;
     }

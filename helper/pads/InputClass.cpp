@@ -13,6 +13,7 @@ std::optional<bool> InputClass::isInhibited(const std::string& name) const {
     const Descriptor file(::open(path(name).c_str(), O_RDONLY | O_CLOEXEC));
     char first = 0;
     if (!file.isOpen() || ::read(file.number(), &first, 1) != 1) return std::nullopt;
+    if (first != '0' && first != '1') return std::nullopt;
     return first == '1';
 }
 
@@ -25,6 +26,8 @@ int InputClass::setInhibited(const std::string& name, bool inhibited) const {
     return 0;
 }
 
-bool InputClass::saysGone(int error) { return error == ENOENT || error == ENODEV; }
+bool InputClass::saysGone(int error) const {
+    return error == ENODEV || (error == ENOENT && ::access(folder_.c_str(), F_OK) == 0);
+}
 
 }  // namespace kovra::helper

@@ -204,6 +204,14 @@ TEST_F(HelperGiveBack, GivesUpAfterItsTimeAndKeepsTheRecord) {
     EXPECT_EQ(recorded(), Names{"input5"});
 }
 
+TEST_F(HelperGiveBack, KeepsTheRecordWhereNoDeviceIsToBeSeen) {
+    muter.muteExactly({"input5"});
+    EXPECT_FALSE(giveBackAll(records, InputClass(folder / "no/sys/class/input"), 0ms));
+    EXPECT_EQ(recorded(), Names{"input5"});
+    EXPECT_TRUE(giveBackAll(records, inputs, 0ms));
+    EXPECT_TRUE(computer.isFree("input5"));
+}
+
 TEST_F(HelperGiveBack, TriesAgainWithinItsTime) {
     muter.muteExactly({"input5"});
     computer.refuse("input5");
