@@ -8,17 +8,16 @@ import argparse
 import pathlib
 import shutil
 import signal
-import subprocess
 import sys
 import tempfile
 
+import built_packages
 import kernel
 from initramfs import BusyboxMissing
 from machine import BARE, LAPTOP, Machine, MachineFailed
 from qmp import QMPError
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PACKAGES = ROOT / "build/packages"
 MACHINES = {"bare": BARE, "laptop": LAPTOP}
 
 
@@ -42,12 +41,12 @@ def main():
         task["modules"] = str(machine_kernel.modules)
         chosen = [arguments.machine] if arguments.machine else list(MACHINES)
         if "laptop" in chosen:
-            task["packages"] = [str(path) for path in packages()]
+            task["packages"] = built_packages.paths()
         # One after the other: side by side they would take each other's time, which they measure.
         for name in chosen:
             say(f"starting the {name} machine")
             play(Machine(machine_kernel, logs / name, MACHINES[name]), task, tally, name)
-    except (kernel.KernelMissing, BusyboxMissing, PackagesMissing) as failure:
+    except (kernel.KernelMissing, BusyboxMissing, built_packages.PackagesMissing) as failure:
         tally.fail("the machines", str(failure))
     except KeyboardInterrupt:
         tally.fail("the machines", "interrupted")
@@ -58,19 +57,6 @@ def main():
         shutil.rmtree(logs)
     print(f"system: {tally.passed} passed, {tally.failed} failed", flush=True)
     return 1 if tally.failed else 0
-
-
-class PackagesMissing(Exception):
-    pass
-
-
-def packages():
-    """The Debian packages as they were built last; built now where they never were."""
-    def built():
-        return [path for path in PACKAGES.glob("ble-kovra*.deb") if "dbgsym" not in path.name]
-    if not built() and subprocess.run([ROOT / "tools/build-packages"]).returncode != 0:
-        raise PackagesMissing("the Debian packages were not built")
-    return built()
 
 
 def play(machine, task, tally, name):

@@ -31,7 +31,7 @@ KEPT_RULES = [f"{name}.rules" for name in [
     "73-seat-late", "99-systemd"]]
 # These folders' own contents are the host's affair.
 EMPTIED = ["/etc/systemd/system", "/etc/udev/rules.d", "/usr/lib/systemd/system-generators", "/usr/lib/systemd/user-generators",
-           "/usr/lib/environment.d", "/etc/xdg/systemd/user", "/usr/lib/modules-load.d", "/var/log"]
+           "/usr/lib/environment.d", "/etc/xdg/systemd/user", "/etc/polkit-1/rules.d", "/usr/lib/modules-load.d", "/var/log"]
 
 TARGET = """[Unit]
 Description=All that the scenarios need

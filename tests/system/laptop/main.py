@@ -16,8 +16,13 @@ def main():
     line = host.Host()
     try:
         task = line.ready()
-        import scenarios
-        scenarios.run(line, task)
+        if task["kind"] == "bench":
+            sys.path.append(task["folder"])
+            import plug_to_pad
+            plug_to_pad.play(line, task)
+        else:
+            import scenarios
+            scenarios.run(line, task)
     except BaseException:
         line.report("broken", text=traceback.format_exc())
     line.report("end")

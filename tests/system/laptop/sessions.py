@@ -1,5 +1,7 @@
 """People at the machine and elsewhere: sessions of the real login manager, on real consoles."""
 
+import fcntl
+import os
 import pathlib
 import subprocess
 import sys
@@ -8,6 +10,7 @@ from waiting import Failed, wait_for
 
 LOGIN = pathlib.Path(__file__).resolve().with_name("login.py")
 SEAT = pathlib.Path("/run/systemd/seats/seat0")
+VT_ACTIVATE = 0x5606
 SESSIONS = pathlib.Path("/run/systemd/sessions")
 
 
@@ -26,10 +29,11 @@ class Session:
 
     def __init__(self, person, place, kind="user"):
         self.person = person
+        self._console = int(place.removeprefix("tty")) if place.startswith("tty") else None
         self._shell = subprocess.Popen([sys.executable, "-B", LOGIN, person.name, place, kind],
                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
         self.number = self.run("echo $XDG_SESSION_ID")
-        wait_for(lambda: fields(SESSIONS / self.number).get("STATE") in ["online", "active"], f"{person.name}'s session")
+        wait_for(lambda: self.state() in ["online", "active"], f"{person.name}'s session")
 
     def run(self, line):
         """What the person's shell answers to this line: one line."""
@@ -42,8 +46,15 @@ class Session:
     def succeeds(self, line):
         return self.run(f"if {line}; then echo yes; else echo no; fi") == "yes"
 
+    def state(self):
+        """As the login manager has it; None once it has gone."""
+        return fields(SESSIONS / self.number).get("STATE")
+
     def come_to_the_front(self):
-        subprocess.run(["loginctl", "activate", self.number], check=True)
+        """As by the keys that switch consoles."""
+        console = os.open("/dev/tty0", os.O_WRONLY | os.O_NOCTTY)
+        fcntl.ioctl(console, VT_ACTIVATE, self._console)
+        os.close(console)
         wait_for(lambda: active() == self.number, f"{self.person.name}'s session to come to the front")
 
     def is_there(self):

@@ -38,9 +38,12 @@ def login_screen(laptop):
 def logout(laptop):
     one = laptop.plug_pad()
     laptop.mute(one)
+    anna = laptop.log_in(ANNA)
     since = now()
-    laptop.log_in(ANNA).log_out()
-    return laptop.expect_back_at_once(since, one)
+    anna.log_out()
+    # The end of a session takes its time; it counts from when the login manager knows of it.
+    wait_for(lambda: anna.state() not in ["online", "active"], "the session to close")
+    return laptop.expect_back_at_once(since, one, cause=now())
 
 
 @scenario("Anna's mouse is unplugged while Boris is at the machine: when she is back, the pad is alive within 1 s, and stays so.")
@@ -81,8 +84,11 @@ def others(laptop):
     laptop.start()
     boris, elsewhere = laptop.log_in(BORIS), Session(BORIS, "elsewhere.example")
     boris.come_to_the_front()
+    wait_for(lambda: boris.succeeds(f"test -w '{FLAG}'"), "Boris's own flag")
     check(boris.succeeds(f"exec 9<>'{FLAG}'"), "at the machine Boris cannot open his own flag")
-    laptop.log_in(ANNA).come_to_the_front()
+    anna = laptop.log_in(ANNA)
+    anna.come_to_the_front()
+    wait_for(lambda: anna.succeeds(f"test -w '{FLAG}'"), "Anna's flag to be hers again")
     for session in [boris, elsewhere]:
         check(not session.succeeds(f"(printf on >'{FLAG}') 2>/dev/null"), "Boris has written to Anna's flag")
         laptop.start(session, mode="always")
