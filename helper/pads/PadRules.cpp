@@ -15,8 +15,14 @@ constexpr std::uint16_t wacom = 0x056a;
 // Drivers of such pads name the parts of a HID device by what they are: "... Touchpad", "... Mouse".
 bool isNamedMouse(std::string_view name) { return name.ends_with(" Mouse"); }
 
+// A stick is left alone in case of doubt: a twin that is heard does less harm than a stick that is not.
+bool isPointingStick(const InputProperties& device) {
+    if (device.driverSaysStick) return true;
+    return device.isPointingStick && (device.bus != BUS_I2C || device.hasMiddleButton);
+}
+
 bool isTwin(const InputProperties& device, const std::set<std::string>& hidDevicesOfPads) {
-    return device.isMouse && !device.isTouchpad && !device.isPointingStick && isNamedMouse(device.name) &&
+    return device.isMouse && !device.isTouchpad && !isPointingStick(device) && isNamedMouse(device.name) &&
            hidDevicesOfPads.contains(device.hid);
 }
 

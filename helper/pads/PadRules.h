@@ -16,7 +16,9 @@ struct InputProperties {
     std::string name = {};   // the name its driver gave it: "SYNA8004:00 06CB:CD8B Touchpad"
     bool isTouchpad = false;
     bool isMouse = false;
-    bool isPointingStick = false;
+    bool isPointingStick = false;                 // by udev, which on I2C says so of every mouse
+    bool driverSaysStick = false;                 // by the driver, which need not know
+    bool hasMiddleButton = false;                 // which a touchpad's twin has no use for
     std::optional<std::string> integration = {};  // ID_INPUT_TOUCHPAD_INTEGRATION
     std::uint16_t bus = 0;                        // as in <linux/input.h>
     std::uint16_t vendor = 0;

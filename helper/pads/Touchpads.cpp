@@ -25,10 +25,20 @@ std::uint16_t hexNumber(udev_device* device, const char* attribute) {
     return number;
 }
 
-// What udev says, except on I2C: there it takes every mouse for a pointing stick, and the driver has to have said so.
-bool isPointingStick(udev_device* node, udev_device* input, std::uint16_t bus) {
-    if (bus != BUS_I2C) return isSet(node, "ID_INPUT_POINTINGSTICK");
-    return (hexNumber(input, "properties") & (1U << INPUT_PROP_POINTING_STICK)) != 0;
+// A mask of the kernel's, as it shows them: words of its own size in hexadecimal, the highest first, those that are
+// zero left out at the head.
+bool hasBit(udev_device* device, const char* attribute, unsigned bit) {
+    constexpr unsigned wordSize = 8 * sizeof(unsigned long);
+    std::string_view words = text(udev_device_get_sysattr_value(device, attribute));
+    for (unsigned skipped = bit / wordSize; skipped > 0; --skipped) {
+        const std::size_t end = words.rfind(' ');
+        if (end == std::string_view::npos) return false;
+        words.remove_suffix(words.size() - end);
+    }
+    words.remove_prefix(words.rfind(' ') + 1);
+    unsigned long word = 0;
+    std::from_chars(words.data(), words.data() + words.size(), word, 16);
+    return ((word >> bit % wordSize) & 1) != 0;
 }
 
 // What hangs on a hub that can be pulled out can be pulled out with it.
@@ -51,7 +61,9 @@ InputProperties properties(udev_device* node, udev_device* input) {
     if (const char* integration = udev_device_get_property_value(node, "ID_INPUT_TOUCHPAD_INTEGRATION"))
         device.integration = integration;
     device.bus = hexNumber(input, "id/bustype");
-    device.isPointingStick = isPointingStick(node, input, device.bus);
+    device.isPointingStick = isSet(node, "ID_INPUT_POINTINGSTICK");
+    device.driverSaysStick = hasBit(input, "properties", INPUT_PROP_POINTING_STICK);
+    device.hasMiddleButton = hasBit(input, "capabilities/key", BTN_MIDDLE);
     device.vendor = hexNumber(input, "id/vendor");
     device.port = port(input);
     if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;

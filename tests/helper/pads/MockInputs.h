@@ -17,6 +17,7 @@ struct MockInput {
     std::string name = "SYNA8004:00 06CB:CD8B Touchpad";
     std::string properties = "ID_INPUT=1\nID_INPUT_TOUCHPAD=1\n";
     std::string driverProperties = "0";  // a mask
+    std::string keys = "30000 0 0 0 0";  // a mask: the left button and the right one
     std::string bus = "0018";
     std::string vendor = "06cb";
     std::string hid = {};                          // "0018:06CB:CD8B.0001", or no HID device
@@ -51,9 +52,10 @@ class MockInputs {
         }
         const std::string path = above + "/input/" + device.input;
         makeDevice(path, "class/input", "PRODUCT=" + device.bus + "/" + device.vendor + "/1/1\n");
-        std::filesystem::create_directories(folder(path) / "id");
+        for (const char* inside : {"id", "capabilities"}) std::filesystem::create_directories(folder(path) / inside);
         writeFile(folder(path) / "name", device.name + "\n");
         writeFile(folder(path) / "properties", device.driverProperties + "\n");
+        writeFile(folder(path) / "capabilities/key", device.keys + "\n");
         writeFile(folder(path) / "id/bustype", device.bus + "\n");
         writeFile(folder(path) / "id/vendor", device.vendor + "\n");
         writeFile(folder(path) / "inhibited", "0\n");

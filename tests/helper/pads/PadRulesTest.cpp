@@ -185,10 +185,36 @@ TEST(PadRules, LeaveAMouseAloneThatOnlySharesTheNameOrTheMaker) {
     EXPECT_EQ(inputsToMute({twin}), Inputs{});
 }
 
+struct Mouse {
+    const char* what;
+    std::uint16_t bus;
+    bool isTagged;
+    bool driverSaysStick;
+    bool hasMiddleButton;
+    bool isTwin;
+};
+
 TEST(PadRules, LeaveAPointingStickAloneThatIsAPartOfThePad) {
-    InputProperties stick = twin;
-    stick.isPointingStick = true;
-    EXPECT_EQ(inputsToMute({pad, stick}), Inputs{"input5"});
+    for (const Mouse& mouse : {
+             Mouse{"a twin on I2C, which udev takes for a stick", BUS_I2C, true, false, false, true},
+             Mouse{"a stick on I2C, by its buttons", BUS_I2C, true, false, true, false},
+             Mouse{"a stick on I2C, by its driver", BUS_I2C, true, true, false, false},
+             Mouse{"a twin on I2C with a wheel to press, where udev knows it for none", BUS_I2C, false, false, true,
+                   true},
+             Mouse{"a twin on USB", BUS_USB, false, false, false, true},
+             Mouse{"a stick on USB", BUS_USB, true, false, false, false},
+             Mouse{"a stick on USB that its driver knows", BUS_USB, true, true, true, false},
+         }) {
+        InputProperties own = pad;
+        own.bus = mouse.bus;
+        InputProperties other = twin;
+        other.bus = mouse.bus;
+        other.isPointingStick = mouse.isTagged;
+        other.driverSaysStick = mouse.driverSaysStick;
+        other.hasMiddleButton = mouse.hasMiddleButton;
+        const Inputs both{"input4", "input5"};
+        EXPECT_EQ(inputsToMute({own, other}), mouse.isTwin ? both : Inputs{"input5"}) << mouse.what;
+    }
 }
 
 TEST(PadRules, LeaveOtherPartsOfThePadsDeviceAlone) {

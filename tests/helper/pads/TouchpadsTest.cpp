@@ -149,6 +149,24 @@ TEST_F(HelperTouchpads, HaveATwinOnI2CAlthoughUdevTakesEveryMouseThereForAPointi
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
+TEST_F(HelperTouchpads, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) {
+    MockInput stick = twin;
+    stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    stick.keys = "70000 0 0 0 0";
+    computer.appear(pad);
+    computer.appear(stick);
+    EXPECT_EQ(present(), Inputs{"input5"});
+}
+
+TEST_F(HelperTouchpads, TakeNoOtherKeyOfATwinForAMiddleButton) {
+    MockInput tagged = twin;
+    tagged.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    tagged.keys = "40000 30000 0 0 0 40000";
+    computer.appear(pad);
+    computer.appear(tagged);
+    EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
+}
+
 TEST_F(HelperTouchpads, LeaveAloneOnI2CWhatItsDriverKnowsToBeAPointingStick) {
     MockInput stick = twin;
     stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
