@@ -51,7 +51,6 @@ struct Work {
 };
 
 __CFRunLoop theLoop;
-dispatch_queue_s theQueue;
 std::deque<Work> blocks;
 std::multimap<std::int64_t, Work> timers;  // by the moment on the clock, in nanoseconds
 std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> sources;
@@ -235,10 +234,10 @@ CFRunLoopSourceRef CFFileDescriptorCreateRunLoopSource(CFAllocatorRef, CFFileDes
     return new __CFRunLoopSource(descriptor);
 }
 
-dispatch_queue_t dispatch_get_main_queue() { return &theQueue; }
+struct dispatch_queue_s _dispatch_main_q;
 
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t function) {
-    if (queue != &theQueue) refuse("a queue that is not ours");
+    if (queue != &_dispatch_main_q) refuse("a queue that is not ours");
     blocks.push_back({context, function});
 }
 
@@ -248,7 +247,7 @@ dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t nanoseconds) {
 }
 
 void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t function) {
-    if (queue != &theQueue) refuse("a queue that is not ours");
+    if (queue != &_dispatch_main_q) refuse("a queue that is not ours");
     timers.emplace(static_cast<std::int64_t>(when), Work{context, function});
 }
 }

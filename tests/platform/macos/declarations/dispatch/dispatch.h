@@ -27,7 +27,9 @@ typedef uint64_t dispatch_time_t;
 #define DISPATCH_TIME_NOW (0ULL)
 #define DISPATCH_TIME_FOREVER (~0ULL)
 
-dispatch_queue_t dispatch_get_main_queue(void);
+// The function is no symbol of the library; the queue behind it is.
+extern struct dispatch_queue_s _dispatch_main_q;
+static inline dispatch_queue_t dispatch_get_main_queue(void) { return &_dispatch_main_q; }
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
 dispatch_time_t dispatch_time(dispatch_time_t when, int64_t nanoseconds);
 void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work);
