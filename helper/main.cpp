@@ -7,7 +7,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <exception>
+#include <initializer_list>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -32,11 +34,26 @@ constexpr const char* runtimeFolder = "/run/ble-kovra-helper";
 // A driver that refuses its touchpad does so for a moment, as after waking from sleep.
 constexpr std::chrono::seconds patienceAtTheEnd{10};
 
-int serve(Records& records, const InputClass& inputs) {
+constexpr std::chrono::seconds untilTheNextStart{30};
+// Whatever a person may end it with; what no process hears of is for the next start to deal with.
+constexpr std::initializer_list<int> endings{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM};
+
+// A service manager starts what has ended anew at once, as it should after a crash. What keeps the daemon from starting
+// may last, as a link in the way of the flag does, and must not keep the machine busy.
+void waitForTheNextStart() {
+    if (::sd_notify(0, "STATUS=Cannot start; trying again") <= 0) return;
+    sigset_t awaited;
+    ::sigemptyset(&awaited);
+    for (const int signal : endings) ::sigaddset(&awaited, signal);
+    ::sigprocmask(SIG_BLOCK, &awaited, nullptr);
+    const timespec time{untilTheNextStart.count(), 0};
+    ::sigtimedwait(&awaited, nullptr, &time);
+}
+
+int serve(Records& records, const InputClass& inputs, bool& hasStarted) {
     Loop loop;
-    std::vector<std::unique_ptr<Loop::Watch>> endings;
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
-        endings.push_back(loop.onSignal(signal, [&loop] { loop.stop(); }));
+    std::vector<std::unique_ptr<Loop::Watch>> watches;
+    for (const int signal : endings) watches.push_back(loop.onSignal(signal, [&loop] { loop.stop(); }));
     Muter muter(loop, records, inputs);
     muter.muteExactly({});  // whatever a process before this one has left
 
@@ -52,6 +69,7 @@ int serve(Records& records, const InputClass& inputs) {
                   *flag, touchpads, muter);
     user.onChange = application.onEnd = [&] { daemon.evaluate(); };
     daemon.evaluate();
+    hasStarted = true;
     ::sd_notify(0, "READY=1");
     loop.run();
     return daemon.hasFailed() ? 1 : 0;
@@ -64,17 +82,21 @@ int run(bool isRelease) {
     const int error = records.claim(isRelease ? Records::IfMissing::leave : Records::IfMissing::make);
     if (error == EWOULDBLOCK) {
         log(Severity::error, isRelease ? "ble-kovra-helper runs: stop it first" : "another ble-kovra-helper runs");
+        if (!isRelease) waitForTheNextStart();
         return 1;
     }
     // What cannot be read may hold something; where there is nothing there is nothing to give back.
     int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
+    bool hasStarted = isRelease;
     try {
-        if (!isRelease) result = serve(records, inputs);
+        if (!isRelease) result = serve(records, inputs, hasStarted);
     } catch (const std::exception& failure) {
         log(Severity::error, failure.what());
         result = 1;
     }
-    return giveBackAll(records, inputs, patienceAtTheEnd) ? result : 1;
+    if (!giveBackAll(records, inputs, patienceAtTheEnd)) result = 1;
+    if (result != 0 && !hasStarted) waitForTheNextStart();
+    return result;
 }
 
 }  // namespace

@@ -1,0 +1,263 @@
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "helper/Descriptor.h"
+#include "tests/helper/PrivateMachine.h"
+#include "tests/helper/pads/MockInputs.h"
+
+// The program as it is installed, with a file system of its own below another root: its own /Library and /run, and all
+// else as it is on this machine, but for the input devices.
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+const std::string root = "/run/root";
+const std::string flagFolder = root + "/Library/Application Support/ble-kovra";
+
+bool waitUntil(const std::function<bool()>& done) {
+    const auto end = std::chrono::steady_clock::now() + 20s;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() >= end) return false;
+        std::this_thread::sleep_for(1ms);
+    }
+    return true;
+}
+
+// What a sanitizer wants to be loaded first, if there is one.
+std::string sanitizer() {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        if (line.find("/libasan.so") != std::string::npos) return line.substr(line.find('/')) + ":";
+    }
+    return "";
+}
+
+// A process, which is killed where it still lives at the end.
+class Process {
+  public:
+    explicit Process(const std::function<void()>& work) : number_(::fork()) {
+        if (number_ != 0) return;
+        work();
+        ::_exit(127);
+    }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    ~Process() { end(SIGKILL); }
+
+    bool lives() {
+        if (number_ > 0 && ::waitpid(number_, &status_, WNOHANG) == number_) number_ = 0;
+        return number_ > 0;
+    }
+    // What it exits with, by itself; -1 where a signal ended it or nothing does.
+    int result() {
+        if (!waitUntil([this] { return !lives(); })) return -1;
+        return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
+    }
+    int end(int signal) {
+        if (lives()) ::kill(number_, signal);
+        return result();
+    }
+
+  private:
+    pid_t number_;
+    int status_ = -1;
+};
+
+class Machine {
+  public:
+    explicit Machine(uid_t user) : user_(user) {
+        computer.appear({.input = "input5", .hid = "0018:06CB:CD8B.0001"});
+        fs::create_directory(root);
+        mount("tmpfs", root, "tmpfs", 0);
+        ::chmod(root.c_str(), 0755);
+        for (const auto& entry : fs::directory_iterator("/")) {
+            const std::string name = entry.path().filename().string();
+            if (name == "run" || name == "Library") continue;
+            if (entry.is_symlink()) {
+                fs::copy_symlink(entry.path(), root + "/" + name);
+            } else if (entry.is_directory()) {
+                fs::create_directory(root + "/" + name);
+                mount("/" + name, root + "/" + name, nullptr, MS_BIND | MS_REC);
+            }
+        }
+        for (const char* name : {"seats", "sessions", "users", "machines"})
+            fs::create_directories(root + "/run/systemd/" + name);
+        for (std::string path = flagFolder; path != root; path = fs::path(path).parent_path().string()) {
+            fs::create_directories(path);
+            ::chmod(path.c_str(), 0755);
+        }
+        writeFile(root + "/run/systemd/sessions/c1",
+                  "UID=" + std::to_string(user) +
+                      "\nUSER=somebody\nACTIVE=1\nIS_DISPLAY=1\nSTATE=active\nREMOTE=0\nTYPE=wayland\nCLASS=user\n"
+                      "SEAT=seat0\n");
+        sitDown();
+    }
+
+    static void seat(const std::string& text) {
+        writeFile(root + "/run/systemd/seats/.new", text);
+        fs::rename(root + "/run/systemd/seats/.new", root + "/run/systemd/seats/seat0");
+    }
+    void sitDown() const {
+        seat("IS_SEAT0=1\nCAN_GRAPHICAL=1\nACTIVE=c1\nACTIVE_UID=" + std::to_string(user_) + "\nSESSIONS=c1\n");
+    }
+    static void leave() { seat("IS_SEAT0=1\nCAN_GRAPHICAL=1\n"); }
+
+    // In the background; told where to say that it is ready, if anywhere.
+    std::unique_ptr<Process> start(const std::string& argument = {}, const std::string& notifySocket = {}) const {
+        return std::make_unique<Process>([&] {
+            ::setenv("LD_PRELOAD", (sanitizer() + KOVRA_UMOCKDEV_PRELOAD).c_str(), 1);
+            if (!notifySocket.empty()) ::setenv("NOTIFY_SOCKET", notifySocket.c_str(), 1);
+            if (::chroot(root.c_str()) != 0 || ::chdir("/") != 0) return;
+            const char* given = argument.empty() ? nullptr : argument.c_str();
+            ::execl(KOVRA_HELPER, "ble-kovra-helper", given, nullptr);
+        });
+    }
+    std::unique_ptr<Process> startApplication() const {
+        return std::make_unique<Process>([this] {
+            ::prctl(PR_SET_NAME, "ble-kovra");
+            if (::setresuid(user_, user_, user_) == 0)
+                while (true) ::pause();
+        });
+    }
+    // With the pad muted.
+    std::unique_ptr<Process> startMuted() {
+        auto helper = start();
+        if (!waitUntil([] { return fs::exists(flagFolder + "/state"); })) ADD_FAILURE() << "no flag";
+        fs::resize_file(flagFolder + "/state", 0);
+        std::ofstream(flagFolder + "/state", std::ios::in) << "on";
+        EXPECT_TRUE(becomes("1"));
+        return helper;
+    }
+    bool becomes(const std::string& value) const {
+        return waitUntil([&] { return is(value); });
+    }
+    bool is(const std::string& value) const { return computer.inhibited("input5") == value; }
+
+    MockInputs computer;
+
+  private:
+    static void mount(const std::string& what, const std::string& where, const char* type, unsigned long how) {
+        if (::mount(what.c_str(), where.c_str(), type, how, nullptr) != 0)
+            throw std::runtime_error("cannot mount " + where);
+    }
+
+    const uid_t user_;
+};
+
+// Where the program says that it is ready.
+class ServiceManager {
+  public:
+    ServiceManager() : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+        sockaddr_un address{.sun_family = AF_UNIX, .sun_path = "/run/root/run/notify"};
+        if (::bind(socket_.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            throw std::runtime_error("no socket");
+    }
+    bool hears(const std::string& text) const {
+        return waitUntil([&] {
+            std::string said(200, ' ');
+            const ssize_t length = ::recv(socket_.number(), said.data(), said.size(), 0);
+            return length > 0 && said.substr(0, static_cast<std::size_t>(length)) == text;
+        });
+    }
+
+  private:
+    Descriptor socket_;
+};
+
+TEST(HelperProgram, GivesThePadBackWhateverItIsToldToEndWith) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        const auto application = machine.startApplication();
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM}) {
+            const auto helper = machine.startMuted();
+            EXPECT_EQ(helper->end(signal), 0) << signal;
+            EXPECT_TRUE(machine.is("0")) << signal;
+        }
+    });
+}
+
+TEST(HelperProgram, GivesBackByReleaseWhatOneThatWasKilledHasLeft) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        const auto application = machine.startApplication();
+        machine.startMuted()->end(SIGKILL);
+        EXPECT_TRUE(machine.is("1"));
+        EXPECT_EQ(machine.start("--release")->result(), 0);
+        EXPECT_TRUE(machine.is("0"));
+        EXPECT_EQ(machine.start("--release")->result(), 0);
+    });
+}
+
+TEST(HelperProgram, LeavesThePadMutedWhereAnotherOneHasMutedIt) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        const auto application = machine.startApplication();
+        const auto helper = machine.startMuted();
+        EXPECT_EQ(machine.start()->result(), 1);
+        EXPECT_EQ(machine.start("--release")->result(), 1);
+        EXPECT_TRUE(machine.is("1"));
+        EXPECT_EQ(helper->end(SIGTERM), 0);
+    });
+}
+
+TEST(HelperProgram, HearsWhoComesAndGoesAndThatTheApplicationEnds) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        auto application = machine.startApplication();
+        const auto helper = machine.startMuted();
+        Machine::leave();
+        EXPECT_TRUE(machine.becomes("0"));
+        machine.sitDown();
+        EXPECT_TRUE(machine.becomes("1"));
+        application.reset();
+        EXPECT_TRUE(machine.becomes("0"));
+        EXPECT_TRUE(helper->lives());
+    });
+}
+
+TEST(HelperProgram, SaysThatItIsReadyAndWhyItEnds) {
+    inPrivateMachine([](uid_t user) {
+        const Machine machine(user);
+        const ServiceManager manager;
+        const auto helper = machine.start({}, "/run/notify");
+        EXPECT_TRUE(manager.hears("READY=1"));
+        fs::rename(flagFolder, flagFolder + ".away");
+        EXPECT_EQ(helper->result(), 1);
+    });
+}
+
+TEST(HelperProgram, WaitsBeforeItIsStartedAnewWhereItCannotStart) {
+    inPrivateMachine([](uid_t user) {
+        const Machine machine(user);
+        const ServiceManager manager;
+        fs::rename(root + "/Library", root + "/elsewhere");
+        fs::create_directory_symlink("elsewhere", root + "/Library");
+        EXPECT_EQ(machine.start()->result(), 1);
+        const auto helper = machine.start({}, "/run/notify");
+        EXPECT_TRUE(manager.hears("STATUS=Cannot start; trying again"));
+        EXPECT_TRUE(helper->lives());
+        EXPECT_EQ(helper->end(SIGTERM), 1);
+    });
+}
+
+TEST(HelperProgram, RefusesWhatItDoesNotKnow) {
+    inPrivateMachine([](uid_t user) { EXPECT_EQ(Machine(user).start("--mute")->result(), 2); });
+}
+
+}  // namespace
+}  // namespace kovra::helper
