@@ -44,6 +44,9 @@ class Unit(unittest.TestCase):
         self.assertEqual(directives("Restart"), ["always"])
         self.assertEqual(directives("StartLimitIntervalSec"), ["0"])
 
+    def test_refuses_a_system_call_without_killing_for_it(self):
+        self.assertEqual(directives("SystemCallErrorNumber"), ["EPERM"])
+
     def test_is_written_without_mistakes(self):
         done = subprocess.run(["systemd-analyze", "verify", "--man=no", "--recursive-errors=no", UNIT],
                               capture_output=True, text=True)
