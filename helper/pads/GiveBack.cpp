@@ -12,7 +12,8 @@ namespace kovra::helper {
 std::chrono::milliseconds Pauses::next() { return std::exchange(next_, std::min(2 * next_, longest)); }
 
 bool giveBack(const std::string& name, Records& records, const InputClass& inputs) {
-    const int error = inputs.setInhibited(name, false);
+    // What is heard already needs no driver's consent, nor a kernel that lets anybody write.
+    const int error = inputs.isInhibited(name) == false ? 0 : inputs.setInhibited(name, false);
     if (error != 0 && !inputs.saysGone(error)) {
         logError(name + " cannot be given back yet", error);
         return false;

@@ -1,8 +1,14 @@
 #pragma once
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
+#include "helper/Descriptor.h"
 #include "helper/pads/InputClass.h"
 #include "tests/support/posix/TempFolder.h"
 
@@ -31,6 +37,15 @@ class InputFolder {
         std::filesystem::rename(folder_.path() / "next", attribute(name));
     }
 
+    // It is free, and takes no write for good.
+    void freeAndSeal(const std::string& name) {
+        sealed_ = Descriptor(::memfd_create("inhibited", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+        if (::write(sealed_.number(), "0\n", 2) != 2 || ::fcntl(sealed_.number(), F_ADD_SEALS, F_SEAL_WRITE) != 0)
+            throw std::runtime_error("cannot seal");
+        std::filesystem::remove(attribute(name));
+        std::filesystem::create_symlink("/proc/self/fd/" + std::to_string(sealed_.number()), attribute(name));
+    }
+
     InputClass inputs() const { return InputClass(folder_.path().string()); }
 
   private:
@@ -38,6 +53,7 @@ class InputFolder {
 
     const TempFolder folder_;
     std::string before_;
+    Descriptor sealed_;
 };
 
 }  // namespace kovra::helper

@@ -204,6 +204,14 @@ TEST_F(HelperGiveBack, GivesUpAfterItsTimeAndKeepsTheRecord) {
     EXPECT_EQ(recorded(), Names{"input5"});
 }
 
+TEST_F(HelperGiveBack, IsDoneWhereTheDeviceIsHeardAlreadyThoughItTakesNoWrite) {
+    muter.muteExactly({"input5"});
+    computer.freeAndSeal("input5");
+    EXPECT_NE(inputs.setInhibited("input5", false), 0);
+    EXPECT_TRUE(giveBackAll(records, inputs, 0ms));
+    EXPECT_EQ(recorded(), Names());
+}
+
 TEST_F(HelperGiveBack, KeepsTheRecordWhereNoDeviceIsToBeSeen) {
     muter.muteExactly({"input5"});
     EXPECT_FALSE(giveBackAll(records, InputClass(folder / "no/sys/class/input"), 0ms));
