@@ -29,7 +29,7 @@ bool isTwin(const InputProperties& device, const std::set<std::string>& hidDevic
 }  // namespace
 
 bool isBuiltInPad(const InputProperties& device) {
-    if (!device.isTouchpad || device.seat != "seat0") return false;
+    if (!device.isTouchpad || device.isMadeByProgram || device.seat != "seat0") return false;
     // What comes by Bluetooth hangs below the adapter, which has a port too.
     if (device.bus == BUS_USB && device.port != UsbPort::unknown) return device.port == UsbPort::fixed;
     if (device.integration == "internal") return true;

@@ -23,12 +23,14 @@ struct InputProperties {
     std::uint16_t bus = 0;                        // as in <linux/input.h>
     std::uint16_t vendor = 0;
     UsbPort port = UsbPort::unknown;
+    bool isMadeByProgram = false;  // it hangs on no device: some program's events, by uinput
     std::string seat = "seat0";
     std::string hid = {};  // the HID device that it is a part of; empty for others
 };
 
-// A touchpad that cannot be taken off the computer, of the seat that the computer comes with. On USB the port has the
-// last word; then what udev's database says, then the bus and the maker; what nothing is known of is built in.
+// A touchpad that cannot be taken off the computer, and that is a device at all, of the seat that the computer comes
+// with. On USB the port has the last word; then what udev's database says, then the bus and the maker; what nothing is
+// known of is built in.
 bool isBuiltInPad(const InputProperties& device);
 
 // The names of the devices to mute: each built-in pad, and the mouse that the same HID device shows itself as besides.

@@ -66,6 +66,7 @@ InputProperties properties(udev_device* node, udev_device* input) {
     device.hasMiddleButton = hasBit(input, "capabilities/key", BTN_MIDDLE);
     device.vendor = hexNumber(input, "id/vendor");
     device.port = port(input);
+    device.isMadeByProgram = udev_device_get_parent(input) == nullptr;
     if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;
     if (udev_device* hid = udev_device_get_parent_with_subsystem_devtype(input, "hid", nullptr))
         device.hid = text(udev_device_get_syspath(hid));

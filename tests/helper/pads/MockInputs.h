@@ -21,7 +21,7 @@ struct MockInput {
     std::string bus = "0018";
     std::string vendor = "06cb";
     std::string hid = {};                          // "0018:06CB:CD8B.0001", or no HID device
-    std::string above = "/devices/platform/host";  // what it is plugged into
+    std::string above = "/devices/platform/host";  // what it is plugged into; "/devices/virtual" is nothing
 };
 
 // Input devices of the test's own: a sysfs that this process takes for the machine's, and messages that it takes for
@@ -31,7 +31,7 @@ class MockInputs {
     MockInputs() : testbed_(umockdev_testbed_new()) {
         const std::unique_ptr<char, Free> folder(umockdev_testbed_get_sys_dir(testbed_.get()));
         sys_ = folder.get();
-        for (const char* inside : {"class/input", "bus/hid/devices", "bus/usb/devices", "bus/input"})
+        for (const char* inside : {"class/input", "bus/hid/devices", "bus/usb/devices", "bus/platform", "bus/input"})
             std::filesystem::create_directories(sys_ / inside);
     }
 
@@ -46,6 +46,8 @@ class MockInputs {
     // The device alone, without a message.
     void appear(const MockInput& device) {
         std::string above = device.above;
+        if (above != "/devices/virtual" && !std::filesystem::exists(folder(above)))
+            makeDevice(above, "bus/platform", "DRIVER=host\n");
         if (!device.hid.empty()) {
             above += "/" + device.hid;
             if (!std::filesystem::exists(folder(above))) makeDevice(above, "bus/hid", "HID_NAME=x\n");

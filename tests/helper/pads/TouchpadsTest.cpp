@@ -123,6 +123,11 @@ TEST_F(HelperTouchpads, ThatUdevKnowsToBeExternalAreLeftAlone) {
     EXPECT_EQ(present(), Inputs());
 }
 
+TEST_F(HelperTouchpads, ThatAProgramPlaysAreLeftAlone) {
+    computer.appear({.input = "input5", .name = "Remote touchpad", .bus = "0006", .above = "/devices/virtual"});
+    EXPECT_EQ(present(), Inputs());
+}
+
 TEST_F(HelperTouchpads, OfAnotherSeatAreLeftAlone) {
     MockInput other = pad;
     other.properties += "ID_SEAT=seat1\n";
