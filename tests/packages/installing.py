@@ -33,6 +33,20 @@ def install(built):
     check(wants.is_symlink(), "the helper is not started at boot")
 
 
+@scenario("What others have made already keeps its rights and its content.")
+def beside_others(built):
+    root = Root(built, "beside_others")
+    library, bundle = root.path / "Library", root.path / MANAGER
+    library.mkdir(mode=0o755)
+    library.chmod(0o2755)
+    bundle.mkdir(parents=True)
+    (bundle / "kept").touch()
+    root.install(*(built.package(each) for each in NAMES))
+    check(stat.S_IMODE(library.stat().st_mode) == 0o2755, f"the folder has mode {library.stat().st_mode:o}")
+    check((bundle / "kept").exists(), "what stood in the manager's place is gone")
+    check((root.path / FLAG).read_text() == "off", "there is no flag")
+
+
 @scenario("An upgrade leaves the flag alone: its file, its time, its text, its access rights, and what other users left.")
 def upgrade(built):
     root, _ = installed(built, "upgrade")
@@ -74,6 +88,10 @@ def purge(built):
     root, before = installed(built, "purge")
     for name in ("state.left.1000", "state.new"):
         (root.path / FLAG).with_name(name).write_text("on")
+    # What stood in the way of a hand-over, and was put aside.
+    for name in ("state.odd.7", "state.new.odd.8", "state.left.1000.odd.9"):
+        (root.path / FLAG).with_name(name).mkdir()
+        (root.path / FLAG).with_name(name).joinpath("something").touch()
     records = root.path / "run/ble-kovra-helper/pads"
     records.mkdir(parents=True)
     (records / "input7").touch()
