@@ -12,7 +12,7 @@ namespace {
 // How far a point lies outside a layer, in points; inside it is less than 0.
 struct Distance {
     Point point;
-    double lineWidth;
+    double lineWidth = 0;
 
     double operator()(const RoundedRectangle& rectangle) const {
         const double radius = rectangle.cornerRadii.width;

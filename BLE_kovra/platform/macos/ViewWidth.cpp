@@ -31,12 +31,13 @@ bool takesWidth(const View& view, std::size_t modifierCount) {
 
 std::optional<double> widthInside(const View& view, std::optional<double> around) {
     std::optional<double> width = around;
-    for (auto modifier = view.modifiers.rbegin(); modifier != view.modifiers.rend(); ++modifier) {
-        if (const auto* frame = std::get_if<Frame>(&*modifier)) {
+    for (std::size_t i = view.modifiers.size(); i > 0; --i) {
+        const Modifier& modifier = view.modifiers[i - 1];
+        if (const auto* frame = std::get_if<Frame>(&modifier)) {
             if (frame->width) width = frame->width;
             if (width && frame->maxWidth) width = std::min(*width, *frame->maxWidth);
         }
-        const auto* padding = std::get_if<Padding>(&*modifier);
+        const auto* padding = std::get_if<Padding>(&modifier);
         if (width && padding != nullptr) width = std::max(0.0, *width - 2 * padding->horizontal);
     }
     return width;
