@@ -18,7 +18,7 @@ class DescriptorWatch : public DescriptorLoop::Watch {
         if (!descriptor_) throw std::system_error(ENOMEM, std::generic_category(), "descriptor");
         const CFHandle source(CFFileDescriptorCreateRunLoopSource(kCFAllocatorDefault, descriptor_.get(), 0));
         CFRunLoopAddSource(CFRunLoopGetMain(), source.get(), kCFRunLoopCommonModes);
-        rearm();
+        DescriptorWatch::rearm();
     }
     ~DescriptorWatch() override { CFFileDescriptorInvalidate(descriptor_.get()); }
 

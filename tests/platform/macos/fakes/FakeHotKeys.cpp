@@ -52,9 +52,7 @@ bool FakeHotKeys::press(std::uint32_t keyCode, std::uint32_t modifiers) {
     const auto isIt = [&](const auto& key) { return key->keyCode == keyCode && key->modifiers == modifiers; };
     if (std::ranges::none_of(hotKeys, isIt)) return !taken.contains({keyCode, modifiers});
     std::vector<std::pair<EventHandlerUPP, void*>> called;
-    for (auto handler = handlers.rbegin(); handler != handlers.rend(); ++handler) {
-        called.emplace_back((*handler)->handler, (*handler)->context);
-    }
+    for (const auto& handler : handlers) called.emplace(called.begin(), handler->handler, handler->context);
     for (const auto& [handler, context] : called) {
         if (handler(nullptr, nullptr, context) == noErr) break;
     }
