@@ -65,6 +65,16 @@ FlagFile::Content FlagFile::content() const {
     return size == 2 && text[0] == 'o' && text[1] == 'n' ? Content::on : Content::off;
 }
 
+void FlagFile::cut() const {
+    constexpr off_t longest = 3;
+    struct stat status {};
+    if (::fstat(file_.number(), &status) != 0 || status.st_size <= longest) return;
+    const std::string path = "/proc/self/fd/" + std::to_string(file_.number());
+    const Descriptor writing(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    // Where that fails it says off as it did, and the next one tries again.
+    if (writing.isOpen() && ::ftruncate(writing.number(), longest) != 0) return;
+}
+
 bool FlagFile::hasOtherNames() const {
     struct stat status {};
     return ::fstat(file_.number(), &status) != 0 || status.st_nlink != 1;

@@ -1,12 +1,15 @@
 #include "helper/flag/HandOver.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <string>
+#include <string_view>
 
 #include "helper/flag/FlagFile.h"
 
@@ -14,9 +17,15 @@ namespace kovra::helper {
 
 namespace {
 
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
 constexpr const char* freshName = "state.new";
 
-std::string leftName(uid_t user) { return "state.left." + std::to_string(user); }
+constexpr std::string_view leftPrefix = "state.left.";
+
+std::string leftName(uid_t user) { return std::string(leftPrefix) + std::to_string(user); }
 
 // Frees the name, whatever it stands for, without following it. A folder with something in it is kept, as *.odd.NUMBER:
 // it is none of ours. 0, or the error.
@@ -36,8 +45,21 @@ void closeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
     const auto user = old ? old->writer() : std::nullopt;
     if (!user) return;
+    old->cut();  // first, since it may be what has filled the disk
     ::linkat(folder, flagName, folder, leftName(*user).c_str(), 0);
     old->letWrite(std::nullopt);
+}
+
+// What reaches these files through a descriptor that a user has kept open has no bounds. A file that is open to
+// somebody else, or to anybody by its mode, was not made here, and stays as it is.
+void cutLeft(int folder, uid_t owner) {
+    const std::unique_ptr<DIR, CloseFolder> entries(::fdopendir(::openat(folder, ".", O_RDONLY | O_CLOEXEC)));
+    if (!entries) return;
+    while (const dirent* entry = ::readdir(entries.get())) {
+        if (!std::string_view(entry->d_name).starts_with(leftPrefix)) continue;
+        const auto left = FlagFile::open(folder, entry->d_name, owner);
+        if (left && left->isWritableBy(std::nullopt)) left->cut();
+    }
 }
 
 FlagFile::Content lastLeft(int folder, uid_t owner, uid_t user) {
@@ -73,6 +95,7 @@ void clearUpFlagFolder(int folder, uid_t owner) {
 int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     clearUpFlagFolder(folder, owner);
     closeOld(folder, owner);
+    cutLeft(folder, owner);
     const auto content = user ? lastLeft(folder, owner, *user) : FlagFile::Content::off;
     if (const int error = placeFresh(folder, user, content)) {
         // A flag whose user's right could not be taken away goes on being theirs, and counts with one name alone.

@@ -103,5 +103,32 @@ TEST(HandOver, TakesOverAFlagThatAnInstallationMade) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
+TEST(HandOver, CutsWhatAUserMadeOfTheFlagToAFewBytes) {
+    FlagRig rig;
+    rig.handOver(alice);
+    rig.write(alice, std::string(100'000, 'x'));
+    const Descriptor keptOpen(::open(rig.state().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_TRUE(rig.handOver(std::nullopt));
+    EXPECT_EQ(rig.content("state.left.61001"), "xxx");
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_EQ(rig.content(), "off");
+    struct stat status {};
+    ASSERT_EQ(::fstat(keptOpen.number(), &status), 0);
+    EXPECT_EQ(status.st_size, 3);
+}
+
+TEST(HandOver, CutsLikewiseWhatAUserGoesOnWritingWhileAway) {
+    FlagRig rig;
+    rig.handOver(alice);
+    const Descriptor keptOpen(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
+    rig.handOver(std::nullopt);
+    FlagRig::writeTo(keptOpen, std::string(100'000, 'x'));
+    rig.handOver(bob);
+    EXPECT_EQ(rig.content("state.left.61001"), "xxx");
+    FlagRig::writeTo(keptOpen, "on");
+    rig.handOver(alice);
+    EXPECT_TRUE(rig.saysOn());
+}
+
 }  // namespace
 }  // namespace kovra::helper
