@@ -39,6 +39,14 @@ int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     return writeAtStart(file, text);
 }
 
+// Whether the path still stands for the file that is open, and not for another one, a link or nothing.
+bool isInPlace(int file, const std::string& path) {
+    struct stat written {};
+    struct stat inPlace {};
+    if (::fstat(file, &written) != 0 || ::lstat(path.c_str(), &inPlace) != 0) return false;
+    return written.st_dev == inPlace.st_dev && written.st_ino == inPlace.st_ino;
+}
+
 // The descriptor, or -1 with errno.
 int openForWriting(const char* path) {
     // Not through a link, which could lead to any of the user's files, and not waiting for the reader of a pipe.
@@ -61,6 +69,8 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
     // Where even that has no room (a full disk that copies on write) an old text must not stand as if it were the new
     // one.
     if (error != 0) static_cast<void>(cutTo(file.number(), 0));
+    // What was written into a file that another one has replaced meanwhile, nobody reads.
+    if (error == 0 && !isInPlace(file.number(), path)) error = ESTALE;
     const int errorAtClose = file.close();
     if (error == 0) error = errorAtClose;
     return error == 0 ? Outcome::success() : refusal(error);
