@@ -4,10 +4,15 @@
 
 namespace kovra::helper {
 
-Daemon::Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter)
-    : loop_(loop), people_(std::move(people)), flag_(flag), touchpads_(touchpads), muter_(muter), clock_(loop, [this] {
-          lookAtEverything();
-      }) {
+Daemon::Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
+               Pauses untilTheNextHandOver)
+    : loop_(loop),
+      people_(std::move(people)),
+      flag_(flag),
+      touchpads_(touchpads),
+      muter_(muter),
+      clock_(loop, [this] { lookAtEverything(); }),
+      untilTheNextHandOver_(untilTheNextHandOver) {
     touchpads_.onChange = [this] { evaluate(); };
     flag_.onChange = [this] { evaluate(); };
     flag_.onLost = [this] { flagIsLost(); };
@@ -22,13 +27,23 @@ void Daemon::evaluate() {
         muter_.muteExactly({});
 }
 
-// Nobody's touchpad waits for a hand-over: what the one before had muted is given back first.
+// Nobody's touchpad waits for a hand-over: what the one before had muted is given back first. What one that fails does
+// in the folder is told of like all else there, and must not lead to the next one.
 bool Daemon::flagIsTheirs(std::optional<uid_t> user) {
+    const bool isTheirs = flag_.isOf(user);
+    if (!isTheirs && handOverAgain_ && refused_ == user) return false;
     handOverAgain_.reset();
-    if (flag_.isOf(user)) return true;
-    muter_.muteExactly({});
-    if (flag_.handOver(user)) return true;
-    handOverAgain_ = loop_.after(untilTheNextHandOver, [this] { evaluate(); });
+    if (!isTheirs) muter_.muteExactly({});
+    if (isTheirs || flag_.handOver(user)) {
+        untilTheNextHandOver_.startAnew();
+        return true;
+    }
+    if (refused_ != user) untilTheNextHandOver_.startAnew();
+    refused_ = user;
+    handOverAgain_ = loop_.after(untilTheNextHandOver_.next(), [this] {
+        handOverAgain_.reset();
+        evaluate();
+    });
     return false;
 }
 

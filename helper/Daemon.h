@@ -10,6 +10,7 @@
 #include "helper/ClockWatch.h"
 #include "helper/Loop.h"
 #include "helper/flag/FlagFolder.h"
+#include "helper/pads/GiveBack.h"
 #include "helper/pads/Muter.h"
 #include "helper/pads/Touchpads.h"
 
@@ -26,10 +27,9 @@ class Daemon {
         std::function<void()> forgetTheApplication;  // until the next question about it
     };
 
-    // A hand-over that failed is tried again that much later.
-    static constexpr std::chrono::seconds untilTheNextHandOver{2};
-
-    Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter);
+    // A hand-over that failed is tried again after these pauses, and else only for another user.
+    Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
+           Pauses untilTheNextHandOver = Pauses(std::chrono::seconds(2), std::chrono::minutes(5)));
 
     // Looks at everything it is told of elsewhere, and mutes or gives back. Whoever knows more of the people calls it.
     void evaluate();
@@ -49,6 +49,8 @@ class Daemon {
     Touchpads& touchpads_;
     Muter& muter_;
     ClockWatch clock_;
+    Pauses untilTheNextHandOver_;
+    std::optional<uid_t> refused_;  // whose flag is to be handed over again, while that is waited for
     std::unique_ptr<Loop::Watch> handOverAgain_;
     bool hasFailed_ = false;
 };

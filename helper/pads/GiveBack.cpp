@@ -9,7 +9,7 @@
 
 namespace kovra::helper {
 
-std::chrono::milliseconds Pauses::next() { return std::exchange(next_, std::min(2 * next_, longest)); }
+std::chrono::milliseconds Pauses::next() { return std::exchange(next_, std::min(2 * next_, longest_)); }
 
 bool giveBack(const std::string& name, Records& records, const InputClass& inputs) {
     // What is heard already needs no driver's consent, nor a kernel that lets anybody write.

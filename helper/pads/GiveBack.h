@@ -8,17 +8,20 @@
 
 namespace kovra::helper {
 
-// The pauses between tries at what a driver refuses: each twice the one before.
+// The pauses between tries at what is refused, as by a driver: each twice the one before.
 class Pauses {
   public:
-    std::chrono::milliseconds next();
-    void startAnew() { next_ = first; }
+    explicit Pauses(std::chrono::milliseconds first = std::chrono::milliseconds(50),
+                    std::chrono::milliseconds longest = std::chrono::seconds(5))
+        : first_(first), longest_(longest) {}
 
-    static constexpr std::chrono::milliseconds first{50};
-    static constexpr std::chrono::milliseconds longest{5000};
+    std::chrono::milliseconds next();
+    void startAnew() { next_ = first_; }
 
   private:
-    std::chrono::milliseconds next_ = first;
+    std::chrono::milliseconds first_;
+    std::chrono::milliseconds longest_;
+    std::chrono::milliseconds next_ = first_;
 };
 
 // One try: the device is heard again and its record is gone, or there is no such device any more. False, and one line

@@ -273,25 +273,6 @@ TEST_F(HelperDaemon, WritesNoFlagButWhenItIsHandedOver) {
     EXPECT_NE(after.st_ino, before.st_ino);
 }
 
-TEST_F(HelperDaemon, MutesNothingWhereTheFlagCannotBeHandedOverAndTriesAgain) {
-    rig.startMuted();
-    // The name that a new flag gets first is taken, and so is the one that what takes it would be given.
-    const fs::path inTheWay = rig.flag.path("state.new");
-    fs::create_directories(inTheWay / "something");
-    struct stat status {};
-    ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
-    fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
-    rig.sitsDown(bob);
-    rig.settle();
-    EXPECT_TRUE(rig.is("0"));
-    EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
-    EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
-    fs::remove_all(inTheWay);
-    EXPECT_TRUE(rig.flag.waitUntil([&] { return mayWrite(bob, rig.flag.state()); }));
-    rig.flag.write(bob, "on");
-    EXPECT_TRUE(rig.becomes("1"));
-}
-
 TEST_F(HelperDaemon, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
     rig.startMuted();
     fs::rename(rig.flag.path(), rig.flag.root() + "/gone");

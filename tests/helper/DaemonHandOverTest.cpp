@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "helper/Daemon.h"
+#include "tests/helper/DaemonRig.h"
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+class HelperDaemonHandOver : public testing::Test {
+  protected:
+    // The name that a new flag gets first is taken, and so is the one that what takes it would be given.
+    void obstruct() {
+        fs::create_directories(inTheWay / "something");
+        struct stat status {};
+        ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
+        fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
+    }
+    // Where nothing else is going on any more; each evaluation is noted.
+    void startWith(Pauses pauses) {
+        rig.start();
+        rig.settle();
+        const Daemon::People people{.atTheMachine =
+                                        [this] {
+                                            evaluations.push_back(std::chrono::steady_clock::now());
+                                            return rig.atTheMachine;
+                                        },
+                                    .runsTheApplication = [](uid_t) { return true; },
+                                    .forgetTheApplication = [] {}};
+        rig.daemon =
+            std::make_unique<Daemon>(rig.flag.loop(), people, rig.flag.folder(), *rig.touchpads, *rig.muter, pauses);
+    }
+    bool becomesTheFlagOf(uid_t user) {
+        return rig.flag.waitUntil([&] { return mayWrite(user, rig.flag.state()); });
+    }
+
+    std::vector<std::chrono::steady_clock::time_point> evaluations;
+    DaemonRig rig;
+    const fs::path inTheWay = rig.flag.path("state.new");
+};
+
+TEST_F(HelperDaemonHandOver, ThatFailsMutesNothingAndIsTriedAgain) {
+    rig.startMuted();
+    obstruct();
+    rig.sitsDown(bob);
+    rig.settle();
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
+    EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
+    fs::remove_all(inTheWay);
+    EXPECT_TRUE(becomesTheFlagOf(bob));
+    rig.flag.write(bob, "on");
+    EXPECT_TRUE(rig.becomes("1"));
+}
+
+TEST_F(HelperDaemonHandOver, ThatFailedIsTriedAgainForTheSameUserOnlyAfterItsPause) {
+    startWith(Pauses(1h, 1h));
+    obstruct();
+    rig.sitsDown(bob);
+    fs::remove_all(inTheWay);
+    for (int i = 0; i < 20; ++i) rig.daemon->evaluate();
+    writeFile(rig.flag.state(), "on");  // by the owner, and told of
+    rig.settle();
+    EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
+    rig.sitsDown(alice);
+    EXPECT_TRUE(mayWrite(alice, rig.flag.state()));
+    rig.sitsDown(bob);
+    EXPECT_TRUE(mayWrite(bob, rig.flag.state()));
+}
+
+TEST_F(HelperDaemonHandOver, ThatGoesOnFailingIsTriedWithGrowingPauses) {
+    startWith(Pauses(20ms, 80ms));
+    obstruct();
+    rig.sitsDown(bob);
+    ASSERT_TRUE(rig.flag.waitUntil([&] { return evaluations.size() >= 5; }));
+    const std::vector<std::chrono::milliseconds> pauses{20ms, 40ms, 80ms, 80ms};
+    for (std::size_t i = 0; i < pauses.size(); ++i) EXPECT_GE(evaluations[i + 1] - evaluations[i], pauses[i]) << i;
+    fs::remove_all(inTheWay);
+    EXPECT_TRUE(becomesTheFlagOf(bob));
+}
+
+}  // namespace
+}  // namespace kovra::helper
