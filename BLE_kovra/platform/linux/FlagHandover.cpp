@@ -20,19 +20,31 @@ constexpr std::uint32_t whatCounts = IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DE
 }  // namespace
 
 FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag)
-    : events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-    if (!events_.isOpen()) return;
+    : loop_(loop), events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
     std::filesystem::path folder;
     for (const auto& part : std::filesystem::path(flag)) {
         if (!folder.empty()) way_.push_back({folder.string(), part.string()});
         folder /= part;
     }
-    settle();
-    try {
-        watch_ = loop.watch(events_.number(), [this] { rang(); });
-    } catch (const std::system_error&) {
-        // Out of descriptors: like a system without watches.
+    if (events_.isOpen()) {
+        settle();
+        try {
+            watch_ = loop.watch(events_.number(), [this] { rang(); });
+        } catch (const std::system_error&) {
+            // Out of descriptors: like a system without watches.
+        }
     }
+    expect();
+}
+
+FlagHandover::~FlagHandover() {
+    if (expected_) expected_->cancel();
+}
+
+void FlagHandover::expect() {
+    if (isWatching()) return;
+    if (expected_) expected_->cancel();
+    expected_ = loop_.asyncAfter(untilItIsTakenForDone, [this] { tell(); });
 }
 
 // From the root downwards, so that nothing comes unnoticed between a look for it and the watch above it.
@@ -52,9 +64,18 @@ void FlagHandover::settle() {
 void FlagHandover::rang() {
     if (concernsFlag()) {
         settle();
-        if (::access(way_.back().folder.c_str(), F_OK) == 0 && onHandedOver) onHandedOver();
+        tell();
     }
     watch_->rearm();
+}
+
+void FlagHandover::tell() const {
+    if (::access(way_.back().folder.c_str(), F_OK) == 0 && onHandedOver) onHandedOver();
+}
+
+// A folder that is not there yet needs no watch of its own: the one above it has one.
+bool FlagHandover::isWatching() const {
+    return watch_ && (at_ == &way_.back() || ::access(way_.back().folder.c_str(), F_OK) != 0);
 }
 
 // Reads all that has happened. A folder that is watched no more may still be told of; that concerns nobody.

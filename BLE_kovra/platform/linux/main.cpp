@@ -78,13 +78,17 @@ void runApplication() {
 
     kovra::LogindSession session(machine, kovra::LogindSession::currentSession());
     session.onRemoved = [&] { application.terminate(); };
-    session.onActivated = [&] { application.resume(); };
-    session.onResumed = [&] {
-        hid.resynchronize();
-        application.resume();
-    };
     kovra::FlagHandover handover(loop, kovra::BLE_kovraApp::flagFile());
     handover.onHandedOver = [&] { application.resume(); };
+    session.onActivated = [&] {
+        handover.expect();
+        application.resume();
+    };
+    session.onResumed = [&] {
+        hid.resynchronize();
+        handover.expect();
+        application.resume();
+    };
 
     const kovra::Desktop desktop = kovra::currentDesktop();
     const auto x = desktop == kovra::Desktop::x11 ? kovra::XConnection::open(loop) : nullptr;

@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -194,6 +196,62 @@ TEST_F(FlagHandoverTest, WaitsQuietlyForAFolderThatItMayNotRead) {
     }
     exchange("on");
     EXPECT_TRUE(isTold());
+}
+
+// A user's programs often hold all the watches that the user may have.
+class FlagHandoverWithoutAWatch : public FlagHandoverTest {
+  protected:
+    FlagHandoverWithoutAWatch() {
+        writeFile(flag_, "off");
+        static_cast<void>(turnsWithin(loop_, 1ms));  // the loop has its clock
+        rlimit before{};
+        ::getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit none{0, before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+        handover_ = std::make_unique<FlagHandover>(loop_, flag_);
+        ::setrlimit(RLIMIT_NOFILE, &before);
+        handover_->onHandedOver = [this] { ++told_; };
+    }
+    // How often it tells within the time.
+    int toldWithin(std::chrono::milliseconds time) {
+        static_cast<void>(turnsWithin(loop_, time));
+        return std::exchange(told_, 0);
+    }
+};
+
+TEST_F(FlagHandoverWithoutAWatch, TakesItForDoneOnceASecondAfterItsStart) {
+    EXPECT_EQ(toldWithin(900ms), 0);
+    EXPECT_EQ(toldWithin(2500ms), 1);
+}
+
+TEST_F(FlagHandoverWithoutAWatch, TakesItForDoneOnceASecondAfterItIsToBeExpected) {
+    ASSERT_TRUE(turnUntil(loop_, [&] { return told_ > 0; }));
+    told_ = 0;
+    handover_->expect();
+    EXPECT_EQ(toldWithin(500ms), 0);
+    handover_->expect();  // anew
+    EXPECT_EQ(toldWithin(900ms), 0);
+    EXPECT_EQ(toldWithin(2500ms), 1);
+}
+
+TEST_F(FlagHandoverWithoutAWatch, TellsNothingWhereThereIsNoFolder) {
+    fs::remove_all(library_);
+    handover_->expect();
+    EXPECT_EQ(toldWithin(1500ms), 0);
+}
+
+TEST_F(FlagHandoverWithoutAWatch, TellsNothingOnceItIsGone) {
+    handover_->expect();
+    handover_.reset();
+    EXPECT_EQ(toldWithin(1500ms), 0);
+}
+
+TEST_F(FlagHandoverTest, TellsNothingThatIsOnlyExpectedWhereItWatches) {
+    writeFile(flag_, "off");
+    watch();
+    handover_->expect();
+    static_cast<void>(turnsWithin(loop_, 1500ms));
+    EXPECT_EQ(told_, 0);
 }
 
 }  // namespace
