@@ -30,9 +30,9 @@ TEST(FlagAttack, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(secret.isUntouched());
     // The kernel lets whoever may write a file give it a name in a folder of theirs.
-    rig.makeFolder("home");
-    ASSERT_EQ(::chmod((rig.root() + "/home").c_str(), 0777), 0);
-    const std::string second = rig.root() + "/home/second";
+    rig.makeFolder("theirs");
+    ASSERT_EQ(::chmod((rig.root() + "/theirs").c_str(), 0777), 0);
+    const std::string second = rig.root() + "/theirs/second";
     rig.write(alice, "on");
     {
         const Being user(alice);
@@ -65,10 +65,10 @@ TEST(FlagAttack, AFileThatWasNotMadeHereKeepsItsAccessList) {
 
 TEST(FlagAttack, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
     FlagRig rig;
-    rig.makeFolder("home");
+    rig.makeFolder("theirs");
     rig.handOver(alice);
     rig.write(alice, "on");
-    const std::string second = rig.root() + "/home/second";
+    const std::string second = rig.root() + "/theirs/second";
     ASSERT_EQ(::link(rig.state().c_str(), second.c_str()), 0);
     ASSERT_TRUE(rig.handOver(bob));
     EXPECT_FALSE(mayWrite(alice, second));

@@ -151,11 +151,11 @@ TEST(FlagFolder, FollowsTheFlagThatIsInPlaceAfterEachHandOver) {
 
 TEST(FlagFolder, TellsOfASecondNameAndOfWritesThroughIt) {
     FlagRig rig;
-    rig.makeFolder("home");
+    rig.makeFolder("theirs");
     rig.handOver(alice);
     rig.write(alice, "on");
     Listening listening(rig);
-    const std::string second = rig.root() + "/home/second";
+    const std::string second = rig.root() + "/theirs/second";
     fs::create_hard_link(rig.state(), second);
     EXPECT_TRUE(listening.change());
     EXPECT_FALSE(rig.saysOn());

@@ -1,6 +1,7 @@
 """Scenarios of the main job, whole: a mouse is plugged, and nothing comes of the touchpad any more."""
 
 import pathlib
+import time
 
 import uhid
 from laptop import AT_ONCE, GRACE
@@ -72,6 +73,18 @@ def bound_anew(laptop):
     (DRIVER / "unbind").write_text(one.node)
     (DRIVER / "bind").write_text(one.node)
     one.look_again()
+    laptop.expect_dead(one)
+    mouse.unplug()
+    laptop.expect_back_after_grace(mouse, one)
+
+
+@scenario("The clock is set, as it is when the machine wakes: the helper looks at everything again.")
+def clock_set(laptop):
+    one = laptop.plug_pad()
+    _, mouse = laptop.mute(one)
+    one.inputs[0].inhibit(False)
+    laptop.expect_alive(one)
+    time.clock_settime(time.CLOCK_REALTIME, time.time() + 0.5)
     laptop.expect_dead(one)
     mouse.unplug()
     laptop.expect_back_after_grace(mouse, one)

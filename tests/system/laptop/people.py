@@ -3,10 +3,12 @@
 import collections
 import pathlib
 
+HOMES = pathlib.Path("/home")
+
 Person = collections.namedtuple("Person", "name uid home")
 
-ANNA = Person("anna", 2001, pathlib.Path("/home/anna"))
-BORIS = Person("boris", 2002, pathlib.Path("/home/boris"))
+ANNA = Person("anna", 2001, HOMES / "anna")
+BORIS = Person("boris", 2002, HOMES / "boris")
 # The one as whom the login screen runs.
-GREETER = Person("greeter", 2003, pathlib.Path("/home/greeter"))
+GREETER = Person("greeter", 2003, HOMES / "greeter")
 EVERYBODY = [ANNA, BORIS, GREETER]
