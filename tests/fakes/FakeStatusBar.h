@@ -61,18 +61,18 @@ class FakeStatusBar : public StatusBar {
         ~Item() override { --bar_.items; }
 
         StatusBarButton* button() override { return bar_.hasButton ? this : nullptr; }
-        void setMenu(Menu menu) override {
+        void setMenu(Menu given) override {
             bar_.calls.emplace_back("menu");
-            if (bar_.keepsMenus) bar_.menu = std::move(menu);
+            if (bar_.keepsMenus) bar_.menu = std::move(given);
         }
         void setState(int tag, MenuItemState state) override {
             bar_.calls.push_back("tag " + std::to_string(tag) + (state == MenuItemState::on ? " on" : " off"));
             if (MenuItem* item = bar_.menu ? bar_.menu->itemWithTag(tag) : nullptr) item->state = state;
         }
-        void setImage(const Drawing& image) override {
-            bar_.calls.emplace_back(image.strokes.size() == 3 ? "slashed image" : "plain image");
+        void setImage(const Drawing& given) override {
+            bar_.calls.emplace_back(given.strokes.size() == 3 ? "slashed image" : "plain image");
             bar_.imageIsTemplate = false;
-            if (bar_.makesImages) bar_.image = image;
+            if (bar_.makesImages) bar_.image = given;
         }
         bool hasImage() const override { return bar_.image.has_value(); }
         void setImageIsTemplate(bool isTemplate) override {

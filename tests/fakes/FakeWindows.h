@@ -32,9 +32,9 @@ class FakeWindows : public WindowHost {
       public:
         explicit Made(FakeWindows& host) : host_(host) {}
         ~Made() override { host_.isVisible = false; }
-        void setTitle(const std::string& title) override {
-            say("title " + title);
-            host_.title = title;
+        void setTitle(const std::string& given) override {
+            say("title " + given);
+            host_.title = given;
         }
         void setStyleMask(unsigned mask) override { say("style mask " + std::to_string(mask)); }
         void setContentSize(Size size) override {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <link.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -6,8 +7,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
@@ -38,13 +39,17 @@ bool waitUntil(const std::function<bool()>& done) {
     return true;
 }
 
-// What a sanitizer wants to be loaded first, if there is one.
+// What a sanitizer wants to be loaded first, if there is one: by the name it was found under, which stays true wherever
+// the root is.
 std::string sanitizer() {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        if (line.find("/libasan.so") != std::string::npos) return line.substr(line.find('/')) + ":";
-    }
-    return "";
+    std::string found;
+    const auto look = [](dl_phdr_info* library, std::size_t, void* name) {
+        if (std::strstr(library->dlpi_name, "/libasan.so") == nullptr) return 0;
+        *static_cast<std::string*>(name) = std::string(library->dlpi_name) + ":";
+        return 1;
+    };
+    ::dl_iterate_phdr(look, &found);
+    return found;
 }
 
 // A process, which is killed where it still lives at the end.

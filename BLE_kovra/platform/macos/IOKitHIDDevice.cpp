@@ -1,5 +1,7 @@
 #include "BLE_kovra/platform/macos/IOKitHIDDevice.h"
 
+#include <IOKit/IOKitLib.h>
+
 #include "BLE_kovra/platform/macos/CFText.h"
 
 namespace kovra {
