@@ -73,6 +73,8 @@ class AlertsOnScreen : public testing::TestWithParam<Manager> {
         const bool isManaged = lookUntil(
             loop, [&] { return GetParam().command.empty() || neighbour->rootHas("_NET_SUPPORTING_WM_CHECK"); });
         EXPECT_TRUE(isManaged) << "no window manager came";
+        // It says that it is there somewhat before it looks after windows; what is shown in between gets no keyboard.
+        if (manager) Neighbour().show("First");
         process.emplace(loop, windowProgram);
         listening = process->listen([this](const ToResident& message) { messages.push_back(message); });
     }
