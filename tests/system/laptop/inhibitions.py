@@ -6,7 +6,7 @@ import pathlib
 import re
 import threading
 
-from waiting import tell, wait_for
+from waiting import Failed, tell, wait_for
 
 TRACING = pathlib.Path("/sys/kernel/tracing")
 # Beside the moments of plugging, which are read from the first one.
@@ -31,8 +31,12 @@ class Inhibitions:
 
     def wait(self, device, on, since=0.0, limit=30.0):
         """The moment of the first such write at or after `since`."""
-        return wait_for(lambda: self.find(device, on, since),
-                        f"{device.number} to be {'inhibited' if on else 'given back'}", limit)
+        try:
+            return wait_for(lambda: self.find(device, on, since), "the write", limit)
+        except Failed as failed:
+            noted = [f"{note.time:.3f} {int(note.on)}" for note in self._noted if note.device == device.number]
+            raise Failed(f"{failed}, {device.number} to be {'inhibited' if on else 'given back'} at or after {since:.3f}, "
+                         f"where all that it was told is {noted}") from None
 
     def find(self, device, on, since=0.0):
         return next((note.time for note in list(self._noted)

@@ -1,5 +1,6 @@
 """What a scenario finds on the laptop: people, pads and mice, and the packages installed."""
 
+import os
 import pathlib
 import subprocess
 
@@ -60,6 +61,9 @@ class Laptop(Ports):
             if person in self._sessions:
                 self._sessions.pop(person).log_out()
         self._applications = []
+        # What a killed application has left there would count again once the next one runs, before that one's first word.
+        if os.path.exists(FLAG):
+            os.truncate(FLAG, 0)
         self.unplug_all()
 
     def last_words(self):
