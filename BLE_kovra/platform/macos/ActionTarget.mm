@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "BLE_kovra/platform/macos/CalledBack.h"
+
 @implementation KovraActionTarget {
     std::function<void()> _work;
 }
@@ -15,7 +17,7 @@
 - (void)perform:(id)sender {
     static_cast<void>(sender);
     const std::function<void()> work = _work;  // which may let go of this object
-    if (work) work();
+    if (work) kovra::calledBack(work);
 }
 
 @end

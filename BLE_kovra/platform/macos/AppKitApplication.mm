@@ -1,9 +1,12 @@
 #include "BLE_kovra/platform/macos/AppKitApplication.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <exception>
 #include <utility>
 
+#include "BLE_kovra/platform/macos/CalledBack.h"
 #include "BLE_kovra/platform/macos/DispatchMainQueue.h"
 #include "BLE_kovra/platform/macos/MainMenu.h"
 
@@ -14,6 +17,10 @@ kovra::ApplicationDelegate* running = nullptr;
 kovra::DispatchMainQueue* mainQueue = nullptr;
 std::terminate_handler lastWords = nullptr;
 
+void tell(void (kovra::ApplicationDelegate::*what)()) {
+    if (running != nullptr) kovra::calledBack([&] { (running->*what)(); });
+}
+
 void tellOfTheEnd() {
     kovra::ApplicationDelegate* delegate = std::exchange(running, nullptr);
     if (delegate == nullptr) return;
@@ -22,6 +29,12 @@ void tellOfTheEnd() {
 }
 
 [[noreturn]] void tellOfTheEndAndAbort() {
+    if (![NSThread isMainThread]) {
+        // A thread of the system's. The delegate belongs to the main thread, which is asked first; it may hang.
+        constexpr unsigned patience = 1;  // seconds
+        mainQueue->async([] { tellOfTheEndAndAbort(); });
+        sleep(patience);
+    }
     tellOfTheEnd();
     if (lastWords != nullptr) lastWords();
     std::abort();
@@ -39,7 +52,7 @@ void tellOfTheEnd() {
     NSNotificationCenter* center = [[NSWorkspace sharedWorkspace] notificationCenter];
     [center addObserver:self selector:@selector(resume:) name:NSWorkspaceSessionDidBecomeActiveNotification object:nil];
     [center addObserver:self selector:@selector(resume:) name:NSWorkspaceDidWakeNotification object:nil];
-    if (running != nullptr) running->applicationDidFinishLaunching();
+    tell(&kovra::ApplicationDelegate::applicationDidFinishLaunching);
 }
 
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows {
@@ -51,17 +64,17 @@ void tellOfTheEnd() {
 
 - (void)applicationWillTerminate:(NSNotification*)notification {
     static_cast<void>(notification);
-    tellOfTheEnd();
+    kovra::calledBack(tellOfTheEnd);
 }
 
 - (void)reopen:(id)sender {
     static_cast<void>(sender);
-    if (running != nullptr) running->applicationDidReopen();
+    tell(&kovra::ApplicationDelegate::applicationDidReopen);
 }
 
 - (void)resume:(NSNotification*)notification {
     static_cast<void>(notification);
-    if (running != nullptr) running->applicationDidResume();
+    tell(&kovra::ApplicationDelegate::applicationDidResume);
 }
 
 @end
@@ -75,6 +88,7 @@ void AppKitApplication::run(ApplicationDelegate& delegate) {
     running = &delegate;
     mainQueue = &queue_;
     lastWords = std::set_terminate(tellOfTheEndAndAbort);
+    static_cast<void>(std::atexit(tellOfTheEnd));  // AppKit ends the process by itself where it loses the screen
     delegate_ = [[KovraApplicationDelegate alloc] init];
     [application_ setDelegate:delegate_];
     [application_ setMainMenu:mainMenu(delegate_, @selector(reopen:))];

@@ -47,6 +47,7 @@ class AppKitWindow : public Window {
           window_([NSWindow windowWithContentViewController:controller_]),
           delegate_([[KovraWindowDelegate alloc] init]) {
         [window_ setDelegate:delegate_];
+        [window_ setRestorable:NO];  // the program decides when it is open
         [window_ setAutorecalculatesKeyViewLoop:YES];
         setContent(std::move(content));
     }
@@ -71,6 +72,7 @@ class AppKitWindow : public Window {
         [delegate_ setIsVisible:YES];
         if ([window_ isMiniaturized]) [window_ deminiaturize:nil];
         [window_ makeKeyAndOrderFront:nil];
+        [window_ orderFrontRegardless];  // also where the system has not let the program come to the front
     }
     bool isVisible() const override { return [delegate_ isVisible]; }
 
@@ -85,7 +87,8 @@ class AppKitWindow : public Window {
         if (root_ && root_->isFor(content_)) return root_->show(content_, around);
         if (root_) [root_->outermost() removeFromSuperview];
         root_ = realise(content_, site_, around);
-        placeInTheMiddle([controller_ view], root_ -> outermost());
+        NSView* shown = root_->outermost();
+        placeInTheMiddle([controller_ view], shown);
     }
     void showAgainSoon() {
         queue_.async([weak = std::weak_ptr(self_)] {

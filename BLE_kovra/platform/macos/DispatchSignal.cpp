@@ -14,8 +14,8 @@ DispatchSignal::DispatchSignal(int number, std::function<void()> heard)
                                        ::dispatch_get_main_queue())) {
     if (source_ == nullptr) return;
     ::dispatch_set_context(source_, this);
-    ::dispatch_source_set_event_handler_f(source_,
-                                          [](void* context) { static_cast<const DispatchSignal*>(context)->heard_(); });
+    ::dispatch_source_set_event_handler_f(
+        source_, [](void* context) noexcept { static_cast<const DispatchSignal*>(context)->heard_(); });
     ::dispatch_resume(source_);
     std::signal(number, SIG_IGN);  // or the process would end before anybody hears
 }

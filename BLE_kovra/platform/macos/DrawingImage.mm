@@ -21,7 +21,7 @@ struct Path {
     }
 };
 
-void draw(const Drawing& drawing) {
+void draw(const Drawing& drawing) noexcept {
     [[NSColor blackColor] set];
     for (const Stroke& stroke : drawing.strokes) {
         NSBezierPath* path = std::visit(Path{}, stroke.shape);

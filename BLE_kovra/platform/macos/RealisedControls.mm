@@ -68,6 +68,7 @@ void RealisedToggle::make(const View& view, const Surroundings& around) {
     }
     label_ = realise(view.children.front(), site(), around);
     NSView* label = label_->outermost();
+    [label setAccessibilityChildren:@[]];  // the box is called by what they say
     [label addGestureRecognizer:[[NSClickGestureRecognizer alloc] initWithTarget:button_
                                                                           action:@selector(performClick:)]];
     row_ = [NSStackView stackViewWithViews:@[ button_, label ]];
@@ -121,11 +122,13 @@ void RealisedPicker::make(const Picker& picker) {
     column_ = [NSStackView stackViewWithViews:buttons_];
     [column_ setOrientation:NSUserInterfaceLayoutOrientationVertical];
     [column_ setAlignment:NSLayoutAttributeLeading];
+    [column_ setDistribution:NSStackViewDistributionFill];
     [column_ setAccessibilityElement:YES];
     [column_ setAccessibilityRole:NSAccessibilityRadioGroupRole];
     row_ = [NSStackView stackViewWithViews:@[ title_, column_ ]];
     [row_ setOrientation:NSUserInterfaceLayoutOrientationHorizontal];
-    [row_ setAlignment:NSLayoutAttributeFirstBaseline];
+    [row_ setAlignment:NSLayoutAttributeTop];
+    [row_ setDistribution:NSStackViewDistributionFill];
 }
 
 void RealisedPicker::use(const std::string& tag) {

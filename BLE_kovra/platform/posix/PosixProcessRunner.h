@@ -7,7 +7,8 @@ namespace kovra {
 
 // Other programs, waited for by turning the event loop.
 //
-// A program that is run for its output has that one reader: it is told to end when the application terminates first.
+// A program that is run for its output has that one reader: where the application ends first, by returning from its
+// loop, the program is told to end.
 // What is started lives in a session of its own, and on when we have ended.
 class PosixProcessRunner : public ProcessRunner {
   public:

@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <memory>
+#include <stdexcept>
 
 #include "tests/platform/macos/FrameworkRig.h"
 #include "tests/platform/macos/fakes/FakeSignals.h"
@@ -48,6 +52,24 @@ TEST_F(DispatchSignalTest, HearsNothingOnceItIsGone) {
     FakeSignals::raise(SIGTERM);
     FakeRunLoop::settle();
     EXPECT_EQ(heard_, 0);
+}
+
+TEST_F(DispatchSignalTest, EndsTheProgramWhereNobodyCatchesWhatIsThrownAtIt) {
+    EXPECT_DEATH(
+        {
+            std::set_terminate([] {
+                std::fputs("told of the end", stderr);
+                std::abort();
+            });
+            const DispatchSignal signal(SIGTERM, [] { throw std::runtime_error("thrown"); });
+            FakeSignals::raise(SIGTERM);
+            try {
+                FakeRunLoop::settle();
+            } catch (...) {
+                std::_Exit(0);
+            }
+        },
+        "told of the end");
 }
 
 }  // namespace

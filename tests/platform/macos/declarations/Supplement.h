@@ -11,6 +11,7 @@
 @interface NSWindow (Supplement)
 - (void)setStyleMask:(NSUInteger)mask;
 - (void)setPreventsApplicationTerminationWhenModal:(BOOL)prevents;
+- (void)setRestorable:(BOOL)isRestorable;
 @end
 
 @interface NSStatusItem (Supplement)
@@ -59,6 +60,7 @@ extern "C" NSAccessibilityRole const NSAccessibilityRadioGroupRole;
 - (NSLayoutYAxisAnchor*)centerYAnchor;
 - (NSLayoutDimension*)widthAnchor;
 - (NSLayoutDimension*)heightAnchor;
+- (void)setAccessibilityChildren:(NSArray*)children;
 - (void)setAccessibilityElement:(BOOL)isElement;
 - (void)setAccessibilityLabel:(NSString*)label;
 - (void)setAccessibilityRole:(NSAccessibilityRole)role;

@@ -140,7 +140,6 @@ typedef enum NSLayoutAttribute : NSInteger {
     NSLayoutAttributeLeading = 5,
     NSLayoutAttributeCenterX = 9,
     NSLayoutAttributeCenterY = 10,
-    NSLayoutAttributeFirstBaseline = 12,
 } NSLayoutAttribute;
 
 typedef enum NSLayoutConstraintOrientation : NSInteger {
@@ -213,6 +212,7 @@ extern "C" NSAccessibilityRole const NSAccessibilityRadioGroupRole;
 - (NSLayoutYAxisAnchor*)centerYAnchor;
 - (NSLayoutDimension*)widthAnchor;
 - (NSLayoutDimension*)heightAnchor;
+- (void)setAccessibilityChildren:(NSArray*)children;
 - (void)setAccessibilityElement:(BOOL)isElement;
 - (void)setAccessibilityLabel:(NSString*)label;
 - (void)setAccessibilityRole:(NSAccessibilityRole)role;
@@ -309,9 +309,11 @@ enum : NSWindowLevel { NSFloatingWindowLevel = 3 };
 - (void)setStyleMask:(NSWindowStyleMask)mask;
 - (void)setContentSize:(NSSize)size;
 - (void)setReleasedWhenClosed:(BOOL)isReleased;
+- (void)setRestorable:(BOOL)isRestorable;
 - (void)setAutorecalculatesKeyViewLoop:(BOOL)autorecalculates;
 - (void)center;
 - (void)makeKeyAndOrderFront:(id)sender;
+- (void)orderFrontRegardless;
 - (BOOL)isMiniaturized;
 - (void)deminiaturize:(id)sender;
 - (void)close;

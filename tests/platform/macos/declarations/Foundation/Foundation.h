@@ -98,6 +98,10 @@ struct NSFastEnumerationState;
 - (NSDictionary<NSString*, id>*)infoDictionary;
 @end
 
+@interface NSThread : NSObject
++ (BOOL)isMainThread;
+@end
+
 typedef NSString* NSNotificationName;
 
 @interface NSNotification : NSObject

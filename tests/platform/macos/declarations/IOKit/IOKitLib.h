@@ -1,22 +1,11 @@
 // What BLE-kovra uses of IOKit's registry, declared for machines that are no Macs.
 #pragma once
 
-#include <CoreFoundation/CoreFoundation.h>
+#include <IOKit/IOTypes.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-typedef int kern_return_t;
-typedef unsigned int mach_port_t;
-#define KERN_SUCCESS 0
-#define MACH_PORT_NULL 0
-
-typedef kern_return_t IOReturn;
-typedef uint32_t IOOptionBits;
-typedef mach_port_t io_object_t;
-typedef io_object_t io_registry_entry_t;
-typedef io_object_t io_service_t;
 
 kern_return_t IORegistryEntryGetRegistryEntryID(io_registry_entry_t entry, uint64_t* number);
 

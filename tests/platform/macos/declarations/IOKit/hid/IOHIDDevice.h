@@ -1,7 +1,9 @@
 // What BLE-kovra uses of HID devices, declared for machines that are no Macs.
 #pragma once
 
-#include <IOKit/IOKitLib.h>
+// Nothing of the registry: who asks for it includes it.
+#include <CoreFoundation/CoreFoundation.h>
+#include <IOKit/IOTypes.h>
 
 #ifdef __cplusplus
 extern "C" {
