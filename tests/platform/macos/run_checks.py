@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the macOS layer on a machine that is no Mac: compiles every source for both processors against the declarations
 beside this file, links them against what exports.txt lists, looks at the bundle that comes out, and compiles the
-Objective-C++ sources once more against GNUstep's headers.
+Objective-C++ sources once more against GNUstep's headers. The tests of the logic are compiled and run by clang, too.
 
   run_checks.py                all of it
   run_checks.py --whole   says of a failed check all that the compiler said
@@ -241,6 +241,21 @@ def agrees_with_gnustep(source, headers):
     )  # fmt: skip
 
 
+# The tests that a Mac runs
+
+
+def compiled_by_clang(folder):
+    run(
+        "cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DKOVRA_PLATFORM=none", "-DKOVRA_WERROR=ON",
+        "-DCMAKE_CXX_COMPILER=clang++-14", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
+    )  # fmt: skip
+    run("cmake", "--build", folder, "--", "-j2")
+
+
+def keeps_its_tests(folder):
+    run("ctest", "--test-dir", folder, "-j2", "-R", "^test_", "--no-tests=error")
+
+
 def main():
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     arguments.add_argument("--whole", action="store_true", help="say of a failed check all that the compiler said")
@@ -274,6 +289,10 @@ def main():
     headers = gnustep_headers()
     for source in sorted((ROOT / "BLE_kovra" / "platform" / "macos").glob("*.mm")):
         checks.check(f"{source.name} agrees with GNUstep's headers", agrees_with_gnustep, source, headers)
+
+    tests = BUILD / "macos-tests"
+    checks.check("clang compiles the tests of the logic", compiled_by_clang, tests)
+    checks.check("the logic keeps its tests when clang has compiled it", keeps_its_tests, tests)
 
     print(f"macos: {checks.passed} passed, {checks.failed} failed")
     sys.exit(1 if checks.failed else 0)
