@@ -5,6 +5,9 @@ import os
 import pathlib
 import subprocess
 import sys
+import traceback
+
+import host
 
 
 def refuse_elsewhere(first_process):
@@ -16,6 +19,17 @@ def refuse_elsewhere(first_process):
 def mount(kind, target, options="rw"):
     pathlib.Path(target).mkdir(parents=True, exist_ok=True)
     subprocess.run(["/bin/busybox", "mount", "-t", kind, "-o", options, kind, target], check=True)
+
+
+def serve(play):
+    """Lets `play` do the host's task, given the line to the host and the task; then switches the machine off."""
+    line = host.Host()
+    try:
+        play(line, line.ready())
+    except BaseException:
+        line.report("broken", text=traceback.format_exc())
+    line.report("end")
+    switch_off()
 
 
 def switch_off():

@@ -2,10 +2,8 @@
 
 import os
 import sys
-import traceback
 
 import driver
-import host
 import in_machine
 
 
@@ -16,23 +14,20 @@ def main():
     in_machine.mount("tmpfs", "/Library")
     in_machine.mount("tracefs", "/sys/kernel/tracing")
     driver.put_active()
-    line = host.Host()
-    try:
-        task = line.ready()
-        if task["kind"] == "demo":
-            import demo
-            demo.play(line, task)
-        elif task["kind"] == "bench":
-            sys.path.append(task["folder"])
-            import virtual_machine
-            virtual_machine.play(line, task)
-        else:
-            import scenarios
-            scenarios.run(line, task)
-    except BaseException:
-        line.report("broken", text=traceback.format_exc())
-    line.report("end")
-    in_machine.switch_off()
+    in_machine.serve(play)
+
+
+def play(line, task):
+    if task["kind"] == "demo":
+        import demo
+        demo.play(line, task)
+    elif task["kind"] == "bench":
+        sys.path.append(task["folder"])
+        import virtual_machine
+        virtual_machine.play(line, task)
+    else:
+        import scenarios
+        scenarios.run(line, task)
 
 
 main()

@@ -2,31 +2,26 @@
 
 import pathlib
 import sys
-import traceback
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "guest"))
 
-import host
 import in_machine
 
 
 def main():
     in_machine.refuse_elsewhere(first_process=False)
     in_machine.mount("tracefs", "/sys/kernel/tracing")
-    line = host.Host()
-    try:
-        task = line.ready()
-        if task["kind"] == "bench":
-            sys.path.append(task["folder"])
-            import plug_to_pad
-            plug_to_pad.play(line, task)
-        else:
-            import scenarios
-            scenarios.run(line, task)
-    except BaseException:
-        line.report("broken", text=traceback.format_exc())
-    line.report("end")
-    in_machine.switch_off()
+    in_machine.serve(play)
+
+
+def play(line, task):
+    if task["kind"] == "bench":
+        sys.path.append(task["folder"])
+        import plug_to_pad
+        plug_to_pad.play(line, task)
+    else:
+        import scenarios
+        scenarios.run(line, task)
 
 
 main()
