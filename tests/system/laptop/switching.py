@@ -7,31 +7,30 @@ from sessions import Session
 from waiting import check, now, wait_for
 
 
+def come_and_go(laptop, other, pad):
+    """Anna has muted the pad: it is given back for as long as the other session is in front of hers."""
+    since = now()
+    other.come_to_the_front()
+    measured = laptop.expect_back_at_once(since, pad)
+    laptop.log_in(ANNA).come_to_the_front()
+    laptop.expect_dead(pad)
+    return measured
+
+
 @scenario("Somebody else comes to the front: the pad is theirs at once. Back again: dead as before.")
 def switch(laptop):
     one = laptop.plug_pad(twin=True)
     boris = laptop.log_in(BORIS)
     laptop.log_in(ANNA).come_to_the_front()
     laptop.mute(one)
-    since = now()
-    boris.come_to_the_front()
-    measured = laptop.expect_back_at_once(since, one)
-    laptop.log_in(ANNA).come_to_the_front()
-    laptop.expect_dead(one)
-    return measured
+    return come_and_go(laptop, boris, one)
 
 
 @scenario("The login screen comes to the front: the pad is alive there.")
 def login_screen(laptop):
     one = laptop.plug_pad()
     laptop.mute(one)
-    screen = laptop.log_in(GREETER)
-    since = now()
-    screen.come_to_the_front()
-    measured = laptop.expect_back_at_once(since, one)
-    laptop.log_in(ANNA).come_to_the_front()
-    laptop.expect_dead(one)
-    return measured
+    return come_and_go(laptop, laptop.log_in(GREETER), one)
 
 
 @scenario("Whoever has muted the pad logs out: it is given back.")
