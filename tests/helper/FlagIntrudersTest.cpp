@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -16,15 +17,24 @@ namespace {
 
 using Names = std::set<std::string>;
 namespace fs = std::filesystem;
+using Intruder = std::function<void(const std::string& path)>;
 
-TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
+// Each in turn, in a folder of its own. What it may lead to is untouched in the end.
+void withEachIntruder(const std::function<void(FlagRig&, const Intruder& put)>& test) {
     const FlagRig none;
     const Secret any(none);
     for (const auto& [what, ignored] : intruders(any)) {
         SCOPED_TRACE(what);
         FlagRig rig;
         const Secret secret(rig);
-        intruders(secret).at(what)(rig.state());
+        test(rig, intruders(secret).at(what));
+        EXPECT_TRUE(secret.isUntouched());
+    }
+}
+
+TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
+    withEachIntruder([](FlagRig& rig, const Intruder& put) {
+        put(rig.state());
         EXPECT_FALSE(rig.saysOn());
         EXPECT_FALSE(rig.folder().isOf(std::nullopt));
         EXPECT_FALSE(rig.folder().isOf(alice));
@@ -33,44 +43,31 @@ TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeing
         EXPECT_EQ(rig.content(), "off");
         rig.write(alice, "on");
         EXPECT_TRUE(rig.saysOn());
-        EXPECT_TRUE(secret.isUntouched());
-    }
+    });
 }
 
 TEST(FlagAttack, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
-    const FlagRig none;
-    const Secret any(none);
-    for (const auto& [what, ignored] : intruders(any)) {
-        SCOPED_TRACE(what);
-        FlagRig rig;
-        const Secret secret(rig);
-        intruders(secret).at(what)(rig.path("state.new"));
+    withEachIntruder([](FlagRig& rig, const Intruder& put) {
+        put(rig.path("state.new"));
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_TRUE(rig.folder().isOf(alice));
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.new"))));
-        EXPECT_TRUE(secret.isUntouched());
-    }
+    });
 }
 
 TEST(FlagAttack, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
-    const FlagRig none;
-    const Secret any(none);
-    for (const auto& [what, ignored] : intruders(any)) {
-        SCOPED_TRACE(what);
-        FlagRig rig;
-        const Secret secret(rig);
-        intruders(secret).at(what)(rig.path("state.left.61001"));
+    withEachIntruder([](FlagRig& rig, const Intruder& put) {
+        put(rig.path("state.left.61001"));
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.left.61001"))));
         // And where it comes to stand there while the flag is alice's.
-        intruders(secret).at(what)(rig.path("state.left.61001"));
+        put(rig.path("state.left.61001"));
         rig.write(alice, "on");
         ASSERT_TRUE(rig.handOver(bob));
         EXPECT_EQ(rig.content("state.left.61001"), "on");
-        EXPECT_TRUE(secret.isUntouched());
-    }
+    });
 }
 
 TEST(FlagAttack, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
