@@ -1,0 +1,48 @@
+"""Plugs and unplugs in a virtual machine of the system tests, and what came of each."""
+
+import contextlib
+import os
+import pathlib
+import shutil
+import tempfile
+
+import kernel
+from figures import say
+from machine import BARE, LAPTOP, Machine
+
+ROOT = pathlib.Path(__file__).resolve().parents[1]
+MACHINES = {BARE: "virtual machine", LAPTOP: "virtual laptop"}
+
+
+def take(plugs, task, first_process=BARE):
+    """What the machine reports of so many plugs; `task` is what it is told besides."""
+    name = MACHINES[first_process]
+    logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-bench-"))
+    machine_kernel = kernel.prepare(ROOT / "build" / "vm" / "kernel", say)
+    task = {"kind": "bench", "folder": str(ROOT / "bench" / "inside"), "modules": str(machine_kernel.modules),
+            "plugs": plugs, **task}
+    samples = []
+    say(f"starting the {name} for {plugs} plugs")
+    with before_all_others(), Machine(machine_kernel, logs, first_process) as machine:
+        for message in machine.messages(task):
+            if message["kind"] == "broken":
+                raise RuntimeError(f"the {name} failed (logs in {logs}): {message['text']}")
+            samples.append(message)
+            if len(samples) % 20 == 0:
+                say(f"{len(samples)} of {plugs} plugs")
+    shutil.rmtree(logs)
+    return samples
+
+
+@contextlib.contextmanager
+def before_all_others():
+    """Lets what is started in here run before other processes, which would delay either side by chance."""
+    usual = os.sched_getscheduler(0), os.sched_getparam(0)
+    try:
+        os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))
+    except PermissionError:
+        say("without the right to run before other processes: only a quiet machine gives true figures")
+    try:
+        yield
+    finally:
+        os.sched_setscheduler(0, *usual)
