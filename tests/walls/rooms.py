@@ -141,7 +141,7 @@ TESTS = (
     Room("tests/platform/macos/fakes", (), any_but_qt),
     Room("tests/fakes", VALUES, standard),
     whole_application("tests/support"),
-    Room("tests/support/posix", (), posix),
+    Room("tests/support/posix", VALUES, posix),
     Room("tests/contracts", VALUES + TEST_TOOLS, with_google_test(standard)),
     Room("tests/programs", VALUES + L10N + SYSTEM + POSIX_ROOM + LINUX + TEST_TOOLS, with_google_test(any_but_qt)),
     whole_application("tests/journeys"),

@@ -12,6 +12,7 @@
 #include "tests/contracts/ProcessRunnerContract.h"
 #include "tests/platform/linux/OwnResources.h"
 #include "tests/platform/linux/Turns.h"
+#include "tests/support/posix/ScriptedPrograms.h"
 #include "tests/support/posix/Scripts.h"
 
 namespace kovra {
@@ -19,40 +20,25 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Of programs that outlived what started them, whose end is soon.
-void waitForAll() {
-    while (::waitpid(-1, nullptr, 0) > 0) {
-    }
-}
-
-class SdEventDriver {
+class SdEventDriver : public ScriptedPrograms {
   public:
-    ~SdEventDriver() { waitForAll(); }
     ProcessRunner& processes() { return processes_; }
     MainQueue& queue() { return loop_; }
     void terminate() { loop_.stop(); }
-
-    Command printing(const std::string& text) const {
-        return {scripts_.make(R"(printf %s "$1"; : >"$here/has run")"), {text}};
-    }
-    Command working() const { return {scripts_.make("sleep 0.2", "working"), {}}; }
-    Command missing() const { return {scripts_ / "missing", {}}; }
     bool hasRun(const Command&) {
-        const auto isThere = [this] { return std::filesystem::exists(scripts_ / "has run"); };
-        return loop_.isStopped() ? isThere() : turnUntil(loop_, isThere);
+        return loop_.isStopped() ? havePrinted() : turnUntil(loop_, [this] { return havePrinted(); });
     }
 
   private:
     SdEventLoop loop_;
     PosixProcessRunner processes_{loop_};
-    Scripts scripts_;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(SdEvent, ProcessRunnerContract, SdEventDriver);
 
 class OutsideProgram : public testing::Test {
   protected:
-    void TearDown() override { waitForAll(); }
+    void TearDown() override { ScriptedPrograms::waitForAll(); }
     std::optional<std::string> output(const std::string& script) {
         return processes_.output({scripts_.make(script), {}});
     }

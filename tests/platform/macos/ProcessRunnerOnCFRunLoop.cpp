@@ -9,29 +9,19 @@
 #include "BLE_kovra/platform/posix/ProcessEnd.h"
 #include "tests/contracts/ProcessRunnerContract.h"
 #include "tests/platform/macos/FrameworkRig.h"
+#include "tests/support/posix/ScriptedPrograms.h"
 #include "tests/support/posix/Scripts.h"
 
 namespace kovra {
 namespace {
 
-class CFDriver {
+class CFDriver : public ScriptedPrograms {
   public:
-    ~CFDriver() {
-        while (::waitpid(-1, nullptr, 0) > 0) {
-        }
-    }
     ProcessRunner& processes() { return processes_; }
     MainQueue& queue() { return queue_; }
     void terminate() { queue_.stop(); }
-
-    Command printing(const std::string& text) const {
-        return {scripts_.make(R"(printf %s "$1"; : >"$here/has run")"), {text}};
-    }
-    Command working() const { return {scripts_.make("sleep 0.2", "working"), {}}; }
-    Command missing() const { return {scripts_ / "missing", {}}; }
     bool hasRun(const Command&) {
-        const auto isThere = [this] { return std::filesystem::exists(scripts_ / "has run"); };
-        return queue_.isStopped() ? isThere() : FakeRunLoop::turnUntil(isThere);
+        return queue_.isStopped() ? havePrinted() : FakeRunLoop::turnUntil([this] { return havePrinted(); });
     }
 
   private:
@@ -39,7 +29,6 @@ class CFDriver {
     DispatchMainQueue queue_;
     CFDescriptorLoop loop_{queue_};
     PosixProcessRunner processes_{loop_};
-    Scripts scripts_;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(CFRunLoop, ProcessRunnerContract, CFDriver);
