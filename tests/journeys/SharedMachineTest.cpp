@@ -1,0 +1,110 @@
+// The whole application on fakes, on a machine that its user leaves to another one for a while.
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/AppRig.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+using Texts = std::vector<std::string>;
+
+const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
+
+// The helper lets only the user at the machine write, and puts a new file in place, with what this user last left, a
+// moment after the session is at the screen again.
+class SharedMachine : public testing::Test {
+  protected:
+    void startMuted() {
+        computer.choose({mouse});
+        rig.emplace(computer).launch();
+        plugged = computer.hid.attach(mouse);
+        computer.queue.run();
+        EXPECT_EQ(computer.flag(), "on");
+    }
+    void leave() {
+        left = computer.flag();
+        computer.files.contents[HelperController::standardStateFile] = "off";  // the other user's
+        computer.files.failAlways("Permission denied");
+    }
+    void comeBack() {
+        rig->application.resume();  // too early
+        computer.queue.run();
+        computer.files.contents[HelperController::standardStateFile] = left;
+        computer.files.failAlways(std::nullopt);
+        rig->application.resume();
+        computer.queue.run();
+    }
+
+    Computer computer;
+    std::optional<AppRig> rig;
+    FakeHID::Plugged plugged;
+    std::string left;
+};
+
+TEST_F(SharedMachine, AMouseUnpluggedWhileAnotherUserIsAtTheMachineGivesThePadBackOnReturn) {
+    startMuted();
+    leave();
+    computer.hid.detach(plugged);
+    computer.queue.advance(10s);
+    EXPECT_EQ(computer.flag(), "off");  // the other user's
+    comeBack();
+    EXPECT_EQ(computer.flag(), "off");
+    EXPECT_EQ(computer.files.writes.back().text, "off");
+    EXPECT_TRUE(computer.files.writes.back().succeeded);
+    EXPECT_FALSE(computer.statusBar.hasSlash());
+}
+
+TEST_F(SharedMachine, AMouseThatStayedMutesOnReturnWithoutAnotherWrite) {
+    startMuted();
+    leave();
+    computer.queue.advance(10s);
+    comeBack();
+    EXPECT_EQ(computer.flag(), "on");
+    EXPECT_EQ(computer.flagWrites(), (Texts{"off", "on"}));
+    EXPECT_TRUE(computer.log.lines.empty());
+}
+
+TEST_F(SharedMachine, AMouseUnpluggedAndBackWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+    startMuted();
+    leave();
+    computer.hid.detach(plugged);
+    computer.queue.advance(10s);
+    computer.hid.attach(mouse);
+    computer.queue.advance(10s);
+    comeBack();
+    EXPECT_EQ(computer.flag(), "on");
+    EXPECT_TRUE(computer.statusBar.hasSlash());
+}
+
+TEST_F(SharedMachine, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+    startMuted();
+    computer.hid.detach(plugged);
+    computer.queue.advance(10s);
+    EXPECT_EQ(computer.flag(), "off");
+    leave();
+    computer.hid.attach(mouse);
+    computer.queue.advance(10s);
+    comeBack();
+    EXPECT_EQ(computer.flag(), "on");
+}
+
+TEST_F(SharedMachine, AProgramStartedWhileAnotherUserIsAtTheMachineWritesOnReturn) {
+    computer.files.contents[HelperController::standardStateFile] = "on";
+    computer.files.failAlways("Permission denied");
+    rig.emplace(computer).launch();
+    computer.queue.advance(10s);
+    EXPECT_EQ(computer.flag(), "on");
+    computer.files.failAlways(std::nullopt);
+    rig->application.resume();
+    computer.queue.run();
+    EXPECT_EQ(computer.flag(), "off");
+}
+
+}  // namespace
+}  // namespace kovra
