@@ -78,11 +78,6 @@ class DaemonRig {
     std::set<std::string> recorded() const { return Records(runtime()).names(); }
     std::string runtime() const { return folder_ / "run"; }
 
-    const MockInput pad{.input = "input5", .hid = "0018:06CB:CD8B.0001"};
-    const MockInput twin{.input = "input4",
-                         .name = "SYNA8004:00 06CB:CD8B Mouse",
-                         .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
-                         .hid = "0018:06CB:CD8B.0001"};
     MockInputs computer;
     FlagRig flag;
     std::optional<uid_t> atTheMachine;

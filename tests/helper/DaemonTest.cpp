@@ -56,7 +56,7 @@ TEST_F(HelperDaemon, TouchesNothingButBuiltInPadsAndTheirTwins) {
     rig.computer.appear({.input = "input24",
                          .name = "ELAN Touchscreen",
                          .properties = "ID_INPUT=1\nID_INPUT_TOUCHSCREEN=1\n",
-                         .hid = "0018:06CB:CD8B.0001"});
+                         .hid = pad.hid});
     rig.startMuted();
     for (const std::string& other : others) EXPECT_EQ(rig.computer.inhibited(other), "0") << other;
     EXPECT_EQ(rig.recorded(), (Names{"input4", "input5"}));
@@ -65,7 +65,7 @@ TEST_F(HelperDaemon, TouchesNothingButBuiltInPadsAndTheirTwins) {
 TEST_F(HelperDaemon, MutesAPadThatComesBackUnderAnotherNumber) {
     rig.startMuted();
     rig.computer.unplug("input5");
-    MockInput again = rig.pad;
+    MockInput again = pad;
     again.input = "input31";
     rig.computer.plug(again);
     EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input31") == "1"; }));
@@ -77,7 +77,7 @@ TEST_F(HelperDaemon, MutesAPadThatComesBackUnderAnotherNumber) {
 TEST_F(HelperDaemon, LeavesAPadThatComesWhileNothingIsMutedAlone) {
     rig.start();
     rig.sitsDown(alice);
-    MockInput another = rig.pad;
+    MockInput another = pad;
     another.input = "input31";
     rig.computer.plug(another);
     rig.settle();

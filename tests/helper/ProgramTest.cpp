@@ -86,7 +86,7 @@ class Process {
 class Machine {
   public:
     explicit Machine(uid_t user) : user_(user) {
-        computer.appear({.input = "input5", .hid = "0018:06CB:CD8B.0001"});
+        computer.appear(pad);
         fs::create_directory(root);
         mount("tmpfs", root, "tmpfs", 0);
         ::chmod(root.c_str(), 0755);

@@ -24,6 +24,13 @@ struct MockInput {
     std::string above = "/devices/platform/host";  // what it is plugged into; "/devices/virtual" is nothing
 };
 
+// A laptop's pad on I2C, and the mouse that the same device pretends to be as well.
+inline const MockInput pad{.input = "input5", .hid = "0018:06CB:CD8B.0001"};
+inline const MockInput twin{.input = "input4",
+                            .name = "SYNA8004:00 06CB:CD8B Mouse",
+                            .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
+                            .hid = "0018:06CB:CD8B.0001"};
+
 // Input devices of the test's own: a sysfs that this process takes for the machine's, and messages that it takes for
 // udev's. Device and message are separate steps, as they are in the kernel, so that a test can have them disagree.
 class MockInputs {

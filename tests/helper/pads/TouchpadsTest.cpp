@@ -13,11 +13,11 @@ namespace {
 
 using Inputs = std::vector<std::string>;
 
-const MockInput pad{.input = "input5", .hid = "0018:06CB:CD8B.0001"};
-const MockInput twin{.input = "input4",
-                     .name = "SYNA8004:00 06CB:CD8B Mouse",
-                     .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
-                     .hid = "0018:06CB:CD8B.0001"};
+// As udev tags pointing sticks, and every mouse on I2C.
+MockInput tagged(MockInput mouse) {
+    mouse.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    return mouse;
+}
 
 class HelperTouchpads : public testing::Test {
   protected:
@@ -138,25 +138,21 @@ TEST_F(HelperTouchpads, OfAnotherSeatAreLeftAlone) {
 TEST_F(HelperTouchpads, LeaveThePointingStickOfTheirDeviceAlone) {
     MockInput onUsb = pad;
     onUsb.bus = "0003";
-    MockInput stick = twin;
+    MockInput stick = tagged(twin);
     stick.bus = "0003";
-    stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
     computer.appear(onUsb);
     computer.appear(stick);
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
 TEST_F(HelperTouchpads, HaveATwinOnI2CAlthoughUdevTakesEveryMouseThereForAPointingStick) {
-    MockInput tagged = twin;
-    tagged.properties += "ID_INPUT_POINTINGSTICK=1\n";
     computer.appear(pad);
-    computer.appear(tagged);
+    computer.appear(tagged(twin));
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
 TEST_F(HelperTouchpads, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) {
-    MockInput stick = twin;
-    stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    MockInput stick = tagged(twin);
     stick.keys = "70000 0 0 0 0";
     computer.appear(pad);
     computer.appear(stick);
@@ -164,17 +160,15 @@ TEST_F(HelperTouchpads, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) 
 }
 
 TEST_F(HelperTouchpads, TakeNoOtherKeyOfATwinForAMiddleButton) {
-    MockInput tagged = twin;
-    tagged.properties += "ID_INPUT_POINTINGSTICK=1\n";
-    tagged.keys = "40000 30000 0 0 0 40000";
+    MockInput mouse = tagged(twin);
+    mouse.keys = "40000 30000 0 0 0 40000";
     computer.appear(pad);
-    computer.appear(tagged);
+    computer.appear(mouse);
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
 TEST_F(HelperTouchpads, LeaveAloneOnI2CWhatItsDriverKnowsToBeAPointingStick) {
-    MockInput stick = twin;
-    stick.properties += "ID_INPUT_POINTINGSTICK=1\n";
+    MockInput stick = tagged(twin);
     stick.driverProperties = "21";
     computer.appear(pad);
     computer.appear(stick);
