@@ -1,0 +1,136 @@
+// What the user does to a view, with the mouse, the keyboard or a screen reader.
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "tests/platform/linux/ui/ActiveView.h"
+
+namespace kovra {
+namespace {
+
+class ViewControls : public ActiveView {};
+
+TEST_F(ViewControls, TellsATickByTheDevicesId) {
+    showMice(3);
+    click(button("Mouse 1"));
+    EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, rowOf("1"), true}}));
+    click(button("Mouse 1"));
+    click(button("Mouse 2"));
+    EXPECT_EQ(rig.changes[1], (ControlChanged{2, rowOf("1"), false}));
+    EXPECT_EQ(rig.changes[2], (ControlChanged{3, rowOf("2"), true}));
+}
+
+TEST_F(ViewControls, TellsTheSwitchAndTheModeByTheirPlaces) {
+    showMice(1);
+    click(button(content.texts.block));
+    click(button(content.texts.always));
+    EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, {"1"}, false}, {2, {"2"}, std::string("always")}}));
+}
+
+TEST_F(ViewControls, TellsAChoiceThatIsTheChoiceAlready) {
+    showMice(0);
+    click(button(content.texts.onDevice));
+    EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, {"2"}, std::string("onDevice")}}));
+    EXPECT_TRUE(button(content.texts.onDevice).isChecked());
+}
+
+TEST_F(ViewControls, CanBeClickedOnAllOfARow) {
+    showMice(1);
+    QAbstractButton& row = button("Mouse 0");
+    for (const QPoint at : {QPoint(1, 1), QPoint(row.width() - 2, 1), QPoint(row.width() / 2, row.height() - 2)})
+        QTest::mouseClick(&row, Qt::LeftButton, {}, at);
+    EXPECT_EQ(rig.changes.size(), 3U);
+}
+
+TEST_F(ViewControls, TellsOfTheLink) {
+    showMice(0);
+    QAbstractButton& link = button("support@example.org");
+    click(link);
+    link.setFocus();
+    for (const Qt::Key each : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) key(each);
+    EXPECT_EQ(rig.links, std::vector<LinkFollowed>(4, {{"9", "1"}}));
+}
+
+TEST_F(ViewControls, ReachesEveryControlByTabAsTheEyeDoes) {
+    showMice(3);
+    std::swap(content.devices[0], content.devices[2]);
+    content.devices.insert(content.devices.begin() + 1, {"new", "New"});
+    rig.show(content);
+    const std::vector<std::string> order{content.texts.block, content.texts.onDevice, "Mouse 2", "New", "Mouse 1",
+                                         "Mouse 0",           "support@example.org"};
+    button(content.texts.block).setFocus(Qt::TabFocusReason);
+    std::vector<std::string> reached;
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        reached.push_back(focused());
+        key(Qt::Key_Tab);
+    }
+    EXPECT_EQ(reached, order);
+    EXPECT_EQ(focused(), content.texts.block);
+    key(Qt::Key_Backtab);
+    EXPECT_EQ(focused(), "support@example.org");
+    key(Qt::Key_Backtab);
+    EXPECT_EQ(focused(), "Mouse 0");
+}
+
+TEST_F(ViewControls, MovesByTheArrowKeys) {
+    showMice(2);
+    button(content.texts.onDevice).setFocus();
+    key(Qt::Key_Up);
+    EXPECT_EQ(focused(), content.texts.always);
+    EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, {"2"}, std::string("always")}}));
+    button("Mouse 0").setFocus();
+    key(Qt::Key_Down);
+    EXPECT_EQ(focused(), "Mouse 1");
+    key(Qt::Key_Up);
+    EXPECT_EQ(focused(), "Mouse 0");
+}
+
+TEST_F(ViewControls, ScrollsWhatTheKeyboardReachesIntoSight) {
+    showMice(50);
+    const auto isInSight = [this](const std::string& name) {
+        QWidget& row = button(name);
+        return row.visibleRegion().boundingRect() == row.rect();
+    };
+    EXPECT_FALSE(isInSight("Mouse 49"));
+    button("support@example.org").setFocus();
+    key(Qt::Key_Backtab);
+    EXPECT_EQ(focused(), "Mouse 49");
+    EXPECT_TRUE(isInSight("Mouse 49"));
+    button(content.texts.onDevice).setFocus();
+    key(Qt::Key_Tab);
+    EXPECT_TRUE(isInSight("Mouse 0"));
+}
+
+TEST_F(ViewControls, NamesEveryControlForScreenReaders) {
+    content.devices = {{"a", "Mouse"}, {"b", "Rat", false}};
+    rig.show(content);
+    for (const char* name : {"Mute trackpad", "Always", "When the selected mouse is connected", "Mouse",
+                             "Rat, disconnected", "support@example.org"}) {
+        EXPECT_NE(rig.button(name), nullptr) << name;
+    }
+    EXPECT_EQ(button("Always").parentWidget()->accessibleName(), "Mode:");
+}
+
+TEST_F(ViewControls, ShowsTextsAsTheyAre) {
+    content.devices = {{"a", "a & b && <b>c</b> _d\te\nf"}};
+    content.texts.title = "<i>x</i> & y";
+    rig.show(content);
+    EXPECT_NE(rig.button("a & b && <b>c</b> _d e f"), nullptr);
+    EXPECT_NO_THROW(rig.label("<i>x</i> & y"));
+    // Not one key more than the specified ones does anything.
+    for (const Qt::Key each : {Qt::Key_B, Qt::Key_Y, Qt::Key_D}) QTest::keyClick(&rig.surface, each, Qt::AltModifier);
+    EXPECT_TRUE(rig.changes.empty());
+}
+
+TEST_F(ViewControls, ShowsNamesThatAreAlikeAsDevicesOfTheirOwn) {
+    content.devices = {{"a", "Mouse"}, {"b", "Mouse"}};
+    rig.show(content);
+    const auto rows = rig.list()->findChildren<QCheckBox*>();
+    ASSERT_EQ(rows.size(), 2);
+    click(*rows[1]);
+    EXPECT_EQ(rig.changes.back().path, rowOf("b"));
+}
+
+}  // namespace
+}  // namespace kovra
