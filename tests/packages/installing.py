@@ -83,7 +83,7 @@ def remove(built):
     check((root.path / MANAGER).is_symlink(), "the manager does not come back")
 
 
-@scenario("Purged, nothing is left: no flag, no user's state, no record, no folder, no entry of a service.")
+@scenario("Purged, nothing is left: no flag, no user's state, no folder, no entry of a service.")
 def purge(built):
     root, before = installed(built, "purge")
     for name in ("state.left.1000", "state.new"):
@@ -92,9 +92,7 @@ def purge(built):
     for name in ("state.odd.7", "state.new.odd.8", "state.left.1000.odd.9"):
         (root.path / FLAG).with_name(name).mkdir()
         (root.path / FLAG).with_name(name).joinpath("something").touch()
-    records = root.path / "run/ble-kovra-helper/pads"
-    records.mkdir(parents=True)
-    (records / "input7").touch()
+    (root.path / "run/ble-kovra-helper/pads").mkdir(parents=True)
     root.purge(*NAMES)
     left = root.listing() - before - {"run"}
     check(not left, f"left are {left}")
@@ -109,15 +107,29 @@ def purge_later(built):
     check(not left, f"left are {left}")
 
 
-@scenario("What others keep in the same folders stays at the purge.")
+@scenario("The note of a trackpad that could not be given back stays at the purge, for whoever can.")
+def purge_with_a_record(built):
+    root, _ = installed(built, "purge_with_a_record")
+    record = root.path / "run/ble-kovra-helper/pads/input7"
+    record.parent.mkdir(parents=True)
+    record.touch()
+    root.purge(*NAMES)
+    check(record.exists(), "it is gone")
+
+
+@scenario("What others keep in the same folders stays at the purge, and so does a manager of somebody else's.")
 def purge_beside_others(built):
     root, _ = installed(built, "purge_beside_others")
+    manager = root.path / MANAGER
+    manager.unlink()
+    manager.symlink_to("/opt/another")
     others = [root.path / "Library/Application Support/other", root.path / "Applications/other", (root.path / FLAG).with_name("notes")]
     for other in others:
         other.write_text("somebody else's")
     root.purge(*NAMES)
     for other in others:
         check(other.read_text() == "somebody else's", f"{other} is gone")
+    check(manager.is_symlink(), "somebody else's manager is gone")
     check(not (root.path / FLAG).exists(), "the flag is there")
 
 
