@@ -22,23 +22,25 @@ inline constexpr uid_t bob = 61'002;
 // For as long as it lives, root has no capability, as in the daemon's unit. Nobody else has one anyway.
 class WithoutCapabilities {
   public:
-    WithoutCapabilities() { set({}, &before_); }
+    WithoutCapabilities() {
+        if (!set({}, &before_)) throw std::runtime_error("cannot give up capabilities");
+    }
     WithoutCapabilities(const WithoutCapabilities&) = delete;
     WithoutCapabilities& operator=(const WithoutCapabilities&) = delete;
-    ~WithoutCapabilities() { set(before_, nullptr); }
+    ~WithoutCapabilities() { static_cast<void>(set(before_, nullptr)); }
 
   private:
     using Effective = std::array<__u32, _LINUX_CAPABILITY_U32S_3>;
 
-    static void set(const Effective& effective, Effective* before) {
+    static bool set(const Effective& effective, Effective* before) {
         __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
         std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> data{};
-        if (::syscall(SYS_capget, &header, data.data()) != 0) throw std::runtime_error("cannot read capabilities");
+        if (::syscall(SYS_capget, &header, data.data()) != 0) return false;
         for (std::size_t i = 0; i < data.size(); ++i) {
             if (before != nullptr) (*before)[i] = data[i].effective;
             data[i].effective = effective[i];
         }
-        if (::syscall(SYS_capset, &header, data.data()) != 0) throw std::runtime_error("cannot set capabilities");
+        return ::syscall(SYS_capset, &header, data.data()) == 0;
     }
 
     Effective before_{};
@@ -68,7 +70,7 @@ class Being {
 
 // As getfacl shows it, with numbers for names.
 inline std::string accessList(const std::string& path) {
-    const acl_t list = acl_get_file(path.c_str(), ACL_TYPE_ACCESS);
+    acl_t list = acl_get_file(path.c_str(), ACL_TYPE_ACCESS);
     if (list == nullptr) return "none";
     char* text = acl_to_any_text(list, nullptr, ',', TEXT_ABBREVIATE | TEXT_NUMERIC_IDS);
     const std::string entries = text == nullptr ? "unreadable" : text;
