@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -67,12 +68,14 @@ FlagFile::Content FlagFile::content() const {
 
 void FlagFile::cut() const {
     constexpr off_t longest = 3;
+    constexpr blkcnt_t most = 4096 / 512;
     struct stat status {};
-    if (::fstat(file_.number(), &status) != 0 || status.st_size <= longest) return;
+    if (::fstat(file_.number(), &status) != 0 || (status.st_size <= longest && status.st_blocks <= most)) return;
     const std::string path = "/proc/self/fd/" + std::to_string(file_.number());
     const Descriptor writing(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-    // Where that fails it says off as it did, and the next one tries again.
-    if (writing.isOpen() && ::ftruncate(writing.number(), longest) != 0) return;
+    // Also to the length that it has: that frees what was set aside behind its end (fallocate). Where it fails the flag
+    // says what it did, and the next one tries again.
+    if (writing.isOpen() && ::ftruncate(writing.number(), std::min(status.st_size, longest)) != 0) return;
 }
 
 bool FlagFile::hasOtherNames() const {

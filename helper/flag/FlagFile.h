@@ -21,7 +21,8 @@ class FlagFile {
 
     // On is exactly the two bytes "on"; all else is off. Reads four bytes at the most.
     Content content() const;
-    // Takes away whatever is longer than any content; what it says stays the same.
+    // Takes away whatever is longer than any content, and the room on the disk that is set aside for more; what it says
+    // stays the same.
     void cut() const;
     // Also known by another name, and so possibly written to unseen.
     bool hasOtherNames() const;

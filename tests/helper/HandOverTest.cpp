@@ -117,6 +117,31 @@ TEST(HandOver, CutsWhatAUserMadeOfTheFlagToAFewBytes) {
     EXPECT_EQ(status.st_size, 3);
 }
 
+long bytesOnDisk(const Descriptor& file) {
+    struct stat status {};
+    EXPECT_EQ(::fstat(file.number(), &status), 0);
+    return status.st_blocks * 512;
+}
+
+TEST(HandOver, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
+    FlagRig rig;
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    const Descriptor keptOpen = [&] {
+        const Being user(alice);
+        return Descriptor(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
+    }();
+    for (const std::optional<uid_t> next : {std::optional<uid_t>(), std::optional<uid_t>(bob)}) {
+        ASSERT_EQ(::fallocate(keptOpen.number(), FALLOC_FL_KEEP_SIZE, 0, 1 << 20), 0);
+        ASSERT_GE(bytesOnDisk(keptOpen), 1 << 20);
+        ASSERT_TRUE(rig.handOver(next));
+        EXPECT_LE(bytesOnDisk(keptOpen), 1 << 16);
+        EXPECT_EQ(rig.content("state.left.61001"), "on");
+    }
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.saysOn());
+}
+
 TEST(HandOver, CutsLikewiseWhatAUserGoesOnWritingWhileAway) {
     FlagRig rig;
     rig.handOver(alice);
