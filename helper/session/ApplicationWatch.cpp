@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <map>
 #include <optional>
@@ -15,6 +16,8 @@
 namespace kovra::helper {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr const char* application = "ble-kovra";
 
@@ -57,6 +60,7 @@ bool ApplicationWatch::lives(uid_t user) {
 }
 
 void ApplicationWatch::forget() {
+    again_.reset();
     watch_.reset();
     process_ = Descriptor();
 }
@@ -82,7 +86,22 @@ bool ApplicationWatch::hold(uid_t user) {
 
 void ApplicationWatch::ended() {
     forget();
-    if (!hold(user_) && onEnd) onEnd();
+    if (hold(user_))
+        lookAgainAfter(100ms);
+    else if (onEnd)
+        onEnd();
+}
+
+// The other one may be a program that the application was starting when it ended: without its parent it looks like the
+// application until it is read off the disk, and nobody is told when it has become what it is.
+void ApplicationWatch::lookAgainAfter(std::chrono::milliseconds pause) {
+    again_ = loop_.after(pause, [this, pause] {
+        if (!lives(user_)) {
+            if (onEnd) onEnd();
+        } else if (pause < 10s) {
+            lookAgainAfter(10 * pause);
+        }
+    });
 }
 
 }  // namespace kovra::helper

@@ -1,5 +1,6 @@
 #include "helper/session/ApplicationWatch.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -7,10 +8,10 @@
 
 #include <chrono>
 #include <csignal>
-#include <memory>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "helper/Descriptor.h"
 #include "helper/session/ProcessStatus.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/Users.h"
@@ -19,35 +20,6 @@ namespace kovra::helper {
 namespace {
 
 using namespace std::chrono_literals;
-
-TEST(ProcessStatus, IsReadOffTheKernelsText) {
-    const auto status = parseProcessStatus(
-        "Name:\tble-kovra\nUmask:\t0022\nState:\tS (sleeping)\nTgid:\t77\nPid:\t77\nPPid:\t12\nTracerPid:\t0\n"
-        "Uid:\t1000\t1001\t1002\t1003\nGid:\t5\t6\t7\t8\n");
-    ASSERT_TRUE(status);
-    EXPECT_EQ(status->name, "ble-kovra");
-    EXPECT_EQ(status->parent, 12);
-    EXPECT_EQ(status->realUser, 1000U);
-    EXPECT_EQ(status->effectiveUser, 1001U);
-}
-
-TEST(ProcessStatus, OfADamagedTextIsNone) {
-    for (const std::string text :
-         {"", "\n\n", "Name:\tble-kovra\n", "Name:\tx\nPPid:\t1\nUid:\n", "Uid:\t1\t1\nPPid:\t1\n",
-          "Name:\tx\nPPid:\tone\nUid:\t1\t1\n", "Name:\tx\nPPid:\t1\nUid:\t1\n",
-          "Name:\tx\nPPid:\t1\nUid:\t99999999999\t1\n", "Name"}) {
-        EXPECT_FALSE(parseProcessStatus(text)) << text;
-    }
-}
-
-TEST(ProcessStatus, IsNotTakenInByANameThatLooksLikeMoreLines) {
-    ::prctl(PR_SET_NAME, "x\nUid:\t1\t1");
-    const auto status = processStatus(::getpid());
-    ::prctl(PR_SET_NAME, "test_helper");
-    ASSERT_TRUE(status);
-    EXPECT_EQ(status->name, "x\\nUid:\t1\t1");
-    EXPECT_EQ(status->realUser, ::getuid());
-}
 
 // A process with a name and a user that does nothing, until it goes.
 class Process {
@@ -99,8 +71,9 @@ class Rig {
         letPass(10s);
         return std::exchange(ends_, 0) == 1;
     }
-    bool staysSilent() {
-        letPass(50ms);
+    bool staysSilent() { return staysSilentFor(50ms); }
+    bool staysSilentFor(std::chrono::milliseconds time) {
+        letPass(time);
         return ends_ == 0;
     }
 
@@ -251,6 +224,73 @@ TEST(ApplicationWatch, HoldsTheApplicationAndNotTheProgramThatItIsJustStarting) 
         ASSERT_TRUE(is(400, "xdg-open"));
         ::kill(application, SIGKILL);
         EXPECT_TRUE(rig.endIsTold());
+    });
+}
+
+// The application, stopped by the kernel in the middle of starting a program: that one has the application's name and
+// memory until it is told to become what it is.
+class ApplicationThatStartsAProgram {
+  public:
+    explicit ApplicationThatStartsAProgram(uid_t user) {
+        int started[2];
+        int becomes[2];
+        EXPECT_EQ(::pipe2(started, O_CLOEXEC), 0);
+        EXPECT_EQ(::pipe2(becomes, O_CLOEXEC), 0);
+        becomes_ = Descriptor(becomes[1]);
+        number_ = ::fork();
+        if (number_ == 0) {
+            ::prctl(PR_SET_NAME, "ble-kovra");
+            if (::setresuid(user, user, user) != 0) ::_exit(1);
+            if (::vfork() == 0) {
+                char now = 'x';
+                if (::write(started[1], &now, 1) == 1 && ::read(becomes[0], &now, 1) == 1) {
+                    ::execl("/bin/sleep", "sleep", "1000", nullptr);
+                }
+            }
+            ::_exit(1);
+        }
+        char ready = 0;
+        EXPECT_EQ(::read(started[0], &ready, 1), 1);
+        for (const int end : {started[0], started[1], becomes[0]}) ::close(end);
+    }
+
+    void kill() const {
+        ::kill(number_, SIGKILL);
+        EXPECT_EQ(::waitpid(number_, nullptr, 0), number_);
+    }
+    void letTheProgramBecomeItself() const { EXPECT_EQ(::write(becomes_.number(), "x", 1), 1); }
+
+  private:
+    pid_t number_ = -1;
+    Descriptor becomes_;
+};
+
+TEST(ApplicationWatch, DoesNotTakeForTheApplicationForLongTheProgramThatItWasStartingWhenItWasKilled) {
+    inPrivateMachine([](uid_t user) {
+        // It is another program before it is looked at again, or only after that, where it has to come off a slow disk.
+        for (const auto delay : {10ms, 400ms}) {
+            Rig rig;
+            const ApplicationThatStartsAProgram application(user);
+            EXPECT_TRUE(rig.watch.lives(user));
+            application.kill();
+            EXPECT_TRUE(rig.staysSilentFor(delay));
+            application.letTheProgramBecomeItself();
+            EXPECT_TRUE(rig.endIsTold());
+            EXPECT_FALSE(rig.watch.lives(user));
+        }
+    });
+}
+
+TEST(ApplicationWatch, LooksNoMoreForWhomItHasForgotten) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        const ApplicationThatStartsAProgram application(user);
+        EXPECT_TRUE(rig.watch.lives(user));
+        application.kill();
+        EXPECT_TRUE(rig.staysSilentFor(10ms));
+        rig.watch.forget();
+        application.letTheProgramBecomeItself();
+        EXPECT_TRUE(rig.staysSilentFor(300ms));
     });
 }
 
