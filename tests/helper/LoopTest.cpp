@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "helper/Descriptor.h"
 
@@ -57,21 +61,39 @@ TEST(HelperLoop, RingsWhenTheOtherEndIsGone) {
     loop.run();
 }
 
-TEST(HelperLoop, TimersComeInOrderEachOnceAndNeverEarlyNorByAQuarterOfASecondLate) {
+TEST(HelperLoop, TimersComeEachOnceAndNeverEarly) {
     Loop loop;
-    std::string order;
+    int rings = 0;
+    std::unique_ptr<Loop::Watch> end;
     const auto start = Clock::now();
-    Clock::duration first{};
-    const auto last = loop.after(60ms, [&] { loop.stop(); });
-    const auto second = loop.after(40ms, [&] { order += '2'; });
-    const auto early = loop.after(20ms, [&] {
-        order += '1';
-        first = Clock::now() - start;
-    });
+    const auto timer = [&](std::chrono::milliseconds delay) {
+        return loop.after(delay, [&, delay] {
+            EXPECT_GE(Clock::now() - start, delay);
+            if (++rings == 2) end = loop.after(20ms, [&] { loop.stop(); });
+        });
+    };
+    const auto later = timer(40ms);
+    const auto earlier = timer(20ms);
     loop.run();
-    EXPECT_EQ(order, "12");
-    EXPECT_GE(first, 20ms);
-    EXPECT_LT(Clock::now() - start, 200ms);
+    EXPECT_EQ(rings, 2);
+}
+
+// As systemd does with timers, to wake up less often. A busy machine is late now and then, and not more often than not.
+TEST(HelperLoop, TimersAreNotPutOffByAQuarterOfASecond) {
+    constexpr std::size_t count = 9;
+    Loop loop;
+    std::vector<Clock::duration> late;
+    std::unique_ptr<Loop::Watch> timer;
+    const std::function<void()> start = [&] {
+        timer = loop.after(5ms, [&, due = Clock::now() + 5ms] {
+            late.push_back(Clock::now() - due);
+            late.size() < count ? start() : loop.stop();
+        });
+    };
+    start();
+    loop.run();
+    std::sort(late.begin(), late.end());
+    EXPECT_LT(late[count / 2], 100ms);
 }
 
 TEST(HelperLoop, WhatIsLetGoOfRingsNoMoreAlsoFromItsOwnWork) {

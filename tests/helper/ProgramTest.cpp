@@ -30,8 +30,8 @@ namespace fs = std::filesystem;
 const std::string root = "/run/root";
 const std::string flagFolder = root + "/Library/Application Support/ble-kovra";
 
-bool waitUntil(const std::function<bool()>& done) {
-    const auto end = std::chrono::steady_clock::now() + 20s;
+bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds atMost = 20s) {
+    const auto end = std::chrono::steady_clock::now() + atMost;
     while (!done()) {
         if (std::chrono::steady_clock::now() >= end) return false;
         std::this_thread::sleep_for(1ms);
@@ -72,6 +72,9 @@ class Process {
     int result() {
         if (!waitUntil([this] { return !lives(); })) return -1;
         return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
+    }
+    bool livesFor(std::chrono::milliseconds time) {
+        return !waitUntil([this] { return !lives(); }, time);
     }
     int end(int signal) {
         if (lives()) ::kill(number_, signal);
@@ -139,8 +142,9 @@ class Machine {
                 while (true) ::pause();
         });
     }
-    // With the pad muted.
+    // With the pad muted by the flag that is written here, and by none that one before it has left.
     std::unique_ptr<Process> startMuted() {
+        fs::remove(flagFolder + "/state");
         auto helper = start();
         if (!waitUntil([] { return fs::exists(flagFolder + "/state"); })) ADD_FAILURE() << "no flag";
         fs::resize_file(flagFolder + "/state", 0);
@@ -255,7 +259,7 @@ TEST(HelperProgram, WaitsBeforeItIsStartedAnewWhereItCannotStart) {
         EXPECT_EQ(machine.start()->result(), 1);
         const auto helper = machine.start({}, "/run/notify");
         EXPECT_TRUE(manager.hears("STATUS=Cannot start; trying again"));
-        EXPECT_TRUE(helper->lives());
+        EXPECT_TRUE(helper->livesFor(500ms));
         EXPECT_EQ(helper->end(SIGTERM), 1);
     });
 }

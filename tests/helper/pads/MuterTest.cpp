@@ -136,6 +136,13 @@ TEST_F(HelperMuter, TakesBackTheRecordOfADeviceThatRefusesToBeMuted) {
     EXPECT_EQ(recorded(), Names{"input6"});
 }
 
+TEST_F(HelperMuter, LeavesAloneADeviceThatDoesNotSayWhetherItIsInhibited) {
+    computer.refuse("input5");
+    muter.muteExactly({"input5", "input6"});
+    EXPECT_TRUE(computer.isInhibited("input6"));
+    EXPECT_EQ(recorded(), Names{"input6"});
+}
+
 TEST_F(HelperMuter, TriesAgainToGiveBackWhatADriverRefuses) {
     muter.muteExactly({"input5", "input6"});
     computer.refuse("input5");
