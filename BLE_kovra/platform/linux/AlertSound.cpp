@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
@@ -91,6 +92,8 @@ void playAlertSound() {
     // The player's parent ends at once, so that the player is nobody's child here.
     const pid_t parent = ::fork();
     if (parent == 0) {
+        // By the application's name the helper would wait for the player's end as well as for the application's.
+        ::prctl(PR_SET_NAME, "ble-kovra-sound");
         if (::fork() == 0) runPlayer();
         ::_exit(0);
     }
