@@ -19,6 +19,7 @@ class Application:
         for made in [path, *path.parents[:2]]:
             os.chown(made, person.uid, person.uid)
         self._errors = person.home / "stderr"
+        self._errors.unlink(missing_ok=True)
         self.pid = int(session.run(f"{BINARY} </dev/null >/dev/null 2>{self._errors} & echo $!"))
 
     def is_running(self):
@@ -37,7 +38,15 @@ class Application:
         os.kill(self.pid, signal.SIGCONT)
 
     def expect_running(self):
-        check(self.is_running(), f"the application has ended: {self._errors.read_text()[-300:]}")
+        check(self.is_running(), f"the application has ended: {self._said()[-300:]}")
+
+    def wait_refused(self, word):
+        """Returns when it has tried to write this word into the flag and was not let."""
+        wait_for(lambda: f"не удалось записать флаг ({word})" in self._said(), f'"{word}" to be refused to the application')
+        self.expect_running()
+
+    def _said(self):
+        return self._errors.read_text(encoding="utf-8") if self._errors.exists() else ""
 
     def _state(self):
         try:

@@ -8,9 +8,10 @@ import shutil
 import signal
 import subprocess
 
-from laptop import AT_ONCE, HELPER, flag, run
+from laptop import AT_ONCE, FLAG, GRACE, HELPER, flag, run
+from people import ANNA
 from running import scenario
-from waiting import check, now, wait_for
+from waiting import check, now, stay_until, wait_for
 
 
 def helper_process():
@@ -57,7 +58,8 @@ def application_killed(laptop):
     return measured
 
 
-@scenario("The application is stopped: nothing changes, whatever is plugged. It goes on: the pad follows.")
+@scenario("The application is stopped: nothing changes, whatever is plugged. It goes on and hears of it: dead within 1 s, "
+          "back after the two seconds that begin then.")
 def application_stopped(laptop):
     one = laptop.plug_pad()
     application, mouse = laptop.mute(one)
@@ -67,7 +69,7 @@ def application_stopped(laptop):
     since = now()
     application.go_on()
     back = laptop.inhibitions.wait(one.inputs[0], False, since) - since
-    check(back <= 2 + AT_ONCE, f"back only {back:.2f} s after it went on")
+    check(GRACE <= back <= GRACE + AT_ONCE, f"back {back:.2f} s after it went on")
     laptop.expect_alive(one)
 
     application.stop()
@@ -79,6 +81,20 @@ def application_stopped(laptop):
     check(dead <= AT_ONCE, f"dead only {dead:.2f} s after it went on")
     laptop.expect_dead(one)
     return f"back {back:.2f} s and dead {dead:.2f} s after it went on"
+
+
+@scenario("Stopped after it has heard that the mouse has gone: the two seconds run on, and when it goes on the pad is back within 1 s.")
+def stopped_in_grace(laptop):
+    one = laptop.plug_pad()
+    application, mouse = laptop.mute(one)
+    mouse.unplug()
+    heard = laptop.announced.wait("remove", mouse.node)
+    stay_until(heard + GRACE / 2)
+    application.stop()
+    laptop.expect_dead_until(heard + GRACE + AT_ONCE, one)
+    since = now()
+    application.go_on()
+    return laptop.expect_back_at_once(since, one)
 
 
 @contextlib.contextmanager
@@ -108,12 +124,15 @@ def full_run(what):
 @scenario("Without room in /run for another file nothing is muted that could not be given back.")
 def no_room_for_records(laptop):
     one = laptop.plug_pad()
-    laptop.install()
+    laptop.start_and_hear()
     laptop.settle()
+    anna, refusal = laptop.log_in(ANNA), f"{one.inputs[0].number} is not muted, since it cannot be recorded"
     with full_run("nr_inodes"):
-        laptop.start(mode="always")
-        wait_for(lambda: flag() == "on", "the application's word")
-        laptop.expect_alive_until(now() + 2, one)
+        # At once, before anything in /run goes and makes room.
+        check(anna.succeeds(f"printf on >'{FLAG}'"), "Anna cannot write her flag")
+        wait_for(lambda: refusal in run("journalctl", "-u", HELPER, "-o", "cat", "--no-pager"), "the helper to have tried")
+        laptop.expect_alive_until(now() + AT_ONCE, one)
+    check(flag() == "on", f"the flag says {flag()!r}")
 
 
 @scenario("/run fills up while the pad is muted, with bytes or with files: it is given back all the same.")

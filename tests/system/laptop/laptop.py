@@ -40,6 +40,10 @@ def flag():
         return file.read()
 
 
+def may_write_flag(session):
+    return session.succeeds(f"test -w '{FLAG}'")
+
+
 class Laptop(Ports):
     def __init__(self, host, packages):
         super().__init__(host)
@@ -80,10 +84,12 @@ class Laptop(Ports):
     # The packages.
 
     def install(self):
-        """Done by the first scenario that wants it, once."""
+        """Done by the first scenario that wants it, once. The others find the helper running."""
         if not self._is_installed:
             self.reinstall()
             self._is_installed = True
+        elif not HELPER_PROCESSES.exists():
+            run("systemctl", "start", HELPER)
 
     def purge(self, *packages):
         run("dpkg", "-P", *packages)
@@ -95,10 +101,17 @@ class Laptop(Ports):
     def start(self, session=None, **choices):
         """The application, in Anna's session where no other is named. Where no choices are, the mouse is chosen."""
         self.install()
-        if not HELPER_PROCESSES.exists():
-            run("systemctl", "start", HELPER)
         started = Application(session or self.log_in(ANNA), **(choices or {"selected": CHOSEN}))
         self._applications.append(started)
+        return started
+
+    def start_and_hear(self):
+        """Anna's application, while she is at the machine; returns it once it has said its first word."""
+        self.install()
+        wait_for(lambda: may_write_flag(self.log_in(ANNA)), "the flag to be Anna's")
+        before = os.stat(FLAG).st_mtime_ns
+        started = self.start()
+        wait_for(lambda: os.stat(FLAG).st_mtime_ns != before, "the application's first word")
         return started
 
     # Touchpads and mice.

@@ -1,10 +1,10 @@
 """Scenarios of several people: whoever is at the machine decides, and nobody else."""
 
-from laptop import AT_ONCE, FLAG, flag
+from laptop import AT_ONCE, FLAG, flag, may_write_flag
 from people import ANNA, BORIS, GREETER
 from running import scenario
 from sessions import Session
-from waiting import check, now, wait_for
+from waiting import check, now, stay_until, wait_for
 
 
 def come_and_go(laptop, other, pad):
@@ -50,17 +50,24 @@ def unplugged_meanwhile(laptop):
     one = laptop.plug_pad()
     boris = laptop.log_in(BORIS)
     laptop.log_in(ANNA).come_to_the_front()
-    _, mouse = laptop.mute(one)
+    application, mouse = laptop.mute(one)
     boris.come_to_the_front()
     laptop.expect_alive(one)
     mouse.unplug()
-    laptop.expect_alive_until(mouse.removed + 3, one)
-    laptop.log_in(ANNA).come_to_the_front()
+    application.wait_refused("off")
+    anna = laptop.log_in(ANNA)
     since = now()
+    anna.come_to_the_front()
+    # Until then the file in place is Boris's, which says "off" too.
+    wait_for(lambda: may_write_flag(anna), "the flag to be Anna's again")
     wait_for(lambda: flag() == "off", "Anna's flag to say off")
     took = now() - since
     check(took <= AT_ONCE, f"her flag said off only after {took:.2f} s")
+    # In between her last word may have counted for a moment.
+    stay_until(since + AT_ONCE)
+    check(not any(one.inhibited), f"{AT_ONCE} s after she has come the pad is dead")
     laptop.expect_alive_until(now() + AT_ONCE, one)
+    return f"off after {took:.2f} s"
 
 
 @scenario("Her mouse is plugged while Boris is at the machine: when she is back, the pad is dead.")
@@ -68,11 +75,12 @@ def plugged_meanwhile(laptop):
     one = laptop.plug_pad()
     boris = laptop.log_in(BORIS)
     laptop.log_in(ANNA).come_to_the_front()
-    laptop.start()
-    wait_for(lambda: flag() == "off", "the application's first word")
+    application = laptop.start_and_hear()
     boris.come_to_the_front()
+    wait_for(lambda: may_write_flag(boris), "the flag to be Boris's")
     laptop.plug_mouse()
-    laptop.expect_alive_until(now() + 2, one)
+    application.wait_refused("on")
+    laptop.expect_alive_until(now() + AT_ONCE, one)
     laptop.log_in(ANNA).come_to_the_front()
     laptop.expect_dead(one)
 
@@ -80,19 +88,25 @@ def plugged_meanwhile(laptop):
 @scenario("Boris cannot mute Anna's pad: not from the background, not from elsewhere, not through a file that he has kept open.")
 def others(laptop):
     one = laptop.plug_pad()
-    laptop.start()
+    application = laptop.start_and_hear()
     boris, elsewhere = laptop.log_in(BORIS), Session(BORIS, "elsewhere.example")
     boris.come_to_the_front()
-    wait_for(lambda: boris.succeeds(f"test -w '{FLAG}'"), "Boris's own flag")
+    wait_for(lambda: may_write_flag(boris), "the flag to be Boris's")
     check(boris.succeeds(f"exec 9<>'{FLAG}'"), "at the machine Boris cannot open his own flag")
     anna = laptop.log_in(ANNA)
     anna.come_to_the_front()
-    wait_for(lambda: anna.succeeds(f"test -w '{FLAG}'"), "Anna's flag to be hers again")
+    wait_for(lambda: may_write_flag(anna), "the flag to be Anna's again")
     for session in [boris, elsewhere]:
         check(not session.succeeds(f"(printf on >'{FLAG}') 2>/dev/null"), "Boris has written to Anna's flag")
-        laptop.start(session, mode="always")
+        theirs = laptop.start(session, mode="always")
+        theirs.wait_refused("on")
+        laptop.expect_alive_until(now() + AT_ONCE, one)
+        theirs.expect_running()
+        # It is the only one of its user's, wherever it was started.
+        theirs.kill()
     check(boris.succeeds("printf on >&9"), "the file that Boris has kept open does not take his word")
-    laptop.expect_alive_until(now() + 4, one)
+    laptop.expect_alive_until(now() + AT_ONCE, one)
+    application.expect_running()
     check(flag() == "off", f"Anna's flag says {flag()!r}")
     elsewhere.log_out()
 
@@ -103,6 +117,21 @@ def same_person_from_elsewhere(laptop):
     laptop.install()
     laptop.log_in(GREETER).come_to_the_front()
     elsewhere = Session(ANNA, "elsewhere.example")
-    laptop.start(elsewhere, mode="always")
-    laptop.expect_alive_until(now() + 4, one)
+    wait_for(lambda: not may_write_flag(elsewhere), "the flag to be Anna's no more")
+    application = laptop.start(elsewhere, mode="always")
+    application.wait_refused("on")
+    laptop.expect_alive_until(now() + AT_ONCE, one)
+    application.expect_running()
     elsewhere.log_out()
+
+
+@scenario("From elsewhere she can while she is at the machine as well, and for no longer.")
+def at_the_machine_and_elsewhere(laptop):
+    one = laptop.plug_pad()
+    laptop.install()
+    elsewhere = Session(ANNA, "elsewhere.example")
+    laptop.start(elsewhere, mode="always")
+    laptop.expect_dead(one)
+    measured = come_and_go(laptop, laptop.log_in(GREETER), one)
+    elsewhere.log_out()
+    return measured
