@@ -4,6 +4,7 @@ import os
 import pathlib
 import signal
 
+from item import PROGRAM, Caller
 from scenarios import scenario
 from secluded import descendants
 from texts import LAUNCH_AT_LOGIN
@@ -61,6 +62,8 @@ class Session:
                 os.kill(pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
+        # Or the next start would find it there, and end.
+        wait_for(lambda: not Caller(self._desktop.bus).has_owner(PROGRAM), "the session's program to leave the bus")
         for entry in self._others:
             entry.unlink()
 
