@@ -10,7 +10,7 @@
 
 #include "BLE_kovra/devices/HIDMonitor.h"
 #include "BLE_kovra/l10n/L10n.h"
-#include "BLE_kovra/platform/linux/GlibcLocale.h"
+#include "BLE_kovra/platform/linux/desktop/GlibcLocale.h"
 #include "bench/BenchHID.h"
 #include "tests/fakes/FakeMainQueue.h"
 

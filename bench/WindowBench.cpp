@@ -10,9 +10,9 @@
 #include "BLE_kovra/app/settings/SettingsView.h"
 #include "BLE_kovra/core/AppState.h"
 #include "BLE_kovra/l10n/L10n.h"
-#include "BLE_kovra/platform/linux/ui/Points.h"
-#include "BLE_kovra/platform/linux/ui/Surface.h"
-#include "BLE_kovra/platform/linux/ui/ViewRealiser.h"
+#include "BLE_kovra/platform/linux/ui/elements/Surface.h"
+#include "BLE_kovra/platform/linux/ui/style/Points.h"
+#include "BLE_kovra/platform/linux/ui/windows/ViewRealiser.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "tests/fakes/FakePreferences.h"
 

@@ -8,7 +8,7 @@
 
 #include "BLE_kovra/app/StatusIcon.h"
 #include "BLE_kovra/platform/ApplicationIcon.h"
-#include "BLE_kovra/platform/linux/IconSvg.h"
+#include "packaging/icons/IconSvg.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 #include "BLE_kovra/system/DriverActivator.h"
 #include "tests/fakes/FakeFileSystem.h"

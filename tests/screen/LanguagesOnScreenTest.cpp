@@ -12,8 +12,8 @@
 #include <variant>
 
 #include "BLE_kovra/l10n/SupportAddress.h"
-#include "BLE_kovra/platform/linux/ui/AlertWindow.h"
-#include "BLE_kovra/platform/linux/ui/ViewWindow.h"
+#include "BLE_kovra/platform/linux/ui/windows/AlertWindow.h"
+#include "BLE_kovra/platform/linux/ui/windows/ViewWindow.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "tests/l10n/ExpectedTexts.h"
 #include "tests/platform/linux/ui/Legible.h"

@@ -44,6 +44,20 @@ def any_but_qt(header):
     return not QT.fullmatch(header) and not GOOGLE_TEST.fullmatch(header)
 
 
+# The libraries that the rooms of the Linux desktop share out among themselves.
+LINUX_LIBRARY = re.compile(r"systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
+
+
+def linux(*own):
+    """The system's own headers, and of those libraries the ones that match a pattern of `own`."""
+    own = re.compile("|".join(own)) if own else None
+
+    def may_include(header):
+        return any_but_qt(header) and (not LINUX_LIBRARY.fullmatch(header) or (own is not None and own.fullmatch(header)))
+
+    return may_include
+
+
 def anything(header):
     return not GOOGLE_TEST.fullmatch(header)
 
@@ -59,9 +73,12 @@ class Room:
     library: object  # whether a header in angle brackets may be included
     own_system: bool = False  # whether #if may ask for the operating system
     with_folders: bool = False  # whether folders inside belong to the room
+    files: tuple = ()  # the folder's only files that are meant; empty for all
 
     def holds(self, path):
-        folder = path.rpartition("/")[0]
+        folder, _, name = path.rpartition("/")
+        if self.files and name not in self.files:
+            return False
         return folder == self.folder or (self.with_folders and folder.startswith(self.folder + "/"))
 
     def may_include(self, header):
@@ -74,87 +91,157 @@ def everything_in(*folders):
 
 VALUES = (r"BLE_kovra/platform/[^/]+\.h",)  # the interfaces, not the realisations in the folders below
 POSIX_ROOM = everything_in("BLE_kovra/platform/posix")
-LINUX = (r"BLE_kovra/platform/linux/[^/]+\.h",)
-WIRE = everything_in("BLE_kovra/platform/linux/wire")
 L10N = everything_in("BLE_kovra/l10n")
 DEVICES = everything_in("BLE_kovra/devices")
 DEVICE_RECORD = (r"BLE_kovra/devices/HIDDeviceInfo\.h",)
 CORE = everything_in("BLE_kovra/core")
 SYSTEM = everything_in("BLE_kovra/system")
 APP = everything_in("BLE_kovra/app")
+LOGIC = VALUES + L10N + DEVICES + CORE + SYSTEM + APP
 
+LINUX = "BLE_kovra/platform/linux/"
+# One room of the resident program for each outside party: its neighbours, and the libraries that it speaks to them by.
+LINUX_ROOMS = {
+    "loop": ((), ("systemd/sd-event.h",)),
+    "bus": (("loop",), ("systemd/sd-bus.h",)),
+    "x11": (("loop",), ("xcb/.*",)),
+    "desktop": (("loop",), ("nlohmann/.*", "xcb/.*")),
+    "session": (("loop", "bus", "desktop"), ("systemd/sd-bus.h", "systemd/sd-login.h")),
+    "hid": (("loop", "bus"), ("systemd/sd-bus.h", "libudev.h")),
+    "hotkeys": (("loop", "bus", "x11", "session", "desktop"), ("systemd/sd-bus.h", "xcb/.*")),
+    "windows": (("loop", "session", "desktop", "wire"), ()),
+    "tray": (("loop", "bus", "x11", "session", "desktop", "windows", "wire"), ("systemd/sd-bus.h", "xcb/.*")),
+}
+# The rooms of the window process, and their neighbours.
+UI_ROOMS = {
+    "ui/style": (),
+    "ui/elements": ("ui/style",),
+    "ui/windows": ("ui/style", "ui/elements", "wire"),
+    "ui/tray": ("ui/style", "wire"),
+    "ui": ("wire",),
+}
+
+
+# The same on macOS, where the libraries are the system's own.
+MACOS = "BLE_kovra/platform/macos/"
+MACOS_ROOMS = {
+    "foundation": (),
+    "loop": ("foundation",),
+    "hid": ("foundation",),
+    "hotkeys": (),
+    "views": ("foundation", "loop"),
+    "application": ("foundation", "loop", "views"),
+}
+
+
+def macos_rooms(names):
+    return everything_in(*(MACOS + name for name in names))
+
+
+def linux_rooms(names):
+    return everything_in(*(LINUX + name for name in names))
+
+
+UI = linux_rooms(("wire", *UI_ROOMS))
+
+# Where everything is made and joined; nothing else sees as much.
+ROOTS = (
+    Room(
+        "BLE_kovra/platform/linux", VALUES + POSIX_ROOM + APP + linux_rooms(LINUX_ROOMS) + linux_rooms(["wire"]), any_but_qt,
+        own_system=True, files=("main.cpp",),
+    ),
+    Room("BLE_kovra/platform/linux/ui", VALUES + UI, anything, own_system=True, files=("main.cpp",)),
+    Room(
+        "BLE_kovra/platform/macos", VALUES + POSIX_ROOM + APP + macos_rooms(MACOS_ROOMS), any_but_qt,
+        own_system=True, files=("main.mm",),
+    ),
+)  # fmt: skip
+
+LINUX_PROGRAM = (
+    *(
+        Room(LINUX + name, VALUES + POSIX_ROOM + linux_rooms(neighbours), linux(*libraries), own_system=True)
+        for name, (neighbours, libraries) in LINUX_ROOMS.items()
+    ),
+    Room(LINUX + "wire", VALUES, linux("nlohmann/.*"), own_system=True),
+)
+UI_PROGRAM = tuple(
+    Room(LINUX + name, VALUES + linux_rooms(neighbours), anything, own_system=True) for name, neighbours in UI_ROOMS.items()
+)
+MACOS_PROGRAM = tuple(
+    Room(MACOS + name, VALUES + POSIX_ROOM + macos_rooms(neighbours), any_but_qt, own_system=True)
+    for name, neighbours in MACOS_ROOMS.items()
+)
+POSIX_PROGRAM = Room("BLE_kovra/platform/posix", VALUES, posix, own_system=True)
 PROGRAM = (
     Room("BLE_kovra/platform", (), standard),
-    Room("BLE_kovra/platform/posix", VALUES, posix, own_system=True),
-    Room("BLE_kovra/platform/linux", VALUES + POSIX_ROOM + WIRE, any_but_qt, own_system=True),
-    Room("BLE_kovra/platform/linux/wire", VALUES, any_but_qt, own_system=True),
-    Room("BLE_kovra/platform/linux/ui", VALUES + WIRE, anything, own_system=True),
-    Room("BLE_kovra/platform/macos", VALUES + POSIX_ROOM, any_but_qt, own_system=True),
     Room("BLE_kovra/l10n", VALUES, standard),
     Room("BLE_kovra/devices", VALUES + L10N, standard),
     Room("BLE_kovra/core", VALUES + DEVICE_RECORD, standard),
     Room("BLE_kovra/system", VALUES + L10N, standard),
     Room("BLE_kovra/app", VALUES + L10N + DEVICES + CORE + SYSTEM, standard, with_folders=True),
 )
-ICONS = Room("packaging/icons", VALUES + everything_in("BLE_kovra/app") + (r"BLE_kovra/platform/linux/IconSvg\.h",), standard)
+ICONS = Room(
+    "packaging/icons", VALUES + APP + (re.escape(LINUX) + r"tray/IconColor\.h",), standard
+)  # fmt: skip
 BUNDLE = Room("packaging/macos", VALUES, standard)
 HELPER = Room("helper", (), any_but_qt, with_folders=True)
 
-# The composition root is the one place where the logic and a system meet.
-COMPOSITION_ROOT = re.compile(r"BLE_kovra/platform/(linux|macos)/main\.(cpp|mm)")
-
 TEST_TOOLS = everything_in("tests/fakes", "tests/support")
 CONTRACTS = everything_in("tests/contracts")
-OWN_SERVERS = (r"tests/platform/linux/(PrivateBus|VirtualScreen)\.h",)
+MACOS_TOOLS = everything_in("tests/platform/macos/fakes") + (r"tests/platform/macos/[^/]+\.h",)
 
 
-def tests_of(room):
-    """tests/<room>: the room, what it may include, the fakes and the support."""
-    library = with_google_test(room.library)
+def tests_of(room, others=(), library=None):
+    """tests/<room>: the room, what it may include, the fakes and the support; and for an adapter the contracts."""
     project = everything_in(room.folder) if room.with_folders else (re.escape(room.folder) + r"/[^/]+\.h",)
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
-    servers = OWN_SERVERS if room.folder == "BLE_kovra/platform/linux/ui" else ()
-    fakes = everything_in("tests/platform/macos/fakes") if room.folder == "BLE_kovra/platform/macos" else ()
     return Room(
-        folder, project + room.project + TEST_TOOLS + contracts + servers + fakes, library, room.own_system, room.with_folders
-    )
+        folder, project + room.project + TEST_TOOLS + contracts + tuple(others), with_google_test(library or room.library),
+        room.own_system, room.with_folders,
+    )  # fmt: skip
+
+
+def tests_of_linux(room):
+    """Besides, the rigs of the neighbours' tests; and as a client or a service of the test's own, any library."""
+    neighbours = LINUX_ROOMS.get(room.folder.removeprefix(LINUX), ((), ()))[0]
+    rigs = everything_in(*(f"tests/platform/linux/{name}" for name in neighbours))
+    return tests_of(room, rigs, any_but_qt)
 
 
 def whole_application(folder):
-    logic = VALUES + L10N + DEVICES + CORE + SYSTEM + APP
-    return Room(folder, logic + TEST_TOOLS, with_google_test(standard), with_folders=True)
+    return Room(folder, LOGIC + TEST_TOOLS, with_google_test(standard), with_folders=True)
 
-
-# What the application shows, on the real widgets.
-SCREEN = Room(
-    "tests/screen",
-    VALUES + L10N + DEVICES + CORE + SYSTEM + APP + WIRE + TEST_TOOLS
-    + everything_in("BLE_kovra/platform/linux/ui", "tests/platform/linux/ui", "tests/l10n"),
-    with_google_test(anything),
-)
 
 TESTS = (
-    *(tests_of(room) for room in PROGRAM),
-    tests_of(HELPER),
+    *(tests_of(room) for room in (*PROGRAM, HELPER)),
+    *(tests_of_linux(room) for room in LINUX_PROGRAM),
+    tests_of(POSIX_PROGRAM, linux_rooms(["loop"]) + everything_in("tests/platform/linux/loop"), any_but_qt),
+    Room("tests/platform/linux/ui", VALUES + UI + TEST_TOOLS + CONTRACTS, with_google_test(anything), True, with_folders=True),
+    Room("tests/packaging/icons", VALUES + everything_in("packaging/icons"), with_google_test(standard)),
+    *(tests_of(room, MACOS_TOOLS) for room in MACOS_PROGRAM),
+    Room("tests/platform/macos", everything_in("tests/platform/macos/fakes"), with_google_test(any_but_qt)),
     Room("tests/platform/macos/declarations", (), any_but_qt, with_folders=True),
     Room("tests/platform/macos/fakes", (), any_but_qt),
     Room("tests/fakes", VALUES, standard),
     whole_application("tests/support"),
     Room("tests/support/posix", VALUES, posix),
+    Room("tests/support/linux", VALUES + linux_rooms(["loop"]), with_google_test(any_but_qt), own_system=True),
     Room("tests/contracts", VALUES + TEST_TOOLS, with_google_test(standard)),
-    Room("tests/programs", VALUES + L10N + SYSTEM + POSIX_ROOM + LINUX + TEST_TOOLS, with_google_test(any_but_qt)),
+    Room("tests/programs", VALUES + L10N + SYSTEM + POSIX_ROOM + linux_rooms(["loop"]) + TEST_TOOLS, with_google_test(any_but_qt)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
-    SCREEN,
-)
+    # What the application shows, on the real widgets.
+    Room("tests/screen", LOGIC + UI + TEST_TOOLS + everything_in("tests/platform/linux/ui", "tests/l10n"), with_google_test(anything)),
+)  # fmt: skip
 
-ROOMS = (*PROGRAM, ICONS, BUNDLE, HELPER, *TESTS)
+# The roots stand before the rooms whose folders they share.
+ROOMS = (*ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS)
 
 # Headers that stand in no room's way: what they include counts as included by whoever includes them.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")
 
 
 def room_of(path):
-    """The room of a file, or None. No two rooms hold the same file, but for folders inside a room with folders."""
+    """The room of a file, or None. Of several the one deepest inside, and of those the first."""
     return max((room for room in ROOMS if room.holds(path)), key=lambda room: len(room.folder), default=None)

@@ -7,9 +7,10 @@ prints one line for each breach, as file:line: what is wrong, and ends with 1 if
 
 import re
 import sys
+from collections import Counter
 from pathlib import Path
 
-from rooms import COMPOSITION_ROOT, TRANSPARENT, room_of
+from rooms import TRANSPARENT, room_of
 
 SOURCE_FOLDERS = ("BLE_kovra", "helper", "packaging", "tests")
 SOURCES = {".c", ".cc", ".cpp", ".h", ".hpp", ".m", ".mm"}
@@ -22,6 +23,9 @@ TOKENS = re.compile(
     """,
     re.VERBOSE | re.DOTALL,
 )
+# More than these in one folder are several rooms.
+MOST_SOURCES = 25
+
 DIRECTIVE = re.compile(r"^[ \t]*#[ \t]*(\w+)[ \t]*(.*)$", re.MULTILINE)
 INCLUDED = re.compile(r'(?P<quote>["<])(?P<header>[^">]+)[">]\s*$')
 OPERATING_SYSTEM = re.compile(
@@ -74,6 +78,9 @@ class Tree:
         for path in self.directives:
             for line, breach in self.breaches_of(path):
                 yield f"{path}:{line}: {breach}"
+        for folder, count in Counter(path.rpartition("/")[0] for path in self.directives).items():
+            if count > MOST_SOURCES and folder.startswith(("BLE_kovra", "helper")):
+                yield f"{folder}:1: {count} sources; at most {MOST_SOURCES} in a room"
 
     def breaches_of(self, path):
         room = room_of(path)
@@ -105,8 +112,7 @@ class Tree:
             yield from self.breaches_of_project_header(path, room, header)
 
     def breaches_of_project_header(self, path, room, header):
-        root_may = COMPOSITION_ROOT.fullmatch(path) and header.startswith("BLE_kovra/app/")
-        if not root_may and not room.may_include(header):
+        if not room.may_include(header):
             yield f'{room.folder} may not include "{header}"'
             return
         for reached in sorted(self.reached_through(header)):

@@ -287,7 +287,7 @@ def main():
     checks.check("both make one program", makes_one_program, programs)
 
     headers = gnustep_headers()
-    for source in sorted((ROOT / "BLE_kovra" / "platform" / "macos").glob("*.mm")):
+    for source in sorted((ROOT / "BLE_kovra" / "platform" / "macos").rglob("*.mm")):
         checks.check(f"{source.name} agrees with GNUstep's headers", agrees_with_gnustep, source, headers)
 
     tests = BUILD / "macos-tests"

@@ -9,12 +9,12 @@
 #include <optional>
 #include <variant>
 
-#include "BLE_kovra/platform/linux/ui/AlertStack.h"
-#include "BLE_kovra/platform/linux/ui/ApplicationIcon.h"
 #include "BLE_kovra/platform/linux/ui/Connection.h"
-#include "BLE_kovra/platform/linux/ui/RequestedMenu.h"
-#include "BLE_kovra/platform/linux/ui/TrayIcon.h"
-#include "BLE_kovra/platform/linux/ui/ViewWindow.h"
+#include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
+#include "BLE_kovra/platform/linux/ui/tray/RequestedMenu.h"
+#include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
+#include "BLE_kovra/platform/linux/ui/windows/AlertStack.h"
+#include "BLE_kovra/platform/linux/ui/windows/ViewWindow.h"
 
 namespace {
 

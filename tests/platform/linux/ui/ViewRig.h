@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "BLE_kovra/platform/linux/ui/LabelledButton.h"
-#include "BLE_kovra/platform/linux/ui/Points.h"
-#include "BLE_kovra/platform/linux/ui/ViewRealiser.h"
+#include "BLE_kovra/platform/linux/ui/elements/LabelledButton.h"
+#include "BLE_kovra/platform/linux/ui/style/Points.h"
+#include "BLE_kovra/platform/linux/ui/windows/ViewRealiser.h"
 #include "tests/platform/linux/ui/QtRig.h"
 #include "tests/platform/linux/ui/SampleView.h"
 

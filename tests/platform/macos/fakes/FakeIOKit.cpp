@@ -185,7 +185,8 @@ void IOHIDManagerRegisterDeviceRemovalCallback(IOHIDManagerRef manager, IOHIDDev
 }
 
 void IOHIDManagerScheduleWithRunLoop(IOHIDManagerRef manager, CFRunLoopRef loop, CFStringRef mode) {
-    machine.requests.emplace_back(mode == kCFRunLoopCommonModes ? "schedule in the common modes" : "schedule in one mode");
+    machine.requests.emplace_back(mode == kCFRunLoopCommonModes ? "schedule in the common modes"
+                                                                : "schedule in one mode");
     if (loop != CFRunLoopGetMain()) refuse("a run loop that is not ours");
     if (managerOf(manager).mode != nullptr) refuse("to schedule a manager twice");
     managerOf(manager).mode = mode;

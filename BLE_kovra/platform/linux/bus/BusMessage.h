@@ -1,0 +1,88 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/loop/Handles.h"
+
+namespace kovra {
+
+using BusMessage = Handle<sd_bus_message, sd_bus_message_unref>;
+
+// Writes into a message, value after value. After the first failure nothing more is written; result() tells it, as the
+// negative number that a handler gives back to the library.
+class BusWriter {
+  public:
+    explicit BusWriter(sd_bus_message* message) : message_(message) {}
+
+    BusWriter& boolean(bool value);
+    BusWriter& integer(std::int32_t value);
+    BusWriter& natural(std::uint32_t value);
+    // Bytes that are no text come out as U+FFFD.
+    BusWriter& text(std::string_view value);
+    BusWriter& path(const char* value);
+    BusWriter& bytes(const std::vector<std::uint8_t>& value);
+
+    // What is written until close() is inside.
+    BusWriter& openArray(const char* of) { return open(SD_BUS_TYPE_ARRAY, of); }
+    BusWriter& openStruct(const char* of) { return open(SD_BUS_TYPE_STRUCT, of); }
+    BusWriter& openEntry(const char* of) { return open(SD_BUS_TYPE_DICT_ENTRY, of); }
+    BusWriter& openVariant(const char* of) { return open(SD_BUS_TYPE_VARIANT, of); }
+    BusWriter& close();
+
+    int result() const { return result_; }
+
+  private:
+    BusWriter& open(char kind, const char* of);
+    BusWriter& append(char type, const void* value);
+
+    sd_bus_message* message_;
+    int result_ = 0;
+};
+
+// Reads the array of such entries that comes next in the message. `take` is given the key of each, and reads the value
+// and returns 1, or returns 0 to have it passed over, or a failure. 1 if all were read, else the failure.
+template <typename Take>
+int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
+    int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, entries);
+    if (result <= 0) return result < 0 ? result : -ENXIO;
+    const std::string entry(entries + 1, std::strlen(entries) - 2);
+    while ((result = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, entry.c_str())) > 0) {
+        const char* key = nullptr;
+        result = sd_bus_message_read_basic(message, entry.front(), static_cast<void*>(&key));
+        if (result >= 0) result = take(std::string_view(key));
+        if (result == 0) result = sd_bus_message_skip(message, entry.c_str() + 1);
+        if (result >= 0) result = sd_bus_message_exit_container(message);
+        if (result < 0) return result;
+    }
+    if (result >= 0) result = sd_bus_message_exit_container(message);
+    return result < 0 ? result : 1;
+}
+
+// Reads the properties that come next in the message, and returns the one of this name. Absent if it is not among them
+// or no boolean.
+std::optional<bool> readBooleanProperty(sd_bus_message* message, std::string_view name);
+
+// Answers a call: `write` is given a writer for the answer. To be returned from the call's handler.
+template <typename Write>
+int answer(sd_bus_message* call, Write write) {
+    if (sd_bus_message_get_expect_reply(call) <= 0) return 1;
+    sd_bus_message* made = nullptr;
+    int result = sd_bus_message_new_method_return(call, &made);
+    const BusMessage reply(made);
+    if (result < 0) return result;
+    BusWriter writer(made);
+    write(writer);
+    result = writer.result();
+    if (result >= 0) result = sd_bus_send(nullptr, made, nullptr);
+    return result < 0 ? result : 1;
+}
+
+}  // namespace kovra

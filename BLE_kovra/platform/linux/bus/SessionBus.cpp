@@ -1,0 +1,141 @@
+#include "BLE_kovra/platform/linux/bus/SessionBus.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace kovra {
+
+namespace {
+
+constexpr std::chrono::seconds shortestPause(1);
+constexpr std::chrono::seconds longestPause(30);
+
+// As a value in a bus address: everything but letters, digits and -_/.\* as its number.
+std::string escaped(std::string_view path) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_/.\\*";
+    std::string text;
+    for (const char c : path) {
+        if (plain.find(c) != std::string_view::npos) {
+            text += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            text += {'%', digits[byte >> 4U], digits[byte & 0xFU]};
+        }
+    }
+    return text;
+}
+
+// Leaves out which bus it was that had this address: one that comes back there is another.
+std::string withoutIdentity(std::string address) {
+    constexpr std::string_view key = ",guid=";
+    for (auto begin = address.find(key); begin != std::string::npos; begin = address.find(key)) {
+        const auto end = address.find_first_of(",;", begin + key.size());
+        address.erase(begin, end == std::string::npos ? end : end - begin);
+    }
+    return address;
+}
+
+// What the environment names, or else the place where the user's service manager puts it; empty where there is neither.
+std::string standardAddress() {
+    const char* named = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (named != nullptr) return withoutIdentity(named);
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    return folder == nullptr ? "" : "unix:path=" + escaped(folder) + "/bus";
+}
+
+}  // namespace
+
+SessionBus::SessionBus(SdEventLoop& loop)
+    : loop_(loop), address_(standardAddress()), pause_(shortestPause), self_(std::make_shared<SessionBus*>(this)) {
+    connect();
+}
+
+std::shared_ptr<SessionBus::Listener> SessionBus::listen(std::function<void(sd_bus*)> up, std::function<void()> gone) {
+    std::erase_if(listeners_, [](const auto& weak) { return weak.expired(); });
+    auto listener = std::make_shared<Listener>(Listener{std::move(up), std::move(gone)});
+    listeners_.push_back(listener);
+    if (isUp_) {
+        loop_.async([weak = std::weak_ptr(self_)] {
+            if (const auto self = weak.lock()) (*self)->tell();
+        });
+    }
+    return listener;
+}
+
+void SessionBus::connect() {
+    if (address_.empty()) return;
+    const int result = open();
+    if (result < 0 && result != -EINVAL) connectLater();  // what is no address now will never be one
+}
+
+int SessionBus::open() {
+    sd_bus* made = nullptr;
+    int result = sd_bus_new(&made);
+    if (result < 0) return result;
+    BusHandle bus(made);
+    result = sd_bus_set_address(made, address_.c_str());
+    if (result >= 0) result = sd_bus_set_bus_client(made, 1);
+    if (result >= 0) result = sd_bus_set_trusted(made, 1);  // as every bus of the user's own
+    if (result >= 0) result = sd_bus_set_connected_signal(made, 1);
+    if (result >= 0) result = sd_bus_start(made);
+    if (result < 0) return result;
+    sd_bus_slot* slot = nullptr;
+    // A signal that the library makes itself once the bus has answered; it never travels over the bus.
+    result = sd_bus_match_signal(made, &slot, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
+                                 "org.freedesktop.DBus.Local", "Connected", connected, this);
+    if (result < 0) return result;
+    connectedSlot_.reset(slot);
+    connection_.emplace(loop_, std::move(bus));
+    connection_->onGone = [this] { isGone(); };
+    return connection_->bus() == nullptr ? -ENOMEM : 0;
+}
+
+void SessionBus::connectLater() {
+    connectedSlot_.reset();
+    connection_.reset();
+    loop_.asyncAfter(pause_, [weak = std::weak_ptr(self_)] {
+        if (const auto self = weak.lock()) (*self)->connect();
+    });
+    pause_ = std::min(pause_ * 2, longestPause);
+}
+
+int SessionBus::connected(sd_bus_message*, void* context, sd_bus_error*) {
+    auto* self = static_cast<SessionBus*>(context);
+    if (self == nullptr) return 0;
+    self->loop_.async([weak = std::weak_ptr(self->self_)] {
+        if (const auto bus = weak.lock()) (*bus)->isUp();
+    });
+    return 0;
+}
+
+void SessionBus::isUp() {
+    if (bus() == nullptr) return;
+    isUp_ = true;
+    pause_ = shortestPause;
+    tell();
+}
+
+void SessionBus::isGone() {
+    isUp_ = false;
+    connectLater();
+    tell();
+}
+
+void SessionBus::tell() {
+    for (const auto& weak : std::vector(listeners_)) {
+        const auto listener = weak.lock();
+        if (!listener || listener->knowsItIsUp == isUp_) continue;
+        listener->knowsItIsUp = isUp_;
+        if (isUp_) {
+            listener->up(bus());
+        } else {
+            listener->gone();
+        }
+    }
+}
+
+}  // namespace kovra

@@ -1,0 +1,127 @@
+#include "BLE_kovra/platform/linux/desktop/JsonPreferencesStore.h"
+
+#include <cerrno>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "BLE_kovra/platform/SystemLog.h"
+#include "BLE_kovra/platform/Utf8.h"
+#include "BLE_kovra/platform/linux/desktop/JsonObjectText.h"
+#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
+
+namespace kovra {
+
+namespace {
+
+using Json = nlohmann::json;
+
+// Deeper than anything that anybody stores, and shallow enough for recursion.
+constexpr std::size_t deepestNesting = 64;
+
+// What a text says, or what is wrong with it, in the log's language.
+struct Parsed {
+    Json object;
+    std::string flaw;
+};
+
+Parsed parse(const std::string& text) {
+    // The parser takes a zero for the end and would not look behind it.
+    if (text.find('\0') != std::string::npos) return {{}, "нулевой байт"};
+    if (isNestedDeeperThan(deepestNesting, text)) return {{}, "слишком глубокая вложенность"};
+    try {
+        Json document = Json::parse(text);
+        if (!document.is_object()) return {{}, "не объект JSON"};
+        return {std::move(document), {}};
+    } catch (const Json::parse_error& error) {
+        return {{}, "ошибка JSON, байт " + std::to_string(error.byte)};
+    } catch (const Json::exception&) {
+        return {{}, "число вне пределов"};
+    }
+}
+
+PreferenceValue fromJson(const Json& json) {
+    if (json.is_boolean()) return json.get<bool>();
+    if (json.is_number()) return json.get<double>();
+    if (json.is_string()) return json.get<std::string>();
+    if (!json.is_array()) return OtherPreference();
+    PreferenceArray array;
+    array.reserve(json.size());
+    for (const Json& element : json) array.push_back(fromJson(element));
+    return array;
+}
+
+Json toJson(const PreferenceValue& value) {
+    if (const auto* truth = std::get_if<bool>(&value)) return *truth;
+    if (const auto* number = std::get_if<double>(&value)) return *number;
+    if (const auto* text = std::get_if<std::string>(&value)) return *text;
+    if (std::holds_alternative<OtherPreference>(value)) return Json::object();
+    Json array = Json::array();
+    for (const PreferenceValue& element : std::get<PreferenceArray>(value)) array.push_back(toJson(element));
+    return array;
+}
+
+// Never throws, whatever the bytes: what is no UTF-8 is stored as U+FFFD.
+std::string textOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+}  // namespace
+
+std::string standardPreferencesPath() {
+    const std::string folder = userConfigFolder();
+    return folder.empty() ? folder : folder + "/ble-kovra/preferences.json";
+}
+
+JsonPreferencesStore::JsonPreferencesStore(std::string path, SystemLog& log) : file_(std::move(path)), log_(log) {
+    const auto complain = [&](const char* what, const std::string& reason) {
+        log_.log(std::string("ble-kovra: ") + what + " (" + validUtf8(file_.path()) + "): " + reason);
+    };
+    std::string text;
+    if (const int error = file_.read(text)) {
+        if (error != ENOENT) complain("не удалось прочитать настройки", std::strerror(error));
+        return;
+    }
+    if (text.empty()) return;
+    const Parsed parsed = parse(text);
+    if (!parsed.flaw.empty()) {
+        complain("файл настроек повреждён", parsed.flaw);
+        return;
+    }
+    for (const auto& [key, value] : parsed.object.items()) {
+        if (!value.is_null()) values_.emplace(key, fromJson(value));
+    }
+    known_ = std::move(text);
+}
+
+std::optional<PreferenceValue> JsonPreferencesStore::object(std::string_view key) const {
+    const auto found = values_.find(key);
+    return found == values_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void JsonPreferencesStore::set(std::string_view key, const PreferenceValue& value) {
+    values_.insert_or_assign(std::string(key), value);
+    unsaved_.insert_or_assign(std::string(key), value);
+    if (const int error = save()) {
+        log_.log("ble-kovra: не удалось сохранить настройки (" + validUtf8(file_.path()) +
+                 "): " + std::strerror(error));
+    }
+}
+
+int JsonPreferencesStore::save() {
+    std::string text;
+    const int error = file_.read(text);
+    if (error != 0 && error != ENOENT) return error;
+    auto old = SmallTextFile::Old::replaced;
+    if (!text.empty() && !parse(text).flaw.empty()) {
+        old = SmallTextFile::Old::keptAside;
+        text.clear();
+    }
+    // Missing, empty or damaged: start from the last good text.
+    if (text.empty()) text = known_.empty() ? "{}\n" : known_;
+    for (const auto& [key, value] : unsaved_) text = withMember(text, textOf(key), textOf(toJson(value)));
+    if (const int failure = file_.replace(text, old)) return failure;
+    unsaved_.clear();
+    known_ = std::move(text);
+    return 0;
+}
+
+}  // namespace kovra

@@ -1,0 +1,127 @@
+#include "BLE_kovra/platform/linux/desktop/SmallTextFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
+
+namespace kovra {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+int readAll(int file, std::string& text) {
+    std::array<char, 16384> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
+    for (;;) {
+        const ssize_t count = ::read(file, piece.data(), piece.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return errno;
+        if (count == 0) return 0;
+        text.append(piece.data(), static_cast<std::size_t>(count));
+        if (text.size() > SmallTextFile::largestSize) return EFBIG;
+    }
+}
+
+int writeAll(int file, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::write(file, text.data(), text.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return errno;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return 0;
+}
+
+// Where the links at the path lead in the end, whether a file is there or not.
+int followLinks(fs::path& path) {
+    std::error_code error;
+    for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
+        if (links == 40) return ELOOP;
+        const fs::path target = fs::read_symlink(path, error);
+        if (error) return error.value();
+        path = path.parent_path() / target;
+    }
+    return 0;
+}
+
+int makeFolders(const fs::path& folder) {
+    if (::mkdir(folder.c_str(), 0700) == 0) return 0;
+    if (errno == EEXIST) return 0;  // whether it is a folder shows when a file is made in it
+    if (errno != ENOENT || !folder.has_relative_path()) return errno;
+    if (const int error = makeFolders(folder.parent_path())) return error;
+    return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+// A second name for the file, one that nothing has.
+int keepAside(const fs::path& file) {
+    constexpr int mostNames = 1000;
+    for (int number = 1; number <= mostNames; ++number) {
+        const std::string suffix = number == 1 ? ".damaged" : ".damaged-" + std::to_string(number);
+        if (::link(file.c_str(), (file.native() + suffix).c_str()) == 0) return 0;
+        if (errno != EEXIST) return errno;
+    }
+    return EEXIST;
+}
+
+int writeAndSync(int number, const std::string& text) {
+    FileDescriptor file(number);
+    int error = writeAll(number, text);
+    if (error == 0 && ::fsync(number) != 0) error = errno;
+    const int errorAtClose = file.close();
+    return error != 0 ? error : errorAtClose;
+}
+
+// So that the new name outlasts a crash too. Some file systems know no such thing; the file is complete either way.
+void syncFolder(const fs::path& folder) {
+    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.isOpen()) ::fsync(opened.number());
+}
+
+}  // namespace
+
+int SmallTextFile::read(std::string& text) const {
+    text.clear();
+    // Never waits for the other end of a pipe.
+    const FileDescriptor file(::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!file.isOpen()) return errno;
+    struct stat status {};
+    if (::fstat(file.number(), &status) != 0) return errno;
+    if (S_ISDIR(status.st_mode)) return EISDIR;
+    if (!S_ISREG(status.st_mode)) return EINVAL;
+    return readAll(file.number(), text);
+}
+
+int SmallTextFile::replace(const std::string& text, Old old, Link link) const {
+    if (text.size() > largestSize) return EFBIG;
+    if (path_.empty()) return ENOENT;
+    fs::path target = path_;
+    if (link == Link::followed) {
+        if (const int error = followLinks(target)) return error;
+    }
+    if (const int error = makeFolders(target.parent_path())) return error;
+
+    std::string temporary = target.native() + ".XXXXXX";
+    const int file = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (file < 0) return errno;
+    int error = writeAndSync(file, text);
+    if (error == 0 && old == Old::keptAside) error = keepAside(target);
+    if (error == 0 && std::rename(temporary.c_str(), target.c_str()) != 0) error = errno;
+    if (error != 0) {
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    syncFolder(target.parent_path());
+    return 0;
+}
+
+}  // namespace kovra

@@ -1,0 +1,18 @@
+#include "BLE_kovra/platform/linux/desktop/XdgWorkspace.h"
+
+#include <unistd.h>
+
+#include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
+
+namespace kovra {
+
+void XdgWorkspace::open(const std::string& url) {
+    const auto program = findProgram("xdg-open");
+    if (!program) return;
+    Spawn how;
+    // What it has to say of a desktop without such a program is for no log of ours.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) how.giveNothing(stream);
+    static_cast<void>(started_.start(how, *program, {url}));
+}
+
+}  // namespace kovra

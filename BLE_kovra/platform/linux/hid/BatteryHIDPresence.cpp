@@ -1,0 +1,97 @@
+#include "BLE_kovra/platform/linux/hid/BatteryHIDPresence.h"
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "BLE_kovra/platform/linux/hid/SysfsFile.h"
+
+namespace kovra {
+
+namespace {
+
+// The one driver that keeps the node of a device that it does not hear any more. What other drivers' batteries say
+// takes a question to the device itself.
+constexpr const char* driver = "logitech-hidpp-device";
+
+const std::string batteriesFolder = "/power_supply/";
+
+std::string line(const std::filesystem::path& file) {
+    const auto content = contentOfSysfsFile(file);
+    const auto* text = std::get_if<std::string>(&content);
+    return text == nullptr ? "" : text->substr(0, text->find('\n'));
+}
+
+bool tellsThatItIsAway(const std::filesystem::path& battery) {
+    return line(battery / "scope") == "Device" && line(battery / "online") == "0" &&
+           line(battery / "status") == "Unknown";
+}
+
+// True only if there is a battery and none says otherwise.
+bool isAway(const std::string& nodeName) {
+    std::error_code error;
+    std::filesystem::directory_iterator battery("/sys/bus/hid/devices/" + nodeName + batteriesFolder, error);
+    bool away = false;
+    for (const std::filesystem::directory_iterator end; !error && battery != end; battery.increment(error)) {
+        away = tellsThatItIsAway(battery->path());
+        if (!away) break;
+    }
+    return away && !error;
+}
+
+// The node whose battery has this path.
+std::string owner(const std::string& path) {
+    const auto end = path.rfind(batteriesFolder);
+    if (end == std::string::npos || end == 0) return "";
+    const auto begin = path.rfind('/', end - 1);
+    return path.substr(begin + 1, end - begin - 1);
+}
+
+}  // namespace
+
+BatteryHIDPresence::BatteryHIDPresence(SdEventLoop& loop, UdevSigns signs) : loop_(loop), signs_(std::move(signs)) {}
+
+HIDPresence::Answer BatteryHIDPresence::ask(const std::string& nodeName, const UdevHIDNode& node) {
+    if (node.driver != driver) {
+        forget(nodeName);
+        return Answer::there;
+    }
+    nodes_.insert(nodeName);
+    listen();  // before reading, so that nothing is missed in between
+    return isAway(nodeName) ? Answer::away : Answer::there;
+}
+
+void BatteryHIDPresence::forget(const std::string& nodeName) {
+    if (nodes_.erase(nodeName) == 0 || !nodes_.empty()) return;
+    watch_.reset();
+    events_.reset();
+}
+
+void BatteryHIDPresence::listen() {
+    if (events_ || !signs_.areOfUdevd()) return;
+    if (!udev_) udev_.reset(udev_new());
+    auto events = UdevEvents::open(udev_.get(), "power_supply");
+    if (!events) return;
+    try {
+        watch_ = loop_.watch(events->descriptor(), [this] { rang(); });
+        events_ = std::move(events);
+    } catch (const std::system_error&) {
+        // Out of descriptors. The next look tries again.
+    }
+}
+
+void BatteryHIDPresence::rang() {
+    std::set<std::string> concerned;
+    for (auto event = events_->next(); event.kind != UdevEvents::Event::Kind::none; event = events_->next()) {
+        if (event.kind == UdevEvents::Event::Kind::lost) {
+            concerned = nodes_;
+        } else if (const std::string node = owner(event.path); nodes_.contains(node)) {
+            concerned.insert(node);
+        }
+    }
+    watch_->rearm();
+    for (const std::string& node : concerned) onChanged(node);
+}
+
+}  // namespace kovra

@@ -1,0 +1,64 @@
+#include "BLE_kovra/platform/linux/hid/UdevHIDNodes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+#include "BLE_kovra/platform/linux/hid/SysfsFile.h"
+
+namespace kovra {
+
+namespace {
+
+using Enumeration = Handle<udev_enumerate, udev_enumerate_unref>;
+
+constexpr const char* subsystem = "hid";
+const std::string devicesFolder = "/sys/bus/hid/devices/";
+
+bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
+
+// What the line NAME=VALUE says. The first such line: what the kernel knows stands before what a device says of itself.
+std::optional<std::string_view> property(std::string_view uevent, std::string_view name) {
+    while (!uevent.empty()) {
+        const std::string_view line = uevent.substr(0, uevent.find('\n'));
+        uevent.remove_prefix(std::min(line.size() + 1, uevent.size()));
+        if (line.starts_with(name) && line.substr(name.size()).starts_with('=')) return line.substr(name.size() + 1);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::vector<std::string> UdevHIDNodes::names() const {
+    const Enumeration enumeration(udev_enumerate_new(context_));
+    if (!enumeration || udev_enumerate_add_match_subsystem(enumeration.get(), subsystem) < 0 ||
+        udev_enumerate_scan_devices(enumeration.get()) < 0) {
+        return {};
+    }
+    std::vector<std::string> names;
+    udev_list_entry* entry = nullptr;
+    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(enumeration.get())) {
+        const std::string_view path = udev_list_entry_get_name(entry);
+        names.emplace_back(path.substr(path.rfind('/') + 1));
+    }
+    return names;
+}
+
+// One file has it all, as of one moment. libudev would find the same by some fifty calls, and the flag would wait for
+// them.
+UdevHIDNode UdevHIDNodes::read(const std::string& name) {
+    const auto content = contentOfSysfsFile(devicesFolder + name + "/uevent");
+    if (const int* error = std::get_if<int>(&content)) {
+        return {.state = isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::gone};
+    }
+    const auto& uevent = std::get<std::string>(content);
+    const auto driver = property(uevent, "DRIVER");
+    return {driver ? UdevHIDNode::State::bound : UdevHIDNode::State::unbound,
+            UdevHIDDevice(name, property(uevent, "HID_ID"), property(uevent, "HID_NAME")),
+            std::string(driver.value_or("")), std::string(property(uevent, "HID_PHYS").value_or("")),
+            std::string(property(uevent, "HID_UNIQ").value_or(""))};
+}
+
+}  // namespace kovra

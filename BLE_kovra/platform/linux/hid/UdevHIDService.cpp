@@ -1,0 +1,29 @@
+#include "BLE_kovra/platform/linux/hid/UdevHIDService.h"
+
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/bus/SystemBus.h"
+#include "BLE_kovra/platform/linux/hid/BatteryHIDPresence.h"
+#include "BLE_kovra/platform/linux/hid/BluezHIDPresence.h"
+#include "BLE_kovra/platform/linux/hid/UdevHIDManager.h"
+
+namespace kovra {
+
+UdevHIDService::UdevHIDService(SystemBus& bus, SystemLog& log, UdevSigns signs)
+    : bus_(bus), log_(log), signs_(std::move(signs)) {}
+
+std::unique_ptr<HIDManager> UdevHIDService::createManager() {
+    std::vector<std::unique_ptr<HIDPresence>> presences;
+    presences.push_back(std::make_unique<BatteryHIDPresence>(bus_.loop(), signs_));
+    presences.push_back(std::make_unique<BluezHIDPresence>(bus_));
+    auto watcher = std::make_shared<UdevHIDWatcher>(bus_.loop(), log_, signs_, std::move(presences));
+    live_ = watcher;
+    return std::make_unique<UdevHIDManager>(std::move(watcher));
+}
+
+void UdevHIDService::resynchronize() {
+    if (const auto watcher = live_.lock()) watcher->resynchronize();
+}
+
+}  // namespace kovra

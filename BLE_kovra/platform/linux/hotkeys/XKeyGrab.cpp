@@ -1,0 +1,95 @@
+#include "BLE_kovra/platform/linux/hotkeys/XKeyGrab.h"
+
+#include <utility>
+
+#include "BLE_kovra/platform/linux/loop/Handles.h"
+
+namespace kovra {
+
+XKeyGrab::XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed)
+    : connection_(connection),
+      keyboard_(connection.get()),
+      key_(key),
+      pressed_(std::move(pressed)),
+      listening_(connection.listen([this](const xcb_generic_event_t& event) { heard(event); })) {
+    ask();
+}
+
+XKeyGrab::~XKeyGrab() {
+    release();
+    connection_.flush();
+}
+
+XKeyGrab::States XKeyGrab::statesFor(const XModifiers& modifiers) {
+    States states;
+    if (modifiers.alt == 0) return states;  // a keyboard without Alt
+    for (const std::uint16_t locks : modifiers.lockSets())
+        states.push_back(static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | modifiers.alt | locks));
+    return states;
+}
+
+void XKeyGrab::heard(const xcb_generic_event_t& event) {
+    const std::uint8_t kind = XConnection::kindOf(event);
+    if (kind == XCB_KEY_RELEASE && event.pad0 == key_) isDown_ = false;
+    if (kind == XCB_KEY_PRESS && event.pad0 == key_ && !std::exchange(isDown_, true)) {
+        const auto pressed = pressed_;  // which may let go of this
+        pressed();
+    } else if (keyboard_.tellsOfNewMap(event)) {
+        // It comes as many events; one question at a time is enough.
+        isMapNewer_ = true;
+        if (!modifiers_) ask();
+    }
+}
+
+void XKeyGrab::ask() {
+    isMapNewer_ = false;
+    modifiers_.emplace(connection_.get());
+    keysDown_ = xcb_query_keymap(connection_.get());
+    whenAnswered_ = connection_.whenServed([this] { answered(); });
+}
+
+void XKeyGrab::answered() {
+    States states = statesFor(std::exchange(modifiers_, std::nullopt)->read());
+    // A new map may swallow a release.
+    const Allocated<xcb_query_keymap_reply_t> down{xcb_query_keymap_reply(connection_.get(), keysDown_, nullptr)};
+    isDown_ = isDown_ && down && (down->keys[key_ / 8] >> (key_ % 8) & 1) != 0;
+    keyboard_.use();
+    if (states != grabbed_) {
+        release();
+        grab(std::move(states));
+    }
+    if (isMapNewer_) ask();
+    connection_.flush();
+}
+
+void XKeyGrab::grab(States states) {
+    constexpr auto windowsSeeIt = 0;
+    for (const xcb_window_t root : connection_.roots()) {
+        for (const std::uint16_t state : states)
+            grabs_.push_back(xcb_grab_key_checked(connection_.get(), windowsSeeIt, root, state, key_,
+                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    }
+    grabbed_ = std::move(states);
+    whenGranted_ = connection_.whenServed([this] { checkGrabs(); });
+}
+
+void XKeyGrab::checkGrabs() {
+    bool isOurs = true;
+    for (const xcb_void_cookie_t request : std::exchange(grabs_, {})) {
+        if (const Allocated<xcb_generic_error_t> error{xcb_request_check(connection_.get(), request)}) isOurs = false;
+    }
+    wasEverOurs_ = wasEverOurs_ || isOurs;
+    if (isOurs) return;
+    release();
+    if (!wasEverOurs_) listening_.reset();
+    connection_.flush();
+}
+
+void XKeyGrab::release() {
+    for (const xcb_window_t root : connection_.roots()) {
+        for (const std::uint16_t state : grabbed_) xcb_ungrab_key(connection_.get(), key_, root, state);
+    }
+    grabbed_.clear();
+}
+
+}  // namespace kovra

@@ -1,0 +1,80 @@
+#include "BLE_kovra/platform/linux/session/SingleInstance.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+namespace kovra {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr auto patience = std::chrono::seconds(2);
+
+enum class Answer { none, first, second };
+
+int answered(sd_bus_message* reply, void* context, sd_bus_error*) {
+    auto& answer = *static_cast<Answer*>(context);
+    answer = Answer::first;
+    std::uint32_t code = 0;
+    constexpr std::uint32_t nameExists = 3;  // DBUS_REQUEST_NAME_REPLY_EXISTS
+    if (!sd_bus_message_is_method_error(reply, nullptr) && sd_bus_message_read(reply, "u", &code) >= 0 &&
+        code == nameExists) {
+        answer = Answer::second;
+    }
+    return 0;
+}
+
+std::uint64_t microsecondsUntil(steady_clock::time_point deadline) {
+    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - steady_clock::now()).count();
+    return left > 0 ? static_cast<std::uint64_t>(left) : 0;
+}
+
+// Asks for the name without turning the event loop, which nothing else uses yet, and gives a bus that hangs no more
+// than its time.
+Answer requestName(sd_bus* bus) {
+    Answer answer = Answer::none;
+    sd_bus_slot* slot = nullptr;
+    if (sd_bus_request_name_async(bus, &slot, SingleInstance::busName, 0, answered, &answer) < 0) return answer;
+    const BusSlot request(slot);
+    const auto deadline = steady_clock::now() + patience;
+    while (answer == Answer::none && steady_clock::now() < deadline) {
+        const int processed = sd_bus_process(bus, nullptr);
+        if (processed < 0) break;
+        if (processed == 0) static_cast<void>(sd_bus_wait(bus, microsecondsUntil(deadline)));
+    }
+    return answer;
+}
+
+}  // namespace
+
+SingleInstance::SingleInstance(SessionBus& bus)
+    : activation_(bus.loop(), [this](const std::string& token) {
+          if (onStartedAgain) onStartedAgain(token);
+      }) {
+    if (bus.bus() != nullptr) {
+        activation_.exportOn(bus.bus());  // before the name is ours, so that nobody finds it without this
+        const Answer answer = requestName(bus.bus());
+        isSecond_ = answer == Answer::second;
+        isAnswered_ = answer != Answer::none;
+    }
+    if (isSecond_)
+        DBusActivation::activate(bus.bus(), busName);
+    else
+        listener_ = bus.listen([this](sd_bus* connected) { isUp(connected); }, [this] { isGone(); });
+}
+
+void SingleInstance::isUp(sd_bus* bus) {
+    activation_.exportOn(bus);
+    // With a handler of its own: the library's would end the connection where another holds the name.
+    if (!isAnswered_) sd_bus_request_name_async(bus, nullptr, busName, 0, ignoreAnswer, nullptr);
+}
+
+void SingleInstance::isGone() {
+    activation_.letGoOfBus();
+    isAnswered_ = false;
+}
+
+}  // namespace kovra

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+
+#include "BLE_kovra/platform/linux/tray/TrayItem.h"
+#include "BLE_kovra/platform/linux/tray/XEmbedTrayChoice.h"
+#include "BLE_kovra/platform/linux/tray/XEmbedTrayWatch.h"
+#include "BLE_kovra/platform/linux/windows/WindowProcess.h"
+#include "BLE_kovra/platform/linux/x11/XConnection.h"
+
+namespace kovra {
+
+// The item's front in a tray that embeds windows, which the window process shows. Only where XEmbedTrayChoice wants it.
+class XEmbedTray : public TrayFront {
+  public:
+    XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item);
+    ~XEmbedTray() override;
+
+    // Whether a StatusNotifier host is there, each time it is known anew.
+    void setHostIsThere(bool isThere) { choice_.setHostIsThere(isThere); }
+
+    void show(const TrayContents& contents, const TrayChanges& changes) override;
+
+  private:
+    WindowProcess& window_;
+    WindowProcess::Messages::Token listening_;
+    bool isShown_ = false;
+    XEmbedTrayChoice choice_;
+    std::unique_ptr<XEmbedTrayWatch> watch_;
+};
+
+}  // namespace kovra

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QLabel>
+#include <memory>
+
+#include "BLE_kovra/platform/linux/ui/elements/Element.h"
+#include "BLE_kovra/platform/linux/ui/style/Paragraph.h"
+
+namespace kovra {
+
+// A text that wraps anywhere; to screen readers a label like any other.
+class TextLabel : public QLabel {
+  public:
+    explicit TextLabel(QWidget& parent);
+
+    void show(const QString& text, const QFont& font, Color color);
+    Paragraph& paragraph() { return paragraph_; }
+
+  private:
+    void paintEvent(QPaintEvent* event) override;
+
+    Paragraph paragraph_;
+    Color color_ = Color::primary;
+};
+
+// A text that stands by itself.
+class TextElement : public Element {
+  public:
+    explicit TextElement(const Site& site);
+
+    void addTexts(QStringList& texts) const override { texts.append(label_->text()); }
+    void addWidgets(std::vector<QWidget*>& widgets) const override { widgets.push_back(label_.get()); }
+
+  private:
+    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
+    Wish kindWidth() override;
+    Wish kindHeight(int width) override;
+    void placeKind(const QRect& place) override;
+
+    std::unique_ptr<TextLabel> label_;
+};
+
+}  // namespace kovra

@@ -1,0 +1,106 @@
+#include "BLE_kovra/platform/linux/ui/style/TextStyle.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <algorithm>
+#include <cmath>
+
+namespace kovra {
+
+namespace {
+
+constexpr double legible = 4.5;
+constexpr double discernible = 3.6;  // of lines, which are smoothed where they are round
+
+// Of the desktop's size.
+double size(Font font) {
+    switch (font) {
+        case Font::subheadline:
+            return 0.95;
+        case Font::caption:
+            return 0.9;
+        case Font::caption2:
+            return 0.85;
+        case Font::standard:
+        case Font::headline:
+        case Font::body:
+            break;
+    }
+    return 1;
+}
+
+double luminance(const QColor& color) {
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+QColor mixed(const QColor& ink, const QColor& paper, double share) {
+    const auto part = [share](double one, double other) {
+        return static_cast<float>(one * share + other * (1 - share));
+    };
+    return QColor::fromRgbF(part(ink.redF(), paper.redF()), part(ink.greenF(), paper.greenF()),
+                            part(ink.blueF(), paper.blueF()));
+}
+
+// As pale as it may be.
+QColor secondary(const QPalette& palette) {
+    const QColor ink = palette.color(QPalette::WindowText);
+    const QColor paper = palette.color(QPalette::Window);
+    double share = 0.65;
+    while (share < 1 && contrast(mixed(ink, paper, share), paper) < legible) share += 0.05;
+    return mixed(ink, paper, std::min(share, 1.0));
+}
+
+bool isDark(const QPalette& palette) {
+    return luminance(palette.color(QPalette::Window)) < luminance(palette.color(QPalette::WindowText));
+}
+
+}  // namespace
+
+QFont TextStyle::qtFont() const {
+    QFont made = QApplication::font();
+    if (made.pointSizeF() > 0)
+        made.setPointSizeF(made.pointSizeF() * size(font));
+    else
+        made.setPixelSize(std::max(1, static_cast<int>(std::lround(made.pixelSize() * size(font)))));
+    if (bold || font == Font::headline) made.setBold(true);
+    return made;
+}
+
+QColor outlineSource(const QPalette& palette) {
+    const QColor ink = palette.color(QPalette::WindowText);
+    const QColor paper = palette.color(QPalette::Window);
+    const auto standsOut = [&](const QColor& source) {
+        const QColor ofBox = source.darker(140).lighter(110), ofRing = source.darker(150);
+        return contrast(ofBox, paper) >= discernible && contrast(ofRing, paper) >= discernible;
+    };
+    double share = 0;
+    while (share < 1 && !standsOut(mixed(ink, paper, share))) share += 0.05;
+    return mixed(ink, paper, std::min(share, 1.0));
+}
+
+QColor roleColor(Color color, const QPalette& palette) {
+    switch (color) {
+        case Color::green:
+            return isDark(palette) ? QColor(0x33, 0xD1, 0x7A) : QColor(0x1F, 0x8F, 0x4F);
+        case Color::gray: {
+            const int shade = qGray(secondary(palette).rgb());
+            return {shade, shade, shade};
+        }
+        case Color::secondary:
+            return secondary(palette);
+        case Color::primary:
+            break;
+    }
+    return palette.color(QPalette::WindowText);
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+}  // namespace kovra

@@ -1,0 +1,48 @@
+#include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QEvent>
+#include <QTextDocument>
+#include <QWidget>
+
+#include "BLE_kovra/platform/linux/ui/tray/DrawingIcon.h"
+
+namespace kovra {
+
+namespace {
+
+// Tool tips that look like HTML are taken for it.
+QString plain(const QString& text) { return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text; }
+
+}  // namespace
+
+TrayIcon::TrayIcon() {
+    connect(&icon_, &QSystemTrayIcon::activated, this, [this](auto reason) { activated(reason); });
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+void TrayIcon::show(const ShowTray& tray) {
+    icon_.setIcon(tray.image ? drawingIcon(*tray.image, tray.imageIsTemplate) : QIcon());
+    name_ = QString::fromStdString(tray.toolTip);
+    icon_.setToolTip(plain(name_));
+    menu_.show(tray.menu);
+    if (!icon_.isVisible()) icon_.show();
+}
+
+void TrayIcon::activated(QSystemTrayIcon::ActivationReason reason) {
+    if (reason == QSystemTrayIcon::MiddleClick) return;
+    const QRect place = icon_.geometry();
+    menu_.popUp(place.isValid() ? place : QRect(QCursor::pos(), QSize(1, 1)));
+}
+
+// The window in the tray is the toolkit's own, made anew for each tray. A screen reader names it by its title.
+bool TrayIcon::eventFilter(QObject* object, QEvent* event) {
+    const bool mayChangeName = event->type() == QEvent::Show || event->type() == QEvent::ToolTipChange;
+    if (mayChangeName && object->objectName() == QLatin1String("QSystemTrayIconSys")) {
+        if (auto* window = qobject_cast<QWidget*>(object)) window->setWindowTitle(name_);
+    }
+    return QObject::eventFilter(object, event);
+}
+
+}  // namespace kovra

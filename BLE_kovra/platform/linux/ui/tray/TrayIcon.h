@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QSystemTrayIcon>
+
+#include "BLE_kovra/platform/linux/ui/tray/TrayMenu.h"
+#include "BLE_kovra/platform/linux/wire/Messages.h"
+
+namespace kovra {
+
+// The icon in a tray that embeds windows (XEmbed). A click of the left or the right button opens the menu. The toolkit
+// docks the icon again when the tray was restarted.
+class TrayIcon : public QObject {
+  public:
+    TrayIcon();
+
+    void show(const ShowTray& tray);
+    TrayMenu& menu() { return menu_; }
+
+  private:
+    void activated(QSystemTrayIcon::ActivationReason reason);
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+    QString name_;  // of the icon, for screen readers
+    QSystemTrayIcon icon_;
+    TrayMenu menu_;
+};
+
+}  // namespace kovra

@@ -1,0 +1,65 @@
+#include "BLE_kovra/platform/linux/windows/ProcessAlertPresenter.h"
+
+#include <variant>
+
+#include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/session/ActivationToken.h"
+
+namespace kovra {
+
+namespace {
+
+AlertResponse response(const AlertAnswered& answered, const Alert& alert) {
+    if (!answered.button || *answered.button >= alert.buttons.size()) return AlertResponse::aborted;
+    return static_cast<AlertResponse>(static_cast<int>(AlertResponse::firstButton) +
+                                      static_cast<int>(*answered.button));
+}
+
+}  // namespace
+
+ProcessAlertPresenter::ProcessAlertPresenter(SdEventLoop& loop, WindowProcess& process, ActivationToken& token)
+    : loop_(loop), process_(process), token_(token) {
+    listening_ = process_.listen([this](const ToResident& told) {
+        if (const auto* answered = std::get_if<AlertAnswered>(&told)) hear(*answered);
+    });
+    mourning_ = process_.listenForDeath([this] { abortAll(); });
+}
+
+AlertResponse ProcessAlertPresenter::runModal(const Alert& alert) {
+    if (loop_.isStopped()) return AlertResponse::aborted;
+    const auto open = std::make_shared<Open>(Open{{++number_, token_.take(), alert}, {}});
+    stack_.push_back(open);
+    tell();
+    loop_.runUntil([&] { return open->answer.has_value(); });
+    std::erase(stack_, open);
+    return loop_.isStopped() ? AlertResponse::aborted : *open->answer;
+}
+
+void ProcessAlertPresenter::hear(const AlertAnswered& answered) {
+    for (const auto& open : stack_) {
+        if (open->shown.number != answered.number || open->answer) continue;
+        open->answer = response(answered, open->shown.alert);
+        tell();
+    }
+}
+
+void ProcessAlertPresenter::abortAll() {
+    for (const auto& open : stack_) {
+        if (!open->answer) open->answer = AlertResponse::aborted;
+    }
+    tell();
+}
+
+// An answered one is closed, also while its caller waits for one above it to be answered.
+void ProcessAlertPresenter::tell() {
+    ShowAlerts shown;
+    for (const auto& open : stack_) {
+        if (!open->answer) shown.alerts.push_back(open->shown);
+    }
+    if (shown.alerts.empty())
+        process_.closeAlerts();
+    else
+        process_.show(shown);
+}
+
+}  // namespace kovra

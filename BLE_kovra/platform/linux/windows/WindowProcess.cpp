@@ -1,0 +1,231 @@
+#include "BLE_kovra/platform/linux/windows/WindowProcess.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
+#include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+#include "BLE_kovra/platform/linux/wire/LineSocket.h"
+#include "BLE_kovra/platform/posix/ChildProcess.h"
+#include "BLE_kovra/platform/posix/FileDescriptor.h"
+
+namespace kovra {
+
+namespace {
+
+// A message's place among those to the window process, by which the newest replaces the one before.
+template <typename State>
+std::size_t kindOf() {
+    return ToWindow(State()).index();
+}
+
+void callOff(std::unique_ptr<DelayedTask>& task) {
+    if (task) task->cancel();
+    task.reset();
+}
+
+}  // namespace
+
+// One process, with our end of its socket.
+class WindowProcess::Running {
+  public:
+    using Block = MainQueue::Block;
+
+    // Null where the program cannot be started, or the system has nothing left for it.
+    static std::unique_ptr<Running> start(SdEventLoop& loop, const std::string& program) {
+        std::array<int, 2> ends{-1, -1};
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return nullptr;
+        const FileDescriptor theirs(ends[1]);
+        auto socket = std::make_unique<FileDescriptor>(ends[0]);
+        Spawn how;
+        how.give(theirs.number(), windowSocket);
+        how.giveNothing(STDIN_FILENO);
+        how.giveNothing(STDOUT_FILENO);
+        auto child = ChildProcess::start(how, program, {});
+        if (!child) return nullptr;
+        return std::make_unique<Running>(loop, std::move(child), std::move(socket));
+    }
+
+    Running(SdEventLoop& loop, std::unique_ptr<ChildProcess> child, std::unique_ptr<FileDescriptor> socket)
+        : loop_(loop), child_(std::move(child)), socket_(std::move(socket)) {}
+
+    // `message`: there is something to receive, or the other end is closed. `end`: the process has ended.
+    void listen(const Block& message, const Block& end) {
+        reading_ = loop_.watch(socket_->number(), message);
+        ending_ = loop_.watch(child_->descriptor(), end);
+    }
+    std::optional<std::vector<std::string>> receive() {
+        reading_->rearm();
+        return receiveLines(socket_->number(), reader_);
+    }
+
+    void send(std::size_t kind, std::string line) {
+        outbox_.put(kind, std::move(line));
+        if (!writing_) flush();
+    }
+
+    // Closes the connection; `gone` is called once nothing is left of the process.
+    void leave(const Block& gone) {
+        reading_.reset();
+        writing_.reset();
+        socket_.reset();
+        child_->terminate();
+        ending_.reset();  // before the next, since the kernel watches a descriptor once
+        ending_ = loop_.watch(child_->descriptor(), [this, gone] {
+            child_->reap();
+            gone();
+        });
+    }
+
+  private:
+    // That the other side is gone is told by its end.
+    void flush() {
+        if (outbox_.flush(socket_->number()) != Outbox::State::waiting)
+            writing_.reset();
+        else if (writing_)
+            writing_->rearm();
+        else
+            writing_ = loop_.watchForRoom(socket_->number(), [this] { flush(); });
+    }
+
+    SdEventLoop& loop_;
+    std::unique_ptr<ChildProcess> child_;
+    std::unique_ptr<FileDescriptor> socket_;
+    LineReader reader_{longestToResident};
+    Outbox outbox_;
+    std::unique_ptr<SdEventLoop::Watch> reading_;
+    std::unique_ptr<SdEventLoop::Watch> writing_;
+    std::unique_ptr<SdEventLoop::Watch> ending_;
+};
+
+WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program)
+    : WindowProcess(loop, std::move(program), Patience()) {}
+
+WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Patience patience)
+    : loop_(loop), program_(std::move(program)), patience_(std::move(patience)) {}
+
+WindowProcess::~WindowProcess() {
+    for (auto* task : {&nextTry_, &failure_, &lingering_}) callOff(*task);
+}
+
+void WindowProcess::show(const ToWindow& state) {
+    const auto [shown, isNew] = shown_.try_emplace(state.index());
+    std::string line = encode(state);
+    if (!isNew && shown->second == line) return;
+    shown->second = std::move(line);
+    if (isNew) {
+        callOff(lingering_);
+        tries_ = 0;
+        if (!running_) return start();  // which tells it
+    }
+    if (running_) running_->send(state.index(), shown->second);
+}
+
+void WindowProcess::hideTray() {
+    if (hide(kindOf<ShowTray>(), HideTray())) endIfIdle();
+}
+
+void WindowProcess::hideWindow() {
+    if (hide(kindOf<ShowWindow>(), HideWindow())) linger();
+}
+
+void WindowProcess::closeAlerts() {
+    if (hide(kindOf<ShowAlerts>(), ShowAlerts())) linger();
+}
+
+void WindowProcess::tell(const ToWindow& event) {
+    if (!running_) start();
+    if (!running_) return;
+    callOff(lingering_);
+    isHeld_ = true;
+    running_->send(event.index(), encode(event));
+}
+
+void WindowProcess::release() {
+    if (std::exchange(isHeld_, false)) linger();
+}
+
+void WindowProcess::start() {
+    callOff(nextTry_);
+    startedAt_ = Clock::now();
+    const std::string program = program_();
+    running_ = program.empty() ? nullptr : Running::start(loop_, program);
+    if (!running_) {
+        callOff(failure_);
+        failure_ = loop_.asyncAfter({}, [this] {
+            if (!running_) deaths_.call();
+        });
+        return startAgainLater();
+    }
+    running_->listen([this] { receive(); },
+                     [this] {
+                         receive();  // what it said last
+                         if (running_) died();
+                     });
+    for (const auto& [kind, line] : shown_) running_->send(kind, line);
+}
+
+void WindowProcess::receive() {
+    const auto lines = running_->receive();
+    if (!lines) return died();
+    for (const std::string& line : *lines) {
+        const auto message = decodeToResident(line);
+        if (message) messages_.call(*message);
+    }
+}
+
+void WindowProcess::died() {
+    letGo();
+    if (Clock::now() - startedAt_ >= patience_.settled) tries_ = 0;
+    deaths_.call();
+    startAgainLater();
+}
+
+void WindowProcess::startAgainLater() {
+    if (running_ || shown_.empty() || tries_ == patience_.delays.size()) return;
+    nextTry_ = loop_.asyncAfter(patience_.delays[tries_++], [this] { start(); });
+}
+
+// Whether it was shown. Should the process not have taken the state yet, it is told this in its place.
+bool WindowProcess::hide(std::size_t kind, const ToWindow& farewell) {
+    if (shown_.erase(kind) == 0) return false;
+    if (shown_.empty()) callOff(nextTry_);
+    if (running_) running_->send(kind, encode(farewell));
+    return true;
+}
+
+void WindowProcess::linger() {
+    callOff(lingering_);
+    if (!running_) return;
+    lingering_ = loop_.asyncAfter(patience_.linger, [this] {
+        lingering_.reset();
+        endIfIdle();
+    });
+}
+
+void WindowProcess::endIfIdle() {
+    if (running_ && shown_.empty() && !isHeld_ && !lingering_) letGo();
+}
+
+void WindowProcess::letGo() {
+    isHeld_ = false;
+    callOff(lingering_);
+    Running* leaving = leaving_.emplace_back(std::move(running_)).get();
+    leaving->leave(
+        [this, leaving] { std::erase_if(leaving_, [&](const auto& each) { return each.get() == leaving; }); });
+}
+
+std::string windowProgram() {
+    if (currentDesktop() == Desktop::none) return {};
+    constexpr const char* name = "ble-kovra-ui";
+    const auto beside = std::filesystem::path(ownProgram()).parent_path() / name;
+    return findProgram(beside).value_or(std::string(KOVRA_LIBEXEC) + '/' + name);
+}
+
+}  // namespace kovra

@@ -1,0 +1,91 @@
+#include "BLE_kovra/platform/linux/x11/XConnection.h"
+
+#include <xcb/xcbext.h>
+
+#include <cstdlib>
+#include <utility>
+
+namespace kovra {
+
+namespace {
+
+using Event = Allocated<xcb_generic_event_t>;
+
+std::vector<xcb_window_t> rootsOf(xcb_connection_t* connection, int screen) {
+    std::vector<xcb_window_t> roots;
+    for (auto each = xcb_setup_roots_iterator(xcb_get_setup(connection)); each.rem > 0; xcb_screen_next(&each))
+        roots.push_back(each.data->root);
+    const auto own = static_cast<std::size_t>(screen);
+    if (own < roots.size()) std::swap(roots[0], roots[own]);
+    return roots;
+}
+
+}  // namespace
+
+std::unique_ptr<XConnection> XConnection::open(SdEventLoop& loop) {
+    const char* display = std::getenv("DISPLAY");
+    if (display == nullptr || *display == '\0') return nullptr;
+    int screen = 0;
+    Connection connection(xcb_connect(display, &screen));  // never null
+    if (xcb_connection_has_error(connection.get()) != 0) return nullptr;
+    return std::unique_ptr<XConnection>(new XConnection(loop, std::move(connection), screen));
+}
+
+XConnection::XConnection(SdEventLoop& loop, Connection connection, int screen)
+    : loop_(loop),
+      connection_(std::move(connection)),
+      roots_(rootsOf(connection_.get(), screen)),
+      self_(std::make_shared<XConnection*>(this)) {
+    watch_ = loop_.watch(xcb_get_file_descriptor(connection_.get()), [this] {
+        // First, so that a listener may run the loop nested.
+        watch_->rearm();
+        handOut();
+    });
+}
+
+XConnection::~XConnection() = default;
+
+void XConnection::flush() {
+    xcb_flush(connection_.get());
+    // What the library has read already rings no more.
+    loop_.async([weak = std::weak_ptr(self_)] {
+        if (const auto self = weak.lock()) (*self)->handOut();
+    });
+}
+
+XConnection::Token XConnection::whenServed(std::function<void()> then) {
+    auto held = std::make_shared<const std::function<void()>>(std::move(then));
+    // The server answers in order: any small question will do.
+    questions_.push_back({xcb_get_input_focus(connection_.get()).sequence, held});
+    flush();
+    return held;
+}
+
+void XConnection::handOutAnswers() {
+    while (!questions_.empty()) {
+        void* reply = nullptr;
+        xcb_generic_error_t* error = nullptr;
+        if (xcb_poll_for_reply(connection_.get(), questions_.front().sequence, &reply, &error) == 0) return;
+        const Allocated<void> ownedReply(reply);
+        const Allocated<xcb_generic_error_t> ownedError(error);
+        const auto then = questions_.front().then.lock();
+        questions_.pop_front();
+        if (then) (*then)();
+    }
+}
+
+void XConnection::handOut() {
+    if (!watch_) return;
+    while (const Event event{xcb_poll_for_event(connection_.get())}) {
+        constexpr std::uint8_t error = 0;
+        if (event->response_type != error) events_.call(*event);
+    }
+    if (xcb_connection_has_error(connection_.get()) == 0) {
+        handOutAnswers();
+        return;
+    }
+    watch_.reset();
+    if (onLost) onLost();
+}
+
+}  // namespace kovra

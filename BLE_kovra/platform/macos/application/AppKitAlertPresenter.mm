@@ -1,0 +1,26 @@
+#include "BLE_kovra/platform/macos/application/AppKitAlertPresenter.h"
+
+#import <AppKit/AppKit.h>
+
+#include "BLE_kovra/platform/macos/foundation/FoundationString.h"
+
+namespace kovra {
+
+AlertResponse AppKitAlertPresenter::runModal(const Alert& alert) {
+    NSAlert* made = [[NSAlert alloc] init];
+    [made setMessageText:foundationString(alert.messageText)];
+    [made setInformativeText:foundationString(alert.informativeText)];
+    for (const std::string& button : alert.buttons) [made addButtonWithTitle:foundationString(button)];
+
+    // Above other programs' windows also where the system does not let this one come to the front.
+    [[made window] setLevel:NSFloatingWindowLevel];
+    // Otherwise neither a signal nor the end of the session would end the application while the alert is open.
+    [[made window] setPreventsApplicationTerminationWhenModal:NO];
+
+    const NSModalResponse response = [made runModal];
+    if (response == NSAlertFirstButtonReturn) return AlertResponse::firstButton;
+    if (response == NSAlertSecondButtonReturn) return AlertResponse::secondButton;
+    return AlertResponse::aborted;
+}
+
+}  // namespace kovra

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <IOKit/hid/IOHIDDevice.h>
+
+#include "BLE_kovra/platform/HIDManager.h"
+#include "BLE_kovra/platform/macos/foundation/CFHandle.h"
+
+namespace kovra {
+
+// A HID device of the system, kept for as long as this lives.
+class IOKitHIDDevice : public HIDDevice {
+  public:
+    explicit IOKitHIDDevice(IOHIDDeviceRef device) : device_(CFHandle<IOHIDDeviceRef>::retained(device)) {}
+
+    std::optional<std::uint64_t> registryEntryID() const override;
+    std::uint64_t handle() const override;
+    std::optional<std::int64_t> integerProperty(std::string_view name) const override;
+    std::optional<std::string> stringProperty(std::string_view name) const override;
+
+  private:
+    CFHandle<IOHIDDeviceRef> device_;
+};
+
+}  // namespace kovra

@@ -1,0 +1,68 @@
+#include "BLE_kovra/platform/macos/hotkeys/CarbonHotKeyService.h"
+
+#include <Carbon/Carbon.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace kovra {
+
+namespace {
+
+class Installed : public HotKeyService::Reference {
+  public:
+    explicit Installed(HotKeyService::Handler handler) : handler_(std::move(handler)) {
+        const EventTypeSpec pressed{kEventClassKeyboard, kEventHotKeyPressed};
+        if (InstallEventHandler(GetApplicationEventTarget(), press, 1, &pressed, nullptr, &installed_) != noErr) return;
+        all().push_back(this);
+    }
+    ~Installed() override {
+        std::erase(all(), this);
+        if (installed_ != nullptr) RemoveEventHandler(installed_);
+    }
+    bool isInstalled() const { return installed_ != nullptr; }
+
+  private:
+    static std::vector<Installed*>& all() {
+        static std::vector<Installed*> handlers;
+        return handlers;
+    }
+    static OSStatus press(EventHandlerCallRef, EventRef, void*) noexcept {
+        if (all().empty()) return noErr;
+        const auto handler = all().back()->handler_;  // a copy: it may let go of itself
+        return handler();
+    }
+
+    HotKeyService::Handler handler_;
+    EventHandlerRef installed_ = nullptr;
+};
+
+class Registered : public HotKeyService::Reference {
+  public:
+    explicit Registered(EventHotKeyRef hotKey) : hotKey_(hotKey) {}
+    ~Registered() override { UnregisterEventHotKey(hotKey_); }
+
+  private:
+    EventHotKeyRef hotKey_;
+};
+
+}  // namespace
+
+std::unique_ptr<HotKeyService::Reference> CarbonHotKeyService::installHandler(Handler handler) {
+    auto installed = std::make_unique<Installed>(std::move(handler));
+    if (!installed->isInstalled()) return nullptr;
+    return installed;
+}
+
+std::unique_ptr<HotKeyService::Reference> CarbonHotKeyService::registerHotKey(const HotKey& hotKey) {
+    const EventHotKeyID id{hotKey.signature, hotKey.number};
+    EventHotKeyRef registered = nullptr;
+    if (RegisterEventHotKey(hotKey.keyCode, hotKey.modifiers, id, GetApplicationEventTarget(), 0, &registered) !=
+        noErr) {
+        return nullptr;
+    }
+    return std::make_unique<Registered>(registered);
+}
+
+}  // namespace kovra

@@ -1,0 +1,55 @@
+#include "BLE_kovra/platform/macos/loop/CFDescriptorLoop.h"
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "BLE_kovra/platform/macos/foundation/CFHandle.h"
+#include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
+
+namespace kovra {
+
+namespace {
+
+class DescriptorWatch : public DescriptorLoop::Watch {
+  public:
+    DescriptorWatch(int number, std::function<void()> readable)
+        : readable_(std::make_shared<std::function<void()>>(std::move(readable))), descriptor_(make(number)) {
+        if (!descriptor_) throw std::system_error(ENOMEM, std::generic_category(), "descriptor");
+        const CFHandle source(CFFileDescriptorCreateRunLoopSource(kCFAllocatorDefault, descriptor_.get(), 0));
+        CFRunLoopAddSource(CFRunLoopGetMain(), source.get(), kCFRunLoopCommonModes);
+        DescriptorWatch::rearm();
+    }
+    ~DescriptorWatch() override { CFFileDescriptorInvalidate(descriptor_.get()); }
+
+    void rearm() override { CFFileDescriptorEnableCallBacks(descriptor_.get(), kCFFileDescriptorReadCallBack); }
+
+  private:
+    CFHandle<CFFileDescriptorRef> make(int number) {
+        const CFFileDescriptorContext context{0, this, nullptr, nullptr, nullptr};
+        return CFHandle(CFFileDescriptorCreate(kCFAllocatorDefault, number, false, rang, &context));
+    }
+    static void rang(CFFileDescriptorRef, CFOptionFlags, void* context) noexcept {
+        if (context == nullptr) return;
+        const auto readable = static_cast<DescriptorWatch*>(context)->readable_;  // outlives its watch in the call
+        (*readable)();
+    }
+
+    std::shared_ptr<std::function<void()>> readable_;
+    CFHandle<CFFileDescriptorRef> descriptor_;
+};
+
+}  // namespace
+
+std::unique_ptr<DescriptorLoop::Watch> CFDescriptorLoop::watch(int descriptor, std::function<void()> readable) {
+    return std::make_unique<DescriptorWatch>(descriptor, std::move(readable));
+}
+
+void CFDescriptorLoop::runUntil(const std::function<bool()>& done) {
+    constexpr CFTimeInterval forever = 1e10;
+    while (!isStopped() && !done()) CFRunLoopRunInMode(kCFRunLoopDefaultMode, forever, true);
+}
+
+bool CFDescriptorLoop::isStopped() const { return queue_.isStopped(); }
+
+}  // namespace kovra

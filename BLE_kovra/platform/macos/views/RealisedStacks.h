@@ -1,0 +1,39 @@
+#pragma once
+
+#include "BLE_kovra/platform/ViewChildren.h"
+#include "BLE_kovra/platform/macos/views/RealisedView.h"
+
+namespace kovra {
+
+class RealisedStack : public RealisedView {
+  public:
+    explicit RealisedStack(const ViewSite& site);
+    std::vector<std::string> texts() const override;
+
+  private:
+    NSView* innermost() const override { return stack_; }
+    void showKind(const View& view, const Surroundings& around) override;
+    void arrange(bool isHorizontal);
+
+    NSStackView* stack_;
+    std::optional<Stack> shown_;
+    ViewChildren<RealisedView> children_;
+};
+
+// An opening on its child, no higher than the child, which gives way where there is no room. How far it is scrolled
+// stays whatever becomes of the child.
+class RealisedScroll : public RealisedView {
+  public:
+    explicit RealisedScroll(const ViewSite& site);
+    std::vector<std::string> texts() const override;
+
+  private:
+    NSView* innermost() const override { return opening_; }
+    void showKind(const View& view, const Surroundings& around) override;
+
+    NSScrollView* opening_;
+    NSView* document_;
+    ViewChildren<RealisedView> children_;
+};
+
+}  // namespace kovra

@@ -1,0 +1,71 @@
+#include <algorithm>
+
+#include "BLE_kovra/platform/linux/desktop/JournalLog.h"
+#include "tests/contracts/SystemLogContract.h"
+#include "tests/platform/linux/desktop/LogSockets.h"
+
+namespace kovra {
+namespace {
+
+// With a journal.
+class JournalDriver {
+  public:
+    SystemLog& log() { return log_; }
+    std::vector<std::string> entries() {
+        std::vector<std::string> messages;
+        for (const std::string& datagram : journal_.datagrams()) messages.push_back(journalFields(datagram)["MESSAGE"]);
+        return messages;
+    }
+
+  private:
+    TempFolder folder_;
+    LogSocket journal_{folder_ / "journal"};
+    StandardError standardError_{folder_ / "stderr"};
+    JournalLog log_{folder_ / "journal", folder_ / "syslog"};
+};
+
+// Without a journal, with syslog.
+class SyslogDriver {
+  public:
+    SystemLog& log() { return log_; }
+    std::vector<std::string> entries() {
+        std::vector<std::string> messages;
+        for (const std::string& datagram : syslog_.datagrams()) {
+            messages.push_back(datagram.substr(std::min(datagram.find("]: ") + 3, datagram.size())));
+        }
+        return messages;
+    }
+
+  private:
+    TempFolder folder_;
+    LogSocket syslog_{folder_ / "syslog"};
+    StandardError standardError_{folder_ / "stderr"};
+    JournalLog log_{folder_ / "journal", folder_ / "syslog"};
+};
+
+// On a system without either: what the user sees who started the program.
+class StandardErrorDriver {
+  public:
+    SystemLog& log() { return log_; }
+    std::vector<std::string> entries() {
+        std::vector<std::string> lines;
+        std::string text = standardError_.text();
+        for (std::size_t end; (end = text.find('\n')) != std::string::npos; text.erase(0, end + 1)) {
+            lines.push_back(text.substr(0, end));
+        }
+        if (!text.empty()) lines.push_back("torn: " + text);
+        return lines;
+    }
+
+  private:
+    TempFolder folder_;
+    StandardError standardError_{folder_ / "stderr"};
+    JournalLog log_{folder_ / "journal", folder_ / "syslog"};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Journal, SystemLogContract, JournalDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(Syslog, SystemLogContract, SyslogDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(StandardError, SystemLogContract, StandardErrorDriver);
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,191 @@
+// What the preferences do where the system refuses: nothing is lost, nothing is touched that need not be, and each
+// failure is one line of the log.
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/desktop/SmallTextFile.h"
+#include "tests/platform/linux/desktop/JsonPreferencesStoreFixture.h"
+#include "tests/support/posix/FileSizeLimit.h"
+#include "tests/support/posix/OrdinaryUser.h"
+
+namespace kovra {
+namespace {
+
+namespace fs = std::filesystem;
+
+class PreferencesHardship : public PreferencesFixture {
+  protected:
+    using Lines = std::vector<std::string>;
+
+    std::string cannotRead(int error) const {
+        return "ble-kovra: не удалось прочитать настройки (" + path_ + "): " + std::strerror(error);
+    }
+    std::string cannotSave(int error) const {
+        return "ble-kovra: не удалось сохранить настройки (" + path_ + "): " + std::strerror(error);
+    }
+    // A start, then two saves, all refused; what is at the path stays what it is.
+    void expectLeftAlone(int error) {
+        const auto before = traces(path_);
+        start();
+        EXPECT_EQ(store_->object("a"), std::nullopt);
+        EXPECT_EQ(log_.lines, Lines{cannotRead(error)});
+        store_->set("a", 1.0);
+        store_->set("b", 2.0);
+        EXPECT_EQ(log_.lines, (Lines{cannotRead(error), cannotSave(error), cannotSave(error)}));
+        EXPECT_EQ(store_->object("a"), PreferenceValue(1.0));
+        EXPECT_EQ(traces(path_), before);
+        EXPECT_EQ(folder_.names(), Names{"preferences.json"});
+    }
+};
+
+TEST_F(PreferencesHardship, AFolderInTheFilesPlaceIsLeftAlone) {
+    fs::create_directory(path_);
+    expectLeftAlone(EISDIR);
+}
+
+TEST_F(PreferencesHardship, APipeInTheFilesPlaceIsLeftAlone) {
+    ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+    expectLeftAlone(EINVAL);
+}
+
+TEST_F(PreferencesHardship, ALinkToItselfIsLeftAlone) {
+    fs::create_symlink(path_, path_);
+    expectLeftAlone(ELOOP);
+}
+
+TEST_F(PreferencesHardship, AFileWithoutTheRightToReadIsLeftAlone) {
+    writeFile(path_, R"({"a": 7})");
+    OrdinaryUser::give(folder_.path());
+    OrdinaryUser::give(path_);
+    const OrdinaryUser user;
+    {
+        const Rights none(path_, 0);
+        expectLeftAlone(EACCES);
+    }
+    EXPECT_EQ(text(), R"({"a": 7})");
+    // Readable again, it takes what could not be saved before, together with the next choice.
+    store_->set("c", 3.0);
+    EXPECT_EQ(text(), "{\"a\": 1.0,\n  \"b\": 2.0,\n  \"c\": 3.0}");
+}
+
+TEST_F(PreferencesHardship, AFileTooLargeIsLeftAlone) {
+    const std::string large = "{\"a\": \"" + std::string(10 << 20, 'x') + "\"}";
+    writeFile(path_, large);
+    expectLeftAlone(EFBIG);
+    EXPECT_EQ(text(), large);
+}
+
+TEST_F(PreferencesHardship, AFileOfTheLargestSizeIsRead) {
+    std::string large = "{\"b\": \"\"}";
+    large.insert(large.size() - 2, SmallTextFile::largestSize - large.size(), 'x');
+    EXPECT_NE(startWith(large).object("b"), std::nullopt);
+    EXPECT_TRUE(log_.lines.empty());
+    store_->set("c", 1.0);
+    EXPECT_EQ(log_.lines, Lines{cannotSave(EFBIG)}) << "nothing is written that could not be read again";
+    EXPECT_EQ(text(), large);
+}
+
+TEST_F(PreferencesHardship, AFileInAFolderWithoutRightsIsLeftAlone) {
+    fs::create_directory(folder_ / "closed");
+    path_ = folder_ / "closed/preferences.json";
+    writeFile(path_, "{}");
+    OrdinaryUser::give(folder_.path());
+    OrdinaryUser::give(folder_ / "closed");
+    const OrdinaryUser user;
+    const Rights none(folder_ / "closed", 0);
+    start().set("a", 1.0);
+    EXPECT_EQ(log_.lines, (Lines{cannotRead(EACCES), cannotSave(EACCES)}));
+}
+
+TEST_F(PreferencesHardship, AFileInAReadOnlyFolderStaysAndTheSaveGoesOutLater) {
+    writeFile(path_, R"({"x": 0})");
+    OrdinaryUser::give(folder_.path());
+    OrdinaryUser::give(path_);
+    const OrdinaryUser user;
+    {
+        const Rights readOnly(folder_.path(), 0500);
+        const auto before = traces(path_);
+        start().set("a", 1.0);
+        store_->set("b", 2.0);
+        store_->set("a", 3.0);
+        EXPECT_EQ(log_.lines, (Lines{cannotSave(EACCES), cannotSave(EACCES), cannotSave(EACCES)}));
+        EXPECT_EQ(traces(path_), before);
+    }
+    store_->set("c", 4.0);
+    EXPECT_EQ(log_.lines.size(), 3U);
+    const auto& again = start();
+    EXPECT_EQ(again.object("a"), PreferenceValue(3.0));
+    EXPECT_EQ(again.object("b"), PreferenceValue(2.0));
+    EXPECT_EQ(again.object("c"), PreferenceValue(4.0));
+    EXPECT_EQ(again.object("x"), PreferenceValue(0.0));
+}
+
+TEST_F(PreferencesHardship, AMissingFolderThatCannotBeMadeIsOneLineASave) {
+    writeFile(folder_ / "file", "");
+    path_ = folder_ / "file/ble-kovra/preferences.json";
+    start().set("a", 1.0);
+    EXPECT_EQ(log_.lines, (Lines{cannotRead(ENOTDIR), cannotSave(ENOTDIR)}));
+
+    path_ = folder_ / "deep/ble-kovra/preferences.json";
+    OrdinaryUser::give(folder_.path());
+    const OrdinaryUser user;
+    const Rights readOnly(folder_.path(), 0500);
+    start().set("a", 1.0);
+    EXPECT_EQ(log_.lines, Lines{cannotSave(EACCES)});
+}
+
+TEST_F(PreferencesHardship, AUserWithoutAHomeHasNoPreferences) {
+    path_.clear();
+    start().set("a", 1.0);
+    EXPECT_EQ(log_.lines, Lines{cannotSave(ENOENT)});
+}
+
+TEST_F(PreferencesHardship, AFullDiskLeavesTheFileAsItWas) {
+    const std::string stored = R"({"selectedDeviceIDs": ["a#1:2"], "other": "kept"})";
+    for (rlim_t room = 0; room < stored.size(); room += 7) {
+        startWith(stored);
+        const auto before = traces(path_);
+        {
+            const FileSizeLimit limit(room);
+            store_->set("isEnabled", false);
+        }
+        EXPECT_EQ(log_.lines, Lines{cannotSave(EFBIG)});
+        EXPECT_EQ(traces(path_), before);
+        EXPECT_EQ(folder_.names(), Names{"preferences.json"}) << "a temporary was left behind";
+    }
+    store_->set("blockMode", std::string("always"));
+    const auto& again = start();
+    EXPECT_EQ(again.object("isEnabled"), PreferenceValue(false));
+    EXPECT_EQ(again.object("blockMode"), PreferenceValue(std::string("always")));
+    EXPECT_EQ(again.object("selectedDeviceIDs"), PreferenceValue(PreferenceArray{std::string("a#1:2")}));
+}
+
+TEST_F(PreferencesHardship, AFullDiskKeepsDamagedPreferencesWhereTheyAre) {
+    startWith("{torn");
+    {
+        const FileSizeLimit limit(1);
+        store_->set("a", 1.0);
+    }
+    EXPECT_EQ(text(), "{torn");
+    EXPECT_EQ(folder_.names(), Names{"preferences.json"});
+    store_->set("b", 2.0);
+    EXPECT_EQ(text(), "{\n  \"a\": 1.0,\n  \"b\": 2.0\n}\n");
+    EXPECT_EQ(readFile(path_ + ".damaged"), "{torn");
+}
+
+TEST_F(PreferencesHardship, ThePathInALineIsReadable) {
+    path_ = folder_ / "\xFF";
+    writeFile(path_, "{");
+    start();
+    EXPECT_EQ(log_.lines,
+              Lines{"ble-kovra: файл настроек повреждён (" + (folder_ / "\xEF\xBF\xBD") + "): ошибка JSON, байт 2"});
+}
+
+}  // namespace
+}  // namespace kovra

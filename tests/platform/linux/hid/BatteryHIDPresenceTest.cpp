@@ -1,0 +1,192 @@
+#include "BLE_kovra/platform/linux/hid/BatteryHIDPresence.h"
+
+#include <gtest/gtest.h>
+
+#include "BLE_kovra/platform/linux/hid/UdevHIDWatcher.h"
+#include "tests/platform/linux/hid/UdevHIDRig.h"
+#include "tests/platform/linux/loop/Turns.h"
+
+namespace kovra {
+namespace {
+
+using News = std::vector<std::string>;
+using std::chrono_literals::operator""ms;
+using std::chrono_literals::operator""s;
+
+const MockBattery on{};
+const MockBattery off{.online = "0", .status = "Unknown"};
+
+// A mouse at a receiver, under number 1, bound to the receiver's driver.
+class BatteryHIDPresenceTest : public testing::Test {
+  protected:
+    void plug(const std::optional<MockBattery>& battery) {
+        bus_.appear(mouse_);
+        if (battery) bus_.show(mouse_.name, *battery);
+        bus_.tell(mouse_.name, "add");
+        bus_.tell(mouse_.name, "bind");
+    }
+    void change(const MockBattery& battery) {
+        bus_.show(mouse_.name, battery);
+        bus_.tellOfBattery(mouse_.name);
+    }
+
+    UdevHIDRig rig_;
+    MockHIDBus& bus_ = rig_.bus;
+    MockHIDNode mouse_{.name = bus_.nextName(), .driver = "logitech-hidpp-device"};
+};
+
+TEST_F(BatteryHIDPresenceTest, TellsThatTheMouseWasSwitchedOffAndOnAgainWhileItsNodeStays) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    for (int round = 0; round < 3; ++round) {
+        change(off);
+        EXPECT_EQ(rig_.news(), News{"-1 apple"});
+        change(off);
+        EXPECT_EQ(rig_.news(), News());
+        change(on);
+        EXPECT_EQ(rig_.news(), News{"+1 apple"});
+        change(on);
+        EXPECT_EQ(rig_.news(), News());
+    }
+}
+
+TEST_F(BatteryHIDPresenceTest, SaysNothingOfAMouseThatIsOffAtTheStartUntilItIsOn) {
+    plug(off);
+    rig_.open();
+    EXPECT_EQ(rig_.news(), News());
+    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    EXPECT_EQ(rig_.news(), News());
+    change(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+}
+
+TEST_F(BatteryHIDPresenceTest, TakesAMouseForThereWhoseBatteryIsBeingCharged) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    for (const char* status : {"Charging", "Not charging", "Full"}) {
+        change({.online = "0", .status = status});
+        EXPECT_EQ(rig_.news(), News()) << status;
+    }
+}
+
+TEST_F(BatteryHIDPresenceTest, TakesAMouseForThereThatHasNoBatteryYet) {
+    rig_.open();
+    plug(std::nullopt);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    bus_.show(mouse_.name, on);
+    bus_.tellOfBattery(mouse_.name, "add");
+    EXPECT_EQ(rig_.news(), News());
+    change(off);
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+}
+
+TEST_F(BatteryHIDPresenceTest, TakesForThereWhatCannotBeTold) {
+    rig_.open();
+    plug(on);
+    const std::vector<MockBattery> doubtful = {{.online = std::nullopt, .status = "Unknown"},
+                                               {.online = "", .status = "Unknown"},
+                                               {.online = "00", .status = "Unknown"},
+                                               {.online = "no", .status = "Unknown"},
+                                               {.online = "0", .status = std::nullopt},
+                                               {.online = "0", .status = ""},
+                                               {.online = "0", .status = "Unknown", .scope = "System"},
+                                               {.online = "0", .status = "Unknown", .scope = std::nullopt}};
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    for (const MockBattery& battery : doubtful) {
+        change(battery);
+        EXPECT_EQ(rig_.news(), News());
+    }
+}
+
+TEST_F(BatteryHIDPresenceTest, TakesAMouseForThereIfOneOfItsBatteriesSaysSo) {
+    rig_.open();
+    plug(off);
+    bus_.show(mouse_.name, on, "hidpp_battery_1");
+    bus_.tellOfBattery(mouse_.name);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+}
+
+TEST_F(BatteryHIDPresenceTest, BelievesTheBatteryOfNoOtherDriver) {
+    mouse_.driver = "hid-generic";
+    rig_.open();
+    plug(off);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    change(off);
+    EXPECT_EQ(rig_.news(), News());
+}
+
+TEST_F(BatteryHIDPresenceTest, LetsTheNodesEndCountWhateverTheBatterySays) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    bus_.unplug(mouse_.name);
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+}
+
+TEST_F(BatteryHIDPresenceTest, TellsOfOneEndOfAMouseThatIsSwitchedOffAndThenUnplugged) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    change(off);
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+    bus_.unplug(mouse_.name);
+    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    EXPECT_EQ(rig_.news(), News());
+}
+
+TEST_F(BatteryHIDPresenceTest, FindsWhatItMissedWhenEverythingIsLookedAt) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    bus_.show(mouse_.name, off);
+    rig_.service.resynchronize();
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+}
+
+TEST_F(BatteryHIDPresenceTest, NoticesWithoutUdevdToo) {
+    rig_.stopUdevd();
+    plug(on);
+    rig_.open();
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    bus_.show(mouse_.name, off);
+    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+}
+
+TEST_F(BatteryHIDPresenceTest, LeavesOtherPowerSuppliesAlone) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    for (int i = 0; i < 5; ++i) bus_.tellOfLaptopBattery();
+    EXPECT_EQ(rig_.news(), News());
+    change(off);
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+}
+
+TEST_F(BatteryHIDPresenceTest, IsNotWokenByPowerSuppliesWithoutSuchAMouse) {
+    rig_.open();
+    rig_.settle();
+    const auto turnsWithForeignEvents = [&] {
+        for (int i = 0; i < 5; ++i) bus_.tellOfLaptopBattery();
+        return turnsWithin(rig_.loop, 300ms);
+    };
+    EXPECT_LE(turnsWithForeignEvents(), 2);  // the timer's own
+    plug(on);
+    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    EXPECT_GT(turnsWithForeignEvents(), 2);
+    bus_.unplug(mouse_.name);
+    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+    EXPECT_LE(turnsWithForeignEvents(), 2);
+}
+
+TEST_F(BatteryHIDPresenceTest, SleepsWhileNothingHappens) {
+    rig_.open();
+    plug(off);
+    rig_.settle();
+    EXPECT_LE(turnsWithin(rig_.loop, 1s), 2);  // the timer's own
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,287 @@
+#include "BLE_kovra/platform/linux/hid/BluezHIDPresence.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+
+#include "tests/platform/linux/hid/StandInBluez.h"
+#include "tests/platform/linux/hid/UdevHIDRig.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/PrivateBus.h"
+
+namespace kovra {
+namespace {
+
+using News = std::vector<std::string>;
+using std::chrono_literals::operator""ms;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* hci0 = "/org/bluez/hci0";
+constexpr const char* hci1 = "/org/bluez/hci1";
+constexpr const char* mouseAddress = "D4:F5:13:AA:BB:0C";
+constexpr const char* otherAddress = "D4:F5:13:AA:BB:0D";
+
+// A machine with an adapter, and on it a mouse with number 1.
+class BluezHIDPresenceTest : public testing::Test {
+  protected:
+    // With the mouse known to it.
+    void startBluez(bool isConnected) {
+        prepareBluez();
+        bluez_->addDevice(hci0, mouseAddress, isConnected);
+        bluez_->appear();
+    }
+    void prepareBluez() {
+        bluez_.emplace(rig_.loop);
+        bluez_->addAdapter(hci0, "00:1A:7D:DA:71:0F");
+        bluez_->addAdapter(hci1, "00:1A:7D:DA:71:10");
+    }
+    void setConnected(bool isConnected) { bluez_->setConnected(hci0, mouseAddress, isConnected); }
+    void expect(const std::string& news) {
+        EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); })) << "never told: " << news;
+        EXPECT_EQ(rig_.news(), News{news});
+    }
+    // What is heard is in force when the second question arrives, which is asked after it.
+    void waitUntilItListens() {
+        EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->questions >= 2; }));
+    }
+
+    // Until nothing is on its way any more.
+    void waitUntilItIsQuiet() {
+        for (int tries = 0; tries < 200 && turnsWithin(rig_.loop, 50ms) > 2;) ++tries;
+    }
+
+    PrivateBus machine_{"DBUS_SYSTEM_BUS_ADDRESS"};
+    UdevHIDRig rig_;
+    MockHIDBus& bus_ = rig_.bus;
+    const MockHIDNode mouse_{.name = "0005:046D:B012.0001",
+                             .id = "0005:0000046D:0000B012",
+                             .phys = "00:1a:7d:da:71:0f",
+                             .uniq = "d4:f5:13:aa:bb:0c"};
+    std::optional<StandInBluez> bluez_;
+};
+
+TEST_F(BluezHIDPresenceTest, TellsThatTheMouseDisconnectedAndCameBackWhileItsNodeStays) {
+    startBluez(true);
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    waitUntilItListens();
+    for (int round = 0; round < 3; ++round) {
+        setConnected(false);
+        expect("-1 apple");
+        setConnected(true);
+        expect("+1 apple");
+    }
+}
+
+TEST_F(BluezHIDPresenceTest, SaysNothingOfAMouseThatIsNotConnectedAtTheStartUntilItIs) {
+    startBluez(false);
+    bus_.plug(mouse_);
+    rig_.open();
+    rig_.let(UdevHIDAnnouncer::patience + 100ms);
+    EXPECT_EQ(rig_.news(), News());
+    waitUntilItListens();
+    setConnected(true);
+    expect("+1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, LosesNoChangeBetweenTheFirstAnswerAndTheListening) {
+    startBluez(true);
+    bluez_->onQuestion = [this] {
+        if (bluez_->questions == 1) rig_.loop.async([this] { setConnected(false); });
+    };
+    rig_.open();
+    bus_.plug(mouse_);
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 2; }));
+    EXPECT_EQ(rig_.news(), (News{"+1 apple", "-1 apple"}));
+}
+
+TEST_F(BluezHIDPresenceTest, TakesTheMouseForThereWhereBluezIsNotRunning) {
+    rig_.open();
+    bus_.plug(mouse_);
+    const auto plugged = Clock::now();
+    expect("+1 apple");
+    EXPECT_LT(Clock::now() - plugged, UdevHIDAnnouncer::patience);  // an answer, if a refusal
+    bus_.unplug(mouse_.name);
+    expect("-1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, WaitsForAnAnswerNoLongerThanForADriver) {
+    SystemBus silent(rig_.loop);
+    ASSERT_GE(sd_bus_request_name(silent.bus(), "org.bluez", 0), 0);
+    sd_bus_detach_event(silent.bus());
+    rig_.open();
+    const auto plugged = Clock::now();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    EXPECT_GE(Clock::now() - plugged, UdevHIDAnnouncer::patience);
+}
+
+TEST_F(BluezHIDPresenceTest, LearnsWhatIsSoWhenBluezComesAndWhenItComesAgain) {
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    startBluez(false);
+    expect("-1 apple");
+    bluez_.reset();
+    startBluez(true);
+    expect("+1 apple");
+    bluez_.reset();
+    startBluez(false);
+    expect("-1 apple");
+    setConnected(true);
+    expect("+1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, LeavesEverythingAsItIsWhenBluezGoes) {
+    startBluez(false);
+    bus_.plug(mouse_);
+    const MockHIDNode second{
+        .name = "0005:046D:B013.0002", .product = "pear", .phys = mouse_.phys, .uniq = "d4:f5:13:aa:bb:0d"};
+    bluez_->addDevice(hci0, otherAddress, true);
+    bus_.plug(second);
+    rig_.open();
+    expect("+2 pear");
+    waitUntilItListens();
+    bluez_.reset();
+    rig_.let(UdevHIDAnnouncer::patience + 100ms);
+    EXPECT_EQ(rig_.news(), News());
+}
+
+TEST_F(BluezHIDPresenceTest, ListensToADeviceThatBluezLearnsOfLater) {
+    prepareBluez();
+    bluez_->appear();
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    waitUntilItListens();
+    bluez_->addDevice(hci0, mouseAddress, false);
+    expect("-1 apple");
+    EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->questions >= 4; }));
+    setConnected(true);
+    expect("+1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, TakesADeviceThatBluezForgetsForAway) {
+    startBluez(true);
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    waitUntilItListens();
+    bluez_->removeDevice(hci0, mouseAddress);
+    expect("-1 apple");
+    bluez_->addDevice(hci0, mouseAddress, true);
+    expect("+1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, MeansTheDeviceOnTheNodesOwnAdapter) {
+    prepareBluez();
+    bluez_->addDevice(hci1, mouseAddress, false);
+    bluez_->addDevice(hci0, otherAddress, false);
+    bluez_->appear();
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    waitUntilItListens();
+    rig_.let(100ms);
+    EXPECT_EQ(rig_.news(), News());
+}
+
+TEST_F(BluezHIDPresenceTest, LetsTheNodesEndCountWhateverBluezSays) {
+    startBluez(true);
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    bus_.unplug(mouse_.name);
+    expect("-1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, FollowsEveryInterfaceOfADevice) {
+    startBluez(true);
+    rig_.open();
+    bus_.plug(mouse_);
+    MockHIDNode second = mouse_;
+    second.name = "0005:046D:B012.0002";
+    second.product = "apple keys";
+    bus_.plug(second);
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 2; }));
+    static_cast<void>(rig_.news());
+    waitUntilItListens();
+    setConnected(false);
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 2; }));
+    News news = rig_.news();
+    std::ranges::sort(news);
+    EXPECT_EQ(news, (News{"-1 apple", "-2 apple keys"}));
+}
+
+TEST_F(BluezHIDPresenceTest, AsksOnlyAboutBluetoothDevices) {
+    startBluez(false);
+    rig_.open();
+    MockHIDNode wired = mouse_;
+    wired.name = "0003:046D:C077.0001";
+    bus_.plug(wired);
+    expect("+1 apple");
+    rig_.let(100ms);
+    EXPECT_EQ(bluez_->questions, 0);
+}
+
+TEST_F(BluezHIDPresenceTest, IsWokenByItsOwnDevicesAlone) {
+    startBluez(true);
+    bluez_->addDevice(hci0, otherAddress, true);
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+    waitUntilItListens();
+    waitUntilItIsQuiet();
+    const auto turnsWithForeignEvents = [&] {
+        for (int i = 0; i < 20; ++i) {
+            bluez_->setConnected(hci0, otherAddress, i % 2 == 0);
+            bluez_->addDevice(hci0, "11:22:33:44:55:" + std::to_string(10 + i), false);
+        }
+        return turnsWithin(rig_.loop, 300ms);
+    };
+    EXPECT_LE(turnsWithForeignEvents(), 2);  // the timer's own
+    bus_.unplug(mouse_.name);
+    expect("-1 apple");
+    waitUntilItIsQuiet();
+    setConnected(false);
+    EXPECT_LE(turnsWithin(rig_.loop, 300ms), 2);
+    EXPECT_EQ(rig_.news(), News());
+}
+
+TEST_F(BluezHIDPresenceTest, TakesForThereWhatMakesNoSense) {
+    SystemBus nonsense(rig_.loop);
+    const auto answer = [](sd_bus_message* message, void*, sd_bus_error*) {
+        if (sd_bus_message_is_method_call(message, nullptr, "GetManagedObjects") <= 0) return 0;
+        return sd_bus_reply_method_return(message, "a{oa{sa{sv}}}", 1, "/org/bluez/hci0/dev_D4_F5_13_AA_BB_0C", 1,
+                                          "org.bluez.Device1", 3, "Address", "u", 7U, "Adapter", "s", "hci0",
+                                          "Connected", "s", "no");
+    };
+    ASSERT_GE(sd_bus_add_filter(nonsense.bus(), nullptr, answer, nullptr), 0);
+    ASSERT_GE(sd_bus_request_name(nonsense.bus(), "org.bluez", 0), 0);
+    rig_.open();
+    bus_.plug(mouse_);
+    expect("+1 apple");
+}
+
+// A service of that name that the bus could start.
+TEST(BluezHIDPresence, StartsNoService) {
+    const TempFolder home;
+    Environment environment;
+    environment.set("XDG_DATA_HOME", home.path().string());
+    std::filesystem::create_directories(home.path() / "dbus-1/services");
+    writeFile(home.path() / "dbus-1/services/org.bluez.service",
+              "[D-BUS Service]\nName=org.bluez\nExec=/bin/sh -c 'touch " + home / "started" + "'\n");
+    const PrivateBus machine("DBUS_SYSTEM_BUS_ADDRESS");
+    UdevHIDRig rig;
+    rig.open();
+    rig.bus.plug({.name = "0005:046D:B012.0001", .phys = "00:1a:7d:da:71:0f", .uniq = "d4:f5:13:aa:bb:0c"});
+    ASSERT_TRUE(rig.waitUntil([&] { return !rig.told.empty(); }));
+    rig.let(200ms);
+    EXPECT_EQ(readFile(home / "started"), "missing");
+}
+
+}  // namespace
+}  // namespace kovra

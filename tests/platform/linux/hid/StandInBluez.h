@@ -1,0 +1,122 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "BLE_kovra/platform/linux/bus/SystemBus.h"
+
+namespace kovra {
+
+// BlueZ as far as it tells of adapters and devices, on a bus where there is no real one: from its making to its end.
+class StandInBluez {
+  public:
+    explicit StandInBluez(SdEventLoop& loop) : machine_(loop) {
+        sd_bus* bus = machine_.bus();
+        EXPECT_GE(sd_bus_add_filter(bus, nullptr, called, this), 0);
+        EXPECT_GE(sd_bus_add_object_manager(bus, &manager_, "/"), 0);
+    }
+    StandInBluez(const StandInBluez&) = delete;
+    StandInBluez& operator=(const StandInBluez&) = delete;
+    ~StandInBluez() {
+        objects_.clear();
+        sd_bus_slot_unref(manager_);
+    }
+
+    // Takes its name, from when on it is asked. What it has got by then it has from the beginning.
+    void appear() { EXPECT_GE(sd_bus_request_name(machine_.bus(), "org.bluez", 0), 0); }
+
+    void addAdapter(const std::string& path, const std::string& address) {
+        static const sd_bus_vtable table[] = {
+            SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("Address", "s", text<&Object::address>, 0, 0), SD_BUS_VTABLE_END};
+        add(path, "org.bluez.Adapter1", table, {.address = address});
+    }
+    void addDevice(const std::string& adapter, const std::string& address, bool isConnected) {
+        static const sd_bus_vtable table[] = {
+            SD_BUS_VTABLE_START(0),
+            SD_BUS_PROPERTY("Name", "s", text<&Object::address>, 0, 0),
+            SD_BUS_PROPERTY("Address", "s", text<&Object::address>, 0, 0),
+            SD_BUS_PROPERTY("Adapter", "o", text<&Object::adapter>, 0, 0),
+            SD_BUS_PROPERTY("Paired", "b", yes, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+            SD_BUS_PROPERTY("Connected", "b", connected, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+            SD_BUS_VTABLE_END};
+        add(pathOf(adapter, address), "org.bluez.Device1", table,
+            {.address = address, .adapter = adapter, .isConnected = isConnected});
+    }
+    void setConnected(const std::string& adapter, const std::string& address, bool isConnected) {
+        objects_.at(pathOf(adapter, address))->isConnected = isConnected;
+        tellOf(adapter, address, "Connected");
+    }
+    // That this property has changed, whether it has or not.
+    void tellOf(const std::string& adapter, const std::string& address, const char* property) {
+        EXPECT_GE(sd_bus_emit_properties_changed(machine_.bus(), pathOf(adapter, address).c_str(), "org.bluez.Device1",
+                                                 property, nullptr),
+                  0);
+        flush();
+    }
+    void removeDevice(const std::string& adapter, const std::string& address) {
+        const std::string path = pathOf(adapter, address);
+        EXPECT_GE(sd_bus_emit_interfaces_removed(machine_.bus(), path.c_str(), "org.bluez.Device1", nullptr), 0);
+        objects_.erase(path);
+        flush();
+    }
+
+    int questions = 0;
+    std::function<void()> onQuestion;
+
+  private:
+    struct Object {
+        std::string address = {};
+        std::string adapter = {};
+        bool isConnected = false;
+        BusSlot slot = {};
+    };
+
+    static std::string pathOf(const std::string& adapter, std::string address) {
+        std::ranges::replace(address, ':', '_');
+        return adapter + "/dev_" + address;
+    }
+    void add(const std::string& path, const char* interface, const sd_bus_vtable* table, Object object) {
+        auto& kept = objects_[path] = std::make_unique<Object>(std::move(object));
+        sd_bus_slot* slot = nullptr;
+        EXPECT_GE(sd_bus_add_object_vtable(machine_.bus(), &slot, path.c_str(), interface, table, kept.get()), 0);
+        kept->slot.reset(slot);
+        EXPECT_GE(sd_bus_emit_interfaces_added(machine_.bus(), path.c_str(), interface, nullptr), 0);
+        flush();
+    }
+    void flush() { EXPECT_GE(sd_bus_flush(machine_.bus()), 0); }
+
+    static int called(sd_bus_message* message, void* context, sd_bus_error*) {
+        if (sd_bus_message_is_method_call(message, nullptr, "GetManagedObjects") > 0) {
+            auto* bluez = static_cast<StandInBluez*>(context);
+            ++bluez->questions;
+            if (bluez->onQuestion) bluez->onQuestion();
+        }
+        return 0;
+    }
+    template <std::string Object::*member>
+    static int text(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* object,
+                    sd_bus_error*) {
+        const char* type = member == &Object::adapter ? "o" : "s";
+        return sd_bus_message_append(reply, type, (static_cast<Object*>(object)->*member).c_str());
+    }
+    static int connected(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* object,
+                         sd_bus_error*) {
+        return sd_bus_message_append(reply, "b", static_cast<Object*>(object)->isConnected ? 1 : 0);
+    }
+    static int yes(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*, sd_bus_error*) {
+        return sd_bus_message_append(reply, "b", 1);
+    }
+
+    SystemBus machine_;
+    sd_bus_slot* manager_ = nullptr;
+    std::map<std::string, std::unique_ptr<Object>> objects_;
+};
+
+}  // namespace kovra

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/bus/SystemBus.h"
+#include "BLE_kovra/platform/linux/hid/UdevHIDService.h"
+#include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
+#include "tests/fakes/FakeLog.h"
+#include "tests/platform/linux/hid/MockHIDBus.h"
+#include "tests/support/Environment.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra {
+
+// A machine with a HID bus of its own, the real adapter upon it, and a record of what was told: "+7 apple" for the
+// attachment of interface 7, "-7 apple" for its removal.
+class UdevHIDRig {
+  public:
+    UdevHIDRig() { startUdevd(); }
+
+    void startUdevd() { writeFile(folder_ / "control", ""); }
+    void stopUdevd() { std::filesystem::remove(folder_ / "control"); }
+    void enterSandbox() { writeFile(folder_ / "sandbox", ""); }
+
+    void open() {
+        manager = service.createManager();
+        manager->registerMatchingCallback([this](const HIDDevice& device) { record('+', device); });
+        manager->registerRemovalCallback([this](const HIDDevice& device) { record('-', device); });
+        manager->open();
+    }
+
+    // Turns until all that does not wait for time has happened.
+    void settle() {
+        for (int quietTurns = 0; quietTurns < 100;) {
+            const std::size_t before = told.size();
+            bool turned = false;
+            loop.async([&] { turned = true; });
+            loop.runUntil([&] { return turned; });
+            quietTurns = told.size() == before ? quietTurns + 1 : 0;
+        }
+    }
+    void let(std::chrono::nanoseconds duration) {
+        bool isOver = false;
+        const auto task = loop.asyncAfter(duration, [&] { isOver = true; });
+        loop.runUntil([&] { return isOver; });
+    }
+    // Whether it came true in time.
+    bool waitUntil(const std::function<bool()>& condition, std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
+        bool isOver = false;
+        const auto task = loop.asyncAfter(atMost, [&] { isOver = true; });
+        loop.runUntil([&] { return isOver || condition(); });
+        task->cancel();
+        return condition();
+    }
+    // What was told since the last call.
+    std::vector<std::string> news() {
+        settle();
+        return std::exchange(told, {});
+    }
+
+    MockHIDBus bus;
+    SdEventLoop loop;
+    FakeLog log;
+    std::vector<std::string> told;
+    std::function<void()> onTold;
+
+  private:
+    void record(char sign, const HIDDevice& device) {
+        told.push_back(sign + std::to_string(device.registryEntryID().value_or(0)) + " " +
+                       device.stringProperty("Product").value_or("(nameless)"));
+        if (onTold) onTold();
+    }
+
+    const TempFolder folder_;
+    // The machine's bus is the test's own, if it has one, and never the real one.
+    struct NoRealBus {
+        NoRealBus() {
+            constexpr const char* variable = "DBUS_SYSTEM_BUS_ADDRESS";
+            if (std::getenv(variable) == nullptr) environment.set(variable, "unix:path=/nonexistent/bus");
+        }
+        Environment environment;
+    };
+    const NoRealBus noRealBus_;
+    SystemBus machine_{loop};
+
+  public:
+    UdevHIDService service{machine_, log, {folder_ / "control", {folder_ / "sandbox"}}};
+    std::unique_ptr<HIDManager> manager;
+};
+
+}  // namespace kovra

@@ -1,0 +1,59 @@
+#include "BLE_kovra/platform/linux/hotkeys/DesktopHotKeys.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/platform/linux/hotkeys/PortalRig.h"
+#include "tests/platform/linux/hotkeys/XKeyRig.h"
+#include "tests/support/Environment.h"
+
+namespace kovra {
+namespace {
+
+constexpr HotKey controlOptionT{
+    .keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey | HotKey::optionKey, .signature = 1, .number = 1};
+
+TEST(Desktop, IsWaylandsWhereThatIsNamedElseXsElseNone) {
+    Environment environment;
+    environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
+    EXPECT_EQ(currentDesktop(), Desktop::none);
+    environment.set("DISPLAY", ":7");
+    EXPECT_EQ(currentDesktop(), Desktop::x11);
+    environment.set("WAYLAND_DISPLAY", "");
+    EXPECT_EQ(currentDesktop(), Desktop::x11);
+    environment.set("WAYLAND_DISPLAY", "wayland-0");
+    EXPECT_EQ(currentDesktop(), Desktop::wayland);
+    environment.set("DISPLAY", "");
+    EXPECT_EQ(currentDesktop(), Desktop::wayland);
+}
+
+TEST(DesktopHotKeys, AreXsOwnThereAndThePortalIsNotAsked) {
+    PortalRig session;
+    XKeyRig rig;
+    const auto hotKeys = makeHotKeyService(Desktop::x11, rig.connection.get(), session.bus);
+    const auto hotKey = hotKeys->registerHotKey(controlOptionT);
+    ASSERT_NE(hotKey, nullptr);
+    session.settle();
+    EXPECT_TRUE(session.portal.calls.empty());
+}
+
+TEST(DesktopHotKeys, AreThePortalsOnWayland) {
+    PortalRig session;
+    const auto hotKeys = makeHotKeyService(Desktop::wayland, nullptr, session.bus);
+    const auto hotKey = hotKeys->registerHotKey(controlOptionT);
+    session.settle();
+    EXPECT_FALSE(session.portal.bound.empty());
+}
+
+TEST(DesktopHotKeys, AreRefusedWithoutAServer) {
+    PortalRig session;
+    for (const Desktop desktop : {Desktop::none, Desktop::x11}) {
+        const auto hotKeys = makeHotKeyService(desktop, nullptr, session.bus);
+        EXPECT_EQ(hotKeys->installHandler([] { return 0; }), nullptr);
+        EXPECT_EQ(hotKeys->registerHotKey(controlOptionT), nullptr);
+    }
+    session.settle();
+    EXPECT_TRUE(session.portal.calls.empty());
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,22 @@
+#include "tests/contracts/HotKeyServiceContract.h"
+#include "tests/platform/linux/hotkeys/PortalRig.h"
+
+namespace kovra {
+namespace {
+
+class PortalDriver : private PortalRig {
+  public:
+    HotKeyService& service() { return hotKeys; }
+    using PortalRig::settle;
+    bool press() {
+        const bool isKept = portal.press();
+        settle();
+        return !isKept;
+    }
+    void takeByAnother() { portal.isTakenByAnother = true; }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Portal, HotKeyServiceContract, PortalDriver);
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,274 @@
+#include "BLE_kovra/platform/linux/hotkeys/PortalHotKeyService.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/platform/linux/hotkeys/PortalRig.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+using Calls = std::vector<std::string>;
+
+const std::string bind = "BindShortcuts TEST-1 description=BLE-kovra preferred_trigger=CTRL+ALT+t";
+const std::string introduction = "Register org.ble_kovra.BLEKovra";
+const Calls everything{introduction, "CreateSession", "ListShortcuts", bind};
+
+constexpr HotKey controlOptionT{.keyCode = HotKey::ansiT,
+                                .modifiers = HotKey::controlKey | HotKey::optionKey,
+                                .signature = 0x54455354,  // TEST
+                                .number = 1};
+
+struct ShortcutRig : PortalRig {
+    int pressed = 0;
+    std::unique_ptr<HotKeyService::Reference> handler = hotKeys.installHandler([this] { return ++pressed, 0; });
+    std::unique_ptr<HotKeyService::Reference> hotKey;
+
+    void registerHotKey() {
+        hotKey = hotKeys.registerHotKey(controlOptionT);
+        ASSERT_NE(hotKey, nullptr);
+        settle();
+    }
+    // How many presses are heard of one.
+    int heard() {
+        pressed = 0;
+        portal.press();
+        settle();
+        return pressed;
+    }
+};
+
+TEST(PortalHotKey, IntroducesItselfAndAsksForAShortcutThatIsNotThereYet) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, everything);
+    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, DoesNotAskAgainForAShortcutThatTheDesktopRemembers) {
+    ShortcutRig rig;
+    rig.portal.remembered = {"TEST-1"};
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, (Calls{introduction, "CreateSession", "ListShortcuts"}));
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, AsksWhereTheDesktopRemembersOthersOnly) {
+    ShortcutRig rig;
+    rig.portal.remembered = {"TEST-2"};
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, everything);
+}
+
+TEST(PortalHotKey, WorksWithPortalsThatKnowNoIntroduction) {
+    ShortcutRig rig;
+    rig.portal.knowsRegistry = false;
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, (Calls{"Register?", "CreateSession", "ListShortcuts", bind}));
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, HearsAResponseThatComesBeforeTheReply) {
+    ShortcutRig rig;
+    rig.portal.answersBeforeItReplies = true;
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, everything);
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, ThatIsRefusedAsksNoMoreAndStaysSilent) {
+    for (const std::uint32_t code : {1U, 2U}) {
+        ShortcutRig rig;
+        rig.portal.codes["CreateSession"] = code;
+        rig.registerHotKey();
+        EXPECT_EQ(rig.portal.calls, (Calls{introduction, "CreateSession"}));
+
+        ShortcutRig other;
+        other.portal.codes["BindShortcuts"] = code;
+        other.registerHotKey();
+        EXPECT_EQ(other.portal.calls, everything);
+        EXPECT_EQ(other.heard(), 0);
+    }
+}
+
+TEST(PortalHotKey, AsksForTheShortcutWhereTheListIsRefused) {
+    ShortcutRig rig;
+    rig.portal.codes["ListShortcuts"] = 2;
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, everything);
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, StaysSilentAtErrors) {
+    for (const char* method : {"CreateSession", "ListShortcuts", "BindShortcuts"}) {
+        ShortcutRig rig;
+        rig.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
+        rig.registerHotKey();
+        EXPECT_EQ(rig.portal.calls.back().substr(0, std::string(method).size()), method);
+        EXPECT_EQ(rig.heard(), 0);
+        EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
+    }
+}
+
+TEST(PortalHotKey, TakesNoSessionFromAnAnswerOfTheWrongShape) {
+    for (const char* wrong : {"types", "nothing", "no results", "number", "no path"}) {
+        ShortcutRig rig;
+        rig.portal.nonsense["CreateSession"] = wrong;
+        rig.registerHotKey();
+        EXPECT_EQ(rig.portal.calls, (Calls{introduction, "CreateSession"})) << wrong;
+    }
+}
+
+TEST(PortalHotKey, AsksForTheShortcutAfterAListOfTheWrongShape) {
+    for (const char* wrong : {"types", "nothing", "no results", "number", "strings"}) {
+        ShortcutRig rig;
+        rig.portal.nonsense["ListShortcuts"] = wrong;
+        rig.registerHotKey();
+        EXPECT_EQ(rig.portal.calls, everything) << wrong;
+        EXPECT_EQ(rig.heard(), 1) << wrong;
+    }
+}
+
+TEST(PortalHotKey, OverlooksWhatLaterVersionsAdd) {
+    ShortcutRig rig;
+    rig.portal.nonsense["CreateSession"] = "more";
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, everything);
+}
+
+TEST(PortalHotKey, IsNotPressedByOtherShortcutsAndSessions) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    rig.portal.emitOfShortcut("Activated", rig.portal.session, "TEST-2");
+    rig.portal.emitOfShortcut("Activated", rig.portal.session + "1", "TEST-1");
+    rig.portal.emit("org.freedesktop.portal.GlobalShortcuts", "Activated");
+    rig.settle();
+    EXPECT_EQ(rig.pressed, 0);
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, IsOnePressWhereTheDesktopRepeatsIt) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    for (int repeats = 0; repeats < 50; ++repeats) {
+        rig.portal.activate();
+        rig.settle();
+    }
+    EXPECT_EQ(rig.pressed, 1);
+    rig.portal.deactivate();
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    rig.portal.activate();
+    rig.settle();
+    turnsWithin(rig.loop, 1100ms);
+    rig.portal.activate();
+    rig.settle();
+    EXPECT_EQ(rig.pressed, 2);
+}
+
+TEST(PortalHotKey, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    rig.portal.closeSession();
+    rig.settle();
+    EXPECT_EQ(rig.portal.calls, everything);
+    rig.hotKey.reset();
+    rig.settle();
+    EXPECT_EQ(rig.portal.calls, everything);
+}
+
+TEST(PortalHotKey, ComesBackWithThePortal) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    for (int restarts = 0; restarts < 3; ++restarts) {
+        rig.portal.stop();
+        rig.settle();
+        rig.portal.calls.clear();
+        rig.portal.start();
+        rig.settle();
+        EXPECT_EQ(rig.portal.calls, everything);
+        EXPECT_EQ(rig.heard(), 1);
+    }
+}
+
+TEST(PortalHotKey, ComesWithAPortalThatIsLate) {
+    ShortcutRig rig;
+    rig.portal.stop();
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, Calls{});
+    EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
+    rig.portal.start();
+    rig.settle();
+    EXPECT_EQ(rig.portal.calls, everything);
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, ComesBackWithTheBus) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    rig.portal.stop();
+    rig.daemon.restart();
+    ASSERT_TRUE(turnUntil(rig.loop, [&] { return rig.bus.bus() == nullptr; }));
+    rig.portal.calls.clear();
+    rig.portal.start();
+    ASSERT_TRUE(turnUntil(rig.loop, [&] { return !rig.portal.calls.empty(); }));
+    rig.settle();
+    EXPECT_EQ(rig.portal.calls, everything);
+    EXPECT_EQ(rig.heard(), 1);
+}
+
+TEST(PortalHotKey, ClosesItsSessionWhenItIsLetGoOf) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    rig.hotKey.reset();
+    rig.settle();
+    EXPECT_EQ(rig.portal.calls.back(), "Close");
+    EXPECT_EQ(rig.portal.session, "");
+    EXPECT_EQ(rig.heard(), 0);
+}
+
+TEST(PortalHotKey, MayBeLetGoOfAtAnyMoment) {
+    for (int turns = 0; turns < 60; ++turns) {
+        ShortcutRig rig;
+        rig.settle();
+        rig.hotKey = rig.hotKeys.registerHotKey(controlOptionT);
+        for (int turn = 0; turn < turns; ++turn) {
+            bool done = false;
+            rig.loop.async([&] { done = true; });
+            rig.loop.runUntil([&] { return done; });
+        }
+        rig.hotKey.reset();
+        rig.settle();
+        EXPECT_EQ(rig.heard(), 0) << turns;
+    }
+}
+
+TEST(PortalHotKey, MayBeLetGoOfByItsOwnPress) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
+    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.heard(), 0);
+}
+
+TEST(PortalHotKey, OfAnotherKeyOrOtherModifiersIsRefused) {
+    ShortcutRig rig;
+    for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = controlOptionT.modifiers},
+                               HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey}}) {
+        EXPECT_EQ(rig.hotKeys.registerHotKey(other), nullptr);
+    }
+    rig.settle();
+    EXPECT_EQ(rig.portal.calls, Calls{});
+}
+
+}  // namespace
+}  // namespace kovra

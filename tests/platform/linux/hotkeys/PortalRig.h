@@ -1,0 +1,41 @@
+#pragma once
+
+#include "BLE_kovra/platform/linux/hotkeys/PortalHotKeyService.h"
+#include "tests/platform/linux/hotkeys/StandInPortal.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/PrivateBus.h"
+
+namespace kovra {
+
+// A program with a hot key in a Wayland session whose desktop has the portal.
+struct PortalRig {
+    PrivateBus daemon{"DBUS_SESSION_BUS_ADDRESS"};
+    SdEventLoop loop;
+    StandInPortal portal{loop};
+    SessionBus bus{loop};
+    PortalHotKeyService hotKeys{bus};
+
+    // Everything said so far has been heard, and what followed from it said and heard too: a few rounds of a question
+    // to the portal, or else the bus, whose answer comes last on both connections.
+    void settle() {
+        ASSERT_TRUE(turnUntil(loop, [this] { return bus.bus() != nullptr && sd_bus_is_ready(bus.bus()) > 0; }));
+        for (int round = 0; round < 12; ++round) {
+            bool isAnswered = false;
+            sd_bus_slot* slot = nullptr;
+            ASSERT_GE(
+                sd_bus_call_method_async(bus.bus(), &slot, portal.isRunning() ? portal.busName : "org.freedesktop.DBus",
+                                         "/", "org.freedesktop.DBus.Peer", "Ping", answered, &isAnswered, ""),
+                0);
+            const BusSlot held(slot);
+            ASSERT_TRUE(turnUntil(loop, [&] { return isAnswered; }));
+        }
+    }
+
+  private:
+    static int answered(sd_bus_message*, void* context, sd_bus_error*) {
+        *static_cast<bool*>(context) = true;
+        return 0;
+    }
+};
+
+}  // namespace kovra

@@ -1,0 +1,222 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/bus/BusConnection.h"
+
+namespace kovra {
+
+// A desktop's portal for global shortcuts as its interface is published, on a bus where there is no real one. Refuses
+// calls of the wrong shape; can refuse, answer nonsense, and go.
+class StandInPortal {
+  public:
+    explicit StandInPortal(SdEventLoop& loop) : loop_(loop) { start(); }
+
+    static constexpr const char* busName = "org.freedesktop.portal.Desktop";
+
+    bool isRunning() const { return bus_ != nullptr; }
+    void start() {
+        sd_bus* opened = nullptr;
+        ASSERT_GE(sd_bus_open_user(&opened), 0);
+        bus_.reset(opened);
+        ASSERT_GE(sd_bus_add_filter(opened, nullptr, called, this), 0);
+        ASSERT_GE(sd_bus_attach_event(opened, loop_.event(), SD_EVENT_PRIORITY_NORMAL), 0);
+        ASSERT_GE(sd_bus_request_name(opened, busName, 0), 0);
+    }
+    void stop() {
+        bus_.reset();
+        session = "";
+        bound.clear();
+    }
+
+    // Control, Option and T go down and up. Whether the desktop kept the keys from the window in front.
+    bool press() {
+        if (bound.empty()) return false;
+        activate();
+        deactivate();
+        return true;
+    }
+    void activate() { emitOfShortcut("Activated", session, bound.empty() ? "" : bound[0]); }
+    void deactivate() { emitOfShortcut("Deactivated", session, bound.empty() ? "" : bound[0]); }
+    void emitOfShortcut(const char* signal, const std::string& ofSession, const std::string& id) {
+        EXPECT_GE(sd_bus_emit_signal(bus_.get(), desktopPath, shortcutsInterface, signal, "osta{sv}", ofSession.c_str(),
+                                     id.c_str(), std::uint64_t{1}, 0),
+                  0);
+    }
+    void closeSession() {
+        EXPECT_GE(sd_bus_emit_signal(bus_.get(), session.c_str(), "org.freedesktop.portal.Session", "Closed", ""), 0);
+        session = "";
+        bound.clear();
+    }
+    void emit(const char* interface, const char* signal) {
+        EXPECT_GE(sd_bus_emit_signal(bus_.get(), desktopPath, interface, signal, "u", 7U), 0);
+    }
+
+    // The calls, in their order, each with what it asked for.
+    std::vector<std::string> calls;
+    std::string session;
+    std::vector<std::string> bound;
+
+    // How it behaves.
+    std::vector<std::string> remembered;          // shortcuts of this program that the user agreed to earlier
+    bool knowsRegistry = true;                    // as later versions do
+    bool answersBeforeItReplies = false;          // a request's response comes before the call's own reply
+    bool isTakenByAnother = false;                // agrees to the shortcut, and gives it no key
+    std::map<std::string, std::uint32_t> codes;   // a method's response code, if not 0
+    std::map<std::string, std::string> errors;    // a method's error, if it has one
+    std::map<std::string, std::string> nonsense;  // what is wrong with a method's response
+
+  private:
+    static constexpr const char* desktopPath = "/org/freedesktop/portal/desktop";
+    static constexpr const char* shortcutsInterface = "org.freedesktop.portal.GlobalShortcuts";
+
+    static int called(sd_bus_message* message, void* context, sd_bus_error*) {
+        std::uint8_t type = 0;
+        sd_bus_message_get_type(message, &type);
+        const char* member = sd_bus_message_get_member(message);
+        if (type != SD_BUS_MESSAGE_METHOD_CALL || member == nullptr) return 0;
+        if (std::string_view(member) == "Ping") return 0;  // which the library answers
+        static_cast<StandInPortal*>(context)->handle(message, member);
+        return 1;
+    }
+
+    void handle(sd_bus_message* message, const std::string& method) {
+        const std::map<std::string, std::pair<std::string, std::string>> published{
+            {"Register", {"org.freedesktop.host.portal.Registry", "sa{sv}"}},
+            {"CreateSession", {shortcutsInterface, "a{sv}"}},
+            {"ListShortcuts", {shortcutsInterface, "oa{sv}"}},
+            {"BindShortcuts", {shortcutsInterface, "oa(sa{sv})sa{sv}"}},
+            {"Close", {"org.freedesktop.portal.Session", ""}}};
+        const auto found = published.find(method);
+        const std::string path = sd_bus_message_get_path(message);
+        if (found == published.end() || found->second.first != sd_bus_message_get_interface(message) ||
+            path != (method == "Close" ? session : desktopPath) || (method == "Register" && !knowsRegistry)) {
+            calls.push_back(method == "Register" ? "Register?" : "unknown " + method + " " + path);
+            sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.UnknownMethod", "no such method");
+            return;
+        }
+        if (found->second.second != sd_bus_message_get_signature(message, 1)) {
+            calls.push_back("wrong arguments " + method);
+            sd_bus_reply_method_errorf(message, "org.freedesktop.DBus.Error.InvalidArgs", "wrong arguments");
+            return;
+        }
+        if (method == "Register") return registered(message);
+        if (method == "Close") return sessionLetGo(message);
+        request(message, method);
+    }
+
+    void registered(sd_bus_message* message) {
+        const char* application = nullptr;
+        sd_bus_message_read(message, "s", &application);
+        calls.push_back(std::string("Register ") + application);
+        sd_bus_reply_method_return(message, "");
+    }
+    void sessionLetGo(sd_bus_message* message) {
+        calls.emplace_back("Close");
+        session = "";
+        bound.clear();
+        sd_bus_reply_method_return(message, "");
+    }
+
+    void request(sd_bus_message* message, const std::string& method) {
+        std::string asked;
+        if (method != "CreateSession") {
+            const char* ofSession = nullptr;
+            sd_bus_message_read(message, "o", &ofSession);
+            if (ofSession != session) asked = " of another session";
+        }
+        if (method == "BindShortcuts") asked += readShortcuts(message);
+        const auto options = readOptions(message);
+        calls.push_back(method + asked);
+        if (const auto error = errors.find(method); error != errors.end()) {
+            sd_bus_reply_method_errorf(message, error->second.c_str(), "refused");
+            return;
+        }
+        std::string sender = sd_bus_message_get_sender(message) + 1;
+        std::replace(sender.begin(), sender.end(), '.', '_');
+        const std::string path = std::string(desktopPath) + "/request/" + sender + "/" + options.at("handle_token");
+        const bool isGranted = !codes.contains(method);
+        if (method == "CreateSession" && isGranted)
+            session = std::string(desktopPath) + "/session/" + sender + "/" + options.at("session_handle_token");
+        if (method == "ListShortcuts" && isGranted) bound = remembered;
+        if (method == "BindShortcuts" && isGranted && !isTakenByAnother) bound = {lastAsked_};
+
+        if (!answersBeforeItReplies) sd_bus_reply_method_return(message, "o", path.c_str());
+        respond(method, path);
+        if (answersBeforeItReplies) sd_bus_reply_method_return(message, "o", path.c_str());
+    }
+
+    std::string readShortcuts(sd_bus_message* message) {
+        std::string text;
+        sd_bus_message_enter_container(message, 'a', "(sa{sv})");
+        while (sd_bus_message_enter_container(message, 'r', "sa{sv}") > 0) {
+            const char* id = nullptr;
+            sd_bus_message_read(message, "s", &id);
+            lastAsked_ = id;
+            text += " " + lastAsked_;
+            for (const auto& [name, value] : readOptions(message)) text += " " + name + "=" + value;
+            sd_bus_message_exit_container(message);
+        }
+        sd_bus_message_exit_container(message);
+        const char* window = nullptr;
+        sd_bus_message_read(message, "s", &window);
+        return text + (*window == '\0' ? "" : " for a window");
+    }
+    static std::map<std::string, std::string> readOptions(sd_bus_message* message) {
+        std::map<std::string, std::string> options;
+        sd_bus_message_enter_container(message, 'a', "{sv}");
+        while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
+            const char* name = nullptr;
+            const char* value = nullptr;
+            EXPECT_GE(sd_bus_message_read(message, "s", &name), 0);
+            EXPECT_GE(sd_bus_message_read(message, "v", "s", &value), 0) << name;
+            options[name] = value == nullptr ? "" : value;
+            sd_bus_message_exit_container(message);
+        }
+        sd_bus_message_exit_container(message);
+        return options;
+    }
+
+    void respond(const std::string& method, const std::string& path) {
+        const char* request = "org.freedesktop.portal.Request";
+        const auto send = [&](const char* types, auto... values) {
+            EXPECT_GE(sd_bus_emit_signal(bus_.get(), path.c_str(), request, "Response", types, values...), 0);
+        };
+        const std::uint32_t code = codes.contains(method) ? codes[method] : 0;
+        const std::string wrong = nonsense.contains(method) ? nonsense[method] : "";
+        if (wrong == "types") return send("s", "0");
+        if (wrong == "nothing") return send("");
+        if (wrong == "no results") return send("ua{sv}", code, 0);
+        if (method == "CreateSession") {
+            if (wrong == "number") return send("ua{sv}", code, 1, "session_handle", "u", 7U);
+            if (wrong == "no path") return send("ua{sv}", code, 1, "session_handle", "s", "no path at all");
+            if (wrong == "more") {
+                return send("ua{sv}", code, 3, "later", "as", 1, "thing", "session_handle", "s", session.c_str(),
+                            "more", "u", 7U);
+            }
+            return send("ua{sv}", code, 1, "session_handle", "s", session.c_str());
+        }
+        if (wrong == "number") return send("ua{sv}", code, 1, "shortcuts", "u", 7U);
+        if (wrong == "strings") return send("ua{sv}", code, 1, "shortcuts", "as", 1, "TEST-1");
+        const char* types = "a(sa{sv})";
+        if (bound.empty()) return send("ua{sv}", code, 1, "shortcuts", types, 0);
+        send("ua{sv}", code, 2, "later", "as", 1, "thing", "shortcuts", types, 2, "other", 0, bound[0].c_str(), 1,
+             "trigger_description", "s", "Ctrl+Alt+T");
+    }
+
+    SdEventLoop& loop_;
+    BusHandle bus_;
+    std::string lastAsked_;
+};
+
+}  // namespace kovra

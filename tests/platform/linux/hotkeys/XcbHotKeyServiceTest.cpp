@@ -1,0 +1,269 @@
+#include "BLE_kovra/platform/linux/hotkeys/XcbHotKeyService.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/platform/linux/hotkeys/XKeyRig.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+const Keys hotKeyKeys{key::control, key::alt, key::t};
+
+struct HotKeyRig : XKeyRig {
+    int pressed = 0;
+    std::unique_ptr<HotKeyService::Reference> handler = hotKeys.installHandler([this] { return ++pressed, 0; });
+    std::unique_ptr<HotKeyService::Reference> hotKey;
+
+    bool registerHotKey() {
+        hotKey = hotKeys.registerHotKey({.keyCode = HotKey::ansiT,
+                                         .modifiers = HotKey::controlKey | HotKey::optionKey,
+                                         .signature = 1,
+                                         .number = 1});
+        turn();
+        return hotKey != nullptr;
+    }
+    // The server hears of it before the next key.
+    void unregister() {
+        hotKey.reset();
+        turn();
+    }
+    // What comes of keys pressed: "pressed", "window", both or "".
+    std::string outcome(const Keys& keys) {
+        pressed = 0;
+        keyboard.chord(keys);
+        turn();
+        const std::string ours = pressed == 0 ? "" : pressed == 1 ? "pressed" : "pressed more than once";
+        return ours + (keyboard.pressesInTheWindow().empty() ? "" : "window");
+    }
+    // The same with every combination of lock keys, from none to all.
+    std::vector<std::string> outcomesWithLocks() {
+        std::vector<std::string> outcomes;
+        for (const xcb_keycode_t lock : {key::capsLock, key::numLock, key::capsLock, key::numLock}) {
+            outcomes.push_back(outcome(hotKeyKeys));
+            keyboard.tap(lock);
+        }
+        return outcomes;
+    }
+};
+
+const std::vector<std::string> pressedWithAllLocks(4, "pressed");
+const std::vector<std::string> windowWithAllLocks(4, "window");
+
+struct Layout {
+    const char* name;
+    std::vector<std::string> arguments;
+    xcb_keysym_t symbol;  // what T's key gives
+    friend void PrintTo(const Layout& layout, std::ostream* out) { *out << layout.name; }
+};
+
+class XcbHotKeyLayout : public testing::TestWithParam<Layout> {};
+
+TEST_P(XcbHotKeyLayout, IsByPositionWhateverTheLocks) {
+    HotKeyRig rig;
+    TestKeyboard::setMap(GetParam().arguments);
+    rig.keyboard.tap(key::a);
+    ASSERT_EQ(rig.keyboard.symbolOfT(), GetParam().symbol);
+    EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
+    ASSERT_TRUE(rig.registerHotKey());
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+    for (const xcb_keycode_t more : {key::shift, key::super}) {
+        EXPECT_EQ(rig.outcome({key::control, key::alt, more, key::t}), "window");
+        EXPECT_EQ(rig.outcome({more, key::control, key::alt, key::t}), "window");
+    }
+    EXPECT_EQ(rig.outcome({key::control, key::t}), "window");
+    EXPECT_EQ(rig.outcome({key::alt, key::t}), "window");
+    EXPECT_EQ(rig.outcome({key::t}), "window");
+    rig.unregister();
+    EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
+}
+
+INSTANTIATE_TEST_SUITE_P(Layouts, XcbHotKeyLayout,
+                         testing::Values(Layout{"us", {"-layout", "us"}, 't'},
+                                         Layout{"RussianOnly", {"-layout", "ru"}, 0x6C5},  // Cyrillic_ie
+                                         Layout{"German", {"-layout", "de"}, 't'},
+                                         Layout{"FrenchAzerty", {"-layout", "fr"}, 't'},
+                                         Layout{"Dvorak", {"-layout", "us", "-variant", "dvorak"}, 'y'}),
+                         [](const auto& tested) { return tested.param.name; });
+
+TEST(XcbHotKey, WorksWithTheSecondLayoutSwitchedOn) {
+    HotKeyRig rig;
+    TestKeyboard::setMap({"-layout", "us,ru", "-option", "", "-option", "grp:menu_toggle"});
+    rig.keyboard.tap(key::menu);
+    rig.keyboard.tap(key::t);
+    const auto state = rig.keyboard.pressesInTheWindow();
+    ASSERT_EQ(state.size(), 1U);
+    ASSERT_NE(state[0], 0) << "the layout is still the first";
+    ASSERT_TRUE(rig.registerHotKey());
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+    rig.keyboard.tap(key::menu);
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+}
+
+TEST(XcbHotKey, StaysWhenTheLayoutChanges) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    for (const char* layout : {"ru", "fr", "us"}) {
+        TestKeyboard::setMap({"-layout", layout});
+        EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed") << layout;
+    }
+}
+
+TEST(XcbHotKey, FollowsAltAndTheLocksToOtherModifierBits) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    rig.keyboard.setModifiers({key::numLock, key::super, key::alt, key::scrollLock, 0});
+    rig.turn();
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+    rig.keyboard.tap(key::scrollLock);
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+    EXPECT_EQ(rig.outcome({key::control, key::super, key::t}), "window");
+    rig.unregister();
+    EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
+}
+
+TEST(XcbHotKey, ComesBackWithAlt) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    rig.keyboard.setModifiers({key::super, key::numLock, 0, 0, 0});
+    rig.turn();
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
+    rig.keyboard.setModifiers({key::alt, key::numLock, 0, 0, 0});
+    rig.turn();
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
+}
+
+TEST(XcbHotKey, IsRefusedWholeWhenAnotherProgramHasItWithOneLockOn) {
+    for (const std::uint16_t locks : std::vector<std::uint16_t>{0, 2, 16, 18}) {
+        HotKeyRig rig;
+        const auto taken = static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | locks);
+        rig.keyboard.grabT(taken);
+        rig.registerHotKey();
+        rig.keyboard.ungrabT();
+        EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks) << locks;
+        EXPECT_EQ(rig.pressed, 0);
+        // Nor does a new map, which has the key taken anew, begin what was refused.
+        TestKeyboard::setMap({"-layout", "ru"});
+        rig.turn();
+        EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
+    }
+}
+
+TEST(XcbHotKey, IsOnePressHoweverLongItIsHeld) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    int repeats = 0;
+    const auto listening = rig.connection->listen([&](const xcb_generic_event_t& event) {
+        if (XConnection::kindOf(event) == XCB_KEY_PRESS) ++repeats;
+    });
+    for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.down(each);
+    bool isOver = false;
+    rig.loop.asyncAfter(3s, [&] { isOver = true; });
+    rig.loop.runUntil([&] { return isOver; });
+    EXPECT_EQ(rig.pressed, 1);
+    EXPECT_GT(repeats, 20);
+    for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.up(each);
+    rig.turn();
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
+}
+
+TEST(XcbHotKey, IsPressedAgainWithTheModifiersHeld) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    rig.keyboard.down(key::control);
+    rig.keyboard.down(key::alt);
+    for (int presses = 1; presses <= 5; ++presses) {
+        rig.keyboard.tap(key::t);
+        rig.turn();
+        EXPECT_EQ(rig.pressed, presses);
+    }
+}
+
+TEST(XcbHotKey, CountsAKeyThatIsHeldWhileTheLayoutChangesAsOnePress) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.down(each);
+    TestKeyboard::setMap({"-layout", "ru"});
+    rig.turn();
+    EXPECT_EQ(rig.pressed, 1);
+    for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.up(each);
+    rig.turn();
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
+}
+
+TEST(XcbHotKey, MayBeLetGoOfByItsOwnPress) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
+}
+
+TEST(XcbHotKey, OfAProgramThatEndsReachesTheWindow) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
+    rig.hotKey.reset();
+    rig.connection.reset();
+    // The server learns a moment later that the connection has ended.
+    std::vector<std::uint16_t> seen;
+    for (int tries = 0; seen.empty() && tries < 500; ++tries) {
+        rig.keyboard.chord(hotKeyKeys);
+        seen = rig.keyboard.pressesInTheWindow();
+    }
+    EXPECT_FALSE(seen.empty());
+}
+
+TEST(XcbHotKey, OfAnotherKeyOrOtherModifiersIsRefused) {
+    HotKeyRig rig;
+    constexpr std::uint32_t commandKey = 0x0100;
+    for (const HotKey other :
+         {HotKey{.keyCode = 0x10, .modifiers = HotKey::controlKey | HotKey::optionKey},
+          HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey},
+          HotKey{.keyCode = HotKey::ansiT, .modifiers = 0},
+          HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey | HotKey::optionKey | commandKey}}) {
+        EXPECT_EQ(rig.hotKeys.registerHotKey(other), nullptr);
+    }
+    EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
+}
+
+TEST(XcbHotKey, HoldsNothingUpWhileTheServerHangs) {
+    HotKeyRig rig;
+    const auto somethingElseHappens = [&] {
+        bool happened = false;
+        rig.loop.async([&] { happened = true; });
+        return turnUntil(rig.loop, [&] { return happened; });
+    };
+    rig.screen.pause();
+    const HotKey hotKey{
+        .keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey | HotKey::optionKey, .signature = 1, .number = 1};
+    rig.hotKey = rig.hotKeys.registerHotKey(hotKey);
+    EXPECT_TRUE(somethingElseHappens());
+    rig.hotKey.reset();
+    EXPECT_TRUE(somethingElseHappens());
+    rig.hotKey = rig.hotKeys.registerHotKey(hotKey);
+    rig.screen.goOn();
+    rig.turn();
+    EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
+}
+
+TEST(XcbHotKey, StaysQuietOnceTheServerIsGone) {
+    HotKeyRig rig;
+    bool isLost = false;
+    rig.connection->onLost = [&] { isLost = true; };
+    rig.screen.end();
+    rig.hotKey = rig.hotKeys.registerHotKey(
+        {.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey | HotKey::optionKey, .signature = 1, .number = 1});
+    EXPECT_TRUE(turnUntil(rig.loop, [&] { return isLost; }));
+    EXPECT_EQ(rig.pressed, 0);
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,36 @@
+#include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
+#include "tests/contracts/MainQueueContract.h"
+
+namespace kovra {
+namespace {
+
+// Real time, which passes by itself: the loop runs until a block of the test's own comes by.
+class SdEventDriver {
+  public:
+    MainQueue& queue() { return loop_; }
+    void settle() {
+        // Three rounds: what is queued now, what that adds, and what that adds.
+        for (int round = 0; round < 3; ++round)
+            passOnce([this](MainQueue::Block done) { loop_.async(std::move(done)); });
+    }
+    void let(std::chrono::nanoseconds duration) {
+        passOnce([&](MainQueue::Block done) { loop_.asyncAfter(duration, std::move(done)); });
+    }
+    std::chrono::nanoseconds now() const { return std::chrono::steady_clock::now().time_since_epoch(); }
+    void terminate() { loop_.stop(); }
+
+  private:
+    template <typename Queue>
+    void passOnce(Queue queueBlock) {
+        auto done = std::make_shared<bool>(false);
+        queueBlock([done] { *done = true; });
+        loop_.runUntil([done] { return *done; });
+    }
+
+    SdEventLoop loop_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(SdEvent, MainQueueContract, SdEventDriver);
+
+}  // namespace
+}  // namespace kovra

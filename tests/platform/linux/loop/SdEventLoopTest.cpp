@@ -1,0 +1,179 @@
+#include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <string>
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Both ends of a pipe, closed with it.
+struct Pipe {
+    Pipe() { EXPECT_EQ(::pipe(ends.data()), 0); }
+    ~Pipe() {
+        ::close(ends[0]);
+        ::close(ends[1]);
+    }
+    void write(const std::string& text) const {
+        EXPECT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    char readOne() const {
+        char c = 0;
+        EXPECT_EQ(::read(ends[0], &c, 1), 1);
+        return c;
+    }
+    std::array<int, 2> ends{};
+};
+
+void let(SdEventLoop& loop, std::chrono::milliseconds duration) {
+    bool done = false;
+    loop.asyncAfter(duration, [&] { done = true; });
+    loop.runUntil([&] { return done; });
+}
+
+TEST(SdEventLoop, RingsOnceForADescriptorUntilItIsAskedToRingAgain) {
+    SdEventLoop loop;
+    const Pipe pipe;
+    std::string read;
+    const auto watch = loop.watch(pipe.ends[0], [&] { read += pipe.readOne(); });
+    pipe.write("ab");
+    loop.runUntil([&] { return !read.empty(); });
+    let(loop, 20ms);
+    EXPECT_EQ(read, "a");
+    watch->rearm();
+    loop.runUntil([&] { return read.size() > 1; });
+    EXPECT_EQ(read, "ab");
+}
+
+TEST(SdEventLoop, RingsNoMoreForAWatchThatWasLetGo) {
+    SdEventLoop loop;
+    const Pipe pipe;
+    int rings = 0;
+    auto watch = loop.watch(pipe.ends[0], [&] { ++rings; });
+    pipe.write("a");
+    watch.reset();
+    let(loop, 20ms);
+    EXPECT_EQ(rings, 0);
+}
+
+TEST(SdEventLoop, LetsAWatchGoFromInsideItsOwnBlock) {
+    SdEventLoop loop;
+    const Pipe pipe;
+    int rings = 0;
+    std::unique_ptr<SdEventLoop::Watch> watch;
+    watch = loop.watch(pipe.ends[0], [&] {
+        watch.reset();
+        ++rings;
+    });
+    pipe.write("a");
+    loop.runUntil([&] { return rings > 0; });
+    let(loop, 20ms);
+    EXPECT_EQ(rings, 1);
+}
+
+TEST(SdEventLoop, RingsForRoomToWriteBesidesSomethingToRead) {
+    SdEventLoop loop;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const std::string piece(10'000, 'x');
+    while (::write(ends[0], piece.data(), piece.size()) > 0) {
+    }
+    int readable = 0, writable = 0;
+    const auto reading = loop.watch(ends[0], [&] { ++readable; });
+    const auto writing = loop.watchForRoom(ends[0], [&] { ++writable; });
+    let(loop, 20ms);
+    EXPECT_EQ(writable, 0);
+    std::array<char, 10'000> taken{};
+    while (::read(ends[1], taken.data(), taken.size()) > 0) {
+    }
+    loop.runUntil([&] { return writable > 0; });
+    let(loop, 20ms);
+    EXPECT_EQ(writable, 1);
+    EXPECT_EQ(readable, 0);
+    EXPECT_EQ(::write(ends[1], "a", 1), 1);
+    loop.runUntil([&] { return readable > 0; });
+    writing->rearm();
+    loop.runUntil([&] { return writable > 1; });
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+TEST(SdEventLoop, PutsASignalBeforeWhatIsQueued) {
+    SdEventLoop loop;
+    std::string order;
+    const auto signal = loop.onSignal(SIGUSR1, [&] { order += 's'; });
+    ASSERT_NE(signal, nullptr);
+    ::raise(SIGUSR1);
+    loop.async([&] { order += 'a'; });
+    loop.runUntil([&] { return order.size() == 2; });
+    EXPECT_EQ(order, "sa");
+}
+
+TEST(SdEventLoop, HearsASignalThatTheProcessWasStartedToIgnore) {
+    std::signal(SIGUSR2, SIG_IGN);
+    SdEventLoop loop;
+    int heard = 0;
+    const auto signal = loop.onSignal(SIGUSR2, [&] { ++heard; });
+    ::raise(SIGUSR2);
+    loop.runUntil([&] { return heard > 0; });
+    EXPECT_EQ(heard, 1);
+    std::signal(SIGUSR2, SIG_DFL);
+}
+
+TEST(SdEventLoop, RunsNestedFromInsideABlockWhileTheQueueGoesOn) {
+    SdEventLoop loop;
+    std::string order;
+    bool done = false;
+    loop.async([&] {
+        order += '(';
+        loop.async([&] { order += 'b'; });
+        loop.asyncAfter(5ms, [&] { done = true; });
+        loop.runUntil([&] { return done; });
+        order += ')';
+        loop.stop();
+    });
+    loop.async([&] { order += 'a'; });
+    loop.run();
+    EXPECT_EQ(order, "(ab)");
+}
+
+TEST(SdEventLoop, ReturnsFromEveryNestedRunWhenItStops) {
+    SdEventLoop loop;
+    std::string order;
+    loop.async([&] {
+        loop.runUntil([] { return false; });
+        order += 'n';
+    });
+    loop.asyncAfter(5ms, [&] { loop.stop(); });
+    loop.run();
+    EXPECT_EQ(order, "n");
+}
+
+TEST(SdEventLoop, HoldsADelayFromTheMomentOfTheCallHoweverLongTheTurnHasRun) {
+    SdEventLoop loop;
+    using std::chrono::steady_clock;
+    steady_clock::time_point asked, ran;
+    loop.async([&] {
+        // The turn is long past its beginning when the delay is asked for.
+        const auto busyUntil = steady_clock::now() + 30ms;
+        while (steady_clock::now() < busyUntil) {
+        }
+        asked = steady_clock::now();
+        loop.asyncAfter(20ms, [&] {
+            ran = steady_clock::now();
+            loop.stop();
+        });
+    });
+    loop.run();
+    EXPECT_GE(ran - asked, 20ms);
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+#include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
+
+namespace kovra {
+
+// Turns the loop until the condition holds. Whether it came true in time.
+inline bool turnUntil(SdEventLoop& loop, const std::function<bool()>& condition,
+                      std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
+    bool isOver = false;
+    const auto task = loop.asyncAfter(atMost, [&] { isOver = true; });
+    loop.runUntil([&] { return isOver || condition(); });
+    task->cancel();
+    return condition();
+}
+
+// The same for what no descriptor tells of: looks again each few milliseconds.
+inline bool lookUntil(SdEventLoop& loop, const std::function<bool()>& condition,
+                      std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
+    const auto end = std::chrono::steady_clock::now() + atMost;
+    while (!condition() && std::chrono::steady_clock::now() < end) {
+        turnUntil(loop, condition, std::chrono::milliseconds(5));
+    }
+    return condition();
+}
+
+// Lets real time pass, and counts the turns that the loop makes meanwhile.
+inline int turnsWithin(SdEventLoop& loop, std::chrono::nanoseconds duration) {
+    bool isOver = false;
+    int turns = 0;
+    loop.asyncAfter(duration, [&] { isOver = true; });
+    loop.runUntil([&] {
+        ++turns;
+        return isOver;
+    });
+    return turns;
+}
+
+}  // namespace kovra

@@ -1,0 +1,176 @@
+#include "BLE_kovra/platform/linux/session/DBusActivation.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/bus/BusMessage.h"
+#include "BLE_kovra/platform/linux/session/SingleInstance.h"
+#include "tests/platform/linux/bus/BusText.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/Environment.h"
+#include "tests/support/linux/PrivateBus.h"
+
+namespace kovra {
+namespace {
+
+// The first start, and another program on its session bus.
+class DBusActivationTest : public testing::Test {
+  protected:
+    DBusActivationTest() {
+        environment_.unset({"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"});
+        first_.onStartedAgain = [this](const std::string& token) { tokens_.push_back(token); };
+        sd_bus* bus = nullptr;
+        EXPECT_GE(sd_bus_open_user(&bus), 0);
+        other_.reset(bus);
+        EXPECT_GE(sd_bus_attach_event(bus, loop_.event(), SD_EVENT_PRIORITY_NORMAL), 0);
+    }
+
+    // The answer as text, or "error NAME".
+    using Write = std::function<void(BusWriter&)>;
+    std::string call(const char* member, const Write& write, const char* object = "/org/ble_kovra/BLEKovra",
+                     const char* interface = "org.freedesktop.Application") {
+        sd_bus_message* made = nullptr;
+        EXPECT_GE(
+            sd_bus_message_new_method_call(other_.get(), &made, "org.ble_kovra.BLEKovra", object, interface, member),
+            0);
+        const BusMessage message(made);
+        BusWriter writer(made);
+        write(writer);
+        EXPECT_GE(writer.result(), 0);
+        std::optional<std::string> answer;
+        const auto answered = [](sd_bus_message* reply, void* context, sd_bus_error*) {
+            const bool isError = sd_bus_message_is_method_error(reply, nullptr) > 0;
+            *static_cast<std::optional<std::string>*>(context) =
+                isError ? "error " + std::string(sd_bus_message_get_error(reply)->name) : textOf(reply);
+            return 0;
+        };
+        sd_bus_slot* slot = nullptr;
+        EXPECT_GE(sd_bus_call_async(other_.get(), &slot, made, answered, &answer, 0), 0);
+        const BusSlot pending(slot);
+        EXPECT_TRUE(turnUntil(loop_, [&] { return answer.has_value(); }));
+        return answer.value_or("no answer");
+    }
+    void startAgain() {
+        SdEventLoop loop;
+        SessionBus bus(loop);
+        EXPECT_TRUE(SingleInstance(bus).isSecond());
+    }
+    bool hears(std::size_t starts) {
+        return turnUntil(loop_, [&] { return tokens_.size() == starts; });
+    }
+    static void nothing(BusWriter& writer) { writer.openArray("{sv}").close(); }
+
+    Environment environment_;
+    PrivateBus daemon_{"DBUS_SESSION_BUS_ADDRESS"};
+    SdEventLoop loop_;
+    SessionBus bus_{loop_};
+    SingleInstance first_{bus_};
+    BusHandle other_;
+    std::vector<std::string> tokens_;
+};
+
+TEST_F(DBusActivationTest, TellsTheFirstOfEachFurtherStart) {
+    startAgain();
+    ASSERT_TRUE(hears(1));
+    startAgain();
+    startAgain();
+    ASSERT_TRUE(hears(3));
+    EXPECT_EQ(tokens_, (std::vector<std::string>{"", "", ""}));
+}
+
+TEST_F(DBusActivationTest, HandsOnTheTokenThatTheDesktopGaveTheFurtherStart) {
+    environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
+    startAgain();
+    ASSERT_TRUE(hears(1));
+    environment_.set("XDG_ACTIVATION_TOKEN", "a token");
+    startAgain();
+    ASSERT_TRUE(hears(2));
+    environment_.set("XDG_ACTIVATION_TOKEN", "");
+    environment_.set("DESKTOP_STARTUP_ID", "\xFF");
+    startAgain();
+    ASSERT_TRUE(hears(3));
+    EXPECT_EQ(tokens_, (std::vector<std::string>{"an id_TIME1", "a token", "\xEF\xBF\xBD"}));
+}
+
+TEST_F(DBusActivationTest, TakesTheFirstStartsTokenOutOfTheEnvironment) {
+    const auto isInherited = [](const char* name) { return std::getenv(name) != nullptr; };
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "");
+    environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "an id_TIME1");
+    EXPECT_FALSE(isInherited("DESKTOP_STARTUP_ID"));
+    environment_.set("XDG_ACTIVATION_TOKEN", "a token");
+    environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "a token");
+    EXPECT_FALSE(isInherited("XDG_ACTIVATION_TOKEN"));
+    EXPECT_FALSE(isInherited("DESKTOP_STARTUP_ID"));
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "");
+}
+
+TEST_F(DBusActivationTest, IsThereForEveryProgramThatKnowsTheInterface) {
+    EXPECT_EQ(call("Activate", nothing), "");
+    EXPECT_EQ(call("Activate",
+                   [](BusWriter& writer) {
+                       writer.openArray("{sv}");
+                       writer.openEntry("sv").text("something else").openVariant("a(iu)").openArray("(iu)");
+                       writer.openStruct("iu").integer(1).natural(2).close().close().close().close();
+                       writer.openEntry("sv").text("activation-token").openVariant("s").text("a token");
+                       writer.close().close().close();
+                   }),
+              "");
+    ASSERT_TRUE(hears(2));
+    EXPECT_EQ(tokens_, (std::vector<std::string>{"", "a token"}));
+}
+
+TEST_F(DBusActivationTest, RefusesWhatIsNoActivation) {
+    EXPECT_EQ(call("Activate", [](BusWriter&) {}), "error org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_EQ(call("Activate", [](BusWriter& writer) { writer.text("now"); }),
+              "error org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_EQ(call("Activate",
+                   [](BusWriter& writer) {
+                       writer.openArray("{sv}").openEntry("sv").text("activation-token").openVariant("i").integer(7);
+                       writer.close().close().close();
+                   }),
+              "error org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_EQ(call("Open",
+                   [](BusWriter& writer) {
+                       writer.openArray("s").text("file:///etc/passwd").close();
+                       nothing(writer);
+                   }),
+              "error org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(call("ActivateAction",
+                   [](BusWriter& writer) {
+                       writer.text("quit").openArray("v").close();
+                       nothing(writer);
+                   }),
+              "error org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(call("Activate", nothing, "/"), "error org.freedesktop.DBus.Error.UnknownObject");
+    EXPECT_EQ(call("Activate", nothing, "/org/ble_kovra/BLEKovra", "org.example.Nothing"),
+              "error org.freedesktop.DBus.Error.UnknownMethod");
+    turnsWithin(loop_, std::chrono::milliseconds(50));
+    EXPECT_TRUE(tokens_.empty());
+}
+
+TEST_F(DBusActivationTest, IsThereAgainWhenTheBusIsBack) {
+    daemon_.restart();
+    EXPECT_TRUE(turnUntil(loop_, [this] {
+        SdEventLoop loop;
+        SessionBus bus(loop);
+        return SingleInstance(bus).isSecond();
+    }));
+    EXPECT_TRUE(hears(1));
+}
+
+TEST_F(DBusActivationTest, HoldsUpNoFurtherStartWhereTheFirstHangs) {
+    const auto begin = std::chrono::steady_clock::now();
+    startAgain();  // while the first's loop does not turn
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    EXPECT_TRUE(hears(1));
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,175 @@
+#include "BLE_kovra/platform/linux/session/LogindSession.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "tests/support/linux/PrivateBus.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+// The login manager's place on a bus, from where it speaks its published signals.
+class LoginManager {
+  public:
+    LoginManager() {
+        sd_bus* bus = nullptr;
+        EXPECT_GE(sd_bus_open_system(&bus), 0);
+        bus_.reset(bus);
+        EXPECT_GE(sd_bus_request_name(bus, "org.freedesktop.login1", 0), 0);
+    }
+    template <typename... Values>
+    void emit(const char* signal, const char* types, Values... values) {
+        emitFrom("", "org.freedesktop.login1.Manager", signal, types, values...);
+    }
+    // Of the session with that name in object paths, properties of its own.
+    template <typename... Values>
+    void emitChange(const std::string& session, const char* types, Values... values) {
+        emitFrom("/session/" + session, "org.freedesktop.DBus.Properties", "PropertiesChanged", types, values...);
+    }
+    void emitActive(const std::string& session, bool isActive) {
+        emitChange(session, "sa{sv}as", "org.freedesktop.login1.Session", 1, "Active", "b", isActive ? 1 : 0, 0);
+    }
+
+  private:
+    template <typename... Values>
+    void emitFrom(const std::string& object, const char* interface, const char* signal, const char* types,
+                  Values... values) {
+        const std::string path = "/org/freedesktop/login1" + object;
+        EXPECT_GE(sd_bus_emit_signal(bus_.get(), path.c_str(), interface, signal, types, values...), 0);
+        EXPECT_GE(sd_bus_flush(bus_.get()), 0);
+    }
+
+    BusHandle bus_;
+};
+
+// Signals of one sender arrive in their order: what was going to be heard has been heard once two that come last have.
+struct SessionRig {
+    PrivateBus bus{"DBUS_SYSTEM_BUS_ADDRESS"};
+    LoginManager manager;
+    SdEventLoop loop;
+    SystemBus machine{loop};
+    LogindSession session{machine, "c2"};
+    std::string heard;
+
+    SessionRig() {
+        session.onRemoved = [this] { heard += "removed "; };
+        session.onActivated = [this] { heard += "activated "; };
+        session.onResumed = [this] { heard += "resumed "; };
+        // The bus learns a moment later what is listened to, the session's end last.
+        for (int tries = 0; heard.empty() && tries < 500; ++tries) {
+            sessionRemoved("c2");
+            turnUntil([this] { return !heard.empty(); }, 20ms);
+        }
+        static_cast<void>(heardInTheEnd());
+    }
+    void sessionRemoved(const std::string& id) {
+        manager.emit("SessionRemoved", "so", id.c_str(), ("/org/freedesktop/login1/session/" + id).c_str());
+    }
+    // What was heard since the last call.
+    std::string heardInTheEnd() {
+        const std::string last = "resumed removed ";
+        manager.emit("PrepareForSleep", "b", 0);
+        sessionRemoved("c2");
+        turnUntil([&] { return heard.ends_with(last); }, 20s);
+        std::string all = std::exchange(heard, {});
+        return all.ends_with(last) ? all.substr(0, all.size() - last.size()) : "not in the end: " + all;
+    }
+    void turnUntil(const std::function<bool()>& condition, std::chrono::nanoseconds atMost) {
+        bool isOver = false;
+        const auto task = loop.asyncAfter(atMost, [&] { isOver = true; });
+        loop.runUntil([&] { return isOver || condition(); });
+        task->cancel();
+    }
+};
+
+TEST(LogindSession, HearsThatItsSessionHasEnded) {
+    SessionRig rig;
+    rig.sessionRemoved("c2");
+    EXPECT_EQ(rig.heardInTheEnd(), "removed ");
+}
+
+TEST(LogindSession, IgnoresTheEndOfAnotherSession) {
+    SessionRig rig;
+    for (const char* other : {"c22", "c", "C2"}) rig.sessionRemoved(other);
+    EXPECT_EQ(rig.heardInTheEnd(), "");
+}
+
+TEST(LogindSession, HearsThatTheMachineIsAwakeAgainNotThatItFallsAsleep) {
+    SessionRig rig;
+    rig.manager.emit("PrepareForSleep", "b", 1);
+    EXPECT_EQ(rig.heardInTheEnd(), "");
+    rig.manager.emit("PrepareForSleep", "b", 0);
+    EXPECT_EQ(rig.heardInTheEnd(), "resumed ");
+}
+
+TEST(LogindSession, HearsThatItsSessionIsAtTheScreenNotThatItIsNot) {
+    SessionRig rig;
+    rig.manager.emitActive("c2", false);
+    EXPECT_EQ(rig.heardInTheEnd(), "");
+    rig.manager.emitActive("c2", true);
+    EXPECT_EQ(rig.heardInTheEnd(), "activated ");
+    rig.manager.emitActive("c2", true);
+    EXPECT_EQ(rig.heardInTheEnd(), "activated ");
+}
+
+TEST(LogindSession, FindsThatAmongOtherPropertiesOfItsSession) {
+    SessionRig rig;
+    const char* interface = "org.freedesktop.login1.Session";
+    rig.manager.emitChange("c2", "sa{sv}as", interface, 3, "State", "s", "active", "Active", "b", 1, "IdleSinceHint",
+                           "t", std::uint64_t{7}, 1, "LockedHint");
+    EXPECT_EQ(rig.heardInTheEnd(), "activated ");
+    rig.manager.emitChange("c2", "sa{sv}as", interface, 2, "IdleHint", "b", 1, "State", "s", "Active", 0);
+    rig.manager.emitChange("c2", "sa{sv}as", "org.freedesktop.login1.Seat", 1, "Active", "b", 1, 0);
+    EXPECT_EQ(rig.heardInTheEnd(), "");
+}
+
+TEST(LogindSession, IgnoresWhichOtherSessionIsAtTheScreen) {
+    SessionRig rig;
+    for (const char* other : {"c22", "c", "C2", "self", "auto"}) rig.manager.emitActive(other, true);
+    EXPECT_EQ(rig.heardInTheEnd(), "");
+}
+
+// "2" and the like are no names in object paths.
+TEST(LogindSession, KnowsItsSessionByTheNumberToo) {
+    SessionRig rig;
+    LogindSession numbered(rig.machine, "2");
+    numbered.onActivated = [&rig] { rig.heard += "2 "; };
+    for (int tries = 0; rig.heard.empty() && tries < 500; ++tries) {
+        rig.manager.emitActive("_32", true);
+        rig.turnUntil([&] { return !rig.heard.empty(); }, 20ms);
+    }
+    EXPECT_TRUE(rig.heard.starts_with("2 ")) << rig.heard;
+}
+
+TEST(LogindSession, IgnoresSignalsOfTheWrongShape) {
+    SessionRig rig;
+    const char* interface = "org.freedesktop.login1.Session";
+    rig.manager.emitChange("c2", "s", interface);
+    rig.manager.emitChange("c2", "sas", interface, 1, "Active");
+    rig.manager.emitChange("c2", "sa{sv}as", interface, 1, "Active", "s", "true", 0);
+    rig.manager.emitChange("c2", "sa{sv}as", interface, 1, "Active", "u", 1U, 0);
+    rig.manager.emitChange("c2", "sa{ss}as", interface, 1, "Active", "true", 0);
+    rig.manager.emit("SessionRemoved", "u", 2U);
+    rig.manager.emit("PrepareForSleep", "s", "false");
+    EXPECT_EQ(rig.heardInTheEnd(), "");
+}
+
+TEST(LogindSession, StaysSilentWithoutASystemBus) {
+    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
+    SdEventLoop loop;
+    SystemBus machine(loop);
+    const LogindSession session(machine, "c2");
+    ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    bool done = false;
+    loop.asyncAfter(10ms, [&] { done = true; });
+    loop.runUntil([&] { return done; });
+    EXPECT_TRUE(done);
+}
+
+}  // namespace
+}  // namespace kovra

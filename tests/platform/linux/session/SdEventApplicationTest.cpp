@@ -1,0 +1,75 @@
+#include <stdexcept>
+
+#include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
+#include "BLE_kovra/platform/linux/session/SdEventApplication.h"
+#include "tests/contracts/ApplicationContract.h"
+
+namespace kovra {
+namespace {
+
+class SdEventDriver {
+  public:
+    Application& application() { return application_; }
+    MainQueue& queue() { return loop_; }
+    void runOut(ApplicationDelegate& delegate) { application_.run(delegate); }
+
+    void reopen() { application_.reopen(); }
+    void resume() { application_.resume(); }
+
+  private:
+    SdEventLoop loop_;
+    SdEventApplication application_{loop_};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(SdEvent, ApplicationContract, SdEventDriver);
+
+TEST(SdEventApplication, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
+    struct Delegate : ApplicationDelegate {
+        explicit Delegate(MainQueue& mainQueue) : queue(mainQueue) {}
+        void applicationDidFinishLaunching() override {
+            queue.async([] { throw std::runtime_error("out of memory"); });
+        }
+        void applicationDidReopen() override {}
+        void applicationDidResume() override {}
+        void applicationWillTerminate() override { terminated = true; }
+        MainQueue& queue;
+        bool terminated = false;
+    };
+    SdEventDriver driver;
+    Delegate delegate(driver.queue());
+    EXPECT_THROW(driver.runOut(delegate), std::runtime_error);
+    EXPECT_TRUE(delegate.terminated);
+}
+
+TEST(SdEventApplication, TellsItsDelegateWhatHappensBetweenItsLaunchAndItsEnd) {
+    struct Delegate : ApplicationDelegate {
+        explicit Delegate(SdEventDriver& its) : driver(its) {}
+        void applicationDidFinishLaunching() override {
+            driver.reopen();
+            driver.resume();
+            driver.queue().async([this] {
+                driver.resume();
+                driver.reopen();
+                driver.application().terminate();
+                driver.reopen();
+                driver.resume();
+            });
+        }
+        void applicationDidReopen() override { told += "reopened "; }
+        void applicationDidResume() override { told += "resumed "; }
+        void applicationWillTerminate() override {}
+        SdEventDriver& driver;
+        std::string told;
+    };
+    SdEventDriver driver;
+    Delegate delegate(driver);
+    driver.reopen();
+    driver.resume();
+    driver.runOut(delegate);
+    driver.reopen();
+    driver.resume();
+    EXPECT_EQ(delegate.told, "reopened resumed resumed reopened ");
+}
+
+}  // namespace
+}  // namespace kovra

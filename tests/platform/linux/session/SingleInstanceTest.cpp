@@ -1,0 +1,112 @@
+#include "BLE_kovra/platform/linux/session/SingleInstance.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "tests/platform/linux/bus/SilentBus.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/PrivateBus.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
+
+// One start of the program.
+class Start {
+  public:
+    explicit Start(SdEventLoop& loop) : bus_(loop), instance_(bus_) {}
+    bool isSecond() const { return instance_.isSecond(); }
+
+  private:
+    SessionBus bus_;
+    SingleInstance instance_;
+};
+
+TEST(SingleInstance, SeesThatAnotherRunsInTheSameSession) {
+    const PrivateBus bus(sessionBus);
+    SdEventLoop loop;
+    const Start first(loop);
+    EXPECT_FALSE(first.isSecond());
+    EXPECT_TRUE(Start(loop).isSecond());
+    EXPECT_TRUE(Start(loop).isSecond());
+}
+
+TEST(SingleInstance, IsTheFirstAgainOnceTheOtherHasGone) {
+    const PrivateBus bus(sessionBus);
+    SdEventLoop loop;
+    EXPECT_FALSE(Start(loop).isSecond());
+    EXPECT_FALSE(Start(loop).isSecond());
+}
+
+TEST(SingleInstance, CountsAsTheFirstWithoutASessionBus) {
+    ::setenv(sessionBus, "unix:path=/nonexistent/bus", 1);
+    SdEventLoop loop;
+    EXPECT_FALSE(Start(loop).isSecond());
+    ::setenv(sessionBus, "no address at all", 1);
+    EXPECT_FALSE(Start(loop).isSecond());
+    ::unsetenv(sessionBus);
+}
+
+TEST(SingleInstance, CountsAsTheFirstWhereTheBusNeverAnswers) {
+    const SilentBus silent(sessionBus);
+    SdEventLoop loop;
+    EXPECT_FALSE(Start(loop).isSecond());
+}
+
+TEST(SingleInstance, LetsTheLoopGoOnQuietlyWhenTheBusDies) {
+    PrivateBus bus(sessionBus);
+    SdEventLoop loop;
+    const Start instance(loop);
+    bus.end();
+    bool done = false;
+    int turns = 0;
+    loop.asyncAfter(200ms, [&] { done = true; });
+    loop.runUntil([&] {
+        ++turns;
+        return done;
+    });
+    EXPECT_LT(turns, 30);  // some for the farewell, then sleep: a loop that spins turns many thousand times
+}
+
+TEST(SingleInstance, HoldsTheNameAgainWhenTheBusIsBack) {
+    PrivateBus bus(sessionBus);
+    SdEventLoop loop;
+    const Start first(loop);
+    bus.restart();
+    EXPECT_TRUE(turnUntil(loop, [&] { return Start(loop).isSecond(); }));
+}
+
+TEST(SingleInstance, GoesOnWhereAnotherTookTheNameWhileTheBusWasAway) {
+    PrivateBus bus(sessionBus);
+    SdEventLoop loop;
+    SessionBus connection(loop);
+    const SingleInstance first(connection);
+    bool isUp = false;
+    const auto listener = connection.listen([&](sd_bus*) { isUp = true; }, [&] { isUp = false; });
+    ASSERT_TRUE(turnUntil(loop, [&] { return isUp; }));
+    bus.end();
+    ASSERT_TRUE(turnUntil(loop, [&] { return !isUp; }));
+    bus.restart();
+    SdEventLoop loopOfAnother;
+    const Start another(loopOfAnother);
+    EXPECT_FALSE(another.isSecond());
+    ASSERT_TRUE(turnUntil(loop, [&] { return isUp; }));
+    // The bus has answered both the request for the name and this when this is answered.
+    bool isAnswered = false;
+    const auto answered = [](sd_bus_message*, void* context, sd_bus_error*) {
+        *static_cast<bool*>(context) = true;
+        return 0;
+    };
+    sd_bus_call_method_async(connection.bus(), nullptr, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                             "org.freedesktop.DBus", "GetId", answered, &isAnswered, nullptr);
+    EXPECT_TRUE(turnUntil(loop, [&] { return isAnswered; }));
+    EXPECT_TRUE(isUp);
+    EXPECT_FALSE(first.isSecond());
+}
+
+}  // namespace
+}  // namespace kovra

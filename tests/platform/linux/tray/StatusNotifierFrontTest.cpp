@@ -1,0 +1,285 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/platform/linux/tray/StatusNotifierRig.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(StatusNotifier, RegistersWithTheWatcherThatIsThere) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    EXPECT_EQ(rig.panel->items.size(), 1U);
+    EXPECT_TRUE(rig.panel->item().starts_with("org.kde.StatusNotifierItem-")) << rig.panel->item();
+}
+
+TEST(StatusNotifier, RegistersWithAWatcherThatComesLate) {
+    StatusNotifierRig rig;
+    rig.showIcon("plain", "off");
+    turnsWithin(rig.loop, 100ms);
+    rig.showInPanel();
+    EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"plain\"");
+}
+
+TEST(StatusNotifier, RegistersAgainWithAWatcherThatWasRestarted) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    for (int restart = 0; restart < 3; ++restart) {
+        rig.panel.reset();
+        turnsWithin(rig.loop, 20ms);
+        rig.showInPanel();
+        EXPECT_EQ(rig.panel->items.size(), 1U);
+        EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"plain\"");
+    }
+}
+
+TEST(StatusNotifier, RegistersAgainAfterTheSessionBusWasAway) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    rig.panel.reset();
+    rig.daemon.end();
+    ASSERT_TRUE(turnUntil(rig.loop, [&] { return rig.bus.bus() == nullptr; }));
+    rig.showIcon("slashed", "on");
+    rig.daemon.restart();
+    rig.panel.emplace(rig.loop);
+    ASSERT_TRUE(rig.panel->findsItem());
+    EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"slashed\"");
+    rig.panel->click(1);
+    EXPECT_EQ(rig.news(), "Mute; ");
+}
+
+TEST(StatusNotifier, RegistersOnceTheHostIsThereWithAWatcherThatCouldNotTakeItBefore) {
+    StatusNotifierRig rig;
+    rig.panel.emplace(rig.loop, Panel::Hosts::none);
+    rig.panel->refusesItems = true;
+    turnsWithin(rig.loop, 50ms);
+    EXPECT_TRUE(rig.panel->items.empty());
+    rig.panel->refusesItems = false;
+    rig.panel->setHost(Panel::Hosts::one);
+    EXPECT_TRUE(rig.panel->findsItem());
+}
+
+TEST(StatusNotifier, GoesOnWithoutASessionBus) {
+    PrivateBus daemon("DBUS_SESSION_BUS_ADDRESS");
+    daemon.end();
+    SdEventLoop loop;
+    SessionBus bus(loop);
+    StatusNotifierWatcher watcher(bus);
+    ActivationToken token;
+    TrayStatusBar bar(loop, {[&](TrayItem& item) {
+                          return std::make_unique<StatusNotifierFront>(item, bus, watcher, token, "", nullptr);
+                      }});
+    const auto item = bar.statusItem(StatusBar::variableLength);
+    item->button()->setToolTip("off");
+    EXPECT_LT(turnsWithin(loop, 50ms), 20);
+    EXPECT_FALSE(watcher.hasHost());
+}
+
+TEST(StatusNotifier, TellsWhetherThereIsAHost) {
+    StatusNotifierRig rig;
+    std::string told;
+    rig.watcher.onHostChanged = [&] { told += rig.watcher.hasHost() ? "host " : "none "; };
+    const auto hears = [&](const std::string& words) { return turnUntil(rig.loop, [&] { return told == words; }); };
+    rig.panel.emplace(rig.loop, Panel::Hosts::none);
+    turnsWithin(rig.loop, 50ms);
+    EXPECT_EQ(told, "");
+    rig.panel->setHost(Panel::Hosts::one);
+    EXPECT_TRUE(hears("host "));
+    rig.panel->setHost(Panel::Hosts::none);
+    EXPECT_TRUE(hears("host none "));
+    rig.panel->setHost(Panel::Hosts::one);
+    EXPECT_TRUE(hears("host none host "));
+    rig.panel.reset();
+    EXPECT_TRUE(hears("host none host none "));
+    rig.panel.emplace(rig.loop);
+    EXPECT_TRUE(hears("host none host none host "));
+    rig.daemon.end();
+    EXPECT_TRUE(hears("host none host none host none "));
+}
+
+TEST(StatusNotifier, ShowsTheIconByNameAndWhereItsFileIs) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"plain\"");
+    EXPECT_EQ(rig.panel->itemProperty("IconThemePath"), "\"/folder/icons\"");
+}
+
+TEST(StatusNotifier, ShowsTheIconAsPixmapsToo) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    EXPECT_EQ(rig.panel->itemProperty("IconPixmap"), "[(22 22 1936 bytes) (32 32 4096 bytes) (48 48 9216 bytes)]");
+}
+
+TEST(StatusNotifier, IsAnActiveItemOfAMenuAndNothingElse) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    const std::vector<std::pair<const char*, const char*>> properties{
+        {"Category", "\"Hardware\""},
+        {"Id", "\"ble-kovra\""},
+        {"Title", "\"BLE-kovra\""},
+        {"Status", "\"Active\""},
+        {"WindowId", "0"},
+        {"ItemIsMenu", "yes"},
+        {"Menu", "/MenuBar"},
+        {"OverlayIconName", "\"\""},
+        {"OverlayIconPixmap", "[]"},
+        {"AttentionIconName", "\"\""},
+        {"AttentionIconPixmap", "[]"},
+        {"AttentionMovieName", "\"\""},
+    };
+    for (const auto& [name, value] : properties) EXPECT_EQ(rig.panel->itemProperty(name), value) << name;
+    const std::string all = rig.panel->call("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "GetAll",
+                                            [](BusWriter& writer) { writer.text("org.kde.StatusNotifierItem"); });
+    for (const auto& [name, value] : properties) EXPECT_NE(all.find('"' + std::string(name) + '"'), std::string::npos);
+}
+
+TEST(StatusNotifier, SaysInItsToolTipWhoItIsAndWhatItShows) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    rig.showIcon("plain", "a <b> & c");
+    rig.settle();
+    EXPECT_EQ(rig.panel->itemProperty("ToolTip"), "(\"\" [] \"BLE-kovra\" \"a &lt;b&gt; &amp; c\")");
+}
+
+TEST(StatusNotifier, SignalsOnlyWhatHasChanged) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    rig.showIcon("slashed", "off");
+    rig.settle();
+    EXPECT_EQ(rig.panel->signals(), "NewIcon; ");
+    rig.showIcon("slashed", "on");
+    rig.settle();
+    EXPECT_EQ(rig.panel->signals(), "NewToolTip; ");
+    rig.item->setState(1, MenuItemState::off);
+    rig.settle();
+    EXPECT_EQ(rig.panel->signals(), "ItemsPropertiesUpdated [(1 [\"toggle-state\":0])] []; ");
+}
+
+// Every message of this program, on whatever it may be, reaches who watches the bus.
+TEST(StatusNotifier, SendsNothingWhenNothingChanges) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    int messages = 0;
+    sd_bus* opened = nullptr;
+    ASSERT_GE(sd_bus_new(&opened), 0);
+    const BusHandle monitor(opened);
+    ASSERT_GE(sd_bus_set_address(opened, std::getenv("DBUS_SESSION_BUS_ADDRESS")), 0);
+    ASSERT_GE(sd_bus_set_bus_client(opened, 1), 0);
+    ASSERT_GE(sd_bus_set_monitor(opened, 1), 0);
+    ASSERT_GE(sd_bus_start(opened), 0);
+    const char* unique = nullptr;
+    ASSERT_GE(sd_bus_get_unique_name(rig.bus.bus(), &unique), 0);
+    const std::string rule = "sender='" + std::string(unique) + "'";
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    ASSERT_GE(
+        sd_bus_call_method(opened, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Monitoring",
+                           "BecomeMonitor", &error, nullptr, "asu", 1, rule.c_str(), 0U),
+        0)
+        << error.message;
+    const auto count = [](sd_bus_message*, void* context, sd_bus_error*) {
+        ++*static_cast<int*>(context);
+        return 0;
+    };
+    ASSERT_GE(sd_bus_add_filter(opened, nullptr, count, &messages), 0);
+    ASSERT_GE(sd_bus_attach_event(opened, rig.loop.event(), SD_EVENT_PRIORITY_NORMAL), 0);
+    turnsWithin(rig.loop, 100ms);  // the farewell of the bus to its monitor
+    messages = 0;
+    for (int evaluation = 0; evaluation < 100; ++evaluation) {
+        rig.item->setState(1, MenuItemState::on);
+        rig.showIcon("plain", "off");
+        rig.settle();
+    }
+    EXPECT_LT(turnsWithin(rig.loop, 200ms), 5);
+    EXPECT_EQ(messages, 0);
+    rig.showIcon("slashed", "off");
+    EXPECT_TRUE(turnUntil(rig.loop, [&] { return messages == 1; }));
+}
+
+std::string click(StatusNotifierRig& rig, const char* method, int x, int y) {
+    return rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", method,
+                           [&](BusWriter& writer) { writer.integer(x).integer(y); });
+}
+
+TEST(StatusNotifier, AsksForTheMenuAtEachClickThatADesktopTellsOf) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    EXPECT_EQ(click(rig, "Activate", 10, 20), "");
+    EXPECT_EQ(click(rig, "SecondaryActivate", -5, 0), "");
+    EXPECT_EQ(click(rig, "ContextMenu", 3'000, 2'000), "");
+    EXPECT_EQ(rig.asked, (std::vector<std::pair<int, int>>{{10, 20}, {-5, 0}, {3'000, 2'000}}));
+    EXPECT_EQ(rig.news(), "");
+}
+
+TEST(StatusNotifier, KnowsNoClickWhereNobodyCanOpenTheMenu) {
+    StatusNotifierRig rig;
+    rig.item.reset();
+    rig.popUp = nullptr;
+    rig.item = rig.bar.statusItem(StatusBar::variableLength);
+    rig.showInPanel();
+    const std::string description =
+        rig.panel->call("/StatusNotifierItem", "org.freedesktop.DBus.Introspectable", "Introspect");
+    EXPECT_NE(description.find("ProvideXdgActivationToken"), std::string::npos);
+    for (const char* method : {"Activate", "SecondaryActivate", "ContextMenu"}) {
+        EXPECT_EQ(click(rig, method, 10, 20), "error org.freedesktop.DBus.Error.UnknownMethod");
+        EXPECT_EQ(description.find('"' + std::string(method) + '"'), std::string::npos);
+    }
+}
+
+TEST(StatusNotifier, DoesNothingWhenItIsScrolled) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    EXPECT_EQ(rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Scroll",
+                              [](BusWriter& writer) { writer.integer(120).text("vertical"); }),
+              "");
+    EXPECT_EQ(rig.news(), "");
+    EXPECT_TRUE(rig.asked.empty());
+}
+
+TEST(StatusNotifier, KeepsTheNewestActivationTokenForOneWindow) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    const auto provide = [&](const std::string& token) {
+        return rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", "ProvideXdgActivationToken",
+                               [&](BusWriter& writer) { writer.text(token); });
+    };
+    EXPECT_EQ(rig.token.take(), "");
+    EXPECT_EQ(provide("one"), "");
+    EXPECT_EQ(provide("two"), "");
+    EXPECT_EQ(rig.token.take(), "two");
+    EXPECT_EQ(rig.token.take(), "");
+    provide("three");
+    EXPECT_EQ(provide(std::string(100'000, 'x')), "");
+    EXPECT_EQ(rig.token.take(), "");
+}
+
+TEST(StatusNotifier, LeavesTheBusWithItsItem) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    rig.item.reset();
+    rig.settle();
+    EXPECT_EQ(rig.panel->itemProperty("Id"), "error org.freedesktop.DBus.Error.ServiceUnknown");
+    rig.panel.reset();
+    rig.panel.emplace(rig.loop);
+    turnsWithin(rig.loop, 100ms);
+    EXPECT_TRUE(rig.panel->items.empty());
+}
+
+TEST(StatusNotifier, GoesOnWhereTheLibraryLosesTheBusInTheMiddleOfASentence) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    rig.daemon.end();
+    for (int change = 0; change < 20; ++change) {
+        rig.showIcon(change % 2 == 0 ? "slashed" : "plain", "off");
+        rig.item->setState(1, change % 2 == 0 ? MenuItemState::on : MenuItemState::off);
+        rig.item->setMenu(rig.menu());
+        rig.settle();
+    }
+    EXPECT_EQ(rig.bus.bus(), nullptr);
+}
+
+}  // namespace
+}  // namespace kovra

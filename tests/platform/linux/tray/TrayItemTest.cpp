@@ -1,0 +1,257 @@
+#include "BLE_kovra/platform/linux/tray/TrayItem.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/tray/TrayStatusBar.h"
+#include "tests/fakes/FakeMainQueue.h"
+
+namespace kovra {
+namespace {
+
+Drawing picture(const std::string& name) { return {.name = name, .size = {18, 18}, .strokes = {}}; }
+
+MenuItem entry(
+    const std::string& title, std::function<void()> perform = [] {}) {
+    MenuItem item;
+    item.title = title;
+    item.action = MenuAction{title, std::move(perform)};
+    return item;
+}
+
+MenuItem mark(
+    const std::string& title, int tag, MenuItemState state, std::function<void()> perform = [] {}) {
+    MenuItem item = entry(title, std::move(perform));
+    item.tag = tag;
+    item.state = state;
+    return item;
+}
+
+// Writes down what it is told: "image plain template", "tip away", "menu 2", "0 on", each followed by "; ".
+class Recorder : public TrayFront {
+  public:
+    explicit Recorder(std::string& told) : told_(told) {}
+    void show(const TrayContents& contents, const TrayChanges& changes) override {
+        if (changes.image) told_ += "image " + (contents.image ? contents.image->name : "none");
+        if (changes.image && contents.imageIsTemplate) told_ += " template";
+        if (changes.toolTip) told_ += " tip " + contents.toolTip;
+        if (changes.menu) told_ += " menu " + std::to_string(contents.menu.items.size());
+        for (const std::size_t position : changes.states) {
+            told_ += " " + std::to_string(position);
+            told_ += contents.menu.items.at(position).state == MenuItemState::on ? " on" : " off";
+        }
+        told_ += "; ";
+    }
+
+  private:
+    std::string& told_;
+};
+
+struct TrayRig {
+    FakeMainQueue queue;
+    std::string told;
+    std::unique_ptr<TrayItem> item = std::make_unique<TrayItem>(queue);
+
+    TrayRig() { item->add(std::make_unique<Recorder>(told)); }
+
+    StatusBarButton& button() { return *item->button(); }
+    void setMenu(std::vector<MenuItem> items) { item->setMenu({std::move(items)}); }
+    // What was told since the last call.
+    std::string news() {
+        queue.run();
+        return std::exchange(told, {});
+    }
+};
+
+TEST(TrayItem, TellsEverythingFirstAndFromTheQueue) {
+    TrayRig rig;
+    rig.button().setImage(picture("plain"));
+    rig.button().setImageIsTemplate(true);
+    rig.button().setToolTip("away");
+    rig.setMenu({entry("one"), entry("two")});
+    EXPECT_EQ(rig.told, "");
+    EXPECT_EQ(rig.news(), "image plain template tip away menu 2; ");
+}
+
+TEST(TrayItem, TellsOnceATurnHoweverMuchHasChanged) {
+    TrayRig rig;
+    rig.news();
+    rig.button().setImage(picture("plain"));
+    rig.button().setToolTip("here");
+    rig.button().setToolTip("away");
+    EXPECT_EQ(rig.queue.queued(), 1U);
+    EXPECT_EQ(rig.news(), "image plain tip away; ");
+}
+
+TEST(TrayItem, TellsNothingWhenNothingDiffersFromWhatWasToldLast) {
+    TrayRig rig;
+    const auto evaluate = [&](const std::string& name, MenuItemState state) {
+        rig.item->setState(1, state);
+        rig.button().setImage(picture(name));
+        rig.button().setImageIsTemplate(true);
+        rig.button().setToolTip(name);
+    };
+    rig.setMenu({mark("one", 1, MenuItemState::off)});
+    evaluate("plain", MenuItemState::off);
+    rig.news();
+    evaluate("plain", MenuItemState::off);
+    EXPECT_EQ(rig.news(), "");
+    evaluate("slashed", MenuItemState::on);
+    evaluate("plain", MenuItemState::off);
+    EXPECT_EQ(rig.news(), "");
+    rig.setMenu({mark("one", 1, MenuItemState::off)});
+    EXPECT_EQ(rig.news(), "");
+}
+
+TEST(TrayItem, TellsOnlyWhatDiffers) {
+    TrayRig rig;
+    rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::off), mark("two", 2, MenuItemState::off)});
+    rig.button().setImage(picture("plain"));
+    rig.news();
+    rig.item->setState(2, MenuItemState::on);
+    EXPECT_EQ(rig.news(), " 2 on; ");
+    rig.button().setImageIsTemplate(true);
+    EXPECT_EQ(rig.news(), "image plain template; ");
+    rig.button().setToolTip("here");
+    EXPECT_EQ(rig.news(), " tip here; ");
+    rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::on), mark("two", 2, MenuItemState::on)});
+    EXPECT_EQ(rig.news(), " 1 on; ");
+    rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::off)});
+    EXPECT_EQ(rig.news(), " menu 2; ");
+}
+
+TEST(TrayItem, IsATemplateOnlyUntilTheNextImage) {
+    TrayRig rig;
+    rig.button().setImage(picture("plain"));
+    EXPECT_TRUE(rig.button().hasImage());
+    rig.button().setImageIsTemplate(true);
+    rig.button().setImage(picture("plain"));
+    EXPECT_FALSE(rig.item->contents().imageIsTemplate);
+}
+
+TEST(TrayItem, IgnoresTheStateOfATagThatNoItemHas) {
+    TrayRig rig;
+    rig.item->setState(1, MenuItemState::on);
+    rig.setMenu({mark("one", 1, MenuItemState::off)});
+    rig.news();
+    rig.item->setState(7, MenuItemState::on);
+    EXPECT_EQ(rig.news(), "");
+}
+
+TEST(TrayItem, TellsAFrontThatComesLaterEverythingAndTheOthersNothing) {
+    TrayRig rig;
+    rig.setMenu({entry("one")});
+    rig.news();
+    std::string late;
+    rig.item->add(std::make_unique<Recorder>(late));
+    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(late, "image none tip  menu 1; ");
+    rig.button().setToolTip("here");
+    EXPECT_EQ(rig.news(), " tip here; ");
+    EXPECT_EQ(late, "image none tip  menu 1;  tip here; ");
+}
+
+TEST(TrayItem, PerformsAChoiceFromTheQueue) {
+    TrayRig rig;
+    int performed = 0;
+    rig.setMenu({entry("one"), entry("two", [&] { ++performed; })});
+    rig.item->choose(1);
+    EXPECT_EQ(performed, 0);
+    rig.queue.run();
+    EXPECT_EQ(performed, 1);
+}
+
+TEST(TrayItem, DoesNothingForWhatCannotBeChosen) {
+    TrayRig rig;
+    MenuItem disabled = entry("no", [] { FAIL(); });
+    disabled.isEnabled = false;
+    MenuItem hint;
+    hint.title = "hint";
+    rig.item->choose(0);
+    rig.setMenu({disabled, MenuItem::separator(), hint});
+    rig.news();
+    for (const std::size_t position : {0U, 1U, 2U, 3U, 4000000000U}) rig.item->choose(position);
+    EXPECT_EQ(rig.news(), "");
+}
+
+TEST(TrayItem, TellsTheStateAgainAfterAChoiceThatLeftItAsItWas) {
+    TrayRig rig;
+    rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::on)});
+    rig.news();
+    rig.item->choose(1);
+    EXPECT_EQ(rig.news(), " 1 on; ");
+    rig.item->choose(0);
+    EXPECT_EQ(rig.news(), "");
+}
+
+TEST(TrayItem, TellsTheStateOnceAfterAChoiceThatChangedItInAQueuedBlock) {
+    TrayRig rig;
+    const auto evaluateLater = [&] { rig.queue.async([&] { rig.item->setState(1, MenuItemState::off); }); };
+    rig.setMenu({mark("one", 1, MenuItemState::on, evaluateLater)});
+    rig.news();
+    rig.item->choose(0);
+    EXPECT_EQ(rig.news(), " 0 off; ");
+}
+
+TEST(TrayItem, TellsTheStateAgainOfADisabledItemThatWasClicked) {
+    TrayRig rig;
+    MenuItem disabled = mark("one", 1, MenuItemState::on, [] { FAIL(); });
+    disabled.isEnabled = false;
+    rig.setMenu({disabled});
+    rig.news();
+    rig.item->choose(0);
+    EXPECT_EQ(rig.news(), " 0 on; ");
+}
+
+TEST(TrayItem, TellsNoStateAgainInAnotherMenu) {
+    TrayRig rig;
+    rig.setMenu({mark("one", 1, MenuItemState::on, [&] { rig.setMenu({entry("another")}); })});
+    rig.news();
+    rig.item->choose(0);
+    EXPECT_EQ(rig.news(), " menu 1; ");
+}
+
+TEST(TrayItem, MayDieInItsOwnAction) {
+    TrayRig rig;
+    rig.setMenu({mark("one", 1, MenuItemState::on, [&] { rig.item.reset(); })});
+    rig.news();
+    rig.item->choose(0);
+    rig.item->choose(0);
+    EXPECT_EQ(rig.news(), "");
+    EXPECT_FALSE(rig.item);
+}
+
+TEST(TrayItem, TellsNothingOnceItIsGone) {
+    TrayRig rig;
+    rig.button().setToolTip("here");
+    rig.item->choose(0);
+    rig.item.reset();
+    EXPECT_EQ(rig.news(), "");
+}
+
+TEST(TrayStatusBar, GivesAnItemWithOneFrontOfEachMaker) {
+    FakeMainQueue queue;
+    std::string one;
+    std::string other;
+    std::unique_ptr<StatusItem> item;
+    {
+        const auto recorder = [](std::string& told) {
+            return [&told](TrayItem&) { return std::make_unique<Recorder>(told); };
+        };
+        TrayStatusBar bar(queue, {recorder(one), recorder(other)});
+        { const auto shortLived = bar.statusItem(StatusBar::variableLength); }
+        item = bar.statusItem(StatusBar::variableLength);
+    }
+    item->button()->setToolTip("here");
+    queue.run();
+    EXPECT_EQ(one, "image none tip here menu 0; ");
+    EXPECT_EQ(other, one);
+}
+
+}  // namespace
+}  // namespace kovra

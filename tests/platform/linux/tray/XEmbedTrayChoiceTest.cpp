@@ -1,0 +1,99 @@
+#include "BLE_kovra/platform/linux/tray/XEmbedTrayChoice.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tests/fakes/FakeMainQueue.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+class XEmbedTrayChoiceTest : public testing::Test {
+  protected:
+    XEmbedTrayChoiceTest() {
+        choice.onLookingForTrays = [this](bool isWanted) { isLooking = isWanted; };
+        choice.onIcon = [this](bool isWanted) {
+            isShown = isWanted;
+            ++changes;
+        };
+    }
+
+    FakeMainQueue queue;
+    XEmbedTrayChoice choice{queue};
+    bool isLooking = false;
+    bool isShown = false;
+    int changes = 0;
+};
+
+TEST_F(XEmbedTrayChoiceTest, ShowsTheIconInTheOtherTrayWhereNoHostComes) {
+    queue.advance(XEmbedTrayChoice::grace - 1ms);
+    EXPECT_FALSE(isLooking);
+    queue.advance(1ms);
+    EXPECT_TRUE(isLooking);
+    EXPECT_FALSE(isShown);
+    choice.setTrayIsThere(true);
+    EXPECT_TRUE(isShown);
+}
+
+TEST_F(XEmbedTrayChoiceTest, NeverLooksForAnotherTrayWhereThereIsAHost) {
+    choice.setHostIsThere(true);
+    EXPECT_EQ(queue.pendingDelayed(), 0U);
+    queue.advance(1h);
+    EXPECT_FALSE(isLooking);
+}
+
+TEST_F(XEmbedTrayChoiceTest, GivesAHostTimeToComeAtLogin) {
+    choice.setHostIsThere(false);
+    queue.advance(XEmbedTrayChoice::grace - 1ms);
+    choice.setHostIsThere(true);
+    queue.advance(1h);
+    EXPECT_FALSE(isLooking);
+}
+
+TEST_F(XEmbedTrayChoiceTest, LeavesTheTrayToAHostThatComesLater) {
+    queue.advance(XEmbedTrayChoice::grace);
+    choice.setTrayIsThere(true);
+    choice.setHostIsThere(true);
+    EXPECT_FALSE(isShown);
+    EXPECT_FALSE(isLooking);
+    queue.advance(1h);
+    EXPECT_FALSE(isShown);
+}
+
+TEST_F(XEmbedTrayChoiceTest, GivesARestartedHostTimeToComeBack) {
+    choice.setHostIsThere(true);
+    choice.setHostIsThere(false);
+    queue.advance(XEmbedTrayChoice::grace - 1ms);
+    choice.setHostIsThere(true);
+    queue.advance(1h);
+    EXPECT_FALSE(isLooking);
+    choice.setHostIsThere(false);
+    queue.advance(XEmbedTrayChoice::grace);
+    EXPECT_TRUE(isLooking);
+}
+
+TEST_F(XEmbedTrayChoiceTest, FollowsTheTrayAsItComesAndGoes) {
+    queue.advance(XEmbedTrayChoice::grace);
+    for (int round = 0; round < 3; ++round) {
+        choice.setTrayIsThere(true);
+        choice.setTrayIsThere(true);
+        EXPECT_TRUE(isShown);
+        choice.setTrayIsThere(false);
+        EXPECT_FALSE(isShown);
+    }
+    EXPECT_EQ(changes, 6);
+    EXPECT_TRUE(isLooking);
+}
+
+TEST_F(XEmbedTrayChoiceTest, RunsNoTimerOnceItHasDecided) {
+    queue.advance(XEmbedTrayChoice::grace);
+    EXPECT_EQ(queue.pendingDelayed(), 0U);
+    choice.setTrayIsThere(true);
+    EXPECT_EQ(queue.pendingDelayed(), 0U);
+}
+
+}  // namespace
+}  // namespace kovra

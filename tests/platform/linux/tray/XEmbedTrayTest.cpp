@@ -1,0 +1,250 @@
+#include "BLE_kovra/platform/linux/tray/XEmbedTray.h"
+
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/platform/linux/tray/ItemOnScreen.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A real tray that embeds windows and knows nothing else, in the top left corner, until it is killed.
+class Trayer {
+  public:
+    explicit Trayer(std::vector<std::string> look = {}) {
+        std::vector<std::string> words{"trayer",      "--edge",  "top",      "--align", "left",
+                                       "--widthtype", "request", "--height", "24"};
+        words.insert(words.end(), look.begin(), look.end());
+        std::vector<char*> arguments;
+        for (std::string& each : words) arguments.push_back(each.data());
+        arguments.push_back(nullptr);
+        EXPECT_EQ(::posix_spawnp(&pid_, "trayer", nullptr, nullptr, arguments.data(), environ), 0);
+    }
+    ~Trayer() {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    Trayer(const Trayer&) = delete;
+    Trayer& operator=(const Trayer&) = delete;
+
+  private:
+    pid_t pid_ = 0;
+};
+
+Drawing pad(bool hasSlash) {
+    Drawing drawing{.name = "pad", .size = {18, 18}, .strokes = {}};
+    drawing.strokes.push_back({RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2}}, 1.2});
+    if (hasSlash) drawing.strokes.push_back({Segment{.from = {3, 3}, .to = {15, 15}}, 1.6});
+    return drawing;
+}
+
+// The item's front in a real tray.
+class XEmbedTrayTest : public ItemOnScreen {
+  protected:
+    XEmbedTrayTest() {
+        show(false);
+        item.button()->setToolTip("Plain & <b>literal</b>");
+        auto front = std::make_unique<XEmbedTray>(patience, *x, window, item);
+        tray = front.get();
+        item.add(std::move(front));
+    }
+    void show(bool hasSlash) {
+        item.button()->setImage(pad(hasSlash));
+        item.button()->setImageIsTemplate(true);
+    }
+
+    std::optional<Onlooker::Place> icon() { return onlooker.window("Plain & <b>literal</b>"); }
+    // The icon's place once it is painted.
+    Onlooker::Place paintedIcon() {
+        return waitFor<Onlooker::Place>([&]() -> std::optional<Onlooker::Place> {
+            const auto place = icon();
+            return place && place->width > 10 && onlooker.colours(*place).size() > 2 ? place : std::nullopt;
+        });
+    }
+    XEmbedTray* tray = nullptr;
+};
+
+TEST_F(XEmbedTrayTest, ShowsTheIconAndTheSlash) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    const auto place = paintedIcon();
+    EXPECT_GE(place.width, 20);
+    EXPECT_LE(place.width, 24);
+    EXPECT_EQ(place.height, 22);
+    const auto plain = onlooker.pixels(place);
+    show(true);
+    waitUntil([&] { return onlooker.pixels(place) != plain; });
+    const auto slashed = onlooker.pixels(place);
+    show(false);
+    waitUntil([&] { return onlooker.pixels(place) == plain; });
+    EXPECT_NE(slashed, plain);
+}
+
+TEST_F(XEmbedTrayTest, NamesTheIconForScreenReadersByItsToolTip) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    item.button()->setToolTip("Another");
+    waitUntil([&] { return onlooker.window("Another") && !icon(); });
+}
+
+TEST_F(XEmbedTrayTest, ShowsTheIconInATrayThatComesLate) {
+    patience.advance(XEmbedTrayChoice::grace);
+    let(100ms);
+    EXPECT_FALSE(icon());
+    const Trayer trayer;
+    paintedIcon();
+}
+
+TEST_F(XEmbedTrayTest, ShowsTheIconAgainInATrayThatWasKilledAndRestarted) {
+    patience.advance(XEmbedTrayChoice::grace);
+    for (int round = 0; round < 2; ++round) {
+        {
+            const Trayer trayer;
+            paintedIcon();
+        }
+        waitUntil([&] { return !icon() && windowProcesses().empty(); });
+    }
+}
+
+TEST_F(XEmbedTrayTest, OpensTheMenuForTheLeftAndForTheRightButton) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    const auto place = paintedIcon();
+    for (const std::uint8_t button : {XCB_BUTTON_INDEX_1, XCB_BUTTON_INDEX_3}) {
+        onlooker.click(button, place);
+        const auto opened = openedMenu();
+        EXPECT_GE(opened.y, place.y + place.height) << "it covers the icon";
+        onlooker.click(button, place);  // closes it
+        waitUntil([&] { return !menu(); });
+    }
+    EXPECT_TRUE(done.empty());
+}
+
+TEST_F(XEmbedTrayTest, PerformsWhatIsChosenByMouse) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    const auto place = paintedIcon();
+    onlooker.click(XCB_BUTTON_INDEX_1, place);
+    auto opened = openedMenu();
+    onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + opened.height - 10);
+    waitUntil([&] { return done == std::vector<std::string>{"quit"}; });
+    waitUntil([&] { return !menu(); });
+    onlooker.click(XCB_BUTTON_INDEX_3, place);
+    opened = openedMenu();
+    onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + 10);
+    waitUntil([&] { return done == std::vector<std::string>{"quit", "toggle"}; });
+}
+
+TEST_F(XEmbedTrayTest, PerformsWhatIsChosenByKeyboardAndPassesOverTheHint) {
+    constexpr xcb_keycode_t down = 116, enter = 36;
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    onlooker.click(XCB_BUTTON_INDEX_1, paintedIcon());
+    openedMenu();
+    onlooker.tap(down);
+    onlooker.tap(down);
+    onlooker.tap(enter);
+    waitUntil([&] { return done == std::vector<std::string>{"quit"}; });
+}
+
+TEST_F(XEmbedTrayTest, NeverChoosesTheHint) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    onlooker.click(XCB_BUTTON_INDEX_1, paintedIcon());
+    const auto opened = openedMenu();
+    onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + opened.height / 2 - 6);
+    let(200ms);
+    EXPECT_TRUE(done.empty());
+    EXPECT_TRUE(menu());
+}
+
+TEST_F(XEmbedTrayTest, ShowsTheCheckMarkThatStandsAndNotTheOneThatWasClicked) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    const auto place = paintedIcon();
+    const auto openMenu = [&] {
+        onlooker.click(XCB_BUTTON_INDEX_1, 600, 400);  // away from every item
+        onlooker.click(XCB_BUTTON_INDEX_1, place);
+        return openedMenu();
+    };
+    const auto mark = [&](const Onlooker::Place& at) { return onlooker.pixels({at.x + 4, at.y + 2, 20, 20}); };
+    auto opened = openMenu();
+    waitUntil([&] { return onlooker.colours(opened).size() > 10; });
+    const auto checked = mark(opened);
+    onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + 10);  // whose action changes nothing
+    waitUntil([&] { return done.size() == 1 && !menu(); });
+    opened = openMenu();
+    waitUntil([&] { return mark(opened) == checked; });
+    item.setState(toggleTag, MenuItemState::off);
+    waitUntil([&] { return mark(opened) != checked; });
+    item.setState(toggleTag, MenuItemState::on);
+    waitUntil([&] { return mark(opened) == checked; });
+}
+
+TEST_F(XEmbedTrayTest, StartsTheWindowProcessAgainWhenItIsKilled) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    int deaths = 0;
+    const auto listening = window.listenForDeath([&] { ++deaths; });
+    const auto before = windowProcesses();
+    ASSERT_EQ(before.size(), 1U);
+    ::kill(before.front(), SIGKILL);
+    waitUntil([&] { return deaths == 1 && windowProcesses().size() == 1 && windowProcesses() != before; });
+    const auto place = paintedIcon();
+    const auto plain = onlooker.pixels(place);
+    show(true);
+    waitUntil([&] { return icon() == place && onlooker.pixels(place) != plain; });
+    EXPECT_EQ(deaths, 1);
+}
+
+TEST_F(XEmbedTrayTest, TakesTheIconAwayAlsoFromAProcessThatStays) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    const auto before = windowProcesses();
+    window.tell(PopUpMenu{.x = 0, .y = 0, .asked = {}, .menu = {}});  // which is too late, and holds the process
+    tray->setHostIsThere(true);
+    waitUntil([&] { return !icon(); });
+    EXPECT_EQ(windowProcesses(), before);
+    tray->setHostIsThere(false);
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    EXPECT_EQ(windowProcesses(), before);
+    window.release();
+}
+
+TEST_F(XEmbedTrayTest, LeavesTheTrayToAStatusNotifierHostThatComes) {
+    const Trayer trayer;
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    tray->setHostIsThere(true);
+    waitUntil([&] { return !icon() && windowProcesses().empty(); });
+    tray->setHostIsThere(false);
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+}
+
+TEST_F(XEmbedTrayTest, StartsNothingWhereThereIsAStatusNotifierHost) {
+    const Trayer trayer;
+    tray->setHostIsThere(true);
+    patience.advance(1h);
+    show(true);
+    let(200ms);
+    EXPECT_TRUE(windowProcesses().empty());
+}
+
+}  // namespace
+}  // namespace kovra

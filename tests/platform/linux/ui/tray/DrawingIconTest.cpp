@@ -1,0 +1,100 @@
+#include "BLE_kovra/platform/linux/ui/tray/DrawingIcon.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QPainter>
+
+#include "tests/platform/linux/ui/Luminance.h"
+#include "tests/platform/linux/ui/QtRig.h"
+
+namespace kovra {
+namespace {
+
+Drawing pad(bool hasSlash) {
+    Drawing drawing{.name = "pad", .size = {18, 18}, .strokes = {}};
+    drawing.strokes.push_back({RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2}}, 1.2});
+    drawing.strokes.push_back({Segment{.from = {9, 4}, .to = {9, 9}}, 1.0});
+    if (hasSlash) drawing.strokes.push_back({Segment{.from = {3, 3}, .to = {15, 15}}, 1.6});
+    return drawing;
+}
+
+QImage painted(const Drawing& drawing, bool isTemplate, QSize size, const QColor& background) {
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(background);
+    QPainter painter(&image);
+    paintDrawing(painter, QRectF(QPointF(), size), drawing, isTemplate);
+    return image;
+}
+
+TEST(DrawingIcon, StandsOutFromAnyBackgroundAtAnySize) {
+    for (const QColor& background : {QColor(Qt::white), QColor(0xE6, 0xE6, 0xE6), QColor(0x80, 0x80, 0x80),
+                                     QColor(0x2D, 0x2D, 0x2D), QColor(Qt::black)}) {
+        for (const int side : {16, 18, 22, 24, 27, 32, 33, 36, 44, 48}) {
+            const QImage image = painted(pad(false), true, {side, side}, background);
+            EXPECT_GT(standingOut(image, background), 0.08) << side << " pixels on " << background.name().toStdString();
+        }
+    }
+}
+
+TEST(DrawingIcon, ShowsTheSlash) {
+    for (const QColor& background : {QColor(Qt::white), QColor(Qt::black)}) {
+        const QImage plain = painted(pad(false), true, {22, 22}, background);
+        const QImage slashed = painted(pad(true), true, {22, 22}, background);
+        int differing = 0;
+        for (int at = 0; at < 22; ++at) differing += plain.pixel(at, 21 - at) != slashed.pixel(at, 21 - at) ? 1 : 0;
+        EXPECT_GE(differing, 10);
+    }
+}
+
+TEST(DrawingIcon, IsDrawnUpright) {
+    // The short line rises from the bottom edge to the middle.
+    const QImage image = painted(pad(false), false, {180, 180}, Qt::white);
+    EXPECT_EQ(image.pixelColor(90, 120), QColor(Qt::black));
+    EXPECT_EQ(image.pixelColor(90, 70), QColor(Qt::white));
+}
+
+TEST(DrawingIcon, KeepsItsProportionsInTheMiddleOfAPlaceThatIsNotSquare) {
+    const QImage square = painted(pad(true), true, {22, 22}, Qt::gray);
+    EXPECT_EQ(painted(pad(true), true, {22, 30}, Qt::gray).copy(0, 4, 22, 22), square);
+    EXPECT_EQ(painted(pad(true), true, {30, 22}, Qt::gray).copy(4, 0, 22, 22), square);
+}
+
+TEST(DrawingIcon, IsPaintedAnewForEachSize) {
+    // Edges stay as thin as one pixel however large it is: few pixels are neither ink nor paper.
+    const QImage image = painted(pad(false), false, {180, 180}, Qt::white);
+    int between = 0;
+    for (int y = 0; y < 180; ++y) {
+        for (int x = 0; x < 180; ++x) {
+            const int grey = qGray(image.pixel(x, y));
+            if (grey > 0 && grey < 255) ++between;
+        }
+    }
+    EXPECT_LT(between, 400);
+}
+
+TEST(DrawingIcon, PaintsWhatIsNoTemplateInBlack) {
+    EXPECT_EQ(painted(pad(true), false, {36, 36}, Qt::black), painted(Drawing(), false, {36, 36}, Qt::black));
+}
+
+TEST(DrawingIcon, PaintsNothingForADrawingWithoutASize) {
+    Drawing drawing = pad(true);
+    for (const Size size : {Size{0, 0}, Size{18, 0}, Size{-18, 18}}) {
+        drawing.size = size;
+        EXPECT_EQ(painted(drawing, true, {22, 22}, Qt::white), painted(Drawing(), true, {22, 22}, Qt::white));
+    }
+}
+
+TEST(DrawingIcon, IsAnIconThatPaintsTheSame) {
+    const QtRig rig;
+    const QIcon icon = drawingIcon(pad(true), true);
+    QImage image(22, 22, QImage::Format_RGB32);
+    image.fill(Qt::gray);
+    QPainter painter(&image);
+    icon.paint(&painter, QRect(0, 0, 22, 22));
+    painter.end();
+    EXPECT_EQ(image, painted(pad(true), true, {22, 22}, Qt::gray));
+}
+
+}  // namespace
+}  // namespace kovra

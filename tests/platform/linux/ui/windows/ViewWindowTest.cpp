@@ -1,0 +1,274 @@
+#include "BLE_kovra/platform/linux/ui/windows/ViewWindow.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QCheckBox>
+#include <QPalette>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+#include <tuple>
+#include <variant>
+
+#include "BLE_kovra/platform/linux/ui/style/Points.h"
+#include "tests/platform/linux/ui/Luminance.h"
+#include "tests/platform/linux/ui/QtRig.h"
+#include "tests/platform/linux/ui/SampleView.h"
+
+namespace kovra {
+namespace {
+
+class ViewWindowTest : public testing::Test {
+  protected:
+    ViewWindowTest() {
+        told.title = "BLE-kovra";
+        told.styleMask = 7;
+        told.contentSize = {440, 480};
+        told.front = 1;
+        content.devices = sample::mice(50);
+        window.onAct = [this](const ToResident& message) { acts.push_back(message); };
+    }
+
+    void show() {
+        told.content = sample::view(content);
+        window.showWindow(told);
+    }
+    void bringToFront() {
+        ++told.front;
+        show();
+    }
+    static void setFontSize(double size) {
+        QFont font = QApplication::font();
+        font.setPointSizeF(size);
+        QApplication::setFont(font);
+        QCoreApplication::processEvents();
+    }
+    void key(int key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&window, Qt::Key(key), modifiers); }
+    template <typename Message>
+    std::vector<Message> acted() const {
+        std::vector<Message> found;
+        for (const ToResident& each : acts) {
+            if (const auto* message = std::get_if<Message>(&each)) found.push_back(*message);
+        }
+        return found;
+    }
+    bool isTold(const WindowPlace& place) const {
+        return QTest::qWaitFor([&] {
+            const auto placed = acted<WindowPlaced>();
+            return !placed.empty() && placed.back().place == place;
+        });
+    }
+    QScrollBar& scrollBar() { return *window.findChild<QScrollArea*>()->verticalScrollBar(); }
+
+    const QtRig qt;
+    ViewWindow window;
+    ShowWindow told;
+    sample::Content content;
+    std::vector<ToResident> acts;
+};
+
+TEST_F(ViewWindowTest, HasTheTitleAndTheSizeThatItIsTold) {
+    show();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(window.windowTitle(), "BLE-kovra");
+    EXPECT_EQ(window.size(), QSize(440, 480));
+    EXPECT_EQ(window.minimumSize(), window.maximumSize());
+}
+
+TEST_F(ViewWindowTest, CanBeClosedAndMinimisedAndNothingElse) {
+    show();
+    const Qt::WindowFlags flags = window.windowFlags();
+    EXPECT_TRUE(flags.testFlag(Qt::WindowTitleHint));
+    EXPECT_TRUE(flags.testFlag(Qt::WindowCloseButtonHint));
+    EXPECT_TRUE(flags.testFlag(Qt::WindowMinimizeButtonHint));
+    EXPECT_FALSE(flags.testFlag(Qt::WindowMaximizeButtonHint));
+    EXPECT_FALSE(flags.testFlag(Qt::WindowContextHelpButtonHint));
+}
+
+TEST_F(ViewWindowTest, IsInTheMiddleOfTheScreenAtFirst) {
+    show();
+    const QPoint off = window.geometry().center() - window.screen()->availableGeometry().center();
+    EXPECT_LE(off.manhattanLength(), 8);  // what the frame is wider at one side
+}
+
+TEST_F(ViewWindowTest, IsHiddenByEachWayOfClosingIt) {
+    show();
+    key(Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+    bringToFront();
+    EXPECT_TRUE(window.isVisible());
+    key(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(window.isVisible());
+    bringToFront();
+    window.close();
+    EXPECT_FALSE(window.isVisible());
+    const auto closed = acted<WindowClosed>();
+    ASSERT_EQ(closed.size(), 3U);
+    EXPECT_EQ(closed[0].front, 1U);
+    EXPECT_EQ(closed[1].front, 2U);
+    EXPECT_EQ(closed[2].front, 3U);
+    EXPECT_TRUE(acted<QuitWanted>().empty());
+}
+
+TEST_F(ViewWindowTest, StaysHiddenUntilItIsBroughtToTheFront) {
+    show();
+    window.close();
+    content.isMuted = true;
+    show();
+    EXPECT_FALSE(window.isVisible());
+    bringToFront();
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(ViewWindowTest, TellsOfTheWishToQuit) {
+    show();
+    key(Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(acted<QuitWanted>().size(), 1U);
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(ViewWindowTest, KnowsNoOtherKeys) {
+    show();
+    for (int each = Qt::Key_A; each <= Qt::Key_Z; ++each) {
+        key(each);
+        key(each, Qt::AltModifier);
+        if (each != Qt::Key_W && each != Qt::Key_Q) key(each, Qt::ControlModifier);
+    }
+    EXPECT_TRUE(acts.empty());
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(ViewWindowTest, KeepsItsPlaceWhileItIsHidden) {
+    show();
+    window.move(30, 40);
+    scrollBar().setValue(333);
+    const WindowPlace there{Point{30, 40}, false, 333};
+    EXPECT_TRUE(isTold(there));
+    window.close();
+    EXPECT_EQ(acted<WindowClosed>().at(0).place, there);
+    content.isMuted = true;
+    show();
+    bringToFront();
+    EXPECT_EQ(window.pos(), QPoint(30, 40));
+    EXPECT_EQ(scrollBar().value(), 333);
+}
+
+TEST_F(ViewWindowTest, TellsWhereItIsOnceItStays) {
+    show();
+    for (int i = 1; i <= 20; ++i) {
+        window.move(i, 2 * i);
+        scrollBar().setValue(3 * i);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_TRUE(isTold({Point{20, 40}, false, 60}));
+    EXPECT_EQ(acted<WindowPlaced>().size(), 1U);
+}
+
+TEST_F(ViewWindowTest, KeepsThePlaceThatItHadWhereItIsClosedOnTheWayToAnother) {
+    told.place = {Point{50, 60}, false, 0};
+    show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    window.move(70, 80);
+    scrollBar().setValue(9);
+    window.close();
+    EXPECT_EQ(acted<WindowClosed>().at(0).place, (WindowPlace{Point{50, 60}, false, 9}));
+}
+
+TEST_F(ViewWindowTest, IsMadeAgainAsItWas) {
+    told.place = {Point{50, 60}, false, 123};
+    show();
+    EXPECT_EQ(window.pos(), QPoint(50, 60));
+    EXPECT_EQ(scrollBar().value(), 123);
+    EXPECT_FALSE(window.isMinimized());
+    QTest::qWait(500);
+    EXPECT_TRUE(acts.empty());
+}
+
+TEST_F(ViewWindowTest, IsMadeAgainMinimisedAndComesBackWhenItIsBroughtToTheFront) {
+    told.place.isMinimised = true;
+    show();
+    EXPECT_TRUE(window.isMinimized());
+    EXPECT_TRUE(window.isVisible());
+    bringToFront();
+    EXPECT_FALSE(window.isMinimized());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !acted<WindowPlaced>().empty(); }));
+    EXPECT_FALSE(acted<WindowPlaced>().at(0).place.isMinimised);
+}
+
+TEST_F(ViewWindowTest, TakesNoPlaceOverLater) {
+    show();
+    const QPoint before = window.pos();
+    told.place = {Point{50, 60}, true, 123};
+    bringToFront();
+    EXPECT_EQ(window.pos(), before);
+    EXPECT_FALSE(window.isMinimized());
+    EXPECT_EQ(scrollBar().value(), 0);
+}
+
+TEST_F(ViewWindowTest, ComesWithinReachWhenItsScreenIsGone) {
+    told.place.position = Point{-5000, 100};
+    show();
+    EXPECT_TRUE(window.screen()->geometry().contains(window.geometry()));
+}
+
+TEST_F(ViewWindowTest, FollowsTheFontsWhileItIsOpen) {
+    show();
+    setFontSize(16.5);
+    EXPECT_EQ(window.width(), 660);
+    const auto* row = window.findChild<QScrollArea*>()->findChild<QCheckBox*>();
+    EXPECT_GT(row->height(), 20);
+}
+
+TEST_F(ViewWindowTest, IsNoHigherThanTheScreenWhileTheListCanGiveWay) {
+    show();
+    setFontSize(19);
+    ASSERT_GT(pixels(480) + 40, window.screen()->availableGeometry().height());
+    EXPECT_LE(window.height(), window.screen()->availableGeometry().height());
+}
+
+TEST_F(ViewWindowTest, HasTheTextsLegibleInADarkThemeAndInALightOne) {
+    for (const auto& [paper, ink] : {std::pair(QColor(0xEF, 0xEF, 0xEF), QColor(Qt::black)),
+                                     std::pair(QColor(Qt::white), QColor(0x33, 0x33, 0x33)),
+                                     std::pair(QColor(0x2D, 0x2D, 0x2D), QColor(Qt::white)),
+                                     std::pair(QColor(0x1B, 0x1E, 0x20), QColor(0xFC, 0xFC, 0xFC))}) {
+        QPalette palette;
+        palette.setColor(QPalette::Window, paper);
+        palette.setColor(QPalette::WindowText, ink);
+        EXPECT_GE(contrast(roleColor(Color::secondary, palette), paper), 4.5);
+        EXPECT_GE(contrast(roleColor(Color::primary, palette), paper), 4.5);
+        EXPECT_GE(contrast(roleColor(Color::green, palette), paper), 3);
+    }
+}
+
+TEST_F(ViewWindowTest, HasBoxesThatStandOutAlsoUntickedInADarkThemeAndInALightOne) {
+    for (const auto& [paper, base, ink] :
+         {std::tuple(QColor(0xEF, 0xEF, 0xEF), QColor(Qt::white), QColor(Qt::black)),
+          std::tuple(QColor(0x2D, 0x2D, 0x2D), QColor(0x23, 0x26, 0x29), QColor(Qt::white)),
+          std::tuple(QColor(0x1B, 0x1E, 0x20), QColor(0x14, 0x16, 0x18), QColor(0xFC, 0xFC, 0xFC))}) {
+        QPalette palette(paper);
+        palette.setColor(QPalette::Base, base);
+        palette.setColor(QPalette::WindowText, ink);
+        window.setPalette(palette);
+        show();
+        window.setFocus();
+        for (auto* button : window.findChildren<QAbstractButton*>()) {
+            const bool isBox = qobject_cast<QCheckBox*>(button) != nullptr;
+            if (button->isChecked() || (!isBox && qobject_cast<QRadioButton*>(button) == nullptr)) continue;
+            const QImage seen = button->grab().toImage().copy(0, 0, 15, button->height());
+            EXPECT_GE(standingOut(seen, paper), isBox ? 0.1 : 0.02) << button->accessibleName().toStdString();
+        }
+    }
+}
+
+TEST_F(ViewWindowTest, IsAWindowOfTheApplicationToScreenReaders) {
+    show();
+    const QAccessibleInterface* its = QAccessible::queryAccessibleInterface(&window);
+    ASSERT_NE(its, nullptr);
+    EXPECT_EQ(its->text(QAccessible::Name), "BLE-kovra");
+    EXPECT_EQ(its->role(), QAccessible::Window);
+}
+
+}  // namespace
+}  // namespace kovra

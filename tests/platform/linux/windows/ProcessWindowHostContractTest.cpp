@@ -1,0 +1,55 @@
+#include "BLE_kovra/platform/linux/session/ActivationToken.h"
+#include "BLE_kovra/platform/linux/windows/ProcessWindowHost.h"
+#include "tests/contracts/WindowHostContract.h"
+#include "tests/fakes/FakeDesktop.h"
+#include "tests/platform/linux/windows/StandInWindow.h"
+
+namespace kovra {
+namespace {
+
+class ProcessDriver {
+  public:
+    using Path = std::vector<std::string>;
+
+    WindowHost& host() { return host_; }
+    // Until the process has taken all that it is told after some turns of the queue.
+    void settle() {
+        for (int turn = 0; turn < 4; ++turn) standIn_.let({});
+        if (!standIn_.isThere()) return;
+        standIn_.process().tell(PopUpMenu{.x = 0, .y = 0, .asked = std::chrono::milliseconds(++settled_), .menu = {}});
+        standIn_.turnUntil([&] {
+            const auto told = standIn_.newest<PopUpMenu>();
+            return told && told->asked.count() == settled_;
+        });
+        standIn_.process().release();
+    }
+    bool isSeen() const { return standIn_.showsWindow(); }
+    std::string title() const { return standIn_.newest<ShowWindow>()->title; }
+    std::string content() const { return ViewDump::of(standIn_.newest<ShowWindow>()->content); }
+    void close() {
+        standIn_.send(WindowClosed{standIn_.newest<ShowWindow>()->front, {}});
+        standIn_.turnUntil([&] { return !standIn_.showsWindow(); });
+    }
+    void turn(const Path& path, bool isOn) { change(path, isOn); }
+    void choose(const Path& path, const std::string& tag) { change(path, tag); }
+
+  private:
+    // Until it is answered.
+    void change(const Path& path, const std::variant<bool, std::string>& value) {
+        standIn_.send(ControlChanged{++changes_, path, value});
+        standIn_.turnUntil([&] { return standIn_.newest<ShowWindow>()->heard == changes_; });
+    }
+
+    SdEventLoop loop_;
+    StandInWindow standIn_{loop_};
+    ActivationToken token_;
+    FakeWorkspace workspace_;
+    ProcessWindowHost host_{loop_, standIn_.process(), token_, workspace_};
+    std::uint64_t changes_ = 0;
+    std::int64_t settled_ = 0;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Process, WindowHostContract, ProcessDriver);
+
+}  // namespace
+}  // namespace kovra

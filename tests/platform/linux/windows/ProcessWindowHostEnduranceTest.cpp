@@ -1,0 +1,79 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/session/ActivationToken.h"
+#include "BLE_kovra/platform/linux/windows/ProcessWindowHost.h"
+#include "BLE_kovra/platform/linux/windows/WindowProcess.h"
+#include "tests/fakes/FakeDesktop.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/OwnResources.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+View listOf(const std::vector<std::string>& devices, int change) {
+    View list{Stack{}, {}, {}, {}};
+    for (const std::string& device : devices) {
+        const bool isOn = (change + static_cast<int>(device.size())) % 3 == 0;
+        View label{Text{device + (isOn ? "" : " (gone)")}, {}, {}, {}};
+        list.children.push_back(View{Toggle{isOn, [](bool) {}}, {std::move(label)}, {}, {}}.identified(device));
+    }
+    return list;
+}
+
+// A day of a window that is never closed, and of mice that come and go: all that it took is given back, along the way
+// and at the end.
+TEST(WindowEndurance, NothingGrowsThroughAHundredThousandChangesOfTheListAndNothingIsLeft) {
+    constexpr int changes = 100'000;
+    const TempFolder folder;
+    const std::string program = folder / "program";
+    writeFile(program, "#!/bin/sh\nexec cat <&3 >/dev/null\n");
+    ::chmod(program.c_str(), 0755);
+
+    SdEventLoop loop;
+    WindowProcess process(
+        loop, [&] { return program; }, WindowProcess::Patience{{1h}, 1h, 50ms});
+    ActivationToken token;
+    FakeWorkspace workspace;
+    ProcessWindowHost host(loop, process, token, workspace);
+    std::vector<std::string> devices;
+    for (int device = 0; device < 8; ++device) devices.push_back("Mouse " + std::string(device + 1U, 'x'));
+    auto window = host.makeWindow(listOf(devices, 0));
+    const std::size_t descriptors = openDescriptors();
+    const std::size_t before = bytesInUse();
+
+    window->makeKeyAndOrderFront();
+    std::size_t mostAtFirst = 0, most = 0;  // within the first tenth, and after it
+    for (int change = 0; change < changes; ++change) {
+        std::rotate(devices.begin(), devices.begin() + change % 7, devices.end());
+        window->setContent(listOf(devices, change));
+        bool isTold = false;
+        loop.async([&] { isTold = true; });
+        loop.runUntil([&] { return isTold; });
+        std::size_t& highest = change < changes / 10 ? mostAtFirst : most;
+        highest = std::max(highest, bytesInUse());
+    }
+    EXPECT_TRUE(process.isRunning());
+    EXPECT_LE(most, mostAtFirst + mostAtFirst / 100);
+
+    window.reset();
+    ASSERT_TRUE(turnUntil(loop, [] { return !hasChildren(); }));
+    turnUntil(loop, [&] { return openDescriptors() == descriptors; });
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_LT(bytesInUse(), before + 10'000);
+    EXPECT_LE(turnsWithin(loop, 200ms), 2) << "something is left that wakes up";
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,164 @@
+#include <algorithm>
+#include <csignal>
+
+#include "tests/platform/linux/windows/WindowProcessRig.h"
+#include "tests/support/linux/OwnResources.h"
+
+namespace kovra {
+namespace {
+
+class WindowProcessMessages : public WindowProcessRig {};
+
+TEST_F(WindowProcessMessages, HandsOnWhatTheUserChose) {
+    use(R"(echo '{"is":"itemChosen","position":4}
+no message
+{"is":"itemChosen","position":0}' >&3
+exec cat <&3 >/dev/null)");
+    show("tip");
+    waitFor([&] { return chosen.size() == 2; });
+    EXPECT_EQ(chosen, (std::vector<std::size_t>{4, 0}));
+}
+
+TEST_F(WindowProcessMessages, HandsOnWhatWasChosenLastBeforeItDied) {
+    use(R"(echo '{"is":"itemChosen","position":7}' >&3)");
+    show("tip");
+    waitFor([&] { return deaths > 0; });
+    EXPECT_EQ(chosen.size(), static_cast<std::size_t>(deaths));
+}
+
+TEST_F(WindowProcessMessages, NeitherWaitsNorGrowsWhenItIsNotRead) {
+    use("echo $$ >$here/pid; exec sleep 1000");
+    show("tip");
+    waitFor([&] { return pid() > 0; });
+    const std::string long_(100'000, 'x');
+    for (int i = 0; i < 100; ++i) show(long_);
+    const std::size_t before = bytesInUse();
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 1'000; ++i) {
+        show(long_);
+        if (i % 100 == 0) let(1ms);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, limit);
+    EXPECT_EQ(deaths, 0);
+    EXPECT_LT(bytesInUse(), before + 200'000);  // 100 MB went by
+}
+
+TEST_F(WindowProcessMessages, TakesUpWritingWhenItIsReadAgain) {
+    use("echo $$ >$here/pid; while [ ! -e $here/go ]; do sleep 0.01; done; exec cat <&3 >$here/shown");
+    show("tip");
+    waitFor([&] { return pid() > 0; });
+    for (int i = 0; i < 50; ++i) show(std::string(100'000, 'x'));
+    show("the newest");
+    writeFile(folder / "go", "go");
+    waitFor([&] { return read("shown").find("the newest") != std::string::npos; });
+    const std::string shown = read("shown");
+    EXPECT_LT(std::count(shown.begin(), shown.end(), '\n'), 10);
+}
+
+TEST_F(WindowProcessMessages, StartsForAnEventAndStaysUntilItIsReleased) {
+    use("exec cat <&3 >$here/shown");
+    popUp(71);
+    popUp(72);
+    waitFor([&] { return read("shown").find("\"x\":72") != std::string::npos; });
+    EXPECT_NE(read("shown").find("\"x\":71"), std::string::npos);
+    let(30ms);
+    EXPECT_TRUE(hasChildren());
+    window->release();
+    waitFor([&] { return !hasChildren(); });
+    EXPECT_EQ(deaths, 0);
+}
+
+TEST_F(WindowProcessMessages, IsNotStartedAgainForAnEventWhenItIsKilled) {
+    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >/dev/null");
+    popUp(71);
+    waitFor([&] { return pid() > 0; });
+    ::kill(pid(), SIGKILL);
+    waitFor([&] { return deaths == 1 && !hasChildren(); });
+    let(50ms);
+    EXPECT_EQ(starts(), 1U);
+    window->release();
+    popUp(72);
+    waitFor([&] { return starts() == 2; });
+}
+
+TEST_F(WindowProcessMessages, TellsNoEventAgainToAProcessThatComesLater) {
+    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
+    show("state");
+    popUp(71);
+    waitFor([&] { return read("shown").find("\"x\":71") != std::string::npos; });
+    ::kill(pid(), SIGKILL);
+    waitFor([&] { return starts() == 2 && read("shown").find("state") != std::string::npos; });
+    let(30ms);
+    EXPECT_EQ(read("shown").find("\"x\":71"), std::string::npos);
+}
+
+TEST_F(WindowProcessMessages, StaysWhenItIsReleasedWhileThereIsSomethingToShow) {
+    use("echo $$ >$here/pid; exec cat <&3 >/dev/null");
+    popUp(71);
+    show("state");
+    waitFor([&] { return pid() > 0; });
+    window->release();
+    let(50ms);
+    EXPECT_TRUE(hasChildren());
+    window->hideTray();
+    waitFor([&] { return !hasChildren(); });
+}
+
+TEST_F(WindowProcessMessages, StartsAtOnceForAnEventAlsoWhereItWasGivenUp) {
+    use("echo >>$here/starts");
+    show("tip");
+    waitFor([&] { return deaths == 4; });
+    popUp(71);
+    waitFor([&] { return deaths == 5; });
+    let(50ms);
+    EXPECT_EQ(starts(), 5U);
+}
+
+TEST_F(WindowProcessMessages, TellsTheSameStateOnce) {
+    use("exec cat <&3 >$here/shown");
+    const auto told = [&] {
+        const std::string shown = read("shown");
+        return std::count(shown.begin(), shown.end(), '\n');
+    };
+    int differing = 0;
+    for (const char* tip : {"one", "two", "one"}) {
+        ++differing;
+        for (int i = 0; i < 3; ++i) {
+            show(tip);
+            waitFor([&] { return told() >= differing; });
+        }
+    }
+    let(20ms);
+    EXPECT_EQ(told(), 3);
+}
+
+TEST_F(WindowProcessMessages, TellsOfOneStateLessWhileTheOthersStay) {
+    use("exec cat <&3 >$here/shown");
+    show("tip");
+    showWindow();
+    showAlert();
+    waitFor([&] { return read("shown").find("\"number\":7") != std::string::npos; });
+    window->hideTray();
+    waitFor([&] { return read("shown").ends_with("{\"is\":\"hideTray\"}\n"); });
+    window->closeAlerts();
+    waitFor([&] { return read("shown").ends_with("{\"alerts\":[],\"is\":\"showAlerts\"}\n"); });
+    let(2 * linger);
+    EXPECT_TRUE(hasChildren());
+    window->hideWindow();
+    waitFor([&] { return read("shown").ends_with("{\"is\":\"hideWindow\"}\n"); });
+}
+
+TEST_F(WindowProcessMessages, ShowsWhatItsDeathDidNotEndAgain) {
+    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
+    const auto closing = window->listenForDeath([&] { window->hideWindow(); });
+    show("tip");
+    showWindow();
+    waitFor([&] { return read("shown").find("showWindow") != std::string::npos; });
+    ::kill(pid(), SIGKILL);
+    waitFor([&] { return starts() == 2 && read("shown").find("tip") != std::string::npos; });
+    let(30ms);
+    EXPECT_EQ(read("shown").find("indow"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,92 @@
+#include "BLE_kovra/platform/macos/hotkeys/CarbonHotKeyService.h"
+#include "tests/contracts/HotKeyServiceContract.h"
+#include "tests/platform/macos/FrameworkRig.h"
+
+namespace kovra {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+constexpr std::uint32_t controlAndOption = 0x1800;
+
+class CarbonDriver {
+  public:
+    HotKeyService& service() { return service_; }
+    bool press() { return FakeHotKeys::press(0x11, controlAndOption); }
+    void settle() { FakeRunLoop::settle(); }
+    void takeByAnother() { FakeHotKeys::takeByAnother(0x11, controlAndOption); }
+
+  private:
+    FrameworkRig frameworks_;
+    CarbonHotKeyService service_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Carbon, HotKeyServiceContract, CarbonDriver);
+
+class CarbonHotKey : public testing::Test {
+  protected:
+    static constexpr HotKey hotKey{.keyCode = HotKey::ansiT,
+                                   .modifiers = HotKey::controlKey | HotKey::optionKey,
+                                   .signature = 0x54475244,
+                                   .number = 1};
+
+    FrameworkRig frameworks_;
+    CarbonHotKeyService service_;
+};
+
+TEST_F(CarbonHotKey, AsksForOnePressOfThisKeyAndGivesEachBackOnce) {
+    auto handler = service_.installHandler([] { return 0; });
+    auto registered = service_.registerHotKey(hotKey);
+    EXPECT_EQ(FakeHotKeys::takeRequests(),
+              (Strings{"install for 6b657962/5", "register 11+1800 as 54475244/1, options 0"}));
+    registered.reset();
+    handler.reset();
+    EXPECT_EQ(FakeHotKeys::takeRequests(), (Strings{"unregister", "remove"}));
+}
+
+TEST_F(CarbonHotKey, IsNullWhereTheSystemRefuses) {
+    FakeHotKeys::takeByAnother(0x11, controlAndOption);
+    FakeHotKeys::refuseHandlers(true);
+    EXPECT_EQ(service_.installHandler([] { return 0; }), nullptr);
+    EXPECT_EQ(service_.registerHotKey(hotKey), nullptr);
+    EXPECT_EQ(FakeHotKeys::held(), 0U);
+}
+
+TEST_F(CarbonHotKey, CallsNoHandlerThatTheSystemRefused) {
+    int pressed = 0;
+    const auto installed = service_.installHandler([&] { return ++pressed, 0; });
+    FakeHotKeys::refuseHandlers(true);
+    const auto refused = service_.installHandler([] {
+        ADD_FAILURE() << "the refused handler was called";
+        return 0;
+    });
+    const auto registered = service_.registerHotKey(hotKey);
+    FakeHotKeys::press(0x11, controlAndOption);
+    EXPECT_EQ(pressed, 1);
+}
+
+TEST_F(CarbonHotKey, MayLetGoOfItsHandlerInsideAPress) {
+    std::unique_ptr<HotKeyService::Reference> handler;
+    int pressed = 0;
+    handler = service_.installHandler([&] {
+        handler.reset();
+        return ++pressed, 0;
+    });
+    const auto registered = service_.registerHotKey(hotKey);
+    FakeHotKeys::press(0x11, controlAndOption);
+    EXPECT_FALSE(FakeHotKeys::press(0x11, controlAndOption));
+    EXPECT_EQ(pressed, 1);
+}
+
+TEST_F(CarbonHotKey, IsNotPressedWithOtherModifiers) {
+    int pressed = 0;
+    const auto handler = service_.installHandler([&] { return ++pressed, 0; });
+    const auto registered = service_.registerHotKey(hotKey);
+    for (const std::uint32_t modifiers : {0x1000U, 0x0800U, 0x1A00U, 0x1900U}) {
+        EXPECT_TRUE(FakeHotKeys::press(0x11, modifiers));
+    }
+    EXPECT_EQ(pressed, 0);
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,128 @@
+#include <sys/wait.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "BLE_kovra/platform/macos/loop/CFDescriptorLoop.h"
+#include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
+#include "BLE_kovra/platform/posix/PosixProcessRunner.h"
+#include "BLE_kovra/platform/posix/ProcessEnd.h"
+#include "tests/contracts/ProcessRunnerContract.h"
+#include "tests/platform/macos/FrameworkRig.h"
+#include "tests/support/posix/ScriptedPrograms.h"
+#include "tests/support/posix/Scripts.h"
+
+namespace kovra {
+namespace {
+
+class CFDriver : public ScriptedPrograms {
+  public:
+    ProcessRunner& processes() { return processes_; }
+    MainQueue& queue() { return queue_; }
+    void terminate() { queue_.stop(); }
+    bool hasRun(const Command&) {
+        return queue_.isStopped() ? havePrinted() : FakeRunLoop::turnUntil([this] { return havePrinted(); });
+    }
+
+  private:
+    FrameworkRig frameworks_;
+    DispatchMainQueue queue_;
+    CFDescriptorLoop loop_{queue_};
+    PosixProcessRunner processes_{loop_};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(CFRunLoop, ProcessRunnerContract, CFDriver);
+
+class ProgramOnCFRunLoop : public testing::Test {
+  protected:
+    std::optional<std::string> output(const std::string& script) {
+        return processes_.output({scripts_.make(script), {}});
+    }
+
+    FrameworkRig frameworks_;
+    DispatchMainQueue queue_;
+    CFDescriptorLoop loop_{queue_};
+    PosixProcessRunner processes_{loop_};
+    Scripts scripts_;
+};
+
+TEST_F(ProgramOnCFRunLoop, IsReadWholeBothStreamsInTheOrderOfWriting) {
+    EXPECT_EQ(output("echo first; echo second >&2; echo third"), "first\nsecond\nthird\n");
+    EXPECT_EQ(output("head -c 3000000 /dev/zero").value_or("").size(), 3'000'000U);
+}
+
+TEST_F(ProgramOnCFRunLoop, IsWaitedForWhenItHasClosedItsPipe) {
+    EXPECT_EQ(output("echo written; exec >&- 2>&-; sleep 0.2; : >$here/end"), "written\n");
+    EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
+}
+
+TEST_F(ProgramOnCFRunLoop, IsWaitedForInsideABlockToo) {
+    std::optional<std::string> text;
+    bool hasNextRun = false;
+    queue_.async([&] {
+        queue_.async([&] { hasNextRun = true; });
+        text = output("sleep 0.1; echo written");
+        EXPECT_FALSE(hasNextRun) << "the system runs no block inside another";
+    });
+    FakeRunLoop::settle();
+    EXPECT_EQ(text, "written\n");
+    EXPECT_TRUE(hasNextRun);
+}
+
+TEST_F(ProgramOnCFRunLoop, IsReadWhileAnAlertRuns) {
+    const std::string path = scripts_.make("echo written");
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    int rings = 0;
+    auto watch = loop_.watch(pipe[0], [&] { ++rings; });
+    ASSERT_EQ(::write(pipe[1], "x", 1), 1);
+    FakeRunLoop::settle(FakeRunLoop::alertMode());
+    EXPECT_EQ(rings, 1);
+    FakeRunLoop::settle();
+    EXPECT_EQ(rings, 1) << "silent until it is asked to ring again";
+    watch->rearm();
+    FakeRunLoop::settle();
+    EXPECT_EQ(rings, 2);
+    watch.reset();
+    FakeRunLoop::settle();
+    EXPECT_EQ(rings, 2);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
+}
+
+TEST_F(ProgramOnCFRunLoop, MayLetGoOfItsWatchInsideARing) {
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    ::close(pipe[1]);
+    bool hasRung = false;
+    std::unique_ptr<DescriptorLoop::Watch> watch;
+    watch = loop_.watch(pipe[0], [&] {
+        watch.reset();
+        hasRung = true;
+    });
+    FakeRunLoop::settle();
+    EXPECT_TRUE(hasRung);
+    ::close(pipe[0]);
+}
+
+TEST_F(ProgramOnCFRunLoop, ThatIsStartedLeavesNoZombie) {
+    EXPECT_TRUE(processes_.start({scripts_.make("exit 3"), {}}));
+    EXPECT_TRUE(FakeRunLoop::turnUntil([] { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0; }));
+}
+
+TEST_F(ProgramOnCFRunLoop, IsHeardOfAlsoWhenItHadEndedBeforeAnybodyListened) {
+    Spawn how;
+    pid_t process = 0;
+    ASSERT_EQ(how.start(scripts_.make("exit 0"), {}, process), 0);
+    siginfo_t end{};
+    ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT), 0);
+    const FileDescriptor ending(openProcessEnd(process));
+    ASSERT_TRUE(ending.isOpen());
+    bool hasRung = false;
+    const auto watch = loop_.watch(ending.number(), [&] { hasRung = true; });
+    EXPECT_TRUE(FakeRunLoop::turnUntil([&] { return hasRung; }));
+    ::waitpid(process, nullptr, 0);
+}
+
+}  // namespace
+}  // namespace kovra

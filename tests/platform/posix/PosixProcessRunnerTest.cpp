@@ -1,0 +1,218 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+
+#include "BLE_kovra/platform/posix/PosixProcessRunner.h"
+#include "tests/contracts/ProcessRunnerContract.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/OwnResources.h"
+#include "tests/support/posix/ScriptedPrograms.h"
+#include "tests/support/posix/Scripts.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+class SdEventDriver : public ScriptedPrograms {
+  public:
+    ProcessRunner& processes() { return processes_; }
+    MainQueue& queue() { return loop_; }
+    void terminate() { loop_.stop(); }
+    bool hasRun(const Command&) {
+        return loop_.isStopped() ? havePrinted() : turnUntil(loop_, [this] { return havePrinted(); });
+    }
+
+  private:
+    SdEventLoop loop_;
+    PosixProcessRunner processes_{loop_};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(SdEvent, ProcessRunnerContract, SdEventDriver);
+
+class OutsideProgram : public testing::Test {
+  protected:
+    void TearDown() override { ScriptedPrograms::waitForAll(); }
+    std::optional<std::string> output(const std::string& script) {
+        return processes_.output({scripts_.make(script), {}});
+    }
+    // Without turning the loop that is under test.
+    static bool sees(const std::function<bool()>& condition) {
+        SdEventLoop another;
+        return lookUntil(another, condition);
+    }
+    pid_t pid() const { return std::stoi("0" + scripts_.read("pid")); }
+    bool isRunning() const { return pid() != 0 && ::kill(pid(), 0) == 0; }
+
+    Scripts scripts_;
+    SdEventLoop loop_;
+    PosixProcessRunner processes_{loop_};
+};
+
+TEST_F(OutsideProgram, HasBothItsStreamsInOnePipeInTheOrderOfWriting) {
+    EXPECT_EQ(output("echo first; echo second >&2; echo third; echo fourth >&2"), "first\nsecond\nthird\nfourth\n");
+}
+
+TEST_F(OutsideProgram, MayWriteFarMoreThanAPipeHolds) {
+    const auto text = output("head -c 10485760 /dev/zero");
+    ASSERT_TRUE(text);
+    EXPECT_EQ(text->size(), 10485760U);
+    EXPECT_EQ(text->find_first_not_of('\0'), std::string::npos);
+}
+
+TEST_F(OutsideProgram, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput) {
+    const auto before = openDescriptors();
+    PosixProcessRunner bounded(loop_, 100'000);
+    const auto written = [&](const std::string& script) { return bounded.output({scripts_.make(script), {}}); };
+    EXPECT_EQ(written("head -c 100000 /dev/zero").value_or("").size(), 100'000U);
+    EXPECT_EQ(written("head -c 100001 /dev/zero"), std::nullopt);
+    EXPECT_EQ(written("echo $$ >$here/pid; exec yes"), std::nullopt);
+    EXPECT_FALSE(isRunning());
+    // Of one that ignores being told, and one that left its pipe to another, the pipe is gone.
+    EXPECT_EQ(written("trap '' TERM; yes; : >$here/end"), std::nullopt);
+    EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
+    EXPECT_EQ(written("(echo $$ >$here/pid; exec yes) & exit 0"), std::nullopt);
+    EXPECT_FALSE(hasChildren());
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(OutsideProgram, IsReadWhateverItsEnd) {
+    EXPECT_EQ(output("echo written; exit 7"), "written\n");
+    EXPECT_EQ(output("echo written; kill -9 $$"), "written\n");
+    EXPECT_EQ(output("printf written; kill -TERM $$"), "written");
+}
+
+TEST_F(OutsideProgram, IsWaitedForWhenItHasClosedItsPipe) {
+    EXPECT_EQ(output("echo written; exec >&- 2>&-; sleep 0.2; : >$here/end"), "written\n");
+    EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
+}
+
+TEST_F(OutsideProgram, IsReadToTheEndOfItsPipeWhichItMayHaveLeftToAnother) {
+    EXPECT_EQ(output("echo first; (sleep 0.2; echo late) & exit 0"), "first\nlate\n");
+}
+
+TEST_F(OutsideProgram, ThatCannotBeStartedHasNoOutput) {
+    EXPECT_EQ(processes_.output({scripts_ / "missing", {}}), std::nullopt);
+    writeFile(scripts_ / "not for running", "#!/bin/sh\n");
+    EXPECT_EQ(processes_.output({scripts_ / "not for running", {}}), std::nullopt);
+    EXPECT_EQ(processes_.output({scripts_ / "", {}}), std::nullopt);
+    writeFile(scripts_ / "no program", "");
+    ::chmod((scripts_ / "no program").c_str(), 0755);
+    EXPECT_EQ(processes_.output({scripts_ / "no program", {}}), std::nullopt);
+}
+
+TEST_F(OutsideProgram, GetsItsArgumentsAsTheyAre) {
+    const Command program{scripts_.make(R"(printf '%s|' "$#" "$@")"), {"a b", "", "$HOME; `id`", "-n", "\"\n"}};
+    EXPECT_EQ(processes_.output(program), "5|a b||$HOME; `id`|-n|\"\n|");
+}
+
+TEST_F(OutsideProgram, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
+    const auto term = loop_.onSignal(SIGTERM, [] {});  // blocked here for as long as this lives
+    const auto before = std::signal(SIGPIPE, SIG_IGN);
+    const int leaking = ::dup(STDERR_FILENO);
+    const auto seen = output("cat /proc/self/status; echo descriptors: $(ls /proc/self/fd)");
+    ::close(leaking);
+    std::signal(SIGPIPE, before);
+    const auto signals = [&](const std::string& name) {
+        // Two beyond the first 31 are the C library's own, which it always has a program ignore.
+        return std::stoull(seen->substr(seen->find(name + ":") + name.size() + 1), nullptr, 16) & 0x7fffffffU;
+    };
+    ASSERT_TRUE(seen);
+    for (const char* name : {"SigBlk", "SigIgn", "SigCgt"}) EXPECT_EQ(signals(name), 0U) << name;
+    // The fourth is the folder that ls reads.
+    EXPECT_TRUE(seen->ends_with("descriptors: 0 1 2 3\n")) << *seen;
+}
+
+TEST_F(OutsideProgram, LeavesNothingBehindOnceItHasEnded) {
+    const auto before = openDescriptors();
+    EXPECT_TRUE(output("echo written"));
+    EXPECT_EQ(processes_.output({scripts_ / "missing", {}}), std::nullopt);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(OutsideProgram, ThatHangsCostsNothing) {
+    bool isOver = false;
+    int turns = 0;
+    loop_.asyncAfter(0s, [&] {
+        EXPECT_TRUE(sees([this] { return isRunning(); }));
+        turns = turnsWithin(loop_, 300ms);
+        isOver = true;
+        loop_.stop();
+    });
+    EXPECT_EQ(output("echo $$ >$here/pid; exec sleep 1000"), std::nullopt);
+    EXPECT_TRUE(isOver);
+    EXPECT_LT(turns, 5);
+}
+
+TEST_F(OutsideProgram, IsToldToEndWhenTheApplicationTerminatesFirst) {
+    loop_.asyncAfter(0s, [this] {
+        EXPECT_TRUE(sees([this] { return isRunning(); }));
+        loop_.stop();
+    });
+    EXPECT_EQ(output("echo $$ >$here/pid; exec sleep 1000"), std::nullopt);
+    EXPECT_TRUE(sees([] {
+        ::waitpid(-1, nullptr, WNOHANG);  // as the system does for who has ended
+        return !hasChildren();
+    }));
+    EXPECT_FALSE(isRunning());
+}
+
+TEST_F(OutsideProgram, ThatIsStartedKeepsTheStreams) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const int before = ::dup(STDOUT_FILENO);
+    ::dup2(ends[1], STDOUT_FILENO);
+    EXPECT_TRUE(processes_.start({scripts_.make("echo written"), {}}));
+    ::dup2(before, STDOUT_FILENO);
+    ::close(before);
+    ::close(ends[1]);
+    char text[16]{};
+    EXPECT_EQ(::read(ends[0], text, sizeof text), 8);
+    EXPECT_STREQ(text, "written\n");
+    ::close(ends[0]);
+}
+
+TEST_F(OutsideProgram, ThatIsStartedIsNotWaitedForAndIsNoZombieAfterItsEnd) {
+    const auto before = openDescriptors();
+    EXPECT_TRUE(
+        processes_.start({scripts_.make("echo $$ >$here/pid; while ! [ -e $here/go ]; do sleep 0.02; done"), {}}));
+    EXPECT_TRUE(sees([this] { return isRunning(); }));
+    writeFile(scripts_ / "go", "");
+    EXPECT_TRUE(turnUntil(loop_, [this] { return !isRunning(); }));
+    EXPECT_FALSE(hasChildren());
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(OutsideProgram, ThatIsStartedLivesOnWhenWeEnd) {
+    {
+        SdEventLoop loop;
+        PosixProcessRunner processes(loop);
+        EXPECT_TRUE(processes.start({scripts_.make("echo $$ >$here/pid; exec sleep 1000"), {}}));
+        EXPECT_TRUE(sees([this] { return isRunning(); }));
+        loop.stop();
+    }
+    EXPECT_TRUE(isRunning());
+    EXPECT_EQ(::getsid(pid()), pid()) << "what ends us from the terminal would end it";
+    ::kill(pid(), SIGKILL);
+    ::waitpid(pid(), nullptr, 0);
+}
+
+TEST_F(OutsideProgram, ThatCannotBeStartedIsRefusedWithTheSystemsReason) {
+    EXPECT_EQ(processes_.start({scripts_ / "missing", {}}).reason(), std::strerror(ENOENT));
+    writeFile(scripts_ / "not for running", "#!/bin/sh\n");
+    EXPECT_EQ(processes_.start({scripts_ / "not for running", {}}).reason(), std::strerror(EACCES));
+    writeFile(scripts_ / "no program", "");
+    ::chmod((scripts_ / "no program").c_str(), 0755);
+    EXPECT_EQ(processes_.start({scripts_ / "no program", {}}).reason(), std::strerror(ENOEXEC));
+}
+
+}  // namespace
+}  // namespace kovra

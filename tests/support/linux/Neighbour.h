@@ -1,0 +1,112 @@
+#pragma once
+
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "BLE_kovra/platform/linux/loop/Handles.h"
+
+namespace kovra {
+
+// Another program on the screen, with a window in which somebody types, and eyes for who has the keyboard.
+class Neighbour {
+  public:
+    Neighbour() : connection_(xcb_connect(nullptr, nullptr)) {
+        root_ = xcb_setup_roots_iterator(xcb_get_setup(x())).data->root;
+    }
+
+    void show(std::string_view title) {
+        window_ = xcb_generate_id(x());
+        const std::uint32_t events = XCB_EVENT_MASK_KEY_PRESS;
+        xcb_create_window(x(), XCB_COPY_FROM_PARENT, window_, root_, 0, 0, 1'000, 700, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+        xcb_change_property(x(), XCB_PROP_MODE_REPLACE, window_, atom("_NET_WM_NAME"), atom("UTF8_STRING"), 8,
+                            std::uint32_t(title.size()), title.data());
+        xcb_map_window(x(), window_);
+        takeKeyboard();
+    }
+    // As its user does who clicks it.
+    void takeKeyboard() {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(x(), window_, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        if (rootHas("_NET_SUPPORTING_WM_CHECK")) {
+            while (property(window_, "WM_STATE").empty()) {  // one that has just started may have missed it
+                xcb_map_window(x(), window_);
+                ::usleep(10'000);
+            }
+            activate();
+        } else {
+            sync();
+            xcb_set_input_focus(x(), XCB_INPUT_FOCUS_PARENT, window_, XCB_CURRENT_TIME);
+        }
+        sync();
+    }
+    // So far. Tells the window manager when the last one was, as toolkits do.
+    int keysPressed() {
+        sync();
+        while (const Handle<xcb_generic_event_t, std::free> event{xcb_poll_for_event(x())}) {
+            if ((event->response_type & 0x7F) != XCB_KEY_PRESS) continue;
+            const std::uint32_t time = reinterpret_cast<const xcb_key_press_event_t&>(*event).time;
+            xcb_change_property(x(), XCB_PROP_MODE_REPLACE, window_, atom("_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, 32,
+                                1, &time);
+            ++keys_;
+        }
+        sync();
+        return keys_;
+    }
+
+    // Of the window that keys go to, or of the one that it is in.
+    std::string titleWithTheKeyboard() {
+        const Handle<xcb_get_input_focus_reply_t, std::free> focus(
+            xcb_get_input_focus_reply(x(), xcb_get_input_focus(x()), nullptr));
+        for (xcb_window_t window = focus ? focus->focus : XCB_NONE; window > XCB_INPUT_FOCUS_POINTER_ROOT;) {
+            if (const std::string title = property(window, "_NET_WM_NAME"); !title.empty()) return title;
+            const Handle<xcb_query_tree_reply_t, std::free> tree(
+                xcb_query_tree_reply(x(), xcb_query_tree(x(), window), nullptr));
+            window = tree ? tree->parent : XCB_NONE;
+        }
+        return {};
+    }
+    bool rootHas(std::string_view name) { return !property(root_, name).empty(); }
+
+  private:
+    xcb_connection_t* x() { return connection_.get(); }
+
+    void activate() {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window_;
+        message.type = atom("_NET_ACTIVE_WINDOW");
+        message.data.data32[0] = 2;
+        xcb_send_event(x(), 0, root_, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&message));
+    }
+    xcb_atom_t atom(std::string_view name) {
+        const Handle<xcb_intern_atom_reply_t, std::free> reply(xcb_intern_atom_reply(
+            x(), xcb_intern_atom(x(), 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
+        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    }
+    std::string property(xcb_window_t window, std::string_view name) {
+        const Handle<xcb_get_property_reply_t, std::free> reply(
+            xcb_get_property_reply(x(), xcb_get_property(x(), 0, window, atom(name), XCB_ATOM_ANY, 0, 1'000), nullptr));
+        if (!reply) return {};
+        return {static_cast<const char*>(xcb_get_property_value(reply.get())),
+                static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+    }
+    void sync() {
+        const Handle<xcb_get_input_focus_reply_t, std::free> reply(
+            xcb_get_input_focus_reply(x(), xcb_get_input_focus(x()), nullptr));
+    }
+
+    Handle<xcb_connection_t, xcb_disconnect> connection_;
+    xcb_window_t root_ = 0;
+    xcb_window_t window_ = 0;
+    int keys_ = 0;
+};
+
+}  // namespace kovra
