@@ -31,19 +31,19 @@ struct AboutRig {
     L10n texts;
 };
 
-TEST(AboutBox, NamesTheProgramAndItsVersion) {
+TEST(AboutBoxTest, NamesTheProgramAndItsVersion) {
     AboutRig rig;
     rig.bundle.values["CFBundleShortVersionString"] = std::string("2.5.1 beta");
     EXPECT_EQ(rig.run().messageText, "BLE-kovra 2.5.1 beta");
 }
 
-TEST(AboutBox, SaysOneDotZeroWhereTheBundleHasNoVersion) {
+TEST(AboutBoxTest, SaysOneDotZeroWhereTheBundleHasNoVersion) {
     AboutRig rig;
     rig.bundle.values["CFBundleVersion"] = std::string("7");
     EXPECT_EQ(rig.run().messageText, "BLE-kovra 1.0");
 }
 
-TEST(AboutBox, SaysOneDotZeroWhereTheVersionIsNoText) {
+TEST(AboutBoxTest, SaysOneDotZeroWhereTheVersionIsNoText) {
     for (const InfoValue& value : {InfoValue(2.5), InfoValue(true)}) {
         AboutRig rig;
         rig.bundle.values["CFBundleShortVersionString"] = value;
@@ -51,13 +51,13 @@ TEST(AboutBox, SaysOneDotZeroWhereTheVersionIsNoText) {
     }
 }
 
-TEST(AboutBox, TakesAnEmptyVersionAsItStands) {
+TEST(AboutBoxTest, TakesAnEmptyVersionAsItStands) {
     AboutRig rig;
     rig.bundle.values["CFBundleShortVersionString"] = std::string();
     EXPECT_EQ(rig.run().messageText, "BLE-kovra ");
 }
 
-TEST(AboutBox, SaysTheRestInTheUsersLanguage) {
+TEST(AboutBoxTest, SaysTheRestInTheUsersLanguage) {
     for (const L10n::Lang language : L10n::allLanguages) {
         AboutRig rig(std::string(L10n::rawValue(language)).c_str());
         const Alert about = rig.run();
@@ -66,7 +66,7 @@ TEST(AboutBox, SaysTheRestInTheUsersLanguage) {
     }
 }
 
-TEST(AboutBox, BringsTheApplicationToTheFrontFirst) {
+TEST(AboutBoxTest, BringsTheApplicationToTheFrontFirst) {
     AboutRig rig;
     int activationsBefore = 0;
     rig.alerts.onShown = [&] { activationsBefore = rig.application.activations; };
@@ -74,7 +74,7 @@ TEST(AboutBox, BringsTheApplicationToTheFrontFirst) {
     EXPECT_EQ(activationsBefore, 1);
 }
 
-TEST(AboutBox, ItsFirstButtonOpensNothing) {
+TEST(AboutBoxTest, ItsFirstButtonOpensNothing) {
     for (const AlertResponse answer : {AlertResponse::firstButton, AlertResponse::aborted}) {
         AboutRig rig;
         rig.alerts.answer = answer;
@@ -83,18 +83,18 @@ TEST(AboutBox, ItsFirstButtonOpensNothing) {
     }
 }
 
-TEST(AboutBox, ItsSecondButtonBeginsAMessageToTheSupport) {
+TEST(AboutBoxTest, ItsSecondButtonBeginsAMessageToTheSupport) {
     AboutRig rig;
     rig.alerts.answer = AlertResponse::secondButton;
     rig.run();
     EXPECT_EQ(rig.workspace.opened, Texts{"mailto:support@ble-kovra.example"});
 }
 
-TEST(MailLink, IsTheAddressBehindItsScheme) {
+TEST(MailLinkTest, IsTheAddressBehindItsScheme) {
     EXPECT_EQ(mailLink("someone+tag@example.org"), "mailto:someone+tag@example.org");
 }
 
-TEST(MailLink, IsNoneWhereACharacterMayNotStandInAURL) {
+TEST(MailLinkTest, IsNoneWhereACharacterMayNotStandInAURL) {
     for (const char* address : {"", "two words@example.org", "a\n@example.org", "ü@example.org", "<a@example.org>"})
         EXPECT_EQ(mailLink(address), std::nullopt) << address;
 }

@@ -47,12 +47,12 @@ struct LaunchedRig : Rig {
     }
 };
 
-TEST(StatusItem, IsAsWideAsItsIcon) {
+TEST(AppDelegateStatusItemTest, IsAsWideAsItsIcon) {
     const LaunchedRig rig;
     EXPECT_EQ(rig.statusBar.lengths, std::vector{-1.0});
 }
 
-TEST(StatusItem, ShowsThePlainIconFirstThenTheMenuThenTheDecision) {
+TEST(AppDelegateStatusItemTest, ShowsThePlainIconFirstThenTheMenuThenTheDecision) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     AppRig rig(computer);
@@ -61,7 +61,7 @@ TEST(StatusItem, ShowsThePlainIconFirstThenTheMenuThenTheDecision) {
               (Texts{"plain image", "template", "menu", "tag 1 on", "tag 2 off", "slashed image", "template"}));
 }
 
-TEST(StatusItem, ShowsThePlainIconUntilTheFirstDecisionEvenIfThePreviousRunEndedMuted) {
+TEST(AppDelegateStatusItemTest, ShowsThePlainIconUntilTheFirstDecisionEvenIfThePreviousRunEndedMuted) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     computer.files.contents[HelperController::standardStateFile] = "on";
@@ -75,13 +75,13 @@ TEST(StatusItem, ShowsThePlainIconUntilTheFirstDecisionEvenIfThePreviousRunEnded
     EXPECT_EQ(computer.statusBar.toolTip, "Trackpad muted");
 }
 
-TEST(StatusItem, HasTheWholeMenuFromTheStart) {
+TEST(AppDelegateStatusItemTest, HasTheWholeMenuFromTheStart) {
     LaunchedRig rig;
     ASSERT_TRUE(rig.statusBar.menu);
     EXPECT_EQ(dump(*rig.statusBar.menu), dump(makeStatusMenu(rig.texts, {}, on, off)));
 }
 
-TEST(StatusItem, CarriesTheCheckMarkOfTheSwitchThatWasSaved) {
+TEST(AppDelegateStatusItemTest, CarriesTheCheckMarkOfTheSwitchThatWasSaved) {
     Computer computer;
     computer.preferences.stored.emplace("isEnabled", false);
     AppRig rig(computer);
@@ -89,7 +89,7 @@ TEST(StatusItem, CarriesTheCheckMarkOfTheSwitchThatWasSaved) {
     EXPECT_EQ(computer.statusBar.stateOf(StatusMenuTag::enabled), off);
 }
 
-TEST(StatusItem, MakesTheMenuOnceAndThenChangesMarksAndIconOnly) {
+TEST(AppDelegateStatusItemTest, MakesTheMenuOnceAndThenChangesMarksAndIconOnly) {
     LaunchedRig rig;
     rig.choose(block);
     rig.state.mode.set(Mode::always);
@@ -98,20 +98,20 @@ TEST(StatusItem, MakesTheMenuOnceAndThenChangesMarksAndIconOnly) {
     EXPECT_EQ(rig.statusBar.lengths.size(), 1U);
 }
 
-TEST(StatusItem, RefreshesTheSwitchThenTheLoginItemThenTheIcon) {
+TEST(AppDelegateStatusItemTest, RefreshesTheSwitchThenTheLoginItemThenTheIcon) {
     LaunchedRig rig;
     rig.statusBar.calls.clear();
     rig.delegate->refreshUI();
     EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 1 on", "tag 2 off", "plain image", "template"}));
 }
 
-TEST(StatusItem, ShowsTheDecisionAndNotTheSwitch) {
+TEST(AppDelegateStatusItemTest, ShowsTheDecisionAndNotTheSwitch) {
     LaunchedRig rig;  // the switch is on, no mouse is chosen
     EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), on);
     EXPECT_FALSE(rig.statusBar.hasSlash());
 }
 
-TEST(StatusItem, ShowsTheSlashInModeAlwaysWithNoDeviceAtAll) {
+TEST(AppDelegateStatusItemTest, ShowsTheSlashInModeAlwaysWithNoDeviceAtAll) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -119,7 +119,7 @@ TEST(StatusItem, ShowsTheSlashInModeAlwaysWithNoDeviceAtAll) {
     EXPECT_TRUE(rig.state.devices.get().empty());
 }
 
-TEST(StatusItem, ChoosingBlockUnchecksItAndTheSlashGoesOneTurnLater) {
+TEST(AppDelegateStatusItemTest, ChoosingBlockUnchecksItAndTheSlashGoesOneTurnLater) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -136,7 +136,7 @@ TEST(StatusItem, ChoosingBlockUnchecksItAndTheSlashGoesOneTurnLater) {
     EXPECT_EQ(rig.application.beeps, 0);
 }
 
-TEST(StatusItem, TheHintCanNeverBeChosen) {
+TEST(AppDelegateStatusItemTest, TheHintCanNeverBeChosen) {
     LaunchedRig rig;
     rig.statusBar.calls.clear();
     rig.choose(hint);
@@ -146,7 +146,7 @@ TEST(StatusItem, TheHintCanNeverBeChosen) {
     EXPECT_FALSE(rig.statusBar.menu->items[hint].action);
 }
 
-TEST(StatusItem, EntriesThatLeadToWindowsChangeNothing) {
+TEST(AppDelegateStatusItemTest, EntriesThatLeadToWindowsChangeNothing) {
     LaunchedRig rig;
     rig.statusBar.calls.clear();
     for (const std::size_t position : {settings, activate, about}) rig.choose(position);
@@ -155,7 +155,7 @@ TEST(StatusItem, EntriesThatLeadToWindowsChangeNothing) {
     EXPECT_FALSE(rig.application.terminated);
 }
 
-TEST(StatusItem, QuitTerminatesTheNormalWay) {
+TEST(AppDelegateStatusItemTest, QuitTerminatesTheNormalWay) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -164,7 +164,7 @@ TEST(StatusItem, QuitTerminatesTheNormalWay) {
     EXPECT_EQ(rig.flag(), "off");
 }
 
-TEST(StatusItem, LaunchAtLoginIsCheckedExactlyWhileItIsEnabled) {
+TEST(AppDelegateStatusItemTest, LaunchAtLoginIsCheckedExactlyWhileItIsEnabled) {
     for (const auto& [status, mark] :
          {std::pair(LoginStatus::notRegistered, off), std::pair(LoginStatus::enabled, on),
           std::pair(LoginStatus::requiresApproval, off), std::pair(LoginStatus::notFound, off)}) {
@@ -182,7 +182,7 @@ TEST(StatusItem, LaunchAtLoginIsCheckedExactlyWhileItIsEnabled) {
     }
 }
 
-TEST(StatusItem, ChoosingLaunchAtLoginTogglesItAndRefreshesNothingElse) {
+TEST(AppDelegateStatusItemTest, ChoosingLaunchAtLoginTogglesItAndRefreshesNothingElse) {
     LaunchedRig rig;
     rig.statusBar.calls.clear();
     rig.choose(launchAtLogin);
@@ -191,7 +191,7 @@ TEST(StatusItem, ChoosingLaunchAtLoginTogglesItAndRefreshesNothingElse) {
     EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 2 on", "tag 2 off"}));
 }
 
-TEST(StatusItem, ALoginItemThatNeedsApprovalHasNoCheckMark) {
+TEST(AppDelegateStatusItemTest, ALoginItemThatNeedsApprovalHasNoCheckMark) {
     LaunchedRig rig;
     rig.login.afterRegistering = LoginStatus::requiresApproval;
     for (int times = 1; times <= 2; ++times) {
@@ -201,7 +201,7 @@ TEST(StatusItem, ALoginItemThatNeedsApprovalHasNoCheckMark) {
     EXPECT_EQ(rig.login.calls, (Texts{"register", "register"}));
 }
 
-TEST(StatusItem, ARefusedToggleLeavesTheCheckMarkAsTheSystemHasIt) {
+TEST(AppDelegateStatusItemTest, ARefusedToggleLeavesTheCheckMarkAsTheSystemHasIt) {
     LaunchedRig rig;
     rig.login.current = LoginStatus::enabled;
     rig.login.reasonToFail = "Disk full";
@@ -210,7 +210,7 @@ TEST(StatusItem, ARefusedToggleLeavesTheCheckMarkAsTheSystemHasIt) {
     EXPECT_EQ(rig.log.lines, Texts{"ble-kovra: не удалось переключить автозапуск: Disk full"});
 }
 
-TEST(StatusItem, WithoutAButtonTheMenuWorksAllTheSame) {
+TEST(AppDelegateStatusItemTest, WithoutAButtonTheMenuWorksAllTheSame) {
     Rig rig;
     rig.statusBar.hasButton = false;
     rig.launch();
@@ -219,7 +219,7 @@ TEST(StatusItem, WithoutAButtonTheMenuWorksAllTheSame) {
     EXPECT_FALSE(rig.statusBar.image);
 }
 
-TEST(StatusItem, AnImageThatCouldNotBeMadeIsNotFlagged) {
+TEST(AppDelegateStatusItemTest, AnImageThatCouldNotBeMadeIsNotFlagged) {
     Rig rig;
     rig.statusBar.makesImages = false;
     rig.launch();
@@ -227,7 +227,7 @@ TEST(StatusItem, AnImageThatCouldNotBeMadeIsNotFlagged) {
     EXPECT_EQ(std::count(rig.statusBar.calls.begin(), rig.statusBar.calls.end(), "template"), 0);
 }
 
-TEST(StatusItem, WithoutAMenuTheIconIsShownAllTheSame) {
+TEST(AppDelegateStatusItemTest, WithoutAMenuTheIconIsShownAllTheSame) {
     Computer computer;
     computer.statusBar.keepsMenus = false;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
@@ -237,7 +237,7 @@ TEST(StatusItem, WithoutAMenuTheIconIsShownAllTheSame) {
     EXPECT_TRUE(computer.statusBar.hasSlash());
 }
 
-TEST(StatusItem, ItsActionsDoNothingOnceTheDelegateIsGone) {
+TEST(AppDelegateStatusItemTest, ItsActionsDoNothingOnceTheDelegateIsGone) {
     LaunchedRig rig;
     const Menu menu = *rig.statusBar.menu;
     rig.delegate.reset();
@@ -250,14 +250,14 @@ TEST(StatusItem, ItsActionsDoNothingOnceTheDelegateIsGone) {
 
 using StatusItemDeathTest = testing::Test;
 
-TEST(StatusItemDeathTest, RefreshingBeforeThereIsAnItemStopsTheProcess) {
+TEST(AppDelegateStatusItemDeathTest, RefreshingBeforeThereIsAnItemStopsTheProcess) {
     const Rig rig;
     EXPECT_EXIT(rig.delegate->refreshUI(), testing::KilledBySignal(SIGABRT), "");
     EXPECT_EXIT(rig.delegate->toggleLaunchAtLogin(), testing::KilledBySignal(SIGABRT), "");
     EXPECT_EXIT(rig.delegate->evaluate(), testing::KilledBySignal(SIGABRT), "");
 }
 
-TEST(StatusItemDeathTest, ADesktopThatGivesNoItemStopsTheProcess) {
+TEST(AppDelegateStatusItemDeathTest, ADesktopThatGivesNoItemStopsTheProcess) {
     Rig rig;
     rig.statusBar.givesItems = false;
     EXPECT_EXIT(rig.delegate->setupStatusItem(), testing::KilledBySignal(SIGABRT), "");

@@ -26,7 +26,7 @@ struct LaunchedRig : Computer, AppRig {
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
-TEST(AppDelegate, LoadsTheChoicesBeforeItLaunches) {
+TEST(AppDelegateTest, LoadsTheChoicesBeforeItLaunches) {
     Computer computer;
     computer.preferences.stored.emplace("isEnabled", false);
     const AppRig rig(computer);
@@ -35,12 +35,12 @@ TEST(AppDelegate, LoadsTheChoicesBeforeItLaunches) {
     EXPECT_EQ(computer.hid.managersCreated(), 0);
 }
 
-TEST(AppDelegate, SetsTheAccessoryPolicy) {
+TEST(AppDelegateTest, SetsTheAccessoryPolicy) {
     const LaunchedRig rig;
     EXPECT_EQ(rig.application.policies, std::vector{ActivationPolicy::accessory});
 }
 
-TEST(AppDelegate, OnlyQueuesWorkForThePublishedList) {
+TEST(AppDelegateTest, OnlyQueuesWorkForThePublishedList) {
     LaunchedRig rig;
     rig.hid.attach(mouse);
     rig.queue.runOneTurn();  // the device's own event: the monitor publishes
@@ -50,7 +50,7 @@ TEST(AppDelegate, OnlyQueuesWorkForThePublishedList) {
     EXPECT_EQ(rig.state.devices.get()[0].id, mouse.key());
 }
 
-TEST(AppDelegate, SavesASelectionOnceItIsStored) {
+TEST(AppDelegateTest, SavesASelectionOnceItIsStored) {
     LaunchedRig rig;
     rig.state.selectedIDs.set({mouse.key()});
     EXPECT_TRUE(rig.preferences.saves.empty());
@@ -60,7 +60,7 @@ TEST(AppDelegate, SavesASelectionOnceItIsStored) {
     EXPECT_EQ(std::get<std::string>(std::get<PreferenceArray>(rig.preferences.saves[0].value).at(0)), mouse.key());
 }
 
-TEST(AppDelegate, SavesTheSwitchOnceItIsStored) {
+TEST(AppDelegateTest, SavesTheSwitchOnceItIsStored) {
     LaunchedRig rig;
     rig.state.isEnabled.set(false);
     EXPECT_TRUE(rig.preferences.saves.empty());
@@ -70,7 +70,7 @@ TEST(AppDelegate, SavesTheSwitchOnceItIsStored) {
     EXPECT_FALSE(std::get<bool>(rig.preferences.saves[0].value));
 }
 
-TEST(AppDelegate, SavesTheModeOnceItIsStored) {
+TEST(AppDelegateTest, SavesTheModeOnceItIsStored) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -79,7 +79,7 @@ TEST(AppDelegate, SavesTheModeOnceItIsStored) {
     EXPECT_EQ(std::get<std::string>(rig.preferences.saves[0].value), "always");
 }
 
-TEST(AppDelegate, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
+TEST(AppDelegateTest, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
     LaunchedRig rig;
     rig.state.isEnabled.set(false);
     rig.state.isEnabled.set(true);
@@ -90,7 +90,7 @@ TEST(AppDelegate, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegate, SavesAndDecidesAgainForTheSameModeChosenAgain) {
+TEST(AppDelegateTest, SavesAndDecidesAgainForTheSameModeChosenAgain) {
     LaunchedRig rig;
     int evaluations = 0;
     const Subscription token = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
@@ -101,14 +101,14 @@ TEST(AppDelegate, SavesAndDecidesAgainForTheSameModeChosenAgain) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegate, SavesNoDeviceListAndNoDecision) {
+TEST(AppDelegateTest, SavesNoDeviceListAndNoDecision) {
     LaunchedRig rig;
     rig.hid.attach(mouse);
     rig.queue.run();
     EXPECT_TRUE(rig.preferences.saves.empty());
 }
 
-TEST(AppDelegate, AnnouncesEveryEvaluationAlsoAnUnchangedOne) {
+TEST(AppDelegateTest, AnnouncesEveryEvaluationAlsoAnUnchangedOne) {
     LaunchedRig rig;
     std::vector<bool> heard;
     const Subscription token =
@@ -118,7 +118,7 @@ TEST(AppDelegate, AnnouncesEveryEvaluationAlsoAnUnchangedOne) {
     EXPECT_EQ(heard, (std::vector<bool>{false, false}));
 }
 
-TEST(AppDelegate, KeepsItsDecisionWhenTheFlagCannotBeWritten) {
+TEST(AppDelegateTest, KeepsItsDecisionWhenTheFlagCannotBeWritten) {
     LaunchedRig rig;
     rig.files.failAlways("No such file or directory");
     rig.state.mode.set(Mode::always);
@@ -132,7 +132,7 @@ TEST(AppDelegate, KeepsItsDecisionWhenTheFlagCannotBeWritten) {
     EXPECT_EQ(rig.flag(), "on");
 }
 
-TEST(AppDelegate, DecidesOnceMoreOneTurnLaterWhenWhatWasRefusedMaySucceed) {
+TEST(AppDelegateTest, DecidesOnceMoreOneTurnLaterWhenWhatWasRefusedMaySucceed) {
     LaunchedRig rig;
     int evaluations = 0;
     const Subscription token = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
@@ -146,7 +146,7 @@ TEST(AppDelegate, DecidesOnceMoreOneTurnLaterWhenWhatWasRefusedMaySucceed) {
     EXPECT_TRUE(rig.preferences.saves.empty());
 }
 
-TEST(AppDelegate, WritesThenWhatWasRefused) {
+TEST(AppDelegateTest, WritesThenWhatWasRefused) {
     LaunchedRig rig;
     rig.files.failNext("Permission denied");
     rig.state.mode.set(Mode::always);
@@ -157,7 +157,7 @@ TEST(AppDelegate, WritesThenWhatWasRefused) {
     EXPECT_EQ(rig.flag(), "on");
 }
 
-TEST(AppDelegate, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
+TEST(AppDelegateTest, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -176,7 +176,7 @@ TEST(AppDelegate, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
     EXPECT_EQ(evaluations, 0);
 }
 
-TEST(AppDelegate, WritesOffWithTheSwitchOffWhateverTheModeAndTheDevices) {
+TEST(AppDelegateTest, WritesOffWithTheSwitchOffWhateverTheModeAndTheDevices) {
     LaunchedRig rig;
     rig.hid.attach(mouse);
     rig.state.selectedIDs.set({mouse.key()});
@@ -190,7 +190,7 @@ TEST(AppDelegate, WritesOffWithTheSwitchOffWhateverTheModeAndTheDevices) {
     EXPECT_EQ(rig.flag(), "off");
 }
 
-TEST(AppDelegate, FlipsTheSwitchThenBeepsAtTheHotKey) {
+TEST(AppDelegateTest, FlipsTheSwitchThenBeepsAtTheHotKey) {
     LaunchedRig rig;
     std::string order;
     const Subscription token = rig.state.isEnabled.subscribe(
@@ -207,7 +207,7 @@ TEST(AppDelegate, FlipsTheSwitchThenBeepsAtTheHotKey) {
     EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
 }
 
-TEST(AppDelegate, EndsWhereItStartedAfterTwoPresses) {
+TEST(AppDelegateTest, EndsWhereItStartedAfterTwoPresses) {
     LaunchedRig rig;
     rig.hotKeys.press();
     rig.queue.run();
@@ -220,7 +220,7 @@ TEST(AppDelegate, EndsWhereItStartedAfterTwoPresses) {
     EXPECT_TRUE(std::get<bool>(rig.preferences.saves[1].value));
 }
 
-TEST(AppDelegate, SavesTheStartingValueTwiceForTwoPressesBeforeTheFirstSave) {
+TEST(AppDelegateTest, SavesTheStartingValueTwiceForTwoPressesBeforeTheFirstSave) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -235,7 +235,7 @@ TEST(AppDelegate, SavesTheStartingValueTwiceForTwoPressesBeforeTheFirstSave) {
     EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on"}));  // not written again
 }
 
-TEST(AppDelegate, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
+TEST(AppDelegateTest, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
     LaunchedRig rig;
     rig.delegate.reset();
     rig.hotKeys.press();
@@ -244,7 +244,7 @@ TEST(AppDelegate, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
     EXPECT_TRUE(rig.state.isEnabled.get());
 }
 
-TEST(AppDelegate, DoesNothingForQueuedWorkOnceItIsGone) {
+TEST(AppDelegateTest, DoesNothingForQueuedWorkOnceItIsGone) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.delegate.reset();
@@ -253,7 +253,7 @@ TEST(AppDelegate, DoesNothingForQueuedWorkOnceItIsGone) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegate, DecidesNoMoreOnceItsWorkWasItsEnd) {
+TEST(AppDelegateTest, DecidesNoMoreOnceItsWorkWasItsEnd) {
     LaunchedRig rig;
     int evaluations = 0;
     const auto counting = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
@@ -264,7 +264,7 @@ TEST(AppDelegate, DecidesNoMoreOnceItsWorkWasItsEnd) {
     EXPECT_EQ(evaluations, 0);
 }
 
-TEST(AppDelegate, IsHeldAliveByNoHandler) {
+TEST(AppDelegateTest, IsHeldAliveByNoHandler) {
     LaunchedRig rig;
     const std::weak_ptr<AppDelegate> watch = rig.delegate;
     rig.hid.attach(mouse);
@@ -273,7 +273,7 @@ TEST(AppDelegate, IsHeldAliveByNoHandler) {
     EXPECT_TRUE(watch.expired());
 }
 
-TEST(AppDelegate, GivesTheTrackpadBackAtItsEnd) {
+TEST(AppDelegateTest, GivesTheTrackpadBackAtItsEnd) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -283,13 +283,13 @@ TEST(AppDelegate, GivesTheTrackpadBackAtItsEnd) {
     EXPECT_EQ(rig.flag(), "off");
 }
 
-TEST(AppDelegate, WritesOffAtItsEndOnlyIfItStoodOn) {
+TEST(AppDelegateTest, WritesOffAtItsEndOnlyIfItStoodOn) {
     LaunchedRig rig;
     rig.delegate->quit();
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegate, LeavesOffAlsoWhenItEndsInTheMidstOfABlock) {
+TEST(AppDelegateTest, LeavesOffAlsoWhenItEndsInTheMidstOfABlock) {
     LaunchedRig rig;
     rig.state.selectedIDs.set({mouse.key()});
     rig.queue.run();
@@ -301,7 +301,7 @@ TEST(AppDelegate, LeavesOffAlsoWhenItEndsInTheMidstOfABlock) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegate, WritesNothingAtItsEndWhenOnlyOffEverSucceeded) {
+TEST(AppDelegateTest, WritesNothingAtItsEndWhenOnlyOffEverSucceeded) {
     LaunchedRig rig;
     rig.files.failNext("Input/output error");
     rig.state.mode.set(Mode::always);

@@ -10,14 +10,14 @@
 namespace kovra {
 namespace {
 
-TEST(StatusIcon, IsATrackpadWithTheLineBetweenItsButtons) {
+TEST(StatusIconTest, IsATrackpadWithTheLineBetweenItsButtons) {
     EXPECT_EQ(dump(makeIcon(false)), R"(ble-kovra-symbolic 18x18
 rounded rectangle at 2.5,4 of 13x10 radii 2,2 width 1.2
 segment 9,4 to 9,9 width 1
 )");
 }
 
-TEST(StatusIcon, HasASlashOnTopWhileMuted) {
+TEST(StatusIconTest, HasASlashOnTopWhileMuted) {
     EXPECT_EQ(dump(makeIcon(true)), R"(ble-kovra-muted-symbolic 18x18
 rounded rectangle at 2.5,4 of 13x10 radii 2,2 width 1.2
 segment 9,4 to 9,9 width 1
@@ -25,12 +25,12 @@ segment 3,3 to 15,15 width 1.6
 )");
 }
 
-TEST(StatusIcon, IsTheSameAtEveryCall) {
+TEST(StatusIconTest, IsTheSameAtEveryCall) {
     EXPECT_EQ(makeIcon(true), makeIcon(true));
     EXPECT_NE(makeIcon(true), makeIcon(false));
 }
 
-TEST(StatusIcon, IsWhatTheApplicationsIconShowsInColour) {
+TEST(StatusIconTest, IsWhatTheApplicationsIconShowsInColour) {
     const auto layers = applicationIcon().layers;
     for (const Stroke& stroke : makeIcon(true).strokes) {
         EXPECT_TRUE(std::any_of(layers.begin(), layers.end(), [&](const auto& layer) {

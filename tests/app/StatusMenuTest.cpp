@@ -15,7 +15,7 @@ std::string menuIn(const std::string& language, MenuItemState enabled = on, Menu
     return dump(makeStatusMenu(L10n({language}), {}, enabled, launchAtLogin));
 }
 
-TEST(StatusMenu, IsInEnglish) {
+TEST(StatusMenuTest, IsInEnglish) {
     EXPECT_EQ(menuIn("en"), R"([x] Mute trackpad tag 1 -> toggleEnabled
 Shortcut: Ctrl+Opt+T disabled
 Settings… (,) -> openSettings
@@ -27,7 +27,7 @@ Quit (q) -> quit
 )");
 }
 
-TEST(StatusMenu, IsInRussian) {
+TEST(StatusMenuTest, IsInRussian) {
     EXPECT_EQ(menuIn("ru-RU"), R"([x] Глушить трекпад tag 1 -> toggleEnabled
 Горячая клавиша: Ctrl+Opt+T disabled
 Настройки… (,) -> openSettings
@@ -39,7 +39,7 @@ TEST(StatusMenu, IsInRussian) {
 )");
 }
 
-TEST(StatusMenu, IsInUkrainian) {
+TEST(StatusMenuTest, IsInUkrainian) {
     EXPECT_EQ(menuIn("uk"), R"([x] Глушити тачпад tag 1 -> toggleEnabled
 Гаряча клавіша: Ctrl+Opt+T disabled
 Налаштування… (,) -> openSettings
@@ -51,7 +51,7 @@ TEST(StatusMenu, IsInUkrainian) {
 )");
 }
 
-TEST(StatusMenu, IsInFrench) {
+TEST(StatusMenuTest, IsInFrench) {
     EXPECT_EQ(menuIn("fr-CA"), R"([x] Couper le trackpad tag 1 -> toggleEnabled
 Raccourci : Ctrl+Opt+T disabled
 Réglages… (,) -> openSettings
@@ -63,7 +63,7 @@ Quitter (q) -> quit
 )");
 }
 
-TEST(StatusMenu, IsInGerman) {
+TEST(StatusMenuTest, IsInGerman) {
     EXPECT_EQ(menuIn("de"), R"([x] Trackpad deaktivieren tag 1 -> toggleEnabled
 Tastenkürzel: Ctrl+Opt+T disabled
 Einstellungen… (,) -> openSettings
@@ -75,7 +75,7 @@ Beenden (q) -> quit
 )");
 }
 
-TEST(StatusMenu, IsInSpanish) {
+TEST(StatusMenuTest, IsInSpanish) {
     EXPECT_EQ(menuIn("es-MX"), R"([x] Silenciar trackpad tag 1 -> toggleEnabled
 Atajo: Ctrl+Opt+T disabled
 Ajustes… (,) -> openSettings
@@ -87,12 +87,12 @@ Salir (q) -> quit
 )");
 }
 
-TEST(StatusMenu, ShowsBothCheckMarksAsTheyAreGiven) {
+TEST(StatusMenuTest, ShowsBothCheckMarksAsTheyAreGiven) {
     EXPECT_TRUE(menuIn("en", off, on).starts_with("[ ] Mute trackpad"));
     EXPECT_NE(menuIn("en", off, on).find("[x] Launch at login"), std::string::npos);
 }
 
-TEST(StatusMenu, EachItemPerformsItsOwnAction) {
+TEST(StatusMenuTest, EachItemPerformsItsOwnAction) {
     std::string performed;
     const auto note = [&](const char* name) { return [&performed, name] { performed += std::string(name) + ' '; }; };
     const StatusMenuActions actions{.toggleEnabled = note("toggleEnabled"),
@@ -111,7 +111,7 @@ TEST(StatusMenu, EachItemPerformsItsOwnAction) {
     EXPECT_EQ(performed, named);
 }
 
-TEST(Menu, FindsItemsByTagAndNothingByATagThatNoneHas) {
+TEST(StatusMenuTest, FindsItemsByTagAndNothingByATagThatNoneHas) {
     Menu menu = makeStatusMenu(L10n({"en"}), {}, on, off);
     EXPECT_EQ(menu.itemWithTag(StatusMenuTag::launchAtLogin), &menu.items[3]);
     EXPECT_EQ(menu.itemWithTag(3), nullptr);

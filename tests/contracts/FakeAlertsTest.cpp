@@ -43,7 +43,7 @@ class FakeDriver {
     std::map<std::string, std::optional<std::size_t>> answers_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, AlertPresenterContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeAlerts, AlertPresenterContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

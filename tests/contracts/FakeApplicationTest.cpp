@@ -22,7 +22,7 @@ class FakeDriver {
     FakeApplication application_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ApplicationContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeApplication, ApplicationContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -15,7 +15,7 @@ class FakeDriver {
     FakeFileSystem files_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, FileSystemContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeFileSystem, FileSystemContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -20,7 +20,7 @@ class FakeDriver {
     FakeHID hid_{queue_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, HIDManagerContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeHID, HIDManagerContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

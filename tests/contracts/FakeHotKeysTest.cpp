@@ -19,7 +19,7 @@ class FakeDriver {
     FakeHotKeys hotKeys_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, HotKeyServiceContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeHotKeys, HotKeyServiceContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

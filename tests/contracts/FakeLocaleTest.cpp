@@ -12,7 +12,7 @@ class FakeDriver {
     FakeLocale locale_{{"en-GB", "ru-RU"}};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, LocaleContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeLocale, LocaleContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

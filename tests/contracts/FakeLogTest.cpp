@@ -13,7 +13,7 @@ class FakeDriver {
     FakeLog log_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, SystemLogContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeLog, SystemLogContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

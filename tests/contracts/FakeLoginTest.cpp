@@ -13,7 +13,7 @@ class FakeDriver {
     FakeLogin service_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, LoginServiceContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeLogin, LoginServiceContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -16,7 +16,7 @@ class FakeDriver {
     FakeMainQueue queue_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, MainQueueContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeMainQueue, MainQueueContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -13,7 +13,7 @@ class FakeDriver {
     FakePreferences store_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, PreferencesStoreContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakePreferences, PreferencesStoreContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -39,7 +39,7 @@ class FakeDriver {
     FakeProcesses processes_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ProcessRunnerContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeProcesses, ProcessRunnerContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

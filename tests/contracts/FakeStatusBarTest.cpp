@@ -30,7 +30,7 @@ class FakeDriver {
     FakeStatusBar bar_{queue_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, StatusBarContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeStatusBar, StatusBarContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -26,7 +26,7 @@ class FakeDriver {
     FakeWindows windows_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, WindowHostContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeWindows, WindowHostContract, FakeDriver);
 
 }  // namespace
 }  // namespace kovra

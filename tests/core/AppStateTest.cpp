@@ -33,7 +33,7 @@ Mode loadedMode(const PreferenceValue& stored) {
 
 PreferenceArray array(std::initializer_list<PreferenceValue> elements) { return PreferenceArray(elements); }
 
-TEST(AppState, StartsFromAnEmptyStoreWithNothingChosenAndTheSwitchOn) {
+TEST(AppStateTest, StartsFromAnEmptyStoreWithNothingChosenAndTheSwitchOn) {
     FakePreferences preferences;
     const AppState state(preferences);
     EXPECT_TRUE(state.devices.get().empty());
@@ -43,7 +43,7 @@ TEST(AppState, StartsFromAnEmptyStoreWithNothingChosenAndTheSwitchOn) {
     EXPECT_FALSE(state.blocking.get());
 }
 
-TEST(AppState, LoadsWhatWasSaved) {
+TEST(AppStateTest, LoadsWhatWasSaved) {
     FakePreferences preferences;
     preferences.stored = {{"selectedDeviceIDs", array({std::string("Mouse#1:2"), std::string("Ball#3:4")})},
                           {"isEnabled", false},
@@ -54,32 +54,32 @@ TEST(AppState, LoadsWhatWasSaved) {
     EXPECT_EQ(state.mode.get(), Mode::always);
 }
 
-TEST(AppState, LoadingSavesNothing) {
+TEST(AppStateTest, LoadingSavesNothing) {
     FakePreferences preferences;
     preferences.stored = {{"selectedDeviceIDs", array({std::string("a"), 5.0})}, {"blockMode", std::string("Always")}};
     const AppState state(preferences);
     EXPECT_TRUE(preferences.saves.empty());
 }
 
-TEST(AppState, RejectsAWholeSelectionForOneForeignElement) {
+TEST(AppStateTest, RejectsAWholeSelectionForOneForeignElement) {
     EXPECT_TRUE(loadedSelection(array({std::string("a"), 5.0})).empty());
     EXPECT_TRUE(loadedSelection(array({std::string("a"), true})).empty());
     EXPECT_TRUE(loadedSelection(array({std::string("a"), OtherPreference{}})).empty());
     EXPECT_TRUE(loadedSelection(array({std::string("a"), array({})})).empty());
 }
 
-TEST(AppState, FoldsASelectionThatNamesADeviceTwice) {
+TEST(AppStateTest, FoldsASelectionThatNamesADeviceTwice) {
     EXPECT_EQ(loadedSelection(array({std::string("a"), std::string("a")})), Selection{"a"});
 }
 
-TEST(AppState, TakesNothingButAnArrayForASelection) {
+TEST(AppStateTest, TakesNothingButAnArrayForASelection) {
     EXPECT_TRUE(loadedSelection(std::string("a")).empty());
     EXPECT_TRUE(loadedSelection(true).empty());
     EXPECT_TRUE(loadedSelection(1.0).empty());
     EXPECT_TRUE(loadedSelection(OtherPreference{}).empty());
 }
 
-TEST(AppState, ReadsAStoredSwitchAsTheStoreReadsBooleans) {
+TEST(AppStateTest, ReadsAStoredSwitchAsTheStoreReadsBooleans) {
     EXPECT_FALSE(loadedSwitch(false));
     EXPECT_TRUE(loadedSwitch(true));
     EXPECT_FALSE(loadedSwitch(0.0));
@@ -93,7 +93,7 @@ TEST(AppState, ReadsAStoredSwitchAsTheStoreReadsBooleans) {
     EXPECT_FALSE(loadedSwitch(OtherPreference{}));
 }
 
-TEST(AppState, LeavesTheModeAtOnDeviceForAnyUnknownText) {
+TEST(AppStateTest, LeavesTheModeAtOnDeviceForAnyUnknownText) {
     EXPECT_EQ(loadedMode(std::string("always")), Mode::always);
     EXPECT_EQ(loadedMode(std::string("onDevice")), Mode::onDevice);
     EXPECT_EQ(loadedMode(std::string("Always")), Mode::onDevice);
@@ -102,7 +102,7 @@ TEST(AppState, LeavesTheModeAtOnDeviceForAnyUnknownText) {
     EXPECT_EQ(loadedMode(true), Mode::onDevice);
 }
 
-TEST(AppState, KnowsExactlyTwoModesByTheirSavedText) {
+TEST(AppStateTest, KnowsExactlyTwoModesByTheirSavedText) {
     EXPECT_EQ(AppState::modeFromRawValue("always"), Mode::always);
     EXPECT_EQ(AppState::modeFromRawValue("onDevice"), Mode::onDevice);
     EXPECT_EQ(AppState::modeFromRawValue("ondevice"), std::nullopt);
@@ -111,7 +111,7 @@ TEST(AppState, KnowsExactlyTwoModesByTheirSavedText) {
     EXPECT_EQ(AppState::rawValue(Mode::onDevice), "onDevice");
 }
 
-TEST(AppState, SavesTheSelectionAsAnArrayOfTexts) {
+TEST(AppStateTest, SavesTheSelectionAsAnArrayOfTexts) {
     FakePreferences preferences;
     AppState state(preferences);
     state.selectedIDs.set({"b", "a"});
@@ -122,7 +122,7 @@ TEST(AppState, SavesTheSelectionAsAnArrayOfTexts) {
     EXPECT_EQ(loadedSelection(preferences.saves[0].value), (Selection{"a", "b"}));
 }
 
-TEST(AppState, SavesAnEmptySelectionAsAnEmptyArray) {
+TEST(AppStateTest, SavesAnEmptySelectionAsAnEmptyArray) {
     FakePreferences preferences;
     preferences.stored.emplace("selectedDeviceIDs", array({std::string("a")}));
     AppState state(preferences);
@@ -135,7 +135,7 @@ TEST(AppState, SavesAnEmptySelectionAsAnEmptyArray) {
     EXPECT_TRUE(saved->empty());
 }
 
-TEST(AppState, SavesTheModeAsItsText) {
+TEST(AppStateTest, SavesTheModeAsItsText) {
     FakePreferences preferences;
     AppState state(preferences);
     state.mode.set(Mode::always);
@@ -159,24 +159,24 @@ struct Listed {
     bool anySelectedConnected() const { return state.anySelectedConnected(); }
 };
 
-TEST(AppState, FindsAChosenDeviceThatIsConnected) {
+TEST(AppStateTest, FindsAChosenDeviceThatIsConnected) {
     EXPECT_TRUE(Listed({{"a", "A", true}, {"b", "B", true}}, {"b"}).anySelectedConnected());
 }
 
-TEST(AppState, FindsNoChosenDeviceThatIsListedDisconnected) {
+TEST(AppStateTest, FindsNoChosenDeviceThatIsListedDisconnected) {
     EXPECT_FALSE(Listed({{"a", "A", true}, {"b", "B", false}}, {"b"}).anySelectedConnected());
 }
 
-TEST(AppState, FindsNoChosenDeviceThatIsNotListed) {
+TEST(AppStateTest, FindsNoChosenDeviceThatIsNotListed) {
     EXPECT_FALSE(Listed({{"a", "A", true}}, {"b"}).anySelectedConnected());
 }
 
-TEST(AppState, FindsNothingInAnEmptyListOrForAnEmptySelection) {
+TEST(AppStateTest, FindsNothingInAnEmptyListOrForAnEmptySelection) {
     EXPECT_FALSE(Listed({}, {"a"}).anySelectedConnected());
     EXPECT_FALSE(Listed({{"a", "A", true}}, {}).anySelectedConnected());
 }
 
-TEST(AppState, KnowsDevicesByTheirKeyNotByTheirName) {
+TEST(AppStateTest, KnowsDevicesByTheirKeyNotByTheirName) {
     EXPECT_FALSE(Listed({{"a", "Mouse", true}}, {"Mouse"}).anySelectedConnected());
 }
 

@@ -25,7 +25,7 @@ struct HelperRig {
 
 using Texts = std::vector<std::string>;
 
-TEST(HelperController, WritesTheFlagToItsOnePlace) {
+TEST(HelperControllerTest, WritesTheFlagToItsOnePlace) {
     HelperRig rig;
     rig.helper.set(true);
     ASSERT_EQ(rig.files.writes.size(), 1U);
@@ -33,7 +33,7 @@ TEST(HelperController, WritesTheFlagToItsOnePlace) {
     EXPECT_EQ(rig.files.writes[0].text, "on");
 }
 
-TEST(HelperController, WritesTheSameAnswerOnceAndTheOtherAnswerAgain) {
+TEST(HelperControllerTest, WritesTheSameAnswerOnceAndTheOtherAnswerAgain) {
     HelperRig rig;
     rig.helper.set(true);
     rig.helper.set(true);
@@ -43,14 +43,14 @@ TEST(HelperController, WritesTheSameAnswerOnceAndTheOtherAnswerAgain) {
     EXPECT_EQ(rig.written(), (Texts{"on", "off", "on"}));
 }
 
-TEST(HelperController, WritesAtItsFirstCallWhateverTheFileHolds) {
+TEST(HelperControllerTest, WritesAtItsFirstCallWhateverTheFileHolds) {
     HelperRig rig;
     rig.files.contents[HelperController::standardStateFile] = "off";
     rig.helper.set(false);
     EXPECT_EQ(rig.written(), Texts{"off"});
 }
 
-TEST(HelperController, TriesAgainAfterAFailureAlsoWithTheSameAnswer) {
+TEST(HelperControllerTest, TriesAgainAfterAFailureAlsoWithTheSameAnswer) {
     HelperRig rig;
     rig.files.failNext("No space left on device");
     rig.files.failNext("No space left on device");
@@ -62,7 +62,7 @@ TEST(HelperController, TriesAgainAfterAFailureAlsoWithTheSameAnswer) {
     EXPECT_EQ(rig.log.lines.size(), 2U);
 }
 
-TEST(HelperController, LogsAFailureInOneLineWithTheSystemsReason) {
+TEST(HelperControllerTest, LogsAFailureInOneLineWithTheSystemsReason) {
     HelperRig rig;
     rig.files.failNext("Нет такого файла или каталога");
     rig.files.failNext("100% full: %s %n");
@@ -72,7 +72,7 @@ TEST(HelperController, LogsAFailureInOneLineWithTheSystemsReason) {
                                     "ble-kovra: не удалось записать флаг (off): 100% full: %s %n"}));
 }
 
-TEST(HelperController, RemembersTheLastSuccessNotTheLastTry) {
+TEST(HelperControllerTest, RemembersTheLastSuccessNotTheLastTry) {
     HelperRig rig;
     rig.helper.set(false);
     rig.files.failNext("Permission denied");

@@ -11,7 +11,7 @@ bool decide(Mode mode, bool isEnabled, bool connected) {
     return decideMuting(mode, isEnabled, [connected] { return connected; });
 }
 
-TEST(MutingDecision, FollowsTheTruthTable) {
+TEST(MutingDecisionTest, FollowsTheTruthTable) {
     EXPECT_FALSE(decide(Mode::always, false, false));
     EXPECT_FALSE(decide(Mode::always, false, true));
     EXPECT_TRUE(decide(Mode::always, true, false));
@@ -22,7 +22,7 @@ TEST(MutingDecision, FollowsTheTruthTable) {
     EXPECT_TRUE(decide(Mode::onDevice, true, true));
 }
 
-TEST(MutingDecision, LooksForNoDeviceWhileTheSwitchIsOff) {
+TEST(MutingDecisionTest, LooksForNoDeviceWhileTheSwitchIsOff) {
     int looks = 0;
     const auto look = [&] {
         ++looks;
@@ -34,7 +34,7 @@ TEST(MutingDecision, LooksForNoDeviceWhileTheSwitchIsOff) {
     EXPECT_EQ(looks, 1);
 }
 
-TEST(MutingDecision, LooksForNoDeviceInModeAlways) {
+TEST(MutingDecisionTest, LooksForNoDeviceInModeAlways) {
     int looks = 0;
     EXPECT_TRUE(decideMuting(Mode::always, true, [&] { return ++looks > 0; }));
     EXPECT_EQ(looks, 0);

@@ -12,7 +12,7 @@ namespace {
 
 using Heard = std::vector<int>;
 
-TEST(Published, AnnouncesTheComingValueWhileTheOldOneStillStands) {
+TEST(PublishedTest, AnnouncesTheComingValueWhileTheOldOneStillStands) {
     Published<int> property(1);
     int announced = 0, standing = 0;
     const Subscription token = property.subscribe(
@@ -27,14 +27,14 @@ TEST(Published, AnnouncesTheComingValueWhileTheOldOneStillStands) {
     EXPECT_EQ(property.get(), 2);
 }
 
-TEST(Published, DeliversTheCurrentValueAtSubscription) {
+TEST(PublishedTest, DeliversTheCurrentValueAtSubscription) {
     Published<int> property(7);
     Heard heard;
     const Subscription token = property.subscribe([&](const int& value) { heard.push_back(value); });
     EXPECT_EQ(heard, Heard{7});
 }
 
-TEST(Published, DropsTheCurrentValueWhereAskedTo) {
+TEST(PublishedTest, DropsTheCurrentValueWhereAskedTo) {
     Published<int> property(7);
     Heard heard;
     const Subscription token =
@@ -43,7 +43,7 @@ TEST(Published, DropsTheCurrentValueWhereAskedTo) {
     EXPECT_EQ(heard, Heard{8});
 }
 
-TEST(Published, AnnouncesAValueEqualToTheOneItHolds) {
+TEST(PublishedTest, AnnouncesAValueEqualToTheOneItHolds) {
     Published<int> property(7);
     Heard heard;
     const Subscription token =
@@ -52,7 +52,7 @@ TEST(Published, AnnouncesAValueEqualToTheOneItHolds) {
     EXPECT_EQ(heard, Heard{7});
 }
 
-TEST(Published, TellsSubscribersInTheOrderInWhichTheyCame) {
+TEST(PublishedTest, TellsSubscribersInTheOrderInWhichTheyCame) {
     Published<int> property(0);
     std::string order;
     const Subscription first = property.subscribe([&](const int&) { order += 'a'; }, CurrentValue::drop);
@@ -61,7 +61,7 @@ TEST(Published, TellsSubscribersInTheOrderInWhichTheyCame) {
     EXPECT_EQ(order, "ab");
 }
 
-TEST(Published, AnnouncesAnEditInPlaceOnce) {
+TEST(PublishedTest, AnnouncesAnEditInPlaceOnce) {
     Published<std::vector<int>> property({1});
     int announcements = 0;
     const Subscription token =
@@ -74,7 +74,7 @@ TEST(Published, AnnouncesAnEditInPlaceOnce) {
     EXPECT_EQ(property.get(), (std::vector<int>{1, 2, 3}));
 }
 
-TEST(Published, FallsSilentForATokenThatWasLetGo) {
+TEST(PublishedTest, FallsSilentForATokenThatWasLetGo) {
     Published<int> property(0);
     Heard heard;
     {
@@ -86,7 +86,7 @@ TEST(Published, FallsSilentForATokenThatWasLetGo) {
     EXPECT_EQ(heard, Heard{1});
 }
 
-TEST(Published, LetsASubscriberEndAnotherFromInsideAnAnnouncement) {
+TEST(PublishedTest, LetsASubscriberEndAnotherFromInsideAnAnnouncement) {
     Published<int> property(0);
     Heard heard;
     std::optional<Subscription> second;
@@ -96,7 +96,7 @@ TEST(Published, LetsASubscriberEndAnotherFromInsideAnAnnouncement) {
     EXPECT_TRUE(heard.empty());
 }
 
-TEST(Published, LetsASubscriberEndItselfFromInsideAnAnnouncement) {
+TEST(PublishedTest, LetsASubscriberEndItselfFromInsideAnAnnouncement) {
     Published<int> property(0);
     auto big = std::make_shared<std::string>(1000, 'x');  // still needed after the token is gone
     Heard heard;
@@ -112,7 +112,7 @@ TEST(Published, LetsASubscriberEndItselfFromInsideAnAnnouncement) {
     EXPECT_EQ(heard, Heard{1001});
 }
 
-TEST(Published, TellsASubscriberThatEndedItselfNothingOfWhatItSetsMeanwhile) {
+TEST(PublishedTest, TellsASubscriberThatEndedItselfNothingOfWhatItSetsMeanwhile) {
     Published<int> property(0);
     Heard heard;
     std::optional<Subscription> token;
@@ -127,7 +127,7 @@ TEST(Published, TellsASubscriberThatEndedItselfNothingOfWhatItSetsMeanwhile) {
     EXPECT_EQ(heard, Heard{1});
 }
 
-TEST(Published, TellsANewSubscriberFromTheNextAnnouncementOn) {
+TEST(PublishedTest, TellsANewSubscriberFromTheNextAnnouncementOn) {
     Published<int> property(0);
     Heard heard;
     std::optional<Subscription> late;
@@ -144,7 +144,7 @@ TEST(Published, TellsANewSubscriberFromTheNextAnnouncementOn) {
     EXPECT_EQ(heard, Heard{2});
 }
 
-TEST(Published, StoresTheOuterValueLastWhenSetFromInsideAnAnnouncement) {
+TEST(PublishedTest, StoresTheOuterValueLastWhenSetFromInsideAnAnnouncement) {
     Published<int> property(0);
     Heard heard;
     const Subscription token = property.subscribe(
@@ -158,7 +158,7 @@ TEST(Published, StoresTheOuterValueLastWhenSetFromInsideAnAnnouncement) {
     EXPECT_EQ(property.get(), 1);
 }
 
-TEST(Published, MayBeOutlivedByItsTokens) {
+TEST(PublishedTest, MayBeOutlivedByItsTokens) {
     Subscription token;
     {
         Published<int> property(0);

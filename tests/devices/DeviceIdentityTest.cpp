@@ -35,35 +35,37 @@ Seen see(const DeviceDescription& device, const char* language = "en") {
     return seen;
 }
 
-TEST(DeviceIdentity, JoinsNameVendorAndProductInDecimal) {
+TEST(DeviceIdentityTest, JoinsNameVendorAndProductInDecimal) {
     EXPECT_EQ(see(aMouse("Wireless Mouse").ids(4660, 22136)).key, "Wireless Mouse#4660:22136");
 }
 
-TEST(DeviceIdentity, TakesZeroForNumbersThatAreNotReported) {
+TEST(DeviceIdentityTest, TakesZeroForNumbersThatAreNotReported) {
     EXPECT_EQ(see(aMouse("Mouse").ids(std::nullopt, std::nullopt)).key, "Mouse#0:0");
     EXPECT_EQ(see(aMouse("Mouse").ids(std::nullopt, 7)).key, "Mouse#0:7");
 }
 
-TEST(DeviceIdentity, NamesANamelessDeviceInTheUsersLanguage) {
+TEST(DeviceIdentityTest, NamesANamelessDeviceInTheUsersLanguage) {
     EXPECT_EQ(see(aNamelessDevice().ids(1, 2)).key, "Unknown device#1:2");
     EXPECT_EQ(see(aNamelessDevice().ids(1, 2)).name, "Unknown device");
     EXPECT_EQ(see(aNamelessDevice().ids(1, 2), "ru").key, "Неизвестное устройство#1:2");
     EXPECT_EQ(see(aNamelessDevice().ids(1, 2), "de").name, "Unbekanntes Gerät");
 }
 
-TEST(DeviceIdentity, KeepsAnEmptyNameThatTheDeviceReports) {
+TEST(DeviceIdentityTest, KeepsAnEmptyNameThatTheDeviceReports) {
     EXPECT_EQ(see(aMouse("").ids(1, 2)).key, "#1:2");
     EXPECT_EQ(see(aMouse("").ids(1, 2)).name, "");
 }
 
-TEST(DeviceIdentity, TakesAnyNameLiterally) { EXPECT_EQ(see(aMouse("a#1:2\n&<b>").ids(3, 4)).key, "a#1:2\n&<b>#3:4"); }
+TEST(DeviceIdentityTest, TakesAnyNameLiterally) {
+    EXPECT_EQ(see(aMouse("a#1:2\n&<b>").ids(3, 4)).key, "a#1:2\n&<b>#3:4");
+}
 
-TEST(DeviceIdentity, TellsInterfacesApartByTheRegistryOrElseByTheHandle) {
+TEST(DeviceIdentityTest, TellsInterfacesApartByTheRegistryOrElseByTheHandle) {
     EXPECT_EQ(see(aMouse("Mouse")).id, 1U);
     EXPECT_EQ(see(aMouse("Mouse").withoutRegistryEntry()).id, 0x7F0000000001U);
 }
 
-TEST(HIDDeviceInfo, IsEqualAndHashedByAllThreeFields) {
+TEST(HIDDeviceInfoTest, IsEqualAndHashedByAllThreeFields) {
     const HIDDeviceInfo mouse{"key", "name", true};
     std::unordered_set<HIDDeviceInfo> set{mouse, {"key", "name", true}};
     EXPECT_EQ(set.size(), 1U);

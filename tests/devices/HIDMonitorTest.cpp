@@ -61,13 +61,13 @@ struct MonitorRig {
 
 using Names = std::vector<std::string>;
 
-TEST(HIDMonitor, PublishesNothingAtItsStart) {
+TEST(HIDMonitorTest, PublishesNothingAtItsStart) {
     MonitorRig rig;
     rig.queue.run();
     EXPECT_TRUE(rig.published.empty());
 }
 
-TEST(HIDMonitor, PublishesEachDeviceAlreadyAttachedAtStart) {
+TEST(HIDMonitorTest, PublishesEachDeviceAlreadyAttachedAtStart) {
     FakeMainQueue queue;
     FakeHID hid(queue);
     hid.attach(aMouse("apple"));
@@ -85,20 +85,20 @@ TEST(HIDMonitor, PublishesEachDeviceAlreadyAttachedAtStart) {
     EXPECT_EQ(published[1].size(), 2U);
 }
 
-TEST(HIDMonitor, PublishesAnAttachedDeviceFromInsideTheEvent) {
+TEST(HIDMonitorTest, PublishesAnAttachedDeviceFromInsideTheEvent) {
     MonitorRig rig;
     rig.hid.attach(aMouse("apple").ids(1, 2));
     EXPECT_EQ(rig.published, (std::vector<List>{{{"apple#1:2", "apple", true}}}));
 }
 
-TEST(HIDMonitor, FoldsTheInterfacesOfADeviceIntoOneEntry) {
+TEST(HIDMonitorTest, FoldsTheInterfacesOfADeviceIntoOneEntry) {
     MonitorRig rig;
     rig.hid.attach(aMouse("apple").interfaces(2));
     EXPECT_EQ(rig.published.size(), 2U);
     EXPECT_EQ(rig.last().size(), 1U);
 }
 
-TEST(HIDMonitor, ShowsADeviceConnectedWhileOneInterfaceRemains) {
+TEST(HIDMonitorTest, ShowsADeviceConnectedWhileOneInterfaceRemains) {
     MonitorRig rig;
     const auto mouse = rig.hid.attach(aMouse("apple").interfaces(2));
     rig.hid.detachInterface(mouse[0]);
@@ -108,7 +108,7 @@ TEST(HIDMonitor, ShowsADeviceConnectedWhileOneInterfaceRemains) {
     EXPECT_EQ(rig.published.size(), 3U);
 }
 
-TEST(HIDMonitor, PublishesNothingAtTheRemovalOfTheLastInterface) {
+TEST(HIDMonitorTest, PublishesNothingAtTheRemovalOfTheLastInterface) {
     MonitorRig rig;
     const auto mouse = rig.hid.attach(aMouse("apple").interfaces(2));
     rig.hid.detach(mouse);
@@ -118,7 +118,7 @@ TEST(HIDMonitor, PublishesNothingAtTheRemovalOfTheLastInterface) {
     EXPECT_TRUE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitor, ShowsADeviceDisconnectedTwoSecondsAfterItsLastInterfaceWent) {
+TEST(HIDMonitorTest, ShowsADeviceDisconnectedTwoSecondsAfterItsLastInterfaceWent) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple").interfaces(2)));
     rig.queue.advance(2s);
@@ -127,7 +127,7 @@ TEST(HIDMonitor, ShowsADeviceDisconnectedTwoSecondsAfterItsLastInterfaceWent) {
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitor, NeverShowsAShortDropOut) {
+TEST(HIDMonitorTest, NeverShowsAShortDropOut) {
     MonitorRig rig;
     auto mouse = rig.hid.attach(aMouse("apple").interfaces(2));
     rig.hid.detach(mouse);
@@ -139,7 +139,7 @@ TEST(HIDMonitor, NeverShowsAShortDropOut) {
     EXPECT_EQ(rig.queue.pendingDelayed(), 0U);
 }
 
-TEST(HIDMonitor, BeginsAFreshGracePeriodAtEachDropOut) {
+TEST(HIDMonitorTest, BeginsAFreshGracePeriodAtEachDropOut) {
     MonitorRig rig;
     auto mouse = rig.hid.attach(aMouse("apple"));
     for (int dropOut = 0; dropOut < 5; ++dropOut) {
@@ -154,7 +154,7 @@ TEST(HIDMonitor, BeginsAFreshGracePeriodAtEachDropOut) {
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitor, ShowsADeviceInGraceConnectedInListsThatOthersCause) {
+TEST(HIDMonitorTest, ShowsADeviceInGraceConnectedInListsThatOthersCause) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
     rig.queue.advance(1s);
@@ -163,7 +163,7 @@ TEST(HIDMonitor, ShowsADeviceInGraceConnectedInListsThatOthersCause) {
     EXPECT_TRUE(rig.monitor->isConnected(aMouse("apple").key()));
 }
 
-TEST(HIDMonitor, ReconnectsADeviceThatWasDisconnected) {
+TEST(HIDMonitorTest, ReconnectsADeviceThatWasDisconnected) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
     rig.queue.advance(2s);
@@ -172,7 +172,7 @@ TEST(HIDMonitor, ReconnectsADeviceThatWasDisconnected) {
     EXPECT_EQ(rig.last().size(), 1U);
 }
 
-TEST(HIDMonitor, KeepsADeviceListedThatIsGoneForGood) {
+TEST(HIDMonitorTest, KeepsADeviceListedThatIsGoneForGood) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
     rig.queue.advance(24h);
@@ -180,7 +180,7 @@ TEST(HIDMonitor, KeepsADeviceListedThatIsGoneForGood) {
     EXPECT_EQ(rig.lastNames(), (Names{"pear", "apple"}));
 }
 
-TEST(HIDMonitor, CountsTwoIdenticalMiceAsOne) {
+TEST(HIDMonitorTest, CountsTwoIdenticalMiceAsOne) {
     MonitorRig rig;
     const auto first = rig.hid.attach(aMouse("apple"));
     const auto second = rig.hid.attach(aMouse("apple"));
@@ -193,20 +193,20 @@ TEST(HIDMonitor, CountsTwoIdenticalMiceAsOne) {
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitor, TellsDevicesOfOneNameApartByTheirNumbers) {
+TEST(HIDMonitorTest, TellsDevicesOfOneNameApartByTheirNumbers) {
     MonitorRig rig;
     rig.hid.attach(aMouse("apple").ids(1, 2));
     rig.hid.attach(aMouse("apple").ids(1, 3));
     EXPECT_EQ(rig.last().size(), 2U);
 }
 
-TEST(HIDMonitor, NamesADeviceWithoutANameUnknown) {
+TEST(HIDMonitorTest, NamesADeviceWithoutANameUnknown) {
     MonitorRig rig;
     rig.hid.attach(aNamelessDevice().ids(std::nullopt, std::nullopt));
     EXPECT_EQ(rig.last(), (List{{"Unknown device#0:0", "Unknown device", true}}));
 }
 
-TEST(HIDMonitor, IgnoresTheRemovalOfAnInterfaceThatWasNeverAdded) {
+TEST(HIDMonitorTest, IgnoresTheRemovalOfAnInterfaceThatWasNeverAdded) {
     MonitorRig rig;
     rig.hid.attach(aMouse("apple"));
     rig.hid.detachUnknown(4711);
@@ -215,14 +215,14 @@ TEST(HIDMonitor, IgnoresTheRemovalOfAnInterfaceThatWasNeverAdded) {
     EXPECT_EQ(rig.queue.pendingDelayed(), 0U);
 }
 
-TEST(HIDMonitor, FindsTheSameInterfaceAgainByItsHandleWhereThereIsNoRegistryEntry) {
+TEST(HIDMonitorTest, FindsTheSameInterfaceAgainByItsHandleWhereThereIsNoRegistryEntry) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple").interfaces(2).withoutRegistryEntry()));
     rig.queue.advance(2s);
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitor, ListsConnectedDevicesFirst) {
+TEST(HIDMonitorTest, ListsConnectedDevicesFirst) {
     MonitorRig rig;
     const auto apple = rig.hid.attach(aMouse("a").ids(1, 1));
     rig.hid.attach(aMouse("b").ids(1, 2));
@@ -231,13 +231,13 @@ TEST(HIDMonitor, ListsConnectedDevicesFirst) {
     EXPECT_EQ(rig.lastNames(), (Names{"b", "a"}));
 }
 
-TEST(HIDMonitor, OrdersByNameWhateverTheCase) {
+TEST(HIDMonitorTest, OrdersByNameWhateverTheCase) {
     MonitorRig rig;
     for (const char* name : {"cherry", "Banana", "apple", "Date"}) rig.hid.attach(aMouse(name));
     EXPECT_EQ(rig.lastNames(), (Names{"apple", "Banana", "cherry", "Date"}));
 }
 
-TEST(HIDMonitor, KeepsTheOrderOfFirstSightAmongEqualNames) {
+TEST(HIDMonitorTest, KeepsTheOrderOfFirstSightAmongEqualNames) {
     MonitorRig rig;
     rig.hid.attach(aMouse("MOUSE").ids(1, 3));
     rig.hid.attach(aMouse("mouse").ids(1, 1));
@@ -245,13 +245,13 @@ TEST(HIDMonitor, KeepsTheOrderOfFirstSightAmongEqualNames) {
     EXPECT_EQ(rig.lastNames(), (Names{"MOUSE", "mouse", "Mouse"}));
 }
 
-TEST(HIDMonitor, MakesASortKeyOnceAName) {
+TEST(HIDMonitorTest, MakesASortKeyOnceAName) {
     MonitorRig rig;
     for (int i = 0; i < 10; ++i) rig.hid.attach(aMouse("apple").interfaces(2));
     EXPECT_EQ(rig.locale.sortKeysMade, 1);
 }
 
-TEST(HIDMonitor, SurvivesWithoutAListener) {
+TEST(HIDMonitorTest, SurvivesWithoutAListener) {
     MonitorRig rig;
     rig.monitor->onDevicesChanged = nullptr;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
@@ -262,7 +262,7 @@ TEST(HIDMonitor, SurvivesWithoutAListener) {
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitor, LeavesAGracePeriodThatOutlivesItWithoutEffect) {
+TEST(HIDMonitorTest, LeavesAGracePeriodThatOutlivesItWithoutEffect) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
     rig.monitor.reset();
@@ -270,7 +270,7 @@ TEST(HIDMonitor, LeavesAGracePeriodThatOutlivesItWithoutEffect) {
     EXPECT_EQ(rig.published.size(), 1U);
 }
 
-TEST(HIDMonitor, HearsNothingAnyMoreOnceItIsGone) {
+TEST(HIDMonitorTest, HearsNothingAnyMoreOnceItIsGone) {
     MonitorRig rig;
     rig.monitor.reset();
     rig.hid.attach(aMouse("apple"));

@@ -22,7 +22,7 @@ using Texts = std::vector<std::string>;
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 const DeviceDescription keyboard = aMouse("Keyboard").ids(1, 2);
 
-TEST(Journey, FirstLaunchWithAnEmptyStoreWritesOffAndSavesNothing) {
+TEST(JourneyTest, FirstLaunchWithAnEmptyStoreWritesOffAndSavesNothing) {
     Computer computer;
     computer.hid.attach(mouse);
     AppRig rig(computer);
@@ -34,7 +34,7 @@ TEST(Journey, FirstLaunchWithAnEmptyStoreWritesOffAndSavesNothing) {
     EXPECT_TRUE(computer.log.lines.empty());
 }
 
-TEST(Journey, AChosenMouseThatIsThereAtLaunchMutesOneTurnAfterItIsPublished) {
+TEST(JourneyTest, AChosenMouseThatIsThereAtLaunchMutesOneTurnAfterItIsPublished) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -49,7 +49,7 @@ TEST(Journey, AChosenMouseThatIsThereAtLaunchMutesOneTurnAfterItIsPublished) {
     EXPECT_TRUE(rig.state.blocking.get());
 }
 
-TEST(Journey, FirstLaunchShowsThePlainIconAndACheckMarkAtBlock) {
+TEST(JourneyTest, FirstLaunchShowsThePlainIconAndACheckMarkAtBlock) {
     Computer computer;
     AppRig rig(computer);
     rig.launch();
@@ -58,7 +58,7 @@ TEST(Journey, FirstLaunchShowsThePlainIconAndACheckMarkAtBlock) {
     EXPECT_EQ(computer.statusBar.stateOf(1), MenuItemState::on);
 }
 
-TEST(Journey, TheIconFollowsTheMouse) {
+TEST(JourneyTest, TheIconFollowsTheMouse) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);
@@ -73,7 +73,7 @@ TEST(Journey, TheIconFollowsTheMouse) {
     EXPECT_FALSE(computer.statusBar.hasSlash());
 }
 
-TEST(Journey, TheMenuGivesThePadBackAndTakesItAgainWithoutABeep) {
+TEST(JourneyTest, TheMenuGivesThePadBackAndTakesItAgainWithoutABeep) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -93,7 +93,7 @@ TEST(Journey, TheMenuGivesThePadBackAndTakesItAgainWithoutABeep) {
     EXPECT_EQ(rig.application.beeps, 0);
 }
 
-TEST(Journey, TwoPressesBeforeTheFirstSaveLeaveEverythingAsItWas) {
+TEST(JourneyTest, TwoPressesBeforeTheFirstSaveLeaveEverythingAsItWas) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -110,7 +110,7 @@ TEST(Journey, TwoPressesBeforeTheFirstSaveLeaveEverythingAsItWas) {
     EXPECT_TRUE(computer.statusBar.hasSlash());
 }
 
-TEST(Journey, AHotKeyThatAnotherProgramHoldsIsPassedOverInSilence) {
+TEST(JourneyTest, AHotKeyThatAnotherProgramHoldsIsPassedOverInSilence) {
     Computer computer;
     computer.hotKeys.takenByAnother = true;
     AppRig rig(computer);
@@ -124,7 +124,7 @@ TEST(Journey, AHotKeyThatAnotherProgramHoldsIsPassedOverInSilence) {
     EXPECT_EQ(computer.hotKeys.calls, (Texts{"install", "register", "remove"}));
 }
 
-TEST(Journey, QuittingFromTheMenuWritesOffThenLetsTheHotKeyGo) {
+TEST(JourneyTest, QuittingFromTheMenuWritesOffThenLetsTheHotKeyGo) {
     struct HotKeys : FakeHotKeys {
         explicit HotKeys(const Computer& on) : computer(on) {}
         std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
@@ -166,7 +166,7 @@ TEST(Journey, QuittingFromTheMenuWritesOffThenLetsTheHotKeyGo) {
     EXPECT_EQ(keys.press(), std::nullopt);
 }
 
-TEST(Journey, LaunchInModeAlwaysMutesBeforeAnyDeviceIsKnown) {
+TEST(JourneyTest, LaunchInModeAlwaysMutesBeforeAnyDeviceIsKnown) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     AppRig rig(computer);
@@ -174,7 +174,7 @@ TEST(Journey, LaunchInModeAlwaysMutesBeforeAnyDeviceIsKnown) {
     EXPECT_EQ(computer.flagWrites(), Texts{"on"});
 }
 
-TEST(Journey, TheFlagThatACrashLeftIsRewrittenAtTheNextLaunch) {
+TEST(JourneyTest, TheFlagThatACrashLeftIsRewrittenAtTheNextLaunch) {
     Computer computer;
     computer.files.contents[HelperController::standardStateFile] = "on";
     AppRig rig(computer);
@@ -182,7 +182,7 @@ TEST(Journey, TheFlagThatACrashLeftIsRewrittenAtTheNextLaunch) {
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});
 }
 
-TEST(Journey, TheMouseComesGoesForAMomentAndGoesForGood) {
+TEST(JourneyTest, TheMouseComesGoesForAMomentAndGoesForGood) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);
@@ -204,7 +204,7 @@ TEST(Journey, TheMouseComesGoesForAMomentAndGoesForGood) {
     EXPECT_EQ(computer.flagWrites(), (Texts{"off", "on", "off"}));
 }
 
-TEST(Journey, AnotherDeviceMutesNothing) {
+TEST(JourneyTest, AnotherDeviceMutesNothing) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);
@@ -214,7 +214,7 @@ TEST(Journey, AnotherDeviceMutesNothing) {
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});
 }
 
-TEST(Journey, AChosenMouseThatIsAwayStaysChosen) {
+TEST(JourneyTest, AChosenMouseThatIsAwayStaysChosen) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);
@@ -225,7 +225,7 @@ TEST(Journey, AChosenMouseThatIsAwayStaysChosen) {
     EXPECT_EQ(next.state.selectedIDs.get(), (AppState::Selection{mouse.key(), keyboard.key()}));
 }
 
-TEST(Journey, TheHotKeyGivesThePadBackAndTakesItAgain) {
+TEST(JourneyTest, TheHotKeyGivesThePadBackAndTakesItAgain) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -241,7 +241,7 @@ TEST(Journey, TheHotKeyGivesThePadBackAndTakesItAgain) {
     EXPECT_EQ(rig.application.beeps, 2);
 }
 
-TEST(Journey, QuittingGivesThePadBackAndNothingQueuedRunsAnyMore) {
+TEST(JourneyTest, QuittingGivesThePadBackAndNothingQueuedRunsAnyMore) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);
@@ -255,7 +255,7 @@ TEST(Journey, QuittingGivesThePadBackAndNothingQueuedRunsAnyMore) {
     EXPECT_FALSE(rig.state.blocking.get());
 }
 
-TEST(Journey, QuittingWhileMutedLeavesOff) {
+TEST(JourneyTest, QuittingWhileMutedLeavesOff) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -267,7 +267,7 @@ TEST(Journey, QuittingWhileMutedLeavesOff) {
     EXPECT_EQ(computer.flag(), "off");
 }
 
-TEST(Journey, ChoicesSurviveARestart) {
+TEST(JourneyTest, ChoicesSurviveARestart) {
     Computer computer;
     {
         AppRig rig(computer);
@@ -283,7 +283,7 @@ TEST(Journey, ChoicesSurviveARestart) {
     EXPECT_FALSE(rig.state.isEnabled.get());
 }
 
-TEST(Journey, TheEntryPointRunsTheDelegateOnThePlatformsServices) {
+TEST(JourneyTest, TheEntryPointRunsTheDelegateOnThePlatformsServices) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     FakeApplication application;

@@ -79,7 +79,7 @@ struct StepsOfLaunch : Computer {
     Processes programs{steps};
 };
 
-TEST(Launch, GoesItsNineStepsInOrder) {
+TEST(LaunchTest, GoesItsNineStepsInOrder) {
     StepsOfLaunch on;
     on.alerts.onShown = [&] { on.steps.emplace_back("9 explanation"); };
     const Platform platform{on.application, on.queue,  on.devices,  on.preferences, on.flagFile,
@@ -105,7 +105,7 @@ TEST(Launch, GoesItsNineStepsInOrder) {
 const std::string activeListing =
     "*\t*\tG43BCU2T37\t" + std::string(DriverActivator::extensionID) + " (1.8.0/1.8.0)\tdriver\t[activated enabled]\n";
 
-TEST(Launch, AsksNothingOfTheUserWhileTheDriverIsActive) {
+TEST(LaunchTest, AsksNothingOfTheUserWhileTheDriverIsActive) {
     Computer computer;
     computer.processes.outputs[DriverActivator::listingTool] = activeListing;
     AppRig rig(computer);
@@ -115,7 +115,7 @@ TEST(Launch, AsksNothingOfTheUserWhileTheDriverIsActive) {
     EXPECT_EQ(rig.application.activations, 0);
 }
 
-TEST(Launch, ExplainsTheDriverWhereItIsNotActive) {
+TEST(LaunchTest, ExplainsTheDriverWhereItIsNotActive) {
     Computer computer;
     AppRig rig(computer);
     rig.launch();
@@ -128,7 +128,7 @@ TEST(Launch, ExplainsTheDriverWhereItIsNotActive) {
     EXPECT_TRUE(computer.log.lines.empty());
 }
 
-TEST(Launch, ExplainsItAtEachLaunchAnew) {
+TEST(LaunchTest, ExplainsItAtEachLaunchAnew) {
     Computer computer;
     for (int launches = 1; launches <= 3; ++launches) {
         AppRig rig(computer);
@@ -139,7 +139,7 @@ TEST(Launch, ExplainsItAtEachLaunchAnew) {
     }
 }
 
-TEST(Launch, HasWrittenItsFirstDecisionBeforeItExplains) {
+TEST(LaunchTest, HasWrittenItsFirstDecisionBeforeItExplains) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     std::string flagMeanwhile;
@@ -150,7 +150,7 @@ TEST(Launch, HasWrittenItsFirstDecisionBeforeItExplains) {
 }
 
 // While the tool runs and while the alert is open, the main queue goes on.
-TEST(Launch, GoesOnMutingWhileItsLastStepWaits) {
+TEST(LaunchTest, GoesOnMutingWhileItsLastStepWaits) {
     Computer computer;
     computer.choose({mouse});
     Texts flags;
@@ -169,7 +169,7 @@ TEST(Launch, GoesOnMutingWhileItsLastStepWaits) {
     EXPECT_EQ(flags, (Texts{"on", "off"}));
 }
 
-TEST(Launch, OpensNoAlertOnceTheUserHasQuitWhileTheToolRan) {
+TEST(LaunchTest, OpensNoAlertOnceTheUserHasQuitWhileTheToolRan) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     AppRig rig(computer);
@@ -179,7 +179,7 @@ TEST(Launch, OpensNoAlertOnceTheUserHasQuitWhileTheToolRan) {
     EXPECT_EQ(computer.flagWrites(), (Texts{"on", "off"}));
 }
 
-TEST(Launch, StartsNothingAfterAQuitWhileTheAlertWasOpen) {
+TEST(LaunchTest, StartsNothingAfterAQuitWhileTheAlertWasOpen) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     AppRig rig(computer);

@@ -18,7 +18,7 @@ const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
 // The helper lets only the user at the machine write, and puts a new file in place, with what this user last left, a
 // moment after the session is at the screen again.
-class SharedMachine : public testing::Test {
+class SharedMachineTest : public testing::Test {
   protected:
     void startMuted() {
         computer.choose({mouse});
@@ -47,7 +47,7 @@ class SharedMachine : public testing::Test {
     std::string left;
 };
 
-TEST_F(SharedMachine, AMouseUnpluggedWhileAnotherUserIsAtTheMachineGivesThePadBackOnReturn) {
+TEST_F(SharedMachineTest, AMouseUnpluggedWhileAnotherUserIsAtTheMachineGivesThePadBackOnReturn) {
     startMuted();
     leave();
     computer.hid.detach(plugged);
@@ -60,7 +60,7 @@ TEST_F(SharedMachine, AMouseUnpluggedWhileAnotherUserIsAtTheMachineGivesThePadBa
     EXPECT_FALSE(computer.statusBar.hasSlash());
 }
 
-TEST_F(SharedMachine, AMouseThatStayedMutesOnReturnWithoutAnotherWrite) {
+TEST_F(SharedMachineTest, AMouseThatStayedMutesOnReturnWithoutAnotherWrite) {
     startMuted();
     leave();
     computer.queue.advance(10s);
@@ -70,7 +70,7 @@ TEST_F(SharedMachine, AMouseThatStayedMutesOnReturnWithoutAnotherWrite) {
     EXPECT_TRUE(computer.log.lines.empty());
 }
 
-TEST_F(SharedMachine, AMouseUnpluggedAndBackWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+TEST_F(SharedMachineTest, AMouseUnpluggedAndBackWhileAnotherUserIsAtTheMachineMutesOnReturn) {
     startMuted();
     leave();
     computer.hid.detach(plugged);
@@ -82,7 +82,7 @@ TEST_F(SharedMachine, AMouseUnpluggedAndBackWhileAnotherUserIsAtTheMachineMutesO
     EXPECT_TRUE(computer.statusBar.hasSlash());
 }
 
-TEST_F(SharedMachine, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+TEST_F(SharedMachineTest, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnReturn) {
     startMuted();
     computer.hid.detach(plugged);
     computer.queue.advance(10s);
@@ -94,7 +94,7 @@ TEST_F(SharedMachine, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnReturn) 
     EXPECT_EQ(computer.flag(), "on");
 }
 
-TEST_F(SharedMachine, AProgramStartedWhileAnotherUserIsAtTheMachineWritesOnReturn) {
+TEST_F(SharedMachineTest, AProgramStartedWhileAnotherUserIsAtTheMachineWritesOnReturn) {
     computer.files.contents[HelperController::standardStateFile] = "on";
     computer.files.failAlways("Permission denied");
     rig.emplace(computer).launch();

@@ -44,7 +44,7 @@ struct Desk : Computer, AppRig {
     }
 };
 
-TEST(Windows, TheFirstOpeningMakesTheWindowAndLaterOnesBringItForward) {
+TEST(WindowsTest, TheFirstOpeningMakesTheWindowAndLaterOnesBringItForward) {
     Desk desk;
     EXPECT_EQ(desk.windows.calls, Texts{});
     desk.choose(settings);
@@ -58,7 +58,7 @@ TEST(Windows, TheFirstOpeningMakesTheWindowAndLaterOnesBringItForward) {
     EXPECT_EQ(desk.application.activations, 3);
 }
 
-TEST(Windows, TheApplicationComesToTheFrontBeforeTheWindow) {
+TEST(WindowsTest, TheApplicationComesToTheFrontBeforeTheWindow) {
     struct Application : FakeApplication {
         explicit Application(Computer& on) : computer(on) {}
         void activateIgnoringOtherApps() override { computer.windows.calls.emplace_back("application to the front"); }
@@ -77,13 +77,13 @@ TEST(Windows, TheApplicationComesToTheFrontBeforeTheWindow) {
               (Texts{"application to the front", "front"}));
 }
 
-TEST(Windows, StartingTheProgramAgainOpensTheSettings) {
+TEST(WindowsTest, StartingTheProgramAgainOpensTheSettings) {
     Desk desk;
     desk.delegate->applicationDidReopen();
     EXPECT_TRUE(desk.windows.isVisible);
 }
 
-TEST(Windows, AMouseTickedInTheWindowIsSavedAndMutes) {
+TEST(WindowsTest, AMouseTickedInTheWindowIsSavedAndMutes) {
     Desk desk;
     desk.hid.attach(mouse);
     desk.choose(settings);
@@ -96,7 +96,7 @@ TEST(Windows, AMouseTickedInTheWindowIsSavedAndMutes) {
     EXPECT_TRUE(desk.windowSays("Trackpad active"));
 }
 
-TEST(Windows, TheOpenWindowFollowsTheMouseThroughItsGrace) {
+TEST(WindowsTest, TheOpenWindowFollowsTheMouseThroughItsGrace) {
     Desk desk;
     desk.choose(settings);
     EXPECT_TRUE(desk.windowSays("No devices found. Connect a mouse."));
@@ -110,7 +110,7 @@ TEST(Windows, TheOpenWindowFollowsTheMouseThroughItsGrace) {
     EXPECT_TRUE(desk.windowSays("disconnected"));
 }
 
-TEST(Windows, TheOpenWindowFollowsTheHotKey) {
+TEST(WindowsTest, TheOpenWindowFollowsTheHotKey) {
     Desk desk;
     desk.choose(settings);
     desk.hotKeys.press();
@@ -118,7 +118,7 @@ TEST(Windows, TheOpenWindowFollowsTheHotKey) {
     EXPECT_FALSE(std::get<Toggle>(viewAt(desk.windows.shown, {"1"}).kind).isOn);
 }
 
-TEST(Windows, ChoosingTheSameModeAgainSavesItAndLeavesTheFlagAlone) {
+TEST(WindowsTest, ChoosingTheSameModeAgainSavesItAndLeavesTheFlagAlone) {
     Desk desk;
     desk.choose(settings);
     const auto saves = desk.preferences.saves.size();
@@ -129,7 +129,7 @@ TEST(Windows, ChoosingTheSameModeAgainSavesItAndLeavesTheFlagAlone) {
     EXPECT_EQ(desk.flagWrites(), writes);
 }
 
-TEST(Windows, TheMenuExplainsTheDriverAlsoWhereItIsActive) {
+TEST(WindowsTest, TheMenuExplainsTheDriverAlsoWhereItIsActive) {
     Desk desk;
     desk.files.contents[DriverActivator::managerPath] = "";
     desk.alerts.answer = AlertResponse::firstButton;
@@ -140,7 +140,7 @@ TEST(Windows, TheMenuExplainsTheDriverAlsoWhereItIsActive) {
     EXPECT_EQ(desk.processes.started, (std::vector<Command>{{DriverActivator::managerPath, {"forceActivate"}}}));
 }
 
-TEST(Windows, TheMenuShowsTheAboutBoxWithTheBundlesVersion) {
+TEST(WindowsTest, TheMenuShowsTheAboutBoxWithTheBundlesVersion) {
     Desk desk;
     desk.bundle.values["CFBundleShortVersionString"] = std::string("3.1");
     desk.alerts.answer = AlertResponse::secondButton;
@@ -149,7 +149,7 @@ TEST(Windows, TheMenuShowsTheAboutBoxWithTheBundlesVersion) {
     EXPECT_EQ(desk.workspace.opened, Texts{"mailto:support@ble-kovra.example"});
 }
 
-TEST(Windows, QuittingFromTheMenuUnderAnOpenAlertGivesThePadBackLast) {
+TEST(WindowsTest, QuittingFromTheMenuUnderAnOpenAlertGivesThePadBackLast) {
     Desk desk;
     desk.state.mode.set(AppState::BlockMode::always);
     desk.queue.run();
@@ -159,7 +159,7 @@ TEST(Windows, QuittingFromTheMenuUnderAnOpenAlertGivesThePadBackLast) {
     EXPECT_EQ(desk.flagWrites(), (Texts{"off", "on", "off"}));
 }
 
-TEST(Windows, ASecondAlertOpensAboveTheFirst) {
+TEST(WindowsTest, ASecondAlertOpensAboveTheFirst) {
     Desk desk;
     bool isFirst = true;
     desk.alerts.meanwhile = [&] {

@@ -49,7 +49,7 @@ std::vector<std::string> parts(std::string_view text, std::string_view separator
 
 std::size_t occurrences(std::string_view text, std::string_view piece) { return parts(text, piece).size() - 1; }
 
-TEST(Catalogue, GivesEveryTextInEveryLanguageCharacterForCharacter) {
+TEST(CatalogueTest, GivesEveryTextInEveryLanguageCharacterForCharacter) {
     std::size_t compared = 0;
     for (const auto& [lang, texts] : expectedTexts()) {
         const L10n l10n({std::string(L10n::rawValue(lang))});
@@ -62,7 +62,7 @@ TEST(Catalogue, GivesEveryTextInEveryLanguageCharacterForCharacter) {
     EXPECT_EQ(compared, 156U);
 }
 
-TEST(Catalogue, HoldsTwentySixKeysAndNoOther) {
+TEST(CatalogueTest, HoldsTwentySixKeysAndNoOther) {
     std::set<std::string> shipped;
     for (const auto& [key, table] : L10n::strings()) shipped.insert(key);
     EXPECT_EQ(shipped.size(), 26U);
@@ -73,24 +73,24 @@ TEST(Catalogue, HoldsTwentySixKeysAndNoOther) {
     }
 }
 
-TEST(Catalogue, HoldsEveryKeyInAllSixLanguages) {
+TEST(CatalogueTest, HoldsEveryKeyInAllSixLanguages) {
     for (const auto& [key, table] : L10n::strings()) {
         EXPECT_EQ(table.size(), 6U) << key;
         for (const Lang lang : L10n::allLanguages) EXPECT_TRUE(table.contains(lang)) << key;
     }
 }
 
-TEST(Catalogue, HoldsNoEmptyText) {
+TEST(CatalogueTest, HoldsNoEmptyText) {
     forEachText([](Lang, const std::string& shipped) { EXPECT_FALSE(shipped.empty()); });
 }
 
-TEST(Catalogue, HoldsNothingButValidUtf8) {
+TEST(CatalogueTest, HoldsNothingButValidUtf8) {
     forEachText([](Lang, const std::string& shipped) { EXPECT_EQ(validUtf8(shipped), shipped); });
 }
 
-TEST(Catalogue, IsMadeOnce) { EXPECT_EQ(&L10n::strings(), &L10n::strings()); }
+TEST(CatalogueTest, IsMadeOnce) { EXPECT_EQ(&L10n::strings(), &L10n::strings()); }
 
-TEST(Catalogue, NamesKeysInPlainAsciiWithOneDotExceptBlock) {
+TEST(CatalogueTest, NamesKeysInPlainAsciiWithOneDotExceptBlock) {
     const auto isAsciiLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
     for (const auto& [key, table] : L10n::strings()) {
         EXPECT_EQ(occurrences(key, "."), key == "block" ? 0U : 1U) << key;
@@ -101,7 +101,7 @@ TEST(Catalogue, NamesKeysInPlainAsciiWithOneDotExceptBlock) {
     }
 }
 
-TEST(Catalogue, DescribesTheProgramInTwoParagraphsTheSecondOfTwoLines) {
+TEST(CatalogueTest, DescribesTheProgramInTwoParagraphsTheSecondOfTwoLines) {
     forEachLanguageOf("about.info", [](const std::string& info) {
         const auto paragraphs = parts(info, "\n\n");
         ASSERT_EQ(paragraphs.size(), 2U);
@@ -113,7 +113,7 @@ TEST(Catalogue, DescribesTheProgramInTwoParagraphsTheSecondOfTwoLines) {
     });
 }
 
-TEST(Catalogue, ExplainsTheDriverInThreeParagraphs) {
+TEST(CatalogueTest, ExplainsTheDriverInThreeParagraphs) {
     forEachLanguageOf("driver.body", [](const std::string& body) {
         const auto paragraphs = parts(body, "\n\n");
         ASSERT_EQ(paragraphs.size(), 3U);
@@ -124,7 +124,7 @@ TEST(Catalogue, ExplainsTheDriverInThreeParagraphs) {
     });
 }
 
-TEST(Catalogue, HasLineFeedsInTheTwoTextsOfSeveralParagraphsAlone) {
+TEST(CatalogueTest, HasLineFeedsInTheTwoTextsOfSeveralParagraphsAlone) {
     for (const auto& [key, table] : L10n::strings()) {
         for (const auto& [lang, shipped] : table) {
             EXPECT_EQ(shipped.find('\n') != std::string::npos, key == "about.info" || key == "driver.body") << key;
@@ -133,22 +133,22 @@ TEST(Catalogue, HasLineFeedsInTheTwoTextsOfSeveralParagraphsAlone) {
     }
 }
 
-TEST(Catalogue, EndsTheDevelopersNameWithASpaceAndAMiddleDotForTheLinkThatFollows) {
+TEST(CatalogueTest, EndsTheDevelopersNameWithASpaceAndAMiddleDotForTheLinkThatFollows) {
     forEachLanguageOf("settings.developedBy",
                       [](const std::string& label) { EXPECT_TRUE(label.ends_with(": Tamsin Orlek \u00B7")); });
 }
 
-TEST(Catalogue, EndsMenuTitlesThatOpenSomethingWithOneEllipsisCharacter) {
+TEST(CatalogueTest, EndsMenuTitlesThatOpenSomethingWithOneEllipsisCharacter) {
     for (const std::string key : {"menu.settings", "menu.activate", "menu.about"}) {
         forEachLanguageOf(key, [](const std::string& title) { EXPECT_TRUE(title.ends_with("\u2026")); });
     }
 }
 
-TEST(Catalogue, SaysOkInEveryLanguage) {
+TEST(CatalogueTest, SaysOkInEveryLanguage) {
     forEachLanguageOf("about.ok", [](const std::string& title) { EXPECT_EQ(title, "OK"); });
 }
 
-TEST(Catalogue, SetsNoTypewriterQuotesOrDotsAndNoSpaceButTheOrdinaryOne) {
+TEST(CatalogueTest, SetsNoTypewriterQuotesOrDotsAndNoSpaceButTheOrdinaryOne) {
     forEachText([](Lang, const std::string& shipped) {
         for (const std::string_view unwanted : {"\"", "'", "...", "--", "\u00A0", "\u2009", "\u202F", "\uFEFF"}) {
             EXPECT_EQ(occurrences(shipped, unwanted), 0U) << unwanted;
@@ -156,7 +156,7 @@ TEST(Catalogue, SetsNoTypewriterQuotesOrDotsAndNoSpaceButTheOrdinaryOne) {
     });
 }
 
-TEST(Catalogue, QuotesAsEachLanguageDoes) {
+TEST(CatalogueTest, QuotesAsEachLanguageDoes) {
     struct Quotes {
         std::string_view opening, closing;
     };
@@ -178,7 +178,7 @@ TEST(Catalogue, QuotesAsEachLanguageDoes) {
     });
 }
 
-TEST(Catalogue, SetsAnOrdinarySpaceBeforeAColonInFrenchAndNowhereElse) {
+TEST(CatalogueTest, SetsAnOrdinarySpaceBeforeAColonInFrenchAndNowhereElse) {
     EXPECT_EQ(text(Lang::fr, "settings.mode"), "Mode\x20:");
     forEachText([](Lang lang, const std::string& shipped) {
         const std::size_t expected = lang == Lang::fr ? occurrences(shipped, ":") : 0;
@@ -186,7 +186,7 @@ TEST(Catalogue, SetsAnOrdinarySpaceBeforeAColonInFrenchAndNowhereElse) {
     });
 }
 
-TEST(SupportAddress, IsAnAddressThatAMailLinkCanHold) {
+TEST(SupportAddressTest, IsAnAddressThatAMailLinkCanHold) {
     const std::string_view address = supportAddress;
     EXPECT_EQ(occurrences(address, "@"), 1U);
     EXPECT_FALSE(address.starts_with('@') || address.ends_with('@'));

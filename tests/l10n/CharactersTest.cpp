@@ -13,40 +13,40 @@
 namespace kovra {
 namespace {
 
-TEST(Characters, KeepsAShorterTextWhole) {
+TEST(CharactersTest, KeepsAShorterTextWhole) {
     EXPECT_EQ(firstCharacters("", 2), "");
     EXPECT_EQ(firstCharacters("e", 2), "e");
     EXPECT_EQ(firstCharacters("en", 2), "en");
     EXPECT_EQ(firstCharacters("u\u0301", 2), "u\u0301");
 }
 
-TEST(Characters, CutsAfterTheCount) {
+TEST(CharactersTest, CutsAfterTheCount) {
     EXPECT_EQ(firstCharacters("en-GB", 2), "en");
     EXPECT_EQ(firstCharacters("en-GB", 0), "");
     EXPECT_EQ(firstCharacters("en-GB", 3), "en-");
 }
 
-TEST(Characters, CountsCharactersNotBytes) {
+TEST(CharactersTest, CountsCharactersNotBytes) {
     EXPECT_EQ(firstCharacters("\u0440\u0443\u0441", 2), "\u0440\u0443");
     EXPECT_EQ(firstCharacters("\u4E2D\u6587\u5B57", 2), "\u4E2D\u6587");
     EXPECT_EQ(firstCharacters("\U0001F600\U0001F601\U0001F602", 2), "\U0001F600\U0001F601");
     EXPECT_EQ(firstCharacters(std::string_view("\0\0\0", 3), 2), std::string_view("\0\0", 2));
 }
 
-TEST(Characters, CountsALetterAndItsMarksAsOne) {
+TEST(CharactersTest, CountsALetterAndItsMarksAsOne) {
     EXPECT_EQ(firstCharacters("r\u0301u\u0302\u0323x", 2), "r\u0301u\u0302\u0323");
     EXPECT_EQ(firstCharacters("e\u0301\u0301\u0301n-GB", 2), "e\u0301\u0301\u0301n");
     EXPECT_EQ(firstCharacters("\u0915\u093F\u0916\u0940\u0917", 2), "\u0915\u093F\u0916\u0940");
 }
 
-TEST(Characters, CountsAMarkAtTheBeginningAsACharacterOfItsOwn) {
+TEST(CharactersTest, CountsAMarkAtTheBeginningAsACharacterOfItsOwn) {
     EXPECT_EQ(firstCharacters("\u0301ru", 2), "\u0301r");
     EXPECT_EQ(firstCharacters("\u0301\u0301ru", 2), "\u0301\u0301r");
 }
 
 // One of each kind that never begins a character: marks of every sort and length, joiners, variation selectors, skin
 // tones, tags; and two Thai and Lao vowels that are letters by category.
-TEST(Characters, JoinsEveryKindOfMarkToItsLetter) {
+TEST(CharactersTest, JoinsEveryKindOfMarkToItsLetter) {
     for (const std::string_view mark :
          {"\u0300",     "\u036F",     "\u0489",     "\u05B0",     "\u064B",     "\u0903",     "\u093E",    "\u094D",
           "\u0E33",     "\u0E34",     "\u0EB3",     "\u103B",     "\u1AB0",     "\u1DFF",     "\u200C",    "\u200D",
@@ -57,7 +57,7 @@ TEST(Characters, JoinsEveryKindOfMarkToItsLetter) {
 }
 
 // Neighbours in number of those above, and marks that stand beside their letter as characters of their own.
-TEST(Characters, LeavesApartWhatBeginsACharacter) {
+TEST(CharactersTest, LeavesApartWhatBeginsACharacter) {
     for (const std::string_view other :
          {"\u02FF", "\u0370", "\u0482", "\u048A",     "\u0E32",     "\u0E35\u0E40", "\u102B",    "\u102C",
           "\u1038", "\u1083", "\u1A61", "\uAA7B",     "\u200B",     "\u200E",       "\u2010",    "\u3098",
@@ -69,27 +69,27 @@ TEST(Characters, LeavesApartWhatBeginsACharacter) {
     }
 }
 
-TEST(Characters, CountsEachPieceThatIsNotUtf8AsOneCharacter) {
+TEST(CharactersTest, CountsEachPieceThatIsNotUtf8AsOneCharacter) {
     EXPECT_EQ(firstCharacters("\xFF\xFE\xFD", 2), "\xFF\xFE");
     EXPECT_EQ(firstCharacters("\xF0\x9F\x98r\x80u", 2), "\xF0\x9F\x98r");
     EXPECT_EQ(firstCharacters("ru\xCC", 2), "ru");
     EXPECT_EQ(firstCharacters("r\xFF\u0301u", 2), "r\xFF\u0301");
 }
 
-TEST(Characters, LowersTheLettersAToZAndTheKelvinSign) {
+TEST(CharactersTest, LowersTheLettersAToZAndTheKelvinSign) {
     EXPECT_EQ(lowerCase("ABCXYZabcxyz"), "abcxyzabcxyz");
     EXPECT_EQ(lowerCase("@[`{0-_"), "@[`{0-_");
     EXPECT_EQ(lowerCase("U\u212A\u212A-UA"), "ukk-ua");
     EXPECT_EQ(lowerCase(""), "");
 }
 
-TEST(Characters, LeavesEveryOtherByteAsItIs) {
+TEST(CharactersTest, LeavesEveryOtherByteAsItIs) {
     EXPECT_EQ(lowerCase("\u0420\u0423"), "\u0420\u0423");
     EXPECT_EQ(lowerCase("\xFF\xC1\xE2\x84"), "\xFF\xC1\xE2\x84");
     EXPECT_EQ(lowerCase("\xE2\x84\xAB"), "\xE2\x84\xAB");
 }
 
-TEST(Characters, CutsAnyBytesToABeginningThatCutsTheSameAgain) {
+TEST(CharactersTest, CutsAnyBytesToABeginningThatCutsTheSameAgain) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);

@@ -38,7 +38,7 @@ class CountingLocale : public FakeLocale {
 };
 
 // One test for the whole life of the shared instance, for there is only one in a process.
-TEST(L10nShared, IsMadeOnceAtFirstUseFromAnyThreadAndKeepsItsLanguageWhenTheSystemsChanges) {
+TEST(L10nSharedTest, IsMadeOnceAtFirstUseFromAnyThreadAndKeepsItsLanguageWhenTheSystemsChanges) {
     FakeApplication application;
     FakeMainQueue queue;
     FakeHID hid(queue);

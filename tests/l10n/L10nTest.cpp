@@ -22,7 +22,7 @@ using Languages = std::vector<std::string>;
 Lang chosen(const Languages& preferred) { return L10n(preferred).current(); }
 Lang chosen(std::string_view preferred) { return chosen(Languages{std::string(preferred)}); }
 
-TEST(L10n, ChoosesEachLanguageByItsCode) {
+TEST(L10nTest, ChoosesEachLanguageByItsCode) {
     EXPECT_EQ(chosen("en"), Lang::en);
     EXPECT_EQ(chosen("ru"), Lang::ru);
     EXPECT_EQ(chosen("uk"), Lang::uk);
@@ -31,65 +31,65 @@ TEST(L10n, ChoosesEachLanguageByItsCode) {
     EXPECT_EQ(chosen("es"), Lang::es);
 }
 
-TEST(L10n, GivesRussianTextsForRuRU) {
+TEST(L10nTest, GivesRussianTextsForRuRU) {
     EXPECT_EQ(chosen("ru-RU"), Lang::ru);
     EXPECT_EQ(L10n({"ru-RU"}).text("menu.quit"), "Завершить");
 }
 
-TEST(L10n, GivesUkrainianForUk) {
+TEST(L10nTest, GivesUkrainianForUk) {
     EXPECT_EQ(chosen("uk"), Lang::uk);
     EXPECT_EQ(chosen("uk-UA"), Lang::uk);
 }
 
-TEST(L10n, GivesFrenchForFRca) { EXPECT_EQ(chosen("FR-ca"), Lang::fr); }
-TEST(L10n, GivesGermanForDeAT) { EXPECT_EQ(chosen("de-AT"), Lang::de); }
-TEST(L10n, GivesSpanishForEs419) { EXPECT_EQ(chosen("es-419"), Lang::es); }
+TEST(L10nTest, GivesFrenchForFRca) { EXPECT_EQ(chosen("FR-ca"), Lang::fr); }
+TEST(L10nTest, GivesGermanForDeAT) { EXPECT_EQ(chosen("de-AT"), Lang::de); }
+TEST(L10nTest, GivesSpanishForEs419) { EXPECT_EQ(chosen("es-419"), Lang::es); }
 
-TEST(L10n, IgnoresTheRegion) {
+TEST(L10nTest, IgnoresTheRegion) {
     EXPECT_EQ(chosen("en-GB"), Lang::en);
     EXPECT_EQ(chosen("en-US"), Lang::en);
     EXPECT_EQ(chosen("de-Latn-1901"), Lang::de);
 }
 
-TEST(L10n, GivesEnglishForALanguageThatItDoesNotSpeak) {
+TEST(L10nTest, GivesEnglishForALanguageThatItDoesNotSpeak) {
     EXPECT_EQ(chosen("pt-BR"), Lang::en);
     EXPECT_EQ(chosen("zh-Hans-CN"), Lang::en);
     EXPECT_EQ(chosen("ja"), Lang::en);
 }
 
-TEST(L10n, GivesEnglishForAnEntryOfOneLetter) {
+TEST(L10nTest, GivesEnglishForAnEntryOfOneLetter) {
     EXPECT_EQ(chosen("e"), Lang::en);
     EXPECT_EQ(chosen("r"), Lang::en);
 }
 
-TEST(L10n, GivesEnglishForAnEmptyList) { EXPECT_EQ(chosen(Languages{}), Lang::en); }
-TEST(L10n, GivesEnglishForAnEmptyEntry) { EXPECT_EQ(chosen(""), Lang::en); }
+TEST(L10nTest, GivesEnglishForAnEmptyList) { EXPECT_EQ(chosen(Languages{}), Lang::en); }
+TEST(L10nTest, GivesEnglishForAnEmptyEntry) { EXPECT_EQ(chosen(""), Lang::en); }
 
-TEST(L10n, NeverLooksAtTheSecondEntry) {
+TEST(L10nTest, NeverLooksAtTheSecondEntry) {
     EXPECT_EQ(chosen(Languages{"pt-BR", "ru-RU"}), Lang::en);
     EXPECT_EQ(chosen(Languages{"", "ru-RU"}), Lang::en);
     EXPECT_EQ(chosen(Languages{"de-AT", "ru-RU"}), Lang::de);
 }
 
 // A tag of three letters is cut like any other: Filipino and Estonian are no exception from the rule.
-TEST(L10n, LooksAtTwoLettersEvenWhereTheLanguageHasThree) {
+TEST(L10nTest, LooksAtTwoLettersEvenWhereTheLanguageHasThree) {
     EXPECT_EQ(chosen("ukx"), Lang::uk);
     EXPECT_EQ(chosen("est"), Lang::es);
     EXPECT_EQ(chosen("fil"), Lang::en);
 }
 
-TEST(L10n, LowersTheCaseOfTheCode) {
+TEST(L10nTest, LowersTheCaseOfTheCode) {
     EXPECT_EQ(chosen("RU"), Lang::ru);
     EXPECT_EQ(chosen("Uk-ua"), Lang::uk);
     EXPECT_EQ(chosen("eS_419"), Lang::es);
 }
 
-TEST(L10n, TakesTheKelvinSignForTheLetterWhoseCapitalItLooksLike) {
+TEST(L10nTest, TakesTheKelvinSignForTheLetterWhoseCapitalItLooksLike) {
     EXPECT_EQ(chosen("U\u212A-UA"), Lang::uk);
     EXPECT_EQ(chosen("\u212AU"), Lang::en);
 }
 
-TEST(L10n, TakesALetterAndItsMarksForOneCharacterThatIsNotTheBareLetter) {
+TEST(L10nTest, TakesALetterAndItsMarksForOneCharacterThatIsNotTheBareLetter) {
     EXPECT_EQ(chosen("ru\u0301-RU"), Lang::en);
     EXPECT_EQ(chosen("r\u0301u"), Lang::en);
     EXPECT_EQ(chosen("ru\u0301\u0323"), Lang::en);
@@ -98,7 +98,7 @@ TEST(L10n, TakesALetterAndItsMarksForOneCharacterThatIsNotTheBareLetter) {
     EXPECT_EQ(chosen("ru\uFE0F"), Lang::en);
 }
 
-TEST(L10n, IsNotMisledByWhatFollowsTheSecondCharacter) {
+TEST(L10nTest, IsNotMisledByWhatFollowsTheSecondCharacter) {
     EXPECT_EQ(chosen("ru\u00E9"), Lang::ru);
     EXPECT_EQ(chosen("rue\u0301"), Lang::ru);
     EXPECT_EQ(chosen("ru\u0440"), Lang::ru);
@@ -106,7 +106,7 @@ TEST(L10n, IsNotMisledByWhatFollowsTheSecondCharacter) {
     EXPECT_EQ(chosen(std::string_view("ru\0\u0301", 5)), Lang::ru);
 }
 
-TEST(L10n, IsNotMisledByLettersThatOnlyLookLikeACode) {
+TEST(L10nTest, IsNotMisledByLettersThatOnlyLookLikeACode) {
     EXPECT_EQ(chosen("\u0433u"), Lang::en);
     EXPECT_EQ(chosen("\uFF52\uFF55"), Lang::en);  // fullwidth r and u
     EXPECT_EQ(chosen("\u0131n"), Lang::en);
@@ -115,7 +115,7 @@ TEST(L10n, IsNotMisledByLettersThatOnlyLookLikeACode) {
     EXPECT_EQ(chosen("r-u"), Lang::en);
 }
 
-TEST(L10n, TakesBytesThatAreNoCharactersForReplacementCharacters) {
+TEST(L10nTest, TakesBytesThatAreNoCharactersForReplacementCharacters) {
     EXPECT_EQ(chosen("ru\xFF"), Lang::ru);
     EXPECT_EQ(chosen("ru\xCC"), Lang::ru);  // a combining mark torn in the middle
     EXPECT_EQ(chosen("r\xFFu"), Lang::en);
@@ -131,7 +131,7 @@ Lang chosenAmongPlainBytes(std::string_view preferred) {
     return L10n::langFromRawValue(code).value_or(Lang::en);
 }
 
-TEST(L10n, SurvivesLanguageVariablesOfAnyBytes) {
+TEST(L10nTest, SurvivesLanguageVariablesOfAnyBytes) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
@@ -157,7 +157,7 @@ TEST(L10n, SurvivesLanguageVariablesOfAnyBytes) {
     }
 }
 
-TEST(L10n, ReadsRawValuesExactlyAndCaseSensitively) {
+TEST(L10nTest, ReadsRawValuesExactlyAndCaseSensitively) {
     for (const Lang lang : L10n::allLanguages) EXPECT_EQ(L10n::langFromRawValue(L10n::rawValue(lang)), lang);
     EXPECT_EQ(L10n::langFromRawValue("ru"), Lang::ru);
     EXPECT_EQ(L10n::langFromRawValue("es"), Lang::es);
@@ -167,7 +167,7 @@ TEST(L10n, ReadsRawValuesExactlyAndCaseSensitively) {
     EXPECT_EQ(L10n::langFromRawValue(std::string_view("en\0", 3)), std::nullopt);
 }
 
-TEST(L10n, KeepsTheLanguagesInTheirOrderWithTheirCodes) {
+TEST(L10nTest, KeepsTheLanguagesInTheirOrderWithTheirCodes) {
     std::vector<std::string_view> codes;
     for (const Lang lang : L10n::allLanguages) codes.push_back(L10n::rawValue(lang));
     EXPECT_EQ(codes, (std::vector<std::string_view>{"en", "ru", "uk", "fr", "de", "es"}));
@@ -175,18 +175,18 @@ TEST(L10n, KeepsTheLanguagesInTheirOrderWithTheirCodes) {
     EXPECT_EQ(static_cast<int>(Lang::es), 5);
 }
 
-TEST(L10n, HashesLanguagesThatAreEqualAlike) {
+TEST(L10nTest, HashesLanguagesThatAreEqualAlike) {
     for (const Lang lang : L10n::allLanguages) {
         EXPECT_EQ(std::hash<Lang>{}(lang), std::hash<Lang>{}(*L10n::langFromRawValue(L10n::rawValue(lang))));
     }
 }
 
-TEST(L10n, LooksUpQuitInGermanAndInEnglish) {
+TEST(L10nTest, LooksUpQuitInGermanAndInEnglish) {
     EXPECT_EQ(L10n({"de"}).text("menu.quit"), "Beenden");
     EXPECT_EQ(L10n({"en"}).text("menu.quit"), "Quit");
 }
 
-TEST(L10n, ReturnsAKeyThatTheCatalogueLacksUnchangedWhateverTheLanguage) {
+TEST(L10nTest, ReturnsAKeyThatTheCatalogueLacksUnchangedWhateverTheLanguage) {
     for (const Lang lang : L10n::allLanguages) {
         const L10n l10n({std::string(L10n::rawValue(lang))});
         for (const std::string_view key : {"menu.none", "", "Menu.quit", "menu.quit ", "menu", "\xFF"}) {
@@ -195,28 +195,28 @@ TEST(L10n, ReturnsAKeyThatTheCatalogueLacksUnchangedWhateverTheLanguage) {
     }
 }
 
-TEST(L10n, FallsBackToEnglishWhereTheChosenLanguageIsMissing) {
+TEST(L10nTest, FallsBackToEnglishWhereTheChosenLanguageIsMissing) {
     const L10n::Catalogue catalogue{{"menu.quit", {{Lang::en, "Quit"}, {Lang::fr, "Quitter"}}}};
     EXPECT_EQ(L10n({"fr"}, catalogue).text("menu.quit"), "Quitter");
     EXPECT_EQ(L10n({"de"}, catalogue).text("menu.quit"), "Quit");
     EXPECT_EQ(L10n({"en"}, catalogue).text("menu.quit"), "Quit");
 }
 
-TEST(L10n, FallsBackToTheKeyWhereEnglishIsMissingToo) {
+TEST(L10nTest, FallsBackToTheKeyWhereEnglishIsMissingToo) {
     const L10n::Catalogue catalogue{{"menu.quit", {{Lang::fr, "Quitter"}}}};
     EXPECT_EQ(L10n({"fr"}, catalogue).text("menu.quit"), "Quitter");
     EXPECT_EQ(L10n({"de"}, catalogue).text("menu.quit"), "menu.quit");
     EXPECT_EQ(L10n({"en"}, catalogue).text("menu.quit"), "menu.quit");
 }
 
-TEST(L10n, ReturnsTheKeyFromAnEmptyTableAndFromAnEmptyCatalogue) {
+TEST(L10nTest, ReturnsTheKeyFromAnEmptyTableAndFromAnEmptyCatalogue) {
     const L10n::Catalogue emptyTable{{"menu.quit", {}}};
     const L10n::Catalogue empty;
     EXPECT_EQ(L10n({"de"}, emptyTable).text("menu.quit"), "menu.quit");
     EXPECT_EQ(L10n({"de"}, empty).text("menu.quit"), "menu.quit");
 }
 
-TEST(L10n, ShowsATextAsItStandsEvenWithPercentAndBraces) {
+TEST(L10nTest, ShowsATextAsItStandsEvenWithPercentAndBraces) {
     const L10n::Catalogue catalogue{{"menu.quit", {{Lang::en, "100 % {0} %s & <b>"}}}};
     EXPECT_EQ(L10n({"en"}, catalogue).text("menu.quit"), "100 % {0} %s & <b>");
 }

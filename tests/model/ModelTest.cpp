@@ -35,20 +35,20 @@ void expectThatMuchHappened(const Census& census) {
     }
 }
 
-class RandomLife : public testing::TestWithParam<int> {};
+class ModelRandomLifeTest : public testing::TestWithParam<int> {};
 
 }  // namespace
 
-TEST_P(RandomLife, AgreesWithTheReferenceModel) {
+TEST_P(ModelRandomLifeTest, AgreesWithTheReferenceModel) {
     Census census;
     expectAgreement(static_cast<std::uint64_t>(GetParam()) * 1'000'000, livesOfATest, census);
     if (!HasFatalFailure()) expectThatMuchHappened(census);
 }
 
-INSTANTIATE_TEST_SUITE_P(FixedSeeds, RandomLife, testing::Values(1, 2, 3, 4));
+INSTANTIATE_TEST_SUITE_P(FixedSeeds, ModelRandomLifeTest, testing::Values(1, 2, 3, 4));
 
 // KOVRA_MODEL_SEED=N plays the life of that seed alone, the one that a failure names.
-TEST(FreshSeeds, AgreeWithTheReferenceModel) {
+TEST(ModelFreshSeedsTest, AgreeWithTheReferenceModel) {
     Census census;
     if (const char* seed = std::getenv("KOVRA_MODEL_SEED")) {
         expectAgreement(std::strtoull(seed, nullptr, 10), 1, census);

@@ -68,7 +68,7 @@ void expectInvalid(std::string_view text, std::size_t length) {
     EXPECT_EQ(character.codePoint, char32_t{0xFFFD}) << testing::PrintToString(text);
 }
 
-TEST(Utf8, DecodesEveryCharacterThereIs) {
+TEST(Utf8Test, DecodesEveryCharacterThereIs) {
     for (char32_t codePoint = 0; codePoint <= 0x10FFFF; ++codePoint) {
         if (isSurrogate(codePoint)) continue;
         const std::string bytes = encoded(codePoint);
@@ -79,7 +79,7 @@ TEST(Utf8, DecodesEveryCharacterThereIs) {
     }
 }
 
-TEST(Utf8, TellsCharactersFromAllOtherBytesWhateverTheirClasses) {
+TEST(Utf8Test, TellsCharactersFromAllOtherBytesWhateverTheirClasses) {
     const Beginnings beginnings;
     constexpr std::string_view classes("\x00\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC2\xE0\xF4\xFF", 13);
     std::string text(4, '\0');
@@ -104,13 +104,13 @@ TEST(Utf8, TellsCharactersFromAllOtherBytesWhateverTheirClasses) {
     }
 }
 
-TEST(Utf8, RefusesLonelyContinuationsAndBytesThatNeverOccur) {
+TEST(Utf8Test, RefusesLonelyContinuationsAndBytesThatNeverOccur) {
     for (const char lead : std::string_view("\x80\xA5\xBF\xC0\xC1\xF5\xF8\xFC\xFE\xFF")) {
         expectInvalid(std::string{lead, '\x80', '\x80', '\x80'}, 1);
     }
 }
 
-TEST(Utf8, RefusesOverlongForms) {
+TEST(Utf8Test, RefusesOverlongForms) {
     expectInvalid("\xC0\x80", 1);
     expectInvalid("\xC1\xBF", 1);
     expectInvalid("\xE0\x80\x80", 1);
@@ -119,7 +119,7 @@ TEST(Utf8, RefusesOverlongForms) {
     expectInvalid("\xF0\x8F\xBF\xBF", 1);
 }
 
-TEST(Utf8, RefusesSurrogates) {
+TEST(Utf8Test, RefusesSurrogates) {
     expectInvalid("\xED\xA0\x80", 1);
     expectInvalid("\xED\xAF\xBF", 1);
     expectInvalid("\xED\xB0\x80", 1);
@@ -128,14 +128,14 @@ TEST(Utf8, RefusesSurrogates) {
     EXPECT_TRUE(decodeUtf8("\xEE\x80\x80").valid);
 }
 
-TEST(Utf8, RefusesNumbersPastTheLastCharacter) {
+TEST(Utf8Test, RefusesNumbersPastTheLastCharacter) {
     EXPECT_EQ(decodeUtf8("\xF4\x8F\xBF\xBF").codePoint, char32_t{0x10FFFF});
     expectInvalid("\xF4\x90\x80\x80", 1);
     expectInvalid("\xF5\x80\x80\x80", 1);
     expectInvalid("\xF7\xBF\xBF\xBF", 1);
 }
 
-TEST(Utf8, TakesATornCharacterAsOnePieceWhereverItIsTorn) {
+TEST(Utf8Test, TakesATornCharacterAsOnePieceWhereverItIsTorn) {
     for (const std::string_view whole : {"\u00E9", "\u0301", "\u20AC", "\uFFFF", "\U00010000", "\U0010FFFF"}) {
         for (std::size_t length = 1; length < whole.size(); ++length) {
             const std::string torn(whole.substr(0, length));
@@ -148,7 +148,7 @@ TEST(Utf8, TakesATornCharacterAsOnePieceWhereverItIsTorn) {
     }
 }
 
-TEST(Utf8, KeepsValidTextsAsTheyAre) {
+TEST(Utf8Test, KeepsValidTextsAsTheyAre) {
     EXPECT_EQ(validUtf8(""), "");
     for (const std::string_view text : {std::string_view("plain"), std::string_view("a\0b", 3),
                                         std::string_view("Мышь № 1 \u0301\U0001F5B1\uFFFD")}) {
@@ -156,7 +156,7 @@ TEST(Utf8, KeepsValidTextsAsTheyAre) {
     }
 }
 
-TEST(Utf8, PutsOneReplacementCharacterForEachPieceThatIsNotValid) {
+TEST(Utf8Test, PutsOneReplacementCharacterForEachPieceThatIsNotValid) {
     const std::string one(replacement);
     EXPECT_EQ(validUtf8("\xFF"), one);
     EXPECT_EQ(validUtf8("\xFF\xFE"), one + one);
@@ -167,7 +167,7 @@ TEST(Utf8, PutsOneReplacementCharacterForEachPieceThatIsNotValid) {
               "a" + one + "b" + one);
 }
 
-TEST(Utf8, MakesAnyBytesValidAndThenLeavesThemAlone) {
+TEST(Utf8Test, MakesAnyBytesValidAndThenLeavesThemAlone) {
     const Beginnings beginnings;
     for (const std::uint32_t seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));

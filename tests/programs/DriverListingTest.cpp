@@ -29,7 +29,7 @@ class Substitute : public ProcessRunner {
     std::string program_;
 };
 
-class DriverListingByARealTool : public testing::Test {
+class DriverListingTest : public testing::Test {
   protected:
     bool isActiveWhere(const std::string& script) { return isActive(scripts_.make(script)); }
     bool isActive(const std::string& program) {
@@ -53,7 +53,7 @@ class DriverListingByARealTool : public testing::Test {
 
 const std::string active = "activated enabled";
 
-TEST_F(DriverListingByARealTool, IsActiveOnlyWhereItIsActivatedAndEnabled) {
+TEST_F(DriverListingTest, IsActiveOnlyWhereItIsActivatedAndEnabled) {
     EXPECT_TRUE(isActiveWhere(lists(active)));
     EXPECT_FALSE(isActiveWhere(lists("activated waiting for user")));
     EXPECT_FALSE(isActiveWhere(lists("activated disabled")));
@@ -62,23 +62,23 @@ TEST_F(DriverListingByARealTool, IsActiveOnlyWhereItIsActivatedAndEnabled) {
     EXPECT_FALSE(isActiveWhere(""));
 }
 
-TEST_F(DriverListingByARealTool, IsAskedToList) {
+TEST_F(DriverListingTest, IsAskedToList) {
     EXPECT_TRUE(isActiveWhere("[ \"$#:$1\" = 1:list ] || exit 1\n" + lists(active)));
 }
 
-TEST_F(DriverListingByARealTool, IsActiveWhicheverStreamSaysSo) {
+TEST_F(DriverListingTest, IsActiveWhicheverStreamSaysSo) {
     EXPECT_TRUE(isActiveWhere("exec >&2\n" + lists(active)));
     EXPECT_TRUE(
         isActiveWhere("printf 'activated enabled '; printf %s " + std::string(DriverActivator::extensionID) + " >&2"));
 }
 
-TEST_F(DriverListingByARealTool, IsActiveBelowTenMillionBytesAndAboveThem) {
+TEST_F(DriverListingTest, IsActiveBelowTenMillionBytesAndAboveThem) {
     EXPECT_TRUE(isActiveWhere("yes 'another extension' | head -c 10485760; echo\n" + lists(active)));
     EXPECT_TRUE(isActiveWhere(lists(active) + "yes 'another extension' | head -c 10485760"));
     EXPECT_FALSE(isActiveWhere("yes 'another extension' | head -c 10485760"));
 }
 
-TEST_F(DriverListingByARealTool, IsActiveHoweverTheToolEnds) {
+TEST_F(DriverListingTest, IsActiveHoweverTheToolEnds) {
     EXPECT_TRUE(isActiveWhere(lists(active) + "exit 7"));
     EXPECT_TRUE(isActiveWhere(lists(active) + "kill -KILL $$"));
     EXPECT_TRUE(isActiveWhere("(sleep 0.2\n" + lists(active) + ") & exit 0"));
@@ -86,11 +86,11 @@ TEST_F(DriverListingByARealTool, IsActiveHoweverTheToolEnds) {
     EXPECT_TRUE(isActiveWhere("printf '%s activated enabled' " + std::string(DriverActivator::extensionID)));
 }
 
-TEST_F(DriverListingByARealTool, IsNotActiveByWhatIsNoText) {
+TEST_F(DriverListingTest, IsNotActiveByWhatIsNoText) {
     EXPECT_FALSE(isActiveWhere(lists(active) + "printf '\\377\\n'"));
 }
 
-TEST_F(DriverListingByARealTool, IsNotActiveWhereTheToolCannotBeStarted) {
+TEST_F(DriverListingTest, IsNotActiveWhereTheToolCannotBeStarted) {
     EXPECT_FALSE(isActive(scripts_ / "missing"));
     writeFile(scripts_ / "not for running", "#!/bin/sh\n" + lists(active));
     EXPECT_FALSE(isActive(scripts_ / "not for running"));

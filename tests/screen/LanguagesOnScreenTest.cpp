@@ -25,9 +25,9 @@ namespace {
 
 using Texts = std::multiset<std::string>;
 
-class LanguagesOnScreen : public testing::TestWithParam<double> {
+class LanguagesOnScreenTest : public testing::TestWithParam<double> {
   protected:
-    LanguagesOnScreen() {
+    LanguagesOnScreenTest() {
         QFont font = QApplication::font();
         font.setPointSizeF(10 * GetParam());
         QApplication::setFont(font);
@@ -61,7 +61,7 @@ class LanguagesOnScreen : public testing::TestWithParam<double> {
     const QtRig qt;
 };
 
-TEST_P(LanguagesOnScreen, TheSettingsWindowSaysWhatTheTablesSay) {
+TEST_P(LanguagesOnScreenTest, TheSettingsWindowSaysWhatTheTablesSay) {
     const char* tags[] = {"en-GB", "ru-RU", "uk-UA", "fr-FR", "de-DE", "es-ES"};
     ASSERT_EQ(expectedTexts().size(), std::size(tags));
     for (std::size_t at = 0; at < std::size(tags); ++at) {
@@ -104,7 +104,7 @@ TEST_P(LanguagesOnScreen, TheSettingsWindowSaysWhatTheTablesSay) {
     }
 }
 
-TEST_P(LanguagesOnScreen, TheAlertsSayWhatTheTablesSayAndNothingOfThemIsCut) {
+TEST_P(LanguagesOnScreenTest, TheAlertsSayWhatTheTablesSayAndNothingOfThemIsCut) {
     const char* tags[] = {"en-GB", "ru-RU", "uk-UA", "fr-FR", "de-DE", "es-ES"};
     for (std::size_t at = 0; at < std::size(tags); ++at) {
         SCOPED_TRACE(tags[at]);
@@ -135,7 +135,7 @@ TEST_P(LanguagesOnScreen, TheAlertsSayWhatTheTablesSayAndNothingOfThemIsCut) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(FontScales, LanguagesOnScreen, testing::Values(1.0, 2.0),
+INSTANTIATE_TEST_SUITE_P(FontScales, LanguagesOnScreenTest, testing::Values(1.0, 2.0),
                          [](const auto& scale) { return scale.param == 1 ? "usual" : "doubled"; });
 
 }  // namespace

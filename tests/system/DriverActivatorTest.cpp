@@ -27,47 +27,53 @@ const std::string active = "*\t*\t" + ours + "[activated enabled]\n";
 
 bool lists(const std::string& listing) { return DriverActivator::listsActiveExtension(listing); }
 
-TEST(DriverListing, IsActiveWhereALineHasTheIdentifierAndBothWords) { EXPECT_TRUE(lists(heading + active)); }
+TEST(DriverActivatorListingTest, IsActiveWhereALineHasTheIdentifierAndBothWords) {
+    EXPECT_TRUE(lists(heading + active));
+}
 
-TEST(DriverListing, IsNotActiveWhereEitherWordIsMissing) {
+TEST(DriverActivatorListingTest, IsNotActiveWhereEitherWordIsMissing) {
     EXPECT_FALSE(lists(heading + "\t\t" + ours + "[activated waiting for user]\n"));
     EXPECT_FALSE(lists(heading + "\t*\t" + ours + "[activated disabled]\n"));
     EXPECT_FALSE(lists(heading + "*\t\t" + ours + "[enabled]\n"));
     EXPECT_FALSE(lists(heading + "\t\t" + ours + "[terminated waiting to uninstall on reboot]\n"));
 }
 
-TEST(DriverListing, FindsTheActiveOneBelowATerminatedOne) {
+TEST(DriverActivatorListingTest, FindsTheActiveOneBelowATerminatedOne) {
     EXPECT_TRUE(lists(heading + "\t\t" + ours + "[terminated waiting to uninstall on reboot]\n" + active));
 }
 
-TEST(DriverListing, DoesNotTakeAnotherExtensionForOurs) {
+TEST(DriverActivatorListingTest, DoesNotTakeAnotherExtensionForOurs) {
     EXPECT_FALSE(lists("*\t*\tABC\torg.example.OtherDriver (1/1)\tdriver\t[activated enabled]\n"));
     EXPECT_FALSE(
         lists("*\t*\tABC\torg.pqrs.karabiner-driverkit-virtualhiddevice (1/1)\tdriver\t[activated enabled]\n"));
 }
 
-TEST(DriverListing, WantsAllThreeInOneLine) {
+TEST(DriverActivatorListingTest, WantsAllThreeInOneLine) {
     EXPECT_FALSE(lists(ours + "\n[activated\nenabled]\n"));
     EXPECT_FALSE(lists("*\t*\tABC\torg.example.Other (1/1)\t[activated enabled]\n\t\t" + ours + "[terminated]\n"));
 }
 
-TEST(DriverListing, WantsTheWordsAnywhereInTheLineEvenInsideOthers) {
+TEST(DriverActivatorListingTest, WantsTheWordsAnywhereInTheLineEvenInsideOthers) {
     EXPECT_TRUE(lists("enabled activated " + std::string(DriverActivator::extensionID)));
     EXPECT_TRUE(lists("reactivated_reenabled see" + std::string(DriverActivator::extensionID) + "2"));
 }
 
-TEST(DriverListing, TellsUpperAndLowerCaseApart) { EXPECT_FALSE(lists(ours + "[Activated Enabled]\n")); }
+TEST(DriverActivatorListingTest, TellsUpperAndLowerCaseApart) { EXPECT_FALSE(lists(ours + "[Activated Enabled]\n")); }
 
-TEST(DriverListing, PassesOverBlankLines) { EXPECT_TRUE(lists("\n\n\n" + heading + "\n\n" + active + "\n\n")); }
+TEST(DriverActivatorListingTest, PassesOverBlankLines) {
+    EXPECT_TRUE(lists("\n\n\n" + heading + "\n\n" + active + "\n\n"));
+}
 
-TEST(DriverListing, NeedsNoLastLineFeed) { EXPECT_TRUE(lists(heading + active.substr(0, active.size() - 1))); }
+TEST(DriverActivatorListingTest, NeedsNoLastLineFeed) {
+    EXPECT_TRUE(lists(heading + active.substr(0, active.size() - 1)));
+}
 
-TEST(DriverListing, HasNothingToFindInAnEmptyText) {
+TEST(DriverActivatorListingTest, HasNothingToFindInAnEmptyText) {
     EXPECT_FALSE(lists(""));
     EXPECT_FALSE(lists("\n"));
 }
 
-TEST(DriverListing, HasNoLinesWhereItIsNotUtf8) {
+TEST(DriverActivatorListingTest, HasNoLinesWhereItIsNotUtf8) {
     EXPECT_TRUE(lists("Gerät\n" + active));
     EXPECT_FALSE(lists("Ger\xE4t\n" + active));
     EXPECT_FALSE(lists(active + "\xFF"));
@@ -85,7 +91,7 @@ struct DriverRig {
     DriverActivator driver{processes, files, log};
 };
 
-TEST(DriverActivator, AsksTheListingToolAnewAtEachRead) {
+TEST(DriverActivatorTest, AsksTheListingToolAnewAtEachRead) {
     DriverRig rig;
     rig.processes.outputs[DriverActivator::listingTool] = active;
     EXPECT_TRUE(rig.driver.isExtensionActive());
@@ -95,13 +101,13 @@ TEST(DriverActivator, AsksTheListingToolAnewAtEachRead) {
     EXPECT_EQ(rig.processes.ran, (Commands{list, list}));
 }
 
-TEST(DriverActivator, TakesAToolThatCannotBeStartedForNoAndSaysNothing) {
+TEST(DriverActivatorTest, TakesAToolThatCannotBeStartedForNoAndSaysNothing) {
     DriverRig rig;
     EXPECT_FALSE(rig.driver.isExtensionActive());
     EXPECT_EQ(rig.log.lines, Texts{});
 }
 
-TEST(DriverActivator, StartsTheManagerByForceOrWithout) {
+TEST(DriverActivatorTest, StartsTheManagerByForceOrWithout) {
     DriverRig rig;
     rig.files.contents[DriverActivator::managerPath] = "";
     rig.driver.activate(true);
@@ -112,7 +118,7 @@ TEST(DriverActivator, StartsTheManagerByForceOrWithout) {
     EXPECT_EQ(rig.log.lines, Texts{});
 }
 
-TEST(DriverActivator, LogsOneLineWhereThereIsNoManager) {
+TEST(DriverActivatorTest, LogsOneLineWhereThereIsNoManager) {
     DriverRig rig;
     rig.driver.activate(true);
     EXPECT_EQ(rig.processes.started, Commands{});
@@ -121,7 +127,7 @@ TEST(DriverActivator, LogsOneLineWhereThereIsNoManager) {
                                    "Karabiner-VirtualHIDDevice-Manager"});
 }
 
-TEST(DriverActivator, LogsOneLineWhereTheManagerDoesNotStart) {
+TEST(DriverActivatorTest, LogsOneLineWhereTheManagerDoesNotStart) {
     DriverRig rig;
     rig.files.contents[DriverActivator::managerPath] = "";
     rig.processes.reasonToFail = "Permission %s denied";
@@ -129,7 +135,7 @@ TEST(DriverActivator, LogsOneLineWhereTheManagerDoesNotStart) {
     EXPECT_EQ(rig.log.lines, Texts{"ble-kovra: не удалось запустить активацию драйвера: Permission %s denied"});
 }
 
-TEST(DriverSetup, ExplainsInFrontOfEverything) {
+TEST(DriverSetupTest, ExplainsInFrontOfEverything) {
     DriverRig rig;
     int activationsBefore = 0;
     rig.alerts.onShown = [&] { activationsBefore = rig.application.activations; };
@@ -141,7 +147,7 @@ TEST(DriverSetup, ExplainsInFrontOfEverything) {
                                    {rig.texts.text("driver.activate"), rig.texts.text("driver.later")}}}));
 }
 
-TEST(DriverSetup, ItsFirstButtonForcesTheActivationAlsoOfAnActiveDriver) {
+TEST(DriverSetupTest, ItsFirstButtonForcesTheActivationAlsoOfAnActiveDriver) {
     DriverRig rig;
     rig.files.contents[DriverActivator::managerPath] = "";
     rig.processes.outputs[DriverActivator::listingTool] = active;
@@ -151,7 +157,7 @@ TEST(DriverSetup, ItsFirstButtonForcesTheActivationAlsoOfAnActiveDriver) {
     EXPECT_EQ(rig.processes.ran, Commands{});
 }
 
-TEST(DriverSetup, AnyOtherEndDoesNothing) {
+TEST(DriverSetupTest, AnyOtherEndDoesNothing) {
     for (const AlertResponse answer : {AlertResponse::secondButton, AlertResponse::aborted}) {
         DriverRig rig;
         rig.files.contents[DriverActivator::managerPath] = "";
@@ -162,7 +168,7 @@ TEST(DriverSetup, AnyOtherEndDoesNothing) {
     }
 }
 
-TEST(DriverSetup, WithoutTheManagerConsentIsOneLineInTheLogAndNothingElse) {
+TEST(DriverSetupTest, WithoutTheManagerConsentIsOneLineInTheLogAndNothingElse) {
     DriverRig rig;
     rig.alerts.answer = AlertResponse::firstButton;
     rig.showExplanation();

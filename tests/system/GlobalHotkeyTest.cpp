@@ -17,7 +17,7 @@ struct HotkeyRig {
     GlobalHotkey hotkey{keys};
 };
 
-TEST(GlobalHotkey, IsControlOptionTUnderTheProgramsOwnNumber) {
+TEST(GlobalHotkeyTest, IsControlOptionTUnderTheProgramsOwnNumber) {
     EXPECT_EQ(GlobalHotkey::hotKey.keyCode, 17U);
     EXPECT_EQ(GlobalHotkey::hotKey.modifiers, 0x1800U);
     EXPECT_EQ(GlobalHotkey::hotKey.signature, 0x54475244U);
@@ -27,18 +27,18 @@ TEST(GlobalHotkey, IsControlOptionTUnderTheProgramsOwnNumber) {
     EXPECT_EQ(rig.keys.registered, std::vector{GlobalHotkey::hotKey});
 }
 
-TEST(GlobalHotkey, AsksForNothingBeforeItIsRegistered) {
+TEST(GlobalHotkeyTest, AsksForNothingBeforeItIsRegistered) {
     const HotkeyRig rig;
     EXPECT_EQ(rig.keys.calls, Calls{});
 }
 
-TEST(GlobalHotkey, InstallsItsHandlerBeforeItTakesTheKey) {
+TEST(GlobalHotkeyTest, InstallsItsHandlerBeforeItTakesTheKey) {
     HotkeyRig rig;
     rig.hotkey.registerHotKey();
     EXPECT_EQ(rig.keys.calls, (Calls{"install", "register"}));
 }
 
-TEST(GlobalHotkey, GivesTheKeyBackBeforeItRemovesItsHandler) {
+TEST(GlobalHotkeyTest, GivesTheKeyBackBeforeItRemovesItsHandler) {
     HotkeyRig rig;
     rig.hotkey.registerHotKey();
     rig.hotkey.unregister();
@@ -46,7 +46,7 @@ TEST(GlobalHotkey, GivesTheKeyBackBeforeItRemovesItsHandler) {
     EXPECT_EQ(rig.keys.press(), std::nullopt);
 }
 
-TEST(GlobalHotkey, GivesBackOnlyOnce) {
+TEST(GlobalHotkeyTest, GivesBackOnlyOnce) {
     HotkeyRig rig;
     rig.hotkey.unregister();
     rig.hotkey.registerHotKey();
@@ -55,7 +55,7 @@ TEST(GlobalHotkey, GivesBackOnlyOnce) {
     EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "unregister", "remove"}));
 }
 
-TEST(GlobalHotkey, RunsItsTriggerInsideEachPress) {
+TEST(GlobalHotkeyTest, RunsItsTriggerInsideEachPress) {
     HotkeyRig rig;
     int triggered = 0;
     rig.hotkey.onTrigger = [&] { ++triggered; };
@@ -66,13 +66,13 @@ TEST(GlobalHotkey, RunsItsTriggerInsideEachPress) {
     }
 }
 
-TEST(GlobalHotkey, SwallowsAPressWithoutATrigger) {
+TEST(GlobalHotkeyTest, SwallowsAPressWithoutATrigger) {
     HotkeyRig rig;
     rig.hotkey.registerHotKey();
     EXPECT_EQ(rig.keys.press(), 0);
 }
 
-TEST(GlobalHotkey, RunsTheTriggerThatStandsWhenThePressComes) {
+TEST(GlobalHotkeyTest, RunsTheTriggerThatStandsWhenThePressComes) {
     HotkeyRig rig;
     std::string triggered;
     rig.hotkey.registerHotKey();
@@ -85,7 +85,7 @@ TEST(GlobalHotkey, RunsTheTriggerThatStandsWhenThePressComes) {
     EXPECT_EQ(triggered, "first second ");
 }
 
-TEST(GlobalHotkey, LetsATriggerReplaceItself) {
+TEST(GlobalHotkeyTest, LetsATriggerReplaceItself) {
     HotkeyRig rig;
     std::string triggered;
     rig.hotkey.onTrigger = [&rig, &triggered] {
@@ -98,7 +98,7 @@ TEST(GlobalHotkey, LetsATriggerReplaceItself) {
     EXPECT_EQ(triggered, "first second ");
 }
 
-TEST(GlobalHotkey, GoesOnSilentlyWhenAnotherProgramHasTheKey) {
+TEST(GlobalHotkeyTest, GoesOnSilentlyWhenAnotherProgramHasTheKey) {
     HotkeyRig rig;
     rig.keys.takenByAnother = true;
     rig.hotkey.registerHotKey();
@@ -107,7 +107,7 @@ TEST(GlobalHotkey, GoesOnSilentlyWhenAnotherProgramHasTheKey) {
     EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "remove"}));
 }
 
-TEST(GlobalHotkey, TakesTheKeyAlsoWhereItsHandlerIsRefused) {
+TEST(GlobalHotkeyTest, TakesTheKeyAlsoWhereItsHandlerIsRefused) {
     HotkeyRig rig;
     rig.keys.refuses = true;
     rig.hotkey.registerHotKey();

@@ -13,7 +13,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(LoginItem, UnregistersWhatIsEnabled) {
+TEST(LoginItemTest, UnregistersWhatIsEnabled) {
     FakeLogin login;
     FakeLog log;
     login.current = LoginStatus::enabled;
@@ -22,7 +22,7 @@ TEST(LoginItem, UnregistersWhatIsEnabled) {
     EXPECT_EQ(login.current, LoginStatus::notRegistered);
 }
 
-TEST(LoginItem, RegistersFromEveryOtherStatus) {
+TEST(LoginItemTest, RegistersFromEveryOtherStatus) {
     for (const LoginStatus status :
          {LoginStatus::notRegistered, LoginStatus::requiresApproval, LoginStatus::notFound}) {
         FakeLogin login;
@@ -34,7 +34,7 @@ TEST(LoginItem, RegistersFromEveryOtherStatus) {
     }
 }
 
-TEST(LoginItem, RegistersAgainWhileTheUserHasNotApproved) {
+TEST(LoginItemTest, RegistersAgainWhileTheUserHasNotApproved) {
     FakeLogin login;
     FakeLog log;
     login.afterRegistering = LoginStatus::requiresApproval;
@@ -43,14 +43,14 @@ TEST(LoginItem, RegistersAgainWhileTheUserHasNotApproved) {
     EXPECT_EQ(login.calls, (Texts{"register", "register"}));
 }
 
-TEST(LoginItem, ReadsTheStatusOnce) {
+TEST(LoginItemTest, ReadsTheStatusOnce) {
     FakeLogin login;
     FakeLog log;
     LoginItem::toggle(login, log);
     EXPECT_EQ(login.reads, 1);
 }
 
-TEST(LoginItem, LogsARefusalAsOneLineAndDoesNotTryAgain) {
+TEST(LoginItemTest, LogsARefusalAsOneLineAndDoesNotTryAgain) {
     for (const LoginStatus status : {LoginStatus::enabled, LoginStatus::notRegistered}) {
         FakeLogin login;
         FakeLog log;

@@ -39,7 +39,7 @@ struct ViewRig {
 const HIDDeviceInfo here{"A#1:2", "Alpha", true};
 const HIDDeviceInfo gone{"B#1:3", "Beta", false};
 
-TEST(SettingsView, ReadsFromTopToBottomLikeTheWindow) {
+TEST(SettingsViewTest, ReadsFromTopToBottomLikeTheWindow) {
     ViewRig rig;
     rig.state.devices.set({here, gone});
     rig.state.selectedIDs.set({gone.id});
@@ -74,20 +74,20 @@ TEST(SettingsView, ReadsFromTopToBottomLikeTheWindow) {
 )");
 }
 
-TEST(SettingsView, SaysSoWhereThereIsNoDeviceAndScrollsNothing) {
+TEST(SettingsViewTest, SaysSoWhereThereIsNoDeviceAndScrollsNothing) {
     const ViewRig rig;
     EXPECT_EQ(rig.dump(deviceArea),
               "\"No devices found. Connect a mouse.\" | secondary | frame max width unbounded | padding 0 by 16\n");
 }
 
-TEST(SettingsView, ListsTheFirstDeviceInPlaceOfThatText) {
+TEST(SettingsViewTest, ListsTheFirstDeviceInPlaceOfThatText) {
     ViewRig rig;
     rig.state.devices.set({here});
     EXPECT_TRUE(std::holds_alternative<ScrollView>(rig.body().children.at(deviceArea).kind));
     EXPECT_EQ(rig.dump().find("No devices found"), std::string::npos);
 }
 
-TEST(SettingsView, KeepsTheMonitorsOrder) {
+TEST(SettingsViewTest, KeepsTheMonitorsOrder) {
     ViewRig rig;
     rig.state.devices.set({gone, here});
     const View view = rig.body();
@@ -96,13 +96,13 @@ TEST(SettingsView, KeepsTheMonitorsOrder) {
     EXPECT_EQ(list.children.at(1).id, here.id);
 }
 
-TEST(SettingsView, ShowsNamesAsTheyStand) {
+TEST(SettingsViewTest, ShowsNamesAsTheyStand) {
     ViewRig rig;
     rig.state.devices.set({{"x", "device.disconnected <b>&amp; _A\n", true}});
     EXPECT_NE(rig.dump().find("\"device.disconnected <b>&amp; _A\n\""), std::string::npos);
 }
 
-TEST(SettingsView, SpeaksTheUsersLanguage) {
+TEST(SettingsViewTest, SpeaksTheUsersLanguage) {
     const ViewRig rig("ru");
     const L10n russian({"ru"});
     const std::string dump = rig.dump();
@@ -113,7 +113,7 @@ TEST(SettingsView, SpeaksTheUsersLanguage) {
     }
 }
 
-TEST(SettingsView, TheSwitchWritesIsEnabled) {
+TEST(SettingsViewTest, TheSwitchWritesIsEnabled) {
     const ViewRig rig;
     const View view = rig.body();
     const auto& toggle = std::get<Toggle>(view.children.at(blockToggle).kind);
@@ -124,7 +124,7 @@ TEST(SettingsView, TheSwitchWritesIsEnabled) {
     EXPECT_TRUE(rig.state.isEnabled.get());
 }
 
-TEST(SettingsView, ThePickerWritesTheModeAtOnceAlsoTheOneThatIsChosen) {
+TEST(SettingsViewTest, ThePickerWritesTheModeAtOnceAlsoTheOneThatIsChosen) {
     const ViewRig rig;
     int announced = 0;
     const Subscription token = rig.state.mode.subscribe([&](Mode) { ++announced; }, CurrentValue::drop);
@@ -140,7 +140,7 @@ TEST(SettingsView, ThePickerWritesTheModeAtOnceAlsoTheOneThatIsChosen) {
     EXPECT_EQ(announced, 3);
 }
 
-TEST(SettingsView, ATickAddsItsDeviceAndNoOther) {
+TEST(SettingsViewTest, ATickAddsItsDeviceAndNoOther) {
     const ViewRig rig;
     rig.state.devices.set({here, gone});
     rig.state.selectedIDs.set({"not listed"});
@@ -151,7 +151,7 @@ TEST(SettingsView, ATickAddsItsDeviceAndNoOther) {
     EXPECT_EQ(rig.state.selectedIDs.get(), (Selection{here.id, "not listed"}));
 }
 
-TEST(SettingsView, OneTickIsOneAnnouncement) {
+TEST(SettingsViewTest, OneTickIsOneAnnouncement) {
     const ViewRig rig;
     rig.state.devices.set({here});
     int announced = 0;
@@ -161,7 +161,7 @@ TEST(SettingsView, OneTickIsOneAnnouncement) {
     EXPECT_EQ(announced, 1);
 }
 
-TEST(SettingsView, ARowMadeBeforeTheListWasReorderedEditsItsOwnDevice) {
+TEST(SettingsViewTest, ARowMadeBeforeTheListWasReorderedEditsItsOwnDevice) {
     const ViewRig rig;
     rig.state.devices.set({here, gone});
     const View before = rig.body();
@@ -171,7 +171,7 @@ TEST(SettingsView, ARowMadeBeforeTheListWasReorderedEditsItsOwnDevice) {
     EXPECT_EQ(rig.state.selectedIDs.get(), Selection{here.id});
 }
 
-TEST(SettingsView, RowsCanBeTickedWhileMutingIsOffAndInModeAlways) {
+TEST(SettingsViewTest, RowsCanBeTickedWhileMutingIsOffAndInModeAlways) {
     const ViewRig rig;
     rig.state.devices.set({here, gone});
     rig.state.isEnabled.set(false);
@@ -182,7 +182,7 @@ TEST(SettingsView, RowsCanBeTickedWhileMutingIsOffAndInModeAlways) {
     EXPECT_EQ(rig.state.selectedIDs.get(), Selection{gone.id});
 }
 
-TEST(SettingsView, TheStatusLineFollowsTheDecisionAndNotTheSwitch) {
+TEST(SettingsViewTest, TheStatusLineFollowsTheDecisionAndNotTheSwitch) {
     const ViewRig rig;
     const std::string active =
         "row center\n  circle gray at 0.4 | frame width 8 height 8\n  \"Trackpad active\" | caption | secondary\n";
@@ -197,7 +197,7 @@ TEST(SettingsView, TheStatusLineFollowsTheDecisionAndNotTheSwitch) {
     EXPECT_EQ(rig.dump(statusLine), muted);
 }
 
-TEST(SettingsView, TheLinkLeadsToTheAddressThatItShows) {
+TEST(SettingsViewTest, TheLinkLeadsToTheAddressThatItShows) {
     const ViewRig rig;
     const View view = rig.body();
     const auto& link = std::get<Link>(view.children.at(footer).children.at(1).kind);

@@ -31,21 +31,21 @@ struct WindowRig {
     std::unique_ptr<SettingsWindow> window = std::make_unique<SettingsWindow>(screen, queue, state, texts);
 };
 
-TEST(SettingsWindow, IsMadeInThisOrderAndNotShownYet) {
+TEST(SettingsWindowTest, IsMadeInThisOrderAndNotShownYet) {
     const WindowRig rig;
     EXPECT_EQ(rig.screen.calls,
               (Texts{"make", "title BLE-kovra", "style mask 7", "content size 440x480", "kept when closed", "center"}));
     EXPECT_FALSE(rig.screen.isVisible);
 }
 
-TEST(SettingsWindow, CannotBeResized) {
+TEST(SettingsWindowTest, CannotBeResized) {
     constexpr unsigned resizable = 8;
     EXPECT_EQ((WindowStyle::titled | WindowStyle::closable | WindowStyle::miniaturizable) & resizable, 0U);
     const WindowRig rig;
     EXPECT_EQ(rig.screen.calls.at(2), "style mask 7");
 }
 
-TEST(SettingsWindow, FollowsEveryPropertyOfTheStateWhileItIsVisible) {
+TEST(SettingsWindowTest, FollowsEveryPropertyOfTheStateWhileItIsVisible) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     rig.state.devices.set({{"A#1:2", "Alpha", true}});
@@ -63,7 +63,7 @@ TEST(SettingsWindow, FollowsEveryPropertyOfTheStateWhileItIsVisible) {
     EXPECT_TRUE(changes([&] { rig.state.blocking.set(true); }));
 }
 
-TEST(SettingsWindow, ShowsTheNewValueThoughAChangeIsAnnouncedBeforeItIsStored) {
+TEST(SettingsWindowTest, ShowsTheNewValueThoughAChangeIsAnnouncedBeforeItIsStored) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     rig.state.blocking.set(true);
@@ -71,7 +71,7 @@ TEST(SettingsWindow, ShowsTheNewValueThoughAChangeIsAnnouncedBeforeItIsStored) {
     EXPECT_TRUE(rig.shows("Trackpad muted"));
 }
 
-TEST(SettingsWindow, IsRebuiltOnceATurnHoweverManyChangesCame) {
+TEST(SettingsWindowTest, IsRebuiltOnceATurnHoweverManyChangesCame) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     const int before = rig.screen.contents;
@@ -84,7 +84,7 @@ TEST(SettingsWindow, IsRebuiltOnceATurnHoweverManyChangesCame) {
     EXPECT_EQ(rig.screen.contents, before + 2);
 }
 
-TEST(SettingsWindow, IsNotRebuiltWhileItIsHidden) {
+TEST(SettingsWindowTest, IsNotRebuiltWhileItIsHidden) {
     WindowRig rig;
     rig.state.blocking.set(true);
     EXPECT_TRUE(rig.queue.isIdle());
@@ -96,7 +96,7 @@ TEST(SettingsWindow, IsNotRebuiltWhileItIsHidden) {
     EXPECT_EQ(rig.screen.contents, before);
 }
 
-TEST(SettingsWindow, ShowsWhatIsSoNowWhenItIsOpenedAgain) {
+TEST(SettingsWindowTest, ShowsWhatIsSoNowWhenItIsOpenedAgain) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     rig.screen.close();
@@ -106,7 +106,7 @@ TEST(SettingsWindow, ShowsWhatIsSoNowWhenItIsOpenedAgain) {
     EXPECT_EQ(rig.screen.calls.back(), "front");
 }
 
-TEST(SettingsWindow, LetGoOfWithARebuildQueuedItRebuildsNothing) {
+TEST(SettingsWindowTest, LetGoOfWithARebuildQueuedItRebuildsNothing) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     rig.state.blocking.set(true);

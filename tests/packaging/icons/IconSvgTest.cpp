@@ -13,7 +13,7 @@ const Drawing frameAndLine{
     .strokes = {{RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2}}, 1.2},
                 {Segment{.from = {9, 4}, .to = {9, 9}}, 1}}};
 
-TEST(IconSvg, IsTheOutlineOfEachStrokeInTheColourThatAPanelReplaces) {
+TEST(IconSvgTest, IsTheOutlineOfEachStrokeInTheColourThatAPanelReplaces) {
     EXPECT_EQ(iconSvg(frameAndLine),
               R"(<svg xmlns="http://www.w3.org/2000/svg" width="18" height="18" viewBox="0 0 18 18">
   <style id="current-color-scheme" type="text/css">.ColorScheme-Text { color: #808080; }</style>
@@ -29,7 +29,7 @@ TEST(IconSvg, IsTheOutlineOfEachStrokeInTheColourThatAPanelReplaces) {
 }
 
 // Whoever builds where the decimal sign is a comma must get the same file.
-TEST(IconSvg, DoesNotDependOnTheLocale) {
+TEST(IconSvgTest, DoesNotDependOnTheLocale) {
     const std::string before = iconSvg(frameAndLine);
     struct Comma : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }
@@ -40,11 +40,11 @@ TEST(IconSvg, DoesNotDependOnTheLocale) {
     EXPECT_EQ(after, before);
 }
 
-TEST(IconSvg, HasNothingBuiltOfStrokesSincePanelsReplaceFillsOnly) {
+TEST(IconSvgTest, HasNothingBuiltOfStrokesSincePanelsReplaceFillsOnly) {
     EXPECT_EQ(iconSvg(frameAndLine).find("stroke"), std::string::npos);
 }
 
-TEST(IconSvg, OfAPictureHasItsColours) {
+TEST(IconSvgTest, OfAPictureHasItsColours) {
     const ColoredPicture picture{
         .size = {18, 18},
         .layers = {{0x00A0FF, RoundedRectangle{.origin = {2.5, 3}, .size = {13, 10}, .cornerRadii = {2, 1}}},

@@ -19,7 +19,7 @@ class PosixDriver {
     PosixFileSystem files_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileSystemContract, PosixDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(PosixFileSystem, FileSystemContract, PosixDriver);
 
 }  // namespace
 }  // namespace kovra

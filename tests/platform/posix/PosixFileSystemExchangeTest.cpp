@@ -22,9 +22,9 @@ namespace {
 namespace fs = std::filesystem;
 
 // What becomes of a writing that finds the flag open as one file, and ends when another one has taken its place.
-class FlagExchange : public testing::Test {
+class PosixFileSystemExchangeTest : public testing::Test {
   protected:
-    FlagExchange() { writeFile(flag_, "on"); }
+    PosixFileSystemExchangeTest() { writeFile(flag_, "on"); }
 
     // Writes "off" in a process that is held before it writes, while something happens. The reason of its failure, or
     // empty.
@@ -59,7 +59,7 @@ class FlagExchange : public testing::Test {
     const std::string other_ = folder_ / "other";
 };
 
-TEST_F(FlagExchange, WhileTheFlagIsWrittenCountsAsARefusal) {
+TEST_F(PosixFileSystemExchangeTest, WhileTheFlagIsWrittenCountsAsARefusal) {
     const std::string reason = writeWhile([&] {
         writeFile(other_, "on");
         ASSERT_EQ(::renameat2(AT_FDCWD, other_.c_str(), AT_FDCWD, flag_.c_str(), RENAME_EXCHANGE), 0);
@@ -69,7 +69,7 @@ TEST_F(FlagExchange, WhileTheFlagIsWrittenCountsAsARefusal) {
     EXPECT_EQ(readFile(other_), "off");
 }
 
-TEST_F(FlagExchange, ForNothingOrForALinkCountsAsARefusalToo) {
+TEST_F(PosixFileSystemExchangeTest, ForNothingOrForALinkCountsAsARefusalToo) {
     EXPECT_EQ(writeWhile([&] { fs::rename(flag_, other_); }), std::strerror(ESTALE));
     fs::rename(other_, flag_);
     const std::string reason = writeWhile([&] {
@@ -79,7 +79,7 @@ TEST_F(FlagExchange, ForNothingOrForALinkCountsAsARefusalToo) {
     EXPECT_EQ(reason, std::strerror(ESTALE));
 }
 
-TEST_F(FlagExchange, OfWhatStandsBesideTheFlagIsNone) {
+TEST_F(PosixFileSystemExchangeTest, OfWhatStandsBesideTheFlagIsNone) {
     EXPECT_EQ(writeWhile([&] { writeFile(other_, "on"); }), "");
     EXPECT_EQ(readFile(flag_), "off");
 }

@@ -41,7 +41,7 @@ void pollWithoutPause(const std::string& path, Shared& shared, pid_t writer) {
     }
 }
 
-TEST(FlagReader, SeesNeitherAnEmptyFileNorAWordThatDoesNotStand) {
+TEST(PosixFileSystemReaderTest, SeesNeitherAnEmptyFileNorAWordThatDoesNotStand) {
     constexpr unsigned fewest = 20000, most = 500000;
     const TempFolder folder;
     const std::string path = folder / "state";

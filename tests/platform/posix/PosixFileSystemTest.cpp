@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class FlagFile : public testing::Test {
+class PosixFileSystemTest : public testing::Test {
   protected:
     std::string write(std::string_view text) { return PosixFileSystem().writeWholeFile(flag_, text).reason(); }
     std::string content() const { return readFile(flag_); }
@@ -28,7 +28,7 @@ class FlagFile : public testing::Test {
     const std::string flag_ = folder_ / "state";
 };
 
-TEST_F(FlagFile, TakesThePlaceOfWhateverItHeld) {
+TEST_F(PosixFileSystemTest, TakesThePlaceOfWhateverItHeld) {
     for (const std::string& old :
          {std::string(), std::string("on"), std::string("off"), std::string("of"), std::string("onf"),
           std::string("on\n"), std::string("o"), std::string(3, '\0'), std::string(10240, 'x')}) {
@@ -40,7 +40,7 @@ TEST_F(FlagFile, TakesThePlaceOfWhateverItHeld) {
     }
 }
 
-TEST_F(FlagFile, StaysTheSameFileWithTheSameRights) {
+TEST_F(PosixFileSystemTest, StaysTheSameFileWithTheSameRights) {
     writeFile(flag_, "off");
     ::chmod(flag_.c_str(), 0640);
     struct stat before {
@@ -53,13 +53,13 @@ TEST_F(FlagFile, StaysTheSameFileWithTheSameRights) {
     EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
 }
 
-TEST_F(FlagFile, IsNotMadeInAMissingFolder) {
+TEST_F(PosixFileSystemTest, IsNotMadeInAMissingFolder) {
     const std::string flag = folder_ / "missing/state";
     EXPECT_EQ(PosixFileSystem().writeWholeFile(flag, "on").reason(), system(ENOENT));
     EXPECT_TRUE(folder_.names().empty());
 }
 
-TEST_F(FlagFile, IsNotMadeInAFolderWithoutTheRight) {
+TEST_F(PosixFileSystemTest, IsNotMadeInAFolderWithoutTheRight) {
     OrdinaryUser::give(folder_.path());
     const OrdinaryUser user;
     const Rights readOnly(folder_.path(), 0500);
@@ -67,7 +67,7 @@ TEST_F(FlagFile, IsNotMadeInAFolderWithoutTheRight) {
     EXPECT_EQ(content(), "missing");
 }
 
-TEST_F(FlagFile, StaysAsItIsWithoutTheRight) {
+TEST_F(PosixFileSystemTest, StaysAsItIsWithoutTheRight) {
     writeFile(flag_, "off");
     ::chmod(flag_.c_str(), 0444);
     OrdinaryUser::give(folder_.path());
@@ -77,17 +77,17 @@ TEST_F(FlagFile, StaysAsItIsWithoutTheRight) {
     EXPECT_EQ(content(), "off");
 }
 
-TEST_F(FlagFile, IsNoFolder) {
+TEST_F(PosixFileSystemTest, IsNoFolder) {
     fs::create_directory(flag_);
     EXPECT_EQ(write("on"), system(EISDIR));
 }
 
-TEST_F(FlagFile, IsNoPipeWithoutAReader) {
+TEST_F(PosixFileSystemTest, IsNoPipeWithoutAReader) {
     ASSERT_EQ(::mkfifo(flag_.c_str(), 0600), 0);
     EXPECT_EQ(write("on"), system(ENXIO));
 }
 
-TEST_F(FlagFile, IsNoPipeWithAReader) {
+TEST_F(PosixFileSystemTest, IsNoPipeWithAReader) {
     ASSERT_EQ(::mkfifo(flag_.c_str(), 0600), 0);
     const int reader = ::open(flag_.c_str(), O_RDONLY | O_NONBLOCK);
     ASSERT_GE(reader, 0);
@@ -97,11 +97,11 @@ TEST_F(FlagFile, IsNoPipeWithAReader) {
     ::close(reader);
 }
 
-TEST_F(FlagFile, IsNoDevice) {
+TEST_F(PosixFileSystemTest, IsNoDevice) {
     EXPECT_EQ(PosixFileSystem().writeWholeFile("/dev/full", "on").reason(), system(EINVAL));
 }
 
-TEST_F(FlagFile, IsNoLinkAndLeavesWhatALinkLeadsTo) {
+TEST_F(PosixFileSystemTest, IsNoLinkAndLeavesWhatALinkLeadsTo) {
     const std::string target = folder_ / "target";
     writeFile(target, "precious");
     fs::create_symlink(target, flag_);
@@ -110,14 +110,14 @@ TEST_F(FlagFile, IsNoLinkAndLeavesWhatALinkLeadsTo) {
     EXPECT_TRUE(fs::is_symlink(flag_));
 }
 
-TEST_F(FlagFile, IsNoDanglingLinkAndMakesNothingAtItsEnd) {
+TEST_F(PosixFileSystemTest, IsNoDanglingLinkAndMakesNothingAtItsEnd) {
     fs::create_symlink(folder_ / "target", flag_);
     EXPECT_EQ(write("on"), system(ELOOP));
     EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
 }
 
 // Whatever room is left: the reason is the system's, and "on" does not stand where "off" was meant.
-TEST_F(FlagFile, NeverKeepsAWrongOnWhereThereIsNoRoom) {
+TEST_F(PosixFileSystemTest, NeverKeepsAWrongOnWhereThereIsNoRoom) {
     for (const rlim_t room : {0U, 1U, 2U}) {
         writeFile(flag_, "on");
         std::string reason;
@@ -132,7 +132,7 @@ TEST_F(FlagFile, NeverKeepsAWrongOnWhereThereIsNoRoom) {
     }
 }
 
-TEST_F(FlagFile, NeverKeepsAWrongOffWhereThereIsNoRoom) {
+TEST_F(PosixFileSystemTest, NeverKeepsAWrongOffWhereThereIsNoRoom) {
     for (const rlim_t room : {0U, 1U}) {
         writeFile(flag_, "off");
         std::string reason;
@@ -146,7 +146,7 @@ TEST_F(FlagFile, NeverKeepsAWrongOffWhereThereIsNoRoom) {
     }
 }
 
-TEST_F(FlagFile, LeavesNoDescriptorBehind) {
+TEST_F(PosixFileSystemTest, LeavesNoDescriptorBehind) {
     const auto open = [] { return std::distance(fs::directory_iterator("/dev/fd"), fs::directory_iterator()); };
     const auto before = open();
     for (int i = 0; i < 3; ++i) EXPECT_EQ(write("on"), "");

@@ -34,9 +34,9 @@ class SdEventDriver : public ScriptedPrograms {
     PosixProcessRunner processes_{loop_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(SdEvent, ProcessRunnerContract, SdEventDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(PosixProcessRunner, ProcessRunnerContract, SdEventDriver);
 
-class OutsideProgram : public testing::Test {
+class PosixProcessRunnerTest : public testing::Test {
   protected:
     void TearDown() override { ScriptedPrograms::waitForAll(); }
     std::optional<std::string> output(const std::string& script) {
@@ -55,18 +55,18 @@ class OutsideProgram : public testing::Test {
     PosixProcessRunner processes_{loop_};
 };
 
-TEST_F(OutsideProgram, HasBothItsStreamsInOnePipeInTheOrderOfWriting) {
+TEST_F(PosixProcessRunnerTest, HasBothItsStreamsInOnePipeInTheOrderOfWriting) {
     EXPECT_EQ(output("echo first; echo second >&2; echo third; echo fourth >&2"), "first\nsecond\nthird\nfourth\n");
 }
 
-TEST_F(OutsideProgram, MayWriteFarMoreThanAPipeHolds) {
+TEST_F(PosixProcessRunnerTest, MayWriteFarMoreThanAPipeHolds) {
     const auto text = output("head -c 10485760 /dev/zero");
     ASSERT_TRUE(text);
     EXPECT_EQ(text->size(), 10485760U);
     EXPECT_EQ(text->find_first_not_of('\0'), std::string::npos);
 }
 
-TEST_F(OutsideProgram, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput) {
+TEST_F(PosixProcessRunnerTest, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput) {
     const auto before = openDescriptors();
     PosixProcessRunner bounded(loop_, 100'000);
     const auto written = [&](const std::string& script) { return bounded.output({scripts_.make(script), {}}); };
@@ -82,22 +82,22 @@ TEST_F(OutsideProgram, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(OutsideProgram, IsReadWhateverItsEnd) {
+TEST_F(PosixProcessRunnerTest, IsReadWhateverItsEnd) {
     EXPECT_EQ(output("echo written; exit 7"), "written\n");
     EXPECT_EQ(output("echo written; kill -9 $$"), "written\n");
     EXPECT_EQ(output("printf written; kill -TERM $$"), "written");
 }
 
-TEST_F(OutsideProgram, IsWaitedForWhenItHasClosedItsPipe) {
+TEST_F(PosixProcessRunnerTest, IsWaitedForWhenItHasClosedItsPipe) {
     EXPECT_EQ(output("echo written; exec >&- 2>&-; sleep 0.2; : >$here/end"), "written\n");
     EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
 }
 
-TEST_F(OutsideProgram, IsReadToTheEndOfItsPipeWhichItMayHaveLeftToAnother) {
+TEST_F(PosixProcessRunnerTest, IsReadToTheEndOfItsPipeWhichItMayHaveLeftToAnother) {
     EXPECT_EQ(output("echo first; (sleep 0.2; echo late) & exit 0"), "first\nlate\n");
 }
 
-TEST_F(OutsideProgram, ThatCannotBeStartedHasNoOutput) {
+TEST_F(PosixProcessRunnerTest, ThatCannotBeStartedHasNoOutput) {
     EXPECT_EQ(processes_.output({scripts_ / "missing", {}}), std::nullopt);
     writeFile(scripts_ / "not for running", "#!/bin/sh\n");
     EXPECT_EQ(processes_.output({scripts_ / "not for running", {}}), std::nullopt);
@@ -107,12 +107,12 @@ TEST_F(OutsideProgram, ThatCannotBeStartedHasNoOutput) {
     EXPECT_EQ(processes_.output({scripts_ / "no program", {}}), std::nullopt);
 }
 
-TEST_F(OutsideProgram, GetsItsArgumentsAsTheyAre) {
+TEST_F(PosixProcessRunnerTest, GetsItsArgumentsAsTheyAre) {
     const Command program{scripts_.make(R"(printf '%s|' "$#" "$@")"), {"a b", "", "$HOME; `id`", "-n", "\"\n"}};
     EXPECT_EQ(processes_.output(program), "5|a b||$HOME; `id`|-n|\"\n|");
 }
 
-TEST_F(OutsideProgram, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
+TEST_F(PosixProcessRunnerTest, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
     const auto term = loop_.onSignal(SIGTERM, [] {});  // blocked here for as long as this lives
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     const int leaking = ::dup(STDERR_FILENO);
@@ -129,7 +129,7 @@ TEST_F(OutsideProgram, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
     EXPECT_TRUE(seen->ends_with("descriptors: 0 1 2 3\n")) << *seen;
 }
 
-TEST_F(OutsideProgram, LeavesNothingBehindOnceItHasEnded) {
+TEST_F(PosixProcessRunnerTest, LeavesNothingBehindOnceItHasEnded) {
     const auto before = openDescriptors();
     EXPECT_TRUE(output("echo written"));
     EXPECT_EQ(processes_.output({scripts_ / "missing", {}}), std::nullopt);
@@ -138,7 +138,7 @@ TEST_F(OutsideProgram, LeavesNothingBehindOnceItHasEnded) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(OutsideProgram, ThatHangsCostsNothing) {
+TEST_F(PosixProcessRunnerTest, ThatHangsCostsNothing) {
     bool isOver = false;
     int turns = 0;
     loop_.asyncAfter(0s, [&] {
@@ -152,7 +152,7 @@ TEST_F(OutsideProgram, ThatHangsCostsNothing) {
     EXPECT_LT(turns, 5);
 }
 
-TEST_F(OutsideProgram, IsToldToEndWhenTheApplicationTerminatesFirst) {
+TEST_F(PosixProcessRunnerTest, IsToldToEndWhenTheApplicationTerminatesFirst) {
     loop_.asyncAfter(0s, [this] {
         EXPECT_TRUE(sees([this] { return isRunning(); }));
         loop_.stop();
@@ -165,7 +165,7 @@ TEST_F(OutsideProgram, IsToldToEndWhenTheApplicationTerminatesFirst) {
     EXPECT_FALSE(isRunning());
 }
 
-TEST_F(OutsideProgram, ThatIsStartedKeepsTheStreams) {
+TEST_F(PosixProcessRunnerTest, ThatIsStartedKeepsTheStreams) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     const int before = ::dup(STDOUT_FILENO);
@@ -180,7 +180,7 @@ TEST_F(OutsideProgram, ThatIsStartedKeepsTheStreams) {
     ::close(ends[0]);
 }
 
-TEST_F(OutsideProgram, ThatIsStartedIsNotWaitedForAndIsNoZombieAfterItsEnd) {
+TEST_F(PosixProcessRunnerTest, ThatIsStartedIsNotWaitedForAndIsNoZombieAfterItsEnd) {
     const auto before = openDescriptors();
     EXPECT_TRUE(
         processes_.start({scripts_.make("echo $$ >$here/pid; while ! [ -e $here/go ]; do sleep 0.02; done"), {}}));
@@ -191,7 +191,7 @@ TEST_F(OutsideProgram, ThatIsStartedIsNotWaitedForAndIsNoZombieAfterItsEnd) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(OutsideProgram, ThatIsStartedLivesOnWhenWeEnd) {
+TEST_F(PosixProcessRunnerTest, ThatIsStartedLivesOnWhenWeEnd) {
     {
         SdEventLoop loop;
         PosixProcessRunner processes(loop);
@@ -205,7 +205,7 @@ TEST_F(OutsideProgram, ThatIsStartedLivesOnWhenWeEnd) {
     ::waitpid(pid(), nullptr, 0);
 }
 
-TEST_F(OutsideProgram, ThatCannotBeStartedIsRefusedWithTheSystemsReason) {
+TEST_F(PosixProcessRunnerTest, ThatCannotBeStartedIsRefusedWithTheSystemsReason) {
     EXPECT_EQ(processes_.start({scripts_ / "missing", {}}).reason(), std::strerror(ENOENT));
     writeFile(scripts_ / "not for running", "#!/bin/sh\n");
     EXPECT_EQ(processes_.start({scripts_ / "not for running", {}}).reason(), std::strerror(EACCES));

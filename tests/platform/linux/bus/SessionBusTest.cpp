@@ -45,13 +45,13 @@ struct BusRig {
     }
 };
 
-TEST(SessionBus, TellsFromTheQueueThatItIsUp) {
+TEST(SessionBusTest, TellsFromTheQueueThatItIsUp) {
     BusRig rig;
     EXPECT_EQ(rig.told, "");
     EXPECT_TRUE(rig.hears("up "));
 }
 
-TEST(SessionBus, TellsALateListenerAtOnceThatItIsUp) {
+TEST(SessionBusTest, TellsALateListenerAtOnceThatItIsUp) {
     BusRig rig;
     ASSERT_TRUE(rig.hears("up "));
     const auto late = rig.listen();
@@ -61,7 +61,7 @@ TEST(SessionBus, TellsALateListenerAtOnceThatItIsUp) {
     EXPECT_EQ(rig.told, "up up ");
 }
 
-TEST(SessionBus, TellsNobodyWhoListensNoMore) {
+TEST(SessionBusTest, TellsNobodyWhoListensNoMore) {
     BusRig rig;
     ASSERT_TRUE(rig.hears("up "));
     auto second = rig.listen();
@@ -72,7 +72,7 @@ TEST(SessionBus, TellsNobodyWhoListensNoMore) {
     EXPECT_EQ(rig.told, "up ");
 }
 
-TEST(SessionBus, ConnectsAgainWhenTheBusIsBackAtItsAddress) {
+TEST(SessionBusTest, ConnectsAgainWhenTheBusIsBackAtItsAddress) {
     BusRig rig;
     ASSERT_TRUE(rig.hears("up "));
     for (std::string all = "up "; all.size() < 20;) {
@@ -85,7 +85,7 @@ TEST(SessionBus, ConnectsAgainWhenTheBusIsBackAtItsAddress) {
     }
 }
 
-TEST(SessionBus, TriesAgainUntilTheBusIsThere) {
+TEST(SessionBusTest, TriesAgainUntilTheBusIsThere) {
     BusRig rig;
     ASSERT_TRUE(rig.hears("up "));
     rig.daemon.end();
@@ -97,7 +97,7 @@ TEST(SessionBus, TriesAgainUntilTheBusIsThere) {
     EXPECT_TRUE(rig.hears("up gone up "));
 }
 
-TEST(SessionBus, FindsTheFirstBusAlsoWhenItComesLate) {
+TEST(SessionBusTest, FindsTheFirstBusAlsoWhenItComesLate) {
     PrivateBus daemon(sessionBus);
     daemon.end();
     SdEventLoop loop;
@@ -109,13 +109,13 @@ TEST(SessionBus, FindsTheFirstBusAlsoWhenItComesLate) {
     EXPECT_TRUE(turnUntil(loop, [&] { return isUp; }));
 }
 
-TEST(SessionBus, SleepsWhileItIsConnected) {
+TEST(SessionBusTest, SleepsWhileItIsConnected) {
     BusRig rig;
     ASSERT_TRUE(rig.hears("up "));
     EXPECT_LT(turnsWithin(rig.loop, 1500ms), 5);
 }
 
-TEST(SessionBus, SleepsForGoodWithoutAnAddressOrWithNoAddressAtAll) {
+TEST(SessionBusTest, SleepsForGoodWithoutAnAddressOrWithNoAddressAtAll) {
     for (const char* address : {static_cast<const char*>(nullptr), "", "no address at all"}) {
         Environment environment;
         environment.unset({"XDG_RUNTIME_DIR", sessionBus});
@@ -127,7 +127,7 @@ TEST(SessionBus, SleepsForGoodWithoutAnAddressOrWithNoAddressAtAll) {
     }
 }
 
-TEST(SessionBus, IsLookedForBelowTheRuntimeFolderWhereTheEnvironmentNamesNone) {
+TEST(SessionBusTest, IsLookedForBelowTheRuntimeFolderWhereTheEnvironmentNamesNone) {
     const TempFolder folder;
     const std::filesystem::path odd = folder / "a folder,=%";
     std::filesystem::create_directory(odd);
@@ -147,7 +147,7 @@ TEST(SessionBus, IsLookedForBelowTheRuntimeFolderWhereTheEnvironmentNamesNone) {
     EXPECT_TRUE(turnUntil(loop, [&] { return isUp; }));
 }
 
-TEST(SessionBus, HoldsNothingUpWhereTheBusNeverAnswers) {
+TEST(SessionBusTest, HoldsNothingUpWhereTheBusNeverAnswers) {
     const SilentBus silent(sessionBus);
     SdEventLoop loop;
     bool isUp = false;

@@ -62,9 +62,9 @@ std::string quietSound() {
 }
 
 // A desktop with a bell sound and a sound card that plays it to nobody.
-class AlertBell : public testing::Test {
+class AlertSoundBellTest : public testing::Test {
   protected:
-    AlertBell() {
+    AlertSoundBellTest() {
         const auto theme = folder_.path() / "sounds" / "freedesktop";
         std::filesystem::create_directories(theme / "stereo");
         writeFile(theme / "index.theme",
@@ -77,7 +77,7 @@ class AlertBell : public testing::Test {
         set("CANBERRA_DRIVER", "alsa");
         ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     }
-    ~AlertBell() override {
+    ~AlertSoundBellTest() override {
         ::prctl(PR_SET_CHILD_SUBREAPER, 0);
         for (const char* each : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "ALSA_CONFIG_PATH", "CANBERRA_DRIVER"})
             ::unsetenv(each);
@@ -97,24 +97,24 @@ class AlertBell : public testing::Test {
     BellListener bell_;
 };
 
-TEST_F(AlertBell, IsSilentWhereTheEventSoundIsPlayed) {
+TEST_F(AlertSoundBellTest, IsSilentWhereTheEventSoundIsPlayed) {
     play();
     EXPECT_EQ(bell_.rings(), 0);
 }
 
-TEST_F(AlertBell, RingsOnceWithoutASoundCard) {
+TEST_F(AlertSoundBellTest, RingsOnceWithoutASoundCard) {
     writeFile(folder_ / "alsa.conf", "");
     play();
     EXPECT_EQ(bell_.rings(), 1);
 }
 
-TEST_F(AlertBell, RingsOnceWithoutADriverForSound) {
+TEST_F(AlertSoundBellTest, RingsOnceWithoutADriverForSound) {
     set("CANBERRA_DRIVER", "nonsense");
     play();
     EXPECT_EQ(bell_.rings(), 1);
 }
 
-TEST_F(AlertBell, IsSilentWithoutAServerToo) {
+TEST_F(AlertSoundBellTest, IsSilentWithoutAServerToo) {
     set("CANBERRA_DRIVER", "nonsense");
     ::unsetenv("DISPLAY");
     play();

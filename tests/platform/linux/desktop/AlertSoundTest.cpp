@@ -14,7 +14,7 @@
 namespace kovra {
 namespace {
 
-TEST(AlertSound, LeavesNoChildAndNoDescriptorAndNoLibrary) {
+TEST(AlertSoundTest, LeavesNoChildAndNoDescriptorAndNoLibrary) {
     const std::size_t before = openDescriptors();
     playAlertSound();
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
@@ -26,7 +26,7 @@ TEST(AlertSound, LeavesNoChildAndNoDescriptorAndNoLibrary) {
     EXPECT_EQ(mapped.find("libcanberra"), std::string::npos);
 }
 
-TEST(AlertSound, IsPlayedByAProcessThatNobodyTakesForTheApplication) {
+TEST(AlertSoundTest, IsPlayedByAProcessThatNobodyTakesForTheApplication) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     playAlertSound();
     siginfo_t player{};

@@ -5,12 +5,12 @@
 namespace kovra {
 namespace {
 
-TEST(BuildBundle, TellsTheVersionThatTheProjectHas) {
+TEST(BuildBundleTest, TellsTheVersionThatTheProjectHas) {
     EXPECT_EQ(BuildBundle().infoDictionaryValue("CFBundleShortVersionString"),
               InfoValue(std::string(KOVRA_PROJECT_VERSION)));
 }
 
-TEST(BuildBundle, TellsNothingElse) {
+TEST(BuildBundleTest, TellsNothingElse) {
     EXPECT_EQ(BuildBundle().infoDictionaryValue("CFBundleVersion"), std::nullopt);
     EXPECT_EQ(BuildBundle().infoDictionaryValue(""), std::nullopt);
 }

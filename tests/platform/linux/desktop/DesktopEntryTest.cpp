@@ -12,7 +12,7 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-TEST(DesktopEntry, ReadsTheMainGroupAndNoOther) {
+TEST(DesktopEntryTest, ReadsTheMainGroupAndNoOther) {
     const DesktopEntry entry(
         "Name=before any group\n# a comment=x\n[Desktop Entry]\nName = Kovra \n#Icon=none\nno sign of equality\n"
         "[Desktop Action New]\nName=Other\nExec=other\n[Desktop Entry]\nType=Application");
@@ -22,23 +22,23 @@ TEST(DesktopEntry, ReadsTheMainGroupAndNoOther) {
     EXPECT_EQ(entry.string("#Icon"), std::nullopt);
 }
 
-TEST(DesktopEntry, KeepsTheFirstOfAKeyThatStandsTwice) {
+TEST(DesktopEntryTest, KeepsTheFirstOfAKeyThatStandsTwice) {
     EXPECT_EQ(DesktopEntry("[Desktop Entry]\nName=first\nName=second\n").string("Name"), "first");
 }
 
-TEST(DesktopEntry, TakesLinesThatEndAsOnOtherSystems) {
+TEST(DesktopEntryTest, TakesLinesThatEndAsOnOtherSystems) {
     const DesktopEntry entry("[Desktop Entry]\r\nHidden=true\r\n");
     EXPECT_EQ(entry.boolean("Hidden"), true);
 }
 
-TEST(DesktopEntry, ABooleanIsTrueOrFalseAndNothingElse) {
+TEST(DesktopEntryTest, ABooleanIsTrueOrFalseAndNothingElse) {
     const DesktopEntry entry("[Desktop Entry]\na=true\nb=false\nc=True\nd=1\ne=\n");
     EXPECT_EQ(entry.boolean("a"), true);
     EXPECT_EQ(entry.boolean("b"), false);
     for (const char* key : {"c", "d", "e", "absent"}) EXPECT_EQ(entry.boolean(key), std::nullopt) << key;
 }
 
-TEST(DesktopEntry, SplitsAListAtItsSemicolons) {
+TEST(DesktopEntryTest, SplitsAListAtItsSemicolons) {
     const DesktopEntry entry("[Desktop Entry]\na=GNOME;XFCE;\nb=KDE\nc=\nd=;;X;\n");
     EXPECT_EQ(entry.list("a"), (Strings{"GNOME", "XFCE"}));
     EXPECT_EQ(entry.list("b"), Strings{"KDE"});
@@ -47,11 +47,11 @@ TEST(DesktopEntry, SplitsAListAtItsSemicolons) {
     EXPECT_EQ(entry.list("absent"), Strings());
 }
 
-TEST(DesktopEntry, TakesEscapesOffAValue) {
+TEST(DesktopEntryTest, TakesEscapesOffAValue) {
     EXPECT_EQ(DesktopEntry("[Desktop Entry]\na=\\sx\\ty\\\\z\\n\\q\\\n").string("a"), " x\ty\\z\n\\q\\");
 }
 
-TEST(DesktopEntry, TellsTheProgramThatIsStarted) {
+TEST(DesktopEntryTest, TellsTheProgramThatIsStarted) {
     const auto program = [](const std::string& exec) {
         return DesktopEntry("[Desktop Entry]\nExec=" + exec).program();
     };
@@ -65,7 +65,7 @@ TEST(DesktopEntry, TellsTheProgramThatIsStarted) {
     EXPECT_EQ(DesktopEntry("").program(), std::nullopt);
 }
 
-TEST(DesktopEntry, TakesAnyBytes) {
+TEST(DesktopEntryTest, TakesAnyBytes) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
@@ -81,7 +81,7 @@ TEST(DesktopEntry, TakesAnyBytes) {
     }
 }
 
-TEST(DesktopEntry, ChangesALineWhereItStandsAndKeepsEveryOtherByte) {
+TEST(DesktopEntryTest, ChangesALineWhereItStandsAndKeepsEveryOtherByte) {
     DesktopEntry entry(
         "# mine\n\n[Desktop Entry]\n  Name = Kovra \r\nHidden=true\n#Hidden=x\nHidden=false\n\n\n"
         "[Desktop Action New]\nHidden=other\n");
@@ -97,13 +97,13 @@ TEST(DesktopEntry, ChangesALineWhereItStandsAndKeepsEveryOtherByte) {
     EXPECT_EQ(entry.string("Type"), "a\\b\n");
 }
 
-TEST(DesktopEntry, EndsItsLastLine) {
+TEST(DesktopEntryTest, EndsItsLastLine) {
     DesktopEntry entry("[Desktop Entry]\nName=Kovra");
     entry.set("Type", "Application");
     EXPECT_EQ(entry.text(), "[Desktop Entry]\nName=Kovra\nType=Application\n");
 }
 
-TEST(DesktopEntry, WithoutAMainGroupTakesNothing) {
+TEST(DesktopEntryTest, WithoutAMainGroupTakesNothing) {
     DesktopEntry entry("Name=Kovra\n");
     EXPECT_FALSE(entry.hasMainGroup());
     entry.set("Type", "Application");
@@ -111,7 +111,7 @@ TEST(DesktopEntry, WithoutAMainGroupTakesNothing) {
     EXPECT_TRUE(DesktopEntry("[Desktop Entry]").hasMainGroup());
 }
 
-TEST(DesktopEntry, TakesAnyPathForItsProgram) {
+TEST(DesktopEntryTest, TakesAnyPathForItsProgram) {
     for (const std::string path : {"/usr/bin/ble-kovra", "/with some blanks/x", R"(/a"b`c$d\e%f%%g/'x')",
                                    "/two\nlines\t/x", "/\xD0\xB4/~#;&|<>*?()"}) {
         DesktopEntry entry("[Desktop Entry]\n");

@@ -51,7 +51,7 @@ class BritishDriver {
     std::unique_ptr<GlibcLocale> locale_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Glibc, LocaleContract, BritishDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(GlibcLocale, LocaleContract, BritishDriver);
 
 class GlibcLocaleTest : public testing::Test {
   protected:

@@ -63,9 +63,9 @@ class StandardErrorDriver {
     JournalLog log_{folder_ / "journal", folder_ / "syslog"};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Journal, SystemLogContract, JournalDriver);
-INSTANTIATE_TYPED_TEST_SUITE_P(Syslog, SystemLogContract, SyslogDriver);
-INSTANTIATE_TYPED_TEST_SUITE_P(StandardError, SystemLogContract, StandardErrorDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(JournalLog, SystemLogContract, JournalDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(JournalLogToSyslog, SystemLogContract, SyslogDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(JournalLogToStandardError, SystemLogContract, StandardErrorDriver);
 
 }  // namespace
 }  // namespace kovra

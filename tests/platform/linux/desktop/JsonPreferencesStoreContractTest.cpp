@@ -20,7 +20,7 @@ class JsonDriver {
     std::unique_ptr<JsonPreferencesStore> store_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Json, PreferencesStoreContract, JsonDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(JsonPreferencesStore, PreferencesStoreContract, JsonDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -21,7 +21,7 @@ const std::string whole = R"({"unknown": {"deep": [1, {"x": "y"}], "escaped": "\
   "selectedDeviceIDs": ["USB Mouse#1133:49271", "Мышь#1:2"], "big": 12345678901234567890, "isEnabled": false,
   "blockMode": "always", "last": -1.5e-3})";
 
-class DamagedPreferences : public PreferencesFixture {
+class JsonPreferencesStoreDamageTest : public PreferencesFixture {
   protected:
     // Loads this text and saves one key. What must hold for any text holds.
     void loadAndSave(const std::string& stored) {
@@ -49,12 +49,12 @@ class DamagedPreferences : public PreferencesFixture {
     }
 };
 
-TEST_F(DamagedPreferences, TornAtEveryByteAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, TornAtEveryByteAreKept) {
     for (std::size_t size = 0; size <= whole.size(); ++size)
         ASSERT_NO_FATAL_FAILURE(loadAndSave(whole.substr(0, size)));
 }
 
-TEST_F(DamagedPreferences, WithABrokenByteAtEveryPlaceAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, WithABrokenByteAtEveryPlaceAreKept) {
     for (const char wrong : {'\0', '\xFF', '"', '}', '\\', '\n'}) {
         for (std::size_t i = 0; i < whole.size(); ++i) {
             std::string damaged = whole;
@@ -64,7 +64,7 @@ TEST_F(DamagedPreferences, WithABrokenByteAtEveryPlaceAreKept) {
     }
 }
 
-TEST_F(DamagedPreferences, ThatAreNoJsonObjectAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, ThatAreNoJsonObjectAreKept) {
     for (const char* text : {"null",
                              "true",
                              "5",
@@ -93,18 +93,18 @@ TEST_F(DamagedPreferences, ThatAreNoJsonObjectAreKept) {
     ASSERT_NO_FATAL_FAILURE(loadAndSave(std::string("{}\0{}", 5)));
 }
 
-TEST_F(DamagedPreferences, WithNumbersBeyondEveryLimitAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, WithNumbersBeyondEveryLimitAreKept) {
     ASSERT_NO_FATAL_FAILURE(loadAndSave(R"({"a": 1e400})"));
     ASSERT_NO_FATAL_FAILURE(loadAndSave(R"({"a": 1)" + std::string(300, '0') + "}"));
     ASSERT_NO_FATAL_FAILURE(loadAndSave(R"({"a": -1e-400})"));
 }
 
-TEST_F(DamagedPreferences, ThatAreEmptyAreNoDamage) {
+TEST_F(JsonPreferencesStoreDamageTest, ThatAreEmptyAreNoDamage) {
     ASSERT_NO_FATAL_FAILURE(loadAndSave(""));
     EXPECT_EQ(text(), "{\n  \"saved\": 1.0\n}\n");
 }
 
-TEST_F(DamagedPreferences, NestedWithoutEndAreKeptAndEndNothing) {
+TEST_F(JsonPreferencesStoreDamageTest, NestedWithoutEndAreKeptAndEndNothing) {
     const auto nested = [](std::size_t depth, const std::string& open, const std::string& close) {
         std::string text = "{\"a\": ";
         for (std::size_t i = 1; i < depth; ++i) text += open;
@@ -128,12 +128,12 @@ TEST_F(DamagedPreferences, NestedWithoutEndAreKeptAndEndNothing) {
     }
 }
 
-TEST_F(DamagedPreferences, WithBracketsInTextsAreNotNested) {
+TEST_F(JsonPreferencesStoreDamageTest, WithBracketsInTextsAreNotNested) {
     ASSERT_NO_FATAL_FAILURE(loadAndSave("{\"a\": \"\\\"" + std::string(1000, '[') + "\"}"));
     ASSERT_NO_FATAL_FAILURE(loadAndSave("{\"" + std::string(1000, '{') + "\\\\\": 1}"));
 }
 
-TEST_F(DamagedPreferences, AreKeptUnderANameThatNothingHas) {
+TEST_F(JsonPreferencesStoreDamageTest, AreKeptUnderANameThatNothingHas) {
     writeFile(path_ + ".damaged", "first");
     fs::create_directory(path_ + ".damaged-2");
     fs::create_symlink("nowhere", path_ + ".damaged-3");
@@ -146,7 +146,7 @@ TEST_F(DamagedPreferences, AreKeptUnderANameThatNothingHas) {
     EXPECT_EQ(log_.lines.size(), 1U);
 }
 
-TEST_F(DamagedPreferences, BehindALinkAreKeptWhereTheyAre) {
+TEST_F(JsonPreferencesStoreDamageTest, BehindALinkAreKeptWhereTheyAre) {
     fs::create_directory(folder_ / "elsewhere");
     writeFile(folder_ / "elsewhere/real.json", "{torn");
     fs::create_symlink("elsewhere/real.json", path_);
@@ -156,7 +156,7 @@ TEST_F(DamagedPreferences, BehindALinkAreKeptWhereTheyAre) {
     EXPECT_EQ(readFile(folder_ / "elsewhere/real.json"), "{\n  \"a\": 1.0\n}\n");
 }
 
-TEST_F(DamagedPreferences, AreToldOfOnceThoughManySavesFollow) {
+TEST_F(JsonPreferencesStoreDamageTest, AreToldOfOnceThoughManySavesFollow) {
     startWith("[1, 2}");
     for (int i = 0; i < 10; ++i) store_->set("a", static_cast<double>(i));
     EXPECT_EQ(log_.lines,
@@ -164,7 +164,7 @@ TEST_F(DamagedPreferences, AreToldOfOnceThoughManySavesFollow) {
     EXPECT_EQ(folder_.names(), (Names{"preferences.json", "preferences.json.damaged"}));
 }
 
-TEST_F(DamagedPreferences, OfTheWrongTypesAreKeptWhenAnotherKeyIsSaved) {
+TEST_F(JsonPreferencesStoreDamageTest, OfTheWrongTypesAreKeptWhenAnotherKeyIsSaved) {
     const std::vector<std::string> values{"null", "true", "0",  "-1e3", "\"\"",       "\"always\"",
                                           "[]",   "[1]",  "{}", "[[]]", "[\"a\", 5]", "{\"a\": [null]}"};
     for (const std::string key : {"selectedDeviceIDs", "isEnabled", "blockMode"}) {
@@ -202,7 +202,7 @@ std::string mutated(std::string text, std::mt19937& random) {
     return text;
 }
 
-TEST_F(DamagedPreferences, OfAnyKindAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, OfAnyKindAreKept) {
     constexpr int rounds = 2000;
     for (const std::uint32_t seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));

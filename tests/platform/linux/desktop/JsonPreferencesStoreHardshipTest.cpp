@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class PreferencesHardship : public PreferencesFixture {
+class JsonPreferencesStoreHardshipTest : public PreferencesFixture {
   protected:
     using Lines = std::vector<std::string>;
 
@@ -44,22 +44,22 @@ class PreferencesHardship : public PreferencesFixture {
     }
 };
 
-TEST_F(PreferencesHardship, AFolderInTheFilesPlaceIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFolderInTheFilesPlaceIsLeftAlone) {
     fs::create_directory(path_);
     expectLeftAlone(EISDIR);
 }
 
-TEST_F(PreferencesHardship, APipeInTheFilesPlaceIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, APipeInTheFilesPlaceIsLeftAlone) {
     ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
     expectLeftAlone(EINVAL);
 }
 
-TEST_F(PreferencesHardship, ALinkToItselfIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, ALinkToItselfIsLeftAlone) {
     fs::create_symlink(path_, path_);
     expectLeftAlone(ELOOP);
 }
 
-TEST_F(PreferencesHardship, AFileWithoutTheRightToReadIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFileWithoutTheRightToReadIsLeftAlone) {
     writeFile(path_, R"({"a": 7})");
     OrdinaryUser::give(folder_.path());
     OrdinaryUser::give(path_);
@@ -74,14 +74,14 @@ TEST_F(PreferencesHardship, AFileWithoutTheRightToReadIsLeftAlone) {
     EXPECT_EQ(text(), "{\"a\": 1.0,\n  \"b\": 2.0,\n  \"c\": 3.0}");
 }
 
-TEST_F(PreferencesHardship, AFileTooLargeIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFileTooLargeIsLeftAlone) {
     const std::string large = "{\"a\": \"" + std::string(10 << 20, 'x') + "\"}";
     writeFile(path_, large);
     expectLeftAlone(EFBIG);
     EXPECT_EQ(text(), large);
 }
 
-TEST_F(PreferencesHardship, AFileOfTheLargestSizeIsRead) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFileOfTheLargestSizeIsRead) {
     std::string large = "{\"b\": \"\"}";
     large.insert(large.size() - 2, SmallTextFile::largestSize - large.size(), 'x');
     EXPECT_NE(startWith(large).object("b"), std::nullopt);
@@ -91,7 +91,7 @@ TEST_F(PreferencesHardship, AFileOfTheLargestSizeIsRead) {
     EXPECT_EQ(text(), large);
 }
 
-TEST_F(PreferencesHardship, AFileInAFolderWithoutRightsIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFileInAFolderWithoutRightsIsLeftAlone) {
     fs::create_directory(folder_ / "closed");
     path_ = folder_ / "closed/preferences.json";
     writeFile(path_, "{}");
@@ -103,7 +103,7 @@ TEST_F(PreferencesHardship, AFileInAFolderWithoutRightsIsLeftAlone) {
     EXPECT_EQ(log_.lines, (Lines{cannotRead(EACCES), cannotSave(EACCES)}));
 }
 
-TEST_F(PreferencesHardship, AFileInAReadOnlyFolderStaysAndTheSaveGoesOutLater) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFileInAReadOnlyFolderStaysAndTheSaveGoesOutLater) {
     writeFile(path_, R"({"x": 0})");
     OrdinaryUser::give(folder_.path());
     OrdinaryUser::give(path_);
@@ -126,7 +126,7 @@ TEST_F(PreferencesHardship, AFileInAReadOnlyFolderStaysAndTheSaveGoesOutLater) {
     EXPECT_EQ(again.object("x"), PreferenceValue(0.0));
 }
 
-TEST_F(PreferencesHardship, AMissingFolderThatCannotBeMadeIsOneLineASave) {
+TEST_F(JsonPreferencesStoreHardshipTest, AMissingFolderThatCannotBeMadeIsOneLineASave) {
     writeFile(folder_ / "file", "");
     path_ = folder_ / "file/ble-kovra/preferences.json";
     start().set("a", 1.0);
@@ -140,13 +140,13 @@ TEST_F(PreferencesHardship, AMissingFolderThatCannotBeMadeIsOneLineASave) {
     EXPECT_EQ(log_.lines, Lines{cannotSave(EACCES)});
 }
 
-TEST_F(PreferencesHardship, AUserWithoutAHomeHasNoPreferences) {
+TEST_F(JsonPreferencesStoreHardshipTest, AUserWithoutAHomeHasNoPreferences) {
     path_.clear();
     start().set("a", 1.0);
     EXPECT_EQ(log_.lines, Lines{cannotSave(ENOENT)});
 }
 
-TEST_F(PreferencesHardship, AFullDiskLeavesTheFileAsItWas) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFullDiskLeavesTheFileAsItWas) {
     const std::string stored = R"({"selectedDeviceIDs": ["a#1:2"], "other": "kept"})";
     for (rlim_t room = 0; room < stored.size(); room += 7) {
         startWith(stored);
@@ -166,7 +166,7 @@ TEST_F(PreferencesHardship, AFullDiskLeavesTheFileAsItWas) {
     EXPECT_EQ(again.object("selectedDeviceIDs"), PreferenceValue(PreferenceArray{std::string("a#1:2")}));
 }
 
-TEST_F(PreferencesHardship, AFullDiskKeepsDamagedPreferencesWhereTheyAre) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFullDiskKeepsDamagedPreferencesWhereTheyAre) {
     startWith("{torn");
     {
         const FileSizeLimit limit(1);
@@ -179,7 +179,7 @@ TEST_F(PreferencesHardship, AFullDiskKeepsDamagedPreferencesWhereTheyAre) {
     EXPECT_EQ(readFile(path_ + ".damaged"), "{torn");
 }
 
-TEST_F(PreferencesHardship, ThePathInALineIsReadable) {
+TEST_F(JsonPreferencesStoreHardshipTest, ThePathInALineIsReadable) {
     path_ = folder_ / "\xFF";
     writeFile(path_, "{");
     start();

@@ -61,13 +61,13 @@ class RussianSystem {
     Environment environment_;
 };
 
-TEST(ReasonLanguage, IsTheUsersForTheFlag) {
+TEST(JsonPreferencesStoreReasonTest, IsTheUsersForTheFlag) {
     const RussianSystem system;
     const TempFolder folder;
     EXPECT_EQ(PosixFileSystem().writeWholeFile(folder.path(), "on").reason(), "это каталог");
 }
 
-TEST(ReasonLanguage, IsTheUsersForThePreferences) {
+TEST(JsonPreferencesStoreReasonTest, IsTheUsersForThePreferences) {
     const RussianSystem system;
     const TempFolder folder;
     FakeLog log;

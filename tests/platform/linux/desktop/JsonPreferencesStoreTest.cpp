@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 using JsonPreferences = PreferencesFixture;
 
-TEST_F(JsonPreferences, AreReadWithTheTypesThatTheyHave) {
+TEST_F(JsonPreferencesStoreTest, AreReadWithTheTypesThatTheyHave) {
     const auto& store = startWith(R"({"b": true, "n": 3, "f": 0.5, "t": "x", "a": ["a", 5, null, {}], "o": {"b": 1}})");
     EXPECT_EQ(store.object("b"), PreferenceValue(true));
     EXPECT_EQ(store.object("n"), PreferenceValue(3.0));
@@ -29,20 +29,20 @@ TEST_F(JsonPreferences, AreReadWithTheTypesThatTheyHave) {
     EXPECT_TRUE(log_.lines.empty());
 }
 
-TEST_F(JsonPreferences, TakeNullForNothingStored) {
+TEST_F(JsonPreferencesStoreTest, TakeNullForNothingStored) {
     const auto& store = startWith(R"({"isEnabled": null})");
     EXPECT_EQ(store.object("isEnabled"), std::nullopt);
     EXPECT_FALSE(store.boolean("isEnabled"));
 }
 
-TEST_F(JsonPreferences, TakeTheLastOfTwoValuesUnderOneKey) {
+TEST_F(JsonPreferencesStoreTest, TakeTheLastOfTwoValuesUnderOneKey) {
     EXPECT_EQ(startWith(R"({"k": 1, "k": 2})").object("k"), PreferenceValue(2.0));
     EXPECT_EQ(startWith(R"({"k": 1, "k": null})").object("k"), std::nullopt);
     store_->set("k", 3.0);
     EXPECT_EQ(start().object("k"), PreferenceValue(3.0));
 }
 
-TEST_F(JsonPreferences, WriteNothingWhenTheyAreLoaded) {
+TEST_F(JsonPreferencesStoreTest, WriteNothingWhenTheyAreLoaded) {
     path_ = folder_ / "config/ble-kovra/preferences.json";
     start();
     EXPECT_TRUE(folder_.names().empty());
@@ -57,7 +57,7 @@ TEST_F(JsonPreferences, WriteNothingWhenTheyAreLoaded) {
     EXPECT_EQ(folder_.names(), Names{"preferences.json"});
 }
 
-TEST_F(JsonPreferences, MakeTheirFoldersForTheUserAlone) {
+TEST_F(JsonPreferencesStoreTest, MakeTheirFoldersForTheUserAlone) {
     path_ = folder_ / "config/ble-kovra/preferences.json";
     start().set("isEnabled", false);
     EXPECT_EQ(text(), "{\n  \"isEnabled\": false\n}\n");
@@ -68,7 +68,7 @@ TEST_F(JsonPreferences, MakeTheirFoldersForTheUserAlone) {
     EXPECT_TRUE(log_.lines.empty());
 }
 
-TEST_F(JsonPreferences, ReplaceTheirOwnKeyAndKeepEveryOtherByte) {
+TEST_F(JsonPreferencesStoreTest, ReplaceTheirOwnKeyAndKeepEveryOtherByte) {
     startWith(
         "  {\"z\" : 1.10,\t\"isEnabled\":true ,\"big\": 123456789012345678901234567890,\n"
         "  \"selectedDeviceIDs\": [\"a\", 5], \"n\\u0061me\": {\"isEnabled\": [1, {\"isEnabled\": \",}\"}]}, \"e\": "
@@ -86,13 +86,13 @@ TEST_F(JsonPreferences, ReplaceTheirOwnKeyAndKeepEveryOtherByte) {
     EXPECT_TRUE(log_.lines.empty());
 }
 
-TEST_F(JsonPreferences, MayBeginWithAByteOrderMark) {
+TEST_F(JsonPreferencesStoreTest, MayBeginWithAByteOrderMark) {
     startWith("\xEF\xBB\xBF{\"a\": 1}").set("b", 2.0);
     EXPECT_EQ(text(), "\xEF\xBB\xBF{\"a\": 1,\n  \"b\": 2.0}");
     EXPECT_EQ(start().object("b"), PreferenceValue(2.0));
 }
 
-TEST_F(JsonPreferences, KeepWhatOthersStoredMeanwhile) {
+TEST_F(JsonPreferencesStoreTest, KeepWhatOthersStoredMeanwhile) {
     startWith(R"({"a": 1, "b": 1})");
     writeFile(path_, R"({"a": 2, "b": 2, "c": 2})");
     store_->set("a", 3.0);
@@ -100,21 +100,21 @@ TEST_F(JsonPreferences, KeepWhatOthersStoredMeanwhile) {
     EXPECT_EQ(text(), R"({"a": 3.0, "b": 2, "c": 2})");
 }
 
-TEST_F(JsonPreferences, AreSavedOnceAndNotAgainWithTheNextKey) {
+TEST_F(JsonPreferencesStoreTest, AreSavedOnceAndNotAgainWithTheNextKey) {
     start().set("a", 1.0);
     writeFile(path_, R"({"a": 2})");
     store_->set("b", 3.0);
     EXPECT_EQ(text(), "{\"a\": 2,\n  \"b\": 3.0}");
 }
 
-TEST_F(JsonPreferences, GoOutWholeAgainWhereTheFileHasGone) {
+TEST_F(JsonPreferencesStoreTest, GoOutWholeAgainWhereTheFileHasGone) {
     startWith(R"({"a": 1, "o": {"deep": [1]}})");
     fs::remove(path_);
     store_->set("b", 2.0);
     EXPECT_EQ(text(), "{\"a\": 1, \"o\": {\"deep\": [1]},\n  \"b\": 2.0}");
 }
 
-TEST_F(JsonPreferences, GoOutWholeAgainWhereTheFileWasDamagedMeanwhile) {
+TEST_F(JsonPreferencesStoreTest, GoOutWholeAgainWhereTheFileWasDamagedMeanwhile) {
     startWith(R"({"a": 1})");
     writeFile(path_, R"({"a": )");
     store_->set("b", 2.0);
@@ -123,7 +123,7 @@ TEST_F(JsonPreferences, GoOutWholeAgainWhereTheFileWasDamagedMeanwhile) {
     EXPECT_TRUE(log_.lines.empty());
 }
 
-TEST_F(JsonPreferences, FollowALinkToTheirFile) {
+TEST_F(JsonPreferencesStoreTest, FollowALinkToTheirFile) {
     fs::create_directory(folder_ / "elsewhere");
     writeFile(folder_ / "elsewhere/real.json", R"({"a": 1})");
     fs::create_symlink("elsewhere/real.json", folder_ / "second");
@@ -137,7 +137,7 @@ TEST_F(JsonPreferences, FollowALinkToTheirFile) {
     EXPECT_EQ(folder_.names(), (Names{"elsewhere", "preferences.json", "second"}));
 }
 
-TEST_F(JsonPreferences, MakeTheFileThatADanglingLinkLeadsTo) {
+TEST_F(JsonPreferencesStoreTest, MakeTheFileThatADanglingLinkLeadsTo) {
     fs::create_symlink("elsewhere/deep/real.json", path_);
     start();
     EXPECT_EQ(folder_.names(), Names{"preferences.json"});
@@ -147,7 +147,7 @@ TEST_F(JsonPreferences, MakeTheFileThatADanglingLinkLeadsTo) {
     EXPECT_TRUE(log_.lines.empty());
 }
 
-TEST_F(JsonPreferences, StoreNoTextThatIsNotUtf8) {
+TEST_F(JsonPreferencesStoreTest, StoreNoTextThatIsNotUtf8) {
     start().set("a\xFF", PreferenceArray{std::string("\xC3"), std::string("b\xED\xA0\x80")});
     EXPECT_EQ(start().object("a\xEF\xBF\xBD"),
               PreferenceValue(
@@ -155,7 +155,7 @@ TEST_F(JsonPreferences, StoreNoTextThatIsNotUtf8) {
     EXPECT_TRUE(log_.lines.empty());
 }
 
-TEST_F(JsonPreferences, StoreNoNumberThatJsonCannotHold) {
+TEST_F(JsonPreferencesStoreTest, StoreNoNumberThatJsonCannotHold) {
     for (const double number : {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
         start().set("n", number);
         EXPECT_EQ(start().object("n"), std::nullopt);
@@ -163,7 +163,7 @@ TEST_F(JsonPreferences, StoreNoNumberThatJsonCannotHold) {
     }
 }
 
-TEST_F(JsonPreferences, LeaveNoDescriptorBehind) {
+TEST_F(JsonPreferencesStoreTest, LeaveNoDescriptorBehind) {
     const auto open = [] { return std::distance(fs::directory_iterator("/dev/fd"), fs::directory_iterator()); };
     const auto before = open();
     start().set("a", 1.0);
@@ -176,19 +176,19 @@ TEST_F(JsonPreferences, LeaveNoDescriptorBehind) {
     EXPECT_EQ(open(), before);
 }
 
-class PreferencesPath : public testing::Test {
+class JsonPreferencesStorePathTest : public testing::Test {
   protected:
-    PreferencesPath() { environment_.unset({"XDG_CONFIG_HOME", "HOME"}); }
+    JsonPreferencesStorePathTest() { environment_.unset({"XDG_CONFIG_HOME", "HOME"}); }
     Environment environment_;
 };
 
-TEST_F(PreferencesPath, IsInTheFolderForConfiguration) {
+TEST_F(JsonPreferencesStorePathTest, IsInTheFolderForConfiguration) {
     environment_.set("XDG_CONFIG_HOME", "/somewhere/else");
     environment_.set("HOME", "/somewhere/user");
     EXPECT_EQ(standardPreferencesPath(), "/somewhere/else/ble-kovra/preferences.json");
 }
 
-TEST_F(PreferencesPath, IsInTheHomeWhereThatFolderIsNotNamed) {
+TEST_F(JsonPreferencesStorePathTest, IsInTheHomeWhereThatFolderIsNotNamed) {
     environment_.set("HOME", "/somewhere/user");
     EXPECT_EQ(standardPreferencesPath(), "/somewhere/user/.config/ble-kovra/preferences.json");
     for (const char* notAbsolute : {"", "relative", "./config", "~/config"}) {
@@ -197,7 +197,7 @@ TEST_F(PreferencesPath, IsInTheHomeWhereThatFolderIsNotNamed) {
     }
 }
 
-TEST_F(PreferencesPath, IsInTheHomeThatTheSystemKnowsWhereNoneIsNamed) {
+TEST_F(JsonPreferencesStorePathTest, IsInTheHomeThatTheSystemKnowsWhereNoneIsNamed) {
     const passwd* user = ::getpwuid(::getuid());
     const std::string expected =
         user == nullptr ? "" : std::string(user->pw_dir) + "/.config/ble-kovra/preferences.json";

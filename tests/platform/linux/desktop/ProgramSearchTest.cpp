@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(ProgramSearch, FindsTheFirstOfThePathThatMayBeRun) {
+TEST(ProgramSearchTest, FindsTheFirstOfThePathThatMayBeRun) {
     const Scripts scripts;
     for (const char* folder : {"folder", "file", "program"}) fs::create_directory(scripts / folder);
     fs::create_directory(scripts / "folder/tool");
@@ -30,7 +30,7 @@ TEST(ProgramSearch, FindsTheFirstOfThePathThatMayBeRun) {
     EXPECT_EQ(findProgram("tool"), std::nullopt);
 }
 
-TEST(ProgramSearch, FindsItsOwnProgram) { EXPECT_EQ(ownProgram(), fs::canonical("/proc/self/exe")); }
+TEST(ProgramSearchTest, FindsItsOwnProgram) { EXPECT_EQ(ownProgram(), fs::canonical("/proc/self/exe")); }
 
 }  // namespace
 }  // namespace kovra

@@ -35,7 +35,7 @@ class XdgDriver {
     std::optional<Rights> rights_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Xdg, LoginServiceContract, XdgDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(XdgLoginService, LoginServiceContract, XdgDriver);
 
 }  // namespace
 }  // namespace kovra

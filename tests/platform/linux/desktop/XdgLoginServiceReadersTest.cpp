@@ -13,12 +13,12 @@ namespace kovra {
 namespace {
 
 // The entry as others read it: systemd, which starts it on desktops that it runs, and the validator of such files.
-class AutostartReaders : public testing::Test {
+class XdgLoginServiceReadersTest : public testing::Test {
   protected:
     static constexpr const char* generator = "/usr/lib/systemd/user-generators/systemd-xdg-autostart-generator";
     static constexpr const char* validator = "/usr/bin/desktop-file-validate";
 
-    AutostartReaders() {
+    XdgLoginServiceReadersTest() {
         environment_.set("XDG_CONFIG_HOME", scripts_ / "own");
         environment_.set("XDG_CONFIG_DIRS", scripts_ / "system");
         environment_.set("XDG_CURRENT_DESKTOP", "KDE");
@@ -45,7 +45,7 @@ class AutostartReaders : public testing::Test {
     const std::string entry_ = scripts_ / "own/autostart/org.ble_kovra.BLEKovra.desktop";
 };
 
-TEST_F(AutostartReaders, AgreeWithEveryState) {
+TEST_F(XdgLoginServiceReadersTest, AgreeWithEveryState) {
     const std::string program = scripts_.make("");
     XdgLoginService login(program);
     EXPECT_EQ(startedBySystemd(), "");
@@ -67,7 +67,7 @@ TEST_F(AutostartReaders, AgreeWithEveryState) {
     EXPECT_EQ(complaints(), "");
 }
 
-TEST_F(AutostartReaders, FindTheProgramWhateverItsPath) {
+TEST_F(XdgLoginServiceReadersTest, FindTheProgramWhateverItsPath) {
     // Of a path with a percent sign or a backslash systemd (252) does not find the file.
     for (const char* name : {"with blanks", "dollar $HOME", "quotes\"and`ticks", "д&;#'"}) {
         XdgLoginService login(scripts_.make(": >$here/started", name));

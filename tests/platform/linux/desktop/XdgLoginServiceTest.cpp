@@ -45,23 +45,23 @@ struct XdgLogin : testing::Test {
     const std::string exec = "Exec=" + (folder / "bin/there") + "\n";
 };
 
-TEST_F(XdgLogin, IsNotRegisteredWithoutAnEntry) { EXPECT_EQ(login.status(), LoginStatus::notRegistered); }
+TEST_F(XdgLoginServiceTest, IsNotRegisteredWithoutAnEntry) { EXPECT_EQ(login.status(), LoginStatus::notRegistered); }
 
-TEST_F(XdgLogin, IsEnabledByAnEntryWhoseProgramIsThere) {
+TEST_F(XdgLoginServiceTest, IsEnabledByAnEntryWhoseProgramIsThere) {
     enter("Exec=there\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
     enter("Exec=\"" + (folder / "bin/there") + "\" %U\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLogin, IsReadAfreshEachTime) {
+TEST_F(XdgLoginServiceTest, IsReadAfreshEachTime) {
     enter("Exec=there\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
     std::filesystem::remove(entryIn("own"));
     EXPECT_EQ(login.status(), LoginStatus::notRegistered);
 }
 
-TEST_F(XdgLogin, IsNotRegisteredWhereTheDesktopsSettingsSwitchedItOff) {
+TEST_F(XdgLoginServiceTest, IsNotRegisteredWhereTheDesktopsSettingsSwitchedItOff) {
     enter("Exec=there\nHidden=true\n");
     EXPECT_EQ(login.status(), LoginStatus::notRegistered);
     enter("Exec=there\nX-GNOME-Autostart-enabled=false\n");
@@ -70,7 +70,7 @@ TEST_F(XdgLogin, IsNotRegisteredWhereTheDesktopsSettingsSwitchedItOff) {
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLogin, NeedsApprovalWhereTheEntryIsForOtherDesktops) {
+TEST_F(XdgLoginServiceTest, NeedsApprovalWhereTheEntryIsForOtherDesktops) {
     enter("Exec=there\nOnlyShowIn=KDE;XFCE;\n");
     EXPECT_EQ(login.status(), LoginStatus::requiresApproval);
     enter("Exec=there\nNotShowIn=GNOME;\n");
@@ -81,7 +81,7 @@ TEST_F(XdgLogin, NeedsApprovalWhereTheEntryIsForOtherDesktops) {
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLogin, IsNotFoundWhereTheProgramHasGone) {
+TEST_F(XdgLoginServiceTest, IsNotFoundWhereTheProgramHasGone) {
     for (const char* lines :
          {"Exec=gone\n", "Exec=/nowhere/ble-kovra\n", "Exec=there\nTryExec=gone\n", "", "Exec=\n"}) {
         enter(lines);
@@ -91,7 +91,7 @@ TEST_F(XdgLogin, IsNotFoundWhereTheProgramHasGone) {
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLogin, TakesTheUsersEntryBeforeTheSystemsAndTheFirstOfThese) {
+TEST_F(XdgLoginServiceTest, TakesTheUsersEntryBeforeTheSystemsAndTheFirstOfThese) {
     enter("Exec=there\n", "second");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
     enter("Exec=there\nHidden=true\n", "first");
@@ -100,26 +100,26 @@ TEST_F(XdgLogin, TakesTheUsersEntryBeforeTheSystemsAndTheFirstOfThese) {
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLogin, IsNotFoundWhereTheEntryCannotBeRead) {
+TEST_F(XdgLoginServiceTest, IsNotFoundWhereTheEntryCannotBeRead) {
     std::filesystem::create_directories(entryIn("own"));
     enter("Exec=there\n", "first");
     EXPECT_EQ(login.status(), LoginStatus::notFound);
 }
 
-TEST_F(XdgLogin, PassesOverFoldersThatAreFiles) {
+TEST_F(XdgLoginServiceTest, PassesOverFoldersThatAreFiles) {
     write(folder / "own", "");
     enter("Exec=there\n", "first");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLogin, LooksInTheStandardPlacesWhereNothingIsSet) {
+TEST_F(XdgLoginServiceTest, LooksInTheStandardPlacesWhereNothingIsSet) {
     environment.unset({"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"});
     environment.set("HOME", folder.path().string());
     write(folder / ".config/autostart/org.ble_kovra.BLEKovra.desktop", "[Desktop Entry]\nExec=there\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLogin, RegistersByAnEntryThatNamesTheRunningProgram) {
+TEST_F(XdgLoginServiceTest, RegistersByAnEntryThatNamesTheRunningProgram) {
     EXPECT_TRUE(login.registerApplication());
     EXPECT_EQ(entry(), "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec +
                            "Icon=ble-kovra\nX-GNOME-Autostart-enabled=true\n");
@@ -129,7 +129,7 @@ TEST_F(XdgLogin, RegistersByAnEntryThatNamesTheRunningProgram) {
     EXPECT_TRUE(folder.names("own/autostart").empty());
 }
 
-TEST_F(XdgLogin, RegistersAgainWhatTheDesktopsSettingsSwitchedOffAndKeepsTheRest) {
+TEST_F(XdgLoginServiceTest, RegistersAgainWhatTheDesktopsSettingsSwitchedOffAndKeepsTheRest) {
     const std::string rest = "Name[de]=Trackpad aus\nX-GNOME-Autostart-Delay=7\n# mine\n";
     for (const std::string off :
          {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n", "Hidden=true\nX-GNOME-Autostart-enabled=false\n"}) {
@@ -141,7 +141,7 @@ TEST_F(XdgLogin, RegistersAgainWhatTheDesktopsSettingsSwitchedOffAndKeepsTheRest
     }
 }
 
-TEST_F(XdgLogin, RegistersTheRunningProgramInPlaceOfOneThatMoved) {
+TEST_F(XdgLoginServiceTest, RegistersTheRunningProgramInPlaceOfOneThatMoved) {
     enter("Exec=/nowhere/ble-kovra --once\nTryExec=/nowhere/ble-kovra\n");
     EXPECT_EQ(login.status(), LoginStatus::notFound);
     EXPECT_TRUE(login.registerApplication());
@@ -150,14 +150,14 @@ TEST_F(XdgLogin, RegistersTheRunningProgramInPlaceOfOneThatMoved) {
               "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec + "X-GNOME-Autostart-enabled=true\n");
 }
 
-TEST_F(XdgLogin, KeepsTheArgumentsThatTheUserGaveTheProgram) {
+TEST_F(XdgLoginServiceTest, KeepsTheArgumentsThatTheUserGaveTheProgram) {
     const std::string line = "Exec=\"" + (folder / "bin/there") + "\" --of-the-user\n";
     enter(line + "Hidden=true\n");
     EXPECT_TRUE(login.registerApplication());
     EXPECT_NE(entry().find(line), std::string::npos);
 }
 
-TEST_F(XdgLogin, RegistersForThisDesktopWhatWasForOthers) {
+TEST_F(XdgLoginServiceTest, RegistersForThisDesktopWhatWasForOthers) {
     for (const std::string excluded :
          {"OnlyShowIn=KDE;\n", "NotShowIn=GNOME;\n", "OnlyShowIn=GNOME;\nNotShowIn=ubuntu;\n"}) {
         enter(exec + excluded);
@@ -170,7 +170,7 @@ TEST_F(XdgLogin, RegistersForThisDesktopWhatWasForOthers) {
     EXPECT_NE(entry().find("OnlyShowIn=GNOME;\n"), std::string::npos) << "it did not stand in the way";
 }
 
-TEST_F(XdgLogin, RegistersWhereTheEntryIsNoEntry) {
+TEST_F(XdgLoginServiceTest, RegistersWhereTheEntryIsNoEntry) {
     for (const std::string text : {"", "\n\n", "no entry", "Exec=there\n", "[Desktop Action New]\nExec=there\n"}) {
         write(entryIn("own"), text);
         EXPECT_TRUE(login.registerApplication());
@@ -183,7 +183,7 @@ TEST_F(XdgLogin, RegistersWhereTheEntryIsNoEntry) {
               "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec + "X-GNOME-Autostart-enabled=true\n");
 }
 
-TEST_F(XdgLogin, HidesAnEntryOfTheSystemAndShowsItAgain) {
+TEST_F(XdgLoginServiceTest, HidesAnEntryOfTheSystemAndShowsItAgain) {
     enter("Exec=there\n", "second");
     const std::string system = entry("second");
     EXPECT_TRUE(login.unregisterApplication());
@@ -197,7 +197,7 @@ TEST_F(XdgLogin, HidesAnEntryOfTheSystemAndShowsItAgain) {
     EXPECT_EQ(entry("second"), system);
 }
 
-TEST_F(XdgLogin, UnregistersByHidingAnEntryThatTheUserEdited) {
+TEST_F(XdgLoginServiceTest, UnregistersByHidingAnEntryThatTheUserEdited) {
     const std::string enabled = "X-GNOME-Autostart-enabled=true\n";
     for (const std::string& edited :
          {"Exec=there --of-the-user\n" + enabled, "Exec=\"" + (folder / "bin/there") + "\" %U\n",
@@ -216,7 +216,7 @@ TEST_F(XdgLogin, UnregistersByHidingAnEntryThatTheUserEdited) {
     EXPECT_EQ(entry(), before + "Hidden=true\n");
 }
 
-TEST_F(XdgLogin, UnregistersByRemovingAnEntryThatSaysNoMoreThanItsOwn) {
+TEST_F(XdgLoginServiceTest, UnregistersByRemovingAnEntryThatSaysNoMoreThanItsOwn) {
     for (const std::string& text : {exec, exec + "\nX-GNOME-Autostart-enabled=true\n", std::string("Exec=there\n"),
                                     std::string("Exec=\"/nowhere/of old/ble-kovra\"\nIcon=ble-kovra\n")}) {
         enter(text);
@@ -225,7 +225,7 @@ TEST_F(XdgLogin, UnregistersByRemovingAnEntryThatSaysNoMoreThanItsOwn) {
     }
 }
 
-TEST_F(XdgLogin, LeavesWhatALinkLeadsTo) {
+TEST_F(XdgLoginServiceTest, LeavesWhatALinkLeadsTo) {
     enter("Exec=gone\n", "elsewhere");
     const std::string target = entryIn("elsewhere"), before = entry("elsewhere");
     std::filesystem::create_directories(folder / "own/autostart");
@@ -252,7 +252,7 @@ TEST_F(XdgLogin, LeavesWhatALinkLeadsTo) {
     EXPECT_FALSE(std::filesystem::exists(folder / "nothing"));
 }
 
-TEST_F(XdgLogin, ChangesNothingInAFolderThatIsReadOnly) {
+TEST_F(XdgLoginServiceTest, ChangesNothingInAFolderThatIsReadOnly) {
     enter("Exec=gone\n");
     const std::string before = entry();
     for (const char* path : {"", "own", "own/autostart"}) OrdinaryUser::give(folder / path);
@@ -264,7 +264,7 @@ TEST_F(XdgLogin, ChangesNothingInAFolderThatIsReadOnly) {
     EXPECT_EQ(folder.names("own/autostart").size(), 1U);
 }
 
-TEST_F(XdgLogin, ChangesNothingOnAFullDisk) {
+TEST_F(XdgLoginServiceTest, ChangesNothingOnAFullDisk) {
     enter("Exec=gone\n");
     const std::string before = entry();
     std::string reason;
@@ -277,7 +277,7 @@ TEST_F(XdgLogin, ChangesNothingOnAFullDisk) {
     EXPECT_EQ(folder.names("own/autostart").size(), 1U);
 }
 
-TEST_F(XdgLogin, ChangesNoEntryThatItCannotRead) {
+TEST_F(XdgLoginServiceTest, ChangesNoEntryThatItCannotRead) {
     std::filesystem::create_directories(entryIn("own"));
     EXPECT_EQ(login.registerApplication().reason(), reasonOf(EISDIR));
     EXPECT_EQ(login.unregisterApplication().reason(), reasonOf(EISDIR));
@@ -292,19 +292,19 @@ TEST_F(XdgLogin, ChangesNoEntryThatItCannotRead) {
     EXPECT_EQ(folder.names("own/autostart").size(), 1U);
 }
 
-TEST_F(XdgLogin, NeedsAPlaceForItsEntry) {
+TEST_F(XdgLoginServiceTest, NeedsAPlaceForItsEntry) {
     write(folder / "own", "");
     EXPECT_EQ(login.registerApplication().reason(), reasonOf(ENOTDIR));
     EXPECT_TRUE(login.unregisterApplication());
     EXPECT_EQ(readFile(folder / "own"), "");
 }
 
-TEST_F(XdgLogin, RefusesAProgramWhosePathIsNoText) {
+TEST_F(XdgLoginServiceTest, RefusesAProgramWhosePathIsNoText) {
     EXPECT_EQ(XdgLoginService("/\xFF/ble-kovra").registerApplication().reason(), reasonOf(EILSEQ));
     EXPECT_FALSE(std::filesystem::exists(folder / "own"));
 }
 
-TEST_F(XdgLogin, ChangesNobodyElsesEntry) {
+TEST_F(XdgLoginServiceTest, ChangesNobodyElsesEntry) {
     for (const char* base : {"own", "first"}) {
         write(folder / base + "/autostart/org.example.Other.desktop", "[Desktop Entry]\nName=other\n");
         write(folder / base + "/autostart/ble-kovra.desktop", "[Desktop Entry]\nExec=ble-kovra\n");

@@ -267,7 +267,7 @@ TEST_F(BluezHIDPresenceTest, TakesForThereWhatMakesNoSense) {
 }
 
 // A service of that name that the bus could start.
-TEST(BluezHIDPresence, StartsNoService) {
+TEST(BluezHIDPresenceServiceTest, StartsNoService) {
     const TempFolder home;
     Environment environment;
     environment.set("XDG_DATA_HOME", home.path().string());

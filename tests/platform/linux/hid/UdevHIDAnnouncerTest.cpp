@@ -13,9 +13,9 @@ using News = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 
 // The announcer alone, on a bus of its own and in time that only the test moves.
-class UdevHIDAnnouncing : public testing::Test {
+class UdevHIDAnnouncerTest : public testing::Test {
   protected:
-    UdevHIDAnnouncing() {
+    UdevHIDAnnouncerTest() {
         announcer_->attached = [this](const HIDDevice& device) { record('+', device); };
         announcer_->removed = [this](const HIDDevice& device) { record('-', device); };
     }
@@ -37,7 +37,7 @@ class UdevHIDAnnouncing : public testing::Test {
     News told_;
 };
 
-TEST_F(UdevHIDAnnouncing, WaitsForADriverThreeHundredMilliseconds) {
+TEST_F(UdevHIDAnnouncerTest, WaitsForADriverThreeHundredMilliseconds) {
     const MockHIDNode node = appeared({.driver = std::nullopt});
     announcer_->look(node.name);
     queue_.advance(299ms);
@@ -47,7 +47,7 @@ TEST_F(UdevHIDAnnouncing, WaitsForADriverThreeHundredMilliseconds) {
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
-TEST_F(UdevHIDAnnouncing, CountsThemFromTheFirstLook) {
+TEST_F(UdevHIDAnnouncerTest, CountsThemFromTheFirstLook) {
     const MockHIDNode node = appeared({.driver = std::nullopt});
     announcer_->look(node.name);
     queue_.advance(200ms);
@@ -56,7 +56,7 @@ TEST_F(UdevHIDAnnouncing, CountsThemFromTheFirstLook) {
     EXPECT_EQ(news(), News{"+apple"});
 }
 
-TEST_F(UdevHIDAnnouncing, WaitsNoLongerOnceThereIsADriver) {
+TEST_F(UdevHIDAnnouncerTest, WaitsNoLongerOnceThereIsADriver) {
     MockHIDNode node = appeared({.driver = std::nullopt});
     announcer_->look(node.name);
     queue_.advance(100ms);
@@ -67,7 +67,7 @@ TEST_F(UdevHIDAnnouncing, WaitsNoLongerOnceThereIsADriver) {
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
-TEST_F(UdevHIDAnnouncing, WaitsForNothingOnceADeviceIsAnnouncedWhateverItsDriver) {
+TEST_F(UdevHIDAnnouncerTest, WaitsForNothingOnceADeviceIsAnnouncedWhateverItsDriver) {
     MockHIDNode node = appeared({});
     announcer_->look(node.name);
     node.driver = std::nullopt;
@@ -78,7 +78,7 @@ TEST_F(UdevHIDAnnouncing, WaitsForNothingOnceADeviceIsAnnouncedWhateverItsDriver
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
-TEST_F(UdevHIDAnnouncing, ReadsTheNameAfterTheWaitAndNotBefore) {
+TEST_F(UdevHIDAnnouncerTest, ReadsTheNameAfterTheWaitAndNotBefore) {
     MockHIDNode node = appeared({.driver = std::nullopt});
     announcer_->look(node.name);
     node.product = "pear";
@@ -87,7 +87,7 @@ TEST_F(UdevHIDAnnouncing, ReadsTheNameAfterTheWaitAndNotBefore) {
     EXPECT_EQ(news(), News{"+pear"});
 }
 
-TEST_F(UdevHIDAnnouncing, WaitsForNothingThatHasGone) {
+TEST_F(UdevHIDAnnouncerTest, WaitsForNothingThatHasGone) {
     const MockHIDNode node = appeared({.driver = std::nullopt});
     announcer_->look(node.name);
     bus_.vanish(node.name);
@@ -96,7 +96,7 @@ TEST_F(UdevHIDAnnouncing, WaitsForNothingThatHasGone) {
     EXPECT_EQ(news(), News());
 }
 
-TEST_F(UdevHIDAnnouncing, WaitsForNothingOnceItIsDestroyed) {
+TEST_F(UdevHIDAnnouncerTest, WaitsForNothingOnceItIsDestroyed) {
     const MockHIDNode node = appeared({.driver = std::nullopt});
     announcer_->look(node.name);
     announcer_.reset();
@@ -105,7 +105,7 @@ TEST_F(UdevHIDAnnouncing, WaitsForNothingOnceItIsDestroyed) {
     EXPECT_EQ(news(), News());
 }
 
-TEST_F(UdevHIDAnnouncing, IsSilentInTheMiddleOfARenameIfItsOwnerGoes) {
+TEST_F(UdevHIDAnnouncerTest, IsSilentInTheMiddleOfARenameIfItsOwnerGoes) {
     MockHIDNode node = appeared({});
     announcer_->look(node.name);
     announcer_->removed = [this](const HIDDevice& device) {
@@ -118,7 +118,7 @@ TEST_F(UdevHIDAnnouncing, IsSilentInTheMiddleOfARenameIfItsOwnerGoes) {
     EXPECT_EQ(news(), (News{"+apple", "-apple"}));
 }
 
-TEST_F(UdevHIDAnnouncing, KnowsWhatIsThereWhatItWaitsForAndWhatItAnnounced) {
+TEST_F(UdevHIDAnnouncerTest, KnowsWhatIsThereWhatItWaitsForAndWhatItAnnounced) {
     const MockHIDNode gone = appeared({});
     const MockHIDNode awaited = appeared({.driver = std::nullopt});
     announcer_->look(gone.name);
@@ -143,7 +143,7 @@ class NoDescriptors {
     rlimit before_{};
 };
 
-TEST_F(UdevHIDAnnouncing, KeepsWhatItCannotReadForWantOfDescriptorsAndLooksAgain) {
+TEST_F(UdevHIDAnnouncerTest, KeepsWhatItCannotReadForWantOfDescriptorsAndLooksAgain) {
     // Sets off a wait once beforehand: the sanitizer checks a type when it first meets it, and needs descriptors to.
     announcer_->look(appeared({.product = "first", .driver = std::nullopt}).name);
     const MockHIDNode known = appeared({.product = "known"});

@@ -26,28 +26,28 @@ Numbers numbersOf(std::optional<std::string_view> hidID) {
     return {device.integerProperty("VendorID"), device.integerProperty("ProductID")};
 }
 
-TEST(UdevHIDDevice, TakesItsNumberFromTheEndOfTheNodesName) {
+TEST(UdevHIDDeviceTest, TakesItsNumberFromTheEndOfTheNodesName) {
     EXPECT_EQ(numberOf("0003:046D:C077.0001"), 1U);
     EXPECT_EQ(numberOf("0005:046D:B023.00AF"), 0xAFU);
     EXPECT_EQ(numberOf("0003:046D:C077.1F00A"), 0x1F00AU);
     EXPECT_EQ(numberOf("0003:046D:C077.FFFFFFFF"), 0xFFFFFFFFU);
 }
 
-TEST(UdevHIDDevice, HasNoNumberWithoutSuchAnEnd) {
+TEST(UdevHIDDeviceTest, HasNoNumberWithoutSuchAnEnd) {
     for (const char* name : {"", ".", "0003:046D:C077", "0003:046D:C077.", "0003:046D:C077.00G1", "0003:046D:C077.-1",
                              "0003:046D:C077.0x1", "0003:046D:C077.0001 ", "a.b.x", "0003:046D:C077.100000000"}) {
         EXPECT_EQ(numberOf(name), std::nullopt) << name;
     }
 }
 
-TEST(UdevHIDDevice, HasAHandleThatIsTheSameEachTimeAndNoOthersNumber) {
+TEST(UdevHIDDeviceTest, HasAHandleThatIsTheSameEachTimeAndNoOthersNumber) {
     const auto handleOf = [](std::string_view name) { return UdevHIDDevice(name, {}, {}).handle(); };
     EXPECT_EQ(handleOf("odd"), handleOf("odd"));
     EXPECT_NE(handleOf("odd"), handleOf("even"));
     EXPECT_GT(handleOf("odd"), 0xFFFFFFFFU);
 }
 
-TEST(UdevHIDDevice, ReadsTheNumbersAsHexadecimal) {
+TEST(UdevHIDDeviceTest, ReadsTheNumbersAsHexadecimal) {
     EXPECT_EQ(numbersOf("0003:00001234:00005678"), Numbers(4660, 22136));
     EXPECT_EQ(numbersOf("0005:0000046d:0000b023"), Numbers(1133, 45091));
     EXPECT_EQ(numbersOf("3:1:2"), Numbers(1, 2));
@@ -55,7 +55,7 @@ TEST(UdevHIDDevice, ReadsTheNumbersAsHexadecimal) {
     EXPECT_EQ(numbersOf("0018:FFFFFFFF:FFFFFFFE"), Numbers(4294967295, 4294967294));
 }
 
-TEST(UdevHIDDevice, HasNoNumbersFromAnIDThatIsNone) {
+TEST(UdevHIDDeviceTest, HasNoNumbersFromAnIDThatIsNone) {
     EXPECT_EQ(numbersOf(std::nullopt), Numbers());
     for (const char* id : {"", ":", "::", ":::", "0003", "0003:0000046D", "0003:0000046D:", "0003::0000C077",
                            ":0000046D:0000C077", "0003:0000046D:0000C077:1", "0003:0000046D:0000C07G",
@@ -64,14 +64,14 @@ TEST(UdevHIDDevice, HasNoNumbersFromAnIDThatIsNone) {
     }
 }
 
-TEST(UdevHIDDevice, KeepsANameAsItIs) {
+TEST(UdevHIDDeviceTest, KeepsANameAsItIs) {
     for (const char* name : {"apple", " ", "Мышь", "a#1:2", "%s%n", "HID", "HID Mouse", "HID 046d", "HID 046d:c077 ",
                              "hid 046d:c077", "HID 046d-c077", "HID 046g:c077", "HID  46d:c077"}) {
         EXPECT_EQ(nameOf(name), name) << name;
     }
 }
 
-TEST(UdevHIDDevice, TakesNoNameFromTheKernelForOne) {
+TEST(UdevHIDDeviceTest, TakesNoNameFromTheKernelForOne) {
     EXPECT_EQ(nameOf(std::nullopt), std::nullopt);
     EXPECT_EQ(nameOf(""), std::nullopt);
     EXPECT_EQ(nameOf("HID 1234:5678"), std::nullopt);
@@ -79,18 +79,18 @@ TEST(UdevHIDDevice, TakesNoNameFromTheKernelForOne) {
     EXPECT_EQ(nameOf("HID 046D:C077"), std::nullopt);
 }
 
-TEST(UdevHIDDevice, KeepsALongNameWhole) {
+TEST(UdevHIDDeviceTest, KeepsALongNameWhole) {
     const std::string name(4096, 'x');
     EXPECT_EQ(nameOf(name), name);
 }
 
-TEST(UdevHIDDevice, ReplacesWhatIsNoText) {
+TEST(UdevHIDDeviceTest, ReplacesWhatIsNoText) {
     EXPECT_EQ(nameOf("a\xFFz"), "a\xEF\xBF\xBDz");
     EXPECT_EQ(nameOf("\xD0"), "\xEF\xBF\xBD");
     EXPECT_EQ(nameOf("\xC0\xAF"), "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
-TEST(UdevHIDDevice, DiffersFromAnotherInNameAndNumbers) {
+TEST(UdevHIDDeviceTest, DiffersFromAnotherInNameAndNumbers) {
     const UdevHIDDevice device(someNode, someID, "apple");
     EXPECT_EQ(device, UdevHIDDevice(someNode, someID, "apple"));
     EXPECT_FALSE(device == UdevHIDDevice(someNode, someID, "pear"));
@@ -121,7 +121,7 @@ class AnyBytes {
     std::mt19937_64 generator_;
 };
 
-TEST(UdevHIDDevice, SurvivesPropertiesOfAnyBytes) {
+TEST(UdevHIDDeviceTest, SurvivesPropertiesOfAnyBytes) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::cout << "seed " << seed << '\n';
@@ -138,7 +138,7 @@ TEST(UdevHIDDevice, SurvivesPropertiesOfAnyBytes) {
     }
 }
 
-TEST(UdevHIDDevice, SurvivesNodesOfAnyBytes) {
+TEST(UdevHIDDeviceTest, SurvivesNodesOfAnyBytes) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::cout << "seed " << seed << '\n';

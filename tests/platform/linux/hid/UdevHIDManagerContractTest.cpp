@@ -48,7 +48,7 @@ class UdevDriver {
     std::map<std::string, MockHIDNode> nodes_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Udev, HIDManagerContract, UdevDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(UdevHIDManager, HIDManagerContract, UdevDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -10,17 +10,17 @@ using News = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 using Clock = std::chrono::steady_clock;
 
-class UdevHIDAtStart : public testing::Test {
+class UdevHIDServiceAtStartTest : public testing::Test {
   protected:
-    ~UdevHIDAtStart() override { EXPECT_EQ(rig_.log.lines, News()); }
+    ~UdevHIDServiceAtStartTest() override { EXPECT_EQ(rig_.log.lines, News()); }
 
     UdevHIDRig rig_;
     MockHIDBus& bus_ = rig_.bus;
 };
 
-class UdevHID : public UdevHIDAtStart {
+class UdevHIDServiceTest : public UdevHIDServiceAtStartTest {
   protected:
-    UdevHID() { rig_.open(); }
+    UdevHIDServiceTest() { rig_.open(); }
 
     // A mouse that has been announced under number 1.
     MockHIDNode announced(MockHIDNode node = {}) {
@@ -31,14 +31,14 @@ class UdevHID : public UdevHIDAtStart {
     }
 };
 
-TEST_F(UdevHID, AnnouncesABoundDeviceAtItsFirstEvent) {
+TEST_F(UdevHIDServiceTest, AnnouncesABoundDeviceAtItsFirstEvent) {
     const MockHIDNode node{.name = bus_.nextName()};
     bus_.appear(node);
     bus_.tell(node.name, "add");
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
 }
 
-TEST_F(UdevHID, WaitsForADriverToGiveTheName) {
+TEST_F(UdevHIDServiceTest, WaitsForADriverToGiveTheName) {
     MockHIDNode node{.name = bus_.nextName(), .product = "Wireless Mouse PID:4023", .driver = std::nullopt};
     bus_.plug(node);
     EXPECT_EQ(rig_.news(), News());
@@ -51,7 +51,7 @@ TEST_F(UdevHID, WaitsForADriverToGiveTheName) {
     EXPECT_EQ(rig_.news(), News());
 }
 
-TEST_F(UdevHID, AnnouncesADeviceThatNoDriverTakesAfterAWhile) {
+TEST_F(UdevHIDServiceTest, AnnouncesADeviceThatNoDriverTakesAfterAWhile) {
     const auto plugged = Clock::now();
     bus_.plug({.name = bus_.nextName(), .driver = std::nullopt});
     ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
@@ -59,7 +59,7 @@ TEST_F(UdevHID, AnnouncesADeviceThatNoDriverTakesAfterAWhile) {
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
 }
 
-TEST_F(UdevHID, NeverAnnouncesAnUnboundDeviceThatSoonGoesAgain) {
+TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatSoonGoesAgain) {
     const MockHIDNode node{.name = bus_.nextName(), .driver = std::nullopt};
     bus_.plug(node);
     rig_.settle();
@@ -68,7 +68,7 @@ TEST_F(UdevHID, NeverAnnouncesAnUnboundDeviceThatSoonGoesAgain) {
     EXPECT_EQ(rig_.news(), News());
 }
 
-TEST_F(UdevHID, NeverAnnouncesAnUnboundDeviceThatGoesUnnoticed) {
+TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatGoesUnnoticed) {
     const MockHIDNode node{.name = bus_.nextName(), .driver = std::nullopt};
     bus_.plug(node);
     rig_.settle();
@@ -77,7 +77,7 @@ TEST_F(UdevHID, NeverAnnouncesAnUnboundDeviceThatGoesUnnoticed) {
     EXPECT_EQ(rig_.news(), News());
 }
 
-TEST_F(UdevHID, ReportsARenameAsRemovalAndAttachmentOfTheSameInterface) {
+TEST_F(UdevHIDServiceTest, ReportsARenameAsRemovalAndAttachmentOfTheSameInterface) {
     MockHIDNode node = announced();
     node.product = "pear";
     bus_.show(node);
@@ -85,7 +85,7 @@ TEST_F(UdevHID, ReportsARenameAsRemovalAndAttachmentOfTheSameInterface) {
     EXPECT_EQ(rig_.news(), (News{"-1 apple", "+1 pear"}));
 }
 
-TEST_F(UdevHID, ReadsTheNameAgainAtAnyEvent) {
+TEST_F(UdevHIDServiceTest, ReadsTheNameAgainAtAnyEvent) {
     MockHIDNode node = announced();
     std::string last = "apple";
     for (const std::string action : {"add", "change", "bind", "unbind", "remove", "move", "online"}) {
@@ -97,7 +97,7 @@ TEST_F(UdevHID, ReadsTheNameAgainAtAnyEvent) {
     }
 }
 
-TEST_F(UdevHID, ReportsOtherNumbersAsRemovalAndAttachment) {
+TEST_F(UdevHIDServiceTest, ReportsOtherNumbersAsRemovalAndAttachment) {
     MockHIDNode node = announced();
     node.id = "0003:0000046D:0000C07E";
     bus_.show(node);
@@ -105,7 +105,7 @@ TEST_F(UdevHID, ReportsOtherNumbersAsRemovalAndAttachment) {
     EXPECT_EQ(rig_.news(), (News{"-1 apple", "+1 apple"}));
 }
 
-TEST_F(UdevHID, BelievesTheNodeAndNotTheEvent) {
+TEST_F(UdevHIDServiceTest, BelievesTheNodeAndNotTheEvent) {
     MockHIDNode node{.name = bus_.nextName(), .product = "old"};
     bus_.appear(node);
     bus_.tell(node.name, "add");  // carries the old name
@@ -114,7 +114,7 @@ TEST_F(UdevHID, BelievesTheNodeAndNotTheEvent) {
     EXPECT_EQ(rig_.news(), News{"+1 new"});
 }
 
-TEST_F(UdevHID, SaysNothingOfEventsThatChangeNothing) {
+TEST_F(UdevHIDServiceTest, SaysNothingOfEventsThatChangeNothing) {
     const MockHIDNode node = announced();
     for (int round = 0; round < 3; ++round) {
         for (const char* action : {"add", "change", "bind", "add", "change"}) bus_.tell(node.name, action);
@@ -122,7 +122,7 @@ TEST_F(UdevHID, SaysNothingOfEventsThatChangeNothing) {
     }
 }
 
-TEST_F(UdevHID, SaysNothingOfASwapOfDrivers) {
+TEST_F(UdevHIDServiceTest, SaysNothingOfASwapOfDrivers) {
     MockHIDNode node = announced();
     node.driver = std::nullopt;
     bus_.show(node);
@@ -136,7 +136,7 @@ TEST_F(UdevHID, SaysNothingOfASwapOfDrivers) {
     EXPECT_EQ(rig_.news(), News());
 }
 
-TEST_F(UdevHID, IgnoresASyntheticRemoval) {
+TEST_F(UdevHIDServiceTest, IgnoresASyntheticRemoval) {
     const MockHIDNode node = announced();
     bus_.tell(node.name, "remove");
     EXPECT_EQ(rig_.news(), News());
@@ -144,7 +144,7 @@ TEST_F(UdevHID, IgnoresASyntheticRemoval) {
     EXPECT_EQ(rig_.news(), News{"-1 apple"});
 }
 
-TEST_F(UdevHID, TellsOfARemovalOnceTheBusHasLetGoOfTheNode) {
+TEST_F(UdevHIDServiceTest, TellsOfARemovalOnceTheBusHasLetGoOfTheNode) {
     const MockHIDNode node = announced();
     bus_.leaveBus(node.name);  // its own folder is still there
     bus_.tell(node.name, "remove");
@@ -153,7 +153,7 @@ TEST_F(UdevHID, TellsOfARemovalOnceTheBusHasLetGoOfTheNode) {
     EXPECT_EQ(rig_.news(), News());
 }
 
-TEST_F(UdevHID, TakesADeviceForGoneAfterAWhileWhenItsRemovalIsNeverToldOf) {
+TEST_F(UdevHIDServiceTest, TakesADeviceForGoneAfterAWhileWhenItsRemovalIsNeverToldOf) {
     const MockHIDNode node = announced();
     bus_.tell(node.name, "unbind");
     bus_.vanish(node.name);
@@ -162,7 +162,7 @@ TEST_F(UdevHID, TakesADeviceForGoneAfterAWhileWhenItsRemovalIsNeverToldOf) {
     EXPECT_EQ(rig_.news(), News{"-1 apple"});
 }
 
-TEST_F(UdevHID, CountsARemovalFromItsOwnEventAndNotFromALateOneOfAnotherKind) {
+TEST_F(UdevHIDServiceTest, CountsARemovalFromItsOwnEventAndNotFromALateOneOfAnotherKind) {
     const MockHIDNode node = announced();
     bus_.leaveBus(node.name);
     for (const char* action : {"add", "bind", "change", "unbind"}) bus_.tell(node.name, action);
@@ -171,7 +171,7 @@ TEST_F(UdevHID, CountsARemovalFromItsOwnEventAndNotFromALateOneOfAnotherKind) {
     EXPECT_EQ(rig_.news(), News{"-1 apple"});
 }
 
-TEST_F(UdevHID, IgnoresALateAdditionOfWhatHasGone) {
+TEST_F(UdevHIDServiceTest, IgnoresALateAdditionOfWhatHasGone) {
     const MockHIDNode node{.name = bus_.nextName()};
     bus_.appear(node);
     bus_.tell(node.name, "add");
@@ -179,7 +179,7 @@ TEST_F(UdevHID, IgnoresALateAdditionOfWhatHasGone) {
     EXPECT_EQ(rig_.news(), News());
 }
 
-TEST_F(UdevHIDAtStart, AnnouncesOnceWhatIsBothFoundAndToldOf) {
+TEST_F(UdevHIDServiceAtStartTest, AnnouncesOnceWhatIsBothFoundAndToldOf) {
     const MockHIDNode found{.name = bus_.nextName(), .product = "found"};
     const MockHIDNode both{.name = bus_.nextName(), .product = "both"};
     bus_.plug(found);
@@ -188,7 +188,7 @@ TEST_F(UdevHIDAtStart, AnnouncesOnceWhatIsBothFoundAndToldOf) {
     EXPECT_EQ(rig_.news(), (News{"+2 both", "+1 found"}));
 }
 
-TEST_F(UdevHIDAtStart, AnnouncesWhatIsUnboundAtTheStartAfterAWhile) {
+TEST_F(UdevHIDServiceAtStartTest, AnnouncesWhatIsUnboundAtTheStartAfterAWhile) {
     bus_.plug({.name = bus_.nextName(), .driver = std::nullopt});
     const auto opened = Clock::now();
     rig_.open();
@@ -197,7 +197,7 @@ TEST_F(UdevHIDAtStart, AnnouncesWhatIsUnboundAtTheStartAfterAWhile) {
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
 }
 
-TEST_F(UdevHID, TellsTwoDevicesOfOneNameApart) {
+TEST_F(UdevHIDServiceTest, TellsTwoDevicesOfOneNameApart) {
     const MockHIDNode first{.name = bus_.nextName()};
     const MockHIDNode second{.name = bus_.nextName()};
     bus_.plug(first);
@@ -207,7 +207,7 @@ TEST_F(UdevHID, TellsTwoDevicesOfOneNameApart) {
     EXPECT_EQ(rig_.news(), News{"-1 apple"});
 }
 
-TEST_F(UdevHID, CarriesAnyName) {
+TEST_F(UdevHIDServiceTest, CarriesAnyName) {
     const std::string longName(4096, 'x');
     const std::vector<std::pair<std::optional<std::string>, std::string>> shownAndTold = {
         {std::nullopt, "(nameless)"},
@@ -226,7 +226,7 @@ TEST_F(UdevHID, CarriesAnyName) {
     }
 }
 
-TEST_F(UdevHIDAtStart, LooksAtTheNextDeviceOnlyWhenTheLastOneIsDealtWith) {
+TEST_F(UdevHIDServiceAtStartTest, LooksAtTheNextDeviceOnlyWhenTheLastOneIsDealtWith) {
     for (int i = 0; i < 5; ++i) bus_.plug({.name = bus_.nextName()});
     rig_.onTold = [&] { rig_.loop.async([&] { rig_.told.emplace_back("dealt with"); }); };
     rig_.open();
@@ -236,14 +236,14 @@ TEST_F(UdevHIDAtStart, LooksAtTheNextDeviceOnlyWhenTheLastOneIsDealtWith) {
     for (std::size_t i = 1; i < rig_.told.size(); i += 2) EXPECT_EQ(rig_.told[i], "dealt with");
 }
 
-TEST_F(UdevHIDAtStart, TellsOfManyDevicesThatAreThereAlready) {
+TEST_F(UdevHIDServiceAtStartTest, TellsOfManyDevicesThatAreThereAlready) {
     for (int i = 0; i < 300; ++i) bus_.appear({.name = bus_.nextName()});
     rig_.open();
     ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 300; }));
     EXPECT_EQ(rig_.news().size(), 300U);
 }
 
-TEST_F(UdevHID, SleepsWhileNothingHappens) {
+TEST_F(UdevHIDServiceTest, SleepsWhileNothingHappens) {
     announced();
     int turns = 0;
     bool isOver = false;

@@ -14,7 +14,7 @@ using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
 
 // Three devices are announced. Then, without an event, one goes, one is renamed, and a fourth comes.
-class UdevHIDRecovery : public testing::Test {
+class UdevHIDWatcherRecoveryTest : public testing::Test {
   protected:
     void missEverything(UdevHIDRig& rig) {
         MockHIDNode gone{.name = rig.bus.nextName(), .product = "gone"};
@@ -37,7 +37,7 @@ class UdevHIDRecovery : public testing::Test {
     }
 };
 
-TEST_F(UdevHIDRecovery, TellsWhatItMissedWhenTheMachineSlept) {
+TEST_F(UdevHIDWatcherRecoveryTest, TellsWhatItMissedWhenTheMachineSlept) {
     UdevHIDRig rig;
     missEverything(rig);
     EXPECT_EQ(rig.news(), News());
@@ -49,7 +49,7 @@ TEST_F(UdevHIDRecovery, TellsWhatItMissedWhenTheMachineSlept) {
     EXPECT_EQ(rig.log.lines, News());
 }
 
-TEST_F(UdevHIDRecovery, TellsWhatItMissedWhileTheProcessWasStopped) {
+TEST_F(UdevHIDWatcherRecoveryTest, TellsWhatItMissedWhileTheProcessWasStopped) {
     UdevHIDRig rig;
     missEverything(rig);
     ASSERT_EQ(::raise(SIGCONT), 0);
@@ -58,7 +58,7 @@ TEST_F(UdevHIDRecovery, TellsWhatItMissedWhileTheProcessWasStopped) {
 }
 
 // As when everything is looked at while the mouse is being unplugged: its grace must not begin before its removal.
-TEST_F(UdevHIDRecovery, CountsARemovalFromItsAnnouncementAlsoWhenItLooksAtEverythingBefore) {
+TEST_F(UdevHIDWatcherRecoveryTest, CountsARemovalFromItsAnnouncementAlsoWhenItLooksAtEverythingBefore) {
     UdevHIDRig rig;
     const MockHIDNode mouse{.name = rig.bus.nextName()};
     rig.bus.plug(mouse);
@@ -71,7 +71,7 @@ TEST_F(UdevHIDRecovery, CountsARemovalFromItsAnnouncementAlsoWhenItLooksAtEveryt
     EXPECT_EQ(rig.news(), News{"-1 apple"});
 }
 
-TEST_F(UdevHIDRecovery, TellsOfEventsThatComeWhileItLooksAtEverything) {
+TEST_F(UdevHIDWatcherRecoveryTest, TellsOfEventsThatComeWhileItLooksAtEverything) {
     UdevHIDRig rig;
     missEverything(rig);
     rig.service.resynchronize();
@@ -82,7 +82,7 @@ TEST_F(UdevHIDRecovery, TellsOfEventsThatComeWhileItLooksAtEverything) {
     EXPECT_EQ(std::ranges::count(news, "+5 late"), 1);
 }
 
-TEST_F(UdevHIDRecovery, NeedsNoManagerToBeAskedToLookAgain) {
+TEST_F(UdevHIDWatcherRecoveryTest, NeedsNoManagerToBeAskedToLookAgain) {
     UdevHIDRig rig;
     rig.service.resynchronize();
     rig.bus.plug({.name = rig.bus.nextName()});
@@ -97,9 +97,9 @@ TEST_F(UdevHIDRecovery, NeedsNoManagerToBeAskedToLookAgain) {
 }
 
 // Nobody announces what happens on this machine.
-class UdevHIDPolling : public UdevHIDRecovery {
+class UdevHIDWatcherPollingTest : public UdevHIDWatcherRecoveryTest {
   protected:
-    UdevHIDPolling() { rig_.stopUdevd(); }
+    UdevHIDWatcherPollingTest() { rig_.stopUdevd(); }
 
     void expectOneLine() {
         ASSERT_EQ(rig_.log.lines.size(), 1U);
@@ -111,7 +111,7 @@ class UdevHIDPolling : public UdevHIDRecovery {
     UdevHIDRig rig_;
 };
 
-TEST_F(UdevHIDPolling, NoticesEverythingAllTheSameAndSaysSoOnce) {
+TEST_F(UdevHIDWatcherPollingTest, NoticesEverythingAllTheSameAndSaysSoOnce) {
     missEverything(rig_);
     ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= everythingMissed.size(); }));
     EXPECT_EQ(rig_.news(), everythingMissed);
@@ -120,7 +120,7 @@ TEST_F(UdevHIDPolling, NoticesEverythingAllTheSameAndSaysSoOnce) {
     expectOneLine();
 }
 
-TEST_F(UdevHIDPolling, IsWhatHappensInASandbox) {
+TEST_F(UdevHIDWatcherPollingTest, IsWhatHappensInASandbox) {
     rig_.startUdevd();
     rig_.enterSandbox();
     missEverything(rig_);
@@ -129,14 +129,14 @@ TEST_F(UdevHIDPolling, IsWhatHappensInASandbox) {
     expectOneLine();
 }
 
-TEST_F(UdevHIDPolling, AnnouncesAnUnboundDeviceToo) {
+TEST_F(UdevHIDWatcherPollingTest, AnnouncesAnUnboundDeviceToo) {
     rig_.bus.appear({.name = rig_.bus.nextName(), .driver = std::nullopt});
     rig_.open();
     ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
 }
 
-TEST_F(UdevHIDPolling, EndsWhenUdevdComes) {
+TEST_F(UdevHIDWatcherPollingTest, EndsWhenUdevdComes) {
     rig_.open();
     rig_.startUdevd();
     rig_.let(UdevHIDWatcher::pollInterval + 300ms);
@@ -148,7 +148,7 @@ TEST_F(UdevHIDPolling, EndsWhenUdevdComes) {
     expectOneLine();
 }
 
-TEST_F(UdevHIDPolling, MissesNothingWhenUdevdComes) {
+TEST_F(UdevHIDWatcherPollingTest, MissesNothingWhenUdevdComes) {
     rig_.open();
     rig_.settle();
     rig_.bus.appear({.name = rig_.bus.nextName(), .product = "before"});
@@ -157,7 +157,7 @@ TEST_F(UdevHIDPolling, MissesNothingWhenUdevdComes) {
     EXPECT_EQ(rig_.news(), News{"+1 before"});
 }
 
-TEST_F(UdevHIDPolling, DoesNotMultiplyWhenAskedToLookAgain) {
+TEST_F(UdevHIDWatcherPollingTest, DoesNotMultiplyWhenAskedToLookAgain) {
     rig_.open();
     for (int i = 0; i < 20; ++i) {
         rig_.service.resynchronize();
@@ -173,7 +173,7 @@ TEST_F(UdevHIDPolling, DoesNotMultiplyWhenAskedToLookAgain) {
     EXPECT_LE(turns, 12);  // two or three polls of two turns each, and the timer's own
 }
 
-TEST_F(UdevHIDPolling, EndsWithTheManager) {
+TEST_F(UdevHIDWatcherPollingTest, EndsWithTheManager) {
     rig_.open();
     rig_.settle();
     rig_.manager.reset();

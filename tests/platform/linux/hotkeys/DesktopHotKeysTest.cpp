@@ -12,21 +12,7 @@ namespace {
 constexpr HotKey controlOptionT{
     .keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey | HotKey::optionKey, .signature = 1, .number = 1};
 
-TEST(Desktop, IsWaylandsWhereThatIsNamedElseXsElseNone) {
-    Environment environment;
-    environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
-    EXPECT_EQ(currentDesktop(), Desktop::none);
-    environment.set("DISPLAY", ":7");
-    EXPECT_EQ(currentDesktop(), Desktop::x11);
-    environment.set("WAYLAND_DISPLAY", "");
-    EXPECT_EQ(currentDesktop(), Desktop::x11);
-    environment.set("WAYLAND_DISPLAY", "wayland-0");
-    EXPECT_EQ(currentDesktop(), Desktop::wayland);
-    environment.set("DISPLAY", "");
-    EXPECT_EQ(currentDesktop(), Desktop::wayland);
-}
-
-TEST(DesktopHotKeys, AreXsOwnThereAndThePortalIsNotAsked) {
+TEST(DesktopHotKeysTest, AreXsOwnThereAndThePortalIsNotAsked) {
     PortalRig session;
     XKeyRig rig;
     const auto hotKeys = makeHotKeyService(Desktop::x11, rig.connection.get(), session.bus);
@@ -36,7 +22,7 @@ TEST(DesktopHotKeys, AreXsOwnThereAndThePortalIsNotAsked) {
     EXPECT_TRUE(session.portal.calls.empty());
 }
 
-TEST(DesktopHotKeys, AreThePortalsOnWayland) {
+TEST(DesktopHotKeysTest, AreThePortalsOnWayland) {
     PortalRig session;
     const auto hotKeys = makeHotKeyService(Desktop::wayland, nullptr, session.bus);
     const auto hotKey = hotKeys->registerHotKey(controlOptionT);
@@ -44,7 +30,7 @@ TEST(DesktopHotKeys, AreThePortalsOnWayland) {
     EXPECT_FALSE(session.portal.bound.empty());
 }
 
-TEST(DesktopHotKeys, AreRefusedWithoutAServer) {
+TEST(DesktopHotKeysTest, AreRefusedWithoutAServer) {
     PortalRig session;
     for (const Desktop desktop : {Desktop::none, Desktop::x11}) {
         const auto hotKeys = makeHotKeyService(desktop, nullptr, session.bus);

@@ -42,7 +42,7 @@ struct ShortcutRig : PortalRig {
     }
 };
 
-TEST(PortalHotKey, IntroducesItselfAndAsksForAShortcutThatIsNotThereYet) {
+TEST(PortalHotKeyServiceTest, IntroducesItselfAndAsksForAShortcutThatIsNotThereYet) {
     ShortcutRig rig;
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
@@ -50,7 +50,7 @@ TEST(PortalHotKey, IntroducesItselfAndAsksForAShortcutThatIsNotThereYet) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, DoesNotAskAgainForAShortcutThatTheDesktopRemembers) {
+TEST(PortalHotKeyServiceTest, DoesNotAskAgainForAShortcutThatTheDesktopRemembers) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-1"};
     rig.registerHotKey();
@@ -58,14 +58,14 @@ TEST(PortalHotKey, DoesNotAskAgainForAShortcutThatTheDesktopRemembers) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, AsksWhereTheDesktopRemembersOthersOnly) {
+TEST(PortalHotKeyServiceTest, AsksWhereTheDesktopRemembersOthersOnly) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-2"};
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalHotKey, WorksWithPortalsThatKnowNoIntroduction) {
+TEST(PortalHotKeyServiceTest, WorksWithPortalsThatKnowNoIntroduction) {
     ShortcutRig rig;
     rig.portal.knowsRegistry = false;
     rig.registerHotKey();
@@ -73,7 +73,7 @@ TEST(PortalHotKey, WorksWithPortalsThatKnowNoIntroduction) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, HearsAResponseThatComesBeforeTheReply) {
+TEST(PortalHotKeyServiceTest, HearsAResponseThatComesBeforeTheReply) {
     ShortcutRig rig;
     rig.portal.answersBeforeItReplies = true;
     rig.registerHotKey();
@@ -81,7 +81,7 @@ TEST(PortalHotKey, HearsAResponseThatComesBeforeTheReply) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, ThatIsRefusedAsksNoMoreAndStaysSilent) {
+TEST(PortalHotKeyServiceTest, ThatIsRefusedAsksNoMoreAndStaysSilent) {
     for (const std::uint32_t code : {1U, 2U}) {
         ShortcutRig rig;
         rig.portal.codes["CreateSession"] = code;
@@ -96,7 +96,7 @@ TEST(PortalHotKey, ThatIsRefusedAsksNoMoreAndStaysSilent) {
     }
 }
 
-TEST(PortalHotKey, AsksForTheShortcutWhereTheListIsRefused) {
+TEST(PortalHotKeyServiceTest, AsksForTheShortcutWhereTheListIsRefused) {
     ShortcutRig rig;
     rig.portal.codes["ListShortcuts"] = 2;
     rig.registerHotKey();
@@ -104,7 +104,7 @@ TEST(PortalHotKey, AsksForTheShortcutWhereTheListIsRefused) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, StaysSilentAtErrors) {
+TEST(PortalHotKeyServiceTest, StaysSilentAtErrors) {
     for (const char* method : {"CreateSession", "ListShortcuts", "BindShortcuts"}) {
         ShortcutRig rig;
         rig.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
@@ -115,7 +115,7 @@ TEST(PortalHotKey, StaysSilentAtErrors) {
     }
 }
 
-TEST(PortalHotKey, TakesNoSessionFromAnAnswerOfTheWrongShape) {
+TEST(PortalHotKeyServiceTest, TakesNoSessionFromAnAnswerOfTheWrongShape) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "no path"}) {
         ShortcutRig rig;
         rig.portal.nonsense["CreateSession"] = wrong;
@@ -124,7 +124,7 @@ TEST(PortalHotKey, TakesNoSessionFromAnAnswerOfTheWrongShape) {
     }
 }
 
-TEST(PortalHotKey, AsksForTheShortcutAfterAListOfTheWrongShape) {
+TEST(PortalHotKeyServiceTest, AsksForTheShortcutAfterAListOfTheWrongShape) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "strings"}) {
         ShortcutRig rig;
         rig.portal.nonsense["ListShortcuts"] = wrong;
@@ -134,14 +134,14 @@ TEST(PortalHotKey, AsksForTheShortcutAfterAListOfTheWrongShape) {
     }
 }
 
-TEST(PortalHotKey, OverlooksWhatLaterVersionsAdd) {
+TEST(PortalHotKeyServiceTest, OverlooksWhatLaterVersionsAdd) {
     ShortcutRig rig;
     rig.portal.nonsense["CreateSession"] = "more";
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalHotKey, IsNotPressedByOtherShortcutsAndSessions) {
+TEST(PortalHotKeyServiceTest, IsNotPressedByOtherShortcutsAndSessions) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.emitOfShortcut("Activated", rig.portal.session, "TEST-2");
@@ -152,7 +152,7 @@ TEST(PortalHotKey, IsNotPressedByOtherShortcutsAndSessions) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, IsOnePressWhereTheDesktopRepeatsIt) {
+TEST(PortalHotKeyServiceTest, IsOnePressWhereTheDesktopRepeatsIt) {
     ShortcutRig rig;
     rig.registerHotKey();
     for (int repeats = 0; repeats < 50; ++repeats) {
@@ -164,7 +164,7 @@ TEST(PortalHotKey, IsOnePressWhereTheDesktopRepeatsIt) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
+TEST(PortalHotKeyServiceTest, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.activate();
@@ -175,7 +175,7 @@ TEST(PortalHotKey, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
     EXPECT_EQ(rig.pressed, 2);
 }
 
-TEST(PortalHotKey, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
+TEST(PortalHotKeyServiceTest, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.closeSession();
@@ -186,7 +186,7 @@ TEST(PortalHotKey, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalHotKey, ComesBackWithThePortal) {
+TEST(PortalHotKeyServiceTest, ComesBackWithThePortal) {
     ShortcutRig rig;
     rig.registerHotKey();
     for (int restarts = 0; restarts < 3; ++restarts) {
@@ -200,7 +200,7 @@ TEST(PortalHotKey, ComesBackWithThePortal) {
     }
 }
 
-TEST(PortalHotKey, ComesWithAPortalThatIsLate) {
+TEST(PortalHotKeyServiceTest, ComesWithAPortalThatIsLate) {
     ShortcutRig rig;
     rig.portal.stop();
     rig.registerHotKey();
@@ -212,7 +212,7 @@ TEST(PortalHotKey, ComesWithAPortalThatIsLate) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, ComesBackWithTheBus) {
+TEST(PortalHotKeyServiceTest, ComesBackWithTheBus) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.stop();
@@ -226,7 +226,7 @@ TEST(PortalHotKey, ComesBackWithTheBus) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKey, ClosesItsSessionWhenItIsLetGoOf) {
+TEST(PortalHotKeyServiceTest, ClosesItsSessionWhenItIsLetGoOf) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.hotKey.reset();
@@ -236,7 +236,7 @@ TEST(PortalHotKey, ClosesItsSessionWhenItIsLetGoOf) {
     EXPECT_EQ(rig.heard(), 0);
 }
 
-TEST(PortalHotKey, MayBeLetGoOfAtAnyMoment) {
+TEST(PortalHotKeyServiceTest, MayBeLetGoOfAtAnyMoment) {
     for (int turns = 0; turns < 60; ++turns) {
         ShortcutRig rig;
         rig.settle();
@@ -252,7 +252,7 @@ TEST(PortalHotKey, MayBeLetGoOfAtAnyMoment) {
     }
 }
 
-TEST(PortalHotKey, MayBeLetGoOfByItsOwnPress) {
+TEST(PortalHotKeyServiceTest, MayBeLetGoOfByItsOwnPress) {
     ShortcutRig rig;
     rig.registerHotKey();
     const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
@@ -260,7 +260,7 @@ TEST(PortalHotKey, MayBeLetGoOfByItsOwnPress) {
     EXPECT_EQ(rig.heard(), 0);
 }
 
-TEST(PortalHotKey, OfAnotherKeyOrOtherModifiersIsRefused) {
+TEST(PortalHotKeyServiceTest, OfAnotherKeyOrOtherModifiersIsRefused) {
     ShortcutRig rig;
     for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = controlOptionT.modifiers},
                                HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey}}) {

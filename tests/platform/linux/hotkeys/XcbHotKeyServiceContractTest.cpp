@@ -19,7 +19,7 @@ class XcbDriver : private XKeyRig {
     void takeByAnother() { keyboard.grabT(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1); }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Xcb, HotKeyServiceContract, XcbDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(XcbHotKeyService, HotKeyServiceContract, XcbDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -64,9 +64,9 @@ struct Layout {
     friend void PrintTo(const Layout& layout, std::ostream* out) { *out << layout.name; }
 };
 
-class XcbHotKeyLayout : public testing::TestWithParam<Layout> {};
+class XcbHotKeyServiceLayoutTest : public testing::TestWithParam<Layout> {};
 
-TEST_P(XcbHotKeyLayout, IsByPositionWhateverTheLocks) {
+TEST_P(XcbHotKeyServiceLayoutTest, IsByPositionWhateverTheLocks) {
     HotKeyRig rig;
     TestKeyboard::setMap(GetParam().arguments);
     rig.keyboard.tap(key::a);
@@ -85,7 +85,7 @@ TEST_P(XcbHotKeyLayout, IsByPositionWhateverTheLocks) {
     EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, XcbHotKeyLayout,
+INSTANTIATE_TEST_SUITE_P(Layouts, XcbHotKeyServiceLayoutTest,
                          testing::Values(Layout{"us", {"-layout", "us"}, 't'},
                                          Layout{"RussianOnly", {"-layout", "ru"}, 0x6C5},  // Cyrillic_ie
                                          Layout{"German", {"-layout", "de"}, 't'},
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Layouts, XcbHotKeyLayout,
                                          Layout{"Dvorak", {"-layout", "us", "-variant", "dvorak"}, 'y'}),
                          [](const auto& tested) { return tested.param.name; });
 
-TEST(XcbHotKey, WorksWithTheSecondLayoutSwitchedOn) {
+TEST(XcbHotKeyServiceTest, WorksWithTheSecondLayoutSwitchedOn) {
     HotKeyRig rig;
     TestKeyboard::setMap({"-layout", "us,ru", "-option", "", "-option", "grp:menu_toggle"});
     rig.keyboard.tap(key::menu);
@@ -107,7 +107,7 @@ TEST(XcbHotKey, WorksWithTheSecondLayoutSwitchedOn) {
     EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
 }
 
-TEST(XcbHotKey, StaysWhenTheLayoutChanges) {
+TEST(XcbHotKeyServiceTest, StaysWhenTheLayoutChanges) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     for (const char* layout : {"ru", "fr", "us"}) {
@@ -116,7 +116,7 @@ TEST(XcbHotKey, StaysWhenTheLayoutChanges) {
     }
 }
 
-TEST(XcbHotKey, FollowsAltAndTheLocksToOtherModifierBits) {
+TEST(XcbHotKeyServiceTest, FollowsAltAndTheLocksToOtherModifierBits) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     rig.keyboard.setModifiers({key::numLock, key::super, key::alt, key::scrollLock, 0});
@@ -129,7 +129,7 @@ TEST(XcbHotKey, FollowsAltAndTheLocksToOtherModifierBits) {
     EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
 }
 
-TEST(XcbHotKey, ComesBackWithAlt) {
+TEST(XcbHotKeyServiceTest, ComesBackWithAlt) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     rig.keyboard.setModifiers({key::super, key::numLock, 0, 0, 0});
@@ -140,7 +140,7 @@ TEST(XcbHotKey, ComesBackWithAlt) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XcbHotKey, IsRefusedWholeWhenAnotherProgramHasItWithOneLockOn) {
+TEST(XcbHotKeyServiceTest, IsRefusedWholeWhenAnotherProgramHasItWithOneLockOn) {
     for (const std::uint16_t locks : std::vector<std::uint16_t>{0, 2, 16, 18}) {
         HotKeyRig rig;
         const auto taken = static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | locks);
@@ -156,7 +156,7 @@ TEST(XcbHotKey, IsRefusedWholeWhenAnotherProgramHasItWithOneLockOn) {
     }
 }
 
-TEST(XcbHotKey, IsOnePressHoweverLongItIsHeld) {
+TEST(XcbHotKeyServiceTest, IsOnePressHoweverLongItIsHeld) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     int repeats = 0;
@@ -174,7 +174,7 @@ TEST(XcbHotKey, IsOnePressHoweverLongItIsHeld) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XcbHotKey, IsPressedAgainWithTheModifiersHeld) {
+TEST(XcbHotKeyServiceTest, IsPressedAgainWithTheModifiersHeld) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     rig.keyboard.down(key::control);
@@ -186,7 +186,7 @@ TEST(XcbHotKey, IsPressedAgainWithTheModifiersHeld) {
     }
 }
 
-TEST(XcbHotKey, CountsAKeyThatIsHeldWhileTheLayoutChangesAsOnePress) {
+TEST(XcbHotKeyServiceTest, CountsAKeyThatIsHeldWhileTheLayoutChangesAsOnePress) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.down(each);
@@ -198,7 +198,7 @@ TEST(XcbHotKey, CountsAKeyThatIsHeldWhileTheLayoutChangesAsOnePress) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XcbHotKey, MayBeLetGoOfByItsOwnPress) {
+TEST(XcbHotKeyServiceTest, MayBeLetGoOfByItsOwnPress) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
@@ -206,7 +206,7 @@ TEST(XcbHotKey, MayBeLetGoOfByItsOwnPress) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
 }
 
-TEST(XcbHotKey, OfAProgramThatEndsReachesTheWindow) {
+TEST(XcbHotKeyServiceTest, OfAProgramThatEndsReachesTheWindow) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
@@ -221,7 +221,7 @@ TEST(XcbHotKey, OfAProgramThatEndsReachesTheWindow) {
     EXPECT_FALSE(seen.empty());
 }
 
-TEST(XcbHotKey, OfAnotherKeyOrOtherModifiersIsRefused) {
+TEST(XcbHotKeyServiceTest, OfAnotherKeyOrOtherModifiersIsRefused) {
     HotKeyRig rig;
     constexpr std::uint32_t commandKey = 0x0100;
     for (const HotKey other :
@@ -234,7 +234,7 @@ TEST(XcbHotKey, OfAnotherKeyOrOtherModifiersIsRefused) {
     EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
 }
 
-TEST(XcbHotKey, HoldsNothingUpWhileTheServerHangs) {
+TEST(XcbHotKeyServiceTest, HoldsNothingUpWhileTheServerHangs) {
     HotKeyRig rig;
     const auto somethingElseHappens = [&] {
         bool happened = false;
@@ -254,7 +254,7 @@ TEST(XcbHotKey, HoldsNothingUpWhileTheServerHangs) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XcbHotKey, StaysQuietOnceTheServerIsGone) {
+TEST(XcbHotKeyServiceTest, StaysQuietOnceTheServerIsGone) {
     HotKeyRig rig;
     bool isLost = false;
     rig.connection->onLost = [&] { isLost = true; };

@@ -30,7 +30,7 @@ class SdEventDriver {
     SdEventLoop loop_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(SdEvent, MainQueueContract, SdEventDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(SdEventLoop, MainQueueContract, SdEventDriver);
 
 }  // namespace
 }  // namespace kovra

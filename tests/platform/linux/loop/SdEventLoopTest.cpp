@@ -38,7 +38,7 @@ void let(SdEventLoop& loop, std::chrono::milliseconds duration) {
     loop.runUntil([&] { return done; });
 }
 
-TEST(SdEventLoop, RingsOnceForADescriptorUntilItIsAskedToRingAgain) {
+TEST(SdEventLoopTest, RingsOnceForADescriptorUntilItIsAskedToRingAgain) {
     SdEventLoop loop;
     const Pipe pipe;
     std::string read;
@@ -52,7 +52,7 @@ TEST(SdEventLoop, RingsOnceForADescriptorUntilItIsAskedToRingAgain) {
     EXPECT_EQ(read, "ab");
 }
 
-TEST(SdEventLoop, RingsNoMoreForAWatchThatWasLetGo) {
+TEST(SdEventLoopTest, RingsNoMoreForAWatchThatWasLetGo) {
     SdEventLoop loop;
     const Pipe pipe;
     int rings = 0;
@@ -63,7 +63,7 @@ TEST(SdEventLoop, RingsNoMoreForAWatchThatWasLetGo) {
     EXPECT_EQ(rings, 0);
 }
 
-TEST(SdEventLoop, LetsAWatchGoFromInsideItsOwnBlock) {
+TEST(SdEventLoopTest, LetsAWatchGoFromInsideItsOwnBlock) {
     SdEventLoop loop;
     const Pipe pipe;
     int rings = 0;
@@ -78,7 +78,7 @@ TEST(SdEventLoop, LetsAWatchGoFromInsideItsOwnBlock) {
     EXPECT_EQ(rings, 1);
 }
 
-TEST(SdEventLoop, RingsForRoomToWriteBesidesSomethingToRead) {
+TEST(SdEventLoopTest, RingsForRoomToWriteBesidesSomethingToRead) {
     SdEventLoop loop;
     std::array<int, 2> ends{};
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
@@ -105,7 +105,7 @@ TEST(SdEventLoop, RingsForRoomToWriteBesidesSomethingToRead) {
     ::close(ends[1]);
 }
 
-TEST(SdEventLoop, PutsASignalBeforeWhatIsQueued) {
+TEST(SdEventLoopTest, PutsASignalBeforeWhatIsQueued) {
     SdEventLoop loop;
     std::string order;
     const auto signal = loop.onSignal(SIGUSR1, [&] { order += 's'; });
@@ -116,7 +116,7 @@ TEST(SdEventLoop, PutsASignalBeforeWhatIsQueued) {
     EXPECT_EQ(order, "sa");
 }
 
-TEST(SdEventLoop, HearsASignalThatTheProcessWasStartedToIgnore) {
+TEST(SdEventLoopTest, HearsASignalThatTheProcessWasStartedToIgnore) {
     std::signal(SIGUSR2, SIG_IGN);
     SdEventLoop loop;
     int heard = 0;
@@ -127,7 +127,7 @@ TEST(SdEventLoop, HearsASignalThatTheProcessWasStartedToIgnore) {
     std::signal(SIGUSR2, SIG_DFL);
 }
 
-TEST(SdEventLoop, RunsNestedFromInsideABlockWhileTheQueueGoesOn) {
+TEST(SdEventLoopTest, RunsNestedFromInsideABlockWhileTheQueueGoesOn) {
     SdEventLoop loop;
     std::string order;
     bool done = false;
@@ -144,7 +144,7 @@ TEST(SdEventLoop, RunsNestedFromInsideABlockWhileTheQueueGoesOn) {
     EXPECT_EQ(order, "(ab)");
 }
 
-TEST(SdEventLoop, ReturnsFromEveryNestedRunWhenItStops) {
+TEST(SdEventLoopTest, ReturnsFromEveryNestedRunWhenItStops) {
     SdEventLoop loop;
     std::string order;
     loop.async([&] {
@@ -156,7 +156,7 @@ TEST(SdEventLoop, ReturnsFromEveryNestedRunWhenItStops) {
     EXPECT_EQ(order, "n");
 }
 
-TEST(SdEventLoop, HoldsADelayFromTheMomentOfTheCallHoweverLongTheTurnHasRun) {
+TEST(SdEventLoopTest, HoldsADelayFromTheMomentOfTheCallHoweverLongTheTurnHasRun) {
     SdEventLoop loop;
     using std::chrono::steady_clock;
     steady_clock::time_point asked, ran;

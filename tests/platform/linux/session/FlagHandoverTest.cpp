@@ -199,9 +199,9 @@ TEST_F(FlagHandoverTest, WaitsQuietlyForAFolderThatItMayNotRead) {
 }
 
 // A user's programs often hold all the watches that the user may have.
-class FlagHandoverWithoutAWatch : public FlagHandoverTest {
+class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
   protected:
-    FlagHandoverWithoutAWatch() {
+    FlagHandoverWithoutAWatchTest() {
         writeFile(flag_, "off");
         static_cast<void>(turnsWithin(loop_, 1ms));  // the loop has its clock
         rlimit before{};
@@ -219,12 +219,12 @@ class FlagHandoverWithoutAWatch : public FlagHandoverTest {
     }
 };
 
-TEST_F(FlagHandoverWithoutAWatch, TakesItForDoneOnceASecondAfterItsStart) {
+TEST_F(FlagHandoverWithoutAWatchTest, TakesItForDoneOnceASecondAfterItsStart) {
     EXPECT_EQ(toldWithin(900ms), 0);
     EXPECT_EQ(toldWithin(2500ms), 1);
 }
 
-TEST_F(FlagHandoverWithoutAWatch, TakesItForDoneOnceASecondAfterItIsToBeExpected) {
+TEST_F(FlagHandoverWithoutAWatchTest, TakesItForDoneOnceASecondAfterItIsToBeExpected) {
     ASSERT_TRUE(turnUntil(loop_, [&] { return told_ > 0; }));
     told_ = 0;
     handover_->expect();
@@ -234,13 +234,13 @@ TEST_F(FlagHandoverWithoutAWatch, TakesItForDoneOnceASecondAfterItIsToBeExpected
     EXPECT_EQ(toldWithin(2500ms), 1);
 }
 
-TEST_F(FlagHandoverWithoutAWatch, TellsNothingWhereThereIsNoFolder) {
+TEST_F(FlagHandoverWithoutAWatchTest, TellsNothingWhereThereIsNoFolder) {
     fs::remove_all(library_);
     handover_->expect();
     EXPECT_EQ(toldWithin(1500ms), 0);
 }
 
-TEST_F(FlagHandoverWithoutAWatch, TellsNothingOnceItIsGone) {
+TEST_F(FlagHandoverWithoutAWatchTest, TellsNothingOnceItIsGone) {
     handover_->expect();
     handover_.reset();
     EXPECT_EQ(toldWithin(1500ms), 0);

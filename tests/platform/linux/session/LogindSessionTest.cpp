@@ -87,19 +87,19 @@ struct SessionRig {
     }
 };
 
-TEST(LogindSession, HearsThatItsSessionHasEnded) {
+TEST(LogindSessionTest, HearsThatItsSessionHasEnded) {
     SessionRig rig;
     rig.sessionRemoved("c2");
     EXPECT_EQ(rig.heardInTheEnd(), "removed ");
 }
 
-TEST(LogindSession, IgnoresTheEndOfAnotherSession) {
+TEST(LogindSessionTest, IgnoresTheEndOfAnotherSession) {
     SessionRig rig;
     for (const char* other : {"c22", "c", "C2"}) rig.sessionRemoved(other);
     EXPECT_EQ(rig.heardInTheEnd(), "");
 }
 
-TEST(LogindSession, HearsThatTheMachineIsAwakeAgainNotThatItFallsAsleep) {
+TEST(LogindSessionTest, HearsThatTheMachineIsAwakeAgainNotThatItFallsAsleep) {
     SessionRig rig;
     rig.manager.emit("PrepareForSleep", "b", 1);
     EXPECT_EQ(rig.heardInTheEnd(), "");
@@ -107,7 +107,7 @@ TEST(LogindSession, HearsThatTheMachineIsAwakeAgainNotThatItFallsAsleep) {
     EXPECT_EQ(rig.heardInTheEnd(), "resumed ");
 }
 
-TEST(LogindSession, HearsThatItsSessionIsAtTheScreenNotThatItIsNot) {
+TEST(LogindSessionTest, HearsThatItsSessionIsAtTheScreenNotThatItIsNot) {
     SessionRig rig;
     rig.manager.emitActive("c2", false);
     EXPECT_EQ(rig.heardInTheEnd(), "");
@@ -117,7 +117,7 @@ TEST(LogindSession, HearsThatItsSessionIsAtTheScreenNotThatItIsNot) {
     EXPECT_EQ(rig.heardInTheEnd(), "activated ");
 }
 
-TEST(LogindSession, FindsThatAmongOtherPropertiesOfItsSession) {
+TEST(LogindSessionTest, FindsThatAmongOtherPropertiesOfItsSession) {
     SessionRig rig;
     const char* interface = "org.freedesktop.login1.Session";
     rig.manager.emitChange("c2", "sa{sv}as", interface, 3, "State", "s", "active", "Active", "b", 1, "IdleSinceHint",
@@ -128,14 +128,14 @@ TEST(LogindSession, FindsThatAmongOtherPropertiesOfItsSession) {
     EXPECT_EQ(rig.heardInTheEnd(), "");
 }
 
-TEST(LogindSession, IgnoresWhichOtherSessionIsAtTheScreen) {
+TEST(LogindSessionTest, IgnoresWhichOtherSessionIsAtTheScreen) {
     SessionRig rig;
     for (const char* other : {"c22", "c", "C2", "self", "auto"}) rig.manager.emitActive(other, true);
     EXPECT_EQ(rig.heardInTheEnd(), "");
 }
 
 // "2" and the like are no names in object paths.
-TEST(LogindSession, KnowsItsSessionByTheNumberToo) {
+TEST(LogindSessionTest, KnowsItsSessionByTheNumberToo) {
     SessionRig rig;
     LogindSession numbered(rig.machine, "2");
     numbered.onActivated = [&rig] { rig.heard += "2 "; };
@@ -146,7 +146,7 @@ TEST(LogindSession, KnowsItsSessionByTheNumberToo) {
     EXPECT_TRUE(rig.heard.starts_with("2 ")) << rig.heard;
 }
 
-TEST(LogindSession, IgnoresSignalsOfTheWrongShape) {
+TEST(LogindSessionTest, IgnoresSignalsOfTheWrongShape) {
     SessionRig rig;
     const char* interface = "org.freedesktop.login1.Session";
     rig.manager.emitChange("c2", "s", interface);
@@ -159,7 +159,7 @@ TEST(LogindSession, IgnoresSignalsOfTheWrongShape) {
     EXPECT_EQ(rig.heardInTheEnd(), "");
 }
 
-TEST(LogindSession, StaysSilentWithoutASystemBus) {
+TEST(LogindSessionTest, StaysSilentWithoutASystemBus) {
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
     SdEventLoop loop;
     SystemBus machine(loop);

@@ -21,9 +21,9 @@ class SdEventDriver {
     SdEventApplication application_{loop_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(SdEvent, ApplicationContract, SdEventDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(SdEventApplication, ApplicationContract, SdEventDriver);
 
-TEST(SdEventApplication, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
+TEST(SdEventApplicationTest, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
     struct Delegate : ApplicationDelegate {
         explicit Delegate(MainQueue& mainQueue) : queue(mainQueue) {}
         void applicationDidFinishLaunching() override {
@@ -41,7 +41,7 @@ TEST(SdEventApplication, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
     EXPECT_TRUE(delegate.terminated);
 }
 
-TEST(SdEventApplication, TellsItsDelegateWhatHappensBetweenItsLaunchAndItsEnd) {
+TEST(SdEventApplicationTest, TellsItsDelegateWhatHappensBetweenItsLaunchAndItsEnd) {
     struct Delegate : ApplicationDelegate {
         explicit Delegate(SdEventDriver& its) : driver(its) {}
         void applicationDidFinishLaunching() override {

@@ -26,7 +26,7 @@ class Start {
     SingleInstance instance_;
 };
 
-TEST(SingleInstance, SeesThatAnotherRunsInTheSameSession) {
+TEST(SingleInstanceTest, SeesThatAnotherRunsInTheSameSession) {
     const PrivateBus bus(sessionBus);
     SdEventLoop loop;
     const Start first(loop);
@@ -35,14 +35,14 @@ TEST(SingleInstance, SeesThatAnotherRunsInTheSameSession) {
     EXPECT_TRUE(Start(loop).isSecond());
 }
 
-TEST(SingleInstance, IsTheFirstAgainOnceTheOtherHasGone) {
+TEST(SingleInstanceTest, IsTheFirstAgainOnceTheOtherHasGone) {
     const PrivateBus bus(sessionBus);
     SdEventLoop loop;
     EXPECT_FALSE(Start(loop).isSecond());
     EXPECT_FALSE(Start(loop).isSecond());
 }
 
-TEST(SingleInstance, CountsAsTheFirstWithoutASessionBus) {
+TEST(SingleInstanceTest, CountsAsTheFirstWithoutASessionBus) {
     ::setenv(sessionBus, "unix:path=/nonexistent/bus", 1);
     SdEventLoop loop;
     EXPECT_FALSE(Start(loop).isSecond());
@@ -51,13 +51,13 @@ TEST(SingleInstance, CountsAsTheFirstWithoutASessionBus) {
     ::unsetenv(sessionBus);
 }
 
-TEST(SingleInstance, CountsAsTheFirstWhereTheBusNeverAnswers) {
+TEST(SingleInstanceTest, CountsAsTheFirstWhereTheBusNeverAnswers) {
     const SilentBus silent(sessionBus);
     SdEventLoop loop;
     EXPECT_FALSE(Start(loop).isSecond());
 }
 
-TEST(SingleInstance, LetsTheLoopGoOnQuietlyWhenTheBusDies) {
+TEST(SingleInstanceTest, LetsTheLoopGoOnQuietlyWhenTheBusDies) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     const Start instance(loop);
@@ -72,7 +72,7 @@ TEST(SingleInstance, LetsTheLoopGoOnQuietlyWhenTheBusDies) {
     EXPECT_LT(turns, 30);  // some for the farewell, then sleep: a loop that spins turns many thousand times
 }
 
-TEST(SingleInstance, HoldsTheNameAgainWhenTheBusIsBack) {
+TEST(SingleInstanceTest, HoldsTheNameAgainWhenTheBusIsBack) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     const Start first(loop);
@@ -80,7 +80,7 @@ TEST(SingleInstance, HoldsTheNameAgainWhenTheBusIsBack) {
     EXPECT_TRUE(turnUntil(loop, [&] { return Start(loop).isSecond(); }));
 }
 
-TEST(SingleInstance, GoesOnWhereAnotherTookTheNameWhileTheBusWasAway) {
+TEST(SingleInstanceTest, GoesOnWhereAnotherTookTheNameWhileTheBusWasAway) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     SessionBus connection(loop);

@@ -64,24 +64,24 @@ struct MenuRig : StatusNotifierRig {
     }
 };
 
-TEST(DBusMenu, GivesItsWholeLayout) {
+TEST(DBusMenuTest, GivesItsWholeLayout) {
     MenuRig rig;
     EXPECT_EQ(rig.layout(), "(0 " + root + " [(1 " + mute + " []) (2 " + hint + " []) (3 " + settings + " []) (4 " +
                                 separator + " []) (5 " + quit + " [])])");
 }
 
-TEST(DBusMenu, GivesItsLayoutAtAnyDepth) {
+TEST(DBusMenuTest, GivesItsLayoutAtAnyDepth) {
     MenuRig rig;
     EXPECT_EQ(rig.layout(0, 0), "(0 " + root + " [])");
     for (const int depth : {1, 2, 2'147'483'647, -2, -2'147'483'647 - 1}) EXPECT_EQ(rig.layout(0, depth), rig.layout());
 }
 
-TEST(DBusMenu, GivesTheLayoutBelowAnyItem) {
+TEST(DBusMenuTest, GivesTheLayoutBelowAnyItem) {
     MenuRig rig;
     for (const int depth : {-1, 0, 1, 9}) EXPECT_EQ(rig.layout(5, depth), "(5 " + quit + " [])");
 }
 
-TEST(DBusMenu, GivesOnlyThePropertiesThatAreAskedFor) {
+TEST(DBusMenuTest, GivesOnlyThePropertiesThatAreAskedFor) {
     MenuRig rig;
     EXPECT_EQ(rig.layout(0, -1, {"label", "type", "no such thing"}),
               R"((0 [] [(1 ["label":"Mute"] []) (2 ["label":"a__hint & <b>"] []) (3 ["label":"Settings"] []) )"
@@ -89,19 +89,19 @@ TEST(DBusMenu, GivesOnlyThePropertiesThatAreAskedFor) {
     EXPECT_EQ(rig.properties({1, 2}, {"enabled"}), R"([(1 []) (2 ["enabled":no])])");
 }
 
-TEST(DBusMenu, GivesThePropertiesOfAGroupOfItems) {
+TEST(DBusMenuTest, GivesThePropertiesOfAGroupOfItems) {
     MenuRig rig;
     EXPECT_EQ(rig.properties({5, 1}), "[(5 " + quit + ") (1 " + mute + ")]");
     EXPECT_EQ(rig.properties({99, 4, -1}), "[(4 " + separator + ")]");
 }
 
-TEST(DBusMenu, GivesThePropertiesOfAllItemsWhereNoneIsNamed) {
+TEST(DBusMenuTest, GivesThePropertiesOfAllItemsWhereNoneIsNamed) {
     MenuRig rig;
     EXPECT_EQ(rig.properties({}), "[(0 " + root + ") (1 " + mute + ") (2 " + hint + ") (3 " + settings + ") (4 " +
                                       separator + ") (5 " + quit + ")]");
 }
 
-TEST(DBusMenu, GivesOnePropertyAlsoWhereItIsTakenForGranted) {
+TEST(DBusMenuTest, GivesOnePropertyAlsoWhereItIsTakenForGranted) {
     MenuRig rig;
     EXPECT_EQ(rig.property(1, "label"), "\"Mute\"");
     EXPECT_EQ(rig.property(1, "toggle-state"), "1");
@@ -116,7 +116,7 @@ TEST(DBusMenu, GivesOnePropertyAlsoWhereItIsTakenForGranted) {
     EXPECT_EQ(rig.property(1, ""), refused);
 }
 
-TEST(DBusMenu, SaysOfItselfWhatTheInterfaceAsks) {
+TEST(DBusMenuTest, SaysOfItselfWhatTheInterfaceAsks) {
     MenuRig rig;
     const auto property = [&](const char* name) {
         return rig.panel->property("/MenuBar", "com.canonical.dbusmenu", name);
@@ -127,7 +127,7 @@ TEST(DBusMenu, SaysOfItselfWhatTheInterfaceAsks) {
     EXPECT_EQ(property("IconThemePath"), "[]");
 }
 
-TEST(DBusMenu, NeverNeedsToBeReadAgainBeforeItIsShown) {
+TEST(DBusMenuTest, NeverNeedsToBeReadAgainBeforeItIsShown) {
     MenuRig rig;
     for (const int id : {0, 1, 5}) EXPECT_EQ(rig.aboutToShow(id), "no");
     EXPECT_EQ(rig.aboutToShow({0, 1}), "[] []");
@@ -135,7 +135,7 @@ TEST(DBusMenu, NeverNeedsToBeReadAgainBeforeItIsShown) {
     EXPECT_EQ(rig.aboutToShow({0, 77, -3}), "[] [77 -3]");
 }
 
-TEST(DBusMenu, PerformsWhatWasClicked) {
+TEST(DBusMenuTest, PerformsWhatWasClicked) {
     MenuRig rig;
     EXPECT_EQ(rig.panel->click(3), "");
     EXPECT_EQ(rig.news(), "Settings; ");
@@ -143,14 +143,14 @@ TEST(DBusMenu, PerformsWhatWasClicked) {
     EXPECT_EQ(rig.news(), "Quit; ");
 }
 
-TEST(DBusMenu, PerformsAGroupOfClicksInTheirOrderAndNamesTheItemsThatAreMissing) {
+TEST(DBusMenuTest, PerformsAGroupOfClicksInTheirOrderAndNamesTheItemsThatAreMissing) {
     MenuRig rig;
     EXPECT_EQ(rig.events({{0, "opened"}, {5, "clicked"}, {99, "clicked"}, {1, "clicked"}, {-1, "hovered"}}), "[99 -1]");
     EXPECT_EQ(rig.news(), "Quit; Mute; ");
     EXPECT_EQ(rig.events({}), "[]");
 }
 
-TEST(DBusMenu, DoesNothingForWhatIsNoClickOrHasNothingToDo) {
+TEST(DBusMenuTest, DoesNothingForWhatIsNoClickOrHasNothingToDo) {
     MenuRig rig;
     for (const int id : {0, 1, 2, 3, 4, 5}) {
         for (const char* event : {"opened", "closed", "hovered", "x-vendor-thing", "", "Clicked"}) {
@@ -162,7 +162,7 @@ TEST(DBusMenu, DoesNothingForWhatIsNoClickOrHasNothingToDo) {
     EXPECT_EQ(rig.panel->signals(), "");
 }
 
-TEST(DBusMenu, RefusesItemsThatDoNotExist) {
+TEST(DBusMenuTest, RefusesItemsThatDoNotExist) {
     MenuRig rig;
     for (const int id : {6, 99, -1, 2'147'483'647, -2'147'483'647 - 1}) {
         EXPECT_EQ(rig.layout(id), refused);
@@ -175,7 +175,7 @@ TEST(DBusMenu, RefusesItemsThatDoNotExist) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(DBusMenu, RefusesListsThatNobodyNeeds) {
+TEST(DBusMenuTest, RefusesListsThatNobodyNeeds) {
     MenuRig rig;
     const std::vector<std::int32_t> most(DBusMenu::longestList, 4);
     EXPECT_TRUE(rig.properties(most).starts_with("[(4 "));
@@ -188,7 +188,7 @@ TEST(DBusMenu, RefusesListsThatNobodyNeeds) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(DBusMenu, TellsTheStateOfAClickedCheckMarkEvenIfItIsAsItWas) {
+TEST(DBusMenuTest, TellsTheStateOfAClickedCheckMarkEvenIfItIsAsItWas) {
     MenuRig rig;
     rig.panel->click(1);
     EXPECT_EQ(rig.news(), "Mute; ");
@@ -198,7 +198,7 @@ TEST(DBusMenu, TellsTheStateOfAClickedCheckMarkEvenIfItIsAsItWas) {
     EXPECT_EQ(rig.panel->signals(), "");
 }
 
-TEST(DBusMenu, TellsOfAnotherLayoutAndLetsALateClickInTheOldOneMeetNothing) {
+TEST(DBusMenuTest, TellsOfAnotherLayoutAndLetsALateClickInTheOldOneMeetNothing) {
     MenuRig rig;
     const std::string before = rig.panel->layout();
     rig.item->setMenu({{rig.entry("Else"), rig.mark("Mute", 1, MenuItemState::off)}});
@@ -220,7 +220,7 @@ TEST(DBusMenu, TellsOfAnotherLayoutAndLetsALateClickInTheOldOneMeetNothing) {
     EXPECT_EQ(rig.layout(), "(0 " + root + " [])");
 }
 
-TEST(DBusMenu, NamesOnlyKeysThatHaveANameInEveryToolkit) {
+TEST(DBusMenuTest, NamesOnlyKeysThatHaveANameInEveryToolkit) {
     MenuRig rig;
     rig.item->setMenu({{rig.entry("digit", "7"), rig.entry("none", ""), rig.entry("odd", "€"), rig.entry("two", "ab"),
                         rig.entry("capital", "Q")}});
@@ -229,7 +229,7 @@ TEST(DBusMenu, NamesOnlyKeysThatHaveANameInEveryToolkit) {
               R"([(0 []) (6 ["shortcut":[["Control" "7"]]]) (7 []) (8 []) (9 []) (10 [])])");
 }
 
-TEST(DBusMenu, NamesTheCommaAsTheDesktopsPanelsReadIt) {
+TEST(DBusMenuTest, NamesTheCommaAsTheDesktopsPanelsReadIt) {
     for (const char* desktop : {"", "GNOME", "ubuntu:GNOME", "XFCE", "MATE", "sway"}) {
         MenuRig rig(desktop);
         EXPECT_EQ(rig.property(3, "shortcut"), R"([["Control" "comma"]])") << desktop;
@@ -240,7 +240,7 @@ TEST(DBusMenu, NamesTheCommaAsTheDesktopsPanelsReadIt) {
     }
 }
 
-TEST(DBusMenu, ShowsBytesThatAreNoTextAsSuch) {
+TEST(DBusMenuTest, ShowsBytesThatAreNoTextAsSuch) {
     MenuRig rig;
     rig.item->setMenu({{rig.entry("a\xFF_")}});
     rig.settle();

@@ -22,13 +22,13 @@ struct Picture {
     std::vector<std::uint8_t> bytes;
 };
 
-TEST(IconPixmap, HasFourBytesForEachPixel) {
+TEST(IconPixmapTest, HasFourBytesForEachPixel) {
     for (const int pixels : {1, 16, 22, 48}) {
         EXPECT_EQ(argbPixmap(frameAndSlash, pixels).size(), static_cast<std::size_t>(pixels * pixels * 4));
     }
 }
 
-TEST(IconPixmap, IsTheSameGreyEverywhereAndTellsTheInkByItsAlphaAlone) {
+TEST(IconPixmapTest, IsTheSameGreyEverywhereAndTellsTheInkByItsAlphaAlone) {
     const Picture picture(frameAndSlash, 36);
     for (std::size_t at = 0; at < picture.bytes.size(); at += 4) {
         ASSERT_EQ(picture.bytes[at + 1], 0x80);
@@ -38,7 +38,7 @@ TEST(IconPixmap, IsTheSameGreyEverywhereAndTellsTheInkByItsAlphaAlone) {
 }
 
 // At 18 pixels a pixel is a point; the first row is the top one.
-TEST(IconPixmap, DrawsARectanglesLineAndLeavesItsInsideAndItsSurroundingsEmpty) {
+TEST(IconPixmapTest, DrawsARectanglesLineAndLeavesItsInsideAndItsSurroundingsEmpty) {
     const Picture picture(frameAndSlash, 18);
     for (const int column : {1, 2}) EXPECT_EQ(picture.alpha(column, 9), 255) << column;  // left side: x from 1 to 3
     for (const int column : {0, 3, 5}) EXPECT_EQ(picture.alpha(column, 9), 0) << column;
@@ -48,14 +48,14 @@ TEST(IconPixmap, DrawsARectanglesLineAndLeavesItsInsideAndItsSurroundingsEmpty) 
     EXPECT_EQ(picture.alpha(6, 15), 0);
 }
 
-TEST(IconPixmap, RoundsTheCorners) {
+TEST(IconPixmapTest, RoundsTheCorners) {
     const Picture picture(frameAndSlash, 18);
     EXPECT_EQ(picture.alpha(1, 3), 0);
     EXPECT_EQ(picture.alpha(16, 14), 0);
     EXPECT_GT(picture.alpha(2, 4), 0);
 }
 
-TEST(IconPixmap, DrawsASegmentBetweenItsEndsAndNoFurther) {
+TEST(IconPixmapTest, DrawsASegmentBetweenItsEndsAndNoFurther) {
     const Picture picture(frameAndSlash, 36);
     for (const int column : {17, 18}) {  // x from 8.5 to 9.5 points
         EXPECT_EQ(picture.alpha(column, 20), 255) << column;
@@ -65,7 +65,7 @@ TEST(IconPixmap, DrawsASegmentBetweenItsEndsAndNoFurther) {
     EXPECT_EQ(picture.alpha(19, 20), 0);
 }
 
-TEST(IconPixmap, CoversAPixelPartlyWhereTheInkDoes) {
+TEST(IconPixmapTest, CoversAPixelPartlyWhereTheInkDoes) {
     const Drawing half{.name = "", .size = {2, 2}, .strokes = {{Segment{.from = {0, 1}, .to = {2, 1}}, 1}}};
     const Picture picture(half, 2);
     for (const int row : {0, 1}) {
@@ -73,7 +73,7 @@ TEST(IconPixmap, CoversAPixelPartlyWhereTheInkDoes) {
     }
 }
 
-TEST(IconPixmap, AnEmptyDrawingAndASegmentWithoutLengthLeaveNoInk) {
+TEST(IconPixmapTest, AnEmptyDrawingAndASegmentWithoutLengthLeaveNoInk) {
     const Drawing dot{.name = "", .size = {4, 4}, .strokes = {{Segment{.from = {2, 2}, .to = {2, 2}}, 2}}};
     for (const Drawing& drawing : {Drawing{.name = "", .size = {4, 4}, .strokes = {}}, dot}) {
         const Picture picture(drawing, 4);

@@ -192,7 +192,7 @@ class Stranger {
     int nesting_ = 0;
 };
 
-TEST(StatusNotifierFuzz, AnswersWhateverIsAskedAndWorksAfterwards) {
+TEST(StatusNotifierFrontFuzzTest, AnswersWhateverIsAskedAndWorksAfterwards) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         StatusNotifierRig rig;

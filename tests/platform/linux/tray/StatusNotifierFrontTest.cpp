@@ -10,14 +10,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(StatusNotifier, RegistersWithTheWatcherThatIsThere) {
+TEST(StatusNotifierFrontTest, RegistersWithTheWatcherThatIsThere) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->items.size(), 1U);
     EXPECT_TRUE(rig.panel->item().starts_with("org.kde.StatusNotifierItem-")) << rig.panel->item();
 }
 
-TEST(StatusNotifier, RegistersWithAWatcherThatComesLate) {
+TEST(StatusNotifierFrontTest, RegistersWithAWatcherThatComesLate) {
     StatusNotifierRig rig;
     rig.showIcon("plain", "off");
     turnsWithin(rig.loop, 100ms);
@@ -25,7 +25,7 @@ TEST(StatusNotifier, RegistersWithAWatcherThatComesLate) {
     EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"plain\"");
 }
 
-TEST(StatusNotifier, RegistersAgainWithAWatcherThatWasRestarted) {
+TEST(StatusNotifierFrontTest, RegistersAgainWithAWatcherThatWasRestarted) {
     StatusNotifierRig rig;
     rig.showInPanel();
     for (int restart = 0; restart < 3; ++restart) {
@@ -37,7 +37,7 @@ TEST(StatusNotifier, RegistersAgainWithAWatcherThatWasRestarted) {
     }
 }
 
-TEST(StatusNotifier, RegistersAgainAfterTheSessionBusWasAway) {
+TEST(StatusNotifierFrontTest, RegistersAgainAfterTheSessionBusWasAway) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.panel.reset();
@@ -52,7 +52,7 @@ TEST(StatusNotifier, RegistersAgainAfterTheSessionBusWasAway) {
     EXPECT_EQ(rig.news(), "Mute; ");
 }
 
-TEST(StatusNotifier, RegistersOnceTheHostIsThereWithAWatcherThatCouldNotTakeItBefore) {
+TEST(StatusNotifierFrontTest, RegistersOnceTheHostIsThereWithAWatcherThatCouldNotTakeItBefore) {
     StatusNotifierRig rig;
     rig.panel.emplace(rig.loop, Panel::Hosts::none);
     rig.panel->refusesItems = true;
@@ -63,7 +63,7 @@ TEST(StatusNotifier, RegistersOnceTheHostIsThereWithAWatcherThatCouldNotTakeItBe
     EXPECT_TRUE(rig.panel->findsItem());
 }
 
-TEST(StatusNotifier, GoesOnWithoutASessionBus) {
+TEST(StatusNotifierFrontTest, GoesOnWithoutASessionBus) {
     PrivateBus daemon("DBUS_SESSION_BUS_ADDRESS");
     daemon.end();
     SdEventLoop loop;
@@ -79,7 +79,7 @@ TEST(StatusNotifier, GoesOnWithoutASessionBus) {
     EXPECT_FALSE(watcher.hasHost());
 }
 
-TEST(StatusNotifier, TellsWhetherThereIsAHost) {
+TEST(StatusNotifierFrontTest, TellsWhetherThereIsAHost) {
     StatusNotifierRig rig;
     std::string told;
     rig.watcher.onHostChanged = [&] { told += rig.watcher.hasHost() ? "host " : "none "; };
@@ -101,20 +101,20 @@ TEST(StatusNotifier, TellsWhetherThereIsAHost) {
     EXPECT_TRUE(hears("host none host none host none "));
 }
 
-TEST(StatusNotifier, ShowsTheIconByNameAndWhereItsFileIs) {
+TEST(StatusNotifierFrontTest, ShowsTheIconByNameAndWhereItsFileIs) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"plain\"");
     EXPECT_EQ(rig.panel->itemProperty("IconThemePath"), "\"/folder/icons\"");
 }
 
-TEST(StatusNotifier, ShowsTheIconAsPixmapsToo) {
+TEST(StatusNotifierFrontTest, ShowsTheIconAsPixmapsToo) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->itemProperty("IconPixmap"), "[(22 22 1936 bytes) (32 32 4096 bytes) (48 48 9216 bytes)]");
 }
 
-TEST(StatusNotifier, IsAnActiveItemOfAMenuAndNothingElse) {
+TEST(StatusNotifierFrontTest, IsAnActiveItemOfAMenuAndNothingElse) {
     StatusNotifierRig rig;
     rig.showInPanel();
     const std::vector<std::pair<const char*, const char*>> properties{
@@ -137,7 +137,7 @@ TEST(StatusNotifier, IsAnActiveItemOfAMenuAndNothingElse) {
     for (const auto& [name, value] : properties) EXPECT_NE(all.find('"' + std::string(name) + '"'), std::string::npos);
 }
 
-TEST(StatusNotifier, SaysInItsToolTipWhoItIsAndWhatItShows) {
+TEST(StatusNotifierFrontTest, SaysInItsToolTipWhoItIsAndWhatItShows) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.showIcon("plain", "a <b> & c");
@@ -145,7 +145,7 @@ TEST(StatusNotifier, SaysInItsToolTipWhoItIsAndWhatItShows) {
     EXPECT_EQ(rig.panel->itemProperty("ToolTip"), "(\"\" [] \"BLE-kovra\" \"a &lt;b&gt; &amp; c\")");
 }
 
-TEST(StatusNotifier, SignalsOnlyWhatHasChanged) {
+TEST(StatusNotifierFrontTest, SignalsOnlyWhatHasChanged) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.showIcon("slashed", "off");
@@ -160,7 +160,7 @@ TEST(StatusNotifier, SignalsOnlyWhatHasChanged) {
 }
 
 // Every message of this program, on whatever it may be, reaches who watches the bus.
-TEST(StatusNotifier, SendsNothingWhenNothingChanges) {
+TEST(StatusNotifierFrontTest, SendsNothingWhenNothingChanges) {
     StatusNotifierRig rig;
     rig.showInPanel();
     int messages = 0;
@@ -204,7 +204,7 @@ std::string click(StatusNotifierRig& rig, const char* method, int x, int y) {
                            [&](BusWriter& writer) { writer.integer(x).integer(y); });
 }
 
-TEST(StatusNotifier, AsksForTheMenuAtEachClickThatADesktopTellsOf) {
+TEST(StatusNotifierFrontTest, AsksForTheMenuAtEachClickThatADesktopTellsOf) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(click(rig, "Activate", 10, 20), "");
@@ -214,7 +214,7 @@ TEST(StatusNotifier, AsksForTheMenuAtEachClickThatADesktopTellsOf) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(StatusNotifier, KnowsNoClickWhereNobodyCanOpenTheMenu) {
+TEST(StatusNotifierFrontTest, KnowsNoClickWhereNobodyCanOpenTheMenu) {
     StatusNotifierRig rig;
     rig.item.reset();
     rig.popUp = nullptr;
@@ -229,7 +229,7 @@ TEST(StatusNotifier, KnowsNoClickWhereNobodyCanOpenTheMenu) {
     }
 }
 
-TEST(StatusNotifier, DoesNothingWhenItIsScrolled) {
+TEST(StatusNotifierFrontTest, DoesNothingWhenItIsScrolled) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Scroll",
@@ -239,7 +239,7 @@ TEST(StatusNotifier, DoesNothingWhenItIsScrolled) {
     EXPECT_TRUE(rig.asked.empty());
 }
 
-TEST(StatusNotifier, KeepsTheNewestActivationTokenForOneWindow) {
+TEST(StatusNotifierFrontTest, KeepsTheNewestActivationTokenForOneWindow) {
     StatusNotifierRig rig;
     rig.showInPanel();
     const auto provide = [&](const std::string& token) {
@@ -256,7 +256,7 @@ TEST(StatusNotifier, KeepsTheNewestActivationTokenForOneWindow) {
     EXPECT_EQ(rig.token.take(), "");
 }
 
-TEST(StatusNotifier, LeavesTheBusWithItsItem) {
+TEST(StatusNotifierFrontTest, LeavesTheBusWithItsItem) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.item.reset();
@@ -268,7 +268,7 @@ TEST(StatusNotifier, LeavesTheBusWithItsItem) {
     EXPECT_TRUE(rig.panel->items.empty());
 }
 
-TEST(StatusNotifier, GoesOnWhereTheLibraryLosesTheBusInTheMiddleOfASentence) {
+TEST(StatusNotifierFrontTest, GoesOnWhereTheLibraryLosesTheBusInTheMiddleOfASentence) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.daemon.end();

@@ -68,7 +68,7 @@ struct TrayRig {
     }
 };
 
-TEST(TrayItem, TellsEverythingFirstAndFromTheQueue) {
+TEST(TrayItemTest, TellsEverythingFirstAndFromTheQueue) {
     TrayRig rig;
     rig.button().setImage(picture("plain"));
     rig.button().setImageIsTemplate(true);
@@ -78,7 +78,7 @@ TEST(TrayItem, TellsEverythingFirstAndFromTheQueue) {
     EXPECT_EQ(rig.news(), "image plain template tip away menu 2; ");
 }
 
-TEST(TrayItem, TellsOnceATurnHoweverMuchHasChanged) {
+TEST(TrayItemTest, TellsOnceATurnHoweverMuchHasChanged) {
     TrayRig rig;
     rig.news();
     rig.button().setImage(picture("plain"));
@@ -88,7 +88,7 @@ TEST(TrayItem, TellsOnceATurnHoweverMuchHasChanged) {
     EXPECT_EQ(rig.news(), "image plain tip away; ");
 }
 
-TEST(TrayItem, TellsNothingWhenNothingDiffersFromWhatWasToldLast) {
+TEST(TrayItemTest, TellsNothingWhenNothingDiffersFromWhatWasToldLast) {
     TrayRig rig;
     const auto evaluate = [&](const std::string& name, MenuItemState state) {
         rig.item->setState(1, state);
@@ -108,7 +108,7 @@ TEST(TrayItem, TellsNothingWhenNothingDiffersFromWhatWasToldLast) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(TrayItem, TellsOnlyWhatDiffers) {
+TEST(TrayItemTest, TellsOnlyWhatDiffers) {
     TrayRig rig;
     rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::off), mark("two", 2, MenuItemState::off)});
     rig.button().setImage(picture("plain"));
@@ -125,7 +125,7 @@ TEST(TrayItem, TellsOnlyWhatDiffers) {
     EXPECT_EQ(rig.news(), " menu 2; ");
 }
 
-TEST(TrayItem, IsATemplateOnlyUntilTheNextImage) {
+TEST(TrayItemTest, IsATemplateOnlyUntilTheNextImage) {
     TrayRig rig;
     rig.button().setImage(picture("plain"));
     EXPECT_TRUE(rig.button().hasImage());
@@ -134,7 +134,7 @@ TEST(TrayItem, IsATemplateOnlyUntilTheNextImage) {
     EXPECT_FALSE(rig.item->contents().imageIsTemplate);
 }
 
-TEST(TrayItem, IgnoresTheStateOfATagThatNoItemHas) {
+TEST(TrayItemTest, IgnoresTheStateOfATagThatNoItemHas) {
     TrayRig rig;
     rig.item->setState(1, MenuItemState::on);
     rig.setMenu({mark("one", 1, MenuItemState::off)});
@@ -143,7 +143,7 @@ TEST(TrayItem, IgnoresTheStateOfATagThatNoItemHas) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(TrayItem, TellsAFrontThatComesLaterEverythingAndTheOthersNothing) {
+TEST(TrayItemTest, TellsAFrontThatComesLaterEverythingAndTheOthersNothing) {
     TrayRig rig;
     rig.setMenu({entry("one")});
     rig.news();
@@ -156,7 +156,7 @@ TEST(TrayItem, TellsAFrontThatComesLaterEverythingAndTheOthersNothing) {
     EXPECT_EQ(late, "image none tip  menu 1;  tip here; ");
 }
 
-TEST(TrayItem, PerformsAChoiceFromTheQueue) {
+TEST(TrayItemTest, PerformsAChoiceFromTheQueue) {
     TrayRig rig;
     int performed = 0;
     rig.setMenu({entry("one"), entry("two", [&] { ++performed; })});
@@ -166,7 +166,7 @@ TEST(TrayItem, PerformsAChoiceFromTheQueue) {
     EXPECT_EQ(performed, 1);
 }
 
-TEST(TrayItem, DoesNothingForWhatCannotBeChosen) {
+TEST(TrayItemTest, DoesNothingForWhatCannotBeChosen) {
     TrayRig rig;
     MenuItem disabled = entry("no", [] { FAIL(); });
     disabled.isEnabled = false;
@@ -179,7 +179,7 @@ TEST(TrayItem, DoesNothingForWhatCannotBeChosen) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(TrayItem, TellsTheStateAgainAfterAChoiceThatLeftItAsItWas) {
+TEST(TrayItemTest, TellsTheStateAgainAfterAChoiceThatLeftItAsItWas) {
     TrayRig rig;
     rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::on)});
     rig.news();
@@ -189,7 +189,7 @@ TEST(TrayItem, TellsTheStateAgainAfterAChoiceThatLeftItAsItWas) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(TrayItem, TellsTheStateOnceAfterAChoiceThatChangedItInAQueuedBlock) {
+TEST(TrayItemTest, TellsTheStateOnceAfterAChoiceThatChangedItInAQueuedBlock) {
     TrayRig rig;
     const auto evaluateLater = [&] { rig.queue.async([&] { rig.item->setState(1, MenuItemState::off); }); };
     rig.setMenu({mark("one", 1, MenuItemState::on, evaluateLater)});
@@ -198,7 +198,7 @@ TEST(TrayItem, TellsTheStateOnceAfterAChoiceThatChangedItInAQueuedBlock) {
     EXPECT_EQ(rig.news(), " 0 off; ");
 }
 
-TEST(TrayItem, TellsTheStateAgainOfADisabledItemThatWasClicked) {
+TEST(TrayItemTest, TellsTheStateAgainOfADisabledItemThatWasClicked) {
     TrayRig rig;
     MenuItem disabled = mark("one", 1, MenuItemState::on, [] { FAIL(); });
     disabled.isEnabled = false;
@@ -208,7 +208,7 @@ TEST(TrayItem, TellsTheStateAgainOfADisabledItemThatWasClicked) {
     EXPECT_EQ(rig.news(), " 0 on; ");
 }
 
-TEST(TrayItem, TellsNoStateAgainInAnotherMenu) {
+TEST(TrayItemTest, TellsNoStateAgainInAnotherMenu) {
     TrayRig rig;
     rig.setMenu({mark("one", 1, MenuItemState::on, [&] { rig.setMenu({entry("another")}); })});
     rig.news();
@@ -216,7 +216,7 @@ TEST(TrayItem, TellsNoStateAgainInAnotherMenu) {
     EXPECT_EQ(rig.news(), " menu 1; ");
 }
 
-TEST(TrayItem, MayDieInItsOwnAction) {
+TEST(TrayItemTest, MayDieInItsOwnAction) {
     TrayRig rig;
     rig.setMenu({mark("one", 1, MenuItemState::on, [&] { rig.item.reset(); })});
     rig.news();
@@ -226,7 +226,7 @@ TEST(TrayItem, MayDieInItsOwnAction) {
     EXPECT_FALSE(rig.item);
 }
 
-TEST(TrayItem, TellsNothingOnceItIsGone) {
+TEST(TrayItemTest, TellsNothingOnceItIsGone) {
     TrayRig rig;
     rig.button().setToolTip("here");
     rig.item->choose(0);
@@ -234,7 +234,7 @@ TEST(TrayItem, TellsNothingOnceItIsGone) {
     EXPECT_EQ(rig.news(), "");
 }
 
-TEST(TrayStatusBar, GivesAnItemWithOneFrontOfEachMaker) {
+TEST(TrayStatusBarTest, GivesAnItemWithOneFrontOfEachMaker) {
     FakeMainQueue queue;
     std::string one;
     std::string other;

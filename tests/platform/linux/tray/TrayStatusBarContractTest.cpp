@@ -104,7 +104,7 @@ class PanelDriver {
     std::map<int, bool> states_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(StatusNotifier, StatusBarContract, PanelDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(TrayStatusBar, StatusBarContract, PanelDriver);
 
 }  // namespace
 }  // namespace kovra

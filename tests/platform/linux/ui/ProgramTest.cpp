@@ -18,9 +18,9 @@
 namespace kovra {
 namespace {
 
-class WindowProgram : public testing::Test {
+class ProgramTest : public testing::Test {
   protected:
-    WindowProgram() { environment.set("QT_QPA_PLATFORM", "offscreen"); }
+    ProgramTest() { environment.set("QT_QPA_PLATFORM", "offscreen"); }
 
     // Starts it with this descriptor in its place, or with none there, and with its error stream in `errors`.
     void start(int socket) {
@@ -55,13 +55,13 @@ class WindowProgram : public testing::Test {
     pid_t pid = 0;
 };
 
-TEST_F(WindowProgram, IsNotStartedByHand) {
+TEST_F(ProgramTest, IsNotStartedByHand) {
     start(-1);
     EXPECT_EQ(written(), "ble-kovra-ui: запускается программой ble-kovra, а не вручную\n");
     EXPECT_EQ(exitCode(), 2);
 }
 
-TEST_F(WindowProgram, TakesNothingButASocketForOne) {
+TEST_F(ProgramTest, TakesNothingButASocketForOne) {
     const int file = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     start(file);
     ::close(file);
@@ -69,7 +69,7 @@ TEST_F(WindowProgram, TakesNothingButASocketForOne) {
     EXPECT_EQ(exitCode(), 2);
 }
 
-TEST_F(WindowProgram, EndsWithItsSocketWhateverCameBefore) {
+TEST_F(ProgramTest, EndsWithItsSocketWhateverCameBefore) {
     for (const std::string& said : {std::string(), std::string("nonsense\n{\"is\":\"other\"}\n\xFF\n"),
                                     encode(ToWindow(ShowTray())), std::string(2'000'000, 'x')}) {
         std::array<int, 2> ends{};

@@ -58,7 +58,7 @@ class ProcessDriver {
     std::set<std::string> busy_;  // of whose block has not returned
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Process, AlertPresenterContract, ProcessDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(ProcessAlertPresenter, AlertPresenterContract, ProcessDriver);
 
 }  // namespace
 }  // namespace kovra

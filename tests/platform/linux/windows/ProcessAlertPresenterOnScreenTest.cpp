@@ -58,11 +58,11 @@ struct Manager {
 };
 void PrintTo(const Manager& manager, std::ostream* out) { *out << manager.name; }
 
-class AlertsOnScreen : public testing::TestWithParam<Manager> {
+class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager> {
   protected:
     static constexpr xcb_keycode_t escape = 9, enter = 36, space = 65, tab = 23, a = 38;
 
-    AlertsOnScreen() {
+    ProcessAlertPresenterOnScreenTest() {
         environment.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
         environment.set("HOME", home.path());
         environment.set("XDG_CONFIG_HOME", home.path());
@@ -125,7 +125,7 @@ class AlertsOnScreen : public testing::TestWithParam<Manager> {
 };
 using Answers = std::vector<AlertAnswered>;
 
-TEST_P(AlertsOnScreen, ComeBeforeAnotherProgramWithTheKeyboardAndGiveItBack) {
+TEST_P(ProcessAlertPresenterOnScreenTest, ComeBeforeAnotherProgramWithTheKeyboardAndGiveItBack) {
     neighbour->show("Letter");
     ASSERT_TRUE(eventually([&] { return hasKeyboard("Letter"); }));
     onlooker.tap(a);
@@ -141,7 +141,7 @@ TEST_P(AlertsOnScreen, ComeBeforeAnotherProgramWithTheKeyboardAndGiveItBack) {
     }
 }
 
-TEST_P(AlertsOnScreen, ComeToTheFrontAgainAndAgainWhateverIsTypedMeanwhile) {
+TEST_P(ProcessAlertPresenterOnScreenTest, ComeToTheFrontAgainAndAgainWhateverIsTypedMeanwhile) {
     neighbour->show("Letter");
     for (std::uint64_t number = 1; number <= 3; ++number) {
         neighbour->takeKeyboard();
@@ -156,7 +156,7 @@ TEST_P(AlertsOnScreen, ComeToTheFrontAgainAndAgainWhateverIsTypedMeanwhile) {
     }
 }
 
-TEST_P(AlertsOnScreen, AreAnsweredByTabAndSpace) {
+TEST_P(ProcessAlertPresenterOnScreenTest, AreAnsweredByTabAndSpace) {
     showAlerts({1});
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     onlooker.tap(tab);
@@ -164,7 +164,7 @@ TEST_P(AlertsOnScreen, AreAnsweredByTabAndSpace) {
     ASSERT_TRUE(eventually([&] { return heard<AlertAnswered>() == Answers{{1, 1}}; }));
 }
 
-TEST_P(AlertsOnScreen, StackAndTheOneBelowComesBack) {
+TEST_P(ProcessAlertPresenterOnScreenTest, StackAndTheOneBelowComesBack) {
     showAlerts({1});
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     showAlerts({1, 2});
@@ -182,7 +182,7 @@ TEST_P(AlertsOnScreen, StackAndTheOneBelowComesBack) {
     EXPECT_EQ(heard<AlertAnswered>(), (Answers{{3, 0}, {2, std::nullopt}, {1, 0}}));
 }
 
-TEST_P(AlertsOnScreen, KeepTheirPlaceBeforeTheSettingsWindow) {
+TEST_P(ProcessAlertPresenterOnScreenTest, KeepTheirPlaceBeforeTheSettingsWindow) {
     showWindow(false);
     ASSERT_TRUE(eventually([&] { return hasKeyboard("Settings"); }));
     showAlerts({1});
@@ -206,7 +206,7 @@ TEST_P(AlertsOnScreen, KeepTheirPlaceBeforeTheSettingsWindow) {
     EXPECT_TRUE(eventually([&] { return heard<ControlChanged>().size() == 1; }));
 }
 
-TEST_P(AlertsOnScreen, LeaveTheMenuItsInput) {
+TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheMenuItsInput) {
     showAlerts({1});
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     PopUpMenu request{.x = 20, .y = 700, .menu = {}};
@@ -227,7 +227,7 @@ TEST_P(AlertsOnScreen, LeaveTheMenuItsInput) {
     EXPECT_TRUE(eventually([&] { return heard<AlertAnswered>() == Answers{{1, 0}}; }));
 }
 
-TEST_P(AlertsOnScreen, LeaveTheIconInTheTrayItsInput) {
+TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheIconInTheTrayItsInput) {
     const Program tray({"trayer", "--edge", "top", "--align", "left", "--widthtype", "request", "--height", "24"});
     ShowTray shown;
     shown.image = Drawing{.name = "pad", .size = {18, 18}, .strokes = {}};
@@ -251,7 +251,7 @@ TEST_P(AlertsOnScreen, LeaveTheIconInTheTrayItsInput) {
     EXPECT_TRUE(heard<AlertAnswered>().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(WindowManagers, AlertsOnScreen,
+INSTANTIATE_TEST_SUITE_P(WindowManagers, ProcessAlertPresenterOnScreenTest,
                          testing::Values(Manager{"none", {}}, Manager{"openbox", {"openbox"}}),
                          [](const auto& manager) { return manager.param.name; });
 

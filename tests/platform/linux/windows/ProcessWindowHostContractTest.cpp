@@ -49,7 +49,7 @@ class ProcessDriver {
     std::int64_t settled_ = 0;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Process, WindowHostContract, ProcessDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(ProcessWindowHost, WindowHostContract, ProcessDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -34,7 +34,7 @@ View listOf(const std::vector<std::string>& devices, int change) {
 
 // A day of a window that is never closed, and of mice that come and go: all that it took is given back, along the way
 // and at the end.
-TEST(WindowEndurance, NothingGrowsThroughAHundredThousandChangesOfTheListAndNothingIsLeft) {
+TEST(ProcessWindowHostEnduranceTest, NothingGrowsThroughAHundredThousandChangesOfTheListAndNothingIsLeft) {
     constexpr int changes = 100'000;
     const TempFolder folder;
     const std::string program = folder / "program";

@@ -17,12 +17,12 @@ namespace {
 using namespace std::chrono_literals;
 
 // A window and alerts as the application has them, shown by the real window process.
-class WindowsOnScreen : public WindowProcessOnScreen {
+class ProcessWindowHostOnScreenTest : public WindowProcessOnScreen {
   protected:
     static constexpr xcb_keycode_t escape = 9, enter = 36, space = 65;
     static constexpr const char* title = "The window";
 
-    WindowsOnScreen() { make(); }
+    ProcessWindowHostOnScreenTest() { make(); }
 
     void make() {
         settings = host.makeWindow(content());
@@ -61,7 +61,7 @@ class WindowsOnScreen : public WindowProcessOnScreen {
     std::unique_ptr<Window> settings;
 };
 
-TEST_F(WindowsOnScreen, TheWindowIsSeenUntilTheUserClosesItAndAgain) {
+TEST_F(ProcessWindowHostOnScreenTest, TheWindowIsSeenUntilTheUserClosesItAndAgain) {
     for (int i = 0; i < 3; ++i) {
         open();
         onlooker.tap(escape);
@@ -73,7 +73,7 @@ TEST_F(WindowsOnScreen, TheWindowIsSeenUntilTheUserClosesItAndAgain) {
     EXPECT_NE(windowProcesses(), process);
 }
 
-TEST_F(WindowsOnScreen, TheWindowGoesWhenItIsLetGoOf) {
+TEST_F(ProcessWindowHostOnScreenTest, TheWindowGoesWhenItIsLetGoOf) {
     open();
     const auto process = windowProcesses();
     settings.reset();
@@ -84,7 +84,7 @@ TEST_F(WindowsOnScreen, TheWindowGoesWhenItIsLetGoOf) {
     EXPECT_EQ(windowProcesses(), process);
 }
 
-TEST_F(WindowsOnScreen, WhatTheUserDoesComesBackAndIsShown) {
+TEST_F(ProcessWindowHostOnScreenTest, WhatTheUserDoesComesBackAndIsShown) {
     open();
     for (int times = 1; times <= 4; ++times) {
         onlooker.tap(space);
@@ -93,7 +93,7 @@ TEST_F(WindowsOnScreen, WhatTheUserDoesComesBackAndIsShown) {
     }
 }
 
-TEST_F(WindowsOnScreen, AKilledProcessHasClosedTheWindowAndTheNextOpeningWorks) {
+TEST_F(ProcessWindowHostOnScreenTest, AKilledProcessHasClosedTheWindowAndTheNextOpeningWorks) {
     for (int i = 0; i < 3; ++i) {
         open();
         ::kill(windowProcesses().front(), SIGKILL);
@@ -104,7 +104,7 @@ TEST_F(WindowsOnScreen, AKilledProcessHasClosedTheWindowAndTheNextOpeningWorks) 
     EXPECT_FALSE(isSeen());
 }
 
-TEST_F(WindowsOnScreen, AnAlertReturnsWhatTheUserDid) {
+TEST_F(ProcessWindowHostOnScreenTest, AnAlertReturnsWhatTheUserDid) {
     EXPECT_EQ(run([&] { onlooker.tap(enter); }), AlertResponse::firstButton);
     EXPECT_EQ(run([&] { onlooker.tap(escape); }), AlertResponse::aborted);
     EXPECT_EQ(run([&] { ::kill(windowProcesses().front(), SIGKILL); }), AlertResponse::aborted);

@@ -7,9 +7,9 @@
 namespace kovra {
 namespace {
 
-class WindowProcessMessages : public WindowProcessRig {};
+class WindowProcessMessagesTest : public WindowProcessRig {};
 
-TEST_F(WindowProcessMessages, HandsOnWhatTheUserChose) {
+TEST_F(WindowProcessMessagesTest, HandsOnWhatTheUserChose) {
     use(R"(echo '{"is":"itemChosen","position":4}
 no message
 {"is":"itemChosen","position":0}' >&3
@@ -19,14 +19,14 @@ exec cat <&3 >/dev/null)");
     EXPECT_EQ(chosen, (std::vector<std::size_t>{4, 0}));
 }
 
-TEST_F(WindowProcessMessages, HandsOnWhatWasChosenLastBeforeItDied) {
+TEST_F(WindowProcessMessagesTest, HandsOnWhatWasChosenLastBeforeItDied) {
     use(R"(echo '{"is":"itemChosen","position":7}' >&3)");
     show("tip");
     waitFor([&] { return deaths > 0; });
     EXPECT_EQ(chosen.size(), static_cast<std::size_t>(deaths));
 }
 
-TEST_F(WindowProcessMessages, NeitherWaitsNorGrowsWhenItIsNotRead) {
+TEST_F(WindowProcessMessagesTest, NeitherWaitsNorGrowsWhenItIsNotRead) {
     use("echo $$ >$here/pid; exec sleep 1000");
     show("tip");
     waitFor([&] { return pid() > 0; });
@@ -43,7 +43,7 @@ TEST_F(WindowProcessMessages, NeitherWaitsNorGrowsWhenItIsNotRead) {
     EXPECT_LT(bytesInUse(), before + 200'000);  // 100 MB went by
 }
 
-TEST_F(WindowProcessMessages, TakesUpWritingWhenItIsReadAgain) {
+TEST_F(WindowProcessMessagesTest, TakesUpWritingWhenItIsReadAgain) {
     use("echo $$ >$here/pid; while [ ! -e $here/go ]; do sleep 0.01; done; exec cat <&3 >$here/shown");
     show("tip");
     waitFor([&] { return pid() > 0; });
@@ -55,7 +55,7 @@ TEST_F(WindowProcessMessages, TakesUpWritingWhenItIsReadAgain) {
     EXPECT_LT(std::count(shown.begin(), shown.end(), '\n'), 10);
 }
 
-TEST_F(WindowProcessMessages, StartsForAnEventAndStaysUntilItIsReleased) {
+TEST_F(WindowProcessMessagesTest, StartsForAnEventAndStaysUntilItIsReleased) {
     use("exec cat <&3 >$here/shown");
     popUp(71);
     popUp(72);
@@ -68,7 +68,7 @@ TEST_F(WindowProcessMessages, StartsForAnEventAndStaysUntilItIsReleased) {
     EXPECT_EQ(deaths, 0);
 }
 
-TEST_F(WindowProcessMessages, IsNotStartedAgainForAnEventWhenItIsKilled) {
+TEST_F(WindowProcessMessagesTest, IsNotStartedAgainForAnEventWhenItIsKilled) {
     use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >/dev/null");
     popUp(71);
     waitFor([&] { return pid() > 0; });
@@ -81,7 +81,7 @@ TEST_F(WindowProcessMessages, IsNotStartedAgainForAnEventWhenItIsKilled) {
     waitFor([&] { return starts() == 2; });
 }
 
-TEST_F(WindowProcessMessages, TellsNoEventAgainToAProcessThatComesLater) {
+TEST_F(WindowProcessMessagesTest, TellsNoEventAgainToAProcessThatComesLater) {
     use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
     show("state");
     popUp(71);
@@ -92,7 +92,7 @@ TEST_F(WindowProcessMessages, TellsNoEventAgainToAProcessThatComesLater) {
     EXPECT_EQ(read("shown").find("\"x\":71"), std::string::npos);
 }
 
-TEST_F(WindowProcessMessages, StaysWhenItIsReleasedWhileThereIsSomethingToShow) {
+TEST_F(WindowProcessMessagesTest, StaysWhenItIsReleasedWhileThereIsSomethingToShow) {
     use("echo $$ >$here/pid; exec cat <&3 >/dev/null");
     popUp(71);
     show("state");
@@ -104,7 +104,7 @@ TEST_F(WindowProcessMessages, StaysWhenItIsReleasedWhileThereIsSomethingToShow) 
     waitFor([&] { return !hasChildren(); });
 }
 
-TEST_F(WindowProcessMessages, StartsAtOnceForAnEventAlsoWhereItWasGivenUp) {
+TEST_F(WindowProcessMessagesTest, StartsAtOnceForAnEventAlsoWhereItWasGivenUp) {
     use("echo >>$here/starts");
     show("tip");
     waitFor([&] { return deaths == 4; });
@@ -114,7 +114,7 @@ TEST_F(WindowProcessMessages, StartsAtOnceForAnEventAlsoWhereItWasGivenUp) {
     EXPECT_EQ(starts(), 5U);
 }
 
-TEST_F(WindowProcessMessages, TellsTheSameStateOnce) {
+TEST_F(WindowProcessMessagesTest, TellsTheSameStateOnce) {
     use("exec cat <&3 >$here/shown");
     const auto told = [&] {
         const std::string shown = read("shown");
@@ -132,7 +132,7 @@ TEST_F(WindowProcessMessages, TellsTheSameStateOnce) {
     EXPECT_EQ(told(), 3);
 }
 
-TEST_F(WindowProcessMessages, TellsOfOneStateLessWhileTheOthersStay) {
+TEST_F(WindowProcessMessagesTest, TellsOfOneStateLessWhileTheOthersStay) {
     use("exec cat <&3 >$here/shown");
     show("tip");
     showWindow();
@@ -148,7 +148,7 @@ TEST_F(WindowProcessMessages, TellsOfOneStateLessWhileTheOthersStay) {
     waitFor([&] { return read("shown").ends_with("{\"is\":\"hideWindow\"}\n"); });
 }
 
-TEST_F(WindowProcessMessages, ShowsWhatItsDeathDidNotEndAgain) {
+TEST_F(WindowProcessMessagesTest, ShowsWhatItsDeathDidNotEndAgain) {
     use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
     const auto closing = window->listenForDeath([&] { window->hideWindow(); });
     show("tip");

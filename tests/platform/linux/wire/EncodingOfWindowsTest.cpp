@@ -59,7 +59,7 @@ void expectSame(const View& sent, const View& received) {
     for (std::size_t i = 0; i < sent.children.size(); ++i) expectSame(sent.children[i], received.children[i]);
 }
 
-TEST(WireOfWindows, BringsAnyWindowAcrossUnchangedButItsActions) {
+TEST(EncodingOfWindowsTest, BringsAnyWindowAcrossUnchangedButItsActions) {
     for (const auto seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
@@ -78,7 +78,7 @@ TEST(WireOfWindows, BringsAnyWindowAcrossUnchangedButItsActions) {
     }
 }
 
-TEST(WireOfWindows, BringsAnyAlertsAcrossUnchanged) {
+TEST(EncodingOfWindowsTest, BringsAnyAlertsAcrossUnchanged) {
     for (const auto seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
@@ -97,7 +97,7 @@ TEST(WireOfWindows, BringsAnyAlertsAcrossUnchanged) {
     }
 }
 
-TEST(WireOfWindows, BringsAnythingThatTheUserDoesAcrossUnchanged) {
+TEST(EncodingOfWindowsTest, BringsAnythingThatTheUserDoesAcrossUnchanged) {
     for (const auto seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
@@ -108,7 +108,7 @@ TEST(WireOfWindows, BringsAnythingThatTheUserDoesAcrossUnchanged) {
     }
 }
 
-TEST(WireOfWindows, BringsAcrossThatSomethingGoes) {
+TEST(EncodingOfWindowsTest, BringsAcrossThatSomethingGoes) {
     for (const ToWindow& sent : {ToWindow(HideTray()), ToWindow(HideWindow())}) {
         const auto received = decodeToWindow(encode(sent));
         ASSERT_TRUE(received);
@@ -116,12 +116,12 @@ TEST(WireOfWindows, BringsAcrossThatSomethingGoes) {
     }
 }
 
-TEST(WireOfWindows, BringsAnUnboundedLengthAcross) {
+TEST(EncodingOfWindowsTest, BringsAnUnboundedLengthAcross) {
     const View sent = View{Text{"x"}, {}, {}, {}}.frame({.maxWidth = Frame::unbounded, .maxHeight = Frame::unbounded});
     expectSame(sent, throughTheWire(aWindowWith(sent)).content);
 }
 
-TEST(WireOfWindows, RefusesLengthsThatDoNotExist) {
+TEST(EncodingOfWindowsTest, RefusesLengthsThatDoNotExist) {
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
     for (const Frame& wrong :
          {Frame{.width = Frame::unbounded}, Frame{.height = notANumber}, Frame{.maxWidth = -Frame::unbounded},
@@ -133,7 +133,7 @@ TEST(WireOfWindows, RefusesLengthsThatDoNotExist) {
     EXPECT_FALSE(decodeToResident(R"({"is":"windowPlaced","place":{"minimised":false,"scroll":"unbounded"}})"));
 }
 
-TEST(WireOfWindows, TakesAChangeToATruthValueOrATextAlone) {
+TEST(EncodingOfWindowsTest, TakesAChangeToATruthValueOrATextAlone) {
     const auto withValue = [](const Json& value) {
         return decodeToResident(
             Json{{"is", "controlChanged"}, {"number", 1}, {"path", {"a"}}, {"value", value}}.dump());
@@ -145,7 +145,7 @@ TEST(WireOfWindows, TakesAChangeToATruthValueOrATextAlone) {
     }
 }
 
-TEST(WireOfWindows, BringsTenThousandDevicesAcross) {
+TEST(EncodingOfWindowsTest, BringsTenThousandDevicesAcross) {
     View list{Stack{}, {}, {}, {}};
     for (int device = 0; device < 10'000; ++device) {
         const std::string id =
@@ -165,7 +165,7 @@ TEST(WireOfWindows, BringsTenThousandDevicesAcross) {
     expectSame(list, std::get<ShowWindow>(*decoded).content);
 }
 
-TEST(WireOfWindows, RefusesWhatNestsDeeperThanAnyWindow) {
+TEST(EncodingOfWindowsTest, RefusesWhatNestsDeeperThanAnyWindow) {
     const auto nested = [](int levels) {
         View view{Spacer{}, {}, {}, {}};
         for (; levels > 0; --levels) view = {Stack{}, {view}, {}, {}};
@@ -182,7 +182,7 @@ TEST(WireOfWindows, RefusesWhatNestsDeeperThanAnyWindow) {
     EXPECT_FALSE(decodeToResident(closed));
 }
 
-TEST(WireOfWindows, SurvivesListsAsLongAsALineCanHold) {
+TEST(EncodingOfWindowsTest, SurvivesListsAsLongAsALineCanHold) {
     std::string line = R"({"is":"controlChanged","number":1,"value":true,"path":[""})";
     line.pop_back();
     while (line.size() < longestToResident - 10) line += R"(,"")";
@@ -191,7 +191,7 @@ TEST(WireOfWindows, SurvivesListsAsLongAsALineCanHold) {
     EXPECT_FALSE(decodeToResident(line));
 }
 
-TEST(WireOfWindows, RefusesALineThatIsTorn) {
+TEST(EncodingOfWindowsTest, RefusesALineThatIsTorn) {
     RandomMessages messages(7);
     for (int round = 0; round < 20; ++round) {
         const std::string state = encode(ToWindow(messages.alerts()));
@@ -203,7 +203,7 @@ TEST(WireOfWindows, RefusesALineThatIsTorn) {
     }
 }
 
-TEST(WireOfWindows, TakesNoMessageOfTheOtherDirection) {
+TEST(EncodingOfWindowsTest, TakesNoMessageOfTheOtherDirection) {
     RandomMessages messages(8);
     for (int round = 0; round < 50; ++round) {
         EXPECT_FALSE(decodeToResident(encode(ToWindow(messages.window()))));
@@ -233,7 +233,7 @@ int damageEverywhere(const Json& whole, const Json& place, const Json::json_poin
     return refused;
 }
 
-TEST(WireOfWindows, SurvivesAWrongValueInAnyPlace) {
+TEST(EncodingOfWindowsTest, SurvivesAWrongValueInAnyPlace) {
     for (const auto seed : fixedAndFreshSeeds(1)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
@@ -251,7 +251,7 @@ TEST(WireOfWindows, SurvivesAWrongValueInAnyPlace) {
 }
 
 // What comes out of a damaged line is refused, or is a message like any other: it goes across again unchanged.
-TEST(WireOfWindows, SurvivesRandomDamage) {
+TEST(EncodingOfWindowsTest, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);

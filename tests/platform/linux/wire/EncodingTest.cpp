@@ -75,7 +75,7 @@ void expectSame(const Menu& one, const Menu& other) {
     for (std::size_t i = 0; i < one.items.size(); ++i) expectSame(one.items[i], other.items[i]);
 }
 
-TEST(Wire, BringsATrayAcrossUnchanged) {
+TEST(EncodingTest, BringsATrayAcrossUnchanged) {
     const ShowTray sent = aTray();
     const ShowTray received = throughTheWire(sent);
     EXPECT_EQ(received.image, sent.image);
@@ -84,7 +84,7 @@ TEST(Wire, BringsATrayAcrossUnchanged) {
     expectSame(received.menu, sent.menu);
 }
 
-TEST(Wire, BringsARequestForTheMenuAcrossUnchanged) {
+TEST(EncodingTest, BringsARequestForTheMenuAcrossUnchanged) {
     const auto decoded = decodeToWindow(encode(ToWindow(aRequest())));
     ASSERT_TRUE(decoded);
     const auto& received = std::get<PopUpMenu>(*decoded);
@@ -94,13 +94,13 @@ TEST(Wire, BringsARequestForTheMenuAcrossUnchanged) {
     expectSame(received.menu, aRequest().menu);
 }
 
-TEST(Wire, BringsTheClosingOfTheMenuAcrossWithAndWithoutAChoice) {
+TEST(EncodingTest, BringsTheClosingOfTheMenuAcrossWithAndWithoutAChoice) {
     for (const MenuClosed& sent : {MenuClosed{0ms, std::nullopt}, MenuClosed{123'456'789ms, 7}}) {
         EXPECT_EQ(decodeToResident(encode(ToResident(sent))), ToResident(sent));
     }
 }
 
-TEST(Wire, RefusesPlacesAndTimesThatDoNotExist) {
+TEST(EncodingTest, RefusesPlacesAndTimesThatDoNotExist) {
     const Json good = Json::parse(encode(ToWindow(aRequest())));
     for (const Json& wrong : {Json(1LL << 31), Json(-(1LL << 31) - 1), Json(~0ULL), Json(1.5), Json("1"), Json()}) {
         for (const char* name : {"x", "y"}) {
@@ -118,7 +118,7 @@ TEST(Wire, RefusesPlacesAndTimesThatDoNotExist) {
     EXPECT_FALSE(decodeToResident(R"({"is":"menuClosed","asked":1,"chosen":-1})"));
 }
 
-TEST(Wire, BringsATrayWithNothingInItAcross) {
+TEST(EncodingTest, BringsATrayWithNothingInItAcross) {
     const ShowTray received = throughTheWire(ShowTray());
     EXPECT_FALSE(received.image);
     EXPECT_FALSE(received.imageIsTemplate);
@@ -126,7 +126,7 @@ TEST(Wire, BringsATrayWithNothingInItAcross) {
     EXPECT_TRUE(received.menu.items.empty());
 }
 
-TEST(Wire, BringsAChoiceAcross) {
+TEST(EncodingTest, BringsAChoiceAcross) {
     for (const std::size_t position : {std::size_t{0}, std::size_t{7}, ~std::size_t{0}}) {
         const auto decoded = decodeToResident(encode(ToResident(ItemChosen{position})));
         ASSERT_TRUE(decoded);
@@ -134,7 +134,7 @@ TEST(Wire, BringsAChoiceAcross) {
     }
 }
 
-TEST(Wire, PutsTheReplacementCharacterForWhatIsNoUtf8) {
+TEST(EncodingTest, PutsTheReplacementCharacterForWhatIsNoUtf8) {
     ShowTray tray;
     tray.toolTip =
         "a\xFF"
@@ -144,11 +144,11 @@ TEST(Wire, PutsTheReplacementCharacterForWhatIsNoUtf8) {
               "b\xEF\xBF\xBD");
 }
 
-TEST(Wire, PassesOverMembersThatItDoesNotKnow) {
+TEST(EncodingTest, PassesOverMembersThatItDoesNotKnow) {
     EXPECT_EQ(decodeToResident(R"({"is":"itemChosen","position":3,"token":"x"})"), ToResident(ItemChosen{3}));
 }
 
-TEST(Wire, RefusesWhatIsNoMessage) {
+TEST(EncodingTest, RefusesWhatIsNoMessage) {
     for (const char* line : {"", " ", "null", "[]", "3", "\"showTray\"", "{", "{}", R"({"is":7})", R"({"is":"other"})",
                              R"({"is":"itemChosen"})", R"({"is":"itemChosen","position":-1})",
                              R"({"is":"itemChosen","position":1.5})", R"({"is":"itemChosen","position":"1"})",
@@ -159,7 +159,7 @@ TEST(Wire, RefusesWhatIsNoMessage) {
     }
 }
 
-TEST(Wire, TakesNoMessageOfTheOtherDirection) {
+TEST(EncodingTest, TakesNoMessageOfTheOtherDirection) {
     EXPECT_FALSE(decodeToResident(encode(ToWindow(aTray()))));
     EXPECT_FALSE(decodeToResident(encode(ToWindow(aRequest()))));
     EXPECT_FALSE(decodeToWindow(encode(ToResident(ItemChosen{1}))));
@@ -183,7 +183,7 @@ void damageEverywhere(const Json& whole, Json& place, const Json::json_pointer& 
     }
 }
 
-TEST(Wire, SurvivesAWrongValueInAnyPlace) {
+TEST(EncodingTest, SurvivesAWrongValueInAnyPlace) {
     for (const ToWindow& message : {ToWindow(aTray()), ToWindow(aRequest())}) {
         Json whole = Json::parse(encode(message));
         int refused = 0;
@@ -192,7 +192,7 @@ TEST(Wire, SurvivesAWrongValueInAnyPlace) {
     }
 }
 
-TEST(Wire, SurvivesNestingOfAnyDepth) {
+TEST(EncodingTest, SurvivesNestingOfAnyDepth) {
     for (const char* open : {"[", R"({"is":)", R"({"is":"showTray","menu":[)"}) {
         std::string deep;
         while (deep.size() < 900'000) deep += open;
@@ -202,7 +202,7 @@ TEST(Wire, SurvivesNestingOfAnyDepth) {
 }
 
 // What comes out of a damaged line is refused, or is a message like any other: it goes across again unchanged.
-TEST(Wire, SurvivesRandomDamage) {
+TEST(EncodingTest, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);

@@ -29,14 +29,14 @@ struct Pair {
     std::array<int, 2> ends{};
 };
 
-TEST(LineReader, GivesOutLinesAsTheyComeToTheirEnd) {
+TEST(LineReaderTest, GivesOutLinesAsTheyComeToTheirEnd) {
     LineReader reader(longestToResident);
     EXPECT_EQ(reader.feed("on"), Lines());
     EXPECT_EQ(reader.feed("e\ntwo\n\nth"), (Lines{"one", "two", ""}));
     EXPECT_EQ(reader.feed("ree\n"), Lines{"three"});
 }
 
-TEST(LineReader, DropsALineThatIsTooLongAndReadsTheNext) {
+TEST(LineReaderTest, DropsALineThatIsTooLongAndReadsTheNext) {
     LineReader reader(1'000);
     const std::string longest(1'000, 'x');
     EXPECT_EQ(reader.feed(longest + "\n"), Lines{longest});
@@ -46,7 +46,7 @@ TEST(LineReader, DropsALineThatIsTooLongAndReadsTheNext) {
     EXPECT_EQ(reader.feed("\nnext\n"), Lines{"next"});
 }
 
-TEST(LineSocket, ReceivesWhatWasSentAndTellsOfTheEnd) {
+TEST(LineSocketTest, ReceivesWhatWasSentAndTellsOfTheEnd) {
     Pair pair;
     LineReader reader(longestToResident);
     EXPECT_EQ(receiveLines(pair.ours(), reader), Lines());
@@ -59,7 +59,7 @@ TEST(LineSocket, ReceivesWhatWasSentAndTellsOfTheEnd) {
     EXPECT_EQ(receiveLines(pair.ours(), reader), std::nullopt);
 }
 
-TEST(LineSocket, DropsWholeLinesThatNobodyReads) {
+TEST(LineSocketTest, DropsWholeLinesThatNobodyReads) {
     const Pair pair;
     const std::string line = "a line of some length, as long as most\n";
     int taken = 0;
@@ -73,13 +73,13 @@ TEST(LineSocket, DropsWholeLinesThatNobodyReads) {
     EXPECT_EQ(received, taken);
 }
 
-TEST(LineSocket, SaysWhenTheOtherSideIsGone) {
+TEST(LineSocketTest, SaysWhenTheOtherSideIsGone) {
     Pair pair;
     pair.closeOther();
     EXPECT_FALSE(sendLine(pair.ours(), "one\n"));
 }
 
-TEST(Outbox, SendsAtOnceWhatThereIsRoomFor) {
+TEST(LineSocketOutboxTest, SendsAtOnceWhatThereIsRoomFor) {
     const Pair pair;
     Outbox outbox;
     outbox.put(0, "one\n");
@@ -89,7 +89,7 @@ TEST(Outbox, SendsAtOnceWhatThereIsRoomFor) {
     EXPECT_EQ(receiveLines(pair.other(), reader), (Lines{"one", "two"}));
 }
 
-TEST(Outbox, KeepsTheNewestOfEachKindWhileNobodyReads) {
+TEST(LineSocketOutboxTest, KeepsTheNewestOfEachKindWhileNobodyReads) {
     const Pair pair;
     Outbox outbox;
     const std::string filling(2'000'000, 'x');
@@ -113,7 +113,7 @@ TEST(Outbox, KeepsTheNewestOfEachKindWhileNobodyReads) {
     EXPECT_EQ(received, (Lines{"zero 999", "one 999"}));
 }
 
-TEST(Outbox, SaysWhenTheOtherSideIsGone) {
+TEST(LineSocketOutboxTest, SaysWhenTheOtherSideIsGone) {
     Pair pair;
     pair.closeOther();
     Outbox outbox;

@@ -64,7 +64,7 @@ struct Heard {
     }
 };
 
-TEST(XConnection, IsAbsentWithoutADisplay) {
+TEST(XConnectionTest, IsAbsentWithoutADisplay) {
     SdEventLoop loop;
     for (const char* display : {static_cast<const char*>(nullptr), "", ":nonsense", ":65000"}) {
         display == nullptr ? ::unsetenv("DISPLAY") : ::setenv("DISPLAY", display, 1);
@@ -73,7 +73,7 @@ TEST(XConnection, IsAbsentWithoutADisplay) {
     ::unsetenv("DISPLAY");
 }
 
-TEST(XConnection, HandsEventsToWhoeverListensFromTheQueue) {
+TEST(XConnectionTest, HandsEventsToWhoeverListensFromTheQueue) {
     ConnectionRig rig;
     Heard first;
     Heard second;
@@ -91,7 +91,7 @@ TEST(XConnection, HandsEventsToWhoeverListensFromTheQueue) {
     EXPECT_EQ(second.numbers, (std::vector<std::uint32_t>{1}));
 }
 
-TEST(XConnection, HandsOutWhatWasReadWhileAReplyWasWaitedFor) {
+TEST(XConnectionTest, HandsOutWhatWasReadWhileAReplyWasWaitedFor) {
     ConnectionRig rig;
     Heard heard;
     const auto listening = rig.connection->listen(heard.listener());
@@ -101,7 +101,7 @@ TEST(XConnection, HandsOutWhatWasReadWhileAReplyWasWaitedFor) {
     EXPECT_TRUE(rig.turnUntil([&] { return heard.numbers.size() == 1; }));
 }
 
-TEST(XConnection, LetsAListenerLeaveAndAnotherComeInsideAnEvent) {
+TEST(XConnectionTest, LetsAListenerLeaveAndAnotherComeInsideAnEvent) {
     ConnectionRig rig;
     Heard late;
     XConnection::Events::Token listening;
@@ -120,7 +120,7 @@ TEST(XConnection, LetsAListenerLeaveAndAnotherComeInsideAnEvent) {
     EXPECT_EQ(late.numbers, (std::vector<std::uint32_t>{2}));
 }
 
-TEST(XConnection, GoesOnAfterARequestThatTheServerRefuses) {
+TEST(XConnectionTest, GoesOnAfterARequestThatTheServerRefuses) {
     ConnectionRig rig;
     Heard heard;
     const auto listening = rig.connection->listen(heard.listener());
@@ -130,7 +130,7 @@ TEST(XConnection, GoesOnAfterARequestThatTheServerRefuses) {
     EXPECT_TRUE(rig.turnUntil([&] { return heard.numbers.size() == 1; }));
 }
 
-TEST(XConnection, TellsOnceThatTheServerIsGoneAndThenSleeps) {
+TEST(XConnectionTest, TellsOnceThatTheServerIsGoneAndThenSleeps) {
     ConnectionRig rig;
     int lost = 0;
     rig.connection->onLost = [&] { ++lost; };
@@ -147,7 +147,7 @@ TEST(XConnection, TellsOnceThatTheServerIsGoneAndThenSleeps) {
     EXPECT_EQ(lost, 1);
 }
 
-TEST(XConnection, MayGoWhileEventsWaitForTheirTurn) {
+TEST(XConnectionTest, MayGoWhileEventsWaitForTheirTurn) {
     ConnectionRig rig;
     Heard heard;
     auto listening = rig.connection->listen(heard.listener());

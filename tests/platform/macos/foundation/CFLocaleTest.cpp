@@ -18,7 +18,7 @@ class CFDriver {
     CFLocale locale_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(CF, LocaleContract, CFDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(CFLocale, LocaleContract, CFDriver);
 
 class CFLocaleTest : public testing::Test {
   protected:

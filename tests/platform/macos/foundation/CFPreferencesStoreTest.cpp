@@ -15,9 +15,9 @@ class CFDriver {
     CFPreferencesStore store_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(CF, PreferencesStoreContract, CFDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(CFPreferencesStore, PreferencesStoreContract, CFDriver);
 
-TEST(CFPreferencesStore, ReadsIntegersAsNumbers) {
+TEST(CFPreferencesStoreTest, ReadsIntegersAsNumbers) {
     const FrameworkRig frameworks;
     const CFStringRef key = newText("isEnabled");
     const CFNumberRef one = newInteger(1);

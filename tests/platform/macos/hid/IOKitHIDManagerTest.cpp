@@ -53,7 +53,7 @@ class IOKitDriver {
     IOKitHIDService service_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(IOKit, HIDManagerContract, IOKitDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(IOKitHIDManager, HIDManagerContract, IOKitDriver);
 
 class IOKitHIDManagerTest : public testing::Test {
   protected:

@@ -21,9 +21,9 @@ class CarbonDriver {
     CarbonHotKeyService service_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Carbon, HotKeyServiceContract, CarbonDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(CarbonHotKeyService, HotKeyServiceContract, CarbonDriver);
 
-class CarbonHotKey : public testing::Test {
+class CarbonHotKeyServiceTest : public testing::Test {
   protected:
     static constexpr HotKey hotKey{.keyCode = HotKey::ansiT,
                                    .modifiers = HotKey::controlKey | HotKey::optionKey,
@@ -34,7 +34,7 @@ class CarbonHotKey : public testing::Test {
     CarbonHotKeyService service_;
 };
 
-TEST_F(CarbonHotKey, AsksForOnePressOfThisKeyAndGivesEachBackOnce) {
+TEST_F(CarbonHotKeyServiceTest, AsksForOnePressOfThisKeyAndGivesEachBackOnce) {
     auto handler = service_.installHandler([] { return 0; });
     auto registered = service_.registerHotKey(hotKey);
     EXPECT_EQ(FakeHotKeys::takeRequests(),
@@ -44,7 +44,7 @@ TEST_F(CarbonHotKey, AsksForOnePressOfThisKeyAndGivesEachBackOnce) {
     EXPECT_EQ(FakeHotKeys::takeRequests(), (Strings{"unregister", "remove"}));
 }
 
-TEST_F(CarbonHotKey, IsNullWhereTheSystemRefuses) {
+TEST_F(CarbonHotKeyServiceTest, IsNullWhereTheSystemRefuses) {
     FakeHotKeys::takeByAnother(0x11, controlAndOption);
     FakeHotKeys::refuseHandlers(true);
     EXPECT_EQ(service_.installHandler([] { return 0; }), nullptr);
@@ -52,7 +52,7 @@ TEST_F(CarbonHotKey, IsNullWhereTheSystemRefuses) {
     EXPECT_EQ(FakeHotKeys::held(), 0U);
 }
 
-TEST_F(CarbonHotKey, CallsNoHandlerThatTheSystemRefused) {
+TEST_F(CarbonHotKeyServiceTest, CallsNoHandlerThatTheSystemRefused) {
     int pressed = 0;
     const auto installed = service_.installHandler([&] { return ++pressed, 0; });
     FakeHotKeys::refuseHandlers(true);
@@ -65,7 +65,7 @@ TEST_F(CarbonHotKey, CallsNoHandlerThatTheSystemRefused) {
     EXPECT_EQ(pressed, 1);
 }
 
-TEST_F(CarbonHotKey, MayLetGoOfItsHandlerInsideAPress) {
+TEST_F(CarbonHotKeyServiceTest, MayLetGoOfItsHandlerInsideAPress) {
     std::unique_ptr<HotKeyService::Reference> handler;
     int pressed = 0;
     handler = service_.installHandler([&] {
@@ -78,7 +78,7 @@ TEST_F(CarbonHotKey, MayLetGoOfItsHandlerInsideAPress) {
     EXPECT_EQ(pressed, 1);
 }
 
-TEST_F(CarbonHotKey, IsNotPressedWithOtherModifiers) {
+TEST_F(CarbonHotKeyServiceTest, IsNotPressedWithOtherModifiers) {
     int pressed = 0;
     const auto handler = service_.installHandler([&] { return ++pressed, 0; });
     const auto registered = service_.registerHotKey(hotKey);

@@ -31,9 +31,9 @@ class CFDriver : public ScriptedPrograms {
     PosixProcessRunner processes_{loop_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(CFRunLoop, ProcessRunnerContract, CFDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(CFDescriptorLoop, ProcessRunnerContract, CFDriver);
 
-class ProgramOnCFRunLoop : public testing::Test {
+class CFDescriptorLoopTest : public testing::Test {
   protected:
     std::optional<std::string> output(const std::string& script) {
         return processes_.output({scripts_.make(script), {}});
@@ -46,17 +46,17 @@ class ProgramOnCFRunLoop : public testing::Test {
     Scripts scripts_;
 };
 
-TEST_F(ProgramOnCFRunLoop, IsReadWholeBothStreamsInTheOrderOfWriting) {
+TEST_F(CFDescriptorLoopTest, IsReadWholeBothStreamsInTheOrderOfWriting) {
     EXPECT_EQ(output("echo first; echo second >&2; echo third"), "first\nsecond\nthird\n");
     EXPECT_EQ(output("head -c 3000000 /dev/zero").value_or("").size(), 3'000'000U);
 }
 
-TEST_F(ProgramOnCFRunLoop, IsWaitedForWhenItHasClosedItsPipe) {
+TEST_F(CFDescriptorLoopTest, IsWaitedForWhenItHasClosedItsPipe) {
     EXPECT_EQ(output("echo written; exec >&- 2>&-; sleep 0.2; : >$here/end"), "written\n");
     EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
 }
 
-TEST_F(ProgramOnCFRunLoop, IsWaitedForInsideABlockToo) {
+TEST_F(CFDescriptorLoopTest, IsWaitedForInsideABlockToo) {
     std::optional<std::string> text;
     bool hasNextRun = false;
     queue_.async([&] {
@@ -69,7 +69,7 @@ TEST_F(ProgramOnCFRunLoop, IsWaitedForInsideABlockToo) {
     EXPECT_TRUE(hasNextRun);
 }
 
-TEST_F(ProgramOnCFRunLoop, IsReadWhileAnAlertRuns) {
+TEST_F(CFDescriptorLoopTest, IsReadWhileAnAlertRuns) {
     const std::string path = scripts_.make("echo written");
     int pipe[2];
     ASSERT_EQ(::pipe(pipe), 0);
@@ -90,7 +90,7 @@ TEST_F(ProgramOnCFRunLoop, IsReadWhileAnAlertRuns) {
     ::close(pipe[1]);
 }
 
-TEST_F(ProgramOnCFRunLoop, MayLetGoOfItsWatchInsideARing) {
+TEST_F(CFDescriptorLoopTest, MayLetGoOfItsWatchInsideARing) {
     int pipe[2];
     ASSERT_EQ(::pipe(pipe), 0);
     ::close(pipe[1]);
@@ -105,12 +105,12 @@ TEST_F(ProgramOnCFRunLoop, MayLetGoOfItsWatchInsideARing) {
     ::close(pipe[0]);
 }
 
-TEST_F(ProgramOnCFRunLoop, ThatIsStartedLeavesNoZombie) {
+TEST_F(CFDescriptorLoopTest, ThatIsStartedLeavesNoZombie) {
     EXPECT_TRUE(processes_.start({scripts_.make("exit 3"), {}}));
     EXPECT_TRUE(FakeRunLoop::turnUntil([] { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0; }));
 }
 
-TEST_F(ProgramOnCFRunLoop, IsHeardOfAlsoWhenItHadEndedBeforeAnybodyListened) {
+TEST_F(CFDescriptorLoopTest, IsHeardOfAlsoWhenItHadEndedBeforeAnybodyListened) {
     Spawn how;
     pid_t process = 0;
     ASSERT_EQ(how.start(scripts_.make("exit 0"), {}, process), 0);

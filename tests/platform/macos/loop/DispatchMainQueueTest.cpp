@@ -20,9 +20,9 @@ class DispatchDriver {
     DispatchMainQueue queue_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Dispatch, MainQueueContract, DispatchDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(DispatchMainQueue, MainQueueContract, DispatchDriver);
 
-TEST(DispatchMainQueue, GoesOnWhileAnAlertRuns) {
+TEST(DispatchMainQueueTest, GoesOnWhileAnAlertRuns) {
     const FrameworkRig frameworks;
     DispatchMainQueue queue;
     bool hasRun = false;
@@ -31,7 +31,7 @@ TEST(DispatchMainQueue, GoesOnWhileAnAlertRuns) {
     EXPECT_TRUE(hasRun);
 }
 
-TEST(DispatchMainQueue, KeepsWhatIsQueuedFromRunningOnceItIsGone) {
+TEST(DispatchMainQueueTest, KeepsWhatIsQueuedFromRunningOnceItIsGone) {
     const FrameworkRig frameworks;
     int ran = 0;
     const auto kept = std::make_shared<int>();
@@ -46,7 +46,7 @@ TEST(DispatchMainQueue, KeepsWhatIsQueuedFromRunningOnceItIsGone) {
     task->cancel();
 }
 
-TEST(DispatchMainQueue, RunsADelayedBlockTwoSecondsLaterNotEarlierByAFactor) {
+TEST(DispatchMainQueueTest, RunsADelayedBlockTwoSecondsLaterNotEarlierByAFactor) {
     const FrameworkRig frameworks;
     DispatchMainQueue queue;
     bool hasRun = false;

@@ -21,7 +21,7 @@ QImage painted(QSize size, const QColor& background) {
     return image;
 }
 
-TEST(ApplicationIcon, StandsOutFromLightAndFromDark) {
+TEST(ApplicationIconTest, StandsOutFromLightAndFromDark) {
     for (const QColor& background : {QColor(Qt::white), QColor(0xE6, 0xE6, 0xE6), QColor(0x2D, 0x2D, 0x2D)}) {
         for (const int side : {16, 22, 24, 32, 48, 64, 128, 256}) {
             const QImage image = painted({side, side}, background);
@@ -30,7 +30,7 @@ TEST(ApplicationIcon, StandsOutFromLightAndFromDark) {
     }
 }
 
-TEST(ApplicationIcon, IsDrawnUpright) {
+TEST(ApplicationIconTest, IsDrawnUpright) {
     const QImage image = painted({180, 180}, Qt::gray);
     const auto colorAt = [&](double x, double y) { return image.pixelColor(int(x * 10), 180 - int(y * 10)); };
     EXPECT_EQ(colorAt(1, 9), QColor(0x3A, 0x7B, 0xE0));  // the tile
@@ -42,13 +42,13 @@ TEST(ApplicationIcon, IsDrawnUpright) {
     EXPECT_EQ(image.pixelColor(0, 0), QColor(Qt::gray));  // round corners
 }
 
-TEST(ApplicationIcon, KeepsItsProportionsInTheMiddleOfAPlaceThatIsNotSquare) {
+TEST(ApplicationIconTest, KeepsItsProportionsInTheMiddleOfAPlaceThatIsNotSquare) {
     const QImage square = painted({32, 32}, Qt::gray);
     EXPECT_EQ(painted({32, 40}, Qt::gray).copy(0, 4, 32, 32), square);
     EXPECT_EQ(painted({40, 32}, Qt::gray).copy(4, 0, 32, 32), square);
 }
 
-TEST(ApplicationIcon, IsAnIconThatPaintsTheSame) {
+TEST(ApplicationIconTest, IsAnIconThatPaintsTheSame) {
     const QtRig rig;
     QImage image(48, 48, QImage::Format_RGB32);
     image.fill(Qt::gray);

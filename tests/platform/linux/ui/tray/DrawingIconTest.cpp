@@ -27,7 +27,7 @@ QImage painted(const Drawing& drawing, bool isTemplate, QSize size, const QColor
     return image;
 }
 
-TEST(DrawingIcon, StandsOutFromAnyBackgroundAtAnySize) {
+TEST(DrawingIconTest, StandsOutFromAnyBackgroundAtAnySize) {
     for (const QColor& background : {QColor(Qt::white), QColor(0xE6, 0xE6, 0xE6), QColor(0x80, 0x80, 0x80),
                                      QColor(0x2D, 0x2D, 0x2D), QColor(Qt::black)}) {
         for (const int side : {16, 18, 22, 24, 27, 32, 33, 36, 44, 48}) {
@@ -37,7 +37,7 @@ TEST(DrawingIcon, StandsOutFromAnyBackgroundAtAnySize) {
     }
 }
 
-TEST(DrawingIcon, ShowsTheSlash) {
+TEST(DrawingIconTest, ShowsTheSlash) {
     for (const QColor& background : {QColor(Qt::white), QColor(Qt::black)}) {
         const QImage plain = painted(pad(false), true, {22, 22}, background);
         const QImage slashed = painted(pad(true), true, {22, 22}, background);
@@ -47,20 +47,20 @@ TEST(DrawingIcon, ShowsTheSlash) {
     }
 }
 
-TEST(DrawingIcon, IsDrawnUpright) {
+TEST(DrawingIconTest, IsDrawnUpright) {
     // The short line rises from the bottom edge to the middle.
     const QImage image = painted(pad(false), false, {180, 180}, Qt::white);
     EXPECT_EQ(image.pixelColor(90, 120), QColor(Qt::black));
     EXPECT_EQ(image.pixelColor(90, 70), QColor(Qt::white));
 }
 
-TEST(DrawingIcon, KeepsItsProportionsInTheMiddleOfAPlaceThatIsNotSquare) {
+TEST(DrawingIconTest, KeepsItsProportionsInTheMiddleOfAPlaceThatIsNotSquare) {
     const QImage square = painted(pad(true), true, {22, 22}, Qt::gray);
     EXPECT_EQ(painted(pad(true), true, {22, 30}, Qt::gray).copy(0, 4, 22, 22), square);
     EXPECT_EQ(painted(pad(true), true, {30, 22}, Qt::gray).copy(4, 0, 22, 22), square);
 }
 
-TEST(DrawingIcon, IsPaintedAnewForEachSize) {
+TEST(DrawingIconTest, IsPaintedAnewForEachSize) {
     // Edges stay as thin as one pixel however large it is: few pixels are neither ink nor paper.
     const QImage image = painted(pad(false), false, {180, 180}, Qt::white);
     int between = 0;
@@ -73,11 +73,11 @@ TEST(DrawingIcon, IsPaintedAnewForEachSize) {
     EXPECT_LT(between, 400);
 }
 
-TEST(DrawingIcon, PaintsWhatIsNoTemplateInBlack) {
+TEST(DrawingIconTest, PaintsWhatIsNoTemplateInBlack) {
     EXPECT_EQ(painted(pad(true), false, {36, 36}, Qt::black), painted(Drawing(), false, {36, 36}, Qt::black));
 }
 
-TEST(DrawingIcon, PaintsNothingForADrawingWithoutASize) {
+TEST(DrawingIconTest, PaintsNothingForADrawingWithoutASize) {
     Drawing drawing = pad(true);
     for (const Size size : {Size{0, 0}, Size{18, 0}, Size{-18, 18}}) {
         drawing.size = size;
@@ -85,7 +85,7 @@ TEST(DrawingIcon, PaintsNothingForADrawingWithoutASize) {
     }
 }
 
-TEST(DrawingIcon, IsAnIconThatPaintsTheSame) {
+TEST(DrawingIconTest, IsAnIconThatPaintsTheSame) {
     const QtRig rig;
     const QIcon icon = drawingIcon(pad(true), true);
     QImage image(22, 22, QImage::Format_RGB32);

@@ -142,9 +142,9 @@ TEST_F(AlertStackTest, WhatIsShownAlreadyStaysTheSameWindow) {
     EXPECT_EQ(before->focusWidget(), focus);
 }
 
-class AlertOverWindow : public AlertStackTest {
+class AlertStackOverWindowTest : public AlertStackTest {
   protected:
-    AlertOverWindow() {
+    AlertStackOverWindowTest() {
         window.resize(200, 100);
         tick.setGeometry(0, 0, 200, 30);
         QObject::connect(&shortcut, &QShortcut::activated, [this] { ++closedByKey; });
@@ -158,7 +158,7 @@ class AlertOverWindow : public AlertStackTest {
     int closedByKey = 0;
 };
 
-TEST_F(AlertOverWindow, KeepsInputFromIt) {
+TEST_F(AlertStackOverWindowTest, KeepsInputFromIt) {
     clickTick();
     ASSERT_TRUE(tick.isChecked());
     show({1});
@@ -176,7 +176,7 @@ TEST_F(AlertOverWindow, KeepsInputFromIt) {
     EXPECT_FALSE(tick.isChecked());
 }
 
-TEST_F(AlertOverWindow, TakesTheKeyboardBackWhenTheWindowComesToTheFront) {
+TEST_F(AlertStackOverWindowTest, TakesTheKeyboardBackWhenTheWindowComesToTheFront) {
     show({1});
     ASSERT_TRUE(isActive(*seen(1)));
     window.raise();
@@ -185,14 +185,14 @@ TEST_F(AlertOverWindow, TakesTheKeyboardBackWhenTheWindowComesToTheFront) {
     EXPECT_TRUE(isActive(*seen(1)));
 }
 
-TEST_F(AlertOverWindow, AClickThatHasBegunMayEnd) {
+TEST_F(AlertStackOverWindowTest, AClickThatHasBegunMayEnd) {
     QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, QPoint(10, 15));
     show({1});
     QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, QPoint(10, 15));
     EXPECT_FALSE(tick.isDown());
 }
 
-TEST_F(AlertOverWindow, LeavesMenusTheirInput) {
+TEST_F(AlertStackOverWindowTest, LeavesMenusTheirInput) {
     show({1});
     QMenu menu;
     bool isChosen = false;

@@ -9,9 +9,9 @@
 namespace kovra {
 namespace {
 
-class ViewControls : public ActiveView {};
+class ViewRealiserControlsTest : public ActiveView {};
 
-TEST_F(ViewControls, TellsATickByTheDevicesId) {
+TEST_F(ViewRealiserControlsTest, TellsATickByTheDevicesId) {
     showMice(3);
     click(button("Mouse 1"));
     EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, rowOf("1"), true}}));
@@ -21,21 +21,21 @@ TEST_F(ViewControls, TellsATickByTheDevicesId) {
     EXPECT_EQ(rig.changes[2], (ControlChanged{3, rowOf("2"), true}));
 }
 
-TEST_F(ViewControls, TellsTheSwitchAndTheModeByTheirPlaces) {
+TEST_F(ViewRealiserControlsTest, TellsTheSwitchAndTheModeByTheirPlaces) {
     showMice(1);
     click(button(content.texts.block));
     click(button(content.texts.always));
     EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, {"1"}, false}, {2, {"2"}, std::string("always")}}));
 }
 
-TEST_F(ViewControls, TellsAChoiceThatIsTheChoiceAlready) {
+TEST_F(ViewRealiserControlsTest, TellsAChoiceThatIsTheChoiceAlready) {
     showMice(0);
     click(button(content.texts.onDevice));
     EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, {"2"}, std::string("onDevice")}}));
     EXPECT_TRUE(button(content.texts.onDevice).isChecked());
 }
 
-TEST_F(ViewControls, CanBeClickedOnAllOfARow) {
+TEST_F(ViewRealiserControlsTest, CanBeClickedOnAllOfARow) {
     showMice(1);
     QAbstractButton& row = button("Mouse 0");
     for (const QPoint at : {QPoint(1, 1), QPoint(row.width() - 2, 1), QPoint(row.width() / 2, row.height() - 2)})
@@ -43,7 +43,7 @@ TEST_F(ViewControls, CanBeClickedOnAllOfARow) {
     EXPECT_EQ(rig.changes.size(), 3U);
 }
 
-TEST_F(ViewControls, TellsOfTheLink) {
+TEST_F(ViewRealiserControlsTest, TellsOfTheLink) {
     showMice(0);
     QAbstractButton& link = button("support@example.org");
     click(link);
@@ -52,7 +52,7 @@ TEST_F(ViewControls, TellsOfTheLink) {
     EXPECT_EQ(rig.links, std::vector<LinkFollowed>(4, {{"9", "1"}}));
 }
 
-TEST_F(ViewControls, ReachesEveryControlByTabAsTheEyeDoes) {
+TEST_F(ViewRealiserControlsTest, ReachesEveryControlByTabAsTheEyeDoes) {
     showMice(3);
     std::swap(content.devices[0], content.devices[2]);
     content.devices.insert(content.devices.begin() + 1, {"new", "New"});
@@ -73,7 +73,7 @@ TEST_F(ViewControls, ReachesEveryControlByTabAsTheEyeDoes) {
     EXPECT_EQ(focused(), "Mouse 0");
 }
 
-TEST_F(ViewControls, MovesByTheArrowKeys) {
+TEST_F(ViewRealiserControlsTest, MovesByTheArrowKeys) {
     showMice(2);
     button(content.texts.onDevice).setFocus();
     key(Qt::Key_Up);
@@ -86,7 +86,7 @@ TEST_F(ViewControls, MovesByTheArrowKeys) {
     EXPECT_EQ(focused(), "Mouse 0");
 }
 
-TEST_F(ViewControls, ScrollsWhatTheKeyboardReachesIntoSight) {
+TEST_F(ViewRealiserControlsTest, ScrollsWhatTheKeyboardReachesIntoSight) {
     showMice(50);
     const auto isInSight = [this](const std::string& name) {
         QWidget& row = button(name);
@@ -102,7 +102,7 @@ TEST_F(ViewControls, ScrollsWhatTheKeyboardReachesIntoSight) {
     EXPECT_TRUE(isInSight("Mouse 0"));
 }
 
-TEST_F(ViewControls, NamesEveryControlForScreenReaders) {
+TEST_F(ViewRealiserControlsTest, NamesEveryControlForScreenReaders) {
     content.devices = {{"a", "Mouse"}, {"b", "Rat", false}};
     rig.show(content);
     for (const char* name : {"Mute trackpad", "Always", "When the selected mouse is connected", "Mouse",
@@ -112,7 +112,7 @@ TEST_F(ViewControls, NamesEveryControlForScreenReaders) {
     EXPECT_EQ(button("Always").parentWidget()->accessibleName(), "Mode:");
 }
 
-TEST_F(ViewControls, ShowsTextsAsTheyAre) {
+TEST_F(ViewRealiserControlsTest, ShowsTextsAsTheyAre) {
     content.devices = {{"a", "a & b && <b>c</b> _d\te\nf"}};
     content.texts.title = "<i>x</i> & y";
     rig.show(content);
@@ -123,7 +123,7 @@ TEST_F(ViewControls, ShowsTextsAsTheyAre) {
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewControls, ShowsNamesThatAreAlikeAsDevicesOfTheirOwn) {
+TEST_F(ViewRealiserControlsTest, ShowsNamesThatAreAlikeAsDevicesOfTheirOwn) {
     content.devices = {{"a", "Mouse"}, {"b", "Mouse"}};
     rig.show(content);
     const auto rows = rig.list()->findChildren<QCheckBox*>();

@@ -20,7 +20,7 @@ struct FontSize {
 };
 void PrintTo(const FontSize& font, std::ostream* out) { *out << font.size << " points"; }
 
-class ViewGeometry : public testing::TestWithParam<FontSize> {
+class ViewRealiserGeometryTest : public testing::TestWithParam<FontSize> {
     struct WithFont {
         explicit WithFont(double size) {
             QFont font = QApplication::font();
@@ -56,12 +56,12 @@ class ViewGeometry : public testing::TestWithParam<FontSize> {
     sample::Content content;
 };
 
-TEST_P(ViewGeometry, GrowsWithTheFonts) {
+TEST_P(ViewRealiserGeometryTest, GrowsWithTheFonts) {
     EXPECT_NEAR(fontScale(), GetParam().scale, 0.001);
     EXPECT_EQ(rig.surface.size(), QSize(scaled(440), scaled(480)));
 }
 
-TEST_P(ViewGeometry, LeavesTwentyPointsAtTheSides) {
+TEST_P(ViewRealiserGeometryTest, LeavesTwentyPointsAtTheSides) {
     content.devices = sample::mice(3);
     rig.show(content);
     const int left = scaled(20);
@@ -76,7 +76,7 @@ TEST_P(ViewGeometry, LeavesTwentyPointsAtTheSides) {
     EXPECT_EQ(rig.place(*rig.button("Mouse 0")).right() + 1, right);
 }
 
-TEST_P(ViewGeometry, StandsInTheMiddleWithAtLeastTwentyPointsAboveAndBelow) {
+TEST_P(ViewRealiserGeometryTest, StandsInTheMiddleWithAtLeastTwentyPointsAboveAndBelow) {
     for (const int count : {0, 1, 100}) {
         content.devices = sample::mice(count);
         rig.show(content);
@@ -87,7 +87,7 @@ TEST_P(ViewGeometry, StandsInTheMiddleWithAtLeastTwentyPointsAboveAndBelow) {
     }
 }
 
-TEST_P(ViewGeometry, LeavesFourteenPointsBetweenTheParts) {
+TEST_P(ViewRealiserGeometryTest, LeavesFourteenPointsBetweenTheParts) {
     content.devices = sample::mice(2);
     rig.show(content);
     const QRect title = rig.place(content.texts.title);
@@ -108,7 +108,7 @@ TEST_P(ViewGeometry, LeavesFourteenPointsBetweenTheParts) {
     EXPECT_EQ(gap(status, footer), scaled(14));
 }
 
-TEST_P(ViewGeometry, DrawsTheDividersAcrossTheColumn) {
+TEST_P(ViewRealiserGeometryTest, DrawsTheDividersAcrossTheColumn) {
     rig.show(content);
     const QImage image = rig.surface.grab().toImage();
     const int y = placeOfMode().bottom() + 1 + scaled(14);
@@ -121,7 +121,7 @@ TEST_P(ViewGeometry, DrawsTheDividersAcrossTheColumn) {
     }
 }
 
-TEST_P(ViewGeometry, PutsTheRowsSixPointsApartWithFourAboveAndBelow) {
+TEST_P(ViewRealiserGeometryTest, PutsTheRowsSixPointsApartWithFourAboveAndBelow) {
     content.devices = sample::mice(3);
     rig.show(content);
     const QRect list = rig.placeOfList();
@@ -134,7 +134,7 @@ TEST_P(ViewGeometry, PutsTheRowsSixPointsApartWithFourAboveAndBelow) {
     EXPECT_EQ(list.bottom() - last.bottom(), scaled(4));
 }
 
-TEST_P(ViewGeometry, MakesTheListAsTallAsItsRowsWhileTheyAreFew) {
+TEST_P(ViewRealiserGeometryTest, MakesTheListAsTallAsItsRowsWhileTheyAreFew) {
     for (const int count : {1, 2, 3}) {
         content.devices = sample::mice(count);
         rig.show(content);
@@ -144,7 +144,7 @@ TEST_P(ViewGeometry, MakesTheListAsTallAsItsRowsWhileTheyAreFew) {
     }
 }
 
-TEST_P(ViewGeometry, ScrollsManyRowsBeyondTwoHundredPointsOrWhatRoomThereIs) {
+TEST_P(ViewRealiserGeometryTest, ScrollsManyRowsBeyondTwoHundredPointsOrWhatRoomThereIs) {
     content.devices = sample::mice(30);
     rig.show(content);
     EXPECT_LE(rig.list()->height(), scaled(200));
@@ -166,7 +166,7 @@ TEST_P(ViewGeometry, ScrollsManyRowsBeyondTwoHundredPointsOrWhatRoomThereIs) {
     EXPECT_EQ(rig.list()->height(), scaled(200));
 }
 
-TEST_P(ViewGeometry, EndsTheScrollBarWithTheColumn) {
+TEST_P(ViewRealiserGeometryTest, EndsTheScrollBarWithTheColumn) {
     content.devices = sample::mice(30);
     rig.show(content);
     const QRect bar = rig.place(*rig.list()->verticalScrollBar());
@@ -174,7 +174,7 @@ TEST_P(ViewGeometry, EndsTheScrollBarWithTheColumn) {
     EXPECT_EQ(bar.left() - rig.place(*rig.button("Mouse 0")).right() - 1, scaled(8));
 }
 
-TEST_P(ViewGeometry, LeavesRoomForTheRingsOfTheRows) {
+TEST_P(ViewRealiserGeometryTest, LeavesRoomForTheRingsOfTheRows) {
     for (const int count : {3, 30}) {
         content.devices = sample::mice(count);
         rig.show(content);
@@ -183,7 +183,7 @@ TEST_P(ViewGeometry, LeavesRoomForTheRingsOfTheRows) {
     }
 }
 
-TEST_P(ViewGeometry, PaintsDotsOfEightPoints) {
+TEST_P(ViewRealiserGeometryTest, PaintsDotsOfEightPoints) {
     content.isMuted = true;
     rig.show(content);
     const QRect status = rig.place(content.texts.status);
@@ -195,7 +195,7 @@ TEST_P(ViewGeometry, PaintsDotsOfEightPoints) {
     EXPECT_GE(status.left() - dot.right() - 1, scaled(6));
 }
 
-TEST_P(ViewGeometry, CentresTheFooterWithFourPointsBetween) {
+TEST_P(ViewRealiserGeometryTest, CentresTheFooterWithFourPointsBetween) {
     rig.show(content);
     const QRect text = rig.place(content.texts.developedBy);
     const QRect link = rig.place(*rig.button("support@example.org"));
@@ -203,7 +203,7 @@ TEST_P(ViewGeometry, CentresTheFooterWithFourPointsBetween) {
     EXPECT_NEAR(text.left(), rig.surface.width() - 1 - link.right(), 1);
 }
 
-TEST_P(ViewGeometry, CentresWhatIsSaidOfNoDevicesWithSixteenPointsAboveAndBelow) {
+TEST_P(ViewRealiserGeometryTest, CentresWhatIsSaidOfNoDevicesWithSixteenPointsAboveAndBelow) {
     rig.show(content);
     EXPECT_EQ(rig.list(), nullptr);
     const QRect text = rig.place(content.texts.noDevices);
@@ -212,7 +212,7 @@ TEST_P(ViewGeometry, CentresWhatIsSaidOfNoDevicesWithSixteenPointsAboveAndBelow)
     EXPECT_EQ(gap(text, rig.place(content.texts.status)), scaled(16) + 2 * scaled(14) + 1);
 }
 
-TEST_P(ViewGeometry, PutsTheCaptionOfARowAtItsRightEdge) {
+TEST_P(ViewRealiserGeometryTest, PutsTheCaptionOfARowAtItsRightEdge) {
     content.devices = {{"a", "Mouse", false}, {"b", "Rat", true}};
     rig.show(content);
     QAbstractButton& row = *rig.button("Mouse, disconnected");
@@ -220,7 +220,7 @@ TEST_P(ViewGeometry, PutsTheCaptionOfARowAtItsRightEdge) {
     EXPECT_EQ(rig.place(row).width(), scaled(400));
 }
 
-TEST_P(ViewGeometry, CutsNoTextInAnyLanguage) {
+TEST_P(ViewRealiserGeometryTest, CutsNoTextInAnyLanguage) {
     for (const sample::Texts& texts : {sample::Texts(), sample::german(), sample::french(), sample::russian()}) {
         for (const int count : {0, 3, 200}) {
             content.texts = texts;
@@ -239,7 +239,7 @@ TEST_P(ViewGeometry, CutsNoTextInAnyLanguage) {
     }
 }
 
-TEST_P(ViewGeometry, WrapsALongNameWithinItsRow) {
+TEST_P(ViewRealiserGeometryTest, WrapsALongNameWithinItsRow) {
     const std::string unbroken(300, 'W');
     content.devices = {{"a", unbroken, false}, {"b", "A name of many words " + std::string(200, 'x'), false}};
     rig.show(content);
@@ -247,7 +247,7 @@ TEST_P(ViewGeometry, WrapsALongNameWithinItsRow) {
     EXPECT_GT(rig.button(unbroken + ", disconnected")->height(), 3 * scaled(12));
 }
 
-INSTANTIATE_TEST_SUITE_P(Fonts, ViewGeometry,
+INSTANTIATE_TEST_SUITE_P(Fonts, ViewRealiserGeometryTest,
                          testing::Values(FontSize{9, 1}, FontSize{10, 1}, FontSize{11, 1}, FontSize{13.75, 1.25},
                                          FontSize{16.5, 1.5}, FontSize{22, 2}),
                          [](const auto& each) { return "Of" + std::to_string(std::lround(each.param.size)); });

@@ -9,9 +9,9 @@
 namespace kovra {
 namespace {
 
-class ViewUpdate : public ActiveView {};
+class ViewRealiserUpdateTest : public ActiveView {};
 
-TEST_F(ViewUpdate, LetsWhatTheUserDidStandUntilTheViewKnowsOfIt) {
+TEST_F(ViewRealiserUpdateTest, LetsWhatTheUserDidStandUntilTheViewKnowsOfIt) {
     showMice(2);
     click(button("Mouse 0"));
     click(button(content.texts.always));
@@ -28,14 +28,14 @@ TEST_F(ViewUpdate, LetsWhatTheUserDidStandUntilTheViewKnowsOfIt) {
     EXPECT_EQ(rig.changes.size(), 2U);  // none of which was the user's doing
 }
 
-TEST_F(ViewUpdate, CountsTheUsersChangesOnFromWhatWasHeardBefore) {
+TEST_F(ViewRealiserUpdateTest, CountsTheUsersChangesOnFromWhatWasHeardBefore) {
     content.devices = sample::mice(1);
     rig.show(content, 7);
     click(button("Mouse 0"));
     EXPECT_EQ(rig.changes.front().number, 8U);
 }
 
-TEST_F(ViewUpdate, FollowsWhatIsChangedElsewhereWithoutTellingOfIt) {
+TEST_F(ViewRealiserUpdateTest, FollowsWhatIsChangedElsewhereWithoutTellingOfIt) {
     showMice(2);
     content.isEnabled = false;
     content.mode = "always";
@@ -47,7 +47,7 @@ TEST_F(ViewUpdate, FollowsWhatIsChangedElsewhereWithoutTellingOfIt) {
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewUpdate, ShowsNoModeThatItDoesNotKnow) {
+TEST_F(ViewRealiserUpdateTest, ShowsNoModeThatItDoesNotKnow) {
     showMice(0);
     content.mode = "other";
     rig.show(content);
@@ -58,7 +58,7 @@ TEST_F(ViewUpdate, ShowsNoModeThatItDoesNotKnow) {
     EXPECT_TRUE(button(content.texts.always).isChecked());
 }
 
-TEST_F(ViewUpdate, PutsTheListInPlaceOfTheTextAtOnce) {
+TEST_F(ViewRealiserUpdateTest, PutsTheListInPlaceOfTheTextAtOnce) {
     showMice(0);
     EXPECT_EQ(rig.list(), nullptr);
     showMice(1);
@@ -69,7 +69,7 @@ TEST_F(ViewUpdate, PutsTheListInPlaceOfTheTextAtOnce) {
     EXPECT_NO_THROW(rig.label(content.texts.noDevices));
 }
 
-TEST_F(ViewUpdate, KeepsTheWidgetsOfRowsThatMove) {
+TEST_F(ViewRealiserUpdateTest, KeepsTheWidgetsOfRowsThatMove) {
     showMice(20);
     QAbstractButton* const before = &button("Mouse 3");
     std::reverse(content.devices.begin(), content.devices.end());
@@ -79,7 +79,7 @@ TEST_F(ViewUpdate, KeepsTheWidgetsOfRowsThatMove) {
     EXPECT_EQ(rig.place(button("Mouse 19")).top(), rig.placeOfList().top() + pixels(4));
 }
 
-TEST_F(ViewUpdate, KeepsTheFocusOnItsDevice) {
+TEST_F(ViewRealiserUpdateTest, KeepsTheFocusOnItsDevice) {
     showMice(20);
     button("Mouse 3").setFocus();
     std::reverse(content.devices.begin(), content.devices.end());
@@ -92,7 +92,7 @@ TEST_F(ViewUpdate, KeepsTheFocusOnItsDevice) {
     EXPECT_EQ(focused(), "Mouse 3");
 }
 
-TEST_F(ViewUpdate, GivesTheFocusOfARowThatGoesToItsNeighbour) {
+TEST_F(ViewRealiserUpdateTest, GivesTheFocusOfARowThatGoesToItsNeighbour) {
     showMice(4);
     button("Mouse 1").setFocus();
     content.devices.erase(content.devices.begin() + 1);
@@ -107,7 +107,7 @@ TEST_F(ViewUpdate, GivesTheFocusOfARowThatGoesToItsNeighbour) {
     EXPECT_EQ(focused(), "support@example.org");
 }
 
-TEST_F(ViewUpdate, KeepsHowFarItIsScrolled) {
+TEST_F(ViewRealiserUpdateTest, KeepsHowFarItIsScrolled) {
     showMice(100);
     QScrollBar& bar = *rig.list()->verticalScrollBar();
     bar.setValue(777);
@@ -123,7 +123,7 @@ TEST_F(ViewUpdate, KeepsHowFarItIsScrolled) {
     EXPECT_EQ(bar.value(), 0);
 }
 
-TEST_F(ViewUpdate, LetsAClickThatIsHalfMadeBeFinished) {
+TEST_F(ViewRealiserUpdateTest, LetsAClickThatIsHalfMadeBeFinished) {
     showMice(3);
     QAbstractButton& row = button("Mouse 1");
     press(row);
@@ -136,7 +136,7 @@ TEST_F(ViewUpdate, LetsAClickThatIsHalfMadeBeFinished) {
     EXPECT_EQ(rig.changes, (std::vector<ControlChanged>{{1, rowOf("1"), false}}));
 }
 
-TEST_F(ViewUpdate, TicksNothingWhereTheRowHasMovedAway) {
+TEST_F(ViewRealiserUpdateTest, TicksNothingWhereTheRowHasMovedAway) {
     showMice(5);
     QAbstractButton& row = button("Mouse 1");
     press(row);
@@ -148,7 +148,7 @@ TEST_F(ViewUpdate, TicksNothingWhereTheRowHasMovedAway) {
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewUpdate, TicksNothingWhereTheRowIsGone) {
+TEST_F(ViewRealiserUpdateTest, TicksNothingWhereTheRowIsGone) {
     showMice(5);
     press(button("Mouse 1"));
     content.devices.erase(content.devices.begin() + 1);
@@ -158,7 +158,7 @@ TEST_F(ViewUpdate, TicksNothingWhereTheRowIsGone) {
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewUpdate, KeepsAKeyThatIsHeldWithItsRow) {
+TEST_F(ViewRealiserUpdateTest, KeepsAKeyThatIsHeldWithItsRow) {
     showMice(5);
     QAbstractButton& row = button("Mouse 1");
     row.setFocus();

@@ -31,7 +31,7 @@ constexpr xcb_keycode_t letterW = 25;
 constexpr xcb_keycode_t letterQ = 24;
 constexpr xcb_keycode_t control = 37;
 
-class LiveWindow : public testing::Test {
+class ViewWindowLiveTest : public testing::Test {
     struct OnX : Environment {
         OnX() {
             set("QT_QPA_PLATFORM", "xcb");
@@ -41,7 +41,7 @@ class LiveWindow : public testing::Test {
     };
 
   protected:
-    LiveWindow() {
+    ViewWindowLiveTest() {
         told.title = "BLE-kovra";
         told.styleMask = 7;
         told.contentSize = {440, 480};
@@ -129,7 +129,7 @@ class LiveWindow : public testing::Test {
     int nextId = 1000;
 };
 
-TEST_F(LiveWindow, TicksWhatIsClickedWhereverItsRowWentMeanwhile) {
+TEST_F(ViewWindowLiveTest, TicksWhatIsClickedWhereverItsRowWentMeanwhile) {
     int ticks = 0;
     for (int round = 0; round < 150; ++round) {
         QCheckBox& pressed = anyRowInSight();
@@ -157,7 +157,7 @@ TEST_F(LiveWindow, TicksWhatIsClickedWhereverItsRowWentMeanwhile) {
     EXPECT_LT(ticks, 120);
 }
 
-TEST_F(LiveWindow, HoldsAPressedSwitchWhileTheListGrowsFromNothing) {
+TEST_F(ViewWindowLiveTest, HoldsAPressedSwitchWhileTheListGrowsFromNothing) {
     content.devices.clear();
     rebuild();
     QCoreApplication::processEvents();
@@ -180,7 +180,7 @@ TEST_F(LiveWindow, HoldsAPressedSwitchWhileTheListGrowsFromNothing) {
     EXPECT_EQ(changes, (std::vector<ControlChanged>{{1, {"1"}, false}}));
 }
 
-TEST_F(LiveWindow, KeepsScrollBarAndFocusThroughAThousandRebuildsDuringADrag) {
+TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughAThousandRebuildsDuringADrag) {
     row("7")->setFocus();
     QScrollBar& bar = *list().verticalScrollBar();
     QStyleOptionSlider option;
@@ -217,7 +217,7 @@ TEST_F(LiveWindow, KeepsScrollBarAndFocusThroughAThousandRebuildsDuringADrag) {
     EXPECT_TRUE(changes.empty());
 }
 
-TEST_F(LiveWindow, TicksByTheKeyboardTheDeviceThatHasTheFocusWhileTheListIsReordered) {
+TEST_F(ViewWindowLiveTest, TicksByTheKeyboardTheDeviceThatHasTheFocusWhileTheListIsReordered) {
     QWidget* last = nullptr;
     for (int i = 0; i < 3; ++i) user.key(tab);
     ASSERT_TRUE(QTest::qWaitFor([&] { return list().isAncestorOf(QApplication::focusWidget()); }));
@@ -239,7 +239,7 @@ TEST_F(LiveWindow, TicksByTheKeyboardTheDeviceThatHasTheFocusWhileTheListIsReord
     }
 }
 
-TEST_F(LiveWindow, ScrollsWithTheWheelAndTellsNothing) {
+TEST_F(ViewWindowLiveTest, ScrollsWithTheWheelAndTellsNothing) {
     user.moveTo(list().mapToGlobal(QPoint(50, 50)));
     for (int i = 0; i < 5; ++i) user.turnWheel(true);
     user.settle();
@@ -247,7 +247,7 @@ TEST_F(LiveWindow, ScrollsWithTheWheelAndTellsNothing) {
     EXPECT_TRUE(changes.empty());
 }
 
-TEST_F(LiveWindow, HearsItsKeysWithEveryLayout) {
+TEST_F(ViewWindowLiveTest, HearsItsKeysWithEveryLayout) {
     for (const char* layout : {"us", "ru", "us,ru", "fr"}) {
         const std::string command = std::string("setxkbmap -layout ") + layout;
         ASSERT_EQ(std::system(command.c_str()), 0);
@@ -271,7 +271,7 @@ TEST_F(LiveWindow, HearsItsKeysWithEveryLayout) {
     }
 }
 
-TEST_F(LiveWindow, SleepsWhileNothingHappens) {
+TEST_F(ViewWindowLiveTest, SleepsWhileNothingHappens) {
     user.key(tab);
     user.moveTo(row("1")->mapToGlobal(QPoint(20, 5)));
     user.settle();

@@ -18,7 +18,7 @@
 namespace kovra {
 namespace {
 
-class ScreenReader : public testing::Test {
+class ViewWindowScreenReaderTest : public testing::Test {
     struct OnX : Environment {
         OnX() {
             set("QT_QPA_PLATFORM", "xcb");
@@ -28,7 +28,7 @@ class ScreenReader : public testing::Test {
     };
 
   protected:
-    ScreenReader() {
+    ViewWindowScreenReaderTest() {
         QCoreApplication::setApplicationName("BLE-kovra");
         told.title = "BLE-kovra";
         told.styleMask = 7;
@@ -64,7 +64,7 @@ class ScreenReader : public testing::Test {
 };
 
 // One test, since the toolkit takes up one such bus in the life of a process.
-TEST_F(ScreenReader, FindsAllWithNameRoleAndStateInTheOrderOfTheEyeAndUsesIt) {
+TEST_F(ViewWindowScreenReaderTest, FindsAllWithNameRoleAndStateInTheOrderOfTheEyeAndUsesIt) {
     content.devices = {{"a", "Mouse", true, true}, {"b", "Rat", false, true}};
     show();
     content.devices = {{"c", "Cat & <b>dog</b>"}, {"b", "Rat", false, true}, {"a", "Mouse"}};
