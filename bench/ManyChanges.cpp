@@ -129,13 +129,13 @@ int run(const char* program, long changes) {
     for (long number = 1; number <= changes; ++number) {
         list.step(number);
         shown.content = SettingsView(state, texts).body();
-        window.tell(shown);
+        window.send(shown);
         if (number % (changes / 10) != 0) continue;
         window.settle();
         std::cout << window.dirty() << (number == changes ? "]" : ", ") << std::flush;
     }
     const std::size_t descriptors = window.descriptors(), threads = window.threads();
-    window.tell(HideWindow{});
+    window.send(HideWindow{});
     window.settle();
     std::cout << ", \"closed\": " << window.dirty() << ", \"descriptors\": " << descriptors
               << ", \"descriptors_closed\": " << window.descriptors() << ", \"threads\": " << threads

@@ -18,11 +18,11 @@
 #include "BLE_kovra/platform/linux/bus/SessionBus.h"
 #include "BLE_kovra/platform/linux/bus/SystemBus.h"
 #include "BLE_kovra/platform/linux/desktop/BuildBundle.h"
-#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
 #include "BLE_kovra/platform/linux/desktop/GlibcLocale.h"
 #include "BLE_kovra/platform/linux/desktop/JournalLog.h"
 #include "BLE_kovra/platform/linux/desktop/JsonPreferencesStore.h"
 #include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
+#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
 #include "BLE_kovra/platform/linux/desktop/XdgLoginService.h"
 #include "BLE_kovra/platform/linux/desktop/XdgWorkspace.h"
 #include "BLE_kovra/platform/linux/hid/UdevHIDService.h"
@@ -30,9 +30,9 @@
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
 #include "BLE_kovra/platform/linux/session/DBusActivation.h"
-#include "BLE_kovra/platform/linux/session/FlagHandover.h"
 #include "BLE_kovra/platform/linux/session/LogindSession.h"
 #include "BLE_kovra/platform/linux/session/SdEventApplication.h"
+#include "BLE_kovra/platform/linux/session/SessionEvents.h"
 #include "BLE_kovra/platform/linux/session/SingleInstance.h"
 #include "BLE_kovra/platform/linux/tray/StatusNotifierFront.h"
 #include "BLE_kovra/platform/linux/tray/TrayPopup.h"
@@ -66,7 +66,11 @@ void runApplication() {
     }
 
     kovra::SessionBus bus(loop);
-    kovra::SingleInstance instance(bus);
+    kovra::ActivationToken activationToken;
+    const kovra::SingleInstance instance(bus, [&](const std::string& token) {
+        activationToken.provide(token);
+        application.reopen();
+    });
     if (instance.isSecond()) return;
 
     kovra::JournalLog log;
@@ -75,41 +79,24 @@ void runApplication() {
     kovra::JsonPreferencesStore preferences(kovra::standardPreferencesPath(), log);
     kovra::SystemBus machine(loop);
     kovra::UdevHIDService hid(machine, log);
-
-    kovra::LogindSession session(machine, kovra::LogindSession::currentSession());
-    session.onRemoved = [&] { application.terminate(); };
-    kovra::FlagHandover handover(loop, kovra::BLE_kovraApp::flagFile());
-    handover.onHandedOver = [&] { application.resume(); };
-    session.onActivated = [&] {
-        handover.expect();
-        application.resume();
-    };
-    session.onResumed = [&] {
-        hid.resynchronize();
-        handover.expect();
-        application.resume();
-    };
+    const kovra::SessionEvents session(loop, machine, kovra::LogindSession::currentSession(),
+                                       kovra::BLE_kovraApp::flagFile(), application, [&] { hid.resynchronize(); });
 
     const kovra::Desktop desktop = kovra::currentDesktop();
-    const auto x = desktop == kovra::Desktop::x11 ? kovra::XConnection::open(loop) : nullptr;
-    if (x) x->onLost = [&] { application.terminate(); };
-    const auto hotKeys = kovra::makeHotKeyService(desktop, x.get(), bus);
+    const auto x =
+        desktop == kovra::Desktop::x11 ? kovra::XConnection::open(loop, [&] { application.terminate(); }) : nullptr;
+    auto hotKeys = kovra::DesktopHotKeys::on(desktop, x.get(), bus);
 
     kovra::XdgLoginService login(kovra::ownProgram());
 
-    kovra::ActivationToken activationToken;
     activationToken.provide(kovra::DBusActivation::takeOwnToken());
-    instance.onStartedAgain = [&](const std::string& token) {
-        activationToken.provide(token);
-        application.reopen();
-    };
     kovra::StatusNotifierWatcher watcher(bus);
     kovra::WindowProcess window(loop, kovra::windowProgram);
     std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {
         kovra::StatusNotifierItem::PopUp popUp;
         if (x) {
             popUp = [popup = std::make_shared<kovra::TrayPopup>(loop, window, item)](int atX, int atY) {
-                popup->ask(atX, atY);
+                popup->open(atX, atY);
             };
         }
         return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, activationToken,
@@ -118,9 +105,7 @@ void runApplication() {
     if (x) {
         fronts.emplace_back([&](kovra::TrayItem& item) {
             auto front = std::make_unique<kovra::XEmbedTray>(loop, *x, window, item);
-            const auto tellOfHost = [&watcher, tray = front.get()] { tray->setHostIsThere(watcher.hasHost()); };
-            watcher.onHostChanged = tellOfHost;
-            tellOfHost();
+            front->follow(watcher);
             return front;
         });
     }
@@ -130,12 +115,12 @@ void runApplication() {
     kovra::XdgWorkspace workspace(loop);
     kovra::ProcessWindowHost windows(loop, window, activationToken, workspace);
     kovra::ProcessAlertPresenter alerts(loop, window, activationToken);
-    const auto quitting = window.listen([&](const kovra::ToResident& told) {
-        if (std::holds_alternative<kovra::QuitWanted>(told)) application.terminate();
+    const auto quitting = window.listen([&](const kovra::ToResident& message) {
+        if (std::holds_alternative<kovra::QuitWanted>(message)) application.terminate();
     });
     kovra::BuildBundle bundle;
     const kovra::Platform platform{application, loop,  hid,     preferences, files,     log,       locale, statusBar,
-                                   *hotKeys,    login, windows, alerts,      processes, workspace, bundle};
+                                   hotKeys,     login, windows, alerts,      processes, workspace, bundle};
     kovra::BLE_kovraApp::main(platform);
 }
 

@@ -16,9 +16,14 @@ namespace kovra {
 // A message bus of the test's own, a real dbus-daemon, that the environment variable names for as long as it lives.
 class PrivateBus {
   public:
-    explicit PrivateBus(std::string variable) : variable_(std::move(variable)) { start(); }
+    // `limits`: elements of the daemon's configuration, in place of the session bus's standard one.
+    explicit PrivateBus(std::string variable, const std::string& limits = "") : variable_(std::move(variable)) {
+        if (!limits.empty()) configure(limits);
+        start();
+    }
     ~PrivateBus() {
         end();
+        if (!configuration_.empty()) ::unlink(configuration_.c_str());
         ::unsetenv(variable_.c_str());
     }
     PrivateBus(const PrivateBus&) = delete;
@@ -40,6 +45,18 @@ class PrivateBus {
     }
 
   private:
+    void configure(const std::string& limits) {
+        configuration_ = "/tmp/private-bus-XXXXXX";
+        const int file = ::mkstemp(configuration_.data());
+        const std::string text =
+            "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen><auth>EXTERNAL</auth>"
+            "<policy context=\"default\"><allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/>"
+            "</policy>" +
+            limits + "</busconfig>";
+        EXPECT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        ::close(file);
+    }
+
     // At the address that it had before, if any.
     void start() {
         std::array<int, 2> out{};
@@ -48,8 +65,9 @@ class PrivateBus {
         ::posix_spawn_file_actions_init(&actions);
         ::posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
         const std::string again = "--address=unix:path=" + socket_;
-        std::array<const char*, 6> arguments{"dbus-daemon",       "--session", "--nofork",
-                                             "--print-address=1", nullptr,     nullptr};
+        const std::string configuration = configuration_.empty() ? "--session" : "--config-file=" + configuration_;
+        std::array<const char*, 6> arguments{
+            "dbus-daemon", configuration.c_str(), "--nofork", "--print-address=1", nullptr, nullptr};
         if (!socket_.empty()) arguments[4] = again.c_str();
         EXPECT_EQ(
             ::posix_spawnp(&pid_, "dbus-daemon", &actions, nullptr, const_cast<char**>(arguments.data()), environ), 0);
@@ -66,6 +84,7 @@ class PrivateBus {
 
     std::string variable_;
     std::string socket_;
+    std::string configuration_;  // a file; empty for the standard one
     pid_t pid_ = 0;
 };
 

@@ -39,12 +39,20 @@ BusWriter& BusWriter::append(char type, const void* value) {
     return *this;
 }
 
-std::optional<bool> readBooleanProperty(sd_bus_message* message, std::string_view name) {
+std::optional<bool> readBoolean(sd_bus_message* message, std::string_view name) {
     int value = -1;
     const int result = forEachEntry(message, "{sv}", [&](std::string_view property) {
         return property == name ? sd_bus_message_read(message, "v", "b", &value) : 0;
     });
     return result < 0 || value < 0 ? std::nullopt : std::optional(value != 0);
+}
+
+std::optional<std::string> readText(sd_bus_message* message, std::string_view name) {
+    const char* value = nullptr;
+    const int result = forEachEntry(message, "{sv}", [&](std::string_view entry) {
+        return entry == name ? sd_bus_message_read(message, "v", "s", &value) : 0;
+    });
+    return result < 0 || value == nullptr ? std::nullopt : std::optional<std::string>(value);
 }
 
 }  // namespace kovra

@@ -36,6 +36,10 @@ class BusWriter {
     BusWriter& openEntry(const char* of) { return open(SD_BUS_TYPE_DICT_ENTRY, of); }
     BusWriter& openVariant(const char* of) { return open(SD_BUS_TYPE_VARIANT, of); }
     BusWriter& close();
+    // An entry of an a{sv} whose value is a text.
+    BusWriter& entry(std::string_view key, std::string_view value) {
+        return openEntry("sv").text(key).openVariant("s").text(value).close().close();
+    }
 
     int result() const { return result_; }
 
@@ -66,9 +70,10 @@ int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     return result < 0 ? result : 1;
 }
 
-// Reads the properties that come next in the message, and returns the one of this name. Absent if it is not among them
-// or no boolean.
-std::optional<bool> readBooleanProperty(sd_bus_message* message, std::string_view name);
+// Reads the a{sv} that comes next in the message, and returns its entry of this name. Absent where there is none of
+// that name and type, and where the message is of another form.
+std::optional<bool> readBoolean(sd_bus_message* message, std::string_view name);
+std::optional<std::string> readText(sd_bus_message* message, std::string_view name);
 
 // Answers a call: `write` is given a writer for the answer. To be returned from the call's handler.
 template <typename Write>

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -49,27 +50,26 @@ std::string standardAddress() {
 
 }  // namespace
 
-SessionBus::SessionBus(SdEventLoop& loop)
-    : loop_(loop), address_(standardAddress()), pause_(shortestPause), self_(std::make_shared<SessionBus*>(this)) {
+SessionBus::SessionBus(SdEventLoop& loop) : loop_(loop), address_(standardAddress()), pause_(shortestPause) {
     connect();
 }
 
-std::shared_ptr<SessionBus::Listener> SessionBus::listen(std::function<void(sd_bus*)> up, std::function<void()> gone) {
-    std::erase_if(listeners_, [](const auto& weak) { return weak.expired(); });
-    auto listener = std::make_shared<Listener>(Listener{std::move(up), std::move(gone)});
-    listeners_.push_back(listener);
+BusToken SessionBus::listen(Listener listener) {
+    BusToken token = listeners_.add(listener);
     if (isUp_) {
-        loop_.async([weak = std::weak_ptr(self_)] {
-            if (const auto self = weak.lock()) (*self)->tell();
-        });
+        loop_.async(lifetime_.guard([this, listener = std::move(listener), weak = std::weak_ptr(token)] {
+            if (isUp_ && !weak.expired()) listener(connection());
+        }));
     }
-    return listener;
+    return token;
 }
 
 void SessionBus::connect() {
     if (address_.empty()) return;
     const int result = open();
-    if (result < 0 && result != -EINVAL) connectLater();  // what is no address now will never be one
+    if (result >= 0) return;
+    failures_.add("session bus", result);
+    if (result != -EINVAL) connectLater();  // what is no address now will never be one
 }
 
 int SessionBus::open() {
@@ -89,26 +89,20 @@ int SessionBus::open() {
                                  "org.freedesktop.DBus.Local", "Connected", connected, this);
     if (result < 0) return result;
     connectedSlot_.reset(slot);
-    connection_.emplace(loop_, std::move(bus));
-    connection_->onGone = [this] { isGone(); };
+    connection_.emplace(loop_, std::move(bus), failures_, [this] { isGone(); });
     return connection_->bus() == nullptr ? -ENOMEM : 0;
 }
 
 void SessionBus::connectLater() {
     connectedSlot_.reset();
     connection_.reset();
-    loop_.asyncAfter(pause_, [weak = std::weak_ptr(self_)] {
-        if (const auto self = weak.lock()) (*self)->connect();
-    });
+    loop_.asyncAfter(pause_, lifetime_.guard([this] { connect(); }));
     pause_ = std::min(pause_ * 2, longestPause);
 }
 
 int SessionBus::connected(sd_bus_message*, void* context, sd_bus_error*) {
     auto* self = static_cast<SessionBus*>(context);
-    if (self == nullptr) return 0;
-    self->loop_.async([weak = std::weak_ptr(self->self_)] {
-        if (const auto bus = weak.lock()) (*bus)->isUp();
-    });
+    if (self != nullptr) self->loop_.async(self->lifetime_.guard([self] { self->isUp(); }));
     return 0;
 }
 
@@ -116,26 +110,13 @@ void SessionBus::isUp() {
     if (bus() == nullptr) return;
     isUp_ = true;
     pause_ = shortestPause;
-    tell();
+    listeners_.call(connection());
 }
 
 void SessionBus::isGone() {
-    isUp_ = false;
+    const bool wasUp = std::exchange(isUp_, false);
     connectLater();
-    tell();
-}
-
-void SessionBus::tell() {
-    for (const auto& weak : std::vector(listeners_)) {
-        const auto listener = weak.lock();
-        if (!listener || listener->knowsItIsUp == isUp_) continue;
-        listener->knowsItIsUp = isUp_;
-        if (isUp_) {
-            listener->up(bus());
-        } else {
-            listener->gone();
-        }
-    }
+    if (wasUp) listeners_.call(nullptr);
 }
 
 }  // namespace kovra

@@ -2,35 +2,34 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
+#include "BLE_kovra/platform/linux/loop/Listeners.h"
 
 namespace kovra {
 
 // The program's one connection to the bus of the user's session.
 //
-// When the bus dies it is connected to again once it is back at its address: tried after a second, then ever more
-// seldom, down to twice a minute. While connected nothing wakes the program. Without an address it stays gone.
+// When the bus dies it is connected to again once it is back at its address: after a second, then after ever longer
+// pauses, up to half a minute. While connected nothing wakes the program. Without an address it stays disconnected.
 class SessionBus {
   public:
     explicit SessionBus(SdEventLoop& loop);
 
     SdEventLoop& loop() const { return loop_; }
-    // Null while the bus is gone. A connection that is still being made keeps what is sent until it can go out.
+    // Null while there is no bus. A connection that is still being made keeps what is sent until it can go out.
+    BusConnection* connection() { return bus() == nullptr ? nullptr : &*connection_; }
     sd_bus* bus() const { return connection_ ? connection_->bus() : nullptr; }
 
-    // Who is told, from the queue and in turn, that the bus is up and that it is gone: for as long as it lives. Whoever
-    // begins to listen while the bus is up is told so at once.
-    struct Listener {
-        std::function<void(sd_bus*)> up;
-        std::function<void()> gone;
-        bool knowsItIsUp = false;
-    };
-    [[nodiscard]] std::shared_ptr<Listener> listen(std::function<void(sd_bus*)> up, std::function<void()> gone);
+    // Receives the connection whenever it is up, and null whenever it is gone; from the queue. Whoever begins to listen
+    // while it is up receives it too.
+    using Listener = std::function<void(BusConnection*)>;
+    [[nodiscard]] BusToken listen(Listener listener);
+
+    const BusFailures& failures() const { return failures_; }
 
   private:
     void connect();
@@ -39,17 +38,17 @@ class SessionBus {
     void connectLater();
     void isUp();
     void isGone();
-    void tell();
     static int connected(sd_bus_message* message, void* context, sd_bus_error* error);
 
     SdEventLoop& loop_;
     const std::string address_;
-    std::vector<std::weak_ptr<Listener>> listeners_;
+    Listeners<BusConnection*> listeners_;
+    BusFailures failures_;
     bool isUp_ = false;
     std::chrono::seconds pause_;  // before the next attempt
     BusSlot connectedSlot_;
     std::optional<BusConnection> connection_;
-    std::shared_ptr<SessionBus*> self_;  // how a queued block learns that this is no more
+    Lifetime lifetime_;
 };
 
 }  // namespace kovra

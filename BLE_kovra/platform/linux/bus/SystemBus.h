@@ -12,15 +12,23 @@ class SystemBus {
   public:
     explicit SystemBus(SdEventLoop& loop) : loop_(loop) {
         sd_bus* opened = nullptr;
-        if (sd_bus_open_system(&opened) >= 0) connection_.emplace(loop, BusHandle(opened));
+        const int result = sd_bus_open_system(&opened);
+        if (result >= 0)
+            connection_.emplace(loop, BusHandle(opened), failures_);
+        else
+            failures_.add("system bus", result);
     }
 
     SdEventLoop& loop() const { return loop_; }
     // Null where there is none. A connection that is still being made keeps what is sent until it can go out.
+    BusConnection* connection() { return bus() == nullptr ? nullptr : &*connection_; }
     sd_bus* bus() const { return connection_ ? connection_->bus() : nullptr; }
+
+    const BusFailures& failures() const { return failures_; }
 
   private:
     SdEventLoop& loop_;
+    BusFailures failures_;
     std::optional<BusConnection> connection_;
 };
 

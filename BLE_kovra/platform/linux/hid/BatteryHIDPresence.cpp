@@ -74,14 +74,14 @@ void BatteryHIDPresence::listen() {
     auto events = UdevEvents::open(udev_.get(), "power_supply");
     if (!events) return;
     try {
-        watch_ = loop_.watch(events->descriptor(), [this] { rang(); });
+        watch_ = loop_.watch(events->descriptor(), [this] { eventsReadable(); });
         events_ = std::move(events);
     } catch (const std::system_error&) {
         // Out of descriptors. The next look tries again.
     }
 }
 
-void BatteryHIDPresence::rang() {
+void BatteryHIDPresence::eventsReadable() {
     std::set<std::string> concerned;
     for (auto event = events_->next(); event.kind != UdevEvents::Event::Kind::none; event = events_->next()) {
         if (event.kind == UdevEvents::Event::Kind::lost) {
@@ -91,7 +91,7 @@ void BatteryHIDPresence::rang() {
         }
     }
     watch_->rearm();
-    for (const std::string& node : concerned) onChanged(node);
+    for (const std::string& node : concerned) changed(node);
 }
 
 }  // namespace kovra

@@ -25,7 +25,7 @@ class BatteryHIDPresence : public HIDPresence {
 
   private:
     void listen();
-    void rang();
+    void eventsReadable();
 
     SdEventLoop& loop_;
     UdevSigns signs_;

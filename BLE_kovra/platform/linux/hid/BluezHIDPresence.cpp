@@ -10,8 +10,8 @@ namespace {
 
 constexpr const char* name = "org.bluez";
 constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
-constexpr std::string_view deviceInterface = "org.bluez.Device1";
-constexpr std::string_view adapterInterface = "org.bluez.Adapter1";
+constexpr const char* deviceInterface = "org.bluez.Device1";
+constexpr const char* adapterInterface = "org.bluez.Adapter1";
 
 // As BlueZ writes addresses; the kernel has them in lower case.
 std::string capital(std::string text) {
@@ -60,7 +60,7 @@ struct BluezHIDPresence::Object {
     }
 };
 
-BluezHIDPresence::BluezHIDPresence(SystemBus& bus) : bus_(bus), self_(std::make_shared<BluezHIDPresence*>(this)) {}
+BluezHIDPresence::BluezHIDPresence(SystemBus& bus) : bus_(bus) {}
 
 HIDPresence::Answer BluezHIDPresence::ask(const std::string& nodeName, const UdevHIDNode& node) {
     const bool isOnBluetooth = nodeName.starts_with("0005:");
@@ -70,34 +70,31 @@ HIDPresence::Answer BluezHIDPresence::ask(const std::string& nodeName, const Ude
     device.nodes.insert(nodeName);
     if (isNew) inquire();
     if (device.isConnected) return *device.isConnected ? Answer::there : Answer::away;
-    return isAsking_ ? Answer::notYetKnown : Answer::there;
+    return question_ ? Answer::notYetKnown : Answer::there;
 }
 
 void BluezHIDPresence::forget(const std::string& nodeName) {
     for (auto& [addresses, device] : devices_) device.nodes.erase(nodeName);
     std::erase_if(devices_, [](const auto& known) { return known.second.nodes.empty(); });
     if (!devices_.empty()) return;
-    for (BusSlot* slot : {&ownerSlot_, &additionsSlot_, &question_}) slot->reset();
-    isAsking_ = false;
+    for (BusToken* token : {&owner_, &additions_, &question_}) token->reset();
 }
 
-// Without starting a service that nobody runs.
+// A newer question takes the place of the one before.
 void BluezHIDPresence::inquire() {
-    if (bus_.bus() == nullptr) return;
-    if (!ownerSlot_) {
-        ownerSlot_ = match(
-            "sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
-            "member='NameOwnerChanged',arg0='org.bluez'",
-            heardOwner);
+    BusConnection* bus = bus_.connection();
+    if (bus == nullptr) return;
+    if (!owner_) {
+        owner_ = bus->watchOwner(name, [this](std::string_view, std::string_view now) {
+            if (!now.empty()) inquire();
+        });
     }
-    sd_bus_message* made = nullptr;
-    if (sd_bus_message_new_method_call(bus_.bus(), &made, name, "/", objectManager, "GetManagedObjects") < 0) return;
-    const BusMessage call(made);
-    ++questions_;
-    sd_bus_slot* slot = nullptr;
-    isAsking_ = sd_bus_message_set_auto_start(made, 0) >= 0 &&
-                sd_bus_call_async(bus_.bus(), &slot, made, answered, this, 0) >= 0;
-    question_.reset(slot);
+    question_ = bus->call(
+        {name, "/", objectManager, "GetManagedObjects"}, [](BusWriter&) {},
+        [this](sd_bus_message* objects) {
+            question_.reset();
+            learn(objects);
+        });
 }
 
 // All that BlueZ knows, or an error for want of it.
@@ -119,138 +116,93 @@ void BluezHIDPresence::learn(sd_bus_message* objects) {
         const auto found = devices_.find({object.address, adapters[object.adapter]});
         if (found == devices_.end()) continue;
         Device& device = found->second;
-        if (device.path != object.path) device.slots.clear();
+        if (device.path != object.path) device.received.clear();
         device.path = object.path;
         device.isConnected = object.isConnected;
     }
-    // What changed between the answer and the listening is asked for anew.
-    if (listen()) inquire();
-    for (const auto& [addresses, device] : devices_) tell(device);
+    // What changed between the answer and the match is asked for again.
+    if (receiveNew()) inquire();
+    for (const auto& [addresses, device] : devices_) report(device);
 }
 
-// To whatever is not listened to yet. Whether there was any.
-bool BluezHIDPresence::listen() {
+// Receives the signals of devices whose signals were not received before. Whether there were any.
+bool BluezHIDPresence::receiveNew() {
     bool isNew = false;
     bool isAnyUnknown = false;
     for (auto& [addresses, device] : devices_) {
         if (device.path.empty())
             isAnyUnknown = true;
-        else if (listenTo(device))
+        else if (receive(device))
             isNew = true;
     }
     if (!isAnyUnknown) {
-        additionsSlot_.reset();
-    } else if (!additionsSlot_) {
-        additionsSlot_ = match(
-            "sender='org.bluez',interface='org.freedesktop.DBus.ObjectManager',"
-            "member='InterfacesAdded',path='/',arg0path='/org/bluez/'",
-            heardAddition);
+        additions_.reset();
+    } else if (!additions_) {
+        additions_ = receiveAdditions("/org/bluez/");
         isNew = true;
     }
     return isNew;
 }
 
-bool BluezHIDPresence::listenTo(Device& device) {
-    if (!device.slots.empty()) return false;
-    const std::string ofObject =
-        "sender='org.bluez',interface='org.freedesktop.DBus.ObjectManager',path='/',arg0path='" + device.path +
-        "',member=";
-    device.slots.push_back(
-        match("sender='org.bluez',interface='org.freedesktop.DBus.Properties',"
-              "member='PropertiesChanged',arg0='org.bluez.Device1',path='" +
-                  device.path + "'",
-              heardChange));
-    device.slots.push_back(match(ofObject + "'InterfacesAdded'", heardAddition));
-    device.slots.push_back(match(ofObject + "'InterfacesRemoved'", heardRemoval));
+bool BluezHIDPresence::receive(Device& device) {
+    BusConnection* bus = bus_.connection();
+    if (!device.received.empty() || bus == nullptr) return false;
+    const std::string& path = device.path;
+    device.received.push_back(
+        bus->receive({name, path, "org.freedesktop.DBus.Properties", "PropertiesChanged", deviceInterface},
+                     [this, path](sd_bus_message* message) { deviceChanged(path, message); }));
+    device.received.push_back(receiveAdditions(path));
+    device.received.push_back(bus->receive({name, "/", objectManager, "InterfacesRemoved", "", path},
+                                           [this](sd_bus_message* message) { interfacesRemoved(message); }));
     return true;
 }
 
-BusSlot BluezHIDPresence::match(const std::string& rule, sd_bus_message_handler_t handler) {
-    sd_bus_slot* slot = nullptr;
-    sd_bus_add_match_async(bus_.bus(), &slot, ("type='signal'," + rule).c_str(), handler, nullptr, this);
-    return BusSlot(slot);
-}
-
-void BluezHIDPresence::deviceAdded(const std::string& path, std::optional<bool> isConnected) {
-    if (isConnected) setConnected(path, *isConnected);
-    const bool wasUnknown = std::ranges::any_of(devices_, [&](const auto& known) {
-        return known.second.path.empty() && path.ends_with(lastStep(known.first.first));
-    });
-    if (wasUnknown) inquire();
+BusToken BluezHIDPresence::receiveAdditions(std::string below) {
+    BusConnection* bus = bus_.connection();
+    if (bus == nullptr) return nullptr;
+    return bus->receive({name, "/", objectManager, "InterfacesAdded", "", std::move(below)},
+                        [this](sd_bus_message* message) { interfacesAdded(message); });
 }
 
 void BluezHIDPresence::setConnected(const std::string& path, bool isConnected) {
     for (auto& [addresses, device] : devices_) {
         if (device.path != path) continue;
         device.isConnected = isConnected;
-        tell(device);
+        report(device);
     }
 }
 
-void BluezHIDPresence::tell(const Device& device) {
-    for (const std::string& node : device.nodes) onChanged(node);
+void BluezHIDPresence::report(const Device& device) {
+    for (const std::string& node : device.nodes) changed(node);
 }
 
-int BluezHIDPresence::heardOwner(sd_bus_message* message, void* context, sd_bus_error*) {
-    auto* self = static_cast<BluezHIDPresence*>(context);
-    const char* newOwner = nullptr;
-    if (self == nullptr || sd_bus_message_read(message, "sss", nullptr, nullptr, &newOwner) < 0) return 0;
-    if (*newOwner != '\0') self->post([](BluezHIDPresence& presence) { presence.inquire(); });
-    return 0;
+void BluezHIDPresence::deviceChanged(const std::string& path, sd_bus_message* message) {
+    if (sd_bus_message_skip(message, "s") < 0) return;
+    if (const auto isConnected = readBoolean(message, "Connected")) setConnected(path, *isConnected);
 }
 
-int BluezHIDPresence::answered(sd_bus_message* reply, void* context, sd_bus_error*) {
-    auto* self = static_cast<BluezHIDPresence*>(context);
-    if (self == nullptr) return 0;
-    self->post([kept = std::shared_ptr(BusMessage(sd_bus_message_ref(reply))),
-                number = self->questions_](BluezHIDPresence& presence) {
-        if (number != presence.questions_) return;  // another one has been asked since
-        presence.isAsking_ = false;
-        presence.learn(kept.get());
+void BluezHIDPresence::interfacesAdded(sd_bus_message* message) {
+    const char* path = nullptr;
+    if (sd_bus_message_read(message, "o", &path) <= 0) return;
+    const Object object = Object::read(message, path);
+    if (!object.isConnected) return;
+    setConnected(object.path, *object.isConnected);
+    const bool wasUnknown = std::ranges::any_of(devices_, [&](const auto& known) {
+        return known.second.path.empty() && object.path.ends_with(lastStep(known.first.first));
     });
-    return 0;
+    if (wasUnknown) inquire();
 }
 
-int BluezHIDPresence::heardChange(sd_bus_message* message, void* context, sd_bus_error*) {
-    auto* self = static_cast<BluezHIDPresence*>(context);
-    if (self == nullptr || sd_bus_message_skip(message, "s") < 0) return 0;
-    if (const auto isConnected = readBooleanProperty(message, "Connected")) {
-        self->post([path = std::string(sd_bus_message_get_path(message)), isConnected](BluezHIDPresence& presence) {
-            presence.setConnected(path, *isConnected);
-        });
-    }
-    return 0;
-}
-
-int BluezHIDPresence::heardAddition(sd_bus_message* message, void* context, sd_bus_error*) {
-    auto* self = static_cast<BluezHIDPresence*>(context);
+void BluezHIDPresence::interfacesRemoved(sd_bus_message* message) {
     const char* path = nullptr;
-    if (self == nullptr || sd_bus_message_read(message, "o", &path) < 0) return 0;
-    if (const Object object = Object::read(message, path); object.isConnected) {
-        self->post([object](BluezHIDPresence& presence) { presence.deviceAdded(object.path, object.isConnected); });
-    }
-    return 0;
-}
-
-int BluezHIDPresence::heardRemoval(sd_bus_message* message, void* context, sd_bus_error*) {
-    auto* self = static_cast<BluezHIDPresence*>(context);
-    const char* path = nullptr;
-    if (self == nullptr || sd_bus_message_read(message, "o", &path) < 0 ||
+    if (sd_bus_message_read(message, "o", &path) <= 0 ||
         sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "s") < 0) {
-        return 0;
+        return;
     }
     const char* interface = nullptr;
     while (sd_bus_message_read(message, "s", &interface) > 0) {
-        if (interface != deviceInterface) continue;
-        self->post([gone = std::string(path)](BluezHIDPresence& presence) { presence.setConnected(gone, false); });
+        if (interface == std::string_view(deviceInterface)) setConnected(path, false);
     }
-    return 0;
-}
-
-void BluezHIDPresence::post(std::function<void(BluezHIDPresence&)> work) {
-    bus_.loop().async([weak = std::weak_ptr(self_), work = std::move(work)] {
-        if (const auto self = weak.lock()) work(**self);
-    });
 }
 
 }  // namespace kovra

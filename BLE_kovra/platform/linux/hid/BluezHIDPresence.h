@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -33,34 +30,27 @@ class BluezHIDPresence : public HIDPresence {
         std::set<std::string> nodes;
         std::string path = {};  // BlueZ's object; empty while it is not known
         std::optional<bool> isConnected = {};
-        std::vector<BusSlot> slots = {};
+        std::vector<BusToken> received = {};
     };
     struct Object;
 
     void inquire();
     void learn(sd_bus_message* objects);
-    bool listen();
-    bool listenTo(Device& device);
-    BusSlot match(const std::string& rule, sd_bus_message_handler_t handler);
-    void deviceAdded(const std::string& path, std::optional<bool> isConnected);
+    bool receiveNew();
+    bool receive(Device& device);
+    BusToken receiveAdditions(std::string below);
     void setConnected(const std::string& path, bool isConnected);
-    void tell(const Device& device);
-    void post(std::function<void(BluezHIDPresence&)> work);
+    void report(const Device& device);
 
-    static int heardOwner(sd_bus_message* message, void* context, sd_bus_error* error);
-    static int answered(sd_bus_message* reply, void* context, sd_bus_error* error);
-    static int heardChange(sd_bus_message* message, void* context, sd_bus_error* error);
-    static int heardAddition(sd_bus_message* message, void* context, sd_bus_error* error);
-    static int heardRemoval(sd_bus_message* message, void* context, sd_bus_error* error);
+    void deviceChanged(const std::string& path, sd_bus_message* message);
+    void interfacesAdded(sd_bus_message* message);
+    void interfacesRemoved(sd_bus_message* message);
 
     SystemBus& bus_;
     std::map<Addresses, Device> devices_;
-    BusSlot ownerSlot_;
-    BusSlot additionsSlot_;  // present while there are devices that BlueZ does not know
-    BusSlot question_;
-    bool isAsking_ = false;
-    std::uint64_t questions_ = 0;
-    std::shared_ptr<BluezHIDPresence*> self_;  // how a queued block learns that this is no more
+    BusToken owner_;
+    BusToken additions_;  // present while there are devices that BlueZ does not know
+    BusToken question_;   // present while it is asked
 };
 
 }  // namespace kovra

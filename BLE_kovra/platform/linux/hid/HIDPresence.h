@@ -1,9 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <string>
+#include <utility>
 
 #include "BLE_kovra/platform/linux/hid/UdevHIDNodes.h"
+#include "BLE_kovra/platform/linux/loop/Listeners.h"
 
 namespace kovra {
 
@@ -14,18 +15,25 @@ class HIDPresence {
     enum class Answer {
         there,  // or nothing is known to the contrary
         away,
-        notYetKnown  // but soon: onChanged tells
+        notYetKnown  // but soon: listeners receive it
     };
 
     virtual ~HIDPresence() = default;
 
     // As of now, of a node that exists and was just read.
     virtual Answer ask(const std::string& nodeName, const UdevHIDNode& node) = 0;
-    // The node is no more.
+    // The node was removed.
     virtual void forget(const std::string& nodeName) = 0;
 
-    // Another answer may be given of this node, which was asked about before. Called from the queue.
-    std::function<void(const std::string& nodeName)> onChanged;
+    // Receives from the queue the name of each node about which another answer may be given than before.
+    using Changes = Listeners<const std::string&>;
+    [[nodiscard]] Changes::Token listen(Changes::Listener listener) { return changes_.add(std::move(listener)); }
+
+  protected:
+    void changed(const std::string& nodeName) const { changes_.call(nodeName); }
+
+  private:
+    Changes changes_;
 };
 
 }  // namespace kovra

@@ -7,23 +7,10 @@
 
 namespace kovra {
 
-namespace {
-
-// Called through a copy: the callback may replace or clear the stored one.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
-void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
-    if (callback) callback(device);
-}
-
-}  // namespace
-
-UdevHIDAnnouncer::UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences)
-    : queue_(queue), nodes_(context), presences_(std::move(presences)) {
-    for (const auto& presence : presences_) {
-        presence->onChanged = [this](const std::string& nodeName) {
-            if (onDoubt) onDoubt(nodeName);
-        };
-    }
+UdevHIDAnnouncer::UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences,
+                                   Actions actions)
+    : queue_(queue), nodes_(context), actions_(std::move(actions)), presences_(std::move(presences)) {
+    for (const auto& presence : presences_) changes_.push_back(presence->listen(actions_.doubtful));
 }
 
 UdevHIDAnnouncer::~UdevHIDAnnouncer() {
@@ -38,11 +25,6 @@ std::vector<std::string> UdevHIDAnnouncer::everything() const {
     for (const auto& [name, device] : announced_) all.insert(name);
     for (const auto& [name, task] : pending_) all.insert(name);
     return {all.begin(), all.end()};
-}
-
-void UdevHIDAnnouncer::silence() {
-    attached = nullptr;
-    removed = nullptr;
 }
 
 void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfGone ifGone) {
@@ -77,12 +59,10 @@ void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfGo
 
 void UdevHIDAnnouncer::examineLater(const std::string& nodeName) {
     if (pending_.contains(nodeName)) return;
-    pending_[nodeName] = queue_.asyncAfter(patience, [weak = weak_from_this(), nodeName] {
-        const auto announcer = weak.lock();
-        if (!announcer) return;
-        announcer->pending_.erase(nodeName);
-        announcer->examine(nodeName, true, IfGone::announceRemoval);
-    });
+    pending_[nodeName] = queue_.asyncAfter(timeout, lifetime_.guard([this, nodeName] {
+        pending_.erase(nodeName);
+        examine(nodeName, true, IfGone::announceRemoval);
+    }));
 }
 
 HIDPresence::Answer UdevHIDAnnouncer::presenceOf(const std::string& nodeName, const UdevHIDNode& node) {
@@ -102,7 +82,7 @@ void UdevHIDAnnouncer::nodeIsGone(const std::string& nodeName) {
 
 void UdevHIDAnnouncer::deviceIsAway(const std::string& nodeName) {
     if (const auto pending = pending_.extract(nodeName)) pending.mapped()->cancel();
-    if (const auto gone = announced_.extract(nodeName)) call(removed, gone.mapped());
+    if (const auto gone = announced_.extract(nodeName)) actions_.removed(gone.mapped());
 }
 
 void UdevHIDAnnouncer::nodeIsThere(const std::string& nodeName, const UdevHIDDevice& device) {
@@ -110,9 +90,11 @@ void UdevHIDAnnouncer::nodeIsThere(const std::string& nodeName, const UdevHIDDev
     const auto [known, isNew] = announced_.try_emplace(nodeName, device);
     if (!isNew) {
         if (known->second == device) return;
-        call(removed, std::exchange(known->second, device));
+        const Lifetime::Observer self = lifetime_.observe();
+        actions_.removed(std::exchange(known->second, device));
+        if (self.hasEnded()) return;
     }
-    call(attached, device);
+    actions_.attached(device);
 }
 
 }  // namespace kovra

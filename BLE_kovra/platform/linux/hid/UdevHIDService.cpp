@@ -17,13 +17,9 @@ std::unique_ptr<HIDManager> UdevHIDService::createManager() {
     std::vector<std::unique_ptr<HIDPresence>> presences;
     presences.push_back(std::make_unique<BatteryHIDPresence>(bus_.loop(), signs_));
     presences.push_back(std::make_unique<BluezHIDPresence>(bus_));
-    auto watcher = std::make_shared<UdevHIDWatcher>(bus_.loop(), log_, signs_, std::move(presences));
-    live_ = watcher;
-    return std::make_unique<UdevHIDManager>(std::move(watcher));
+    return std::make_unique<UdevHIDManager>(bus_.loop(), log_, signs_, std::move(presences), managers_);
 }
 
-void UdevHIDService::resynchronize() {
-    if (const auto watcher = live_.lock()) watcher->resynchronize();
-}
+void UdevHIDService::resynchronize() { managers_.call(); }
 
 }  // namespace kovra

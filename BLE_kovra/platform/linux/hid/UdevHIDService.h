@@ -3,7 +3,8 @@
 #include <memory>
 
 #include "BLE_kovra/platform/HIDManager.h"
-#include "BLE_kovra/platform/linux/hid/UdevHIDWatcher.h"
+#include "BLE_kovra/platform/linux/hid/UdevEvents.h"
+#include "BLE_kovra/platform/linux/loop/Listeners.h"
 
 namespace kovra {
 
@@ -17,15 +18,15 @@ class UdevHIDService : public HIDService {
 
     std::unique_ptr<HIDManager> createManager() override;
 
-    // For when events may have been missed, as when the machine has slept: the manager made last, if it is still there
-    // and open, compares what it has announced with what is attached, and tells of each difference.
+    // For when events may have been missed, as when the machine has slept: each open manager compares what it has
+    // announced with what is attached, and announces the differences.
     void resynchronize();
 
   private:
     SystemBus& bus_;
     SystemLog& log_;
     UdevSigns signs_;
-    std::weak_ptr<UdevHIDWatcher> live_;
+    Listeners<> managers_;
 };
 
 }  // namespace kovra

@@ -1,24 +1,66 @@
 #include "BLE_kovra/platform/linux/hotkeys/DesktopHotKeys.h"
 
-#include "BLE_kovra/platform/linux/hotkeys/PortalHotKeyService.h"
-#include "BLE_kovra/platform/linux/hotkeys/XcbHotKeyService.h"
+#include <linux/input-event-codes.h>
+
+#include <string>
+#include <utility>
+
+#include "BLE_kovra/platform/linux/hotkeys/PortalShortcut.h"
+#include "BLE_kovra/platform/linux/hotkeys/XKeyGrab.h"
 
 namespace kovra {
 
 namespace {
 
-class NoHotKeys : public HotKeyService {
+// The X server counts the kernel's key codes from here.
+constexpr xcb_keycode_t firstKeycode = 8;
+
+class Installed : public HotKeyService::Reference {
   public:
-    std::unique_ptr<Reference> installHandler(Handler) override { return nullptr; }
-    std::unique_ptr<Reference> registerHotKey(const HotKey&) override { return nullptr; }
+    explicit Installed(Listeners<>::Token token) : token_(std::move(token)) {}
+
+  private:
+    Listeners<>::Token token_;
 };
+
+// The same at every start: desktops remember by it what the user has made of the key.
+std::string identifier(const HotKey& hotKey) {
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(hotKey.signature >> shift & 0xFF);
+    return text + "-" + std::to_string(hotKey.number);
+}
 
 }  // namespace
 
-std::unique_ptr<HotKeyService> makeHotKeyService(Desktop desktop, XConnection* connection, SessionBus& bus) {
-    if (desktop == Desktop::wayland) return std::make_unique<PortalHotKeyService>(bus);
-    if (connection != nullptr) return std::make_unique<XcbHotKeyService>(*connection);
-    return std::make_unique<NoHotKeys>();
+DesktopHotKeys DesktopHotKeys::onX(XConnection& connection) {
+    return DesktopHotKeys([&connection](const HotKey&, std::function<void()> pressed) {
+        return std::make_unique<XKeyGrab>(connection, firstKeycode + KEY_T, std::move(pressed));
+    });
+}
+
+// By the letter, since portals know no places.
+DesktopHotKeys DesktopHotKeys::onPortal(SessionBus& bus) {
+    return DesktopHotKeys([&bus](const HotKey& hotKey, std::function<void()> pressed) {
+        PortalShortcut::Description key{.id = identifier(hotKey), .text = "BLE-kovra", .trigger = "CTRL+ALT+t"};
+        return std::make_unique<PortalShortcut>(bus, std::move(key), std::move(pressed));
+    });
+}
+
+DesktopHotKeys DesktopHotKeys::on(Desktop desktop, XConnection* connection, SessionBus& bus) {
+    if (desktop == Desktop::wayland) return onPortal(bus);
+    if (connection != nullptr) return onX(*connection);
+    return DesktopHotKeys(nullptr);
+}
+
+std::unique_ptr<HotKeyService::Reference> DesktopHotKeys::installHandler(Handler handler) {
+    if (!grab_) return nullptr;
+    return std::make_unique<Installed>(handlers_.add([handler = std::move(handler)] { handler(); }));
+}
+
+std::unique_ptr<HotKeyService::Reference> DesktopHotKeys::registerHotKey(const HotKey& hotKey) {
+    constexpr auto modifiers = HotKey::controlKey | HotKey::optionKey;
+    if (!grab_ || hotKey.keyCode != HotKey::ansiT || hotKey.modifiers != modifiers) return nullptr;
+    return grab_(hotKey, [this] { handlers_.call(); });
 }
 
 }  // namespace kovra

@@ -11,8 +11,8 @@ XKeyGrab::XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<voi
       keyboard_(connection.get()),
       key_(key),
       pressed_(std::move(pressed)),
-      listening_(connection.listen([this](const xcb_generic_event_t& event) { heard(event); })) {
-    ask();
+      listening_(connection.listen([this](const xcb_generic_event_t& event) { receive(event); })) {
+    query();
 }
 
 XKeyGrab::~XKeyGrab() {
@@ -28,20 +28,20 @@ XKeyGrab::States XKeyGrab::statesFor(const XModifiers& modifiers) {
     return states;
 }
 
-void XKeyGrab::heard(const xcb_generic_event_t& event) {
+void XKeyGrab::receive(const xcb_generic_event_t& event) {
     const std::uint8_t kind = XConnection::kindOf(event);
     if (kind == XCB_KEY_RELEASE && event.pad0 == key_) isDown_ = false;
     if (kind == XCB_KEY_PRESS && event.pad0 == key_ && !std::exchange(isDown_, true)) {
-        const auto pressed = pressed_;  // which may let go of this
+        const auto pressed = pressed_;  // which may destroy this
         pressed();
     } else if (keyboard_.tellsOfNewMap(event)) {
         // It comes as many events; one question at a time is enough.
         isMapNewer_ = true;
-        if (!modifiers_) ask();
+        if (!modifiers_) query();
     }
 }
 
-void XKeyGrab::ask() {
+void XKeyGrab::query() {
     isMapNewer_ = false;
     modifiers_.emplace(connection_.get());
     keysDown_ = xcb_query_keymap(connection_.get());
@@ -58,7 +58,7 @@ void XKeyGrab::answered() {
         release();
         grab(std::move(states));
     }
-    if (isMapNewer_) ask();
+    if (isMapNewer_) query();
     connection_.flush();
 }
 

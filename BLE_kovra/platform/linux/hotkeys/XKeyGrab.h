@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "BLE_kovra/platform/HotKeyService.h"
 #include "BLE_kovra/platform/linux/hotkeys/XKeyboardExtension.h"
 #include "BLE_kovra/platform/linux/hotkeys/XModifiers.h"
 #include "BLE_kovra/platform/linux/x11/XConnection.h"
@@ -20,10 +21,10 @@ namespace kovra {
 //
 // It is taken as soon as the server has answered. Where another program has the key with any of the lock keys, none of
 // them is taken, in silence and for good.
-class XKeyGrab {
+class XKeyGrab : public HotKeyService::Reference {
   public:
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);
-    ~XKeyGrab();
+    ~XKeyGrab() override;
     XKeyGrab(const XKeyGrab&) = delete;
     XKeyGrab& operator=(const XKeyGrab&) = delete;
 
@@ -31,8 +32,8 @@ class XKeyGrab {
     using States = std::vector<std::uint16_t>;
 
     static States statesFor(const XModifiers& modifiers);
-    void heard(const xcb_generic_event_t& event);
-    void ask();
+    void receive(const xcb_generic_event_t& event);
+    void query();
     void answered();
     void grab(States states);
     void checkGrabs();

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 #include "BLE_kovra/platform/posix/FileDescriptor.h"
 
 namespace kovra {
@@ -33,14 +34,14 @@ std::uint64_t monotonicMicroseconds() {
 
 }  // namespace
 
-// A delayed block, until it is due or called off.
-class SdEventLoop::Timer : public std::enable_shared_from_this<SdEventLoop::Timer> {
+// A delayed block, until it is due or cancelled. Shared by the loop, which keeps it until it is due, and its task.
+class SdEventLoop::Timer {
   public:
     Timer(SdEventLoop& loop, Block block) : loop_(loop), block_(std::move(block)) {}
 
     void arm(std::uint64_t due) {
         sd_event_source* source = nullptr;
-        check(sd_event_add_time(loop_.event(), &source, CLOCK_MONOTONIC, due, accuracyMicroseconds, rang, this),
+        check(sd_event_add_time(loop_.event(), &source, CLOCK_MONOTONIC, due, accuracyMicroseconds, fired, this),
               "timer");
         source_.reset(source);
     }
@@ -50,17 +51,17 @@ class SdEventLoop::Timer : public std::enable_shared_from_this<SdEventLoop::Time
     }
 
   private:
-    static int rang(sd_event_source*, std::uint64_t, void* context) {
+    static int fired(sd_event_source*, std::uint64_t, void* context) {
         auto* timer = static_cast<Timer*>(context);
         if (timer != nullptr) timer->post();
         return 0;
     }
     void post() {
         source_.reset();
-        loop_.async([self = shared_from_this()] {
-            if (const Block block = std::exchange(self->block_, nullptr)) block();
+        const auto pending = loop_.timers_.extract(this);
+        loop_.async([timer = pending.mapped()] {
+            if (const Block block = std::exchange(timer->block_, nullptr)) block();
         });
-        loop_.timers_.erase(shared_from_this());
     }
 
     SdEventLoop& loop_;
@@ -75,7 +76,7 @@ class SdEventLoop::Task : public DelayedTask {
         const auto timer = timer_.lock();
         if (!timer) return;
         timer->cancel();
-        loop_.timers_.erase(timer);
+        loop_.timers_.erase(timer.get());
     }
 
   private:
@@ -83,31 +84,35 @@ class SdEventLoop::Task : public DelayedTask {
     std::weak_ptr<Timer> timer_;
 };
 
-// One descriptor, silent after each ring until it is asked to ring again.
+// One descriptor, reported once and then again after each rearm().
 class SdEventLoop::DescriptorWatch : public Watch {
   public:
     DescriptorWatch(SdEventLoop& loop, int descriptor, std::uint32_t events, Block block)
-        : loop_(loop), block_(std::make_shared<Block>(std::move(block))) {
+        : loop_(loop), block_(std::move(block)) {
         sd_event_source* source = nullptr;
-        check(sd_event_add_io(loop.event(), &source, descriptor, events, rang, this), "descriptor");
+        check(sd_event_add_io(loop.event(), &source, descriptor, events, ready, this), "descriptor");
         source_.reset(source);
         check(sd_event_source_set_enabled(source, SD_EVENT_ONESHOT), "descriptor");
     }
     void rearm() override { sd_event_source_set_enabled(source_.get(), SD_EVENT_ONESHOT); }
 
   private:
-    static int rang(sd_event_source*, int, std::uint32_t, void* context) {
-        auto* descriptor = static_cast<DescriptorWatch*>(context);
-        if (descriptor == nullptr) return 0;
-        descriptor->loop_.async([weak = std::weak_ptr(descriptor->block_)] {
-            if (const auto block = weak.lock()) (*block)();
-        });
+    static int ready(sd_event_source*, int, std::uint32_t, void* context) {
+        auto* watch = static_cast<DescriptorWatch*>(context);
+        if (watch != nullptr) watch->loop_.async(watch->run());
         return 0;
+    }
+    Block run() {
+        return lifetime_.guard([this] {
+            const Block block = block_;  // which may end the watch
+            block();
+        });
     }
 
     SdEventLoop& loop_;
-    std::shared_ptr<Block> block_;
+    const Block block_;
     EventSource source_;
+    Lifetime lifetime_;
 };
 
 // On a duplicate, since the kernel watches a descriptor once.
@@ -125,30 +130,31 @@ class SdEventLoop::RoomWatch : public Watch {
 
 class SdEventLoop::SignalSource : public Signal {
   public:
-    SignalSource(SdEventLoop& loop, int number, Block block)
-        : loop_(loop), block_(std::make_shared<Block>(std::move(block))) {
+    SignalSource(SdEventLoop& loop, int number, Block block) : loop_(loop), block_(std::move(block)) {
         sigset_t one;
         sigemptyset(&one);
         sigaddset(&one, number);
         ::sigprocmask(SIG_BLOCK, &one, nullptr);
         sd_event_source* source = nullptr;
-        check(sd_event_add_signal(loop.event(), &source, number, rang, this), "signal");
+        check(sd_event_add_signal(loop.event(), &source, number, received, this), "signal");
         source_.reset(source);
     }
 
   private:
-    static int rang(sd_event_source*, const signalfd_siginfo*, void* context) {
+    static int received(sd_event_source*, const signalfd_siginfo*, void* context) {
         auto* signal = static_cast<SignalSource*>(context);
         if (signal == nullptr || signal->loop_.stopped_) return 0;
-        signal->loop_.blocks_.push_front([weak = std::weak_ptr(signal->block_)] {
-            if (const auto block = weak.lock()) (*block)();
-        });
+        signal->loop_.blocks_.push_front(signal->lifetime_.guard([signal] {
+            const Block block = signal->block_;  // which may end the watch for the signal
+            block();
+        }));
         return 0;
     }
 
     SdEventLoop& loop_;
-    std::shared_ptr<Block> block_;
+    const Block block_;
     EventSource source_;
+    Lifetime lifetime_;
 };
 
 SdEventLoop::SdEventLoop() {
@@ -172,7 +178,7 @@ std::unique_ptr<DelayedTask> SdEventLoop::asyncAfter(std::chrono::nanoseconds de
     auto timer = std::make_shared<Timer>(*this, std::move(block));
     const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(delay).count();
     timer->arm(monotonicMicroseconds() + static_cast<std::uint64_t>(microseconds > 0 ? microseconds : 0));
-    timers_.insert(timer);
+    timers_.emplace(timer.get(), timer);
     return std::make_unique<Task>(*this, timer);
 }
 

@@ -6,7 +6,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/linux/loop/Handles.h"
@@ -18,8 +18,8 @@ using EventSource = Handle<sd_event_source, sd_event_source_disable_unref>;
 
 // The event loop of the resident program, and the main queue on top of it.
 //
-// sd-event's callbacks only ring: they put a block on the queue. Blocks run outside sd-event's own dispatch, so that
-// one of them may run the loop nested. Sleeps in the kernel, without a tick, while nothing happens.
+// sd-event's callbacks only put a block on the queue. Blocks run outside sd-event's own dispatch, so that one of them
+// may run the loop nested. Sleeps in the kernel, without a tick, while nothing happens.
 class SdEventLoop : public MainQueue, public DescriptorLoop {
   public:
     // Throws std::system_error where the system has no descriptors left for a loop.
@@ -64,7 +64,7 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
 
     Handle<sd_event, sd_event_unref> event_;
     std::deque<Block> blocks_;
-    std::unordered_set<std::shared_ptr<Timer>> timers_;  // those that have not come due
+    std::unordered_map<Timer*, std::shared_ptr<Timer>> timers_;  // those that are not due yet
     bool stopped_ = false;
 };
 

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <functional>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -18,29 +17,29 @@ class DBusActivation {
   public:
     static constexpr const char* path = "/org/ble_kovra/BLEKovra";
 
-    // Told from the queue, with the token by which a window may come to the front; empty where there is none.
-    using Activated = std::function<void(std::string token)>;
-    DBusActivation(MainQueue& queue, Activated activated)
-        : queue_(queue), activated_(std::make_shared<Activated>(std::move(activated))) {}
+    // Called from the queue, with the token by which a window may come to the front; empty where there is none.
+    using Activated = std::function<void(const std::string& token)>;
+    DBusActivation(MainQueue& queue, Activated activated) : queue_(queue), activated_(std::move(activated)) {}
 
-    void exportOn(sd_bus* bus);
-    void letGoOfBus() { slot_.reset(); }
+    void exportOn(BusConnection& bus);
+    void detach() { slot_.reset(); }
 
-    // Asks whoever holds the name, with the token that this process was started with, and waits for nothing but the
-    // message's way out.
-    static void activate(sd_bus* bus, const char* busName);
+    // Activates the owner of the name, with the token that this process was started with. Waits only until the message
+    // is sent.
+    static void activate(BusConnection& bus, const char* busName);
 
     // That token, out of the environment: no program that this one starts is to take it for its own. Empty where there
     // is none.
     static std::string takeOwnToken();
 
   private:
-    static int asked(sd_bus_message* call, void* context, sd_bus_error* error);
+    static int received(sd_bus_message* call, void* context, sd_bus_error* error);
     static const std::array<sd_bus_vtable, 3> vtable;
 
     MainQueue& queue_;
-    std::shared_ptr<Activated> activated_;
+    const Activated activated_;
     BusSlot slot_;
+    Lifetime lifetime_;
 };
 
 }  // namespace kovra

@@ -19,8 +19,8 @@ constexpr std::uint32_t whatCounts = IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DE
 
 }  // namespace
 
-FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag)
-    : loop_(loop), events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver)
+    : loop_(loop), handedOver_(std::move(handedOver)), events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
     std::filesystem::path folder;
     for (const auto& part : std::filesystem::path(flag)) {
         if (!folder.empty()) way_.push_back({folder.string(), part.string()});
@@ -29,7 +29,7 @@ FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag)
     if (events_.isOpen()) {
         settle();
         try {
-            watch_ = loop.watch(events_.number(), [this] { rang(); });
+            watch_ = loop.watch(events_.number(), [this] { changed(); });
         } catch (const std::system_error&) {
             // Out of descriptors: like a system without watches.
         }
@@ -44,7 +44,7 @@ FlagHandover::~FlagHandover() {
 void FlagHandover::expect() {
     if (isWatching()) return;
     if (expected_) expected_->cancel();
-    expected_ = loop_.asyncAfter(untilItIsTakenForDone, [this] { tell(); });
+    expected_ = loop_.asyncAfter(untilItIsTakenForDone, [this] { report(); });
 }
 
 // From the root downwards, so that nothing comes unnoticed between a look for it and the watch above it.
@@ -61,16 +61,16 @@ void FlagHandover::settle() {
     if (before >= 0 && before != watched_) ::inotify_rm_watch(events_.number(), before);
 }
 
-void FlagHandover::rang() {
+void FlagHandover::changed() {
     if (concernsFlag()) {
         settle();
-        tell();
+        report();
     }
     watch_->rearm();
 }
 
-void FlagHandover::tell() const {
-    if (::access(way_.back().folder.c_str(), F_OK) == 0 && onHandedOver) onHandedOver();
+void FlagHandover::report() const {
+    if (::access(way_.back().folder.c_str(), F_OK) == 0) handedOver_();
 }
 
 // A folder that is not there yet needs no watch of its own: the one above it has one.

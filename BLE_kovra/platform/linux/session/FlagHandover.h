@@ -21,16 +21,14 @@ namespace kovra {
 // for done a little later, once: at the start, and whenever expect() says so.
 class FlagHandover {
   public:
-    // The absolute path of the flag. What is there already is not told of.
-    FlagHandover(SdEventLoop& loop, const std::string& flag);
+    // The absolute path of the flag. `handedOver` is called from the queue, and not for what is there already.
+    FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver);
     FlagHandover(const FlagHandover&) = delete;
     FlagHandover& operator=(const FlagHandover&) = delete;
     ~FlagHandover();
 
     // Somebody else has come to be at the machine, so that the flag is about to be handed over.
     void expect();
-
-    std::function<void()> onHandedOver;  // called from the queue
 
   private:
     // A step of the way to the flag: the folder, and what is looked for in it.
@@ -43,12 +41,13 @@ class FlagHandover {
     static constexpr std::chrono::seconds untilItIsTakenForDone{1};
 
     void settle();
-    void rang();
-    void tell() const;
+    void changed();
+    void report() const;
     bool concernsFlag();
     bool isWatching() const;
 
     SdEventLoop& loop_;
+    const std::function<void()> handedOver_;
     std::vector<Step> way_;  // from the root to the flag's folder
     FileDescriptor events_;
     const Step* at_ = nullptr;  // the step whose folder is watched

@@ -7,11 +7,13 @@
 #include <memory>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/bus/BusMessage.h"
-
 namespace kovra {
 
 namespace {
+
+constexpr const char* login = "org.freedesktop.login1";
+constexpr const char* manager = "/org/freedesktop/login1";
+constexpr const char* managerInterface = "org.freedesktop.login1.Manager";
 
 std::string taken(int result, char* text) {
     const Allocated<char> owned(text);
@@ -32,50 +34,33 @@ std::string LogindSession::currentSession() {
     return taken(result, text);
 }
 
-LogindSession::LogindSession(SystemBus& bus, std::string session) : bus_(bus), session_(std::move(session)) {
-    const std::string ofManager = "interface='org.freedesktop.login1.Manager',path='/org/freedesktop/login1',member=";
-    listen(ofManager + "'PrepareForSleep'", prepareForSleep);
+LogindSession::LogindSession(SystemBus& bus, std::string session, Events events)
+    : session_(std::move(session)), events_(std::move(events)) {
+    BusConnection* connection = bus.connection();
+    if (connection == nullptr) return;
+    received_.push_back(
+        connection->receive({login, manager, managerInterface, "PrepareForSleep"}, [this](auto* message) {
+            int isGoingToSleep = 1;
+            if (sd_bus_message_read(message, "b", &isGoingToSleep) > 0 && isGoingToSleep == 0) events_.resumed();
+        }));
     char* encoded = nullptr;
     if (session_.empty() || sd_bus_path_encode("/org/freedesktop/login1/session", session_.c_str(), &encoded) < 0)
         return;
     const Allocated<char> path(encoded);
-    listen(
-        "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
-        "arg0='org.freedesktop.login1.Session',path='" +
-            std::string(encoded) + "'",
-        sessionChanged);
-    listen(ofManager + "'SessionRemoved'", sessionRemoved);
+    receive(*connection, path.get());
 }
 
-void LogindSession::listen(const std::string& match, sd_bus_message_handler_t handler) {
-    if (bus_.bus() == nullptr) return;
-    const std::string whole = "type='signal',sender='org.freedesktop.login1'," + match;
-    sd_bus_slot* slot = nullptr;
-    sd_bus_add_match_async(bus_.bus(), &slot, whole.c_str(), handler, nullptr, this);
-    slots_.emplace_back(slot);
-}
-
-int LogindSession::sessionChanged(sd_bus_message* message, void* context, sd_bus_error*) {
-    auto* self = static_cast<LogindSession*>(context);
-    if (self == nullptr || sd_bus_message_skip(message, "s") < 0) return 0;
-    if (readBooleanProperty(message, "Active") == true && self->onActivated) self->bus_.loop().async(self->onActivated);
-    return 0;
-}
-
-int LogindSession::sessionRemoved(sd_bus_message* message, void* context, sd_bus_error*) {
-    auto* self = static_cast<LogindSession*>(context);
-    const char* session = nullptr;
-    if (self == nullptr || sd_bus_message_read(message, "s", &session) < 0) return 0;
-    if (self->session_ == session && self->onRemoved) self->bus_.loop().async(self->onRemoved);
-    return 0;
-}
-
-int LogindSession::prepareForSleep(sd_bus_message* message, void* context, sd_bus_error*) {
-    auto* self = static_cast<LogindSession*>(context);
-    int goingToSleep = 1;
-    if (self == nullptr || sd_bus_message_read(message, "b", &goingToSleep) < 0) return 0;
-    if (goingToSleep == 0 && self->onResumed) self->bus_.loop().async(self->onResumed);
-    return 0;
+// What concerns the session itself.
+void LogindSession::receive(BusConnection& bus, const std::string& path) {
+    constexpr const char* properties = "org.freedesktop.DBus.Properties";
+    received_.push_back(bus.receive(
+        {login, path, properties, "PropertiesChanged", "org.freedesktop.login1.Session"}, [this](auto* message) {
+            if (sd_bus_message_skip(message, "s") >= 0 && readBoolean(message, "Active") == true) events_.activated();
+        }));
+    received_.push_back(bus.receive({login, manager, managerInterface, "SessionRemoved"}, [this](auto* message) {
+        const char* removed = nullptr;
+        if (sd_bus_message_read(message, "s", &removed) > 0 && session_ == removed) events_.removed();
+    }));
 }
 
 }  // namespace kovra

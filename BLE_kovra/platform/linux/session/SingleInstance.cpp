@@ -11,7 +11,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr auto patience = std::chrono::seconds(2);
+constexpr auto timeout = std::chrono::seconds(2);
 
 enum class Answer { none, first, second };
 
@@ -39,7 +39,7 @@ Answer requestName(sd_bus* bus) {
     sd_bus_slot* slot = nullptr;
     if (sd_bus_request_name_async(bus, &slot, SingleInstance::busName, 0, answered, &answer) < 0) return answer;
     const BusSlot request(slot);
-    const auto deadline = steady_clock::now() + patience;
+    const auto deadline = steady_clock::now() + timeout;
     while (answer == Answer::none && steady_clock::now() < deadline) {
         const int processed = sd_bus_process(bus, nullptr);
         if (processed < 0) break;
@@ -50,31 +50,27 @@ Answer requestName(sd_bus* bus) {
 
 }  // namespace
 
-SingleInstance::SingleInstance(SessionBus& bus)
-    : activation_(bus.loop(), [this](const std::string& token) {
-          if (onStartedAgain) onStartedAgain(token);
-      }) {
-    if (bus.bus() != nullptr) {
-        activation_.exportOn(bus.bus());  // before the name is ours, so that nobody finds it without this
+SingleInstance::SingleInstance(SessionBus& bus, DBusActivation::Activated startedAgain)
+    : activation_(bus.loop(), std::move(startedAgain)) {
+    if (BusConnection* connection = bus.connection()) {
+        activation_.exportOn(*connection);  // before the name is ours, so that nobody finds it without this
         const Answer answer = requestName(bus.bus());
         isSecond_ = answer == Answer::second;
         isAnswered_ = answer != Answer::none;
+        if (isSecond_) DBusActivation::activate(*connection, busName);
     }
-    if (isSecond_)
-        DBusActivation::activate(bus.bus(), busName);
-    else
-        listener_ = bus.listen([this](sd_bus* connected) { isUp(connected); }, [this] { isGone(); });
+    if (isSecond_) return;
+    listening_ = bus.listen([this](BusConnection* connection) { busChanged(connection); });
 }
 
-void SingleInstance::isUp(sd_bus* bus) {
-    activation_.exportOn(bus);
-    // With a handler of its own: the library's would end the connection where another holds the name.
-    if (!isAnswered_) sd_bus_request_name_async(bus, nullptr, busName, 0, ignoreAnswer, nullptr);
-}
-
-void SingleInstance::isGone() {
-    activation_.letGoOfBus();
-    isAnswered_ = false;
+void SingleInstance::busChanged(BusConnection* bus) {
+    if (bus == nullptr) {
+        activation_.detach();
+        isAnswered_ = false;
+        return;
+    }
+    activation_.exportOn(*bus);
+    if (!isAnswered_) bus->requestName(busName);
 }
 
 }  // namespace kovra

@@ -17,22 +17,19 @@ class SingleInstance {
   public:
     static constexpr const char* busName = "org.ble_kovra.BLEKovra";
 
-    explicit SingleInstance(SessionBus& bus);
+    // Of the first, `startedAgain` is called from the queue when the user starts the program again. The token, where
+    // there is one, is the right to come to the front that the desktop gave that start.
+    SingleInstance(SessionBus& bus, DBusActivation::Activated startedAgain);
 
     bool isSecond() const { return isSecond_; }
 
-    // Of the first, called from the queue when the user starts the program again. The token, where there is one, is the
-    // right to come to the front that the desktop gave that start.
-    std::function<void(const std::string& token)> onStartedAgain;
-
   private:
-    void isUp(sd_bus* bus);
-    void isGone();
+    void busChanged(BusConnection* bus);
 
     bool isSecond_ = false;
     bool isAnswered_ = false;  // on this connection
     DBusActivation activation_;
-    std::shared_ptr<SessionBus::Listener> listener_;
+    BusToken listening_;
 };
 
 }  // namespace kovra

@@ -25,41 +25,37 @@ int refuseIds(sd_bus_error* error) {
 DBusMenu::DBusMenu(const Menu& menu, std::function<void(std::size_t)> choose)
     : menu_(menu), choose_(std::move(choose)) {}
 
-void DBusMenu::exportOn(sd_bus* bus) {
-    sd_bus_slot* slot = nullptr;
-    sd_bus_add_object_vtable(bus, &slot, path, interface, vtable.data(), this);
-    slot_.reset(slot);
-    bus_ = bus;
+void DBusMenu::exportOn(BusConnection& bus) {
+    slot_ = bus.exportObject(path, interface, vtable.data(), this);
+    bus_ = &bus;
 }
 
-void DBusMenu::letGoOfBus() {
+void DBusMenu::detach() {
     slot_.reset();
     bus_ = nullptr;
 }
 
-void DBusMenu::tellLayout() {
+void DBusMenu::layoutChanged() {
     ++revision_;
     constexpr std::int32_t farthest = std::numeric_limits<std::int32_t>::max() / 2;
-    firstId_ = firstId_ < farthest ? firstId_ + static_cast<std::int32_t>(told_) : 1;
-    told_ = menu_.items.size();
+    firstId_ = firstId_ < farthest ? firstId_ + static_cast<std::int32_t>(announced_) : 1;
+    announced_ = menu_.items.size();
     if (bus_ == nullptr) return;
-    sd_bus_emit_signal(bus_, path, interface, "LayoutUpdated", "ui", revision_, root);
+    bus_->emit(path, interface, "LayoutUpdated",
+               [this](BusWriter& arguments) { arguments.natural(revision_).integer(root); });
 }
 
-void DBusMenu::tellStates(const std::vector<std::size_t>& positions) {
+void DBusMenu::statesChanged(const std::vector<std::size_t>& positions) {
     if (bus_ == nullptr) return;
-    sd_bus_message* made = nullptr;
-    if (sd_bus_message_new_signal(bus_, &made, path, interface, "ItemsPropertiesUpdated") < 0) return;
-    const BusMessage signal(made);
-    BusWriter writer(made);
-    writer.openArray("(ia{sv})");
-    for (const std::size_t position : positions) {
-        writer.openStruct("ia{sv}").integer(idAt(position));
-        write(writer, dbusMenuState(menu_.items.at(position)), {});
-        writer.close();
-    }
-    writer.close().openArray("(ias)").close();
-    if (writer.result() >= 0) sd_bus_send(bus_, made, nullptr);
+    bus_->emit(path, interface, "ItemsPropertiesUpdated", [&](BusWriter& writer) {
+        writer.openArray("(ia{sv})");
+        for (const std::size_t position : positions) {
+            writer.openStruct("ia{sv}").integer(idAt(position));
+            write(writer, dbusMenuState(menu_.items.at(position)), {});
+            writer.close();
+        }
+        writer.close().openArray("(ias)").close();
+    });
 }
 
 std::optional<std::size_t> DBusMenu::positionOf(std::int32_t id) const {

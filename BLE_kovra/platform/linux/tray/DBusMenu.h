@@ -29,12 +29,12 @@ class DBusMenu {
     // `choose` is given the position of what was chosen, inside the library's dispatch: it only posts.
     DBusMenu(const Menu& menu, std::function<void(std::size_t position)> choose);
 
-    void exportOn(sd_bus* bus);
-    void letGoOfBus();
+    void exportOn(BusConnection& bus);
+    void detach();
 
     // The menu is another one now: its items get new numbers, so that a late choice in the old menu meets nothing.
-    void tellLayout();
-    void tellStates(const std::vector<std::size_t>& positions);
+    void layoutChanged();
+    void statesChanged(const std::vector<std::size_t>& positions);
 
   private:
     static const std::array<sd_bus_vtable, 16> vtable;
@@ -62,11 +62,11 @@ class DBusMenu {
 
     const Menu& menu_;
     const std::function<void(std::size_t)> choose_;
-    sd_bus* bus_ = nullptr;
+    BusConnection* bus_ = nullptr;
     BusSlot slot_;
     std::uint32_t revision_ = 1;
     std::int32_t firstId_ = 1;
-    std::size_t told_ = 0;  // how many items that layout had
+    std::size_t announced_ = 0;  // how many items that layout had
 };
 
 }  // namespace kovra

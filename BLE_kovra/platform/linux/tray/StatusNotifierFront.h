@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "BLE_kovra/platform/linux/bus/SessionBus.h"
@@ -22,17 +21,17 @@ class StatusNotifierFront : public TrayFront {
     void show(const TrayContents& contents, const TrayChanges& changes) override;
 
   private:
-    void begin();
-    void end();
+    void busChanged(BusConnection* bus);
+    void exportWhenComplete();
 
-    SessionBus& bus_;
+    BusConnection* bus_ = nullptr;  // while it is up
     StatusNotifierWatcher& watcher_;
     const std::string busName_;
     StatusNotifierItem item_;
     DBusMenu menu_;
     bool isComplete_ = false;  // there is something to show
     bool isExported_ = false;
-    std::shared_ptr<SessionBus::Listener> listener_;
+    BusToken listening_;
 };
 
 }  // namespace kovra

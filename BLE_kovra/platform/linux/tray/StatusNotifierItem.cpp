@@ -49,22 +49,21 @@ StatusNotifierItem::StatusNotifierItem(const TrayContents& contents, ActivationT
       popUp_(std::move(popUp)),
       methods_(methods(popUp_ != nullptr)) {}
 
-void StatusNotifierItem::exportOn(sd_bus* bus) {
-    sd_bus_slot* slot = nullptr;
-    sd_bus_add_object_vtable(bus, &slot, path, interface, methods_.data(), this);
-    slot_.reset(slot);
-    bus_ = bus;
+void StatusNotifierItem::exportOn(BusConnection& bus) {
+    slot_ = bus.exportObject(path, interface, methods_.data(), this);
+    bus_ = &bus;
 }
 
-void StatusNotifierItem::letGoOfBus() {
+void StatusNotifierItem::detach() {
     slot_.reset();
     bus_ = nullptr;
 }
 
-void StatusNotifierItem::tell(const TrayChanges& changes) {
+void StatusNotifierItem::notify(const TrayChanges& changes) {
     if (bus_ == nullptr) return;
-    if (changes.image) sd_bus_emit_signal(bus_, path, interface, "NewIcon", nullptr);
-    if (changes.toolTip) sd_bus_emit_signal(bus_, path, interface, "NewToolTip", nullptr);
+    const auto nothing = [](BusWriter&) {};
+    if (changes.image) bus_->emit(path, interface, "NewIcon", nothing);
+    if (changes.toolTip) bus_->emit(path, interface, "NewToolTip", nothing);
 }
 
 void StatusNotifierItem::writeProperty(BusWriter& writer, std::string_view name) const {

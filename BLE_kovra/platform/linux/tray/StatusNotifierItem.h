@@ -33,9 +33,9 @@ class StatusNotifierItem {
     // where nobody can open the menu.
     StatusNotifierItem(const TrayContents& contents, ActivationToken& token, std::string iconThemePath, PopUp popUp);
 
-    void exportOn(sd_bus* bus);
-    void letGoOfBus();
-    void tell(const TrayChanges& changes);
+    void exportOn(BusConnection& bus);
+    void detach();
+    void notify(const TrayChanges& changes);
 
   private:
     static const std::array<sd_bus_vtable, 29> vtable;
@@ -55,7 +55,7 @@ class StatusNotifierItem {
     const std::string iconThemePath_;
     const PopUp popUp_;
     const std::vector<sd_bus_vtable> methods_;
-    sd_bus* bus_ = nullptr;
+    BusConnection* bus_ = nullptr;
     BusSlot slot_;
 };
 

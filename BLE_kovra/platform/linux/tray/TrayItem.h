@@ -8,6 +8,7 @@
 
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/StatusBar.h"
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 
 namespace kovra {
 
@@ -37,12 +38,11 @@ class TrayFront {
     virtual void show(const TrayContents& contents, const TrayChanges& changes) = 0;
 };
 
-// The item of the tray: keeps what is shown, and tells its fronts at most once a turn of the queue, and only of what
-// differs from what they were told last.
+// The item of the tray: keeps what is shown, and has its fronts show it at most once a turn of the queue, and only what
+// differs from what they showed last.
 class TrayItem : public StatusItem, private StatusBarButton {
   public:
     explicit TrayItem(MainQueue& queue);
-    ~TrayItem() override;
 
     StatusBarButton* button() override { return this; }
     void setMenu(Menu menu) override;
@@ -51,11 +51,11 @@ class TrayItem : public StatusItem, private StatusBarButton {
     // For the fronts.
     void add(std::unique_ptr<TrayFront> front);
     const TrayContents& contents() const { return contents_; }
-    // As the fronts were told last.
-    const TrayContents& told() const { return told_; }
+    // As it was shown last.
+    const TrayContents& shown() const { return shown_; }
     // The user's choice, by position in the menu. From the queue the item's action is performed, if it is enabled and
     // has one. Trays flip a check mark by themselves, rightly or not: when the action and what it queued have had their
-    // turn, the fronts are told the state again, also an unchanged one.
+    // turn, the fronts show the state again, also an unchanged one.
     void choose(std::size_t position);
 
   private:
@@ -70,17 +70,17 @@ class TrayItem : public StatusItem, private StatusBarButton {
     void setToolTip(const std::string& text) override;
 
     void perform(std::size_t position);
-    void tellSoon();
-    void tell();
+    void showSoon();
+    void show();
     TrayChanges changes() const;
 
     MainQueue& queue_;
     TrayContents contents_;
-    TrayContents told_;
-    std::vector<std::size_t> toRepeat_;  // positions whose state is to be told again
-    bool isTellingSoon_ = false;
-    std::shared_ptr<TrayItem*> self_;  // how a queued block learns that the item is no more
+    TrayContents shown_;
+    std::vector<std::size_t> toRepeat_;  // positions whose state is to be shown again
+    bool isShownSoon_ = false;
     std::vector<Place> places_;
+    Lifetime lifetime_;
 };
 
 }  // namespace kovra

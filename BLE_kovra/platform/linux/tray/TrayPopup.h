@@ -1,9 +1,9 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
 
 #include "BLE_kovra/platform/MainQueue.h"
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 #include "BLE_kovra/platform/linux/tray/TrayItem.h"
 #include "BLE_kovra/platform/linux/windows/WindowProcess.h"
 
@@ -19,17 +19,17 @@ class TrayPopup {
     TrayPopup& operator=(const TrayPopup&) = delete;
 
     // From the queue the menu opens as the item then has it; where it is open it closes.
-    void ask(int x, int y);
+    void open(int x, int y);
 
   private:
-    void hear(const MenuClosed& closed);
+    void receive(const MenuClosed& closed);
 
     MainQueue& queue_;
     WindowProcess& window_;
     TrayItem& item_;
     std::chrono::milliseconds asked_{};  // last
     WindowProcess::Messages::Token listening_;
-    std::shared_ptr<TrayPopup*> self_;  // how a queued block learns that this is no more
+    Lifetime lifetime_;
 };
 
 }  // namespace kovra

@@ -13,26 +13,35 @@ ShowTray message(const TrayContents& contents) {
 }  // namespace
 
 XEmbedTray::XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item)
-    : window_(window), choice_(queue) {
-    listening_ = window_.listen([&item](const ToResident& told) {
-        if (const auto* chosen = std::get_if<ItemChosen>(&told)) item.choose(chosen->position);
+    : window_(window),
+      choice_(queue, {.lookForTrays = [this, &x](bool isWanted) { lookForTrays(x, isWanted); },
+                      .showIcon = [this, &item](bool isWanted) { showIcon(item, isWanted); }}) {
+    listening_ = window_.listen([&item](const ToResident& message) {
+        if (const auto* chosen = std::get_if<ItemChosen>(&message)) item.choose(chosen->position);
     });
-    choice_.onLookingForTrays = [this, &x](bool isWanted) {
-        watch_.reset();
-        if (!isWanted) return;
-        watch_ = std::make_unique<XEmbedTrayWatch>(x, [this](bool isThere) { choice_.setTrayIsThere(isThere); });
-    };
-    choice_.onIcon = [this, &item](bool isWanted) {
-        isShown_ = isWanted;
-        if (isWanted)
-            window_.show(message(item.contents()));
-        else
-            window_.hideTray();
-    };
 }
 
 XEmbedTray::~XEmbedTray() {
     if (isShown_) window_.hideTray();
+}
+
+void XEmbedTray::follow(StatusNotifierWatcher& watcher) {
+    hosts_ = watcher.listen([this](bool hasHost) { choice_.setHostIsThere(hasHost); });
+    choice_.setHostIsThere(watcher.hasHost());
+}
+
+void XEmbedTray::lookForTrays(XConnection& x, bool isWanted) {
+    watch_.reset();
+    if (!isWanted) return;
+    watch_ = std::make_unique<XEmbedTrayWatch>(x, [this](bool isThere) { choice_.setTrayIsThere(isThere); });
+}
+
+void XEmbedTray::showIcon(const TrayItem& item, bool isWanted) {
+    isShown_ = isWanted;
+    if (isWanted)
+        window_.show(message(item.contents()));
+    else
+        window_.hideTray();
 }
 
 void XEmbedTray::show(const TrayContents& contents, const TrayChanges&) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "BLE_kovra/platform/linux/tray/StatusNotifierWatcher.h"
 #include "BLE_kovra/platform/linux/tray/TrayItem.h"
 #include "BLE_kovra/platform/linux/tray/XEmbedTrayChoice.h"
 #include "BLE_kovra/platform/linux/tray/XEmbedTrayWatch.h"
@@ -16,14 +17,19 @@ class XEmbedTray : public TrayFront {
     XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item);
     ~XEmbedTray() override;
 
-    // Whether a StatusNotifier host is there, each time it is known anew.
+    // From now on a StatusNotifier host of this watcher's, whenever there is one, takes the icon over.
+    void follow(StatusNotifierWatcher& watcher);
     void setHostIsThere(bool isThere) { choice_.setHostIsThere(isThere); }
 
     void show(const TrayContents& contents, const TrayChanges& changes) override;
 
   private:
+    void lookForTrays(XConnection& x, bool isWanted);
+    void showIcon(const TrayItem& item, bool isWanted);
+
     WindowProcess& window_;
     WindowProcess::Messages::Token listening_;
+    StatusNotifierWatcher::Hosts::Token hosts_;
     bool isShown_ = false;
     XEmbedTrayChoice choice_;
     std::unique_ptr<XEmbedTrayWatch> watch_;

@@ -4,7 +4,9 @@
 
 namespace kovra {
 
-XEmbedTrayChoice::XEmbedTrayChoice(MainQueue& queue) : queue_(queue) { waitForHost(); }
+XEmbedTrayChoice::XEmbedTrayChoice(MainQueue& queue, Actions actions) : queue_(queue), actions_(std::move(actions)) {
+    waitForHost();
+}
 
 XEmbedTrayChoice::~XEmbedTrayChoice() {
     if (wait_) wait_->cancel();
@@ -33,12 +35,12 @@ void XEmbedTrayChoice::waitForHost() {
 void XEmbedTrayChoice::look(bool isWanted) {
     if (std::exchange(isLooking_, isWanted) == isWanted) return;
     if (!isWanted) setTrayIsThere(false);
-    if (onLookingForTrays) onLookingForTrays(isWanted);
+    actions_.lookForTrays(isWanted);
 }
 
 void XEmbedTrayChoice::update() {
     const bool isWanted = isLooking_ && trayIsThere_;
-    if (std::exchange(iconIsWanted_, isWanted) != isWanted && onIcon) onIcon(isWanted);
+    if (std::exchange(iconIsWanted_, isWanted) != isWanted) actions_.showIcon(isWanted);
 }
 
 }  // namespace kovra

@@ -16,8 +16,14 @@ class XEmbedTrayChoice {
   public:
     static constexpr std::chrono::seconds grace{5};
 
-    // Starts with no host, as far as anybody knows, and no tray.
-    explicit XEmbedTrayChoice(MainQueue& queue);
+    // Called when the answer changes; both start with false. Trays are reported only while they are looked for.
+    struct Actions {
+        std::function<void(bool isWanted)> lookForTrays;
+        std::function<void(bool isWanted)> showIcon;
+    };
+
+    // Starts with no host known, and no tray.
+    XEmbedTrayChoice(MainQueue& queue, Actions actions);
     ~XEmbedTrayChoice();
     XEmbedTrayChoice(const XEmbedTrayChoice&) = delete;
     XEmbedTrayChoice& operator=(const XEmbedTrayChoice&) = delete;
@@ -25,16 +31,13 @@ class XEmbedTrayChoice {
     void setHostIsThere(bool isThere);
     void setTrayIsThere(bool isThere);
 
-    // Called when it changes; both start with false. Trays are told of only while they are looked for.
-    std::function<void(bool isWanted)> onLookingForTrays;
-    std::function<void(bool isWanted)> onIcon;
-
   private:
     void waitForHost();
     void look(bool isWanted);
     void update();
 
     MainQueue& queue_;
+    const Actions actions_;
     bool hostIsThere_ = false;
     bool isLooking_ = false;
     bool trayIsThere_ = false;

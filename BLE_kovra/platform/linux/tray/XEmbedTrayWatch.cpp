@@ -37,7 +37,7 @@ void select(const XConnection& x, xcb_window_t window, std::uint32_t events) {
 
 XEmbedTrayWatch::XEmbedTrayWatch(XConnection& x, std::function<void(bool)> changed)
     : x_(x), changed_(std::move(changed)) {
-    listening_ = x_.listen([this](const xcb_generic_event_t& event) { hear(event); });
+    listening_ = x_.listen([this](const xcb_generic_event_t& event) { receive(event); });
     const auto selection = askForAtom(x_.get(), "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber(x_)));
     const auto announcement = askForAtom(x_.get(), "MANAGER");
     select(x_, x_.roots().front(), XCB_EVENT_MASK_STRUCTURE_NOTIFY);
@@ -55,7 +55,7 @@ XEmbedTrayWatch::~XEmbedTrayWatch() {
     x_.flush();
 }
 
-void XEmbedTrayWatch::hear(const xcb_generic_event_t& event) {
+void XEmbedTrayWatch::receive(const xcb_generic_event_t& event) {
     if (XConnection::kindOf(event) == XCB_CLIENT_MESSAGE) {
         const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
         if (message.type == announcement_ && message.format == 32 && message.data.data32[1] == selection_) look();

@@ -20,7 +20,7 @@ class XEmbedTrayWatch {
     XEmbedTrayWatch& operator=(const XEmbedTrayWatch&) = delete;
 
   private:
-    void hear(const xcb_generic_event_t& event);
+    void receive(const xcb_generic_event_t& event);
     // Asks for the owner, again and again until it is twice the same.
     void look();
     void found();

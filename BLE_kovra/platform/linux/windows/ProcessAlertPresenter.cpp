@@ -19,27 +19,27 @@ AlertResponse response(const AlertAnswered& answered, const Alert& alert) {
 
 ProcessAlertPresenter::ProcessAlertPresenter(SdEventLoop& loop, WindowProcess& process, ActivationToken& token)
     : loop_(loop), process_(process), token_(token) {
-    listening_ = process_.listen([this](const ToResident& told) {
-        if (const auto* answered = std::get_if<AlertAnswered>(&told)) hear(*answered);
+    listening_ = process_.listen([this](const ToResident& message) {
+        if (const auto* answered = std::get_if<AlertAnswered>(&message)) receive(*answered);
     });
-    mourning_ = process_.listenForDeath([this] { abortAll(); });
+    ends_ = process_.listenForEnd([this] { abortAll(); });
 }
 
 AlertResponse ProcessAlertPresenter::runModal(const Alert& alert) {
     if (loop_.isStopped()) return AlertResponse::aborted;
     const auto open = std::make_shared<Open>(Open{{++number_, token_.take(), alert}, {}});
     stack_.push_back(open);
-    tell();
+    show();
     loop_.runUntil([&] { return open->answer.has_value(); });
     std::erase(stack_, open);
     return loop_.isStopped() ? AlertResponse::aborted : *open->answer;
 }
 
-void ProcessAlertPresenter::hear(const AlertAnswered& answered) {
+void ProcessAlertPresenter::receive(const AlertAnswered& answered) {
     for (const auto& open : stack_) {
         if (open->shown.number != answered.number || open->answer) continue;
         open->answer = response(answered, open->shown.alert);
-        tell();
+        show();
     }
 }
 
@@ -47,11 +47,11 @@ void ProcessAlertPresenter::abortAll() {
     for (const auto& open : stack_) {
         if (!open->answer) open->answer = AlertResponse::aborted;
     }
-    tell();
+    show();
 }
 
 // An answered one is closed, also while its caller waits for one above it to be answered.
-void ProcessAlertPresenter::tell() {
+void ProcessAlertPresenter::show() {
     ShowAlerts shown;
     for (const auto& open : stack_) {
         if (!open->answer) shown.alerts.push_back(open->shown);

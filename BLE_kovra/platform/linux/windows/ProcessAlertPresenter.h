@@ -27,9 +27,9 @@ class ProcessAlertPresenter : public AlertPresenter {
         std::optional<AlertResponse> answer;
     };
 
-    void hear(const AlertAnswered& answered);
+    void receive(const AlertAnswered& answered);
     void abortAll();
-    void tell();
+    void show();
 
     SdEventLoop& loop_;
     WindowProcess& process_;
@@ -37,7 +37,7 @@ class ProcessAlertPresenter : public AlertPresenter {
     std::uint64_t number_ = 0;                  // of the last that was opened
     std::vector<std::shared_ptr<Open>> stack_;  // those that are waited for, the topmost last
     WindowProcess::Messages::Token listening_;
-    WindowProcess::Deaths::Token mourning_;
+    WindowProcess::Ends::Token ends_;
 };
 
 }  // namespace kovra

@@ -8,6 +8,7 @@
 
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/Workspace.h"
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
 #include "BLE_kovra/platform/linux/windows/WindowProcess.h"
 
@@ -55,8 +56,8 @@ class ProcessWindowHost::ProcessWindow : public Window {
     ProcessWindow(ProcessWindowHost& host, View content) : host_(host) {
         shown_.content = std::move(content);
         listening_ = process().listen(
-            [this](const ToResident& told) { std::visit([this](const auto& each) { hear(each); }, told); });
-        mourning_ = process().listenForDeath([this] { hide(); });
+            [this](const ToResident& message) { std::visit([this](const auto& each) { receive(each); }, message); });
+        ends_ = process().listenForEnd([this] { hide(); });
     }
     ~ProcessWindow() override { hide(); }
     ProcessWindow(const ProcessWindow&) = delete;
@@ -64,15 +65,15 @@ class ProcessWindowHost::ProcessWindow : public Window {
 
     void setTitle(const std::string& title) override {
         shown_.title = title;
-        tellSoon();
+        showSoon();
     }
     void setStyleMask(unsigned mask) override {
         shown_.styleMask = mask;
-        tellSoon();
+        showSoon();
     }
     void setContentSize(Size size) override {
         shown_.contentSize = size;
-        tellSoon();
+        showSoon();
     }
     // It is hidden in any case: what it is lives here, and goes with this object.
     void setReleasedWhenClosed(bool) override {}
@@ -83,13 +84,13 @@ class ProcessWindowHost::ProcessWindow : public Window {
         shown_.activationToken = host_.token_.take();
         shown_.place.isMinimised = false;
         isVisible_ = true;
-        tellSoon();
+        showSoon();
     }
     bool isVisible() const override { return isVisible_; }
 
     void setContent(View content) override {
         shown_.content = std::move(content);
-        tellSoon();
+        showSoon();
     }
 
   private:
@@ -97,17 +98,15 @@ class ProcessWindowHost::ProcessWindow : public Window {
 
     template <typename Block>
     void later(Block block) {
-        host_.queue_.async([weak = std::weak_ptr(self_), block = std::move(block)] {
-            if (const auto self = weak.lock()) block(**self);
-        });
+        host_.queue_.async(lifetime_.guard(std::move(block)));
     }
-    void tellSoon() {
-        if (!isVisible_ || std::exchange(isTellingQueued_, true)) return;
-        later([](ProcessWindow& window) {
-            window.isTellingQueued_ = false;
-            if (!window.isVisible_) return;
-            if (!window.process().isRunning()) window.shown_.heard = 0;  // the next one counts anew
-            window.process().show(window.shown_);
+    void showSoon() {
+        if (!isVisible_ || std::exchange(isShownSoon_, true)) return;
+        later([this] {
+            isShownSoon_ = false;
+            if (!isVisible_) return;
+            if (!process().isRunning()) shown_.heard = 0;  // the next one counts anew
+            process().show(shown_);
         });
     }
     void hide() {
@@ -117,39 +116,38 @@ class ProcessWindowHost::ProcessWindow : public Window {
 
     // The answer comes after whatever the change made the application put on the queue, so that it is of one piece with
     // what came of the change.
-    void hear(const ControlChanged& changed) {
+    void receive(const ControlChanged& changed) {
         if (!isVisible_) return;
         if (const View* view = viewAt(shown_.content, changed.path)) {
             const View::Kind kind = view->kind;  // which may be replaced meanwhile
             std::visit(Change{changed.value}, kind);
         }
-        later([number = changed.number](ProcessWindow& window) {
-            window.shown_.heard = number;
-            window.tellSoon();
+        later([this, number = changed.number] {
+            shown_.heard = number;
+            showSoon();
         });
     }
-    void hear(const LinkFollowed& followed) {
+    void receive(const LinkFollowed& followed) {
         const View* view = isVisible_ ? viewAt(shown_.content, followed.path) : nullptr;
         const Link* link = view == nullptr ? nullptr : std::get_if<Link>(&view->kind);
         if (link != nullptr) host_.workspace_.open(link->destination);
     }
-    void hear(const WindowPlaced& placed) { shown_.place = placed.place; }
-    void hear(const WindowClosed& closed) {
+    void receive(const WindowPlaced& placed) { shown_.place = placed.place; }
+    void receive(const WindowClosed& closed) {
         if (closed.front != shown_.front) return;  // it was brought to the front again meanwhile
         shown_.place = closed.place;
         hide();
     }
     template <typename Other>
-    void hear(const Other&) {}
+    void receive(const Other&) {}
 
     ProcessWindowHost& host_;
     ShowWindow shown_;
     bool isVisible_ = false;
-    bool isTellingQueued_ = false;
+    bool isShownSoon_ = false;
     WindowProcess::Messages::Token listening_;
-    WindowProcess::Deaths::Token mourning_;
-    // How a queued block learns that the window is no more.
-    std::shared_ptr<ProcessWindow*> self_ = std::make_shared<ProcessWindow*>(this);
+    WindowProcess::Ends::Token ends_;
+    Lifetime lifetime_;
 };
 
 std::unique_ptr<Window> ProcessWindowHost::makeWindow(View content) {

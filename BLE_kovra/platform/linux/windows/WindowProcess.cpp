@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
 #include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
+#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "BLE_kovra/platform/linux/wire/LineSocket.h"
 #include "BLE_kovra/platform/posix/ChildProcess.h"
@@ -25,7 +25,7 @@ std::size_t kindOf() {
     return ToWindow(State()).index();
 }
 
-void callOff(std::unique_ptr<DelayedTask>& task) {
+void cancel(std::unique_ptr<DelayedTask>& task) {
     if (task) task->cancel();
     task.reset();
 }
@@ -105,13 +105,13 @@ class WindowProcess::Running {
 };
 
 WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program)
-    : WindowProcess(loop, std::move(program), Patience()) {}
+    : WindowProcess(loop, std::move(program), Timing()) {}
 
-WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Patience patience)
-    : loop_(loop), program_(std::move(program)), patience_(std::move(patience)) {}
+WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing)
+    : loop_(loop), program_(std::move(program)), timing_(std::move(timing)) {}
 
 WindowProcess::~WindowProcess() {
-    for (auto* task : {&nextTry_, &failure_, &lingering_}) callOff(*task);
+    for (auto* task : {&nextTry_, &failure_, &lingering_}) cancel(*task);
 }
 
 void WindowProcess::show(const ToWindow& state) {
@@ -120,7 +120,7 @@ void WindowProcess::show(const ToWindow& state) {
     if (!isNew && shown->second == line) return;
     shown->second = std::move(line);
     if (isNew) {
-        callOff(lingering_);
+        cancel(lingering_);
         tries_ = 0;
         if (!running_) return start();  // which tells it
     }
@@ -139,10 +139,10 @@ void WindowProcess::closeAlerts() {
     if (hide(kindOf<ShowAlerts>(), ShowAlerts())) linger();
 }
 
-void WindowProcess::tell(const ToWindow& event) {
+void WindowProcess::send(const ToWindow& event) {
     if (!running_) start();
     if (!running_) return;
-    callOff(lingering_);
+    cancel(lingering_);
     isHeld_ = true;
     running_->send(event.index(), encode(event));
 }
@@ -152,70 +152,70 @@ void WindowProcess::release() {
 }
 
 void WindowProcess::start() {
-    callOff(nextTry_);
+    cancel(nextTry_);
     startedAt_ = Clock::now();
     const std::string program = program_();
     running_ = program.empty() ? nullptr : Running::start(loop_, program);
     if (!running_) {
-        callOff(failure_);
+        cancel(failure_);
         failure_ = loop_.asyncAfter({}, [this] {
-            if (!running_) deaths_.call();
+            if (!running_) ends_.call();
         });
         return startAgainLater();
     }
     running_->listen([this] { receive(); },
                      [this] {
                          receive();  // what it said last
-                         if (running_) died();
+                         if (running_) ended();
                      });
     for (const auto& [kind, line] : shown_) running_->send(kind, line);
 }
 
 void WindowProcess::receive() {
     const auto lines = running_->receive();
-    if (!lines) return died();
+    if (!lines) return ended();
     for (const std::string& line : *lines) {
         const auto message = decodeToResident(line);
         if (message) messages_.call(*message);
     }
 }
 
-void WindowProcess::died() {
-    letGo();
-    if (Clock::now() - startedAt_ >= patience_.settled) tries_ = 0;
-    deaths_.call();
+void WindowProcess::ended() {
+    end();
+    if (Clock::now() - startedAt_ >= timing_.settled) tries_ = 0;
+    ends_.call();
     startAgainLater();
 }
 
 void WindowProcess::startAgainLater() {
-    if (running_ || shown_.empty() || tries_ == patience_.delays.size()) return;
-    nextTry_ = loop_.asyncAfter(patience_.delays[tries_++], [this] { start(); });
+    if (running_ || shown_.empty() || tries_ == timing_.delays.size()) return;
+    nextTry_ = loop_.asyncAfter(timing_.delays[tries_++], [this] { start(); });
 }
 
 // Whether it was shown. Should the process not have taken the state yet, it is told this in its place.
 bool WindowProcess::hide(std::size_t kind, const ToWindow& farewell) {
     if (shown_.erase(kind) == 0) return false;
-    if (shown_.empty()) callOff(nextTry_);
+    if (shown_.empty()) cancel(nextTry_);
     if (running_) running_->send(kind, encode(farewell));
     return true;
 }
 
 void WindowProcess::linger() {
-    callOff(lingering_);
+    cancel(lingering_);
     if (!running_) return;
-    lingering_ = loop_.asyncAfter(patience_.linger, [this] {
+    lingering_ = loop_.asyncAfter(timing_.linger, [this] {
         lingering_.reset();
         endIfIdle();
     });
 }
 
 void WindowProcess::endIfIdle() {
-    if (running_ && shown_.empty() && !isHeld_ && !lingering_) letGo();
+    if (running_ && shown_.empty() && !isHeld_ && !lingering_) end();
 }
 
-void WindowProcess::letGo() {
+void WindowProcess::end() {
     isHeld_ = false;
-    callOff(lingering_);
+    cancel(lingering_);
     Running* leaving = leaving_.emplace_back(std::move(running_)).get();
     leaving->leave(
         [this, leaving] { std::erase_if(leaving_, [&](const auto& each) { return each.get() == leaving; }); });

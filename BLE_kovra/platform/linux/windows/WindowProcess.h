@@ -26,7 +26,7 @@ class WindowProcess {
   public:
     // How often and when a process that died is started again, and how long one without a window is kept. One that
     // lived for `settled` has its tries back.
-    struct Patience {
+    struct Timing {
         std::vector<std::chrono::nanoseconds> delays{std::chrono::seconds(1), std::chrono::seconds(5),
                                                      std::chrono::seconds(25)};
         std::chrono::nanoseconds settled = std::chrono::minutes(1);
@@ -35,7 +35,7 @@ class WindowProcess {
 
     // `program` tells the absolute path, and is asked at each start. Empty: none can be started.
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program);
-    WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Patience patience);
+    WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing);
     ~WindowProcess();
     WindowProcess(const WindowProcess&) = delete;
     WindowProcess& operator=(const WindowProcess&) = delete;
@@ -49,7 +49,7 @@ class WindowProcess {
     void closeAlerts();
 
     // An event, told once: it dies with the process that was there or was started for it.
-    void tell(const ToWindow& event);
+    void send(const ToWindow& event);
     // Nobody waits for what it says to an event any more. It ends after a while, unless there is something to show.
     void release();
 
@@ -59,8 +59,8 @@ class WindowProcess {
     using Messages = Listeners<const ToResident&>;
     [[nodiscard]] Messages::Token listen(Messages::Listener listener) { return messages_.add(std::move(listener)); }
     // It died, or cannot be started. What is not to be shown by the next one is to be hidden now.
-    using Deaths = Listeners<>;
-    [[nodiscard]] Deaths::Token listenForDeath(Deaths::Listener listener) { return deaths_.add(std::move(listener)); }
+    using Ends = Listeners<>;
+    [[nodiscard]] Ends::Token listenForEnd(Ends::Listener listener) { return ends_.add(std::move(listener)); }
 
   private:
     class Running;
@@ -69,19 +69,19 @@ class WindowProcess {
     void start();
     void startAgainLater();
     void receive();
-    void died();
+    void ended();
     bool hide(std::size_t kind, const ToWindow& farewell);
     void linger();
     void endIfIdle();
-    void letGo();
+    void end();
 
     SdEventLoop& loop_;
     std::function<std::string()> program_;
-    Patience patience_;
+    Timing timing_;
     std::map<std::size_t, std::string> shown_;  // the line of each kind of state
     bool isHeld_ = false;                       // for an event
     Messages messages_;
-    Deaths deaths_;
+    Ends ends_;
     std::unique_ptr<Running> running_;
     std::vector<std::unique_ptr<Running>> leaving_;  // told to end, and not yet gone
     Clock::time_point startedAt_;

@@ -22,20 +22,20 @@ std::vector<xcb_window_t> rootsOf(xcb_connection_t* connection, int screen) {
 
 }  // namespace
 
-std::unique_ptr<XConnection> XConnection::open(SdEventLoop& loop) {
+std::unique_ptr<XConnection> XConnection::open(SdEventLoop& loop, std::function<void()> lost) {
     const char* display = std::getenv("DISPLAY");
     if (display == nullptr || *display == '\0') return nullptr;
     int screen = 0;
     Connection connection(xcb_connect(display, &screen));  // never null
     if (xcb_connection_has_error(connection.get()) != 0) return nullptr;
-    return std::unique_ptr<XConnection>(new XConnection(loop, std::move(connection), screen));
+    return std::unique_ptr<XConnection>(new XConnection(loop, std::move(connection), screen, std::move(lost)));
 }
 
-XConnection::XConnection(SdEventLoop& loop, Connection connection, int screen)
+XConnection::XConnection(SdEventLoop& loop, Connection connection, int screen, std::function<void()> lost)
     : loop_(loop),
+      lost_(std::move(lost)),
       connection_(std::move(connection)),
-      roots_(rootsOf(connection_.get(), screen)),
-      self_(std::make_shared<XConnection*>(this)) {
+      roots_(rootsOf(connection_.get(), screen)) {
     watch_ = loop_.watch(xcb_get_file_descriptor(connection_.get()), [this] {
         // First, so that a listener may run the loop nested.
         watch_->rearm();
@@ -47,10 +47,8 @@ XConnection::~XConnection() = default;
 
 void XConnection::flush() {
     xcb_flush(connection_.get());
-    // What the library has read already rings no more.
-    loop_.async([weak = std::weak_ptr(self_)] {
-        if (const auto self = weak.lock()) (*self)->handOut();
-    });
+    // What the library has read already makes the descriptor readable no more.
+    loop_.async(lifetime_.guard([this] { handOut(); }));
 }
 
 XConnection::Token XConnection::whenServed(std::function<void()> then) {
@@ -85,7 +83,7 @@ void XConnection::handOut() {
         return;
     }
     watch_.reset();
-    if (onLost) onLost();
+    if (const auto lost = lost_) lost();
 }
 
 }  // namespace kovra

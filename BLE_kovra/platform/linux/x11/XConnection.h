@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "BLE_kovra/platform/linux/loop/Handles.h"
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 #include "BLE_kovra/platform/linux/loop/Listeners.h"
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 
@@ -26,7 +27,8 @@ namespace kovra {
 class XConnection {
   public:
     // To the display that the environment names; null where there is none.
-    static std::unique_ptr<XConnection> open(SdEventLoop& loop);
+    // `lost` is called once, from the queue, when the server is gone; with it the session at the screen has ended.
+    static std::unique_ptr<XConnection> open(SdEventLoop& loop, std::function<void()> lost = {});
 
     ~XConnection();
     XConnection(const XConnection&) = delete;
@@ -52,18 +54,16 @@ class XConnection {
     // What kind of event it is, also of one that another program sent.
     static std::uint8_t kindOf(const xcb_generic_event_t& event) { return event.response_type & 0x7F; }
 
-    // Called once, from the queue, when the server is gone; with it the session at the screen has ended.
-    std::function<void()> onLost;
-
   private:
     using Connection = Handle<xcb_connection_t, xcb_disconnect>;
 
-    XConnection(SdEventLoop& loop, Connection connection, int screen);
+    XConnection(SdEventLoop& loop, Connection connection, int screen, std::function<void()> lost);
 
     void handOut();
     void handOutAnswers();
 
     SdEventLoop& loop_;
+    const std::function<void()> lost_;
     Connection connection_;
     std::vector<xcb_window_t> roots_;
     Events events_;
@@ -73,7 +73,7 @@ class XConnection {
     };
     std::deque<Question> questions_;  // that the server has not answered yet
     std::unique_ptr<SdEventLoop::Watch> watch_;
-    std::shared_ptr<XConnection*> self_;  // for blocks that may run when this is gone
+    Lifetime lifetime_;
 };
 
 }  // namespace kovra

@@ -26,19 +26,16 @@ struct BusRig {
     SdEventLoop loop;
     std::string told;
     SessionBus bus{loop};
-    std::shared_ptr<SessionBus::Listener> listener = listen();
+    BusToken listener = listen();
 
-    std::shared_ptr<SessionBus::Listener> listen() {
-        return bus.listen(
-            [this](sd_bus* up) {
-                EXPECT_EQ(up, bus.bus());
-                EXPECT_GT(sd_bus_is_ready(up), 0);
-                told += "up ";
-            },
-            [this] {
-                EXPECT_EQ(bus.bus(), nullptr);
-                told += "gone ";
-            });
+    BusToken listen() {
+        return bus.listen([this](BusConnection* connection) {
+            EXPECT_EQ(connection, bus.connection());
+            if (connection != nullptr) {
+                EXPECT_GT(sd_bus_is_ready(connection->bus()), 0);
+            }
+            told += connection != nullptr ? "up " : "gone ";
+        });
     }
     bool hears(const std::string& words) {
         return turnUntil(loop, [&] { return told == words; });
@@ -103,7 +100,7 @@ TEST(SessionBusTest, FindsTheFirstBusAlsoWhenItComesLate) {
     SdEventLoop loop;
     bool isUp = false;
     SessionBus bus(loop);
-    const auto listener = bus.listen([&](sd_bus*) { isUp = true; }, [] {});
+    const auto listener = bus.listen([&](BusConnection* connection) { isUp = connection != nullptr; });
     EXPECT_EQ(bus.bus(), nullptr);
     daemon.restart();
     EXPECT_TRUE(turnUntil(loop, [&] { return isUp; }));
@@ -143,7 +140,7 @@ TEST(SessionBusTest, IsLookedForBelowTheRuntimeFolderWhereTheEnvironmentNamesNon
     SdEventLoop loop;
     bool isUp = false;
     SessionBus bus(loop);
-    const auto listener = bus.listen([&](sd_bus*) { isUp = true; }, [] {});
+    const auto listener = bus.listen([&](BusConnection* connection) { isUp = connection != nullptr; });
     EXPECT_TRUE(turnUntil(loop, [&] { return isUp; }));
 }
 
@@ -152,7 +149,7 @@ TEST(SessionBusTest, HoldsNothingUpWhereTheBusNeverAnswers) {
     SdEventLoop loop;
     bool isUp = false;
     SessionBus bus(loop);
-    const auto listener = bus.listen([&](sd_bus*) { isUp = true; }, [] {});
+    const auto listener = bus.listen([&](BusConnection* connection) { isUp = connection != nullptr; });
     EXPECT_NE(bus.bus(), nullptr);
     EXPECT_LT(turnsWithin(loop, 200ms), 10);
     EXPECT_FALSE(isUp);

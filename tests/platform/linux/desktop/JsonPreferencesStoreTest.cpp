@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using JsonPreferences = PreferencesFixture;
+using JsonPreferencesStoreTest = PreferencesFixture;
 
 TEST_F(JsonPreferencesStoreTest, AreReadWithTheTypesThatTheyHave) {
     const auto& store = startWith(R"({"b": true, "n": 3, "f": 0.5, "t": "x", "a": ["a", 5, null, {}], "o": {"b": 1}})");

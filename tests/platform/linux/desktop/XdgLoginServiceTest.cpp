@@ -14,8 +14,8 @@
 namespace kovra {
 namespace {
 
-struct XdgLogin : testing::Test {
-    XdgLogin() {
+struct XdgLoginServiceTest : testing::Test {
+    XdgLoginServiceTest() {
         environment.set("XDG_CONFIG_HOME", folder / "own");
         environment.set("XDG_CONFIG_DIRS", folder / "first:" + (folder / "second"));
         environment.set("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "BLE_kovra/platform/linux/hid/UdevHIDWatcher.h"
+#include "BLE_kovra/platform/linux/hid/UdevHIDManager.h"
 #include "tests/platform/linux/hid/UdevHIDRig.h"
 #include "tests/platform/linux/loop/Turns.h"
 
@@ -55,7 +55,7 @@ TEST_F(BatteryHIDPresenceTest, SaysNothingOfAMouseThatIsOffAtTheStartUntilItIsOn
     plug(off);
     rig_.open();
     EXPECT_EQ(rig_.news(), News());
-    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
     EXPECT_EQ(rig_.news(), News());
     change(on);
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
@@ -132,7 +132,7 @@ TEST_F(BatteryHIDPresenceTest, TellsOfOneEndOfAMouseThatIsSwitchedOffAndThenUnpl
     change(off);
     EXPECT_EQ(rig_.news(), News{"-1 apple"});
     bus_.unplug(mouse_.name);
-    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
     EXPECT_EQ(rig_.news(), News());
 }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "BLE_kovra/platform/linux/hid/UdevHIDAnnouncer.h"
 #include "tests/platform/linux/hid/StandInBluez.h"
 #include "tests/platform/linux/hid/UdevHIDRig.h"
 #include "tests/platform/linux/loop/Turns.h"
@@ -80,7 +81,7 @@ TEST_F(BluezHIDPresenceTest, SaysNothingOfAMouseThatIsNotConnectedAtTheStartUnti
     startBluez(false);
     bus_.plug(mouse_);
     rig_.open();
-    rig_.let(UdevHIDAnnouncer::patience + 100ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 100ms);
     EXPECT_EQ(rig_.news(), News());
     waitUntilItListens();
     setConnected(true);
@@ -103,7 +104,7 @@ TEST_F(BluezHIDPresenceTest, TakesTheMouseForThereWhereBluezIsNotRunning) {
     bus_.plug(mouse_);
     const auto plugged = Clock::now();
     expect("+1 apple");
-    EXPECT_LT(Clock::now() - plugged, UdevHIDAnnouncer::patience);  // an answer, if a refusal
+    EXPECT_LT(Clock::now() - plugged, UdevHIDAnnouncer::timeout);  // an answer, if a refusal
     bus_.unplug(mouse_.name);
     expect("-1 apple");
 }
@@ -116,7 +117,7 @@ TEST_F(BluezHIDPresenceTest, WaitsForAnAnswerNoLongerThanForADriver) {
     const auto plugged = Clock::now();
     bus_.plug(mouse_);
     expect("+1 apple");
-    EXPECT_GE(Clock::now() - plugged, UdevHIDAnnouncer::patience);
+    EXPECT_GE(Clock::now() - plugged, UdevHIDAnnouncer::timeout);
 }
 
 TEST_F(BluezHIDPresenceTest, LearnsWhatIsSoWhenBluezComesAndWhenItComesAgain) {
@@ -146,7 +147,7 @@ TEST_F(BluezHIDPresenceTest, LeavesEverythingAsItIsWhenBluezGoes) {
     expect("+2 pear");
     waitUntilItListens();
     bluez_.reset();
-    rig_.let(UdevHIDAnnouncer::patience + 100ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 100ms);
     EXPECT_EQ(rig_.news(), News());
 }
 

@@ -15,11 +15,6 @@ using std::chrono_literals::operator""ms;
 // The announcer alone, on a bus of its own and in time that only the test moves.
 class UdevHIDAnnouncerTest : public testing::Test {
   protected:
-    UdevHIDAnnouncerTest() {
-        announcer_->attached = [this](const HIDDevice& device) { record('+', device); };
-        announcer_->removed = [this](const HIDDevice& device) { record('-', device); };
-    }
-
     MockHIDNode appeared(MockHIDNode node) {
         node.name = bus_.nextName();
         bus_.appear(node);
@@ -33,8 +28,17 @@ class UdevHIDAnnouncerTest : public testing::Test {
     MockHIDBus bus_;
     FakeMainQueue queue_;
     Udev udev_{udev_new()};
-    std::shared_ptr<UdevHIDAnnouncer> announcer_ = std::make_shared<UdevHIDAnnouncer>(queue_, udev_.get());
     News told_;
+    std::function<void()> onRemoved_;
+    std::unique_ptr<UdevHIDAnnouncer> announcer_ = std::make_unique<UdevHIDAnnouncer>(
+        queue_, udev_.get(), std::vector<std::unique_ptr<HIDPresence>>(),
+        UdevHIDAnnouncer::Actions{.attached = [this](const UdevHIDDevice& device) { record('+', device); },
+                                  .removed =
+                                      [this](const UdevHIDDevice& device) {
+                                          record('-', device);
+                                          if (onRemoved_) onRemoved_();
+                                      },
+                                  .doubtful = {}});
 };
 
 TEST_F(UdevHIDAnnouncerTest, WaitsForADriverThreeHundredMilliseconds) {
@@ -108,10 +112,7 @@ TEST_F(UdevHIDAnnouncerTest, WaitsForNothingOnceItIsDestroyed) {
 TEST_F(UdevHIDAnnouncerTest, IsSilentInTheMiddleOfARenameIfItsOwnerGoes) {
     MockHIDNode node = appeared({});
     announcer_->look(node.name);
-    announcer_->removed = [this](const HIDDevice& device) {
-        record('-', device);
-        announcer_->silence();
-    };
+    onRemoved_ = [this] { announcer_.reset(); };
     node.product = "pear";
     bus_.show(node);
     announcer_->look(node.name);
@@ -156,7 +157,7 @@ TEST_F(UdevHIDAnnouncerTest, KeepsWhatItCannotReadForWantOfDescriptorsAndLooksAg
         announcer_->look(fresh.name);
     }
     EXPECT_EQ(news(), News());
-    queue_.advance(UdevHIDAnnouncer::patience);
+    queue_.advance(UdevHIDAnnouncer::timeout);
     EXPECT_EQ(news(), (News{"+first", "+fresh"}));
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }

@@ -47,7 +47,7 @@ TEST_F(UdevHIDServiceTest, WaitsForADriverToGiveTheName) {
     bus_.show(node);
     bus_.tell(node.name, "bind");
     EXPECT_EQ(rig_.news(), News{"+1 Wireless Mouse M325"});
-    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
     EXPECT_EQ(rig_.news(), News());
 }
 
@@ -55,7 +55,7 @@ TEST_F(UdevHIDServiceTest, AnnouncesADeviceThatNoDriverTakesAfterAWhile) {
     const auto plugged = Clock::now();
     bus_.plug({.name = bus_.nextName(), .driver = std::nullopt});
     ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
-    EXPECT_GE(Clock::now() - plugged, UdevHIDAnnouncer::patience);
+    EXPECT_GE(Clock::now() - plugged, UdevHIDAnnouncer::timeout);
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
 }
 
@@ -64,7 +64,7 @@ TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatSoonGoesAgain) {
     bus_.plug(node);
     rig_.settle();
     bus_.unplug(node.name);
-    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
     EXPECT_EQ(rig_.news(), News());
 }
 
@@ -73,7 +73,7 @@ TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatGoesUnnoticed) {
     bus_.plug(node);
     rig_.settle();
     bus_.vanish(node.name);
-    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
     EXPECT_EQ(rig_.news(), News());
 }
 
@@ -128,7 +128,7 @@ TEST_F(UdevHIDServiceTest, SaysNothingOfASwapOfDrivers) {
     bus_.show(node);
     bus_.tell(node.name, "unbind");
     EXPECT_EQ(rig_.news(), News());
-    rig_.let(UdevHIDAnnouncer::patience + 50ms);
+    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
     EXPECT_EQ(rig_.news(), News());
     node.driver = "logitech-hidpp-device";
     bus_.show(node);
@@ -193,7 +193,7 @@ TEST_F(UdevHIDServiceAtStartTest, AnnouncesWhatIsUnboundAtTheStartAfterAWhile) {
     const auto opened = Clock::now();
     rig_.open();
     ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
-    EXPECT_GE(Clock::now() - opened, UdevHIDAnnouncer::patience);
+    EXPECT_GE(Clock::now() - opened, UdevHIDAnnouncer::timeout);
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
 }
 

@@ -15,8 +15,8 @@ constexpr HotKey controlOptionT{
 TEST(DesktopHotKeysTest, AreXsOwnThereAndThePortalIsNotAsked) {
     PortalRig session;
     XKeyRig rig;
-    const auto hotKeys = makeHotKeyService(Desktop::x11, rig.connection.get(), session.bus);
-    const auto hotKey = hotKeys->registerHotKey(controlOptionT);
+    auto hotKeys = DesktopHotKeys::on(Desktop::x11, rig.connection.get(), session.bus);
+    const auto hotKey = hotKeys.registerHotKey(controlOptionT);
     ASSERT_NE(hotKey, nullptr);
     session.settle();
     EXPECT_TRUE(session.portal.calls.empty());
@@ -24,8 +24,8 @@ TEST(DesktopHotKeysTest, AreXsOwnThereAndThePortalIsNotAsked) {
 
 TEST(DesktopHotKeysTest, AreThePortalsOnWayland) {
     PortalRig session;
-    const auto hotKeys = makeHotKeyService(Desktop::wayland, nullptr, session.bus);
-    const auto hotKey = hotKeys->registerHotKey(controlOptionT);
+    auto hotKeys = DesktopHotKeys::on(Desktop::wayland, nullptr, session.bus);
+    const auto hotKey = hotKeys.registerHotKey(controlOptionT);
     session.settle();
     EXPECT_FALSE(session.portal.bound.empty());
 }
@@ -33,9 +33,9 @@ TEST(DesktopHotKeysTest, AreThePortalsOnWayland) {
 TEST(DesktopHotKeysTest, AreRefusedWithoutAServer) {
     PortalRig session;
     for (const Desktop desktop : {Desktop::none, Desktop::x11}) {
-        const auto hotKeys = makeHotKeyService(desktop, nullptr, session.bus);
-        EXPECT_EQ(hotKeys->installHandler([] { return 0; }), nullptr);
-        EXPECT_EQ(hotKeys->registerHotKey(controlOptionT), nullptr);
+        auto hotKeys = DesktopHotKeys::on(desktop, nullptr, session.bus);
+        EXPECT_EQ(hotKeys.installHandler([] { return 0; }), nullptr);
+        EXPECT_EQ(hotKeys.registerHotKey(controlOptionT), nullptr);
     }
     session.settle();
     EXPECT_TRUE(session.portal.calls.empty());

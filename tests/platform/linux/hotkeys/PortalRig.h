@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BLE_kovra/platform/linux/hotkeys/PortalHotKeyService.h"
+#include "BLE_kovra/platform/linux/hotkeys/DesktopHotKeys.h"
 #include "tests/platform/linux/hotkeys/StandInPortal.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/support/linux/PrivateBus.h"
@@ -13,7 +13,7 @@ struct PortalRig {
     SdEventLoop loop;
     StandInPortal portal{loop};
     SessionBus bus{loop};
-    PortalHotKeyService hotKeys{bus};
+    DesktopHotKeys hotKeys = DesktopHotKeys::onPortal(bus);
 
     // Everything said so far has been heard, and what followed from it said and heard too: a few rounds of a question
     // to the portal, or else the bus, whose answer comes last on both connections.

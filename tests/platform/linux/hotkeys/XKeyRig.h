@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "BLE_kovra/platform/linux/hotkeys/XcbHotKeyService.h"
+#include "BLE_kovra/platform/linux/hotkeys/DesktopHotKeys.h"
 #include "tests/platform/linux/hotkeys/TestKeyboard.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/support/linux/VirtualScreen.h"
@@ -13,8 +13,9 @@ namespace kovra {
 struct XKeyRig {
     VirtualScreen screen;
     SdEventLoop loop;
-    std::unique_ptr<XConnection> connection = XConnection::open(loop);
-    XcbHotKeyService hotKeys{*connection};
+    int lost = 0;  // how often the connection was
+    std::unique_ptr<XConnection> connection = XConnection::open(loop, [this] { ++lost; });
+    DesktopHotKeys hotKeys = DesktopHotKeys::onX(*connection);
     TestKeyboard keyboard;
 
     // Everything that the server has sent so far has been acted upon, and what this made us ask too.

@@ -23,7 +23,6 @@ class DBusActivationTest : public testing::Test {
   protected:
     DBusActivationTest() {
         environment_.unset({"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"});
-        first_.onStartedAgain = [this](const std::string& token) { tokens_.push_back(token); };
         sd_bus* bus = nullptr;
         EXPECT_GE(sd_bus_open_user(&bus), 0);
         other_.reset(bus);
@@ -58,7 +57,7 @@ class DBusActivationTest : public testing::Test {
     void startAgain() {
         SdEventLoop loop;
         SessionBus bus(loop);
-        EXPECT_TRUE(SingleInstance(bus).isSecond());
+        EXPECT_TRUE(SingleInstance(bus, [](const std::string&) {}).isSecond());
     }
     bool hears(std::size_t starts) {
         return turnUntil(loop_, [&] { return tokens_.size() == starts; });
@@ -69,9 +68,9 @@ class DBusActivationTest : public testing::Test {
     PrivateBus daemon_{"DBUS_SESSION_BUS_ADDRESS"};
     SdEventLoop loop_;
     SessionBus bus_{loop_};
-    SingleInstance first_{bus_};
-    BusHandle other_;
     std::vector<std::string> tokens_;
+    SingleInstance first_{bus_, [this](const std::string& token) { tokens_.push_back(token); }};
+    BusHandle other_;
 };
 
 TEST_F(DBusActivationTest, TellsTheFirstOfEachFurtherStart) {
@@ -160,7 +159,7 @@ TEST_F(DBusActivationTest, IsThereAgainWhenTheBusIsBack) {
     EXPECT_TRUE(turnUntil(loop_, [this] {
         SdEventLoop loop;
         SessionBus bus(loop);
-        return SingleInstance(bus).isSecond();
+        return SingleInstance(bus, [](const std::string&) {}).isSecond();
     }));
     EXPECT_TRUE(hears(1));
 }

@@ -29,8 +29,7 @@ class FlagHandoverTest : public testing::Test {
     FlagHandoverTest() { fs::create_directories(folder_); }
 
     void watch() {
-        handover_ = std::make_unique<FlagHandover>(loop_, flag_);
-        handover_->onHandedOver = [this] { ++told_; };
+        handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++told_; });
     }
     // Whether it was told since the last call. What the kernel tells it tells in the call that causes it, so that a few
     // turns of the loop are enough to hear it.
@@ -208,9 +207,8 @@ class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
         ::getrlimit(RLIMIT_NOFILE, &before);
         const rlimit none{0, before.rlim_max};
         ::setrlimit(RLIMIT_NOFILE, &none);
-        handover_ = std::make_unique<FlagHandover>(loop_, flag_);
+        handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++told_; });
         ::setrlimit(RLIMIT_NOFILE, &before);
-        handover_->onHandedOver = [this] { ++told_; };
     }
     // How often it tells within the time.
     int toldWithin(std::chrono::milliseconds time) {

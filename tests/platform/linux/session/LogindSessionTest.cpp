@@ -53,19 +53,21 @@ struct SessionRig {
     LoginManager manager;
     SdEventLoop loop;
     SystemBus machine{loop};
-    LogindSession session{machine, "c2"};
     std::string heard;
+    LogindSession session{machine, "c2", noting("")};
 
     SessionRig() {
-        session.onRemoved = [this] { heard += "removed "; };
-        session.onActivated = [this] { heard += "activated "; };
-        session.onResumed = [this] { heard += "resumed "; };
         // The bus learns a moment later what is listened to, the session's end last.
         for (int tries = 0; heard.empty() && tries < 500; ++tries) {
             sessionRemoved("c2");
             turnUntil([this] { return !heard.empty(); }, 20ms);
         }
         static_cast<void>(heardInTheEnd());
+    }
+    LogindSession::Events noting(const std::string& who) {
+        return {.removed = [this, who] { heard += who + "removed "; },
+                .activated = [this, who] { heard += who + "activated "; },
+                .resumed = [this, who] { heard += who + "resumed "; }};
     }
     void sessionRemoved(const std::string& id) {
         manager.emit("SessionRemoved", "so", id.c_str(), ("/org/freedesktop/login1/session/" + id).c_str());
@@ -137,13 +139,12 @@ TEST(LogindSessionTest, IgnoresWhichOtherSessionIsAtTheScreen) {
 // "2" and the like are no names in object paths.
 TEST(LogindSessionTest, KnowsItsSessionByTheNumberToo) {
     SessionRig rig;
-    LogindSession numbered(rig.machine, "2");
-    numbered.onActivated = [&rig] { rig.heard += "2 "; };
+    const LogindSession numbered(rig.machine, "2", rig.noting("2 "));
     for (int tries = 0; rig.heard.empty() && tries < 500; ++tries) {
         rig.manager.emitActive("_32", true);
         rig.turnUntil([&] { return !rig.heard.empty(); }, 20ms);
     }
-    EXPECT_TRUE(rig.heard.starts_with("2 ")) << rig.heard;
+    EXPECT_TRUE(rig.heard.starts_with("2 activated ")) << rig.heard;
 }
 
 TEST(LogindSessionTest, IgnoresSignalsOfTheWrongShape) {
@@ -163,7 +164,7 @@ TEST(LogindSessionTest, StaysSilentWithoutASystemBus) {
     ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
     SdEventLoop loop;
     SystemBus machine(loop);
-    const LogindSession session(machine, "c2");
+    const LogindSession session(machine, "c2", {});
     ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
     bool done = false;
     loop.asyncAfter(10ms, [&] { done = true; });

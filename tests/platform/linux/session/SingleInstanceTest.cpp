@@ -18,7 +18,7 @@ constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
 // One start of the program.
 class Start {
   public:
-    explicit Start(SdEventLoop& loop) : bus_(loop), instance_(bus_) {}
+    explicit Start(SdEventLoop& loop) : bus_(loop), instance_(bus_, [](const std::string&) {}) {}
     bool isSecond() const { return instance_.isSecond(); }
 
   private:
@@ -84,9 +84,9 @@ TEST(SingleInstanceTest, GoesOnWhereAnotherTookTheNameWhileTheBusWasAway) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     SessionBus connection(loop);
-    const SingleInstance first(connection);
+    const SingleInstance first(connection, [](const std::string&) {});
     bool isUp = false;
-    const auto listener = connection.listen([&](sd_bus*) { isUp = true; }, [&] { isUp = false; });
+    const auto listener = connection.listen([&](BusConnection* up) { isUp = up != nullptr; });
     ASSERT_TRUE(turnUntil(loop, [&] { return isUp; }));
     bus.end();
     ASSERT_TRUE(turnUntil(loop, [&] { return !isUp; }));

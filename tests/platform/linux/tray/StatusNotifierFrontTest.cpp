@@ -82,7 +82,7 @@ TEST(StatusNotifierFrontTest, GoesOnWithoutASessionBus) {
 TEST(StatusNotifierFrontTest, TellsWhetherThereIsAHost) {
     StatusNotifierRig rig;
     std::string told;
-    rig.watcher.onHostChanged = [&] { told += rig.watcher.hasHost() ? "host " : "none "; };
+    const auto listening = rig.watcher.listen([&](bool hasHost) { told += hasHost ? "host " : "none "; });
     const auto hears = [&](const std::string& words) { return turnUntil(rig.loop, [&] { return told == words; }); };
     rig.panel.emplace(rig.loop, Panel::Hosts::none);
     turnsWithin(rig.loop, 50ms);

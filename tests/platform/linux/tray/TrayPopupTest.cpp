@@ -23,7 +23,7 @@ class TrayPopupTest : public ItemOnScreen {
 
     void ask(int atX, int atY) {
         isAnswered = false;
-        popup.ask(atX, atY);
+        popup.open(atX, atY);
         patience.run();
     }
     void waitForClosed() {
@@ -173,7 +173,7 @@ TEST_F(TrayPopupTest, OpensNothingForARequestThatIsLate) {
     const auto listening = window.listen([&](const ToResident&) { ++closed; });
     const auto now =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
-    window.tell(PopUpMenu{.x = 100, .y = 50, .asked = now - 2'001ms, .menu = item.told().menu});
+    window.send(PopUpMenu{.x = 100, .y = 50, .asked = now - 2'001ms, .menu = item.shown().menu});
     waitUntil([&] { return closed == 1; });
     let(100ms);
     EXPECT_FALSE(menu());

@@ -13,16 +13,14 @@ using namespace std::chrono_literals;
 
 class XEmbedTrayChoiceTest : public testing::Test {
   protected:
-    XEmbedTrayChoiceTest() {
-        choice.onLookingForTrays = [this](bool isWanted) { isLooking = isWanted; };
-        choice.onIcon = [this](bool isWanted) {
-            isShown = isWanted;
-            ++changes;
-        };
-    }
-
     FakeMainQueue queue;
-    XEmbedTrayChoice choice{queue};
+    XEmbedTrayChoice choice{queue,
+                            {.lookForTrays = [this](bool isWanted) { isLooking = isWanted; },
+                             .showIcon =
+                                 [this](bool isWanted) {
+                                     isShown = isWanted;
+                                     ++changes;
+                                 }}};
     bool isLooking = false;
     bool isShown = false;
     int changes = 0;

@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "tests/platform/linux/tray/ItemOnScreen.h"
+#include "tests/platform/linux/tray/Panel.h"
+#include "tests/support/linux/PrivateBus.h"
 
 namespace kovra {
 namespace {
@@ -107,6 +109,25 @@ TEST_F(XEmbedTrayTest, ShowsTheIconInATrayThatComesLate) {
     paintedIcon();
 }
 
+TEST_F(XEmbedTrayTest, LeavesTheIconToAHostOfTheWatcherThatItFollows) {
+    PrivateBus daemon("DBUS_SESSION_BUS_ADDRESS");
+    SessionBus bus(loop);
+    StatusNotifierWatcher watcher(bus);
+    const Trayer trayer;
+    std::optional<Panel> panel(std::in_place, loop);
+    tray->follow(watcher);
+    waitUntil([&] { return watcher.hasHost(); });
+    patience.advance(XEmbedTrayChoice::grace);
+    let(100ms);
+    EXPECT_FALSE(icon());
+    panel.reset();
+    waitUntil([&] { return !watcher.hasHost(); });
+    patience.advance(XEmbedTrayChoice::grace);
+    paintedIcon();
+    panel.emplace(loop);
+    waitUntil([&] { return !icon(); });
+}
+
 TEST_F(XEmbedTrayTest, ShowsTheIconAgainInATrayThatWasKilledAndRestarted) {
     patience.advance(XEmbedTrayChoice::grace);
     for (int round = 0; round < 2; ++round) {
@@ -198,7 +219,7 @@ TEST_F(XEmbedTrayTest, StartsTheWindowProcessAgainWhenItIsKilled) {
     patience.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     int deaths = 0;
-    const auto listening = window.listenForDeath([&] { ++deaths; });
+    const auto listening = window.listenForEnd([&] { ++deaths; });
     const auto before = windowProcesses();
     ASSERT_EQ(before.size(), 1U);
     ::kill(before.front(), SIGKILL);
@@ -215,7 +236,7 @@ TEST_F(XEmbedTrayTest, TakesTheIconAwayAlsoFromAProcessThatStays) {
     patience.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     const auto before = windowProcesses();
-    window.tell(PopUpMenu{.x = 0, .y = 0, .asked = {}, .menu = {}});  // which is too late, and holds the process
+    window.send(PopUpMenu{.x = 0, .y = 0, .asked = {}, .menu = {}});  // which is too late, and holds the process
     tray->setHostIsThere(true);
     waitUntil([&] { return !icon(); });
     EXPECT_EQ(windowProcesses(), before);

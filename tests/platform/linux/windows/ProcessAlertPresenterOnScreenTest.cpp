@@ -215,7 +215,7 @@ TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheMenuItsInput) {
     MenuItem& item = request.menu.items.emplace_back();
     item.title = "Choose me";
     item.action = MenuAction{"choose", {}};
-    process->tell(request);
+    process->send(request);
     settle();
     onlooker.tap(116);  // down
     onlooker.tap(enter);

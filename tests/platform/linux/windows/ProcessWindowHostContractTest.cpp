@@ -16,7 +16,7 @@ class ProcessDriver {
     void settle() {
         for (int turn = 0; turn < 4; ++turn) standIn_.let({});
         if (!standIn_.isThere()) return;
-        standIn_.process().tell(PopUpMenu{.x = 0, .y = 0, .asked = std::chrono::milliseconds(++settled_), .menu = {}});
+        standIn_.process().send(PopUpMenu{.x = 0, .y = 0, .asked = std::chrono::milliseconds(++settled_), .menu = {}});
         standIn_.turnUntil([&] {
             const auto told = standIn_.newest<PopUpMenu>();
             return told && told->asked.count() == settled_;

@@ -43,7 +43,7 @@ TEST(ProcessWindowHostEnduranceTest, NothingGrowsThroughAHundredThousandChangesO
 
     SdEventLoop loop;
     WindowProcess process(
-        loop, [&] { return program; }, WindowProcess::Patience{{1h}, 1h, 50ms});
+        loop, [&] { return program; }, WindowProcess::Timing{{1h}, 1h, 50ms});
     ActivationToken token;
     FakeWorkspace workspace;
     ProcessWindowHost host(loop, process, token, workspace);
@@ -65,7 +65,8 @@ TEST(ProcessWindowHostEnduranceTest, NothingGrowsThroughAHundredThousandChangesO
         highest = std::max(highest, bytesInUse());
     }
     EXPECT_TRUE(process.isRunning());
-    EXPECT_LE(most, mostAtFirst + mostAtFirst / 100);
+    // Less than a byte a change. A program that is slow to read at some moment has one more line waiting for it.
+    EXPECT_LE(most, mostAtFirst + 10'000);
 
     window.reset();
     ASSERT_TRUE(turnUntil(loop, [] { return !hasChildren(); }));

@@ -125,7 +125,7 @@ exec cat <&3 >$here/told.$$
     pid_t killed_ = -1;
     std::optional<WindowProcess> process_{
         std::in_place, loop, [this] { return program(); },
-        WindowProcess::Patience{{std::chrono::milliseconds(10)}, std::chrono::hours(1), linger}};
+        WindowProcess::Timing{{std::chrono::milliseconds(10)}, std::chrono::hours(1), linger}};
 };
 
 }  // namespace kovra

@@ -150,7 +150,7 @@ TEST_F(WindowProcessMessagesTest, TellsOfOneStateLessWhileTheOthersStay) {
 
 TEST_F(WindowProcessMessagesTest, ShowsWhatItsDeathDidNotEndAgain) {
     use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
-    const auto closing = window->listenForDeath([&] { window->hideWindow(); });
+    const auto closing = window->listenForEnd([&] { window->hideWindow(); });
     show("tip");
     showWindow();
     waitFor([&] { return read("shown").find("showWindow") != std::string::npos; });

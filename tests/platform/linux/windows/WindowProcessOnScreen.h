@@ -69,11 +69,11 @@ class WindowProcessOnScreen : public testing::Test {
     Environment environment;
     VirtualScreen screen{"640x480x24"};
     SdEventLoop loop;
-    WindowProcess window{loop, windowProgram,
-                         WindowProcess::Patience{
-                             {std::chrono::milliseconds(10), std::chrono::milliseconds(100), std::chrono::seconds(1)},
-                             std::chrono::minutes(1),
-                             linger}};
+    WindowProcess window{
+        loop, windowProgram,
+        WindowProcess::Timing{{std::chrono::milliseconds(10), std::chrono::milliseconds(100), std::chrono::seconds(1)},
+                              std::chrono::minutes(1),
+                              linger}};
     Onlooker onlooker;
 };
 

@@ -41,8 +41,8 @@ class WindowProcessRig : public testing::Test {
     void use(const std::string& text) {
         const std::string path = script(text);
         window = std::make_unique<WindowProcess>(
-            loop, [path] { return path; }, WindowProcess::Patience{{10ms, 20ms, 30ms}, 1h, linger});
-        mourning = window->listenForDeath([this] { ++deaths; });
+            loop, [path] { return path; }, WindowProcess::Timing{{10ms, 20ms, 30ms}, 1h, linger});
+        mourning = window->listenForEnd([this] { ++deaths; });
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
     }
@@ -55,7 +55,7 @@ class WindowProcessRig : public testing::Test {
 
     void showWindow() { window->show(ShowWindow()); }
     void showAlert() { window->show(ShowAlerts{{{7, "", {}}}}); }
-    void popUp(int x) { window->tell(PopUpMenu{.x = x, .y = 0, .asked = {}, .menu = {}}); }
+    void popUp(int x) { window->send(PopUpMenu{.x = x, .y = 0, .asked = {}, .menu = {}}); }
 
     // Looks again each few milliseconds, for what no descriptor tells of.
     void waitFor(const std::function<bool()>& condition) {
@@ -78,7 +78,7 @@ class WindowProcessRig : public testing::Test {
     SdEventLoop loop;
     std::unique_ptr<WindowProcess> window;
     WindowProcess::Messages::Token listening;
-    WindowProcess::Deaths::Token mourning;
+    WindowProcess::Ends::Token mourning;
     int deaths = 0;
     std::vector<std::size_t> chosen;
 };

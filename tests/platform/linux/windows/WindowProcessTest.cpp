@@ -106,7 +106,7 @@ TEST_F(WindowProcessTest, IsGivenUpAfterAFewTriesUntilThereIsSomethingAnew) {
 TEST_F(WindowProcessTest, HasItsTriesBackOnceItLivedForAWhile) {
     const std::string path = script("sleep 0.05; echo >>$here/starts");
     WindowProcess settling(
-        loop, [&] { return path; }, WindowProcess::Patience{{1ms}, 40ms, linger});
+        loop, [&] { return path; }, WindowProcess::Timing{{1ms}, 40ms, linger});
     settling.show(ShowTray());
     waitFor([&] { return starts() > 5; });
 }
@@ -114,7 +114,7 @@ TEST_F(WindowProcessTest, HasItsTriesBackOnceItLivedForAWhile) {
 TEST_F(WindowProcessTest, TakesLongerForEachTry) {
     use("");
     std::vector<std::chrono::steady_clock::time_point> died;
-    const auto noting = window->listenForDeath([&] { died.push_back(std::chrono::steady_clock::now()); });
+    const auto noting = window->listenForEnd([&] { died.push_back(std::chrono::steady_clock::now()); });
     show("tip");
     waitFor([&] { return died.size() == 4; });
     EXPECT_GE(died[1] - died[0], 10ms);
@@ -124,7 +124,7 @@ TEST_F(WindowProcessTest, TakesLongerForEachTry) {
 
 TEST_F(WindowProcessTest, IsNotStartedAgainWhenThereIsNothingToShowAnyMore) {
     use("echo >>$here/starts");
-    const auto hiding = window->listenForDeath([&] { window->hideTray(); });
+    const auto hiding = window->listenForEnd([&] { window->hideTray(); });
     show("tip");
     waitFor([&] { return starts() == 1 && !hasChildren(); });
     let(50ms);
@@ -139,7 +139,7 @@ TEST_F(WindowProcessTest, ShowsNothingWhereTheProgramIsMissing) {
             ++asked;
             return folder / "missing";
         },
-        WindowProcess::Patience{{1ms, 1ms}, 1h, linger});
+        WindowProcess::Timing{{1ms, 1ms}, 1h, linger});
     const std::size_t before = openDescriptors();
     missing.show(ShowTray());
     waitFor([&] { return asked == 3; });
@@ -155,7 +155,7 @@ TEST_F(WindowProcessTest, IsNotThereWithoutADisplay) {
     environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
     EXPECT_EQ(windowProgram(), "");
     window = std::make_unique<WindowProcess>(loop, windowProgram);
-    mourning = window->listenForDeath([this] {
+    mourning = window->listenForEnd([this] {
         ++deaths;
         window->hideWindow();
     });
@@ -215,7 +215,7 @@ TEST_F(WindowProcessTest, EndsWithItsIconUnlessItIsKeptForAnotherReason) {
 
 TEST_F(WindowProcessTest, StartsAtOnceForAWindowAlsoWhereTheIconWasGivenUp) {
     use("echo >>$here/starts");
-    const auto closing = window->listenForDeath([&] { window->hideWindow(); });
+    const auto closing = window->listenForEnd([&] { window->hideWindow(); });
     show("tip");
     waitFor([&] { return deaths == 4; });
     showWindow();
@@ -225,9 +225,9 @@ TEST_F(WindowProcessTest, StartsAtOnceForAWindowAlsoWhereTheIconWasGivenUp) {
 
 TEST_F(WindowProcessTest, TellsOfItsDeathLaterWhereTheProgramIsMissing) {
     WindowProcess missing(
-        loop, [&] { return folder / "missing"; }, WindowProcess::Patience{{1h}, 1h, linger});
+        loop, [&] { return folder / "missing"; }, WindowProcess::Timing{{1h}, 1h, linger});
     int told = 0;
-    const auto closing = missing.listenForDeath([&] {
+    const auto closing = missing.listenForEnd([&] {
         ++told;
         missing.hideWindow();
     });

@@ -17,7 +17,8 @@ using namespace std::chrono_literals;
 struct ConnectionRig {
     std::optional<VirtualScreen> screen{std::in_place};
     SdEventLoop loop;
-    std::unique_ptr<XConnection> connection = XConnection::open(loop);
+    int lost = 0;  // how often that was reported
+    std::unique_ptr<XConnection> connection = XConnection::open(loop, [this] { ++lost; });
 
     // An event with a number of the test's own, sent through the server.
     void send(std::uint32_t number) {
@@ -132,10 +133,8 @@ TEST(XConnectionTest, GoesOnAfterARequestThatTheServerRefuses) {
 
 TEST(XConnectionTest, TellsOnceThatTheServerIsGoneAndThenSleeps) {
     ConnectionRig rig;
-    int lost = 0;
-    rig.connection->onLost = [&] { ++lost; };
     rig.screen->end();
-    ASSERT_TRUE(rig.turnUntil([&] { return lost > 0; }));
+    ASSERT_TRUE(rig.turnUntil([&] { return rig.lost > 0; }));
     rig.send(1);
     rig.waitForReply();
     rig.connection->flush();
@@ -144,7 +143,7 @@ TEST(XConnectionTest, TellsOnceThatTheServerIsGoneAndThenSleeps) {
     rig.loop.asyncAfter(50ms, [&] { isOver = true; });
     rig.loop.runUntil([&] { return ++turns > 100 || isOver; });
     EXPECT_TRUE(isOver) << "kept turning";
-    EXPECT_EQ(lost, 1);
+    EXPECT_EQ(rig.lost, 1);
 }
 
 TEST(XConnectionTest, MayGoWhileEventsWaitForTheirTurn) {

@@ -16,7 +16,7 @@ class PortalDriver : private PortalRig {
     void takeByAnother() { portal.isTakenByAnother = true; }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(PortalHotKeyService, HotKeyServiceContract, PortalDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(DesktopHotKeysOnPortal, HotKeyServiceContract, PortalDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -1,6 +1,6 @@
 #include <chrono>
 
-#include "BLE_kovra/platform/linux/hotkeys/XcbHotKeyService.h"
+#include "BLE_kovra/platform/linux/hotkeys/DesktopHotKeys.h"
 #include "tests/contracts/HotKeyServiceContract.h"
 #include "tests/platform/linux/hotkeys/XKeyRig.h"
 
@@ -19,7 +19,7 @@ class XcbDriver : private XKeyRig {
     void takeByAnother() { keyboard.grabT(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1); }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(XcbHotKeyService, HotKeyServiceContract, XcbDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(DesktopHotKeysOnX, HotKeyServiceContract, XcbDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <csignal>
 
-#include "BLE_kovra/platform/linux/hid/UdevHIDWatcher.h"
+#include "BLE_kovra/platform/linux/hid/UdevHIDManager.h"
 #include "tests/platform/linux/hid/UdevHIDRig.h"
 
 namespace kovra {
@@ -14,7 +14,7 @@ using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
 
 // Three devices are announced. Then, without an event, one goes, one is renamed, and a fourth comes.
-class UdevHIDWatcherRecoveryTest : public testing::Test {
+class UdevHIDManagerRecoveryTest : public testing::Test {
   protected:
     void missEverything(UdevHIDRig& rig) {
         MockHIDNode gone{.name = rig.bus.nextName(), .product = "gone"};
@@ -32,12 +32,12 @@ class UdevHIDWatcherRecoveryTest : public testing::Test {
     const News everythingMissed{"-2 old", "+2 new", "+4 came", "-1 gone"};
 
     News newsWithPatience(UdevHIDRig& rig) {
-        rig.let(UdevHIDAnnouncer::patience + 50ms);
+        rig.let(UdevHIDAnnouncer::timeout + 50ms);
         return rig.news();
     }
 };
 
-TEST_F(UdevHIDWatcherRecoveryTest, TellsWhatItMissedWhenTheMachineSlept) {
+TEST_F(UdevHIDManagerRecoveryTest, TellsWhatItMissedWhenTheMachineSlept) {
     UdevHIDRig rig;
     missEverything(rig);
     EXPECT_EQ(rig.news(), News());
@@ -49,7 +49,7 @@ TEST_F(UdevHIDWatcherRecoveryTest, TellsWhatItMissedWhenTheMachineSlept) {
     EXPECT_EQ(rig.log.lines, News());
 }
 
-TEST_F(UdevHIDWatcherRecoveryTest, TellsWhatItMissedWhileTheProcessWasStopped) {
+TEST_F(UdevHIDManagerRecoveryTest, TellsWhatItMissedWhileTheProcessWasStopped) {
     UdevHIDRig rig;
     missEverything(rig);
     ASSERT_EQ(::raise(SIGCONT), 0);
@@ -58,7 +58,7 @@ TEST_F(UdevHIDWatcherRecoveryTest, TellsWhatItMissedWhileTheProcessWasStopped) {
 }
 
 // As when everything is looked at while the mouse is being unplugged: its grace must not begin before its removal.
-TEST_F(UdevHIDWatcherRecoveryTest, CountsARemovalFromItsAnnouncementAlsoWhenItLooksAtEverythingBefore) {
+TEST_F(UdevHIDManagerRecoveryTest, CountsARemovalFromItsAnnouncementAlsoWhenItLooksAtEverythingBefore) {
     UdevHIDRig rig;
     const MockHIDNode mouse{.name = rig.bus.nextName()};
     rig.bus.plug(mouse);
@@ -71,7 +71,7 @@ TEST_F(UdevHIDWatcherRecoveryTest, CountsARemovalFromItsAnnouncementAlsoWhenItLo
     EXPECT_EQ(rig.news(), News{"-1 apple"});
 }
 
-TEST_F(UdevHIDWatcherRecoveryTest, TellsOfEventsThatComeWhileItLooksAtEverything) {
+TEST_F(UdevHIDManagerRecoveryTest, TellsOfEventsThatComeWhileItLooksAtEverything) {
     UdevHIDRig rig;
     missEverything(rig);
     rig.service.resynchronize();
@@ -82,7 +82,7 @@ TEST_F(UdevHIDWatcherRecoveryTest, TellsOfEventsThatComeWhileItLooksAtEverything
     EXPECT_EQ(std::ranges::count(news, "+5 late"), 1);
 }
 
-TEST_F(UdevHIDWatcherRecoveryTest, NeedsNoManagerToBeAskedToLookAgain) {
+TEST_F(UdevHIDManagerRecoveryTest, NeedsNoManagerToBeAskedToLookAgain) {
     UdevHIDRig rig;
     rig.service.resynchronize();
     rig.bus.plug({.name = rig.bus.nextName()});
@@ -97,9 +97,9 @@ TEST_F(UdevHIDWatcherRecoveryTest, NeedsNoManagerToBeAskedToLookAgain) {
 }
 
 // Nobody announces what happens on this machine.
-class UdevHIDWatcherPollingTest : public UdevHIDWatcherRecoveryTest {
+class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
   protected:
-    UdevHIDWatcherPollingTest() { rig_.stopUdevd(); }
+    UdevHIDManagerPollingTest() { rig_.stopUdevd(); }
 
     void expectOneLine() {
         ASSERT_EQ(rig_.log.lines.size(), 1U);
@@ -111,16 +111,16 @@ class UdevHIDWatcherPollingTest : public UdevHIDWatcherRecoveryTest {
     UdevHIDRig rig_;
 };
 
-TEST_F(UdevHIDWatcherPollingTest, NoticesEverythingAllTheSameAndSaysSoOnce) {
+TEST_F(UdevHIDManagerPollingTest, NoticesEverythingAllTheSameAndSaysSoOnce) {
     missEverything(rig_);
     ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= everythingMissed.size(); }));
     EXPECT_EQ(rig_.news(), everythingMissed);
-    rig_.let(2 * UdevHIDWatcher::pollInterval);
+    rig_.let(2 * UdevHIDManager::pollInterval);
     EXPECT_EQ(rig_.news(), News());
     expectOneLine();
 }
 
-TEST_F(UdevHIDWatcherPollingTest, IsWhatHappensInASandbox) {
+TEST_F(UdevHIDManagerPollingTest, IsWhatHappensInASandbox) {
     rig_.startUdevd();
     rig_.enterSandbox();
     missEverything(rig_);
@@ -129,26 +129,26 @@ TEST_F(UdevHIDWatcherPollingTest, IsWhatHappensInASandbox) {
     expectOneLine();
 }
 
-TEST_F(UdevHIDWatcherPollingTest, AnnouncesAnUnboundDeviceToo) {
+TEST_F(UdevHIDManagerPollingTest, AnnouncesAnUnboundDeviceToo) {
     rig_.bus.appear({.name = rig_.bus.nextName(), .driver = std::nullopt});
     rig_.open();
     ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
     EXPECT_EQ(rig_.news(), News{"+1 apple"});
 }
 
-TEST_F(UdevHIDWatcherPollingTest, EndsWhenUdevdComes) {
+TEST_F(UdevHIDManagerPollingTest, EndsWhenUdevdComes) {
     rig_.open();
     rig_.startUdevd();
-    rig_.let(UdevHIDWatcher::pollInterval + 300ms);
+    rig_.let(UdevHIDManager::pollInterval + 300ms);
     rig_.bus.appear({.name = rig_.bus.nextName(), .product = "silent"});
-    rig_.let(2 * UdevHIDWatcher::pollInterval);
+    rig_.let(2 * UdevHIDManager::pollInterval);
     EXPECT_EQ(rig_.news(), News());
     rig_.bus.plug({.name = rig_.bus.nextName(), .product = "announced"});
     EXPECT_EQ(rig_.news(), News{"+2 announced"});
     expectOneLine();
 }
 
-TEST_F(UdevHIDWatcherPollingTest, MissesNothingWhenUdevdComes) {
+TEST_F(UdevHIDManagerPollingTest, MissesNothingWhenUdevdComes) {
     rig_.open();
     rig_.settle();
     rig_.bus.appear({.name = rig_.bus.nextName(), .product = "before"});
@@ -157,7 +157,7 @@ TEST_F(UdevHIDWatcherPollingTest, MissesNothingWhenUdevdComes) {
     EXPECT_EQ(rig_.news(), News{"+1 before"});
 }
 
-TEST_F(UdevHIDWatcherPollingTest, DoesNotMultiplyWhenAskedToLookAgain) {
+TEST_F(UdevHIDManagerPollingTest, DoesNotMultiplyWhenAskedToLookAgain) {
     rig_.open();
     for (int i = 0; i < 20; ++i) {
         rig_.service.resynchronize();
@@ -173,12 +173,12 @@ TEST_F(UdevHIDWatcherPollingTest, DoesNotMultiplyWhenAskedToLookAgain) {
     EXPECT_LE(turns, 12);  // two or three polls of two turns each, and the timer's own
 }
 
-TEST_F(UdevHIDWatcherPollingTest, EndsWithTheManager) {
+TEST_F(UdevHIDManagerPollingTest, EndsWithTheManager) {
     rig_.open();
     rig_.settle();
     rig_.manager.reset();
     rig_.bus.appear({.name = rig_.bus.nextName()});
-    rig_.let(UdevHIDWatcher::pollInterval + 300ms);
+    rig_.let(UdevHIDManager::pollInterval + 300ms);
     EXPECT_EQ(rig_.news(), News());
 }
 

@@ -1,4 +1,4 @@
-#include "BLE_kovra/platform/linux/hid/UdevHIDWatcher.h"
+#include "BLE_kovra/platform/linux/hid/UdevHIDManager.h"
 
 #include <csignal>
 #include <system_error>
@@ -13,51 +13,48 @@ namespace {
 constexpr const char* pollingLine =
     "ble-kovra: udev недоступен, подключение и отключение устройств HID проверяется опросом раз в секунду";
 
-// A block for the queue that does nothing once the watcher is gone.
-auto weakly(const std::shared_ptr<UdevHIDWatcher>& watcher, auto action) {
-    return [weak = std::weak_ptr(watcher), action] {
-        if (const auto strong = weak.lock()) action(*strong);
-    };
+// Called through a copy: the callback may replace the stored one, or destroy the manager.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
+    if (callback) callback(device);
 }
 
 }  // namespace
 
-UdevHIDWatcher::UdevHIDWatcher(SdEventLoop& loop, SystemLog& log, UdevSigns signs,
-                               std::vector<std::unique_ptr<HIDPresence>> presences)
+UdevHIDManager::UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevSigns signs,
+                               std::vector<std::unique_ptr<HIDPresence>> presences, Listeners<>& missedEvents)
     : loop_(loop),
       log_(log),
       signs_(std::move(signs)),
       udev_(udev_new()),
-      announcer_(std::make_shared<UdevHIDAnnouncer>(loop, udev_.get(), std::move(presences))) {}
+      missedEvents_(missedEvents.add([this] { resynchronize(); })),
+      announcer_(loop, udev_.get(), std::move(presences),
+                 {.attached = [this](const UdevHIDDevice& device) { call(attached_, device); },
+                  .removed = [this](const UdevHIDDevice& device) { call(removed_, device); },
+                  .doubtful = [this](const std::string& nodeName) { lookAgain(nodeName); }}) {}
 
-UdevHIDWatcher::~UdevHIDWatcher() { cancelPoll(); }
+UdevHIDManager::~UdevHIDManager() { cancelPoll(); }
 
-void UdevHIDWatcher::open() {
+void UdevHIDManager::open() {
     opened_ = true;
     wakeAfterStop();
-    announcer_->onDoubt = [weak = weak_from_this()](const std::string& nodeName) {
-        const auto self = weak.lock();
-        if (!self) return;
-        self->due_.push_back(nodeName);
-        self->begin();
-    };
-    // Listening comes before looking, so that nothing is missed in between; what is then seen twice is announced once.
+    // Events first, so that nothing is missed before the look; what is then seen twice is announced once.
     if (!listen()) log_.log(pollingLine);
     resynchronize();
 }
 
-void UdevHIDWatcher::resynchronize() {
+void UdevHIDManager::resynchronize() {
     if (!opened_) return;
     mustLookAtEverything_ = true;
     begin();
 }
 
-bool UdevHIDWatcher::listen() {
+bool UdevHIDManager::listen() {
     if (!signs_.areOfUdevd()) return false;
     auto events = UdevEvents::open(udev_.get(), "hid");
     if (!events) return false;
     try {
-        watch_ = loop_.watch(events->descriptor(), weakly(shared_from_this(), [](auto& self) { self.rang(); }));
+        watch_ = loop_.watch(events->descriptor(), [this] { eventsReadable(); });
     } catch (const std::system_error&) {
         return false;
     }
@@ -65,27 +62,33 @@ bool UdevHIDWatcher::listen() {
     return true;
 }
 
-void UdevHIDWatcher::wakeAfterStop() {
+void UdevHIDManager::wakeAfterStop() {
     try {
-        continued_ = loop_.onSignal(SIGCONT, weakly(shared_from_this(), [](auto& self) { self.resynchronize(); }));
+        continued_ = loop_.onSignal(SIGCONT, [this] { resynchronize(); });
     } catch (const std::system_error&) {
         // Events that are lost while the process is stopped are still noticed by the socket.
     }
 }
 
-void UdevHIDWatcher::begin() {
-    if (std::exchange(isWorking_, true)) return;
-    loop_.async(weakly(shared_from_this(), [](auto& self) { self.step(); }));
+void UdevHIDManager::lookAgain(const std::string& nodeName) {
+    if (!opened_) return;
+    due_.push_back(nodeName);
+    begin();
 }
 
-void UdevHIDWatcher::rang() {
+void UdevHIDManager::begin() {
+    if (!std::exchange(isWorking_, true)) loop_.async(lifetime_.guard([this] { step(); }));
+}
+
+void UdevHIDManager::eventsReadable() {
     if (!std::exchange(isWorking_, true)) step();
 }
 
-void UdevHIDWatcher::step() {
+void UdevHIDManager::step() {
     if (const auto look = next()) {
-        announcer_->look(look->nodeName, look->ifGone);
-        loop_.async(weakly(shared_from_this(), [](auto& self) { self.step(); }));
+        const Lifetime::Observer self = lifetime_.observe();
+        announcer_.look(look->nodeName, look->ifGone);
+        if (!self.hasEnded()) loop_.async(lifetime_.guard([this] { step(); }));
         return;
     }
     isWorking_ = false;
@@ -93,21 +96,21 @@ void UdevHIDWatcher::step() {
     if (watch_)
         watch_->rearm();
     else
-        nextPoll_ = loop_.asyncAfter(pollInterval, weakly(shared_from_this(), [](auto& self) { self.poll(); }));
+        nextPoll_ = loop_.asyncAfter(pollInterval, lifetime_.guard([this] { poll(); }));
 }
 
-void UdevHIDWatcher::cancelPoll() {
+void UdevHIDManager::cancelPoll() {
     if (nextPoll_) nextPoll_->cancel();
     nextPoll_ = nullptr;
 }
 
-void UdevHIDWatcher::poll() {
+void UdevHIDManager::poll() {
     if (!events_) listen();
     resynchronize();
 }
 
 // Events first, so that the socket is emptied soon.
-std::optional<UdevHIDWatcher::Look> UdevHIDWatcher::next() {
+std::optional<UdevHIDManager::Look> UdevHIDManager::next() {
     using Kind = UdevEvents::Event::Kind;
     using IfGone = UdevHIDAnnouncer::IfGone;
     while (events_) {
@@ -120,7 +123,7 @@ std::optional<UdevHIDWatcher::Look> UdevHIDWatcher::next() {
         return Look{std::move(event.nodeName), event.isRemoval ? IfGone::announceRemoval : IfGone::awaitRemoval};
     }
     if (std::exchange(mustLookAtEverything_, false)) {
-        const auto everything = announcer_->everything();
+        const auto everything = announcer_.everything();
         due_.assign(everything.begin(), everything.end());
     }
     if (due_.empty()) return std::nullopt;

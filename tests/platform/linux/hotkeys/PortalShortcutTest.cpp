@@ -1,4 +1,4 @@
-#include "BLE_kovra/platform/linux/hotkeys/PortalHotKeyService.h"
+#include "BLE_kovra/platform/linux/hotkeys/DesktopHotKeys.h"
 
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ struct ShortcutRig : PortalRig {
     }
 };
 
-TEST(PortalHotKeyServiceTest, IntroducesItselfAndAsksForAShortcutThatIsNotThereYet) {
+TEST(PortalShortcutTest, IntroducesItselfAndAsksForAShortcutThatIsNotThereYet) {
     ShortcutRig rig;
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
@@ -50,7 +50,7 @@ TEST(PortalHotKeyServiceTest, IntroducesItselfAndAsksForAShortcutThatIsNotThereY
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, DoesNotAskAgainForAShortcutThatTheDesktopRemembers) {
+TEST(PortalShortcutTest, DoesNotAskAgainForAShortcutThatTheDesktopRemembers) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-1"};
     rig.registerHotKey();
@@ -58,14 +58,14 @@ TEST(PortalHotKeyServiceTest, DoesNotAskAgainForAShortcutThatTheDesktopRemembers
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, AsksWhereTheDesktopRemembersOthersOnly) {
+TEST(PortalShortcutTest, AsksWhereTheDesktopRemembersOthersOnly) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-2"};
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalHotKeyServiceTest, WorksWithPortalsThatKnowNoIntroduction) {
+TEST(PortalShortcutTest, WorksWithPortalsThatKnowNoIntroduction) {
     ShortcutRig rig;
     rig.portal.knowsRegistry = false;
     rig.registerHotKey();
@@ -73,7 +73,7 @@ TEST(PortalHotKeyServiceTest, WorksWithPortalsThatKnowNoIntroduction) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, HearsAResponseThatComesBeforeTheReply) {
+TEST(PortalShortcutTest, HearsAResponseThatComesBeforeTheReply) {
     ShortcutRig rig;
     rig.portal.answersBeforeItReplies = true;
     rig.registerHotKey();
@@ -81,7 +81,7 @@ TEST(PortalHotKeyServiceTest, HearsAResponseThatComesBeforeTheReply) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, ThatIsRefusedAsksNoMoreAndStaysSilent) {
+TEST(PortalShortcutTest, ThatIsRefusedAsksNoMoreAndStaysSilent) {
     for (const std::uint32_t code : {1U, 2U}) {
         ShortcutRig rig;
         rig.portal.codes["CreateSession"] = code;
@@ -96,7 +96,7 @@ TEST(PortalHotKeyServiceTest, ThatIsRefusedAsksNoMoreAndStaysSilent) {
     }
 }
 
-TEST(PortalHotKeyServiceTest, AsksForTheShortcutWhereTheListIsRefused) {
+TEST(PortalShortcutTest, AsksForTheShortcutWhereTheListIsRefused) {
     ShortcutRig rig;
     rig.portal.codes["ListShortcuts"] = 2;
     rig.registerHotKey();
@@ -104,7 +104,7 @@ TEST(PortalHotKeyServiceTest, AsksForTheShortcutWhereTheListIsRefused) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, StaysSilentAtErrors) {
+TEST(PortalShortcutTest, StaysSilentAtErrors) {
     for (const char* method : {"CreateSession", "ListShortcuts", "BindShortcuts"}) {
         ShortcutRig rig;
         rig.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
@@ -115,7 +115,7 @@ TEST(PortalHotKeyServiceTest, StaysSilentAtErrors) {
     }
 }
 
-TEST(PortalHotKeyServiceTest, TakesNoSessionFromAnAnswerOfTheWrongShape) {
+TEST(PortalShortcutTest, TakesNoSessionFromAnAnswerOfTheWrongShape) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "no path"}) {
         ShortcutRig rig;
         rig.portal.nonsense["CreateSession"] = wrong;
@@ -124,7 +124,7 @@ TEST(PortalHotKeyServiceTest, TakesNoSessionFromAnAnswerOfTheWrongShape) {
     }
 }
 
-TEST(PortalHotKeyServiceTest, AsksForTheShortcutAfterAListOfTheWrongShape) {
+TEST(PortalShortcutTest, AsksForTheShortcutAfterAListOfTheWrongShape) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "strings"}) {
         ShortcutRig rig;
         rig.portal.nonsense["ListShortcuts"] = wrong;
@@ -134,14 +134,14 @@ TEST(PortalHotKeyServiceTest, AsksForTheShortcutAfterAListOfTheWrongShape) {
     }
 }
 
-TEST(PortalHotKeyServiceTest, OverlooksWhatLaterVersionsAdd) {
+TEST(PortalShortcutTest, OverlooksWhatLaterVersionsAdd) {
     ShortcutRig rig;
     rig.portal.nonsense["CreateSession"] = "more";
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalHotKeyServiceTest, IsNotPressedByOtherShortcutsAndSessions) {
+TEST(PortalShortcutTest, IsNotPressedByOtherShortcutsAndSessions) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.emitOfShortcut("Activated", rig.portal.session, "TEST-2");
@@ -152,7 +152,7 @@ TEST(PortalHotKeyServiceTest, IsNotPressedByOtherShortcutsAndSessions) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, IsOnePressWhereTheDesktopRepeatsIt) {
+TEST(PortalShortcutTest, IsOnePressWhereTheDesktopRepeatsIt) {
     ShortcutRig rig;
     rig.registerHotKey();
     for (int repeats = 0; repeats < 50; ++repeats) {
@@ -164,7 +164,7 @@ TEST(PortalHotKeyServiceTest, IsOnePressWhereTheDesktopRepeatsIt) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
+TEST(PortalShortcutTest, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.activate();
@@ -175,7 +175,7 @@ TEST(PortalHotKeyServiceTest, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
     EXPECT_EQ(rig.pressed, 2);
 }
 
-TEST(PortalHotKeyServiceTest, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
+TEST(PortalShortcutTest, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.closeSession();
@@ -186,7 +186,7 @@ TEST(PortalHotKeyServiceTest, IsNotAskedForAgainWhenTheDesktopClosesTheSession) 
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalHotKeyServiceTest, ComesBackWithThePortal) {
+TEST(PortalShortcutTest, ComesBackWithThePortal) {
     ShortcutRig rig;
     rig.registerHotKey();
     for (int restarts = 0; restarts < 3; ++restarts) {
@@ -200,7 +200,7 @@ TEST(PortalHotKeyServiceTest, ComesBackWithThePortal) {
     }
 }
 
-TEST(PortalHotKeyServiceTest, ComesWithAPortalThatIsLate) {
+TEST(PortalShortcutTest, ComesWithAPortalThatIsLate) {
     ShortcutRig rig;
     rig.portal.stop();
     rig.registerHotKey();
@@ -212,7 +212,7 @@ TEST(PortalHotKeyServiceTest, ComesWithAPortalThatIsLate) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, ComesBackWithTheBus) {
+TEST(PortalShortcutTest, ComesBackWithTheBus) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.stop();
@@ -226,7 +226,7 @@ TEST(PortalHotKeyServiceTest, ComesBackWithTheBus) {
     EXPECT_EQ(rig.heard(), 1);
 }
 
-TEST(PortalHotKeyServiceTest, ClosesItsSessionWhenItIsLetGoOf) {
+TEST(PortalShortcutTest, ClosesItsSessionWhenItIsLetGoOf) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.hotKey.reset();
@@ -236,7 +236,7 @@ TEST(PortalHotKeyServiceTest, ClosesItsSessionWhenItIsLetGoOf) {
     EXPECT_EQ(rig.heard(), 0);
 }
 
-TEST(PortalHotKeyServiceTest, MayBeLetGoOfAtAnyMoment) {
+TEST(PortalShortcutTest, MayBeLetGoOfAtAnyMoment) {
     for (int turns = 0; turns < 60; ++turns) {
         ShortcutRig rig;
         rig.settle();
@@ -252,7 +252,7 @@ TEST(PortalHotKeyServiceTest, MayBeLetGoOfAtAnyMoment) {
     }
 }
 
-TEST(PortalHotKeyServiceTest, MayBeLetGoOfByItsOwnPress) {
+TEST(PortalShortcutTest, MayBeLetGoOfByItsOwnPress) {
     ShortcutRig rig;
     rig.registerHotKey();
     const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
@@ -260,7 +260,7 @@ TEST(PortalHotKeyServiceTest, MayBeLetGoOfByItsOwnPress) {
     EXPECT_EQ(rig.heard(), 0);
 }
 
-TEST(PortalHotKeyServiceTest, OfAnotherKeyOrOtherModifiersIsRefused) {
+TEST(PortalShortcutTest, OfAnotherKeyOrOtherModifiersIsRefused) {
     ShortcutRig rig;
     for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = controlOptionT.modifiers},
                                HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey}}) {

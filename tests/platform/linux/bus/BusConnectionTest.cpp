@@ -1,0 +1,193 @@
+#include "BLE_kovra/platform/linux/bus/BusConnection.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/bus/SystemBus.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/PrivateBus.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* service = "org.example.Service";
+constexpr const char* path = "/service";
+constexpr const char* interface = "org.example.Interface";
+
+// A connection of the program's, and a service on the same bus that emits signals and answers Echo with its argument.
+class BusConnectionTest : public testing::Test {
+  protected:
+    BusConnectionTest() {
+        static const sd_bus_vtable methods[] = {SD_BUS_VTABLE_START(0),
+                                                SD_BUS_METHOD("Echo", "s", "s", echo, SD_BUS_VTABLE_UNPRIVILEGED),
+                                                SD_BUS_VTABLE_END};
+        EXPECT_GE(sd_bus_request_name(other().bus(), service, 0), 0);
+        methods_ = other().exportObject(path, interface, methods, nullptr);
+    }
+
+    BusConnection& other() { return *service_.connection(); }
+    BusConnection& bus() { return *program_.connection(); }
+    void emit(const std::string& value, const char* from = path) {
+        other().emit(from, interface, "Changed", [&](BusWriter& writer) { writer.text(value); });
+    }
+    BusToken receiveChanges() {
+        return bus().receive({service, path, interface, "Changed"}, [this](sd_bus_message* message) { note(message); });
+    }
+    void note(sd_bus_message* message) {
+        const char* text = nullptr;
+        EXPECT_GT(sd_bus_message_read(message, "s", &text), 0);
+        received_ += std::string(text) + " ";
+    }
+    // The bus learns of a match a moment later.
+    void emitUntilReceived(const std::string& value) {
+        for (int tries = 0; received_.empty() && tries < 500; ++tries) {
+            emit(value);
+            turnUntil(
+                loop_, [&] { return !received_.empty(); }, 20ms);
+        }
+        turnsWithin(loop_, 50ms);
+        received_.clear();
+    }
+    bool receives(const std::string& all) {
+        return turnUntil(loop_, [&] { return received_ == all; });
+    }
+    static int echo(sd_bus_message* call, void*, sd_bus_error*) {
+        const char* text = nullptr;
+        if (sd_bus_message_read(call, "s", &text) < 0) return -EINVAL;
+        return answer(call, [&](BusWriter& writer) { writer.text(text); });
+    }
+
+    PrivateBus daemon_{"DBUS_SYSTEM_BUS_ADDRESS"};
+    SdEventLoop loop_;
+    SystemBus service_{loop_};
+    SystemBus program_{loop_};
+    BusSlot methods_;
+    std::string received_;
+};
+
+TEST_F(BusConnectionTest, ReceivesTheSignalsOfTheNamedPathInTheirOrder) {
+    const auto token = receiveChanges();
+    emitUntilReceived("ready");
+    emit("one");
+    emit("elsewhere", "/other");
+    emit("two");
+    EXPECT_TRUE(receives("one two "));
+}
+
+TEST_F(BusConnectionTest, GivesTheSameSignalToEachThatReceivesIt) {
+    const auto one = receiveChanges();
+    const auto other = receiveChanges();
+    emitUntilReceived("ready");
+    emit("both");
+    EXPECT_TRUE(receives("both both "));
+}
+
+TEST_F(BusConnectionTest, DeliversNothingOnceTheTokenIsGoneNotEvenWhatWasOnItsWay) {
+    auto token = receiveChanges();
+    emitUntilReceived("ready");
+    emit("late");
+    // The message is read in this turn, and its block waits for the next.
+    const auto last = bus().call(
+        {service, path, interface, "Echo"}, [](BusWriter& writer) { writer.text("x"); },
+        [this](sd_bus_message*) { received_ += "answered "; });
+    loop_.async([&] { token.reset(); });
+    EXPECT_TRUE(receives("answered "));
+}
+
+TEST_F(BusConnectionTest, ATokenMayGoInsideItsOwnHandler) {
+    BusToken token = bus().receive({service, path, interface, "Changed"}, [&](sd_bus_message* message) {
+        token.reset();
+        note(message);
+    });
+    for (int tries = 0; received_.empty() && tries < 500; ++tries) {
+        emit("once");
+        turnUntil(
+            loop_, [&] { return !received_.empty(); }, 20ms);
+    }
+    emit("again");
+    turnsWithin(loop_, 50ms);
+    EXPECT_EQ(received_, "once ");
+}
+
+TEST_F(BusConnectionTest, HandsTheAnswerOverFromTheQueue) {
+    bool isInside = true;
+    const auto token = bus().call(
+        {service, path, interface, "Echo"}, [](BusWriter& writer) { writer.text("hello"); },
+        [&](sd_bus_message* message) {
+            EXPECT_FALSE(isInside);
+            note(message);
+        });
+    isInside = false;
+    EXPECT_TRUE(receives("hello "));
+}
+
+TEST_F(BusConnectionTest, HandsOverTheErrorOfACallThatNobodyAnswersAndStartsNoService) {
+    std::string error;
+    const auto token = bus().call(
+        {"org.example.Nobody", path, interface, "Echo"}, [](BusWriter& writer) { writer.text("hello"); },
+        [&](sd_bus_message* message) { error = sd_bus_message_get_error(message)->name; });
+    EXPECT_TRUE(turnUntil(loop_, [&] { return !error.empty(); }));
+    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // not that there is no such service to start
+}
+
+TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
+    std::string owners;
+    const auto token = bus().watchOwner("org.example.Watched", [&](std::string_view before, std::string_view now) {
+        owners += std::string(before.empty() ? "none" : "one") + ">" + (now.empty() ? "none " : "one ");
+    });
+    for (int tries = 0; owners.empty() && tries < 500; ++tries) {
+        ASSERT_GE(sd_bus_request_name(other().bus(), "org.example.Watched", 0), 0);
+        ASSERT_GE(sd_bus_release_name(other().bus(), "org.example.Watched"), 0);
+        turnUntil(loop_, [&] { return !owners.empty(); }, 20ms);
+    }
+    turnsWithin(loop_, 50ms);
+    owners.clear();
+    ASSERT_GE(sd_bus_request_name(other().bus(), "org.example.Unwatched", 0), 0);
+    ASSERT_GE(sd_bus_request_name(other().bus(), "org.example.Watched", 0), 0);
+    EXPECT_TRUE(turnUntil(loop_, [&] { return owners == "none>one "; })) << owners;
+    ASSERT_GE(sd_bus_release_name(other().bus(), "org.example.Watched"), 0);
+    EXPECT_TRUE(turnUntil(loop_, [&] { return owners == "none>one one>none "; })) << owners;
+}
+
+TEST_F(BusConnectionTest, KeepsAFailureForTheReportAndGoesOn) {
+    const auto bad = bus().receive({service, "no path", interface, "Changed"}, [](sd_bus_message*) {});
+    ASSERT_TRUE(turnUntil(loop_, [&] { return !program_.failures().all().empty(); }));
+    EXPECT_TRUE(program_.failures().all().front().starts_with("org.example.Interface.Changed: "))
+        << program_.failures().all().front();
+    const auto good = receiveChanges();
+    emitUntilReceived("ready");
+    EXPECT_EQ(program_.failures().all().size(), 1U);
+}
+
+// The daemon of this test allows 16 matches a connection.
+TEST_F(BusConnectionTest, KeepsItThatTheBusRefusesAMatchAndStaysConnected) {
+    daemon_.end();
+    PrivateBus strict("DBUS_SYSTEM_BUS_ADDRESS", "<limit name=\"max_match_rules_per_connection\">16</limit>");
+    SystemBus program(loop_);
+    std::vector<BusToken> tokens;
+    for (int i = 0; i < 20; ++i) {
+        tokens.push_back(program.connection()->receive({service, path, interface, "Changed" + std::to_string(i)},
+                                                       [](sd_bus_message*) {}));
+    }
+    EXPECT_TRUE(turnUntil(loop_, [&] { return !program.failures().all().empty(); }));
+    turnsWithin(loop_, 50ms);
+    EXPECT_NE(program.connection(), nullptr);
+    EXPECT_GE(program.failures().all().size(), 4U);
+    EXPECT_TRUE(program.failures().all().back().starts_with("org.example.Interface.Changed19: "));
+}
+
+TEST_F(BusConnectionTest, DoesNothingOnceTheBusIsGone) {
+    daemon_.end();
+    ASSERT_TRUE(turnUntil(loop_, [&] { return program_.connection() == nullptr; }));
+    EXPECT_EQ(program_.bus(), nullptr);
+}
+
+}  // namespace
+}  // namespace kovra

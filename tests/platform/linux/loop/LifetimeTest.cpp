@@ -1,0 +1,72 @@
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace kovra {
+namespace {
+
+struct Owner {
+    explicit Owner(int& calls) : calls_(calls) {}
+    std::function<void()> block() {
+        return lifetime_.guard([this] { ++calls_; });
+    }
+    // A block that destroys its owner, and says whether it was noticed.
+    static std::function<void()> selfDestruction(std::unique_ptr<Owner>& owner, bool& isNoticed) {
+        return owner->lifetime_.guard([&] {
+            const Lifetime::Observer observer = owner->lifetime_.observe();
+            EXPECT_FALSE(observer.hasEnded());
+            owner.reset();
+            isNoticed = observer.hasEnded();
+        });
+    }
+
+    int& calls_;
+    Lifetime lifetime_;
+};
+
+TEST(LifetimeTest, LetsABlockRunWhileItsOwnerLives) {
+    int calls = 0;
+    Owner owner(calls);
+    const auto block = owner.block();
+    block();
+    block();
+    EXPECT_EQ(calls, 2);
+}
+
+TEST(LifetimeTest, LetsNoBlockRunOnceItsOwnerIsDestroyed) {
+    int calls = 0;
+    auto owner = std::make_unique<Owner>(calls);
+    const std::vector<std::function<void()>> blocks{owner->block(), owner->block()};
+    owner.reset();
+    for (const auto& block : blocks) block();
+    EXPECT_EQ(calls, 0);
+}
+
+TEST(LifetimeTest, EndsForOneOwnerAlone) {
+    int calls = 0;
+    Owner stays(calls);
+    auto goes = std::make_unique<Owner>(calls);
+    const auto block = stays.block();
+    goes.reset();
+    block();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(LifetimeTest, IsSeenToEndInsideABlockThatDestroysTheOwner) {
+    int calls = 0;
+    auto owner = std::make_unique<Owner>(calls);
+    bool isNoticed = false;
+    const auto block = Owner::selfDestruction(owner, isNoticed);
+    block();
+    EXPECT_TRUE(isNoticed);
+    isNoticed = false;
+    block();
+    EXPECT_FALSE(isNoticed) << "ran again";
+}
+
+}  // namespace
+}  // namespace kovra

@@ -1,0 +1,132 @@
+#include "BLE_kovra/platform/linux/session/SessionEvents.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "BLE_kovra/platform/linux/session/SdEventApplication.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/PrivateBus.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+// An application in session c2, a login manager that reports what the test says, and the flag's folder.
+class SessionEventsTest : public testing::Test, private ApplicationDelegate {
+  protected:
+    SessionEventsTest() {
+        writeFile(flag_, "off");
+        sd_bus* bus = nullptr;
+        EXPECT_GE(sd_bus_open_system(&bus), 0);
+        login_.reset(bus);
+        EXPECT_GE(sd_bus_request_name(bus, "org.freedesktop.login1", 0), 0);
+    }
+
+    // Runs the body inside the running application, once it receives what the login manager sends.
+    void run(const std::function<void()>& body) {
+        body_ = body;
+        application_.run(*this);
+    }
+    void removeSession() {
+        emit("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "SessionRemoved", "so", "c2", "/");
+    }
+    void resume() { emit("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", "b", 0); }
+    void activate() {
+        emit("/org/freedesktop/login1/session/c2", "org.freedesktop.DBus.Properties", "PropertiesChanged", "sa{sv}as",
+             "org.freedesktop.login1.Session", 1, "Active", "b", 1, 0);
+    }
+    void handOver() {
+        writeFile(flag_.string() + ".new", "off");
+        std::filesystem::rename(flag_.string() + ".new", flag_);
+    }
+    // What was done since the last call, up to and including this.
+    bool does(const std::string& last) {
+        const bool isDone = turnUntil(loop_, [&] { return done_.ends_with(last); });
+        doneAll_ = std::exchange(done_, {});
+        return isDone;
+    }
+    std::string doneWithin(std::chrono::milliseconds time) {
+        turnsWithin(loop_, time);
+        return std::exchange(done_, {});
+    }
+
+    std::string doneAll_;  // with the last call of does()
+
+  private:
+    template <typename... Values>
+    void emit(const char* path, const char* interface, const char* signal, const char* types, Values... values) {
+        EXPECT_GE(sd_bus_emit_signal(login_.get(), path, interface, signal, types, values...), 0);
+        EXPECT_GE(sd_bus_flush(login_.get()), 0);
+    }
+    void applicationDidFinishLaunching() override {
+        // The bus learns a moment later what is received.
+        for (int tries = 0; done_.empty() && tries < 500; ++tries) {
+            resume();
+            turnUntil(
+                loop_, [this] { return !done_.empty(); }, 20ms);
+        }
+        turnsWithin(loop_, 100ms);
+        done_.clear();
+        body_();
+        application_.terminate();
+    }
+    void applicationDidReopen() override {}
+    void applicationDidResume() override { done_ += "decides "; }
+    void applicationWillTerminate() override { done_ += "terminates "; }
+
+    PrivateBus daemon_{"DBUS_SYSTEM_BUS_ADDRESS"};
+    BusHandle login_;
+    const TempFolder folder_;
+    const std::filesystem::path flag_ = folder_ / "state";
+    std::function<void()> body_;
+    std::string done_;
+    SdEventLoop loop_;
+    SystemBus bus_{loop_};
+    SdEventApplication application_{loop_};
+    SessionEvents events_{loop_, bus_, "c2", flag_, application_, [this] { done_ += "resynchronizes "; }};
+};
+
+TEST_F(SessionEventsTest, TheApplicationTerminatesWithItsSession) {
+    run([this] {
+        removeSession();
+        EXPECT_TRUE(does("terminates "));
+    });
+}
+
+TEST_F(SessionEventsTest, DecidesAgainWhenTheFlagWasHandedOver) {
+    run([this] {
+        handOver();
+        EXPECT_TRUE(does("decides "));
+        EXPECT_EQ(doneAll_, "decides ");
+    });
+}
+
+TEST_F(SessionEventsTest, DecidesAgainWhenTheSessionIsAtTheScreenAgain) {
+    run([this] {
+        activate();
+        EXPECT_TRUE(does("decides "));
+        EXPECT_EQ(doneAll_, "decides ");
+    });
+}
+
+TEST_F(SessionEventsTest, ComparesTheDevicesBeforeItDecidesAfterAResume) {
+    run([this] {
+        resume();
+        EXPECT_TRUE(does("decides "));
+        EXPECT_EQ(doneAll_, "resynchronizes decides ");
+    });
+}
+
+TEST_F(SessionEventsTest, DoesNothingOfItselfWhileNothingHappens) {
+    run([this] { EXPECT_EQ(doneWithin(50ms), ""); });
+}
+
+}  // namespace
+}  // namespace kovra
