@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// What the session's environment variables say: the display server, the desktop's names, and where freedesktop.org's base
-// directories (0.8) have configuration.
+// What the session's environment variables say: the display server, the desktop's names, and where freedesktop.org's
+// base directories (0.8) have configuration.
 
 // What the user's session draws its windows with.
 enum class Desktop { none, x11, wayland };
