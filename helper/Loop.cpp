@@ -33,25 +33,29 @@ std::chrono::microseconds monotonic() {
 class Loop::Source : public Loop::Watch {
   public:
     Source(Loop& loop, Work work) : loop_(loop), work_(std::make_shared<Work>(std::move(work))) {}
-    ~Source() override { sd_event_source_disable_unref(source_); }
 
-    void readable(int descriptor) {
-        check(sd_event_add_io(loop_.event_.get(), &source_, descriptor, EPOLLIN, rangReadable, this), "descriptor");
-    }
+    void readable(int descriptor) { add("descriptor", sd_event_add_io, descriptor, EPOLLIN, rangReadable); }
     void due(std::chrono::microseconds when) {
-        check(sd_event_add_time(loop_.event_.get(), &source_, CLOCK_MONOTONIC, static_cast<std::uint64_t>(when.count()),
-                                accuracyMicroseconds, rangDue, this),
-              "timer");
+        add("timer", sd_event_add_time, CLOCK_MONOTONIC, static_cast<std::uint64_t>(when.count()), accuracyMicroseconds,
+            rangDue);
     }
     void signal(int number) {
         sigset_t one;
         sigemptyset(&one);
         sigaddset(&one, number);
         ::sigprocmask(SIG_BLOCK, &one, nullptr);
-        check(sd_event_add_signal(loop_.event_.get(), &source_, number, rangSignal, this), "signal");
+        add("signal", sd_event_add_signal, number, rangSignal);
     }
 
   private:
+    // Adds a source by a function of sd-event, which takes the arguments between the new source and the context.
+    template <typename Function, typename... Arguments>
+    void add(const char* what, Function function, Arguments... arguments) {
+        sd_event_source* source = nullptr;
+        check(function(loop_.event_.get(), &source, arguments..., this), what);
+        source_.reset(source);
+    }
+
     static int rangReadable(sd_event_source*, int, std::uint32_t, void* context) { return rang(context); }
     static int rangDue(sd_event_source*, std::uint64_t, void* context) { return rang(context); }
     static int rangSignal(sd_event_source*, const signalfd_siginfo*, void* context) { return rang(context); }
@@ -63,7 +67,7 @@ class Loop::Source : public Loop::Watch {
 
     Loop& loop_;
     std::shared_ptr<Work> work_;
-    sd_event_source* source_ = nullptr;
+    Handle<sd_event_source, sd_event_source_disable_unref> source_;
 };
 
 Loop::Loop() {

@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 
+#include "helper/Handles.h"
+
 namespace kovra::helper {
 
 // The daemon's event loop, on sd-event: one thread, asleep without a tick while nothing happens.
@@ -49,10 +51,7 @@ class Loop {
   private:
     class Source;
 
-    struct Unref {
-        void operator()(sd_event* event) const { sd_event_unref(event); }
-    };
-    std::unique_ptr<sd_event, Unref> event_;
+    Handle<sd_event, sd_event_unref> event_;
     std::shared_ptr<Work> rung_;  // sd-event rings for one thing in each of its turns
     bool stopped_ = false;
 };

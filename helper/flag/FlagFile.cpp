@@ -10,17 +10,17 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
+
+#include "helper/Handles.h"
 
 namespace kovra::helper {
 
 namespace {
 
-struct FreeAcl {
-    void operator()(void* memory) const { acl_free(memory); }
-};
+using AccessList = Handle<std::remove_pointer_t<acl_t>, ::acl_free>;
 
 // The whole access control list of a file that this user may write beside its owner, in the form of acl(5) with numbers
 // for names: no look-up of names is needed in either direction.
@@ -31,10 +31,9 @@ std::string entries(std::optional<uid_t> user) {
 
 // Empty where it cannot be read.
 std::string entriesOf(int file) {
-    const std::unique_ptr<std::remove_pointer_t<acl_t>, FreeAcl> list(acl_get_fd(file));
+    const AccessList list(acl_get_fd(file));
     if (!list) return {};
-    const std::unique_ptr<char, FreeAcl> text(
-        acl_to_any_text(list.get(), nullptr, ',', TEXT_ABBREVIATE | TEXT_NUMERIC_IDS));
+    const Handle<char, ::acl_free> text(acl_to_any_text(list.get(), nullptr, ',', TEXT_ABBREVIATE | TEXT_NUMERIC_IDS));
     return text ? text.get() : std::string();
 }
 
@@ -95,7 +94,7 @@ std::optional<uid_t> FlagFile::writer() const {
 }
 
 bool FlagFile::letWrite(std::optional<uid_t> user) const {
-    const std::unique_ptr<std::remove_pointer_t<acl_t>, FreeAcl> list(acl_from_text(entries(user).c_str()));
+    const AccessList list(acl_from_text(entries(user).c_str()));
     return list && acl_set_fd(file_.number(), list.get()) == 0;
 }
 

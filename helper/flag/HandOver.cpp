@@ -7,19 +7,15 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
 
+#include "helper/Handles.h"
 #include "helper/flag/FlagFile.h"
 
 namespace kovra::helper {
 
 namespace {
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
 
 constexpr const char* freshName = "state.new";
 
@@ -53,7 +49,7 @@ void closeOld(int folder, uid_t owner) {
 // What reaches these files through a descriptor that a user has kept open has no bounds. A file that is open to
 // somebody else, or to anybody by its mode, was not made here, and stays as it is.
 void cutLeft(int folder, uid_t owner) {
-    const std::unique_ptr<DIR, CloseFolder> entries(::fdopendir(::openat(folder, ".", O_RDONLY | O_CLOEXEC)));
+    const Handle<DIR, ::closedir> entries(::fdopendir(::openat(folder, ".", O_RDONLY | O_CLOEXEC)));
     if (!entries) return;
     while (const dirent* entry = ::readdir(entries.get())) {
         if (!std::string_view(entry->d_name).starts_with(leftPrefix)) continue;

@@ -8,9 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 #include <utility>
 
+#include "helper/Handles.h"
 #include "helper/Log.h"
 
 namespace kovra::helper {
@@ -21,13 +21,9 @@ constexpr const char* folderName = "pads";
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
-struct CloseFolder {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
 std::set<std::string> namesIn(const Descriptor& folder) {
     std::set<std::string> names;
-    const std::unique_ptr<DIR, CloseFolder> entries(::fdopendir(::openat(folder.number(), ".", O_RDONLY | O_CLOEXEC)));
+    const Handle<DIR, ::closedir> entries(::fdopendir(::openat(folder.number(), ".", O_RDONLY | O_CLOEXEC)));
     while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
         if (Records::isName(entry->d_name)) names.insert(entry->d_name);
     }

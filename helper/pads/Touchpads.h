@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "helper/Handles.h"
 #include "helper/Loop.h"
 #include "helper/pads/PadRules.h"
 
@@ -27,16 +28,6 @@ class Touchpads {
     std::function<void()> onChange;
 
   private:
-    template <auto release>
-    struct Release {
-        template <typename T>
-        void operator()(T* handle) const {
-            release(handle);
-        }
-    };
-    template <typename T, auto release>
-    using Handle = std::unique_ptr<T, Release<release>>;
-
     void hear();
     std::vector<InputProperties> everything() const;
 

@@ -14,7 +14,7 @@ constexpr const char* seat = "seat0";
 std::string answer(int (*ask)(const char*, char**), const char* of) {
     char* text = nullptr;
     if (ask(of, &text) < 0 || text == nullptr) return {};
-    const std::unique_ptr<char, decltype(&std::free)> owned(text, &std::free);
+    const Handle<char, std::free> owned(text);
     return text;
 }
 
@@ -22,7 +22,7 @@ std::string answer(int (*ask)(const char*, char**), const char* of) {
 std::optional<ForegroundSession> foregroundSession() {
     char* name = nullptr;
     if (sd_seat_get_active(seat, &name, nullptr) < 0 || name == nullptr) return std::nullopt;
-    const std::unique_ptr<char, decltype(&std::free)> owned(name, &std::free);
+    const Handle<char, std::free> owned(name);
     ForegroundSession session;
     const int remote = sd_session_is_remote(name);
     if (sd_session_get_uid(name, &session.user) < 0 || remote < 0) return std::nullopt;

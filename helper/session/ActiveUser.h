@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "helper/Handles.h"
 #include "helper/Loop.h"
 
 namespace kovra::helper {
@@ -35,10 +36,7 @@ class ActiveUser {
     std::function<void()> onChange;
 
   private:
-    struct Unref {
-        void operator()(sd_login_monitor* monitor) const { sd_login_monitor_unref(monitor); }
-    };
-    using Monitor = std::unique_ptr<sd_login_monitor, Unref>;
+    using Monitor = Handle<sd_login_monitor, sd_login_monitor_unref>;
 
     void look();
 

@@ -11,6 +11,7 @@
 #include <map>
 #include <optional>
 
+#include "helper/Handles.h"
 #include "helper/session/ProcessStatus.h"
 
 namespace kovra::helper {
@@ -32,14 +33,10 @@ bool hasEnded(const Descriptor& process) {
     return ::poll(&asked, 1, 0) != 0;
 }
 
-struct CloseFolder {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
 // The user's processes of that name, each with its parent.
 std::map<pid_t, pid_t> applicationsOf(uid_t user) {
     std::map<pid_t, pid_t> found;
-    const std::unique_ptr<DIR, CloseFolder> list(::opendir("/proc"));
+    const Handle<DIR, ::closedir> list(::opendir("/proc"));
     if (!list) return found;
     while (const dirent* entry = ::readdir(list.get())) {
         pid_t process = 0;
