@@ -12,7 +12,7 @@
 #include "helper/pads/Muter.h"
 #include "helper/pads/Records.h"
 #include "helper/pads/Touchpads.h"
-#include "tests/helper/FlagRig.h"
+#include "tests/helper/flag/FlagRig.h"
 #include "tests/helper/pads/MockInputs.h"
 #include "tests/support/posix/TempFolder.h"
 

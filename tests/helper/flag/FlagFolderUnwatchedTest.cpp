@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "tests/helper/FlagRig.h"
 #include "tests/helper/PrivateMachine.h"
+#include "tests/helper/flag/FlagRig.h"
 
 namespace kovra::helper {
 namespace {

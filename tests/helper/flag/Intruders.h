@@ -12,8 +12,8 @@
 #include <string>
 
 #include "helper/Descriptor.h"
-#include "tests/helper/FlagRig.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
 
 namespace kovra::helper {
 

@@ -10,8 +10,8 @@
 #include <fstream>
 #include <string>
 
-#include "tests/helper/FlagRig.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
 
 namespace kovra::helper {
 namespace {

@@ -11,9 +11,9 @@
 #include <string>
 
 #include "helper/Descriptor.h"
-#include "tests/helper/FlagRig.h"
-#include "tests/helper/Intruders.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
+#include "tests/helper/flag/Intruders.h"
 
 namespace kovra::helper {
 namespace {

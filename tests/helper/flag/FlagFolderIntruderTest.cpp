@@ -8,9 +8,9 @@
 #include <string>
 #include <thread>
 
-#include "tests/helper/FlagRig.h"
-#include "tests/helper/Intruders.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
+#include "tests/helper/flag/Intruders.h"
 
 namespace kovra::helper {
 namespace {

@@ -7,9 +7,9 @@
 #include <set>
 #include <string>
 
-#include "tests/helper/FlagRig.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
 
 namespace kovra::helper {
 namespace {

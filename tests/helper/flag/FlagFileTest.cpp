@@ -13,8 +13,8 @@
 
 #include "helper/flag/FlagFile.h"
 #include "helper/flag/HandOver.h"
-#include "tests/helper/FlagRig.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
 #include "tests/support/Seeds.h"
 
 namespace kovra::helper {

@@ -16,8 +16,8 @@
 
 #include "helper/Descriptor.h"
 #include "helper/flag/HandOver.h"
-#include "tests/helper/FlagRig.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
 
 namespace kovra::helper {
 namespace {
