@@ -17,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-class HelperDaemonHandOver : public testing::Test {
+class DaemonHandOverTest : public testing::Test {
   protected:
     // The name that a new flag gets first is taken, and so is the one that what takes it would be given.
     void obstruct() {
@@ -49,7 +49,7 @@ class HelperDaemonHandOver : public testing::Test {
     const fs::path inTheWay = rig.flag.path("state.new");
 };
 
-TEST_F(HelperDaemonHandOver, ThatFailsMutesNothingAndIsTriedAgain) {
+TEST_F(DaemonHandOverTest, ThatFailsMutesNothingAndIsTriedAgain) {
     rig.startMuted();
     obstruct();
     rig.sitsDown(bob);
@@ -63,7 +63,7 @@ TEST_F(HelperDaemonHandOver, ThatFailsMutesNothingAndIsTriedAgain) {
     EXPECT_TRUE(rig.becomes("1"));
 }
 
-TEST_F(HelperDaemonHandOver, ThatFailedIsTriedAgainForTheSameUserOnlyAfterItsPause) {
+TEST_F(DaemonHandOverTest, ThatFailedIsTriedAgainForTheSameUserOnlyAfterItsPause) {
     startWith(Pauses(1h, 1h));
     obstruct();
     rig.sitsDown(bob);
@@ -78,7 +78,7 @@ TEST_F(HelperDaemonHandOver, ThatFailedIsTriedAgainForTheSameUserOnlyAfterItsPau
     EXPECT_TRUE(mayWrite(bob, rig.flag.state()));
 }
 
-TEST_F(HelperDaemonHandOver, ThatGoesOnFailingIsTriedWithGrowingPauses) {
+TEST_F(DaemonHandOverTest, ThatGoesOnFailingIsTriedWithGrowingPauses) {
     startWith(Pauses(20ms, 80ms));
     obstruct();
     rig.sitsDown(bob);

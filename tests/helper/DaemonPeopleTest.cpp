@@ -1,23 +1,16 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <csignal>
-#include <memory>
 #include <optional>
 
 #include "helper/Daemon.h"
-#include "helper/session/ApplicationWatch.h"
 #include "tests/helper/DaemonRig.h"
 
 namespace kovra::helper {
 namespace {
 
 // Who is at the machine, and whether their application lives.
-class HelperDaemonPeople : public testing::Test {
+class DaemonPeopleTest : public testing::Test {
   protected:
     Descriptor openedBy(uid_t user) const {
         const Being application(user);
@@ -27,14 +20,14 @@ class HelperDaemonPeople : public testing::Test {
     DaemonRig rig;
 };
 
-TEST_F(HelperDaemonPeople, GivesThePadBackWhenTheApplicationEndsAndLeavesTheFlagAlone) {
+TEST_F(DaemonPeopleTest, GivesThePadBackWhenTheApplicationEndsAndLeavesTheFlagAlone) {
     rig.startMuted();
     rig.ends(alice);
     EXPECT_TRUE(rig.is("0"));
     EXPECT_EQ(rig.flag.content(), "on");
 }
 
-TEST_F(HelperDaemonPeople, MutesNothingWithoutTheApplication) {
+TEST_F(DaemonPeopleTest, MutesNothingWithoutTheApplication) {
     rig.start();
     rig.atTheMachine = alice;
     rig.daemon->evaluate();
@@ -43,13 +36,13 @@ TEST_F(HelperDaemonPeople, MutesNothingWithoutTheApplication) {
     EXPECT_TRUE(rig.is("0"));
 }
 
-TEST_F(HelperDaemonPeople, HasFoundTheApplicationBeforeTheFlagSaysOn) {
+TEST_F(DaemonPeopleTest, HasFoundTheApplicationBeforeTheFlagSaysOn) {
     rig.start();
     rig.sitsDown(alice);
     EXPECT_EQ(rig.askedFor, alice);
 }
 
-TEST_F(HelperDaemonPeople, ForgetsTheApplicationOnceNobodyIsThere) {
+TEST_F(DaemonPeopleTest, ForgetsTheApplicationOnceNobodyIsThere) {
     rig.startMuted();
     rig.forgotten = 0;
     rig.settle();
@@ -58,14 +51,14 @@ TEST_F(HelperDaemonPeople, ForgetsTheApplicationOnceNobodyIsThere) {
     EXPECT_GT(rig.forgotten, 0);
 }
 
-TEST_F(HelperDaemonPeople, GivesThePadBackWhenNobodyIsThereAnyMore) {
+TEST_F(DaemonPeopleTest, GivesThePadBackWhenNobodyIsThereAnyMore) {
     rig.startMuted();
     rig.sitsDown(std::nullopt);
     EXPECT_TRUE(rig.is("0"));
     EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
 }
 
-TEST_F(HelperDaemonPeople, GivesTheNextUserAFlagOfTheirOwnThatIsOff) {
+TEST_F(DaemonPeopleTest, GivesTheNextUserAFlagOfTheirOwnThatIsOff) {
     rig.startMuted();
     rig.sitsDown(bob);
     EXPECT_TRUE(rig.is("0"));
@@ -74,7 +67,7 @@ TEST_F(HelperDaemonPeople, GivesTheNextUserAFlagOfTheirOwnThatIsOff) {
     EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
 }
 
-TEST_F(HelperDaemonPeople, MutesAgainForTheUserWhoReturns) {
+TEST_F(DaemonPeopleTest, MutesAgainForTheUserWhoReturns) {
     rig.startMuted();
     rig.sitsDown(bob);
     ASSERT_TRUE(rig.is("0"));
@@ -84,7 +77,7 @@ TEST_F(HelperDaemonPeople, MutesAgainForTheUserWhoReturns) {
     EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
 }
 
-TEST_F(HelperDaemonPeople, DoesNotMuteForAUserWhoseApplicationWroteOffWhileTheyWereAway) {
+TEST_F(DaemonPeopleTest, DoesNotMuteForAUserWhoseApplicationWroteOffWhileTheyWereAway) {
     rig.startMuted();
     const Descriptor kept = openedBy(alice);
     rig.sitsDown(bob);
@@ -94,7 +87,7 @@ TEST_F(HelperDaemonPeople, DoesNotMuteForAUserWhoseApplicationWroteOffWhileTheyW
     EXPECT_EQ(rig.flag.content(), "off");
 }
 
-TEST_F(HelperDaemonPeople, IsNotMovedByAnOpenDescriptorOfTheUserBefore) {
+TEST_F(DaemonPeopleTest, IsNotMovedByAnOpenDescriptorOfTheUserBefore) {
     rig.startMuted();
     const Descriptor kept = openedBy(alice);
     rig.sitsDown(bob);
@@ -103,80 +96,6 @@ TEST_F(HelperDaemonPeople, IsNotMovedByAnOpenDescriptorOfTheUserBefore) {
     rig.settle();
     EXPECT_TRUE(rig.is("0"));
     EXPECT_EQ(rig.flag.content(), "off");
-}
-
-// With a process that is really there.
-class HelperDaemonProcess : public testing::Test {
-  protected:
-    HelperDaemonProcess() {
-        rig.start();
-        rig.daemon = std::make_unique<Daemon>(
-            rig.flag.loop(),
-            Daemon::People{.atTheMachine = [this] { return std::optional(user); },
-                           .runsTheApplication = [this](uid_t of) { return application.lives(of); },
-                           .forgetTheApplication = [this] { application.forget(); }},
-            rig.flag.folder(), *rig.touchpads, *rig.muter);
-        application.onEnd = [this] { rig.daemon->evaluate(); };
-        rig.daemon->evaluate();
-    }
-    ~HelperDaemonProcess() override { kill(SIGKILL); }
-
-    void startApplication() {
-        process = ::fork();
-        ASSERT_GE(process, 0);
-        if (process == 0) {
-            if (::geteuid() == 0 && ::setresuid(user, user, user) != 0) ::_exit(1);
-            ::prctl(PR_SET_NAME, "ble-kovra");
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            while (true) ::pause();
-        }
-        ASSERT_TRUE(rig.flag.waitUntil([&] { return application.lives(user); }));
-    }
-    void kill(int signal) {
-        if (process <= 0) return;
-        ::kill(process, signal);
-        if (signal != SIGKILL) return;
-        ::waitpid(process, nullptr, 0);
-        process = 0;
-    }
-
-    DaemonRig rig;
-    const uid_t user = ::geteuid() == 0 ? alice : ::geteuid();
-    ApplicationWatch application{rig.flag.loop()};
-    pid_t process = 0;
-};
-
-TEST_F(HelperDaemonProcess, ThatIsKilledGivesThePadBackWithinASecond) {
-    startApplication();
-    rig.flag.write(user, "on");
-    ASSERT_TRUE(rig.becomes("1"));
-    const auto killed = std::chrono::steady_clock::now();
-    kill(SIGKILL);
-    EXPECT_TRUE(rig.becomes("0"));
-    EXPECT_LT(std::chrono::steady_clock::now() - killed, std::chrono::seconds(1));
-    EXPECT_EQ(rig.flag.content(), "on");
-}
-
-TEST_F(HelperDaemonProcess, ThatIsStoppedChangesNothing) {
-    startApplication();
-    rig.flag.write(user, "on");
-    ASSERT_TRUE(rig.becomes("1"));
-    kill(SIGSTOP);
-    rig.settle();
-    rig.daemon->evaluate();
-    EXPECT_TRUE(rig.is("1"));
-    kill(SIGCONT);
-}
-
-TEST_F(HelperDaemonProcess, ThatStartsAgainMutesAgain) {
-    startApplication();
-    rig.flag.write(user, "on");
-    ASSERT_TRUE(rig.becomes("1"));
-    kill(SIGKILL);
-    ASSERT_TRUE(rig.becomes("0"));
-    startApplication();
-    rig.flag.write(user, "on");
-    EXPECT_TRUE(rig.becomes("1"));
 }
 
 }  // namespace

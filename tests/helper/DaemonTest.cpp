@@ -16,12 +16,12 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 
-class HelperDaemon : public testing::Test {
+class DaemonTest : public testing::Test {
   protected:
     DaemonRig rig;
 };
 
-TEST_F(HelperDaemon, MutesThePadWithItsTwinWhileTheFlagSaysOn) {
+TEST_F(DaemonTest, MutesThePadWithItsTwinWhileTheFlagSaysOn) {
     rig.start();
     rig.sitsDown(alice);
     EXPECT_TRUE(rig.is("0"));
@@ -33,7 +33,7 @@ TEST_F(HelperDaemon, MutesThePadWithItsTwinWhileTheFlagSaysOn) {
     EXPECT_EQ(rig.recorded(), Names());
 }
 
-TEST_F(HelperDaemon, MutesAtItsStartWhereTheFlagIsOnAlready) {
+TEST_F(DaemonTest, MutesAtItsStartWhereTheFlagIsOnAlready) {
     rig.startMuted();
     rig.kill();
     EXPECT_TRUE(rig.release());
@@ -42,7 +42,7 @@ TEST_F(HelperDaemon, MutesAtItsStartWhereTheFlagIsOnAlready) {
     EXPECT_TRUE(rig.is("1"));
 }
 
-TEST_F(HelperDaemon, TouchesNothingButBuiltInPadsAndTheirTwins) {
+TEST_F(DaemonTest, TouchesNothingButBuiltInPadsAndTheirTwins) {
     const Names others{"input21", "input22", "input23", "input24"};
     rig.computer.appear({.input = "input21", .name = "Magic Trackpad", .bus = "0005", .vendor = "05ac"});
     rig.computer.appear({.input = "input22",
@@ -62,7 +62,7 @@ TEST_F(HelperDaemon, TouchesNothingButBuiltInPadsAndTheirTwins) {
     EXPECT_EQ(rig.recorded(), (Names{"input4", "input5"}));
 }
 
-TEST_F(HelperDaemon, MutesAPadThatComesBackUnderAnotherNumber) {
+TEST_F(DaemonTest, MutesAPadThatComesBackUnderAnotherNumber) {
     rig.startMuted();
     rig.computer.unplug("input5");
     MockInput again = pad;
@@ -74,7 +74,7 @@ TEST_F(HelperDaemon, MutesAPadThatComesBackUnderAnotherNumber) {
     EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input31") == "0"; }));
 }
 
-TEST_F(HelperDaemon, LeavesAPadThatComesWhileNothingIsMutedAlone) {
+TEST_F(DaemonTest, LeavesAPadThatComesWhileNothingIsMutedAlone) {
     rig.start();
     rig.sitsDown(alice);
     MockInput another = pad;
@@ -84,7 +84,7 @@ TEST_F(HelperDaemon, LeavesAPadThatComesWhileNothingIsMutedAlone) {
     EXPECT_EQ(rig.computer.inhibited("input31"), "0");
 }
 
-TEST_F(HelperDaemon, LeavesAPadAloneThatSomethingElseHasInhibited) {
+TEST_F(DaemonTest, LeavesAPadAloneThatSomethingElseHasInhibited) {
     rig.computer.inhibit("input5", "1");
     rig.start();
     rig.sitsDown(alice);
@@ -95,7 +95,7 @@ TEST_F(HelperDaemon, LeavesAPadAloneThatSomethingElseHasInhibited) {
     EXPECT_EQ(rig.computer.inhibited("input5"), "1");
 }
 
-TEST_F(HelperDaemon, DoesNotMuteWhatItCannotRecord) {
+TEST_F(DaemonTest, DoesNotMuteWhatItCannotRecord) {
     rig.start();
     rig.sitsDown(alice);
     writeFile(rig.runtime(), "a file in the way");
@@ -104,68 +104,7 @@ TEST_F(HelperDaemon, DoesNotMuteWhatItCannotRecord) {
     EXPECT_TRUE(rig.is("0"));
 }
 
-// What each of these leaves is no plain file that says exactly "on".
-class HelperDaemonFlag : public HelperDaemon {
-  protected:
-    void SetUp() override { rig.startMuted(); }
-    std::string elsewhere() {
-        const std::string path = rig.flag.path("elsewhere");
-        writeFile(path, "on");
-        return path;
-    }
-    // In place of the flag, in one step.
-    void put(const std::string& path) { fs::rename(path, rig.flag.state()); }
-};
-
-TEST_F(HelperDaemonFlag, ThatIsMissingGivesThePadBack) {
-    fs::remove(rig.flag.state());
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatIsEmptyGivesThePadBack) {
-    rig.flag.write(alice, "");
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatIsLongerGivesThePadBack) {
-    rig.flag.write(alice, "on\n");
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatHasAnotherWordGivesThePadBack) {
-    rig.flag.write(alice, "ON");
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatIsASymbolicLinkGivesThePadBack) {
-    fs::create_symlink(elsewhere(), rig.flag.path("link"));
-    put(rig.flag.path("link"));
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatHasASecondNameGivesThePadBack) {
-    fs::create_hard_link(rig.flag.state(), rig.flag.path("other"));
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatIsAPipeGivesThePadBack) {
-    ASSERT_EQ(::mkfifo(rig.flag.path("pipe").c_str(), 0666), 0);
-    put(rig.flag.path("pipe"));
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatIsAFolderGivesThePadBack) {
-    fs::remove(rig.flag.state());
-    fs::create_directory(rig.flag.state());
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemonFlag, ThatSomebodyElsePutThereGivesThePadBack) {
-    put(elsewhere());
-    EXPECT_TRUE(rig.becomes("0"));
-}
-
-TEST_F(HelperDaemon, WritesNoFlagButWhenItIsHandedOver) {
+TEST_F(DaemonTest, WritesNoFlagButWhenItIsHandedOver) {
     rig.startMuted();
     struct stat before {};
     ASSERT_EQ(::stat(rig.flag.state().c_str(), &before), 0);
@@ -184,7 +123,7 @@ TEST_F(HelperDaemon, WritesNoFlagButWhenItIsHandedOver) {
     EXPECT_NE(after.st_ino, before.st_ino);
 }
 
-TEST_F(HelperDaemon, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
+TEST_F(DaemonTest, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
     rig.startMuted();
     fs::rename(rig.flag.path(), rig.flag.root() + "/gone");
     EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.daemon->hasFailed(); }));
@@ -193,7 +132,7 @@ TEST_F(HelperDaemon, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
     EXPECT_TRUE(rig.is("0"));
 }
 
-TEST_F(HelperDaemon, LeavesToWhoeverComesNextWhatToGiveBackWhenItIsKilled) {
+TEST_F(DaemonTest, LeavesToWhoeverComesNextWhatToGiveBackWhenItIsKilled) {
     rig.startMuted();
     rig.kill();
     ASSERT_TRUE(rig.is("1"));
@@ -202,7 +141,7 @@ TEST_F(HelperDaemon, LeavesToWhoeverComesNextWhatToGiveBackWhenItIsKilled) {
     EXPECT_EQ(rig.recorded(), Names());
 }
 
-TEST_F(HelperDaemon, GivesBackAtItsStartWhatOneBeforeItHasLeft) {
+TEST_F(DaemonTest, GivesBackAtItsStartWhatOneBeforeItHasLeft) {
     rig.startMuted();
     rig.kill();
     rig.atTheMachine = std::nullopt;

@@ -40,7 +40,7 @@ struct Pipe {
     Descriptor in;
 };
 
-TEST(HelperLoop, RingsForAsLongAsThereIsSomethingToRead) {
+TEST(LoopTest, RingsForAsLongAsThereIsSomethingToRead) {
     Loop loop;
     const Pipe pipe;
     std::string read;
@@ -53,7 +53,7 @@ TEST(HelperLoop, RingsForAsLongAsThereIsSomethingToRead) {
     EXPECT_EQ(read, "abc");
 }
 
-TEST(HelperLoop, RingsWhenTheOtherEndIsGone) {
+TEST(LoopTest, RingsWhenTheOtherEndIsGone) {
     Loop loop;
     Pipe pipe;
     const auto watch = loop.onReadable(pipe.out.number(), [&] { loop.stop(); });
@@ -61,7 +61,7 @@ TEST(HelperLoop, RingsWhenTheOtherEndIsGone) {
     loop.run();
 }
 
-TEST(HelperLoop, TimersComeEachOnceAndNeverEarly) {
+TEST(LoopTest, TimersComeEachOnceAndNeverEarly) {
     Loop loop;
     int rings = 0;
     std::unique_ptr<Loop::Watch> end;
@@ -79,7 +79,7 @@ TEST(HelperLoop, TimersComeEachOnceAndNeverEarly) {
 }
 
 // As systemd does with timers, to wake up less often. A busy machine is late now and then, and not more often than not.
-TEST(HelperLoop, TimersAreNotPutOffByAQuarterOfASecond) {
+TEST(LoopTest, TimersAreNotPutOffByAQuarterOfASecond) {
     constexpr std::size_t count = 9;
     Loop loop;
     std::vector<Clock::duration> late;
@@ -96,7 +96,7 @@ TEST(HelperLoop, TimersAreNotPutOffByAQuarterOfASecond) {
     EXPECT_LT(late[count / 2], 100ms);
 }
 
-TEST(HelperLoop, WhatIsLetGoOfRingsNoMoreAlsoFromItsOwnWork) {
+TEST(LoopTest, WhatIsLetGoOfRingsNoMoreAlsoFromItsOwnWork) {
     Loop loop;
     const Pipe pipe;
     int rings = 0;
@@ -113,7 +113,7 @@ TEST(HelperLoop, WhatIsLetGoOfRingsNoMoreAlsoFromItsOwnWork) {
     EXPECT_EQ(rings, 1);
 }
 
-TEST(HelperLoop, OfTwoThatLetGoOfEachOtherOnlyTheFirstWorks) {
+TEST(LoopTest, OfTwoThatLetGoOfEachOtherOnlyTheFirstWorks) {
     Loop loop;
     const Pipe one;
     const Pipe two;
@@ -134,7 +134,7 @@ TEST(HelperLoop, OfTwoThatLetGoOfEachOtherOnlyTheFirstWorks) {
     EXPECT_EQ(rings, 1);
 }
 
-TEST(HelperLoop, TakesASignalOutOfTheSystemsHands) {
+TEST(LoopTest, TakesASignalOutOfTheSystemsHands) {
     Loop loop;
     int signals = 0;
     const auto watch = loop.onSignal(SIGUSR1, [&] {
@@ -146,7 +146,7 @@ TEST(HelperLoop, TakesASignalOutOfTheSystemsHands) {
     EXPECT_EQ(signals, 1);
 }
 
-TEST(HelperLoop, HandsOnWhatAPieceOfWorkThrows) {
+TEST(LoopTest, HandsOnWhatAPieceOfWorkThrows) {
     Loop loop;
     const auto watch = loop.after(0ms, [] { throw std::runtime_error("no memory"); });
     EXPECT_THROW(loop.run(), std::runtime_error);

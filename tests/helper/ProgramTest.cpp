@@ -188,7 +188,7 @@ class ServiceManager {
     Descriptor socket_;
 };
 
-TEST(HelperProgram, GivesThePadBackWhateverItIsToldToEndWith) {
+TEST(ProgramTest, GivesThePadBackWhateverItIsToldToEndWith) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         const auto application = machine.startApplication();
@@ -200,7 +200,7 @@ TEST(HelperProgram, GivesThePadBackWhateverItIsToldToEndWith) {
     });
 }
 
-TEST(HelperProgram, GivesBackByReleaseWhatOneThatWasKilledHasLeft) {
+TEST(ProgramTest, GivesBackByReleaseWhatOneThatWasKilledHasLeft) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         const auto application = machine.startApplication();
@@ -212,7 +212,7 @@ TEST(HelperProgram, GivesBackByReleaseWhatOneThatWasKilledHasLeft) {
     });
 }
 
-TEST(HelperProgram, LeavesThePadMutedWhereAnotherOneHasMutedIt) {
+TEST(ProgramTest, LeavesThePadMutedWhereAnotherOneHasMutedIt) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         const auto application = machine.startApplication();
@@ -224,7 +224,7 @@ TEST(HelperProgram, LeavesThePadMutedWhereAnotherOneHasMutedIt) {
     });
 }
 
-TEST(HelperProgram, HearsWhoComesAndGoesAndThatTheApplicationEnds) {
+TEST(ProgramTest, HearsWhoComesAndGoesAndThatTheApplicationEnds) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         auto application = machine.startApplication();
@@ -239,7 +239,7 @@ TEST(HelperProgram, HearsWhoComesAndGoesAndThatTheApplicationEnds) {
     });
 }
 
-TEST(HelperProgram, SaysThatItIsReadyAndWhyItEnds) {
+TEST(ProgramTest, SaysThatItIsReadyAndWhyItEnds) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
         const ServiceManager manager;
@@ -250,7 +250,7 @@ TEST(HelperProgram, SaysThatItIsReadyAndWhyItEnds) {
     });
 }
 
-TEST(HelperProgram, WaitsBeforeItIsStartedAnewWhereItCannotStart) {
+TEST(ProgramTest, WaitsBeforeItIsStartedAnewWhereItCannotStart) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
         const ServiceManager manager;
@@ -264,7 +264,7 @@ TEST(HelperProgram, WaitsBeforeItIsStartedAnewWhereItCannotStart) {
     });
 }
 
-TEST(HelperProgram, RefusesWhatItDoesNotKnow) {
+TEST(ProgramTest, RefusesWhatItDoesNotKnow) {
     inPrivateMachine([](uid_t user) { EXPECT_EQ(Machine(user).start("--mute")->result(), 2); });
 }
 

@@ -21,7 +21,7 @@ namespace {
 using Names = std::set<std::string>;
 namespace fs = std::filesystem;
 
-TEST(FlagAttack, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
+TEST(FlagFolderAttackTest, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     FlagRig rig;
     const Secret secret(rig);
     // Another file of the owner's that happens to say on.
@@ -46,7 +46,7 @@ TEST(FlagAttack, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     EXPECT_TRUE(rig.saysOn());
 }
 
-TEST(FlagAttack, AFileThatWasNotMadeHereKeepsItsAccessList) {
+TEST(FlagFolderAttackTest, AFileThatWasNotMadeHereKeepsItsAccessList) {
     for (const std::string list : {"u::rw-,u:61001:r--,g::---,m::r--,o::---", "u::rw-,u:61001:rw-,g::---,m::rw-,o::---",
                                    "u::rw-,u:61001:rw-,u:61002:rw-,g::r--,m::rw-,o::r--", "u::rw-,g::rw-,o::---"}) {
         FlagRig rig;
@@ -63,7 +63,7 @@ TEST(FlagAttack, AFileThatWasNotMadeHereKeepsItsAccessList) {
     }
 }
 
-TEST(FlagAttack, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
+TEST(FlagFolderAttackTest, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
     FlagRig rig;
     rig.makeFolder("theirs");
     rig.handOver(alice);
@@ -80,7 +80,7 @@ TEST(FlagAttack, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
     EXPECT_FALSE(mayWrite(alice, second));
 }
 
-TEST(FlagAttack, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCounts) {
+TEST(FlagFolderAttackTest, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCounts) {
     for (const std::optional<uid_t> next : {std::optional<uid_t>(bob), std::optional<uid_t>(), {alice}}) {
         FlagRig rig;
         rig.handOver(alice);
@@ -106,7 +106,7 @@ TEST(FlagAttack, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCounts) {
     }
 }
 
-TEST(FlagAttack, ADescriptorForReadingOpensNoWayToWriteAfterAHandOver) {
+TEST(FlagFolderAttackTest, ADescriptorForReadingOpensNoWayToWriteAfterAHandOver) {
     FlagRig rig;
     rig.handOver(alice);
     const Descriptor kept(::open(rig.state().c_str(), O_RDONLY | O_CLOEXEC));
@@ -117,7 +117,7 @@ TEST(FlagAttack, ADescriptorForReadingOpensNoWayToWriteAfterAHandOver) {
     EXPECT_FALSE(mayWrite(alice, rig.path("state.left.61001")));
 }
 
-TEST(FlagAttack, NoUserCanPutAnythingInTheFlagsPlaceNotEvenTheOneAtTheMachine) {
+TEST(FlagFolderAttackTest, NoUserCanPutAnythingInTheFlagsPlaceNotEvenTheOneAtTheMachine) {
     FlagRig rig;
     rig.handOver(alice);
     EXPECT_EQ(accessList(rig.path()), "u::rwx,g::r-x,o::r-x");
@@ -149,7 +149,7 @@ long bytesRead() {
     return value;
 }
 
-TEST(FlagAttack, OfAHugeFileNotMoreThanAFewBytesAreEverRead) {
+TEST(FlagFolderAttackTest, OfAHugeFileNotMoreThanAFewBytesAreEverRead) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -165,7 +165,7 @@ TEST(FlagAttack, OfAHugeFileNotMoreThanAFewBytesAreEverRead) {
     EXPECT_EQ(rig.content(), "off");
 }
 
-TEST(FlagAttack, AFolderThatIsReplacedByALinkIsNotFollowed) {
+TEST(FlagFolderAttackTest, AFolderThatIsReplacedByALinkIsNotFollowed) {
     FlagRig rig;
     rig.handOver(alice);
     const std::string trap = rig.root() + "/trap";

@@ -32,7 +32,7 @@ void withEachIntruder(const std::function<void(FlagRig&, const Intruder& put)>& 
     }
 }
 
-TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
+TEST(FlagFolderIntruderTest, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.state());
         EXPECT_FALSE(rig.saysOn());
@@ -46,7 +46,7 @@ TEST(FlagAttack, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeing
     });
 }
 
-TEST(FlagAttack, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
+TEST(FlagFolderIntruderTest, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.path("state.new"));
         ASSERT_TRUE(rig.handOver(alice));
@@ -56,7 +56,7 @@ TEST(FlagAttack, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
     });
 }
 
-TEST(FlagAttack, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
+TEST(FlagFolderIntruderTest, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.path("state.left.61001"));
         ASSERT_TRUE(rig.handOver(alice));
@@ -70,7 +70,7 @@ TEST(FlagAttack, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
     });
 }
 
-TEST(FlagAttack, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
+TEST(FlagFolderIntruderTest, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
     FlagRig rig;
     fs::create_directory(rig.state());
     writeFile(rig.path("state/kept"), "something");
@@ -81,7 +81,7 @@ TEST(FlagAttack, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
     EXPECT_EQ(rig.content(*names.rbegin() + "/kept"), "something");
 }
 
-TEST(FlagAttack, NamesThatAreSwappedAllTheTimeLeadNowhere) {
+TEST(FlagFolderIntruderTest, NamesThatAreSwappedAllTheTimeLeadNowhere) {
     FlagRig rig;
     const Secret secret(rig);
     rig.makeFolder("stage");

@@ -21,12 +21,12 @@ namespace fs = std::filesystem;
 
 bool opens(FlagRig& rig) { return FlagFolder::open(rig.loop(), folderPath, rig.trust()) != nullptr; }
 
-TEST(FlagFolder, IsOpenedWhereEveryFolderOnTheWayIsTheOwnersAlone) {
+TEST(FlagFolderTest, IsOpenedWhereEveryFolderOnTheWayIsTheOwnersAlone) {
     FlagRig rig;
     EXPECT_TRUE(opens(rig));
 }
 
-TEST(FlagFolder, IsRefusedWhereItIsMissingOrNoFolder) {
+TEST(FlagFolderTest, IsRefusedWhereItIsMissingOrNoFolder) {
     FlagRig rig;
     fs::remove(rig.path());
     EXPECT_FALSE(opens(rig));
@@ -34,7 +34,7 @@ TEST(FlagFolder, IsRefusedWhereItIsMissingOrNoFolder) {
     EXPECT_FALSE(opens(rig));
 }
 
-TEST(FlagFolder, IsRefusedWhereItOrAnyFolderOnTheWayIsALink) {
+TEST(FlagFolderTest, IsRefusedWhereItOrAnyFolderOnTheWayIsALink) {
     for (const std::string name : {"/Library", "/Library/Application Support", folderPath}) {
         FlagRig rig;
         fs::rename(rig.root() + name, rig.root() + "/elsewhere");
@@ -43,7 +43,7 @@ TEST(FlagFolder, IsRefusedWhereItOrAnyFolderOnTheWayIsALink) {
     }
 }
 
-TEST(FlagFolder, IsRefusedWhereOthersMayWriteToItOrToAnyFolderOnTheWay) {
+TEST(FlagFolderTest, IsRefusedWhereOthersMayWriteToItOrToAnyFolderOnTheWay) {
     for (const std::string name : {"", "/Library", "/Library/Application Support", folderPath}) {
         for (const ::mode_t mode : {0775, 0757, 01777}) {
             FlagRig rig;
@@ -53,7 +53,7 @@ TEST(FlagFolder, IsRefusedWhereOthersMayWriteToItOrToAnyFolderOnTheWay) {
     }
 }
 
-TEST(FlagFolder, IsRefusedWhereAnAccessListLetsSomebodyWriteToIt) {
+TEST(FlagFolderTest, IsRefusedWhereAnAccessListLetsSomebodyWriteToIt) {
     FlagRig rig;
     const acl_t list = acl_from_text("u::rwx,u:61001:rwx,g::r-x,m::rwx,o::r-x");
     ASSERT_EQ(acl_set_file(rig.path().c_str(), ACL_TYPE_ACCESS, list), 0);
@@ -61,7 +61,7 @@ TEST(FlagFolder, IsRefusedWhereAnAccessListLetsSomebodyWriteToIt) {
     EXPECT_FALSE(opens(rig));
 }
 
-TEST(FlagFolder, IsRefusedWhereItIsSomebodyElses) {
+TEST(FlagFolderTest, IsRefusedWhereItIsSomebodyElses) {
     FlagRig rig;
     EXPECT_EQ(FlagFolder::open(rig.loop(), folderPath, {rig.root(), ::geteuid() + 1}), nullptr);
     if (::geteuid() != 0) return;  // who else cannot give anything away
@@ -107,7 +107,7 @@ class Listening {
     int losses_ = 0;
 };
 
-TEST(FlagFolder, TellsOfEachWriteOfTheApplication) {
+TEST(FlagFolderTest, TellsOfEachWriteOfTheApplication) {
     FlagRig rig;
     rig.handOver(alice);
     Listening listening(rig);
@@ -118,7 +118,7 @@ TEST(FlagFolder, TellsOfEachWriteOfTheApplication) {
     }
 }
 
-TEST(FlagFolder, TellsOfAFlagThatIsRemovedMovedOrReplaced) {
+TEST(FlagFolderTest, TellsOfAFlagThatIsRemovedMovedOrReplaced) {
     FlagRig rig;
     rig.handOver(alice);
     Listening listening(rig);
@@ -135,7 +135,7 @@ TEST(FlagFolder, TellsOfAFlagThatIsRemovedMovedOrReplaced) {
     EXPECT_TRUE(listening.change());
 }
 
-TEST(FlagFolder, FollowsTheFlagThatIsInPlaceAfterEachHandOver) {
+TEST(FlagFolderTest, FollowsTheFlagThatIsInPlaceAfterEachHandOver) {
     FlagRig rig;
     Listening listening(rig);
     for (int round = 0; round < 20; ++round) {
@@ -149,7 +149,7 @@ TEST(FlagFolder, FollowsTheFlagThatIsInPlaceAfterEachHandOver) {
     }
 }
 
-TEST(FlagFolder, TellsOfASecondNameAndOfWritesThroughIt) {
+TEST(FlagFolderTest, TellsOfASecondNameAndOfWritesThroughIt) {
     FlagRig rig;
     rig.makeFolder("theirs");
     rig.handOver(alice);
@@ -169,7 +169,7 @@ TEST(FlagFolder, TellsOfASecondNameAndOfWritesThroughIt) {
     EXPECT_TRUE(rig.saysOn());
 }
 
-TEST(FlagFolder, IsNotWokenByWhatDoesNotCount) {
+TEST(FlagFolderTest, IsNotWokenByWhatDoesNotCount) {
     FlagRig rig;
     rig.handOver(alice);
     const Descriptor kept(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
@@ -184,7 +184,7 @@ TEST(FlagFolder, IsNotWokenByWhatDoesNotCount) {
 }
 
 // What came while the kernel's queue was full, it does not tell.
-TEST(FlagFolder, FollowsAFlagThatCameWhileTooMuchHappened) {
+TEST(FlagFolderTest, FollowsAFlagThatCameWhileTooMuchHappened) {
     FlagRig rig;
     Listening listening(rig);
     int room = 0;
@@ -200,7 +200,7 @@ TEST(FlagFolder, FollowsAFlagThatCameWhileTooMuchHappened) {
     EXPECT_TRUE(listening.change());
 }
 
-TEST(FlagFolder, IsLostWhenItOrAFolderOnTheWayIsMovedRemovedOrOpenedToOthers) {
+TEST(FlagFolderTest, IsLostWhenItOrAFolderOnTheWayIsMovedRemovedOrOpenedToOthers) {
     const auto lost = [](const std::function<void(const FlagRig&)>& happen) {
         FlagRig rig;
         rig.makeFolder("elsewhere");
@@ -231,7 +231,7 @@ int marks() {
     return found;
 }
 
-TEST(FlagFolder, DoesNotGatherMarksNorDescriptorsOverManyHandOvers) {
+TEST(FlagFolderTest, DoesNotGatherMarksNorDescriptorsOverManyHandOvers) {
     FlagRig rig;
     rig.handOver(alice);
     const auto open = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); };

@@ -29,7 +29,7 @@ void onAMachineShortOfWatches(const std::function<void(uid_t)>& body) {
     });
 }
 
-TEST(UnwatchedFlag, IsOffAndNobodysUntilItIsWatched) {
+TEST(FlagFolderUnwatchedTest, IsOffAndNobodysUntilItIsWatched) {
     onAMachineShortOfWatches([](uid_t user) {
         FlagRig rig;
         ASSERT_TRUE(rig.handOver(user));
@@ -48,7 +48,7 @@ TEST(UnwatchedFlag, IsOffAndNobodysUntilItIsWatched) {
     });
 }
 
-TEST(UnwatchedFlag, IsNotExchangedAgainForTheSameUser) {
+TEST(FlagFolderUnwatchedTest, IsNotExchangedAgainForTheSameUser) {
     onAMachineShortOfWatches([](uid_t user) {
         FlagRig rig;
         rig.folder();
@@ -66,7 +66,7 @@ TEST(UnwatchedFlag, IsNotExchangedAgainForTheSameUser) {
     });
 }
 
-TEST(UnwatchedFlag, ThatTookThePlaceOfAWatchedOneIsOff) {
+TEST(FlagFolderUnwatchedTest, ThatTookThePlaceOfAWatchedOneIsOff) {
     onAMachineShortOfWatches([](uid_t user) {
         FlagRig rig;
         ASSERT_TRUE(rig.handOver(user));

@@ -115,7 +115,7 @@ void startAnew(FlagRig& rig, std::optional<uid_t> user) {
     ASSERT_TRUE(rig.handOver(user));
 }
 
-TEST(HandOverKilled, AtAnyMomentLeavesAFlagThatNobodyMayWriteButTheOneBeforeOrTheNextOne) {
+TEST(HandOverCrashTest, AtAnyMomentLeavesAFlagThatNobodyMayWriteButTheOneBeforeOrTheNextOne) {
     for (const Change& change : changes) {
         killEverywhere(change, [&](FlagRig& rig) {
             EXPECT_NE(rig.content(), "missing");
@@ -130,7 +130,7 @@ TEST(HandOverKilled, AtAnyMomentLeavesAFlagThatNobodyMayWriteButTheOneBeforeOrTh
     }
 }
 
-TEST(HandOverKilled, AtAnyMomentLosesNothingOfWhatUsersLeftAndLeavesNothingBehindOnceTheNextOneIsDone) {
+TEST(HandOverCrashTest, AtAnyMomentLosesNothingOfWhatUsersLeftAndLeavesNothingBehindOnceTheNextOneIsDone) {
     for (const Change& change : changes) {
         for (const std::optional<uid_t> next : std::set{change.to, change.from}) {
             SCOPED_TRACE("then to " + text({next, next}));

@@ -58,7 +58,7 @@ class SmallDisk {
 
 std::string left(uid_t user) { return "state.left." + std::to_string(user); }
 
-TEST(HandOverOnAFullDisk, TakesTheRightAwayLeavesNothingHalfMadeAndLosesNothing) {
+TEST(HandOverOnAFullDiskTest, TakesTheRightAwayLeavesNothingHalfMadeAndLosesNothing) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);
         disk.fillWithBytes();
@@ -77,7 +77,7 @@ TEST(HandOverOnAFullDisk, TakesTheRightAwayLeavesNothingHalfMadeAndLosesNothing)
     });
 }
 
-TEST(HandOverOnAFullDisk, WithoutRoomForANameTakesTheRightAwayAllTheSame) {
+TEST(HandOverOnAFullDiskTest, WithoutRoomForANameTakesTheRightAwayAllTheSame) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);
         disk.fillWithFiles();
@@ -93,7 +93,7 @@ TEST(HandOverOnAFullDisk, WithoutRoomForANameTakesTheRightAwayAllTheSame) {
     });
 }
 
-TEST(HandOverOnAFullDisk, FailsWhereTheFileSystemMayOnlyBeRead) {
+TEST(HandOverOnAFullDiskTest, FailsWhereTheFileSystemMayOnlyBeRead) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);
         ASSERT_EQ(::mount("none", disk.rig.path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);

@@ -46,7 +46,7 @@ int handOverRefused(const FlagRig& rig, std::optional<uid_t> user) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST(HandOverRefused, WhereTheRightCannotBeTakenAwayLeavesTheUserAFlagThatStillCounts) {
+TEST(HandOverRefusedTest, WhereTheRightCannotBeTakenAwayLeavesTheUserAFlagThatStillCounts) {
     for (const std::optional<uid_t> next : {std::optional<uid_t>(bob), std::optional<uid_t>()}) {
         FlagRig rig;
         rig.handOver(alice);

@@ -20,7 +20,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-TEST(HandOver, MakesAFlagThatSaysOffAndThatThisUserAloneMayWrite) {
+TEST(HandOverTest, MakesAFlagThatSaysOffAndThatThisUserAloneMayWrite) {
     FlagRig rig;
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_EQ(rig.content(), "off");
@@ -30,7 +30,7 @@ TEST(HandOver, MakesAFlagThatSaysOffAndThatThisUserAloneMayWrite) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-TEST(HandOver, ToNobodyLeavesAFlagThatNobodyMayWrite) {
+TEST(HandOverTest, ToNobodyLeavesAFlagThatNobodyMayWrite) {
     FlagRig rig;
     ASSERT_TRUE(rig.handOver(alice));
     rig.write(alice, "on");
@@ -40,7 +40,7 @@ TEST(HandOver, ToNobodyLeavesAFlagThatNobodyMayWrite) {
     EXPECT_FALSE(mayWrite(bob, rig.state()));
 }
 
-TEST(HandOver, KeepsWhatAUserLeftForTheirReturnAndNoLonger) {
+TEST(HandOverTest, KeepsWhatAUserLeftForTheirReturnAndNoLonger) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -56,7 +56,7 @@ TEST(HandOver, KeepsWhatAUserLeftForTheirReturnAndNoLonger) {
     EXPECT_EQ(rig.content(), "off");
 }
 
-TEST(HandOver, ToTheSameUserAgainKeepsTheContentInANewFile) {
+TEST(HandOverTest, ToTheSameUserAgainKeepsTheContentInANewFile) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -71,7 +71,7 @@ TEST(HandOver, ToTheSameUserAgainKeepsTheContentInANewFile) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-TEST(HandOver, NeverLeavesAMomentWithoutAFlag) {
+TEST(HandOverTest, NeverLeavesAMomentWithoutAFlag) {
     FlagRig rig;
     rig.handOver(alice);
     std::atomic<bool> isOver = false;
@@ -90,7 +90,7 @@ TEST(HandOver, NeverLeavesAMomentWithoutAFlag) {
     EXPECT_GT(opened, 100);
 }
 
-TEST(HandOver, TakesOverAFlagThatAnInstallationMade) {
+TEST(HandOverTest, TakesOverAFlagThatAnInstallationMade) {
     FlagRig rig;
     writeFile(rig.state(), "off");
     ::chmod(rig.state().c_str(), 0644);
@@ -103,7 +103,7 @@ TEST(HandOver, TakesOverAFlagThatAnInstallationMade) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-TEST(HandOver, CutsWhatAUserMadeOfTheFlagToAFewBytes) {
+TEST(HandOverTest, CutsWhatAUserMadeOfTheFlagToAFewBytes) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, std::string(100'000, 'x'));
@@ -123,7 +123,7 @@ long bytesOnDisk(const Descriptor& file) {
     return status.st_blocks * 512;
 }
 
-TEST(HandOver, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
+TEST(HandOverTest, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -142,7 +142,7 @@ TEST(HandOver, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
     EXPECT_TRUE(rig.saysOn());
 }
 
-TEST(HandOver, CutsLikewiseWhatAUserGoesOnWritingWhileAway) {
+TEST(HandOverTest, CutsLikewiseWhatAUserGoesOnWritingWhileAway) {
     FlagRig rig;
     rig.handOver(alice);
     const Descriptor keptOpen(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));

@@ -160,13 +160,13 @@ const std::vector<Known> knownDevices{
     {"a tablet", {.name = "Wacom Intuos Pro M Pen", .bus = BUS_USB, .vendor = 0x056a}, false},
 };
 
-class PadRulesOf : public testing::TestWithParam<Known> {};
+class PadRulesKnownDevicesTest : public testing::TestWithParam<Known> {};
 
-TEST_P(PadRulesOf, KnownDevicesMuteBuiltInPadsAlone) {
+TEST_P(PadRulesKnownDevicesTest, KnownDevicesMuteBuiltInPadsAlone) {
     EXPECT_EQ(isBuiltInPad(GetParam().device), GetParam().isBuiltIn);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, PadRulesOf, testing::ValuesIn(knownDevices));
+INSTANTIATE_TEST_SUITE_P(All, PadRulesKnownDevicesTest, testing::ValuesIn(knownDevices));
 
 using Inputs = std::vector<std::string>;
 
@@ -183,12 +183,12 @@ const InputProperties twin{.input = "input4",
                            .vendor = 0x06cb,
                            .hid = "0018:06CB:CD8B.0001"};
 
-TEST(PadRules, MuteThePadWithItsTwinWhicheverComesFirst) {
+TEST(PadRulesTest, MuteThePadWithItsTwinWhicheverComesFirst) {
     EXPECT_EQ(inputsToMute({pad, twin}), (Inputs{"input4", "input5"}));
     EXPECT_EQ(inputsToMute({twin, pad}), (Inputs{"input4", "input5"}));
 }
 
-TEST(PadRules, LeaveAMouseAloneThatOnlySharesTheNameOrTheMaker) {
+TEST(PadRulesTest, LeaveAMouseAloneThatOnlySharesTheNameOrTheMaker) {
     InputProperties other = twin;
     other.hid = "0018:06CB:CD8B.0002";
     EXPECT_EQ(inputsToMute({pad, other}), Inputs{"input5"});
@@ -204,7 +204,7 @@ struct Mouse {
     bool isTwin;
 };
 
-TEST(PadRules, LeaveAPointingStickAloneThatIsAPartOfThePad) {
+TEST(PadRulesTest, LeaveAPointingStickAloneThatIsAPartOfThePad) {
     for (const Mouse& mouse : {
              Mouse{"a twin on I2C, which udev takes for a stick", BUS_I2C, true, false, false, true},
              Mouse{"a stick on I2C, by its buttons", BUS_I2C, true, false, true, false},
@@ -227,7 +227,7 @@ TEST(PadRules, LeaveAPointingStickAloneThatIsAPartOfThePad) {
     }
 }
 
-TEST(PadRules, LeaveOtherPartsOfThePadsDeviceAlone) {
+TEST(PadRulesTest, LeaveOtherPartsOfThePadsDeviceAlone) {
     InputProperties keys = twin;
     keys.isMouse = false;
     InputProperties named = twin;
@@ -235,13 +235,13 @@ TEST(PadRules, LeaveOtherPartsOfThePadsDeviceAlone) {
     EXPECT_EQ(inputsToMute({pad, keys, named}), Inputs{"input5"});
 }
 
-TEST(PadRules, LeaveTheTwinOfAnExternalPadAlone) {
+TEST(PadRulesTest, LeaveTheTwinOfAnExternalPadAlone) {
     InputProperties external = pad;
     external.bus = BUS_BLUETOOTH;
     EXPECT_EQ(inputsToMute({external, twin}), Inputs{});
 }
 
-TEST(PadRules, TakeNoMouseForATwinOfAPadThatIsNoHidDevice) {
+TEST(PadRulesTest, TakeNoMouseForATwinOfAPadThatIsNoHidDevice) {
     InputProperties wired = pad;
     wired.hid = "";
     InputProperties mouse = twin;
@@ -249,7 +249,7 @@ TEST(PadRules, TakeNoMouseForATwinOfAPadThatIsNoHidDevice) {
     EXPECT_EQ(inputsToMute({wired, mouse}), Inputs{"input5"});
 }
 
-TEST(PadRules, MuteEveryBuiltInPad) {
+TEST(PadRulesTest, MuteEveryBuiltInPad) {
     InputProperties second = pad;
     second.input = "input6";
     second.hid = "";

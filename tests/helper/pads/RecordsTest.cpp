@@ -19,21 +19,21 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 
-class HelperRecords : public testing::Test {
+class RecordsTest : public testing::Test {
   protected:
     const TempFolder folder;
     const std::string runtime = folder / "run";
     const fs::path pads = fs::path(runtime) / "pads";
 };
 
-TEST_F(HelperRecords, OutliveTheProcessThatMadeThem) {
+TEST_F(RecordsTest, OutliveTheProcessThatMadeThem) {
     EXPECT_EQ(Records(runtime).add("input17"), 0);
     EXPECT_EQ(Records(runtime).names(), Names{"input17"});
     EXPECT_TRUE(fs::is_regular_file(pads / "input17"));
     EXPECT_EQ(fs::file_size(pads / "input17"), 0U);
 }
 
-TEST_F(HelperRecords, AreGoneOnceWhatTheyNameWasGivenBack) {
+TEST_F(RecordsTest, AreGoneOnceWhatTheyNameWasGivenBack) {
     Records records(runtime);
     ASSERT_EQ(records.add("input17"), 0);
     ASSERT_EQ(records.add("input4"), 0);
@@ -42,26 +42,26 @@ TEST_F(HelperRecords, AreGoneOnceWhatTheyNameWasGivenBack) {
     EXPECT_EQ(Records(runtime).names(), Names{"input4"});
 }
 
-TEST_F(HelperRecords, NeedNoFolderUntilSomethingIsRecorded) {
+TEST_F(RecordsTest, NeedNoFolderUntilSomethingIsRecorded) {
     Records records(runtime);
     EXPECT_EQ(records.names(), Names());
     records.remove("input17");
     EXPECT_FALSE(fs::exists(runtime));
 }
 
-TEST_F(HelperRecords, AreForTheProgramsEyesAlone) {
+TEST_F(RecordsTest, AreForTheProgramsEyesAlone) {
     ASSERT_EQ(Records(runtime).add("input17"), 0);
     EXPECT_EQ(fs::status(pads).permissions(), fs::perms::owner_all);
 }
 
-TEST_F(HelperRecords, OfTheSameDeviceAreOne) {
+TEST_F(RecordsTest, OfTheSameDeviceAreOne) {
     Records records(runtime);
     EXPECT_EQ(records.add("input17"), 0);
     EXPECT_EQ(records.add("input17"), 0);
     EXPECT_EQ(records.names(), Names{"input17"});
 }
 
-TEST_F(HelperRecords, AreRememberedByTheirProcessWhenTheFolderIsTakenAway) {
+TEST_F(RecordsTest, AreRememberedByTheirProcessWhenTheFolderIsTakenAway) {
     Records records(runtime);
     ASSERT_EQ(records.add("input17"), 0);
     fs::remove_all(runtime);
@@ -70,7 +70,7 @@ TEST_F(HelperRecords, AreRememberedByTheirProcessWhenTheFolderIsTakenAway) {
     EXPECT_EQ(Records(runtime).names(), Names{"input17"});
 }
 
-TEST_F(HelperRecords, TakeNothingForANameThatIsNone) {
+TEST_F(RecordsTest, TakeNothingForANameThatIsNone) {
     for (const char* name : {"", "input", "input1/../x", "input1x", "event1", "Input1", "../input1", " input1",
                              "input123456789012345678901"}) {
         EXPECT_FALSE(Records::isName(name)) << name;
@@ -79,7 +79,7 @@ TEST_F(HelperRecords, TakeNothingForANameThatIsNone) {
     for (const char* name : {"input0", "input17", "input4294967295"}) EXPECT_TRUE(Records::isName(name)) << name;
 }
 
-TEST_F(HelperRecords, LeaveAloneWhatIsNoRecord) {
+TEST_F(RecordsTest, LeaveAloneWhatIsNoRecord) {
     fs::create_directories(pads);
     writeFile(pads / "event3", "");
     writeFile(pads / "input", "");
@@ -87,7 +87,7 @@ TEST_F(HelperRecords, LeaveAloneWhatIsNoRecord) {
     EXPECT_TRUE(fs::exists(pads / "event3"));
 }
 
-TEST_F(HelperRecords, FollowNoLinkInPlaceOfARecord) {
+TEST_F(RecordsTest, FollowNoLinkInPlaceOfARecord) {
     fs::create_directories(pads);
     fs::create_symlink(folder / "elsewhere", pads / "input17");
     Records records(runtime);
@@ -97,7 +97,7 @@ TEST_F(HelperRecords, FollowNoLinkInPlaceOfARecord) {
     EXPECT_FALSE(fs::is_symlink(pads / "input17"));
 }
 
-TEST_F(HelperRecords, FollowNoLinkInPlaceOfTheirFolder) {
+TEST_F(RecordsTest, FollowNoLinkInPlaceOfTheirFolder) {
     fs::create_directories(folder / "elsewhere");
     fs::create_directories(runtime);
     fs::create_directory_symlink(folder / "elsewhere", pads);
@@ -106,14 +106,14 @@ TEST_F(HelperRecords, FollowNoLinkInPlaceOfTheirFolder) {
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
 }
 
-TEST_F(HelperRecords, AreNotKeptWhereOthersMayWrite) {
+TEST_F(RecordsTest, AreNotKeptWhereOthersMayWrite) {
     fs::create_directories(pads);
     const Rights open(pads, 0777);
     EXPECT_EQ(Records(runtime).add("input17"), EPERM);
     EXPECT_TRUE(fs::is_empty(pads));
 }
 
-TEST_F(HelperRecords, AreReadAndRemovedAlsoWhereOthersMayWrite) {
+TEST_F(RecordsTest, AreReadAndRemovedAlsoWhereOthersMayWrite) {
     fs::create_directories(pads);
     writeFile(pads / "input17", "");
     for (const std::string& open : {runtime, pads.string()}) {
@@ -128,14 +128,14 @@ TEST_F(HelperRecords, AreReadAndRemovedAlsoWhereOthersMayWrite) {
     EXPECT_TRUE(fs::is_empty(pads));
 }
 
-TEST_F(HelperRecords, ThatCannotBeReadAreNotTakenForNone) {
+TEST_F(RecordsTest, ThatCannotBeReadAreNotTakenForNone) {
     fs::create_directories(folder / "elsewhere");
     fs::create_directories(runtime);
     fs::create_directory_symlink(folder / "elsewhere", pads);
     EXPECT_EQ(Records(runtime).claim(Records::IfMissing::leave), ENOTDIR);
 }
 
-TEST_F(HelperRecords, AreOneProcesssAtATime) {
+TEST_F(RecordsTest, AreOneProcesssAtATime) {
     {
         Records first(runtime);
         EXPECT_EQ(first.claim(Records::IfMissing::make), 0);
@@ -150,7 +150,7 @@ TEST_F(HelperRecords, AreOneProcesssAtATime) {
     EXPECT_EQ(Records(runtime).names(), Names{"input17"});
 }
 
-TEST_F(HelperRecords, AreFreeOnceTheProcessThatHadThemWasKilled) {
+TEST_F(RecordsTest, AreFreeOnceTheProcessThatHadThemWasKilled) {
     int started[2];
     ASSERT_EQ(::pipe(started), 0);
     const pid_t holder = ::fork();
@@ -170,14 +170,14 @@ TEST_F(HelperRecords, AreFreeOnceTheProcessThatHadThemWasKilled) {
     ::close(started[1]);
 }
 
-TEST_F(HelperRecords, HoldWhatTheLastOneLeftAfterThisOneHadReadThem) {
+TEST_F(RecordsTest, HoldWhatTheLastOneLeftAfterThisOneHadReadThem) {
     Records second(runtime);
     EXPECT_EQ(Records(runtime).add("input17"), 0);
     EXPECT_EQ(second.claim(Records::IfMissing::leave), 0);
     EXPECT_EQ(second.names(), Names{"input17"});
 }
 
-TEST_F(HelperRecords, AreClaimedAnewWhereTheirFolderWasTakenAway) {
+TEST_F(RecordsTest, AreClaimedAnewWhereTheirFolderWasTakenAway) {
     Records records(runtime);
     ASSERT_EQ(records.add("input17"), 0);
     fs::remove_all(runtime);
@@ -185,12 +185,12 @@ TEST_F(HelperRecords, AreClaimedAnewWhereTheirFolderWasTakenAway) {
     EXPECT_EQ(Records(runtime).claim(Records::IfMissing::leave), EWOULDBLOCK);
 }
 
-TEST_F(HelperRecords, ThatNobodyHasMadeCanBeLeftUnmade) {
+TEST_F(RecordsTest, ThatNobodyHasMadeCanBeLeftUnmade) {
     EXPECT_EQ(Records(runtime).claim(Records::IfMissing::leave), ENOENT);
     EXPECT_FALSE(fs::exists(runtime));
 }
 
-TEST_F(HelperRecords, ThatCannotBeMadeAreNoRecords) {
+TEST_F(RecordsTest, ThatCannotBeMadeAreNoRecords) {
     writeFile(runtime, "a file in the way");
     Records records(runtime);
     EXPECT_EQ(records.add("input17"), ENOTDIR);

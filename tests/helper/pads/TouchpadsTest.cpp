@@ -19,7 +19,7 @@ MockInput tagged(MockInput mouse) {
     return mouse;
 }
 
-class HelperTouchpads : public testing::Test {
+class TouchpadsTest : public testing::Test {
   protected:
     // Nothing more is to come once what was told before was dealt with.
     void settle() { turnFor(loop, std::chrono::milliseconds(20)); }
@@ -29,18 +29,18 @@ class HelperTouchpads : public testing::Test {
     Loop loop;
 };
 
-TEST_F(HelperTouchpads, AreFoundAtTheStartWithTheirTwins) {
+TEST_F(TouchpadsTest, AreFoundAtTheStartWithTheirTwins) {
     computer.appear(pad);
     computer.appear(twin);
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
-TEST_F(HelperTouchpads, AreNoneOnAComputerWithoutAny) {
+TEST_F(TouchpadsTest, AreNoneOnAComputerWithoutAny) {
     computer.appear({.input = "input1", .name = "Power Button", .properties = "ID_INPUT=1\nID_INPUT_KEY=1\n"});
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(HelperTouchpads, AreToldOfWhenTheyComeAndGo) {
+TEST_F(TouchpadsTest, AreToldOfWhenTheyComeAndGo) {
     Touchpads touchpads(loop);
     int told = 0;
     touchpads.onChange = [&] { ++told; };
@@ -54,7 +54,7 @@ TEST_F(HelperTouchpads, AreToldOfWhenTheyComeAndGo) {
     EXPECT_EQ(told, 3);
 }
 
-TEST_F(HelperTouchpads, AreFoundUnderTheirNewNumber) {
+TEST_F(TouchpadsTest, AreFoundUnderTheirNewNumber) {
     computer.appear(pad);
     Touchpads touchpads(loop);
     computer.unplug("input5");
@@ -64,7 +64,7 @@ TEST_F(HelperTouchpads, AreFoundUnderTheirNewNumber) {
     EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs() == Inputs{"input9"}; }));
 }
 
-TEST_F(HelperTouchpads, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
+TEST_F(TouchpadsTest, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
     computer.appear(pad);
     Touchpads touchpads(loop);
     int told = 0;
@@ -81,7 +81,7 @@ TEST_F(HelperTouchpads, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
     EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
 }
 
-TEST_F(HelperTouchpads, ThatNobodyWasToldOfAreFoundByALook) {
+TEST_F(TouchpadsTest, ThatNobodyWasToldOfAreFoundByALook) {
     Touchpads touchpads(loop);
     int told = 0;
     touchpads.onChange = [&] { ++told; };
@@ -93,7 +93,7 @@ TEST_F(HelperTouchpads, ThatNobodyWasToldOfAreFoundByALook) {
     EXPECT_EQ(told, 1);
 }
 
-TEST_F(HelperTouchpads, AreJudgedByThePortTheyAreIn) {
+TEST_F(TouchpadsTest, AreJudgedByThePortTheyAreIn) {
     const std::string built = computer.plugUsb("/devices/pci0000:00/usb1", "1-5", "fixed");
     const std::string free = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
     computer.appear({.input = "input5", .name = "bcm5974", .bus = "0003", .above = built});
@@ -101,21 +101,21 @@ TEST_F(HelperTouchpads, AreJudgedByThePortTheyAreIn) {
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
-TEST_F(HelperTouchpads, OnAHubThatCanBePulledOutAreExternal) {
+TEST_F(TouchpadsTest, OnAHubThatCanBePulledOutAreExternal) {
     const std::string hub = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
     const std::string inside = computer.plugUsb(hub, "1-6.1", "fixed");
     computer.appear({.input = "input5", .name = "Keyboard with a pad", .bus = "0003", .above = inside});
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(HelperTouchpads, ByBluetoothAreExternalThoughTheAdapterIsBuiltIn) {
+TEST_F(TouchpadsTest, ByBluetoothAreExternalThoughTheAdapterIsBuiltIn) {
     const std::string adapter = computer.plugUsb("/devices/pci0000:00/usb1", "1-7", "fixed");
     computer.appear(
         {.input = "input5", .name = "Apple Magic Trackpad", .bus = "0005", .vendor = "05ac", .above = adapter});
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(HelperTouchpads, ThatUdevKnowsToBeExternalAreLeftAlone) {
+TEST_F(TouchpadsTest, ThatUdevKnowsToBeExternalAreLeftAlone) {
     MockInput external = pad;
     external.properties += "ID_INPUT_TOUCHPAD_INTEGRATION=external\n";
     computer.appear(external);
@@ -123,19 +123,19 @@ TEST_F(HelperTouchpads, ThatUdevKnowsToBeExternalAreLeftAlone) {
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(HelperTouchpads, ThatAProgramPlaysAreLeftAlone) {
+TEST_F(TouchpadsTest, ThatAProgramPlaysAreLeftAlone) {
     computer.appear({.input = "input5", .name = "Remote touchpad", .bus = "0006", .above = "/devices/virtual"});
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(HelperTouchpads, OfAnotherSeatAreLeftAlone) {
+TEST_F(TouchpadsTest, OfAnotherSeatAreLeftAlone) {
     MockInput other = pad;
     other.properties += "ID_SEAT=seat1\n";
     computer.appear(other);
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(HelperTouchpads, LeaveThePointingStickOfTheirDeviceAlone) {
+TEST_F(TouchpadsTest, LeaveThePointingStickOfTheirDeviceAlone) {
     MockInput onUsb = pad;
     onUsb.bus = "0003";
     MockInput stick = tagged(twin);
@@ -145,13 +145,13 @@ TEST_F(HelperTouchpads, LeaveThePointingStickOfTheirDeviceAlone) {
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
-TEST_F(HelperTouchpads, HaveATwinOnI2CAlthoughUdevTakesEveryMouseThereForAPointingStick) {
+TEST_F(TouchpadsTest, HaveATwinOnI2CAlthoughUdevTakesEveryMouseThereForAPointingStick) {
     computer.appear(pad);
     computer.appear(tagged(twin));
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
-TEST_F(HelperTouchpads, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) {
+TEST_F(TouchpadsTest, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) {
     MockInput stick = tagged(twin);
     stick.keys = "70000 0 0 0 0";
     computer.appear(pad);
@@ -159,7 +159,7 @@ TEST_F(HelperTouchpads, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) 
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
-TEST_F(HelperTouchpads, TakeNoOtherKeyOfATwinForAMiddleButton) {
+TEST_F(TouchpadsTest, TakeNoOtherKeyOfATwinForAMiddleButton) {
     MockInput mouse = tagged(twin);
     mouse.keys = "40000 30000 0 0 0 40000";
     computer.appear(pad);
@@ -167,7 +167,7 @@ TEST_F(HelperTouchpads, TakeNoOtherKeyOfATwinForAMiddleButton) {
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
-TEST_F(HelperTouchpads, LeaveAloneOnI2CWhatItsDriverKnowsToBeAPointingStick) {
+TEST_F(TouchpadsTest, LeaveAloneOnI2CWhatItsDriverKnowsToBeAPointingStick) {
     MockInput stick = tagged(twin);
     stick.driverProperties = "21";
     computer.appear(pad);

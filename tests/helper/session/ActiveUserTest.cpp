@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-TEST(UserAtTheMachine, IsTheOneOfALocalSessionOfTheirOwnInTheForeground) {
+TEST(ActiveUserTest, IsTheOneOfALocalSessionOfTheirOwnInTheForeground) {
     const ForegroundSession session{1000, "user", "active", false};
     EXPECT_EQ(userAtTheMachine(session), 1000U);
     EXPECT_EQ(userAtTheMachine(std::nullopt), std::nullopt);
@@ -107,7 +107,7 @@ class Listener {
     ActiveUser user{loop_};
 };
 
-TEST(ActiveUser, IsKnownFromTheStartAndFollowsEachSwitch) {
+TEST(ActiveUserTest, IsKnownFromTheStartAndFollowsEachSwitch) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         manager.session("1", 1000);
@@ -132,7 +132,7 @@ TEST(ActiveUser, IsKnownFromTheStartAndFollowsEachSwitch) {
     });
 }
 
-TEST(ActiveUser, IsNobodyAsSoonAsTheirSessionIsOnItsWayOutOrGone) {
+TEST(ActiveUserTest, IsNobodyAsSoonAsTheirSessionIsOnItsWayOutOrGone) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         manager.session("1", 1000);
@@ -148,7 +148,7 @@ TEST(ActiveUser, IsNobodyAsSoonAsTheirSessionIsOnItsWayOutOrGone) {
     });
 }
 
-TEST(ActiveUser, IsNoticedThroughFilesThatAreDamagedOrNotThere) {
+TEST(ActiveUserTest, IsNoticedThroughFilesThatAreDamagedOrNotThere) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         Listener listener;
@@ -165,7 +165,7 @@ TEST(ActiveUser, IsNoticedThroughFilesThatAreDamagedOrNotThere) {
     });
 }
 
-TEST(ActiveUser, IsNotToldAnewWhereItIsTheSameOne) {
+TEST(ActiveUserTest, IsNotToldAnewWhereItIsTheSameOne) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         manager.session("1", 1000);
@@ -182,7 +182,7 @@ TEST(ActiveUser, IsNotToldAnewWhereItIsTheSameOne) {
     });
 }
 
-TEST(ActiveUser, NeedsALoginManager) {
+TEST(ActiveUserTest, NeedsALoginManager) {
     inPrivateMachine([](uid_t) {
         Loop loop;
         EXPECT_THROW(ActiveUser user(loop), std::system_error);

@@ -90,7 +90,7 @@ class Rig {
     ApplicationWatch watch{loop_};
 };
 
-TEST(ApplicationWatch, TellsTheEndOfTheUsersApplicationAtOnceHoweverItEnds) {
+TEST(ApplicationWatchTest, TellsTheEndOfTheUsersApplicationAtOnceHoweverItEnds) {
     inPrivateMachine([](uid_t user) {
         for (const int signal : {SIGKILL, SIGTERM, SIGABRT}) {
             Rig rig;
@@ -107,7 +107,7 @@ TEST(ApplicationWatch, TellsTheEndOfTheUsersApplicationAtOnceHoweverItEnds) {
     });
 }
 
-TEST(ApplicationWatch, GoesOnWithAnotherApplicationOfThatUser) {
+TEST(ApplicationWatchTest, GoesOnWithAnotherApplicationOfThatUser) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process one(user);
@@ -122,7 +122,7 @@ TEST(ApplicationWatch, GoesOnWithAnotherApplicationOfThatUser) {
     });
 }
 
-TEST(ApplicationWatch, TakesNoOtherNameForIt) {
+TEST(ApplicationWatchTest, TakesNoOtherNameForIt) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         for (const std::string name : {"ble-kovra-ui", "ble-kovra-helper", "ble-kovr", "xble-kovra", "BLE-kovra", ""}) {
@@ -132,7 +132,7 @@ TEST(ApplicationWatch, TakesNoOtherNameForIt) {
     });
 }
 
-TEST(ApplicationWatch, TakesNobodyElsesForTheUsers) {
+TEST(ApplicationWatchTest, TakesNobodyElsesForTheUsers) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
@@ -151,7 +151,7 @@ TEST(ApplicationWatch, TakesNobodyElsesForTheUsers) {
     });
 }
 
-TEST(ApplicationWatch, OneThatIsStoppedLivesAndOneThatIsNotBuriedYetDoesNot) {
+TEST(ApplicationWatchTest, OneThatIsStoppedLivesAndOneThatIsNotBuriedYetDoesNot) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
@@ -164,7 +164,7 @@ TEST(ApplicationWatch, OneThatIsStoppedLivesAndOneThatIsNotBuriedYetDoesNot) {
     });
 }
 
-TEST(ApplicationWatch, ForgetsTheOneThatItHeld) {
+TEST(ApplicationWatchTest, ForgetsTheOneThatItHeld) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
@@ -176,7 +176,7 @@ TEST(ApplicationWatch, ForgetsTheOneThatItHeld) {
     });
 }
 
-TEST(ApplicationWatch, LetsGoOfOneThatHasBecomeAnotherProgram) {
+TEST(ApplicationWatchTest, LetsGoOfOneThatHasBecomeAnotherProgram) {
     inPrivateMachine([](uid_t user) {
         ::prctl(PR_SET_NAME, "ble-kovra");
         Rig rig;
@@ -191,7 +191,7 @@ TEST(ApplicationWatch, LetsGoOfOneThatHasBecomeAnotherProgram) {
 // The next process gets this number.
 void numberNext(pid_t number) { writeFile("/proc/sys/kernel/ns_last_pid", std::to_string(number - 1)); }
 
-TEST(ApplicationWatch, HoldsTheApplicationAndNotTheProgramThatItIsJustStarting) {
+TEST(ApplicationWatchTest, HoldsTheApplicationAndNotTheProgramThatItIsJustStarting) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         int becomes[2];
@@ -265,7 +265,7 @@ class ApplicationThatStartsAProgram {
     Descriptor becomes_;
 };
 
-TEST(ApplicationWatch, DoesNotTakeForTheApplicationForLongTheProgramThatItWasStartingWhenItWasKilled) {
+TEST(ApplicationWatchTest, DoesNotTakeForTheApplicationForLongTheProgramThatItWasStartingWhenItWasKilled) {
     inPrivateMachine([](uid_t user) {
         // It is another program before it is looked at again, or only after that, where it has to come off a slow disk.
         for (const auto delay : {10ms, 400ms}) {
@@ -281,7 +281,7 @@ TEST(ApplicationWatch, DoesNotTakeForTheApplicationForLongTheProgramThatItWasSta
     });
 }
 
-TEST(ApplicationWatch, LooksNoMoreForWhomItHasForgotten) {
+TEST(ApplicationWatchTest, LooksNoMoreForWhomItHasForgotten) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const ApplicationThatStartsAProgram application(user);

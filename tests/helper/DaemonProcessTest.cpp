@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <optional>
+
+#include "helper/Daemon.h"
+#include "helper/session/ApplicationWatch.h"
+#include "tests/helper/DaemonRig.h"
+
+namespace kovra::helper {
+namespace {
+
+// With a process that is really there.
+class DaemonProcessTest : public testing::Test {
+  protected:
+    DaemonProcessTest() {
+        rig.start();
+        rig.daemon = std::make_unique<Daemon>(
+            rig.flag.loop(),
+            Daemon::People{.atTheMachine = [this] { return std::optional(user); },
+                           .runsTheApplication = [this](uid_t of) { return application.lives(of); },
+                           .forgetTheApplication = [this] { application.forget(); }},
+            rig.flag.folder(), *rig.touchpads, *rig.muter);
+        application.onEnd = [this] { rig.daemon->evaluate(); };
+        rig.daemon->evaluate();
+    }
+    ~DaemonProcessTest() override { kill(SIGKILL); }
+
+    void startApplication() {
+        process = ::fork();
+        ASSERT_GE(process, 0);
+        if (process == 0) {
+            if (::geteuid() == 0 && ::setresuid(user, user, user) != 0) ::_exit(1);
+            ::prctl(PR_SET_NAME, "ble-kovra");
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            while (true) ::pause();
+        }
+        ASSERT_TRUE(rig.flag.waitUntil([&] { return application.lives(user); }));
+    }
+    void kill(int signal) {
+        if (process <= 0) return;
+        ::kill(process, signal);
+        if (signal != SIGKILL) return;
+        ::waitpid(process, nullptr, 0);
+        process = 0;
+    }
+
+    DaemonRig rig;
+    const uid_t user = ::geteuid() == 0 ? alice : ::geteuid();
+    ApplicationWatch application{rig.flag.loop()};
+    pid_t process = 0;
+};
+
+TEST_F(DaemonProcessTest, ThatIsKilledGivesThePadBackWithinASecond) {
+    startApplication();
+    rig.flag.write(user, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    const auto killed = std::chrono::steady_clock::now();
+    kill(SIGKILL);
+    EXPECT_TRUE(rig.becomes("0"));
+    EXPECT_LT(std::chrono::steady_clock::now() - killed, std::chrono::seconds(1));
+    EXPECT_EQ(rig.flag.content(), "on");
+}
+
+TEST_F(DaemonProcessTest, ThatIsStoppedChangesNothing) {
+    startApplication();
+    rig.flag.write(user, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    kill(SIGSTOP);
+    rig.settle();
+    rig.daemon->evaluate();
+    EXPECT_TRUE(rig.is("1"));
+    kill(SIGCONT);
+}
+
+TEST_F(DaemonProcessTest, ThatStartsAgainMutesAgain) {
+    startApplication();
+    rig.flag.write(user, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    kill(SIGKILL);
+    ASSERT_TRUE(rig.becomes("0"));
+    startApplication();
+    rig.flag.write(user, "on");
+    EXPECT_TRUE(rig.becomes("1"));
+}
+
+}  // namespace
+}  // namespace kovra::helper

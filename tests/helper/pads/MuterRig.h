@@ -1,0 +1,36 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "helper/Loop.h"
+#include "helper/pads/Muter.h"
+#include "helper/pads/Records.h"
+#include "tests/helper/pads/InputFolder.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra::helper {
+
+using Names = std::set<std::string>;
+
+// Two input devices, and a muter for them.
+class MuterRig : public testing::Test {
+  protected:
+    MuterRig() {
+        computer.plug("input5");
+        computer.plug("input6");
+    }
+    Names recorded() const { return Records(runtime).names(); }
+
+    const TempFolder folder;
+    const std::string runtime = folder / "run";
+    InputFolder computer;
+    const InputClass inputs = computer.inputs();
+    Loop loop;
+    Records records{runtime};
+    Muter muter{loop, records, inputs};
+};
+
+}  // namespace kovra::helper
