@@ -19,10 +19,10 @@ ClockWatch::ClockWatch(Loop& loop, std::function<void()> onJump)
     if (!timer_.isOpen() ||
         ::timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr) != 0)
         throw std::system_error(errno, std::generic_category(), "clock");
-    watch_ = loop.onReadable(timer_.number(), [this] { hear(); });
+    watch_ = loop.onReadable(timer_.number(), [this] { readTimer(); });
 }
 
-void ClockWatch::hear() {
+void ClockWatch::readTimer() {
     std::uint64_t expirations = 0;
     if (::read(timer_.number(), &expirations, sizeof expirations) < 0 && errno == ECANCELED) onJump_();
 }

@@ -8,15 +8,16 @@
 
 namespace kovra::helper {
 
-// Rings when the computer has woken from sleep, or its clock was set: what had been said before may be out of date.
-// Without the login manager's help, by a timer that is never due, and that the kernel cancels at both.
+// Calls back when the computer has resumed from sleep or the real-time clock was set. Earlier notifications may then be
+// out of date. It uses a timer that never expires and that the kernel cancels in both cases, so it needs no login
+// manager.
 class ClockWatch {
   public:
-    // Throws std::system_error where the system has no descriptor left for it.
+    // Throws std::system_error if the timer cannot be created.
     ClockWatch(Loop& loop, std::function<void()> onJump);
 
   private:
-    void hear();
+    void readTimer();
 
     Descriptor timer_;
     std::function<void()> onJump_;

@@ -4,64 +4,65 @@
 
 namespace kovra::helper {
 
-Daemon::Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
-               Pauses untilTheNextHandOver)
+Daemon::Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
+               Backoff handOverBackoff)
     : loop_(loop),
-      people_(std::move(people)),
+      session_(std::move(session)),
       flag_(flag),
       touchpads_(touchpads),
       muter_(muter),
-      clock_(loop, [this] { lookAtEverything(); }),
-      untilTheNextHandOver_(untilTheNextHandOver) {
+      clock_(loop, [this] { rescan(); }),
+      handOverBackoff_(handOverBackoff) {
     touchpads_.onChange = [this] { evaluate(); };
     flag_.onChange = [this] { evaluate(); };
-    flag_.onLost = [this] { flagIsLost(); };
+    flag_.onLost = [this] { handleLostFlag(); };
 }
 
 void Daemon::evaluate() {
     if (hasFailed_) return;
-    const std::optional<uid_t> user = people_.atTheMachine();
-    if (flagIsTheirs(user) && shouldMute(user))
-        muter_.muteExactly(touchpads_.inputs());
+    const std::optional<uid_t> user = session_.activeUser();
+    if (ensureFlagOf(user) && shouldMute(user))
+        muter_.muteOnly(touchpads_.inputs());
     else
-        muter_.muteExactly({});
+        muter_.muteOnly({});
 }
 
-// Nobody's touchpad waits for a hand-over: what the one before had muted is given back first. What one that fails does
-// in the folder is told of like all else there, and must not lead to the next one.
-bool Daemon::flagIsTheirs(std::optional<uid_t> user) {
-    const bool isTheirs = flag_.isOf(user);
-    if (!isTheirs && handOverAgain_ && refused_ == user) return false;
-    handOverAgain_.reset();
-    if (!isTheirs) muter_.muteExactly({});
-    if (isTheirs || flag_.handOver(user)) {
-        untilTheNextHandOver_.startAnew();
+// Hands the flag over unless it is already the one of this user. The pads that were muted for that user are unmuted
+// first, because a hand-over takes time. A failing hand-over changes files in the folder, which causes an evaluation;
+// that evaluation must not retry it at once.
+bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
+    const bool hasFlag = flag_.isFlagOf(user);
+    if (!hasFlag && handOverRetry_ && handOverFailedFor_ == user) return false;
+    handOverRetry_.reset();
+    if (!hasFlag) muter_.muteOnly({});
+    if (hasFlag || flag_.handOver(user)) {
+        handOverBackoff_.reset();
         return true;
     }
-    if (refused_ != user) untilTheNextHandOver_.startAnew();
-    refused_ = user;
-    handOverAgain_ = loop_.after(untilTheNextHandOver_.next(), [this] {
-        handOverAgain_.reset();
+    if (handOverFailedFor_ != user) handOverBackoff_.reset();
+    handOverFailedFor_ = user;
+    handOverRetry_ = loop_.after(handOverBackoff_.nextDelay(), [this] {
+        handOverRetry_.reset();
         evaluate();
     });
     return false;
 }
 
-// The application is looked for before the flag says "on", since looking through all processes takes its time.
+// Searching all processes takes time. So the application is found in advance, while the flag still says "off".
 bool Daemon::shouldMute(std::optional<uid_t> user) {
-    if (user) return people_.runsTheApplication(*user) && flag_.saysOn();
-    people_.forgetTheApplication();
+    if (user) return session_.isApplicationRunning(*user) && flag_.isOn();
+    session_.releaseApplication();
     return false;
 }
 
-void Daemon::lookAtEverything() {
-    touchpads_.look();
+void Daemon::rescan() {
+    touchpads_.rescan();
     evaluate();
 }
 
-void Daemon::flagIsLost() {
+void Daemon::handleLostFlag() {
     hasFailed_ = true;
-    muter_.muteExactly({});
+    muter_.muteOnly({});
     loop_.stop();
 }
 

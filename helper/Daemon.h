@@ -7,51 +7,52 @@
 #include <memory>
 #include <optional>
 
+#include "helper/Backoff.h"
 #include "helper/ClockWatch.h"
 #include "helper/Loop.h"
 #include "helper/flag/FlagFolder.h"
-#include "helper/pads/GiveBack.h"
 #include "helper/pads/Muter.h"
 #include "helper/pads/Touchpads.h"
 
 namespace kovra::helper {
 
-// Decides when the touchpads are muted: while somebody is at the machine, the flag in place is theirs and says "on",
-// and their application lives. Whatever of that fails, in whatever way, means that they are not.
+// Decides when the touchpads are muted: while there is a user at the machine, the flag belongs to that user and says
+// "on", and the user's application is running. If any of this fails, for whatever reason, the touchpads are unmuted.
 class Daemon {
   public:
-    // What is asked of the login manager and of the list of processes.
-    struct People {
-        std::function<std::optional<uid_t>()> atTheMachine;
-        std::function<bool(uid_t)> runsTheApplication;
-        std::function<void()> forgetTheApplication;  // until the next question about it
+    // The daemon's questions to the login manager and to the list of processes.
+    struct Session {
+        std::function<std::optional<uid_t>()> activeUser;
+        std::function<bool(uid_t)> isApplicationRunning;
+        std::function<void()> releaseApplication;  // stops watching it until it is asked for again
     };
 
-    // A hand-over that failed is tried again after these pauses, and else only for another user.
-    Daemon(Loop& loop, People people, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
-           Pauses untilTheNextHandOver = Pauses(std::chrono::seconds(2), std::chrono::minutes(5)));
+    // A failed hand-over is retried with these delays, and without delay for another user.
+    Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
+           Backoff handOverBackoff = Backoff(std::chrono::seconds(2), std::chrono::minutes(5)));
 
-    // Looks at everything it is told of elsewhere, and mutes or gives back. Whoever knows more of the people calls it.
+    // Checks all conditions, and mutes or unmutes the touchpads. The owner calls it when an answer of the session has
+    // changed; the daemon itself calls it for all other changes.
     void evaluate();
 
-    // The loop was stopped because there is no flag any more.
+    // Whether the daemon has stopped the loop because it has lost the flag's folder.
     bool hasFailed() const { return hasFailed_; }
 
   private:
-    bool flagIsTheirs(std::optional<uid_t> user);
+    bool ensureFlagOf(std::optional<uid_t> user);
     bool shouldMute(std::optional<uid_t> user);
-    void lookAtEverything();
-    void flagIsLost();
+    void rescan();
+    void handleLostFlag();
 
     Loop& loop_;
-    People people_;
+    Session session_;
     FlagFolder& flag_;
     Touchpads& touchpads_;
     Muter& muter_;
     ClockWatch clock_;
-    Pauses untilTheNextHandOver_;
-    std::optional<uid_t> refused_;  // whose flag is to be handed over again, while that is waited for
-    std::unique_ptr<Loop::Watch> handOverAgain_;
+    Backoff handOverBackoff_;
+    std::optional<uid_t> handOverFailedFor_;  // valid while handOverRetry_ is set
+    std::unique_ptr<Loop::Watch> handOverRetry_;
     bool hasFailed_ = false;
 };
 

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <utility>
 
 namespace kovra::helper {
 
-// Owns a descriptor and closes it. Made from what open(2) and its like returned, an error too.
+// Owns a file descriptor and closes it. Takes the result of open(2) and similar calls as it is, including an error.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -26,5 +27,13 @@ class Descriptor {
   private:
     int number_ = -1;
 };
+
+// Whether both descriptors are open and refer to the same file.
+inline bool isSameFile(const Descriptor& one, const Descriptor& other) {
+    struct stat first {};
+    struct stat second {};
+    return ::fstat(one.number(), &first) == 0 && ::fstat(other.number(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
 
 }  // namespace kovra::helper

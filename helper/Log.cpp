@@ -8,11 +8,11 @@
 namespace kovra::helper {
 
 void log(Severity severity, std::string_view line) {
-    static std::string before;
+    static std::string previous;
     std::string text = "<" + std::to_string(static_cast<int>(severity)) + ">" + std::string(line) + "\n";
-    if (text == before) return;
-    before = std::move(text);
-    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, before.data(), before.size());
+    if (text == previous) return;
+    previous = std::move(text);
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, previous.data(), previous.size());
 }
 
 void logError(std::string_view what, int error) {

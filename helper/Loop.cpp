@@ -13,14 +13,14 @@ namespace kovra::helper {
 
 namespace {
 
-// sd-event rounds wake-ups together, by up to 250 ms, unless it is told how exact they must be.
+// By default sd-event delays a timer by up to 250 ms in order to wake up less often.
 constexpr std::uint64_t accuracyMicroseconds = 1;
 
 void check(int result, const char* what) {
     if (result < 0) throw std::system_error(-result, std::generic_category(), what);
 }
 
-// sd-event's own notion of now is the moment at which it last woke up, which may be long past.
+// sd_event_now() is the time of the last wake-up, which may be long past.
 std::chrono::microseconds monotonic() {
     timespec now{};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
@@ -34,21 +34,23 @@ class Loop::Source : public Loop::Watch {
   public:
     Source(Loop& loop, Work work) : loop_(loop), work_(std::make_shared<Work>(std::move(work))) {}
 
-    void readable(int descriptor) { add("descriptor", sd_event_add_io, descriptor, EPOLLIN, rangReadable); }
-    void due(std::chrono::microseconds when) {
-        add("timer", sd_event_add_time, CLOCK_MONOTONIC, static_cast<std::uint64_t>(when.count()), accuracyMicroseconds,
-            rangDue);
+    void watchDescriptor(int descriptor) {
+        add("descriptor", sd_event_add_io, descriptor, EPOLLIN, descriptorIsReadable);
     }
-    void signal(int number) {
+    void watchTime(std::chrono::microseconds when) {
+        add("timer", sd_event_add_time, CLOCK_MONOTONIC, static_cast<std::uint64_t>(when.count()), accuracyMicroseconds,
+            timeIsReached);
+    }
+    void watchSignal(int number) {
         sigset_t one;
         sigemptyset(&one);
         sigaddset(&one, number);
         ::sigprocmask(SIG_BLOCK, &one, nullptr);
-        add("signal", sd_event_add_signal, number, rangSignal);
+        add("signal", sd_event_add_signal, number, signalHasArrived);
     }
 
   private:
-    // Adds a source by a function of sd-event, which takes the arguments between the new source and the context.
+    // Calls one of the functions sd_event_add_...(event, &source, arguments..., context).
     template <typename Function, typename... Arguments>
     void add(const char* what, Function function, Arguments... arguments) {
         sd_event_source* source = nullptr;
@@ -56,12 +58,12 @@ class Loop::Source : public Loop::Watch {
         source_.reset(source);
     }
 
-    static int rangReadable(sd_event_source*, int, std::uint32_t, void* context) { return rang(context); }
-    static int rangDue(sd_event_source*, std::uint64_t, void* context) { return rang(context); }
-    static int rangSignal(sd_event_source*, const signalfd_siginfo*, void* context) { return rang(context); }
-    static int rang(void* context) {
+    static int descriptorIsReadable(sd_event_source*, int, std::uint32_t, void* context) { return makeReady(context); }
+    static int timeIsReached(sd_event_source*, std::uint64_t, void* context) { return makeReady(context); }
+    static int signalHasArrived(sd_event_source*, const signalfd_siginfo*, void* context) { return makeReady(context); }
+    static int makeReady(void* context) {
         auto* source = static_cast<Source*>(context);
-        if (source != nullptr) source->loop_.rung_ = source->work_;
+        if (source != nullptr) source->loop_.ready_ = source->work_;
         return 0;
     }
 
@@ -80,27 +82,27 @@ Loop::~Loop() = default;
 
 std::unique_ptr<Loop::Watch> Loop::onReadable(int descriptor, Work work) {
     auto source = std::make_unique<Source>(*this, std::move(work));
-    source->readable(descriptor);
+    source->watchDescriptor(descriptor);
     return source;
 }
 
 std::unique_ptr<Loop::Watch> Loop::after(std::chrono::milliseconds delay, Work work) {
     auto source = std::make_unique<Source>(*this, std::move(work));
-    source->due(monotonic() + delay);
+    source->watchTime(monotonic() + delay);
     return source;
 }
 
 std::unique_ptr<Loop::Watch> Loop::onSignal(int number, Work work) {
     auto source = std::make_unique<Source>(*this, std::move(work));
-    source->signal(number);
+    source->watchSignal(number);
     return source;
 }
 
 void Loop::run() {
-    stopped_ = false;
-    while (!stopped_) {
+    isStopped_ = false;
+    while (!isStopped_) {
         check(sd_event_run(event_.get(), std::numeric_limits<std::uint64_t>::max()), "event loop");
-        if (const auto work = std::exchange(rung_, nullptr)) (*work)();
+        if (const auto work = std::exchange(ready_, nullptr)) (*work)();
     }
 }
 

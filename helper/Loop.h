@@ -10,22 +10,22 @@
 
 namespace kovra::helper {
 
-// The daemon's event loop, on sd-event: one thread, asleep without a tick while nothing happens.
+// The daemon's event loop, on top of sd-event. It has one thread, and does not wake up while nothing happens.
 //
-// sd-event's callbacks only ring. What they ring for runs right after, outside sd-event's dispatch, one piece of work
-// at a time; so it may let go of its own Watch, and of any other, which then rings no more. An exception that leaves a
-// piece of work leaves run().
+// The callbacks of sd-event only note which work is ready. The loop then runs that work outside sd-event's dispatch,
+// one piece at a time. Work may therefore destroy any Watch, including its own; work whose Watch was destroyed does not
+// run again. An exception thrown by work propagates out of run().
 class Loop {
   public:
     using Work = std::function<void()>;
 
-    // Throws std::system_error where the system has no descriptor left for it.
+    // Throws std::system_error if sd-event fails, for example because no file descriptor is left.
     Loop();
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
     ~Loop();
 
-    // What is watched, until it is let go of. Must not outlive the loop.
+    // An event source. It is removed from the loop when its Watch is destroyed, and the loop must outlive it.
     class Watch {
       public:
         Watch() = default;
@@ -34,26 +34,27 @@ class Loop {
         virtual ~Watch() = default;
     };
 
-    // Rings for as long as there is something to read, a hang-up or an error, and so until the work has dealt with it.
-    // A pidfd is readable once its process has ended, a timerfd once it is due or cancelled. The descriptor stays the
-    // caller's and must stay open as long as the watch. All three throw std::system_error as the constructor does.
+    // Runs the work while the descriptor is readable, hung up or in error, until the work has handled that. A pidfd is
+    // readable once its process has exited, a timerfd once it has expired or was cancelled. The caller keeps the
+    // descriptor open for as long as the Watch exists. Throws std::system_error like the constructor.
     std::unique_ptr<Watch> onReadable(int descriptor, Work work);
-    // Once, not before the delay is over and within microseconds of it.
+    // Runs the work once, never before the delay is over. Throws like the constructor.
     std::unique_ptr<Watch> after(std::chrono::milliseconds delay, Work work);
-    // The signal is blocked from here on, and stays so.
+    // Runs the work when the signal arrives. The signal is blocked from now on, also after the Watch is destroyed.
+    // Throws like the constructor.
     std::unique_ptr<Watch> onSignal(int number, Work work);
 
-    // Turns until stop(), whoever calls it.
+    // Runs ready work until stop() is called.
     void run();
-    // From a piece of work: no other one runs, and run() returns.
-    void stop() { stopped_ = true; }
+    // Called from work: run() returns as soon as that work is done, and no other work runs.
+    void stop() { isStopped_ = true; }
 
   private:
     class Source;
 
     Handle<sd_event, sd_event_unref> event_;
-    std::shared_ptr<Work> rung_;  // sd-event rings for one thing in each of its turns
-    bool stopped_ = false;
+    std::shared_ptr<Work> ready_;  // one at most: sd-event dispatches one source in each iteration
+    bool isStopped_ = false;
 };
 
 }  // namespace kovra::helper

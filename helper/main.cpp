@@ -1,5 +1,5 @@
-// ble-kovra-helper: mutes the built-in touchpads while the flag of the user at the machine says so. With "--release" it
-// gives back what such a process, however it ended, has left muted.
+// ble-kovra-helper mutes the built-in touchpads while the flag of the user at the machine says "on". With "--release"
+// it unmutes the touchpads that an earlier process has left muted, however that process ended.
 
 #include <systemd/sd-daemon.h>
 
@@ -18,11 +18,11 @@
 #include "helper/Log.h"
 #include "helper/Loop.h"
 #include "helper/flag/FlagFolder.h"
-#include "helper/pads/GiveBack.h"
-#include "helper/pads/InputClass.h"
+#include "helper/pads/InhibitedAttribute.h"
+#include "helper/pads/MutedPads.h"
 #include "helper/pads/Muter.h"
-#include "helper/pads/Records.h"
 #include "helper/pads/Touchpads.h"
+#include "helper/pads/Unmute.h"
 #include "helper/session/ActiveUser.h"
 #include "helper/session/ApplicationWatch.h"
 
@@ -31,31 +31,32 @@ namespace {
 
 constexpr const char* flagFolder = "/Library/Application Support/ble-kovra";
 constexpr const char* runtimeFolder = "/run/ble-kovra-helper";
-// A driver that refuses its touchpad does so for a moment, as after waking from sleep.
-constexpr std::chrono::seconds patienceAtTheEnd{10};
+// A driver may refuse to resume its touchpad for a moment, for example after sleep.
+constexpr std::chrono::seconds unmuteTimeout{10};
 
-constexpr std::chrono::seconds untilTheNextStart{30};
-// Whatever a person may end it with; what no process hears of is for the next start to deal with.
-constexpr std::initializer_list<int> endings{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM};
+constexpr std::chrono::seconds restartDelay{30};
+// All signals that usually terminate a process and can be caught. After SIGKILL the next start unmutes the touchpads.
+constexpr std::initializer_list<int> terminationSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM};
 
-// A service manager starts what has ended anew at once, as it should after a crash. What keeps the daemon from starting
-// may last, as a link in the way of the flag does, and must not keep the machine busy.
-void waitForTheNextStart() {
+// Under a service manager, waits before the process ends because it could not start. systemd restarts the service one
+// second after any end, as it should after a crash. The cause of a failed start may last, for example a link in the
+// flag's path, and must not keep the machine busy.
+void delayRestart() {
     if (::sd_notify(0, "STATUS=Cannot start; trying again") <= 0) return;
     sigset_t awaited;
     ::sigemptyset(&awaited);
-    for (const int signal : endings) ::sigaddset(&awaited, signal);
+    for (const int signal : terminationSignals) ::sigaddset(&awaited, signal);
     ::sigprocmask(SIG_BLOCK, &awaited, nullptr);
-    const timespec time{untilTheNextStart.count(), 0};
+    const timespec time{restartDelay.count(), 0};
     ::sigtimedwait(&awaited, nullptr, &time);
 }
 
-int serve(Records& records, const InputClass& inputs, bool& hasStarted) {
+int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, bool& hasStarted) {
     Loop loop;
     std::vector<std::unique_ptr<Loop::Watch>> watches;
-    for (const int signal : endings) watches.push_back(loop.onSignal(signal, [&loop] { loop.stop(); }));
-    Muter muter(loop, records, inputs);
-    muter.muteExactly({});  // whatever a process before this one has left
+    for (const int signal : terminationSignals) watches.push_back(loop.onSignal(signal, [&loop] { loop.stop(); }));
+    Muter muter(loop, mutedPads, attribute);
+    muter.muteOnly({});  // unmutes what an earlier process has left
 
     const auto flag = FlagFolder::open(loop, flagFolder);
     if (!flag) return 1;
@@ -63,9 +64,9 @@ int serve(Records& records, const InputClass& inputs, bool& hasStarted) {
     ApplicationWatch application(loop);
     Touchpads touchpads(loop);
     Daemon daemon(loop,
-                  {.atTheMachine = [&] { return user.current(); },
-                   .runsTheApplication = [&](uid_t of) { return application.lives(of); },
-                   .forgetTheApplication = [&] { application.forget(); }},
+                  {.activeUser = [&] { return user.current(); },
+                   .isApplicationRunning = [&](uid_t owner) { return application.isRunning(owner); },
+                   .releaseApplication = [&] { application.release(); }},
                   *flag, touchpads, muter);
     user.onChange = application.onEnd = [&] { daemon.evaluate(); };
     daemon.evaluate();
@@ -75,27 +76,27 @@ int serve(Records& records, const InputClass& inputs, bool& hasStarted) {
     return daemon.hasFailed() ? 1 : 0;
 }
 
-// Whoever has the records is the only one to mute and to give back.
+// The lock makes this the only process that mutes and unmutes.
 int run(bool isRelease) {
-    const InputClass inputs;
-    Records records(runtimeFolder);
-    const int error = records.claim(isRelease ? Records::IfMissing::leave : Records::IfMissing::make);
+    const InhibitedAttribute attribute;
+    MutedPads mutedPads(runtimeFolder);
+    const int error = mutedPads.lock(isRelease ? MutedPads::IfMissing::fail : MutedPads::IfMissing::create);
     if (error == EWOULDBLOCK) {
         log(Severity::error, isRelease ? "ble-kovra-helper runs: stop it first" : "another ble-kovra-helper runs");
-        if (!isRelease) waitForTheNextStart();
+        if (!isRelease) delayRestart();
         return 1;
     }
-    // What cannot be read may hold something; where there is nothing there is nothing to give back.
+    // A folder that is missing holds no muted pads. One that cannot be read may hold some.
     int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
     bool hasStarted = isRelease;
     try {
-        if (!isRelease) result = serve(records, inputs, hasStarted);
+        if (!isRelease) result = serve(mutedPads, attribute, hasStarted);
     } catch (const std::exception& failure) {
         log(Severity::error, failure.what());
         result = 1;
     }
-    if (!giveBackAll(records, inputs, patienceAtTheEnd)) result = 1;
-    if (result != 0 && !hasStarted) waitForTheNextStart();
+    if (!unmuteAll(mutedPads, attribute, unmuteTimeout)) result = 1;
+    if (result != 0 && !hasStarted) delayRestart();
     return result;
 }
 
@@ -108,7 +109,7 @@ int main(int count, char** arguments) {
         std::fputs("usage: ble-kovra-helper [--release]\n", stderr);
         return 2;
     }
-    // A line for the log must not end whoever still has touchpads to give back.
+    // A closed log must not end the process before it has unmuted the touchpads.
     std::signal(SIGPIPE, SIG_IGN);
     return kovra::helper::run(isRelease);
 }

@@ -22,15 +22,15 @@ namespace {
 
 using AccessList = Handle<std::remove_pointer_t<acl_t>, ::acl_free>;
 
-// The whole access control list of a file that this user may write beside its owner, in the form of acl(5) with numbers
-// for names: no look-up of names is needed in either direction.
-std::string entries(std::optional<uid_t> user) {
+// The complete access control list of a file that the owner and this user can write, in the text form of acl(5). It
+// names users by number, so that no user database is read.
+std::string listFor(std::optional<uid_t> user) {
     if (!user) return "u::rw-,g::r--,o::r--";
     return "u::rw-,u:" + std::to_string(*user) + ":rw-,g::r--,m::rw-,o::r--";
 }
 
-// Empty where it cannot be read.
-std::string entriesOf(int file) {
+// An empty string if the list cannot be read.
+std::string listOf(int file) {
     const AccessList list(acl_get_fd(file));
     if (!list) return {};
     const Handle<char, ::acl_free> text(acl_to_any_text(list.get(), nullptr, ',', TEXT_ABBREVIATE | TEXT_NUMERIC_IDS));
@@ -42,8 +42,8 @@ std::string entriesOf(int file) {
 std::optional<FlagFile> FlagFile::open(int folder, const char* name, uid_t owner) {
     Descriptor file(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     struct stat status {};
-    const bool is = file.isOpen() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
-    if (!is || status.st_uid != owner) return std::nullopt;
+    const bool isRegular = file.isOpen() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
+    if (!isRegular || status.st_uid != owner) return std::nullopt;
     return FlagFile(std::move(file));
 }
 
@@ -60,41 +60,41 @@ std::optional<FlagFile> FlagFile::create(int folder, const char* name, Content c
 }
 
 FlagFile::Content FlagFile::content() const {
-    std::array<char, 4> text{};  // more than two, to see that there is no more
+    std::array<char, 4> text{};  // longer than "on", so that further bytes are noticed
     const ssize_t size = ::pread(file_.number(), text.data(), text.size(), 0);
     return size == 2 && text[0] == 'o' && text[1] == 'n' ? Content::on : Content::off;
 }
 
-void FlagFile::cut() const {
+void FlagFile::truncate() const {
     constexpr off_t longest = 3;
-    constexpr blkcnt_t most = 4096 / 512;
+    constexpr blkcnt_t mostBlocks = 4096 / 512;
     struct stat status {};
-    if (::fstat(file_.number(), &status) != 0 || (status.st_size <= longest && status.st_blocks <= most)) return;
+    if (::fstat(file_.number(), &status) != 0 || (status.st_size <= longest && status.st_blocks <= mostBlocks)) return;
     const std::string path = "/proc/self/fd/" + std::to_string(file_.number());
     const Descriptor writing(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-    // Also to the length that it has: that frees what was set aside behind its end (fallocate). Where it fails the flag
-    // says what it did, and the next one tries again.
-    if (writing.isOpen() && ::ftruncate(writing.number(), std::min(status.st_size, longest)) != 0) return;
+    if (!writing.isOpen()) return;
+    // Truncating a file to its current length frees what fallocate(2) has allocated beyond its end.
+    [[maybe_unused]] const int result = ::ftruncate(writing.number(), std::min(status.st_size, longest));
 }
 
-bool FlagFile::hasOtherNames() const {
+bool FlagFile::hasOtherLinks() const {
     struct stat status {};
     return ::fstat(file_.number(), &status) != 0 || status.st_nlink != 1;
 }
 
-bool FlagFile::isWritableBy(std::optional<uid_t> user) const { return entriesOf(file_.number()) == entries(user); }
+bool FlagFile::isWritableBy(std::optional<uid_t> user) const { return listOf(file_.number()) == listFor(user); }
 
 std::optional<uid_t> FlagFile::writer() const {
-    const std::string list = entriesOf(file_.number());
+    const std::string list = listOf(file_.number());
     constexpr std::string_view owner = "u::rw-,u:";
     if (!list.starts_with(owner)) return std::nullopt;
     uid_t user = 0;
     std::from_chars(list.data() + owner.size(), list.data() + list.size(), user);
-    return list == entries(user) ? std::optional(user) : std::nullopt;
+    return list == listFor(user) ? std::optional(user) : std::nullopt;
 }
 
-bool FlagFile::letWrite(std::optional<uid_t> user) const {
-    const AccessList list(acl_from_text(entries(user).c_str()));
+bool FlagFile::grantWriteTo(std::optional<uid_t> user) const {
+    const AccessList list(acl_from_text(listFor(user).c_str()));
     return list && acl_set_fd(file_.number(), list.get()) == 0;
 }
 

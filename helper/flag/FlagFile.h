@@ -3,36 +3,39 @@
 #include <sys/types.h>
 
 #include <optional>
+#include <utility>
 
 #include "helper/Descriptor.h"
 
 namespace kovra::helper {
 
-// One file of the flag's kind: a plain file of the owner's, opened without following, waiting for or changing anything.
+// An open flag file: a regular file that belongs to the owner. Opening it follows no link, never blocks and changes
+// nothing.
 class FlagFile {
   public:
     enum class Content { off, on };
 
-    // Empty where the name stands for nothing, or for anything but such a file.
+    // Empty if there is no such file, or if it is not a regular file of the owner.
     static std::optional<FlagFile> open(int folder, const char* name, uid_t owner);
-    // Makes one of this content that nobody else can write; only where the name stands for nothing yet. Empty, with
-    // errno set and nothing left behind, where that fails.
+    // Creates a file with this content that only its owner can write. Empty, with errno set and no file left behind, if
+    // that fails; a file of that name that exists already is such a failure.
     static std::optional<FlagFile> create(int folder, const char* name, Content content);
 
-    // On is exactly the two bytes "on"; all else is off. Reads four bytes at the most.
+    // "on" if the file consists of exactly these two bytes, else "off". Reads at most four bytes.
     Content content() const;
-    // Takes away whatever is longer than any content, and the room on the disk that is set aside for more; what it says
-    // stays the same.
-    void cut() const;
-    // Also known by another name, and so possibly written to unseen.
-    bool hasOtherNames() const;
+    // Truncates the file to the longest valid content and frees space that was allocated beyond its end. content()
+    // stays the same. Ignores failures.
+    void truncate() const;
+    // Whether the file has more than one hard link. It could then be changed through a path that nobody watches.
+    bool hasOtherLinks() const;
 
-    // Whether exactly this user may write to it beside the owner, or nobody.
+    // Whether exactly this user, or no user, can write the file besides its owner.
     bool isWritableBy(std::optional<uid_t> user) const;
-    // Who may, where that is exactly one user.
+    // The user who can write the file besides its owner, if there is exactly one.
     std::optional<uid_t> writer() const;
-    // From now on exactly this user may open it for writing, or nobody. False, with errno set, where that fails.
-    bool letWrite(std::optional<uid_t> user) const;
+    // Lets exactly this user, or no user, open the file for writing besides its owner. Descriptors that are already
+    // open stay writable. False, with errno set, if that fails.
+    bool grantWriteTo(std::optional<uid_t> user) const;
 
   private:
     explicit FlagFile(Descriptor file) : file_(std::move(file)) {}

@@ -14,137 +14,130 @@
 #include "helper/Log.h"
 #include "helper/flag/FlagFile.h"
 #include "helper/flag/HandOver.h"
-#include "helper/flag/TrustedWay.h"
+#include "helper/flag/TrustedPath.h"
 
 namespace kovra::helper {
 
 namespace {
 
-// A folder on the way: whether the next one still stands in it, and who may write to that one.
-constexpr std::uint32_t eventsOnTheWay = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// The folder itself: which file is the flag. What is written to the files in it, the kept ones of other users among
-// them, wakes nobody.
-constexpr std::uint32_t eventsOfTheFolder = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// The flag: what it says, and whether it has got another name. By the file and not by its name in the folder, since it
-// can also be written through another name.
-constexpr std::uint32_t eventsOfTheFlag = IN_MODIFY | IN_ATTRIB;
+// For the folders above the flag's folder: changes of the next folder's name and mode.
+constexpr std::uint32_t pathEvents = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
+// For the flag's folder: which file is the flag. Writing to files in the folder, such as those that other users have
+// left, causes no event.
+constexpr std::uint32_t folderEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
+// For the flag: its content and its number of links. The file itself is watched, because it can also be written through
+// another link.
+constexpr std::uint32_t flagEvents = IN_MODIFY | IN_ATTRIB;
 
-// Marks the very file that is open, whatever its name stands for by now. -1, with errno set, where that fails.
-int mark(const Descriptor& events, const Descriptor& file, std::uint32_t what) {
+// Watches the open file, whatever its name refers to by now. Returns -1, with errno set, if that fails.
+int addWatch(const Descriptor& events, const Descriptor& file, std::uint32_t mask) {
     const std::string path = "/proc/self/fd/" + std::to_string(file.number());
-    return ::inotify_add_watch(events.number(), path.c_str(), what);
-}
-
-bool areTheSame(const Descriptor& one, const Descriptor& other) {
-    struct stat first {};
-    struct stat second {};
-    if (::fstat(one.number(), &first) != 0 || ::fstat(other.number(), &second) != 0) return false;
-    return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    return ::inotify_add_watch(events.number(), path.c_str(), mask);
 }
 
 }  // namespace
 
 std::unique_ptr<FlagFolder> FlagFolder::open(Loop& loop, const std::filesystem::path& path, const Trust& trust) {
     std::unique_ptr<FlagFolder> folder(new FlagFolder(path, trust));
-    if (!folder->hold(loop)) return nullptr;
+    if (!folder->watch(loop)) return nullptr;
     return folder;
 }
 
-bool FlagFolder::hold(Loop& loop) {
-    TrustedWay way = openTrustedWay(trust_.start, path_, trust_.owner);
-    if (way.folders.empty()) {
-        log(Severity::error, "the flag's folder cannot be trusted: " + way.refusal);
+bool FlagFolder::watch(Loop& loop) {
+    TrustedPath trusted = openTrustedPath(trust_.root, path_, trust_.owner);
+    if (trusted.folders.empty()) {
+        log(Severity::error, "the flag's folder cannot be trusted: " + trusted.refusal);
         return false;
     }
-    folder_ = std::move(way.folders.back());
-    way.folders.pop_back();
+    folder_ = std::move(trusted.folders.back());
+    trusted.folders.pop_back();
     events_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    bool isMarked = events_.isOpen();
-    for (const auto& onTheWay : way.folders) isMarked = isMarked && mark(events_, onTheWay, eventsOnTheWay) >= 0;
-    if (isMarked) folderMark_ = mark(events_, folder_, eventsOfTheFolder);
-    if (folderMark_ < 0) {
+    bool areWatched = events_.isOpen();
+    for (const auto& parent : trusted.folders) areWatched = areWatched && addWatch(events_, parent, pathEvents) >= 0;
+    if (areWatched) folderWd_ = addWatch(events_, folder_, folderEvents);
+    if (folderWd_ < 0) {
         logError("the flag's folder cannot be watched", errno);
         return false;
     }
-    watch_ = loop.onReadable(events_.number(), [this] { happened(); });
-    clearUpFlagFolder(folder_.number(), trust_.owner);
+    watch_ = loop.onReadable(events_.number(), [this] { receiveEvents(); });
+    cleanFlagFolder(folder_.number(), trust_.owner);
     watchFlag();
-    // What happened before the marks stood.
+    // The path may have changed before it was watched.
     return !isLost();
 }
 
 bool FlagFolder::handOver(std::optional<uid_t> user) {
-    // A flag that is theirs already lacks nothing but its watch, and another file would not have one either.
-    const int error = isWritableBy(user) && !isWatched_ ? 0 : handOverFlag(folder_.number(), trust_.owner, user);
+    // If the flag only lacks its watch, a new file would not get one either.
+    const int error = isWritableBy(user) && !isFlagWatched_ ? 0 : handOverFlag(folder_.number(), trust_.owner, user);
     const int errorOfWatch = watchFlag();
     if (error != 0) {
         logError("the flag cannot be handed over, so that nothing is muted", error);
     } else if (errorOfWatch != 0) {
         logError("the flag cannot be watched, so that nothing is muted", errorOfWatch);
     }
-    return error == 0 && isWatched_;
+    return error == 0 && isFlagWatched_;
 }
 
-bool FlagFolder::isOf(std::optional<uid_t> user) const { return isWatched_ && isWritableBy(user); }
+bool FlagFolder::isFlagOf(std::optional<uid_t> user) const { return isFlagWatched_ && isWritableBy(user); }
 
 bool FlagFolder::isWritableBy(std::optional<uid_t> user) const {
     const auto flag = FlagFile::open(folder_.number(), flagName, trust_.owner);
     return flag && flag->isWritableBy(user);
 }
 
-bool FlagFolder::saysOn() const {
+bool FlagFolder::isOn() const {
     const auto flag = FlagFile::open(folder_.number(), flagName, trust_.owner);
-    return isWatched_ && flag && !flag->hasOtherNames() && flag->content() == FlagFile::Content::on;
+    return isFlagWatched_ && flag && !flag->hasOtherLinks() && flag->content() == FlagFile::Content::on;
 }
 
 int FlagFolder::watchFlag() {
     const Descriptor flag(::openat(folder_.number(), flagName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     const bool isFile = flag.isOpen() && ::fstat(flag.number(), &status) == 0 && S_ISREG(status.st_mode);
-    const int before = std::exchange(flagMark_, isFile ? mark(events_, flag, eventsOfTheFlag) : -1);
-    const int error = isFile && flagMark_ < 0 ? errno : 0;
-    if (before >= 0 && before != flagMark_) ::inotify_rm_watch(events_.number(), before);
-    isWatched_ = error == 0;
+    const int before = std::exchange(flagWd_, isFile ? addWatch(events_, flag, flagEvents) : -1);
+    const int error = isFile && flagWd_ < 0 ? errno : 0;
+    if (before >= 0 && before != flagWd_) ::inotify_rm_watch(events_.number(), before);
+    isFlagWatched_ = error == 0;
     return error;
 }
 
-void FlagFolder::happened() {
+void FlagFolder::receiveEvents() {
     alignas(inotify_event) std::array<char, 4096> buffer{};
     const ssize_t size = ::read(events_.number(), buffer.data(), buffer.size());
-    bool onTheWay = false;
-    bool isAnother = false;
-    bool isWritten = false;
+    bool isPathChanged = false;
+    bool isFlagReplaced = false;
+    bool isFlagWritten = false;
     for (ssize_t at = 0; at < size;) {
         inotify_event event{};
         std::memcpy(&event, buffer.data() + at, sizeof event);
         const char* name = buffer.data() + at + sizeof event;
         at += static_cast<ssize_t>(sizeof event + event.len);
         if ((event.mask & IN_Q_OVERFLOW) != 0) {
-            // Too much happened: whatever is not told any more may be among it.
-            onTheWay = true;
-            isAnother = true;
-        } else if (event.wd == flagMark_) {
-            isWritten = true;
-        } else if (event.wd == folderMark_ && event.len > 0) {
-            isAnother = isAnother || std::strcmp(name, flagName) == 0;
+            // The kernel has dropped events, which may have been of any kind.
+            isPathChanged = true;
+            isFlagReplaced = true;
+        } else if (event.wd == flagWd_) {
+            isFlagWritten = true;
+        } else if (event.wd == folderWd_ && event.len > 0) {
+            isFlagReplaced = isFlagReplaced || std::strcmp(name, flagName) == 0;
         } else {
-            onTheWay = true;
+            isPathChanged = true;
         }
     }
-    if (onTheWay && isLost()) {
+    if (isPathChanged && isLost()) {
         watch_.reset();
         if (onLost) onLost();
         return;
     }
-    if (isAnother) watchFlag();
-    if ((isAnother || isWritten) && onChange) onChange();
+    if (isFlagReplaced) watchFlag();
+    if ((isFlagReplaced || isFlagWritten) && onChange) onChange();
 }
 
 bool FlagFolder::isLost() const {
-    const TrustedWay way = openTrustedWay(trust_.start, path_, trust_.owner);
-    if (!way.folders.empty() && areTheSame(way.folders.back(), folder_)) return false;
+    const TrustedPath trusted = openTrustedPath(trust_.root, path_, trust_.owner);
+    if (!trusted.folders.empty() && isSameFile(trusted.folders.back(), folder_)) return false;
     log(Severity::error, "the flag's folder is lost: " +
-                             (way.refusal.empty() ? path_.string() + ": it is another one now" : way.refusal));
+                             (trusted.refusal.empty() ? path_.string() + ": it is another one now" : trusted.refusal));
     return true;
 }
 

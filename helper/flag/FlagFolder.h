@@ -13,54 +13,52 @@
 
 namespace kovra::helper {
 
-// Where the way to a folder starts, and whose every folder on it has to be: the root of the file system and its owner;
-// tests have smaller ones.
+// Where a path starts, and which user must own each of its folders. Tests replace the root of the file system.
 struct Trust {
-    std::filesystem::path start = "/";
+    std::filesystem::path root = "/";
     uid_t owner = 0;
 };
 
-// The folder of the flag "state": whose flag is in place, what it says, and putting another user's in its place.
+// The folder of the flag file "state". Tells whose flag it is and what it says, and hands it over to another user.
 //
-// The folder is held by a descriptor and is never looked up by its name again. Nothing in it is followed, waited for,
-// or read beyond a few bytes, whatever it is. Works without any capability, as the folder and the files in it are the
-// caller's own.
+// The folder is held open by a descriptor, and is not looked up by name again. The entries in it are opened without
+// following links or blocking, and only a few bytes of them are read. No capability is needed, because the folder and
+// its files belong to the caller.
 class FlagFolder {
   public:
-    // The folder at this absolute path, where what an interrupted hand-over has left is cleared away. Null, and one
-    // line in the log, where it is missing, or where it or a folder on the way is a link, belongs to somebody else or
-    // may be written by anybody else.
+    // Opens the folder at this absolute path and removes what an interrupted hand-over has left. Returns null, and logs
+    // one line, if the folder is missing, cannot be watched or is not trusted (see openTrustedPath()).
     static std::unique_ptr<FlagFolder> open(Loop& loop, const std::filesystem::path& path, const Trust& trust = {});
 
     FlagFolder(const FlagFolder&) = delete;
     FlagFolder& operator=(const FlagFolder&) = delete;
 
-    // Puts a new file in place, which this user alone may write, or nobody, with the text that this user last left,
-    // else "off". Whoever could write the one before keeps no way to the new one, open descriptors included; what they
-    // wrote is kept for their return. False, and one line in the log, where that failed: then the flag in place is
-    // nobody's any more, or cannot be watched and says off, nothing half made is left, and the caller tries again
-    // later.
+    // Replaces the flag by a new file that this user alone, or no user, can write. Its content is what the user last
+    // left in the flag, or "off". The previous user cannot write the new file, not even through an open descriptor;
+    // what that user has written is kept for their return.
+    //
+    // Returns false, and logs one line, if that fails. Then no user can write the flag, or it cannot be watched and
+    // counts as "off"; no incomplete file is left. The caller tries again later.
     bool handOver(std::optional<uid_t> user);
-    // Whether the flag in place may be written by exactly this user, or by nobody, and is watched; as handOver() would
-    // have left it.
-    bool isOf(std::optional<uid_t> user) const;
-    // Whether the flag in place is a plain file of the owner's with one name and exactly the two bytes "on". Where the
-    // kernel has no watch left for it the flag says off: nobody would hear when it does.
-    bool saysOn() const;
+    // Whether the flag is as handOver() leaves it: this user alone, or no user, can write it, and it is watched.
+    bool isFlagOf(std::optional<uid_t> user) const;
+    // Whether the flag is a regular file of the owner with a single link and exactly the two bytes "on". A flag that
+    // cannot be watched counts as "off", because a later "off" would go unnoticed.
+    bool isOn() const;
 
-    // The flag may have come to say something else, or is another one. Also called after one's own hand-over.
+    // Called when the flag may have changed or was replaced, including by handOver().
     std::function<void()> onChange;
-    // The folder was moved, removed or opened to others: what it says no longer counts. Called once.
+    // Called once, when a folder of the path was moved, removed or made writable for others. The flag no longer counts.
     std::function<void()> onLost;
 
   private:
     FlagFolder(std::filesystem::path path, Trust trust) : path_(std::move(path)), trust_(std::move(trust)) {}
 
-    bool hold(Loop& loop);
+    bool watch(Loop& loop);
     bool isWritableBy(std::optional<uid_t> user) const;
-    // Watches what stands under the flag's name now, and nothing that stood there before. 0, or the error.
+    // Watches the file that has the flag's name now, and no earlier one. Returns 0 or an error number.
     int watchFlag();
-    void happened();
+    void receiveEvents();
     bool isLost() const;
 
     const std::filesystem::path path_;
@@ -68,9 +66,9 @@ class FlagFolder {
     Descriptor folder_;
     Descriptor events_;
     std::unique_ptr<Loop::Watch> watch_;
-    int folderMark_ = -1;
-    int flagMark_ = -1;
-    bool isWatched_ = false;  // also where there is nothing to watch
+    int folderWd_ = -1;
+    int flagWd_ = -1;
+    bool isFlagWatched_ = false;  // also true if there is no flag that could be watched
 };
 
 }  // namespace kovra::helper

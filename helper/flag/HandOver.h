@@ -6,24 +6,27 @@
 
 namespace kovra::helper {
 
-// The file's name in the folder.
+// The name of the flag file in its folder.
 inline constexpr const char* flagName = "state";
 
-// Puts a flag in place that exactly this user may write, or nobody, with the content that this user last left, else
-// "off". 0, or the error; then the flag in place is nobody's.
+// Replaces the flag by a new file that exactly this user, or no user, can write. Its content is what the user last left
+// in the flag, or "off". Returns 0 or an error number; after an error no user can write the flag, unless the old user's
+// right could not be revoked.
 //
-// In this order, so that being killed between any two steps hurts nobody:
-//   1. the flag in place also becomes state.left.USER of the user who may write it. A name and not a copy: what still
-//      reaches it through a descriptor counts when that user returns. A flag with two names says off to the helper
-//   2. that user's right is taken away. Descriptors that are open stay so, which is why the file has to go
-//   3. the new one is made whole as state.new, open to nobody before it is whole
-//   4. it takes the flag's name in one step: whoever opens the flag finds the old or the new one, never none
-//   5. the new user's state.left.USER is removed; its content is in the flag
-// The next one begins by clearing up.
+// The order of the steps keeps the flag safe if the process is killed between any two of them:
+//   1. The flag gets a second hard link, state.left.USER, named after the user who can write it. A copy would not do:
+//      what this user still writes through an open descriptor counts when the user returns. The helper reads a flag
+//      with two links as "off".
+//   2. That user's right to write the file is revoked. Descriptors that are already open stay writable, so the file has
+//      to be replaced as well.
+//   3. The new file is created as state.new and completed before the new user can write it.
+//   4. It is renamed to the flag's name. Every reader finds either the old or the new file.
+//   5. The new user's state.left.USER is removed, because its content is in the flag now.
+// Each hand-over starts with cleanFlagFolder().
 int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user);
 
-// Clears away what a hand-over that was killed has left, also where the flag in place is to stay: state.new, which was
-// never in place; and state.left.USER of the user whose flag is in place, which has been used, or is the flag itself.
-void clearUpFlagFolder(int folder, uid_t owner);
+// Removes what a killed hand-over has left, and does not change the flag. These are state.new, which never became the
+// flag, and state.left.USER of the user who can write the flag: either its content was used or it is the flag itself.
+void cleanFlagFolder(int folder, uid_t owner);
 
 }  // namespace kovra::helper

@@ -3,44 +3,45 @@
 #include <system_error>
 
 #include "helper/Log.h"
+#include "helper/pads/Unmute.h"
 
 namespace kovra::helper {
 
-void Muter::muteExactly(const std::vector<std::string>& names) {
+void Muter::muteOnly(const std::vector<std::string>& names) {
     wanted_ = {names.begin(), names.end()};
-    std::erase_if(refused_, [this](const std::string& name) { return !wanted_.contains(name); });
-    pauses_.startAnew();
-    giveBackOthers();
+    std::erase_if(logged_, [this](const std::string& name) { return !wanted_.contains(name); });
+    backoff_.reset();
+    unmuteOthers();
     for (const std::string& name : wanted_) mute(name);
 }
 
-void Muter::giveBackOthers() {
+void Muter::unmuteOthers() {
     retry_.reset();
-    bool isAllBack = true;
-    const std::set<std::string> recorded = records_.names();
-    for (const std::string& name : recorded) {
-        if (!wanted_.contains(name) && !giveBack(name, records_, inputs_)) isAllBack = false;
+    bool areAllUnmuted = true;
+    const std::set<std::string> listed = mutedPads_.names();
+    for (const std::string& name : listed) {
+        if (!wanted_.contains(name) && !unmute(name, mutedPads_, attribute_)) areAllUnmuted = false;
     }
-    if (!isAllBack) retry_ = loop_.after(pauses_.next(), [this] { giveBackOthers(); });
+    if (!areAllUnmuted) retry_ = loop_.after(backoff_.nextDelay(), [this] { unmuteOthers(); });
 }
 
 void Muter::mute(const std::string& name) {
-    const std::optional<bool> isInhibited = inputs_.isInhibited(name);
-    if (!isInhibited) return refuse(name, "cannot be muted: it is gone, or the kernel knows no way to");
+    const std::optional<bool> isInhibited = attribute_.isInhibited(name);
+    if (!isInhibited) return logOnce(name, "cannot be muted: it is gone, or the kernel knows no way to");
     if (*isInhibited) {
-        if (!records_.names().contains(name)) refuse(name, "is inhibited by somebody else, and left alone");
+        if (!mutedPads_.names().contains(name)) logOnce(name, "is inhibited by somebody else, and left alone");
         return;
     }
-    if (const int error = records_.add(name))
-        return refuse(name, "is not muted, since it cannot be recorded: " + std::generic_category().message(error));
-    if (const int error = inputs_.setInhibited(name, true)) {
-        refuse(name, "cannot be muted: " + std::generic_category().message(error));
-        giveBack(name, records_, inputs_);
+    if (const int error = mutedPads_.add(name))
+        return logOnce(name, "is not muted, since it cannot be recorded: " + std::generic_category().message(error));
+    if (const int error = attribute_.setInhibited(name, true)) {
+        logOnce(name, "cannot be muted: " + std::generic_category().message(error));
+        unmute(name, mutedPads_, attribute_);
     }
 }
 
-void Muter::refuse(const std::string& name, const std::string& line) {
-    if (refused_.insert(name).second) log(Severity::warning, name + " " + line);
+void Muter::logOnce(const std::string& name, const std::string& line) {
+    if (logged_.insert(name).second) log(Severity::warning, name + " " + line);
 }
 
 }  // namespace kovra::helper

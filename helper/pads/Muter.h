@@ -5,36 +5,37 @@
 #include <string>
 #include <vector>
 
+#include "helper/Backoff.h"
 #include "helper/Loop.h"
-#include "helper/pads/GiveBack.h"
-#include "helper/pads/InputClass.h"
-#include "helper/pads/Records.h"
+#include "helper/pads/InhibitedAttribute.h"
+#include "helper/pads/MutedPads.h"
 
 namespace kovra::helper {
 
-// Mutes input devices, and gives back what it has muted.
+// Mutes input devices, and unmutes those that it has muted.
 //
-// Each is recorded before it is muted; what cannot be recorded is not muted. What is inhibited and was not recorded is
-// somebody else's, and is left alone. What cannot be given back because its driver refuses is tried again, with growing
-// pauses, until it is given back, gone, or to be muted again.
+// A device is added to the list of muted pads before it is muted, and is not muted if that fails. A device that is
+// inhibited but not in the list belongs to another program and is left alone. If a driver refuses to unmute its device,
+// the muter retries with growing delays until the device is unmuted, gone, or to be muted again.
 class Muter {
   public:
-    Muter(Loop& loop, Records& records, const InputClass& inputs) : loop_(loop), records_(records), inputs_(inputs) {}
+    Muter(Loop& loop, MutedPads& mutedPads, const InhibitedAttribute& attribute)
+        : loop_(loop), mutedPads_(mutedPads), attribute_(attribute) {}
 
-    // These are muted, and all others that are recorded are given back. None: everything is given back.
-    void muteExactly(const std::vector<std::string>& names);
+    // Mutes these devices, and unmutes all others in the list.
+    void muteOnly(const std::vector<std::string>& names);
 
   private:
-    void giveBackOthers();
+    void unmuteOthers();
     void mute(const std::string& name);
-    void refuse(const std::string& name, const std::string& line);
+    void logOnce(const std::string& name, const std::string& line);
 
     Loop& loop_;
-    Records& records_;
-    const InputClass& inputs_;
+    MutedPads& mutedPads_;
+    const InhibitedAttribute& attribute_;
     std::set<std::string> wanted_;
-    std::set<std::string> refused_;  // of those wanted, what the log has been told of
-    Pauses pauses_;
+    std::set<std::string> logged_;  // the wanted devices that a line was logged for
+    Backoff backoff_;
     std::unique_ptr<Loop::Watch> retry_;
 };
 

@@ -12,12 +12,12 @@ namespace {
 constexpr std::uint16_t logitech = 0x046d;
 constexpr std::uint16_t wacom = 0x056a;
 
-// Drivers of such pads name the parts of a HID device by what they are: "... Touchpad", "... Mouse".
+// Drivers name the input devices of one HID device after their kind: "... Touchpad", "... Mouse".
 bool isNamedMouse(std::string_view name) { return name.ends_with(" Mouse"); }
 
-// A stick is left alone in case of doubt: a twin that is heard does less harm than a stick that is not.
+// A doubtful device counts as a stick: an unmuted twin does less harm than a muted stick.
 bool isPointingStick(const InputProperties& device) {
-    if (device.driverSaysStick) return true;
+    if (device.hasStickProperty) return true;
     return device.isPointingStick && (device.bus != BUS_I2C || device.hasMiddleButton);
 }
 
@@ -29,8 +29,8 @@ bool isTwin(const InputProperties& device, const std::set<std::string>& hidDevic
 }  // namespace
 
 bool isBuiltInPad(const InputProperties& device) {
-    if (!device.isTouchpad || device.isMadeByProgram || device.seat != "seat0") return false;
-    // What comes by Bluetooth hangs below the adapter, which has a port too.
+    if (!device.isTouchpad || device.isVirtual || device.seat != "seat0") return false;
+    // Checks the bus, because a Bluetooth device has the USB port of its adapter.
     if (device.bus == BUS_USB && device.port != UsbPort::unknown) return device.port == UsbPort::fixed;
     if (device.integration == "internal") return true;
     if (device.integration == "external") return false;

@@ -7,34 +7,36 @@
 
 namespace kovra::helper {
 
-// Where the kernel knows of a USB port whether what is in it can be pulled out.
+// Whether a device can be unplugged from its USB port, if the kernel knows.
 enum class UsbPort { unknown, fixed, removable };
 
-// What udev and sysfs tell of an input device that somebody can read events of.
+// The properties of an input device that has an event node, from udev and sysfs.
 struct InputProperties {
-    std::string input = {};  // the name the kernel gave it: "input17"
-    std::string name = {};   // the name its driver gave it: "SYNA8004:00 06CB:CD8B Touchpad"
+    std::string input = {};  // the kernel's name: "input17"
+    std::string name = {};   // the driver's name: "SYNA8004:00 06CB:CD8B Touchpad"
     bool isTouchpad = false;
     bool isMouse = false;
-    bool isPointingStick = false;                 // by udev, which on I2C says so of every mouse
-    bool driverSaysStick = false;                 // by the driver, which need not know
-    bool hasMiddleButton = false;                 // which a touchpad's twin has no use for
+    bool isPointingStick = false;                 // by udev; on I2C it is set for every mouse
+    bool hasStickProperty = false;                // INPUT_PROP_POINTING_STICK; most drivers do not set it
+    bool hasMiddleButton = false;                 // sticks have one; the twin of a touchpad has none
     std::optional<std::string> integration = {};  // ID_INPUT_TOUCHPAD_INTEGRATION
     std::uint16_t bus = 0;                        // as in <linux/input.h>
     std::uint16_t vendor = 0;
     UsbPort port = UsbPort::unknown;
-    bool isMadeByProgram = false;  // it hangs on no device: some program's events, by uinput
+    bool isVirtual = false;  // it has no parent device: a program has created it with uinput
     std::string seat = "seat0";
-    std::string hid = {};  // the HID device that it is a part of; empty for others
+    std::string hid = {};  // the path of its HID device; empty if it has none
 };
 
-// A touchpad that cannot be taken off the computer, and that is a device at all, of the seat that the computer comes
-// with. On USB the port has the last word; then what udev's database says, then the bus and the maker; what nothing is
-// known of is built in.
+// Whether the device is a touchpad of seat0 that is built into the computer. Virtual devices are not.
+//
+// On USB the port decides, if the kernel knows it. Otherwise the property of udev's database decides, then the bus and
+// the vendor. A touchpad that nothing is known of counts as built in.
 bool isBuiltInPad(const InputProperties& device);
 
-// The names of the devices to mute: each built-in pad, and the mouse that the same HID device shows itself as besides.
-// Never a pointing stick, which may be a part of the same HID device. In order, each once.
+// The devices to mute, sorted and without duplicates: each built-in pad and its twin. The twin is a mouse that the same
+// HID device presents in addition to the pad. Pointing sticks are never muted, even if they belong to the same HID
+// device.
 std::vector<std::string> inputsToMute(const std::vector<InputProperties>& devices);
 
 }  // namespace kovra::helper

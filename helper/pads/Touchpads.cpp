@@ -25,8 +25,8 @@ std::uint16_t hexNumber(udev_device* device, const char* attribute) {
     return number;
 }
 
-// A mask of the kernel's, as it shows them: words of its own size in hexadecimal, the highest first, those that are
-// zero left out at the head.
+// Tests a bit of a mask in sysfs. The kernel prints a mask as hexadecimal words of the size of a long, the highest word
+// first and without leading words that are zero.
 bool hasBit(udev_device* device, const char* attribute, unsigned bit) {
     constexpr unsigned wordSize = 8 * sizeof(unsigned long);
     std::string_view words = text(udev_device_get_sysattr_value(device, attribute));
@@ -41,7 +41,7 @@ bool hasBit(udev_device* device, const char* attribute, unsigned bit) {
     return ((word >> bit % wordSize) & 1) != 0;
 }
 
-// What hangs on a hub that can be pulled out can be pulled out with it.
+// A device behind a removable hub is removable too.
 UsbPort port(udev_device* device) {
     bool isFixed = false;
     while ((device = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device")) != nullptr) {
@@ -62,11 +62,11 @@ InputProperties properties(udev_device* node, udev_device* input) {
         device.integration = integration;
     device.bus = hexNumber(input, "id/bustype");
     device.isPointingStick = isSet(node, "ID_INPUT_POINTINGSTICK");
-    device.driverSaysStick = hasBit(input, "properties", INPUT_PROP_POINTING_STICK);
+    device.hasStickProperty = hasBit(input, "properties", INPUT_PROP_POINTING_STICK);
     device.hasMiddleButton = hasBit(input, "capabilities/key", BTN_MIDDLE);
     device.vendor = hexNumber(input, "id/vendor");
     device.port = port(input);
-    device.isMadeByProgram = udev_device_get_parent(input) == nullptr;
+    device.isVirtual = udev_device_get_parent(input) == nullptr;
     if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;
     if (udev_device* hid = udev_device_get_parent_with_subsystem_devtype(input, "hid", nullptr))
         device.hid = text(udev_device_get_syspath(hid));
@@ -80,38 +80,38 @@ bool isEventNode(udev_device* device) { return text(udev_device_get_sysname(devi
 Touchpads::Touchpads(Loop& loop) : udev_(udev_new()) {
     if (udev_) monitor_.reset(udev_monitor_new_from_netlink(udev_.get(), "udev"));
     if (!monitor_) throw std::system_error(errno, std::generic_category(), "udev");
-    // The filter is in the kernel before the first message, so that foreign ones wake nobody. What comes while the list
-    // is read is told afterwards.
+    // The kernel applies the filter, so that events of other subsystems do not wake the process. Receiving starts
+    // before the first scan, so that no event is missed in between.
     int result = udev_monitor_filter_add_match_subsystem_devtype(monitor_.get(), "input", nullptr);
     if (result >= 0) result = udev_monitor_enable_receiving(monitor_.get());
     if (result < 0) throw std::system_error(-result, std::generic_category(), "udev");
-    watch_ = loop.onReadable(udev_monitor_get_fd(monitor_.get()), [this] { hear(); });
-    inputs_ = inputsToMute(everything());
+    watch_ = loop.onReadable(udev_monitor_get_fd(monitor_.get()), [this] { receiveEvents(); });
+    inputs_ = inputsToMute(inputDevices());
 }
 
-void Touchpads::look() {
-    std::vector<std::string> inputs = inputsToMute(everything());
+void Touchpads::rescan() {
+    std::vector<std::string> inputs = inputsToMute(inputDevices());
     if (inputs == inputs_) return;
     inputs_ = std::move(inputs);
     if (onChange) onChange();
 }
 
-void Touchpads::hear() {
-    bool isOfInterest = false;
+void Touchpads::receiveEvents() {
+    bool mustRescan = false;
     while (true) {
         errno = 0;
         const Handle<udev_device, udev_device_unref> device(udev_monitor_receive_device(monitor_.get()));
         if (device)
-            isOfInterest = isOfInterest || isEventNode(device.get());
+            mustRescan = mustRescan || isEventNode(device.get());
         else if (errno == ENOBUFS)
-            isOfInterest = true;  // the kernel had no room for some
+            mustRescan = true;  // the kernel has dropped events
         else if (errno != EINTR)
             break;
     }
-    if (isOfInterest) look();
+    if (mustRescan) rescan();
 }
 
-std::vector<InputProperties> Touchpads::everything() const {
+std::vector<InputProperties> Touchpads::inputDevices() const {
     std::vector<InputProperties> devices;
     const Handle<udev_enumerate, udev_enumerate_unref> list(udev_enumerate_new(udev_.get()));
     if (!list) return devices;
@@ -124,7 +124,7 @@ std::vector<InputProperties> Touchpads::everything() const {
     udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
         const Handle<udev_device, udev_device_unref> node(
             udev_device_new_from_syspath(udev_.get(), udev_list_entry_get_name(entry)));
-        if (!node) continue;  // gone meanwhile
+        if (!node) continue;  // removed since the scan
         udev_device* input = udev_device_get_parent_with_subsystem_devtype(node.get(), "input", nullptr);
         if (input != nullptr) devices.push_back(properties(node.get(), input));
     }

@@ -13,23 +13,26 @@
 
 namespace kovra::helper {
 
-// Which input devices there are to mute, by udev. Its messages only say when to look: what is there now decides, so one
-// that was lost costs nothing once the next look comes, and a device that was taken for another never counts.
+// The input devices to mute, found by udev.
+//
+// An event of udev only causes a new scan, and only the scan decides. So a lost event has no effect after the next
+// scan, and a device is never judged by an outdated event.
 class Touchpads {
   public:
-    // Throws std::system_error where udev cannot be listened to.
+    // Throws std::system_error if the events of udev cannot be received.
     explicit Touchpads(Loop& loop);
 
-    // The kernel's names, "input17", as of the last look: at the start, at each message, and when told to.
+    // The kernel's names, such as "input17", from the last scan.
     const std::vector<std::string>& inputs() const { return inputs_; }
-    void look();
+    // Scans now. The constructor and each event of an input device also cause a scan.
+    void rescan();
 
-    // Called when a look finds others than the last.
+    // Called when a scan finds other devices than the previous one.
     std::function<void()> onChange;
 
   private:
-    void hear();
-    std::vector<InputProperties> everything() const;
+    void receiveEvents();
+    std::vector<InputProperties> inputDevices() const;
 
     Handle<udev, udev_unref> udev_;
     Handle<udev_monitor, udev_monitor_unref> monitor_;

@@ -13,32 +13,32 @@
 
 namespace kovra::helper {
 
-// What the login manager says of the session in the foreground of the seat.
+// The session in the foreground of the seat, as the login manager describes it.
 struct ForegroundSession {
     uid_t user = 0;
-    std::string kind;   // "user", "greeter", "lock-screen", "background", ...
-    std::string state;  // "online", "active", "closing"
+    std::string sessionClass;  // "user", "greeter", "lock-screen", "background", ...
+    std::string state;         // "online", "active", "closing"
     bool remote = false;
 };
 
-// The user at the machine: somebody's own local session, in the foreground and not on its way out. Else nobody.
+// The user at the machine: the owner of an active local session of class "user". Empty for any other session.
 std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session);
 
-// Who is at the machine, by the files that the login manager keeps about seat0 and the sessions.
+// Tells which user is at the machine. It watches the files of the login manager about seat0 and its sessions.
 class ActiveUser {
   public:
-    // Throws std::system_error where the system has no login manager that keeps such files.
+    // Throws std::system_error if the system has no login manager that keeps such files.
     explicit ActiveUser(Loop& loop);
 
-    // As of the last look: at the start, and then before each onChange.
+    // The user at the machine, updated before each call of onChange.
     std::optional<uid_t> current() const { return current_; }
-    // Called when somebody else is at the machine, or nobody any more.
+    // Called when another user is at the machine, or no user any more.
     std::function<void()> onChange;
 
   private:
     using Monitor = Handle<sd_login_monitor, sd_login_monitor_unref>;
 
-    void look();
+    void update();
 
     Monitor seats_;
     Monitor sessions_;

@@ -22,18 +22,20 @@ using namespace std::chrono_literals;
 
 constexpr const char* application = "ble-kovra";
 
+// Empty if the process is not this user's application.
 std::optional<ProcessStatus> applicationOf(uid_t user, pid_t process) {
     auto status = processStatus(process);
-    const bool so = status && status->name == application && status->realUser == user && status->effectiveUser == user;
-    return so ? status : std::nullopt;
+    const bool isApplication =
+        status && status->name == application && status->realUser == user && status->effectiveUser == user;
+    return isApplication ? status : std::nullopt;
 }
 
-bool hasEnded(const Descriptor& process) {
-    pollfd asked{process.number(), POLLIN, 0};
-    return ::poll(&asked, 1, 0) != 0;
+bool hasEnded(const Descriptor& pidfd) {
+    pollfd event{pidfd.number(), POLLIN, 0};
+    return ::poll(&event, 1, 0) != 0;
 }
 
-// The user's processes of that name, each with its parent.
+// The processes that look like the user's application, each with its parent.
 std::map<pid_t, pid_t> applicationsOf(uid_t user) {
     std::map<pid_t, pid_t> found;
     const Handle<DIR, ::closedir> list(::opendir("/proc"));
@@ -50,53 +52,52 @@ std::map<pid_t, pid_t> applicationsOf(uid_t user) {
 
 }  // namespace
 
-bool ApplicationWatch::lives(uid_t user) {
-    if (process_.isOpen() && user_ == user && !hasEnded(process_) && applicationOf(user, number_)) return true;
-    forget();
-    return hold(user);
+bool ApplicationWatch::isRunning(uid_t user) {
+    if (pidfd_.isOpen() && user_ == user && !hasEnded(pidfd_) && applicationOf(user, pid_)) return true;
+    release();
+    return watchProcessOf(user);
 }
 
-void ApplicationWatch::forget() {
-    again_.reset();
+void ApplicationWatch::release() {
+    recheck_.reset();
     watch_.reset();
-    process_ = Descriptor();
+    pidfd_ = Descriptor();
 }
 
-bool ApplicationWatch::hold(uid_t user) {
+bool ApplicationWatch::watchProcessOf(uid_t user) {
     const auto applications = applicationsOf(user);
     for (const auto& [number, parent] : applications) {
-        // A program that the application starts has its name until it is another program; its end would mean nothing.
+        // A child of the application is about to execute another program.
         if (applications.contains(parent)) continue;
-        // The number may have come to mean another process meanwhile. The descriptor means one process for good: that
-        // one, if it still lives after it has been looked at by its number.
-        // By its number: C++ cannot link to the function of glibc 2.36.
-        Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, number, 0)));
-        if (!process.isOpen() || !applicationOf(user, number) || hasEnded(process)) continue;
-        process_ = std::move(process);
-        number_ = number;
+        // The number may have been reused. The pidfd refers to the checked process only if that process is still
+        // running after the check. glibc 2.36 declares pidfd_open() without C linkage, hence the system call.
+        Descriptor pidfd(static_cast<int>(::syscall(SYS_pidfd_open, number, 0)));
+        if (!pidfd.isOpen() || !applicationOf(user, number) || hasEnded(pidfd)) continue;
+        pidfd_ = std::move(pidfd);
+        pid_ = number;
         user_ = user;
-        watch_ = loop_.onReadable(process_.number(), [this] { ended(); });
+        watch_ = loop_.onReadable(pidfd_.number(), [this] { processEnded(); });
         return true;
     }
     return false;
 }
 
-void ApplicationWatch::ended() {
-    forget();
-    if (hold(user_))
-        lookAgainAfter(100ms);
+void ApplicationWatch::processEnded() {
+    release();
+    if (watchProcessOf(user_))
+        recheckAfter(100ms);
     else if (onEnd)
         onEnd();
 }
 
-// The other one may be a program that the application was starting when it ended: without its parent it looks like the
-// application until it is read off the disk, and nobody is told when it has become what it is.
-void ApplicationWatch::lookAgainAfter(std::chrono::milliseconds pause) {
-    again_ = loop_.after(pause, [this, pause] {
-        if (!lives(user_)) {
+// The new process may be a program that the application was starting when it was killed. Without its parent it looks
+// like the application until it has executed that program.
+void ApplicationWatch::recheckAfter(std::chrono::milliseconds delay) {
+    recheck_ = loop_.after(delay, [this, delay] {
+        if (!isRunning(user_)) {
             if (onEnd) onEnd();
-        } else if (pause < 10s) {
-            lookAgainAfter(10 * pause);
+        } else if (delay < 10s) {
+            recheckAfter(10 * delay);
         }
     });
 }

@@ -11,36 +11,39 @@
 
 namespace kovra::helper {
 
-// Whether the application of a user lives: a process named "ble-kovra" whose real and effective user is that one.
+// Tells whether a user's application is running: a process named "ble-kovra" whose real and effective user is this
+// user.
 //
-// One such process is held by its pidfd, so that its end is known at once and its number cannot come to mean another.
-// The list of processes is read only when it is asked and none of that user is held, or the held one has ended. A
-// program that the application has started, and that is about to become another one, is not held; once the application
-// has ended it is held until it has become that other one, which is looked for after 0.1, 1 and 10 s.
+// It holds a pidfd of one such process. The end of that process is therefore known at once, and its number cannot come
+// to mean another process. All processes are searched only if no running process of this user is held.
+//
+// A program that the application is about to execute has the application's name until then. Such a child is not held
+// while its parent is running. If the parent was killed, the child is held, and checked again after 0.1, 1 and 10 s,
+// because nothing tells when a process executes another program.
 class ApplicationWatch {
   public:
     explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
 
-    // Also holds the process that it finds. A process that is stopped, or has not been asked for anything, lives.
-    bool lives(uid_t user);
-    // Lets go of it; onEnd is not called until lives() has said yes again.
-    void forget();
+    // Also starts watching the process that it finds. A stopped process and one that does not respond count as running.
+    bool isRunning(uid_t user);
+    // Stops watching. onEnd is not called until isRunning() has returned true again.
+    void release();
 
-    // Called when the held process has ended and no other one of that user is found, within the same moment; or when
-    // the other one turns out to have been none.
+    // Called when the watched process has ended and the user has no other one. Also called when the other one turns out
+    // to be another program.
     std::function<void()> onEnd;
 
   private:
-    bool hold(uid_t user);
-    void ended();
-    void lookAgainAfter(std::chrono::milliseconds pause);
+    bool watchProcessOf(uid_t user);
+    void processEnded();
+    void recheckAfter(std::chrono::milliseconds delay);
 
     Loop& loop_;
     uid_t user_ = 0;
-    pid_t number_ = 0;
-    Descriptor process_;
+    pid_t pid_ = 0;
+    Descriptor pidfd_;
     std::unique_ptr<Loop::Watch> watch_;
-    std::unique_ptr<Loop::Watch> again_;
+    std::unique_ptr<Loop::Watch> recheck_;
 };
 
 }  // namespace kovra::helper

@@ -14,7 +14,8 @@ namespace kovra::helper {
 
 namespace {
 
-// The text of the line "label:\t..." of which each stands once. The kernel escapes line feeds in a process's name.
+// The rest of the line that starts with "label:\t". Each label occurs once, since the kernel escapes line feeds in the
+// name of a process.
 std::optional<std::string_view> field(std::string_view text, std::string_view label) {
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -26,8 +27,8 @@ std::optional<std::string_view> field(std::string_view text, std::string_view la
     return std::nullopt;
 }
 
-// The number at the head of the text, and what follows the tab behind it.
-std::optional<std::uint32_t> number(std::string_view& text) {
+// Removes the number at the start of the text, and the tab that follows it, and returns the number.
+std::optional<std::uint32_t> takeNumber(std::string_view& text) {
     std::uint32_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc()) return std::nullopt;
@@ -43,9 +44,9 @@ std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
     auto parents = field(text, "PPid");
     auto users = field(text, "Uid");
     if (!name || !parents || !users) return std::nullopt;
-    const auto parent = number(*parents);
-    const auto real = number(*users);
-    const auto effective = number(*users);
+    const auto parent = takeNumber(*parents);
+    const auto real = takeNumber(*users);
+    const auto effective = takeNumber(*users);
     if (!parent || !real || !effective) return std::nullopt;
     return ProcessStatus{std::string(*name), static_cast<pid_t>(*parent), *real, *effective};
 }
@@ -53,7 +54,7 @@ std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
 std::optional<ProcessStatus> processStatus(pid_t process) {
     const std::string path = "/proc/" + std::to_string(process) + "/status";
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    // The lines that are asked for stand in the first few hundred bytes.
+    // The fields are within the first few hundred bytes.
     std::array<char, 4096> text{};
     const ssize_t size = file.isOpen() ? ::read(file.number(), text.data(), text.size()) : -1;
     if (size <= 0) return std::nullopt;

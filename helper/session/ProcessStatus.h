@@ -8,18 +8,18 @@
 
 namespace kovra::helper {
 
-// What the kernel tells everybody about a process.
+// A part of what the kernel tells every user about a process.
 struct ProcessStatus {
-    std::string name;  // cut to 15 bytes by the kernel
+    std::string name;  // truncated to 15 bytes by the kernel
     pid_t parent = 0;
     uid_t realUser = 0;
     uid_t effectiveUser = 0;
 };
 
-// Of the text of /proc/PID/status; empty where it does not name all of them.
+// Parses the text of /proc/PID/status. Empty if a field is missing or malformed.
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
 
-// Empty where there is no such process any more.
+// Empty if the process does not exist any more.
 std::optional<ProcessStatus> processStatus(pid_t process);
 
 }  // namespace kovra::helper

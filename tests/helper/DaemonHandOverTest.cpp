@@ -27,21 +27,21 @@ class DaemonHandOverTest : public testing::Test {
         fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
     }
     // Where nothing else is going on any more; each evaluation is noted.
-    void startWith(Pauses pauses) {
+    void startWith(Backoff pauses) {
         rig.start();
         rig.settle();
-        const Daemon::People people{.atTheMachine =
-                                        [this] {
-                                            evaluations.push_back(std::chrono::steady_clock::now());
-                                            return rig.atTheMachine;
-                                        },
-                                    .runsTheApplication = [](uid_t) { return true; },
-                                    .forgetTheApplication = [] {}};
+        const Daemon::Session session{.activeUser =
+                                          [this] {
+                                              evaluations.push_back(std::chrono::steady_clock::now());
+                                              return rig.activeUser;
+                                          },
+                                      .isApplicationRunning = [](uid_t) { return true; },
+                                      .releaseApplication = [] {}};
         rig.daemon =
-            std::make_unique<Daemon>(rig.flag.loop(), people, rig.flag.folder(), *rig.touchpads, *rig.muter, pauses);
+            std::make_unique<Daemon>(rig.flag.loop(), session, rig.flag.folder(), *rig.touchpads, *rig.muter, pauses);
     }
     bool becomesTheFlagOf(uid_t user) {
-        return rig.flag.waitUntil([&] { return mayWrite(user, rig.flag.state()); });
+        return rig.flag.runUntil([&] { return mayWrite(user, rig.flag.state()); });
     }
 
     std::vector<std::chrono::steady_clock::time_point> evaluations;
@@ -52,7 +52,7 @@ class DaemonHandOverTest : public testing::Test {
 TEST_F(DaemonHandOverTest, ThatFailsMutesNothingAndIsTriedAgain) {
     rig.startMuted();
     obstruct();
-    rig.sitsDown(bob);
+    rig.switchTo(bob);
     rig.settle();
     EXPECT_TRUE(rig.is("0"));
     EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
@@ -64,25 +64,25 @@ TEST_F(DaemonHandOverTest, ThatFailsMutesNothingAndIsTriedAgain) {
 }
 
 TEST_F(DaemonHandOverTest, ThatFailedIsTriedAgainForTheSameUserOnlyAfterItsPause) {
-    startWith(Pauses(1h, 1h));
+    startWith(Backoff(1h, 1h));
     obstruct();
-    rig.sitsDown(bob);
+    rig.switchTo(bob);
     fs::remove_all(inTheWay);
     for (int i = 0; i < 20; ++i) rig.daemon->evaluate();
     writeFile(rig.flag.state(), "on");  // by the owner, and told of
     rig.settle();
     EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
-    rig.sitsDown(alice);
+    rig.switchTo(alice);
     EXPECT_TRUE(mayWrite(alice, rig.flag.state()));
-    rig.sitsDown(bob);
+    rig.switchTo(bob);
     EXPECT_TRUE(mayWrite(bob, rig.flag.state()));
 }
 
 TEST_F(DaemonHandOverTest, ThatGoesOnFailingIsTriedWithGrowingPauses) {
-    startWith(Pauses(20ms, 80ms));
+    startWith(Backoff(20ms, 80ms));
     obstruct();
-    rig.sitsDown(bob);
-    ASSERT_TRUE(rig.flag.waitUntil([&] { return evaluations.size() >= 5; }));
+    rig.switchTo(bob);
+    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 5; }));
     const std::vector<std::chrono::milliseconds> pauses{20ms, 40ms, 80ms, 80ms};
     for (std::size_t i = 0; i < pauses.size(); ++i) EXPECT_GE(evaluations[i + 1] - evaluations[i], pauses[i]) << i;
     fs::remove_all(inTheWay);

@@ -7,11 +7,11 @@
 #include <string>
 
 #include "helper/Daemon.h"
-#include "helper/pads/GiveBack.h"
-#include "helper/pads/InputClass.h"
+#include "helper/pads/InhibitedAttribute.h"
+#include "helper/pads/MutedPads.h"
 #include "helper/pads/Muter.h"
-#include "helper/pads/Records.h"
 #include "helper/pads/Touchpads.h"
+#include "helper/pads/Unmute.h"
 #include "tests/helper/flag/FlagRig.h"
 #include "tests/helper/pads/MockInputs.h"
 #include "tests/support/posix/TempFolder.h"
@@ -23,16 +23,16 @@ namespace kovra::helper {
 class DaemonRig {
   public:
     DaemonRig() {
-        computer.appear(pad);
-        computer.appear(twin);
+        computer.addDevice(pad);
+        computer.addDevice(twin);
     }
 
     void start() {
-        records = std::make_unique<Records>(runtime());
-        muter = std::make_unique<Muter>(flag.loop(), *records, inputs_);
-        muter->muteExactly({});
+        mutedPads = std::make_unique<MutedPads>(runtime());
+        muter = std::make_unique<Muter>(flag.loop(), *mutedPads, inputs_);
+        muter->muteOnly({});
         touchpads = std::make_unique<Touchpads>(flag.loop());
-        daemon = std::make_unique<Daemon>(flag.loop(), people(), flag.folder(), *touchpads, *muter);
+        daemon = std::make_unique<Daemon>(flag.loop(), session(), flag.folder(), *touchpads, *muter);
         daemon->evaluate();
     }
     // As when it is killed: nothing is tidied up.
@@ -40,17 +40,17 @@ class DaemonRig {
         daemon.reset();
         touchpads.reset();
         muter.reset();
-        records.reset();
+        mutedPads.reset();
     }
     // What the unit runs after the daemon, however that ended.
     bool release() const {
-        Records left(runtime());
-        return giveBackAll(left, inputs_, std::chrono::milliseconds(0));
+        MutedPads left(runtime());
+        return unmuteAll(left, inputs_, std::chrono::milliseconds(0));
     }
 
     // Somebody sits down and starts the application; or nobody is there.
-    void sitsDown(std::optional<uid_t> user) {
-        atTheMachine = user;
+    void switchTo(std::optional<uid_t> user) {
+        activeUser = user;
         if (user) running.insert(*user);
         daemon->evaluate();
     }
@@ -61,46 +61,46 @@ class DaemonRig {
     // With Alice at the machine, who wants the pad muted.
     void startMuted() {
         start();
-        sitsDown(alice);
+        switchTo(alice);
         flag.write(alice, "on");
         if (!becomes("1")) throw std::runtime_error("the pad is not muted");
     }
 
     // Pad and twin alike.
     bool becomes(const std::string& value) {
-        return flag.waitUntil([&] { return is(value); });
+        return flag.runUntil([&] { return is(value); });
     }
     bool is(const std::string& value) const {
         return computer.inhibited("input5") == value && computer.inhibited("input4") == value;
     }
     // All that was told has been dealt with.
-    void settle() { flag.letPass(std::chrono::milliseconds(30)); }
-    std::set<std::string> recorded() const { return Records(runtime()).names(); }
+    void settle() { flag.runFor(std::chrono::milliseconds(30)); }
+    std::set<std::string> recordedPads() const { return MutedPads(runtime()).names(); }
     std::string runtime() const { return folder_ / "run"; }
 
     MockInputs computer;
     FlagRig flag;
-    std::optional<uid_t> atTheMachine;
+    std::optional<uid_t> activeUser;
     std::set<uid_t> running;
     std::optional<uid_t> askedFor;
-    int forgotten = 0;
+    int releases = 0;
 
   private:
-    Daemon::People people() {
-        return {.atTheMachine = [this] { return atTheMachine; },
-                .runsTheApplication =
+    Daemon::Session session() {
+        return {.activeUser = [this] { return activeUser; },
+                .isApplicationRunning =
                     [this](uid_t user) {
                         askedFor = user;
                         return running.contains(user);
                     },
-                .forgetTheApplication = [this] { ++forgotten; }};
+                .releaseApplication = [this] { ++releases; }};
     }
 
     const TempFolder folder_;
-    const InputClass inputs_;
+    const InhibitedAttribute inputs_;
 
   public:
-    std::unique_ptr<Records> records;
+    std::unique_ptr<MutedPads> mutedPads;
     std::unique_ptr<Muter> muter;
     std::unique_ptr<Touchpads> touchpads;
     std::unique_ptr<Daemon> daemon;

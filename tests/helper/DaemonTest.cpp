@@ -23,14 +23,14 @@ class DaemonTest : public testing::Test {
 
 TEST_F(DaemonTest, MutesThePadWithItsTwinWhileTheFlagSaysOn) {
     rig.start();
-    rig.sitsDown(alice);
+    rig.switchTo(alice);
     EXPECT_TRUE(rig.is("0"));
     rig.flag.write(alice, "on");
     EXPECT_TRUE(rig.becomes("1"));
-    EXPECT_EQ(rig.recorded(), (Names{"input4", "input5"}));
+    EXPECT_EQ(rig.recordedPads(), (Names{"input4", "input5"}));
     rig.flag.write(alice, "off");
     EXPECT_TRUE(rig.becomes("0"));
-    EXPECT_EQ(rig.recorded(), Names());
+    EXPECT_EQ(rig.recordedPads(), Names());
 }
 
 TEST_F(DaemonTest, MutesAtItsStartWhereTheFlagIsOnAlready) {
@@ -44,22 +44,22 @@ TEST_F(DaemonTest, MutesAtItsStartWhereTheFlagIsOnAlready) {
 
 TEST_F(DaemonTest, TouchesNothingButBuiltInPadsAndTheirTwins) {
     const Names others{"input21", "input22", "input23", "input24"};
-    rig.computer.appear({.input = "input21", .name = "Magic Trackpad", .bus = "0005", .vendor = "05ac"});
-    rig.computer.appear({.input = "input22",
-                         .name = "USB Optical Mouse",
-                         .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
-                         .bus = "0003"});
-    rig.computer.appear({.input = "input23",
-                         .name = "TPPS/2 IBM TrackPoint",
-                         .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\nID_INPUT_POINTINGSTICK=1\n",
-                         .bus = "0011"});
-    rig.computer.appear({.input = "input24",
-                         .name = "ELAN Touchscreen",
-                         .properties = "ID_INPUT=1\nID_INPUT_TOUCHSCREEN=1\n",
-                         .hid = pad.hid});
+    rig.computer.addDevice({.input = "input21", .name = "Magic Trackpad", .bus = "0005", .vendor = "05ac"});
+    rig.computer.addDevice({.input = "input22",
+                            .name = "USB Optical Mouse",
+                            .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
+                            .bus = "0003"});
+    rig.computer.addDevice({.input = "input23",
+                            .name = "TPPS/2 IBM TrackPoint",
+                            .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\nID_INPUT_POINTINGSTICK=1\n",
+                            .bus = "0011"});
+    rig.computer.addDevice({.input = "input24",
+                            .name = "ELAN Touchscreen",
+                            .properties = "ID_INPUT=1\nID_INPUT_TOUCHSCREEN=1\n",
+                            .hid = pad.hid});
     rig.startMuted();
     for (const std::string& other : others) EXPECT_EQ(rig.computer.inhibited(other), "0") << other;
-    EXPECT_EQ(rig.recorded(), (Names{"input4", "input5"}));
+    EXPECT_EQ(rig.recordedPads(), (Names{"input4", "input5"}));
 }
 
 TEST_F(DaemonTest, MutesAPadThatComesBackUnderAnotherNumber) {
@@ -68,15 +68,15 @@ TEST_F(DaemonTest, MutesAPadThatComesBackUnderAnotherNumber) {
     MockInput again = pad;
     again.input = "input31";
     rig.computer.plug(again);
-    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input31") == "1"; }));
-    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.recorded() == (Names{"input31", "input4"}); }));
+    EXPECT_TRUE(rig.flag.runUntil([&] { return rig.computer.inhibited("input31") == "1"; }));
+    EXPECT_TRUE(rig.flag.runUntil([&] { return rig.recordedPads() == (Names{"input31", "input4"}); }));
     rig.flag.write(alice, "off");
-    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input31") == "0"; }));
+    EXPECT_TRUE(rig.flag.runUntil([&] { return rig.computer.inhibited("input31") == "0"; }));
 }
 
 TEST_F(DaemonTest, LeavesAPadThatComesWhileNothingIsMutedAlone) {
     rig.start();
-    rig.sitsDown(alice);
+    rig.switchTo(alice);
     MockInput another = pad;
     another.input = "input31";
     rig.computer.plug(another);
@@ -87,17 +87,17 @@ TEST_F(DaemonTest, LeavesAPadThatComesWhileNothingIsMutedAlone) {
 TEST_F(DaemonTest, LeavesAPadAloneThatSomethingElseHasInhibited) {
     rig.computer.inhibit("input5", "1");
     rig.start();
-    rig.sitsDown(alice);
+    rig.switchTo(alice);
     rig.flag.write(alice, "on");
     EXPECT_TRUE(rig.becomes("1"));
     rig.flag.write(alice, "off");
-    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.computer.inhibited("input4") == "0"; }));
+    EXPECT_TRUE(rig.flag.runUntil([&] { return rig.computer.inhibited("input4") == "0"; }));
     EXPECT_EQ(rig.computer.inhibited("input5"), "1");
 }
 
 TEST_F(DaemonTest, DoesNotMuteWhatItCannotRecord) {
     rig.start();
-    rig.sitsDown(alice);
+    rig.switchTo(alice);
     writeFile(rig.runtime(), "a file in the way");
     rig.flag.write(alice, "on");
     rig.settle();
@@ -118,7 +118,7 @@ TEST_F(DaemonTest, WritesNoFlagButWhenItIsHandedOver) {
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
     EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
-    rig.sitsDown(bob);
+    rig.switchTo(bob);
     ASSERT_EQ(::stat(rig.flag.state().c_str(), &after), 0);
     EXPECT_NE(after.st_ino, before.st_ino);
 }
@@ -126,9 +126,9 @@ TEST_F(DaemonTest, WritesNoFlagButWhenItIsHandedOver) {
 TEST_F(DaemonTest, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
     rig.startMuted();
     fs::rename(rig.flag.path(), rig.flag.root() + "/gone");
-    EXPECT_TRUE(rig.flag.waitUntil([&] { return rig.daemon->hasFailed(); }));
+    EXPECT_TRUE(rig.flag.runUntil([&] { return rig.daemon->hasFailed(); }));
     EXPECT_TRUE(rig.is("0"));
-    rig.sitsDown(alice);
+    rig.switchTo(alice);
     EXPECT_TRUE(rig.is("0"));
 }
 
@@ -138,16 +138,16 @@ TEST_F(DaemonTest, LeavesToWhoeverComesNextWhatToGiveBackWhenItIsKilled) {
     ASSERT_TRUE(rig.is("1"));
     EXPECT_TRUE(rig.release());
     EXPECT_TRUE(rig.is("0"));
-    EXPECT_EQ(rig.recorded(), Names());
+    EXPECT_EQ(rig.recordedPads(), Names());
 }
 
 TEST_F(DaemonTest, GivesBackAtItsStartWhatOneBeforeItHasLeft) {
     rig.startMuted();
     rig.kill();
-    rig.atTheMachine = std::nullopt;
+    rig.activeUser = std::nullopt;
     rig.start();
     EXPECT_TRUE(rig.is("0"));
-    EXPECT_EQ(rig.recorded(), Names());
+    EXPECT_EQ(rig.recordedPads(), Names());
 }
 
 }  // namespace

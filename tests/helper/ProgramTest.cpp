@@ -64,20 +64,20 @@ class Process {
     Process& operator=(const Process&) = delete;
     ~Process() { end(SIGKILL); }
 
-    bool lives() {
+    bool isRunning() {
         if (number_ > 0 && ::waitpid(number_, &status_, WNOHANG) == number_) number_ = 0;
         return number_ > 0;
     }
     // What it exits with, by itself; -1 where a signal ended it or nothing does.
     int result() {
-        if (!waitUntil([this] { return !lives(); })) return -1;
+        if (!waitUntil([this] { return !isRunning(); })) return -1;
         return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
     }
     bool livesFor(std::chrono::milliseconds time) {
-        return !waitUntil([this] { return !lives(); }, time);
+        return !waitUntil([this] { return !isRunning(); }, time);
     }
     int end(int signal) {
-        if (lives()) ::kill(number_, signal);
+        if (isRunning()) ::kill(number_, signal);
         return result();
     }
 
@@ -89,7 +89,7 @@ class Process {
 class Machine {
   public:
     explicit Machine(uid_t user) : user_(user) {
-        computer.appear(pad);
+        computer.addDevice(pad);
         fs::create_directory(root);
         mount("tmpfs", root, "tmpfs", 0);
         ::chmod(root.c_str(), 0755);
@@ -235,7 +235,7 @@ TEST(ProgramTest, HearsWhoComesAndGoesAndThatTheApplicationEnds) {
         EXPECT_TRUE(machine.becomes("1"));
         application.reset();
         EXPECT_TRUE(machine.becomes("0"));
-        EXPECT_TRUE(helper->lives());
+        EXPECT_TRUE(helper->isRunning());
     });
 }
 

@@ -48,17 +48,17 @@ class WithoutCapabilities {
 
 // For as long as it lives, a test that runs as root is this user. Others stay who they are, the owner of all that they
 // make.
-class Being {
+class ActingAs {
   public:
-    explicit Being(uid_t user) {
+    explicit ActingAs(uid_t user) {
         if (!wasRoot_ || user == 0) return;
         if (::setgroups(0, nullptr) != 0 || ::setegid(user) != 0 || ::seteuid(user) != 0) {
             throw std::runtime_error("cannot become another user");
         }
     }
-    Being(const Being&) = delete;
-    Being& operator=(const Being&) = delete;
-    ~Being() {
+    ActingAs(const ActingAs&) = delete;
+    ActingAs& operator=(const ActingAs&) = delete;
+    ~ActingAs() {
         if (!wasRoot_) return;
         static_cast<void>(::seteuid(0));
         static_cast<void>(::setegid(0));
@@ -83,7 +83,7 @@ inline std::string accessList(const std::string& path) {
 // it off the list, by which the kernel decides.
 inline bool mayWrite(uid_t user, const std::string& path) {
     if (::geteuid() == 0) {
-        const Being other(user);
+        const ActingAs other(user);
         const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
         if (file >= 0) ::close(file);
         return file >= 0;

@@ -18,7 +18,7 @@ namespace {
 TEST(FlagFileTest, OnIsExactlyTheTwoBytesAndAllElseIsOff) {
     FlagRig rig;
     writeFile(rig.state(), "on");
-    EXPECT_TRUE(rig.saysOn());
+    EXPECT_TRUE(rig.isOn());
     const std::vector<std::string> others = {
         "",          "o",         "n",         "off",       "of",  "onf", "ON",   "On",   "oN", "no",
         "onn",       "on\n",      "on\r\n",    "on ",       " on", "o\n", "onon", "true", "1",  "\xEF\xBB\xBFon",
@@ -26,20 +26,20 @@ TEST(FlagFileTest, OnIsExactlyTheTwoBytesAndAllElseIsOff) {
     };
     for (const std::string& other : others) {
         writeFile(rig.state(), other);
-        EXPECT_FALSE(rig.saysOn()) << ::testing::PrintToString(other);
+        EXPECT_FALSE(rig.isOn()) << ::testing::PrintToString(other);
     }
 }
 
 TEST(FlagFileTest, AMissingFlagAndOneOfSomebodyElseAreOff) {
     FlagRig rig;
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
     writeFile(rig.state(), "on");
     const auto folder = Descriptor(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     EXPECT_TRUE(FlagFile::open(folder.number(), flagName, ::geteuid()));
     EXPECT_FALSE(FlagFile::open(folder.number(), flagName, ::geteuid() + 1));
     if (::geteuid() != 0) return;  // who else cannot give a file away
     ASSERT_EQ(::chown(rig.state().c_str(), alice, alice), 0);
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
 }
 
 TEST(FlagFileTest, WhoMayWriteIsReadOffTheWholeAccessList) {
@@ -69,9 +69,9 @@ TEST(FlagFileTest, WhoMayWriteIsReadOffTheWholeAccessList) {
         const acl_t entries = acl_from_text(list);
         ASSERT_EQ(acl_set_file(rig.state().c_str(), ACL_TYPE_ACCESS, entries), 0);
         acl_free(entries);
-        EXPECT_EQ(rig.folder().isOf(alice), isAlices);
-        EXPECT_EQ(rig.folder().isOf(std::nullopt), isNobodys);
-        EXPECT_FALSE(rig.folder().isOf(0));
+        EXPECT_EQ(rig.folder().isFlagOf(alice), isAlices);
+        EXPECT_EQ(rig.folder().isFlagOf(std::nullopt), isNobodys);
+        EXPECT_FALSE(rig.folder().isFlagOf(0));
     }
 }
 

@@ -26,7 +26,7 @@ TEST(FlagFolderAttackTest, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     const Secret secret(rig);
     // Another file of the owner's that happens to say on.
     fs::create_hard_link(secret.path(), rig.state());
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(secret.isUntouched());
     // The kernel lets whoever may write a file give it a name in a folder of theirs.
@@ -35,15 +35,15 @@ TEST(FlagFolderAttackTest, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     const std::string second = rig.root() + "/theirs/second";
     rig.write(alice, "on");
     {
-        const Being user(alice);
+        const ActingAs user(alice);
         ASSERT_EQ(::link(rig.state().c_str(), second.c_str()), 0);
     }
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
     {
-        const Being user(alice);
+        const ActingAs user(alice);
         ASSERT_EQ(::unlink(second.c_str()), 0);
     }
-    EXPECT_TRUE(rig.saysOn());
+    EXPECT_TRUE(rig.isOn());
 }
 
 TEST(FlagFolderAttackTest, AFileThatWasNotMadeHereKeepsItsAccessList) {
@@ -59,7 +59,7 @@ TEST(FlagFolderAttackTest, AFileThatWasNotMadeHereKeepsItsAccessList) {
         EXPECT_EQ(accessList(secret.path()), list);
         EXPECT_EQ(readFile(secret.path()), "on");
         EXPECT_EQ(rig.names(), Names{"state"});
-        EXPECT_TRUE(rig.folder().isOf(bob));
+        EXPECT_TRUE(rig.folder().isFlagOf(bob));
     }
 }
 
@@ -76,7 +76,7 @@ TEST(FlagFolderAttackTest, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
     EXPECT_EQ(rig.content(), "off");
     // It is still what alice left, which nobody but alice could write.
     ASSERT_TRUE(rig.handOver(alice));
-    EXPECT_TRUE(rig.saysOn());
+    EXPECT_TRUE(rig.isOn());
     EXPECT_FALSE(mayWrite(alice, second));
 }
 
@@ -85,7 +85,7 @@ TEST(FlagFolderAttackTest, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCoun
         FlagRig rig;
         rig.handOver(alice);
         const Descriptor kept = [&] {
-            const Being user(alice);
+            const ActingAs user(alice);
             return Descriptor(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
         }();
         void* const mapped = ::mmap(nullptr, 3, PROT_READ | PROT_WRITE, MAP_SHARED, kept.number(), 0);
@@ -94,14 +94,14 @@ TEST(FlagFolderAttackTest, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCoun
         std::string("on").copy(static_cast<char*>(mapped), 2);
         FlagRig::writeTo(kept, "on");
         EXPECT_EQ(rig.content(), "off");
-        EXPECT_FALSE(rig.saysOn());
+        EXPECT_FALSE(rig.isOn());
         if (next == alice) continue;
         // It is what alice leaves, and counts again when alice is back: in another file still.
         ASSERT_TRUE(rig.handOver(alice));
-        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(rig.isOn());
         rig.write(alice, "off");
         FlagRig::writeTo(kept, "on");
-        EXPECT_FALSE(rig.saysOn());
+        EXPECT_FALSE(rig.isOn());
         ::munmap(mapped, 3);
     }
 }
@@ -124,7 +124,7 @@ TEST(FlagFolderAttackTest, NoUserCanPutAnythingInTheFlagsPlaceNotEvenTheOneAtThe
     EXPECT_EQ(accessList(rig.state()), "u::rw-,u:61001:rw-,g::r--,m::rw-,o::r--");
     if (::geteuid() != 0) return;  // the owner, who may do all this
     for (const uid_t user : {alice, bob}) {
-        const Being other(user);
+        const ActingAs other(user);
         EXPECT_NE(::unlink(rig.state().c_str()), 0);
         EXPECT_NE(::rename(rig.state().c_str(), rig.path("moved").c_str()), 0);
         EXPECT_NE(::symlink("/nowhere", rig.path("state.new").c_str()), 0);
@@ -156,7 +156,7 @@ TEST(FlagFolderAttackTest, OfAHugeFileNotMoreThanAFewBytesAreEverRead) {
     ASSERT_EQ(::truncate(rig.state().c_str(), off_t{1} << 40), 0);
     const long before = bytesRead();
     const long counting = bytesRead() - before;
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
     const long after = bytesRead();
     EXPECT_LE(after - before - 2 * counting, 4);
     ASSERT_TRUE(rig.handOver(bob));
@@ -173,7 +173,7 @@ TEST(FlagFolderAttackTest, AFolderThatIsReplacedByALinkIsNotFollowed) {
     writeFile(trap + "/state", "on");
     fs::rename(rig.path(), rig.root() + "/moved");
     fs::create_directory_symlink(trap, rig.path());
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
     rig.handOver(bob);
     EXPECT_EQ(readFile(trap + "/state"), "on");
     EXPECT_EQ(std::distance(fs::directory_iterator(trap), fs::directory_iterator()), 1);

@@ -35,14 +35,14 @@ void withEachIntruder(const std::function<void(FlagRig&, const Intruder& put)>& 
 TEST(FlagFolderIntruderTest, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.state());
-        EXPECT_FALSE(rig.saysOn());
-        EXPECT_FALSE(rig.folder().isOf(std::nullopt));
-        EXPECT_FALSE(rig.folder().isOf(alice));
+        EXPECT_FALSE(rig.isOn());
+        EXPECT_FALSE(rig.folder().isFlagOf(std::nullopt));
+        EXPECT_FALSE(rig.folder().isFlagOf(alice));
         ASSERT_TRUE(rig.handOver(alice));
-        EXPECT_TRUE(rig.folder().isOf(alice));
+        EXPECT_TRUE(rig.folder().isFlagOf(alice));
         EXPECT_EQ(rig.content(), "off");
         rig.write(alice, "on");
-        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(rig.isOn());
     });
 }
 
@@ -50,7 +50,7 @@ TEST(FlagFolderIntruderTest, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay)
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.path("state.new"));
         ASSERT_TRUE(rig.handOver(alice));
-        EXPECT_TRUE(rig.folder().isOf(alice));
+        EXPECT_TRUE(rig.folder().isFlagOf(alice));
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.new"))));
     });
@@ -106,7 +106,7 @@ TEST(FlagFolderIntruderTest, NamesThatAreSwappedAllTheTimeLeadNowhere) {
     for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
         handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
         // No file that says on is ever put there, by nobody.
-        EXPECT_FALSE(rig.saysOn());
+        EXPECT_FALSE(rig.isOn());
     }
     isOver = true;
     swapper.join();
@@ -117,7 +117,7 @@ TEST(FlagFolderIntruderTest, NamesThatAreSwappedAllTheTimeLeadNowhere) {
     ASSERT_TRUE(rig.handOver(alice));
     ASSERT_TRUE(rig.handOver(bob));
     ASSERT_TRUE(rig.handOver(alice));
-    EXPECT_TRUE(rig.folder().isOf(alice));
+    EXPECT_TRUE(rig.folder().isFlagOf(alice));
 }
 
 }  // namespace

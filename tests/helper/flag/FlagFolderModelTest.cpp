@@ -109,7 +109,7 @@ TEST(FlagFolderModelTest, SaysOfAnythingWhatATinyModelSays) {
         Place place(rig, random);
         for (int step = 0; step < 2'000; ++step) {
             const bool expected = place.change();
-            ASSERT_EQ(rig.saysOn(), expected) << "step " << step;
+            ASSERT_EQ(rig.isOn(), expected) << "step " << step;
             ++(expected ? on : off);
         }
     }
@@ -141,7 +141,7 @@ TEST(FlagFolderModelTest, ThroughRandomLivesOnlyTheUserInPlaceSaysOn) {
                     ASSERT_TRUE(rig.handOver(inPlace));
                     if (!inPlace) break;
                     if (kept.contains(*inPlace)) outdated.push_back(std::move(kept[*inPlace]));
-                    const Being user(*inPlace);
+                    const ActingAs user(*inPlace);
                     kept[*inPlace] = Descriptor(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
                     ASSERT_TRUE(kept[*inPlace].isOpen());
                     last.try_emplace(*inPlace, "off");
@@ -162,8 +162,8 @@ TEST(FlagFolderModelTest, ThroughRandomLivesOnlyTheUserInPlaceSaysOn) {
                 default:
                     if (!outdated.empty()) FlagRig::writeTo(outdated[pick(outdated.size())], "on");
             }
-            ASSERT_EQ(rig.saysOn(), inPlace && last[*inPlace] == "on") << "step " << step;
-            ASSERT_TRUE(rig.folder().isOf(inPlace)) << "step " << step;
+            ASSERT_EQ(rig.isOn(), inPlace && last[*inPlace] == "on") << "step " << step;
+            ASSERT_TRUE(rig.folder().isFlagOf(inPlace)) << "step " << step;
             for (const uid_t user : users) ASSERT_EQ(mayWrite(user, rig.state()), user == inPlace) << "step " << step;
             // Nothing that was left over is needed.
             ASSERT_LE(rig.names().size(), users.size() + 1);

@@ -82,22 +82,22 @@ class Listening {
     }
     // What has happened so far is over.
     void settle() {
-        rig_.letPass(20ms);
+        rig_.runFor(20ms);
         changes_ = 0;
         losses_ = 0;
     }
     bool change() {
-        const bool came = rig_.waitUntil([&] { return changes_ > 0; });
+        const bool came = rig_.runUntil([&] { return changes_ > 0; });
         settle();
         return came;
     }
     bool loss() {
-        const bool came = rig_.waitUntil([&] { return losses_ > 0; });
-        rig_.letPass(20ms);
+        const bool came = rig_.runUntil([&] { return losses_ > 0; });
+        rig_.runFor(20ms);
         return came && losses_ == 1;
     }
     bool silence() {
-        rig_.letPass(50ms);
+        rig_.runFor(50ms);
         return changes_ == 0 && losses_ == 0;
     }
 
@@ -114,7 +114,7 @@ TEST(FlagFolderTest, TellsOfEachWriteOfTheApplication) {
     for (const std::string text : {"on", "off", "off", "on"}) {
         rig.write(alice, text);
         EXPECT_TRUE(listening.change());
-        EXPECT_EQ(rig.saysOn(), text == "on");
+        EXPECT_EQ(rig.isOn(), text == "on");
     }
 }
 
@@ -144,7 +144,7 @@ TEST(FlagFolderTest, FollowsTheFlagThatIsInPlaceAfterEachHandOver) {
         EXPECT_TRUE(listening.change());
         rig.write(user, "on");
         EXPECT_TRUE(listening.change());
-        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(rig.isOn());
         rig.write(user, "off");
     }
 }
@@ -158,15 +158,15 @@ TEST(FlagFolderTest, TellsOfASecondNameAndOfWritesThroughIt) {
     const std::string second = rig.root() + "/theirs/second";
     fs::create_hard_link(rig.state(), second);
     EXPECT_TRUE(listening.change());
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
     writeFile(second, "off");
     EXPECT_TRUE(listening.change());
     writeFile(second, "on");
     EXPECT_TRUE(listening.change());
-    EXPECT_FALSE(rig.saysOn());
+    EXPECT_FALSE(rig.isOn());
     fs::remove(second);
     EXPECT_TRUE(listening.change());
-    EXPECT_TRUE(rig.saysOn());
+    EXPECT_TRUE(rig.isOn());
 }
 
 TEST(FlagFolderTest, IsNotWokenByWhatDoesNotCount) {

@@ -34,17 +34,17 @@ TEST(FlagFolderUnwatchedTest, IsOffAndNobodysUntilItIsWatched) {
         FlagRig rig;
         ASSERT_TRUE(rig.handOver(user));
         rig.write(user, "on");
-        ASSERT_TRUE(rig.saysOn());
-        rig.startAnew();
+        ASSERT_TRUE(rig.isOn());
+        rig.reopen();
         allowWatches(4);  // three folders on the way, and the folder
-        EXPECT_FALSE(rig.saysOn());
-        EXPECT_FALSE(rig.folder().isOf(user));
+        EXPECT_FALSE(rig.isOn());
+        EXPECT_FALSE(rig.folder().isFlagOf(user));
         EXPECT_FALSE(rig.handOver(user));
-        EXPECT_FALSE(rig.saysOn());
+        EXPECT_FALSE(rig.isOn());
         allowWatches(5);
         EXPECT_TRUE(rig.handOver(user));
-        EXPECT_TRUE(rig.folder().isOf(user));
-        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(rig.folder().isFlagOf(user));
+        EXPECT_TRUE(rig.isOn());
     });
 }
 
@@ -76,13 +76,13 @@ TEST(FlagFolderUnwatchedTest, ThatTookThePlaceOfAWatchedOneIsOff) {
         rig.folder().onChange = [&] { ++changes; };
         allowWatches(4);
         fs::rename(rig.path("other"), rig.state());
-        ASSERT_TRUE(rig.waitUntil([&] { return changes > 0; }));
-        EXPECT_FALSE(rig.saysOn());
+        ASSERT_TRUE(rig.runUntil([&] { return changes > 0; }));
+        EXPECT_FALSE(rig.isOn());
         allowWatches(5);
         ASSERT_TRUE(rig.handOver(user));
         changes = 0;
         rig.write(user, "on");
-        EXPECT_TRUE(rig.waitUntil([&] { return changes > 0; }));
+        EXPECT_TRUE(rig.runUntil([&] { return changes > 0; }));
     });
 }
 

@@ -51,20 +51,20 @@ class FlagRig {
         return *folder_;
     }
     // What a daemon that is started anew finds.
-    void startAnew() { folder_.reset(); }
+    void reopen() { folder_.reset(); }
     bool handOver(std::optional<uid_t> user) {
         FlagFolder& flag = folder();
         const WithoutCapabilities none;
         return flag.handOver(user);
     }
-    bool saysOn() {
+    bool isOn() {
         FlagFolder& flag = folder();
         const WithoutCapabilities none;
-        return flag.saysOn();
+        return flag.isOn();
     }
     // As the application writes it: in place.
     void write(uid_t user, const std::string& text) const {
-        const Being writer(user);
+        const ActingAs writer(user);
         const Descriptor file(::open(state().c_str(), O_WRONLY | O_CLOEXEC));
         writeTo(file, text);
     }
@@ -76,12 +76,12 @@ class FlagRig {
     }
 
     // Turns the loop until it is so, for ten seconds at the most.
-    bool waitUntil(const std::function<bool()>& done) {
+    bool runUntil(const std::function<bool()>& done) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (!done() && std::chrono::steady_clock::now() < end) letPass(std::chrono::milliseconds(1));
+        while (!done() && std::chrono::steady_clock::now() < end) runFor(std::chrono::milliseconds(1));
         return done();
     }
-    void letPass(std::chrono::milliseconds time) {
+    void runFor(std::chrono::milliseconds time) {
         const auto over = loop_.after(time, [this] { loop_.stop(); });
         loop_.run();
     }

@@ -109,9 +109,9 @@ void killEverywhere(const Change& change, const std::function<void(FlagRig&)>& c
 const std::vector<Change> changes = {{alice, bob}, {bob, alice}, {alice, {}}, {{}, alice}, {alice, alice}, {{}, {}}};
 
 // The daemon, started anew: what is in place already is not put there again.
-void startAnew(FlagRig& rig, std::optional<uid_t> user) {
-    rig.startAnew();
-    if (rig.folder().isOf(user)) return;
+void reopen(FlagRig& rig, std::optional<uid_t> user) {
+    rig.reopen();
+    if (rig.folder().isFlagOf(user)) return;
     ASSERT_TRUE(rig.handOver(user));
 }
 
@@ -123,9 +123,9 @@ TEST(HandOverCrashTest, AtAnyMomentLeavesAFlagThatNobodyMayWriteButTheOneBeforeO
                 const bool isOneOfThem = user == change.from || user == change.to;
                 EXPECT_TRUE(isOneOfThem || !mayWrite(user, rig.state())) << user;
             }
-            const bool isOneOfTheirs = rig.folder().isOf(change.from) || rig.folder().isOf(change.to);
-            EXPECT_TRUE(isOneOfTheirs || rig.folder().isOf(std::nullopt));
-            EXPECT_TRUE(isOneOfTheirs || !rig.saysOn());
+            const bool isOneOfTheirs = rig.folder().isFlagOf(change.from) || rig.folder().isFlagOf(change.to);
+            EXPECT_TRUE(isOneOfTheirs || rig.folder().isFlagOf(std::nullopt));
+            EXPECT_TRUE(isOneOfTheirs || !rig.isOn());
         });
     }
 }
@@ -135,15 +135,15 @@ TEST(HandOverCrashTest, AtAnyMomentLosesNothingOfWhatUsersLeftAndLeavesNothingBe
         for (const std::optional<uid_t> next : std::set{change.to, change.from}) {
             SCOPED_TRACE("then to " + text({next, next}));
             killEverywhere(change, [&](FlagRig& rig) {
-                startAnew(rig, next);
-                ASSERT_TRUE(rig.folder().isOf(next));
-                EXPECT_EQ(rig.saysOn(), next.has_value());
+                reopen(rig, next);
+                ASSERT_TRUE(rig.folder().isFlagOf(next));
+                EXPECT_EQ(rig.isOn(), next.has_value());
                 EXPECT_FALSE(rig.names().contains("state.new"));
                 ASSERT_TRUE(rig.handOver(alice));
-                EXPECT_TRUE(rig.saysOn());
+                EXPECT_TRUE(rig.isOn());
                 EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));
                 ASSERT_TRUE(rig.handOver(bob));
-                EXPECT_TRUE(rig.saysOn());
+                EXPECT_TRUE(rig.isOn());
                 EXPECT_EQ(rig.names(), (Names{"state", "state.left.61001"}));
             });
         }

@@ -63,16 +63,16 @@ TEST(HandOverOnAFullDiskTest, TakesTheRightAwayLeavesNothingHalfMadeAndLosesNoth
         SmallDisk disk(user);
         disk.fillWithBytes();
         EXPECT_FALSE(disk.rig.handOver(std::nullopt));
-        EXPECT_FALSE(disk.rig.folder().isOf(user));
-        EXPECT_TRUE(disk.rig.folder().isOf(std::nullopt));
-        EXPECT_FALSE(disk.rig.saysOn());
+        EXPECT_FALSE(disk.rig.folder().isFlagOf(user));
+        EXPECT_TRUE(disk.rig.folder().isFlagOf(std::nullopt));
+        EXPECT_FALSE(disk.rig.isOn());
         EXPECT_TRUE(user == 0 || !mayWrite(user, disk.rig.state()));
         EXPECT_EQ(disk.names(), (Names{"state", left(user)}));
         EXPECT_FALSE(disk.rig.handOver(user));
         EXPECT_EQ(disk.names(), (Names{"state", left(user)}));
         disk.empty();
         EXPECT_TRUE(disk.rig.handOver(user));
-        EXPECT_TRUE(disk.rig.saysOn());
+        EXPECT_TRUE(disk.rig.isOn());
         EXPECT_EQ(disk.names(), Names{"state"});
     });
 }
@@ -82,13 +82,13 @@ TEST(HandOverOnAFullDiskTest, WithoutRoomForANameTakesTheRightAwayAllTheSame) {
         SmallDisk disk(user);
         disk.fillWithFiles();
         EXPECT_FALSE(disk.rig.handOver(std::nullopt));
-        EXPECT_TRUE(disk.rig.folder().isOf(std::nullopt));
+        EXPECT_TRUE(disk.rig.folder().isFlagOf(std::nullopt));
         EXPECT_TRUE(user == 0 || !mayWrite(user, disk.rig.state()));
         EXPECT_EQ(disk.names(), Names{"state"});
         disk.empty();
         EXPECT_TRUE(disk.rig.handOver(user));
-        EXPECT_TRUE(disk.rig.folder().isOf(user));
-        EXPECT_FALSE(disk.rig.saysOn());
+        EXPECT_TRUE(disk.rig.folder().isFlagOf(user));
+        EXPECT_FALSE(disk.rig.isOn());
         EXPECT_EQ(disk.names(), Names{"state"});
     });
 }
@@ -101,7 +101,7 @@ TEST(HandOverOnAFullDiskTest, FailsWhereTheFileSystemMayOnlyBeRead) {
         EXPECT_EQ(disk.names(), Names{"state"});
         ASSERT_EQ(::mount("none", disk.rig.path().c_str(), nullptr, MS_REMOUNT, nullptr), 0);
         EXPECT_TRUE(disk.rig.handOver(std::nullopt));
-        EXPECT_FALSE(disk.rig.saysOn());
+        EXPECT_FALSE(disk.rig.isOn());
     });
 }
 

@@ -55,12 +55,12 @@ TEST(HandOverRefusedTest, WhereTheRightCannotBeTakenAwayLeavesTheUserAFlagThatSt
         rig.handOver(alice);
         EXPECT_EQ(handOverRefused(rig, next), ENOSPC);
         // Alice is back before anybody had the flag.
-        EXPECT_TRUE(rig.folder().isOf(alice));
-        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(rig.folder().isFlagOf(alice));
+        EXPECT_TRUE(rig.isOn());
         EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));
         ASSERT_TRUE(rig.handOver(bob));
         ASSERT_TRUE(rig.handOver(alice));
-        EXPECT_TRUE(rig.saysOn());
+        EXPECT_TRUE(rig.isOn());
     }
 }
 

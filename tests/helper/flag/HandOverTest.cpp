@@ -50,7 +50,7 @@ TEST(HandOverTest, KeepsWhatAUserLeftForTheirReturnAndNoLonger) {
     EXPECT_FALSE(mayWrite(alice, rig.path("state.left.61001")));
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_EQ(rig.content(), "on");
-    EXPECT_TRUE(rig.saysOn());
+    EXPECT_TRUE(rig.isOn());
     EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));
     ASSERT_TRUE(rig.handOver(bob));
     EXPECT_EQ(rig.content(), "off");
@@ -94,12 +94,12 @@ TEST(HandOverTest, TakesOverAFlagThatAnInstallationMade) {
     FlagRig rig;
     writeFile(rig.state(), "off");
     ::chmod(rig.state().c_str(), 0644);
-    EXPECT_TRUE(rig.folder().isOf(std::nullopt));
-    EXPECT_FALSE(rig.folder().isOf(alice));
+    EXPECT_TRUE(rig.folder().isFlagOf(std::nullopt));
+    EXPECT_FALSE(rig.folder().isFlagOf(alice));
     ASSERT_TRUE(rig.handOver(alice));
-    EXPECT_TRUE(rig.folder().isOf(alice));
-    EXPECT_FALSE(rig.folder().isOf(bob));
-    EXPECT_FALSE(rig.folder().isOf(std::nullopt));
+    EXPECT_TRUE(rig.folder().isFlagOf(alice));
+    EXPECT_FALSE(rig.folder().isFlagOf(bob));
+    EXPECT_FALSE(rig.folder().isFlagOf(std::nullopt));
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
@@ -128,7 +128,7 @@ TEST(HandOverTest, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
     rig.handOver(alice);
     rig.write(alice, "on");
     const Descriptor keptOpen = [&] {
-        const Being user(alice);
+        const ActingAs user(alice);
         return Descriptor(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
     }();
     for (const std::optional<uid_t> next : {std::optional<uid_t>(), std::optional<uid_t>(bob)}) {
@@ -139,7 +139,7 @@ TEST(HandOverTest, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
         EXPECT_EQ(rig.content("state.left.61001"), "on");
     }
     ASSERT_TRUE(rig.handOver(alice));
-    EXPECT_TRUE(rig.saysOn());
+    EXPECT_TRUE(rig.isOn());
 }
 
 TEST(HandOverTest, CutsLikewiseWhatAUserGoesOnWritingWhileAway) {
@@ -152,7 +152,7 @@ TEST(HandOverTest, CutsLikewiseWhatAUserGoesOnWritingWhileAway) {
     EXPECT_EQ(rig.content("state.left.61001"), "xxx");
     FlagRig::writeTo(keptOpen, "on");
     rig.handOver(alice);
-    EXPECT_TRUE(rig.saysOn());
+    EXPECT_TRUE(rig.isOn());
 }
 
 }  // namespace

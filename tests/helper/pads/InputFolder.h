@@ -9,7 +9,7 @@
 #include <string>
 
 #include "helper/Descriptor.h"
-#include "helper/pads/InputClass.h"
+#include "helper/pads/InhibitedAttribute.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra::helper {
@@ -24,21 +24,21 @@ class InputFolder {
     void unplug(const std::string& name) { std::filesystem::remove_all(folder_.path() / name); }
 
     bool isInhibited(const std::string& name) const { return readFile(attribute(name)) == "1\n"; }
-    bool isFree(const std::string& name) const { return readFile(attribute(name)) == "0\n"; }
+    bool isActive(const std::string& name) const { return readFile(attribute(name)) == "0\n"; }
 
     // From here on the driver takes no write, and takes them again.
-    void refuse(const std::string& name) {
+    void refuseWrites(const std::string& name) {
         before_ = readFile(attribute(name));
         std::filesystem::remove(attribute(name));
         std::filesystem::create_symlink("/dev/full", attribute(name));
     }
-    void relent(const std::string& name) {
+    void acceptWrites(const std::string& name) {
         writeFile(folder_.path() / "next", before_);
         std::filesystem::rename(folder_.path() / "next", attribute(name));
     }
 
     // It is free, and takes no write for good.
-    void freeAndSeal(const std::string& name) {
+    void activateAndSeal(const std::string& name) {
         sealed_ = Descriptor(::memfd_create("inhibited", MFD_CLOEXEC | MFD_ALLOW_SEALING));
         if (::write(sealed_.number(), "0\n", 2) != 2 || ::fcntl(sealed_.number(), F_ADD_SEALS, F_SEAL_WRITE) != 0)
             throw std::runtime_error("cannot seal");
@@ -46,7 +46,7 @@ class InputFolder {
         std::filesystem::create_symlink("/proc/self/fd/" + std::to_string(sealed_.number()), attribute(name));
     }
 
-    InputClass inputs() const { return InputClass(folder_.path().string()); }
+    InhibitedAttribute inputs() const { return InhibitedAttribute(folder_.path().string()); }
 
   private:
     std::filesystem::path attribute(const std::string& name) const { return folder_.path() / name / "inhibited"; }

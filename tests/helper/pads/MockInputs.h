@@ -20,8 +20,8 @@ struct MockInput {
     std::string keys = "30000 0 0 0 0";  // a mask: the left button and the right one
     std::string bus = "0018";
     std::string vendor = "06cb";
-    std::string hid = {};                          // "0018:06CB:CD8B.0001", or no HID device
-    std::string above = "/devices/platform/host";  // what it is plugged into; "/devices/virtual" is nothing
+    std::string hid = {};                           // "0018:06CB:CD8B.0001", or no HID device
+    std::string parent = "/devices/platform/host";  // what it is plugged into; "/devices/virtual" is nothing
 };
 
 // A laptop's pad on I2C, and the mouse that the same device pretends to be as well.
@@ -43,23 +43,23 @@ class MockInputs {
     }
 
     // A port of the computer's, or of a hub, and what the kernel knows of it. Returns what to plug devices into.
-    std::string plugUsb(const std::string& above, const std::string& name, const std::string& removable) {
-        const std::string path = above + "/" + name;
+    std::string plugUsb(const std::string& parent, const std::string& name, const std::string& removable) {
+        const std::string path = parent + "/" + name;
         makeDevice(path, "bus/usb", "DEVTYPE=usb_device\n");
         writeFile(folder(path) / "removable", removable + "\n");
         return path;
     }
 
     // The device alone, without a message.
-    void appear(const MockInput& device) {
-        std::string above = device.above;
-        if (above != "/devices/virtual" && !std::filesystem::exists(folder(above)))
-            makeDevice(above, "bus/platform", "DRIVER=host\n");
+    void addDevice(const MockInput& device) {
+        std::string parent = device.parent;
+        if (parent != "/devices/virtual" && !std::filesystem::exists(folder(parent)))
+            makeDevice(parent, "bus/platform", "DRIVER=host\n");
         if (!device.hid.empty()) {
-            above += "/" + device.hid;
-            if (!std::filesystem::exists(folder(above))) makeDevice(above, "bus/hid", "HID_NAME=x\n");
+            parent += "/" + device.hid;
+            if (!std::filesystem::exists(folder(parent))) makeDevice(parent, "bus/hid", "HID_NAME=x\n");
         }
-        const std::string path = above + "/input/" + device.input;
+        const std::string path = parent + "/input/" + device.input;
         makeDevice(path, "class/input", "PRODUCT=" + device.bus + "/" + device.vendor + "/1/1\n");
         for (const char* inside : {"id", "capabilities"}) std::filesystem::create_directories(folder(path) / inside);
         writeFile(folder(path) / "name", device.name + "\n");
@@ -75,23 +75,23 @@ class MockInputs {
         paths_[device.input] = path;
     }
     // The message alone. The device's folder is there.
-    void tell(const std::string& input, const std::string& action) {
+    void sendEvent(const std::string& input, const std::string& action) {
         const std::string path = "/sys" + paths_.at(input);
         umockdev_testbed_uevent(testbed_.get(), (path + "/event" + input.substr(5)).c_str(), action.c_str());
     }
     // The kernel no longer lists it.
-    void leave(const std::string& input) {
+    void removeDevice(const std::string& input) {
         std::filesystem::remove(inClass(input));
         std::filesystem::remove(inClass("event" + input.substr(5)));
     }
 
     void plug(const MockInput& device) {
-        appear(device);
-        tell(device.input, "add");
+        addDevice(device);
+        sendEvent(device.input, "add");
     }
     void unplug(const std::string& input) {
-        leave(input);
-        tell(input, "remove");
+        removeDevice(input);
+        sendEvent(input, "remove");
         std::filesystem::remove_all(folder(paths_.at(input)));
     }
 

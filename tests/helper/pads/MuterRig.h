@@ -6,8 +6,8 @@
 #include <string>
 
 #include "helper/Loop.h"
+#include "helper/pads/MutedPads.h"
 #include "helper/pads/Muter.h"
-#include "helper/pads/Records.h"
 #include "tests/helper/pads/InputFolder.h"
 #include "tests/support/posix/TempFolder.h"
 
@@ -22,15 +22,15 @@ class MuterRig : public testing::Test {
         computer.plug("input5");
         computer.plug("input6");
     }
-    Names recorded() const { return Records(runtime).names(); }
+    Names recordedPads() const { return MutedPads(runtime).names(); }
 
     const TempFolder folder;
     const std::string runtime = folder / "run";
     InputFolder computer;
-    const InputClass inputs = computer.inputs();
+    const InhibitedAttribute inputs = computer.inputs();
     Loop loop;
-    Records records{runtime};
-    Muter muter{loop, records, inputs};
+    MutedPads mutedPads{runtime};
+    Muter muter{loop, mutedPads, inputs};
 };
 
 }  // namespace kovra::helper

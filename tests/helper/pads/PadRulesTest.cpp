@@ -140,14 +140,10 @@ const std::vector<Known> knownDevices{
       .seat = "seat1"},
      false},
     {"a touchpad that a program plays, whatever bus it names",
-     {.name = "Remote touchpad", .isTouchpad = true, .bus = BUS_VIRTUAL, .isMadeByProgram = true},
+     {.name = "Remote touchpad", .isTouchpad = true, .bus = BUS_VIRTUAL, .isVirtual = true},
      false},
     {"a touchpad that a program plays, which udev takes for built in",
-     {.name = "Remote touchpad",
-      .isTouchpad = true,
-      .integration = "internal",
-      .bus = BUS_I8042,
-      .isMadeByProgram = true},
+     {.name = "Remote touchpad", .isTouchpad = true, .integration = "internal", .bus = BUS_I8042, .isVirtual = true},
      false},
     {"ThinkPad's trackpoint",
      {.name = "TPPS/2 IBM TrackPoint", .isMouse = true, .isPointingStick = true, .bus = BUS_I8042},
@@ -199,7 +195,7 @@ struct Mouse {
     const char* what;
     std::uint16_t bus;
     bool isTagged;
-    bool driverSaysStick;
+    bool hasStickProperty;
     bool hasMiddleButton;
     bool isTwin;
 };
@@ -220,7 +216,7 @@ TEST(PadRulesTest, LeaveAPointingStickAloneThatIsAPartOfThePad) {
         InputProperties other = twin;
         other.bus = mouse.bus;
         other.isPointingStick = mouse.isTagged;
-        other.driverSaysStick = mouse.driverSaysStick;
+        other.hasStickProperty = mouse.hasStickProperty;
         other.hasMiddleButton = mouse.hasMiddleButton;
         const Inputs both{"input4", "input5"};
         EXPECT_EQ(inputsToMute({own, other}), mouse.isTwin ? both : Inputs{"input5"}) << mouse.what;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/helper/Turning.h"
+#include "tests/helper/RunUntil.h"
 #include "tests/helper/pads/MockInputs.h"
 
 namespace kovra::helper {
@@ -22,7 +22,7 @@ MockInput tagged(MockInput mouse) {
 class TouchpadsTest : public testing::Test {
   protected:
     // Nothing more is to come once what was told before was dealt with.
-    void settle() { turnFor(loop, std::chrono::milliseconds(20)); }
+    void settle() { runFor(loop, std::chrono::milliseconds(20)); }
     Inputs present() { return Touchpads(loop).inputs(); }
 
     MockInputs computer;
@@ -30,13 +30,13 @@ class TouchpadsTest : public testing::Test {
 };
 
 TEST_F(TouchpadsTest, AreFoundAtTheStartWithTheirTwins) {
-    computer.appear(pad);
-    computer.appear(twin);
+    computer.addDevice(pad);
+    computer.addDevice(twin);
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
 TEST_F(TouchpadsTest, AreNoneOnAComputerWithoutAny) {
-    computer.appear({.input = "input1", .name = "Power Button", .properties = "ID_INPUT=1\nID_INPUT_KEY=1\n"});
+    computer.addDevice({.input = "input1", .name = "Power Button", .properties = "ID_INPUT=1\nID_INPUT_KEY=1\n"});
     EXPECT_EQ(present(), Inputs());
 }
 
@@ -45,27 +45,27 @@ TEST_F(TouchpadsTest, AreToldOfWhenTheyComeAndGo) {
     int told = 0;
     touchpads.onChange = [&] { ++told; };
     computer.plug(pad);
-    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs() == Inputs{"input5"}; }));
+    EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs() == Inputs{"input5"}; }));
     computer.plug(twin);
-    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs() == (Inputs{"input4", "input5"}); }));
+    EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs() == (Inputs{"input4", "input5"}); }));
     computer.unplug("input5");
-    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs().empty(); }));
+    EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs().empty(); }));
     settle();
     EXPECT_EQ(told, 3);
 }
 
 TEST_F(TouchpadsTest, AreFoundUnderTheirNewNumber) {
-    computer.appear(pad);
+    computer.addDevice(pad);
     Touchpads touchpads(loop);
     computer.unplug("input5");
     MockInput again = pad;
     again.input = "input9";
     computer.plug(again);
-    EXPECT_TRUE(turnUntil(loop, [&] { return touchpads.inputs() == Inputs{"input9"}; }));
+    EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs() == Inputs{"input9"}; }));
 }
 
 TEST_F(TouchpadsTest, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
-    computer.appear(pad);
+    computer.addDevice(pad);
     Touchpads touchpads(loop);
     int told = 0;
     touchpads.onChange = [&] { ++told; };
@@ -75,7 +75,7 @@ TEST_F(TouchpadsTest, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
                    .bus = "0003",
                    .hid = "0003:046D:C077.0002"});
     computer.unplug("input7");
-    computer.tell("input5", "change");
+    computer.sendEvent("input5", "change");
     settle();
     EXPECT_EQ(told, 0);
     EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
@@ -85,10 +85,10 @@ TEST_F(TouchpadsTest, ThatNobodyWasToldOfAreFoundByALook) {
     Touchpads touchpads(loop);
     int told = 0;
     touchpads.onChange = [&] { ++told; };
-    computer.appear(pad);
+    computer.addDevice(pad);
     settle();
     EXPECT_EQ(touchpads.inputs(), Inputs());
-    touchpads.look();
+    touchpads.rescan();
     EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
     EXPECT_EQ(told, 1);
 }
@@ -96,42 +96,42 @@ TEST_F(TouchpadsTest, ThatNobodyWasToldOfAreFoundByALook) {
 TEST_F(TouchpadsTest, AreJudgedByThePortTheyAreIn) {
     const std::string built = computer.plugUsb("/devices/pci0000:00/usb1", "1-5", "fixed");
     const std::string free = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
-    computer.appear({.input = "input5", .name = "bcm5974", .bus = "0003", .above = built});
-    computer.appear({.input = "input6", .name = "bcm5974", .bus = "0003", .above = free});
+    computer.addDevice({.input = "input5", .name = "bcm5974", .bus = "0003", .parent = built});
+    computer.addDevice({.input = "input6", .name = "bcm5974", .bus = "0003", .parent = free});
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
 TEST_F(TouchpadsTest, OnAHubThatCanBePulledOutAreExternal) {
     const std::string hub = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
     const std::string inside = computer.plugUsb(hub, "1-6.1", "fixed");
-    computer.appear({.input = "input5", .name = "Keyboard with a pad", .bus = "0003", .above = inside});
+    computer.addDevice({.input = "input5", .name = "Keyboard with a pad", .bus = "0003", .parent = inside});
     EXPECT_EQ(present(), Inputs());
 }
 
 TEST_F(TouchpadsTest, ByBluetoothAreExternalThoughTheAdapterIsBuiltIn) {
     const std::string adapter = computer.plugUsb("/devices/pci0000:00/usb1", "1-7", "fixed");
-    computer.appear(
-        {.input = "input5", .name = "Apple Magic Trackpad", .bus = "0005", .vendor = "05ac", .above = adapter});
+    computer.addDevice(
+        {.input = "input5", .name = "Apple Magic Trackpad", .bus = "0005", .vendor = "05ac", .parent = adapter});
     EXPECT_EQ(present(), Inputs());
 }
 
 TEST_F(TouchpadsTest, ThatUdevKnowsToBeExternalAreLeftAlone) {
     MockInput external = pad;
     external.properties += "ID_INPUT_TOUCHPAD_INTEGRATION=external\n";
-    computer.appear(external);
-    computer.appear(twin);
+    computer.addDevice(external);
+    computer.addDevice(twin);
     EXPECT_EQ(present(), Inputs());
 }
 
 TEST_F(TouchpadsTest, ThatAProgramPlaysAreLeftAlone) {
-    computer.appear({.input = "input5", .name = "Remote touchpad", .bus = "0006", .above = "/devices/virtual"});
+    computer.addDevice({.input = "input5", .name = "Remote touchpad", .bus = "0006", .parent = "/devices/virtual"});
     EXPECT_EQ(present(), Inputs());
 }
 
 TEST_F(TouchpadsTest, OfAnotherSeatAreLeftAlone) {
     MockInput other = pad;
     other.properties += "ID_SEAT=seat1\n";
-    computer.appear(other);
+    computer.addDevice(other);
     EXPECT_EQ(present(), Inputs());
 }
 
@@ -140,38 +140,38 @@ TEST_F(TouchpadsTest, LeaveThePointingStickOfTheirDeviceAlone) {
     onUsb.bus = "0003";
     MockInput stick = tagged(twin);
     stick.bus = "0003";
-    computer.appear(onUsb);
-    computer.appear(stick);
+    computer.addDevice(onUsb);
+    computer.addDevice(stick);
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
 TEST_F(TouchpadsTest, HaveATwinOnI2CAlthoughUdevTakesEveryMouseThereForAPointingStick) {
-    computer.appear(pad);
-    computer.appear(tagged(twin));
+    computer.addDevice(pad);
+    computer.addDevice(tagged(twin));
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
 TEST_F(TouchpadsTest, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) {
     MockInput stick = tagged(twin);
     stick.keys = "70000 0 0 0 0";
-    computer.appear(pad);
-    computer.appear(stick);
+    computer.addDevice(pad);
+    computer.addDevice(stick);
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
 TEST_F(TouchpadsTest, TakeNoOtherKeyOfATwinForAMiddleButton) {
     MockInput mouse = tagged(twin);
     mouse.keys = "40000 30000 0 0 0 40000";
-    computer.appear(pad);
-    computer.appear(mouse);
+    computer.addDevice(pad);
+    computer.addDevice(mouse);
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
 TEST_F(TouchpadsTest, LeaveAloneOnI2CWhatItsDriverKnowsToBeAPointingStick) {
     MockInput stick = tagged(twin);
     stick.driverProperties = "21";
-    computer.appear(pad);
-    computer.appear(stick);
+    computer.addDevice(pad);
+    computer.addDevice(stick);
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 

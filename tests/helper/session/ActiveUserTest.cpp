@@ -57,9 +57,9 @@ class LoginManager {
   private:
     static void replace(const std::string& name, const std::string& text) {
         const std::string path = "/run/systemd/" + name;
-        const std::string fresh = "/run/systemd/." + fs::path(name).filename().string();
-        writeFile(fresh, text);
-        fs::rename(fresh, path);
+        const std::string newFlag = "/run/systemd/." + fs::path(name).filename().string();
+        writeFile(newFlag, text);
+        fs::rename(newFlag, path);
     }
 };
 
@@ -72,13 +72,13 @@ class Listener {
     // Whether it comes to be so, with one call for it.
     bool becomes(std::optional<uid_t> expected) {
         const auto end = std::chrono::steady_clock::now() + 10s;
-        while (changes_ == 0 && std::chrono::steady_clock::now() < end) letPass(1ms);
+        while (changes_ == 0 && std::chrono::steady_clock::now() < end) runFor(1ms);
         const bool once = changes_ == 1;
         changes_ = 0;
         return once && user.current() == expected;
     }
     bool staysSilent() {
-        letPass(50ms);
+        runFor(50ms);
         return changes_ == 0;
     }
     // What there was to read has been read: the loop does not go round.
@@ -88,14 +88,14 @@ class Listener {
             ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
             return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
         };
-        letPass(20ms);
+        runFor(20ms);
         const auto before = used();
-        letPass(200ms);
+        runFor(200ms);
         return used() - before < 5ms;
     }
 
   private:
-    void letPass(std::chrono::milliseconds time) {
+    void runFor(std::chrono::milliseconds time) {
         const auto over = loop_.after(time, [this] { loop_.stop(); });
         loop_.run();
     }

@@ -68,17 +68,17 @@ class Rig {
         };
     }
     bool endIsTold() {
-        letPass(10s);
+        runFor(10s);
         return std::exchange(ends_, 0) == 1;
     }
     bool staysSilent() { return staysSilentFor(50ms); }
     bool staysSilentFor(std::chrono::milliseconds time) {
-        letPass(time);
+        runFor(time);
         return ends_ == 0;
     }
 
   private:
-    void letPass(std::chrono::milliseconds time) {
+    void runFor(std::chrono::milliseconds time) {
         const auto over = loop_.after(time, [this] { loop_.stop(); });
         loop_.run();
     }
@@ -94,14 +94,14 @@ TEST(ApplicationWatchTest, TellsTheEndOfTheUsersApplicationAtOnceHoweverItEnds) 
     inPrivateMachine([](uid_t user) {
         for (const int signal : {SIGKILL, SIGTERM, SIGABRT}) {
             Rig rig;
-            EXPECT_FALSE(rig.watch.lives(user));
+            EXPECT_FALSE(rig.watch.isRunning(user));
             const Process application(user);
-            EXPECT_TRUE(rig.watch.lives(user));
-            EXPECT_TRUE(rig.watch.lives(user));
+            EXPECT_TRUE(rig.watch.isRunning(user));
+            EXPECT_TRUE(rig.watch.isRunning(user));
             EXPECT_TRUE(rig.staysSilent());
             application.signal(signal);
             EXPECT_TRUE(rig.endIsTold());
-            EXPECT_FALSE(rig.watch.lives(user));  // nor while nobody has asked for its end
+            EXPECT_FALSE(rig.watch.isRunning(user));  // nor while nobody has asked for its end
             EXPECT_TRUE(rig.staysSilent());
         }
     });
@@ -112,13 +112,13 @@ TEST(ApplicationWatchTest, GoesOnWithAnotherApplicationOfThatUser) {
         Rig rig;
         const Process one(user);
         const Process other(user);
-        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_TRUE(rig.watch.isRunning(user));
         one.kill();
         EXPECT_TRUE(rig.staysSilent());
-        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_TRUE(rig.watch.isRunning(user));
         other.kill();
         EXPECT_TRUE(rig.endIsTold());
-        EXPECT_FALSE(rig.watch.lives(user));
+        EXPECT_FALSE(rig.watch.isRunning(user));
     });
 }
 
@@ -127,7 +127,7 @@ TEST(ApplicationWatchTest, TakesNoOtherNameForIt) {
         Rig rig;
         for (const std::string name : {"ble-kovra-ui", "ble-kovra-helper", "ble-kovr", "xble-kovra", "BLE-kovra", ""}) {
             const Process process(user, name);
-            EXPECT_FALSE(rig.watch.lives(user)) << name;
+            EXPECT_FALSE(rig.watch.isRunning(user)) << name;
         }
     });
 }
@@ -136,18 +136,18 @@ TEST(ApplicationWatchTest, TakesNobodyElsesForTheUsers) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
-        EXPECT_FALSE(rig.watch.lives(bob));
-        EXPECT_TRUE(rig.watch.lives(user));
-        EXPECT_FALSE(rig.watch.lives(bob));
-        EXPECT_FALSE(rig.watch.lives(user + 1));
+        EXPECT_FALSE(rig.watch.isRunning(bob));
+        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_FALSE(rig.watch.isRunning(bob));
+        EXPECT_FALSE(rig.watch.isRunning(user + 1));
         application.kill();
         EXPECT_TRUE(rig.staysSilent());
         if (user == 0) return;  // the only number there is here
         // Neither one that acts for somebody else nor one that somebody else acts through.
         const Process actsForRoot("ble-kovra", bob, 0);
         const Process rootActs("ble-kovra", 0, bob);
-        EXPECT_FALSE(rig.watch.lives(bob));
-        EXPECT_FALSE(rig.watch.lives(0));
+        EXPECT_FALSE(rig.watch.isRunning(bob));
+        EXPECT_FALSE(rig.watch.isRunning(0));
     });
 }
 
@@ -156,11 +156,11 @@ TEST(ApplicationWatchTest, OneThatIsStoppedLivesAndOneThatIsNotBuriedYetDoesNot)
         Rig rig;
         const Process application(user);
         application.signal(SIGSTOP);
-        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_TRUE(rig.watch.isRunning(user));
         EXPECT_TRUE(rig.staysSilent());
         application.kill();
         EXPECT_TRUE(rig.endIsTold());
-        EXPECT_FALSE(rig.watch.lives(user));
+        EXPECT_FALSE(rig.watch.isRunning(user));
     });
 }
 
@@ -168,11 +168,11 @@ TEST(ApplicationWatchTest, ForgetsTheOneThatItHeld) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
-        EXPECT_TRUE(rig.watch.lives(user));
-        rig.watch.forget();
+        EXPECT_TRUE(rig.watch.isRunning(user));
+        rig.watch.release();
         application.kill();
         EXPECT_TRUE(rig.staysSilent());
-        EXPECT_FALSE(rig.watch.lives(user));
+        EXPECT_FALSE(rig.watch.isRunning(user));
     });
 }
 
@@ -180,11 +180,11 @@ TEST(ApplicationWatchTest, LetsGoOfOneThatHasBecomeAnotherProgram) {
     inPrivateMachine([](uid_t user) {
         ::prctl(PR_SET_NAME, "ble-kovra");
         Rig rig;
-        EXPECT_TRUE(rig.watch.lives(0));
+        EXPECT_TRUE(rig.watch.isRunning(0));
         ::prctl(PR_SET_NAME, "another");
-        EXPECT_FALSE(rig.watch.lives(0));
+        EXPECT_FALSE(rig.watch.isRunning(0));
         const Process application(user);
-        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_TRUE(rig.watch.isRunning(user));
     });
 }
 
@@ -219,7 +219,7 @@ TEST(ApplicationWatchTest, HoldsTheApplicationAndNotTheProgramThatItIsJustStarti
             return false;
         };
         ASSERT_TRUE(is(500, "ble-kovra") && is(400, "ble-kovra"));
-        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_TRUE(rig.watch.isRunning(user));
         EXPECT_EQ(::write(becomes[1], "x", 1), 1);
         ASSERT_TRUE(is(400, "xdg-open"));
         ::kill(application, SIGKILL);
@@ -271,12 +271,12 @@ TEST(ApplicationWatchTest, DoesNotTakeForTheApplicationForLongTheProgramThatItWa
         for (const auto delay : {10ms, 400ms}) {
             Rig rig;
             const ApplicationThatStartsAProgram application(user);
-            EXPECT_TRUE(rig.watch.lives(user));
+            EXPECT_TRUE(rig.watch.isRunning(user));
             application.kill();
             EXPECT_TRUE(rig.staysSilentFor(delay));
             application.letTheProgramBecomeItself();
             EXPECT_TRUE(rig.endIsTold());
-            EXPECT_FALSE(rig.watch.lives(user));
+            EXPECT_FALSE(rig.watch.isRunning(user));
         }
     });
 }
@@ -285,10 +285,10 @@ TEST(ApplicationWatchTest, LooksNoMoreForWhomItHasForgotten) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const ApplicationThatStartsAProgram application(user);
-        EXPECT_TRUE(rig.watch.lives(user));
+        EXPECT_TRUE(rig.watch.isRunning(user));
         application.kill();
         EXPECT_TRUE(rig.staysSilentFor(10ms));
-        rig.watch.forget();
+        rig.watch.release();
         application.letTheProgramBecomeItself();
         EXPECT_TRUE(rig.staysSilentFor(300ms));
     });

@@ -9,8 +9,8 @@
 namespace kovra::helper {
 
 // Turns the loop until the condition holds. Whether it came true in time.
-inline bool turnUntil(Loop& loop, const std::function<bool()>& condition,
-                      std::chrono::milliseconds atMost = std::chrono::seconds(20)) {
+inline bool runUntil(Loop& loop, const std::function<bool()>& condition,
+                     std::chrono::milliseconds atMost = std::chrono::seconds(20)) {
     const auto deadline = std::chrono::steady_clock::now() + atMost;
     std::unique_ptr<Loop::Watch> tick;
     const std::function<void()> look = [&] {
@@ -25,8 +25,8 @@ inline bool turnUntil(Loop& loop, const std::function<bool()>& condition,
 }
 
 // Turns the loop for that long.
-inline void turnFor(Loop& loop, std::chrono::milliseconds time) {
-    turnUntil(
+inline void runFor(Loop& loop, std::chrono::milliseconds time) {
+    runUntil(
         loop, [] { return false; }, time);
 }
 

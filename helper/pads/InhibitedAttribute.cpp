@@ -1,4 +1,4 @@
-#include "helper/pads/InputClass.h"
+#include "helper/pads/InhibitedAttribute.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 
 namespace kovra::helper {
 
-std::optional<bool> InputClass::isInhibited(const std::string& name) const {
+std::optional<bool> InhibitedAttribute::isInhibited(const std::string& name) const {
     const Descriptor file(::open(path(name).c_str(), O_RDONLY | O_CLOEXEC));
     char first = 0;
     if (!file.isOpen() || ::read(file.number(), &first, 1) != 1) return std::nullopt;
@@ -17,7 +17,7 @@ std::optional<bool> InputClass::isInhibited(const std::string& name) const {
     return first == '1';
 }
 
-int InputClass::setInhibited(const std::string& name, bool inhibited) const {
+int InhibitedAttribute::setInhibited(const std::string& name, bool inhibited) const {
     const Descriptor file(::open(path(name).c_str(), O_WRONLY | O_CLOEXEC));
     if (!file.isOpen()) return errno;
     while (::write(file.number(), inhibited ? "1" : "0", 1) < 0) {
@@ -26,7 +26,7 @@ int InputClass::setInhibited(const std::string& name, bool inhibited) const {
     return 0;
 }
 
-bool InputClass::saysGone(int error) const {
+bool InhibitedAttribute::meansGone(int error) const {
     return error == ENODEV || (error == ENOENT && ::access(folder_.c_str(), F_OK) == 0);
 }
 

@@ -16,20 +16,20 @@ namespace kovra::helper {
 namespace {
 
 // With a process that is really there.
-class DaemonProcessTest : public testing::Test {
+class DaemonApplicationTest : public testing::Test {
   protected:
-    DaemonProcessTest() {
+    DaemonApplicationTest() {
         rig.start();
         rig.daemon = std::make_unique<Daemon>(
             rig.flag.loop(),
-            Daemon::People{.atTheMachine = [this] { return std::optional(user); },
-                           .runsTheApplication = [this](uid_t of) { return application.lives(of); },
-                           .forgetTheApplication = [this] { application.forget(); }},
+            Daemon::Session{.activeUser = [this] { return std::optional(user); },
+                            .isApplicationRunning = [this](uid_t of) { return application.isRunning(of); },
+                            .releaseApplication = [this] { application.release(); }},
             rig.flag.folder(), *rig.touchpads, *rig.muter);
         application.onEnd = [this] { rig.daemon->evaluate(); };
         rig.daemon->evaluate();
     }
-    ~DaemonProcessTest() override { kill(SIGKILL); }
+    ~DaemonApplicationTest() override { kill(SIGKILL); }
 
     void startApplication() {
         process = ::fork();
@@ -40,7 +40,7 @@ class DaemonProcessTest : public testing::Test {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
             while (true) ::pause();
         }
-        ASSERT_TRUE(rig.flag.waitUntil([&] { return application.lives(user); }));
+        ASSERT_TRUE(rig.flag.runUntil([&] { return application.isRunning(user); }));
     }
     void kill(int signal) {
         if (process <= 0) return;
@@ -56,7 +56,7 @@ class DaemonProcessTest : public testing::Test {
     pid_t process = 0;
 };
 
-TEST_F(DaemonProcessTest, ThatIsKilledGivesThePadBackWithinASecond) {
+TEST_F(DaemonApplicationTest, ThatIsKilledGivesThePadBackWithinASecond) {
     startApplication();
     rig.flag.write(user, "on");
     ASSERT_TRUE(rig.becomes("1"));
@@ -67,7 +67,7 @@ TEST_F(DaemonProcessTest, ThatIsKilledGivesThePadBackWithinASecond) {
     EXPECT_EQ(rig.flag.content(), "on");
 }
 
-TEST_F(DaemonProcessTest, ThatIsStoppedChangesNothing) {
+TEST_F(DaemonApplicationTest, ThatIsStoppedChangesNothing) {
     startApplication();
     rig.flag.write(user, "on");
     ASSERT_TRUE(rig.becomes("1"));
@@ -78,7 +78,7 @@ TEST_F(DaemonProcessTest, ThatIsStoppedChangesNothing) {
     kill(SIGCONT);
 }
 
-TEST_F(DaemonProcessTest, ThatStartsAgainMutesAgain) {
+TEST_F(DaemonApplicationTest, ThatStartsAgainMutesAgain) {
     startApplication();
     rig.flag.write(user, "on");
     ASSERT_TRUE(rig.becomes("1"));

@@ -1,0 +1,50 @@
+#include "helper/flag/TrustedPath.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace kovra::helper {
+
+namespace {
+
+// The reason to refuse the folder, or an empty string. With an access control list the group bits are the list's mask,
+// so they also cover its entries for other users. Must be called directly after open(), as it reads errno.
+std::string refusalOf(const Descriptor& folder, uid_t owner) {
+    if (!folder.isOpen()) return std::generic_category().message(errno);
+    struct stat status {};
+    if (::fstat(folder.number(), &status) != 0) return std::generic_category().message(errno);
+    if (status.st_uid != owner) return "it belongs to user " + std::to_string(status.st_uid);
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) return "others than its owner may write to it";
+    return {};
+}
+
+}  // namespace
+
+TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
+    TrustedPath trusted;
+    std::filesystem::path reached = root;
+    const auto append = [&](Descriptor folder) {
+        const std::string refusal = refusalOf(folder, owner);
+        if (refusal.empty()) {
+            trusted.folders.push_back(std::move(folder));
+        } else {
+            trusted.folders.clear();
+            trusted.refusal = reached.string() + ": " + refusal;
+        }
+        return refusal.empty();
+    };
+    if (!append(Descriptor(::open(root.c_str(), flags)))) return trusted;
+    for (const auto& name : path.relative_path()) {
+        reached /= name;
+        if (!append(Descriptor(::openat(trusted.folders.back().number(), name.c_str(), flags | O_NOFOLLOW))))
+            return trusted;
+    }
+    return trusted;
+}
+
+}  // namespace kovra::helper

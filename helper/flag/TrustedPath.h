@@ -1,0 +1,23 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "helper/Descriptor.h"
+
+namespace kovra::helper {
+
+// Every folder of a path, from the root to the last one. Each was opened relative to the one before.
+struct TrustedPath {
+    std::vector<Descriptor> folders;
+    std::string refusal;  // if the path was refused: the reason, one line for the log
+};
+
+// Opens every folder of an absolute path, which is resolved below `root`. Follows no symbolic link below `root`.
+// Refuses the path if a folder, `root` included, does not belong to the owner or can be written by anyone else.
+TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner);
+
+}  // namespace kovra::helper

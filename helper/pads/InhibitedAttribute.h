@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace kovra::helper {
+
+// The kernel's attribute `inhibited` of input devices. While it is 1, no reader receives an event of the device.
+class InhibitedAttribute {
+  public:
+    explicit InhibitedAttribute(std::string folder = "/sys/class/input") : folder_(std::move(folder)) {}
+
+    // Empty if the device or its attribute does not exist, or if its value is neither 0 nor 1.
+    std::optional<bool> isInhibited(const std::string& name) const;
+    // Returns 0 or an error number. Setting the attribute to 0 opens the device again. The driver may refuse that, and
+    // then the attribute stays 1.
+    int setInhibited(const std::string& name, bool inhibited) const;
+
+    // Whether this error means that the device is gone. ENOENT does not mean that if the folder of all devices is
+    // missing too, as in a chroot without /sys.
+    bool meansGone(int error) const;
+
+  private:
+    std::string path(const std::string& name) const { return folder_ + "/" + name + "/inhibited"; }
+
+    std::string folder_;
+};
+
+}  // namespace kovra::helper

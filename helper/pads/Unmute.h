@@ -1,0 +1,18 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "helper/pads/InhibitedAttribute.h"
+#include "helper/pads/MutedPads.h"
+
+namespace kovra::helper {
+
+// Unmutes the device and removes it from the list. Also returns true if the device is gone. Returns false, logs one
+// line and keeps the device in the list if the driver refuses.
+bool unmute(const std::string& name, MutedPads& mutedPads, const InhibitedAttribute& attribute);
+
+// Unmutes all devices of the list, and retries until the timeout. Returns whether all were unmuted.
+bool unmuteAll(MutedPads& mutedPads, const InhibitedAttribute& attribute, std::chrono::milliseconds timeout);
+
+}  // namespace kovra::helper

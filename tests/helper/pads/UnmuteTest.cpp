@@ -1,0 +1,70 @@
+#include "helper/pads/Unmute.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "tests/helper/pads/MuterRig.h"
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+
+class UnmuteTest : public MuterRig {};
+
+TEST_F(UnmuteTest, GivesBackEverythingThatIsRecorded) {
+    muter.muteOnly({"input5", "input6"});
+    MutedPads found(runtime);
+    EXPECT_TRUE(unmuteAll(found, inputs, 0ms));
+    EXPECT_TRUE(computer.isActive("input5"));
+    EXPECT_TRUE(computer.isActive("input6"));
+    EXPECT_EQ(recordedPads(), Names());
+}
+
+TEST_F(UnmuteTest, HasNothingToDoWhereNothingIsRecorded) {
+    computer.plug("input5", "1\n");
+    EXPECT_TRUE(unmuteAll(mutedPads, inputs, 0ms));
+    EXPECT_TRUE(computer.isInhibited("input5"));
+}
+
+TEST_F(UnmuteTest, GivesUpAfterItsTimeAndKeepsTheRecord) {
+    muter.muteOnly({"input5", "input6"});
+    computer.refuseWrites("input5");
+    EXPECT_FALSE(unmuteAll(mutedPads, inputs, 60ms));
+    EXPECT_TRUE(computer.isActive("input6"));
+    EXPECT_EQ(recordedPads(), Names{"input5"});
+}
+
+TEST_F(UnmuteTest, IsDoneWhereTheDeviceIsHeardAlreadyThoughItTakesNoWrite) {
+    muter.muteOnly({"input5"});
+    computer.activateAndSeal("input5");
+    EXPECT_NE(inputs.setInhibited("input5", false), 0);
+    EXPECT_TRUE(unmuteAll(mutedPads, inputs, 0ms));
+    EXPECT_EQ(recordedPads(), Names());
+}
+
+TEST_F(UnmuteTest, KeepsTheRecordWhereNoDeviceIsToBeSeen) {
+    muter.muteOnly({"input5"});
+    EXPECT_FALSE(unmuteAll(mutedPads, InhibitedAttribute(folder / "no/sys/class/input"), 0ms));
+    EXPECT_EQ(recordedPads(), Names{"input5"});
+    EXPECT_TRUE(unmuteAll(mutedPads, inputs, 0ms));
+    EXPECT_TRUE(computer.isActive("input5"));
+}
+
+TEST_F(UnmuteTest, TriesAgainWithinItsTime) {
+    muter.muteOnly({"input5"});
+    computer.refuseWrites("input5");
+    std::thread driver([&] {
+        std::this_thread::sleep_for(30ms);
+        computer.acceptWrites("input5");
+    });
+    EXPECT_TRUE(unmuteAll(mutedPads, inputs, 20s));
+    driver.join();
+    EXPECT_TRUE(computer.isActive("input5"));
+}
+
+}  // namespace
+}  // namespace kovra::helper
