@@ -16,8 +16,8 @@
 
 namespace kovra::helper {
 
-// Decides when the touchpads are muted: while there is a user at the machine, the flag belongs to that user and says
-// "on", and the user's application is running. If any of this fails, for whatever reason, the touchpads are unmuted.
+// Decides when the touchpads are muted. A user must be at the machine, and that user's application must be running.
+// The flag must belong to that user and say "on". If any of this fails, for whatever reason, the touchpads are unmuted.
 class Daemon {
   public:
     // The daemon's questions to the login manager and to the list of processes.

@@ -25,8 +25,9 @@ inline constexpr const char* flagName = "state";
 // Each hand-over starts with cleanFlagFolder().
 int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user);
 
-// Removes what a killed hand-over has left, and does not change the flag. These are state.new, which never became the
-// flag, and state.left.USER of the user who can write the flag: either its content was used or it is the flag itself.
+// Removes what a killed hand-over has left, and does not change the flag. It removes state.new, which never became the
+// flag. It also removes state.left.USER of the user who can write the flag. The content of that file was used, or the
+// file is the flag itself.
 void cleanFlagFolder(int folder, uid_t owner);
 
 }  // namespace kovra::helper

@@ -18,8 +18,8 @@ namespace kovra::helper {
 // to mean another process. All processes are searched only if no running process of this user is held.
 //
 // A program that the application is about to execute has the application's name until then. Such a child is not held
-// while its parent is running. If the parent was killed, the child is held, and checked again after 0.1, 1 and 10 s,
-// because nothing tells when a process executes another program.
+// while its parent is running. If the parent was killed, the child is held. As there is no notification of an exec, the
+// child is then checked again after 0.1, 1 and 10 s.
 class ApplicationWatch {
   public:
     explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
