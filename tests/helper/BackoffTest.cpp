@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(BackoffTest, GrowFromATwentiethOfASecondToFiveSeconds) {
+TEST(BackoffTest, DoublesFromFiftyMillisecondsToFiveSeconds) {
     Backoff backoff;
     std::vector<std::chrono::milliseconds> seen;
     for (int i = 0; i < 9; ++i) seen.push_back(backoff.nextDelay());

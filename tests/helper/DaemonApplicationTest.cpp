@@ -15,7 +15,7 @@
 namespace kovra::helper {
 namespace {
 
-// With a process that is really there.
+// The daemon with a real process as the application.
 class DaemonApplicationTest : public testing::Test {
   protected:
     DaemonApplicationTest() {
@@ -56,7 +56,7 @@ class DaemonApplicationTest : public testing::Test {
     pid_t process = 0;
 };
 
-TEST_F(DaemonApplicationTest, ThatIsKilledGivesThePadBackWithinASecond) {
+TEST_F(DaemonApplicationTest, ThatIsKilledUnmutesThePadWithinASecond) {
     startApplication();
     rig.flag.write(user, "on");
     ASSERT_TRUE(rig.becomes("1"));

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What each of these leaves is no plain file that says exactly "on".
+// Each test replaces or changes a flag that says "on", so that the pad must be unmuted.
 class DaemonFlagTest : public testing::Test {
   protected:
     void SetUp() override { rig.startMuted(); }
@@ -20,57 +20,57 @@ class DaemonFlagTest : public testing::Test {
         writeFile(path, "on");
         return path;
     }
-    // In place of the flag, in one step.
-    void put(const std::string& path) { fs::rename(path, rig.flag.state()); }
+    // Replaces the flag atomically.
+    void replaceFlag(const std::string& path) { fs::rename(path, rig.flag.state()); }
 
     DaemonRig rig;
 };
 
-TEST_F(DaemonFlagTest, ThatIsMissingGivesThePadBack) {
+TEST_F(DaemonFlagTest, ThatIsMissingUnmutesThePad) {
     fs::remove(rig.flag.state());
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatIsEmptyGivesThePadBack) {
+TEST_F(DaemonFlagTest, ThatIsEmptyUnmutesThePad) {
     rig.flag.write(alice, "");
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatIsLongerGivesThePadBack) {
+TEST_F(DaemonFlagTest, ThatIsTooLongUnmutesThePad) {
     rig.flag.write(alice, "on\n");
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatHasAnotherWordGivesThePadBack) {
+TEST_F(DaemonFlagTest, WithAnotherWordUnmutesThePad) {
     rig.flag.write(alice, "ON");
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatIsASymbolicLinkGivesThePadBack) {
+TEST_F(DaemonFlagTest, ThatIsASymbolicLinkUnmutesThePad) {
     fs::create_symlink(elsewhere(), rig.flag.path("link"));
-    put(rig.flag.path("link"));
+    replaceFlag(rig.flag.path("link"));
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatHasASecondNameGivesThePadBack) {
+TEST_F(DaemonFlagTest, WithASecondLinkUnmutesThePad) {
     fs::create_hard_link(rig.flag.state(), rig.flag.path("other"));
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatIsAPipeGivesThePadBack) {
+TEST_F(DaemonFlagTest, ThatIsAPipeUnmutesThePad) {
     ASSERT_EQ(::mkfifo(rig.flag.path("pipe").c_str(), 0666), 0);
-    put(rig.flag.path("pipe"));
+    replaceFlag(rig.flag.path("pipe"));
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatIsAFolderGivesThePadBack) {
+TEST_F(DaemonFlagTest, ThatIsAFolderUnmutesThePad) {
     fs::remove(rig.flag.state());
     fs::create_directory(rig.flag.state());
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, ThatSomebodyElsePutThereGivesThePadBack) {
-    put(elsewhere());
+TEST_F(DaemonFlagTest, ThatTheHelperHasNotCreatedUnmutesThePad) {
+    replaceFlag(elsewhere());
     EXPECT_TRUE(rig.becomes("0"));
 }
 

@@ -19,14 +19,14 @@ namespace fs = std::filesystem;
 
 class DaemonHandOverTest : public testing::Test {
   protected:
-    // The name that a new flag gets first is taken, and so is the one that what takes it would be given.
+    // Lets hand-overs fail: state.new is a folder with content, and the name that it would be moved to is taken too.
     void obstruct() {
         fs::create_directories(inTheWay / "something");
         struct stat status {};
         ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
         fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
     }
-    // Where nothing else is going on any more; each evaluation is noted.
+    // Starts a daemon with these delays that notes the time of each evaluation.
     void startWith(Backoff pauses) {
         rig.start();
         rig.settle();
@@ -49,7 +49,7 @@ class DaemonHandOverTest : public testing::Test {
     const fs::path inTheWay = rig.flag.path("state.new");
 };
 
-TEST_F(DaemonHandOverTest, ThatFailsMutesNothingAndIsTriedAgain) {
+TEST_F(DaemonHandOverTest, ThatFailsMutesNothingAndIsRetried) {
     rig.startMuted();
     obstruct();
     rig.switchTo(bob);
@@ -63,13 +63,13 @@ TEST_F(DaemonHandOverTest, ThatFailsMutesNothingAndIsTriedAgain) {
     EXPECT_TRUE(rig.becomes("1"));
 }
 
-TEST_F(DaemonHandOverTest, ThatFailedIsTriedAgainForTheSameUserOnlyAfterItsPause) {
+TEST_F(DaemonHandOverTest, ThatFailedIsRetriedForTheSameUserOnlyAfterTheDelay) {
     startWith(Backoff(1h, 1h));
     obstruct();
     rig.switchTo(bob);
     fs::remove_all(inTheWay);
     for (int i = 0; i < 20; ++i) rig.daemon->evaluate();
-    writeFile(rig.flag.state(), "on");  // by the owner, and told of
+    writeFile(rig.flag.state(), "on");  // causes an evaluation
     rig.settle();
     EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
     rig.switchTo(alice);
@@ -78,7 +78,7 @@ TEST_F(DaemonHandOverTest, ThatFailedIsTriedAgainForTheSameUserOnlyAfterItsPause
     EXPECT_TRUE(mayWrite(bob, rig.flag.state()));
 }
 
-TEST_F(DaemonHandOverTest, ThatGoesOnFailingIsTriedWithGrowingPauses) {
+TEST_F(DaemonHandOverTest, ThatKeepsFailingIsRetriedWithGrowingDelays) {
     startWith(Backoff(20ms, 80ms));
     obstruct();
     rig.switchTo(bob);

@@ -18,8 +18,8 @@
 
 namespace kovra::helper {
 
-// A laptop with a pad and its twin, a flag's folder, and the daemon between them. Who is at the machine, and who runs
-// the application, is the test's to say.
+// A laptop with a pad and its twin, a flag folder, and a daemon. The test decides which user is at the machine and
+// which users run the application.
 class DaemonRig {
   public:
     DaemonRig() {
@@ -29,36 +29,36 @@ class DaemonRig {
 
     void start() {
         mutedPads = std::make_unique<MutedPads>(runtime());
-        muter = std::make_unique<Muter>(flag.loop(), *mutedPads, inputs_);
+        muter = std::make_unique<Muter>(flag.loop(), *mutedPads, attribute_);
         muter->muteOnly({});
         touchpads = std::make_unique<Touchpads>(flag.loop());
         daemon = std::make_unique<Daemon>(flag.loop(), session(), flag.folder(), *touchpads, *muter);
         daemon->evaluate();
     }
-    // As when it is killed: nothing is tidied up.
+    // Destroys the daemon as SIGKILL would: the pads stay muted.
     void kill() {
         daemon.reset();
         touchpads.reset();
         muter.reset();
         mutedPads.reset();
     }
-    // What the unit runs after the daemon, however that ended.
+    // Does what the unit runs after the daemon has ended: "--release".
     bool release() const {
-        MutedPads left(runtime());
-        return unmuteAll(left, inputs_, std::chrono::milliseconds(0));
+        MutedPads listed(runtime());
+        return unmuteAll(listed, attribute_, std::chrono::milliseconds(0));
     }
 
-    // Somebody sits down and starts the application; or nobody is there.
+    // This user, or no user, is at the machine, and has started the application.
     void switchTo(std::optional<uid_t> user) {
         activeUser = user;
         if (user) running.insert(*user);
         daemon->evaluate();
     }
-    void ends(uid_t user) {
+    void endApplication(uid_t user) {
         running.erase(user);
         daemon->evaluate();
     }
-    // With Alice at the machine, who wants the pad muted.
+    // Starts the daemon with Alice at the machine and her flag at "on".
     void startMuted() {
         start();
         switchTo(alice);
@@ -66,14 +66,14 @@ class DaemonRig {
         if (!becomes("1")) throw std::runtime_error("the pad is not muted");
     }
 
-    // Pad and twin alike.
+    // Whether the attribute of pad and twin has this value, or gets it in time.
     bool becomes(const std::string& value) {
         return flag.runUntil([&] { return is(value); });
     }
     bool is(const std::string& value) const {
         return computer.inhibited("input5") == value && computer.inhibited("input4") == value;
     }
-    // All that was told has been dealt with.
+    // Lets the daemon handle all events so far.
     void settle() { flag.runFor(std::chrono::milliseconds(30)); }
     std::set<std::string> recordedPads() const { return MutedPads(runtime()).names(); }
     std::string runtime() const { return folder_ / "run"; }
@@ -97,7 +97,7 @@ class DaemonRig {
     }
 
     const TempFolder folder_;
-    const InhibitedAttribute inputs_;
+    const InhibitedAttribute attribute_;
 
   public:
     std::unique_ptr<MutedPads> mutedPads;

@@ -9,7 +9,7 @@
 namespace kovra::helper {
 namespace {
 
-// Who is at the machine, and whether their application lives.
+// Changes of the user at the machine, and of that user's application.
 class DaemonSessionTest : public testing::Test {
   protected:
     Descriptor openedBy(uid_t user) const {
@@ -20,9 +20,9 @@ class DaemonSessionTest : public testing::Test {
     DaemonRig rig;
 };
 
-TEST_F(DaemonSessionTest, GivesThePadBackWhenTheApplicationEndsAndLeavesTheFlagAlone) {
+TEST_F(DaemonSessionTest, UnmutesThePadWhenTheApplicationEndsAndKeepsTheFlag) {
     rig.startMuted();
-    rig.ends(alice);
+    rig.endApplication(alice);
     EXPECT_TRUE(rig.is("0"));
     EXPECT_EQ(rig.flag.content(), "on");
 }
@@ -36,13 +36,13 @@ TEST_F(DaemonSessionTest, MutesNothingWithoutTheApplication) {
     EXPECT_TRUE(rig.is("0"));
 }
 
-TEST_F(DaemonSessionTest, HasFoundTheApplicationBeforeTheFlagSaysOn) {
+TEST_F(DaemonSessionTest, FindsTheApplicationBeforeTheFlagSaysOn) {
     rig.start();
     rig.switchTo(alice);
     EXPECT_EQ(rig.askedFor, alice);
 }
 
-TEST_F(DaemonSessionTest, ForgetsTheApplicationOnceNobodyIsThere) {
+TEST_F(DaemonSessionTest, ReleasesTheApplicationOnceThereIsNoUser) {
     rig.startMuted();
     rig.releases = 0;
     rig.settle();
@@ -51,14 +51,14 @@ TEST_F(DaemonSessionTest, ForgetsTheApplicationOnceNobodyIsThere) {
     EXPECT_GT(rig.releases, 0);
 }
 
-TEST_F(DaemonSessionTest, GivesThePadBackWhenNobodyIsThereAnyMore) {
+TEST_F(DaemonSessionTest, UnmutesThePadOnceThereIsNoUser) {
     rig.startMuted();
     rig.switchTo(std::nullopt);
     EXPECT_TRUE(rig.is("0"));
     EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
 }
 
-TEST_F(DaemonSessionTest, GivesTheNextUserAFlagOfTheirOwnThatIsOff) {
+TEST_F(DaemonSessionTest, GivesTheNextUserTheirOwnFlagThatSaysOff) {
     rig.startMuted();
     rig.switchTo(bob);
     EXPECT_TRUE(rig.is("0"));
@@ -77,7 +77,7 @@ TEST_F(DaemonSessionTest, MutesAgainForTheUserWhoReturns) {
     EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
 }
 
-TEST_F(DaemonSessionTest, DoesNotMuteForAUserWhoseApplicationWroteOffWhileTheyWereAway) {
+TEST_F(DaemonSessionTest, DoesNotMuteForAReturningUserWhoseApplicationWroteOff) {
     rig.startMuted();
     const Descriptor kept = openedBy(alice);
     rig.switchTo(bob);
@@ -87,7 +87,7 @@ TEST_F(DaemonSessionTest, DoesNotMuteForAUserWhoseApplicationWroteOffWhileTheyWe
     EXPECT_EQ(rig.flag.content(), "off");
 }
 
-TEST_F(DaemonSessionTest, IsNotMovedByAnOpenDescriptorOfTheUserBefore) {
+TEST_F(DaemonSessionTest, IgnoresWritesThroughADescriptorOfThePreviousUser) {
     rig.startMuted();
     const Descriptor kept = openedBy(alice);
     rig.switchTo(bob);

@@ -33,7 +33,7 @@ TEST_F(DaemonTest, MutesThePadWithItsTwinWhileTheFlagSaysOn) {
     EXPECT_EQ(rig.recordedPads(), Names());
 }
 
-TEST_F(DaemonTest, MutesAtItsStartWhereTheFlagIsOnAlready) {
+TEST_F(DaemonTest, MutesAtItsStartIfTheFlagIsOnAlready) {
     rig.startMuted();
     rig.kill();
     EXPECT_TRUE(rig.release());
@@ -42,7 +42,7 @@ TEST_F(DaemonTest, MutesAtItsStartWhereTheFlagIsOnAlready) {
     EXPECT_TRUE(rig.is("1"));
 }
 
-TEST_F(DaemonTest, TouchesNothingButBuiltInPadsAndTheirTwins) {
+TEST_F(DaemonTest, MutesOnlyBuiltInPadsAndTheirTwins) {
     const Names others{"input21", "input22", "input23", "input24"};
     rig.computer.addDevice({.input = "input21", .name = "Magic Trackpad", .bus = "0005", .vendor = "05ac"});
     rig.computer.addDevice({.input = "input22",
@@ -74,7 +74,7 @@ TEST_F(DaemonTest, MutesAPadThatComesBackUnderAnotherNumber) {
     EXPECT_TRUE(rig.flag.runUntil([&] { return rig.computer.inhibited("input31") == "0"; }));
 }
 
-TEST_F(DaemonTest, LeavesAPadThatComesWhileNothingIsMutedAlone) {
+TEST_F(DaemonTest, DoesNotMuteAPadThatAppearsWhileNothingIsMuted) {
     rig.start();
     rig.switchTo(alice);
     MockInput another = pad;
@@ -84,7 +84,7 @@ TEST_F(DaemonTest, LeavesAPadThatComesWhileNothingIsMutedAlone) {
     EXPECT_EQ(rig.computer.inhibited("input31"), "0");
 }
 
-TEST_F(DaemonTest, LeavesAPadAloneThatSomethingElseHasInhibited) {
+TEST_F(DaemonTest, LeavesAPadAloneThatAnotherProgramHasInhibited) {
     rig.computer.inhibit("input5", "1");
     rig.start();
     rig.switchTo(alice);
@@ -104,14 +104,14 @@ TEST_F(DaemonTest, DoesNotMuteWhatItCannotRecord) {
     EXPECT_TRUE(rig.is("0"));
 }
 
-TEST_F(DaemonTest, WritesNoFlagButWhenItIsHandedOver) {
+TEST_F(DaemonTest, WritesTheFlagOnlyToHandItOver) {
     rig.startMuted();
     struct stat before {};
     ASSERT_EQ(::stat(rig.flag.state().c_str(), &before), 0);
     rig.kill();
     EXPECT_TRUE(rig.release());
     rig.start();
-    rig.ends(alice);
+    rig.endApplication(alice);
     rig.settle();
     struct stat after {};
     ASSERT_EQ(::stat(rig.flag.state().c_str(), &after), 0);
@@ -123,7 +123,7 @@ TEST_F(DaemonTest, WritesNoFlagButWhenItIsHandedOver) {
     EXPECT_NE(after.st_ino, before.st_ino);
 }
 
-TEST_F(DaemonTest, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
+TEST_F(DaemonTest, UnmutesThePadAndFailsWhenTheFlagsFolderIsLost) {
     rig.startMuted();
     fs::rename(rig.flag.path(), rig.flag.root() + "/gone");
     EXPECT_TRUE(rig.flag.runUntil([&] { return rig.daemon->hasFailed(); }));
@@ -132,7 +132,7 @@ TEST_F(DaemonTest, GivesThePadBackAndFailsWhenTheFlagsFolderIsLost) {
     EXPECT_TRUE(rig.is("0"));
 }
 
-TEST_F(DaemonTest, LeavesToWhoeverComesNextWhatToGiveBackWhenItIsKilled) {
+TEST_F(DaemonTest, LeavesAListOfMutedPadsWhenItIsKilled) {
     rig.startMuted();
     rig.kill();
     ASSERT_TRUE(rig.is("1"));
@@ -141,7 +141,7 @@ TEST_F(DaemonTest, LeavesToWhoeverComesNextWhatToGiveBackWhenItIsKilled) {
     EXPECT_EQ(rig.recordedPads(), Names());
 }
 
-TEST_F(DaemonTest, GivesBackAtItsStartWhatOneBeforeItHasLeft) {
+TEST_F(DaemonTest, UnmutesAtItsStartWhatAnEarlierProcessHasLeft) {
     rig.startMuted();
     rig.kill();
     rig.activeUser = std::nullopt;

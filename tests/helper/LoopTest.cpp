@@ -40,7 +40,7 @@ struct Pipe {
     Descriptor in;
 };
 
-TEST(LoopTest, RingsForAsLongAsThereIsSomethingToRead) {
+TEST(LoopTest, RunsTheWorkWhileTheDescriptorIsReadable) {
     Loop loop;
     const Pipe pipe;
     std::string read;
@@ -53,7 +53,7 @@ TEST(LoopTest, RingsForAsLongAsThereIsSomethingToRead) {
     EXPECT_EQ(read, "abc");
 }
 
-TEST(LoopTest, RingsWhenTheOtherEndIsGone) {
+TEST(LoopTest, RunsTheWorkWhenTheOtherEndIsClosed) {
     Loop loop;
     Pipe pipe;
     const auto watch = loop.onReadable(pipe.out.number(), [&] { loop.stop(); });
@@ -61,25 +61,25 @@ TEST(LoopTest, RingsWhenTheOtherEndIsGone) {
     loop.run();
 }
 
-TEST(LoopTest, TimersComeEachOnceAndNeverEarly) {
+TEST(LoopTest, RunsEachTimerOnceAndNeverEarly) {
     Loop loop;
-    int rings = 0;
+    int runs = 0;
     std::unique_ptr<Loop::Watch> end;
     const auto start = Clock::now();
     const auto timer = [&](std::chrono::milliseconds delay) {
         return loop.after(delay, [&, delay] {
             EXPECT_GE(Clock::now() - start, delay);
-            if (++rings == 2) end = loop.after(20ms, [&] { loop.stop(); });
+            if (++runs == 2) end = loop.after(20ms, [&] { loop.stop(); });
         });
     };
     const auto later = timer(40ms);
     const auto earlier = timer(20ms);
     loop.run();
-    EXPECT_EQ(rings, 2);
+    EXPECT_EQ(runs, 2);
 }
 
-// As systemd does with timers, to wake up less often. A busy machine is late now and then, and not more often than not.
-TEST(LoopTest, TimersAreNotPutOffByAQuarterOfASecond) {
+// By default sd-event delays timers by up to 250 ms. The median is robust against delays of a busy machine.
+TEST(LoopTest, DoesNotCoalesceTimers) {
     constexpr std::size_t count = 9;
     Loop loop;
     std::vector<Clock::duration> late;
@@ -96,32 +96,32 @@ TEST(LoopTest, TimersAreNotPutOffByAQuarterOfASecond) {
     EXPECT_LT(late[count / 2], 100ms);
 }
 
-TEST(LoopTest, WhatIsLetGoOfRingsNoMoreAlsoFromItsOwnWork) {
+TEST(LoopTest, DoesNotRunWorkWhoseWatchWasDestroyed) {
     Loop loop;
     const Pipe pipe;
-    int rings = 0;
+    int runs = 0;
     std::unique_ptr<Loop::Watch> own;
     own = loop.onReadable(pipe.out.number(), [&] {
-        ++rings;
+        ++runs;
         own.reset();
     });
-    auto other = loop.after(1ms, [&] { rings += 100; });
+    auto other = loop.after(1ms, [&] { runs += 100; });
     other.reset();
     pipe.write("ab");
     const auto end = loop.after(20ms, [&] { loop.stop(); });
     loop.run();
-    EXPECT_EQ(rings, 1);
+    EXPECT_EQ(runs, 1);
 }
 
-TEST(LoopTest, OfTwoThatLetGoOfEachOtherOnlyTheFirstWorks) {
+TEST(LoopTest, RunsOneOfTwoPiecesOfWorkThatDestroyEachOther) {
     Loop loop;
     const Pipe one;
     const Pipe two;
-    int rings = 0;
+    int runs = 0;
     std::unique_ptr<Loop::Watch> first;
     std::unique_ptr<Loop::Watch> second;
     const auto work = [&] {
-        ++rings;
+        ++runs;
         first.reset();
         second.reset();
     };
@@ -131,10 +131,10 @@ TEST(LoopTest, OfTwoThatLetGoOfEachOtherOnlyTheFirstWorks) {
     two.write("a");
     const auto end = loop.after(20ms, [&] { loop.stop(); });
     loop.run();
-    EXPECT_EQ(rings, 1);
+    EXPECT_EQ(runs, 1);
 }
 
-TEST(LoopTest, TakesASignalOutOfTheSystemsHands) {
+TEST(LoopTest, RunsTheWorkInsteadOfASignalsDefaultAction) {
     Loop loop;
     int signals = 0;
     const auto watch = loop.onSignal(SIGUSR1, [&] {
@@ -146,7 +146,7 @@ TEST(LoopTest, TakesASignalOutOfTheSystemsHands) {
     EXPECT_EQ(signals, 1);
 }
 
-TEST(LoopTest, HandsOnWhatAPieceOfWorkThrows) {
+TEST(LoopTest, PropagatesAnExceptionOfTheWork) {
     Loop loop;
     const auto watch = loop.after(0ms, [] { throw std::runtime_error("no memory"); });
     EXPECT_THROW(loop.run(), std::runtime_error);

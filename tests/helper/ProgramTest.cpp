@@ -18,8 +18,8 @@
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/pads/MockInputs.h"
 
-// The program as it is installed, with a file system of its own below another root: its own /Library and /run, and all
-// else as it is on this machine, but for the input devices.
+// Tests of the installed program, in a chroot with its own /Library and /run. The rest of the file system is that of
+// this machine, except for the input devices.
 
 namespace kovra::helper {
 namespace {
@@ -30,8 +30,8 @@ namespace fs = std::filesystem;
 const std::string root = "/run/root";
 const std::string flagFolder = root + "/Library/Application Support/ble-kovra";
 
-bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds atMost = 20s) {
-    const auto end = std::chrono::steady_clock::now() + atMost;
+bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout = 20s) {
+    const auto end = std::chrono::steady_clock::now() + timeout;
     while (!done()) {
         if (std::chrono::steady_clock::now() >= end) return false;
         std::this_thread::sleep_for(1ms);
@@ -39,8 +39,8 @@ bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds atMo
     return true;
 }
 
-// What a sanitizer wants to be loaded first, if there is one: by the name it was found under, which stays true wherever
-// the root is.
+// The path of the sanitizer's library and a colon, or an empty string. The library must be the first to be preloaded.
+// Its path is the same in the chroot.
 std::string sanitizer() {
     std::string found;
     const auto look = [](dl_phdr_info* library, std::size_t, void* name) {
@@ -52,7 +52,7 @@ std::string sanitizer() {
     return found;
 }
 
-// A process, which is killed where it still lives at the end.
+// A child process, which the destructor kills if it is still running.
 class Process {
   public:
     explicit Process(const std::function<void()>& work) : number_(::fork()) {
@@ -68,12 +68,12 @@ class Process {
         if (number_ > 0 && ::waitpid(number_, &status_, WNOHANG) == number_) number_ = 0;
         return number_ > 0;
     }
-    // What it exits with, by itself; -1 where a signal ended it or nothing does.
+    // Waits for its exit status. -1 if a signal has ended it, or if it does not end.
     int result() {
         if (!waitUntil([this] { return !isRunning(); })) return -1;
         return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
     }
-    bool livesFor(std::chrono::milliseconds time) {
+    bool keepsRunningFor(std::chrono::milliseconds time) {
         return !waitUntil([this] { return !isRunning(); }, time);
     }
     int end(int signal) {
@@ -113,19 +113,19 @@ class Machine {
                   "UID=" + std::to_string(user) +
                       "\nUSER=somebody\nACTIVE=1\nIS_DISPLAY=1\nSTATE=active\nREMOTE=0\nTYPE=wayland\nCLASS=user\n"
                       "SEAT=seat0\n");
-        sitDown();
+        arrive();
     }
 
     static void seat(const std::string& text) {
         writeFile(root + "/run/systemd/seats/.new", text);
         fs::rename(root + "/run/systemd/seats/.new", root + "/run/systemd/seats/seat0");
     }
-    void sitDown() const {
+    void arrive() const {
         seat("IS_SEAT0=1\nCAN_GRAPHICAL=1\nACTIVE=c1\nACTIVE_UID=" + std::to_string(user_) + "\nSESSIONS=c1\n");
     }
     static void leave() { seat("IS_SEAT0=1\nCAN_GRAPHICAL=1\n"); }
 
-    // In the background; told where to say that it is ready, if anywhere.
+    // Starts the program with this argument and NOTIFY_SOCKET, if they are given.
     std::unique_ptr<Process> start(const std::string& argument = {}, const std::string& notifySocket = {}) const {
         return std::make_unique<Process>([&] {
             ::setenv("LD_PRELOAD", (sanitizer() + KOVRA_UMOCKDEV_PRELOAD).c_str(), 1);
@@ -142,7 +142,7 @@ class Machine {
                 while (true) ::pause();
         });
     }
-    // With the pad muted by the flag that is written here, and by none that one before it has left.
+    // Starts the program and mutes the pad through a new flag.
     std::unique_ptr<Process> startMuted() {
         fs::remove(flagFolder + "/state");
         auto helper = start();
@@ -168,7 +168,7 @@ class Machine {
     const uid_t user_;
 };
 
-// Where the program says that it is ready.
+// The socket on which a service manager receives notifications.
 class ServiceManager {
   public:
     ServiceManager() : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
@@ -176,11 +176,11 @@ class ServiceManager {
         if (::bind(socket_.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
             throw std::runtime_error("no socket");
     }
-    bool hears(const std::string& text) const {
+    bool receives(const std::string& text) const {
         return waitUntil([&] {
-            std::string said(200, ' ');
-            const ssize_t length = ::recv(socket_.number(), said.data(), said.size(), 0);
-            return length > 0 && said.substr(0, static_cast<std::size_t>(length)) == text;
+            std::string message(200, ' ');
+            const ssize_t length = ::recv(socket_.number(), message.data(), message.size(), 0);
+            return length > 0 && message.substr(0, static_cast<std::size_t>(length)) == text;
         });
     }
 
@@ -188,7 +188,7 @@ class ServiceManager {
     Descriptor socket_;
 };
 
-TEST(ProgramTest, GivesThePadBackWhateverItIsToldToEndWith) {
+TEST(ProgramTest, UnmutesThePadOnEachTerminationSignal) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         const auto application = machine.startApplication();
@@ -200,7 +200,7 @@ TEST(ProgramTest, GivesThePadBackWhateverItIsToldToEndWith) {
     });
 }
 
-TEST(ProgramTest, GivesBackByReleaseWhatOneThatWasKilledHasLeft) {
+TEST(ProgramTest, UnmutesByReleaseWhatAKilledProcessHasLeft) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         const auto application = machine.startApplication();
@@ -212,7 +212,7 @@ TEST(ProgramTest, GivesBackByReleaseWhatOneThatWasKilledHasLeft) {
     });
 }
 
-TEST(ProgramTest, LeavesThePadMutedWhereAnotherOneHasMutedIt) {
+TEST(ProgramTest, LeavesThePadAloneThatAnotherInstanceHasMuted) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         const auto application = machine.startApplication();
@@ -224,14 +224,14 @@ TEST(ProgramTest, LeavesThePadMutedWhereAnotherOneHasMutedIt) {
     });
 }
 
-TEST(ProgramTest, HearsWhoComesAndGoesAndThatTheApplicationEnds) {
+TEST(ProgramTest, FollowsTheUserAtTheMachineAndTheApplication) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
         auto application = machine.startApplication();
         const auto helper = machine.startMuted();
         Machine::leave();
         EXPECT_TRUE(machine.becomes("0"));
-        machine.sitDown();
+        machine.arrive();
         EXPECT_TRUE(machine.becomes("1"));
         application.reset();
         EXPECT_TRUE(machine.becomes("0"));
@@ -239,18 +239,18 @@ TEST(ProgramTest, HearsWhoComesAndGoesAndThatTheApplicationEnds) {
     });
 }
 
-TEST(ProgramTest, SaysThatItIsReadyAndWhyItEnds) {
+TEST(ProgramTest, NotifiesTheServiceManagerAndFailsWithoutTheFlagsFolder) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
         const ServiceManager manager;
         const auto helper = machine.start({}, "/run/notify");
-        EXPECT_TRUE(manager.hears("READY=1"));
+        EXPECT_TRUE(manager.receives("READY=1"));
         fs::rename(flagFolder, flagFolder + ".away");
         EXPECT_EQ(helper->result(), 1);
     });
 }
 
-TEST(ProgramTest, WaitsBeforeItIsStartedAnewWhereItCannotStart) {
+TEST(ProgramTest, DelaysItsRestartIfItCannotStart) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
         const ServiceManager manager;
@@ -258,13 +258,13 @@ TEST(ProgramTest, WaitsBeforeItIsStartedAnewWhereItCannotStart) {
         fs::create_directory_symlink("elsewhere", root + "/Library");
         EXPECT_EQ(machine.start()->result(), 1);
         const auto helper = machine.start({}, "/run/notify");
-        EXPECT_TRUE(manager.hears("STATUS=Cannot start; trying again"));
-        EXPECT_TRUE(helper->livesFor(500ms));
+        EXPECT_TRUE(manager.receives("STATUS=Cannot start; trying again"));
+        EXPECT_TRUE(helper->keepsRunningFor(500ms));
         EXPECT_EQ(helper->end(SIGTERM), 1);
     });
 }
 
-TEST(ProgramTest, RefusesWhatItDoesNotKnow) {
+TEST(ProgramTest, RefusesAnUnknownOption) {
     inPrivateMachine([](uid_t user) { EXPECT_EQ(Machine(user).start("--mute")->result(), 2); });
 }
 

@@ -8,23 +8,23 @@
 
 namespace kovra::helper {
 
-// Turns the loop until the condition holds. Whether it came true in time.
+// Runs the loop until the condition holds or the timeout is over. Returns whether the condition holds.
 inline bool runUntil(Loop& loop, const std::function<bool()>& condition,
-                     std::chrono::milliseconds atMost = std::chrono::seconds(20)) {
-    const auto deadline = std::chrono::steady_clock::now() + atMost;
+                     std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     std::unique_ptr<Loop::Watch> tick;
-    const std::function<void()> look = [&] {
+    const std::function<void()> check = [&] {
         if (condition() || std::chrono::steady_clock::now() >= deadline)
             loop.stop();
         else
-            tick = loop.after(std::chrono::milliseconds(1), look);
+            tick = loop.after(std::chrono::milliseconds(1), check);
     };
-    tick = loop.after(std::chrono::milliseconds(0), look);
+    tick = loop.after(std::chrono::milliseconds(0), check);
     loop.run();
     return condition();
 }
 
-// Turns the loop for that long.
+// Runs the loop for this time.
 inline void runFor(Loop& loop, std::chrono::milliseconds time) {
     runUntil(
         loop, [] { return false; }, time);

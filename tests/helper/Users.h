@@ -1,25 +1,28 @@
 #pragma once
 
 #include <acl/libacl.h>
+#include <fcntl.h>
 #include <grp.h>
 #include <linux/capability.h>
 #include <sys/acl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <fcntl.h>
-
 #include <array>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+
+#include "helper/Descriptor.h"
+#include "helper/Handles.h"
 
 namespace kovra::helper {
 
-// Users that no machine has.
+// Numbers of users that do not exist on any machine.
 inline constexpr uid_t alice = 61'001;
 inline constexpr uid_t bob = 61'002;
 
-// For as long as it lives, root has no capability, as in the daemon's unit. Nobody else has one anyway.
+// Drops all capabilities of root during its lifetime, as the unit does for the daemon.
 class WithoutCapabilities {
   public:
     WithoutCapabilities() {
@@ -46,8 +49,8 @@ class WithoutCapabilities {
     Effective before_{};
 };
 
-// For as long as it lives, a test that runs as root is this user. Others stay who they are, the owner of all that they
-// make.
+// Gives a test that runs as root the effective user during its lifetime. Has no effect in a test of an ordinary user,
+// who owns all of the test's files.
 class ActingAs {
   public:
     explicit ActingAs(uid_t user) {
@@ -68,25 +71,29 @@ class ActingAs {
     const bool wasRoot_ = ::geteuid() == 0;
 };
 
-// As getfacl shows it, with numbers for names.
+using AccessList = Handle<std::remove_pointer_t<acl_t>, ::acl_free>;
+
+// The access control list of a file, in the short form of getfacl and with numbers of users.
 inline std::string accessList(const std::string& path) {
-    acl_t list = acl_get_file(path.c_str(), ACL_TYPE_ACCESS);
-    if (list == nullptr) return "none";
-    char* text = acl_to_any_text(list, nullptr, ',', TEXT_ABBREVIATE | TEXT_NUMERIC_IDS);
-    const std::string entries = text == nullptr ? "unreadable" : text;
-    acl_free(text);
-    acl_free(list);
-    return entries;
+    const AccessList list(acl_get_file(path.c_str(), ACL_TYPE_ACCESS));
+    if (!list) return "none";
+    const Handle<char, ::acl_free> text(acl_to_any_text(list.get(), nullptr, ',', TEXT_ABBREVIATE | TEXT_NUMERIC_IDS));
+    return text ? text.get() : "unreadable";
 }
 
-// Whether this user may write to the file. Root becomes that user and tries; whoever cannot become another user reads
-// it off the list, by which the kernel decides.
+// Sets the access control list of a file or folder, given in the text form of acl(5).
+inline void setAccessList(const std::string& path, const std::string& text) {
+    const AccessList list(acl_from_text(text.c_str()));
+    if (!list || acl_set_file(path.c_str(), ACL_TYPE_ACCESS, list.get()) != 0)
+        throw std::runtime_error("cannot set the access list of " + path);
+}
+
+// Whether this user may write the file. Root tries it as that user. An ordinary user cannot do that and evaluates the
+// access control list.
 inline bool mayWrite(uid_t user, const std::string& path) {
     if (::geteuid() == 0) {
         const ActingAs other(user);
-        const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
-        if (file >= 0) ::close(file);
-        return file >= 0;
+        return Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC)).isOpen();
     }
     const std::string entries = accessList(path);
     const std::string named = ",u:" + std::to_string(user) + ":";

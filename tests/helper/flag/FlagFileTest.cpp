@@ -15,7 +15,7 @@
 namespace kovra::helper {
 namespace {
 
-TEST(FlagFileTest, OnIsExactlyTheTwoBytesAndAllElseIsOff) {
+TEST(FlagFileTest, IsOnIfItConsistsOfTheTwoBytesAndElseOff) {
     FlagRig rig;
     writeFile(rig.state(), "on");
     EXPECT_TRUE(rig.isOn());
@@ -30,19 +30,19 @@ TEST(FlagFileTest, OnIsExactlyTheTwoBytesAndAllElseIsOff) {
     }
 }
 
-TEST(FlagFileTest, AMissingFlagAndOneOfSomebodyElseAreOff) {
+TEST(FlagFileTest, IsOffIfItIsMissingOrBelongsToAnotherUser) {
     FlagRig rig;
     EXPECT_FALSE(rig.isOn());
     writeFile(rig.state(), "on");
     const auto folder = Descriptor(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     EXPECT_TRUE(FlagFile::open(folder.number(), flagName, ::geteuid()));
     EXPECT_FALSE(FlagFile::open(folder.number(), flagName, ::geteuid() + 1));
-    if (::geteuid() != 0) return;  // who else cannot give a file away
+    if (::geteuid() != 0) return;  // only root can change the owner
     ASSERT_EQ(::chown(rig.state().c_str(), alice, alice), 0);
     EXPECT_FALSE(rig.isOn());
 }
 
-TEST(FlagFileTest, WhoMayWriteIsReadOffTheWholeAccessList) {
+TEST(FlagFileTest, IsOneUsersOnlyIfTheWholeAccessListSaysSo) {
     struct Case {
         const char* list;
         bool isAlices;
@@ -66,9 +66,7 @@ TEST(FlagFileTest, WhoMayWriteIsReadOffTheWholeAccessList) {
         SCOPED_TRACE(list);
         FlagRig rig;
         writeFile(rig.state(), "on");
-        const acl_t entries = acl_from_text(list);
-        ASSERT_EQ(acl_set_file(rig.state().c_str(), ACL_TYPE_ACCESS, entries), 0);
-        acl_free(entries);
+        setAccessList(rig.state(), list);
         EXPECT_EQ(rig.folder().isFlagOf(alice), isAlices);
         EXPECT_EQ(rig.folder().isFlagOf(std::nullopt), isNobodys);
         EXPECT_FALSE(rig.folder().isFlagOf(0));

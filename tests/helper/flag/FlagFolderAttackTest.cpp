@@ -21,15 +21,15 @@ namespace {
 using Names = std::set<std::string>;
 namespace fs = std::filesystem;
 
-TEST(FlagFolderAttackTest, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
+TEST(FlagFolderAttackTest, AFileWithASecondLinkDoesNotCountWhileItHasTwo) {
     FlagRig rig;
     const Secret secret(rig);
-    // Another file of the owner's that happens to say on.
+    // Another file of the owner that says "on".
     fs::create_hard_link(secret.path(), rig.state());
     EXPECT_FALSE(rig.isOn());
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(secret.isUntouched());
-    // The kernel lets whoever may write a file give it a name in a folder of theirs.
+    // A user who may write a file can link it into a folder of their own.
     rig.makeFolder("theirs");
     ASSERT_EQ(::chmod((rig.root() + "/theirs").c_str(), 0777), 0);
     const std::string second = rig.root() + "/theirs/second";
@@ -46,14 +46,12 @@ TEST(FlagFolderAttackTest, AFileWithASecondNameDoesNotCountUntilItHasOneAgain) {
     EXPECT_TRUE(rig.isOn());
 }
 
-TEST(FlagFolderAttackTest, AFileThatWasNotMadeHereKeepsItsAccessList) {
+TEST(FlagFolderAttackTest, AFileThatTheHelperHasNotCreatedKeepsItsAccessList) {
     for (const std::string list : {"u::rw-,u:61001:r--,g::---,m::r--,o::---", "u::rw-,u:61001:rw-,g::---,m::rw-,o::---",
                                    "u::rw-,u:61001:rw-,u:61002:rw-,g::r--,m::rw-,o::r--", "u::rw-,g::rw-,o::---"}) {
         FlagRig rig;
         const Secret secret(rig);
-        const acl_t entries = acl_from_text(list.c_str());
-        ASSERT_EQ(acl_set_file(secret.path().c_str(), ACL_TYPE_ACCESS, entries), 0);
-        acl_free(entries);
+        setAccessList(secret.path(), list);
         fs::create_hard_link(secret.path(), rig.state());
         ASSERT_TRUE(rig.handOver(bob));
         EXPECT_EQ(accessList(secret.path()), list);
@@ -63,7 +61,7 @@ TEST(FlagFolderAttackTest, AFileThatWasNotMadeHereKeepsItsAccessList) {
     }
 }
 
-TEST(FlagFolderAttackTest, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
+TEST(FlagFolderAttackTest, ASecondLinkGivesNoAccessToTheNextUsersFlag) {
     FlagRig rig;
     rig.makeFolder("theirs");
     rig.handOver(alice);
@@ -74,13 +72,13 @@ TEST(FlagFolderAttackTest, ASecondNameIsNoWayToTheFlagOfTheNextUser) {
     EXPECT_FALSE(mayWrite(alice, second));
     EXPECT_FALSE(mayWrite(alice, rig.state()));
     EXPECT_EQ(rig.content(), "off");
-    // It is still what alice left, which nobody but alice could write.
+    // It is what Alice left, and only she could write it.
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(rig.isOn());
     EXPECT_FALSE(mayWrite(alice, second));
 }
 
-TEST(FlagFolderAttackTest, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCounts) {
+TEST(FlagFolderAttackTest, WritesThroughADescriptorKeptOverAHandOverDoNotCount) {
     for (const std::optional<uid_t> next : {std::optional<uid_t>(bob), std::optional<uid_t>(), {alice}}) {
         FlagRig rig;
         rig.handOver(alice);
@@ -96,7 +94,7 @@ TEST(FlagFolderAttackTest, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCoun
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(rig.isOn());
         if (next == alice) continue;
-        // It is what alice leaves, and counts again when alice is back: in another file still.
+        // It is what Alice left, and counts when she returns, but in another file.
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_TRUE(rig.isOn());
         rig.write(alice, "off");
@@ -106,7 +104,7 @@ TEST(FlagFolderAttackTest, ADescriptorKeptOpenOverAHandOverWritesNowhereThatCoun
     }
 }
 
-TEST(FlagFolderAttackTest, ADescriptorForReadingOpensNoWayToWriteAfterAHandOver) {
+TEST(FlagFolderAttackTest, ADescriptorForReadingCannotBeReopenedForWritingAfterAHandOver) {
     FlagRig rig;
     rig.handOver(alice);
     const Descriptor kept(::open(rig.state().c_str(), O_RDONLY | O_CLOEXEC));
@@ -117,12 +115,12 @@ TEST(FlagFolderAttackTest, ADescriptorForReadingOpensNoWayToWriteAfterAHandOver)
     EXPECT_FALSE(mayWrite(alice, rig.path("state.left.61001")));
 }
 
-TEST(FlagFolderAttackTest, NoUserCanPutAnythingInTheFlagsPlaceNotEvenTheOneAtTheMachine) {
+TEST(FlagFolderAttackTest, NoUserCanReplaceTheFlagNotEvenTheOneAtTheMachine) {
     FlagRig rig;
     rig.handOver(alice);
     EXPECT_EQ(accessList(rig.path()), "u::rwx,g::r-x,o::r-x");
     EXPECT_EQ(accessList(rig.state()), "u::rw-,u:61001:rw-,g::r--,m::rw-,o::r--");
-    if (::geteuid() != 0) return;  // the owner, who may do all this
+    if (::geteuid() != 0) return;  // an ordinary user owns these files and may do all this
     for (const uid_t user : {alice, bob}) {
         const ActingAs other(user);
         EXPECT_NE(::unlink(rig.state().c_str()), 0);
@@ -132,14 +130,12 @@ TEST(FlagFolderAttackTest, NoUserCanPutAnythingInTheFlagsPlaceNotEvenTheOneAtThe
         EXPECT_NE(::chmod(rig.state().c_str(), 0666), 0);
         EXPECT_NE(::chown(rig.state().c_str(), user, user), 0);
         EXPECT_LT(::open(rig.path("state.left.61002").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666), 0);
-        const acl_t open = acl_from_text("u::rw-,g::rw-,o::rw-");
-        EXPECT_NE(acl_set_file(rig.state().c_str(), ACL_TYPE_ACCESS, open), 0);
-        acl_free(open);
+        EXPECT_THROW(setAccessList(rig.state(), "u::rw-,g::rw-,o::rw-"), std::runtime_error);
     }
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-// Bytes that this thread of execution has asked the kernel to read so far.
+// The number of bytes that this thread has read so far.
 long bytesRead() {
     std::ifstream io("/proc/thread-self/io");
     std::string label;
@@ -149,7 +145,7 @@ long bytesRead() {
     return value;
 }
 
-TEST(FlagFolderAttackTest, OfAHugeFileNotMoreThanAFewBytesAreEverRead) {
+TEST(FlagFolderAttackTest, OnlyAFewBytesOfAHugeFileAreRead) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -165,7 +161,7 @@ TEST(FlagFolderAttackTest, OfAHugeFileNotMoreThanAFewBytesAreEverRead) {
     EXPECT_EQ(rig.content(), "off");
 }
 
-TEST(FlagFolderAttackTest, AFolderThatIsReplacedByALinkIsNotFollowed) {
+TEST(FlagFolderAttackTest, ALinkInPlaceOfTheFolderIsNotFollowed) {
     FlagRig rig;
     rig.handOver(alice);
     const std::string trap = rig.root() + "/trap";

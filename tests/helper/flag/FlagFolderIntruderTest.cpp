@@ -19,7 +19,7 @@ using Names = std::set<std::string>;
 namespace fs = std::filesystem;
 using Intruder = std::function<void(const std::string& path)>;
 
-// Each in turn, in a folder of its own. What it may lead to is untouched in the end.
+// Runs the test for each intruder, with a new folder. The secret file must stay untouched.
 void withEachIntruder(const std::function<void(FlagRig&, const Intruder& put)>& test) {
     const FlagRig none;
     const Secret any(none);
@@ -32,7 +32,7 @@ void withEachIntruder(const std::function<void(FlagRig&, const Intruder& put)>& 
     }
 }
 
-TEST(FlagFolderIntruderTest, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWayWithoutBeingFollowed) {
+TEST(FlagFolderIntruderTest, InPlaceOfTheFlagMeansOffAndIsReplacedWithoutBeingFollowed) {
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.state());
         EXPECT_FALSE(rig.isOn());
@@ -46,7 +46,7 @@ TEST(FlagFolderIntruderTest, WhateverStandsInTheFlagsPlaceIsOffAndPutOutOfTheWay
     });
 }
 
-TEST(FlagFolderIntruderTest, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay) {
+TEST(FlagFolderIntruderTest, InPlaceOfTheNewFileIsRemoved) {
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.path("state.new"));
         ASSERT_TRUE(rig.handOver(alice));
@@ -56,13 +56,13 @@ TEST(FlagFolderIntruderTest, WhateverStandsInTheWayOfTheNewFileIsPutOutOfTheWay)
     });
 }
 
-TEST(FlagFolderIntruderTest, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOutOfTheWay) {
+TEST(FlagFolderIntruderTest, InPlaceOfAUsersLeftFileMeansOffAndIsRemoved) {
     withEachIntruder([](FlagRig& rig, const Intruder& put) {
         put(rig.path("state.left.61001"));
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.left.61001"))));
-        // And where it comes to stand there while the flag is alice's.
+        // The same if it appears while the flag belongs to Alice.
         put(rig.path("state.left.61001"));
         rig.write(alice, "on");
         ASSERT_TRUE(rig.handOver(bob));
@@ -70,7 +70,7 @@ TEST(FlagFolderIntruderTest, WhateverStandsInPlaceOfWhatAUserLeftIsOffAndIsPutOu
     });
 }
 
-TEST(FlagFolderIntruderTest, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
+TEST(FlagFolderIntruderTest, ThatIsAFolderWithContentIsRenamedAndKept) {
     FlagRig rig;
     fs::create_directory(rig.state());
     writeFile(rig.path("state/kept"), "something");
@@ -81,7 +81,7 @@ TEST(FlagFolderIntruderTest, AFolderInTheFlagsPlaceIsKeptWithWhatIsInIt) {
     EXPECT_EQ(rig.content(*names.rbegin() + "/kept"), "something");
 }
 
-TEST(FlagFolderIntruderTest, NamesThatAreSwappedAllTheTimeLeadNowhere) {
+TEST(FlagFolderIntruderTest, ThatKeepReplacingTheFilesHaveNoEffect) {
     FlagRig rig;
     const Secret secret(rig);
     rig.makeFolder("stage");
@@ -93,7 +93,8 @@ TEST(FlagFolderIntruderTest, NamesThatAreSwappedAllTheTimeLeadNowhere) {
         while (!isOver) {
             for (const std::string name : {"state", "state.new", "state.left.61001", "state.left.61002"}) {
                 for (const auto& [what, make] : all) {
-                    if (what == "a folder with something in it") continue;  // is kept, and would fill the disk
+                    if (what == "a folder with something in it")
+                        continue;  // is renamed and kept, which would fill the disk
                     make(staged);
                     const std::string target = rig.path(name);
                     if (::rename(staged.c_str(), target.c_str()) == 0) ++swaps;
@@ -105,7 +106,7 @@ TEST(FlagFolderIntruderTest, NamesThatAreSwappedAllTheTimeLeadNowhere) {
     int handed = 0;
     for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
         handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
-        // No file that says on is ever put there, by nobody.
+        // Nothing ever puts a flag there that says "on".
         EXPECT_FALSE(rig.isOn());
     }
     isOver = true;
@@ -113,7 +114,7 @@ TEST(FlagFolderIntruderTest, NamesThatAreSwappedAllTheTimeLeadNowhere) {
     EXPECT_TRUE(secret.isUntouched());
     EXPECT_GT(handed, 100);
     EXPECT_GE(swaps, 1'000);
-    // Once it is quiet all is well again.
+    // Hand-overs succeed again once the swapping has stopped.
     ASSERT_TRUE(rig.handOver(alice));
     ASSERT_TRUE(rig.handOver(bob));
     ASSERT_TRUE(rig.handOver(alice));

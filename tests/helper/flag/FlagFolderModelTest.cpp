@@ -21,11 +21,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What is put in the flag's place, told by its kind, its content and how many names it has; and what it then says.
-class Place {
+// Makes random changes at the flag's path, and models them by kind, content and number of links of the file there.
+class RandomFlag {
   public:
-    Place(FlagRig& rig, std::mt19937& random) : rig_(rig), random_(random) {}
+    RandomFlag(FlagRig& rig, std::mt19937& random) : rig_(rig), random_(random) {}
 
+    // Makes one change. Returns whether the flag must now say "on".
     bool change() {
         switch (pick(8)) {
             case 0:
@@ -73,7 +74,7 @@ class Place {
         writeFile(path, "on");
         return path;
     }
-    // Often near "on", now and then anything.
+    // Mostly a small variation of "on" or "off", sometimes a long text.
     std::string text() {
         if (pick(3) == 0) return "on";
         std::string made = pick(2) == 0 ? "on" : "off";
@@ -99,16 +100,16 @@ class Place {
     std::string content_;
 };
 
-TEST(FlagFolderModelTest, SaysOfAnythingWhatATinyModelSays) {
+TEST(FlagFolderModelTest, AgreesWithAModelOnRandomFiles) {
     int on = 0;
     int off = 0;
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         FlagRig rig;
         std::mt19937 random(seed);
-        Place place(rig, random);
+        RandomFlag flag(rig, random);
         for (int step = 0; step < 2'000; ++step) {
-            const bool expected = place.change();
+            const bool expected = flag.change();
             ASSERT_EQ(rig.isOn(), expected) << "step " << step;
             ++(expected ? on : off);
         }
@@ -117,8 +118,8 @@ TEST(FlagFolderModelTest, SaysOfAnythingWhatATinyModelSays) {
     EXPECT_GT(off, 500);
 }
 
-// Lives of three users whose programs write this and that, with descriptors that they keep and names that they make.
-TEST(FlagFolderModelTest, ThroughRandomLivesOnlyTheUserInPlaceSaysOn) {
+// Random histories of three users, who take the seat, write the flag and write through descriptors that they have kept.
+TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
@@ -128,8 +129,8 @@ TEST(FlagFolderModelTest, ThroughRandomLivesOnlyTheUserInPlaceSaysOn) {
         FlagRig rig;
         const std::vector<uid_t> users = {alice, bob, bob + 1};
         std::optional<uid_t> inPlace;
-        std::map<uid_t, std::string> last;  // what each user's newest file says
-        std::map<uid_t, Descriptor> kept;   // a descriptor of it
+        std::map<uid_t, std::string> last;  // the content of each user's latest file
+        std::map<uid_t, Descriptor> kept;   // a descriptor of that file
         std::vector<Descriptor> outdated;
         rig.handOver(std::nullopt);
         for (int step = 0; step < 600; ++step) {
@@ -165,9 +166,9 @@ TEST(FlagFolderModelTest, ThroughRandomLivesOnlyTheUserInPlaceSaysOn) {
             ASSERT_EQ(rig.isOn(), inPlace && last[*inPlace] == "on") << "step " << step;
             ASSERT_TRUE(rig.folder().isFlagOf(inPlace)) << "step " << step;
             for (const uid_t user : users) ASSERT_EQ(mayWrite(user, rig.state()), user == inPlace) << "step " << step;
-            // Nothing that was left over is needed.
+            // No other files may accumulate.
             ASSERT_LE(rig.names().size(), users.size() + 1);
-            // What a user left in another form than a flag's comes back as off.
+            // Content other than "on" is replaced by "off" when the user returns.
             for (auto& [user, text] : last) {
                 if (user != inPlace && text != "on") text = "off";
             }

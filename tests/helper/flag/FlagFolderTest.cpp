@@ -21,12 +21,12 @@ namespace fs = std::filesystem;
 
 bool opens(FlagRig& rig) { return FlagFolder::open(rig.loop(), folderPath, rig.trust()) != nullptr; }
 
-TEST(FlagFolderTest, IsOpenedWhereEveryFolderOnTheWayIsTheOwnersAlone) {
+TEST(FlagFolderTest, OpensIfOnlyTheOwnerCanWriteEachFolderOfThePath) {
     FlagRig rig;
     EXPECT_TRUE(opens(rig));
 }
 
-TEST(FlagFolderTest, IsRefusedWhereItIsMissingOrNoFolder) {
+TEST(FlagFolderTest, IsRefusedIfItIsMissingOrNoFolder) {
     FlagRig rig;
     fs::remove(rig.path());
     EXPECT_FALSE(opens(rig));
@@ -34,7 +34,7 @@ TEST(FlagFolderTest, IsRefusedWhereItIsMissingOrNoFolder) {
     EXPECT_FALSE(opens(rig));
 }
 
-TEST(FlagFolderTest, IsRefusedWhereItOrAnyFolderOnTheWayIsALink) {
+TEST(FlagFolderTest, IsRefusedIfAnyFolderOfThePathIsALink) {
     for (const std::string name : {"/Library", "/Library/Application Support", folderPath}) {
         FlagRig rig;
         fs::rename(rig.root() + name, rig.root() + "/elsewhere");
@@ -43,7 +43,7 @@ TEST(FlagFolderTest, IsRefusedWhereItOrAnyFolderOnTheWayIsALink) {
     }
 }
 
-TEST(FlagFolderTest, IsRefusedWhereOthersMayWriteToItOrToAnyFolderOnTheWay) {
+TEST(FlagFolderTest, IsRefusedIfOthersMayWriteAnyFolderOfThePath) {
     for (const std::string name : {"", "/Library", "/Library/Application Support", folderPath}) {
         for (const ::mode_t mode : {0775, 0757, 01777}) {
             FlagRig rig;
@@ -53,18 +53,16 @@ TEST(FlagFolderTest, IsRefusedWhereOthersMayWriteToItOrToAnyFolderOnTheWay) {
     }
 }
 
-TEST(FlagFolderTest, IsRefusedWhereAnAccessListLetsSomebodyWriteToIt) {
+TEST(FlagFolderTest, IsRefusedIfAnAccessListLetsAnotherUserWriteIt) {
     FlagRig rig;
-    const acl_t list = acl_from_text("u::rwx,u:61001:rwx,g::r-x,m::rwx,o::r-x");
-    ASSERT_EQ(acl_set_file(rig.path().c_str(), ACL_TYPE_ACCESS, list), 0);
-    acl_free(list);
+    setAccessList(rig.path(), "u::rwx,u:61001:rwx,g::r-x,m::rwx,o::r-x");
     EXPECT_FALSE(opens(rig));
 }
 
-TEST(FlagFolderTest, IsRefusedWhereItIsSomebodyElses) {
+TEST(FlagFolderTest, IsRefusedIfAnyFolderOfThePathBelongsToAnotherUser) {
     FlagRig rig;
     EXPECT_EQ(FlagFolder::open(rig.loop(), folderPath, {rig.root(), ::geteuid() + 1}), nullptr);
-    if (::geteuid() != 0) return;  // who else cannot give anything away
+    if (::geteuid() != 0) return;  // only root can change the owner
     for (const std::string name : {"", "/Library", "/Library/Application Support", folderPath}) {
         FlagRig given;
         ASSERT_EQ(::chown((given.root() + name).c_str(), alice, alice), 0);
@@ -72,31 +70,31 @@ TEST(FlagFolderTest, IsRefusedWhereItIsSomebodyElses) {
     }
 }
 
-// Counts what the folder says.
-class Listening {
+// Counts the notifications of the folder.
+class Notifications {
   public:
-    explicit Listening(FlagRig& rig) : rig_(rig) {
+    explicit Notifications(FlagRig& rig) : rig_(rig) {
         rig.folder().onChange = [this] { ++changes_; };
         rig.folder().onLost = [this] { ++losses_; };
         settle();
     }
-    // What has happened so far is over.
+    // Discards the notifications of earlier events.
     void settle() {
         rig_.runFor(20ms);
         changes_ = 0;
         losses_ = 0;
     }
-    bool change() {
-        const bool came = rig_.runUntil([&] { return changes_ > 0; });
+    bool gotChange() {
+        const bool received = rig_.runUntil([&] { return changes_ > 0; });
         settle();
-        return came;
+        return received;
     }
-    bool loss() {
-        const bool came = rig_.runUntil([&] { return losses_ > 0; });
+    bool gotLoss() {
+        const bool received = rig_.runUntil([&] { return losses_ > 0; });
         rig_.runFor(20ms);
-        return came && losses_ == 1;
+        return received && losses_ == 1;
     }
-    bool silence() {
+    bool gotNothing() {
         rig_.runFor(50ms);
         return changes_ == 0 && losses_ == 0;
     }
@@ -107,86 +105,86 @@ class Listening {
     int losses_ = 0;
 };
 
-TEST(FlagFolderTest, TellsOfEachWriteOfTheApplication) {
+TEST(FlagFolderTest, NotifiesOfEachWriteOfTheApplication) {
     FlagRig rig;
     rig.handOver(alice);
-    Listening listening(rig);
+    Notifications notifications(rig);
     for (const std::string text : {"on", "off", "off", "on"}) {
         rig.write(alice, text);
-        EXPECT_TRUE(listening.change());
+        EXPECT_TRUE(notifications.gotChange());
         EXPECT_EQ(rig.isOn(), text == "on");
     }
 }
 
-TEST(FlagFolderTest, TellsOfAFlagThatIsRemovedMovedOrReplaced) {
+TEST(FlagFolderTest, NotifiesOfAFlagThatIsRemovedMovedOrReplaced) {
     FlagRig rig;
     rig.handOver(alice);
-    Listening listening(rig);
+    Notifications notifications(rig);
     fs::remove(rig.state());
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
     writeFile(rig.state(), "on");
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
     writeFile(rig.path("other"), "off");
     fs::rename(rig.path("other"), rig.state());
-    EXPECT_TRUE(listening.change());
-    writeFile(rig.state(), "on");  // in place, and no folder changes
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
+    writeFile(rig.state(), "on");  // does not change the folder
+    EXPECT_TRUE(notifications.gotChange());
     fs::rename(rig.state(), rig.path("other"));
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
 }
 
-TEST(FlagFolderTest, FollowsTheFlagThatIsInPlaceAfterEachHandOver) {
+TEST(FlagFolderTest, WatchesTheNewFlagAfterEachHandOver) {
     FlagRig rig;
-    Listening listening(rig);
+    Notifications notifications(rig);
     for (int round = 0; round < 20; ++round) {
         const uid_t user = round % 2 == 0 ? alice : bob;
         rig.handOver(user);
-        EXPECT_TRUE(listening.change());
+        EXPECT_TRUE(notifications.gotChange());
         rig.write(user, "on");
-        EXPECT_TRUE(listening.change());
+        EXPECT_TRUE(notifications.gotChange());
         EXPECT_TRUE(rig.isOn());
         rig.write(user, "off");
     }
 }
 
-TEST(FlagFolderTest, TellsOfASecondNameAndOfWritesThroughIt) {
+TEST(FlagFolderTest, NotifiesOfASecondLinkAndOfWritesThroughIt) {
     FlagRig rig;
     rig.makeFolder("theirs");
     rig.handOver(alice);
     rig.write(alice, "on");
-    Listening listening(rig);
+    Notifications notifications(rig);
     const std::string second = rig.root() + "/theirs/second";
     fs::create_hard_link(rig.state(), second);
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
     EXPECT_FALSE(rig.isOn());
     writeFile(second, "off");
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
     writeFile(second, "on");
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
     EXPECT_FALSE(rig.isOn());
     fs::remove(second);
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
     EXPECT_TRUE(rig.isOn());
 }
 
-TEST(FlagFolderTest, IsNotWokenByWhatDoesNotCount) {
+TEST(FlagFolderTest, DoesNotNotifyOfChangesThatDoNotCount) {
     FlagRig rig;
     rig.handOver(alice);
     const Descriptor kept(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
     rig.handOver(bob);
-    Listening listening(rig);
+    Notifications notifications(rig);
     FlagRig::writeTo(kept, "on");
     writeFile(rig.path("other"), "on");
     writeFile(rig.root() + "/Library/neighbour", "on");
     fs::remove(rig.root() + "/Library/neighbour");
     readFile(rig.state());
-    EXPECT_TRUE(listening.silence());
+    EXPECT_TRUE(notifications.gotNothing());
 }
 
-// What came while the kernel's queue was full, it does not tell.
-TEST(FlagFolderTest, FollowsAFlagThatCameWhileTooMuchHappened) {
+// The kernel drops events while its queue is full.
+TEST(FlagFolderTest, NotifiesOfAFlagThatAppearedDuringAnEventOverflow) {
     FlagRig rig;
-    Listening listening(rig);
+    Notifications notifications(rig);
     int room = 0;
     std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> room;
     ASSERT_GT(room, 0);
@@ -195,19 +193,19 @@ TEST(FlagFolderTest, FollowsAFlagThatCameWhileTooMuchHappened) {
         fs::remove(rig.path("other"));
     }
     writeFile(rig.state(), "off");
-    EXPECT_TRUE(listening.change());
-    writeFile(rig.state(), "on");  // in place, and no folder changes
-    EXPECT_TRUE(listening.change());
+    EXPECT_TRUE(notifications.gotChange());
+    writeFile(rig.state(), "on");  // does not change the folder
+    EXPECT_TRUE(notifications.gotChange());
 }
 
-TEST(FlagFolderTest, IsLostWhenItOrAFolderOnTheWayIsMovedRemovedOrOpenedToOthers) {
+TEST(FlagFolderTest, IsLostWhenAFolderOfThePathIsMovedRemovedOrOpenedToOthers) {
     const auto lost = [](const std::function<void(const FlagRig&)>& happen) {
         FlagRig rig;
         rig.makeFolder("elsewhere");
         rig.handOver(alice);
-        Listening listening(rig);
+        Notifications notifications(rig);
         happen(rig);
-        return listening.loss();
+        return notifications.gotLoss();
     };
     for (const std::string name : {"/Library", "/Library/Application Support", folderPath}) {
         EXPECT_TRUE(lost([&](const FlagRig& rig) { fs::rename(rig.root() + name, rig.root() + "/elsewhere/gone"); }))
@@ -221,8 +219,8 @@ TEST(FlagFolderTest, IsLostWhenItOrAFolderOnTheWayIsMovedRemovedOrOpenedToOthers
     }
 }
 
-// What is watched, of the one descriptor for events that this process has.
-int marks() {
+// The number of inotify watches of this process, which has one inotify descriptor.
+int watches() {
     int found = 0;
     for (const auto& descriptor : fs::directory_iterator("/proc/self/fdinfo")) {
         std::ifstream file(descriptor.path());
@@ -231,15 +229,15 @@ int marks() {
     return found;
 }
 
-TEST(FlagFolderTest, DoesNotGatherMarksNorDescriptorsOverManyHandOvers) {
+TEST(FlagFolderTest, LeaksNoWatchesOrDescriptorsInManyHandOvers) {
     FlagRig rig;
     rig.handOver(alice);
     const auto open = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); };
-    const int marksBefore = marks();
+    const int watchesBefore = watches();
     const auto openBefore = open();
-    EXPECT_EQ(marksBefore, 5);  // three folders on the way, the folder, the flag
+    EXPECT_EQ(watchesBefore, 5);  // three folders above the flag's folder, that folder, the flag
     for (int round = 0; round < 200; ++round) rig.handOver(round % 2 == 0 ? bob : alice);
-    EXPECT_EQ(marks(), marksBefore);
+    EXPECT_EQ(watches(), watchesBefore);
     EXPECT_EQ(open(), openBefore);
 }
 

@@ -16,43 +16,43 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// How many files the kernel watches for this user, from here on.
-void allowWatches(int number) { writeFile("/proc/sys/user/max_inotify_watches", std::to_string(number)); }
+// Limits the number of inotify watches of this user.
+void limitWatches(int number) { writeFile("/proc/sys/user/max_inotify_watches", std::to_string(number)); }
 
-// Runs the body where that can be set, as the one user that there is.
-void onAMachineShortOfWatches(const std::function<void(uid_t)>& body) {
+// Runs the body in a user namespace, where the limit can be set. Its argument is the only user of that namespace.
+void withLimitedWatches(const std::function<void(uid_t)>& body) {
     inPrivateMachine([&](uid_t) {
         if (::unshare(CLONE_NEWUSER) != 0) throw std::runtime_error("no namespace of its own");
         writeFile("/proc/self/uid_map", "0 0 1");
-        allowWatches(100);
+        limitWatches(100);
         body(0);
     });
 }
 
-TEST(FlagFolderUnwatchedTest, IsOffAndNobodysUntilItIsWatched) {
-    onAMachineShortOfWatches([](uid_t user) {
+TEST(FlagFolderUnwatchedTest, FlagIsOffAndBelongsToNoUserUntilItIsWatched) {
+    withLimitedWatches([](uid_t user) {
         FlagRig rig;
         ASSERT_TRUE(rig.handOver(user));
         rig.write(user, "on");
         ASSERT_TRUE(rig.isOn());
         rig.reopen();
-        allowWatches(4);  // three folders on the way, and the folder
+        limitWatches(4);  // three folders above the flag's folder, and that folder
         EXPECT_FALSE(rig.isOn());
         EXPECT_FALSE(rig.folder().isFlagOf(user));
         EXPECT_FALSE(rig.handOver(user));
         EXPECT_FALSE(rig.isOn());
-        allowWatches(5);
+        limitWatches(5);
         EXPECT_TRUE(rig.handOver(user));
         EXPECT_TRUE(rig.folder().isFlagOf(user));
         EXPECT_TRUE(rig.isOn());
     });
 }
 
-TEST(FlagFolderUnwatchedTest, IsNotExchangedAgainForTheSameUser) {
-    onAMachineShortOfWatches([](uid_t user) {
+TEST(FlagFolderUnwatchedTest, FlagIsNotReplacedAgainForTheSameUser) {
+    withLimitedWatches([](uid_t user) {
         FlagRig rig;
         rig.folder();
-        allowWatches(4);
+        limitWatches(4);
         EXPECT_FALSE(rig.handOver(user));
         struct stat before {};
         ASSERT_EQ(::stat(rig.state().c_str(), &before), 0);
@@ -66,19 +66,19 @@ TEST(FlagFolderUnwatchedTest, IsNotExchangedAgainForTheSameUser) {
     });
 }
 
-TEST(FlagFolderUnwatchedTest, ThatTookThePlaceOfAWatchedOneIsOff) {
-    onAMachineShortOfWatches([](uid_t user) {
+TEST(FlagFolderUnwatchedTest, FlagThatReplacesAWatchedOneIsOff) {
+    withLimitedWatches([](uid_t user) {
         FlagRig rig;
         ASSERT_TRUE(rig.handOver(user));
         rig.write(user, "on");
         fs::copy_file(rig.state(), rig.path("other"));
         int changes = 0;
         rig.folder().onChange = [&] { ++changes; };
-        allowWatches(4);
+        limitWatches(4);
         fs::rename(rig.path("other"), rig.state());
         ASSERT_TRUE(rig.runUntil([&] { return changes > 0; }));
         EXPECT_FALSE(rig.isOn());
-        allowWatches(5);
+        limitWatches(5);
         ASSERT_TRUE(rig.handOver(user));
         changes = 0;
         rig.write(user, "on");

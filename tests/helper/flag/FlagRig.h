@@ -19,8 +19,7 @@ namespace kovra::helper {
 
 inline constexpr const char* folderPath = "/Library/Application Support/ble-kovra";
 
-// A folder for the flag with nothing in it, below a root of the test's own, and what the daemon does with it: without
-// capabilities, as there.
+// An empty flag folder below a temporary root. Operations of the daemon run without capabilities, as in its unit.
 class FlagRig {
   public:
     FlagRig() {
@@ -44,13 +43,13 @@ class FlagRig {
     Trust trust() const { return {root(), ::geteuid()}; }
 
     Loop& loop() { return loop_; }
-    // Opened at the first use.
+    // The folder, which is opened at the first use.
     FlagFolder& folder() {
         if (!folder_) folder_ = FlagFolder::open(loop_, folderPath, trust());
         if (!folder_) throw std::runtime_error("the folder is refused");
         return *folder_;
     }
-    // What a daemon that is started anew finds.
+    // Opens the folder again at the next use, as a restarted daemon does.
     void reopen() { folder_.reset(); }
     bool handOver(std::optional<uid_t> user) {
         FlagFolder& flag = folder();
@@ -62,7 +61,7 @@ class FlagRig {
         const WithoutCapabilities none;
         return flag.isOn();
     }
-    // As the application writes it: in place.
+    // Overwrites the flag in place, as the application does.
     void write(uid_t user, const std::string& text) const {
         const ActingAs writer(user);
         const Descriptor file(::open(state().c_str(), O_WRONLY | O_CLOEXEC));
@@ -75,11 +74,11 @@ class FlagRig {
         }
     }
 
-    // Turns the loop until it is so, for ten seconds at the most.
-    bool runUntil(const std::function<bool()>& done) {
+    // Runs the loop until the condition holds, for at most ten seconds.
+    bool runUntil(const std::function<bool()>& condition) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (!done() && std::chrono::steady_clock::now() < end) runFor(std::chrono::milliseconds(1));
-        return done();
+        while (!condition() && std::chrono::steady_clock::now() < end) runFor(std::chrono::milliseconds(1));
+        return condition();
     }
     void runFor(std::chrono::milliseconds time) {
         const auto over = loop_.after(time, [this] { loop_.stop(); });

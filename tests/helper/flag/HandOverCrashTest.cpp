@@ -24,8 +24,9 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Whether a system call can make a difference to anybody else. In between calls that cannot, being killed is the same.
-bool canChangeSomething(std::uint64_t call) {
+// Whether a system call can have an effect outside the process. Being killed before or after any other call is the
+// same.
+bool hasOutsideEffect(std::uint64_t call) {
     switch (call) {
         case SYS_brk:
         case SYS_close:
@@ -44,8 +45,8 @@ bool canChangeSomething(std::uint64_t call) {
     }
 }
 
-// Runs the work in a process that is killed when it is about to make its call number `calls` that can change something;
-// the call then does not happen. False where the work was over before.
+// Runs the work in a child process. Kills it when it is about to make a system call with an outside effect, after it
+// has made as many such calls as given. Returns false if the work ends before.
 bool killedAt(int calls, const std::function<void()>& work) {
     const pid_t process = ::fork();
     if (process == 0) {
@@ -64,7 +65,7 @@ bool killedAt(int calls, const std::function<void()>& work) {
         if (!WIFSTOPPED(status) || WSTOPSIG(status) != (SIGTRAP | 0x80)) throw std::runtime_error("an odd stop");
         __ptrace_syscall_info info{};
         if (::ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info) < 0) throw std::runtime_error("no call");
-        if (info.op == PTRACE_SYSCALL_INFO_ENTRY && canChangeSomething(info.entry.nr)) --left;
+        if (info.op == PTRACE_SYSCALL_INFO_ENTRY && hasOutsideEffect(info.entry.nr)) --left;
     }
     ::kill(process, SIGKILL);
     ::waitpid(process, &status, 0);
@@ -81,7 +82,7 @@ std::string text(const Change& change) {
     return "from " + name(change.from) + " to " + name(change.to);
 }
 
-// Both users have left "on", and the first one has the flag; or nobody.
+// Alice and Bob have left "on", and the flag belongs to the first user, or to no user.
 void prepare(FlagRig& rig, std::optional<uid_t> first) {
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -90,7 +91,7 @@ void prepare(FlagRig& rig, std::optional<uid_t> first) {
     rig.handOver(first);
 }
 
-// Every killing of one hand-over, and what is so right after it.
+// Kills a hand-over at each of its steps, and checks the folder after each kill.
 void killEverywhere(const Change& change, const std::function<void(FlagRig&)>& check) {
     SCOPED_TRACE(text(change));
     int kills = 0;
@@ -108,14 +109,14 @@ void killEverywhere(const Change& change, const std::function<void(FlagRig&)>& c
 
 const std::vector<Change> changes = {{alice, bob}, {bob, alice}, {alice, {}}, {{}, alice}, {alice, alice}, {{}, {}}};
 
-// The daemon, started anew: what is in place already is not put there again.
-void reopen(FlagRig& rig, std::optional<uid_t> user) {
+// Restarts the daemon, which hands the flag over unless it already belongs to the user.
+void restart(FlagRig& rig, std::optional<uid_t> user) {
     rig.reopen();
     if (rig.folder().isFlagOf(user)) return;
     ASSERT_TRUE(rig.handOver(user));
 }
 
-TEST(HandOverCrashTest, AtAnyMomentLeavesAFlagThatNobodyMayWriteButTheOneBeforeOrTheNextOne) {
+TEST(HandOverCrashTest, AtAnyStepLeavesAFlagThatOnlyTheOldOrTheNewUserMayWrite) {
     for (const Change& change : changes) {
         killEverywhere(change, [&](FlagRig& rig) {
             EXPECT_NE(rig.content(), "missing");
@@ -130,12 +131,12 @@ TEST(HandOverCrashTest, AtAnyMomentLeavesAFlagThatNobodyMayWriteButTheOneBeforeO
     }
 }
 
-TEST(HandOverCrashTest, AtAnyMomentLosesNothingOfWhatUsersLeftAndLeavesNothingBehindOnceTheNextOneIsDone) {
+TEST(HandOverCrashTest, AtAnyStepLosesNoContentAndTheNextHandOverCleansUp) {
     for (const Change& change : changes) {
         for (const std::optional<uid_t> next : std::set{change.to, change.from}) {
             SCOPED_TRACE("then to " + text({next, next}));
             killEverywhere(change, [&](FlagRig& rig) {
-                reopen(rig, next);
+                restart(rig, next);
                 ASSERT_TRUE(rig.folder().isFlagOf(next));
                 EXPECT_EQ(rig.isOn(), next.has_value());
                 EXPECT_FALSE(rig.names().contains("state.new"));

@@ -16,7 +16,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// A small file system with the flag's folder, of this user, who has left "on"; and nothing else on it.
+// A small file system for the flag's folder. The flag belongs to this user and says "on".
 class SmallDisk {
   public:
     explicit SmallDisk(uid_t user) : user_(user) {
@@ -37,7 +37,7 @@ class SmallDisk {
         for (const std::string& name : fillers_) std::remove(rig.path(name).c_str());
         fillers_.clear();
     }
-    // What is in the folder beside what filled the disk.
+    // The names in the folder, without the files that fill the disk.
     Names names() const {
         Names names = rig.names();
         for (const std::string& name : fillers_) names.erase(name);
@@ -58,7 +58,7 @@ class SmallDisk {
 
 std::string left(uid_t user) { return "state.left." + std::to_string(user); }
 
-TEST(HandOverOnAFullDiskTest, TakesTheRightAwayLeavesNothingHalfMadeAndLosesNothing) {
+TEST(HandOverOnAFullDiskTest, RevokesTheRightAndLosesNoContent) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);
         disk.fillWithBytes();
@@ -77,7 +77,7 @@ TEST(HandOverOnAFullDiskTest, TakesTheRightAwayLeavesNothingHalfMadeAndLosesNoth
     });
 }
 
-TEST(HandOverOnAFullDiskTest, WithoutRoomForANameTakesTheRightAwayAllTheSame) {
+TEST(HandOverOnAFullDiskTest, RevokesTheRightEvenWithoutRoomForALink) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);
         disk.fillWithFiles();
@@ -93,7 +93,7 @@ TEST(HandOverOnAFullDiskTest, WithoutRoomForANameTakesTheRightAwayAllTheSame) {
     });
 }
 
-TEST(HandOverOnAFullDiskTest, FailsWhereTheFileSystemMayOnlyBeRead) {
+TEST(HandOverOnAFullDiskTest, FailsOnAReadOnlyFileSystem) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);
         ASSERT_EQ(::mount("none", disk.rig.path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);

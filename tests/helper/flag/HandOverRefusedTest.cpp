@@ -24,7 +24,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// From here on the kernel refuses this process to change an access list.
+// Makes every change of an access control list fail in this process.
 bool forbidAccessLists() {
     std::array<sock_filter, 4> program{{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -36,7 +36,7 @@ bool forbidAccessLists() {
     return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
-// The error of a hand-over that finds no room for access lists, by a process of its own.
+// Hands the flag over in a child process that cannot change access control lists. Returns the error.
 int handOverRefused(const FlagRig& rig, std::optional<uid_t> user) {
     const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const pid_t process = ::fork();
@@ -46,7 +46,7 @@ int handOverRefused(const FlagRig& rig, std::optional<uid_t> user) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST(HandOverRefusedTest, WhereTheRightCannotBeTakenAwayLeavesTheUserAFlagThatStillCounts) {
+TEST(HandOverRefusedTest, KeepsTheFlagOfAUserWhoseRightCannotBeRevoked) {
     for (const std::optional<uid_t> next : {std::optional<uid_t>(bob), std::optional<uid_t>()}) {
         FlagRig rig;
         rig.handOver(alice);
@@ -54,7 +54,7 @@ TEST(HandOverRefusedTest, WhereTheRightCannotBeTakenAwayLeavesTheUserAFlagThatSt
         rig.handOver(bob);
         rig.handOver(alice);
         EXPECT_EQ(handOverRefused(rig, next), ENOSPC);
-        // Alice is back before anybody had the flag.
+        // Alice returns before the flag belonged to another user.
         EXPECT_TRUE(rig.folder().isFlagOf(alice));
         EXPECT_TRUE(rig.isOn());
         EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));

@@ -20,7 +20,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-TEST(HandOverTest, MakesAFlagThatSaysOffAndThatThisUserAloneMayWrite) {
+TEST(HandOverTest, CreatesAFlagThatSaysOffAndThatOnlyThisUserMayWrite) {
     FlagRig rig;
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_EQ(rig.content(), "off");
@@ -30,7 +30,7 @@ TEST(HandOverTest, MakesAFlagThatSaysOffAndThatThisUserAloneMayWrite) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-TEST(HandOverTest, ToNobodyLeavesAFlagThatNobodyMayWrite) {
+TEST(HandOverTest, ToNoUserCreatesAFlagThatNoUserMayWrite) {
     FlagRig rig;
     ASSERT_TRUE(rig.handOver(alice));
     rig.write(alice, "on");
@@ -40,7 +40,7 @@ TEST(HandOverTest, ToNobodyLeavesAFlagThatNobodyMayWrite) {
     EXPECT_FALSE(mayWrite(bob, rig.state()));
 }
 
-TEST(HandOverTest, KeepsWhatAUserLeftForTheirReturnAndNoLonger) {
+TEST(HandOverTest, KeepsTheContentThatAUserLeftUntilTheyReturn) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -56,7 +56,7 @@ TEST(HandOverTest, KeepsWhatAUserLeftForTheirReturnAndNoLonger) {
     EXPECT_EQ(rig.content(), "off");
 }
 
-TEST(HandOverTest, ToTheSameUserAgainKeepsTheContentInANewFile) {
+TEST(HandOverTest, ToTheSameUserKeepsTheContentInANewFile) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -71,7 +71,7 @@ TEST(HandOverTest, ToTheSameUserAgainKeepsTheContentInANewFile) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-TEST(HandOverTest, NeverLeavesAMomentWithoutAFlag) {
+TEST(HandOverTest, NeverLeavesTheFlagMissing) {
     FlagRig rig;
     rig.handOver(alice);
     std::atomic<bool> isOver = false;
@@ -90,7 +90,7 @@ TEST(HandOverTest, NeverLeavesAMomentWithoutAFlag) {
     EXPECT_GT(opened, 100);
 }
 
-TEST(HandOverTest, TakesOverAFlagThatAnInstallationMade) {
+TEST(HandOverTest, ReplacesTheFlagOfTheInstallation) {
     FlagRig rig;
     writeFile(rig.state(), "off");
     ::chmod(rig.state().c_str(), 0644);
@@ -103,7 +103,7 @@ TEST(HandOverTest, TakesOverAFlagThatAnInstallationMade) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-TEST(HandOverTest, CutsWhatAUserMadeOfTheFlagToAFewBytes) {
+TEST(HandOverTest, TruncatesALongFlagToAFewBytes) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, std::string(100'000, 'x'));
@@ -123,7 +123,7 @@ long bytesOnDisk(const Descriptor& file) {
     return status.st_blocks * 512;
 }
 
-TEST(HandOverTest, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
+TEST(HandOverTest, FreesSpaceAllocatedBeyondTheEndOfTheFlag) {
     FlagRig rig;
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -142,7 +142,7 @@ TEST(HandOverTest, GivesTheDiskBackWhatAUserSetAsideBehindTheFlagsEnd) {
     EXPECT_TRUE(rig.isOn());
 }
 
-TEST(HandOverTest, CutsLikewiseWhatAUserGoesOnWritingWhileAway) {
+TEST(HandOverTest, TruncatesWhatAUserKeepsWritingWhileAway) {
     FlagRig rig;
     rig.handOver(alice);
     const Descriptor keptOpen(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));

@@ -17,7 +17,8 @@
 
 namespace kovra::helper {
 
-// A file of the owner's outside the folder, which nothing that is done to the flag may touch or believe.
+// A file of the owner outside the folder that says "on". Neither reading nor handing over the flag may use or change
+// it.
 class Secret {
   public:
     explicit Secret(const FlagRig& rig) : path_(rig.root() + "/secret") {
@@ -36,10 +37,10 @@ class Secret {
 };
 
 inline void makeSocket(const std::string& path) {
-    // The path is longer than an address may be; the folder's descriptor shortens it.
-    const std::filesystem::path whole(path);
-    const Descriptor folder(::open(whole.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    const std::string name = "/proc/self/fd/" + std::to_string(folder.number()) + "/" + whole.filename().string();
+    // The path is too long for a socket address. A path through the folder's descriptor is shorter.
+    const std::filesystem::path full(path);
+    const Descriptor folder(::open(full.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const std::string name = "/proc/self/fd/" + std::to_string(folder.number()) + "/" + full.filename().string();
     const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -47,7 +48,7 @@ inline void makeSocket(const std::string& path) {
     ASSERT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
 }
 
-// What may stand where a file of ours is expected, each made by what is named.
+// Anything but a flag file that may exist at the path of one, with a function that creates it.
 inline std::map<std::string, std::function<void(const std::string&)>> intruders(const Secret& secret) {
     return {
         {"a link to a file that says on",

@@ -4,45 +4,45 @@
 
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <string>
 
+#include "helper/Handles.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra::helper {
 
-// What an input device shows in sysfs, and what udev says of it.
+// The attributes of an input device in sysfs, and its properties in the database of udev.
 struct MockInput {
     std::string input = "input5";
     std::string name = "SYNA8004:00 06CB:CD8B Touchpad";
     std::string properties = "ID_INPUT=1\nID_INPUT_TOUCHPAD=1\n";
     std::string driverProperties = "0";  // a mask
-    std::string keys = "30000 0 0 0 0";  // a mask: the left button and the right one
+    std::string keys = "30000 0 0 0 0";  // a mask: the left and the right button
     std::string bus = "0018";
     std::string vendor = "06cb";
     std::string hid = {};                           // "0018:06CB:CD8B.0001", or no HID device
-    std::string parent = "/devices/platform/host";  // what it is plugged into; "/devices/virtual" is nothing
+    std::string parent = "/devices/platform/host";  // "/devices/virtual" for a device without a parent
 };
 
-// A laptop's pad on I2C, and the mouse that the same device pretends to be as well.
+// A laptop's pad on I2C, and the mouse that the same device presents in addition.
 inline const MockInput pad{.input = "input5", .hid = "0018:06CB:CD8B.0001"};
 inline const MockInput twin{.input = "input4",
                             .name = "SYNA8004:00 06CB:CD8B Mouse",
                             .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
                             .hid = "0018:06CB:CD8B.0001"};
 
-// Input devices of the test's own: a sysfs that this process takes for the machine's, and messages that it takes for
-// udev's. Device and message are separate steps, as they are in the kernel, so that a test can have them disagree.
+// Simulates a sysfs with input devices, and the events of udev, for this process. A device and its event are separate
+// steps, as in the kernel, so that tests can use one without the other.
 class MockInputs {
   public:
     MockInputs() : testbed_(umockdev_testbed_new()) {
-        const std::unique_ptr<char, Free> folder(umockdev_testbed_get_sys_dir(testbed_.get()));
+        const Handle<char, g_free> folder(umockdev_testbed_get_sys_dir(testbed_.get()));
         sys_ = folder.get();
         for (const char* inside : {"class/input", "bus/hid/devices", "bus/usb/devices", "bus/platform", "bus/input"})
             std::filesystem::create_directories(sys_ / inside);
     }
 
-    // A port of the computer's, or of a hub, and what the kernel knows of it. Returns what to plug devices into.
+    // Adds a USB device with this value of `removable`. Returns its path, to be used as a parent.
     std::string plugUsb(const std::string& parent, const std::string& name, const std::string& removable) {
         const std::string path = parent + "/" + name;
         makeDevice(path, "bus/usb", "DEVTYPE=usb_device\n");
@@ -50,7 +50,7 @@ class MockInputs {
         return path;
     }
 
-    // The device alone, without a message.
+    // Adds the device without an event.
     void addDevice(const MockInput& device) {
         std::string parent = device.parent;
         if (parent != "/devices/virtual" && !std::filesystem::exists(folder(parent)))
@@ -74,12 +74,12 @@ class MockInputs {
             std::filesystem::create_directory_symlink("../.." + shown, inClass(shown.substr(shown.rfind('/') + 1)));
         paths_[device.input] = path;
     }
-    // The message alone. The device's folder is there.
+    // Sends an event of a device whose folder exists.
     void sendEvent(const std::string& input, const std::string& action) {
         const std::string path = "/sys" + paths_.at(input);
         umockdev_testbed_uevent(testbed_.get(), (path + "/event" + input.substr(5)).c_str(), action.c_str());
     }
-    // The kernel no longer lists it.
+    // Removes the device from the class without an event.
     void removeDevice(const std::string& input) {
         std::filesystem::remove(inClass(input));
         std::filesystem::remove(inClass("event" + input.substr(5)));
@@ -103,11 +103,6 @@ class MockInputs {
     }
 
   private:
-    struct Free {
-        void operator()(char* text) const { g_free(text); }
-        void operator()(UMockdevTestbed* testbed) const { g_object_unref(testbed); }
-    };
-
     void makeDevice(const std::string& path, const std::string& subsystem, const std::string& uevent) {
         std::filesystem::create_directories(folder(path));
         writeFile(folder(path) / "uevent", uevent);
@@ -116,7 +111,7 @@ class MockInputs {
     std::filesystem::path folder(const std::string& path) const { return sys_ / path.substr(1); }
     std::filesystem::path inClass(const std::string& name) const { return sys_ / "class/input" / name; }
 
-    std::unique_ptr<UMockdevTestbed, Free> testbed_;
+    Handle<UMockdevTestbed, g_object_unref> testbed_;
     std::filesystem::path sys_;
     std::map<std::string, std::string> paths_;
 };

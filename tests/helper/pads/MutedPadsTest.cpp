@@ -26,14 +26,14 @@ class MutedPadsTest : public testing::Test {
     const fs::path pads = fs::path(runtime) / "pads";
 };
 
-TEST_F(MutedPadsTest, OutliveTheProcessThatMadeThem) {
+TEST_F(MutedPadsTest, OutliveTheirProcess) {
     EXPECT_EQ(MutedPads(runtime).add("input17"), 0);
     EXPECT_EQ(MutedPads(runtime).names(), Names{"input17"});
     EXPECT_TRUE(fs::is_regular_file(pads / "input17"));
     EXPECT_EQ(fs::file_size(pads / "input17"), 0U);
 }
 
-TEST_F(MutedPadsTest, AreGoneOnceWhatTheyNameWasGivenBack) {
+TEST_F(MutedPadsTest, AreRemovedFromTheListOnceTheyAreUnmuted) {
     MutedPads mutedPads(runtime);
     ASSERT_EQ(mutedPads.add("input17"), 0);
     ASSERT_EQ(mutedPads.add("input4"), 0);
@@ -42,26 +42,26 @@ TEST_F(MutedPadsTest, AreGoneOnceWhatTheyNameWasGivenBack) {
     EXPECT_EQ(MutedPads(runtime).names(), Names{"input4"});
 }
 
-TEST_F(MutedPadsTest, NeedNoFolderUntilSomethingIsRecorded) {
+TEST_F(MutedPadsTest, NeedNoFolderUntilOneIsAdded) {
     MutedPads mutedPads(runtime);
     EXPECT_EQ(mutedPads.names(), Names());
     mutedPads.remove("input17");
     EXPECT_FALSE(fs::exists(runtime));
 }
 
-TEST_F(MutedPadsTest, AreForTheProgramsEyesAlone) {
+TEST_F(MutedPadsTest, AreInAFolderOfTheOwnerOnly) {
     ASSERT_EQ(MutedPads(runtime).add("input17"), 0);
     EXPECT_EQ(fs::status(pads).permissions(), fs::perms::owner_all);
 }
 
-TEST_F(MutedPadsTest, OfTheSameDeviceAreOne) {
+TEST_F(MutedPadsTest, AreListedOnce) {
     MutedPads mutedPads(runtime);
     EXPECT_EQ(mutedPads.add("input17"), 0);
     EXPECT_EQ(mutedPads.add("input17"), 0);
     EXPECT_EQ(mutedPads.names(), Names{"input17"});
 }
 
-TEST_F(MutedPadsTest, AreRememberedByTheirProcessWhenTheFolderIsTakenAway) {
+TEST_F(MutedPadsTest, AreKeptInMemoryWhenTheFolderIsRemoved) {
     MutedPads mutedPads(runtime);
     ASSERT_EQ(mutedPads.add("input17"), 0);
     fs::remove_all(runtime);
@@ -70,7 +70,7 @@ TEST_F(MutedPadsTest, AreRememberedByTheirProcessWhenTheFolderIsTakenAway) {
     EXPECT_EQ(MutedPads(runtime).names(), Names{"input17"});
 }
 
-TEST_F(MutedPadsTest, TakeNothingForANameThatIsNone) {
+TEST_F(MutedPadsTest, HaveNamesOfInputDevicesOnly) {
     for (const char* name : {"", "input", "input1/../x", "input1x", "event1", "Input1", "../input1", " input1",
                              "input123456789012345678901"}) {
         EXPECT_FALSE(MutedPads::isName(name)) << name;
@@ -79,7 +79,7 @@ TEST_F(MutedPadsTest, TakeNothingForANameThatIsNone) {
     for (const char* name : {"input0", "input17", "input4294967295"}) EXPECT_TRUE(MutedPads::isName(name)) << name;
 }
 
-TEST_F(MutedPadsTest, LeaveAloneWhatIsNoRecord) {
+TEST_F(MutedPadsTest, IgnoreOtherFilesInTheFolder) {
     fs::create_directories(pads);
     writeFile(pads / "event3", "");
     writeFile(pads / "input", "");
@@ -87,7 +87,7 @@ TEST_F(MutedPadsTest, LeaveAloneWhatIsNoRecord) {
     EXPECT_TRUE(fs::exists(pads / "event3"));
 }
 
-TEST_F(MutedPadsTest, FollowNoLinkInPlaceOfARecord) {
+TEST_F(MutedPadsTest, FollowNoLinkInPlaceOfAnEntry) {
     fs::create_directories(pads);
     fs::create_symlink(folder / "elsewhere", pads / "input17");
     MutedPads mutedPads(runtime);
@@ -97,7 +97,7 @@ TEST_F(MutedPadsTest, FollowNoLinkInPlaceOfARecord) {
     EXPECT_FALSE(fs::is_symlink(pads / "input17"));
 }
 
-TEST_F(MutedPadsTest, FollowNoLinkInPlaceOfTheirFolder) {
+TEST_F(MutedPadsTest, FollowNoLinkInPlaceOfTheFolder) {
     fs::create_directories(folder / "elsewhere");
     fs::create_directories(runtime);
     fs::create_directory_symlink(folder / "elsewhere", pads);
@@ -106,14 +106,14 @@ TEST_F(MutedPadsTest, FollowNoLinkInPlaceOfTheirFolder) {
     EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
 }
 
-TEST_F(MutedPadsTest, AreNotKeptWhereOthersMayWrite) {
+TEST_F(MutedPadsTest, AreNotAddedIfOthersMayWriteTheFolder) {
     fs::create_directories(pads);
     const Rights open(pads, 0777);
     EXPECT_EQ(MutedPads(runtime).add("input17"), EPERM);
     EXPECT_TRUE(fs::is_empty(pads));
 }
 
-TEST_F(MutedPadsTest, AreReadAndRemovedAlsoWhereOthersMayWrite) {
+TEST_F(MutedPadsTest, AreReadAndRemovedEvenIfOthersMayWriteTheFolder) {
     fs::create_directories(pads);
     writeFile(pads / "input17", "");
     for (const std::string& open : {runtime, pads.string()}) {
@@ -128,14 +128,14 @@ TEST_F(MutedPadsTest, AreReadAndRemovedAlsoWhereOthersMayWrite) {
     EXPECT_TRUE(fs::is_empty(pads));
 }
 
-TEST_F(MutedPadsTest, ThatCannotBeReadAreNotTakenForNone) {
+TEST_F(MutedPadsTest, ThatCannotBeReadAreAnError) {
     fs::create_directories(folder / "elsewhere");
     fs::create_directories(runtime);
     fs::create_directory_symlink(folder / "elsewhere", pads);
     EXPECT_EQ(MutedPads(runtime).lock(MutedPads::IfMissing::fail), ENOTDIR);
 }
 
-TEST_F(MutedPadsTest, AreOneProcesssAtATime) {
+TEST_F(MutedPadsTest, AreHeldByOneProcessAtATime) {
     {
         MutedPads first(runtime);
         EXPECT_EQ(first.lock(MutedPads::IfMissing::create), 0);
@@ -150,7 +150,7 @@ TEST_F(MutedPadsTest, AreOneProcesssAtATime) {
     EXPECT_EQ(MutedPads(runtime).names(), Names{"input17"});
 }
 
-TEST_F(MutedPadsTest, AreFreeOnceTheProcessThatHadThemWasKilled) {
+TEST_F(MutedPadsTest, AreUnlockedWhenTheirProcessIsKilled) {
     int started[2];
     ASSERT_EQ(::pipe(started), 0);
     const pid_t holder = ::fork();
@@ -170,14 +170,14 @@ TEST_F(MutedPadsTest, AreFreeOnceTheProcessThatHadThemWasKilled) {
     ::close(started[1]);
 }
 
-TEST_F(MutedPadsTest, HoldWhatTheLastOneLeftAfterThisOneHadReadThem) {
+TEST_F(MutedPadsTest, AreReadAgainWhenTheyAreLocked) {
     MutedPads second(runtime);
     EXPECT_EQ(MutedPads(runtime).add("input17"), 0);
     EXPECT_EQ(second.lock(MutedPads::IfMissing::fail), 0);
     EXPECT_EQ(second.names(), Names{"input17"});
 }
 
-TEST_F(MutedPadsTest, AreClaimedAnewWhereTheirFolderWasTakenAway) {
+TEST_F(MutedPadsTest, AreLockedAgainIfTheFolderWasRemoved) {
     MutedPads mutedPads(runtime);
     ASSERT_EQ(mutedPads.add("input17"), 0);
     fs::remove_all(runtime);
@@ -185,12 +185,12 @@ TEST_F(MutedPadsTest, AreClaimedAnewWhereTheirFolderWasTakenAway) {
     EXPECT_EQ(MutedPads(runtime).lock(MutedPads::IfMissing::fail), EWOULDBLOCK);
 }
 
-TEST_F(MutedPadsTest, ThatNobodyHasMadeCanBeLeftUnmade) {
+TEST_F(MutedPadsTest, CanBeLockedWithoutCreatingTheFolder) {
     EXPECT_EQ(MutedPads(runtime).lock(MutedPads::IfMissing::fail), ENOENT);
     EXPECT_FALSE(fs::exists(runtime));
 }
 
-TEST_F(MutedPadsTest, ThatCannotBeMadeAreNoRecords) {
+TEST_F(MutedPadsTest, AreNotAddedIfTheFolderCannotBeCreated) {
     writeFile(runtime, "a file in the way");
     MutedPads mutedPads(runtime);
     EXPECT_EQ(mutedPads.add("input17"), ENOTDIR);

@@ -15,7 +15,7 @@ namespace kovra::helper {
 
 using Names = std::set<std::string>;
 
-// Two input devices, and a muter for them.
+// Two input devices and a muter.
 class MuterRig : public testing::Test {
   protected:
     MuterRig() {
@@ -27,10 +27,10 @@ class MuterRig : public testing::Test {
     const TempFolder folder;
     const std::string runtime = folder / "run";
     InputFolder computer;
-    const InhibitedAttribute inputs = computer.inputs();
+    const InhibitedAttribute attribute = computer.attribute();
     Loop loop;
     MutedPads mutedPads{runtime};
-    Muter muter{loop, mutedPads, inputs};
+    Muter muter{loop, mutedPads, attribute};
 };
 
 }  // namespace kovra::helper

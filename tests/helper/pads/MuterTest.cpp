@@ -15,14 +15,14 @@ using namespace std::chrono_literals;
 
 class MuterTest : public MuterRig {};
 
-TEST_F(MuterTest, MutesWhatItIsToldToAndNothingElse) {
+TEST_F(MuterTest, MutesTheGivenDevicesOnly) {
     muter.muteOnly({"input5"});
     EXPECT_TRUE(computer.isInhibited("input5"));
     EXPECT_TRUE(computer.isActive("input6"));
     EXPECT_EQ(recordedPads(), Names{"input5"});
 }
 
-TEST_F(MuterTest, GivesBackWhatIsNoLongerToBeMuted) {
+TEST_F(MuterTest, UnmutesDevicesThatAreNotGivenAnyMore) {
     muter.muteOnly({"input5", "input6"});
     muter.muteOnly({"input6"});
     EXPECT_TRUE(computer.isActive("input5"));
@@ -33,16 +33,16 @@ TEST_F(MuterTest, GivesBackWhatIsNoLongerToBeMuted) {
     EXPECT_EQ(recordedPads(), Names());
 }
 
-TEST_F(MuterTest, GivesBackWhatAProcessBeforeItHasLeft) {
+TEST_F(MuterTest, UnmutesWhatAnEarlierProcessHasLeft) {
     computer.plug("input5", "1\n");
     ASSERT_EQ(MutedPads(runtime).add("input5"), 0);
     MutedPads found(runtime);
-    Muter(loop, found, inputs).muteOnly({});
+    Muter(loop, found, attribute).muteOnly({});
     EXPECT_TRUE(computer.isActive("input5"));
     EXPECT_EQ(recordedPads(), Names());
 }
 
-TEST_F(MuterTest, LeavesAloneWhatSomebodyElseHasInhibited) {
+TEST_F(MuterTest, LeavesADeviceAloneThatAnotherProgramHasInhibited) {
     computer.plug("input5", "1\n");
     muter.muteOnly({"input5", "input6"});
     EXPECT_EQ(recordedPads(), Names{"input6"});
@@ -57,7 +57,7 @@ TEST_F(MuterTest, DoesNotMuteWhatItCannotRecord) {
     EXPECT_TRUE(computer.isActive("input5"));
 }
 
-TEST_F(MuterTest, SaysOnceThatItCannotRecord) {
+TEST_F(MuterTest, LogsOnceThatItCannotRecord) {
     writeFile(runtime, "a file in the way");
     computer.plug("input15");
     computer.plug("input16");
@@ -68,21 +68,21 @@ TEST_F(MuterTest, SaysOnceThatItCannotRecord) {
               "<4>input16 is not muted, since it cannot be recorded: Not a directory\n");
 }
 
-TEST_F(MuterTest, GivesBackAlsoWhenItsRecordsWereTakenAway) {
+TEST_F(MuterTest, UnmutesEvenIfTheListWasRemoved) {
     muter.muteOnly({"input5"});
     std::filesystem::remove_all(runtime);
     muter.muteOnly({});
     EXPECT_TRUE(computer.isActive("input5"));
 }
 
-TEST_F(MuterTest, ForgetsWhatIsGone) {
+TEST_F(MuterTest, RemovesADeviceThatIsGoneFromTheList) {
     muter.muteOnly({"input5"});
     computer.unplug("input5");
     muter.muteOnly({});
     EXPECT_EQ(recordedPads(), Names());
 }
 
-TEST_F(MuterTest, MutesADeviceThatCameBackUnderAnotherNumber) {
+TEST_F(MuterTest, MutesADeviceThatReturnsUnderAnotherNumber) {
     muter.muteOnly({"input5"});
     computer.unplug("input5");
     computer.plug("input7");
@@ -91,14 +91,14 @@ TEST_F(MuterTest, MutesADeviceThatCameBackUnderAnotherNumber) {
     EXPECT_EQ(recordedPads(), Names{"input7"});
 }
 
-TEST_F(MuterTest, SurvivesThatADeviceIsGoneBeforeItIsMuted) {
+TEST_F(MuterTest, IgnoresADeviceThatIsGoneBeforeItIsMuted) {
     computer.unplug("input5");
     muter.muteOnly({"input5", "input6"});
     EXPECT_TRUE(computer.isInhibited("input6"));
     EXPECT_EQ(recordedPads(), Names{"input6"});
 }
 
-TEST_F(MuterTest, MutesAgainWhatSomebodyElseHasGivenBack) {
+TEST_F(MuterTest, MutesADeviceAgainThatAnotherProgramHasUnmuted) {
     muter.muteOnly({"input5"});
     computer.plug("input5", "0\n");
     std::filesystem::remove_all(runtime);
@@ -107,7 +107,7 @@ TEST_F(MuterTest, MutesAgainWhatSomebodyElseHasGivenBack) {
     EXPECT_EQ(recordedPads(), Names{"input5"});
 }
 
-TEST_F(MuterTest, TakesBackTheRecordOfADeviceThatRefusesToBeMuted) {
+TEST_F(MuterTest, RemovesADeviceThatCannotBeMutedFromTheList) {
     computer.activateAndSeal("input5");
     muter.muteOnly({"input5", "input6"});
     EXPECT_TRUE(computer.isInhibited("input6"));
@@ -115,14 +115,14 @@ TEST_F(MuterTest, TakesBackTheRecordOfADeviceThatRefusesToBeMuted) {
     EXPECT_EQ(recordedPads(), Names{"input6"});
 }
 
-TEST_F(MuterTest, LeavesAloneADeviceThatDoesNotSayWhetherItIsInhibited) {
+TEST_F(MuterTest, LeavesADeviceAloneWhoseAttributeCannotBeRead) {
     computer.refuseWrites("input5");
     muter.muteOnly({"input5", "input6"});
     EXPECT_TRUE(computer.isInhibited("input6"));
     EXPECT_EQ(recordedPads(), Names{"input6"});
 }
 
-TEST_F(MuterTest, TriesAgainToGiveBackWhatADriverRefuses) {
+TEST_F(MuterTest, RetriesToUnmuteADeviceWhoseDriverRefuses) {
     muter.muteOnly({"input5", "input6"});
     computer.refuseWrites("input5");
     muter.muteOnly({});
@@ -135,7 +135,7 @@ TEST_F(MuterTest, TriesAgainToGiveBackWhatADriverRefuses) {
     EXPECT_EQ(recordedPads(), Names());
 }
 
-TEST_F(MuterTest, StopsTryingWhenTheDeviceIsToBeMutedAgain) {
+TEST_F(MuterTest, StopsRetryingWhenTheDeviceIsToBeMutedAgain) {
     muter.muteOnly({"input5"});
     computer.refuseWrites("input5");
     muter.muteOnly({});
@@ -146,7 +146,7 @@ TEST_F(MuterTest, StopsTryingWhenTheDeviceIsToBeMutedAgain) {
     EXPECT_EQ(recordedPads(), Names{"input5"});
 }
 
-TEST_F(MuterTest, StopsTryingWhenTheDeviceIsGone) {
+TEST_F(MuterTest, StopsRetryingWhenTheDeviceIsGone) {
     muter.muteOnly({"input5"});
     computer.refuseWrites("input5");
     muter.muteOnly({});

@@ -18,7 +18,7 @@ struct Known {
 
 void PrintTo(const Known& known, std::ostream* out) { *out << known.what; }
 
-// As udev 252 tells of them: it says nothing of the integration of what is on I2C.
+// Devices with the properties that udev 252 sets. It does not set the integration of devices on I2C.
 const std::vector<Known> knownDevices{
     {"Synaptics pad on PS/2",
      {.name = "SynPS/2 Synaptics TouchPad",
@@ -34,7 +34,7 @@ const std::vector<Known> knownDevices{
       .bus = BUS_I8042,
       .vendor = 0x0002},
      true},
-    {"ELAN pad on PS/2 where udev says nothing",
+    {"ELAN pad on PS/2 without a property of udev",
      {.name = "ETPS/2 Elantech Touchpad", .isTouchpad = true, .bus = BUS_I8042, .vendor = 0x0002},
      true},
     {"ELAN pad on I2C by its own driver",
@@ -58,10 +58,10 @@ const std::vector<Known> knownDevices{
       .vendor = 0x05ac,
       .port = UsbPort::fixed},
      true},
-    {"Apple's pad on USB, in a port that nothing is known of",
+    {"Apple's pad on USB, in a port that the kernel does not know",
      {.name = "bcm5974", .isTouchpad = true, .integration = "internal", .bus = BUS_USB, .vendor = 0x05ac},
      true},
-    {"Wacom's pad in a fixed port, which udev takes for external",
+    {"Wacom's pad in a fixed port, which udev calls external",
      {.name = "Wacom Touch Pad",
       .isTouchpad = true,
       .integration = "external",
@@ -76,7 +76,7 @@ const std::vector<Known> knownDevices{
       .bus = BUS_BLUETOOTH,
       .vendor = 0x05ac},
      false},
-    {"Magic Trackpad by Bluetooth where udev says nothing",
+    {"Magic Trackpad by Bluetooth without a property of udev",
      {.name = "Apple Magic Trackpad", .isTouchpad = true, .bus = BUS_BLUETOOTH, .vendor = 0x004c},
      false},
     {"Magic Trackpad by Bluetooth, whose adapter is built in",
@@ -93,7 +93,7 @@ const std::vector<Known> knownDevices{
       .bus = BUS_USB,
       .vendor = 0x05ac},
      false},
-    {"Magic Trackpad by USB, in a port of the case",
+    {"Magic Trackpad by USB, in a removable port",
      {.name = "Apple Inc. Magic Trackpad",
       .isTouchpad = true,
       .integration = "external",
@@ -108,20 +108,20 @@ const std::vector<Known> knownDevices{
       .bus = BUS_USB,
       .vendor = 0x046d},
      false},
-    {"Logitech T650 where udev says nothing",
+    {"Logitech T650 without a property of udev",
      {.name = "Logitech Rechargeable Touchpad T650", .isTouchpad = true, .bus = BUS_USB, .vendor = 0x046d},
      false},
-    {"Wacom Bamboo where udev says nothing",
+    {"Wacom Bamboo without a property of udev",
      {.name = "Wacom Bamboo 2FG 4x5 Finger", .isTouchpad = true, .bus = BUS_USB, .vendor = 0x056a},
      false},
-    {"a keyboard cover's pad that udev knows to be one",
+    {"a keyboard cover's pad, which udev calls external",
      {.name = "ALPS HP Elite x2 Touchpad",
       .isTouchpad = true,
       .integration = "external",
       .bus = BUS_USB,
       .vendor = 0x044e},
      false},
-    {"an unknown pad by USB that udev takes for built in, in a port of the case",
+    {"an unknown pad by USB that udev calls internal, in a removable port",
      {.name = "HTX HID Device Touchpad",
       .isTouchpad = true,
       .integration = "internal",
@@ -129,7 +129,7 @@ const std::vector<Known> knownDevices{
       .vendor = 0x1a86,
       .port = UsbPort::removable},
      false},
-    {"a pad of which udev says what this program has never heard of",
+    {"a pad with an integration that this program does not know",
      {.name = "SYNA8004:00 06CB:CD8B Touchpad", .isTouchpad = true, .integration = "both", .bus = BUS_I2C},
      true},
     {"a pad of another seat",
@@ -139,10 +139,10 @@ const std::vector<Known> knownDevices{
       .bus = BUS_I8042,
       .seat = "seat1"},
      false},
-    {"a touchpad that a program plays, whatever bus it names",
+    {"a virtual touchpad",
      {.name = "Remote touchpad", .isTouchpad = true, .bus = BUS_VIRTUAL, .isVirtual = true},
      false},
-    {"a touchpad that a program plays, which udev takes for built in",
+    {"a virtual touchpad that udev calls internal",
      {.name = "Remote touchpad", .isTouchpad = true, .integration = "internal", .bus = BUS_I8042, .isVirtual = true},
      false},
     {"ThinkPad's trackpoint",
@@ -158,7 +158,7 @@ const std::vector<Known> knownDevices{
 
 class PadRulesKnownDevicesTest : public testing::TestWithParam<Known> {};
 
-TEST_P(PadRulesKnownDevicesTest, KnownDevicesMuteBuiltInPadsAlone) {
+TEST_P(PadRulesKnownDevicesTest, AreBuiltInPadsOrNot) {
     EXPECT_EQ(isBuiltInPad(GetParam().device), GetParam().isBuiltIn);
 }
 
@@ -179,12 +179,12 @@ const InputProperties twin{.input = "input4",
                            .vendor = 0x06cb,
                            .hid = "0018:06CB:CD8B.0001"};
 
-TEST(PadRulesTest, MuteThePadWithItsTwinWhicheverComesFirst) {
+TEST(PadRulesTest, MuteThePadAndItsTwinInAnyOrder) {
     EXPECT_EQ(inputsToMute({pad, twin}), (Inputs{"input4", "input5"}));
     EXPECT_EQ(inputsToMute({twin, pad}), (Inputs{"input4", "input5"}));
 }
 
-TEST(PadRulesTest, LeaveAMouseAloneThatOnlySharesTheNameOrTheMaker) {
+TEST(PadRulesTest, LeaveAMouseAloneThatOnlySharesNameAndVendor) {
     InputProperties other = twin;
     other.hid = "0018:06CB:CD8B.0002";
     EXPECT_EQ(inputsToMute({pad, other}), Inputs{"input5"});
@@ -200,16 +200,15 @@ struct Mouse {
     bool isTwin;
 };
 
-TEST(PadRulesTest, LeaveAPointingStickAloneThatIsAPartOfThePad) {
+TEST(PadRulesTest, LeaveAPointingStickOfThePadsDeviceAlone) {
     for (const Mouse& mouse : {
-             Mouse{"a twin on I2C, which udev takes for a stick", BUS_I2C, true, false, false, true},
-             Mouse{"a stick on I2C, by its buttons", BUS_I2C, true, false, true, false},
-             Mouse{"a stick on I2C, by its driver", BUS_I2C, true, true, false, false},
-             Mouse{"a twin on I2C with a wheel to press, where udev knows it for none", BUS_I2C, false, false, true,
-                   true},
+             Mouse{"a twin on I2C that udev tags as a stick", BUS_I2C, true, false, false, true},
+             Mouse{"a stick on I2C with a middle button", BUS_I2C, true, false, true, false},
+             Mouse{"a stick on I2C whose driver reports it", BUS_I2C, true, true, false, false},
+             Mouse{"a twin on I2C with a middle button that udev does not tag", BUS_I2C, false, false, true, true},
              Mouse{"a twin on USB", BUS_USB, false, false, false, true},
              Mouse{"a stick on USB", BUS_USB, true, false, false, false},
-             Mouse{"a stick on USB that its driver knows", BUS_USB, true, true, true, false},
+             Mouse{"a stick on USB whose driver reports it", BUS_USB, true, true, true, false},
          }) {
         InputProperties own = pad;
         own.bus = mouse.bus;
@@ -237,7 +236,7 @@ TEST(PadRulesTest, LeaveTheTwinOfAnExternalPadAlone) {
     EXPECT_EQ(inputsToMute({external, twin}), Inputs{});
 }
 
-TEST(PadRulesTest, TakeNoMouseForATwinOfAPadThatIsNoHidDevice) {
+TEST(PadRulesTest, AssignNoTwinToAPadThatIsNoHidDevice) {
     InputProperties wired = pad;
     wired.hid = "";
     InputProperties mouse = twin;

@@ -13,7 +13,7 @@ namespace {
 
 using Inputs = std::vector<std::string>;
 
-// As udev tags pointing sticks, and every mouse on I2C.
+// Adds the property that udev sets for pointing sticks, and on I2C for every mouse.
 MockInput tagged(MockInput mouse) {
     mouse.properties += "ID_INPUT_POINTINGSTICK=1\n";
     return mouse;
@@ -21,7 +21,7 @@ MockInput tagged(MockInput mouse) {
 
 class TouchpadsTest : public testing::Test {
   protected:
-    // Nothing more is to come once what was told before was dealt with.
+    // Handles all events so far.
     void settle() { runFor(loop, std::chrono::milliseconds(20)); }
     Inputs present() { return Touchpads(loop).inputs(); }
 
@@ -35,15 +35,15 @@ TEST_F(TouchpadsTest, AreFoundAtTheStartWithTheirTwins) {
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
-TEST_F(TouchpadsTest, AreNoneOnAComputerWithoutAny) {
+TEST_F(TouchpadsTest, AreNoneOnAComputerWithoutTouchpads) {
     computer.addDevice({.input = "input1", .name = "Power Button", .properties = "ID_INPUT=1\nID_INPUT_KEY=1\n"});
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(TouchpadsTest, AreToldOfWhenTheyComeAndGo) {
+TEST_F(TouchpadsTest, AreReportedWhenTheyAppearAndDisappear) {
     Touchpads touchpads(loop);
-    int told = 0;
-    touchpads.onChange = [&] { ++told; };
+    int changes = 0;
+    touchpads.onChange = [&] { ++changes; };
     computer.plug(pad);
     EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs() == Inputs{"input5"}; }));
     computer.plug(twin);
@@ -51,7 +51,7 @@ TEST_F(TouchpadsTest, AreToldOfWhenTheyComeAndGo) {
     computer.unplug("input5");
     EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs().empty(); }));
     settle();
-    EXPECT_EQ(told, 3);
+    EXPECT_EQ(changes, 3);
 }
 
 TEST_F(TouchpadsTest, AreFoundUnderTheirNewNumber) {
@@ -64,11 +64,11 @@ TEST_F(TouchpadsTest, AreFoundUnderTheirNewNumber) {
     EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs() == Inputs{"input9"}; }));
 }
 
-TEST_F(TouchpadsTest, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
+TEST_F(TouchpadsTest, AreNotReportedAgainWhenOtherDevicesChange) {
     computer.addDevice(pad);
     Touchpads touchpads(loop);
-    int told = 0;
-    touchpads.onChange = [&] { ++told; };
+    int changes = 0;
+    touchpads.onChange = [&] { ++changes; };
     computer.plug({.input = "input7",
                    .name = "Logitech USB Optical Mouse",
                    .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
@@ -77,23 +77,23 @@ TEST_F(TouchpadsTest, AreNotToldOfAgainWhenOtherDevicesComeAndGo) {
     computer.unplug("input7");
     computer.sendEvent("input5", "change");
     settle();
-    EXPECT_EQ(told, 0);
+    EXPECT_EQ(changes, 0);
     EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
 }
 
-TEST_F(TouchpadsTest, ThatNobodyWasToldOfAreFoundByALook) {
+TEST_F(TouchpadsTest, WithoutAnEventAreFoundByARescan) {
     Touchpads touchpads(loop);
-    int told = 0;
-    touchpads.onChange = [&] { ++told; };
+    int changes = 0;
+    touchpads.onChange = [&] { ++changes; };
     computer.addDevice(pad);
     settle();
     EXPECT_EQ(touchpads.inputs(), Inputs());
     touchpads.rescan();
     EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(changes, 1);
 }
 
-TEST_F(TouchpadsTest, AreJudgedByThePortTheyAreIn) {
+TEST_F(TouchpadsTest, InARemovablePortAreExternal) {
     const std::string built = computer.plugUsb("/devices/pci0000:00/usb1", "1-5", "fixed");
     const std::string free = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
     computer.addDevice({.input = "input5", .name = "bcm5974", .bus = "0003", .parent = built});
@@ -101,21 +101,21 @@ TEST_F(TouchpadsTest, AreJudgedByThePortTheyAreIn) {
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
-TEST_F(TouchpadsTest, OnAHubThatCanBePulledOutAreExternal) {
+TEST_F(TouchpadsTest, BehindARemovableHubAreExternal) {
     const std::string hub = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
     const std::string inside = computer.plugUsb(hub, "1-6.1", "fixed");
     computer.addDevice({.input = "input5", .name = "Keyboard with a pad", .bus = "0003", .parent = inside});
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(TouchpadsTest, ByBluetoothAreExternalThoughTheAdapterIsBuiltIn) {
+TEST_F(TouchpadsTest, ByBluetoothAreExternalEvenIfTheAdapterIsBuiltIn) {
     const std::string adapter = computer.plugUsb("/devices/pci0000:00/usb1", "1-7", "fixed");
     computer.addDevice(
         {.input = "input5", .name = "Apple Magic Trackpad", .bus = "0005", .vendor = "05ac", .parent = adapter});
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(TouchpadsTest, ThatUdevKnowsToBeExternalAreLeftAlone) {
+TEST_F(TouchpadsTest, ThatUdevCallsExternalAreLeftAlone) {
     MockInput external = pad;
     external.properties += "ID_INPUT_TOUCHPAD_INTEGRATION=external\n";
     computer.addDevice(external);
@@ -123,7 +123,7 @@ TEST_F(TouchpadsTest, ThatUdevKnowsToBeExternalAreLeftAlone) {
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(TouchpadsTest, ThatAProgramPlaysAreLeftAlone) {
+TEST_F(TouchpadsTest, ThatAreVirtualAreLeftAlone) {
     computer.addDevice({.input = "input5", .name = "Remote touchpad", .bus = "0006", .parent = "/devices/virtual"});
     EXPECT_EQ(present(), Inputs());
 }
@@ -135,7 +135,7 @@ TEST_F(TouchpadsTest, OfAnotherSeatAreLeftAlone) {
     EXPECT_EQ(present(), Inputs());
 }
 
-TEST_F(TouchpadsTest, LeaveThePointingStickOfTheirDeviceAlone) {
+TEST_F(TouchpadsTest, DoNotIncludeThePointingStickOfTheirDevice) {
     MockInput onUsb = pad;
     onUsb.bus = "0003";
     MockInput stick = tagged(twin);
@@ -145,13 +145,13 @@ TEST_F(TouchpadsTest, LeaveThePointingStickOfTheirDeviceAlone) {
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
-TEST_F(TouchpadsTest, HaveATwinOnI2CAlthoughUdevTakesEveryMouseThereForAPointingStick) {
+TEST_F(TouchpadsTest, HaveATwinOnI2CAlthoughUdevTagsItAsAPointingStick) {
     computer.addDevice(pad);
     computer.addDevice(tagged(twin));
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
-TEST_F(TouchpadsTest, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) {
+TEST_F(TouchpadsTest, DoNotIncludeAStickOnI2CThatHasAMiddleButton) {
     MockInput stick = tagged(twin);
     stick.keys = "70000 0 0 0 0";
     computer.addDevice(pad);
@@ -159,7 +159,7 @@ TEST_F(TouchpadsTest, LeaveAloneOnI2CThePointingStickWhoseDriverDoesNotSaySo) {
     EXPECT_EQ(present(), Inputs{"input5"});
 }
 
-TEST_F(TouchpadsTest, TakeNoOtherKeyOfATwinForAMiddleButton) {
+TEST_F(TouchpadsTest, HaveATwinWhoseOtherKeysAreNoMiddleButton) {
     MockInput mouse = tagged(twin);
     mouse.keys = "40000 30000 0 0 0 40000";
     computer.addDevice(pad);
@@ -167,7 +167,7 @@ TEST_F(TouchpadsTest, TakeNoOtherKeyOfATwinForAMiddleButton) {
     EXPECT_EQ(present(), (Inputs{"input4", "input5"}));
 }
 
-TEST_F(TouchpadsTest, LeaveAloneOnI2CWhatItsDriverKnowsToBeAPointingStick) {
+TEST_F(TouchpadsTest, DoNotIncludeAStickOnI2CThatItsDriverReports) {
     MockInput stick = tagged(twin);
     stick.driverProperties = "21";
     computer.addDevice(pad);

@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-TEST(ActiveUserTest, IsTheOneOfALocalSessionOfTheirOwnInTheForeground) {
+TEST(ActiveUserTest, OwnsALocalActiveSessionOfClassUser) {
     const ForegroundSession session{1000, "user", "active", false};
     EXPECT_EQ(userAtTheMachine(session), 1000U);
     EXPECT_EQ(userAtTheMachine(std::nullopt), std::nullopt);
@@ -32,8 +32,8 @@ TEST(ActiveUserTest, IsTheOneOfALocalSessionOfTheirOwnInTheForeground) {
     EXPECT_EQ(userAtTheMachine(ForegroundSession{0, "user", "active", false}), 0U);
 }
 
-// The files that a login manager keeps, in the /run of a machine of the test's own, each replaced in one step as it
-// does.
+// Writes the files of a login manager into the /run of a private machine. Like a login manager, it replaces each file
+// atomically.
 class LoginManager {
   public:
     LoginManager() {
@@ -63,13 +63,13 @@ class LoginManager {
     }
 };
 
-// Somebody who listens to who is at the machine.
+// Counts the notifications of changes.
 class Listener {
   public:
     Listener() {
         user.onChange = [this] { ++changes_; };
     }
-    // Whether it comes to be so, with one call for it.
+    // Whether this becomes the user at the machine, with exactly one notification.
     bool becomes(std::optional<uid_t> expected) {
         const auto end = std::chrono::steady_clock::now() + 10s;
         while (changes_ == 0 && std::chrono::steady_clock::now() < end) runFor(1ms);
@@ -81,7 +81,7 @@ class Listener {
         runFor(50ms);
         return changes_ == 0;
     }
-    // What there was to read has been read: the loop does not go round.
+    // Whether all events have been read, so that the loop does not spin.
     bool sleeps() {
         const auto used = [] {
             timespec time{};
@@ -107,7 +107,7 @@ class Listener {
     ActiveUser user{loop_};
 };
 
-TEST(ActiveUserTest, IsKnownFromTheStartAndFollowsEachSwitch) {
+TEST(ActiveUserTest, IsKnownAtTheStartAndFollowsEachSwitch) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         manager.session("1", 1000);
@@ -132,7 +132,7 @@ TEST(ActiveUserTest, IsKnownFromTheStartAndFollowsEachSwitch) {
     });
 }
 
-TEST(ActiveUserTest, IsNobodyAsSoonAsTheirSessionIsOnItsWayOutOrGone) {
+TEST(ActiveUserTest, IsNoUserOnceTheSessionIsClosingOrGone) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         manager.session("1", 1000);
@@ -148,12 +148,12 @@ TEST(ActiveUserTest, IsNobodyAsSoonAsTheirSessionIsOnItsWayOutOrGone) {
     });
 }
 
-TEST(ActiveUserTest, IsNoticedThroughFilesThatAreDamagedOrNotThere) {
+TEST(ActiveUserTest, IsFoundAfterFilesWereMissingOrDamaged) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         Listener listener;
         EXPECT_EQ(listener.user.current(), std::nullopt);
-        manager.foreground("1", 1000);  // a session that is not written down yet
+        manager.foreground("1", 1000);  // a session without a file
         EXPECT_TRUE(listener.staysSilent());
         writeFile("/run/systemd/sessions/1", "UID=many\nSTATE\n\0\n");
         manager.foreground("1", 1000);
@@ -165,7 +165,7 @@ TEST(ActiveUserTest, IsNoticedThroughFilesThatAreDamagedOrNotThere) {
     });
 }
 
-TEST(ActiveUserTest, IsNotToldAnewWhereItIsTheSameOne) {
+TEST(ActiveUserTest, IsNotReportedAgainIfUnchanged) {
     inPrivateMachine([](uid_t) {
         LoginManager manager;
         manager.session("1", 1000);

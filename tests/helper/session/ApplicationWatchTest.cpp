@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A process with a name and a user that does nothing, until it goes.
+// A child process with this name and user, which sleeps until it is killed.
 class Process {
   public:
     explicit Process(const std::string& name, uid_t real, uid_t effective) {
@@ -48,7 +48,7 @@ class Process {
     }
 
     void signal(int which) const { ::kill(number_, which); }
-    // It has ended, and nobody has asked how yet.
+    // Kills the process, which stays a zombie.
     void kill() const {
         signal(SIGKILL);
         siginfo_t how{};
@@ -67,12 +67,12 @@ class Rig {
             loop_.stop();
         };
     }
-    bool endIsTold() {
+    bool gotEnd() {
         runFor(10s);
         return std::exchange(ends_, 0) == 1;
     }
-    bool staysSilent() { return staysSilentFor(50ms); }
-    bool staysSilentFor(std::chrono::milliseconds time) {
+    bool gotNothing() { return gotNothingFor(50ms); }
+    bool gotNothingFor(std::chrono::milliseconds time) {
         runFor(time);
         return ends_ == 0;
     }
@@ -90,7 +90,7 @@ class Rig {
     ApplicationWatch watch{loop_};
 };
 
-TEST(ApplicationWatchTest, TellsTheEndOfTheUsersApplicationAtOnceHoweverItEnds) {
+TEST(ApplicationWatchTest, ReportsTheEndOfTheApplicationHoweverItEnds) {
     inPrivateMachine([](uid_t user) {
         for (const int signal : {SIGKILL, SIGTERM, SIGABRT}) {
             Rig rig;
@@ -98,31 +98,31 @@ TEST(ApplicationWatchTest, TellsTheEndOfTheUsersApplicationAtOnceHoweverItEnds) 
             const Process application(user);
             EXPECT_TRUE(rig.watch.isRunning(user));
             EXPECT_TRUE(rig.watch.isRunning(user));
-            EXPECT_TRUE(rig.staysSilent());
+            EXPECT_TRUE(rig.gotNothing());
             application.signal(signal);
-            EXPECT_TRUE(rig.endIsTold());
-            EXPECT_FALSE(rig.watch.isRunning(user));  // nor while nobody has asked for its end
-            EXPECT_TRUE(rig.staysSilent());
+            EXPECT_TRUE(rig.gotEnd());
+            EXPECT_FALSE(rig.watch.isRunning(user));  // a zombie has ended
+            EXPECT_TRUE(rig.gotNothing());
         }
     });
 }
 
-TEST(ApplicationWatchTest, GoesOnWithAnotherApplicationOfThatUser) {
+TEST(ApplicationWatchTest, WatchesAnotherApplicationOfTheUserNext) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process one(user);
         const Process other(user);
         EXPECT_TRUE(rig.watch.isRunning(user));
         one.kill();
-        EXPECT_TRUE(rig.staysSilent());
+        EXPECT_TRUE(rig.gotNothing());
         EXPECT_TRUE(rig.watch.isRunning(user));
         other.kill();
-        EXPECT_TRUE(rig.endIsTold());
+        EXPECT_TRUE(rig.gotEnd());
         EXPECT_FALSE(rig.watch.isRunning(user));
     });
 }
 
-TEST(ApplicationWatchTest, TakesNoOtherNameForIt) {
+TEST(ApplicationWatchTest, IgnoresProcessesWithOtherNames) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         for (const std::string name : {"ble-kovra-ui", "ble-kovra-helper", "ble-kovr", "xble-kovra", "BLE-kovra", ""}) {
@@ -132,7 +132,7 @@ TEST(ApplicationWatchTest, TakesNoOtherNameForIt) {
     });
 }
 
-TEST(ApplicationWatchTest, TakesNobodyElsesForTheUsers) {
+TEST(ApplicationWatchTest, IgnoresApplicationsOfOtherUsers) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
@@ -141,9 +141,9 @@ TEST(ApplicationWatchTest, TakesNobodyElsesForTheUsers) {
         EXPECT_FALSE(rig.watch.isRunning(bob));
         EXPECT_FALSE(rig.watch.isRunning(user + 1));
         application.kill();
-        EXPECT_TRUE(rig.staysSilent());
-        if (user == 0) return;  // the only number there is here
-        // Neither one that acts for somebody else nor one that somebody else acts through.
+        EXPECT_TRUE(rig.gotNothing());
+        if (user == 0) return;  // the only user of the user namespace
+        // The real and the effective user must both be this user.
         const Process actsForRoot("ble-kovra", bob, 0);
         const Process rootActs("ble-kovra", 0, bob);
         EXPECT_FALSE(rig.watch.isRunning(bob));
@@ -151,32 +151,32 @@ TEST(ApplicationWatchTest, TakesNobodyElsesForTheUsers) {
     });
 }
 
-TEST(ApplicationWatchTest, OneThatIsStoppedLivesAndOneThatIsNotBuriedYetDoesNot) {
+TEST(ApplicationWatchTest, CountsAStoppedProcessAsRunningAndAZombieAsEnded) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
         application.signal(SIGSTOP);
         EXPECT_TRUE(rig.watch.isRunning(user));
-        EXPECT_TRUE(rig.staysSilent());
+        EXPECT_TRUE(rig.gotNothing());
         application.kill();
-        EXPECT_TRUE(rig.endIsTold());
+        EXPECT_TRUE(rig.gotEnd());
         EXPECT_FALSE(rig.watch.isRunning(user));
     });
 }
 
-TEST(ApplicationWatchTest, ForgetsTheOneThatItHeld) {
+TEST(ApplicationWatchTest, DoesNotReportTheEndAfterARelease) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const Process application(user);
         EXPECT_TRUE(rig.watch.isRunning(user));
         rig.watch.release();
         application.kill();
-        EXPECT_TRUE(rig.staysSilent());
+        EXPECT_TRUE(rig.gotNothing());
         EXPECT_FALSE(rig.watch.isRunning(user));
     });
 }
 
-TEST(ApplicationWatchTest, LetsGoOfOneThatHasBecomeAnotherProgram) {
+TEST(ApplicationWatchTest, ReleasesAProcessThatHasBecomeAnotherProgram) {
     inPrivateMachine([](uid_t user) {
         ::prctl(PR_SET_NAME, "ble-kovra");
         Rig rig;
@@ -188,10 +188,10 @@ TEST(ApplicationWatchTest, LetsGoOfOneThatHasBecomeAnotherProgram) {
     });
 }
 
-// The next process gets this number.
+// Gives the next process this number.
 void numberNext(pid_t number) { writeFile("/proc/sys/kernel/ns_last_pid", std::to_string(number - 1)); }
 
-TEST(ApplicationWatchTest, HoldsTheApplicationAndNotTheProgramThatItIsJustStarting) {
+TEST(ApplicationWatchTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         int becomes[2];
@@ -200,7 +200,7 @@ TEST(ApplicationWatchTest, HoldsTheApplicationAndNotTheProgramThatItIsJustStarti
         const pid_t application = ::fork();
         if (application == 0) {
             ::prctl(PR_SET_NAME, "ble-kovra");
-            numberNext(400);  // found before the application, in the list of processes
+            numberNext(400);  // comes before the application in the list of processes
             const pid_t started = ::fork();
             if (::setresuid(user, user, user) != 0) ::_exit(1);
             if (started == 0) {
@@ -223,12 +223,12 @@ TEST(ApplicationWatchTest, HoldsTheApplicationAndNotTheProgramThatItIsJustStarti
         EXPECT_EQ(::write(becomes[1], "x", 1), 1);
         ASSERT_TRUE(is(400, "xdg-open"));
         ::kill(application, SIGKILL);
-        EXPECT_TRUE(rig.endIsTold());
+        EXPECT_TRUE(rig.gotEnd());
     });
 }
 
-// The application, stopped by the kernel in the middle of starting a program: that one has the application's name and
-// memory until it is told to become what it is.
+// An application that is suspended by vfork() while it starts a program. The child has the application's name and
+// memory until executeProgram().
 class ApplicationThatStartsAProgram {
   public:
     explicit ApplicationThatStartsAProgram(uid_t user) {
@@ -258,39 +258,39 @@ class ApplicationThatStartsAProgram {
         ::kill(number_, SIGKILL);
         EXPECT_EQ(::waitpid(number_, nullptr, 0), number_);
     }
-    void letTheProgramBecomeItself() const { EXPECT_EQ(::write(becomes_.number(), "x", 1), 1); }
+    void executeProgram() const { EXPECT_EQ(::write(becomes_.number(), "x", 1), 1); }
 
   private:
     pid_t number_ = -1;
     Descriptor becomes_;
 };
 
-TEST(ApplicationWatchTest, DoesNotTakeForTheApplicationForLongTheProgramThatItWasStartingWhenItWasKilled) {
+TEST(ApplicationWatchTest, RecognizesTheProgramThatAKilledApplicationWasStarting) {
     inPrivateMachine([](uid_t user) {
-        // It is another program before it is looked at again, or only after that, where it has to come off a slow disk.
+        // The program is executed before the first check or, as from a slow disk, after it.
         for (const auto delay : {10ms, 400ms}) {
             Rig rig;
             const ApplicationThatStartsAProgram application(user);
             EXPECT_TRUE(rig.watch.isRunning(user));
             application.kill();
-            EXPECT_TRUE(rig.staysSilentFor(delay));
-            application.letTheProgramBecomeItself();
-            EXPECT_TRUE(rig.endIsTold());
+            EXPECT_TRUE(rig.gotNothingFor(delay));
+            application.executeProgram();
+            EXPECT_TRUE(rig.gotEnd());
             EXPECT_FALSE(rig.watch.isRunning(user));
         }
     });
 }
 
-TEST(ApplicationWatchTest, LooksNoMoreForWhomItHasForgotten) {
+TEST(ApplicationWatchTest, DoesNotCheckAgainAfterARelease) {
     inPrivateMachine([](uid_t user) {
         Rig rig;
         const ApplicationThatStartsAProgram application(user);
         EXPECT_TRUE(rig.watch.isRunning(user));
         application.kill();
-        EXPECT_TRUE(rig.staysSilentFor(10ms));
+        EXPECT_TRUE(rig.gotNothingFor(10ms));
         rig.watch.release();
-        application.letTheProgramBecomeItself();
-        EXPECT_TRUE(rig.staysSilentFor(300ms));
+        application.executeProgram();
+        EXPECT_TRUE(rig.gotNothingFor(300ms));
     });
 }
 

@@ -9,7 +9,7 @@
 namespace kovra::helper {
 namespace {
 
-TEST(ProcessStatusTest, IsReadOffTheKernelsText) {
+TEST(ProcessStatusTest, IsParsedFromTheKernelsText) {
     const auto status = parseProcessStatus(
         "Name:\tble-kovra\nUmask:\t0022\nState:\tS (sleeping)\nTgid:\t77\nPid:\t77\nPPid:\t12\nTracerPid:\t0\n"
         "Uid:\t1000\t1001\t1002\t1003\nGid:\t5\t6\t7\t8\n");
@@ -20,7 +20,7 @@ TEST(ProcessStatusTest, IsReadOffTheKernelsText) {
     EXPECT_EQ(status->effectiveUser, 1001U);
 }
 
-TEST(ProcessStatusTest, OfADamagedTextIsNone) {
+TEST(ProcessStatusTest, IsEmptyForADamagedText) {
     for (const std::string text :
          {"", "\n\n", "Name:\tble-kovra\n", "Name:\tx\nPPid:\t1\nUid:\n", "Uid:\t1\t1\nPPid:\t1\n",
           "Name:\tx\nPPid:\tone\nUid:\t1\t1\n", "Name:\tx\nPPid:\t1\nUid:\t1\n",
@@ -29,7 +29,7 @@ TEST(ProcessStatusTest, OfADamagedTextIsNone) {
     }
 }
 
-TEST(ProcessStatusTest, IsNotTakenInByANameThatLooksLikeMoreLines) {
+TEST(ProcessStatusTest, IsNotConfusedByANameThatLooksLikeFurtherLines) {
     ::prctl(PR_SET_NAME, "x\nUid:\t1\t1");
     const auto status = processStatus(::getpid());
     ::prctl(PR_SET_NAME, "test_helper");
