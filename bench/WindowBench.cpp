@@ -19,6 +19,13 @@
 namespace kovra {
 namespace {
 
+// Nobody is at the window.
+struct NoActions : UserActions {
+    std::uint64_t changed(std::vector<std::string>, std::variant<bool, std::string>) override { return 0; }
+    void followed(std::vector<std::string>) override {}
+    void scrolled() override {}
+};
+
 // The settings window without its frame, on a screen in memory.
 class OpenWindow {
   public:
@@ -57,7 +64,8 @@ class OpenWindow {
     mutable AppState state_{preferences_};
     L10n texts_{{"en"}};
     Surface surface_;
-    ViewRealiser view_{surface_};
+    NoActions actions_;
+    ViewRealiser view_{surface_, actions_};
 };
 
 void OneChangeOf200Devices(benchmark::State& state) {

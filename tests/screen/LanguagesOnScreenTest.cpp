@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFontMetrics>
 #include <QLabel>
+#include <optional>
 #include <set>
 #include <string>
 #include <variant>
@@ -88,7 +89,7 @@ TEST_P(LanguagesOnScreenTest, TheSettingsWindowSaysWhatTheTablesSay) {
                             .place = {},
                             .heard = 0,
                             .content = computer.windows.shown};
-            ViewWindow window;
+            ViewWindow window([](const ToResident&) {});
             window.showWindow(crossed(told));
             QCoreApplication::processEvents();
             Texts wanted{supportAddress};
@@ -125,7 +126,7 @@ TEST_P(LanguagesOnScreenTest, TheAlertsSayWhatTheTablesSayAndNothingOfThemIsCut)
                                         {"BLE-kovra 1.0", expected(language, "about.info"),
                                          expected(language, "about.ok"), expected(language, "about.contact")}};
         for (std::size_t each = 0; each < 2; ++each) {
-            AlertWindow window(shown.alerts[each].alert);
+            AlertWindow window(shown.alerts[each].alert, [](std::optional<std::size_t>) {});
             window.show();
             QCoreApplication::processEvents();
             EXPECT_EQ(read(window), wanted[each]);

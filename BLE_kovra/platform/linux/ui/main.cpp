@@ -1,21 +1,24 @@
-// The window process: shows what the resident program tells it over its socket, tells it what the user did, and ends
-// with the socket.
+// The window process: shows what the resident program sends over its socket, sends back what the user does, and ends
+// when the socket ends.
 
 #include <fcntl.h>
 #include <sys/socket.h>
 
 #include <QApplication>
+#include <QSocketNotifier>
 #include <iostream>
 #include <optional>
 #include <variant>
 
-#include "BLE_kovra/platform/linux/ui/Connection.h"
 #include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
 #include "BLE_kovra/platform/linux/ui/tray/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
 #include "BLE_kovra/platform/linux/ui/windows/AlertStack.h"
 #include "BLE_kovra/platform/linux/ui/windows/ViewWindow.h"
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+#include "BLE_kovra/platform/linux/wire/LineSocket.h"
 
+namespace kovra {
 namespace {
 
 bool isSocket(int descriptor) {
@@ -24,51 +27,66 @@ bool isSocket(int descriptor) {
     return ::getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &size) == 0;
 }
 
-}  // namespace
+void send(const ToResident& message) { sendLine(windowSocket, encode(message)); }
 
-int main(int argc, char** argv) {
-    if (!isSocket(kovra::windowSocket)) {
-        std::cerr << "ble-kovra-ui: запускается программой ble-kovra, а не вручную\n";
-        return 2;
+// Everything on the screen.
+class Screen {
+  public:
+    void operator()(const ShowTray& shown) {
+        if (!tray_) tray_.emplace(send);
+        tray_->show(shown);
     }
-    ::fcntl(kovra::windowSocket, F_SETFD, FD_CLOEXEC);
+    void operator()(const HideTray&) { tray_.reset(); }
+    void operator()(const PopUpMenu& request) { menu_.show(request); }
+    void operator()(const ShowWindow& shown) {
+        if (!window_) window_.emplace(send);
+        window_->showWindow(shown);
+    }
+    void operator()(const HideWindow&) {
+        if (window_) window_->hide();
+    }
+    void operator()(const ShowAlerts& shown) { alerts_.show(shown); }
 
+  private:
+    std::optional<TrayIcon> tray_;
+    std::optional<ViewWindow> window_;
+    RequestedMenu menu_{send};
+    AlertStack alerts_{send};
+};
+
+int run(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
     QCoreApplication::setApplicationName("BLE-kovra");
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setWindowIcon(kovra::windowIcon());
+    QApplication::setWindowIcon(windowIcon());
     QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // by which Wayland finds the icon
 
-    kovra::Connection connection(kovra::windowSocket);
-    std::optional<kovra::TrayIcon> tray;
-    const auto showTray = [&](const kovra::ShowTray& shown) {
-        if (!tray) {
-            tray.emplace();
-            tray->menu().onChosen = [&](std::size_t position) { connection.send(kovra::ItemChosen{position}); };
+    Screen screen;
+    LineReader reader(longestToWindow);
+    QSocketNotifier notifier(windowSocket, QSocketNotifier::Read);
+    QObject::connect(&notifier, &QSocketNotifier::activated, [&] {
+        const auto lines = receiveLines(windowSocket, reader);
+        if (!lines) {
+            notifier.setEnabled(false);
+            QCoreApplication::quit();
+            return;
         }
-        tray->show(shown);
-    };
-    std::optional<kovra::ViewWindow> window;
-    const auto showWindow = [&](const kovra::ShowWindow& shown) {
-        if (!window) {
-            window.emplace();
-            window->onAct = [&](const kovra::ToResident& act) { connection.send(act); };
+        for (const std::string& line : *lines) {
+            if (const auto message = decodeToWindow(line)) std::visit(screen, *message);
         }
-        window->showWindow(shown);
-    };
-    kovra::RequestedMenu menu;
-    menu.onClosed = [&](const kovra::MenuClosed& closed) { connection.send(closed); };
-    kovra::AlertStack alerts;
-    alerts.onAnswered = [&](const kovra::AlertAnswered& answered) { connection.send(answered); };
-    connection.onEnd = [] { QCoreApplication::quit(); };
-    connection.onMessage = [&](const kovra::ToWindow& message) {
-        if (const auto* shown = std::get_if<kovra::ShowTray>(&message)) showTray(*shown);
-        if (std::holds_alternative<kovra::HideTray>(message)) tray.reset();
-        if (const auto* request = std::get_if<kovra::PopUpMenu>(&message)) menu.show(*request);
-        if (const auto* shown = std::get_if<kovra::ShowWindow>(&message)) showWindow(*shown);
-        if (std::holds_alternative<kovra::HideWindow>(message) && window) window->hide();
-        if (const auto* shown = std::get_if<kovra::ShowAlerts>(&message)) alerts.show(*shown);
-    };
+    });
     return QCoreApplication::exec();
+}
+
+}  // namespace
+}  // namespace kovra
+
+int main(int argc, char** argv) {
+    if (!kovra::isSocket(kovra::windowSocket)) {
+        std::cerr << "ble-kovra-ui: запускается программой ble-kovra, а не вручную\n";
+        return 2;
+    }
+    ::fcntl(kovra::windowSocket, F_SETFD, FD_CLOEXEC);
+    return kovra::run(argc, argv);
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <variant>
@@ -134,5 +135,7 @@ struct QuitWanted {
 
 using ToResident = std::variant<ItemChosen, MenuClosed, ControlChanged, LinkFollowed, WindowPlaced, WindowClosed,
                                 AlertAnswered, QuitWanted>;
+
+using SendToResident = std::function<void(const ToResident& message)>;
 
 }  // namespace kovra

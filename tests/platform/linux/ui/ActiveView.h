@@ -14,6 +14,9 @@ namespace kovra {
 // A view in the active window, and the hands of its user.
 class ActiveView : public testing::Test {
   protected:
+    using Change = ViewRig::Change;
+    using Changes = std::vector<Change>;
+
     ActiveView() {
         rig.surface.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&rig.surface));

@@ -6,8 +6,11 @@
 #include <QRadioButton>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/ui/elements/LabelledButton.h"
@@ -18,12 +21,16 @@
 
 namespace kovra {
 
-// A view on a surface of the settings window's size, and what the user's doings were told as.
-class ViewRig {
+// A view on a surface of the settings window's size, and a record of the user's actions.
+class ViewRig : private UserActions {
   public:
+    struct Change {
+        std::vector<std::string> path;
+        std::variant<bool, std::string> value;
+        bool operator==(const Change&) const = default;
+    };
+
     ViewRig() {
-        view.onChanged = [this](const ControlChanged& change) { changes.push_back(change); };
-        view.onFollowed = [this](const LinkFollowed& link) { links.push_back(link); };
         surface.resize(pixels(440), pixels(480));
         surface.show();
     }
@@ -61,9 +68,17 @@ class ViewRig {
     QRect place(const std::string& text) const { return place(label(text)); }
 
     Surface surface;
-    ViewRealiser view{surface};
-    std::vector<ControlChanged> changes;
-    std::vector<LinkFollowed> links;
+    ViewRealiser view{surface, *this};
+    std::vector<Change> changes;
+    std::vector<std::vector<std::string>> links;  // the paths of those that were followed
+
+  private:
+    std::uint64_t changed(std::vector<std::string> path, std::variant<bool, std::string> value) override {
+        changes.push_back({std::move(path), std::move(value)});
+        return changes.size();
+    }
+    void followed(std::vector<std::string> path) override { links.push_back(std::move(path)); }
+    void scrolled() override {}
 };
 
 }  // namespace kovra

@@ -30,16 +30,14 @@ void scrollIntoSight(QWidget& widget, Qt::FocusReason reason);
 template <typename Button>
 class LabelledButton : public Button {
   public:
-    explicit LabelledButton(QWidget& parent) : Button(&parent) {
-        QObject::connect(this, &Button::clicked, this, [this] { onUse(); });
+    // Calls `onUse` when the user clicked or switched it, or pressed its key.
+    LabelledButton(QWidget& parent, const std::function<void()>& onUse) : Button(&parent) {
+        QObject::connect(this, &Button::clicked, this, onUse);
         // Screen readers switch it without a click.
-        QObject::connect(this, &Button::toggled, this, [this](bool isOn) {
+        QObject::connect(this, &Button::toggled, this, [this, onUse](bool isOn) {
             if (!isClicked_ && (isOn || isCheckBox)) onUse();
         });
     }
-
-    // The user clicked or switched it, or pressed its key.
-    std::function<void()> onUse = [] {};
 
     // Which is not the user's doing.
     void showChecked(bool isChecked) {

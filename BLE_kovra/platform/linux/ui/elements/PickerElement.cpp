@@ -43,8 +43,7 @@ void PickerElement::showKind(const View& view, const TextStyle& style, std::uint
 void PickerElement::makeButtons() {
     buttons_.clear();
     for (const Picker::Option& option : picker_.options) {
-        buttons_.push_back(std::make_unique<RadioButton>(*group_));
-        buttons_.back()->onUse = [this, tag = option.tag] { userChose(tag); };
+        buttons_.push_back(std::make_unique<RadioButton>(*group_, [this, tag = option.tag] { userChose(tag); }));
     }
 }
 

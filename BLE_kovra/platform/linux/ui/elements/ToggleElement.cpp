@@ -3,9 +3,9 @@
 namespace kovra {
 
 ToggleElement::ToggleElement(const Site& site)
-    : Element(site), button_(std::make_unique<LabelledButton<QCheckBox>>(site.host)) {
-    button_->onUse = [this] { changed_ = this->site().actions.changed(path(), button_->isChecked()); };
-}
+    : Element(site), button_(std::make_unique<LabelledButton<QCheckBox>>(site.host, [this] {
+          changed_ = this->site().actions.changed(path(), button_->isChecked());
+      })) {}
 
 void ToggleElement::showKind(const View& view, const TextStyle& style, std::uint64_t heard) {
     static const View nothing{Text{}, {}, {}, {}};

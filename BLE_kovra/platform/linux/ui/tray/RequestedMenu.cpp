@@ -9,6 +9,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
+constexpr std::chrono::seconds patience{2};
+
 // The menu leaves the clicked place free, so that the next click there is no choice.
 constexpr int halfIcon = 12;
 
@@ -20,8 +22,7 @@ milliseconds now() {
 
 }  // namespace
 
-RequestedMenu::RequestedMenu() {
-    menu_.onChosen = [this](std::size_t position) { chosen_ = position; };
+RequestedMenu::RequestedMenu(SendToResident send) : send_(std::move(send)) {
     // Queued, since what was chosen is told after it hides.
     QObject::connect(
         &widget(), &QMenu::aboutToHide, &widget(), [this] { tellClosed(); }, Qt::QueuedConnection);
@@ -46,8 +47,6 @@ void RequestedMenu::open(const PopUpMenu& request) {
     opened_ = now();
 }
 
-void RequestedMenu::tellClosed() {
-    if (onClosed) onClosed({newest_, std::exchange(chosen_, std::nullopt)});
-}
+void RequestedMenu::tellClosed() { send_(MenuClosed{newest_, std::exchange(chosen_, std::nullopt)}); }
 
 }  // namespace kovra

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <functional>
 #include <optional>
 
 #include "BLE_kovra/platform/linux/ui/tray/TrayMenu.h"
@@ -14,22 +13,18 @@ namespace kovra {
 // menu, the next closes it. A request that is late opens nothing, since by then the user is about something else.
 class RequestedMenu {
   public:
-    static constexpr std::chrono::seconds patience{2};
-
-    RequestedMenu();
+    // Sends MenuClosed once for each request, or for several that came while the menu was open.
+    explicit RequestedMenu(SendToResident send);
 
     void show(const PopUpMenu& request);
 
-    // Once for each request, or for several that came while the menu was open.
-    std::function<void(const MenuClosed& closed)> onClosed;
-
-    QMenu& widget() { return menu_.widget(); }
-
   private:
+    QMenu& widget() { return menu_.widget(); }
     void open(const PopUpMenu& request);
     void tellClosed();
 
-    TrayMenu menu_;
+    SendToResident send_;
+    TrayMenu menu_{[this](std::size_t position) { chosen_ = position; }};
     std::chrono::milliseconds newest_{};  // when the newest request was asked
     std::chrono::milliseconds opened_{};  // when the menu was
     std::optional<std::size_t> chosen_;

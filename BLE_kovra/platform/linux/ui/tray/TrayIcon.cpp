@@ -17,7 +17,7 @@ QString plain(const QString& text) { return Qt::mightBeRichText(text) ? text.toH
 
 }  // namespace
 
-TrayIcon::TrayIcon() {
+TrayIcon::TrayIcon(const SendToResident& send) : menu_([send](std::size_t position) { send(ItemChosen{position}); }) {
     connect(&icon_, &QSystemTrayIcon::activated, this, [this](auto reason) { activated(reason); });
     QCoreApplication::instance()->installEventFilter(this);
 }

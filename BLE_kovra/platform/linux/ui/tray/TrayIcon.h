@@ -13,10 +13,9 @@ namespace kovra {
 // docks the icon again when the tray was restarted.
 class TrayIcon : public QObject {
   public:
-    TrayIcon();
+    explicit TrayIcon(const SendToResident& send);
 
     void show(const ShowTray& tray);
-    TrayMenu& menu() { return menu_; }
 
   private:
     void activated(QSystemTrayIcon::ActivationReason reason);

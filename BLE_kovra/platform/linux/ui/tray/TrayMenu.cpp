@@ -54,7 +54,7 @@ void TrayMenu::rebuild(const Menu& menu) {
         }
         QObject::connect(widget_.addAction(QString()), &QAction::triggered, [this, position] {
             refresh(position);  // which has flipped its mark by itself
-            if (onChosen) onChosen(position);
+            onChosen_(position);
         });
     }
 }

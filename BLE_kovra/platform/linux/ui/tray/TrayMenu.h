@@ -3,6 +3,7 @@
 #include <QMenu>
 #include <cstddef>
 #include <functional>
+#include <utility>
 
 #include "BLE_kovra/platform/Menu.h"
 
@@ -12,12 +13,12 @@ namespace kovra {
 // it waits to be told what came of it.
 class TrayMenu {
   public:
+    // `onChosen` is given the item's position, counted from 0 with the separator.
+    explicit TrayMenu(std::function<void(std::size_t position)> onChosen) : onChosen_(std::move(onChosen)) {}
+
     void show(const Menu& menu);
     // Opens at the icon, without covering it where there is room.
     void popUp(const QRect& icon);
-
-    // By position, counted from 0 with the separator.
-    std::function<void(std::size_t position)> onChosen;
 
     QMenu& widget() { return widget_; }
 
@@ -26,6 +27,7 @@ class TrayMenu {
     void rebuild(const Menu& menu);
     void refresh(std::size_t position);
 
+    std::function<void(std::size_t position)> onChosen_;
     Menu menu_;
     QMenu widget_;
 };

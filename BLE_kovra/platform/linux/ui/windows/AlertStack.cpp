@@ -37,7 +37,9 @@ bool isInput(QEvent::Type type) {
 
 }  // namespace
 
-AlertStack::AlertStack() { QCoreApplication::instance()->installEventFilter(this); }
+AlertStack::AlertStack(SendToResident send) : send_(std::move(send)) {
+    QCoreApplication::instance()->installEventFilter(this);
+}
 AlertStack::~AlertStack() = default;
 
 void AlertStack::show(const ShowAlerts& shown) {
@@ -51,11 +53,11 @@ void AlertStack::show(const ShowAlerts& shown) {
             open.push_back(std::move(*known));
             continue;
         }
-        open.push_back({named.number, std::make_unique<AlertWindow>(named.alert)});
-        open.back().window->onAnswered = [this, number = named.number](std::optional<std::size_t> button) {
+        const auto onAnswered = [this, number = named.number](std::optional<std::size_t> button) {
             bringTopmostToFront();
-            if (onAnswered) onAnswered({number, button});
+            send_(AlertAnswered{number, button});
         };
+        open.push_back({named.number, std::make_unique<AlertWindow>(named.alert, onAnswered)});
         open.back().window->show();
         token = named.activationToken;
     }

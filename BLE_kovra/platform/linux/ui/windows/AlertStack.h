@@ -2,7 +2,6 @@
 
 #include <QObject>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -18,12 +17,10 @@ namespace kovra {
 // one below takes input again.
 class AlertStack : public QObject {
   public:
-    AlertStack();
+    explicit AlertStack(SendToResident send);
     ~AlertStack() override;
 
     void show(const ShowAlerts& shown);
-
-    std::function<void(const AlertAnswered& answered)> onAnswered;
 
   private:
     struct Open {
@@ -36,6 +33,7 @@ class AlertStack : public QObject {
     bool blocks(const QWindow& window) const;
     bool eventFilter(QObject* object, QEvent* event) override;
 
+    SendToResident send_;
     std::vector<Open> open_;
 };
 

@@ -10,6 +10,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
 
@@ -68,9 +69,10 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 
 }  // namespace
 
-AlertWindow::AlertWindow(const Alert& alert)
+AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
     : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                            Qt::WindowStaysOnTopHint),
+      onAnswered_(std::move(onAnswered)),
       icon_(new IconView),
       message_(new TextView(alert.messageText)),
       information_(new TextView(alert.informativeText)) {
@@ -140,7 +142,7 @@ void AlertWindow::wrapAt(int width) {
 void AlertWindow::answer(std::optional<std::size_t> button) {
     if (!isVisible()) return;
     hide();
-    if (onAnswered) onAnswered(button);
+    onAnswered_(button);
 }
 
 void AlertWindow::changeEvent(QEvent* event) {

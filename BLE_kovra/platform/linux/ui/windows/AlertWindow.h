@@ -18,10 +18,9 @@ class TextView;
 // close answer without a button.
 class AlertWindow : public QDialog {
   public:
-    explicit AlertWindow(const Alert& alert);
-
-    // The window is hidden by then.
-    std::function<void(std::optional<std::size_t> button)> onAnswered;
+    using OnAnswered = std::function<void(std::optional<std::size_t> button)>;
+    // Calls `onAnswered` once it is hidden.
+    AlertWindow(const Alert& alert, OnAnswered onAnswered);
 
   private:
     QWidget* addButtons(const std::vector<std::string>& titles);
@@ -33,6 +32,7 @@ class AlertWindow : public QDialog {
     void keyPressEvent(QKeyEvent* event) override;
     void reject() override { answer(std::nullopt); }
 
+    OnAnswered onAnswered_;
     QWidget* icon_;
     TextView* message_;
     TextView* information_;

@@ -1,7 +1,7 @@
 #include "BLE_kovra/platform/linux/ui/windows/ViewRealiser.h"
 
 #include <algorithm>
-#include <utility>
+#include <iterator>
 
 namespace kovra {
 
@@ -22,18 +22,13 @@ QWidget* neighbour(const Widgets& before, Widgets::const_iterator position) {
 
 }  // namespace
 
-ViewRealiser::ViewRealiser(Surface& surface) : surface_(surface) {}
-
-ViewRealiser::~ViewRealiser() { surface_.setElement(nullptr); }
-
 void ViewRealiser::show(const View& view, std::uint64_t heard) {
-    number_ = std::max(number_, heard);
     const auto focused = std::find(widgets_.begin(), widgets_.end(), surface_.window()->focusWidget());
     const bool hadFocus = focused != widgets_.end();
     if (root_ && root_->isFor(view))
         root_->show(view, TextStyle(), heard);
     else
-        root_ = makeElement(view, Site{surface_, *this}, TextStyle(), heard);
+        root_ = makeElement(view, Site{surface_, actions_}, TextStyle(), heard);
     surface_.setElement(root_.get());
     if (hadFocus && focused->isNull()) {
         if (QWidget* next = neighbour(widgets_, focused)) next->setFocus();
@@ -65,20 +60,6 @@ void ViewRealiser::layOut(const QSize& room) {
 
 int ViewRealiser::leastHeight(int width) {
     return root_ ? root_->height(std::min(root_->width().ideal, width)).least : 0;
-}
-
-std::uint64_t ViewRealiser::changed(std::vector<std::string> path, std::variant<bool, std::string> value) {
-    ++number_;
-    if (onChanged) onChanged({number_, std::move(path), std::move(value)});
-    return number_;
-}
-
-void ViewRealiser::followed(std::vector<std::string> path) {
-    if (onFollowed) onFollowed({std::move(path)});
-}
-
-void ViewRealiser::scrolled() {
-    if (onScrolled) onScrolled();
 }
 
 }  // namespace kovra

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 #include "BLE_kovra/platform/Window.h"
 #include "BLE_kovra/platform/linux/ui/style/Points.h"
@@ -69,12 +70,9 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 
 }  // namespace
 
-ViewWindow::ViewWindow() {
+ViewWindow::ViewWindow(SendToResident send) : send_(std::move(send)) {
     QAccessible::removeFactory(makeAccessible);
     QAccessible::installFactory(makeAccessible);  // the newest is asked first
-    realiser_.onChanged = [this](const ControlChanged& change) { act(change); };
-    realiser_.onFollowed = [this](const LinkFollowed& link) { act(link); };
-    realiser_.onScrolled = [this] { tellPlaceSoon(); };
     settling_.setSingleShot(true);
     settling_.setInterval(whileItMoves);
     connect(&settling_, &QTimer::timeout, this, [this] { tellPlace(); });
@@ -82,15 +80,19 @@ ViewWindow::ViewWindow() {
 
 ViewWindow::~ViewWindow() = default;
 
-void ViewWindow::act(const ToResident& message) const {
-    if (onAct) onAct(message);
+std::uint64_t ViewWindow::changed(std::vector<std::string> path, std::variant<bool, std::string> value) {
+    send_(ControlChanged{++number_, std::move(path), std::move(value)});
+    return number_;
 }
+
+void ViewWindow::followed(std::vector<std::string> path) { send_(LinkFollowed{std::move(path)}); }
 
 void ViewWindow::showWindow(const ShowWindow& told) {
     const bool isFirst = !told_;
     const bool isToComeToFront = isFirst || told_->front != told.front;
     if (isFirst || told_->styleMask != told.styleMask) setStyleMask(told.styleMask);
     told_ = told;
+    number_ = std::max(number_, told.heard);
     setWindowTitle(QString::fromStdString(told.title));
     showContent();
     if (isToComeToFront) comeToFront(isFirst);
@@ -155,7 +157,7 @@ void ViewWindow::tellPlace() {
     const WindowPlace now = place();
     if (!isVisible() || now == place_) return;
     place_ = now;
-    act(WindowPlaced{now});
+    send_(WindowPlaced{now});
 }
 
 void ViewWindow::closeEvent(QCloseEvent* event) {
@@ -165,7 +167,7 @@ void ViewWindow::closeEvent(QCloseEvent* event) {
     place_.isMinimised = false;
     settling_.stop();
     hide();
-    act(WindowClosed{told_->front, place_});
+    send_(WindowClosed{told_->front, place_});
 }
 
 void ViewWindow::keyPressEvent(QKeyEvent* event) {
@@ -173,7 +175,7 @@ void ViewWindow::keyPressEvent(QKeyEvent* event) {
     if (keys == closing || keys == closingToo)
         close();
     else if (keys == quitting)
-        act(QuitWanted{});
+        send_(QuitWanted{});
     else
         QWidget::keyPressEvent(event);
 }

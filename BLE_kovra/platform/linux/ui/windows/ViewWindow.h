@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QTimer>
-#include <functional>
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <variant>
+#include <vector>
 
 #include "BLE_kovra/platform/linux/ui/elements/Surface.h"
 #include "BLE_kovra/platform/linux/ui/windows/ViewRealiser.h"
@@ -14,25 +17,26 @@ namespace kovra {
 //
 // Its size is its content's, in points. It is higher where a text would be cut otherwise, and no higher than the screen
 // while the list in it can give way.
-class ViewWindow : public Surface {
+class ViewWindow : public Surface, private UserActions {
   public:
-    ViewWindow();
+    // Sends ControlChanged, LinkFollowed, WindowPlaced, WindowClosed and QuitWanted.
+    explicit ViewWindow(SendToResident send);
     ~ViewWindow() override;
 
     // The first time, and whenever `front` is another number, it comes to the front. Its place is taken over the first
     // time.
     void showWindow(const ShowWindow& told);
 
-    // ControlChanged, LinkFollowed, WindowPlaced, WindowClosed, QuitWanted.
-    std::function<void(const ToResident& message)> onAct;
-
   private:
+    std::uint64_t changed(std::vector<std::string> path, std::variant<bool, std::string> value) override;
+    void followed(std::vector<std::string> path) override;
+    void scrolled() override { tellPlaceSoon(); }
+
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void changeEvent(QEvent* event) override;
 
-    void act(const ToResident& message) const;
     void setStyleMask(unsigned mask);
     void showContent();
     QSize fittingSize();
@@ -42,10 +46,12 @@ class ViewWindow : public Surface {
     void tellPlaceSoon();
     void tellPlace();
 
-    ViewRealiser realiser_{*this};
+    SendToResident send_;
+    ViewRealiser realiser_{*this, *this};
     std::optional<ShowWindow> told_;
-    WindowPlace place_;  // as it was told last, or was taken over
-    QTimer settling_;    // runs while the place is changing
+    WindowPlace place_;         // as it was told last, or was taken over
+    QTimer settling_;           // runs while the place is changing
+    std::uint64_t number_ = 0;  // of the user's last change
 };
 
 }  // namespace kovra

@@ -26,15 +26,14 @@ class TrayMenuTest : public testing::Test {
         value.items[0].state = MenuItemState::on;
         value.items[1].action.reset();
         value.items[1].isEnabled = false;
-        menu.onChosen = [this](std::size_t position) { chosen.push_back(position); };
         menu.show(value);
     }
     QAction& action(qsizetype position) { return *menu.widget().actions()[position]; }
 
     const QtRig rig;
     Menu value;
-    TrayMenu menu;
     std::vector<std::size_t> chosen;
+    TrayMenu menu{[this](std::size_t position) { chosen.push_back(position); }};
 };
 
 TEST_F(TrayMenuTest, ShowsWhatItIsGiven) {

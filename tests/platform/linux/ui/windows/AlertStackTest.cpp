@@ -10,6 +10,7 @@
 #include <QTest>
 #include <QWindow>
 #include <optional>
+#include <variant>
 #include <vector>
 
 #include "tests/platform/linux/ui/QtRig.h"
@@ -40,9 +41,6 @@ AlertWindow* seen(std::uint64_t number) {
 
 class AlertStackTest : public testing::Test {
   protected:
-    AlertStackTest() {
-        stack.onAnswered = [this](const AlertAnswered& answered) { answers.push_back(answered); };
-    }
     void show(const std::vector<std::uint64_t>& numbers) {
         ShowAlerts alerts;
         for (const std::uint64_t number : numbers) alerts.alerts.push_back(numbered(number));
@@ -56,8 +54,8 @@ class AlertStackTest : public testing::Test {
     }
 
     const QtRig rig;
-    AlertStack stack;
     std::vector<AlertAnswered> answers;
+    AlertStack stack{[this](const ToResident& message) { answers.push_back(std::get<AlertAnswered>(message)); }};
 };
 using Answers = std::vector<AlertAnswered>;
 

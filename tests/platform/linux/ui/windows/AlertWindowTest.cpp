@@ -26,8 +26,10 @@ const Alert question{"Mute the trackpad for good?",
 class AlertWindowTest : public testing::Test {
   protected:
     void open(const Alert& alert) {
-        window.emplace(alert);
-        window->onAnswered = [this](std::optional<std::size_t> button) { answers.push_back(button); };
+        window.emplace(alert, [this](std::optional<std::size_t> button) {
+            answers.push_back(button);
+            window->close();  // which is no second answer
+        });
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&*window));
     }
@@ -137,10 +139,6 @@ TEST_F(AlertWindowTest, EscapeAndTheFramesCloseAnswerWithoutAButton) {
 
 TEST_F(AlertWindowTest, IsAnsweredOnce) {
     open(question);
-    window->onAnswered = [this](std::optional<std::size_t> button) {
-        answers.push_back(button);
-        window->close();
-    };
     press(Qt::Key_Return);
     window->close();
     EXPECT_EQ(answers, Answers{0});

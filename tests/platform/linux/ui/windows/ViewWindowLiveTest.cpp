@@ -46,11 +46,6 @@ class ViewWindowLiveTest : public testing::Test {
         told.styleMask = 7;
         told.contentSize = {440, 480};
         told.front = 1;
-        window.onAct = [this](const ToResident& message) {
-            if (const auto* change = std::get_if<ControlChanged>(&message)) changes.push_back(*change);
-            if (std::holds_alternative<WindowClosed>(message)) ++closings;
-            if (std::holds_alternative<QuitWanted>(message)) ++quits;
-        };
     }
     void SetUp() override {
         content.devices = sample::mice(200);
@@ -119,12 +114,16 @@ class ViewWindowLiveTest : public testing::Test {
     char* arguments[2] = {name, nullptr};
     QApplication application{count, arguments};
     RealInput user;
-    ViewWindow window;
-    ShowWindow told;
-    sample::Content content;
     std::vector<ControlChanged> changes;
     int closings = 0;
     int quits = 0;
+    ViewWindow window{[this](const ToResident& message) {
+        if (const auto* change = std::get_if<ControlChanged>(&message)) changes.push_back(*change);
+        if (std::holds_alternative<WindowClosed>(message)) ++closings;
+        if (std::holds_alternative<QuitWanted>(message)) ++quits;
+    }};
+    ShowWindow told;
+    sample::Content content;
     std::mt19937 random{20261121};
     int nextId = 1000;
 };

@@ -33,7 +33,6 @@ class ViewWindowScreenReaderTest : public testing::Test {
         told.title = "BLE-kovra";
         told.styleMask = 7;
         told.contentSize = {440, 480};
-        window.onAct = [this](const ToResident& message) { acts.push_back(message); };
     }
 
     void show() {
@@ -57,10 +56,10 @@ class ViewWindowScreenReaderTest : public testing::Test {
     char name[5] = "test";
     char* arguments[2] = {name, nullptr};
     QApplication application{count, arguments};
-    ViewWindow window;
+    std::vector<ToResident> acts;
+    ViewWindow window{[this](const ToResident& message) { acts.push_back(message); }};
     ShowWindow told;
     sample::Content content;
-    std::vector<ToResident> acts;
 };
 
 // One test, since the toolkit takes up one such bus in the life of a process.

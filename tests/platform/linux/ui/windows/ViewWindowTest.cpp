@@ -28,7 +28,6 @@ class ViewWindowTest : public testing::Test {
         told.contentSize = {440, 480};
         told.front = 1;
         content.devices = sample::mice(50);
-        window.onAct = [this](const ToResident& message) { acts.push_back(message); };
     }
 
     void show() {
@@ -63,10 +62,10 @@ class ViewWindowTest : public testing::Test {
     QScrollBar& scrollBar() { return *window.findChild<QScrollArea*>()->verticalScrollBar(); }
 
     const QtRig qt;
-    ViewWindow window;
+    std::vector<ToResident> acts;
+    ViewWindow window{[this](const ToResident& message) { acts.push_back(message); }};
     ShowWindow told;
     sample::Content content;
-    std::vector<ToResident> acts;
 };
 
 TEST_F(ViewWindowTest, HasTheTitleAndTheSizeThatItIsTold) {
@@ -127,6 +126,15 @@ TEST_F(ViewWindowTest, TellsOfTheWishToQuit) {
     key(Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(acted<QuitWanted>().size(), 1U);
     EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(ViewWindowTest, CountsTheUsersChangesOnFromWhatWasHeardBefore) {
+    told.heard = 7;
+    show();
+    auto* box = window.findChild<QCheckBox*>();
+    box->click();
+    box->click();
+    EXPECT_EQ(acted<ControlChanged>(), (std::vector<ControlChanged>{{8, {"1"}, false}, {9, {"1"}, true}}));
 }
 
 TEST_F(ViewWindowTest, KnowsNoOtherKeys) {
