@@ -14,8 +14,6 @@
 namespace kovra {
 namespace {
 
-using namespace std::chrono_literals;
-using Mode = AppState::BlockMode;
 using Texts = std::vector<std::string>;
 
 constexpr auto on = MenuItemState::on;
@@ -23,13 +21,10 @@ constexpr auto off = MenuItemState::off;
 
 // Positions in the menu.
 constexpr std::size_t block = 0;
-constexpr std::size_t hint = 1;
 constexpr std::size_t settings = 2;
 constexpr std::size_t launchAtLogin = 3;
 constexpr std::size_t activate = 4;
 constexpr std::size_t about = 5;
-constexpr std::size_t separator = 6;
-constexpr std::size_t quit = 7;
 
 struct Rig : Computer, AppRig {
     Rig() : AppRig(static_cast<Computer&>(*this)) {}
@@ -89,61 +84,11 @@ TEST(AppDelegateStatusItemTest, CarriesTheCheckMarkOfTheSwitchThatWasSaved) {
     EXPECT_EQ(computer.statusBar.stateOf(StatusMenuTag::enabled), off);
 }
 
-TEST(AppDelegateStatusItemTest, MakesTheMenuOnceAndThenChangesMarksAndIconOnly) {
-    LaunchedRig rig;
-    rig.choose(block);
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    EXPECT_EQ(std::count(rig.statusBar.calls.begin(), rig.statusBar.calls.end(), "menu"), 1);
-    EXPECT_EQ(rig.statusBar.lengths.size(), 1U);
-}
-
 TEST(AppDelegateStatusItemTest, RefreshesTheSwitchThenTheLoginItemThenTheIcon) {
     LaunchedRig rig;
     rig.statusBar.calls.clear();
     rig.delegate->refreshUI();
     EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 1 on", "tag 2 off", "plain image", "template"}));
-}
-
-TEST(AppDelegateStatusItemTest, ShowsTheDecisionAndNotTheSwitch) {
-    LaunchedRig rig;  // the switch is on, no mouse is chosen
-    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), on);
-    EXPECT_FALSE(rig.statusBar.hasSlash());
-}
-
-TEST(AppDelegateStatusItemTest, ShowsTheSlashInModeAlwaysWithNoDeviceAtAll) {
-    LaunchedRig rig;
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    EXPECT_TRUE(rig.statusBar.hasSlash());
-    EXPECT_TRUE(rig.state.devices.get().empty());
-}
-
-TEST(AppDelegateStatusItemTest, ChoosingBlockUnchecksItAndTheSlashGoesOneTurnLater) {
-    LaunchedRig rig;
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    rig.statusBar.choose(block);
-    rig.queue.runOneTurn();  // the action
-    EXPECT_FALSE(rig.state.isEnabled.get());
-    EXPECT_TRUE(rig.statusBar.hasSlash());
-    EXPECT_EQ(rig.flag(), "on");
-    rig.queue.runOneTurn();  // the evaluation that it queued
-    EXPECT_FALSE(rig.statusBar.hasSlash());
-    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), off);
-    EXPECT_EQ(rig.flag(), "off");
-    EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
-    EXPECT_EQ(rig.application.beeps, 0);
-}
-
-TEST(AppDelegateStatusItemTest, TheHintCanNeverBeChosen) {
-    LaunchedRig rig;
-    rig.statusBar.calls.clear();
-    rig.choose(hint);
-    rig.choose(separator);
-    EXPECT_TRUE(rig.statusBar.calls.empty());
-    EXPECT_FALSE(rig.statusBar.menu->items[hint].isEnabled);
-    EXPECT_FALSE(rig.statusBar.menu->items[hint].action);
 }
 
 TEST(AppDelegateStatusItemTest, EntriesThatLeadToWindowsChangeNothing) {
@@ -153,15 +98,6 @@ TEST(AppDelegateStatusItemTest, EntriesThatLeadToWindowsChangeNothing) {
     EXPECT_TRUE(rig.preferences.saves.empty());
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
     EXPECT_FALSE(rig.application.terminated);
-}
-
-TEST(AppDelegateStatusItemTest, QuitTerminatesTheNormalWay) {
-    LaunchedRig rig;
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    rig.choose(quit);
-    EXPECT_TRUE(rig.application.terminated);
-    EXPECT_EQ(rig.flag(), "off");
 }
 
 TEST(AppDelegateStatusItemTest, LaunchAtLoginIsCheckedExactlyWhileItIsEnabled) {
@@ -189,16 +125,6 @@ TEST(AppDelegateStatusItemTest, ChoosingLaunchAtLoginTogglesItAndRefreshesNothin
     rig.choose(launchAtLogin);
     EXPECT_EQ(rig.login.calls, (Texts{"register", "unregister"}));
     EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 2 on", "tag 2 off"}));
-}
-
-TEST(AppDelegateStatusItemTest, ALoginItemThatNeedsApprovalHasNoCheckMark) {
-    LaunchedRig rig;
-    rig.login.afterRegistering = LoginStatus::requiresApproval;
-    for (int times = 1; times <= 2; ++times) {
-        rig.choose(launchAtLogin);
-        EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::launchAtLogin), off);
-    }
-    EXPECT_EQ(rig.login.calls, (Texts{"register", "register"}));
 }
 
 TEST(AppDelegateStatusItemTest, ARefusedToggleLeavesTheCheckMarkAsTheSystemHasIt) {
@@ -247,8 +173,6 @@ TEST(AppDelegateStatusItemTest, ItsActionsDoNothingOnceTheDelegateIsGone) {
     EXPECT_TRUE(rig.state.isEnabled.get());
     EXPECT_FALSE(rig.application.terminated);
 }
-
-using StatusItemDeathTest = testing::Test;
 
 TEST(AppDelegateStatusItemDeathTest, RefreshingBeforeThereIsAnItemStopsTheProcess) {
     const Rig rig;

@@ -12,7 +12,6 @@
 namespace kovra {
 namespace {
 
-using namespace std::chrono_literals;
 using Mode = AppState::BlockMode;
 using Texts = std::vector<std::string>;
 
@@ -26,59 +25,6 @@ struct LaunchedRig : Computer, AppRig {
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
-TEST(AppDelegateTest, LoadsTheChoicesBeforeItLaunches) {
-    Computer computer;
-    computer.preferences.stored.emplace("isEnabled", false);
-    const AppRig rig(computer);
-    EXPECT_FALSE(rig.state.isEnabled.get());
-    EXPECT_TRUE(computer.files.writes.empty());
-    EXPECT_EQ(computer.hid.managersCreated(), 0);
-}
-
-TEST(AppDelegateTest, SetsTheAccessoryPolicy) {
-    const LaunchedRig rig;
-    EXPECT_EQ(rig.application.policies, std::vector{ActivationPolicy::accessory});
-}
-
-TEST(AppDelegateTest, OnlyQueuesWorkForThePublishedList) {
-    LaunchedRig rig;
-    rig.hid.attach(mouse);
-    rig.queue.runOneTurn();  // the device's own event: the monitor publishes
-    EXPECT_TRUE(rig.state.devices.get().empty());
-    rig.queue.runOneTurn();
-    ASSERT_EQ(rig.state.devices.get().size(), 1U);
-    EXPECT_EQ(rig.state.devices.get()[0].id, mouse.key());
-}
-
-TEST(AppDelegateTest, SavesASelectionOnceItIsStored) {
-    LaunchedRig rig;
-    rig.state.selectedIDs.set({mouse.key()});
-    EXPECT_TRUE(rig.preferences.saves.empty());
-    rig.queue.run();
-    ASSERT_EQ(rig.preferences.saves.size(), 1U);
-    EXPECT_EQ(rig.preferences.saves[0].key, "selectedDeviceIDs");
-    EXPECT_EQ(std::get<std::string>(std::get<PreferenceArray>(rig.preferences.saves[0].value).at(0)), mouse.key());
-}
-
-TEST(AppDelegateTest, SavesTheSwitchOnceItIsStored) {
-    LaunchedRig rig;
-    rig.state.isEnabled.set(false);
-    EXPECT_TRUE(rig.preferences.saves.empty());
-    rig.queue.run();
-    ASSERT_EQ(rig.preferences.saves.size(), 1U);
-    EXPECT_EQ(rig.preferences.saves[0].key, "isEnabled");
-    EXPECT_FALSE(std::get<bool>(rig.preferences.saves[0].value));
-}
-
-TEST(AppDelegateTest, SavesTheModeOnceItIsStored) {
-    LaunchedRig rig;
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    ASSERT_EQ(rig.preferences.saves.size(), 1U);
-    EXPECT_EQ(rig.preferences.saves[0].key, "blockMode");
-    EXPECT_EQ(std::get<std::string>(rig.preferences.saves[0].value), "always");
-}
-
 TEST(AppDelegateTest, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
     LaunchedRig rig;
     rig.state.isEnabled.set(false);
@@ -88,24 +34,6 @@ TEST(AppDelegateTest, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
     EXPECT_TRUE(std::get<bool>(rig.preferences.saves[0].value));
     EXPECT_TRUE(std::get<bool>(rig.preferences.saves[1].value));
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
-}
-
-TEST(AppDelegateTest, SavesAndDecidesAgainForTheSameModeChosenAgain) {
-    LaunchedRig rig;
-    int evaluations = 0;
-    const Subscription token = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
-    rig.state.mode.set(Mode::onDevice);
-    rig.queue.run();
-    EXPECT_EQ(rig.preferences.savesOf("blockMode"), 1U);
-    EXPECT_EQ(evaluations, 1);
-    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
-}
-
-TEST(AppDelegateTest, SavesNoDeviceListAndNoDecision) {
-    LaunchedRig rig;
-    rig.hid.attach(mouse);
-    rig.queue.run();
-    EXPECT_TRUE(rig.preferences.saves.empty());
 }
 
 TEST(AppDelegateTest, AnnouncesEveryEvaluationAlsoAnUnchangedOne) {
@@ -146,17 +74,6 @@ TEST(AppDelegateTest, DecidesOnceMoreOneTurnLaterWhenWhatWasRefusedMaySucceed) {
     EXPECT_TRUE(rig.preferences.saves.empty());
 }
 
-TEST(AppDelegateTest, WritesThenWhatWasRefused) {
-    LaunchedRig rig;
-    rig.files.failNext("Permission denied");
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    EXPECT_EQ(rig.flag(), "off");
-    rig.delegate->applicationDidResume();
-    rig.queue.run();
-    EXPECT_EQ(rig.flag(), "on");
-}
-
 TEST(AppDelegateTest, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
@@ -176,20 +93,6 @@ TEST(AppDelegateTest, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
     EXPECT_EQ(evaluations, 0);
 }
 
-TEST(AppDelegateTest, WritesOffWithTheSwitchOffWhateverTheModeAndTheDevices) {
-    LaunchedRig rig;
-    rig.hid.attach(mouse);
-    rig.state.selectedIDs.set({mouse.key()});
-    rig.queue.run();
-    EXPECT_EQ(rig.flag(), "on");
-    rig.state.isEnabled.set(false);
-    rig.queue.run();
-    EXPECT_EQ(rig.flag(), "off");
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    EXPECT_EQ(rig.flag(), "off");
-}
-
 TEST(AppDelegateTest, FlipsTheSwitchThenBeepsAtTheHotKey) {
     LaunchedRig rig;
     std::string order;
@@ -205,34 +108,6 @@ TEST(AppDelegateTest, FlipsTheSwitchThenBeepsAtTheHotKey) {
     EXPECT_TRUE(rig.preferences.saves.empty());  // on a later turn
     rig.queue.run();
     EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
-}
-
-TEST(AppDelegateTest, EndsWhereItStartedAfterTwoPresses) {
-    LaunchedRig rig;
-    rig.hotKeys.press();
-    rig.queue.run();
-    rig.hotKeys.press();
-    rig.queue.run();
-    EXPECT_TRUE(rig.state.isEnabled.get());
-    EXPECT_EQ(rig.application.beeps, 2);
-    ASSERT_EQ(rig.preferences.saves.size(), 2U);
-    EXPECT_FALSE(std::get<bool>(rig.preferences.saves[0].value));
-    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[1].value));
-}
-
-TEST(AppDelegateTest, SavesTheStartingValueTwiceForTwoPressesBeforeTheFirstSave) {
-    LaunchedRig rig;
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    rig.preferences.saves.clear();
-    rig.hotKeys.press();
-    rig.hotKeys.press();
-    rig.queue.run();
-    ASSERT_EQ(rig.preferences.saves.size(), 2U);
-    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[0].value));
-    EXPECT_TRUE(std::get<bool>(rig.preferences.saves[1].value));
-    EXPECT_EQ(rig.application.beeps, 2);
-    EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on"}));  // not written again
 }
 
 TEST(AppDelegateTest, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
@@ -273,22 +148,6 @@ TEST(AppDelegateTest, IsHeldAliveByNoHandler) {
     EXPECT_TRUE(watch.expired());
 }
 
-TEST(AppDelegateTest, GivesTheTrackpadBackAtItsEnd) {
-    LaunchedRig rig;
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    EXPECT_EQ(rig.flag(), "on");
-    rig.delegate->quit();
-    EXPECT_TRUE(rig.application.terminated);
-    EXPECT_EQ(rig.flag(), "off");
-}
-
-TEST(AppDelegateTest, WritesOffAtItsEndOnlyIfItStoodOn) {
-    LaunchedRig rig;
-    rig.delegate->quit();
-    EXPECT_EQ(rig.flagWrites(), Texts{"off"});
-}
-
 TEST(AppDelegateTest, LeavesOffAlsoWhenItEndsInTheMidstOfABlock) {
     LaunchedRig rig;
     rig.state.selectedIDs.set({mouse.key()});
@@ -299,16 +158,6 @@ TEST(AppDelegateTest, LeavesOffAlsoWhenItEndsInTheMidstOfABlock) {
     rig.delegate->evaluate();
     EXPECT_TRUE(rig.application.terminated);
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
-}
-
-TEST(AppDelegateTest, WritesNothingAtItsEndWhenOnlyOffEverSucceeded) {
-    LaunchedRig rig;
-    rig.files.failNext("Input/output error");
-    rig.state.mode.set(Mode::always);
-    rig.queue.run();
-    rig.delegate->quit();
-    EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on"}));  // the last success was "off" already
-    EXPECT_EQ(rig.flag(), "off");
 }
 
 }  // namespace

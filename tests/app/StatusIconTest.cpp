@@ -25,11 +25,6 @@ segment 3,3 to 15,15 width 1.6
 )");
 }
 
-TEST(StatusIconTest, IsTheSameAtEveryCall) {
-    EXPECT_EQ(makeIcon(true), makeIcon(true));
-    EXPECT_NE(makeIcon(true), makeIcon(false));
-}
-
 TEST(StatusIconTest, IsWhatTheApplicationsIconShowsInColour) {
     const auto layers = applicationIcon().layers;
     for (const Stroke& stroke : makeIcon(true).strokes) {

@@ -31,20 +31,6 @@ struct WindowRig {
     std::unique_ptr<SettingsWindow> window = std::make_unique<SettingsWindow>(screen, queue, state, texts);
 };
 
-TEST(SettingsWindowTest, IsMadeInThisOrderAndNotShownYet) {
-    const WindowRig rig;
-    EXPECT_EQ(rig.screen.calls,
-              (Texts{"make", "title BLE-kovra", "style mask 7", "content size 440x480", "kept when closed", "center"}));
-    EXPECT_FALSE(rig.screen.isVisible);
-}
-
-TEST(SettingsWindowTest, CannotBeResized) {
-    constexpr unsigned resizable = 8;
-    EXPECT_EQ((WindowStyle::titled | WindowStyle::closable | WindowStyle::miniaturizable) & resizable, 0U);
-    const WindowRig rig;
-    EXPECT_EQ(rig.screen.calls.at(2), "style mask 7");
-}
-
 TEST(SettingsWindowTest, FollowsEveryPropertyOfTheStateWhileItIsVisible) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
@@ -61,14 +47,6 @@ TEST(SettingsWindowTest, FollowsEveryPropertyOfTheStateWhileItIsVisible) {
     EXPECT_TRUE(changes([&] { rig.state.isEnabled.set(false); }));
     EXPECT_TRUE(changes([&] { rig.state.mode.set(AppState::BlockMode::always); }));
     EXPECT_TRUE(changes([&] { rig.state.blocking.set(true); }));
-}
-
-TEST(SettingsWindowTest, ShowsTheNewValueThoughAChangeIsAnnouncedBeforeItIsStored) {
-    WindowRig rig;
-    rig.window->makeKeyAndOrderFront();
-    rig.state.blocking.set(true);
-    rig.queue.run();
-    EXPECT_TRUE(rig.shows("Trackpad muted"));
 }
 
 TEST(SettingsWindowTest, IsRebuiltOnceATurnHoweverManyChangesCame) {
