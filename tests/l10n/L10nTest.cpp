@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <ostream>
 #include <random>
 #include <string>
 #include <string_view>
@@ -20,118 +21,102 @@ using Lang = L10n::Lang;
 using Languages = std::vector<std::string>;
 
 Lang chosen(const Languages& preferred) { return L10n(preferred).current(); }
-Lang chosen(std::string_view preferred) { return chosen(Languages{std::string(preferred)}); }
 
-TEST(L10nTest, ChoosesEachLanguageByItsCode) {
-    EXPECT_EQ(chosen("en"), Lang::en);
-    EXPECT_EQ(chosen("ru"), Lang::ru);
-    EXPECT_EQ(chosen("uk"), Lang::uk);
-    EXPECT_EQ(chosen("fr"), Lang::fr);
-    EXPECT_EQ(chosen("de"), Lang::de);
-    EXPECT_EQ(chosen("es"), Lang::es);
+struct Choice {
+    const char* name;
+    Languages preferred;
+    Lang expected;
+};
+void PrintTo(const Choice& choice, std::ostream* out) { *out << testing::PrintToString(choice.preferred); }
+
+class L10nChoiceTest : public testing::TestWithParam<Choice> {};
+
+TEST_P(L10nChoiceTest, ChoosesTheLanguageByTheFirstEntry) {
+    EXPECT_EQ(chosen(GetParam().preferred), GetParam().expected);
 }
 
-TEST(L10nTest, GivesRussianTextsForRuRU) {
-    EXPECT_EQ(chosen("ru-RU"), Lang::ru);
-    EXPECT_EQ(L10n({"ru-RU"}).text("menu.quit"), "Завершить");
-}
+INSTANTIATE_TEST_SUITE_P(, L10nChoiceTest,
+                         testing::ValuesIn(std::vector<Choice>{
+                             {"English", {"en"}, Lang::en},
+                             {"Russian", {"ru"}, Lang::ru},
+                             {"Ukrainian", {"uk"}, Lang::uk},
+                             {"French", {"fr"}, Lang::fr},
+                             {"German", {"de"}, Lang::de},
+                             {"Spanish", {"es"}, Lang::es},
 
-TEST(L10nTest, GivesUkrainianForUk) {
-    EXPECT_EQ(chosen("uk"), Lang::uk);
-    EXPECT_EQ(chosen("uk-UA"), Lang::uk);
-}
+                             {"IgnoresTheRegionOfBritishEnglish", {"en-GB"}, Lang::en},
+                             {"IgnoresTheRegionOfAmericanEnglish", {"en-US"}, Lang::en},
+                             {"IgnoresTheRegionOfRussian", {"ru-RU"}, Lang::ru},
+                             {"IgnoresTheRegionOfUkrainian", {"uk-UA"}, Lang::uk},
+                             {"IgnoresTheRegionOfGerman", {"de-AT"}, Lang::de},
+                             {"IgnoresARegionInDigits", {"es-419"}, Lang::es},
+                             {"IgnoresScriptAndVariant", {"de-Latn-1901"}, Lang::de},
 
-TEST(L10nTest, GivesFrenchForFRca) { EXPECT_EQ(chosen("FR-ca"), Lang::fr); }
-TEST(L10nTest, GivesGermanForDeAT) { EXPECT_EQ(chosen("de-AT"), Lang::de); }
-TEST(L10nTest, GivesSpanishForEs419) { EXPECT_EQ(chosen("es-419"), Lang::es); }
+                             {"EnglishForPortuguese", {"pt-BR"}, Lang::en},
+                             {"EnglishForChinese", {"zh-Hans-CN"}, Lang::en},
+                             {"EnglishForJapanese", {"ja"}, Lang::en},
+                             {"EnglishForTheLetterE", {"e"}, Lang::en},
+                             {"EnglishForTheLetterR", {"r"}, Lang::en},
+                             {"EnglishForAnEmptyList", {}, Lang::en},
+                             {"EnglishForAnEmptyEntry", {""}, Lang::en},
 
-TEST(L10nTest, IgnoresTheRegion) {
-    EXPECT_EQ(chosen("en-GB"), Lang::en);
-    EXPECT_EQ(chosen("en-US"), Lang::en);
-    EXPECT_EQ(chosen("de-Latn-1901"), Lang::de);
-}
+                             {"IgnoresTheSecondEntryAfterAnUnknownLanguage", {"pt-BR", "ru-RU"}, Lang::en},
+                             {"IgnoresTheSecondEntryAfterAnEmptyOne", {"", "ru-RU"}, Lang::en},
+                             {"IgnoresTheSecondEntryAfterAKnownLanguage", {"de-AT", "ru-RU"}, Lang::de},
 
-TEST(L10nTest, GivesEnglishForALanguageThatItDoesNotSpeak) {
-    EXPECT_EQ(chosen("pt-BR"), Lang::en);
-    EXPECT_EQ(chosen("zh-Hans-CN"), Lang::en);
-    EXPECT_EQ(chosen("ja"), Lang::en);
-}
+                             // Codes of three letters are cut to two like any other, even Estonian and Filipino.
+                             {"CutsAnUnknownCodeToUkrainian", {"ukx"}, Lang::uk},
+                             {"CutsEstonianToSpanish", {"est"}, Lang::es},
+                             {"CutsFilipinoToNoKnownLanguage", {"fil"}, Lang::en},
 
-TEST(L10nTest, GivesEnglishForAnEntryOfOneLetter) {
-    EXPECT_EQ(chosen("e"), Lang::en);
-    EXPECT_EQ(chosen("r"), Lang::en);
-}
+                             {"IgnoresCaseInRU", {"RU"}, Lang::ru},
+                             {"IgnoresCaseInUk", {"Uk-ua"}, Lang::uk},
+                             {"IgnoresCaseInFR", {"FR-ca"}, Lang::fr},
+                             {"IgnoresCaseInES", {"eS_419"}, Lang::es},
 
-TEST(L10nTest, GivesEnglishForAnEmptyList) { EXPECT_EQ(chosen(Languages{}), Lang::en); }
-TEST(L10nTest, GivesEnglishForAnEmptyEntry) { EXPECT_EQ(chosen(""), Lang::en); }
+                             {"LowersTheKelvinSignToK", {"U\u212A-UA"}, Lang::uk},
+                             {"CountsTheKelvinSignAsOneCharacter", {"\u212AU"}, Lang::en},
 
-TEST(L10nTest, NeverLooksAtTheSecondEntry) {
-    EXPECT_EQ(chosen(Languages{"pt-BR", "ru-RU"}), Lang::en);
-    EXPECT_EQ(chosen(Languages{"", "ru-RU"}), Lang::en);
-    EXPECT_EQ(chosen(Languages{"de-AT", "ru-RU"}), Lang::de);
-}
+                             // A letter and its combining marks are one character, which is not the bare letter.
+                             {"CountsAMarkWithItsLetter", {"ru\u0301-RU"}, Lang::en},
+                             {"CountsAMarkWithTheFirstLetter", {"r\u0301u"}, Lang::en},
+                             {"CountsTwoMarksWithTheirLetter", {"ru\u0301\u0323"}, Lang::en},
+                             {"CountsALeadingMarkAsACharacter", {"\u0301ru"}, Lang::en},
+                             {"CountsAJoinerWithItsLetter", {"ru\u200D"}, Lang::en},
+                             {"CountsAVariationSelectorWithItsLetter", {"ru\uFE0F"}, Lang::en},
 
-// A tag of three letters is cut like any other: Filipino and Estonian are no exception from the rule.
-TEST(L10nTest, LooksAtTwoLettersEvenWhereTheLanguageHasThree) {
-    EXPECT_EQ(chosen("ukx"), Lang::uk);
-    EXPECT_EQ(chosen("est"), Lang::es);
-    EXPECT_EQ(chosen("fil"), Lang::en);
-}
+                             {"IgnoresAnAccentedThirdLetter", {"ru\u00E9"}, Lang::ru},
+                             {"IgnoresAMarkOnTheThirdLetter", {"rue\u0301"}, Lang::ru},
+                             {"IgnoresACyrillicThirdLetter", {"ru\u0440"}, Lang::ru},
+                             {"IgnoresAnEmojiAfterTheCode", {"ru\U0001F600"}, Lang::ru},
+                             {"IgnoresAZeroByteAndAMarkAfterTheCode", {std::string("ru\0\u0301", 5)}, Lang::ru},
 
-TEST(L10nTest, LowersTheCaseOfTheCode) {
-    EXPECT_EQ(chosen("RU"), Lang::ru);
-    EXPECT_EQ(chosen("Uk-ua"), Lang::uk);
-    EXPECT_EQ(chosen("eS_419"), Lang::es);
-}
+                             {"RejectsACyrillicLetter", {"\u0433u"}, Lang::en},
+                             {"RejectsFullwidthLetters", {"\uFF52\uFF55"}, Lang::en},
+                             {"RejectsADotlessI", {"\u0131n"}, Lang::en},
+                             {"RejectsALongS", {"e\u017F"}, Lang::en},  // the long s is lower case already
+                             {"RejectsALeadingSpace", {" ru"}, Lang::en},
+                             {"RejectsAHyphenInTheCode", {"r-u"}, Lang::en},
 
-TEST(L10nTest, TakesTheKelvinSignForTheLetterWhoseCapitalItLooksLike) {
-    EXPECT_EQ(chosen("U\u212A-UA"), Lang::uk);
-    EXPECT_EQ(chosen("\u212AU"), Lang::en);
-}
+                             {"IgnoresAnInvalidByteAfterTheCode", {"ru\xFF"}, Lang::ru},
+                             {"IgnoresHalfAMarkAfterTheCode", {"ru\xCC"}, Lang::ru},
+                             {"RejectsAnInvalidByteInTheCode", {"r\xFFu"}, Lang::en},
+                             {"RejectsAnInvalidByteBeforeTheCode", {"\xFFru"}, Lang::en},
+                             {"RejectsInvalidBytesAlone", {"\xF2\xF5"}, Lang::en},
+                             {"RejectsPartOfAKelvinSign", {"U\xE2\x84"}, Lang::en},
+                         }),
+                         [](const auto& row) { return row.param.name; });
 
-TEST(L10nTest, TakesALetterAndItsMarksForOneCharacterThatIsNotTheBareLetter) {
-    EXPECT_EQ(chosen("ru\u0301-RU"), Lang::en);
-    EXPECT_EQ(chosen("r\u0301u"), Lang::en);
-    EXPECT_EQ(chosen("ru\u0301\u0323"), Lang::en);
-    EXPECT_EQ(chosen("\u0301ru"), Lang::en);  // the mark that has no letter is the first character
-    EXPECT_EQ(chosen("ru\u200D"), Lang::en);
-    EXPECT_EQ(chosen("ru\uFE0F"), Lang::en);
-}
+TEST(L10nTest, HasRussianTextsForRussian) { EXPECT_EQ(L10n({"ru-RU"}).text("menu.quit"), "Завершить"); }
 
-TEST(L10nTest, IsNotMisledByWhatFollowsTheSecondCharacter) {
-    EXPECT_EQ(chosen("ru\u00E9"), Lang::ru);
-    EXPECT_EQ(chosen("rue\u0301"), Lang::ru);
-    EXPECT_EQ(chosen("ru\u0440"), Lang::ru);
-    EXPECT_EQ(chosen("ru\U0001F600"), Lang::ru);
-    EXPECT_EQ(chosen(std::string_view("ru\0\u0301", 5)), Lang::ru);
-}
-
-TEST(L10nTest, IsNotMisledByLettersThatOnlyLookLikeACode) {
-    EXPECT_EQ(chosen("\u0433u"), Lang::en);
-    EXPECT_EQ(chosen("\uFF52\uFF55"), Lang::en);  // fullwidth r and u
-    EXPECT_EQ(chosen("\u0131n"), Lang::en);
-    EXPECT_EQ(chosen("e\u017F"), Lang::en);  // the long s is lower case already
-    EXPECT_EQ(chosen(" ru"), Lang::en);
-    EXPECT_EQ(chosen("r-u"), Lang::en);
-}
-
-TEST(L10nTest, TakesBytesThatAreNoCharactersForReplacementCharacters) {
-    EXPECT_EQ(chosen("ru\xFF"), Lang::ru);
-    EXPECT_EQ(chosen("ru\xCC"), Lang::ru);  // a combining mark torn in the middle
-    EXPECT_EQ(chosen("r\xFFu"), Lang::en);
-    EXPECT_EQ(chosen("\xFFru"), Lang::en);
-    EXPECT_EQ(chosen("\xF2\xF5"), Lang::en);
-    EXPECT_EQ(chosen("U\xE2\x84"), Lang::en);  // the Kelvin sign torn in the middle
-}
-
-// What the choice must be wherever no combining mark and no Kelvin sign can be involved.
+// The expected choice for an entry without combining marks and Kelvin signs.
 Lang chosenAmongPlainBytes(std::string_view preferred) {
     std::string code(preferred.substr(0, 2));
     for (char& c : code) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
     return L10n::langFromRawValue(code).value_or(Lang::en);
 }
 
-TEST(L10nTest, SurvivesLanguageVariablesOfAnyBytes) {
+TEST(L10nTest, AcceptsAnyBytesAsALanguage) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
@@ -146,7 +131,7 @@ TEST(L10nTest, SurvivesLanguageVariablesOfAnyBytes) {
                 else
                     preferred += pieces[upTo(pieces.size() - 1)];
             }
-            const Lang lang = chosen(preferred);
+            const Lang lang = chosen({preferred});
             const std::string beginning = preferred.substr(0, 3);
             const bool plain = std::ranges::all_of(beginning, [](char c) { return static_cast<signed char>(c) >= 0; });
             if (plain) {
@@ -167,7 +152,7 @@ TEST(L10nTest, ReadsRawValuesExactlyAndCaseSensitively) {
     EXPECT_EQ(L10n::langFromRawValue(std::string_view("en\0", 3)), std::nullopt);
 }
 
-TEST(L10nTest, KeepsTheLanguagesInTheirOrderWithTheirCodes) {
+TEST(L10nTest, ListsTheLanguagesInOrderWithTheirCodes) {
     std::vector<std::string_view> codes;
     for (const Lang lang : L10n::allLanguages) codes.push_back(L10n::rawValue(lang));
     EXPECT_EQ(codes, (std::vector<std::string_view>{"en", "ru", "uk", "fr", "de", "es"}));
@@ -175,7 +160,7 @@ TEST(L10nTest, KeepsTheLanguagesInTheirOrderWithTheirCodes) {
     EXPECT_EQ(static_cast<int>(Lang::es), 5);
 }
 
-TEST(L10nTest, HashesLanguagesThatAreEqualAlike) {
+TEST(L10nTest, HashesEqualLanguagesEqually) {
     for (const Lang lang : L10n::allLanguages) {
         EXPECT_EQ(std::hash<Lang>{}(lang), std::hash<Lang>{}(*L10n::langFromRawValue(L10n::rawValue(lang))));
     }
@@ -186,7 +171,7 @@ TEST(L10nTest, LooksUpQuitInGermanAndInEnglish) {
     EXPECT_EQ(L10n({"en"}).text("menu.quit"), "Quit");
 }
 
-TEST(L10nTest, ReturnsAKeyThatTheCatalogueLacksUnchangedWhateverTheLanguage) {
+TEST(L10nTest, ReturnsAnUnknownKeyUnchangedInEveryLanguage) {
     for (const Lang lang : L10n::allLanguages) {
         const L10n l10n({std::string(L10n::rawValue(lang))});
         for (const std::string_view key : {"menu.none", "", "Menu.quit", "menu.quit ", "menu", "\xFF"}) {
@@ -216,7 +201,7 @@ TEST(L10nTest, ReturnsTheKeyFromAnEmptyTableAndFromAnEmptyCatalogue) {
     EXPECT_EQ(L10n({"de"}, empty).text("menu.quit"), "menu.quit");
 }
 
-TEST(L10nTest, ShowsATextAsItStandsEvenWithPercentAndBraces) {
+TEST(L10nTest, ReturnsATextWithPercentAndBracesUnchanged) {
     const L10n::Catalogue catalogue{{"menu.quit", {{Lang::en, "100 % {0} %s & <b>"}}}};
     EXPECT_EQ(L10n({"en"}, catalogue).text("menu.quit"), "100 % {0} %s & <b>");
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <ostream>
 
 #include "tests/support/Environment.h"
 #include "tests/support/posix/FileSizeLimit.h"
@@ -47,48 +48,51 @@ struct XdgLoginServiceTest : testing::Test {
 
 TEST_F(XdgLoginServiceTest, IsNotRegisteredWithoutAnEntry) { EXPECT_EQ(login.status(), LoginStatus::notRegistered); }
 
-TEST_F(XdgLoginServiceTest, IsEnabledByAnEntryWhoseProgramIsThere) {
-    enter("Exec=there\n");
-    EXPECT_EQ(login.status(), LoginStatus::enabled);
-    enter("Exec=\"" + (folder / "bin/there") + "\" %U\n");
-    EXPECT_EQ(login.status(), LoginStatus::enabled);
+struct Entry {
+    const char* name;
+    const char* lines;  // $BIN stands for the folder of the programs
+    LoginStatus status;
+};
+void PrintTo(const Entry& entry, std::ostream* out) { *out << entry.lines; }
+
+struct XdgLoginServiceStatusTest : XdgLoginServiceTest, testing::WithParamInterface<Entry> {};
+
+TEST_P(XdgLoginServiceStatusTest, FollowsFromTheEntry) {
+    std::string lines = GetParam().lines;
+    if (const auto bin = lines.find("$BIN"); bin != std::string::npos) lines.replace(bin, 4, folder / "bin");
+    enter(lines);
+    EXPECT_EQ(login.status(), GetParam().status);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    , XdgLoginServiceStatusTest,
+    testing::Values(Entry{"EnabledByNameInThePath", "Exec=there\n", LoginStatus::enabled},
+                    Entry{"EnabledByQuotedPathWithArguments", "Exec=\"$BIN/there\" %U\n", LoginStatus::enabled},
+                    Entry{"EnabledIfTryExecExists", "Exec=there\nTryExec=there\n", LoginStatus::enabled},
+                    Entry{"EnabledIfBothSwitchesAreOn", "Exec=there\nHidden=false\nX-GNOME-Autostart-enabled=true\n",
+                          LoginStatus::enabled},
+                    Entry{"EnabledIfThisDesktopIsListed", "Exec=there\nOnlyShowIn=KDE;GNOME;\nNotShowIn=XFCE;\n",
+                          LoginStatus::enabled},
+                    Entry{"NotRegisteredIfHidden", "Exec=there\nHidden=true\n", LoginStatus::notRegistered},
+                    Entry{"NotRegisteredIfGnomeDisabledIt", "Exec=there\nX-GNOME-Autostart-enabled=false\n",
+                          LoginStatus::notRegistered},
+                    Entry{"RequiresApprovalIfForOtherDesktops", "Exec=there\nOnlyShowIn=KDE;XFCE;\n",
+                          LoginStatus::requiresApproval},
+                    Entry{"RequiresApprovalIfNotForThisDesktop", "Exec=there\nNotShowIn=GNOME;\n",
+                          LoginStatus::requiresApproval},
+                    Entry{"RequiresApprovalIfForNoDesktop", "Exec=there\nOnlyShowIn=\n", LoginStatus::requiresApproval},
+                    Entry{"NotFoundIfTheNameIsNotInThePath", "Exec=gone\n", LoginStatus::notFound},
+                    Entry{"NotFoundIfThePathDoesNotExist", "Exec=/nowhere/ble-kovra\n", LoginStatus::notFound},
+                    Entry{"NotFoundIfTryExecDoesNotExist", "Exec=there\nTryExec=gone\n", LoginStatus::notFound},
+                    Entry{"NotFoundWithoutExec", "", LoginStatus::notFound},
+                    Entry{"NotFoundWithAnEmptyExec", "Exec=\n", LoginStatus::notFound}),
+    [](const auto& row) { return row.param.name; });
 
 TEST_F(XdgLoginServiceTest, IsReadAfreshEachTime) {
     enter("Exec=there\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
     std::filesystem::remove(entryIn("own"));
     EXPECT_EQ(login.status(), LoginStatus::notRegistered);
-}
-
-TEST_F(XdgLoginServiceTest, IsNotRegisteredWhereTheDesktopsSettingsSwitchedItOff) {
-    enter("Exec=there\nHidden=true\n");
-    EXPECT_EQ(login.status(), LoginStatus::notRegistered);
-    enter("Exec=there\nX-GNOME-Autostart-enabled=false\n");
-    EXPECT_EQ(login.status(), LoginStatus::notRegistered);
-    enter("Exec=there\nHidden=false\nX-GNOME-Autostart-enabled=true\n");
-    EXPECT_EQ(login.status(), LoginStatus::enabled);
-}
-
-TEST_F(XdgLoginServiceTest, NeedsApprovalWhereTheEntryIsForOtherDesktops) {
-    enter("Exec=there\nOnlyShowIn=KDE;XFCE;\n");
-    EXPECT_EQ(login.status(), LoginStatus::requiresApproval);
-    enter("Exec=there\nNotShowIn=GNOME;\n");
-    EXPECT_EQ(login.status(), LoginStatus::requiresApproval);
-    enter("Exec=there\nOnlyShowIn=\n");
-    EXPECT_EQ(login.status(), LoginStatus::requiresApproval);
-    enter("Exec=there\nOnlyShowIn=KDE;GNOME;\nNotShowIn=XFCE;\n");
-    EXPECT_EQ(login.status(), LoginStatus::enabled);
-}
-
-TEST_F(XdgLoginServiceTest, IsNotFoundWhereTheProgramHasGone) {
-    for (const char* lines :
-         {"Exec=gone\n", "Exec=/nowhere/ble-kovra\n", "Exec=there\nTryExec=gone\n", "", "Exec=\n"}) {
-        enter(lines);
-        EXPECT_EQ(login.status(), LoginStatus::notFound) << lines;
-    }
-    enter("Exec=there\nTryExec=there\n");
-    EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
 TEST_F(XdgLoginServiceTest, TakesTheUsersEntryBeforeTheSystemsAndTheFirstOfThese) {
