@@ -13,7 +13,7 @@ namespace kovra {
 
 namespace {
 
-// Writes the outlines, with y growing downwards from the top as SVG has it.
+// Writes the outlines. In SVG, y grows downwards from the top.
 class Outlines {
   public:
     explicit Outlines(double height) : height_(height) {
@@ -24,7 +24,7 @@ class Outlines {
     void operator()(const RoundedRectangle& rectangle, double lineWidth) {
         open();
         contour(rectangle, lineWidth / 2);
-        contour(rectangle, -lineWidth / 2);  // the rule of even and odd leaves its inside empty
+        contour(rectangle, -lineWidth / 2);  // by the even-odd rule the inside stays empty
         close();
     }
     void operator()(const Segment& segment, double lineWidth) {
@@ -50,7 +50,7 @@ class Outlines {
     void close() { text_ << "\"/>\n"; }
     void corner(char command, double x, double y) { text_ << command << x << ' ' << height_ - y; }
 
-    // The rectangle's line, moved outwards by `growth`; clockwise from the top left corner's right end.
+    // The rectangle's outline, offset outwards by `growth`; clockwise from the right end of the top left corner.
     void contour(const RoundedRectangle& rectangle, double growth) {
         const double left = rectangle.origin.x - growth;
         const double right = rectangle.origin.x + rectangle.size.width + growth;

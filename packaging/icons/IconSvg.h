@@ -7,11 +7,11 @@
 
 namespace kovra {
 
-// The drawing as a symbolic icon for icon themes. Panels paint such icons in their own colour, some by replacing every
-// fill, some by the class ColorScheme-Text; so each stroke is written as the filled outline of its ink.
+// Returns the drawing as a symbolic icon for icon themes. Panels paint such icons in their own color: some replace
+// every fill, some use the class ColorScheme-Text. Each stroke is therefore written as a filled outline.
 std::string iconSvg(const Drawing& drawing);
 
-// The picture as an icon with colours of its own.
+// Returns the picture as an icon with its own colors.
 std::string iconSvg(const ColoredPicture& picture);
 
 }  // namespace kovra

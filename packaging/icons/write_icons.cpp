@@ -1,5 +1,5 @@
-// Writes the program's pictures as icons into a folder, the status item's and the application's own: the build's way
-// from the program's own drawing to the files that panels and desktops load.
+// Writes the program's pictures, the status item's and the application's own, as icon files into a folder. The build
+// runs it, so that panels and desktops load the program's own drawings.
 
 #include <filesystem>
 #include <fstream>

@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// How far a point lies outside a layer, in points; inside it is less than 0.
+// The distance of a point to the outside of a layer, in points; inside the layer it is negative.
 struct Distance {
     Point point;
     double lineWidth = 0;
@@ -32,7 +32,7 @@ struct Distance {
 };
 
 struct Paint {
-    double red = 0, green = 0, blue = 0, opacity = 0;  // each from 0 to 1, the colours as if opaque
+    double red = 0, green = 0, blue = 0, opacity = 0;  // each from 0 to 1; the colors are not premultiplied
 
     void cover(std::uint32_t color, double share) {
         const double total = share + opacity * (1 - share);

@@ -5,8 +5,8 @@
 
 namespace kovra {
 
-// The picture as pixels, this many on each side, with smooth edges. It is shrunk to leave an even margin, which is a
-// part of the side: icons on macOS do not fill their squares.
+// Returns the picture as a square of this many pixels per side, with smooth edges. It is shrunk to leave an even margin
+// inside the square, since icons on macOS do not fill their squares.
 PixelSquare paintedPicture(const ColoredPicture& picture, unsigned side, double margin);
 
 }  // namespace kovra

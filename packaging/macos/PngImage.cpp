@@ -41,10 +41,10 @@ void addChunk(std::string& png, std::string_view type, std::string_view content)
     addBigEndian(png, crc32(std::string_view(png).substr(begin)));
 }
 
-// Writes one block with the fixed code of RFC 1951, section 3.2.6.
+// Writes one block with the fixed Huffman codes of RFC 1951, section 3.2.6.
 class Deflate {
   public:
-    Deflate() { addBits(0b011, 3); }  // the last block, with the fixed code
+    Deflate() { addBits(0b011, 3); }  // final block, fixed codes
 
     void addLiteral(std::uint8_t byte) {
         if (byte < 144)
@@ -52,7 +52,7 @@ class Deflate {
         else
             addCode(0x190U + byte - 144, 9);
     }
-    // The last byte again, up to this many times. Returns how many are left.
+    // Repeats the last byte up to this many times. Returns how many are left.
     std::size_t addRun(std::size_t length) {
         for (; length >= 258; length -= 258) addRepetition(0xC5, 8);
         for (; length >= 10; length -= 10) addRepetition(8, 7);
@@ -65,10 +65,10 @@ class Deflate {
     }
 
   private:
-    // The code of a length that has no further bits.
+    // Writes the code of a length that has no extra bits.
     void addRepetition(unsigned code, int length) {
         addCode(code, length);
-        addCode(0, 5);  // of the last byte
+        addCode(0, 5);  // distance 1: the last byte
     }
     void addBits(unsigned bits, int count) {
         for (int i = 0; i < count; ++i) {
@@ -88,7 +88,7 @@ class Deflate {
     int count_ = 0;
 };
 
-// As zlib has it (RFC 1950): long runs of one byte are named, all else stands as it is.
+// Compresses into the zlib format (RFC 1950): runs of one byte are encoded as matches, all else as literals.
 std::string compressed(std::string_view bytes) {
     Deflate deflate;
     std::size_t i = 0;
@@ -105,7 +105,7 @@ std::string compressed(std::string_view bytes) {
     return text;
 }
 
-// Each row as what differs from the one above it: even areas become zeroes.
+// Stores each row as its difference from the row above, so that even areas become zeros.
 std::string filtered(const PixelSquare& picture) {
     constexpr char up = 2;
     const std::size_t width = picture.side * bytesOfPixel;
@@ -125,7 +125,7 @@ std::string pngImage(const PixelSquare& picture) {
     std::string header;
     addBigEndian(header, picture.side);
     addBigEndian(header, picture.side);
-    header.append("\x08\x06\x00\x00\x00", 5);  // eight bits each of red, green, blue and opacity
+    header.append("\x08\x06\x00\x00\x00", 5);  // 8 bits each of red, green, blue and opacity
     std::string png = "\x89PNG\r\n\x1A\n";
     addChunk(png, "IHDR", header);
     addChunk(png, "IDAT", compressed(filtered(picture)));

@@ -6,13 +6,13 @@
 
 namespace kovra {
 
-// A square picture of four bytes a pixel: red, green, blue, and how opaque it is. From the top, row by row.
+// A square picture with four bytes per pixel: red, green, blue and opacity. Row by row from the top.
 struct PixelSquare {
     unsigned side = 0;
     std::vector<std::uint8_t> bytes;
 };
 
-// The picture as a PNG file. Even areas are written shortly; otherwise nothing is done to save space.
+// Returns the picture as a PNG file. Only even areas are compressed.
 std::string pngImage(const PixelSquare& picture);
 
 }  // namespace kovra

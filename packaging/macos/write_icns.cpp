@@ -1,5 +1,5 @@
-// Writes the application's own picture as the icon file of its bundle: the build's way from the program's drawing to
-// what Finder, alerts and System Settings show.
+// Writes the application's own picture as the icon file of its bundle. The build runs it, so that Finder, alerts and
+// System Settings show the program's own drawing.
 
 #include <array>
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// One size of the icon, as the file format names it; "@2x" sizes have a name of their own.
+// One size of the icon, by its name in the file format. "@2x" sizes have names of their own.
 struct Entry {
     std::string_view name;
     unsigned side;
@@ -31,7 +31,7 @@ constexpr std::array<Entry, 10> entries{{{"icp4", 16},
                                          {"ic09", 512},
                                          {"ic10", 1024}}};
 
-// What the system's own icons leave free on each side: 100 of 1024.
+// The margin of the system's own icons on each side: 100 of 1024.
 constexpr double margin = 100.0 / 1024;
 
 void addBlock(std::string& file, std::string_view name, std::string_view content) {

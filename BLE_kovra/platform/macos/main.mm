@@ -1,4 +1,4 @@
-// The composition root: makes the services of macOS and runs the application on them.
+// The composition root: creates the services of macOS and runs the application on them.
 
 #import <Foundation/Foundation.h>
 
@@ -11,18 +11,18 @@
 #include "BLE_kovra/platform/macos/application/AppKitAlertPresenter.h"
 #include "BLE_kovra/platform/macos/application/AppKitApplication.h"
 #include "BLE_kovra/platform/macos/application/AppKitStatusBar.h"
-#include "BLE_kovra/platform/macos/views/AppKitWindowHost.h"
 #include "BLE_kovra/platform/macos/application/AppKitWorkspace.h"
 #include "BLE_kovra/platform/macos/application/AppServiceLogin.h"
-#include "BLE_kovra/platform/macos/loop/CFDescriptorLoop.h"
 #include "BLE_kovra/platform/macos/foundation/CFLocale.h"
 #include "BLE_kovra/platform/macos/foundation/CFPreferencesStore.h"
+#include "BLE_kovra/platform/macos/foundation/FoundationLog.h"
+#include "BLE_kovra/platform/macos/foundation/MainBundle.h"
+#include "BLE_kovra/platform/macos/hid/IOKitHIDManager.h"
 #include "BLE_kovra/platform/macos/hotkeys/CarbonHotKeyService.h"
+#include "BLE_kovra/platform/macos/loop/CFDescriptorLoop.h"
 #include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
 #include "BLE_kovra/platform/macos/loop/DispatchSignal.h"
-#include "BLE_kovra/platform/macos/foundation/FoundationLog.h"
-#include "BLE_kovra/platform/macos/hid/IOKitHIDManager.h"
-#include "BLE_kovra/platform/macos/foundation/MainBundle.h"
+#include "BLE_kovra/platform/macos/views/AppKitWindowHost.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 #include "BLE_kovra/platform/posix/PosixProcessRunner.h"
 #include "BLE_kovra/platform/posix/ProcessStart.h"

@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// The system's frameworks for one test: as they are at first, and with nothing of the adapters left in them at the end.
-// To be made before the adapters.
+// The fake frameworks for one test. They start in their initial state, and at the end the rig checks that the adapters
+// have released everything. Construct it before the adapters.
 class FrameworkRig {
   public:
     FrameworkRig() { clear(); }
@@ -20,7 +20,7 @@ class FrameworkRig {
     ~FrameworkRig() {
         FakeRunLoop::endProcess();
         clear();
-        EXPECT_EQ(FakeObject::alive(), 0U) << "references that nobody gave back";
+        EXPECT_EQ(FakeObject::alive(), 0U) << "references that nobody released";
         EXPECT_EQ(FakeHotKeys::held(), 0U);
     }
 

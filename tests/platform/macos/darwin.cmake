@@ -1,10 +1,11 @@
-# Compiles for macOS on a Linux machine, with clang and against declarations of our own, to see that the sources are right.
-# What comes out is never run nor shipped: the C library's headers are musl's, which only stand in.
-#   cmake --toolchain tests/platform/macos/darwin.cmake -DKOVRA_PLATFORM=macos -DKOVRA_CHECKED_ARCHITECTURE=arm64 (or x86_64)
+# Compiles for macOS on a Linux machine, with clang and against our own declarations, to check the sources. The output
+# is never run or shipped: musl's headers stand in for those of the C library.
+#   cmake --toolchain tests/platform/macos/darwin.cmake -DKOVRA_PLATFORM=macos -DKOVRA_CHECKED_ARCHITECTURE=arm64
+# The other architecture is x86_64.
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_VERSION 22)  # macOS 13
 
-set(KOVRA_CHECKED_ARCHITECTURE arm64 CACHE STRING "The processor that is compiled for: arm64 or x86_64")
+set(KOVRA_CHECKED_ARCHITECTURE arm64 CACHE STRING "The processor to compile for: arm64 or x86_64")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KOVRA_CHECKED_ARCHITECTURE)
 set(CMAKE_SYSTEM_PROCESSOR "${KOVRA_CHECKED_ARCHITECTURE}")
 
@@ -13,21 +14,23 @@ find_program(KOVRA_INSTALL_NAME_TOOL NAMES llvm-install-name-tool-14 REQUIRED)
 get_filename_component(llvm "${KOVRA_CLANG}" REALPATH)
 get_filename_component(llvm "${llvm}/../.." ABSOLUTE)
 file(GLOB clang_headers "${llvm}/lib/clang/*/include")
-find_path(KOVRA_MUSL_HEADERS features.h PATHS /usr/include/x86_64-linux-musl /usr/include/aarch64-linux-musl NO_DEFAULT_PATH REQUIRED)
+find_path(KOVRA_MUSL_HEADERS features.h
+  PATHS /usr/include/x86_64-linux-musl /usr/include/aarch64-linux-musl NO_DEFAULT_PATH REQUIRED)
 
 set(CMAKE_OSX_SYSROOT "")
 set(CMAKE_OSX_DEPLOYMENT_TARGET "")
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_INSTALL_NAME_TOOL "${KOVRA_INSTALL_NAME_TOOL}")
-set(flags "-nostdinc -isystem ${llvm}/include/c++/v1 -isystem ${clang_headers} -isystem ${CMAKE_CURRENT_LIST_DIR}/declarations")
-string(APPEND flags " -isystem ${CMAKE_CURRENT_LIST_DIR}/declarations/darwin -isystem ${KOVRA_MUSL_HEADERS} -D_GNU_SOURCE -fblocks")
+set(ours "${CMAKE_CURRENT_LIST_DIR}/declarations")
+set(flags "-nostdinc -isystem ${llvm}/include/c++/v1 -isystem ${clang_headers} -isystem ${ours}")
+string(APPEND flags " -isystem ${ours}/darwin -isystem ${KOVRA_MUSL_HEADERS} -D_GNU_SOURCE -fblocks")
 foreach(language IN ITEMS CXX OBJCXX)
   set(CMAKE_${language}_COMPILER "${KOVRA_CLANG}")
   set(CMAKE_${language}_COMPILER_TARGET "${KOVRA_CHECKED_ARCHITECTURE}-apple-macos13")
   set(CMAKE_${language}_FLAGS_INIT "${flags} -stdlib=libc++")
 endforeach()
 
-# The system's libraries as the linker sees them, where they have been written to.
+# The stubs of the system's libraries for the linker, in the folder that they were written to.
 set(KOVRA_EXPORTS "" CACHE PATH "The folder with the libraries to link against")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KOVRA_EXPORTS)
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld -Wno-unused-command-line-argument -Wl,-syslibroot,${KOVRA_EXPORTS}")

@@ -1,5 +1,6 @@
-"""The system's libraries as a linker sees them, for machines that have none of them: made from exports.txt, and of the
-libc++ that is compiled with."""
+"""Writes linker stubs of the system's libraries, for machines that do not have these libraries.
+
+The exports come from exports.txt, and those of libc++ from the libc++ that the sources are compiled with."""
 
 import subprocess
 from pathlib import Path
@@ -8,7 +9,7 @@ TARGETS = "[ x86_64-macos, arm64-macos ]"
 
 
 def read(path):
-    """For each library its install name, its symbols and its classes."""
+    """Returns the install name, the symbols and the classes of each library."""
     libraries = {}
     for line in path.read_text(encoding="utf-8").splitlines():
         words = line.partition("#")[0].split()
@@ -35,17 +36,17 @@ def text_of(install_name, symbols, classes):
 
 
 def exported_by(*shared_libraries):
-    """What these libraries of this machine define, as macOS would name it."""
+    """Returns the symbols that these libraries of this machine define, with the names that they have on macOS."""
     command = ["llvm-nm-14", "-D", "--defined-only", "--format=posix", *shared_libraries]
     listed = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
     return sorted({"_" + line.split()[0].partition("@")[0] for line in listed if len(line.split()) > 2})
 
 
 def write(exports, root, llvm):
-    """Below root, where a linker looks for them."""
+    """Writes the stubs below root, in the folders where a linker looks for them."""
     libraries = read(exports)
     lib = llvm / "lib"
-    libraries["libSystem"][1].append("dyld_stub_binder")  # which the linker itself takes, and which is no name of C
+    libraries["libSystem"][1].append("dyld_stub_binder")  # the linker itself refers to it; it is not a name of C
     libraries["libc++"] = ("/usr/lib/libc++.1.dylib", exported_by(lib / "libc++.so.1", lib / "libc++abi.so.1"), [])
     for name, library in libraries.items():
         folder = root / ("usr/lib" if name.startswith("lib") else f"System/Library/Frameworks/{name}.framework")

@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
-"""Checks the macOS layer on a machine that is no Mac: compiles every source for both processors against the declarations
-beside this file, links them against what exports.txt lists, looks at the bundle that comes out, and compiles the
-Objective-C++ sources once more against GNUstep's headers. The tests of the logic are compiled and run by clang, too.
+"""Checks the macOS layer on a machine that is not a Mac.
 
-  run_checks.py                all of it
-  run_checks.py --whole   says of a failed check all that the compiler said
+It compiles every source for both processors against the declarations beside this file, links them against the symbols
+in exports.txt, and checks the resulting bundle. It compiles the Objective-C++ sources again, against GNUstep's headers.
+It also builds and runs the tests of the logic with clang.
 
-Needs clang 14 with its linker and library, musl's headers and GNUstep's (tools/install-packages macos), and the preset
-dev configured, for the icon writer. Its last line is "macos: N passed, N failed".
+  run_checks.py            runs all checks
+  run_checks.py --whole    prints the compiler's whole output for a failed check
+
+It needs clang 14 with its linker and library, and the headers of musl and GNUstep (tools/install-packages macos). The
+preset dev must be configured, for the icon writer. The last line is "macos: N passed, N failed".
 """
 
 import argparse
@@ -46,7 +48,7 @@ PLIST = {
     "NSHighResolutionCapable": True,
     "NSPrincipalClass": "NSApplication",
 }
-# Either would keep the trackpad muted after a quit, or promise what the program does not do.
+# The first two would keep the trackpad muted after a quit; the last one would promise what the program does not do.
 NOT_IN_PLIST = ("NSSupportsSuddenTermination", "NSSupportsAutomaticTermination", "NSInputMonitoringUsageDescription")
 
 
@@ -54,9 +56,9 @@ class Failed(Exception):
     pass
 
 
-def expect(condition, words):
+def expect(condition, message):
     if not condition:
-        raise Failed(words)
+        raise Failed(message)
 
 
 def run(*command, **options):
@@ -66,26 +68,27 @@ def run(*command, **options):
 
 
 class Checks:
-    def __init__(self, is_talkative):
+    def __init__(self, is_verbose):
         self.passed = 0
         self.failed = 0
-        self.is_talkative = is_talkative
+        self.is_verbose = is_verbose
 
     def check(self, name, work, *arguments):
         try:
             work(*arguments)
         except Failed as failure:
             self.failed += 1
-            words = str(failure)
+            message = str(failure)
+            shown = message if self.is_verbose else first_errors(message)
             print(f"FAILED  {name}")
-            print("\n".join("        " + line for line in (words if self.is_talkative else first_errors(words)).splitlines()))
+            print("\n".join("        " + line for line in shown.splitlines()))
         else:
             self.passed += 1
 
 
-def first_errors(words):
-    errors = [line for line in words.splitlines() if "error:" in line]
-    return "\n".join(errors[:3] or words.splitlines()[:5])
+def first_errors(message):
+    errors = [line for line in message.splitlines() if "error:" in line]
+    return "\n".join(errors[:3] or message.splitlines()[:5])
 
 
 # Compiling and linking for macOS
@@ -95,22 +98,22 @@ def configured(processor, libraries):
     folder = BUILD / f"macos-{processor}"
     run(
         "cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "--toolchain", HERE / "darwin.cmake",
-        "-DKOVRA_PLATFORM=macos", f"-DKOVRA_CHECKED_ARCHITECTURE={processor}", "-DKOVRA_WERROR=ON", "-DBUILD_TESTING=OFF",
-        "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", f"-DKOVRA_EXPORTS={libraries}",
+        "-DKOVRA_PLATFORM=macos", f"-DKOVRA_CHECKED_ARCHITECTURE={processor}", "-DKOVRA_WERROR=ON",
+        "-DBUILD_TESTING=OFF", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", f"-DKOVRA_EXPORTS={libraries}",
         f"-DKOVRA_WRITE_ICNS={BUILD / 'dev' / 'kovra_write_icns'}",
     )  # fmt: skip
     return folder
 
 
 def built(folder):
-    """What the compiler said of each output that failed, by its path in the folder."""
+    """Builds the folder and returns the compiler's messages for each output that failed, by the output's path."""
     done = subprocess.run(["ninja", "-C", folder, "-k", "0", "-j", "2"], capture_output=True, text=True)
     failures = {}
     for part in re.split(r"^(?=FAILED: )", done.stdout, flags=re.MULTILINE)[1:]:
-        outputs, _, words = part.partition("\n")
-        words = re.split(r"^\[\d+/\d+\] ", words, maxsplit=1, flags=re.MULTILINE)[0]
+        outputs, _, message = part.partition("\n")
+        message = re.split(r"^\[\d+/\d+\] ", message, maxsplit=1, flags=re.MULTILINE)[0]
         for output in outputs.removeprefix("FAILED: ").split():
-            failures[output] = words
+            failures[output] = message
     expect(done.returncode == 0 or failures, done.stdout[-2000:] + done.stderr[-2000:])
     return failures
 
@@ -121,12 +124,12 @@ def compiles(folder, output, failures):
 
 
 def links(program, failures):
-    for output, words in failures.items():
-        expect(not output.endswith("/BLE-kovra"), words)
+    for output, message in failures.items():
+        expect(not output.endswith("/BLE-kovra"), message)
     expect(program.exists(), "it was not linked")
 
 
-def takes_what_it_should(program, processor):
+def has_the_right_libraries(program, processor):
     libraries = {Path(line.split()[0]).name for line in run("llvm-otool-14", "-L", program).splitlines()[1:]}
     expect(libraries == FRAMEWORKS | LIBRARIES, f"it is linked against {sorted(libraries)}")
     headers = run("llvm-objdump-14", "--macho", "--private-headers", program)
@@ -151,29 +154,31 @@ def has_its_properties(bundle):
     for key, value in PLIST.items():
         expect(properties.get(key) == value, f"{key} is {properties.get(key)!r}, not {value!r}")
     for key in NOT_IN_PLIST:
-        expect(key not in properties, f"{key} is there")
+        expect(key not in properties, f"{key} is present")
     identifier = properties.get("CFBundleIdentifier", "")
-    expect(re.fullmatch(r"[A-Za-z0-9-]+(\.[A-Za-z0-9-]+){2,}", identifier), f"{identifier!r} is no identifier")
-    version = re.search(r"project\(BLE-kovra VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
+    expect(re.fullmatch(r"[A-Za-z0-9-]+(\.[A-Za-z0-9-]+){2,}", identifier), f"{identifier!r} is not an identifier")
+    project = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+    version = re.search(r"project\(BLE-kovra VERSION ([\d.]+)", project)[1]
     for key in ("CFBundleShortVersionString", "CFBundleVersion"):
         expect(properties.get(key) == version, f"{key} is {properties.get(key)!r}, not {version!r}")
-    expect((bundle / "Contents" / "MacOS" / properties["CFBundleExecutable"]).is_file(), "there is no program in it")
+    expect((bundle / "Contents" / "MacOS" / properties["CFBundleExecutable"]).is_file(), "it contains no program")
 
 
 def pixels(png):
-    """Its rows, each a list of (red, green, blue, opacity). Of the filters it knows the one that is used."""
-    expect(png[:8] == b"\x89PNG\r\n\x1a\n", "it is no PNG file")
+    """Returns the rows of a PNG, each a list of (red, green, blue, opacity). It supports the only filter in use."""
+    expect(png[:8] == b"\x89PNG\r\n\x1a\n", "it is not a PNG file")
     chunks, at = {}, 8
     while at < len(png):
         size, name = struct.unpack(">I4s", png[at : at + 8])
         content = png[at + 8 : at + 8 + size]
-        expect(zlib.crc32(name + content) == struct.unpack(">I", png[at + 8 + size : at + 12 + size])[0], "a wrong sum")
+        checksum = struct.unpack(">I", png[at + 8 + size : at + 12 + size])[0]
+        expect(zlib.crc32(name + content) == checksum, "a wrong checksum")
         chunks[name] = content
         at += size + 12
     side, height = struct.unpack(">II", chunks[b"IHDR"][:8])
-    expect(side == height and chunks[b"IHDR"][8:] == b"\x08\x06\0\0\0", "it is no square of opaque or clear colours")
+    expect(side == height and chunks[b"IHDR"][8:] == b"\x08\x06\0\0\0", "it is not a square with 8 bits of RGBA")
     packed = zlib.decompress(chunks[b"IDAT"])
-    expect(len(packed) == side * (side * 4 + 1), "it has not as many bytes as it should")
+    expect(len(packed) == side * (side * 4 + 1), "it has the wrong number of bytes")
     above, rows = bytes(side * 4), []
     for row in range(side):
         line = packed[row * (side * 4 + 1) : (row + 1) * (side * 4 + 1)]
@@ -185,7 +190,7 @@ def pixels(png):
 
 def has_its_icon(bundle):
     icon = (bundle / "Contents" / "Resources" / "AppIcon.icns").read_bytes()
-    expect(icon[:4] == b"icns" and struct.unpack(">I", icon[4:8])[0] == len(icon), "it is no icon file")
+    expect(icon[:4] == b"icns" and struct.unpack(">I", icon[4:8])[0] == len(icon), "it is not an icon file")
     sizes, at = {}, 8
     while at < len(icon):
         name, size = struct.unpack(">4sI", icon[at : at + 8])
@@ -205,17 +210,17 @@ def has_its_icon(bundle):
             "slash": rows[side // 2][side // 2],
         }
         expect(seen["corner"][3] == 0, f"{name}: its corner is not clear")
-        if side >= 64:  # smaller ones are mixtures
+        if side >= 64:  # the pixels of smaller ones mix colors
             expect(seen["tile"] == (0x3A, 0x7B, 0xE0, 255), f"{name}: the tile is {seen['tile']}")
             expect(seen["trackpad"] == (255, 255, 255, 255), f"{name}: the trackpad is {seen['trackpad']}")
             expect(seen["slash"] == (0xFF, 0xB3, 0, 255), f"{name}: the slash is {seen['slash']}")
 
 
-# Another description of the same interfaces
+# A second description of the same interfaces
 
 
 def gnustep_headers():
-    """GCC's headers of Objective-C, which GNUstep's include, as clang takes them."""
+    """Copies GCC's headers of Objective-C, which GNUstep includes, and adapts them to clang."""
     folder = BUILD / "macos-gnustep"
     shutil.rmtree(folder, ignore_errors=True)
     found = sorted(GCC_OBJC.glob("*/*/include/objc"))
@@ -223,7 +228,8 @@ def gnustep_headers():
     shutil.copytree(found[-1], folder / "objc")
     runtime = folder / "objc" / "runtime.h"
     text = runtime.read_text(encoding="utf-8")
-    text = text.replace("return object->class_pointer", "return 0").replace("Protocol **", "Protocol *__unsafe_unretained *")
+    text = text.replace("return object->class_pointer", "return 0")
+    text = text.replace("Protocol **", "Protocol *__unsafe_unretained *")
     runtime.write_text(text, encoding="utf-8")
     (folder / "objc" / "blocks_runtime.h").write_text("#include <Block.h>\n", encoding="utf-8")
     return folder
@@ -236,7 +242,7 @@ def agrees_with_gnustep(source, headers):
         "-isystem", "/usr/include/GNUstep", "-isystem", HERE / "declarations", "-include", "Supplement.h",
         "-DGNUSTEP", "-DGNUSTEP_BASE_LIBRARY=1", "-DGNU_RUNTIME=1", "-D_NATIVE_OBJC_EXCEPTIONS",
         "-Werror", "-Wall", "-Wextra", "-Wundeclared-selector",
-        # Some of its types have another sign or are less exact.
+        # GNUstep declares some types with another sign, or less exactly.
         "-Wno-sign-compare", "-Wno-incompatible-pointer-types", source,
     )  # fmt: skip
 
@@ -252,13 +258,13 @@ def compiled_by_clang(folder):
     run("cmake", "--build", folder, "--", "-j2")
 
 
-def keeps_its_tests(folder):
+def passes_its_tests(folder):
     run("ctest", "--test-dir", folder, "-j2", "-R", "^test_", "--no-tests=error")
 
 
 def main():
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    arguments.add_argument("--whole", action="store_true", help="say of a failed check all that the compiler said")
+    arguments.add_argument("--whole", action="store_true", help="print the compiler's whole output for a failed check")
     checks = Checks(arguments.parse_args().whole)
 
     checks.check("the icon writer is built", run, "cmake", "--build", BUILD / "dev", "--target", "kovra_write_icns")
@@ -279,12 +285,12 @@ def main():
             source = Path(entry["file"]).relative_to(ROOT)
             output = re.search(r" -o (\S+)", entry["command"])[1]
             checks.check(f"{processor}: {source} compiles", compiles, folder, output, failures)
-        checks.check(f"{processor}: it links against what exports.txt lists", links, program, failures)
-        checks.check(f"{processor}: it takes the right libraries, for macOS 13", takes_what_it_should, program, processor)
+        checks.check(f"{processor}: it links against the symbols in exports.txt", links, program, failures)
+        checks.check(f"{processor}: it has the right libraries", has_the_right_libraries, program, processor)
         checks.check(f"{processor}: the bundle has its properties", has_its_properties, bundle)
         checks.check(f"{processor}: the bundle has its icon", has_its_icon, bundle)
         programs.append(program)
-    checks.check("both make one program", makes_one_program, programs)
+    checks.check("both make one universal program", makes_one_program, programs)
 
     headers = gnustep_headers()
     for source in sorted((ROOT / "BLE_kovra" / "platform" / "macos").rglob("*.mm")):
@@ -292,7 +298,7 @@ def main():
 
     tests = BUILD / "macos-tests"
     checks.check("clang compiles the tests of the logic", compiled_by_clang, tests)
-    checks.check("the logic keeps its tests when clang has compiled it", keeps_its_tests, tests)
+    checks.check("the tests of the logic pass when clang compiles them", passes_its_tests, tests)
 
     print(f"macos: {checks.passed} passed, {checks.failed} failed")
     sys.exit(1 if checks.failed else 0)

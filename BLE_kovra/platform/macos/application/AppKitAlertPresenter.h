@@ -4,10 +4,10 @@
 
 namespace kovra {
 
-// Alerts as AppKit runs them. One that is open does not stand in the way of quitting; it goes with the process.
+// Shows alerts with AppKit. An open alert does not prevent quitting; it closes with the process.
 //
-// Not to be run from a block of the main queue, whose other blocks would then wait for the answer. From a menu's action
-// and while the application launches they go on.
+// Do not call runModal() from a block of the main queue: all other blocks would wait for the answer. During a menu
+// action and during launch the queue keeps running.
 class AppKitAlertPresenter : public AlertPresenter {
   public:
     AlertResponse runModal(const Alert& alert) override;

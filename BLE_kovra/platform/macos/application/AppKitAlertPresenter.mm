@@ -12,9 +12,9 @@ AlertResponse AppKitAlertPresenter::runModal(const Alert& alert) {
     [made setInformativeText:foundationString(alert.informativeText)];
     for (const std::string& button : alert.buttons) [made addButtonWithTitle:foundationString(button)];
 
-    // Above other programs' windows also where the system does not let this one come to the front.
+    // The alert floats above other programs' windows even if the system does not let this program come to the front.
     [[made window] setLevel:NSFloatingWindowLevel];
-    // Otherwise neither a signal nor the end of the session would end the application while the alert is open.
+    // By default an open alert would keep signals and the end of the session from ending the application.
     [[made window] setPreventsApplicationTerminationWhenModal:NO];
 
     const NSModalResponse response = [made runModal];

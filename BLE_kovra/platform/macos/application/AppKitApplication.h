@@ -10,10 +10,10 @@ namespace kovra {
 
 class DispatchMainQueue;
 
-// The application as AppKit has it. One a process.
+// The application on AppKit. There is one per process.
 //
-// terminate() ends the process: AppKit tells the delegate and never returns. Where the program ends because nobody
-// caught an exception, the delegate is told of the end as well.
+// terminate() ends the process: AppKit notifies the delegate and never returns. The delegate is also notified when an
+// uncaught exception ends the program.
 class AppKitApplication : public Application {
   public:
     explicit AppKitApplication(DispatchMainQueue& queue);

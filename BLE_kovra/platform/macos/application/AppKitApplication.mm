@@ -6,37 +6,37 @@
 #include <exception>
 #include <utility>
 
+#include "BLE_kovra/platform/macos/application/MainMenu.h"
 #include "BLE_kovra/platform/macos/loop/CalledBack.h"
 #include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
-#include "BLE_kovra/platform/macos/application/MainMenu.h"
 
 namespace {
 
-// Until it has been told of the end.
+// Null before run() and after the delegate was notified of the end.
 kovra::ApplicationDelegate* running = nullptr;
 kovra::DispatchMainQueue* mainQueue = nullptr;
-std::terminate_handler lastWords = nullptr;
+std::terminate_handler previousTerminateHandler = nullptr;
 
-void tell(void (kovra::ApplicationDelegate::*what)()) {
+void notify(void (kovra::ApplicationDelegate::*what)()) {
     if (running != nullptr) kovra::calledBack([&] { (running->*what)(); });
 }
 
-void tellOfTheEnd() {
+void notifyOfEnd() {
     kovra::ApplicationDelegate* delegate = std::exchange(running, nullptr);
     if (delegate == nullptr) return;
     mainQueue->stop();
     delegate->applicationWillTerminate();
 }
 
-[[noreturn]] void tellOfTheEndAndAbort() {
+[[noreturn]] void notifyOfEndAndAbort() {
     if (![NSThread isMainThread]) {
-        // A thread of the system's. The delegate belongs to the main thread, which is asked first; it may hang.
-        constexpr unsigned patience = 1;  // seconds
-        mainQueue->async([] { tellOfTheEndAndAbort(); });
-        sleep(patience);
+        // This is a thread of the system. The delegate belongs to the main thread, so that one goes first; it may hang.
+        constexpr unsigned timeout = 1;  // seconds
+        mainQueue->async([] { notifyOfEndAndAbort(); });
+        sleep(timeout);
     }
-    tellOfTheEnd();
-    if (lastWords != nullptr) lastWords();
+    notifyOfEnd();
+    if (previousTerminateHandler != nullptr) previousTerminateHandler();
     std::abort();
 }
 
@@ -52,7 +52,7 @@ void tellOfTheEnd() {
     NSNotificationCenter* center = [[NSWorkspace sharedWorkspace] notificationCenter];
     [center addObserver:self selector:@selector(resume:) name:NSWorkspaceSessionDidBecomeActiveNotification object:nil];
     [center addObserver:self selector:@selector(resume:) name:NSWorkspaceDidWakeNotification object:nil];
-    tell(&kovra::ApplicationDelegate::applicationDidFinishLaunching);
+    notify(&kovra::ApplicationDelegate::applicationDidFinishLaunching);
 }
 
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows {
@@ -64,17 +64,17 @@ void tellOfTheEnd() {
 
 - (void)applicationWillTerminate:(NSNotification*)notification {
     static_cast<void>(notification);
-    kovra::calledBack(tellOfTheEnd);
+    kovra::calledBack(notifyOfEnd);
 }
 
 - (void)reopen:(id)sender {
     static_cast<void>(sender);
-    tell(&kovra::ApplicationDelegate::applicationDidReopen);
+    notify(&kovra::ApplicationDelegate::applicationDidReopen);
 }
 
 - (void)resume:(NSNotification*)notification {
     static_cast<void>(notification);
-    tell(&kovra::ApplicationDelegate::applicationDidResume);
+    notify(&kovra::ApplicationDelegate::applicationDidResume);
 }
 
 @end
@@ -87,13 +87,13 @@ AppKitApplication::AppKitApplication(DispatchMainQueue& queue)
 void AppKitApplication::run(ApplicationDelegate& delegate) {
     running = &delegate;
     mainQueue = &queue_;
-    lastWords = std::set_terminate(tellOfTheEndAndAbort);
-    static_cast<void>(std::atexit(tellOfTheEnd));  // AppKit ends the process by itself where it loses the screen
+    previousTerminateHandler = std::set_terminate(notifyOfEndAndAbort);
+    static_cast<void>(std::atexit(notifyOfEnd));  // AppKit exits by itself when it loses the screen
     delegate_ = [[KovraApplicationDelegate alloc] init];
     [application_ setDelegate:delegate_];
     [application_ setMainMenu:mainMenu(delegate_, @selector(reopen:))];
     [application_ run];
-    tellOfTheEnd();
+    notifyOfEnd();
 }
 
 void AppKitApplication::setActivationPolicy(ActivationPolicy policy) {

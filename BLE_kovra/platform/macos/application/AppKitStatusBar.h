@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// The menu bar's end where programs have their items.
+// The status items in the menu bar.
 class AppKitStatusBar : public StatusBar {
   public:
     std::unique_ptr<StatusItem> statusItem(double length) override;

@@ -2,9 +2,9 @@
 
 #import <AppKit/AppKit.h>
 
-#include "BLE_kovra/platform/macos/views/ActionTarget.h"
 #include "BLE_kovra/platform/macos/application/DrawingImage.h"
 #include "BLE_kovra/platform/macos/foundation/FoundationString.h"
+#include "BLE_kovra/platform/macos/views/ActionTarget.h"
 
 namespace kovra {
 
@@ -22,7 +22,7 @@ NSMenuItem* menuItem(const MenuItem& item) {
     if (item.action) {
         KovraActionTarget* target = [[KovraActionTarget alloc] initWithWork:item.action->perform];
         [made setTarget:target];
-        [made setRepresentedObject:target];  // which keeps it alive
+        [made setRepresentedObject:target];  // keeps the target alive
     }
     if (item.state) [made setState:stateValue(*item.state)];
     [made setTag:item.tag];
@@ -58,7 +58,7 @@ class AppKitStatusItem : public StatusItem, private StatusBarButton {
         [[item_ button] setAccessibilityLabel:foundationString(text)];
     }
 
-    NSStatusItem* item_;  // the bar does not keep it
+    NSStatusItem* item_;  // the status bar does not keep it alive
 };
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The system's list of what starts at login, for the application itself.
+// Registers the application itself in the system's list of login items.
 class AppServiceLogin : public LoginService {
   public:
     LoginStatus status() const override;

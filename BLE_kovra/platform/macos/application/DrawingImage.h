@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Drawn anew at each resolution that it is shown in.
+// An image that is drawn again for each resolution at which it is shown.
 NSImage* drawingImage(const Drawing& drawing);
 
 }  // namespace kovra

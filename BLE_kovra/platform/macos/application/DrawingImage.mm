@@ -33,7 +33,7 @@ void draw(const Drawing& drawing) noexcept {
 }  // namespace
 
 NSImage* drawingImage(const Drawing& drawing) {
-    const Drawing copy = drawing;  // AppKit draws later, on whichever thread
+    const Drawing copy = drawing;  // AppKit draws later, on any thread
     return [NSImage imageWithSize:NSMakeSize(copy.size.width, copy.size.height)
                           flipped:NO
                    drawingHandler:^BOOL(NSRect) {

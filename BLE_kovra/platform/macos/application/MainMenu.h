@@ -4,8 +4,8 @@
 
 namespace kovra {
 
-// The menu that an accessory application has without showing it, for the keys in its windows: Command-comma sends
-// `openSettings` to the target, Command-Q quits, Command-W closes the window that has the keyboard.
+// An accessory application does not show its main menu, but the menu provides the shortcuts in its windows.
+// Command-comma sends `openSettings` to the target, Command-Q quits, Command-W closes the window that has the focus.
 NSMenu* mainMenu(id target, SEL openSettings);
 
 }  // namespace kovra

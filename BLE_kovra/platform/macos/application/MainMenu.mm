@@ -4,7 +4,7 @@ namespace kovra {
 
 namespace {
 
-NSMenuItem* key(NSString* keyEquivalent, SEL action, id target) {
+NSMenuItem* shortcut(NSString* keyEquivalent, SEL action, id target) {
     NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:@"" action:action keyEquivalent:keyEquivalent];
     [item setTarget:target];
     return item;
@@ -22,8 +22,8 @@ NSMenuItem* submenu(NSArray<NSMenuItem*>* items) {
 
 NSMenu* mainMenu(id target, SEL openSettings) {
     NSMenu* menu = [[NSMenu alloc] initWithTitle:@""];
-    [menu addItem:submenu(@[ key(@",", openSettings, target), key(@"q", @selector(terminate:), nil) ])];
-    [menu addItem:submenu(@[ key(@"w", @selector(performClose:), nil) ])];
+    [menu addItem:submenu(@[ shortcut(@",", openSettings, target), shortcut(@"q", @selector(terminate:), nil) ])];
+    [menu addItem:submenu(@[ shortcut(@"w", @selector(performClose:), nil) ])];
     return menu;
 }
 

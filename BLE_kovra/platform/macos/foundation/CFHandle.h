@@ -6,13 +6,13 @@
 
 namespace kovra {
 
-// Owns one reference of a CoreFoundation object, or nothing.
+// Owns one reference to a CoreFoundation object, or nothing.
 template <typename Ref>
 class CFHandle {
   public:
-    // Of what a function named Create or Copy returned, whose reference is the caller's; null where it had none.
+    // Takes over the reference that a function named Create or Copy returned; it may be null.
     explicit CFHandle(Ref owned) : ref_(owned) {}
-    // Of what somebody else owns.
+    // Adds a reference to an object that somebody else owns.
     static CFHandle retained(Ref borrowed) {
         return CFHandle(borrowed != nullptr ? (Ref)CFRetain(borrowed) : nullptr);  // NOLINT: CFTypeRef is const void*
     }

@@ -5,14 +5,13 @@
 
 namespace kovra {
 
-// The user's languages as the system settings list them, and the order of names of the user's region at the moment of
-// construction.
+// The languages from the user's system settings, and the collation of the user's region at the time of construction.
 class CFLocale : public Locale {
   public:
     CFLocale() : locale_(CFLocaleCopyCurrent()) {}
 
     std::vector<std::string> preferredLanguages() const override;
-    // The name itself: the system has no keys to offer, it compares names.
+    // Returns the name itself: the system compares names and provides no sort keys.
     std::string sortKey(std::string_view name) const override { return std::string(name); }
     bool isAscending(const std::string& firstKey, const std::string& secondKey) const override;
 

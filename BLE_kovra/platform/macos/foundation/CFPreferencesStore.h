@@ -4,8 +4,8 @@
 
 namespace kovra {
 
-// The user's defaults of this application, under the identifier of its bundle. What is set is given to the system at
-// once, which brings it to the disk. A text that is no UTF-8 is kept with U+FFFD in place of what is none.
+// The user's defaults for this application, under its bundle identifier. A new value is handed to the system at once,
+// and the system writes it to the disk. Invalid UTF-8 in a text is stored as U+FFFD.
 class CFPreferencesStore : public PreferencesStore {
   public:
     std::optional<PreferenceValue> object(std::string_view key) const override;

@@ -11,7 +11,7 @@ CFHandle<CFStringRef> cfText(std::string_view text) {
 }
 
 std::string utf8(CFStringRef text) {
-    constexpr UInt8 noUtf8 = 0xFF;  // stands for what cannot be written, and is put right below
+    constexpr UInt8 noUtf8 = 0xFF;  // marks what cannot be converted; validUtf8() replaces it below
     const CFRange all{0, CFStringGetLength(text)};
     CFIndex size = 0;
     CFStringGetBytes(text, all, kCFStringEncodingUTF8, noUtf8, false, nullptr, 0, &size);

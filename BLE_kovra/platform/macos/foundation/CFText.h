@@ -7,9 +7,9 @@
 
 namespace kovra {
 
-// With U+FFFD for each piece that is not valid UTF-8, which no CFString can hold.
+// Replaces each invalid piece of UTF-8 by U+FFFD, since a CFString cannot hold it.
 CFHandle<CFStringRef> cfText(std::string_view text);
-// As valid UTF-8, with U+FFFD for half a surrogate pair.
+// Returns valid UTF-8, with U+FFFD for an unpaired surrogate.
 std::string utf8(CFStringRef text);
 
 }  // namespace kovra

@@ -9,13 +9,13 @@
 
 namespace kovra {
 
-// What is not valid UTF-8 becomes U+FFFD: Foundation would refuse the whole text.
+// Replaces invalid UTF-8 by U+FFFD; Foundation would refuse the whole text.
 inline NSString* foundationString(std::string_view text) {
     const std::string valid = validUtf8(text);
     return [[NSString alloc] initWithBytes:valid.data() length:valid.size() encoding:NSUTF8StringEncoding];
 }
 
-// Null becomes an empty text.
+// Returns an empty text for null.
 inline std::string utf8String(NSString* text) {
     const char* bytes = [text UTF8String];
     return bytes == nullptr ? std::string() : std::string(bytes);

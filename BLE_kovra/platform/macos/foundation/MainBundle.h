@@ -4,8 +4,8 @@
 
 namespace kovra {
 
-// The folder that the program was started from, with its information dictionary. A value that is no text, number or
-// truth value counts as none.
+// The bundle that the program was started from, with its information dictionary. Only texts, numbers and booleans count
+// as values.
 class MainBundle : public Bundle {
   public:
     std::optional<InfoValue> infoDictionaryValue(std::string_view key) const override;

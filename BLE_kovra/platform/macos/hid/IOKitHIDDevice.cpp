@@ -8,7 +8,7 @@ namespace kovra {
 
 namespace {
 
-// Owned by the device; null where it has none of this type.
+// Returns a value that the device owns, or null if the device has no property of this type.
 template <typename Ref>
 Ref property(IOHIDDeviceRef device, std::string_view name, CFTypeID type) {
     const CFTypeRef value = IOHIDDeviceGetProperty(device, cfText(name).get());

@@ -10,13 +10,13 @@
 
 namespace kovra {
 
-// The system's manager, and what it calls back with. Letting go of the one ends the calls to the other.
+// The system's manager and the callbacks that it calls. Destroying this object ends the calls.
 class IOKitHIDManager::Delivery {
   public:
     Delivery() : manager_(IOHIDManagerCreate(kCFAllocatorDefault, kIOHIDOptionsTypeNone)) {
         IOHIDManagerSetDeviceMatching(manager_.get(), nullptr);
-        IOHIDManagerRegisterDeviceMatchingCallback(manager_.get(), tell<&Delivery::attached>, this);
-        IOHIDManagerRegisterDeviceRemovalCallback(manager_.get(), tell<&Delivery::removed>, this);
+        IOHIDManagerRegisterDeviceMatchingCallback(manager_.get(), deliver<&Delivery::attached>, this);
+        IOHIDManagerRegisterDeviceRemovalCallback(manager_.get(), deliver<&Delivery::removed>, this);
     }
 
     void begin() {
@@ -27,7 +27,7 @@ class IOKitHIDManager::Delivery {
     static void end(std::unique_ptr<Delivery> delivery) {
         delivery->attached = nullptr;
         delivery->removed = nullptr;
-        // A manager that is calling back must not lose its last reference meanwhile.
+        // A manager must keep its last reference while it runs a callback.
         if (delivery->isCalling_) {
             dispatch_async_f(dispatch_get_main_queue(), delivery.release(),
                              [](void* context) { delete static_cast<Delivery*>(context); });
@@ -39,14 +39,14 @@ class IOKitHIDManager::Delivery {
 
   private:
     template <Callback Delivery::*which>
-    static void tell(void* context, IOReturn, void*, IOHIDDeviceRef device) noexcept {
+    static void deliver(void* context, IOReturn, void*, IOHIDDeviceRef reference) noexcept {
         if (context == nullptr) return;
         auto& delivery = *static_cast<Delivery*>(context);
-        const Callback callback = delivery.*which;  // a copy: it may replace or clear the stored one
+        const Callback callback = delivery.*which;  // a copy: the callback may replace or clear the stored one
         if (!callback) return;
-        const IOKitHIDDevice told(device);
+        const IOKitHIDDevice device(reference);
         const bool wasCalling = std::exchange(delivery.isCalling_, true);
-        callback(told);
+        callback(device);
         delivery.isCalling_ = wasCalling;
     }
 

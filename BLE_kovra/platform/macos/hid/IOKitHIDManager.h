@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// The HID devices of the machine, of every kind. They are told of whether or not the user allows us to listen to their
-// input, which we do not.
+// All HID devices of the machine. The system reports them even if the user does not permit input monitoring, which this
+// program does not do.
 class IOKitHIDManager : public HIDManager {
   public:
     IOKitHIDManager();
@@ -15,7 +15,7 @@ class IOKitHIDManager : public HIDManager {
 
     void registerMatchingCallback(Callback attached) override;
     void registerRemovalCallback(Callback removed) override;
-    // Once.
+    // Call this at most once.
     void open() override;
 
   private:

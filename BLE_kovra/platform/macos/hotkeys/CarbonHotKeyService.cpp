@@ -30,7 +30,7 @@ class Installed : public HotKeyService::Reference {
     }
     static OSStatus press(EventHandlerCallRef, EventRef, void*) noexcept {
         if (all().empty()) return noErr;
-        const auto handler = all().back()->handler_;  // a copy: it may let go of itself
+        const auto handler = all().back()->handler_;  // a copy: the handler may destroy this object
         return handler();
     }
 

@@ -4,10 +4,10 @@
 
 namespace kovra {
 
-// Hot keys of the system's event manager, which delivers them while the application runs and passes none on.
+// Hot keys of the Carbon Event Manager. It delivers presses while the application runs and passes none of them on.
 class CarbonHotKeyService : public HotKeyService {
   public:
-    // Where several are installed, the last one has the presses.
+    // If several handlers are installed, only the last one is called.
     std::unique_ptr<Reference> installHandler(Handler handler) override;
     std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override;
 };

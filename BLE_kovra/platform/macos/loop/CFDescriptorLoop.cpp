@@ -27,11 +27,11 @@ class DescriptorWatch : public DescriptorLoop::Watch {
   private:
     CFHandle<CFFileDescriptorRef> make(int number) {
         const CFFileDescriptorContext context{0, this, nullptr, nullptr, nullptr};
-        return CFHandle(CFFileDescriptorCreate(kCFAllocatorDefault, number, false, rang, &context));
+        return CFHandle(CFFileDescriptorCreate(kCFAllocatorDefault, number, false, becameReadable, &context));
     }
-    static void rang(CFFileDescriptorRef, CFOptionFlags, void* context) noexcept {
+    static void becameReadable(CFFileDescriptorRef, CFOptionFlags, void* context) noexcept {
         if (context == nullptr) return;
-        const auto readable = static_cast<DescriptorWatch*>(context)->readable_;  // outlives its watch in the call
+        const auto readable = static_cast<DescriptorWatch*>(context)->readable_;  // a copy: the call may end the watch
         (*readable)();
     }
 

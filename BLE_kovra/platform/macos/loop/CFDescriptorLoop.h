@@ -6,8 +6,8 @@ namespace kovra {
 
 class DispatchMainQueue;
 
-// The application's run loop, for who waits for descriptors. They are heard in the common modes, also while an alert
-// runs, and from inside a block of the main queue, where no other block runs.
+// Watches descriptors on the application's run loop, in its common modes. Callbacks therefore run while an alert is
+// open, and also inside a block of the main queue, where no other block runs.
 class CFDescriptorLoop : public DescriptorLoop {
   public:
     explicit CFDescriptorLoop(const DispatchMainQueue& queue) : queue_(queue) {}
@@ -17,7 +17,7 @@ class CFDescriptorLoop : public DescriptorLoop {
     bool isStopped() const override;
 
   private:
-    const DispatchMainQueue& queue_;  // whose end is the application's
+    const DispatchMainQueue& queue_;  // stops when the application ends
 };
 
 }  // namespace kovra

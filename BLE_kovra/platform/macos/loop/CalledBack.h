@@ -2,8 +2,8 @@
 
 namespace kovra {
 
-// Does what the system has called the program for. An exception that nobody catches in it ends the program, which gives
-// the trackpad back: it does not pass on into the system's frames, which may swallow it or not be made for it.
+// Runs the work of a callback from the system. An uncaught exception in it ends the program, which returns the
+// trackpad. It must not propagate into the system's frames, which may swallow it or may not support exceptions.
 template <class Work>
 void calledBack(const Work& work) noexcept {
     work();

@@ -22,7 +22,7 @@ class Task : public DelayedTask {
     std::shared_ptr<bool> isCancelled_;
 };
 
-// What the system is given: it calls back with the context once, and then knows it no more. No exception passes it.
+// The system calls this once with the context and then forgets the context. No exception may leave it.
 void run(void* context) noexcept {
     const std::unique_ptr<MainQueue::Block> block(static_cast<MainQueue::Block*>(context));
     if (block) (*block)();

@@ -6,11 +6,11 @@
 
 namespace kovra {
 
-// The system's main queue, which the application's run loop empties in its common modes: also while a menu is open or
-// an alert runs.
+// The system's main queue. The application's run loop drains it in its common modes, hence also while a menu or an
+// alert is open.
 //
-// The system runs no second block inside a first, whatever turns the run loop in it: who waits inside a block (for an
-// answer, or for a program) keeps all others waiting. So what opens an alert is called by its event, not from here.
+// The system never runs a block inside another one, even if the block runs the run loop. A block that waits (for an
+// answer or for a program) therefore delays all others. Open an alert from an event handler, not from a block.
 class DispatchMainQueue : public MainQueue {
   public:
     DispatchMainQueue();
@@ -19,14 +19,14 @@ class DispatchMainQueue : public MainQueue {
     void async(Block block) override;
     std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) override;
 
-    // From now on no block runs and nothing queues.
+    // From now on no block runs and new blocks are dropped.
     void stop();
     bool isStopped() const;
 
   private:
     struct State;
 
-    std::shared_ptr<State> state_;  // outlives the queue for blocks that the system still holds
+    std::shared_ptr<State> state_;  // outlives the queue: the system may still hold blocks
 };
 
 }  // namespace kovra

@@ -6,17 +6,17 @@ struct dispatch_source_s;
 
 namespace kovra {
 
-// A signal of the process, heard on the main queue in place of what the system does at it. Children that are started
-// meanwhile have the system's way again.
+// Receives a signal of the process on the main queue, in place of the signal's default action. Child processes that are
+// started meanwhile get the default action back.
 class DispatchSignal {
   public:
-    DispatchSignal(int number, std::function<void()> heard);
+    DispatchSignal(int number, std::function<void()> received);
     ~DispatchSignal();
     DispatchSignal(const DispatchSignal&) = delete;
     DispatchSignal& operator=(const DispatchSignal&) = delete;
 
   private:
-    std::function<void()> heard_;
+    std::function<void()> received_;
     dispatch_source_s* source_;
 };
 

@@ -16,7 +16,7 @@
 
 - (void)perform:(id)sender {
     static_cast<void>(sender);
-    const std::function<void()> work = _work;  // which may let go of this object
+    const std::function<void()> work = _work;  // a copy: the work may release this object
     if (work) kovra::calledBack(work);
 }
 

@@ -7,8 +7,8 @@ namespace kovra {
 class MainQueue;
 class Workspace;
 
-// Windows as AppKit has them. Once the user has used a control it shows what the content then has, and nothing else,
-// after whatever the use has put on the queue.
+// Windows on AppKit. After the user has used a control, the window shows its content again, so that the control shows
+// the stored value. This happens after the blocks that the control has queued.
 class AppKitWindowHost : public WindowHost {
   public:
     AppKitWindowHost(MainQueue& queue, Workspace& workspace) : queue_(queue), workspace_(workspace) {}

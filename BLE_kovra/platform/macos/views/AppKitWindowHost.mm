@@ -47,13 +47,13 @@ class AppKitWindow : public Window {
           window_([NSWindow windowWithContentViewController:controller_]),
           delegate_([[KovraWindowDelegate alloc] init]) {
         [window_ setDelegate:delegate_];
-        [window_ setRestorable:NO];  // the program decides when it is open
+        [window_ setRestorable:NO];  // the program decides when the window is open
         [window_ setAutorecalculatesKeyViewLoop:YES];
         setContent(std::move(content));
     }
     ~AppKitWindow() override {
         [window_ setDelegate:nil];
-        [window_ setReleasedWhenClosed:NO];  // it goes with this object, once
+        [window_ setReleasedWhenClosed:NO];  // this object holds the only reference
         [window_ close];
     }
     AppKitWindow(const AppKitWindow&) = delete;
@@ -61,7 +61,7 @@ class AppKitWindow : public Window {
 
     void setTitle(const std::string& title) override {
         [window_ setTitle:foundationString(title)];
-        [controller_ setTitle:foundationString(title)];  // of which the window's is a copy
+        [controller_ setTitle:foundationString(title)];  // the window copies the title of its controller
     }
     void setStyleMask(unsigned mask) override { [window_ setStyleMask:static_cast<NSWindowStyleMask>(mask)]; }
     void setContentSize(Size size) override { [window_ setContentSize:NSMakeSize(size.width, size.height)]; }
@@ -72,7 +72,7 @@ class AppKitWindow : public Window {
         [delegate_ setIsVisible:YES];
         if ([window_ isMiniaturized]) [window_ deminiaturize:nil];
         [window_ makeKeyAndOrderFront:nil];
-        [window_ orderFrontRegardless];  // also where the system has not let the program come to the front
+        [window_ orderFrontRegardless];  // works even if the system does not let the program come to the front
     }
     bool isVisible() const override { return [delegate_ isVisible]; }
 
@@ -103,7 +103,7 @@ class AppKitWindow : public Window {
     KovraContentController* controller_;
     NSWindow* window_;
     KovraWindowDelegate* delegate_;
-    // How a queued block learns that the window is no more.
+    // Tells a queued block whether the window still exists.
     std::shared_ptr<AppKitWindow*> self_ = std::make_shared<AppKitWindow*>(this);
 };
 

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A check box. A label of one text is the button's own; any other stands beside it, turns it at a click, and is what
-// screen readers are told.
+// A check box. A label of a single text becomes the button's title. Any other label is placed beside the button: a
+// click on it toggles the button, and its texts become the button's accessibility label.
 class RealisedToggle : public RealisedView {
   public:
     using RealisedView::RealisedView;

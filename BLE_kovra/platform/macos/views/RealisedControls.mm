@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "BLE_kovra/platform/macos/views/ActionTarget.h"
 #include "BLE_kovra/platform/macos/foundation/FoundationString.h"
+#include "BLE_kovra/platform/macos/views/ActionTarget.h"
 #include "BLE_kovra/platform/macos/views/TextAppearance.h"
 
 namespace kovra {
@@ -21,7 +21,7 @@ bool isOneText(const View& view) {
     return view.children.size() == 1 && std::holds_alternative<Text>(view.children[0].kind);
 }
 
-// As a screen reader says it.
+// The texts as a screen reader reads them.
 std::string joined(const std::vector<std::string>& texts) {
     std::string all;
     for (const std::string& text : texts) all += (all.empty() ? "" : ", ") + text;
@@ -68,7 +68,7 @@ void RealisedToggle::make(const View& view, const Surroundings& around) {
     }
     label_ = realise(view.children.front(), site(), around);
     NSView* label = label_->outermost();
-    [label setAccessibilityChildren:@[]];  // the box is called by what they say
+    [label setAccessibilityChildren:@[]];  // their texts are the button's accessibility label
     [label addGestureRecognizer:[[NSClickGestureRecognizer alloc] initWithTarget:button_
                                                                           action:@selector(performClick:)]];
     row_ = [NSStackView stackViewWithViews:@[ button_, label ]];

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A text that wraps to the column that it stands in. In a row it stays on one line, and is cut with an ellipsis where
-// there is no room; small print is not.
+// A text that wraps at the width of its column. In a row it stays on one line and is truncated with an ellipsis if
+// there is no room. Small print is never truncated.
 class RealisedText : public RealisedView {
   public:
     using RealisedView::RealisedView;
@@ -22,7 +22,7 @@ class RealisedText : public RealisedView {
     std::optional<TextRole> role_;
 };
 
-// Decoration: what it says is said by the text beside it too.
+// A decoration. The text beside it carries the same information.
 class RealisedCircle : public RealisedView {
   public:
     explicit RealisedCircle(const ViewSite& site);

@@ -20,8 +20,8 @@ class RealisedStack : public RealisedView {
     ViewChildren<RealisedView> children_;
 };
 
-// An opening on its child, no higher than the child, which gives way where there is no room. How far it is scrolled
-// stays whatever becomes of the child.
+// A scroll view that is at most as high as its child, and smaller if there is no room. It keeps its scroll position
+// when the child changes.
 class RealisedScroll : public RealisedView {
   public:
     explicit RealisedScroll(const ViewSite& site);

@@ -2,7 +2,7 @@
 
 #include "BLE_kovra/platform/macos/views/ViewLayout.h"
 
-// From top to bottom, so that what is scrolled begins at its top.
+// Its origin is at the top, so that scrolling starts at the top.
 @interface KovraDocument : NSView
 @end
 
@@ -20,10 +20,10 @@ namespace {
 
 void showChildren(ViewChildren<RealisedView>& children, const View& view, const ViewSite& site,
                   const Surroundings& around) {
-    const std::vector<std::unique_ptr<RealisedView>> gone = children.show(
+    const std::vector<std::unique_ptr<RealisedView>> removed = children.show(
         view.children, [&](const View& child, std::size_t) { return realise(child, site, around); },
         [&](RealisedView& element, const View& child, std::size_t) { element.show(child, around); });
-    for (const auto& each : gone) [each->outermost() removeFromSuperview];
+    for (const auto& each : removed) [each->outermost() removeFromSuperview];
 }
 
 std::vector<std::string> textsOf(const ViewChildren<RealisedView>& children) {

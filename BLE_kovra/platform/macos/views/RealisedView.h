@@ -14,20 +14,20 @@
 
 namespace kovra {
 
-// Where views live. Both are called from the event loop, and outlive the views.
+// What all views of a window share. Both functions are called from the event loop and outlive the views.
 struct ViewSite {
     std::function<void(const std::string& url)> open;
-    std::function<void()> used;  // the user has used a control, whose function has been called
+    std::function<void()> used;  // called after the user used a control and the control's function ran
 };
 
-// What a view finds around it.
+// What a view inherits from the views around it.
 struct Surroundings {
     TextRole role;
-    std::optional<double> width;  // of the column that it stands in
+    std::optional<double> width;  // of the enclosing column
 };
 
-// One view as AppKit's own, with its modifiers. It stays for as long as there is a view of the same kind with the same
-// modifiers and id in the same place of the tree, and changes only what differs.
+// The AppKit counterpart of one view and its modifiers. It is kept while the same place of the tree holds a view of the
+// same kind with the same modifiers and id, and changes only what differs.
 class RealisedView {
   public:
     explicit RealisedView(const ViewSite& site) : site_(site) {}
@@ -35,14 +35,14 @@ class RealisedView {
     RealisedView(const RealisedView&) = delete;
     RealisedView& operator=(const RealisedView&) = delete;
 
-    // Whether it can show the view.
+    // Returns whether this object can show the view.
     bool isFor(const View& view) const;
     void show(const View& view, const Surroundings& around);
 
-    // With all that the modifiers put around it.
+    // The AppKit view, including the views that the modifiers add around it.
     NSView* outermost() const { return outermost_; }
     bool takesWidth() const { return takesWidth_; }
-    // The texts in it, in order.
+    // The texts in it, in reading order.
     virtual std::vector<std::string> texts() const { return {}; }
 
   protected:
@@ -60,7 +60,7 @@ class RealisedView {
     bool takesWidth_ = false;
 };
 
-// What realises a view of this kind, which it shows already.
+// Creates the counterpart of a view and shows the view in it.
 std::unique_ptr<RealisedView> realise(const View& view, const ViewSite& site, const Surroundings& around);
 
 }  // namespace kovra

@@ -6,16 +6,16 @@
 
 namespace kovra {
 
-// What gives way before the window grows, which AppKit prevents with 500.
+// The priority of what shrinks before the window grows; AppKit keeps a window's size with priority 500.
 constexpr NSLayoutPriority beforeTheWindowGrows = 490;
 
-// The inner one on all four sides of the outer, as a part of it.
+// Adds the inner view to the outer one and pins it to all four edges.
 void fill(NSView* outer, NSView* inner);
 
 NSView* padded(NSView* inner, const Padding& padding);
-// `takesWidth`: the inner one takes what width the frame has; otherwise it is placed in it.
+// `takesWidth`: the inner view takes the whole width of the frame. Otherwise the frame aligns it.
 NSView* framed(NSView* inner, const Frame& frame, bool takesWidth);
-// In the middle, no larger than the outer one.
+// Centers the inner view, no larger than the outer one.
 void placeInTheMiddle(NSView* outer, NSView* inner);
 
 }  // namespace kovra

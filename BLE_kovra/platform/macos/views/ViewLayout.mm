@@ -15,7 +15,7 @@ void add(NSView* outer, NSView* inner) {
     [outer addSubview:inner];
 }
 
-void holdFrom(NSView* outer, NSView* inner, const Padding& padding) {
+void pin(NSView* outer, NSView* inner, const Padding& padding) {
     add(outer, inner);
     [NSLayoutConstraint activateConstraints:@[
         [[inner leadingAnchor] constraintEqualToAnchor:[outer leadingAnchor] constant:padding.horizontal],
@@ -34,11 +34,11 @@ void bound(NSLayoutDimension* dimension, std::optional<double> length, std::opti
 
 }  // namespace
 
-void fill(NSView* outer, NSView* inner) { holdFrom(outer, inner, {}); }
+void fill(NSView* outer, NSView* inner) { pin(outer, inner, {}); }
 
 NSView* padded(NSView* inner, const Padding& padding) {
     NSView* outer = box();
-    holdFrom(outer, inner, padding);
+    pin(outer, inner, padding);
     return outer;
 }
 

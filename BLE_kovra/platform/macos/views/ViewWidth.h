@@ -7,12 +7,12 @@
 
 namespace kovra {
 
-// Whether a view takes what width there is, beyond what it needs: with all its modifiers, or with this many of them,
-// the innermost first.
+// Returns whether a view takes the available width beyond what it needs: with all its modifiers, or with the innermost
+// `modifierCount` of them.
 bool takesWidth(const View& view);
 bool takesWidth(const View& view, std::size_t modifierCount);
 
-// The width that is left inside all its modifiers, of what there is around them. Without a number: as it comes.
+// Returns the width that remains inside all modifiers of a view, given the width around it. No number: not limited.
 std::optional<double> widthInside(const View& view, std::optional<double> around);
 
 }  // namespace kovra

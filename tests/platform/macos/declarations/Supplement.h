@@ -1,5 +1,5 @@
-// What BLE-kovra uses of AppKit and GNUstep's headers do not have: with it the sources are checked against GNUstep's, a
-// description of the same interfaces that others have written.
+// The parts of AppKit that BLE-kovra uses and GNUstep's headers lack. With them the sources are checked against
+// GNUstep's headers, an independent description of the same interfaces.
 #pragma once
 
 #import <AppKit/AppKit.h>

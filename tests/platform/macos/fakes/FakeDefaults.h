@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The user's defaults of one application. What is set is known to the process; only what is synchronized outlives it.
+// The user's defaults of one application. The process sees every value that was set; only synchronized ones outlive it.
 struct FakeDefaults {
     static void startAgain();
     static void clear();

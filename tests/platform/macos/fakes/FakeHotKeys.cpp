@@ -35,7 +35,7 @@ bool areHandlersRefused = false;
 template <typename Ref>
 void drop(std::vector<std::unique_ptr<Ref>>& all, const Ref* one) {
     const auto isIt = [&](const std::unique_ptr<Ref>& other) { return other.get() == one; };
-    if (std::erase_if(all, isIt) != 1) refuse("to give back what is not ours");
+    if (std::erase_if(all, isIt) != 1) refuse("to release what is not ours");
 }
 
 std::string hexadecimal(std::uint32_t number) {

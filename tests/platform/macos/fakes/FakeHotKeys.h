@@ -9,19 +9,19 @@
 
 namespace kovra {
 
-// The keyboard as the system's event manager serves it. A press of a hot key reaches the handlers of this application,
-// the last installed first, until one has dealt with it, and travels no further whatever they answer.
+// The keyboard with the system's event manager. A press of a hot key goes to the handlers of this application, the last
+// installed one first, until one handles it. The press goes no further, whatever the handlers return.
 struct FakeHotKeys {
-    // Whether the window in front got it.
+    // Returns whether the window in front received the press.
     static bool press(std::uint32_t keyCode, std::uint32_t modifiers);
     // From now on another program has this key.
     static void takeByAnother(std::uint32_t keyCode, std::uint32_t modifiers);
     static void refuseHandlers(bool areRefused);
     static void clear();
 
-    // What was asked of the event manager, in order.
+    // The requests to the event manager, in order.
     static std::vector<std::string> takeRequests();
-    // What is installed and registered by now.
+    // The number of handlers and hot keys that are installed now.
     static std::size_t held();
 };
 

@@ -57,14 +57,14 @@ struct __IOHIDManager : FakeObject, FakeRunLoop::Source {
         std::erase(machine.managers, this);
         FakeRunLoop::remove(*this);
         for (const IOHIDDeviceRef device : devices) CFRelease(device);
-        for (const auto& [isAttachment, device] : news) CFRelease(device);
+        for (const auto& [isAttachment, device] : events) CFRelease(device);
     }
 
-    bool isHeardIn(CFRunLoopMode in) const override { return mode != nullptr && FakeRunLoop::isHeard(mode, in); }
-    bool hasNews() const override { return !news.empty(); }
-    void tell() override {
-        const auto [isAttachment, device] = news.front();
-        news.pop_front();
+    bool firesIn(CFRunLoopMode in) const override { return mode != nullptr && FakeRunLoop::fires(mode, in); }
+    bool hasEvents() const override { return !events.empty(); }
+    void fire() override {
+        const auto [isAttachment, device] = events.front();
+        events.pop_front();
         const CallBack& callBack = isAttachment ? attached : removed;
         const IOReturn result = isAttachment && !machine.isListeningAllowed ? notPermitted : success;
         CFRetain(this);
@@ -77,17 +77,17 @@ struct __IOHIDManager : FakeObject, FakeRunLoop::Source {
     void add(const FakeIOKit::Plugged& interface) {
         auto* device = new __IOHIDDevice(interface);
         devices.push_back(device);
-        news.emplace_back(true, static_cast<IOHIDDeviceRef>(const_cast<void*>(CFRetain(device))));
+        events.emplace_back(true, static_cast<IOHIDDeviceRef>(const_cast<void*>(CFRetain(device))));
     }
     void drop(const FakeIOKit::Plugged& interface) {
         const auto found = std::ranges::find(devices, interface, &__IOHIDDevice::interface);
         if (found == devices.end()) return;
-        news.emplace_back(false, *found);  // with the reference
+        events.emplace_back(false, *found);  // passes the reference on
         devices.erase(found);
     }
 
     std::vector<IOHIDDeviceRef> devices;
-    std::deque<std::pair<bool, IOHIDDeviceRef>> news;
+    std::deque<std::pair<bool, IOHIDDeviceRef>> events;
     CallBack attached, removed;
     CFRunLoopMode mode = nullptr;
     bool isMatching = false;

@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// One HID interface as the kernel has it. It owns its properties.
+// One HID interface in the kernel. It owns its properties.
 struct FakeInterface {
     enum class Registry { numbered, refusing, none };  // none: no service behind it
 
@@ -26,11 +26,11 @@ struct FakeInterface {
     std::map<std::string, CFTypeRef> properties;
 };
 
-// The HID system of a machine. What it has in common with the system's:
+// The HID system of a machine. It behaves like the real one in these respects:
 //
-// - A manager finds what is attached already when it is told what to match, and tells of it from the run loop, once it
-//   is scheduled, whether it is opened or not.
-// - Without the user's permission the callbacks come all the same, with a result that is no success.
+// - A manager finds the devices that are attached already when its matching is set. It reports them from the run loop
+//   once it is scheduled, whether or not it is open.
+// - Without the user's permission the callbacks are called all the same, with a result that is not success.
 // - A manager is scheduled once, and must not lose its last reference while it calls back.
 struct FakeIOKit {
     using Plugged = std::shared_ptr<FakeInterface>;
@@ -40,9 +40,9 @@ struct FakeIOKit {
     static void unplugAll();
     static void allowListening(bool isAllowed);
 
-    // What was asked of managers, in order.
+    // The requests to managers, in order.
     static std::vector<std::string> takeRequests();
-    // As a system would that calls once more than it should: with no context, or of a device that it told of before.
+    // Calls each callback without a context, as a system would that calls once too often.
     static void callWithoutContext();
 };
 

@@ -1,5 +1,5 @@
-// Event queues as far as BLE-kovra uses them: a queue is readable once one of its processes has ended, or once it is
-// told to be.
+// The part of event queues that BLE-kovra uses. A queue is readable after one of its processes has ended, or after a
+// trigger.
 
 #include <sys/epoll.h>
 #include <sys/event.h>
@@ -21,7 +21,7 @@ int watch(int queue, int descriptor) {
     return ::epoll_ctl(queue, EPOLL_CTL_ADD, descriptor, &event);
 }
 
-// Of a process that is ending the real queue knows nothing any more.
+// The real queue does not know a process that is ending.
 bool isEnding(pid_t process) {
     siginfo_t end{};
     return ::waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOHANG | WNOWAIT) == 0 && end.si_pid == process;
@@ -36,7 +36,7 @@ int kqueue() { return ::epoll_create1(EPOLL_CLOEXEC); }
 int kevent(int queue, const struct kevent* changes, int changeCount, struct kevent*, int eventCount, const timespec*) {
     if (changeCount != 1 || eventCount != 0 || changes->flags != EV_ADD)
         kovra::refuse("an event queue that is not ours");
-    // The descriptors that are added here live as long as the process: epoll holds on to none of its own.
+    // These descriptors stay open as long as the process: closing one would remove it from epoll.
     if (changes->filter == EVFILT_USER && changes->fflags == NOTE_TRIGGER)
         return watch(queue, ::eventfd(1, EFD_CLOEXEC));
     if (changes->filter != EVFILT_PROC || changes->fflags != NOTE_EXIT) kovra::refuse("an event that is not ours");

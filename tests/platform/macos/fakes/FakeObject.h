@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Ends the test where the real system would crash, or hang.
+// Aborts the test where the real system would crash or hang.
 [[noreturn]] void refuse(const char* why);
 
 enum class FakeType : CFTypeID {
@@ -23,10 +23,10 @@ enum class FakeType : CFTypeID {
     manager
 };
 
-// What every CoreFoundation object is: counted references. What is used after its last one is the address sanitizer's.
+// Reference counting, as every CoreFoundation object has it. The address sanitizer finds a use after the last release.
 class FakeObject {
   public:
-    enum class Life { counted, endless };  // endless: the system's constants
+    enum class Life { counted, endless };  // endless: constants of the system
 
     explicit FakeObject(FakeType type, Life life = Life::counted);
     FakeObject(const FakeObject&) = delete;
@@ -38,7 +38,7 @@ class FakeObject {
     void release() const;
     long references() const { return references_; }
 
-    // That somebody still holds, besides the constants.
+    // The number of objects that still have references, without the constants.
     static std::size_t alive();
 
   private:
@@ -47,7 +47,7 @@ class FakeObject {
     mutable long references_ = 1;
 };
 
-// The object behind a reference, which has to be one of this type.
+// Returns the object behind a reference, which must be of this type.
 template <typename Object>
 Object& fakeObject(CFTypeRef reference, FakeType type) {
     if (reference == nullptr) refuse("a null reference");

@@ -21,9 +21,9 @@ using kovra::refuse;
 
 struct __CFFileDescriptor : FakeObject {
     __CFFileDescriptor(int ours, CFFileDescriptorCallBack callback, void* info)
-        : FakeObject(FakeType::descriptor), number(ours), ring(callback), context(info) {}
+        : FakeObject(FakeType::descriptor), number(ours), readable(callback), context(info) {}
     const int number;
-    const CFFileDescriptorCallBack ring;
+    const CFFileDescriptorCallBack readable;
     void* const context;
     bool isValid = true;
     bool isEnabled = false;
@@ -52,7 +52,7 @@ struct Work {
 
 __CFRunLoop theLoop;
 std::deque<Work> blocks;
-std::multimap<std::int64_t, Work> timers;  // by the moment on the clock, in nanoseconds
+std::multimap<std::int64_t, Work> timers;  // by due time on the clock, in nanoseconds
 std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> sources;
 std::vector<FakeRunLoop::Source*> others;
 bool isInABlock = false;
@@ -68,7 +68,7 @@ void queueTimersThatAreDue() {
 
 bool runBlocks(CFRunLoopMode mode) {
     queueTimersThatAreDue();
-    if (isInABlock || blocks.empty() || !FakeRunLoop::isHeard(kCFRunLoopCommonModes, mode)) return false;
+    if (isInABlock || blocks.empty() || !FakeRunLoop::fires(kCFRunLoopCommonModes, mode)) return false;
     isInABlock = true;
     for (std::size_t left = blocks.size(); left > 0; --left) {
         const Work work = blocks.front();
@@ -79,59 +79,59 @@ bool runBlocks(CFRunLoopMode mode) {
     return true;
 }
 
-bool tellOthers(CFRunLoopMode mode) {
-    bool hasTold = false;
+bool fireOthers(CFRunLoopMode mode) {
+    bool hasFired = false;
     for (FakeRunLoop::Source* source : std::vector(others)) {
         if (std::ranges::find(others, source) == others.end()) continue;
-        if (!source->isHeardIn(mode) || !source->hasNews()) continue;
-        source->tell();
-        hasTold = true;
+        if (!source->firesIn(mode) || !source->hasEvents()) continue;
+        source->fire();
+        hasFired = true;
     }
-    return hasTold;
+    return hasFired;
 }
 
-std::vector<CFFileDescriptorRef> descriptorsHeardIn(CFRunLoopMode mode) {
-    std::vector<CFFileDescriptorRef> heard;
+std::vector<CFFileDescriptorRef> descriptorsIn(CFRunLoopMode mode) {
+    std::vector<CFFileDescriptorRef> watched;
     for (const auto& [source, addedTo] : sources) {
-        if (source->descriptor->isEnabled && FakeRunLoop::isHeard(addedTo, mode)) heard.push_back(source->descriptor);
+        if (source->descriptor->isEnabled && FakeRunLoop::fires(addedTo, mode)) watched.push_back(source->descriptor);
     }
-    return heard;
+    return watched;
 }
 
-// Whether any rings within the patience, in milliseconds.
-std::vector<CFFileDescriptorRef> ringing(CFRunLoopMode mode, int patience) {
-    const auto heard = descriptorsHeardIn(mode);
+// Returns the descriptors that become readable within the timeout, in milliseconds.
+std::vector<CFFileDescriptorRef> readableWithin(CFRunLoopMode mode, int timeout) {
+    const auto watched = descriptorsIn(mode);
     std::vector<pollfd> polled;
-    for (const CFFileDescriptorRef descriptor : heard) polled.push_back({descriptor->number, POLLIN, 0});
+    for (const CFFileDescriptorRef descriptor : watched) polled.push_back({descriptor->number, POLLIN, 0});
     std::vector<CFFileDescriptorRef> found;
-    if (::poll(polled.data(), polled.size(), patience) <= 0) return found;
+    if (::poll(polled.data(), polled.size(), timeout) <= 0) return found;
     for (std::size_t i = 0; i < polled.size(); ++i) {
-        if (polled[i].revents != 0) found.push_back(heard[i]);
+        if (polled[i].revents != 0) found.push_back(watched[i]);
     }
     return found;
 }
 
-bool ringDescriptors(CFRunLoopMode mode) {
-    const auto found = ringing(mode, 0);
+bool fireDescriptors(CFRunLoopMode mode) {
+    const auto found = readableWithin(mode, 0);
     for (const CFFileDescriptorRef descriptor : found) CFRetain(descriptor);
     for (const CFFileDescriptorRef descriptor : found) {
         if (descriptor->isEnabled) {
             descriptor->isEnabled = false;
-            descriptor->ring(descriptor, kCFFileDescriptorReadCallBack, descriptor->context);
+            descriptor->readable(descriptor, kCFFileDescriptorReadCallBack, descriptor->context);
         }
         CFRelease(descriptor);
     }
     return !found.empty();
 }
 
-void waitForNews(CFRunLoopMode mode, std::int64_t end) {
+void waitForEvents(CFRunLoopMode mode, std::int64_t end) {
     std::int64_t wake = end;
     if (!timers.empty() && !isInABlock) wake = std::min(wake, timers.begin()->first);
-    if (wake == std::numeric_limits<std::int64_t>::max() && descriptorsHeardIn(mode).empty()) {
-        refuse("to wait where nothing can ever come");
+    if (wake == std::numeric_limits<std::int64_t>::max() && descriptorsIn(mode).empty()) {
+        refuse("to wait where no event can ever arrive");
     }
     const std::int64_t left = std::max<std::int64_t>(wake - now(), 0) / 1'000'000 + 1;
-    ringing(mode, static_cast<int>(std::min<std::int64_t>(left, 60'000)));
+    readableWithin(mode, static_cast<int>(std::min<std::int64_t>(left, 60'000)));
 }
 
 }  // namespace
@@ -147,7 +147,7 @@ CFRunLoopMode FakeRunLoop::alertMode() {
     return &mode;
 }
 
-bool FakeRunLoop::isHeard(CFRunLoopMode addedTo, CFRunLoopMode in) {
+bool FakeRunLoop::fires(CFRunLoopMode addedTo, CFRunLoopMode in) {
     const bool isCommon = in == kCFRunLoopDefaultMode || in == alertMode();
     return addedTo == in || (addedTo == kCFRunLoopCommonModes && isCommon);
 }
@@ -186,17 +186,17 @@ const CFRunLoopMode kCFRunLoopCommonModes = &commonModes;
 CFRunLoopRef CFRunLoopGetMain() { return &theLoop; }
 
 CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled) {
-    if (mode == kCFRunLoopCommonModes) refuse("to run in what is no mode of its own");
+    if (mode == kCFRunLoopCommonModes) refuse("to run in the common modes, which are not a mode of their own");
     constexpr CFTimeInterval forever = 1e9;
     const std::int64_t end =
         seconds < forever ? now() + static_cast<std::int64_t>(seconds * 1e9) : std::numeric_limits<std::int64_t>::max();
     for (;;) {
-        bool hasHandled = tellOthers(mode);
-        hasHandled |= ringDescriptors(mode);
+        bool hasHandled = fireOthers(mode);
+        hasHandled |= fireDescriptors(mode);
         hasHandled |= runBlocks(mode);
         if (hasHandled && returnAfterSourceHandled) return kCFRunLoopRunHandledSource;
         if (now() >= end) return kCFRunLoopRunTimedOut;
-        if (!hasHandled) waitForNews(mode, end);
+        if (!hasHandled) waitForEvents(mode, end);
     }
 }
 
@@ -208,7 +208,7 @@ void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopM
 
 CFFileDescriptorRef CFFileDescriptorCreate(CFAllocatorRef, int number, Boolean closeOnInvalidate,
                                            CFFileDescriptorCallBack callback, const CFFileDescriptorContext* context) {
-    if (closeOnInvalidate != 0) refuse("to close what others own");
+    if (closeOnInvalidate != 0) refuse("to close a descriptor of another owner");
     if (context->version != 0 || context->retain != nullptr || context->release != nullptr)
         refuse("a context that is not ours");
     return new __CFFileDescriptor(number, callback, context->info);
@@ -222,10 +222,10 @@ void CFFileDescriptorEnableCallBacks(CFFileDescriptorRef descriptor, CFOptionFla
 void CFFileDescriptorInvalidate(CFFileDescriptorRef descriptor) {
     auto& invalid = fakeObject<__CFFileDescriptor>(descriptor, FakeType::descriptor);
     invalid.isValid = invalid.isEnabled = false;
-    const auto gone = std::stable_partition(sources.begin(), sources.end(),
-                                            [&](const auto& source) { return source.first->descriptor != descriptor; });
-    std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> removed(gone, sources.end());
-    sources.erase(gone, sources.end());
+    const auto first = std::stable_partition(
+        sources.begin(), sources.end(), [&](const auto& source) { return source.first->descriptor != descriptor; });
+    std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> removed(first, sources.end());
+    sources.erase(first, sources.end());
     for (const auto& [source, mode] : removed) CFRelease(source);
 }
 

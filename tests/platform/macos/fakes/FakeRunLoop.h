@@ -7,38 +7,40 @@
 
 namespace kovra {
 
-// The run loop of the main thread with the main dispatch queue, in real time. What it has in common with the system's:
+// The run loop of the main thread with the main dispatch queue, in real time. It behaves like the real one in these
+// respects:
 //
-// - A block of the queue runs only where no other does, whatever turns the loop inside that one.
-// - Sources are heard in the modes that they were added to; the common modes are the default one and that of alerts.
-// - A descriptor rings once, and then no more before it is asked to.
+// - A block of the queue never runs inside another one, even if that one runs the loop.
+// - A source fires only in the modes that it was added to. The common modes are the default mode and that of alerts.
+// - A descriptor fires once, and then not again until it is re-enabled.
 //
-// It refuses to wait where nothing can ever come.
+// It refuses to wait if no event can ever arrive.
 class FakeRunLoop {
   public:
-    // What is heard in a mode, besides descriptors and blocks.
+    // An event source other than descriptors and blocks.
     class Source {
       public:
         virtual ~Source() = default;
-        virtual bool isHeardIn(CFRunLoopMode mode) const = 0;
-        virtual bool hasNews() const = 0;
-        virtual void tell() = 0;
+        virtual bool firesIn(CFRunLoopMode mode) const = 0;
+        virtual bool hasEvents() const = 0;
+        virtual void fire() = 0;
     };
     static void add(Source& source);
     static void remove(Source& source);
 
-    // That of alerts, which the application adds to the common modes.
+    // The mode of alerts, which the application adds to the common modes.
     static CFRunLoopMode alertMode();
-    // Whether what was added to one mode is heard in another.
-    static bool isHeard(CFRunLoopMode addedTo, CFRunLoopMode in);
+    // Returns whether a source that was added to one mode fires in another.
+    static bool fires(CFRunLoopMode addedTo, CFRunLoopMode in);
 
-    // Turns until nothing is due any more.
+    // Runs until nothing is due any more.
     static void settle(CFRunLoopMode mode = kCFRunLoopDefaultMode);
+    // Runs for this long.
     static void let(std::chrono::nanoseconds duration);
-    // Whether the condition came true in time.
+    // Runs until the condition holds; returns false if it does not hold in time.
     static bool turnUntil(const std::function<bool()>& condition);
 
-    // What is queued runs off, however late it is due: nothing is left of the process.
+    // Runs all queued blocks, however late they are due, so that nothing remains of the process.
     static void endProcess();
 };
 

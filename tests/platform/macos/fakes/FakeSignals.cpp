@@ -17,12 +17,12 @@ namespace kovra {
 
 namespace {
 
-// As the system has it, a source is made asleep, and its last reference must not go before it is awake.
+// A source starts suspended, as in the real system, and its last reference must not be released before it is resumed.
 struct Source : dispatch_source_s {
     int number = 0;
     void* context = nullptr;
     dispatch_function_t handler = nullptr;
-    bool isAwake = false;
+    bool isResumed = false;
     bool isCancelled = false;
 };
 
@@ -32,7 +32,7 @@ Source& sourceOf(dispatch_object_t object) {
     for (const auto& source : sources) {
         if (source.get() == object) return *source;
     }
-    refuse("no source, or one that has been given back");
+    refuse("a source that does not exist or was released");
 }
 
 bool isIgnored(int number) {
@@ -40,7 +40,7 @@ bool isIgnored(int number) {
     return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-void ring(void* context) {
+void deliver(void* context) {
     const std::unique_ptr<std::shared_ptr<Source>> source(static_cast<std::shared_ptr<Source>*>(context));
     if (!(*source)->isCancelled) (*source)->handler((*source)->context);
 }
@@ -48,10 +48,10 @@ void ring(void* context) {
 }  // namespace
 
 void FakeSignals::raise(int number) {
-    if (!isIgnored(number)) refuse("a signal that nobody has told the process to ignore");
+    if (!isIgnored(number)) refuse("a signal that the process does not ignore");
     for (const auto& source : sources) {
-        if (source->number == number && source->isAwake && !source->isCancelled)
-            ::dispatch_async_f(::dispatch_get_main_queue(), new std::shared_ptr<Source>(source), ring);
+        if (source->number == number && source->isResumed && !source->isCancelled)
+            ::dispatch_async_f(::dispatch_get_main_queue(), new std::shared_ptr<Source>(source), deliver);
     }
 }
 
@@ -78,13 +78,13 @@ void dispatch_source_set_event_handler_f(dispatch_source_t source, dispatch_func
 }
 
 void dispatch_resume(dispatch_object_t object) {
-    if (sourceOf(object).isAwake) refuse("a source that is awake already");
-    sourceOf(object).isAwake = true;
+    if (sourceOf(object).isResumed) refuse("to resume a source twice");
+    sourceOf(object).isResumed = true;
 }
 
 void dispatch_source_cancel(dispatch_source_t source) { sourceOf(source).isCancelled = true; }
 
 void dispatch_release(dispatch_object_t object) {
-    if (!sourceOf(object).isAwake) refuse("the last reference to a source that sleeps");
+    if (!sourceOf(object).isResumed) refuse("to release the last reference to a suspended source");
     std::erase_if(kovra::sources, [&](const auto& source) { return source.get() == object; });
 }

@@ -4,12 +4,12 @@
 
 namespace kovra {
 
-// The signals of the process as dispatch hears them: on the main queue, by the sources that are for them. A signal that
-// the process has not been told to ignore would do to it what signals do; that is refused.
+// The signals of the process as dispatch delivers them: on the main queue, to the sources of that signal. The test
+// aborts if a signal is not ignored, since its default action would apply.
 class FakeSignals {
   public:
     static void raise(int number);
-    // Sources that nobody has given back.
+    // The number of sources that were not released.
     static std::size_t held();
 };
 

@@ -39,7 +39,7 @@ struct CFDictionaryValueCallBacks {};
 
 namespace {
 
-// The text as UTF-16, or false where it is no UTF-8.
+// Decodes UTF-8 into UTF-16; returns false if the text is not valid UTF-8.
 bool decode(const UInt8* bytes, CFIndex count, std::u16string& units) {
     for (CFIndex i = 0; i < count;) {
         const unsigned lead = bytes[i];
@@ -71,14 +71,14 @@ bool decode(const UInt8* bytes, CFIndex count, std::u16string& units) {
 bool isHigh(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool isLow(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-// The character at `i`, which moves on behind it; half a surrogate pair is itself.
+// Returns the character at `i` and advances `i` past it. An unpaired surrogate is returned as it is.
 char32_t next(const std::u16string& units, std::size_t& i) {
     const char16_t unit = units[i++];
     if (!isHigh(unit) || i == units.size() || !isLow(units[i])) return unit;
     return 0x10000 + (static_cast<char32_t>(unit - 0xD800) << 10) + (units[i++] - 0xDC00U);
 }
 
-// As much as can be written without a loss, or, with a byte for what cannot be written, all.
+// Encodes as UTF-8. An unpaired surrogate becomes the loss byte; without a loss byte the text ends there.
 std::string encode(const std::u16string& units, UInt8 lossByte) {
     std::string bytes;
     const auto add = [&](char32_t byte) { bytes += static_cast<char>(static_cast<unsigned char>(byte)); };
@@ -102,7 +102,7 @@ std::string encode(const std::u16string& units, UInt8 lossByte) {
 
 bool isMark(char32_t c) { return c >= 0x300 && c < 0x370; }
 
-// How one text stands among others: its letters, then with their marks. Without a locale the numbers decide.
+// The sort key of a text: its letters, then the letters with their marks. Without a locale only the second part counts.
 using Order = std::pair<std::u32string, std::u32string>;
 
 Order orderOf(const std::u16string& units, CFStringCompareFlags flags, bool hasLocale) {
@@ -144,9 +144,9 @@ std::string textOf(CFStringRef text) { return encode(fakeObject<__CFString>(text
 
 extern "C" {
 
-static const __CFBoolean theTruth, theLie;
-const CFBooleanRef kCFBooleanTrue = &theTruth;
-const CFBooleanRef kCFBooleanFalse = &theLie;
+static const __CFBoolean theTrue, theFalse;
+const CFBooleanRef kCFBooleanTrue = &theTrue;
+const CFBooleanRef kCFBooleanFalse = &theFalse;
 const CFArrayCallBacks kCFTypeArrayCallBacks{};
 const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks{};
 const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks{};
@@ -195,7 +195,7 @@ CFComparisonResult CFStringCompareWithOptionsAndLocale(CFStringRef first, CFStri
     return compared < other ? kCFCompareLessThan : compared == other ? kCFCompareEqualTo : kCFCompareGreaterThan;
 }
 
-Boolean CFBooleanGetValue(CFBooleanRef truth) { return &fakeObject<__CFBoolean>(truth, FakeType::truth) == &theTruth; }
+Boolean CFBooleanGetValue(CFBooleanRef truth) { return &fakeObject<__CFBoolean>(truth, FakeType::truth) == &theTrue; }
 
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void* value) {
     if (type == kCFNumberSInt64Type) return new __CFNumber(*static_cast<const std::int64_t*>(value));

@@ -20,13 +20,13 @@ struct __CFNumber : kovra::FakeObject {
 
 namespace kovra {
 
-// The system's own texts of the tests; the reference is the caller's.
+// Values that a test creates; the caller owns the reference.
 CFStringRef newText(const std::string& utf8);
 CFNumberRef newInteger(std::int64_t value);
-// A text as UTF-8; a lone surrogate ends it.
+// Converts a text to UTF-8, up to the first unpaired surrogate.
 std::string textOf(CFStringRef text);
 
-// What the user has set in the system's settings.
+// The user's system settings.
 struct FakeSettings {
     static std::vector<std::string> languages;
 };

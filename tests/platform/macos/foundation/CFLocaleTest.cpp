@@ -30,7 +30,7 @@ class CFLocaleTest : public testing::Test {
     CFLocale locale_;
 };
 
-TEST_F(CFLocaleTest, KnowsNoLanguageWhereNoneIsListed) {
+TEST_F(CFLocaleTest, ReturnsNoLanguageIfNoneIsListed) {
     FakeSettings::languages = {};
     EXPECT_EQ(locale_.preferredLanguages(), Names());
 }
@@ -41,7 +41,7 @@ TEST_F(CFLocaleTest, OrdersNamesAsTheUsersRegionDoes) {
     EXPECT_EQ(names, (Names{"Apfel", "Äpfel", "Zebra", "Ёлка", "яблоко"}));
 }
 
-TEST_F(CFLocaleTest, TakesALetterWithAMarkForTheLetterAndTheMark) {
+TEST_F(CFLocaleTest, TreatsAPrecomposedLetterAsTheLetterAndItsMark) {
     EXPECT_TRUE(areEqual("Mäuse", "Ma\xCC\x88use"));
     EXPECT_TRUE(areEqual("Ёлка", "е\xCC\x88лка"));
     EXPECT_FALSE(areEqual("Mäuse", "Mause"));

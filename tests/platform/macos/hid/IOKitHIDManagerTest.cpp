@@ -24,7 +24,7 @@ class IOKitDriver {
   public:
     HIDService& service() { return service_; }
 
-    // Those of the interfaces, by their places among all that were ever attached.
+    // Returns the indexes of the interfaces among all that were ever attached.
     std::vector<std::size_t> attach(const DeviceDescription& device) {
         std::vector<std::size_t> places;
         for (int i = 0; i < device.interfaceCount; ++i) {
@@ -36,7 +36,7 @@ class IOKitDriver {
     void detach(const std::vector<std::size_t>& places) {
         for (const std::size_t place : places) FakeIOKit::detach(interfaces_[place].second);
     }
-    // Such a device takes itself off the bus and comes back.
+    // A renamed device detaches from the bus and attaches again.
     void rename(const std::vector<std::size_t>& places, const std::string& product) {
         detach(places);
         for (const std::size_t place : places) {
@@ -59,33 +59,33 @@ class IOKitHIDManagerTest : public testing::Test {
   protected:
     void open() {
         manager_ = service_.createManager();
-        manager_->registerMatchingCallback([this](const HIDDevice& device) { note('+', device); });
-        manager_->registerRemovalCallback([this](const HIDDevice& device) { note('-', device); });
+        manager_->registerMatchingCallback([this](const HIDDevice& device) { report('+', device); });
+        manager_->registerRemovalCallback([this](const HIDDevice& device) { report('-', device); });
         manager_->open();
     }
-    void note(char sign, const HIDDevice& device) {
-        told_.push_back(sign + device.stringProperty("Product").value_or("?"));
-        if (look_) look_(device);
+    void report(char sign, const HIDDevice& device) {
+        reported_.push_back(sign + device.stringProperty("Product").value_or("?"));
+        if (inspect_) inspect_(device);
     }
-    // One interface with this property, seen by the callback.
-    void see(const std::string& property, CFTypeRef value, std::function<void(const HIDDevice&)> look) {
+    // Attaches one interface with this property and inspects it in the callback.
+    void see(const std::string& property, CFTypeRef value, std::function<void(const HIDDevice&)> inspect) {
         auto interface = std::make_shared<FakeInterface>();
         interface->set(property, value);
         FakeIOKit::attach(std::move(interface));
-        look_ = std::move(look);
+        inspect_ = std::move(inspect);
         open();
         FakeRunLoop::settle();
-        ASSERT_EQ(told_.size(), 1U);
+        ASSERT_EQ(reported_.size(), 1U);
     }
 
     FrameworkRig frameworks_;
     IOKitHIDService service_;
     std::unique_ptr<HIDManager> manager_;
-    std::function<void(const HIDDevice&)> look_;
-    Strings told_;
+    std::function<void(const HIDDevice&)> inspect_;
+    Strings reported_;
 };
 
-TEST_F(IOKitHIDManagerTest, AsksForEveryDeviceInTheOrderThatTheSystemWants) {
+TEST_F(IOKitHIDManagerTest, RequestsEveryDeviceInTheOrderThatTheSystemRequires) {
     open();
     EXPECT_EQ(FakeIOKit::takeRequests(), (Strings{"create 0", "match all", "call for attached", "call for removed",
                                                   "schedule in the common modes", "open 0"}));
@@ -93,43 +93,43 @@ TEST_F(IOKitHIDManagerTest, AsksForEveryDeviceInTheOrderThatTheSystemWants) {
     EXPECT_EQ(FakeIOKit::takeRequests(), Strings());
 }
 
-TEST_F(IOKitHIDManagerTest, TellsOfDevicesThatTheUserDoesNotLetUsListenTo) {
+TEST_F(IOKitHIDManagerTest, ReportsDevicesWithoutTheInputMonitoringPermission) {
     FakeIOKit::allowListening(false);
     plugged(aMouse("apple"));
     open();
     FakeRunLoop::settle();
-    EXPECT_EQ(told_, Strings{"+apple"});
+    EXPECT_EQ(reported_, Strings{"+apple"});
 }
 
-TEST_F(IOKitHIDManagerTest, TellsWhileAnAlertRuns) {
+TEST_F(IOKitHIDManagerTest, ReportsDevicesWhileAnAlertIsOpen) {
     open();
     const auto mouse = plugged(aMouse("apple"));
     FakeRunLoop::settle(FakeRunLoop::alertMode());
     FakeIOKit::detach(mouse);
     FakeRunLoop::settle(FakeRunLoop::alertMode());
-    EXPECT_EQ(told_, (Strings{"+apple", "-apple"}));
+    EXPECT_EQ(reported_, (Strings{"+apple", "-apple"}));
 }
 
-TEST_F(IOKitHIDManagerTest, TellsOfADeviceThatWentBeforeItWasToldOf) {
+TEST_F(IOKitHIDManagerTest, ReportsADeviceThatWasRemovedBeforeItWasReported) {
     open();
     FakeIOKit::detach(plugged(aMouse("apple")));
     FakeRunLoop::settle();
-    EXPECT_EQ(told_, (Strings{"+apple", "-apple"}));
+    EXPECT_EQ(reported_, (Strings{"+apple", "-apple"}));
 }
 
 TEST_F(IOKitHIDManagerTest, DoesNothingWithoutAContext) {
     plugged(aMouse("apple"));
     open();
     FakeIOKit::callWithoutContext();
-    EXPECT_EQ(told_, Strings());
+    EXPECT_EQ(reported_, Strings());
 }
 
-TEST_F(IOKitHIDManagerTest, KnowsAnInterfaceByItsHandleWhereTheRegistryRefusesANumber) {
+TEST_F(IOKitHIDManagerTest, IdentifiesAnInterfaceByItsHandleIfTheRegistryRefusesANumber) {
     auto interface = std::make_shared<FakeInterface>();
     interface->registry = FakeInterface::Registry::refusing;
     FakeIOKit::attach(interface);
     std::vector<std::uint64_t> handles;
-    look_ = [&](const HIDDevice& device) {
+    inspect_ = [&](const HIDDevice& device) {
         EXPECT_EQ(device.registryEntryID(), std::nullopt);
         handles.push_back(device.handle());
     };
@@ -142,41 +142,41 @@ TEST_F(IOKitHIDManagerTest, KnowsAnInterfaceByItsHandleWhereTheRegistryRefusesAN
     EXPECT_NE(handles[0], 0U);
 }
 
-TEST_F(IOKitHIDManagerTest, GivesTheRegistrysWholeNumber) {
+TEST_F(IOKitHIDManagerTest, ReturnsTheWholeRegistryNumber) {
     const auto mouse = plugged(aMouse("apple"));
-    look_ = [&](const HIDDevice& device) { EXPECT_EQ(device.registryEntryID(), mouse->number); };
+    inspect_ = [&](const HIDDevice& device) { EXPECT_EQ(device.registryEntryID(), mouse->number); };
     open();
     FakeRunLoop::settle();
     EXPECT_GT(mouse->number, 0xFFFFFFFFU);
-    EXPECT_EQ(told_.size(), 1U);
+    EXPECT_EQ(reported_.size(), 1U);
 }
 
-TEST_F(IOKitHIDManagerTest, HasNoPropertyOfAnotherType) {
+TEST_F(IOKitHIDManagerTest, IgnoresAPropertyOfAnotherType) {
     see("VendorID", newText("1133"), [](const HIDDevice& device) {
         EXPECT_EQ(device.integerProperty("VendorID"), std::nullopt);
         EXPECT_EQ(device.stringProperty("VendorID"), "1133");
     });
 }
 
-TEST_F(IOKitHIDManagerTest, HasNeitherTextNorNumberOfATruthValue) {
+TEST_F(IOKitHIDManagerTest, ReadsABooleanNeitherAsTextNorAsNumber) {
     see("Product", kCFBooleanTrue, [](const HIDDevice& device) {
         EXPECT_EQ(device.stringProperty("Product"), std::nullopt);
         EXPECT_EQ(device.integerProperty("Product"), std::nullopt);
     });
 }
 
-TEST_F(IOKitHIDManagerTest, HasNoIntegerOfAFraction) {
+TEST_F(IOKitHIDManagerTest, ReadsNoIntegerFromAFraction) {
     const double fraction = 1.5;
     see("VendorID", CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &fraction),
         [](const HIDDevice& device) { EXPECT_EQ(device.integerProperty("VendorID"), std::nullopt); });
 }
 
-TEST_F(IOKitHIDManagerTest, GivesANumberBeyond32Bits) {
+TEST_F(IOKitHIDManagerTest, ReturnsANumberBeyond32Bits) {
     see("VendorID", newInteger(-5'000'000'000),
         [](const HIDDevice& device) { EXPECT_EQ(device.integerProperty("VendorID"), -5'000'000'000); });
 }
 
-TEST_F(IOKitHIDManagerTest, GivesANameAsValidUtf8) {
+TEST_F(IOKitHIDManagerTest, ReturnsANameAsValidUtf8) {
     see("Product", new __CFString({u'М', 0xD800, u'ы', 0xDE00, 0xD83D, 0xDE00}),
         [](const HIDDevice& device) { EXPECT_EQ(device.stringProperty("Product"), "М\xEF\xBF\xBDы\xEF\xBF\xBD😀"); });
 }

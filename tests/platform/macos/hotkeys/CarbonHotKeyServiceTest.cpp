@@ -34,7 +34,7 @@ class CarbonHotKeyServiceTest : public testing::Test {
     CarbonHotKeyService service_;
 };
 
-TEST_F(CarbonHotKeyServiceTest, AsksForOnePressOfThisKeyAndGivesEachBackOnce) {
+TEST_F(CarbonHotKeyServiceTest, RegistersOneHotKeyAndReleasesEachReferenceOnce) {
     auto handler = service_.installHandler([] { return 0; });
     auto registered = service_.registerHotKey(hotKey);
     EXPECT_EQ(FakeHotKeys::takeRequests(),
@@ -44,7 +44,7 @@ TEST_F(CarbonHotKeyServiceTest, AsksForOnePressOfThisKeyAndGivesEachBackOnce) {
     EXPECT_EQ(FakeHotKeys::takeRequests(), (Strings{"unregister", "remove"}));
 }
 
-TEST_F(CarbonHotKeyServiceTest, IsNullWhereTheSystemRefuses) {
+TEST_F(CarbonHotKeyServiceTest, ReturnsNullIfTheSystemRefuses) {
     FakeHotKeys::takeByAnother(0x11, controlAndOption);
     FakeHotKeys::refuseHandlers(true);
     EXPECT_EQ(service_.installHandler([] { return 0; }), nullptr);
@@ -65,7 +65,7 @@ TEST_F(CarbonHotKeyServiceTest, CallsNoHandlerThatTheSystemRefused) {
     EXPECT_EQ(pressed, 1);
 }
 
-TEST_F(CarbonHotKeyServiceTest, MayLetGoOfItsHandlerInsideAPress) {
+TEST_F(CarbonHotKeyServiceTest, AllowsAHandlerToDestroyItself) {
     std::unique_ptr<HotKeyService::Reference> handler;
     int pressed = 0;
     handler = service_.installHandler([&] {
@@ -78,7 +78,7 @@ TEST_F(CarbonHotKeyServiceTest, MayLetGoOfItsHandlerInsideAPress) {
     EXPECT_EQ(pressed, 1);
 }
 
-TEST_F(CarbonHotKeyServiceTest, IsNotPressedWithOtherModifiers) {
+TEST_F(CarbonHotKeyServiceTest, IgnoresAPressWithOtherModifiers) {
     int pressed = 0;
     const auto handler = service_.installHandler([&] { return ++pressed, 0; });
     const auto registered = service_.registerHotKey(hotKey);

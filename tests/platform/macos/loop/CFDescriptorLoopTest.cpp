@@ -46,71 +46,71 @@ class CFDescriptorLoopTest : public testing::Test {
     Scripts scripts_;
 };
 
-TEST_F(CFDescriptorLoopTest, IsReadWholeBothStreamsInTheOrderOfWriting) {
+TEST_F(CFDescriptorLoopTest, ReadsBothStreamsCompletelyInTheOrderOfWriting) {
     EXPECT_EQ(output("echo first; echo second >&2; echo third"), "first\nsecond\nthird\n");
     EXPECT_EQ(output("head -c 3000000 /dev/zero").value_or("").size(), 3'000'000U);
 }
 
-TEST_F(CFDescriptorLoopTest, IsWaitedForWhenItHasClosedItsPipe) {
+TEST_F(CFDescriptorLoopTest, WaitsForAProgramThatHasClosedItsPipe) {
     EXPECT_EQ(output("echo written; exec >&- 2>&-; sleep 0.2; : >$here/end"), "written\n");
     EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
 }
 
-TEST_F(CFDescriptorLoopTest, IsWaitedForInsideABlockToo) {
+TEST_F(CFDescriptorLoopTest, WaitsForAProgramInsideABlock) {
     std::optional<std::string> text;
     bool hasNextRun = false;
     queue_.async([&] {
         queue_.async([&] { hasNextRun = true; });
         text = output("sleep 0.1; echo written");
-        EXPECT_FALSE(hasNextRun) << "the system runs no block inside another";
+        EXPECT_FALSE(hasNextRun) << "the system never runs a block inside another one";
     });
     FakeRunLoop::settle();
     EXPECT_EQ(text, "written\n");
     EXPECT_TRUE(hasNextRun);
 }
 
-TEST_F(CFDescriptorLoopTest, IsReadWhileAnAlertRuns) {
+TEST_F(CFDescriptorLoopTest, ReadsADescriptorWhileAnAlertIsOpen) {
     const std::string path = scripts_.make("echo written");
     int pipe[2];
     ASSERT_EQ(::pipe(pipe), 0);
-    int rings = 0;
-    auto watch = loop_.watch(pipe[0], [&] { ++rings; });
+    int fired = 0;
+    auto watch = loop_.watch(pipe[0], [&] { ++fired; });
     ASSERT_EQ(::write(pipe[1], "x", 1), 1);
     FakeRunLoop::settle(FakeRunLoop::alertMode());
-    EXPECT_EQ(rings, 1);
+    EXPECT_EQ(fired, 1);
     FakeRunLoop::settle();
-    EXPECT_EQ(rings, 1) << "silent until it is asked to ring again";
+    EXPECT_EQ(fired, 1) << "silent until it is re-enabled";
     watch->rearm();
     FakeRunLoop::settle();
-    EXPECT_EQ(rings, 2);
+    EXPECT_EQ(fired, 2);
     watch.reset();
     FakeRunLoop::settle();
-    EXPECT_EQ(rings, 2);
+    EXPECT_EQ(fired, 2);
     ::close(pipe[0]);
     ::close(pipe[1]);
 }
 
-TEST_F(CFDescriptorLoopTest, MayLetGoOfItsWatchInsideARing) {
+TEST_F(CFDescriptorLoopTest, AllowsACallbackToDestroyItsWatch) {
     int pipe[2];
     ASSERT_EQ(::pipe(pipe), 0);
     ::close(pipe[1]);
-    bool hasRung = false;
+    bool hasFired = false;
     std::unique_ptr<DescriptorLoop::Watch> watch;
     watch = loop_.watch(pipe[0], [&] {
         watch.reset();
-        hasRung = true;
+        hasFired = true;
     });
     FakeRunLoop::settle();
-    EXPECT_TRUE(hasRung);
+    EXPECT_TRUE(hasFired);
     ::close(pipe[0]);
 }
 
-TEST_F(CFDescriptorLoopTest, ThatIsStartedLeavesNoZombie) {
+TEST_F(CFDescriptorLoopTest, LeavesNoZombieOfAStartedProgram) {
     EXPECT_TRUE(processes_.start({scripts_.make("exit 3"), {}}));
     EXPECT_TRUE(FakeRunLoop::turnUntil([] { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0; }));
 }
 
-TEST_F(CFDescriptorLoopTest, IsHeardOfAlsoWhenItHadEndedBeforeAnybodyListened) {
+TEST_F(CFDescriptorLoopTest, ReportsAProgramThatEndedBeforeTheWatchBegan) {
     Spawn how;
     pid_t process = 0;
     ASSERT_EQ(how.start(scripts_.make("exit 0"), {}, process), 0);
@@ -118,9 +118,9 @@ TEST_F(CFDescriptorLoopTest, IsHeardOfAlsoWhenItHadEndedBeforeAnybodyListened) {
     ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT), 0);
     const FileDescriptor ending(openProcessEnd(process));
     ASSERT_TRUE(ending.isOpen());
-    bool hasRung = false;
-    const auto watch = loop_.watch(ending.number(), [&] { hasRung = true; });
-    EXPECT_TRUE(FakeRunLoop::turnUntil([&] { return hasRung; }));
+    bool hasFired = false;
+    const auto watch = loop_.watch(ending.number(), [&] { hasFired = true; });
+    EXPECT_TRUE(FakeRunLoop::turnUntil([&] { return hasFired; }));
     ::waitpid(process, nullptr, 0);
 }
 

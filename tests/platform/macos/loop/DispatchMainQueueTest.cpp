@@ -22,7 +22,7 @@ class DispatchDriver {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(DispatchMainQueue, MainQueueContract, DispatchDriver);
 
-TEST(DispatchMainQueueTest, GoesOnWhileAnAlertRuns) {
+TEST(DispatchMainQueueTest, RunsBlocksWhileAnAlertIsOpen) {
     const FrameworkRig frameworks;
     DispatchMainQueue queue;
     bool hasRun = false;
@@ -31,7 +31,7 @@ TEST(DispatchMainQueueTest, GoesOnWhileAnAlertRuns) {
     EXPECT_TRUE(hasRun);
 }
 
-TEST(DispatchMainQueueTest, KeepsWhatIsQueuedFromRunningOnceItIsGone) {
+TEST(DispatchMainQueueTest, DropsQueuedBlocksWhenItIsDestroyed) {
     const FrameworkRig frameworks;
     int ran = 0;
     const auto kept = std::make_shared<int>();
@@ -42,11 +42,11 @@ TEST(DispatchMainQueueTest, KeepsWhatIsQueuedFromRunningOnceItIsGone) {
     FakeRunLoop::settle();
     FakeRunLoop::endProcess();
     EXPECT_EQ(ran, 0);
-    EXPECT_EQ(kept.use_count(), 1) << "a block that nobody let go of";
+    EXPECT_EQ(kept.use_count(), 1) << "a block that nobody released";
     task->cancel();
 }
 
-TEST(DispatchMainQueueTest, RunsADelayedBlockTwoSecondsLaterNotEarlierByAFactor) {
+TEST(DispatchMainQueueTest, DoesNotRunATwoSecondBlockEarly) {
     const FrameworkRig frameworks;
     DispatchMainQueue queue;
     bool hasRun = false;

@@ -23,42 +23,42 @@ class DispatchSignalTest : public testing::Test {
     }
 
     FrameworkRig frameworks_;
-    int heard_ = 0;
+    int received_ = 0;
 };
 
-TEST_F(DispatchSignalTest, HearsTheSignalOnTheMainQueueInPlaceOfEnding) {
-    const DispatchSignal signal(SIGTERM, [this] { ++heard_; });
+TEST_F(DispatchSignalTest, DeliversTheSignalOnTheMainQueueInsteadOfEndingTheProcess) {
+    const DispatchSignal signal(SIGTERM, [this] { ++received_; });
     FakeSignals::raise(SIGTERM);
-    EXPECT_EQ(heard_, 0) << "not inside the signal";
+    EXPECT_EQ(received_, 0) << "not inside the signal handler";
     FakeRunLoop::settle();
-    EXPECT_EQ(heard_, 1);
+    EXPECT_EQ(received_, 1);
     FakeSignals::raise(SIGTERM);
     FakeRunLoop::settle();
-    EXPECT_EQ(heard_, 2);
+    EXPECT_EQ(received_, 2);
 }
 
-TEST_F(DispatchSignalTest, HearsItWhileAnAlertRuns) {
-    const DispatchSignal signal(SIGTERM, [this] { ++heard_; });
+TEST_F(DispatchSignalTest, DeliversTheSignalWhileAnAlertIsOpen) {
+    const DispatchSignal signal(SIGTERM, [this] { ++received_; });
     FakeSignals::raise(SIGTERM);
     FakeRunLoop::settle(FakeRunLoop::alertMode());
-    EXPECT_EQ(heard_, 1);
+    EXPECT_EQ(received_, 1);
 }
 
-TEST_F(DispatchSignalTest, HearsNothingOnceItIsGone) {
-    auto signal = std::make_unique<DispatchSignal>(SIGTERM, [this] { ++heard_; });
+TEST_F(DispatchSignalTest, DeliversNothingOnceItIsDestroyed) {
+    auto signal = std::make_unique<DispatchSignal>(SIGTERM, [this] { ++received_; });
     FakeSignals::raise(SIGTERM);
     signal.reset();
     FakeRunLoop::settle();
     FakeSignals::raise(SIGTERM);
     FakeRunLoop::settle();
-    EXPECT_EQ(heard_, 0);
+    EXPECT_EQ(received_, 0);
 }
 
-TEST_F(DispatchSignalTest, EndsTheProgramWhereNobodyCatchesWhatIsThrownAtIt) {
+TEST_F(DispatchSignalTest, EndsTheProgramOnAnUncaughtException) {
     EXPECT_DEATH(
         {
             std::set_terminate([] {
-                std::fputs("told of the end", stderr);
+                std::fputs("notified of the end", stderr);
                 std::abort();
             });
             const DispatchSignal signal(SIGTERM, [] { throw std::runtime_error("thrown"); });
@@ -69,7 +69,7 @@ TEST_F(DispatchSignalTest, EndsTheProgramWhereNobodyCatchesWhatIsThrownAtIt) {
                 std::_Exit(0);
             }
         },
-        "told of the end");
+        "notified of the end");
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ View text() { return {Text{"a"}, {}, {}, {}}; }
 View spacer() { return {Spacer{}, {}, {}, {}}; }
 View stack(std::vector<View> children) { return {Stack{}, std::move(children), {}, {}}; }
 
-TEST(ViewWidthTest, IsTakenByWhatHasNoneOfItsOwn) {
+TEST(ViewWidthTest, IsTakenByKindsWithoutAWidthOfTheirOwn) {
     EXPECT_TRUE(takesWidth({Divider{}, {}, {}, {}}));
     EXPECT_TRUE(takesWidth({Circle{}, {}, {}, {}}));
     EXPECT_TRUE(takesWidth({ScrollView{}, {}, {}, {}}));
@@ -22,14 +22,14 @@ TEST(ViewWidthTest, IsTakenByWhatHasNoneOfItsOwn) {
     EXPECT_FALSE(takesWidth({Link{}, {}, {}, {}}));
 }
 
-TEST(ViewWidthTest, IsTakenByWhatHoldsOneThatTakesIt) {
+TEST(ViewWidthTest, IsTakenByAParentOfAViewThatTakesIt) {
     EXPECT_FALSE(takesWidth(stack({text(), text()})));
     EXPECT_TRUE(takesWidth(stack({text(), stack({spacer(), text()})})));
     EXPECT_TRUE(takesWidth({Toggle{}, {stack({text(), spacer()})}, {}, {}}));
     EXPECT_FALSE(takesWidth({Toggle{}, {text()}, {}, {}}));
 }
 
-TEST(ViewWidthTest, IsWhatTheOutermostModifierSays) {
+TEST(ViewWidthTest, FollowsTheOutermostModifier) {
     EXPECT_FALSE(takesWidth(View{Circle{}, {}, {}, {}}.frame({.width = 8, .height = 8})));
     EXPECT_TRUE(takesWidth(text().frame({.maxWidth = Frame::unbounded})));
     EXPECT_TRUE(takesWidth(text().frame({.maxWidth = Frame::unbounded}).verticalPadding(16)));
@@ -38,13 +38,13 @@ TEST(ViewWidthTest, IsWhatTheOutermostModifierSays) {
     EXPECT_TRUE(takesWidth(spacer().fixedSize(false, true)));
 }
 
-TEST(ViewWidthTest, CountsOnlyAsManyModifiersAsAreAskedFor) {
+TEST(ViewWidthTest, CountsOnlyTheRequestedModifiers) {
     const View dot = View{Circle{}, {}, {}, {}}.frame({.width = 8});
     EXPECT_TRUE(takesWidth(dot, 0));
     EXPECT_FALSE(takesWidth(dot, 1));
 }
 
-TEST(ViewWidthTest, InsideIsWhatFrameAndPaddingLeave) {
+TEST(ViewWidthTest, InsideRemainsAfterFrameAndPadding) {
     EXPECT_EQ(widthInside(stack({}).padding(20).frame({.width = 440}), std::nullopt), 400);
     EXPECT_EQ(widthInside(stack({}).frame({.width = 440}).padding(20), std::nullopt), 440);
     EXPECT_EQ(widthInside(text().frame({.maxWidth = Frame::unbounded}), 400), 400);

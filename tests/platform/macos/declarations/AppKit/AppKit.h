@@ -1,4 +1,4 @@
-// What BLE-kovra uses of AppKit, declared for machines that are no Macs.
+// The parts of AppKit that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #import <Foundation/Foundation.h>
@@ -82,7 +82,7 @@ enum : NSControlStateValue { NSControlStateValueOff = 0, NSControlStateValueOn =
 - (void)removeStatusItem:(NSStatusItem*)item;
 @end
 
-// Colours, fonts, drawing
+// Colors, fonts, drawing
 
 @interface NSColor : NSObject
 + (NSColor*)blackColor;

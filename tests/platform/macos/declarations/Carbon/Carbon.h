@@ -1,4 +1,4 @@
-// What BLE-kovra uses of Carbon's event manager, declared for machines that are no Macs.
+// The parts of the Carbon Event Manager that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>

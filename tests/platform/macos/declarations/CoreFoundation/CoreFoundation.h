@@ -1,4 +1,4 @@
-// What BLE-kovra uses of CoreFoundation, declared for machines that are no Macs.
+// The parts of CoreFoundation that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <stdint.h>
@@ -65,7 +65,7 @@ enum { kCFCompareCaseInsensitive = 1UL, kCFCompareNonliteral = 16UL };
 CFComparisonResult CFStringCompareWithOptionsAndLocale(CFStringRef first, CFStringRef second, CFRange range_of_first,
                                                        CFStringCompareFlags flags, CFLocaleRef locale);
 
-// Truth values, numbers, arrays, dictionaries
+// Booleans, numbers, arrays, dictionaries
 
 extern const CFBooleanRef kCFBooleanTrue;
 extern const CFBooleanRef kCFBooleanFalse;
@@ -76,7 +76,7 @@ typedef CFIndex CFNumberType;
 enum { kCFNumberSInt64Type = 4, kCFNumberDoubleType = 13 };
 CFTypeID CFNumberGetTypeID(void);
 CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void* value);
-// False, with the nearest value, where the number does not fit into the type.
+// Returns false, and the nearest value, if the number does not fit into the type.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
 typedef struct {
@@ -93,7 +93,7 @@ CFArrayRef CFArrayCreate(CFAllocatorRef allocator, const void** values, CFIndex 
 CFIndex CFArrayGetCount(CFArrayRef array);
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
 
-typedef struct CFDictionaryKeyCallBacks CFDictionaryKeyCallBacks;  // not looked into
+typedef struct CFDictionaryKeyCallBacks CFDictionaryKeyCallBacks;  // opaque
 typedef struct CFDictionaryValueCallBacks CFDictionaryValueCallBacks;
 extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
 extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;

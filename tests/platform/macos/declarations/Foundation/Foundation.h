@@ -1,4 +1,4 @@
-// What BLE-kovra uses of Foundation, declared for machines that are no Macs.
+// The parts of Foundation that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <stddef.h>

@@ -1,4 +1,4 @@
-// What BLE-kovra uses of IOKit's registry, declared for machines that are no Macs.
+// The functions of IOKit's registry that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <IOKit/IOTypes.h>

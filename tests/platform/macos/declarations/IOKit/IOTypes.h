@@ -1,4 +1,4 @@
-// What BLE-kovra uses of IOKit's types and results, declared for machines that are no Macs.
+// The types and results of IOKit that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <stdint.h>

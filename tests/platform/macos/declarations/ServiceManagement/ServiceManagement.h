@@ -1,4 +1,4 @@
-// What BLE-kovra uses of ServiceManagement, declared for machines that are no Macs.
+// The parts of ServiceManagement that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #import <Foundation/Foundation.h>

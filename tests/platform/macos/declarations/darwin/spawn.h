@@ -1,4 +1,4 @@
-// The stand-in C library's, and what macOS has besides.
+// musl's header, and what macOS adds to it.
 #pragma once
 
 #include_next <spawn.h>

@@ -1,4 +1,4 @@
-// What BLE-kovra uses of the system's queues, declared for machines that are no Macs.
+// The parts of dispatch that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <stdint.h>
@@ -27,7 +27,7 @@ typedef uint64_t dispatch_time_t;
 #define DISPATCH_TIME_NOW (0ULL)
 #define DISPATCH_TIME_FOREVER (~0ULL)
 
-// The function is no symbol of the library; the queue behind it is.
+// An inline function: the library exports only the queue behind it.
 extern struct dispatch_queue_s _dispatch_main_q;
 static inline dispatch_queue_t dispatch_get_main_queue(void) { return &_dispatch_main_q; }
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);

@@ -1,4 +1,4 @@
-// What BLE-kovra uses of the kernel's event queues, declared for machines that are no Macs.
+// The parts of the kernel's event queues that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <stdint.h>

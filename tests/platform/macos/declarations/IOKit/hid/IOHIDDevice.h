@@ -1,7 +1,7 @@
-// What BLE-kovra uses of HID devices, declared for machines that are no Macs.
+// The functions of HID devices that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
-// Nothing of the registry: who asks for it includes it.
+// It does not include the registry: a source that uses the registry includes it.
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOTypes.h>
 

@@ -1,4 +1,4 @@
-// What BLE-kovra uses of the HID system's names, declared for machines that are no Macs.
+// The names of the HID system that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <stdint.h>

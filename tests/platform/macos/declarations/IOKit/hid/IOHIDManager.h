@@ -1,4 +1,4 @@
-// What BLE-kovra uses of the HID manager, declared for machines that are no Macs.
+// The functions of the HID manager that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <IOKit/hid/IOHIDDevice.h>
