@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Checks that the pages name what exists: every file and every test in docs/where.md, and every link in any page.
 
-  check_pages.py [ROOT]      ROOT: the project's folder; by default the one that this file stands in
+  check_pages.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 
-Prints one line for each name that leads nowhere and for each row that names no file or no test, and exits with 1 if
+Prints one line for each name that does not exist and for each row without a file or a test. The exit status is 1 if
 there is any.
 """
 import pathlib
@@ -12,7 +12,7 @@ import sys
 
 
 def known_tests(root):
-    """Suites, tests as Suite.Name, and the sentences of the scenarios, each with the word of its kind before it."""
+    """Returns the suites, the tests as Suite.Name, and the scenarios' sentences, each after the word of its kind."""
     suites, tests, scenarios = set(), set(), []
     for source in (root / "tests").rglob("*"):
         if source.suffix in (".cpp", ".h"):

@@ -1,4 +1,4 @@
-"""A desktop of its own for each host: a display, a session bus, an empty system bus, and folders that nobody shares."""
+"""A separate desktop for each host: a display, a session bus, an empty system bus, and private folders."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ from sway import SwayScreen
 from waiting import check, wait_for
 from x11 import X11Screen
 
-# What a session bus may start by itself: what panels and screen readers need, and nothing that another machine would not have.
+# The services that a session bus may start: only those that panels and screen readers need, the same on every machine.
 SERVICES = ["org.xfce.Xfconf", "org.mate.panel.applet.NotificationAreaAppletFactory", "org.a11y.Bus"]
 INSTALLED_SERVICES = pathlib.Path("/usr/share/dbus-1/services")
 NOBODY = 65534
@@ -45,7 +45,7 @@ class Process:
         return self._process.poll() is None
 
     def wait_exit(self, limit=15.0):
-        """Its exit status, or minus the signal that ended it."""
+        """Returns the exit status, or minus the signal that ended the process."""
         wait_for(lambda: not self.is_running(), f"{self.name} to end", limit)
         return self._process.returncode
 
@@ -59,7 +59,7 @@ class Process:
 
 
 class Desktop:
-    """Folders, buses and environment; the display is what X11Desktop and SwayDesktop add."""
+    """Folders, buses and environment. X11Desktop and SwayDesktop add the display."""
 
     def __init__(self, folder, **environment):
         self.folder = pathlib.Path(folder)
@@ -74,7 +74,7 @@ class Desktop:
             "XDG_CONFIG_HOME": str(self.home / ".config"), "XDG_DATA_HOME": str(self.home / ".local/share"),
             "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_STATE_HOME": str(self.home / ".local/state"),
             "XDG_RUNTIME_DIR": str(self.runtime), "XDG_DATA_DIRS": "/usr/local/share:/usr/share",
-            # Panels keep away from the accessibility bus, and have their settings in a file of the private home.
+            # Panels do not connect to the accessibility bus, and keep their settings in a file in the private home.
             "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "keyfile",
             **environment,
         }
@@ -83,14 +83,14 @@ class Desktop:
             installed = INSTALLED_SERVICES / f"{name}.service"
             if installed.exists():
                 (self.folder / "services" / installed.name).symlink_to(installed)
-        # First, since what a bus starts inherits the bus's environment.
+        # The display comes first, since the programs that a bus starts inherit the bus's environment.
         self.screen = self._open_display()
         self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = self._start_bus("system")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._start_bus("session")
         self.bus = self._connect()
 
     def start(self, name, *command, environment=None, **options):
-        """Starts a process of this desktop; what `environment` gives it is added to the desktop's own."""
+        """Starts a process of this desktop; `environment` is added to the desktop's own."""
         process = Process(name, command, {**self.environment, **(environment or {})}, self.folder / f"{name}.log",
                           **options)
         self.processes.append(process)
@@ -109,7 +109,8 @@ class Desktop:
             process.kill()
 
     def last_words(self):
-        return "\n".join(f"{process.name}: {process.last_words()}" for process in self.processes if process.last_words())
+        processes = [process for process in self.processes if process.last_words()]
+        return "\n".join(f"{process.name}: {process.last_words()}" for process in processes)
 
     def _start_bus(self, name):
         configuration = self.folder / f"{name}-bus.conf"
@@ -126,7 +127,7 @@ class Desktop:
 
 
 def _listens(path):
-    """A socket is there a moment before anybody listens at it."""
+    """The socket exists a moment before the bus listens on it."""
     with socket.socket(socket.AF_UNIX) as client:
         return client.connect_ex(str(path)) == 0
 
@@ -153,7 +154,7 @@ class SwayDesktop(Desktop):
 
     def _open_display(self):
         self.configure("sway/config", f"xwayland disable\noutput HEADLESS-1 resolution 1280x800 scale {self._scale}\n")
-        # sway refuses to be root's.
+        # sway refuses to run as root.
         other = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if os.geteuid() == 0 else {}
         if other:
             os.chown(self.runtime, NOBODY, NOBODY)

@@ -1,6 +1,6 @@
-"""HID devices that this machine does not have, for the programs that are started with their environment.
+"""HID devices that this machine does not have, for the programs that run with their environment.
 
-They come and go without an event: where no udevd is to be seen, the program looks by itself.
+They come and go without an event: without udevd, the program polls.
 """
 
 import os
@@ -29,11 +29,11 @@ class Devices:
 
     @staticmethod
     def key(name, number):
-        """By what the program knows the mouse that is plugged as the first, the second..."""
+        """Returns the key by which the program knows the mouse that was plugged as the first, second and so on."""
         return f"{name}#1133:{number}"
 
     def plug(self, name):
-        """A mouse of this name; returns by what it is unplugged."""
+        """Plugs a mouse of this name; returns the node for unplug()."""
         self._count += 1
         node = f"0003:046D:{self._count:04X}.{self._count:04X}"
         folder = f"{self._sys}/devices/virtual/misc/uhid/{node}"

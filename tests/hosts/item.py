@@ -1,4 +1,4 @@
-"""The status item and its menu as a host reads them: over the session bus."""
+"""Reads the status item and its menu over the session bus, as a host does."""
 
 from gi.repository import Gio, GLib
 
@@ -34,7 +34,7 @@ class Caller:
 
 
 class Entry:
-    """One entry of the menu; `properties` as the host gets them, defaults left out."""
+    """One entry of the menu; `properties` are those that the host receives, without defaults."""
 
     def __init__(self, number, properties):
         self.number, self.properties = number, properties
@@ -45,7 +45,7 @@ class Entry:
 
     @property
     def checked(self):
-        """None for an entry that cannot carry a check mark."""
+        """Returns None for an entry that cannot carry a check mark."""
         if self.properties.get("toggle-type", "") != "checkmark":
             return None
         return self.properties.get("toggle-state", -1) == 1
@@ -60,19 +60,19 @@ class Item:
         return self._bus.property(self.name, self.path, ITEM, which)
 
     def entries(self):
-        """The whole menu, as a host reads it when it opens it."""
+        """Returns the whole menu, as a host reads it when it opens the menu."""
         call = GLib.Variant("(iias)", (0, -1, []))
         _, (_, properties, children) = self._bus.call(self.name, self._menu, MENU, "GetLayout", call)
         check(properties.get("children-display") == "submenu", f"the menu's root is {properties}")
         return [Entry(number, own) for number, own, below in children]
 
     def properties_of_entries(self, numbers):
-        """The same by the other way to ask, by number of the entry."""
+        """Returns the properties by number of the entry, through the other method that hosts use."""
         call = GLib.Variant("(aias)", (numbers, []))
         return dict(self._bus.call(self.name, self._menu, MENU, "GetGroupProperties", call)[0])
 
     def choose(self, position):
-        """As a host tells it that a person has chosen an entry."""
+        """Reports the choice of an entry, as a host does when a person clicks it."""
         clicked = (self.entries()[position].number, "clicked", GLib.Variant("i", 0), 0)
         self._bus.call(self.name, self._menu, MENU, "Event", GLib.Variant("(isvu)", clicked))
 
@@ -81,7 +81,7 @@ class Item:
 
 
 def item_of_program(connection):
-    """The item of the program itself, wherever it runs on this bus and whether a host has it or not."""
+    """Returns the item of the program itself, whether or not a host shows it."""
     return Item(connection, PROGRAM, "/StatusNotifierItem")
 
 
@@ -94,7 +94,7 @@ def registered_item(connection, pid, limit=20.0):
             return None
         for entry in bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems"):
             name, slash, path = entry.partition("/")
-            # A watcher may still list one that has just gone.
+            # A watcher may still list an item that has just been removed.
             if bus.has_owner(name) and bus.pid_of(name) == pid:
                 return Item(connection, name, slash + path or "/StatusNotifierItem")
         return None

@@ -1,4 +1,4 @@
-"""What the program promises about logging in: a session of other people's making reads the entry."""
+"""The scenario of logging in: another project's session program reads the autostart entry."""
 
 import os
 import pathlib
@@ -13,20 +13,20 @@ from waiting import check, wait_for
 HOST = "lxqt-panel"
 
 
-@scenario("Launch at login: the next session starts the program; switched off again, the session after that does not.",
+@scenario("With launch at login enabled the next session starts the program; disabled, the next one does not.",
           only_on=HOST)
 def login(world):
-    # Without a window manager the session waits half a minute for one.
+    # Without a window manager the session would wait half a minute for one.
     world.desktop.configure("lxqt/session.conf", "[General]\nwindow_manager=openbox\n")
     world.start()
     world.choose(LAUNCH_AT_LOGIN)
-    wait_for(world.autostart.exists, "the entry")
+    wait_for(world.autostart.exists, "the autostart entry")
     world.end_program()
     with Session(world) as session:
         wait_for(lambda: session.runs(world.binary), "the session to start the program", 30)
     world.start()
     world.choose(LAUNCH_AT_LOGIN)
-    wait_for(lambda: not world.item.checked(LAUNCH_AT_LOGIN), "the check mark to go")
+    wait_for(lambda: not world.item.checked(LAUNCH_AT_LOGIN), "the check mark to be removed")
     world.end_program()
     with Session(world) as session:
         check(not session.runs(world.binary), "the session started the program")
@@ -34,16 +34,16 @@ def login(world):
 
 
 class Session:
-    """One login: lasts from the start of the session's program until all that was started in it is gone."""
+    """One login. It lasts from the start of the session program until every process of the session has ended."""
 
     def __init__(self, world):
         self._desktop = world.desktop
-        # Entries whose names come before and after the program's: once they have run, all have been read.
+        # These entries sort before and after the program's: once both have run, all entries have been read.
         self._others = [world.autostart.with_name(f"{name}.desktop") for name in ("a-first", "z-last")]
         self._before = descendants()
 
     def __enter__(self):
-        # The session reads the user's entries alone, not those of what else is installed.
+        # The session reads only the user's entries, not those of other installed programs.
         ran = [self._desktop.folder / f"{entry.stem} ran" for entry in self._others]
         for entry, mark in zip(self._others, ran):
             mark.unlink(missing_ok=True)
@@ -62,7 +62,7 @@ class Session:
                 os.kill(pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
-        # Or the next start would find it there, and end.
+        # Otherwise the next start would find the name owned, and exit.
         wait_for(lambda: not Caller(self._desktop.bus).has_owner(PROGRAM), "the session's program to leave the bus")
         for entry in self._others:
             entry.unlink()

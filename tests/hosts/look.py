@@ -1,20 +1,20 @@
-"""What a person sees in a picture of the screen: what changed, how well it stands out, where a menu's entries are."""
+"""Analyzes pictures of the screen: what changed, how much it stands out, where the entries of a menu are."""
 
 from PIL import Image, ImageChops
 
-# Colours that differ by less than this are one to the eye; of 255.
+# Colors that differ by less than this, of 255, look the same.
 NOTICEABLE = 8
 
 
 def changed(before, after):
-    """A mask, white where the two pictures differ."""
+    """Returns a mask that is white where the two pictures differ."""
     bands = ImageChops.difference(before, after).split()
     strongest = ImageChops.lighter(ImageChops.lighter(bands[0], bands[1]), bands[2])
     return strongest.point(lambda value: 255 if value > NOTICEABLE else 0)
 
 
 def widest_group(mask, gap):
-    """The box around the widest run of columns with something in them, run and run being `gap` empty columns apart."""
+    """Returns the box around the widest run of columns with content; `gap` empty columns separate two runs."""
     runs = _runs(_columns(mask), gap)
     if not runs:
         return None
@@ -24,7 +24,7 @@ def widest_group(mask, gap):
 
 
 def menu_box(mask, least):
-    """The box around the rows in which at least `least` pixels changed: a menu is wide, an icon that lights up is not."""
+    """Returns the box around the rows in which at least `least` pixels changed: a menu is wide, a lit icon is not."""
     rows = [y for y in range(mask.height) if _count(mask, y) >= least]
     if not rows:
         return None
@@ -34,7 +34,7 @@ def menu_box(mask, least):
 
 
 def text_rows(menu, scale):
-    """The rows (top, bottom) of a menu's picture in which text stands; separators and borders are none."""
+    """Returns the rows (top, bottom) of a menu's picture that contain text, without separators and borders."""
     edge = round(3 * scale)
     inside = menu.crop((edge, edge, menu.width - edge, menu.height - edge))
     paper = Image.new("RGB", inside.size, max(inside.getcolors(1 << 24))[1])
@@ -44,7 +44,7 @@ def text_rows(menu, scale):
 
 
 def is_slash(mask):
-    """Whether what changed is one straight line from the bottom left to the top right."""
+    """Returns whether the change is one straight line from the bottom left to the top right."""
     box = mask.getbbox()
     line = mask.crop(box)
     width, height = line.size
@@ -56,23 +56,23 @@ def is_slash(mask):
 
 
 def drawn(picture, box):
-    """The pixels of the box that are not the bare panel's, each as (the panel's colour, its own).
+    """Yields the pixels of the box that differ from the bare panel, each as (the panel's color, its own color).
 
-    What the panel looks like there is seen in the middle of it, in the same row.
+    The color of the panel is taken from its middle, in the same row.
     """
     left, top, right, bottom = box
     for y in range(top, bottom):
         paper = picture.getpixel((picture.width // 2, y))
-        for colour in (picture.getpixel((x, y)) for x in range(left, right)):
-            if max(abs(one - other) for one, other in zip(paper, colour)) > NOTICEABLE:
-                yield paper, colour
+        for color in (picture.getpixel((x, y)) for x in range(left, right)):
+            if max(abs(one - other) for one, other in zip(paper, color)) > NOTICEABLE:
+                yield paper, color
 
 
 def contrast(picture, box):
-    """How much the strokes in the box stand out from the panel beneath, as the ratio of luminances (1 to 21).
+    """Returns how much the strokes in the box stand out from the panel, as a ratio of luminances (1 to 21).
 
-    A stroke is a pixel or two wide, so most of its pixels are half panel: what the eye takes for its colour is that of
-    the strongest quarter.
+    A stroke is a pixel or two wide, so most of its pixels blend with the panel. The eye perceives the color of the
+    strongest quarter.
     """
     ratios = sorted(_ratio(*pair) for pair in drawn(picture, box))
     strongest = ratios[-max(1, len(ratios) // 4):]
@@ -84,16 +84,16 @@ def _ratio(one, other):
     return (light + 0.05) / (dark + 0.05)
 
 
-def _luminance(colour):
-    """Relative luminance of a colour in sRGB."""
+def _luminance(color):
+    """Returns the relative luminance of a color in sRGB."""
     linear = [value / 12.92 if value <= 0.04045 else ((value + 0.055) / 1.055) ** 2.4
-              for value in (band / 255 for band in colour)]
+              for value in (band / 255 for band in color)]
     return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
 
 
 def _columns(mask):
     turned = mask.transpose(Image.Transpose.ROTATE_90)
-    # Turned so, the last column is the first row.
+    # After this rotation the last column is the first row.
     return [bool(_count(turned, y)) for y in reversed(range(turned.height))]
 
 
@@ -102,7 +102,7 @@ def _count(mask, y):
 
 
 def _runs(filled, gap):
-    """The runs of true values as (start, end); those that are no more than `gap` apart are one."""
+    """Returns the runs of true values as (start, end); runs that are at most `gap` apart are merged."""
     runs = []
     for position, value in enumerate(filled):
         if not value:

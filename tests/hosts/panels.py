@@ -1,4 +1,4 @@
-"""The hosts: panels of other people's making, each alone on a desktop of its own, with a tray and nothing else in it."""
+"""The hosts: panels of other projects, each on a separate desktop, with nothing but a tray."""
 
 from desktop import SwayDesktop, X11Desktop
 from item import WATCHER, Caller
@@ -7,16 +7,16 @@ from waiting import check, wait_for
 
 class Panel:
     name = ""
-    # What a session with this panel calls itself, and by which name such panels know the key of Ctrl+comma.
+    # The value of XDG_CURRENT_DESKTOP with this panel, and the name that it uses for the comma key.
     session = ""
     comma = "comma"
     height = 30
     takes_items = True
-    # At which scales the host can be tried.
+    # The scales at which the host can be tested.
     scales = (1, 2)
-    # By which ratio the icon stands out at least. Who paints symbolic icons in its own colour makes them easy to read; in
-    # others the icon is of a grey that has to do for every panel:
-    # at one pixel a point none reaches 3 on the lower edge of LXQt's light panel and on MATE's dark one alike.
+    # The minimum contrast of the icon. A panel that paints symbolic icons in its own color makes them easy to read. In
+    # the others the icon has one gray for every panel: at one pixel per point, no gray reaches a contrast of 3 both on
+    # the lower edge of LXQt's light panel and on MATE's dark panel.
     least_contrast = 2.75
 
     def __init__(self, folder, dark=False, scale=1):
@@ -25,7 +25,7 @@ class Panel:
         self._process = None
 
     def start(self):
-        """Starts the panel; returns when it is a host and takes items."""
+        """Starts the panel; returns when it is a host and accepts items."""
         self.configure()
         self._process = self.desktop.start(self.name, *self.command())
 
@@ -35,15 +35,15 @@ class Panel:
         wait_for(ready, f"{self.name} to be a host")
 
     def kill(self):
-        """Without a warning, as a crash would."""
+        """Kills the panel without a warning, as a crash would."""
         self._process.kill()
-        wait_for(lambda: not self.is_there(), "the host to be gone with its panel")
+        wait_for(lambda: not self.is_present(), "the host to disappear with its panel")
 
-    def is_there(self):
+    def is_present(self):
         return Caller(self.desktop.bus).has_owner(WATCHER)
 
     def is_ready(self):
-        return self.is_there() and Caller(self.desktop.bus).property(
+        return self.is_present() and Caller(self.desktop.bus).property(
             WATCHER, "/StatusNotifierWatcher", WATCHER, "IsStatusNotifierHostRegistered")
 
     def command(self):
@@ -79,7 +79,8 @@ class XfcePanel(GtkPanel):
 
     def configure(self):
         super().configure()
-        self.desktop.configure("xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", f"""<?xml version="1.0" encoding="UTF-8"?>
+        file = "xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml"
+        self.desktop.configure(file, f"""<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   <property name="configver" type="int" value="2"/>
   <property name="panels" type="array">
@@ -172,7 +173,7 @@ window#waybar {{ background: {paper}; color: {ink}; }}
 
 
 class Trayer(Panel):
-    """No host of items: a tray that embeds windows, in which a program without one puts its icon."""
+    """Not a host of items: a tray that embeds the windows of icons."""
 
     name = "trayer"
     takes_items = False
@@ -181,10 +182,10 @@ class Trayer(Panel):
         return [self.name, "--edge", "top", "--widthtype", "percent", "--width", "100", "--expand", "false",
                 "--heighttype", "pixel", "--height", self.height, "--SetDockType", "true"]
 
-    def is_there(self):
+    def is_present(self):
         return self.desktop.screen.has_tray()
 
-    is_ready = is_there
+    is_ready = is_present
 
 
 PANELS = [XfcePanel, LxqtPanel, MatePanel, Waybar, Trayer]

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Takes the pictures of docs/pictures: the icon and the menu as real panels show them."""
+"""Takes the pictures for docs/pictures: the icon and the menu in real panels."""
 
 import argparse
 import contextlib
@@ -38,7 +38,7 @@ def main():
 
 
 def first_look(panel, binary, folder):
-    """The menu at two pixels a point: not muting on a light desktop, muting on a dark one."""
+    """Yields the menu at two pixels per point: not muting on a light desktop, muting on a dark one."""
     for dark, muted in ((False, False), (True, True)):
         with running(panel, binary, folder, dark, scale=2) as world:
             world.start(muted=muted)
@@ -46,7 +46,7 @@ def first_look(panel, binary, folder):
 
 
 def icons(all_panels, binary, folder):
-    """A row for each host: both states on a light and a dark panel, at one and at two pixels a point."""
+    """Yields a row for each host: both states on a light and a dark panel, at one and at two pixels per point."""
     for panel in all_panels:
         row = []
         for scale in (1, 2):
@@ -62,15 +62,15 @@ def icons(all_panels, binary, folder):
 
 
 def menus(panels, binary, folder):
-    """The six languages in one panel, then the other panels."""
+    """Yields the menu in the six languages on one panel, then on the other panels."""
     with running(panels.XfcePanel, binary, folder) as world:
-        told = []
+        translated = []
         for locale, name in LANGUAGES.items():
             world.prepare()
             world.start(muted=True, locale=locale)
-            told.append((name, open_menu(world)))
-        yield told[:3]
-        yield told[3:]
+            translated.append((name, open_menu(world)))
+        yield translated[:3]
+        yield translated[3:]
     others = []
     for panel, dark in ((panels.XfcePanel, True), (panels.LxqtPanel, False), (panels.LxqtPanel, True),
                         (panels.MatePanel, True), (panels.Waybar, False), (panels.Trayer, False)):
@@ -96,7 +96,7 @@ def running(panel, binary, folder, dark=False, scale=1):
 def open_menu(world):
     menu = world.open_menu()
     left, top, right, bottom = menu.box
-    # With the panel above, in which the icon stands.
+    # The picture includes the panel above the menu, with the icon.
     taken = menu.picture.crop((max(0, min(left, world.icon[0]) - 8), 0,
                                min(world.screen.size[0], max(right, world.icon[2]) + 8), bottom + 8))
     world.dismiss_menu()
@@ -105,7 +105,7 @@ def open_menu(world):
 
 
 def around(picture, box, height):
-    """This much of the picture, as high as a panel, with the box in its middle."""
+    """Returns a part of the picture, as high as the panel, with the box in its middle."""
     middle = (box[0] + box[2]) // 2
     half = min(middle, picture.width - middle, height)
     return picture.crop((middle - half, 0, middle + half, height))

@@ -1,4 +1,4 @@
-"""What the program promises to a person in front of a panel, each promise on every host."""
+"""The scenarios of a person in front of a panel, each played on every host."""
 
 import look
 from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
@@ -8,14 +8,14 @@ from world import World
 SCENARIOS = {}
 
 def scenario(sentence, only_on=None):
-    """Makes a function a scenario, on all hosts of items or on one host. The sentence says what the program promises."""
+    """Makes a function a scenario, on all hosts or on one. The sentence states what the program promises."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, only_on, function)
         return function
     return add
 
 
-@scenario("The item registers at the panel's watcher, and its icon stands in the panel.")
+@scenario("The item registers with the panel's watcher, and the panel shows its icon.")
 def found(world):
     world.start()
     wanted = {"Id": "ble-kovra", "Title": "BLE-kovra", "Status": "Active", "Category": "Hardware", "ItemIsMenu": True}
@@ -26,45 +26,46 @@ def found(world):
     check(1.1 < shape < 1.5, f"the icon is {right - left} wide and {bottom - top} high")
 
 
-@scenario("The menu says the same to every way of asking, with its check marks, its shortcuts and the hint disabled.")
+@scenario("All ways to read the menu return the same entries, with check marks, shortcuts and the disabled hint.")
 def read_over_the_bus(world):
     world.start(muted=True)
     entries = world.item.entries()
     check([entry.title for entry in entries] == TITLES[ENGLISH], f"the titles are {[entry.title for entry in entries]}")
     check([entry.checked for entry in entries] == [True, None, None, False, None, None, None, None],
-          f"checked are {[entry.checked for entry in entries]}")
+          f"the check marks are {[entry.checked for entry in entries]}")
     enabled = [entry.properties.get("enabled", True) for entry in entries]
-    check(enabled == [position != HINT for position in range(8)], f"enabled are {enabled}")
+    check(enabled == [position != HINT for position in range(8)], f"the enabled entries are {enabled}")
     shortcuts = {position: entry.properties["shortcut"] for position, entry in enumerate(entries)
                  if "shortcut" in entry.properties}
-    check(shortcuts == {SETTINGS: [["Control", world.panel.comma]], QUIT: [["Control", "q"]]}, f"the shortcuts are {shortcuts}")
+    wanted = {SETTINGS: [["Control", world.panel.comma]], QUIT: [["Control", "q"]]}
+    check(shortcuts == wanted, f"the shortcuts are {shortcuts}")
     again = world.item.properties_of_entries([entry.number for entry in entries])
-    check(again == {entry.number: entry.properties for entry in entries}, f"asked by number they are {again}")
+    check(again == {entry.number: entry.properties for entry in entries}, f"queried by number they are {again}")
 
 
-@scenario("The menu speaks each of the six languages.")
+@scenario("The menu is available in each of the six languages.")
 def six_languages(world):
     for locale, titles in TITLES.items():
         world.prepare()
         world.start(locale=locale)
-        told = [entry.title for entry in world.item.entries()]
-        check(told == titles, f"in {locale} the titles are {told}")
+        found = [entry.title for entry in world.item.entries()]
+        check(found == titles, f"in {locale} the titles are {found}")
         menu = world.open_menu()
         check(len(menu.rows) == 7, f"in {locale} the open menu shows {len(menu.rows)} titles")
         world.dismiss_menu()
 
 
-@scenario("Each entry does its own, and no other does harm, when the host says that it was chosen.")
+@scenario("Each menu entry has its effect, and no other, when the host reports that it was chosen.")
 def chosen_over_the_bus(world):
     _try_each_entry(world, lambda position: world.item.choose(position))
 
 
-@scenario("Each entry does its own, and no other does harm, when it is chosen with the mouse.")
+@scenario("Each menu entry has its effect, and no other, when it is chosen with the mouse.")
 def chosen_with_the_mouse(world):
     _try_each_entry(world, world.choose)
 
 
-@scenario("The menu opens at the left and at the right mouse button, and shows what is checked.")
+@scenario("The left and the right mouse button open the menu, which shows the check marks.")
 def opened_with_the_mouse(world):
     world.start(muted=False)
     for button in (1, 3):
@@ -78,25 +79,26 @@ def opened_with_the_mouse(world):
         world.dismiss_menu()
         for position in (MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, QUIT):
             same = checked.row(position).tobytes() == unchecked.row(position).tobytes()
-            check(same == (position != MUTE), f"button {button}: row {position} {'did not change' if same else 'changed'}")
+            outcome = "did not change" if same else "changed"
+            check(same == (position != MUTE), f"button {button}: row {position} {outcome}")
         world.item.choose(MUTE)
         world.expect_switch(False)
         world.no_menu()
 
 
-@scenario("The slash comes into the icon with the muting and goes with it.")
+@scenario("The icon has a slash exactly while the trackpad is muted.")
 def slash(world):
     world.start(muted=False)
     plain = world.settled(lambda picture: True, "a still picture")
     for _ in range(2):
         world.item.choose(MUTE)
         muted = world.settled(lambda now: look.changed(plain, now).getbbox(), "the icon to change")
-        check(look.is_slash(look.changed(plain, muted)), "what came into the icon is no slash")
+        check(look.is_slash(look.changed(plain, muted)), "the change in the icon is not a slash")
         world.item.choose(MUTE)
         world.settled(lambda now: not look.changed(plain, now).getbbox(), "the plain icon to return")
 
 
-@scenario("\"Launch at login\" is checked as the desktop's entry says, also after a choice that the host marks by itself.")
+@scenario("\"Launch at login\" shows the state of the desktop's entry, even if the host flips the mark by itself.")
 def launch_at_login(world):
     world.start()
     unchecked = _glance(world)
@@ -104,23 +106,26 @@ def launch_at_login(world):
     world.autostart.parent.mkdir(parents=True, exist_ok=True)
     world.autostart.write_text("[Desktop Entry]\nType=Application\nName=BLE-kovra\nExec=/bin/true\n")
     world.start()
-    check(world.item.checked(LAUNCH_AT_LOGIN), "with the entry there is no check mark")
+    check(world.item.checked(LAUNCH_AT_LOGIN), "there is no check mark although the entry exists")
     checked = _glance(world)
-    check(checked.row(LAUNCH_AT_LOGIN).tobytes() != unchecked.row(LAUNCH_AT_LOGIN).tobytes(), "the check mark is not seen")
+    same = checked.row(LAUNCH_AT_LOGIN).tobytes() == unchecked.row(LAUNCH_AT_LOGIN).tobytes()
+    check(not same, "the check mark is not visible")
     for _ in range(2):
         world.choose(LAUNCH_AT_LOGIN)
         world.no_menu()
-        wait_for(lambda: world.item.checked(LAUNCH_AT_LOGIN) == world.autostart.exists(), "the mark to agree with the entry")
+        wait_for(lambda: world.item.checked(LAUNCH_AT_LOGIN) == world.autostart.exists(),
+                 "the check mark to agree with the entry")
         if world.autostart.exists():
-            check(f"Exec={world.binary}" in world.autostart.read_text(), f"the entry says {world.autostart.read_text()}")
+            entry = world.autostart.read_text()
+            check(f"Exec={world.binary}" in entry, f"the entry contains {entry}")
         row = _glance(world).row(LAUNCH_AT_LOGIN).tobytes()
         wanted = checked if world.autostart.exists() else unchecked
-        check(row == wanted.row(LAUNCH_AT_LOGIN).tobytes(), "the menu does not show what the entry says")
+        check(row == wanted.row(LAUNCH_AT_LOGIN).tobytes(), "the menu does not show the state of the entry")
 
 
-@scenario("After the panel was killed and started again the item is back, as it was.")
+@scenario("After the panel was killed and started again the item is back unchanged.")
 def panel_restarted(world):
-    # Not the panel of the other scenarios, which frames an icon that was clicked.
+    # Restart the panel of the earlier scenarios first, since it draws a frame around an icon that was clicked.
     world.panel.kill()
     world.panel.start()
     world.start(muted=True)
@@ -128,12 +133,12 @@ def panel_restarted(world):
     world.panel.kill()
     world.panel.start()
     world.find_item()
-    check(world.icon_picture().tobytes() == before.tobytes(), "the icon came back as another one")
+    check(world.icon_picture().tobytes() == before.tobytes(), "the icon came back changed")
     world.choose(MUTE)
     world.expect_switch(False)
 
 
-@scenario("The item appears in a panel that comes ten seconds after the program.")
+@scenario("The item appears in a panel that starts ten seconds after the program.")
 def late_panel(world):
     world.panel.kill()
     world.start_program(muted=True)
@@ -144,9 +149,9 @@ def late_panel(world):
     world.expect_switch(False)
 
 
-@scenario("The icon can be read on a light and on a dark panel, at every scale.")
+@scenario("The icon is legible on a light and on a dark panel, at every scale.")
 def legible(world):
-    told = []
+    measured = []
     for dark in (False, True):
         for scale in world.panel.scales:
             fresh = World(type(world.panel), world.binary, world.desktop.folder, dark, scale)
@@ -154,17 +159,17 @@ def legible(world):
                 fresh.start_panel()
                 fresh.start(muted=True)
                 ratio = fresh.legibility()
-                told.append(f"{'dark' if dark else 'light'} {scale}x {ratio:.1f}")
-                check(ratio >= world.panel.least_contrast, f"contrasts: {', '.join(told)}")
+                measured.append(f"{'dark' if dark else 'light'} {scale}x {ratio:.1f}")
+                check(ratio >= world.panel.least_contrast, f"contrasts: {', '.join(measured)}")
                 width = (fresh.icon[2] - fresh.icon[0]) / scale
                 check(12 <= width <= 24, f"at {scale}x the icon is {width:.1f} points wide")
             finally:
                 fresh.end_program()
                 fresh.close()
-    return "contrasts: " + ", ".join(told)
+    return "contrasts: " + ", ".join(measured)
 
 
-@scenario("In a tray that embeds windows the icon appears where no panel takes items, and does the same.",
+@scenario("Without a host of items the icon appears in a tray that embeds windows, and works the same.",
           only_on="trayer")
 def embedded(world):
     world.start(muted=False)
@@ -174,7 +179,7 @@ def embedded(world):
         world.choose(MUTE, button)
         world.expect_switch(True)
         muted = world.settled(lambda now: look.changed(plain, now).getbbox(), "the icon to change")
-        check(look.is_slash(look.changed(plain, muted)), "what came into the icon is no slash")
+        check(look.is_slash(look.changed(plain, muted)), "the change in the icon is not a slash")
         checked = _glance(world, button)
         check(checked.row(MUTE).tobytes() != unchecked.row(MUTE).tobytes(), "the open menu shows no check mark")
         world.choose(MUTE, button)
@@ -195,7 +200,7 @@ def embedded(world):
 
 
 def _glance(world, button=3):
-    """The menu, opened and dismissed again."""
+    """Opens the menu and dismisses it again; returns it."""
     menu = world.open_menu(button)
     world.dismiss_menu()
     world.no_menu()
@@ -214,7 +219,7 @@ def _try_each_entry(world, choose):
     world.dismiss_menu()
     world.no_menu()
     _expect_unharmed(world)
-    # Each of these may open a window, which is another test's business.
+    # Each of these may open a window; other scenarios test that.
     for position in (LAUNCH_AT_LOGIN, SETTINGS, ACTIVATE, ABOUT):
         world.prepare()
         world.start(muted=True)
@@ -228,7 +233,7 @@ def _try_each_entry(world, choose):
 
 
 def _expect_unharmed(world):
-    """Still there, muted as before, and answering."""
+    """Expects that the program runs, is muted as before, and answers."""
     world.item.entries()
     world.expect_switch(True)
     check(world.program.is_running(), f"the program ended: {world.program.last_words()}")

@@ -1,4 +1,4 @@
-"""A file system of our own, with the flag's folder and an active driver: nothing that a test needs is left on the machine."""
+"""A private file system with the flag's folder and an active driver, so that the tests leave nothing on the machine."""
 
 import ctypes
 import errno
@@ -17,30 +17,29 @@ LIBRARY = pathlib.Path("/Library")
 FLAG = LIBRARY / "Application Support" / "ble-kovra" / "state"
 ACTIVE = driver.listing("activated enabled")
 
-# Processes of ours that end by themselves when we do.
+# Our child processes that end by themselves when we end.
 _keepers = set()
 _is_lent = False
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
 class NotSecluded(Exception):
-    """Says in one line why this machine gives us no place of our own."""
+    """The text says in one line why this machine does not permit a private file system."""
 
 
 def seclude():
-    """Moves this process, and what it starts from now on, to where all is as before but for these two."""
+    """Moves this process and its future children to a private file system, which differs only in these two places."""
     root_outside = os.geteuid() == 0
     user, group = os.geteuid(), os.getegid()
     root = _folder_until_the_end()
     if _libc.unshare(CLONE_NEWNS | (0 if root_outside else CLONE_NEWUSER)) != 0:
         if not root_outside:
-            raise NotSecluded("the flag's folder needs user namespaces (kernel.unprivileged_userns_clone), "
-                              "or root that runs this")
+            raise NotSecluded("the flag's folder needs user namespaces (kernel.unprivileged_userns_clone), or root")
         _lend()
         return
     if not root_outside:
         pathlib.Path("/proc/self/setgroups").write_text("deny")
-        # Ourselves as before: what is started has no rights that it would not have in that user's session.
+        # The user stays the same: the programs that are started have no more rights than in that user's session.
         pathlib.Path("/proc/self/uid_map").write_text(f"{user} {user} 1")
         pathlib.Path("/proc/self/gid_map").write_text(f"{group} {group} 1")
     try:
@@ -49,26 +48,27 @@ def seclude():
             return
         _enter_new_root(root)
     except OSError as failure:
-        raise NotSecluded(f"the flag's folder needs a file system of our own, which cannot be made: {failure}") from None
+        reason = f"the flag's folder needs a private file system, which cannot be made: {failure}"
+        raise NotSecluded(reason) from None
     FLAG.parent.mkdir(parents=True)
 
 
 def hide(folder):
-    """In our file system this folder, if there is one, is empty from now on."""
+    """Makes this folder, if it exists, appear empty in our file system."""
     if not pathlib.Path(folder).is_dir() or not any(pathlib.Path(folder).iterdir()):
         return
     if _is_lent:
-        raise NotSecluded(f"this machine has a {folder}, and denies us the right to mount our own over it")
+        raise NotSecluded(f"this machine has a {folder}, and does not permit us to mount over it")
     _mount("tmpfs", folder, "tmpfs", 0, "mode=755")
 
 
 def adopt_orphans():
-    """What our children leave behind becomes our child, so that end_descendants finds it."""
+    """Makes this process the parent of the orphans of its children, so that end_descendants finds them."""
     _libc.prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
 
 def end_descendants():
-    """Nothing that was started from here is left: panels and buses start processes of their own."""
+    """Ends every process that was started from here, also those that panels and buses have started."""
     while found := descendants():
         for pid in found:
             try:
@@ -83,7 +83,7 @@ def end_descendants():
 
 
 def descendants():
-    """All processes that were started from here, but those that end by themselves when we do."""
+    """Returns all processes that were started from here, without those that end by themselves when we end."""
     parents = {}
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():
@@ -98,7 +98,7 @@ def descendants():
 
 
 def _keep_mounts_to_ourselves():
-    """False where the root is no mount, as in a chroot: what we mount could then be seen outside."""
+    """Makes our mounts private. Returns False if the root is not a mount: they would be visible outside a chroot."""
     try:
         _mount("none", "/", None, MS_REC | MS_PRIVATE)
     except OSError as failure:
@@ -109,7 +109,7 @@ def _keep_mounts_to_ourselves():
 
 
 def _enter_new_root(root):
-    """The same entries as in the old root, each mounted where it was, beside a new and empty /Library and with the tool."""
+    """Enters a root with the same entries as the old one, an empty /Library, and the listing tool."""
     here = os.getcwd()
     _mount("tmpfs", root, "tmpfs", 0, "mode=755")
     for entry in sorted(pathlib.Path("/").iterdir()):
@@ -129,26 +129,26 @@ def _enter_new_root(root):
 
 
 def _folder_until_the_end():
-    # From within, where it is the root, it could not be removed.
+    # Inside the new root this folder is the root, and could not be removed.
     folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-root-"))
     _at_the_end(lambda: os.rmdir(folder))
     return folder
 
 
 def _lend():
-    """Where even root may not mount, as in a container or a chroot, the machine itself has both while we run."""
+    """Provides both places on the machine itself while we run, where even root may not mount, as in a container."""
     global _is_lent
     _is_lent = True
     for place in (LIBRARY, driver.TOOL):
         if place.exists():
-            raise NotSecluded(f"this machine has a {place}, and denies us the right to mount our own over it")
+            raise NotSecluded(f"this machine has a {place}, and does not permit us to mount over it")
     _at_the_end(lambda: (driver.TOOL.unlink(missing_ok=True), shutil.rmtree(LIBRARY)))
     FLAG.parent.mkdir(parents=True)
     driver.put(driver.TOOL, ACTIVE)
 
 
 def _at_the_end(work):
-    """Does this in another process, outside, when ours is gone, however it ended."""
+    """Runs the work in another process, outside the private file system, after ours has ended in any way."""
     ours, keepers = os.pipe()
     keeper = os.fork()
     if keeper == 0:
@@ -162,7 +162,7 @@ def _at_the_end(work):
 
 
 def _mount(source, target, kind, flags, data=None):
-    # The call itself: of an ordinary user's rights in a namespace of its own none would reach the command.
+    # Call mount(2) directly: in a user namespace, the command mount would not have our rights.
     words = [None if word is None else str(word).encode() for word in (source, target, kind, data)]
     if _libc.mount(words[0], words[1], words[2], flags, words[3]) != 0:
         number = ctypes.get_errno()

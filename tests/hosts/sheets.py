@@ -1,10 +1,10 @@
-"""Several pictures on one sheet, and the sheet in a file."""
+"""Places several pictures on one sheet, and saves the sheet."""
 
 from PIL import Image, ImageDraw, ImageFont
 
 FONT = ImageFont.truetype("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", 13)
 PAPER, INK, GAP = (255, 255, 255), (40, 40, 40), 12
-COLOURS = 64
+COLORS = 64
 LANGUAGES = {"en_GB": "English", "ru_RU": "Русский", "uk_UA": "Українська", "fr_FR": "Français", "de_DE": "Deutsch",
              "es_ES": "Español"}
 
@@ -20,7 +20,7 @@ def beside(pictures, gap):
 
 
 def sheet(rows):
-    """All pictures on one, each below its title; columns as wide as their widest."""
+    """Returns one picture with all pictures of the rows, each below its title, in aligned columns."""
     rows = [list(row) for row in rows]
     cells = [[max(round(FONT.getlength(title)), one.width) for title, one in row] for row in rows]
     widths = [max(row[column] for row in cells if column < len(row)) for column in range(max(map(len, cells)))]
@@ -39,9 +39,9 @@ def sheet(rows):
 
 
 def save(picture, file):
-    """With few colours, so that the files are small: the most frequent ones, which others give way to."""
-    frequent = sorted(picture.getcolors(1 << 24), reverse=True)[:COLOURS]
+    """Saves with few colors, so that the files are small: every color is mapped to the most frequent ones."""
+    frequent = sorted(picture.getcolors(1 << 24), reverse=True)[:COLORS]
     palette = Image.new("P", (1, 1))
-    palette.putpalette([part for _, colour in frequent for part in colour])
+    palette.putpalette([part for _, color in frequent for part in color])
     picture.quantize(palette=palette, dither=Image.Dither.NONE).save(file, optimize=True)
     print(f"pictures: {file.name}, {file.stat().st_size // 1024} KiB", flush=True)

@@ -1,4 +1,4 @@
-"""The program's windows as a screen reader finds them, in each language: on one host, for no panel has a say in it."""
+"""The program's windows as a screen reader reads them, in each language. One host is enough for this."""
 
 import ast
 import json
@@ -16,18 +16,18 @@ from texts import ABOUT, ACTIVATE, ADDRESS, MUTE, TEXTS, VERSION
 from waiting import check, now, wait_for
 
 READER = pathlib.Path(__file__).resolve().parents[1] / "platform/linux/ui/screen_reader.py"
-# Two that are chosen, of which one goes, and one without a name.
+# Two chosen mice, of which one is disconnected, and one without a name.
 THERE, GONE, NAMELESS = "Mouse", "Rat", ""
 
 
-@scenario("The settings window and both alerts say, word for word, what the tables have for each of the six languages.",
+@scenario("A screen reader reads the settings window and both alerts word for word as in the tables of six languages.",
           only_on="xfce4-panel")
 def windows_in_six_languages(world):
     people = []
     try:
         for locale in TEXTS:
             people.append(Person(world, locale))
-        # Each step by all, for on each the mouse that is gone is waited for.
+        # All persons go through each step together, since each step may wait for the mouse to be disconnected.
         for step in (Person.open_windows, Person.read_of_no_mouse, Person.plug, Person.read_of_mice, Person.unplug,
                      Person.read_of_gone_mouse, Person.unmute, Person.read_of_active_trackpad):
             for person in people:
@@ -38,13 +38,14 @@ def windows_in_six_languages(world):
 
 
 class Person:
-    """One who speaks this language, with a desktop and the program, and has a screen reader read all its windows."""
+    """A person who speaks this language, with a desktop, the program, and a screen reader."""
 
     def __init__(self, world, locale):
         self._locale, self._texts, self._binary = locale, TEXTS[locale], world.binary
         self._desktop = X11Desktop(tempfile.mkdtemp(prefix=f"{locale}-", dir=world.desktop.folder))
         self._devices = Devices()
-        self._environment = {**world.language(locale), **self._devices.environment, "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+        self._environment = {**world.language(locale), **self._devices.environment,
+                             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         self._desktop.configure("ble-kovra/preferences.json", json.dumps({
             "blockMode": "onDevice", "isEnabled": True,
             "selectedDeviceIDs": [Devices.key(name, number) for number, name in enumerate((THERE, GONE), 1)]}))
@@ -99,7 +100,8 @@ class Person:
                 ("panel", text["settings.mode"], False), ("label", text["settings.mode"], False),
                 ("radio button", text["mode.always"], False), ("radio button", text["mode.onDevice"], True),
                 ("label", text["settings.chooseMouse"], False), ("label", text["settings.hint"], False), *devices,
-                ("label", text[status], False), ("label", text["settings.developedBy"], False), ("link", ADDRESS, False)],
+                ("label", text[status], False), ("label", text["settings.developedBy"], False),
+                ("link", ADDRESS, False)],
             ("alert", text["driver.title"]): [
                 ("label", text["driver.title"], False), ("label", text["driver.body"], False),
                 ("push button", text["driver.activate"], False), ("push button", text["driver.later"], False)],
@@ -107,14 +109,14 @@ class Person:
                 ("label", about, False), ("label", text["about.info"], False),
                 ("push button", text["about.ok"], False), ("push button", text["about.contact"], False)],
         }
-        # In which order languages list the mice is another test's business.
+        # Another test checks the order of the mice in each language.
         wanted = {window: sorted(texts) for window, texts in wanted.items()}
         deadline = now() + 15
-        while (told := self._read()) != wanted:
-            check(now() < deadline, f"in {self._locale} the windows say {told}\n        and not {wanted}")
+        while (found := self._read()) != wanted:
+            check(now() < deadline, f"in {self._locale} the windows contain {found}\n        and not {wanted}")
 
     def _read(self):
-        """Of each window, by role and title, all that has a name: role, name, and whether it is checked."""
+        """Returns for each window (role, title) everything with a name: role, name, and whether it is checked."""
         reading = subprocess.run([sys.executable, "-W", "ignore", READER, "read"], env=self._desktop.environment,
                                  capture_output=True, text=True, timeout=30)
         if reading.returncode != 0:

@@ -1,4 +1,4 @@
-"""A display of Wayland, held by sway without any screen or mouse of the machine: pictures by grim, and a mouse."""
+"""A Wayland display of a headless sway, without any screen or mouse of the machine: pictures by grim, and a mouse."""
 
 import io
 import os
@@ -21,7 +21,7 @@ class SwayScreen:
         self.size = self.picture().size
 
     def picture(self):
-        """The whole screen in its real pixels, without the pointer."""
+        """Returns the whole screen in physical pixels, without the pointer."""
         taken = subprocess.run(["grim", "-t", "ppm", "-"], env=self._environment, capture_output=True, check=True)
         return Image.open(io.BytesIO(taken.stdout)).convert("RGB")
 
@@ -29,7 +29,7 @@ class SwayScreen:
         self._mouse.point(x, y, self.size)
 
     def click(self, x, y, button=1):
-        """1: left, 3: right."""
+        """Clicks; button 1 is the left one, 3 the right one."""
         self.point(x, y)
         for pressed in (1, 0):
             self._mouse.button(BUTTONS[button], pressed)
@@ -39,7 +39,7 @@ class SwayScreen:
 
 
 class VirtualMouse:
-    """A client of sway's that is a mouse to it, by the protocol wlr-virtual-pointer-unstable-v1."""
+    """A client that is a mouse to sway, through the protocol wlr-virtual-pointer-unstable-v1."""
 
     DISPLAY, REGISTRY, CALLBACK, MANAGER, POINTER = range(1, 6)
     INTERFACE = "zwlr_virtual_pointer_manager_v1"
@@ -61,7 +61,7 @@ class VirtualMouse:
         self._send(self.MANAGER, 0, struct.pack("II", 0, self.POINTER))
 
     def point(self, x, y, extent):
-        # Two steps: entering a surface is not moving in it.
+        # Move in two steps, since entering a surface does not count as a motion in it.
         for step in (1, 0):
             self._send(self.POINTER, 1, struct.pack("5I", self._time(), int(x) + step, int(y), *extent))
             self._send(self.POINTER, 4)
@@ -88,7 +88,7 @@ class VirtualMouse:
     def _read(self, length):
         while len(self._received) < length:
             received = self._socket.recv(65536)
-            check(received, "sway closed the line to its virtual mouse")
+            check(received, "sway closed the connection to its virtual mouse")
             self._received += received
         taken, self._received = self._received[:length], self._received[length:]
         return taken

@@ -1,4 +1,4 @@
-"""What the program says in each language, by the locale of a person who speaks it: as its catalogue's tests expect it."""
+"""The program's texts in each language, by locale, taken from the tests of its catalogue."""
 
 import json
 import pathlib
@@ -27,10 +27,11 @@ def _tables():
 
 TEXTS = _tables()
 
-# The menu's titles from top to bottom.
+# The titles of the menu from top to bottom.
 SEPARATOR = None
-_MENU = ["block", "menu.hotkeyHint", "menu.settings", "menu.launchAtLogin", "menu.activate", "menu.about", SEPARATOR, "menu.quit"]
+_MENU = ["block", "menu.hotkeyHint", "menu.settings", "menu.launchAtLogin", "menu.activate", "menu.about", SEPARATOR,
+         "menu.quit"]
 TITLES = {locale: [key and table[key] for key in _MENU] for locale, table in TEXTS.items()}
 
-# Positions in these lists, and in the menu.
+# Positions in these lists and in the menu.
 MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, _, QUIT = range(8)

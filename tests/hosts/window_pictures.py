@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Takes the pictures of the settings window and of the alerts in docs/pictures, from the program as it runs."""
+"""Takes the pictures of the settings window and the alerts for docs/pictures, from the running program."""
 
 import argparse
 import contextlib
@@ -19,7 +19,7 @@ from sheets import LANGUAGES, save, sheet
 THREE = ["Logitech MX Master 3S", "Apple Magic Mouse", "Microsoft Arc & <Touch> Mouse"]
 THIRTY = THREE + [f"Mouse {number}" for number in range(4, 31)]
 STATES = ("empty", "three", "thirty", "muted")
-# As desktops have it whose colours are light, and dark: window, text, fields, buttons.
+# The colors of a light and of a dark desktop: window, text, fields, buttons.
 LOOKS = {"light": ("239,240,241", "35,38,41", "255,255,255", "252,252,252"),
          "dark": ("42,46,50", "252,252,252", "27,30,32", "49,54,59")}
 
@@ -28,7 +28,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("binary", nargs="?", default=ROOT / "build/release/ble-kovra", help="the program to show")
     parser.add_argument("--into", type=pathlib.Path, default=ROOT / "docs/pictures", help="the folder for the pictures")
-    parser.add_argument("--language", action="append", metavar="LOCALE", help="this one alone; may be repeated")
+    parser.add_argument("--language", action="append", metavar="LOCALE", help="only this one; may be repeated")
     arguments = parser.parse_args()
     into = arguments.into.resolve()
     into.mkdir(parents=True, exist_ok=True)
@@ -62,7 +62,7 @@ class Camera:
                             self._compiled / f"{locale}.UTF-8"], check=True, capture_output=True)
 
     def windows(self, look, scale):
-        """A row for each state: the settings window in each language."""
+        """Yields a row for each state: the settings window in each language."""
         for state in STATES:
             row = []
             for locale in self._locales:
@@ -72,7 +72,7 @@ class Camera:
             yield row
 
     def alerts(self, look, scale):
-        """A row for each alert in each language."""
+        """Yields a row for each alert: the alert in each language."""
         from texts import ABOUT, ACTIVATE
         for entry in (ACTIVATE, ABOUT):
             row = []
@@ -80,7 +80,7 @@ class Camera:
                 with self._running(look, scale, locale, "empty") as session:
                     session.choose(entry)
                     row.append((f"{LANGUAGES[locale]}, {look}, {scale}x", session.window()))
-            # Two rows of three, so that the sheet is no wider than it is high.
+            # Two rows of three, so that the sheet is no wider than high.
             yield from filter(None, (row[:3], row[3:]))
 
     @contextlib.contextmanager
@@ -127,7 +127,7 @@ ForegroundNormal=252,252,252
         nodes = [self._devices.plug(name) for name in names]
         chosen = [self._devices.key(name, number) for number, name in enumerate(names, 1)]
         wanted = {"blockMode": "onDevice", "isEnabled": True,
-                  # Of three the first is chosen, which is connected while the trackpad is muted.
+                  # The first of three mice is chosen; it is connected while the trackpad is muted.
                   "selectedDeviceIDs": chosen[:1] + chosen[4:6]}
         self._desktop.configure("ble-kovra/preferences.json", json.dumps(wanted))
         self._environment = {**self._devices.environment, **language}
@@ -137,7 +137,7 @@ ForegroundNormal=252,252,252
         if state in ("three", "thirty"):
             for node in nodes[:1] + nodes[4:]:
                 self._devices.unplug(node)
-            wait_for(lambda: secluded.FLAG.read_text() == "off", "the mouse to be gone")
+            wait_for(lambda: secluded.FLAG.read_text() == "off", "the mouse to be disconnected")
 
     def start_again(self):
         self._desktop.start("second", self._binary, environment=self._environment).wait_exit()
@@ -147,7 +147,7 @@ ForegroundNormal=252,252,252
         item_of_program(self._desktop.bus).choose(entry)
 
     def window(self):
-        """The picture of the program's window, once it stands still."""
+        """Returns a picture of the program's window when it no longer changes."""
         from waiting import wait_for
         before = [None]
 
@@ -157,7 +157,7 @@ ForegroundNormal=252,252,252
             same = picture and before[0] and picture.tobytes() == before[0].tobytes()
             before[0] = picture
             return picture if same and len(picture.getcolors(1 << 24)) > 20 else None
-        return wait_for(still, "the window to stand still")
+        return wait_for(still, "the window to stop changing")
 
     def close(self):
         self._program.kill()

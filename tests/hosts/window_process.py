@@ -1,4 +1,4 @@
-"""What the program promises whatever becomes of the process that shows its windows: on one host, for no panel has a say in it."""
+"""The scenarios of a window process that waits, hangs or dies. One host is enough for these."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ from waiting import check, now, wait_for
 HOST = "xfce4-panel"
 
 
-@scenario("With an alert open the menu goes on, and SIGTERM ends the program at once, in order.", only_on=HOST)
+@scenario("While an alert is open the menu works, and SIGTERM ends the program cleanly and at once.", only_on=HOST)
 def alert_open(world):
     world.start(muted=True)
     world.item.choose(ABOUT)
@@ -24,7 +24,8 @@ def alert_open(world):
     _expect_quick_end(world, lambda: os.kill(world.program.pid, signal.SIGTERM))
 
 
-@scenario("A window process that hangs holds up neither the menu nor the hot key nor quitting, and goes too.", only_on=HOST)
+@scenario("A hanging window process delays neither the menu nor the hot key nor quitting, and is ended too.",
+          only_on=HOST)
 def window_process_hangs(world):
     world.start(muted=True)
     world.item.choose(SETTINGS)
@@ -38,17 +39,17 @@ def window_process_hangs(world):
         world.item.choose(entry)
         _expect_menu_goes_on(world)
     _expect_quick_end(world, lambda: world.item.choose(QUIT))
-    wait_for(lambda: not _is_running(window), "the window process to be gone")
+    wait_for(lambda: not _is_running(window), "the window process to end")
 
 
-@scenario("A window process that is killed takes nothing with it: the next window opens, and alerts count as closed.",
+@scenario("If the window process is killed, the next window opens normally, and open alerts count as closed.",
           only_on=HOST)
 def window_process_killed(world):
     world.start(muted=True)
     for entry in (SETTINGS, ABOUT, ACTIVATE, SETTINGS):
         world.item.choose(entry)
         os.kill(_expect_window_process(world), signal.SIGKILL)
-        wait_for(lambda: not _window_processes(world), "the window process to be gone")
+        wait_for(lambda: not _window_processes(world), "the window process to end")
         _expect_menu_goes_on(world)
     _expect_quick_end(world, lambda: world.item.choose(QUIT))
 
@@ -60,14 +61,14 @@ def _expect_menu_goes_on(world):
 
 
 def _expect_quick_end(world, end):
-    begun = now()
+    start = now()
     end()
     world.expect_quit()
-    check(now() - begun < 2, f"the end took {now() - begun:.1f} s")
+    check(now() - start < 2, f"the end took {now() - start:.1f} s")
 
 
 def _expect_window_process(world):
-    """Waits for the one process, which is then about to show something."""
+    """Waits for exactly one window process; returns it."""
     wait_for(lambda: len(_window_processes(world)) == 1, "the window process")
     return _window_processes(world)[0]
 

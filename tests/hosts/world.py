@@ -1,4 +1,4 @@
-"""What a scenario finds: a running panel on its own desktop, the program to start, eyes and a hand."""
+"""What a scenario works with: a running panel on its own desktop, the program, the screen and the mouse."""
 
 import json
 import subprocess
@@ -18,7 +18,7 @@ class Menu:
         self.picture, self.box, self.rows = picture, box, rows
 
     def row(self, position):
-        """The picture of the row with this title; the separator, between the last two titles, has none."""
+        """Returns the picture of the row with this title. The separator, between the last two titles, has no row."""
         top, bottom = self.rows[min(position, len(self.rows) - 1)]
         left, above, right, _ = self.box
         return self.picture.crop((left, above + top, right, above + bottom))
@@ -34,7 +34,7 @@ class World:
         self.panel = panel_class(tempfile.mkdtemp(prefix=f"{panel_class.name}-", dir=folder), dark, scale)
         self.desktop, self.screen = self.panel.desktop, self.panel.desktop.screen
         self.program = self.item = self.icon = None
-        # The panel without our item.
+        # A picture of the panel without our item.
         self.empty = None
         self._rest()
 
@@ -44,12 +44,13 @@ class World:
         bare = self.screen.picture()
         self.panel.start()
         within = self.screen.size[0] // 2, round(self.panel.height * self.panel.scale) // 2
-        self.empty = self.settled(lambda picture: look.changed(bare, picture).getpixel(within), "the panel to be painted")
+        self.empty = self.settled(lambda picture: look.changed(bare, picture).getpixel(within),
+                                  "the panel to be painted")
 
     # The program.
 
     def prepare(self):
-        """A clean start for each scenario: no program, and none of its files."""
+        """Provides a clean start for each scenario: no program, and none of its files."""
         self.end_program()
         FLAG.unlink(missing_ok=True)
         for file in (self.preferences, self.autostart):
@@ -66,7 +67,7 @@ class World:
         return self.desktop.home / ".config/autostart/org.ble_kovra.BLEKovra.desktop"
 
     def start_program(self, muted=False, locale=None):
-        """Starts the program, which then mutes always or never. Without a locale it speaks English."""
+        """Starts the program, which mutes always or never. Without a locale its language is English."""
         self.preferences.parent.mkdir(parents=True, exist_ok=True)
         self.preferences.write_text(json.dumps({"blockMode": "always", "isEnabled": muted}))
         language = self.language(locale) if locale else {}
@@ -74,7 +75,7 @@ class World:
         self.expect_flag(muted)
 
     def start(self, **how):
-        """The same, and returns when its item is in the panel."""
+        """Starts the program; returns when its item is in the panel."""
         self.start_program(**how)
         self.find_item()
 
@@ -85,28 +86,28 @@ class World:
         self.program = self.item = self.icon = None
 
     def find_item(self):
-        """Waits for the item at the watcher, where the host has one, and for the icon in the panel."""
+        """Waits for the item at the watcher, if the host has one, and for the icon in the panel."""
         if self.panel.takes_items:
             self.item = registered_item(self.desktop.bus, self.program.pid)
         picture = self.settled(self._icon_in, "the icon to appear in the panel")
         self.icon = self._icon_in(picture)
 
     def no_icon(self):
-        """Returns when nothing is on the screen but the panel with an empty tray."""
-        self.settled(lambda picture: self._news_in(picture) is None, "the panel to be empty")
+        """Waits until the screen shows nothing but the panel with an empty tray."""
+        self.settled(lambda picture: self._change_in(picture) is None, "the panel to be empty")
 
     def _icon_in(self, picture):
-        box = self._news_in(picture)
+        box = self._change_in(picture)
         return box if box and box[2] - box[0] < 48 * self.panel.scale else None
 
-    def _news_in(self, picture):
-        """The box of the widest thing on the screen that is not the empty panel's."""
+    def _change_in(self, picture):
+        """Returns the box of the widest change against the empty panel, or None."""
         box = look.widest_group(look.changed(self.empty, picture), gap=round(2 * self.panel.scale))
-        # Narrower is only a handle, which a tray may bring with its first item, and keep.
+        # A narrower change is a handle, which a tray may add with its first item and keep.
         return box if box and box[2] - box[0] > 10 * self.panel.scale else None
 
     def language(self, locale):
-        """What of the environment makes a program speak it. The locale is made for it: not every machine has them."""
+        """Returns the environment for this language. Builds the locale, since not every machine has it."""
         folder = self.desktop.folder / "locales"
         folder.mkdir(exist_ok=True)
         made = folder / f"{locale}.UTF-8"
@@ -115,7 +116,7 @@ class World:
                            capture_output=True)
         return {"LC_ALL": made.name, "LOCPATH": str(folder)}
 
-    # What it did.
+    # The effects of the program.
 
     def flag(self):
         return FLAG.read_text() if FLAG.exists() else None
@@ -129,9 +130,10 @@ class World:
         wait_for(so, f'the flag to say "{wanted}"')
 
     def expect_switch(self, muted):
-        """Flag, preferences and the check mark on the bus agree on this."""
+        """Waits until the flag, the preferences and the check mark on the bus agree with `muted`."""
         self.expect_flag(muted)
-        wait_for(lambda: json.loads(self.preferences.read_text())["isEnabled"] == muted, f"isEnabled to be stored as {muted}")
+        wait_for(lambda: json.loads(self.preferences.read_text())["isEnabled"] == muted,
+                 f"isEnabled to be stored as {muted}")
         if self.item:
             wait_for(lambda: self.item.checked(MUTE) == muted, f"the check mark to be {muted}")
 
@@ -140,10 +142,10 @@ class World:
         check(status == 0, f"the program ended with status {status}: {self.program.last_words()}")
         check(self.flag() == "off", f'the flag says "{self.flag()}" after the end')
 
-    # Eyes.
+    # The screen.
 
     def settled(self, wanted, text):
-        """The first picture that is as wanted and the same as the one before."""
+        """Returns the first picture that satisfies `wanted` and equals the previous picture."""
         before = [None]
 
         def same():
@@ -159,7 +161,7 @@ class World:
     def legibility(self):
         return look.contrast(self.settled(lambda picture: True, "a still picture"), self.icon)
 
-    # A hand.
+    # The mouse.
 
     def open_menu(self, button=3):
         """Clicks the icon; returns the menu that opens."""
@@ -168,14 +170,14 @@ class World:
         self._click_icon(button)
         opened = lambda now: look.menu_box(look.changed(before, now), least)
         self.settled(opened, "the menu to open")
-        # Only now, for a panel may ask where the pointer is.
+        # Move the pointer only now, since a panel may query its position.
         self._rest()
         picture = self.settled(opened, "the menu to stay open")
         box = look.menu_box(look.changed(before, picture), least)
         return Menu(picture, box, look.text_rows(picture.crop(box), self.panel.scale))
 
     def choose(self, position, button=3):
-        """Opens the menu and chooses one of its entries, both with the mouse."""
+        """Opens the menu and chooses an entry, both with the mouse."""
         menu = self.open_menu(button)
         check(len(menu.rows) == 7, f"the open menu shows {len(menu.rows)} titles")
         self.screen.click(*menu.middle(position))
@@ -187,7 +189,7 @@ class World:
         self.screen.click(*self._beside())
 
     def no_menu(self):
-        """Returns when none is open."""
+        """Waits until no menu is open."""
         least = round(100 * self.panel.scale)
         self.settled(lambda picture: not look.menu_box(look.changed(self.empty, picture), least), "the menu to close")
 
@@ -199,11 +201,11 @@ class World:
         return self.screen.size[0] / 2, self.screen.size[1] * 0.9
 
     def _rest(self):
-        """The pointer away from everything."""
+        """Moves the pointer away from everything."""
         self.screen.point(*self._beside())
 
     def leave_behind(self, name):
-        """Keeps what the screen shows and what the processes said; returns where."""
+        """Saves a picture of the screen and the output of the processes; returns the path."""
         kept = self.desktop.folder.parent / f"{name}.png"
         self.screen.picture().save(kept)
         kept.with_suffix(".txt").write_text(self.desktop.last_words())

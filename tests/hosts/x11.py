@@ -1,4 +1,4 @@
-"""The X display as a person has it: pictures of the screen, a mouse and a keyboard."""
+"""An X display for a test: pictures of the screen, a mouse and a keyboard."""
 
 from PIL import Image
 from Xlib import X, XK, display
@@ -10,13 +10,13 @@ class X11Screen:
         self._display = display.Display(name)
         self._root = self._display.screen().root
         self.size = (self._root.get_geometry().width, self._root.get_geometry().height)
-        # Neither a light nor a dark panel looks like this.
+        # No light or dark panel has this color.
         self._root.change_attributes(background_pixel=0x607080)
         self._root.clear_area()
         self._display.sync()
 
     def picture(self):
-        """The whole screen, without the pointer."""
+        """Returns the whole screen, without the pointer."""
         width, height = self.size
         data = self._root.get_image(0, 0, width, height, X.ZPixmap, 0xFFFFFFFF).data
         return Image.frombytes("RGB", self.size, data, "raw", "BGRX")
@@ -26,14 +26,14 @@ class X11Screen:
         self._display.sync()
 
     def click(self, x, y, button=1):
-        """1: left, 3: right."""
+        """Clicks; button 1 is the left one, 3 the right one."""
         self.point(x, y)
         for event in (X.ButtonPress, X.ButtonRelease):
             xtest.fake_input(self._display, event, button)
         self._display.sync()
 
     def press(self, *names):
-        """These keys at once, by their names."""
+        """Presses these keys together, given by their names."""
         codes = [self._display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
         for event, order in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
             for code in order:
@@ -41,7 +41,7 @@ class X11Screen:
         self._display.sync()
 
     def window(self, title):
-        """The box of the window of this title that is to be seen."""
+        """Returns the box of the visible window with this title, or None."""
         waiting = [self._root]
         while waiting:
             window = waiting.pop()
@@ -53,7 +53,7 @@ class X11Screen:
         return None
 
     def has_tray(self):
-        """Whether somebody embeds the windows of icons."""
+        """Returns whether a tray owns the selection for embedding icons."""
         selection = self._display.intern_atom("_NET_SYSTEM_TRAY_S0")
         return self._display.get_selection_owner(selection) != X.NONE
 

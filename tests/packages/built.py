@@ -1,4 +1,4 @@
-"""The packages as they were built, and unpacked beside them."""
+"""The packages that were built, and their unpacked contents."""
 
 import re
 
@@ -15,7 +15,7 @@ class Built:
 
     @property
     def version(self):
-        """The project's own."""
+        """The version of the project."""
         return re.search(r"^project\(BLE-kovra VERSION (\S+)", (self.tree / "CMakeLists.txt").read_text(), re.M)[1]
 
     def package(self, name):
@@ -27,7 +27,7 @@ class Built:
         return run("dpkg-deb", "--field", self.package(name), field).strip()
 
     def unpacked(self, name):
-        """A folder with what this package brings."""
+        """Returns a folder with the contents of this package."""
         place = self.folder / "unpacked" / name
         if not place.exists():
             place.mkdir(parents=True)
@@ -35,6 +35,7 @@ class Built:
         return place
 
     def files(self, name):
-        """The paths that this package brings, without folders."""
+        """Returns the paths of the files in this package, without folders."""
         place = self.unpacked(name)
-        return {"/" + str(path.relative_to(place)) for path in place.rglob("*") if path.is_symlink() or not path.is_dir()}
+        files = (path for path in place.rglob("*") if path.is_symlink() or not path.is_dir())
+        return {"/" + str(path.relative_to(place)) for path in files}

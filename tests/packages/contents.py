@@ -1,4 +1,4 @@
-"""What is in the packages."""
+"""The contents of the packages."""
 
 import re
 
@@ -36,14 +36,15 @@ HELPER = {
 }
 
 
-@scenario("Debian's own checker finds no error and nothing to warn of, and nothing is hidden from it.")
+@scenario("lintian reports no error and no warning, and there are no overrides.")
 def checker(built):
     changes = next(built.packages.glob("*.changes"))
-    said = run("lintian", "--allow-root", "--no-tag-display-limit", "--show-overrides", "--fail-on", "error,warning", changes)
-    check(not re.search(r"^[EWO]:", said, re.M), said)
+    output = run("lintian", "--allow-root", "--no-tag-display-limit", "--show-overrides", "--fail-on", "error,warning",
+                 changes)
+    check(not re.search(r"^[EWO]:", output, re.M), output)
 
 
-@scenario("Each package brings its own files and none of the other's, and none in a folder that is not the system's.")
+@scenario("Each package contains exactly its own files, all of them in folders of the system.")
 def files(built):
     for name, wanted in zip(NAMES, (APPLICATION, HELPER)):
         found = built.files(name)
@@ -51,34 +52,34 @@ def files(built):
         check(found == wanted, f"{name} lacks {wanted - found} and brings {found - wanted}")
 
 
-@scenario("The packages have the project's version, the one source of it.")
+@scenario("The packages have the version of the project.")
 def version(built):
-    said = run("dpkg-parsechangelog", "--show-field", "Version", cwd=built.tree).strip()
-    check(said == built.version, f"debian/changelog says {said}, CMakeLists.txt {built.version}")
+    output = run("dpkg-parsechangelog", "--show-field", "Version", cwd=built.tree).strip()
+    check(output == built.version, f"debian/changelog says {output}, CMakeLists.txt {built.version}")
     for name in NAMES:
         check(built.field(name, "Version") == built.version, f"{name} is {built.field(name, 'Version')}")
     tool = built.unpacked("ble-kovra-helper") / "usr/bin/systemextensionsctl"
-    check(f" {built.version} " in tool.read_text(), "the listing tool says another one")
+    check(f" {built.version} " in tool.read_text(), "the listing tool has another version")
 
 
-@scenario("The packages need what they use, and recommend what makes them better.")
+@scenario("The packages depend on what they use, and recommend what improves them.")
 def dependencies(built):
     needs = built.field("ble-kovra", "Depends")
     for package in ("libc6", "libqt6widgets6", "libsystemd0", "libudev1", "libxcb1", "qt6-qpa-plugins"):
         check(re.search(rf"\b{package}\b", needs), f"ble-kovra does not need {package}: {needs}")
-    # GNOME's extension would bring all of GNOME.
+    # GNOME's extension would pull in all of GNOME.
     check("gnome" not in built.field("ble-kovra", "Recommends"), "it recommends a desktop")
     check("ble-kovra-helper" in built.field("ble-kovra", "Recommends"), "it does not recommend the helper")
     needs = built.field("ble-kovra-helper", "Depends")
     check("qt6" not in needs and "xcb" not in needs, f"the helper needs a desktop: {needs}")
 
 
-@scenario("The desktop entry and the metainfo are valid, name what is there, and speak six languages.")
+@scenario("The desktop entry and the metainfo are valid, name existing files, and have texts in six languages.")
 def metadata(built):
     place = built.unpacked("ble-kovra")
     run("desktop-file-validate", place / ENTRY[1:])
-    said = run("appstreamcli", "validate", "--no-net", "--pedantic", place / METAINFO[1:])
-    check(not re.search(r"^[EWI]:", said, re.M), said)
+    output = run("appstreamcli", "validate", "--no-net", "--pedantic", place / METAINFO[1:])
+    check(not re.search(r"^[EWI]:", output, re.M), output)
     run("appstreamcli", "validate-tree", "--no-net", place)
     entry = (place / ENTRY[1:]).read_text()
     check("\nExec=ble-kovra\n" in entry and "\nIcon=ble-kovra\n" in entry, entry)
@@ -93,21 +94,21 @@ def metadata(built):
             check(spoken == LANGUAGES, f"<{tag}> is in {spoken}")
 
 
-@scenario("The manual pages are without a warning, and there is one for each command.")
+@scenario("Every command has a manual page, and no page causes a warning.")
 def manual(built):
     for name in NAMES:
         for page in built.unpacked(name).rglob("*.gz"):
             if page.parent.name.startswith("man"):
-                said = run("sh", "-c", 'man --warnings -E UTF-8 -l -Tutf8 -Z "$1" 2>&1 >/dev/null', "sh", page)
-                check(said == "", f"{page.name}: {said}")
+                output = run("sh", "-c", 'man --warnings -E UTF-8 -l -Tutf8 -Z "$1" 2>&1 >/dev/null', "sh", page)
+                check(output == "", f"{page.name}: {output}")
 
 
-@scenario("Programs are hardened as Debian wants it.")
+@scenario("The programs are hardened as Debian requires.")
 def built_well(built):
     application, helper = (built.unpacked(name) for name in NAMES)
     for program in (application / "usr/bin/ble-kovra", application / "usr/libexec/ble-kovra/ble-kovra-ui",
                     helper / "usr/libexec/ble-kovra-helper"):
-        said = run("readelf", "--wide", "--file-header", "--dynamic", program)
-        check(re.search(r"Type:\s+DYN", said), f"{program.name} has a fixed place in memory")
-        check("BIND_NOW" in said and not re.search(r"RUNPATH|RPATH", said), f"{program.name}: {said}")
-        check(b"__stack_chk_fail" in program.read_bytes(), f"{program.name} does not watch its stack")
+        output = run("readelf", "--wide", "--file-header", "--dynamic", program)
+        check(re.search(r"Type:\s+DYN", output), f"{program.name} is not position-independent")
+        check("BIND_NOW" in output and not re.search(r"RUNPATH|RPATH", output), f"{program.name}: {output}")
+        check(b"__stack_chk_fail" in program.read_bytes(), f"{program.name} has no stack protector")

@@ -1,5 +1,8 @@
-"""The tool that lists the driver and the program that activates it, as they are in the package, with other programs around
-them than the machine's: the first folder of $PATH, systemd's sign of life and the list of processes are the test's own."""
+"""The tool that lists the driver and the program that activates it.
+
+They run as in the package, but with substitutes for the machine: the first folder of $PATH, the folder that shows that
+systemd runs, and the list of processes belong to the test.
+"""
 
 import os
 import pathlib
@@ -17,11 +20,11 @@ UNIT = "ble-kovra-helper.service"
 
 
 class Machine:
-    """A folder that stands for the machine, with what the programs find there."""
+    """A folder that stands for the machine, with the programs and files that the packaged programs use."""
 
     def __init__(self, built):
         self.folder = pathlib.Path(tempfile.mkdtemp(dir=built.folder))
-        self.asked = self.folder / "asked"
+        self.calls = self.folder / "calls"
         self._programs = self.folder / "programs"
         self._programs.mkdir()
         (self.folder / "proc").mkdir()
@@ -32,7 +35,7 @@ class Machine:
 
     def _take(self, program):
         text = program.read_text()
-        check(text.count(SYSTEM_PATH) == 1, f"{program.name} trusts the caller's PATH")
+        check(text.count(SYSTEM_PATH) == 1, f"{program.name} uses the caller's PATH")
         for old, new in ((SYSTEM_PATH, f"PATH={self._programs}:/usr/sbin:/usr/bin:/sbin:/bin\n"),
                          ("/run/systemd/system", f"{self.folder}/systemd"), ("/proc/", f"{self.folder}/proc/"),
                          ("/usr/libexec/ble-kovra/", f"{self._programs}/")):
@@ -46,25 +49,26 @@ class Machine:
 
     def put_systemd(self, active, enabled):
         (self.folder / "systemd").mkdir()
-        self.put("systemctl", f"#!/bin/sh\necho systemctl $* >>{self.asked}\n"
+        self.put("systemctl", f"#!/bin/sh\necho systemctl $* >>{self.calls}\n"
                               f"[ $1 = show ] && printf 'ActiveState={active}\\nUnitFileState={enabled}\\n'\nexit 0\n")
 
     def put_process(self, number, name, user):
         process = self.folder / "proc" / str(number)
         process.mkdir()
         (process / "comm").write_text(name + "\n")
-        (process / "status").write_text(f"Name:\t{name}\nUmask:\t0022\nPid:\t{number}\nUid:\t{user}\t{user}\t{user}\t{user}\n")
+        status = f"Name:\t{name}\nUmask:\t0022\nPid:\t{number}\nUid:\t{user}\t{user}\t{user}\t{user}\n"
+        (process / "status").write_text(status)
 
     def run(self, name, *arguments):
-        """Exit code, output and error output. The caller's own PATH has nothing in it."""
+        """Returns the exit code, the output and the error output. The caller's own PATH is empty."""
         done = subprocess.run([self._programs / name, *arguments], capture_output=True, text=True, timeout=20,
                               env={**os.environ, "PATH": "/nowhere"})
         return done.returncode, done.stdout, done.stderr
 
     def state(self):
-        """What the listing tool says of the driver, in the layout that the application reads."""
+        """Returns the state of the driver from the listing tool, in the layout that the application reads."""
         code, listing, error = self.run("systemextensionsctl", "list")
-        check((code, error) == (0, ""), f"it ended with {code} and said {error!r}")
+        check((code, error) == (0, ""), f"it ended with {code} and printed {error!r}")
         lines = listing.splitlines()
         check(len(lines) == 4 and lines[0] == "1 extension(s)" and listing.endswith("\n"), listing)
         columns, found = lines[2].split("\t"), lines[3].split("\t")
@@ -73,7 +77,7 @@ class Machine:
         return found[5]
 
 
-@scenario("The listing tool says that the driver is enabled where the service runs and is enabled, asking systemd once.")
+@scenario("The listing tool reports the driver as enabled if the service runs and is enabled, with one query.")
 def lists_what_systemd_says(built):
     for active, enabled, wanted in (
             ("active", "enabled", ACTIVE), ("active", "enabled-runtime", ACTIVE), ("active", "disabled", WAITING),
@@ -85,23 +89,23 @@ def lists_what_systemd_says(built):
     machine = Machine(built)
     machine.put_systemd("active", "enabled")
     machine.state()
-    said = machine.asked.read_text()
-    check(said == f"systemctl show -p ActiveState -p UnitFileState {UNIT}\n", said)
+    calls = machine.calls.read_text()
+    check(calls == f"systemctl show -p ActiveState -p UnitFileState {UNIT}\n", calls)
 
 
-@scenario("Without systemd the driver is enabled while a process of root's is the helper.")
+@scenario("Without systemd the driver counts as enabled while a process of root is the helper.")
 def lists_processes(built):
     machine = Machine(built)
-    check(machine.state() == WAITING, "there is none")
+    check(machine.state() == WAITING, "there is no such process")
     machine.put_process(7, "ble-kovra-helpe", 1000)
     machine.put_process(8, "ble-kovra", 0)
     (machine.folder / "proc/9").mkdir()
-    check(machine.state() == WAITING, "somebody else's, or another program")
+    check(machine.state() == WAITING, "the process is another user's, or another program")
     machine.put_process(10, "ble-kovra-helpe", 0)
-    check(machine.state() == ACTIVE, "there is one")
+    check(machine.state() == ACTIVE, "there is such a process")
 
 
-@scenario("A systemd that does not answer, or is not there, is no driver.")
+@scenario("If systemd does not answer, the driver counts as not active.")
 def lists_without_an_answer(built):
     machine = Machine(built)
     machine.put_systemd("active", "enabled")
@@ -109,7 +113,7 @@ def lists_without_an_answer(built):
     check(machine.state() == WAITING, machine.state())
 
 
-@scenario("Any other argument is told how the program is used, on the error output.")
+@scenario("Any other argument prints the usage on the error output.")
 def usage(built):
     machine = Machine(built)
     for program, wrong in (("systemextensionsctl", ((), ("uninstall",), ("list", "more"), ("",))),
@@ -120,44 +124,44 @@ def usage(built):
                   f"{program} {arguments}: {code}, {output!r}, {error!r}")
 
 
-@scenario("The manager asks for nothing where the driver is active already.")
+@scenario("The manager does nothing if the driver is active already.")
 def manager_has_nothing_to_do(built):
     machine = Machine(built)
     machine.put_systemd("active", "enabled")
     for argument in ("activate", "forceActivate"):
         check(machine.run("driver-manager", argument) == (0, "", ""), argument)
-    check("enable" not in machine.asked.read_text().split(), machine.asked.read_text())
+    check("enable" not in machine.calls.read_text().split(), machine.calls.read_text())
 
 
 def ordinary_user(machine, pkexec):
     machine.put_systemd("inactive", "disabled")
     machine.put("id", "#!/bin/sh\necho 1000\n")
-    machine.put("pkexec", f"#!/bin/sh\necho pkexec $* >>{machine.asked}\nshift\n{pkexec}\n")
-    machine.put("systemd-tmpfiles", f"#!/bin/sh\necho systemd-tmpfiles $* >>{machine.asked}\n")
+    machine.put("pkexec", f"#!/bin/sh\necho pkexec $* >>{machine.calls}\nshift\n{pkexec}\n")
+    machine.put("systemd-tmpfiles", f"#!/bin/sh\necho systemd-tmpfiles $* >>{machine.calls}\n")
 
 
-@scenario("The manager asks for the right by pkexec, and makes, enables and starts what is needed.")
+@scenario("The manager requests the right through pkexec, then creates, enables and starts what is needed.")
 def manager_activates(built):
     for argument in ("activate", "forceActivate"):
         machine = Machine(built)
         ordinary_user(machine, 'exec "$@"')
         check(machine.run("driver-manager", argument) == (0, "", ""), argument)
-        said = machine.asked.read_text().splitlines()[1:]
-        wanted = [f"pkexec --disable-internal-agent {machine.folder}/programs/activate-helper", "systemd-tmpfiles --create ble-kovra-helper.conf",
-                  f"systemctl --quiet enable --now {UNIT}"]
-        check(said == wanted, f"it asked {said}")
+        calls = machine.calls.read_text().splitlines()[1:]
+        wanted = [f"pkexec --disable-internal-agent {machine.folder}/programs/activate-helper",
+                  "systemd-tmpfiles --create ble-kovra-helper.conf", f"systemctl --quiet enable --now {UNIT}"]
+        check(calls == wanted, f"it called {calls}")
 
 
-@scenario("Root is not asked.")
+@scenario("For root the manager does not use pkexec.")
 def manager_of_root(built):
     machine = Machine(built)
     ordinary_user(machine, "exit 127")
     machine.put("id", "#!/bin/sh\necho 0\n")
     check(machine.run("driver-manager", "activate") == (0, "", ""), "it failed")
-    check("pkexec" not in machine.asked.read_text(), machine.asked.read_text())
+    check("pkexec" not in machine.calls.read_text(), machine.calls.read_text())
 
 
-@scenario("What keeps the manager from it is one line on the error output, and exit code 1.")
+@scenario("If the manager fails, it prints the reason in one line on the error output and exits with 1.")
 def manager_fails(built):
     prefix = "Error executing command as another user: "
     for pkexec, wanted in (
@@ -173,19 +177,20 @@ def manager_fails(built):
         check(error.startswith("ble-kovra-helper: not activated: ") and wanted in error, error)
 
 
-@scenario("The right that pkexec asks for is for that program alone, and needs an administrator.")
+@scenario("The polkit action covers only that program and requires an administrator.")
 def policy(built):
     place = built.unpacked("ble-kovra-helper")
     text = (place / "usr/share/polkit-1/actions/org.ble_kovra.helper.policy").read_text()
     program = text.partition('<annotate key="org.freedesktop.policykit.exec.path">')[2].partition("<")[0]
-    check(os.access(place / program[1:], os.X_OK), f"there is no {program}")
-    check(f"activate={program}\n" in (place / "usr/libexec/ble-kovra/driver-manager").read_text(), "the manager asks for another")
+    check(os.access(place / program[1:], os.X_OK), f"{program} is missing")
+    manager = (place / "usr/libexec/ble-kovra/driver-manager").read_text()
+    check(f"activate={program}\n" in manager, "the manager requests another program")
     for whose in ("any", "inactive", "active"):
         check(f"<allow_{whose}>auth_admin</allow_{whose}>" in text, whose)
 
 
-@scenario("The manager's way is the one that the application takes.")
+@scenario("The manager is at the path that the application uses.")
 def manager_path(built):
     source = (built.tree / "BLE_kovra/system/DriverActivator.h").read_text()
-    check(f'"/{MANAGER}"' in source, "the application looks elsewhere")
-    check('"/usr/bin/systemextensionsctl"' in source, "the application lists by another tool")
+    check(f'"/{MANAGER}"' in source, "the application uses another path")
+    check('"/usr/bin/systemextensionsctl"' in source, "the application uses another listing tool")

@@ -1,4 +1,4 @@
-"""A place where packages are installed by dpkg with all that their scripts do, and nothing outside it is touched."""
+"""A folder in which dpkg installs packages and runs their scripts, without touching anything outside it."""
 
 import os
 import re
@@ -11,15 +11,16 @@ MANAGER = "Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/K
 
 
 class Root:
-    """The scripts run with $DPKG_ROOT, and the machine's services are out of their reach. What the packages need counts
-    as installed where it is installed here."""
+    """The scripts run with $DPKG_ROOT and cannot reach the machine's services.
+
+    The dependencies of the packages count as installed if they are installed on this machine."""
 
     def __init__(self, built, name):
         self.built, self.path = built, built.folder / name
         records = self.path / "var/lib/dpkg"
         for folder in ("info", "updates", "triggers"):
             (records / folder).mkdir(parents=True)
-        # Every system has them.
+        # These folders exist on every system.
         for folder in ("etc/systemd/system", "var/lib/systemd"):
             (self.path / folder).mkdir(parents=True)
         needed = set()
@@ -44,7 +45,7 @@ class Root:
         self._dpkg("--purge", *names)
 
     def newer(self, name):
-        """This package once more, as its next version."""
+        """Returns the next version of this package."""
         place = self.built.folder / "newer" / name
         result = place.parent / f"{name}.deb"
         if not result.exists():
@@ -56,12 +57,12 @@ class Root:
         return result
 
     def listing(self):
-        """What is there but for dpkg's own records."""
+        """Returns all paths except dpkg's own database."""
         found = {str(path.relative_to(self.path)) for path in self.path.rglob("*")}
         return {path for path in found if not f"{path}/".startswith("var/lib/dpkg/")}
 
     def environment(self):
-        """For the packages' scripts: without the programs that speak to the machine's services."""
+        """Returns the environment of the packages' scripts. The programs that control services do nothing in it."""
         programs = self.built.folder / "programs"
         programs.mkdir(exist_ok=True)
         for name in ("systemctl", "deb-systemd-invoke"):

@@ -1,4 +1,4 @@
-"""What the tests of the packages promise, each promise a function with a sentence."""
+"""The scenarios of the packages. Each is a function with a sentence that says what it promises."""
 
 import subprocess
 
@@ -8,7 +8,7 @@ SCENARIOS = {}
 
 
 def scenario(sentence):
-    """Makes a function a scenario. It is given the packages as they were built."""
+    """Makes a function a scenario. Its argument is the built packages."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, function)
         return function
@@ -16,7 +16,8 @@ def scenario(sentence):
 
 
 def run(*command, **how):
-    """What this command says on its output; that it fails is a failure of the scenario."""
+    """Returns the output of a command. If the command fails, the scenario fails."""
     done = subprocess.run(command, capture_output=True, text=True, timeout=120, **how)
-    check(done.returncode == 0, f"{command[0]} ended with {done.returncode}: {(done.stdout + done.stderr).strip()[-2000:]}")
+    output = (done.stdout + done.stderr).strip()
+    check(done.returncode == 0, f"{command[0]} ended with {done.returncode}: {output[-2000:]}")
     return done.stdout

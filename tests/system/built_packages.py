@@ -1,4 +1,4 @@
-"""The Debian packages that the laptop gets."""
+"""The Debian packages for the laptop."""
 
 import pathlib
 import subprocess
@@ -12,7 +12,7 @@ class PackagesMissing(Exception):
 
 
 def paths():
-    """As they were built last; built now where they never were."""
+    """Returns the packages that were built last. If there are none, builds them now."""
     def built():
         return [str(path) for path in FOLDER.glob("ble-kovra*.deb") if "dbgsym" not in path.name]
     if not built() and subprocess.run([ROOT / "tools/build-packages"]).returncode != 0:

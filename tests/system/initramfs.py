@@ -1,4 +1,4 @@
-"""The machine's first file system: busybox, the modules, the init script."""
+"""The initial file system of the machine: busybox, the modules, the init script."""
 
 import pathlib
 import shutil
@@ -11,7 +11,7 @@ class BusyboxMissing(Exception):
 
 
 def write(target, kernel, guest_program):
-    """Writes the archive to `target`. `guest_program` is the script that the machine runs as its first process."""
+    """Writes the archive to `target`. `guest_program` is the script that runs as the machine's first process."""
     busybox = shutil.which("busybox", path="/bin:/usr/bin")
     if busybox is None:
         raise BusyboxMissing("busybox is missing (Debian package busybox-static)")
@@ -30,7 +30,7 @@ def write(target, kernel, guest_program):
 
 
 class _Archive:
-    """A cpio archive in the "newc" format, which is what the kernel unpacks."""
+    """A cpio archive in the "newc" format, which the kernel unpacks."""
 
     def __init__(self, out):
         self._out = out

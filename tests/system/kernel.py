@@ -1,7 +1,7 @@
 """The kernel of the virtual machine: Debian's own, unpacked into the build folder and never installed.
 
-Only the image and the few modules that the machine loads are kept. The package is fetched once; a folder that is
-complete is used as it is.
+Only the image and the few modules that the machine loads are kept. The package is fetched once; a complete folder is
+used as it is.
 """
 
 import pathlib
@@ -10,12 +10,12 @@ import shutil
 import subprocess
 import tempfile
 
-# In the initramfs, loaded before the host's files are there.
+# These modules are in the initramfs and are loaded before the host's files are available.
 BOOT_MODULES = [
     "virtio_pci", "9pnet_virtio", "9p", "overlay",
     "uhid", "uinput", "evdev", "hid-generic", "hid-multitouch", "usbhid", "xhci-pci",
 ]
-# Beside them, for a test that swaps drivers under a device.
+# This module is also in the folder, for a test that changes the driver of a device.
 LATER_MODULES = ["hid-logitech-hidpp"]
 
 
@@ -30,7 +30,7 @@ class Kernel:
         self.modules = self.folder / "modules"
 
     def boot_modules(self):
-        """The module files in the order in which they have to be loaded."""
+        """Returns the module files in the order in which they must be loaded."""
         return [self.modules / name for name in (self.modules / "order").read_text().split()]
 
     def module(self, name):
@@ -38,7 +38,7 @@ class Kernel:
 
 
 def prepare(folder, say):
-    """The kernel in `folder`; fetched and unpacked now if it is not there. `say` is told of each long step."""
+    """Returns the kernel in `folder`, after fetching and unpacking it if it is missing. `say` prints each long step."""
     kernel = Kernel(folder)
     if (kernel.modules / "order").exists():
         return kernel
@@ -80,7 +80,7 @@ def _keep_needed(unpacked, kernel):
     for path in order + [files[name.replace("-", "_")] for name in LATER_MODULES]:
         shutil.copy(path, kernel.modules)
     shutil.copy(next(unpacked.glob("boot/vmlinuz-*")), kernel.image)
-    # Written last: its presence says that everything else is there.
+    # The order is written last: its presence means that everything else is complete.
     (kernel.modules / "order").write_text("".join(f"{path.name}\n" for path in order))
 
 

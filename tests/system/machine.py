@@ -1,8 +1,8 @@
-"""A throwaway virtual machine with a real kernel and the host's own files, needing neither root nor KVM.
+"""A throwaway virtual machine with a real kernel and the host's own files. It needs neither root nor KVM.
 
-The machine sees the host's root read-only beneath a layer in memory, so nothing that it does reaches the host. Its
-first process is a program of ours; it, or what it starts, and the host speak JSON lines over the machine's second serial
-port.
+The machine sees the host's root read-only beneath a layer in memory, so that it cannot change the host. Its first
+process is a program of ours. This program, or what it starts, exchanges JSON lines with the host over the machine's
+second serial port.
 """
 
 import json
@@ -19,11 +19,11 @@ import initramfs
 from qmp import QMP
 
 HERE = pathlib.Path(__file__).resolve().parent
-# The first processes that there are: a program of ours, or systemd, which it becomes.
+# The first processes: a program of ours, or one that becomes systemd.
 BARE = HERE / "guest" / "main.py"
 LAPTOP = HERE / "laptop" / "first.py"
 BOOT_LIMIT_SECONDS = 300
-# A scenario takes seconds, the flood a minute, on a host that is busy several; one that takes longer hangs.
+# A scenario takes seconds, the event flood a minute, on a busy host several minutes; a longer silence means a hang.
 SILENCE_LIMIT_SECONDS = 600
 
 
@@ -32,7 +32,7 @@ class MachineFailed(Exception):
 
 
 class Machine:
-    """One boot. Use as a context manager; leaving it ends QEMU and removes the temporary folder."""
+    """One boot. Use it as a context manager; on exit it ends QEMU and removes the temporary folder."""
 
     def __init__(self, kernel, logs, first_process=BARE):
         self._kernel, self._first_process = kernel, first_process
@@ -63,7 +63,7 @@ class Machine:
         shutil.rmtree(self._folder, ignore_errors=True)
 
     def messages(self, task):
-        """Gives the guest its task and yields what it reports, serving its requests meanwhile, until it is done."""
+        """Sends the task to the guest; serves its requests and yields its reports until the task is done."""
         deadline = time.monotonic() + BOOT_LIMIT_SECONDS
         while True:
             message = self._next(deadline)
@@ -114,7 +114,7 @@ class Machine:
         while b"\n" not in self._buffer:
             left = deadline - time.monotonic()
             if left <= 0:
-                raise MachineFailed(f"the machine said nothing for too long; {self._last_words()}")
+                raise MachineFailed(f"the machine was silent for too long; {self._last_words()}")
             if not select.select([self._port], [], [], left)[0]:
                 continue
             data = self._port.recv(65536)
@@ -128,5 +128,5 @@ class Machine:
         for log in [self._console, self._console.with_name("qemu.log")]:
             lines = [line for line in log.read_text(errors="replace").splitlines() if line.strip()]
             if lines:
-                return f"its last words, from {log.name}: {lines[-1].strip()}"
-        return "it left no words"
+                return f"the last line of {log.name}: {lines[-1].strip()}"
+        return "there are no logs"

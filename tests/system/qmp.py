@@ -1,4 +1,4 @@
-"""QEMU's control socket: commands as JSON lines, one at a time."""
+"""QEMU's control socket. Commands are JSON lines, sent one at a time."""
 
 import json
 import socket

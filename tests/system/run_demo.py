@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The demo: the real program's main job in a throwaway virtual machine, as a timeline."""
+"""The demo: plays the real program's main job in a throwaway virtual machine and prints it as a timeline."""
 
 import pathlib
 import shutil
@@ -17,19 +17,19 @@ BINARY = ROOT / "build/release/ble-kovra"
 
 BEFORE = """
 BLE-kovra's main job, played by the real program on a real kernel in a throwaway virtual machine.
-"flag" is what stands in /Library/Application Support/ble-kovra/state, watched from outside the program;
-"trackpad" is what that tells the privileged helper to do with it.
+"flag" is the content of /Library/Application Support/ble-kovra/state, watched from outside the program;
+"trackpad" is what the privileged helper does with it.
 
   time     what happens                                            flag   trackpad   delay
   -------  ------------------------------------------------------  -----  ---------  ------------"""
 
 AFTER = """
 That was the main job: the trackpad is muted while the chosen mouse is connected, and works again two seconds
-after it has gone. The mouse was chosen by this file, ~/.config/ble-kovra/preferences.json:
+after the mouse is removed. The mouse was chosen by this file, ~/.config/ble-kovra/preferences.json:
 
   {"selectedDeviceIDs": ["QEMU QEMU USB Mouse#1575:1"]}
 
-the mouse's name, then its vendor's and its product's number. Nothing was changed on this computer.
+The entry is the mouse's name with the numbers of its vendor and product. Nothing was changed on this computer.
 demo: done"""
 
 
@@ -77,6 +77,6 @@ def say(text):
 
 
 if __name__ == "__main__":
-    # As at an interrupt, so that no machine is left behind.
+    # Treat SIGTERM as an interrupt, so that no machine is left behind.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     sys.exit(main())

@@ -25,7 +25,7 @@ POSIX = frozenset(
     """.split()
 )
 
-# Each system's own way to hear of the end of a program.
+# The headers with which each system reports the end of a program.
 PROCESS_END = frozenset({"sys/event.h", "sys/syscall.h"})
 
 QT = re.compile(r"(Qt\w*/.*|Q[A-Z]\w*|q[a-z_]+\.h)")
@@ -44,16 +44,17 @@ def any_but_qt(header):
     return not QT.fullmatch(header) and not GOOGLE_TEST.fullmatch(header)
 
 
-# The libraries that the rooms of the Linux desktop share out among themselves.
+# The libraries that are distributed among the rooms of the Linux desktop.
 LINUX_LIBRARY = re.compile(r"systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
 
 
 def linux(*own):
-    """The system's own headers, and of those libraries the ones that match a pattern of `own`."""
+    """Allows the system's own headers, and of those libraries the headers that match a pattern of `own`."""
     own = re.compile("|".join(own)) if own else None
 
     def may_include(header):
-        return any_but_qt(header) and (not LINUX_LIBRARY.fullmatch(header) or (own is not None and own.fullmatch(header)))
+        is_own = own is not None and own.fullmatch(header)
+        return any_but_qt(header) and (is_own or not LINUX_LIBRARY.fullmatch(header))
 
     return may_include
 
@@ -69,11 +70,11 @@ def with_google_test(allowed):
 @dataclass(frozen=True)
 class Room:
     folder: str
-    project: tuple  # patterns of the project's headers that may be included, beside the room's own
-    library: object  # whether a header in angle brackets may be included
-    own_system: bool = False  # whether #if may ask for the operating system
-    with_folders: bool = False  # whether folders inside belong to the room
-    files: tuple = ()  # the folder's only files that are meant; empty for all
+    project: tuple  # patterns of the project's headers that may be included, besides the room's own
+    library: object  # returns whether a header in angle brackets may be included
+    own_system: bool = False  # whether #if may test for the operating system
+    with_folders: bool = False  # whether subfolders belong to the room
+    files: tuple = ()  # restricts the room to these files of the folder; empty for all
 
     def holds(self, path):
         folder, _, name = path.rpartition("/")
@@ -89,7 +90,7 @@ def everything_in(*folders):
     return tuple(re.escape(folder) + r"/.*\.h" for folder in folders)
 
 
-VALUES = (r"BLE_kovra/platform/[^/]+\.h",)  # the interfaces, not the realisations in the folders below
+VALUES = (r"BLE_kovra/platform/[^/]+\.h",)  # the interfaces, without the adapters in the folders below
 POSIX_ROOM = everything_in("BLE_kovra/platform/posix")
 L10N = everything_in("BLE_kovra/l10n")
 DEVICES = everything_in("BLE_kovra/devices")
@@ -100,7 +101,7 @@ APP = everything_in("BLE_kovra/app")
 LOGIC = VALUES + L10N + DEVICES + CORE + SYSTEM + APP
 
 LINUX = "BLE_kovra/platform/linux/"
-# One room of the resident program for each outside party: its neighbours, and the libraries that it speaks to them by.
+# One room of the resident program for each outside party, with its neighbours and the libraries that it may use.
 LINUX_ROOMS = {
     "loop": ((), ("systemd/sd-event.h",)),
     "bus": (("loop",), ("systemd/sd-bus.h",)),
@@ -112,7 +113,7 @@ LINUX_ROOMS = {
     "windows": (("loop", "session", "desktop", "wire"), ()),
     "tray": (("loop", "bus", "x11", "session", "desktop", "windows", "wire"), ("systemd/sd-bus.h", "xcb/.*")),
 }
-# The rooms of the window process, and their neighbours.
+# The rooms of the window process, with their neighbours.
 UI_ROOMS = {
     "ui/style": (),
     "ui/elements": ("ui/style",),
@@ -121,8 +122,7 @@ UI_ROOMS = {
     "ui": ("wire",),
 }
 
-
-# The same on macOS, where the libraries are the system's own.
+# The rooms of macOS, with their neighbours; the libraries are the system's own.
 MACOS = "BLE_kovra/platform/macos/"
 MACOS_ROOMS = {
     "foundation": (),
@@ -144,10 +144,11 @@ def linux_rooms(names):
 
 UI = linux_rooms(("wire", *UI_ROOMS))
 
-# Where everything is made and joined; nothing else sees as much.
+# The composition roots create and connect everything. No other source may include as much.
 ROOTS = (
     Room(
-        "BLE_kovra/platform/linux", VALUES + POSIX_ROOM + APP + linux_rooms(LINUX_ROOMS) + linux_rooms(["wire"]), any_but_qt,
+        "BLE_kovra/platform/linux", VALUES + POSIX_ROOM + APP + linux_rooms(LINUX_ROOMS) + linux_rooms(["wire"]),
+        any_but_qt,
         own_system=True, files=("main.cpp",),
     ),
     Room("BLE_kovra/platform/linux/ui", VALUES + UI, anything, own_system=True, files=("main.cpp",)),
@@ -165,7 +166,8 @@ LINUX_PROGRAM = (
     Room(LINUX + "wire", VALUES, linux("nlohmann/.*"), own_system=True),
 )
 UI_PROGRAM = tuple(
-    Room(LINUX + name, VALUES + linux_rooms(neighbours), anything, own_system=True) for name, neighbours in UI_ROOMS.items()
+    Room(LINUX + name, VALUES + linux_rooms(neighbours), anything, own_system=True)
+    for name, neighbours in UI_ROOMS.items()
 )
 MACOS_PROGRAM = tuple(
     Room(MACOS + name, VALUES + POSIX_ROOM + macos_rooms(neighbours), any_but_qt, own_system=True)
@@ -192,18 +194,18 @@ MACOS_TOOLS = everything_in("tests/platform/macos/fakes") + (r"tests/platform/ma
 
 
 def tests_of(room, others=(), library=None):
-    """tests/<room>: the room, what it may include, the fakes and the support; and for an adapter the contracts."""
+    """tests/<room> may include the room, what the room may include, fakes, support; for an adapter contracts too."""
     project = everything_in(room.folder) if room.with_folders else (re.escape(room.folder) + r"/[^/]+\.h",)
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
     return Room(
-        folder, project + room.project + TEST_TOOLS + contracts + tuple(others), with_google_test(library or room.library),
-        room.own_system, room.with_folders,
+        folder, project + room.project + TEST_TOOLS + contracts + tuple(others),
+        with_google_test(library or room.library), room.own_system, room.with_folders,
     )  # fmt: skip
 
 
 def tests_of_linux(room):
-    """Besides, the rigs of the neighbours' tests; and as a client or a service of the test's own, any library."""
+    """They may also include the rigs of the neighbours' tests, and any library: a test can be a client or a service."""
     neighbours = LINUX_ROOMS.get(room.folder.removeprefix(LINUX), ((), ()))[0]
     rigs = everything_in(*(f"tests/platform/linux/{name}" for name in neighbours))
     return tests_of(room, rigs, any_but_qt)
@@ -217,7 +219,8 @@ TESTS = (
     *(tests_of(room) for room in (*PROGRAM, HELPER)),
     *(tests_of_linux(room) for room in LINUX_PROGRAM),
     tests_of(POSIX_PROGRAM, linux_rooms(["loop"]) + everything_in("tests/platform/linux/loop"), any_but_qt),
-    Room("tests/platform/linux/ui", VALUES + UI + TEST_TOOLS + CONTRACTS, with_google_test(anything), True, with_folders=True),
+    Room("tests/platform/linux/ui", VALUES + UI + TEST_TOOLS + CONTRACTS, with_google_test(anything), True,
+         with_folders=True),
     Room("tests/packaging/icons", VALUES + everything_in("packaging/icons"), with_google_test(standard)),
     *(tests_of(room, MACOS_TOOLS) for room in MACOS_PROGRAM),
     Room("tests/platform/macos", everything_in("tests/platform/macos/fakes"), with_google_test(any_but_qt)),
@@ -228,20 +231,22 @@ TESTS = (
     Room("tests/support/posix", VALUES, posix),
     Room("tests/support/linux", VALUES + linux_rooms(["loop"]), with_google_test(any_but_qt), own_system=True),
     Room("tests/contracts", VALUES + TEST_TOOLS, with_google_test(standard)),
-    Room("tests/programs", VALUES + L10N + SYSTEM + POSIX_ROOM + linux_rooms(["loop"]) + TEST_TOOLS, with_google_test(any_but_qt)),
+    Room("tests/programs", VALUES + L10N + SYSTEM + POSIX_ROOM + linux_rooms(["loop"]) + TEST_TOOLS,
+         with_google_test(any_but_qt)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
-    # What the application shows, on the real widgets.
-    Room("tests/screen", LOGIC + UI + TEST_TOOLS + everything_in("tests/platform/linux/ui", "tests/l10n"), with_google_test(anything)),
+    # The whole application, shown by the real widgets.
+    Room("tests/screen", LOGIC + UI + TEST_TOOLS + everything_in("tests/platform/linux/ui", "tests/l10n"),
+         with_google_test(anything)),
 )  # fmt: skip
 
-# The roots stand before the rooms whose folders they share.
+# The roots come before the rooms that share their folders.
 ROOMS = (*ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS)
 
-# Headers that stand in no room's way: what they include counts as included by whoever includes them.
+# Headers that pass on their includes: what they include counts as included by the file that includes them.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")
 
 
 def room_of(path):
-    """The room of a file, or None. Of several the one deepest inside, and of those the first."""
+    """Returns the room of a file, or None. The innermost room wins, then the first in the table."""
     return max((room for room in ROOMS if room.holds(path)), key=lambda room: len(room.folder), default=None)

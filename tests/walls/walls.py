@@ -1,8 +1,8 @@
-"""Checks that no source file includes what the walls between the rooms forbid.
+"""Checks that no source file breaks the walls between the rooms with an include.
 
     python3 walls.py ROOT
 
-prints one line for each breach, as file:line: what is wrong, and ends with 1 if there is any.
+Prints one line for each breach, as file:line: what is wrong. The exit status is 1 if there is any.
 """
 
 import re
@@ -23,21 +23,22 @@ TOKENS = re.compile(
     """,
     re.VERBOSE | re.DOTALL,
 )
-# More than these in one folder are several rooms.
+# A room with more sources than this should be several rooms.
 MOST_SOURCES = 25
 
 DIRECTIVE = re.compile(r"^[ \t]*#[ \t]*(\w+)[ \t]*(.*)$", re.MULTILINE)
 INCLUDED = re.compile(r'(?P<quote>["<])(?P<header>[^">]+)[">]\s*$')
 OPERATING_SYSTEM = re.compile(
-    r"__has_include|\b(?:__linux(?:__)?|__gnu_linux__|linux|__APPLE__|__MACH__|TARGET_OS_\w+|_WIN32|_WIN64|__unix(?:__)?|unix|"
+    r"__has_include|\b(?:__linux(?:__)?|__gnu_linux__|linux|__APPLE__|__MACH__|TARGET_OS_\w+|_WIN32|_WIN64|"
+    r"__unix(?:__)?|unix|"
     r"__\w+BSD__|BSD|__ANDROID__|__GLIBC__|__CYGWIN__|__HAIKU__|__sun|_POSIX_\w+|KOVRA_PLATFORM\w*)\b"
 )
 
 
 def directives(text):
-    """The preprocessor's lines as (line number, name, rest), without comments, raw strings and line continuations."""
+    """Yields (line number, name, rest) of each directive, ignoring comments, raw strings and continuations."""
 
-    # A continued line is joined; the line feeds that it had follow it, so that the numbers below stay right.
+    # Joins a continued line. Its line feeds are appended, so that the line numbers below stay right.
     def join(match):
         return match[0].replace("\\\n", " ") + "\n" * match[0].count("\\\n")
 
@@ -52,7 +53,7 @@ def directives(text):
 
 
 def sources(root):
-    """The text of every source file below the root, by its path from there."""
+    """Returns the text of every source file below the root, by its path from the root."""
     return {
         path.relative_to(root).as_posix(): path.read_text(encoding="utf-8")
         for folder in SOURCE_FOLDERS
@@ -66,7 +67,7 @@ class Tree:
         self.directives = {path: list(directives(text)) for path, text in sorted(files.items())}
 
     def includes(self, path):
-        """The includes of a file as (line number, quote, header); the header is None where a macro names it."""
+        """Yields (line number, quote, header) of each include; the header is None if a macro names it."""
         for line, name, rest in self.directives.get(path, ()):
             if name in ("include", "include_next", "import"):
                 match = INCLUDED.match(rest)
@@ -85,7 +86,7 @@ class Tree:
     def breaches_of(self, path):
         room = room_of(path)
         if room is None:
-            yield 1, "this folder is no room; give it a line in tests/walls/rooms.py"
+            yield 1, "this folder is not a room; add it to tests/walls/rooms.py"
             return
         for line, quote, header in self.includes(path):
             for breach in self.breaches_of_include(path, room, quote, header):
@@ -94,7 +95,7 @@ class Tree:
         for line, name, rest in self.directives[path]:
             if name in ("if", "ifdef", "ifndef", "elif", "elifdef", "elifndef") and not room.own_system:
                 if match := OPERATING_SYSTEM.search(rest):
-                    yield line, f"asks for the operating system ({match[0]}); the linker chooses"
+                    yield line, f"tests for the operating system ({match[0]}); the linker chooses the platform"
 
     def breaches_of_include(self, path, room, quote, header):
         if header is None:
@@ -120,7 +121,7 @@ class Tree:
                 yield f'{room.folder} may not include "{reached}", which "{header}" includes'
 
     def reached_through(self, header):
-        """What a transparent header includes, and the transparent ones among those in turn."""
+        """Returns what a transparent header includes, also through further transparent headers."""
         reached, waiting = set(), [header]
         while waiting:
             current = waiting.pop()

@@ -1,4 +1,4 @@
-"""Breaks every wall once in a small made-up tree: a check that cannot fail is none."""
+"""Breaks every wall once in a small made-up tree, to show that the check can fail."""
 
 import subprocess
 import sys
@@ -9,7 +9,7 @@ from pathlib import Path
 import rooms
 from walls import Tree
 
-# A header for each room, so that an include is wrong for the wall's sake and not because its header is missing.
+# One header per room, so that an include fails because of the wall and not because the header is missing.
 HEADERS = {
     path: "#pragma once\n"
     for path in (
@@ -168,7 +168,9 @@ FORBIDDEN = {
         "BLE_kovra/app/settings/SettingsView.h",
     ),
     "BLE_kovra/platform/linux/ui/tray/X.cpp": ("BLE_kovra/platform/linux/ui/windows/Window.h",),
-    "BLE_kovra/platform/macos/main.mm": ("BLE_kovra/platform/linux/hid/Udev.h", "BLE_kovra/core/AppState.h", "<QString>"),
+    "BLE_kovra/platform/macos/main.mm": (
+        "BLE_kovra/platform/linux/hid/Udev.h", "BLE_kovra/core/AppState.h", "<QString>",
+    ),
     "BLE_kovra/platform/macos/hid/X.mm": (
         "BLE_kovra/platform/macos/hotkeys/Carbon.h",
         "BLE_kovra/platform/macos/views/View.h",
@@ -200,7 +202,9 @@ FORBIDDEN = {
     "BLE_kovra/app/X.cpp": ("BLE_kovra/platform/linux/hid/Udev.h", "tests/fakes/FakeHID.h", "<unistd.h>", "<QMenu>"),
     "BLE_kovra/app/settings/X.cpp": ("BLE_kovra/platform/linux/ui/windows/Window.h", "<QWidget>"),
     "helper/X.cpp": ("BLE_kovra/platform/Menu.h", "BLE_kovra/core/AppState.h", "<QString>", "<gtest/gtest.h>"),
-    "tests/l10n/X.cpp": ("BLE_kovra/core/AppState.h", "BLE_kovra/devices/HIDMonitor.h", "tests/core/Other.h", "<unistd.h>"),
+    "tests/l10n/X.cpp": (
+        "BLE_kovra/core/AppState.h", "BLE_kovra/devices/HIDMonitor.h", "tests/core/Other.h", "<unistd.h>",
+    ),
     "tests/core/X.cpp": ("BLE_kovra/devices/HIDMonitor.h", "BLE_kovra/l10n/L10n.h", "BLE_kovra/app/AppDelegate.h"),
     "tests/devices/X.cpp": ("BLE_kovra/core/AppState.h", "tests/contracts/QueueContract.h"),
     "tests/app/X.cpp": ("BLE_kovra/platform/linux/hid/Udev.h", "<unistd.h>"),
@@ -300,8 +304,12 @@ ALLOWED = {
         "<gtest/gtest.h>",
         "<umockdev.h>",
     ),
-    "tests/platform/linux/ui/windows/X.cpp": ("BLE_kovra/platform/linux/ui/windows/Window.h", "tests/support/linux/Screen.h"),
-    "tests/platform/posix/X.cpp": ("BLE_kovra/platform/posix/Posix.h", "tests/platform/linux/loop/LoopRig.h", "<spawn.h>"),
+    "tests/platform/linux/ui/windows/X.cpp": (
+        "BLE_kovra/platform/linux/ui/windows/Window.h", "tests/support/linux/Screen.h",
+    ),
+    "tests/platform/posix/X.cpp": (
+        "BLE_kovra/platform/posix/Posix.h", "tests/platform/linux/loop/LoopRig.h", "<spawn.h>",
+    ),
     "tests/packaging/icons/X.cpp": ("packaging/icons/Svg.h", "<gtest/gtest.h>"),
     "packaging/icons/X.cpp": ("BLE_kovra/app/AppDelegate.h", "BLE_kovra/platform/linux/tray/IconColor.h"),
 }
@@ -345,9 +353,10 @@ class Walls(unittest.TestCase):
             self.assertLessEqual(set(neighbours) - {"wire"}, set(reached), f"{room}: a neighbour comes after it")
 
     def test_an_unknown_folder_is_reported(self):
-        for path in ("BLE_kovra/odds/X.cpp", "BLE_kovra/X.cpp", "BLE_kovra/platform/linux/X.cpp", "tests/odds/X.cpp", "BLE_kovra/l10n/odds/X.cpp"):
+        for path in ("BLE_kovra/odds/X.cpp", "BLE_kovra/X.cpp", "BLE_kovra/platform/linux/X.cpp", "tests/odds/X.cpp",
+                     "BLE_kovra/l10n/odds/X.cpp"):
             with self.subTest(path=path):
-                self.expect_one({path: ""}, path, "no room")
+                self.expect_one({path: ""}, path, "not a room")
 
     def test_project_headers_stand_in_quotes_and_are_named_from_the_root(self):
         own = "BLE_kovra/core/X.cpp"
@@ -392,7 +401,8 @@ class Walls(unittest.TestCase):
         self.assertEqual(breaches({"BLE_kovra/core/X.cpp": "#ifdef NDEBUG\n#endif\n"}), [])
 
     def test_includes_are_found_however_they_are_written(self):
-        for text in ("#include<fcntl.h>", "  #  include  <fcntl.h>", "#include \\\n<fcntl.h>", "#include <fcntl.h> // why",
+        for text in ("#include<fcntl.h>", "  #  include  <fcntl.h>", "#include \\\n<fcntl.h>",
+                     "#include <fcntl.h> // why",
                      "/* a */ #include <fcntl.h>", "#include /* b */ <fcntl.h>", "#import <fcntl.h>",
                      "auto a = 10'000;\n#include <fcntl.h>\nauto b = 20'000;", '// "\n#include <fcntl.h>\n// "',
                      "char c = '\"';\n#include <fcntl.h>\nchar d = '\"';"):  # fmt: skip

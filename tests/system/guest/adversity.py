@@ -1,4 +1,4 @@
-"""Scenarios of what goes wrong around the program: floods, a stop, a missing folder, no udevd, a driver's rename."""
+"""Scenarios of trouble around the program: event floods, SIGSTOP, a missing folder, no udevd, a driver's rename."""
 
 import signal
 import subprocess
@@ -15,7 +15,7 @@ FOREIGN_EVENT = "/sys/devices/virtual/mem/null/uevent"
 
 
 def churn(count, name, keep_last=False):
-    """Adds and removes `count` devices as fast as the kernel allows; the last one is returned if it is to stay."""
+    """Adds and removes `count` devices as fast as the kernel allows; with keep_last it returns the last one."""
     batch = 40
     kept = None
     for start in range(0, count, batch):
@@ -30,31 +30,31 @@ def churn(count, name, keep_last=False):
     return kept
 
 
-@scenario("After 1,000 devices added and removed one is left: on. After 1,000 more none is left: off.")
+@scenario("After 1,000 devices were added and removed and one remains: on. After 1,000 more and none remains: off.")
 def flood_of_events(world):
     world.start(selected=[MADE_UP])
     last = churn(1000, "Kovra Mouse", keep_last=True)
     world.settle()
-    # Chosen devices came all the while; more than the grace period after the last removal it is plain who is left.
+    # Chosen devices kept arriving. Only after the last removal plus the grace period is it clear which one remains.
     world.flag.wait_write("on")
     stay_until(now() + LATEST_OFF)
-    check(world.flag.last() == "on", f"one is left, and written was: {world.flag.contents()}")
+    check(world.flag.last() == "on", f"one device remains, but the writes were: {world.flag.contents()}")
     churn(1000, "Kovra Mouse")
     since = now()
     last.destroy()
     world.settle()
     world.flag.wait_write("off", since)
     world.expect_quiet_until(now() + LATEST_OFF)
-    check(world.flag.last() == "off", f"none is left, and written was: {world.flag.contents()}")
-    # And it still does its work.
+    check(world.flag.last() == "off", f"no device remains, but the writes were: {world.flag.contents()}")
+    # The program still works normally.
     return play_main_job(world, world.plug("Kovra Mouse"))
 
 
-@scenario("Stopped during 600 events of other devices and the mouse's plug: on once it goes on. The other way round: off.")
+@scenario("Stopped during 600 events of other devices and a plug: on after SIGCONT. The same with an unplug: off.")
 def stopped_meanwhile(world):
     running = world.start(selected=[MADE_UP])
     running.stop()
-    # Each device is four events: added, bound to a driver, let go by it, removed.
+    # Each device causes four events: add, bind, unbind, remove.
     churn(75, "Foreign Device")
     mouse = world.plug("Kovra Mouse")
     churn(75, "Foreign Device")
@@ -72,10 +72,10 @@ def stopped_meanwhile(world):
     world.expect_writes("off", "on", "off")
     delay = write.time - mouse.removed
     check(delay >= GRACE, f'"off" came {delay:.2f} s after the removal')
-    return f"off {write.time - since:.2f} s after going on"
+    return f"off {write.time - since:.2f} s after SIGCONT"
 
 
-@scenario("While the flag's folder is missing each try is one line in the log; the first try after it is there writes.")
+@scenario("Without the flag's folder each attempt logs one line; the first attempt after its creation writes the flag.")
 def missing_folder(world):
     world.flag.remove_folder()
     running = world.start(wait=False, selected=[MADE_UP])
@@ -87,7 +87,7 @@ def missing_folder(world):
         starts = [f"ble-kovra: не удалось записать флаг ({word}): " for word in words]
         lines = world.journal.messages
         check(len(lines) == len(starts) and all(line.startswith(start) for line, start in zip(lines, starts)),
-              f"the log says: {lines}")
+              f"the log contains: {lines}")
 
     expect_lines("off")
     world.plug("Kovra Mouse")
@@ -101,7 +101,7 @@ def missing_folder(world):
     world.settle()
     world.expect_writes("on")
     expect_lines("off", "on", "on")
-    check(FOLDER.is_dir(), "the folder is gone")
+    check(FOLDER.is_dir(), "the folder was removed")
 
 
 def off_after_unplugging(world, mouse):
@@ -111,7 +111,7 @@ def off_after_unplugging(world, mouse):
     return off
 
 
-@scenario("Without udevd the mouse is found by looking; once udevd is there it is heard of again.")
+@scenario("Without udevd the program finds the mouse by polling; once udevd runs, it uses events again.")
 def no_udevd(world):
     world.stop_udevd()
     world.start(selected=[MADE_UP])
@@ -126,7 +126,7 @@ def no_udevd(world):
     return f"on after {on:.2f} s, off after {off:.2f} s"
 
 
-@scenario("A driver's rename ends the old name: it counts as unplugged, and the new name as plugged.")
+@scenario("When a driver renames a device, the old name counts as unplugged and the new name as plugged.")
 def renamed_by_its_driver(world):
     old, new = "Plain Mouse", "Logitech Renamed Mouse"
     key = f"#{hidpp.VENDOR}:{hidpp.PRODUCT}"
@@ -139,10 +139,10 @@ def renamed_by_its_driver(world):
         unbound = world.events.wait("unbind", HID_NAME=old)
         bound = world.events.wait("bind", HID_NAME=new)
         off = world.flag.wait_write("off", since).time
-        check(off - unbound.time >= GRACE, f'"off" came {off - unbound.time:.3f} s after the old driver let go')
+        check(off - unbound.time >= GRACE, f'"off" came {off - unbound.time:.3f} s after the old driver was unbound')
         check(off - bound.time <= LATEST_OFF + 0.5, f'"off" came {off - bound.time:.3f} s after the new name')
         running.kill()
-        # The new name is what a start finds, too.
+        # A later start finds the new name, too.
         world.start(selected=[new + key])
         world.flag.wait_write("on", off)
         mouse.unplug()
@@ -153,7 +153,7 @@ def renamed_by_its_driver(world):
     return f"off {off - bound.time:.2f} s after the new name"
 
 
-@scenario("Idle for 20 s, with ten foreign events a second: not one wake-up, no CPU.")
+@scenario("Idle for 20 s, with ten events of other devices per second: no wake-up and no CPU time.")
 def idle(world):
     running = world.start(selected=[MADE_UP])
     world.settle()
@@ -172,7 +172,7 @@ def idle(world):
         stay_until(end - 20 + events / 10)
     world.settle()
     switches, time = (after - start for after, start in zip(running.cost(), before))
-    check(events >= 150, f"only {events} events could be made in the time")
+    check(events >= 150, f"only {events} events could be created in this time")
     check(switches == 0, f"{switches} wake-ups")
     check(time == 0, f"{time / 1e6:.3f} ms of CPU")
-    return f"{events} foreign events, 0 wake-ups, 0 ms"
+    return f"{events} events of other devices, 0 wake-ups, 0 ms"

@@ -1,4 +1,4 @@
-"""The demo: the main job played once, each line told to the host at the moment at which it was seen."""
+"""The demo: plays the main job once, and reports each line to the host at the moment when it happens."""
 
 import signal
 
@@ -16,7 +16,7 @@ class Timeline:
         self._start = None
 
     def row(self, moment, event, since=None, flag=None):
-        """`since` is the moment that the delay counts from."""
+        """Reports a row; `since` is the moment from which the delay counts."""
         self._start = self._start or moment
         self._host.report("row", time=moment - self._start, event=event, flag=flag or self._world.flag.last(),
                           delay=None if since is None else moment - since)

@@ -17,7 +17,7 @@ PLAIN, SLASHED = "ble-kovra-symbolic", "ble-kovra-muted-symbolic"
 
 
 def icon(world):
-    """The icon's name, as a panel asks for it; empty while there is no item."""
+    """Returns the icon's name as a panel queries it; empty while there is no item."""
     command = ["dbus-send", "--print-reply=literal", f"--bus={world.session_bus()}", *ITEM]
     answer = subprocess.run(command, capture_output=True, text=True)
     return answer.stdout.split()[-1] if answer.returncode == 0 else ""
@@ -31,7 +31,7 @@ def saved_switch():
     return json.loads(program.PREFERENCES.read_text(encoding="utf-8"))["isEnabled"]
 
 
-@scenario("Mouse plugged: the icon gets its slash. Hot key: off, plain, saved. Hot key again: on.")
+@scenario("A plugged mouse adds the slash to the icon; the hot key switches muting off and on, and saves each change.")
 def hot_key_and_icon(world):
     with contextlib.closing(Screen()) as screen:
         world.start(selected=[MADE_UP], display=screen.name)
@@ -55,7 +55,7 @@ def hot_key_and_icon(world):
     return f"off {off:.2f} s and on {on:.2f} s after the key"
 
 
-@scenario("The screen goes away, as at a logout: the trackpad is given back and the program ends.")
+@scenario("When the screen disconnects, as at a logout, the trackpad is returned and the program ends.")
 def end_of_the_screen(world):
     screen = Screen()
     with contextlib.closing(screen):
@@ -67,12 +67,12 @@ def end_of_the_screen(world):
     world.flag.wait_write("off", since)
 
 
-@scenario("The screen hangs: the mouse is heard of all the same, and SIGTERM gives the trackpad back.")
+@scenario("While the screen hangs the mouse still counts, and SIGTERM returns the trackpad.")
 def hanging_screen(world):
     with contextlib.closing(Screen()) as screen:
         running = world.start(selected=[MADE_UP], display=screen.name)
         screen.hang()
-        # Past the moment at which the screen is asked for a tray, since no panel has come.
+        # Stay past the moment at which the program queries the screen for a tray, since no panel has started.
         stay_until(now() + 6)
         mouse = world.plug("Kovra Mouse")
         world.expect_on(mouse)

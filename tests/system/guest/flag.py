@@ -1,4 +1,4 @@
-"""The flag file, watched from outside the program by inotify: every opening and every write, with its moment."""
+"""The flag file, watched by inotify from outside the program: every open and every write, with its time."""
 
 import collections
 import ctypes
@@ -8,7 +8,7 @@ import shutil
 import struct
 import threading
 
-from waiting import Failed, be_prompt, check, now, tell, wait_for
+from waiting import Failed, be_prompt, check, notify, now, wait_for
 
 FOLDER = pathlib.Path("/Library/Application Support/ble-kovra")
 STATE = FOLDER / "state"
@@ -19,10 +19,10 @@ Write = collections.namedtuple("Write", "time content")
 
 
 class Flag:
-    """Counts a write each time that somebody closes the file after having had it open for writing.
+    """Records a write each time that a process closes the file after it was open for writing.
 
-    The content beside it is what stood there when that was noticed; the watcher's own look is no opening that counts,
-    since it reads through a descriptor that it keeps.
+    The recorded content is that of the file when the event was received. The watcher reads through a descriptor that it
+    keeps open, so that its own reads cause no open events.
     """
 
     def __init__(self):
@@ -33,7 +33,7 @@ class Flag:
         self.openings = 0
 
     def renew(self):
-        """A new folder with an empty file in it and nothing counted yet. The file says neither "on" nor "off"."""
+        """Creates a new folder with an empty file, and resets the counts. The file contains neither "on" nor "off"."""
         self.remove_folder()
         self.create_folder()
 
@@ -54,13 +54,13 @@ class Flag:
         return self.writes[-1].content if self.writes else None
 
     def wait_write(self, content, since=0.0, limit=30.0):
-        """The first write of this content at or after `since`."""
+        """Returns the first write of this content at or after `since`."""
         def found():
             return next((w for w in list(self.writes) if w.content == content and w.time >= since), None)
         try:
             return wait_for(found, f'a write of "{content}"', limit)
         except Failed as failure:
-            raise Failed(f"{failure} (written so far: {self.contents()})") from None
+            raise Failed(f"{failure} (writes so far: {self.contents()})") from None
 
     def contents(self):
         return [write.content for write in self.writes]
@@ -81,6 +81,6 @@ class Flag:
                     self.openings += 1
                 if mask & IN_CLOSE_WRITE:
                     self.writes.append(Write(moment, os.pread(state, 100, 0).decode("utf-8", "replace")))
-            tell()
+            notify()
         os.close(inotify)
         os.close(state)

@@ -1,4 +1,4 @@
-"""The line to the host: reports go out, the few things that only QEMU can do are asked for."""
+"""The connection to the host. It carries reports, and requests for the few things that only QEMU can do."""
 
 import json
 import os
@@ -15,7 +15,7 @@ class Host:
         self._lock = threading.Lock()
 
     def ready(self):
-        """Says that the machine is up; returns the task."""
+        """Reports that the machine is up; returns the task."""
         return self._ask({"kind": "ready"})
 
     def report(self, kind, **what):

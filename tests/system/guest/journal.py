@@ -1,11 +1,11 @@
-"""Stands where the journal stands and keeps each message that it is sent."""
+"""A substitute for the journal, which keeps each message that it receives."""
 
 import os
 import pathlib
 import socket
 import threading
 
-from waiting import tell
+from waiting import notify
 
 PATH = pathlib.Path("/run/systemd/journal/socket")
 
@@ -28,11 +28,11 @@ class Journal:
             message = _field(entry, b"MESSAGE")
             if message is not None:
                 self.messages.append(message.decode("utf-8", "replace"))
-                tell()
+                notify()
 
 
 def _field(entry, wanted):
-    """A field's value, from the journal's own protocol: NAME=value in a line, or NAME, the length, the bytes."""
+    """Returns a field from the journal's native protocol: NAME=value in a line, or NAME, the length, the bytes."""
     while entry:
         line, _, entry = entry.partition(b"\n")
         name, is_plain, value = line.partition(b"=")

@@ -1,4 +1,4 @@
-"""Scenarios of the last step of launch: whether the driver is active, and its explanation where it is not."""
+"""Scenarios of the last step of launch: whether the driver is active, and the alert if it is not."""
 
 import contextlib
 import os
@@ -15,16 +15,16 @@ from screen import RETURN, SETTINGS, SPACE, TAB, Screen
 from waiting import check, now, wait_for
 
 MANAGER_IS_MISSING = f"ble-kovra: Manager не найден по пути {driver.MANAGER}"
-TOLD = HOME / "told"
+CALLED = HOME / "called"
 
 
 def put_manager():
-    """One that notes how it was called, and stays."""
-    driver.put(driver.MANAGER, f'#!/bin/sh\necho "$$ $*" >{TOLD}.new\nmv {TOLD}.new {TOLD}\nexec sleep 60\n')
+    """Installs a manager that records its arguments and keeps running."""
+    driver.put(driver.MANAGER, f'#!/bin/sh\necho "$$ $*" >{CALLED}.new\nmv {CALLED}.new {CALLED}\nexec sleep 60\n')
 
 
 def processes():
-    """The number, the state and the parent of each process."""
+    """Returns the number, the state and the parent of each process."""
     found = []
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():
@@ -35,7 +35,7 @@ def processes():
 
 
 def has_ended(pid):
-    # The machine's first process is in no hurry to bury what it inherits.
+    # The machine's first process may reap its children late.
     return not any(process == pid and state != "Z" for process, state, _ in processes())
 
 
@@ -45,14 +45,14 @@ def expect_end(world, running, since):
     world.flag.wait_write("off", since)
 
 
-@scenario("The tool hangs: all that comes before works already, and goes on. It answers: the alert. Later: nothing more.")
+@scenario("While the listing tool hangs all earlier steps work. Then the alert opens; \"Later\" has no other effect.")
 def explained(world):
     put_manager()
     with contextlib.closing(Screen()) as screen:
         tool = driver.Hanging(HOME, STATE, "activated waiting for user")
         running = world.start(selected=[MADE_UP], display=screen.name)
-        flag = wait_for(tool.asked, "the tool to be asked")[1]
-        check(flag == "off", f"when the tool was asked the flag said {flag!r}")
+        flag = wait_for(tool.started, "the tool to be started")[1]
+        check(flag == "off", f"when the tool started, the flag was {flag!r}")
         expect_icon(world, PLAIN)
         mouse = world.plug("Kovra Mouse")
         world.expect_on(mouse)
@@ -61,27 +61,27 @@ def explained(world):
             pressed = now()
             screen.press_hot_key()
             world.flag.wait_write(written, pressed)
-        check(not screen.windows(), f"before the tool has answered there are windows: {screen.windows()}")
+        check(not screen.windows(), f"there are windows before the tool has answered: {screen.windows()}")
 
-        tool.let_go()
+        tool.release()
         screen.wait_alerts(1)
         mouse.unplug()
         world.expect_off_after_grace(mouse)
         second = world.start(wait=False, selected=[MADE_UP], display=screen.name)
-        check(second.wait_exit() == 0, f"the second start said {second.last_words()}")
-        wait_for(lambda: SETTINGS in screen.windows(), "the settings that the second start is to open")
-        check(len(screen.alerts()) == 1, "the alert did not stay")
+        check(second.wait_exit() == 0, f"the second start printed {second.last_words()}")
+        wait_for(lambda: SETTINGS in screen.windows(), "the settings window that the second start opens")
+        check(len(screen.alerts()) == 1, "the alert was closed")
 
         screen.wait_keyboard()
         screen.press(TAB)
         screen.press(SPACE)
         screen.wait_alerts(0)
         world.expect_on(world.plug("Kovra Mouse"))
-        check(not TOLD.exists(), f"the manager was started: {TOLD}")
+        check(not CALLED.exists(), f"the manager was started: {CALLED}")
         check(running.is_running(), f"the program ended: {running.last_words()}")
 
 
-@scenario("The alert's first button starts the manager with \"forceActivate\" and lets it go; it outlives the program.")
+@scenario("The alert's first button starts the manager with \"forceActivate\"; the manager outlives the program.")
 def manager(world):
     put_manager()
     driver.put(driver.TOOL, driver.listing("terminated waiting to uninstall on reboot"))
@@ -91,9 +91,9 @@ def manager(world):
         screen.wait_keyboard()
         screen.press(RETURN)
         screen.wait_alerts(0)
-        pid, arguments = wait_for(lambda: TOLD.exists() and TOLD.read_text().split(), "the manager to be started")
-        check(arguments == "forceActivate", f"the manager was told {arguments!r}")
-        os.kill(int(pid), signal.SIGSTOP)  # whatever it does, nobody waits for it
+        pid, arguments = wait_for(lambda: CALLED.exists() and CALLED.read_text().split(), "the manager to be started")
+        check(arguments == "forceActivate", f"the manager's argument was {arguments!r}")
+        os.kill(int(pid), signal.SIGSTOP)  # the program must not wait for it
         since = now()
         running.send(signal.SIGTERM)
         check(running.wait_exit() == 0, f"it ended with {running.last_words()}")
@@ -102,27 +102,27 @@ def manager(world):
     return f"ended after {now() - since:.2f} s"
 
 
-@scenario("Without the manager the first button is one line in the log, and nothing else. Nor does the tool's absence say anything.")
+@scenario("Without the manager the first button only logs one line. A missing listing tool logs nothing.")
 def manager_missing(world):
     driver.TOOL.unlink()
     with contextlib.closing(Screen()) as screen:
         running = world.start(display=screen.name)
         screen.wait_alerts(1)
-        check(not world.journal.messages, f"the log says {world.journal.messages}")
+        check(not world.journal.messages, f"the log contains {world.journal.messages}")
         screen.wait_keyboard()
         screen.press(RETURN)
         screen.wait_alerts(0)
         wait_for(lambda: world.journal.messages, "a line in the log")
-        check(world.journal.messages == [MANAGER_IS_MISSING], f"the log says {world.journal.messages}")
+        check(world.journal.messages == [MANAGER_IS_MISSING], f"the log contains {world.journal.messages}")
         check(running.is_running(), f"the program ended: {running.last_words()}")
 
 
-@scenario("SIGTERM while the tool hangs gives the trackpad back at once; no alert comes, and the tool is told to end.")
+@scenario("SIGTERM while the tool hangs returns the trackpad at once, shows no alert, and terminates the tool.")
 def end_while_the_tool_hangs(world):
     with contextlib.closing(Screen()) as screen:
         tool = driver.Hanging(HOME, STATE, "activated disabled")
         running = world.start(selected=[MADE_UP], display=screen.name)
-        pid, _ = wait_for(tool.asked, "the tool to be asked")
+        pid, _ = wait_for(tool.started, "the tool to be started")
         world.expect_on(world.plug("Kovra Mouse"))
         since = now()
         running.send(signal.SIGTERM)
@@ -132,7 +132,7 @@ def end_while_the_tool_hangs(world):
     return f"off after {world.flag.writes[-1].time - since:.2f} s"
 
 
-@scenario("SIGTERM with the alert open gives the trackpad back at once; the alert goes, and nothing is started.")
+@scenario("SIGTERM with the alert open returns the trackpad at once, closes the alert, and starts nothing.")
 def end_with_the_alert_open(world):
     put_manager()
     driver.put(driver.TOOL, "#!/bin/sh\nexit 1\n")
@@ -141,10 +141,10 @@ def end_with_the_alert_open(world):
         screen.wait_alerts(1)
         world.expect_on(world.plug("Kovra Mouse"))
         zombies = [pid for pid, state, parent in processes() if state == "Z" and parent == running.pid]
-        check(not zombies, f"left as zombies: {zombies}")
+        check(not zombies, f"zombies: {zombies}")
         since = now()
         running.send(signal.SIGTERM)
         expect_end(world, running, since)
         screen.wait_alerts(0)
-        check(not TOLD.exists(), "the manager was started")
+        check(not CALLED.exists(), "the manager was started")
     return f"off after {world.flag.writes[-1].time - since:.2f} s"

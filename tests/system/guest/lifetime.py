@@ -1,4 +1,4 @@
-"""Scenarios of starts and ends: signals, a kill, a second start."""
+"""Scenarios of starting and ending: signals, a kill, a second start."""
 
 import signal
 import socket
@@ -14,7 +14,7 @@ LATEST_EXIT = 5.0
 
 
 def end_by(world, number):
-    """Muted by a mouse that stays, the program is asked to end: the trackpad is given back."""
+    """Sends the signal while a connected mouse mutes the trackpad: the program ends and returns it."""
     running = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
     since = now()
@@ -26,22 +26,22 @@ def end_by(world, number):
     return f"off after {world.flag.writes[-1].time - since:.2f} s"
 
 
-@scenario("SIGTERM gives the trackpad back.")
+@scenario("SIGTERM returns the trackpad.")
 def sigterm(world):
     return end_by(world, signal.SIGTERM)
 
 
-@scenario("So does SIGINT.")
+@scenario("SIGINT returns the trackpad.")
 def sigint(world):
     return end_by(world, signal.SIGINT)
 
 
-@scenario("So does SIGHUP.")
+@scenario("SIGHUP returns the trackpad.")
 def sighup(world):
     return end_by(world, signal.SIGHUP)
 
 
-@scenario("A kill leaves the flag on; the next start writes anew, whatever the flag says.")
+@scenario("After SIGKILL the flag stays on; the next start writes the flag, whatever it contains.")
 def kill_and_restart(world):
     running = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
@@ -54,7 +54,7 @@ def kill_and_restart(world):
     world.expect_writes("off", "on", "off", "on")
 
 
-@scenario("A mouse plugged in the same turn as SIGTERM: the last write is off, whichever of the two was first.")
+@scenario("If a plug and SIGTERM arrive together, the last write is off, in either order.")
 def plug_and_sigterm_at_once(world):
     for signal_first in [True, False]:
         running = world.start(selected=[MADE_UP])
@@ -66,11 +66,11 @@ def plug_and_sigterm_at_once(world):
         running.send(signal.SIGTERM)
         running.send(signal.SIGCONT)
         running.wait_exit()
-        check(world.flag.last() == "off", f"written: {world.flag.contents()}")
+        check(world.flag.last() == "off", f"the writes were: {world.flag.contents()}")
         mouse.unplug()
 
 
-@scenario("Told to end while the session bus does not answer, it first clears the flag that a crash left on.")
+@scenario("SIGTERM while the session bus does not answer clears the flag that a crash left on.")
 def end_at_a_silent_bus(world):
     STATE.write_text("on")
     address = "kovra-silent-bus"
@@ -79,36 +79,36 @@ def end_at_a_silent_bus(world):
         listener.listen()
         listener.setblocking(False)
 
-        def asks():
+        def connection():
             try:
                 return listener.accept()[0]
             except BlockingIOError:
                 return None
 
         running = world.start(wait=False, bus=f"unix:abstract={address}", mode="always")
-        with wait_for(asks, "the program to ask the bus"):
+        with wait_for(connection, "the program to connect to the bus"):
             running.send(signal.SIGTERM)
             status = running.wait_exit()
     check(status == 0, f"it ended with {status}: {running.last_words()}")
-    check(world.flag.last() == "off", f"written: {world.flag.contents()}")
+    check(world.flag.last() == "off", f"the writes were: {world.flag.contents()}")
 
 
-@scenario("A second start on the same session leaves at once: it reads no choices, never opens the flag, and the first goes on.")
+@scenario("A second start in the session exits at once, reads no preferences and does not disturb the first.")
 def second_start(world):
     program.write_preferences(selected=[MADE_UP])
-    choices = Openings(program.PREFERENCES)
+    openings = Openings(program.PREFERENCES)
     first = world.start(selected=[MADE_UP])
-    check(choices.take() >= 2, "the first start was not seen to read its choices")
+    check(openings.take() >= 2, "the first start did not read its preferences")
     mouse = world.plug("Kovra Mouse")
     world.expect_on(mouse)
     opened = world.flag.openings
-    # Had it read these choices, it would have something to write.
+    # If it read these preferences, it would have something to write.
     second = world.start(wait=False, selected=[MADE_UP], enabled=False)
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")
     check(world.flag.openings == opened, "it opened the flag")
-    check(choices.take() == 1, "it read the choices")  # the one opening is this scenario's own, to store them
+    check(openings.take() == 1, "it read the preferences")  # the one open is this scenario's own write
     world.expect_writes("off", "on")
-    check(first.is_running(), "the first ended too")
+    check(first.is_running(), "the first instance ended too")
     mouse.unplug()
     world.expect_off_after_grace(mouse)

@@ -1,4 +1,4 @@
-"""How often a file was opened, by whomever."""
+"""Counts how often a file was opened, by any process."""
 
 import ctypes
 import os
@@ -10,21 +10,21 @@ IN_OPEN, IN_CLOSE = 0x20, 0x18
 
 
 class Openings:
-    """Counts from its making on; the file must be there and stay the same file."""
+    """Counts from its construction on. The file must exist and must not be replaced."""
 
     def __init__(self, path):
         libc = ctypes.CDLL(None, use_errno=True)
         self._inotify = libc.inotify_init1(os.O_CLOEXEC | os.O_NONBLOCK)
-        # Closings too: two equal events in a row would be told as one.
+        # Watch for close events too, since inotify merges two equal events in a row.
         watch = libc.inotify_add_watch(self._inotify, os.fsencode(path), IN_OPEN | IN_CLOSE)
         check(watch >= 0, f"inotify refused to watch {path}")
 
     def take(self):
-        """How many there were since the last call."""
+        """Returns the number of opens since the last call."""
         count = 0
         try:
             while events := os.read(self._inotify, 65536):
-                # The events of a watched file carry no name.
+                # The events of a watched file have no name.
                 count += sum(1 for _, mask, _, _ in struct.iter_unpack("iIII", events) if mask & IN_OPEN)
         except BlockingIOError:
             pass

@@ -1,4 +1,4 @@
-"""Scenarios of the main job: a chosen mouse comes and goes."""
+"""Scenarios of the main job: a chosen mouse is plugged and unplugged."""
 
 import uhid
 from running import scenario
@@ -10,14 +10,14 @@ MADE_UP = "Kovra Mouse#4660:22136"
 
 
 def play_main_job(world, device):
-    """From plug to unplug; returns the delays as text."""
+    """Unplugs a plugged device and checks both writes; returns the delays as text."""
     on = world.expect_on(device)
     device.unplug()
     off = world.expect_off_after_grace(device)
     return f"on after {on:.2f} s, off after {off:.2f} s"
 
 
-@scenario("A chosen USB mouse: on at plug, still on right after unplug, off 2.0 s after the kernel's removal.")
+@scenario("A chosen USB mouse: on at the plug, still on after the unplug, off 2.0 s after the kernel's removal.")
 def usb_mouse(world):
     world.start(selected=[USB_MOUSE])
     measured = play_main_job(world, world.plug_usb_mouse())
@@ -25,7 +25,7 @@ def usb_mouse(world):
     return measured
 
 
-@scenario("A mouse that nobody chose changes nothing; nor does a chosen one while the switch is off.")
+@scenario("A mouse that is not chosen changes nothing, nor does a chosen one while the switch is off.")
 def not_chosen(world):
     world.start(selected=[MADE_UP], enabled=False)
     world.plug("Kovra Mouse")
@@ -35,7 +35,7 @@ def not_chosen(world):
     world.expect_writes("off")
 
 
-@scenario("A drop-out of 1 s causes no write at all.")
+@scenario("A drop-out of 1 s causes no write.")
 def short_drop_out(world):
     world.start(selected=[MADE_UP])
     mouse = world.plug("Kovra Mouse")
@@ -44,14 +44,14 @@ def short_drop_out(world):
     world.expect_quiet_until(removed + 1.0)
     again = world.plug("Kovra Mouse")
     world.expect_quiet_until(removed + LATEST_OFF + 1.0)
-    # That it was not simply deaf: the next removal is noticed, with its grace counted anew.
+    # The program did not just miss the events: it notices the next removal, with a new grace period.
     again.unplug()
     world.expect_off_after_grace(again)
     world.expect_writes("off", "on", "off")
 
 
 def count_as_one(world, descriptor):
-    """A mouse, and another interface with the same name and numbers: only the removal of the second one matters."""
+    """Plugs a mouse, then an interface with the same name and numbers. Only the second removal matters."""
     world.start(selected=[MADE_UP])
     first, second = world.plug("Kovra Mouse"), world.plug("Kovra Mouse", descriptor=descriptor)
     world.expect_on(first)
@@ -67,42 +67,42 @@ def identical_mice(world):
     return count_as_one(world, uhid.MOUSE)
 
 
-@scenario("A device with two interfaces, a mouse and a page of the maker's own, is one device until both are gone.")
+@scenario("A device with two interfaces, a mouse and a vendor-defined one, is connected until both are removed.")
 def two_interfaces(world):
     return count_as_one(world, uhid.VENDOR_PAGE)
 
 
-@scenario("A mouse on the Bluetooth bus does as one on USB.")
+@scenario("A mouse on the Bluetooth bus works like one on USB.")
 def bluetooth_mouse(world):
     world.start(selected=[MADE_UP])
     return play_main_job(world, world.plug("Kovra Mouse", bus=uhid.BUS_BLUETOOTH))
 
 
-@scenario("A device on the I2C bus, with a name that is not ASCII, does as well.")
+@scenario("A device on the I2C bus with a non-ASCII name works like one on USB.")
 def i2c_device(world):
     world.start(selected=["Мышь № 1#4660:22136"])
     return play_main_job(world, world.plug("Мышь № 1", bus=uhid.BUS_I2C))
 
 
-@scenario("A nameless device goes by the word for it in the user's language: English.")
+@scenario("A nameless device has the translated name for unknown devices: English.")
 def nameless_in_english(world):
     world.start(selected=["Unknown device#4660:22136"])
     return play_main_job(world, world.plug(""))
 
 
-@scenario("A nameless device goes by the word for it in the user's language: Russian.")
+@scenario("A nameless device has the translated name for unknown devices: Russian.")
 def nameless_in_russian(world):
     world.start(selected=["Неизвестное устройство#4660:22136"], language="ru_RU.UTF-8")
     return play_main_job(world, world.plug(""))
 
 
-@scenario("A name that is not UTF-8 is no obstacle: its bad bytes are shown as replacement characters.")
+@scenario("In a name that is not valid UTF-8, the invalid bytes become replacement characters.")
 def bytes_for_a_name(world):
     world.start(selected=["Kovra \ufffd Mouse#4660:22136"])
     return play_main_job(world, world.plug(b"Kovra \xff Mouse"))
 
 
-@scenario("A chosen mouse that is there before the start is found: first off, then on.")
+@scenario("A chosen mouse that is connected before the start is found: first off, then on.")
 def present_before_start(world):
     mouse = world.plug_usb_mouse()
     world.settle()
@@ -114,7 +114,7 @@ def present_before_start(world):
     return f"off after {off:.2f} s"
 
 
-@scenario("In mode \"always\" the flag is on with no device at all, and stays on whatever is unplugged.")
+@scenario("In mode \"always\" the flag is on without any device, and stays on after an unplug.")
 def always(world):
     world.start(mode="always")
     world.expect_writes("on")

@@ -1,4 +1,4 @@
-"""Devices to plug and unplug, and the moments at which the kernel and udevd tell of them."""
+"""Devices to plug and unplug, and the times at which the kernel and udevd report them."""
 
 import itertools
 import pathlib
@@ -12,7 +12,7 @@ HID_DEVICES = pathlib.Path("/sys/bus/hid/devices")
 
 
 class Device:
-    """Anything that can be unplugged. `added` and `removed` are the kernel's own moments."""
+    """A device that can be unplugged. `added` and `removed` are the kernel's own times."""
 
     def __init__(self, node, added, unplug):
         self.node = node
@@ -34,22 +34,23 @@ class Ports:
         self._numbers = itertools.count(1)
 
     def plug(self, name, vendor=0x1234, product=0x5678, bus=uhid.BUS_USB, descriptor=uhid.MOUSE):
-        """One made-up device with one interface."""
+        """Plugs a virtual device with one interface."""
         return self.plug_with(lambda uniq: uhid.UHID(name, vendor, product, bus, descriptor, uniq=uniq))
 
     def plug_with(self, make):
-        """A made-up device of a kind of its own; `make` gets the serial number that it is to have."""
+        """Plugs a virtual device that `make` creates; its argument is the serial number of the device."""
         uniq = f"made-up-{next(self._numbers)}"
         made = make(uniq)
         added = self.events.wait("add", HID_UNIQ=uniq)
         return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
 
     def plug_usb_mouse(self):
-        """QEMU's own USB mouse, put into the machine's port from outside. One in each scenario."""
+        """Plugs QEMU's own USB mouse into the machine. At most one per scenario."""
         name = f"mouse{next(self._numbers)}"
         self.host.plug_mouse(name)
         added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")
-        return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, lambda: self.host.unplug_mouse(name))))
+        return self._keep(Device(added.node, added.time,
+                                 lambda: self._removed(added.node, lambda: self.host.unplug_mouse(name))))
 
     def _removed(self, node, unplug):
         unplug()
@@ -63,8 +64,8 @@ class Ports:
         for device in self._devices:
             device.unplug()
         self._devices = []
-        wait_for(lambda: not any(HID_DEVICES.iterdir()), "the last device to go")
+        wait_for(lambda: not any(HID_DEVICES.iterdir()), "the last device to be removed")
 
     def settle(self):
-        """Returns when udevd has handled all that the kernel has reported."""
+        """Waits until udevd has handled all events of the kernel."""
         subprocess.run(["udevadm", "settle", "--timeout=300"], check=True)

@@ -1,4 +1,4 @@
-"""The program under test: the real binary, a process like any other."""
+"""The program under test: the real binary as an ordinary process."""
 
 import json
 import os
@@ -14,7 +14,7 @@ PREFERENCES = HOME / ".config" / "ble-kovra" / "preferences.json"
 
 
 def write_preferences(path=PREFERENCES, **choices):
-    """selected=[keys], enabled=bool, mode=text; what is not named is not stored."""
+    """Takes selected=[keys], enabled=bool, mode=text; what is not given is not stored."""
     names = {"selected": "selectedDeviceIDs", "enabled": "isEnabled", "mode": "blockMode"}
     path.parent.mkdir(parents=True, exist_ok=True)
     stored = {names[name]: value for name, value in choices.items()}
@@ -46,12 +46,12 @@ class Program:
         os.kill(self.pid, number)
 
     def stop(self):
-        """SIGSTOP, and waits until it has stopped."""
+        """Sends SIGSTOP and waits until the program has stopped."""
         self.send(signal.SIGSTOP)
         wait_for(lambda: self._status("State").startswith("T"), "the program to stop at SIGSTOP")
 
     def wait_exit(self, limit=15.0):
-        """Its exit status, or minus the signal that ended it."""
+        """Returns the exit status, or minus the signal that ended the program."""
         wait_for(lambda: not self.is_running(), "the program to end", limit)
         return self._process.returncode
 
@@ -61,7 +61,7 @@ class Program:
             self._process.wait()
 
     def cost(self):
-        """Voluntary context switches and nanoseconds of CPU so far, of all its threads."""
+        """Returns the voluntary context switches and the nanoseconds of CPU time of all its threads so far."""
         switches = time = 0
         for thread in pathlib.Path(f"/proc/{self.pid}/task").iterdir():
             status = (thread / "status").read_text()

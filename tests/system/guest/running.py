@@ -1,4 +1,4 @@
-"""How the scenarios are collected, run one after the other, and reported."""
+"""Collects the scenarios, runs them one after the other, and reports them."""
 
 import subprocess
 import traceback
@@ -9,7 +9,7 @@ SCENARIOS = {}
 
 
 def scenario(sentence):
-    """Makes a function a scenario. The sentence says what the program promises."""
+    """Makes a function a scenario. The sentence states what the program promises."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, function)
         return function
@@ -26,7 +26,7 @@ def run_all(host, world, only):
 
 
 def _run(world, function):
-    """The reason of the failure, or None, and what the scenario measured, as text."""
+    """Returns the reason of a failure, or None, and the scenario's measurement as text."""
     reason, measured = None, None
     try:
         world.prepare()
@@ -36,7 +36,7 @@ def _run(world, function):
     except Exception:
         reason = traceback.format_exc()
     if reason:
-        _log_for_the_reader(world, reason)
+        _print_logs(world, reason)
     try:
         world.clean()
     except Exception as failure:
@@ -44,9 +44,9 @@ def _run(world, function):
     return reason, measured
 
 
-def _log_for_the_reader(world, reason):
-    """On the console, which the host keeps when something failed."""
+def _print_logs(world, reason):
+    """Prints to the console, which the host keeps after a failure."""
     print(f"---- {reason}", flush=True)
-    print("the programs said:", world.last_words(), sep="\n", flush=True)
-    print("the kernel said:", flush=True)
+    print("output of the programs:", world.last_words(), sep="\n", flush=True)
+    print("kernel log:", flush=True)
     subprocess.run("/bin/busybox dmesg | /bin/busybox tail -n 40", shell=True, check=False)

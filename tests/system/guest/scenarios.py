@@ -1,4 +1,4 @@
-"""What the program promises to its user, each promise on a real kernel and seen from outside the process."""
+"""All scenarios of the bare machine: what the program promises to its user, on a real kernel, seen from outside."""
 
 import plugging
 import lifetime

@@ -1,4 +1,4 @@
-"""An X server of the scenario's own, with a person in front of it."""
+"""A private X server for a scenario, with a keyboard and a view of the program's windows."""
 
 import contextlib
 import os
@@ -7,7 +7,7 @@ import subprocess
 
 from waiting import wait_for
 
-# Keycodes of a PC keyboard's places.
+# Keycodes of a PC keyboard.
 CONTROL, ALT, T = 37, 64, 28
 TAB, SPACE, RETURN = 23, 65, 36
 
@@ -25,7 +25,7 @@ class Screen:
             self.name = f":{number.readline().strip()}"
 
     def press(self, *keys):
-        """All of them together."""
+        """Presses all of these keys together."""
         from Xlib import X
         from Xlib.ext import xtest
         with self._connection() as keyboard:
@@ -39,7 +39,7 @@ class Screen:
         self.press(CONTROL, ALT, T)
 
     def windows(self):
-        """The sizes of the program's windows that are to be seen; there is no window manager to frame them."""
+        """Returns the sizes of the program's visible windows. No window manager adds frames to them."""
         from Xlib import X, error
         seen = []
         with self._connection() as eye:
@@ -57,13 +57,14 @@ class Screen:
         wait_for(lambda: len(self.alerts()) == count, f"{count} alerts to be on the screen")
 
     def wait_keyboard(self):
-        """Returns when one of the windows has it."""
+        """Waits until a window has the keyboard focus."""
         from Xlib import X
         with self._connection() as eye:
-            wait_for(lambda: eye.get_input_focus().focus not in (X.NONE, X.PointerRoot), "a window to have the keyboard")
+            wait_for(lambda: eye.get_input_focus().focus not in (X.NONE, X.PointerRoot),
+                     "a window to have the keyboard focus")
 
     def hang(self):
-        """It answers nobody any more."""
+        """Stops the server, so that it answers no client."""
         self._server.send_signal(signal.SIGSTOP)
 
     def close(self):

@@ -1,4 +1,4 @@
-"""Made-up touchpads with a finger on them, and what comes out of their input devices."""
+"""Virtual touchpads with a finger on them, and the events that their input devices deliver."""
 
 import contextlib
 import os
@@ -11,20 +11,22 @@ from waiting import wait_for
 
 INPUT = pathlib.Path("/sys/class/input")
 
-# Two fingers, each with confidence, tip, its number and its place; the time; how many fingers; one button.
+# Two fingers, each with confidence, tip switch, contact number and position; the scan time; the count; one button.
 FINGER = ("050d0922a102" "150025010947094275019502810295068103" "7508950125" "7f09518102"
           "050126ff0f751095015500650035004600000930810226ff0709318102" "c0")
 TOUCHPAD = bytes.fromhex("050d0905a1018501" + 2 * FINGER +
                          "050d150027ffff00007510950109568102" "257f750895010954" "8102"
                          "05090901250175019501810295078103"
                          "050d85020955250f75089501b102"
-                         # The blob of a precision touchpad, by which the driver knows that the rest counts as well.
+                         # The blob of a precision touchpad; only with it the driver accepts the rest.
                          "0600ff850409c5150026ff00750896" "0001b102" "c0")
-# What many touchpads have beside it, for systems that know no touchpads. The kernel makes an input device of its own of it.
-MOUSE = bytes.fromhex("05010902a10185030901a10005091901290215002501750195028102950681030501093009311581257f750895028106c0c0")
+# Many touchpads have this mouse collection for systems without touchpad support. The kernel creates another input
+# device for it.
+MOUSE = bytes.fromhex("05010902a10185030901a1000509190129021500250175019502810295068103"
+                      "0501093009311581257f750895028106c0c0")
 
 class Touchpad:
-    """One HID interface with a finger on it. Where `twin`, it says that it is a mouse as well."""
+    """One HID interface with a finger on it. With `twin` it also claims to be a mouse."""
 
     def __init__(self, name, vendor, product, bus, uniq, twin):
         self.uniq, self._twin = uniq, twin
@@ -33,13 +35,13 @@ class Touchpad:
         threading.Thread(target=self._answer, daemon=True).start()
 
     def stroke(self):
-        """A finger comes down, moves and leaves."""
+        """Touches the pad with a finger, moves it and lifts it."""
         for place in range(100, 1100, 200):
             self._touch(True, place)
         self._touch(False, 1100)
 
     def push(self):
-        """The mouse in it, if it has one, takes a step to the right."""
+        """Moves the mouse of the touchpad, if it has one, to the right."""
         if self._twin:
             self._device.input(bytes([3, 0, 5, 0]))
 
@@ -52,7 +54,7 @@ class Touchpad:
         self._device.input(b"\1" + finger + bytes(6) + struct.pack("<HBB", self._scan & 0xffff, 1, 0))
 
     def _answer(self):
-        # The driver asks for the features at its start, and would wait long for an answer.
+        # The driver requests the features at its start; without an answer it would wait for long.
         with contextlib.suppress(OSError, TypeError):
             while True:
                 kind, event = self._device.read()
@@ -64,7 +66,7 @@ class Touchpad:
 
 
 class InputDevice:
-    """An input device of the kernel, whose nodes are read as a desktop reads them."""
+    """An input device of the kernel. Its nodes are read as a desktop reads them."""
 
     def __init__(self, folder):
         self.number = folder.name
@@ -84,7 +86,7 @@ class InputDevice:
         self._attribute.write_text("1" if yes else "0")
 
     def take(self):
-        """How many bytes have come since it was last asked, of all nodes. Nothing comes of one that has gone."""
+        """Returns the number of bytes that all nodes have delivered since the last call; 0 for a removed device."""
         return sum(len(read_all(node)) for node in self._nodes)
 
     def close(self):
@@ -101,7 +103,7 @@ def read_all(node):
 
 
 class Pad:
-    """A touchpad in the machine, with the one or two input devices that the kernel has made of it."""
+    """A touchpad in the machine, with the one or two input devices that the kernel created for it."""
 
     def __init__(self, hardware, twin):
         self._hardware, self._count = hardware, 2 if twin else 1
@@ -109,7 +111,7 @@ class Pad:
         self.look_again()
 
     def look_again(self):
-        """Also after its driver has been changed: the kernel then makes new input devices."""
+        """Opens the input devices again; the kernel creates new ones when the driver changes."""
         for device in self.inputs:
             device.close()
         self.inputs = [InputDevice(folder) for folder in
@@ -120,7 +122,7 @@ class Pad:
         return [device.inhibited for device in self.inputs]
 
     def use(self):
-        """Somebody strokes it. Of which of its input devices did anything come?"""
+        """Strokes the touchpad; returns for each of its input devices whether it delivered events."""
         for device in self.inputs:
             device.take()
         self._hardware.stroke()
@@ -131,10 +133,10 @@ class Pad:
         self._hardware.destroy()
 
     def _folders(self):
-        found = [folder for folder in INPUT.glob("input*") if self._is_of_it(folder) and list(folder.glob("event*"))]
+        found = [folder for folder in INPUT.glob("input*") if self._is_ours(folder) and list(folder.glob("event*"))]
         return sorted(found) if len(found) == self._count else None
 
-    def _is_of_it(self, folder):
+    def _is_ours(self, folder):
         with contextlib.suppress(OSError):
             return (folder / "uniq").read_text().strip() == self._hardware.uniq
         return False

@@ -1,7 +1,7 @@
-"""What the kernel says of its HID devices, and exactly when; and when udevd passed it on.
+"""The kernel's events of HID devices with their exact times, and the times at which udevd passed them on.
 
-What is said is heard on netlink. When the kernel said so is the kernel's own note, made by a probe at the place from
-which it says it: a listener, on a busy machine, may be tens of milliseconds late.
+The events are received through netlink. Their times come from a probe in the kernel, at the function that sends them: a
+listener on a busy machine may be tens of milliseconds late.
 """
 
 import collections
@@ -11,43 +11,43 @@ import re
 import socket
 import threading
 
-from waiting import be_prompt, now, tell, wait_for
+from waiting import be_prompt, notify, now, wait_for
 
 NETLINK_KOBJECT_UEVENT = 15
 KERNEL_GROUP, UDEV_GROUP = 1, 2
 SO_RCVBUFFORCE = 33
 
 TRACING = pathlib.Path("/sys/kernel/tracing")
-# Called while an event is being put together, just before it goes out. The second argument is the event's environment:
-# three pointers of no interest, then those to the variables, of which the first two are the action and the path.
+# The probed function assembles an event just before it is sent. Its second argument is the event's environment: three
+# pointers that do not matter, then the pointers to the variables. The first two are the action and the path.
 PROBE = "p:kovra/uevent hid_uevent action=+0(+24(%si)):string path=+0(+32(%si)):string"
 TRACED = re.compile(r' (\d+\.\d+): uevent: .* action="ACTION=(\w+)" path="DEVPATH=(\S+)"')
 
-# Devices whose serial number begins so come in thousands, and nobody asks for their events.
+# Devices with such a serial number come in thousands, and no test uses their events.
 CROWD = b"\0HID_UNIQ=crowd"
 
 Uevent = collections.namedtuple("Uevent", "time action node properties")
 
 
 def listen(group):
-    """Yields the properties of every event of the subsystem "hid" that this netlink group is told of, as it comes."""
+    """Yields the properties of every event of the subsystem "hid" in this netlink group as it arrives."""
     netlink = socket.socket(socket.AF_NETLINK, socket.SOCK_DGRAM, NETLINK_KOBJECT_UEVENT)
     netlink.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, 64 << 20)
     netlink.bind((0, group))
     while True:
         message = netlink.recv(65536)
         if b"\0SUBSYSTEM=hid\0" in message and CROWD not in message:
-            # A header, which differs between the two groups, stands before the properties.
+            # A header, which differs between the two groups, precedes the properties.
             lines = message[message.find(b"ACTION="):].rstrip(b"\0").decode("utf-8", "replace").split("\0")
             yield dict(line.split("=", 1) for line in lines if "=" in line)
 
 
 class KernelEvents:
-    """Keeps every event of the subsystem "hid" but the crowd's, in order, with its moment on the monotonic clock."""
+    """Keeps every event of the subsystem "hid" except the crowd's, in order, with its monotonic time."""
 
     def __init__(self):
         self._events = []
-        # The moments of an action and a path whose message has not been read yet.
+        # The times per action and path whose messages have not been read yet.
         self._moments = collections.defaultdict(collections.deque)
         self._trace = self._probe()
         for work in [self._read_trace, self._listen]:
@@ -57,7 +57,7 @@ class KernelEvents:
         self._events = []
 
     def find(self, action, **properties):
-        """The first event of this action that has all these properties, or None. "node" is its name in sysfs."""
+        """Returns the first event of this action with all these properties, or None. "node" is its name in sysfs."""
         for event in self._events:
             if event.action == action and all(event.properties.get(name) == value
                                               for name, value in properties.items()):
@@ -79,20 +79,20 @@ class KernelEvents:
             noted = TRACED.search(line)
             if noted:
                 self._moments[noted[2], noted[3]].append(float(noted[1]))
-                tell()
+                notify()
 
     def _listen(self):
         for properties in listen(KERNEL_GROUP):
             action, path = properties["ACTION"], properties["DEVPATH"]
             moments = self._moments[action, path]
-            wait_for(lambda: moments, f"the moment of {action} {path}")
+            wait_for(lambda: moments, f"the time of {action} {path}")
             node = os.path.basename(path)
             self._events.append(Uevent(moments.popleft(), action, node, {**properties, "node": node}))
-            tell()
+            notify()
 
 
 class UdevEvents:
-    """When udevd passed each event on, which is when other programs hear of it. Repeats count from the first on."""
+    """The times at which udevd passed events on to other programs. For a repeated event the first time counts."""
 
     def __init__(self):
         self._moments = {}
@@ -106,4 +106,4 @@ class UdevEvents:
         for properties in listen(UDEV_GROUP):
             moment = now()
             self._moments.setdefault((properties["ACTION"], os.path.basename(properties["DEVPATH"])), moment)
-            tell()
+            notify()

@@ -1,4 +1,4 @@
-"""Devices made up through /dev/uhid. To the kernel, and to everybody above it, they are as real as any."""
+"""Virtual devices through /dev/uhid. For the kernel and all programs they are like real ones."""
 
 import os
 import select
@@ -13,12 +13,12 @@ EVENT_SIZE = 4 + 128 + 64 + 64 + 2 + 2 + 4 * 4 + 4096
 # A mouse with three buttons and two axes.
 MOUSE = bytes.fromhex("05010902a1010901a10005091901290315002501950375018102950175058103"
                       "0501093009311581257f750895028106c0c0")
-# One byte on a page of the maker's own: no input device comes of it, so it costs udev little.
+# One byte on a vendor-defined page. It creates no input device, so it costs udev little.
 VENDOR_PAGE = bytes.fromhex("0600ff0901a1010902150026ff00750895018102c0")
 
 
 class UHID:
-    """One HID interface. It is there from its creation until `destroy`."""
+    """One HID interface. It exists from its construction until `destroy`."""
 
     def __init__(self, name, vendor, product, bus=BUS_USB, descriptor=MOUSE, phys="", uniq=""):
         encoded = name if isinstance(name, bytes) else name.encode()
@@ -34,7 +34,7 @@ class UHID:
         return False
 
     def read(self):
-        """The next event of the kernel for this device: its type and its bytes."""
+        """Returns the next event of the kernel for this device: its type and its bytes."""
         event = os.read(self._file, EVENT_SIZE)
         return struct.unpack_from("<I", event)[0], event[4:]
 

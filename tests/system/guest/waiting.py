@@ -1,15 +1,15 @@
-"""Waiting for conditions. No test waits for a time where it can wait for something to be so."""
+"""Waiting for conditions. A test waits for a duration only if there is no condition to wait for."""
 
 import os
 import threading
 import time
 
-# Told by whoever has noticed something, so that those who wait need not keep looking.
-news = threading.Condition()
+# Notified after an observation, so that waiting threads need not poll.
+changed = threading.Condition()
 
 
 class Failed(Exception):
-    """A scenario's promise was not kept; the text says which and how."""
+    """A scenario's promise was broken; the text says which one and how."""
 
 
 def now():
@@ -21,29 +21,29 @@ def check(condition, text):
         raise Failed(text)
 
 
-def tell():
-    with news:
-        news.notify_all()
+def notify():
+    with changed:
+        changed.notify_all()
 
 
 def wait_for(condition, text, limit=30.0):
-    """Returns what `condition` gives as soon as it is something; after `limit` seconds the scenario has failed."""
+    """Returns the first true result of `condition`. The scenario fails if there is none within `limit` seconds."""
     deadline = now() + limit
-    with news:
+    with changed:
         while True:
             result = condition()
             if result:
                 return result
             check(now() < deadline, f"waited {limit:.0f} s in vain: {text}")
-            # Not everything that is waited for tells.
-            news.wait(0.05)
+            # Poll as well, since not every observation notifies.
+            changed.wait(0.05)
 
 
 def stay_until(moment):
-    """For promises that nothing happens: there is no condition to wait for but the clock."""
+    """Waits for a point in time, for promises that nothing happens until then."""
     time.sleep(max(0.0, moment - now()))
 
 
 def be_prompt():
-    """Lets the calling thread run before all others, so that the moments that it notes are the true ones."""
+    """Gives the calling thread priority over all others, so that the times that it records are accurate."""
     os.sched_setscheduler(0, os.SCHED_FIFO, os.sched_param(10))

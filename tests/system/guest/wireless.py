@@ -1,4 +1,4 @@
-"""Scenarios of a wireless mouse whose node stays when it is switched off: the kernel knows by its battery."""
+"""Scenarios of a wireless mouse whose node stays when it is switched off; the kernel's battery shows its state."""
 
 import subprocess
 
@@ -17,7 +17,7 @@ RECEIVER = 0xFF
 
 
 class WirelessMouse(hidpp.RenamedMouse):
-    """Has a battery, and can be switched off: it is then out of reach for every question."""
+    """A mouse with a battery that can be switched off. It then answers every request with an error."""
 
     def __init__(self, uniq):
         self._is_off = False
@@ -36,14 +36,14 @@ class WirelessMouse(hidpp.RenamedMouse):
         elif feature == 0 and function >> 4 == 0 and int.from_bytes(question[4:6], "big") == BATTERY_FEATURE:
             self._reply(bytes([hidpp.LONG, device, feature, function, BATTERY_INDEX, 0, 0]))
         elif feature == BATTERY_INDEX and function >> 4 == 0:
-            self._reply(bytes([hidpp.LONG, device, feature, function, 50, 40, 0]))  # Half full, being used.
+            self._reply(bytes([hidpp.LONG, device, feature, function, 50, 40, 0]))  # half full, discharging
         elif feature == BATTERY_INDEX and function >> 4 == 1:
-            self._reply(bytes([hidpp.LONG, device, feature, function, 4, 0]))  # Four levels.
+            self._reply(bytes([hidpp.LONG, device, feature, function, 4, 0]))  # four levels
         else:
             super()._answer(question)
 
 
-@scenario("A wireless mouse is switched off while its node stays: off 2.0 s later. On again: on. Off at the start: nothing until it is on.")
+@scenario("A wireless mouse that is switched off counts as removed although its node stays, also at the start.")
 def switched_off(world):
     subprocess.run(["/bin/busybox", "insmod", world.modules / "hid-logitech-hidpp.ko"], check=True)
     mice = []

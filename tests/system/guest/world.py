@@ -1,4 +1,4 @@
-"""What a scenario finds: the program to start, the flag to watch, beside devices to plug. Clean at the start of each."""
+"""What a scenario of the bare machine works with: the program, the flag and devices. Each scenario starts clean."""
 
 import os
 import pathlib
@@ -13,16 +13,16 @@ from ports import Ports
 from waiting import check, now, stay_until, wait_for
 
 UDEVD = "/usr/lib/systemd/systemd-udevd"
-# udev's own rules for HID and input devices. What else the host has installed would make the machine another one on each
-# host, and a slow one.
+# udev's own rules for HID and input devices. The host's other rules would slow the machine down, and make it different
+# on each host.
 RULES = ["50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad"]
 RULES_FOLDERS = ["/usr/lib/udev/rules.d", "/etc/udev/rules.d"]
 BUS_ADDRESS = "unix:path=/run/kovra/bus"
 
-# Never earlier than this after the kernel's event.
+# The flag never changes to "off" earlier than this after the kernel's event.
 GRACE = 2.0
-# Never later than this after udevd passed the event on. In an emulated machine on a busy host udevd alone may need a
-# second, and that is not the program's doing.
+# The flag changes no later than this after udevd passed the event on. In an emulated machine on a busy host udevd alone
+# may take a second, which is not the program's fault.
 LATEST_OFF = 2.5
 LATEST_ON = 1.0
 
@@ -47,7 +47,7 @@ class World(Ports):
         self._bus = None
         self.programs = []
 
-    # Before and after each scenario.
+    # Before and after each scenario
 
     def prepare(self):
         shutil.rmtree(program.HOME, ignore_errors=True)
@@ -64,10 +64,10 @@ class World(Ports):
         self.programs = []
         self.unplug_all()
 
-    # The program.
+    # The program
 
     def start(self, language="en_US.UTF-8", wait=True, bus=None, display=None, **choices):
-        """Starts the program with these choices stored; returns it once it has written its first decision."""
+        """Starts the program with these choices stored; returns it after its first write."""
         program.write_preferences(**choices)
         since = now()
         started = program.Program(self.binary, language, bus or self.session_bus(), display)
@@ -88,7 +88,7 @@ class World(Ports):
     def last_words(self):
         return "\n".join(running.last_words() for running in self.programs)
 
-    # udev.
+    # udev
 
     def start_udevd(self):
         if self._udevd is None:
@@ -103,7 +103,7 @@ class World(Ports):
             self._udevd = None
         shutil.rmtree("/run/udev", ignore_errors=True)
 
-    # Promises that many scenarios share.
+    # Expectations that many scenarios share
 
     def expect_on(self, device):
         write = self.flag.wait_write("on", device.added)
@@ -112,23 +112,23 @@ class World(Ports):
         return write.time - device.added
 
     def expect_off_after_grace(self, device):
-        """"off" 2.0 s after the kernel removed the device, and not a write before."""
+        """Expects one write, "off", no earlier than 2.0 s after the kernel removed the device."""
         before = self.flag.contents()
-        check(before[-1] == "on", f"after the removal the flag was no longer on: {before}")
+        check(before[-1] == "on", f"the flag was no longer on right after the removal: {before}")
         write = self.flag.wait_write("off", device.removed)
         delay = write.time - device.removed
         check(delay >= GRACE, f'"off" came {delay:.3f} s after the removal')
         late = write.time - self.announced.wait("remove", device.node)
         check(late <= LATEST_OFF, f'"off" came {late:.3f} s after udevd announced the removal')
-        check(self.flag.contents() == before + ["off"], f"more was written than one off: {self.flag.contents()}")
+        check(self.flag.contents() == before + ["off"], f"there was more than one write: {self.flag.contents()}")
         return delay
 
     def expect_quiet_until(self, moment):
-        """Not one write from now until then."""
+        """Expects no write until this time."""
         before = len(self.flag.writes)
         stay_until(moment)
-        check(len(self.flag.writes) == before, f"something was written: {self.flag.contents()}")
+        check(len(self.flag.writes) == before, f"there was a write: {self.flag.contents()}")
 
     def expect_writes(self, *contents):
         check(self.flag.contents() == list(contents),
-              f"written: {self.flag.contents()}, and should have been: {list(contents)}")
+              f"the writes were {self.flag.contents()}, and should have been {list(contents)}")

@@ -1,4 +1,4 @@
-"""The application as it was installed, in the session of whoever has started it."""
+"""The installed application in a person's session."""
 
 import os
 import pathlib
@@ -34,18 +34,19 @@ class Application:
         os.kill(self.pid, signal.SIGSTOP)
         wait_for(lambda: self._state() == "T", "the application to stop")
 
-    def go_on(self):
+    def resume(self):
         os.kill(self.pid, signal.SIGCONT)
 
     def expect_running(self):
-        check(self.is_running(), f"the application has ended: {self._said()[-300:]}")
+        check(self.is_running(), f"the application has ended: {self._output()[-300:]}")
 
     def wait_refused(self, word):
-        """Returns when it has tried to write this word into the flag and was not let."""
-        wait_for(lambda: f"не удалось записать флаг ({word})" in self._said(), f'"{word}" to be refused to the application')
+        """Waits until the application tried to write this word into the flag and was refused."""
+        wait_for(lambda: f"не удалось записать флаг ({word})" in self._output(),
+                 f'"{word}" to be refused to the application')
         self.expect_running()
 
-    def _said(self):
+    def _output(self):
         return self._errors.read_text(encoding="utf-8") if self._errors.exists() else ""
 
     def _state(self):

@@ -1,4 +1,4 @@
-"""Scenarios of what ends or fails in the middle: whatever it is, nobody is left with a dead touchpad."""
+"""Scenarios of processes that end or fail while a touchpad is muted: no person is left with a dead touchpad."""
 
 import contextlib
 import itertools
@@ -18,7 +18,7 @@ def helper_process():
     return int(run("systemctl", "show", "-P", "MainPID", HELPER))
 
 
-@scenario("The helper is killed: the pads are given back, and muted again as soon as it is back.")
+@scenario("When the helper is killed the pads are returned, and muted again after its restart.")
 def helper_killed(laptop):
     one = laptop.plug_pad(twin=True)
     application, mouse = laptop.mute(one)
@@ -26,7 +26,7 @@ def helper_killed(laptop):
     os.kill(helper_process(), signal.SIGKILL)
     back = [laptop.inhibitions.wait(device, False, since) for device in one.inputs]
     again = [laptop.inhibitions.wait(device, True, max(back)) for device in one.inputs]
-    check(flag() == "on", f"the flag says {flag()!r}")
+    check(flag() == "on", f"the flag is {flag()!r}")
     application.expect_running()
     laptop.expect_dead(one)
     mouse.unplug()
@@ -34,32 +34,32 @@ def helper_killed(laptop):
     return f"back after {max(back) - since:.2f} s, dead again after {max(again) - since:.2f} s"
 
 
-@scenario("The helper is stopped: the pads are given back for as long as it is away.")
+@scenario("When the helper is stopped the pads are returned until it is started again.")
 def helper_stopped(laptop):
     one = laptop.plug_pad(twin=True)
     laptop.mute(one)
     run("systemctl", "stop", HELPER)
-    check(not any(one.inhibited), f"after it has stopped: {one.inhibited}")
+    check(not any(one.inhibited), f"after the helper was stopped: {one.inhibited}")
     laptop.expect_alive_until(now() + AT_ONCE, one)
     run("systemctl", "start", HELPER)
     laptop.expect_dead(one)
 
 
-@scenario("The application is killed: the pad is back within 1 s, and the flag is left alone.")
+@scenario("When the application is killed the pad is returned within 1 s, and the flag stays as it is.")
 def application_killed(laptop):
     one = laptop.plug_pad()
     application, _ = laptop.mute(one)
     since = now()
     application.kill()
     measured = laptop.expect_back_at_once(since, one)
-    check(flag() == "on", f"the flag says {flag()!r}")
+    check(flag() == "on", f"the flag is {flag()!r}")
     laptop.start()
     laptop.expect_dead(one)
     return measured
 
 
-@scenario("The application is stopped: nothing changes, whatever is plugged. It goes on and hears of it: dead within 1 s, "
-          "back after the two seconds that begin then.")
+@scenario("While the application is stopped nothing changes. After SIGCONT it mutes within 1 s or returns the pad after "
+          "2 s.")
 def application_stopped(laptop):
     one = laptop.plug_pad()
     application, mouse = laptop.mute(one)
@@ -67,39 +67,39 @@ def application_stopped(laptop):
     mouse.unplug()
     laptop.expect_dead_until(mouse.removed + 3, one)
     since = now()
-    application.go_on()
+    application.resume()
     back = laptop.inhibitions.wait(one.inputs[0], False, since) - since
-    check(GRACE <= back <= GRACE + AT_ONCE, f"back {back:.2f} s after it went on")
+    check(GRACE <= back <= GRACE + AT_ONCE, f"back {back:.2f} s after SIGCONT")
     laptop.expect_alive(one)
 
     application.stop()
     laptop.plug_mouse()
     laptop.expect_alive_until(now() + AT_ONCE, one)
     since = now()
-    application.go_on()
+    application.resume()
     dead = laptop.inhibitions.wait(one.inputs[0], True, since) - since
-    check(dead <= AT_ONCE, f"dead only {dead:.2f} s after it went on")
+    check(dead <= AT_ONCE, f"dead only {dead:.2f} s after SIGCONT")
     laptop.expect_dead(one)
-    return f"back {back:.2f} s and dead {dead:.2f} s after it went on"
+    return f"back {back:.2f} s and dead {dead:.2f} s after SIGCONT"
 
 
-@scenario("Stopped after it has heard that the mouse has gone: the two seconds run on, and when it goes on the pad is back within 1 s.")
+@scenario("Stopped within the grace period: the period continues, and after SIGCONT the pad is returned within 1 s.")
 def stopped_in_grace(laptop):
     one = laptop.plug_pad()
     application, mouse = laptop.mute(one)
     mouse.unplug()
-    heard = laptop.announced.wait("remove", mouse.node)
-    stay_until(heard + GRACE / 2)
+    announced = laptop.announced.wait("remove", mouse.node)
+    stay_until(announced + GRACE / 2)
     application.stop()
-    laptop.expect_dead_until(heard + GRACE + AT_ONCE, one)
+    laptop.expect_dead_until(announced + GRACE + AT_ONCE, one)
     since = now()
-    application.go_on()
+    application.resume()
     return laptop.expect_back_at_once(since, one)
 
 
 @contextlib.contextmanager
 def full_run(what):
-    """/run without room for another byte ("size") or another file ("nr_inodes")."""
+    """Fills /run, so that there is no room for another byte ("size") or another file ("nr_inodes")."""
     def limit(value):
         subprocess.run(["/bin/busybox", "mount", "-o", f"remount,{what}={value}", "/run"], check=True)
 
@@ -121,21 +121,22 @@ def full_run(what):
         shutil.rmtree(filling)
 
 
-@scenario("Without room in /run for another file nothing is muted that could not be given back.")
+@scenario("Without room in /run for a record, the helper mutes no pad that it could not return.")
 def no_room_for_records(laptop):
     one = laptop.plug_pad()
-    laptop.start_and_hear()
+    laptop.start_and_wait_for_write()
     laptop.settle()
     anna, refusal = laptop.log_in(ANNA), f"{one.inputs[0].number} is not muted, since it cannot be recorded"
     with full_run("nr_inodes"):
-        # At once, before anything in /run goes and makes room.
+        # Write at once, before a file in /run is removed and makes room.
         check(anna.succeeds(f"printf on >'{FLAG}'"), "Anna cannot write her flag")
-        wait_for(lambda: refusal in run("journalctl", "-u", HELPER, "-o", "cat", "--no-pager"), "the helper to have tried")
+        wait_for(lambda: refusal in run("journalctl", "-u", HELPER, "-o", "cat", "--no-pager"),
+                 "the helper to have tried")
         laptop.expect_alive_until(now() + AT_ONCE, one)
-    check(flag() == "on", f"the flag says {flag()!r}")
+    check(flag() == "on", f"the flag is {flag()!r}")
 
 
-@scenario("/run fills up while the pad is muted, with bytes or with files: it is given back all the same.")
+@scenario("If bytes or files fill /run while the pad is muted, the pad is returned all the same.")
 def run_fills_up(laptop):
     one = laptop.plug_pad(twin=True)
     laptop.start()

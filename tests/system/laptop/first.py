@@ -1,4 +1,4 @@
-"""The machine's first process until it becomes systemd: keeps of the host's files what a laptop needs, and makes two users."""
+"""The machine's first process until it becomes systemd: keeps the host's files that a laptop needs, and adds users."""
 
 import os
 import pathlib
@@ -13,9 +13,10 @@ SYSTEMD = "/usr/lib/systemd/systemd"
 UNITS = pathlib.Path("/usr/lib/systemd/system")
 OWN_UNITS = pathlib.Path("/etc/systemd/system")
 
-# What else the host has installed would make the machine another one on each host, and a slow one.
+# The host's other units would slow the machine down, and make it different on each host.
 KEPT_UNITS = """
-    sysinit.target basic.target sockets.target paths.target timers.target slices.target local-fs.target local-fs-pre.target swap.target
+    sysinit.target basic.target sockets.target paths.target timers.target slices.target local-fs.target
+    local-fs-pre.target swap.target
     multi-user.target remote-fs.target network.target nss-user-lookup.target time-set.target time-sync.target
     shutdown.target umount.target final.target reboot.target poweroff.target sleep.target suspend.target user.slice
     systemd-journald.service systemd-journald.socket systemd-journald-dev-log.socket
@@ -27,11 +28,12 @@ KEPT_UNITS = """
 STARTED = ["systemd-journald.service", "systemd-udevd.service", "dbus.service", "systemd-logind.service"]
 RULES = pathlib.Path("/usr/lib/udev/rules.d")
 KEPT_RULES = [f"{name}.rules" for name in [
-    "50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad", "70-uaccess", "71-seat",
-    "73-seat-late", "99-systemd"]]
-# These folders' own contents are the host's affair.
-EMPTIED = ["/etc/systemd/system", "/etc/udev/rules.d", "/usr/lib/systemd/system-generators", "/usr/lib/systemd/user-generators",
-           "/usr/lib/environment.d", "/etc/xdg/systemd/user", "/etc/polkit-1/rules.d", "/usr/lib/modules-load.d", "/var/log"]
+    "50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad", "70-uaccess",
+    "71-seat", "73-seat-late", "99-systemd"]]
+# The machine does not need the host's contents of these folders.
+EMPTIED = ["/etc/systemd/system", "/etc/udev/rules.d", "/usr/lib/systemd/system-generators",
+           "/usr/lib/systemd/user-generators", "/usr/lib/environment.d", "/etc/xdg/systemd/user",
+           "/etc/polkit-1/rules.d", "/usr/lib/modules-load.d", "/var/log"]
 
 TARGET = """[Unit]
 Description=All that the scenarios need
@@ -54,7 +56,7 @@ TTYPath=/dev/console
 KillMode=process
 """
 
-# What a person's session brings with it, and of that only what programs look for.
+# The part of a person's session that programs look for: its bus.
 USER_SERVICE = """[Unit]
 Description=The buses of the user %i
 After=user-runtime-dir@%i.service dbus.service
@@ -68,7 +70,7 @@ Slice=user-%i.slice
 
 
 def keep(folder, names):
-    """Leaves of this folder only these entries."""
+    """Removes everything from this folder except these entries."""
     contents = {}
     for name in names:
         for path in [folder / name, *(folder / name).glob("*")]:
@@ -98,7 +100,7 @@ def write_units():
 
 
 def write_people():
-    """The people of this machine, whom nobody asks for a password."""
+    """Adds the people of this machine, who log in without a password."""
     with open("/etc/passwd", "a", encoding="utf-8") as passwd, open("/etc/group", "a", encoding="utf-8") as group:
         for user in EVERYBODY:
             passwd.write(f"{user.name}:x:{user.uid}:{user.uid}::{user.home}:/bin/sh\n")
@@ -107,7 +109,7 @@ def write_people():
             os.chown(user.home, user.uid, user.uid)
     pathlib.Path("/etc/pam.d/kovra-seat").write_text(
         "auth required pam_permit.so\naccount required pam_permit.so\nsession required pam_systemd.so\n")
-    # Without a password to ask for, the users' own managers would need the system's other PAM files.
+    # The system's own PAM files for user managers would need a password.
     pathlib.Path("/etc/pam.d/systemd-user").write_text(
         "account required pam_permit.so\nsession required pam_systemd.so\n")
 
@@ -122,7 +124,7 @@ def main():
     keep(RULES, KEPT_RULES)
     write_units()
     write_people()
-    # A host that is a container has systemd think that it is in one, and packages start no service.
+    # In a container systemd detects the container by these files, and packages do not start services.
     for mark in ["/.dockerenv", "/usr/sbin/policy-rc.d"]:
         pathlib.Path(mark).unlink(missing_ok=True)
     pathlib.Path("/etc/machine-id").write_text("6b6f7672616b6f7672616b6f7672616b\n")

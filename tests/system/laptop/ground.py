@@ -1,4 +1,4 @@
-"""What the other scenarios stand on: that the laptop is one."""
+"""Checks the ground of the other scenarios: the machine behaves like a laptop."""
 
 import os
 import subprocess
@@ -10,28 +10,29 @@ from sessions import active
 from waiting import check, wait_for
 
 
-@scenario("systemd is the first process, and the login manager tells on the bus of the one seat.")
+@scenario("systemd is the first process, and the login manager reports the one seat on the bus.")
 def systemd(laptop):
     first = os.readlink("/proc/1/exe")
     check(first == "/usr/lib/systemd/systemd", f"the first process is {first}")
-    answer = subprocess.run(["busctl", "call", "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
-                             "ListSeats"], capture_output=True, text=True, check=True).stdout
+    manager = ["org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager"]
+    call = ["busctl", "call", *manager, "ListSeats"]
+    answer = subprocess.run(call, capture_output=True, text=True, check=True).stdout
     check("seat0" in answer, f"the seats are {answer}")
 
 
-@scenario("People log in on consoles of their own and come to the front in turn; who logs out leaves nobody there.")
+@scenario("People log in on their own consoles and become active in turn; after a logout no session is active.")
 def consoles(laptop):
     anna, boris, greeter = (laptop.log_in(person) for person in [ANNA, BORIS, GREETER])
     for session in [boris, greeter, anna, boris]:
-        session.come_to_the_front()
+        session.activate()
     boris.log_out()
-    wait_for(lambda: active() is None, "nobody to be there")
+    wait_for(lambda: active() is None, "no session to be active")
     for session in [greeter, anna]:
-        session.come_to_the_front()
+        session.activate()
     greeter.log_out()
 
 
-@scenario("A stroke on a touchpad comes out of its nodes, of its twin too, until the kernel is told to inhibit them.")
+@scenario("A touchpad and its twin deliver events until the kernel inhibits them.")
 def touchpad(laptop):
     for bus, twin in [(uhid.BUS_I2C, False), (uhid.BUS_I2C, True), (uhid.BUS_BLUETOOTH, False)]:
         pad = laptop.plug_pad(bus=bus, twin=twin)

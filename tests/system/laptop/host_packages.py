@@ -1,4 +1,4 @@
-"""Of the host's packages dpkg is left those that ours name: it reads all about each one at every step."""
+"""Reduces dpkg's database to the host packages that ours name, since dpkg reads every entry at every step."""
 
 import pathlib
 import re
@@ -7,7 +7,7 @@ import subprocess
 import in_machine
 
 DPKG = pathlib.Path("/var/lib/dpkg")
-# Of a package that is kept: what it would ask of those that are not, and files that are the host's affair.
+# The fields of a kept package that refer to packages and files that are not kept.
 DROPPED = re.compile(r"^(?:Pre-Depends|Depends|Breaks):.*\n|^Conffiles:.*\n(?: .*\n)*", re.M)
 
 

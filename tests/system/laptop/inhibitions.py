@@ -1,4 +1,4 @@
-"""When the kernel was told to inhibit an input device, or to give it back: its own note of each write that it took."""
+"""The times at which the kernel accepted writes that inhibit an input device or release it."""
 
 import collections
 import os
@@ -6,10 +6,10 @@ import pathlib
 import re
 import threading
 
-from waiting import Failed, tell, wait_for
+from waiting import Failed, notify, wait_for
 
 TRACING = pathlib.Path("/sys/kernel/tracing")
-# Beside the moments of plugging, which are read from the first one.
+# A separate trace instance; the main one records the times of plugging.
 OWN = TRACING / "instances" / "inhibitions"
 PROBE = b"p:kovra/inhibit inhibited_store device=+0(+0(%di)):string text=+0(%dx):u8\n"
 NOTED = re.compile(r' (\d+\.\d+): inhibit: .* device="(input\d+)" text=(\d+)')
@@ -20,7 +20,7 @@ Inhibition = collections.namedtuple("Inhibition", "time device on")
 class Inhibitions:
     def __init__(self):
         self._noted = []
-        # Added to the probes that are there, in a file in which one cannot seek.
+        # Append to the existing probes; this file does not support seeking.
         probes = os.open(TRACING / "kprobe_events", os.O_WRONLY | os.O_APPEND)
         os.write(probes, PROBE)
         os.close(probes)
@@ -30,13 +30,14 @@ class Inhibitions:
         threading.Thread(target=self._read, daemon=True).start()
 
     def wait(self, device, on, since=0.0, limit=30.0):
-        """The moment of the first such write at or after `since`."""
+        """Returns the time of the first such write at or after `since`."""
         try:
             return wait_for(lambda: self.find(device, on, since), "the write", limit)
         except Failed as failed:
             noted = [f"{note.time:.3f} {int(note.on)}" for note in self._noted if note.device == device.number]
-            raise Failed(f"{failed}, {device.number} to be {'inhibited' if on else 'given back'} at or after {since:.3f}, "
-                         f"where all that it was told is {noted}") from None
+            state = "inhibited" if on else "released"
+            raise Failed(f"{failed}, {device.number} to be {state} at or after {since:.3f}; "
+                         f"all of its writes are {noted}") from None
 
     def find(self, device, on, since=0.0):
         return next((note.time for note in list(self._noted)
@@ -48,4 +49,4 @@ class Inhibitions:
                 noted = NOTED.search(line)
                 if noted:
                     self._noted.append(Inhibition(float(noted[1]), noted[2], noted[3] == str(ord("1"))))
-                    tell()
+                    notify()

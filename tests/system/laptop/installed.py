@@ -1,4 +1,4 @@
-"""Scenarios of the packages once they are installed: the helper's unit, the listing tool, the manager."""
+"""Scenarios of the installed packages: the helper's unit, the listing tool, the manager."""
 
 import pathlib
 import re
@@ -21,7 +21,7 @@ def listed():
     return run("systemextensionsctl", "list").strip().rpartition("\t")[2]
 
 
-@scenario("Installing the packages is enough: the helper runs, will run at each boot, and is listed so.")
+@scenario("Installing the packages is enough: the helper runs, is enabled for each boot, and is listed as enabled.")
 def installing(laptop):
     since = now()
     laptop.install()
@@ -32,7 +32,7 @@ def installing(laptop):
     return f"installed in {took:.1f} s"
 
 
-@scenario("The helper works behind its unit's walls: no capability, filtered calls, no new privileges, nobody's home.")
+@scenario("The helper works within the limits of its unit: no capability, filtered system calls, no home folders.")
 def walls(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
@@ -40,25 +40,26 @@ def walls(laptop):
     status = dict(re.findall(r"^(\w+):\t(.*)$", (helper / "status").read_text(), re.M))
     sets = {name: int(status[name], 16) for name in ["CapInh", "CapPrm", "CapEff", "CapBnd", "CapAmb"]}
     check(not any(sets.values()), f"its capabilities are {sets}")
-    check((status["Seccomp"], status["NoNewPrivs"]) == ("2", "1"), f"seccomp {status['Seccomp']}, no new privileges {status['NoNewPrivs']}")
+    limits = (status["Seccomp"], status["NoNewPrivs"])
+    check(limits == ("2", "1"), f"seccomp and no_new_privs are {limits}")
     homes = list((helper / "root/home").iterdir())
     check(not homes, f"it sees the homes {homes}")
     mouse.unplug()
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("Disabled it is listed as waiting for the user. The manager enables and starts it once the person may, and says so where they may not.")
+@scenario("The disabled helper is listed as waiting for the user. The manager enables it if it may, else says why not.")
 def manager(laptop):
     laptop.install()
     anna = laptop.log_in(ANNA)
     run("systemctl", "disable", "--now", HELPER)
     check(listed() == "[activated waiting for user]", f"listed as {listed()}")
 
-    said = anna.run(f"{MANAGER} forceActivate 2>&1 && echo and it went well")
-    check("no polkit agent" in said, f"where nothing can ask for a password, the manager says {said!r}")
+    output = anna.run(f"{MANAGER} forceActivate 2>&1 && echo and it went well")
+    check("no polkit agent" in output, f"without an agent that asks for a password, the manager prints {output!r}")
     check(listed() == "[activated waiting for user]", f"listed as {listed()}")
 
-    # In place of the password, an administrator's word.
+    # An administrator's rule replaces the password.
     RULE.parent.mkdir(parents=True, exist_ok=True)
     RULE.write_text(PERMISSION)
     run("systemctl", "restart", "polkit.service")

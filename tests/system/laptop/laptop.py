@@ -1,4 +1,4 @@
-"""What a scenario finds on the laptop: people, pads and mice, and the packages installed."""
+"""What a scenario works with on the laptop: people, pads, mice and the installed packages."""
 
 import os
 import pathlib
@@ -14,23 +14,25 @@ from sessions import Session
 from touchpad import Pad, Touchpad
 from waiting import check, now, stay_until, wait_for
 
-# Which console each person uses.
+# The console of each person.
 PLACES = {ANNA: ("tty2", "user"), BORIS: ("tty3", "user"), GREETER: ("tty4", "greeter")}
 HELPER = "ble-kovra-helper.service"
-# There while it runs.
+# This folder exists while the helper runs.
 HELPER_PROCESSES = pathlib.Path("/sys/fs/cgroup/system.slice", HELPER)
 FLAG = "/Library/Application Support/ble-kovra/state"
 MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 
-# Never earlier than this after the kernel's removal of the mouse, never later than this after udevd told of it.
+# The pads are returned no earlier than this after the kernel removed the mouse, and no later than this after udevd
+# reported it.
 GRACE, LATEST_BACK = 2.0, 2.6
-# Within this a pad is given back when its person, the application or the helper is gone.
+# The pads are returned within this time when their person, the application or the helper is gone.
 AT_ONCE = 1.0
 
 
 def run(*command):
-    """What the program has printed; its failure is the scenario's."""
-    done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    """Returns the output of a command. If the command fails, the scenario fails."""
+    done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          text=True)
     check(done.returncode == 0, f"{' '.join(command)} ends with {done.returncode}: {done.stdout[-1000:]}")
     return done.stdout
 
@@ -52,11 +54,11 @@ class Laptop(Ports):
         host_packages.keep_named(packages)
         self._sessions, self._applications = {}, []
 
-    # Before and after each scenario.
+    # Before and after each scenario
 
     def prepare(self):
         self.events.forget()
-        self.log_in(ANNA).come_to_the_front()
+        self.log_in(ANNA).activate()
 
     def clean(self):
         for application in self._applications:
@@ -65,7 +67,7 @@ class Laptop(Ports):
             if person in self._sessions:
                 self._sessions.pop(person).log_out()
         self._applications = []
-        # What a killed application has left there would count again once the next one runs, before that one's first word.
+        # The word that a killed application left would count again with the next one, before that one's first write.
         if os.path.exists(FLAG):
             os.truncate(FLAG, 0)
         self.unplug_all()
@@ -73,18 +75,18 @@ class Laptop(Ports):
     def last_words(self):
         return run("journalctl", "--no-pager", "-n", "80", "-o", "short-monotonic")
 
-    # People.
+    # People
 
     def log_in(self, person):
-        """The person's session at the machine; logged in now where there is none."""
-        if person not in self._sessions or not self._sessions[person].is_there():
+        """Returns the person's session at the machine, and opens it if necessary."""
+        if person not in self._sessions or not self._sessions[person].is_open():
             self._sessions[person] = Session(person, *PLACES[person])
         return self._sessions[person]
 
-    # The packages.
+    # The packages
 
     def install(self):
-        """Done by the first scenario that wants it, once. The others find the helper running."""
+        """Installs the packages in the first scenario that needs them. Later it ensures that the helper runs."""
         if not self._is_installed:
             self.reinstall()
             self._is_installed = True
@@ -99,22 +101,22 @@ class Laptop(Ports):
         run("dpkg", "--force-unsafe-io", "-i", *self._packages)
 
     def start(self, session=None, **choices):
-        """The application, in Anna's session where no other is named. Where no choices are, the mouse is chosen."""
+        """Starts the application, by default in Anna's session with the mouse chosen."""
         self.install()
         started = Application(session or self.log_in(ANNA), **(choices or {"selected": CHOSEN}))
         self._applications.append(started)
         return started
 
-    def start_and_hear(self):
-        """Anna's application, while she is at the machine; returns it once it has said its first word."""
+    def start_and_wait_for_write(self):
+        """Starts Anna's application while she is at the machine; returns it after its first write."""
         self.install()
         wait_for(lambda: may_write_flag(self.log_in(ANNA)), "the flag to be Anna's")
         before = os.stat(FLAG).st_mtime_ns
         started = self.start()
-        wait_for(lambda: os.stat(FLAG).st_mtime_ns != before, "the application's first word")
+        wait_for(lambda: os.stat(FLAG).st_mtime_ns != before, "the application's first write")
         return started
 
-    # Touchpads and mice.
+    # Touchpads and mice
 
     def plug_mouse(self):
         return self.plug(MOUSE)
@@ -129,41 +131,41 @@ class Laptop(Ports):
         pads[0].node, pads[0].unplug = device.node, device.unplug
         return pads[0]
 
-    # What they promise.
+    # Expectations
 
     def expect_alive(self, *pads):
-        """Nothing inhibits them, and whoever strokes them moves the pointer."""
+        """Expects that no pad is inhibited and that a stroke on each delivers events."""
         for pad in pads:
-            wait_for(lambda: not any(pad.inhibited), f"the pad to be given back: {pad.inhibited}")
+            wait_for(lambda: not any(pad.inhibited), f"the pad to be returned: {pad.inhibited}")
             came = pad.use()
-            check(all(came), f"events came of the pad's input devices: {came}")
+            check(all(came), f"events from the pad's input devices: {came}")
 
     def expect_dead(self, *pads):
-        """All of them is inhibited, and not a byte comes of any node."""
+        """Expects that all input devices of the pads are inhibited, and that no node delivers a byte."""
         for pad in pads:
             wait_for(lambda: all(pad.inhibited), f"the pad to be inhibited: {pad.inhibited}")
             came = pad.use()
-            check(not any(came), f"events came of the pad's input devices: {came}")
+            check(not any(came), f"events from the pad's input devices: {came}")
 
     def mute(self, *pads):
-        """Anna's application runs, and her mouse is plugged: returns both once the pads are dead."""
+        """Starts Anna's application and plugs her mouse; returns both when the pads are dead."""
         application = self.start()
         mouse = self.plug_mouse()
         self.expect_dead(*pads)
         return application, mouse
 
     def expect_back_after_grace(self, mouse, *pads):
-        """From 2.0 s after the kernel removed the mouse on, and not earlier, the pads are alive."""
+        """Expects that the pads are returned 2.0 s after the kernel removed the mouse, and not earlier."""
         announced = self.announced.wait("remove", mouse.node)
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, mouse.removed)
             check(back - mouse.removed >= GRACE, f"back {back - mouse.removed:.3f} s after the removal")
-            check(back - announced <= LATEST_BACK, f"back {back - announced:.3f} s after udevd told of the removal")
+            check(back - announced <= LATEST_BACK, f"back {back - announced:.3f} s after udevd reported the removal")
         self.expect_alive(*pads)
         return f"back after {back - mouse.removed:.2f} s"
 
     def expect_back_at_once(self, since, *pads, cause=None):
-        """Given back after `since`, and shortly after the cause of it where that came later."""
+        """Expects that the pads are returned after `since`, and shortly after a later cause."""
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, since)
             late = max(0.0, back - (cause or since))
@@ -176,7 +178,7 @@ class Laptop(Ports):
         self.expect_dead(*pads)
 
     def expect_alive_until(self, moment, *pads):
-        """Not one of them is inhibited in between, however short."""
+        """Expects that the pads are alive then, and that none of them is inhibited in between, not even briefly."""
         since = now()
         stay_until(moment)
         for device in [device for pad in pads for device in pad.inputs]:

@@ -1,8 +1,8 @@
-"""Logs somebody in, as login and sshd do: opens a PAM session and becomes the person's shell in it.
+"""Logs a person in, as login and sshd do: opens a PAM session and becomes the person's shell in it.
 
     login.py USER tty2           at the machine, on the second console
     login.py USER tty2 greeter   the login screen
-    login.py USER HOST           from elsewhere
+    login.py USER HOST           remotely
 """
 
 import ctypes
@@ -27,7 +27,7 @@ def open_session(user, place, kind):
     def call(name, *arguments):
         status = getattr(pam, name)(*arguments)
         if status != 0:
-            sys.exit(f"login: {name} gives {status}")
+            sys.exit(f"login: {name} returned {status}")
 
     call("pam_start", SERVICE.encode(), user.encode(), ctypes.byref(conversation), ctypes.byref(handle))
     if place.startswith("tty"):

@@ -1,4 +1,4 @@
-"""Scenarios of the main job, whole: a mouse is plugged, and nothing comes of the touchpad any more."""
+"""Scenarios of the whole main job: a mouse is plugged, and the touchpad delivers no more events."""
 
 import pathlib
 import time
@@ -11,7 +11,7 @@ from waiting import check, now
 DRIVER = pathlib.Path("/sys/bus/hid/drivers/hid-multitouch")
 
 
-@scenario("Mouse plugged: not an event reaches any reader of the pad. Unplugged: 2.0 s later they flow again.")
+@scenario("With the mouse plugged no reader receives an event of the pad; 2.0 s after the unplug events flow again.")
 def pad(laptop):
     one = laptop.plug_pad()
     laptop.start(selected=["QEMU QEMU USB Mouse#1575:1"])
@@ -19,13 +19,13 @@ def pad(laptop):
     mouse = laptop.plug_usb_mouse()
     dead = laptop.inhibitions.wait(one.inputs[0], True)
     late = dead - laptop.announced.wait("add", mouse.node)
-    check(late <= AT_ONCE, f"dead only {late:.2f} s after udevd told of the mouse")
+    check(late <= AT_ONCE, f"dead only {late:.2f} s after udevd reported the mouse")
     laptop.expect_dead(one)
     mouse.unplug()
     return f"dead after {dead - mouse.added:.2f} s, {laptop.expect_back_after_grace(mouse, one)}"
 
 
-@scenario("The mouse that a touchpad pretends to be as well is muted with it, and given back with it.")
+@scenario("The twin of a touchpad, a mouse in the same device, is muted and returned together with it.")
 def twin(laptop):
     one = laptop.plug_pad(twin=True)
     _, mouse = laptop.mute(one)
@@ -33,7 +33,7 @@ def twin(laptop):
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("Two touchpads: both are muted, and both are given back.")
+@scenario("Two touchpads are both muted and both returned.")
 def two_pads(laptop):
     pads = [laptop.plug_pad(), laptop.plug_pad("SYNA8004:00 06CB:CD8C", product=0xcd8c)]
     _, mouse = laptop.mute(*pads)
@@ -41,7 +41,7 @@ def two_pads(laptop):
     laptop.expect_back_after_grace(mouse, *pads)
 
 
-@scenario("Touchpads that are plugged in or come by Bluetooth stay alive, and so does every mouse.")
+@scenario("External touchpads, on USB or Bluetooth, stay alive, and so does every mouse.")
 def external(laptop):
     own = laptop.plug_pad()
     others = [laptop.plug_pad("Logitech Touchpad", 0x046d, 0x1234, uhid.BUS_USB),
@@ -55,7 +55,7 @@ def external(laptop):
     laptop.expect_back_after_grace(mouse, own)
 
 
-@scenario("A touchpad that goes and comes again while it is muted is muted again, under its new number.")
+@scenario("A touchpad that is removed and added again while it is muted is muted again under its new number.")
 def comes_again(laptop):
     first = laptop.plug_pad(twin=True)
     _, mouse = laptop.mute(first)
@@ -66,7 +66,7 @@ def comes_again(laptop):
     laptop.expect_back_after_grace(mouse, again)
 
 
-@scenario("So is one whose driver is taken away and bound anew.")
+@scenario("A touchpad whose driver is unbound and bound again is muted again.")
 def bound_anew(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
@@ -78,7 +78,7 @@ def bound_anew(laptop):
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("The clock is set, as it is when the machine wakes: the helper looks at everything again.")
+@scenario("When the clock is set, as after a resume, the helper checks everything again.")
 def clock_set(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
@@ -90,7 +90,7 @@ def clock_set(laptop):
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("A touchpad that something else had inhibited stays so, through muting and giving back.")
+@scenario("A touchpad that another program has inhibited stays inhibited throughout.")
 def somebody_elses(laptop):
     theirs, ours = laptop.plug_pad(), laptop.plug_pad("SYNA8004:00 06CB:CD8C", product=0xcd8c)
     theirs.inputs[0].inhibit(True)

@@ -9,6 +9,6 @@ Person = collections.namedtuple("Person", "name uid home")
 
 ANNA = Person("anna", 2001, HOMES / "anna")
 BORIS = Person("boris", 2002, HOMES / "boris")
-# The one as whom the login screen runs.
+# The user that runs the login screen.
 GREETER = Person("greeter", 2003, HOMES / "greeter")
 EVERYBODY = [ANNA, BORIS, GREETER]

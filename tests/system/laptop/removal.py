@@ -1,4 +1,4 @@
-"""Scenarios of packages that are changed or removed while a touchpad is muted."""
+"""Scenarios of upgrading and removing packages while a touchpad is muted."""
 
 import pathlib
 
@@ -6,26 +6,27 @@ from laptop import flag
 from running import scenario
 from waiting import check
 
-# Where the packages, and what they start, leave something: none of it may stay.
+# The places where the packages, and what they start, leave files. None of them may remain.
 TRACES = ["Library", "Applications", "run/ble-kovra-helper", "usr/bin/ble-kovra", "usr/libexec/ble-kovra*",
           "usr/bin/systemextensionsctl", "usr/lib/systemd/system/ble-kovra*", "etc/systemd/system/*/ble-kovra*",
-          "usr/lib/tmpfiles.d/ble-kovra*", "usr/share/polkit-1/actions/*kovra*", "var/lib/systemd/deb-systemd-helper-*/ble-kovra*",
+          "usr/lib/tmpfiles.d/ble-kovra*", "usr/share/polkit-1/actions/*kovra*",
+          "var/lib/systemd/deb-systemd-helper-*/ble-kovra*",
           "var/lib/systemd/deb-systemd-helper-*/*/ble-kovra*", "var/lib/dpkg/info/ble-kovra*"]
 
 
-@scenario("Installed anew while a pad is muted: the application and its flag are undisturbed, and the pad is muted in the end.")
+@scenario("A reinstallation while a pad is muted disturbs neither the application nor its flag; the pad is muted again.")
 def upgrade(laptop):
     one = laptop.plug_pad()
     application, mouse = laptop.mute(one)
     laptop.reinstall()
     application.expect_running()
-    check(flag() == "on", f"the flag says {flag()!r}")
+    check(flag() == "on", f"the flag is {flag()!r}")
     laptop.expect_dead(one)
     mouse.unplug()
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("Purged while a pad is muted: the pad is given back, and nothing is left.")
+@scenario("A purge while a pad is muted returns the pad and leaves nothing behind.")
 def purge(laptop):
     one = laptop.plug_pad(twin=True)
     application, _ = laptop.mute(one)
@@ -34,5 +35,5 @@ def purge(laptop):
     application.kill()
     laptop.purge("ble-kovra")
     left = [str(path) for pattern in TRACES for path in pathlib.Path("/").glob(pattern)]
-    check(not left, f"left are {left}")
+    check(not left, f"these remain: {left}")
     laptop.expect_alive(one)

@@ -1,11 +1,11 @@
-"""What the laptop's user is promised by the application, its helper and their packages together."""
+"""All scenarios of the laptop: what the application, its helper and the packages promise together."""
 
 import ground
 import installed
 import muting
 import ends
 import switching
-# Last, since it leaves nothing of the packages.
+# This one is last, since it removes the packages.
 import removal
 from laptop import Laptop
 from running import run_all

@@ -1,4 +1,4 @@
-"""People at the machine and elsewhere: sessions of the real login manager, on real consoles."""
+"""Local and remote sessions of the real login manager, on real consoles."""
 
 import fcntl
 import os
@@ -20,12 +20,12 @@ def fields(path):
 
 
 def active():
-    """The session in front, or None."""
+    """Returns the number of the active session, or None."""
     return fields(SEAT).get("ACTIVE")
 
 
 class Session:
-    """One login. Everything that the person starts runs in it."""
+    """One login. Every program that the person starts runs in it."""
 
     def __init__(self, person, place, kind="user"):
         self.person = person
@@ -36,30 +36,30 @@ class Session:
         wait_for(lambda: self.state() in ["online", "active"], f"{person.name}'s session")
 
     def run(self, line):
-        """What the person's shell answers to this line: one line."""
+        """Runs a line in the person's shell; returns the one line that it prints."""
         self._shell.stdin.write(line + "\n")
         answer = self._shell.stdout.readline().strip()
         if not answer:
-            raise Failed(f"{self.person.name}'s shell says nothing to {line!r}")
+            raise Failed(f"{self.person.name}'s shell prints nothing for {line!r}")
         return answer
 
     def succeeds(self, line):
         return self.run(f"if {line}; then echo yes; else echo no; fi") == "yes"
 
     def state(self):
-        """As the login manager has it; None once it has gone."""
+        """Returns the state from the login manager; None after the session has ended."""
         return fields(SESSIONS / self.number).get("STATE")
 
-    def come_to_the_front(self):
-        """As by the keys that switch consoles."""
+    def activate(self):
+        """Switches to the session's console, as the keys for this do."""
         console = os.open("/dev/tty0", os.O_WRONLY | os.O_NOCTTY)
         fcntl.ioctl(console, VT_ACTIVATE, self._console)
         os.close(console)
-        wait_for(lambda: active() == self.number, f"{self.person.name}'s session to come to the front")
+        wait_for(lambda: active() == self.number, f"{self.person.name}'s session to become active")
 
-    def is_there(self):
+    def is_open(self):
         return self._shell.poll() is None
 
     def log_out(self):
         self._shell.stdin.close()
-        wait_for(lambda: not self.is_there(), f"{self.person.name} to log out")
+        wait_for(lambda: not self.is_open(), f"{self.person.name} to log out")
