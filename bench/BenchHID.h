@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <random>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "BLE_kovra/platform/HIDManager.h"
+#include "bench/DeviceNames.h"
 
 namespace kovra {
 
@@ -35,22 +35,10 @@ class BenchDevice : public HIDDevice {
     std::string name_;
 };
 
-// Devices whose names look like those in shops, in several languages and in no order; always the same ones.
 inline std::vector<BenchDevice> benchDevices(std::size_t count) {
-    constexpr std::string_view kinds[] = {"Wireless", "Bluetooth", "USB",          "Optical",   "Compact", "Ergonomic",
-                                          "compact",  "Gaming",    "Беспроводная", "Kabellose", "Souris",  "Ratón"};
-    constexpr std::string_view things[] = {"Mouse", "Trackball", "Receiver", "Keyboard", "мышь",   "Tastatur",
-                                           "Combo", "óptico",    "mouse",    "Dongle",   "Tablet", "sans fil"};
-    std::mt19937 random(20);
-    const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random()) % limit; };
     std::vector<BenchDevice> devices;
     devices.reserve(count);
-    for (std::size_t number = 1; number <= count; ++number) {
-        std::string name(kinds[below(std::size(kinds))]);
-        name.append(" ").append(things[below(std::size(things))]).append(" ");
-        name += static_cast<char>('A' + below(26));
-        devices.emplace_back(number, name + std::to_string(below(10000)));
-    }
+    for (std::string& name : bench::deviceNames(count)) devices.emplace_back(devices.size() + 1, std::move(name));
     return devices;
 }
 

@@ -1,7 +1,6 @@
 // What one change of the flag costs, on the file system of the current folder.
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,11 +8,11 @@
 #include <cstdio>
 #include <random>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
+#include "bench/floors/FlagFile.h"
 
 namespace kovra {
 namespace {
@@ -25,14 +24,7 @@ void writeOurWay(const std::string& path, bool on) {
     if (!files.writeWholeFile(path, on ? "on" : "off")) std::perror(path.c_str());
 }
 
-// The fewest calls that change the content in place.
-void writeBarely(const std::string& path, bool on) {
-    const std::string_view text = on ? "on" : "off";
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
-    const bool written = file >= 0 && ::pwrite(file, text.data(), text.size(), 0) >= 0 &&
-                         ::ftruncate(file, static_cast<off_t>(text.size())) == 0;
-    if (!written || ::close(file) != 0) std::perror(path.c_str());
-}
+void writeBarely(const std::string& path, bool on) { floors::writeFlag(path.c_str(), on); }
 
 template <auto write>
 void flagWrite(benchmark::State& state) {

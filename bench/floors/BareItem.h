@@ -1,0 +1,44 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+namespace floors {
+
+// A status item and its menu of eight entries straight over sd-bus: the least that a panel accepts.
+//
+// It answers what panels ask, each time anew, and keeps nothing. A failing call ends nothing: the measurement shows it.
+class BareItem {
+  public:
+    enum Entry { Root, Mute, Hint, Settings, Login, Driver, About, Separator, Quit, EntryCount };
+    using Chosen = void (*)(BareItem& item, Entry entry);
+
+    // Asks the panel for a place before anything else happens.
+    explicit BareItem(Chosen chosen);
+    ~BareItem();
+    BareItem(const BareItem&) = delete;
+    BareItem& operator=(const BareItem&) = delete;
+
+    sd_bus* bus() const { return bus_; }
+    bool isMuted() const { return isMuted_; }
+    // Another icon and another check mark, and panels are told.
+    void switchMuted();
+    // Answers what has come in; false when the bus is gone.
+    bool answer();
+
+  private:
+    static int itemCalled(sd_bus_message* call, void* self, sd_bus_error*);
+    static int menuCalled(sd_bus_message* call, void* self, sd_bus_error*);
+    void appendProperty(sd_bus_message* reply, const char* name) const;
+    void appendPixmaps(sd_bus_message* reply) const;
+    void appendEntry(sd_bus_message* reply, int entry) const;
+    void appendLayout(sd_bus_message* reply, int entry, int depth) const;
+    int replyLayout(sd_bus_message* call) const;
+    int replyEntries(sd_bus_message* call) const;
+    int readEvent(sd_bus_message* call);
+
+    sd_bus* bus_ = nullptr;
+    Chosen chosen_;
+    bool isMuted_ = false;
+};
+
+}  // namespace floors

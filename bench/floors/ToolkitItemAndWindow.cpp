@@ -1,0 +1,21 @@
+// The toolkit's item, and the barest settings window in the same process: made the first time, then hidden and shown.
+
+#include <memory>
+
+#include "bench/floors/SettingsWidgets.h"
+#include "bench/floors/ToolkitItem.h"
+
+int main(int count, char** arguments) {
+    const QApplication application(count, arguments);
+    QApplication::setQuitOnLastWindowClosed(false);
+    floors::ToolkitItem item;
+    std::unique_ptr<floors::SettingsWidgets> window;
+    QObject::connect(item.settings(), &QAction::triggered, [&window] {
+        if (!window) window = std::make_unique<floors::SettingsWidgets>();
+        window->show();
+        window->raise();
+        window->activateWindow();
+    });
+    item.show();
+    return QApplication::exec();
+}
