@@ -13,8 +13,6 @@ int main(int count, char** arguments) {
     QObject::connect(item.settings(), &QAction::triggered, [&window] {
         if (!window) window = std::make_unique<floors::SettingsWidgets>();
         window->show();
-        window->raise();
-        window->activateWindow();
     });
     item.show();
     return QApplication::exec();

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <xcb/damage.h>
+#include <xcb/xcb.h>
+
+#include <cstdint>
+
+#include "bench/instruments/Subject.h"
+
+namespace bench {
+
+// The X server's side of a panel: the tray that embeds windows, and a witness of when other windows come, are painted
+// for the first time, and go. Tells of each.
+class XScreen {
+  public:
+    explicit XScreen(const Subject& subject);
+    ~XScreen();
+    XScreen(const XScreen&) = delete;
+    XScreen& operator=(const XScreen&) = delete;
+
+    int descriptor() const { return xcb_get_file_descriptor(x_); }
+    // Deals with what has come in; false when the server is gone.
+    bool answer();
+    // Tells of the next window when it is there and when something has been drawn into it.
+    void watchForWindow();
+    // Closes the window that came last, as its frame does.
+    void closeWindow();
+
+  private:
+    xcb_atom_t atom(const char* name) const;
+    void becomeTray();
+    void dock(xcb_window_t icon);
+    void windowCame(const xcb_map_notify_event_t& event);
+    void windowWent(const xcb_unmap_notify_event_t& event);
+    void drawn();
+    void stopWatching();
+
+    const Subject& subject_;
+    xcb_connection_t* x_ = nullptr;
+    xcb_screen_t* screen_ = nullptr;
+    xcb_window_t tray_ = 0;
+    xcb_window_t newest_ = 0;
+    xcb_atom_t trayRequest_ = 0;
+    std::uint8_t damageNotify_ = 0;
+    // Of the whole screen, while a window is waited for; a new one of the window itself would come too late for what is
+    // drawn at once, and begins with a report of all that was there before.
+    xcb_damage_damage_t drawings_ = 0;
+    bool hasCome_ = false;
+};
+
+}  // namespace bench

@@ -1,0 +1,40 @@
+"""Private places to measure in: beside a udevd and on a desktop of their own. Nothing of it stays on the machine."""
+
+import json
+import os
+import pathlib
+import subprocess
+
+HERE = pathlib.Path(__file__).resolve().parent
+INSIDE = HERE / "inside"
+WITH_UDEVD = HERE / "instruments" / "with-udevd"
+LAYER = HERE / "instruments" / "layer"
+# Debian's own, which knows the modules of Debian's packages.
+PYTHON = ["/usr/bin/python3", "-B"]
+
+
+class CannotRun(Exception):
+    """Why a section gives no figures, in one line."""
+
+
+def run_script(name, task, layer=None):
+    """Runs a script of bench/inside with this task on a private desktop; returns what it reports, line by line."""
+    return on_desktop(*PYTHON, INSIDE / name, json.dumps(task), layer=layer)
+
+
+def on_desktop(*command, layer=None):
+    return beside_udevd(*PYTHON, INSIDE / "desktop.py", *command, layer=layer)
+
+
+def beside_udevd(*command, layer=None):
+    need_root()
+    command = [*([LAYER, layer] if layer else []), WITH_UDEVD, *command]
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True)
+    if done.returncode != 0:
+        raise CannotRun("the private session failed; what it said is above")
+    return [json.loads(line) for line in done.stdout.splitlines()]
+
+
+def need_root():
+    if os.geteuid() != 0:
+        raise CannotRun("private mounts need root")
