@@ -6,6 +6,10 @@ import statistics
 import time
 
 
+# What the build of --against took, in the same run.
+AGAINST_LIMIT = 1.05
+
+
 @dataclasses.dataclass
 class Figure:
     name: str
@@ -22,14 +26,14 @@ class Report:
         self._left_out = []
 
     def ratio(self, name, ours, floor, unit, limit=None):
-        """One figure from several rounds: the same unit on both sides, `floor` empty where there was none."""
-        text = f"{number(statistics.median(ours))} {unit}"
-        if not floor:
-            self.plain(name, text)
-            return
+        """One figure from several rounds: the same unit on both sides."""
         ratio = statistics.median(a / b for a, b in zip(ours, floor, strict=True))
-        self._add(Figure(name, text, f"{number(statistics.median(floor))} {unit}", f"{ratio:.2f} times",
-                         f"{limit} times" if limit else "", limit is None or ratio <= limit))
+        medians = [f"{number(statistics.median(side))} {unit}" for side in (ours, floor)]
+        self._add(Figure(name, *medians, f"{ratio:.2f} times", f"{limit} times" if limit else "",
+                         limit is None or ratio <= limit))
+
+    def against_other(self, name, ours, other, unit):
+        self.ratio(f"{name}, beside the other build", ours, other, unit, AGAINST_LIMIT)
 
     def plain(self, name, text):
         self._add(Figure(name, text))
@@ -38,11 +42,12 @@ class Report:
         self._add(Figure(name, f"{value:.2f} {unit}", "", compared, f"{limit:.2f} {unit}", round(value, 2) <= limit))
 
     def leave_out(self, name, reason):
+        """What could not be measured counts as a limit that was missed."""
         self._left_out.append(f"left out: {name}: {reason}")
         say(self._left_out[-1])
 
     def close(self):
-        """Prints everything once more as one table; says whether every limit was kept."""
+        """Prints everything once more as one table; says whether all was measured and every limit kept."""
         rows = [("figure", "ours", "beside", "compared", "limit", "")]
         rows += [(f.name, f.ours, f.beside, f.compared, f.limit, "" if not f.limit else "kept" if f.kept else "MISSED")
                  for f in self._figures]
@@ -53,7 +58,7 @@ class Report:
             print("| " + " | ".join(cell.ljust(width) for cell, width in zip(row, widths)) + " |")
         for line in self._left_out:
             print(line)
-        return all(figure.kept for figure in self._figures)
+        return not self._left_out and all(figure.kept for figure in self._figures)
 
     def _add(self, figure):
         self._figures.append(figure)

@@ -14,6 +14,7 @@ import subprocess
 import sys
 import time
 
+import processes
 import session
 
 PERSON = 61001
@@ -25,8 +26,6 @@ SETTLE_SECONDS = 3
 def main():
     world = json.loads(sys.argv[1])
     folder = pathlib.Path(world["folder"])
-    if not os.path.exists("/run/udev/control"):
-        mount("/run")
     mount("/Library")
     FLAG.parent.mkdir(parents=True)
     FLAG.write_text("off")
@@ -166,11 +165,11 @@ def memory(world):
 
 def settled_pss(pid):
     time.sleep(SETTLE_SECONDS)
-    return session.mebibytes(pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text(), "Pss")
+    return processes.memory([pid])
 
 
 def idle(world, pads):
-    """Wake-ups and CPU with nothing to mute, with a pad muted, and, where there is a udevd, beside its other events."""
+    """Wake-ups and CPU with nothing to mute, with a pad muted, and beside udevd's other events."""
     taken = {}
     helper = Helper(world, pads.environment)
     time.sleep(SETTLE_SECONDS)
@@ -180,11 +179,10 @@ def idle(world, pads):
     time.sleep(SETTLE_SECONDS)
     taken["muted"] = session.measured_idle(helper.pid, world["idle"], foreign=False)
     helper.end()
-    if world["foreign"]:
-        helper = Helper(world)
-        time.sleep(SETTLE_SECONDS)
-        taken["idle with foreign events"] = session.measured_idle(helper.pid, world["idle"], foreign=True)
-        helper.end()
+    helper = Helper(world)
+    time.sleep(SETTLE_SECONDS)
+    taken["idle with foreign events"] = session.measured_idle(helper.pid, world["idle"], foreign=True)
+    helper.end()
     return taken
 
 

@@ -6,13 +6,15 @@ Prints one JSON object. The window is opened as a second start of the program do
 
 import json
 import pathlib
-import re
 import subprocess
 import sys
 import time
 
 from Xlib import X, display
 from Xlib.protocol import event
+
+import processes
+from tray_host import TrayHost
 
 PATIENCE_SECONDS = 20
 # Longer than the window process is kept after its last window.
@@ -21,33 +23,36 @@ TITLE = "BLE-kovra"
 
 
 def main():
-    program, openings, idle_seconds = sys.argv[1], int(sys.argv[2]), float(sys.argv[3])
+    task = json.loads(sys.argv[1])
+    with TrayHost(task["tray_host"]):
+        print(json.dumps(measured(task["program"], task["openings"], task["idle"])))
+
+
+def measured(program, openings, idle_seconds):
     screen = display.Display()
     resident = subprocess.Popen([program], stdout=subprocess.DEVNULL)
     time.sleep(3)
-    before = memory([resident.pid])
+    before = processes.memory([resident.pid])
     window = open_window(screen, program)
     time.sleep(3)
     pids = [resident.pid, *children(resident.pid)]
-    shown = memory(pids)
-    switches, cpu = wake_ups(pids), cpu_time(pids)
+    watch = processes.Watch(pids)
     time.sleep(idle_seconds)
-    result = {"before": before, "shown": shown, "processes_shown": len(pids),
-              "wakeups": (wake_ups(pids) - switches) / idle_seconds, "cpu": (cpu_time(pids) - cpu) / 1e6}
+    result = {"before": before, "wakeups": watch.wake_ups() / idle_seconds, "cpu": watch.cpu()}
     close_window(screen, window)
     time.sleep(1)
-    result["first"] = memory(pids)
+    result["first"] = processes.memory(pids)
     for _ in range(openings - 1):
         close_window(screen, open_window(screen, program))
     time.sleep(1)
     same = [resident.pid, *children(resident.pid)] == pids
-    result["last"] = memory(pids) if same else None
+    result["last"] = processes.memory(pids) if same else None
     time.sleep(GONE_SECONDS)
     result["processes_after"] = 1 + len(children(resident.pid))
-    result["after"] = memory([resident.pid])
-    print(json.dumps(result), flush=True)
+    result["after"] = processes.memory([resident.pid])
     resident.terminate()
     resident.wait()
+    return result
 
 
 def open_window(screen, program):
@@ -57,7 +62,8 @@ def open_window(screen, program):
 
 def close_window(screen, window):
     protocols, delete = screen.intern_atom("WM_PROTOCOLS"), screen.intern_atom("WM_DELETE_WINDOW")
-    window.send_event(event.ClientMessage(window=window, client_type=protocols, data=(32, [delete, X.CurrentTime, 0, 0, 0])))
+    data = 32, [delete, X.CurrentTime, 0, 0, 0]
+    window.send_event(event.ClientMessage(window=window, client_type=protocols, data=data))
     screen.sync()
     wait_for(lambda: shown_window(screen) is None, "the window to close")
 
@@ -84,21 +90,6 @@ def wait_for(condition, what):
 def children(pid):
     text = pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text()
     return sorted(int(child) for child in text.split())
-
-
-def memory(pids):
-    """Proportional memory of them all, in MiB."""
-    return sum(int(re.search(r"^Pss:\s+(\d+) kB", pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text(), re.M).group(1))
-               for pid in pids) / 1024
-
-
-def wake_ups(pids):
-    return sum(int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", thread.read_text(), re.M).group(1))
-               for pid in pids for thread in pathlib.Path(f"/proc/{pid}/task").glob("*/status"))
-
-
-def cpu_time(pids):
-    return sum(time.clock_gettime_ns((~pid << 3) | 2) for pid in pids)
 
 
 if __name__ == "__main__":

@@ -9,12 +9,14 @@ import ctypes
 import json
 import os
 import pathlib
-import re
 import select
 import socket
 import subprocess
 import sys
 import time
+
+import processes
+from tray_host import TrayHost
 
 FLAG_FOLDER = b"/Library/Application Support/ble-kovra"
 WATCHER = "org.kde.StatusNotifierWatcher"
@@ -25,20 +27,26 @@ NETLINK_KOBJECT_UEVENT, UDEV_GROUP = 15, 2
 
 
 def main():
-    program, floor, rounds, idle_seconds = sys.argv[1], sys.argv[2], int(sys.argv[3]), float(sys.argv[4])
-    flag = FlagWritten()
-    tray = TrayAsked() if floor else None
-    for _ in range(rounds):
-        report(kind="start", program="ours", **measured_start(program, flag))
-        if floor:
-            report(kind="start", program="floor", **measured_start(floor, tray))
-    if tray:
-        tray.close()
+    task = json.loads(sys.argv[1])
+    with TrayHost(task["tray_host"]):
+        starts(task["programs"], task["rounds"])
+        idling(task["programs"]["ours"], task["idle"])
 
-    started = Started(program, flag)
+
+def starts(programs, rounds):
+    flag, tray = FlagWritten(), TrayAsked()
+    bells = {name: tray if name == "floor" else flag for name in programs}
+    for _ in range(rounds):
+        for name, program in programs.items():
+            report(kind="start", program=name, **measured_start(program, bells[name]))
+    tray.close()
+
+
+def idling(program, seconds):
+    started = Started(program, FlagWritten())
     time.sleep(SETTLE_SECONDS)
-    report(kind="idle", **measured_idle(started.pid, idle_seconds, foreign=False))
-    report(kind="idle", **measured_idle(started.pid, idle_seconds, foreign=True))
+    for foreign in (False, True):
+        report(kind="idle", **measured_idle(started.pid, seconds, foreign))
     started.end()
 
 
@@ -85,7 +93,7 @@ class Started:
         # The shell waits to be told, so that its own start does not count.
         self._process = subprocess.Popen(["/bin/sh", "-c", 'read -r go && exec "$0"', program], stdin=subprocess.PIPE)
         time.sleep(0.2)
-        self._before = cpu_clock(self.pid)
+        self._before = processes.cpu_time(self.pid)
         self._process.stdin.write(b"go\n")
         self._process.stdin.flush()
         deadline = time.monotonic() + PATIENCE_SECONDS
@@ -101,37 +109,28 @@ class Started:
         return self._process.pid
 
     def cpu_so_far(self):
-        return cpu_clock(self.pid) - self._before
+        return processes.cpu_time(self.pid) - self._before
 
     def end(self):
         self._process.terminate()
         self._process.wait()
 
 
-def cpu_clock(pid):
-    return time.clock_gettime_ns((~pid << 3) | 2)  # the clock of that process's CPU time
-
-
 def measured_start(program, bell):
     started = Started(program, bell)
     time.sleep(SETTLE_SECONDS)
-    memory = pathlib.Path(f"/proc/{started.pid}/smaps_rollup").read_text()
     result = {"cpu": started.cpu / 1e6, "rest": started.cpu_so_far() / 1e6,
-              "pss": mebibytes(memory, "Pss"), "dirty": mebibytes(memory, "Private_Dirty")}
+              "pss": processes.memory([started.pid]),
+              "dirty": processes.memory([started.pid], "Private_Dirty")}
     started.end()
     return result
-
-
-def mebibytes(memory, name):
-    return int(re.search(rf"^{name}:\s+(\d+) kB", memory, re.M).group(1)) / 1024
 
 
 def measured_idle(pid, seconds, foreign):
     udev_events = socket.socket(socket.AF_NETLINK, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK, NETLINK_KOBJECT_UEVENT)
     udev_events.bind((0, UDEV_GROUP))
     misc = next(pathlib.Path("/sys/class/misc").glob("*/uevent")) if foreign else None
-    switches, cpu, heard = wake_ups(pid), cpu_clock(pid), 0
-    begin = time.monotonic()
+    watch, heard, begin = processes.Watch([pid]), 0, time.monotonic()
     while (past := time.monotonic() - begin) < seconds:
         if misc:
             misc.write_text("change")
@@ -139,8 +138,7 @@ def measured_idle(pid, seconds, foreign):
         heard += drained(udev_events)
     if misc and heard == 0:
         sys.exit("session: udevd told of no foreign event")
-    return {"seconds": past, "foreign": heard / past, "wakeups": (wake_ups(pid) - switches) / past,
-            "cpu": (cpu_clock(pid) - cpu) / 1e6}
+    return {"seconds": past, "foreign": heard / past, "wakeups": watch.wake_ups() / past, "cpu": watch.cpu()}
 
 
 def drained(events):
@@ -150,12 +148,6 @@ def drained(events):
             count += 1
     except BlockingIOError:
         return count
-
-
-def wake_ups(pid):
-    threads = pathlib.Path(f"/proc/{pid}/task").glob("*/status")
-    return sum(int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", thread.read_text(), re.M).group(1))
-               for thread in threads)
 
 
 if __name__ == "__main__":

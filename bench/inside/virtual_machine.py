@@ -20,28 +20,25 @@ def play(host, task):
     world = World(host, task["binary"], task["modules"])
     world.prepare()
     world.start(selected=[KEY])
-    listener = None
-    if task["floor"]:
-        open(LISTENER_FILE, "w").close()
-        listener = Lines(task["floor"], "listen-udev", LISTENER_FILE)
-    watched = [flag.STATE] + ([LISTENER_FILE] if listener else [])
-    watcher = Lines(task["watcher"], *watched)
+    open(LISTENER_FILE, "w").close()
+    listener = Lines(task["floor"], LISTENER_FILE)
+    watcher = Lines(task["watcher"], flag.STATE, LISTENER_FILE)
     check(watcher.next() == ["watching"], "the watcher did not start")
     for _ in range(task["plugs"]):
         mouse = world.plug(NAME)
-        on = writes(watcher, len(watched))
-        host.report("plugged", ours=on[OURS] - mouse.added, floor=listener and on[LISTENER] - mouse.added)
+        on = writes(watcher)
+        host.report("plugged", ours=on[OURS] - mouse.added, floor=on[LISTENER] - mouse.added)
         # Two seconds until "off", in which udevd comes to rest as well.
         mouse.unplug()
-        writes(watcher, len(watched))
-    for process in filter(None, [watcher, listener]):
+        writes(watcher)
+    for process in (watcher, listener):
         process.end()
 
 
-def writes(watcher, count):
+def writes(watcher):
     """The moment of the next write of each file."""
     moments = {}
-    while len(moments) < count:
+    while len(moments) < 2:
         name, moment = watcher.next()
         check(name not in moments, "a file was written twice")
         moments[name] = float(moment)

@@ -1,7 +1,7 @@
-"""One change of the flag: the median of 300 after a short sleep each, beside the fewest calls that do it in place."""
+"""One change of the flag: the median of 300 after a short sleep each, beside the fewest calls that do it in place: in a
+process that does nothing else, and in the same process as ours."""
 
 import os
-import re
 import subprocess
 import tempfile
 
@@ -9,21 +9,21 @@ from figures import say
 
 
 def run(report, tools, rounds):
-    ours, bare, floor = [], [], []
+    taken = {"ours": [], "bare": [], "floor": [], "other": []}
     with tempfile.TemporaryDirectory(prefix="kovra-bench-") as folder:
         kind = subprocess.run(["findmnt", "-n", "-o", "FSTYPE", "-T", folder], capture_output=True, text=True)
         where = f"flag write on {kind.stdout.strip() or 'an unknown file system'}"
         for number in range(rounds):
             say(f"{where}, round {number + 1} of {rounds}")
-            for entry in tools.benchmark("^flag_write/", folder=folder):
-                (ours if "/ours" in entry["name"] else bare).append(entry["median_us"])
-            if tools.floors:
-                floor.append(_floor(tools, os.path.join(folder, "flag")))
-    report.ratio(where, ours, floor, "µs", 1.5)
-    report.ratio(f"{where}, same process", ours, bare, "µs", 1.5)
-
-
-def _floor(tools, flag):
-    command = [tools.floors / "event-flag", "pair", flag, "1500"]
-    output = subprocess.run(command, capture_output=True, text=True, check=True).stdout
-    return float(re.search(r"open-in-place.*\twrite ([\d.]+)", output).group(1))
+            for entry in tools.own.benchmark("^flag_write/", folder=folder):
+                taken["ours" if "/ours" in entry["name"] else "bare"].append(entry["median_us"])
+            floor = subprocess.run([tools.floors / "flag-write", os.path.join(folder, "flag")], stdout=subprocess.PIPE,
+                                   text=True, check=True)
+            taken["floor"].append(float(floor.stdout))
+            if tools.other:
+                [entry] = tools.other.benchmark("^flag_write/ours", folder=folder)
+                taken["other"].append(entry["median_us"])
+    report.ratio(where, taken["ours"], taken["floor"], "µs", 1.5)
+    report.ratio(f"{where}, same process", taken["ours"], taken["bare"], "µs", 1.5)
+    if tools.other:
+        report.against_other(where, taken["ours"], taken["other"], "µs")

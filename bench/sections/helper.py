@@ -1,20 +1,17 @@
-"""The privileged helper: from the flag to the muted pad, what it takes of memory, and what it costs while nothing happens.
+"""The privileged helper: from the flag to the muted pad, its memory, and what it costs while nothing happens.
 
 The daemon itself, in private mounts, with pads that are files in memory and a person who is nobody's.
 """
 
 import json
-import os
 import pathlib
-import shlex
 import statistics
 import subprocess
-import sys
 import tempfile
 
+import private
 from figures import say
 
-INSIDE = pathlib.Path(__file__).resolve().parents[1] / "inside" / "laptop.py"
 MOUNT_POINT = pathlib.Path("/Library")
 # Debian's smallest daemons that do a comparable job; fetched, and started from where they are unpacked.
 PEERS = {"acpid": ["usr/sbin/acpid", "-f", "-c", "etc/acpi/events", "-s", "/run/acpid.socket"],
@@ -22,9 +19,7 @@ PEERS = {"acpid": ["usr/sbin/acpid", "-f", "-c", "etc/acpi/events", "-s", "/run/
 
 
 def run(report, tools, changes, idle_seconds):
-    if os.getuid() != 0:
-        report.leave_out("the helper", "private mounts need root")
-        return
+    private.need_root()
     with tempfile.TemporaryDirectory(prefix="kovra-bench-", dir="/dev/shm") as folder:
         results = measured(tools, folder, changes, idle_seconds, fetched(folder, report))
     for word, moments in [("on", "muted"), ("off", "given back")]:
@@ -41,26 +36,19 @@ def run(report, tools, changes, idle_seconds):
     for name, idle in results["idle"].items():
         report.at_most(f"{name} for {idle_seconds:.0f} s: wake-ups", idle["wakeups"], 0, "a second")
         report.at_most(f"{name} for {idle_seconds:.0f} s: CPU", idle["cpu"], 0, "ms")
-    if not tools.measure:
-        report.leave_out("the helper with foreign events", "--measure is not given")
 
 
 def measured(tools, folder, changes, idle_seconds, peers):
     world = json.dumps({"daemon": str(tools.helper), "watcher": str(tools.watcher), "folder": folder,
-                        "changes": changes, "idle": idle_seconds, "foreign": bool(tools.measure), "peers": peers})
-    command = ["unshare", "--mount", "--propagation", "private", sys.executable, INSIDE, world]
-    if tools.measure:
-        command = [tools.measure / "floors" / "with-udevd", *command]
+                        "changes": changes, "idle": idle_seconds, "peers": peers})
     is_made = not MOUNT_POINT.exists()
     MOUNT_POINT.mkdir(exist_ok=True)
     try:
-        done = subprocess.run(command, stdout=subprocess.PIPE, text=True)
+        [found] = private.beside_udevd(*private.PYTHON, private.INSIDE / "laptop.py", world)
+        return found
     finally:
         if is_made:
             MOUNT_POINT.rmdir()
-    if done.returncode != 0:
-        raise RuntimeError("the helper could not be measured: " + shlex.join(map(str, command)))
-    return json.loads(done.stdout)
 
 
 def fetched(folder, report):

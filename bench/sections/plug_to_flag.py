@@ -6,16 +6,15 @@ import machine_plugs
 
 
 def run(report, tools, plugs):
-    task = {"binary": str(tools.program), "watcher": str(tools.watcher),
-            "floor": str(tools.floors / "event-flag") if tools.floors else None}
+    task = {"binary": str(tools.own.program), "watcher": str(tools.watcher), "floor": str(tools.floors / "listener")}
     samples = machine_plugs.take(plugs, task)
-    ours = [sample["ours"] * 1e3 for sample in samples]
-    report.plain("plug to flag in the virtual machine, median", f"{statistics.median(ours):.1f} ms")
-    if not tools.floors:
-        report.leave_out("the bare listener", "--floors is not given")
-        return
+    report.plain("plug to flag in the virtual machine, median", f"{median(samples, 'ours'):.1f} ms")
     later = [(sample["ours"] - sample["floor"]) * 1e3 for sample in samples]
-    beside = f"the listener took {statistics.median(sample['floor'] for sample in samples) * 1e3:.1f} ms"
-    report.at_most("plug to flag, later than the listener, median", statistics.median(later), 3, "ms", beside)
+    report.at_most("plug to flag, later than the listener, median", statistics.median(later), 3, "ms",
+                   f"the listener took {median(samples, 'floor'):.1f} ms")
     report.at_most("plug to flag, later than the listener, 90th percentile",
                    statistics.quantiles(later, n=10)[-1], 15, "ms")
+
+
+def median(samples, whose):
+    return statistics.median(sample[whose] for sample in samples) * 1e3

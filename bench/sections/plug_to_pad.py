@@ -1,4 +1,4 @@
-"""Plug to dead touchpad, and removal to living one, on the virtual laptop of the system tests with the packages installed."""
+"""Plug to dead touchpad, and removal to living one, on the virtual laptop of the system tests."""
 
 import statistics
 

@@ -1,74 +1,51 @@
-"""From the start to the icon in the tray, and what showing it costs, beside the floors and beside other tray programs.
+"""From the start to the icon in the tray, and what showing it costs, beside the floors, in a private session."""
 
-Everything runs in a private session with a tray host: a udevd, a display and buses of its own, and the flag's folder in a
-private mount.
-"""
+import statistics
 
-import json
-import os
-import subprocess
-import tempfile
+import private
+
+FLOORS = ("item", "toolkit-program")
 
 
 def run(report, tools, rounds, idle_seconds):
-    if not can_run(report, tools, "the tray beside its floors"):
-        return
-    measured = measure(tools, "tray-cost", ["-n", rounds, "-m", 2, "--idle", idle_seconds],
-                       [f"ours={tools.program}", f"full={tools.floors / 'sni-full'}", f"qt={tools.floors / 'qt-full'}"])
-    taken = measured["rounds"]
-
-    def ratio(name, key, unit, beside, limit):
-        pairs = [(ours[key], theirs[key]) for ours, theirs in zip(taken["ours"], taken[beside])
-                 if key in ours and key in theirs]
-        report.ratio(name, [ours for ours, _ in pairs], [theirs for _, theirs in pairs], unit, limit)
-
-    ratio("CPU to the icon, beside sni-full", "cpu", "ms", "full", 2)
-    ratio("time to the icon, beside sni-full", "icon", "ms", "full", 2.5)
-    ratio("CPU to the icon, beside qt-full", "cpu", "ms", "qt", 0.35)
-    ratio("time to the icon, beside qt-full", "icon", "ms", "qt", 0.35)
-    ratio("PSS with the icon, beside sni-full", "pss", "MiB", "full", 3)
-    ratio("private dirty memory with the icon, beside sni-full", "dirty", "MiB", "full", 2.5)
-    ours = measured["medians"]["ours"]
-    report.at_most("processes", ours["prc"], 1, "")
-    report.at_most("threads", ours["thr"], 1, "")
-    report.at_most(f"idle for {idle_seconds:.0f} s with the icon shown: wake-ups", ours["wake"], 0, "a second")
-    report.at_most(f"idle for {idle_seconds:.0f} s with the icon shown: CPU", ours["idle"], 0, "ms")
+    taken = measure(tools, {name: [tools.floors / name] for name in FLOORS}, rounds, idle_seconds)
+    for name, key, unit, beside, limit in [
+            ("CPU to the icon", "cpu", "ms", "item", 2),
+            ("time to the icon", "icon", "ms", "item", 2.5),
+            ("CPU to the icon", "cpu", "ms", "toolkit-program", 0.35),
+            ("time to the icon", "icon", "ms", "toolkit-program", 0.35),
+            ("PSS with the icon", "pss", "MiB", "item", 3),
+            ("private dirty memory with the icon", "dirty", "MiB", "item", 2.5)]:
+        report.ratio(f"{name}, beside floors/{beside}", *pairs(taken, key, "ours", beside), unit, limit)
+        if tools.other and beside == "item":
+            report.against_other(name, *pairs(taken, key, "ours", "other"), unit)
+    idle = f"idle for {idle_seconds:.0f} s with the icon shown"
+    for name, key, limit, unit in [("processes", "processes", 1, ""), ("threads", "threads", 1, ""),
+                                   (f"{idle}: wake-ups", "wakeups", 0, "a second"), (f"{idle}: CPU", "idle", 0, "ms")]:
+        report.at_most(name, median(taken["ours"], key), limit, unit)
 
 
-def run_peers(report, tools, rounds):
-    if not can_run(report, tools, "the tray beside other programs"):
-        return
-    measured = measure(tools, "tray-peers", ["-n", rounds], [f"ours={tools.program}"])
+def measure(tools, beside, rounds, idle_seconds, opened=None):
+    """What each round gave, of ours, of the other build, and of these commands."""
+    measured = cost(tools, beside, "tray_cost.py", rounds=rounds, deep=2, idle=idle_seconds, open=opened)
     for name, reason in measured["failed"].items():
-        report.leave_out(name, reason)
-    ours = measured["medians"].pop("ours")
-    peers = measured["medians"]
-    report.plain("other tray programs that showed an icon", str(len(peers)))
-    for what, key, unit, limit in [("CPU to the icon", "cpu", "ms", 0.5), ("PSS", "pss", "MiB", 1),
-                                   ("private dirty memory", "dirty", "MiB", 1)]:
-        best = min(peers, key=lambda name: peers[name][key])
-        report.ratio(f"{what}, beside the least of them ({best})", [ours[key]], [peers[best][key]], unit, limit)
-    best = min(peers, key=lambda name: peers[name]["wake"])
-    report.at_most(f"wake-ups, beside the least of them ({best})", ours["wake"], peers[best]["wake"], "a second")
+        raise private.CannotRun(f"{name}: {reason}")
+    return measured["rounds"]
 
 
-def can_run(report, tools, what):
-    if not tools.measure or not tools.floors:
-        report.leave_out(what, "--floors or --measure is not given")
-    elif os.getuid() != 0:
-        report.leave_out(what, "private mounts need root")
-    else:
-        return True
-    return False
+def cost(tools, beside, script, layer=None, **task):
+    programs = {name: [str(build.program)] for name, build in tools.builds().items()}
+    programs |= {name: [str(word) for word in command] for name, command in beside.items()}
+    task |= {"programs": programs, "calm": tools.calm, "tray_host": str(tools.tray_host),
+             "start_when_told": str(tools.start_when_told)}
+    return private.run_script(script, task, layer)[-1]
 
 
-def measure(tools, instrument, options, programs):
-    """Runs an instrument on the programs, in turns; returns its own account."""
-    with tempfile.NamedTemporaryFile(suffix=".json") as account:
-        command = [tools.measure / "floors" / "with-udevd", tools.measure / "with-driver", tools.measure / instrument,
-                   *options, "--json", account.name, *programs]
-        status = subprocess.run([str(word) for word in command]).returncode
-        text = account.read()
-    if not text:
-        raise RuntimeError(f"{instrument} ended with {status} and no figures")
-    return json.loads(text)
+def pairs(taken, key, one, other):
+    """The figures of both, of the rounds in which it was taken."""
+    both = [(a[key], b[key]) for a, b in zip(taken[one], taken[other], strict=True) if key in a and key in b]
+    return [a for a, _ in both], [b for _, b in both]
+
+
+def median(rounds, key):
+    return statistics.median(taken[key] for taken in rounds if key in taken)

@@ -1,0 +1,45 @@
+#!/usr/bin/python3
+"""Inside a private session: what other programs in the tray cost, with what they need to show an icon at all: a
+battery, and somebody on the bus in the place of BlueZ, UDisks and the notifications."""
+
+import json
+import pathlib
+import subprocess
+import sys
+
+from tray_cost import measure
+
+POWER = pathlib.Path("/sys/class/power_supply")
+BATTERY = {"type": "Battery", "present": 1, "status": "Discharging", "energy_full_design": 50000000,
+           "energy_full": 45000000, "energy_now": 30000000, "power_now": 9000000, "voltage_now": 11400000,
+           "capacity": 66, "scope": "System"}
+UDISKS = ["org.freedesktop.UDisks2", "/org/freedesktop/UDisks2", "org.freedesktop.UDisks2"]
+
+
+def main():
+    put_in_battery()
+    stand_in("--system", "org.bluez", "--template", "bluez5")
+    stand_in("--session", "org.freedesktop.Notifications", "--template", "notification_daemon")
+    stand_in("--system", UDISKS[0], "--is-object-manager", *UDISKS)
+    subprocess.run(["gdbus", "call", "--system", "--dest", UDISKS[0], "--object-path", UDISKS[1], "--method",
+                    "org.freedesktop.DBus.Mock.AddObject", f"{UDISKS[1]}/Manager", f"{UDISKS[2]}.Manager",
+                    "{'Version': <'2.9.4'>}", "[]"], stdout=subprocess.DEVNULL, check=True)
+    print(json.dumps(measure(json.loads(sys.argv[1]))))
+
+
+def put_in_battery():
+    subprocess.run(["mount", "-t", "tmpfs", "none", POWER], check=True)
+    battery = POWER / "BAT0"
+    battery.mkdir()
+    for name, value in BATTERY.items():
+        (battery / name).write_text(f"{value}\n")
+
+
+def stand_in(bus, name, *what):
+    subprocess.Popen([sys.executable, "-m", "dbusmock", bus, *what], stdin=subprocess.DEVNULL,
+                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    subprocess.run(["gdbus", "wait", bus, "--timeout", "20", name], check=True)
+
+
+if __name__ == "__main__":
+    main()
