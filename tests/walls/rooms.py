@@ -240,8 +240,15 @@ TESTS = (
          with_google_test(anything)),
 )  # fmt: skip
 
+# The benchmarks may call everything. What they compare with, and what they measure with, shares no code with it.
+BENCHMARKS = (
+    Room("bench", everything_in("BLE_kovra", "tests/fakes", "bench"), anything),
+    Room("bench/floors", (r"bench/DeviceNames\.h",), anything),
+    Room("bench/instruments", (), any_but_qt),
+)
+
 # The roots come before the rooms that share their folders.
-ROOMS = (*ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS)
+ROOMS = (*ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS)
 
 # Headers that pass on their includes: what they include counts as included by the file that includes them.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")

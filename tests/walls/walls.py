@@ -12,7 +12,7 @@ from pathlib import Path
 
 from rooms import TRANSPARENT, room_of
 
-SOURCE_FOLDERS = ("BLE_kovra", "helper", "packaging", "tests")
+SOURCE_FOLDERS = ("BLE_kovra", "bench", "helper", "packaging", "tests")
 SOURCES = {".c", ".cc", ".cpp", ".h", ".hpp", ".m", ".mm"}
 
 TOKENS = re.compile(
