@@ -20,7 +20,7 @@ def installed(built, name):
 def install(built):
     root, _ = installed(built, "install")
     flag = root.path / FLAG
-    check(flag.read_text() == "off", f"the flag says {flag.read_text()!r}")
+    check(flag.read_text() == "off", f"the flag is {flag.read_text()!r}")
     for path in (flag, *list(flag.parents)[:3]):
         found = path.lstat()
         check((found.st_uid, found.st_gid) == (0, 0), f"{path} belongs to {found.st_uid}")

@@ -1,7 +1,7 @@
 """The tool that lists the driver and the program that activates it.
 
-They run as in the package, but with substitutes for the machine: the first folder of $PATH, the folder that shows that
-systemd runs, and the list of processes belong to the test.
+They run as in the package, but with substitutes for the machine. The test provides the first folder of $PATH, the
+folder that shows that systemd runs, and the list of processes.
 """
 
 import os

@@ -102,7 +102,7 @@ class Tree:
             yield "the name of an included header is written out, in quotes or angle brackets"
         elif quote == "<":
             if header in self.directives:
-                yield f'a header of the project stands in quotes: "{header}"'
+                yield f'write a header of the project in quotes: "{header}"'
             elif not room.library(header):
                 yield f"{room.folder} may not include <{header}>"
         elif header not in self.directives:

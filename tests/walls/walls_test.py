@@ -1,4 +1,4 @@
-"""Breaks every wall once in a small made-up tree, to show that the check can fail."""
+"""Breaks every wall once in a small artificial tree, to show that the check can fail."""
 
 import subprocess
 import sys

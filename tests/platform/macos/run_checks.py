@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Checks the macOS layer on a machine that is not a Mac.
 
-It compiles every source for both processors against the declarations beside this file, links them against the symbols
-in exports.txt, and checks the resulting bundle. It compiles the Objective-C++ sources again, against GNUstep's headers.
-It also builds and runs the tests of the logic with clang.
+It compiles every source for both processors against the declarations beside this file. It links them against the
+symbols in exports.txt, and checks the resulting bundle. It compiles the Objective-C++ sources again, against GNUstep's
+headers. It also builds and runs the tests of the logic with clang.
 
   run_checks.py            runs all checks
   run_checks.py --whole    prints the compiler's whole output for a failed check

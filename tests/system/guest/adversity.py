@@ -22,7 +22,7 @@ def churn(count, name, keep_last=False):
         made = [uhid.UHID(name, 0x1234, 0x5678, descriptor=uhid.VENDOR_PAGE, uniq=f"crowd-{start + i}")
                 for i in range(min(batch, count - start))]
         for device in made:
-            check(device.wait_started(), "the kernel did not start a made-up device")
+            check(device.wait_started(), "the kernel did not start a virtual device")
         if keep_last and start + batch >= count:
             kept = made.pop()
         for device in made:

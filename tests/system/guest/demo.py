@@ -45,7 +45,7 @@ def plug_a_stranger(world, timeline):
     timeline.row(mouse.added, "a USB mouse is plugged in")
     world.settle()
     world.expect_quiet_until(now() + 1.0)
-    timeline.row(now(), "nothing happens: it is not a chosen one")
+    timeline.row(now(), "nothing happens: it is not chosen")
     return mouse
 
 
@@ -56,7 +56,7 @@ def choose_it(world, timeline):
     timeline.row(since, "it is chosen, and BLE-kovra started again")
     running = world.start(selected=[USB_MOUSE])
     on = world.flag.wait_write("on", since)
-    timeline.row(on.time, "the chosen mouse is there: the trackpad is muted")
+    timeline.row(on.time, "the chosen mouse is connected: the trackpad is muted")
     return running
 
 
@@ -85,7 +85,7 @@ def drop_out(world, timeline):
 def quit_muted(world, timeline, running):
     since = now()
     running.send(signal.SIGTERM)
-    timeline.row(since, "BLE-kovra is told to quit, the mouse still there")
+    timeline.row(since, "BLE-kovra gets SIGTERM, the mouse still connected")
     off = world.flag.wait_write("off", since)
     timeline.row(off.time, "it leaves the trackpad working", since=since)
     running.wait_exit()

@@ -1,7 +1,7 @@
 """The kernel's events of HID devices with their exact times, and the times at which udevd passed them on.
 
-The events are received through netlink. Their times come from a probe in the kernel, at the function that sends them: a
-listener on a busy machine may be tens of milliseconds late.
+The events are received through netlink. Their times come from a probe in the kernel, at the function that sends them.
+A listener on a busy machine may be tens of milliseconds late.
 """
 
 import collections

@@ -1,4 +1,4 @@
-"""Checks the ground of the other scenarios: the machine behaves like a laptop."""
+"""Checks what the other scenarios rely on: the machine behaves like a laptop."""
 
 import os
 import subprocess

@@ -30,7 +30,7 @@ void notifyOfEnd() {
 
 [[noreturn]] void notifyOfEndAndAbort() {
     if (![NSThread isMainThread]) {
-        // This is a thread of the system. The delegate belongs to the main thread, so that one goes first; it may hang.
+        // This is a thread of the system. The delegate belongs to the main thread, which gets a chance first.
         constexpr unsigned timeout = 1;  // seconds
         mainQueue->async([] { notifyOfEndAndAbort(); });
         sleep(timeout);

@@ -8,7 +8,7 @@ class MainQueue;
 class Workspace;
 
 // Windows on AppKit. After the user has used a control, the window shows its content again, so that the control shows
-// the stored value. This happens after the blocks that the control has queued.
+// the value of the content. This happens after the blocks that the control has queued.
 class AppKitWindowHost : public WindowHost {
   public:
     AppKitWindowHost(MainQueue& queue, Workspace& workspace) : queue_(queue), workspace_(workspace) {}

@@ -26,8 +26,8 @@ struct Surroundings {
     std::optional<double> width;  // of the enclosing column
 };
 
-// The AppKit counterpart of one view and its modifiers. It is kept while the same place of the tree holds a view of the
-// same kind with the same modifiers and id, and changes only what differs.
+// The AppKit counterpart of one view and its modifiers. An update changes only what differs. The counterpart is kept
+// while its place in the tree holds a view of the same kind, modifiers and id.
 class RealisedView {
   public:
     explicit RealisedView(const ViewSite& site) : site_(site) {}

@@ -36,7 +36,7 @@ struct kevent {
 
 int kqueue(void);
 int kevent(int queue, const struct kevent* changes, int change_count, struct kevent* events, int event_count,
-           const struct timespec* patience);
+           const struct timespec* timeout);
 
 #ifdef __cplusplus
 }
