@@ -57,16 +57,14 @@ void AppDelegate::applicationDidFinishLaunching() {
     monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
         const auto self = weak.lock();
         if (!self) return;
-        self->enqueue([list = std::move(devices)](AppDelegate& delegate) mutable {
-            delegate.state_.devices.set(std::move(list));
-        });
+        self->enqueue([list = std::move(devices)](AppState& state) mutable { state.devices.set(std::move(list)); });
     };
     monitor_->start();
 
     // 4. to 6. The choices. Nothing is saved for the values that were loaded.
-    cancellables_.push_back(onChange(state_.selectedIDs, &AppDelegate::saveSelected));
-    cancellables_.push_back(onChange(state_.isEnabled, &AppDelegate::saveEnabled));
-    cancellables_.push_back(onChange(state_.mode, &AppDelegate::saveMode));
+    saveOnChange(state_.selectedIDs, [](AppState& state) { state.saveSelected(); });
+    saveOnChange(state_.isEnabled, [](AppState& state) { state.defaults.set(state.kEnabled, state.isEnabled.get()); });
+    saveOnChange(state_.mode, [](AppState& state) { state.saveMode(); });
 
     // 7. The hot key.
     hotkey_.onTrigger = hotKeyHandler();
@@ -85,7 +83,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 void AppDelegate::applicationDidReopen() { openSettings(); }
 
 void AppDelegate::applicationDidResume() {
-    enqueue([](AppDelegate&) {});
+    enqueue([](AppState&) {});
 }
 
 void AppDelegate::applicationWillTerminate() {
@@ -119,24 +117,22 @@ std::function<void()> AppDelegate::hotKeyHandler() {
 
 void AppDelegate::setupStatusItem() {
     statusItem_ = platform_.statusBar.statusItem(StatusBar::variableLength);
-    StatusItem& item = requireStatusItem();
-    if (StatusBarButton* button = item.button()) showIcon(*button, false);
-    StatusMenuActions actions;
-    actions.toggleEnabled = action(&AppDelegate::toggleEnabled);
-    actions.openSettings = action(&AppDelegate::openSettings);
-    actions.toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin);
-    actions.activateDriver = action(&AppDelegate::activateDriver);
-    actions.showAbout = action(&AppDelegate::showAbout);
-    actions.quit = action(&AppDelegate::quit);
-    Menu menu = makeStatusMenu(texts_, actions, checkMark(state_.isEnabled.get()), launchAtLoginState());
-    item.setMenu(std::move(menu));
+    showIcon(false);
+    const StatusMenuActions actions{.toggleEnabled = action(&AppDelegate::toggleEnabled),
+                                    .openSettings = action(&AppDelegate::openSettings),
+                                    .toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin),
+                                    .activateDriver = action(&AppDelegate::activateDriver),
+                                    .showAbout = action(&AppDelegate::showAbout),
+                                    .quit = action(&AppDelegate::quit)};
+    requireStatusItem().setMenu(
+        makeStatusMenu(texts_, actions, checkMark(state_.isEnabled.get()), launchAtLoginState()));
 }
 
 void AppDelegate::refreshUI() {
     StatusItem& item = requireStatusItem();
     item.setState(StatusMenuTag::enabled, checkMark(state_.isEnabled.get()));
     item.setState(StatusMenuTag::launchAtLogin, launchAtLoginState());
-    if (StatusBarButton* button = item.button()) showIcon(*button, state_.blocking.get());
+    showIcon(state_.blocking.get());
 }
 
 void AppDelegate::toggleEnabled() { state_.isEnabled.set(!state_.isEnabled.get()); }
@@ -164,20 +160,20 @@ void AppDelegate::showAbout() {
 
 void AppDelegate::quit() { platform_.application.terminate(); }
 
-void AppDelegate::enqueue(std::function<void(AppDelegate&)> work) {
+void AppDelegate::enqueue(Work work) {
     platform_.mainQueue.async([weak = weak_from_this(), work = std::move(work)] {
-        if (const auto self = weak.lock()) work(*self);
+        if (const auto self = weak.lock()) work(self->state_);
         // Looked up again: the work may have dropped the last owner, and then there is nothing left to decide.
         if (const auto self = weak.lock()) self->evaluate();
     });
 }
 
 template <typename T>
-Subscription AppDelegate::onChange(Published<T>& property, void (AppDelegate::*work)()) {
-    const auto handler = [weak = weak_from_this(), work](const T&) {
-        if (const auto self = weak.lock()) self->enqueue([work](AppDelegate& delegate) { (delegate.*work)(); });
+void AppDelegate::saveOnChange(Published<T>& property, Work save) {
+    const auto handler = [weak = weak_from_this(), save = std::move(save)](const T&) {
+        if (const auto self = weak.lock()) self->enqueue(save);
     };
-    return property.subscribe(handler, CurrentValue::drop);
+    cancellables_.push_back(property.subscribe(handler, CurrentValue::drop));
 }
 
 std::function<void()> AppDelegate::action(void (AppDelegate::*work)()) {
@@ -190,21 +186,17 @@ MenuItemState AppDelegate::launchAtLoginState() const {
     return checkMark(platform_.loginService.status() == LoginStatus::enabled);
 }
 
-void AppDelegate::showIcon(StatusBarButton& button, bool muted) const {
-    button.setImage(makeIcon(muted));
-    if (button.hasImage()) button.setImageIsTemplate(true);
-    button.setToolTip(texts_.text(muted ? "status.blocked" : "status.active"));
+void AppDelegate::showIcon(bool muted) const {
+    StatusBarButton* button = requireStatusItem().button();
+    if (button == nullptr) return;
+    button->setImage(makeIcon(muted));
+    if (button->hasImage()) button->setImageIsTemplate(true);
+    button->setToolTip(texts_.text(muted ? "status.blocked" : "status.active"));
 }
 
 StatusItem& AppDelegate::requireStatusItem() const {
     if (!statusItem_) std::abort();
     return *statusItem_;
 }
-
-void AppDelegate::saveSelected() { state_.saveSelected(); }
-
-void AppDelegate::saveEnabled() { state_.defaults.set(state_.kEnabled, state_.isEnabled.get()); }
-
-void AppDelegate::saveMode() { state_.saveMode(); }
 
 }  // namespace kovra

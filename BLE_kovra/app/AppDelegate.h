@@ -16,7 +16,6 @@ class HelperController;
 class HIDMonitor;
 class L10n;
 class SettingsWindow;
-class StatusBarButton;
 class StatusItem;
 struct Platform;
 
@@ -64,16 +63,13 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     AppDelegate(const Platform& platform, AppState& state, HelperController& helper, GlobalHotkey& hotkey,
                 const L10n& texts);
 
-    // Queues `work` followed by evaluate(); neither happens if the delegate is gone by then, nor does evaluate() if it
-    // goes during the work.
-    void enqueue(std::function<void(AppDelegate&)> work);
-    // A subscriber that ignores the value announced and queues `work`.
-    template <typename T>
-    [[nodiscard]] Subscription onChange(Published<T>& property, void (AppDelegate::*work)());
+    using Work = std::function<void(AppState&)>;
 
-    void saveSelected();
-    void saveEnabled();
-    void saveMode();
+    // Queues `work` and then evaluate(). Each is skipped if the delegate has been destroyed by then.
+    void enqueue(Work work);
+    // Queues `save` at each change of the property, ignoring the announced value.
+    template <typename T>
+    void saveOnChange(Published<T>& property, Work save);
 
     // What a press of the hot key does: flips the switch and beeps, one queue turn later. The flip is saved and decided
     // on like any other. Outlives the delegate; then it only beeps.
@@ -81,7 +77,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     // A menu action: `work` on the delegate, if there still is one.
     std::function<void()> action(void (AppDelegate::*work)());
     MenuItemState launchAtLoginState() const;
-    void showIcon(StatusBarButton& button, bool muted) const;
+    void showIcon(bool muted) const;
     // Stops the process where there is none.
     StatusItem& requireStatusItem() const;
 

@@ -18,6 +18,6 @@ void BLE_kovraApp::main(const Platform& platform) {
     platform.application.run(*app.appDelegate_);
 }
 
-const char* BLE_kovraApp::flagFile() { return HelperController::standardStateFile; }
+const char* BLE_kovraApp::flagFile() { return HelperController::stateFile; }
 
 }  // namespace kovra

@@ -1,15 +1,10 @@
 #include "BLE_kovra/core/HelperController.h"
 
-#include <utility>
-
 #include "BLE_kovra/platform/FileSystem.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "BLE_kovra/platform/SystemLog.h"
 
 namespace kovra {
-
-HelperController::HelperController(FileSystem& files, SystemLog& log, std::string stateFile)
-    : files_(files), log_(log), stateFile_(std::move(stateFile)) {}
 
 HelperController& HelperController::shared() {
     static HelperController instance(Platform::current().fileSystem, Platform::current().log);
@@ -19,7 +14,7 @@ HelperController& HelperController::shared() {
 void HelperController::set(bool on) {
     const std::string text = on ? "on" : "off";
     if (lastWritten_ == text) return;
-    if (const Outcome written = files_.writeWholeFile(stateFile_, text)) {
+    if (const Outcome written = files_.writeWholeFile(stateFile, text)) {
         lastWritten_ = text;
     } else {
         log_.log("ble-kovra: не удалось записать флаг (" + text + "): " + written.reason());

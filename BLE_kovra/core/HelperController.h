@@ -16,9 +16,9 @@ class SystemLog;
 // text.
 class HelperController {
   public:
-    static constexpr const char* standardStateFile = "/Library/Application Support/ble-kovra/state";
+    static constexpr const char* stateFile = "/Library/Application Support/ble-kovra/state";
 
-    HelperController(FileSystem& files, SystemLog& log, std::string stateFile = standardStateFile);
+    HelperController(FileSystem& files, SystemLog& log) : files_(files), log_(log) {}
 
     static HelperController& shared();
 
@@ -27,7 +27,6 @@ class HelperController {
   private:
     FileSystem& files_;
     SystemLog& log_;
-    const std::string stateFile_;
     std::optional<std::string> lastWritten_;
 };
 

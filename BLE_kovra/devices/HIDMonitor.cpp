@@ -52,15 +52,12 @@ void HIDMonitor::removedDevice(const HIDDevice& device) {
     const std::uint64_t id = attached->first;
     const std::string key = std::move(attached->second);
     interfaceKey_.erase(attached);
-    const auto interfaces = present_.find(key);
-    if (interfaces != present_.end()) {
-        interfaces->second.erase(id);
-        if (!interfaces->second.empty()) {
-            publish();
-            return;
-        }
-    }
-    scheduleDisconnect(key);
+    std::set<std::uint64_t>& interfaces = present_[key];
+    interfaces.erase(id);
+    if (interfaces.empty())
+        scheduleDisconnect(key);
+    else
+        publish();
 }
 
 void HIDMonitor::scheduleDisconnect(const std::string& key) {

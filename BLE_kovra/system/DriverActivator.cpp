@@ -1,6 +1,8 @@
 #include "BLE_kovra/system/DriverActivator.h"
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "BLE_kovra/platform/FileSystem.h"
 #include "BLE_kovra/platform/ProcessRunner.h"
@@ -9,20 +11,24 @@
 
 namespace kovra {
 
-bool DriverActivator::isExtensionActive() const {
-    const auto listing = processes_.output({listingTool, {"list"}});
-    return listing && listsActiveExtension(*listing);
-}
+namespace {
 
-bool DriverActivator::listsActiveExtension(std::string_view listing) {
+bool listsActiveExtension(std::string_view listing) {
     if (!isUtf8(listing)) return false;
     while (!listing.empty()) {
         const std::string_view line = listing.substr(0, listing.find('\n'));
         const auto has = [&](std::string_view word) { return line.find(word) != std::string_view::npos; };
-        if (has(extensionID) && has("activated") && has("enabled")) return true;
-        listing.remove_prefix(line.size() < listing.size() ? line.size() + 1 : line.size());
+        if (has(DriverActivator::extensionID) && has("activated") && has("enabled")) return true;
+        listing.remove_prefix(std::min(line.size() + 1, listing.size()));
     }
     return false;
+}
+
+}  // namespace
+
+bool DriverActivator::isExtensionActive() const {
+    const auto listing = processes_.output({listingTool, {"list"}});
+    return listing && listsActiveExtension(*listing);
 }
 
 void DriverActivator::activate(bool force) const {

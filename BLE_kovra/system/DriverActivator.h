@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string_view>
-
 namespace kovra {
 
 class FileSystem;
@@ -20,11 +18,9 @@ class DriverActivator {
     DriverActivator(ProcessRunner& processes, const FileSystem& files, SystemLog& log)
         : processes_(processes), files_(files), log_(log) {}
 
-    // Runs the listing tool and waits for it. False wherever that fails.
+    // Runs the listing tool and waits for it. True if one line of its output contains the extension's identifier,
+    // "activated" and "enabled". False if the tool fails or its output is not UTF-8.
     bool isExtensionActive() const;
-    // Whether a line of the listing names the extension as activated and enabled, wherever in the line the three words
-    // stand. A listing that is not UTF-8 has no lines.
-    static bool listsActiveExtension(std::string_view listing);
 
     // Starts the extension's own manager, which asks the system to activate it; the system asks the user. What comes of
     // it is not waited for. A manager that is missing or does not start is one line in the log.

@@ -59,7 +59,7 @@ TEST(AppDelegateStatusItemTest, ShowsThePlainIconFirstThenTheMenuThenTheDecision
 TEST(AppDelegateStatusItemTest, ShowsThePlainIconUntilTheFirstDecisionEvenIfThePreviousRunEndedMuted) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
-    computer.files.contents[HelperController::standardStateFile] = "on";
+    computer.files.contents[HelperController::stateFile] = "on";
     AppRig rig(computer);
     rig.delegate->setupStatusItem();
     EXPECT_FALSE(computer.statusBar.hasSlash());

@@ -45,7 +45,7 @@ TEST(HelperControllerTest, WritesTheSameAnswerOnceAndTheOtherAnswerAgain) {
 
 TEST(HelperControllerTest, WritesAtItsFirstCallWhateverTheFileHolds) {
     HelperRig rig;
-    rig.files.contents[HelperController::standardStateFile] = "off";
+    rig.files.contents[HelperController::stateFile] = "off";
     rig.helper.set(false);
     EXPECT_EQ(rig.written(), Texts{"off"});
 }

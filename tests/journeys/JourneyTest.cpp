@@ -176,7 +176,7 @@ TEST(JourneyTest, LaunchInModeAlwaysMutesBeforeAnyDeviceIsKnown) {
 
 TEST(JourneyTest, TheFlagThatACrashLeftIsRewrittenAtTheNextLaunch) {
     Computer computer;
-    computer.files.contents[HelperController::standardStateFile] = "on";
+    computer.files.contents[HelperController::stateFile] = "on";
     AppRig rig(computer);
     rig.launch();
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});

@@ -29,13 +29,13 @@ class SharedMachineTest : public testing::Test {
     }
     void leave() {
         left = computer.flag();
-        computer.files.contents[HelperController::standardStateFile] = "off";  // the other user's
+        computer.files.contents[HelperController::stateFile] = "off";  // the other user's
         computer.files.failAlways("Permission denied");
     }
     void comeBack() {
         rig->application.resume();  // too early
         computer.queue.run();
-        computer.files.contents[HelperController::standardStateFile] = left;
+        computer.files.contents[HelperController::stateFile] = left;
         computer.files.failAlways(std::nullopt);
         rig->application.resume();
         computer.queue.run();
@@ -95,7 +95,7 @@ TEST_F(SharedMachineTest, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnRetu
 }
 
 TEST_F(SharedMachineTest, AProgramStartedWhileAnotherUserIsAtTheMachineWritesOnReturn) {
-    computer.files.contents[HelperController::standardStateFile] = "on";
+    computer.files.contents[HelperController::stateFile] = "on";
     computer.files.failAlways("Permission denied");
     rig.emplace(computer).launch();
     computer.queue.advance(10s);

@@ -57,7 +57,7 @@ struct Computer {
     }
 
     std::string flag() const {
-        const auto found = files.contents.find(HelperController::standardStateFile);
+        const auto found = files.contents.find(HelperController::stateFile);
         return found == files.contents.end() ? "missing" : found->second;
     }
     std::vector<std::string> flagWrites() const {

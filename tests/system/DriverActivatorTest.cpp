@@ -25,7 +25,13 @@ const std::string heading =
 const std::string ours = "G43BCU2T37\torg.pqrs.Karabiner-DriverKit-VirtualHIDDevice (1.8.0/1.8.0)\tdriver\t";
 const std::string active = "*\t*\t" + ours + "[activated enabled]\n";
 
-bool lists(const std::string& listing) { return DriverActivator::listsActiveExtension(listing); }
+bool lists(const std::string& listing) {
+    FakeProcesses processes;
+    FakeFileSystem files;
+    FakeLog log;
+    processes.outputs[DriverActivator::listingTool] = listing;
+    return DriverActivator(processes, files, log).isExtensionActive();
+}
 
 TEST(DriverActivatorListingTest, IsActiveWhereALineHasTheIdentifierAndBothWords) {
     EXPECT_TRUE(lists(heading + active));

@@ -21,8 +21,6 @@ SettingsWindow::SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& 
     observe(state.blocking);
 }
 
-SettingsWindow::~SettingsWindow() = default;
-
 void SettingsWindow::makeKeyAndOrderFront() {
     if (!window_->isVisible()) window_->setContent(view_.body());
     window_->makeKeyAndOrderFront();

@@ -20,7 +20,6 @@ class SettingsWindow {
   public:
     // The references outlive the window. It is not shown yet.
     SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& state, const L10n& texts);
-    ~SettingsWindow();
     SettingsWindow(const SettingsWindow&) = delete;
     SettingsWindow& operator=(const SettingsWindow&) = delete;
 
