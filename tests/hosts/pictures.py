@@ -100,7 +100,7 @@ def open_menu(world):
     taken = menu.picture.crop((max(0, min(left, world.icon[0]) - 8), 0,
                                min(world.screen.size[0], max(right, world.icon[2]) + 8), bottom + 8))
     world.dismiss_menu()
-    world.no_menu()
+    world.wait_menu_closed()
     return taken
 
 

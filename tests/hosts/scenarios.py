@@ -74,7 +74,7 @@ def opened_with_the_mouse(world):
         world.dismiss_menu()
         world.item.choose(MUTE)
         world.expect_switch(True)
-        world.no_menu()
+        world.wait_menu_closed()
         checked = world.open_menu(button)
         world.dismiss_menu()
         for position in (MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, QUIT):
@@ -83,7 +83,7 @@ def opened_with_the_mouse(world):
             check(same == (position != MUTE), f"button {button}: row {position} {outcome}")
         world.item.choose(MUTE)
         world.expect_switch(False)
-        world.no_menu()
+        world.wait_menu_closed()
 
 
 @scenario("The icon has a slash exactly while the trackpad is muted.")
@@ -112,7 +112,7 @@ def launch_at_login(world):
     check(not same, "the check mark is not visible")
     for _ in range(2):
         world.choose(LAUNCH_AT_LOGIN)
-        world.no_menu()
+        world.wait_menu_closed()
         wait_for(lambda: world.item.checked(LAUNCH_AT_LOGIN) == world.autostart.exists(),
                  "the check mark to agree with the entry")
         if world.autostart.exists():
@@ -190,20 +190,20 @@ def embedded(world):
     world.find_item()
     world.choose(HINT)
     world.dismiss_menu()
-    world.no_menu()
+    world.wait_menu_closed()
     world.expect_switch(False)
     world.choose(MUTE)
     world.expect_switch(True)
     world.choose(QUIT)
     world.expect_quit()
-    world.no_icon()
+    world.wait_tray_empty()
 
 
 def _glance(world, button=3):
     """Opens the menu and dismisses it again; returns it."""
     menu = world.open_menu(button)
     world.dismiss_menu()
-    world.no_menu()
+    world.wait_menu_closed()
     return menu
 
 
@@ -211,13 +211,13 @@ def _try_each_entry(world, choose):
     world.start(muted=True)
     choose(MUTE)
     world.expect_switch(False)
-    world.no_menu()
+    world.wait_menu_closed()
     choose(MUTE)
     world.expect_switch(True)
-    world.no_menu()
+    world.wait_menu_closed()
     choose(HINT)
     world.dismiss_menu()
-    world.no_menu()
+    world.wait_menu_closed()
     _expect_unharmed(world)
     # Each of these may open a window; other scenarios test that.
     for position in (LAUNCH_AT_LOGIN, SETTINGS, ACTIVATE, ABOUT):
@@ -229,7 +229,7 @@ def _try_each_entry(world, choose):
     world.start(muted=True)
     choose(QUIT)
     world.expect_quit()
-    world.no_icon()
+    world.wait_tray_empty()
 
 
 def _expect_unharmed(world):

@@ -19,7 +19,7 @@ ACTIVE = driver.listing("activated enabled")
 
 # Our child processes that end by themselves when we end.
 _keepers = set()
-_is_lent = False
+_is_machine_used = False
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
@@ -35,7 +35,7 @@ def seclude():
     if _libc.unshare(CLONE_NEWNS | (0 if root_outside else CLONE_NEWUSER)) != 0:
         if not root_outside:
             raise NotSecluded("the flag's folder needs user namespaces (kernel.unprivileged_userns_clone), or root")
-        _lend()
+        _use_the_machine()
         return
     if not root_outside:
         pathlib.Path("/proc/self/setgroups").write_text("deny")
@@ -44,7 +44,7 @@ def seclude():
         pathlib.Path("/proc/self/gid_map").write_text(f"{group} {group} 1")
     try:
         if not _keep_mounts_to_ourselves() and root_outside:
-            _lend()
+            _use_the_machine()
             return
         _enter_new_root(root)
     except OSError as failure:
@@ -57,7 +57,7 @@ def hide(folder):
     """Makes this folder, if it exists, appear empty in our file system."""
     if not pathlib.Path(folder).is_dir() or not any(pathlib.Path(folder).iterdir()):
         return
-    if _is_lent:
+    if _is_machine_used:
         raise NotSecluded(f"this machine has a {folder}, and does not permit us to mount over it")
     _mount("tmpfs", folder, "tmpfs", 0, "mode=755")
 
@@ -131,23 +131,23 @@ def _enter_new_root(root):
 def _folder_until_the_end():
     # Inside the new root this folder is the root, and could not be removed.
     folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-root-"))
-    _at_the_end(lambda: os.rmdir(folder))
+    _run_at_exit(lambda: os.rmdir(folder))
     return folder
 
 
-def _lend():
+def _use_the_machine():
     """Provides both places on the machine itself while we run, where even root may not mount, as in a container."""
-    global _is_lent
-    _is_lent = True
+    global _is_machine_used
+    _is_machine_used = True
     for place in (LIBRARY, driver.TOOL):
         if place.exists():
             raise NotSecluded(f"this machine has a {place}, and does not permit us to mount over it")
-    _at_the_end(lambda: (driver.TOOL.unlink(missing_ok=True), shutil.rmtree(LIBRARY)))
+    _run_at_exit(lambda: (driver.TOOL.unlink(missing_ok=True), shutil.rmtree(LIBRARY)))
     FLAG.parent.mkdir(parents=True)
     driver.put(driver.TOOL, ACTIVE)
 
 
-def _at_the_end(work):
+def _run_at_exit(work):
     """Runs the work in another process, outside the private file system, after ours has ended in any way."""
     ours, keepers = os.pipe()
     keeper = os.fork()

@@ -17,7 +17,7 @@ from waiting import check, now, wait_for
 
 READER = pathlib.Path(__file__).resolve().parents[1] / "platform/linux/ui/screen_reader.py"
 # Two chosen mice, of which one is disconnected, and one without a name.
-THERE, GONE, NAMELESS = "Mouse", "Rat", ""
+CONNECTED, DISCONNECTED, NAMELESS = "Mouse", "Rat", ""
 
 
 @scenario("A screen reader reads the settings window and both alerts word for word as in the tables of six languages.",
@@ -28,8 +28,8 @@ def windows_in_six_languages(world):
         for locale in TEXTS:
             people.append(Person(world, locale))
         # All persons go through each step together, since each step may wait for the mouse to be disconnected.
-        for step in (Person.open_windows, Person.read_of_no_mouse, Person.plug, Person.read_of_mice, Person.unplug,
-                     Person.read_of_gone_mouse, Person.unmute, Person.read_of_active_trackpad):
+        for step in (Person.open_windows, Person.read_no_devices, Person.plug, Person.read_mice, Person.unplug,
+                     Person.read_disconnected_mouse, Person.unmute, Person.read_active_trackpad):
             for person in people:
                 step(person)
     finally:
@@ -46,9 +46,9 @@ class Person:
         self._devices = Devices()
         self._environment = {**world.language(locale), **self._devices.environment,
                              "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+        chosen = [Devices.key(CONNECTED, 1), Devices.key(DISCONNECTED, 2)]
         self._desktop.configure("ble-kovra/preferences.json", json.dumps({
-            "blockMode": "onDevice", "isEnabled": True,
-            "selectedDeviceIDs": [Devices.key(name, number) for number, name in enumerate((THERE, GONE), 1)]}))
+            "blockMode": "onDevice", "isEnabled": True, "selectedDeviceIDs": chosen}))
         self._start("ble-kovra")
 
     def leave(self):
@@ -62,34 +62,35 @@ class Person:
         self._item.choose(ACTIVATE)
         self._item.choose(ABOUT)
 
-    def read_of_no_mouse(self):
+    def read_no_devices(self):
         self._expect([("label", self._texts["settings.noDevices"], False)], "status.active")
 
     def plug(self):
-        self._nodes = [self._devices.plug(name) for name in (THERE, GONE, NAMELESS)]
+        self._nodes = [self._devices.plug(name) for name in (CONNECTED, DISCONNECTED, NAMELESS)]
 
-    def read_of_mice(self):
-        self._expect([("check box", THERE, True), ("check box", GONE, True), self._nameless], "status.blocked")
+    def read_mice(self):
+        both = [("check box", CONNECTED, True), ("check box", DISCONNECTED, True)]
+        self._expect([*both, self._nameless], "status.blocked")
 
     def unplug(self):
         self._devices.unplug(self._nodes[1])
 
-    def read_of_gone_mouse(self):
-        self._expect([("check box", THERE, True), self._nameless, self._gone], "status.blocked")
+    def read_disconnected_mouse(self):
+        self._expect([("check box", CONNECTED, True), self._nameless, self._disconnected], "status.blocked")
 
     def unmute(self):
         self._item.choose(MUTE)
 
-    def read_of_active_trackpad(self):
-        self._expect([("check box", THERE, True), self._nameless, self._gone], "status.active", is_on=False)
+    def read_active_trackpad(self):
+        self._expect([("check box", CONNECTED, True), self._nameless, self._disconnected], "status.active", is_on=False)
 
     @property
     def _nameless(self):
         return "check box", self._texts["device.unknown"], False
 
     @property
-    def _gone(self):
-        return "check box", f'{GONE}, {self._texts["device.disconnected"]}', True
+    def _disconnected(self):
+        return "check box", f'{DISCONNECTED}, {self._texts["device.disconnected"]}', True
 
     def _expect(self, devices, status, is_on=True):
         text = self._texts

@@ -20,8 +20,9 @@ ADDRESS = _constant("BLE_kovra/l10n/SupportAddress.h", r'supportAddress = "(.*)"
 def _tables():
     source = (_ROOT / "tests/l10n/ExpectedTexts.cpp").read_text(encoding="utf-8")
     _, *parts = re.split(r"\{L10n::Lang::(\w+), \{\n", source)
+    entry = r'\{"([\w.]+)", (".*")( \+ address)?\},\n'
     return {_LOCALES[language]: {key: json.loads(text) + (ADDRESS if address else "")
-                                 for key, text, address in re.findall(r'\{"([\w.]+)", (".*")( \+ address)?\},\n', table)}
+                                 for key, text, address in re.findall(entry, table)}
             for language, table in zip(parts[::2], parts[1::2], strict=True)}
 
 

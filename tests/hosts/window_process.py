@@ -16,11 +16,11 @@ def alert_open(world):
     world.start(muted=True)
     world.item.choose(ABOUT)
     _expect_window_process(world)
-    _expect_menu_goes_on(world)
+    _expect_working_menu(world)
     for _ in range(3):
         world.item.choose(ABOUT)
     world.item.choose(ACTIVATE)
-    _expect_menu_goes_on(world)
+    _expect_working_menu(world)
     _expect_quick_end(world, lambda: os.kill(world.program.pid, signal.SIGTERM))
 
 
@@ -37,7 +37,7 @@ def window_process_hangs(world):
         world.expect_switch(muted)
     for entry in (SETTINGS, ABOUT, SETTINGS, ACTIVATE):
         world.item.choose(entry)
-        _expect_menu_goes_on(world)
+        _expect_working_menu(world)
     _expect_quick_end(world, lambda: world.item.choose(QUIT))
     wait_for(lambda: not _is_running(window), "the window process to end")
 
@@ -50,11 +50,11 @@ def window_process_killed(world):
         world.item.choose(entry)
         os.kill(_expect_window_process(world), signal.SIGKILL)
         wait_for(lambda: not _window_processes(world), "the window process to end")
-        _expect_menu_goes_on(world)
+        _expect_working_menu(world)
     _expect_quick_end(world, lambda: world.item.choose(QUIT))
 
 
-def _expect_menu_goes_on(world):
+def _expect_working_menu(world):
     for muted in (False, True):
         world.item.choose(MUTE)
         world.expect_switch(muted)

@@ -56,7 +56,7 @@ class World:
         for file in (self.preferences, self.autostart):
             file.unlink(missing_ok=True)
         if self.empty is not None:
-            self.no_icon()
+            self.wait_tray_empty()
 
     @property
     def preferences(self):
@@ -92,7 +92,7 @@ class World:
         picture = self.settled(self._icon_in, "the icon to appear in the panel")
         self.icon = self._icon_in(picture)
 
-    def no_icon(self):
+    def wait_tray_empty(self):
         """Waits until the screen shows nothing but the panel with an empty tray."""
         self.settled(lambda picture: self._change_in(picture) is None, "the panel to be empty")
 
@@ -188,7 +188,7 @@ class World:
     def dismiss_menu(self):
         self.screen.click(*self._beside())
 
-    def no_menu(self):
+    def wait_menu_closed(self):
         """Waits until no menu is open."""
         least = round(100 * self.panel.scale)
         self.settled(lambda picture: not look.menu_box(look.changed(self.empty, picture), least), "the menu to close")

@@ -104,7 +104,7 @@ def manual(built):
 
 
 @scenario("The programs are hardened as Debian requires.")
-def built_well(built):
+def hardening(built):
     application, helper = (built.unpacked(name) for name in NAMES)
     for program in (application / "usr/bin/ble-kovra", application / "usr/libexec/ble-kovra/ble-kovra-ui",
                     helper / "usr/libexec/ble-kovra-helper"):

@@ -78,7 +78,7 @@ class Machine:
 
 
 @scenario("The listing tool reports the driver as enabled if the service runs and is enabled, with one query.")
-def lists_what_systemd_says(built):
+def lists_the_state_from_systemd(built):
     for active, enabled, wanted in (
             ("active", "enabled", ACTIVE), ("active", "enabled-runtime", ACTIVE), ("active", "disabled", WAITING),
             ("inactive", "enabled", WAITING), ("failed", "enabled", WAITING), ("activating", "enabled", WAITING),
@@ -167,7 +167,8 @@ def manager_fails(built):
     for pkexec, wanted in (
             (f"echo '{prefix}No authentication agent found.' >&2; exit 127", "no polkit agent runs in this session"),
             (f"echo '{prefix}Request dismissed' >&2; exit 126", "the request was dismissed"),
-            (f"printf '{prefix}Not authorized\\n\\nThis incident has been reported.\\n' >&2; exit 127", "Not authorized"),
+            (f"printf '{prefix}Not authorized\\n\\nThis incident has been reported.\\n' >&2; exit 127",
+             "Not authorized"),
             ("echo 'Failed to enable unit: Unit file is masked.' >&2; exit 1", "is masked"),
             ("exit 3", "exit code 3")):
         machine = Machine(built)

@@ -97,7 +97,7 @@ def nameless_in_russian(world):
 
 
 @scenario("In a name that is not valid UTF-8, the invalid bytes become replacement characters.")
-def bytes_for_a_name(world):
+def invalid_utf8_name(world):
     world.start(selected=["Kovra \ufffd Mouse#4660:22136"])
     return play_main_job(world, world.plug(b"Kovra \xff Mouse"))
 

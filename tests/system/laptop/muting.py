@@ -56,7 +56,7 @@ def external(laptop):
 
 
 @scenario("A touchpad that is removed and added again while it is muted is muted again under its new number.")
-def comes_again(laptop):
+def added_again(laptop):
     first = laptop.plug_pad(twin=True)
     _, mouse = laptop.mute(first)
     first.unplug()
@@ -67,7 +67,7 @@ def comes_again(laptop):
 
 
 @scenario("A touchpad whose driver is unbound and bound again is muted again.")
-def bound_anew(laptop):
+def driver_rebound(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
     (DRIVER / "unbind").write_text(one.node)
@@ -91,7 +91,7 @@ def clock_set(laptop):
 
 
 @scenario("A touchpad that another program has inhibited stays inhibited throughout.")
-def somebody_elses(laptop):
+def inhibited_by_another_program(laptop):
     theirs, ours = laptop.plug_pad(), laptop.plug_pad("SYNA8004:00 06CB:CD8C", product=0xcd8c)
     theirs.inputs[0].inhibit(True)
     _, mouse = laptop.mute(ours)

@@ -88,7 +88,7 @@ class AppKitWindow : public Window {
         if (root_) [root_->outermost() removeFromSuperview];
         root_ = realise(content_, site_, around);
         NSView* shown = root_->outermost();
-        placeInTheMiddle([controller_ view], shown);
+        centerInside([controller_ view], shown);
     }
     void showAgainSoon() {
         queue_.async([weak = std::weak_ptr(self_)] {

@@ -32,7 +32,7 @@ void RealisedText::showKind(const View& view, const Surroundings& around) {
         [label_ setLineBreakMode:NSLineBreakByTruncatingTail];
         [label_ setAllowsExpansionToolTips:YES];
         if (around.role.font == Font::standard) {
-            [label_ setContentCompressionResistancePriority:beforeTheWindowGrows
+            [label_ setContentCompressionResistancePriority:belowWindowSize
                                              forOrientation:NSLayoutConstraintOrientationHorizontal];
         }
     }

@@ -89,13 +89,13 @@ RealisedScroll::RealisedScroll(const ViewSite& site)
     [opening_ setDocumentView:document_];
     [document_ setTranslatesAutoresizingMaskIntoConstraints:NO];
     NSView* seen = [opening_ contentView];
-    NSLayoutConstraint* asHighAsItsChild = [[opening_ heightAnchor] constraintEqualToAnchor:[document_ heightAnchor]];
-    [asHighAsItsChild setPriority:beforeTheWindowGrows];
+    NSLayoutConstraint* matchChildHeight = [[opening_ heightAnchor] constraintEqualToAnchor:[document_ heightAnchor]];
+    [matchChildHeight setPriority:belowWindowSize];
     [NSLayoutConstraint activateConstraints:@[
         [[document_ topAnchor] constraintEqualToAnchor:[seen topAnchor]],
         [[document_ leadingAnchor] constraintEqualToAnchor:[seen leadingAnchor]],
         [[document_ widthAnchor] constraintEqualToAnchor:[seen widthAnchor]],
-        asHighAsItsChild,
+        matchChildHeight,
     ]];
 }
 

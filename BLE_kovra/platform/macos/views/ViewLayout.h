@@ -7,7 +7,7 @@
 namespace kovra {
 
 // The priority of what shrinks before the window grows; AppKit keeps a window's size with priority 500.
-constexpr NSLayoutPriority beforeTheWindowGrows = 490;
+constexpr NSLayoutPriority belowWindowSize = 490;
 
 // Adds the inner view to the outer one and pins it to all four edges.
 void fill(NSView* outer, NSView* inner);
@@ -16,6 +16,6 @@ NSView* padded(NSView* inner, const Padding& padding);
 // `takesWidth`: the inner view takes the whole width of the frame. Otherwise the frame aligns it.
 NSView* framed(NSView* inner, const Frame& frame, bool takesWidth);
 // Centers the inner view, no larger than the outer one.
-void placeInTheMiddle(NSView* outer, NSView* inner);
+void centerInside(NSView* outer, NSView* inner);
 
 }  // namespace kovra

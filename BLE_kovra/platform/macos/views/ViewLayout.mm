@@ -62,7 +62,7 @@ NSView* framed(NSView* inner, const Frame& frame, bool takesWidth) {
     return outer;
 }
 
-void placeInTheMiddle(NSView* outer, NSView* inner) {
+void centerInside(NSView* outer, NSView* inner) {
     add(outer, inner);
     activate([[inner centerXAnchor] constraintEqualToAnchor:[outer centerXAnchor]]);
     activate([[inner centerYAnchor] constraintEqualToAnchor:[outer centerYAnchor]]);
