@@ -108,7 +108,7 @@ def purge_later(built):
     check(not left, f"left are {left}")
 
 
-@scenario("A purge keeps the record of a trackpad that could not be returned, for the next installation.")
+@scenario("A purge keeps the record of a trackpad that could not be unmuted, for the next installation.")
 def purge_with_a_record(built):
     root, _ = installed(built, "purge_with_a_record")
     record = root.path / "run/ble-kovra-helper/pads/input7"
@@ -148,7 +148,7 @@ def folder_made_by_hand(built):
     check((found.st_uid, mode) == (0, 0o755), f"its owner is {found.st_uid}, its mode {mode:o}")
 
 
-@scenario("Before the removal the helper is stopped, however it was started, and its touchpads are returned.")
+@scenario("Before the removal the helper is stopped, however it was started, and its touchpads are unmuted.")
 def remove_running(built):
     calls = built.folder / "calls"
     helper = built.folder / "helper"

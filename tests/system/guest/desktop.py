@@ -55,7 +55,7 @@ def hot_key_and_icon(world):
     return f"off {off:.2f} s and on {on:.2f} s after the key"
 
 
-@scenario("When the screen disconnects, as at a logout, the trackpad is returned and the program ends.")
+@scenario("When the screen disconnects, as at a logout, the trackpad is unmuted and the program ends.")
 def end_of_the_screen(world):
     screen = Screen()
     with contextlib.closing(screen):
@@ -67,7 +67,7 @@ def end_of_the_screen(world):
     world.flag.wait_write("off", since)
 
 
-@scenario("While the screen hangs the mouse still counts, and SIGTERM returns the trackpad.")
+@scenario("While the screen hangs the mouse still counts, and SIGTERM unmutes the trackpad.")
 def hanging_screen(world):
     with contextlib.closing(Screen()) as screen:
         running = world.start(selected=[MADE_UP], display=screen.name)

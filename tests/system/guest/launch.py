@@ -117,7 +117,7 @@ def manager_missing(world):
         check(running.is_running(), f"the program ended: {running.last_words()}")
 
 
-@scenario("SIGTERM while the tool hangs returns the trackpad at once, shows no alert, and terminates the tool.")
+@scenario("SIGTERM while the tool hangs unmutes the trackpad at once, shows no alert, and terminates the tool.")
 def end_while_the_tool_hangs(world):
     with contextlib.closing(Screen()) as screen:
         tool = driver.Hanging(HOME, STATE, "activated disabled")
@@ -132,7 +132,7 @@ def end_while_the_tool_hangs(world):
     return f"off after {world.flag.writes[-1].time - since:.2f} s"
 
 
-@scenario("SIGTERM with the alert open returns the trackpad at once, closes the alert, and starts nothing.")
+@scenario("SIGTERM with the alert open unmutes the trackpad at once, closes the alert, and starts nothing.")
 def end_with_the_alert_open(world):
     put_manager()
     driver.put(driver.TOOL, "#!/bin/sh\nexit 1\n")

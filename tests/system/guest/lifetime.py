@@ -14,7 +14,7 @@ LATEST_EXIT = 5.0
 
 
 def end_by(world, number):
-    """Sends the signal while a connected mouse mutes the trackpad: the program ends and returns it."""
+    """Sends the signal while a connected mouse mutes the trackpad: the program ends and unmutes it."""
     running = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
     since = now()
@@ -26,17 +26,17 @@ def end_by(world, number):
     return f"off after {world.flag.writes[-1].time - since:.2f} s"
 
 
-@scenario("SIGTERM returns the trackpad.")
+@scenario("SIGTERM unmutes the trackpad.")
 def sigterm(world):
     return end_by(world, signal.SIGTERM)
 
 
-@scenario("SIGINT returns the trackpad.")
+@scenario("SIGINT unmutes the trackpad.")
 def sigint(world):
     return end_by(world, signal.SIGINT)
 
 
-@scenario("SIGHUP returns the trackpad.")
+@scenario("SIGHUP unmutes the trackpad.")
 def sighup(world):
     return end_by(world, signal.SIGHUP)
 

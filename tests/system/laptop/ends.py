@@ -18,7 +18,7 @@ def helper_process():
     return int(run("systemctl", "show", "-P", "MainPID", HELPER))
 
 
-@scenario("When the helper is killed the pads are returned, and muted again after its restart.")
+@scenario("When the helper is killed the pads are unmuted, and muted again after its restart.")
 def helper_killed(laptop):
     one = laptop.plug_pad(twin=True)
     application, mouse = laptop.mute(one)
@@ -34,7 +34,7 @@ def helper_killed(laptop):
     return f"back after {max(back) - since:.2f} s, dead again after {max(again) - since:.2f} s"
 
 
-@scenario("When the helper is stopped the pads are returned until it is started again.")
+@scenario("When the helper is stopped the pads are unmuted until it is started again.")
 def helper_stopped(laptop):
     one = laptop.plug_pad(twin=True)
     laptop.mute(one)
@@ -45,7 +45,7 @@ def helper_stopped(laptop):
     laptop.expect_dead(one)
 
 
-@scenario("When the application is killed the pad is returned within 1 s, and the flag stays as it is.")
+@scenario("When the application is killed the pad is unmuted within 1 s, and the flag stays as it is.")
 def application_killed(laptop):
     one = laptop.plug_pad()
     application, _ = laptop.mute(one)
@@ -58,7 +58,7 @@ def application_killed(laptop):
     return measured
 
 
-@scenario("While the application is stopped nothing changes. After SIGCONT it mutes within 1 s or returns the pad after "
+@scenario("While the application is stopped nothing changes. After SIGCONT it mutes within 1 s or unmutes the pad after "
           "2 s.")
 def application_stopped(laptop):
     one = laptop.plug_pad()
@@ -83,7 +83,7 @@ def application_stopped(laptop):
     return f"back {back:.2f} s and dead {dead:.2f} s after SIGCONT"
 
 
-@scenario("Stopped within the grace period: the period continues, and after SIGCONT the pad is returned within 1 s.")
+@scenario("Stopped within the grace period: the period continues, and after SIGCONT the pad is unmuted within 1 s.")
 def stopped_in_grace(laptop):
     one = laptop.plug_pad()
     application, mouse = laptop.mute(one)
@@ -121,7 +121,7 @@ def full_run(what):
         shutil.rmtree(filling)
 
 
-@scenario("Without room in /run for a record, the helper mutes no pad that it could not return.")
+@scenario("Without room in /run for a record, the helper mutes no pad that it could not unmute.")
 def no_room_for_records(laptop):
     one = laptop.plug_pad()
     laptop.start_and_wait_for_write()
@@ -136,7 +136,7 @@ def no_room_for_records(laptop):
     check(flag() == "on", f"the flag is {flag()!r}")
 
 
-@scenario("If bytes or files fill /run while the pad is muted, the pad is returned all the same.")
+@scenario("If bytes or files fill /run while the pad is muted, the pad is unmuted all the same.")
 def run_fills_up(laptop):
     one = laptop.plug_pad(twin=True)
     laptop.start()

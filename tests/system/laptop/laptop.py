@@ -22,10 +22,10 @@ HELPER_PROCESSES = pathlib.Path("/sys/fs/cgroup/system.slice", HELPER)
 FLAG = "/Library/Application Support/ble-kovra/state"
 MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 
-# The pads are returned no earlier than this after the kernel removed the mouse, and no later than this after udevd
+# The pads are unmuted no earlier than this after the kernel removed the mouse, and no later than this after udevd
 # reported it.
 GRACE, LATEST_BACK = 2.0, 2.6
-# The pads are returned within this time when their person, the application or the helper is gone.
+# The pads are unmuted within this time when their person, the application or the helper is gone.
 AT_ONCE = 1.0
 
 
@@ -136,7 +136,7 @@ class Laptop(Ports):
     def expect_alive(self, *pads):
         """Expects that no pad is inhibited and that a stroke on each delivers events."""
         for pad in pads:
-            wait_for(lambda: not any(pad.inhibited), f"the pad to be returned: {pad.inhibited}")
+            wait_for(lambda: not any(pad.inhibited), f"the pad to be unmuted: {pad.inhibited}")
             came = pad.use()
             check(all(came), f"events from the pad's input devices: {came}")
 
@@ -155,7 +155,7 @@ class Laptop(Ports):
         return application, mouse
 
     def expect_back_after_grace(self, mouse, *pads):
-        """Expects that the pads are returned 2.0 s after the kernel removed the mouse, and not earlier."""
+        """Expects that the pads are unmuted 2.0 s after the kernel removed the mouse, and not earlier."""
         announced = self.announced.wait("remove", mouse.node)
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, mouse.removed)
@@ -165,7 +165,7 @@ class Laptop(Ports):
         return f"back after {back - mouse.removed:.2f} s"
 
     def expect_back_at_once(self, since, *pads, cause=None):
-        """Expects that the pads are returned after `since`, and shortly after a later cause."""
+        """Expects that the pads are unmuted after `since`, and shortly after a later cause."""
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, since)
             late = max(0.0, back - (cause or since))

@@ -25,7 +25,7 @@ def pad(laptop):
     return f"dead after {dead - mouse.added:.2f} s, {laptop.expect_back_after_grace(mouse, one)}"
 
 
-@scenario("The twin of a touchpad, a mouse in the same device, is muted and returned together with it.")
+@scenario("The twin of a touchpad, a mouse in the same device, is muted and unmuted together with it.")
 def twin(laptop):
     one = laptop.plug_pad(twin=True)
     _, mouse = laptop.mute(one)
@@ -33,7 +33,7 @@ def twin(laptop):
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("Two touchpads are both muted and both returned.")
+@scenario("Two touchpads are both muted and both unmuted.")
 def two_pads(laptop):
     pads = [laptop.plug_pad(), laptop.plug_pad("SYNA8004:00 06CB:CD8C", product=0xcd8c)]
     _, mouse = laptop.mute(*pads)

@@ -26,7 +26,7 @@ def upgrade(laptop):
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("A purge while a pad is muted returns the pad and leaves nothing behind.")
+@scenario("A purge while a pad is muted unmutes the pad and leaves nothing behind.")
 def purge(laptop):
     one = laptop.plug_pad(twin=True)
     application, _ = laptop.mute(one)

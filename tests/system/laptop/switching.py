@@ -8,7 +8,7 @@ from waiting import check, now, stay_until, wait_for
 
 
 def switch_there_and_back(laptop, other, pad):
-    """Anna has muted the pad: it is returned while the other session is active."""
+    """Anna has muted the pad: it is unmuted while the other session is active."""
     since = now()
     other.activate()
     measured = laptop.expect_back_at_once(since, pad)
@@ -17,7 +17,7 @@ def switch_there_and_back(laptop, other, pad):
     return measured
 
 
-@scenario("When another person's session becomes active the pad is returned; when Anna is back it is muted again.")
+@scenario("When another person's session becomes active the pad is unmuted; when Anna is back it is muted again.")
 def switch(laptop):
     one = laptop.plug_pad(twin=True)
     boris = laptop.log_in(BORIS)
@@ -33,7 +33,7 @@ def login_screen(laptop):
     return switch_there_and_back(laptop, laptop.log_in(GREETER), one)
 
 
-@scenario("When the person who muted the pad logs out, the pad is returned.")
+@scenario("When the person who muted the pad logs out, the pad is unmuted.")
 def logout(laptop):
     one = laptop.plug_pad()
     laptop.mute(one)
