@@ -49,7 +49,7 @@ class WindowProgram {
     WindowProgram(const WindowProgram&) = delete;
     WindowProgram& operator=(const WindowProgram&) = delete;
 
-    void tell(const ToWindow& message) const {
+    void send(const ToWindow& message) const {
         const std::string line = encode(message);
         for (std::size_t sent = 0; sent < line.size();) {
             const ssize_t count = ::write(socket_, line.data() + sent, line.size() - sent);
