@@ -45,7 +45,7 @@ AppDelegate::AppDelegate(const Platform& platform, AppState& state, HelperContro
 
 AppDelegate::~AppDelegate() = default;
 
-// The nine steps of launch; their order is part of what the program promises.
+// The order of the nine steps is part of the contract.
 void AppDelegate::applicationDidFinishLaunching() {
     // 1. No entry in the task bar.
     platform_.application.setActivationPolicy(ActivationPolicy::accessory);
@@ -53,7 +53,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     // 2. The status item and its menu, with the plain icon.
     setupStatusItem();
 
-    // 3. The device list. Even the devices already attached arrive only after launch, through the queue.
+    // 3. The device monitor. It reports even attached devices only after launch, through the queue.
     monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
         const auto self = weak.lock();
         if (!self) return;
@@ -61,7 +61,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     };
     monitor_->start();
 
-    // 4. to 6. The choices. Nothing is saved for the values that were loaded.
+    // 4. to 6. The subscriptions. The values just loaded are not saved again.
     saveOnChange(state_.selectedIDs, [](AppState& state) { state.saveSelected(); });
     saveOnChange(state_.isEnabled, [](AppState& state) { state.defaults.set(state.kEnabled, state.isEnabled.get()); });
     saveOnChange(state_.mode, [](AppState& state) { state.saveMode(); });
@@ -70,11 +70,11 @@ void AppDelegate::applicationDidFinishLaunching() {
     hotkey_.onTrigger = hotKeyHandler();
     hotkey_.registerHotKey();
 
-    // 8. The first decision: from the saved choices, with no device known yet.
+    // 8. The first decision, from the saved choices and without any device.
     evaluate();
 
-    // 9. The explanation of the driver, where it is not active: last, when all of the above works already, and goes on
-    // working while this waits.
+    // 9. The explanation of the driver, unless it is active. It comes last because it waits for the user; everything
+    // above keeps working meanwhile.
     const bool isActive = driver_.isExtensionActive();
     if (!isActive && !hasTerminated_)
         DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
@@ -89,15 +89,15 @@ void AppDelegate::applicationDidResume() {
 void AppDelegate::applicationWillTerminate() {
     hasTerminated_ = true;
 
-    // 1. Whatever the mode and the switch say, the trackpad is given back.
+    // 1. Unmute the trackpad, whatever the mode and the switch say.
     helper_.set(false);
 
-    // 2. The hot key is let go.
+    // 2. Release the hot key.
     hotkey_.unregister();
 }
 
 void AppDelegate::evaluate() {
-    // A quit from inside a block must not be undone by that block's own end.
+    // If a block quits the application, the evaluate() after it must not write the flag again.
     if (hasTerminated_) return;
     const bool mute =
         decideMuting(state_.mode.get(), state_.isEnabled.get(), [this] { return state_.anySelectedConnected(); });
@@ -163,7 +163,7 @@ void AppDelegate::quit() { platform_.application.terminate(); }
 void AppDelegate::enqueue(Work work) {
     platform_.mainQueue.async([weak = weak_from_this(), work = std::move(work)] {
         if (const auto self = weak.lock()) work(self->state_);
-        // Looked up again: the work may have dropped the last owner, and then there is nothing left to decide.
+        // The work may have destroyed the delegate.
         if (const auto self = weak.lock()) self->evaluate();
     });
 }

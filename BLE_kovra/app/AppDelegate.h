@@ -19,11 +19,11 @@ class SettingsWindow;
 class StatusItem;
 struct Platform;
 
-// The program's spine: starts everything in order, joins every change of the state to its saving and to the muting
-// decision, and gives the trackpad back at the end.
+// Starts the services in order, saves each change of the state, decides whether to mute, and unmutes the trackpad at
+// the end.
 //
-// A handler of a change does nothing itself: it queues a block, since a change is announced before it is stored. The
-// block finds the new value in place, saves it and decides again.
+// A change is announced before it is stored, so its handler only queues a block. The block finds the new value stored,
+// saves it and decides again.
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
   public:
     static std::shared_ptr<AppDelegate> create(const Platform& platform, AppState& state, HelperController& helper,
@@ -31,30 +31,29 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching() override;
-    // Opens the settings: a way in that needs no tray.
+    // Opens the settings, also on a desktop without a tray.
     void applicationDidReopen() override;
-    // Decides once more, one queue turn later: a flag that could not be written is written then.
+    // Decides again one queue turn later. This retries a failed write of the flag.
     void applicationDidResume() override;
     void applicationWillTerminate() override;
 
-    // Decides whether to mute, tells the helper, keeps the answer and shows it. Nothing is written while the answer
-    // stays. Does nothing once the application has terminated: "off" is then the last word.
+    // Decides whether to mute, then updates the flag, `blocking` and the status item. The flag is written only if the
+    // decision has changed. Does nothing after applicationWillTerminate(), so that the flag stays "off".
     void evaluate();
 
-    // Makes the status item with its menu and the plain icon, whatever the state. Comes before everything that shows a
-    // change.
+    // Creates the status item with its menu and the plain icon, whatever the state. Call it before refreshUI().
     void setupStatusItem();
-    // Brings both check marks and the icon up to date. The icon shows the decision to mute, not the switch. Without a
-    // status item it stops the process.
+    // Updates both check marks and the icon. The icon shows the decision to mute, not the switch. Aborts without a
+    // status item.
     void refreshUI();
 
     // Menu actions.
     void toggleEnabled();
-    // Shows what has come of it, as the system has it then. Without a status item it stops the process.
+    // Sets the check mark from the status that the system then reports. Aborts without a status item.
     void toggleLaunchAtLogin();
-    // Brings the one settings window to the front, made at the first call.
+    // Shows the settings window in front. The first call creates it.
     void openSettings();
-    // The explanation, whether the driver is active or not.
+    // Explains the driver, even if it is active.
     void activateDriver();
     void showAbout();
     void quit();
@@ -71,14 +70,13 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     template <typename T>
     void saveOnChange(Published<T>& property, Work save);
 
-    // What a press of the hot key does: flips the switch and beeps, one queue turn later. The flip is saved and decided
-    // on like any other. Outlives the delegate; then it only beeps.
+    // Toggles the switch and beeps, one queue turn after the press. May outlive the delegate; then it only beeps.
     std::function<void()> hotKeyHandler();
-    // A menu action: `work` on the delegate, if there still is one.
+    // A menu action that calls `work` while the delegate exists.
     std::function<void()> action(void (AppDelegate::*work)());
     MenuItemState launchAtLoginState() const;
     void showIcon(bool muted) const;
-    // Stops the process where there is none.
+    // Aborts without a status item.
     StatusItem& requireStatusItem() const;
 
     const Platform& platform_;

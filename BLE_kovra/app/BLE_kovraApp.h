@@ -7,13 +7,13 @@ namespace kovra {
 class AppDelegate;
 struct Platform;
 
-// The application's entry type: owns the one delegate. Making it loads the saved choices, before anything runs.
+// The application's entry type. It owns the delegate. Its constructor loads the saved choices.
 class BLE_kovraApp {
   public:
     // Runs the application on these services until it terminates.
     static void main(const Platform& platform);
 
-    // The file that tells the helper, for a system on which somebody else may put it in place while the program runs.
+    // The path of the flag file, for platforms on which the helper may replace the file while the program runs.
     static const char* flagFile();
 
   private:

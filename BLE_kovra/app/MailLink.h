@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// "mailto:" and the address. Null if that makes no URL: if a character in it may not stand in one (RFC 3986).
+// "mailto:" and the address. Null if the address is empty or contains a character that a URL may not (RFC 3986).
 std::optional<std::string> mailLink(std::string_view address);
 
 }  // namespace kovra

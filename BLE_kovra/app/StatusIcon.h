@@ -4,8 +4,7 @@
 
 namespace kovra {
 
-// The status item's picture, 18 by 18 points: a trackpad, with a slash through it when `active`, which is while the
-// trackpad is muted. Drawn anew at each call.
+// The icon of the status item, 18 by 18 points: a trackpad, with a slash if `active` (muted).
 Drawing makeIcon(bool active);
 
 }  // namespace kovra

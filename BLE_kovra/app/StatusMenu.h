@@ -8,13 +8,13 @@ namespace kovra {
 
 class L10n;
 
-// How the two items with check marks are found again.
+// The tags of the two items with check marks.
 struct StatusMenuTag {
     static constexpr int enabled = 1;
     static constexpr int launchAtLogin = 2;
 };
 
-// What the menu's items do.
+// The actions of the menu items.
 struct StatusMenuActions {
     std::function<void()> toggleEnabled;
     std::function<void()> openSettings;

@@ -11,7 +11,7 @@ namespace kovra {
 
 namespace {
 
-// The texts of an array of nothing but texts. One foreign element, and the whole array is rejected.
+// The texts of an array. An element of another type makes the whole array invalid.
 std::optional<AppState::Selection> textsOf(const PreferenceValue& stored) {
     const auto* array = std::get_if<PreferenceArray>(&stored);
     if (array == nullptr) return std::nullopt;

@@ -14,22 +14,21 @@ namespace kovra {
 
 class PreferencesStore;
 
-// What the program knows and what the user chose. Loads the choices once, when it is made; from then on memory is
-// authoritative and the store is only written to.
+// The application's state: the devices, the user's choices and the last decision. The constructor loads the choices.
+// From then on memory is authoritative and the store is only written.
 //
-// Nothing is saved here by itself: whoever subscribes to a choice saves it. A chosen mouse that is not there stays
-// chosen.
+// A change is not saved by itself; a subscriber saves it. A selected mouse stays selected while it is disconnected.
 class AppState {
   public:
     enum class BlockMode {
         always,    // mute whenever the switch is on
         onDevice,  // mute only while a chosen device is connected
     };
-    // Exactly "always" or "onDevice"; any other text is no mode.
+    // Accepts exactly "always" and "onDevice".
     static std::optional<BlockMode> modeFromRawValue(std::string_view rawValue);
     static std::string_view rawValue(BlockMode mode);
 
-    // The identity keys of the chosen devices; a text can be looked up without a copy.
+    // The identity keys of the selected devices.
     using Selection = std::set<std::string, std::less<>>;
 
     explicit AppState(PreferencesStore& store);

@@ -8,12 +8,11 @@ namespace kovra {
 class FileSystem;
 class SystemLog;
 
-// The one writer of the flag file, which tells the privileged helper whether to mute: the whole file is "on" or "off",
-// with no line feed.
+// Writes the flag file, from which the privileged helper learns whether to mute. The whole file is "on" or "off",
+// without a line feed.
 //
-// A text is written only if it differs from the last one that this process wrote successfully; the first call always
-// writes, whatever the file holds. A failure costs one log line and is tried again at the next call, also with the same
-// text.
+// The file is written only if the text differs from the last one that this process wrote successfully. The first call
+// always writes. A failure is logged in one line, and the next call tries again.
 class HelperController {
   public:
     static constexpr const char* stateFile = "/Library/Application Support/ble-kovra/state";

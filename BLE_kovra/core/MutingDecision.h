@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Whether the built-in trackpad is to be muted now. With the switch off the answer is no, and nobody looks for devices.
+// Whether to mute the built-in trackpad. Calls `anySelectedConnected` only in mode onDevice with the switch on.
 bool decideMuting(AppState::BlockMode mode, bool isEnabled, const std::function<bool()>& anySelectedConnected);
 
 }  // namespace kovra

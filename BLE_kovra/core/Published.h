@@ -7,27 +7,27 @@
 
 namespace kovra {
 
-// Keeps one subscription alive; letting go of it ends the subscription, also from inside an announcement. It may
-// outlive the property.
+// Keeps a subscription alive. Its destructor ends the subscription, even during an announcement. May outlive the
+// property.
 class [[nodiscard]] Subscription {
   public:
     Subscription() = default;
-    // Letting go of `token` ends the subscription.
+    // Destroying `token` ends the subscription.
     explicit Subscription(std::shared_ptr<void> token) : token_(std::move(token)) {}
 
   private:
     std::shared_ptr<void> token_;
 };
 
-// Whether a new subscriber is given the value that the property holds already.
+// Whether a new subscriber receives the current value at once.
 enum class CurrentValue { deliver, drop };
 
 // A property that announces each change before it takes effect.
 //
-// set() hands the coming value to every subscriber, in the order in which they subscribed, and stores it only then:
-// inside an announcement the property still reads old, and whoever needs the new value queues. Every set() announces,
-// also one that stores an equal value. A set() from inside an announcement is announced and stored at once; the outer
-// value is stored after it and stays. Who subscribes inside an announcement hears from the next one on.
+// set() passes the new value to each subscriber in the order of subscription, and then stores it. During the
+// announcement get() still returns the old value, so a subscriber that needs the new one queues a block. set()
+// announces an equal value too. A nested set() announces and stores its value at once; the outer value is stored after
+// it. A subscriber added during an announcement is notified from the next one on.
 template <typename T>
 class Published {
   public:
@@ -48,7 +48,7 @@ class Published {
         value_ = std::move(value);
     }
 
-    // Edits a copy in place and sets it: one announcement, however much is edited.
+    // Edits a copy of the value and sets it, with a single announcement.
     template <typename Edit>
     void change(Edit edit) {
         T edited = value_;
@@ -61,7 +61,8 @@ class Published {
         std::erase_if(subscribers_, [](const std::weak_ptr<Subscriber>& gone) { return gone.expired(); });
         subscribers_.push_back(subscriber);
         if (current == CurrentValue::deliver) subscriber->handler(value_);
-        // A running handler may end its own subscription; it is kept alive until it returns, and not called again.
+        // A handler may end its own subscription while it runs. It stays alive until it returns and is not called
+        // again.
         return Subscription(std::shared_ptr<void>(nullptr, [subscriber](void*) { subscriber->listens = false; }));
     }
 

@@ -6,11 +6,11 @@
 
 namespace kovra {
 
-// One device as it is listed. Two records are equal only if all three fields are.
+// A device in the published list. Two records are equal if all three fields are.
 struct HIDDeviceInfo {
-    std::string id;    // the identity key: known in lists and in the saved selection by it
+    std::string id;    // the identity key, as saved in the selection
     std::string name;  // as the device reports it
-    bool connected;    // an interface is attached, or was until less than the grace period ago
+    bool connected;    // an interface is attached, or the grace period is running
 
     bool operator==(const HIDDeviceInfo&) const = default;
 };

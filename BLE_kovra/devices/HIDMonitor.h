@@ -22,29 +22,29 @@ class L10n;
 class Locale;
 class MainQueue;
 
-// Watches every HID device and publishes who is here, one entry per device.
+// Watches all HID devices and publishes the list of them, one entry per identity key.
 //
-// A device's several interfaces share one key and count as one device; so do two identical mice. Both are intended.
-// Losing the last interface publishes nothing for `disconnectGrace`: wireless mice drop out and return, and the
-// trackpad must not flap meanwhile. A device once seen stays listed until the process ends.
+// The interfaces of a device share one key and count as one device. So do two identical mice, deliberately. When its
+// last interface is removed, a device still counts as connected for `disconnectGrace`: a wireless mouse that drops out
+// briefly must not unmute the trackpad. A device stays in the list until the process ends.
 class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
   public:
-    // From the removal of a device's last interface until it is shown disconnected.
+    // The time from the removal of the last interface until the device is published as disconnected.
     static constexpr std::chrono::seconds disconnectGrace{2};
 
-    // Always owned by a shared_ptr: a grace period that outlives the monitor must be able to see that it is gone.
+    // Returns a shared_ptr, so that a running grace period can hold the monitor weakly.
     static std::shared_ptr<HIDMonitor> create(HIDService& hid, MainQueue& queue, const Locale& locale,
                                               const L10n& texts);
     ~HIDMonitor();
 
-    // Called with the whole list, connected devices first and by name among equals, from inside the handling of the
-    // event that changed it.
+    // Receives the whole list: connected devices first, then by name. Called synchronously from the event that changed
+    // the list.
     std::function<void(std::vector<HIDDeviceInfo>)> onDevicesChanged;
 
-    // Begins to watch. Called once, after onDevicesChanged has been set; publishes nothing itself.
+    // Starts watching. Publishes nothing itself. Call it once, after onDevicesChanged has been set.
     void start();
 
-    // An interface of the device is attached, or its grace period is running.
+    // Whether an interface of the device is attached or its grace period is running.
     bool isConnected(const std::string& key) const;
 
   private:
@@ -53,7 +53,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
     struct Named {
         std::string key;
         std::string name;
-        std::string sortKey;  // of the name; made when the name changes, since it costs more than many comparisons
+        std::string sortKey;  // of the name; cached, as it costs more than many comparisons
     };
 
     void added(const HIDDevice& device);
@@ -69,9 +69,9 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
 
     std::unordered_map<std::uint64_t, std::string> interfaceKey_;       // attached interface -> its device
     std::unordered_map<std::string, std::set<std::uint64_t>> present_;  // device -> its attached interfaces
-    std::vector<Named> names_;                                // every device ever seen, in the order of first sight
-    std::unordered_map<std::string, std::size_t> nameIndex_;  // device -> its place in names_
-    std::unordered_map<std::string, std::unique_ptr<DelayedTask>> pendingDisconnect_;  // grace periods now running
+    std::vector<Named> names_;                                // every device seen so far, in order of first attachment
+    std::unordered_map<std::string, std::size_t> nameIndex_;  // device -> its index in names_
+    std::unordered_map<std::string, std::unique_ptr<DelayedTask>> pendingDisconnect_;  // running grace periods
     std::unique_ptr<HIDManager> manager_;  // declared last, so destroyed first: it calls into the members above
 };
 

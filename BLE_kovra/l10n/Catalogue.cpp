@@ -19,7 +19,7 @@ L10n::Table texts(std::initializer_list<std::string> inOrder) {
     return table;
 }
 
-// A key given twice is a mistake in this file; it stops the program the first time that a text is asked for.
+// A duplicate key is a mistake in this file and aborts at the first lookup.
 L10n::Catalogue catalogue(std::initializer_list<std::pair<const char*, L10n::Table>> entries) {
     L10n::Catalogue result;
     result.reserve(entries.size());
@@ -31,7 +31,7 @@ L10n::Catalogue catalogue(std::initializer_list<std::pair<const char*, L10n::Tab
 
 }  // namespace
 
-// One line a text, however long, so that translators can read down the table.
+// One line per text, however long, so that translators can read down the table.
 // clang-format off
 const L10n::Catalogue& L10n::strings() {
     static const std::string address = supportAddress;

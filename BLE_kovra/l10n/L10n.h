@@ -9,11 +9,10 @@
 
 namespace kovra {
 
-// Every text that the user sees, by key, in one language that is chosen once and stays.
+// Looks up the texts that the user sees, in one language that the constructor chooses.
 //
-// Only the user's first preferred language counts, and of it only the language, not region or script: pt-BR before
-// ru-RU gives English. A text missing in the chosen language is shown in English; a key that is missing altogether is
-// shown itself.
+// Only the first preferred language counts, without its region and script: pt-BR before ru-RU means English. A text
+// that is missing in the chosen language is returned in English. A key that the catalogue lacks is returned itself.
 class L10n {
   public:
     enum class Lang { en, ru, uk, fr, de, es };
@@ -22,14 +21,14 @@ class L10n {
     using Table = std::unordered_map<Lang, std::string>;
     using Catalogue = std::unordered_map<std::string, Table>;
 
-    // "en", "ru", "uk", "fr", "de" or "es"; any other text, "EN" too, is no language.
+    // Accepts exactly "en", "ru", "uk", "fr", "de" and "es", in lower case.
     static std::optional<Lang> langFromRawValue(std::string_view rawValue);
     static std::string_view rawValue(Lang lang);
 
-    // The shipped texts, made once.
+    // The texts of the program.
     static const Catalogue& strings();
 
-    // The catalogue is not copied; it has to outlive the lookups.
+    // The catalogue is not copied and must outlive this object.
     explicit L10n(const std::vector<std::string>& preferredLanguages, const Catalogue& catalogue = strings());
 
     Lang current() const { return current_; }

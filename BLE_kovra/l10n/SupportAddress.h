@@ -2,7 +2,7 @@
 
 namespace kovra {
 
-// Where users write for help: shown in the About box and the settings window, and where their mail links lead.
+// The support address: shown in the About box and the settings window, and the target of their mail links.
 inline constexpr const char* supportAddress = "support@ble-kovra.example";
 
 }  // namespace kovra

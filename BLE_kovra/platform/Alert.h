@@ -5,7 +5,7 @@
 
 namespace kovra {
 
-// A question or a message that has to be answered. The first button is the default: Return presses it.
+// A modal question or message. The first button is the default: Return presses it.
 struct Alert {
     std::string messageText;      // the bold first line
     std::string informativeText;  // below it; may have several lines
@@ -23,9 +23,9 @@ class AlertPresenter {
   public:
     virtual ~AlertPresenter() = default;
 
-    // Shows the alert in front of everything, with the application's icon, and returns what ended it. Meanwhile the
-    // main queue goes on: this blocks its caller alone. An alert that is run from there stacks above this one. Once the
-    // application terminates, an open alert is aborted and none opens.
+    // Shows the alert in front of all windows, with the application's icon, and returns the user's answer. Blocks only
+    // the caller; the main queue keeps running. A nested alert stacks above this one. When the application terminates,
+    // open alerts are aborted and no new one opens.
     virtual AlertResponse runModal(const Alert& alert) = 0;
 };
 

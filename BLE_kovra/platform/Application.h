@@ -4,15 +4,15 @@ namespace kovra {
 
 enum class ActivationPolicy { regular = 0, accessory = 1, prohibited = 2 };
 
-// Whoever wants to be told when the application begins and ends.
+// Receives the application's lifecycle events.
 class ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;
     virtual void applicationDidFinishLaunching() = 0;
-    // The user started the program while it runs.
+    // The user started the program again while it was running.
     virtual void applicationDidReopen() = 0;
-    // What the system refused meanwhile may succeed now: the user is back at the machine, the machine is awake again,
-    // or what was missing has come.
+    // An operation that failed before may succeed now: the session is active again, the machine woke up, or a missing
+    // file appeared.
     virtual void applicationDidResume() = 0;
     virtual void applicationWillTerminate() = 0;
 };
@@ -22,22 +22,22 @@ class Application {
   public:
     virtual ~Application() = default;
 
-    // Tells the delegate that launching has finished, then runs the event loop until terminate(). A quit that the
-    // system asks for (a signal, the end of the session) takes the same way out as terminate().
+    // Notifies the delegate that launching has finished, then runs the event loop until terminate(). A signal or the
+    // end of the session ends the application in the same way.
     virtual void run(ApplicationDelegate& delegate) = 0;
 
-    // accessory: present in the tray alone, no entry in the task bar, yet able to show windows.
+    // accessory: only in the tray, without an entry in the task bar, but able to show windows.
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
 
-    // Comes to the front, whichever application is there: what it shows next has the keyboard.
+    // Brings the application to the front, so that the next window that it shows has the keyboard focus.
     virtual void activateIgnoringOtherApps() = 0;
 
-    // Tells the delegate at once, inside this call, that the application will terminate. From then on nothing queued
-    // runs, no process starts, no alert opens. run() returns, or the process ends inside this call: nothing that has to
-    // happen stands behind either. A second call does nothing.
+    // Notifies the delegate before it returns. From then on no queued block runs, no process starts and no alert opens.
+    // Either run() returns or the process ends inside this call, so do not rely on code after either. A second call
+    // does nothing.
     virtual void terminate() = 0;
 
-    // The system's alert sound. Returns at once; silence is no error.
+    // Plays the system's alert sound. Returns at once and reports no errors.
     virtual void beep() = 0;
 };
 

@@ -8,12 +8,12 @@
 
 namespace kovra {
 
-// A picture as the shapes that make it, in the order in which they are drawn. Lengths are points as in a Drawing.
+// A picture as a list of shapes in drawing order. Lengths are in points, as in a Drawing.
 struct ColoredPicture {
     struct Layer {
         std::uint32_t color = 0;                        // 0xRRGGBB
         std::variant<RoundedRectangle, Segment> shape;  // a rectangle is filled
-        double lineWidth = 0;                           // of a segment, whose ends are round
+        double lineWidth = 0;                           // of a segment; its ends are round
         bool operator==(const Layer&) const = default;
     };
     Size size;
@@ -21,8 +21,8 @@ struct ColoredPicture {
     bool operator==(const ColoredPicture&) const = default;
 };
 
-// The application's own icon, the same wherever it is seen: the status item's muted trackpad, in colour on a tile. The
-// slash is not a state here but what the application does.
+// The application's icon: the muted trackpad of the status item, in color on a tile. The slash stands for the purpose
+// of the application, not for its state.
 inline ColoredPicture applicationIcon() {
     constexpr std::uint32_t blue = 0x3A7BE0;
     constexpr std::uint32_t white = 0xFFFFFF;
@@ -32,7 +32,7 @@ inline ColoredPicture applicationIcon() {
             .layers = {{blue, RoundedRectangle{.origin = {0, 0}, .size = {18, 18}, .cornerRadii = {4, 4}}},
                        {white, RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2}}},
                        {blue, Segment{.from = {9, 4}, .to = {9, 9}}, 1},
-                       {blue, slash, 3.4},  // keeps the slash off the white
+                       {blue, slash, 3.4},  // separates the slash from the white
                        {amber, slash, 1.6}}};
 }
 

@@ -7,14 +7,14 @@
 
 namespace kovra {
 
-// A value of the information dictionary, with its type.
+// A typed value of the information dictionary.
 using InfoValue = std::variant<std::string, double, bool>;
 
-// What the installed program says of itself.
+// The metadata of the installed program.
 class Bundle {
   public:
     virtual ~Bundle() = default;
-    // Null if there is no dictionary, or nothing under this key in it.
+    // Null if there is no dictionary or no such key.
     virtual std::optional<InfoValue> infoDictionaryValue(std::string_view key) const = 0;
 };
 

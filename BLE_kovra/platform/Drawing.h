@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Lengths are points, the origin is at the bottom left, y grows upwards.
+// Lengths are in points. The origin is at the bottom left, and y grows upwards.
 struct Point {
     double x = 0;
     double y = 0;
@@ -32,16 +32,16 @@ struct Segment {
     bool operator==(const Segment&) const = default;
 };
 
-// A line of this width with its middle on the shape; a segment's ends are cut off square, at its end points.
+// A line of this width, centered on the shape. A segment has butt caps.
 struct Stroke {
     std::variant<RoundedRectangle, Segment> shape;
     double lineWidth = 1;
     bool operator==(const Stroke&) const = default;
 };
 
-// A picture as the strokes that make it, black on nothing, in the order in which they are drawn. Nothing is filled.
+// A picture as a list of black strokes in drawing order, without a background. Nothing is filled.
 struct Drawing {
-    std::string name;  // under which a desktop's icon theme may hold the same picture
+    std::string name;  // the name of the same picture in an icon theme
     Size size;
     std::vector<Stroke> strokes;
     bool operator==(const Drawing&) const = default;

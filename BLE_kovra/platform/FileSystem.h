@@ -11,12 +11,11 @@ class FileSystem {
   public:
     virtual ~FileSystem() = default;
 
-    // Makes `text` the whole content of the file at the absolute path, directly: no temporary file, no rename. Makes
-    // the file where it is missing, never its folder. Only a plain file is written; one that another file replaced
-    // meanwhile was not written.
+    // Replaces the content of the file at the absolute path in place: no temporary file, no rename. Creates a missing
+    // file but not its folder. Writes only to a regular file. Fails if another file replaced it meanwhile.
     virtual Outcome writeWholeFile(const std::string& path, std::string_view text) = 0;
 
-    // Whether there is anything at the absolute path; a link is followed.
+    // Whether the absolute path exists. Follows links.
     virtual bool fileExists(const std::string& path) const = 0;
 };
 

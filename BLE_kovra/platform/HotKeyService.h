@@ -6,29 +6,29 @@
 
 namespace kovra {
 
-// A key, known by its place on the keyboard and not by the letter that a layout puts there, with exactly these
-// modifiers: neither fewer nor more. Lock keys do not count.
+// A key, identified by its position on the keyboard rather than by its letter, with exactly these modifiers. Lock keys
+// are ignored.
 struct HotKey {
-    static constexpr std::uint32_t ansiT = 0x11;  // virtual key codes are those of an ANSI keyboard on macOS
+    static constexpr std::uint32_t ansiT = 0x11;  // a macOS virtual key code, for an ANSI keyboard
     static constexpr std::uint32_t controlKey = 0x1000;
     static constexpr std::uint32_t optionKey = 0x0800;  // Alt, where there is no Option
 
     std::uint32_t keyCode = 0;
     std::uint32_t modifiers = 0;
-    // Tells this program's hot keys apart from others': four characters, big-endian, and a number.
+    // Identifies this program's hot keys: four characters, big-endian, and a number.
     std::uint32_t signature = 0;
     std::uint32_t number = 0;
 
     bool operator==(const HotKey&) const = default;
 };
 
-// The desktop's service of hot keys that work whichever window has the keyboard.
+// Registers hot keys that work whichever window has the keyboard focus.
 class HotKeyService {
   public:
-    // Returns 0 for a press that is dealt with: it travels no further.
+    // Returns 0 if it handled the press, which is then not passed on.
     using Handler = std::function<int()>;
 
-    // What the service gives for a request; letting go of it takes the request back.
+    // A granted request. Its destructor revokes the request.
     class Reference {
       public:
         virtual ~Reference() = default;
@@ -36,10 +36,11 @@ class HotKeyService {
 
     virtual ~HotKeyService() = default;
 
-    // Called on the main thread, once for each press of a registered hot key however long it is held. Null on failure.
+    // The handler runs on the main thread, once per press of a registered hot key, however long the key is held. Null
+    // on failure.
     virtual std::unique_ptr<Reference> installHandler(Handler handler) = 0;
-    // From now on presses reach the handlers and nobody else. Null on failure; where the desktop answers late, a
-    // refusal may also stay unnoticed.
+    // From now on presses reach only the handlers. Null on failure. If the desktop replies late, a refusal may go
+    // unnoticed.
     virtual std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) = 0;
 };
 

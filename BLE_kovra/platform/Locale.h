@@ -6,17 +6,17 @@
 
 namespace kovra {
 
-// The user's language and order of names.
+// The user's languages and collation order.
 class Locale {
   public:
     virtual ~Locale() = default;
 
-    // Language tags such as ru-RU, the user's first choice first; empty where none is set.
+    // Language tags such as ru-RU, in order of preference; empty if none is set.
     virtual std::vector<std::string> preferredLanguages() const = 0;
 
-    // What stands for a name when names are ordered: made once a name, compared often.
+    // The collation key of a name. It is costly to make and cheap to compare.
     virtual std::string sortKey(std::string_view name) const = 0;
-    // Whether the first name comes before the second in the user's order, whatever the case of their letters.
+    // Whether the first name sorts before the second in the user's order, ignoring case.
     virtual bool isAscending(const std::string& firstKey, const std::string& secondKey) const = 0;
 };
 

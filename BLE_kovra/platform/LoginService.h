@@ -10,10 +10,10 @@ enum class LoginStatus { notRegistered = 0, enabled = 1, requiresApproval = 2, n
 class LoginService {
   public:
     virtual ~LoginService() = default;
-    // Read afresh at every call.
+    // Read from the system at each call.
     virtual LoginStatus status() const = 0;
 
-    // What comes of these two is seen by reading the status again.
+    // Read the status again to see the result of these two.
     virtual Outcome registerApplication() = 0;
     virtual Outcome unregisterApplication() = 0;
 };

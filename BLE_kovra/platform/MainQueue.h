@@ -6,25 +6,25 @@
 
 namespace kovra {
 
-// A delayed block that can still be called off. Letting go of it calls nothing off.
+// A delayed block that can be cancelled. Destroying the task does not cancel the block.
 class DelayedTask {
   public:
     virtual ~DelayedTask() = default;
-    // A block that has not started never runs. Afterwards, and a second time, it does nothing.
+    // Keeps a block that has not started from running. Otherwise does nothing.
     virtual void cancel() = 0;
 };
 
-// The one queue of the one thread: whatever is to happen later happens here, first in, first out.
+// The queue of the main thread, first in, first out.
 //
-// A block never runs inside async or asyncAfter, only when the event loop turns. Blocks that a turn adds run in the
-// next one. Once the application has terminated no block runs any more.
+// A block never runs inside async() or asyncAfter(), only from the event loop. A block queued during one turn runs in
+// the next. After the application has terminated, no block runs.
 class MainQueue {
   public:
     using Block = std::function<void()>;
 
     virtual ~MainQueue() = default;
     virtual void async(Block block) = 0;
-    // Never earlier than `delay` from now. The clock stands still while the machine sleeps.
+    // Runs the block no earlier than `delay` from now. The clock stops while the machine sleeps.
     virtual std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) = 0;
 };
 

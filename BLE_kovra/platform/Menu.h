@@ -9,7 +9,7 @@ namespace kovra {
 
 enum class MenuItemState { off = 0, on = 1 };
 
-// What choosing an item does. `perform` is never empty where there is a name.
+// The action of a menu item. `perform` is never empty if there is a name.
 struct MenuAction {
     std::string name;
     std::function<void()> perform;
@@ -22,18 +22,18 @@ struct MenuItem {
         return item;
     }
 
-    std::string title;  // shown as it is: no character in it marks a mnemonic
+    std::string title;  // shown literally, without mnemonics
     std::optional<MenuAction> action;
     std::string keyEquivalent;           // one character, with the desktop's command key (Ctrl); empty for none
-    int tag = 0;                         // how an item is found again; 0 for none
-    std::optional<MenuItemState> state;  // set for an item that can carry a check mark
+    int tag = 0;                         // identifies the item; 0 for none
+    std::optional<MenuItemState> state;  // set for an item with a check mark
     bool isEnabled = true;
     bool isSeparator = false;
 };
 
-// From top to bottom.
+// The items from top to bottom.
 struct Menu {
-    // The first item with this tag; null where there is none.
+    // The first item with this tag, or null.
     MenuItem* itemWithTag(int tag) {
         for (MenuItem& item : items) {
             if (item.tag == tag) return &item;

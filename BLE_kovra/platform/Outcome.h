@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// What came of an action that the system may refuse: success, or the system's own reason in the user's language.
+// The result of an operation: success, or the system's error message in the user's language.
 class [[nodiscard]] Outcome {
   public:
     static Outcome success() { return Outcome(std::nullopt); }

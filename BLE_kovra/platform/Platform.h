@@ -18,8 +18,8 @@ class SystemLog;
 class WindowHost;
 class Workspace;
 
-// All that the program asks of the system it runs on. Only the entry point, the delegate and the shared() accessors see
-// the whole of it; every other class takes the two or three services that it needs.
+// All services of the operating system. Only the entry point, the delegate and the shared() accessors see the whole
+// struct; every other class takes the two or three services that it needs.
 struct Platform {
     Application& application;
     MainQueue& mainQueue;
@@ -37,8 +37,8 @@ struct Platform {
     Workspace& workspace;
     Bundle& bundle;
 
-    // The services of this process, which have to outlive it. install() comes first; without it, current() stops the
-    // process.
+    // The services of this process, which must outlive their users. current() aborts unless install() was called
+    // before.
     static void install(const Platform& platform);
     static void install(Platform&&) = delete;
     static const Platform& current();

@@ -9,28 +9,27 @@
 
 namespace kovra {
 
-// A program to run: the absolute path of its file, and its arguments without the name.
+// A program to run: its absolute path and its arguments, without the program's name.
 struct Command {
     std::string executable;
     std::vector<std::string> arguments;
     bool operator==(const Command&) const = default;
 };
 
-// Starts other programs. Once the application terminates it starts none.
+// Starts other programs, until the application terminates.
 class ProcessRunner {
   public:
-    // Far above what any program has to say: 256 MiB. One that writes without end is not to take all memory.
+    // 256 MiB, far above any real output. Keeps a program that writes without end from using up the memory.
     static constexpr std::size_t longestOutput = std::size_t{256} << 20;
 
     virtual ~ProcessRunner() = default;
 
-    // Runs the program to its end and returns every byte that it wrote, standard output and standard error through one
-    // pipe in the order of writing, whatever its exit status. Null if it could not be started or the application
-    // terminates first, and if it writes more than the longest output: it is then told to end. Meanwhile the main queue
-    // goes on: this blocks its caller alone.
+    // Runs the program to its end and returns its output, whatever its exit status. Standard output and standard error
+    // share one pipe. Null if the program cannot be started, if the application terminates first, or if the output
+    // exceeds the limit; a running program is then terminated. Blocks only the caller; the main queue keeps running.
     virtual std::optional<std::string> output(const Command& command) = 0;
 
-    // Starts the program, with the streams as this process has them, and lets it go.
+    // Starts the program with this process's standard streams and does not wait for it.
     virtual Outcome start(const Command& command) = 0;
 };
 

@@ -8,32 +8,31 @@
 
 namespace kovra {
 
-// The part of a status item that shows a picture.
+// The part of a status item that shows an image.
 class StatusBarButton {
   public:
     virtual ~StatusBarButton() = default;
     virtual void setImage(const Drawing& image) = 0;
     virtual bool hasImage() const = 0;
-    // A template image is painted in the bar's own colour, light or dark: its black is only a mask. Setting an image
-    // takes this back.
+    // A template image is drawn in the bar's own color; its black is only a mask. setImage() resets this.
     virtual void setImageIsTemplate(bool isTemplate) = 0;
-    // What the picture says, for screen readers and for who rests the pointer on it.
+    // The description of the image, for the tool tip and for screen readers.
     virtual void setToolTip(const std::string& text) = 0;
 };
 
-// One program's place in the desktop's bar. It shows what it was given last, as soon as and whenever there is a bar;
-// with no bar at all the program notices nothing. What is already shown is not sent again.
+// The program's item in the desktop's bar. It shows the last image, tool tip and menu whenever there is a bar; a
+// missing bar is not an error. Values that are already shown are not sent again.
 class StatusItem {
   public:
     virtual ~StatusItem() = default;
 
-    // Null where the item has none.
+    // Null if the item has no button.
     virtual StatusBarButton* button() = 0;
 
-    // A click on the item opens the menu; choosing an enabled item performs its action, from the event loop. After a
-    // choice the bar is told again what is checked, since bars flip check marks by themselves.
+    // A click on the item opens the menu. Choosing an enabled item performs its action from the event loop. The check
+    // marks are then sent again, since some bars toggle them by themselves.
     virtual void setMenu(Menu menu) = 0;
-    // The item's check mark. Does nothing without a menu, or without an item of that tag.
+    // Sets the check mark of a menu item. Does nothing without a menu or an item with this tag.
     virtual void setState(int tag, MenuItemState state) = 0;
 };
 
@@ -43,7 +42,7 @@ class StatusBar {
     static constexpr double variableLength = -1;  // as wide as its icon
 
     virtual ~StatusBar() = default;
-    // The item stays in the bar for as long as it lives.
+    // The item stays in the bar until it is destroyed.
     virtual std::unique_ptr<StatusItem> statusItem(double length) = 0;
 };
 

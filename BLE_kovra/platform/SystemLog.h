@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The system's log. A line arrives as it is given: it is no format and nothing in it is replaced.
+// The system log. Lines are logged literally, not as format strings.
 class SystemLog {
   public:
     virtual ~SystemLog() = default;

@@ -6,16 +6,16 @@
 
 namespace kovra {
 
-// One decoded character. `length` is the number of bytes that it took, at least 1.
+// One decoded character. `length` is its number of bytes, at least 1.
 struct Utf8Character {
     char32_t codePoint;
     std::size_t length;
     bool valid;  // false: no character begins here, codePoint is U+FFFD
 };
 
-// Decodes the first character of a text that is not empty. Overlong forms, surrogates, numbers past U+10FFFF and torn
-// sequences are not valid; the length then covers the longest beginning of a character (so that one U+FFFD stands for
-// it), at least one byte.
+// Decodes the first character of a non-empty text. Overlong forms, surrogates, code points past U+10FFFF and truncated
+// sequences are invalid. Their length is that of the longest prefix of a character, for which one U+FFFD stands, and at
+// least one byte.
 constexpr Utf8Character decodeUtf8(std::string_view text) {
     constexpr char32_t replacement = 0xFFFD;
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
@@ -47,7 +47,7 @@ constexpr bool isUtf8(std::string_view text) {
     return true;
 }
 
-// The text with U+FFFD for each piece of it that is not valid UTF-8.
+// The text with each invalid piece replaced by U+FFFD.
 inline std::string validUtf8(std::string_view text) {
     std::string result;
     result.reserve(text.size());

@@ -10,14 +10,13 @@
 
 namespace kovra {
 
-// What a window shows, as a value: a tree that reads from top to bottom and says what is there and how it is arranged.
-// A front end realises it with the desktop's own controls and decides nothing. Lengths are points. Texts are plain:
-// no character in them is markup or marks a mnemonic.
+// The content of a window as a value: a tree of controls and their arrangement, from top to bottom. A front end renders
+// it with the desktop's own controls. Lengths are in points. Texts are plain, without markup and mnemonics.
 struct View;
 
 enum class Alignment { leading, center };
 
-// The desktop's text styles and colours by role. `standard` is what a text has that is given no font.
+// The desktop's text styles and colors by role. `standard` applies to a text without a font.
 enum class Font { standard, headline, body, subheadline, caption, caption2 };
 enum class Color { primary, secondary, green, gray };
 
@@ -32,23 +31,23 @@ struct Circle {
     bool operator==(const Circle&) const = default;
 };
 
-// A check box with its label, the one child. `set` is given what the user made of it.
+// A check box; its only child is the label. `set` receives the state that the user chose.
 struct Toggle {
     bool isOn = false;
     std::function<void(bool isOn)> set;
 };
 
-// A group of radio buttons with a title. `select` is given the tag of what the user chose, also when it was the choice
-// already.
+// A group of radio buttons with a title. `select` receives the tag of the option that the user chose, even if it was
+// already selected.
 struct Picker {
     struct Option {
         std::string title;
-        std::string tag;  // of its own among the options
+        std::string tag;  // unique among the options
         bool operator==(const Option&) const = default;
     };
     std::string title;
     std::vector<Option> options;
-    std::string selection;  // the tag of one of them
+    std::string selection;  // the tag of the selected option
     std::function<void(const std::string& tag)> select;
 };
 
@@ -63,12 +62,12 @@ struct Divider {
     bool operator==(const Divider&) const = default;
 };
 
-// Takes what room there is left in its stack.
+// Takes the remaining space of its stack.
 struct Spacer {
     bool operator==(const Spacer&) const = default;
 };
 
-// The children one after the other. Without a spacing it is the desktop's own.
+// Arranges its children in a row or a column. Without a spacing, the desktop's default applies.
 struct Stack {
     enum class Axis { horizontal, vertical };
     Axis axis = Axis::vertical;
@@ -77,12 +76,12 @@ struct Stack {
     bool operator==(const Stack&) const = default;
 };
 
-// Shows its one child through an opening, and scrolls it up and down with a scroll bar. It is no higher than the child.
+// Scrolls its only child vertically. It is never higher than the child.
 struct ScrollView {
     bool operator==(const ScrollView&) const = default;
 };
 
-// Modifiers, for a view and all in it.
+// Modifiers apply to a view and its descendants.
 struct FontModifier {
     Font font = Font::standard;
     bool bold = false;
@@ -97,7 +96,7 @@ struct Padding {
     double vertical = 0;    // at the top, and at the bottom
     bool operator==(const Padding&) const = default;
 };
-// What is not given is as the view in it has it.
+// A size that is not set is that of the content.
 struct Frame {
     static constexpr double unbounded = std::numeric_limits<double>::infinity();
     std::optional<double> width = std::nullopt;
@@ -107,7 +106,7 @@ struct Frame {
     Alignment alignment = Alignment::center;
     bool operator==(const Frame&) const = default;
 };
-// A text that is as large as it needs: vertical alone, it wraps to its width and is never cut.
+// Gives a text its full size. With `vertical` alone the text wraps at its width and is never truncated.
 struct FixedSize {
     bool horizontal = false;
     bool vertical = false;
@@ -119,9 +118,9 @@ struct View {
     using Kind = std::variant<Text, Circle, Toggle, Picker, Link, Divider, Spacer, Stack, ScrollView>;
 
     Kind kind;
-    std::vector<View> children;       // of a stack; the one of a scroll view; a toggle's label
+    std::vector<View> children;       // of a stack; the only child of a scroll view; a toggle's label
     std::vector<Modifier> modifiers;  // the innermost first
-    // Known by this among its siblings, wherever it stands; where empty, by its position.
+    // Identifies the view among its siblings. If it is empty, the position does.
     std::string id;
 
     View&& identified(std::string by) && {
@@ -144,14 +143,14 @@ struct View {
     }
 };
 
-// How a view's texts look, as the views around it and its own modifiers say; the innermost counts.
+// The style of a view's texts. The innermost modifier wins.
 struct TextRole {
     Font font = Font::standard;
     bool bold = false;
     Color color = Color::primary;
     bool operator==(const TextRole&) const = default;
 
-    // As it is inside these modifiers.
+    // The style inside these modifiers.
     TextRole inside(const std::vector<Modifier>& modifiers) const {
         const FontModifier* innermostFont = nullptr;
         const ForegroundColor* innermostColor = nullptr;

@@ -11,13 +11,13 @@
 
 namespace kovra {
 
-// What realises the views inside another, kept in step with them: each is known by its view's id, or by its position
-// where there is none, and goes on for as long as its isFor() has it. What is in both stays, whatever its place.
+// The elements that render the children of a view. An element belongs to the view with its id, or at its position if
+// there is no id. It is reused while its isFor() accepts that view, even if the view has moved.
 template <typename Element>
 class ViewChildren {
   public:
-    // make(view, position) gives a new element; keep(element, view, position) has one show its view as it is now.
-    // Returns those that no view is there for any more.
+    // make(view, position) returns a new element; keep(element, view, position) updates a reused one. Returns the
+    // elements that no view uses any more.
     template <typename Make, typename Keep>
     std::vector<std::unique_ptr<Element>> show(const std::vector<View>& views, Make make, Keep keep) {
         std::unordered_map<std::string, std::unique_ptr<Element>> before;
@@ -35,9 +35,9 @@ class ViewChildren {
                 elements_.push_back(make(views[i], i));
             }
         }
-        std::vector<std::unique_ptr<Element>> gone;
-        for (auto& [key, element] : before) gone.push_back(std::move(element));
-        return gone;
+        std::vector<std::unique_ptr<Element>> unused;
+        for (auto& [key, element] : before) unused.push_back(std::move(element));
+        return unused;
     }
 
     auto begin() const { return elements_.begin(); }
@@ -46,7 +46,7 @@ class ViewChildren {
     Element* first() const { return elements_.empty() ? nullptr : elements_.front().get(); }
 
   private:
-    // An id that looks like a position is none.
+    // The prefixes keep an id from being taken for a position.
     static std::string key(const View& view, std::size_t position) {
         return view.id.empty() ? "#" + std::to_string(position) : "=" + view.id;
     }

@@ -4,11 +4,11 @@
 
 namespace kovra {
 
-// The desktop with its other programs.
+// Opens URLs with the desktop's other programs.
 class Workspace {
   public:
     virtual ~Workspace() = default;
-    // Hands the URL to the program that the user has for it. Returns at once; what comes of it is not told.
+    // Opens the URL with the user's default program. Returns at once and reports no errors.
     virtual void open(const std::string& url) = 0;
 };
 

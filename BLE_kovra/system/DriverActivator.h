@@ -6,8 +6,8 @@ class FileSystem;
 class ProcessRunner;
 class SystemLog;
 
-// The virtual device by which the trackpad is muted: an extension of the system, from an outside party, that the user
-// has to allow. Nothing is remembered between two calls.
+// The driver of the virtual device through which the trackpad is muted: a third party's system extension, which the
+// user has to allow. No state is kept between calls.
 class DriverActivator {
   public:
     static constexpr const char* extensionID = "org.pqrs.Karabiner-DriverKit-VirtualHIDDevice";
@@ -22,8 +22,8 @@ class DriverActivator {
     // "activated" and "enabled". False if the tool fails or its output is not UTF-8.
     bool isExtensionActive() const;
 
-    // Starts the extension's own manager, which asks the system to activate it; the system asks the user. What comes of
-    // it is not waited for. A manager that is missing or does not start is one line in the log.
+    // Starts the extension's own manager, which requests the activation, and does not wait for it. Logs one line if the
+    // manager is missing or cannot be started.
     void activate(bool force) const;
 
   private:

@@ -8,7 +8,7 @@ class DriverActivator;
 class L10n;
 
 struct DriverSetup {
-    // Explains why the driver is needed and, if the user agrees, has it activated. Returns when the user has answered.
+    // Explains why the driver is needed, waits for the answer, and activates the driver if the user agrees.
     static void showExplanation(Application& application, AlertPresenter& alerts, const DriverActivator& driver,
                                 const L10n& texts);
 };

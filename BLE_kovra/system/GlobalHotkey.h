@@ -7,8 +7,7 @@
 
 namespace kovra {
 
-// Ctrl+Opt+T, from whichever window. It does not know what a press is good for, nor whether the desktop gave it the
-// key: another program may hold it, and then there simply are no presses.
+// The global hot key Ctrl+Opt+T. If another program holds the key, there are no presses and no error.
 class GlobalHotkey {
   public:
     static constexpr HotKey hotKey{.keyCode = HotKey::ansiT,
@@ -18,15 +17,16 @@ class GlobalHotkey {
 
     explicit GlobalHotkey(HotKeyService& service) : service_(service) {}
 
-    // The program's one instance, never released.
+    // The process-wide instance, never destroyed.
     static GlobalHotkey& shared();
 
-    // Called on every press, inside the desktop's event; without it presses are swallowed. May be replaced at any time.
+    // Called for each press, inside the desktop's event. Without a trigger, presses are swallowed. May be replaced at
+    // any time.
     std::function<void()> onTrigger;
 
-    // Installs the handler, then registers the hot key. Called once.
+    // Installs the handler, then registers the hot key. Call it once.
     void registerHotKey();
-    // Takes back what there is to take back. The teardown of this object does not.
+    // Unregisters the hot key, then removes the handler, as far as the desktop granted them.
     void unregister();
 
   private:

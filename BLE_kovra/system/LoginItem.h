@@ -6,8 +6,8 @@ class LoginService;
 class SystemLog;
 
 struct LoginItem {
-    // Has the desktop start the program at login if it does not, and no longer if it does. A refusal is one line in the
-    // log; what is so then is seen by reading the status again.
+    // Registers the program to start at login, or unregisters it if it is enabled. A failure is logged in one line.
+    // Read the status again to see the result.
     static void toggle(LoginService& service, SystemLog& log);
 };
 

@@ -37,13 +37,13 @@ TEST(AboutBoxTest, NamesTheProgramAndItsVersion) {
     EXPECT_EQ(rig.run().messageText, "BLE-kovra 2.5.1 beta");
 }
 
-TEST(AboutBoxTest, SaysOneDotZeroWhereTheBundleHasNoVersion) {
+TEST(AboutBoxTest, ShowsOneDotZeroWithoutAVersion) {
     AboutRig rig;
     rig.bundle.values["CFBundleVersion"] = std::string("7");
     EXPECT_EQ(rig.run().messageText, "BLE-kovra 1.0");
 }
 
-TEST(AboutBoxTest, SaysOneDotZeroWhereTheVersionIsNoText) {
+TEST(AboutBoxTest, ShowsOneDotZeroIfTheVersionIsNoText) {
     for (const InfoValue& value : {InfoValue(2.5), InfoValue(true)}) {
         AboutRig rig;
         rig.bundle.values["CFBundleShortVersionString"] = value;
@@ -51,13 +51,13 @@ TEST(AboutBoxTest, SaysOneDotZeroWhereTheVersionIsNoText) {
     }
 }
 
-TEST(AboutBoxTest, TakesAnEmptyVersionAsItStands) {
+TEST(AboutBoxTest, ShowsAnEmptyVersionUnchanged) {
     AboutRig rig;
     rig.bundle.values["CFBundleShortVersionString"] = std::string();
     EXPECT_EQ(rig.run().messageText, "BLE-kovra ");
 }
 
-TEST(AboutBoxTest, SaysTheRestInTheUsersLanguage) {
+TEST(AboutBoxTest, IsInTheUsersLanguage) {
     for (const L10n::Lang language : L10n::allLanguages) {
         AboutRig rig(std::string(L10n::rawValue(language)).c_str());
         const Alert about = rig.run();
@@ -90,11 +90,16 @@ TEST(AboutBoxTest, ItsSecondButtonBeginsAMessageToTheSupport) {
     EXPECT_EQ(rig.workspace.opened, Texts{"mailto:support@ble-kovra.example"});
 }
 
-TEST(MailLinkTest, IsTheAddressBehindItsScheme) {
+TEST(MailLinkTest, IsTheSchemeAndTheAddress) {
     EXPECT_EQ(mailLink("someone+tag@example.org"), "mailto:someone+tag@example.org");
 }
 
-TEST(MailLinkTest, IsNoneWhereACharacterMayNotStandInAURL) {
+TEST(MailLinkTest, AcceptsEveryCharacterOfAURL) {
+    const std::string characters = "azAZ09-._~:/?#[]@!$&'()*+,;=%";
+    EXPECT_EQ(mailLink(characters), "mailto:" + characters);
+}
+
+TEST(MailLinkTest, IsNullForACharacterThatAURLMayNotContain) {
     for (const char* address : {"", "two words@example.org", "a\n@example.org", "ü@example.org", "<a@example.org>"})
         EXPECT_EQ(mailLink(address), std::nullopt) << address;
 }

@@ -1,4 +1,4 @@
-// The delegate's side of the status item: what it shows, and what its menu does.
+// The status item as the delegate drives it: what it shows and what its menu does.
 
 #include <gtest/gtest.h>
 
@@ -76,7 +76,7 @@ TEST(AppDelegateStatusItemTest, HasTheWholeMenuFromTheStart) {
     EXPECT_EQ(dump(*rig.statusBar.menu), dump(makeStatusMenu(rig.texts, {}, on, off)));
 }
 
-TEST(AppDelegateStatusItemTest, CarriesTheCheckMarkOfTheSwitchThatWasSaved) {
+TEST(AppDelegateStatusItemTest, ShowsTheSavedSwitch) {
     Computer computer;
     computer.preferences.stored.emplace("isEnabled", false);
     AppRig rig(computer);
@@ -91,7 +91,7 @@ TEST(AppDelegateStatusItemTest, RefreshesTheSwitchThenTheLoginItemThenTheIcon) {
     EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 1 on", "tag 2 off", "plain image", "template"}));
 }
 
-TEST(AppDelegateStatusItemTest, EntriesThatLeadToWindowsChangeNothing) {
+TEST(AppDelegateStatusItemTest, ItemsThatOpenWindowsChangeNothing) {
     LaunchedRig rig;
     rig.statusBar.calls.clear();
     for (const std::size_t position : {settings, activate, about}) rig.choose(position);
@@ -127,7 +127,7 @@ TEST(AppDelegateStatusItemTest, ChoosingLaunchAtLoginTogglesItAndRefreshesNothin
     EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 2 on", "tag 2 off"}));
 }
 
-TEST(AppDelegateStatusItemTest, ARefusedToggleLeavesTheCheckMarkAsTheSystemHasIt) {
+TEST(AppDelegateStatusItemTest, AFailedToggleShowsTheSystemsStatus) {
     LaunchedRig rig;
     rig.login.current = LoginStatus::enabled;
     rig.login.reasonToFail = "Disk full";
@@ -136,7 +136,7 @@ TEST(AppDelegateStatusItemTest, ARefusedToggleLeavesTheCheckMarkAsTheSystemHasIt
     EXPECT_EQ(rig.log.lines, Texts{"ble-kovra: не удалось переключить автозапуск: Disk full"});
 }
 
-TEST(AppDelegateStatusItemTest, WithoutAButtonTheMenuWorksAllTheSame) {
+TEST(AppDelegateStatusItemTest, TheMenuWorksWithoutAButton) {
     Rig rig;
     rig.statusBar.hasButton = false;
     rig.launch();
@@ -153,7 +153,7 @@ TEST(AppDelegateStatusItemTest, AnImageThatCouldNotBeMadeIsNotFlagged) {
     EXPECT_EQ(std::count(rig.statusBar.calls.begin(), rig.statusBar.calls.end(), "template"), 0);
 }
 
-TEST(AppDelegateStatusItemTest, WithoutAMenuTheIconIsShownAllTheSame) {
+TEST(AppDelegateStatusItemTest, TheIconIsShownWithoutAMenu) {
     Computer computer;
     computer.statusBar.keepsMenus = false;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
@@ -163,7 +163,7 @@ TEST(AppDelegateStatusItemTest, WithoutAMenuTheIconIsShownAllTheSame) {
     EXPECT_TRUE(computer.statusBar.hasSlash());
 }
 
-TEST(AppDelegateStatusItemTest, ItsActionsDoNothingOnceTheDelegateIsGone) {
+TEST(AppDelegateStatusItemTest, ItsActionsDoNothingWithoutTheDelegate) {
     LaunchedRig rig;
     const Menu menu = *rig.statusBar.menu;
     rig.delegate.reset();
@@ -174,14 +174,14 @@ TEST(AppDelegateStatusItemTest, ItsActionsDoNothingOnceTheDelegateIsGone) {
     EXPECT_FALSE(rig.application.terminated);
 }
 
-TEST(AppDelegateStatusItemDeathTest, RefreshingBeforeThereIsAnItemStopsTheProcess) {
+TEST(AppDelegateStatusItemDeathTest, RefreshingWithoutAnItemStopsTheProcess) {
     const Rig rig;
     EXPECT_EXIT(rig.delegate->refreshUI(), testing::KilledBySignal(SIGABRT), "");
     EXPECT_EXIT(rig.delegate->toggleLaunchAtLogin(), testing::KilledBySignal(SIGABRT), "");
     EXPECT_EXIT(rig.delegate->evaluate(), testing::KilledBySignal(SIGABRT), "");
 }
 
-TEST(AppDelegateStatusItemDeathTest, ADesktopThatGivesNoItemStopsTheProcess) {
+TEST(AppDelegateStatusItemDeathTest, AMissingItemStopsTheProcess) {
     Rig rig;
     rig.statusBar.givesItems = false;
     EXPECT_EXIT(rig.delegate->setupStatusItem(), testing::KilledBySignal(SIGABRT), "");

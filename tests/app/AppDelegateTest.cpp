@@ -25,7 +25,7 @@ struct LaunchedRig : Computer, AppRig {
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
-TEST(AppDelegateTest, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
+TEST(AppDelegateTest, SavesTheStoredValueInsteadOfTheAnnouncedOne) {
     LaunchedRig rig;
     rig.state.isEnabled.set(false);
     rig.state.isEnabled.set(true);
@@ -36,7 +36,7 @@ TEST(AppDelegateTest, SavesWhatStandsWhenItsTurnComesNotWhatWasAnnounced) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegateTest, AnnouncesEveryEvaluationAlsoAnUnchangedOne) {
+TEST(AppDelegateTest, AnnouncesEveryEvaluationEvenIfUnchanged) {
     LaunchedRig rig;
     std::vector<bool> heard;
     const Subscription token =
@@ -60,7 +60,7 @@ TEST(AppDelegateTest, KeepsItsDecisionWhenTheFlagCannotBeWritten) {
     EXPECT_EQ(rig.flag(), "on");
 }
 
-TEST(AppDelegateTest, DecidesOnceMoreOneTurnLaterWhenWhatWasRefusedMaySucceed) {
+TEST(AppDelegateTest, DecidesAgainOneTurnAfterAResume) {
     LaunchedRig rig;
     int evaluations = 0;
     const Subscription token = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
@@ -74,7 +74,7 @@ TEST(AppDelegateTest, DecidesOnceMoreOneTurnLaterWhenWhatWasRefusedMaySucceed) {
     EXPECT_TRUE(rig.preferences.saves.empty());
 }
 
-TEST(AppDelegateTest, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
+TEST(AppDelegateTest, IgnoresAResumeAfterItsEndOrDestruction) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.queue.run();
@@ -93,7 +93,7 @@ TEST(AppDelegateTest, DecidesNoMoreForThatOnceItHasEndedOrIsGone) {
     EXPECT_EQ(evaluations, 0);
 }
 
-TEST(AppDelegateTest, FlipsTheSwitchThenBeepsAtTheHotKey) {
+TEST(AppDelegateTest, TogglesTheSwitchThenBeepsAtTheHotKey) {
     LaunchedRig rig;
     std::string order;
     const Subscription token = rig.state.isEnabled.subscribe(
@@ -110,7 +110,7 @@ TEST(AppDelegateTest, FlipsTheSwitchThenBeepsAtTheHotKey) {
     EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
 }
 
-TEST(AppDelegateTest, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
+TEST(AppDelegateTest, OnlyBeepsAtTheHotKeyAfterItsDestruction) {
     LaunchedRig rig;
     rig.delegate.reset();
     rig.hotKeys.press();
@@ -119,7 +119,7 @@ TEST(AppDelegateTest, OnlyBeepsAtTheHotKeyOnceTheDelegateIsGone) {
     EXPECT_TRUE(rig.state.isEnabled.get());
 }
 
-TEST(AppDelegateTest, DoesNothingForQueuedWorkOnceItIsGone) {
+TEST(AppDelegateTest, SkipsQueuedWorkAfterItsDestruction) {
     LaunchedRig rig;
     rig.state.mode.set(Mode::always);
     rig.delegate.reset();
@@ -128,7 +128,7 @@ TEST(AppDelegateTest, DoesNothingForQueuedWorkOnceItIsGone) {
     EXPECT_EQ(rig.flagWrites(), Texts{"off"});
 }
 
-TEST(AppDelegateTest, DecidesNoMoreOnceItsWorkWasItsEnd) {
+TEST(AppDelegateTest, DoesNotDecideIfTheWorkDestroyedIt) {
     LaunchedRig rig;
     int evaluations = 0;
     const auto counting = rig.state.blocking.subscribe([&](bool) { ++evaluations; }, CurrentValue::drop);
@@ -139,7 +139,7 @@ TEST(AppDelegateTest, DecidesNoMoreOnceItsWorkWasItsEnd) {
     EXPECT_EQ(evaluations, 0);
 }
 
-TEST(AppDelegateTest, IsHeldAliveByNoHandler) {
+TEST(AppDelegateTest, IsNotKeptAliveByItsHandlers) {
     LaunchedRig rig;
     const std::weak_ptr<AppDelegate> watch = rig.delegate;
     rig.hid.attach(mouse);
@@ -148,7 +148,7 @@ TEST(AppDelegateTest, IsHeldAliveByNoHandler) {
     EXPECT_TRUE(watch.expired());
 }
 
-TEST(AppDelegateTest, LeavesOffAlsoWhenItEndsInTheMidstOfABlock) {
+TEST(AppDelegateTest, LeavesOffEvenIfABlockQuits) {
     LaunchedRig rig;
     rig.state.selectedIDs.set({mouse.key()});
     rig.queue.run();

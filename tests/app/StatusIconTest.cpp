@@ -25,7 +25,7 @@ segment 3,3 to 15,15 width 1.6
 )");
 }
 
-TEST(StatusIconTest, IsWhatTheApplicationsIconShowsInColour) {
+TEST(StatusIconTest, MatchesTheApplicationIcon) {
     const auto layers = applicationIcon().layers;
     for (const Stroke& stroke : makeIcon(true).strokes) {
         EXPECT_TRUE(std::any_of(layers.begin(), layers.end(), [&](const auto& layer) {

@@ -87,7 +87,7 @@ Salir (q) -> quit
 )");
 }
 
-TEST(StatusMenuTest, ShowsBothCheckMarksAsTheyAreGiven) {
+TEST(StatusMenuTest, ShowsBothCheckMarks) {
     EXPECT_TRUE(menuIn("en", off, on).starts_with("[ ] Mute trackpad"));
     EXPECT_NE(menuIn("en", off, on).find("[x] Launch at login"), std::string::npos);
 }
@@ -111,7 +111,7 @@ TEST(StatusMenuTest, EachItemPerformsItsOwnAction) {
     EXPECT_EQ(performed, named);
 }
 
-TEST(StatusMenuTest, FindsItemsByTagAndNothingByATagThatNoneHas) {
+TEST(StatusMenuTest, FindsItemsByTag) {
     Menu menu = makeStatusMenu(L10n({"en"}), {}, on, off);
     EXPECT_EQ(menu.itemWithTag(StatusMenuTag::launchAtLogin), &menu.items[3]);
     EXPECT_EQ(menu.itemWithTag(3), nullptr);

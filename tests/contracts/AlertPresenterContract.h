@@ -12,10 +12,10 @@
 
 namespace kovra {
 
-// What everybody promises who presents alerts. A Driver makes one with its queue: `alerts()` and `queue()`;
-// `meanwhile(title, block)`: the block runs from the queue once the alert of this title is open and the topmost;
-// `willAnswer(title, button)`: the user then answers it so, counted from 0, or by closing it; `shown()`, the titles of
-// all that were open so far, in order; and `terminate()`, which does what the application's end does to them.
+// The contract of AlertPresenter. A Driver provides an instance and its queue: `alerts()` and `queue()`.
+// `meanwhile(title, block)` queues the block once the alert with this title is open and topmost. `willAnswer(title,
+// button)` then presses this button, counted from 0, or closes the alert. `shown()` returns the titles of all alerts
+// opened so far. `terminate()` acts as the end of the application.
 template <typename Driver>
 class AlertPresenterContract : public testing::Test {
   protected:
@@ -43,7 +43,7 @@ TYPED_TEST_P(AlertPresenterContract, ReturnsTheButtonThatEndedIt) {
     EXPECT_EQ(this->driver_.shown(), (std::vector<std::string>{"A", "B", "C"}));
 }
 
-TYPED_TEST_P(AlertPresenterContract, LetsTheQueueGoOnWhileAnAlertIsOpen) {
+TYPED_TEST_P(AlertPresenterContract, RunsTheQueueWhileAnAlertIsOpen) {
     bool hasGoneOn = false;
     this->driver_.meanwhile("A", [&] { this->driver_.queue().async([&] { hasGoneOn = true; }); });
     this->driver_.willAnswer("A", 0);
@@ -51,7 +51,7 @@ TYPED_TEST_P(AlertPresenterContract, LetsTheQueueGoOnWhileAnAlertIsOpen) {
     EXPECT_TRUE(hasGoneOn);
 }
 
-TYPED_TEST_P(AlertPresenterContract, StacksOneThatIsRunMeanwhileAboveIt) {
+TYPED_TEST_P(AlertPresenterContract, StacksANestedAlertAbove) {
     std::optional<AlertResponse> above;
     this->driver_.meanwhile("A", [&] { above = this->run("B"); });
     this->driver_.willAnswer("A", 0);
@@ -62,7 +62,7 @@ TYPED_TEST_P(AlertPresenterContract, StacksOneThatIsRunMeanwhileAboveIt) {
     EXPECT_EQ(this->returned_, (std::vector<std::string>{"B", "A"}));
 }
 
-TYPED_TEST_P(AlertPresenterContract, AbortsWhatIsOpenWhenTheApplicationTerminates) {
+TYPED_TEST_P(AlertPresenterContract, AbortsOpenAlertsWhenTheApplicationTerminates) {
     std::optional<AlertResponse> above;
     this->driver_.meanwhile("A", [&] { above = this->run("B"); });
     this->driver_.meanwhile("B", [&] { this->driver_.terminate(); });
@@ -73,15 +73,15 @@ TYPED_TEST_P(AlertPresenterContract, AbortsWhatIsOpenWhenTheApplicationTerminate
     EXPECT_EQ(this->returned_, (std::vector<std::string>{"B", "A"}));
 }
 
-TYPED_TEST_P(AlertPresenterContract, OpensNoneOnceTheApplicationHasTerminated) {
+TYPED_TEST_P(AlertPresenterContract, OpensNoAlertAfterTheApplicationHasTerminated) {
     this->driver_.terminate();
     this->driver_.willAnswer("A", 0);
     EXPECT_EQ(this->run("A"), AlertResponse::aborted);
     EXPECT_EQ(this->driver_.shown(), std::vector<std::string>{});
 }
 
-REGISTER_TYPED_TEST_SUITE_P(AlertPresenterContract, ReturnsTheButtonThatEndedIt, LetsTheQueueGoOnWhileAnAlertIsOpen,
-                            StacksOneThatIsRunMeanwhileAboveIt, AbortsWhatIsOpenWhenTheApplicationTerminates,
-                            OpensNoneOnceTheApplicationHasTerminated);
+REGISTER_TYPED_TEST_SUITE_P(AlertPresenterContract, ReturnsTheButtonThatEndedIt, RunsTheQueueWhileAnAlertIsOpen,
+                            StacksANestedAlertAbove, AbortsOpenAlertsWhenTheApplicationTerminates,
+                            OpensNoAlertAfterTheApplicationHasTerminated);
 
 }  // namespace kovra

@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// What every application promises. A Driver makes one with its queue: `application()`, `queue()`, and
-// `runOut(delegate)`, which runs the application until it ends.
+// The contract of Application. A Driver provides an instance and its queue: `application()` and `queue()`.
+// `runOut(delegate)` runs the application until it ends.
 template <typename Driver>
 class ApplicationContract : public testing::Test, protected ApplicationDelegate {
   protected:
@@ -34,13 +34,13 @@ class ApplicationContract : public testing::Test, protected ApplicationDelegate 
 
 TYPED_TEST_SUITE_P(ApplicationContract);
 
-TYPED_TEST_P(ApplicationContract, TellsOfItsLaunchAndOfItsEnd) {
+TYPED_TEST_P(ApplicationContract, NotifiesOfItsLaunchAndEnd) {
     this->whenLaunched_ = [this] { this->driver_.queue().async([this] { this->driver_.application().terminate(); }); };
     this->driver_.runOut(*this);
     EXPECT_EQ(this->events_, "launched terminates ");
 }
 
-TYPED_TEST_P(ApplicationContract, TellsOfItsEndFromInsideTheCall) {
+TYPED_TEST_P(ApplicationContract, NotifiesOfItsEndInsideTerminate) {
     this->whenLaunched_ = [this] {
         this->driver_.queue().async([this] {
             this->driver_.application().terminate();
@@ -67,7 +67,7 @@ TYPED_TEST_P(ApplicationContract, EndsOnce) {
     EXPECT_EQ(this->events_, "launched terminates ");
 }
 
-TYPED_TEST_P(ApplicationContract, RunsNothingQueuedFromItsEndOn) {
+TYPED_TEST_P(ApplicationContract, RunsNoQueuedBlockAfterItsEnd) {
     this->whenLaunched_ = [this] {
         this->driver_.queue().async([this] { this->driver_.application().terminate(); });
         this->driver_.queue().async([this] { this->events_ += "queued before "; });
@@ -77,7 +77,7 @@ TYPED_TEST_P(ApplicationContract, RunsNothingQueuedFromItsEndOn) {
     EXPECT_EQ(this->events_, "launched terminates ");
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ApplicationContract, TellsOfItsLaunchAndOfItsEnd, TellsOfItsEndFromInsideTheCall,
-                            MayEndWhileItLaunches, EndsOnce, RunsNothingQueuedFromItsEndOn);
+REGISTER_TYPED_TEST_SUITE_P(ApplicationContract, NotifiesOfItsLaunchAndEnd, NotifiesOfItsEndInsideTerminate,
+                            MayEndWhileItLaunches, EndsOnce, RunsNoQueuedBlockAfterItsEnd);
 
 }  // namespace kovra

@@ -7,7 +7,7 @@ namespace {
 class FakeDriver {
   public:
     PreferencesStore& store() { return store_; }
-    void startAgain() {}  // what is stored stays, as on a disk
+    void startAgain() {}  // the stored values persist
 
   private:
     FakePreferences store_;

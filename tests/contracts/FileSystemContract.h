@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// What every file system promises. A Driver makes one: `files()`, `path()` of a file that does not exist yet,
-// `content()` of that file, and `obstruct()`, after which no writing to that path can succeed.
+// The contract of FileSystem. A Driver provides `files()`, `path()` of a file that does not exist yet, and `content()`
+// of that file. After `obstruct()` no write to that path can succeed.
 template <typename Driver>
 class FileSystemContract : public testing::Test {
   protected:
@@ -20,7 +20,7 @@ class FileSystemContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(FileSystemContract);
 
-TYPED_TEST_P(FileSystemContract, MakesAMissingFile) {
+TYPED_TEST_P(FileSystemContract, CreatesAMissingFile) {
     EXPECT_TRUE(this->write("on"));
     EXPECT_EQ(this->driver_.content(), "on");
 }
@@ -40,14 +40,14 @@ TYPED_TEST_P(FileSystemContract, KeepsEveryByte) {
     EXPECT_EQ(this->driver_.content(), text);
 }
 
-TYPED_TEST_P(FileSystemContract, GivesTheReasonOfAFailure) {
+TYPED_TEST_P(FileSystemContract, ReturnsTheReasonOfAFailure) {
     this->driver_.obstruct();
     const Outcome outcome = this->write("on");
     EXPECT_FALSE(outcome);
     EXPECT_NE(outcome.reason(), "");
 }
 
-REGISTER_TYPED_TEST_SUITE_P(FileSystemContract, MakesAMissingFile, ReplacesTheWholeContent, KeepsEveryByte,
-                            GivesTheReasonOfAFailure);
+REGISTER_TYPED_TEST_SUITE_P(FileSystemContract, CreatesAMissingFile, ReplacesTheWholeContent, KeepsEveryByte,
+                            ReturnsTheReasonOfAFailure);
 
 }  // namespace kovra

@@ -13,16 +13,16 @@
 
 namespace kovra {
 
-using NamesTold = std::vector<std::string>;
+using ReportedNames = std::vector<std::string>;
 
-// What every HID manager promises. A Driver is a machine: `service()`, `attach(device)` which answers what it attached,
-// `detach(attached)`, `rename(attached, name)`, and `settle()`, which lets the event loop turn until there is nothing
-// more to tell.
+// The contract of HIDManager. A Driver is a machine: `service()`, `attach(device)`, which returns what it attached,
+// `detach(attached)`, `rename(attached, name)`, and `settle()`, which runs the event loop until there are no more
+// events.
 template <typename Driver>
 class HIDManagerContract : public testing::Test {
   protected:
-    // What a callback was told, and could still tell when the callback had returned.
-    struct Told {
+    // What a callback received, copied while the device was valid.
+    struct Report {
         bool isAttachment = false;
         std::optional<std::uint64_t> number;
         std::uint64_t handle = 0;
@@ -43,115 +43,116 @@ class HIDManagerContract : public testing::Test {
         driver_.settle();
     }
     void record(bool isAttachment, const HIDDevice& device) {
-        told_.push_back({isAttachment, device.registryEntryID(), device.handle(), device.integerProperty("VendorID"),
-                         device.integerProperty("ProductID"), device.stringProperty("Product")});
+        reports_.push_back({isAttachment, device.registryEntryID(), device.handle(), device.integerProperty("VendorID"),
+                            device.integerProperty("ProductID"), device.stringProperty("Product")});
     }
-    // The names told of, each after + or -.
-    NamesTold names() const {
-        NamesTold names;
-        for (const Told& told : told_) names.push_back((told.isAttachment ? "+" : "-") + told.name.value_or("?"));
+    // The reported names, each after + or -.
+    ReportedNames names() const {
+        ReportedNames names;
+        for (const Report& report : reports_)
+            names.push_back((report.isAttachment ? "+" : "-") + report.name.value_or("?"));
         return names;
     }
 
     Driver driver_;
-    std::vector<Told> told_;
+    std::vector<Report> reports_;
     std::unique_ptr<HIDManager> manager_;
 };
 
 TYPED_TEST_SUITE_P(HIDManagerContract);
 
-TYPED_TEST_P(HIDManagerContract, SaysNothingFromInsideOpen) {
+TYPED_TEST_P(HIDManagerContract, ReportsNothingInsideOpen) {
     this->driver_.attach(aMouse("apple"));
     this->makeManager();
     this->manager_->open();
-    EXPECT_TRUE(this->told_.empty());
+    EXPECT_TRUE(this->reports_.empty());
     this->driver_.settle();
-    EXPECT_EQ(this->told_.size(), 1U);
+    EXPECT_EQ(this->reports_.size(), 1U);
 }
 
-TYPED_TEST_P(HIDManagerContract, SaysNothingBeforeItIsOpened) {
+TYPED_TEST_P(HIDManagerContract, ReportsNothingBeforeItIsOpened) {
     this->makeManager();
     this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
-    EXPECT_TRUE(this->told_.empty());
+    EXPECT_TRUE(this->reports_.empty());
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsOfEachInterfaceThatIsAttachedAlready) {
+TYPED_TEST_P(HIDManagerContract, ReportsEachAttachedInterface) {
     this->driver_.attach(aMouse("apple").interfaces(2));
     this->driver_.attach(aMouse("pear"));
     this->open();
-    EXPECT_EQ(this->names(), (NamesTold{"+apple", "+apple", "+pear"}));
+    EXPECT_EQ(this->names(), (ReportedNames{"+apple", "+apple", "+pear"}));
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsNothingOfWhatWentBeforeItWasOpened) {
+TYPED_TEST_P(HIDManagerContract, IgnoresDevicesRemovedBeforeItIsOpened) {
     this->driver_.detach(this->driver_.attach(aMouse("apple")));
     this->open();
-    EXPECT_TRUE(this->told_.empty());
+    EXPECT_TRUE(this->reports_.empty());
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsOfWhatComesLater) {
+TYPED_TEST_P(HIDManagerContract, ReportsLaterAttachments) {
     this->open();
     this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
-    EXPECT_EQ(this->names(), (NamesTold{"+apple"}));
+    EXPECT_EQ(this->names(), (ReportedNames{"+apple"}));
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsOfARemovalUnderTheNumberOfTheAttachment) {
+TYPED_TEST_P(HIDManagerContract, ReportsARemovalWithTheNumberOfTheAttachment) {
     this->open();
     const auto mouse = this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
     this->driver_.detach(mouse);
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "-apple"}));
-    EXPECT_TRUE(this->told_[0].number.has_value());
-    EXPECT_EQ(this->told_[0].number, this->told_[1].number);
-    EXPECT_EQ(this->told_[0].handle, this->told_[1].handle);
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "-apple"}));
+    EXPECT_TRUE(this->reports_[0].number.has_value());
+    EXPECT_EQ(this->reports_[0].number, this->reports_[1].number);
+    EXPECT_EQ(this->reports_[0].handle, this->reports_[1].handle);
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsOfTheRemovalOfWhatWasThereBefore) {
+TYPED_TEST_P(HIDManagerContract, ReportsTheRemovalOfADevicePresentBefore) {
     const auto mouse = this->driver_.attach(aMouse("apple"));
     this->open();
     this->driver_.detach(mouse);
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "-apple"}));
-    EXPECT_EQ(this->told_[0].id(), this->told_[1].id());
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "-apple"}));
+    EXPECT_EQ(this->reports_[0].id(), this->reports_[1].id());
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsOfANewNameAsARemovalAndAnAttachment) {
+TYPED_TEST_P(HIDManagerContract, ReportsANewNameAsRemovalAndAttachment) {
     this->open();
     const auto mouse = this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
     this->driver_.rename(mouse, "pear");
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "-apple", "+pear"}));
-    EXPECT_EQ(this->told_[0].id(), this->told_[1].id());
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "-apple", "+pear"}));
+    EXPECT_EQ(this->reports_[0].id(), this->reports_[1].id());
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsEachInterfaceOfADeviceApart) {
+TYPED_TEST_P(HIDManagerContract, DistinguishesTheInterfacesOfADevice) {
     this->open();
     const auto mouse = this->driver_.attach(aMouse("apple").interfaces(2));
     this->driver_.settle();
     this->driver_.detach(mouse);
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "+apple", "-apple", "-apple"}));
-    EXPECT_NE(this->told_[0].id(), this->told_[1].id());
-    EXPECT_EQ(this->told_[0].id(), this->told_[2].id());
-    EXPECT_EQ(this->told_[1].id(), this->told_[3].id());
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "+apple", "-apple", "-apple"}));
+    EXPECT_NE(this->reports_[0].id(), this->reports_[1].id());
+    EXPECT_EQ(this->reports_[0].id(), this->reports_[2].id());
+    EXPECT_EQ(this->reports_[1].id(), this->reports_[3].id());
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsTwoDevicesOfOneModelApart) {
+TYPED_TEST_P(HIDManagerContract, DistinguishesTwoDevicesOfOneModel) {
     this->open();
     const auto first = this->driver_.attach(aMouse("apple"));
     const auto second = this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
     this->driver_.detach(second);
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "+apple", "-apple"}));
-    EXPECT_NE(this->told_[0].id(), this->told_[1].id());
-    EXPECT_EQ(this->told_[1].id(), this->told_[2].id());
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "+apple", "-apple"}));
+    EXPECT_NE(this->reports_[0].id(), this->reports_[1].id());
+    EXPECT_EQ(this->reports_[1].id(), this->reports_[2].id());
 }
 
-TYPED_TEST_P(HIDManagerContract, NeverUsesANumberAgain) {
+TYPED_TEST_P(HIDManagerContract, NeverReusesANumber) {
     this->open();
     const auto mouse = this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
@@ -159,20 +160,20 @@ TYPED_TEST_P(HIDManagerContract, NeverUsesANumberAgain) {
     this->driver_.settle();
     this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "-apple", "+apple"}));
-    EXPECT_NE(this->told_[0].id(), this->told_[2].id());
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "-apple", "+apple"}));
+    EXPECT_NE(this->reports_[0].id(), this->reports_[2].id());
 }
 
-TYPED_TEST_P(HIDManagerContract, GivesTheDevicesNumbersOnBothSides) {
+TYPED_TEST_P(HIDManagerContract, ReportsTheIDsAtAttachmentAndRemoval) {
     this->open();
     const auto mouse = this->driver_.attach(aMouse("apple").ids(4660, 22136));
     this->driver_.settle();
     this->driver_.detach(mouse);
     this->driver_.settle();
-    ASSERT_EQ(this->told_.size(), 2U);
-    for (const auto& told : this->told_) {
-        EXPECT_EQ(told.vendor, 4660);
-        EXPECT_EQ(told.product, 22136);
+    ASSERT_EQ(this->reports_.size(), 2U);
+    for (const auto& report : this->reports_) {
+        EXPECT_EQ(report.vendor, 4660);
+        EXPECT_EQ(report.product, 22136);
     }
 }
 
@@ -180,25 +181,25 @@ TYPED_TEST_P(HIDManagerContract, HasNoNameForANamelessDevice) {
     this->open();
     this->driver_.attach(aNamelessDevice());
     this->driver_.settle();
-    ASSERT_EQ(this->told_.size(), 1U);
-    EXPECT_EQ(this->told_[0].name, std::nullopt);
-    EXPECT_NE(this->told_[0].vendor, std::nullopt);
+    ASSERT_EQ(this->reports_.size(), 1U);
+    EXPECT_EQ(this->reports_[0].name, std::nullopt);
+    EXPECT_NE(this->reports_[0].vendor, std::nullopt);
 }
 
 TYPED_TEST_P(HIDManagerContract, HasNoNumbersForADeviceThatReportsNone) {
     this->open();
     this->driver_.attach(aMouse("apple").ids(std::nullopt, std::nullopt));
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple"}));
-    EXPECT_EQ(this->told_[0].vendor, std::nullopt);
-    EXPECT_EQ(this->told_[0].product, std::nullopt);
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple"}));
+    EXPECT_EQ(this->reports_[0].vendor, std::nullopt);
+    EXPECT_EQ(this->reports_[0].product, std::nullopt);
 }
 
-TYPED_TEST_P(HIDManagerContract, HasNoTextForANumberNorANumberForAText) {
+TYPED_TEST_P(HIDManagerContract, ReadsAPropertyOnlyByItsType) {
     this->makeManager();
-    int asked = 0;
+    int calls = 0;
     this->manager_->registerMatchingCallback([&](const HIDDevice& device) {
-        ++asked;
+        ++calls;
         EXPECT_EQ(device.stringProperty("VendorID"), std::nullopt);
         EXPECT_EQ(device.integerProperty("Product"), std::nullopt);
         EXPECT_EQ(device.stringProperty("Manufacturer"), std::nullopt);
@@ -207,40 +208,40 @@ TYPED_TEST_P(HIDManagerContract, HasNoTextForANumberNorANumberForAText) {
     this->manager_->open();
     this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
-    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(calls, 1);
 }
 
-TYPED_TEST_P(HIDManagerContract, TellsInterfacesWithoutARegistryEntryApartByTheirHandles) {
+TYPED_TEST_P(HIDManagerContract, DistinguishesInterfacesWithoutARegistryEntryByHandle) {
     this->open();
     const auto first = this->driver_.attach(aMouse("apple").withoutRegistryEntry());
     const auto second = this->driver_.attach(aMouse("apple").withoutRegistryEntry());
     this->driver_.settle();
     this->driver_.detach(first);
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "+apple", "-apple"}));
-    for (const auto& told : this->told_) EXPECT_EQ(told.number, std::nullopt);
-    EXPECT_NE(this->told_[0].handle, this->told_[1].handle);
-    EXPECT_EQ(this->told_[0].handle, this->told_[2].handle);
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "+apple", "-apple"}));
+    for (const auto& report : this->reports_) EXPECT_EQ(report.number, std::nullopt);
+    EXPECT_NE(this->reports_[0].handle, this->reports_[1].handle);
+    EXPECT_EQ(this->reports_[0].handle, this->reports_[2].handle);
 }
 
-TYPED_TEST_P(HIDManagerContract, SaysNothingOnceItIsGone) {
+TYPED_TEST_P(HIDManagerContract, ReportsNothingAfterItsDestruction) {
     this->open();
     const auto mouse = this->driver_.attach(aMouse("apple"));
     this->driver_.settle();
-    this->driver_.detach(mouse);  // to be told, but not yet
+    this->driver_.detach(mouse);  // not reported yet
     this->manager_.reset();
     this->driver_.attach(aMouse("pear"));
     this->driver_.settle();
-    EXPECT_EQ(this->names(), (NamesTold{"+apple"}));
+    EXPECT_EQ(this->names(), (ReportedNames{"+apple"}));
 }
 
-TYPED_TEST_P(HIDManagerContract, SaysNothingIfItGoesBetweenOpenAndTheFirstTurn) {
+TYPED_TEST_P(HIDManagerContract, ReportsNothingIfDestroyedBeforeTheFirstTurn) {
     this->driver_.attach(aMouse("apple"));
     this->makeManager();
     this->manager_->open();
     this->manager_.reset();
     this->driver_.settle();
-    EXPECT_TRUE(this->told_.empty());
+    EXPECT_TRUE(this->reports_.empty());
 }
 
 TYPED_TEST_P(HIDManagerContract, MayBeDestroyedFromInsideItsCallback) {
@@ -252,18 +253,18 @@ TYPED_TEST_P(HIDManagerContract, MayBeDestroyedFromInsideItsCallback) {
     });
     this->manager_->open();
     this->driver_.settle();
-    EXPECT_EQ(this->names(), (NamesTold{"+apple"}));
+    EXPECT_EQ(this->names(), (ReportedNames{"+apple"}));
 }
 
-TYPED_TEST_P(HIDManagerContract, StartsAfreshWithEachManager) {
+TYPED_TEST_P(HIDManagerContract, ReportsEverythingToEachManager) {
     const auto mouse = this->driver_.attach(aMouse("apple"));
     this->open();
     this->manager_.reset();
     this->open();
     this->driver_.detach(mouse);
     this->driver_.settle();
-    ASSERT_EQ(this->names(), (NamesTold{"+apple", "+apple", "-apple"}));
-    EXPECT_EQ(this->told_[0].id(), this->told_[1].id());
+    ASSERT_EQ(this->names(), (ReportedNames{"+apple", "+apple", "-apple"}));
+    EXPECT_EQ(this->reports_[0].id(), this->reports_[1].id());
 }
 
 TYPED_TEST_P(HIDManagerContract, NeedsNoCallbacks) {
@@ -271,18 +272,18 @@ TYPED_TEST_P(HIDManagerContract, NeedsNoCallbacks) {
     this->manager_->open();
     this->driver_.detach(this->driver_.attach(aMouse("apple")));
     this->driver_.settle();
-    EXPECT_TRUE(this->told_.empty());
+    EXPECT_TRUE(this->reports_.empty());
 }
 
-REGISTER_TYPED_TEST_SUITE_P(HIDManagerContract, SaysNothingFromInsideOpen, SaysNothingBeforeItIsOpened,
-                            TellsOfEachInterfaceThatIsAttachedAlready, TellsNothingOfWhatWentBeforeItWasOpened,
-                            TellsOfWhatComesLater, TellsOfARemovalUnderTheNumberOfTheAttachment,
-                            TellsOfTheRemovalOfWhatWasThereBefore, TellsOfANewNameAsARemovalAndAnAttachment,
-                            TellsEachInterfaceOfADeviceApart, TellsTwoDevicesOfOneModelApart, NeverUsesANumberAgain,
-                            GivesTheDevicesNumbersOnBothSides, HasNoNameForANamelessDevice,
-                            HasNoNumbersForADeviceThatReportsNone, HasNoTextForANumberNorANumberForAText,
-                            TellsInterfacesWithoutARegistryEntryApartByTheirHandles, SaysNothingOnceItIsGone,
-                            SaysNothingIfItGoesBetweenOpenAndTheFirstTurn, MayBeDestroyedFromInsideItsCallback,
-                            StartsAfreshWithEachManager, NeedsNoCallbacks);
+REGISTER_TYPED_TEST_SUITE_P(HIDManagerContract, ReportsNothingInsideOpen, ReportsNothingBeforeItIsOpened,
+                            ReportsEachAttachedInterface, IgnoresDevicesRemovedBeforeItIsOpened,
+                            ReportsLaterAttachments, ReportsARemovalWithTheNumberOfTheAttachment,
+                            ReportsTheRemovalOfADevicePresentBefore, ReportsANewNameAsRemovalAndAttachment,
+                            DistinguishesTheInterfacesOfADevice, DistinguishesTwoDevicesOfOneModel, NeverReusesANumber,
+                            ReportsTheIDsAtAttachmentAndRemoval, HasNoNameForANamelessDevice,
+                            HasNoNumbersForADeviceThatReportsNone, ReadsAPropertyOnlyByItsType,
+                            DistinguishesInterfacesWithoutARegistryEntryByHandle, ReportsNothingAfterItsDestruction,
+                            ReportsNothingIfDestroyedBeforeTheFirstTurn, MayBeDestroyedFromInsideItsCallback,
+                            ReportsEverythingToEachManager, NeedsNoCallbacks);
 
 }  // namespace kovra

@@ -9,9 +9,9 @@
 
 namespace kovra {
 
-// What every hot key service promises. A Driver makes one: `service()`; `press()`, one press of Control, Option and T
-// and all that follows from it, which gives whether the window in front got it; `settle()`, after which the desktop has
-// dealt with what was asked; and `takeByAnother()`: from now on another program has the key.
+// The contract of HotKeyService. A Driver provides `service()`. `press()` presses Control, Option and T and returns
+// whether the focused window received the key. `settle()` waits until the desktop has handled all requests. After
+// `takeByAnother()` another program holds the key.
 template <typename Driver>
 class HotKeyServiceContract : public testing::Test {
   protected:
@@ -54,7 +54,7 @@ TYPED_TEST_P(HotKeyServiceContract, CallsTheHandlerOnceForEachPress) {
     }
 }
 
-TYPED_TEST_P(HotKeyServiceContract, KeepsARegisteredPressFromTheWindowInFront) {
+TYPED_TEST_P(HotKeyServiceContract, HidesARegisteredPressFromTheFocusedWindow) {
     this->install();
     EXPECT_TRUE(this->driver_.press());
     EXPECT_EQ(this->pressed_, 0);
@@ -62,12 +62,12 @@ TYPED_TEST_P(HotKeyServiceContract, KeepsARegisteredPressFromTheWindowInFront) {
     EXPECT_FALSE(this->driver_.press());
 }
 
-TYPED_TEST_P(HotKeyServiceContract, SwallowsAPressThatNobodyHandles) {
+TYPED_TEST_P(HotKeyServiceContract, SwallowsAPressWithoutAHandler) {
     this->registerHotKey();
     EXPECT_FALSE(this->driver_.press());
 }
 
-TYPED_TEST_P(HotKeyServiceContract, GivesTheKeyBackWhenItsReferenceIsLetGoOf) {
+TYPED_TEST_P(HotKeyServiceContract, ReleasesTheKeyWithItsReference) {
     this->install();
     this->registerHotKey();
     this->unregister();
@@ -78,7 +78,7 @@ TYPED_TEST_P(HotKeyServiceContract, GivesTheKeyBackWhenItsReferenceIsLetGoOf) {
     EXPECT_EQ(this->pressed_, 1);
 }
 
-TYPED_TEST_P(HotKeyServiceContract, CallsNoHandlerWhoseReferenceIsLetGoOfAndKeepsTheKey) {
+TYPED_TEST_P(HotKeyServiceContract, KeepsTheKeyWithoutItsHandler) {
     this->install();
     this->registerHotKey();
     this->handler_.reset();
@@ -89,7 +89,7 @@ TYPED_TEST_P(HotKeyServiceContract, CallsNoHandlerWhoseReferenceIsLetGoOfAndKeep
     EXPECT_EQ(this->pressed_, 1);
 }
 
-TYPED_TEST_P(HotKeyServiceContract, StaysQuietWhenAnotherProgramHasTheKey) {
+TYPED_TEST_P(HotKeyServiceContract, IgnoresAKeyThatAnotherProgramHolds) {
     this->driver_.takeByAnother();
     this->install();
     this->registerHotKey();
@@ -98,8 +98,8 @@ TYPED_TEST_P(HotKeyServiceContract, StaysQuietWhenAnotherProgramHasTheKey) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(HotKeyServiceContract, CallsTheHandlerOnceForEachPress,
-                            KeepsARegisteredPressFromTheWindowInFront, SwallowsAPressThatNobodyHandles,
-                            GivesTheKeyBackWhenItsReferenceIsLetGoOf,
-                            CallsNoHandlerWhoseReferenceIsLetGoOfAndKeepsTheKey, StaysQuietWhenAnotherProgramHasTheKey);
+                            HidesARegisteredPressFromTheFocusedWindow, SwallowsAPressWithoutAHandler,
+                            ReleasesTheKeyWithItsReference, KeepsTheKeyWithoutItsHandler,
+                            IgnoresAKeyThatAnotherProgramHolds);
 
 }  // namespace kovra

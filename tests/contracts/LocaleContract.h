@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// What every locale promises. A Driver makes one for a user who prefers British English, then Russian: `locale()`.
+// The contract of Locale. A Driver provides `locale()` for a user who prefers British English, then Russian.
 template <typename Driver>
 class LocaleContract : public testing::Test {
   protected:
@@ -23,11 +23,11 @@ class LocaleContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(LocaleContract);
 
-TYPED_TEST_P(LocaleContract, TellsTheLanguagesTheFirstChoiceFirst) {
+TYPED_TEST_P(LocaleContract, ReturnsTheLanguagesInOrderOfPreference) {
     EXPECT_EQ(this->driver_.locale().preferredLanguages(), (std::vector<std::string>{"en-GB", "ru-RU"}));
 }
 
-TYPED_TEST_P(LocaleContract, OrdersNamesByTheirLetters) {
+TYPED_TEST_P(LocaleContract, SortsNamesByTheirLetters) {
     EXPECT_TRUE(this->isAscending("apple", "banana"));
     EXPECT_FALSE(this->isAscending("banana", "apple"));
     EXPECT_TRUE(this->isAscending("Apple", "banana"));
@@ -37,18 +37,18 @@ TYPED_TEST_P(LocaleContract, OrdersNamesByTheirLetters) {
     EXPECT_TRUE(this->isAscending("", "a"));
 }
 
-TYPED_TEST_P(LocaleContract, KnowsNoCase) {
+TYPED_TEST_P(LocaleContract, IgnoresCase) {
     for (const char* other : {"usb MOUSE", "USB mouse", "Usb Mouse"}) {
         EXPECT_FALSE(this->isAscending("USB Mouse", other));
         EXPECT_FALSE(this->isAscending(other, "USB Mouse"));
     }
 }
 
-TYPED_TEST_P(LocaleContract, PutsNoNameBeforeItself) {
+TYPED_TEST_P(LocaleContract, SortsNoNameBeforeItself) {
     for (const std::string_view name : {"", "a", "Мышь", "\xFF", " "}) EXPECT_FALSE(this->isAscending(name, name));
 }
 
-TYPED_TEST_P(LocaleContract, OrdersAnyBytes) {
+TYPED_TEST_P(LocaleContract, SortsAnyBytes) {
     using std::string_view_literals::operator""sv;
     const std::vector<std::string_view> names{
         ""sv,     "\0"sv, "a\0b"sv, "\xFF"sv, "\xC3"sv, "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv, "\xF4\x8F\xBF\xBF"sv,
@@ -65,13 +65,13 @@ TYPED_TEST_P(LocaleContract, OrdersAnyBytes) {
     }
 }
 
-TYPED_TEST_P(LocaleContract, OrdersVeryLongNames) {
+TYPED_TEST_P(LocaleContract, SortsVeryLongNames) {
     const std::string longName(100000, 'a');
     EXPECT_TRUE(this->isAscending(longName, longName + "a"));
     EXPECT_TRUE(this->isAscending(longName, "b"));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(LocaleContract, TellsTheLanguagesTheFirstChoiceFirst, OrdersNamesByTheirLetters,
-                            KnowsNoCase, PutsNoNameBeforeItself, OrdersAnyBytes, OrdersVeryLongNames);
+REGISTER_TYPED_TEST_SUITE_P(LocaleContract, ReturnsTheLanguagesInOrderOfPreference, SortsNamesByTheirLetters,
+                            IgnoresCase, SortsNoNameBeforeItself, SortsAnyBytes, SortsVeryLongNames);
 
 }  // namespace kovra

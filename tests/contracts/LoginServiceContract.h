@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// What every login service promises. A Driver makes one on which nothing is registered: `service()`, and `obstruct()`,
-// after which no change can succeed.
+// The contract of LoginService. A Driver provides `service()`, with nothing registered. After `obstruct()` no change
+// can succeed.
 template <typename Driver>
 class LoginServiceContract : public testing::Test {
   protected:
@@ -18,7 +18,7 @@ class LoginServiceContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(LoginServiceContract);
 
-TYPED_TEST_P(LoginServiceContract, BeginsUnregistered) {
+TYPED_TEST_P(LoginServiceContract, StartsUnregistered) {
     EXPECT_EQ(this->service().status(), LoginStatus::notRegistered);
 }
 
@@ -39,7 +39,7 @@ TYPED_TEST_P(LoginServiceContract, IsNotRegisteredOnceUnregistered) {
     EXPECT_EQ(this->service().status(), LoginStatus::notRegistered);
 }
 
-TYPED_TEST_P(LoginServiceContract, StaysAsItIsAndGivesTheReasonOfARefusedRegistration) {
+TYPED_TEST_P(LoginServiceContract, ReturnsTheReasonOfAFailedRegistration) {
     this->driver_.obstruct();
     const Outcome outcome = this->service().registerApplication();
     EXPECT_FALSE(outcome);
@@ -47,7 +47,7 @@ TYPED_TEST_P(LoginServiceContract, StaysAsItIsAndGivesTheReasonOfARefusedRegistr
     EXPECT_EQ(this->service().status(), LoginStatus::notRegistered);
 }
 
-TYPED_TEST_P(LoginServiceContract, StaysAsItIsAndGivesTheReasonOfARefusedUnregistration) {
+TYPED_TEST_P(LoginServiceContract, ReturnsTheReasonOfAFailedUnregistration) {
     EXPECT_TRUE(this->service().registerApplication());
     this->driver_.obstruct();
     const Outcome outcome = this->service().unregisterApplication();
@@ -56,8 +56,8 @@ TYPED_TEST_P(LoginServiceContract, StaysAsItIsAndGivesTheReasonOfARefusedUnregis
     EXPECT_EQ(this->service().status(), LoginStatus::enabled);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(LoginServiceContract, BeginsUnregistered, IsEnabledOnceRegistered,
-                            IsNotRegisteredOnceUnregistered, StaysAsItIsAndGivesTheReasonOfARefusedRegistration,
-                            StaysAsItIsAndGivesTheReasonOfARefusedUnregistration);
+REGISTER_TYPED_TEST_SUITE_P(LoginServiceContract, StartsUnregistered, IsEnabledOnceRegistered,
+                            IsNotRegisteredOnceUnregistered, ReturnsTheReasonOfAFailedRegistration,
+                            ReturnsTheReasonOfAFailedUnregistration);
 
 }  // namespace kovra

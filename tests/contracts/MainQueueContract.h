@@ -12,9 +12,8 @@
 
 namespace kovra {
 
-// What every main queue promises. A Driver makes one and lets it run: `queue()`, `settle()` until nothing is due any
-// more, `let(duration)` for that much of the queue's own time, `now()` on its clock, `terminate()` as the application
-// does.
+// The contract of MainQueue. A Driver provides `queue()`. `settle()` runs it until nothing is due, `let(duration)` for
+// this much of its own time. `now()` is the time on its clock, and `terminate()` acts as the end of the application.
 template <typename Driver>
 class MainQueueContract : public testing::Test {
   protected:
@@ -29,7 +28,7 @@ class MainQueueContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(MainQueueContract);
 
-TYPED_TEST_P(MainQueueContract, RunsNothingFromInsideTheCall) {
+TYPED_TEST_P(MainQueueContract, RunsNothingInsideTheCall) {
     this->queue_.async(this->append('a'));
     EXPECT_EQ(this->order_, "");
     this->driver_.settle();
@@ -75,7 +74,7 @@ TYPED_TEST_P(MainQueueContract, RunsDelayedBlocksInTheOrderOfTheirTimes) {
     EXPECT_EQ(this->order_, "abc");
 }
 
-TYPED_TEST_P(MainQueueContract, RunsADelayedBlockOnceAlsoIfItsTaskWasLetGo) {
+TYPED_TEST_P(MainQueueContract, RunsADelayedBlockEvenIfItsTaskIsDestroyed) {
     using std::chrono_literals::operator""ms;
     this->queue_.asyncAfter(10ms, this->append('a')).reset();
     this->driver_.let(40ms);
@@ -94,7 +93,7 @@ TYPED_TEST_P(MainQueueContract, NeverRunsACancelledBlock) {
 TYPED_TEST_P(MainQueueContract, CancelsABlockThatIsDueButHasNotStarted) {
     using std::chrono_literals::operator""ms;
     std::unique_ptr<DelayedTask> second;
-    // Both come due in the same moment; the first calls the second off.
+    // Both become due at the same moment; the first cancels the second.
     const auto first = this->queue_.asyncAfter(0ms, [&] {
         this->order_ += 'a';
         second->cancel();
@@ -104,7 +103,7 @@ TYPED_TEST_P(MainQueueContract, CancelsABlockThatIsDueButHasNotStarted) {
     EXPECT_EQ(this->order_, "a");
 }
 
-TYPED_TEST_P(MainQueueContract, MayBeAskedToCancelWhatHasRun) {
+TYPED_TEST_P(MainQueueContract, IgnoresACancelAfterTheBlockHasRun) {
     using std::chrono_literals::operator""ms;
     std::unique_ptr<DelayedTask> task;
     task = this->queue_.asyncAfter(1ms, [&] {
@@ -116,7 +115,7 @@ TYPED_TEST_P(MainQueueContract, MayBeAskedToCancelWhatHasRun) {
     EXPECT_EQ(this->order_, "a");
 }
 
-TYPED_TEST_P(MainQueueContract, TakesANegativeDelayForNone) {
+TYPED_TEST_P(MainQueueContract, TreatsANegativeDelayAsZero) {
     using std::chrono_literals::operator""ms;
     const auto task = this->queue_.asyncAfter(-5ms, this->append('a'));
     this->driver_.let(5ms);
@@ -138,10 +137,10 @@ TYPED_TEST_P(MainQueueContract, RunsNothingAfterTheEnd) {
     task->cancel();
 }
 
-REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, RunsNothingFromInsideTheCall, RunsFirstInFirstOut,
+REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, RunsNothingInsideTheCall, RunsFirstInFirstOut,
                             RunsABlockThatABlockAddsAfterThoseBeforeIt, RunsADelayedBlockNeverBeforeItsTime,
-                            RunsDelayedBlocksInTheOrderOfTheirTimes, RunsADelayedBlockOnceAlsoIfItsTaskWasLetGo,
+                            RunsDelayedBlocksInTheOrderOfTheirTimes, RunsADelayedBlockEvenIfItsTaskIsDestroyed,
                             NeverRunsACancelledBlock, CancelsABlockThatIsDueButHasNotStarted,
-                            MayBeAskedToCancelWhatHasRun, TakesANegativeDelayForNone, RunsNothingAfterTheEnd);
+                            IgnoresACancelAfterTheBlockHasRun, TreatsANegativeDelayAsZero, RunsNothingAfterTheEnd);
 
 }  // namespace kovra

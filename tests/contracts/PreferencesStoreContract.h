@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// What every preferences store promises. A Driver makes an empty one: `store()`, and `startAgain()`, after which
-// `store()` is that of the program's next start.
+// The contract of PreferencesStore. A Driver provides `store()`, which is empty. After `startAgain()` it is the store
+// of the program's next start.
 template <typename Driver>
 class PreferencesStoreContract : public testing::Test {
   protected:
@@ -28,12 +28,12 @@ class PreferencesStoreContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(PreferencesStoreContract);
 
-TYPED_TEST_P(PreferencesStoreContract, HoldsNothingAtFirst) {
+TYPED_TEST_P(PreferencesStoreContract, StartsEmpty) {
     EXPECT_EQ(this->object("isEnabled"), std::nullopt);
     EXPECT_FALSE(this->store().boolean("isEnabled"));
 }
 
-TYPED_TEST_P(PreferencesStoreContract, KeepsEachTypeFromStartToStart) {
+TYPED_TEST_P(PreferencesStoreContract, KeepsEachTypeAcrossStarts) {
     const PreferenceArray array{std::string("a"), 5.0, true, PreferenceArray{std::string("b")}, OtherPreference()};
     this->set("true", true);
     this->set("false", false);
@@ -72,7 +72,7 @@ TYPED_TEST_P(PreferencesStoreContract, KeepsTextsOfEveryCharacter) {
     }
 }
 
-TYPED_TEST_P(PreferencesStoreContract, ReplacesOneKeyAlone) {
+TYPED_TEST_P(PreferencesStoreContract, ReplacesOnlyOneKey) {
     this->set("isEnabled", true);
     this->set("blockMode", std::string("always"));
     this->set("isEnabled", std::string("of another type"));
@@ -85,7 +85,7 @@ TYPED_TEST_P(PreferencesStoreContract, ReplacesOneKeyAlone) {
     }
 }
 
-TYPED_TEST_P(PreferencesStoreContract, TellsKeysApartByEveryByte) {
+TYPED_TEST_P(PreferencesStoreContract, DistinguishesKeysByEveryByte) {
     this->set("key", 1.0);
     this->set("Key", 2.0);
     this->set("ke", 3.0);
@@ -121,7 +121,7 @@ TYPED_TEST_P(PreferencesStoreContract, ReadsNothingElseAsTrue) {
     EXPECT_FALSE(this->readAsBoolean(OtherPreference()));
 }
 
-TYPED_TEST_P(PreferencesStoreContract, TakesAnyBytes) {
+TYPED_TEST_P(PreferencesStoreContract, AcceptsAnyBytes) {
     for (const std::string text : {"\xFF", "\xED\xA0\x80", "a\xC3", "\xF4\x90\x80\x80"}) {
         this->set(text, text);
         const auto kept = this->object(text);
@@ -133,9 +133,9 @@ TYPED_TEST_P(PreferencesStoreContract, TakesAnyBytes) {
     EXPECT_EQ(this->object("zero"), PreferenceValue(std::string(2, '\0')));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(PreferencesStoreContract, HoldsNothingAtFirst, KeepsEachTypeFromStartToStart,
-                            KeepsTextsOfEveryCharacter, ReplacesOneKeyAlone, TellsKeysApartByEveryByte,
+REGISTER_TYPED_TEST_SUITE_P(PreferencesStoreContract, StartsEmpty, KeepsEachTypeAcrossStarts,
+                            KeepsTextsOfEveryCharacter, ReplacesOnlyOneKey, DistinguishesKeysByEveryByte,
                             ReadsTruthValuesAndNumbersAsBooleans, ReadsTextsAsBooleansByTheirBeginning,
-                            ReadsNothingElseAsTrue, TakesAnyBytes);
+                            ReadsNothingElseAsTrue, AcceptsAnyBytes);
 
 }  // namespace kovra

@@ -9,10 +9,10 @@
 
 namespace kovra {
 
-// What everybody promises who starts programs. A Driver makes one with its queue: `processes()`, `queue()`, and
-// `terminate()`, which does what the application's end does to them. It has programs: `printing(text)`, which writes
-// this and ends; `working()`, which ends by itself at some time, after the queue has had its turn; and `missing()`. Of
-// one that was started `hasRun(program)` tells whether it ran, waiting for it if need be.
+// The contract of ProcessRunner. A Driver provides an instance and its queue: `processes()` and `queue()`.
+// `terminate()` acts as the end of the application. Its programs are `printing(text)`, which prints the text and ends,
+// `working()`, which ends by itself after the queue has run, and `missing()`. `hasRun(program)` tells whether a started
+// program ran, and waits for it if necessary.
 template <typename Driver>
 class ProcessRunnerContract : public testing::Test {
   protected:
@@ -31,7 +31,7 @@ TYPED_TEST_P(ProcessRunnerContract, ReturnsNullForAProgramThatIsMissing) {
     EXPECT_EQ(this->driver_.processes().output(this->driver_.missing()), std::nullopt);
 }
 
-TYPED_TEST_P(ProcessRunnerContract, LetsTheQueueGoOnWhileAProgramRuns) {
+TYPED_TEST_P(ProcessRunnerContract, RunsTheQueueWhileAProgramRuns) {
     bool hasGoneOn = false;
     this->driver_.queue().async([&] { hasGoneOn = true; });
     EXPECT_TRUE(this->driver_.processes().output(this->driver_.working()));
@@ -52,7 +52,7 @@ TYPED_TEST_P(ProcessRunnerContract, StartsAProgram) {
     EXPECT_TRUE(this->driver_.hasRun(program));
 }
 
-TYPED_TEST_P(ProcessRunnerContract, GivesTheReasonWhereItCannotStartAProgram) {
+TYPED_TEST_P(ProcessRunnerContract, ReturnsTheReasonIfItCannotStartAProgram) {
     const Outcome outcome = this->driver_.processes().start(this->driver_.missing());
     EXPECT_FALSE(outcome);
     EXPECT_NE(outcome.reason(), "");
@@ -63,7 +63,7 @@ TYPED_TEST_P(ProcessRunnerContract, ReturnsNullWhenTheApplicationTerminatesFirst
     EXPECT_EQ(this->driver_.processes().output(this->driver_.working()), std::nullopt);
 }
 
-TYPED_TEST_P(ProcessRunnerContract, StartsNothingOnceTheApplicationHasTerminated) {
+TYPED_TEST_P(ProcessRunnerContract, StartsNothingAfterTheApplicationHasTerminated) {
     this->driver_.terminate();
     const Command program = this->driver_.printing("some text");
     EXPECT_EQ(this->driver_.processes().output(program), std::nullopt);
@@ -72,8 +72,8 @@ TYPED_TEST_P(ProcessRunnerContract, StartsNothingOnceTheApplicationHasTerminated
 }
 
 REGISTER_TYPED_TEST_SUITE_P(ProcessRunnerContract, ReturnsWhatAProgramWrote, ReturnsNullForAProgramThatIsMissing,
-                            LetsTheQueueGoOnWhileAProgramRuns, RunsAProgramWhileItRunsAnother, StartsAProgram,
-                            GivesTheReasonWhereItCannotStartAProgram, ReturnsNullWhenTheApplicationTerminatesFirst,
-                            StartsNothingOnceTheApplicationHasTerminated);
+                            RunsTheQueueWhileAProgramRuns, RunsAProgramWhileItRunsAnother, StartsAProgram,
+                            ReturnsTheReasonIfItCannotStartAProgram, ReturnsNullWhenTheApplicationTerminatesFirst,
+                            StartsNothingAfterTheApplicationHasTerminated);
 
 }  // namespace kovra

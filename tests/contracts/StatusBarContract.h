@@ -10,10 +10,10 @@
 
 namespace kovra {
 
-// What every status bar promises. A Driver makes one: `bar()`, `settle()`, which lets all happen that is under way, and
-// what the user sees and does: `icon()` is the name of the picture, `toolTip()`, `menu()` has one line an entry
-// ("[x] Mute", "[ ] Mute", "Quit (q)", "(Hint)" for one that is disabled, "---"), `click()` chooses the entry at this
-// position, counted from 0, in a bar that flips check marks by itself, and `isThere()` tells whether there is an item.
+// The contract of StatusBar. A Driver provides `bar()`. `settle()` waits for everything in progress. The user's view is
+// `icon()`, the name of the image, `toolTip()`, and `menu()` with one line per item: "[x] Mute", "[ ] Mute", "Quit
+// (q)", "(Hint)" if disabled, "---". `click()` chooses the item at a position, counted from 0, in a bar that toggles
+// check marks by itself. `isThere()` tells whether the bar has an item.
 template <typename Driver>
 class StatusBarContract : public testing::Test {
   protected:
@@ -64,7 +64,7 @@ class StatusBarContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(StatusBarContract);
 
-TYPED_TEST_P(StatusBarContract, ShowsTheImageThatWasSetLast) {
+TYPED_TEST_P(StatusBarContract, ShowsTheLastImage) {
     EXPECT_FALSE(this->button().hasImage());
     for (const std::string name : {"plain", "slashed", "plain"}) {
         this->showIcon(name);
@@ -90,7 +90,7 @@ TYPED_TEST_P(StatusBarContract, ShowsTheMenuFromTopToBottom) {
               (std::vector<std::string>{"[x] Mute", "[ ] Login", "(Hint)", "Settings (,)", "---", "Quit (q)"}));
 }
 
-TYPED_TEST_P(StatusBarContract, ShowsATitleAsItIs) {
+TYPED_TEST_P(StatusBarContract, ShowsATitleLiterally) {
     this->item_->setMenu({{this->entry("_a & b_c __ <i>"), this->entry("Настройки…")}});
     EXPECT_EQ(this->menu(), (std::vector<std::string>{"_a & b_c __ <i>", "Настройки…"}));
 }
@@ -106,7 +106,7 @@ TYPED_TEST_P(StatusBarContract, ShowsTheStateOfTheItemWithTheTag) {
     EXPECT_EQ(this->menu(), (std::vector<std::string>{"[ ] Mute", "[ ] Login"}));
 }
 
-TYPED_TEST_P(StatusBarContract, PerformsWhatIsChosenOnce) {
+TYPED_TEST_P(StatusBarContract, PerformsAChosenActionOnce) {
     this->item_->setMenu({{this->entry("One"), MenuItem::separator(), this->entry("Two")}});
     this->click(2);
     EXPECT_EQ(this->done_, "Two; ");
@@ -114,7 +114,7 @@ TYPED_TEST_P(StatusBarContract, PerformsWhatIsChosenOnce) {
     EXPECT_EQ(this->done_, "Two; One; ");
 }
 
-TYPED_TEST_P(StatusBarContract, PerformsNothingForWhatIsDisabled) {
+TYPED_TEST_P(StatusBarContract, IgnoresDisabledItems) {
     MenuItem disabled = this->entry("No");
     disabled.isEnabled = false;
     this->item_->setMenu({{disabled, this->hint("Hint"), MenuItem::separator()}});
@@ -122,7 +122,7 @@ TYPED_TEST_P(StatusBarContract, PerformsNothingForWhatIsDisabled) {
     EXPECT_EQ(this->done_, "");
 }
 
-TYPED_TEST_P(StatusBarContract, ShowsTheTrueStateAfterAChoiceThatLeftItAsItWas) {
+TYPED_TEST_P(StatusBarContract, ShowsTheTrueStateAfterAChoiceWithoutEffect) {
     this->item_->setMenu({{this->mark("Mute", 1, MenuItemState::off)}});
     for (int choice = 0; choice < 3; ++choice) {
         this->click(0);
@@ -131,7 +131,7 @@ TYPED_TEST_P(StatusBarContract, ShowsTheTrueStateAfterAChoiceThatLeftItAsItWas) 
     EXPECT_EQ(this->done_, "Mute; Mute; Mute; ");
 }
 
-TYPED_TEST_P(StatusBarContract, ShowsTheNewMenuInPlaceOfTheOld) {
+TYPED_TEST_P(StatusBarContract, ReplacesTheMenu) {
     this->item_->setMenu({{this->entry("Old"), this->entry("Older")}});
     EXPECT_EQ(this->menu(), (std::vector<std::string>{"Old", "Older"}));
     this->item_->setMenu({{this->entry("New")}});
@@ -140,7 +140,7 @@ TYPED_TEST_P(StatusBarContract, ShowsTheNewMenuInPlaceOfTheOld) {
     EXPECT_EQ(this->done_, "New; ");
 }
 
-TYPED_TEST_P(StatusBarContract, StaysForAsLongAsItLives) {
+TYPED_TEST_P(StatusBarContract, ShowsTheItemUntilItIsDestroyed) {
     this->showIcon("plain");
     this->driver_.settle();
     EXPECT_TRUE(this->driver_.isThere());
@@ -149,10 +149,9 @@ TYPED_TEST_P(StatusBarContract, StaysForAsLongAsItLives) {
     EXPECT_FALSE(this->driver_.isThere());
 }
 
-REGISTER_TYPED_TEST_SUITE_P(StatusBarContract, ShowsTheImageThatWasSetLast, ShowsTheToolTip,
-                            ShowsTheMenuFromTopToBottom, ShowsATitleAsItIs, ShowsTheStateOfTheItemWithTheTag,
-                            PerformsWhatIsChosenOnce, PerformsNothingForWhatIsDisabled,
-                            ShowsTheTrueStateAfterAChoiceThatLeftItAsItWas, ShowsTheNewMenuInPlaceOfTheOld,
-                            StaysForAsLongAsItLives);
+REGISTER_TYPED_TEST_SUITE_P(StatusBarContract, ShowsTheLastImage, ShowsTheToolTip, ShowsTheMenuFromTopToBottom,
+                            ShowsATitleLiterally, ShowsTheStateOfTheItemWithTheTag, PerformsAChosenActionOnce,
+                            IgnoresDisabledItems, ShowsTheTrueStateAfterAChoiceWithoutEffect, ReplacesTheMenu,
+                            ShowsTheItemUntilItIsDestroyed);
 
 }  // namespace kovra

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// What every log promises. A Driver makes one: `log()`, and `entries()`, the texts of what is in it.
+// The contract of SystemLog. A Driver provides `log()` and `entries()`, the texts of its entries.
 template <typename Driver>
 class SystemLogContract : public testing::Test {
   protected:
@@ -28,7 +28,7 @@ TYPED_TEST_P(SystemLogContract, MakesOneEntryOfALine) {
               (typename TestFixture::Entries{"ble-kovra: не удалось записать флаг (on): No space left on device"}));
 }
 
-TYPED_TEST_P(SystemLogContract, TakesALineForNoFormat) {
+TYPED_TEST_P(SystemLogContract, LogsALineLiterally) {
     const std::string line = "ble-kovra: 100% %s %n %d %% %1$s \\n {} %m";
     this->log(line);
     EXPECT_EQ(this->driver_.entries(), typename TestFixture::Entries{line});
@@ -50,7 +50,7 @@ TYPED_TEST_P(SystemLogContract, MakesOneEntryOfAnyBytes) {
     EXPECT_EQ(this->driver_.entries(), (typename TestFixture::Entries{"\xFF\xC3", std::string(100000, 'x')}));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(SystemLogContract, MakesOneEntryOfALine, TakesALineForNoFormat, KeepsTheOrderAndRepetitions,
+REGISTER_TYPED_TEST_SUITE_P(SystemLogContract, MakesOneEntryOfALine, LogsALineLiterally, KeepsTheOrderAndRepetitions,
                             MakesOneEntryOfALineWithLineFeeds, MakesOneEntryOfAnyBytes);
 
 }  // namespace kovra

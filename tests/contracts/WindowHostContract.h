@@ -12,9 +12,9 @@
 
 namespace kovra {
 
-// What every host of windows promises. A Driver makes one: `host()`; `settle()`, which lets all happen that is under
-// way; and what the user sees and does: `isSeen()`, `title()` and `content()`, as ViewDump has it, of the window on the
-// screen; `close()` by the frame's button; `turn(path, isOn)` a toggle, `choose(path, tag)` in a picker.
+// The contract of WindowHost. A Driver provides `host()`. `settle()` waits for everything in progress. The user's view
+// of the window is `isSeen()`, `title()` and `content()`, as a ViewDump. `close()` presses the frame's button,
+// `turn(path, isOn)` sets a toggle, and `choose(path, tag)` selects in a picker.
 template <typename Driver>
 class WindowHostContract : public testing::Test {
   protected:
@@ -61,7 +61,7 @@ TYPED_TEST_P(WindowHostContract, ShowsAWindowOnceItIsBroughtToTheFront) {
     this->expectSeen({"a", "b"});
 }
 
-TYPED_TEST_P(WindowHostContract, ShowsTheContentThatWasGivenLast) {
+TYPED_TEST_P(WindowHostContract, ShowsTheLastContent) {
     this->open();
     this->window_->setContent(this->content({"c"}));
     this->window_->setContent(this->content({"c", "d", "a"}));
@@ -88,7 +88,7 @@ TYPED_TEST_P(WindowHostContract, ShowsTheSameWindowAgainAfterTheUserClosedIt) {
     }
 }
 
-TYPED_TEST_P(WindowHostContract, TellsWhatTheUserMadeOfAToggle) {
+TYPED_TEST_P(WindowHostContract, ReportsAToggle) {
     this->open();
     this->driver_.turn({"b"}, true);
     this->driver_.settle();
@@ -99,7 +99,7 @@ TYPED_TEST_P(WindowHostContract, TellsWhatTheUserMadeOfAToggle) {
     EXPECT_EQ(this->done_, (std::vector<std::string>{"b on", "a on", "b off"}));
 }
 
-TYPED_TEST_P(WindowHostContract, TellsWhatTheUserChoseAlsoWhatWasChosenAlready) {
+TYPED_TEST_P(WindowHostContract, ReportsAChoiceEvenOfTheSelectedOption) {
     this->open();
     for (const std::string tag : {"two", "one", "one"}) {
         this->driver_.choose({"0"}, tag);
@@ -108,7 +108,7 @@ TYPED_TEST_P(WindowHostContract, TellsWhatTheUserChoseAlsoWhatWasChosenAlready) 
     EXPECT_EQ(this->done_, (std::vector<std::string>{"select two", "select one", "select one"}));
 }
 
-TYPED_TEST_P(WindowHostContract, ChangesTheOneThatTheUserMeantWhereverItStandsByNow) {
+TYPED_TEST_P(WindowHostContract, ReportsAToggleThatHasMoved) {
     this->open();
     this->window_->setContent(this->content({"c", "b", "a"}));
     this->driver_.settle();
@@ -117,13 +117,13 @@ TYPED_TEST_P(WindowHostContract, ChangesTheOneThatTheUserMeantWhereverItStandsBy
     EXPECT_EQ(this->done_, std::vector<std::string>{"a on"});
 }
 
-TYPED_TEST_P(WindowHostContract, ShowsNoOtherStateThanTheContentHas) {
+TYPED_TEST_P(WindowHostContract, ShowsOnlyTheStateOfTheContent) {
     this->open();
     this->driver_.turn({"a"}, true);
     this->expectSeen({"a", "b"});
 }
 
-TYPED_TEST_P(WindowHostContract, TakesTheWindowAwayWhenItIsLetGoOf) {
+TYPED_TEST_P(WindowHostContract, ClosesTheWindowWhenItIsDestroyed) {
     this->open();
     this->window_.reset();
     this->driver_.settle();
@@ -135,10 +135,9 @@ TYPED_TEST_P(WindowHostContract, TakesTheWindowAwayWhenItIsLetGoOf) {
     this->expectSeen({"c"});
 }
 
-REGISTER_TYPED_TEST_SUITE_P(WindowHostContract, ShowsAWindowOnceItIsBroughtToTheFront, ShowsTheContentThatWasGivenLast,
-                            ShowsTheSameWindowAgainAfterTheUserClosedIt, TellsWhatTheUserMadeOfAToggle,
-                            TellsWhatTheUserChoseAlsoWhatWasChosenAlready,
-                            ChangesTheOneThatTheUserMeantWhereverItStandsByNow, ShowsNoOtherStateThanTheContentHas,
-                            TakesTheWindowAwayWhenItIsLetGoOf);
+REGISTER_TYPED_TEST_SUITE_P(WindowHostContract, ShowsAWindowOnceItIsBroughtToTheFront, ShowsTheLastContent,
+                            ShowsTheSameWindowAgainAfterTheUserClosedIt, ReportsAToggle,
+                            ReportsAChoiceEvenOfTheSelectedOption, ReportsAToggleThatHasMoved,
+                            ShowsOnlyTheStateOfTheContent, ClosesTheWindowWhenItIsDestroyed);
 
 }  // namespace kovra

@@ -61,18 +61,18 @@ TEST(AppStateTest, LoadingSavesNothing) {
     EXPECT_TRUE(preferences.saves.empty());
 }
 
-TEST(AppStateTest, RejectsAWholeSelectionForOneForeignElement) {
+TEST(AppStateTest, RejectsASelectionWithAForeignElement) {
     EXPECT_TRUE(loadedSelection(array({std::string("a"), 5.0})).empty());
     EXPECT_TRUE(loadedSelection(array({std::string("a"), true})).empty());
     EXPECT_TRUE(loadedSelection(array({std::string("a"), OtherPreference{}})).empty());
     EXPECT_TRUE(loadedSelection(array({std::string("a"), array({})})).empty());
 }
 
-TEST(AppStateTest, FoldsASelectionThatNamesADeviceTwice) {
+TEST(AppStateTest, MergesDuplicatesInASelection) {
     EXPECT_EQ(loadedSelection(array({std::string("a"), std::string("a")})), Selection{"a"});
 }
 
-TEST(AppStateTest, TakesNothingButAnArrayForASelection) {
+TEST(AppStateTest, AcceptsOnlyAnArrayAsASelection) {
     EXPECT_TRUE(loadedSelection(std::string("a")).empty());
     EXPECT_TRUE(loadedSelection(true).empty());
     EXPECT_TRUE(loadedSelection(1.0).empty());
@@ -93,7 +93,7 @@ TEST(AppStateTest, ReadsAStoredSwitchAsTheStoreReadsBooleans) {
     EXPECT_FALSE(loadedSwitch(OtherPreference{}));
 }
 
-TEST(AppStateTest, LeavesTheModeAtOnDeviceForAnyUnknownText) {
+TEST(AppStateTest, KeepsModeOnDeviceForAnUnknownText) {
     EXPECT_EQ(loadedMode(std::string("always")), Mode::always);
     EXPECT_EQ(loadedMode(std::string("onDevice")), Mode::onDevice);
     EXPECT_EQ(loadedMode(std::string("Always")), Mode::onDevice);
@@ -102,7 +102,7 @@ TEST(AppStateTest, LeavesTheModeAtOnDeviceForAnyUnknownText) {
     EXPECT_EQ(loadedMode(true), Mode::onDevice);
 }
 
-TEST(AppStateTest, KnowsExactlyTwoModesByTheirSavedText) {
+TEST(AppStateTest, ReadsExactlyTwoModes) {
     EXPECT_EQ(AppState::modeFromRawValue("always"), Mode::always);
     EXPECT_EQ(AppState::modeFromRawValue("onDevice"), Mode::onDevice);
     EXPECT_EQ(AppState::modeFromRawValue("ondevice"), std::nullopt);
@@ -159,15 +159,15 @@ struct Listed {
     bool anySelectedConnected() const { return state.anySelectedConnected(); }
 };
 
-TEST(AppStateTest, FindsAChosenDeviceThatIsConnected) {
+TEST(AppStateTest, FindsASelectedDeviceThatIsConnected) {
     EXPECT_TRUE(Listed({{"a", "A", true}, {"b", "B", true}}, {"b"}).anySelectedConnected());
 }
 
-TEST(AppStateTest, FindsNoChosenDeviceThatIsListedDisconnected) {
+TEST(AppStateTest, IgnoresASelectedDeviceThatIsDisconnected) {
     EXPECT_FALSE(Listed({{"a", "A", true}, {"b", "B", false}}, {"b"}).anySelectedConnected());
 }
 
-TEST(AppStateTest, FindsNoChosenDeviceThatIsNotListed) {
+TEST(AppStateTest, IgnoresASelectedDeviceThatIsNotListed) {
     EXPECT_FALSE(Listed({{"a", "A", true}}, {"b"}).anySelectedConnected());
 }
 
@@ -176,7 +176,7 @@ TEST(AppStateTest, FindsNothingInAnEmptyListOrForAnEmptySelection) {
     EXPECT_FALSE(Listed({{"a", "A", true}}, {}).anySelectedConnected());
 }
 
-TEST(AppStateTest, KnowsDevicesByTheirKeyNotByTheirName) {
+TEST(AppStateTest, FindsDevicesByKeyNotByName) {
     EXPECT_FALSE(Listed({{"a", "Mouse", true}}, {"Mouse"}).anySelectedConnected());
 }
 

@@ -25,7 +25,7 @@ struct HelperRig {
 
 using Texts = std::vector<std::string>;
 
-TEST(HelperControllerTest, WritesTheFlagToItsOnePlace) {
+TEST(HelperControllerTest, WritesTheFlagFile) {
     HelperRig rig;
     rig.helper.set(true);
     ASSERT_EQ(rig.files.writes.size(), 1U);
@@ -33,7 +33,7 @@ TEST(HelperControllerTest, WritesTheFlagToItsOnePlace) {
     EXPECT_EQ(rig.files.writes[0].text, "on");
 }
 
-TEST(HelperControllerTest, WritesTheSameAnswerOnceAndTheOtherAnswerAgain) {
+TEST(HelperControllerTest, WritesOnlyWhenTheAnswerChanges) {
     HelperRig rig;
     rig.helper.set(true);
     rig.helper.set(true);
@@ -43,14 +43,14 @@ TEST(HelperControllerTest, WritesTheSameAnswerOnceAndTheOtherAnswerAgain) {
     EXPECT_EQ(rig.written(), (Texts{"on", "off", "on"}));
 }
 
-TEST(HelperControllerTest, WritesAtItsFirstCallWhateverTheFileHolds) {
+TEST(HelperControllerTest, AlwaysWritesAtItsFirstCall) {
     HelperRig rig;
     rig.files.contents[HelperController::stateFile] = "off";
     rig.helper.set(false);
     EXPECT_EQ(rig.written(), Texts{"off"});
 }
 
-TEST(HelperControllerTest, TriesAgainAfterAFailureAlsoWithTheSameAnswer) {
+TEST(HelperControllerTest, RetriesAfterAFailureEvenWithTheSameAnswer) {
     HelperRig rig;
     rig.files.failNext("No space left on device");
     rig.files.failNext("No space left on device");
@@ -72,7 +72,7 @@ TEST(HelperControllerTest, LogsAFailureInOneLineWithTheSystemsReason) {
                                     "ble-kovra: не удалось записать флаг (off): 100% full: %s %n"}));
 }
 
-TEST(HelperControllerTest, RemembersTheLastSuccessNotTheLastTry) {
+TEST(HelperControllerTest, RemembersTheLastSuccessfulWrite) {
     HelperRig rig;
     rig.helper.set(false);
     rig.files.failNext("Permission denied");

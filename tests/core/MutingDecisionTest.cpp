@@ -22,7 +22,7 @@ TEST(MutingDecisionTest, FollowsTheTruthTable) {
     EXPECT_TRUE(decide(Mode::onDevice, true, true));
 }
 
-TEST(MutingDecisionTest, LooksForNoDeviceWhileTheSwitchIsOff) {
+TEST(MutingDecisionTest, DoesNotCheckDevicesWhileTheSwitchIsOff) {
     int looks = 0;
     const auto look = [&] {
         ++looks;
@@ -34,7 +34,7 @@ TEST(MutingDecisionTest, LooksForNoDeviceWhileTheSwitchIsOff) {
     EXPECT_EQ(looks, 1);
 }
 
-TEST(MutingDecisionTest, LooksForNoDeviceInModeAlways) {
+TEST(MutingDecisionTest, DoesNotCheckDevicesInModeAlways) {
     int looks = 0;
     EXPECT_TRUE(decideMuting(Mode::always, true, [&] { return ++looks > 0; }));
     EXPECT_EQ(looks, 0);

@@ -39,7 +39,7 @@ TEST(DeviceIdentityTest, JoinsNameVendorAndProductInDecimal) {
     EXPECT_EQ(see(aMouse("Wireless Mouse").ids(4660, 22136)).key, "Wireless Mouse#4660:22136");
 }
 
-TEST(DeviceIdentityTest, TakesZeroForNumbersThatAreNotReported) {
+TEST(DeviceIdentityTest, UsesZeroForMissingNumbers) {
     EXPECT_EQ(see(aMouse("Mouse").ids(std::nullopt, std::nullopt)).key, "Mouse#0:0");
     EXPECT_EQ(see(aMouse("Mouse").ids(std::nullopt, 7)).key, "Mouse#0:7");
 }
@@ -56,11 +56,11 @@ TEST(DeviceIdentityTest, KeepsAnEmptyNameThatTheDeviceReports) {
     EXPECT_EQ(see(aMouse("").ids(1, 2)).name, "");
 }
 
-TEST(DeviceIdentityTest, TakesAnyNameLiterally) {
+TEST(DeviceIdentityTest, UsesAnyNameLiterally) {
     EXPECT_EQ(see(aMouse("a#1:2\n&<b>").ids(3, 4)).key, "a#1:2\n&<b>#3:4");
 }
 
-TEST(DeviceIdentityTest, TellsInterfacesApartByTheRegistryOrElseByTheHandle) {
+TEST(DeviceIdentityTest, IdentifiesInterfacesByRegistryIDOrHandle) {
     EXPECT_EQ(see(aMouse("Mouse")).id, 1U);
     EXPECT_EQ(see(aMouse("Mouse").withoutRegistryEntry()).id, 0x7F0000000001U);
 }

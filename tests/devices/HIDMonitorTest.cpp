@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 using List = std::vector<HIDDeviceInfo>;
 
-// A started monitor on a HID system that delivers at once, virtual time, and a recorder of the lists published.
+// A started monitor with virtual time, on a HID system that delivers at once. Records the published lists.
 struct MonitorRig {
     FakeMainQueue queue;
     FakeHID hid{queue};
@@ -118,7 +118,7 @@ TEST(HIDMonitorTest, PublishesNothingAtTheRemovalOfTheLastInterface) {
     EXPECT_TRUE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitorTest, ShowsADeviceDisconnectedTwoSecondsAfterItsLastInterfaceWent) {
+TEST(HIDMonitorTest, ShowsADeviceDisconnectedTwoSecondsAfterTheLastRemoval) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple").interfaces(2)));
     rig.queue.advance(2s);
@@ -154,7 +154,7 @@ TEST(HIDMonitorTest, BeginsAFreshGracePeriodAtEachDropOut) {
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitorTest, ShowsADeviceInGraceConnectedInListsThatOthersCause) {
+TEST(HIDMonitorTest, ShowsADeviceInGraceAsConnectedWhenAnotherIsAttached) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
     rig.queue.advance(1s);
@@ -172,7 +172,7 @@ TEST(HIDMonitorTest, ReconnectsADeviceThatWasDisconnected) {
     EXPECT_EQ(rig.last().size(), 1U);
 }
 
-TEST(HIDMonitorTest, KeepsADeviceListedThatIsGoneForGood) {
+TEST(HIDMonitorTest, KeepsARemovedDeviceInTheList) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
     rig.queue.advance(24h);
@@ -193,14 +193,14 @@ TEST(HIDMonitorTest, CountsTwoIdenticalMiceAsOne) {
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitorTest, TellsDevicesOfOneNameApartByTheirNumbers) {
+TEST(HIDMonitorTest, DistinguishesDevicesWithOneNameByTheirNumbers) {
     MonitorRig rig;
     rig.hid.attach(aMouse("apple").ids(1, 2));
     rig.hid.attach(aMouse("apple").ids(1, 3));
     EXPECT_EQ(rig.last().size(), 2U);
 }
 
-TEST(HIDMonitorTest, NamesADeviceWithoutANameUnknown) {
+TEST(HIDMonitorTest, NamesANamelessDeviceUnknown) {
     MonitorRig rig;
     rig.hid.attach(aNamelessDevice().ids(std::nullopt, std::nullopt));
     EXPECT_EQ(rig.last(), (List{{"Unknown device#0:0", "Unknown device", true}}));
@@ -231,13 +231,13 @@ TEST(HIDMonitorTest, ListsConnectedDevicesFirst) {
     EXPECT_EQ(rig.lastNames(), (Names{"b", "a"}));
 }
 
-TEST(HIDMonitorTest, OrdersByNameWhateverTheCase) {
+TEST(HIDMonitorTest, SortsByNameIgnoringCase) {
     MonitorRig rig;
     for (const char* name : {"cherry", "Banana", "apple", "Date"}) rig.hid.attach(aMouse(name));
     EXPECT_EQ(rig.lastNames(), (Names{"apple", "Banana", "cherry", "Date"}));
 }
 
-TEST(HIDMonitorTest, KeepsTheOrderOfFirstSightAmongEqualNames) {
+TEST(HIDMonitorTest, SortsEqualNamesByFirstAttachment) {
     MonitorRig rig;
     rig.hid.attach(aMouse("MOUSE").ids(1, 3));
     rig.hid.attach(aMouse("mouse").ids(1, 1));
@@ -245,13 +245,27 @@ TEST(HIDMonitorTest, KeepsTheOrderOfFirstSightAmongEqualNames) {
     EXPECT_EQ(rig.lastNames(), (Names{"MOUSE", "mouse", "Mouse"}));
 }
 
-TEST(HIDMonitorTest, MakesASortKeyOnceAName) {
+// More devices than a sort handles by insertion, which is stable by itself.
+TEST(HIDMonitorTest, SortsManyEqualNamesByFirstAttachment) {
+    MonitorRig rig;
+    std::vector<std::string> keys;
+    for (int product = 100; product > 0; --product) {
+        const DeviceDescription mouse = aMouse("apple").ids(1, product);
+        rig.hid.attach(mouse);
+        keys.push_back(mouse.key());
+    }
+    std::vector<std::string> published;
+    for (const HIDDeviceInfo& device : rig.last()) published.push_back(device.id);
+    EXPECT_EQ(published, keys);
+}
+
+TEST(HIDMonitorTest, MakesOneSortKeyPerName) {
     MonitorRig rig;
     for (int i = 0; i < 10; ++i) rig.hid.attach(aMouse("apple").interfaces(2));
     EXPECT_EQ(rig.locale.sortKeysMade, 1);
 }
 
-TEST(HIDMonitorTest, SurvivesWithoutAListener) {
+TEST(HIDMonitorTest, WorksWithoutASubscriber) {
     MonitorRig rig;
     rig.monitor->onDevicesChanged = nullptr;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
@@ -262,7 +276,7 @@ TEST(HIDMonitorTest, SurvivesWithoutAListener) {
     EXPECT_FALSE(rig.isShownConnected("apple"));
 }
 
-TEST(HIDMonitorTest, LeavesAGracePeriodThatOutlivesItWithoutEffect) {
+TEST(HIDMonitorTest, IgnoresAGracePeriodThatOutlivesIt) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple")));
     rig.monitor.reset();
@@ -270,7 +284,7 @@ TEST(HIDMonitorTest, LeavesAGracePeriodThatOutlivesItWithoutEffect) {
     EXPECT_EQ(rig.published.size(), 1U);
 }
 
-TEST(HIDMonitorTest, HearsNothingAnyMoreOnceItIsGone) {
+TEST(HIDMonitorTest, ReceivesNothingAfterItsDestruction) {
     MonitorRig rig;
     rig.monitor.reset();
     rig.hid.attach(aMouse("apple"));

@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// A user who answers every alert in the same way, after doing what `meanwhile` says while it is open.
-// `terminate()` stands for the application's end.
+// A user who gives every alert the same answer, after running `meanwhile` while it is open. `terminate()` stands for
+// the end of the application.
 class FakeAlerts : public AlertPresenter {
   public:
     AlertResponse runModal(const Alert& alert) override {

@@ -7,8 +7,7 @@
 
 namespace kovra {
 
-// An application without a desktop: run() tells the delegate that it has launched and returns, the test goes on from
-// there.
+// An application without a desktop. run() notifies the delegate of the launch and returns to the test.
 class FakeApplication : public Application {
   public:
     void run(ApplicationDelegate& delegate) override {
@@ -25,7 +24,7 @@ class FakeApplication : public Application {
     }
     void beep() override { ++beeps; }
 
-    // What was refused may succeed now.
+    // A failed operation may succeed now.
     void resume() {
         if (delegate_ != nullptr && !terminated) delegate_->applicationDidResume();
     }

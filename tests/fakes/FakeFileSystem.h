@@ -11,7 +11,7 @@
 
 namespace kovra {
 
-// Files in memory. Every attempt to write is recorded, also one that fails.
+// Files in memory. Every write is recorded, even if it fails.
 class FakeFileSystem : public FileSystem {
   public:
     struct Write {

@@ -13,7 +13,7 @@
 
 namespace kovra {
 
-// A device to plug in: so many interfaces, with these properties on each.
+// A device to attach: the number of its interfaces and the properties of each.
 struct DeviceDescription {
     std::optional<std::string> product;
     std::optional<std::int64_t> vendorID = 0x046D;
@@ -37,7 +37,7 @@ struct DeviceDescription {
         changed.registered = false;
         return changed;
     }
-    // The identity key that such a device has; for a nameless one, `unknown` stands for the name.
+    // The identity key of such a device; `unknown` stands for a missing name.
     std::string key(const std::string& unknown = "Unknown device") const {
         return product.value_or(unknown) + "#" + std::to_string(vendorID.value_or(0)) + ":" +
                std::to_string(productID.value_or(0));
@@ -47,11 +47,10 @@ struct DeviceDescription {
 inline DeviceDescription aMouse(std::string product) { return {.product = std::move(product)}; }
 inline DeviceDescription aNamelessDevice() { return {}; }
 
-// The HID service of a system without hardware. Its two verbs are attach and detach; a detached interface's number is
-// never used again.
+// The HID service of a system without hardware. The number of a detached interface is not reused.
 //
-// Each callback comes in a queue turn of its own, as it does from a real event loop; deliverAtOnce() makes them come
-// from inside attach and detach instead, for tests of a single room.
+// Each callback runs in a queue turn of its own, as in a real event loop. After deliverAtOnce() callbacks run inside
+// attach and detach instead, for tests of a single room.
 class FakeHID : public HIDService {
   public:
     using Plugged = std::vector<std::uint64_t>;  // the interface numbers of one attached device
@@ -81,14 +80,14 @@ class FakeHID : public HIDService {
         const auto found = attached_.extract(number);
         if (!found.empty()) deliver(false, number, found.mapped());
     }
-    // The system tells of a removal that no attachment preceded.
+    // The system reports a removal without an attachment.
     void detachUnknown(std::uint64_t number) { deliver(false, number, aNamelessDevice()); }
 
-    // The system tells a second time of an interface that is attached.
+    // The system reports an attached interface a second time.
     void attachAgain(std::uint64_t number) {
         if (const auto found = attached_.find(number); found != attached_.end()) deliver(true, number, found->second);
     }
-    // A driver gives the device another name: the interface goes, and comes back under its number.
+    // A driver renames the device: the interface is removed and attached again under its number.
     void rename(std::uint64_t number, const std::string& product) {
         const auto found = attached_.find(number);
         if (found == attached_.end()) return;
@@ -135,7 +134,7 @@ class FakeHID::Device : public HIDDevice {
     std::optional<std::uint64_t> registryEntryID() const override {
         return description_.registered ? std::optional(number_) : std::nullopt;
     }
-    // Far from the registry numbers, so that the two cannot be taken for each other.
+    // Far from the registry numbers, so that a test can distinguish them.
     std::uint64_t handle() const override { return number_ + 0x7F0000000000U; }
     std::optional<std::int64_t> integerProperty(std::string_view name) const override {
         if (name == "VendorID") return description_.vendorID;
@@ -168,7 +167,7 @@ class FakeHID::Manager : public HIDManager {
         hid_.open_ = true;
         const auto present = hid_.attached_;
         for (const auto& [number, device] : present) {
-            // Never from inside open(), whatever deliverAtOnce() says.
+            // Never inside open(), even after deliverAtOnce().
             hid_.queue_.async([&hid = hid_, generation = hid_.generation_, number = number] {
                 const auto still = hid.attached_.find(number);
                 if (still == hid.attached_.end() || !hid.isOpen() || generation != hid.generation_) return;

@@ -31,8 +31,8 @@ class FakeHotKeys : public HotKeyService {
         });
     }
 
-    // Control, Option and T go down. Gives what the last handler answered; nothing where the press goes to the window
-    // in front, as it does without a registration.
+    // Presses Control, Option and T. Returns the answer of the last handler, or nothing if the hot key is not
+    // registered and the press goes to the focused window.
     std::optional<int> press() {
         if (registered.empty()) return std::nullopt;
         std::optional<int> status;

@@ -9,8 +9,7 @@
 
 namespace kovra {
 
-// A user who prefers these languages and orders names letter by letter, A to Z before all other letters, whatever their
-// case.
+// A user with these languages, who sorts names by their bytes but ignores the case of A to Z.
 class FakeLocale : public Locale {
   public:
     explicit FakeLocale(std::vector<std::string> preferred = {"en-GB"}) : languages(std::move(preferred)) {}

@@ -12,10 +12,10 @@
 
 namespace kovra {
 
-// A main queue whose time stands still until a test moves it.
+// A main queue whose time stands still until a test advances it.
 //
-// Blocks run first in, first out; delayed ones join the queue when they are due, the earlier first, and among equals
-// the one that was asked for first.
+// Blocks run first in, first out. Delayed blocks join the queue when they are due, the earliest first; equal ones in
+// the order of their requests.
 class FakeMainQueue : public MainQueue {
   public:
     void async(Block block) override {
@@ -37,7 +37,7 @@ class FakeMainQueue : public MainQueue {
         }
     }
 
-    // Runs turns until nothing is left that is due now.
+    // Runs turns until nothing more is due.
     void run() {
         collectDue();
         while (!blocks_.empty()) {
@@ -46,7 +46,7 @@ class FakeMainQueue : public MainQueue {
         }
     }
 
-    // Lets time pass, and whatever comes due on the way happen at its own moment.
+    // Advances the time and runs each block that becomes due at its own moment.
     void advance(std::chrono::nanoseconds duration) {
         const auto end = now_ + duration;
         run();
@@ -57,16 +57,16 @@ class FakeMainQueue : public MainQueue {
         now_ = end;
     }
 
-    // Lets time pass while the program does not run, as when its process is stopped.
+    // Advances the time without running anything, as when the process is stopped.
     void stall(std::chrono::nanoseconds duration) { now_ += duration; }
 
-    // As after the application has terminated: what is queued is dropped and nothing queues any more.
+    // As after the end of the application: drops all blocks and accepts no more.
     void stop() {
         stopped_ = true;
         blocks_.clear();
         delayed_.clear();
     }
-    // As the next process finds it: empty, and running.
+    // As in the next process: empty and running.
     void restart() {
         stop();
         stopped_ = false;

@@ -11,7 +11,7 @@
 
 namespace kovra {
 
-// Preferences in memory, typed as they were stored. Every save is recorded.
+// Typed preferences in memory. Every save is recorded.
 class FakePreferences : public PreferencesStore {
   public:
     struct Save {

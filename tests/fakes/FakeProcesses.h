@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// Programs that are there when the test says so: those with an output, and those that can be started. `terminate()`
-// stands for the application's end.
+// The programs that a test provides: those with an output, and those that can be started. `terminate()` stands for the
+// end of the application.
 class FakeProcesses : public ProcessRunner {
   public:
     std::optional<std::string> output(const Command& command) override {

@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// A bar with one place, at which the test looks and clicks. What happens to the item is kept as words, in order.
+// A bar with one status item, for tests to inspect and click. `calls` records the calls in order.
 class FakeStatusBar : public StatusBar {
   public:
     explicit FakeStatusBar(MainQueue& queue) : queue_(queue) {}
@@ -21,8 +21,8 @@ class FakeStatusBar : public StatusBar {
         return std::make_unique<Item>(*this);
     }
 
-    // Chooses the item at this position, counted from 0 with the separator, as a click does: from the queue, and only
-    // if it can be chosen.
+    // Chooses the item at this position, counted from 0 with the separator. Like a click it runs from the queue, and
+    // only an enabled item performs its action.
     void choose(std::size_t position) {
         queue_.async([this, position] {
             if (!menu || position >= menu->items.size()) return;
@@ -37,14 +37,14 @@ class FakeStatusBar : public StatusBar {
     }
     bool hasSlash() const { return image && image->strokes.size() == 3; }
 
-    // How this desktop is.
+    // The properties of this desktop.
     bool givesItems = true;
     bool hasButton = true;
     bool makesImages = true;
     bool keepsMenus = true;
 
-    // What is seen.
-    int items = 0;  // how many are in the bar
+    // What the user sees.
+    int items = 0;  // in the bar
     std::vector<double> lengths;
     std::optional<Drawing> image;
     bool imageIsTemplate = false;

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// A screen for windows. What happens to them is kept as words, in order; the newest one's content is what is seen.
+// A screen for windows. `calls` records the calls in order; `shown` is the content of the newest window.
 class FakeWindows : public WindowHost {
   public:
     std::unique_ptr<Window> makeWindow(View content) override {
@@ -18,13 +18,13 @@ class FakeWindows : public WindowHost {
         return std::make_unique<Made>(*this);
     }
 
-    // As a click on the frame's button does.
+    // As a click on the frame's close button does.
     void close() { isVisible = false; }
 
     std::vector<std::string> calls;
     std::string title;
     View shown;
-    int contents = 0;  // how often it was given a new one
+    int contents = 0;  // the number of calls to setContent()
     bool isVisible = false;
 
   private:
@@ -33,20 +33,20 @@ class FakeWindows : public WindowHost {
         explicit Made(FakeWindows& host) : host_(host) {}
         ~Made() override { host_.isVisible = false; }
         void setTitle(const std::string& given) override {
-            say("title " + given);
+            record("title " + given);
             host_.title = given;
         }
-        void setStyleMask(unsigned mask) override { say("style mask " + std::to_string(mask)); }
+        void setStyleMask(unsigned mask) override { record("style mask " + std::to_string(mask)); }
         void setContentSize(Size size) override {
-            say("content size " + std::to_string(static_cast<int>(size.width)) + "x" +
-                std::to_string(static_cast<int>(size.height)));
+            record("content size " + std::to_string(static_cast<int>(size.width)) + "x" +
+                   std::to_string(static_cast<int>(size.height)));
         }
         void setReleasedWhenClosed(bool isReleased) override {
-            say(isReleased ? "released when closed" : "kept when closed");
+            record(isReleased ? "released when closed" : "kept when closed");
         }
-        void center() override { say("center"); }
+        void center() override { record("center"); }
         void makeKeyAndOrderFront() override {
-            say("front");
+            record("front");
             host_.isVisible = true;
         }
         bool isVisible() const override { return host_.isVisible; }
@@ -56,7 +56,7 @@ class FakeWindows : public WindowHost {
         }
 
       private:
-        void say(std::string call) { host_.calls.push_back(std::move(call)); }
+        void record(std::string call) { host_.calls.push_back(std::move(call)); }
 
         FakeWindows& host_;
     };

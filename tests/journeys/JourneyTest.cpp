@@ -1,4 +1,4 @@
-// The whole application on fakes, from launch to quit, as its user lives it.
+// The whole application on fakes, from launch to quit, as the user sees it.
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ TEST(JourneyTest, FirstLaunchWithAnEmptyStoreWritesOffAndSavesNothing) {
     EXPECT_TRUE(computer.log.lines.empty());
 }
 
-TEST(JourneyTest, AChosenMouseThatIsThereAtLaunchMutesOneTurnAfterItIsPublished) {
+TEST(JourneyTest, ASelectedMousePresentAtLaunchMutesOneTurnAfterItIsPublished) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -73,7 +73,7 @@ TEST(JourneyTest, TheIconFollowsTheMouse) {
     EXPECT_FALSE(computer.statusBar.hasSlash());
 }
 
-TEST(JourneyTest, TheMenuGivesThePadBackAndTakesItAgainWithoutABeep) {
+TEST(JourneyTest, TheMenuUnmutesAndMutesAgainWithoutABeep) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -110,7 +110,7 @@ TEST(JourneyTest, TwoPressesBeforeTheFirstSaveLeaveEverythingAsItWas) {
     EXPECT_TRUE(computer.statusBar.hasSlash());
 }
 
-TEST(JourneyTest, AHotKeyThatAnotherProgramHoldsIsPassedOverInSilence) {
+TEST(JourneyTest, AHotKeyThatAnotherProgramHoldsIsIgnoredSilently) {
     Computer computer;
     computer.hotKeys.takenByAnother = true;
     AppRig rig(computer);
@@ -124,7 +124,7 @@ TEST(JourneyTest, AHotKeyThatAnotherProgramHoldsIsPassedOverInSilence) {
     EXPECT_EQ(computer.hotKeys.calls, (Texts{"install", "register", "remove"}));
 }
 
-TEST(JourneyTest, QuittingFromTheMenuWritesOffThenLetsTheHotKeyGo) {
+TEST(JourneyTest, QuittingFromTheMenuWritesOffThenReleasesTheHotKey) {
     struct HotKeys : FakeHotKeys {
         explicit HotKeys(const Computer& on) : computer(on) {}
         std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
@@ -174,7 +174,7 @@ TEST(JourneyTest, LaunchInModeAlwaysMutesBeforeAnyDeviceIsKnown) {
     EXPECT_EQ(computer.flagWrites(), Texts{"on"});
 }
 
-TEST(JourneyTest, TheFlagThatACrashLeftIsRewrittenAtTheNextLaunch) {
+TEST(JourneyTest, TheFlagLeftByACrashIsRewrittenAtTheNextLaunch) {
     Computer computer;
     computer.files.contents[HelperController::stateFile] = "on";
     AppRig rig(computer);
@@ -182,7 +182,7 @@ TEST(JourneyTest, TheFlagThatACrashLeftIsRewrittenAtTheNextLaunch) {
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});
 }
 
-TEST(JourneyTest, TheMouseComesGoesForAMomentAndGoesForGood) {
+TEST(JourneyTest, AMouseIsAttachedDropsOutBrieflyAndIsRemoved) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);
@@ -214,7 +214,7 @@ TEST(JourneyTest, AnotherDeviceMutesNothing) {
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});
 }
 
-TEST(JourneyTest, AChosenMouseThatIsAwayStaysChosen) {
+TEST(JourneyTest, ADisconnectedMouseStaysSelected) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);
@@ -225,7 +225,7 @@ TEST(JourneyTest, AChosenMouseThatIsAwayStaysChosen) {
     EXPECT_EQ(next.state.selectedIDs.get(), (AppState::Selection{mouse.key(), keyboard.key()}));
 }
 
-TEST(JourneyTest, TheHotKeyGivesThePadBackAndTakesItAgain) {
+TEST(JourneyTest, TheHotKeyUnmutesAndMutesAgain) {
     Computer computer;
     computer.choose({mouse});
     computer.hid.attach(mouse);
@@ -241,7 +241,7 @@ TEST(JourneyTest, TheHotKeyGivesThePadBackAndTakesItAgain) {
     EXPECT_EQ(rig.application.beeps, 2);
 }
 
-TEST(JourneyTest, QuittingGivesThePadBackAndNothingQueuedRunsAnyMore) {
+TEST(JourneyTest, AfterQuittingNoQueuedBlockRuns) {
     Computer computer;
     computer.choose({mouse});
     AppRig rig(computer);

@@ -1,4 +1,4 @@
-// The nine steps of launch, with all that may happen in the last of them, which waits.
+// The nine steps of launch, and what can happen while the last one waits.
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ using Texts = std::vector<std::string>;
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
-// A desktop on which each service writes down that its turn came.
+// A desktop whose services record each step of launch.
 struct StepsOfLaunch : Computer {
     using Steps = std::vector<std::string>;
 
@@ -79,7 +79,7 @@ struct StepsOfLaunch : Computer {
     Processes programs{steps};
 };
 
-TEST(LaunchTest, GoesItsNineStepsInOrder) {
+TEST(LaunchTest, RunsItsNineStepsInOrder) {
     StepsOfLaunch on;
     on.alerts.onShown = [&] { on.steps.emplace_back("9 explanation"); };
     const Platform platform{on.application, on.queue,  on.devices,  on.preferences, on.flagFile,
@@ -94,7 +94,7 @@ TEST(LaunchTest, GoesItsNineStepsInOrder) {
     on.application.run(*delegate);
     EXPECT_EQ(on.steps, (Texts{"1 accessory", "2 status item", "3 device monitor", "7 hot key", "8 first decision",
                                "9 /usr/bin/systemextensionsctl list", "9 explanation"}));
-    // 4. to 6.: a change of any of the three is saved from now on.
+    // 4. to 6.: from now on a change of any of the three is saved.
     state.selectedIDs.set({mouse.key()});
     state.isEnabled.set(false);
     state.mode.set(Mode::always);
@@ -105,7 +105,7 @@ TEST(LaunchTest, GoesItsNineStepsInOrder) {
 const std::string activeListing =
     "*\t*\tG43BCU2T37\t" + std::string(DriverActivator::extensionID) + " (1.8.0/1.8.0)\tdriver\t[activated enabled]\n";
 
-TEST(LaunchTest, AsksNothingOfTheUserWhileTheDriverIsActive) {
+TEST(LaunchTest, AsksTheUserNothingIfTheDriverIsActive) {
     Computer computer;
     computer.processes.outputs[DriverActivator::listingTool] = activeListing;
     AppRig rig(computer);
@@ -115,7 +115,7 @@ TEST(LaunchTest, AsksNothingOfTheUserWhileTheDriverIsActive) {
     EXPECT_EQ(rig.application.activations, 0);
 }
 
-TEST(LaunchTest, ExplainsTheDriverWhereItIsNotActive) {
+TEST(LaunchTest, ExplainsTheDriverIfItIsNotActive) {
     Computer computer;
     AppRig rig(computer);
     rig.launch();
@@ -128,7 +128,7 @@ TEST(LaunchTest, ExplainsTheDriverWhereItIsNotActive) {
     EXPECT_TRUE(computer.log.lines.empty());
 }
 
-TEST(LaunchTest, ExplainsItAtEachLaunchAnew) {
+TEST(LaunchTest, ExplainsTheDriverAtEachLaunch) {
     Computer computer;
     for (int launches = 1; launches <= 3; ++launches) {
         AppRig rig(computer);
@@ -139,7 +139,7 @@ TEST(LaunchTest, ExplainsItAtEachLaunchAnew) {
     }
 }
 
-TEST(LaunchTest, HasWrittenItsFirstDecisionBeforeItExplains) {
+TEST(LaunchTest, WritesTheFirstDecisionBeforeItExplains) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     std::string flagMeanwhile;
@@ -149,8 +149,8 @@ TEST(LaunchTest, HasWrittenItsFirstDecisionBeforeItExplains) {
     EXPECT_EQ(flagMeanwhile, "on");
 }
 
-// While the tool runs and while the alert is open, the main queue goes on.
-TEST(LaunchTest, GoesOnMutingWhileItsLastStepWaits) {
+// The main queue keeps running while the tool runs and while the alert is open.
+TEST(LaunchTest, KeepsMutingWhileItsLastStepWaits) {
     Computer computer;
     computer.choose({mouse});
     Texts flags;
@@ -169,7 +169,7 @@ TEST(LaunchTest, GoesOnMutingWhileItsLastStepWaits) {
     EXPECT_EQ(flags, (Texts{"on", "off"}));
 }
 
-TEST(LaunchTest, OpensNoAlertOnceTheUserHasQuitWhileTheToolRan) {
+TEST(LaunchTest, OpensNoAlertIfTheUserQuitsWhileTheToolRuns) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     AppRig rig(computer);
@@ -179,7 +179,7 @@ TEST(LaunchTest, OpensNoAlertOnceTheUserHasQuitWhileTheToolRan) {
     EXPECT_EQ(computer.flagWrites(), (Texts{"on", "off"}));
 }
 
-TEST(LaunchTest, StartsNothingAfterAQuitWhileTheAlertWasOpen) {
+TEST(LaunchTest, StartsNothingIfTheUserQuitsWhileTheAlertIsOpen) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));
     AppRig rig(computer);

@@ -1,4 +1,4 @@
-// The whole application on fakes, on a machine that its user leaves to another one for a while.
+// The whole application on fakes, on a machine that its user shares with another.
 
 #include <gtest/gtest.h>
 
@@ -16,8 +16,8 @@ using Texts = std::vector<std::string>;
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
-// The helper lets only the user at the machine write, and puts a new file in place, with what this user last left, a
-// moment after the session is at the screen again.
+// The helper lets only the user of the active session write. Shortly after the session is active again, it puts a new
+// file in place with this user's last text.
 class SharedMachineTest : public testing::Test {
   protected:
     void startMuted() {
@@ -33,7 +33,7 @@ class SharedMachineTest : public testing::Test {
         computer.files.failAlways("Permission denied");
     }
     void comeBack() {
-        rig->application.resume();  // too early
+        rig->application.resume();  // before the helper has put the file in place
         computer.queue.run();
         computer.files.contents[HelperController::stateFile] = left;
         computer.files.failAlways(std::nullopt);
@@ -47,7 +47,7 @@ class SharedMachineTest : public testing::Test {
     std::string left;
 };
 
-TEST_F(SharedMachineTest, AMouseUnpluggedWhileAnotherUserIsAtTheMachineGivesThePadBackOnReturn) {
+TEST_F(SharedMachineTest, AMouseRemovedDuringAnotherUsersSessionUnmutesOnReturn) {
     startMuted();
     leave();
     computer.hid.detach(plugged);
@@ -70,7 +70,7 @@ TEST_F(SharedMachineTest, AMouseThatStayedMutesOnReturnWithoutAnotherWrite) {
     EXPECT_TRUE(computer.log.lines.empty());
 }
 
-TEST_F(SharedMachineTest, AMouseUnpluggedAndBackWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+TEST_F(SharedMachineTest, AMouseRemovedAndAttachedDuringAnotherUsersSessionMutesOnReturn) {
     startMuted();
     leave();
     computer.hid.detach(plugged);
@@ -82,7 +82,7 @@ TEST_F(SharedMachineTest, AMouseUnpluggedAndBackWhileAnotherUserIsAtTheMachineMu
     EXPECT_TRUE(computer.statusBar.hasSlash());
 }
 
-TEST_F(SharedMachineTest, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnReturn) {
+TEST_F(SharedMachineTest, AMouseAttachedDuringAnotherUsersSessionMutesOnReturn) {
     startMuted();
     computer.hid.detach(plugged);
     computer.queue.advance(10s);
@@ -94,7 +94,7 @@ TEST_F(SharedMachineTest, AMousePluggedWhileAnotherUserIsAtTheMachineMutesOnRetu
     EXPECT_EQ(computer.flag(), "on");
 }
 
-TEST_F(SharedMachineTest, AProgramStartedWhileAnotherUserIsAtTheMachineWritesOnReturn) {
+TEST_F(SharedMachineTest, AProgramStartedDuringAnotherUsersSessionWritesOnReturn) {
     computer.files.contents[HelperController::stateFile] = "on";
     computer.files.failAlways("Permission denied");
     rig.emplace(computer).launch();

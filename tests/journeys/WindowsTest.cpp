@@ -1,4 +1,4 @@
-// What leads from the menu into windows and alerts, and what the user does there.
+// The windows and alerts that the menu opens, and what the user does there.
 
 #include <gtest/gtest.h>
 
@@ -19,10 +19,10 @@ using Texts = std::vector<std::string>;
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 const std::string activeListing = std::string(DriverActivator::extensionID) + " [activated enabled]\n";
 
-// The menu's entries that lead into windows.
+// The menu items that open windows.
 constexpr std::size_t settings = 2, activateDriver = 4, about = 5, quit = 7;
 
-// A computer whose driver is active, with the program launched on it.
+// A computer with an active driver and the launched program.
 struct Desk : Computer, AppRig {
     Desk() : AppRig(static_cast<Computer&>(*this)) {
         processes.outputs[DriverActivator::listingTool] = activeListing;
@@ -34,7 +34,7 @@ struct Desk : Computer, AppRig {
         statusBar.choose(entry);
         queue.run();
     }
-    // As in the window that is shown: one click on the device's row.
+    // Ticks the row of the device in the window, or clears it.
     void tick(const DeviceDescription& device, bool isOn) {
         std::get<Toggle>(viewAt(windows.shown, {"6", "0", device.key()}).kind).set(isOn);
         queue.run();
@@ -44,7 +44,7 @@ struct Desk : Computer, AppRig {
     }
 };
 
-TEST(WindowsTest, TheFirstOpeningMakesTheWindowAndLaterOnesBringItForward) {
+TEST(WindowsTest, TheFirstOpeningCreatesTheWindowAndLaterOnesRaiseIt) {
     Desk desk;
     EXPECT_EQ(desk.windows.calls, Texts{});
     desk.choose(settings);
@@ -96,7 +96,7 @@ TEST(WindowsTest, AMouseTickedInTheWindowIsSavedAndMutes) {
     EXPECT_TRUE(desk.windowSays("Trackpad active"));
 }
 
-TEST(WindowsTest, TheOpenWindowFollowsTheMouseThroughItsGrace) {
+TEST(WindowsTest, TheOpenWindowFollowsTheMouseThroughItsGracePeriod) {
     Desk desk;
     desk.choose(settings);
     EXPECT_TRUE(desk.windowSays("No devices found. Connect a mouse."));
@@ -129,7 +129,7 @@ TEST(WindowsTest, ChoosingTheSameModeAgainSavesItAndLeavesTheFlagAlone) {
     EXPECT_EQ(desk.flagWrites(), writes);
 }
 
-TEST(WindowsTest, TheMenuExplainsTheDriverAlsoWhereItIsActive) {
+TEST(WindowsTest, TheMenuExplainsTheDriverEvenIfItIsActive) {
     Desk desk;
     desk.files.contents[DriverActivator::managerPath] = "";
     desk.alerts.answer = AlertResponse::firstButton;
@@ -149,7 +149,7 @@ TEST(WindowsTest, TheMenuShowsTheAboutBoxWithTheBundlesVersion) {
     EXPECT_EQ(desk.workspace.opened, Texts{"mailto:support@ble-kovra.example"});
 }
 
-TEST(WindowsTest, QuittingFromTheMenuUnderAnOpenAlertGivesThePadBackLast) {
+TEST(WindowsTest, QuittingFromTheMenuDuringAnAlertUnmutes) {
     Desk desk;
     desk.state.mode.set(AppState::BlockMode::always);
     desk.queue.run();

@@ -49,7 +49,7 @@ std::vector<std::string> parts(std::string_view text, std::string_view separator
 
 std::size_t occurrences(std::string_view text, std::string_view piece) { return parts(text, piece).size() - 1; }
 
-TEST(CatalogueTest, GivesEveryTextInEveryLanguageCharacterForCharacter) {
+TEST(CatalogueTest, HasTheExpectedTexts) {
     std::size_t compared = 0;
     for (const auto& [lang, texts] : expectedTexts()) {
         const L10n l10n({std::string(L10n::rawValue(lang))});
@@ -62,7 +62,7 @@ TEST(CatalogueTest, GivesEveryTextInEveryLanguageCharacterForCharacter) {
     EXPECT_EQ(compared, 156U);
 }
 
-TEST(CatalogueTest, HoldsTwentySixKeysAndNoOther) {
+TEST(CatalogueTest, HasExactlyTwentySixKeys) {
     std::set<std::string> shipped;
     for (const auto& [key, table] : L10n::strings()) shipped.insert(key);
     EXPECT_EQ(shipped.size(), 26U);
@@ -73,22 +73,22 @@ TEST(CatalogueTest, HoldsTwentySixKeysAndNoOther) {
     }
 }
 
-TEST(CatalogueTest, HoldsEveryKeyInAllSixLanguages) {
+TEST(CatalogueTest, HasEveryKeyInAllSixLanguages) {
     for (const auto& [key, table] : L10n::strings()) {
         EXPECT_EQ(table.size(), 6U) << key;
         for (const Lang lang : L10n::allLanguages) EXPECT_TRUE(table.contains(lang)) << key;
     }
 }
 
-TEST(CatalogueTest, HoldsNoEmptyText) {
+TEST(CatalogueTest, HasNoEmptyText) {
     forEachText([](Lang, const std::string& shipped) { EXPECT_FALSE(shipped.empty()); });
 }
 
-TEST(CatalogueTest, HoldsNothingButValidUtf8) {
+TEST(CatalogueTest, IsValidUtf8) {
     forEachText([](Lang, const std::string& shipped) { EXPECT_EQ(validUtf8(shipped), shipped); });
 }
 
-TEST(CatalogueTest, IsMadeOnce) { EXPECT_EQ(&L10n::strings(), &L10n::strings()); }
+TEST(CatalogueTest, IsBuiltOnce) { EXPECT_EQ(&L10n::strings(), &L10n::strings()); }
 
 TEST(CatalogueTest, NamesKeysInPlainAsciiWithOneDotExceptBlock) {
     const auto isAsciiLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };

@@ -44,8 +44,8 @@ TEST(CharactersTest, CountsAMarkAtTheBeginningAsACharacterOfItsOwn) {
     EXPECT_EQ(firstCharacters("\u0301\u0301ru", 2), "\u0301\u0301r");
 }
 
-// One of each kind that never begins a character: marks of every sort and length, joiners, variation selectors, skin
-// tones, tags; and two Thai and Lao vowels that are letters by category.
+// One code point of each kind that does not start a character: marks of every sort and length, joiners, variation
+// selectors, skin tones and tags. Also two Thai and Lao vowels that are letters by category.
 TEST(CharactersTest, JoinsEveryKindOfMarkToItsLetter) {
     for (const std::string_view mark :
          {"\u0300",     "\u036F",     "\u0489",     "\u05B0",     "\u064B",     "\u0903",     "\u093E",    "\u094D",
@@ -56,8 +56,8 @@ TEST(CharactersTest, JoinsEveryKindOfMarkToItsLetter) {
     }
 }
 
-// Neighbours in number of those above, and marks that stand beside their letter as characters of their own.
-TEST(CharactersTest, LeavesApartWhatBeginsACharacter) {
+// Code points next to those above, and marks that are characters of their own.
+TEST(CharactersTest, SeparatesCodePointsThatStartACharacter) {
     for (const std::string_view other :
          {"\u02FF", "\u0370", "\u0482", "\u048A",     "\u0E32",     "\u0E35\u0E40", "\u102B",    "\u102C",
           "\u1038", "\u1083", "\u1A61", "\uAA7B",     "\u200B",     "\u200E",       "\u2010",    "\u3098",
@@ -89,7 +89,7 @@ TEST(CharactersTest, LeavesEveryOtherByteAsItIs) {
     EXPECT_EQ(lowerCase("\xE2\x84\xAB"), "\xE2\x84\xAB");
 }
 
-TEST(CharactersTest, CutsAnyBytesToABeginningThatCutsTheSameAgain) {
+TEST(CharactersTest, CutsAnyBytesIdempotently) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
@@ -97,7 +97,7 @@ TEST(CharactersTest, CutsAnyBytesToABeginningThatCutsTheSameAgain) {
         for (int round = 0; round < 4000; ++round) {
             std::string text;
             for (unsigned left = upTo(24); left > 0; --left) {
-                // Half of the bytes are such that combining marks, torn or whole, come up often.
+                // Half of the bytes make combining marks likely, whole or truncated.
                 constexpr std::string_view likely = "u\xCC\x81\xE2\x80\x8D";
                 text += upTo(1) == 0 ? static_cast<char>(upTo(255)) : likely[upTo(likely.size() - 1)];
             }

@@ -37,8 +37,8 @@ class CountingLocale : public FakeLocale {
     mutable std::atomic<int> reads = 0;
 };
 
-// One test for the whole life of the shared instance, for there is only one in a process.
-TEST(L10nSharedTest, IsMadeOnceAtFirstUseFromAnyThreadAndKeepsItsLanguageWhenTheSystemsChanges) {
+// A process has only one shared instance, so one test covers its whole life.
+TEST(L10nSharedTest, IsCreatedOnceAtFirstUseAndKeepsItsLanguage) {
     FakeApplication application;
     FakeMainQueue queue;
     FakeHID hid(queue);

@@ -13,20 +13,20 @@
 
 namespace kovra::model {
 
-// The properties of the state that can be listened to.
+// The properties of the state that have subscribers.
 enum class Property { devices, selectedIDs, isEnabled, mode, blocking };
 
-// One thing that happens to the program: from outside, or from inside an announcement. A list of actions is a whole
-// life; whatever it holds, and in whatever order, it can be played, so that a failing life can be cut down.
+// One event: from outside, or inside an announcement. A list of actions is a whole life. Any list in any order can be
+// played, so that a failing life can be shortened.
 struct Action {
     enum class Kind {
         attach,         // device: all its interfaces
         detach,         // number: that interface, if it is attached
-        removeUnknown,  // number: the system tells of a removal on its own authority
+        removeUnknown,  // number: the system reports a removal without an attachment
         attachAgain,    // number: an attached interface is reported a second time
-        rename,         // number, text: an attached interface goes and comes back with another name
+        rename,         // number, text: an attached interface is removed and attached again with another name
         advance,        // time
-        advanceToWake,  // time: so long after the end of the earliest grace period
+        advanceToWake,  // time: this long after the end of the earliest grace period
         stall,          // time passes while the program does not run
         runOneTurn,
         run,
@@ -34,10 +34,10 @@ struct Action {
         enable,       // truth
         setMode,      // truth: always
         pressHotKey,  //
-        failNext,     // number: so many writes, text: the reason
+        failNext,     // number: this many writes, text: the reason
         failAlways,   // text
         recover,      // writes succeed again
-        subscribe,    // number: the subscriber's, property, times, truth: told at once, inner: what it does
+        subscribe,    // number, property, times, truth: deliver the current value, inner: its actions
         unsubscribe,  // number
         evaluate,
         quit,
@@ -57,7 +57,7 @@ struct Action {
     std::vector<Action> inner{};
 };
 
-// What a life starts from.
+// The initial state of a life.
 struct Beginning {
     std::vector<std::string> languages;
     std::map<std::string, PreferenceValue, std::less<>> stored;
@@ -67,10 +67,10 @@ struct Beginning {
 std::string describe(const Action& action);
 std::string describe(Property property);
 
-// Everything that the program does and that can be seen from outside, in order, one line each.
+// All externally visible effects in order, one line each.
 using Journal = std::vector<std::string>;
 
-// Both sides, the program and the model, put what they saw into the same words.
+// The program and the model describe what they saw in the same words.
 namespace words {
 inline std::string wrote(std::string_view path, std::string_view text, bool succeeded) {
     return "wrote " + std::string(text) + (succeeded ? " to " : " in vain to ") + std::string(path);

@@ -9,9 +9,8 @@
 
 namespace kovra::model {
 
-// What the program promises of its devices, by definition: a record of episodes, each one interface of one device from
-// its attachment to its removal. Who is connected is looked up in the record each time it is asked; nothing in it is
-// ever cancelled or forgotten.
+// The devices by definition: a record of episodes, each of one interface from its attachment to its removal. Every
+// query looks up the record; nothing in it is cancelled or deleted.
 class DeviceRecord {
   public:
     using InterfaceID = std::pair<bool, std::uint64_t>;  // whether it has a registry entry, and its number
@@ -31,10 +30,10 @@ class DeviceRecord {
     void attach(InterfaceID id, const std::string& key, const std::string& name);
     // Nothing if no such interface is attached.
     std::optional<Removal> remove(InterfaceID id);
-    // The time after a last removal is up. Says whether the device stayed away.
+    // The time after a last removal is up. Returns whether the device stayed away.
     bool endGrace(const Removal& removal);
 
-    // Every device ever attached: connected first, then by name, whatever the case, then by first sight.
+    // Every device seen so far: connected first, then by name ignoring case, then by first attachment.
     std::vector<Device> list() const;
 
   private:
@@ -52,7 +51,7 @@ class DeviceRecord {
 
     bool isAttached(const std::string& key) const;
     Stamp lastTouched(const std::string& key) const;
-    // An interface is attached, or the grace that began with the last removal is not over.
+    // An interface is attached, or the grace period after the last removal is running.
     bool isConnected(const std::string& key) const { return isAttached(key) || !over_.contains(lastTouched(key)); }
 
     Stamp stamp_ = 0;

@@ -51,7 +51,7 @@ Beginning Life::beginning() {
     };
     const Language language = oneOf(languages);
     unknown_ = language.unknown;
-    for (int i = 0; i < 4; ++i) favourites_.push_back(oneOf(models()));
+    for (int i = 0; i < 4; ++i) favorites_.push_back(oneOf(models()));
 
     Beginning beginning{language.preferred, {}, oneIn(2)};
     const auto texts = [&](int count) {
@@ -78,7 +78,7 @@ std::vector<Action> Life::actions(int count) {
     return actions;
 }
 
-// Each action as often as its weight says.
+// The weight of each action.
 Action Life::next() {
     static constexpr std::array<std::pair<Kind, int>, 22> weights{{
         {Kind::attach, 150},    {Kind::detach, 200},     {Kind::removeUnknown, 12}, {Kind::attachAgain, 12},
@@ -171,7 +171,7 @@ Action Life::subscription(int depth) {
     return action;
 }
 
-// What somebody does who is told of a change that is not yet stored.
+// The reaction of a subscriber to a change that is not stored yet.
 Action Life::reaction(int depth) {
     const std::uint64_t draw = below(24);
     if (draw < 10) return choice();
@@ -190,7 +190,7 @@ Action Life::relaunch() {
     return action;
 }
 
-DeviceDescription Life::model() { return oneIn(4) ? oneOf(models()) : oneOf(favourites_); }
+DeviceDescription Life::model() { return oneIn(4) ? oneOf(models()) : oneOf(favorites_); }
 
 DeviceDescription Life::device() {
     if (lastGone_ && oneIn(2)) return *lastGone_;

@@ -10,10 +10,10 @@
 
 namespace kovra::model {
 
-// A random life: the same seed gives the same one everywhere.
+// A random life, which depends only on the seed.
 //
-// There are few models of device, so that keys meet; times lie at and around the grace period more often than chance
-// would have it; nothing here looks at the program or at the model.
+// There are few device models, so that keys collide. Times are often at or near the grace period. Nothing here depends
+// on the program or the model.
 class Life {
   public:
     explicit Life(std::uint64_t seed) : random_(seed) {}
@@ -41,12 +41,12 @@ class Life {
     std::set<std::string> keys();
 
     std::mt19937_64 random_;
-    std::string unknown_;                        // what stands for a missing name
-    std::vector<DeviceDescription> favourites_;  // models that come more often in this life
-    // As far as this side knows: those that reactions attach are not counted here.
+    std::string unknown_;                       // the text for a missing name
+    std::vector<DeviceDescription> favorites_;  // models that occur more often in this life
+    // An estimate: devices that reactions attach are not counted.
     std::uint64_t interfaces_ = 0;            // attached so far
-    std::vector<DeviceDescription> devices_;  // whose they are, by number
-    std::vector<std::uint64_t> attached_;     // still
+    std::vector<DeviceDescription> devices_;  // the device of each interface, by number
+    std::vector<std::uint64_t> attached_;     // attached now
     std::optional<DeviceDescription> lastGone_;
     std::uint64_t subscribers_ = 0;  // made so far
 };

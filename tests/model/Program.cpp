@@ -45,7 +45,7 @@ class Program::Preferences : public FakePreferences {
     }
 
   private:
-    // The elements of an array have no order, so that they are put into one.
+    // The elements of an array have no order, so sort them.
     static std::string text(const PreferenceValue& value) {
         if (const auto* truth = std::get_if<bool>(&value)) return words::truth(*truth);
         if (const auto* string = std::get_if<std::string>(&value)) return *string;
@@ -74,7 +74,7 @@ class Program::Desktop : public FakeApplication {
     Journal& journal_;
 };
 
-// What begins with a launch and ends with the process. The delegate is made from it and goes before it.
+// One process, from launch to end. The delegate uses it and is destroyed first.
 struct Program::Process {
     Process(Program& program)
         : desktop(program.journal_),
@@ -175,7 +175,7 @@ Subscription Program::subscribe(const Action& subscription) {
     return react(state.blocking, subscription);
 }
 
-// Whoever calls the delegate holds it meanwhile. Nobody calls it before launch or after the application has terminated.
+// A caller of the delegate holds it. Nobody calls it before launch or after the application has terminated.
 std::shared_ptr<AppDelegate> Program::callableDelegate() const {
     return process_->launched && !process_->desktop.terminated ? process_->delegate : nullptr;
 }

@@ -27,8 +27,8 @@
 
 namespace kovra::model {
 
-// The whole logic on fakes, joined as the application joins it, and played by the same actions as the model. The
-// fakes put every effect into the journal when it happens, so that the order between services counts too.
+// The whole logic on fakes, wired as in the application and driven by the same actions as the model. The fakes record
+// every effect in the journal when it happens, so that the order between services is compared too.
 class Program {
   public:
     Program(const Beginning& beginning, Journal& journal);

@@ -9,7 +9,7 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-// By the first preferred language alone; the words are those that a user reads.
+// The texts by the first preferred language alone.
 std::string unknownDevice(const std::vector<std::string>& languages) {
     static const std::map<std::string, std::string> texts{
         {"ru-RU", "Неизвестное устройство"}, {"uk", "Невідомий пристрій"},          {"FR-ca", "Appareil inconnu"},

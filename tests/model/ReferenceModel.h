@@ -17,10 +17,10 @@
 
 namespace kovra::model {
 
-// What the program promises, said as briefly as possible and in another way than the program does it.
+// The specified behavior, stated briefly and in another way than the program implements it.
 //
-// The queue is a list of what is due, not of closures; whether it still matters is found out when its turn comes. Every
-// effect goes into the journal.
+// The queue is a list of due events instead of closures. Whether an event still matters is decided when it is due.
+// Every effect goes into the journal.
 class ReferenceModel {
   public:
     ReferenceModel(const Beginning& beginning, Journal& journal);
@@ -29,10 +29,10 @@ class ReferenceModel {
 
     std::string snapshot() const;
     std::size_t queued() const { return jobs_.size(); }
-    // Until the earliest end of grace that is still ahead, if any.
+    // The time until the end of the next grace period, if there is one.
     std::optional<std::chrono::nanoseconds> untilWake() const;
 
-    // How often grace periods ended as they should and how often the device was back in time.
+    // The number of grace periods that expired, and of those that the device ended by returning.
     int endsOfGrace = 0;
     int returnsInTime = 0;
 
@@ -100,7 +100,7 @@ class ReferenceModel {
 
     Journal& journal_;
 
-    // The machine: it outlives every process.
+    // The machine, which outlives the processes.
     const bool deliverAtOnce_;
     const std::string unknown_;
     std::map<std::string, PreferenceValue, std::less<>> disk_;
@@ -113,8 +113,8 @@ class ReferenceModel {
     // One process.
     bool running_ = false;
     bool launched_ = false;
-    bool held_ = false;  // whether the delegate's owner still has it
-    int pins_ = 0;       // work in progress that keeps the delegate
+    bool held_ = false;  // whether the owner still holds the delegate
+    int pins_ = 0;       // running work that keeps the delegate alive
     std::deque<Job> jobs_;
     std::multimap<Time, Job> wakes_;
     DeviceRecord record_;

@@ -1,5 +1,4 @@
-// The promises: of the devices, of the decision and of the state. The machine and the process are in
-// ReferenceModel.cpp.
+// The behavior of the devices, the decision and the state. The machine and the process are in ReferenceModel.cpp.
 #include "tests/model/ReferenceModel.h"
 
 #include <algorithm>
@@ -104,7 +103,7 @@ void ReferenceModel::hear(Listener& listener, const std::string& coming) {
     }
 }
 
-// Whoever comes while an announcement is made stands behind the end of its audience.
+// A subscriber added during an announcement is not in its audience.
 void ReferenceModel::announce(Property property, const std::string& coming) {
     const std::size_t audience = listeners_.size();
     for (std::size_t i = 0; i < audience; ++i) {
@@ -133,13 +132,13 @@ void ReferenceModel::save(const std::string& key, const PreferenceValue& value, 
     journal_.push_back(words::saved(key, text));
 }
 
-// A subscription under a number that is taken replaces the one that had it.
+// A subscription with a number in use replaces the earlier one.
 void ReferenceModel::subscribe(const Action& action) {
     const auto listener = std::make_shared<Listener>(
         Listener{Listener::Role::subscriber, action.property, 0, action.times, action.inner.at(0)});
     listeners_.push_back(listener);
     if (action.truth) hear(*listener, stored(action.property));
-    listener->number = action.number;  // nobody can end the subscription before it has been handed out
+    listener->number = action.number;  // the subscription cannot be ended before it is returned
     for (const auto& other : listeners_) {
         if (other != listener && other->role == Listener::Role::subscriber && other->number == action.number) {
             other->gone = true;

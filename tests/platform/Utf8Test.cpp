@@ -30,7 +30,7 @@ std::string encoded(char32_t codePoint) {
             byte(0x80 + codePoint % 64)};
 }
 
-// Every beginning, of up to three bytes, of every character there is: what "torn" and "not valid" mean, without a rule.
+// Every prefix, of up to three bytes, of every character. Defines "truncated" and "invalid" without a rule.
 class Beginnings {
   public:
     Beginnings() {
@@ -43,7 +43,7 @@ class Beginnings {
         }
     }
 
-    // The length of the longest beginning of a character that the text starts with; 1 if there is none.
+    // The length of the longest prefix of a character at the start of the text; 1 if there is none.
     std::size_t longest(std::string_view text) const {
         std::size_t length = 1;
         while (length < 3 && length < text.size() && known_[length][index(text, length + 1)]) ++length;
@@ -79,7 +79,7 @@ TEST(Utf8Test, DecodesEveryCharacterThereIs) {
     }
 }
 
-TEST(Utf8Test, TellsCharactersFromAllOtherBytesWhateverTheirClasses) {
+TEST(Utf8Test, DistinguishesCharactersFromOtherBytes) {
     const Beginnings beginnings;
     constexpr std::string_view classes("\x00\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC2\xE0\xF4\xFF", 13);
     std::string text(4, '\0');
@@ -104,7 +104,7 @@ TEST(Utf8Test, TellsCharactersFromAllOtherBytesWhateverTheirClasses) {
     }
 }
 
-TEST(Utf8Test, RefusesLonelyContinuationsAndBytesThatNeverOccur) {
+TEST(Utf8Test, RejectsLoneContinuationsAndInvalidBytes) {
     for (const char lead : std::string_view("\x80\xA5\xBF\xC0\xC1\xF5\xF8\xFC\xFE\xFF")) {
         expectInvalid(std::string{lead, '\x80', '\x80', '\x80'}, 1);
     }
@@ -135,7 +135,7 @@ TEST(Utf8Test, RefusesNumbersPastTheLastCharacter) {
     expectInvalid("\xF7\xBF\xBF\xBF", 1);
 }
 
-TEST(Utf8Test, TakesATornCharacterAsOnePieceWhereverItIsTorn) {
+TEST(Utf8Test, TreatsATruncatedCharacterAsOnePiece) {
     for (const std::string_view whole : {"\u00E9", "\u0301", "\u20AC", "\uFFFF", "\U00010000", "\U0010FFFF"}) {
         for (std::size_t length = 1; length < whole.size(); ++length) {
             const std::string torn(whole.substr(0, length));
@@ -148,7 +148,7 @@ TEST(Utf8Test, TakesATornCharacterAsOnePieceWhereverItIsTorn) {
     }
 }
 
-TEST(Utf8Test, KeepsValidTextsAsTheyAre) {
+TEST(Utf8Test, KeepsValidTexts) {
     EXPECT_EQ(validUtf8(""), "");
     for (const std::string_view text : {std::string_view("plain"), std::string_view("a\0b", 3),
                                         std::string_view("Мышь № 1 \u0301\U0001F5B1\uFFFD")}) {
@@ -156,7 +156,7 @@ TEST(Utf8Test, KeepsValidTextsAsTheyAre) {
     }
 }
 
-TEST(Utf8Test, PutsOneReplacementCharacterForEachPieceThatIsNotValid) {
+TEST(Utf8Test, ReplacesEachInvalidPieceByOneCharacter) {
     const std::string one(replacement);
     EXPECT_EQ(validUtf8("\xFF"), one);
     EXPECT_EQ(validUtf8("\xFF\xFE"), one + one);

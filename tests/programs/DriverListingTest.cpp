@@ -14,7 +14,7 @@
 namespace kovra {
 namespace {
 
-// Runs the test's own program where the listing tool is asked for, as that is asked.
+// Runs the test's own program in place of the listing tool, with the same arguments.
 class Substitute : public ProcessRunner {
   public:
     Substitute(ProcessRunner& real, std::string program) : real_(real), program_(std::move(program)) {}
@@ -38,7 +38,7 @@ class DriverListingTest : public testing::Test {
         EXPECT_TRUE(log_.lines.empty());
         return isActive;
     }
-    // A script's command that writes the listing of the driver in this state.
+    // The script command that prints the driver's listing in this state.
     static std::string lists(const std::string& state, const std::string& identifier = DriverActivator::extensionID) {
         return "printf '1 extension(s)\\n\\n*\\t*\\tTEAM000000\\t" + identifier + " (1.0/1.0)\\tdriver\\t[" + state +
                "]\\n'\n";
@@ -62,7 +62,7 @@ TEST_F(DriverListingTest, IsActiveOnlyWhereItIsActivatedAndEnabled) {
     EXPECT_FALSE(isActiveWhere(""));
 }
 
-TEST_F(DriverListingTest, IsAskedToList) {
+TEST_F(DriverListingTest, RunsTheToolWithTheArgumentList) {
     EXPECT_TRUE(isActiveWhere("[ \"$#:$1\" = 1:list ] || exit 1\n" + lists(active)));
 }
 
@@ -86,11 +86,11 @@ TEST_F(DriverListingTest, IsActiveHoweverTheToolEnds) {
     EXPECT_TRUE(isActiveWhere("printf '%s activated enabled' " + std::string(DriverActivator::extensionID)));
 }
 
-TEST_F(DriverListingTest, IsNotActiveByWhatIsNoText) {
+TEST_F(DriverListingTest, IsNotActiveIfTheOutputIsNotUtf8) {
     EXPECT_FALSE(isActiveWhere(lists(active) + "printf '\\377\\n'"));
 }
 
-TEST_F(DriverListingTest, IsNotActiveWhereTheToolCannotBeStarted) {
+TEST_F(DriverListingTest, IsNotActiveIfTheToolCannotBeStarted) {
     EXPECT_FALSE(isActive(scripts_ / "missing"));
     writeFile(scripts_ / "not for running", "#!/bin/sh\n" + lists(active));
     EXPECT_FALSE(isActive(scripts_ / "not for running"));

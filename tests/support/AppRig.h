@@ -27,7 +27,7 @@
 
 namespace kovra {
 
-// A computer with a user: what stays when the program ends and starts again.
+// A computer with a user. It survives the end of the program.
 struct Computer {
     FakeMainQueue queue;
     FakeHID hid{queue};
@@ -44,7 +44,7 @@ struct Computer {
     FakeWorkspace workspace;
     FakeBundle bundle;
 
-    // The services of this computer, for an application on it.
+    // The services of this computer for an application.
     Platform platformFor(Application& application) {
         return {application, queue, hid,     preferences, files,     log,       locale, statusBar,
                 hotKeys,     login, windows, alerts,      processes, workspace, bundle};
@@ -67,7 +67,7 @@ struct Computer {
     }
 };
 
-// The whole application on a computer of fakes, from its making to its end.
+// The whole application on a computer of fakes.
 struct AppRig {
     explicit AppRig(Computer& on) : computer(on) {
         application.onTerminating = [this] { computer.queue.stop(); };

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// Values as text that a test compares as a whole and a reader sees at a glance.
+// Values as text, which a test compares as a whole.
 
 inline std::string dump(const MenuItem& item) {
     if (item.isSeparator) return "---";

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// Variables of the environment as a test wants them, given back as they were at its end.
+// Sets environment variables for a test and restores them at its end.
 class Environment {
   public:
     Environment() = default;

@@ -12,7 +12,7 @@
 
 namespace kovra {
 
-// A view as text: one line each, its children indented below it, its modifiers behind it, the innermost first.
+// A view as text: one line per view with its modifiers, the innermost first, and its children indented below.
 class ViewDump {
   public:
     static std::string of(const View& view) {
@@ -90,7 +90,7 @@ class ViewDump {
     std::ostringstream text_;
 };
 
-// The view at this path: of each step a child's id, or its position. It has to be there.
+// The view at this path. Each step is the id or the position of a child. Throws if there is none.
 inline const View& viewAt(const View& root, const std::vector<std::string>& path) {
     const View* view = &root;
     for (const std::string& step : path) {

@@ -48,25 +48,25 @@ TEST(DriverActivatorListingTest, FindsTheActiveOneBelowATerminatedOne) {
     EXPECT_TRUE(lists(heading + "\t\t" + ours + "[terminated waiting to uninstall on reboot]\n" + active));
 }
 
-TEST(DriverActivatorListingTest, DoesNotTakeAnotherExtensionForOurs) {
+TEST(DriverActivatorListingTest, IgnoresOtherExtensions) {
     EXPECT_FALSE(lists("*\t*\tABC\torg.example.OtherDriver (1/1)\tdriver\t[activated enabled]\n"));
     EXPECT_FALSE(
         lists("*\t*\tABC\torg.pqrs.karabiner-driverkit-virtualhiddevice (1/1)\tdriver\t[activated enabled]\n"));
 }
 
-TEST(DriverActivatorListingTest, WantsAllThreeInOneLine) {
+TEST(DriverActivatorListingTest, NeedsAllThreeInOneLine) {
     EXPECT_FALSE(lists(ours + "\n[activated\nenabled]\n"));
     EXPECT_FALSE(lists("*\t*\tABC\torg.example.Other (1/1)\t[activated enabled]\n\t\t" + ours + "[terminated]\n"));
 }
 
-TEST(DriverActivatorListingTest, WantsTheWordsAnywhereInTheLineEvenInsideOthers) {
+TEST(DriverActivatorListingTest, FindsTheWordsAnywhereInTheLine) {
     EXPECT_TRUE(lists("enabled activated " + std::string(DriverActivator::extensionID)));
     EXPECT_TRUE(lists("reactivated_reenabled see" + std::string(DriverActivator::extensionID) + "2"));
 }
 
-TEST(DriverActivatorListingTest, TellsUpperAndLowerCaseApart) { EXPECT_FALSE(lists(ours + "[Activated Enabled]\n")); }
+TEST(DriverActivatorListingTest, IsCaseSensitive) { EXPECT_FALSE(lists(ours + "[Activated Enabled]\n")); }
 
-TEST(DriverActivatorListingTest, PassesOverBlankLines) {
+TEST(DriverActivatorListingTest, IgnoresBlankLines) {
     EXPECT_TRUE(lists("\n\n\n" + heading + "\n\n" + active + "\n\n"));
 }
 
@@ -74,7 +74,7 @@ TEST(DriverActivatorListingTest, NeedsNoLastLineFeed) {
     EXPECT_TRUE(lists(heading + active.substr(0, active.size() - 1)));
 }
 
-TEST(DriverActivatorListingTest, HasNothingToFindInAnEmptyText) {
+TEST(DriverActivatorListingTest, IsNotActiveInAnEmptyText) {
     EXPECT_FALSE(lists(""));
     EXPECT_FALSE(lists("\n"));
 }
@@ -97,7 +97,7 @@ struct DriverRig {
     DriverActivator driver{processes, files, log};
 };
 
-TEST(DriverActivatorTest, AsksTheListingToolAnewAtEachRead) {
+TEST(DriverActivatorTest, RunsTheListingToolAtEachCall) {
     DriverRig rig;
     rig.processes.outputs[DriverActivator::listingTool] = active;
     EXPECT_TRUE(rig.driver.isExtensionActive());
@@ -107,13 +107,13 @@ TEST(DriverActivatorTest, AsksTheListingToolAnewAtEachRead) {
     EXPECT_EQ(rig.processes.ran, (Commands{list, list}));
 }
 
-TEST(DriverActivatorTest, TakesAToolThatCannotBeStartedForNoAndSaysNothing) {
+TEST(DriverActivatorTest, IsNotActiveIfTheToolCannotBeStarted) {
     DriverRig rig;
     EXPECT_FALSE(rig.driver.isExtensionActive());
     EXPECT_EQ(rig.log.lines, Texts{});
 }
 
-TEST(DriverActivatorTest, StartsTheManagerByForceOrWithout) {
+TEST(DriverActivatorTest, StartsTheManagerWithAndWithoutForce) {
     DriverRig rig;
     rig.files.contents[DriverActivator::managerPath] = "";
     rig.driver.activate(true);
@@ -124,7 +124,7 @@ TEST(DriverActivatorTest, StartsTheManagerByForceOrWithout) {
     EXPECT_EQ(rig.log.lines, Texts{});
 }
 
-TEST(DriverActivatorTest, LogsOneLineWhereThereIsNoManager) {
+TEST(DriverActivatorTest, LogsOneLineIfTheManagerIsMissing) {
     DriverRig rig;
     rig.driver.activate(true);
     EXPECT_EQ(rig.processes.started, Commands{});
@@ -133,7 +133,7 @@ TEST(DriverActivatorTest, LogsOneLineWhereThereIsNoManager) {
                                    "Karabiner-VirtualHIDDevice-Manager"});
 }
 
-TEST(DriverActivatorTest, LogsOneLineWhereTheManagerDoesNotStart) {
+TEST(DriverActivatorTest, LogsOneLineIfTheManagerDoesNotStart) {
     DriverRig rig;
     rig.files.contents[DriverActivator::managerPath] = "";
     rig.processes.reasonToFail = "Permission %s denied";
@@ -153,7 +153,7 @@ TEST(DriverSetupTest, ExplainsInFrontOfEverything) {
                                    {rig.texts.text("driver.activate"), rig.texts.text("driver.later")}}}));
 }
 
-TEST(DriverSetupTest, ItsFirstButtonForcesTheActivationAlsoOfAnActiveDriver) {
+TEST(DriverSetupTest, ItsFirstButtonForcesTheActivationEvenOfAnActiveDriver) {
     DriverRig rig;
     rig.files.contents[DriverActivator::managerPath] = "";
     rig.processes.outputs[DriverActivator::listingTool] = active;
@@ -163,7 +163,7 @@ TEST(DriverSetupTest, ItsFirstButtonForcesTheActivationAlsoOfAnActiveDriver) {
     EXPECT_EQ(rig.processes.ran, Commands{});
 }
 
-TEST(DriverSetupTest, AnyOtherEndDoesNothing) {
+TEST(DriverSetupTest, AnyOtherAnswerDoesNothing) {
     for (const AlertResponse answer : {AlertResponse::secondButton, AlertResponse::aborted}) {
         DriverRig rig;
         rig.files.contents[DriverActivator::managerPath] = "";
@@ -174,7 +174,7 @@ TEST(DriverSetupTest, AnyOtherEndDoesNothing) {
     }
 }
 
-TEST(DriverSetupTest, WithoutTheManagerConsentIsOneLineInTheLogAndNothingElse) {
+TEST(DriverSetupTest, LogsOneLineIfTheManagerIsMissing) {
     DriverRig rig;
     rig.alerts.answer = AlertResponse::firstButton;
     rig.showExplanation();

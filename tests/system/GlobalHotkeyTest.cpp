@@ -27,18 +27,18 @@ TEST(GlobalHotkeyTest, IsControlOptionTUnderTheProgramsOwnNumber) {
     EXPECT_EQ(rig.keys.registered, std::vector{GlobalHotkey::hotKey});
 }
 
-TEST(GlobalHotkeyTest, AsksForNothingBeforeItIsRegistered) {
+TEST(GlobalHotkeyTest, RequestsNothingBeforeItIsRegistered) {
     const HotkeyRig rig;
     EXPECT_EQ(rig.keys.calls, Calls{});
 }
 
-TEST(GlobalHotkeyTest, InstallsItsHandlerBeforeItTakesTheKey) {
+TEST(GlobalHotkeyTest, InstallsItsHandlerBeforeItRegistersTheKey) {
     HotkeyRig rig;
     rig.hotkey.registerHotKey();
     EXPECT_EQ(rig.keys.calls, (Calls{"install", "register"}));
 }
 
-TEST(GlobalHotkeyTest, GivesTheKeyBackBeforeItRemovesItsHandler) {
+TEST(GlobalHotkeyTest, ReleasesTheKeyBeforeItRemovesItsHandler) {
     HotkeyRig rig;
     rig.hotkey.registerHotKey();
     rig.hotkey.unregister();
@@ -46,7 +46,7 @@ TEST(GlobalHotkeyTest, GivesTheKeyBackBeforeItRemovesItsHandler) {
     EXPECT_EQ(rig.keys.press(), std::nullopt);
 }
 
-TEST(GlobalHotkeyTest, GivesBackOnlyOnce) {
+TEST(GlobalHotkeyTest, ReleasesOnlyOnce) {
     HotkeyRig rig;
     rig.hotkey.unregister();
     rig.hotkey.registerHotKey();
@@ -72,7 +72,7 @@ TEST(GlobalHotkeyTest, SwallowsAPressWithoutATrigger) {
     EXPECT_EQ(rig.keys.press(), 0);
 }
 
-TEST(GlobalHotkeyTest, RunsTheTriggerThatStandsWhenThePressComes) {
+TEST(GlobalHotkeyTest, RunsTheCurrentTrigger) {
     HotkeyRig rig;
     std::string triggered;
     rig.hotkey.registerHotKey();
@@ -98,7 +98,7 @@ TEST(GlobalHotkeyTest, LetsATriggerReplaceItself) {
     EXPECT_EQ(triggered, "first second ");
 }
 
-TEST(GlobalHotkeyTest, GoesOnSilentlyWhenAnotherProgramHasTheKey) {
+TEST(GlobalHotkeyTest, IgnoresAKeyThatAnotherProgramHolds) {
     HotkeyRig rig;
     rig.keys.takenByAnother = true;
     rig.hotkey.registerHotKey();
@@ -107,7 +107,7 @@ TEST(GlobalHotkeyTest, GoesOnSilentlyWhenAnotherProgramHasTheKey) {
     EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "remove"}));
 }
 
-TEST(GlobalHotkeyTest, TakesTheKeyAlsoWhereItsHandlerIsRefused) {
+TEST(GlobalHotkeyTest, RegistersTheKeyEvenIfItsHandlerIsRefused) {
     HotkeyRig rig;
     rig.keys.refuses = true;
     rig.hotkey.registerHotKey();

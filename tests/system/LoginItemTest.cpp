@@ -13,7 +13,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(LoginItemTest, UnregistersWhatIsEnabled) {
+TEST(LoginItemTest, UnregistersIfEnabled) {
     FakeLogin login;
     FakeLog log;
     login.current = LoginStatus::enabled;
@@ -50,7 +50,7 @@ TEST(LoginItemTest, ReadsTheStatusOnce) {
     EXPECT_EQ(login.reads, 1);
 }
 
-TEST(LoginItemTest, LogsARefusalAsOneLineAndDoesNotTryAgain) {
+TEST(LoginItemTest, LogsAFailureInOneLineAndDoesNotRetry) {
     for (const LoginStatus status : {LoginStatus::enabled, LoginStatus::notRegistered}) {
         FakeLogin login;
         FakeLog log;

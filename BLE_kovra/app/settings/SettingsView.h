@@ -8,16 +8,15 @@ class AppState;
 class L10n;
 struct HIDDeviceInfo;
 
-// What the settings window shows: the whole state at once, each control writing straight into it. Nothing here has to
-// be applied or can be taken back.
+// The content of the settings window. Each control writes to the state at once; there is no Apply button.
 //
-// A row edits the device that it shows, by its id, wherever the row stands by then.
+// A row edits its device by id, even if the list has been reordered since.
 class SettingsView {
   public:
-    // Both outlive the view and what it makes.
+    // `state` and `texts` must outlive this object and the views that it returns.
     SettingsView(AppState& state, const L10n& texts) : state_(state), texts_(texts) {}
 
-    // As the state is now.
+    // The content for the current state.
     View body() const;
 
   private:

@@ -9,7 +9,7 @@ namespace kovra {
 SettingsWindow::SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& state, const L10n& texts)
     : queue_(queue), view_(state, texts), window_(windows.makeWindow(view_.body())) {
     window_->setTitle("BLE-kovra");
-    // Not resizable, and that is meant.
+    // Deliberately not resizable.
     window_->setStyleMask(WindowStyle::titled | WindowStyle::closable | WindowStyle::miniaturizable);
     window_->setContentSize({440, 480});
     window_->setReleasedWhenClosed(false);
@@ -31,7 +31,7 @@ void SettingsWindow::observe(Published<T>& property) {
     subscriptions_.push_back(property.subscribe([this](const T&) { rebuildSoon(); }, CurrentValue::drop));
 }
 
-// A change is announced before it is stored, so what is shown is built later.
+// A change is announced before it is stored, so the content is rebuilt one turn later.
 void SettingsWindow::rebuildSoon() {
     if (*isRebuildQueued_ || !window_->isVisible()) return;
     *isRebuildQueued_ = true;

@@ -12,13 +12,13 @@ class MainQueue;
 class Window;
 class WindowHost;
 
-// The settings window: made once, hidden when it is closed, shown again.
+// The settings window. Closing it only hides it.
 //
-// While it is visible every change of the state rebuilds what it shows, one queue turn later and once however many
-// changes came. While it is hidden nothing is rebuilt; it is brought up to date as it is shown.
+// While it is visible, a change of the state rebuilds its content one queue turn later. Several changes in one turn
+// cause one rebuild. A hidden window is rebuilt when it is shown.
 class SettingsWindow {
   public:
-    // The references outlive the window. It is not shown yet.
+    // Does not show the window yet. The references must outlive it.
     SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& state, const L10n& texts);
     SettingsWindow(const SettingsWindow&) = delete;
     SettingsWindow& operator=(const SettingsWindow&) = delete;

@@ -25,7 +25,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(Spawn& how, const std::string&
     if (errno != 0) return nullptr;
     const int end = openProcessEnd(pid);
     if (end >= 0) return std::unique_ptr<ChildProcess>(new ChildProcess(pid, end));
-    // Nobody would notice its end.
+    // Without the descriptor its end would go unnoticed.
     const int error = errno;
     ::kill(pid, SIGKILL);
     waitFor(pid);
@@ -34,7 +34,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(Spawn& how, const std::string&
 }
 
 ChildProcess::~ChildProcess() {
-    if (!isLetGo_) terminate();
+    if (!isReleased_) terminate();
     if (pid_ != 0) ::waitpid(pid_, nullptr, WNOHANG);
 }
 
@@ -46,7 +46,7 @@ void ChildProcess::reap() {
 void ChildProcess::terminate() const {
     if (pid_ == 0) return;
     ::kill(pid_, SIGTERM);
-    ::kill(pid_, SIGCONT);  // one that is stopped would hear of it only when it goes on
+    ::kill(pid_, SIGCONT);  // a stopped process handles SIGTERM only when it continues
 }
 
 }  // namespace kovra

@@ -11,32 +11,32 @@
 
 namespace kovra {
 
-// A program that runs beside this one.
+// A child process.
 class ChildProcess {
   public:
-    // Null where the program cannot be started; errno then says why.
+    // Null on failure, with errno.
     static std::unique_ptr<ChildProcess> start(Spawn& how, const std::string& executable,
                                                const std::vector<std::string>& arguments);
 
-    // Tells it to end, unless it was let go, and waits for nothing.
+    // Sends SIGTERM unless the process was released. Does not wait.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // Readable once the program has ended.
+    // Readable once the process has ended.
     int descriptor() const { return end_.number(); }
-    // Once it has: nothing is left of it.
+    // Waits for the process, so that no zombie is left.
     void reap();
     void terminate() const;
-    // From now on its end is its own affair.
-    void letGo() { isLetGo_ = true; }
+    // The destructor no longer ends the process.
+    void release() { isReleased_ = true; }
 
   private:
     ChildProcess(pid_t pid, int end) : pid_(pid), end_(end) {}
 
-    pid_t pid_;  // 0 once it is gone
+    pid_t pid_;  // 0 after reap()
     FileDescriptor end_;
-    bool isLetGo_ = false;
+    bool isReleased_ = false;
 };
 
 }  // namespace kovra

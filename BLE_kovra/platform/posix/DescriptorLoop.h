@@ -5,25 +5,25 @@
 
 namespace kovra {
 
-// The event loop of the one thread, as who waits for descriptors sees it.
+// The event loop of the main thread, for code that waits for file descriptors.
 class DescriptorLoop {
   public:
-    // A descriptor that is watched, until it is let go of.
+    // Watches a descriptor until it is destroyed.
     class Watch {
       public:
         virtual ~Watch() = default;
-        // Each ring is one call of the block; the descriptor then stays silent until the block asks for the next.
+        // A watch is one-shot: after a call of the block it is inactive until rearm().
         virtual void rearm() = 0;
     };
 
     virtual ~DescriptorLoop() = default;
 
-    // The block may run the loop nested, and may let go of its watch.
+    // The block may run the loop nested and may destroy its watch.
     virtual std::unique_ptr<Watch> watch(int descriptor, std::function<void()> readable) = 0;
-    // Turns until `done`, or until the application terminates. Also from inside a block: what happens meanwhile goes on
-    // happening.
+    // Runs the loop until `done` returns true or the application terminates. May be called inside a block; other events
+    // are still handled.
     virtual void runUntil(const std::function<bool()>& done) = 0;
-    // The application has terminated.
+    // Whether the application has terminated.
     virtual bool isStopped() const = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// Owns a descriptor and closes it. Made from what open(2) or socket(2) returned, an error too.
+// Owns a file descriptor and closes it. May hold the -1 of a failed open(2) or socket(2).
 class FileDescriptor {
   public:
     explicit FileDescriptor(int number) : number_(number) {}
@@ -20,7 +20,7 @@ class FileDescriptor {
     int number() const { return number_; }
     bool isOpen() const { return number_ >= 0; }
 
-    // For callers that need to know whether the system kept what was written. 0, or the error.
+    // Closes the descriptor and returns 0 or the error, for callers that must know of a failed write.
     int close() { return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR ? 0 : errno; }
 
   private:

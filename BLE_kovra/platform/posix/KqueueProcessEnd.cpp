@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// 0, or the error.
+// Returns 0 or the error.
 int add(int queue, uintptr_t ident, int filter, unsigned what) {
     struct kevent event {};
     EV_SET(&event, ident, static_cast<int16_t>(filter), EV_ADD, what, 0, nullptr);
@@ -18,12 +18,12 @@ int add(int queue, uintptr_t ident, int filter, unsigned what) {
 
 }  // namespace
 
-// The descriptor is the queue itself, readable for as long as it holds an event that nobody fetches.
+// Returns the queue itself, which is readable while it holds an event.
 int openProcessEnd(pid_t process) {
     const int queue = ::kqueue();
     if (queue < 0) return -1;
     int error = add(queue, static_cast<uintptr_t>(process), EVFILT_PROC, NOTE_EXIT);
-    // One that is ending is no process any more to the queue, which is then told by ourselves.
+    // kqueue(2) does not accept a process that is already ending, so trigger an event ourselves.
     if (error == ESRCH) error = add(queue, 0, EVFILT_USER, NOTE_TRIGGER);
     if (error == 0) return queue;
     ::close(queue);

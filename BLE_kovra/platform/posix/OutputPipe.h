@@ -9,20 +9,20 @@ namespace kovra {
 
 class Spawn;
 
-// Through which a program's standard output and standard error come, in the order of writing.
+// A pipe for a program's standard output and standard error, in the order of writing.
 class OutputPipe {
   public:
-    // Null where the system has no descriptors left, with errno.
+    // Null on failure, with errno.
     static std::unique_ptr<OutputPipe> open();
 
-    // Before the program is started.
+    // Call it before the program is started.
     void giveTo(Spawn& program) const;
-    // Once it is: the pipe then ends when the program, and all that it gave the pipe to, have closed it.
-    void letGoOfWritingEnd() { static_cast<void>(writing_.close()); }
+    // Call it after the program has been started. The pipe then ends when no process has it open for writing.
+    void closeWritingEnd() { static_cast<void>(writing_.close()); }
 
-    // Readable when something has come, and at the end.
+    // Readable when there is data, and at the end.
     int descriptor() const { return reading_.number(); }
-    // Appends what has come, or a good part of it, and waits for nothing. False at the end.
+    // Appends available data without blocking. False at the end.
     bool read(std::string& text) const;
 
   private:

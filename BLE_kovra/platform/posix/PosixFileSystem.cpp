@@ -13,7 +13,7 @@ namespace kovra {
 
 namespace {
 
-// 0, or the error. What the system takes only in part is offered again: only then does it give its reason.
+// Returns 0 or the error. A short write is continued, since only the next call reports the reason.
 int writeAtStart(int file, std::string_view text) {
     std::size_t done = 0;
     while (done < text.size()) {
@@ -27,8 +27,8 @@ int writeAtStart(int file, std::string_view text) {
 
 int cutTo(int file, std::size_t size) { return ::ftruncate(file, static_cast<off_t>(size)) == 0 ? 0 : errno; }
 
-// A longer file is cut first, a shorter one last: so no state on the way is empty, and none is a whole word that nobody
-// wrote. (Going from "off" to "on" a reader may see "of", going back "of" or "off".)
+// Truncates a longer file first and a shorter one last. So no intermediate state is empty, nor a word that nobody
+// wrote: between "on" and "off" a reader may see "of".
 int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     const bool growing = sizeBefore < static_cast<off_t>(text.size());
     if (growing) {
@@ -39,7 +39,7 @@ int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     return writeAtStart(file, text);
 }
 
-// Whether the path still stands for the file that is open, and not for another one, a link or nothing.
+// Whether the path still refers to the open file.
 bool isInPlace(int file, const std::string& path) {
     struct stat written {};
     struct stat inPlace {};
@@ -47,11 +47,11 @@ bool isInPlace(int file, const std::string& path) {
     return written.st_dev == inPlace.st_dev && written.st_ino == inPlace.st_ino;
 }
 
-// The descriptor, or -1 with errno.
+// Returns the descriptor, or -1 with errno.
 int openForWriting(const char* path) {
-    // Not through a link, which could lead to any of the user's files, and not waiting for the reader of a pipe.
+    // Follow no link, which could lead to any of the user's files. Do not wait for the reader of a pipe.
     constexpr int how = O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
-    // Only a missing file is asked to be made: in a shared folder the kernel may refuse that for another user's file.
+    // O_CREAT only for a missing file: in a shared folder the kernel may refuse it for another user's file.
     const int existing = ::open(path, how);
     return existing < 0 && errno == ENOENT ? ::open(path, how | O_CREAT, 0644) : existing;
 }
@@ -66,10 +66,9 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
     if (!S_ISREG(before.st_mode)) return refusal(EINVAL);
 
     int error = replaceContent(file.number(), before.st_size, text);
-    // Where even that has no room (a full disk that copies on write) an old text must not stand as if it were the new
-    // one.
+    // On a full copy-on-write disk even an overwrite fails. An empty file is better than the old text.
     if (error != 0) static_cast<void>(cutTo(file.number(), 0));
-    // What was written into a file that another one has replaced meanwhile, nobody reads.
+    // Nobody reads a file that another one has replaced meanwhile.
     if (error == 0 && !isInPlace(file.number(), path)) error = ESTALE;
     const int errorAtClose = file.close();
     if (error == 0) error = errorAtClose;

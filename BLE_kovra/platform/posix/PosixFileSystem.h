@@ -4,9 +4,8 @@
 
 namespace kovra {
 
-// Files of a POSIX system, written in place: a reader that polls without pause sees the old text, the new text or, for
-// an instant, something that is neither, never "on" by mistake, and never an empty file, but for one just made and one
-// whose disk is full.
+// Writes files in place. A concurrent reader sees the old text, the new text or, briefly, a fragment of either, but
+// never a wrong "on". It sees an empty file only if the file was just created or the disk is full.
 class PosixFileSystem : public FileSystem {
   public:
     Outcome writeWholeFile(const std::string& path, std::string_view text) override;

@@ -13,7 +13,7 @@ std::optional<std::string> PosixProcessRunner::output(const Command& command) {
     pipe->giveTo(how);
     const auto program = ChildProcess::start(how, command.executable, command.arguments);
     if (!program) return std::nullopt;
-    pipe->letGoOfWritingEnd();
+    pipe->closeWritingEnd();
 
     std::string text;
     bool hasAll = false;
@@ -29,7 +29,7 @@ std::optional<std::string> PosixProcessRunner::output(const Command& command) {
     });
     loop_.runUntil([&] { return (hasAll && hasEnded) || text.size() > longest_; });
     if (text.size() > longest_) {
-        // Without its pipe it cannot go on either, nor can another that it left the pipe to.
+        // Closing the pipe also ends any other process that writes to it.
         reading.reset();
         pipe.reset();
         program->terminate();

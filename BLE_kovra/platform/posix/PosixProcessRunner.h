@@ -5,11 +5,10 @@
 
 namespace kovra {
 
-// Other programs, waited for by turning the event loop.
+// Runs other programs and waits for them by running the event loop.
 //
-// A program that is run for its output has that one reader: where the application ends first, by returning from its
-// loop, the program is told to end.
-// What is started lives in a session of its own, and on when we have ended.
+// If the application terminates first, a program run for its output is sent SIGTERM. A program started by start() has
+// its own session and survives the application.
 class PosixProcessRunner : public ProcessRunner {
   public:
     explicit PosixProcessRunner(DescriptorLoop& loop, std::size_t longest = longestOutput)

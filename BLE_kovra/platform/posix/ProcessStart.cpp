@@ -9,18 +9,18 @@ namespace kovra {
 
 namespace {
 
-// What would otherwise end the process without a word, or stop it: a closed pipe, a limit on file sizes, a line for the
-// terminal from a job in the background. The calls report the first two and do the third.
-void ignoreFatalConditions() {
+// Ignores the signals for a closed pipe, a file size limit and terminal output of a background job. The system calls
+// then report an error, and the output is written.
+void ignoreFatalSignals() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGTTOU, SIG_IGN);
 }
 
-// Whoever started us may ignore the end of its children; of ours nobody could tell then how they ended.
-void hearOfChildren() { std::signal(SIGCHLD, SIG_DFL); }
+// An inherited SIG_IGN for SIGCHLD would discard the exit status of child processes.
+void restoreChildSignal() { std::signal(SIGCHLD, SIG_DFL); }
 
-// If we were started with a standard descriptor closed, the next file opened would take its number, and our log lines.
+// If a standard descriptor were closed, the next opened file would get its number and receive our log lines.
 void openStandardDescriptors() {
     int number;
     do {
@@ -33,8 +33,8 @@ void openStandardDescriptors() {
 
 void prepareProcess() {
     openStandardDescriptors();
-    ignoreFatalConditions();
-    hearOfChildren();
+    ignoreFatalSignals();
+    restoreChildSignal();
 }
 
 bool startedIgnoringHangUp() {

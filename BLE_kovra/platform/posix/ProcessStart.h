@@ -2,11 +2,11 @@
 
 namespace kovra {
 
-// What a process may be started with, or without, that would end it later without a word, stop it, or mislead it. First
-// of all.
+// Repairs inherited signal dispositions and closed standard descriptors, which could later end, stop or mislead the
+// process. Call it first.
 void prepareProcess();
 
-// True under nohup: the program is to outlive its terminal.
+// Whether the program was started with SIGHUP ignored, as nohup does. It must then survive its terminal.
 bool startedIgnoringHangUp();
 
 }  // namespace kovra

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// What the system refused, for the reason that this error number stands for.
+// A failure with the system's message for this error number.
 inline Outcome refusal(int error) { return Outcome::failure(std::strerror(error)); }
 
 }  // namespace kovra

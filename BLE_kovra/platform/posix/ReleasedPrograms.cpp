@@ -7,10 +7,10 @@ namespace kovra {
 
 int ReleasedPrograms::start(Spawn& how, const std::string& executable, const std::vector<std::string>& arguments) {
     if (loop_.isStopped()) return ECANCELED;
-    how.setApart();
+    how.setNewSession();
     auto process = ChildProcess::start(how, executable, arguments);
     if (!process) return errno;
-    process->letGo();
+    process->release();
     const auto program = running_.insert(running_.end(), Program{std::move(process), nullptr});
     program->end = loop_.watch(program->process->descriptor(), [this, program] {
         program->process->reap();

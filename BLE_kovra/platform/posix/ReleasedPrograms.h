@@ -10,13 +10,12 @@
 
 namespace kovra {
 
-// Programs that were started and let go: nothing that ends us ends them, and when they end while we run no zombie is
-// left.
+// Starts programs that survive this process, and reaps those that end while it runs.
 class ReleasedPrograms {
   public:
     explicit ReleasedPrograms(DescriptorLoop& loop) : loop_(loop) {}
 
-    // 0, or the system's error. Once the loop is stopped nothing starts any more: ECANCELED.
+    // Returns 0 or the system's error; ECANCELED once the loop is stopped.
     int start(Spawn& how, const std::string& executable, const std::vector<std::string>& arguments);
 
   private:

@@ -35,7 +35,7 @@ void Spawn::giveNothing(int theirs) {
     given_.insert(theirs);
 }
 
-void Spawn::setApart() { addFlags(POSIX_SPAWN_SETSID); }
+void Spawn::setNewSession() { addFlags(POSIX_SPAWN_SETSID); }
 
 void Spawn::addFlags(int more) {
     short flags = 0;
@@ -46,7 +46,7 @@ void Spawn::addFlags(int more) {
 #if defined(__APPLE__)
 
 void Spawn::closeAllOthers() {
-    addFlags(POSIX_SPAWN_CLOEXEC_DEFAULT);  // goes for the standard streams too, as long as nothing is said of them
+    addFlags(POSIX_SPAWN_CLOEXEC_DEFAULT);  // closes the standard streams too, unless they are inherited explicitly
     for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
         if (!given_.contains(number)) ::posix_spawn_file_actions_addinherit_np(&descriptors_, number);
     }

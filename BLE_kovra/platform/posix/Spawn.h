@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// How another program is started: with an empty signal mask, default handlers and the standard streams as we have
-// them. No other descriptor of ours is open in it, but those that it is given.
+// Starts a program with an empty signal mask, default signal handlers and our standard streams. The program inherits no
+// other descriptors except those passed to give().
 class Spawn {
   public:
     Spawn();
@@ -18,14 +18,14 @@ class Spawn {
     Spawn(const Spawn&) = delete;
     Spawn& operator=(const Spawn&) = delete;
 
-    // `ours` becomes `theirs` in the program.
+    // Passes our descriptor `ours` to the program as `theirs`.
     void give(int ours, int theirs);
-    // In the program there is nothing to read from `theirs`, and what is written to it is dropped.
+    // Opens /dev/null as `theirs` in the program.
     void giveNothing(int theirs);
-    // In a session of its own: what ends us from the terminal does not end it.
-    void setApart();
+    // Starts the program in its own session, out of reach of our terminal's signals.
+    void setNewSession();
 
-    // Once. Returns when the program has taken over its process: 0, or the system's error.
+    // Call it once. Returns 0 or the system's error, after the program has been executed.
     int start(const std::string& executable, const std::vector<std::string>& arguments, pid_t& process);
 
   private:

@@ -16,7 +16,7 @@ namespace {
 using Mode = AppState::BlockMode;
 using Selection = AppState::Selection;
 
-// Where in the tree things stand.
+// Positions in the tree.
 constexpr std::size_t blockToggle = 1, modePicker = 2, deviceArea = 6, statusLine = 8, footer = 9;
 
 struct ViewRig {
@@ -74,7 +74,7 @@ TEST(SettingsViewTest, ReadsFromTopToBottomLikeTheWindow) {
 )");
 }
 
-TEST(SettingsViewTest, SaysSoWhereThereIsNoDeviceAndScrollsNothing) {
+TEST(SettingsViewTest, ShowsATextIfThereIsNoDevice) {
     const ViewRig rig;
     EXPECT_EQ(rig.dump(deviceArea),
               "\"No devices found. Connect a mouse.\" | secondary | frame max width unbounded | padding 0 by 16\n");
@@ -89,7 +89,7 @@ TEST(SettingsViewTest, KeepsTheMonitorsOrder) {
     EXPECT_EQ(list.children.at(1).id, here.id);
 }
 
-TEST(SettingsViewTest, ShowsNamesAsTheyStand) {
+TEST(SettingsViewTest, ShowsNamesLiterally) {
     ViewRig rig;
     rig.state.devices.set({{"x", "device.disconnected <b>&amp; _A\n", true}});
     EXPECT_NE(rig.dump().find("\"device.disconnected <b>&amp; _A\n\""), std::string::npos);
@@ -117,7 +117,7 @@ TEST(SettingsViewTest, TheSwitchWritesIsEnabled) {
     EXPECT_TRUE(rig.state.isEnabled.get());
 }
 
-TEST(SettingsViewTest, ThePickerWritesTheModeAtOnceAlsoTheOneThatIsChosen) {
+TEST(SettingsViewTest, ThePickerWritesEvenTheSelectedModeAtOnce) {
     const ViewRig rig;
     int announced = 0;
     const Subscription token = rig.state.mode.subscribe([&](Mode) { ++announced; }, CurrentValue::drop);

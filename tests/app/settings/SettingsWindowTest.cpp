@@ -49,7 +49,7 @@ TEST(SettingsWindowTest, FollowsEveryPropertyOfTheStateWhileItIsVisible) {
     EXPECT_TRUE(changes([&] { rig.state.blocking.set(true); }));
 }
 
-TEST(SettingsWindowTest, IsRebuiltOnceATurnHoweverManyChangesCame) {
+TEST(SettingsWindowTest, IsRebuiltOncePerTurn) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     const int before = rig.screen.contents;
@@ -74,7 +74,7 @@ TEST(SettingsWindowTest, IsNotRebuiltWhileItIsHidden) {
     EXPECT_EQ(rig.screen.contents, before);
 }
 
-TEST(SettingsWindowTest, ShowsWhatIsSoNowWhenItIsOpenedAgain) {
+TEST(SettingsWindowTest, IsUpToDateWhenItIsShownAgain) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     rig.screen.close();
@@ -84,7 +84,7 @@ TEST(SettingsWindowTest, ShowsWhatIsSoNowWhenItIsOpenedAgain) {
     EXPECT_EQ(rig.screen.calls.back(), "front");
 }
 
-TEST(SettingsWindowTest, LetGoOfWithARebuildQueuedItRebuildsNothing) {
+TEST(SettingsWindowTest, IsNotRebuiltAfterItsDestruction) {
     WindowRig rig;
     rig.window->makeKeyAndOrderFront();
     rig.state.blocking.set(true);

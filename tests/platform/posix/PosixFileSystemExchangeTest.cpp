@@ -59,7 +59,7 @@ class PosixFileSystemExchangeTest : public testing::Test {
     const std::string other_ = folder_ / "other";
 };
 
-TEST_F(PosixFileSystemExchangeTest, WhileTheFlagIsWrittenCountsAsARefusal) {
+TEST_F(PosixFileSystemExchangeTest, FailsIfTheFlagIsReplacedDuringTheWrite) {
     const std::string reason = writeWhile([&] {
         writeFile(other_, "on");
         ASSERT_EQ(::renameat2(AT_FDCWD, other_.c_str(), AT_FDCWD, flag_.c_str(), RENAME_EXCHANGE), 0);
@@ -69,7 +69,7 @@ TEST_F(PosixFileSystemExchangeTest, WhileTheFlagIsWrittenCountsAsARefusal) {
     EXPECT_EQ(readFile(other_), "off");
 }
 
-TEST_F(PosixFileSystemExchangeTest, ForNothingOrForALinkCountsAsARefusalToo) {
+TEST_F(PosixFileSystemExchangeTest, FailsIfTheFlagIsRemovedOrReplacedByALink) {
     EXPECT_EQ(writeWhile([&] { fs::rename(flag_, other_); }), std::strerror(ESTALE));
     fs::rename(other_, flag_);
     const std::string reason = writeWhile([&] {
@@ -79,7 +79,7 @@ TEST_F(PosixFileSystemExchangeTest, ForNothingOrForALinkCountsAsARefusalToo) {
     EXPECT_EQ(reason, std::strerror(ESTALE));
 }
 
-TEST_F(PosixFileSystemExchangeTest, OfWhatStandsBesideTheFlagIsNone) {
+TEST_F(PosixFileSystemExchangeTest, SucceedsIfAnotherFileIsReplaced) {
     EXPECT_EQ(writeWhile([&] { writeFile(other_, "on"); }), "");
     EXPECT_EQ(readFile(flag_), "off");
 }

@@ -41,7 +41,7 @@ void pollWithoutPause(const std::string& path, Shared& shared, pid_t writer) {
     }
 }
 
-TEST(PosixFileSystemReaderTest, SeesNeitherAnEmptyFileNorAWordThatDoesNotStand) {
+TEST(PosixFileSystemReaderTest, SeesNoEmptyFileAndNoWrongWord) {
     constexpr unsigned fewest = 20000, most = 500000;
     const TempFolder folder;
     const std::string path = folder / "state";

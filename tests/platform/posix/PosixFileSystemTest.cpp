@@ -28,7 +28,7 @@ class PosixFileSystemTest : public testing::Test {
     const std::string flag_ = folder_ / "state";
 };
 
-TEST_F(PosixFileSystemTest, TakesThePlaceOfWhateverItHeld) {
+TEST_F(PosixFileSystemTest, ReplacesAnyContent) {
     for (const std::string& old :
          {std::string(), std::string("on"), std::string("off"), std::string("of"), std::string("onf"),
           std::string("on\n"), std::string("o"), std::string(3, '\0'), std::string(10240, 'x')}) {
@@ -40,7 +40,7 @@ TEST_F(PosixFileSystemTest, TakesThePlaceOfWhateverItHeld) {
     }
 }
 
-TEST_F(PosixFileSystemTest, StaysTheSameFileWithTheSameRights) {
+TEST_F(PosixFileSystemTest, KeepsTheFileAndItsPermissions) {
     writeFile(flag_, "off");
     ::chmod(flag_.c_str(), 0640);
     struct stat before {
@@ -53,13 +53,13 @@ TEST_F(PosixFileSystemTest, StaysTheSameFileWithTheSameRights) {
     EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
 }
 
-TEST_F(PosixFileSystemTest, IsNotMadeInAMissingFolder) {
+TEST_F(PosixFileSystemTest, DoesNotCreateAMissingFolder) {
     const std::string flag = folder_ / "missing/state";
     EXPECT_EQ(PosixFileSystem().writeWholeFile(flag, "on").reason(), system(ENOENT));
     EXPECT_TRUE(folder_.names().empty());
 }
 
-TEST_F(PosixFileSystemTest, IsNotMadeInAFolderWithoutTheRight) {
+TEST_F(PosixFileSystemTest, FailsInAReadOnlyFolder) {
     OrdinaryUser::give(folder_.path());
     const OrdinaryUser user;
     const Rights readOnly(folder_.path(), 0500);
@@ -67,7 +67,7 @@ TEST_F(PosixFileSystemTest, IsNotMadeInAFolderWithoutTheRight) {
     EXPECT_EQ(content(), "missing");
 }
 
-TEST_F(PosixFileSystemTest, StaysAsItIsWithoutTheRight) {
+TEST_F(PosixFileSystemTest, FailsOnAReadOnlyFile) {
     writeFile(flag_, "off");
     ::chmod(flag_.c_str(), 0444);
     OrdinaryUser::give(folder_.path());
@@ -77,17 +77,17 @@ TEST_F(PosixFileSystemTest, StaysAsItIsWithoutTheRight) {
     EXPECT_EQ(content(), "off");
 }
 
-TEST_F(PosixFileSystemTest, IsNoFolder) {
+TEST_F(PosixFileSystemTest, RefusesAFolder) {
     fs::create_directory(flag_);
     EXPECT_EQ(write("on"), system(EISDIR));
 }
 
-TEST_F(PosixFileSystemTest, IsNoPipeWithoutAReader) {
+TEST_F(PosixFileSystemTest, RefusesAPipeWithoutAReader) {
     ASSERT_EQ(::mkfifo(flag_.c_str(), 0600), 0);
     EXPECT_EQ(write("on"), system(ENXIO));
 }
 
-TEST_F(PosixFileSystemTest, IsNoPipeWithAReader) {
+TEST_F(PosixFileSystemTest, RefusesAPipeWithAReader) {
     ASSERT_EQ(::mkfifo(flag_.c_str(), 0600), 0);
     const int reader = ::open(flag_.c_str(), O_RDONLY | O_NONBLOCK);
     ASSERT_GE(reader, 0);
@@ -97,11 +97,11 @@ TEST_F(PosixFileSystemTest, IsNoPipeWithAReader) {
     ::close(reader);
 }
 
-TEST_F(PosixFileSystemTest, IsNoDevice) {
+TEST_F(PosixFileSystemTest, RefusesADevice) {
     EXPECT_EQ(PosixFileSystem().writeWholeFile("/dev/full", "on").reason(), system(EINVAL));
 }
 
-TEST_F(PosixFileSystemTest, IsNoLinkAndLeavesWhatALinkLeadsTo) {
+TEST_F(PosixFileSystemTest, RefusesALinkAndKeepsItsTarget) {
     const std::string target = folder_ / "target";
     writeFile(target, "precious");
     fs::create_symlink(target, flag_);
@@ -110,14 +110,14 @@ TEST_F(PosixFileSystemTest, IsNoLinkAndLeavesWhatALinkLeadsTo) {
     EXPECT_TRUE(fs::is_symlink(flag_));
 }
 
-TEST_F(PosixFileSystemTest, IsNoDanglingLinkAndMakesNothingAtItsEnd) {
+TEST_F(PosixFileSystemTest, RefusesADanglingLinkAndCreatesNothing) {
     fs::create_symlink(folder_ / "target", flag_);
     EXPECT_EQ(write("on"), system(ELOOP));
     EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
 }
 
-// Whatever room is left: the reason is the system's, and "on" does not stand where "off" was meant.
-TEST_F(PosixFileSystemTest, NeverKeepsAWrongOnWhereThereIsNoRoom) {
+// However little room is left, the reason is the system's, and no "on" remains in place of "off".
+TEST_F(PosixFileSystemTest, KeepsNoWrongOnWithoutSpace) {
     for (const rlim_t room : {0U, 1U, 2U}) {
         writeFile(flag_, "on");
         std::string reason;
@@ -132,7 +132,7 @@ TEST_F(PosixFileSystemTest, NeverKeepsAWrongOnWhereThereIsNoRoom) {
     }
 }
 
-TEST_F(PosixFileSystemTest, NeverKeepsAWrongOffWhereThereIsNoRoom) {
+TEST_F(PosixFileSystemTest, KeepsNoWrongOffWithoutSpace) {
     for (const rlim_t room : {0U, 1U}) {
         writeFile(flag_, "off");
         std::string reason;
@@ -146,7 +146,7 @@ TEST_F(PosixFileSystemTest, NeverKeepsAWrongOffWhereThereIsNoRoom) {
     }
 }
 
-TEST_F(PosixFileSystemTest, LeavesNoDescriptorBehind) {
+TEST_F(PosixFileSystemTest, LeaksNoDescriptor) {
     const auto open = [] { return std::distance(fs::directory_iterator("/dev/fd"), fs::directory_iterator()); };
     const auto before = open();
     for (int i = 0; i < 3; ++i) EXPECT_EQ(write("on"), "");

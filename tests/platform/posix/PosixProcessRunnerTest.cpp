@@ -42,7 +42,7 @@ class PosixProcessRunnerTest : public testing::Test {
     std::optional<std::string> output(const std::string& script) {
         return processes_.output({scripts_.make(script), {}});
     }
-    // Without turning the loop that is under test.
+    // Waits without running the loop under test.
     static bool sees(const std::function<bool()>& condition) {
         SdEventLoop another;
         return lookUntil(another, condition);
@@ -55,18 +55,18 @@ class PosixProcessRunnerTest : public testing::Test {
     PosixProcessRunner processes_{loop_};
 };
 
-TEST_F(PosixProcessRunnerTest, HasBothItsStreamsInOnePipeInTheOrderOfWriting) {
+TEST_F(PosixProcessRunnerTest, ReturnsBothStreamsInTheOrderOfWriting) {
     EXPECT_EQ(output("echo first; echo second >&2; echo third; echo fourth >&2"), "first\nsecond\nthird\nfourth\n");
 }
 
-TEST_F(PosixProcessRunnerTest, MayWriteFarMoreThanAPipeHolds) {
+TEST_F(PosixProcessRunnerTest, ReturnsMoreThanAPipeHolds) {
     const auto text = output("head -c 10485760 /dev/zero");
     ASSERT_TRUE(text);
     EXPECT_EQ(text->size(), 10485760U);
     EXPECT_EQ(text->find_first_not_of('\0'), std::string::npos);
 }
 
-TEST_F(PosixProcessRunnerTest, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput) {
+TEST_F(PosixProcessRunnerTest, TerminatesAProgramThatWritesTooMuch) {
     const auto before = openDescriptors();
     PosixProcessRunner bounded(loop_, 100'000);
     const auto written = [&](const std::string& script) { return bounded.output({scripts_.make(script), {}}); };
@@ -74,7 +74,7 @@ TEST_F(PosixProcessRunnerTest, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput
     EXPECT_EQ(written("head -c 100001 /dev/zero"), std::nullopt);
     EXPECT_EQ(written("echo $$ >$here/pid; exec yes"), std::nullopt);
     EXPECT_FALSE(isRunning());
-    // Of one that ignores being told, and one that left its pipe to another, the pipe is gone.
+    // A program that ignores SIGTERM, and a child that inherited the pipe, both lose the pipe.
     EXPECT_EQ(written("trap '' TERM; yes; : >$here/end"), std::nullopt);
     EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
     EXPECT_EQ(written("(echo $$ >$here/pid; exec yes) & exit 0"), std::nullopt);
@@ -82,22 +82,22 @@ TEST_F(PosixProcessRunnerTest, ThatWritesMoreThanIsKeptIsToldToEndAndHasNoOutput
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(PosixProcessRunnerTest, IsReadWhateverItsEnd) {
+TEST_F(PosixProcessRunnerTest, ReturnsTheOutputWhateverTheExitStatus) {
     EXPECT_EQ(output("echo written; exit 7"), "written\n");
     EXPECT_EQ(output("echo written; kill -9 $$"), "written\n");
     EXPECT_EQ(output("printf written; kill -TERM $$"), "written");
 }
 
-TEST_F(PosixProcessRunnerTest, IsWaitedForWhenItHasClosedItsPipe) {
+TEST_F(PosixProcessRunnerTest, WaitsForAProgramThatClosedItsPipe) {
     EXPECT_EQ(output("echo written; exec >&- 2>&-; sleep 0.2; : >$here/end"), "written\n");
     EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
 }
 
-TEST_F(PosixProcessRunnerTest, IsReadToTheEndOfItsPipeWhichItMayHaveLeftToAnother) {
+TEST_F(PosixProcessRunnerTest, ReadsUntilEveryWriterHasClosedThePipe) {
     EXPECT_EQ(output("echo first; (sleep 0.2; echo late) & exit 0"), "first\nlate\n");
 }
 
-TEST_F(PosixProcessRunnerTest, ThatCannotBeStartedHasNoOutput) {
+TEST_F(PosixProcessRunnerTest, ReturnsNullIfTheProgramCannotBeStarted) {
     EXPECT_EQ(processes_.output({scripts_ / "missing", {}}), std::nullopt);
     writeFile(scripts_ / "not for running", "#!/bin/sh\n");
     EXPECT_EQ(processes_.output({scripts_ / "not for running", {}}), std::nullopt);
@@ -107,20 +107,20 @@ TEST_F(PosixProcessRunnerTest, ThatCannotBeStartedHasNoOutput) {
     EXPECT_EQ(processes_.output({scripts_ / "no program", {}}), std::nullopt);
 }
 
-TEST_F(PosixProcessRunnerTest, GetsItsArgumentsAsTheyAre) {
+TEST_F(PosixProcessRunnerTest, PassesArgumentsLiterally) {
     const Command program{scripts_.make(R"(printf '%s|' "$#" "$@")"), {"a b", "", "$HOME; `id`", "-n", "\"\n"}};
     EXPECT_EQ(processes_.output(program), "5|a b||$HOME; `id`|-n|\"\n|");
 }
 
 TEST_F(PosixProcessRunnerTest, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
-    const auto term = loop_.onSignal(SIGTERM, [] {});  // blocked here for as long as this lives
+    const auto term = loop_.onSignal(SIGTERM, [] {});  // blocks SIGTERM while it exists
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     const int leaking = ::dup(STDERR_FILENO);
     const auto seen = output("cat /proc/self/status; echo descriptors: $(ls /proc/self/fd)");
     ::close(leaking);
     std::signal(SIGPIPE, before);
     const auto signals = [&](const std::string& name) {
-        // Two beyond the first 31 are the C library's own, which it always has a program ignore.
+        // The C library always sets two signals beyond the first 31 to be ignored.
         return std::stoull(seen->substr(seen->find(name + ":") + name.size() + 1), nullptr, 16) & 0x7fffffffU;
     };
     ASSERT_TRUE(seen);
@@ -129,7 +129,7 @@ TEST_F(PosixProcessRunnerTest, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
     EXPECT_TRUE(seen->ends_with("descriptors: 0 1 2 3\n")) << *seen;
 }
 
-TEST_F(PosixProcessRunnerTest, LeavesNothingBehindOnceItHasEnded) {
+TEST_F(PosixProcessRunnerTest, LeavesNoZombieAndNoDescriptor) {
     const auto before = openDescriptors();
     EXPECT_TRUE(output("echo written"));
     EXPECT_EQ(processes_.output({scripts_ / "missing", {}}), std::nullopt);
@@ -138,7 +138,7 @@ TEST_F(PosixProcessRunnerTest, LeavesNothingBehindOnceItHasEnded) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(PosixProcessRunnerTest, ThatHangsCostsNothing) {
+TEST_F(PosixProcessRunnerTest, SleepsWhileAProgramHangs) {
     bool isOver = false;
     int turns = 0;
     loop_.asyncAfter(0s, [&] {
@@ -152,20 +152,20 @@ TEST_F(PosixProcessRunnerTest, ThatHangsCostsNothing) {
     EXPECT_LT(turns, 5);
 }
 
-TEST_F(PosixProcessRunnerTest, IsToldToEndWhenTheApplicationTerminatesFirst) {
+TEST_F(PosixProcessRunnerTest, TerminatesTheProgramIfTheApplicationTerminatesFirst) {
     loop_.asyncAfter(0s, [this] {
         EXPECT_TRUE(sees([this] { return isRunning(); }));
         loop_.stop();
     });
     EXPECT_EQ(output("echo $$ >$here/pid; exec sleep 1000"), std::nullopt);
     EXPECT_TRUE(sees([] {
-        ::waitpid(-1, nullptr, WNOHANG);  // as the system does for who has ended
+        ::waitpid(-1, nullptr, WNOHANG);  // reaps as init does
         return !hasChildren();
     }));
     EXPECT_FALSE(isRunning());
 }
 
-TEST_F(PosixProcessRunnerTest, ThatIsStartedKeepsTheStreams) {
+TEST_F(PosixProcessRunnerTest, StartsAProgramWithOurStreams) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     const int before = ::dup(STDOUT_FILENO);
@@ -180,7 +180,7 @@ TEST_F(PosixProcessRunnerTest, ThatIsStartedKeepsTheStreams) {
     ::close(ends[0]);
 }
 
-TEST_F(PosixProcessRunnerTest, ThatIsStartedIsNotWaitedForAndIsNoZombieAfterItsEnd) {
+TEST_F(PosixProcessRunnerTest, ReapsAStartedProgramWithoutWaiting) {
     const auto before = openDescriptors();
     EXPECT_TRUE(
         processes_.start({scripts_.make("echo $$ >$here/pid; while ! [ -e $here/go ]; do sleep 0.02; done"), {}}));
@@ -191,7 +191,7 @@ TEST_F(PosixProcessRunnerTest, ThatIsStartedIsNotWaitedForAndIsNoZombieAfterItsE
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(PosixProcessRunnerTest, ThatIsStartedLivesOnWhenWeEnd) {
+TEST_F(PosixProcessRunnerTest, StartsAProgramThatSurvivesUs) {
     {
         SdEventLoop loop;
         PosixProcessRunner processes(loop);
@@ -205,7 +205,7 @@ TEST_F(PosixProcessRunnerTest, ThatIsStartedLivesOnWhenWeEnd) {
     ::waitpid(pid(), nullptr, 0);
 }
 
-TEST_F(PosixProcessRunnerTest, ThatCannotBeStartedIsRefusedWithTheSystemsReason) {
+TEST_F(PosixProcessRunnerTest, ReturnsTheSystemsReasonIfAProgramCannotBeStarted) {
     EXPECT_EQ(processes_.start({scripts_ / "missing", {}}).reason(), std::strerror(ENOENT));
     writeFile(scripts_ / "not for running", "#!/bin/sh\n");
     EXPECT_EQ(processes_.start({scripts_ / "not for running", {}}).reason(), std::strerror(EACCES));
