@@ -1,0 +1,88 @@
+#include "BLE_kovra/platform/posix/ProcessStart.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+
+namespace kovra {
+namespace {
+
+// Runs the check in a child process, whose signals and descriptors are its own, and returns its result.
+bool holdsInAChild(const std::function<bool()>& check) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(check() ? 0 : 1);
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status == 0;
+}
+
+bool isIgnored(int number) {
+    struct sigaction action {};
+    return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+TEST(ProcessStartTest, DetectsThatSIGHUPWasIgnoredAtTheStart) {
+    EXPECT_TRUE(holdsInAChild([] {
+        std::signal(SIGHUP, SIG_IGN);
+        return startedIgnoringHangUp();
+    }));
+    EXPECT_TRUE(holdsInAChild([] {
+        std::signal(SIGHUP, SIG_DFL);
+        return !startedIgnoringHangUp();
+    }));
+}
+
+TEST(ProcessStartTest, KeepsSIGHUPAsItWas) {
+    for (const bool isIgnoredBefore : {true, false}) {
+        EXPECT_TRUE(holdsInAChild([&] {
+            std::signal(SIGHUP, isIgnoredBefore ? SIG_IGN : SIG_DFL);
+            prepareProcess();
+            return startedIgnoringHangUp() == isIgnoredBefore;
+        }));
+    }
+}
+
+TEST(ProcessStartTest, IgnoresSignalsThatWouldEndOrStopTheProcess) {
+    for (const int number : {SIGPIPE, SIGXFSZ, SIGTTOU}) {
+        EXPECT_TRUE(holdsInAChild([&] {
+            std::signal(number, SIG_DFL);
+            prepareProcess();
+            return isIgnored(number);
+        })) << number;
+    }
+}
+
+TEST(ProcessStartTest, RestoresAnIgnoredSIGCHLD) {
+    EXPECT_TRUE(holdsInAChild([] {
+        std::signal(SIGCHLD, SIG_IGN);
+        prepareProcess();
+        return !isIgnored(SIGCHLD);
+    }));
+}
+
+TEST(ProcessStartTest, OpensEachClosedStandardDescriptor) {
+    for (const int closed : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        EXPECT_TRUE(holdsInAChild([&] {
+            ::close(closed);
+            prepareProcess();
+            return ::fcntl(closed, F_GETFD) >= 0;
+        })) << closed;
+    }
+}
+
+TEST(ProcessStartTest, OpensNoOtherDescriptor) {
+    EXPECT_TRUE(holdsInAChild([] {
+        const int before = ::dup(STDERR_FILENO);
+        ::close(before);
+        prepareProcess();
+        const int after = ::dup(STDERR_FILENO);
+        return after == before;
+    }));
+}
+
+}  // namespace
+}  // namespace kovra
