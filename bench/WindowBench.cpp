@@ -12,14 +12,14 @@
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/linux/ui/elements/Surface.h"
 #include "BLE_kovra/platform/linux/ui/style/Points.h"
-#include "BLE_kovra/platform/linux/ui/windows/ViewRealiser.h"
+#include "BLE_kovra/platform/linux/ui/windows/ElementTree.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "tests/fakes/FakePreferences.h"
 
 namespace kovra {
 namespace {
 
-// Nobody is at the window.
+// There is no user input.
 struct NoActions : UserActions {
     std::uint64_t changed(std::vector<std::string>, std::variant<bool, std::string>) override { return 0; }
     void followed(std::vector<std::string>) override {}
@@ -43,7 +43,7 @@ class OpenWindow {
     void show() {
         const auto message = decodeToWindow(line());
         const auto& window = std::get<ShowWindow>(message.value());
-        view_.show(window.content, window.heard);
+        view_.show(window.content, window.acknowledged);
         view_.layOut(surface_.size());
         QApplication::processEvents();
     }
@@ -65,7 +65,7 @@ class OpenWindow {
     L10n texts_{{"en"}};
     Surface surface_;
     NoActions actions_;
-    ViewRealiser view_{surface_, actions_};
+    ElementTree view_{surface_, actions_};
 };
 
 void OneChangeOf200Devices(benchmark::State& state) {

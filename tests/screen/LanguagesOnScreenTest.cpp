@@ -1,5 +1,4 @@
-// Every text that the application has for its windows, read off the widgets in each language, after it crossed to the
-// window process as it does.
+// Reads every text of the windows from the widgets in each language, after encoding and decoding it.
 
 #include <gtest/gtest.h>
 
@@ -38,14 +37,14 @@ class LanguagesOnScreenTest : public testing::TestWithParam<double> {
     static Message crossed(const Message& message) {
         return std::get<Message>(decodeToWindow(encode(ToWindow(message))).value());
     }
-    // All that is to be read in the window, of which each is whole.
+    // All visible texts of the window.
     static Texts read(const QWidget& window) {
         Texts texts;
         for (const QLabel* label : window.findChildren<QLabel*>()) {
             if (label->isVisible()) texts.insert(label->text().toStdString());
         }
         for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
-            // What paints its label by itself is read as a screen reader does.
+            // A button that paints its own label has it as its accessible name.
             const QString text = button->text().isEmpty() ? button->accessibleName() : button->text();
             if (button->isVisible()) texts.insert(text.toStdString());
         }
@@ -62,7 +61,7 @@ class LanguagesOnScreenTest : public testing::TestWithParam<double> {
     const QtRig qt;
 };
 
-TEST_P(LanguagesOnScreenTest, TheSettingsWindowSaysWhatTheTablesSay) {
+TEST_P(LanguagesOnScreenTest, SettingsWindowShowsTheTextsOfTheTables) {
     const char* tags[] = {"en-GB", "ru-RU", "uk-UA", "fr-FR", "de-DE", "es-ES"};
     ASSERT_EQ(expectedTexts().size(), std::size(tags));
     for (std::size_t at = 0; at < std::size(tags); ++at) {
@@ -81,16 +80,16 @@ TEST_P(LanguagesOnScreenTest, TheSettingsWindowSaysWhatTheTablesSay) {
             }
             rig.delegate->openSettings();
             computer.queue.run();
-            ShowWindow told{.title = computer.windows.title,
-                            .styleMask = 7,
-                            .contentSize = {440, 480},
-                            .front = 1,
-                            .activationToken = {},
-                            .place = {},
-                            .heard = 0,
-                            .content = computer.windows.shown};
+            ShowWindow state{.title = computer.windows.title,
+                             .styleMask = 7,
+                             .contentSize = {440, 480},
+                             .front = 1,
+                             .activationToken = {},
+                             .place = {},
+                             .acknowledged = 0,
+                             .content = computer.windows.shown};
             ViewWindow window([](const ToResident&) {});
-            window.showWindow(crossed(told));
+            window.showWindow(crossed(state));
             QCoreApplication::processEvents();
             Texts wanted{supportAddress};
             for (const char* key : {"settings.title", "block", "settings.mode", "mode.always", "mode.onDevice",
@@ -105,7 +104,7 @@ TEST_P(LanguagesOnScreenTest, TheSettingsWindowSaysWhatTheTablesSay) {
     }
 }
 
-TEST_P(LanguagesOnScreenTest, TheAlertsSayWhatTheTablesSayAndNothingOfThemIsCut) {
+TEST_P(LanguagesOnScreenTest, AlertsShowTheTextsOfTheTablesUncut) {
     const char* tags[] = {"en-GB", "ru-RU", "uk-UA", "fr-FR", "de-DE", "es-ES"};
     for (std::size_t at = 0; at < std::size(tags); ++at) {
         SCOPED_TRACE(tags[at]);
@@ -118,9 +117,9 @@ TEST_P(LanguagesOnScreenTest, TheAlertsSayWhatTheTablesSayAndNothingOfThemIsCut)
         rig.delegate->activateDriver();
         rig.delegate->showAbout();
         ASSERT_EQ(computer.alerts.shown.size(), 2U);
-        ShowAlerts told;
-        for (const Alert& alert : computer.alerts.shown) told.alerts.push_back({1, "", alert});
-        const ShowAlerts shown = crossed(told);
+        ShowAlerts state;
+        for (const Alert& alert : computer.alerts.shown) state.alerts.push_back({1, "", alert});
+        const ShowAlerts shown = crossed(state);
         const std::vector<Texts> wanted{{expected(language, "driver.title"), expected(language, "driver.body"),
                                          expected(language, "driver.activate"), expected(language, "driver.later")},
                                         {"BLE-kovra 1.0", expected(language, "about.info"),

@@ -60,7 +60,7 @@ int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(windowIcon());
-    QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // by which Wayland finds the icon
+    QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // Wayland finds the icon by it
 
     Screen screen;
     LineReader reader(longestToWindow);

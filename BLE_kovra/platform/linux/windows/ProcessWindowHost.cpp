@@ -105,7 +105,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
         later([this] {
             isShownSoon_ = false;
             if (!isVisible_) return;
-            if (!process().isRunning()) shown_.heard = 0;  // the next one counts anew
+            if (!process().isRunning()) shown_.acknowledged = 0;  // the next one counts anew
             process().show(shown_);
         });
     }
@@ -123,7 +123,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
             std::visit(Change{changed.value}, kind);
         }
         later([this, number = changed.number] {
-            shown_.heard = number;
+            shown_.acknowledged = number;
             showSoon();
         });
     }

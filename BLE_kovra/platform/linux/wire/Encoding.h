@@ -8,13 +8,12 @@
 
 namespace kovra {
 
-// A message as one line of JSON with its line feed. Text that is no UTF-8 crosses with U+FFFD in place of what is
-// wrong.
+// Encodes a message as one line of JSON with a line feed. U+FFFD replaces what is not valid UTF-8.
 std::string encode(const ToWindow& message);
 std::string encode(const ToResident& message);
 
-// Total: null for whatever is no such message. After an update of the package the two programs may differ in age, so
-// unknown members are passed over.
+// Return null for any line that is not a valid message. Unknown members are ignored, because after an update of the
+// package the two programs may have different versions.
 std::optional<ToWindow> decodeToWindow(std::string_view line);
 std::optional<ToResident> decodeToResident(std::string_view line);
 

@@ -9,13 +9,13 @@ std::vector<std::string> LineReader::feed(std::string_view piece) {
     while (!piece.empty()) {
         const std::size_t end = piece.find('\n');
         const std::string_view part = piece.substr(0, end);
-        tooLong_ = tooLong_ || begun_.size() + part.size() > longest_;
-        if (tooLong_)
-            begun_ = std::string();
+        isTooLong_ = isTooLong_ || partial_.size() + part.size() > maxLength_;
+        if (isTooLong_)
+            partial_ = std::string();
         else
-            begun_ += part;
+            partial_ += part;
         if (end == std::string_view::npos) break;
-        if (!std::exchange(tooLong_, false)) lines.push_back(std::exchange(begun_, std::string()));
+        if (!std::exchange(isTooLong_, false)) lines.push_back(std::exchange(partial_, std::string()));
         piece.remove_prefix(end + 1);
     }
     return lines;

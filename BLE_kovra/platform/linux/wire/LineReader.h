@@ -7,19 +7,19 @@
 
 namespace kovra {
 
-// Puts lines together again from the pieces in which a stream delivers them. A line of more than `longest` bytes is
-// dropped as a whole, so that memory is bounded whatever the other side sends.
+// Assembles lines from the pieces that a stream delivers. It drops a line of more than `maxLength` bytes as a whole, so
+// that memory is bounded whatever the peer sends.
 class LineReader {
   public:
-    explicit LineReader(std::size_t longest) : longest_(longest) {}
+    explicit LineReader(std::size_t maxLength) : maxLength_(maxLength) {}
 
-    // The lines that end in this piece, without their line feeds.
+    // Returns the lines that end in this piece, without their line feeds.
     std::vector<std::string> feed(std::string_view piece);
 
   private:
-    std::size_t longest_;
-    std::string begun_;
-    bool tooLong_ = false;
+    std::size_t maxLength_;
+    std::string partial_;
+    bool isTooLong_ = false;
 };
 
 }  // namespace kovra

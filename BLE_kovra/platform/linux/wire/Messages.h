@@ -16,20 +16,19 @@
 
 namespace kovra {
 
-// Where and how a window was last, so that one made again is the same window.
+// The last position and state of a window, which a new window takes over.
 struct WindowPlace {
-    // Of its frame's top left corner on X, in pixels; y grows downwards. Null: centred.
+    // The top left corner of the frame on X, in pixels; the y axis points down. Null means centered.
     std::optional<Point> position = std::nullopt;
     bool isMinimised = false;
-    double scroll = 0;  // how far down the list is scrolled, in points
+    double scroll = 0;  // scroll offset of the list, in points
     bool operator==(const WindowPlace&) const = default;
 };
 
-// What the resident program tells its window process: states, which hold until another of the kind is told, and events,
-// which are told once. The newest of its kind is all that counts.
+// Messages from the resident program to its window process. A state holds until the next one of its kind. An event is
+// sent once. Only the newest message of each kind counts.
 
-// A state: the icon in the tray and its menu, from now on as given. Of an item's action the name crosses alone; the tag
-// stays.
+// A state: the icon in the tray and its menu. Only the names of actions are sent, no tags.
 struct ShowTray {
     std::optional<Drawing> image;
     bool imageIsTemplate = false;
@@ -37,36 +36,34 @@ struct ShowTray {
     Menu menu;
 };
 
-// The icon goes.
+// Removes the tray icon.
 struct HideTray {};
 
-// An event: a desktop asks for the menu at this place of the screen.
+// An event: the desktop requests the menu at this position on the screen.
 struct PopUpMenu {
     int x = 0;
     int y = 0;
-    std::chrono::milliseconds asked{};  // when, by the steady clock, which all processes share
+    std::chrono::milliseconds asked{};  // time of the request, by the steady clock, which all processes share
     Menu menu;
 };
 
-// A state: the one window and what it shows. It comes to the front when `front` is another number than before, and
-// keeps its place otherwise.
+// A state: the settings window and its content. The window comes to the front when `front` changes.
 struct ShowWindow {
     std::string title;
     unsigned styleMask = 0;  // as WindowStyle has it
     Size contentSize;
     std::uint64_t front = 0;
-    std::string activationToken;  // with which it may come to the front; empty where there is none
-    WindowPlace place;  // for as long as the window was not to be seen; where it is seen, it is where the user has it
-    // The last of the user's changes that this content knows of. What the user did later stands until it is answered.
-    std::uint64_t heard = 0;
-    View content;  // of its actions none crosses
+    std::string activationToken;  // permits the window to come to the front; may be empty
+    WindowPlace place;            // for a window that was not visible before
+    // The content includes the user's changes up to this number. Later ones stay until they are acknowledged.
+    std::uint64_t acknowledged = 0;
+    View content;  // without actions
 };
 
-// The window goes, as if the user had closed it, and nothing is told.
+// Hides the window. No WindowClosed follows.
 struct HideWindow {};
 
-// A state: the alerts that are open, the topmost last. Only that one takes input. Those that are not named any more
-// are closed.
+// A state: the open alerts, the topmost last. Only the topmost takes input. Alerts that are no longer listed close.
 struct ShowAlerts {
     struct Open {
         std::uint64_t number = 0;
@@ -78,25 +75,25 @@ struct ShowAlerts {
 
 using ToWindow = std::variant<ShowTray, HideTray, PopUpMenu, ShowWindow, HideWindow, ShowAlerts>;
 
-// What the window process tells the resident program: what the user did. Each of them counts.
+// Messages from the window process to the resident program: the user's actions. Each of them counts.
 
-// The user chose this item of the menu of the icon in the tray, counted from 0 with the separator.
+// The user chose an item of the tray icon's menu. Positions count from 0 and include separators.
 struct ItemChosen {
     std::size_t position = 0;
     bool operator==(const ItemChosen&) const = default;
 };
 
-// The menu that a desktop asked for is closed, or was not opened at all.
+// The requested menu closed or did not open.
 struct MenuClosed {
-    std::chrono::milliseconds asked{};  // as the newest request has it
-    std::optional<std::size_t> chosen;  // the item, counted as above
+    std::chrono::milliseconds asked{};  // time of the newest request
+    std::optional<std::size_t> chosen;  // position of the chosen item
     bool operator==(const MenuClosed&) const = default;
 };
 
-// The user changed a control: a toggle to a truth value, a picker to a tag. `path` leads to it from the root: a child's
-// id, or its position where it has none.
+// The user changed a toggle to a boolean or a picker to a tag. The path from the root consists of the ids of the
+// children, or of their positions where they have no id.
 struct ControlChanged {
-    std::uint64_t number = 0;  // counts the user's changes in this process, from 1
+    std::uint64_t number = 0;  // counts the user's changes in this process from 1
     std::vector<std::string> path;
     std::variant<bool, std::string> value;
     bool operator==(const ControlChanged&) const = default;
@@ -108,27 +105,27 @@ struct LinkFollowed {
     bool operator==(const LinkFollowed&) const = default;
 };
 
-// The window was moved, scrolled, minimised or brought back.
+// The window was moved, scrolled, minimized or restored.
 struct WindowPlaced {
     WindowPlace place;
     bool operator==(const WindowPlaced&) const = default;
 };
 
-// The user closed the window, which was brought to the front last with this number.
+// The user closed the window. `front` is the value of the last ShowWindow.
 struct WindowClosed {
     std::uint64_t front = 0;
     WindowPlace place;
     bool operator==(const WindowClosed&) const = default;
 };
 
-// The user answered the alert of this number: with a button, counted from 0, or by closing it.
+// The user answered the alert with this number: with a button, counted from 0, or by closing it.
 struct AlertAnswered {
     std::uint64_t number = 0;
     std::optional<std::size_t> button;
     bool operator==(const AlertAnswered&) const = default;
 };
 
-// The user wants the program to end.
+// The user requested to quit the program.
 struct QuitWanted {
     bool operator==(const QuitWanted&) const = default;
 };

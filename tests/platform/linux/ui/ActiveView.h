@@ -11,7 +11,7 @@
 
 namespace kovra {
 
-// A view in the active window, and the hands of its user.
+// A view in the active window, with simulated input.
 class ActiveView : public testing::Test {
   protected:
     using Change = ViewRig::Change;
@@ -28,16 +28,16 @@ class ActiveView : public testing::Test {
     }
     QAbstractButton& button(const std::string& name) const {
         auto* found = rig.button(name);
-        if (found == nullptr) throw std::runtime_error("no " + name);
+        if (found == nullptr) throw std::runtime_error("no button " + name);
         return *found;
     }
-    // Where a device's row is in the view.
+    // The path of a device's row in the view.
     static std::vector<std::string> rowOf(const std::string& id) { return {"6", "0", id}; }
     static QPoint middle(const QWidget& widget) { return widget.rect().center(); }
     static void press(QWidget& widget) { QTest::mousePress(&widget, Qt::LeftButton, {}, middle(widget)); }
     static void release(QWidget& widget, QPoint at) { QTest::mouseRelease(&widget, Qt::LeftButton, {}, at); }
     static void click(QWidget& widget) { QTest::mouseClick(&widget, Qt::LeftButton, {}, middle(widget)); }
-    // The keyboard's way: what has the focus gets the key.
+    // Sends the key to the focused widget.
     static void key(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
     static std::string focused() {
         const QWidget* widget = QApplication::focusWidget();

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// The height that the text takes in lines of this width, and whether each of its words fits into one.
+// The height of the text in lines of this width, and whether every word fits into a line.
 struct SetText {
     double height = 0;
     bool fits = true;
@@ -31,12 +31,12 @@ inline SetText setText(const QString& text, const QFont& font, double width) {
     return set;
 }
 
-// Whether the whole text is to be seen: the label has the room for it, and lies within all that it is in.
+// Whether the whole text is visible: it fits into the label, and nothing clips the label.
 inline bool isWhole(const QLabel& label) {
-    const QRect room = label.contentsRect();
-    const SetText text = setText(label.text(), label.font(), room.width());
+    const QRect space = label.contentsRect();
+    const SetText text = setText(label.text(), label.font(), space.width());
     const QRect inWindow(label.mapTo(label.window(), QPoint()), label.size());
-    return text.fits && text.height <= room.height() && label.window()->rect().contains(inWindow) &&
+    return text.fits && text.height <= space.height() && label.window()->rect().contains(inWindow) &&
            label.visibleRegion().boundingRect() == label.rect();
 }
 

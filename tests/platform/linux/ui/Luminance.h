@@ -7,16 +7,16 @@
 
 namespace kovra {
 
-// As WCAG defines it: from 0, black, to 1, white.
-inline double luminance(QRgb colour) {
+// The relative luminance as WCAG defines it, from 0 for black to 1 for white.
+inline double luminance(QRgb color) {
     const auto linear = [](int value) {
         const double part = value / 255.0;
         return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
     };
-    return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) + 0.0722 * linear(qBlue(colour));
+    return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
 }
 
-// The share of pixels that stand out from the background, by a contrast of 3 to 1 at least.
+// The share of pixels whose contrast with the background is at least 3 to 1.
 inline double standingOut(const QImage& image, const QColor& background) {
     const double behind = luminance(background.rgb());
     int count = 0;

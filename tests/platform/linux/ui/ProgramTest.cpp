@@ -22,7 +22,7 @@ class ProgramTest : public testing::Test {
   protected:
     ProgramTest() { environment.set("QT_QPA_PLATFORM", "offscreen"); }
 
-    // Starts it with this descriptor in its place, or with none there, and with its error stream in `errors`.
+    // Starts it with this socket, or without one if negative. `errors` receives its error stream.
     void start(int socket) {
         ASSERT_EQ(::pipe2(errors.data(), O_CLOEXEC), 0);
         posix_spawn_file_actions_t actions;
@@ -37,8 +37,8 @@ class ProgramTest : public testing::Test {
         ::posix_spawn_file_actions_destroy(&actions);
         ::close(errors[1]);
     }
-    // All that it wrote to the error stream, once it has closed it.
-    std::string written() const {
+    // Reads its error stream to the end.
+    std::string errorOutput() const {
         std::string text;
         for (char c = 0; ::read(errors[0], &c, 1) == 1;) text += c;
         ::close(errors[0]);
@@ -55,36 +55,36 @@ class ProgramTest : public testing::Test {
     pid_t pid = 0;
 };
 
-TEST_F(ProgramTest, IsNotStartedByHand) {
+TEST_F(ProgramTest, RefusesToBeStartedByHand) {
     start(-1);
-    EXPECT_EQ(written(), "ble-kovra-ui: запускается программой ble-kovra, а не вручную\n");
+    EXPECT_EQ(errorOutput(), "ble-kovra-ui: запускается программой ble-kovra, а не вручную\n");
     EXPECT_EQ(exitCode(), 2);
 }
 
-TEST_F(ProgramTest, TakesNothingButASocketForOne) {
+TEST_F(ProgramTest, RefusesADescriptorThatIsNotASocket) {
     const int file = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     start(file);
     ::close(file);
-    EXPECT_NE(written(), "");
+    EXPECT_NE(errorOutput(), "");
     EXPECT_EQ(exitCode(), 2);
 }
 
-TEST_F(ProgramTest, EndsWithItsSocketWhateverCameBefore) {
-    for (const std::string& said : {std::string(), std::string("nonsense\n{\"is\":\"other\"}\n\xFF\n"),
-                                    encode(ToWindow(ShowTray())), std::string(2'000'000, 'x')}) {
+TEST_F(ProgramTest, EndsWithItsSocketWhateverItReceivedBefore) {
+    for (const std::string& input : {std::string(), std::string("nonsense\n{\"is\":\"other\"}\n\xFF\n"),
+                                     encode(ToWindow(ShowTray())), std::string(2'000'000, 'x')}) {
         std::array<int, 2> ends{};
         ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
         start(ends[1]);
         ::close(ends[1]);
         std::size_t sent = 0;
-        while (sent < said.size()) {
-            const auto count = ::send(ends[0], said.data() + sent, said.size() - sent, MSG_NOSIGNAL);
+        while (sent < input.size()) {
+            const auto count = ::send(ends[0], input.data() + sent, input.size() - sent, MSG_NOSIGNAL);
             ASSERT_GT(count, 0);
             sent += static_cast<std::size_t>(count);
         }
         ::close(ends[0]);
-        const std::string complaint = written();
-        EXPECT_EQ(exitCode(), 0) << complaint;
+        const std::string output = errorOutput();
+        EXPECT_EQ(exitCode(), 0) << output;
     }
 }
 

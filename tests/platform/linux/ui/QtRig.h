@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// The toolkit without a screen, for a test that needs widgets.
+// The toolkit on a screen in memory, for tests of widgets.
 class QtRig {
     struct WithoutScreen : Environment {
         WithoutScreen() { set("QT_QPA_PLATFORM", "offscreen"); }

@@ -13,7 +13,7 @@
 
 namespace kovra {
 
-// Somebody at the mouse and at the keyboard of the X server, whose doings take the way of real ones.
+// Mouse and keyboard input through the X server, like that of real devices.
 class RealInput : public QObject {
   public:
     RealInput() : server_(xcb_connect(nullptr, nullptr)) { QCoreApplication::instance()->installEventFilter(this); }
@@ -30,7 +30,7 @@ class RealInput : public QObject {
         fake(XCB_BUTTON_PRESS, button);
         fake(XCB_BUTTON_RELEASE, button);
     }
-    // A key by its place, with another held.
+    // Presses the key at a position, while another one is held.
     void key(xcb_keycode_t code, xcb_keycode_t held = 0) {
         if (held != 0) fake(XCB_KEY_PRESS, held);
         fake(XCB_KEY_PRESS, code);
@@ -38,19 +38,19 @@ class RealInput : public QObject {
         if (held != 0) fake(XCB_KEY_RELEASE, held);
     }
 
-    // Goes on until the toolkit has dealt with all of it: until it sees the pointer, moved at last a pixel aside.
+    // Waits until the toolkit has processed all input: moves the pointer by a pixel and waits for that event.
     void settle() {
         isAside_ = !isAside_;
         const QPoint aside = at_ + QPoint(isAside_ ? 1 : 0, 0);
         fake(XCB_MOTION_NOTIFY, 0, aside);
-        EXPECT_TRUE(QTest::qWaitFor([&] { return seen_ == aside; })) << "the pointer was not seen";
+        EXPECT_TRUE(QTest::qWaitFor([&] { return seen_ == aside; })) << "the pointer did not move";
     }
 
   private:
     void fake(std::uint8_t type, std::uint8_t detail, QPoint to = {}) {
         xcb_test_fake_input(server_, type, detail, XCB_CURRENT_TIME, XCB_NONE, static_cast<std::int16_t>(to.x()),
                             static_cast<std::int16_t>(to.y()), 0);
-        // Answered when the server has dealt with what came before.
+        // The server replies after it has processed the previous requests.
         std::free(xcb_get_input_focus_reply(server_, xcb_get_input_focus(server_), nullptr));
     }
     bool eventFilter(QObject* object, QEvent* event) override {

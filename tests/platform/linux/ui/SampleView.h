@@ -9,7 +9,7 @@
 
 namespace kovra::sample {
 
-// Views of the shape that the settings window has, for the tests of what shows them.
+// Views like that of the settings window, for tests of the widgets that show them.
 
 struct Texts {
     std::string title = "BLE-kovra — trackpad control";
@@ -106,7 +106,7 @@ inline View view(const Content& content) {
         .frame({.width = 440});
 }
 
-// The longest texts of those that are translated.
+// The longest translations.
 inline Texts german() {
     return {.title = "BLE-kovra — Trackpad-Steuerung",
             .block = "Trackpad deaktivieren",
@@ -153,7 +153,7 @@ inline Texts russian() {
             .developedBy = "Разработано: Tamsin Orlek ·"};
 }
 
-// So many mice, with ids "0", "1" and so on.
+// Mice with the ids "0", "1" and so on.
 inline std::vector<Device> mice(int count) {
     std::vector<Device> devices;
     for (int i = 0; i < count; ++i) devices.push_back({std::to_string(i), "Mouse " + std::to_string(i)});

@@ -15,7 +15,7 @@
 
 #include "BLE_kovra/platform/linux/ui/elements/LabelledButton.h"
 #include "BLE_kovra/platform/linux/ui/style/Points.h"
-#include "BLE_kovra/platform/linux/ui/windows/ViewRealiser.h"
+#include "BLE_kovra/platform/linux/ui/windows/ElementTree.h"
 #include "tests/platform/linux/ui/QtRig.h"
 #include "tests/platform/linux/ui/SampleView.h"
 
@@ -35,9 +35,11 @@ class ViewRig : private UserActions {
         surface.show();
     }
 
-    void show(const sample::Content& content, std::uint64_t heard = 0) { show(sample::view(content), heard); }
-    void show(const View& shown, std::uint64_t heard = 0) {
-        view.show(shown, heard);
+    void show(const sample::Content& content, std::uint64_t acknowledged = 0) {
+        show(sample::view(content), acknowledged);
+    }
+    void show(const View& shown, std::uint64_t acknowledged = 0) {
+        view.show(shown, acknowledged);
         view.layOut(surface.size());
     }
 
@@ -47,7 +49,7 @@ class ViewRig : private UserActions {
         }
         throw std::runtime_error("no label " + text);
     }
-    // A check box, a radio button or a link by its accessible name.
+    // Finds a check box, a radio button or a link by its accessible name.
     QAbstractButton* button(const std::string& name) const {
         for (auto* each : surface.findChildren<QAbstractButton*>()) {
             if (each->accessibleName().toStdString() == name) return each;
@@ -55,20 +57,20 @@ class ViewRig : private UserActions {
         return nullptr;
     }
     QScrollArea* list() const { return surface.findChild<QScrollArea*>(); }
-    // Where it is on the surface; of a button without the room around it for the ring.
+    // The position on the surface; of a button without the margin for its focus ring.
     QRect place(const QAbstractButton& button) const {
-        const QRect its = place(static_cast<const QWidget&>(button));
+        const QRect whole = place(static_cast<const QWidget&>(button));
         const bool hasRing = qobject_cast<const QCheckBox*>(&button) || qobject_cast<const QRadioButton*>(&button);
-        return hasRing ? its.adjusted(0, ringSpace, -ringSpace, -ringSpace) : its;
+        return hasRing ? whole.adjusted(0, focusRingMargin, -focusRingMargin, -focusRingMargin) : whole;
     }
     QRect placeOfList() const {
-        return place(*list()).adjusted(0, 0, list()->verticalScrollBar()->isVisible() ? 0 : -ringSpace, 0);
+        return place(*list()).adjusted(0, 0, list()->verticalScrollBar()->isVisible() ? 0 : -focusRingMargin, 0);
     }
     QRect place(const QWidget& widget) const { return {widget.mapTo(&surface, QPoint()), widget.size()}; }
     QRect place(const std::string& text) const { return place(label(text)); }
 
     Surface surface;
-    ViewRealiser view{surface, *this};
+    ElementTree view{surface, *this};
     std::vector<Change> changes;
     std::vector<std::vector<std::string>> links;  // the paths of those that were followed
 

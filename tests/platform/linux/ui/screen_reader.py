@@ -1,11 +1,10 @@
 #!/usr/bin/python3
-"""Reads a window as a screen reader does, over AT-SPI.
+"""Reads and operates a window over AT-SPI, like a screen reader.
 
-  screen_reader.py read                    prints role, name and states of all that is shown, each inside what it is in
-  screen_reader.py do ACTION ROLE NAME     does the action of the first that has this role and name
+  screen_reader.py read                    prints the tree of objects with their roles, names and states
+  screen_reader.py do ACTION ROLE NAME     performs the action of the first object with this role and name
 
-Both wait for the application BLE-kovra, at most ten seconds, and exit with 1 where it, or what is to be acted upon, is
-missing.
+Both wait up to ten seconds for the application BLE-kovra. They exit with 1 if it or the object is missing.
 """
 import sys
 import time
@@ -27,7 +26,7 @@ def application():
             if each and Atspi.Accessible.get_name(each) == "BLE-kovra":
                 return each
         time.sleep(0.05)
-    sys.exit("the application is not there")
+    sys.exit("the application is missing")
 
 
 def everything(accessible, depth=0):

@@ -155,7 +155,7 @@ TEST_F(ProcessWindowHostTest, AnswersWithWhatCameOfTheChangeInOnePiece) {
     };
     EXPECT_EQ(change(1, {"0"}, true), ViewDump::of(content({"what came of it"})));
     for (const ShowWindow& each : standIn.told<ShowWindow>()) {
-        if (each.heard != 0) {
+        if (each.acknowledged != 0) {
             EXPECT_EQ(ViewDump::of(each.content), ViewDump::of(content({"what came of it"})));
         }
     }

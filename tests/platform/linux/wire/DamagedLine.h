@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// False if the line is refused on both sides; else it must be a message like any other: it goes across again unchanged.
-inline bool isUnderstoodWell(const std::string& line) {
+// Returns false if both sides reject the line. Otherwise expects a valid message, which survives another transfer.
+inline bool isAccepted(const std::string& line) {
     const auto toWindow = decodeToWindow(line);
     const auto toResident = decodeToResident(line);
     if (toWindow) {

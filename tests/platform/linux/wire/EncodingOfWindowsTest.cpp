@@ -16,7 +16,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-ShowWindow throughTheWire(const ShowWindow& window) {
+ShowWindow transferred(const ShowWindow& window) {
     const std::string line = encode(ToWindow(window));
     EXPECT_EQ(line.find('\n'), line.size() - 1);
     const auto decoded = decodeToWindow(line);
@@ -59,26 +59,26 @@ void expectSame(const View& sent, const View& received) {
     for (std::size_t i = 0; i < sent.children.size(); ++i) expectSame(sent.children[i], received.children[i]);
 }
 
-TEST(EncodingOfWindowsTest, BringsAnyWindowAcrossUnchangedButItsActions) {
+TEST(EncodingOfWindowsTest, TransfersAnyWindowUnchangedExceptItsActions) {
     for (const auto seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
         for (int round = 0; round < 100; ++round) {
             const ShowWindow sent = messages.window();
-            const ShowWindow received = throughTheWire(sent);
+            const ShowWindow received = transferred(sent);
             EXPECT_EQ(received.title, sent.title);
             EXPECT_EQ(received.styleMask, sent.styleMask);
             EXPECT_EQ(received.contentSize, sent.contentSize);
             EXPECT_EQ(received.front, sent.front);
             EXPECT_EQ(received.activationToken, sent.activationToken);
             EXPECT_EQ(received.place, sent.place);
-            EXPECT_EQ(received.heard, sent.heard);
+            EXPECT_EQ(received.acknowledged, sent.acknowledged);
             expectSame(sent.content, received.content);
         }
     }
 }
 
-TEST(EncodingOfWindowsTest, BringsAnyAlertsAcrossUnchanged) {
+TEST(EncodingOfWindowsTest, TransfersAnyAlertsUnchanged) {
     for (const auto seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
@@ -97,7 +97,7 @@ TEST(EncodingOfWindowsTest, BringsAnyAlertsAcrossUnchanged) {
     }
 }
 
-TEST(EncodingOfWindowsTest, BringsAnythingThatTheUserDoesAcrossUnchanged) {
+TEST(EncodingOfWindowsTest, TransfersAnyActionOfTheUserUnchanged) {
     for (const auto seed : fixedAndFreshSeeds(5)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
@@ -108,7 +108,7 @@ TEST(EncodingOfWindowsTest, BringsAnythingThatTheUserDoesAcrossUnchanged) {
     }
 }
 
-TEST(EncodingOfWindowsTest, BringsAcrossThatSomethingGoes) {
+TEST(EncodingOfWindowsTest, TransfersMessagesWithoutMembers) {
     for (const ToWindow& sent : {ToWindow(HideTray()), ToWindow(HideWindow())}) {
         const auto received = decodeToWindow(encode(sent));
         ASSERT_TRUE(received);
@@ -116,12 +116,12 @@ TEST(EncodingOfWindowsTest, BringsAcrossThatSomethingGoes) {
     }
 }
 
-TEST(EncodingOfWindowsTest, BringsAnUnboundedLengthAcross) {
+TEST(EncodingOfWindowsTest, TransfersAnUnboundedLength) {
     const View sent = View{Text{"x"}, {}, {}, {}}.frame({.maxWidth = Frame::unbounded, .maxHeight = Frame::unbounded});
-    expectSame(sent, throughTheWire(aWindowWith(sent)).content);
+    expectSame(sent, transferred(aWindowWith(sent)).content);
 }
 
-TEST(EncodingOfWindowsTest, RefusesLengthsThatDoNotExist) {
+TEST(EncodingOfWindowsTest, RejectsInvalidLengths) {
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
     for (const Frame& wrong :
          {Frame{.width = Frame::unbounded}, Frame{.height = notANumber}, Frame{.maxWidth = -Frame::unbounded},
@@ -133,7 +133,7 @@ TEST(EncodingOfWindowsTest, RefusesLengthsThatDoNotExist) {
     EXPECT_FALSE(decodeToResident(R"({"is":"windowPlaced","place":{"minimised":false,"scroll":"unbounded"}})"));
 }
 
-TEST(EncodingOfWindowsTest, TakesAChangeToATruthValueOrATextAlone) {
+TEST(EncodingOfWindowsTest, AcceptsOnlyABooleanOrATextAsNewValue) {
     const auto withValue = [](const Json& value) {
         return decodeToResident(
             Json{{"is", "controlChanged"}, {"number", 1}, {"path", {"a"}}, {"value", value}}.dump());
@@ -145,7 +145,7 @@ TEST(EncodingOfWindowsTest, TakesAChangeToATruthValueOrATextAlone) {
     }
 }
 
-TEST(EncodingOfWindowsTest, BringsTenThousandDevicesAcross) {
+TEST(EncodingOfWindowsTest, TransfersTenThousandDevices) {
     View list{Stack{}, {}, {}, {}};
     for (int device = 0; device < 10'000; ++device) {
         const std::string id =
@@ -165,7 +165,7 @@ TEST(EncodingOfWindowsTest, BringsTenThousandDevicesAcross) {
     expectSame(list, std::get<ShowWindow>(*decoded).content);
 }
 
-TEST(EncodingOfWindowsTest, RefusesWhatNestsDeeperThanAnyWindow) {
+TEST(EncodingOfWindowsTest, RejectsNestingDeeperThanAnyWindow) {
     const auto nested = [](int levels) {
         View view{Spacer{}, {}, {}, {}};
         for (; levels > 0; --levels) view = {Stack{}, {view}, {}, {}};
@@ -182,7 +182,7 @@ TEST(EncodingOfWindowsTest, RefusesWhatNestsDeeperThanAnyWindow) {
     EXPECT_FALSE(decodeToResident(closed));
 }
 
-TEST(EncodingOfWindowsTest, SurvivesListsAsLongAsALineCanHold) {
+TEST(EncodingOfWindowsTest, SurvivesTheLongestListThatFitsInALine) {
     std::string line = R"({"is":"controlChanged","number":1,"value":true,"path":[""})";
     line.pop_back();
     while (line.size() < longestToResident - 10) line += R"(,"")";
@@ -191,7 +191,7 @@ TEST(EncodingOfWindowsTest, SurvivesListsAsLongAsALineCanHold) {
     EXPECT_FALSE(decodeToResident(line));
 }
 
-TEST(EncodingOfWindowsTest, RefusesALineThatIsTorn) {
+TEST(EncodingOfWindowsTest, RejectsATruncatedLine) {
     RandomMessages messages(7);
     for (int round = 0; round < 20; ++round) {
         const std::string state = encode(ToWindow(messages.alerts()));
@@ -203,7 +203,7 @@ TEST(EncodingOfWindowsTest, RefusesALineThatIsTorn) {
     }
 }
 
-TEST(EncodingOfWindowsTest, TakesNoMessageOfTheOtherDirection) {
+TEST(EncodingOfWindowsTest, RejectsMessagesOfTheOtherDirection) {
     RandomMessages messages(8);
     for (int round = 0; round < 50; ++round) {
         EXPECT_FALSE(decodeToResident(encode(ToWindow(messages.window()))));
@@ -212,10 +212,10 @@ TEST(EncodingOfWindowsTest, TakesNoMessageOfTheOtherDirection) {
     }
 }
 
-// Every place of a whole message in turn holds something of another type, or nothing. How often that was refused.
+// Replaces each value of a message in turn by one of another type. Returns how many of these messages were rejected.
 template <typename Decode>
 int damageEverywhere(const Json& whole, const Json& place, const Json::json_pointer& path, const Decode& decode) {
-    int refused = 0;
+    int rejected = 0;
     for (const Json& wrong :
          {Json(), Json(Json::object()), Json(Json::array({nullptr})), Json("x"), Json(-3), Json(1e300)}) {
         Json damaged = whole;
@@ -223,17 +223,17 @@ int damageEverywhere(const Json& whole, const Json& place, const Json::json_poin
         if (const auto decoded = decode(damaged.dump()))
             encode(*decoded);
         else
-            ++refused;
+            ++rejected;
     }
-    if (!place.is_structured()) return refused;
+    if (!place.is_structured()) return rejected;
     for (const auto& each : place.items()) {
         const auto inner = place.is_array() ? path / std::stoul(each.key()) : path / each.key();
-        refused += damageEverywhere(whole, each.value(), inner, decode);
+        rejected += damageEverywhere(whole, each.value(), inner, decode);
     }
-    return refused;
+    return rejected;
 }
 
-TEST(EncodingOfWindowsTest, SurvivesAWrongValueInAnyPlace) {
+TEST(EncodingOfWindowsTest, SurvivesAWrongValueAnywhere) {
     for (const auto seed : fixedAndFreshSeeds(1)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
@@ -250,12 +250,12 @@ TEST(EncodingOfWindowsTest, SurvivesAWrongValueInAnyPlace) {
     }
 }
 
-// What comes out of a damaged line is refused, or is a message like any other: it goes across again unchanged.
+// A damaged line is rejected, or it is a valid message, which survives another transfer.
 TEST(EncodingOfWindowsTest, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomMessages messages(seed);
-        int refused = 0;
+        int rejected = 0;
         for (int round = 0; round < 3'000; ++round) {
             ShowWindow window = messages.window();
             window.content = messages.view(1);
@@ -275,9 +275,9 @@ TEST(EncodingOfWindowsTest, SurvivesRandomDamage) {
                         line.insert(at, line.substr(messages.below(line.size()), messages.below(20)));
                 }
             }
-            if (!isUnderstoodWell(line)) ++refused;
+            if (!isAccepted(line)) ++rejected;
         }
-        EXPECT_GT(refused, 1'000);
+        EXPECT_GT(rejected, 1'000);
     }
 }
 

@@ -48,7 +48,7 @@ ShowTray aTray() {
 
 PopUpMenu aRequest() { return {.x = -17, .y = 1'080, .asked = 123'456'789ms, .menu = aTray().menu}; }
 
-ShowTray throughTheWire(const ShowTray& tray) {
+ShowTray transferred(const ShowTray& tray) {
     const std::string line = encode(ToWindow(tray));
     EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
     EXPECT_TRUE(line.ends_with('\n'));
@@ -75,16 +75,16 @@ void expectSame(const Menu& one, const Menu& other) {
     for (std::size_t i = 0; i < one.items.size(); ++i) expectSame(one.items[i], other.items[i]);
 }
 
-TEST(EncodingTest, BringsATrayAcrossUnchanged) {
+TEST(EncodingTest, TransfersATrayUnchanged) {
     const ShowTray sent = aTray();
-    const ShowTray received = throughTheWire(sent);
+    const ShowTray received = transferred(sent);
     EXPECT_EQ(received.image, sent.image);
     EXPECT_EQ(received.imageIsTemplate, sent.imageIsTemplate);
     EXPECT_EQ(received.toolTip, sent.toolTip);
     expectSame(received.menu, sent.menu);
 }
 
-TEST(EncodingTest, BringsARequestForTheMenuAcrossUnchanged) {
+TEST(EncodingTest, TransfersARequestForTheMenuUnchanged) {
     const auto decoded = decodeToWindow(encode(ToWindow(aRequest())));
     ASSERT_TRUE(decoded);
     const auto& received = std::get<PopUpMenu>(*decoded);
@@ -94,13 +94,13 @@ TEST(EncodingTest, BringsARequestForTheMenuAcrossUnchanged) {
     expectSame(received.menu, aRequest().menu);
 }
 
-TEST(EncodingTest, BringsTheClosingOfTheMenuAcrossWithAndWithoutAChoice) {
+TEST(EncodingTest, TransfersTheClosingOfTheMenuWithAndWithoutAChoice) {
     for (const MenuClosed& sent : {MenuClosed{0ms, std::nullopt}, MenuClosed{123'456'789ms, 7}}) {
         EXPECT_EQ(decodeToResident(encode(ToResident(sent))), ToResident(sent));
     }
 }
 
-TEST(EncodingTest, RefusesPlacesAndTimesThatDoNotExist) {
+TEST(EncodingTest, RejectsInvalidPositionsAndTimes) {
     const Json good = Json::parse(encode(ToWindow(aRequest())));
     for (const Json& wrong : {Json(1LL << 31), Json(-(1LL << 31) - 1), Json(~0ULL), Json(1.5), Json("1"), Json()}) {
         for (const char* name : {"x", "y"}) {
@@ -118,15 +118,15 @@ TEST(EncodingTest, RefusesPlacesAndTimesThatDoNotExist) {
     EXPECT_FALSE(decodeToResident(R"({"is":"menuClosed","asked":1,"chosen":-1})"));
 }
 
-TEST(EncodingTest, BringsATrayWithNothingInItAcross) {
-    const ShowTray received = throughTheWire(ShowTray());
+TEST(EncodingTest, TransfersAnEmptyTray) {
+    const ShowTray received = transferred(ShowTray());
     EXPECT_FALSE(received.image);
     EXPECT_FALSE(received.imageIsTemplate);
     EXPECT_EQ(received.toolTip, "");
     EXPECT_TRUE(received.menu.items.empty());
 }
 
-TEST(EncodingTest, BringsAChoiceAcross) {
+TEST(EncodingTest, TransfersAChoice) {
     for (const std::size_t position : {std::size_t{0}, std::size_t{7}, ~std::size_t{0}}) {
         const auto decoded = decodeToResident(encode(ToResident(ItemChosen{position})));
         ASSERT_TRUE(decoded);
@@ -134,21 +134,21 @@ TEST(EncodingTest, BringsAChoiceAcross) {
     }
 }
 
-TEST(EncodingTest, PutsTheReplacementCharacterForWhatIsNoUtf8) {
+TEST(EncodingTest, ReplacesInvalidUtf8) {
     ShowTray tray;
     tray.toolTip =
         "a\xFF"
         "b\xC3";
-    EXPECT_EQ(throughTheWire(tray).toolTip,
+    EXPECT_EQ(transferred(tray).toolTip,
               "a\xEF\xBF\xBD"
               "b\xEF\xBF\xBD");
 }
 
-TEST(EncodingTest, PassesOverMembersThatItDoesNotKnow) {
+TEST(EncodingTest, IgnoresUnknownMembers) {
     EXPECT_EQ(decodeToResident(R"({"is":"itemChosen","position":3,"token":"x"})"), ToResident(ItemChosen{3}));
 }
 
-TEST(EncodingTest, RefusesWhatIsNoMessage) {
+TEST(EncodingTest, RejectsInvalidMessages) {
     for (const char* line : {"", " ", "null", "[]", "3", "\"showTray\"", "{", "{}", R"({"is":7})", R"({"is":"other"})",
                              R"({"is":"itemChosen"})", R"({"is":"itemChosen","position":-1})",
                              R"({"is":"itemChosen","position":1.5})", R"({"is":"itemChosen","position":"1"})",
@@ -159,36 +159,36 @@ TEST(EncodingTest, RefusesWhatIsNoMessage) {
     }
 }
 
-TEST(EncodingTest, TakesNoMessageOfTheOtherDirection) {
+TEST(EncodingTest, RejectsMessagesOfTheOtherDirection) {
     EXPECT_FALSE(decodeToResident(encode(ToWindow(aTray()))));
     EXPECT_FALSE(decodeToResident(encode(ToWindow(aRequest()))));
     EXPECT_FALSE(decodeToWindow(encode(ToResident(ItemChosen{1}))));
     EXPECT_FALSE(decodeToWindow(encode(ToResident(MenuClosed{1ms, 1}))));
 }
 
-// Every place of a whole message in turn holds something of another type, or nothing.
-void damageEverywhere(const Json& whole, Json& place, const Json::json_pointer& path, int& refused) {
+// Replaces each value of a message in turn by one of another type.
+void damageEverywhere(const Json& whole, Json& place, const Json::json_pointer& path, int& rejected) {
     for (const Json& wrong :
          {Json(), Json(Json::object()), Json(Json::array({nullptr})), Json("x"), Json(-3), Json(1e300)}) {
         Json damaged = whole;
         damaged[path] = wrong;
         const auto decoded = decodeToWindow(damaged.dump());
-        if (!decoded) ++refused;
+        if (!decoded) ++rejected;
         if (decoded) encode(*decoded);
     }
     if (!place.is_structured()) return;
     for (const auto& each : place.items()) {
         const auto inner = place.is_array() ? path / std::stoul(each.key()) : path / each.key();
-        damageEverywhere(whole, each.value(), inner, refused);
+        damageEverywhere(whole, each.value(), inner, rejected);
     }
 }
 
-TEST(EncodingTest, SurvivesAWrongValueInAnyPlace) {
+TEST(EncodingTest, SurvivesAWrongValueAnywhere) {
     for (const ToWindow& message : {ToWindow(aTray()), ToWindow(aRequest())}) {
         Json whole = Json::parse(encode(message));
-        int refused = 0;
-        damageEverywhere(whole, whole, Json::json_pointer(), refused);
-        EXPECT_GT(refused, 90);
+        int rejected = 0;
+        damageEverywhere(whole, whole, Json::json_pointer(), rejected);
+        EXPECT_GT(rejected, 90);
     }
 }
 
@@ -201,14 +201,14 @@ TEST(EncodingTest, SurvivesNestingOfAnyDepth) {
     EXPECT_FALSE(decodeToWindow(std::string(400'000, '[') + std::string(400'000, ']')));
 }
 
-// What comes out of a damaged line is refused, or is a message like any other: it goes across again unchanged.
+// A damaged line is rejected, or it is a valid message, which survives another transfer.
 TEST(EncodingTest, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
         const std::vector<std::string> lines{encode(ToWindow(aTray())), encode(ToWindow(aRequest())),
                                              encode(ToResident(ItemChosen{5})), encode(ToResident(MenuClosed{9ms, 5}))};
-        int refused = 0;
+        int rejected = 0;
         for (int round = 0; round < 5'000; ++round) {
             std::string line = lines[random() % lines.size()];
             for (auto damages = 1 + random() % 4; damages > 0 && !line.empty(); --damages) {
@@ -227,9 +227,9 @@ TEST(EncodingTest, SurvivesRandomDamage) {
                         line[at] = "{}[],:\"0-e\\"[random() % 11];
                 }
             }
-            if (!isUnderstoodWell(line)) ++refused;
+            if (!isAccepted(line)) ++rejected;
         }
-        EXPECT_GT(refused, 1'000);
+        EXPECT_GT(rejected, 1'000);
     }
 }
 

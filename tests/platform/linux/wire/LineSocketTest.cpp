@@ -13,7 +13,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// Both ends of a connection, closed with it.
+// Both ends of a socket pair.
 struct Pair {
     Pair() { EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0); }
     ~Pair() {
@@ -29,7 +29,7 @@ struct Pair {
     std::array<int, 2> ends{};
 };
 
-TEST(LineReaderTest, GivesOutLinesAsTheyComeToTheirEnd) {
+TEST(LineReaderTest, ReturnsEachLineWhenItIsComplete) {
     LineReader reader(longestToResident);
     EXPECT_EQ(reader.feed("on"), Lines());
     EXPECT_EQ(reader.feed("e\ntwo\n\nth"), (Lines{"one", "two", ""}));
@@ -46,7 +46,7 @@ TEST(LineReaderTest, DropsALineThatIsTooLongAndReadsTheNext) {
     EXPECT_EQ(reader.feed("\nnext\n"), Lines{"next"});
 }
 
-TEST(LineSocketTest, ReceivesWhatWasSentAndTellsOfTheEnd) {
+TEST(LineSocketTest, ReceivesLinesAndTheEndOfTheStream) {
     Pair pair;
     LineReader reader(longestToResident);
     EXPECT_EQ(receiveLines(pair.ours(), reader), Lines());
@@ -73,13 +73,13 @@ TEST(LineSocketTest, DropsWholeLinesThatNobodyReads) {
     EXPECT_EQ(received, taken);
 }
 
-TEST(LineSocketTest, SaysWhenTheOtherSideIsGone) {
+TEST(LineSocketTest, ReportsThatThePeerHasClosed) {
     Pair pair;
     pair.closeOther();
     EXPECT_FALSE(sendLine(pair.ours(), "one\n"));
 }
 
-TEST(LineSocketOutboxTest, SendsAtOnceWhatThereIsRoomFor) {
+TEST(LineSocketOutboxTest, SendsAtOnceWhatTheSocketAccepts) {
     const Pair pair;
     Outbox outbox;
     outbox.put(0, "one\n");
@@ -109,11 +109,11 @@ TEST(LineSocketOutboxTest, KeepsTheNewestOfEachKindWhileNobodyReads) {
         state = outbox.flush(pair.ours());
         ASSERT_NE(state, Outbox::State::broken);
     }
-    // The long line is past what a reader takes; what came after it arrives.
+    // The reader drops the long line, but the next lines arrive.
     EXPECT_EQ(received, (Lines{"zero 999", "one 999"}));
 }
 
-TEST(LineSocketOutboxTest, SaysWhenTheOtherSideIsGone) {
+TEST(LineSocketOutboxTest, ReportsThatThePeerHasClosed) {
     Pair pair;
     pair.closeOther();
     Outbox outbox;

@@ -12,7 +12,7 @@
 
 namespace kovra {
 
-// Windows, alerts and what the user does to them, with every kind of view, modifier and text somewhere.
+// Generates random windows, alerts and user actions, with all kinds of views, modifiers and texts.
 class RandomMessages {
   public:
     explicit RandomMessages(std::uint32_t seed) : random_(seed) {}
@@ -24,7 +24,7 @@ class RandomMessages {
                 .front = number(),
                 .activationToken = text(),
                 .place = place(),
-                .heard = number(),
+                .acknowledged = number(),
                 .content = view(5)};
     }
     ShowAlerts alerts() {

@@ -5,21 +5,21 @@
 
 namespace kovra {
 
-void Children::show(const Element& parent, const std::vector<View>& views, const Site& site, const TextStyle& around,
-                    std::uint64_t heard) {
-    const auto know = [&](Element& element, const View& view, std::size_t position) {
+void Children::show(const Element& parent, const std::vector<View>& views, const Site& site, const TextStyle& inherited,
+                    std::uint64_t acknowledged) {
+    const auto setKey = [&](Element& element, const View& view, std::size_t position) {
         element.setKey(&parent, view.id.empty() ? std::to_string(position) : view.id);
     };
     elements_.show(
         views,
         [&](const View& view, std::size_t position) {
-            auto made = makeElement(view, site, around, heard);
-            know(*made, view, position);
+            auto made = makeElement(view, site, inherited, acknowledged);
+            setKey(*made, view, position);
             return made;
         },
         [&](Element& element, const View& view, std::size_t position) {
-            element.show(view, around, heard);
-            know(element, view, position);
+            element.show(view, inherited, acknowledged);
+            setKey(element, view, position);
         });
 }
 

@@ -8,11 +8,11 @@
 
 namespace kovra {
 
-// The elements inside another.
+// The child elements of an element.
 class Children {
   public:
-    void show(const Element& parent, const std::vector<View>& views, const Site& site, const TextStyle& around,
-              std::uint64_t heard);
+    void show(const Element& parent, const std::vector<View>& views, const Site& site, const TextStyle& inherited,
+              std::uint64_t acknowledged);
 
     auto begin() const { return elements_.begin(); }
     auto end() const { return elements_.end(); }

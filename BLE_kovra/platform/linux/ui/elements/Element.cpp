@@ -9,23 +9,26 @@ namespace kovra {
 
 namespace {
 
-Wish fixed(double length) { return {pixels(length), pixels(length), false}; }
+SizeHint fixed(double length) { return {pixels(length), pixels(length), false}; }
 
-Wish framed(const Wish& inner, const std::optional<double>& length, const std::optional<double>& longest) {
+SizeHint withFrame(const SizeHint& content, const std::optional<double>& length, const std::optional<double>& maximum) {
     if (length) return fixed(*length);
-    if (!longest) return inner;
-    const int most = pixels(*longest);
-    return {std::min(inner.least, most), std::min(inner.ideal, most), inner.takesRest || *longest == Frame::unbounded};
+    if (!maximum) return content;
+    const int limit = pixels(*maximum);
+    return {std::min(content.minimum, limit), std::min(content.preferred, limit),
+            content.expands || *maximum == Frame::unbounded};
 }
 
-Wish extended(const Wish& inner, int by) { return {inner.least + by, inner.ideal + by, inner.takesRest}; }
+SizeHint withPadding(const SizeHint& content, int by) {
+    return {content.minimum + by, content.preferred + by, content.expands};
+}
 
 }  // namespace
 
-void Element::show(const View& view, const TextStyle& around, std::uint64_t heard) {
+void Element::show(const View& view, const TextStyle& inherited, std::uint64_t acknowledged) {
     kind_ = view.kind.index();
     modifiers_ = view.modifiers;
-    showKind(view, around.inside(modifiers_), heard);
+    showContentOf(view, inherited.inside(modifiers_), acknowledged);
 }
 
 void Element::setKey(const Element* parent, std::string key) {
@@ -40,50 +43,51 @@ std::vector<std::string> Element::path() const {
     return path;
 }
 
-Wish Element::width(std::size_t count) {
-    if (count == 0) return kindWidth();
-    const Wish inner = width(count - 1);
+SizeHint Element::widthHint(std::size_t count) {
+    if (count == 0) return contentWidth();
+    const SizeHint content = widthHint(count - 1);
     const Modifier& modifier = modifiers_[count - 1];
-    if (const auto* padding = std::get_if<Padding>(&modifier)) return extended(inner, 2 * pixels(padding->horizontal));
-    if (const auto* frame = std::get_if<Frame>(&modifier)) return framed(inner, frame->width, frame->maxWidth);
+    if (const auto* padding = std::get_if<Padding>(&modifier))
+        return withPadding(content, 2 * pixels(padding->horizontal));
+    if (const auto* frame = std::get_if<Frame>(&modifier)) return withFrame(content, frame->width, frame->maxWidth);
     const auto* size = std::get_if<FixedSize>(&modifier);
-    if (size != nullptr && size->horizontal) return {inner.ideal, inner.ideal, false};
-    return inner;
+    if (size != nullptr && size->horizontal) return {content.preferred, content.preferred, false};
+    return content;
 }
 
-Wish Element::height(std::size_t count, int width) {
-    if (count == 0) return kindHeight(width);
+SizeHint Element::heightHint(std::size_t count, int width) {
+    if (count == 0) return contentHeight(width);
     const Modifier& modifier = modifiers_[count - 1];
     if (const auto* padding = std::get_if<Padding>(&modifier)) {
         const int inside = std::max(0, width - 2 * pixels(padding->horizontal));
-        return extended(height(count - 1, inside), 2 * pixels(padding->vertical));
+        return withPadding(heightHint(count - 1, inside), 2 * pixels(padding->vertical));
     }
     if (const auto* frame = std::get_if<Frame>(&modifier)) {
         const int inside = frame->width ? pixels(*frame->width) : width;
-        return framed(height(count - 1, inside), frame->height, frame->maxHeight);
+        return withFrame(heightHint(count - 1, inside), frame->height, frame->maxHeight);
     }
-    const Wish inner = height(count - 1, width);
+    const SizeHint content = heightHint(count - 1, width);
     const auto* size = std::get_if<FixedSize>(&modifier);
-    if (size != nullptr && size->vertical) return {inner.ideal, inner.ideal, false};
-    return inner;
+    if (size != nullptr && size->vertical) return {content.preferred, content.preferred, false};
+    return content;
 }
 
-void Element::place(std::size_t count, const QRect& place) {
-    if (count == 0) return placeKind(place);
+void Element::place(std::size_t count, const QRect& rect) {
+    if (count == 0) return placeContent(rect);
     const Modifier& modifier = modifiers_[count - 1];
     if (const auto* padding = std::get_if<Padding>(&modifier)) {
         const int x = pixels(padding->horizontal);
         const int y = pixels(padding->vertical);
-        return this->place(count - 1, place.adjusted(x, y, -x, -y));
+        return place(count - 1, rect.adjusted(x, y, -x, -y));
     }
     const auto* frame = std::get_if<Frame>(&modifier);
-    if (frame == nullptr) return this->place(count - 1, place);
-    const Wish across = width(count - 1);
-    const int innerWidth = across.takesRest ? place.width() : std::min(across.ideal, place.width());
-    const Wish down = height(count - 1, innerWidth);
-    const int innerHeight = down.takesRest ? place.height() : std::min(down.ideal, place.height());
-    const int x = frame->alignment == Alignment::center ? (place.width() - innerWidth) / 2 : 0;
-    this->place(count - 1, {place.x() + x, place.y() + (place.height() - innerHeight) / 2, innerWidth, innerHeight});
+    if (frame == nullptr) return place(count - 1, rect);
+    const SizeHint horizontal = widthHint(count - 1);
+    const int width = horizontal.expands ? rect.width() : std::min(horizontal.preferred, rect.width());
+    const SizeHint vertical = heightHint(count - 1, width);
+    const int height = vertical.expands ? rect.height() : std::min(vertical.preferred, rect.height());
+    const int x = frame->alignment == Alignment::center ? (rect.width() - width) / 2 : 0;
+    place(count - 1, {rect.x() + x, rect.y() + (rect.height() - height) / 2, width, height});
 }
 
 }  // namespace kovra

@@ -19,27 +19,30 @@ class QWidget;
 
 namespace kovra {
 
-// Who is told what the user does.
+// Receives the user's actions.
 class UserActions {
   public:
     virtual ~UserActions() = default;
-    // Returns the number of this change.
+    // The user changed a control to this value. Returns the number of the change.
     virtual std::uint64_t changed(std::vector<std::string> path, std::variant<bool, std::string> value) = 0;
     virtual void followed(std::vector<std::string> path) = 0;
     virtual void scrolled() = 0;
 };
 
-// Where an element lives.
+// What surrounds an element.
 struct Site {
-    QWidget& host;             // paints it, or is the parent of its widget
+    QWidget& host;             // paints the element, or is the parent of its widget
     UserActions& actions;      // outlives the element
-    bool isInControl = false;  // the control speaks for it, to the mouse, the keyboard and screen readers
+    bool isInControl = false;  // part of a control, which handles input and screen readers for it
 };
 
-// One view on the screen, with its modifiers: a widget, or something that its host paints. It stays for as long as
-// there is a view of the same kind with the same id in the same place of the tree, and changes only what differs.
+// Shows one view with its modifiers, by a widget of its own or painted by its host.
 //
-// Laid out by asking for widths first, then for heights at a width, then placing. All in the host's pixels.
+// An element is kept as long as the tree has a view of the same kind and id at its place. An update changes only what
+// differs.
+//
+// Layout has three steps: query the widths, query the heights for a width, set the geometry. All sizes are in pixels of
+// the host.
 class Element {
   public:
     explicit Element(const Site& site) : site_(site) {}
@@ -47,40 +50,41 @@ class Element {
     Element(const Element&) = delete;
     Element& operator=(const Element&) = delete;
 
-    // Whether it can show the view.
+    // Whether this element can show the view.
     bool isFor(const View& view) const { return view.kind.index() == kind_; }
-    // `heard` is the last of the user's changes that the view knows of.
-    void show(const View& view, const TextStyle& around, std::uint64_t heard);
+    // `inherited` is the text style of the parent. The view includes the user's changes up to number `acknowledged`.
+    void show(const View& view, const TextStyle& inherited, std::uint64_t acknowledged);
 
-    Wish width() { return width(modifiers_.size()); }
-    Wish height(int width) { return height(modifiers_.size(), width); }
-    void place(const QRect& place) { this->place(modifiers_.size(), place); }
+    SizeHint widthHint() { return widthHint(modifiers_.size()); }
+    SizeHint heightHint(int width) { return heightHint(modifiers_.size(), width); }
+    void place(const QRect& rect) { place(modifiers_.size(), rect); }
 
-    // What of it the host paints.
+    // Paints the parts that have no widget.
     virtual void paint(QPainter&) {}
-    // The texts in it, in order.
+    // Appends the texts of this element and its children, in order.
     virtual void addTexts(QStringList&) const {}
-    // The widgets in it, in order.
+    // Appends the widgets of this element and its children, in order.
     virtual void addWidgets(std::vector<QWidget*>&) const {}
 
-    // A child's id among its siblings, or its position where it has none.
+    // The key is the view's id or, if it has none, its position among its siblings.
     void setKey(const Element* parent, std::string key);
 
   protected:
-    virtual void showKind(const View& view, const TextStyle& style, std::uint64_t heard) = 0;
-    virtual Wish kindWidth() = 0;
-    virtual Wish kindHeight(int width) = 0;
-    virtual void placeKind(const QRect& place) = 0;
+    // These concern the view without its modifiers.
+    virtual void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) = 0;
+    virtual SizeHint contentWidth() = 0;
+    virtual SizeHint contentHeight(int width) = 0;
+    virtual void placeContent(const QRect& rect) = 0;
 
     const Site& site() const { return site_; }
-    // From the root.
+    // The keys from the root to this element.
     std::vector<std::string> path() const;
 
   private:
-    // With this many of the modifiers, the innermost first.
-    Wish width(std::size_t count);
-    Wish height(std::size_t count, int width);
-    void place(std::size_t count, const QRect& place);
+    // These apply the first `count` modifiers, the innermost first.
+    SizeHint widthHint(std::size_t count);
+    SizeHint heightHint(std::size_t count, int width);
+    void place(std::size_t count, const QRect& rect);
 
     Site site_;
     std::size_t kind_ = std::variant_npos;
@@ -89,7 +93,8 @@ class Element {
     std::string key_;
 };
 
-// The element for a view of this kind, which shows it already.
-std::unique_ptr<Element> makeElement(const View& view, const Site& site, const TextStyle& around, std::uint64_t heard);
+// Returns a new element that shows the view.
+std::unique_ptr<Element> makeElement(const View& view, const Site& site, const TextStyle& inherited,
+                                     std::uint64_t acknowledged);
 
 }  // namespace kovra

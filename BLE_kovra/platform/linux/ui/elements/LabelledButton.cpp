@@ -4,10 +4,10 @@
 
 namespace kovra {
 
-void scrollIntoSight(QWidget& widget, Qt::FocusReason reason) {
+void scrollIntoView(QWidget& widget, Qt::FocusReason reason) {
     if (reason != Qt::TabFocusReason && reason != Qt::BacktabFocusReason) return;
-    for (QWidget* around = widget.parentWidget(); around != nullptr; around = around->parentWidget()) {
-        if (auto* area = qobject_cast<QScrollArea*>(around)) area->ensureWidgetVisible(&widget, 0, widget.height());
+    for (QWidget* parent = widget.parentWidget(); parent != nullptr; parent = parent->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(parent)) area->ensureWidgetVisible(&widget, 0, widget.height());
     }
 }
 

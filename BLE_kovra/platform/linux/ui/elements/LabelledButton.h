@@ -18,19 +18,19 @@
 
 namespace kovra {
 
-// Above, below and to the right of a button there is this much room for the ring that shows that it has the focus; so
-// the ring does not touch the texts. In pixels; less than half of what is between two rows.
-constexpr int ringSpace = 2;
+// Pixels above, below and to the right of a button, so that its focus ring does not touch the texts. Less than half of
+// the spacing between two rows.
+constexpr int focusRingMargin = 2;
 
-// If the keyboard brings the focus to a widget that is scrolled out of sight, scrolls it into sight.
-void scrollIntoSight(QWidget& widget, Qt::FocusReason reason);
+// Scrolls the widget into view if it received the focus by the keyboard.
+void scrollIntoView(QWidget& widget, Qt::FocusReason reason);
 
-// A check box or a radio button whose label is any view, which the button paints itself. All of it can be clicked. To
-// screen readers its name is the texts of the label.
+// A check box or a radio button whose label is a view, which the button paints itself. The whole button can be clicked.
+// Its accessible name consists of the texts of the label.
 template <typename Button>
 class LabelledButton : public Button {
   public:
-    // Calls `onUse` when the user clicked or switched it, or pressed its key.
+    // Calls `onUse` when the user clicks the button or switches it by the keyboard or a screen reader.
     LabelledButton(QWidget& parent, const std::function<void()>& onUse) : Button(&parent) {
         QObject::connect(this, &Button::clicked, this, onUse);
         // Screen readers switch it without a click.
@@ -39,17 +39,17 @@ class LabelledButton : public Button {
         });
     }
 
-    // Which is not the user's doing.
+    // Does not count as an action of the user.
     void showChecked(bool isChecked) {
         const QSignalBlocker silent(this);
         this->setChecked(isChecked);
     }
 
-    void show(const View& label, UserActions& actions, const TextStyle& style, std::uint64_t heard) {
+    void show(const View& label, UserActions& actions, const TextStyle& style, std::uint64_t acknowledged) {
         if (label_ && label_->isFor(label))
-            label_->show(label, style, heard);
+            label_->show(label, style, acknowledged);
         else
-            label_ = makeElement(label, Site{*this, actions, true}, style, heard);
+            label_ = makeElement(label, Site{*this, actions, true}, style, acknowledged);
         QStringList texts;
         label_->addTexts(texts);
         const QString name = texts.join(QLatin1String(", "));
@@ -57,20 +57,20 @@ class LabelledButton : public Button {
         QWidget::show();
     }
 
-    Wish wishedWidth() {
-        const Wish label = label_->width();
+    SizeHint widthHint() {
+        const SizeHint label = label_->widthHint();
         const int left = labelLeft();
-        return {label.least + left, label.ideal + left, label.takesRest};
+        return {label.minimum + left, label.preferred + left, label.expands};
     }
-    Wish wishedHeight(int width) {
-        const int height = std::max(label_->height(std::max(0, width - labelLeft())).ideal, indicatorHeight());
+    SizeHint heightHint(int width) {
+        const int height = std::max(label_->heightHint(std::max(0, width - labelLeft())).preferred, indicatorHeight());
         return {height, height, false};
     }
-    void place(const QRect& place) {
-        this->setGeometry(place.adjusted(0, -ringSpace, ringSpace, ringSpace));
+    void place(const QRect& rect) {
+        this->setGeometry(rect.adjusted(0, -focusRingMargin, focusRingMargin, focusRingMargin));
         const int left = labelLeft();
-        const int height = label_->height(place.width() - left).ideal;
-        label_->place({left, ringSpace + (place.height() - height) / 2, place.width() - left, height});
+        const int height = label_->heightHint(rect.width() - left).preferred;
+        label_->place({left, focusRingMargin + (rect.height() - height) / 2, rect.width() - left, height});
     }
 
   protected:
@@ -82,7 +82,7 @@ class LabelledButton : public Button {
         isClicked_ = false;
     }
 
-    // The name makes room for the label where the style or a screen reader asks how large the button is.
+    // Reserves the space of the label where the style or a screen reader queries the size of the button.
     void initStyleOption(QStyleOptionButton* option) const override {
         Button::initStyleOption(option);
         option->text = this->accessibleName();
@@ -90,7 +90,7 @@ class LabelledButton : public Button {
 
     void focusInEvent(QFocusEvent* event) override {
         Button::focusInEvent(event);
-        scrollIntoSight(*this, event->reason());
+        scrollIntoView(*this, event->reason());
     }
 
     void paintEvent(QPaintEvent*) override {
@@ -98,7 +98,7 @@ class LabelledButton : public Button {
         QStyleOptionButton option;
         this->initStyleOption(&option);
         option.text.clear();
-        option.palette.setColor(QPalette::Window, outlineSource(option.palette));
+        option.palette.setColor(QPalette::Window, outlineBaseColor(option.palette));
         const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
         option.state.setFlag(QStyle::State_HasFocus, false);
         this->style()->drawControl(isCheckBox ? QStyle::CE_CheckBox : QStyle::CE_RadioButton, &option, &painter, this);
@@ -113,14 +113,15 @@ class LabelledButton : public Button {
 
   private:
     static constexpr bool isCheckBox = std::is_same_v<Button, QCheckBox>;
-    static constexpr int ringGap = 3;  // between the label and what shows that it has the focus
+    static constexpr int ringGap = 3;  // pixels between the focus ring and the label
 
     int metric(QStyle::PixelMetric ofCheckBox, QStyle::PixelMetric ofRadioButton) const {
         return this->style()->pixelMetric(isCheckBox ? ofCheckBox : ofRadioButton, nullptr, this);
     }
     int labelLeft() const {
         const int gap = metric(QStyle::PM_CheckBoxLabelSpacing, QStyle::PM_RadioButtonLabelSpacing);
-        return metric(QStyle::PM_IndicatorWidth, QStyle::PM_ExclusiveIndicatorWidth) + std::max(gap, usualGap(*this));
+        return metric(QStyle::PM_IndicatorWidth, QStyle::PM_ExclusiveIndicatorWidth) +
+               std::max(gap, defaultSpacing(*this));
     }
     int indicatorHeight() const { return metric(QStyle::PM_IndicatorHeight, QStyle::PM_ExclusiveIndicatorHeight); }
 

@@ -38,7 +38,7 @@ QAccessibleInterface* accessibleLink(const QString&, QObject* object) {
 
 LinkButton::LinkButton(QWidget& parent) : QAbstractButton(&parent) {
     QAccessible::removeFactory(&accessibleLink);
-    QAccessible::installFactory(&accessibleLink);  // the newest is asked first
+    QAccessible::installFactory(&accessibleLink);  // the newest factory is queried first
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setAttribute(Qt::WA_Hover);
@@ -73,7 +73,7 @@ void LinkButton::keyPressEvent(QKeyEvent* event) {
 
 void LinkButton::focusInEvent(QFocusEvent* event) {
     QAbstractButton::focusInEvent(event);
-    scrollIntoSight(*this, event->reason());
+    scrollIntoView(*this, event->reason());
 }
 
 LinkElement::LinkElement(const Site& site) : Element(site), button_(std::make_unique<LinkButton>(site.host)) {
@@ -81,14 +81,16 @@ LinkElement::LinkElement(const Site& site) : Element(site), button_(std::make_un
                      [this] { this->site().actions.followed(path()); });
 }
 
-void LinkElement::showKind(const View& view, const TextStyle& style, std::uint64_t) {
+void LinkElement::showContentOf(const View& view, const TextStyle& style, std::uint64_t) {
     button_->show(plainText(std::get<Link>(view.kind).title), style.qtFont(), style.color);
 }
 
-Wish LinkElement::kindWidth() { return {button_->paragraph().leastWidth(), button_->paragraph().idealWidth(), false}; }
+SizeHint LinkElement::contentWidth() {
+    return {button_->paragraph().minimumWidth(), button_->paragraph().preferredWidth(), false};
+}
 
-Wish LinkElement::kindHeight(int width) {
-    const int height = button_->paragraph().heightFor(width);
+SizeHint LinkElement::contentHeight(int width) {
+    const int height = button_->paragraph().heightForWidth(width);
     return {height, height, false};
 }
 

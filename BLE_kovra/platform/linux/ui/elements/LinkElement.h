@@ -8,8 +8,7 @@
 
 namespace kovra {
 
-// An underlined text that is followed by a click, and with the keyboard by Return, Enter and Space. To screen readers
-// it is a link.
+// An underlined text. A click, Return, Enter or Space follows the link. Screen readers see it as a link.
 class LinkButton : public QAbstractButton {
   public:
     explicit LinkButton(QWidget& parent);
@@ -34,10 +33,10 @@ class LinkElement : public Element {
     void addWidgets(std::vector<QWidget*>& widgets) const override { widgets.push_back(button_.get()); }
 
   private:
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override;
-    Wish kindHeight(int width) override;
-    void placeKind(const QRect& place) override { button_->setGeometry(place); }
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override;
+    SizeHint contentHeight(int width) override;
+    void placeContent(const QRect& rect) override { button_->setGeometry(rect); }
 
     std::unique_ptr<LinkButton> button_;
 };

@@ -30,9 +30,10 @@ struct Make {
 
 }  // namespace
 
-std::unique_ptr<Element> makeElement(const View& view, const Site& site, const TextStyle& around, std::uint64_t heard) {
+std::unique_ptr<Element> makeElement(const View& view, const Site& site, const TextStyle& inherited,
+                                     std::uint64_t acknowledged) {
     auto element = std::visit(Make{site}, view.kind);
-    element->show(view, around, heard);
+    element->show(view, inherited, acknowledged);
     return element;
 }
 

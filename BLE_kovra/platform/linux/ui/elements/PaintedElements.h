@@ -5,18 +5,18 @@
 
 namespace kovra {
 
-// What has no widget of its own: its host paints it.
+// An element without a widget of its own, which its host paints.
 class PaintedElement : public Element {
   public:
     using Element::Element;
 
   protected:
-    void placeKind(const QRect& place) override;
-    const QRect& place() const { return place_; }
+    void placeContent(const QRect& rect) override;
+    const QRect& rect() const { return rect_; }
     void repaint() const;
 
   private:
-    QRect place_;
+    QRect rect_;
 };
 
 // A text inside a control.
@@ -27,38 +27,38 @@ class LabelElement : public PaintedElement {
     void addTexts(QStringList& texts) const override { texts.append(paragraph_.text()); }
 
   private:
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override;
-    Wish kindHeight(int width) override;
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override;
+    SizeHint contentHeight(int width) override;
 
     Paragraph paragraph_;
     Color color_ = Color::primary;
 };
 
-// As large as there is room.
+// A circle that fills the available space.
 class CircleElement : public PaintedElement {
   public:
     using PaintedElement::PaintedElement;
     void paint(QPainter& painter) override;
 
   private:
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override { return {0, 0, true}; }
-    Wish kindHeight(int) override { return {0, 0, true}; }
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override { return {0, 0, true}; }
+    SizeHint contentHeight(int) override { return {0, 0, true}; }
 
     Circle circle_;
 };
 
-// A thin line across its stack.
+// A thin line across the stack.
 class DividerElement : public PaintedElement {
   public:
     using PaintedElement::PaintedElement;
     void paint(QPainter& painter) override;
 
   private:
-    void showKind(const View&, const TextStyle&, std::uint64_t) override {}
-    Wish kindWidth() override { return {0, 0, true}; }
-    Wish kindHeight(int) override { return {1, 1, false}; }
+    void showContentOf(const View&, const TextStyle&, std::uint64_t) override {}
+    SizeHint contentWidth() override { return {0, 0, true}; }
+    SizeHint contentHeight(int) override { return {1, 1, false}; }
 };
 
 class SpacerElement : public Element {
@@ -66,10 +66,10 @@ class SpacerElement : public Element {
     using Element::Element;
 
   private:
-    void showKind(const View&, const TextStyle&, std::uint64_t) override {}
-    Wish kindWidth() override { return {0, 0, true}; }
-    Wish kindHeight(int) override { return {}; }
-    void placeKind(const QRect&) override {}
+    void showContentOf(const View&, const TextStyle&, std::uint64_t) override {}
+    SizeHint contentWidth() override { return {0, 0, true}; }
+    SizeHint contentHeight(int) override { return {}; }
+    void placeContent(const QRect&) override {}
 };
 
 }  // namespace kovra

@@ -9,8 +9,8 @@ namespace kovra {
 
 namespace {
 
-constexpr double betweenButtons = 6;  // points
-constexpr int widestTitle = 2;        // of the width, as a divisor
+constexpr double buttonSpacing = 6;  // points
+constexpr int titleDivisor = 2;      // the title takes at most half of the width
 
 bool haveSameTags(const Picker& one, const Picker& other) {
     return std::equal(one.options.begin(), one.options.end(), other.options.begin(), other.options.end(),
@@ -24,20 +24,20 @@ PickerElement::PickerElement(const Site& site)
     group_->show();
 }
 
-void PickerElement::showKind(const View& view, const TextStyle& style, std::uint64_t heard) {
+void PickerElement::showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) {
     const auto& picker = std::get<Picker>(view.kind);
-    const bool hasOtherButtons = !haveSameTags(picker, picker_);
+    const bool areButtonsNew = !haveSameTags(picker, picker_);
     picker_ = picker;
-    if (hasOtherButtons) makeButtons();
+    if (areButtonsNew) makeButtons();
 
     const QString title = plainText(picker.title);
     title_->show(title, style.qtFont(), style.color);
     if (title != group_->accessibleName()) group_->setAccessibleName(title);
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         const View label{Text{picker.options[i].title}, {}, {}, {}};
-        buttons_[i]->show(label, site().actions, style, heard);
+        buttons_[i]->show(label, site().actions, style, acknowledged);
     }
-    if (hasOtherButtons || changed_ <= heard) choose(picker.selection);
+    if (areButtonsNew || lastChange_ <= acknowledged) select(picker.selection);
 }
 
 void PickerElement::makeButtons() {
@@ -48,28 +48,28 @@ void PickerElement::makeButtons() {
 }
 
 void PickerElement::userChose(const std::string& tag) {
-    changed_ = site().actions.changed(path(), tag);
-    chooseWhereTabStops();
+    lastChange_ = site().actions.changed(path(), tag);
+    updateFocusPolicies();
 }
 
-void PickerElement::choose(const std::string& tag) {
+void PickerElement::select(const std::string& tag) {
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
-        const bool isChosen = picker_.options[i].tag == tag;
-        if (buttons_[i]->isChecked() == isChosen) continue;
-        // The last one that is chosen cannot be let go of otherwise.
+        const bool isSelected = picker_.options[i].tag == tag;
+        if (buttons_[i]->isChecked() == isSelected) continue;
+        // An exclusive button cannot be unchecked otherwise.
         buttons_[i]->setAutoExclusive(false);
-        buttons_[i]->showChecked(isChosen);
+        buttons_[i]->showChecked(isSelected);
         buttons_[i]->setAutoExclusive(true);
     }
-    chooseWhereTabStops();
+    updateFocusPolicies();
 }
 
-// At the chosen one alone; the arrow keys go from there.
-void PickerElement::chooseWhereTabStops() {
-    const bool isAnyChosen =
+// Tab stops at the selected button only; the arrow keys move on from there.
+void PickerElement::updateFocusPolicies() {
+    const bool isAnySelected =
         std::any_of(buttons_.begin(), buttons_.end(), [](const auto& b) { return b->isChecked(); });
     for (const auto& button : buttons_)
-        button->setFocusPolicy(button->isChecked() || !isAnyChosen ? Qt::StrongFocus : Qt::ClickFocus);
+        button->setFocusPolicy(button->isChecked() || !isAnySelected ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
 void PickerElement::addTexts(QStringList& texts) const {
@@ -83,41 +83,41 @@ void PickerElement::addWidgets(std::vector<QWidget*>& widgets) const {
     for (const auto& button : buttons_) widgets.push_back(button.get());
 }
 
-Wish PickerElement::kindWidth() {
-    Wish widest;
+SizeHint PickerElement::contentWidth() {
+    SizeHint widest;
     for (const auto& button : buttons_) {
-        const Wish its = button->wishedWidth();
-        widest = {std::max(widest.least, its.least), std::max(widest.ideal, its.ideal), false};
+        const SizeHint hint = button->widthHint();
+        widest = {std::max(widest.minimum, hint.minimum), std::max(widest.preferred, hint.preferred), false};
     }
-    const int title = title_->paragraph().idealWidth() + gap();
-    return {title_->paragraph().leastWidth() + gap() + widest.least, title + widest.ideal, false};
+    const int title = title_->paragraph().preferredWidth() + gap();
+    return {title_->paragraph().minimumWidth() + gap() + widest.minimum, title + widest.preferred, false};
 }
 
-Wish PickerElement::kindHeight(int width) {
-    const int title = std::min(title_->paragraph().idealWidth(), width / widestTitle);
-    int height = buttons_.empty() ? 0 : static_cast<int>(buttons_.size() - 1) * pixels(betweenButtons);
-    for (const auto& button : buttons_) height += button->wishedHeight(width - title - gap()).ideal;
-    height = std::max(height, title_->paragraph().heightFor(title));
+SizeHint PickerElement::contentHeight(int width) {
+    const int title = std::min(title_->paragraph().preferredWidth(), width / titleDivisor);
+    int height = buttons_.empty() ? 0 : static_cast<int>(buttons_.size() - 1) * pixels(buttonSpacing);
+    for (const auto& button : buttons_) height += button->heightHint(width - title - gap()).preferred;
+    height = std::max(height, title_->paragraph().heightForWidth(title));
     return {height, height, false};
 }
 
-void PickerElement::placeKind(const QRect& place) {
-    group_->setGeometry(place.adjusted(0, -ringSpace, ringSpace, ringSpace));
-    const int title = std::min(title_->paragraph().idealWidth(), place.width() / widestTitle);
-    const int width = place.width() - title - gap();
-    QRect its(title + gap(), ringSpace, width, 0);
-    // The title stands beside the first button.
-    const int titleHeight = title_->paragraph().heightFor(title);
-    const int first = buttons_.empty() ? titleHeight : buttons_.front()->wishedHeight(width).ideal;
+void PickerElement::placeContent(const QRect& rect) {
+    group_->setGeometry(rect.adjusted(0, -focusRingMargin, focusRingMargin, focusRingMargin));
+    const int title = std::min(title_->paragraph().preferredWidth(), rect.width() / titleDivisor);
+    const int width = rect.width() - title - gap();
+    QRect button(title + gap(), focusRingMargin, width, 0);
+    // Centers the title beside the first button.
+    const int titleHeight = title_->paragraph().heightForWidth(title);
+    const int first = buttons_.empty() ? titleHeight : buttons_.front()->heightHint(width).preferred;
     const int below = std::max(0, (std::min(first, titleHeight * 2) - titleHeight) / 2);
-    title_->setGeometry(0, ringSpace + below, title, titleHeight);
-    for (const auto& button : buttons_) {
-        its.setHeight(button->wishedHeight(width).ideal);
-        button->place(its);
-        its.moveTop(its.top() + its.height() + pixels(betweenButtons));
+    title_->setGeometry(0, focusRingMargin + below, title, titleHeight);
+    for (const auto& each : buttons_) {
+        button.setHeight(each->heightHint(width).preferred);
+        each->place(button);
+        button.moveTop(button.top() + button.height() + pixels(buttonSpacing));
     }
 }
 
-int PickerElement::gap() const { return usualGap(*group_); }
+int PickerElement::gap() const { return defaultSpacing(*group_); }
 
 }  // namespace kovra

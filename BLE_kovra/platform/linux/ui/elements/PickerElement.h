@@ -12,8 +12,7 @@
 
 namespace kovra {
 
-// Radio buttons, one below the other, beside their title. What the user chose stands until a view comes that knows of
-// that choice.
+// Radio buttons in a column beside their title. The user's choice stays until a view acknowledges it.
 class PickerElement : public Element {
   public:
     explicit PickerElement(const Site& site);
@@ -24,7 +23,7 @@ class PickerElement : public Element {
   private:
     using RadioButton = LabelledButton<QRadioButton>;
 
-    // To screen readers a group with a name, to the eye nothing.
+    // An invisible group that gives the buttons a common name for screen readers.
     class Group : public QGroupBox {
       public:
         using QGroupBox::QGroupBox;
@@ -33,22 +32,22 @@ class PickerElement : public Element {
         void paintEvent(QPaintEvent*) override {}
     };
 
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override;
-    Wish kindHeight(int width) override;
-    void placeKind(const QRect& place) override;
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override;
+    SizeHint contentHeight(int width) override;
+    void placeContent(const QRect& rect) override;
 
     void makeButtons();
     void userChose(const std::string& tag);
-    void choose(const std::string& tag);
-    void chooseWhereTabStops();
+    void select(const std::string& tag);
+    void updateFocusPolicies();
     int gap() const;
 
     Picker picker_;
     std::unique_ptr<Group> group_;
     std::unique_ptr<TextLabel> title_;
-    std::vector<std::unique_ptr<RadioButton>> buttons_;  // one an option, in their order
-    std::uint64_t changed_ = 0;                          // the number of the user's last choice
+    std::vector<std::unique_ptr<RadioButton>> buttons_;  // one for each option, in the same order
+    std::uint64_t lastChange_ = 0;                       // number of the user's last choice
 };
 
 }  // namespace kovra

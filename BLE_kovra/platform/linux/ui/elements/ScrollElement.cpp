@@ -11,8 +11,8 @@ namespace kovra {
 
 namespace {
 
-constexpr double besideTheBar = 8;
-constexpr double leastOpening = 44;  // a row and a half, so that one sees that there is more
+constexpr double barSpacing = 8;      // points
+constexpr double minimumHeight = 44;  // points: a row and a half, which shows that there is more
 
 }  // namespace
 
@@ -28,8 +28,8 @@ ScrollElement::ScrollElement(const Site& site)
                      [this] { this->site().actions.scrolled(); });
 }
 
-void ScrollElement::showKind(const View& view, const TextStyle& style, std::uint64_t heard) {
-    children_.show(*this, view.children, Site{*surface_, site().actions, site().isInControl}, style, heard);
+void ScrollElement::showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) {
+    children_.show(*this, view.children, Site{*surface_, site().actions, site().isInControl}, style, acknowledged);
     surface_->setElement(children_.first());
     area_->show();
 }
@@ -43,32 +43,33 @@ void ScrollElement::addWidgets(std::vector<QWidget*>& widgets) const {
     for (const auto& child : children_) child->addWidgets(widgets);
 }
 
-Wish ScrollElement::kindWidth() {
+SizeHint ScrollElement::contentWidth() {
     Element* child = children_.first();
-    return {child == nullptr ? 0 : child->width().least, child == nullptr ? 0 : child->width().ideal, true};
+    return {child == nullptr ? 0 : child->widthHint().minimum, child == nullptr ? 0 : child->widthHint().preferred,
+            true};
 }
 
-Wish ScrollElement::kindHeight(int width) {
+SizeHint ScrollElement::contentHeight(int width) {
     Element* child = children_.first();
-    const int ideal = child == nullptr ? 0 : child->height(width).ideal;
-    return {std::min(ideal, pixels(leastOpening)), ideal, false};
+    const int preferred = child == nullptr ? 0 : child->heightHint(width).preferred;
+    return {std::min(preferred, pixels(minimumHeight)), preferred, false};
 }
 
-void ScrollElement::placeKind(const QRect& place) {
+void ScrollElement::placeContent(const QRect& rect) {
     Element* child = children_.first();
-    const bool fits = child == nullptr || child->height(place.width()).ideal <= place.height();
-    const int width = fits ? place.width() : besideBar(place.width());
-    const int height = child == nullptr ? 0 : child->height(width).ideal;
-    // Beside the bar there is room enough for the ring.
-    area_->setGeometry(place.adjusted(0, 0, fits ? ringSpace : 0, 0));
+    const bool fits = child == nullptr || child->heightHint(rect.width()).preferred <= rect.height();
+    const int width = fits ? rect.width() : widthBesideBar(rect.width());
+    const int height = child == nullptr ? 0 : child->heightHint(width).preferred;
+    // The space beside the bar is enough for the focus ring.
+    area_->setGeometry(rect.adjusted(0, 0, fits ? focusRingMargin : 0, 0));
     area_->setVerticalScrollBarPolicy(fits ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAlwaysOn);
-    surface_->resize(width + ringSpace, height);
+    surface_->resize(width + focusRingMargin, height);
     if (child != nullptr) child->place({0, 0, width, height});
 }
 
-int ScrollElement::besideBar(int width) const {
+int ScrollElement::widthBesideBar(int width) const {
     const int bar = area_->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, area_->verticalScrollBar());
-    return std::max(0, width - bar - pixels(besideTheBar));
+    return std::max(0, width - bar - pixels(barSpacing));
 }
 
 }  // namespace kovra

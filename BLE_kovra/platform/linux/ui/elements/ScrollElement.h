@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// An opening on its child, no higher than the child, with a scroll bar where it is lower. How far it is scrolled stays
-// whatever becomes of the child, as long as there is that much to scroll.
+// A scroll area around its child, never taller than the child. It shows a scroll bar when it is shorter. Updates of the
+// child keep the scroll position as far as possible.
 class ScrollElement : public Element {
   public:
     explicit ScrollElement(const Site& site);
@@ -19,11 +19,11 @@ class ScrollElement : public Element {
     void addWidgets(std::vector<QWidget*>& widgets) const override;
 
   private:
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override;
-    Wish kindHeight(int width) override;
-    void placeKind(const QRect& place) override;
-    int besideBar(int width) const;  // what is left of the width beside the scroll bar
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override;
+    SizeHint contentHeight(int width) override;
+    void placeContent(const QRect& rect) override;
+    int widthBesideBar(int width) const;
 
     std::unique_ptr<QScrollArea> area_;
     Surface* surface_;

@@ -9,33 +9,33 @@ namespace {
 
 int sum(const std::vector<int>& sizes) { return std::accumulate(sizes.begin(), sizes.end(), 0); }
 
-// None longer than the limit, but for its least.
-std::vector<int> limited(const std::vector<Wish>& wishes, int limit) {
+// No size exceeds the limit, except where the minimum does.
+std::vector<int> limited(const std::vector<SizeHint>& hints, int limit) {
     std::vector<int> sizes;
-    sizes.reserve(wishes.size());
-    for (const Wish& wish : wishes) sizes.push_back(std::max(wish.least, std::min(wish.ideal, limit)));
+    sizes.reserve(hints.size());
+    for (const SizeHint& hint : hints) sizes.push_back(std::max(hint.minimum, std::min(hint.preferred, limit)));
     return sizes;
 }
 
-// The highest limit with which all fit, or 0.
-int highestLimit(int room, const std::vector<Wish>& wishes) {
+// The largest limit with which all sizes fit, or 0.
+int largestLimit(int space, const std::vector<SizeHint>& hints) {
     int fits = 0;
-    int tooHigh = std::max(1, room + 1);
-    while (tooHigh - fits > 1) {
-        const int between = fits + (tooHigh - fits) / 2;
-        if (sum(limited(wishes, between)) <= room)
+    int tooLarge = std::max(1, space + 1);
+    while (tooLarge - fits > 1) {
+        const int between = fits + (tooLarge - fits) / 2;
+        if (sum(limited(hints, between)) <= space)
             fits = between;
         else
-            tooHigh = between;
+            tooLarge = between;
     }
     return fits;
 }
 
-std::vector<int> shortened(int room, const std::vector<Wish>& wishes) {
-    std::vector<int> sizes = limited(wishes, highestLimit(room, wishes));
-    int left = room - sum(sizes);
+std::vector<int> shrunk(int space, const std::vector<SizeHint>& hints) {
+    std::vector<int> sizes = limited(hints, largestLimit(space, hints));
+    int left = space - sum(sizes);
     for (std::size_t i = 0; i < sizes.size() && left > 0; ++i) {
-        if (sizes[i] >= wishes[i].ideal) continue;
+        if (sizes[i] >= hints[i].preferred) continue;
         ++sizes[i];
         --left;
     }
@@ -44,17 +44,17 @@ std::vector<int> shortened(int room, const std::vector<Wish>& wishes) {
 
 }  // namespace
 
-std::vector<int> share(int room, const std::vector<Wish>& wishes) {
+std::vector<int> share(int space, const std::vector<SizeHint>& hints) {
     std::vector<int> sizes;
-    sizes.reserve(wishes.size());
-    for (const Wish& wish : wishes) sizes.push_back(wish.ideal);
-    int left = room - sum(sizes);
-    if (left < 0) return shortened(room, wishes);
-    auto takers =
-        static_cast<int>(std::count_if(wishes.begin(), wishes.end(), [](const Wish& w) { return w.takesRest; }));
-    for (std::size_t i = 0; i < sizes.size() && takers > 0; ++i) {
-        if (!wishes[i].takesRest) continue;
-        const int part = left / takers--;
+    sizes.reserve(hints.size());
+    for (const SizeHint& hint : hints) sizes.push_back(hint.preferred);
+    int left = space - sum(sizes);
+    if (left < 0) return shrunk(space, hints);
+    auto expanding =
+        static_cast<int>(std::count_if(hints.begin(), hints.end(), [](const SizeHint& w) { return w.expands; }));
+    for (std::size_t i = 0; i < sizes.size() && expanding > 0; ++i) {
+        if (!hints[i].expands) continue;
+        const int part = left / expanding--;
         sizes[i] += part;
         left -= part;
     }

@@ -4,17 +4,16 @@
 
 namespace kovra {
 
-// What a view needs of a width or a height and what it would have, in pixels. `takesRest`: and whatever is left
-// besides.
-struct Wish {
-    int least = 0;
-    int ideal = 0;
-    bool takesRest = false;
-    bool operator==(const Wish&) const = default;
+// The width or height that a view needs and prefers, in pixels. One that expands takes more if there is space left.
+struct SizeHint {
+    int minimum = 0;
+    int preferred = 0;
+    bool expands = false;
+    bool operator==(const SizeHint&) const = default;
 };
 
-// What each gets of the room. Where it is short the longest give way first, none below its least, so that the sum may
-// be more than the room. What is left goes in equal parts to those that take it.
-std::vector<int> share(int room, const std::vector<Wish>& wishes);
+// Shares the space out. Where it is short, the longest shrink first, but none below its minimum, so the sum may exceed
+// the space. What is left over goes in equal parts to those that expand.
+std::vector<int> share(int space, const std::vector<SizeHint>& hints);
 
 }  // namespace kovra

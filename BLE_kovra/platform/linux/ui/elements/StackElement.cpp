@@ -8,33 +8,33 @@ namespace kovra {
 
 namespace {
 
-// One after the other.
-Wish inARow(const std::vector<Wish>& wishes, int gaps) {
-    Wish all{gaps, gaps, false};
-    for (const Wish& each : wishes) {
-        all.least += each.least;
-        all.ideal += each.ideal;
-        all.takesRest |= each.takesRest;
+// For children one after the other.
+SizeHint sumOf(const std::vector<SizeHint>& hints, int gaps) {
+    SizeHint all{gaps, gaps, false};
+    for (const SizeHint& each : hints) {
+        all.minimum += each.minimum;
+        all.preferred += each.preferred;
+        all.expands |= each.expands;
     }
     return all;
 }
 
-// Side by side.
-Wish widest(const std::vector<Wish>& wishes) {
-    Wish all;
-    for (const Wish& each : wishes) {
-        all.least = std::max(all.least, each.least);
-        all.ideal = std::max(all.ideal, each.ideal);
-        all.takesRest |= each.takesRest;
+// For children side by side.
+SizeHint largestOf(const std::vector<SizeHint>& hints) {
+    SizeHint all;
+    for (const SizeHint& each : hints) {
+        all.minimum = std::max(all.minimum, each.minimum);
+        all.preferred = std::max(all.preferred, each.preferred);
+        all.expands |= each.expands;
     }
     return all;
 }
 
 }  // namespace
 
-void StackElement::showKind(const View& view, const TextStyle& style, std::uint64_t heard) {
+void StackElement::showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) {
     stack_ = std::get<Stack>(view.kind);
-    children_.show(*this, view.children, site(), style, heard);
+    children_.show(*this, view.children, site(), style, acknowledged);
 }
 
 void StackElement::paint(QPainter& painter) {
@@ -49,60 +49,60 @@ void StackElement::addWidgets(std::vector<QWidget*>& widgets) const {
     for (const auto& child : children_) child->addWidgets(widgets);
 }
 
-Wish StackElement::kindWidth() {
-    std::vector<Wish> wishes;
-    for (const auto& child : children_) wishes.push_back(child->width());
-    return isHorizontal() ? inARow(wishes, gaps()) : widest(wishes);
+SizeHint StackElement::contentWidth() {
+    std::vector<SizeHint> hints;
+    for (const auto& child : children_) hints.push_back(child->widthHint());
+    return isHorizontal() ? sumOf(hints, gaps()) : largestOf(hints);
 }
 
-Wish StackElement::kindHeight(int width) {
+SizeHint StackElement::contentHeight(int width) {
     const std::vector<int> widths = childWidths(width);
-    std::vector<Wish> wishes;
-    for (const auto& child : children_) wishes.push_back(child->height(widths[wishes.size()]));
-    return isHorizontal() ? widest(wishes) : inARow(wishes, gaps());
+    std::vector<SizeHint> hints;
+    for (const auto& child : children_) hints.push_back(child->heightHint(widths[hints.size()]));
+    return isHorizontal() ? largestOf(hints) : sumOf(hints, gaps());
 }
 
-void StackElement::placeKind(const QRect& place) {
-    const std::vector<int> widths = childWidths(place.width());
-    std::vector<Wish> heights;
-    for (const auto& child : children_) heights.push_back(child->height(widths[heights.size()]));
-    std::vector<int> shared;
-    if (!isHorizontal()) shared = share(place.height() - gaps(), heights);
+void StackElement::placeContent(const QRect& rect) {
+    const std::vector<int> widths = childWidths(rect.width());
+    std::vector<SizeHint> heights;
+    for (const auto& child : children_) heights.push_back(child->heightHint(widths[heights.size()]));
+    std::vector<int> lengths;
+    if (!isHorizontal()) lengths = share(rect.height() - gaps(), heights);
 
-    QPoint at = place.topLeft();
+    QPoint at = rect.topLeft();
     std::size_t i = 0;
     for (const auto& child : children_) {
-        QRect its(at, QSize(widths[i], isHorizontal() ? across(heights[i], place.height()) : shared[i]));
+        QRect place(at, QSize(widths[i], isHorizontal() ? crossSize(heights[i], rect.height()) : lengths[i]));
         if (isHorizontal())
-            its.translate(0, offset(place.height(), its.height()));
+            place.translate(0, crossOffset(rect.height(), place.height()));
         else
-            its.translate(offset(place.width(), its.width()), 0);
-        child->place(its);
-        at += isHorizontal() ? QPoint(its.width() + spacing(), 0) : QPoint(0, its.height() + spacing());
+            place.translate(crossOffset(rect.width(), place.width()), 0);
+        child->place(place);
+        at += isHorizontal() ? QPoint(place.width() + spacing(), 0) : QPoint(0, place.height() + spacing());
         ++i;
     }
 }
 
 std::vector<int> StackElement::childWidths(int width) {
-    std::vector<Wish> wishes;
-    for (const auto& child : children_) wishes.push_back(child->width());
-    if (isHorizontal()) return share(width - gaps(), wishes);
+    std::vector<SizeHint> hints;
+    for (const auto& child : children_) hints.push_back(child->widthHint());
+    if (isHorizontal()) return share(width - gaps(), hints);
     std::vector<int> widths;
-    for (const Wish& wish : wishes) widths.push_back(across(wish, width));
+    for (const SizeHint& hint : hints) widths.push_back(crossSize(hint, width));
     return widths;
 }
 
-int StackElement::across(const Wish& wish, int room) const {
-    return wish.takesRest ? room : std::min(wish.ideal, room);
+int StackElement::crossSize(const SizeHint& hint, int space) const {
+    return hint.expands ? space : std::min(hint.preferred, space);
 }
 
-int StackElement::offset(int room, int length) const {
-    return stack_.alignment == Alignment::center ? (room - length) / 2 : 0;
+int StackElement::crossOffset(int space, int length) const {
+    return stack_.alignment == Alignment::center ? (space - length) / 2 : 0;
 }
 
 int StackElement::spacing() const {
     if (stack_.spacing) return pixels(*stack_.spacing);
-    return usualGap(site().host);
+    return defaultSpacing(site().host);
 }
 
 int StackElement::gaps() const { return children_.size() < 2 ? 0 : static_cast<int>(children_.size() - 1) * spacing(); }

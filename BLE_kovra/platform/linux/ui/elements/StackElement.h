@@ -14,18 +14,18 @@ class StackElement : public Element {
     void addWidgets(std::vector<QWidget*>& widgets) const override;
 
   private:
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override;
-    Wish kindHeight(int width) override;
-    void placeKind(const QRect& place) override;
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override;
+    SizeHint contentHeight(int width) override;
+    void placeContent(const QRect& rect) override;
 
     bool isHorizontal() const { return stack_.axis == Stack::Axis::horizontal; }
     int spacing() const;
     int gaps() const;
     std::vector<int> childWidths(int width);
-    // What a child has of the room across the stack's axis, and where it begins.
-    int across(const Wish& wish, int room) const;
-    int offset(int room, int length) const;
+    // The size of a child across the axis of the stack, and where it begins.
+    int crossSize(const SizeHint& hint, int space) const;
+    int crossOffset(int space, int length) const;
 
     Stack stack_;
     Children children_;

@@ -6,12 +6,12 @@
 
 namespace kovra {
 
-// The bare widget that the elements of a window, or of a scrolled list, stand on. It paints those that have no widget.
+// The widget that contains the elements of a window or of a scroll area. It paints those without a widget of their own.
 class Surface : public QWidget {
   public:
     using QWidget::QWidget;
 
-    // Outlives neither. None: nothing to paint.
+    // The element must exist as long as the surface is painted. With null it paints nothing.
     void setElement(Element* element) { element_ = element; }
 
   private:

@@ -20,17 +20,19 @@ void TextLabel::paintEvent(QPaintEvent*) {
 
 TextElement::TextElement(const Site& site) : Element(site), label_(std::make_unique<TextLabel>(site.host)) {}
 
-void TextElement::showKind(const View& view, const TextStyle& style, std::uint64_t) {
+void TextElement::showContentOf(const View& view, const TextStyle& style, std::uint64_t) {
     label_->show(plainText(std::get<Text>(view.kind).content), style.qtFont(), style.color);
 }
 
-Wish TextElement::kindWidth() { return {label_->paragraph().leastWidth(), label_->paragraph().idealWidth(), false}; }
+SizeHint TextElement::contentWidth() {
+    return {label_->paragraph().minimumWidth(), label_->paragraph().preferredWidth(), false};
+}
 
-Wish TextElement::kindHeight(int width) {
-    const int height = label_->paragraph().heightFor(width);
+SizeHint TextElement::contentHeight(int width) {
+    const int height = label_->paragraph().heightForWidth(width);
     return {height, height, false};
 }
 
-void TextElement::placeKind(const QRect& place) { label_->setGeometry(place); }
+void TextElement::placeContent(const QRect& rect) { label_->setGeometry(rect); }
 
 }  // namespace kovra

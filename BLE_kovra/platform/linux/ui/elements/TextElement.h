@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// A text that wraps anywhere; to screen readers a label like any other.
+// A label that also wraps within words.
 class TextLabel : public QLabel {
   public:
     explicit TextLabel(QWidget& parent);
@@ -23,7 +23,7 @@ class TextLabel : public QLabel {
     Color color_ = Color::primary;
 };
 
-// A text that stands by itself.
+// A text outside of any control.
 class TextElement : public Element {
   public:
     explicit TextElement(const Site& site);
@@ -32,10 +32,10 @@ class TextElement : public Element {
     void addWidgets(std::vector<QWidget*>& widgets) const override { widgets.push_back(label_.get()); }
 
   private:
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override;
-    Wish kindHeight(int width) override;
-    void placeKind(const QRect& place) override;
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override;
+    SizeHint contentHeight(int width) override;
+    void placeContent(const QRect& rect) override;
 
     std::unique_ptr<TextLabel> label_;
 };

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// A check box. What the user made of it stands until a view comes that knows of that change.
+// A check box. The user's change stays until a view acknowledges it.
 class ToggleElement : public Element {
   public:
     explicit ToggleElement(const Site& site);
@@ -17,13 +17,13 @@ class ToggleElement : public Element {
     void addWidgets(std::vector<QWidget*>& widgets) const override { widgets.push_back(button_.get()); }
 
   private:
-    void showKind(const View& view, const TextStyle& style, std::uint64_t heard) override;
-    Wish kindWidth() override { return button_->wishedWidth(); }
-    Wish kindHeight(int width) override { return button_->wishedHeight(width); }
-    void placeKind(const QRect& place) override { button_->place(place); }
+    void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) override;
+    SizeHint contentWidth() override { return button_->widthHint(); }
+    SizeHint contentHeight(int width) override { return button_->heightHint(width); }
+    void placeContent(const QRect& rect) override { button_->place(rect); }
 
     std::unique_ptr<LabelledButton<QCheckBox>> button_;
-    std::uint64_t changed_ = 0;  // the number of the user's last change of it
+    std::uint64_t lastChange_ = 0;  // number of the user's last change
 };
 
 }  // namespace kovra

@@ -30,12 +30,12 @@ struct Paint {
 
 }  // namespace
 
-void paintPicture(QPainter& painter, const QRectF& place, const ColoredPicture& picture) {
-    const qreal scale = std::min(place.width() / picture.size.width, place.height() / picture.size.height);
+void paintPicture(QPainter& painter, const QRectF& rect, const ColoredPicture& picture) {
+    const qreal scale = std::min(rect.width() / picture.size.width, rect.height() / picture.size.height);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(place.center());
-    painter.scale(scale, -scale);  // a picture's y grows upwards
+    painter.translate(rect.center());
+    painter.scale(scale, -scale);  // a picture's y axis points up
     painter.translate(-picture.size.width / 2, -picture.size.height / 2);
     for (const auto& layer : picture.layers) {
         std::visit(Paint{painter, QColor::fromRgb(layer.color), layer.lineWidth}, layer.shape);
@@ -44,9 +44,8 @@ void paintPicture(QPainter& painter, const QRectF& place, const ColoredPicture& 
 }
 
 QIcon windowIcon() {
-    return paintedIcon([picture = applicationIcon()](QPainter& painter, const QRectF& place) {
-        paintPicture(painter, place, picture);
-    });
+    return paintedIcon(
+        [picture = applicationIcon()](QPainter& painter, const QRectF& rect) { paintPicture(painter, rect, picture); });
 }
 
 }  // namespace kovra

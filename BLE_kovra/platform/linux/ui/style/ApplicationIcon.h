@@ -9,10 +9,10 @@ class QRectF;
 
 namespace kovra {
 
-// Paints the picture as large as fits into the place, in its middle.
-void paintPicture(QPainter& painter, const QRectF& place, const ColoredPicture& picture);
+// Paints the picture centered, as large as fits into the rectangle.
+void paintPicture(QPainter& painter, const QRectF& rect, const ColoredPicture& picture);
 
-// The application's icon for its windows, painted anew for each size and scale.
+// The application's icon for its windows, repainted for each size and scale.
 QIcon windowIcon();
 
 }  // namespace kovra

@@ -12,7 +12,7 @@ class Engine : public QIconEngine {
   public:
     explicit Engine(std::function<void(QPainter&, const QRectF&)> paint) : paint_(std::move(paint)) {}
 
-    void paint(QPainter* painter, const QRect& place, QIcon::Mode, QIcon::State) override { paint_(*painter, place); }
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override { paint_(*painter, rect); }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
         QPixmap pixmap(size);
         pixmap.fill(Qt::transparent);
@@ -28,7 +28,7 @@ class Engine : public QIconEngine {
 
 }  // namespace
 
-QIcon paintedIcon(std::function<void(QPainter& painter, const QRectF& place)> paint) {
+QIcon paintedIcon(std::function<void(QPainter& painter, const QRectF& rect)> paint) {
     return QIcon(new Engine(std::move(paint)));
 }
 

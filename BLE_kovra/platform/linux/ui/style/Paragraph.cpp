@@ -39,29 +39,25 @@ bool Paragraph::set(const QString& text, const QFont& font) {
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout_.setTextOption(option);
     width_ = -1;
-    layOut(farthest);
-    idealWidth_ = static_cast<int>(std::ceil(layout_.maximumWidth()));
-    leastWidth_ = std::min(idealWidth_, fewLetters * QFontMetrics(font_).averageCharWidth());
+    layOut(unboundedLength);
+    preferredWidth_ = static_cast<int>(std::ceil(layout_.maximumWidth()));
+    minimumWidth_ = std::min(preferredWidth_, fewLetters * QFontMetrics(font_).averageCharWidth());
     return true;
 }
 
-int Paragraph::idealWidth() const { return idealWidth_; }
-
-int Paragraph::leastWidth() const { return leastWidth_; }
-
-int Paragraph::heightFor(int width) {
+int Paragraph::heightForWidth(int width) {
     layOut(width);
     return height_;
 }
 
-void Paragraph::paint(QPainter& painter, const QRect& place, const QColor& color) {
-    layOut(place.width());
+void Paragraph::paint(QPainter& painter, const QRect& rect, const QColor& color) {
+    layOut(rect.width());
     painter.setPen(color);
-    layout_.draw(&painter, place.topLeft());
+    layout_.draw(&painter, rect.topLeft());
 }
 
 void Paragraph::layOut(int width) {
-    const bool isOneLineAgain = std::min(width, width_) >= idealWidth_;
+    const bool isOneLineAgain = std::min(width, width_) >= preferredWidth_;
     if (width_ >= 0 && (width == width_ || isOneLineAgain)) return;
     width_ = width;
     qreal bottom = 0;

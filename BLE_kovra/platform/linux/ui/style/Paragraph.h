@@ -11,23 +11,22 @@ class QRect;
 
 namespace kovra {
 
-// A view's text as a string of the toolkit: plain, and one paragraph. Line feeds and other control characters, which a
-// device's name may have, become blanks.
+// Returns the text of a view as one paragraph. Line feeds and other control characters, which the name of a device may
+// contain, become spaces.
 QString plainText(const std::string& text);
 
-// A plain text that wraps, between words where it can, anywhere where a word is too long. It is never cut.
+// A plain text that wraps between words, or within a word that is too long. It is never cut.
 class Paragraph {
   public:
-    // True when it differs from what was set before.
+    // Returns whether the text or the font changed.
     bool set(const QString& text, const QFont& font);
     const QString& text() const { return text_; }
 
-    // With all in one line, in pixels.
-    int idealWidth() const;
-    // A few letters.
-    int leastWidth() const;
-    int heightFor(int width);
-    void paint(QPainter& painter, const QRect& place, const QColor& color);
+    // In pixels: the width of the whole text in one line, and of a few letters.
+    int preferredWidth() const { return preferredWidth_; }
+    int minimumWidth() const { return minimumWidth_; }
+    int heightForWidth(int width);
+    void paint(QPainter& painter, const QRect& rect, const QColor& color);
 
   private:
     void layOut(int width);
@@ -35,9 +34,9 @@ class Paragraph {
     QString text_;
     QFont font_;
     QTextLayout layout_;
-    int idealWidth_ = 0;
-    int leastWidth_ = 0;
-    int width_ = -1;  // that it is laid out for
+    int preferredWidth_ = 0;
+    int minimumWidth_ = 0;
+    int width_ = -1;  // of the current layout
     int height_ = 0;
 };
 

@@ -12,10 +12,10 @@ namespace kovra {
 
 namespace {
 
-constexpr double usualResolution = 96;   // dots an inch
-constexpr double largestUsualFont = 11;  // points of type
-constexpr double typePointsAnInch = 72;
-constexpr double leastUsualGap = 6;  // points, where the style knows none or does not grow with the fonts
+constexpr double usualResolution = 96;   // dots per inch
+constexpr double largestUsualFont = 11;  // typographic points
+constexpr double pointsPerInch = 72;
+constexpr double minimumSpacing = 6;  // points; some styles have none or do not scale it with the font
 
 double resolution() {
     const QScreen* screen = QGuiApplication::primaryScreen();
@@ -24,7 +24,7 @@ double resolution() {
 
 double fontSize() {
     const QFont font = QApplication::font();
-    return font.pointSizeF() > 0 ? font.pointSizeF() : font.pixelSize() * typePointsAnInch / resolution();
+    return font.pointSizeF() > 0 ? font.pointSizeF() : font.pixelSize() * pointsPerInch / resolution();
 }
 
 }  // namespace
@@ -33,12 +33,12 @@ double fontScale() { return resolution() / usualResolution * std::max(1.0, fontS
 
 int pixels(double points) {
     const double length = points * fontScale();
-    return length < farthest ? static_cast<int>(std::lround(std::max(0.0, length))) : farthest;
+    return length < unboundedLength ? static_cast<int>(std::lround(std::max(0.0, length))) : unboundedLength;
 }
 
-int usualGap(const QWidget& around) {
-    const int ofStyle = around.style()->pixelMetric(QStyle::PM_LayoutHorizontalSpacing, nullptr, &around);
-    return std::max(ofStyle, pixels(leastUsualGap));
+int defaultSpacing(const QWidget& widget) {
+    const int styleSpacing = widget.style()->pixelMetric(QStyle::PM_LayoutHorizontalSpacing, nullptr, &widget);
+    return std::max(styleSpacing, pixels(minimumSpacing));
 }
 
 double points(int pixels) { return pixels / fontScale(); }

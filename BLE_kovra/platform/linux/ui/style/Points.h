@@ -4,18 +4,18 @@ class QWidget;
 
 namespace kovra {
 
-// How much larger than usual the desktop has its fonts. It is 1 at the sizes that desktops come with, which lie between
-// 9 and 11 points of type at 96 dots an inch; larger fonts, and a finer resolution for fonts, make it more.
+// The size of the desktop's font relative to common defaults. It is 1 for fonts of up to 11 points at 96 dots per inch,
+// and grows with larger fonts and a higher font resolution.
 double fontScale();
 
-// A view's lengths grow with the fonts: a point is one of the toolkit's pixels at font scale 1. To whole pixels; what
-// is unbounded, or more than any screen has, gives `farthest`.
+// Convert between the points of a view and pixels of the toolkit. A point is one pixel at font scale 1. Results are at
+// most `unboundedLength`.
 int pixels(double points);
 double points(int pixels);
 
-// What the desktop leaves between things that belong together, in pixels.
-int usualGap(const QWidget& around);
+// The desktop's spacing between related controls, in pixels.
+int defaultSpacing(const QWidget& widget);
 
-constexpr int farthest = 1'000'000;
+constexpr int unboundedLength = 1'000'000;
 
 }  // namespace kovra

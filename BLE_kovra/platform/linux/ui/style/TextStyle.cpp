@@ -9,10 +9,10 @@ namespace kovra {
 
 namespace {
 
-constexpr double legible = 4.5;
-constexpr double discernible = 3.6;  // of lines, which are smoothed where they are round
+constexpr double textContrast = 4.5;
+constexpr double lineContrast = 3.6;  // antialiasing takes some of it away from round lines
 
-// Of the desktop's size.
+// Relative to the size of the desktop's font.
 double size(Font font) {
     switch (font) {
         case Font::subheadline:
@@ -36,21 +36,21 @@ double luminance(const QColor& color) {
     return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }
 
-QColor mixed(const QColor& ink, const QColor& paper, double share) {
-    const auto part = [share](double one, double other) {
-        return static_cast<float>(one * share + other * (1 - share));
+QColor blend(const QColor& text, const QColor& background, double ratio) {
+    const auto part = [ratio](double one, double other) {
+        return static_cast<float>(one * ratio + other * (1 - ratio));
     };
-    return QColor::fromRgbF(part(ink.redF(), paper.redF()), part(ink.greenF(), paper.greenF()),
-                            part(ink.blueF(), paper.blueF()));
+    return QColor::fromRgbF(part(text.redF(), background.redF()), part(text.greenF(), background.greenF()),
+                            part(text.blueF(), background.blueF()));
 }
 
-// As pale as it may be.
+// The palest legible blend of text and background.
 QColor secondary(const QPalette& palette) {
-    const QColor ink = palette.color(QPalette::WindowText);
-    const QColor paper = palette.color(QPalette::Window);
-    double share = 0.65;
-    while (share < 1 && contrast(mixed(ink, paper, share), paper) < legible) share += 0.05;
-    return mixed(ink, paper, std::min(share, 1.0));
+    const QColor text = palette.color(QPalette::WindowText);
+    const QColor background = palette.color(QPalette::Window);
+    double ratio = 0.65;
+    while (ratio < 1 && contrast(blend(text, background, ratio), background) < textContrast) ratio += 0.05;
+    return blend(text, background, std::min(ratio, 1.0));
 }
 
 bool isDark(const QPalette& palette) {
@@ -69,16 +69,16 @@ QFont TextStyle::qtFont() const {
     return made;
 }
 
-QColor outlineSource(const QPalette& palette) {
-    const QColor ink = palette.color(QPalette::WindowText);
-    const QColor paper = palette.color(QPalette::Window);
+QColor outlineBaseColor(const QPalette& palette) {
+    const QColor text = palette.color(QPalette::WindowText);
+    const QColor background = palette.color(QPalette::Window);
     const auto standsOut = [&](const QColor& source) {
         const QColor ofBox = source.darker(140).lighter(110), ofRing = source.darker(150);
-        return contrast(ofBox, paper) >= discernible && contrast(ofRing, paper) >= discernible;
+        return contrast(ofBox, background) >= lineContrast && contrast(ofRing, background) >= lineContrast;
     };
-    double share = 0;
-    while (share < 1 && !standsOut(mixed(ink, paper, share))) share += 0.05;
-    return mixed(ink, paper, std::min(share, 1.0));
+    double ratio = 0;
+    while (ratio < 1 && !standsOut(blend(text, background, ratio))) ratio += 0.05;
+    return blend(text, background, std::min(ratio, 1.0));
 }
 
 QColor roleColor(Color color, const QPalette& palette) {

@@ -10,23 +10,23 @@ class QPalette;
 
 namespace kovra {
 
-// A text's role as the toolkit draws it.
+// The role of a text, in terms of the toolkit.
 struct TextStyle : TextRole {
     TextStyle inside(const std::vector<Modifier>& modifiers) const { return {TextRole::inside(modifiers)}; }
-    // The desktop's own font in the size of the role.
+    // The desktop's font in the size and weight of the role.
     QFont qtFont() const;
     bool operator==(const TextStyle&) const = default;
 };
 
-// A colour by its role, legible on the palette's window in a dark theme and in a light one: secondary text has a
-// contrast of at least 4.5 to 1, where the theme's own text has.
+// Returns the color of a role, legible on the window color in dark and light themes. The contrast of secondary text is
+// at least 4.5 to 1 if the theme's own text reaches that.
 QColor roleColor(Color color, const QPalette& palette);
 
-// What Fusion, the toolkit's own style, has to take for the window's colour so that the outlines of its boxes have a
-// contrast of at least 3 to 1. It draws them a little darker than the window, which in a dark window nobody sees.
-QColor outlineSource(const QPalette& palette);
+// The style Fusion draws outlines of boxes slightly darker than the window, which is invisible in dark themes. Given
+// this color instead of the window's, it draws them with a contrast of at least 3 to 1.
+QColor outlineBaseColor(const QPalette& palette);
 
-// As WCAG 2 defines it: from 1, none, to 21.
+// The contrast ratio as WCAG 2 defines it, from 1 to 21.
 double contrast(const QColor& one, const QColor& other);
 
 }  // namespace kovra

@@ -29,8 +29,8 @@ struct PathOf {
     }
 };
 
-// What the strokes cover.
-QPainterPath inked(const Drawing& drawing) {
+// The area that the strokes cover.
+QPainterPath inkOf(const Drawing& drawing) {
     QPainterPath ink;
     for (const Stroke& stroke : drawing.strokes) {
         QPainterPathStroker stroker;
@@ -43,14 +43,14 @@ QPainterPath inked(const Drawing& drawing) {
 
 }  // namespace
 
-void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing, bool isTemplate) {
+void paintDrawing(QPainter& painter, const QRectF& rect, const Drawing& drawing, bool isTemplate) {
     if (!(drawing.size.width > 0 && drawing.size.height > 0)) return;
-    const qreal scale = std::min(place.width() / drawing.size.width, place.height() / drawing.size.height);
-    const QPainterPath ink = inked(drawing);
+    const qreal scale = std::min(rect.width() / drawing.size.width, rect.height() / drawing.size.height);
+    const QPainterPath ink = inkOf(drawing);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(place.center());
-    painter.scale(scale, -scale);  // a drawing's y grows upwards
+    painter.translate(rect.center());
+    painter.scale(scale, -scale);  // a drawing's y axis points up
     painter.translate(-drawing.size.width / 2, -drawing.size.height / 2);
     if (isTemplate) painter.strokePath(ink, QPen(dark, 2 * outline, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
     painter.fillPath(ink, isTemplate ? light : QColor(Qt::black));
@@ -58,8 +58,8 @@ void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing
 }
 
 QIcon drawingIcon(const Drawing& drawing, bool isTemplate) {
-    return paintedIcon([drawing, isTemplate](QPainter& painter, const QRectF& place) {
-        paintDrawing(painter, place, drawing, isTemplate);
+    return paintedIcon([drawing, isTemplate](QPainter& painter, const QRectF& rect) {
+        paintDrawing(painter, rect, drawing, isTemplate);
     });
 }
 

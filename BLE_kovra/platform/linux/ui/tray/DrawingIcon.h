@@ -9,13 +9,13 @@ class QRectF;
 
 namespace kovra {
 
-// Paints the drawing as large as fits into the place, in its middle.
+// Paints the drawing centered, as large as fits into the rectangle.
 //
-// What is behind it cannot be known. A template is therefore painted in white with a thin dark outline, which stands
-// out from a light panel and from a dark one; any other drawing in black.
-void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing, bool isTemplate);
+// The background is unknown. Therefore a template is white with a thin dark outline, which stands out from light and
+// dark panels. Any other drawing is black.
+void paintDrawing(QPainter& painter, const QRectF& rect, const Drawing& drawing, bool isTemplate);
 
-// The drawing as an icon, which is painted anew for each size and scale.
+// The drawing as an icon, repainted for each size and scale.
 QIcon drawingIcon(const Drawing& drawing, bool isTemplate);
 
 }  // namespace kovra

@@ -9,12 +9,12 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::chrono::seconds patience{2};
+constexpr std::chrono::seconds timeout{2};
 
-// The menu leaves the clicked place free, so that the next click there is no choice.
+// The menu does not cover the clicked position, so that a second click there chooses nothing.
 constexpr int halfIcon = 12;
 
-constexpr int farthest = 32'767;  // on any screen of X
+constexpr int largestCoordinate = 32'767;  // of a position on an X screen
 
 milliseconds now() {
     return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
@@ -23,30 +23,30 @@ milliseconds now() {
 }  // namespace
 
 RequestedMenu::RequestedMenu(SendToResident send) : send_(std::move(send)) {
-    // Queued, since what was chosen is told after it hides.
+    // Queued, because the toolkit reports the choice after it hides the menu.
     QObject::connect(
-        &widget(), &QMenu::aboutToHide, &widget(), [this] { tellClosed(); }, Qt::QueuedConnection);
+        &widget(), &QMenu::aboutToHide, &widget(), [this] { sendClosed(); }, Qt::QueuedConnection);
 }
 
 void RequestedMenu::show(const PopUpMenu& request) {
     newest_ = request.asked;
     if (widget().isVisible()) {
-        // Whoever asked before the menu was to be seen did not ask it to close.
+        // A request from before the menu opened does not close it.
         if (request.asked > opened_) widget().close();
         return;
     }
-    if (now() - request.asked <= patience) open(request);
-    if (!widget().isVisible()) tellClosed();
+    if (now() - request.asked <= timeout) open(request);
+    if (!widget().isVisible()) sendClosed();
 }
 
 void RequestedMenu::open(const PopUpMenu& request) {
     menu_.show(request.menu);
-    const int x = std::clamp(request.x, -farthest, farthest);
-    const int y = std::clamp(request.y, -farthest, farthest);
+    const int x = std::clamp(request.x, -largestCoordinate, largestCoordinate);
+    const int y = std::clamp(request.y, -largestCoordinate, largestCoordinate);
     menu_.popUp(QRect(x, y - halfIcon, 1, 2 * halfIcon));
     opened_ = now();
 }
 
-void RequestedMenu::tellClosed() { send_(MenuClosed{newest_, std::exchange(chosen_, std::nullopt)}); }
+void RequestedMenu::sendClosed() { send_(MenuClosed{newest_, std::exchange(chosen_, std::nullopt)}); }
 
 }  // namespace kovra

@@ -9,11 +9,11 @@
 
 namespace kovra {
 
-// The status item's menu where a desktop asks for it, which it does at each click of the icon: one click opens the
-// menu, the next closes it. A request that is late opens nothing, since by then the user is about something else.
+// The status item's menu for desktops that request it, which they do at each click of the icon. One click opens the
+// menu, the next closes it. A late request opens nothing, because by then the user may be doing something else.
 class RequestedMenu {
   public:
-    // Sends MenuClosed once for each request, or for several that came while the menu was open.
+    // Sends MenuClosed when the menu closes, and for a request that opens nothing.
     explicit RequestedMenu(SendToResident send);
 
     void show(const PopUpMenu& request);
@@ -21,12 +21,12 @@ class RequestedMenu {
   private:
     QMenu& widget() { return menu_.widget(); }
     void open(const PopUpMenu& request);
-    void tellClosed();
+    void sendClosed();
 
     SendToResident send_;
     TrayMenu menu_{[this](std::size_t position) { chosen_ = position; }};
-    std::chrono::milliseconds newest_{};  // when the newest request was asked
-    std::chrono::milliseconds opened_{};  // when the menu was
+    std::chrono::milliseconds newest_{};  // time of the newest request
+    std::chrono::milliseconds opened_{};  // time when the menu opened
     std::optional<std::size_t> chosen_;
 };
 

@@ -12,7 +12,7 @@ namespace kovra {
 
 namespace {
 
-// Tool tips that look like HTML are taken for it.
+// The toolkit interprets a tool tip that looks like HTML.
 QString plain(const QString& text) { return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text; }
 
 }  // namespace
@@ -32,11 +32,11 @@ void TrayIcon::show(const ShowTray& tray) {
 
 void TrayIcon::activated(QSystemTrayIcon::ActivationReason reason) {
     if (reason == QSystemTrayIcon::MiddleClick) return;
-    const QRect place = icon_.geometry();
-    menu_.popUp(place.isValid() ? place : QRect(QCursor::pos(), QSize(1, 1)));
+    const QRect geometry = icon_.geometry();
+    menu_.popUp(geometry.isValid() ? geometry : QRect(QCursor::pos(), QSize(1, 1)));
 }
 
-// The window in the tray is the toolkit's own, made anew for each tray. A screen reader names it by its title.
+// The toolkit creates a new window for each tray. Screen readers announce its title.
 bool TrayIcon::eventFilter(QObject* object, QEvent* event) {
     const bool mayChangeName = event->type() == QEvent::Show || event->type() == QEvent::ToolTipChange;
     if (mayChangeName && object->objectName() == QLatin1String("QSystemTrayIconSys")) {

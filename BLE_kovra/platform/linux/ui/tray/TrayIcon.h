@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// The icon in a tray that embeds windows (XEmbed). A click of the left or the right button opens the menu. The toolkit
-// docks the icon again when the tray was restarted.
+// The icon in a tray that embeds windows (XEmbed). A click with the left or the right button opens the menu. The
+// toolkit docks the icon again after the tray restarts.
 class TrayIcon : public QObject {
   public:
     explicit TrayIcon(const SendToResident& send);
@@ -21,7 +21,7 @@ class TrayIcon : public QObject {
     void activated(QSystemTrayIcon::ActivationReason reason);
     bool eventFilter(QObject* object, QEvent* event) override;
 
-    QString name_;  // of the icon, for screen readers
+    QString name_;  // for screen readers
     QSystemTrayIcon icon_;
     TrayMenu menu_;
 };

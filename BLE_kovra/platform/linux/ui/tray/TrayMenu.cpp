@@ -10,7 +10,7 @@ namespace kovra {
 
 namespace {
 
-// Neither a mnemonic nor a column of its own.
+// Escapes what the toolkit takes for a mnemonic or a column separator.
 QString literal(const std::string& title) {
     return QString::fromStdString(title).replace('&', QLatin1String("&&")).replace('\t', ' ');
 }
@@ -24,7 +24,7 @@ QKeySequence shortcut(const std::string& keyEquivalent) {
 }  // namespace
 
 void TrayMenu::show(const Menu& menu) {
-    if (!hasShapeOf(menu)) rebuild(menu);
+    if (!hasLayoutOf(menu)) rebuild(menu);
     menu_ = menu;
     for (std::size_t position = 0; position < menu_.items.size(); ++position) refresh(position);
 }
@@ -33,12 +33,12 @@ void TrayMenu::popUp(const QRect& icon) {
     if (widget_.isVisible()) return;
     const QScreen* screen = QGuiApplication::screenAt(icon.center());
     const int height = widget_.sizeHint().height();
-    QPoint place(icon.left(), icon.bottom() + 1);
-    if (screen != nullptr && place.y() + height > screen->geometry().bottom()) place.setY(icon.top() - height);
-    widget_.popup(place);
+    QPoint corner(icon.left(), icon.bottom() + 1);
+    if (screen != nullptr && corner.y() + height > screen->geometry().bottom()) corner.setY(icon.top() - height);
+    widget_.popup(corner);
 }
 
-bool TrayMenu::hasShapeOf(const Menu& menu) const {
+bool TrayMenu::hasLayoutOf(const Menu& menu) const {
     const auto actions = widget_.actions();
     return std::equal(
         actions.begin(), actions.end(), menu.items.begin(), menu.items.end(),
@@ -53,7 +53,7 @@ void TrayMenu::rebuild(const Menu& menu) {
             continue;
         }
         QObject::connect(widget_.addAction(QString()), &QAction::triggered, [this, position] {
-            refresh(position);  // which has flipped its mark by itself
+            refresh(position);  // the toolkit has flipped the check mark
             onChosen_(position);
         });
     }

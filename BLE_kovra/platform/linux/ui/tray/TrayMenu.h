@@ -9,21 +9,20 @@
 
 namespace kovra {
 
-// The status item's menu. Its texts are shown as they are. It shows no check mark but what it was told: after a choice
-// it waits to be told what came of it.
+// The status item's menu. It shows texts literally. A choice does not change a check mark; only show() does.
 class TrayMenu {
   public:
-    // `onChosen` is given the item's position, counted from 0 with the separator.
+    // `onChosen` receives the position of the chosen item, counted from 0 including separators.
     explicit TrayMenu(std::function<void(std::size_t position)> onChosen) : onChosen_(std::move(onChosen)) {}
 
     void show(const Menu& menu);
-    // Opens at the icon, without covering it where there is room.
+    // Opens next to the icon, above it if there is no space below.
     void popUp(const QRect& icon);
 
     QMenu& widget() { return widget_; }
 
   private:
-    bool hasShapeOf(const Menu& menu) const;
+    bool hasLayoutOf(const Menu& menu) const;
     void rebuild(const Menu& menu);
     void refresh(std::size_t position);
 

@@ -9,14 +9,14 @@
 #include <string>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/ui/windows/Front.h"
+#include "BLE_kovra/platform/linux/ui/windows/BringToFront.h"
 
 namespace kovra {
 
 namespace {
 
-// With which input begins. What has begun before may end.
-bool isInput(QEvent::Type type) {
+// Only events that begin an input: what began before the alert may finish.
+bool startsInput(QEvent::Type type) {
     switch (type) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
@@ -46,23 +46,23 @@ void AlertStack::show(const ShowAlerts& shown) {
     const AlertWindow* before = topmost();
     std::string token;
     std::vector<Open> open;
-    for (const ShowAlerts::Open& named : shown.alerts) {
+    for (const ShowAlerts::Open& listed : shown.alerts) {
         const auto known = std::find_if(open_.begin(), open_.end(),
-                                        [&](const Open& each) { return each.window && each.number == named.number; });
+                                        [&](const Open& each) { return each.window && each.number == listed.number; });
         if (known != open_.end()) {
             open.push_back(std::move(*known));
             continue;
         }
-        const auto onAnswered = [this, number = named.number](std::optional<std::size_t> button) {
+        const auto onAnswered = [this, number = listed.number](std::optional<std::size_t> button) {
             bringTopmostToFront();
             send_(AlertAnswered{number, button});
         };
-        open.push_back({named.number, std::make_unique<AlertWindow>(named.alert, onAnswered)});
+        open.push_back({listed.number, std::make_unique<AlertWindow>(listed.alert, onAnswered)});
         open.back().window->show();
-        token = named.activationToken;
+        token = listed.activationToken;
     }
     open_.swap(open);
-    open.clear();  // those that are not named any more
+    open.clear();  // destroys those that are no longer listed
     if (topmost() != before) bringTopmostToFront(token);
 }
 
@@ -85,13 +85,13 @@ bool AlertStack::blocks(const QWindow& window) const {
 
 bool AlertStack::eventFilter(QObject* object, QEvent* event) {
     const bool isActivation = event->type() == QEvent::FocusIn;
-    if (!isActivation && !isInput(event->type())) return false;
+    if (!isActivation && !startsInput(event->type())) return false;
     const auto* window = qobject_cast<QWindow*>(object);
     if (window == nullptr || !blocks(*window)) return false;
-    // Later, since the toolkit is in the middle of what it does for the event.
+    // Deferred, because the toolkit is still processing the event.
     QTimer::singleShot(0, this, [this] { bringTopmostToFront(); });
     if (isActivation) return false;
-    // So that a key press is no shortcut and a close closes nothing.
+    // Accepted, the key triggers no shortcut. Ignored, the close event closes nothing.
     event->setAccepted(event->type() == QEvent::ShortcutOverride);
     return true;
 }

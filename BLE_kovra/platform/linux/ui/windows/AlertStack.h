@@ -12,9 +12,8 @@ class QWindow;
 
 namespace kovra {
 
-// The alerts that are open, one above the other. The topmost comes to the front, and while there is one it alone of the
-// program's windows takes input; menus and the icon in the tray go on. One that was answered is gone at once, and the
-// one below takes input again.
+// The stack of open alerts. The topmost comes to the front and blocks input to all other windows of the program, except
+// menus and the tray icon. An answered alert is hidden at once, and the one below takes input again.
 class AlertStack : public QObject {
   public:
     explicit AlertStack(SendToResident send);
@@ -25,7 +24,7 @@ class AlertStack : public QObject {
   private:
     struct Open {
         std::uint64_t number;
-        std::unique_ptr<AlertWindow> window;  // hidden once it was answered
+        std::unique_ptr<AlertWindow> window;  // hidden once it is answered
     };
 
     AlertWindow* topmost() const;

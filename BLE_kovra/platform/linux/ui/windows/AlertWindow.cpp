@@ -16,17 +16,17 @@
 
 namespace kovra {
 
-// One of its texts.
+// One of the alert's texts.
 class TextView : public QLabel {
   public:
     explicit TextView(const std::string& text) : QLabel(QString::fromStdString(text)) {
         setTextFormat(Qt::PlainText);
         setTextInteractionFlags(Qt::TextSelectableByMouse);
-        setContextMenuPolicy(Qt::NoContextMenu);  // its words would be the toolkit's
+        setContextMenuPolicy(Qt::NoContextMenu);  // the toolkit's menu is not translated
         setAlignment(Qt::AlignLeading | Qt::AlignTop);
     }
 
-    // As wide as its longest line, up to this many pixels; what is longer is wrapped.
+    // Makes it as wide as its longest line, but wraps lines longer than `width` pixels.
     void wrapAt(int width) {
         setMinimumWidth(0);
         setWordWrap(false);
@@ -38,9 +38,9 @@ class TextView : public QLabel {
 
 namespace {
 
-constexpr int charactersALine = 60;  // of average width: longer lines are hard to read
-constexpr int iconLines = 4;         // lines of text that the icon is high
-constexpr int frameLines = 2;        // and the window's frame, above and below
+constexpr int charactersPerLine = 60;  // characters of average width; longer lines are hard to read
+constexpr int iconLines = 4;           // height of the icon, in lines of text
+constexpr int frameLines = 2;          // height of the window's frame, in lines of text
 constexpr double shareOfScreen = 0.9;
 
 class IconView : public QWidget {
@@ -50,7 +50,7 @@ class IconView : public QWidget {
     }
 };
 
-// Some desktops have Return press the button that has the focus; here it is for the dialog alone.
+// Leaves Return to the dialog. On some desktops it would press the focused button.
 class Button : public QPushButton {
     using QPushButton::QPushButton;
     void keyPressEvent(QKeyEvent* event) override {
@@ -61,7 +61,7 @@ class Button : public QPushButton {
     }
 };
 
-// To a screen reader it is an alert.
+// Screen readers announce it as an alert.
 QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
     auto* alert = dynamic_cast<AlertWindow*>(object);
     return alert == nullptr ? nullptr : new QAccessibleWidget(alert, QAccessible::AlertMessage);
@@ -77,9 +77,9 @@ AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
       message_(new TextView(alert.messageText)),
       information_(new TextView(alert.informativeText)) {
     QAccessible::removeFactory(makeAccessible);
-    QAccessible::installFactory(makeAccessible);  // the newest is asked first
+    QAccessible::installFactory(makeAccessible);  // the newest factory is queried first
     setWindowTitle("BLE-kovra");
-    setWindowModality(Qt::WindowModal);  // for the window manager; there is no window that it would belong to
+    setWindowModality(Qt::WindowModal);  // tells the window manager; there is no parent window
     setAccessibleName(message_->text());
     setAccessibleDescription(information_->text());
     QFont bold;
@@ -90,20 +90,20 @@ AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
     texts->addWidget(message_);
     texts->addWidget(information_);
     texts->addStretch();
-    auto* beside = new QHBoxLayout;
-    beside->addWidget(icon_, 0, Qt::AlignTop);
-    beside->addLayout(texts);
-    auto* whole = new QVBoxLayout(this);
-    whole->addLayout(beside);
-    whole->addWidget(addButtons(alert.buttons));
-    whole->setSizeConstraint(QLayout::SetFixedSize);
-    measure();
+    auto* row = new QHBoxLayout;
+    row->addWidget(icon_, 0, Qt::AlignTop);
+    row->addLayout(texts);
+    auto* column = new QVBoxLayout(this);
+    column->addLayout(row);
+    column->addWidget(addButtons(alert.buttons));
+    column->setSizeConstraint(QLayout::SetFixedSize);
+    updateSizes();
 }
 
 QWidget* AlertWindow::addButtons(const std::vector<std::string>& titles) {
     auto* box = new QDialogButtonBox;
     for (std::size_t position = 0; position < titles.size(); ++position) {
-        // No character marks a mnemonic.
+        // No character marks a mnemonic key.
         auto* button = new Button(QString::fromStdString(titles[position]).replace('&', QLatin1String("&&")));
         connect(button, &QPushButton::clicked, this, [this, position] { answer(position); });
         box->addButton(button, position == 0 ? QDialogButtonBox::AcceptRole : QDialogButtonBox::RejectRole);
@@ -115,20 +115,20 @@ QWidget* AlertWindow::addButtons(const std::vector<std::string>& titles) {
     return box;
 }
 
-void AlertWindow::measure() {
+void AlertWindow::updateSizes() {
     const QFontMetrics metrics(font());
     const int gap = metrics.height() * 3 / 4;  // as desktops space their dialogs
     layout()->setContentsMargins(gap, gap, gap, gap);
     layout()->setSpacing(metrics.height());
     layout()->itemAt(0)->layout()->setSpacing(gap);
     icon_->setFixedSize(iconLines * metrics.height(), iconLines * metrics.height());
-    // Longer lines are better than buttons below the screen's edge.
-    const QSize room = screen()->availableSize();
-    const int highest = room.height() - frameLines * metrics.height();
-    int line = std::min(charactersALine * metrics.averageCharWidth(), room.width() / 2);
+    // Prefer longer lines to buttons below the edge of the screen.
+    const QSize available = screen()->availableSize();
+    const int tallest = available.height() - frameLines * metrics.height();
+    int line = std::min(charactersPerLine * metrics.averageCharWidth(), available.width() / 2);
     wrapAt(line);
-    const int widest = static_cast<int>(room.width() * shareOfScreen) - (layout()->totalSizeHint().width() - line);
-    while (layout()->totalSizeHint().height() > highest && line < widest) {
+    const int widest = static_cast<int>(available.width() * shareOfScreen) - (layout()->totalSizeHint().width() - line);
+    while (layout()->totalSizeHint().height() > tallest && line < widest) {
         line = std::min(line + metrics.averageCharWidth(), widest);
         wrapAt(line);
     }
@@ -146,11 +146,11 @@ void AlertWindow::answer(std::optional<std::size_t> button) {
 }
 
 void AlertWindow::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) measure();
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) updateSizes();
     QDialog::changeEvent(event);
 }
 
-// A key that is held, as from before the alert came up, answers nothing.
+// A held key answers nothing: the user may have pressed it before the alert appeared.
 void AlertWindow::keyPressEvent(QKeyEvent* event) {
     if (!event->isAutoRepeat()) QDialog::keyPressEvent(event);
 }

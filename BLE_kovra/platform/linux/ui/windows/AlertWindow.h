@@ -13,18 +13,18 @@ namespace kovra {
 
 class TextView;
 
-// One alert on the screen. Its texts are shown as they are and are never cut; they can be selected with the mouse and
-// copied. Return presses the first button, wherever the focus is, and Space the one that has it; Escape and the frame's
-// close answer without a button.
+// One alert on the screen. It shows its texts literally and in full; the user can select them with the mouse and copy
+// them. Return presses the first button, wherever the focus is. Space presses the focused button. Escape and the close
+// button of the frame answer without a button.
 class AlertWindow : public QDialog {
   public:
     using OnAnswered = std::function<void(std::optional<std::size_t> button)>;
-    // Calls `onAnswered` once it is hidden.
+    // Calls `onAnswered` after the window is hidden.
     AlertWindow(const Alert& alert, OnAnswered onAnswered);
 
   private:
     QWidget* addButtons(const std::vector<std::string>& titles);
-    void measure();
+    void updateSizes();
     void wrapAt(int width);
     void answer(std::optional<std::size_t> button);
 

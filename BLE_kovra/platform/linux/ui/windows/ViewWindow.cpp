@@ -15,30 +15,30 @@
 
 #include "BLE_kovra/platform/Window.h"
 #include "BLE_kovra/platform/linux/ui/style/Points.h"
-#include "BLE_kovra/platform/linux/ui/windows/Front.h"
+#include "BLE_kovra/platform/linux/ui/windows/BringToFront.h"
 
 namespace kovra {
 
 namespace {
 
-constexpr double titleBar = 40;  // points, about; to be left free of the screen's height
-constexpr int graspable = 40;    // pixels of a window that have to be on a screen, so that it can be moved
+constexpr double titleBar = 40;  // points: approximate height of the title bar
+constexpr int reachable = 40;    // pixels that have to be on a screen, so that the user can move the window
 
-// A place counts when it has stood for this long. While a window manager takes up a window it has several, none of
-// which it keeps; and while the user moves it nobody needs to know each.
-constexpr std::chrono::milliseconds whileItMoves{200};
+// A place is sent once it is unchanged for this time. A window manager moves a new window several times, and the
+// intermediate places of a drag do not matter.
+constexpr std::chrono::milliseconds settleTime{200};
 
-constexpr QKeyCombination closing(Qt::Key_Escape);
-constexpr QKeyCombination closingToo(Qt::ControlModifier, Qt::Key_W);
-constexpr QKeyCombination quitting(Qt::ControlModifier, Qt::Key_Q);
-constexpr quint32 placeOfQ = 24;  // as X and Wayland number the keys
-constexpr quint32 placeOfW = 25;
+constexpr QKeyCombination closeShortcut(Qt::Key_Escape);
+constexpr QKeyCombination otherCloseShortcut(Qt::ControlModifier, Qt::Key_W);
+constexpr QKeyCombination quitShortcut(Qt::ControlModifier, Qt::Key_Q);
+constexpr quint32 scanCodeOfQ = 24;  // on X and Wayland
+constexpr quint32 scanCodeOfW = 25;
 
-// Of a layout without Latin letters the keys count by their places.
+// In a layout without Latin letters, the position of a key counts.
 QKeyCombination latin(const QKeyEvent& event) {
-    const bool isLetterElsewhere = event.key() > Qt::Key_AsciiTilde && event.key() < Qt::Key_Escape;
-    if (isLetterElsewhere && event.nativeScanCode() == placeOfQ) return QKeyCombination(event.modifiers(), Qt::Key_Q);
-    if (isLetterElsewhere && event.nativeScanCode() == placeOfW) return QKeyCombination(event.modifiers(), Qt::Key_W);
+    const bool isNonLatinLetter = event.key() > Qt::Key_AsciiTilde && event.key() < Qt::Key_Escape;
+    if (isNonLatinLetter && event.nativeScanCode() == scanCodeOfQ) return QKeyCombination(event.modifiers(), Qt::Key_Q);
+    if (isNonLatinLetter && event.nativeScanCode() == scanCodeOfW) return QKeyCombination(event.modifiers(), Qt::Key_W);
     return event.keyCombination();
 }
 
@@ -50,19 +50,19 @@ Qt::WindowFlags flags(unsigned styleMask) {
     return flags;
 }
 
-// On Wayland a window neither knows nor chooses where it is.
+// On Wayland a window neither knows nor chooses its position.
 bool hasPosition() { return !QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
-bool isWithinReach(const QRect& window) {
-    const QRect top(window.left(), window.top(), window.width(), graspable);
+bool isReachable(const QRect& window) {
+    const QRect top(window.left(), window.top(), window.width(), reachable);
     const auto screens = QGuiApplication::screens();
     return std::any_of(screens.begin(), screens.end(), [&top](const QScreen* screen) {
         const QRect seen = screen->availableGeometry() & top;
-        return seen.width() >= graspable && seen.height() >= graspable / 2;
+        return seen.width() >= reachable && seen.height() >= reachable / 2;
     });
 }
 
-// To a screen reader it is a window.
+// Screen readers announce it as a window.
 QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
     auto* window = dynamic_cast<ViewWindow*>(object);
     return window == nullptr ? nullptr : new QAccessibleWidget(window, QAccessible::Window);
@@ -72,10 +72,10 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 
 ViewWindow::ViewWindow(SendToResident send) : send_(std::move(send)) {
     QAccessible::removeFactory(makeAccessible);
-    QAccessible::installFactory(makeAccessible);  // the newest is asked first
-    settling_.setSingleShot(true);
-    settling_.setInterval(whileItMoves);
-    connect(&settling_, &QTimer::timeout, this, [this] { tellPlace(); });
+    QAccessible::installFactory(makeAccessible);  // the newest factory is queried first
+    placeTimer_.setSingleShot(true);
+    placeTimer_.setInterval(settleTime);
+    connect(&placeTimer_, &QTimer::timeout, this, [this] { sendPlace(); });
 }
 
 ViewWindow::~ViewWindow() = default;
@@ -87,44 +87,44 @@ std::uint64_t ViewWindow::changed(std::vector<std::string> path, std::variant<bo
 
 void ViewWindow::followed(std::vector<std::string> path) { send_(LinkFollowed{std::move(path)}); }
 
-void ViewWindow::showWindow(const ShowWindow& told) {
-    const bool isFirst = !told_;
-    const bool isToComeToFront = isFirst || told_->front != told.front;
-    if (isFirst || told_->styleMask != told.styleMask) setStyleMask(told.styleMask);
-    told_ = told;
-    number_ = std::max(number_, told.heard);
-    setWindowTitle(QString::fromStdString(told.title));
+void ViewWindow::showWindow(const ShowWindow& shown) {
+    const bool isFirst = !shown_;
+    const bool comesToFront = isFirst || shown_->front != shown.front;
+    if (isFirst || shown_->styleMask != shown.styleMask) setStyleMask(shown.styleMask);
+    shown_ = shown;
+    number_ = std::max(number_, shown.acknowledged);
+    setWindowTitle(QString::fromStdString(shown.title));
     showContent();
-    if (isToComeToFront) comeToFront(isFirst);
+    if (comesToFront) comeToFront(isFirst);
 }
 
 void ViewWindow::setStyleMask(unsigned mask) {
     const bool wasVisible = isVisible();
-    setWindowFlags(flags(mask));  // which hides it
+    setWindowFlags(flags(mask));  // hides the window
     if (wasVisible) show();
 }
 
 void ViewWindow::showContent() {
-    realiser_.show(told_->content, told_->heard);
+    elements_.show(shown_->content, shown_->acknowledged);
     setFixedSize(fittingSize());
-    realiser_.layOut(size());
+    elements_.layOut(size());
 }
 
 QSize ViewWindow::fittingSize() {
-    const int width = pixels(told_->contentSize.width);
-    const int room = screen()->availableGeometry().height() - pixels(titleBar);
-    return {width, std::max(realiser_.leastHeight(width), std::min(pixels(told_->contentSize.height), room))};
+    const int width = pixels(shown_->contentSize.width);
+    const int available = screen()->availableGeometry().height() - pixels(titleBar);
+    return {width, std::max(elements_.minimumHeight(width), std::min(pixels(shown_->contentSize.height), available))};
 }
 
 void ViewWindow::comeToFront(bool isFirst) {
-    if (isFirst) place_ = told_->place;
+    if (isFirst) place_ = shown_->place;
     if (!isVisible()) moveTo(place_.position);
     if (isFirst && place_.isMinimised)
         showMinimized();
     else
-        bringToFront(*this, told_->activationToken);
+        bringToFront(*this, shown_->activationToken);
     if (!isFirst) return;
-    if (auto* list = findChild<QScrollArea*>()) list->verticalScrollBar()->setValue(pixels(told_->place.scroll));
+    if (auto* list = findChild<QScrollArea*>()) list->verticalScrollBar()->setValue(pixels(shown_->place.scroll));
 }
 
 void ViewWindow::moveTo(const std::optional<Point>& position) {
@@ -132,15 +132,15 @@ void ViewWindow::moveTo(const std::optional<Point>& position) {
     const QRect screen = this->screen()->availableGeometry();
     QPoint corner = screen.center() - rect().center();
     if (position) {
-        const QPoint old(static_cast<int>(std::lround(position->x)), static_cast<int>(std::lround(position->y)));
-        if (isWithinReach({old, size()})) corner = old;
+        const QPoint last(static_cast<int>(std::lround(position->x)), static_cast<int>(std::lround(position->y)));
+        if (isReachable({last, size()})) corner = last;
     }
     move(corner);
 }
 
 WindowPlace ViewWindow::place() const {
     WindowPlace place = place_;
-    if (hasPosition() && !settling_.isActive()) {
+    if (hasPosition() && !placeTimer_.isActive()) {
         const QPoint corner = windowHandle()->framePosition();
         place.position = Point{double(corner.x()), double(corner.y())};
     }
@@ -149,11 +149,11 @@ WindowPlace ViewWindow::place() const {
     return place;
 }
 
-void ViewWindow::tellPlaceSoon() {
-    if (isVisible()) settling_.start();
+void ViewWindow::sendPlaceLater() {
+    if (isVisible()) placeTimer_.start();
 }
 
-void ViewWindow::tellPlace() {
+void ViewWindow::sendPlace() {
     const WindowPlace now = place();
     if (!isVisible() || now == place_) return;
     place_ = now;
@@ -161,20 +161,20 @@ void ViewWindow::tellPlace() {
 }
 
 void ViewWindow::closeEvent(QCloseEvent* event) {
-    // Not closed but hidden: the desktop's side of a window that is closed goes, and takes time to be made again.
+    // Hidden instead of closed: creating the native window again takes time.
     event->ignore();
     place_ = place();
     place_.isMinimised = false;
-    settling_.stop();
+    placeTimer_.stop();
     hide();
-    send_(WindowClosed{told_->front, place_});
+    send_(WindowClosed{shown_->front, place_});
 }
 
 void ViewWindow::keyPressEvent(QKeyEvent* event) {
     const QKeyCombination keys = latin(*event);
-    if (keys == closing || keys == closingToo)
+    if (keys == closeShortcut || keys == otherCloseShortcut)
         close();
-    else if (keys == quitting)
+    else if (keys == quitShortcut)
         send_(QuitWanted{});
     else
         QWidget::keyPressEvent(event);
@@ -182,14 +182,14 @@ void ViewWindow::keyPressEvent(QKeyEvent* event) {
 
 void ViewWindow::moveEvent(QMoveEvent* event) {
     QWidget::moveEvent(event);
-    tellPlaceSoon();
+    sendPlaceLater();
 }
 
 void ViewWindow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::WindowStateChange) tellPlaceSoon();
-    const bool isOtherLook = event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange;
-    if (isOtherLook && told_) showContent();
+    if (event->type() == QEvent::WindowStateChange) sendPlaceLater();
+    const bool isNewLook = event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange;
+    if (isNewLook && shown_) showContent();
 }
 
 }  // namespace kovra

@@ -21,7 +21,7 @@ QImage painted(QSize size, const QColor& background) {
     return image;
 }
 
-TEST(ApplicationIconTest, StandsOutFromLightAndFromDark) {
+TEST(ApplicationIconTest, StandsOutFromLightAndDarkBackgrounds) {
     for (const QColor& background : {QColor(Qt::white), QColor(0xE6, 0xE6, 0xE6), QColor(0x2D, 0x2D, 0x2D)}) {
         for (const int side : {16, 22, 24, 32, 48, 64, 128, 256}) {
             const QImage image = painted({side, side}, background);
@@ -42,13 +42,13 @@ TEST(ApplicationIconTest, IsDrawnUpright) {
     EXPECT_EQ(image.pixelColor(0, 0), QColor(Qt::gray));  // round corners
 }
 
-TEST(ApplicationIconTest, KeepsItsProportionsInTheMiddleOfAPlaceThatIsNotSquare) {
+TEST(ApplicationIconTest, KeepsItsProportionsInARectangleThatIsNotSquare) {
     const QImage square = painted({32, 32}, Qt::gray);
     EXPECT_EQ(painted({32, 40}, Qt::gray).copy(0, 4, 32, 32), square);
     EXPECT_EQ(painted({40, 32}, Qt::gray).copy(4, 0, 32, 32), square);
 }
 
-TEST(ApplicationIconTest, IsAnIconThatPaintsTheSame) {
+TEST(ApplicationIconTest, PaintsTheSamePictureAsAnIcon) {
     const QtRig rig;
     QImage image(48, 48, QImage::Format_RGB32);
     image.fill(Qt::gray);

@@ -54,26 +54,26 @@ TEST(DrawingIconTest, IsDrawnUpright) {
     EXPECT_EQ(image.pixelColor(90, 70), QColor(Qt::white));
 }
 
-TEST(DrawingIconTest, KeepsItsProportionsInTheMiddleOfAPlaceThatIsNotSquare) {
+TEST(DrawingIconTest, KeepsItsProportionsInARectangleThatIsNotSquare) {
     const QImage square = painted(pad(true), true, {22, 22}, Qt::gray);
     EXPECT_EQ(painted(pad(true), true, {22, 30}, Qt::gray).copy(0, 4, 22, 22), square);
     EXPECT_EQ(painted(pad(true), true, {30, 22}, Qt::gray).copy(4, 0, 22, 22), square);
 }
 
-TEST(DrawingIconTest, IsPaintedAnewForEachSize) {
-    // Edges stay as thin as one pixel however large it is: few pixels are neither ink nor paper.
+TEST(DrawingIconTest, IsRepaintedForEachSize) {
+    // Edges are one pixel wide at any size, so few pixels are neither black nor white.
     const QImage image = painted(pad(false), false, {180, 180}, Qt::white);
     int between = 0;
     for (int y = 0; y < 180; ++y) {
         for (int x = 0; x < 180; ++x) {
-            const int grey = qGray(image.pixel(x, y));
-            if (grey > 0 && grey < 255) ++between;
+            const int gray = qGray(image.pixel(x, y));
+            if (gray > 0 && gray < 255) ++between;
         }
     }
     EXPECT_LT(between, 400);
 }
 
-TEST(DrawingIconTest, PaintsWhatIsNoTemplateInBlack) {
+TEST(DrawingIconTest, PaintsADrawingThatIsNotATemplateInBlack) {
     EXPECT_EQ(painted(pad(true), false, {36, 36}, Qt::black), painted(Drawing(), false, {36, 36}, Qt::black));
 }
 
@@ -85,7 +85,7 @@ TEST(DrawingIconTest, PaintsNothingForADrawingWithoutASize) {
     }
 }
 
-TEST(DrawingIconTest, IsAnIconThatPaintsTheSame) {
+TEST(DrawingIconTest, PaintsTheSamePictureAsAnIcon) {
     const QtRig rig;
     const QIcon icon = drawingIcon(pad(true), true);
     QImage image(22, 22, QImage::Format_RGB32);

@@ -36,7 +36,7 @@ class TrayMenuTest : public testing::Test {
     TrayMenu menu{[this](std::size_t position) { chosen.push_back(position); }};
 };
 
-TEST_F(TrayMenuTest, ShowsWhatItIsGiven) {
+TEST_F(TrayMenuTest, ShowsTheGivenItems) {
     ASSERT_EQ(menu.widget().actions().size(), 5);
     EXPECT_EQ(action(0).text(), "Toggle");
     EXPECT_TRUE(action(0).isCheckable());
@@ -49,13 +49,13 @@ TEST_F(TrayMenuTest, ShowsWhatItIsGiven) {
     EXPECT_EQ(action(4).shortcut().toString(), "Ctrl+Q");
 }
 
-TEST_F(TrayMenuTest, ShowsTextsAsTheyAre) {
+TEST_F(TrayMenuTest, ShowsTextsLiterally) {
     value.items[0].title = "a & b && <b>c</b>_d\te";
     menu.show(value);
     EXPECT_EQ(action(0).text(), "a && b &&&& <b>c</b>_d e");
 }
 
-TEST_F(TrayMenuTest, TellsWhatWasChosenByPosition) {
+TEST_F(TrayMenuTest, ReportsThePositionOfTheChosenItem) {
     action(4).trigger();
     action(0).trigger();
     EXPECT_EQ(chosen, (std::vector<std::size_t>{4, 0}));
@@ -66,14 +66,14 @@ TEST_F(TrayMenuTest, CannotChooseTheHint) {
     EXPECT_TRUE(chosen.empty());
 }
 
-TEST_F(TrayMenuTest, CannotChooseWhatHasNoAction) {
+TEST_F(TrayMenuTest, CannotChooseAnItemWithoutAnAction) {
     value.items[4].action.reset();
     menu.show(value);
     action(4).trigger();
     EXPECT_TRUE(chosen.empty());
 }
 
-TEST_F(TrayMenuTest, KeepsTheCheckMarkThatItWasToldAfterAChoice) {
+TEST_F(TrayMenuTest, KeepsTheGivenCheckMarkAfterAChoice) {
     action(0).trigger();
     EXPECT_TRUE(action(0).isChecked());
     value.items[0].state = MenuItemState::off;
@@ -90,7 +90,7 @@ TEST_F(TrayMenuTest, ChangesInPlaceWhileItIsOpen) {
     EXPECT_EQ(&action(0), before);
 }
 
-TEST_F(TrayMenuTest, ShowsAnotherMenu) {
+TEST_F(TrayMenuTest, ReplacesItsItems) {
     menu.show(Menu{{item("Only")}});
     ASSERT_EQ(menu.widget().actions().size(), 1);
     EXPECT_EQ(action(0).text(), "Only");
@@ -101,7 +101,7 @@ TEST_F(TrayMenuTest, ShowsAnotherMenu) {
     EXPECT_EQ(menu.widget().actions().size(), 5);
 }
 
-TEST_F(TrayMenuTest, PassesOverAKeyThatIsNoSingleCharacter) {
+TEST_F(TrayMenuTest, IgnoresAKeyThatIsNotASingleCharacter) {
     value.items[4].keyEquivalent = "\xF0\x9F\x96\xB1";
     menu.show(value);
     EXPECT_TRUE(action(4).shortcut().isEmpty());

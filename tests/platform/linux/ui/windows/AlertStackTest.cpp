@@ -22,8 +22,8 @@ ShowAlerts::Open numbered(std::uint64_t number) {
     return {number, "", {"Alert " + std::to_string(number), "Below it", {"First", "Second"}}};
 }
 
-// The alerts' windows that are to be seen.
-std::vector<AlertWindow*> seen() {
+// The visible windows of alerts.
+std::vector<AlertWindow*> visible() {
     std::vector<AlertWindow*> windows;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         auto* window = dynamic_cast<AlertWindow*>(widget);
@@ -32,8 +32,8 @@ std::vector<AlertWindow*> seen() {
     return windows;
 }
 
-AlertWindow* seen(std::uint64_t number) {
-    for (AlertWindow* window : seen()) {
+AlertWindow* visible(std::uint64_t number) {
+    for (AlertWindow* window : visible()) {
         if (window->accessibleName() == "Alert " + QString::number(number)) return window;
     }
     return nullptr;
@@ -59,84 +59,84 @@ class AlertStackTest : public testing::Test {
 };
 using Answers = std::vector<AlertAnswered>;
 
-TEST_F(AlertStackTest, ShowsAnAlertInFrontAndTellsItsAnswer) {
+TEST_F(AlertStackTest, ShowsAnAlertInFrontAndSendsItsAnswer) {
     show({7});
-    ASSERT_NE(seen(7), nullptr);
-    EXPECT_TRUE(isActive(*seen(7)));
-    QTest::keyClick(seen(7)->windowHandle(), Qt::Key_Return);
+    ASSERT_NE(visible(7), nullptr);
+    EXPECT_TRUE(isActive(*visible(7)));
+    QTest::keyClick(visible(7)->windowHandle(), Qt::Key_Return);
     EXPECT_EQ(answers, (Answers{{7, 0}}));
-    EXPECT_EQ(seen(7), nullptr);
+    EXPECT_EQ(visible(7), nullptr);
 }
 
-TEST_F(AlertStackTest, TellsThatAnAlertWasClosed) {
+TEST_F(AlertStackTest, SendsThatAnAlertWasClosed) {
     show({3});
-    QTest::keyClick(seen(3)->windowHandle(), Qt::Key_Escape);
+    QTest::keyClick(visible(3)->windowHandle(), Qt::Key_Escape);
     EXPECT_EQ(answers, (Answers{{3, std::nullopt}}));
 }
 
-TEST_F(AlertStackTest, TheTopmostOfThreeTakesInputAndThenTheOneBelow) {
+TEST_F(AlertStackTest, OnlyTheTopmostOfThreeAlertsTakesInput) {
     show({1});
     show({1, 2});
     show({1, 2, 3});
-    EXPECT_EQ(seen().size(), 3U);
-    EXPECT_TRUE(isActive(*seen(3)));
+    EXPECT_EQ(visible().size(), 3U);
+    EXPECT_TRUE(isActive(*visible(3)));
     for (const std::uint64_t covered : {1U, 2U}) {
-        click(*seen(covered), 0);
-        QTest::keyClick(seen(covered)->windowHandle(), Qt::Key_Escape);
-        QTest::keyClick(seen(covered)->windowHandle(), Qt::Key_Return);
-        EXPECT_FALSE(seen(covered)->windowHandle()->close());
+        click(*visible(covered), 0);
+        QTest::keyClick(visible(covered)->windowHandle(), Qt::Key_Escape);
+        QTest::keyClick(visible(covered)->windowHandle(), Qt::Key_Return);
+        EXPECT_FALSE(visible(covered)->windowHandle()->close());
     }
     EXPECT_EQ(answers, Answers{});
-    click(*seen(3), 1);
+    click(*visible(3), 1);
     EXPECT_EQ(answers, (Answers{{3, 1}}));
     show({1, 2});
-    EXPECT_TRUE(isActive(*seen(2)));
-    click(*seen(1), 0);
+    EXPECT_TRUE(isActive(*visible(2)));
+    click(*visible(1), 0);
     EXPECT_EQ(answers.size(), 1U);
-    QTest::keyClick(seen(2)->windowHandle(), Qt::Key_Return);
+    QTest::keyClick(visible(2)->windowHandle(), Qt::Key_Return);
     show({1});
-    EXPECT_TRUE(isActive(*seen(1)));
-    QTest::keyClick(seen(1)->windowHandle(), Qt::Key_Escape);
+    EXPECT_TRUE(isActive(*visible(1)));
+    QTest::keyClick(visible(1)->windowHandle(), Qt::Key_Escape);
     EXPECT_EQ(answers, (Answers{{3, 1}, {2, 0}, {1, std::nullopt}}));
-    EXPECT_TRUE(seen().empty());
+    EXPECT_TRUE(visible().empty());
 }
 
-TEST_F(AlertStackTest, AnAlertThatIsNotNamedAnyMoreGoesWithoutAnAnswer) {
+TEST_F(AlertStackTest, RemovesAnAlertThatIsNoLongerListedWithoutAnAnswer) {
     show({1, 2});
     show({1});
-    EXPECT_EQ(seen(2), nullptr);
-    EXPECT_TRUE(isActive(*seen(1)));
+    EXPECT_EQ(visible(2), nullptr);
+    EXPECT_TRUE(isActive(*visible(1)));
     show({});
-    EXPECT_TRUE(seen().empty());
+    EXPECT_TRUE(visible().empty());
     EXPECT_EQ(answers, Answers{});
 }
 
-TEST_F(AlertStackTest, OneFromBelowMayGoToo) {
+TEST_F(AlertStackTest, RemovesACoveredAlert) {
     show({1, 2, 3});
     show({1, 3});
-    EXPECT_EQ(seen().size(), 2U);
-    EXPECT_TRUE(isActive(*seen(3)));
+    EXPECT_EQ(visible().size(), 2U);
+    EXPECT_TRUE(isActive(*visible(3)));
     EXPECT_EQ(answers, Answers{});
 }
 
-TEST_F(AlertStackTest, AnAnsweredAlertStaysAwayThoughItIsStillNamed) {
+TEST_F(AlertStackTest, KeepsAnAnsweredAlertHiddenWhileItIsStillListed) {
     show({1, 2});
-    QTest::keyClick(seen(2)->windowHandle(), Qt::Key_Return);
+    QTest::keyClick(visible(2)->windowHandle(), Qt::Key_Return);
     show({1, 2});
-    EXPECT_EQ(seen(2), nullptr);
-    EXPECT_TRUE(isActive(*seen(1)));
+    EXPECT_EQ(visible(2), nullptr);
+    EXPECT_TRUE(isActive(*visible(1)));
     show({1});
     show({1, 3});
-    EXPECT_TRUE(isActive(*seen(3)));
+    EXPECT_TRUE(isActive(*visible(3)));
 }
 
-TEST_F(AlertStackTest, WhatIsShownAlreadyStaysTheSameWindow) {
+TEST_F(AlertStackTest, KeepsTheWindowOfAnAlertThatIsAlreadyShown) {
     show({1, 2});
-    const AlertWindow* before = seen(2);
-    QTest::keyClick(seen(2)->windowHandle(), Qt::Key_Tab);
+    const AlertWindow* before = visible(2);
+    QTest::keyClick(visible(2)->windowHandle(), Qt::Key_Tab);
     const QWidget* focus = before->focusWidget();
     show({1, 2});
-    EXPECT_EQ(seen(2), before);
+    EXPECT_EQ(visible(2), before);
     EXPECT_EQ(before->focusWidget(), focus);
 }
 
@@ -156,7 +156,7 @@ class AlertStackOverWindowTest : public AlertStackTest {
     int closedByKey = 0;
 };
 
-TEST_F(AlertStackOverWindowTest, KeepsInputFromIt) {
+TEST_F(AlertStackOverWindowTest, BlocksInputToTheWindow) {
     clickTick();
     ASSERT_TRUE(tick.isChecked());
     show({1});
@@ -168,29 +168,29 @@ TEST_F(AlertStackOverWindowTest, KeepsInputFromIt) {
     EXPECT_EQ(closedByKey, 0);
     EXPECT_FALSE(window.windowHandle()->close());
     EXPECT_TRUE(window.isVisible());
-    EXPECT_TRUE(isActive(*seen(1)));
+    EXPECT_TRUE(isActive(*visible(1)));
     show({});
     clickTick();
     EXPECT_FALSE(tick.isChecked());
 }
 
-TEST_F(AlertStackOverWindowTest, TakesTheKeyboardBackWhenTheWindowComesToTheFront) {
+TEST_F(AlertStackOverWindowTest, TakesTheFocusBackWhenTheWindowComesToTheFront) {
     show({1});
-    ASSERT_TRUE(isActive(*seen(1)));
+    ASSERT_TRUE(isActive(*visible(1)));
     window.raise();
     window.activateWindow();
     QCoreApplication::processEvents();
-    EXPECT_TRUE(isActive(*seen(1)));
+    EXPECT_TRUE(isActive(*visible(1)));
 }
 
-TEST_F(AlertStackOverWindowTest, AClickThatHasBegunMayEnd) {
+TEST_F(AlertStackOverWindowTest, FinishesAClickThatBeganBeforeTheAlert) {
     QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, QPoint(10, 15));
     show({1});
     QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, QPoint(10, 15));
     EXPECT_FALSE(tick.isDown());
 }
 
-TEST_F(AlertStackOverWindowTest, LeavesMenusTheirInput) {
+TEST_F(AlertStackOverWindowTest, DoesNotBlockInputToMenus) {
     show({1});
     QMenu menu;
     bool isChosen = false;

@@ -28,7 +28,7 @@ class AlertWindowTest : public testing::Test {
     void open(const Alert& alert) {
         window.emplace(alert, [this](std::optional<std::size_t> button) {
             answers.push_back(button);
-            window->close();  // which is no second answer
+            window->close();  // closing is not a second answer
         });
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&*window));
@@ -62,7 +62,7 @@ TEST_F(AlertWindowTest, ShowsItsTextsAndButtons) {
     EXPECT_LT(text(1).mapTo(&*window, QPoint(0, text(1).height())).y(), button(0).mapTo(&*window, QPoint()).y());
 }
 
-TEST_F(AlertWindowTest, ShowsTheApplicationsIconAtTheLeft) {
+TEST_F(AlertWindowTest, ShowsTheApplicationIconOnTheLeft) {
     open(question);
     const QImage seen = window->grab().toImage();
     const QPoint text0 = text(0).mapTo(&*window, QPoint());
@@ -92,7 +92,7 @@ TEST_F(AlertWindowTest, ReturnPressesTheFirstButtonWhereverTheFocusIs) {
     EXPECT_EQ(answers, Answers{0});
 }
 
-TEST_F(AlertWindowTest, ReturnThatIsHeldPressesNothing) {
+TEST_F(AlertWindowTest, AHeldReturnKeyPressesNothing) {
     open(question);
     const auto held = [](QEvent::Type type) { return QKeyEvent(type, Qt::Key_Return, Qt::NoModifier, "\r", true); };
     for (int times = 0; times < 3; ++times) {
@@ -105,7 +105,7 @@ TEST_F(AlertWindowTest, ReturnThatIsHeldPressesNothing) {
     EXPECT_EQ(answers, Answers{});
 }
 
-TEST_F(AlertWindowTest, TabGoesThroughTheButtonsAndSpacePressesTheOneWithTheFocus) {
+TEST_F(AlertWindowTest, TabMovesBetweenTheButtonsAndSpacePressesTheFocusedOne) {
     open(question);
     EXPECT_EQ(window->focusWidget(), &button(0));
     press(Qt::Key_Tab);
@@ -127,7 +127,7 @@ TEST_F(AlertWindowTest, AClickPressesEachButton) {
     EXPECT_EQ(answers, (Answers{0, 1}));
 }
 
-TEST_F(AlertWindowTest, EscapeAndTheFramesCloseAnswerWithoutAButton) {
+TEST_F(AlertWindowTest, EscapeAndTheCloseButtonOfTheFrameAnswerWithoutAButton) {
     open(question);
     press(Qt::Key_Escape);
     EXPECT_FALSE(window->isVisible());
@@ -155,7 +155,7 @@ TEST_F(AlertWindowTest, ShowsTextsLiterally) {
     EXPECT_EQ(answers, Answers{});
 }
 
-TEST_F(AlertWindowTest, WrapsItsTextsAndCutsNone) {
+TEST_F(AlertWindowTest, WrapsItsTextsWithoutCuttingThem) {
     for (const double size : {9.0, 18.0, 27.0}) {
         QFont font = QApplication::font();
         font.setPointSizeF(size);
@@ -173,7 +173,7 @@ TEST_F(AlertWindowTest, WrapsItsTextsAndCutsNone) {
     }
 }
 
-TEST_F(AlertWindowTest, WidensItsLinesBeforeItIsHigherThanTheScreen) {
+TEST_F(AlertWindowTest, WidensItsLinesBeforeItIsTallerThanTheScreen) {
     QFont font = QApplication::font();
     font.setPointSizeF(20);
     QApplication::setFont(font);
@@ -192,7 +192,7 @@ TEST_F(AlertWindowTest, WidensItsLinesBeforeItIsHigherThanTheScreen) {
         ASSERT_GT(rest + setText(text(1).text(), text(1).font(), usualLine).height, screen.height()) << words;
         EXPECT_GT(window->width(), usual.width()) << words;
         EXPECT_LE(window->width(), screen.width() * 9 / 10) << words;
-        EXPECT_LT(window->height(), screen.height() - window->fontMetrics().height()) << words;  // and its frame
+        EXPECT_LT(window->height(), screen.height() - window->fontMetrics().height()) << words;  // height of the frame
         EXPECT_TRUE(isWhole(text(1))) << words;
         EXPECT_TRUE(isWhole(button(0))) << words;
     }
@@ -204,7 +204,7 @@ TEST_F(AlertWindowTest, LeavesALineBetweenTheTextsAndTheButtons) {
     EXPECT_EQ(button(0).mapTo(&*window, QPoint()).y() - below, window->fontMetrics().height());
 }
 
-TEST_F(AlertWindowTest, GrowsWithTheDesktopsFont) {
+TEST_F(AlertWindowTest, GrowsWithTheDesktopFont) {
     open(question);
     const QSize before = window->size();
     QFont font = QApplication::font();
@@ -230,12 +230,12 @@ TEST_F(AlertWindowTest, ItsTextsCanBeCopied) {
     EXPECT_TRUE(text(1).hasSelectedText());
     QTest::keySequence(window->windowHandle(), QKeySequence::Copy);
     EXPECT_EQ(QApplication::clipboard()->text(), "someone");
-    // The keys do what they did before.
+    // The keys still work.
     press(Qt::Key_Return);
     EXPECT_EQ(answers, Answers{0});
 }
 
-TEST_F(AlertWindowTest, EscapeClosesItAlsoWithATextSelected) {
+TEST_F(AlertWindowTest, EscapeClosesItWhileTextIsSelected) {
     open(question);
     QTest::mouseDClick(window->windowHandle(), Qt::LeftButton, {}, text(0).mapTo(&*window, QPoint(5, 5)));
     EXPECT_TRUE(text(0).hasSelectedText());
@@ -243,14 +243,14 @@ TEST_F(AlertWindowTest, EscapeClosesItAlsoWithATextSelected) {
     EXPECT_EQ(answers, Answers{std::nullopt});
 }
 
-TEST_F(AlertWindowTest, HasNoMenuOfTheToolkitsOwn) {
+TEST_F(AlertWindowTest, HasNoContextMenu) {
     open(question);
     QTest::mouseClick(window->windowHandle(), Qt::RightButton, {}, text(1).mapTo(&*window, QPoint(5, 5)));
     QCoreApplication::processEvents();
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
-TEST_F(AlertWindowTest, IsAnAlertWithNamesToAScreenReader) {
+TEST_F(AlertWindowTest, IsAnAlertWithNamesToScreenReaders) {
     open(question);
     QAccessibleInterface* alert = QAccessible::queryAccessibleInterface(&*window);
     ASSERT_NE(alert, nullptr);

@@ -1,4 +1,4 @@
-// The window on a real X server, with a mouse and keys that take the way of real ones, while what it shows changes.
+// The window on an X server, with real mouse and keyboard events while its content changes.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@
 namespace kovra {
 namespace {
 
-// Keys by their place, as the X server numbers them.
+// Key codes of the X server, by position on the keyboard.
 constexpr xcb_keycode_t tab = 23;
 constexpr xcb_keycode_t space = 65;
 constexpr xcb_keycode_t escape = 9;
@@ -35,17 +35,17 @@ class ViewWindowLiveTest : public testing::Test {
     struct OnX : Environment {
         OnX() {
             set("QT_QPA_PLATFORM", "xcb");
-            // No bus of the user's, nor one that the toolkit would start for want of it.
+            // Neither the user's bus nor one that the toolkit would start.
             set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
         }
     };
 
   protected:
     ViewWindowLiveTest() {
-        told.title = "BLE-kovra";
-        told.styleMask = 7;
-        told.contentSize = {440, 480};
-        told.front = 1;
+        state.title = "BLE-kovra";
+        state.styleMask = 7;
+        state.contentSize = {440, 480};
+        state.front = 1;
     }
     void SetUp() override {
         content.devices = sample::mice(200);
@@ -54,11 +54,11 @@ class ViewWindowLiveTest : public testing::Test {
     }
 
     void rebuild() {
-        told.content = sample::view(content);
-        told.heard = changes.size();
-        window.showWindow(told);
+        state.content = sample::view(content);
+        state.acknowledged = changes.size();
+        window.showWindow(state);
     }
-    // As a resident program answers: what was ticked is chosen.
+    // Answers like the resident program: the ticked device becomes chosen.
     void answer() {
         const ControlChanged& change = changes.back();
         for (sample::Device& device : content.devices) {
@@ -68,7 +68,7 @@ class ViewWindowLiveTest : public testing::Test {
     }
 
     QScrollArea& list() const { return *window.findChild<QScrollArea*>(); }
-    // By the device's name, which is "Mouse " and its id.
+    // The name of a device is "Mouse " and its id.
     QCheckBox* row(const std::string& id) const {
         for (auto* each : window.findChildren<QCheckBox*>()) {
             if (each->accessibleName().toStdString() == "Mouse " + id) return each;
@@ -79,7 +79,7 @@ class ViewWindowLiveTest : public testing::Test {
         const QRect seen = widget.visibleRegion().boundingRect();
         return seen.contains(widget.mapFromGlobal(pointer));
     }
-    // Somewhere in the list, on one of its rows.
+    // A random row that is completely visible.
     QCheckBox& anyRowInSight() {
         std::vector<QCheckBox*> rows;
         for (auto* each : list().findChildren<QCheckBox*>()) {
@@ -122,13 +122,13 @@ class ViewWindowLiveTest : public testing::Test {
         if (std::holds_alternative<WindowClosed>(message)) ++closings;
         if (std::holds_alternative<QuitWanted>(message)) ++quits;
     }};
-    ShowWindow told;
+    ShowWindow state;
     sample::Content content;
     std::mt19937 random{20261121};
     int nextId = 1000;
 };
 
-TEST_F(ViewWindowLiveTest, TicksWhatIsClickedWhereverItsRowWentMeanwhile) {
+TEST_F(ViewWindowLiveTest, TicksTheClickedDeviceWhileRowsMove) {
     int ticks = 0;
     for (int round = 0; round < 150; ++round) {
         QCheckBox& pressed = anyRowInSight();
@@ -156,7 +156,7 @@ TEST_F(ViewWindowLiveTest, TicksWhatIsClickedWhereverItsRowWentMeanwhile) {
     EXPECT_LT(ticks, 120);
 }
 
-TEST_F(ViewWindowLiveTest, HoldsAPressedSwitchWhileTheListGrowsFromNothing) {
+TEST_F(ViewWindowLiveTest, KeepsASwitchPressedWhileTheListGrows) {
     content.devices.clear();
     rebuild();
     QCoreApplication::processEvents();
@@ -216,7 +216,7 @@ TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughAThousandRebuildsDuringA
     EXPECT_TRUE(changes.empty());
 }
 
-TEST_F(ViewWindowLiveTest, TicksByTheKeyboardTheDeviceThatHasTheFocusWhileTheListIsReordered) {
+TEST_F(ViewWindowLiveTest, TicksTheFocusedDeviceWithTheKeyboardWhileRowsMove) {
     QWidget* last = nullptr;
     for (int i = 0; i < 3; ++i) user.key(tab);
     ASSERT_TRUE(QTest::qWaitFor([&] { return list().isAncestorOf(QApplication::focusWidget()); }));
@@ -232,13 +232,13 @@ TEST_F(ViewWindowLiveTest, TicksByTheKeyboardTheDeviceThatHasTheFocusWhileTheLis
         ASSERT_EQ(changes.back().path.back(), id);
         answer();
         user.key(tab);
-        // The last one in the list is followed by the link, and that by the switch.
+        // The link and the switch follow the last row.
         ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() != focused; }));
         if (!list().isAncestorOf(QApplication::focusWidget())) row(std::to_string(round))->setFocus();
     }
 }
 
-TEST_F(ViewWindowLiveTest, ScrollsWithTheWheelAndTellsNothing) {
+TEST_F(ViewWindowLiveTest, ScrollsWithTheWheelWithoutChangingAnything) {
     user.moveTo(list().mapToGlobal(QPoint(50, 50)));
     for (int i = 0; i < 5; ++i) user.turnWheel(true);
     user.settle();
@@ -246,11 +246,11 @@ TEST_F(ViewWindowLiveTest, ScrollsWithTheWheelAndTellsNothing) {
     EXPECT_TRUE(changes.empty());
 }
 
-TEST_F(ViewWindowLiveTest, HearsItsKeysWithEveryLayout) {
+TEST_F(ViewWindowLiveTest, AcceptsItsShortcutsInEveryKeyboardLayout) {
     for (const char* layout : {"us", "ru", "us,ru", "fr"}) {
         const std::string command = std::string("setxkbmap -layout ") + layout;
         ASSERT_EQ(std::system(command.c_str()), 0);
-        const bool isFrench = std::string(layout) == "fr";  // where W and Z, Q and A have changed places
+        const bool isFrench = std::string(layout) == "fr";  // W and Z, Q and A are swapped
         const int closingsBefore = closings;
         const int quitsBefore = quits;
         user.moveTo(window.mapToGlobal(QPoint(5, 5)));
@@ -259,29 +259,29 @@ TEST_F(ViewWindowLiveTest, HearsItsKeysWithEveryLayout) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return quits == quitsBefore + 1; })) << layout;
         user.key(isFrench ? xcb_keycode_t{52} : letterW, control);
         ASSERT_TRUE(QTest::qWaitFor([&] { return closings == closingsBefore + 1; })) << layout;
-        ++told.front;
+        ++state.front;
         rebuild();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
         user.key(escape);
         ASSERT_TRUE(QTest::qWaitFor([&] { return closings == closingsBefore + 2; })) << layout;
-        ++told.front;
+        ++state.front;
         rebuild();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     }
 }
 
-TEST_F(ViewWindowLiveTest, SleepsWhileNothingHappens) {
+TEST_F(ViewWindowLiveTest, DoesNotWakeUpWhileIdle) {
     user.key(tab);
     user.moveTo(row("1")->mapToGlobal(QPoint(20, 5)));
     user.settle();
-    QTest::qWait(1000);  // what was begun comes to its end
+    QTest::qWait(1000);  // pending work ends
     int wakings = 0;
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, &window,
                      [&] { ++wakings; });
     QTimer::singleShot(2000, &application, [] { QCoreApplication::quit(); });
     const std::clock_t before = std::clock();
     QCoreApplication::exec();
-    EXPECT_LE(wakings, 3);  // to begin, for the timer, and to end
+    EXPECT_LE(wakings, 3);  // the start, the timer and the end
     EXPECT_LT(double(std::clock() - before) / CLOCKS_PER_SEC, 0.02);
 }
 

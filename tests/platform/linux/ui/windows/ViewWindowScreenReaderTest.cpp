@@ -1,4 +1,4 @@
-// The window as a screen reader finds it, over the bus that such programs use.
+// The window as screen readers see it over AT-SPI.
 
 #include <gtest/gtest.h>
 
@@ -30,17 +30,17 @@ class ViewWindowScreenReaderTest : public testing::Test {
   protected:
     ViewWindowScreenReaderTest() {
         QCoreApplication::setApplicationName("BLE-kovra");
-        told.title = "BLE-kovra";
-        told.styleMask = 7;
-        told.contentSize = {440, 480};
+        state.title = "BLE-kovra";
+        state.styleMask = 7;
+        state.contentSize = {440, 480};
     }
 
     void show() {
-        told.content = sample::view(content);
-        window.showWindow(told);
+        state.content = sample::view(content);
+        window.showWindow(state);
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     }
-    // What the reader prints; meanwhile the window answers it.
+    // Returns the output of the reader. Meanwhile the window answers its requests.
     static std::string run(const QStringList& arguments) {
         QProcess reader;
         reader.start(KOVRA_PYTHON, QStringList{"-W", "ignore", KOVRA_SCREEN_READER} + arguments);
@@ -56,14 +56,14 @@ class ViewWindowScreenReaderTest : public testing::Test {
     char name[5] = "test";
     char* arguments[2] = {name, nullptr};
     QApplication application{count, arguments};
-    std::vector<ToResident> acts;
-    ViewWindow window{[this](const ToResident& message) { acts.push_back(message); }};
-    ShowWindow told;
+    std::vector<ToResident> sent;
+    ViewWindow window{[this](const ToResident& message) { sent.push_back(message); }};
+    ShowWindow state;
     sample::Content content;
 };
 
-// One test, since the toolkit takes up one such bus in the life of a process.
-TEST_F(ViewWindowScreenReaderTest, FindsAllWithNameRoleAndStateInTheOrderOfTheEyeAndUsesIt) {
+// A single test, because the toolkit connects to one accessibility bus per process.
+TEST_F(ViewWindowScreenReaderTest, ReadsAndOperatesEveryControlInVisualOrder) {
     content.devices = {{"a", "Mouse", true, true}, {"b", "Rat", false, true}};
     show();
     content.devices = {{"c", "Cat & <b>dog</b>"}, {"b", "Rat", false, true}, {"a", "Mouse"}};
@@ -95,11 +95,11 @@ TEST_F(ViewWindowScreenReaderTest, FindsAllWithNameRoleAndStateInTheOrderOfTheEy
     run({"do", "Toggle", "check box", "Mouse"});
     run({"do", "Toggle", "radio button", "Always"});
     run({"do", "Press", "link", "support@example.org"});
-    std::erase_if(acts, [](const ToResident& each) { return std::holds_alternative<WindowPlaced>(each); });
-    ASSERT_EQ(acts.size(), 3U);
-    EXPECT_EQ(std::get<ControlChanged>(acts[0]), (ControlChanged{1, {"6", "0", "a"}, true}));
-    EXPECT_EQ(std::get<ControlChanged>(acts[1]), (ControlChanged{2, {"2"}, std::string("always")}));
-    EXPECT_EQ(std::get<LinkFollowed>(acts[2]), (LinkFollowed{{"9", "1"}}));
+    std::erase_if(sent, [](const ToResident& each) { return std::holds_alternative<WindowPlaced>(each); });
+    ASSERT_EQ(sent.size(), 3U);
+    EXPECT_EQ(std::get<ControlChanged>(sent[0]), (ControlChanged{1, {"6", "0", "a"}, true}));
+    EXPECT_EQ(std::get<ControlChanged>(sent[1]), (ControlChanged{2, {"2"}, std::string("always")}));
+    EXPECT_EQ(std::get<LinkFollowed>(sent[2]), (LinkFollowed{{"9", "1"}}));
 }
 
 }  // namespace

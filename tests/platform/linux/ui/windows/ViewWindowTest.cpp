@@ -23,19 +23,19 @@ namespace {
 class ViewWindowTest : public testing::Test {
   protected:
     ViewWindowTest() {
-        told.title = "BLE-kovra";
-        told.styleMask = 7;
-        told.contentSize = {440, 480};
-        told.front = 1;
+        state.title = "BLE-kovra";
+        state.styleMask = 7;
+        state.contentSize = {440, 480};
+        state.front = 1;
         content.devices = sample::mice(50);
     }
 
     void show() {
-        told.content = sample::view(content);
-        window.showWindow(told);
+        state.content = sample::view(content);
+        window.showWindow(state);
     }
     void bringToFront() {
-        ++told.front;
+        ++state.front;
         show();
     }
     static void setFontSize(double size) {
@@ -46,29 +46,29 @@ class ViewWindowTest : public testing::Test {
     }
     void key(int key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&window, Qt::Key(key), modifiers); }
     template <typename Message>
-    std::vector<Message> acted() const {
+    std::vector<Message> sentOf() const {
         std::vector<Message> found;
-        for (const ToResident& each : acts) {
+        for (const ToResident& each : sent) {
             if (const auto* message = std::get_if<Message>(&each)) found.push_back(*message);
         }
         return found;
     }
-    bool isTold(const WindowPlace& place) const {
+    bool isSent(const WindowPlace& place) const {
         return QTest::qWaitFor([&] {
-            const auto placed = acted<WindowPlaced>();
+            const auto placed = sentOf<WindowPlaced>();
             return !placed.empty() && placed.back().place == place;
         });
     }
     QScrollBar& scrollBar() { return *window.findChild<QScrollArea*>()->verticalScrollBar(); }
 
     const QtRig qt;
-    std::vector<ToResident> acts;
-    ViewWindow window{[this](const ToResident& message) { acts.push_back(message); }};
-    ShowWindow told;
+    std::vector<ToResident> sent;
+    ViewWindow window{[this](const ToResident& message) { sent.push_back(message); }};
+    ShowWindow state;
     sample::Content content;
 };
 
-TEST_F(ViewWindowTest, HasTheTitleAndTheSizeThatItIsTold) {
+TEST_F(ViewWindowTest, HasTheGivenTitleAndSize) {
     show();
     EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(window.windowTitle(), "BLE-kovra");
@@ -76,7 +76,7 @@ TEST_F(ViewWindowTest, HasTheTitleAndTheSizeThatItIsTold) {
     EXPECT_EQ(window.minimumSize(), window.maximumSize());
 }
 
-TEST_F(ViewWindowTest, CanBeClosedAndMinimisedAndNothingElse) {
+TEST_F(ViewWindowTest, CanOnlyBeClosedAndMinimized) {
     show();
     const Qt::WindowFlags flags = window.windowFlags();
     EXPECT_TRUE(flags.testFlag(Qt::WindowTitleHint));
@@ -86,13 +86,13 @@ TEST_F(ViewWindowTest, CanBeClosedAndMinimisedAndNothingElse) {
     EXPECT_FALSE(flags.testFlag(Qt::WindowContextHelpButtonHint));
 }
 
-TEST_F(ViewWindowTest, IsInTheMiddleOfTheScreenAtFirst) {
+TEST_F(ViewWindowTest, IsCenteredOnTheScreenAtFirst) {
     show();
     const QPoint off = window.geometry().center() - window.screen()->availableGeometry().center();
-    EXPECT_LE(off.manhattanLength(), 8);  // what the frame is wider at one side
+    EXPECT_LE(off.manhattanLength(), 8);  // the frame may be asymmetric
 }
 
-TEST_F(ViewWindowTest, IsHiddenByEachWayOfClosingIt) {
+TEST_F(ViewWindowTest, IsHiddenByEveryWayOfClosingIt) {
     show();
     key(Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
@@ -103,12 +103,12 @@ TEST_F(ViewWindowTest, IsHiddenByEachWayOfClosingIt) {
     bringToFront();
     window.close();
     EXPECT_FALSE(window.isVisible());
-    const auto closed = acted<WindowClosed>();
+    const auto closed = sentOf<WindowClosed>();
     ASSERT_EQ(closed.size(), 3U);
     EXPECT_EQ(closed[0].front, 1U);
     EXPECT_EQ(closed[1].front, 2U);
     EXPECT_EQ(closed[2].front, 3U);
-    EXPECT_TRUE(acted<QuitWanted>().empty());
+    EXPECT_TRUE(sentOf<QuitWanted>().empty());
 }
 
 TEST_F(ViewWindowTest, StaysHiddenUntilItIsBroughtToTheFront) {
@@ -121,30 +121,30 @@ TEST_F(ViewWindowTest, StaysHiddenUntilItIsBroughtToTheFront) {
     EXPECT_TRUE(window.isVisible());
 }
 
-TEST_F(ViewWindowTest, TellsOfTheWishToQuit) {
+TEST_F(ViewWindowTest, SendsTheRequestToQuit) {
     show();
     key(Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(acted<QuitWanted>().size(), 1U);
+    EXPECT_EQ(sentOf<QuitWanted>().size(), 1U);
     EXPECT_TRUE(window.isVisible());
 }
 
-TEST_F(ViewWindowTest, CountsTheUsersChangesOnFromWhatWasHeardBefore) {
-    told.heard = 7;
+TEST_F(ViewWindowTest, NumbersChangesAfterTheLastAcknowledgedOne) {
+    state.acknowledged = 7;
     show();
     auto* box = window.findChild<QCheckBox*>();
     box->click();
     box->click();
-    EXPECT_EQ(acted<ControlChanged>(), (std::vector<ControlChanged>{{8, {"1"}, false}, {9, {"1"}, true}}));
+    EXPECT_EQ(sentOf<ControlChanged>(), (std::vector<ControlChanged>{{8, {"1"}, false}, {9, {"1"}, true}}));
 }
 
-TEST_F(ViewWindowTest, KnowsNoOtherKeys) {
+TEST_F(ViewWindowTest, HasNoOtherShortcuts) {
     show();
     for (int each = Qt::Key_A; each <= Qt::Key_Z; ++each) {
         key(each);
         key(each, Qt::AltModifier);
         if (each != Qt::Key_W && each != Qt::Key_Q) key(each, Qt::ControlModifier);
     }
-    EXPECT_TRUE(acts.empty());
+    EXPECT_TRUE(sent.empty());
     EXPECT_TRUE(window.isVisible());
 }
 
@@ -153,9 +153,9 @@ TEST_F(ViewWindowTest, KeepsItsPlaceWhileItIsHidden) {
     window.move(30, 40);
     scrollBar().setValue(333);
     const WindowPlace there{Point{30, 40}, false, 333};
-    EXPECT_TRUE(isTold(there));
+    EXPECT_TRUE(isSent(there));
     window.close();
-    EXPECT_EQ(acted<WindowClosed>().at(0).place, there);
+    EXPECT_EQ(sentOf<WindowClosed>().at(0).place, there);
     content.isMuted = true;
     show();
     bringToFront();
@@ -163,65 +163,65 @@ TEST_F(ViewWindowTest, KeepsItsPlaceWhileItIsHidden) {
     EXPECT_EQ(scrollBar().value(), 333);
 }
 
-TEST_F(ViewWindowTest, TellsWhereItIsOnceItStays) {
+TEST_F(ViewWindowTest, SendsItsPlaceOnceItStopsMoving) {
     show();
     for (int i = 1; i <= 20; ++i) {
         window.move(i, 2 * i);
         scrollBar().setValue(3 * i);
         QCoreApplication::processEvents();
     }
-    EXPECT_TRUE(isTold({Point{20, 40}, false, 60}));
-    EXPECT_EQ(acted<WindowPlaced>().size(), 1U);
+    EXPECT_TRUE(isSent({Point{20, 40}, false, 60}));
+    EXPECT_EQ(sentOf<WindowPlaced>().size(), 1U);
 }
 
-TEST_F(ViewWindowTest, KeepsThePlaceThatItHadWhereItIsClosedOnTheWayToAnother) {
-    told.place = {Point{50, 60}, false, 0};
+TEST_F(ViewWindowTest, KeepsItsPreviousPlaceIfItIsClosedWhileMoving) {
+    state.place = {Point{50, 60}, false, 0};
     show();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     window.move(70, 80);
     scrollBar().setValue(9);
     window.close();
-    EXPECT_EQ(acted<WindowClosed>().at(0).place, (WindowPlace{Point{50, 60}, false, 9}));
+    EXPECT_EQ(sentOf<WindowClosed>().at(0).place, (WindowPlace{Point{50, 60}, false, 9}));
 }
 
-TEST_F(ViewWindowTest, IsMadeAgainAsItWas) {
-    told.place = {Point{50, 60}, false, 123};
+TEST_F(ViewWindowTest, RestoresItsPlace) {
+    state.place = {Point{50, 60}, false, 123};
     show();
     EXPECT_EQ(window.pos(), QPoint(50, 60));
     EXPECT_EQ(scrollBar().value(), 123);
     EXPECT_FALSE(window.isMinimized());
     QTest::qWait(500);
-    EXPECT_TRUE(acts.empty());
+    EXPECT_TRUE(sent.empty());
 }
 
-TEST_F(ViewWindowTest, IsMadeAgainMinimisedAndComesBackWhenItIsBroughtToTheFront) {
-    told.place.isMinimised = true;
+TEST_F(ViewWindowTest, StaysMinimizedUntilItIsBroughtToTheFront) {
+    state.place.isMinimised = true;
     show();
     EXPECT_TRUE(window.isMinimized());
     EXPECT_TRUE(window.isVisible());
     bringToFront();
     EXPECT_FALSE(window.isMinimized());
-    EXPECT_TRUE(QTest::qWaitFor([this] { return !acted<WindowPlaced>().empty(); }));
-    EXPECT_FALSE(acted<WindowPlaced>().at(0).place.isMinimised);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !sentOf<WindowPlaced>().empty(); }));
+    EXPECT_FALSE(sentOf<WindowPlaced>().at(0).place.isMinimised);
 }
 
-TEST_F(ViewWindowTest, TakesNoPlaceOverLater) {
+TEST_F(ViewWindowTest, IgnoresALaterPlace) {
     show();
     const QPoint before = window.pos();
-    told.place = {Point{50, 60}, true, 123};
+    state.place = {Point{50, 60}, true, 123};
     bringToFront();
     EXPECT_EQ(window.pos(), before);
     EXPECT_FALSE(window.isMinimized());
     EXPECT_EQ(scrollBar().value(), 0);
 }
 
-TEST_F(ViewWindowTest, ComesWithinReachWhenItsScreenIsGone) {
-    told.place.position = Point{-5000, 100};
+TEST_F(ViewWindowTest, MovesOntoAnotherScreenIfItsOwnIsDisconnected) {
+    state.place.position = Point{-5000, 100};
     show();
     EXPECT_TRUE(window.screen()->geometry().contains(window.geometry()));
 }
 
-TEST_F(ViewWindowTest, FollowsTheFontsWhileItIsOpen) {
+TEST_F(ViewWindowTest, ScalesWhenTheFontChanges) {
     show();
     setFontSize(16.5);
     EXPECT_EQ(window.width(), 660);
@@ -229,35 +229,35 @@ TEST_F(ViewWindowTest, FollowsTheFontsWhileItIsOpen) {
     EXPECT_GT(row->height(), 20);
 }
 
-TEST_F(ViewWindowTest, IsNoHigherThanTheScreenWhileTheListCanGiveWay) {
+TEST_F(ViewWindowTest, IsNoTallerThanTheScreenWhileTheListCanShrink) {
     show();
     setFontSize(19);
     ASSERT_GT(pixels(480) + 40, window.screen()->availableGeometry().height());
     EXPECT_LE(window.height(), window.screen()->availableGeometry().height());
 }
 
-TEST_F(ViewWindowTest, HasTheTextsLegibleInADarkThemeAndInALightOne) {
-    for (const auto& [paper, ink] : {std::pair(QColor(0xEF, 0xEF, 0xEF), QColor(Qt::black)),
-                                     std::pair(QColor(Qt::white), QColor(0x33, 0x33, 0x33)),
-                                     std::pair(QColor(0x2D, 0x2D, 0x2D), QColor(Qt::white)),
-                                     std::pair(QColor(0x1B, 0x1E, 0x20), QColor(0xFC, 0xFC, 0xFC))}) {
+TEST_F(ViewWindowTest, ShowsLegibleTextsInDarkAndLightThemes) {
+    for (const auto& [background, text] : {std::pair(QColor(0xEF, 0xEF, 0xEF), QColor(Qt::black)),
+                                           std::pair(QColor(Qt::white), QColor(0x33, 0x33, 0x33)),
+                                           std::pair(QColor(0x2D, 0x2D, 0x2D), QColor(Qt::white)),
+                                           std::pair(QColor(0x1B, 0x1E, 0x20), QColor(0xFC, 0xFC, 0xFC))}) {
         QPalette palette;
-        palette.setColor(QPalette::Window, paper);
-        palette.setColor(QPalette::WindowText, ink);
-        EXPECT_GE(contrast(roleColor(Color::secondary, palette), paper), 4.5);
-        EXPECT_GE(contrast(roleColor(Color::primary, palette), paper), 4.5);
-        EXPECT_GE(contrast(roleColor(Color::green, palette), paper), 3);
+        palette.setColor(QPalette::Window, background);
+        palette.setColor(QPalette::WindowText, text);
+        EXPECT_GE(contrast(roleColor(Color::secondary, palette), background), 4.5);
+        EXPECT_GE(contrast(roleColor(Color::primary, palette), background), 4.5);
+        EXPECT_GE(contrast(roleColor(Color::green, palette), background), 3);
     }
 }
 
-TEST_F(ViewWindowTest, HasBoxesThatStandOutAlsoUntickedInADarkThemeAndInALightOne) {
-    for (const auto& [paper, base, ink] :
+TEST_F(ViewWindowTest, ShowsDistinctUncheckedBoxesInDarkAndLightThemes) {
+    for (const auto& [background, base, text] :
          {std::tuple(QColor(0xEF, 0xEF, 0xEF), QColor(Qt::white), QColor(Qt::black)),
           std::tuple(QColor(0x2D, 0x2D, 0x2D), QColor(0x23, 0x26, 0x29), QColor(Qt::white)),
           std::tuple(QColor(0x1B, 0x1E, 0x20), QColor(0x14, 0x16, 0x18), QColor(0xFC, 0xFC, 0xFC))}) {
-        QPalette palette(paper);
+        QPalette palette(background);
         palette.setColor(QPalette::Base, base);
-        palette.setColor(QPalette::WindowText, ink);
+        palette.setColor(QPalette::WindowText, text);
         window.setPalette(palette);
         show();
         window.setFocus();
@@ -265,12 +265,12 @@ TEST_F(ViewWindowTest, HasBoxesThatStandOutAlsoUntickedInADarkThemeAndInALightOn
             const bool isBox = qobject_cast<QCheckBox*>(button) != nullptr;
             if (button->isChecked() || (!isBox && qobject_cast<QRadioButton*>(button) == nullptr)) continue;
             const QImage seen = button->grab().toImage().copy(0, 0, 15, button->height());
-            EXPECT_GE(standingOut(seen, paper), isBox ? 0.1 : 0.02) << button->accessibleName().toStdString();
+            EXPECT_GE(standingOut(seen, background), isBox ? 0.1 : 0.02) << button->accessibleName().toStdString();
         }
     }
 }
 
-TEST_F(ViewWindowTest, IsAWindowOfTheApplicationToScreenReaders) {
+TEST_F(ViewWindowTest, IsAWindowToScreenReaders) {
     show();
     const QAccessibleInterface* its = QAccessible::queryAccessibleInterface(&window);
     ASSERT_NE(its, nullptr);

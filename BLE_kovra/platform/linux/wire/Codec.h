@@ -16,31 +16,31 @@ namespace kovra {
 
 using Json = nlohmann::json;
 
-// How values of a type become JSON and come back. Reading is total: it returns whether it was what it had to be.
+// Converts values of a type to JSON and back. read() returns false if the JSON does not represent such a value.
 template <typename T>
-struct Form;
+struct Codec;
 
-// What a type's object holds, told once for both ways: a tuple of what always() and ifAny() make.
+// The members of the JSON object for a type, used for both directions: a tuple of required() and optional() members.
 template <typename T>
 constexpr auto members = nullptr;
 
-// What tells a type from the others of a variant.
+// The name that identifies a type among the alternatives of a variant.
 template <typename T>
 constexpr const char* nameOf = nullptr;
 
-// The names of an enumeration's values, which count from 0.
+// The names of the values of an enumeration, which are numbered from 0.
 template <typename T>
 constexpr auto namesOf = nullptr;
 
-// The member of this name; null where there is none, or no object.
-inline const Json* found(const Json& object, const char* name) {
+// Returns null if there is no such member or no object.
+inline const Json* findMember(const Json& object, const char* name) {
     if (!object.is_object()) return nullptr;
     const auto member = object.find(name);
     return member == object.end() ? nullptr : &*member;
 }
 
 template <>
-struct Form<bool> {
+struct Codec<bool> {
     static Json write(bool value) { return value; }
     static bool read(const Json& json, bool& value) {
         if (!json.is_boolean()) return false;
@@ -50,7 +50,7 @@ struct Form<bool> {
 };
 
 template <std::integral T>
-struct Form<T> {
+struct Codec<T> {
     static Json write(T value) { return value; }
     static bool read(const Json& json, T& value) {
         if (json.is_number_unsigned()) return take(json.get<std::uint64_t>(), value);
@@ -65,9 +65,9 @@ struct Form<T> {
     }
 };
 
-// A finite number, for JSON has no others.
+// JSON has finite numbers only.
 template <>
-struct Form<double> {
+struct Codec<double> {
     static Json write(double value) { return value; }
     static bool read(const Json& json, double& value) {
         if (!json.is_number()) return false;
@@ -77,7 +77,7 @@ struct Form<double> {
 };
 
 template <>
-struct Form<std::string> {
+struct Codec<std::string> {
     static Json write(const std::string& value) { return value; }
     static bool read(const Json& json, std::string& value) {
         if (!json.is_string()) return false;
@@ -86,13 +86,13 @@ struct Form<std::string> {
     }
 };
 
-// None is negative, so that differences of two never overflow.
+// Negative values are invalid, so that differences never overflow.
 template <>
-struct Form<std::chrono::milliseconds> {
+struct Codec<std::chrono::milliseconds> {
     static Json write(std::chrono::milliseconds value) { return value.count(); }
     static bool read(const Json& json, std::chrono::milliseconds& value) {
         std::int64_t count = 0;
-        if (!Form<std::int64_t>::read(json, count) || count < 0) return false;
+        if (!Codec<std::int64_t>::read(json, count) || count < 0) return false;
         value = std::chrono::milliseconds(count);
         return true;
     }
@@ -100,7 +100,7 @@ struct Form<std::chrono::milliseconds> {
 
 template <typename T>
 requires std::is_enum_v<T>
-struct Form<T> {
+struct Codec<T> {
     static Json write(T value) { return namesOf<T>.at(static_cast<std::size_t>(value)); }
     static bool read(const Json& json, T& value) {
         for (std::size_t i = 0; i < namesOf<T>.size(); ++i) {
@@ -113,10 +113,10 @@ struct Form<T> {
 };
 
 template <typename T>
-struct Form<std::vector<T>> {
+struct Codec<std::vector<T>> {
     static Json write(const std::vector<T>& list) {
         Json json = Json::array();
-        for (const T& each : list) json.push_back(Form<T>::write(each));
+        for (const T& each : list) json.push_back(Codec<T>::write(each));
         return json;
     }
     static bool read(const Json& json, std::vector<T>& list) {
@@ -124,39 +124,39 @@ struct Form<std::vector<T>> {
         list.clear();
         list.reserve(json.size());
         for (const Json& each : json) {
-            if (!Form<T>::read(each, list.emplace_back())) return false;
+            if (!Codec<T>::read(each, list.emplace_back())) return false;
         }
         return true;
     }
 };
 
-// One of several types: the object of its value, which says besides what it is.
+// The object of the active alternative, with its name as the additional member `is`.
 template <typename... Kinds>
-struct Form<std::variant<Kinds...>> {
+struct Codec<std::variant<Kinds...>> {
     using Any = std::variant<Kinds...>;
     static Json write(const Any& any) {
         return std::visit(
             []<typename Kind>(const Kind& value) {
-                Json json = Form<Kind>::write(value);
+                Json json = Codec<Kind>::write(value);
                 json["is"] = nameOf<Kind>;
                 return json;
             },
             any);
     }
     static bool read(const Json& json, Any& any) {
-        const Json* is = found(json, "is");
+        const Json* is = findMember(json, "is");
         return is != nullptr && (readAs<Kinds>(*is, json, any) || ...);
     }
 
   private:
     template <typename Kind>
     static bool readAs(const Json& is, const Json& json, Any& any) {
-        return is == nameOf<Kind> && Form<Kind>::read(json, any.template emplace<Kind>());
+        return is == nameOf<Kind> && Codec<Kind>::read(json, any.template emplace<Kind>());
     }
 };
 
 template <typename T>
-requires(!std::is_same_v<decltype(members<T>), const std::nullptr_t>) struct Form<T> {
+requires(!std::is_same_v<decltype(members<T>), const std::nullptr_t>) struct Codec<T> {
     static Json write(const T& value) {
         Json json = Json::object();
         std::apply([&](const auto&... member) { (member.write(value, json), ...); }, members<T>);
@@ -169,53 +169,53 @@ requires(!std::is_same_v<decltype(members<T>), const std::nullptr_t>) struct For
 };
 
 template <typename T, typename V>
-struct Always {
+struct Required {
     const char* name;
     V T::*place;
 
-    void write(const T& value, Json& json) const { json[name] = Form<V>::write(value.*place); }
+    void write(const T& value, Json& json) const { json[name] = Codec<V>::write(value.*place); }
     bool read(const Json& json, T& value) const {
-        const Json* member = found(json, name);
-        return member != nullptr && Form<V>::read(*member, value.*place);
+        const Json* member = findMember(json, name);
+        return member != nullptr && Codec<V>::read(*member, value.*place);
     }
 };
 
-// Left out where it is empty.
+// The JSON omits the member if it is empty.
 template <typename T, typename V>
-struct IfAny {
+struct Optional {
     const char* name;
     V T::*place;
 
     void write(const T& value, Json& json) const {
-        if (!(value.*place).empty()) json[name] = Form<V>::write(value.*place);
+        if (!(value.*place).empty()) json[name] = Codec<V>::write(value.*place);
     }
     bool read(const Json& json, T& value) const {
-        const Json* member = found(json, name);
-        return member == nullptr || Form<V>::read(*member, value.*place);
+        const Json* member = findMember(json, name);
+        return member == nullptr || Codec<V>::read(*member, value.*place);
     }
 };
 
 template <typename T, typename V>
-struct IfAny<T, std::optional<V>> {
+struct Optional<T, std::optional<V>> {
     const char* name;
     std::optional<V> T::*place;
 
     void write(const T& value, Json& json) const {
-        if (value.*place) json[name] = Form<V>::write(*(value.*place));
+        if (value.*place) json[name] = Codec<V>::write(*(value.*place));
     }
     bool read(const Json& json, T& value) const {
-        const Json* member = found(json, name);
-        return member == nullptr || Form<V>::read(*member, (value.*place).emplace());
+        const Json* member = findMember(json, name);
+        return member == nullptr || Codec<V>::read(*member, (value.*place).emplace());
     }
 };
 
 template <typename T, typename V>
-constexpr Always<T, V> always(const char* name, V T::*place) {
+constexpr Required<T, V> required(const char* name, V T::*place) {
     return {name, place};
 }
 
 template <typename T, typename V>
-constexpr IfAny<T, V> ifAny(const char* name, V T::*place) {
+constexpr Optional<T, V> optional(const char* name, V T::*place) {
     return {name, place};
 }
 

@@ -1,4 +1,4 @@
-// What survives of what the user does to a view when another one takes its place.
+// Updates of a view while the user operates it.
 
 #include <gtest/gtest.h>
 
@@ -9,26 +9,26 @@
 namespace kovra {
 namespace {
 
-class ViewRealiserUpdateTest : public ActiveView {};
+class ElementTreeUpdateTest : public ActiveView {};
 
-TEST_F(ViewRealiserUpdateTest, LetsWhatTheUserDidStandUntilTheViewKnowsOfIt) {
+TEST_F(ElementTreeUpdateTest, KeepsTheUsersChangeUntilItIsAcknowledged) {
     showMice(2);
     click(button("Mouse 0"));
     click(button(content.texts.always));
     rig.show(content, 0);
     EXPECT_TRUE(button("Mouse 0").isChecked());
     EXPECT_TRUE(button(content.texts.always).isChecked());
-    // The first change was heard and refused, the second is still on its way.
+    // The first change is acknowledged and rejected, the second is still pending.
     rig.show(content, 1);
     EXPECT_FALSE(button("Mouse 0").isChecked());
     EXPECT_TRUE(button(content.texts.always).isChecked());
     rig.show(content, 2);
     EXPECT_TRUE(button(content.texts.onDevice).isChecked());
     EXPECT_FALSE(button(content.texts.always).isChecked());
-    EXPECT_EQ(rig.changes.size(), 2U);  // none of which was the user's doing
+    EXPECT_EQ(rig.changes.size(), 2U);  // the updates are not changes of the user
 }
 
-TEST_F(ViewRealiserUpdateTest, FollowsWhatIsChangedElsewhereWithoutTellingOfIt) {
+TEST_F(ElementTreeUpdateTest, ShowsChangesFromElsewhereWithoutReportingThem) {
     showMice(2);
     content.isEnabled = false;
     content.mode = "always";
@@ -40,7 +40,7 @@ TEST_F(ViewRealiserUpdateTest, FollowsWhatIsChangedElsewhereWithoutTellingOfIt) 
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewRealiserUpdateTest, ShowsNoModeThatItDoesNotKnow) {
+TEST_F(ElementTreeUpdateTest, SelectsNothingForAnUnknownMode) {
     showMice(0);
     content.mode = "other";
     rig.show(content);
@@ -51,7 +51,7 @@ TEST_F(ViewRealiserUpdateTest, ShowsNoModeThatItDoesNotKnow) {
     EXPECT_TRUE(button(content.texts.always).isChecked());
 }
 
-TEST_F(ViewRealiserUpdateTest, PutsTheListInPlaceOfTheTextAtOnce) {
+TEST_F(ElementTreeUpdateTest, ReplacesTheTextByTheListAtOnce) {
     showMice(0);
     EXPECT_EQ(rig.list(), nullptr);
     showMice(1);
@@ -62,7 +62,7 @@ TEST_F(ViewRealiserUpdateTest, PutsTheListInPlaceOfTheTextAtOnce) {
     EXPECT_NO_THROW(rig.label(content.texts.noDevices));
 }
 
-TEST_F(ViewRealiserUpdateTest, KeepsTheWidgetsOfRowsThatMove) {
+TEST_F(ElementTreeUpdateTest, KeepsTheWidgetsOfRowsThatMove) {
     showMice(20);
     QAbstractButton* const before = &button("Mouse 3");
     std::reverse(content.devices.begin(), content.devices.end());
@@ -72,7 +72,7 @@ TEST_F(ViewRealiserUpdateTest, KeepsTheWidgetsOfRowsThatMove) {
     EXPECT_EQ(rig.place(button("Mouse 19")).top(), rig.placeOfList().top() + pixels(4));
 }
 
-TEST_F(ViewRealiserUpdateTest, KeepsTheFocusOnItsDevice) {
+TEST_F(ElementTreeUpdateTest, KeepsTheFocusOnItsDevice) {
     showMice(20);
     button("Mouse 3").setFocus();
     std::reverse(content.devices.begin(), content.devices.end());
@@ -85,7 +85,7 @@ TEST_F(ViewRealiserUpdateTest, KeepsTheFocusOnItsDevice) {
     EXPECT_EQ(focused(), "Mouse 3");
 }
 
-TEST_F(ViewRealiserUpdateTest, GivesTheFocusOfARowThatGoesToItsNeighbour) {
+TEST_F(ElementTreeUpdateTest, MovesTheFocusOfARemovedRowToItsNeighbor) {
     showMice(4);
     button("Mouse 1").setFocus();
     content.devices.erase(content.devices.begin() + 1);
@@ -100,7 +100,7 @@ TEST_F(ViewRealiserUpdateTest, GivesTheFocusOfARowThatGoesToItsNeighbour) {
     EXPECT_EQ(focused(), "support@example.org");
 }
 
-TEST_F(ViewRealiserUpdateTest, KeepsHowFarItIsScrolled) {
+TEST_F(ElementTreeUpdateTest, KeepsTheScrollPosition) {
     showMice(100);
     QScrollBar& bar = *rig.list()->verticalScrollBar();
     bar.setValue(777);
@@ -116,7 +116,7 @@ TEST_F(ViewRealiserUpdateTest, KeepsHowFarItIsScrolled) {
     EXPECT_EQ(bar.value(), 0);
 }
 
-TEST_F(ViewRealiserUpdateTest, LetsAClickThatIsHalfMadeBeFinished) {
+TEST_F(ElementTreeUpdateTest, FinishesAClickThatBeganBeforeTheUpdate) {
     showMice(3);
     QAbstractButton& row = button("Mouse 1");
     press(row);
@@ -129,7 +129,7 @@ TEST_F(ViewRealiserUpdateTest, LetsAClickThatIsHalfMadeBeFinished) {
     EXPECT_EQ(rig.changes, (Changes{{rowOf("1"), false}}));
 }
 
-TEST_F(ViewRealiserUpdateTest, TicksNothingWhereTheRowHasMovedAway) {
+TEST_F(ElementTreeUpdateTest, TicksNothingIfTheRowMovesAwayDuringTheClick) {
     showMice(5);
     QAbstractButton& row = button("Mouse 1");
     press(row);
@@ -137,11 +137,11 @@ TEST_F(ViewRealiserUpdateTest, TicksNothingWhereTheRowHasMovedAway) {
     std::reverse(content.devices.begin(), content.devices.end());
     rig.show(content);
     ASSERT_NE(rig.surface.childAt(pointer), &row);
-    release(row, row.mapFrom(&rig.surface, pointer));  // which holds the pointer since the press
+    release(row, row.mapFrom(&rig.surface, pointer));  // the row still grabs the pointer
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewRealiserUpdateTest, TicksNothingWhereTheRowIsGone) {
+TEST_F(ElementTreeUpdateTest, TicksNothingIfTheRowIsRemovedDuringTheClick) {
     showMice(5);
     press(button("Mouse 1"));
     content.devices.erase(content.devices.begin() + 1);
@@ -151,7 +151,7 @@ TEST_F(ViewRealiserUpdateTest, TicksNothingWhereTheRowIsGone) {
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewRealiserUpdateTest, KeepsAKeyThatIsHeldWithItsRow) {
+TEST_F(ElementTreeUpdateTest, KeepsAHeldKeyWithItsRow) {
     showMice(5);
     QAbstractButton& row = button("Mouse 1");
     row.setFocus();

@@ -1,4 +1,4 @@
-// Where the parts of the settings window are, against the numbers that its view names, at several sizes of the fonts.
+// The geometry of the settings window at several font sizes, compared with the lengths in its view.
 
 #include <gtest/gtest.h>
 
@@ -13,14 +13,14 @@
 namespace kovra {
 namespace {
 
-// The desktop's font in points of type, and how much larger than usual that is.
+// The size of the desktop's font in points, and the resulting scale.
 struct FontSize {
     double size;
     double scale;
 };
 void PrintTo(const FontSize& font, std::ostream* out) { *out << font.size << " points"; }
 
-class ViewRealiserGeometryTest : public testing::TestWithParam<FontSize> {
+class ElementTreeGeometryTest : public testing::TestWithParam<FontSize> {
     struct WithFont {
         explicit WithFont(double size) {
             QFont font = QApplication::font();
@@ -31,14 +31,14 @@ class ViewRealiserGeometryTest : public testing::TestWithParam<FontSize> {
 
   protected:
     int scaled(double points) const { return static_cast<int>(std::lround(points * GetParam().scale)); }
-    // Between what is above and what is below.
+    // The vertical distance of two rectangles.
     static int gap(const QRect& above, const QRect& below) { return below.top() - above.bottom() - 1; }
 
     QRect placeOfMode() const {
         return rig.place(*rig.button(content.texts.always)) | rig.place(*rig.button(content.texts.onDevice)) |
                rig.place(content.texts.mode);
     }
-    // What of the surface there is in this place that is not its paper.
+    // The bounding rectangle of all pixels in an area that differ from the background.
     QRect painted(const QRect& in) {
         const QImage image = rig.surface.grab().toImage();
         QRect found;
@@ -56,12 +56,12 @@ class ViewRealiserGeometryTest : public testing::TestWithParam<FontSize> {
     sample::Content content;
 };
 
-TEST_P(ViewRealiserGeometryTest, GrowsWithTheFonts) {
+TEST_P(ElementTreeGeometryTest, ScalesWithTheFont) {
     EXPECT_NEAR(fontScale(), GetParam().scale, 0.001);
     EXPECT_EQ(rig.surface.size(), QSize(scaled(440), scaled(480)));
 }
 
-TEST_P(ViewRealiserGeometryTest, LeavesTwentyPointsAtTheSides) {
+TEST_P(ElementTreeGeometryTest, LeavesTwentyPointsAtTheSides) {
     content.devices = sample::mice(3);
     rig.show(content);
     const int left = scaled(20);
@@ -76,7 +76,7 @@ TEST_P(ViewRealiserGeometryTest, LeavesTwentyPointsAtTheSides) {
     EXPECT_EQ(rig.place(*rig.button("Mouse 0")).right() + 1, right);
 }
 
-TEST_P(ViewRealiserGeometryTest, StandsInTheMiddleWithAtLeastTwentyPointsAboveAndBelow) {
+TEST_P(ElementTreeGeometryTest, IsCenteredWithAtLeastTwentyPointsAboveAndBelow) {
     for (const int count : {0, 1, 100}) {
         content.devices = sample::mice(count);
         rig.show(content);
@@ -87,7 +87,7 @@ TEST_P(ViewRealiserGeometryTest, StandsInTheMiddleWithAtLeastTwentyPointsAboveAn
     }
 }
 
-TEST_P(ViewRealiserGeometryTest, LeavesFourteenPointsBetweenTheParts) {
+TEST_P(ElementTreeGeometryTest, LeavesFourteenPointsBetweenTheParts) {
     content.devices = sample::mice(2);
     rig.show(content);
     const QRect title = rig.place(content.texts.title);
@@ -108,20 +108,20 @@ TEST_P(ViewRealiserGeometryTest, LeavesFourteenPointsBetweenTheParts) {
     EXPECT_EQ(gap(status, footer), scaled(14));
 }
 
-TEST_P(ViewRealiserGeometryTest, DrawsTheDividersAcrossTheColumn) {
+TEST_P(ElementTreeGeometryTest, DrawsTheDividersAcrossTheColumn) {
     rig.show(content);
     const QImage image = rig.surface.grab().toImage();
     const int y = placeOfMode().bottom() + 1 + scaled(14);
     const QColor line = image.pixelColor(scaled(20), y);
-    const QColor paper = image.pixelColor(0, y);
-    EXPECT_NE(line, paper);
+    const QColor background = image.pixelColor(0, y);
+    EXPECT_NE(line, background);
     for (int x = 0; x < image.width(); ++x) {
         const bool isInColumn = x >= scaled(20) && x < scaled(440) - scaled(20);
-        ASSERT_EQ(image.pixelColor(x, y), isInColumn ? line : paper) << x;
+        ASSERT_EQ(image.pixelColor(x, y), isInColumn ? line : background) << x;
     }
 }
 
-TEST_P(ViewRealiserGeometryTest, PutsTheRowsSixPointsApartWithFourAboveAndBelow) {
+TEST_P(ElementTreeGeometryTest, PutsTheRowsSixPointsApartWithFourAboveAndBelow) {
     content.devices = sample::mice(3);
     rig.show(content);
     const QRect list = rig.placeOfList();
@@ -134,7 +134,7 @@ TEST_P(ViewRealiserGeometryTest, PutsTheRowsSixPointsApartWithFourAboveAndBelow)
     EXPECT_EQ(list.bottom() - last.bottom(), scaled(4));
 }
 
-TEST_P(ViewRealiserGeometryTest, MakesTheListAsTallAsItsRowsWhileTheyAreFew) {
+TEST_P(ElementTreeGeometryTest, MakesAShortListAsTallAsItsRows) {
     for (const int count : {1, 2, 3}) {
         content.devices = sample::mice(count);
         rig.show(content);
@@ -144,7 +144,7 @@ TEST_P(ViewRealiserGeometryTest, MakesTheListAsTallAsItsRowsWhileTheyAreFew) {
     }
 }
 
-TEST_P(ViewRealiserGeometryTest, ScrollsManyRowsBeyondTwoHundredPointsOrWhatRoomThereIs) {
+TEST_P(ElementTreeGeometryTest, ScrollsAListTallerThanTwoHundredPointsOrTheFreeSpace) {
     content.devices = sample::mice(30);
     rig.show(content);
     EXPECT_LE(rig.list()->height(), scaled(200));
@@ -155,7 +155,7 @@ TEST_P(ViewRealiserGeometryTest, ScrollsManyRowsBeyondTwoHundredPointsOrWhatRoom
         rig.show(one);
         return rig.list()->height();
     }();
-    // All that the rest does not need.
+    // The list takes the space that the rest does not need.
     const int rest = rig.place(content.texts.developedBy).bottom() - rig.place(content.texts.title).top() + 1 -
                      listOfOne + 2 * scaled(20);
     rig.show(content);
@@ -166,7 +166,7 @@ TEST_P(ViewRealiserGeometryTest, ScrollsManyRowsBeyondTwoHundredPointsOrWhatRoom
     EXPECT_EQ(rig.list()->height(), scaled(200));
 }
 
-TEST_P(ViewRealiserGeometryTest, EndsTheScrollBarWithTheColumn) {
+TEST_P(ElementTreeGeometryTest, AlignsTheScrollBarWithTheRightEdgeOfTheColumn) {
     content.devices = sample::mice(30);
     rig.show(content);
     const QRect bar = rig.place(*rig.list()->verticalScrollBar());
@@ -174,7 +174,7 @@ TEST_P(ViewRealiserGeometryTest, EndsTheScrollBarWithTheColumn) {
     EXPECT_EQ(bar.left() - rig.place(*rig.button("Mouse 0")).right() - 1, scaled(8));
 }
 
-TEST_P(ViewRealiserGeometryTest, LeavesRoomForTheRingsOfTheRows) {
+TEST_P(ElementTreeGeometryTest, LeavesSpaceForTheFocusRingsOfTheRows) {
     for (const int count : {3, 30}) {
         content.devices = sample::mice(count);
         rig.show(content);
@@ -183,7 +183,7 @@ TEST_P(ViewRealiserGeometryTest, LeavesRoomForTheRingsOfTheRows) {
     }
 }
 
-TEST_P(ViewRealiserGeometryTest, PaintsDotsOfEightPoints) {
+TEST_P(ElementTreeGeometryTest, PaintsDotsOfEightPoints) {
     content.isMuted = true;
     rig.show(content);
     const QRect status = rig.place(content.texts.status);
@@ -195,7 +195,7 @@ TEST_P(ViewRealiserGeometryTest, PaintsDotsOfEightPoints) {
     EXPECT_GE(status.left() - dot.right() - 1, scaled(6));
 }
 
-TEST_P(ViewRealiserGeometryTest, CentresTheFooterWithFourPointsBetween) {
+TEST_P(ElementTreeGeometryTest, CentersTheFooterWithFourPointsBetweenItsParts) {
     rig.show(content);
     const QRect text = rig.place(content.texts.developedBy);
     const QRect link = rig.place(*rig.button("support@example.org"));
@@ -203,7 +203,7 @@ TEST_P(ViewRealiserGeometryTest, CentresTheFooterWithFourPointsBetween) {
     EXPECT_NEAR(text.left(), rig.surface.width() - 1 - link.right(), 1);
 }
 
-TEST_P(ViewRealiserGeometryTest, CentresWhatIsSaidOfNoDevicesWithSixteenPointsAboveAndBelow) {
+TEST_P(ElementTreeGeometryTest, CentersTheTextForAnEmptyListWithSixteenPointsAboveAndBelow) {
     rig.show(content);
     EXPECT_EQ(rig.list(), nullptr);
     const QRect text = rig.place(content.texts.noDevices);
@@ -212,7 +212,7 @@ TEST_P(ViewRealiserGeometryTest, CentresWhatIsSaidOfNoDevicesWithSixteenPointsAb
     EXPECT_EQ(gap(text, rig.place(content.texts.status)), scaled(16) + 2 * scaled(14) + 1);
 }
 
-TEST_P(ViewRealiserGeometryTest, PutsTheCaptionOfARowAtItsRightEdge) {
+TEST_P(ElementTreeGeometryTest, AlignsTheCaptionOfARowWithItsRightEdge) {
     content.devices = {{"a", "Mouse", false}, {"b", "Rat", true}};
     rig.show(content);
     QAbstractButton& row = *rig.button("Mouse, disconnected");
@@ -220,17 +220,18 @@ TEST_P(ViewRealiserGeometryTest, PutsTheCaptionOfARowAtItsRightEdge) {
     EXPECT_EQ(rig.place(row).width(), scaled(400));
 }
 
-TEST_P(ViewRealiserGeometryTest, CutsNoTextInAnyLanguage) {
+TEST_P(ElementTreeGeometryTest, CutsNoTextInAnyLanguage) {
     for (const sample::Texts& texts : {sample::Texts(), sample::german(), sample::french(), sample::russian()}) {
         for (const int count : {0, 3, 200}) {
             content.texts = texts;
             content.devices = sample::mice(count);
             rig.show(content);
-            EXPECT_LE(rig.view.leastHeight(rig.surface.width()), rig.surface.height()) << texts.title;
+            EXPECT_LE(rig.view.minimumHeight(rig.surface.width()), rig.surface.height()) << texts.title;
             const QRect column(scaled(20), scaled(20), scaled(440) - 2 * scaled(20), scaled(480) - 2 * scaled(20));
             for (auto* each : rig.surface.findChildren<QLabel*>()) {
                 auto& label = dynamic_cast<TextLabel&>(*each);
-                EXPECT_EQ(each->height(), label.paragraph().heightFor(each->width())) << each->text().toStdString();
+                EXPECT_EQ(each->height(), label.paragraph().heightForWidth(each->width()))
+                    << each->text().toStdString();
                 EXPECT_TRUE(column.contains(rig.place(*each))) << each->text().toStdString();
             }
             for (auto* each : rig.surface.findChildren<QRadioButton*>()) EXPECT_TRUE(column.contains(rig.place(*each)));
@@ -239,7 +240,7 @@ TEST_P(ViewRealiserGeometryTest, CutsNoTextInAnyLanguage) {
     }
 }
 
-TEST_P(ViewRealiserGeometryTest, WrapsALongNameWithinItsRow) {
+TEST_P(ElementTreeGeometryTest, WrapsALongNameWithinItsRow) {
     const std::string unbroken(300, 'W');
     content.devices = {{"a", unbroken, false}, {"b", "A name of many words " + std::string(200, 'x'), false}};
     rig.show(content);
@@ -247,7 +248,7 @@ TEST_P(ViewRealiserGeometryTest, WrapsALongNameWithinItsRow) {
     EXPECT_GT(rig.button(unbroken + ", disconnected")->height(), 3 * scaled(12));
 }
 
-INSTANTIATE_TEST_SUITE_P(Fonts, ViewRealiserGeometryTest,
+INSTANTIATE_TEST_SUITE_P(Fonts, ElementTreeGeometryTest,
                          testing::Values(FontSize{9, 1}, FontSize{10, 1}, FontSize{11, 1}, FontSize{13.75, 1.25},
                                          FontSize{16.5, 1.5}, FontSize{22, 2}),
                          [](const auto& each) { return "Of" + std::to_string(std::lround(each.param.size)); });

@@ -1,4 +1,4 @@
-#include "BLE_kovra/platform/linux/ui/windows/Front.h"
+#include "BLE_kovra/platform/linux/ui/windows/BringToFront.h"
 
 #include <xcb/xcb.h>
 
@@ -30,16 +30,16 @@ xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-// Asks the window manager as a task bar does for its user. The toolkit asks in the program's own name, and many a
-// window manager then compares what the user did last where: a program that has no window yet always loses.
+// Requests activation from the window manager like a task bar. The toolkit's own request names the program as the
+// source. Many window managers then compare user times, and a program without a window always loses.
 void activateForUser(xcb_connection_t* server, xcb_window_t window) {
-    constexpr std::uint32_t fromUser = 2;
+    constexpr std::uint32_t sourceIsPager = 2;
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
     message.type = atom(server, "_NET_ACTIVE_WINDOW");
-    message.data.data32[0] = fromUser;
+    message.data.data32[0] = sourceIsPager;
     message.data.data32[1] = XCB_CURRENT_TIME;
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(server)).data->root;
     xcb_send_event(server, 0, root, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
@@ -47,10 +47,10 @@ void activateForUser(xcb_connection_t* server, xcb_window_t window) {
     xcb_flush(server);
 }
 
-// Does so when the window is to be seen: before that no window manager knows it.
-class OnceSeen : public QObject {
+// Activates the window when it is first exposed. Window managers do not know it before.
+class ActivateOnExpose : public QObject {
   public:
-    explicit OnceSeen(QWindow& window) : QObject(&window), window_(window) { window.installEventFilter(this); }
+    explicit ActivateOnExpose(QWindow& window) : QObject(&window), window_(window) { window.installEventFilter(this); }
 
   private:
     bool eventFilter(QObject* object, QEvent* event) override {
@@ -77,7 +77,7 @@ void bringToFront(QWidget& window, const std::string& activationToken) {
     if (shown.isExposed())
         activateForUser(xServer(), static_cast<xcb_window_t>(shown.winId()));
     else
-        new OnceSeen(shown);
+        new ActivateOnExpose(shown);
 }
 
 }  // namespace kovra

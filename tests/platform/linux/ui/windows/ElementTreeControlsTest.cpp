@@ -1,4 +1,4 @@
-// What the user does to a view, with the mouse, the keyboard or a screen reader.
+// Input from the mouse, the keyboard or a screen reader.
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,9 @@
 namespace kovra {
 namespace {
 
-class ViewRealiserControlsTest : public ActiveView {};
+class ElementTreeControlsTest : public ActiveView {};
 
-TEST_F(ViewRealiserControlsTest, TellsATickByTheDevicesId) {
+TEST_F(ElementTreeControlsTest, ReportsATickWithTheIdOfTheDevice) {
     showMice(3);
     click(button("Mouse 1"));
     EXPECT_EQ(rig.changes, (Changes{{rowOf("1"), true}}));
@@ -21,21 +21,21 @@ TEST_F(ViewRealiserControlsTest, TellsATickByTheDevicesId) {
     EXPECT_EQ(rig.changes[2], (Change{rowOf("2"), true}));
 }
 
-TEST_F(ViewRealiserControlsTest, TellsTheSwitchAndTheModeByTheirPlaces) {
+TEST_F(ElementTreeControlsTest, ReportsTheSwitchAndTheModeByTheirPositions) {
     showMice(1);
     click(button(content.texts.block));
     click(button(content.texts.always));
     EXPECT_EQ(rig.changes, (Changes{{{"1"}, false}, {{"2"}, std::string("always")}}));
 }
 
-TEST_F(ViewRealiserControlsTest, TellsAChoiceThatIsTheChoiceAlready) {
+TEST_F(ElementTreeControlsTest, ReportsAChoiceThatIsAlreadySelected) {
     showMice(0);
     click(button(content.texts.onDevice));
     EXPECT_EQ(rig.changes, (Changes{{{"2"}, std::string("onDevice")}}));
     EXPECT_TRUE(button(content.texts.onDevice).isChecked());
 }
 
-TEST_F(ViewRealiserControlsTest, CanBeClickedOnAllOfARow) {
+TEST_F(ElementTreeControlsTest, AcceptsAClickAnywhereOnARow) {
     showMice(1);
     QAbstractButton& row = button("Mouse 0");
     for (const QPoint at : {QPoint(1, 1), QPoint(row.width() - 2, 1), QPoint(row.width() / 2, row.height() - 2)})
@@ -43,7 +43,7 @@ TEST_F(ViewRealiserControlsTest, CanBeClickedOnAllOfARow) {
     EXPECT_EQ(rig.changes.size(), 3U);
 }
 
-TEST_F(ViewRealiserControlsTest, TellsOfTheLink) {
+TEST_F(ElementTreeControlsTest, ReportsThatTheLinkWasFollowed) {
     showMice(0);
     QAbstractButton& link = button("support@example.org");
     click(link);
@@ -52,7 +52,7 @@ TEST_F(ViewRealiserControlsTest, TellsOfTheLink) {
     EXPECT_EQ(rig.links, std::vector<std::vector<std::string>>(4, {"9", "1"}));
 }
 
-TEST_F(ViewRealiserControlsTest, ReachesEveryControlByTabAsTheEyeDoes) {
+TEST_F(ElementTreeControlsTest, TabReachesEveryControlInVisualOrder) {
     showMice(3);
     std::swap(content.devices[0], content.devices[2]);
     content.devices.insert(content.devices.begin() + 1, {"new", "New"});
@@ -73,7 +73,7 @@ TEST_F(ViewRealiserControlsTest, ReachesEveryControlByTabAsTheEyeDoes) {
     EXPECT_EQ(focused(), "Mouse 0");
 }
 
-TEST_F(ViewRealiserControlsTest, MovesByTheArrowKeys) {
+TEST_F(ElementTreeControlsTest, ArrowKeysMoveTheFocus) {
     showMice(2);
     button(content.texts.onDevice).setFocus();
     key(Qt::Key_Up);
@@ -86,7 +86,7 @@ TEST_F(ViewRealiserControlsTest, MovesByTheArrowKeys) {
     EXPECT_EQ(focused(), "Mouse 0");
 }
 
-TEST_F(ViewRealiserControlsTest, ScrollsWhatTheKeyboardReachesIntoSight) {
+TEST_F(ElementTreeControlsTest, ScrollsTheFocusedRowIntoView) {
     showMice(50);
     const auto isInSight = [this](const std::string& name) {
         QWidget& row = button(name);
@@ -102,7 +102,7 @@ TEST_F(ViewRealiserControlsTest, ScrollsWhatTheKeyboardReachesIntoSight) {
     EXPECT_TRUE(isInSight("Mouse 0"));
 }
 
-TEST_F(ViewRealiserControlsTest, NamesEveryControlForScreenReaders) {
+TEST_F(ElementTreeControlsTest, NamesEveryControlForScreenReaders) {
     content.devices = {{"a", "Mouse"}, {"b", "Rat", false}};
     rig.show(content);
     for (const char* name : {"Mute trackpad", "Always", "When the selected mouse is connected", "Mouse",
@@ -112,18 +112,18 @@ TEST_F(ViewRealiserControlsTest, NamesEveryControlForScreenReaders) {
     EXPECT_EQ(button("Always").parentWidget()->accessibleName(), "Mode:");
 }
 
-TEST_F(ViewRealiserControlsTest, ShowsTextsAsTheyAre) {
+TEST_F(ElementTreeControlsTest, ShowsTextsLiterally) {
     content.devices = {{"a", "a & b && <b>c</b> _d\te\nf"}};
     content.texts.title = "<i>x</i> & y";
     rig.show(content);
     EXPECT_NE(rig.button("a & b && <b>c</b> _d e f"), nullptr);
     EXPECT_NO_THROW(rig.label("<i>x</i> & y"));
-    // Not one key more than the specified ones does anything.
+    // No character of a text marks a shortcut.
     for (const Qt::Key each : {Qt::Key_B, Qt::Key_Y, Qt::Key_D}) QTest::keyClick(&rig.surface, each, Qt::AltModifier);
     EXPECT_TRUE(rig.changes.empty());
 }
 
-TEST_F(ViewRealiserControlsTest, ShowsNamesThatAreAlikeAsDevicesOfTheirOwn) {
+TEST_F(ElementTreeControlsTest, ShowsDevicesWithTheSameNameSeparately) {
     content.devices = {{"a", "Mouse"}, {"b", "Mouse"}};
     rig.show(content);
     const auto rows = rig.list()->findChildren<QCheckBox*>();

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QPointer>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/ui/elements/Element.h"
+#include "BLE_kovra/platform/linux/ui/elements/Surface.h"
+
+namespace kovra {
+
+// The elements that show a view on a surface.
+class ElementTree {
+  public:
+    // Both outlive the tree.
+    ElementTree(Surface& surface, UserActions& actions) : surface_(surface), actions_(actions) {}
+    ~ElementTree() { surface_.setElement(nullptr); }
+    ElementTree(const ElementTree&) = delete;
+    ElementTree& operator=(const ElementTree&) = delete;
+
+    // Shows another view. Elements that are in both views stay, with the focus and a click in progress. If the focused
+    // widget is removed, its neighbor receives the focus. The view includes the user's changes up to `acknowledged`.
+    void show(const View& view, std::uint64_t acknowledged);
+
+    // Lays the elements out in the middle of this size.
+    void layOut(const QSize& size);
+    // The smallest height that cuts nothing.
+    int minimumHeight(int width);
+
+  private:
+    void orderWidgets();
+
+    Surface& surface_;
+    UserActions& actions_;
+    std::unique_ptr<Element> root_;
+    std::vector<QPointer<QWidget>> widgets_;  // from top to bottom
+};
+
+}  // namespace kovra
