@@ -89,5 +89,25 @@ TEST_F(DaemonHandOverTest, ThatKeepsFailingIsRetriedWithGrowingDelays) {
     EXPECT_TRUE(becomesTheFlagOf(bob));
 }
 
+TEST_F(DaemonHandOverTest, ThatFailsForAnotherUserOrAfterASuccessIsRetriedWithTheFirstDelay) {
+    startWith(Backoff(10ms, 1h));
+    obstruct();
+    const auto retriesAreQuick = [&] {
+        const std::size_t first = evaluations.size();
+        return rig.flag.runUntil([&] { return evaluations.size() >= first + 4; }) &&
+               evaluations[first + 3] - evaluations[first] < 600ms;
+    };
+    rig.switchTo(bob);
+    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 6; }));  // the next delay is 320 ms
+    rig.switchTo(alice);
+    EXPECT_TRUE(retriesAreQuick());
+    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 12; }));
+    fs::remove_all(inTheWay);
+    ASSERT_TRUE(becomesTheFlagOf(alice));
+    obstruct();
+    fs::remove(rig.flag.state());
+    EXPECT_TRUE(retriesAreQuick());
+}
+
 }  // namespace
 }  // namespace kovra::helper

@@ -82,7 +82,8 @@ class DaemonRig {
     FlagRig flag;
     std::optional<uid_t> activeUser;
     std::set<uid_t> running;
-    std::optional<uid_t> askedFor;
+    std::optional<uid_t> askedFor;   // by the last question for the application
+    bool wasMutedWhenAsked = false;  // the pad, at that question
     int releases = 0;
 
   private:
@@ -91,6 +92,7 @@ class DaemonRig {
                 .isApplicationRunning =
                     [this](uid_t user) {
                         askedFor = user;
+                        wasMutedWhenAsked = is("1");
                         return running.contains(user);
                     },
                 .releaseApplication = [this] { ++releases; }};

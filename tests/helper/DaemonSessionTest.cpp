@@ -67,6 +67,14 @@ TEST_F(DaemonSessionTest, GivesTheNextUserTheirOwnFlagThatSaysOff) {
     EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
 }
 
+TEST_F(DaemonSessionTest, UnmutesThePadBeforeAHandOver) {
+    rig.startMuted();
+    rig.switchTo(alice);
+    EXPECT_TRUE(rig.wasMutedWhenAsked);
+    rig.switchTo(bob);
+    EXPECT_FALSE(rig.wasMutedWhenAsked);
+}
+
 TEST_F(DaemonSessionTest, MutesAgainForTheUserWhoReturns) {
     rig.startMuted();
     rig.switchTo(bob);

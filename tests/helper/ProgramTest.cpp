@@ -76,8 +76,11 @@ class Process {
     bool keepsRunningFor(std::chrono::milliseconds time) {
         return !waitUntil([this] { return !isRunning(); }, time);
     }
-    int end(int signal) {
-        if (isRunning()) ::kill(number_, signal);
+    void signal(int number) {
+        if (isRunning()) ::kill(number_, number);
+    }
+    int end(int number) {
+        signal(number);
         return result();
     }
 
@@ -130,6 +133,7 @@ class Machine {
         return std::make_unique<Process>([&] {
             ::setenv("LD_PRELOAD", (sanitizer() + KOVRA_UMOCKDEV_PRELOAD).c_str(), 1);
             if (!notifySocket.empty()) ::setenv("NOTIFY_SOCKET", notifySocket.c_str(), 1);
+            if (isLogClosed) closeLog();
             if (::chroot(root.c_str()) != 0 || ::chdir("/") != 0) return;
             const char* given = argument.empty() ? nullptr : argument.c_str();
             ::execl(KOVRA_HELPER, "ble-kovra-helper", given, nullptr);
@@ -158,8 +162,15 @@ class Machine {
     bool is(const std::string& value) const { return computer.inhibited("input5") == value; }
 
     MockInputs computer;
+    bool isLogClosed = false;  // whether programs write their log to a pipe without a reader
 
   private:
+    static void closeLog() {
+        ::signal(SIGPIPE, SIG_DFL);  // umockdev ignores it
+        int ends[2];
+        if (::pipe(ends) != 0 || ::dup2(ends[1], STDERR_FILENO) < 0) ::_exit(1);
+        for (const int end : ends) ::close(end);
+    }
     static void mount(const std::string& what, const std::string& where, const char* type, unsigned long how) {
         if (::mount(what.c_str(), where.c_str(), type, how, nullptr) != 0)
             throw std::runtime_error("cannot mount " + where);
@@ -212,6 +223,55 @@ TEST(ProgramTest, UnmutesByReleaseWhatAKilledProcessHasLeft) {
     });
 }
 
+TEST(ProgramTest, RetriesAtItsEndToUnmuteAPadWhoseDriverRefuses) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        const auto application = machine.startApplication();
+        const auto helper = machine.startMuted();
+        machine.computer.refuseWrites("input5");
+        helper->signal(SIGTERM);
+        EXPECT_TRUE(helper->keepsRunningFor(500ms));
+        machine.computer.acceptWrites("input5", "1");
+        EXPECT_EQ(helper->result(), 0);
+        EXPECT_TRUE(machine.is("0"));
+    });
+}
+
+TEST(ProgramTest, FailsIfThePadCannotBeUnmuted) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        const auto application = machine.startApplication();
+        machine.startMuted()->end(SIGKILL);
+        machine.computer.refuseWrites("input5");
+        EXPECT_EQ(machine.start("--release")->result(), 1);
+    });
+}
+
+TEST(ProgramTest, HasNothingToReleaseWithoutAListOfMutedPadsAndFailsIfItCannotBeRead) {
+    inPrivateMachine([](uid_t user) {
+        const Machine machine(user);
+        EXPECT_EQ(machine.start("--release")->result(), 0);
+        const fs::path folder = root + "/run/ble-kovra-helper";
+        EXPECT_FALSE(fs::exists(folder));
+        fs::create_directory(folder);
+        fs::create_directory_symlink("/", folder / "pads");
+        const ServiceManager manager;
+        EXPECT_EQ(machine.start("--release", "/run/notify")->result(), 1);
+    });
+}
+
+TEST(ProgramTest, UnmutesThePadEvenIfItsLogIsClosed) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        machine.isLogClosed = true;
+        const auto application = machine.startApplication();
+        const auto helper = machine.startMuted();
+        fs::rename(flagFolder, flagFolder + ".away");
+        EXPECT_EQ(helper->result(), 1);
+        EXPECT_TRUE(machine.is("0"));
+    });
+}
+
 TEST(ProgramTest, LeavesThePadAloneThatAnotherInstanceHasMuted) {
     inPrivateMachine([](uid_t user) {
         Machine machine(user);
@@ -261,6 +321,14 @@ TEST(ProgramTest, DelaysItsRestartIfItCannotStart) {
         EXPECT_TRUE(manager.receives("STATUS=Cannot start; trying again"));
         EXPECT_TRUE(helper->keepsRunningFor(500ms));
         EXPECT_EQ(helper->end(SIGTERM), 1);
+        fs::remove(root + "/Library");
+        fs::rename(root + "/elsewhere", root + "/Library");
+        const auto first = machine.start({}, "/run/notify");
+        EXPECT_TRUE(manager.receives("READY=1"));
+        const auto second = machine.start({}, "/run/notify");
+        EXPECT_TRUE(manager.receives("STATUS=Cannot start; trying again"));
+        EXPECT_TRUE(second->keepsRunningFor(500ms));
+        EXPECT_EQ(second->end(SIGTERM), 1);
     });
 }
 

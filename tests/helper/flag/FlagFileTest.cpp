@@ -2,8 +2,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <vector>
@@ -71,6 +74,34 @@ TEST(FlagFileTest, IsOneUsersOnlyIfTheWholeAccessListSaysSo) {
         EXPECT_EQ(rig.folder().isFlagOf(std::nullopt), isNobodys);
         EXPECT_FALSE(rig.folder().isFlagOf(0));
     }
+}
+
+TEST(FlagFileTest, IsCreatedForItsOwnerAloneAndReplacesNoFile) {
+    const FlagRig rig;
+    const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto before = ::umask(0);
+    EXPECT_TRUE(FlagFile::create(folder.number(), "new", FlagFile::Content::on));
+    ::umask(before);
+    EXPECT_EQ(rig.content("new"), "on");
+    EXPECT_EQ(accessList(rig.path("new")), "u::rw-,g::---,o::---");
+    EXPECT_FALSE(FlagFile::create(folder.number(), "new", FlagFile::Content::off));
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_EQ(rig.content("new"), "on");
+}
+
+TEST(FlagFileTest, IsNotLeftBehindIncomplete) {
+    const FlagRig rig;
+    const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit oneByte{1, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &oneByte), 0);
+    const bool isCreated = FlagFile::create(folder.number(), "new", FlagFile::Content::off).has_value();
+    const int error = errno;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_FALSE(isCreated);
+    EXPECT_EQ(error, ENOSPC);
+    EXPECT_TRUE(rig.names().empty());
 }
 
 }  // namespace

@@ -61,6 +61,16 @@ TEST(FlagFolderAttackTest, AFileThatTheHelperHasNotCreatedKeepsItsAccessList) {
     }
 }
 
+TEST(FlagFolderAttackTest, AFileThatTheHelperHasNotCreatedIsNotTruncated) {
+    FlagRig rig;
+    const std::string text(100, 'x');
+    writeFile(rig.root() + "/long", text);
+    setAccessList(rig.root() + "/long", "u::rw-,g::rw-,o::---");
+    fs::create_hard_link(rig.root() + "/long", rig.path("state.left.61002"));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_EQ(readFile(rig.root() + "/long"), text);
+}
+
 TEST(FlagFolderAttackTest, ASecondLinkGivesNoAccessToTheNextUsersFlag) {
     FlagRig rig;
     rig.makeFolder("theirs");

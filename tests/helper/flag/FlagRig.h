@@ -22,15 +22,15 @@ inline constexpr const char* folderPath = "/Library/Application Support/ble-kovr
 // An empty flag folder below a temporary root. Operations of the daemon run without capabilities, as in its unit.
 class FlagRig {
   public:
-    FlagRig() {
-        makeFolder("");
-        makeFolder("Library");
-        makeFolder("Library/Application Support");
-        makeFolder("Library/Application Support/ble-kovra");
-    }
+    FlagRig() { makeFlagFolder(); }
 
+    // Creates those folders of the flag's path that are missing.
+    void makeFlagFolder() const {
+        for (const char* name : {"", "Library", "Library/Application Support", "Library/Application Support/ble-kovra"})
+            makeFolder(name);
+    }
     void makeFolder(const std::string& name) const {
-        const std::string path = root_ / name;
+        const std::string path = root() + "/" + name;
         ::mkdir(path.c_str(), 0755);
         if (::chmod(path.c_str(), 0755) != 0) throw std::runtime_error("no folder " + path);
     }

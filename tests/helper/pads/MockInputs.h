@@ -95,11 +95,17 @@ class MockInputs {
         std::filesystem::remove_all(folder(paths_.at(input)));
     }
 
-    std::string inhibited(const std::string& input) const {
-        return readFile(folder(paths_.at(input)) / "inhibited").substr(0, 1);
+    std::string inhibited(const std::string& input) const { return readFile(attribute(input)).substr(0, 1); }
+    void inhibit(const std::string& input, const std::string& value) { writeFile(attribute(input), value + "\n"); }
+
+    // Makes writes of the attribute fail, until acceptWrites() sets it to this value.
+    void refuseWrites(const std::string& input) {
+        std::filesystem::remove(attribute(input));
+        std::filesystem::create_symlink("/dev/full", attribute(input));
     }
-    void inhibit(const std::string& input, const std::string& value) {
-        writeFile(folder(paths_.at(input)) / "inhibited", value + "\n");
+    void acceptWrites(const std::string& input, const std::string& value) {
+        writeFile(folder(paths_.at(input)) / "next", value + "\n");
+        std::filesystem::rename(folder(paths_.at(input)) / "next", attribute(input));
     }
 
   private:
@@ -109,6 +115,7 @@ class MockInputs {
         std::filesystem::create_directory_symlink(sys_ / subsystem, folder(path) / "subsystem");
     }
     std::filesystem::path folder(const std::string& path) const { return sys_ / path.substr(1); }
+    std::filesystem::path attribute(const std::string& input) const { return folder(paths_.at(input)) / "inhibited"; }
     std::filesystem::path inClass(const std::string& name) const { return sys_ / "class/input" / name; }
 
     Handle<UMockdevTestbed, g_object_unref> testbed_;

@@ -76,7 +76,8 @@ TEST_F(MutedPadsTest, HaveNamesOfInputDevicesOnly) {
         EXPECT_FALSE(MutedPads::isName(name)) << name;
         EXPECT_EQ(MutedPads(runtime).add(name), EINVAL) << name;
     }
-    for (const char* name : {"input0", "input17", "input4294967295"}) EXPECT_TRUE(MutedPads::isName(name)) << name;
+    for (const char* name : {"input0", "input17", "input18446744073709551615"})
+        EXPECT_TRUE(MutedPads::isName(name)) << name;
 }
 
 TEST_F(MutedPadsTest, IgnoreOtherFilesInTheFolder) {
@@ -109,6 +110,14 @@ TEST_F(MutedPadsTest, FollowNoLinkInPlaceOfTheFolder) {
 TEST_F(MutedPadsTest, AreNotAddedIfOthersMayWriteTheFolder) {
     fs::create_directories(pads);
     const Rights open(pads, 0777);
+    EXPECT_EQ(MutedPads(runtime).add("input17"), EPERM);
+    EXPECT_TRUE(fs::is_empty(pads));
+}
+
+TEST_F(MutedPadsTest, AreNotAddedIfTheFolderBelongsToAnotherUser) {
+    fs::create_directories(pads);
+    if (::geteuid() != 0) return;  // only root can change the owner
+    OrdinaryUser::give(pads);
     EXPECT_EQ(MutedPads(runtime).add("input17"), EPERM);
     EXPECT_TRUE(fs::is_empty(pads));
 }

@@ -44,7 +44,9 @@ TEST_F(MuterTest, UnmutesWhatAnEarlierProcessHasLeft) {
 
 TEST_F(MuterTest, LeavesADeviceAloneThatAnotherProgramHasInhibited) {
     computer.plug("input5", "1\n");
-    muter.muteOnly({"input5", "input6"});
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 2; ++i) muter.muteOnly({"input5", "input6"});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "<4>input5 is inhibited by somebody else, and left alone\n");
     EXPECT_EQ(recordedPads(), Names{"input6"});
     muter.muteOnly({});
     EXPECT_TRUE(computer.isInhibited("input5"));
@@ -57,15 +59,20 @@ TEST_F(MuterTest, DoesNotMuteWhatItCannotRecord) {
     EXPECT_TRUE(computer.isActive("input5"));
 }
 
-TEST_F(MuterTest, LogsOnceThatItCannotRecord) {
+TEST_F(MuterTest, LogsThatItCannotRecordOnceUntilTheDeviceIsToBeMutedAgain) {
     writeFile(runtime, "a file in the way");
     computer.plug("input15");
     computer.plug("input16");
     testing::internal::CaptureStderr();
+    const std::string lines =
+        "<4>input15 is not muted, since it cannot be recorded: Not a directory\n"
+        "<4>input16 is not muted, since it cannot be recorded: Not a directory\n";
     for (int i = 0; i < 3; ++i) muter.muteOnly({"input15", "input16"});
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "<4>input15 is not muted, since it cannot be recorded: Not a directory\n"
-              "<4>input16 is not muted, since it cannot be recorded: Not a directory\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), lines);
+    testing::internal::CaptureStderr();
+    muter.muteOnly({});
+    for (int i = 0; i < 3; ++i) muter.muteOnly({"input15", "input16"});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), lines);
 }
 
 TEST_F(MuterTest, UnmutesEvenIfTheListWasRemoved) {
@@ -133,6 +140,17 @@ TEST_F(MuterTest, RetriesToUnmuteADeviceWhoseDriverRefuses) {
     computer.acceptWrites("input5");
     EXPECT_TRUE(runUntil(loop, [&] { return computer.isActive("input5"); }));
     EXPECT_EQ(recordedPads(), Names());
+}
+
+TEST_F(MuterTest, RetriesSoonAgainAfterAnotherRequest) {
+    muter.muteOnly({"input5"});
+    computer.refuseWrites("input5");
+    muter.muteOnly({});
+    runFor(loop, 1s);  // the next retry is due only 0.8 s after the fourth one
+    muter.muteOnly({});
+    computer.acceptWrites("input5");
+    EXPECT_TRUE(runUntil(
+        loop, [&] { return computer.isActive("input5"); }, 1s));
 }
 
 TEST_F(MuterTest, StopsRetryingWhenTheDeviceIsToBeMutedAgain) {

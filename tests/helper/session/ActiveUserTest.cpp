@@ -57,9 +57,9 @@ class LoginManager {
   private:
     static void replace(const std::string& name, const std::string& text) {
         const std::string path = "/run/systemd/" + name;
-        const std::string newFlag = "/run/systemd/." + fs::path(name).filename().string();
-        writeFile(newFlag, text);
-        fs::rename(newFlag, path);
+        const std::string newPath = "/run/systemd/." + fs::path(name).filename().string();
+        writeFile(newPath, text);
+        fs::rename(newPath, path);
     }
 };
 
@@ -159,6 +159,9 @@ TEST(ActiveUserTest, IsFoundAfterFilesWereMissingOrDamaged) {
         manager.foreground("1", 1000);
         EXPECT_TRUE(listener.staysSilent());
         manager.session("1", 1000, "active", "user", true);
+        EXPECT_TRUE(listener.staysSilent());
+        writeFile("/run/systemd/sessions/1", "UID=1000\nACTIVE=1\nSTATE=active\nCLASS=user\nSEAT=seat0\n");
+        manager.foreground("1", 1000);  // without REMOTE
         EXPECT_TRUE(listener.staysSilent());
         manager.session("1", 1000);
         EXPECT_TRUE(listener.becomes(1000));

