@@ -36,28 +36,34 @@ def main():
 
 
 def measure(task):
-    commands, failed = dict(task["programs"]), {}
+    rounds, failed = {name: [] for name in task["programs"]}, {}
     with tempfile.TemporaryDirectory() as folder, TrayHost(task["tray_host"]) as host:
         cost = Cost(task, host, pathlib.Path(folder))
-        for name in list(commands):
-            try:
-                cost.of(name, is_deep=False)
-            except NoIcon as reason:
-                failed[name] = str(reason)
-                del commands[name]
-        rounds = {name: [] for name in commands}
+        for name in task["programs"]:
+            cost.try_first(name)
         for number in range(task["rounds"]):
             print(f"bench: round {number + 1} of {task['rounds']}", file=sys.stderr)
-            names = list(commands)
+            names = list(rounds)
             shift = number % max(1, len(names))
             for name in names[shift:] + names[:shift]:
-                rounds[name].append(cost.of(name, is_deep=number < task["deep"]))
+                try:
+                    rounds[name].append(cost.of(name, is_deep=number < task["deep"]))
+                except NoIcon as reason:
+                    failed[name] = str(reason)
+                    del rounds[name]
     return {"rounds": rounds, "failed": failed}
 
 
 class Cost:
     def __init__(self, task, host, folder):
         self._task, self._host, self._folder = task, host, folder
+
+    def try_first(self, name):
+        """A start that does not count: much of it comes from the disk."""
+        try:
+            self.of(name, is_deep=False)
+        except NoIcon:
+            pass
 
     def of(self, name, is_deep):
         """One start of this program, and all that is measured of it."""
