@@ -21,7 +21,7 @@ def known_tests(root):
                 suites.add(suite)
                 tests.add(f"{suite}.{name}")
         elif source.name == "CMakeLists.txt":
-            suites.update(re.findall(r"add_test\(\s*NAME\s+(\w+)", source.read_text(encoding="utf-8")))
+            suites.update(re.findall(r"kovra_check\(\s*(\w+)", source.read_text(encoding="utf-8")))
         elif source.suffix == ".py":
             kind = source.relative_to(root / "tests").parts[0]
             sentences = re.findall(r"@scenario\(\s*\"((?:[^\"\\]|\\.)*)\"", source.read_text(encoding="utf-8"))
