@@ -44,7 +44,7 @@ class Process:
     def is_running(self):
         return self._process.poll() is None
 
-    def wait_exit(self, limit=15.0):
+    def wait_exit(self, limit=20.0):
         """Returns the exit status, or minus the signal that ended the process."""
         wait_for(lambda: not self.is_running(), f"{self.name} to end", limit)
         return self._process.returncode

@@ -85,7 +85,7 @@ def item_of_program(connection):
     return Item(connection, PROGRAM, "/StatusNotifierItem")
 
 
-def registered_item(connection, pid, limit=20.0):
+def registered_item(connection, pid, limit=60.0):
     """Waits until the watcher lists an item of this process."""
     bus = Caller(connection)
 

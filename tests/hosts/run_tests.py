@@ -5,6 +5,7 @@ import argparse
 import pathlib
 import shutil
 import signal
+import subprocess
 import sys
 import tempfile
 import traceback
@@ -18,12 +19,16 @@ from waiting import Failed, now
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("binary", nargs="?", default=ROOT / "build/release/ble-kovra", help="the program to test")
+    parser.add_argument("binary", nargs="?", help="the program to test, instead of the one in the packages")
     parser.add_argument("--only", action="append", default=[], metavar="NAME",
                         help="run this scenario, or this host's, or HOST/SCENARIO; may be repeated")
+    parser.add_argument("--built", action="store_true", help="take the packages that were built last")
     parser.add_argument("--keep", action="store_true", help="keep the folders of the desktops, also when all went well")
     arguments = parser.parse_args()
-    binary = pathlib.Path(arguments.binary).resolve()
+    if not (arguments.built or arguments.binary) and subprocess.run([ROOT / "tools/build-packages"]).returncode != 0:
+        print("hosts: the packages were not built", file=sys.stderr)
+        return 1
+    binary = pathlib.Path(arguments.binary or ROOT / "build/packages/program/ble-kovra").resolve()
     if not binary.is_file():
         print(f"hosts: there is no program at {binary}", file=sys.stderr)
         return 1

@@ -119,7 +119,7 @@ class Person:
     def _read(self):
         """Returns for each window (role, title) everything with a name: role, name, and whether it is checked."""
         reading = subprocess.run([sys.executable, "-W", "ignore", READER, "read"], env=self._desktop.environment,
-                                 capture_output=True, text=True, timeout=30)
+                                 capture_output=True, text=True, timeout=90)
         if reading.returncode != 0:
             return reading.stderr
         windows = {}

@@ -36,6 +36,12 @@ HELPER = {
 }
 
 
+@scenario("gcc compiles the packages without a warning.")
+def warnings(built):
+    found = [line for line in (built.packages / "log").read_text(errors="replace").splitlines() if " warning: " in line]
+    check(not found, f"{found}")
+
+
 @scenario("lintian reports no error and no warning, and there are no overrides.")
 def checker(built):
     changes = next(built.packages.glob("*.changes"))

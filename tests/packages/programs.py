@@ -61,7 +61,7 @@ class Machine:
 
     def run(self, name, *arguments):
         """Returns the exit code, the output and the error output. The caller's own PATH is empty."""
-        done = subprocess.run([self._programs / name, *arguments], capture_output=True, text=True, timeout=20,
+        done = subprocess.run([self._programs / name, *arguments], capture_output=True, text=True, timeout=60,
                               env={**os.environ, "PATH": "/nowhere"})
         return done.returncode, done.stdout, done.stderr
 

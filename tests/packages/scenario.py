@@ -17,7 +17,7 @@ def scenario(sentence):
 
 def run(*command, **how):
     """Returns the output of a command. If the command fails, the scenario fails."""
-    done = subprocess.run(command, capture_output=True, text=True, timeout=120, **how)
+    done = subprocess.run(command, capture_output=True, text=True, timeout=300, **how)
     output = (done.stdout + done.stderr).strip()
     check(done.returncode == 0, f"{command[0]} ended with {done.returncode}: {output[-2000:]}")
     return done.stdout

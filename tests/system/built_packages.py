@@ -1,20 +1,28 @@
-"""The Debian packages for the laptop."""
+"""The Debian packages for the laptop, and the program in them."""
 
 import pathlib
 import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build/packages"
+# The program and its windows' side by side, out of the packages.
+PROGRAM = FOLDER / "program" / "ble-kovra"
 
 
 class PackagesMissing(Exception):
     pass
 
 
+def build():
+    """Builds them where the sources are newer."""
+    if subprocess.run([ROOT / "tools/build-packages"], check=False).returncode != 0:
+        raise PackagesMissing("the Debian packages were not built")
+
+
 def paths():
     """Returns the packages that were built last. If there are none, builds them now."""
     def built():
         return [str(path) for path in FOLDER.glob("ble-kovra*.deb") if "dbgsym" not in path.name]
-    if not built() and subprocess.run([ROOT / "tools/build-packages"]).returncode != 0:
-        raise PackagesMissing("the Debian packages were not built")
+    if not built():
+        build()
     return built()

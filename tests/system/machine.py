@@ -103,7 +103,7 @@ class Machine:
         with errors:
             self._qemu = subprocess.Popen([os.fspath(word) for word in command], stdin=subprocess.DEVNULL,
                                           stdout=errors, stderr=errors)
-        self._qmp = QMP(control, timeout=20)
+        self._qmp = QMP(control, timeout=60)
         self._port = socket.socket(socket.AF_UNIX)
         self._port.connect(os.fspath(port))
 

@@ -23,20 +23,21 @@ MACHINES = {"bare": BARE, "laptop": LAPTOP}
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("binary", nargs="?", default=ROOT / "build/release/ble-kovra", help="the program to test")
+    parser.add_argument("binary", nargs="?", help="the program to test, instead of the one in the packages")
     parser.add_argument("--only", action="append", default=[], metavar="NAME", help="run this scenario; may be repeated")
     parser.add_argument("--machine", choices=list(MACHINES), help="boot this machine alone")
+    parser.add_argument("--built", action="store_true", help="take the packages that were built last")
     parser.add_argument("--keep", action="store_true", help="keep the machines' logs, also when all went well")
     arguments = parser.parse_args()
-    binary = pathlib.Path(arguments.binary).resolve()
-    if not binary.is_file():
-        print(f"system: there is no program at {binary}", file=sys.stderr)
-        return 1
-
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-system-"))
     tally = Tally()
-    task = {"kind": "test", "binary": str(binary), "only": arguments.only}
     try:
+        if not arguments.built:
+            built_packages.build()
+        binary = pathlib.Path(arguments.binary or built_packages.PROGRAM).resolve()
+        if not binary.is_file():
+            raise built_packages.PackagesMissing(f"there is no program at {binary}")
+        task = {"kind": "test", "binary": str(binary), "only": arguments.only}
         machine_kernel = kernel.prepare(ROOT / "build/vm/kernel", say)
         task["modules"] = str(machine_kernel.modules)
         chosen = [arguments.machine] if arguments.machine else list(MACHINES)

@@ -53,7 +53,7 @@ class Flag:
     def last(self):
         return self.writes[-1].content if self.writes else None
 
-    def wait_write(self, content, since=0.0, limit=30.0):
+    def wait_write(self, content, since=0.0, limit=90.0):
         """Returns the first write of this content at or after `since`."""
         def found():
             return next((w for w in list(self.writes) if w.content == content and w.time >= since), None)

@@ -50,7 +50,7 @@ class Program:
         self.send(signal.SIGSTOP)
         wait_for(lambda: self._status("State").startswith("T"), "the program to stop at SIGSTOP")
 
-    def wait_exit(self, limit=15.0):
+    def wait_exit(self, limit=20.0):
         """Returns the exit status, or minus the signal that ended the program."""
         wait_for(lambda: not self.is_running(), "the program to end", limit)
         return self._process.returncode

@@ -26,7 +26,7 @@ class UHID:
         self._send(struct.pack("<I128s64s64sHHIIII4096s", CREATE2, encoded, phys.encode(), uniq.encode(),
                                len(descriptor), bus, vendor, product, 0, 0, descriptor))
 
-    def wait_started(self, limit=10.0):
+    def wait_started(self, limit=30.0):
         """Waits until a driver has started the device."""
         while select.select([self._file], [], [], limit)[0]:
             if self.read()[0] == START:

@@ -26,7 +26,7 @@ def notify():
         changed.notify_all()
 
 
-def wait_for(condition, text, limit=30.0):
+def wait_for(condition, text, limit=90.0):
     """Returns the first true result of `condition`. The scenario fails if there is none within `limit` seconds."""
     deadline = now() + limit
     with changed:

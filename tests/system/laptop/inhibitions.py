@@ -29,7 +29,7 @@ class Inhibitions:
         (OWN / "events/kovra/inhibit/enable").write_text("1")
         threading.Thread(target=self._read, daemon=True).start()
 
-    def wait(self, device, on, since=0.0, limit=30.0):
+    def wait(self, device, on, since=0.0, limit=90.0):
         """Returns the time of the first such write at or after `since`."""
         try:
             return wait_for(lambda: self.find(device, on, since), "the write", limit)
