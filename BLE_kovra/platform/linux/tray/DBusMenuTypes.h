@@ -15,7 +15,8 @@
 
 namespace kovra {
 
-// The types of com.canonical.dbusmenu: how an item's properties are written, and how the arguments of its calls are read.
+// The types of com.canonical.dbusmenu: how an item's properties are written, and how the arguments of its calls are
+// read.
 
 // The keys of a shortcut: modifiers, then the key by the name that the desktop's panels know.
 using DBusMenuShortcut = std::vector<std::string>;
