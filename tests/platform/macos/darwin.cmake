@@ -9,10 +9,10 @@ set(KOVRA_CHECKED_ARCHITECTURE arm64 CACHE STRING "The processor to compile for:
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KOVRA_CHECKED_ARCHITECTURE)
 set(CMAKE_SYSTEM_PROCESSOR "${KOVRA_CHECKED_ARCHITECTURE}")
 
-find_program(KOVRA_CLANG clang++-14 REQUIRED)
-find_program(KOVRA_INSTALL_NAME_TOOL NAMES llvm-install-name-tool-14 REQUIRED)
+find_program(KOVRA_CLANG clang++ REQUIRED)
 get_filename_component(llvm "${KOVRA_CLANG}" REALPATH)
 get_filename_component(llvm "${llvm}/../.." ABSOLUTE)
+find_program(KOVRA_INSTALL_NAME_TOOL llvm-install-name-tool PATHS "${llvm}/bin" NO_DEFAULT_PATH REQUIRED)
 file(GLOB clang_headers "${llvm}/lib/clang/*/include")
 find_path(KOVRA_MUSL_HEADERS features.h
   PATHS /usr/include/x86_64-linux-musl /usr/include/aarch64-linux-musl NO_DEFAULT_PATH REQUIRED)

@@ -35,9 +35,9 @@ def text_of(install_name, symbols, classes):
     return "\n".join([*lines, "...", ""])
 
 
-def exported_by(*shared_libraries):
+def exported_by(llvm, *shared_libraries):
     """Returns the symbols that these libraries of this machine define, with the names that they have on macOS."""
-    command = ["llvm-nm-14", "-D", "--defined-only", "--format=posix", *shared_libraries]
+    command = [llvm / "bin/llvm-nm", "-D", "--defined-only", "--format=posix", *shared_libraries]
     listed = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
     return sorted({"_" + line.split()[0].partition("@")[0] for line in listed if len(line.split()) > 2})
 
@@ -47,7 +47,7 @@ def write(exports, root, llvm):
     libraries = read(exports)
     lib = llvm / "lib"
     libraries["libSystem"][1].append("dyld_stub_binder")  # the linker itself refers to it; it is not a name of C
-    libraries["libc++"] = ("/usr/lib/libc++.1.dylib", exported_by(lib / "libc++.so.1", lib / "libc++abi.so.1"), [])
+    libraries["libc++"] = ("/usr/lib/libc++.1.dylib", exported_by(llvm, lib / "libc++.so.1", lib / "libc++abi.so.1"), [])
     for name, library in libraries.items():
         folder = root / ("usr/lib" if name.startswith("lib") else f"System/Library/Frameworks/{name}.framework")
         folder.mkdir(parents=True, exist_ok=True)

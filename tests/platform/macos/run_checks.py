@@ -8,7 +8,7 @@ headers. (The preset none compiles the tests of the logic, which a Mac runs too,
   run_checks.py            runs all checks
   run_checks.py --whole    prints the compiler's whole output for a failed check
 
-It needs clang 14 with its linker and library, and the headers of musl and GNUstep (tools/install-packages macos). The
+It needs clang with its linker and library, and the headers of musl and GNUstep (tools/install-packages macos). The
 preset dev must be configured, for the icon writer. The last line is "macos: N passed, N failed".
 """
 
@@ -28,7 +28,8 @@ import exports
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[2]
 BUILD = ROOT / "build"
-LLVM = Path("/usr/lib/llvm-14")
+# Where the compiler is, and the rest of its version with it: /usr/lib/llvm-14 on Debian 12.
+LLVM = Path(shutil.which("clang++") or "/usr/bin/clang++").resolve().parents[1]
 GCC_OBJC = Path("/usr/lib/gcc")
 PROCESSORS = ("arm64", "x86_64")
 
@@ -130,17 +131,17 @@ def links(program, failures):
 
 
 def has_the_right_libraries(program, processor):
-    libraries = {Path(line.split()[0]).name for line in run("llvm-otool-14", "-L", program).splitlines()[1:]}
+    libraries = {Path(line.split()[0]).name for line in run(LLVM / "bin/llvm-otool", "-L", program).splitlines()[1:]}
     expect(libraries == FRAMEWORKS | LIBRARIES, f"it is linked against {sorted(libraries)}")
-    headers = run("llvm-objdump-14", "--macho", "--private-headers", program)
+    headers = run(LLVM / "bin/llvm-objdump", "--macho", "--private-headers", program)
     expect(re.search(r"minos 13\.0\b", headers), "it is not for macOS 13.0")
-    expect(processor in run("llvm-lipo-14", "-archs", program).split(), f"it is not for {processor}")
+    expect(processor in run(LLVM / "bin/llvm-lipo", "-archs", program).split(), f"it is not for {processor}")
 
 
 def makes_one_program(programs):
     both = BUILD / "macos-universal"
-    run("llvm-lipo-14", "-create", *programs, "-output", both)
-    expect(set(run("llvm-lipo-14", "-archs", both).split()) == set(PROCESSORS), "it is not for both processors")
+    run(LLVM / "bin/llvm-lipo", "-create", *programs, "-output", both)
+    expect(set(run(LLVM / "bin/llvm-lipo", "-archs", both).split()) == set(PROCESSORS), "it is not for both processors")
 
 
 # The bundle
@@ -237,7 +238,7 @@ def gnustep_headers():
 
 def agrees_with_gnustep(source, headers):
     run(
-        "clang++-14", "-fsyntax-only", "-x", "objective-c++", "-std=c++20", "-fobjc-runtime=gnustep-2.0", "-fobjc-arc",
+        LLVM / "bin/clang++", "-fsyntax-only", "-x", "objective-c++", "-std=c++20", "-fobjc-runtime=gnustep-2.0", "-fobjc-arc",
         "-fblocks", "-fconstant-string-class=NSConstantString", "-I", ROOT, "-isystem", headers,
         "-isystem", "/usr/include/GNUstep", "-isystem", HERE / "declarations", "-include", "Supplement.h",
         "-DGNUSTEP", "-DGNUSTEP_BASE_LIBRARY=1", "-DGNU_RUNTIME=1", "-D_NATIVE_OBJC_EXCEPTIONS",
