@@ -12,7 +12,8 @@
 
 namespace kovra {
 
-// Another program on the screen, with a window in which somebody types, and eyes for who has the keyboard.
+// Another program on the X server. It has a window that receives typed keys, and it can find out which window has the
+// keyboard focus.
 class Neighbour {
   public:
     Neighbour() : connection_(xcb_connect(nullptr, nullptr)) {
@@ -29,12 +30,13 @@ class Neighbour {
         xcb_map_window(x(), window_);
         takeKeyboard();
     }
-    // As its user does who clicks it.
+    // Takes the keyboard focus, as if the user had clicked the window.
     void takeKeyboard() {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;
         xcb_configure_window(x(), window_, XCB_CONFIG_WINDOW_STACK_MODE, &above);
         if (rootHas("_NET_SUPPORTING_WM_CHECK")) {
-            while (property(window_, "WM_STATE").empty()) {  // one that has just started may have missed it
+            // A window manager that has just started may have missed the first request.
+            while (property(window_, "WM_STATE").empty()) {
                 xcb_map_window(x(), window_);
                 ::usleep(10'000);
             }
@@ -45,7 +47,8 @@ class Neighbour {
         }
         sync();
     }
-    // So far. Tells the window manager when the last one was, as toolkits do.
+    // Returns the number of keys pressed so far. Reports the time of the last one to the window manager, as toolkits
+    // do.
     int keysPressed() {
         sync();
         while (const Handle<xcb_generic_event_t, std::free> event{xcb_poll_for_event(x())}) {
@@ -59,7 +62,7 @@ class Neighbour {
         return keys_;
     }
 
-    // Of the window that keys go to, or of the one that it is in.
+    // Returns the title of the window with the focus, or of the nearest parent that has a title.
     std::string titleWithTheKeyboard() {
         const Handle<xcb_get_input_focus_reply_t, std::free> focus(
             xcb_get_input_focus_reply(x(), xcb_get_input_focus(x()), nullptr));

@@ -16,7 +16,7 @@
 
 namespace kovra {
 
-// Somebody in front of the screen, who sees windows and pixels, and has a mouse and a keyboard.
+// A user in front of the screen, who sees windows and pixels and uses the mouse and the keyboard.
 class Onlooker {
   public:
     struct Place {
@@ -30,9 +30,9 @@ class Onlooker {
           root_(xcb_setup_roots_iterator(xcb_get_setup(x())).data->root),
           title_(atom("_NET_WM_NAME")) {}
 
-    // The window of this title that is to be seen, wherever it is embedded.
+    // Returns the place of the visible window with this title, even if it is embedded in another.
     std::optional<Place> window(std::string_view title) { return find(root_, title); }
-    // Whether what is typed goes to the window of this title.
+    // Returns whether the window with this title has the keyboard focus.
     bool hasKeyboard(std::string_view title) {
         const Handle<xcb_get_input_focus_reply_t, std::free> reply(
             xcb_get_input_focus_reply(x(), xcb_get_input_focus(x()), nullptr));
@@ -49,7 +49,7 @@ class Onlooker {
         for (std::uint32_t& each : pixels) each &= 0xFF'FF'FF;
         return pixels;
     }
-    std::set<std::uint32_t> colours(const Place& place) {
+    std::set<std::uint32_t> colors(const Place& place) {
         const Pixels seen = pixels(place);
         return {seen.begin(), seen.end()};
     }

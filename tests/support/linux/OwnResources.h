@@ -7,12 +7,12 @@
 #include <filesystem>
 #include <iterator>
 
-// Of the address sanitizer, which takes malloc's place; null without it.
+// Provided by the address sanitizer, which replaces malloc. Null without it.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));  // NOLINT
 
 namespace kovra {
 
-// What this process holds at the moment: a test compares before and after.
+// The resources that this process holds, for tests that compare before and after.
 
 inline std::size_t bytesInUse() {
     if (__sanitizer_get_current_allocated_bytes != nullptr) return __sanitizer_get_current_allocated_bytes();
@@ -24,7 +24,7 @@ inline std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(open), end(open)));
 }
 
-// Zombies count.
+// Zombies count too.
 inline bool hasChildren() { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0; }
 
 }  // namespace kovra

@@ -13,10 +13,11 @@
 
 namespace kovra {
 
-// A message bus of the test's own, a real dbus-daemon, that the environment variable names for as long as it lives.
+// A real dbus-daemon for one test. The environment variable names its address for as long as this object lives.
 class PrivateBus {
   public:
-    // `limits`: elements of the daemon's configuration, in place of the session bus's standard one.
+    // `limits` are elements of the daemon's configuration. If they are given, they replace the standard configuration
+    // of session buses.
     explicit PrivateBus(std::string variable, const std::string& limits = "") : variable_(std::move(variable)) {
         if (!limits.empty()) configure(limits);
         start();
@@ -29,16 +30,16 @@ class PrivateBus {
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
-    // The bus dies; its address stays in the environment.
+    // Kills the bus. Its address remains in the environment.
     void end() {
         if (pid_ <= 0) return;
         ::kill(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
         pid_ = 0;
-        ::unlink(socket_.c_str());  // which a daemon that is killed leaves behind
+        ::unlink(socket_.c_str());  // a killed daemon leaves it behind
     }
 
-    // Another bus comes up at the same address.
+    // Starts another bus at the same address.
     void restart() {
         end();
         start();
@@ -57,7 +58,7 @@ class PrivateBus {
         ::close(file);
     }
 
-    // At the address that it had before, if any.
+    // Uses the previous address, if there is one.
     void start() {
         std::array<int, 2> out{};
         EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
@@ -84,7 +85,7 @@ class PrivateBus {
 
     std::string variable_;
     std::string socket_;
-    std::string configuration_;  // a file; empty for the standard one
+    std::string configuration_;  // a file; empty for the standard configuration
     pid_t pid_ = 0;
 };
 

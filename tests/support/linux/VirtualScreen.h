@@ -13,7 +13,7 @@
 
 namespace kovra {
 
-// An X server of the test's own without a screen, a real one, which the environment names for as long as it lives.
+// A real X server without a screen, for one test. The environment names it for as long as this object lives.
 class VirtualScreen {
   public:
     explicit VirtualScreen(std::string size = "320x200x24") {
@@ -44,11 +44,11 @@ class VirtualScreen {
     VirtualScreen(const VirtualScreen&) = delete;
     VirtualScreen& operator=(const VirtualScreen&) = delete;
 
-    // The server ends; its address stays in the environment.
-    // It answers nobody, until it goes on.
+    // Suspends the server: it answers no request until goOn().
     void pause() const { ::kill(pid_, SIGSTOP); }
     void goOn() const { ::kill(pid_, SIGCONT); }
 
+    // Ends the server. Its address remains in the environment.
     void end() {
         if (pid_ <= 0) return;
         ::kill(pid_, SIGTERM);

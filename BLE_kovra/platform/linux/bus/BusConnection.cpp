@@ -22,12 +22,12 @@ std::string ruleOf(const BusSignal& signal) {
     return rule;
 }
 
-// Without a handler of its own the library ends the connection over a name that it is not given.
+// Without this handler, sd-bus closes the connection if the bus refuses the name.
 int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 0; }
 
 }  // namespace
 
-// One thing that was asked of the bus: what comes of it is handed over by the queue.
+// One subscription or call. Its messages are delivered from the queue.
 class BusConnection::Request {
   public:
     Request(SdEventLoop& loop, BusFailures& failures, std::string what, Receive received)
@@ -40,13 +40,13 @@ class BusConnection::Request {
         if (request == nullptr) return 0;
         const std::shared_ptr<sd_bus_message> kept(sd_bus_message_ref(message), sd_bus_message_unref);
         request->loop_.async(request->lifetime_.guard([request, kept] {
-            sd_bus_message_rewind(kept.get(), 1);         // another request may have read it
-            const Receive received = request->received_;  // which may end the request
+            sd_bus_message_rewind(kept.get(), 1);         // another request may have read the message
+            const Receive received = request->received_;  // the function may destroy the request
             received(kept.get());
         }));
         return 0;
     }
-    // The bus's answer to a match. With no handler the library would end the connection where the bus refuses it.
+    // Receives the reply to AddMatch. Without this handler, sd-bus closes the connection if the bus refuses the match.
     static int installed(sd_bus_message* answer, void* context, sd_bus_error*) {
         auto* request = static_cast<Request*>(context);
         const sd_bus_error* error = sd_bus_message_get_error(answer);
@@ -65,7 +65,7 @@ class BusConnection::Request {
 
 BusConnection::BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& failures, std::function<void()> lost)
     : loop_(loop), failures_(failures), lost_(std::move(lost)), bus_(std::move(bus)) {
-    // A signal that the library makes itself when the connection ends; it never travels over the bus.
+    // sd-bus generates this signal itself when the connection ends; it is never sent over the bus.
     const auto request = std::make_shared<Request>(loop_, failures_, "disconnection", [this](sd_bus_message*) {
         disconnected_.reset();
         bus_.reset();
@@ -150,7 +150,7 @@ void BusConnection::releaseName(const char* name) {
     if (bus_) check(sd_bus_release_name_async(bus_.get(), nullptr, name, ignoreAnswer, nullptr), name);
 }
 
-// Null where it cannot be made.
+// Null if the message cannot be created.
 BusMessage BusConnection::newCall(const BusMethod& method, const Write& write) {
     if (!bus_) return nullptr;
     sd_bus_message* made = nullptr;

@@ -8,19 +8,19 @@
 
 namespace kovra {
 
-// What a bus did not do for this program, kept for a report. A program that goes on without its tray, its hot key or
-// the news of a resume can at least say why.
+// Records what failed on a bus. The program continues without its tray, its hot key or the notification of a resume;
+// this record says why.
 class BusFailures {
   public:
-    static constexpr std::size_t most = 20;  // the newest
+    static constexpr std::size_t most = 20;  // then the oldest are dropped
 
-    // `error` is an error number, of either sign.
+    // `error` is an error number, positive or negative.
     void add(const std::string& what, int error) { add(what + ": " + std::strerror(error < 0 ? -error : error)); }
     void add(std::string failure) {
         if (failures_.size() == most) failures_.erase(failures_.begin());
         failures_.push_back(std::move(failure));
     }
-    // The oldest first.
+    // Oldest first.
     const std::vector<std::string>& all() const { return failures_; }
 
   private:

@@ -16,8 +16,8 @@ namespace kovra {
 
 using BusMessage = Handle<sd_bus_message, sd_bus_message_unref>;
 
-// Writes into a message, value after value. After the first failure nothing more is written; result() tells it, as the
-// negative number that a handler gives back to the library.
+// Appends values to a message. After the first failure nothing more is written; result() returns that failure as the
+// negative error number that sd-bus expects from a handler.
 class BusWriter {
   public:
     explicit BusWriter(sd_bus_message* message) : message_(message) {}
@@ -25,18 +25,18 @@ class BusWriter {
     BusWriter& boolean(bool value);
     BusWriter& integer(std::int32_t value);
     BusWriter& natural(std::uint32_t value);
-    // Bytes that are no text come out as U+FFFD.
+    // Bytes that are not valid UTF-8 are replaced by U+FFFD.
     BusWriter& text(std::string_view value);
     BusWriter& path(const char* value);
     BusWriter& bytes(const std::vector<std::uint8_t>& value);
 
-    // What is written until close() is inside.
+    // Values that are written before the matching close() are inside the container.
     BusWriter& openArray(const char* of) { return open(SD_BUS_TYPE_ARRAY, of); }
     BusWriter& openStruct(const char* of) { return open(SD_BUS_TYPE_STRUCT, of); }
     BusWriter& openEntry(const char* of) { return open(SD_BUS_TYPE_DICT_ENTRY, of); }
     BusWriter& openVariant(const char* of) { return open(SD_BUS_TYPE_VARIANT, of); }
     BusWriter& close();
-    // An entry of an a{sv} whose value is a text.
+    // Writes an entry of an a{sv} whose value is a string.
     BusWriter& entry(std::string_view key, std::string_view value) {
         return openEntry("sv").text(key).openVariant("s").text(value).close().close();
     }
@@ -51,8 +51,8 @@ class BusWriter {
     int result_ = 0;
 };
 
-// Reads the array of such entries that comes next in the message. `take` is given the key of each, and reads the value
-// and returns 1, or returns 0 to have it passed over, or a failure. 1 if all were read, else the failure.
+// Reads the next value of the message, an array of such entries. For each key, `take` reads the value and returns 1, or
+// returns 0 to skip it, or returns a negative error number. Returns 1 if all entries were read, otherwise the error.
 template <typename Take>
 int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, entries);
@@ -70,12 +70,12 @@ int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     return result < 0 ? result : 1;
 }
 
-// Reads the a{sv} that comes next in the message, and returns its entry of this name. Absent where there is none of
-// that name and type, and where the message is of another form.
+// Reads the next value of the message, an a{sv}, and returns its entry of this name. Returns nothing if no entry has
+// this name and type, or if the message has another signature.
 std::optional<bool> readBoolean(sd_bus_message* message, std::string_view name);
 std::optional<std::string> readText(sd_bus_message* message, std::string_view name);
 
-// Answers a call: `write` is given a writer for the answer. To be returned from the call's handler.
+// Replies to a call: `write` writes the values of the reply. The handler of the call returns the result.
 template <typename Write>
 int answer(sd_bus_message* call, Write write) {
     if (sd_bus_message_get_expect_reply(call) <= 0) return 1;

@@ -14,7 +14,7 @@ namespace {
 constexpr std::chrono::seconds shortestPause(1);
 constexpr std::chrono::seconds longestPause(30);
 
-// As a value in a bus address: everything but letters, digits and -_/.\* as its number.
+// Escapes a value of a bus address: letters, digits and -_/.\* stay, any other byte becomes % and its number.
 std::string escaped(std::string_view path) {
     constexpr std::string_view digits = "0123456789abcdef";
     constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_/.\\*";
@@ -30,7 +30,7 @@ std::string escaped(std::string_view path) {
     return text;
 }
 
-// Leaves out which bus it was that had this address: one that comes back there is another.
+// Removes the bus's GUID from its address, because a bus that restarts at this address has another GUID.
 std::string withoutIdentity(std::string address) {
     constexpr std::string_view key = ",guid=";
     for (auto begin = address.find(key); begin != std::string::npos; begin = address.find(key)) {
@@ -40,7 +40,8 @@ std::string withoutIdentity(std::string address) {
     return address;
 }
 
-// What the environment names, or else the place where the user's service manager puts it; empty where there is neither.
+// Returns the address from the environment, or else the socket of the user's service manager. Empty if neither is
+// known.
 std::string standardAddress() {
     const char* named = std::getenv("DBUS_SESSION_BUS_ADDRESS");
     if (named != nullptr) return withoutIdentity(named);
@@ -56,9 +57,9 @@ SessionBus::SessionBus(SdEventLoop& loop) : loop_(loop), address_(standardAddres
 
 BusToken SessionBus::listen(Listener listener) {
     BusToken token = listeners_.add(listener);
-    if (isUp_) {
+    if (isConnected_) {
         loop_.async(lifetime_.guard([this, listener = std::move(listener), weak = std::weak_ptr(token)] {
-            if (isUp_ && !weak.expired()) listener(connection());
+            if (isConnected_ && !weak.expired()) listener(connection());
         }));
     }
     return token;
@@ -69,7 +70,7 @@ void SessionBus::connect() {
     const int result = open();
     if (result >= 0) return;
     failures_.add("session bus", result);
-    if (result != -EINVAL) connectLater();  // what is no address now will never be one
+    if (result != -EINVAL) connectLater();  // an invalid address stays invalid
 }
 
 int SessionBus::open() {
@@ -79,17 +80,17 @@ int SessionBus::open() {
     BusHandle bus(made);
     result = sd_bus_set_address(made, address_.c_str());
     if (result >= 0) result = sd_bus_set_bus_client(made, 1);
-    if (result >= 0) result = sd_bus_set_trusted(made, 1);  // as every bus of the user's own
+    if (result >= 0) result = sd_bus_set_trusted(made, 1);  // a session bus needs no access control
     if (result >= 0) result = sd_bus_set_connected_signal(made, 1);
     if (result >= 0) result = sd_bus_start(made);
     if (result < 0) return result;
     sd_bus_slot* slot = nullptr;
-    // A signal that the library makes itself once the bus has answered; it never travels over the bus.
+    // sd-bus generates this signal itself once the bus has answered; it is never sent over the bus.
     result = sd_bus_match_signal(made, &slot, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
                                  "org.freedesktop.DBus.Local", "Connected", connected, this);
     if (result < 0) return result;
     connectedSlot_.reset(slot);
-    connection_.emplace(loop_, std::move(bus), failures_, [this] { isGone(); });
+    connection_.emplace(loop_, std::move(bus), failures_, [this] { connectionLost(); });
     return connection_->bus() == nullptr ? -ENOMEM : 0;
 }
 
@@ -102,21 +103,21 @@ void SessionBus::connectLater() {
 
 int SessionBus::connected(sd_bus_message*, void* context, sd_bus_error*) {
     auto* self = static_cast<SessionBus*>(context);
-    if (self != nullptr) self->loop_.async(self->lifetime_.guard([self] { self->isUp(); }));
+    if (self != nullptr) self->loop_.async(self->lifetime_.guard([self] { self->connectionEstablished(); }));
     return 0;
 }
 
-void SessionBus::isUp() {
+void SessionBus::connectionEstablished() {
     if (bus() == nullptr) return;
-    isUp_ = true;
+    isConnected_ = true;
     pause_ = shortestPause;
     listeners_.call(connection());
 }
 
-void SessionBus::isGone() {
-    const bool wasUp = std::exchange(isUp_, false);
+void SessionBus::connectionLost() {
+    const bool wasConnected = std::exchange(isConnected_, false);
     connectLater();
-    if (wasUp) listeners_.call(nullptr);
+    if (wasConnected) listeners_.call(nullptr);
 }
 
 }  // namespace kovra

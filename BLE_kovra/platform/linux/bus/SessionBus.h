@@ -11,21 +11,21 @@
 
 namespace kovra {
 
-// The program's one connection to the bus of the user's session.
+// The program's one connection to the session bus.
 //
-// When the bus dies it is connected to again once it is back at its address: after a second, then after ever longer
-// pauses, up to half a minute. While connected nothing wakes the program. Without an address it stays disconnected.
+// After a disconnection it reconnects to the same address: it tries after one second, then after pauses that double up
+// to 30 seconds. While it is connected it causes no wake-ups. Without an address it stays disconnected.
 class SessionBus {
   public:
     explicit SessionBus(SdEventLoop& loop);
 
     SdEventLoop& loop() const { return loop_; }
-    // Null while there is no bus. A connection that is still being made keeps what is sent until it can go out.
+    // Null while disconnected. While the connection is being established, messages are kept and sent later.
     BusConnection* connection() { return bus() == nullptr ? nullptr : &*connection_; }
     sd_bus* bus() const { return connection_ ? connection_->bus() : nullptr; }
 
-    // Receives the connection whenever it is up, and null whenever it is gone; from the queue. Whoever begins to listen
-    // while it is up receives it too.
+    // Called from the queue: with the connection once it is established, with null once it is lost. A listener that is
+    // added while the bus is connected receives the connection too.
     using Listener = std::function<void(BusConnection*)>;
     [[nodiscard]] BusToken listen(Listener listener);
 
@@ -33,18 +33,18 @@ class SessionBus {
 
   private:
     void connect();
-    // A negative error number where no connection was begun.
+    // Returns a negative error number if no connection could be started.
     int open();
     void connectLater();
-    void isUp();
-    void isGone();
+    void connectionEstablished();
+    void connectionLost();
     static int connected(sd_bus_message* message, void* context, sd_bus_error* error);
 
     SdEventLoop& loop_;
     const std::string address_;
     Listeners<BusConnection*> listeners_;
     BusFailures failures_;
-    bool isUp_ = false;
+    bool isConnected_ = false;
     std::chrono::seconds pause_;  // before the next attempt
     BusSlot connectedSlot_;
     std::optional<BusConnection> connection_;

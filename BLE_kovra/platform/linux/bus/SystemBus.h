@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// The program's one connection to the bus of the machine's services. Where there is none, or once it is gone, it stays
-// so: the desktop does not outlive that bus either.
+// The program's one connection to the system bus. It is not established again after a disconnection: the desktop does
+// not outlive that bus either.
 class SystemBus {
   public:
     explicit SystemBus(SdEventLoop& loop) : loop_(loop) {
@@ -20,7 +20,8 @@ class SystemBus {
     }
 
     SdEventLoop& loop() const { return loop_; }
-    // Null where there is none. A connection that is still being made keeps what is sent until it can go out.
+    // Null if there is no system bus, or after it has disconnected. While the connection is being established, messages
+    // are kept and sent later.
     BusConnection* connection() { return bus() == nullptr ? nullptr : &*connection_; }
     sd_bus* bus() const { return connection_ ? connection_->bus() : nullptr; }
 

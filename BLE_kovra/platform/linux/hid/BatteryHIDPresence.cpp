@@ -11,37 +11,37 @@ namespace kovra {
 
 namespace {
 
-// The one driver that keeps the node of a device that it does not hear any more. What other drivers' batteries say
-// takes a question to the device itself.
+// The only driver that keeps the node of a disconnected device. It answers from memory, while other drivers would have
+// to query the device for its battery.
 constexpr const char* driver = "logitech-hidpp-device";
 
 const std::string batteriesFolder = "/power_supply/";
 
 std::string line(const std::filesystem::path& file) {
-    const auto content = contentOfSysfsFile(file);
+    const auto content = readSysfsFile(file);
     const auto* text = std::get_if<std::string>(&content);
     return text == nullptr ? "" : text->substr(0, text->find('\n'));
 }
 
-bool tellsThatItIsAway(const std::filesystem::path& battery) {
+bool reportsAbsence(const std::filesystem::path& battery) {
     return line(battery / "scope") == "Device" && line(battery / "online") == "0" &&
            line(battery / "status") == "Unknown";
 }
 
-// True only if there is a battery and none says otherwise.
-bool isAway(const std::string& nodeName) {
+// True only if there is at least one battery and all of them report the device as absent.
+bool isAbsent(const std::string& nodeName) {
     std::error_code error;
     std::filesystem::directory_iterator battery("/sys/bus/hid/devices/" + nodeName + batteriesFolder, error);
-    bool away = false;
+    bool absent = false;
     for (const std::filesystem::directory_iterator end; !error && battery != end; battery.increment(error)) {
-        away = tellsThatItIsAway(battery->path());
-        if (!away) break;
+        absent = reportsAbsence(battery->path());
+        if (!absent) break;
     }
-    return away && !error;
+    return absent && !error;
 }
 
-// The node whose battery has this path.
-std::string owner(const std::string& path) {
+// Returns the name of the node whose battery has this path.
+std::string ownerOf(const std::string& path) {
     const auto end = path.rfind(batteriesFolder);
     if (end == std::string::npos || end == 0) return "";
     const auto begin = path.rfind('/', end - 1);
@@ -50,16 +50,16 @@ std::string owner(const std::string& path) {
 
 }  // namespace
 
-BatteryHIDPresence::BatteryHIDPresence(SdEventLoop& loop, UdevSigns signs) : loop_(loop), signs_(std::move(signs)) {}
+BatteryHIDPresence::BatteryHIDPresence(SdEventLoop& loop, UdevdPaths udevd) : loop_(loop), udevd_(std::move(udevd)) {}
 
-HIDPresence::Answer BatteryHIDPresence::ask(const std::string& nodeName, const UdevHIDNode& node) {
+HIDPresence::Answer BatteryHIDPresence::query(const std::string& nodeName, const UdevHIDNode& node) {
     if (node.driver != driver) {
         forget(nodeName);
-        return Answer::there;
+        return Answer::present;
     }
     nodes_.insert(nodeName);
-    listen();  // before reading, so that nothing is missed in between
-    return isAway(nodeName) ? Answer::away : Answer::there;
+    listen();  // before reading, so that no change in between is missed
+    return isAbsent(nodeName) ? Answer::absent : Answer::present;
 }
 
 void BatteryHIDPresence::forget(const std::string& nodeName) {
@@ -69,7 +69,7 @@ void BatteryHIDPresence::forget(const std::string& nodeName) {
 }
 
 void BatteryHIDPresence::listen() {
-    if (events_ || !signs_.areOfUdevd()) return;
+    if (events_ || !udevd_.isReachable()) return;
     if (!udev_) udev_.reset(udev_new());
     auto events = UdevEvents::open(udev_.get(), "power_supply");
     if (!events) return;
@@ -77,7 +77,7 @@ void BatteryHIDPresence::listen() {
         watch_ = loop_.watch(events->descriptor(), [this] { eventsReadable(); });
         events_ = std::move(events);
     } catch (const std::system_error&) {
-        // Out of descriptors. The next look tries again.
+        // No descriptors left. The next query tries again.
     }
 }
 
@@ -86,7 +86,7 @@ void BatteryHIDPresence::eventsReadable() {
     for (auto event = events_->next(); event.kind != UdevEvents::Event::Kind::none; event = events_->next()) {
         if (event.kind == UdevEvents::Event::Kind::lost) {
             concerned = nodes_;
-        } else if (const std::string node = owner(event.path); nodes_.contains(node)) {
+        } else if (const std::string node = ownerOf(event.path); nodes_.contains(node)) {
             concerned.insert(node);
         }
     }

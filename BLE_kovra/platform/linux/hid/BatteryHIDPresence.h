@@ -10,17 +10,17 @@
 
 namespace kovra {
 
-// What the kernel says of a mouse at a receiver, by way of the mouse's battery. The receiver's driver keeps the mouse's
-// node for as long as the two are paired; when the receiver reports the mouse gone, its battery goes offline and its
-// status becomes unknown. (A battery that is being charged may be offline too, but its status is known.)
+// Derives the presence of a mouse at a receiver from the mouse's battery. The receiver's driver keeps the node for as
+// long as the two are paired. When the receiver reports the mouse as disconnected, the battery goes offline and its
+// status becomes unknown. (A charging battery may be offline too, but its status is known.)
 //
-// A mouse gets a battery when it is first heard of. While there is no such mouse, no power supply's event wakes the
-// program.
+// A mouse gets a battery when it first reports to the receiver. Without such a mouse, power supply events do not wake
+// the program.
 class BatteryHIDPresence : public HIDPresence {
   public:
-    BatteryHIDPresence(SdEventLoop& loop, UdevSigns signs);
+    BatteryHIDPresence(SdEventLoop& loop, UdevdPaths udevd);
 
-    Answer ask(const std::string& nodeName, const UdevHIDNode& node) override;
+    Answer query(const std::string& nodeName, const UdevHIDNode& node) override;
     void forget(const std::string& nodeName) override;
 
   private:
@@ -28,11 +28,11 @@ class BatteryHIDPresence : public HIDPresence {
     void eventsReadable();
 
     SdEventLoop& loop_;
-    UdevSigns signs_;
-    std::set<std::string> nodes_;  // of such mice
+    UdevdPaths udevd_;
+    std::set<std::string> nodes_;  // of mice with that driver
     Udev udev_;
-    std::unique_ptr<UdevEvents> events_;         // present while there are any, where udevd can be heard
-    std::unique_ptr<SdEventLoop::Watch> watch_;  // of the events' descriptor, so it goes first
+    std::unique_ptr<UdevEvents> events_;         // open while there are such nodes, if udevd is reachable
+    std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
 };
 
 }  // namespace kovra

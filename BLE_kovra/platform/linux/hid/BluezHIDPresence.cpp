@@ -13,28 +13,28 @@ constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
 constexpr const char* deviceInterface = "org.bluez.Device1";
 constexpr const char* adapterInterface = "org.bluez.Adapter1";
 
-// As BlueZ writes addresses; the kernel has them in lower case.
-std::string capital(std::string text) {
+// BlueZ writes addresses in upper case, the kernel in lower case.
+std::string upperCase(std::string text) {
     std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::toupper(c); });
     return text;
 }
 
-// How the path of a device's object ends.
-std::string lastStep(std::string address) {
+// The end of the object path of a device.
+std::string pathSuffix(std::string address) {
     std::ranges::replace(address, ':', '_');
     return "/dev_" + address;
 }
 
 }  // namespace
 
-// An object of BlueZ's that is an adapter or a device.
+// An adapter or a device of BlueZ.
 struct BluezHIDPresence::Object {
     std::string path = {};
     std::string address = {};
-    std::string adapter = {};              // a device's: the path of that object
+    std::string adapter = {};              // of a device: the object path of its adapter
     std::optional<bool> isConnected = {};  // of a device
 
-    // The interfaces with their properties that come next in the message.
+    // Reads the next value of the message, the interfaces of an object with their properties.
     static Object read(sd_bus_message* message, std::string path) {
         Object object{std::move(path)};
         forEachEntry(message, "{sa{sv}}", [&](std::string_view interface) {
@@ -44,7 +44,7 @@ struct BluezHIDPresence::Object {
                 int result = 0;
                 if (property == "Address") {
                     result = sd_bus_message_read(message, "v", "s", &text);
-                    if (result > 0) object.address = capital(text);
+                    if (result > 0) object.address = upperCase(text);
                 } else if (property == "Adapter") {
                     result = sd_bus_message_read(message, "v", "o", &text);
                     if (result > 0) object.adapter = text;
@@ -62,43 +62,43 @@ struct BluezHIDPresence::Object {
 
 BluezHIDPresence::BluezHIDPresence(SystemBus& bus) : bus_(bus) {}
 
-HIDPresence::Answer BluezHIDPresence::ask(const std::string& nodeName, const UdevHIDNode& node) {
+HIDPresence::Answer BluezHIDPresence::query(const std::string& nodeName, const UdevHIDNode& node) {
     const bool isOnBluetooth = nodeName.starts_with("0005:");
-    if (!isOnBluetooth || node.uniq.empty()) return Answer::there;
-    const auto [found, isNew] = devices_.try_emplace({capital(node.uniq), capital(node.phys)});
+    if (!isOnBluetooth || node.uniq.empty()) return Answer::present;
+    const auto [found, isNew] = devices_.try_emplace({upperCase(node.uniq), upperCase(node.phys)});
     Device& device = found->second;
     device.nodes.insert(nodeName);
-    if (isNew) inquire();
-    if (device.isConnected) return *device.isConnected ? Answer::there : Answer::away;
-    return question_ ? Answer::notYetKnown : Answer::there;
+    if (isNew) queryBluez();
+    if (device.isConnected) return *device.isConnected ? Answer::present : Answer::absent;
+    return pendingQuery_ ? Answer::unknown : Answer::present;
 }
 
 void BluezHIDPresence::forget(const std::string& nodeName) {
     for (auto& [addresses, device] : devices_) device.nodes.erase(nodeName);
     std::erase_if(devices_, [](const auto& known) { return known.second.nodes.empty(); });
     if (!devices_.empty()) return;
-    for (BusToken* token : {&owner_, &additions_, &question_}) token->reset();
+    for (BusToken* token : {&owner_, &additions_, &pendingQuery_}) token->reset();
 }
 
-// A newer question takes the place of the one before.
-void BluezHIDPresence::inquire() {
+// Replaces a query that is still pending.
+void BluezHIDPresence::queryBluez() {
     BusConnection* bus = bus_.connection();
     if (bus == nullptr) return;
     if (!owner_) {
         owner_ = bus->watchOwner(name, [this](std::string_view, std::string_view now) {
-            if (!now.empty()) inquire();
+            if (!now.empty()) queryBluez();
         });
     }
-    question_ = bus->call(
+    pendingQuery_ = bus->call(
         {name, "/", objectManager, "GetManagedObjects"}, [](BusWriter&) {},
         [this](sd_bus_message* objects) {
-            question_.reset();
-            learn(objects);
+            pendingQuery_.reset();
+            objectsReceived(objects);
         });
 }
 
-// All that BlueZ knows, or an error for want of it.
-void BluezHIDPresence::learn(sd_bus_message* objects) {
+// Handles the reply with all objects of BlueZ, or an error.
+void BluezHIDPresence::objectsReceived(sd_bus_message* objects) {
     std::map<std::string, std::string> adapters;
     std::vector<Object> devices;
     if (sd_bus_message_is_method_error(objects, nullptr) <= 0) {
@@ -116,48 +116,48 @@ void BluezHIDPresence::learn(sd_bus_message* objects) {
         const auto found = devices_.find({object.address, adapters[object.adapter]});
         if (found == devices_.end()) continue;
         Device& device = found->second;
-        if (device.path != object.path) device.received.clear();
+        if (device.path != object.path) device.subscriptions.clear();
         device.path = object.path;
         device.isConnected = object.isConnected;
     }
-    // What changed between the answer and the match is asked for again.
-    if (receiveNew()) inquire();
+    // What changed between the reply and the new match is covered by another query.
+    if (subscribeToNew()) queryBluez();
     for (const auto& [addresses, device] : devices_) report(device);
 }
 
-// Receives the signals of devices whose signals were not received before. Whether there were any.
-bool BluezHIDPresence::receiveNew() {
+// Subscribes to the signals of devices that have no subscription yet. Returns whether there were any.
+bool BluezHIDPresence::subscribeToNew() {
     bool isNew = false;
     bool isAnyUnknown = false;
     for (auto& [addresses, device] : devices_) {
         if (device.path.empty())
             isAnyUnknown = true;
-        else if (receive(device))
+        else if (subscribe(device))
             isNew = true;
     }
     if (!isAnyUnknown) {
         additions_.reset();
     } else if (!additions_) {
-        additions_ = receiveAdditions("/org/bluez/");
+        additions_ = subscribeToAdditions("/org/bluez/");
         isNew = true;
     }
     return isNew;
 }
 
-bool BluezHIDPresence::receive(Device& device) {
+bool BluezHIDPresence::subscribe(Device& device) {
     BusConnection* bus = bus_.connection();
-    if (!device.received.empty() || bus == nullptr) return false;
+    if (!device.subscriptions.empty() || bus == nullptr) return false;
     const std::string& path = device.path;
-    device.received.push_back(
+    device.subscriptions.push_back(
         bus->receive({name, path, "org.freedesktop.DBus.Properties", "PropertiesChanged", deviceInterface},
                      [this, path](sd_bus_message* message) { deviceChanged(path, message); }));
-    device.received.push_back(receiveAdditions(path));
-    device.received.push_back(bus->receive({name, "/", objectManager, "InterfacesRemoved", "", path},
-                                           [this](sd_bus_message* message) { interfacesRemoved(message); }));
+    device.subscriptions.push_back(subscribeToAdditions(path));
+    device.subscriptions.push_back(bus->receive({name, "/", objectManager, "InterfacesRemoved", "", path},
+                                                [this](sd_bus_message* message) { interfacesRemoved(message); }));
     return true;
 }
 
-BusToken BluezHIDPresence::receiveAdditions(std::string below) {
+BusToken BluezHIDPresence::subscribeToAdditions(std::string below) {
     BusConnection* bus = bus_.connection();
     if (bus == nullptr) return nullptr;
     return bus->receive({name, "/", objectManager, "InterfacesAdded", "", std::move(below)},
@@ -188,9 +188,9 @@ void BluezHIDPresence::interfacesAdded(sd_bus_message* message) {
     if (!object.isConnected) return;
     setConnected(object.path, *object.isConnected);
     const bool wasUnknown = std::ranges::any_of(devices_, [&](const auto& known) {
-        return known.second.path.empty() && object.path.ends_with(lastStep(known.first.first));
+        return known.second.path.empty() && object.path.ends_with(pathSuffix(known.first.first));
     });
-    if (wasUnknown) inquire();
+    if (wasUnknown) queryBluez();
 }
 
 void BluezHIDPresence::interfacesRemoved(sd_bus_message* message) {

@@ -13,32 +13,33 @@
 
 namespace kovra {
 
-// What BlueZ says of a Bluetooth device, whose node it may keep while the device is not connected.
+// Asks BlueZ whether a Bluetooth device is connected, since its node may remain while it is not.
 //
-// Asked only while there are Bluetooth nodes; listens to these devices alone. What BlueZ said last holds while it is
-// not running and until it says something else; a device that it never knew is there. It is never started.
+// Queries BlueZ only while there are Bluetooth nodes, and subscribes to the signals of these devices only. The last
+// state that BlueZ has reported remains valid while BlueZ is not running, until it reports another. A device that BlueZ
+// has never known counts as present. BlueZ is never started.
 class BluezHIDPresence : public HIDPresence {
   public:
     explicit BluezHIDPresence(SystemBus& bus);
 
-    Answer ask(const std::string& nodeName, const UdevHIDNode& node) override;
+    Answer query(const std::string& nodeName, const UdevHIDNode& node) override;
     void forget(const std::string& nodeName) override;
 
   private:
-    using Addresses = std::pair<std::string, std::string>;  // of a device and of the adapter that it is connected to
+    using Addresses = std::pair<std::string, std::string>;  // of the device and of its adapter
     struct Device {
         std::set<std::string> nodes;
-        std::string path = {};  // BlueZ's object; empty while it is not known
+        std::string path = {};  // of BlueZ's object; empty while BlueZ does not know the device
         std::optional<bool> isConnected = {};
-        std::vector<BusToken> received = {};
+        std::vector<BusToken> subscriptions = {};
     };
     struct Object;
 
-    void inquire();
-    void learn(sd_bus_message* objects);
-    bool receiveNew();
-    bool receive(Device& device);
-    BusToken receiveAdditions(std::string below);
+    void queryBluez();
+    void objectsReceived(sd_bus_message* objects);
+    bool subscribeToNew();
+    bool subscribe(Device& device);
+    BusToken subscribeToAdditions(std::string below);
     void setConnected(const std::string& path, bool isConnected);
     void report(const Device& device);
 
@@ -49,8 +50,8 @@ class BluezHIDPresence : public HIDPresence {
     SystemBus& bus_;
     std::map<Addresses, Device> devices_;
     BusToken owner_;
-    BusToken additions_;  // present while there are devices that BlueZ does not know
-    BusToken question_;   // present while it is asked
+    BusToken additions_;     // set while BlueZ does not know one of the devices
+    BusToken pendingQuery_;  // set while a query is pending
 };
 
 }  // namespace kovra

@@ -8,24 +8,24 @@
 
 namespace kovra {
 
-// Whether the device behind a HID node is really there. The node of some wireless devices stays when they are switched
-// off, out of reach or asleep.
+// Tells whether the device behind a HID node is present. Some wireless devices keep their node while they are switched
+// off, out of range or asleep.
 class HIDPresence {
   public:
     enum class Answer {
-        there,  // or nothing is known to the contrary
-        away,
-        notYetKnown  // but soon: listeners receive it
+        present,  // also if nothing indicates that it is absent
+        absent,
+        unknown  // the answer is on its way: listeners will be called
     };
 
     virtual ~HIDPresence() = default;
 
-    // As of now, of a node that exists and was just read.
-    virtual Answer ask(const std::string& nodeName, const UdevHIDNode& node) = 0;
-    // The node was removed.
+    // Returns the current state of a node that exists and was just read.
+    virtual Answer query(const std::string& nodeName, const UdevHIDNode& node) = 0;
+    // Call it when the node has been removed.
     virtual void forget(const std::string& nodeName) = 0;
 
-    // Receives from the queue the name of each node about which another answer may be given than before.
+    // Listeners are called from the queue with the name of each node whose answer may have changed.
     using Changes = Listeners<const std::string&>;
     [[nodiscard]] Changes::Token listen(Changes::Listener listener) { return changes_.add(std::move(listener)); }
 

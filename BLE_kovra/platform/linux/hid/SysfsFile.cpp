@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-std::variant<std::string, int> contentOfSysfsFile(const std::string& path) {
+std::variant<std::string, int> readSysfsFile(const std::string& path) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) return errno;
     std::string text;

@@ -5,7 +5,7 @@
 
 namespace kovra {
 
-// The whole content of a file that the kernel makes up as it is read, or the error for which there is none.
-std::variant<std::string, int> contentOfSysfsFile(const std::string& path);
+// Returns the whole content of a file in sysfs, or the error number if it cannot be read.
+std::variant<std::string, int> readSysfsFile(const std::string& path);
 
 }  // namespace kovra

@@ -15,11 +15,11 @@ bool exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0;
 
 }  // namespace
 
-bool UdevSigns::areOfUdevd() const { return exists(udevd) && std::ranges::none_of(sandboxes, exists); }
+bool UdevdPaths::isReachable() const { return exists(control) && std::ranges::none_of(sandboxes, exists); }
 
 std::unique_ptr<UdevEvents> UdevEvents::open(udev* context, const char* subsystem) {
     Monitor monitor(udev_monitor_new_from_netlink(context, "udev"));
-    // The filter comes first, so that no foreign event ever wakes the process.
+    // The filter is set first, so that events of other subsystems never wake the process.
     if (!monitor || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), subsystem, nullptr) < 0 ||
         udev_monitor_enable_receiving(monitor.get()) < 0) {
         return nullptr;

@@ -10,37 +10,37 @@
 
 namespace kovra {
 
-// Files that tell whether udevd's events can reach this process: udevd's own socket, and the marks of sandboxes, in
-// which they cannot.
-struct UdevSigns {
-    std::string udevd = "/run/udev/control";
+// Files that show whether udevd's events reach this process: the socket of udevd, and the marker files of sandboxes,
+// which udevd's events do not reach.
+struct UdevdPaths {
+    std::string control = "/run/udev/control";
     std::vector<std::string> sandboxes = {"/.flatpak-info", "/run/host/container-manager"};
 
-    bool areOfUdevd() const;
+    bool isReachable() const;
 };
 
-// udevd's announcements about one subsystem. Tells which node is concerned and little more: what became of the node has
-// to be read from the node.
+// Events of udevd for one subsystem. An event says which node is concerned and whether it was removed; all else has to
+// be read from the node itself.
 class UdevEvents {
   public:
     struct Event {
         enum class Kind {
             device,
-            lost,  // the socket overflowed: look at everything
-            none   // nothing more for the moment
+            lost,  // the socket overflowed: check all nodes
+            none   // no more events for now
         };
         Kind kind;
-        std::string nodeName;  // of a device
-        std::string path;      // the same: where the kernel has it
+        std::string nodeName;  // of kind device
+        std::string path;      // of kind device: below /sys
         bool isRemoval = false;
     };
 
-    // Listens from now on. Null where the system refuses.
+    // Receives events from now on. Returns null if the system refuses.
     static std::unique_ptr<UdevEvents> open(udev* context, const char* subsystem);
 
-    // Readable when there is an event.
+    // Readable when an event is pending.
     int descriptor() const { return udev_monitor_get_fd(monitor_.get()); }
-    // Never waits.
+    // Never blocks.
     Event next();
 
   private:

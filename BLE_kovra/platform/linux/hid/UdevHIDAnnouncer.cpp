@@ -10,16 +10,16 @@ namespace kovra {
 UdevHIDAnnouncer::UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences,
                                    Actions actions)
     : queue_(queue), nodes_(context), actions_(std::move(actions)), presences_(std::move(presences)) {
-    for (const auto& presence : presences_) changes_.push_back(presence->listen(actions_.doubtful));
+    for (const auto& presence : presences_) changes_.push_back(presence->listen(actions_.recheck));
 }
 
 UdevHIDAnnouncer::~UdevHIDAnnouncer() {
     for (const auto& [name, task] : pending_) task->cancel();
 }
 
-void UdevHIDAnnouncer::look(const std::string& nodeName, IfGone ifGone) { examine(nodeName, false, ifGone); }
+void UdevHIDAnnouncer::check(const std::string& nodeName, IfMissing ifMissing) { examine(nodeName, false, ifMissing); }
 
-std::vector<std::string> UdevHIDAnnouncer::everything() const {
+std::vector<std::string> UdevHIDAnnouncer::allNodes() const {
     const std::vector<std::string> names = nodes_.names();
     std::set<std::string> all(names.begin(), names.end());
     for (const auto& [name, device] : announced_) all.insert(name);
@@ -27,32 +27,32 @@ std::vector<std::string> UdevHIDAnnouncer::everything() const {
     return {all.begin(), all.end()};
 }
 
-void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfGone ifGone) {
+void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfMissing ifMissing) {
     const UdevHIDNode node = UdevHIDNodes::read(nodeName);
     if (node.device) {
         const HIDPresence::Answer presence = presenceOf(nodeName, node);
-        if (presence == HIDPresence::Answer::away) return deviceIsAway(nodeName);
+        if (presence == HIDPresence::Answer::absent) return deviceAbsent(nodeName);
         const bool mayWait = !isOverdue && !announced_.contains(nodeName);
-        if (presence == HIDPresence::Answer::notYetKnown && mayWait) return examineLater(nodeName);
+        if (presence == HIDPresence::Answer::unknown && mayWait) return examineLater(nodeName);
     }
     switch (node.state) {
-        case UdevHIDNode::State::gone:
-            if (ifGone == IfGone::awaitRemoval && announced_.contains(nodeName))
+        case UdevHIDNode::State::missing:
+            if (ifMissing == IfMissing::awaitRemoval && announced_.contains(nodeName))
                 examineLater(nodeName);
             else
-                nodeIsGone(nodeName);
+                nodeRemoved(nodeName);
             break;
         case UdevHIDNode::State::unreadable:
             examineLater(nodeName);
             break;
         case UdevHIDNode::State::unbound:
             if (isOverdue || announced_.contains(nodeName))
-                nodeIsThere(nodeName, *node.device);
+                nodePresent(nodeName, *node.device);
             else
                 examineLater(nodeName);
             break;
         case UdevHIDNode::State::bound:
-            nodeIsThere(nodeName, *node.device);
+            nodePresent(nodeName, *node.device);
             break;
     }
 }
@@ -61,31 +61,31 @@ void UdevHIDAnnouncer::examineLater(const std::string& nodeName) {
     if (pending_.contains(nodeName)) return;
     pending_[nodeName] = queue_.asyncAfter(timeout, lifetime_.guard([this, nodeName] {
         pending_.erase(nodeName);
-        examine(nodeName, true, IfGone::announceRemoval);
+        examine(nodeName, true, IfMissing::announceRemoval);
     }));
 }
 
 HIDPresence::Answer UdevHIDAnnouncer::presenceOf(const std::string& nodeName, const UdevHIDNode& node) {
-    auto answer = HIDPresence::Answer::there;
+    auto answer = HIDPresence::Answer::present;
     for (const auto& presence : presences_) {
-        const auto its = presence->ask(nodeName, node);
-        if (its == HIDPresence::Answer::away) return its;
-        if (its == HIDPresence::Answer::notYetKnown) answer = its;
+        const auto its = presence->query(nodeName, node);
+        if (its == HIDPresence::Answer::absent) return its;
+        if (its == HIDPresence::Answer::unknown) answer = its;
     }
     return answer;
 }
 
-void UdevHIDAnnouncer::nodeIsGone(const std::string& nodeName) {
+void UdevHIDAnnouncer::nodeRemoved(const std::string& nodeName) {
     for (const auto& presence : presences_) presence->forget(nodeName);
-    deviceIsAway(nodeName);
+    deviceAbsent(nodeName);
 }
 
-void UdevHIDAnnouncer::deviceIsAway(const std::string& nodeName) {
+void UdevHIDAnnouncer::deviceAbsent(const std::string& nodeName) {
     if (const auto pending = pending_.extract(nodeName)) pending.mapped()->cancel();
-    if (const auto gone = announced_.extract(nodeName)) actions_.removed(gone.mapped());
+    if (const auto announced = announced_.extract(nodeName)) actions_.removed(announced.mapped());
 }
 
-void UdevHIDAnnouncer::nodeIsThere(const std::string& nodeName, const UdevHIDDevice& device) {
+void UdevHIDAnnouncer::nodePresent(const std::string& nodeName, const UdevHIDDevice& device) {
     if (const auto pending = pending_.extract(nodeName)) pending.mapped()->cancel();
     const auto [known, isNew] = announced_.try_emplace(nodeName, device);
     if (!isNew) {

@@ -17,12 +17,12 @@ namespace kovra {
 class DelayedTask;
 class MainQueue;
 
-// Knows which HID interfaces have been announced, and announces what differs from that.
+// Remembers which HID interfaces have been announced, and announces the differences.
 //
 // A node is announced once a driver is bound to it, since drivers give devices their names, or `timeout` after it was
-// first seen without one. An announced interface whose name or numbers have changed is taken back and announced again
-// under the same number; so is one whose device goes and comes back while its node stays. That its driver goes, or is
-// swapped, changes nothing. Looking twice does no more than looking once.
+// first seen without one. If the name or the numbers of an announced interface change, it is removed and attached again
+// under the same number. The same happens if its device disconnects and reconnects while the node stays. Unbinding or
+// replacing its driver changes nothing. Checking a node twice has the same effect as checking it once.
 class UdevHIDAnnouncer {
   public:
     static constexpr std::chrono::milliseconds timeout{300};
@@ -31,7 +31,7 @@ class UdevHIDAnnouncer {
     struct Actions {
         std::function<void(const UdevHIDDevice&)> attached;
         std::function<void(const UdevHIDDevice&)> removed;
-        std::function<void(const std::string& nodeName)> doubtful;  // its device may have gone or come back: look at it
+        std::function<void(const std::string& nodeName)> recheck;  // its presence may have changed: check it
     };
 
     UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences,
@@ -40,23 +40,23 @@ class UdevHIDAnnouncer {
     UdevHIDAnnouncer(const UdevHIDAnnouncer&) = delete;
     UdevHIDAnnouncer& operator=(const UdevHIDAnnouncer&) = delete;
 
-    // What a look does about an announced node that it does not find. A node is off the bus some milliseconds before
-    // the kernel announces its removal, and the removal counts from its announcement. Where no announcement follows,
-    // it counts after `timeout`: nobody's trackpad waits for an event that was lost.
-    enum class IfGone { announceRemoval, awaitRemoval };
+    // What check() does if an announced node is missing. A node leaves the bus some milliseconds before the kernel
+    // announces its removal, and the removal counts from that announcement. If none follows, the removal counts after
+    // `timeout`, so that a lost event does not leave the trackpad muted.
+    enum class IfMissing { announceRemoval, awaitRemoval };
 
-    // Compares the node, as it is now, with what was announced of it. Calls back from inside this call.
-    void look(const std::string& nodeName, IfGone ifGone = IfGone::awaitRemoval);
-    // Every node there is or was known to be: looking at each of them makes good for lost events.
-    std::vector<std::string> everything() const;
+    // Compares the current node with what was announced of it. Calls the actions from inside this call.
+    void check(const std::string& nodeName, IfMissing ifMissing = IfMissing::awaitRemoval);
+    // All nodes that exist or that were known to exist. Checking each of them makes up for lost events.
+    std::vector<std::string> allNodes() const;
 
   private:
-    void examine(const std::string& nodeName, bool isOverdue, IfGone ifGone);
+    void examine(const std::string& nodeName, bool isOverdue, IfMissing ifMissing);
     void examineLater(const std::string& nodeName);
     HIDPresence::Answer presenceOf(const std::string& nodeName, const UdevHIDNode& node);
-    void nodeIsGone(const std::string& nodeName);
-    void deviceIsAway(const std::string& nodeName);
-    void nodeIsThere(const std::string& nodeName, const UdevHIDDevice& device);
+    void nodeRemoved(const std::string& nodeName);
+    void deviceAbsent(const std::string& nodeName);
+    void nodePresent(const std::string& nodeName, const UdevHIDDevice& device);
 
     MainQueue& queue_;
     UdevHIDNodes nodes_;
@@ -64,7 +64,7 @@ class UdevHIDAnnouncer {
     std::vector<std::unique_ptr<HIDPresence>> presences_;
     std::vector<HIDPresence::Changes::Token> changes_;
     std::unordered_map<std::string, UdevHIDDevice> announced_;
-    std::unordered_map<std::string, std::unique_ptr<DelayedTask>> pending_;  // nodes that are examined again when due
+    std::unordered_map<std::string, std::unique_ptr<DelayedTask>> pending_;  // nodes to examine again later
     Lifetime lifetime_;
 };
 

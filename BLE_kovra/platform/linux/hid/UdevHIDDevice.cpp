@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint64_t handleMark = std::uint64_t{1} << 63;
 
-// The whole text as a hexadecimal number of at most 32 bits.
+// Parses the whole text as a hexadecimal number of at most 32 bits.
 std::optional<std::uint32_t> hexadecimal(std::string_view text) {
     std::uint32_t number = 0;
     const char* end = text.data() + text.size();
@@ -28,7 +28,7 @@ std::optional<std::uint64_t> instanceNumber(std::string_view nodeName) {
     return hexadecimal(nodeName.substr(point + 1));
 }
 
-// "HID vvvv:pppp", from the kernel for a device that has no strings.
+// "HID vvvv:pppp" is the kernel's name for a device that has no strings.
 bool isPlaceholder(std::string_view name) {
     constexpr std::string_view pattern = "HID 0000:0000";
     return std::ranges::equal(name, pattern, [](char is, char expected) {

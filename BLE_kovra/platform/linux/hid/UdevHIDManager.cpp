@@ -13,7 +13,7 @@ namespace {
 constexpr const char* pollingLine =
     "ble-kovra: udev недоступен, подключение и отключение устройств HID проверяется опросом раз в секунду";
 
-// Called through a copy: the callback may replace the stored one, or destroy the manager.
+// The parameter is a copy: the callback may replace the stored one, or destroy the manager.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
     if (callback) callback(device);
@@ -21,36 +21,36 @@ void call(HIDManager::Callback callback, const UdevHIDDevice& device) {
 
 }  // namespace
 
-UdevHIDManager::UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevSigns signs,
+UdevHIDManager::UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths udevd,
                                std::vector<std::unique_ptr<HIDPresence>> presences, Listeners<>& missedEvents)
     : loop_(loop),
       log_(log),
-      signs_(std::move(signs)),
+      udevd_(std::move(udevd)),
       udev_(udev_new()),
       missedEvents_(missedEvents.add([this] { resynchronize(); })),
       announcer_(loop, udev_.get(), std::move(presences),
                  {.attached = [this](const UdevHIDDevice& device) { call(attached_, device); },
                   .removed = [this](const UdevHIDDevice& device) { call(removed_, device); },
-                  .doubtful = [this](const std::string& nodeName) { lookAgain(nodeName); }}) {}
+                  .recheck = [this](const std::string& nodeName) { recheck(nodeName); }}) {}
 
 UdevHIDManager::~UdevHIDManager() { cancelPoll(); }
 
 void UdevHIDManager::open() {
     opened_ = true;
-    wakeAfterStop();
-    // Events first, so that nothing is missed before the look; what is then seen twice is announced once.
+    checkAfterStop();
+    // Events first, so that no node is missed. A node that is seen twice is announced once.
     if (!listen()) log_.log(pollingLine);
     resynchronize();
 }
 
 void UdevHIDManager::resynchronize() {
     if (!opened_) return;
-    mustLookAtEverything_ = true;
-    begin();
+    mustCheckAll_ = true;
+    startWork();
 }
 
 bool UdevHIDManager::listen() {
-    if (!signs_.areOfUdevd()) return false;
+    if (!udevd_.isReachable()) return false;
     auto events = UdevEvents::open(udev_.get(), "hid");
     if (!events) return false;
     try {
@@ -62,21 +62,21 @@ bool UdevHIDManager::listen() {
     return true;
 }
 
-void UdevHIDManager::wakeAfterStop() {
+void UdevHIDManager::checkAfterStop() {
     try {
         continued_ = loop_.onSignal(SIGCONT, [this] { resynchronize(); });
     } catch (const std::system_error&) {
-        // Events that are lost while the process is stopped are still noticed by the socket.
+        // The socket still reports events that are lost while the process is stopped.
     }
 }
 
-void UdevHIDManager::lookAgain(const std::string& nodeName) {
+void UdevHIDManager::recheck(const std::string& nodeName) {
     if (!opened_) return;
     due_.push_back(nodeName);
-    begin();
+    startWork();
 }
 
-void UdevHIDManager::begin() {
+void UdevHIDManager::startWork() {
     if (!std::exchange(isWorking_, true)) loop_.async(lifetime_.guard([this] { step(); }));
 }
 
@@ -85,9 +85,9 @@ void UdevHIDManager::eventsReadable() {
 }
 
 void UdevHIDManager::step() {
-    if (const auto look = next()) {
+    if (const auto due = next()) {
         const Lifetime::Observer self = lifetime_.observe();
-        announcer_.look(look->nodeName, look->ifGone);
+        announcer_.check(due->nodeName, due->ifMissing);
         if (!self.hasEnded()) loop_.async(lifetime_.guard([this] { step(); }));
         return;
     }
@@ -109,27 +109,27 @@ void UdevHIDManager::poll() {
     resynchronize();
 }
 
-// Events first, so that the socket is emptied soon.
-std::optional<UdevHIDManager::Look> UdevHIDManager::next() {
+// Events first, so that the socket is drained soon.
+std::optional<UdevHIDManager::Check> UdevHIDManager::next() {
     using Kind = UdevEvents::Event::Kind;
-    using IfGone = UdevHIDAnnouncer::IfGone;
+    using IfMissing = UdevHIDAnnouncer::IfMissing;
     while (events_) {
         UdevEvents::Event event = events_->next();
         if (event.kind == Kind::none) break;
         if (event.kind == Kind::lost) {
-            mustLookAtEverything_ = true;
+            mustCheckAll_ = true;
             continue;
         }
-        return Look{std::move(event.nodeName), event.isRemoval ? IfGone::announceRemoval : IfGone::awaitRemoval};
+        return Check{std::move(event.nodeName), event.isRemoval ? IfMissing::announceRemoval : IfMissing::awaitRemoval};
     }
-    if (std::exchange(mustLookAtEverything_, false)) {
-        const auto everything = announcer_.everything();
-        due_.assign(everything.begin(), everything.end());
+    if (std::exchange(mustCheckAll_, false)) {
+        const auto allNodes = announcer_.allNodes();
+        due_.assign(allNodes.begin(), allNodes.end());
     }
     if (due_.empty()) return std::nullopt;
-    Look look{std::move(due_.front()), IfGone::awaitRemoval};
+    Check check{std::move(due_.front()), IfMissing::awaitRemoval};
     due_.pop_front();
-    return look;
+    return check;
 }
 
 }  // namespace kovra

@@ -18,62 +18,63 @@ namespace kovra {
 
 class SystemLog;
 
-// The HID interfaces of a Linux machine, as the kernel shows them and udevd announces them. Decides when to look at
-// which node, and leaves to UdevHIDAnnouncer what there is to announce of it: at each node that udevd reports, or whose
-// device may have come or gone without it; at all of them at the beginning, after events were lost, after the process
-// was stopped and after the machine has slept.
+// The HID interfaces of a Linux machine, as the kernel lists them and udevd announces them. The manager decides when to
+// check which node, and UdevHIDAnnouncer decides what to announce.
 //
-// Each queue block looks at one node, and the next block is queued only then: whatever a device sets off is done before
-// the next one, and a thousand devices never pile up. Where udevd's events do not arrive, all nodes are looked at every
-// `pollInterval`, after one line in the log, until they do. With udevd the process sleeps while nothing happens.
+// It checks each node that udevd reports, and each whose device may have disconnected or reconnected. It checks all
+// nodes when it is opened, after events were lost, after the process was stopped and after the machine has slept.
+//
+// Each queue block checks one node and then queues the next block. So everything that a device causes is finished
+// before the next device, and a thousand devices do not pile up. If udevd's events do not arrive, all nodes are checked
+// every `pollInterval` until they do; one line in the log says so. With udevd the process sleeps while nothing happens.
 class UdevHIDManager : public HIDManager {
   public:
     static constexpr std::chrono::seconds pollInterval{1};
 
-    // `presences` are asked about each node that is looked at; a device is away as soon as one says so. With each call
-    // of `missedEvents` all nodes are looked at again.
-    UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevSigns signs,
+    // `presences` are queried for each node that is checked; a device is absent as soon as one of them says so. Each
+    // call of `missedEvents` checks all nodes again.
+    UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths udevd,
                    std::vector<std::unique_ptr<HIDPresence>> presences, Listeners<>& missedEvents);
     ~UdevHIDManager() override;
 
     void registerMatchingCallback(Callback attached) override { attached_ = std::move(attached); }
     void registerRemovalCallback(Callback removed) override { removed_ = std::move(removed); }
-    // Looks at nothing itself: that begins with the next turn of the queue.
+    // Checks no node itself: that begins with the next turn of the queue.
     void open() override;
 
   private:
-    struct Look {
+    struct Check {
         std::string nodeName;
-        UdevHIDAnnouncer::IfGone ifGone;
+        UdevHIDAnnouncer::IfMissing ifMissing;
     };
 
     void resynchronize();
     bool listen();
-    void wakeAfterStop();
-    void lookAgain(const std::string& nodeName);
-    void begin();
+    void checkAfterStop();
+    void recheck(const std::string& nodeName);
+    void startWork();
     void eventsReadable();
     void step();
     void poll();
     void cancelPoll();
-    std::optional<Look> next();
+    std::optional<Check> next();
 
     SdEventLoop& loop_;
     SystemLog& log_;
-    UdevSigns signs_;
+    UdevdPaths udevd_;
     Udev udev_;
     Callback attached_;
     Callback removed_;
     Listeners<>::Token missedEvents_;
     UdevHIDAnnouncer announcer_;
     std::unique_ptr<UdevEvents> events_;         // null while polling
-    std::unique_ptr<SdEventLoop::Watch> watch_;  // of the events' descriptor, so it goes first
+    std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
     std::unique_ptr<SdEventLoop::Signal> continued_;
     std::unique_ptr<DelayedTask> nextPoll_;
-    std::deque<std::string> due_;  // nodes still to be looked at
+    std::deque<std::string> due_;  // nodes still to be checked
     bool opened_ = false;
-    bool mustLookAtEverything_ = false;
-    bool isWorking_ = false;  // a block that will look at the next node is queued, or running
+    bool mustCheckAll_ = false;
+    bool isWorking_ = false;  // a block that checks the next node is queued or running
     Lifetime lifetime_;
 };
 

@@ -19,7 +19,7 @@ const std::string devicesFolder = "/sys/bus/hid/devices/";
 
 bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
 
-// What the line NAME=VALUE says. The first such line: what the kernel knows stands before what a device says of itself.
+// Returns the value of the first line NAME=VALUE. The kernel's own values come before those that a device supplies.
 std::optional<std::string_view> property(std::string_view uevent, std::string_view name) {
     while (!uevent.empty()) {
         const std::string_view line = uevent.substr(0, uevent.find('\n'));
@@ -46,12 +46,12 @@ std::vector<std::string> UdevHIDNodes::names() const {
     return names;
 }
 
-// One file has it all, as of one moment. libudev would find the same by some fifty calls, and the flag would wait for
-// them.
+// One file contains all properties as of one moment. libudev would need some fifty calls for the same, and the flag
+// would wait for them.
 UdevHIDNode UdevHIDNodes::read(const std::string& name) {
-    const auto content = contentOfSysfsFile(devicesFolder + name + "/uevent");
+    const auto content = readSysfsFile(devicesFolder + name + "/uevent");
     if (const int* error = std::get_if<int>(&content)) {
-        return {.state = isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::gone};
+        return {.state = isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::missing};
     }
     const auto& uevent = std::get<std::string>(content);
     const auto driver = property(uevent, "DRIVER");

@@ -13,30 +13,30 @@ namespace kovra {
 
 using Udev = Handle<udev, udev_unref>;
 
-// One node of the bus "hid", as it was when it was read.
+// A node of the bus "hid", as it was when it was read.
 struct UdevHIDNode {
     enum class State {
-        gone,
-        unreadable,  // for want of descriptors or memory it cannot be told whether there is one
-        unbound,     // there, without a driver
+        missing,
+        unreadable,  // no descriptors or memory left to find out whether it exists
+        unbound,     // it exists, without a driver
         bound
     };
 
-    State state = State::gone;
-    // Of the last two states:
+    State state = State::missing;
+    // In the last two states only:
     std::optional<UdevHIDDevice> device = {};
-    std::string driver = {};  // empty: unbound
-    std::string phys = {};    // where it is connected, as its bus names such places
-    std::string uniq = {};    // a serial number, or an address
+    std::string driver = {};  // empty if unbound
+    std::string phys = {};    // where the device is connected, in the notation of its bus
+    std::string uniq = {};    // the serial number or address of the device
 };
 
-// The nodes of the bus "hid", read from sysfs each time anew: what an event carries may be out of date, since drivers
-// rename devices after the kernel has told of them. Needs neither udevd nor any right.
+// The nodes of the bus "hid". They are read from sysfs each time, because the content of an event may be out of date:
+// drivers rename devices after the kernel has announced them. Needs neither udevd nor any privilege.
 class UdevHIDNodes {
   public:
     explicit UdevHIDNodes(udev* context) : context_(context) {}
 
-    // Those that can be seen: what is missing here is not necessarily gone.
+    // The nodes that could be listed. A node that is missing here may exist all the same.
     std::vector<std::string> names() const;
     static UdevHIDNode read(const std::string& name);
 

@@ -10,14 +10,14 @@
 
 namespace kovra {
 
-UdevHIDService::UdevHIDService(SystemBus& bus, SystemLog& log, UdevSigns signs)
-    : bus_(bus), log_(log), signs_(std::move(signs)) {}
+UdevHIDService::UdevHIDService(SystemBus& bus, SystemLog& log, UdevdPaths udevd)
+    : bus_(bus), log_(log), udevd_(std::move(udevd)) {}
 
 std::unique_ptr<HIDManager> UdevHIDService::createManager() {
     std::vector<std::unique_ptr<HIDPresence>> presences;
-    presences.push_back(std::make_unique<BatteryHIDPresence>(bus_.loop(), signs_));
+    presences.push_back(std::make_unique<BatteryHIDPresence>(bus_.loop(), udevd_));
     presences.push_back(std::make_unique<BluezHIDPresence>(bus_));
-    return std::make_unique<UdevHIDManager>(bus_.loop(), log_, signs_, std::move(presences), managers_);
+    return std::make_unique<UdevHIDManager>(bus_.loop(), log_, udevd_, std::move(presences), managers_);
 }
 
 void UdevHIDService::resynchronize() { managers_.call(); }

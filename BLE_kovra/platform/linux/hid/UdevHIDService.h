@@ -11,21 +11,21 @@ namespace kovra {
 class SystemBus;
 class SystemLog;
 
-// HID on Linux: managers over libudev. The bus, its loop and the log have to outlive them.
+// Creates managers that use libudev. The bus, its loop and the log must outlive them.
 class UdevHIDService : public HIDService {
   public:
-    UdevHIDService(SystemBus& bus, SystemLog& log, UdevSigns signs = {});
+    UdevHIDService(SystemBus& bus, SystemLog& log, UdevdPaths udevd = {});
 
     std::unique_ptr<HIDManager> createManager() override;
 
-    // For when events may have been missed, as when the machine has slept: each open manager compares what it has
-    // announced with what is attached, and announces the differences.
+    // Call it when events may have been missed, for example after the machine has slept. Each open manager compares the
+    // devices that it has announced with those that are attached, and announces the differences.
     void resynchronize();
 
   private:
     SystemBus& bus_;
     SystemLog& log_;
-    UdevSigns signs_;
+    UdevdPaths udevd_;
     Listeners<> managers_;
 };
 

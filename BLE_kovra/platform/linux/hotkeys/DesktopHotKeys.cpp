@@ -12,7 +12,7 @@ namespace kovra {
 
 namespace {
 
-// The X server counts the kernel's key codes from here.
+// The X server adds this to the kernel's key codes.
 constexpr xcb_keycode_t firstKeycode = 8;
 
 class Installed : public HotKeyService::Reference {
@@ -23,7 +23,7 @@ class Installed : public HotKeyService::Reference {
     Listeners<>::Token token_;
 };
 
-// The same at every start: desktops remember by it what the user has made of the key.
+// The same at every start, because desktops remember the user's choice of key under it.
 std::string identifier(const HotKey& hotKey) {
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(hotKey.signature >> shift & 0xFF);
@@ -38,7 +38,7 @@ DesktopHotKeys DesktopHotKeys::onX(XConnection& connection) {
     });
 }
 
-// By the letter, since portals know no places.
+// By the letter, since portals do not know places on the keyboard.
 DesktopHotKeys DesktopHotKeys::onPortal(SessionBus& bus) {
     return DesktopHotKeys([&bus](const HotKey& hotKey, std::function<void()> pressed) {
         PortalShortcut::Description key{.id = identifier(hotKey), .text = "BLE-kovra", .trigger = "CTRL+ALT+t"};

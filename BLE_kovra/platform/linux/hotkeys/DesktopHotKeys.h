@@ -11,23 +11,23 @@
 
 namespace kovra {
 
-// Hot keys as this desktop has them: taken from X by their place on the keyboard, or asked of the desktop's portal on
-// Wayland, where only the desktop itself sees all keys; elsewhere every key is refused.
+// The hot keys of this desktop. On X the key is grabbed by its place on the keyboard. On Wayland, where only the
+// desktop sees all keys, it is requested from the desktop's portal. Elsewhere every key is refused.
 //
-// Takes Control + Option + T; returns null for any other key. A press travels no further whatever the handlers answer:
-// the desktop has given it to this program alone.
+// Only Control + Option + T is available; any other key returns null. A press never reaches another program, whatever
+// the handlers return: the desktop has reserved the key for this program.
 class DesktopHotKeys : public HotKeyService {
   public:
     static DesktopHotKeys onX(XConnection& connection);
     static DesktopHotKeys onPortal(SessionBus& bus);
-    // `connection` is null where there is no X server.
+    // `connection` is null if there is no X server.
     static DesktopHotKeys on(Desktop desktop, XConnection* connection, SessionBus& bus);
 
     std::unique_ptr<Reference> installHandler(Handler handler) override;
     std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override;
 
   private:
-    // Takes the key for as long as the reference lives; null where there are no hot keys.
+    // Grabs the key for as long as the reference lives. Null if there are no hot keys.
     using Grab = std::function<std::unique_ptr<Reference>(const HotKey& hotKey, std::function<void()> pressed)>;
     explicit DesktopHotKeys(Grab grab) : grab_(std::move(grab)) {}
 

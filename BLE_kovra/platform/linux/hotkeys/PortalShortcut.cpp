@@ -16,17 +16,17 @@ constexpr const char* portal = "org.freedesktop.portal.Desktop";
 constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
 constexpr const char* globalShortcuts = "org.freedesktop.portal.GlobalShortcuts";
 
-// Some desktops report a held key again and again, as the keyboard repeats it; the pause before the first repetition is
-// the longest.
+// Some desktops report a held key repeatedly, as the keyboard repeats it. The pause before the first repetition is the
+// longest.
 constexpr auto repetition = std::chrono::seconds(1);
 
-// 0 is success; the others mean that the user or the portal has ended the request.
+// 0 is success; any other code means that the user or the portal has ended the request.
 bool isGranted(sd_bus_message* response) {
     std::uint32_t code = 1;
     return sd_bus_message_read(response, "u", &code) > 0 && code == 0;
 }
 
-// Whether the a(sa{sv}) that comes next in the message has an element of this name.
+// Reads the next value of the message, an a(sa{sv}), and finds out whether it has an element with this name.
 int findShortcut(sd_bus_message* message, std::string_view id, bool& isFound) {
     int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, "a(sa{sv})");
     if (result > 0) result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(sa{sv})");
@@ -37,7 +37,7 @@ int findShortcut(sd_bus_message* message, std::string_view id, bool& isFound) {
         if (result > 0) result = sd_bus_message_skip(message, "a{sv}");
         if (result >= 0) result = sd_bus_message_exit_container(message);
     }
-    return isFound ? -ECANCELED : result;  // nothing more has to be read
+    return isFound ? -ECANCELED : result;  // stops reading
 }
 
 bool listsShortcut(sd_bus_message* response, std::string_view id) {
@@ -68,12 +68,13 @@ void PortalShortcut::busChanged(BusConnection* bus) {
     }
     owner_ =
         bus->watchOwner(portal, [this](std::string_view before, std::string_view now) { ownerChanged(before, now); });
-    introduce();
+    registerApplication();
 }
 
-void PortalShortcut::introduce() {
-    isAsking_ = true;
-    // Else the portal takes a program that was started from a terminal for the terminal. Older ones do not know this.
+void PortalShortcut::registerApplication() {
+    isRequested_ = true;
+    // Otherwise the portal would identify a program started from a terminal as the terminal. Older portals do not have
+    // this method.
     reply_ = bus_->call(
         {portal, portalPath, "org.freedesktop.host.portal.Registry", "Register", true},
         [](BusWriter& arguments) { arguments.text(SingleInstance::busName).openArray("{sv}").close(); },
@@ -87,12 +88,12 @@ void PortalShortcut::createSession() {
     });
 }
 
-// The published interface has a text for the session, and not an object path.
+// The published interface passes the session as a string, not as an object path.
 void PortalShortcut::sessionCreated(sd_bus_message* response) {
     session_ = isGranted(response) ? readText(response, "session_handle").value_or("") : "";
     if (sd_bus_object_path_is_valid(session_.c_str()) <= 0) return reset();
-    activated_ = receive(portalPath, globalShortcuts, "Activated", &PortalShortcut::activated);
-    deactivated_ = receive(portalPath, globalShortcuts, "Deactivated", &PortalShortcut::deactivated);
+    activated_ = subscribe(portalPath, globalShortcuts, "Activated", &PortalShortcut::activated);
+    deactivated_ = subscribe(portalPath, globalShortcuts, "Deactivated", &PortalShortcut::deactivated);
     closed_ = bus_->receive({portal, session_, "org.freedesktop.portal.Session", "Closed"},
                             [this](sd_bus_message*) { reset(); });
     listShortcuts();
@@ -106,7 +107,7 @@ void PortalShortcut::listShortcuts() {
 }
 
 void PortalShortcut::shortcutsListed(sd_bus_message* response) {
-    // Bound only where the desktop has forgotten it: some show a dialog each time.
+    // The shortcut is bound only if the desktop does not list it: some desktops show a dialog each time.
     if (!isGranted(response) || !listsShortcut(response, description_.id)) bindShortcut();
 }
 
@@ -129,7 +130,7 @@ void PortalShortcut::activated(sd_bus_message* message) {
     const auto now = std::chrono::steady_clock::now();
     const auto before = std::exchange(activeSince_, now);
     if (before && now - *before < repetition) return;
-    const auto pressed = pressed_;  // which may destroy this
+    const auto pressed = pressed_;  // the function may destroy this object
     pressed();
 }
 
@@ -145,12 +146,12 @@ bool PortalShortcut::isOurs(sd_bus_message* message) const {
 
 void PortalShortcut::ownerChanged(std::string_view before, std::string_view now) {
     if (!before.empty()) reset();
-    // The portal may also have come because it was asked.
-    if (!now.empty() && !isAsking_) introduce();
+    // The portal may also have been started by this request.
+    if (!now.empty() && !isRequested_) registerApplication();
 }
 
 void PortalShortcut::reset() {
-    isAsking_ = false;
+    isRequested_ = false;
     session_.clear();
     activeSince_.reset();
     for (BusToken* token : {&reply_, &response_, &activated_, &deactivated_, &closed_}) token->reset();
@@ -160,15 +161,15 @@ std::string PortalShortcut::newRequest(Step next) {
     std::string token = "ble_kovra_" + std::to_string(++requests_);
     const char* name = nullptr;
     sd_bus_get_unique_name(bus_->bus(), &name);
-    std::string sender = name == nullptr ? "" : name + 1;  // without its colon
+    std::string sender = name == nullptr ? "" : name + 1;  // without the colon
     std::replace(sender.begin(), sender.end(), '.', '_');
-    // Before the call, since the answer may come at once.
-    response_ = receive(std::string(portalPath) + "/request/" + sender + "/" + token, "org.freedesktop.portal.Request",
-                        "Response", next);
+    // Before the call, since the response may arrive before the reply.
+    response_ = subscribe(std::string(portalPath) + "/request/" + sender + "/" + token,
+                          "org.freedesktop.portal.Request", "Response", next);
     return token;
 }
 
-BusToken PortalShortcut::receive(const std::string& path, const char* interface, const char* signal, Step next) {
+BusToken PortalShortcut::subscribe(const std::string& path, const char* interface, const char* signal, Step next) {
     return bus_->receive({portal, path, interface, signal},
                          [this, next](sd_bus_message* message) { (this->*next)(message); });
 }

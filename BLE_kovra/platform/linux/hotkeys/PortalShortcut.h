@@ -10,19 +10,19 @@
 
 namespace kovra {
 
-// One key combination that the desktop's portal (org.freedesktop.portal.GlobalShortcuts) is asked for, for as long as
-// this lives. The portal may replace it by another key, ask the user, refuse, or not know of such things; none of this
+// A key combination that is requested from the desktop's portal (org.freedesktop.portal.GlobalShortcuts), for as long
+// as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts; none of this
 // is reported.
 //
-// Nothing waits for an answer. The portal is asked once, and again only when it, or the bus, has been away: a refusal
-// and a session that the portal closes are final.
+// Nothing waits for a reply. The portal is asked once, and again only after it or the bus has restarted: a refusal is
+// final, and so is a session that the portal closes.
 class PortalShortcut : public HotKeyService::Reference {
   public:
-    // What the desktop knows the combination by from one start to the next.
+    // Identifies the combination to the desktop, from one start to the next.
     struct Description {
         std::string id;
         std::string text;
-        std::string trigger;  // as freedesktop.org writes shortcuts, such as CTRL+ALT+t
+        std::string trigger;  // in freedesktop.org's notation, such as CTRL+ALT+t
     };
 
     PortalShortcut(SessionBus& bus, Description description, std::function<void()> pressed);
@@ -33,8 +33,8 @@ class PortalShortcut : public HotKeyService::Reference {
   private:
     using Step = void (PortalShortcut::*)(sd_bus_message* message);
 
-    // The steps, each begun by the portal's answer to the one before.
-    void introduce();
+    // The steps of the request. Each follows the portal's reply to the one before.
+    void registerApplication();
     void createSession();
     void listShortcuts();
     void bindShortcut();
@@ -50,15 +50,15 @@ class PortalShortcut : public HotKeyService::Reference {
     bool isOurs(sd_bus_message* message) const;
     void reset();
 
-    // A name for a request, whose response begins the next step.
+    // Returns a name for a request, whose response starts the next step.
     std::string newRequest(Step next);
-    BusToken receive(const std::string& path, const char* interface, const char* signal, Step next);
+    BusToken subscribe(const std::string& path, const char* interface, const char* signal, Step next);
     void call(const char* method, const BusConnection::Write& write);
 
     const Description description_;
     const std::function<void()> pressed_;
     BusConnection* bus_ = nullptr;
-    bool isAsking_ = false;  // and has not been refused
+    bool isRequested_ = false;  // and not refused
     int requests_ = 0;
     std::string session_;
     std::optional<std::chrono::steady_clock::time_point> activeSince_;

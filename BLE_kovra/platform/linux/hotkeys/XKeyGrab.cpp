@@ -22,7 +22,7 @@ XKeyGrab::~XKeyGrab() {
 
 XKeyGrab::States XKeyGrab::statesFor(const XModifiers& modifiers) {
     States states;
-    if (modifiers.alt == 0) return states;  // a keyboard without Alt
+    if (modifiers.alt == 0) return states;  // this keyboard has no Alt
     for (const std::uint16_t locks : modifiers.lockSets())
         states.push_back(static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | modifiers.alt | locks));
     return states;
@@ -32,25 +32,25 @@ void XKeyGrab::receive(const xcb_generic_event_t& event) {
     const std::uint8_t kind = XConnection::kindOf(event);
     if (kind == XCB_KEY_RELEASE && event.pad0 == key_) isDown_ = false;
     if (kind == XCB_KEY_PRESS && event.pad0 == key_ && !std::exchange(isDown_, true)) {
-        const auto pressed = pressed_;  // which may destroy this
+        const auto pressed = pressed_;  // the function may destroy this object
         pressed();
-    } else if (keyboard_.tellsOfNewMap(event)) {
-        // It comes as many events; one question at a time is enough.
-        isMapNewer_ = true;
+    } else if (keyboard_.isMapChange(event)) {
+        // A new map causes many events; one query at a time is enough.
+        isMapStale_ = true;
         if (!modifiers_) query();
     }
 }
 
 void XKeyGrab::query() {
-    isMapNewer_ = false;
+    isMapStale_ = false;
     modifiers_.emplace(connection_.get());
     keysDown_ = xcb_query_keymap(connection_.get());
-    whenAnswered_ = connection_.whenServed([this] { answered(); });
+    whenAnswered_ = connection_.whenServed([this] { mapReceived(); });
 }
 
-void XKeyGrab::answered() {
+void XKeyGrab::mapReceived() {
     States states = statesFor(std::exchange(modifiers_, std::nullopt)->read());
-    // A new map may swallow a release.
+    // A release may be lost when the map changes.
     const Allocated<xcb_query_keymap_reply_t> down{xcb_query_keymap_reply(connection_.get(), keysDown_, nullptr)};
     isDown_ = isDown_ && down && (down->keys[key_ / 8] >> (key_ % 8) & 1) != 0;
     keyboard_.use();
@@ -58,7 +58,7 @@ void XKeyGrab::answered() {
         release();
         grab(std::move(states));
     }
-    if (isMapNewer_) query();
+    if (isMapStale_) query();
     connection_.flush();
 }
 
@@ -74,14 +74,15 @@ void XKeyGrab::grab(States states) {
 }
 
 void XKeyGrab::checkGrabs() {
-    bool isOurs = true;
+    bool isGranted = true;
     for (const xcb_void_cookie_t request : std::exchange(grabs_, {})) {
-        if (const Allocated<xcb_generic_error_t> error{xcb_request_check(connection_.get(), request)}) isOurs = false;
+        if (const Allocated<xcb_generic_error_t> error{xcb_request_check(connection_.get(), request)})
+            isGranted = false;
     }
-    wasEverOurs_ = wasEverOurs_ || isOurs;
-    if (isOurs) return;
+    wasEverGranted_ = wasEverGranted_ || isGranted;
+    if (isGranted) return;
     release();
-    if (!wasEverOurs_) listening_.reset();
+    if (!wasEverGranted_) listening_.reset();
     connection_.flush();
 }
 

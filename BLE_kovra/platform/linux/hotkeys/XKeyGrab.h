@@ -14,13 +14,13 @@
 
 namespace kovra {
 
-// One key of the keyboard with Control and Alt, taken from all windows for as long as this lives.
+// Grabs one key with Control and Alt from all windows, for as long as this object lives.
 //
-// A press with these modifiers and no others counts, whichever lock keys are on and whichever layout is; a held key is
-// one press. Follows the keyboard's map where Alt or a lock key gets another modifier bit.
+// A press counts with exactly these modifiers, whichever lock keys are on and whichever layout is active. A held key
+// counts as one press. If the keyboard map moves Alt or a lock key to another modifier bit, the grab follows.
 //
-// It is taken as soon as the server has answered. Where another program has the key with any of the lock keys, none of
-// them is taken, in silence and for good.
+// The key is grabbed once the server has answered. If another program has grabbed it in combination with any of the
+// lock keys, this object silently gives up the key for good.
 class XKeyGrab : public HotKeyService::Reference {
   public:
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);
@@ -34,7 +34,7 @@ class XKeyGrab : public HotKeyService::Reference {
     static States statesFor(const XModifiers& modifiers);
     void receive(const xcb_generic_event_t& event);
     void query();
-    void answered();
+    void mapReceived();
     void grab(States states);
     void checkGrabs();
     void release();
@@ -44,16 +44,16 @@ class XKeyGrab : public HotKeyService::Reference {
     const xcb_keycode_t key_;
     const std::function<void()> pressed_;
 
-    // The questions that are under way.
-    std::optional<XModifierQuestion> modifiers_;
+    // The queries that are pending.
+    std::optional<XModifierQuery> modifiers_;
     xcb_query_keymap_cookie_t keysDown_{};
     XConnection::Token whenAnswered_;
-    bool isMapNewer_ = false;  // than the one that was asked for
+    bool isMapStale_ = false;  // the map has changed since the query
 
     States grabbed_;
-    std::vector<xcb_void_cookie_t> grabs_;  // not known yet whether they were granted
+    std::vector<xcb_void_cookie_t> grabs_;  // requests whose result is not known yet
     XConnection::Token whenGranted_;
-    bool wasEverOurs_ = false;
+    bool wasEverGranted_ = false;
 
     bool isDown_ = false;
     XConnection::Events::Token listening_;

@@ -10,8 +10,8 @@ namespace kovra {
 
 namespace {
 
-// Three requests of the extension as its protocol has them. The library for them is one more to load and keep in a
-// program that stays for months, and brings a hundred others.
+// Three requests of the extension, as its protocol defines them. The library that offers them would stay loaded for
+// months, and offers a hundred more.
 xcb_extension_t extension{"XKEYBOARD", 0};
 
 constexpr std::uint16_t coreKeyboard = 0x0100;
@@ -65,7 +65,7 @@ void send(xcb_connection_t* connection, Request request) {
     static_assert(std::is_trivially_copyable_v<Request>);
     const xcb_protocol_request_t kind{
         .count = 1, .ext = &extension, .opcode = Request::opcode, .isvoid = Request::hasReply ? 0 : 1};
-    // xcb wants room for two more before the first part that it is given.
+    // xcb uses the two elements before the first one that it is given.
     std::array<iovec, 3> parts{};
     parts[2] = {.iov_base = &request, .iov_len = sizeof request};
     const unsigned int sequence = xcb_send_request(connection, 0, &parts[2], &kind);
@@ -88,7 +88,7 @@ void XKeyboardExtension::use() {
     send(connection_, SelectEvents{});
 }
 
-bool XKeyboardExtension::tellsOfNewMap(const xcb_generic_event_t& event) const {
+bool XKeyboardExtension::isMapChange(const xcb_generic_event_t& event) const {
     const int kind = event.response_type & 0x7F;
     if (kind == XCB_MAPPING_NOTIFY) return true;
     return kind == firstEvent_ && (event.pad0 == newKeyboardNotify || event.pad0 == mapNotify);

@@ -4,19 +4,19 @@
 
 namespace kovra {
 
-// The X server's keyboard extension, for the two things that the core protocol does not tell: whether a release of a
-// held key is a real one, and that another layout has come without new key codes.
+// The keyboard extension of the X server. It reports two things that the core protocol does not: whether a held key was
+// really released, and a change of the layout that keeps all key codes.
 //
-// Asks and does not wait. On a server without the extension nothing changes.
+// Does not wait for replies. On a server without the extension nothing changes.
 class XKeyboardExtension {
   public:
     explicit XKeyboardExtension(xcb_connection_t* connection);
 
-    // Once the server has answered; before that, it would wait for it. From now on this connection hears of a held key
-    // as presses alone, and of every change of the keyboard's map.
+    // Call it once the server has answered, otherwise it blocks. From now on a held key is reported as presses without
+    // releases, and every change of the keyboard map is reported.
     void use();
-    // Also what the core protocol tells of it.
-    bool tellsOfNewMap(const xcb_generic_event_t& event) const;
+    // Includes the event of the core protocol.
+    bool isMapChange(const xcb_generic_event_t& event) const;
 
   private:
     xcb_connection_t* connection_;

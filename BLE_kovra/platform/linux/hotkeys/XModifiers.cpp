@@ -9,13 +9,13 @@ namespace kovra {
 
 namespace {
 
-// Keysyms of the protocol's appendix.
+// Keysyms from the appendix of the X protocol.
 constexpr xcb_keysym_t symbolScrollLock = 0xFF14;
 constexpr xcb_keysym_t symbolNumLock = 0xFF7F;
 constexpr xcb_keysym_t symbolAltLeft = 0xFFE9;
 constexpr xcb_keysym_t symbolAltRight = 0xFFEA;
 
-void note(XModifiers& modifiers, std::span<const xcb_keysym_t> symbols, std::uint16_t bit) {
+void assign(XModifiers& modifiers, std::span<const xcb_keysym_t> symbols, std::uint16_t bit) {
     for (const xcb_keysym_t symbol : symbols) {
         if (symbol == symbolAltLeft || symbol == symbolAltRight) modifiers.alt = bit;
         if (symbol == symbolNumLock) modifiers.numLock = bit;
@@ -35,19 +35,19 @@ std::vector<std::uint16_t> XModifiers::lockSets() const {
     return sets;
 }
 
-XModifierQuestion::XModifierQuestion(xcb_connection_t* connection) : connection_(connection) {
+XModifierQuery::XModifierQuery(xcb_connection_t* connection) : connection_(connection) {
     const xcb_setup_t* setup = xcb_get_setup(connection);
     const int keys = setup->max_keycode - setup->min_keycode + 1;
-    keysOfModifiers_ = xcb_get_modifier_mapping(connection);
-    symbolsOfKeys_ = xcb_get_keyboard_mapping(connection, setup->min_keycode, static_cast<std::uint8_t>(keys));
+    modifierMapping_ = xcb_get_modifier_mapping(connection);
+    keyboardMapping_ = xcb_get_keyboard_mapping(connection, setup->min_keycode, static_cast<std::uint8_t>(keys));
 }
 
-XModifiers XModifierQuestion::read() const {
+XModifiers XModifierQuery::read() const {
     XModifiers modifiers;
     const Allocated<xcb_get_modifier_mapping_reply_t> keys{
-        xcb_get_modifier_mapping_reply(connection_, keysOfModifiers_, nullptr)};
+        xcb_get_modifier_mapping_reply(connection_, modifierMapping_, nullptr)};
     const Allocated<xcb_get_keyboard_mapping_reply_t> symbols{
-        xcb_get_keyboard_mapping_reply(connection_, symbolsOfKeys_, nullptr)};
+        xcb_get_keyboard_mapping_reply(connection_, keyboardMapping_, nullptr)};
     if (!keys || !symbols) return modifiers;
 
     const std::size_t firstKey = xcb_get_setup(connection_)->min_keycode;
@@ -57,13 +57,13 @@ XModifiers XModifierQuestion::read() const {
     const std::size_t keysPerModifier = keys->keycodes_per_modifier;
     const xcb_keycode_t* keycodes = xcb_get_modifier_mapping_keycodes(keys.get());
 
-    constexpr std::size_t firstFree = XCB_MAP_INDEX_1;  // before it stand Shift, Lock and Control
+    constexpr std::size_t firstFree = XCB_MAP_INDEX_1;  // after Shift, Lock and Control
     for (std::size_t modifier = firstFree; modifier <= XCB_MAP_INDEX_5; ++modifier) {
         for (std::size_t i = 0; i < keysPerModifier; ++i) {
             const std::size_t key = keycodes[modifier * keysPerModifier + i];
             const std::size_t offset = (key - firstKey) * symbolsPerKey;
             if (key < firstKey || offset + symbolsPerKey > symbolsOfAll.size()) continue;
-            note(modifiers, symbolsOfAll.subspan(offset, symbolsPerKey), static_cast<std::uint16_t>(1U << modifier));
+            assign(modifiers, symbolsOfAll.subspan(offset, symbolsPerKey), static_cast<std::uint16_t>(1U << modifier));
         }
     }
     return modifiers;

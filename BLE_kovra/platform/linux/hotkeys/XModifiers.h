@@ -7,28 +7,28 @@
 
 namespace kovra {
 
-// Which modifier bits of the X server stand for what at the moment: only those of Shift, Lock and Control are fixed,
-// the others follow from the keys that the keyboard's map gives them to. 0 where no key has it.
+// The modifier bits that currently stand for Alt and the lock keys. The protocol fixes only those of Shift, Lock and
+// Control; the keyboard map assigns the others. 0 if no key has the modifier.
 struct XModifiers {
     std::uint16_t alt = 0;
     std::uint16_t numLock = 0;
     std::uint16_t scrollLock = 0;
 
-    // Every set of lock keys that may be on.
+    // Every combination of lock keys that may be on.
     std::vector<std::uint16_t> lockSets() const;
 };
 
-// Asks in the constructor. Read once the server has answered: before that, read() would wait for it.
-class XModifierQuestion {
+// Sends the requests in the constructor. Call read() once the server has answered, otherwise it blocks.
+class XModifierQuery {
   public:
-    explicit XModifierQuestion(xcb_connection_t* connection);
-    // Once. All zero where the server is gone.
+    explicit XModifierQuery(xcb_connection_t* connection);
+    // Call it once. Returns zeros if the server has disconnected.
     XModifiers read() const;
 
   private:
     xcb_connection_t* connection_;
-    xcb_get_modifier_mapping_cookie_t keysOfModifiers_{};
-    xcb_get_keyboard_mapping_cookie_t symbolsOfKeys_{};
+    xcb_get_modifier_mapping_cookie_t modifierMapping_{};
+    xcb_get_keyboard_mapping_cookie_t keyboardMapping_{};
 };
 
 }  // namespace kovra

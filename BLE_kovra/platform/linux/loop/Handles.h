@@ -5,7 +5,7 @@
 
 namespace kovra {
 
-// Owns one handle of a C library and gives it back with that library's own call.
+// Owns a handle of a C library and releases it with the library's own function.
 template <auto release>
 struct Release {
     template <typename T>
@@ -21,7 +21,7 @@ struct FreeMemory {
     void operator()(void* memory) const { std::free(memory); }  // NOLINT(cppcoreguidelines-no-malloc)
 };
 
-// Owns what a C library has allocated for its caller to free.
+// Owns memory that a C library has allocated and that its caller must free.
 template <typename T>
 using Allocated = std::unique_ptr<T, FreeMemory>;
 

@@ -5,11 +5,12 @@
 
 namespace kovra {
 
-// Ends with the object that it is a member of, so that a block which runs later never reaches an object that was
-// destroyed meanwhile. Declare it last: members are destroyed in reverse order, and it then ends first.
+// Tells a queued block whether the object that queued it still exists.
+//
+// Declare it as the last member: members are destroyed in reverse order, so the lifetime ends before all others.
 class Lifetime {
   public:
-    // For a function that calls code which may destroy its object.
+    // For a function that calls code that may destroy the function's own object.
     class Observer {
       public:
         bool hasEnded() const { return token_.expired(); }
@@ -27,7 +28,7 @@ class Lifetime {
 
     Observer observe() const { return Observer(token_); }
 
-    // The same block, which does nothing once the lifetime has ended.
+    // Wraps the block so that it does nothing once the lifetime has ended.
     template <typename Block>
     auto guard(Block block) const {
         return [observer = observe(), block = std::move(block)] {

@@ -8,8 +8,10 @@
 
 namespace kovra {
 
-// Functions that are called in the order in which they came, each for as long as its token lives. They may come and go
-// inside a call: who goes is called no more, who comes is called from the next one on.
+// Functions that are called in the order in which they were added, each for as long as its token lives.
+//
+// Listeners may be added and removed during a call. A removed listener is not called any more; a new one is called from
+// the next call on.
 template <typename... Values>
 class Listeners {
   public:

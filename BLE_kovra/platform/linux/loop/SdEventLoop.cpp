@@ -17,14 +17,14 @@ namespace kovra {
 
 namespace {
 
-// sd-event rounds wake-ups together unless it is told how exact they must be.
+// sd-event coalesces wake-ups unless it is given an accuracy.
 constexpr std::uint64_t accuracyMicroseconds = 1;
 
 void check(int result, const char* what) {
     if (result < 0) throw std::system_error(-result, std::generic_category(), what);
 }
 
-// sd-event's own notion of now is the moment at which it last woke up, which may be long past.
+// Reads the clock. sd_event_now() would return the time of the last wake-up, which may be long past.
 std::uint64_t monotonicMicroseconds() {
     timespec now{};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
@@ -34,7 +34,7 @@ std::uint64_t monotonicMicroseconds() {
 
 }  // namespace
 
-// A delayed block, until it is due or cancelled. Shared by the loop, which keeps it until it is due, and its task.
+// A delayed block. The loop owns it until it is due, then the queued block does; its task only refers to it.
 class SdEventLoop::Timer {
   public:
     Timer(SdEventLoop& loop, Block block) : loop_(loop), block_(std::move(block)) {}
@@ -84,7 +84,7 @@ class SdEventLoop::Task : public DelayedTask {
     std::weak_ptr<Timer> timer_;
 };
 
-// One descriptor, reported once and then again after each rearm().
+// Watches one descriptor. It is reported once, and once more after each rearm().
 class SdEventLoop::DescriptorWatch : public Watch {
   public:
     DescriptorWatch(SdEventLoop& loop, int descriptor, std::uint32_t events, Block block)
@@ -104,7 +104,7 @@ class SdEventLoop::DescriptorWatch : public Watch {
     }
     Block run() {
         return lifetime_.guard([this] {
-            const Block block = block_;  // which may end the watch
+            const Block block = block_;  // the block may destroy the watch
             block();
         });
     }
@@ -115,10 +115,10 @@ class SdEventLoop::DescriptorWatch : public Watch {
     Lifetime lifetime_;
 };
 
-// On a duplicate, since the kernel watches a descriptor once.
-class SdEventLoop::RoomWatch : public Watch {
+// Watches a duplicate, because epoll accepts each descriptor only once.
+class SdEventLoop::WritableWatch : public Watch {
   public:
-    RoomWatch(SdEventLoop& loop, int descriptor, Block writable)
+    WritableWatch(SdEventLoop& loop, int descriptor, Block writable)
         : duplicate_(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0)),
           watch_(loop, duplicate_.number(), EPOLLOUT, std::move(writable)) {}
     void rearm() override { watch_.rearm(); }
@@ -145,7 +145,7 @@ class SdEventLoop::SignalSource : public Signal {
         auto* signal = static_cast<SignalSource*>(context);
         if (signal == nullptr || signal->loop_.stopped_) return 0;
         signal->loop_.blocks_.push_front(signal->lifetime_.guard([signal] {
-            const Block block = signal->block_;  // which may end the watch for the signal
+            const Block block = signal->block_;  // the block may destroy the source
             block();
         }));
         return 0;
@@ -161,7 +161,7 @@ SdEventLoop::SdEventLoop() {
     sd_event* event = nullptr;
     check(sd_event_new(&event), "event loop");
     event_.reset(event);
-    // Opens the clock's descriptor now, so that no delay asked for later can fail for want of one.
+    // Opens the timer descriptor now, so that no later delay can fail because descriptors have run out.
     sd_event_source* source = nullptr;
     constexpr auto never = std::numeric_limits<std::uint64_t>::max();
     check(sd_event_add_time(event, &source, CLOCK_MONOTONIC, never, accuracyMicroseconds, nullptr, nullptr), "timer");
@@ -186,8 +186,8 @@ std::unique_ptr<SdEventLoop::Watch> SdEventLoop::watch(int descriptor, Block rea
     return std::make_unique<DescriptorWatch>(*this, descriptor, EPOLLIN, std::move(readable));
 }
 
-std::unique_ptr<SdEventLoop::Watch> SdEventLoop::watchForRoom(int descriptor, Block writable) {
-    return std::make_unique<RoomWatch>(*this, descriptor, std::move(writable));
+std::unique_ptr<SdEventLoop::Watch> SdEventLoop::watchWritable(int descriptor, Block writable) {
+    return std::make_unique<WritableWatch>(*this, descriptor, std::move(writable));
 }
 
 std::unique_ptr<SdEventLoop::Signal> SdEventLoop::onSignal(int number, Block block) {

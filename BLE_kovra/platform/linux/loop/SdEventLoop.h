@@ -18,37 +18,37 @@ using EventSource = Handle<sd_event_source, sd_event_source_disable_unref>;
 
 // The event loop of the resident program, and the main queue on top of it.
 //
-// sd-event's callbacks only put a block on the queue. Blocks run outside sd-event's own dispatch, so that one of them
-// may run the loop nested. Sleeps in the kernel, without a tick, while nothing happens.
+// Callbacks of sd-event only queue a block. Blocks run outside sd-event's dispatch, so that a block may run the loop
+// nested. While nothing happens the process sleeps in the kernel, without periodic wake-ups.
 class SdEventLoop : public MainQueue, public DescriptorLoop {
   public:
-    // Throws std::system_error where the system has no descriptors left for a loop.
+    // Throws std::system_error if the system has no descriptors left for the loop.
     SdEventLoop();
     ~SdEventLoop() override;
 
     void async(Block block) override;
     std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) override;
 
-    // For adapters that attach a library of their own to the loop. Their callbacks only post.
+    // For adapters that attach a library to the loop. Their callbacks must only queue blocks.
     sd_event* event() const { return event_.get(); }
 
     std::unique_ptr<Watch> watch(int descriptor, Block readable) override;
-    // For whoever found no room to write. The descriptor may be watched for something to read besides.
-    std::unique_ptr<Watch> watchForRoom(int descriptor, Block writable);
+    // For a writer whose descriptor is full. The same descriptor may also be watched for reading.
+    std::unique_ptr<Watch> watchWritable(int descriptor, Block writable);
 
-    // Takes the signal out of the system's hands for as long as the source lives: its block goes to the head of the
-    // queue. Also a signal that the process was started to ignore, as a shell does for what it puts into the
-    // background.
+    // For as long as the source lives, the signal does not have its usual effect: its block is put at the head of the
+    // queue instead. This includes a signal that the process was started to ignore, as a shell arranges for background
+    // jobs.
     class Signal {
       public:
         virtual ~Signal() = default;
     };
     std::unique_ptr<Signal> onSignal(int number, Block block);
 
-    // Turns until stop().
+    // Runs until stop().
     void run();
     void runUntil(const std::function<bool()>& done) override;
-    // Drops what is queued: from now on no block runs, nothing queues, and run() returns.
+    // Drops all queued blocks. From now on no block runs or can be queued, and run() returns.
     void stop();
     bool isStopped() const override { return stopped_; }
 
@@ -56,15 +56,15 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     class Timer;
     class Task;
     class DescriptorWatch;
-    class RoomWatch;
+    class WritableWatch;
     class SignalSource;
 
-    // Waits for something to happen unless blocks are queued, then runs the blocks queued by then.
+    // Waits for an event unless blocks are queued, then runs the blocks that are queued at that time.
     void turn();
 
     Handle<sd_event, sd_event_unref> event_;
     std::deque<Block> blocks_;
-    std::unordered_map<Timer*, std::shared_ptr<Timer>> timers_;  // those that are not due yet
+    std::unordered_map<Timer*, std::shared_ptr<Timer>> timers_;  // not due yet
     bool stopped_ = false;
 };
 

@@ -5,12 +5,12 @@
 
 namespace kovra {
 
-// The right to bring a window to the front, which the desktop gives with a click. It is good for the next window, once.
+// The right to bring a window to the front, which the desktop grants on a click. It is valid once, for the next window.
 class ActivationToken {
   public:
-    // The newest replaces what was there. One longer than any desktop's counts as none.
+    // Replaces the previous token. A token that is longer than those of any desktop counts as empty.
     void provide(std::string token) { token_ = token.size() <= longest ? std::move(token) : std::string(); }
-    // Empty where there is none.
+    // Returns the token and forgets it. Empty if there is none.
     std::string take() { return std::exchange(token_, {}); }
 
   private:

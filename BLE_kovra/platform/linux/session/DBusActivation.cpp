@@ -11,12 +11,13 @@ namespace {
 
 constexpr const char* interface = "org.freedesktop.Application";
 
-// The desktop gives a program that it starts one of these, and its name on the bus beside it. The better one first.
+// The variables in which a desktop passes a token to a program that it starts, each with the token's key on the bus. In
+// order of preference.
 constexpr std::array<std::pair<const char*, const char*>, 2> tokens{
     {{"XDG_ACTIVATION_TOKEN", "activation-token"}, {"DESKTOP_STARTUP_ID", "desktop-startup-id"}}};
 
-// The better of the tokens in the platform data that comes next in the message; a negative error number where it is of
-// another form.
+// Reads the next value of the message, the platform data, and stores the preferred token in it. Returns a negative
+// error number if the message has another signature.
 int readToken(sd_bus_message* call, std::string& token) {
     std::array<std::string, tokens.size()> found;
     const int result = forEachEntry(call, "{sv}", [&](std::string_view key) {

@@ -11,25 +11,24 @@
 
 namespace kovra {
 
-// The one thing that other programs can ask of this one by name, by freedesktop.org's interface for applications: to be
-// activated, as when the user starts it. There are no files to open and no actions.
+// Implements org.freedesktop.Application, by which other programs activate this one as the user does by starting it.
+// There are no files to open and no actions.
 class DBusActivation {
   public:
     static constexpr const char* path = "/org/ble_kovra/BLEKovra";
 
-    // Called from the queue, with the token by which a window may come to the front; empty where there is none.
+    // Called from the queue with the token that allows a window to come to the front. It is empty if there is none.
     using Activated = std::function<void(const std::string& token)>;
     DBusActivation(MainQueue& queue, Activated activated) : queue_(queue), activated_(std::move(activated)) {}
 
     void exportOn(BusConnection& bus);
     void detach() { slot_.reset(); }
 
-    // Activates the owner of the name, with the token that this process was started with. Waits only until the message
-    // is sent.
+    // Activates the owner of the name and passes on the token that this process was started with. Blocks only until the
+    // message is sent.
     static void activate(BusConnection& bus, const char* busName);
 
-    // That token, out of the environment: no program that this one starts is to take it for its own. Empty where there
-    // is none.
+    // Returns that token and removes it from the environment, so that no child process uses it. Empty if there is none.
     static std::string takeOwnToken();
 
   private:

@@ -11,36 +11,36 @@
 
 namespace kovra {
 
-// Tells when somebody else has put the flag's file in place, or given rights to it: what could not be written before
-// may be written then. What is written into the file tells nothing.
+// Reports that another process has put the flag's file in place, or changed its permissions: a write that failed before
+// may succeed now. Writing to the file is not reported.
 //
-// The flag's folder need not exist yet: the nearest one above it is watched until it comes. While nothing happens there
-// the program sleeps.
+// The flag's folder need not exist yet: its nearest existing parent is watched until the folder is created. While
+// nothing happens the program sleeps.
 //
-// Where the system has no watch left, or the flag's folder may not be read, a hand-over that is to be expected is taken
-// for done a little later, once: at the start, and whenever expect() says so.
+// If the system has no watches left, or the flag's folder cannot be read, an expected hand-over is reported one second
+// later, once. One is expected at the start and after each expect().
 class FlagHandover {
   public:
-    // The absolute path of the flag. `handedOver` is called from the queue, and not for what is there already.
+    // `flag` is an absolute path. `handedOver` is called from the queue, and not for a file that already exists.
     FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver);
     FlagHandover(const FlagHandover&) = delete;
     FlagHandover& operator=(const FlagHandover&) = delete;
     ~FlagHandover();
 
-    // Somebody else has come to be at the machine, so that the flag is about to be handed over.
+    // The user at the machine has changed, so that the flag is about to be handed over.
     void expect();
 
   private:
-    // A step of the way to the flag: the folder, and what is looked for in it.
+    // One step of the path to the flag: a folder, and the name to look for in it.
     struct Step {
         std::string folder;
         std::string name;
     };
 
-    // Ample for whoever hands it over, and soon enough for whoever waits for their trackpad.
-    static constexpr std::chrono::seconds untilItIsTakenForDone{1};
+    // Long enough for the helper to hand the flag over, and short enough for a user who waits for the trackpad.
+    static constexpr std::chrono::seconds expectedHandoverDelay{1};
 
-    void settle();
+    void watchNearestFolder();
     void changed();
     void report() const;
     bool concernsFlag();
@@ -48,12 +48,12 @@ class FlagHandover {
 
     SdEventLoop& loop_;
     const std::function<void()> handedOver_;
-    std::vector<Step> way_;  // from the root to the flag's folder
-    FileDescriptor events_;
-    const Step* at_ = nullptr;  // the step whose folder is watched
-    int watched_ = -1;
-    std::unique_ptr<SdEventLoop::Watch> watch_;  // of the events' descriptor, so it goes first
-    std::unique_ptr<DelayedTask> expected_;
+    std::vector<Step> path_;  // from the root to the flag's folder
+    FileDescriptor inotify_;
+    const Step* watchedStep_ = nullptr;  // the step whose folder is watched
+    int watchDescriptor_ = -1;
+    std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
+    std::unique_ptr<DelayedTask> fallback_;
 };
 
 }  // namespace kovra

@@ -26,7 +26,7 @@ std::string LogindSession::currentSession() {
     char* text = nullptr;
     int result = sd_pid_get_session(0, &text);
     std::string session = taken(result, text);
-    // A program that the user's service manager started belongs to no session.
+    // A program that was started by the user's service manager belongs to no session.
     if (const char* named = std::getenv("XDG_SESSION_ID"); session.empty() && named != nullptr) session = named;
     if (!session.empty()) return session;
     text = nullptr;
@@ -47,11 +47,10 @@ LogindSession::LogindSession(SystemBus& bus, std::string session, Events events)
     if (session_.empty() || sd_bus_path_encode("/org/freedesktop/login1/session", session_.c_str(), &encoded) < 0)
         return;
     const Allocated<char> path(encoded);
-    receive(*connection, path.get());
+    subscribeToSession(*connection, path.get());
 }
 
-// What concerns the session itself.
-void LogindSession::receive(BusConnection& bus, const std::string& path) {
+void LogindSession::subscribeToSession(BusConnection& bus, const std::string& path) {
     constexpr const char* properties = "org.freedesktop.DBus.Properties";
     received_.push_back(bus.receive(
         {login, path, properties, "PropertiesChanged", "org.freedesktop.login1.Session"}, [this](auto* message) {

@@ -8,24 +8,24 @@
 
 namespace kovra {
 
-// What the login manager reports of the user's session and of the machine's sleep. Without a system bus or a login
-// manager it stays silent.
+// Reports what the login manager announces about the user's session and about the machine's sleep. Reports nothing
+// without a system bus or a login manager.
 class LogindSession {
   public:
     // Called from the queue.
     struct Events {
         std::function<void()> removed;    // the session has ended: the user has logged out
-        std::function<void()> activated;  // the session is the one at the screen again, or for the first time
-        std::function<void()> resumed;    // the machine is awake again
+        std::function<void()> activated;  // the session has become the active one
+        std::function<void()> resumed;    // the machine has woken from sleep
     };
 
-    // The session that this process belongs to, or else the user's session at the screen; empty where there is none.
+    // Returns the session of this process, or else the user's graphical session. Empty if there is none.
     static std::string currentSession();
 
     LogindSession(SystemBus& bus, std::string session, Events events);
 
   private:
-    void receive(BusConnection& bus, const std::string& path);
+    void subscribeToSession(BusConnection& bus, const std::string& path);
 
     const std::string session_;
     const Events events_;

@@ -6,25 +6,25 @@ namespace kovra {
 
 class SdEventLoop;
 
-// The resident program as an application: its life is the event loop's.
+// The resident program as an application: it runs for as long as its event loop.
 //
-// Every way out of run() passes through the delegate's applicationWillTerminate: a quit, and an error that ends the
-// loop too.
+// However run() ends, it first calls the delegate's applicationWillTerminate: after a quit, and after an error that
+// ends the loop.
 class SdEventApplication : public Application {
   public:
     explicit SdEventApplication(SdEventLoop& loop) : loop_(loop) {}
 
     void run(ApplicationDelegate& delegate) override;
-    // Nothing to do: a program without windows has no entry in any task bar.
+    // Does nothing: a program without windows has no entry in a task bar.
     void setActivationPolicy(ActivationPolicy policy) override;
-    // Nothing to do here: on Linux no application comes to the front but its windows, each as it is shown.
+    // Does nothing: on Linux it is windows that come to the front, each when it is shown.
     void activateIgnoringOtherApps() override {}
     void terminate() override;
     void beep() override;
 
-    // The user has started the program while it runs.
+    // The user has started the program again while it is running.
     void reopen();
-    // What was refused may succeed now.
+    // A write that was refused may succeed now.
     void resume();
 
   private:

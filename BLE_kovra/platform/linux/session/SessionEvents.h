@@ -10,14 +10,15 @@ namespace kovra {
 
 class SdEventApplication;
 
-// What the application does about the session that it runs in:
-//  - the session has ended: it terminates;
-//  - the flag was handed over to its user: it decides again, since a write that was refused may succeed now;
-//  - the session is at the screen again: the same, and it expects a hand-over;
-//  - the machine is awake again: the same, and before that the devices are compared with what is attached.
+// Connects the events of the session to the application:
+//  - The session has ended: the application terminates.
+//  - The flag was handed over to the user: it decides again, since a write that was refused may succeed now.
+//  - The session is active again: it decides again and expects a hand-over.
+//  - The machine has woken from sleep: it compares the devices with what is attached, decides again and expects a
+//    hand-over.
 class SessionEvents {
   public:
-    // `flag` is the flag file's absolute path, `resynchronizeDevices` is called after a resume.
+    // `flag` is the absolute path of the flag file. `resynchronizeDevices` is called after the machine has woken.
     SessionEvents(SdEventLoop& loop, SystemBus& bus, std::string session, const std::string& flag,
                   SdEventApplication& application, std::function<void()> resynchronizeDevices);
 

@@ -32,8 +32,8 @@ std::uint64_t microsecondsUntil(steady_clock::time_point deadline) {
     return left > 0 ? static_cast<std::uint64_t>(left) : 0;
 }
 
-// Asks for the name without turning the event loop, which nothing else uses yet, and gives a bus that hangs no more
-// than its time.
+// Requests the name without running the event loop, which nothing else uses yet. Waits at most `timeout`, in case the
+// bus hangs.
 Answer requestName(sd_bus* bus) {
     Answer answer = Answer::none;
     sd_bus_slot* slot = nullptr;
@@ -53,7 +53,7 @@ Answer requestName(sd_bus* bus) {
 SingleInstance::SingleInstance(SessionBus& bus, DBusActivation::Activated startedAgain)
     : activation_(bus.loop(), std::move(startedAgain)) {
     if (BusConnection* connection = bus.connection()) {
-        activation_.exportOn(*connection);  // before the name is ours, so that nobody finds it without this
+        activation_.exportOn(*connection);  // before the name is requested, so that its owner always has this object
         const Answer answer = requestName(bus.bus());
         isSecond_ = answer == Answer::second;
         isAnswered_ = answer != Answer::none;

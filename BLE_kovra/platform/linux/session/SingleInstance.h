@@ -9,16 +9,18 @@
 
 namespace kovra {
 
-// Lets a second start in the same session see that the first is running: the first holds the program's name on the
-// session bus, and asks for it again after the bus was gone. Where there is no session bus, or it does not answer
-// within two seconds, every start counts as the first. What counted as the first once keeps running whatever happens
-// to the name. A second start asks the first to come forward, and waits for no answer.
+// Detects a second start in the same session. The first instance owns the program's name on the session bus, and
+// requests it again after a reconnection.
+//
+// Without a session bus, or if the bus does not answer within two seconds, every start counts as the first. The first
+// instance keeps running whatever happens to the name. A second start asks the first to come to the front, and does not
+// wait for the reply.
 class SingleInstance {
   public:
     static constexpr const char* busName = "org.ble_kovra.BLEKovra";
 
-    // Of the first, `startedAgain` is called from the queue when the user starts the program again. The token, where
-    // there is one, is the right to come to the front that the desktop gave that start.
+    // In the first instance, `startedAgain` is called from the queue when the user starts the program again. It
+    // receives the token that the desktop gave to that start, or an empty string.
     SingleInstance(SessionBus& bus, DBusActivation::Activated startedAgain);
 
     bool isSecond() const { return isSecond_; }

@@ -91,7 +91,7 @@ class WindowProcess::Running {
         else if (writing_)
             writing_->rearm();
         else
-            writing_ = loop_.watchForRoom(socket_->number(), [this] { flush(); });
+            writing_ = loop_.watchWritable(socket_->number(), [this] { flush(); });
     }
 
     SdEventLoop& loop_;

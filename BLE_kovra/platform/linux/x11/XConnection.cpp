@@ -37,9 +37,9 @@ XConnection::XConnection(SdEventLoop& loop, Connection connection, int screen, s
       connection_(std::move(connection)),
       roots_(rootsOf(connection_.get(), screen)) {
     watch_ = loop_.watch(xcb_get_file_descriptor(connection_.get()), [this] {
-        // First, so that a listener may run the loop nested.
+        // Before the events, so that a listener may run the loop nested.
         watch_->rearm();
-        handOut();
+        dispatch();
     });
 }
 
@@ -47,39 +47,39 @@ XConnection::~XConnection() = default;
 
 void XConnection::flush() {
     xcb_flush(connection_.get());
-    // What the library has read already makes the descriptor readable no more.
-    loop_.async(lifetime_.guard([this] { handOut(); }));
+    // Events that xcb has already read do not make the descriptor readable again.
+    loop_.async(lifetime_.guard([this] { dispatch(); }));
 }
 
 XConnection::Token XConnection::whenServed(std::function<void()> then) {
     auto held = std::make_shared<const std::function<void()>>(std::move(then));
-    // The server answers in order: any small question will do.
-    questions_.push_back({xcb_get_input_focus(connection_.get()).sequence, held});
+    // The server answers in order, so any cheap request with a reply will do.
+    pending_.push_back({xcb_get_input_focus(connection_.get()).sequence, held});
     flush();
     return held;
 }
 
-void XConnection::handOutAnswers() {
-    while (!questions_.empty()) {
+void XConnection::callPending() {
+    while (!pending_.empty()) {
         void* reply = nullptr;
         xcb_generic_error_t* error = nullptr;
-        if (xcb_poll_for_reply(connection_.get(), questions_.front().sequence, &reply, &error) == 0) return;
+        if (xcb_poll_for_reply(connection_.get(), pending_.front().sequence, &reply, &error) == 0) return;
         const Allocated<void> ownedReply(reply);
         const Allocated<xcb_generic_error_t> ownedError(error);
-        const auto then = questions_.front().then.lock();
-        questions_.pop_front();
+        const auto then = pending_.front().then.lock();
+        pending_.pop_front();
         if (then) (*then)();
     }
 }
 
-void XConnection::handOut() {
+void XConnection::dispatch() {
     if (!watch_) return;
     while (const Event event{xcb_poll_for_event(connection_.get())}) {
         constexpr std::uint8_t error = 0;
         if (event->response_type != error) events_.call(*event);
     }
     if (xcb_connection_has_error(connection_.get()) == 0) {
-        handOutAnswers();
+        callPending();
         return;
     }
     watch_.reset();

@@ -21,7 +21,7 @@ constexpr const char* service = "org.example.Service";
 constexpr const char* path = "/service";
 constexpr const char* interface = "org.example.Interface";
 
-// A connection of the program's, and a service on the same bus that emits signals and answers Echo with its argument.
+// The program's connection, and a service on the same bus that emits signals and echoes the argument of a call.
 class BusConnectionTest : public testing::Test {
   protected:
     BusConnectionTest() {
@@ -45,7 +45,7 @@ class BusConnectionTest : public testing::Test {
         EXPECT_GT(sd_bus_message_read(message, "s", &text), 0);
         received_ += std::string(text) + " ";
     }
-    // The bus learns of a match a moment later.
+    // The bus installs a match only a moment later.
     void emitUntilReceived(const std::string& value) {
         for (int tries = 0; received_.empty() && tries < 500; ++tries) {
             emit(value);
@@ -72,7 +72,7 @@ class BusConnectionTest : public testing::Test {
     std::string received_;
 };
 
-TEST_F(BusConnectionTest, ReceivesTheSignalsOfTheNamedPathInTheirOrder) {
+TEST_F(BusConnectionTest, ReceivesTheSignalsOfOnePathInOrder) {
     const auto token = receiveChanges();
     emitUntilReceived("ready");
     emit("one");
@@ -81,7 +81,7 @@ TEST_F(BusConnectionTest, ReceivesTheSignalsOfTheNamedPathInTheirOrder) {
     EXPECT_TRUE(receives("one two "));
 }
 
-TEST_F(BusConnectionTest, GivesTheSameSignalToEachThatReceivesIt) {
+TEST_F(BusConnectionTest, DeliversASignalToEverySubscriber) {
     const auto one = receiveChanges();
     const auto other = receiveChanges();
     emitUntilReceived("ready");
@@ -89,11 +89,11 @@ TEST_F(BusConnectionTest, GivesTheSameSignalToEachThatReceivesIt) {
     EXPECT_TRUE(receives("both both "));
 }
 
-TEST_F(BusConnectionTest, DeliversNothingOnceTheTokenIsGoneNotEvenWhatWasOnItsWay) {
+TEST_F(BusConnectionTest, DeliversNothingAfterTheTokenIsReleasedNotEvenAQueuedSignal) {
     auto token = receiveChanges();
     emitUntilReceived("ready");
     emit("late");
-    // The message is read in this turn, and its block waits for the next.
+    // The message is read in this turn, and its block runs in the next.
     const auto last = bus().call(
         {service, path, interface, "Echo"}, [](BusWriter& writer) { writer.text("x"); },
         [this](sd_bus_message*) { received_ += "answered "; });
@@ -101,7 +101,7 @@ TEST_F(BusConnectionTest, DeliversNothingOnceTheTokenIsGoneNotEvenWhatWasOnItsWa
     EXPECT_TRUE(receives("answered "));
 }
 
-TEST_F(BusConnectionTest, ATokenMayGoInsideItsOwnHandler) {
+TEST_F(BusConnectionTest, AllowsAHandlerToReleaseItsOwnToken) {
     BusToken token = bus().receive({service, path, interface, "Changed"}, [&](sd_bus_message* message) {
         token.reset();
         note(message);
@@ -116,7 +116,7 @@ TEST_F(BusConnectionTest, ATokenMayGoInsideItsOwnHandler) {
     EXPECT_EQ(received_, "once ");
 }
 
-TEST_F(BusConnectionTest, HandsTheAnswerOverFromTheQueue) {
+TEST_F(BusConnectionTest, DeliversTheReplyFromTheQueue) {
     bool isInside = true;
     const auto token = bus().call(
         {service, path, interface, "Echo"}, [](BusWriter& writer) { writer.text("hello"); },
@@ -128,13 +128,13 @@ TEST_F(BusConnectionTest, HandsTheAnswerOverFromTheQueue) {
     EXPECT_TRUE(receives("hello "));
 }
 
-TEST_F(BusConnectionTest, HandsOverTheErrorOfACallThatNobodyAnswersAndStartsNoService) {
+TEST_F(BusConnectionTest, DeliversTheErrorOfACallToAnAbsentServiceAndStartsNoService) {
     std::string error;
     const auto token = bus().call(
         {"org.example.Nobody", path, interface, "Echo"}, [](BusWriter& writer) { writer.text("hello"); },
         [&](sd_bus_message* message) { error = sd_bus_message_get_error(message)->name; });
     EXPECT_TRUE(turnUntil(loop_, [&] { return !error.empty(); }));
-    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // not that there is no such service to start
+    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // and not that no such service could be started
 }
 
 TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
@@ -145,7 +145,8 @@ TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
     for (int tries = 0; owners.empty() && tries < 500; ++tries) {
         ASSERT_GE(sd_bus_request_name(other().bus(), "org.example.Watched", 0), 0);
         ASSERT_GE(sd_bus_release_name(other().bus(), "org.example.Watched"), 0);
-        turnUntil(loop_, [&] { return !owners.empty(); }, 20ms);
+        turnUntil(
+            loop_, [&] { return !owners.empty(); }, 20ms);
     }
     turnsWithin(loop_, 50ms);
     owners.clear();
@@ -156,7 +157,7 @@ TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
     EXPECT_TRUE(turnUntil(loop_, [&] { return owners == "none>one one>none "; })) << owners;
 }
 
-TEST_F(BusConnectionTest, KeepsAFailureForTheReportAndGoesOn) {
+TEST_F(BusConnectionTest, RecordsAFailureAndRemainsUsable) {
     const auto bad = bus().receive({service, "no path", interface, "Changed"}, [](sd_bus_message*) {});
     ASSERT_TRUE(turnUntil(loop_, [&] { return !program_.failures().all().empty(); }));
     EXPECT_TRUE(program_.failures().all().front().starts_with("org.example.Interface.Changed: "))
@@ -166,8 +167,8 @@ TEST_F(BusConnectionTest, KeepsAFailureForTheReportAndGoesOn) {
     EXPECT_EQ(program_.failures().all().size(), 1U);
 }
 
-// The daemon of this test allows 16 matches a connection.
-TEST_F(BusConnectionTest, KeepsItThatTheBusRefusesAMatchAndStaysConnected) {
+// The daemon of this test allows 16 matches for each connection.
+TEST_F(BusConnectionTest, RecordsThatTheBusRefusedAMatchAndStaysConnected) {
     daemon_.end();
     PrivateBus strict("DBUS_SYSTEM_BUS_ADDRESS", "<limit name=\"max_match_rules_per_connection\">16</limit>");
     SystemBus program(loop_);
@@ -183,7 +184,7 @@ TEST_F(BusConnectionTest, KeepsItThatTheBusRefusesAMatchAndStaysConnected) {
     EXPECT_TRUE(program.failures().all().back().starts_with("org.example.Interface.Changed19: "));
 }
 
-TEST_F(BusConnectionTest, DoesNothingOnceTheBusIsGone) {
+TEST_F(BusConnectionTest, IsClosedAfterTheBusHasDisconnected) {
     daemon_.end();
     ASSERT_TRUE(turnUntil(loop_, [&] { return program_.connection() == nullptr; }));
     EXPECT_EQ(program_.bus(), nullptr);

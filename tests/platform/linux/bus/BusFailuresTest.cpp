@@ -9,7 +9,7 @@
 namespace kovra {
 namespace {
 
-TEST(BusFailuresTest, SayWhatFailedAndWhyWhateverTheSignOfTheError) {
+TEST(BusFailuresTest, RecordWhatFailedAndWhyWhateverTheSignOfTheError) {
     BusFailures failures;
     failures.add("one", -ENOTCONN);
     failures.add("other", ENOTCONN);

@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// What is left to read of a message, as text: numbers and paths as they are, texts in quotes, [arrays], (structs),
-// key:value, and a variant as its content. Bytes are counted.
+// Returns the unread part of a message as text: numbers and paths unchanged, strings in quotes, [arrays], (structs),
+// key:value, and a variant as its value. Of byte arrays, only the size is given.
 inline std::string textOf(sd_bus_message* message) {
     std::string text;
     const auto separate = [&] {

@@ -20,11 +20,11 @@ using namespace std::chrono_literals;
 
 constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
 
-// The session's bus and a record of what was told: "up " and "gone ".
+// A session bus, and a record of the notifications: "up " and "lost ".
 struct BusRig {
     PrivateBus daemon{sessionBus};
     SdEventLoop loop;
-    std::string told;
+    std::string notifications;
     SessionBus bus{loop};
     BusToken listener = listen();
 
@@ -34,85 +34,85 @@ struct BusRig {
             if (connection != nullptr) {
                 EXPECT_GT(sd_bus_is_ready(connection->bus()), 0);
             }
-            told += connection != nullptr ? "up " : "gone ";
+            notifications += connection != nullptr ? "up " : "lost ";
         });
     }
-    bool hears(const std::string& words) {
-        return turnUntil(loop, [&] { return told == words; });
+    bool isNotified(const std::string& words) {
+        return turnUntil(loop, [&] { return notifications == words; });
     }
 };
 
-TEST(SessionBusTest, TellsFromTheQueueThatItIsUp) {
+TEST(SessionBusTest, NotifiesItsListenerFromTheQueueOnceConnected) {
     BusRig rig;
-    EXPECT_EQ(rig.told, "");
-    EXPECT_TRUE(rig.hears("up "));
+    EXPECT_EQ(rig.notifications, "");
+    EXPECT_TRUE(rig.isNotified("up "));
 }
 
-TEST(SessionBusTest, TellsALateListenerAtOnceThatItIsUp) {
+TEST(SessionBusTest, NotifiesALateListenerInTheNextTurn) {
     BusRig rig;
-    ASSERT_TRUE(rig.hears("up "));
+    ASSERT_TRUE(rig.isNotified("up "));
     const auto late = rig.listen();
-    EXPECT_EQ(rig.told, "up ");
-    EXPECT_TRUE(rig.hears("up up "));
+    EXPECT_EQ(rig.notifications, "up ");
+    EXPECT_TRUE(rig.isNotified("up up "));
     EXPECT_LT(turnsWithin(rig.loop, 50ms), 10);
-    EXPECT_EQ(rig.told, "up up ");
+    EXPECT_EQ(rig.notifications, "up up ");
 }
 
-TEST(SessionBusTest, TellsNobodyWhoListensNoMore) {
+TEST(SessionBusTest, DoesNotNotifyARemovedListener) {
     BusRig rig;
-    ASSERT_TRUE(rig.hears("up "));
+    ASSERT_TRUE(rig.isNotified("up "));
     auto second = rig.listen();
     second.reset();
     rig.listener.reset();
     rig.daemon.end();
     EXPECT_TRUE(turnUntil(rig.loop, [&] { return rig.bus.bus() == nullptr; }));
-    EXPECT_EQ(rig.told, "up ");
+    EXPECT_EQ(rig.notifications, "up ");
 }
 
-TEST(SessionBusTest, ConnectsAgainWhenTheBusIsBackAtItsAddress) {
+TEST(SessionBusTest, ReconnectsWhenTheBusRestartsAtItsAddress) {
     BusRig rig;
-    ASSERT_TRUE(rig.hears("up "));
+    ASSERT_TRUE(rig.isNotified("up "));
     for (std::string all = "up "; all.size() < 20;) {
         rig.daemon.end();
-        all += "gone ";
-        ASSERT_TRUE(rig.hears(all));
+        all += "lost ";
+        ASSERT_TRUE(rig.isNotified(all));
         rig.daemon.restart();
         all += "up ";
-        ASSERT_TRUE(rig.hears(all));
+        ASSERT_TRUE(rig.isNotified(all));
     }
 }
 
-TEST(SessionBusTest, TriesAgainUntilTheBusIsThere) {
+TEST(SessionBusTest, RetriesUntilTheBusIsRunning) {
     BusRig rig;
-    ASSERT_TRUE(rig.hears("up "));
+    ASSERT_TRUE(rig.isNotified("up "));
     rig.daemon.end();
-    // A second, then two: at least the first attempt fails.
+    // The pauses are one and two seconds: at least the first attempt fails.
     EXPECT_LT(turnsWithin(rig.loop, 1500ms), 50);
-    EXPECT_EQ(rig.told, "up gone ");
+    EXPECT_EQ(rig.notifications, "up lost ");
     EXPECT_EQ(rig.bus.bus(), nullptr);
     rig.daemon.restart();
-    EXPECT_TRUE(rig.hears("up gone up "));
+    EXPECT_TRUE(rig.isNotified("up lost up "));
 }
 
-TEST(SessionBusTest, FindsTheFirstBusAlsoWhenItComesLate) {
+TEST(SessionBusTest, ConnectsToABusThatStartsLate) {
     PrivateBus daemon(sessionBus);
     daemon.end();
     SdEventLoop loop;
-    bool isUp = false;
+    bool isConnected = false;
     SessionBus bus(loop);
-    const auto listener = bus.listen([&](BusConnection* connection) { isUp = connection != nullptr; });
+    const auto listener = bus.listen([&](BusConnection* connection) { isConnected = connection != nullptr; });
     EXPECT_EQ(bus.bus(), nullptr);
     daemon.restart();
-    EXPECT_TRUE(turnUntil(loop, [&] { return isUp; }));
+    EXPECT_TRUE(turnUntil(loop, [&] { return isConnected; }));
 }
 
 TEST(SessionBusTest, SleepsWhileItIsConnected) {
     BusRig rig;
-    ASSERT_TRUE(rig.hears("up "));
+    ASSERT_TRUE(rig.isNotified("up "));
     EXPECT_LT(turnsWithin(rig.loop, 1500ms), 5);
 }
 
-TEST(SessionBusTest, SleepsForGoodWithoutAnAddressOrWithNoAddressAtAll) {
+TEST(SessionBusTest, StaysAsleepWithoutAValidAddress) {
     for (const char* address : {static_cast<const char*>(nullptr), "", "no address at all"}) {
         Environment environment;
         environment.unset({"XDG_RUNTIME_DIR", sessionBus});
@@ -124,7 +124,7 @@ TEST(SessionBusTest, SleepsForGoodWithoutAnAddressOrWithNoAddressAtAll) {
     }
 }
 
-TEST(SessionBusTest, IsLookedForBelowTheRuntimeFolderWhereTheEnvironmentNamesNone) {
+TEST(SessionBusTest, UsesTheSocketInTheRuntimeFolderIfTheEnvironmentNamesNoBus) {
     const TempFolder folder;
     const std::filesystem::path odd = folder / "a folder,=%";
     std::filesystem::create_directory(odd);
@@ -138,21 +138,21 @@ TEST(SessionBusTest, IsLookedForBelowTheRuntimeFolderWhereTheEnvironmentNamesNon
     environment.unset({sessionBus});
     environment.set("XDG_RUNTIME_DIR", odd.string());
     SdEventLoop loop;
-    bool isUp = false;
+    bool isConnected = false;
     SessionBus bus(loop);
-    const auto listener = bus.listen([&](BusConnection* connection) { isUp = connection != nullptr; });
-    EXPECT_TRUE(turnUntil(loop, [&] { return isUp; }));
+    const auto listener = bus.listen([&](BusConnection* connection) { isConnected = connection != nullptr; });
+    EXPECT_TRUE(turnUntil(loop, [&] { return isConnected; }));
 }
 
-TEST(SessionBusTest, HoldsNothingUpWhereTheBusNeverAnswers) {
+TEST(SessionBusTest, DoesNotBlockIfTheBusNeverAnswers) {
     const SilentBus silent(sessionBus);
     SdEventLoop loop;
-    bool isUp = false;
+    bool isConnected = false;
     SessionBus bus(loop);
-    const auto listener = bus.listen([&](BusConnection* connection) { isUp = connection != nullptr; });
+    const auto listener = bus.listen([&](BusConnection* connection) { isConnected = connection != nullptr; });
     EXPECT_NE(bus.bus(), nullptr);
     EXPECT_LT(turnsWithin(loop, 200ms), 10);
-    EXPECT_FALSE(isUp);
+    EXPECT_FALSE(isConnected);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 
 namespace kovra {
 
-// A place where connections are taken and nothing is ever said, which the environment variable names as a bus.
+// A socket that accepts connections and never answers. The environment variable names it as a bus.
 class SilentBus {
   public:
     explicit SilentBus(std::string variable) : variable_(std::move(variable)) {

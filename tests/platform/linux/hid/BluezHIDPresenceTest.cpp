@@ -15,7 +15,7 @@
 namespace kovra {
 namespace {
 
-using News = std::vector<std::string>;
+using Reports = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 using Clock = std::chrono::steady_clock;
 
@@ -24,14 +24,14 @@ constexpr const char* hci1 = "/org/bluez/hci1";
 constexpr const char* mouseAddress = "D4:F5:13:AA:BB:0C";
 constexpr const char* otherAddress = "D4:F5:13:AA:BB:0D";
 
-// A machine with an adapter, and on it a mouse with number 1.
+// A machine with an adapter and, on it, a mouse with number 1.
 class BluezHIDPresenceTest : public testing::Test {
   protected:
-    // With the mouse known to it.
+    // Starts BlueZ, which knows the mouse.
     void startBluez(bool isConnected) {
         prepareBluez();
         bluez_->addDevice(hci0, mouseAddress, isConnected);
-        bluez_->appear();
+        bluez_->acquireName();
     }
     void prepareBluez() {
         bluez_.emplace(rig_.loop);
@@ -39,17 +39,17 @@ class BluezHIDPresenceTest : public testing::Test {
         bluez_->addAdapter(hci1, "00:1A:7D:DA:71:10");
     }
     void setConnected(bool isConnected) { bluez_->setConnected(hci0, mouseAddress, isConnected); }
-    void expect(const std::string& news) {
-        EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); })) << "never told: " << news;
-        EXPECT_EQ(rig_.news(), News{news});
+    void expectReport(const std::string& report) {
+        EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); })) << "not reported: " << report;
+        EXPECT_EQ(rig_.newReports(), Reports{report});
     }
-    // What is heard is in force when the second question arrives, which is asked after it.
-    void waitUntilItListens() {
-        EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->questions >= 2; }));
+    // The second query is sent after the subscription, so the subscription is active when the query arrives.
+    void waitUntilSubscribed() {
+        EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->queries >= 2; }));
     }
 
-    // Until nothing is on its way any more.
-    void waitUntilItIsQuiet() {
+    // Waits until nothing more is pending.
+    void waitUntilIdle() {
         for (int tries = 0; tries < 200 && turnsWithin(rig_.loop, 50ms) > 2;) ++tries;
     }
 
@@ -63,80 +63,80 @@ class BluezHIDPresenceTest : public testing::Test {
     std::optional<StandInBluez> bluez_;
 };
 
-TEST_F(BluezHIDPresenceTest, TellsThatTheMouseDisconnectedAndCameBackWhileItsNodeStays) {
+TEST_F(BluezHIDPresenceTest, ReportsThatTheMouseDisconnectedAndReconnectedWhileItsNodeStays) {
     startBluez(true);
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
-    waitUntilItListens();
+    expectReport("+1 apple");
+    waitUntilSubscribed();
     for (int round = 0; round < 3; ++round) {
         setConnected(false);
-        expect("-1 apple");
+        expectReport("-1 apple");
         setConnected(true);
-        expect("+1 apple");
+        expectReport("+1 apple");
     }
 }
 
-TEST_F(BluezHIDPresenceTest, SaysNothingOfAMouseThatIsNotConnectedAtTheStartUntilItIs) {
+TEST_F(BluezHIDPresenceTest, ReportsAMouseThatIsDisconnectedAtTheStartOnlyOnceItConnects) {
     startBluez(false);
     bus_.plug(mouse_);
     rig_.open();
-    rig_.let(UdevHIDAnnouncer::timeout + 100ms);
-    EXPECT_EQ(rig_.news(), News());
-    waitUntilItListens();
+    rig_.runFor(UdevHIDAnnouncer::timeout + 100ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
+    waitUntilSubscribed();
     setConnected(true);
-    expect("+1 apple");
+    expectReport("+1 apple");
 }
 
-TEST_F(BluezHIDPresenceTest, LosesNoChangeBetweenTheFirstAnswerAndTheListening) {
+TEST_F(BluezHIDPresenceTest, MissesNoChangeBetweenTheFirstReplyAndTheSubscription) {
     startBluez(true);
-    bluez_->onQuestion = [this] {
-        if (bluez_->questions == 1) rig_.loop.async([this] { setConnected(false); });
+    bluez_->onQuery = [this] {
+        if (bluez_->queries == 1) rig_.loop.async([this] { setConnected(false); });
     };
     rig_.open();
     bus_.plug(mouse_);
-    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 2; }));
-    EXPECT_EQ(rig_.news(), (News{"+1 apple", "-1 apple"}));
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= 2; }));
+    EXPECT_EQ(rig_.newReports(), (Reports{"+1 apple", "-1 apple"}));
 }
 
-TEST_F(BluezHIDPresenceTest, TakesTheMouseForThereWhereBluezIsNotRunning) {
+TEST_F(BluezHIDPresenceTest, TreatsTheMouseAsPresentIfBluezIsNotRunning) {
     rig_.open();
     bus_.plug(mouse_);
     const auto plugged = Clock::now();
-    expect("+1 apple");
-    EXPECT_LT(Clock::now() - plugged, UdevHIDAnnouncer::timeout);  // an answer, if a refusal
+    expectReport("+1 apple");
+    EXPECT_LT(Clock::now() - plugged, UdevHIDAnnouncer::timeout);  // the error is a reply too
     bus_.unplug(mouse_.name);
-    expect("-1 apple");
+    expectReport("-1 apple");
 }
 
-TEST_F(BluezHIDPresenceTest, WaitsForAnAnswerNoLongerThanForADriver) {
+TEST_F(BluezHIDPresenceTest, WaitsForAReplyNoLongerThanForADriver) {
     SystemBus silent(rig_.loop);
     ASSERT_GE(sd_bus_request_name(silent.bus(), "org.bluez", 0), 0);
     sd_bus_detach_event(silent.bus());
     rig_.open();
     const auto plugged = Clock::now();
     bus_.plug(mouse_);
-    expect("+1 apple");
+    expectReport("+1 apple");
     EXPECT_GE(Clock::now() - plugged, UdevHIDAnnouncer::timeout);
 }
 
-TEST_F(BluezHIDPresenceTest, LearnsWhatIsSoWhenBluezComesAndWhenItComesAgain) {
+TEST_F(BluezHIDPresenceTest, QueriesBluezWheneverItStarts) {
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
+    expectReport("+1 apple");
     startBluez(false);
-    expect("-1 apple");
+    expectReport("-1 apple");
     bluez_.reset();
     startBluez(true);
-    expect("+1 apple");
+    expectReport("+1 apple");
     bluez_.reset();
     startBluez(false);
-    expect("-1 apple");
+    expectReport("-1 apple");
     setConnected(true);
-    expect("+1 apple");
+    expectReport("+1 apple");
 }
 
-TEST_F(BluezHIDPresenceTest, LeavesEverythingAsItIsWhenBluezGoes) {
+TEST_F(BluezHIDPresenceTest, KeepsTheLastStateWhenBluezEnds) {
     startBluez(false);
     bus_.plug(mouse_);
     const MockHIDNode second{
@@ -144,59 +144,59 @@ TEST_F(BluezHIDPresenceTest, LeavesEverythingAsItIsWhenBluezGoes) {
     bluez_->addDevice(hci0, otherAddress, true);
     bus_.plug(second);
     rig_.open();
-    expect("+2 pear");
-    waitUntilItListens();
+    expectReport("+2 pear");
+    waitUntilSubscribed();
     bluez_.reset();
-    rig_.let(UdevHIDAnnouncer::timeout + 100ms);
-    EXPECT_EQ(rig_.news(), News());
+    rig_.runFor(UdevHIDAnnouncer::timeout + 100ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
-TEST_F(BluezHIDPresenceTest, ListensToADeviceThatBluezLearnsOfLater) {
+TEST_F(BluezHIDPresenceTest, FollowsADeviceThatBluezLearnsOfLater) {
     prepareBluez();
-    bluez_->appear();
+    bluez_->acquireName();
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
-    waitUntilItListens();
+    expectReport("+1 apple");
+    waitUntilSubscribed();
     bluez_->addDevice(hci0, mouseAddress, false);
-    expect("-1 apple");
-    EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->questions >= 4; }));
+    expectReport("-1 apple");
+    EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->queries >= 4; }));
     setConnected(true);
-    expect("+1 apple");
+    expectReport("+1 apple");
 }
 
-TEST_F(BluezHIDPresenceTest, TakesADeviceThatBluezForgetsForAway) {
+TEST_F(BluezHIDPresenceTest, TreatsADeviceThatBluezRemovesAsAbsent) {
     startBluez(true);
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
-    waitUntilItListens();
+    expectReport("+1 apple");
+    waitUntilSubscribed();
     bluez_->removeDevice(hci0, mouseAddress);
-    expect("-1 apple");
+    expectReport("-1 apple");
     bluez_->addDevice(hci0, mouseAddress, true);
-    expect("+1 apple");
+    expectReport("+1 apple");
 }
 
-TEST_F(BluezHIDPresenceTest, MeansTheDeviceOnTheNodesOwnAdapter) {
+TEST_F(BluezHIDPresenceTest, MatchesTheDeviceOnTheAdapterOfTheNode) {
     prepareBluez();
     bluez_->addDevice(hci1, mouseAddress, false);
     bluez_->addDevice(hci0, otherAddress, false);
-    bluez_->appear();
+    bluez_->acquireName();
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
-    waitUntilItListens();
-    rig_.let(100ms);
-    EXPECT_EQ(rig_.news(), News());
+    expectReport("+1 apple");
+    waitUntilSubscribed();
+    rig_.runFor(100ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
-TEST_F(BluezHIDPresenceTest, LetsTheNodesEndCountWhateverBluezSays) {
+TEST_F(BluezHIDPresenceTest, ReportsARemovedNodeWhateverBluezSays) {
     startBluez(true);
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
+    expectReport("+1 apple");
     bus_.unplug(mouse_.name);
-    expect("-1 apple");
+    expectReport("-1 apple");
 }
 
 TEST_F(BluezHIDPresenceTest, FollowsEveryInterfaceOfADevice) {
@@ -207,35 +207,35 @@ TEST_F(BluezHIDPresenceTest, FollowsEveryInterfaceOfADevice) {
     second.name = "0005:046D:B012.0002";
     second.product = "apple keys";
     bus_.plug(second);
-    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 2; }));
-    static_cast<void>(rig_.news());
-    waitUntilItListens();
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= 2; }));
+    static_cast<void>(rig_.newReports());
+    waitUntilSubscribed();
     setConnected(false);
-    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 2; }));
-    News news = rig_.news();
-    std::ranges::sort(news);
-    EXPECT_EQ(news, (News{"-1 apple", "-2 apple keys"}));
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= 2; }));
+    Reports newReports = rig_.newReports();
+    std::ranges::sort(newReports);
+    EXPECT_EQ(newReports, (Reports{"-1 apple", "-2 apple keys"}));
 }
 
-TEST_F(BluezHIDPresenceTest, AsksOnlyAboutBluetoothDevices) {
+TEST_F(BluezHIDPresenceTest, QueriesOnlyBluetoothDevices) {
     startBluez(false);
     rig_.open();
     MockHIDNode wired = mouse_;
     wired.name = "0003:046D:C077.0001";
     bus_.plug(wired);
-    expect("+1 apple");
-    rig_.let(100ms);
-    EXPECT_EQ(bluez_->questions, 0);
+    expectReport("+1 apple");
+    rig_.runFor(100ms);
+    EXPECT_EQ(bluez_->queries, 0);
 }
 
-TEST_F(BluezHIDPresenceTest, IsWokenByItsOwnDevicesAlone) {
+TEST_F(BluezHIDPresenceTest, IsWokenOnlyByItsOwnDevices) {
     startBluez(true);
     bluez_->addDevice(hci0, otherAddress, true);
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
-    waitUntilItListens();
-    waitUntilItIsQuiet();
+    expectReport("+1 apple");
+    waitUntilSubscribed();
+    waitUntilIdle();
     const auto turnsWithForeignEvents = [&] {
         for (int i = 0; i < 20; ++i) {
             bluez_->setConnected(hci0, otherAddress, i % 2 == 0);
@@ -243,16 +243,16 @@ TEST_F(BluezHIDPresenceTest, IsWokenByItsOwnDevicesAlone) {
         }
         return turnsWithin(rig_.loop, 300ms);
     };
-    EXPECT_LE(turnsWithForeignEvents(), 2);  // the timer's own
+    EXPECT_LE(turnsWithForeignEvents(), 2);  // only those of the timer
     bus_.unplug(mouse_.name);
-    expect("-1 apple");
-    waitUntilItIsQuiet();
+    expectReport("-1 apple");
+    waitUntilIdle();
     setConnected(false);
     EXPECT_LE(turnsWithin(rig_.loop, 300ms), 2);
-    EXPECT_EQ(rig_.news(), News());
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
-TEST_F(BluezHIDPresenceTest, TakesForThereWhatMakesNoSense) {
+TEST_F(BluezHIDPresenceTest, TreatsADeviceWithInvalidPropertiesAsPresent) {
     SystemBus nonsense(rig_.loop);
     const auto answer = [](sd_bus_message* message, void*, sd_bus_error*) {
         if (sd_bus_message_is_method_call(message, nullptr, "GetManagedObjects") <= 0) return 0;
@@ -264,10 +264,10 @@ TEST_F(BluezHIDPresenceTest, TakesForThereWhatMakesNoSense) {
     ASSERT_GE(sd_bus_request_name(nonsense.bus(), "org.bluez", 0), 0);
     rig_.open();
     bus_.plug(mouse_);
-    expect("+1 apple");
+    expectReport("+1 apple");
 }
 
-// A service of that name that the bus could start.
+// The bus could start a service of that name.
 TEST(BluezHIDPresenceServiceTest, StartsNoService) {
     const TempFolder home;
     Environment environment;
@@ -279,8 +279,8 @@ TEST(BluezHIDPresenceServiceTest, StartsNoService) {
     UdevHIDRig rig;
     rig.open();
     rig.bus.plug({.name = "0005:046D:B012.0001", .phys = "00:1a:7d:da:71:0f", .uniq = "d4:f5:13:aa:bb:0c"});
-    ASSERT_TRUE(rig.waitUntil([&] { return !rig.told.empty(); }));
-    rig.let(200ms);
+    ASSERT_TRUE(rig.waitUntil([&] { return !rig.reports.empty(); }));
+    rig.runFor(200ms);
     EXPECT_EQ(readFile(home / "started"), "missing");
 }
 

@@ -13,25 +13,25 @@
 
 namespace kovra {
 
-// What a HID node shows in sysfs.
+// The properties of a HID node in sysfs.
 struct MockHIDNode {
     std::string name = {};                                     // BBBB:VVVV:PPPP.NNNN
     std::optional<std::string> product = "apple";              // HID_NAME
     std::optional<std::string> id = "0003:0000046D:0000C077";  // HID_ID
-    std::optional<std::string> driver = "hid-generic";         // bound to it
+    std::optional<std::string> driver = "hid-generic";         // bound to the node
     std::string phys = "usb-0000:00:1d.0-1/input0";
     std::string uniq = {};
 };
 
-// What the battery of a HID device shows. A value that is absent cannot be read.
+// The properties of a HID device's battery in sysfs. A property without a value cannot be read.
 struct MockBattery {
     std::optional<std::string> online = "1";
     std::optional<std::string> status = "Discharging";
     std::optional<std::string> scope = "Device";
 };
 
-// A HID bus of the test's own: a sysfs that this process takes for the machine's, and events that it takes for
-// udevd's. Node and event are separate steps, as they are in the kernel, so that a test can have them disagree.
+// A HID bus for one test: a sysfs and udevd events that this process takes for the real ones. Nodes and events are
+// separate steps, as they are in the kernel, so that a test can make them disagree.
 class MockHIDBus {
   public:
     MockHIDBus() : testbed_(umockdev_testbed_new()) {
@@ -41,22 +41,22 @@ class MockHIDBus {
         std::filesystem::create_directories(sys_ / "bus/hid/drivers");
     }
 
-    // The name of the next interface of a mouse. Names are numbered and never come again.
+    // Returns the name of the next interface of a mouse. Names are numbered and never reused.
     std::string nextName() {
         char name[32];
         std::snprintf(name, sizeof name, "0003:046D:C077.%04X", static_cast<unsigned>(++lastNumber_));
         return name;
     }
 
-    // The node alone, without an event.
-    void appear(const MockHIDNode& node) {
+    // Adds the node, without an event.
+    void addNode(const MockHIDNode& node) {
         std::filesystem::create_directories(folder(node.name));
         std::filesystem::create_directory_symlink("../../../../../bus/hid", folder(node.name) / "subsystem");
         std::filesystem::create_directory_symlink("../../.." + path(node.name), link(node.name));
-        show(node);
+        updateNode(node);
     }
-    // What the node shows becomes this.
-    void show(const MockHIDNode& node) {
+    // Changes the properties of the node, without an event.
+    void updateNode(const MockHIDNode& node) {
         std::ofstream uevent(folder(node.name) / "uevent", std::ios::binary | std::ios::trunc);
         if (node.driver) uevent << "DRIVER=" << *node.driver << '\n';
         if (node.id) uevent << "HID_ID=" << *node.id << '\n';
@@ -68,19 +68,20 @@ class MockHIDBus {
         std::filesystem::create_directory_symlink("../../../../../bus/hid/drivers/" + *node.driver,
                                                   folder(node.name) / "driver");
     }
-    // The bus lets go of the node, which then still has its own folder: the kernel sends "remove" in this state.
-    void leaveBus(const std::string& name) { std::filesystem::remove(link(name)); }
-    void vanish(const std::string& name) {
-        leaveBus(name);
+    // Removes the node from the bus but keeps its own folder. The kernel sends "remove" in this state.
+    void removeFromBus(const std::string& name) { std::filesystem::remove(link(name)); }
+    void removeNode(const std::string& name) {
+        removeFromBus(name);
         std::filesystem::remove_all(folder(name));
     }
-    // The event alone. The node's folder is there. No more than ten events may wait to be read.
-    void tell(const std::string& name, const std::string& action) {
+    // Sends the event only. The folder of the node must exist. At most ten events may be pending.
+    void sendEvent(const std::string& name, const std::string& action) {
         umockdev_testbed_uevent(testbed_.get(), ("/sys" + path(name)).c_str(), action.c_str());
     }
 
-    // The node's battery as it is from now on, without an event. It has as many as there are names.
-    void show(const std::string& name, const MockBattery& battery, const std::string& batteryName = "hidpp_battery_0") {
+    // Sets the battery of the node, without an event. A node has one battery for each name.
+    void setBattery(const std::string& name, const MockBattery& battery,
+                    const std::string& batteryName = "hidpp_battery_0") {
         const auto its = powerSupply(path(name), batteryName);
         for (const auto& [file, value] :
              {std::pair{"online", battery.online}, {"status", battery.status}, {"scope", battery.scope}}) {
@@ -88,27 +89,27 @@ class MockHIDBus {
             if (value) std::ofstream(its / file) << *value << '\n';
         }
     }
-    void tellOfBattery(const std::string& name, const std::string& action = "change") {
+    void sendBatteryEvent(const std::string& name, const std::string& action = "change") {
         umockdev_testbed_uevent(testbed_.get(), ("/sys" + path(name) + "/power_supply/hidpp_battery_0").c_str(),
                                 action.c_str());
     }
-    // The machine's own battery tells of a change.
-    void tellOfLaptopBattery() {
+    // Sends a change of the laptop's own battery.
+    void sendLaptopBatteryEvent() {
         const std::string folder = "/devices/LNXSYSTM:00/LNXSYBUS:00/PNP0C0A:00";
         powerSupply(folder, "BAT0");
         umockdev_testbed_uevent(testbed_.get(), ("/sys" + folder + "/power_supply/BAT0").c_str(), "change");
     }
 
-    // A device comes as devices do: node, "add" and, if it has a driver, "bind".
+    // Adds a device as the kernel does: the node, "add" and, if it has a driver, "bind".
     void plug(const MockHIDNode& node) {
-        appear(node);
-        tell(node.name, "add");
-        if (node.driver) tell(node.name, "bind");
+        addNode(node);
+        sendEvent(node.name, "add");
+        if (node.driver) sendEvent(node.name, "bind");
     }
     void unplug(const std::string& name) {
-        leaveBus(name);
-        tell(name, "remove");
-        vanish(name);
+        removeFromBus(name);
+        sendEvent(name, "remove");
+        removeNode(name);
     }
 
   private:

@@ -14,7 +14,8 @@
 
 namespace kovra {
 
-// BlueZ as far as it tells of adapters and devices, on a bus where there is no real one: from its making to its end.
+// Takes the place of BlueZ on a bus that has no real one, from its construction to its destruction. Exports adapters
+// and devices.
 class StandInBluez {
   public:
     explicit StandInBluez(SdEventLoop& loop) : machine_(loop) {
@@ -29,8 +30,9 @@ class StandInBluez {
         sd_bus_slot_unref(manager_);
     }
 
-    // Takes its name, from when on it is asked. What it has got by then it has from the beginning.
-    void appear() { EXPECT_GE(sd_bus_request_name(machine_.bus(), "org.bluez", 0), 0); }
+    // Acquires BlueZ's name; from then on it can be queried. Objects that were added before are known from the
+    // beginning.
+    void acquireName() { EXPECT_GE(sd_bus_request_name(machine_.bus(), "org.bluez", 0), 0); }
 
     void addAdapter(const std::string& path, const std::string& address) {
         static const sd_bus_vtable table[] = {
@@ -51,10 +53,10 @@ class StandInBluez {
     }
     void setConnected(const std::string& adapter, const std::string& address, bool isConnected) {
         objects_.at(pathOf(adapter, address))->isConnected = isConnected;
-        tellOf(adapter, address, "Connected");
+        emitChange(adapter, address, "Connected");
     }
-    // That this property has changed, whether it has or not.
-    void tellOf(const std::string& adapter, const std::string& address, const char* property) {
+    // Emits a change of this property, whether it has changed or not.
+    void emitChange(const std::string& adapter, const std::string& address, const char* property) {
         EXPECT_GE(sd_bus_emit_properties_changed(machine_.bus(), pathOf(adapter, address).c_str(), "org.bluez.Device1",
                                                  property, nullptr),
                   0);
@@ -67,8 +69,8 @@ class StandInBluez {
         flush();
     }
 
-    int questions = 0;
-    std::function<void()> onQuestion;
+    int queries = 0;
+    std::function<void()> onQuery;
 
   private:
     struct Object {
@@ -95,8 +97,8 @@ class StandInBluez {
     static int called(sd_bus_message* message, void* context, sd_bus_error*) {
         if (sd_bus_message_is_method_call(message, nullptr, "GetManagedObjects") > 0) {
             auto* bluez = static_cast<StandInBluez*>(context);
-            ++bluez->questions;
-            if (bluez->onQuestion) bluez->onQuestion();
+            ++bluez->queries;
+            if (bluez->onQuery) bluez->onQuery();
         }
         return 0;
     }

@@ -9,26 +9,26 @@
 namespace kovra {
 namespace {
 
-using News = std::vector<std::string>;
+using Reports = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 
-// The announcer alone, on a bus of its own and in time that only the test moves.
+// The announcer alone, on a bus of its own and with a clock that only the test advances.
 class UdevHIDAnnouncerTest : public testing::Test {
   protected:
-    MockHIDNode appeared(MockHIDNode node) {
+    MockHIDNode added(MockHIDNode node) {
         node.name = bus_.nextName();
-        bus_.appear(node);
+        bus_.addNode(node);
         return node;
     }
     void record(char sign, const HIDDevice& device) {
-        told_.push_back(sign + device.stringProperty("Product").value_or("(nameless)"));
+        reports_.push_back(sign + device.stringProperty("Product").value_or("(nameless)"));
     }
-    News news() { return std::exchange(told_, {}); }
+    Reports newReports() { return std::exchange(reports_, {}); }
 
     MockHIDBus bus_;
     FakeMainQueue queue_;
     Udev udev_{udev_new()};
-    News told_;
+    Reports reports_;
     std::function<void()> onRemoved_;
     std::unique_ptr<UdevHIDAnnouncer> announcer_ = std::make_unique<UdevHIDAnnouncer>(
         queue_, udev_.get(), std::vector<std::unique_ptr<HIDPresence>>(),
@@ -38,99 +38,99 @@ class UdevHIDAnnouncerTest : public testing::Test {
                                           record('-', device);
                                           if (onRemoved_) onRemoved_();
                                       },
-                                  .doubtful = {}});
+                                  .recheck = {}});
 };
 
-TEST_F(UdevHIDAnnouncerTest, WaitsForADriverThreeHundredMilliseconds) {
-    const MockHIDNode node = appeared({.driver = std::nullopt});
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, WaitsThreeHundredMillisecondsForADriver) {
+    const MockHIDNode node = added({.driver = std::nullopt});
+    announcer_->check(node.name);
     queue_.advance(299ms);
-    EXPECT_EQ(news(), News());
+    EXPECT_EQ(newReports(), Reports());
     queue_.advance(1ms);
-    EXPECT_EQ(news(), News{"+apple"});
+    EXPECT_EQ(newReports(), Reports{"+apple"});
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
-TEST_F(UdevHIDAnnouncerTest, CountsThemFromTheFirstLook) {
-    const MockHIDNode node = appeared({.driver = std::nullopt});
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, MeasuresTheTimeoutFromTheFirstCheck) {
+    const MockHIDNode node = added({.driver = std::nullopt});
+    announcer_->check(node.name);
     queue_.advance(200ms);
-    announcer_->look(node.name);
+    announcer_->check(node.name);
     queue_.advance(100ms);
-    EXPECT_EQ(news(), News{"+apple"});
+    EXPECT_EQ(newReports(), Reports{"+apple"});
 }
 
-TEST_F(UdevHIDAnnouncerTest, WaitsNoLongerOnceThereIsADriver) {
-    MockHIDNode node = appeared({.driver = std::nullopt});
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, StopsWaitingOnceADriverIsBound) {
+    MockHIDNode node = added({.driver = std::nullopt});
+    announcer_->check(node.name);
     queue_.advance(100ms);
     node.driver = "hid-generic";
-    bus_.show(node);
-    announcer_->look(node.name);
-    EXPECT_EQ(news(), News{"+apple"});
+    bus_.updateNode(node);
+    announcer_->check(node.name);
+    EXPECT_EQ(newReports(), Reports{"+apple"});
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
-TEST_F(UdevHIDAnnouncerTest, WaitsForNothingOnceADeviceIsAnnouncedWhateverItsDriver) {
-    MockHIDNode node = appeared({});
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, DoesNotWaitForTheDriverOfAnAnnouncedDevice) {
+    MockHIDNode node = added({});
+    announcer_->check(node.name);
     node.driver = std::nullopt;
     node.product = "pear";
-    bus_.show(node);
-    announcer_->look(node.name);
-    EXPECT_EQ(news(), (News{"+apple", "-apple", "+pear"}));
+    bus_.updateNode(node);
+    announcer_->check(node.name);
+    EXPECT_EQ(newReports(), (Reports{"+apple", "-apple", "+pear"}));
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
-TEST_F(UdevHIDAnnouncerTest, ReadsTheNameAfterTheWaitAndNotBefore) {
-    MockHIDNode node = appeared({.driver = std::nullopt});
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, ReadsTheNameAfterTheTimeoutAndNotBefore) {
+    MockHIDNode node = added({.driver = std::nullopt});
+    announcer_->check(node.name);
     node.product = "pear";
-    bus_.show(node);
+    bus_.updateNode(node);
     queue_.advance(1000ms);
-    EXPECT_EQ(news(), News{"+pear"});
+    EXPECT_EQ(newReports(), Reports{"+pear"});
 }
 
-TEST_F(UdevHIDAnnouncerTest, WaitsForNothingThatHasGone) {
-    const MockHIDNode node = appeared({.driver = std::nullopt});
-    announcer_->look(node.name);
-    bus_.vanish(node.name);
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, StopsWaitingForARemovedNode) {
+    const MockHIDNode node = added({.driver = std::nullopt});
+    announcer_->check(node.name);
+    bus_.removeNode(node.name);
+    announcer_->check(node.name);
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
-    EXPECT_EQ(news(), News());
+    EXPECT_EQ(newReports(), Reports());
 }
 
-TEST_F(UdevHIDAnnouncerTest, WaitsForNothingOnceItIsDestroyed) {
-    const MockHIDNode node = appeared({.driver = std::nullopt});
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, StopsWaitingWhenItIsDestroyed) {
+    const MockHIDNode node = added({.driver = std::nullopt});
+    announcer_->check(node.name);
     announcer_.reset();
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
     queue_.advance(1000ms);
-    EXPECT_EQ(news(), News());
+    EXPECT_EQ(newReports(), Reports());
 }
 
-TEST_F(UdevHIDAnnouncerTest, IsSilentInTheMiddleOfARenameIfItsOwnerGoes) {
-    MockHIDNode node = appeared({});
-    announcer_->look(node.name);
+TEST_F(UdevHIDAnnouncerTest, ReportsNothingMoreIfItIsDestroyedInTheMiddleOfARename) {
+    MockHIDNode node = added({});
+    announcer_->check(node.name);
     onRemoved_ = [this] { announcer_.reset(); };
     node.product = "pear";
-    bus_.show(node);
-    announcer_->look(node.name);
-    EXPECT_EQ(news(), (News{"+apple", "-apple"}));
+    bus_.updateNode(node);
+    announcer_->check(node.name);
+    EXPECT_EQ(newReports(), (Reports{"+apple", "-apple"}));
 }
 
-TEST_F(UdevHIDAnnouncerTest, KnowsWhatIsThereWhatItWaitsForAndWhatItAnnounced) {
-    const MockHIDNode gone = appeared({});
-    const MockHIDNode awaited = appeared({.driver = std::nullopt});
-    announcer_->look(gone.name);
-    announcer_->look(awaited.name);
-    bus_.vanish(gone.name);
-    bus_.vanish(awaited.name);
-    const MockHIDNode there = appeared({});
-    EXPECT_EQ(announcer_->everything(), (News{gone.name, awaited.name, there.name}));
+TEST_F(UdevHIDAnnouncerTest, ListsExistingPendingAndAnnouncedNodes) {
+    const MockHIDNode removed = added({});
+    const MockHIDNode pending = added({.driver = std::nullopt});
+    announcer_->check(removed.name);
+    announcer_->check(pending.name);
+    bus_.removeNode(removed.name);
+    bus_.removeNode(pending.name);
+    const MockHIDNode existing = added({});
+    EXPECT_EQ(announcer_->allNodes(), (Reports{removed.name, pending.name, existing.name}));
 }
 
-// For as long as it lives, nothing more can be opened.
+// No descriptor can be opened for as long as this object lives.
 class NoDescriptors {
   public:
     NoDescriptors() {
@@ -144,21 +144,21 @@ class NoDescriptors {
     rlimit before_{};
 };
 
-TEST_F(UdevHIDAnnouncerTest, KeepsWhatItCannotReadForWantOfDescriptorsAndLooksAgain) {
-    // Sets off a wait once beforehand: the sanitizer checks a type when it first meets it, and needs descriptors to.
-    announcer_->look(appeared({.product = "first", .driver = std::nullopt}).name);
-    const MockHIDNode known = appeared({.product = "known"});
-    const MockHIDNode fresh = appeared({.product = "fresh"});
-    announcer_->look(known.name);
-    EXPECT_EQ(news(), News{"+known"});
+TEST_F(UdevHIDAnnouncerTest, KeepsANodeThatItCannotReadWithoutDescriptorsAndChecksItAgain) {
+    // Starts a timeout once beforehand: the sanitizer needs descriptors when it first checks a type.
+    announcer_->check(added({.product = "first", .driver = std::nullopt}).name);
+    const MockHIDNode known = added({.product = "known"});
+    const MockHIDNode fresh = added({.product = "fresh"});
+    announcer_->check(known.name);
+    EXPECT_EQ(newReports(), Reports{"+known"});
     {
         const NoDescriptors scope;
-        announcer_->look(known.name);
-        announcer_->look(fresh.name);
+        announcer_->check(known.name);
+        announcer_->check(fresh.name);
     }
-    EXPECT_EQ(news(), News());
+    EXPECT_EQ(newReports(), Reports());
     queue_.advance(UdevHIDAnnouncer::timeout);
-    EXPECT_EQ(news(), (News{"+first", "+fresh"}));
+    EXPECT_EQ(newReports(), (Reports{"+first", "+fresh"}));
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 

@@ -33,14 +33,14 @@ TEST(UdevHIDDeviceTest, TakesItsNumberFromTheEndOfTheNodesName) {
     EXPECT_EQ(numberOf("0003:046D:C077.FFFFFFFF"), 0xFFFFFFFFU);
 }
 
-TEST(UdevHIDDeviceTest, HasNoNumberWithoutSuchAnEnd) {
+TEST(UdevHIDDeviceTest, HasNoNumberIfTheNodesNameEndsOtherwise) {
     for (const char* name : {"", ".", "0003:046D:C077", "0003:046D:C077.", "0003:046D:C077.00G1", "0003:046D:C077.-1",
                              "0003:046D:C077.0x1", "0003:046D:C077.0001 ", "a.b.x", "0003:046D:C077.100000000"}) {
         EXPECT_EQ(numberOf(name), std::nullopt) << name;
     }
 }
 
-TEST(UdevHIDDeviceTest, HasAHandleThatIsTheSameEachTimeAndNoOthersNumber) {
+TEST(UdevHIDDeviceTest, HasAStableHandleThatIsNoRegistryNumber) {
     const auto handleOf = [](std::string_view name) { return UdevHIDDevice(name, {}, {}).handle(); };
     EXPECT_EQ(handleOf("odd"), handleOf("odd"));
     EXPECT_NE(handleOf("odd"), handleOf("even"));
@@ -55,7 +55,7 @@ TEST(UdevHIDDeviceTest, ReadsTheNumbersAsHexadecimal) {
     EXPECT_EQ(numbersOf("0018:FFFFFFFF:FFFFFFFE"), Numbers(4294967295, 4294967294));
 }
 
-TEST(UdevHIDDeviceTest, HasNoNumbersFromAnIDThatIsNone) {
+TEST(UdevHIDDeviceTest, HasNoNumbersIfTheIDIsInvalid) {
     EXPECT_EQ(numbersOf(std::nullopt), Numbers());
     for (const char* id : {"", ":", "::", ":::", "0003", "0003:0000046D", "0003:0000046D:", "0003::0000C077",
                            ":0000046D:0000C077", "0003:0000046D:0000C077:1", "0003:0000046D:0000C07G",
@@ -64,14 +64,14 @@ TEST(UdevHIDDeviceTest, HasNoNumbersFromAnIDThatIsNone) {
     }
 }
 
-TEST(UdevHIDDeviceTest, KeepsANameAsItIs) {
+TEST(UdevHIDDeviceTest, KeepsANameUnchanged) {
     for (const char* name : {"apple", " ", "Мышь", "a#1:2", "%s%n", "HID", "HID Mouse", "HID 046d", "HID 046d:c077 ",
                              "hid 046d:c077", "HID 046d-c077", "HID 046g:c077", "HID  46d:c077"}) {
         EXPECT_EQ(nameOf(name), name) << name;
     }
 }
 
-TEST(UdevHIDDeviceTest, TakesNoNameFromTheKernelForOne) {
+TEST(UdevHIDDeviceTest, IgnoresANameThatTheKernelHasMadeUp) {
     EXPECT_EQ(nameOf(std::nullopt), std::nullopt);
     EXPECT_EQ(nameOf(""), std::nullopt);
     EXPECT_EQ(nameOf("HID 1234:5678"), std::nullopt);
@@ -79,18 +79,18 @@ TEST(UdevHIDDeviceTest, TakesNoNameFromTheKernelForOne) {
     EXPECT_EQ(nameOf("HID 046D:C077"), std::nullopt);
 }
 
-TEST(UdevHIDDeviceTest, KeepsALongNameWhole) {
+TEST(UdevHIDDeviceTest, KeepsTheWholeOfALongName) {
     const std::string name(4096, 'x');
     EXPECT_EQ(nameOf(name), name);
 }
 
-TEST(UdevHIDDeviceTest, ReplacesWhatIsNoText) {
+TEST(UdevHIDDeviceTest, ReplacesInvalidUtf8) {
     EXPECT_EQ(nameOf("a\xFFz"), "a\xEF\xBF\xBDz");
     EXPECT_EQ(nameOf("\xD0"), "\xEF\xBF\xBD");
     EXPECT_EQ(nameOf("\xC0\xAF"), "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
-TEST(UdevHIDDeviceTest, DiffersFromAnotherInNameAndNumbers) {
+TEST(UdevHIDDeviceTest, IsComparedByNameAndNumbers) {
     const UdevHIDDevice device(someNode, someID, "apple");
     EXPECT_EQ(device, UdevHIDDevice(someNode, someID, "apple"));
     EXPECT_FALSE(device == UdevHIDDevice(someNode, someID, "pear"));
@@ -100,7 +100,7 @@ TEST(UdevHIDDeviceTest, DiffersFromAnotherInNameAndNumbers) {
     EXPECT_FALSE(device == UdevHIDDevice("0003:046D:C077.0002", someID, "apple"));
 }
 
-// Properties of any bytes. Each seed is printed, so that a failure can be repeated.
+// Generates properties of arbitrary bytes. Each seed is printed, so that a failure can be reproduced.
 class AnyBytes {
   public:
     explicit AnyBytes(std::uint32_t seed) : generator_(seed) {}
@@ -150,13 +150,13 @@ TEST(UdevHIDDeviceTest, SurvivesNodesOfAnyBytes) {
             rig.bus.plug(node);
             rig.settle();
             node.product = any.text(300);
-            rig.bus.show(node);
-            rig.bus.tell(node.name, "change");
+            rig.bus.updateNode(node);
+            rig.bus.sendEvent(node.name, "change");
             if (any.upTo(1) == 0) rig.bus.unplug(node.name);
             rig.settle();
         }
-        ASSERT_GE(rig.told.size(), 100U);
-        for (const std::string& told : rig.told) ASSERT_EQ(validUtf8(told), told);
+        ASSERT_GE(rig.reports.size(), 100U);
+        for (const std::string& report : rig.reports) ASSERT_EQ(validUtf8(report), report);
     }
 }
 

@@ -30,8 +30,8 @@ class UdevDriver {
     void rename(const std::vector<std::string>& names, const std::string& product) {
         for (const std::string& name : names) {
             nodes_[name].product = product;
-            rig_.bus.show(nodes_[name]);
-            rig_.bus.tell(name, "bind");
+            rig_.bus.updateNode(nodes_[name]);
+            rig_.bus.sendEvent(name, "bind");
         }
     }
     void settle() { rig_.settle(); }

@@ -9,94 +9,94 @@
 namespace kovra {
 namespace {
 
-using News = std::vector<std::string>;
+using Reports = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
 
-// Three devices are announced. Then, without an event, one goes, one is renamed, and a fourth comes.
+// Three devices are announced. Then, without an event, one is removed, one is renamed, and a fourth is added.
 class UdevHIDManagerRecoveryTest : public testing::Test {
   protected:
     void missEverything(UdevHIDRig& rig) {
-        MockHIDNode gone{.name = rig.bus.nextName(), .product = "gone"};
+        MockHIDNode removed{.name = rig.bus.nextName(), .product = "removed"};
         MockHIDNode renamed{.name = rig.bus.nextName(), .product = "old"};
-        MockHIDNode stays{.name = rig.bus.nextName(), .product = "stays"};
-        for (const auto& node : {gone, renamed, stays}) rig.bus.plug(node);
+        MockHIDNode kept{.name = rig.bus.nextName(), .product = "kept"};
+        for (const auto& node : {removed, renamed, kept}) rig.bus.plug(node);
         rig.open();
-        ASSERT_EQ(rig.news(), (News{"+1 gone", "+2 old", "+3 stays"}));
-        rig.bus.vanish(gone.name);
+        ASSERT_EQ(rig.newReports(), (Reports{"+1 removed", "+2 old", "+3 kept"}));
+        rig.bus.removeNode(removed.name);
         renamed.product = "new";
-        rig.bus.show(renamed);
-        rig.bus.appear({.name = rig.bus.nextName(), .product = "came"});
+        rig.bus.updateNode(renamed);
+        rig.bus.addNode({.name = rig.bus.nextName(), .product = "added"});
     }
-    // What has gone is told last: its announcement is waited for, in vain.
-    const News everythingMissed{"-2 old", "+2 new", "+4 came", "-1 gone"};
+    // The removal is reported last, since its event is awaited in vain.
+    const Reports everythingMissed{"-2 old", "+2 new", "+4 added", "-1 removed"};
 
-    News newsWithPatience(UdevHIDRig& rig) {
-        rig.let(UdevHIDAnnouncer::timeout + 50ms);
-        return rig.news();
+    Reports reportsAfterTimeout(UdevHIDRig& rig) {
+        rig.runFor(UdevHIDAnnouncer::timeout + 50ms);
+        return rig.newReports();
     }
 };
 
-TEST_F(UdevHIDManagerRecoveryTest, TellsWhatItMissedWhenTheMachineSlept) {
+TEST_F(UdevHIDManagerRecoveryTest, ReportsWhatItMissedWhileTheMachineSlept) {
     UdevHIDRig rig;
     missEverything(rig);
-    EXPECT_EQ(rig.news(), News());
+    EXPECT_EQ(rig.newReports(), Reports());
     rig.service.resynchronize();
-    EXPECT_EQ(rig.told, News());
-    EXPECT_EQ(newsWithPatience(rig), everythingMissed);
+    EXPECT_EQ(rig.reports, Reports());
+    EXPECT_EQ(reportsAfterTimeout(rig), everythingMissed);
     rig.service.resynchronize();
-    EXPECT_EQ(rig.news(), News());
-    EXPECT_EQ(rig.log.lines, News());
+    EXPECT_EQ(rig.newReports(), Reports());
+    EXPECT_EQ(rig.log.lines, Reports());
 }
 
-TEST_F(UdevHIDManagerRecoveryTest, TellsWhatItMissedWhileTheProcessWasStopped) {
+TEST_F(UdevHIDManagerRecoveryTest, ReportsWhatItMissedWhileTheProcessWasStopped) {
     UdevHIDRig rig;
     missEverything(rig);
     ASSERT_EQ(::raise(SIGCONT), 0);
-    EXPECT_EQ(rig.told, News());
-    EXPECT_EQ(newsWithPatience(rig), everythingMissed);
+    EXPECT_EQ(rig.reports, Reports());
+    EXPECT_EQ(reportsAfterTimeout(rig), everythingMissed);
 }
 
-// As when everything is looked at while the mouse is being unplugged: its grace must not begin before its removal.
-TEST_F(UdevHIDManagerRecoveryTest, CountsARemovalFromItsAnnouncementAlsoWhenItLooksAtEverythingBefore) {
+// As if all nodes were checked while the mouse is being unplugged: its grace period must not begin before its removal.
+TEST_F(UdevHIDManagerRecoveryTest, CountsARemovalFromItsAnnouncementEvenIfAllNodesAreCheckedBefore) {
     UdevHIDRig rig;
     const MockHIDNode mouse{.name = rig.bus.nextName()};
     rig.bus.plug(mouse);
     rig.open();
-    ASSERT_EQ(rig.news(), News{"+1 apple"});
-    rig.bus.leaveBus(mouse.name);
+    ASSERT_EQ(rig.newReports(), Reports{"+1 apple"});
+    rig.bus.removeFromBus(mouse.name);
     rig.service.resynchronize();
-    EXPECT_EQ(rig.news(), News());
-    rig.bus.tell(mouse.name, "remove");
-    EXPECT_EQ(rig.news(), News{"-1 apple"});
+    EXPECT_EQ(rig.newReports(), Reports());
+    rig.bus.sendEvent(mouse.name, "remove");
+    EXPECT_EQ(rig.newReports(), Reports{"-1 apple"});
 }
 
-TEST_F(UdevHIDManagerRecoveryTest, TellsOfEventsThatComeWhileItLooksAtEverything) {
+TEST_F(UdevHIDManagerRecoveryTest, ReportsEventsThatArriveWhileItChecksAllNodes) {
     UdevHIDRig rig;
     missEverything(rig);
     rig.service.resynchronize();
     rig.service.resynchronize();
     rig.bus.plug({.name = rig.bus.nextName(), .product = "late"});
-    const News news = newsWithPatience(rig);
-    EXPECT_EQ(news.size(), everythingMissed.size() + 1);
-    EXPECT_EQ(std::ranges::count(news, "+5 late"), 1);
+    const Reports newReports = reportsAfterTimeout(rig);
+    EXPECT_EQ(newReports.size(), everythingMissed.size() + 1);
+    EXPECT_EQ(std::ranges::count(newReports, "+5 late"), 1);
 }
 
-TEST_F(UdevHIDManagerRecoveryTest, NeedsNoManagerToBeAskedToLookAgain) {
+TEST_F(UdevHIDManagerRecoveryTest, ResynchronizesWithoutAnOpenManager) {
     UdevHIDRig rig;
     rig.service.resynchronize();
     rig.bus.plug({.name = rig.bus.nextName()});
     rig.manager = rig.service.createManager();
     rig.service.resynchronize();
-    EXPECT_EQ(rig.news(), News());
+    EXPECT_EQ(rig.newReports(), Reports());
     rig.open();
     rig.service.resynchronize();
     rig.manager.reset();
     rig.service.resynchronize();
-    EXPECT_EQ(rig.news(), News());
+    EXPECT_EQ(rig.newReports(), Reports());
 }
 
-// Nobody announces what happens on this machine.
+// A machine without udevd: nothing announces what happens.
 class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
   protected:
     UdevHIDManagerPollingTest() { rig_.stopUdevd(); }
@@ -111,53 +111,53 @@ class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
     UdevHIDRig rig_;
 };
 
-TEST_F(UdevHIDManagerPollingTest, NoticesEverythingAllTheSameAndSaysSoOnce) {
+TEST_F(UdevHIDManagerPollingTest, DetectsAllChangesAndLogsOneLine) {
     missEverything(rig_);
-    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= everythingMissed.size(); }));
-    EXPECT_EQ(rig_.news(), everythingMissed);
-    rig_.let(2 * UdevHIDManager::pollInterval);
-    EXPECT_EQ(rig_.news(), News());
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= everythingMissed.size(); }));
+    EXPECT_EQ(rig_.newReports(), everythingMissed);
+    rig_.runFor(2 * UdevHIDManager::pollInterval);
+    EXPECT_EQ(rig_.newReports(), Reports());
     expectOneLine();
 }
 
-TEST_F(UdevHIDManagerPollingTest, IsWhatHappensInASandbox) {
+TEST_F(UdevHIDManagerPollingTest, IsUsedInASandbox) {
     rig_.startUdevd();
     rig_.enterSandbox();
     missEverything(rig_);
-    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= everythingMissed.size(); }));
-    EXPECT_EQ(rig_.news(), everythingMissed);
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= everythingMissed.size(); }));
+    EXPECT_EQ(rig_.newReports(), everythingMissed);
     expectOneLine();
 }
 
 TEST_F(UdevHIDManagerPollingTest, AnnouncesAnUnboundDeviceToo) {
-    rig_.bus.appear({.name = rig_.bus.nextName(), .driver = std::nullopt});
+    rig_.bus.addNode({.name = rig_.bus.nextName(), .driver = std::nullopt});
     rig_.open();
-    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
-    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); }));
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
 }
 
-TEST_F(UdevHIDManagerPollingTest, EndsWhenUdevdComes) {
+TEST_F(UdevHIDManagerPollingTest, EndsWhenUdevdStarts) {
     rig_.open();
     rig_.startUdevd();
-    rig_.let(UdevHIDManager::pollInterval + 300ms);
-    rig_.bus.appear({.name = rig_.bus.nextName(), .product = "silent"});
-    rig_.let(2 * UdevHIDManager::pollInterval);
-    EXPECT_EQ(rig_.news(), News());
+    rig_.runFor(UdevHIDManager::pollInterval + 300ms);
+    rig_.bus.addNode({.name = rig_.bus.nextName(), .product = "silent"});
+    rig_.runFor(2 * UdevHIDManager::pollInterval);
+    EXPECT_EQ(rig_.newReports(), Reports());
     rig_.bus.plug({.name = rig_.bus.nextName(), .product = "announced"});
-    EXPECT_EQ(rig_.news(), News{"+2 announced"});
+    EXPECT_EQ(rig_.newReports(), Reports{"+2 announced"});
     expectOneLine();
 }
 
-TEST_F(UdevHIDManagerPollingTest, MissesNothingWhenUdevdComes) {
+TEST_F(UdevHIDManagerPollingTest, MissesNothingWhenUdevdStarts) {
     rig_.open();
     rig_.settle();
-    rig_.bus.appear({.name = rig_.bus.nextName(), .product = "before"});
+    rig_.bus.addNode({.name = rig_.bus.nextName(), .product = "before"});
     rig_.startUdevd();
-    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
-    EXPECT_EQ(rig_.news(), News{"+1 before"});
+    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); }));
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 before"});
 }
 
-TEST_F(UdevHIDManagerPollingTest, DoesNotMultiplyWhenAskedToLookAgain) {
+TEST_F(UdevHIDManagerPollingTest, KeepsItsRateHoweverOftenItIsResynchronized) {
     rig_.open();
     for (int i = 0; i < 20; ++i) {
         rig_.service.resynchronize();
@@ -170,16 +170,16 @@ TEST_F(UdevHIDManagerPollingTest, DoesNotMultiplyWhenAskedToLookAgain) {
         ++turns;
         return isOver;
     });
-    EXPECT_LE(turns, 12);  // two or three polls of two turns each, and the timer's own
+    EXPECT_LE(turns, 12);  // two or three polls of two turns each, and those of the timer
 }
 
 TEST_F(UdevHIDManagerPollingTest, EndsWithTheManager) {
     rig_.open();
     rig_.settle();
     rig_.manager.reset();
-    rig_.bus.appear({.name = rig_.bus.nextName()});
-    rig_.let(UdevHIDManager::pollInterval + 300ms);
-    EXPECT_EQ(rig_.news(), News());
+    rig_.bus.addNode({.name = rig_.bus.nextName()});
+    rig_.runFor(UdevHIDManager::pollInterval + 300ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
 }  // namespace

@@ -18,7 +18,7 @@
 
 namespace kovra {
 
-// A machine with a HID bus of its own, the real adapter upon it, and a record of what was told: "+7 apple" for the
+// A machine with a HID bus of its own, the real adapter on it, and a record of what is reported: "+7 apple" for the
 // attachment of interface 7, "-7 apple" for its removal.
 class UdevHIDRig {
   public:
@@ -35,22 +35,22 @@ class UdevHIDRig {
         manager->open();
     }
 
-    // Turns until all that does not wait for time has happened.
+    // Runs the loop until everything has happened that needs no passing of time.
     void settle() {
         for (int quietTurns = 0; quietTurns < 100;) {
-            const std::size_t before = told.size();
+            const std::size_t before = reports.size();
             bool turned = false;
             loop.async([&] { turned = true; });
             loop.runUntil([&] { return turned; });
-            quietTurns = told.size() == before ? quietTurns + 1 : 0;
+            quietTurns = reports.size() == before ? quietTurns + 1 : 0;
         }
     }
-    void let(std::chrono::nanoseconds duration) {
+    void runFor(std::chrono::nanoseconds duration) {
         bool isOver = false;
         const auto task = loop.asyncAfter(duration, [&] { isOver = true; });
         loop.runUntil([&] { return isOver; });
     }
-    // Whether it came true in time.
+    // Returns whether the condition held in time.
     bool waitUntil(const std::function<bool()>& condition, std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
         bool isOver = false;
         const auto task = loop.asyncAfter(atMost, [&] { isOver = true; });
@@ -58,27 +58,27 @@ class UdevHIDRig {
         task->cancel();
         return condition();
     }
-    // What was told since the last call.
-    std::vector<std::string> news() {
+    // Returns what was reported since the last call.
+    std::vector<std::string> newReports() {
         settle();
-        return std::exchange(told, {});
+        return std::exchange(reports, {});
     }
 
     MockHIDBus bus;
     SdEventLoop loop;
     FakeLog log;
-    std::vector<std::string> told;
-    std::function<void()> onTold;
+    std::vector<std::string> reports;
+    std::function<void()> onReport;
 
   private:
     void record(char sign, const HIDDevice& device) {
-        told.push_back(sign + std::to_string(device.registryEntryID().value_or(0)) + " " +
-                       device.stringProperty("Product").value_or("(nameless)"));
-        if (onTold) onTold();
+        reports.push_back(sign + std::to_string(device.registryEntryID().value_or(0)) + " " +
+                          device.stringProperty("Product").value_or("(nameless)"));
+        if (onReport) onReport();
     }
 
     const TempFolder folder_;
-    // The machine's bus is the test's own, if it has one, and never the real one.
+    // Uses the system bus of the test, if it has one, and never the real one.
     struct NoRealBus {
         NoRealBus() {
             constexpr const char* variable = "DBUS_SYSTEM_BUS_ADDRESS";

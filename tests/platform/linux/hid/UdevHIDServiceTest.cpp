@@ -6,13 +6,13 @@
 namespace kovra {
 namespace {
 
-using News = std::vector<std::string>;
+using Reports = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 using Clock = std::chrono::steady_clock;
 
 class UdevHIDServiceAtStartTest : public testing::Test {
   protected:
-    ~UdevHIDServiceAtStartTest() override { EXPECT_EQ(rig_.log.lines, News()); }
+    ~UdevHIDServiceAtStartTest() override { EXPECT_EQ(rig_.log.lines, Reports()); }
 
     UdevHIDRig rig_;
     MockHIDBus& bus_ = rig_.bus;
@@ -22,77 +22,77 @@ class UdevHIDServiceTest : public UdevHIDServiceAtStartTest {
   protected:
     UdevHIDServiceTest() { rig_.open(); }
 
-    // A mouse that has been announced under number 1.
+    // Plugs in a mouse and expects its announcement with number 1.
     MockHIDNode announced(MockHIDNode node = {}) {
         node.name = bus_.nextName();
         bus_.plug(node);
-        EXPECT_EQ(rig_.news(), News{"+1 " + node.product.value_or("(nameless)")});
+        EXPECT_EQ(rig_.newReports(), Reports{"+1 " + node.product.value_or("(nameless)")});
         return node;
     }
 };
 
 TEST_F(UdevHIDServiceTest, AnnouncesABoundDeviceAtItsFirstEvent) {
     const MockHIDNode node{.name = bus_.nextName()};
-    bus_.appear(node);
-    bus_.tell(node.name, "add");
-    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    bus_.addNode(node);
+    bus_.sendEvent(node.name, "add");
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
 }
 
-TEST_F(UdevHIDServiceTest, WaitsForADriverToGiveTheName) {
+TEST_F(UdevHIDServiceTest, WaitsForADriverToSetTheName) {
     MockHIDNode node{.name = bus_.nextName(), .product = "Wireless Mouse PID:4023", .driver = std::nullopt};
     bus_.plug(node);
-    EXPECT_EQ(rig_.news(), News());
+    EXPECT_EQ(rig_.newReports(), Reports());
     node.product = "Wireless Mouse M325";
     node.driver = "logitech-hidpp-device";
-    bus_.show(node);
-    bus_.tell(node.name, "bind");
-    EXPECT_EQ(rig_.news(), News{"+1 Wireless Mouse M325"});
-    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
-    EXPECT_EQ(rig_.news(), News());
+    bus_.updateNode(node);
+    bus_.sendEvent(node.name, "bind");
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 Wireless Mouse M325"});
+    rig_.runFor(UdevHIDAnnouncer::timeout + 50ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
-TEST_F(UdevHIDServiceTest, AnnouncesADeviceThatNoDriverTakesAfterAWhile) {
+TEST_F(UdevHIDServiceTest, AnnouncesADeviceWithoutADriverAfterTheTimeout) {
     const auto plugged = Clock::now();
     bus_.plug({.name = bus_.nextName(), .driver = std::nullopt});
-    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
+    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); }));
     EXPECT_GE(Clock::now() - plugged, UdevHIDAnnouncer::timeout);
-    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
 }
 
-TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatSoonGoesAgain) {
+TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatIsSoonRemoved) {
     const MockHIDNode node{.name = bus_.nextName(), .driver = std::nullopt};
     bus_.plug(node);
     rig_.settle();
     bus_.unplug(node.name);
-    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
-    EXPECT_EQ(rig_.news(), News());
+    rig_.runFor(UdevHIDAnnouncer::timeout + 50ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
-TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatGoesUnnoticed) {
+TEST_F(UdevHIDServiceTest, NeverAnnouncesAnUnboundDeviceThatIsRemovedWithoutAnEvent) {
     const MockHIDNode node{.name = bus_.nextName(), .driver = std::nullopt};
     bus_.plug(node);
     rig_.settle();
-    bus_.vanish(node.name);
-    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
-    EXPECT_EQ(rig_.news(), News());
+    bus_.removeNode(node.name);
+    rig_.runFor(UdevHIDAnnouncer::timeout + 50ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
 TEST_F(UdevHIDServiceTest, ReportsARenameAsRemovalAndAttachmentOfTheSameInterface) {
     MockHIDNode node = announced();
     node.product = "pear";
-    bus_.show(node);
-    bus_.tell(node.name, "bind");
-    EXPECT_EQ(rig_.news(), (News{"-1 apple", "+1 pear"}));
+    bus_.updateNode(node);
+    bus_.sendEvent(node.name, "bind");
+    EXPECT_EQ(rig_.newReports(), (Reports{"-1 apple", "+1 pear"}));
 }
 
-TEST_F(UdevHIDServiceTest, ReadsTheNameAgainAtAnyEvent) {
+TEST_F(UdevHIDServiceTest, ReadsTheNameAgainOnEveryEvent) {
     MockHIDNode node = announced();
     std::string last = "apple";
     for (const std::string action : {"add", "change", "bind", "unbind", "remove", "move", "online"}) {
         node.product = "after " + action;
-        bus_.show(node);
-        bus_.tell(node.name, action);
-        EXPECT_EQ(rig_.news(), (News{"-1 " + last, "+1 after " + action}));
+        bus_.updateNode(node);
+        bus_.sendEvent(node.name, action);
+        EXPECT_EQ(rig_.newReports(), (Reports{"-1 " + last, "+1 after " + action}));
         last = *node.product;
     }
 }
@@ -100,116 +100,116 @@ TEST_F(UdevHIDServiceTest, ReadsTheNameAgainAtAnyEvent) {
 TEST_F(UdevHIDServiceTest, ReportsOtherNumbersAsRemovalAndAttachment) {
     MockHIDNode node = announced();
     node.id = "0003:0000046D:0000C07E";
-    bus_.show(node);
-    bus_.tell(node.name, "bind");
-    EXPECT_EQ(rig_.news(), (News{"-1 apple", "+1 apple"}));
+    bus_.updateNode(node);
+    bus_.sendEvent(node.name, "bind");
+    EXPECT_EQ(rig_.newReports(), (Reports{"-1 apple", "+1 apple"}));
 }
 
-TEST_F(UdevHIDServiceTest, BelievesTheNodeAndNotTheEvent) {
+TEST_F(UdevHIDServiceTest, TrustsTheNodeAndNotTheEvent) {
     MockHIDNode node{.name = bus_.nextName(), .product = "old"};
-    bus_.appear(node);
-    bus_.tell(node.name, "add");  // carries the old name
+    bus_.addNode(node);
+    bus_.sendEvent(node.name, "add");  // contains the old name
     node.product = "new";
-    bus_.show(node);
-    EXPECT_EQ(rig_.news(), News{"+1 new"});
+    bus_.updateNode(node);
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 new"});
 }
 
-TEST_F(UdevHIDServiceTest, SaysNothingOfEventsThatChangeNothing) {
+TEST_F(UdevHIDServiceTest, ReportsNothingForEventsThatChangeNothing) {
     const MockHIDNode node = announced();
     for (int round = 0; round < 3; ++round) {
-        for (const char* action : {"add", "change", "bind", "add", "change"}) bus_.tell(node.name, action);
-        EXPECT_EQ(rig_.news(), News());
+        for (const char* action : {"add", "change", "bind", "add", "change"}) bus_.sendEvent(node.name, action);
+        EXPECT_EQ(rig_.newReports(), Reports());
     }
 }
 
-TEST_F(UdevHIDServiceTest, SaysNothingOfASwapOfDrivers) {
+TEST_F(UdevHIDServiceTest, ReportsNothingIfTheDriverIsReplaced) {
     MockHIDNode node = announced();
     node.driver = std::nullopt;
-    bus_.show(node);
-    bus_.tell(node.name, "unbind");
-    EXPECT_EQ(rig_.news(), News());
-    rig_.let(UdevHIDAnnouncer::timeout + 50ms);
-    EXPECT_EQ(rig_.news(), News());
+    bus_.updateNode(node);
+    bus_.sendEvent(node.name, "unbind");
+    EXPECT_EQ(rig_.newReports(), Reports());
+    rig_.runFor(UdevHIDAnnouncer::timeout + 50ms);
+    EXPECT_EQ(rig_.newReports(), Reports());
     node.driver = "logitech-hidpp-device";
-    bus_.show(node);
-    bus_.tell(node.name, "bind");
-    EXPECT_EQ(rig_.news(), News());
+    bus_.updateNode(node);
+    bus_.sendEvent(node.name, "bind");
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
 TEST_F(UdevHIDServiceTest, IgnoresASyntheticRemoval) {
     const MockHIDNode node = announced();
-    bus_.tell(node.name, "remove");
-    EXPECT_EQ(rig_.news(), News());
+    bus_.sendEvent(node.name, "remove");
+    EXPECT_EQ(rig_.newReports(), Reports());
     bus_.unplug(node.name);
-    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
 }
 
-TEST_F(UdevHIDServiceTest, TellsOfARemovalOnceTheBusHasLetGoOfTheNode) {
+TEST_F(UdevHIDServiceTest, ReportsARemovalOnceTheNodeHasLeftTheBus) {
     const MockHIDNode node = announced();
-    bus_.leaveBus(node.name);  // its own folder is still there
-    bus_.tell(node.name, "remove");
-    EXPECT_EQ(rig_.news(), News{"-1 apple"});
-    bus_.tell(node.name, "remove");
-    EXPECT_EQ(rig_.news(), News());
+    bus_.removeFromBus(node.name);  // its own folder still exists
+    bus_.sendEvent(node.name, "remove");
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
+    bus_.sendEvent(node.name, "remove");
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
-TEST_F(UdevHIDServiceTest, TakesADeviceForGoneAfterAWhileWhenItsRemovalIsNeverToldOf) {
+TEST_F(UdevHIDServiceTest, ReportsARemovalWithoutAnEventAfterTheTimeout) {
     const MockHIDNode node = announced();
-    bus_.tell(node.name, "unbind");
-    bus_.vanish(node.name);
-    EXPECT_EQ(rig_.news(), News());
-    EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
-    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+    bus_.sendEvent(node.name, "unbind");
+    bus_.removeNode(node.name);
+    EXPECT_EQ(rig_.newReports(), Reports());
+    EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); }));
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
 }
 
-TEST_F(UdevHIDServiceTest, CountsARemovalFromItsOwnEventAndNotFromALateOneOfAnotherKind) {
+TEST_F(UdevHIDServiceTest, CountsARemovalFromItsOwnEventAndNotFromALateEventOfAnotherKind) {
     const MockHIDNode node = announced();
-    bus_.leaveBus(node.name);
-    for (const char* action : {"add", "bind", "change", "unbind"}) bus_.tell(node.name, action);
-    EXPECT_EQ(rig_.news(), News());
-    bus_.tell(node.name, "remove");
-    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+    bus_.removeFromBus(node.name);
+    for (const char* action : {"add", "bind", "change", "unbind"}) bus_.sendEvent(node.name, action);
+    EXPECT_EQ(rig_.newReports(), Reports());
+    bus_.sendEvent(node.name, "remove");
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
 }
 
-TEST_F(UdevHIDServiceTest, IgnoresALateAdditionOfWhatHasGone) {
+TEST_F(UdevHIDServiceTest, IgnoresALateAddEventForARemovedNode) {
     const MockHIDNode node{.name = bus_.nextName()};
-    bus_.appear(node);
-    bus_.tell(node.name, "add");
-    bus_.vanish(node.name);
-    EXPECT_EQ(rig_.news(), News());
+    bus_.addNode(node);
+    bus_.sendEvent(node.name, "add");
+    bus_.removeNode(node.name);
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
-TEST_F(UdevHIDServiceAtStartTest, AnnouncesOnceWhatIsBothFoundAndToldOf) {
+TEST_F(UdevHIDServiceAtStartTest, AnnouncesADeviceOnceThatIsBothListedAndReported) {
     const MockHIDNode found{.name = bus_.nextName(), .product = "found"};
     const MockHIDNode both{.name = bus_.nextName(), .product = "both"};
     bus_.plug(found);
     rig_.open();
     bus_.plug(both);
-    EXPECT_EQ(rig_.news(), (News{"+2 both", "+1 found"}));
+    EXPECT_EQ(rig_.newReports(), (Reports{"+2 both", "+1 found"}));
 }
 
-TEST_F(UdevHIDServiceAtStartTest, AnnouncesWhatIsUnboundAtTheStartAfterAWhile) {
+TEST_F(UdevHIDServiceAtStartTest, AnnouncesADeviceThatIsUnboundAtTheStartAfterTheTimeout) {
     bus_.plug({.name = bus_.nextName(), .driver = std::nullopt});
     const auto opened = Clock::now();
     rig_.open();
-    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.told.empty(); }));
+    ASSERT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); }));
     EXPECT_GE(Clock::now() - opened, UdevHIDAnnouncer::timeout);
-    EXPECT_EQ(rig_.news(), News{"+1 apple"});
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
 }
 
-TEST_F(UdevHIDServiceTest, TellsTwoDevicesOfOneNameApart) {
+TEST_F(UdevHIDServiceTest, DistinguishesTwoDevicesOfTheSameName) {
     const MockHIDNode first{.name = bus_.nextName()};
     const MockHIDNode second{.name = bus_.nextName()};
     bus_.plug(first);
     bus_.plug(second);
-    EXPECT_EQ(rig_.news(), (News{"+1 apple", "+2 apple"}));
+    EXPECT_EQ(rig_.newReports(), (Reports{"+1 apple", "+2 apple"}));
     bus_.unplug(first.name);
-    EXPECT_EQ(rig_.news(), News{"-1 apple"});
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
 }
 
-TEST_F(UdevHIDServiceTest, CarriesAnyName) {
+TEST_F(UdevHIDServiceTest, ReportsAnyName) {
     const std::string longName(4096, 'x');
-    const std::vector<std::pair<std::optional<std::string>, std::string>> shownAndTold = {
+    const std::vector<std::pair<std::optional<std::string>, std::string>> shownAndReported = {
         {std::nullopt, "(nameless)"},
         {"", "(nameless)"},
         {"HID 046d:c077", "(nameless)"},
@@ -220,27 +220,27 @@ TEST_F(UdevHIDServiceTest, CarriesAnyName) {
         {"a=b=c", "a=b=c"},
         {"  two  blanks  ", "  two  blanks  "}};
     int number = 0;
-    for (const auto& [shown, told] : shownAndTold) {
+    for (const auto& [shown, reported] : shownAndReported) {
         bus_.plug({.name = bus_.nextName(), .product = shown});
-        EXPECT_EQ(rig_.news(), (News{"+" + std::to_string(++number) + " " + told}));
+        EXPECT_EQ(rig_.newReports(), (Reports{"+" + std::to_string(++number) + " " + reported}));
     }
 }
 
-TEST_F(UdevHIDServiceAtStartTest, LooksAtTheNextDeviceOnlyWhenTheLastOneIsDealtWith) {
+TEST_F(UdevHIDServiceAtStartTest, ChecksTheNextDeviceOnlyWhenTheLastOneIsFinished) {
     for (int i = 0; i < 5; ++i) bus_.plug({.name = bus_.nextName()});
-    rig_.onTold = [&] { rig_.loop.async([&] { rig_.told.emplace_back("dealt with"); }); };
+    rig_.onReport = [&] { rig_.loop.async([&] { rig_.reports.emplace_back("finished"); }); };
     rig_.open();
     for (int i = 0; i < 2; ++i) bus_.plug({.name = bus_.nextName()});
     rig_.settle();
-    ASSERT_EQ(rig_.told.size(), 14U);
-    for (std::size_t i = 1; i < rig_.told.size(); i += 2) EXPECT_EQ(rig_.told[i], "dealt with");
+    ASSERT_EQ(rig_.reports.size(), 14U);
+    for (std::size_t i = 1; i < rig_.reports.size(); i += 2) EXPECT_EQ(rig_.reports[i], "finished");
 }
 
-TEST_F(UdevHIDServiceAtStartTest, TellsOfManyDevicesThatAreThereAlready) {
-    for (int i = 0; i < 300; ++i) bus_.appear({.name = bus_.nextName()});
+TEST_F(UdevHIDServiceAtStartTest, ReportsManyDevicesThatAreAttachedAlready) {
+    for (int i = 0; i < 300; ++i) bus_.addNode({.name = bus_.nextName()});
     rig_.open();
-    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.told.size() >= 300; }));
-    EXPECT_EQ(rig_.news().size(), 300U);
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= 300; }));
+    EXPECT_EQ(rig_.newReports().size(), 300U);
 }
 
 TEST_F(UdevHIDServiceTest, SleepsWhileNothingHappens) {
@@ -252,7 +252,7 @@ TEST_F(UdevHIDServiceTest, SleepsWhileNothingHappens) {
         ++turns;
         return isOver;
     });
-    EXPECT_LE(turns, 2);  // the timer's own
+    EXPECT_LE(turns, 2);  // only those of the timer
 }
 
 }  // namespace

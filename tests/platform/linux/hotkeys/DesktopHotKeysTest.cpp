@@ -12,7 +12,7 @@ namespace {
 constexpr HotKey controlOptionT{
     .keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey | HotKey::optionKey, .signature = 1, .number = 1};
 
-TEST(DesktopHotKeysTest, AreXsOwnThereAndThePortalIsNotAsked) {
+TEST(DesktopHotKeysTest, AreGrabbedOnXWithoutThePortal) {
     PortalRig session;
     XKeyRig rig;
     auto hotKeys = DesktopHotKeys::on(Desktop::x11, rig.connection.get(), session.bus);
@@ -22,7 +22,7 @@ TEST(DesktopHotKeysTest, AreXsOwnThereAndThePortalIsNotAsked) {
     EXPECT_TRUE(session.portal.calls.empty());
 }
 
-TEST(DesktopHotKeysTest, AreThePortalsOnWayland) {
+TEST(DesktopHotKeysTest, AreRequestedFromThePortalOnWayland) {
     PortalRig session;
     auto hotKeys = DesktopHotKeys::on(Desktop::wayland, nullptr, session.bus);
     const auto hotKey = hotKeys.registerHotKey(controlOptionT);
@@ -30,7 +30,7 @@ TEST(DesktopHotKeysTest, AreThePortalsOnWayland) {
     EXPECT_FALSE(session.portal.bound.empty());
 }
 
-TEST(DesktopHotKeysTest, AreRefusedWithoutAServer) {
+TEST(DesktopHotKeysTest, AreRefusedWithoutAnXServerOrWayland) {
     PortalRig session;
     for (const Desktop desktop : {Desktop::none, Desktop::x11}) {
         auto hotKeys = DesktopHotKeys::on(desktop, nullptr, session.bus);

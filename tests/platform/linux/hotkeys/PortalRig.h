@@ -15,8 +15,8 @@ struct PortalRig {
     SessionBus bus{loop};
     DesktopHotKeys hotKeys = DesktopHotKeys::onPortal(bus);
 
-    // Everything said so far has been heard, and what followed from it said and heard too: a few rounds of a question
-    // to the portal, or else the bus, whose answer comes last on both connections.
+    // Runs the loop until all messages sent so far have been received, and all messages that they caused. Each round
+    // sends a call to the portal, or else to the bus, and its reply comes last on both connections.
     void settle() {
         ASSERT_TRUE(turnUntil(loop, [this] { return bus.bus() != nullptr && sd_bus_is_ready(bus.bus()) > 0; }));
         for (int round = 0; round < 12; ++round) {

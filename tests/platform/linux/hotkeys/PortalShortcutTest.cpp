@@ -15,8 +15,8 @@ using namespace std::chrono_literals;
 using Calls = std::vector<std::string>;
 
 const std::string bind = "BindShortcuts TEST-1 description=BLE-kovra preferred_trigger=CTRL+ALT+t";
-const std::string introduction = "Register org.ble_kovra.BLEKovra";
-const Calls everything{introduction, "CreateSession", "ListShortcuts", bind};
+const std::string registration = "Register org.ble_kovra.BLEKovra";
+const Calls everything{registration, "CreateSession", "ListShortcuts", bind};
 
 constexpr HotKey controlOptionT{.keyCode = HotKey::ansiT,
                                 .modifiers = HotKey::controlKey | HotKey::optionKey,
@@ -33,8 +33,8 @@ struct ShortcutRig : PortalRig {
         ASSERT_NE(hotKey, nullptr);
         settle();
     }
-    // How many presses are heard of one.
-    int heard() {
+    // Presses the key once and returns how many presses are reported.
+    int press() {
         pressed = 0;
         portal.press();
         settle();
@@ -42,106 +42,106 @@ struct ShortcutRig : PortalRig {
     }
 };
 
-TEST(PortalShortcutTest, IntroducesItselfAndAsksForAShortcutThatIsNotThereYet) {
+TEST(PortalShortcutTest, RegistersTheApplicationAndBindsANewShortcut) {
     ShortcutRig rig;
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.heard(), 1);
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, DoesNotAskAgainForAShortcutThatTheDesktopRemembers) {
+TEST(PortalShortcutTest, DoesNotBindAShortcutThatTheDesktopRemembers) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-1"};
     rig.registerHotKey();
-    EXPECT_EQ(rig.portal.calls, (Calls{introduction, "CreateSession", "ListShortcuts"}));
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession", "ListShortcuts"}));
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, AsksWhereTheDesktopRemembersOthersOnly) {
+TEST(PortalShortcutTest, IsBoundIfTheDesktopRemembersOnlyOthers) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-2"};
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalShortcutTest, WorksWithPortalsThatKnowNoIntroduction) {
+TEST(PortalShortcutTest, WorksWithPortalsThatHaveNoRegistry) {
     ShortcutRig rig;
     rig.portal.knowsRegistry = false;
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, (Calls{"Register?", "CreateSession", "ListShortcuts", bind}));
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, HearsAResponseThatComesBeforeTheReply) {
+TEST(PortalShortcutTest, ReceivesAResponseThatArrivesBeforeTheReply) {
     ShortcutRig rig;
     rig.portal.answersBeforeItReplies = true;
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, ThatIsRefusedAsksNoMoreAndStaysSilent) {
+TEST(PortalShortcutTest, StaysSilentAfterARefusal) {
     for (const std::uint32_t code : {1U, 2U}) {
         ShortcutRig rig;
         rig.portal.codes["CreateSession"] = code;
         rig.registerHotKey();
-        EXPECT_EQ(rig.portal.calls, (Calls{introduction, "CreateSession"}));
+        EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession"}));
 
         ShortcutRig other;
         other.portal.codes["BindShortcuts"] = code;
         other.registerHotKey();
         EXPECT_EQ(other.portal.calls, everything);
-        EXPECT_EQ(other.heard(), 0);
+        EXPECT_EQ(other.press(), 0);
     }
 }
 
-TEST(PortalShortcutTest, AsksForTheShortcutWhereTheListIsRefused) {
+TEST(PortalShortcutTest, IsBoundIfTheListIsRefused) {
     ShortcutRig rig;
     rig.portal.codes["ListShortcuts"] = 2;
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, StaysSilentAtErrors) {
+TEST(PortalShortcutTest, StaysSilentAfterAnError) {
     for (const char* method : {"CreateSession", "ListShortcuts", "BindShortcuts"}) {
         ShortcutRig rig;
         rig.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
         rig.registerHotKey();
         EXPECT_EQ(rig.portal.calls.back().substr(0, std::string(method).size()), method);
-        EXPECT_EQ(rig.heard(), 0);
+        EXPECT_EQ(rig.press(), 0);
         EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
     }
 }
 
-TEST(PortalShortcutTest, TakesNoSessionFromAnAnswerOfTheWrongShape) {
+TEST(PortalShortcutTest, TakesNoSessionFromAMalformedResponse) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "no path"}) {
         ShortcutRig rig;
         rig.portal.nonsense["CreateSession"] = wrong;
         rig.registerHotKey();
-        EXPECT_EQ(rig.portal.calls, (Calls{introduction, "CreateSession"})) << wrong;
+        EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession"})) << wrong;
     }
 }
 
-TEST(PortalShortcutTest, AsksForTheShortcutAfterAListOfTheWrongShape) {
+TEST(PortalShortcutTest, IsBoundAfterAMalformedList) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "strings"}) {
         ShortcutRig rig;
         rig.portal.nonsense["ListShortcuts"] = wrong;
         rig.registerHotKey();
         EXPECT_EQ(rig.portal.calls, everything) << wrong;
-        EXPECT_EQ(rig.heard(), 1) << wrong;
+        EXPECT_EQ(rig.press(), 1) << wrong;
     }
 }
 
-TEST(PortalShortcutTest, OverlooksWhatLaterVersionsAdd) {
+TEST(PortalShortcutTest, IgnoresWhatLaterVersionsAdd) {
     ShortcutRig rig;
     rig.portal.nonsense["CreateSession"] = "more";
     rig.registerHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalShortcutTest, IsNotPressedByOtherShortcutsAndSessions) {
+TEST(PortalShortcutTest, IgnoresOtherShortcutsAndSessions) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.emitOfShortcut("Activated", rig.portal.session, "TEST-2");
@@ -149,10 +149,10 @@ TEST(PortalShortcutTest, IsNotPressedByOtherShortcutsAndSessions) {
     rig.portal.emit("org.freedesktop.portal.GlobalShortcuts", "Activated");
     rig.settle();
     EXPECT_EQ(rig.pressed, 0);
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, IsOnePressWhereTheDesktopRepeatsIt) {
+TEST(PortalShortcutTest, CountsARepeatedPressOnce) {
     ShortcutRig rig;
     rig.registerHotKey();
     for (int repeats = 0; repeats < 50; ++repeats) {
@@ -161,10 +161,10 @@ TEST(PortalShortcutTest, IsOnePressWhereTheDesktopRepeatsIt) {
     }
     EXPECT_EQ(rig.pressed, 1);
     rig.portal.deactivate();
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
+TEST(PortalShortcutTest, CountsTheNextPressIfTheDesktopReportsNoRelease) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.activate();
@@ -175,7 +175,7 @@ TEST(PortalShortcutTest, IsPressedAgainWhereTheDesktopTellsOfNoRelease) {
     EXPECT_EQ(rig.pressed, 2);
 }
 
-TEST(PortalShortcutTest, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
+TEST(PortalShortcutTest, IsNotBoundAgainAfterTheDesktopHasClosedTheSession) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.closeSession();
@@ -186,7 +186,7 @@ TEST(PortalShortcutTest, IsNotAskedForAgainWhenTheDesktopClosesTheSession) {
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalShortcutTest, ComesBackWithThePortal) {
+TEST(PortalShortcutTest, IsBoundAgainAfterThePortalHasRestarted) {
     ShortcutRig rig;
     rig.registerHotKey();
     for (int restarts = 0; restarts < 3; ++restarts) {
@@ -196,11 +196,11 @@ TEST(PortalShortcutTest, ComesBackWithThePortal) {
         rig.portal.start();
         rig.settle();
         EXPECT_EQ(rig.portal.calls, everything);
-        EXPECT_EQ(rig.heard(), 1);
+        EXPECT_EQ(rig.press(), 1);
     }
 }
 
-TEST(PortalShortcutTest, ComesWithAPortalThatIsLate) {
+TEST(PortalShortcutTest, IsBoundByAPortalThatStartsLate) {
     ShortcutRig rig;
     rig.portal.stop();
     rig.registerHotKey();
@@ -209,10 +209,10 @@ TEST(PortalShortcutTest, ComesWithAPortalThatIsLate) {
     rig.portal.start();
     rig.settle();
     EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, ComesBackWithTheBus) {
+TEST(PortalShortcutTest, IsBoundAgainAfterTheBusHasRestarted) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.portal.stop();
@@ -223,20 +223,20 @@ TEST(PortalShortcutTest, ComesBackWithTheBus) {
     ASSERT_TRUE(turnUntil(rig.loop, [&] { return !rig.portal.calls.empty(); }));
     rig.settle();
     EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.heard(), 1);
+    EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, ClosesItsSessionWhenItIsLetGoOf) {
+TEST(PortalShortcutTest, ClosesItsSessionWhenItIsDestroyed) {
     ShortcutRig rig;
     rig.registerHotKey();
     rig.hotKey.reset();
     rig.settle();
     EXPECT_EQ(rig.portal.calls.back(), "Close");
     EXPECT_EQ(rig.portal.session, "");
-    EXPECT_EQ(rig.heard(), 0);
+    EXPECT_EQ(rig.press(), 0);
 }
 
-TEST(PortalShortcutTest, MayBeLetGoOfAtAnyMoment) {
+TEST(PortalShortcutTest, MayBeDestroyedAtAnyMoment) {
     for (int turns = 0; turns < 60; ++turns) {
         ShortcutRig rig;
         rig.settle();
@@ -248,19 +248,19 @@ TEST(PortalShortcutTest, MayBeLetGoOfAtAnyMoment) {
         }
         rig.hotKey.reset();
         rig.settle();
-        EXPECT_EQ(rig.heard(), 0) << turns;
+        EXPECT_EQ(rig.press(), 0) << turns;
     }
 }
 
-TEST(PortalShortcutTest, MayBeLetGoOfByItsOwnPress) {
+TEST(PortalShortcutTest, MayBeDestroyedByItsOwnPress) {
     ShortcutRig rig;
     rig.registerHotKey();
     const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
-    EXPECT_EQ(rig.heard(), 1);
-    EXPECT_EQ(rig.heard(), 0);
+    EXPECT_EQ(rig.press(), 1);
+    EXPECT_EQ(rig.press(), 0);
 }
 
-TEST(PortalShortcutTest, OfAnotherKeyOrOtherModifiersIsRefused) {
+TEST(PortalShortcutTest, RefusesAnotherKeyOrOtherModifiers) {
     ShortcutRig rig;
     for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = controlOptionT.modifiers},
                                HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey}}) {

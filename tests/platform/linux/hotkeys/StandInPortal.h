@@ -16,8 +16,8 @@
 
 namespace kovra {
 
-// A desktop's portal for global shortcuts as its interface is published, on a bus where there is no real one. Refuses
-// calls of the wrong shape; can refuse, answer nonsense, and go.
+// Takes the place of a desktop's portal for global shortcuts, with its published interface, on a bus that has no real
+// one. Refuses malformed calls. Can also refuse valid ones, respond with nonsense, and end.
 class StandInPortal {
   public:
     explicit StandInPortal(SdEventLoop& loop) : loop_(loop) { start(); }
@@ -39,7 +39,7 @@ class StandInPortal {
         bound.clear();
     }
 
-    // Control, Option and T go down and up. Whether the desktop kept the keys from the window in front.
+    // Presses and releases Control, Option and T. Returns whether the desktop kept the keys from the focused window.
     bool press() {
         if (bound.empty()) return false;
         activate();
@@ -62,19 +62,19 @@ class StandInPortal {
         EXPECT_GE(sd_bus_emit_signal(bus_.get(), desktopPath, interface, signal, "u", 7U), 0);
     }
 
-    // The calls, in their order, each with what it asked for.
+    // The calls in order, each with its arguments.
     std::vector<std::string> calls;
     std::string session;
     std::vector<std::string> bound;
 
-    // How it behaves.
-    std::vector<std::string> remembered;          // shortcuts of this program that the user agreed to earlier
+    // Its behavior:
+    std::vector<std::string> remembered;          // shortcuts of this program that the user accepted earlier
     bool knowsRegistry = true;                    // as later versions do
-    bool answersBeforeItReplies = false;          // a request's response comes before the call's own reply
-    bool isTakenByAnother = false;                // agrees to the shortcut, and gives it no key
-    std::map<std::string, std::uint32_t> codes;   // a method's response code, if not 0
-    std::map<std::string, std::string> errors;    // a method's error, if it has one
-    std::map<std::string, std::string> nonsense;  // what is wrong with a method's response
+    bool answersBeforeItReplies = false;          // the response to a request precedes the reply to its call
+    bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
+    std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0
+    std::map<std::string, std::string> errors;    // the error of a method, if it has one
+    std::map<std::string, std::string> nonsense;  // what is wrong with the response to a method
 
   private:
     static constexpr const char* desktopPath = "/org/freedesktop/portal/desktop";
@@ -85,7 +85,7 @@ class StandInPortal {
         sd_bus_message_get_type(message, &type);
         const char* member = sd_bus_message_get_member(message);
         if (type != SD_BUS_MESSAGE_METHOD_CALL || member == nullptr) return 0;
-        if (std::string_view(member) == "Ping") return 0;  // which the library answers
+        if (std::string_view(member) == "Ping") return 0;  // sd-bus answers it
         static_cast<StandInPortal*>(context)->handle(message, member);
         return 1;
     }
@@ -111,7 +111,7 @@ class StandInPortal {
             return;
         }
         if (method == "Register") return registered(message);
-        if (method == "Close") return sessionLetGo(message);
+        if (method == "Close") return sessionClosed(message);
         request(message, method);
     }
 
@@ -121,7 +121,7 @@ class StandInPortal {
         calls.push_back(std::string("Register ") + application);
         sd_bus_reply_method_return(message, "");
     }
-    void sessionLetGo(sd_bus_message* message) {
+    void sessionClosed(sd_bus_message* message) {
         calls.emplace_back("Close");
         session = "";
         bound.clear();

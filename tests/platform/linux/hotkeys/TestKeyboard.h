@@ -18,7 +18,7 @@
 
 namespace kovra {
 
-// Keys by their place, as the X server numbers them.
+// Key codes of the X server: they stand for places on the keyboard.
 namespace key {
 constexpr xcb_keycode_t t = 28;
 constexpr xcb_keycode_t a = 38;
@@ -35,7 +35,7 @@ constexpr xcb_keycode_t menu = 135;
 
 using Keys = std::vector<xcb_keycode_t>;
 
-// Somebody at the keyboard, whose keys go the way of real ones, and the window in front, which has the focus.
+// A user at the keyboard, whose keys are processed like real ones, and the focused window.
 class TestKeyboard {
   public:
     TestKeyboard() : connection_(xcb_connect(nullptr, nullptr)) {
@@ -56,13 +56,13 @@ class TestKeyboard {
         down(key);
         up(key);
     }
-    // The keys go down in their order, and up in the opposite one.
+    // Presses the keys in order, and releases them in reverse order.
     void chord(const Keys& keys) {
         for (const xcb_keycode_t each : keys) down(each);
         for (const xcb_keycode_t each : Keys(keys.rbegin(), keys.rend())) up(each);
     }
 
-    // The presses of T that the window got since the last call, each with the state of the modifiers.
+    // Returns the presses of T that the window received since the last call, each with its modifier state.
     std::vector<std::uint16_t> pressesInTheWindow() {
         waitForServer();
         std::vector<std::uint16_t> states;
@@ -74,7 +74,7 @@ class TestKeyboard {
         return states;
     }
 
-    // As a desktop's settings do it: -layout us,ru for instance.
+    // Sets the keyboard map as a desktop's settings do, for instance with -layout us,ru.
     static void setMap(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "setxkbmap");
         std::vector<char*> words;
@@ -86,13 +86,13 @@ class TestKeyboard {
         ::waitpid(pid, &status, 0);
         ASSERT_EQ(status, 0);
     }
-    // The symbol that the layout puts on T's key.
+    // Returns the keysym of the T key in the current layout.
     xcb_keysym_t symbolOfT() {
         const Allocated<xcb_get_keyboard_mapping_reply_t> reply{xcb_get_keyboard_mapping_reply(
             connection_.get(), xcb_get_keyboard_mapping(connection_.get(), key::t, 1), nullptr)};
         return reply ? xcb_get_keyboard_mapping_keysyms(reply.get())[0] : 0;
     }
-    // Gives the modifiers 1 to 5 these keys; Shift, Lock and Control keep theirs.
+    // Assigns these keys to the modifiers 1 to 5; Shift, Lock and Control keep theirs.
     void setModifiers(const std::array<xcb_keycode_t, 5>& keys) {
         std::array<xcb_keycode_t, 8> all{key::shift, key::capsLock, key::control};
         std::copy(keys.begin(), keys.end(), all.begin() + 3);
@@ -102,7 +102,7 @@ class TestKeyboard {
         ASSERT_EQ(reply->status, XCB_MAPPING_STATUS_SUCCESS);
     }
 
-    // What another program does that wants T with these modifiers.
+    // Grabs T with these modifiers, as another program would.
     void grabT(std::uint16_t modifiers) {
         xcb_grab_key(connection_.get(), 0, root_, modifiers, key::t, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
         waitForServer();
@@ -112,7 +112,7 @@ class TestKeyboard {
         waitForServer();
     }
 
-    // From here on the server has seen everything done so far, and sent what follows from it.
+    // Waits until the server has processed everything so far and has sent the resulting events.
     void waitForServer() {
         const Allocated<xcb_get_input_focus_reply_t> reply{
             xcb_get_input_focus_reply(connection_.get(), xcb_get_input_focus(connection_.get()), nullptr)};

@@ -30,12 +30,12 @@ struct HotKeyRig : XKeyRig {
         turn();
         return hotKey != nullptr;
     }
-    // The server hears of it before the next key.
+    // Waits until the server knows, before the next key is pressed.
     void unregister() {
         hotKey.reset();
         turn();
     }
-    // What comes of keys pressed: "pressed", "window", both or "".
+    // Returns what the pressed keys cause: "pressed", "window", both or "".
     std::string outcome(const Keys& keys) {
         pressed = 0;
         keyboard.chord(keys);
@@ -43,7 +43,7 @@ struct HotKeyRig : XKeyRig {
         const std::string ours = pressed == 0 ? "" : pressed == 1 ? "pressed" : "pressed more than once";
         return ours + (keyboard.pressesInTheWindow().empty() ? "" : "window");
     }
-    // The same with every combination of lock keys, from none to all.
+    // Returns the same for every combination of lock keys, from none to all.
     std::vector<std::string> outcomesWithLocks() {
         std::vector<std::string> outcomes;
         for (const xcb_keycode_t lock : {key::capsLock, key::numLock, key::capsLock, key::numLock}) {
@@ -60,7 +60,7 @@ const std::vector<std::string> windowWithAllLocks(4, "window");
 struct Layout {
     const char* name;
     std::vector<std::string> arguments;
-    xcb_keysym_t symbol;  // what T's key gives
+    xcb_keysym_t symbol;  // the keysym of the T key
     friend void PrintTo(const Layout& layout, std::ostream* out) { *out << layout.name; }
 };
 
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Layouts, XKeyGrabLayoutTest,
                                          Layout{"Dvorak", {"-layout", "us", "-variant", "dvorak"}, 'y'}),
                          [](const auto& tested) { return tested.param.name; });
 
-TEST(XKeyGrabTest, WorksWithTheSecondLayoutSwitchedOn) {
+TEST(XKeyGrabTest, WorksWithTheSecondLayout) {
     HotKeyRig rig;
     TestKeyboard::setMap({"-layout", "us,ru", "-option", "", "-option", "grp:menu_toggle"});
     rig.keyboard.tap(key::menu);
@@ -107,7 +107,7 @@ TEST(XKeyGrabTest, WorksWithTheSecondLayoutSwitchedOn) {
     EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
 }
 
-TEST(XKeyGrabTest, StaysWhenTheLayoutChanges) {
+TEST(XKeyGrabTest, RemainsWhenTheLayoutChanges) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     for (const char* layout : {"ru", "fr", "us"}) {
@@ -129,7 +129,7 @@ TEST(XKeyGrabTest, FollowsAltAndTheLocksToOtherModifierBits) {
     EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
 }
 
-TEST(XKeyGrabTest, ComesBackWithAlt) {
+TEST(XKeyGrabTest, ReturnsWithAlt) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     rig.keyboard.setModifiers({key::super, key::numLock, 0, 0, 0});
@@ -140,7 +140,7 @@ TEST(XKeyGrabTest, ComesBackWithAlt) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XKeyGrabTest, IsRefusedWholeWhenAnotherProgramHasItWithOneLockOn) {
+TEST(XKeyGrabTest, GrabsNothingIfAnotherProgramHasTheKeyWithAnyLock) {
     for (const std::uint16_t locks : std::vector<std::uint16_t>{0, 2, 16, 18}) {
         HotKeyRig rig;
         const auto taken = static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | locks);
@@ -149,14 +149,14 @@ TEST(XKeyGrabTest, IsRefusedWholeWhenAnotherProgramHasItWithOneLockOn) {
         rig.keyboard.ungrabT();
         EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks) << locks;
         EXPECT_EQ(rig.pressed, 0);
-        // Nor does a new map, which has the key taken anew, begin what was refused.
+        // A new map makes the program look up the modifiers again, and must not revive a refused grab.
         TestKeyboard::setMap({"-layout", "ru"});
         rig.turn();
         EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
     }
 }
 
-TEST(XKeyGrabTest, IsOnePressHoweverLongItIsHeld) {
+TEST(XKeyGrabTest, CountsAHeldKeyAsOnePress) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     int repeats = 0;
@@ -174,7 +174,7 @@ TEST(XKeyGrabTest, IsOnePressHoweverLongItIsHeld) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XKeyGrabTest, IsPressedAgainWithTheModifiersHeld) {
+TEST(XKeyGrabTest, CountsEachPressWhileTheModifiersAreHeld) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     rig.keyboard.down(key::control);
@@ -186,7 +186,7 @@ TEST(XKeyGrabTest, IsPressedAgainWithTheModifiersHeld) {
     }
 }
 
-TEST(XKeyGrabTest, CountsAKeyThatIsHeldWhileTheLayoutChangesAsOnePress) {
+TEST(XKeyGrabTest, CountsAKeyHeldDuringALayoutChangeAsOnePress) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     for (const xcb_keycode_t each : hotKeyKeys) rig.keyboard.down(each);
@@ -198,7 +198,7 @@ TEST(XKeyGrabTest, CountsAKeyThatIsHeldWhileTheLayoutChangesAsOnePress) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XKeyGrabTest, MayBeLetGoOfByItsOwnPress) {
+TEST(XKeyGrabTest, MayBeDestroyedByItsOwnPress) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
@@ -206,13 +206,13 @@ TEST(XKeyGrabTest, MayBeLetGoOfByItsOwnPress) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
 }
 
-TEST(XKeyGrabTest, OfAProgramThatEndsReachesTheWindow) {
+TEST(XKeyGrabTest, EndsWithTheProgram) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
     rig.hotKey.reset();
     rig.connection.reset();
-    // The server learns a moment later that the connection has ended.
+    // The server notices the end of the connection a moment later.
     std::vector<std::uint16_t> seen;
     for (int tries = 0; seen.empty() && tries < 500; ++tries) {
         rig.keyboard.chord(hotKeyKeys);
@@ -221,7 +221,7 @@ TEST(XKeyGrabTest, OfAProgramThatEndsReachesTheWindow) {
     EXPECT_FALSE(seen.empty());
 }
 
-TEST(XKeyGrabTest, OfAnotherKeyOrOtherModifiersIsRefused) {
+TEST(XKeyGrabTest, RefusesAnotherKeyOrOtherModifiers) {
     HotKeyRig rig;
     constexpr std::uint32_t commandKey = 0x0100;
     for (const HotKey other :
@@ -234,7 +234,7 @@ TEST(XKeyGrabTest, OfAnotherKeyOrOtherModifiersIsRefused) {
     EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks);
 }
 
-TEST(XKeyGrabTest, HoldsNothingUpWhileTheServerHangs) {
+TEST(XKeyGrabTest, DoesNotBlockWhileTheServerHangs) {
     HotKeyRig rig;
     const auto somethingElseHappens = [&] {
         bool happened = false;
@@ -254,7 +254,7 @@ TEST(XKeyGrabTest, HoldsNothingUpWhileTheServerHangs) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XKeyGrabTest, StaysQuietOnceTheServerIsGone) {
+TEST(XKeyGrabTest, StaysSilentAfterTheServerHasEnded) {
     HotKeyRig rig;
     rig.screen.end();
     rig.hotKey = rig.hotKeys.registerHotKey(

@@ -9,16 +9,17 @@
 
 namespace kovra {
 
-// A program with a hot key, somebody at the keyboard, and the window in front.
+// A program with a hot key, a user at the keyboard, and the focused window.
 struct XKeyRig {
     VirtualScreen screen;
     SdEventLoop loop;
-    int lost = 0;  // how often the connection was
+    int lost = 0;  // how often the connection was lost
     std::unique_ptr<XConnection> connection = XConnection::open(loop, [this] { ++lost; });
     DesktopHotKeys hotKeys = DesktopHotKeys::onX(*connection);
     TestKeyboard keyboard;
 
-    // Everything that the server has sent so far has been acted upon, and what this made us ask too.
+    // Runs the loop until all events sent so far have been handled, and the requests that they caused have been
+    // answered.
     void turn() {
         for (int round = 0; round < 5; ++round) {
             bool isServed = false;

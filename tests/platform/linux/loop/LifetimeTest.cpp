@@ -14,13 +14,13 @@ struct Owner {
     std::function<void()> block() {
         return lifetime_.guard([this] { ++calls_; });
     }
-    // A block that destroys its owner, and says whether it was noticed.
-    static std::function<void()> selfDestruction(std::unique_ptr<Owner>& owner, bool& isNoticed) {
+    // Returns a block that destroys its owner and reports whether the lifetime has ended then.
+    static std::function<void()> selfDestruction(std::unique_ptr<Owner>& owner, bool& hasEnded) {
         return owner->lifetime_.guard([&] {
             const Lifetime::Observer observer = owner->lifetime_.observe();
             EXPECT_FALSE(observer.hasEnded());
             owner.reset();
-            isNoticed = observer.hasEnded();
+            hasEnded = observer.hasEnded();
         });
     }
 
@@ -28,7 +28,7 @@ struct Owner {
     Lifetime lifetime_;
 };
 
-TEST(LifetimeTest, LetsABlockRunWhileItsOwnerLives) {
+TEST(LifetimeTest, RunsABlockWhileItsOwnerLives) {
     int calls = 0;
     Owner owner(calls);
     const auto block = owner.block();
@@ -37,7 +37,7 @@ TEST(LifetimeTest, LetsABlockRunWhileItsOwnerLives) {
     EXPECT_EQ(calls, 2);
 }
 
-TEST(LifetimeTest, LetsNoBlockRunOnceItsOwnerIsDestroyed) {
+TEST(LifetimeTest, RunsNoBlockAfterItsOwnerIsDestroyed) {
     int calls = 0;
     auto owner = std::make_unique<Owner>(calls);
     const std::vector<std::function<void()>> blocks{owner->block(), owner->block()};
@@ -46,7 +46,7 @@ TEST(LifetimeTest, LetsNoBlockRunOnceItsOwnerIsDestroyed) {
     EXPECT_EQ(calls, 0);
 }
 
-TEST(LifetimeTest, EndsForOneOwnerAlone) {
+TEST(LifetimeTest, EndsForOneOwnerOnly) {
     int calls = 0;
     Owner stays(calls);
     auto goes = std::make_unique<Owner>(calls);
@@ -56,16 +56,16 @@ TEST(LifetimeTest, EndsForOneOwnerAlone) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(LifetimeTest, IsSeenToEndInsideABlockThatDestroysTheOwner) {
+TEST(LifetimeTest, HasEndedInsideABlockThatDestroysTheOwner) {
     int calls = 0;
     auto owner = std::make_unique<Owner>(calls);
-    bool isNoticed = false;
-    const auto block = Owner::selfDestruction(owner, isNoticed);
+    bool hasEnded = false;
+    const auto block = Owner::selfDestruction(owner, hasEnded);
     block();
-    EXPECT_TRUE(isNoticed);
-    isNoticed = false;
+    EXPECT_TRUE(hasEnded);
+    hasEnded = false;
     block();
-    EXPECT_FALSE(isNoticed) << "ran again";
+    EXPECT_FALSE(hasEnded) << "ran again";
 }
 
 }  // namespace

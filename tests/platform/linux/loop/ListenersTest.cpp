@@ -7,7 +7,7 @@
 namespace kovra {
 namespace {
 
-TEST(ListenersTest, AreCalledInTheOrderInWhichTheyCame) {
+TEST(ListenersTest, AreCalledInTheOrderInWhichTheyWereAdded) {
     Listeners<int> listeners;
     std::string calls;
     const auto first = listeners.add([&](int value) { calls += "first " + std::to_string(value) + "; "; });
@@ -26,7 +26,7 @@ TEST(ListenersTest, AreCalledForAsLongAsTheirTokensLive) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(ListenersTest, MayComeAndGoInsideACall) {
+TEST(ListenersTest, MayBeAddedAndRemovedDuringACall) {
     Listeners<> listeners;
     std::string calls;
     Listeners<>::Token own, other, late;

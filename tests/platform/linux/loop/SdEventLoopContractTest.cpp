@@ -4,12 +4,12 @@
 namespace kovra {
 namespace {
 
-// Real time, which passes by itself: the loop runs until a block of the test's own comes by.
+// Drives the real loop in real time: it runs until a block of the test has run.
 class SdEventDriver {
   public:
     MainQueue& queue() { return loop_; }
     void settle() {
-        // Three rounds: what is queued now, what that adds, and what that adds.
+        // Three rounds: the blocks that are queued now, those that they queue, and those that these queue.
         for (int round = 0; round < 3; ++round)
             passOnce([this](MainQueue::Block done) { loop_.async(std::move(done)); });
     }

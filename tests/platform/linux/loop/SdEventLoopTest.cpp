@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Both ends of a pipe, closed with it.
+// A pipe whose ends are closed when it is destroyed.
 struct Pipe {
     Pipe() { EXPECT_EQ(::pipe(ends.data()), 0); }
     ~Pipe() {
@@ -32,53 +32,53 @@ struct Pipe {
     std::array<int, 2> ends{};
 };
 
-void let(SdEventLoop& loop, std::chrono::milliseconds duration) {
+void runFor(SdEventLoop& loop, std::chrono::milliseconds duration) {
     bool done = false;
     loop.asyncAfter(duration, [&] { done = true; });
     loop.runUntil([&] { return done; });
 }
 
-TEST(SdEventLoopTest, RingsOnceForADescriptorUntilItIsAskedToRingAgain) {
+TEST(SdEventLoopTest, ReportsAReadableDescriptorOnceUntilItsWatchIsRearmed) {
     SdEventLoop loop;
     const Pipe pipe;
     std::string read;
     const auto watch = loop.watch(pipe.ends[0], [&] { read += pipe.readOne(); });
     pipe.write("ab");
     loop.runUntil([&] { return !read.empty(); });
-    let(loop, 20ms);
+    runFor(loop, 20ms);
     EXPECT_EQ(read, "a");
     watch->rearm();
     loop.runUntil([&] { return read.size() > 1; });
     EXPECT_EQ(read, "ab");
 }
 
-TEST(SdEventLoopTest, RingsNoMoreForAWatchThatWasLetGo) {
+TEST(SdEventLoopTest, ReportsNothingForADestroyedWatch) {
     SdEventLoop loop;
     const Pipe pipe;
-    int rings = 0;
-    auto watch = loop.watch(pipe.ends[0], [&] { ++rings; });
+    int calls = 0;
+    auto watch = loop.watch(pipe.ends[0], [&] { ++calls; });
     pipe.write("a");
     watch.reset();
-    let(loop, 20ms);
-    EXPECT_EQ(rings, 0);
+    runFor(loop, 20ms);
+    EXPECT_EQ(calls, 0);
 }
 
-TEST(SdEventLoopTest, LetsAWatchGoFromInsideItsOwnBlock) {
+TEST(SdEventLoopTest, AllowsABlockToDestroyItsOwnWatch) {
     SdEventLoop loop;
     const Pipe pipe;
-    int rings = 0;
+    int calls = 0;
     std::unique_ptr<SdEventLoop::Watch> watch;
     watch = loop.watch(pipe.ends[0], [&] {
         watch.reset();
-        ++rings;
+        ++calls;
     });
     pipe.write("a");
-    loop.runUntil([&] { return rings > 0; });
-    let(loop, 20ms);
-    EXPECT_EQ(rings, 1);
+    loop.runUntil([&] { return calls > 0; });
+    runFor(loop, 20ms);
+    EXPECT_EQ(calls, 1);
 }
 
-TEST(SdEventLoopTest, RingsForRoomToWriteBesidesSomethingToRead) {
+TEST(SdEventLoopTest, WatchesADescriptorForReadingAndWritingAtTheSameTime) {
     SdEventLoop loop;
     std::array<int, 2> ends{};
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()), 0);
@@ -87,14 +87,14 @@ TEST(SdEventLoopTest, RingsForRoomToWriteBesidesSomethingToRead) {
     }
     int readable = 0, writable = 0;
     const auto reading = loop.watch(ends[0], [&] { ++readable; });
-    const auto writing = loop.watchForRoom(ends[0], [&] { ++writable; });
-    let(loop, 20ms);
+    const auto writing = loop.watchWritable(ends[0], [&] { ++writable; });
+    runFor(loop, 20ms);
     EXPECT_EQ(writable, 0);
     std::array<char, 10'000> taken{};
     while (::read(ends[1], taken.data(), taken.size()) > 0) {
     }
     loop.runUntil([&] { return writable > 0; });
-    let(loop, 20ms);
+    runFor(loop, 20ms);
     EXPECT_EQ(writable, 1);
     EXPECT_EQ(readable, 0);
     EXPECT_EQ(::write(ends[1], "a", 1), 1);
@@ -105,7 +105,7 @@ TEST(SdEventLoopTest, RingsForRoomToWriteBesidesSomethingToRead) {
     ::close(ends[1]);
 }
 
-TEST(SdEventLoopTest, PutsASignalBeforeWhatIsQueued) {
+TEST(SdEventLoopTest, HandlesASignalBeforeQueuedBlocks) {
     SdEventLoop loop;
     std::string order;
     const auto signal = loop.onSignal(SIGUSR1, [&] { order += 's'; });
@@ -116,18 +116,18 @@ TEST(SdEventLoopTest, PutsASignalBeforeWhatIsQueued) {
     EXPECT_EQ(order, "sa");
 }
 
-TEST(SdEventLoopTest, HearsASignalThatTheProcessWasStartedToIgnore) {
+TEST(SdEventLoopTest, ReceivesASignalThatTheProcessWasStartedToIgnore) {
     std::signal(SIGUSR2, SIG_IGN);
     SdEventLoop loop;
-    int heard = 0;
-    const auto signal = loop.onSignal(SIGUSR2, [&] { ++heard; });
+    int received = 0;
+    const auto signal = loop.onSignal(SIGUSR2, [&] { ++received; });
     ::raise(SIGUSR2);
-    loop.runUntil([&] { return heard > 0; });
-    EXPECT_EQ(heard, 1);
+    loop.runUntil([&] { return received > 0; });
+    EXPECT_EQ(received, 1);
     std::signal(SIGUSR2, SIG_DFL);
 }
 
-TEST(SdEventLoopTest, RunsNestedFromInsideABlockWhileTheQueueGoesOn) {
+TEST(SdEventLoopTest, RunsNestedInsideABlockWhileTheQueueContinues) {
     SdEventLoop loop;
     std::string order;
     bool done = false;
@@ -156,12 +156,12 @@ TEST(SdEventLoopTest, ReturnsFromEveryNestedRunWhenItStops) {
     EXPECT_EQ(order, "n");
 }
 
-TEST(SdEventLoopTest, HoldsADelayFromTheMomentOfTheCallHoweverLongTheTurnHasRun) {
+TEST(SdEventLoopTest, MeasuresADelayFromTheCallHoweverLongTheTurnHasRun) {
     SdEventLoop loop;
     using std::chrono::steady_clock;
     steady_clock::time_point asked, ran;
     loop.async([&] {
-        // The turn is long past its beginning when the delay is asked for.
+        // Spends time in this turn before the delay begins.
         const auto busyUntil = steady_clock::now() + 30ms;
         while (steady_clock::now() < busyUntil) {
         }

@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// Turns the loop until the condition holds. Whether it came true in time.
+// Runs the loop until the condition holds. Returns whether it held in time.
 inline bool turnUntil(SdEventLoop& loop, const std::function<bool()>& condition,
                       std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
     bool isOver = false;
@@ -17,7 +17,7 @@ inline bool turnUntil(SdEventLoop& loop, const std::function<bool()>& condition,
     return condition();
 }
 
-// The same for what no descriptor tells of: looks again each few milliseconds.
+// The same for a condition that no descriptor reports: checks it every few milliseconds.
 inline bool lookUntil(SdEventLoop& loop, const std::function<bool()>& condition,
                       std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
     const auto end = std::chrono::steady_clock::now() + atMost;
@@ -27,7 +27,7 @@ inline bool lookUntil(SdEventLoop& loop, const std::function<bool()>& condition,
     return condition();
 }
 
-// Lets real time pass, and counts the turns that the loop makes meanwhile.
+// Runs the loop for this long. Returns the number of its turns.
 inline int turnsWithin(SdEventLoop& loop, std::chrono::nanoseconds duration) {
     bool isOver = false;
     int turns = 0;

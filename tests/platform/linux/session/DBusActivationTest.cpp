@@ -18,7 +18,7 @@
 namespace kovra {
 namespace {
 
-// The first start, and another program on its session bus.
+// The first instance, and another program on its session bus.
 class DBusActivationTest : public testing::Test {
   protected:
     DBusActivationTest() {
@@ -29,7 +29,7 @@ class DBusActivationTest : public testing::Test {
         EXPECT_GE(sd_bus_attach_event(bus, loop_.event(), SD_EVENT_PRIORITY_NORMAL), 0);
     }
 
-    // The answer as text, or "error NAME".
+    // Returns the reply as text, or "error NAME".
     using Write = std::function<void(BusWriter&)>;
     std::string call(const char* member, const Write& write, const char* object = "/org/ble_kovra/BLEKovra",
                      const char* interface = "org.freedesktop.Application") {
@@ -59,10 +59,10 @@ class DBusActivationTest : public testing::Test {
         SessionBus bus(loop);
         EXPECT_TRUE(SingleInstance(bus, [](const std::string&) {}).isSecond());
     }
-    bool hears(std::size_t starts) {
+    bool isActivated(std::size_t starts) {
         return turnUntil(loop_, [&] { return tokens_.size() == starts; });
     }
-    static void nothing(BusWriter& writer) { writer.openArray("{sv}").close(); }
+    static void noData(BusWriter& writer) { writer.openArray("{sv}").close(); }
 
     Environment environment_;
     PrivateBus daemon_{"DBUS_SESSION_BUS_ADDRESS"};
@@ -73,30 +73,30 @@ class DBusActivationTest : public testing::Test {
     BusHandle other_;
 };
 
-TEST_F(DBusActivationTest, TellsTheFirstOfEachFurtherStart) {
+TEST_F(DBusActivationTest, NotifiesTheFirstInstanceOfEachFurtherStart) {
     startAgain();
-    ASSERT_TRUE(hears(1));
+    ASSERT_TRUE(isActivated(1));
     startAgain();
     startAgain();
-    ASSERT_TRUE(hears(3));
+    ASSERT_TRUE(isActivated(3));
     EXPECT_EQ(tokens_, (std::vector<std::string>{"", "", ""}));
 }
 
-TEST_F(DBusActivationTest, HandsOnTheTokenThatTheDesktopGaveTheFurtherStart) {
+TEST_F(DBusActivationTest, PassesOnTheTokenThatTheDesktopGaveToTheFurtherStart) {
     environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
     startAgain();
-    ASSERT_TRUE(hears(1));
+    ASSERT_TRUE(isActivated(1));
     environment_.set("XDG_ACTIVATION_TOKEN", "a token");
     startAgain();
-    ASSERT_TRUE(hears(2));
+    ASSERT_TRUE(isActivated(2));
     environment_.set("XDG_ACTIVATION_TOKEN", "");
     environment_.set("DESKTOP_STARTUP_ID", "\xFF");
     startAgain();
-    ASSERT_TRUE(hears(3));
+    ASSERT_TRUE(isActivated(3));
     EXPECT_EQ(tokens_, (std::vector<std::string>{"an id_TIME1", "a token", "\xEF\xBF\xBD"}));
 }
 
-TEST_F(DBusActivationTest, TakesTheFirstStartsTokenOutOfTheEnvironment) {
+TEST_F(DBusActivationTest, RemovesItsOwnTokenFromTheEnvironment) {
     const auto isInherited = [](const char* name) { return std::getenv(name) != nullptr; };
     EXPECT_EQ(DBusActivation::takeOwnToken(), "");
     environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
@@ -110,8 +110,8 @@ TEST_F(DBusActivationTest, TakesTheFirstStartsTokenOutOfTheEnvironment) {
     EXPECT_EQ(DBusActivation::takeOwnToken(), "");
 }
 
-TEST_F(DBusActivationTest, IsThereForEveryProgramThatKnowsTheInterface) {
-    EXPECT_EQ(call("Activate", nothing), "");
+TEST_F(DBusActivationTest, AcceptsCallsFromAnyProgram) {
+    EXPECT_EQ(call("Activate", noData), "");
     EXPECT_EQ(call("Activate",
                    [](BusWriter& writer) {
                        writer.openArray("{sv}");
@@ -121,11 +121,11 @@ TEST_F(DBusActivationTest, IsThereForEveryProgramThatKnowsTheInterface) {
                        writer.close().close().close();
                    }),
               "");
-    ASSERT_TRUE(hears(2));
+    ASSERT_TRUE(isActivated(2));
     EXPECT_EQ(tokens_, (std::vector<std::string>{"", "a token"}));
 }
 
-TEST_F(DBusActivationTest, RefusesWhatIsNoActivation) {
+TEST_F(DBusActivationTest, RefusesEveryOtherCall) {
     EXPECT_EQ(call("Activate", [](BusWriter&) {}), "error org.freedesktop.DBus.Error.InvalidArgs");
     EXPECT_EQ(call("Activate", [](BusWriter& writer) { writer.text("now"); }),
               "error org.freedesktop.DBus.Error.InvalidArgs");
@@ -138,37 +138,37 @@ TEST_F(DBusActivationTest, RefusesWhatIsNoActivation) {
     EXPECT_EQ(call("Open",
                    [](BusWriter& writer) {
                        writer.openArray("s").text("file:///etc/passwd").close();
-                       nothing(writer);
+                       noData(writer);
                    }),
               "error org.freedesktop.DBus.Error.UnknownMethod");
     EXPECT_EQ(call("ActivateAction",
                    [](BusWriter& writer) {
                        writer.text("quit").openArray("v").close();
-                       nothing(writer);
+                       noData(writer);
                    }),
               "error org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(call("Activate", nothing, "/"), "error org.freedesktop.DBus.Error.UnknownObject");
-    EXPECT_EQ(call("Activate", nothing, "/org/ble_kovra/BLEKovra", "org.example.Nothing"),
+    EXPECT_EQ(call("Activate", noData, "/"), "error org.freedesktop.DBus.Error.UnknownObject");
+    EXPECT_EQ(call("Activate", noData, "/org/ble_kovra/BLEKovra", "org.example.Nothing"),
               "error org.freedesktop.DBus.Error.UnknownMethod");
     turnsWithin(loop_, std::chrono::milliseconds(50));
     EXPECT_TRUE(tokens_.empty());
 }
 
-TEST_F(DBusActivationTest, IsThereAgainWhenTheBusIsBack) {
+TEST_F(DBusActivationTest, IsExportedAgainAfterTheBusHasRestarted) {
     daemon_.restart();
     EXPECT_TRUE(turnUntil(loop_, [this] {
         SdEventLoop loop;
         SessionBus bus(loop);
         return SingleInstance(bus, [](const std::string&) {}).isSecond();
     }));
-    EXPECT_TRUE(hears(1));
+    EXPECT_TRUE(isActivated(1));
 }
 
-TEST_F(DBusActivationTest, HoldsUpNoFurtherStartWhereTheFirstHangs) {
+TEST_F(DBusActivationTest, DoesNotDelayAFurtherStartIfTheFirstInstanceHangs) {
     const auto begin = std::chrono::steady_clock::now();
-    startAgain();  // while the first's loop does not turn
+    startAgain();  // while the loop of the first instance does not run
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
-    EXPECT_TRUE(hears(1));
+    EXPECT_TRUE(isActivated(1));
 }
 
 }  // namespace

@@ -23,21 +23,21 @@ namespace {
 using std::chrono_literals::operator""ms;
 namespace fs = std::filesystem;
 
-// A machine on which the flag's folder is two folders deep, as the real one is.
+// A machine on which the flag is in a folder inside a folder, as on a real one.
 class FlagHandoverTest : public testing::Test {
   protected:
     FlagHandoverTest() { fs::create_directories(folder_); }
 
     void watch() {
-        handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++told_; });
+        handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++reports_; });
     }
-    // Whether it was told since the last call. What the kernel tells it tells in the call that causes it, so that a few
-    // turns of the loop are enough to hear it.
-    bool isTold() {
+    // Returns whether a hand-over was reported since the last call. The kernel queues its event in the call that causes
+    // it, so a few turns of the loop suffice.
+    bool isReported() {
         for (int i = 0; i < 5; ++i) turn();
-        return std::exchange(told_, 0) > 0;
+        return std::exchange(reports_, 0) > 0;
     }
-    // What the helper does: the new file is ready beside the flag, and then the two change places.
+    // Does what the helper does: it writes a new file beside the flag and then exchanges the two.
     void exchange(const char* text) {
         writeFile(beside_, text);
         ASSERT_EQ(::renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, flag_.c_str(), RENAME_EXCHANGE), 0);
@@ -50,7 +50,7 @@ class FlagHandoverTest : public testing::Test {
     const fs::path beside_ = folder_ / "state.new";
     SdEventLoop loop_;
     std::unique_ptr<FlagHandover> handover_;
-    int told_ = 0;
+    int reports_ = 0;
 
   private:
     void turn() {
@@ -60,196 +60,196 @@ class FlagHandoverTest : public testing::Test {
     }
 };
 
-TEST_F(FlagHandoverTest, TellsThatTheFlagWasExchangedForANewFile) {
+TEST_F(FlagHandoverTest, ReportsThatTheFlagWasExchangedForANewFile) {
     writeFile(flag_, "on");
     watch();
-    EXPECT_FALSE(isTold());
+    EXPECT_FALSE(isReported());
     for (int round = 0; round < 3; ++round) {
         exchange("off");
-        EXPECT_TRUE(isTold());
-        EXPECT_FALSE(isTold());
+        EXPECT_TRUE(isReported());
+        EXPECT_FALSE(isReported());
     }
 }
 
-TEST_F(FlagHandoverTest, TellsThatANewFileWasMovedOverTheFlag) {
+TEST_F(FlagHandoverTest, ReportsThatANewFileWasMovedOverTheFlag) {
     writeFile(flag_, "on");
     watch();
     writeFile(beside_, "off");
     fs::rename(beside_, flag_);
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
 }
 
-TEST_F(FlagHandoverTest, TellsNothingOfWhatIsWrittenInPlace) {
+TEST_F(FlagHandoverTest, DoesNotReportWritesInPlace) {
     writeFile(flag_, "off");
     watch();
     PosixFileSystem files;
     for (const char* text : {"on", "off", "on", "on", "off"}) {
         ASSERT_TRUE(files.writeWholeFile(flag_.string(), text));
-        EXPECT_FALSE(isTold());
+        EXPECT_FALSE(isReported());
     }
     EXPECT_EQ(readFile(flag_), "off");
 }
 
-TEST_F(FlagHandoverTest, TellsNothingOfOtherFilesBesideTheFlag) {
+TEST_F(FlagHandoverTest, DoesNotReportOtherFilesInTheFolder) {
     writeFile(flag_, "off");
     watch();
     writeFile(beside_, "on");
     fs::rename(beside_, folder_ / "state.left.1000");
     writeFile(folder_ / "stat", "on");
     fs::remove(folder_ / "stat");
-    EXPECT_FALSE(isTold());
+    EXPECT_FALSE(isReported());
 }
 
-TEST_F(FlagHandoverTest, TellsThatTheRightsToTheFlagChanged) {
+TEST_F(FlagHandoverTest, ReportsChangedPermissionsOfTheFlag) {
     writeFile(flag_, "off");
     watch();
     ASSERT_EQ(::chmod(flag_.c_str(), 0666), 0);
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
 }
 
-TEST_F(FlagHandoverTest, TellsThatTheFlagHasComeIntoItsFolder) {
+TEST_F(FlagHandoverTest, ReportsThatTheFlagWasCreated) {
     watch();
-    EXPECT_FALSE(isTold());
+    EXPECT_FALSE(isReported());
     writeFile(flag_, "off");
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
     fs::remove(flag_);
-    EXPECT_FALSE(isTold());
+    EXPECT_FALSE(isReported());
     writeFile(flag_, "off");
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
 }
 
-// As when the helper is installed while the program runs, and taken away, and installed again.
-TEST_F(FlagHandoverTest, TellsThatTheFoldersHaveComeHoweverOften) {
+// As if the helper were installed, removed and installed again while the program runs.
+TEST_F(FlagHandoverTest, ReportsThatTheFoldersWereCreatedHoweverOften) {
     fs::remove_all(library_);
     watch();
     for (int round = 0; round < 3; ++round) {
         fs::create_directory(library_);
-        static_cast<void>(isTold());
+        static_cast<void>(isReported());
         fs::create_directories(folder_);
-        EXPECT_TRUE(isTold());
+        EXPECT_TRUE(isReported());
         writeFile(flag_, "off");
-        EXPECT_TRUE(isTold());
+        EXPECT_TRUE(isReported());
         exchange("on");
-        EXPECT_TRUE(isTold());
+        EXPECT_TRUE(isReported());
         fs::remove_all(library_);
-        EXPECT_FALSE(isTold());
+        EXPECT_FALSE(isReported());
     }
 }
 
-TEST_F(FlagHandoverTest, TellsThatTheFoldersHaveComeAllAtOnce) {
+TEST_F(FlagHandoverTest, ReportsThatAllFoldersWereCreatedAtOnce) {
     fs::remove_all(library_);
     watch();
     fs::create_directories(folder_);
     writeFile(flag_, "off");
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
     exchange("on");
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
 }
 
-TEST_F(FlagHandoverTest, FindsTheFolderThatTookThePlaceOfAnother) {
+TEST_F(FlagHandoverTest, WatchesTheFolderThatReplacedAnother) {
     writeFile(flag_, "off");
     watch();
     fs::rename(folder_, folder_.parent_path() / "old");
-    static_cast<void>(isTold());
+    static_cast<void>(isReported());
     fs::create_directories(folder_);
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
     writeFile(flag_, "off");
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
     fs::remove(folder_.parent_path() / "old/state");
     writeFile(folder_.parent_path() / "old/state", "off");
-    EXPECT_FALSE(isTold());
+    EXPECT_FALSE(isReported());
 }
 
-TEST_F(FlagHandoverTest, TellsNothingWhileNoFolderIsThere) {
+TEST_F(FlagHandoverTest, ReportsNothingWhileTheFolderIsMissing) {
     fs::remove_all(library_);
     watch();
     fs::create_directory(library_);
     writeFile(library_ / "Application Support", "no folder");
     fs::remove(library_ / "Application Support");
-    EXPECT_FALSE(isTold());
+    EXPECT_FALSE(isReported());
 }
 
-TEST_F(FlagHandoverTest, SleepsWhileNothingHappensAlsoWithoutTheFolder) {
-    for (const bool isThere : {true, false}) {
-        if (!isThere) fs::remove_all(library_);
+TEST_F(FlagHandoverTest, SleepsWhileNothingHappensEvenWithoutTheFolder) {
+    for (const bool exists : {true, false}) {
+        if (!exists) fs::remove_all(library_);
         watch();
-        static_cast<void>(isTold());
-        EXPECT_LE(turnsWithin(loop_, 500ms), 2);  // the timer's own
+        static_cast<void>(isReported());
+        EXPECT_LE(turnsWithin(loop_, 500ms), 2);  // only those of the timer
     }
 }
 
-TEST_F(FlagHandoverTest, WaitsQuietlyForAFolderThatItMayNotRead) {
+TEST_F(FlagHandoverTest, SleepsWhileItMayNotReadTheFolder) {
     writeFile(flag_, "off");
     fs::permissions(temp_.path(), fs::perms(0755));
     fs::permissions(folder_, fs::perms(0));
     {
         const OrdinaryUser user;
         watch();
-        EXPECT_FALSE(isTold());
-        EXPECT_LE(turnsWithin(loop_, 200ms), 2);  // the timer's own
+        EXPECT_FALSE(isReported());
+        EXPECT_LE(turnsWithin(loop_, 200ms), 2);  // only those of the timer
     }
     fs::permissions(folder_, fs::perms(0755));
     {
         const OrdinaryUser user;
-        EXPECT_TRUE(isTold());
+        EXPECT_TRUE(isReported());
     }
     exchange("on");
-    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isReported());
 }
 
-// A user's programs often hold all the watches that the user may have.
+// A user's programs often use up all the watches that the user may have.
 class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
   protected:
     FlagHandoverWithoutAWatchTest() {
         writeFile(flag_, "off");
-        static_cast<void>(turnsWithin(loop_, 1ms));  // the loop has its clock
+        static_cast<void>(turnsWithin(loop_, 1ms));  // the loop has opened its timer
         rlimit before{};
         ::getrlimit(RLIMIT_NOFILE, &before);
         const rlimit none{0, before.rlim_max};
         ::setrlimit(RLIMIT_NOFILE, &none);
-        handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++told_; });
+        handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++reports_; });
         ::setrlimit(RLIMIT_NOFILE, &before);
     }
-    // How often it tells within the time.
-    int toldWithin(std::chrono::milliseconds time) {
+    // Returns the number of reports within the time.
+    int reportsWithin(std::chrono::milliseconds time) {
         static_cast<void>(turnsWithin(loop_, time));
-        return std::exchange(told_, 0);
+        return std::exchange(reports_, 0);
     }
 };
 
-TEST_F(FlagHandoverWithoutAWatchTest, TakesItForDoneOnceASecondAfterItsStart) {
-    EXPECT_EQ(toldWithin(900ms), 0);
-    EXPECT_EQ(toldWithin(2500ms), 1);
+TEST_F(FlagHandoverWithoutAWatchTest, ReportsAHandOverOnceOneSecondAfterTheStart) {
+    EXPECT_EQ(reportsWithin(900ms), 0);
+    EXPECT_EQ(reportsWithin(2500ms), 1);
 }
 
-TEST_F(FlagHandoverWithoutAWatchTest, TakesItForDoneOnceASecondAfterItIsToBeExpected) {
-    ASSERT_TRUE(turnUntil(loop_, [&] { return told_ > 0; }));
-    told_ = 0;
+TEST_F(FlagHandoverWithoutAWatchTest, ReportsAnExpectedHandOverOnceAfterOneSecond) {
+    ASSERT_TRUE(turnUntil(loop_, [&] { return reports_ > 0; }));
+    reports_ = 0;
     handover_->expect();
-    EXPECT_EQ(toldWithin(500ms), 0);
-    handover_->expect();  // anew
-    EXPECT_EQ(toldWithin(900ms), 0);
-    EXPECT_EQ(toldWithin(2500ms), 1);
+    EXPECT_EQ(reportsWithin(500ms), 0);
+    handover_->expect();  // starts the second again
+    EXPECT_EQ(reportsWithin(900ms), 0);
+    EXPECT_EQ(reportsWithin(2500ms), 1);
 }
 
-TEST_F(FlagHandoverWithoutAWatchTest, TellsNothingWhereThereIsNoFolder) {
+TEST_F(FlagHandoverWithoutAWatchTest, ReportsNothingIfTheFolderIsMissing) {
     fs::remove_all(library_);
     handover_->expect();
-    EXPECT_EQ(toldWithin(1500ms), 0);
+    EXPECT_EQ(reportsWithin(1500ms), 0);
 }
 
-TEST_F(FlagHandoverWithoutAWatchTest, TellsNothingOnceItIsGone) {
+TEST_F(FlagHandoverWithoutAWatchTest, ReportsNothingAfterItIsDestroyed) {
     handover_->expect();
     handover_.reset();
-    EXPECT_EQ(toldWithin(1500ms), 0);
+    EXPECT_EQ(reportsWithin(1500ms), 0);
 }
 
-TEST_F(FlagHandoverTest, TellsNothingThatIsOnlyExpectedWhereItWatches) {
+TEST_F(FlagHandoverTest, DoesNotReportAnExpectedHandOverWhileItHasAWatch) {
     writeFile(flag_, "off");
     watch();
     handover_->expect();
     static_cast<void>(turnsWithin(loop_, 1500ms));
-    EXPECT_EQ(told_, 0);
+    EXPECT_EQ(reports_, 0);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The login manager's place on a bus, from where it speaks its published signals.
+// Takes the place of the login manager on a bus, and emits its documented signals.
 class LoginManager {
   public:
     LoginManager() {
@@ -26,7 +26,7 @@ class LoginManager {
     void emit(const char* signal, const char* types, Values... values) {
         emitFrom("", "org.freedesktop.login1.Manager", signal, types, values...);
     }
-    // Of the session with that name in object paths, properties of its own.
+    // Emits changed properties of the session with this name in object paths.
     template <typename... Values>
     void emitChange(const std::string& session, const char* types, Values... values) {
         emitFrom("/session/" + session, "org.freedesktop.DBus.Properties", "PropertiesChanged", types, values...);
@@ -47,39 +47,39 @@ class LoginManager {
     BusHandle bus_;
 };
 
-// Signals of one sender arrive in their order: what was going to be heard has been heard once two that come last have.
+// Signals of one sender arrive in order. So once the last two have arrived, all earlier ones have arrived too.
 struct SessionRig {
     PrivateBus bus{"DBUS_SYSTEM_BUS_ADDRESS"};
     LoginManager manager;
     SdEventLoop loop;
     SystemBus machine{loop};
-    std::string heard;
-    LogindSession session{machine, "c2", noting("")};
+    std::string received;
+    LogindSession session{machine, "c2", recording("")};
 
     SessionRig() {
-        // The bus learns a moment later what is listened to, the session's end last.
-        for (int tries = 0; heard.empty() && tries < 500; ++tries) {
+        // The bus installs matches only a moment later; that for the end of the session is the last.
+        for (int tries = 0; received.empty() && tries < 500; ++tries) {
             sessionRemoved("c2");
-            turnUntil([this] { return !heard.empty(); }, 20ms);
+            turnUntil([this] { return !received.empty(); }, 20ms);
         }
-        static_cast<void>(heardInTheEnd());
+        static_cast<void>(eventsReceived());
     }
-    LogindSession::Events noting(const std::string& who) {
-        return {.removed = [this, who] { heard += who + "removed "; },
-                .activated = [this, who] { heard += who + "activated "; },
-                .resumed = [this, who] { heard += who + "resumed "; }};
+    LogindSession::Events recording(const std::string& who) {
+        return {.removed = [this, who] { received += who + "removed "; },
+                .activated = [this, who] { received += who + "activated "; },
+                .resumed = [this, who] { received += who + "resumed "; }};
     }
     void sessionRemoved(const std::string& id) {
         manager.emit("SessionRemoved", "so", id.c_str(), ("/org/freedesktop/login1/session/" + id).c_str());
     }
-    // What was heard since the last call.
-    std::string heardInTheEnd() {
+    // Returns the events that were received since the last call.
+    std::string eventsReceived() {
         const std::string last = "resumed removed ";
         manager.emit("PrepareForSleep", "b", 0);
         sessionRemoved("c2");
-        turnUntil([&] { return heard.ends_with(last); }, 20s);
-        std::string all = std::exchange(heard, {});
-        return all.ends_with(last) ? all.substr(0, all.size() - last.size()) : "not in the end: " + all;
+        turnUntil([&] { return received.ends_with(last); }, 20s);
+        std::string all = std::exchange(received, {});
+        return all.ends_with(last) ? all.substr(0, all.size() - last.size()) : "the last ones are missing: " + all;
     }
     void turnUntil(const std::function<bool()>& condition, std::chrono::nanoseconds atMost) {
         bool isOver = false;
@@ -89,62 +89,62 @@ struct SessionRig {
     }
 };
 
-TEST(LogindSessionTest, HearsThatItsSessionHasEnded) {
+TEST(LogindSessionTest, ReportsTheEndOfItsSession) {
     SessionRig rig;
     rig.sessionRemoved("c2");
-    EXPECT_EQ(rig.heardInTheEnd(), "removed ");
+    EXPECT_EQ(rig.eventsReceived(), "removed ");
 }
 
 TEST(LogindSessionTest, IgnoresTheEndOfAnotherSession) {
     SessionRig rig;
     for (const char* other : {"c22", "c", "C2"}) rig.sessionRemoved(other);
-    EXPECT_EQ(rig.heardInTheEnd(), "");
+    EXPECT_EQ(rig.eventsReceived(), "");
 }
 
-TEST(LogindSessionTest, HearsThatTheMachineIsAwakeAgainNotThatItFallsAsleep) {
+TEST(LogindSessionTest, ReportsThatTheMachineHasWokenButNotThatItFallsAsleep) {
     SessionRig rig;
     rig.manager.emit("PrepareForSleep", "b", 1);
-    EXPECT_EQ(rig.heardInTheEnd(), "");
+    EXPECT_EQ(rig.eventsReceived(), "");
     rig.manager.emit("PrepareForSleep", "b", 0);
-    EXPECT_EQ(rig.heardInTheEnd(), "resumed ");
+    EXPECT_EQ(rig.eventsReceived(), "resumed ");
 }
 
-TEST(LogindSessionTest, HearsThatItsSessionIsAtTheScreenNotThatItIsNot) {
+TEST(LogindSessionTest, ReportsThatItsSessionIsActiveButNotThatItIsInactive) {
     SessionRig rig;
     rig.manager.emitActive("c2", false);
-    EXPECT_EQ(rig.heardInTheEnd(), "");
+    EXPECT_EQ(rig.eventsReceived(), "");
     rig.manager.emitActive("c2", true);
-    EXPECT_EQ(rig.heardInTheEnd(), "activated ");
+    EXPECT_EQ(rig.eventsReceived(), "activated ");
     rig.manager.emitActive("c2", true);
-    EXPECT_EQ(rig.heardInTheEnd(), "activated ");
+    EXPECT_EQ(rig.eventsReceived(), "activated ");
 }
 
-TEST(LogindSessionTest, FindsThatAmongOtherPropertiesOfItsSession) {
+TEST(LogindSessionTest, FindsTheActiveStateAmongOtherProperties) {
     SessionRig rig;
     const char* interface = "org.freedesktop.login1.Session";
     rig.manager.emitChange("c2", "sa{sv}as", interface, 3, "State", "s", "active", "Active", "b", 1, "IdleSinceHint",
                            "t", std::uint64_t{7}, 1, "LockedHint");
-    EXPECT_EQ(rig.heardInTheEnd(), "activated ");
+    EXPECT_EQ(rig.eventsReceived(), "activated ");
     rig.manager.emitChange("c2", "sa{sv}as", interface, 2, "IdleHint", "b", 1, "State", "s", "Active", 0);
     rig.manager.emitChange("c2", "sa{sv}as", "org.freedesktop.login1.Seat", 1, "Active", "b", 1, 0);
-    EXPECT_EQ(rig.heardInTheEnd(), "");
+    EXPECT_EQ(rig.eventsReceived(), "");
 }
 
-TEST(LogindSessionTest, IgnoresWhichOtherSessionIsAtTheScreen) {
+TEST(LogindSessionTest, IgnoresThatAnotherSessionIsActive) {
     SessionRig rig;
     for (const char* other : {"c22", "c", "C2", "self", "auto"}) rig.manager.emitActive(other, true);
-    EXPECT_EQ(rig.heardInTheEnd(), "");
+    EXPECT_EQ(rig.eventsReceived(), "");
 }
 
-// "2" and the like are no names in object paths.
-TEST(LogindSessionTest, KnowsItsSessionByTheNumberToo) {
+// Object paths escape a name such as "2".
+TEST(LogindSessionTest, RecognizesASessionWhoseNameIsANumber) {
     SessionRig rig;
-    const LogindSession numbered(rig.machine, "2", rig.noting("2 "));
-    for (int tries = 0; rig.heard.empty() && tries < 500; ++tries) {
+    const LogindSession numbered(rig.machine, "2", rig.recording("2 "));
+    for (int tries = 0; rig.received.empty() && tries < 500; ++tries) {
         rig.manager.emitActive("_32", true);
-        rig.turnUntil([&] { return !rig.heard.empty(); }, 20ms);
+        rig.turnUntil([&] { return !rig.received.empty(); }, 20ms);
     }
-    EXPECT_TRUE(rig.heard.starts_with("2 activated ")) << rig.heard;
+    EXPECT_TRUE(rig.received.starts_with("2 activated ")) << rig.received;
 }
 
 TEST(LogindSessionTest, IgnoresSignalsOfTheWrongShape) {
@@ -157,7 +157,7 @@ TEST(LogindSessionTest, IgnoresSignalsOfTheWrongShape) {
     rig.manager.emitChange("c2", "sa{ss}as", interface, 1, "Active", "true", 0);
     rig.manager.emit("SessionRemoved", "u", 2U);
     rig.manager.emit("PrepareForSleep", "s", "false");
-    EXPECT_EQ(rig.heardInTheEnd(), "");
+    EXPECT_EQ(rig.eventsReceived(), "");
 }
 
 TEST(LogindSessionTest, StaysSilentWithoutASystemBus) {

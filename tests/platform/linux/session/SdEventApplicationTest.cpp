@@ -23,7 +23,7 @@ class SdEventDriver {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(SdEventApplication, ApplicationContract, SdEventDriver);
 
-TEST(SdEventApplicationTest, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
+TEST(SdEventApplicationTest, NotifiesItsDelegateOfTheEndEvenIfABlockThrows) {
     struct Delegate : ApplicationDelegate {
         explicit Delegate(MainQueue& mainQueue) : queue(mainQueue) {}
         void applicationDidFinishLaunching() override {
@@ -41,7 +41,7 @@ TEST(SdEventApplicationTest, TellsItsDelegateOfTheEndAlsoWhenABlockFails) {
     EXPECT_TRUE(delegate.terminated);
 }
 
-TEST(SdEventApplicationTest, TellsItsDelegateWhatHappensBetweenItsLaunchAndItsEnd) {
+TEST(SdEventApplicationTest, NotifiesItsDelegateBetweenItsLaunchAndItsEnd) {
     struct Delegate : ApplicationDelegate {
         explicit Delegate(SdEventDriver& its) : driver(its) {}
         void applicationDidFinishLaunching() override {
@@ -55,11 +55,11 @@ TEST(SdEventApplicationTest, TellsItsDelegateWhatHappensBetweenItsLaunchAndItsEn
                 driver.resume();
             });
         }
-        void applicationDidReopen() override { told += "reopened "; }
-        void applicationDidResume() override { told += "resumed "; }
+        void applicationDidReopen() override { notifications += "reopened "; }
+        void applicationDidResume() override { notifications += "resumed "; }
         void applicationWillTerminate() override {}
         SdEventDriver& driver;
-        std::string told;
+        std::string notifications;
     };
     SdEventDriver driver;
     Delegate delegate(driver);
@@ -68,7 +68,7 @@ TEST(SdEventApplicationTest, TellsItsDelegateWhatHappensBetweenItsLaunchAndItsEn
     driver.runOut(delegate);
     driver.reopen();
     driver.resume();
-    EXPECT_EQ(delegate.told, "reopened resumed resumed reopened ");
+    EXPECT_EQ(delegate.notifications, "reopened resumed resumed reopened ");
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// An application in session c2, a login manager that reports what the test says, and the flag's folder.
+// An application in session c2, a login manager that emits what the test wants, and the folder of the flag.
 class SessionEventsTest : public testing::Test, private ApplicationDelegate {
   protected:
     SessionEventsTest() {
@@ -29,7 +29,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         EXPECT_GE(sd_bus_request_name(bus, "org.freedesktop.login1", 0), 0);
     }
 
-    // Runs the body inside the running application, once it receives what the login manager sends.
+    // Runs the body inside the running application, once the signals of the login manager are received.
     void run(const std::function<void()>& body) {
         body_ = body;
         application_.run(*this);
@@ -46,7 +46,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         writeFile(flag_.string() + ".new", "off");
         std::filesystem::rename(flag_.string() + ".new", flag_);
     }
-    // What was done since the last call, up to and including this.
+    // Waits until this has been done; doneAll_ then holds everything done since the last call.
     bool does(const std::string& last) {
         const bool isDone = turnUntil(loop_, [&] { return done_.ends_with(last); });
         doneAll_ = std::exchange(done_, {});
@@ -57,7 +57,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         return std::exchange(done_, {});
     }
 
-    std::string doneAll_;  // with the last call of does()
+    std::string doneAll_;  // up to the last call of does()
 
   private:
     template <typename... Values>
@@ -66,7 +66,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         EXPECT_GE(sd_bus_flush(login_.get()), 0);
     }
     void applicationDidFinishLaunching() override {
-        // The bus learns a moment later what is received.
+        // The bus installs a match only a moment later.
         for (int tries = 0; done_.empty() && tries < 500; ++tries) {
             resume();
             turnUntil(
@@ -93,14 +93,14 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
     SessionEvents events_{loop_, bus_, "c2", flag_, application_, [this] { done_ += "resynchronizes "; }};
 };
 
-TEST_F(SessionEventsTest, TheApplicationTerminatesWithItsSession) {
+TEST_F(SessionEventsTest, TerminateTheApplicationWhenTheSessionEnds) {
     run([this] {
         removeSession();
         EXPECT_TRUE(does("terminates "));
     });
 }
 
-TEST_F(SessionEventsTest, DecidesAgainWhenTheFlagWasHandedOver) {
+TEST_F(SessionEventsTest, CauseADecisionWhenTheFlagWasHandedOver) {
     run([this] {
         handOver();
         EXPECT_TRUE(does("decides "));
@@ -108,7 +108,7 @@ TEST_F(SessionEventsTest, DecidesAgainWhenTheFlagWasHandedOver) {
     });
 }
 
-TEST_F(SessionEventsTest, DecidesAgainWhenTheSessionIsAtTheScreenAgain) {
+TEST_F(SessionEventsTest, CauseADecisionWhenTheSessionIsActiveAgain) {
     run([this] {
         activate();
         EXPECT_TRUE(does("decides "));
@@ -116,7 +116,7 @@ TEST_F(SessionEventsTest, DecidesAgainWhenTheSessionIsAtTheScreenAgain) {
     });
 }
 
-TEST_F(SessionEventsTest, ComparesTheDevicesBeforeItDecidesAfterAResume) {
+TEST_F(SessionEventsTest, CompareTheDevicesBeforeTheDecisionAfterAResume) {
     run([this] {
         resume();
         EXPECT_TRUE(does("decides "));
@@ -124,7 +124,7 @@ TEST_F(SessionEventsTest, ComparesTheDevicesBeforeItDecidesAfterAResume) {
     });
 }
 
-TEST_F(SessionEventsTest, DoesNothingOfItselfWhileNothingHappens) {
+TEST_F(SessionEventsTest, CauseNothingByThemselves) {
     run([this] { EXPECT_EQ(doneWithin(50ms), ""); });
 }
 

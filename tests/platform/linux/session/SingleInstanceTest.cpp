@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
 
-// One start of the program.
+// A start of the program.
 class Start {
   public:
     explicit Start(SdEventLoop& loop) : bus_(loop), instance_(bus_, [](const std::string&) {}) {}
@@ -26,7 +26,7 @@ class Start {
     SingleInstance instance_;
 };
 
-TEST(SingleInstanceTest, SeesThatAnotherRunsInTheSameSession) {
+TEST(SingleInstanceTest, DetectsAnotherInstanceInTheSameSession) {
     const PrivateBus bus(sessionBus);
     SdEventLoop loop;
     const Start first(loop);
@@ -35,7 +35,7 @@ TEST(SingleInstanceTest, SeesThatAnotherRunsInTheSameSession) {
     EXPECT_TRUE(Start(loop).isSecond());
 }
 
-TEST(SingleInstanceTest, IsTheFirstAgainOnceTheOtherHasGone) {
+TEST(SingleInstanceTest, IsTheFirstAgainAfterTheOtherHasEnded) {
     const PrivateBus bus(sessionBus);
     SdEventLoop loop;
     EXPECT_FALSE(Start(loop).isSecond());
@@ -51,13 +51,13 @@ TEST(SingleInstanceTest, CountsAsTheFirstWithoutASessionBus) {
     ::unsetenv(sessionBus);
 }
 
-TEST(SingleInstanceTest, CountsAsTheFirstWhereTheBusNeverAnswers) {
+TEST(SingleInstanceTest, CountsAsTheFirstIfTheBusNeverAnswers) {
     const SilentBus silent(sessionBus);
     SdEventLoop loop;
     EXPECT_FALSE(Start(loop).isSecond());
 }
 
-TEST(SingleInstanceTest, LetsTheLoopGoOnQuietlyWhenTheBusDies) {
+TEST(SingleInstanceTest, LetsTheLoopSleepAfterTheBusHasDied) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     const Start instance(loop);
@@ -69,10 +69,10 @@ TEST(SingleInstanceTest, LetsTheLoopGoOnQuietlyWhenTheBusDies) {
         ++turns;
         return done;
     });
-    EXPECT_LT(turns, 30);  // some for the farewell, then sleep: a loop that spins turns many thousand times
+    EXPECT_LT(turns, 30);  // a few for the disconnection; a loop that spins makes many thousands
 }
 
-TEST(SingleInstanceTest, HoldsTheNameAgainWhenTheBusIsBack) {
+TEST(SingleInstanceTest, OwnsTheNameAgainAfterTheBusHasRestarted) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     const Start first(loop);
@@ -80,22 +80,22 @@ TEST(SingleInstanceTest, HoldsTheNameAgainWhenTheBusIsBack) {
     EXPECT_TRUE(turnUntil(loop, [&] { return Start(loop).isSecond(); }));
 }
 
-TEST(SingleInstanceTest, GoesOnWhereAnotherTookTheNameWhileTheBusWasAway) {
+TEST(SingleInstanceTest, KeepsRunningIfAnotherTookTheNameWhileTheBusRestarted) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     SessionBus connection(loop);
     const SingleInstance first(connection, [](const std::string&) {});
-    bool isUp = false;
-    const auto listener = connection.listen([&](BusConnection* up) { isUp = up != nullptr; });
-    ASSERT_TRUE(turnUntil(loop, [&] { return isUp; }));
+    bool isConnected = false;
+    const auto listener = connection.listen([&](BusConnection* up) { isConnected = up != nullptr; });
+    ASSERT_TRUE(turnUntil(loop, [&] { return isConnected; }));
     bus.end();
-    ASSERT_TRUE(turnUntil(loop, [&] { return !isUp; }));
+    ASSERT_TRUE(turnUntil(loop, [&] { return !isConnected; }));
     bus.restart();
     SdEventLoop loopOfAnother;
     const Start another(loopOfAnother);
     EXPECT_FALSE(another.isSecond());
-    ASSERT_TRUE(turnUntil(loop, [&] { return isUp; }));
-    // The bus has answered both the request for the name and this when this is answered.
+    ASSERT_TRUE(turnUntil(loop, [&] { return isConnected; }));
+    // When the bus answers this, it has also answered the request for the name.
     bool isAnswered = false;
     const auto answered = [](sd_bus_message*, void* context, sd_bus_error*) {
         *static_cast<bool*>(context) = true;
@@ -104,7 +104,7 @@ TEST(SingleInstanceTest, GoesOnWhereAnotherTookTheNameWhileTheBusWasAway) {
     sd_bus_call_method_async(connection.bus(), nullptr, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                              "org.freedesktop.DBus", "GetId", answered, &isAnswered, nullptr);
     EXPECT_TRUE(turnUntil(loop, [&] { return isAnswered; }));
-    EXPECT_TRUE(isUp);
+    EXPECT_TRUE(isConnected);
     EXPECT_FALSE(first.isSecond());
 }
 

@@ -92,7 +92,7 @@ TEST_F(TrayPopupTest, ShowsTheMenuAsTheItemHasItNow) {
     const auto look = [&] {
         ask(100, 50);
         const auto opened = openedMenu();
-        waitUntil([&] { return onlooker.colours(opened).size() > 10; });
+        waitUntil([&] { return onlooker.colors(opened).size() > 10; });
         let(100ms);
         const auto seen = onlooker.pixels({opened.x + 4, opened.y + 2, 20, 20});
         onlooker.tap(escape);

@@ -71,7 +71,7 @@ class XEmbedTrayTest : public ItemOnScreen {
     Onlooker::Place paintedIcon() {
         return waitFor<Onlooker::Place>([&]() -> std::optional<Onlooker::Place> {
             const auto place = icon();
-            return place && place->width > 10 && onlooker.colours(*place).size() > 2 ? place : std::nullopt;
+            return place && place->width > 10 && onlooker.colors(*place).size() > 2 ? place : std::nullopt;
         });
     }
     XEmbedTray* tray = nullptr;
@@ -202,7 +202,7 @@ TEST_F(XEmbedTrayTest, ShowsTheCheckMarkThatStandsAndNotTheOneThatWasClicked) {
     };
     const auto mark = [&](const Onlooker::Place& at) { return onlooker.pixels({at.x + 4, at.y + 2, 20, 20}); };
     auto opened = openMenu();
-    waitUntil([&] { return onlooker.colours(opened).size() > 10; });
+    waitUntil([&] { return onlooker.colors(opened).size() > 10; });
     const auto checked = mark(opened);
     onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + 10);  // whose action changes nothing
     waitUntil([&] { return done.size() == 1 && !menu(); });

@@ -241,7 +241,7 @@ TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheIconInTheTrayItsInput) {
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     ASSERT_TRUE(eventually([&] {
         const auto icon = onlooker.window("The icon");
-        return icon && icon->width > 10 && onlooker.colours(*icon).size() > 2;
+        return icon && icon->width > 10 && onlooker.colors(*icon).size() > 2;
     }));
     onlooker.click(XCB_BUTTON_INDEX_1, *onlooker.window("The icon"));
     settle();

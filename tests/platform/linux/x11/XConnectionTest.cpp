@@ -17,10 +17,10 @@ using namespace std::chrono_literals;
 struct ConnectionRig {
     std::optional<VirtualScreen> screen{std::in_place};
     SdEventLoop loop;
-    int lost = 0;  // how often that was reported
+    int lost = 0;  // how often the loss was reported
     std::unique_ptr<XConnection> connection = XConnection::open(loop, [this] { ++lost; });
 
-    // An event with a number of the test's own, sent through the server.
+    // Sends an event with this number through the server.
     void send(std::uint32_t number) {
         xcb_client_message_event_t event{};
         event.response_type = XCB_CLIENT_MESSAGE;
@@ -37,7 +37,7 @@ struct ConnectionRig {
         task->cancel();
         return condition();
     }
-    // Has the server answer everything asked so far; the answer, and what came before it, is then read.
+    // Waits until the server has answered everything so far. The reply, and the events before it, have then been read.
     void waitForReply() {
         const Allocated<xcb_get_input_focus_reply_t> answer{
             xcb_get_input_focus_reply(connection->get(), xcb_get_input_focus(connection->get()), nullptr)};
@@ -55,7 +55,7 @@ struct ConnectionRig {
     xcb_window_t window_ = 0;
 };
 
-struct Heard {
+struct Recorder {
     std::vector<std::uint32_t> numbers;
     XConnection::Events::Listener listener() {
         return [this](const xcb_generic_event_t& event) {
@@ -74,10 +74,10 @@ TEST(XConnectionTest, IsAbsentWithoutADisplay) {
     ::unsetenv("DISPLAY");
 }
 
-TEST(XConnectionTest, HandsEventsToWhoeverListensFromTheQueue) {
+TEST(XConnectionTest, DeliversEventsToItsListenersFromTheQueue) {
     ConnectionRig rig;
-    Heard first;
-    Heard second;
+    Recorder first;
+    Recorder second;
     const auto firstListening = rig.connection->listen(first.listener());
     auto secondListening = rig.connection->listen(second.listener());
     rig.send(1);
@@ -92,19 +92,19 @@ TEST(XConnectionTest, HandsEventsToWhoeverListensFromTheQueue) {
     EXPECT_EQ(second.numbers, (std::vector<std::uint32_t>{1}));
 }
 
-TEST(XConnectionTest, HandsOutWhatWasReadWhileAReplyWasWaitedFor) {
+TEST(XConnectionTest, DeliversEventsThatWereReadTogetherWithAReply) {
     ConnectionRig rig;
-    Heard heard;
-    const auto listening = rig.connection->listen(heard.listener());
+    Recorder recorder;
+    const auto listening = rig.connection->listen(recorder.listener());
     rig.send(1);
     rig.waitForReply();
     rig.connection->flush();
-    EXPECT_TRUE(rig.turnUntil([&] { return heard.numbers.size() == 1; }));
+    EXPECT_TRUE(rig.turnUntil([&] { return recorder.numbers.size() == 1; }));
 }
 
-TEST(XConnectionTest, LetsAListenerLeaveAndAnotherComeInsideAnEvent) {
+TEST(XConnectionTest, AllowsListenersToBeAddedAndRemovedDuringAnEvent) {
     ConnectionRig rig;
-    Heard late;
+    Recorder late;
     XConnection::Events::Token listening;
     XConnection::Events::Token lateListening;
     int calls = 0;
@@ -121,17 +121,17 @@ TEST(XConnectionTest, LetsAListenerLeaveAndAnotherComeInsideAnEvent) {
     EXPECT_EQ(late.numbers, (std::vector<std::uint32_t>{2}));
 }
 
-TEST(XConnectionTest, GoesOnAfterARequestThatTheServerRefuses) {
+TEST(XConnectionTest, ContinuesAfterARequestThatTheServerRefuses) {
     ConnectionRig rig;
-    Heard heard;
-    const auto listening = rig.connection->listen(heard.listener());
+    Recorder recorder;
+    const auto listening = rig.connection->listen(recorder.listener());
     xcb_map_window(rig.connection->get(), 0xFFFFFF);  // no such window
     rig.send(1);
     rig.connection->flush();
-    EXPECT_TRUE(rig.turnUntil([&] { return heard.numbers.size() == 1; }));
+    EXPECT_TRUE(rig.turnUntil([&] { return recorder.numbers.size() == 1; }));
 }
 
-TEST(XConnectionTest, TellsOnceThatTheServerIsGoneAndThenSleeps) {
+TEST(XConnectionTest, ReportsALostServerOnceAndThenSleeps) {
     ConnectionRig rig;
     rig.screen->end();
     ASSERT_TRUE(rig.turnUntil([&] { return rig.lost > 0; }));
@@ -146,10 +146,10 @@ TEST(XConnectionTest, TellsOnceThatTheServerIsGoneAndThenSleeps) {
     EXPECT_EQ(rig.lost, 1);
 }
 
-TEST(XConnectionTest, MayGoWhileEventsWaitForTheirTurn) {
+TEST(XConnectionTest, MayBeDestroyedWhileEventsAreQueued) {
     ConnectionRig rig;
-    Heard heard;
-    auto listening = rig.connection->listen(heard.listener());
+    Recorder recorder;
+    auto listening = rig.connection->listen(recorder.listener());
     rig.send(1);
     rig.waitForReply();
     rig.connection->flush();
@@ -157,7 +157,7 @@ TEST(XConnectionTest, MayGoWhileEventsWaitForTheirTurn) {
     bool done = false;
     rig.loop.async([&] { done = true; });
     rig.loop.runUntil([&] { return done; });
-    EXPECT_TRUE(heard.numbers.empty());
+    EXPECT_TRUE(recorder.numbers.empty());
 }
 
 }  // namespace
