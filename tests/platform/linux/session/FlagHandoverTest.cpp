@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -143,6 +144,19 @@ TEST_F(FlagHandoverTest, ReportsThatAllFoldersWereCreatedAtOnce) {
     writeFile(flag_, "off");
     EXPECT_TRUE(isReported());
     exchange("on");
+    EXPECT_TRUE(isReported());
+}
+
+// The kernel drops further events then, among them those of the flag.
+TEST_F(FlagHandoverTest, ReportsAHandOverIfTheQueueOfTheKernelOverflows) {
+    writeFile(flag_, "off");
+    watch();
+    const int most = std::stoi(readFile("/proc/sys/fs/inotify/max_queued_events"));
+    for (int i = 0; i <= most; ++i) {
+        const fs::path other = folder_ / (i % 2 == 0 ? "even" : "odd");  // the kernel merges equal events
+        ASSERT_EQ(::mknod(other.c_str(), S_IFREG | 0600, 0), 0);
+        ASSERT_EQ(::unlink(other.c_str()), 0);
+    }
     EXPECT_TRUE(isReported());
 }
 
