@@ -219,6 +219,8 @@ TESTS = (
     *(tests_of(room) for room in (*PROGRAM, HELPER)),
     *(tests_of_linux(room) for room in LINUX_PROGRAM),
     tests_of(POSIX_PROGRAM, linux_rooms(["loop"]) + everything_in("tests/platform/linux/loop"), any_but_qt),
+    # The resident program as a process.
+    Room("tests/platform/linux", linux_rooms(["bus"]) + TEST_TOOLS, with_google_test(any_but_qt)),
     Room("tests/platform/linux/ui", VALUES + UI + TEST_TOOLS + CONTRACTS, with_google_test(anything), True,
          with_folders=True),
     Room("tests/packaging/icons", VALUES + everything_in("packaging/icons"), with_google_test(standard)),
@@ -248,7 +250,9 @@ BENCHMARKS = (
 )
 
 # The roots come before the rooms that share their folders.
-ROOMS = (*ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS)
+ROOMS = (
+    *ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS
+)  # fmt: skip
 
 # Headers that pass on their includes: what they include counts as included by the file that includes them.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")

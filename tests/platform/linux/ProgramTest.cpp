@@ -1,0 +1,98 @@
+// The resident program as a process: which signals end it.
+
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <thread>
+
+#include "BLE_kovra/platform/linux/bus/BusConnection.h"
+#include "tests/support/Environment.h"
+#include "tests/support/linux/PrivateBus.h"
+#include "tests/support/posix/TempFolder.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+
+// The program on a session bus of its own, without a display, a system bus or any settings.
+class ProgramTest : public testing::Test {
+  protected:
+    ProgramTest() {
+        environment_.unset({"DISPLAY", "WAYLAND_DISPLAY", "XDG_SESSION_TYPE", "XDG_RUNTIME_DIR"});
+        environment_.set("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+        environment_.set("HOME", home_.path().string());
+        environment_.set("XDG_CONFIG_HOME", home_ / "config");
+        sd_bus* bus = nullptr;
+        EXPECT_GE(sd_bus_open_user(&bus), 0);
+        bus_.reset(bus);
+    }
+    ~ProgramTest() override {
+        if (pid_ > 0) ::kill(pid_, SIGKILL);
+        if (pid_ > 0) ::waitpid(pid_, nullptr, 0);
+    }
+
+    // Starts the program with this disposition of SIGHUP, and waits until it owns its name on the bus.
+    void start(sighandler_t onHangUp) {
+        posix_spawnattr_t attributes;
+        ::posix_spawnattr_init(&attributes);
+        sigset_t none;
+        sigemptyset(&none);
+        ::posix_spawnattr_setsigmask(&attributes, &none);
+        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+        std::array<char*, 2> arguments{const_cast<char*>(KOVRA_PROGRAM), nullptr};
+        const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits it
+        const int result = ::posix_spawn(&pid_, arguments[0], nullptr, &attributes, arguments.data(), environ);
+        std::signal(SIGHUP, before);
+        ::posix_spawnattr_destroy(&attributes);
+        ASSERT_EQ(result, 0);
+        const auto end = std::chrono::steady_clock::now() + 60s;
+        while (!answers() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(10ms);
+        ASSERT_TRUE(answers());
+    }
+    // Returns whether the program's event loop replies to a call.
+    bool answers() {
+        return sd_bus_call_method(bus_.get(), "org.ble_kovra.BLEKovra", "/", "org.freedesktop.DBus.Peer", "Ping",
+                                  nullptr, nullptr, "") >= 0;
+    }
+    void send(int signal) { ASSERT_EQ(::kill(pid_, signal), 0); }
+    // Waits for the end of the program. Returns its exit code, or -1 if a signal has killed it.
+    int exitCode() {
+        int status = 0;
+        EXPECT_EQ(::waitpid(pid_, &status, 0), pid_);
+        pid_ = 0;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+  private:
+    const TempFolder home_;
+    Environment environment_;
+    PrivateBus daemon_{"DBUS_SESSION_BUS_ADDRESS"};
+    BusHandle bus_;
+    pid_t pid_ = 0;
+};
+
+TEST_F(ProgramTest, EndsOnAHangUp) {
+    start(SIG_DFL);
+    send(SIGHUP);
+    EXPECT_EQ(exitCode(), 0);
+}
+
+TEST_F(ProgramTest, OutlivesAHangUpIfItWasStartedWithNohup) {
+    start(SIG_IGN);
+    send(SIGHUP);
+    // Each reply takes a turn of the loop, and the signal would have ended the loop in one of the first two.
+    for (int call = 1; call <= 5; ++call) EXPECT_TRUE(answers()) << "call " << call;
+    send(SIGTERM);
+    EXPECT_EQ(exitCode(), 0);
+}
+
+}  // namespace
+}  // namespace kovra
