@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QScreen>
 #include <string>
 #include <vector>
 
@@ -88,6 +89,20 @@ TEST_F(TrayMenuTest, ChangesInPlaceWhileItIsOpen) {
     value.items[0].state = MenuItemState::off;
     menu.show(value);
     EXPECT_EQ(&action(0), before);
+}
+
+TEST_F(TrayMenuTest, OpensBelowTheIconOrAboveItAtTheBottomOfTheScreen) {
+    const QRect screen = menu.widget().screen()->geometry();
+    for (const bool isAtBottom : {false, true}) {
+        const QRect icon(40, isAtBottom ? screen.bottom() - 24 : 0, 24, 24);
+        menu.popUp(icon);
+        ASSERT_TRUE(menu.widget().isVisible());
+        const QRect shown = menu.widget().geometry();
+        EXPECT_FALSE(shown.intersects(icon));
+        EXPECT_EQ(shown.bottom() < icon.top(), isAtBottom);
+        EXPECT_TRUE(screen.contains(shown));
+        menu.widget().close();
+    }
 }
 
 TEST_F(TrayMenuTest, ReplacesItsItems) {

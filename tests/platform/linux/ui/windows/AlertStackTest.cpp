@@ -7,7 +7,9 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QShortcut>
+#include <QSlider>
 #include <QTest>
+#include <QWheelEvent>
 #include <QWindow>
 #include <optional>
 #include <variant>
@@ -172,6 +174,23 @@ TEST_F(AlertStackOverWindowTest, BlocksInputToTheWindow) {
     show({});
     clickTick();
     EXPECT_FALSE(tick.isChecked());
+}
+
+TEST_F(AlertStackOverWindowTest, BlocksTheWheel) {
+    QSlider slider(&window);
+    slider.setGeometry(0, 40, 200, 30);
+    slider.show();
+    const auto turnWheel = [&] {
+        QWheelEvent turn(QPointF(100, 55), window.mapToGlobal(QPointF(100, 55)), {}, QPoint(0, 120), Qt::NoButton,
+                         Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(window.windowHandle(), &turn);
+    };
+    turnWheel();
+    const int before = slider.value();
+    ASSERT_NE(before, 0);
+    show({1});
+    turnWheel();
+    EXPECT_EQ(slider.value(), before);
 }
 
 TEST_F(AlertStackOverWindowTest, TakesTheFocusBackWhenTheWindowComesToTheFront) {

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QWindow>
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -71,6 +72,27 @@ TEST_F(AlertWindowTest, ShowsTheApplicationIconOnTheLeft) {
         for (int x = 0; x < text0.x(); ++x) blue += seen.pixelColor(x, y) == QColor(0x3A, 0x7B, 0xE0) ? 1 : 0;
     }
     EXPECT_GT(blue, 500);
+}
+
+TEST_F(AlertWindowTest, ShowsTheIconFourLinesTall) {
+    open(question);
+    const QImage seen = window->grab().toImage();
+    int top = seen.height();
+    int bottom = 0;
+    for (int y = 0; y < seen.height(); ++y) {
+        for (int x = 0; x < text(0).mapTo(&*window, QPoint()).x(); ++x) {
+            if (seen.pixelColor(x, y) != QColor(0x3A, 0x7B, 0xE0)) continue;
+            top = std::min(top, y);
+            bottom = std::max(bottom, y);
+        }
+    }
+    EXPECT_NEAR(bottom - top, 4 * window->fontMetrics().height(), window->fontMetrics().height() / 2);
+}
+
+TEST_F(AlertWindowTest, StaysAboveOtherWindowsAndIsModal) {
+    open(question);
+    EXPECT_TRUE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_EQ(window->windowModality(), Qt::WindowModal);
 }
 
 TEST_F(AlertWindowTest, ReturnAndEnterPressTheFirstButton) {

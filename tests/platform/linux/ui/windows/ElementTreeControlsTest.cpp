@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QImage>
 #include <utility>
 
 #include "tests/platform/linux/ui/ActiveView.h"
@@ -9,7 +10,11 @@
 namespace kovra {
 namespace {
 
-class ElementTreeControlsTest : public ActiveView {};
+class ElementTreeControlsTest : public ActiveView {
+  protected:
+    // What the surface shows at the place of a widget.
+    QImage picture(const QWidget& widget) { return rig.surface.grab(rig.place(widget)).toImage(); }
+};
 
 TEST_F(ElementTreeControlsTest, ReportsATickWithTheIdOfTheDevice) {
     showMice(3);
@@ -100,6 +105,23 @@ TEST_F(ElementTreeControlsTest, ScrollsTheFocusedRowIntoView) {
     button(content.texts.onDevice).setFocus();
     key(Qt::Key_Tab);
     EXPECT_TRUE(isInSight("Mouse 0"));
+}
+
+TEST_F(ElementTreeControlsTest, PaintsARingAroundTheFocusedControl) {
+    showMice(1);
+    rig.surface.setAttribute(Qt::WA_KeyboardFocusChange);  // as after a press of the Tab key
+    for (const std::string& name : {content.texts.block, content.texts.always, std::string("support@example.org")}) {
+        QAbstractButton& control = button(name);
+        rig.surface.setFocus();
+        const QImage before = picture(control);
+        control.setFocus(Qt::TabFocusReason);
+        const QImage focused = picture(control);
+        int differing = 0;
+        for (int y = 0; y < before.height(); ++y) {
+            for (int x = 0; x < before.width(); ++x) differing += before.pixel(x, y) != focused.pixel(x, y) ? 1 : 0;
+        }
+        EXPECT_GT(differing, before.width()) << name;
+    }
 }
 
 TEST_F(ElementTreeControlsTest, NamesEveryControlForScreenReaders) {

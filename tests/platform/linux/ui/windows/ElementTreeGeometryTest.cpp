@@ -108,13 +108,20 @@ TEST_P(ElementTreeGeometryTest, LeavesFourteenPointsBetweenTheParts) {
     EXPECT_EQ(gap(status, footer), scaled(14));
 }
 
+TEST_P(ElementTreeGeometryTest, CentersTheTitleOfTheModeBesideItsFirstButton) {
+    rig.show(content);
+    const int title = rig.place(content.texts.mode).center().y();
+    EXPECT_NEAR(title, rig.place(*rig.button(content.texts.always)).center().y(), 1);
+}
+
 TEST_P(ElementTreeGeometryTest, DrawsTheDividersAcrossTheColumn) {
     rig.show(content);
     const QImage image = rig.surface.grab().toImage();
     const int y = placeOfMode().bottom() + 1 + scaled(14);
     const QColor line = image.pixelColor(scaled(20), y);
     const QColor background = image.pixelColor(0, y);
-    EXPECT_NE(line, background);
+    const QColor text = rig.surface.palette().color(QPalette::WindowText);
+    EXPECT_NEAR(line.red(), 0.2 * text.red() + 0.8 * background.red(), 2);
     for (int x = 0; x < image.width(); ++x) {
         const bool isInColumn = x >= scaled(20) && x < scaled(440) - scaled(20);
         ASSERT_EQ(image.pixelColor(x, y), isInColumn ? line : background) << x;
@@ -193,6 +200,55 @@ TEST_P(ElementTreeGeometryTest, PaintsDotsOfEightPoints) {
     EXPECT_EQ(rig.surface.grab().toImage().pixelColor(dot.center()), roleColor(Color::green, rig.surface.palette()));
     EXPECT_NEAR(dot.center().y(), status.center().y(), 1);
     EXPECT_GE(status.left() - dot.right() - 1, scaled(6));
+}
+
+TEST_P(ElementTreeGeometryTest, PaintsTheDotOfADisconnectedDeviceAtTwoFifthsOfItsStrength) {
+    rig.show(content);
+    const QRect status = rig.place(content.texts.status);
+    const QRect dot = painted(QRect(0, status.top(), status.left(), status.height()));
+    const QColor background = rig.surface.palette().color(QPalette::Window);
+    const QColor gray = roleColor(Color::gray, rig.surface.palette());
+    const QColor seen = rig.surface.grab().toImage().pixelColor(dot.center());
+    EXPECT_NEAR(seen.red(), 0.4 * gray.red() + 0.6 * background.red(), 2);
+    EXPECT_NEAR(seen.green(), 0.4 * gray.green() + 0.6 * background.green(), 2);
+    EXPECT_NEAR(seen.blue(), 0.4 * gray.blue() + 0.6 * background.blue(), 2);
+}
+
+TEST_P(ElementTreeGeometryTest, SetsEachTextInTheFontOfItsRole) {
+    content.devices = {{"a", "Mouse", false}};
+    rig.show(content);
+    const auto widthIn = [](const std::string& text, double scale, bool isBold) {
+        QFont scaledFont = QApplication::font();
+        scaledFont.setPointSizeF(scaledFont.pointSizeF() * scale);
+        scaledFont.setBold(isBold);
+        return QFontMetricsF(scaledFont).horizontalAdvance(QString::fromStdString(text));
+    };
+    const auto expectFont = [&](const std::string& text, double scale, bool isBold) {
+        EXPECT_NEAR(dynamic_cast<TextLabel&>(rig.label(text)).paragraph().preferredWidth(),
+                    widthIn(text, scale, isBold), 1.5)
+            << text;
+    };
+    const sample::Texts& texts = content.texts;
+    expectFont(texts.title, 1, true);
+    expectFont(texts.mode, 1, false);
+    expectFont(texts.chooseMouse, 0.95, true);
+    expectFont(texts.hint, 0.9, false);
+    expectFont(texts.status, 0.9, false);
+    expectFont(texts.developedBy, 0.85, false);
+    const std::string link = "support@example.org";
+    EXPECT_NEAR(rig.button(link)->width(), widthIn(link, 0.85, false), 1.5);
+}
+
+TEST_P(ElementTreeGeometryTest, UnderlinesTheLink) {
+    rig.show(content);
+    QImage image = rig.button("support@example.org")->grab().toImage();
+    int longest = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        int line = 0;
+        for (int x = 0; x < image.width(); ++x) line += image.pixel(x, y) != image.pixel(0, 0) ? 1 : 0;
+        longest = std::max(longest, line);
+    }
+    EXPECT_GE(longest, image.width() * 8 / 10);
 }
 
 TEST_P(ElementTreeGeometryTest, CentersTheFooterWithFourPointsBetweenItsParts) {

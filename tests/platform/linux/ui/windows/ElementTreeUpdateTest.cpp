@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QPaintEvent>
+#include <QRegion>
 #include <algorithm>
 
 #include "tests/platform/linux/ui/ActiveView.h"
@@ -9,7 +11,22 @@
 namespace kovra {
 namespace {
 
-class ElementTreeUpdateTest : public ActiveView {};
+class ElementTreeUpdateTest : public ActiveView {
+  protected:
+    // Collects what the surface repaints until the event loop is idle.
+    QRegion repainted() {
+        struct Watch : QObject {
+            bool eventFilter(QObject*, QEvent* event) override {
+                if (event->type() == QEvent::Paint) region += static_cast<QPaintEvent*>(event)->region();
+                return false;
+            }
+            QRegion region;
+        } watch;
+        rig.surface.installEventFilter(&watch);
+        QTest::qWait(50);
+        return watch.region;
+    }
+};
 
 TEST_F(ElementTreeUpdateTest, KeepsTheUsersChangeUntilItIsAcknowledged) {
     showMice(2);
@@ -38,6 +55,16 @@ TEST_F(ElementTreeUpdateTest, ShowsChangesFromElsewhereWithoutReportingThem) {
     EXPECT_TRUE(button(content.texts.always).isChecked());
     EXPECT_TRUE(button("Mouse 1").isChecked());
     EXPECT_TRUE(rig.changes.empty());
+}
+
+TEST_F(ElementTreeUpdateTest, RepaintsADotThatChanges) {
+    showMice(0);
+    repainted();
+    EXPECT_TRUE(repainted().isEmpty());
+    content.isMuted = true;
+    rig.show(content);
+    const QRect status = rig.place(content.texts.status);
+    EXPECT_TRUE(repainted().contains(QPoint(pixels(24), status.center().y())));
 }
 
 TEST_F(ElementTreeUpdateTest, SelectsNothingForAnUnknownMode) {

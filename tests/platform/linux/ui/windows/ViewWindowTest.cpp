@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QPalette>
 #include <QRadioButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -219,6 +220,17 @@ TEST_F(ViewWindowTest, MovesOntoAnotherScreenIfItsOwnIsDisconnected) {
     state.place.position = Point{-5000, 100};
     show();
     EXPECT_TRUE(window.screen()->geometry().contains(window.geometry()));
+}
+
+TEST_F(ViewWindowTest, MovesBackIfTooLittleOfItIsOnTheScreenToDragIt) {
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    for (const int visible : {39, 40}) {
+        ViewWindow another([](const ToResident&) {});
+        state.content = sample::view(content);
+        state.place.position = Point{double(screen.right() + 1 - visible), 100};
+        another.showWindow(state);
+        EXPECT_EQ(screen.contains(another.geometry()), visible < 40) << visible;
+    }
 }
 
 TEST_F(ViewWindowTest, ScalesWhenTheFontChanges) {

@@ -1,0 +1,77 @@
+// The window process on an X server with a window manager.
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QProcess>
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "BLE_kovra/platform/linux/wire/Encoding.h"
+#include "BLE_kovra/platform/linux/wire/LineSocket.h"
+#include "tests/platform/linux/ui/XProperties.h"
+#include "tests/support/Environment.h"
+#include "tests/support/linux/VirtualScreen.h"
+
+namespace kovra {
+namespace {
+
+bool waitFor(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+class ProgramScreenTest : public testing::Test {
+    struct OnX : Environment {
+        OnX() {
+            set("QT_QPA_PLATFORM", "xcb");
+            set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+        }
+    };
+
+  protected:
+    ProgramScreenTest() {
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        manager.start("openbox", QStringList());
+        EXPECT_TRUE(waitFor([this] { return !x.values(x.root(), "_NET_SUPPORTING_WM_CHECK").empty(); }));
+        program.setChildProcessModifier([this] { ::dup2(ends[1], windowSocket); });
+        program.start(KOVRA_WINDOW_PROGRAM, QStringList());
+        EXPECT_TRUE(program.waitForStarted());
+        ::close(ends[1]);
+    }
+    ~ProgramScreenTest() override {
+        ::close(ends[0]);
+        EXPECT_TRUE(program.waitForFinished());
+        manager.kill();
+        manager.waitForFinished();
+    }
+
+    const VirtualScreen screen{"640x480x24"};
+    const OnX onX;
+    XProperties x;
+    QProcess manager;
+    std::array<int, 2> ends{};
+    QProcess program;
+};
+
+TEST_F(ProgramScreenTest, GivesItsWindowsTheIconOfTheApplication) {
+    ShowAlerts shown;
+    shown.alerts.push_back({1, "", {"Mute?", "For good", {"Yes", "No"}}});
+    ASSERT_TRUE(sendLine(ends[0], encode(ToWindow(shown))));
+    const auto windows = [this] { return x.values(x.root(), "_NET_CLIENT_LIST"); };
+    ASSERT_TRUE(waitFor([&] { return windows().size() == 1; }));
+    const auto icon = x.values(windows().front(), "_NET_WM_ICON");
+    ASSERT_GT(icon.size(), 16U * 16U);
+    EXPECT_NE(std::find(icon.begin(), icon.end(), 0xFF3A7BE0), icon.end());  // the tile
+}
+
+}  // namespace
+}  // namespace kovra
