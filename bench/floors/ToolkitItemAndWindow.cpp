@@ -13,6 +13,9 @@ int main(int count, char** arguments) {
     QObject::connect(item.settings(), &QAction::triggered, [&window] {
         if (!window) window = std::make_unique<floors::SettingsWidgets>();
         window->show();
+        // A window that is there again has to be in front, as ours is.
+        window->raise();
+        window->activateWindow();
     });
     item.show();
     return QApplication::exec();
