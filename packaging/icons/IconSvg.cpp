@@ -77,7 +77,7 @@ class Outlines {
     std::ostringstream text_;
 };
 
-// A layer of a picture of this height.
+// A layer of a picture with this height.
 struct ColoredShape {
     void operator()(const RoundedRectangle& rectangle) const {
         svg << "  <rect fill=\"" << color << "\" x=\"" << rectangle.origin.x << "\" y=\""
@@ -116,7 +116,7 @@ std::ostringstream opened(Size size) {
 
 std::string iconSvg(const Drawing& drawing) {
     std::ostringstream svg = opened(drawing.size);
-    svg << R"(  <style id="current-color-scheme" type="text/css">.ColorScheme-Text { color: )" << hexadecimal(iconGrey)
+    svg << R"(  <style id="current-color-scheme" type="text/css">.ColorScheme-Text { color: )" << hexadecimal(iconGray)
         << "; }</style>\n";
     Outlines outlines(drawing.size.height);
     for (const Stroke& stroke : drawing.strokes) {

@@ -1,4 +1,4 @@
-// The composition root: makes the services of the Linux desktop and runs the application on them.
+// The composition root: creates the services for the Linux desktop and runs the application with them.
 
 #include <langinfo.h>
 
@@ -48,7 +48,7 @@
 
 namespace {
 
-// The user's language; but every text in this program is UTF-8, also where the user's terminals still are not.
+// Uses the user's language. Every text in this program is UTF-8, even if the user's terminals use another encoding.
 void adoptLocale() {
     std::setlocale(LC_ALL, "");
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
@@ -56,8 +56,8 @@ void adoptLocale() {
 
 void runApplication() {
     kovra::SdEventLoop loop;
-    // Heard from here on, acted upon by the loop: who is told to end while the bus keeps it waiting still clears the
-    // flag that a crash may have left.
+    // Signals are received from here on and handled by the loop. So a program that is terminated while the bus keeps it
+    // waiting still clears a flag that a crash may have left.
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
@@ -77,9 +77,9 @@ void runApplication() {
     kovra::GlibcLocale locale;
     kovra::PosixFileSystem files;
     kovra::JsonPreferencesStore preferences(kovra::standardPreferencesPath(), log);
-    kovra::SystemBus machine(loop);
-    kovra::UdevHIDService hid(machine, log);
-    const kovra::SessionEvents session(loop, machine, kovra::LogindSession::currentSession(),
+    kovra::SystemBus systemBus(loop);
+    kovra::UdevHIDService hid(systemBus, log);
+    const kovra::SessionEvents session(loop, systemBus, kovra::LogindSession::currentSession(),
                                        kovra::BLE_kovraApp::flagFile(), application, [&] { hid.resynchronize(); });
 
     const kovra::Desktop desktop = kovra::currentDesktop();
@@ -115,7 +115,7 @@ void runApplication() {
     kovra::XdgWorkspace workspace(loop);
     kovra::ProcessWindowHost windows(loop, window, activationToken, workspace);
     kovra::ProcessAlertPresenter alerts(loop, window, activationToken);
-    const auto quitting = window.listen([&](const kovra::ToResident& message) {
+    const auto quitListener = window.listen([&](const kovra::ToResident& message) {
         if (std::holds_alternative<kovra::QuitWanted>(message)) application.terminate();
     });
     kovra::BuildBundle bundle;

@@ -13,7 +13,7 @@ const Drawing frameAndLine{
     .strokes = {{RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2}}, 1.2},
                 {Segment{.from = {9, 4}, .to = {9, 9}}, 1}}};
 
-TEST(IconSvgTest, IsTheOutlineOfEachStrokeInTheColourThatAPanelReplaces) {
+TEST(IconSvgTest, IsTheOutlineOfEachStrokeInTheColorThatAPanelReplaces) {
     EXPECT_EQ(iconSvg(frameAndLine),
               R"(<svg xmlns="http://www.w3.org/2000/svg" width="18" height="18" viewBox="0 0 18 18">
   <style id="current-color-scheme" type="text/css">.ColorScheme-Text { color: #808080; }</style>
@@ -28,7 +28,7 @@ TEST(IconSvgTest, IsTheOutlineOfEachStrokeInTheColourThatAPanelReplaces) {
 )");
 }
 
-// Whoever builds where the decimal sign is a comma must get the same file.
+// A build in a locale with a decimal comma must create the same file.
 TEST(IconSvgTest, DoesNotDependOnTheLocale) {
     const std::string before = iconSvg(frameAndLine);
     struct Comma : std::numpunct<char> {
@@ -40,11 +40,11 @@ TEST(IconSvgTest, DoesNotDependOnTheLocale) {
     EXPECT_EQ(after, before);
 }
 
-TEST(IconSvgTest, HasNothingBuiltOfStrokesSincePanelsReplaceFillsOnly) {
+TEST(IconSvgTest, HasNoStrokesBecausePanelsReplaceOnlyFills) {
     EXPECT_EQ(iconSvg(frameAndLine).find("stroke"), std::string::npos);
 }
 
-TEST(IconSvgTest, OfAPictureHasItsColours) {
+TEST(IconSvgTest, OfAPictureHasItsColors) {
     const ColoredPicture picture{
         .size = {18, 18},
         .layers = {{0x00A0FF, RoundedRectangle{.origin = {2.5, 3}, .size = {13, 10}, .cornerRadii = {2, 1}}},

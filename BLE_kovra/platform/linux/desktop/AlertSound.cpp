@@ -20,8 +20,8 @@ namespace kovra {
 
 namespace {
 
-// The few calls of libcanberra that are used. The library is looked for at run time, so that no program without sound
-// has to carry it.
+// The functions of libcanberra that are used. The library is loaded at run time, so that systems without sound do not
+// have to install it.
 struct Canberra {
     struct Context;
     struct Properties;
@@ -44,7 +44,7 @@ struct Canberra {
     }
 };
 
-// Gives whether the sound was heard to its end.
+// Returns whether the sound was played to its end.
 bool playEventSound() {
     Canberra canberra{};
     Canberra::Context* context = nullptr;
@@ -53,7 +53,7 @@ bool playEventSound() {
         return false;
     canberra.propertiesSet(properties, "event.id", "bell-window-system");
     canberra.propertiesSet(properties, "event.description", "BLE-kovra");
-    constexpr int playing = 1;  // the library's results are zero, or negative
+    constexpr int playing = 1;  // results of the library are zero or negative
     static std::atomic<int> result = playing;
     const auto finished = [](Canberra::Context*, std::uint32_t, int how, void*) { result = how; };
     if (canberra.contextPlay(context, 0, properties, finished, nullptr) < 0) return false;
@@ -66,7 +66,8 @@ void ringBell() {
     const Handle<xcb_connection_t, xcb_disconnect> connection(xcb_connect(nullptr, nullptr));
     constexpr std::int8_t asLoudAsUsual = 0;
     xcb_bell(connection.get(), asLoudAsUsual);
-    // A server that sees us gone drops what it has not read: an answer to a later question says that it has.
+    // The server drops unread requests of a client that disconnects. A reply to a later request proves that it read the
+    // bell.
     const Allocated<xcb_get_input_focus_reply_t> answer{
         xcb_get_input_focus_reply(connection.get(), xcb_get_input_focus(connection.get()), nullptr)};
 }
@@ -79,9 +80,9 @@ void ringBell() {
     std::signal(SIGXFSZ, SIG_DFL);
     std::signal(SIGTTOU, SIG_DFL);
     ::close_range(STDIN_FILENO, ~0U, 0);
-    // What sound libraries have to say of a missing card is for no log of ours.
+    // Sound libraries print errors if there is no sound card. These must not reach our log.
     for (int standard = STDIN_FILENO; standard <= STDERR_FILENO; ++standard) ::open("/dev/null", O_RDWR);
-    ::alarm(5);  // the default action ends the player, whatever the sound server does
+    ::alarm(5);  // SIGALRM terminates the player even if the sound server hangs
     if (!playEventSound()) ringBell();
     ::_exit(0);
 }
@@ -89,10 +90,10 @@ void ringBell() {
 }  // namespace
 
 void playAlertSound() {
-    // The player's parent ends at once, so that the player is nobody's child here.
+    // Fork twice, so that the player is not a child of this process.
     const pid_t parent = ::fork();
     if (parent == 0) {
-        // By the application's name the helper would wait for the player's end as well as for the application's.
+        // The helper waits for processes with the application's name, so the player needs a name of its own.
         ::prctl(PR_SET_NAME, "ble-kovra-sound");
         if (::fork() == 0) runPlayer();
         ::_exit(0);

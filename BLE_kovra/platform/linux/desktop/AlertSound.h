@@ -2,9 +2,9 @@
 
 namespace kovra {
 
-// Plays the desktop's bell sound in a process of its own, which ends by itself within five seconds; where that fails
-// the process rings the X server's bell instead, if there is one. Returns at once; leaves neither a child behind nor a
-// library in this process.
+// Plays the desktop's bell sound in a separate process, which exits within five seconds. If the sound cannot be played,
+// that process rings the bell of the X server, if there is one. Returns immediately, and leaves neither a child process
+// nor a loaded library behind.
 void playAlertSound();
 
 }  // namespace kovra

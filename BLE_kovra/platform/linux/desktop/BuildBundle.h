@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// What the build knows of the program: its version, which CMakeLists.txt says for all.
+// The bundle information that is known at build time: the version from CMakeLists.txt.
 class BuildBundle : public Bundle {
   public:
     std::optional<InfoValue> infoDictionaryValue(std::string_view key) const override;

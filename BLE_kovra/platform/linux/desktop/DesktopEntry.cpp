@@ -14,7 +14,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// What a backslash and the character after it stand for.
+// The text that a backslash and the following character stand for.
 std::string unescaped(char escaped) {
     switch (escaped) {
         case 's':
@@ -32,7 +32,7 @@ std::string unescaped(char escaped) {
     }
 }
 
-// A text as it stands in a file.
+// Escapes a text for a value in the file.
 std::string escaped(std::string_view text) {
     constexpr std::string_view special = "\\\n\t\r", letters = "\\ntr";
     std::string escaped;
@@ -45,14 +45,14 @@ std::string escaped(std::string_view text) {
     return escaped;
 }
 
-// A path as Exec takes it, whatever is in it.
+// Quotes an arbitrary path for Exec.
 std::string quoted(std::string_view path) {
     constexpr std::string_view harmless = "/._-+0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
     if (path.find_first_not_of(harmless) == std::string_view::npos) return std::string(path);
     std::string quoted = "\"";
     for (const char c : path) {
         if (c == '"' || c == '`' || c == '$' || c == '\\') quoted += '\\';
-        if (c == '%') quoted += '%';  // alone it begins the code of a field
+        if (c == '%') quoted += '%';  // a single one starts a field code
         quoted += c;
     }
     return quoted + '"';
@@ -140,7 +140,7 @@ void DesktopEntry::set(const std::string& key, std::string_view value) {
                      lines_.end());
         return;
     }
-    // Before the blank lines that part the group from the next.
+    // Insert before the blank lines that separate this group from the next.
     const auto last = std::find_if(lines_.rbegin(), lines_.rend(),
                                    [](const Line& each) { return each.isInMainGroup && !trimmed(each.text).empty(); });
     if (last != lines_.rend()) lines_.insert(last.base(), std::move(line));

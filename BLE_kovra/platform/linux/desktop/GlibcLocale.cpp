@@ -21,7 +21,7 @@ std::string_view variable(const char* name) {
     return value == nullptr ? std::string_view() : std::string_view(value);
 }
 
-// What the first of these variables that is set says; empty where none is.
+// The value of the first variable that is set. Empty if none is set.
 std::string_view firstSet(std::initializer_list<const char*> names) {
     for (const char* name : names) {
         if (const std::string_view value = variable(name); !value.empty()) return value;
@@ -29,7 +29,7 @@ std::string_view firstSet(std::initializer_list<const char*> names) {
     return {};
 }
 
-// ru_RU.UTF-8@modifier -> ru-RU. Empty for the C locale, which is no language.
+// ru_RU.UTF-8@modifier -> ru-RU. Empty for the C locale, which has no language.
 std::string languageTag(std::string_view locale) {
     std::string tag(locale.substr(0, locale.find_first_of(".@")));
     if (tag == "C" || tag == "POSIX") return {};
@@ -42,7 +42,7 @@ bool isUtf8(locale_t locale) {
            std::strcmp(::nl_langinfo_l(_NL_COLLATE_CODESET, locale), "UTF-8") == 0;
 }
 
-// The user's order is kept in the user's character set; names are UTF-8.
+// The user's locale may use another character set, but names are UTF-8. So use its UTF-8 variant.
 locale_t userLocale() {
     constexpr int mask = LC_CTYPE_MASK | LC_COLLATE_MASK;
     const auto utf8 = [](const std::string& name) -> locale_t {
@@ -82,7 +82,7 @@ void appendUtf8(std::string& text, char32_t codePoint) {
     byte(0x80 | (codePoint & 0x3F));
 }
 
-// Upper case, then lower: the two small forms of sigma fold into one.
+// Converts to upper case first, so that the two lower-case forms of sigma become one.
 char32_t foldedCase(char32_t codePoint, locale_t locale) {
     return static_cast<char32_t>(::towlower_l(::towupper_l(static_cast<wint_t>(codePoint), locale), locale));
 }
@@ -102,7 +102,7 @@ std::vector<std::string> GlibcLocale::preferredLanguages() const {
         list.remove_prefix(std::min(entry.size() + 1, list.size()));
         if (entry.empty()) continue;
         std::string tag = languageTag(entry);
-        // "C" in the list means: from here on the program's own language.
+        // "C" ends the list: from there on, the program's own language applies.
         if (tag.empty()) break;
         languages.push_back(std::move(tag));
     }
@@ -115,7 +115,7 @@ std::string GlibcLocale::sortKey(std::string_view name) const {
     while (!name.empty()) {
         const Utf8Character character = decodeUtf8(name);
         name.remove_prefix(character.length);
-        // The C library takes a zero for the end of the text.
+        // The C library would treat a zero character as the end of the text.
         appendUtf8(folded, foldedCase(character.codePoint == 0 ? 0xFFFD : character.codePoint, locale_.get()));
     }
     std::string key(::strxfrm_l(nullptr, folded.c_str(), 0, locale_.get()), '\0');

@@ -12,18 +12,18 @@
 
 namespace kovra {
 
-// The user's language and order of names as the environment of the process names them.
+// The user's language and sort order, taken from the environment of the process.
 //
-// Languages come from LANGUAGE (unless the locale is the C one), LC_ALL, LC_MESSAGES and LANG, in gettext's order; an
-// empty variable counts as unset. Names are ordered as the C library orders texts in the user's LC_COLLATE, here always
-// in its UTF-8 form; where that locale is not installed, by the numbers of their characters. The order is that of the
-// moment of construction. Variables and names may hold any bytes.
+// Languages come from LANGUAGE (unless the locale is C), LC_ALL, LC_MESSAGES and LANG, in gettext's order. An empty
+// variable counts as unset. Names are sorted by the C library according to LC_COLLATE, always in its UTF-8 variant. If
+// that locale is not installed, names are sorted by code point. The sort order is fixed at construction. Variables and
+// names may contain any bytes.
 class GlibcLocale : public Locale {
   public:
     GlibcLocale();
 
     std::vector<std::string> preferredLanguages() const override;
-    // Equal for names that differ in nothing but the case of their letters.
+    // Names that differ only in letter case have equal keys.
     std::string sortKey(std::string_view name) const override;
     bool isAscending(const std::string& firstKey, const std::string& secondKey) const override;
 

@@ -23,10 +23,10 @@ namespace kovra {
 namespace {
 
 constexpr const char* identifier = "ble-kovra";
-// Every line tells of something that could not be done, and the program goes on.
+// Every log line reports a failure after which the program continues.
 constexpr int priority = LOG_WARNING;
-constexpr int patienceMilliseconds = 100;
-constexpr timeval patience{0, patienceMilliseconds * 1000L};
+constexpr int timeoutMilliseconds = 100;
+constexpr timeval sendTimeout{0, timeoutMilliseconds * 1000L};
 
 bool sendDatagram(const std::string& path, std::string_view datagram) {
     sockaddr_un address{};
@@ -35,7 +35,7 @@ bool sendDatagram(const std::string& path, std::string_view datagram) {
     std::ranges::copy(path, address.sun_path);
     const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!socket.isOpen()) return false;
-    ::setsockopt(socket.number(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    ::setsockopt(socket.number(), SOL_SOCKET, SO_SNDTIMEO, &sendTimeout, sizeof sendTimeout);
     ssize_t sent;
     do {
         sent = ::sendto(socket.number(), datagram.data(), datagram.size(), MSG_NOSIGNAL,
@@ -44,7 +44,7 @@ bool sendDatagram(const std::string& path, std::string_view datagram) {
     return sent == static_cast<ssize_t>(datagram.size());
 }
 
-// The message goes with its length in front (64 bits, the lowest byte first): so it may hold line feeds.
+// The message follows its length (64 bits, little-endian), so it may contain line feeds.
 std::string journalEntry(std::string_view line) {
     std::string entry = "PRIORITY=" + std::to_string(priority) + "\nSYSLOG_IDENTIFIER=" + identifier + "\nMESSAGE\n";
     for (unsigned bits = 0; bits < 64; bits += 8) {
@@ -57,7 +57,7 @@ std::string syslogEntry(std::string_view line) {
     const std::time_t now = std::time(nullptr);
     std::tm parts{};
     ::localtime_r(&now, &parts);
-    // Not strftime's name of the month: the protocol's is English.
+    // strftime would use the user's language; the protocol requires English names.
     constexpr std::string_view months = "JanFebMarAprMayJunJulAugSepOctNovDec";
     const auto month = static_cast<std::size_t>(parts.tm_mon);
     std::string time(32, '\0');
@@ -67,7 +67,7 @@ std::string syslogEntry(std::string_view line) {
     return entry.append("[").append(std::to_string(::getpid())).append("]: ").append(line);
 }
 
-// systemd names there the device and the inode of the stream that it connected to the journal.
+// systemd sets JOURNAL_STREAM to the device and inode of the stream that it connected to the journal.
 bool standardErrorIsJournal() {
     const char* stream = std::getenv("JOURNAL_STREAM");
     struct stat status {};
@@ -75,23 +75,22 @@ bool standardErrorIsJournal() {
     return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == stream;
 }
 
-// Whether standard error takes a piece of a line now: a terminal can be stopped, and nobody may read from a pipe.
+// Whether standard error accepts a write without blocking. A stopped terminal or a full pipe does not.
 bool standardErrorTakesMore() {
     pollfd standardError{STDERR_FILENO, POLLOUT, 0};
     int ready;
     do {
-        ready = ::poll(&standardError, 1, patienceMilliseconds);
+        ready = ::poll(&standardError, 1, timeoutMilliseconds);
     } while (ready < 0 && errno == EINTR);
     return ready > 0;
 }
 
-// A line of usual length in one piece, so that lines of several programs do not mix. Nothing can be done where it
-// fails.
+// Writes a line of usual length in one piece, so that lines of several programs do not mix. Ignores errors.
 void writeToStandardError(std::string line) {
     line += '\n';
     std::string_view rest = line;
     while (!rest.empty() && standardErrorTakesMore()) {
-        // No more than a pipe that is ready takes without waiting.
+        // A pipe that is ready accepts this much without blocking.
         const ssize_t written = ::write(STDERR_FILENO, rest.data(), std::min<std::size_t>(rest.size(), PIPE_BUF));
         if (written < 0 && errno == EINTR) continue;
         if (written <= 0) return;

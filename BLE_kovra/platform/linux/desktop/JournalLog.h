@@ -7,13 +7,14 @@
 
 namespace kovra {
 
-// The system's log: the journal where there is one, else syslog. Besides, standard error, unless that is the journal
-// itself; so each line is in the log once, and on the terminal of whoever started the program by hand.
+// Writes to the journal, or to syslog if there is no journal. Each line also goes to standard error, unless standard
+// error is connected to the journal. So the log holds each line once, and a user who starts the program in a terminal
+// sees it there.
 //
-// A line is one entry. The journal keeps its line feeds; where they would begin a new entry they become blanks. Speaks
-// the journal's and syslog's own protocols, a datagram a line, and so holds no descriptor between two lines. A log that
-// takes nothing for a tenth of a second is passed over, and so is a standard error: logging must not hold up the main
-// job.
+// Each line becomes one entry. The journal preserves line feeds; elsewhere a line feed would start a new entry, so it
+// becomes a blank. The class implements the native protocols of the journal and of syslog. It sends one datagram per
+// line and keeps no descriptor open between lines. A destination that accepts nothing for a tenth of a second is
+// skipped, standard error included: logging must not delay muting.
 class JournalLog : public SystemLog {
   public:
     static constexpr const char* journalSocket = "/run/systemd/journal/socket";

@@ -9,14 +9,14 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
 
-// The index past the text in quotes that begins here, or past the end where it is torn.
+// The index after the quoted text that starts at `begin`, or the end of the text if the closing quote is missing.
 std::size_t pastQuoted(std::string_view text, std::size_t begin) {
     std::size_t i = begin + 1;
     while (i < text.size() && text[i] != '"') i += text[i] == '\\' ? 2 : 1;
     return std::min(i + 1, text.size());
 }
 
-// Calls back with each opening, closing and dividing character outside quotes, and with the quotes that open a text.
+// Calls `visit` with the index of each bracket, comma and colon outside quotes, and of each opening quote.
 template <typename Visit>
 void forEachMark(std::string_view text, Visit visit) {
     for (std::size_t i = text.find_first_of("{}[]:,\""); i < text.size(); i = text.find_first_of("{}[]:,\"", i)) {
@@ -28,7 +28,7 @@ void forEachMark(std::string_view text, Visit visit) {
 bool opens(char c) { return c == '{' || c == '['; }
 bool closes(char c) { return c == '}' || c == ']'; }
 
-// Where a value stands in the text; empty where there is none.
+// The range of a value in the text. Empty if there is none.
 struct Span {
     std::size_t begin = 0;
     std::size_t end = 0;

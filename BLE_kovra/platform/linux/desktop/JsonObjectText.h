@@ -6,12 +6,13 @@
 
 namespace kovra {
 
-// Whether brackets stand in brackets deeper than this. For any text, JSON or not; what stands in quotes does not count.
+// Whether the text nests brackets deeper than `limit`. Works for any text, valid JSON or not. Ignores brackets in
+// quotes.
 bool isNestedDeeperThan(std::size_t limit, std::string_view text);
 
-// The text of a JSON object in which this member has this value; all else stays byte for byte as it is. The member
-// comes last if it is new; if it is there twice, the last one counts, as it does for readers of JSON. `object` must be
-// a valid JSON object, `key` (in quotes) and `value` valid JSON.
+// Returns the JSON object with this member set to `value`; every other byte stays the same. A new member is appended.
+// If the member occurs twice, the last one is replaced, because JSON parsers use the last one. `object` must be a valid
+// JSON object, `key` (with its quotes) and `value` must be valid JSON.
 std::string withMember(std::string_view object, std::string_view key, std::string_view value);
 
 }  // namespace kovra

@@ -16,17 +16,17 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Deeper than anything that anybody stores, and shallow enough for recursion.
+// Deeper than any real preferences, and shallow enough for a recursive parser.
 constexpr std::size_t deepestNesting = 64;
 
-// What a text says, or what is wrong with it, in the log's language.
+// The parsed text, or what is wrong with it, in the language of the log.
 struct Parsed {
     Json object;
-    std::string flaw;
+    std::string problem;
 };
 
 Parsed parse(const std::string& text) {
-    // The parser takes a zero for the end and would not look behind it.
+    // The parser would treat a zero byte as the end and ignore the rest.
     if (text.find('\0') != std::string::npos) return {{}, "нулевой байт"};
     if (isNestedDeeperThan(deepestNesting, text)) return {{}, "слишком глубокая вложенность"};
     try {
@@ -61,7 +61,7 @@ Json toJson(const PreferenceValue& value) {
     return array;
 }
 
-// Never throws, whatever the bytes: what is no UTF-8 is stored as U+FFFD.
+// Never throws, whatever the bytes: invalid UTF-8 is stored as U+FFFD.
 std::string textOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 }  // namespace
@@ -72,24 +72,24 @@ std::string standardPreferencesPath() {
 }
 
 JsonPreferencesStore::JsonPreferencesStore(std::string path, SystemLog& log) : file_(std::move(path)), log_(log) {
-    const auto complain = [&](const char* what, const std::string& reason) {
+    const auto logProblem = [&](const char* what, const std::string& reason) {
         log_.log(std::string("ble-kovra: ") + what + " (" + validUtf8(file_.path()) + "): " + reason);
     };
     std::string text;
     if (const int error = file_.read(text)) {
-        if (error != ENOENT) complain("не удалось прочитать настройки", std::strerror(error));
+        if (error != ENOENT) logProblem("не удалось прочитать настройки", std::strerror(error));
         return;
     }
     if (text.empty()) return;
     const Parsed parsed = parse(text);
-    if (!parsed.flaw.empty()) {
-        complain("файл настроек повреждён", parsed.flaw);
+    if (!parsed.problem.empty()) {
+        logProblem("файл настроек повреждён", parsed.problem);
         return;
     }
     for (const auto& [key, value] : parsed.object.items()) {
         if (!value.is_null()) values_.emplace(key, fromJson(value));
     }
-    known_ = std::move(text);
+    lastText_ = std::move(text);
 }
 
 std::optional<PreferenceValue> JsonPreferencesStore::object(std::string_view key) const {
@@ -111,16 +111,16 @@ int JsonPreferencesStore::save() {
     const int error = file_.read(text);
     if (error != 0 && error != ENOENT) return error;
     auto old = SmallTextFile::Old::replaced;
-    if (!text.empty() && !parse(text).flaw.empty()) {
+    if (!text.empty() && !parse(text).problem.empty()) {
         old = SmallTextFile::Old::keptAside;
         text.clear();
     }
-    // Missing, empty or damaged: start from the last good text.
-    if (text.empty()) text = known_.empty() ? "{}\n" : known_;
+    // If the file is missing, empty or damaged, start from the last valid text.
+    if (text.empty()) text = lastText_.empty() ? "{}\n" : lastText_;
     for (const auto& [key, value] : unsaved_) text = withMember(text, textOf(key), textOf(toJson(value)));
     if (const int failure = file_.replace(text, old)) return failure;
     unsaved_.clear();
-    known_ = std::move(text);
+    lastText_ = std::move(text);
     return 0;
 }
 

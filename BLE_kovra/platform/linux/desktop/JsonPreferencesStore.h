@@ -12,23 +12,23 @@ namespace kovra {
 
 class SystemLog;
 
-// $XDG_CONFIG_HOME/ble-kovra/preferences.json, or .config in the user's home in its stead. Empty for a user without a
-// home.
+// $XDG_CONFIG_HOME/ble-kovra/preferences.json; without that variable, .config in the home directory is used. Empty if
+// the user has no home directory.
 std::string standardPreferencesPath();
 
-// Preferences in one JSON file, each with its type.
+// Stores the preferences and their types in one JSON file.
 //
-// The file is read once, by the constructor, which writes nothing and makes no folder; from then on memory answers. A
-// save reads the file anew, replaces its own key there, and keeps all else as it stands: what others stored, their
-// order, and values that nobody here understands. It reaches the disk whole (a temporary beside it, synced, renamed) or
-// not at all; what could not be saved goes out with the next save. A link at the path leads to the file that is
-// replaced.
+// The constructor reads the file once. It writes nothing and creates no directory. After that, all values come from
+// memory. A save reads the file again and replaces only its own keys. It preserves everything else: values that other
+// programs stored, their order, and values of unknown types. A save is atomic: the text goes to a temporary file in the
+// same directory, which is synced and then renamed. A value that could not be saved is written by the next save. If the
+// path is a symbolic link, the file that it points to is replaced.
 //
-// A file that is no JSON object is kept as preferences.json.damaged beside the new one by the first save; one that
-// cannot be read is left alone, and no save replaces it. An empty file holds nothing and is no damage. One log line for
-// damaged or unreadable preferences at the start and for each save that failed.
+// A file that is not a JSON object is damaged. The first save keeps it as preferences.json.damaged in the same
+// directory. While a file cannot be read, no save replaces it. An empty file holds no values and does not count as
+// damaged. Damaged or unreadable preferences cause one log line at startup, and each failed save causes one.
 //
-// Not promised: two processes that save at the same moment. The later one then wins, whole.
+// Two processes that save at the same moment are not synchronized: the later save replaces the whole file.
 class JsonPreferencesStore : public PreferencesStore {
   public:
     JsonPreferencesStore(std::string path, SystemLog& log);
@@ -39,14 +39,14 @@ class JsonPreferencesStore : public PreferencesStore {
   private:
     using Values = std::map<std::string, PreferenceValue, std::less<>>;
 
-    // 0, or the error.
+    // Returns 0 or an errno value.
     int save();
 
     SmallTextFile file_;
     SystemLog& log_;
     Values values_;
     Values unsaved_;
-    std::string known_;  // the file's text as this process last read or wrote it
+    std::string lastText_;  // the contents of the file when this process last read or wrote it
 };
 
 }  // namespace kovra

@@ -13,7 +13,7 @@ namespace kovra {
 
 namespace {
 
-bool mayBeRun(const std::string& path) {
+bool isExecutable(const std::string& path) {
     std::error_code error;
     return std::filesystem::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
 }
@@ -21,10 +21,10 @@ bool mayBeRun(const std::string& path) {
 }  // namespace
 
 std::optional<std::string> findProgram(const std::string& name) {
-    if (name.find('/') != std::string::npos) return mayBeRun(name) ? std::optional(name) : std::nullopt;
+    if (name.find('/') != std::string::npos) return isExecutable(name) ? std::optional(name) : std::nullopt;
     const char* path = std::getenv("PATH");
     for (const std::string& folder : splitAtColons(path == nullptr ? "" : path)) {
-        if (std::string candidate = folder + '/' + name; mayBeRun(candidate)) return candidate;
+        if (std::string candidate = folder + '/' + name; isExecutable(candidate)) return candidate;
     }
     return std::nullopt;
 }
@@ -32,9 +32,9 @@ std::optional<std::string> findProgram(const std::string& name) {
 std::string ownProgram() {
     std::error_code error;
     std::string path = std::filesystem::read_symlink("/proc/self/exe", error).native();
-    // The kernel's word for a file whose place another one has taken, as at an update: that one is meant from now on.
+    // The kernel appends this if the file was replaced, for example by an upgrade. Return the path of the new file.
     constexpr std::string_view replaced = " (deleted)";
-    if (path.ends_with(replaced) && !mayBeRun(path)) path.resize(path.size() - replaced.size());
+    if (path.ends_with(replaced) && !isExecutable(path)) path.resize(path.size() - replaced.size());
     return path;
 }
 

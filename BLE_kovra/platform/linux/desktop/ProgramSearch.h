@@ -5,8 +5,8 @@
 
 namespace kovra {
 
-// Where the program of this name is: looked for in $PATH, unless the name is a path already. Nothing where there is
-// none that may be run.
+// The path of the program with this name. Searches $PATH, unless the name is itself a path. Empty if no executable file
+// is found.
 std::optional<std::string> findProgram(const std::string& name);
 
 // The path of the program that this process runs.

@@ -42,7 +42,7 @@ int writeAll(int file, std::string_view text) {
     return 0;
 }
 
-// Where the links at the path lead in the end, whether a file is there or not.
+// Resolves the symbolic links at the path. The final file need not exist.
 int followLinks(fs::path& path) {
     std::error_code error;
     for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
@@ -56,13 +56,13 @@ int followLinks(fs::path& path) {
 
 int makeFolders(const fs::path& folder) {
     if (::mkdir(folder.c_str(), 0700) == 0) return 0;
-    if (errno == EEXIST) return 0;  // whether it is a folder shows when a file is made in it
+    if (errno == EEXIST) return 0;  // if it is not a directory, creating a file in it fails
     if (errno != ENOENT || !folder.has_relative_path()) return errno;
     if (const int error = makeFolders(folder.parent_path())) return error;
     return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
-// A second name for the file, one that nothing has.
+// Links the file to a second, unused name.
 int keepAside(const fs::path& file) {
     constexpr int mostNames = 1000;
     for (int number = 1; number <= mostNames; ++number) {
@@ -81,7 +81,7 @@ int writeAndSync(int number, const std::string& text) {
     return error != 0 ? error : errorAtClose;
 }
 
-// So that the new name outlasts a crash too. Some file systems know no such thing; the file is complete either way.
+// Makes the rename survive a crash. Some file systems do not support this; the file is complete in any case.
 void syncFolder(const fs::path& folder) {
     const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.isOpen()) ::fsync(opened.number());
@@ -91,7 +91,7 @@ void syncFolder(const fs::path& folder) {
 
 int SmallTextFile::read(std::string& text) const {
     text.clear();
-    // Never waits for the other end of a pipe.
+    // O_NONBLOCK: opening a FIFO must not wait for a writer.
     const FileDescriptor file(::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) return errno;
     struct stat status {};

@@ -6,25 +6,26 @@
 
 namespace kovra {
 
-// A small text file that is read and replaced whole. Errors are the system's numbers, 0 is success; nothing is logged.
+// A small text file that is always read and replaced as a whole. Errors are errno values, 0 means success. Logs
+// nothing.
 class SmallTextFile {
   public:
-    // Far above what anybody's choices or desktop entries take. A file beyond it is refused when read, and never
+    // Far larger than any preferences file or desktop entry. A larger file is not read, and a larger text is not
     // written.
     static constexpr std::size_t largestSize = 4 << 20;
 
     explicit SmallTextFile(std::string path) : path_(std::move(path)) {}
     const std::string& path() const { return path_; }
 
-    // ENOENT where there is no file. Only a plain file is read, through a link too.
+    // Returns ENOENT if there is no file. Reads regular files only; follows symbolic links.
     int read(std::string& text) const;
 
     enum class Old { replaced, keptAside };
     enum class Link { followed, replaced };
-    // Makes the text the whole content, through a temporary beside the file: after a crash or on a full disk the file
-    // is what it was or what it was to become. Makes missing folders, for the user alone. A link at the path stays and
-    // the file that it leads to is replaced, or the other way round. The old file is kept aside under a name that
-    // nothing has.
+    // Replaces the contents of the file with `text`, through a temporary file in the same directory. After a crash or
+    // on a full disk, the file has either its old or its new contents. Missing directories are created, accessible to
+    // the user only. `link` says whether a symbolic link at the path is followed or replaced. Old::keptAside keeps the
+    // old file under a new, unused name.
     int replace(const std::string& text, Old old, Link link = Link::followed) const;
 
   private:

@@ -6,29 +6,30 @@
 
 namespace kovra {
 
-// What the session's environment variables say: the display server, the desktop's names, and where freedesktop.org's
-// base directories (0.8) have configuration.
+// What the environment variables of the session say: the display server, the names of the desktop, and the
+// configuration directories of the freedesktop.org base directory specification (0.8).
 
-// What the user's session draws its windows with.
+// The display server of the user's session.
 enum class Desktop { none, x11, wayland };
 
-// Wayland wins where both have a display: a Wayland session may have an X server on the side, which starts and ends as
-// it likes and sees no keys but those of its own windows.
+// Prefers Wayland if both displays are set. A Wayland session may run an X server too, but that server can start and
+// exit at any time. It also receives only the keys that are typed into its own windows.
 Desktop currentDesktop();
 
-// $XDG_CURRENT_DESKTOP: the names that the user's desktop goes by, the most particular first.
+// The desktop names in $XDG_CURRENT_DESKTOP, the most specific one first.
 std::vector<std::string> desktopNames();
 
-// $XDG_CONFIG_HOME, or .config in the user's home. A relative path counts as unset. Empty for a user without a home.
+// $XDG_CONFIG_HOME, or .config in the home directory. A relative path counts as unset. Empty if the user has no home
+// directory.
 std::string userConfigFolder();
 
-// $XDG_CONFIG_DIRS, or /etc/xdg; the most important first. Relative paths are left out.
+// $XDG_CONFIG_DIRS, or /etc/xdg; the most important directory first. Relative paths are ignored.
 std::vector<std::string> systemConfigFolders();
 
-// The parts of a list that colons separate.
+// Splits a colon-separated list.
 std::vector<std::string> splitAtColons(std::string_view list);
 
-// Whether one of the names is among the others.
+// Whether the two lists have a name in common.
 bool anyOf(const std::vector<std::string>& some, const std::vector<std::string>& others);
 
 }  // namespace kovra

@@ -37,19 +37,20 @@ LoginStatus statusOf(const DesktopEntry& entry) {
 
 std::string entryIn(const std::string& folder) { return folder + "/autostart/" + XdgLoginService::entryName; }
 
-// Whether an entry stands in the way of all that come after it. One that cannot be read does so too.
-bool isThere(int errorOfReading) { return errorOfReading != ENOENT && errorOfReading != ENOTDIR; }
+// Whether an entry exists, by the error of reading it. An unreadable entry exists, and so overrides all later ones.
+bool entryExists(int readError) { return readError != ENOENT && readError != ENOTDIR; }
 
-bool systemHasAnEntry() {
+bool systemHasEntry() {
     const std::vector<std::string> folders = systemConfigFolders();
     return std::any_of(folders.begin(), folders.end(), [](const std::string& folder) {
         std::string text;
-        return isThere(SmallTextFile(entryIn(folder)).read(text));
+        return entryExists(SmallTextFile(entryIn(folder)).read(text));
     });
 }
 
-// It asks no desktop to wait for its panel: muting needs none, and the icon comes with the panel.
-constexpr const char* freshEntry =
+// No key makes the desktop wait for its panel: muting does not need one, and the icon appears as soon as the panel
+// does.
+constexpr const char* newEntry =
     "[Desktop Entry]\n"
     "Type=Application\n"
     "Name=BLE-kovra\n"
@@ -57,10 +58,10 @@ constexpr const char* freshEntry =
     "Icon=ble-kovra\n"
     "X-GNOME-Autostart-enabled=true\n";
 
-// Whether removing it loses nothing that the user, or the desktop's settings, put there. A program that stood elsewhere
-// is none of theirs: registering would replace it too.
-bool saysNoMoreThanOurs(const DesktopEntry& entry) {
-    DesktopEntry ours(freshEntry);
+// Whether the entry has no lines from the user or from the settings of the desktop, so that removing it loses nothing.
+// Another path of the program does not count, because registering would replace it too.
+bool hasOnlyOwnLines(const DesktopEntry& entry) {
+    DesktopEntry ours(newEntry);
     ours.setProgram(entry.program().value_or(""));
     const std::string known = '\n' + ours.text();
     std::istringstream lines(entry.text());
@@ -70,17 +71,17 @@ bool saysNoMoreThanOurs(const DesktopEntry& entry) {
     return true;
 }
 
-// Does this to the user's own entry, or to a new one where there is none yet.
+// Applies `change` to the user's own entry. Creates the entry if there is none.
 template <typename Change>
 Outcome edit(const std::string& program, Change change) {
     const std::string folder = userConfigFolder();
     if (folder.empty()) return refusal(ENOENT);
     const SmallTextFile file(entryIn(folder));
     std::string text;
-    if (const int error = file.read(text); error != 0 && isThere(error)) return refusal(error);
+    if (const int error = file.read(text); error != 0 && entryExists(error)) return refusal(error);
     DesktopEntry entry(text);
     if (!entry.hasMainGroup()) {
-        entry = DesktopEntry(freshEntry);
+        entry = DesktopEntry(newEntry);
         entry.setProgram(program);
     }
     change(entry);
@@ -99,18 +100,18 @@ LoginStatus XdgLoginService::status() const {
         std::string text;
         const int error = SmallTextFile(entryIn(folder)).read(text);
         if (error == 0) return statusOf(DesktopEntry(text));
-        if (isThere(error)) return LoginStatus::notFound;
+        if (entryExists(error)) return LoginStatus::notFound;
     }
     return LoginStatus::notRegistered;
 }
 
 Outcome XdgLoginService::registerApplication() {
-    // An entry is UTF-8.
+    // Desktop entries are UTF-8.
     if (!isUtf8(program_)) return refusal(EILSEQ);
     return edit(program_, [this](DesktopEntry& entry) {
         entry.set("Type", "Application");
         if (!entry.string("Name")) entry.set("Name", "BLE-kovra");
-        // Its arguments may be the user's.
+        // Keep a line that names this program: the user may have added arguments.
         if (entry.program() != program_) entry.setProgram(program_);
         const auto needed = entry.string("TryExec");
         if (needed && !findProgram(*needed)) entry.remove("TryExec");
@@ -124,15 +125,15 @@ Outcome XdgLoginService::registerApplication() {
 
 Outcome XdgLoginService::unregisterApplication() {
     const auto hide = [](DesktopEntry& entry) { entry.set("Hidden", "true"); };
-    if (systemHasAnEntry()) return edit(program_, hide);
+    if (systemHasEntry()) return edit(program_, hide);
     const std::string folder = userConfigFolder();
     if (folder.empty()) return refusal(ENOENT);
     std::string text;
-    if (const int error = SmallTextFile(entryIn(folder)).read(text); error != 0 && isThere(error))
+    if (const int error = SmallTextFile(entryIn(folder)).read(text); error != 0 && entryExists(error))
         return refusal(error);
-    if (!saysNoMoreThanOurs(DesktopEntry(text))) return edit(program_, hide);
-    const bool isGone = ::unlink(entryIn(folder).c_str()) == 0 || !isThere(errno);
-    return isGone ? Outcome::success() : refusal(errno);
+    if (!hasOnlyOwnLines(DesktopEntry(text))) return edit(program_, hide);
+    const bool isRemoved = ::unlink(entryIn(folder).c_str()) == 0 || !entryExists(errno);
+    return isRemoved ? Outcome::success() : refusal(errno);
 }
 
 }  // namespace kovra

@@ -7,23 +7,23 @@
 
 namespace kovra {
 
-// Launch at login by freedesktop.org's autostart rules (0.5): an entry of this program's name in a folder
-// "autostart", the user's own before the system's. The first that is found counts, also one that the desktop's own
-// settings have edited.
+// Launch at login according to the freedesktop.org autostart specification (0.5). The entry has the name of this
+// program and lies in a directory "autostart"; the user's directory comes before those of the system. The first entry
+// found counts, even if the settings of the desktop have edited it.
 //
-// enabled: the desktop will start what the entry names. notRegistered: there is no entry, or it says no.
-// requiresApproval: it says that it is not for this desktop. notFound: the program that it names is not there, or the
-// user has no folder for entries.
+// enabled: the desktop starts the program that the entry names. notRegistered: there is no entry, or the entry is
+// switched off. requiresApproval: the entry excludes this desktop. notFound: the named program does not exist, the
+// entry cannot be read, or the user has no directory for entries.
 //
-// Registering and unregistering change the user's own entry alone, whole or not at all: what it says besides stays, a
-// link in its place is replaced and what it leads to is left. Unregistering removes an entry that says no more than
-// registering writes, and hides one that does; an entry of the system's is switched off by one of the user's that hides
-// it.
+// Registering and unregistering change only the user's own entry, and each change is atomic. Other contents of the
+// entry are preserved. If the entry is a symbolic link, the link is replaced and its target is not touched.
+// Unregistering removes an entry that contains nothing but what registering writes, and hides any other. To disable an
+// entry of the system, it writes an entry for the user that hides it.
 class XdgLoginService : public LoginService {
   public:
     static constexpr const char* entryName = "org.ble_kovra.BLEKovra.desktop";
 
-    // `program` is the absolute path of what is to be started.
+    // `program` is the absolute path of the program to start.
     explicit XdgLoginService(std::string program) : program_(std::move(program)) {}
 
     LoginStatus status() const override;

@@ -5,7 +5,7 @@
 
 namespace kovra {
 
-// The desktop by way of xdg-open, which knows each desktop's own means. Where it is missing nothing opens.
+// Opens URLs with xdg-open, which supports every desktop. Does nothing if xdg-open is not installed.
 class XdgWorkspace : public Workspace {
   public:
     explicit XdgWorkspace(DescriptorLoop& loop) : started_(loop) {}

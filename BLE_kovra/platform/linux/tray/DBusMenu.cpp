@@ -15,7 +15,7 @@ int refuseId(sd_bus_error* error, std::int32_t id) {
     return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "The menu has no item %d.", static_cast<int>(id));
 }
 
-// That of a group of which not one was found.
+// The error for a group of items of which none exists.
 int refuseIds(sd_bus_error* error) {
     return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "The menu has none of these items.");
 }
@@ -38,8 +38,8 @@ void DBusMenu::detach() {
 void DBusMenu::layoutChanged() {
     ++revision_;
     constexpr std::int32_t farthest = std::numeric_limits<std::int32_t>::max() / 2;
-    firstId_ = firstId_ < farthest ? firstId_ + static_cast<std::int32_t>(announced_) : 1;
-    announced_ = menu_.items.size();
+    firstId_ = firstId_ < farthest ? firstId_ + static_cast<std::int32_t>(announcedItems_) : 1;
+    announcedItems_ = menu_.items.size();
     if (bus_ == nullptr) return;
     bus_->emit(path, interface, "LayoutUpdated",
                [this](BusWriter& arguments) { arguments.natural(revision_).integer(root); });
@@ -77,7 +77,7 @@ std::vector<std::int32_t> DBusMenu::allIds() const {
     return ids;
 }
 
-void DBusMenu::happened(std::int32_t id, const std::string& event) {
+void DBusMenu::handleEvent(std::int32_t id, const std::string& event) {
     const auto position = positionOf(id);
     if (position && event == "clicked") choose_(*position);
 }
@@ -150,7 +150,7 @@ int DBusMenu::event(sd_bus_message* call, sd_bus_error* error) {
     const int result = readEvent(call, event);
     if (result < 0) return result;
     if (!has(event.id)) return refuseId(error, event.id);
-    happened(event.id, event.name);
+    handleEvent(event.id, event.name);
     return sd_bus_reply_method_return(call, "");
 }
 
@@ -163,11 +163,11 @@ int DBusMenu::eventGroup(sd_bus_message* call, sd_bus_error* error) {
         if (!has(event.id)) missing.push_back(event.id);
     }
     if (!events.empty() && missing.size() == events.size()) return refuseIds(error);
-    for (const MenuEvent& event : events) happened(event.id, event.name);
+    for (const MenuEvent& event : events) handleEvent(event.id, event.name);
     return answer(call, [&](BusWriter& writer) { writeIds(writer, missing); });
 }
 
-// The menu is always up to date; nothing has to be read again before it is shown.
+// The exported menu is always up to date, so the desktop never has to read it again before showing it.
 int DBusMenu::aboutToShow(sd_bus_message* call, sd_bus_error* error) {
     std::int32_t id = 0;
     const int result = sd_bus_message_read(call, "i", &id);

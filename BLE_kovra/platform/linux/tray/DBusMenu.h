@@ -16,23 +16,24 @@
 
 namespace kovra {
 
-// The menu on the session bus, as com.canonical.dbusmenu: one level below the root. The desktop draws it, reads it
-// whenever it likes and reports what the user chose.
+// Exports the menu on the session bus as com.canonical.dbusmenu, with one level below the root. The desktop draws the
+// menu, reads it at any time, and reports what the user chose.
 //
-// Refused with an error: an item that does not exist, a property that no item has, a list longer than `longestList`.
+// Calls fail with an error if they name an unknown item or property, or contain a list longer than `longestList`.
 class DBusMenu {
   public:
     static constexpr const char* path = "/MenuBar";
     static constexpr const char* interface = "com.canonical.dbusmenu";
     static constexpr std::size_t longestList = 1000;
 
-    // `choose` is given the position of what was chosen, inside the library's dispatch: it only posts.
+    // `choose` receives the position of the chosen item. It is called inside the library's dispatch, so it may only
+    // post to the queue.
     DBusMenu(const Menu& menu, std::function<void(std::size_t position)> choose);
 
     void exportOn(BusConnection& bus);
     void detach();
 
-    // The menu is another one now: its items get new numbers, so that a late choice in the old menu meets nothing.
+    // The menu was replaced. Its items get new numbers, so that a late click in the old menu has no effect.
     void layoutChanged();
     void statesChanged(const std::vector<std::size_t>& positions);
 
@@ -57,7 +58,7 @@ class DBusMenu {
     std::int32_t idAt(std::size_t position) const;
     DBusMenuProperties propertiesOf(std::int32_t id) const;
     std::vector<std::int32_t> allIds() const;
-    void happened(std::int32_t id, const std::string& event);
+    void handleEvent(std::int32_t id, const std::string& event);
     void writeItem(BusWriter& writer, std::int32_t id, bool withChildren, const std::set<std::string>& names) const;
 
     const Menu& menu_;
@@ -66,7 +67,7 @@ class DBusMenu {
     BusSlot slot_;
     std::uint32_t revision_ = 1;
     std::int32_t firstId_ = 1;
-    std::size_t announced_ = 0;  // how many items that layout had
+    std::size_t announcedItems_ = 0;  // the number of items in the last announced layout
 };
 
 }  // namespace kovra

@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// In a label one underscore marks a mnemonic, two are an underscore.
+// In a label, one underscore marks a mnemonic, and two stand for one underscore.
 std::string escaped(std::string_view title) {
     std::string label;
     for (const char c : title) {
@@ -19,8 +19,8 @@ std::string escaped(std::string_view title) {
     return label;
 }
 
-// A panel reads the name of a key with its toolkit: those made with GTK by X's names, those made with Qt by what stands
-// on the key. For letters and digits that is the same; empty for a key that has no name here.
+// Panels parse the name of a key with their toolkit. GTK expects X keysym names, Qt expects the character on the key.
+// For letters and digits both are the same. Empty for a key without a name here.
 std::string keyName(const std::string& key) {
     if (key == ",") return anyOf(desktopNames(), {"KDE", "LXQt"}) ? "," : "comma";
     if (key.size() != 1) return "";
@@ -34,7 +34,7 @@ const char* typeOf(const DBusMenuProperty& property) {
     return types.at(property.value.index());
 }
 
-// Reads an array element by element: `readOne` gives the library's answer, 0 at the end of the array.
+// Reads an array element by element. `readOne` returns the result of the library, which is 0 at the end of the array.
 template <typename ReadOne>
 int readArray(sd_bus_message* call, const char* of, std::size_t atMost, sd_bus_error* error, ReadOne readOne) {
     int result = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, of);

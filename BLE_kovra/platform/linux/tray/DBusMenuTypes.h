@@ -15,13 +15,12 @@
 
 namespace kovra {
 
-// The types of com.canonical.dbusmenu: how an item's properties are written, and how the arguments of its calls are
-// read.
+// The types of com.canonical.dbusmenu: writes the properties of items, and reads the arguments of calls.
 
-// The keys of a shortcut: modifiers, then the key by the name that the desktop's panels know.
+// The keys of a shortcut: the modifiers, then the key, by the names that panels know.
 using DBusMenuShortcut = std::vector<std::string>;
 
-// A property of a menu item as com.canonical.dbusmenu has it.
+// A property of a menu item in com.canonical.dbusmenu.
 struct DBusMenuProperty {
     std::string name;
     std::variant<bool, std::int32_t, std::string, DBusMenuShortcut> value;
@@ -29,32 +28,32 @@ struct DBusMenuProperty {
 };
 using DBusMenuProperties = std::vector<DBusMenuProperty>;
 
-// Those that differ from what the interface takes for granted.
+// The properties that differ from the defaults of the interface.
 DBusMenuProperties dbusMenuProperties(const MenuItem& item);
-// Of the menu itself, the root of all items.
+// The properties of the menu itself, which is the root of all items.
 DBusMenuProperties dbusMenuRootProperties();
-// What the interface takes for granted, where an item says nothing else.
+// The values that the interface assumes for properties that an item does not have.
 const DBusMenuProperties& dbusMenuDefaults();
-// The check mark alone; empty for an item without one.
+// The state of the check mark only; empty for an item without a check mark.
 DBusMenuProperties dbusMenuState(const MenuItem& item);
 
-// As a variant.
+// Writes the property as a variant.
 void write(BusWriter& writer, const DBusMenuProperty& property);
-// As a{sv}, those of the given names; all of them where no name is given.
+// Writes the properties with the given names as a{sv}; an empty set of names means all properties.
 void write(BusWriter& writer, const DBusMenuProperties& properties, const std::set<std::string>& names);
 
-// What was done to a menu item.
+// An event that the desktop reports for a menu item.
 struct MenuEvent {
     std::int32_t id = 0;
     std::string name;
 };
 
-// Each reads the next argument of a call. Negative, with the error set, where it is of another kind or longer than
-// `atMost`.
+// Each function reads the next argument of a call. It returns a negative value and sets the error if the argument has
+// another type or is longer than `atMost`.
 int readIds(sd_bus_message* call, std::size_t atMost, std::vector<std::int32_t>& ids, sd_bus_error* error);
 int readNames(sd_bus_message* call, std::size_t atMost, std::set<std::string>& names, sd_bus_error* error);
 int readEvents(sd_bus_message* call, std::size_t atMost, std::vector<MenuEvent>& events, sd_bus_error* error);
-// The event's own data and its time are passed over.
+// Ignores the data and the timestamp of the event.
 int readEvent(sd_bus_message* call, MenuEvent& event);
 
 void writeIds(BusWriter& writer, const std::vector<std::int32_t>& ids);

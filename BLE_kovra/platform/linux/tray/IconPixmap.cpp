@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// Whether the rectangle, grown on every side by `growth`, covers the point. Its rounded corners grow with it.
+// Whether the rectangle, enlarged on every side by `growth`, covers the point. The radius of its corners grows too.
 bool covers(const RoundedRectangle& rectangle, double growth, Point point) {
     const double halfWidth = rectangle.size.width / 2 + growth;
     const double halfHeight = rectangle.size.height / 2 + growth;
@@ -50,7 +50,7 @@ bool isInked(const Drawing& drawing, Point point) {
     });
 }
 
-// How much of the pixel is inked, 0 to 255, by a grid of samples.
+// How much of the pixel is covered by ink, from 0 to 255, estimated with a grid of samples.
 std::uint8_t coverage(const Drawing& drawing, int pixels, int column, int row) {
     constexpr int samples = 4;
     int inked = 0;
@@ -72,7 +72,7 @@ std::vector<std::uint8_t> argbPixmap(const Drawing& drawing, int pixels) {
     for (int row = 0; row < pixels; ++row) {
         for (int column = 0; column < pixels; ++column) {
             bytes.push_back(coverage(drawing, pixels, column, row));
-            for (const int shift : {16, 8, 0}) bytes.push_back(static_cast<std::uint8_t>(iconGrey >> shift));
+            for (const int shift : {16, 8, 0}) bytes.push_back(static_cast<std::uint8_t>(iconGray >> shift));
         }
     }
     return bytes;

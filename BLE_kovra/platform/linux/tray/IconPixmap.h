@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// The drawing as `pixels` by `pixels` points of colour, for panels that take no icon by its name: four bytes each,
-// alpha, red, green, blue, the colours not multiplied by alpha; rows from the top.
+// Renders the drawing with `pixels` by `pixels` pixels, for panels that cannot load an icon by name. Each pixel has
+// four bytes: alpha, red, green and blue, not premultiplied. The first row is the top row.
 std::vector<std::uint8_t> argbPixmap(const Drawing& drawing, int pixels);
 
 }  // namespace kovra

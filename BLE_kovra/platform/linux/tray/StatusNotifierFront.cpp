@@ -18,27 +18,27 @@ StatusNotifierFront::StatusNotifierFront(TrayItem& item, SessionBus& bus, Status
 StatusNotifierFront::~StatusNotifierFront() {
     if (!isExported_) return;
     watcher_.setItem("");
-    if (bus_ != nullptr) bus_->releaseName(busName_.c_str());  // which takes the item from every panel
+    if (bus_ != nullptr) bus_->releaseName(busName_.c_str());  // removes the item from every panel
 }
 
 void StatusNotifierFront::show(const TrayContents&, const TrayChanges& changes) {
     item_.notify(changes);
     if (changes.menu) menu_.layoutChanged();
     if (!changes.states.empty()) menu_.statesChanged(changes.states);
-    isComplete_ = true;
-    exportWhenComplete();
+    hasContents_ = true;
+    exportIfReady();
 }
 
 void StatusNotifierFront::busChanged(BusConnection* bus) {
     bus_ = bus;
-    if (bus != nullptr) return exportWhenComplete();
+    if (bus != nullptr) return exportIfReady();
     isExported_ = false;
     item_.detach();
     menu_.detach();
 }
 
-void StatusNotifierFront::exportWhenComplete() {
-    if (bus_ == nullptr || !isComplete_ || isExported_) return;
+void StatusNotifierFront::exportIfReady() {
+    if (bus_ == nullptr || !hasContents_ || isExported_) return;
     isExported_ = true;
     item_.exportOn(*bus_);
     menu_.exportOn(*bus_);

@@ -10,8 +10,9 @@
 
 namespace kovra {
 
-// The item on the session bus, for the bars of all desktops that follow StatusNotifierItem: exported and registered
-// whenever the bus is up, under a name of its own that goes with it. Signals tell only what has changed.
+// Shows the item on every desktop that supports StatusNotifierItem. Exports and registers the item whenever the session
+// bus is connected. The item has a bus name of its own, which is released together with it. Signals report changes
+// only.
 class StatusNotifierFront : public TrayFront {
   public:
     StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher, ActivationToken& token,
@@ -22,14 +23,14 @@ class StatusNotifierFront : public TrayFront {
 
   private:
     void busChanged(BusConnection* bus);
-    void exportWhenComplete();
+    void exportIfReady();
 
-    BusConnection* bus_ = nullptr;  // while it is up
+    BusConnection* bus_ = nullptr;  // null while disconnected
     StatusNotifierWatcher& watcher_;
     const std::string busName_;
     StatusNotifierItem item_;
     DBusMenu menu_;
-    bool isComplete_ = false;  // there is something to show
+    bool hasContents_ = false;  // the item has contents to show
     bool isExported_ = false;
     BusToken listening_;
 };

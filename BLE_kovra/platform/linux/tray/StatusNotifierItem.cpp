@@ -15,10 +15,10 @@ namespace {
 
 constexpr std::string_view title = "BLE-kovra";
 
-// Panels take the next larger one and scale it down; 22 is what most show, 48 twice that with some to spare.
+// Panels choose the next larger size and scale it down. Most show 22 pixels; 48 is a little more than twice that.
 constexpr std::array pixmapSizes{22, 32, 48};
 
-// A tool tip is read as markup.
+// Hosts interpret the tool tip as markup.
 std::string escaped(std::string_view text) {
     std::string markup;
     for (const char c : text) {
@@ -82,7 +82,7 @@ void StatusNotifierItem::writeProperty(BusWriter& writer, std::string_view name)
     if (name == "OverlayIconPixmap" || name == "AttentionIconPixmap") writer.openArray("(iiay)").close();
 }
 
-// Drawn anew each time: hosts ask seldom, and what is kept would cost memory for good.
+// Rendered for each request: hosts read the pixmaps rarely, and a cache would permanently use memory.
 void StatusNotifierItem::writePixmaps(BusWriter& writer) const {
     writer.openArray("(iiay)");
     for (const int pixels : pixmapSizes) {

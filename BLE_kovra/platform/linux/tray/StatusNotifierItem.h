@@ -15,22 +15,23 @@
 
 namespace kovra {
 
-// The icon on the session bus, as org.kde.StatusNotifierItem: its picture by name and as pixmaps, its tool tip, and
-// where its menu is.
+// Exports the icon on the session bus as org.kde.StatusNotifierItem: the image by name and as pixmaps, the tool tip,
+// and the path of the menu.
 //
-// The menu is all that it has (ItemIsMenu), and the desktop draws it. Some desktops tell of the clicks all the same
-// (Activate, SecondaryActivate, ContextMenu): the item then asks for the menu at the place that they name. Where nobody
-// can open it there are no such methods, so that a desktop learns this and may open the menu itself.
+// The item has nothing but its menu (ItemIsMenu), and the desktop draws that menu. Some desktops report clicks anyway
+// (Activate, SecondaryActivate, ContextMenu). The item then opens the menu at the position that they name. If the
+// program cannot open a menu, these methods are not exported. The desktop then gets an error and may open the menu
+// itself.
 class StatusNotifierItem {
   public:
     static constexpr const char* path = "/StatusNotifierItem";
     static constexpr const char* interface = "org.kde.StatusNotifierItem";
 
-    // Asks for the menu at a place of the screen. Called inside the bus's callback.
+    // Opens the menu at a position on the screen. Called inside a callback of the bus.
     using PopUp = std::function<void(int x, int y)>;
 
-    // `iconThemePath` is a folder with the pictures, empty where the desktop's icon theme has them. `popUp` is empty
-    // where nobody can open the menu.
+    // `iconThemePath` is a folder with the icons; it is empty if the icon theme of the desktop has them. `popUp` is
+    // empty if the program cannot open the menu.
     StatusNotifierItem(const TrayContents& contents, ActivationToken& token, std::string iconThemePath, PopUp popUp);
 
     void exportOn(BusConnection& bus);
@@ -59,7 +60,7 @@ class StatusNotifierItem {
     BusSlot slot_;
 };
 
-// The folder of pictures beside the program, as in a build folder; empty where there is none.
+// The icon folder next to the program, as in a build folder. Empty if there is none.
 std::string iconsBesideProgram();
 
 }  // namespace kovra

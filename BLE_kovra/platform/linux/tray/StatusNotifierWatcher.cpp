@@ -49,7 +49,7 @@ void StatusNotifierWatcher::ownerChanged(bool isPresent) {
 }
 
 void StatusNotifierWatcher::hostsChanged() {
-    registerItem();  // with a watcher that had its name before it could take items
+    registerItem();  // for a watcher that took its name before it could accept items
     queryHost();
 }
 

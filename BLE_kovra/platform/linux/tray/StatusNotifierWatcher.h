@@ -7,20 +7,21 @@
 
 namespace kovra {
 
-// The desktop's register of status items, org.kde.StatusNotifierWatcher, and whether there is a host: a panel that
-// shows what is registered. Both may come late, go, and come back, as may the session bus.
+// A client of org.kde.StatusNotifierWatcher, the service where status items register. Reports whether there is a host,
+// that is, a panel that shows the registered items. The service, the host and the session bus may start late, disappear
+// and return.
 class StatusNotifierWatcher {
   public:
     explicit StatusNotifierWatcher(SessionBus& bus);
 
-    // False while the desktop has not said so.
+    // False until the desktop has answered.
     bool hasHost() const { return hasHost_; }
-    // Receives from the queue whether there is a host, whenever that has changed.
+    // Called from the queue whenever the presence of a host changes.
     using Hosts = Listeners<bool>;
     [[nodiscard]] Hosts::Token listen(Hosts::Listener listener) { return hosts_.add(std::move(listener)); }
 
-    // The item, under the bus name that this program owns for it, is registered with the watcher that is present and
-    // with each that comes. An empty name for no item.
+    // Registers the item with the current watcher and with every later one. `busName` is a name that this program owns.
+    // An empty name means no item.
     void setItem(std::string busName);
 
   private:
@@ -33,7 +34,7 @@ class StatusNotifierWatcher {
 
     BusConnection* bus_ = nullptr;
     std::string item_;
-    bool isRegistered_ = false;  // or about to be
+    bool isRegistered_ = false;  // or the call is pending
     bool hasHost_ = false;
     Hosts hosts_;
     BusToken owner_;

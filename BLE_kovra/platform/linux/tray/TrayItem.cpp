@@ -8,7 +8,7 @@ namespace kovra {
 
 namespace {
 
-// Whether two items look alike but for the check mark itself.
+// Whether two items look the same, apart from the state of the check mark.
 bool lookAlike(const MenuItem& one, const MenuItem& other) {
     return one.title == other.title && one.keyEquivalent == other.keyEquivalent &&
            one.state.has_value() == other.state.has_value() && one.isEnabled == other.isEnabled &&
@@ -26,35 +26,35 @@ TrayItem::TrayItem(MainQueue& queue) : queue_(queue) {}
 
 void TrayItem::setMenu(Menu menu) {
     contents_.menu = std::move(menu);
-    showSoon();
+    scheduleShow();
 }
 
 void TrayItem::setState(int tag, MenuItemState state) {
     MenuItem* item = contents_.menu.itemWithTag(tag);
     if (item == nullptr || item->state == state) return;
     item->state = state;
-    showSoon();
+    scheduleShow();
 }
 
 void TrayItem::setImage(const Drawing& image) {
     contents_.image = image;
     contents_.imageIsTemplate = false;
-    showSoon();
+    scheduleShow();
 }
 
 void TrayItem::setImageIsTemplate(bool isTemplate) {
     contents_.imageIsTemplate = isTemplate;
-    showSoon();
+    scheduleShow();
 }
 
 void TrayItem::setToolTip(const std::string& text) {
     contents_.toolTip = text;
-    showSoon();
+    scheduleShow();
 }
 
 void TrayItem::add(std::unique_ptr<TrayFront> front) {
-    places_.push_back({std::move(front)});
-    showSoon();
+    fronts_.push_back({std::move(front)});
+    scheduleShow();
 }
 
 void TrayItem::choose(std::size_t position) {
@@ -68,29 +68,29 @@ void TrayItem::perform(std::size_t position) {
     const Lifetime::Observer self = lifetime_.observe();
     if (item.isEnabled && item.action) {
         const auto action = item.action->perform;
-        action();  // which may change the menu, or end the item
+        action();  // may replace the menu or destroy this object
     }
     if (!hasState || self.hasEnded()) return;
     queue_.async(lifetime_.guard([this, position] {
-        toRepeat_.push_back(position);
-        showSoon();
+        repeatedStates_.push_back(position);
+        scheduleShow();
     }));
 }
 
-void TrayItem::showSoon() {
-    if (!std::exchange(isShownSoon_, true)) queue_.async(lifetime_.guard([this] { show(); }));
+void TrayItem::scheduleShow() {
+    if (!std::exchange(isShowScheduled_, true)) queue_.async(lifetime_.guard([this] { show(); }));
 }
 
 void TrayItem::show() {
-    isShownSoon_ = false;
+    isShowScheduled_ = false;
     const TrayChanges changed = changes();
-    toRepeat_.clear();
+    repeatedStates_.clear();
     shown_ = contents_;
-    for (Place& place : places_) {
-        if (std::exchange(place.isNew, false)) {
-            place.front->show(contents_, {.image = true, .toolTip = true, .menu = true, .states = {}});
+    for (FrontEntry& entry : fronts_) {
+        if (std::exchange(entry.isNew, false)) {
+            entry.front->show(contents_, {.image = true, .toolTip = true, .menu = true, .states = {}});
         } else if (changed.any()) {
-            place.front->show(contents_, changed);
+            entry.front->show(contents_, changed);
         }
     }
 }
@@ -103,7 +103,8 @@ TrayChanges TrayItem::changes() const {
     if (changes.menu) return changes;
     const auto& items = contents_.menu.items;
     for (std::size_t position = 0; position < items.size(); ++position) {
-        const bool isRepeated = std::find(toRepeat_.begin(), toRepeat_.end(), position) != toRepeat_.end();
+        const bool isRepeated =
+            std::find(repeatedStates_.begin(), repeatedStates_.end(), position) != repeatedStates_.end();
         if (!items[position].state) continue;
         if (isRepeated || items[position].state != shown_.menu.items[position].state)
             changes.states.push_back(position);

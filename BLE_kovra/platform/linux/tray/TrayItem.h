@@ -12,7 +12,7 @@
 
 namespace kovra {
 
-// All that a tray shows of the item.
+// Everything that a tray shows for the item.
 struct TrayContents {
     std::optional<Drawing> image;
     bool imageIsTemplate = false;
@@ -20,26 +20,26 @@ struct TrayContents {
     Menu menu;
 };
 
-// What to show anew.
+// Which parts must be shown again.
 struct TrayChanges {
-    bool image = false;  // the picture, or whether it is a template
+    bool image = false;  // the image, or whether it is a template
     bool toolTip = false;
-    bool menu = false;                // it is another menu
-    std::vector<std::size_t> states;  // in the same menu: the positions of items whose check mark is to be shown
+    bool menu = false;                // the menu was replaced
+    std::vector<std::size_t> states;  // in an unchanged menu: positions of the items whose check mark must be shown
 
     bool any() const { return image || toolTip || menu || !states.empty(); }
 };
 
-// One way for the item to be seen and clicked. It lives inside its item.
+// One way to show the item and to receive clicks. Owned by the item.
 class TrayFront {
   public:
     virtual ~TrayFront() = default;
-    // From the queue: first with everything changed, then whenever something has.
+    // Called from the queue: the first time with every part marked as changed, then after each change.
     virtual void show(const TrayContents& contents, const TrayChanges& changes) = 0;
 };
 
-// The item of the tray: keeps what is shown, and has its fronts show it at most once a turn of the queue, and only what
-// differs from what they showed last.
+// The item in the tray. Keeps the contents and passes them to its fronts, at most once per turn of the queue. The
+// fronts receive only the differences from what they last showed.
 class TrayItem : public StatusItem, private StatusBarButton {
   public:
     explicit TrayItem(MainQueue& queue);
@@ -48,18 +48,18 @@ class TrayItem : public StatusItem, private StatusBarButton {
     void setMenu(Menu menu) override;
     void setState(int tag, MenuItemState state) override;
 
-    // For the fronts.
+    // The rest is for the fronts.
     void add(std::unique_ptr<TrayFront> front);
     const TrayContents& contents() const { return contents_; }
-    // As it was shown last.
+    // The contents that the fronts showed last.
     const TrayContents& shown() const { return shown_; }
-    // The user's choice, by position in the menu. From the queue the item's action is performed, if it is enabled and
-    // has one. Trays flip a check mark by themselves, rightly or not: when the action and what it queued have had their
-    // turn, the fronts show the state again, also an unchanged one.
+    // The user chose the item at this position. Its action runs from the queue, if the item is enabled and has an
+    // action. Some trays toggle a check mark by themselves. So the fronts show the state again after the action and the
+    // blocks that it queued have run, even if the state is unchanged.
     void choose(std::size_t position);
 
   private:
-    struct Place {
+    struct FrontEntry {
         std::unique_ptr<TrayFront> front;
         bool isNew = true;
     };
@@ -70,16 +70,16 @@ class TrayItem : public StatusItem, private StatusBarButton {
     void setToolTip(const std::string& text) override;
 
     void perform(std::size_t position);
-    void showSoon();
+    void scheduleShow();
     void show();
     TrayChanges changes() const;
 
     MainQueue& queue_;
     TrayContents contents_;
     TrayContents shown_;
-    std::vector<std::size_t> toRepeat_;  // positions whose state is to be shown again
-    bool isShownSoon_ = false;
-    std::vector<Place> places_;
+    std::vector<std::size_t> repeatedStates_;  // positions whose state must be shown again
+    bool isShowScheduled_ = false;
+    std::vector<FrontEntry> fronts_;
     Lifetime lifetime_;
 };
 

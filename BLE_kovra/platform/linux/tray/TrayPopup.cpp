@@ -15,16 +15,17 @@ TrayPopup::~TrayPopup() { window_.release(); }
 
 void TrayPopup::open(int x, int y) {
     using std::chrono::milliseconds;
-    const auto asked = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
-    queue_.async(lifetime_.guard([this, x, y, asked] {
-        asked_ = asked;
-        window_.send(PopUpMenu{x, y, asked, item_.shown().menu});
+    const auto requestedAt =
+        std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
+    queue_.async(lifetime_.guard([this, x, y, requestedAt] {
+        lastRequest_ = requestedAt;
+        window_.send(PopUpMenu{x, y, requestedAt, item_.shown().menu});
     }));
 }
 
 void TrayPopup::receive(const MenuClosed& closed) {
     if (closed.chosen) item_.choose(*closed.chosen);
-    if (closed.asked == asked_) window_.release();  // else it was opened again meanwhile
+    if (closed.asked == lastRequest_) window_.release();  // otherwise the menu was requested again in the meantime
 }
 
 }  // namespace kovra

@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// The item's menu, opened by the window process where a desktop asks for it, on a screen that lets programs place their
-// windows.
+// Lets the window process open the menu of the item when a desktop requests it. Only for display servers that allow
+// programs to position their windows.
 class TrayPopup {
   public:
     TrayPopup(MainQueue& queue, WindowProcess& window, TrayItem& item);
@@ -18,7 +18,7 @@ class TrayPopup {
     TrayPopup(const TrayPopup&) = delete;
     TrayPopup& operator=(const TrayPopup&) = delete;
 
-    // From the queue the menu opens as the item then has it; where it is open it closes.
+    // Opens the menu from the queue, with its current contents. If the menu is open, closes it.
     void open(int x, int y);
 
   private:
@@ -27,7 +27,7 @@ class TrayPopup {
     MainQueue& queue_;
     WindowProcess& window_;
     TrayItem& item_;
-    std::chrono::milliseconds asked_{};  // last
+    std::chrono::milliseconds lastRequest_{};  // of the last request
     WindowProcess::Messages::Token listening_;
     Lifetime lifetime_;
 };

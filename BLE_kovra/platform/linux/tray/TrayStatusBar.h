@@ -9,14 +9,15 @@
 
 namespace kovra {
 
-// The desktop's tray. The item is given one front by each of the makers; it may die before the tray and outlive it.
+// The tray of the desktop. Each function in `makers` creates one front for the item. The item may be destroyed before
+// or after the tray.
 class TrayStatusBar : public StatusBar {
   public:
     using MakeFront = std::function<std::unique_ptr<TrayFront>(TrayItem& item)>;
 
     TrayStatusBar(MainQueue& queue, std::vector<MakeFront> makers);
 
-    // A tray gives a program's icon the room that it needs; another length means nothing here.
+    // Ignores `length`, because a tray gives each icon the space that it needs.
     std::unique_ptr<StatusItem> statusItem(double length) override;
 
   private:

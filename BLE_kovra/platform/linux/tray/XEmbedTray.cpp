@@ -26,14 +26,14 @@ XEmbedTray::~XEmbedTray() {
 }
 
 void XEmbedTray::follow(StatusNotifierWatcher& watcher) {
-    hosts_ = watcher.listen([this](bool hasHost) { choice_.setHostIsThere(hasHost); });
-    choice_.setHostIsThere(watcher.hasHost());
+    hosts_ = watcher.listen([this](bool hasHost) { choice_.setHostPresent(hasHost); });
+    choice_.setHostPresent(watcher.hasHost());
 }
 
 void XEmbedTray::lookForTrays(XConnection& x, bool isWanted) {
     watch_.reset();
     if (!isWanted) return;
-    watch_ = std::make_unique<XEmbedTrayWatch>(x, [this](bool isThere) { choice_.setTrayIsThere(isThere); });
+    watch_ = std::make_unique<XEmbedTrayWatch>(x, [this](bool isPresent) { choice_.setTrayPresent(isPresent); });
 }
 
 void XEmbedTray::showIcon(const TrayItem& item, bool isWanted) {

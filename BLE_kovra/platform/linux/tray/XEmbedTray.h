@@ -11,15 +11,16 @@
 
 namespace kovra {
 
-// The item's front in a tray that embeds windows, which the window process shows. Only where XEmbedTrayChoice wants it.
+// Shows the item in a tray that embeds windows (XEmbed). The window process shows the icon there, whenever
+// XEmbedTrayChoice requires it.
 class XEmbedTray : public TrayFront {
   public:
     XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item);
     ~XEmbedTray() override;
 
-    // From now on a StatusNotifier host of this watcher's, whenever there is one, takes the icon over.
+    // From now on, this watcher decides whether there is a StatusNotifier host, which takes over the icon.
     void follow(StatusNotifierWatcher& watcher);
-    void setHostIsThere(bool isThere) { choice_.setHostIsThere(isThere); }
+    void setHostPresent(bool isPresent) { choice_.setHostPresent(isPresent); }
 
     void show(const TrayContents& contents, const TrayChanges& changes) override;
 

@@ -12,16 +12,16 @@ XEmbedTrayChoice::~XEmbedTrayChoice() {
     if (wait_) wait_->cancel();
 }
 
-void XEmbedTrayChoice::setHostIsThere(bool isThere) {
-    if (std::exchange(hostIsThere_, isThere) == isThere) return;
-    if (!isThere) return waitForHost();
+void XEmbedTrayChoice::setHostPresent(bool isPresent) {
+    if (std::exchange(isHostPresent_, isPresent) == isPresent) return;
+    if (!isPresent) return waitForHost();
     if (wait_) wait_->cancel();
     wait_.reset();
     look(false);
 }
 
-void XEmbedTrayChoice::setTrayIsThere(bool isThere) {
-    trayIsThere_ = isThere;
+void XEmbedTrayChoice::setTrayPresent(bool isPresent) {
+    isTrayPresent_ = isPresent;
     update();
 }
 
@@ -34,12 +34,12 @@ void XEmbedTrayChoice::waitForHost() {
 
 void XEmbedTrayChoice::look(bool isWanted) {
     if (std::exchange(isLooking_, isWanted) == isWanted) return;
-    if (!isWanted) setTrayIsThere(false);
+    if (!isWanted) setTrayPresent(false);
     actions_.lookForTrays(isWanted);
 }
 
 void XEmbedTrayChoice::update() {
-    const bool isWanted = isLooking_ && trayIsThere_;
+    const bool isWanted = isLooking_ && isTrayPresent_;
     if (std::exchange(iconIsWanted_, isWanted) != isWanted) actions_.showIcon(isWanted);
 }
 

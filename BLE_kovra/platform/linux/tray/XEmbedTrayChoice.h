@@ -8,28 +8,29 @@
 
 namespace kovra {
 
-// Decides when the icon goes into a tray that embeds windows (XEmbed): only where the desktop has such a tray and no
-// StatusNotifier host. A host is given some time to come, at login as after a restart of the panel, before anybody
-// looks for the other kind of tray; when one comes later it takes over at once. Where there is a host all of this costs
-// nothing.
+// Decides when the icon goes into a tray that embeds windows (XEmbed): only if the desktop has such a tray and no
+// StatusNotifier host. At login and after a restart of the panel, the host gets the time `grace` to appear. Only then
+// is the other kind of tray searched for. A host that appears later takes over immediately. As long as there is a host,
+// no timer runs and no tray is searched for.
 class XEmbedTrayChoice {
   public:
     static constexpr std::chrono::seconds grace{5};
 
-    // Called when the answer changes; both start with false. Trays are reported only while they are looked for.
+    // Called when the decision changes; both decisions are initially false. Trays must be reported only while
+    // `lookForTrays` requires it.
     struct Actions {
         std::function<void(bool isWanted)> lookForTrays;
         std::function<void(bool isWanted)> showIcon;
     };
 
-    // Starts with no host known, and no tray.
+    // Assumes at first that there is no host and no tray.
     XEmbedTrayChoice(MainQueue& queue, Actions actions);
     ~XEmbedTrayChoice();
     XEmbedTrayChoice(const XEmbedTrayChoice&) = delete;
     XEmbedTrayChoice& operator=(const XEmbedTrayChoice&) = delete;
 
-    void setHostIsThere(bool isThere);
-    void setTrayIsThere(bool isThere);
+    void setHostPresent(bool isPresent);
+    void setTrayPresent(bool isPresent);
 
   private:
     void waitForHost();
@@ -38,9 +39,9 @@ class XEmbedTrayChoice {
 
     MainQueue& queue_;
     const Actions actions_;
-    bool hostIsThere_ = false;
+    bool isHostPresent_ = false;
     bool isLooking_ = false;
-    bool trayIsThere_ = false;
+    bool isTrayPresent_ = false;
     bool iconIsWanted_ = false;
     std::unique_ptr<DelayedTask> wait_;
 };

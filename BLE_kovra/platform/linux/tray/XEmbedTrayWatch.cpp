@@ -11,16 +11,16 @@ namespace kovra {
 
 namespace {
 
-xcb_intern_atom_cookie_t askForAtom(xcb_connection_t* connection, std::string_view name) {
+xcb_intern_atom_cookie_t requestAtom(xcb_connection_t* connection, std::string_view name) {
     return xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
 }
 
-xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t asked) {
-    const Allocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, asked, nullptr));
+xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t cookie) {
+    const Allocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
     return reply ? reply->atom : XCB_NONE;
 }
 
-// The place of our own screen in the server's list of screens.
+// The number of our screen in the server's list of screens.
 int screenNumber(const XConnection& x) {
     int number = 0;
     for (auto each = xcb_setup_roots_iterator(xcb_get_setup(x.get())); each.rem > 0; xcb_screen_next(&each), ++number) {
@@ -38,14 +38,14 @@ void select(const XConnection& x, xcb_window_t window, std::uint32_t events) {
 XEmbedTrayWatch::XEmbedTrayWatch(XConnection& x, std::function<void(bool)> changed)
     : x_(x), changed_(std::move(changed)) {
     listening_ = x_.listen([this](const xcb_generic_event_t& event) { receive(event); });
-    const auto selection = askForAtom(x_.get(), "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber(x_)));
-    const auto announcement = askForAtom(x_.get(), "MANAGER");
+    const auto selection = requestAtom(x_.get(), "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber(x_)));
+    const auto announcement = requestAtom(x_.get(), "MANAGER");
     select(x_, x_.roots().front(), XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-    whenAnswered_ = x_.whenServed([this, selection, announcement] {
-        whenAnswered_.reset();
+    pendingReply_ = x_.whenServed([this, selection, announcement] {
+        pendingReply_.reset();
         selection_ = atom(x_.get(), selection);
         announcement_ = atom(x_.get(), announcement);
-        look();
+        queryOwner();
     });
 }
 
@@ -58,26 +58,27 @@ XEmbedTrayWatch::~XEmbedTrayWatch() {
 void XEmbedTrayWatch::receive(const xcb_generic_event_t& event) {
     if (XConnection::kindOf(event) == XCB_CLIENT_MESSAGE) {
         const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
-        if (message.type == announcement_ && message.format == 32 && message.data.data32[1] == selection_) look();
+        if (message.type == announcement_ && message.format == 32 && message.data.data32[1] == selection_) queryOwner();
     } else if (XConnection::kindOf(event) == XCB_DESTROY_NOTIFY) {
-        if (reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == candidate_) look();
+        if (reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == candidate_) queryOwner();
     }
 }
 
-void XEmbedTrayWatch::look() {
-    if (whenAnswered_) xcb_discard_reply(x_.get(), question_.sequence);
-    question_ = xcb_get_selection_owner(x_.get(), selection_);
-    whenAnswered_ = x_.whenServed([this] { found(); });
+void XEmbedTrayWatch::queryOwner() {
+    if (pendingReply_) xcb_discard_reply(x_.get(), ownerRequest_.sequence);
+    ownerRequest_ = xcb_get_selection_owner(x_.get(), selection_);
+    pendingReply_ = x_.whenServed([this] { receiveOwner(); });
 }
 
-void XEmbedTrayWatch::found() {
-    whenAnswered_.reset();
-    const Allocated<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(x_.get(), question_, nullptr));
+void XEmbedTrayWatch::receiveOwner() {
+    pendingReply_.reset();
+    const Allocated<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(x_.get(), ownerRequest_, nullptr));
     const xcb_window_t now = reply ? reply->owner : XCB_NONE;
     if (std::exchange(candidate_, now) != now) {
-        // An owner that ends between the question and the selecting of its events would end unheard: so ask once more.
+        // The owner may have exited between the query and the selection of its events. So query once more.
         if (now != XCB_NONE) select(x_, now, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-        look();
+        queryOwner();
     } else if (std::exchange(owner_, now) != now) {
         changed_(now != XCB_NONE);
     }

@@ -50,7 +50,7 @@ void ProcessAlertPresenter::abortAll() {
     show();
 }
 
-// An answered one is closed, also while its caller waits for one above it to be answered.
+// Closes answered alerts, even while their callers still wait for an alert above to be answered.
 void ProcessAlertPresenter::show() {
     ShowAlerts shown;
     for (const auto& open : stack_) {

@@ -13,8 +13,8 @@ namespace kovra {
 class ActivationToken;
 class SdEventLoop;
 
-// Alerts, shown by the window process and waited for by turning the event loop. A process that dies has closed all that
-// were open, and where there is none an alert is closed as soon as it is asked for.
+// Shows alerts in the window process. A caller waits in a nested event loop. If the process dies, all open alerts count
+// as closed. If the process cannot be started, an alert closes as soon as it is requested.
 class ProcessAlertPresenter : public AlertPresenter {
   public:
     ProcessAlertPresenter(SdEventLoop& loop, WindowProcess& process, ActivationToken& token);
@@ -34,8 +34,8 @@ class ProcessAlertPresenter : public AlertPresenter {
     SdEventLoop& loop_;
     WindowProcess& process_;
     ActivationToken& token_;
-    std::uint64_t number_ = 0;                  // of the last that was opened
-    std::vector<std::shared_ptr<Open>> stack_;  // those that are waited for, the topmost last
+    std::uint64_t number_ = 0;                  // number of the last alert that was opened
+    std::vector<std::shared_ptr<Open>> stack_;  // alerts that a caller waits for, the topmost one last
     WindowProcess::Messages::Token listening_;
     WindowProcess::Ends::Token ends_;
 };

@@ -16,7 +16,7 @@ namespace kovra {
 
 namespace {
 
-// Null where no view stands at this path any more.
+// Returns null if there is no view at this path.
 const View* viewAt(const View& root, const std::vector<std::string>& path) {
     const View* view = &root;
     for (const std::string& step : path) {
@@ -31,7 +31,7 @@ const View* viewAt(const View& root, const std::vector<std::string>& path) {
     return view;
 }
 
-// Changes what can be changed that way, and nothing else.
+// Applies the change if the control accepts it, and does nothing otherwise.
 struct Change {
     const std::variant<bool, std::string>& value;
 
@@ -65,17 +65,17 @@ class ProcessWindowHost::ProcessWindow : public Window {
 
     void setTitle(const std::string& title) override {
         shown_.title = title;
-        showSoon();
+        scheduleShow();
     }
     void setStyleMask(unsigned mask) override {
         shown_.styleMask = mask;
-        showSoon();
+        scheduleShow();
     }
     void setContentSize(Size size) override {
         shown_.contentSize = size;
-        showSoon();
+        scheduleShow();
     }
-    // It is hidden in any case: what it is lives here, and goes with this object.
+    // No effect: a closed window is only hidden. Its contents live in this object until it is destroyed.
     void setReleasedWhenClosed(bool) override {}
     void center() override { shown_.place.position.reset(); }
 
@@ -84,28 +84,28 @@ class ProcessWindowHost::ProcessWindow : public Window {
         shown_.activationToken = host_.token_.take();
         shown_.place.isMinimised = false;
         isVisible_ = true;
-        showSoon();
+        scheduleShow();
     }
     bool isVisible() const override { return isVisible_; }
 
     void setContent(View content) override {
         shown_.content = std::move(content);
-        showSoon();
+        scheduleShow();
     }
 
   private:
     WindowProcess& process() const { return host_.process_; }
 
     template <typename Block>
-    void later(Block block) {
+    void post(Block block) {
         host_.queue_.async(lifetime_.guard(std::move(block)));
     }
-    void showSoon() {
-        if (!isVisible_ || std::exchange(isShownSoon_, true)) return;
-        later([this] {
-            isShownSoon_ = false;
+    void scheduleShow() {
+        if (!isVisible_ || std::exchange(isShowScheduled_, true)) return;
+        post([this] {
+            isShowScheduled_ = false;
             if (!isVisible_) return;
-            if (!process().isRunning()) shown_.acknowledged = 0;  // the next one counts anew
+            if (!process().isRunning()) shown_.acknowledged = 0;  // a new process counts from the start
             process().show(shown_);
         });
     }
@@ -114,17 +114,17 @@ class ProcessWindowHost::ProcessWindow : public Window {
         process().hideWindow();
     }
 
-    // The answer comes after whatever the change made the application put on the queue, so that it is of one piece with
-    // what came of the change.
+    // The reply is sent after the blocks that the application queued because of this change, so that it includes their
+    // result.
     void receive(const ControlChanged& changed) {
         if (!isVisible_) return;
         if (const View* view = viewAt(shown_.content, changed.path)) {
-            const View::Kind kind = view->kind;  // which may be replaced meanwhile
+            const View::Kind kind = view->kind;  // a copy, because the change may replace the view
             std::visit(Change{changed.value}, kind);
         }
-        later([this, number = changed.number] {
+        post([this, number = changed.number] {
             shown_.acknowledged = number;
-            showSoon();
+            scheduleShow();
         });
     }
     void receive(const LinkFollowed& followed) {
@@ -134,7 +134,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
     }
     void receive(const WindowPlaced& placed) { shown_.place = placed.place; }
     void receive(const WindowClosed& closed) {
-        if (closed.front != shown_.front) return;  // it was brought to the front again meanwhile
+        if (closed.front != shown_.front) return;  // it was brought to the front again in the meantime
         shown_.place = closed.place;
         hide();
     }
@@ -144,7 +144,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
     ProcessWindowHost& host_;
     ShowWindow shown_;
     bool isVisible_ = false;
-    bool isShownSoon_ = false;
+    bool isShowScheduled_ = false;
     WindowProcess::Messages::Token listening_;
     WindowProcess::Ends::Token ends_;
     Lifetime lifetime_;

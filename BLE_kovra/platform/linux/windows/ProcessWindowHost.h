@@ -12,12 +12,12 @@ class MainQueue;
 class WindowProcess;
 class Workspace;
 
-// The application's window, shown by the window process: one at a time.
+// Shows the application's window in the window process. There is one window at a time.
 //
-// What it is lives here and the process is told, at most once a turn of the queue; so it is the same window in
-// whichever process. A process that dies has closed it. What the user does to a control comes back by the control's
-// path, is done to the view that is shown now, and is answered with what came of it. A link is followed here, to where
-// the view has it.
+// This process keeps the contents of the window and sends them at most once per turn of the queue. So the window is the
+// same after a restart of the window process. If the process dies, the window counts as closed. The process reports
+// user input with the path of the control. The change is applied to the current view, and the reply contains the
+// result. This process opens the links itself, with the destination from its own view.
 class ProcessWindowHost : public WindowHost {
   public:
     ProcessWindowHost(MainQueue& queue, WindowProcess& process, ActivationToken& token, Workspace& workspace)
@@ -32,7 +32,7 @@ class ProcessWindowHost : public WindowHost {
     WindowProcess& process_;
     ActivationToken& token_;
     Workspace& workspace_;
-    std::uint64_t fronts_ = 0;  // how often a window was brought to the front
+    std::uint64_t fronts_ = 0;  // how many times a window was brought to the front
 };
 
 }  // namespace kovra

@@ -19,7 +19,7 @@ namespace kovra {
 
 namespace {
 
-// A message's place among those to the window process, by which the newest replaces the one before.
+// The index of the message type. A newer message replaces an unsent older one with the same index.
 template <typename State>
 std::size_t kindOf() {
     return ToWindow(State()).index();
@@ -32,12 +32,12 @@ void cancel(std::unique_ptr<DelayedTask>& task) {
 
 }  // namespace
 
-// One process, with our end of its socket.
+// A running process, with our end of its socket.
 class WindowProcess::Running {
   public:
     using Block = MainQueue::Block;
 
-    // Null where the program cannot be started, or the system has nothing left for it.
+    // Returns null if the program cannot be started or the system is out of resources.
     static std::unique_ptr<Running> start(SdEventLoop& loop, const std::string& program) {
         std::array<int, 2> ends{-1, -1};
         if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return nullptr;
@@ -55,7 +55,8 @@ class WindowProcess::Running {
     Running(SdEventLoop& loop, std::unique_ptr<ChildProcess> child, std::unique_ptr<FileDescriptor> socket)
         : loop_(loop), child_(std::move(child)), socket_(std::move(socket)) {}
 
-    // `message`: there is something to receive, or the other end is closed. `end`: the process has ended.
+    // Calls `message` when there is something to read or the other end is closed, and `end` when the process has
+    // exited.
     void listen(const Block& message, const Block& end) {
         reading_ = loop_.watch(socket_->number(), message);
         ending_ = loop_.watch(child_->descriptor(), end);
@@ -70,21 +71,21 @@ class WindowProcess::Running {
         if (!writing_) flush();
     }
 
-    // Closes the connection; `gone` is called once nothing is left of the process.
-    void leave(const Block& gone) {
+    // Closes the connection and terminates the process. Calls `reaped` after the process has been reaped.
+    void terminate(const Block& reaped) {
         reading_.reset();
         writing_.reset();
         socket_.reset();
         child_->terminate();
-        ending_.reset();  // before the next, since the kernel watches a descriptor once
-        ending_ = loop_.watch(child_->descriptor(), [this, gone] {
+        ending_.reset();  // epoll accepts each descriptor only once, so remove this watch before adding the next
+        ending_ = loop_.watch(child_->descriptor(), [this, reaped] {
             child_->reap();
-            gone();
+            reaped();
         });
     }
 
   private:
-    // That the other side is gone is told by its end.
+    // Ignores errors: the end of the process reports a closed connection.
     void flush() {
         if (outbox_.flush(socket_->number()) != Outbox::State::waiting)
             writing_.reset();
@@ -111,7 +112,7 @@ WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> pro
     : loop_(loop), program_(std::move(program)), timing_(std::move(timing)) {}
 
 WindowProcess::~WindowProcess() {
-    for (auto* task : {&nextTry_, &failure_, &lingering_}) cancel(*task);
+    for (auto* task : {&nextTry_, &failureReport_, &lingerTimer_}) cancel(*task);
 }
 
 void WindowProcess::show(const ToWindow& state) {
@@ -120,9 +121,9 @@ void WindowProcess::show(const ToWindow& state) {
     if (!isNew && shown->second == line) return;
     shown->second = std::move(line);
     if (isNew) {
-        cancel(lingering_);
+        cancel(lingerTimer_);
         tries_ = 0;
-        if (!running_) return start();  // which tells it
+        if (!running_) return start();  // also sends the state
     }
     if (running_) running_->send(state.index(), shown->second);
 }
@@ -142,7 +143,7 @@ void WindowProcess::closeAlerts() {
 void WindowProcess::send(const ToWindow& event) {
     if (!running_) start();
     if (!running_) return;
-    cancel(lingering_);
+    cancel(lingerTimer_);
     isHeld_ = true;
     running_->send(event.index(), encode(event));
 }
@@ -157,15 +158,15 @@ void WindowProcess::start() {
     const std::string program = program_();
     running_ = program.empty() ? nullptr : Running::start(loop_, program);
     if (!running_) {
-        cancel(failure_);
-        failure_ = loop_.asyncAfter({}, [this] {
+        cancel(failureReport_);
+        failureReport_ = loop_.asyncAfter({}, [this] {
             if (!running_) ends_.call();
         });
         return startAgainLater();
     }
     running_->listen([this] { receive(); },
                      [this] {
-                         receive();  // what it said last
+                         receive();  // read its last messages
                          if (running_) ended();
                      });
     for (const auto& [kind, line] : shown_) running_->send(kind, line);
@@ -192,33 +193,33 @@ void WindowProcess::startAgainLater() {
     nextTry_ = loop_.asyncAfter(timing_.delays[tries_++], [this] { start(); });
 }
 
-// Whether it was shown. Should the process not have taken the state yet, it is told this in its place.
-bool WindowProcess::hide(std::size_t kind, const ToWindow& farewell) {
+// Returns whether the state was shown. `hideMessage` replaces the state if the process has not received it yet.
+bool WindowProcess::hide(std::size_t kind, const ToWindow& hideMessage) {
     if (shown_.erase(kind) == 0) return false;
     if (shown_.empty()) cancel(nextTry_);
-    if (running_) running_->send(kind, encode(farewell));
+    if (running_) running_->send(kind, encode(hideMessage));
     return true;
 }
 
 void WindowProcess::linger() {
-    cancel(lingering_);
+    cancel(lingerTimer_);
     if (!running_) return;
-    lingering_ = loop_.asyncAfter(timing_.linger, [this] {
-        lingering_.reset();
+    lingerTimer_ = loop_.asyncAfter(timing_.linger, [this] {
+        lingerTimer_.reset();
         endIfIdle();
     });
 }
 
 void WindowProcess::endIfIdle() {
-    if (running_ && shown_.empty() && !isHeld_ && !lingering_) end();
+    if (running_ && shown_.empty() && !isHeld_ && !lingerTimer_) end();
 }
 
 void WindowProcess::end() {
     isHeld_ = false;
-    cancel(lingering_);
-    Running* leaving = leaving_.emplace_back(std::move(running_)).get();
-    leaving->leave(
-        [this, leaving] { std::erase_if(leaving_, [&](const auto& each) { return each.get() == leaving; }); });
+    cancel(lingerTimer_);
+    Running* process = terminating_.emplace_back(std::move(running_)).get();
+    process->terminate(
+        [this, process] { std::erase_if(terminating_, [&](const auto& each) { return each.get() == process; }); });
 }
 
 std::string windowProgram() {

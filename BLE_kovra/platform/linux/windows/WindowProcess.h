@@ -15,17 +15,17 @@
 
 namespace kovra {
 
-// The window process, as the resident program has it: one for all that needs a toolkit. It runs while there is
-// something to show, and shows what was given last; it is also started for an event, and then held until it is
-// released. After the last window, alert or event it is kept for a while, so that the next one opens at once.
+// Controls the window process, the only process that loads a toolkit. It runs while there is something to show, and
+// always shows the newest state. It also starts for an event, and then runs until it is released. After the last
+// window, alert or event it keeps running for a while, so that the next one opens without delay.
 //
-// Nothing that becomes of it harms the resident program: writing never waits for it, what it has not taken yet is
-// replaced by what is newer, and where it dies, or is not installed, nothing is shown. One that dies is started again
-// after a while, a longer one each time, and is then given up until there is something to show anew.
+// No failure of the window process affects the resident program. Writing never blocks, and newer messages replace
+// unsent older ones. If the process dies or is not installed, nothing is shown. A process that dies is started again, a
+// few times, after increasing delays. After that it stays down until there is something new to show.
 class WindowProcess {
   public:
-    // How often and when a process that died is started again, and how long one without a window is kept. One that
-    // lived for `settled` has its tries back.
+    // The delays before each restart, and how long a process without a window is kept. A process that ran for at least
+    // `settled` starts again with the first delay.
     struct Timing {
         std::vector<std::chrono::nanoseconds> delays{std::chrono::seconds(1), std::chrono::seconds(5),
                                                      std::chrono::seconds(25)};
@@ -33,32 +33,32 @@ class WindowProcess {
         std::chrono::nanoseconds linger = std::chrono::seconds(30);
     };
 
-    // `program` tells the absolute path, and is asked at each start. Empty: none can be started.
+    // `program` returns the absolute path; it is called at each start. If the path is empty, no process is started.
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program);
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing);
     ~WindowProcess();
     WindowProcess(const WindowProcess&) = delete;
     WindowProcess& operator=(const WindowProcess&) = delete;
 
-    // A state, told again to each process that is started. It is not told twice in a row.
+    // Sends a state, and sends it again to every new process. A state equal to the last one is not sent.
     void show(const ToWindow& state);
-    // A state that holds no more. Without the icon the process ends at once if there is nothing else, without the
-    // others after a while.
+    // Removes a state. If nothing else needs the process, hideTray() ends it immediately; the others end it after a
+    // while.
     void hideTray();
     void hideWindow();
     void closeAlerts();
 
-    // An event, told once: it dies with the process that was there or was started for it.
+    // Sends an event once, and starts a process for it if none is running. If that process dies, the event is lost.
     void send(const ToWindow& event);
-    // Nobody waits for what it says to an event any more. It ends after a while, unless there is something to show.
+    // No reply to an event is expected any more. The process ends after a while, unless there is something to show.
     void release();
 
     bool isRunning() const { return running_ != nullptr; }
 
-    // What it says. From the queue, as is the next.
+    // Receives the messages of the window process. Called from the queue, as are the listeners for its end.
     using Messages = Listeners<const ToResident&>;
     [[nodiscard]] Messages::Token listen(Messages::Listener listener) { return messages_.add(std::move(listener)); }
-    // It died, or cannot be started. What is not to be shown by the next one is to be hidden now.
+    // Called when the process died or could not be started. Hide now what the next process must not show.
     using Ends = Listeners<>;
     [[nodiscard]] Ends::Token listenForEnd(Ends::Listener listener) { return ends_.add(std::move(listener)); }
 
@@ -70,7 +70,7 @@ class WindowProcess {
     void startAgainLater();
     void receive();
     void ended();
-    bool hide(std::size_t kind, const ToWindow& farewell);
+    bool hide(std::size_t kind, const ToWindow& hideMessage);
     void linger();
     void endIfIdle();
     void end();
@@ -78,21 +78,21 @@ class WindowProcess {
     SdEventLoop& loop_;
     std::function<std::string()> program_;
     Timing timing_;
-    std::map<std::size_t, std::string> shown_;  // the line of each kind of state
-    bool isHeld_ = false;                       // for an event
+    std::map<std::size_t, std::string> shown_;  // the encoded message for each kind of state
+    bool isHeld_ = false;                       // because of an event
     Messages messages_;
     Ends ends_;
     std::unique_ptr<Running> running_;
-    std::vector<std::unique_ptr<Running>> leaving_;  // told to end, and not yet gone
+    std::vector<std::unique_ptr<Running>> terminating_;  // asked to terminate, and not reaped yet
     Clock::time_point startedAt_;
     std::size_t tries_ = 0;
     std::unique_ptr<DelayedTask> nextTry_;
-    std::unique_ptr<DelayedTask> failure_;    // to be told
-    std::unique_ptr<DelayedTask> lingering_;  // until when the process is kept
+    std::unique_ptr<DelayedTask> failureReport_;  // reports a failed start
+    std::unique_ptr<DelayedTask> lingerTimer_;    // ends the process when it expires
 };
 
-// Where the window process is installed: beside the resident program, as in a build folder, or else in libexec. Empty
-// where the session has no display: the toolkit would only abort, with lines of its own.
+// The path of the window process: in the directory of the resident program, as in a build folder, or else in libexec.
+// Empty if the session has no display, because the toolkit would only abort and print messages.
 std::string windowProgram();
 
 }  // namespace kovra

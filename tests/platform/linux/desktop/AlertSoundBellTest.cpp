@@ -12,13 +12,13 @@
 #include "tests/support/linux/VirtualScreen.h"
 #include "tests/support/posix/TempFolder.h"
 
-// Last, for its macros.
+// Included last, because of its macros.
 #include <X11/XKBlib.h>
 
 namespace kovra {
 namespace {
 
-// Hears the bell of the display, as a desktop does that plays a sound for it.
+// Receives the bell of the display, like a desktop that plays a sound for it.
 class BellListener {
   public:
     BellListener() : display_(XOpenDisplay(nullptr)) {
@@ -28,7 +28,7 @@ class BellListener {
         XkbSelectEvents(display_.get(), XkbUseCoreKbd, XkbBellNotifyMask, XkbBellNotifyMask);
         XSync(display_.get(), False);
     }
-    // How often it rang since the last call.
+    // How many times the bell rang since the last call.
     int rings() {
         int rings = 0;
         XSync(display_.get(), False);
@@ -51,7 +51,7 @@ std::string littleEndian(std::uint32_t value, int bytes) {
     return text;
 }
 
-// A tenth of a second of silence.
+// A WAV file with a tenth of a second of silence.
 std::string quietSound() {
     const std::string samples(1600, '\0');
     const auto size = static_cast<std::uint32_t>(samples.size());
@@ -61,7 +61,7 @@ std::string quietSound() {
            littleEndian(size, 4) + samples;
 }
 
-// A desktop with a bell sound and a sound card that plays it to nobody.
+// A desktop with a bell sound and a sound card that discards its output.
 class AlertSoundBellTest : public testing::Test {
   protected:
     AlertSoundBellTest() {
@@ -84,12 +84,13 @@ class AlertSoundBellTest : public testing::Test {
     }
 
     static void set(const char* variable, const std::string& value) { ::setenv(variable, value.c_str(), 1); }
-    // Plays, and waits for the player's end: the player is left to this process here, and the server lives on.
+    // Plays the sound and waits until the player exits. This process adopts the player, because the server must keep
+    // running.
     static void play() {
         playAlertSound();
         int status = -1;
         ::waitpid(-1, &status, 0);
-        EXPECT_TRUE(WIFEXITED(status)) << "the player was stopped";
+        EXPECT_TRUE(WIFEXITED(status)) << "the player was killed";
     }
 
     TempFolder folder_;
@@ -97,7 +98,7 @@ class AlertSoundBellTest : public testing::Test {
     BellListener bell_;
 };
 
-TEST_F(AlertSoundBellTest, IsSilentWhereTheEventSoundIsPlayed) {
+TEST_F(AlertSoundBellTest, IsSilentIfTheEventSoundIsPlayed) {
     play();
     EXPECT_EQ(bell_.rings(), 0);
 }
@@ -108,13 +109,13 @@ TEST_F(AlertSoundBellTest, RingsOnceWithoutASoundCard) {
     EXPECT_EQ(bell_.rings(), 1);
 }
 
-TEST_F(AlertSoundBellTest, RingsOnceWithoutADriverForSound) {
+TEST_F(AlertSoundBellTest, RingsOnceWithoutASoundDriver) {
     set("CANBERRA_DRIVER", "nonsense");
     play();
     EXPECT_EQ(bell_.rings(), 1);
 }
 
-TEST_F(AlertSoundBellTest, IsSilentWithoutAServerToo) {
+TEST_F(AlertSoundBellTest, IsSilentWithoutAServer) {
     set("CANBERRA_DRIVER", "nonsense");
     ::unsetenv("DISPLAY");
     play();

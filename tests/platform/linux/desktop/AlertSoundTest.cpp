@@ -26,7 +26,7 @@ TEST(AlertSoundTest, LeavesNoChildAndNoDescriptorAndNoLibrary) {
     EXPECT_EQ(mapped.find("libcanberra"), std::string::npos);
 }
 
-TEST(AlertSoundTest, IsPlayedByAProcessThatNobodyTakesForTheApplication) {
+TEST(AlertSoundTest, IsPlayedByAProcessWithANameOfItsOwn) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     playAlertSound();
     siginfo_t player{};

@@ -5,12 +5,12 @@
 namespace kovra {
 namespace {
 
-TEST(BuildBundleTest, TellsTheVersionThatTheProjectHas) {
+TEST(BuildBundleTest, HasTheVersionOfTheProject) {
     EXPECT_EQ(BuildBundle().infoDictionaryValue("CFBundleShortVersionString"),
               InfoValue(std::string(KOVRA_PROJECT_VERSION)));
 }
 
-TEST(BuildBundleTest, TellsNothingElse) {
+TEST(BuildBundleTest, HasNoOtherValue) {
     EXPECT_EQ(BuildBundle().infoDictionaryValue("CFBundleVersion"), std::nullopt);
     EXPECT_EQ(BuildBundle().infoDictionaryValue(""), std::nullopt);
 }

@@ -22,11 +22,11 @@ TEST(DesktopEntryTest, ReadsTheMainGroupAndNoOther) {
     EXPECT_EQ(entry.string("#Icon"), std::nullopt);
 }
 
-TEST(DesktopEntryTest, KeepsTheFirstOfAKeyThatStandsTwice) {
+TEST(DesktopEntryTest, UsesTheFirstOfTwoLinesWithTheSameKey) {
     EXPECT_EQ(DesktopEntry("[Desktop Entry]\nName=first\nName=second\n").string("Name"), "first");
 }
 
-TEST(DesktopEntryTest, TakesLinesThatEndAsOnOtherSystems) {
+TEST(DesktopEntryTest, AcceptsLineEndsOfOtherSystems) {
     const DesktopEntry entry("[Desktop Entry]\r\nHidden=true\r\n");
     EXPECT_EQ(entry.boolean("Hidden"), true);
 }
@@ -47,11 +47,11 @@ TEST(DesktopEntryTest, SplitsAListAtItsSemicolons) {
     EXPECT_EQ(entry.list("absent"), Strings());
 }
 
-TEST(DesktopEntryTest, TakesEscapesOffAValue) {
+TEST(DesktopEntryTest, UnescapesAValue) {
     EXPECT_EQ(DesktopEntry("[Desktop Entry]\na=\\sx\\ty\\\\z\\n\\q\\\n").string("a"), " x\ty\\z\n\\q\\");
 }
 
-TEST(DesktopEntryTest, TellsTheProgramThatIsStarted) {
+TEST(DesktopEntryTest, ReturnsTheProgramThatIsStarted) {
     const auto program = [](const std::string& exec) {
         return DesktopEntry("[Desktop Entry]\nExec=" + exec).program();
     };
@@ -65,7 +65,7 @@ TEST(DesktopEntryTest, TellsTheProgramThatIsStarted) {
     EXPECT_EQ(DesktopEntry("").program(), std::nullopt);
 }
 
-TEST(DesktopEntryTest, TakesAnyBytes) {
+TEST(DesktopEntryTest, AcceptsAnyBytes) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
@@ -81,7 +81,7 @@ TEST(DesktopEntryTest, TakesAnyBytes) {
     }
 }
 
-TEST(DesktopEntryTest, ChangesALineWhereItStandsAndKeepsEveryOtherByte) {
+TEST(DesktopEntryTest, ChangesALineInPlaceAndKeepsEveryOtherByte) {
     DesktopEntry entry(
         "# mine\n\n[Desktop Entry]\n  Name = Kovra \r\nHidden=true\n#Hidden=x\nHidden=false\n\n\n"
         "[Desktop Action New]\nHidden=other\n");
@@ -97,13 +97,13 @@ TEST(DesktopEntryTest, ChangesALineWhereItStandsAndKeepsEveryOtherByte) {
     EXPECT_EQ(entry.string("Type"), "a\\b\n");
 }
 
-TEST(DesktopEntryTest, EndsItsLastLine) {
+TEST(DesktopEntryTest, TerminatesItsLastLine) {
     DesktopEntry entry("[Desktop Entry]\nName=Kovra");
     entry.set("Type", "Application");
     EXPECT_EQ(entry.text(), "[Desktop Entry]\nName=Kovra\nType=Application\n");
 }
 
-TEST(DesktopEntryTest, WithoutAMainGroupTakesNothing) {
+TEST(DesktopEntryTest, IgnoresChangesWithoutAMainGroup) {
     DesktopEntry entry("Name=Kovra\n");
     EXPECT_FALSE(entry.hasMainGroup());
     entry.set("Type", "Application");
@@ -111,7 +111,7 @@ TEST(DesktopEntryTest, WithoutAMainGroupTakesNothing) {
     EXPECT_TRUE(DesktopEntry("[Desktop Entry]").hasMainGroup());
 }
 
-TEST(DesktopEntryTest, TakesAnyPathForItsProgram) {
+TEST(DesktopEntryTest, AcceptsAnyPathForItsProgram) {
     for (const std::string path : {"/usr/bin/ble-kovra", "/with some blanks/x", R"(/a"b`c$d\e%f%%g/'x')",
                                    "/two\nlines\t/x", "/\xD0\xB4/~#;&|<>*?()"}) {
         DesktopEntry entry("[Desktop Entry]\n");

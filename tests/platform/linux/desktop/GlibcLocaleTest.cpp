@@ -14,10 +14,9 @@
 #include "tests/support/Environment.h"
 #include "tests/support/Seeds.h"
 
-// The C library loses the parts of LOCPATH, which only tests set, where a locale is missing. (Its functions' names
-// begin with two underscores where its debugging symbols are installed, and without them where not; a part of a name
-// suffices.)
-// The name is the sanitizer's own.
+// The C library leaks parts of LOCPATH if a locale is missing; only tests set that variable. With its debugging symbols
+// installed, the names of its functions start with two underscores. So these patterns match a part of the name. The
+// sanitizer defines the name of this function.
 extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
 extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\nleak:argz_create_sep\n"; }
 
@@ -26,7 +25,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// An environment that names no language, in which the locales made for these tests are installed.
+// An environment without a language, in which the locales of these tests are installed.
 class LocaleEnvironment : public Environment {
   public:
     LocaleEnvironment() {
@@ -74,9 +73,9 @@ class GlibcLocaleTest : public testing::Test {
     LocaleEnvironment environment_;
 };
 
-TEST_F(GlibcLocaleTest, KnowsNoLanguageWhereNoneIsNamed) { EXPECT_EQ(languages(), Names()); }
+TEST_F(GlibcLocaleTest, HasNoLanguageIfNoneIsNamed) { EXPECT_EQ(languages(), Names()); }
 
-TEST_F(GlibcLocaleTest, TakesTheFirstVariableThatIsSet) {
+TEST_F(GlibcLocaleTest, UsesTheFirstVariableThatIsSet) {
     environment_.set("LANG", "de_DE.UTF-8");
     EXPECT_EQ(languages(), Names{"de-DE"});
     environment_.set("LC_COLLATE", "tr_TR.UTF-8");
@@ -90,7 +89,7 @@ TEST_F(GlibcLocaleTest, TakesTheFirstVariableThatIsSet) {
     EXPECT_EQ(languages(), (Names{"es", "ru-RU"}));
 }
 
-TEST_F(GlibcLocaleTest, TakesAnEmptyVariableForUnset) {
+TEST_F(GlibcLocaleTest, TreatsAnEmptyVariableAsUnset) {
     environment_.set("LANG", "de_DE.UTF-8");
     environment_.set("LC_MESSAGES", "");
     environment_.set("LC_ALL", "");
@@ -98,7 +97,7 @@ TEST_F(GlibcLocaleTest, TakesAnEmptyVariableForUnset) {
     EXPECT_EQ(languages(), Names{"de-DE"});
 }
 
-TEST_F(GlibcLocaleTest, ListensToNoLanguageListInTheLocaleOfPrograms) {
+TEST_F(GlibcLocaleTest, IgnoresTheLanguageListInTheCLocale) {
     environment_.set("LANGUAGE", "ru:de");
     EXPECT_EQ(languages(), Names());
     for (const char* plain : {"C", "POSIX", "C.UTF-8", "C.utf8", "C.anything", "C@modifier"}) {
@@ -110,7 +109,7 @@ TEST_F(GlibcLocaleTest, ListensToNoLanguageListInTheLocaleOfPrograms) {
     EXPECT_EQ(languages(), Names());
 }
 
-TEST_F(GlibcLocaleTest, EndsTheListWhereItNamesTheLanguageOfPrograms) {
+TEST_F(GlibcLocaleTest, EndsTheListAtTheCLocale) {
     environment_.set("LANG", "ru_RU.UTF-8");
     environment_.set("LANGUAGE", "de:C:fr");
     EXPECT_EQ(languages(), Names{"de"});
@@ -118,7 +117,7 @@ TEST_F(GlibcLocaleTest, EndsTheListWhereItNamesTheLanguageOfPrograms) {
     EXPECT_EQ(languages(), Names());
 }
 
-TEST_F(GlibcLocaleTest, MakesTagsOfLocales) {
+TEST_F(GlibcLocaleTest, ConvertsLocalesToLanguageTags) {
     const std::vector<std::pair<const char*, const char*>> tags{
         {"ru_RU.UTF-8", "ru-RU"},     {"ru_RU", "ru-RU"},      {"ru", "ru"},
         {"sr_RS@latin", "sr-RS"},     {"de_DE@euro", "de-DE"}, {"de_DE.ISO-8859-15@euro", "de-DE"},
@@ -130,7 +129,7 @@ TEST_F(GlibcLocaleTest, MakesTagsOfLocales) {
     }
 }
 
-TEST_F(GlibcLocaleTest, SkipsEmptyPlacesInTheList) {
+TEST_F(GlibcLocaleTest, SkipsEmptyEntriesInTheList) {
     environment_.set("LANG", "ru_RU.UTF-8");
     environment_.set("LANGUAGE", "::de_DE.UTF-8@x::fr:");
     EXPECT_EQ(languages(), (Names{"de-DE", "fr"}));
@@ -138,7 +137,7 @@ TEST_F(GlibcLocaleTest, SkipsEmptyPlacesInTheList) {
     EXPECT_EQ(languages(), Names());
 }
 
-TEST_F(GlibcLocaleTest, SurvivesVariablesOfAnyBytes) {
+TEST_F(GlibcLocaleTest, SurvivesVariablesWithAnyBytes) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(1)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
@@ -161,7 +160,7 @@ TEST_F(GlibcLocaleTest, SurvivesVariablesOfAnyBytes) {
     }
 }
 
-TEST_F(GlibcLocaleTest, OrdersNamesAsTheUsersLanguageDoes) {
+TEST_F(GlibcLocaleTest, SortsNamesByTheRulesOfTheUsersLanguage) {
     EXPECT_EQ(sortedIn("ru_RU.UTF-8", {"яблоко", "ёлка", "Жук", "елка", "Мышь"}),
               (Names{"елка", "ёлка", "Жук", "Мышь", "яблоко"}));
     EXPECT_EQ(sortedIn("de_DE.UTF-8", {"Zebra", "Äpfel", "Apfel", "öl", "Ofen"}),
@@ -169,7 +168,7 @@ TEST_F(GlibcLocaleTest, OrdersNamesAsTheUsersLanguageDoes) {
     EXPECT_EQ(sortedIn("tr_TR.UTF-8", {"ı", "I", "i", "İ", "h", "j"}), (Names{"h", "ı", "I", "i", "İ", "j"}));
 }
 
-TEST_F(GlibcLocaleTest, OrdersNamesByCharactersWhereTheLocaleIsNotInstalled) {
+TEST_F(GlibcLocaleTest, SortsNamesByCodePointIfTheLocaleIsNotInstalled) {
     for (const char* name : {"C", "POSIX", "C.UTF-8", "xx_XX.UTF-8", "", "../../etc", "\xFF"}) {
         EXPECT_EQ(sortedIn(name, {"ya", "ёлка", "B", "елка", "a", "Ä", "c", "ä"}),
                   (Names{"a", "B", "c", "ya", "Ä", "ä", "елка", "ёлка"}))
@@ -177,25 +176,25 @@ TEST_F(GlibcLocaleTest, OrdersNamesByCharactersWhereTheLocaleIsNotInstalled) {
     }
 }
 
-TEST_F(GlibcLocaleTest, OrdersNamesAlsoWhereNothingAtAllIsInstalled) {
+TEST_F(GlibcLocaleTest, SortsNamesEvenIfNoLocaleIsInstalled) {
     environment_.set("LOCPATH", "/nowhere");
     EXPECT_EQ(sortedIn("ru_RU.UTF-8", {"b", "Мышь", "A", "C"}), (Names{"A", "b", "C", "Мышь"}));
 }
 
-TEST_F(GlibcLocaleTest, OrdersUtf8AlsoWhereTheUsersCharacterSetIsAnother) {
-    // ru_RU.KOI8-R is installed; its order is that of ru_RU.UTF-8.
+TEST_F(GlibcLocaleTest, SortsUtf8EvenIfTheUserHasAnotherCharacterSet) {
+    // ru_RU.KOI8-R is installed; names are sorted as in ru_RU.UTF-8.
     EXPECT_EQ(sortedIn("ru_RU.KOI8-R", {"яблоко", "ёлка", "Жук", "ЖУК 2"}), (Names{"ёлка", "Жук", "ЖУК 2", "яблоко"}));
     EXPECT_EQ(sortedIn("ru_RU", {"яблоко", "ёлка", "Жук", "ЖУК 2"}), (Names{"ёлка", "Жук", "ЖУК 2", "яблоко"}));
 }
 
-TEST_F(GlibcLocaleTest, TakesTheOrderFromItsOwnVariable) {
+TEST_F(GlibcLocaleTest, TakesTheSortOrderFromItsOwnVariable) {
     environment_.set("LC_COLLATE", "de_DE.UTF-8");
     EXPECT_EQ(sortedIn("C", {"Zebra", "Äpfel"}), (Names{"Äpfel", "Zebra"}));
     environment_.set("LC_ALL", "C");
     EXPECT_EQ(sortedIn("de_DE.UTF-8", {"Äpfel", "Zebra"}), (Names{"Zebra", "Äpfel"}));
 }
 
-TEST_F(GlibcLocaleTest, GivesNamesThatDifferInCaseAloneOneKey) {
+TEST_F(GlibcLocaleTest, GivesNamesThatDifferOnlyInCaseTheSameKey) {
     for (const char* name : {"C.UTF-8", "ru_RU.UTF-8", "de_DE.UTF-8"}) {
         environment_.set("LANG", name);
         const GlibcLocale locale;
@@ -212,7 +211,7 @@ TEST_F(GlibcLocaleTest, GivesNamesThatDifferInCaseAloneOneKey) {
     }
 }
 
-TEST_F(GlibcLocaleTest, KnowsNoCaseOfAnyCharacter) {
+TEST_F(GlibcLocaleTest, IgnoresTheCaseOfEveryCharacter) {
     const locale_t plain = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     ASSERT_NE(plain, nullptr);
     environment_.set("LANG", "de_DE.UTF-8");
@@ -229,7 +228,7 @@ TEST_F(GlibcLocaleTest, KnowsNoCaseOfAnyCharacter) {
     ::freelocale(plain);
 }
 
-TEST_F(GlibcLocaleTest, KeepsItsOrderWhenTheEnvironmentChanges) {
+TEST_F(GlibcLocaleTest, KeepsItsSortOrderWhenTheEnvironmentChanges) {
     environment_.set("LANG", "de_DE.UTF-8");
     const GlibcLocale locale;
     environment_.set("LANG", "C");

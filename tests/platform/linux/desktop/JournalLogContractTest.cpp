@@ -7,7 +7,7 @@
 namespace kovra {
 namespace {
 
-// With a journal.
+// A system with a journal.
 class JournalDriver {
   public:
     SystemLog& log() { return log_; }
@@ -24,7 +24,7 @@ class JournalDriver {
     JournalLog log_{folder_ / "journal", folder_ / "syslog"};
 };
 
-// Without a journal, with syslog.
+// A system with syslog and no journal.
 class SyslogDriver {
   public:
     SystemLog& log() { return log_; }
@@ -43,7 +43,7 @@ class SyslogDriver {
     JournalLog log_{folder_ / "journal", folder_ / "syslog"};
 };
 
-// On a system without either: what the user sees who started the program.
+// A system with neither: the user who started the program sees the lines.
 class StandardErrorDriver {
   public:
     SystemLog& log() { return log_; }

@@ -21,7 +21,7 @@ class JournalLogTest : public testing::Test {
 
     void log(std::string_view line) { JournalLog(journalPath_, syslogPath_).log(line); }
 
-    // As systemd does for a service whose standard error it connected to the journal.
+    // Does what systemd does for a service whose standard error is connected to the journal.
     void connectStandardErrorToJournal() {
         struct stat status {};
         ASSERT_EQ(::fstat(STDERR_FILENO, &status), 0);
@@ -35,7 +35,7 @@ class JournalLogTest : public testing::Test {
     StandardError standardError_{folder_ / "stderr"};
 };
 
-TEST_F(JournalLogTest, GivesTheJournalTheFieldsThatItNeeds) {
+TEST_F(JournalLogTest, SendsTheJournalTheFieldsThatItNeeds) {
     LogSocket journal(journalPath_), syslog(syslogPath_);
     log("ble-kovra: не удалось записать флаг (on): 100%");
     const Datagrams entries = journal.datagrams();
@@ -58,7 +58,7 @@ TEST_F(JournalLogTest, KeepsLineFeedsInTheJournal) {
     EXPECT_EQ(standardError_.text(), "a PRIORITY=0  b \n");
 }
 
-TEST_F(JournalLogTest, TurnsToSyslogWhereThereIsNoJournal) {
+TEST_F(JournalLogTest, UsesSyslogIfThereIsNoJournal) {
     LogSocket syslog(syslogPath_);
     log("ble-kovra: %s\n100%");
     const Datagrams entries = syslog.datagrams();
@@ -70,14 +70,14 @@ TEST_F(JournalLogTest, TurnsToSyslogWhereThereIsNoJournal) {
     EXPECT_TRUE(std::regex_match(entries.front(), form)) << entries.front();
 }
 
-TEST_F(JournalLogTest, TurnsToSyslogWhereNobodyListensToTheJournalsSocket) {
-    { const LogSocket gone(journalPath_); }  // its name stays
+TEST_F(JournalLogTest, UsesSyslogIfNobodyListensOnTheSocketOfTheJournal) {
+    { const LogSocket closed(journalPath_); }  // the file of the socket remains
     LogSocket syslog(syslogPath_);
     log("line");
     EXPECT_EQ(syslog.datagrams().size(), 1U);
 }
 
-TEST_F(JournalLogTest, TurnsToSyslogWhereTheJournalTakesNothing) {
+TEST_F(JournalLogTest, UsesSyslogIfTheJournalAcceptsNothing) {
     LogSocket journal(journalPath_), syslog(syslogPath_);
     LogSocket::fill(journalPath_);
     log("line");
@@ -85,14 +85,14 @@ TEST_F(JournalLogTest, TurnsToSyslogWhereTheJournalTakesNothing) {
     EXPECT_NE(journal.datagrams().back(), "line");
 }
 
-TEST_F(JournalLogTest, TellsWhoStartedItByHandToo) {
+TEST_F(JournalLogTest, WritesToStandardErrorToo) {
     LogSocket journal(journalPath_);
     log("a");
     log("b %d");
     EXPECT_EQ(standardError_.text(), "a\nb %d\n");
 }
 
-TEST_F(JournalLogTest, KeepsSilentOnStandardErrorThatIsTheJournal) {
+TEST_F(JournalLogTest, WritesNothingToStandardErrorThatIsTheJournal) {
     LogSocket journal(journalPath_);
     connectStandardErrorToJournal();
     log("line");
@@ -100,13 +100,13 @@ TEST_F(JournalLogTest, KeepsSilentOnStandardErrorThatIsTheJournal) {
     EXPECT_EQ(standardError_.text(), "");
 }
 
-TEST_F(JournalLogTest, IsNotSilentWhereStandardErrorIsTheJournalAndNothingElseTookTheLine) {
+TEST_F(JournalLogTest, WritesToStandardErrorThatIsTheJournalIfNothingElseAcceptedTheLine) {
     connectStandardErrorToJournal();
     log("line");
     EXPECT_EQ(standardError_.text(), "line\n");
 }
 
-TEST_F(JournalLogTest, IsNotSilentWhereStandardErrorWasLedElsewhere) {
+TEST_F(JournalLogTest, WritesToStandardErrorThatWasRedirected) {
     LogSocket journal(journalPath_);
     for (const char* stream : {"", "0:0", "1", ":", "a:b", "18446744073709551616:1", "%s"}) {
         environment_.set("JOURNAL_STREAM", stream);
@@ -115,26 +115,26 @@ TEST_F(JournalLogTest, IsNotSilentWhereStandardErrorWasLedElsewhere) {
     EXPECT_EQ(standardError_.text(), "line\nline\nline\nline\nline\nline\nline\n");
 }
 
-TEST_F(JournalLogTest, SurvivesAStandardErrorThatHasNoRoom) {
+TEST_F(JournalLogTest, SurvivesAStandardErrorWithoutSpace) {
     LogSocket journal(journalPath_);
     const StandardError full(folder_ / "stderr", ::open("/dev/full", O_WRONLY | O_CLOEXEC));
     log("line");
     EXPECT_EQ(journal.datagrams().size(), 1U);
 }
 
-TEST_F(JournalLogTest, IsNotHeldUpByAStandardErrorThatNobodyReads) {
+TEST_F(JournalLogTest, IsNotBlockedByAStandardErrorThatNobodyReads) {
     LogSocket journal(journalPath_);
     int ends[2];
     ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
     const int room = ::fcntl(ends[1], F_GETPIPE_SZ);
     const StandardError pipe(folder_ / "stderr", ends[1]);
-    log(std::string(static_cast<std::size_t>(room) * 2, 'x'));  // more than there is room for
-    log("line");                                                // and nothing more to be had
+    log(std::string(static_cast<std::size_t>(room) * 2, 'x'));  // more than the pipe can hold
+    log("line");                                                // the pipe is full by now
     EXPECT_EQ(journal.datagrams().size(), 2U);
     ::close(ends[0]);
 }
 
-TEST_F(JournalLogTest, TakesAPathThatNoSocketCanHave) {
+TEST_F(JournalLogTest, SurvivesAPathThatIsTooLongForASocket) {
     LogSocket syslog(syslogPath_);
     JournalLog(folder_ / std::string(200, 'x'), syslogPath_).log("line");
     EXPECT_EQ(syslog.datagrams().size(), 1U);

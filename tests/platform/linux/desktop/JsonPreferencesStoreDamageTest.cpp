@@ -1,5 +1,5 @@
-// Preferences files of every kind of damage. Whatever is in the file: no crash, loading writes nothing and logs at most
-// one line, and saving loses neither what is stored nor what is damaged.
+// Damaged preferences files. No content of the file may crash the program. Loading writes nothing and logs at most one
+// line. Saving preserves both the stored values and the damaged file.
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -16,26 +16,26 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
-// All that the program stores, and something that it does not.
+// All keys that the program stores, and one unknown key.
 const std::string whole = R"({"unknown": {"deep": [1, {"x": "y"}], "escaped": "\u00e9\"\\"},
   "selectedDeviceIDs": ["USB Mouse#1133:49271", "Мышь#1:2"], "big": 12345678901234567890, "isEnabled": false,
   "blockMode": "always", "last": -1.5e-3})";
 
 class JsonPreferencesStoreDamageTest : public PreferencesFixture {
   protected:
-    // Loads this text and saves one key. What must hold for any text holds.
+    // Loads the text, saves one key, and checks everything that must be true for any text.
     void loadAndSave(const std::string& stored) {
         writeFile(path_, stored);
         const auto before = traces(path_);
         start();
-        ASSERT_EQ(traces(path_), before) << "loading wrote";
+        ASSERT_EQ(traces(path_), before) << "loading changed the file";
         ASSERT_EQ(text(), stored);
         const Json document = Json::accept(stored) ? Json::parse(stored) : Json();
         const bool sound = document.is_object() && stored.find('\0') == std::string::npos;
         ASSERT_EQ(log_.lines.size(), sound || stored.empty() ? 0U : 1U) << stored;
 
         store_->set("saved", 1.0);
-        ASSERT_EQ(log_.lines.size(), sound || stored.empty() ? 0U : 1U) << "the save was no failure";
+        ASSERT_EQ(log_.lines.size(), sound || stored.empty() ? 0U : 1U) << "a successful save logs nothing";
         const bool keptAside = !sound && !stored.empty();
         ASSERT_EQ(folder_.names(),
                   keptAside ? (Names{"preferences.json", "preferences.json.damaged"}) : Names{"preferences.json"});
@@ -49,12 +49,12 @@ class JsonPreferencesStoreDamageTest : public PreferencesFixture {
     }
 };
 
-TEST_F(JsonPreferencesStoreDamageTest, TornAtEveryByteAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, TruncatedAtAnyByteAreKept) {
     for (std::size_t size = 0; size <= whole.size(); ++size)
         ASSERT_NO_FATAL_FAILURE(loadAndSave(whole.substr(0, size)));
 }
 
-TEST_F(JsonPreferencesStoreDamageTest, WithABrokenByteAtEveryPlaceAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, WithABrokenByteAnywhereAreKept) {
     for (const char wrong : {'\0', '\xFF', '"', '}', '\\', '\n'}) {
         for (std::size_t i = 0; i < whole.size(); ++i) {
             std::string damaged = whole;
@@ -64,7 +64,7 @@ TEST_F(JsonPreferencesStoreDamageTest, WithABrokenByteAtEveryPlaceAreKept) {
     }
 }
 
-TEST_F(JsonPreferencesStoreDamageTest, ThatAreNoJsonObjectAreKept) {
+TEST_F(JsonPreferencesStoreDamageTest, ThatAreNotAJsonObjectAreKept) {
     for (const char* text : {"null",
                              "true",
                              "5",
@@ -99,12 +99,12 @@ TEST_F(JsonPreferencesStoreDamageTest, WithNumbersBeyondEveryLimitAreKept) {
     ASSERT_NO_FATAL_FAILURE(loadAndSave(R"({"a": -1e-400})"));
 }
 
-TEST_F(JsonPreferencesStoreDamageTest, ThatAreEmptyAreNoDamage) {
+TEST_F(JsonPreferencesStoreDamageTest, ThatAreEmptyAreNotDamaged) {
     ASSERT_NO_FATAL_FAILURE(loadAndSave(""));
     EXPECT_EQ(text(), "{\n  \"saved\": 1.0\n}\n");
 }
 
-TEST_F(JsonPreferencesStoreDamageTest, NestedWithoutEndAreKeptAndEndNothing) {
+TEST_F(JsonPreferencesStoreDamageTest, NestedTooDeeplyAreKeptAndCrashNothing) {
     const auto nested = [](std::size_t depth, const std::string& open, const std::string& close) {
         std::string text = "{\"a\": ";
         for (std::size_t i = 1; i < depth; ++i) text += open;
@@ -133,7 +133,7 @@ TEST_F(JsonPreferencesStoreDamageTest, WithBracketsInTextsAreNotNested) {
     ASSERT_NO_FATAL_FAILURE(loadAndSave("{\"" + std::string(1000, '{') + "\\\\\": 1}"));
 }
 
-TEST_F(JsonPreferencesStoreDamageTest, AreKeptUnderANameThatNothingHas) {
+TEST_F(JsonPreferencesStoreDamageTest, AreKeptUnderAnUnusedName) {
     writeFile(path_ + ".damaged", "first");
     fs::create_directory(path_ + ".damaged-2");
     fs::create_symlink("nowhere", path_ + ".damaged-3");
@@ -146,7 +146,7 @@ TEST_F(JsonPreferencesStoreDamageTest, AreKeptUnderANameThatNothingHas) {
     EXPECT_EQ(log_.lines.size(), 1U);
 }
 
-TEST_F(JsonPreferencesStoreDamageTest, BehindALinkAreKeptWhereTheyAre) {
+TEST_F(JsonPreferencesStoreDamageTest, BehindALinkAreKeptInTheirOwnFolder) {
     fs::create_directory(folder_ / "elsewhere");
     writeFile(folder_ / "elsewhere/real.json", "{torn");
     fs::create_symlink("elsewhere/real.json", path_);
@@ -156,7 +156,7 @@ TEST_F(JsonPreferencesStoreDamageTest, BehindALinkAreKeptWhereTheyAre) {
     EXPECT_EQ(readFile(folder_ / "elsewhere/real.json"), "{\n  \"a\": 1.0\n}\n");
 }
 
-TEST_F(JsonPreferencesStoreDamageTest, AreToldOfOnceThoughManySavesFollow) {
+TEST_F(JsonPreferencesStoreDamageTest, AreLoggedOnceThoughManySavesFollow) {
     startWith("[1, 2}");
     for (int i = 0; i < 10; ++i) store_->set("a", static_cast<double>(i));
     EXPECT_EQ(log_.lines,
@@ -175,7 +175,7 @@ TEST_F(JsonPreferencesStoreDamageTest, OfTheWrongTypesAreKeptWhenAnotherKeyIsSav
     }
 }
 
-// A few random edits of a sound file: bytes changed, put in, taken out, a piece doubled.
+// Makes a few random edits in a valid file: bytes changed, inserted, removed or repeated.
 std::string mutated(std::string text, std::mt19937& random) {
     const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
     constexpr std::string_view marks = "{}[]:,\"\\ \n\t0-.eEtnu";

@@ -14,7 +14,7 @@
 
 namespace kovra {
 
-// A preferences file in a folder of its own, with the program that uses it.
+// A preferences file in a temporary folder, with a program that uses it.
 class PreferencesFixture : public testing::Test {
   protected:
     using Names = std::set<std::string>;
@@ -30,7 +30,7 @@ class PreferencesFixture : public testing::Test {
     }
     std::string text() const { return readFile(path_); }
 
-    // What would show that somebody touched the file.
+    // The attributes that any change of the file would alter.
     static auto traces(const std::string& path) {
         struct stat status {};
         const int error = ::lstat(path.c_str(), &status);

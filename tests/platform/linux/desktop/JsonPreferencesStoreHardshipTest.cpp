@@ -1,5 +1,5 @@
-// What the preferences do where the system refuses: nothing is lost, nothing is touched that need not be, and each
-// failure is one line of the log.
+// The preferences when the system returns errors: no value is lost, nothing is changed unnecessarily, and each failure
+// causes one log line.
 
 #include <fcntl.h>
 
@@ -29,7 +29,7 @@ class JsonPreferencesStoreHardshipTest : public PreferencesFixture {
     std::string cannotSave(int error) const {
         return "ble-kovra: не удалось сохранить настройки (" + path_ + "): " + std::strerror(error);
     }
-    // A start, then two saves, all refused; what is at the path stays what it is.
+    // Loads the file and saves twice, both times without success. The file at the path must stay unchanged.
     void expectLeftAlone(int error) {
         const auto before = traces(path_);
         start();
@@ -44,12 +44,12 @@ class JsonPreferencesStoreHardshipTest : public PreferencesFixture {
     }
 };
 
-TEST_F(JsonPreferencesStoreHardshipTest, AFolderInTheFilesPlaceIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFolderInPlaceOfTheFileIsLeftAlone) {
     fs::create_directory(path_);
     expectLeftAlone(EISDIR);
 }
 
-TEST_F(JsonPreferencesStoreHardshipTest, APipeInTheFilesPlaceIsLeftAlone) {
+TEST_F(JsonPreferencesStoreHardshipTest, APipeInPlaceOfTheFileIsLeftAlone) {
     ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
     expectLeftAlone(EINVAL);
 }
@@ -69,7 +69,7 @@ TEST_F(JsonPreferencesStoreHardshipTest, AFileWithoutTheRightToReadIsLeftAlone) 
         expectLeftAlone(EACCES);
     }
     EXPECT_EQ(text(), R"({"a": 7})");
-    // Readable again, it takes what could not be saved before, together with the next choice.
+    // Once the file is readable, the next save also includes the value that could not be saved.
     store_->set("c", 3.0);
     EXPECT_EQ(text(), "{\"a\": 1.0,\n  \"b\": 2.0,\n  \"c\": 3.0}");
 }
@@ -103,7 +103,7 @@ TEST_F(JsonPreferencesStoreHardshipTest, AFileInAFolderWithoutRightsIsLeftAlone)
     EXPECT_EQ(log_.lines, (Lines{cannotRead(EACCES), cannotSave(EACCES)}));
 }
 
-TEST_F(JsonPreferencesStoreHardshipTest, AFileInAReadOnlyFolderStaysAndTheSaveGoesOutLater) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFileInAReadOnlyFolderStaysAndTheValueIsSavedLater) {
     writeFile(path_, R"({"x": 0})");
     OrdinaryUser::give(folder_.path());
     OrdinaryUser::give(path_);
@@ -126,7 +126,7 @@ TEST_F(JsonPreferencesStoreHardshipTest, AFileInAReadOnlyFolderStaysAndTheSaveGo
     EXPECT_EQ(again.object("x"), PreferenceValue(0.0));
 }
 
-TEST_F(JsonPreferencesStoreHardshipTest, AMissingFolderThatCannotBeMadeIsOneLineASave) {
+TEST_F(JsonPreferencesStoreHardshipTest, AMissingFolderThatCannotBeCreatedCausesOneLinePerSave) {
     writeFile(folder_ / "file", "");
     path_ = folder_ / "file/ble-kovra/preferences.json";
     start().set("a", 1.0);
@@ -166,7 +166,7 @@ TEST_F(JsonPreferencesStoreHardshipTest, AFullDiskLeavesTheFileAsItWas) {
     EXPECT_EQ(again.object("selectedDeviceIDs"), PreferenceValue(PreferenceArray{std::string("a#1:2")}));
 }
 
-TEST_F(JsonPreferencesStoreHardshipTest, AFullDiskKeepsDamagedPreferencesWhereTheyAre) {
+TEST_F(JsonPreferencesStoreHardshipTest, AFullDiskLeavesDamagedPreferencesInPlace) {
     startWith("{torn");
     {
         const FileSizeLimit limit(1);

@@ -16,8 +16,8 @@
 namespace kovra {
 namespace {
 
-// A message catalogue, in gettext's binary form, that translates one text.
-std::string catalogueOf(const std::string& original, const std::string& translation) {
+// A message catalog with one translated text, in the binary format of gettext.
+std::string catalogOf(const std::string& original, const std::string& translation) {
     const auto size = [](const std::string& text) { return static_cast<std::uint32_t>(text.size()); };
     constexpr std::uint32_t originals = 28, translations = 36, texts = 44;
     const std::uint32_t head[] = {0x950412DE,
@@ -31,11 +31,11 @@ std::string catalogueOf(const std::string& original, const std::string& translat
                                   texts,
                                   size(translation),
                                   texts + size(original) + 1};
-    std::string catalogue(reinterpret_cast<const char*>(head), sizeof head);
-    return catalogue + original + '\0' + translation + '\0';
+    std::string catalog(reinterpret_cast<const char*>(head), sizeof head);
+    return catalog + original + '\0' + translation + '\0';
 }
 
-// A user whose system speaks Russian, with words of its own for a folder.
+// A system with Russian messages, where one of them has a recognizable translation.
 class RussianSystem {
   public:
     RussianSystem() {
@@ -44,7 +44,7 @@ class RussianSystem {
         environment_.set("LOCPATH", KOVRA_TEST_LOCALES);
         environment_.set("LANG", "ru_RU.UTF-8");
         fs::create_directories(folder_ / "ru/LC_MESSAGES");
-        writeFile(folder_ / "ru/LC_MESSAGES/libc.mo", catalogueOf("Is a directory", "это каталог"));
+        writeFile(folder_ / "ru/LC_MESSAGES/libc.mo", catalogOf("Is a directory", "это каталог"));
         ::bindtextdomain("libc", folder_.path().c_str());
         EXPECT_NE(std::setlocale(LC_ALL, ""), nullptr);
     }
@@ -61,13 +61,13 @@ class RussianSystem {
     Environment environment_;
 };
 
-TEST(JsonPreferencesStoreReasonTest, IsTheUsersForTheFlag) {
+TEST(JsonPreferencesStoreReasonTest, IsInTheUsersLanguageForTheFlag) {
     const RussianSystem system;
     const TempFolder folder;
     EXPECT_EQ(PosixFileSystem().writeWholeFile(folder.path(), "on").reason(), "это каталог");
 }
 
-TEST(JsonPreferencesStoreReasonTest, IsTheUsersForThePreferences) {
+TEST(JsonPreferencesStoreReasonTest, IsInTheUsersLanguageForThePreferences) {
     const RussianSystem system;
     const TempFolder folder;
     FakeLog log;

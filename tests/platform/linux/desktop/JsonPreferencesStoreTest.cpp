@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 using JsonPreferencesStoreTest = PreferencesFixture;
 
-TEST_F(JsonPreferencesStoreTest, AreReadWithTheTypesThatTheyHave) {
+TEST_F(JsonPreferencesStoreTest, AreReadWithTheirTypes) {
     const auto& store = startWith(R"({"b": true, "n": 3, "f": 0.5, "t": "x", "a": ["a", 5, null, {}], "o": {"b": 1}})");
     EXPECT_EQ(store.object("b"), PreferenceValue(true));
     EXPECT_EQ(store.object("n"), PreferenceValue(3.0));
@@ -29,13 +29,13 @@ TEST_F(JsonPreferencesStoreTest, AreReadWithTheTypesThatTheyHave) {
     EXPECT_TRUE(log_.lines.empty());
 }
 
-TEST_F(JsonPreferencesStoreTest, TakeNullForNothingStored) {
+TEST_F(JsonPreferencesStoreTest, TreatNullAsNothingStored) {
     const auto& store = startWith(R"({"isEnabled": null})");
     EXPECT_EQ(store.object("isEnabled"), std::nullopt);
     EXPECT_FALSE(store.boolean("isEnabled"));
 }
 
-TEST_F(JsonPreferencesStoreTest, TakeTheLastOfTwoValuesUnderOneKey) {
+TEST_F(JsonPreferencesStoreTest, UseTheLastOfTwoValuesWithTheSameKey) {
     EXPECT_EQ(startWith(R"({"k": 1, "k": 2})").object("k"), PreferenceValue(2.0));
     EXPECT_EQ(startWith(R"({"k": 1, "k": null})").object("k"), std::nullopt);
     store_->set("k", 3.0);
@@ -57,7 +57,7 @@ TEST_F(JsonPreferencesStoreTest, WriteNothingWhenTheyAreLoaded) {
     EXPECT_EQ(folder_.names(), Names{"preferences.json"});
 }
 
-TEST_F(JsonPreferencesStoreTest, MakeTheirFoldersForTheUserAlone) {
+TEST_F(JsonPreferencesStoreTest, CreateTheirFoldersForTheUserOnly) {
     path_ = folder_ / "config/ble-kovra/preferences.json";
     start().set("isEnabled", false);
     EXPECT_EQ(text(), "{\n  \"isEnabled\": false\n}\n");
@@ -92,11 +92,11 @@ TEST_F(JsonPreferencesStoreTest, MayBeginWithAByteOrderMark) {
     EXPECT_EQ(start().object("b"), PreferenceValue(2.0));
 }
 
-TEST_F(JsonPreferencesStoreTest, KeepWhatOthersStoredMeanwhile) {
+TEST_F(JsonPreferencesStoreTest, KeepWhatOtherProgramsStoredInTheMeantime) {
     startWith(R"({"a": 1, "b": 1})");
     writeFile(path_, R"({"a": 2, "b": 2, "c": 2})");
     store_->set("a", 3.0);
-    EXPECT_EQ(store_->object("b"), PreferenceValue(1.0)) << "memory answers";
+    EXPECT_EQ(store_->object("b"), PreferenceValue(1.0)) << "the value comes from memory";
     EXPECT_EQ(text(), R"({"a": 3.0, "b": 2, "c": 2})");
 }
 
@@ -107,14 +107,14 @@ TEST_F(JsonPreferencesStoreTest, AreSavedOnceAndNotAgainWithTheNextKey) {
     EXPECT_EQ(text(), "{\"a\": 2,\n  \"b\": 3.0}");
 }
 
-TEST_F(JsonPreferencesStoreTest, GoOutWholeAgainWhereTheFileHasGone) {
+TEST_F(JsonPreferencesStoreTest, AreAllSavedAgainIfTheFileWasRemoved) {
     startWith(R"({"a": 1, "o": {"deep": [1]}})");
     fs::remove(path_);
     store_->set("b", 2.0);
     EXPECT_EQ(text(), "{\"a\": 1, \"o\": {\"deep\": [1]},\n  \"b\": 2.0}");
 }
 
-TEST_F(JsonPreferencesStoreTest, GoOutWholeAgainWhereTheFileWasDamagedMeanwhile) {
+TEST_F(JsonPreferencesStoreTest, AreAllSavedAgainIfTheFileWasDamaged) {
     startWith(R"({"a": 1})");
     writeFile(path_, R"({"a": )");
     store_->set("b", 2.0);
@@ -137,7 +137,7 @@ TEST_F(JsonPreferencesStoreTest, FollowALinkToTheirFile) {
     EXPECT_EQ(folder_.names(), (Names{"elsewhere", "preferences.json", "second"}));
 }
 
-TEST_F(JsonPreferencesStoreTest, MakeTheFileThatADanglingLinkLeadsTo) {
+TEST_F(JsonPreferencesStoreTest, CreateTheFileThatADanglingLinkPointsTo) {
     fs::create_symlink("elsewhere/deep/real.json", path_);
     start();
     EXPECT_EQ(folder_.names(), Names{"preferences.json"});
@@ -182,13 +182,13 @@ class JsonPreferencesStorePathTest : public testing::Test {
     Environment environment_;
 };
 
-TEST_F(JsonPreferencesStorePathTest, IsInTheFolderForConfiguration) {
+TEST_F(JsonPreferencesStorePathTest, IsInTheConfigurationFolder) {
     environment_.set("XDG_CONFIG_HOME", "/somewhere/else");
     environment_.set("HOME", "/somewhere/user");
     EXPECT_EQ(standardPreferencesPath(), "/somewhere/else/ble-kovra/preferences.json");
 }
 
-TEST_F(JsonPreferencesStorePathTest, IsInTheHomeWhereThatFolderIsNotNamed) {
+TEST_F(JsonPreferencesStorePathTest, IsInTheHomeFolderIfNoConfigurationFolderIsSet) {
     environment_.set("HOME", "/somewhere/user");
     EXPECT_EQ(standardPreferencesPath(), "/somewhere/user/.config/ble-kovra/preferences.json");
     for (const char* notAbsolute : {"", "relative", "./config", "~/config"}) {
@@ -197,7 +197,7 @@ TEST_F(JsonPreferencesStorePathTest, IsInTheHomeWhereThatFolderIsNotNamed) {
     }
 }
 
-TEST_F(JsonPreferencesStorePathTest, IsInTheHomeThatTheSystemKnowsWhereNoneIsNamed) {
+TEST_F(JsonPreferencesStorePathTest, IsInTheHomeFolderOfTheUserDatabaseIfNoneIsSet) {
     const passwd* user = ::getpwuid(::getuid());
     const std::string expected =
         user == nullptr ? "" : std::string(user->pw_dir) + "/.config/ble-kovra/preferences.json";

@@ -16,7 +16,7 @@
 
 namespace kovra {
 
-// The place of a log daemon: a socket to which datagrams come.
+// The socket of a log daemon, which receives datagrams.
 class LogSocket {
   public:
     explicit LogSocket(const std::string& path) : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
@@ -29,7 +29,7 @@ class LogSocket {
     LogSocket& operator=(const LogSocket&) = delete;
     ~LogSocket() { ::close(socket_); }
 
-    // What has come and was not asked for yet.
+    // The datagrams received since the last call.
     std::vector<std::string> datagrams() {
         std::vector<std::string> all;
         std::string one(1 << 20, '\0');
@@ -40,7 +40,7 @@ class LogSocket {
         }
     }
 
-    // Sends to a socket that nobody reads from until it takes no more.
+    // Sends to a socket that nobody reads, until it accepts no more.
     static void fill(const std::string& path) {
         const int sender = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
         const sockaddr_un address = addressOf(path);
@@ -62,8 +62,7 @@ class LogSocket {
     int socket_;
 };
 
-// The fields of one entry in the journal's native protocol, read by the rules of its documentation. Empty if it breaks
-// them.
+// Parses an entry in the journal's native protocol, strictly by its documentation. Empty if the entry is invalid.
 inline std::map<std::string, std::string> journalFields(const std::string& datagram) {
     std::map<std::string, std::string> fields;
     for (std::size_t i = 0; i < datagram.size();) {
@@ -86,12 +85,12 @@ inline std::map<std::string, std::string> journalFields(const std::string& datag
     return fields;
 }
 
-// This process's standard error, led into a file for as long as the object lives.
+// Redirects the standard error of this process to a file during its lifetime.
 class StandardError {
   public:
     explicit StandardError(const std::string& file)
         : StandardError(file, ::open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {}
-    // Takes over the descriptor.
+    // Takes ownership of the descriptor.
     StandardError(std::string file, int descriptor) : file_(std::move(file)), before_(::dup(STDERR_FILENO)) {
         if (descriptor < 0 || before_ < 0) throw std::runtime_error("no standard error");
         ::dup2(descriptor, STDERR_FILENO);

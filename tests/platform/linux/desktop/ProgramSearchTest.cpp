@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(ProgramSearchTest, FindsTheFirstOfThePathThatMayBeRun) {
+TEST(ProgramSearchTest, FindsTheFirstExecutableInThePath) {
     const Scripts scripts;
     for (const char* folder : {"folder", "file", "program"}) fs::create_directory(scripts / folder);
     fs::create_directory(scripts / "folder/tool");

@@ -7,7 +7,7 @@
 namespace kovra {
 namespace {
 
-TEST(XdgEnvironmentTest, IsWaylandsWhereThatIsNamedElseXsElseNone) {
+TEST(XdgEnvironmentTest, PrefersWaylandToX) {
     Environment environment;
     environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
     EXPECT_EQ(currentDesktop(), Desktop::none);

@@ -12,7 +12,7 @@
 namespace kovra {
 namespace {
 
-// The entry as others read it: systemd, which starts it on desktops that it runs, and the validator of such files.
+// How other programs read the entry: systemd, which starts it on some desktops, and desktop-file-validate.
 class XdgLoginServiceReadersTest : public testing::Test {
   protected:
     static constexpr const char* generator = "/usr/lib/systemd/user-generators/systemd-xdg-autostart-generator";
@@ -24,7 +24,7 @@ class XdgLoginServiceReadersTest : public testing::Test {
         environment_.set("XDG_CURRENT_DESKTOP", "KDE");
     }
 
-    // The program that systemd would start at login; empty where it would start none.
+    // The program that systemd would start at login. Empty if it would start none.
     std::string startedBySystemd() {
         std::filesystem::remove_all(scripts_ / "units");
         std::filesystem::create_directory(scripts_ / "units");
@@ -45,7 +45,7 @@ class XdgLoginServiceReadersTest : public testing::Test {
     const std::string entry_ = scripts_ / "own/autostart/org.ble_kovra.BLEKovra.desktop";
 };
 
-TEST_F(XdgLoginServiceReadersTest, AgreeWithEveryState) {
+TEST_F(XdgLoginServiceReadersTest, AgreeWithEveryStatus) {
     const std::string program = scripts_.make("");
     XdgLoginService login(program);
     EXPECT_EQ(startedBySystemd(), "");
@@ -68,7 +68,7 @@ TEST_F(XdgLoginServiceReadersTest, AgreeWithEveryState) {
 }
 
 TEST_F(XdgLoginServiceReadersTest, FindTheProgramWhateverItsPath) {
-    // Of a path with a percent sign or a backslash systemd (252) does not find the file.
+    // systemd (252) does not find a program whose path contains a percent sign or a backslash.
     for (const char* name : {"with blanks", "dollar $HOME", "quotes\"and`ticks", "д&;#'"}) {
         XdgLoginService login(scripts_.make(": >$here/started", name));
         EXPECT_TRUE(login.registerApplication());

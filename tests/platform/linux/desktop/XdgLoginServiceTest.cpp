@@ -88,14 +88,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Entry{"NotFoundWithAnEmptyExec", "Exec=\n", LoginStatus::notFound}),
     [](const auto& row) { return row.param.name; });
 
-TEST_F(XdgLoginServiceTest, IsReadAfreshEachTime) {
+TEST_F(XdgLoginServiceTest, IsReadAgainEachTime) {
     enter("Exec=there\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
     std::filesystem::remove(entryIn("own"));
     EXPECT_EQ(login.status(), LoginStatus::notRegistered);
 }
 
-TEST_F(XdgLoginServiceTest, TakesTheUsersEntryBeforeTheSystemsAndTheFirstOfThese) {
+TEST_F(XdgLoginServiceTest, PrefersTheUsersEntryAndThenTheFirstOfTheSystem) {
     enter("Exec=there\n", "second");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
     enter("Exec=there\nHidden=true\n", "first");
@@ -104,26 +104,26 @@ TEST_F(XdgLoginServiceTest, TakesTheUsersEntryBeforeTheSystemsAndTheFirstOfThese
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLoginServiceTest, IsNotFoundWhereTheEntryCannotBeRead) {
+TEST_F(XdgLoginServiceTest, IsNotFoundIfTheEntryCannotBeRead) {
     std::filesystem::create_directories(entryIn("own"));
     enter("Exec=there\n", "first");
     EXPECT_EQ(login.status(), LoginStatus::notFound);
 }
 
-TEST_F(XdgLoginServiceTest, PassesOverFoldersThatAreFiles) {
+TEST_F(XdgLoginServiceTest, SkipsFoldersThatAreFiles) {
     write(folder / "own", "");
     enter("Exec=there\n", "first");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLoginServiceTest, LooksInTheStandardPlacesWhereNothingIsSet) {
+TEST_F(XdgLoginServiceTest, LooksInTheStandardFoldersIfNothingIsSet) {
     environment.unset({"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"});
     environment.set("HOME", folder.path().string());
     write(folder / ".config/autostart/org.ble_kovra.BLEKovra.desktop", "[Desktop Entry]\nExec=there\n");
     EXPECT_EQ(login.status(), LoginStatus::enabled);
 }
 
-TEST_F(XdgLoginServiceTest, RegistersByAnEntryThatNamesTheRunningProgram) {
+TEST_F(XdgLoginServiceTest, RegistersWithAnEntryThatNamesTheRunningProgram) {
     EXPECT_TRUE(login.registerApplication());
     EXPECT_EQ(entry(), "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec +
                            "Icon=ble-kovra\nX-GNOME-Autostart-enabled=true\n");
@@ -133,7 +133,7 @@ TEST_F(XdgLoginServiceTest, RegistersByAnEntryThatNamesTheRunningProgram) {
     EXPECT_TRUE(folder.names("own/autostart").empty());
 }
 
-TEST_F(XdgLoginServiceTest, RegistersAgainWhatTheDesktopsSettingsSwitchedOffAndKeepsTheRest) {
+TEST_F(XdgLoginServiceTest, EnablesAnEntryThatTheDesktopsSettingsSwitchedOffAndKeepsTheRest) {
     const std::string rest = "Name[de]=Trackpad aus\nX-GNOME-Autostart-Delay=7\n# mine\n";
     for (const std::string off :
          {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n", "Hidden=true\nX-GNOME-Autostart-enabled=false\n"}) {
@@ -145,7 +145,7 @@ TEST_F(XdgLoginServiceTest, RegistersAgainWhatTheDesktopsSettingsSwitchedOffAndK
     }
 }
 
-TEST_F(XdgLoginServiceTest, RegistersTheRunningProgramInPlaceOfOneThatMoved) {
+TEST_F(XdgLoginServiceTest, ReplacesThePathOfAProgramThatMoved) {
     enter("Exec=/nowhere/ble-kovra --once\nTryExec=/nowhere/ble-kovra\n");
     EXPECT_EQ(login.status(), LoginStatus::notFound);
     EXPECT_TRUE(login.registerApplication());
@@ -154,14 +154,14 @@ TEST_F(XdgLoginServiceTest, RegistersTheRunningProgramInPlaceOfOneThatMoved) {
               "[Desktop Entry]\nType=Application\nName=BLE-kovra\n" + exec + "X-GNOME-Autostart-enabled=true\n");
 }
 
-TEST_F(XdgLoginServiceTest, KeepsTheArgumentsThatTheUserGaveTheProgram) {
+TEST_F(XdgLoginServiceTest, KeepsTheArgumentsThatTheUserAdded) {
     const std::string line = "Exec=\"" + (folder / "bin/there") + "\" --of-the-user\n";
     enter(line + "Hidden=true\n");
     EXPECT_TRUE(login.registerApplication());
     EXPECT_NE(entry().find(line), std::string::npos);
 }
 
-TEST_F(XdgLoginServiceTest, RegistersForThisDesktopWhatWasForOthers) {
+TEST_F(XdgLoginServiceTest, EnablesAnEntryForOtherDesktopsOnThisOne) {
     for (const std::string excluded :
          {"OnlyShowIn=KDE;\n", "NotShowIn=GNOME;\n", "OnlyShowIn=GNOME;\nNotShowIn=ubuntu;\n"}) {
         enter(exec + excluded);
@@ -171,10 +171,10 @@ TEST_F(XdgLoginServiceTest, RegistersForThisDesktopWhatWasForOthers) {
     }
     enter(exec + "OnlyShowIn=GNOME;\nHidden=true\n");
     EXPECT_TRUE(login.registerApplication());
-    EXPECT_NE(entry().find("OnlyShowIn=GNOME;\n"), std::string::npos) << "it did not stand in the way";
+    EXPECT_NE(entry().find("OnlyShowIn=GNOME;\n"), std::string::npos) << "it did not exclude this desktop";
 }
 
-TEST_F(XdgLoginServiceTest, RegistersWhereTheEntryIsNoEntry) {
+TEST_F(XdgLoginServiceTest, ReplacesAFileThatIsNotAnEntry) {
     for (const std::string text : {"", "\n\n", "no entry", "Exec=there\n", "[Desktop Action New]\nExec=there\n"}) {
         write(entryIn("own"), text);
         EXPECT_TRUE(login.registerApplication());
@@ -220,7 +220,7 @@ TEST_F(XdgLoginServiceTest, UnregistersByHidingAnEntryThatTheUserEdited) {
     EXPECT_EQ(entry(), before + "Hidden=true\n");
 }
 
-TEST_F(XdgLoginServiceTest, UnregistersByRemovingAnEntryThatSaysNoMoreThanItsOwn) {
+TEST_F(XdgLoginServiceTest, UnregistersByRemovingAnEntryWithNothingButItsOwnLines) {
     for (const std::string& text : {exec, exec + "\nX-GNOME-Autostart-enabled=true\n", std::string("Exec=there\n"),
                                     std::string("Exec=\"/nowhere/of old/ble-kovra\"\nIcon=ble-kovra\n")}) {
         enter(text);
@@ -229,7 +229,7 @@ TEST_F(XdgLoginServiceTest, UnregistersByRemovingAnEntryThatSaysNoMoreThanItsOwn
     }
 }
 
-TEST_F(XdgLoginServiceTest, LeavesWhatALinkLeadsTo) {
+TEST_F(XdgLoginServiceTest, DoesNotTouchTheTargetOfALink) {
     enter("Exec=gone\n", "elsewhere");
     const std::string target = entryIn("elsewhere"), before = entry("elsewhere");
     std::filesystem::create_directories(folder / "own/autostart");
@@ -296,14 +296,14 @@ TEST_F(XdgLoginServiceTest, ChangesNoEntryThatItCannotRead) {
     EXPECT_EQ(folder.names("own/autostart").size(), 1U);
 }
 
-TEST_F(XdgLoginServiceTest, NeedsAPlaceForItsEntry) {
+TEST_F(XdgLoginServiceTest, NeedsAFolderForItsEntry) {
     write(folder / "own", "");
     EXPECT_EQ(login.registerApplication().reason(), reasonOf(ENOTDIR));
     EXPECT_TRUE(login.unregisterApplication());
     EXPECT_EQ(readFile(folder / "own"), "");
 }
 
-TEST_F(XdgLoginServiceTest, RefusesAProgramWhosePathIsNoText) {
+TEST_F(XdgLoginServiceTest, RefusesAProgramWhosePathIsNotText) {
     EXPECT_EQ(XdgLoginService("/\xFF/ble-kovra").registerApplication().reason(), reasonOf(EILSEQ));
     EXPECT_FALSE(std::filesystem::exists(folder / "own"));
 }

@@ -36,26 +36,26 @@ class XdgWorkspaceTest : public testing::Test {
     XdgWorkspace workspace_{loop_};
 };
 
-TEST_F(XdgWorkspaceTest, HandsTheUrlOnAsItIs) {
-    scripts_.make(R"(printf '%s|' "$#" "$@" >$here/writing; mv $here/writing $here/told)", "xdg-open");
+TEST_F(XdgWorkspaceTest, PassesTheUrlUnchanged) {
+    scripts_.make(R"(printf '%s|' "$#" "$@" >$here/writing; mv $here/writing $here/report)", "xdg-open");
     const std::string url = "mailto:somebody@example.org?subject=A%20b;`id`$HOME&body='\"";
     workspace_.open(url);
-    ASSERT_TRUE(leaves("told"));
-    EXPECT_EQ(scripts_.read("told"), "1|" + url + "|");
+    ASSERT_TRUE(leaves("report"));
+    EXPECT_EQ(scripts_.read("report"), "1|" + url + "|");
     EXPECT_TRUE(hasNoChild());
 }
 
-TEST_F(XdgWorkspaceTest, LetsItSayNothingOnOurStreams) {
+TEST_F(XdgWorkspaceTest, KeepsItsOutputFromOurStreams) {
     scripts_.make(
         "streams=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)\n"
-        "echo \"$streams\" >$here/writing; mv $here/writing $here/told",
+        "echo \"$streams\" >$here/writing; mv $here/writing $here/report",
         "xdg-open");
     workspace_.open("mailto:somebody@example.org");
-    ASSERT_TRUE(leaves("told"));
-    EXPECT_EQ(scripts_.read("told"), "/dev/null\n/dev/null\n/dev/null\n");
+    ASSERT_TRUE(leaves("report"));
+    EXPECT_EQ(scripts_.read("report"), "/dev/null\n/dev/null\n/dev/null\n");
 }
 
-TEST_F(XdgWorkspaceTest, WaitsForNothing) {
+TEST_F(XdgWorkspaceTest, DoesNotWait) {
     scripts_.make(": >$here/begun; while ! [ -e $here/go ]; do sleep 0.02; done; : >$here/done", "xdg-open");
     workspace_.open("mailto:somebody@example.org");
     ASSERT_TRUE(leaves("begun"));
@@ -64,7 +64,7 @@ TEST_F(XdgWorkspaceTest, WaitsForNothing) {
     EXPECT_TRUE(hasNoChild());
 }
 
-TEST_F(XdgWorkspaceTest, DoesNothingWhereTheDesktopHasNoSuchProgram) {
+TEST_F(XdgWorkspaceTest, DoesNothingIfTheProgramIsMissing) {
     environment_.set("PATH", scripts_ / "");
     workspace_.open("mailto:somebody@example.org");
     writeFile(scripts_ / "xdg-open", "not for running");
@@ -79,7 +79,7 @@ TEST_F(XdgWorkspaceTest, DoesNothingWhereTheDesktopHasNoSuchProgram) {
 }
 
 TEST_F(XdgWorkspaceTest, OpensNothingOnceTheApplicationHasTerminated) {
-    scripts_.make(": >$here/told", "xdg-open");
+    scripts_.make(": >$here/report", "xdg-open");
     loop_.stop();
     workspace_.open("mailto:somebody@example.org");
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);

@@ -20,7 +20,7 @@ const std::string separator = R"(["type":"separator"])";
 const std::string quit = R"(["label":"Quit" "shortcut":[["Control" "q"]]])";
 const std::string root = R"(["children-display":"submenu"])";
 
-// What the layout's first number is: it only ever grows.
+// Removes the revision, which is the first number of a layout and only ever grows.
 std::string withoutRevision(const std::string& layout) { return layout.substr(layout.find(' ') + 1); }
 
 struct MenuRig : StatusNotifierRig {
@@ -64,24 +64,24 @@ struct MenuRig : StatusNotifierRig {
     }
 };
 
-TEST(DBusMenuTest, GivesItsWholeLayout) {
+TEST(DBusMenuTest, ReturnsItsWholeLayout) {
     MenuRig rig;
     EXPECT_EQ(rig.layout(), "(0 " + root + " [(1 " + mute + " []) (2 " + hint + " []) (3 " + settings + " []) (4 " +
                                 separator + " []) (5 " + quit + " [])])");
 }
 
-TEST(DBusMenuTest, GivesItsLayoutAtAnyDepth) {
+TEST(DBusMenuTest, ReturnsItsLayoutAtAnyDepth) {
     MenuRig rig;
     EXPECT_EQ(rig.layout(0, 0), "(0 " + root + " [])");
     for (const int depth : {1, 2, 2'147'483'647, -2, -2'147'483'647 - 1}) EXPECT_EQ(rig.layout(0, depth), rig.layout());
 }
 
-TEST(DBusMenuTest, GivesTheLayoutBelowAnyItem) {
+TEST(DBusMenuTest, ReturnsTheLayoutBelowAnyItem) {
     MenuRig rig;
     for (const int depth : {-1, 0, 1, 9}) EXPECT_EQ(rig.layout(5, depth), "(5 " + quit + " [])");
 }
 
-TEST(DBusMenuTest, GivesOnlyThePropertiesThatAreAskedFor) {
+TEST(DBusMenuTest, ReturnsOnlyTheRequestedProperties) {
     MenuRig rig;
     EXPECT_EQ(rig.layout(0, -1, {"label", "type", "no such thing"}),
               R"((0 [] [(1 ["label":"Mute"] []) (2 ["label":"a__hint & <b>"] []) (3 ["label":"Settings"] []) )"
@@ -89,19 +89,19 @@ TEST(DBusMenuTest, GivesOnlyThePropertiesThatAreAskedFor) {
     EXPECT_EQ(rig.properties({1, 2}, {"enabled"}), R"([(1 []) (2 ["enabled":no])])");
 }
 
-TEST(DBusMenuTest, GivesThePropertiesOfAGroupOfItems) {
+TEST(DBusMenuTest, ReturnsThePropertiesOfAGroupOfItems) {
     MenuRig rig;
     EXPECT_EQ(rig.properties({5, 1}), "[(5 " + quit + ") (1 " + mute + ")]");
     EXPECT_EQ(rig.properties({99, 4, -1}), "[(4 " + separator + ")]");
 }
 
-TEST(DBusMenuTest, GivesThePropertiesOfAllItemsWhereNoneIsNamed) {
+TEST(DBusMenuTest, ReturnsThePropertiesOfAllItemsIfNoneIsNamed) {
     MenuRig rig;
     EXPECT_EQ(rig.properties({}), "[(0 " + root + ") (1 " + mute + ") (2 " + hint + ") (3 " + settings + ") (4 " +
                                       separator + ") (5 " + quit + ")]");
 }
 
-TEST(DBusMenuTest, GivesOnePropertyAlsoWhereItIsTakenForGranted) {
+TEST(DBusMenuTest, ReturnsAPropertyEvenIfItHasItsDefault) {
     MenuRig rig;
     EXPECT_EQ(rig.property(1, "label"), "\"Mute\"");
     EXPECT_EQ(rig.property(1, "toggle-state"), "1");
@@ -116,7 +116,7 @@ TEST(DBusMenuTest, GivesOnePropertyAlsoWhereItIsTakenForGranted) {
     EXPECT_EQ(rig.property(1, ""), refused);
 }
 
-TEST(DBusMenuTest, SaysOfItselfWhatTheInterfaceAsks) {
+TEST(DBusMenuTest, HasThePropertiesOfTheInterface) {
     MenuRig rig;
     const auto property = [&](const char* name) {
         return rig.panel->property("/MenuBar", "com.canonical.dbusmenu", name);
@@ -127,7 +127,7 @@ TEST(DBusMenuTest, SaysOfItselfWhatTheInterfaceAsks) {
     EXPECT_EQ(property("IconThemePath"), "[]");
 }
 
-TEST(DBusMenuTest, NeverNeedsToBeReadAgainBeforeItIsShown) {
+TEST(DBusMenuTest, NeverNeedsAnUpdateBeforeItIsShown) {
     MenuRig rig;
     for (const int id : {0, 1, 5}) EXPECT_EQ(rig.aboutToShow(id), "no");
     EXPECT_EQ(rig.aboutToShow({0, 1}), "[] []");
@@ -138,19 +138,19 @@ TEST(DBusMenuTest, NeverNeedsToBeReadAgainBeforeItIsShown) {
 TEST(DBusMenuTest, PerformsWhatWasClicked) {
     MenuRig rig;
     EXPECT_EQ(rig.panel->click(3), "");
-    EXPECT_EQ(rig.news(), "Settings; ");
+    EXPECT_EQ(rig.takeDone(), "Settings; ");
     EXPECT_EQ(rig.panel->click(5), "");
-    EXPECT_EQ(rig.news(), "Quit; ");
+    EXPECT_EQ(rig.takeDone(), "Quit; ");
 }
 
 TEST(DBusMenuTest, PerformsAGroupOfClicksInTheirOrderAndNamesTheItemsThatAreMissing) {
     MenuRig rig;
     EXPECT_EQ(rig.events({{0, "opened"}, {5, "clicked"}, {99, "clicked"}, {1, "clicked"}, {-1, "hovered"}}), "[99 -1]");
-    EXPECT_EQ(rig.news(), "Quit; Mute; ");
+    EXPECT_EQ(rig.takeDone(), "Quit; Mute; ");
     EXPECT_EQ(rig.events({}), "[]");
 }
 
-TEST(DBusMenuTest, DoesNothingForWhatIsNoClickOrHasNothingToDo) {
+TEST(DBusMenuTest, IgnoresOtherEventsAndItemsWithoutAnAction) {
     MenuRig rig;
     for (const int id : {0, 1, 2, 3, 4, 5}) {
         for (const char* event : {"opened", "closed", "hovered", "x-vendor-thing", "", "Clicked"}) {
@@ -158,7 +158,7 @@ TEST(DBusMenuTest, DoesNothingForWhatIsNoClickOrHasNothingToDo) {
         }
     }
     for (const int id : {0, 2, 4}) EXPECT_EQ(rig.panel->click(id), "");
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeDone(), "");
     EXPECT_EQ(rig.panel->signals(), "");
 }
 
@@ -172,10 +172,10 @@ TEST(DBusMenuTest, RefusesItemsThatDoNotExist) {
         EXPECT_EQ(rig.aboutToShow(std::vector<std::int32_t>{id, id}), refused);
         EXPECT_EQ(rig.events({{id, "clicked"}, {id, "opened"}}), refused);
     }
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeDone(), "");
 }
 
-TEST(DBusMenuTest, RefusesListsThatNobodyNeeds) {
+TEST(DBusMenuTest, RefusesListsThatAreTooLong) {
     MenuRig rig;
     const std::vector<std::int32_t> most(DBusMenu::longestList, 4);
     EXPECT_TRUE(rig.properties(most).starts_with("[(4 "));
@@ -185,20 +185,20 @@ TEST(DBusMenuTest, RefusesListsThatNobodyNeeds) {
     EXPECT_EQ(rig.aboutToShow(many), tooLong);
     EXPECT_EQ(rig.layout(0, -1, std::vector<std::string>(100'000, "label")), tooLong);
     EXPECT_EQ(rig.events(std::vector<std::pair<std::int32_t, const char*>>(50'000, {1, "clicked"})), tooLong);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeDone(), "");
 }
 
-TEST(DBusMenuTest, TellsTheStateOfAClickedCheckMarkEvenIfItIsAsItWas) {
+TEST(DBusMenuTest, SignalsTheStateOfAClickedCheckMarkEvenIfItIsUnchanged) {
     MenuRig rig;
     rig.panel->click(1);
-    EXPECT_EQ(rig.news(), "Mute; ");
+    EXPECT_EQ(rig.takeDone(), "Mute; ");
     EXPECT_EQ(rig.panel->signals(), "ItemsPropertiesUpdated [(1 [\"toggle-state\":1])] []; ");
     rig.panel->click(5);
-    rig.news();
+    rig.takeDone();
     EXPECT_EQ(rig.panel->signals(), "");
 }
 
-TEST(DBusMenuTest, TellsOfAnotherLayoutAndLetsALateClickInTheOldOneMeetNothing) {
+TEST(DBusMenuTest, SignalsAnotherLayoutAndRefusesALateClickInTheOldOne) {
     MenuRig rig;
     const std::string before = rig.panel->layout();
     rig.item->setMenu({{rig.entry("Else"), rig.mark("Mute", 1, MenuItemState::off)}});
@@ -212,9 +212,9 @@ TEST(DBusMenuTest, TellsOfAnotherLayoutAndLetsALateClickInTheOldOneMeetNothing) 
                                           R"( [(6 ["label":"Else"] []) (7 ["label":"Mute" )"
                                           R"("toggle-type":"checkmark" "toggle-state":0] [])]))");
     EXPECT_EQ(rig.panel->click(1), refused);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeDone(), "");
     EXPECT_EQ(rig.panel->click(6), "");
-    EXPECT_EQ(rig.news(), "Else; ");
+    EXPECT_EQ(rig.takeDone(), "Else; ");
     rig.item->setMenu({});
     rig.settle();
     EXPECT_EQ(rig.layout(), "(0 " + root + " [])");
@@ -240,7 +240,7 @@ TEST(DBusMenuTest, NamesTheCommaAsTheDesktopsPanelsReadIt) {
     }
 }
 
-TEST(DBusMenuTest, ShowsBytesThatAreNoTextAsSuch) {
+TEST(DBusMenuTest, ReplacesBytesThatAreNotText) {
     MenuRig rig;
     rig.item->setMenu({{rig.entry("a\xFF_")}});
     rig.settle();

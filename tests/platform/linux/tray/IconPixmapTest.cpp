@@ -28,7 +28,7 @@ TEST(IconPixmapTest, HasFourBytesForEachPixel) {
     }
 }
 
-TEST(IconPixmapTest, IsTheSameGreyEverywhereAndTellsTheInkByItsAlphaAlone) {
+TEST(IconPixmapTest, IsTheSameGrayEverywhereAndShowsInkOnlyInItsAlpha) {
     const Picture picture(frameAndSlash, 36);
     for (std::size_t at = 0; at < picture.bytes.size(); at += 4) {
         ASSERT_EQ(picture.bytes[at + 1], 0x80);
@@ -37,8 +37,8 @@ TEST(IconPixmapTest, IsTheSameGreyEverywhereAndTellsTheInkByItsAlphaAlone) {
     }
 }
 
-// At 18 pixels a pixel is a point; the first row is the top one.
-TEST(IconPixmapTest, DrawsARectanglesLineAndLeavesItsInsideAndItsSurroundingsEmpty) {
+// At 18 pixels, one pixel is one point. The first row is the top row.
+TEST(IconPixmapTest, DrawsTheLineOfARectangleAndLeavesTheInsideAndTheOutsideEmpty) {
     const Picture picture(frameAndSlash, 18);
     for (const int column : {1, 2}) EXPECT_EQ(picture.alpha(column, 9), 255) << column;  // left side: x from 1 to 3
     for (const int column : {0, 3, 5}) EXPECT_EQ(picture.alpha(column, 9), 0) << column;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <xcb/xcb.h>
+
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/loop/Handles.h"
 #include "BLE_kovra/platform/linux/tray/TrayItem.h"
 #include "BLE_kovra/platform/linux/x11/XConnection.h"
 #include "tests/fakes/FakeMainQueue.h"
@@ -12,7 +15,7 @@
 
 namespace kovra {
 
-// The item as the application makes it, with a small menu, beside the real window process on a real screen.
+// An item with a small menu, together with the real window process on a real screen.
 class ItemOnScreen : public WindowProcessOnScreen {
   protected:
     static constexpr int toggleTag = 1;
@@ -35,16 +38,39 @@ class ItemOnScreen : public WindowProcessOnScreen {
         if (tag != 0) added.state = MenuItemState::on;
     }
 
-    // Which has no title of its own.
+    // The menu window has no title of its own.
     std::optional<Onlooker::Place> menu() { return onlooker.window("BLE-kovra"); }
+    // Waits until the menu is open and receives all input. The toolkit grabs the keyboard and the pointer only after it
+    // has mapped the window; input before that is lost.
     Onlooker::Place openedMenu() {
-        return waitFor<Onlooker::Place>([&] { return menu(); });
+        waitUntil([&] { return menu() && isInputGrabbed(); });
+        return menu().value_or(Onlooker::Place());
     }
 
-    FakeMainQueue patience;  // for what waits
+    FakeMainQueue fakeQueue;
     std::unique_ptr<XConnection> x = XConnection::open(loop);
     TrayItem item{loop};
     std::vector<std::string> done;
+
+  private:
+    // Tries to grab the keyboard and the pointer, which fails while another client has grabbed them. The server handles
+    // no other client in between, so that the attempt never takes the place of the menu's own grab.
+    bool isInputGrabbed() {
+        xcb_connection_t* connection = x->get();
+        const xcb_window_t root = x->roots().front();
+        xcb_grab_server(connection);
+        const auto keyboard =
+            xcb_grab_keyboard(connection, 0, root, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        const auto pointer = xcb_grab_pointer(connection, 0, root, 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
+                                              XCB_NONE, XCB_NONE, XCB_CURRENT_TIME);
+        xcb_ungrab_keyboard(connection, XCB_CURRENT_TIME);
+        xcb_ungrab_pointer(connection, XCB_CURRENT_TIME);
+        xcb_ungrab_server(connection);
+        const Allocated<xcb_grab_keyboard_reply_t> keys(xcb_grab_keyboard_reply(connection, keyboard, nullptr));
+        const Allocated<xcb_grab_pointer_reply_t> clicks(xcb_grab_pointer_reply(connection, pointer, nullptr));
+        return keys && keys->status == XCB_GRAB_STATUS_ALREADY_GRABBED && clicks &&
+               clicks->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
+    }
 };
 
 }  // namespace kovra

@@ -16,8 +16,8 @@
 
 namespace kovra {
 
-// A desktop's panel, with a bus connection of its own: takes registrations as a watcher, reads items as a host, and
-// writes down every signal that an item sends. It shares the loop with what is tested.
+// A panel with its own bus connection. It accepts registrations as a watcher, reads items as a host, and records every
+// signal of an item. It shares the event loop with the code under test.
 class Panel {
   public:
     enum class Hosts { none, one };
@@ -30,7 +30,7 @@ class Panel {
         EXPECT_GE(sd_bus_add_object_vtable(bus, nullptr, path, name, vtable.data(), this), 0);
         for (const char* interface : {"org.kde.StatusNotifierItem", "com.canonical.dbusmenu"}) {
             const std::string match = "type='signal',interface='" + std::string(interface) + "'";
-            EXPECT_GE(sd_bus_add_match(bus, nullptr, match.c_str(), heard, this), 0);
+            EXPECT_GE(sd_bus_add_match(bus, nullptr, match.c_str(), onSignal, this), 0);
         }
         EXPECT_GE(sd_bus_request_name(bus, name, 0), 0);
     }
@@ -44,12 +44,12 @@ class Panel {
         EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, name, signal, nullptr), 0);
     }
 
-    // Waits for the first item, if there is none yet.
+    // Waits for the first item. Returns false if none registers.
     bool findsItem() {
         return turnUntil(loop_, [this] { return !items.empty(); });
     }
 
-    // The answer as text, or "error NAME". `write` writes the arguments.
+    // Returns the reply as text, or "error NAME". `write` writes the arguments.
     using Write = std::function<void(BusWriter&)>;
     std::string call(const char* object, const char* interface, const char* member, const Write& write = {}) {
         sd_bus_message* made = nullptr;
@@ -65,17 +65,17 @@ class Panel {
     std::string send(sd_bus_message* message) {
         std::optional<std::string> answer;
         sd_bus_slot* slot = nullptr;
-        EXPECT_GE(sd_bus_call_async(bus_.get(), &slot, message, answered, &answer, 0), 0);
+        EXPECT_GE(sd_bus_call_async(bus_.get(), &slot, message, onReply, &answer, 0), 0);
         const BusSlot pending(slot);
         EXPECT_TRUE(turnUntil(loop_, [&] { return answer.has_value(); }));
         return answer.value_or("no answer");
     }
-    std::string property(const char* object, const char* interface, const char* asked) {
+    std::string property(const char* object, const char* interface, const char* wanted) {
         return call(object, "org.freedesktop.DBus.Properties", "Get",
-                    [&](BusWriter& writer) { writer.text(interface).text(asked); });
+                    [&](BusWriter& writer) { writer.text(interface).text(wanted); });
     }
-    std::string itemProperty(const char* asked) {
-        return property("/StatusNotifierItem", "org.kde.StatusNotifierItem", asked);
+    std::string itemProperty(const char* wanted) {
+        return property("/StatusNotifierItem", "org.kde.StatusNotifierItem", wanted);
     }
     std::string menu(const char* member, const Write& write) {
         return call("/MenuBar", "com.canonical.dbusmenu", member, write);
@@ -83,7 +83,7 @@ class Panel {
     std::string layout(std::int32_t parent = 0, std::int32_t depth = -1, const std::vector<std::string>& names = {}) {
         return menu("GetLayout", [&](BusWriter& writer) {
             writer.integer(parent).integer(depth).openArray("s");
-            for (const std::string& asked : names) writer.text(asked);
+            for (const std::string& wanted : names) writer.text(wanted);
             writer.close();
         });
     }
@@ -94,8 +94,8 @@ class Panel {
     }
     std::string click(std::int32_t id) { return event(id, "clicked"); }
 
-    // What the items have signalled since the last call, each followed by "; ". All that was sent before is in it: the
-    // item answers a question put now after it.
+    // Returns the signals of the items since the last call, each followed by "; ". The request makes sure that none is
+    // missing: the item replies to it after all earlier signals.
     std::string signals() {
         itemProperty("Id");
         return std::exchange(signals_, {});
@@ -107,7 +107,7 @@ class Panel {
         return items.empty() ? nobody : items.back();
     }
 
-    std::vector<std::string> items;  // as they were registered
+    std::vector<std::string> items;  // in the order of their registration
     bool refusesItems = false;
 
   private:
@@ -126,13 +126,13 @@ class Panel {
                                 sd_bus_error*) {
         return sd_bus_message_append(reply, "b", static_cast<int>(static_cast<Panel*>(context)->hasHost_));
     }
-    static int heard(sd_bus_message* signal, void* context, sd_bus_error*) {
+    static int onSignal(sd_bus_message* signal, void* context, sd_bus_error*) {
         auto* panel = static_cast<Panel*>(context);
         const std::string contents = textOf(signal);
         panel->signals_ += sd_bus_message_get_member(signal) + (contents.empty() ? "" : " " + contents) + "; ";
         return 0;
     }
-    static int answered(sd_bus_message* reply, void* context, sd_bus_error*) {
+    static int onReply(sd_bus_message* reply, void* context, sd_bus_error*) {
         const sd_bus_error* error = sd_bus_message_get_error(reply);
         *static_cast<std::optional<std::string>*>(context) =
             error == nullptr ? textOf(reply) : "error " + std::string(error->name);

@@ -60,12 +60,12 @@ constexpr std::array words{"",
                            "%s%n",
                            "\xF0\x9F\x96\xB1"};
 
-// Calls that nobody would make, and some that anybody might.
+// A client that makes random calls, some of them valid.
 class Stranger {
   public:
     Stranger(Panel& panel, std::uint32_t seed) : panel_(panel), random_(seed) {}
 
-    // The answer; any is right, as long as there is one.
+    // Returns the reply. Any reply is correct, but there must be one.
     std::string call() {
         const Method method = one(methods);
         const bool isOrderly = chance(60);
@@ -95,7 +95,7 @@ class Stranger {
         if (chance(60)) return number(-1, 9);
         return chance(50) ? std::numeric_limits<std::int32_t>::min() : std::numeric_limits<std::int32_t>::max();
     }
-    // A list of many long texts would pass what a bus carries, and end the stranger's connection.
+    // A list of many long texts would exceed the size limit of a message, and the bus would disconnect this client.
     std::string someText() { return !isLong_ && chance(2) ? std::string(300'000, 'a') : std::string(one(words)); }
     std::string someType(int depth) {
         switch (number(0, depth > 0 ? 7 : 4)) {
@@ -123,7 +123,7 @@ class Stranger {
         return types;
     }
 
-    // Where the complete type ends that begins here.
+    // The end of the complete type that starts at `begin`.
     static std::size_t end(std::string_view types, std::size_t begin) {
         if (types[begin] == 'a') return end(types, begin + 1);
         if (types[begin] != '(' && types[begin] != '{') return begin + 1;
@@ -166,7 +166,7 @@ class Stranger {
             case 'a': {
                 const std::string of(type.substr(1));
                 const int most = size_;
-                size_ = 2;  // what is inside stays small
+                size_ = 2;  // nested containers stay small
                 writer.openArray(of.c_str());
                 for (int count = number(0, most); count > 0; --count) writeOne(writer, of);
                 writer.close();
@@ -192,7 +192,7 @@ class Stranger {
     int nesting_ = 0;
 };
 
-TEST(StatusNotifierFrontFuzzTest, AnswersWhateverIsAskedAndWorksAfterwards) {
+TEST(StatusNotifierFrontFuzzTest, RepliesToAnyCallAndWorksAfterwards) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         StatusNotifierRig rig;
@@ -205,11 +205,11 @@ TEST(StatusNotifierFrontFuzzTest, AnswersWhateverIsAskedAndWorksAfterwards) {
             ASSERT_NE(answer, "no answer");
             if (!answer.starts_with("error")) ++answers;
         }
-        EXPECT_GT(answers, 100);  // or else the calls do not reach what is tested
-        rig.news();
+        EXPECT_GT(answers, 100);  // otherwise the calls do not reach the item
+        rig.takeDone();
         EXPECT_EQ(rig.panel->layout(), before);
         rig.panel->click(3);
-        EXPECT_EQ(rig.news(), "Settings; ");
+        EXPECT_EQ(rig.takeDone(), "Settings; ");
         rig.panel->signals();
         rig.showIcon("slashed", "on");
         rig.settle();

@@ -10,14 +10,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(StatusNotifierFrontTest, RegistersWithTheWatcherThatIsThere) {
+TEST(StatusNotifierFrontTest, RegistersWithARunningWatcher) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->items.size(), 1U);
     EXPECT_TRUE(rig.panel->item().starts_with("org.kde.StatusNotifierItem-")) << rig.panel->item();
 }
 
-TEST(StatusNotifierFrontTest, RegistersWithAWatcherThatComesLate) {
+TEST(StatusNotifierFrontTest, RegistersWithAWatcherThatStartsLate) {
     StatusNotifierRig rig;
     rig.showIcon("plain", "off");
     turnsWithin(rig.loop, 100ms);
@@ -49,10 +49,10 @@ TEST(StatusNotifierFrontTest, RegistersAgainAfterTheSessionBusWasAway) {
     ASSERT_TRUE(rig.panel->findsItem());
     EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"slashed\"");
     rig.panel->click(1);
-    EXPECT_EQ(rig.news(), "Mute; ");
+    EXPECT_EQ(rig.takeDone(), "Mute; ");
 }
 
-TEST(StatusNotifierFrontTest, RegistersOnceTheHostIsThereWithAWatcherThatCouldNotTakeItBefore) {
+TEST(StatusNotifierFrontTest, RegistersOnceAHostAppearsWithAWatcherThatRefusedItBefore) {
     StatusNotifierRig rig;
     rig.panel.emplace(rig.loop, Panel::Hosts::none);
     rig.panel->refusesItems = true;
@@ -63,7 +63,7 @@ TEST(StatusNotifierFrontTest, RegistersOnceTheHostIsThereWithAWatcherThatCouldNo
     EXPECT_TRUE(rig.panel->findsItem());
 }
 
-TEST(StatusNotifierFrontTest, GoesOnWithoutASessionBus) {
+TEST(StatusNotifierFrontTest, WorksWithoutASessionBus) {
     PrivateBus daemon("DBUS_SESSION_BUS_ADDRESS");
     daemon.end();
     SdEventLoop loop;
@@ -79,42 +79,44 @@ TEST(StatusNotifierFrontTest, GoesOnWithoutASessionBus) {
     EXPECT_FALSE(watcher.hasHost());
 }
 
-TEST(StatusNotifierFrontTest, TellsWhetherThereIsAHost) {
+TEST(StatusNotifierFrontTest, ReportsWhetherThereIsAHost) {
     StatusNotifierRig rig;
-    std::string told;
-    const auto listening = rig.watcher.listen([&](bool hasHost) { told += hasHost ? "host " : "none "; });
-    const auto hears = [&](const std::string& words) { return turnUntil(rig.loop, [&] { return told == words; }); };
+    std::string reports;
+    const auto listening = rig.watcher.listen([&](bool hasHost) { reports += hasHost ? "host " : "none "; });
+    const auto reported = [&](const std::string& words) {
+        return turnUntil(rig.loop, [&] { return reports == words; });
+    };
     rig.panel.emplace(rig.loop, Panel::Hosts::none);
     turnsWithin(rig.loop, 50ms);
-    EXPECT_EQ(told, "");
+    EXPECT_EQ(reports, "");
     rig.panel->setHost(Panel::Hosts::one);
-    EXPECT_TRUE(hears("host "));
+    EXPECT_TRUE(reported("host "));
     rig.panel->setHost(Panel::Hosts::none);
-    EXPECT_TRUE(hears("host none "));
+    EXPECT_TRUE(reported("host none "));
     rig.panel->setHost(Panel::Hosts::one);
-    EXPECT_TRUE(hears("host none host "));
+    EXPECT_TRUE(reported("host none host "));
     rig.panel.reset();
-    EXPECT_TRUE(hears("host none host none "));
+    EXPECT_TRUE(reported("host none host none "));
     rig.panel.emplace(rig.loop);
-    EXPECT_TRUE(hears("host none host none host "));
+    EXPECT_TRUE(reported("host none host none host "));
     rig.daemon.end();
-    EXPECT_TRUE(hears("host none host none host none "));
+    EXPECT_TRUE(reported("host none host none host none "));
 }
 
-TEST(StatusNotifierFrontTest, ShowsTheIconByNameAndWhereItsFileIs) {
+TEST(StatusNotifierFrontTest, ReportsTheNameOfTheIconAndItsFolder) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->itemProperty("IconName"), "\"plain\"");
     EXPECT_EQ(rig.panel->itemProperty("IconThemePath"), "\"/folder/icons\"");
 }
 
-TEST(StatusNotifierFrontTest, ShowsTheIconAsPixmapsToo) {
+TEST(StatusNotifierFrontTest, ReportsTheIconAsPixmapsToo) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->itemProperty("IconPixmap"), "[(22 22 1936 bytes) (32 32 4096 bytes) (48 48 9216 bytes)]");
 }
 
-TEST(StatusNotifierFrontTest, IsAnActiveItemOfAMenuAndNothingElse) {
+TEST(StatusNotifierFrontTest, IsAnActiveItemWithNothingButAMenu) {
     StatusNotifierRig rig;
     rig.showInPanel();
     const std::vector<std::pair<const char*, const char*>> properties{
@@ -137,7 +139,7 @@ TEST(StatusNotifierFrontTest, IsAnActiveItemOfAMenuAndNothingElse) {
     for (const auto& [name, value] : properties) EXPECT_NE(all.find('"' + std::string(name) + '"'), std::string::npos);
 }
 
-TEST(StatusNotifierFrontTest, SaysInItsToolTipWhoItIsAndWhatItShows) {
+TEST(StatusNotifierFrontTest, ShowsTheProgramNameAndTheStateInItsToolTip) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.showIcon("plain", "a <b> & c");
@@ -159,7 +161,7 @@ TEST(StatusNotifierFrontTest, SignalsOnlyWhatHasChanged) {
     EXPECT_EQ(rig.panel->signals(), "ItemsPropertiesUpdated [(1 [\"toggle-state\":0])] []; ");
 }
 
-// Every message of this program, on whatever it may be, reaches who watches the bus.
+// A monitor receives every message of this program, whatever object it is for.
 TEST(StatusNotifierFrontTest, SendsNothingWhenNothingChanges) {
     StatusNotifierRig rig;
     rig.showInPanel();
@@ -186,7 +188,7 @@ TEST(StatusNotifierFrontTest, SendsNothingWhenNothingChanges) {
     };
     ASSERT_GE(sd_bus_add_filter(opened, nullptr, count, &messages), 0);
     ASSERT_GE(sd_bus_attach_event(opened, rig.loop.event(), SD_EVENT_PRIORITY_NORMAL), 0);
-    turnsWithin(rig.loop, 100ms);  // the farewell of the bus to its monitor
+    turnsWithin(rig.loop, 100ms);  // the bus sends a last message to its monitor
     messages = 0;
     for (int evaluation = 0; evaluation < 100; ++evaluation) {
         rig.item->setState(1, MenuItemState::on);
@@ -204,17 +206,17 @@ std::string click(StatusNotifierRig& rig, const char* method, int x, int y) {
                            [&](BusWriter& writer) { writer.integer(x).integer(y); });
 }
 
-TEST(StatusNotifierFrontTest, AsksForTheMenuAtEachClickThatADesktopTellsOf) {
+TEST(StatusNotifierFrontTest, RequestsTheMenuAtEachReportedClick) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(click(rig, "Activate", 10, 20), "");
     EXPECT_EQ(click(rig, "SecondaryActivate", -5, 0), "");
     EXPECT_EQ(click(rig, "ContextMenu", 3'000, 2'000), "");
-    EXPECT_EQ(rig.asked, (std::vector<std::pair<int, int>>{{10, 20}, {-5, 0}, {3'000, 2'000}}));
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.requests, (std::vector<std::pair<int, int>>{{10, 20}, {-5, 0}, {3'000, 2'000}}));
+    EXPECT_EQ(rig.takeDone(), "");
 }
 
-TEST(StatusNotifierFrontTest, KnowsNoClickWhereNobodyCanOpenTheMenu) {
+TEST(StatusNotifierFrontTest, HasNoClickMethodsIfTheMenuCannotBeOpened) {
     StatusNotifierRig rig;
     rig.item.reset();
     rig.popUp = nullptr;
@@ -235,8 +237,8 @@ TEST(StatusNotifierFrontTest, DoesNothingWhenItIsScrolled) {
     EXPECT_EQ(rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Scroll",
                               [](BusWriter& writer) { writer.integer(120).text("vertical"); }),
               "");
-    EXPECT_EQ(rig.news(), "");
-    EXPECT_TRUE(rig.asked.empty());
+    EXPECT_EQ(rig.takeDone(), "");
+    EXPECT_TRUE(rig.requests.empty());
 }
 
 TEST(StatusNotifierFrontTest, KeepsTheNewestActivationTokenForOneWindow) {
@@ -268,7 +270,7 @@ TEST(StatusNotifierFrontTest, LeavesTheBusWithItsItem) {
     EXPECT_TRUE(rig.panel->items.empty());
 }
 
-TEST(StatusNotifierFrontTest, GoesOnWhereTheLibraryLosesTheBusInTheMiddleOfASentence) {
+TEST(StatusNotifierFrontTest, SurvivesLosingTheBusInTheMiddleOfAMessage) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.daemon.end();

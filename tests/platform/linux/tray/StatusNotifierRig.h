@@ -15,7 +15,7 @@
 
 namespace kovra {
 
-// A desktop with a session bus of its own, and a status item on it; its panel comes when the test says so.
+// A status item on a private session bus. The test starts the panel.
 struct StatusNotifierRig {
     StatusNotifierRig() : StatusNotifierRig("XFCE") {}
     explicit StatusNotifierRig(const std::string& desktop) { environment.set("XDG_CURRENT_DESKTOP", desktop); }
@@ -26,17 +26,17 @@ struct StatusNotifierRig {
     SessionBus bus{loop};
     StatusNotifierWatcher watcher{bus};
     ActivationToken token;
-    std::vector<std::pair<int, int>> asked;  // where the menu was asked for
-    StatusNotifierItem::PopUp popUp = [this](int x, int y) { asked.emplace_back(x, y); };
+    std::vector<std::pair<int, int>> requests;  // positions where the menu was requested
+    StatusNotifierItem::PopUp popUp = [this](int x, int y) { requests.emplace_back(x, y); };
     TrayStatusBar bar{loop, {[this](TrayItem& made) {
                           return std::make_unique<StatusNotifierFront>(made, bus, watcher, token, "/folder/icons",
                                                                        popUp);
                       }}};
     std::unique_ptr<StatusItem> item = bar.statusItem(StatusBar::variableLength);
     std::optional<Panel> panel;
-    std::string done;  // what was chosen
+    std::string done;  // the items whose action ran
 
-    // The item in a panel that is there from the start, with a menu of each kind of entry.
+    // Starts the panel before the item, whose menu has each kind of entry.
     void showInPanel() {
         panel.emplace(loop);
         item->setMenu(menu());
@@ -69,12 +69,12 @@ struct StatusNotifierRig {
         mark.state = state;
         return mark;
     }
-    // What was done since the last call, once all that was asked has been done.
-    std::string news() {
+    // Runs the queue until it is empty, and returns the actions since the last call.
+    std::string takeDone() {
         settle();
         return std::exchange(done, {});
     }
-    // Turns the queue until what is queued, and what that queues, has had its turn.
+    // Turns the queue until all queued blocks, and the blocks that they queue, have run.
     void settle() {
         for (int turns = 0; turns < 10; ++turns) {
             bool turned = false;

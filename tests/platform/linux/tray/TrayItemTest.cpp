@@ -32,63 +32,63 @@ MenuItem mark(
     return item;
 }
 
-// Writes down what it is told: "image plain template", "tip away", "menu 2", "0 on", each followed by "; ".
+// Records each call as text: "image plain template", "tip away", "menu 2", "0 on", each followed by "; ".
 class Recorder : public TrayFront {
   public:
-    explicit Recorder(std::string& told) : told_(told) {}
+    explicit Recorder(std::string& record) : record_(record) {}
     void show(const TrayContents& contents, const TrayChanges& changes) override {
-        if (changes.image) told_ += "image " + (contents.image ? contents.image->name : "none");
-        if (changes.image && contents.imageIsTemplate) told_ += " template";
-        if (changes.toolTip) told_ += " tip " + contents.toolTip;
-        if (changes.menu) told_ += " menu " + std::to_string(contents.menu.items.size());
+        if (changes.image) record_ += "image " + (contents.image ? contents.image->name : "none");
+        if (changes.image && contents.imageIsTemplate) record_ += " template";
+        if (changes.toolTip) record_ += " tip " + contents.toolTip;
+        if (changes.menu) record_ += " menu " + std::to_string(contents.menu.items.size());
         for (const std::size_t position : changes.states) {
-            told_ += " " + std::to_string(position);
-            told_ += contents.menu.items.at(position).state == MenuItemState::on ? " on" : " off";
+            record_ += " " + std::to_string(position);
+            record_ += contents.menu.items.at(position).state == MenuItemState::on ? " on" : " off";
         }
-        told_ += "; ";
+        record_ += "; ";
     }
 
   private:
-    std::string& told_;
+    std::string& record_;
 };
 
 struct TrayRig {
     FakeMainQueue queue;
-    std::string told;
+    std::string record;
     std::unique_ptr<TrayItem> item = std::make_unique<TrayItem>(queue);
 
-    TrayRig() { item->add(std::make_unique<Recorder>(told)); }
+    TrayRig() { item->add(std::make_unique<Recorder>(record)); }
 
     StatusBarButton& button() { return *item->button(); }
     void setMenu(std::vector<MenuItem> items) { item->setMenu({std::move(items)}); }
-    // What was told since the last call.
-    std::string news() {
+    // Returns what was shown since the last call.
+    std::string takeRecord() {
         queue.run();
-        return std::exchange(told, {});
+        return std::exchange(record, {});
     }
 };
 
-TEST(TrayItemTest, TellsEverythingFirstAndFromTheQueue) {
+TEST(TrayItemTest, ShowsEverythingFirstAndFromTheQueue) {
     TrayRig rig;
     rig.button().setImage(picture("plain"));
     rig.button().setImageIsTemplate(true);
     rig.button().setToolTip("away");
     rig.setMenu({entry("one"), entry("two")});
-    EXPECT_EQ(rig.told, "");
-    EXPECT_EQ(rig.news(), "image plain template tip away menu 2; ");
+    EXPECT_EQ(rig.record, "");
+    EXPECT_EQ(rig.takeRecord(), "image plain template tip away menu 2; ");
 }
 
-TEST(TrayItemTest, TellsOnceATurnHoweverMuchHasChanged) {
+TEST(TrayItemTest, ShowsOncePerTurnHoweverMuchHasChanged) {
     TrayRig rig;
-    rig.news();
+    rig.takeRecord();
     rig.button().setImage(picture("plain"));
     rig.button().setToolTip("here");
     rig.button().setToolTip("away");
     EXPECT_EQ(rig.queue.queued(), 1U);
-    EXPECT_EQ(rig.news(), "image plain tip away; ");
+    EXPECT_EQ(rig.takeRecord(), "image plain tip away; ");
 }
 
-TEST(TrayItemTest, TellsNothingWhenNothingDiffersFromWhatWasToldLast) {
+TEST(TrayItemTest, ShowsNothingWhenNothingDiffersFromWhatWasShownLast) {
     TrayRig rig;
     const auto evaluate = [&](const std::string& name, MenuItemState state) {
         rig.item->setState(1, state);
@@ -98,31 +98,31 @@ TEST(TrayItemTest, TellsNothingWhenNothingDiffersFromWhatWasToldLast) {
     };
     rig.setMenu({mark("one", 1, MenuItemState::off)});
     evaluate("plain", MenuItemState::off);
-    rig.news();
+    rig.takeRecord();
     evaluate("plain", MenuItemState::off);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
     evaluate("slashed", MenuItemState::on);
     evaluate("plain", MenuItemState::off);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
     rig.setMenu({mark("one", 1, MenuItemState::off)});
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
 }
 
-TEST(TrayItemTest, TellsOnlyWhatDiffers) {
+TEST(TrayItemTest, ShowsOnlyWhatDiffers) {
     TrayRig rig;
     rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::off), mark("two", 2, MenuItemState::off)});
     rig.button().setImage(picture("plain"));
-    rig.news();
+    rig.takeRecord();
     rig.item->setState(2, MenuItemState::on);
-    EXPECT_EQ(rig.news(), " 2 on; ");
+    EXPECT_EQ(rig.takeRecord(), " 2 on; ");
     rig.button().setImageIsTemplate(true);
-    EXPECT_EQ(rig.news(), "image plain template; ");
+    EXPECT_EQ(rig.takeRecord(), "image plain template; ");
     rig.button().setToolTip("here");
-    EXPECT_EQ(rig.news(), " tip here; ");
+    EXPECT_EQ(rig.takeRecord(), " tip here; ");
     rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::on), mark("two", 2, MenuItemState::on)});
-    EXPECT_EQ(rig.news(), " 1 on; ");
+    EXPECT_EQ(rig.takeRecord(), " 1 on; ");
     rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::off)});
-    EXPECT_EQ(rig.news(), " menu 2; ");
+    EXPECT_EQ(rig.takeRecord(), " menu 2; ");
 }
 
 TEST(TrayItemTest, IsATemplateOnlyUntilTheNextImage) {
@@ -138,21 +138,21 @@ TEST(TrayItemTest, IgnoresTheStateOfATagThatNoItemHas) {
     TrayRig rig;
     rig.item->setState(1, MenuItemState::on);
     rig.setMenu({mark("one", 1, MenuItemState::off)});
-    rig.news();
+    rig.takeRecord();
     rig.item->setState(7, MenuItemState::on);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
 }
 
-TEST(TrayItemTest, TellsAFrontThatComesLaterEverythingAndTheOthersNothing) {
+TEST(TrayItemTest, ShowsEverythingInALaterFrontAndNothingInTheOthers) {
     TrayRig rig;
     rig.setMenu({entry("one")});
-    rig.news();
+    rig.takeRecord();
     std::string late;
     rig.item->add(std::make_unique<Recorder>(late));
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
     EXPECT_EQ(late, "image none tip  menu 1; ");
     rig.button().setToolTip("here");
-    EXPECT_EQ(rig.news(), " tip here; ");
+    EXPECT_EQ(rig.takeRecord(), " tip here; ");
     EXPECT_EQ(late, "image none tip  menu 1;  tip here; ");
 }
 
@@ -166,7 +166,7 @@ TEST(TrayItemTest, PerformsAChoiceFromTheQueue) {
     EXPECT_EQ(performed, 1);
 }
 
-TEST(TrayItemTest, DoesNothingForWhatCannotBeChosen) {
+TEST(TrayItemTest, IgnoresTheChoiceOfAnItemThatCannotBeChosen) {
     TrayRig rig;
     MenuItem disabled = entry("no", [] { FAIL(); });
     disabled.isEnabled = false;
@@ -174,74 +174,74 @@ TEST(TrayItemTest, DoesNothingForWhatCannotBeChosen) {
     hint.title = "hint";
     rig.item->choose(0);
     rig.setMenu({disabled, MenuItem::separator(), hint});
-    rig.news();
+    rig.takeRecord();
     for (const std::size_t position : {0U, 1U, 2U, 3U, 4000000000U}) rig.item->choose(position);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
 }
 
-TEST(TrayItemTest, TellsTheStateAgainAfterAChoiceThatLeftItAsItWas) {
+TEST(TrayItemTest, ShowsTheStateAgainAfterAChoiceThatDidNotChangeIt) {
     TrayRig rig;
     rig.setMenu({entry("zero"), mark("one", 1, MenuItemState::on)});
-    rig.news();
+    rig.takeRecord();
     rig.item->choose(1);
-    EXPECT_EQ(rig.news(), " 1 on; ");
+    EXPECT_EQ(rig.takeRecord(), " 1 on; ");
     rig.item->choose(0);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
 }
 
-TEST(TrayItemTest, TellsTheStateOnceAfterAChoiceThatChangedItInAQueuedBlock) {
+TEST(TrayItemTest, ShowsTheStateOnceAfterAChoiceThatChangedItInAQueuedBlock) {
     TrayRig rig;
     const auto evaluateLater = [&] { rig.queue.async([&] { rig.item->setState(1, MenuItemState::off); }); };
     rig.setMenu({mark("one", 1, MenuItemState::on, evaluateLater)});
-    rig.news();
+    rig.takeRecord();
     rig.item->choose(0);
-    EXPECT_EQ(rig.news(), " 0 off; ");
+    EXPECT_EQ(rig.takeRecord(), " 0 off; ");
 }
 
-TEST(TrayItemTest, TellsTheStateAgainOfADisabledItemThatWasClicked) {
+TEST(TrayItemTest, ShowsTheStateOfADisabledItemAgainAfterAClick) {
     TrayRig rig;
     MenuItem disabled = mark("one", 1, MenuItemState::on, [] { FAIL(); });
     disabled.isEnabled = false;
     rig.setMenu({disabled});
-    rig.news();
+    rig.takeRecord();
     rig.item->choose(0);
-    EXPECT_EQ(rig.news(), " 0 on; ");
+    EXPECT_EQ(rig.takeRecord(), " 0 on; ");
 }
 
-TEST(TrayItemTest, TellsNoStateAgainInAnotherMenu) {
+TEST(TrayItemTest, ShowsNoStateAgainInAnotherMenu) {
     TrayRig rig;
     rig.setMenu({mark("one", 1, MenuItemState::on, [&] { rig.setMenu({entry("another")}); })});
-    rig.news();
+    rig.takeRecord();
     rig.item->choose(0);
-    EXPECT_EQ(rig.news(), " menu 1; ");
+    EXPECT_EQ(rig.takeRecord(), " menu 1; ");
 }
 
-TEST(TrayItemTest, MayDieInItsOwnAction) {
+TEST(TrayItemTest, MayBeDestroyedInItsOwnAction) {
     TrayRig rig;
     rig.setMenu({mark("one", 1, MenuItemState::on, [&] { rig.item.reset(); })});
-    rig.news();
+    rig.takeRecord();
     rig.item->choose(0);
     rig.item->choose(0);
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
     EXPECT_FALSE(rig.item);
 }
 
-TEST(TrayItemTest, TellsNothingOnceItIsGone) {
+TEST(TrayItemTest, ShowsNothingOnceItIsDestroyed) {
     TrayRig rig;
     rig.button().setToolTip("here");
     rig.item->choose(0);
     rig.item.reset();
-    EXPECT_EQ(rig.news(), "");
+    EXPECT_EQ(rig.takeRecord(), "");
 }
 
-TEST(TrayStatusBarTest, GivesAnItemWithOneFrontOfEachMaker) {
+TEST(TrayStatusBarTest, CreatesAnItemWithOneFrontOfEachMaker) {
     FakeMainQueue queue;
     std::string one;
     std::string other;
     std::unique_ptr<StatusItem> item;
     {
-        const auto recorder = [](std::string& told) {
-            return [&told](TrayItem&) { return std::make_unique<Recorder>(told); };
+        const auto recorder = [](std::string& record) {
+            return [&record](TrayItem&) { return std::make_unique<Recorder>(record); };
         };
         TrayStatusBar bar(queue, {recorder(one), recorder(other)});
         { const auto shortLived = bar.statusItem(StatusBar::variableLength); }

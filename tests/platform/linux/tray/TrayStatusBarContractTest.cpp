@@ -6,8 +6,8 @@
 namespace kovra {
 namespace {
 
-// A panel that keeps what it has read, reads anew only what it is told has changed, and flips a check mark that is
-// clicked by itself: as the real ones do.
+// A panel that behaves like real ones: it caches what it reads and reads again only what a signal names. It toggles a
+// clicked check mark by itself.
 class PanelDriver {
   public:
     PanelDriver() { rig_.item.reset(); }

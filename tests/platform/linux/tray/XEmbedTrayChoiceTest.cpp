@@ -26,60 +26,60 @@ class XEmbedTrayChoiceTest : public testing::Test {
     int changes = 0;
 };
 
-TEST_F(XEmbedTrayChoiceTest, ShowsTheIconInTheOtherTrayWhereNoHostComes) {
+TEST_F(XEmbedTrayChoiceTest, ShowsTheIconInTheOtherTrayIfNoHostAppears) {
     queue.advance(XEmbedTrayChoice::grace - 1ms);
     EXPECT_FALSE(isLooking);
     queue.advance(1ms);
     EXPECT_TRUE(isLooking);
     EXPECT_FALSE(isShown);
-    choice.setTrayIsThere(true);
+    choice.setTrayPresent(true);
     EXPECT_TRUE(isShown);
 }
 
-TEST_F(XEmbedTrayChoiceTest, NeverLooksForAnotherTrayWhereThereIsAHost) {
-    choice.setHostIsThere(true);
+TEST_F(XEmbedTrayChoiceTest, NeverLooksForAnotherTrayWhileThereIsAHost) {
+    choice.setHostPresent(true);
     EXPECT_EQ(queue.pendingDelayed(), 0U);
     queue.advance(1h);
     EXPECT_FALSE(isLooking);
 }
 
-TEST_F(XEmbedTrayChoiceTest, GivesAHostTimeToComeAtLogin) {
-    choice.setHostIsThere(false);
+TEST_F(XEmbedTrayChoiceTest, GivesAHostTimeToAppearAtLogin) {
+    choice.setHostPresent(false);
     queue.advance(XEmbedTrayChoice::grace - 1ms);
-    choice.setHostIsThere(true);
+    choice.setHostPresent(true);
     queue.advance(1h);
     EXPECT_FALSE(isLooking);
 }
 
-TEST_F(XEmbedTrayChoiceTest, LeavesTheTrayToAHostThatComesLater) {
+TEST_F(XEmbedTrayChoiceTest, LeavesTheTrayToAHostThatAppearsLater) {
     queue.advance(XEmbedTrayChoice::grace);
-    choice.setTrayIsThere(true);
-    choice.setHostIsThere(true);
+    choice.setTrayPresent(true);
+    choice.setHostPresent(true);
     EXPECT_FALSE(isShown);
     EXPECT_FALSE(isLooking);
     queue.advance(1h);
     EXPECT_FALSE(isShown);
 }
 
-TEST_F(XEmbedTrayChoiceTest, GivesARestartedHostTimeToComeBack) {
-    choice.setHostIsThere(true);
-    choice.setHostIsThere(false);
+TEST_F(XEmbedTrayChoiceTest, GivesARestartedHostTimeToReturn) {
+    choice.setHostPresent(true);
+    choice.setHostPresent(false);
     queue.advance(XEmbedTrayChoice::grace - 1ms);
-    choice.setHostIsThere(true);
+    choice.setHostPresent(true);
     queue.advance(1h);
     EXPECT_FALSE(isLooking);
-    choice.setHostIsThere(false);
+    choice.setHostPresent(false);
     queue.advance(XEmbedTrayChoice::grace);
     EXPECT_TRUE(isLooking);
 }
 
-TEST_F(XEmbedTrayChoiceTest, FollowsTheTrayAsItComesAndGoes) {
+TEST_F(XEmbedTrayChoiceTest, ShowsAndHidesTheIconTogetherWithTheTray) {
     queue.advance(XEmbedTrayChoice::grace);
     for (int round = 0; round < 3; ++round) {
-        choice.setTrayIsThere(true);
-        choice.setTrayIsThere(true);
+        choice.setTrayPresent(true);
+        choice.setTrayPresent(true);
         EXPECT_TRUE(isShown);
-        choice.setTrayIsThere(false);
+        choice.setTrayPresent(false);
         EXPECT_FALSE(isShown);
     }
     EXPECT_EQ(changes, 6);
@@ -89,7 +89,7 @@ TEST_F(XEmbedTrayChoiceTest, FollowsTheTrayAsItComesAndGoes) {
 TEST_F(XEmbedTrayChoiceTest, RunsNoTimerOnceItHasDecided) {
     queue.advance(XEmbedTrayChoice::grace);
     EXPECT_EQ(queue.pendingDelayed(), 0U);
-    choice.setTrayIsThere(true);
+    choice.setTrayPresent(true);
     EXPECT_EQ(queue.pendingDelayed(), 0U);
 }
 

@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A real tray that embeds windows and knows nothing else, in the top left corner, until it is killed.
+// A real tray that supports only XEmbed, in the top left corner of the screen. It runs until it is killed.
 class Trayer {
   public:
     explicit Trayer(std::vector<std::string> look = {}) {
@@ -51,13 +51,13 @@ Drawing pad(bool hasSlash) {
     return drawing;
 }
 
-// The item's front in a real tray.
+// The item in a real XEmbed tray.
 class XEmbedTrayTest : public ItemOnScreen {
   protected:
     XEmbedTrayTest() {
         show(false);
         item.button()->setToolTip("Plain & <b>literal</b>");
-        auto front = std::make_unique<XEmbedTray>(patience, *x, window, item);
+        auto front = std::make_unique<XEmbedTray>(fakeQueue, *x, window, item);
         tray = front.get();
         item.add(std::move(front));
     }
@@ -67,7 +67,7 @@ class XEmbedTrayTest : public ItemOnScreen {
     }
 
     std::optional<Onlooker::Place> icon() { return onlooker.window("Plain & <b>literal</b>"); }
-    // The icon's place once it is painted.
+    // Waits until the icon is painted, and returns its rectangle.
     Onlooker::Place paintedIcon() {
         return waitFor<Onlooker::Place>([&]() -> std::optional<Onlooker::Place> {
             const auto place = icon();
@@ -79,7 +79,7 @@ class XEmbedTrayTest : public ItemOnScreen {
 
 TEST_F(XEmbedTrayTest, ShowsTheIconAndTheSlash) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     const auto place = paintedIcon();
     EXPECT_GE(place.width, 20);
     EXPECT_LE(place.width, 24);
@@ -95,14 +95,14 @@ TEST_F(XEmbedTrayTest, ShowsTheIconAndTheSlash) {
 
 TEST_F(XEmbedTrayTest, NamesTheIconForScreenReadersByItsToolTip) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     item.button()->setToolTip("Another");
     waitUntil([&] { return onlooker.window("Another") && !icon(); });
 }
 
-TEST_F(XEmbedTrayTest, ShowsTheIconInATrayThatComesLate) {
-    patience.advance(XEmbedTrayChoice::grace);
+TEST_F(XEmbedTrayTest, ShowsTheIconInATrayThatStartsLate) {
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     let(100ms);
     EXPECT_FALSE(icon());
     const Trayer trayer;
@@ -117,19 +117,19 @@ TEST_F(XEmbedTrayTest, LeavesTheIconToAHostOfTheWatcherThatItFollows) {
     std::optional<Panel> panel(std::in_place, loop);
     tray->follow(watcher);
     waitUntil([&] { return watcher.hasHost(); });
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     let(100ms);
     EXPECT_FALSE(icon());
     panel.reset();
     waitUntil([&] { return !watcher.hasHost(); });
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     panel.emplace(loop);
     waitUntil([&] { return !icon(); });
 }
 
 TEST_F(XEmbedTrayTest, ShowsTheIconAgainInATrayThatWasKilledAndRestarted) {
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     for (int round = 0; round < 2; ++round) {
         {
             const Trayer trayer;
@@ -141,21 +141,21 @@ TEST_F(XEmbedTrayTest, ShowsTheIconAgainInATrayThatWasKilledAndRestarted) {
 
 TEST_F(XEmbedTrayTest, OpensTheMenuForTheLeftAndForTheRightButton) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     const auto place = paintedIcon();
     for (const std::uint8_t button : {XCB_BUTTON_INDEX_1, XCB_BUTTON_INDEX_3}) {
         onlooker.click(button, place);
         const auto opened = openedMenu();
         EXPECT_GE(opened.y, place.y + place.height) << "it covers the icon";
-        onlooker.click(button, place);  // closes it
+        onlooker.click(button, place);  // closes the menu
         waitUntil([&] { return !menu(); });
     }
     EXPECT_TRUE(done.empty());
 }
 
-TEST_F(XEmbedTrayTest, PerformsWhatIsChosenByMouse) {
+TEST_F(XEmbedTrayTest, PerformsAChoiceByMouse) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     const auto place = paintedIcon();
     onlooker.click(XCB_BUTTON_INDEX_1, place);
     auto opened = openedMenu();
@@ -168,10 +168,10 @@ TEST_F(XEmbedTrayTest, PerformsWhatIsChosenByMouse) {
     waitUntil([&] { return done == std::vector<std::string>{"quit", "toggle"}; });
 }
 
-TEST_F(XEmbedTrayTest, PerformsWhatIsChosenByKeyboardAndPassesOverTheHint) {
+TEST_F(XEmbedTrayTest, PerformsAChoiceByKeyboardAndSkipsTheHint) {
     constexpr xcb_keycode_t down = 116, enter = 36;
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     onlooker.click(XCB_BUTTON_INDEX_1, paintedIcon());
     openedMenu();
     onlooker.tap(down);
@@ -182,7 +182,7 @@ TEST_F(XEmbedTrayTest, PerformsWhatIsChosenByKeyboardAndPassesOverTheHint) {
 
 TEST_F(XEmbedTrayTest, NeverChoosesTheHint) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     onlooker.click(XCB_BUTTON_INDEX_1, paintedIcon());
     const auto opened = openedMenu();
     onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + opened.height / 2 - 6);
@@ -191,12 +191,12 @@ TEST_F(XEmbedTrayTest, NeverChoosesTheHint) {
     EXPECT_TRUE(menu());
 }
 
-TEST_F(XEmbedTrayTest, ShowsTheCheckMarkThatStandsAndNotTheOneThatWasClicked) {
+TEST_F(XEmbedTrayTest, ShowsTheActualCheckMarkAndNotTheClickedOne) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     const auto place = paintedIcon();
     const auto openMenu = [&] {
-        onlooker.click(XCB_BUTTON_INDEX_1, 600, 400);  // away from every item
+        onlooker.click(XCB_BUTTON_INDEX_1, 600, 400);  // outside every item
         onlooker.click(XCB_BUTTON_INDEX_1, place);
         return openedMenu();
     };
@@ -204,7 +204,7 @@ TEST_F(XEmbedTrayTest, ShowsTheCheckMarkThatStandsAndNotTheOneThatWasClicked) {
     auto opened = openMenu();
     waitUntil([&] { return onlooker.colors(opened).size() > 10; });
     const auto checked = mark(opened);
-    onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + 10);  // whose action changes nothing
+    onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, opened.y + 10);  // an item whose action changes nothing
     waitUntil([&] { return done.size() == 1 && !menu(); });
     opened = openMenu();
     waitUntil([&] { return mark(opened) == checked; });
@@ -216,7 +216,7 @@ TEST_F(XEmbedTrayTest, ShowsTheCheckMarkThatStandsAndNotTheOneThatWasClicked) {
 
 TEST_F(XEmbedTrayTest, StartsTheWindowProcessAgainWhenItIsKilled) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     int deaths = 0;
     const auto listening = window.listenForEnd([&] { ++deaths; });
@@ -231,37 +231,38 @@ TEST_F(XEmbedTrayTest, StartsTheWindowProcessAgainWhenItIsKilled) {
     EXPECT_EQ(deaths, 1);
 }
 
-TEST_F(XEmbedTrayTest, TakesTheIconAwayAlsoFromAProcessThatStays) {
+TEST_F(XEmbedTrayTest, RemovesTheIconEvenIfTheProcessKeepsRunning) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     const auto before = windowProcesses();
-    window.send(PopUpMenu{.x = 0, .y = 0, .asked = {}, .menu = {}});  // which is too late, and holds the process
-    tray->setHostIsThere(true);
+    window.send(PopUpMenu{
+        .x = 0, .y = 0, .asked = {}, .menu = {}});  // the request has expired, but it keeps the process running
+    tray->setHostPresent(true);
     waitUntil([&] { return !icon(); });
     EXPECT_EQ(windowProcesses(), before);
-    tray->setHostIsThere(false);
-    patience.advance(XEmbedTrayChoice::grace);
+    tray->setHostPresent(false);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     paintedIcon();
     EXPECT_EQ(windowProcesses(), before);
     window.release();
 }
 
-TEST_F(XEmbedTrayTest, LeavesTheTrayToAStatusNotifierHostThatComes) {
+TEST_F(XEmbedTrayTest, LeavesTheTrayToAStatusNotifierHostThatAppears) {
     const Trayer trayer;
-    patience.advance(XEmbedTrayChoice::grace);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     paintedIcon();
-    tray->setHostIsThere(true);
+    tray->setHostPresent(true);
     waitUntil([&] { return !icon() && windowProcesses().empty(); });
-    tray->setHostIsThere(false);
-    patience.advance(XEmbedTrayChoice::grace);
+    tray->setHostPresent(false);
+    fakeQueue.advance(XEmbedTrayChoice::grace);
     paintedIcon();
 }
 
-TEST_F(XEmbedTrayTest, StartsNothingWhereThereIsAStatusNotifierHost) {
+TEST_F(XEmbedTrayTest, StartsNothingIfThereIsAStatusNotifierHost) {
     const Trayer trayer;
-    tray->setHostIsThere(true);
-    patience.advance(1h);
+    tray->setHostPresent(true);
+    fakeQueue.advance(1h);
     show(true);
     let(200ms);
     EXPECT_TRUE(windowProcesses().empty());

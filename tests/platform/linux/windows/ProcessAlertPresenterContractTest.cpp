@@ -12,14 +12,14 @@ namespace {
 
 class ProcessDriver {
   public:
-    ProcessDriver() { lookSoon(); }
+    ProcessDriver() { scheduleLook(); }
     AlertPresenter& alerts() { return alerts_; }
     MainQueue& queue() { return loop_; }
     void meanwhile(const std::string& title, MainQueue::Block block) { blocks_[title] = std::move(block); }
     void willAnswer(const std::string& title, std::optional<std::size_t> button) { answers_[title] = button; }
     std::vector<std::string> shown() const {
         std::map<std::uint64_t, std::string> titles;
-        for (const ShowAlerts& each : standIn_.told<ShowAlerts>()) {
+        for (const ShowAlerts& each : standIn_.received<ShowAlerts>()) {
             for (const auto& open : each.alerts) titles[open.number] = open.alert.messageText;
         }
         std::vector<std::string> inOrder;
@@ -29,10 +29,10 @@ class ProcessDriver {
     void terminate() { loop_.stop(); }
 
   private:
-    // The user looks at the screen all the time.
-    void lookSoon() {
+    // Looks at the screen periodically.
+    void scheduleLook() {
         loop_.asyncAfter(std::chrono::milliseconds(2), [this] {
-            lookSoon();
+            scheduleLook();
             look();
         });
     }
@@ -55,7 +55,7 @@ class ProcessDriver {
     ProcessAlertPresenter alerts_{loop_, standIn_.process(), token_};
     std::map<std::string, MainQueue::Block> blocks_;
     std::map<std::string, std::optional<std::size_t>> answers_;
-    std::set<std::string> busy_;  // of whose block has not returned
+    std::set<std::string> busy_;  // whose block has not returned yet
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(ProcessAlertPresenter, AlertPresenterContract, ProcessDriver);

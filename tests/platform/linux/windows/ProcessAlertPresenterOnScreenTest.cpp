@@ -1,4 +1,4 @@
-// The window process's alerts among windows of other programs, with real window managers.
+// Alerts of the window process among windows of other programs, with real window managers.
 
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -72,8 +72,9 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
         neighbour.emplace();
         const bool isManaged = lookUntil(
             loop, [&] { return GetParam().command.empty() || neighbour->rootHas("_NET_SUPPORTING_WM_CHECK"); });
-        EXPECT_TRUE(isManaged) << "no window manager came";
-        // It says that it is there somewhat before it looks after windows; what is shown in between gets no keyboard.
+        EXPECT_TRUE(isManaged) << "no window manager started";
+        // The manager announces itself shortly before it manages windows. A window that appears in between never gets
+        // the focus.
         if (manager) Neighbour().show("First");
         process.emplace(loop, windowProgram);
         listening = process->listen([this](const ToResident& message) { messages.push_back(message); });
@@ -87,7 +88,7 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
         }
         process->show(shown);
     }
-    // The settings window's like: a switch over all of it.
+    // Resembles the settings window: a switch that fills it.
     void showWindow(bool isOn) {
         ShowWindow shown;
         shown.title = "Settings";
@@ -100,7 +101,7 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
     }
     bool eventually(const std::function<bool()>& condition) { return lookUntil(loop, condition); }
     template <typename Message>
-    std::vector<Message> heard() const {
+    std::vector<Message> received() const {
         std::vector<Message> found;
         for (const ToResident& each : messages) {
             if (const auto* message = std::get_if<Message>(&each)) found.push_back(*message);
@@ -108,7 +109,7 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
         return found;
     }
     bool hasKeyboard(const std::string& title) { return neighbour->titleWithTheKeyboard() == title; }
-    // Whatever is to come has come: what must not happen would have happened.
+    // Waits long enough for an unwanted effect to become visible.
     void settle() { turnsWithin(loop, 300ms); }
 
     Environment environment;
@@ -125,7 +126,7 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
 };
 using Answers = std::vector<AlertAnswered>;
 
-TEST_P(ProcessAlertPresenterOnScreenTest, ComeBeforeAnotherProgramWithTheKeyboardAndGiveItBack) {
+TEST_P(ProcessAlertPresenterOnScreenTest, TakeTheKeyboardFromAnotherProgramAndReturnIt) {
     neighbour->show("Letter");
     ASSERT_TRUE(eventually([&] { return hasKeyboard("Letter"); }));
     onlooker.tap(a);
@@ -133,7 +134,7 @@ TEST_P(ProcessAlertPresenterOnScreenTest, ComeBeforeAnotherProgramWithTheKeyboar
     showAlerts({1});
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     onlooker.tap(enter);
-    ASSERT_TRUE(eventually([&] { return heard<AlertAnswered>() == Answers{{1, 0}}; }));
+    ASSERT_TRUE(eventually([&] { return received<AlertAnswered>() == Answers{{1, 0}}; }));
     EXPECT_EQ(neighbour->keysPressed(), 1);
     showAlerts({});
     if (!GetParam().command.empty()) {
@@ -141,7 +142,7 @@ TEST_P(ProcessAlertPresenterOnScreenTest, ComeBeforeAnotherProgramWithTheKeyboar
     }
 }
 
-TEST_P(ProcessAlertPresenterOnScreenTest, ComeToTheFrontAgainAndAgainWhateverIsTypedMeanwhile) {
+TEST_P(ProcessAlertPresenterOnScreenTest, ComeToTheFrontAgainAndAgainWhileTheUserTypes) {
     neighbour->show("Letter");
     for (std::uint64_t number = 1; number <= 3; ++number) {
         neighbour->takeKeyboard();
@@ -151,7 +152,7 @@ TEST_P(ProcessAlertPresenterOnScreenTest, ComeToTheFrontAgainAndAgainWhateverIsT
         showAlerts({number});
         ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); })) << number;
         onlooker.tap(escape);
-        ASSERT_TRUE(eventually([&] { return heard<AlertAnswered>().size() == number; }));
+        ASSERT_TRUE(eventually([&] { return received<AlertAnswered>().size() == number; }));
         showAlerts({});
     }
 }
@@ -161,10 +162,10 @@ TEST_P(ProcessAlertPresenterOnScreenTest, AreAnsweredByTabAndSpace) {
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     onlooker.tap(tab);
     onlooker.tap(space);
-    ASSERT_TRUE(eventually([&] { return heard<AlertAnswered>() == Answers{{1, 1}}; }));
+    ASSERT_TRUE(eventually([&] { return received<AlertAnswered>() == Answers{{1, 1}}; }));
 }
 
-TEST_P(ProcessAlertPresenterOnScreenTest, StackAndTheOneBelowComesBack) {
+TEST_P(ProcessAlertPresenterOnScreenTest, AreStackedAndTheOneBelowReturns) {
     showAlerts({1});
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     showAlerts({1, 2});
@@ -173,37 +174,37 @@ TEST_P(ProcessAlertPresenterOnScreenTest, StackAndTheOneBelowComesBack) {
     for (std::uint64_t number = 3; number >= 1; --number) {
         ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
         onlooker.tap(number == 2 ? escape : enter);
-        ASSERT_TRUE(eventually([&] { return heard<AlertAnswered>().size() == 4 - number; }));
+        ASSERT_TRUE(eventually([&] { return received<AlertAnswered>().size() == 4 - number; }));
         showAlerts(number == 3   ? std::vector<std::uint64_t>{1, 2}
                    : number == 2 ? std::vector<std::uint64_t>{1}
                                  : std::vector<std::uint64_t>{});
         settle();
     }
-    EXPECT_EQ(heard<AlertAnswered>(), (Answers{{3, 0}, {2, std::nullopt}, {1, 0}}));
+    EXPECT_EQ(received<AlertAnswered>(), (Answers{{3, 0}, {2, std::nullopt}, {1, 0}}));
 }
 
-TEST_P(ProcessAlertPresenterOnScreenTest, KeepTheirPlaceBeforeTheSettingsWindow) {
+TEST_P(ProcessAlertPresenterOnScreenTest, StayInFrontOfTheSettingsWindow) {
     showWindow(false);
     ASSERT_TRUE(eventually([&] { return hasKeyboard("Settings"); }));
     showAlerts({1});
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     const auto settings = onlooker.window("Settings");
     ASSERT_TRUE(settings);
-    // A click on what is to be seen of it.
+    // Clicks the visible part of the window.
     onlooker.click(XCB_BUTTON_INDEX_1, settings->x + 5, settings->y + settings->height - 5);
     settle();
-    // It is asked to come to the front.
+    // Requests the focus for the window.
     showWindow(false);
     settle();
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     onlooker.tap(space);
-    ASSERT_TRUE(eventually([&] { return heard<AlertAnswered>() == Answers{{1, 0}}; }));
-    EXPECT_TRUE(heard<ControlChanged>().empty());
+    ASSERT_TRUE(eventually([&] { return received<AlertAnswered>() == Answers{{1, 0}}; }));
+    EXPECT_TRUE(received<ControlChanged>().empty());
     showAlerts({});
     showWindow(false);
     ASSERT_TRUE(eventually([&] { return hasKeyboard("Settings"); }));
     onlooker.tap(space);
-    EXPECT_TRUE(eventually([&] { return heard<ControlChanged>().size() == 1; }));
+    EXPECT_TRUE(eventually([&] { return received<ControlChanged>().size() == 1; }));
 }
 
 TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheMenuItsInput) {
@@ -219,12 +220,12 @@ TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheMenuItsInput) {
     settle();
     onlooker.tap(116);  // down
     onlooker.tap(enter);
-    ASSERT_TRUE(eventually([&] { return !heard<MenuClosed>().empty(); }));
-    EXPECT_EQ(heard<MenuClosed>().front().chosen, 0U);
-    EXPECT_TRUE(heard<AlertAnswered>().empty());
+    ASSERT_TRUE(eventually([&] { return !received<MenuClosed>().empty(); }));
+    EXPECT_EQ(received<MenuClosed>().front().chosen, 0U);
+    EXPECT_TRUE(received<AlertAnswered>().empty());
     ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
     onlooker.tap(enter);
-    EXPECT_TRUE(eventually([&] { return heard<AlertAnswered>() == Answers{{1, 0}}; }));
+    EXPECT_TRUE(eventually([&] { return received<AlertAnswered>() == Answers{{1, 0}}; }));
 }
 
 TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheIconInTheTrayItsInput) {
@@ -247,8 +248,8 @@ TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheIconInTheTrayItsInput) {
     settle();
     onlooker.tap(116);  // down
     onlooker.tap(enter);
-    EXPECT_TRUE(eventually([&] { return heard<ItemChosen>() == std::vector<ItemChosen>{{0}}; }));
-    EXPECT_TRUE(heard<AlertAnswered>().empty());
+    EXPECT_TRUE(eventually([&] { return received<ItemChosen>() == std::vector<ItemChosen>{{0}}; }));
+    EXPECT_TRUE(received<AlertAnswered>().empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(WindowManagers, ProcessAlertPresenterOnScreenTest,

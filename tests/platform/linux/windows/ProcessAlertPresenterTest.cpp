@@ -31,7 +31,7 @@ class ProcessAlertPresenterTest : public testing::Test {
         for (const auto& each : standIn.alerts()) titles.push_back(each.alert.messageText);
         return titles;
     }
-    // From inside an alert: runs the block once these are open.
+    // Runs the block from inside an alert, as soon as these alerts are open.
     void whenOpen(const Titles& titles, std::function<void()> block) {
         loop.asyncAfter(2ms, [this, titles, block = std::move(block)] {
             if (open() == titles)
@@ -66,10 +66,10 @@ TEST_F(ProcessAlertPresenterTest, ShowsTheAlertAndReturnsTheAnswer) {
         standIn.turnUntil([&] { return open().empty(); });
     }
     EXPECT_EQ(standIn.starts(), 1U);
-    standIn.turnUntil([&] { return !standIn.isThere(); });
+    standIn.turnUntil([&] { return !standIn.isRunning(); });
 }
 
-TEST_F(ProcessAlertPresenterTest, HandsTheTokenToTheNextAlertAlone) {
+TEST_F(ProcessAlertPresenterTest, PassesTheTokenOnlyToTheNextAlert) {
     token.provide("a token");
     whenOpen({"A"}, [&] {
         EXPECT_EQ(standIn.alerts()[0].activationToken, "a token");
@@ -83,7 +83,7 @@ TEST_F(ProcessAlertPresenterTest, HandsTheTokenToTheNextAlertAlone) {
     run("A");
 }
 
-TEST_F(ProcessAlertPresenterTest, ReturnsTheUpperOfTwoFirst) {
+TEST_F(ProcessAlertPresenterTest, ReturnsTheUpperOfTwoAlertsFirst) {
     Titles returned;
     whenOpen({"A"}, [&] {
         whenOpen({"A", "B"}, [&] { answer(1); });
@@ -96,7 +96,7 @@ TEST_F(ProcessAlertPresenterTest, ReturnsTheUpperOfTwoFirst) {
     EXPECT_EQ(returned, (Titles{"B", "A"}));
 }
 
-TEST_F(ProcessAlertPresenterTest, ClosesALowerOneThatIsAnsweredAndReturnsItAfterTheUpper) {
+TEST_F(ProcessAlertPresenterTest, ClosesAnAnsweredLowerAlertAndReturnsItAfterTheUpper) {
     Titles returned;
     whenOpen({"A"}, [&] {
         whenOpen({"A", "B"}, [&] {
@@ -111,7 +111,7 @@ TEST_F(ProcessAlertPresenterTest, ClosesALowerOneThatIsAnsweredAndReturnsItAfter
     EXPECT_EQ(returned, (Titles{"B", "A"}));
 }
 
-TEST_F(ProcessAlertPresenterTest, CountsEachAnswerOnceAndNoneForAnAlertThatIsGone) {
+TEST_F(ProcessAlertPresenterTest, AcceptsEachAnswerOnceAndNoneForAClosedAlert) {
     std::uint64_t first = 0;
     whenOpen({"A"}, [&] {
         first = standIn.alerts()[0].number;
@@ -144,10 +144,10 @@ TEST_F(ProcessAlertPresenterTest, AbortsAllWhenTheProcessDiesAndShowsNoneAgain) 
     EXPECT_EQ(run("C"), AlertResponse::firstButton);
 }
 
-TEST_F(ProcessAlertPresenterTest, AbortsWhereTheProgramIsMissing) {
+TEST_F(ProcessAlertPresenterTest, AbortsIfTheProgramIsMissing) {
     standIn.remove();
     for (int i = 0; i < 3; ++i) EXPECT_EQ(run("A"), AlertResponse::aborted);
-    standIn.process().show(ShowTray());  // which is not there either
+    standIn.process().show(ShowTray());  // which fails as well
     EXPECT_EQ(run("A"), AlertResponse::aborted);
 }
 
@@ -159,7 +159,7 @@ TEST_F(ProcessAlertPresenterTest, AbortsWithoutADisplay) {
     EXPECT_EQ(unseen.runModal({"A", "text", {"OK"}}), AlertResponse::aborted);
 }
 
-TEST_F(ProcessAlertPresenterTest, GoesOnWhileTheProcessHangs) {
+TEST_F(ProcessAlertPresenterTest, KeepsTheLoopRunningWhileTheProcessHangs) {
     int turns = 0;
     std::function<void()> goOn = [&] {
         if (++turns < 100) return loop.async(goOn);
@@ -194,7 +194,7 @@ TEST_F(ProcessAlertPresenterTest, AbortsAllAtOnceWhenTheLoopStopsAndOpensNoneAft
 TEST_F(ProcessAlertPresenterTest, StartsNothingOnceTheLoopHasStopped) {
     loop.stop();
     EXPECT_EQ(run("A"), AlertResponse::aborted);
-    EXPECT_FALSE(standIn.isThere());
+    EXPECT_FALSE(standIn.isRunning());
 }
 
 }  // namespace

@@ -12,14 +12,14 @@ class ProcessDriver {
     using Path = std::vector<std::string>;
 
     WindowHost& host() { return host_; }
-    // Until the process has taken all that it is told after some turns of the queue.
+    // Waits until the process has received everything that is sent within a few turns of the queue.
     void settle() {
         for (int turn = 0; turn < 4; ++turn) standIn_.let({});
-        if (!standIn_.isThere()) return;
+        if (!standIn_.isRunning()) return;
         standIn_.process().send(PopUpMenu{.x = 0, .y = 0, .asked = std::chrono::milliseconds(++settled_), .menu = {}});
         standIn_.turnUntil([&] {
-            const auto told = standIn_.newest<PopUpMenu>();
-            return told && told->asked.count() == settled_;
+            const auto newest = standIn_.newest<PopUpMenu>();
+            return newest && newest->asked.count() == settled_;
         });
         standIn_.process().release();
     }
@@ -34,7 +34,7 @@ class ProcessDriver {
     void choose(const Path& path, const std::string& tag) { change(path, tag); }
 
   private:
-    // Until it is answered.
+    // Makes the change and waits for the reply.
     void change(const Path& path, const std::variant<bool, std::string>& value) {
         standIn_.send(ControlChanged{++changes_, path, value});
         standIn_.turnUntil([&] { return standIn_.newest<ShowWindow>()->heard == changes_; });

@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A window and alerts as the application has them, shown by the real window process.
+// A window and alerts, shown by the real window process.
 class ProcessWindowHostOnScreenTest : public WindowProcessOnScreen {
   protected:
     static constexpr xcb_keycode_t escape = 9, enter = 36, space = 65;
@@ -61,7 +61,7 @@ class ProcessWindowHostOnScreenTest : public WindowProcessOnScreen {
     std::unique_ptr<Window> settings;
 };
 
-TEST_F(ProcessWindowHostOnScreenTest, TheWindowIsSeenUntilTheUserClosesItAndAgain) {
+TEST_F(ProcessWindowHostOnScreenTest, TheWindowIsVisibleUntilTheUserClosesItAndCanBeReopened) {
     for (int i = 0; i < 3; ++i) {
         open();
         onlooker.tap(escape);
@@ -73,7 +73,7 @@ TEST_F(ProcessWindowHostOnScreenTest, TheWindowIsSeenUntilTheUserClosesItAndAgai
     EXPECT_NE(windowProcesses(), process);
 }
 
-TEST_F(ProcessWindowHostOnScreenTest, TheWindowGoesWhenItIsLetGoOf) {
+TEST_F(ProcessWindowHostOnScreenTest, TheWindowDisappearsWhenItIsDestroyed) {
     open();
     const auto process = windowProcesses();
     settings.reset();
@@ -84,7 +84,7 @@ TEST_F(ProcessWindowHostOnScreenTest, TheWindowGoesWhenItIsLetGoOf) {
     EXPECT_EQ(windowProcesses(), process);
 }
 
-TEST_F(ProcessWindowHostOnScreenTest, WhatTheUserDoesComesBackAndIsShown) {
+TEST_F(ProcessWindowHostOnScreenTest, TheUsersInputIsReportedAndShown) {
     open();
     for (int times = 1; times <= 4; ++times) {
         onlooker.tap(space);
@@ -93,7 +93,7 @@ TEST_F(ProcessWindowHostOnScreenTest, WhatTheUserDoesComesBackAndIsShown) {
     }
 }
 
-TEST_F(ProcessWindowHostOnScreenTest, AKilledProcessHasClosedTheWindowAndTheNextOpeningWorks) {
+TEST_F(ProcessWindowHostOnScreenTest, AKilledProcessClosesTheWindowWhichCanBeReopened) {
     for (int i = 0; i < 3; ++i) {
         open();
         ::kill(windowProcesses().front(), SIGKILL);
@@ -104,7 +104,7 @@ TEST_F(ProcessWindowHostOnScreenTest, AKilledProcessHasClosedTheWindowAndTheNext
     EXPECT_FALSE(isSeen());
 }
 
-TEST_F(ProcessWindowHostOnScreenTest, AnAlertReturnsWhatTheUserDid) {
+TEST_F(ProcessWindowHostOnScreenTest, AnAlertReturnsTheUsersAnswer) {
     EXPECT_EQ(run([&] { onlooker.tap(enter); }), AlertResponse::firstButton);
     EXPECT_EQ(run([&] { onlooker.tap(escape); }), AlertResponse::aborted);
     EXPECT_EQ(run([&] { ::kill(windowProcesses().front(), SIGKILL); }), AlertResponse::aborted);

@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 using Path = std::vector<std::string>;
 
-// A window with one of each kind of control, on a window process of the test's own.
+// A window with one control of each kind, shown by a fake window process.
 class ProcessWindowHostTest : public testing::Test {
   protected:
     ProcessWindowHostTest() { window->setTitle("A title"); }
@@ -45,7 +45,7 @@ class ProcessWindowHostTest : public testing::Test {
         window->makeKeyAndOrderFront();
         standIn.turnUntil([&] { return standIn.showsWindow(); });
     }
-    // Until the change is answered, with the content that is then shown.
+    // Makes a change, waits for the reply, and returns the content that is shown then.
     std::string change(std::uint64_t number, const Path& path, const std::variant<bool, std::string>& value) {
         standIn.send(ControlChanged{number, path, value});
         standIn.turnUntil([&] { return standIn.newest<ShowWindow>()->heard == number; });
@@ -67,27 +67,27 @@ class ProcessWindowHostTest : public testing::Test {
 TEST_F(ProcessWindowHostTest, StartsNothingBeforeTheWindowIsShown) {
     window->setContent(content());
     standIn.let(20ms);
-    EXPECT_FALSE(standIn.isThere());
+    EXPECT_FALSE(standIn.isRunning());
     EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(ProcessWindowHostTest, TellsWhatTheWindowIs) {
+TEST_F(ProcessWindowHostTest, SendsThePropertiesOfTheWindow) {
     window->setStyleMask(WindowStyle::titled | WindowStyle::closable);
     window->setContentSize({440, 480});
     open();
-    const auto told = standIn.newest<ShowWindow>();
-    EXPECT_EQ(told->title, "A title");
-    EXPECT_EQ(told->styleMask, 3U);
-    EXPECT_EQ(told->contentSize, (Size{440, 480}));
-    EXPECT_EQ(told->place, WindowPlace());
-    EXPECT_EQ(told->heard, 0U);
+    const auto sent = standIn.newest<ShowWindow>();
+    EXPECT_EQ(sent->title, "A title");
+    EXPECT_EQ(sent->styleMask, 3U);
+    EXPECT_EQ(sent->contentSize, (Size{440, 480}));
+    EXPECT_EQ(sent->place, WindowPlace());
+    EXPECT_EQ(sent->heard, 0U);
     EXPECT_EQ(shown(), ViewDump::of(content()));
 }
 
-TEST_F(ProcessWindowHostTest, TellsOnceATurnAndOnlyWhatDiffers) {
+TEST_F(ProcessWindowHostTest, SendsOncePerTurnAndOnlyChanges) {
     open();
     for (int i = 0; i < 100; ++i) window->setContent(content({"x" + std::to_string(i)}));
-    standIn.turnUntil([&] { return standIn.told<ShowWindow>().size() == 2; });
+    standIn.turnUntil([&] { return standIn.received<ShowWindow>().size() == 2; });
     EXPECT_EQ(shown(), ViewDump::of(content({"x99"})));
     for (int i = 0; i < 10; ++i) {
         window->setContent(content({"x99"}));
@@ -95,17 +95,17 @@ TEST_F(ProcessWindowHostTest, TellsOnceATurnAndOnlyWhatDiffers) {
     }
     window->setContent(content({"last"}));
     standIn.turnUntil([&] { return shown() == ViewDump::of(content({"last"})); });
-    EXPECT_EQ(standIn.told<ShowWindow>().size(), 3U);
+    EXPECT_EQ(standIn.received<ShowWindow>().size(), 3U);
 }
 
-TEST_F(ProcessWindowHostTest, ComesToTheFrontEachTimeItIsAskedTo) {
+TEST_F(ProcessWindowHostTest, ComesToTheFrontAtEachRequest) {
     open();
     const auto first = standIn.newest<ShowWindow>()->front;
     window->makeKeyAndOrderFront();
     standIn.turnUntil([&] { return standIn.newest<ShowWindow>()->front != first; });
 }
 
-TEST_F(ProcessWindowHostTest, HandsTheTokenToTheNextShowingAlone) {
+TEST_F(ProcessWindowHostTest, PassesTheTokenOnlyOnce) {
     token.provide("a token");
     open();
     EXPECT_EQ(standIn.newest<ShowWindow>()->activationToken, "a token");
@@ -115,7 +115,7 @@ TEST_F(ProcessWindowHostTest, HandsTheTokenToTheNextShowingAlone) {
     EXPECT_EQ(standIn.newest<ShowWindow>()->activationToken, "");
 }
 
-TEST_F(ProcessWindowHostTest, DoesWhatTheUserDidToTheControlAtThePath) {
+TEST_F(ProcessWindowHostTest, AppliesTheUsersChangeToTheControlAtThePath) {
     open();
     change(1, {"0"}, true);
     change(2, {"1"}, std::string("two"));
@@ -123,7 +123,7 @@ TEST_F(ProcessWindowHostTest, DoesWhatTheUserDidToTheControlAtThePath) {
     EXPECT_EQ(done, (Path{"block on", "select two", "b off"}));
 }
 
-TEST_F(ProcessWindowHostTest, FindsADeviceWhereverItStandsByNow) {
+TEST_F(ProcessWindowHostTest, FindsADeviceAfterItMovedInTheList) {
     open();
     window->setContent(content({"c", "b", "a"}));
     change(1, {"2", "b"}, true);
@@ -132,7 +132,7 @@ TEST_F(ProcessWindowHostTest, FindsADeviceWhereverItStandsByNow) {
     EXPECT_EQ(done, (Path{"b on", "b off"}));
 }
 
-TEST_F(ProcessWindowHostTest, AnswersButDoesNothingForWhatCannotBe) {
+TEST_F(ProcessWindowHostTest, AcknowledgesButIgnoresImpossibleChanges) {
     open();
     std::uint64_t number = 0;
     for (const Path& path :
@@ -147,40 +147,40 @@ TEST_F(ProcessWindowHostTest, AnswersButDoesNothingForWhatCannotBe) {
     EXPECT_EQ(done, Path{});
 }
 
-TEST_F(ProcessWindowHostTest, AnswersWithWhatCameOfTheChangeInOnePiece) {
+TEST_F(ProcessWindowHostTest, AcknowledgesAChangeTogetherWithItsResult) {
     open();
     onSet = [&] {
         window->setContent(content({"queued at once"}));
         loop.async([&] { window->setContent(content({"what came of it"})); });
     };
     EXPECT_EQ(change(1, {"0"}, true), ViewDump::of(content({"what came of it"})));
-    for (const ShowWindow& each : standIn.told<ShowWindow>()) {
+    for (const ShowWindow& each : standIn.received<ShowWindow>()) {
         if (each.acknowledged != 0) {
             EXPECT_EQ(ViewDump::of(each.content), ViewDump::of(content({"what came of it"})));
         }
     }
 }
 
-TEST_F(ProcessWindowHostTest, AnswersAlsoAChangeThatLeftEverythingAsItWas) {
+TEST_F(ProcessWindowHostTest, AcknowledgesAChangeThatHadNoEffect) {
     open();
     for (std::uint64_t number = 1; number < 5; ++number) {
         EXPECT_EQ(change(number, {"0"}, true), ViewDump::of(content()));
     }
 }
 
-TEST_F(ProcessWindowHostTest, HandsALinkOverToWhereTheViewHasIt) {
+TEST_F(ProcessWindowHostTest, OpensALinkWithTheDestinationInTheView) {
     open();
     for (const Path& path : {Path{"3"}, Path{"0"}, Path{"4"}, Path{}, Path{"3", "0"}}) standIn.send(LinkFollowed{path});
     change(1, {"0"}, true);
     EXPECT_EQ(workspace.opened, Path{"mailto:somebody"});
 }
 
-TEST_F(ProcessWindowHostTest, IsHiddenWhenTheUserClosesItAndIsTheSameWhenItIsShownAgain) {
+TEST_F(ProcessWindowHostTest, IsHiddenWhenTheUserClosesItAndUnchangedWhenItIsShownAgain) {
     open();
     const WindowPlace place{.position = Point{120, 30}, .isMinimised = false, .scroll = 47.5};
     standIn.send(WindowClosed{standIn.newest<ShowWindow>()->front, place});
     standIn.turnUntil([&] { return !window->isVisible(); });
-    standIn.turnUntil([&] { return !standIn.isThere(); });  // after a while
+    standIn.turnUntil([&] { return !standIn.isRunning(); });  // after the linger time
     window->setContent(content({"new"}));
     open();
     EXPECT_EQ(standIn.starts(), 2U);
@@ -188,7 +188,7 @@ TEST_F(ProcessWindowHostTest, IsHiddenWhenTheUserClosesItAndIsTheSameWhenItIsSho
     EXPECT_EQ(shown(), ViewDump::of(content({"new"})));
 }
 
-TEST_F(ProcessWindowHostTest, IsShownAgainByTheSameProcessIfThatIsStillThere) {
+TEST_F(ProcessWindowHostTest, IsShownAgainByTheSameProcessIfThatStillRuns) {
     open();
     standIn.send(WindowClosed{standIn.newest<ShowWindow>()->front, {}});
     standIn.turnUntil([&] { return !window->isVisible() && !standIn.showsWindow(); });
@@ -196,7 +196,7 @@ TEST_F(ProcessWindowHostTest, IsShownAgainByTheSameProcessIfThatIsStillThere) {
     EXPECT_EQ(standIn.starts(), 1U);
 }
 
-TEST_F(ProcessWindowHostTest, StaysWhereAClosingCrossedItsComingToTheFront) {
+TEST_F(ProcessWindowHostTest, StaysOpenIfItIsBroughtToTheFrontWhileTheUserClosesIt) {
     open();
     const auto first = standIn.newest<ShowWindow>()->front;
     window->makeKeyAndOrderFront();
@@ -205,7 +205,7 @@ TEST_F(ProcessWindowHostTest, StaysWhereAClosingCrossedItsComingToTheFront) {
     EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ProcessWindowHostTest, IsWhereTheUserPutItAlsoInANewProcess) {
+TEST_F(ProcessWindowHostTest, KeepsItsPositionInANewProcess) {
     open();
     const WindowPlace place{.position = Point{-5, 1'000}, .isMinimised = true, .scroll = 12};
     standIn.send(WindowPlaced{place});
@@ -234,7 +234,7 @@ TEST_F(ProcessWindowHostTest, CountsAsClosedWhenTheProcessDiesAndIsNotShownByThe
     EXPECT_EQ(standIn.starts(), 2U);
 }
 
-TEST_F(ProcessWindowHostTest, HearsOfTheNextProcessFromTheFirstChangeOn) {
+TEST_F(ProcessWindowHostTest, AcceptsChangesFromTheNextProcessFromTheFirstOneOn) {
     open();
     change(5, {"0"}, true);
     standIn.kill();
@@ -245,7 +245,7 @@ TEST_F(ProcessWindowHostTest, HearsOfTheNextProcessFromTheFirstChangeOn) {
     EXPECT_EQ(done, (Path{"block on", "block off"}));
 }
 
-TEST_F(ProcessWindowHostTest, CountsAsClosedWhereTheProgramIsMissing) {
+TEST_F(ProcessWindowHostTest, CountsAsClosedIfTheProgramIsMissing) {
     standIn.remove();
     for (int i = 0; i < 3; ++i) {
         window->makeKeyAndOrderFront();
@@ -264,7 +264,7 @@ TEST_F(ProcessWindowHostTest, CountsAsClosedWithoutADisplay) {
     standIn.turnUntil([&] { return !closed->isVisible(); });
 }
 
-TEST_F(ProcessWindowHostTest, GoesWhenItIsLetGoOf) {
+TEST_F(ProcessWindowHostTest, IsHiddenWhenItIsDestroyed) {
     open();
     window.reset();
     standIn.turnUntil([&] { return !standIn.showsWindow(); });

@@ -21,7 +21,8 @@
 
 namespace kovra {
 
-// A window process without a toolkit, real in all else: it notes what it is told, and says what the test has it say.
+// A fake window process without a toolkit, running as a real child process. It records the messages that it receives,
+// and sends what the test makes it send.
 class StandInWindow {
   public:
     static constexpr auto linger = std::chrono::milliseconds(200);
@@ -30,9 +31,9 @@ class StandInWindow {
         writeFile(program(), "#!/bin/sh\nhere='" + folder_.path().string() + R"('
 : >$here/say.$$
 tail -f -n +1 -s 0.01 --pid=$$ $here/say.$$ >&3 &
-: >$here/told.$$
+: >$here/received.$$
 echo $$ >>$here/starts
-exec cat <&3 >$here/told.$$
+exec cat <&3 >$here/received.$$
 )");
         ::chmod(program().c_str(), 0755);
     }
@@ -46,9 +47,9 @@ exec cat <&3 >$here/told.$$
 
     WindowProcess& process() { return *process_; }
 
-    // From here on there is no such program.
+    // Makes the program missing from now on.
     void remove() const { std::filesystem::remove(program()); }
-    // Of the newest process; 0 before the first, and once that was killed.
+    // The process ID of the newest process. 0 before the first start and after kill().
     pid_t pid() const {
         const auto started = lines("starts");
         const pid_t newest = started.empty() ? 0 : std::stoi(started.back());
@@ -59,17 +60,17 @@ exec cat <&3 >$here/told.$$
         ::kill(killed_, SIGKILL);
     }
     std::size_t starts() const { return lines("starts").size(); }
-    bool isThere() const { return process_->isRunning(); }
+    bool isRunning() const { return process_->isRunning(); }
 
     void send(const ToResident& message) {
         turnUntil([&] { return pid() != 0; });
         std::ofstream(folder_ / ("say." + std::to_string(pid())), std::ios::app) << encode(message) << std::flush;
     }
-    // What the newest process was told, in order.
+    // The messages that the newest process received, in order.
     template <typename Message>
-    std::vector<Message> told() const {
+    std::vector<Message> received() const {
         std::vector<Message> messages;
-        for (const std::string& line : lines("told." + std::to_string(pid()))) {
+        for (const std::string& line : lines("received." + std::to_string(pid()))) {
             const auto message = decodeToWindow(line);
             EXPECT_TRUE(message) << line;
             if (message && std::holds_alternative<Message>(*message)) messages.push_back(std::get<Message>(*message));
@@ -78,26 +79,26 @@ exec cat <&3 >$here/told.$$
     }
     template <typename Message>
     std::optional<Message> newest() const {
-        const auto messages = told<Message>();
+        const auto messages = received<Message>();
         return messages.empty() ? std::nullopt : std::optional(messages.back());
     }
-    // The window or alerts are to be seen, as a real one has it.
+    // Whether a real process would now show the window.
     bool showsWindow() const {
         bool shows = false;
-        for (const std::string& line : lines("told." + std::to_string(pid()))) {
+        for (const std::string& line : lines("received." + std::to_string(pid()))) {
             const auto message = decodeToWindow(line);
             if (!message) continue;
             shows = (shows || std::holds_alternative<ShowWindow>(*message)) &&
                     !std::holds_alternative<HideWindow>(*message);
         }
-        return shows && isThere();
+        return shows && isRunning();
     }
     std::vector<ShowAlerts::Open> alerts() const {
         const auto shown = newest<ShowAlerts>();
-        return shown && isThere() ? shown->alerts : std::vector<ShowAlerts::Open>();
+        return shown && isRunning() ? shown->alerts : std::vector<ShowAlerts::Open>();
     }
 
-    // Looks again each few milliseconds, for what no descriptor tells of.
+    // Checks the condition every few milliseconds, because no descriptor reports these changes.
     void turnUntil(const std::function<bool()>& condition) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         bool holds = false;

@@ -9,7 +9,7 @@ namespace {
 
 class WindowProcessMessagesTest : public WindowProcessRig {};
 
-TEST_F(WindowProcessMessagesTest, HandsOnWhatTheUserChose) {
+TEST_F(WindowProcessMessagesTest, ForwardsTheUsersChoices) {
     use(R"(echo '{"is":"itemChosen","position":4}
 no message
 {"is":"itemChosen","position":0}' >&3
@@ -19,14 +19,14 @@ exec cat <&3 >/dev/null)");
     EXPECT_EQ(chosen, (std::vector<std::size_t>{4, 0}));
 }
 
-TEST_F(WindowProcessMessagesTest, HandsOnWhatWasChosenLastBeforeItDied) {
+TEST_F(WindowProcessMessagesTest, ForwardsTheLastChoiceOfAProcessThatDied) {
     use(R"(echo '{"is":"itemChosen","position":7}' >&3)");
     show("tip");
-    waitFor([&] { return deaths > 0; });
-    EXPECT_EQ(chosen.size(), static_cast<std::size_t>(deaths));
+    waitFor([&] { return ends > 0; });
+    EXPECT_EQ(chosen.size(), static_cast<std::size_t>(ends));
 }
 
-TEST_F(WindowProcessMessagesTest, NeitherWaitsNorGrowsWhenItIsNotRead) {
+TEST_F(WindowProcessMessagesTest, NeitherBlocksNorGrowsWhileTheProcessReadsNothing) {
     use("echo $$ >$here/pid; exec sleep 1000");
     show("tip");
     waitFor([&] { return pid() > 0; });
@@ -39,11 +39,11 @@ TEST_F(WindowProcessMessagesTest, NeitherWaitsNorGrowsWhenItIsNotRead) {
         if (i % 100 == 0) let(1ms);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, limit);
-    EXPECT_EQ(deaths, 0);
-    EXPECT_LT(bytesInUse(), before + 200'000);  // 100 MB went by
+    EXPECT_EQ(ends, 0);
+    EXPECT_LT(bytesInUse(), before + 200'000);  // although 100 MB were sent
 }
 
-TEST_F(WindowProcessMessagesTest, TakesUpWritingWhenItIsReadAgain) {
+TEST_F(WindowProcessMessagesTest, ResumesWritingWhenTheProcessReadsAgain) {
     use("echo $$ >$here/pid; while [ ! -e $here/go ]; do sleep 0.01; done; exec cat <&3 >$here/shown");
     show("tip");
     waitFor([&] { return pid() > 0; });
@@ -65,7 +65,7 @@ TEST_F(WindowProcessMessagesTest, StartsForAnEventAndStaysUntilItIsReleased) {
     EXPECT_TRUE(hasChildren());
     window->release();
     waitFor([&] { return !hasChildren(); });
-    EXPECT_EQ(deaths, 0);
+    EXPECT_EQ(ends, 0);
 }
 
 TEST_F(WindowProcessMessagesTest, IsNotStartedAgainForAnEventWhenItIsKilled) {
@@ -73,7 +73,7 @@ TEST_F(WindowProcessMessagesTest, IsNotStartedAgainForAnEventWhenItIsKilled) {
     popUp(71);
     waitFor([&] { return pid() > 0; });
     ::kill(pid(), SIGKILL);
-    waitFor([&] { return deaths == 1 && !hasChildren(); });
+    waitFor([&] { return ends == 1 && !hasChildren(); });
     let(50ms);
     EXPECT_EQ(starts(), 1U);
     window->release();
@@ -81,7 +81,7 @@ TEST_F(WindowProcessMessagesTest, IsNotStartedAgainForAnEventWhenItIsKilled) {
     waitFor([&] { return starts() == 2; });
 }
 
-TEST_F(WindowProcessMessagesTest, TellsNoEventAgainToAProcessThatComesLater) {
+TEST_F(WindowProcessMessagesTest, DoesNotRepeatAnEventToALaterProcess) {
     use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
     show("state");
     popUp(71);
@@ -104,19 +104,19 @@ TEST_F(WindowProcessMessagesTest, StaysWhenItIsReleasedWhileThereIsSomethingToSh
     waitFor([&] { return !hasChildren(); });
 }
 
-TEST_F(WindowProcessMessagesTest, StartsAtOnceForAnEventAlsoWhereItWasGivenUp) {
+TEST_F(WindowProcessMessagesTest, StartsImmediatelyForAnEventEvenAfterItWasGivenUp) {
     use("echo >>$here/starts");
     show("tip");
-    waitFor([&] { return deaths == 4; });
+    waitFor([&] { return ends == 4; });
     popUp(71);
-    waitFor([&] { return deaths == 5; });
+    waitFor([&] { return ends == 5; });
     let(50ms);
     EXPECT_EQ(starts(), 5U);
 }
 
-TEST_F(WindowProcessMessagesTest, TellsTheSameStateOnce) {
+TEST_F(WindowProcessMessagesTest, SendsTheSameStateOnce) {
     use("exec cat <&3 >$here/shown");
-    const auto told = [&] {
+    const auto shownStates = [&] {
         const std::string shown = read("shown");
         return std::count(shown.begin(), shown.end(), '\n');
     };
@@ -125,14 +125,14 @@ TEST_F(WindowProcessMessagesTest, TellsTheSameStateOnce) {
         ++differing;
         for (int i = 0; i < 3; ++i) {
             show(tip);
-            waitFor([&] { return told() >= differing; });
+            waitFor([&] { return shownStates() >= differing; });
         }
     }
     let(20ms);
-    EXPECT_EQ(told(), 3);
+    EXPECT_EQ(shownStates(), 3);
 }
 
-TEST_F(WindowProcessMessagesTest, TellsOfOneStateLessWhileTheOthersStay) {
+TEST_F(WindowProcessMessagesTest, RemovesOneStateWhileTheOthersStay) {
     use("exec cat <&3 >$here/shown");
     show("tip");
     showWindow();
@@ -148,7 +148,7 @@ TEST_F(WindowProcessMessagesTest, TellsOfOneStateLessWhileTheOthersStay) {
     waitFor([&] { return read("shown").ends_with("{\"is\":\"hideWindow\"}\n"); });
 }
 
-TEST_F(WindowProcessMessagesTest, ShowsWhatItsDeathDidNotEndAgain) {
+TEST_F(WindowProcessMessagesTest, ShowsTheRemainingStatesAgainAfterItDied) {
     use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
     const auto closing = window->listenForEnd([&] { window->hideWindow(); });
     show("tip");

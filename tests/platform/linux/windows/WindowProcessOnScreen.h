@@ -18,8 +18,8 @@
 
 namespace kovra {
 
-// The real window process on a real screen, with somebody in front of it. Without a window it is kept for a moment
-// alone.
+// The real window process on a real screen, with a client that watches and clicks. Without a window, the process is
+// kept only briefly.
 class WindowProcessOnScreen : public testing::Test {
   protected:
     static constexpr std::chrono::seconds limit{30};
@@ -42,7 +42,7 @@ class WindowProcessOnScreen : public testing::Test {
             if (std::chrono::steady_clock::now() > end) break;
             let(std::chrono::milliseconds(10));
         }
-        ADD_FAILURE() << "waited in vain";
+        ADD_FAILURE() << "timed out";
         return T();
     }
     void waitUntil(const std::function<bool()>& condition) {
@@ -54,7 +54,7 @@ class WindowProcessOnScreen : public testing::Test {
         loop.runUntil([&] { return isOver; });
     }
 
-    // Our children of that name.
+    // The window processes among our children.
     static std::vector<pid_t> windowProcesses() {
         std::vector<pid_t> found;
         std::ifstream children("/proc/thread-self/children");

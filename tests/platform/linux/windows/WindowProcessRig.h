@@ -19,7 +19,7 @@ namespace kovra {
 
 using namespace std::chrono_literals;
 
-// Child programs of the test's own, shell scripts that leave word in files; `$here` is the folder.
+// Runs shell scripts as the window process. They write their results to files in the folder `$here`.
 class WindowProcessRig : public testing::Test {
   protected:
     static constexpr auto limit = 20s;
@@ -37,16 +37,16 @@ class WindowProcessRig : public testing::Test {
         ::chmod(path.c_str(), 0755);
         return path;
     }
-    // Runs `text` as the window process, impatiently.
+    // Runs `text` as the window process, with short delays.
     void use(const std::string& text) {
         const std::string path = script(text);
         window = std::make_unique<WindowProcess>(
             loop, [path] { return path; }, WindowProcess::Timing{{10ms, 20ms, 30ms}, 1h, linger});
-        mourning = window->listenForEnd([this] { ++deaths; });
+        endListener = window->listenForEnd([this] { ++ends; });
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
     }
-    // Empty as long as it was not written.
+    // Empty if the file does not exist.
     std::string read(const std::string& name) const {
         const auto names = folder.names();
         return names.contains(name) ? readFile(folder / name) : "";
@@ -57,7 +57,7 @@ class WindowProcessRig : public testing::Test {
     void showAlert() { window->show(ShowAlerts{{{7, "", {}}}}); }
     void popUp(int x) { window->send(PopUpMenu{.x = x, .y = 0, .asked = {}, .menu = {}}); }
 
-    // Looks again each few milliseconds, for what no descriptor tells of.
+    // Checks the condition every few milliseconds, because no descriptor reports these changes.
     void waitFor(const std::function<bool()>& condition) {
         const auto end = std::chrono::steady_clock::now() + limit;
         while (!condition() && std::chrono::steady_clock::now() < end) let(5ms);
@@ -78,8 +78,8 @@ class WindowProcessRig : public testing::Test {
     SdEventLoop loop;
     std::unique_ptr<WindowProcess> window;
     WindowProcess::Messages::Token listening;
-    WindowProcess::Ends::Token mourning;
-    int deaths = 0;
+    WindowProcess::Ends::Token endListener;
+    int ends = 0;
     std::vector<std::size_t> chosen;
 };
 

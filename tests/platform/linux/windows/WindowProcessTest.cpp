@@ -24,7 +24,7 @@ TEST_F(WindowProcessTest, StartsOnceThereIsSomethingToShow) {
     waitFor([&] { return read("shown").find("second") != std::string::npos; });
 }
 
-TEST_F(WindowProcessTest, GoesWhenThereIsNothingToShowAndLeavesNothingBehind) {
+TEST_F(WindowProcessTest, EndsWhenThereIsNothingToShowAndLeavesNothingBehind) {
     use("echo $$ >$here/pid; exec cat <&3 >/dev/null");
     const std::size_t before = openDescriptors();
     show("tip");
@@ -34,10 +34,10 @@ TEST_F(WindowProcessTest, GoesWhenThereIsNothingToShowAndLeavesNothingBehind) {
     waitFor([&] { return !hasChildren(); });
     let(10ms);
     EXPECT_EQ(openDescriptors(), before);
-    EXPECT_EQ(deaths, 0);
+    EXPECT_EQ(ends, 0);
 }
 
-TEST_F(WindowProcessTest, GoesAlsoWhenItDoesNotMindItsSocket) {
+TEST_F(WindowProcessTest, EndsEvenIfItIgnoresItsSocket) {
     use("echo $$ >$here/pid; exec sleep 1000");
     show("tip");
     waitFor([&] { return pid() > 0; });
@@ -45,7 +45,7 @@ TEST_F(WindowProcessTest, GoesAlsoWhenItDoesNotMindItsSocket) {
     waitFor([&] { return !hasChildren(); });
 }
 
-TEST_F(WindowProcessTest, ComesBackAfterItWent) {
+TEST_F(WindowProcessTest, StartsAgainAfterItEnded) {
     use("echo >>$here/starts; exec cat <&3 >/dev/null");
     for (std::size_t round = 1; round < 4; ++round) {
         show("tip");
@@ -59,7 +59,7 @@ TEST_F(WindowProcessTest, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
     const int open = ::open("/dev/null", O_RDONLY);  // without close-on-exec
     const auto blocked = loop.onSignal(SIGUSR1, [] {});
     const auto oldPipe = std::signal(SIGPIPE, SIG_IGN);
-    // By builtins, since a shell that starts a program blocks signals and moves descriptors itself.
+    // Uses shell builtins, because a shell that starts a program blocks signals and moves descriptors.
     use(R"(while read -r name value; do
     case $name in SigBlk:) blocked=$value ;; SigIgn:) ignored=$value ;; esac
 done </proc/self/status
@@ -73,37 +73,37 @@ exec cat <&3 >/dev/null)");
     waitFor([&] { return !read("done").empty(); });
     std::signal(SIGPIPE, oldPipe);
     ::close(open);
-    // libc keeps two signals to itself; the shell has its script open at 10.
+    // libc reserves two signals. Descriptor 10 is the script that the shell runs.
     EXPECT_EQ(read("report"), "0000000000000000 0000000180000000  0 1 10 2 3\n");
     EXPECT_EQ(read("places").substr(0, 27), "/dev/null\n/dev/null\nsocket:") << read("places");
 }
 
-TEST_F(WindowProcessTest, StartsAgainWhenItIsKilledAndShowsTheNewest) {
+TEST_F(WindowProcessTest, StartsAgainWhenItIsKilledAndShowsTheNewestState) {
     use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
     show("first");
     waitFor([&] { return read("shown").find("first") != std::string::npos; });
     ::kill(pid(), SIGKILL);
-    waitFor([&] { return deaths == 1; });
+    waitFor([&] { return ends == 1; });
     show("second");
     waitFor([&] { return starts() == 2 && read("shown").find("second") != std::string::npos; });
     EXPECT_EQ(read("shown").find("first"), std::string::npos);
 }
 
-TEST_F(WindowProcessTest, IsGivenUpAfterAFewTriesUntilThereIsSomethingAnew) {
+TEST_F(WindowProcessTest, IsGivenUpAfterAFewTriesUntilThereIsSomethingNewToShow) {
     use("echo >>$here/starts");
     show("tip");
-    waitFor([&] { return deaths == 4; });
+    waitFor([&] { return ends == 4; });
     show("another tip");
     let(100ms);
-    EXPECT_EQ(deaths, 4);
+    EXPECT_EQ(ends, 4);
     EXPECT_EQ(starts(), 4U);
     EXPECT_FALSE(hasChildren());
     window->hideTray();
     show("tip");
-    waitFor([&] { return deaths == 8; });
+    waitFor([&] { return ends == 8; });
 }
 
-TEST_F(WindowProcessTest, HasItsTriesBackOnceItLivedForAWhile) {
+TEST_F(WindowProcessTest, HasAllItsTriesAgainAfterItRanForAWhile) {
     const std::string path = script("sleep 0.05; echo >>$here/starts");
     WindowProcess settling(
         loop, [&] { return path; }, WindowProcess::Timing{{1ms}, 40ms, linger});
@@ -111,7 +111,7 @@ TEST_F(WindowProcessTest, HasItsTriesBackOnceItLivedForAWhile) {
     waitFor([&] { return starts() > 5; });
 }
 
-TEST_F(WindowProcessTest, TakesLongerForEachTry) {
+TEST_F(WindowProcessTest, WaitsLongerBeforeEachTry) {
     use("");
     std::vector<std::chrono::steady_clock::time_point> died;
     const auto noting = window->listenForEnd([&] { died.push_back(std::chrono::steady_clock::now()); });
@@ -131,38 +131,38 @@ TEST_F(WindowProcessTest, IsNotStartedAgainWhenThereIsNothingToShowAnyMore) {
     EXPECT_EQ(starts(), 1U);
 }
 
-TEST_F(WindowProcessTest, ShowsNothingWhereTheProgramIsMissing) {
-    int asked = 0;
+TEST_F(WindowProcessTest, ShowsNothingIfTheProgramIsMissing) {
+    int calls = 0;
     WindowProcess missing(
         loop,
         [&] {
-            ++asked;
+            ++calls;
             return folder / "missing";
         },
         WindowProcess::Timing{{1ms, 1ms}, 1h, linger});
     const std::size_t before = openDescriptors();
     missing.show(ShowTray());
-    waitFor([&] { return asked == 3; });
+    waitFor([&] { return calls == 3; });
     let(20ms);
     missing.show(ShowTray());
-    EXPECT_EQ(asked, 3);
+    EXPECT_EQ(calls, 3);
     EXPECT_FALSE(hasChildren());
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(WindowProcessTest, IsNotThereWithoutADisplay) {
+TEST_F(WindowProcessTest, IsNotStartedWithoutADisplay) {
     Environment environment;
     environment.unset({"WAYLAND_DISPLAY", "DISPLAY"});
     EXPECT_EQ(windowProgram(), "");
     window = std::make_unique<WindowProcess>(loop, windowProgram);
-    mourning = window->listenForEnd([this] {
-        ++deaths;
+    endListener = window->listenForEnd([this] {
+        ++ends;
         window->hideWindow();
     });
     showWindow();
     EXPECT_FALSE(window->isRunning());
     EXPECT_FALSE(hasChildren());
-    waitFor([&] { return deaths == 1; });
+    waitFor([&] { return ends == 1; });
 
     environment.set("DISPLAY", ":7");
     EXPECT_NE(windowProgram(), "");
@@ -181,16 +181,16 @@ TEST_F(WindowProcessTest, IsKeptForAWhileAfterItsLastWindowOrAlert) {
         waitFor([&] { return !hasChildren(); });
         EXPECT_GE(std::chrono::steady_clock::now() - closed, linger);
         EXPECT_FALSE(window->isRunning());
-        EXPECT_EQ(deaths, 0);
+        EXPECT_EQ(ends, 0);
     }
 }
 
-TEST_F(WindowProcessTest, IsKeptForTheWholeWhileAfterTheLastTime) {
+TEST_F(WindowProcessTest, IsKeptForTheWholeWhileAfterTheLastWindow) {
     use("echo $$ >>$here/starts; exec cat <&3 >/dev/null");
     for (int i = 0; i < 4; ++i) {
         showWindow();
         waitFor([&] { return starts() == 1; });
-        let(linger + 50ms);  // while it is shown
+        let(linger + 50ms);  // while the window is shown
         window->hideWindow();
         let(linger / 2);
     }
@@ -206,41 +206,41 @@ TEST_F(WindowProcessTest, EndsWithItsIconUnlessItIsKeptForAnotherReason) {
     waitFor([&] { return starts() == 1; });
     window->hideWindow();
     window->hideTray();
-    EXPECT_TRUE(window->isRunning()) << "a window was there a moment ago";
+    EXPECT_TRUE(window->isRunning()) << "a window was open a moment ago";
     waitFor([&] { return !hasChildren(); });
     show("tip");
     window->hideTray();
     EXPECT_FALSE(window->isRunning());
 }
 
-TEST_F(WindowProcessTest, StartsAtOnceForAWindowAlsoWhereTheIconWasGivenUp) {
+TEST_F(WindowProcessTest, StartsImmediatelyForAWindowEvenAfterTheIconWasGivenUp) {
     use("echo >>$here/starts");
     const auto closing = window->listenForEnd([&] { window->hideWindow(); });
     show("tip");
-    waitFor([&] { return deaths == 4; });
+    waitFor([&] { return ends == 4; });
     showWindow();
     EXPECT_TRUE(window->isRunning());
-    waitFor([&] { return deaths == 8; });
+    waitFor([&] { return ends == 8; });
 }
 
-TEST_F(WindowProcessTest, TellsOfItsDeathLaterWhereTheProgramIsMissing) {
+TEST_F(WindowProcessTest, ReportsItsEndLaterIfTheProgramIsMissing) {
     WindowProcess missing(
         loop, [&] { return folder / "missing"; }, WindowProcess::Timing{{1h}, 1h, linger});
-    int told = 0;
+    int reportedEnds = 0;
     const auto closing = missing.listenForEnd([&] {
-        ++told;
+        ++reportedEnds;
         missing.hideWindow();
     });
     missing.show(ShowWindow());
-    EXPECT_EQ(told, 0);
-    waitFor([&] { return told == 1; });
+    EXPECT_EQ(reportedEnds, 0);
+    waitFor([&] { return reportedEnds == 1; });
     missing.show(ShowWindow());
-    waitFor([&] { return told == 2; });
+    waitFor([&] { return reportedEnds == 2; });
     let(20ms);
-    EXPECT_EQ(told, 2);
+    EXPECT_EQ(reportedEnds, 2);
 }
 
-TEST_F(WindowProcessTest, EndsTheProcessWithItself) {
+TEST_F(WindowProcessTest, TerminatesTheProcessInItsDestructor) {
     use("echo $$ >$here/pid; exec sleep 1000");
     show("tip");
     waitFor([&] { return pid() > 0; });
