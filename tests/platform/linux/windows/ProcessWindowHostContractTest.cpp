@@ -37,7 +37,7 @@ class ProcessDriver {
     // Makes the change and waits for the reply.
     void change(const Path& path, const std::variant<bool, std::string>& value) {
         standIn_.send(ControlChanged{++changes_, path, value});
-        standIn_.turnUntil([&] { return standIn_.newest<ShowWindow>()->heard == changes_; });
+        standIn_.turnUntil([&] { return standIn_.newest<ShowWindow>()->acknowledged == changes_; });
     }
 
     SdEventLoop loop_;

@@ -48,7 +48,7 @@ class ProcessWindowHostTest : public testing::Test {
     // Makes a change, waits for the reply, and returns the content that is shown then.
     std::string change(std::uint64_t number, const Path& path, const std::variant<bool, std::string>& value) {
         standIn.send(ControlChanged{number, path, value});
-        standIn.turnUntil([&] { return standIn.newest<ShowWindow>()->heard == number; });
+        standIn.turnUntil([&] { return standIn.newest<ShowWindow>()->acknowledged == number; });
         return shown();
     }
     std::string shown() const { return ViewDump::of(standIn.newest<ShowWindow>()->content); }
@@ -80,7 +80,7 @@ TEST_F(ProcessWindowHostTest, SendsThePropertiesOfTheWindow) {
     EXPECT_EQ(sent->styleMask, 3U);
     EXPECT_EQ(sent->contentSize, (Size{440, 480}));
     EXPECT_EQ(sent->place, WindowPlace());
-    EXPECT_EQ(sent->heard, 0U);
+    EXPECT_EQ(sent->acknowledged, 0U);
     EXPECT_EQ(shown(), ViewDump::of(content()));
 }
 
@@ -240,7 +240,7 @@ TEST_F(ProcessWindowHostTest, AcceptsChangesFromTheNextProcessFromTheFirstOneOn)
     standIn.kill();
     standIn.turnUntil([&] { return !window->isVisible(); });
     open();
-    EXPECT_EQ(standIn.newest<ShowWindow>()->heard, 0U);
+    EXPECT_EQ(standIn.newest<ShowWindow>()->acknowledged, 0U);
     change(1, {"0"}, false);
     EXPECT_EQ(done, (Path{"block on", "block off"}));
 }
