@@ -17,7 +17,7 @@ using Mode = AppState::BlockMode;
 using Selection = AppState::Selection;
 
 // Positions in the tree.
-constexpr std::size_t blockToggle = 1, modePicker = 2, deviceArea = 6, statusLine = 8, footer = 9;
+constexpr std::size_t blockToggle = 1, modePicker = 2, deviceArea = 6, statusLine = 8;
 
 struct ViewRig {
     explicit ViewRig(const char* language = "en") : texts({language}) {}
