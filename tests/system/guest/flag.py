@@ -38,13 +38,16 @@ class Flag:
         self.create_folder()
 
     def create_folder(self):
-        FOLDER.mkdir(parents=True)
-        self._state = os.open(STATE, os.O_RDONLY | os.O_CREAT | os.O_CLOEXEC, 0o644)
+        # The watch is set before the folder is in place: the program may write the flag at once.
+        new = FOLDER.with_name(FOLDER.name + ".new")
+        new.mkdir(parents=True)
+        self._state = os.open(new / STATE.name, os.O_RDONLY | os.O_CREAT | os.O_CLOEXEC, 0o644)
         self._inotify = self._libc.inotify_init1(os.O_CLOEXEC)
-        watch = self._libc.inotify_add_watch(self._inotify, os.fsencode(FOLDER), IN_CLOSE_WRITE | IN_OPEN)
+        watch = self._libc.inotify_add_watch(self._inotify, os.fsencode(new), IN_CLOSE_WRITE | IN_OPEN)
         check(watch >= 0, "inotify refused to watch the flag's folder")
         self.writes, self.openings = [], 0
         threading.Thread(target=self._listen, args=(self._inotify, self._state), daemon=True).start()
+        new.rename(FOLDER)
 
     def remove_folder(self):
         self._inotify = None
