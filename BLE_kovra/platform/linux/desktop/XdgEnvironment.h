@@ -7,7 +7,7 @@
 namespace kovra {
 
 // What the environment variables of the session say: the display server, the names of the desktop, and the
-// configuration directories of the freedesktop.org base directory specification (0.8).
+// configuration directories, as freedesktop.org's base directories (0.8) define them.
 
 // The display server of the user's session.
 enum class Desktop { none, x11, wayland };

@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// Launch at login according to the freedesktop.org autostart specification (0.5). The entry has the name of this
+// Launch at login by freedesktop.org's rules for autostart (0.5). The entry has the name of this
 // program and lies in a directory "autostart"; the user's directory comes before those of the system. The first entry
 // found counts, even if the settings of the desktop have edited it.
 //
