@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
+
 namespace kovra {
 
 namespace {

@@ -10,7 +10,6 @@
 #include "BLE_kovra/platform/linux/bus/BusFailures.h"
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
 #include "BLE_kovra/platform/linux/loop/Handles.h"
-#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 
 namespace kovra {
@@ -82,7 +81,6 @@ class BusConnection {
     std::function<void()> lost_;
     BusHandle bus_;
     BusToken disconnected_;
-    Lifetime lifetime_;
 };
 
 }  // namespace kovra

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 
 namespace kovra {
 
