@@ -29,8 +29,8 @@ void writeBarely(const std::string& path, bool on) { floors::writeFlag(path.c_st
 template <auto write>
 void flagWrite(benchmark::State& state) {
     const std::string path = "kovra-bench-" + std::to_string(::getpid());
-    // As on a real day: the process has slept before, and nothing of it is warm. Rare writes also wait for the disk
-    // now and then, so that the median is what tells.
+    // As in real use: the process has slept before, so its caches are cold. A few writes wait for the disk, so use the
+    // median.
     std::mt19937 random(7);
     std::vector<double> microseconds;
     bool on = false;

@@ -1,5 +1,5 @@
-// What a change among so many devices costs: from the device's event to the whole list in the hands of its reader. The
-// names are ordered as the environment's language orders them.
+// The cost of one change in a list of devices: from the device's event until the subscriber has received the whole
+// list. Names are sorted by the rules of the environment's locale.
 
 #include <benchmark/benchmark.h>
 
@@ -17,7 +17,7 @@
 namespace kovra {
 namespace {
 
-// A started monitor; its reader lets go of each list at once.
+// A started monitor, whose subscriber releases each list at once.
 struct Rig {
     FakeMainQueue queue;
     BenchHID hid;
@@ -31,7 +31,7 @@ struct Rig {
     }
 };
 
-// One device of a list of which a quarter stands disconnected is reported again.
+// Reports one device again, in a list of which a quarter is disconnected.
 void publication(benchmark::State& state) {
     const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
     Rig rig;

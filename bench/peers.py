@@ -50,7 +50,7 @@ def prepare():
 
 
 def _install():
-    # No service starts, for the machine's own would hear of it.
+    # Start no service: the service manager of the machine would act on it.
     policy = FOLDER / "changes" / "usr" / "sbin" / "policy-rc.d"
     policy.parent.mkdir(parents=True)
     policy.write_text("#!/bin/sh\nexit 101\n")

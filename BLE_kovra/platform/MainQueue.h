@@ -10,7 +10,7 @@ namespace kovra {
 class DelayedTask {
   public:
     virtual ~DelayedTask() = default;
-    // Keeps a block that has not started from running. Otherwise does nothing.
+    // Cancels the block if it has not started yet. Otherwise does nothing.
     virtual void cancel() = 0;
 };
 

@@ -20,9 +20,9 @@ class BareItem {
 
     sd_bus* bus() const { return bus_; }
     bool isMuted() const { return isMuted_; }
-    // Another icon and another check mark, and panels are told.
+    // Changes the icon and the check mark, and notifies the panels.
     void switchMuted();
-    // Answers what has come in; false when the bus is gone.
+    // Handles pending messages. Returns false after the bus has disconnected.
     bool answer();
 
   private:

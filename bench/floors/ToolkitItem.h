@@ -9,7 +9,7 @@
 
 namespace floors {
 
-// The icon and the menu as the toolkit makes them. The settings are whoever's who asks for their action.
+// The icon and the menu as the toolkit makes them. The caller connects the action of the settings.
 class ToolkitItem {
   public:
     ToolkitItem() {

@@ -16,7 +16,7 @@ def play(host, task):
         laptop.events.forget()
         mouse = laptop.plug_mouse()
         dead = laptop.inhibitions.wait(touchpad, True, mouse.added)
-        # Whatever else hears of the plug comes to rest first.
+        # Wait until all other receivers of the plug event are idle.
         laptop.settle()
         mouse.unplug()
         back = laptop.inhibitions.wait(touchpad, False, mouse.removed)

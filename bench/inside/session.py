@@ -55,7 +55,7 @@ def report(**what):
 
 
 class FlagWritten:
-    """Rings when somebody closes the flag file after writing."""
+    """Fires when a process closes the flag file after writing."""
 
     def __init__(self):
         libc = ctypes.CDLL(None, use_errno=True)
@@ -68,7 +68,7 @@ class FlagWritten:
 
 
 class TrayAsked:
-    """Rings when a program asks the tray for a place."""
+    """Fires when a program registers with the tray."""
 
     def __init__(self):
         self._monitor = subprocess.Popen(["dbus-monitor", f"interface='{WATCHER}'"], stdout=subprocess.PIPE)
@@ -85,12 +85,12 @@ class TrayAsked:
 
 
 class Started:
-    """A program from its exec until the bell rings; `cpu` is what it took until then, in nanoseconds."""
+    """Runs a program from its exec until the event fires; `cpu` is its CPU time until then, in nanoseconds."""
 
     def __init__(self, program, bell):
         while select.select([bell.descriptor], [], [], 0.2)[0]:
             bell.rang()
-        # The shell waits to be told, so that its own start does not count.
+        # The shell waits for a byte, so that its own start does not count.
         self._process = subprocess.Popen(["/bin/sh", "-c", 'read -r go && exec "$0"', program], stdin=subprocess.PIPE)
         time.sleep(0.2)
         self._before = processes.cpu_time(self.pid)

@@ -2,10 +2,10 @@
 """Inside a private session: what programs that live in the tray cost. They take turns, after one start each that does
 not count.
 
-Is told as JSON which programs ("programs": name and command), how many rounds, in how many of these memory and idling
-are looked at ("deep"), for how long ("idle"), which entry of the menu opens a window, if that is measured ("open"), and
-for how long each start may wait for a quiet machine ("calm"). Prints as JSON for each program what each of its rounds
-gave, and why it showed no icon if it did not.
+Reads as JSON which programs ("programs": name and command), how many rounds, in how many of these memory and idling are
+looked at ("deep"), for how long ("idle"), which entry of the menu opens a window, if that is measured ("open"), and for
+how long each start may wait for a quiet machine ("calm"). Prints as JSON for each program what each of its rounds gave,
+and why it showed no icon if it did not.
 """
 
 import json

@@ -1,5 +1,6 @@
 // start-when-told COMMAND...: waits for a byte on the standard input, prints the moment and the CPU time that it has
-// taken itself, both in nanoseconds, and becomes the command. So whoever watches the process knows it before it begins.
+// taken itself, both in nanoseconds, and becomes the command. So a program that watches the process knows it before the
+// command starts.
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -9,8 +9,8 @@
 
 namespace bench {
 
-// The X server's side of a panel: the tray that embeds windows, and a witness of when other windows come, are painted
-// for the first time, and go. Tells of each.
+// The X server's side of a panel: the tray that embeds windows, and a watcher that reports when other windows are
+// mapped, first painted and unmapped.
 class XScreen {
   public:
     explicit XScreen(const Subject& subject);
@@ -19,7 +19,7 @@ class XScreen {
     XScreen& operator=(const XScreen&) = delete;
 
     int descriptor() const { return xcb_get_file_descriptor(x_); }
-    // Deals with what has come in; false when the server is gone.
+    // Handles pending events. Returns false after the server has disconnected.
     bool answer();
     // Tells of the next window when it is there and when something has been drawn into it.
     void watchForWindow();

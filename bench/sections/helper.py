@@ -1,6 +1,6 @@
 """The privileged helper: from the flag to the muted pad, its memory, and what it costs while nothing happens.
 
-The daemon itself, in private mounts, with pads that are files in memory and a person who is nobody's.
+The daemon itself, in private mounts, with pads that are files in memory and a user who does not exist on the machine.
 """
 
 import json

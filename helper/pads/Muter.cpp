@@ -27,7 +27,7 @@ void Muter::unmuteOthers() {
 
 void Muter::mute(const std::string& name) {
     const std::optional<bool> isInhibited = attribute_.isInhibited(name);
-    if (!isInhibited) return logOnce(name, "cannot be muted: it is gone, or the kernel knows no way to");
+    if (!isInhibited) return logOnce(name, "cannot be muted: it was removed, or the kernel cannot inhibit it");
     if (*isInhibited) {
         if (!mutedPads_.names().contains(name)) logOnce(name, "is inhibited by somebody else, and left alone");
         return;

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that clang-format would leave every source as it is.
 
-  check_format.py [ROOT]      ROOT: the project's folder; by default the one that this file stands in
+  check_format.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 
 Version 14 decides: other versions lay out some lines in another way. Exits with 1 if a file is laid out differently, or if
 there is no such clang-format.

@@ -88,8 +88,8 @@ inline void setAccessList(const std::string& path, const std::string& text) {
         throw std::runtime_error("cannot set the access list of " + path);
 }
 
-// Whether this user may write the file. Root tries it as that user. An ordinary user cannot do that and evaluates the
-// access control list.
+// Whether this user may write the file. As root, the check tries to write as that user. An ordinary user cannot change
+// users, so the check evaluates the access control list.
 inline bool mayWrite(uid_t user, const std::string& path) {
     if (::geteuid() == 0) {
         const ActingAs other(user);

@@ -129,7 +129,7 @@ def _enter_new_root(root):
 
 
 def _folder_until_the_end():
-    # Inside the new root this folder is the root, and could not be removed.
+    # Created before the change of root: inside the new root this folder is / and cannot be removed.
     folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-root-"))
     _run_at_exit(lambda: os.rmdir(folder))
     return folder

@@ -199,7 +199,7 @@ void Program::perform(const Action& action) {
             hid_.detachUnknown(action.number);
             break;
         case Kind::attachAgain:
-            // With a rename behind it in a full queue it would be told under a name that no removal ends.
+            // If a rename followed in the queue, the attachment would be reported under a name that no removal matches.
             if (queue_.isIdle()) hid_.attachAgain(action.number);
             break;
         case Kind::rename:

@@ -27,7 +27,7 @@ def main():
         print("packages: 0 passed, 1 failed", flush=True)
         return 1
     if "FAKEROOTKEY" not in os.environ:
-        # Files seem to belong to whom they are given: so anybody may install packages in a place of their own.
+        # fakeroot simulates changes of the owner, so that an ordinary user can install packages into a private folder.
         os.execvp("fakeroot", ["fakeroot", sys.executable, "-B", __file__, "--built", *(f"--only={name}" for name in arguments.only)])
     passed = failed = 0
     with tempfile.TemporaryDirectory(prefix="kovra-packages-") as folder:

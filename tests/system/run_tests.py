@@ -43,7 +43,7 @@ def main():
         chosen = [arguments.machine] if arguments.machine else list(MACHINES)
         if "laptop" in chosen:
             task["packages"] = built_packages.paths()
-        # One after the other: side by side they would take each other's time, which they measure.
+        # One after the other: in parallel they would distort each other's time measurements.
         for name in chosen:
             say(f"starting the {name} machine")
             play(Machine(machine_kernel, logs / name, MACHINES[name]), task, tally, name)
@@ -72,9 +72,9 @@ def play(machine, task, tally, name):
 class Tally:
     def __init__(self):
         self.passed = self.failed = 0
-        # What was announced and has not reported yet: a scenario that could not run has failed.
+        # The scenarios that were announced and have not reported yet: a scenario that could not run has failed.
         self._open = []
-        # What each machine was asked for and does not have; the other one may.
+        # The requested scenarios that each machine does not have; the other machine may have them.
         self._unknown = []
 
     def take(self, message):

@@ -28,7 +28,7 @@ import exports
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[2]
 BUILD = ROOT / "build"
-# Where the compiler is, and the rest of its version with it: /usr/lib/llvm-14 on Debian 12.
+# The folder of the compiler and of the tools of the same version: /usr/lib/llvm-14 on Debian 12.
 LLVM = Path(shutil.which("clang++") or "/usr/bin/clang++").resolve().parents[1]
 GCC_OBJC = Path("/usr/lib/gcc")
 PROCESSORS = ("arm64", "x86_64")

@@ -21,13 +21,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What becomes of a writing that finds the flag open as one file, and ends when another one has taken its place.
+// A write that opens the flag and ends after another file has replaced it.
 class PosixFileSystemExchangeTest : public testing::Test {
   protected:
     PosixFileSystemExchangeTest() { writeFile(flag_, "on"); }
 
-    // Writes "off" in a process that is held before it writes, while something happens. The reason of its failure, or
-    // empty.
+    // Writes "off" in a process that is stopped before the write, while `something` runs. Returns the reason of the
+    // failure, or an empty text.
     std::string writeWhile(const std::function<void()>& something) {
         const std::string said = folder_ / "said";
         const pid_t process = ::fork();

@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// For as long as it lives, files of this process cannot grow beyond so many bytes: writing meets the same end as on a
-// full disk (with the error EFBIG), for root too.
+// For as long as it lives, files of this process cannot grow beyond this size: a write fails as on a full disk (but
+// with EFBIG), for root too.
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes) {

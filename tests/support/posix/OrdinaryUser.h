@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// For as long as it lives, permissions hold: tests that run as root act as a user without rights.
+// During its lifetime, tests that run as root act as a user without privileges, so that file permissions apply.
 class OrdinaryUser {
   public:
     OrdinaryUser() {
@@ -24,7 +24,7 @@ class OrdinaryUser {
         static_cast<void>(::setegid(0));
     }
 
-    // To be called before: what the user is to own.
+    // Call it before construction, for each file that the user must own.
     static void give(const std::filesystem::path& path) {
         if (::geteuid() == 0 && ::chown(path.c_str(), nobody, nobody) != 0) {
             throw std::runtime_error("cannot give away " + path.string());
@@ -36,7 +36,7 @@ class OrdinaryUser {
     const bool wasRoot_ = ::geteuid() == 0;
 };
 
-// Rights of a file or folder that are given back at the end, so that it can be removed.
+// Changes the mode of a file or folder and restores it at the end, so that it can be removed.
 class Rights {
   public:
     Rights(std::filesystem::path path, ::mode_t mode) : path_(std::move(path)) {

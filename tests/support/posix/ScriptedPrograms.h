@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// The programs that ProcessRunnerContract asks of a Driver, for one that really starts them. Those that outlive it are
-// waited for; their end is soon.
+// The programs that ProcessRunnerContract requires of a Driver, for a Driver that really starts them. Programs that
+// outlive it are waited for; they end soon.
 class ScriptedPrograms {
   public:
     ScriptedPrograms() = default;

@@ -25,7 +25,7 @@ inline std::string readFile(const std::filesystem::path& path) {
     return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "missing";
 }
 
-// A folder that goes with the test, whatever was made in it.
+// A folder that is removed with its contents at the end of the test.
 class TempFolder {
   public:
     // In memory, where the system has such a place: for tests that sync thousands of times.

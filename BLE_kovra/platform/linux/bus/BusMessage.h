@@ -70,8 +70,8 @@ int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     return result < 0 ? result : 1;
 }
 
-// Reads the next value of the message, an a{sv}, and returns its entry of this name. Returns nothing if no entry has
-// this name and type, or if the message has another signature.
+// Reads the next value of the message, an a{sv}, and returns its entry with this name. Returns nothing if there is no
+// entry with this name and type, or if the message has a different signature.
 std::optional<bool> readBoolean(sd_bus_message* message, std::string_view name);
 std::optional<std::string> readText(sd_bus_message* message, std::string_view name);
 

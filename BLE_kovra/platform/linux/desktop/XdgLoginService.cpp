@@ -59,7 +59,7 @@ constexpr const char* newEntry =
     "X-GNOME-Autostart-enabled=true\n";
 
 // Whether the entry has no lines from the user or from the settings of the desktop, so that removing it loses nothing.
-// Another path of the program does not count, because registering would replace it too.
+// A different program path does not count as such a line, because registering would replace it too.
 bool hasOnlyOwnLines(const DesktopEntry& entry) {
     DesktopEntry ours(newEntry);
     ours.setProgram(entry.program().value_or(""));

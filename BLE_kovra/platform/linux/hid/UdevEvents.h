@@ -30,8 +30,8 @@ class UdevEvents {
             none   // no more events for now
         };
         Kind kind;
-        std::string nodeName;  // of kind device
-        std::string path;      // of kind device: below /sys
+        std::string nodeName;  // if kind is `device`
+        std::string path;      // if kind is `device`: the path below /sys
         bool isRemoval = false;
     };
 

@@ -27,7 +27,7 @@ class FlagHandover {
     FlagHandover& operator=(const FlagHandover&) = delete;
     ~FlagHandover();
 
-    // The user at the machine has changed, so that the flag is about to be handed over.
+    // Call it when the user at the machine has changed, so a hand-over of the flag is expected.
     void expect();
 
   private:

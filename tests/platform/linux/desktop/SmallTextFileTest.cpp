@@ -19,7 +19,7 @@ namespace {
 struct Synced {
     ino_t inode = 0;
     off_t size = 0;
-    std::string target;  // the contents of the file to replace at that moment
+    std::string target;  // at that moment, the contents of the file that is being replaced
 };
 
 std::vector<Synced> allSynced;

@@ -142,7 +142,7 @@ class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
 
 TEST_F(UdevHIDManagerPollingTest, DetectsAllChangesAndLogsOneLine) {
     missEverything(rig_);
-    // One poll and one timeout later; the rest is for a busy machine.
+    // This takes one poll and one timeout; the rest of the 5 s is a margin for a busy machine.
     ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= everythingMissed.size(); }, 5s));
     EXPECT_EQ(rig_.newReports(), everythingMissed);
     rig_.runFor(2 * UdevHIDManager::pollInterval);

@@ -252,7 +252,7 @@ TEST_F(UdevHIDServiceTest, SleepsWhileNothingHappens) {
         ++turns;
         return isOver;
     });
-    EXPECT_LE(turns, 2);  // only those of the timer
+    EXPECT_LE(turns, 2);  // only the turns that the timer causes
 }
 
 }  // namespace

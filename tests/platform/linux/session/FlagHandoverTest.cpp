@@ -24,7 +24,7 @@ namespace {
 using std::chrono_literals::operator""ms;
 namespace fs = std::filesystem;
 
-// A machine on which the flag is in a folder inside a folder, as on a real one.
+// A machine on which the flag is two folders deep, as on a real one.
 class FlagHandoverTest : public testing::Test {
   protected:
     FlagHandoverTest() { fs::create_directories(folder_); }
