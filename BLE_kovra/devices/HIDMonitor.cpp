@@ -28,68 +28,64 @@ void HIDMonitor::start() {
 }
 
 bool HIDMonitor::isConnected(const std::string& key) const {
-    const auto interfaces = present_.find(key);
-    if (interfaces != present_.end() && !interfaces->second.empty()) return true;
-    return pendingDisconnect_.contains(key);
+    const auto found = byKey_.find(key);
+    return found != byKey_.end() && found->second->isConnected();
 }
 
 void HIDMonitor::added(const HIDDevice& device) {
+    Device& added = deviceOf(userKey(device, texts_));
     const std::uint64_t id = interfaceID(device);
-    const std::string key = userKey(device, texts_);
-    interfaceKey_[id] = key;
-    present_[key].insert(id);
-    setName(key, displayName(device, texts_));
-    if (const auto pending = pendingDisconnect_.find(key); pending != pendingDisconnect_.end()) {
-        pending->second->cancel();
-        pendingDisconnect_.erase(pending);
-    }
+    byInterface_[id] = &added;
+    added.present.insert(id);
+    setName(added, displayName(device, texts_));
+    if (added.pendingDisconnect) std::exchange(added.pendingDisconnect, nullptr)->cancel();
     publish();
 }
 
 void HIDMonitor::removedDevice(const HIDDevice& device) {
-    const auto attached = interfaceKey_.find(interfaceID(device));
-    if (attached == interfaceKey_.end()) return;
-    const std::uint64_t id = attached->first;
-    const std::string key = std::move(attached->second);
-    interfaceKey_.erase(attached);
-    std::set<std::uint64_t>& interfaces = present_[key];
-    interfaces.erase(id);
-    if (interfaces.empty())
-        scheduleDisconnect(key);
+    const auto attached = byInterface_.find(interfaceID(device));
+    if (attached == byInterface_.end()) return;
+    Device& removed = *attached->second;
+    removed.present.erase(attached->first);
+    byInterface_.erase(attached);
+    if (removed.present.empty())
+        scheduleDisconnect(removed);
     else
         publish();
 }
 
-void HIDMonitor::scheduleDisconnect(const std::string& key) {
-    std::unique_ptr<DelayedTask>& pending = pendingDisconnect_[key];
-    if (pending) pending->cancel();
-    pending = queue_.asyncAfter(disconnectGrace, [weak = weak_from_this(), key] {
+void HIDMonitor::scheduleDisconnect(Device& device) {
+    if (device.pendingDisconnect) device.pendingDisconnect->cancel();
+    device.pendingDisconnect = queue_.asyncAfter(disconnectGrace, [weak = weak_from_this(), &device] {
         const auto monitor = weak.lock();
         if (!monitor) return;
-        monitor->pendingDisconnect_.erase(key);
+        device.pendingDisconnect.reset();
         monitor->publish();
     });
 }
 
-void HIDMonitor::setName(const std::string& key, std::string name) {
-    const auto [index, isNew] = nameIndex_.try_emplace(key, names_.size());
-    if (isNew) names_.push_back({key, {}, {}});
-    Named& named = names_[index->second];
-    if (!isNew && named.name == name) return;
-    named.name = std::move(name);
-    named.sortKey = locale_.sortKey(named.name);
+HIDMonitor::Device& HIDMonitor::deviceOf(const std::string& key) {
+    Device*& device = byKey_[key];
+    if (device == nullptr) device = &devices_.emplace_back(Device{key});
+    return *device;
+}
+
+void HIDMonitor::setName(Device& device, std::string name) const {
+    if (device.name == name && !device.sortKey.empty()) return;
+    device.name = std::move(name);
+    device.sortKey = locale_.sortKey(device.name);
 }
 
 void HIDMonitor::publish() {
     if (!onDevicesChanged) return;
 
     struct Entry {
-        const Named* device;
+        const Device* device;
         bool connected;
     };
     std::vector<Entry> order;
-    order.reserve(names_.size());
-    for (const Named& named : names_) order.push_back({&named, isConnected(named.key)});
+    order.reserve(devices_.size());
+    for (const Device& device : devices_) order.push_back({&device, device.isConnected()});
     std::stable_sort(order.begin(), order.end(), [&](const Entry& a, const Entry& b) {
         if (a.connected != b.connected) return a.connected;
         return locale_.isAscending(a.device->sortKey, b.device->sortKey);

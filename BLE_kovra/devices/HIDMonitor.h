@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <set>
@@ -50,28 +51,31 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
   private:
     HIDMonitor(HIDService& hid, MainQueue& queue, const Locale& locale, const L10n& texts);
 
-    struct Named {
+    struct Device {
         std::string key;
-        std::string name;
-        std::string sortKey;  // of the name; cached, as it costs more than many comparisons
+        std::string name = {};
+        std::string sortKey = {};              // of the name; cached, as it costs more than many comparisons
+        std::set<std::uint64_t> present = {};  // the attached interfaces
+        std::unique_ptr<DelayedTask> pendingDisconnect = {};  // set while the grace period is running
+
+        bool isConnected() const { return !present.empty() || pendingDisconnect != nullptr; }
     };
 
     void added(const HIDDevice& device);
     void removedDevice(const HIDDevice& device);
-    void scheduleDisconnect(const std::string& key);
+    void scheduleDisconnect(Device& device);
     void publish();
-    void setName(const std::string& key, std::string name);
+    Device& deviceOf(const std::string& key);
+    void setName(Device& device, std::string name) const;
 
     HIDService& hid_;
     MainQueue& queue_;
     const Locale& locale_;
     const L10n& texts_;
 
-    std::unordered_map<std::uint64_t, std::string> interfaceKey_;       // attached interface -> its device
-    std::unordered_map<std::string, std::set<std::uint64_t>> present_;  // device -> its attached interfaces
-    std::vector<Named> names_;                                // every device seen so far, in order of first attachment
-    std::unordered_map<std::string, std::size_t> nameIndex_;  // device -> its index in names_
-    std::unordered_map<std::string, std::unique_ptr<DelayedTask>> pendingDisconnect_;  // running grace periods
+    std::deque<Device> devices_;  // every device seen so far, in order of first attachment; none is ever removed
+    std::unordered_map<std::string, Device*> byKey_;
+    std::unordered_map<std::uint64_t, Device*> byInterface_;  // attached interfaces
     std::unique_ptr<HIDManager> manager_;  // declared last, so destroyed first: it calls into the members above
 };
 
