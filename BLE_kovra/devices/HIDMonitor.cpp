@@ -39,6 +39,7 @@ void HIDMonitor::added(const HIDDevice& device) {
     added.present.insert(id);
     setName(added, displayName(device, texts_));
     if (added.pendingDisconnect) std::exchange(added.pendingDisconnect, nullptr)->cancel();
+    placeInOrder(added);
     publish();
 }
 
@@ -60,13 +61,14 @@ void HIDMonitor::scheduleDisconnect(Device& device) {
         const auto monitor = weak.lock();
         if (!monitor) return;
         device.pendingDisconnect.reset();
+        monitor->placeInOrder(device);
         monitor->publish();
     });
 }
 
 HIDMonitor::Device& HIDMonitor::deviceOf(const std::string& key) {
     Device*& device = byKey_[key];
-    if (device == nullptr) device = &devices_.emplace_back(Device{key});
+    if (device == nullptr) device = &devices_.emplace_back(Device{key, devices_.size()});
     return *device;
 }
 
@@ -76,24 +78,22 @@ void HIDMonitor::setName(Device& device, std::string name) const {
     device.sortKey = locale_.sortKey(device.name);
 }
 
+// All other devices are in order, because only one changes at a time.
+void HIDMonitor::placeInOrder(const Device& device) {
+    const auto precedes = [this](const Device* one, const Device* other) {
+        if (one->isConnected() != other->isConnected()) return one->isConnected();
+        if (locale_.isAscending(one->sortKey, other->sortKey)) return true;
+        return !locale_.isAscending(other->sortKey, one->sortKey) && one->number < other->number;
+    };
+    std::erase(order_, &device);
+    order_.insert(std::upper_bound(order_.begin(), order_.end(), &device, precedes), &device);
+}
+
 void HIDMonitor::publish() {
     if (!onDevicesChanged) return;
-
-    struct Entry {
-        const Device* device;
-        bool connected;
-    };
-    std::vector<Entry> order;
-    order.reserve(devices_.size());
-    for (const Device& device : devices_) order.push_back({&device, device.isConnected()});
-    std::stable_sort(order.begin(), order.end(), [&](const Entry& a, const Entry& b) {
-        if (a.connected != b.connected) return a.connected;
-        return locale_.isAscending(a.device->sortKey, b.device->sortKey);
-    });
-
     std::vector<HIDDeviceInfo> list;
-    list.reserve(order.size());
-    for (const Entry& entry : order) list.push_back({entry.device->key, entry.device->name, entry.connected});
+    list.reserve(order_.size());
+    for (const Device* device : order_) list.push_back({device->key, device->name, device->isConnected()});
     onDevicesChanged(std::move(list));
 }
 

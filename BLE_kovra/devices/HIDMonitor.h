@@ -53,6 +53,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
 
     struct Device {
         std::string key;
+        std::size_t number;  // in the order of first attachment
         std::string name = {};
         std::string sortKey = {};              // of the name; cached, as it costs more than many comparisons
         std::set<std::uint64_t> present = {};  // the attached interfaces
@@ -64,6 +65,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
     void added(const HIDDevice& device);
     void removedDevice(const HIDDevice& device);
     void scheduleDisconnect(Device& device);
+    void placeInOrder(const Device& device);
     void publish();
     Device& deviceOf(const std::string& key);
     void setName(Device& device, std::string name) const;
@@ -73,7 +75,8 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
     const Locale& locale_;
     const L10n& texts_;
 
-    std::deque<Device> devices_;  // every device seen so far, in order of first attachment; none is ever removed
+    std::deque<Device> devices_;        // every device seen so far; none is ever removed
+    std::vector<const Device*> order_;  // as published: connected devices first, then by name
     std::unordered_map<std::string, Device*> byKey_;
     std::unordered_map<std::uint64_t, Device*> byInterface_;  // attached interfaces
     std::unique_ptr<HIDManager> manager_;  // declared last, so destroyed first: it calls into the members above
