@@ -14,7 +14,7 @@
 
 namespace kovra {
 
-// One attached interface, and nothing that costs time.
+// A device whose properties cost no time to read.
 class BenchDevice : public HIDDevice {
   public:
     BenchDevice(std::uint64_t number, std::string name) : number_(number), name_(std::move(name)) {}
@@ -42,7 +42,7 @@ inline std::vector<BenchDevice> benchDevices(std::size_t count) {
     return devices;
 }
 
-// Hands over the callbacks that the monitor registers; the benchmark calls them itself.
+// Keeps the callbacks that the monitor registers, so that the benchmark can call them.
 class BenchHID : public HIDService {
   public:
     HIDManager::Callback attached;

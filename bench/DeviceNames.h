@@ -9,7 +9,7 @@
 
 namespace bench {
 
-// Names that look like those in shops, in several languages and in no order; always the same ones.
+// Returns names like those of products on sale: in several languages, unsorted, and the same in every run.
 inline std::vector<std::string> deviceNames(std::size_t count) {
     constexpr std::string_view kinds[] = {"Wireless", "Bluetooth", "USB",          "Optical",   "Compact", "Ergonomic",
                                           "compact",  "Gaming",    "Беспроводная", "Kabellose", "Souris",  "Ratón"};

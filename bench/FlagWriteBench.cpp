@@ -1,4 +1,4 @@
-// What one change of the flag costs, on the file system of the current folder.
+// Measures one change of the flag on the file system of the current folder.
 
 #include <benchmark/benchmark.h>
 #include <unistd.h>
@@ -29,8 +29,8 @@ void writeBarely(const std::string& path, bool on) { floors::writeFlag(path.c_st
 template <auto write>
 void flagWrite(benchmark::State& state) {
     const std::string path = "kovra-bench-" + std::to_string(::getpid());
-    // As in real use: the process has slept before, so its caches are cold. A few writes wait for the disk, so use the
-    // median.
+    // As in real use, the process sleeps before each write, so its caches are cold. A few writes wait for the disk. The
+    // median ignores them.
     std::mt19937 random(7);
     std::vector<double> microseconds;
     bool on = false;

@@ -1,8 +1,8 @@
-// Opens the settings window in a window process of its own, changes its list many times, closes it, and says as JSON
-// what private dirty memory (MiB) and descriptors the process had after each tenth of the changes, and after the window
-// was closed.
+// Opens the settings window in a window process, changes its list many times, and closes it.
 //
-// The lines are written as fast as the window process reads them: it sees every change.
+// Prints JSON: the private dirty memory of the process in MiB after each tenth of the changes and after the window was
+// closed, and its descriptors and threads before and after closing. It writes no faster than the window process reads,
+// so that every change is processed.
 
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -57,7 +57,7 @@ class WindowProgram {
             sent += static_cast<std::size_t>(count);
         }
     }
-    // Until it has read everything and does nothing any more.
+    // Waits until the process has used no CPU time for half a second.
     void settle() const {
         for (long before = -1, now = ticks(); now != before; before = now, now = ticks()) ::usleep(500'000);
     }
@@ -77,7 +77,7 @@ class WindowProgram {
         const std::filesystem::directory_iterator entries("/proc/" + std::to_string(pid_) + folder);
         return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
     }
-    // Of CPU time.
+    // Returns the CPU time in clock ticks.
     long ticks() const {
         std::ifstream stat("/proc/" + std::to_string(pid_) + "/stat");
         std::string word;
@@ -91,7 +91,8 @@ class WindowProgram {
     pid_t pid_ = 0;
 };
 
-// A list of 30 devices, in which one comes or goes at each step, and now and then another order.
+// A list of up to 30 devices. Each step connects or disconnects a device and changes the length of the list. Every
+// seventh step also rotates the list.
 class ChangingList {
   public:
     explicit ChangingList(AppState& state) : state_(state) {

@@ -1,5 +1,5 @@
-// The cost of one change in a list of devices: from the device's event until the subscriber has received the whole
-// list. Names are sorted by the rules of the environment's locale.
+// Measures one change in the list of devices: from the device's event until the subscriber has received the whole list.
+// The environment's locale sorts the names.
 
 #include <benchmark/benchmark.h>
 
@@ -17,7 +17,7 @@
 namespace kovra {
 namespace {
 
-// A started monitor, whose subscriber releases each list at once.
+// A started monitor. Its subscriber discards each list at once.
 struct Rig {
     FakeMainQueue queue;
     BenchHID hid;
@@ -31,7 +31,7 @@ struct Rig {
     }
 };
 
-// Reports one device again, in a list of which a quarter is disconnected.
+// Reports one device again. A quarter of the devices in the list is disconnected.
 void publication(benchmark::State& state) {
     const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
     Rig rig;
@@ -43,7 +43,7 @@ void publication(benchmark::State& state) {
 }
 BENCHMARK(publication)->RangeMultiplier(10)->Range(10, 10000)->Unit(benchmark::kMicrosecond);
 
-// Every device is attached already when the monitor starts, so there are as many publications as devices.
+// All devices are attached when the monitor starts, so there is one publication per device.
 void start(benchmark::State& state) {
     const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state) {

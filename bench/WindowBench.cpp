@@ -1,4 +1,4 @@
-// What the window process does when something changes while the settings window is open.
+// Measures what the window process does for one change while the settings window is open.
 
 #include <benchmark/benchmark.h>
 
@@ -19,14 +19,14 @@
 namespace kovra {
 namespace {
 
-// There is no user input.
+// Ignores user input: there is none.
 struct NoActions : UserActions {
     std::uint64_t changed(std::vector<std::string>, std::variant<bool, std::string>) override { return 0; }
     void followed(std::vector<std::string>) override {}
     void scrolled() override {}
 };
 
-// The settings window without its frame, on a screen in memory.
+// The contents of the settings window, shown on an offscreen platform.
 class OpenWindow {
   public:
     explicit OpenWindow(std::size_t count) {
@@ -39,7 +39,7 @@ class OpenWindow {
         surface_.show();
     }
 
-    // As the line comes in, until it is painted.
+    // Decodes the line and processes it until it is painted.
     void show() {
         const auto message = decodeToWindow(line());
         const auto& window = std::get<ShowWindow>(message.value());
@@ -78,7 +78,7 @@ void OneChangeOf200Devices(benchmark::State& state) {
     window.show();
     std::size_t index = 0;
     for (auto _ : state) {
-        window.unplugOrPlug(index++ % 8);  // where it can be seen
+        window.unplugOrPlug(index++ % 8);  // one of the visible rows
         window.show();
     }
 }

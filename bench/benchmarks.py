@@ -1,7 +1,7 @@
-"""Runs the benchmarks and says which limits are kept.
+"""Runs the benchmarks and prints which limits are kept.
 
-Everything is a ratio to a floor, a program that does the least with which the figure can be compared, taken in the same
-run and in turns: such figures hold on any machine. Ends with 1 if a limit is missed or something could not be measured.
+Most figures are compared with a floor: a program that does the minimum work for a fair comparison. Both run in turn in
+the same run, so their ratio holds on any machine. The exit status is 1 if a limit is exceeded or a measurement fails.
 """
 
 import argparse
@@ -43,12 +43,14 @@ def main():
     parser = argparse.ArgumentParser(prog="bench/run", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--only", action="append", choices=list(SECTIONS), help="this section; may be repeated")
-    parser.add_argument("--rounds", type=int, default=9, help="rounds in turn, of which the median counts (9)")
-    parser.add_argument("--starts", type=int, default=15, help="starts in turn of the section tray (15)")
-    parser.add_argument("--idle", type=float, default=60, metavar="SECONDS", help="how long to watch idling (60)")
+    parser.add_argument("--rounds", type=int, default=9, help="rounds; the median counts (9)")
+    parser.add_argument("--starts", type=int, default=15,
+                        help="starts of each program in the sections tray and window (15)")
+    parser.add_argument("--idle", type=float, default=60, metavar="SECONDS",
+                        help="how long to measure the idle cost (60)")
     parser.add_argument("--plugs", type=int, default=200, help="plugs in the virtual machine, 2.5 s each (200)")
     parser.add_argument("--changes", type=int, default=500,
-                        help="changes of the flag each way of the section helper (500)")
+                        help="changes of the flag to each value in the section helper (500)")
     parser.add_argument("--calm", type=float, default=60, metavar="SECONDS",
                         help="how long to wait for a quiet machine before each section (60)")
     parser.add_argument("--against", metavar="FOLDER",

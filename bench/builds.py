@@ -1,4 +1,4 @@
-"""The programs that are run: of this checkout, and of another build that ours is compared with."""
+"""The programs to measure: those of this checkout, and those of another build to compare with."""
 
 import json
 import pathlib
@@ -10,7 +10,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 
 
 class Build:
-    """What one build folder has."""
+    """The programs in one build folder."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder).resolve()
@@ -28,8 +28,8 @@ class Build:
 
 
 class Tools:
-    """`own` is this checkout's build, `other` the one to compare with, or None; a start may wait `calm` seconds for a
-    quiet machine."""
+    """`own` is the build of this checkout. `other` is the build to compare with, or None. Before a start, the
+    measurement may wait `calm` seconds for a quiet machine."""
 
     def __init__(self, against, calm):
         self.calm = calm
@@ -44,12 +44,12 @@ class Tools:
         self.floors = build / "floors"
 
     def builds(self):
-        """By name, in the order in which they take turns."""
+        """Returns the builds by name, in the order in which they take turns."""
         return {"ours": self.own} | ({"other": self.other} if self.other else {})
 
 
 def benchmark(program, pattern, folder=None, environment=None, repetitions=1, seconds=0.5):
-    """Runs the benchmarks of these names; returns Google Benchmark's account of every repetition."""
+    """Runs the benchmarks whose names match the pattern; returns Google Benchmark's entry for every repetition."""
     command = [program, f"--benchmark_filter={pattern}", f"--benchmark_repetitions={repetitions}",
                f"--benchmark_min_time={seconds}", "--benchmark_format=json"]
     done = subprocess.run(command, cwd=folder, env=environment, capture_output=True, text=True, check=True)

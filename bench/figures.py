@@ -1,4 +1,4 @@
-"""What was measured, beside what, and whether it keeps its limit."""
+"""The figures, what they are compared with, and whether they keep their limits."""
 
 import dataclasses
 import os
@@ -6,7 +6,7 @@ import statistics
 import time
 
 
-# What the build of --against took, in the same run.
+# The most that this build may cost, as a multiple of the cost of the other build (--against).
 AGAINST_LIMIT = 1.05
 
 
@@ -26,7 +26,7 @@ class Report:
         self._left_out = []
 
     def ratio(self, name, ours, floor, unit, limit=None):
-        """One figure from several rounds: the same unit on both sides."""
+        """Adds a figure from several rounds. Both sides have the same unit."""
         ratio = statistics.median(a / b for a, b in zip(ours, floor, strict=True))
         medians = [f"{number(statistics.median(side))} {unit}" for side in (ours, floor)]
         self._add(Figure(name, *medians, f"{ratio:.2f} times", f"{limit} times" if limit else "",
@@ -42,12 +42,12 @@ class Report:
         self._add(Figure(name, f"{value:.2f} {unit}", "", compared, f"{limit:.2f} {unit}", round(value, 2) <= limit))
 
     def leave_out(self, name, reason):
-        """What could not be measured counts as a limit that was missed."""
+        """Records that a measurement failed. This counts as an exceeded limit."""
         self._left_out.append(f"left out: {name}: {reason}")
         say(self._left_out[-1])
 
     def close(self):
-        """Prints everything once more as one table; says whether all was measured and every limit kept."""
+        """Prints all figures as one table. Returns whether everything was measured and every limit was kept."""
         rows = [("figure", "ours", "beside", "compared", "limit", "")]
         rows += [(f.name, f.ours, f.beside, f.compared, f.limit, "" if not f.limit else "kept" if f.kept else "MISSED")
                  for f in self._figures]
@@ -76,7 +76,7 @@ def say(text):
 
 
 def wait_for_quiet(limit):
-    """Waits for the machine's other work to end, but no longer than `limit` seconds."""
+    """Waits until the machine is quiet, but at most `limit` seconds."""
     deadline = time.monotonic() + limit
     while os.getloadavg()[0] >= 0.5 and time.monotonic() < deadline:
         time.sleep(2)

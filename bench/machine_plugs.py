@@ -1,4 +1,4 @@
-"""Plugs and unplugs in a virtual machine of the system tests, and what came of each."""
+"""Plugs and unplugs a mouse in a virtual machine of the system tests, and collects the measurements."""
 
 import contextlib
 import os
@@ -15,7 +15,7 @@ MACHINES = {BARE: "virtual machine", LAPTOP: "virtual laptop"}
 
 
 def take(plugs, task, first_process=BARE):
-    """What the machine reports of so many plugs; `task` is what it is told besides."""
+    """Returns the machine's reports of this many plugs. `task` is added to the task of the machine."""
     name = MACHINES[first_process]
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-bench-"))
     machine_kernel = kernel.prepare(ROOT / "build" / "vm" / "kernel", say)
@@ -36,12 +36,12 @@ def take(plugs, task, first_process=BARE):
 
 @contextlib.contextmanager
 def before_all_others():
-    """Lets what is started in here run before other processes, which would delay either side by chance."""
+    """Gives this process and those that it starts priority over all others, which could delay either side."""
     usual = os.sched_getscheduler(0), os.sched_getparam(0)
     try:
         os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))
     except PermissionError:
-        say("without the right to run before other processes: only a quiet machine gives true figures")
+        say("no permission to raise the priority: the figures are valid only on a quiet machine")
     try:
         yield
     finally:

@@ -1,6 +1,6 @@
-"""Other programs that live in the tray, as Debian has them, from C with GTK 2 to Python.
+"""Other tray programs from Debian, from C with GTK 2 to Python.
 
-They are installed into a layer over the machine's root, below the build folder: the machine does not change.
+They are installed into an overlay of the machine's root, in the build folder. The machine itself does not change.
 """
 
 import hashlib
@@ -33,13 +33,13 @@ COMMANDS = {
 PACKAGES = [
     "parcellite", "cbatticon", "volumeicon-alsa", "pnmixer", "network-manager-gnome", "pasystray", "gxkb", "qlipper",
     "flameshot", "copyq", "kteatime", "kmix", "solaar", "udiskie", "blueman", "gir1.2-ayatanaappindicator3-0.1",
-    # What stands in for the services without which some show no icon.
+    # These simulate the services without which some programs show no icon.
     "python3-dbusmock", "libglib2.0-bin",
 ]
 
 
 def prepare():
-    """The layer with all of them; kept for as long as the machine has the packages that it has now."""
+    """Returns the folder of the overlay. It is installed again when the packages of the machine have changed."""
     need_root()
     stamp, state = FOLDER / "machine", hashlib.sha256(pathlib.Path("/var/lib/dpkg/status").read_bytes()).hexdigest()
     if not stamp.exists() or stamp.read_text() != state:
@@ -50,7 +50,7 @@ def prepare():
 
 
 def _install():
-    # Start no service: the service manager of the machine would act on it.
+    # Start no services, since the machine's service manager would start them.
     policy = FOLDER / "changes" / "usr" / "sbin" / "policy-rc.d"
     policy.parent.mkdir(parents=True)
     policy.write_text("#!/bin/sh\nexit 101\n")

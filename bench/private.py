@@ -1,4 +1,4 @@
-"""Private places to measure in: beside a udevd and on a desktop of their own. Nothing of it stays on the machine."""
+"""Runs measurements with a private udevd and on a private desktop. Nothing of them remains on the machine."""
 
 import json
 import os
@@ -9,16 +9,16 @@ HERE = pathlib.Path(__file__).resolve().parent
 INSIDE = HERE / "inside"
 WITH_UDEVD = HERE / "instruments" / "with-udevd"
 LAYER = HERE / "instruments" / "layer"
-# Debian's own, which knows the modules of Debian's packages.
+# Debian's interpreter, which finds the modules of Debian's packages.
 PYTHON = ["/usr/bin/python3", "-B"]
 
 
 class CannotRun(Exception):
-    """Why a section gives no figures, in one line."""
+    """A section cannot run; the text says why, in one line."""
 
 
 def run_script(name, task, layer=None):
-    """Runs a script of bench/inside with this task on a private desktop; returns what it reports, line by line."""
+    """Runs a script of bench/inside with this task on a private desktop; returns the JSON objects that it prints."""
     return on_desktop(*PYTHON, INSIDE / name, json.dumps(task), layer=layer)
 
 
@@ -31,7 +31,7 @@ def beside_udevd(*command, layer=None):
     command = [*([LAYER, layer] if layer else []), WITH_UDEVD, *command]
     done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True)
     if done.returncode != 0:
-        raise CannotRun("the private session failed; what it said is above")
+        raise CannotRun("the private session failed; its output is above")
     return [json.loads(line) for line in done.stdout.splitlines()]
 
 

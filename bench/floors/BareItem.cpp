@@ -46,7 +46,7 @@ class Reply {
     sd_bus_message* message_ = nullptr;
 };
 
-// A pad's frame and the line between its buttons, with a bar across where it is muted; the alpha byte comes first.
+// Draws the frame of a pad and the line between its buttons, with a slash if it is muted. The pixels are ARGB.
 std::vector<std::uint8_t> drawn(int size, bool isMuted) {
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size * size) * 4);
     const int left = size / 7, top = size / 5, right = size - left - 1, bottom = size - top - 1, pen = size / 22;
@@ -111,7 +111,7 @@ int BareItem::itemCalled(sd_bus_message* call, void* self, sd_bus_error*) {
         sd_bus_message_close_container(reply);
         return reply.send();
     }
-    // Clicks on the icon: the menu is the panel's to open.
+    // Clicks on the icon have no effect, since the panel opens the menu.
     return sd_bus_message_is_method_call(call, itemInterface, nullptr) > 0 ? Reply(call).send() : 0;
 }
 

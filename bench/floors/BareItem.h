@@ -4,15 +4,15 @@
 
 namespace floors {
 
-// A status item and its menu of eight entries straight over sd-bus: the least that a panel accepts.
+// A status item and its menu of eight entries, directly over sd-bus: the minimum that a panel accepts.
 //
-// It answers what panels ask, each time anew, and keeps nothing. A failing call ends nothing: the measurement shows it.
+// It computes every reply again and caches nothing. It ignores failing calls; they show in the measurement.
 class BareItem {
   public:
     enum Entry { Root, Mute, Hint, Settings, Login, Driver, About, Separator, Quit, EntryCount };
     using Chosen = void (*)(BareItem& item, Entry entry);
 
-    // Asks the panel for a place before anything else happens.
+    // Registers with the panel before it does anything else.
     explicit BareItem(Chosen chosen);
     ~BareItem();
     BareItem(const BareItem&) = delete;

@@ -1,4 +1,4 @@
-// The floor of one change of the flag: a process sleeps until it is sent a byte, and then does nothing but write the
+// The floor of one change of the flag. A process sleeps until it receives a byte, and then does nothing but write the
 // named file. Prints the median of 300 such writes in microseconds, from the wake-up to the closed file.
 
 #include <sys/socket.h>
@@ -18,10 +18,10 @@ using std::chrono::steady_clock;
 
 constexpr int changes = 300;
 
-void writeWhenWoken(int bell, const char* path) {
+void writeWhenWoken(int waker, const char* path) {
     std::vector<double> microseconds;
     char byte = 0;
-    for (bool on = true; ::read(bell, &byte, 1) == 1; on = !on) {
+    for (bool on = true; ::read(waker, &byte, 1) == 1; on = !on) {
         const auto begin = steady_clock::now();
         floors::writeFlag(path, on);
         microseconds.push_back(std::chrono::duration<double, std::micro>(steady_clock::now() - begin).count());
@@ -30,27 +30,27 @@ void writeWhenWoken(int bell, const char* path) {
     std::printf("%.3f\n", microseconds[microseconds.size() / 2]);
 }
 
-void ring(int bell) {
+void wakeRepeatedly(int waker) {
     std::mt19937 random(7);
     for (int i = 0; i < changes; ++i) {
-        // As long apart as in the measurement of ours.
+        // The same pauses as in the measurement of the program.
         std::this_thread::sleep_for(std::chrono::microseconds(2000 + random() % 3000));
-        if (::write(bell, "!", 1) != 1) return;
+        if (::write(waker, "!", 1) != 1) return;
     }
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    int bell[2];
-    if (count != 2 || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, bell) != 0) return 2;
+    int waker[2];
+    if (count != 2 || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, waker) != 0) return 2;
     if (::fork() == 0) {
-        ::close(bell[1]);
-        writeWhenWoken(bell[0], arguments[1]);
+        ::close(waker[1]);
+        writeWhenWoken(waker[0], arguments[1]);
         return 0;
     }
-    ring(bell[1]);
-    ::close(bell[1]);
+    wakeRepeatedly(waker[1]);
+    ::close(waker[1]);
     int status = 0;
     ::wait(&status);
     return status;

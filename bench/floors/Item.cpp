@@ -1,5 +1,5 @@
-// The floor of the whole program at rest: the barest item in the tray, and everything that the program has to hold
-// open: the kernel's events, a connection to the X server with the hot key grabbed, and the flag, written at each
+// The floor of the idle program: the minimal item in the tray, and everything that the program must keep open. This is
+// the kernel's events, a connection to the X server with the hot key grabbed, and the flag. It writes the flag at each
 // change.
 
 #include <linux/netlink.h>
@@ -37,20 +37,20 @@ int openKernelEvents() {
     return events;
 }
 
-bool heardOfHID(int events) {
+bool receivedHIDEvent(int events) {
     char text[8192];
-    bool heard = false;
+    bool received = false;
     for (ssize_t length; (length = ::recv(events, text, sizeof text, 0)) > 0;) {
         const std::string_view event(text, static_cast<std::size_t>(length));
-        heard = heard || event.find("SUBSYSTEM=hid") != std::string_view::npos;
+        received = received || event.find("SUBSYSTEM=hid") != std::string_view::npos;
     }
-    return heard;
+    return received;
 }
 
 template <class T>
 using Malloced = std::unique_ptr<T, decltype(&std::free)>;
 
-// Ctrl+Alt+T, wherever the layout has the letter, and whatever is locked.
+// Grabs Ctrl+Alt+T on every key with this letter, and with any combination of Caps Lock and Num Lock.
 void grabHotKey(xcb_connection_t* x) {
     const xcb_setup_t* setup = xcb_get_setup(x);
     const xcb_window_t root = xcb_setup_roots_iterator(setup).data->root;
@@ -92,7 +92,7 @@ int main() {
                             {events, POLLIN, 0},
                             {xcb_get_file_descriptor(x), POLLIN, 0}};
         ::poll(sources, std::size(sources), -1);
-        if (heardOfHID(events)) switchMuted(item);
+        if (receivedHIDEvent(events)) switchMuted(item);
         if (wasPressed(x)) switchMuted(item);
     }
     return 1;

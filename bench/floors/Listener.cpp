@@ -1,5 +1,5 @@
-// The floor of "plug to flag": writes "on" into the named file when udevd tells of a HID device that has come, "off"
-// when one has gone, and does nothing else. Runs until it is ended.
+// The floor of "plug to flag". It writes "on" into the named file when udevd reports a new HID device, and "off" when
+// udevd reports a removal. It does nothing else. Runs until it is killed.
 
 #include <libudev.h>
 #include <poll.h>

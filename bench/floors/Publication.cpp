@@ -1,6 +1,6 @@
-// The floor of a publication: a record for each device, made from values that are at hand, and the list sorted by keys
-// that were made before: connected devices first, then by name as the environment's language orders them. No device is
-// looked up, nobody is asked whether it is connected, and nobody reads the list.
+// The floor of a publication. It builds a record for each device from prepared values, and sorts the list by cached
+// keys: connected devices first, then by name in the order of the environment's locale. It looks up no device, queries
+// no state, and has no subscriber.
 
 #include <benchmark/benchmark.h>
 
@@ -28,7 +28,7 @@ struct Device {
     std::string key;
 };
 
-// What strcoll would compare, of the name in small letters.
+// Returns the key that orders names like strcoll does, ignoring case.
 std::string sortKey(const std::string& name) {
     std::wstring letters(name.size() + 1, L'\0');
     letters.resize(std::mbstowcs(letters.data(), name.c_str(), letters.size()));
@@ -40,7 +40,7 @@ std::string sortKey(const std::string& name) {
     return key;
 }
 
-// A quarter of them stands disconnected.
+// Returns devices of which a quarter is disconnected.
 std::vector<Device> devices(std::size_t count) {
     std::setlocale(LC_ALL, "");
     std::vector<Device> made;
@@ -73,7 +73,7 @@ void publication(benchmark::State& state) {
 }
 BENCHMARK(publication)->RangeMultiplier(10)->Range(10, 10000)->Unit(benchmark::kMicrosecond);
 
-// One publication more for each device that a start finds.
+// At a start, each device that is found causes one publication.
 void start(benchmark::State& state) {
     const std::vector<Device> all = devices(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state) {

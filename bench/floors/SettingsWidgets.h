@@ -10,8 +10,8 @@
 
 namespace floors {
 
-// What the settings window shows: the same kinds of controls, as many, in a window of the same size. Nothing is behind
-// them.
+// The controls of the settings window: the same kinds and the same number, in a window of the same size. They have no
+// effect.
 class SettingsWidgets : public QWidget {
   public:
     SettingsWidgets() {

@@ -9,7 +9,7 @@
 
 namespace floors {
 
-// The icon and the menu as the toolkit makes them. The caller connects the action of the settings.
+// The icon and the menu from the toolkit. The caller connects the action that opens the settings.
 class ToolkitItem {
   public:
     ToolkitItem() {

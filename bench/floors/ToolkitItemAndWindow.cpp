@@ -1,4 +1,5 @@
-// The toolkit's item, and the barest settings window in the same process: made the first time, then hidden and shown.
+// The toolkit's item and the minimal settings window in one process. The window is created at the first opening, then
+// hidden and shown.
 
 #include <memory>
 
@@ -13,7 +14,7 @@ int main(int count, char** arguments) {
     QObject::connect(item.settings(), &QAction::triggered, [&window] {
         if (!window) window = std::make_unique<floors::SettingsWidgets>();
         window->show();
-        // A window that is there again has to be in front, as ours is.
+        // A window that is shown again must come to the front, as ours does.
         window->raise();
         window->activateWindow();
     });

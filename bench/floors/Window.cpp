@@ -1,4 +1,4 @@
-// The barest settings window as a program of its own, which ends when it is closed.
+// The minimal settings window as a separate program, which exits when the window is closed.
 
 #include <QApplication>
 

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Runs a command on a desktop of its own: an X server, a session bus and a system bus with nobody on them, folders
-that nobody else uses, the folder of the flag, and a driver that counts as active, so that no alert comes up.
+"""Runs a command on a private desktop: an X server, two empty buses and private folders.
 
-Only modules of the standard library are loaded: libraries that measured programs use would be shared with them, and
-count less.
+The desktop also has the flag's folder, and a driver that counts as active, so that no alert appears. This script
+imports only modules of the standard library. It would share the libraries of other modules with the measured programs,
+which would lower their PSS.
 """
 
 import os
@@ -42,7 +42,7 @@ def main():
 
 
 def environment(folder):
-    """Of a program on the desktop, which runs from now on."""
+    """Starts the display and the buses; returns the environment for programs on the desktop."""
     home, runtime = folder / "home", folder / "run"
     for made in (home, runtime):
         made.mkdir(mode=0o700)

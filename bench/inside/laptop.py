@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Inside private mounts: a laptop with a pad and its twin, a person at it who runs the application, and the helper.
+"""Runs in private mounts: a laptop with a pad and its twin, a person who runs the application, and the helper.
 
-Prints what it measures as one JSON object. Sysfs and udev's messages are made up by umockdev's library, so that the
-attribute is a file in memory and what is timed is the daemon's own way.
+Prints the measurements as one JSON object. umockdev's library simulates sysfs and udev's messages. The attribute is a
+file in memory, so only the daemon is measured, not a driver.
 """
 
 import json
@@ -19,7 +19,7 @@ import session
 
 PERSON = 61001
 FLAG = pathlib.Path("/Library/Application Support/ble-kovra/state")
-PATIENCE_SECONDS = 20
+TIMEOUT_SECONDS = 20
 SETTLE_SECONDS = 3
 
 
@@ -29,7 +29,7 @@ def main():
     mount("/Library")
     FLAG.parent.mkdir(parents=True)
     FLAG.write_text("off")
-    application = person_sits_down(folder)
+    application = log_in(folder)
     pads = Pads(folder)
     result = {"changes": changes(world, pads), "memory": memory(world), "idle": idle(world, pads)}
     application.kill()
@@ -41,7 +41,7 @@ def mount(point):
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "none", point], check=True)
 
 
-def person_sits_down(folder):
+def log_in(folder):
     for name, text in [("seats/seat0", f"IS_SEAT0=1\nACTIVE=c1\nACTIVE_UID={PERSON}\nSESSIONS=c1\n"),
                        ("sessions/c1", f"UID={PERSON}\nACTIVE=1\nSTATE=active\nREMOTE=0\nCLASS=user\nSEAT=seat0\n"),
                        ("users/none", ""), ("machines/none", "")]:
@@ -55,13 +55,13 @@ def person_sits_down(folder):
 
 
 class Helper:
-    """The daemon, from its start until it says that it is ready."""
+    """The daemon. The constructor returns when it has reported that it is ready."""
 
     def __init__(self, world, environment=os.environ):
         path = f"{world['folder']}/notify"
         with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as notify:
             notify.bind(path)
-            notify.settimeout(PATIENCE_SECONDS)
+            notify.settimeout(TIMEOUT_SECONDS)
             self._process = subprocess.Popen([world["daemon"]], env={**environment, "NOTIFY_SOCKET": path})
             if notify.recv(100) != b"READY=1":
                 sys.exit("laptop: the helper is not ready")
@@ -78,15 +78,15 @@ class Helper:
 
 
 def until(condition):
-    deadline = time.monotonic() + PATIENCE_SECONDS
+    deadline = time.monotonic() + TIMEOUT_SECONDS
     while not condition():
         if time.monotonic() > deadline:
-            sys.exit("laptop: what was waited for did not happen")
+            sys.exit("laptop: an expected event did not occur in time")
         time.sleep(0.01)
 
 
 class Pads:
-    """A touchpad and its twin, as files."""
+    """A touchpad and its twin, simulated by files."""
 
     def __init__(self, folder):
         self._root = folder / "umockdev"
@@ -124,7 +124,7 @@ class Pads:
 
 
 def write_flag(text):
-    """In place, as the application does."""
+    """Writes the flag in place, as the application does."""
     flag = os.open(FLAG, os.O_WRONLY)
     os.pwrite(flag, text.encode(), 0)
     os.ftruncate(flag, len(text))
@@ -132,7 +132,7 @@ def write_flag(text):
 
 
 def changes(world, pads):
-    """For "on" and "off": from just before the flag is written until the pad's attribute is, in milliseconds."""
+    """Returns the times in milliseconds from just before each write of the flag to the write of the attribute."""
     helper = Helper(world, pads.environment)
     watcher = subprocess.Popen([world["watcher"], pads.attributes[-1]], stdout=subprocess.PIPE, text=True)
     watcher.stdout.readline()
@@ -151,7 +151,7 @@ def changes(world, pads):
 
 
 def memory(world):
-    """PSS in MiB of the helper, of the peers, and of a program that has nothing but libc; one at a time."""
+    """Returns the PSS in MiB of the helper, of the peers, and of a program with libc alone. They run one at a time."""
     helper = Helper(world)
     taken = {"ours": settled_pss(helper.pid)}
     helper.end()
@@ -169,7 +169,7 @@ def settled_pss(pid):
 
 
 def idle(world, pads):
-    """Wake-ups and CPU with nothing to mute, with a pad muted, and beside udevd's other events."""
+    """Measures wake-ups and CPU time while nothing is muted, while a pad is muted, and during unrelated udev events."""
     taken = {}
     helper = Helper(world, pads.environment)
     time.sleep(SETTLE_SECONDS)

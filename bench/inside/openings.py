@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Inside a private session: opens and closes the settings window many times, and watches what it costs.
+"""Runs in a private session: opens and closes the settings window many times, and measures the cost.
 
-Prints one JSON object. The window is opened as a second start of the program does it, and closed as its frame does.
+Prints one JSON object. A second start of the program opens the window; the close button of its frame closes it.
 """
 
 import json
@@ -16,9 +16,9 @@ from Xlib.protocol import event
 import processes
 from tray_host import TrayHost
 
-PATIENCE_SECONDS = 20
-# Longer than the window process is kept after its last window.
-GONE_SECONDS = 60
+TIMEOUT_SECONDS = 20
+# Longer than the window process stays after its last window was closed.
+END_SECONDS = 60
 TITLE = "BLE-kovra"
 
 
@@ -47,7 +47,7 @@ def measured(program, openings, idle_seconds):
     time.sleep(1)
     same = [resident.pid, *children(resident.pid)] == pids
     result["last"] = processes.memory(pids) if same else None
-    time.sleep(GONE_SECONDS)
+    time.sleep(END_SECONDS)
     result["processes_after"] = 1 + len(children(resident.pid))
     result["after"] = processes.memory([resident.pid])
     resident.terminate()
@@ -73,16 +73,16 @@ def shown_window(screen):
         try:
             if window.get_wm_name() == TITLE and window.get_attributes().map_state == X.IsViewable:
                 return window
-        except Exception:  # a window that went meanwhile
+        except Exception:  # the window has been destroyed in the meantime
             continue
     return None
 
 
 def wait_for(condition, what):
-    deadline = time.monotonic() + PATIENCE_SECONDS
+    deadline = time.monotonic() + TIMEOUT_SECONDS
     while (found := condition()) in (None, False):
         if time.monotonic() > deadline:
-            sys.exit(f"openings: waited {PATIENCE_SECONDS} s in vain for {what}")
+            sys.exit(f"openings: timed out after {TIMEOUT_SECONDS} s waiting for {what}")
         time.sleep(0.02)
     return found
 

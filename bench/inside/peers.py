@@ -1,6 +1,8 @@
 #!/usr/bin/python3
-"""Inside a private session: what other programs in the tray cost, with what they need to show an icon at all: a
-battery, and somebody on the bus in the place of BlueZ, UDisks and the notifications."""
+"""Runs in a private session: measures other tray programs.
+
+Some of them need a battery, BlueZ, UDisks or a notification service to show an icon, so these are simulated.
+"""
 
 import json
 import pathlib
@@ -17,17 +19,17 @@ UDISKS = ["org.freedesktop.UDisks2", "/org/freedesktop/UDisks2", "org.freedeskto
 
 
 def main():
-    put_in_battery()
-    stand_in("--system", "org.bluez", "--template", "bluez5")
-    stand_in("--session", "org.freedesktop.Notifications", "--template", "notification_daemon")
-    stand_in("--system", UDISKS[0], "--is-object-manager", *UDISKS)
+    add_battery()
+    simulate("--system", "org.bluez", "--template", "bluez5")
+    simulate("--session", "org.freedesktop.Notifications", "--template", "notification_daemon")
+    simulate("--system", UDISKS[0], "--is-object-manager", *UDISKS)
     subprocess.run(["gdbus", "call", "--system", "--dest", UDISKS[0], "--object-path", UDISKS[1], "--method",
                     "org.freedesktop.DBus.Mock.AddObject", f"{UDISKS[1]}/Manager", f"{UDISKS[2]}.Manager",
                     "{'Version': <'2.9.4'>}", "[]"], stdout=subprocess.DEVNULL, check=True)
     print(json.dumps(measure(json.loads(sys.argv[1]))))
 
 
-def put_in_battery():
+def add_battery():
     subprocess.run(["mount", "-t", "tmpfs", "none", POWER], check=True)
     battery = POWER / "BAT0"
     battery.mkdir()
@@ -35,7 +37,7 @@ def put_in_battery():
         (battery / name).write_text(f"{value}\n")
 
 
-def stand_in(bus, name, *what):
+def simulate(bus, name, *what):
     subprocess.Popen([sys.executable, "-m", "dbusmock", bus, *what], stdin=subprocess.DEVNULL,
                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     subprocess.run(["gdbus", "wait", bus, "--timeout", "20", name], check=True)

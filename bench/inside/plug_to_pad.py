@@ -1,7 +1,7 @@
-"""Inside the virtual laptop: plugs and unplugs the chosen mouse again and again and reports when the touchpad followed.
+"""Runs on the virtual laptop: plugs and unplugs the chosen mouse repeatedly, and reports when the touchpad followed.
 
-The packages are installed and the helper runs under its unit. All moments are the kernel's own: of the mouse's coming
-and going, and of each write of the touchpad's attribute. Reported are seconds.
+The packages are installed and the helper runs under its unit. All times are the kernel's own: when the mouse is added
+or removed, and when the touchpad's attribute is written. The reports are in seconds.
 """
 
 from laptop import GRACE, Laptop

@@ -1,4 +1,4 @@
-"""What processes take: CPU time, memory, wake-ups. Each is the sum over all those whose numbers are given."""
+"""The CPU time, memory and wake-ups of processes. Each figure is the sum over the given processes."""
 
 import pathlib
 import re
@@ -6,15 +6,15 @@ import time
 
 
 def cpu_time(pid):
-    """In nanoseconds; 0 of one that has ended."""
+    """Returns the CPU time in nanoseconds; 0 if the process has ended."""
     try:
-        return time.clock_gettime_ns((~pid << 3) | 2)  # the clock of that process's CPU time
+        return time.clock_gettime_ns((~pid << 3) | 2)  # the ID of that process's CPU clock
     except OSError:
         return 0
 
 
 def memory(pids, kind="Pss"):
-    """In MiB; of the kind that the kernel calls so."""
+    """Returns the memory in MiB; `kind` is a field of smaps_rollup."""
     rollups = (pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text() for pid in pids)
     return sum(int(re.search(rf"^{kind}:\s+(\d+) kB", rollup, re.M).group(1)) for rollup in rollups) / 1024
 
@@ -24,18 +24,18 @@ def threads(pids):
 
 
 class Watch:
-    """What they take from now on; what has ended when that is asked does not count."""
+    """Measures the processes from its construction on. Processes that have ended do not count."""
 
     def __init__(self, pids):
         self._pids = pids
         self._cpu, self._switches = self._cpu_times(), self._voluntary_switches()
 
     def cpu(self):
-        """In milliseconds."""
+        """Returns the CPU time in milliseconds."""
         return sum(time - self._cpu[pid] for pid, time in self._cpu_times().items() if time) / 1e6
 
     def wake_ups(self):
-        """How often a thread has slept and been woken."""
+        """Returns the number of voluntary context switches of all threads."""
         return sum(count - self._switches.get(thread, 0) for thread, count in self._voluntary_switches().items())
 
     def _cpu_times(self):

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Inside a private session: starts the program and the floor in turn, then watches the program idle.
+"""Runs in a private session: starts the program and the floor in turn, then measures the idle program.
 
-Prints one JSON object a line. The first evaluation shows from outside as the first write of the flag file; the floor is
-that far when it asks for its place in the tray.
+Prints one JSON object per line. The first write of the flag file shows that the program has made its first evaluation.
+The start of the floor ends when it registers with the tray.
 """
 
 import ctypes
@@ -21,7 +21,7 @@ from tray_host import TrayHost
 FLAG_FOLDER = b"/Library/Application Support/ble-kovra"
 WATCHER = "org.kde.StatusNotifierWatcher"
 IN_CLOSE_WRITE = 0x08
-PATIENCE_SECONDS = 20
+TIMEOUT_SECONDS = 20
 SETTLE_SECONDS = 3
 NETLINK_KOBJECT_UEVENT, UDEV_GROUP = 15, 2
 
@@ -34,16 +34,16 @@ def main():
 
 
 def starts(programs, rounds):
-    flag, tray = FlagWritten(), TrayAsked()
-    bells = {name: tray if name == "floor" else flag for name in programs}
+    flag, tray = FlagWrite(), TrayRegistration()
+    events = {name: tray if name == "floor" else flag for name in programs}
     for _ in range(rounds):
         for name, program in programs.items():
-            report(kind="start", program=name, **measured_start(program, bells[name]))
+            report(kind="start", program=name, **measured_start(program, events[name]))
     tray.close()
 
 
 def idling(program, seconds):
-    started = Started(program, FlagWritten())
+    started = Started(program, FlagWrite())
     time.sleep(SETTLE_SECONDS)
     for foreign in (False, True):
         report(kind="idle", **measured_idle(started.pid, seconds, foreign))
@@ -54,7 +54,7 @@ def report(**what):
     print(json.dumps(what), flush=True)
 
 
-class FlagWritten:
+class FlagWrite:
     """Fires when a process closes the flag file after writing."""
 
     def __init__(self):
@@ -63,20 +63,20 @@ class FlagWritten:
         if libc.inotify_add_watch(self.descriptor, FLAG_FOLDER, IN_CLOSE_WRITE) < 0:
             sys.exit("session: the flag's folder cannot be watched")
 
-    def rang(self):
+    def has_fired(self):
         return bool(os.read(self.descriptor, 65536))
 
 
-class TrayAsked:
+class TrayRegistration:
     """Fires when a program registers with the tray."""
 
     def __init__(self):
         self._monitor = subprocess.Popen(["dbus-monitor", f"interface='{WATCHER}'"], stdout=subprocess.PIPE)
         self.descriptor = self._monitor.stdout.fileno()
-        # It begins by telling of itself.
-        select.select([self.descriptor], [], [], PATIENCE_SECONDS)
+        # dbus-monitor first prints messages about its own connection.
+        select.select([self.descriptor], [], [], TIMEOUT_SECONDS)
 
-    def rang(self):
+    def has_fired(self):
         return b"RegisterStatusNotifierItem" in os.read(self.descriptor, 65536)
 
     def close(self):
@@ -87,21 +87,21 @@ class TrayAsked:
 class Started:
     """Runs a program from its exec until the event fires; `cpu` is its CPU time until then, in nanoseconds."""
 
-    def __init__(self, program, bell):
-        while select.select([bell.descriptor], [], [], 0.2)[0]:
-            bell.rang()
+    def __init__(self, program, event):
+        while select.select([event.descriptor], [], [], 0.2)[0]:
+            event.has_fired()
         # The shell waits for a byte, so that its own start does not count.
         self._process = subprocess.Popen(["/bin/sh", "-c", 'read -r go && exec "$0"', program], stdin=subprocess.PIPE)
         time.sleep(0.2)
         self._before = processes.cpu_time(self.pid)
         self._process.stdin.write(b"go\n")
         self._process.stdin.flush()
-        deadline = time.monotonic() + PATIENCE_SECONDS
+        deadline = time.monotonic() + TIMEOUT_SECONDS
         while True:
-            if not select.select([bell.descriptor], [], [], max(0, deadline - time.monotonic()))[0]:
+            if not select.select([event.descriptor], [], [], max(0, deadline - time.monotonic()))[0]:
                 sys.exit(f"session: {os.path.basename(program)} was not seen to start")
             self.cpu = self.cpu_so_far()
-            if bell.rang():
+            if event.has_fired():
                 return
 
     @property
@@ -116,8 +116,8 @@ class Started:
         self._process.wait()
 
 
-def measured_start(program, bell):
-    started = Started(program, bell)
+def measured_start(program, event):
+    started = Started(program, event)
     time.sleep(SETTLE_SECONDS)
     result = {"cpu": started.cpu / 1e6, "rest": started.cpu_so_far() / 1e6,
               "pss": processes.memory([started.pid]),
@@ -130,15 +130,15 @@ def measured_idle(pid, seconds, foreign):
     udev_events = socket.socket(socket.AF_NETLINK, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK, NETLINK_KOBJECT_UEVENT)
     udev_events.bind((0, UDEV_GROUP))
     misc = next(pathlib.Path("/sys/class/misc").glob("*/uevent")) if foreign else None
-    watch, heard, begin = processes.Watch([pid]), 0, time.monotonic()
+    watch, received, begin = processes.Watch([pid]), 0, time.monotonic()
     while (past := time.monotonic() - begin) < seconds:
         if misc:
             misc.write_text("change")
         time.sleep(0.1 if misc else seconds - past)
-        heard += drained(udev_events)
-    if misc and heard == 0:
-        sys.exit("session: udevd told of no foreign event")
-    return {"seconds": past, "foreign": heard / past, "wakeups": watch.wake_ups() / past, "cpu": watch.cpu()}
+        received += drained(udev_events)
+    if misc and received == 0:
+        sys.exit("session: udevd passed on no foreign event")
+    return {"seconds": past, "foreign": received / past, "wakeups": watch.wake_ups() / past, "cpu": watch.cpu()}
 
 
 def drained(events):

@@ -1,11 +1,16 @@
 #!/usr/bin/python3
-"""Inside a private session: what programs that live in the tray cost. They take turns, after one start each that does
-not count.
+"""Runs in a private session: measures tray programs in turn. The first start of each does not count.
 
-Reads as JSON which programs ("programs": name and command), how many rounds, in how many of these memory and idling are
-looked at ("deep"), for how long ("idle"), which entry of the menu opens a window, if that is measured ("open"), and for
-how long each start may wait for a quiet machine ("calm"). Prints as JSON for each program what each of its rounds gave,
-and why it showed no icon if it did not.
+Reads its task as JSON:
+
+  programs   the name and the command of each program
+  rounds     the number of rounds
+  deep       the number of rounds that also measure memory and the idle cost
+  idle       the duration of the idle measurement in seconds
+  open       the menu entry that opens a window, if this is to be measured
+  calm       how long each start may wait for a quiet machine, in seconds
+
+Prints as JSON the measurements of each program by round, and the reason for each program that showed no icon.
 """
 
 import json
@@ -23,7 +28,7 @@ from tray_host import TrayHost
 
 START_LIMIT_SECONDS = 15
 SETTLE_SECONDS = 3
-# Of the machine's CPUs, in use by others.
+# A machine is quiet if other processes use at most this share of its CPUs.
 CALM_SHARE = 0.15
 
 
@@ -59,14 +64,14 @@ class Cost:
         self._task, self._host, self._folder = task, host, folder
 
     def try_first(self, name):
-        """A start that does not count: much of it comes from the disk."""
+        """Starts the program once without counting, since the first start reads much from the disk."""
         try:
             self.of(name, is_deep=False)
         except NoIcon:
             pass
 
     def of(self, name, is_deep):
-        """One start of this program, and all that is measured of it."""
+        """Starts the program once; returns its measurements."""
         wait_for_calm(self._task["calm"])
         self._host.forget()
         home = self._folder / name
@@ -89,7 +94,7 @@ class Cost:
         return taken | {"wakeups": watch.wake_ups() / self._task["idle"], "idle": watch.cpu()}
 
     def _openings(self, program, is_deep):
-        """The first opening of the window and the second, in milliseconds from the choice to the first drawing."""
+        """Opens the window twice; returns the times from the choice to the first drawing, in milliseconds."""
         taken = {}
         for which in ("first", "second"):
             self._host.say("choose", self._task["open"])
@@ -127,7 +132,7 @@ class Program:
         return self
 
     def start(self):
-        """From its exec until its icon asks for a place: time and CPU time in milliseconds."""
+        """Returns the time and the CPU time from exec until the icon registers, in milliseconds."""
         self._process.stdin.write(b"!")
         self._process.stdin.close()
         moment, own_cpu = map(int, self._process.stdout.readline().split())

@@ -1,4 +1,4 @@
-"""The panel of the private session, as the scripts that run there speak to it."""
+"""The connection of the scripts in the private session to its panel."""
 
 import collections
 import os
@@ -6,14 +6,14 @@ import select
 import subprocess
 import time
 
-PATIENCE_SECONDS = 10
+TIMEOUT_SECONDS = 10
 
-# `moment` in nanoseconds of CLOCK_MONOTONIC; `words` are what comes with it.
+# `moment` is in nanoseconds of CLOCK_MONOTONIC; `words` are the arguments of the event.
 Event = collections.namedtuple("Event", "moment kind words")
 
 
 class TrayHost:
-    """Use as a context manager. What a command brings about is asked for with `wait`."""
+    """Use as a context manager. `wait` returns the events that a command causes."""
 
     def __init__(self, program):
         self._process = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
@@ -32,15 +32,15 @@ class TrayHost:
         self._process.stdin.write(" ".join(map(str, words)).encode() + b"\n")
         self._process.stdin.flush()
 
-    def wait(self, *kinds, seconds=PATIENCE_SECONDS):
-        """The next event of one of these kinds, or None; those before it are forgotten."""
+    def wait(self, *kinds, seconds=TIMEOUT_SECONDS):
+        """Returns the next event of one of these kinds, or None. Discards the events before it."""
         deadline = time.monotonic() + seconds
         while (event := self._next(deadline)) and event.kind not in kinds:
             pass
         return event
 
     def forget(self):
-        """What has been told so far."""
+        """Discards all events that have been received."""
         while self._next(time.monotonic()):
             pass
 

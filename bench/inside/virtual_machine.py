@@ -1,7 +1,7 @@
-"""Inside the virtual machine: plugs the chosen mouse again and again and reports when the flag said so.
+"""Runs in the virtual machine: plugs the chosen mouse repeatedly, and reports when the flag was written.
 
-A bare listener hears of the same plugs and writes a file of its own. One watcher, outside of both, takes the moments of
-both writes. Reported are the seconds since the kernel's event.
+A minimal listener receives the same events and writes its own file. A separate watcher records the times of both
+writes. The reports are in seconds since the kernel's event.
 """
 
 import subprocess
@@ -28,7 +28,7 @@ def play(host, task):
         mouse = world.plug(NAME)
         on = writes(watcher)
         host.report("plugged", ours=on[OURS] - mouse.added, floor=on[LISTENER] - mouse.added)
-        # Two seconds until "off", in which udevd comes to rest as well.
+        # The flag becomes "off" after two seconds. Until then udevd has become idle, too.
         mouse.unplug()
         writes(watcher)
     for process in (watcher, listener):
@@ -36,7 +36,7 @@ def play(host, task):
 
 
 def writes(watcher):
-    """The moment of the next write of each file."""
+    """Returns the time of the next write of each file."""
     moments = {}
     while len(moments) < 2:
         name, moment = watcher.next()
@@ -46,7 +46,7 @@ def writes(watcher):
 
 
 class Lines:
-    """A running program that reports by lines."""
+    """A running program and the lines that it prints."""
 
     def __init__(self, *command):
         self._process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)

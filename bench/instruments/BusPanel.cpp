@@ -25,8 +25,8 @@ int isZero(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply
     return sd_bus_message_append(reply, "i", 0);
 }
 
-// Calls `use` with the name of each property of the dictionary that comes next; it reads the value, or says that it has
-// not.
+// Calls `use` with the name of each property in the dictionary that follows. `use` reads the value and returns true, or
+// returns false to skip it.
 template <class Use>
 void forEachProperty(sd_bus_message* message, Use use) {
     sd_bus_message_enter_container(message, 'a', "{sv}");
@@ -55,7 +55,7 @@ void readEntry(sd_bus_message* layout, std::map<std::string, int>& entries) {
     sd_bus_message_read(layout, "i", &number);
     std::string label;
     forEachProperty(layout, [&](std::string_view name) { return name == "label" && readText(layout, "s", label); });
-    std::erase(label, '_');  // Before the letter that chooses it.
+    std::erase(label, '_');  // underscores mark mnemonics
     entries[label] = number;
     sd_bus_message_enter_container(layout, 'a', "v");
     while (sd_bus_message_enter_container(layout, 'v', "(ia{sv}av)") > 0) {
@@ -171,7 +171,7 @@ sd_bus_message* BusPanel::layoutQuestion() const {
 }
 
 void BusPanel::choose(const std::string& title) {
-    // Panels say that they are about to show a menu, and read it again.
+    // Like a panel, announce that the menu will be shown, and read it again.
     sd_bus_call_method(bus_, name_.c_str(), menu_.c_str(), menuInterface, "AboutToShow", nullptr, nullptr, "i", 0);
     sd_bus_message* question = layoutQuestion();
     sd_bus_message* reply = nullptr;

@@ -10,8 +10,8 @@
 
 namespace bench {
 
-// A panel on the session bus: watcher and host of status items. It reads an item's properties and menu as panels do, so
-// that no item is credited which cannot deliver them, and chooses entries as a person would. Tells when an item
+// A panel on the session bus: the watcher and the host of status items. Like real panels, it reads the properties and
+// the menu of an item, so that an item must deliver them. It chooses entries as a user would, and reports when an item
 // registers.
 class BusPanel {
   public:
@@ -21,10 +21,10 @@ class BusPanel {
     BusPanel& operator=(const BusPanel&) = delete;
 
     sd_bus* bus() const { return bus_; }
-    // Answers what has come in; false when the bus is gone.
+    // Handles pending messages. Returns false after the bus has disconnected.
     bool answer();
-    // Opens the menu of the item that registered last, and chooses the entry of this title. Tells when, or that there
-    // is none.
+    // Opens the menu of the item that registered last, and chooses the entry with this title. Reports when it has done
+    // so, or that there is no such entry.
     void choose(const std::string& title);
 
   private:
@@ -41,7 +41,7 @@ class BusPanel {
     const Subject& subject_;
     sd_bus* bus_ = nullptr;
     std::vector<std::string> items_;
-    // Of the item that registered last.
+    // These belong to the item that registered last.
     std::string name_;
     std::string menu_;
     std::map<std::string, int> entries_;

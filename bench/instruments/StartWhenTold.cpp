@@ -1,6 +1,5 @@
-// start-when-told COMMAND...: waits for a byte on the standard input, prints the moment and the CPU time that it has
-// taken itself, both in nanoseconds, and becomes the command. So a program that watches the process knows it before the
-// command starts.
+// start-when-told COMMAND...: waits for a byte on standard input, prints the time and its own CPU time, both in
+// nanoseconds, and executes the command. A program that observes the process thus knows it before the command starts.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,7 +11,7 @@
 int main(int count, char** arguments) {
     char byte = 0;
     if (count < 2 || ::read(STDIN_FILENO, &byte, 1) != 1) return 2;
-    // As a desktop starts programs: nothing comes in, and what they say goes to the log.
+    // Like a desktop, give the program empty input, and a log for its output.
     const int nothing = ::open("/dev/null", O_RDONLY);
     ::dup2(nothing, STDIN_FILENO);
     ::close(nothing);

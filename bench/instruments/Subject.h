@@ -6,11 +6,12 @@
 
 namespace bench {
 
-// The program that is measured: its first process, and all that have this word in their environment.
+// The measured program: its first process, and all processes that have this word in their environment.
 class Subject {
   public:
     void set(pid_t process, std::string word);
-    // Of all its processes. The first one's is read at once, for the others have to be looked for.
+    // Returns the CPU time of all its processes. Reads that of the first one at once, before it searches for the
+    // others.
     long long cpuTimeSoFar() const;
 
   private:

@@ -4,7 +4,7 @@
 
 namespace bench {
 
-// One line for whoever measures: the moment in nanoseconds of CLOCK_MONOTONIC, and what happened then.
+// Prints an event as one line: its time in nanoseconds of CLOCK_MONOTONIC, and what happened.
 template <class... Values>
 void tell(long long moment, const char* format, Values... values) {
     std::printf("%lld ", moment);

@@ -1,11 +1,11 @@
-// A panel of the private session in which programs are measured. Takes one command a line:
+// The panel of the private session in which programs are measured. It reads one command per line:
 //
-//     subject PID WORD   the program that is measured from now on (see Subject.h)
+//     subject PID WORD   sets the measured program (see Subject.h)
 //     choose TITLE       chooses this entry of its menu
 //     close              closes its newest window
 //
-// and tells one event a line (see Tell.h): "subject" when it knows it, "registered CPU" when its icon asks for a place,
-// "chosen" or "no-entry", "mapped", "painted", "gone". It ends with its standard input.
+// It prints one event per line (see Tell.h): "ready", "subject", "registered CPU" when an icon registers, "chosen" or
+// "no-entry", "mapped", "painted", "gone". It exits at the end of its standard input.
 
 #include <poll.h>
 #include <unistd.h>
@@ -31,7 +31,7 @@ int main() {
                             {screen.descriptor(), POLLIN, 0}};
         ::poll(sources, std::size(sources), -1);
         if (sources[0].revents == 0) continue;
-        // The next line is asked for only when this one has been dealt with, so none waits in a buffer.
+        // The tools send the next command only after an event of this one, so no line waits in the buffer of std::cin.
         std::string line, command, rest;
         if (!std::getline(std::cin, line)) return 0;
         std::istringstream words(line);

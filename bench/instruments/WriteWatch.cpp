@@ -1,5 +1,5 @@
-// Prints a line for each time that somebody closes one of the named files after writing: which one, counted from 0, and
-// the moment in seconds of CLOCK_MONOTONIC. The files must be there. Runs until it is ended.
+// Prints a line each time that a process closes one of the named files after writing: the index of the file, and the
+// time in seconds of CLOCK_MONOTONIC. The files must exist. Runs until it is killed.
 
 #include <sched.h>
 #include <sys/inotify.h>
@@ -9,7 +9,7 @@
 #include <ctime>
 
 int main(int count, char** arguments) {
-    // Before everybody else, so that the moments are the true ones.
+    // Run before all other processes, so that the times are accurate.
     const sched_param priority{10};
     const int watch = ::inotify_init1(IN_CLOEXEC);
     if (watch < 0 || ::sched_setscheduler(0, SCHED_FIFO, &priority) != 0) return 1;

@@ -109,7 +109,7 @@ void XScreen::watchForWindow() {
     hasCome_ = false;
     drawings_ = xcb_generate_id(x_);
     xcb_damage_create(x_, drawings_, screen_->root, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-    // The report of the whole screen that this begins with is dealt with before anything is drawn.
+    // Discard the initial report, which covers the whole screen, before anything is drawn.
     malloced(xcb_get_input_focus_reply(x_, xcb_get_input_focus(x_), nullptr));
     answer();
 }
@@ -127,7 +127,7 @@ void XScreen::windowCame(const xcb_map_notify_event_t& event) {
 }
 
 void XScreen::windowWent(const xcb_unmap_notify_event_t& event) {
-    // Toolkits send one more, for window managers.
+    // Toolkits also send a synthetic event, for window managers.
     const bool isSent = (event.response_type & 0x80) != 0;
     if (event.window == newest_ && !isSent) tell(now(), "gone");
 }

@@ -21,9 +21,9 @@ class XScreen {
     int descriptor() const { return xcb_get_file_descriptor(x_); }
     // Handles pending events. Returns false after the server has disconnected.
     bool answer();
-    // Tells of the next window when it is there and when something has been drawn into it.
+    // Reports when the next window is mapped, and when something is first drawn into it.
     void watchForWindow();
-    // Closes the window that came last, as its frame does.
+    // Closes the newest window, like the close button of its frame.
     void closeWindow();
 
   private:
@@ -42,8 +42,8 @@ class XScreen {
     xcb_window_t newest_ = 0;
     xcb_atom_t trayRequest_ = 0;
     std::uint8_t damageNotify_ = 0;
-    // Of the whole screen, while a window is waited for; a new one of the window itself would come too late for what is
-    // drawn at once, and begins with a report of all that was there before.
+    // Watches the whole screen. A damage object of the new window itself would be created too late for the first
+    // drawing, and would first report the existing contents.
     xcb_damage_damage_t drawings_ = 0;
     bool hasCome_ = false;
 };

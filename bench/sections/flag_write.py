@@ -1,5 +1,8 @@
-"""One change of the flag: the median of 300 after a short sleep each, beside the fewest calls that do it in place: in a
-process that does nothing else, and in the same process as ours."""
+"""One change of the flag: the median of 300, each after a short sleep.
+
+It is compared with the fewest system calls that change the file in place. These are measured twice: in a process that
+does nothing else, and in the same process as ours.
+"""
 
 import os
 import subprocess

@@ -1,6 +1,6 @@
-"""The privileged helper: from the flag to the muted pad, its memory, and what it costs while nothing happens.
+"""The privileged helper: the time from the flag to the muted pad, its memory, and its idle cost.
 
-The daemon itself, in private mounts, with pads that are files in memory and a user who does not exist on the machine.
+The real daemon runs in private mounts, with simulated pads and a user who does not exist on the machine.
 """
 
 import json
@@ -13,7 +13,7 @@ import private
 from figures import say
 
 MOUNT_POINT = pathlib.Path("/Library")
-# Debian's smallest daemons that do a comparable job; fetched, and started from where they are unpacked.
+# The smallest daemons in Debian with a comparable job. They are downloaded, unpacked and started in place.
 PEERS = {"acpid": ["usr/sbin/acpid", "-f", "-c", "etc/acpi/events", "-s", "/run/acpid.socket"],
          "irqbalance": ["usr/sbin/irqbalance", "-f"]}
 
@@ -22,7 +22,7 @@ def run(report, tools, changes, idle_seconds):
     private.need_root()
     with tempfile.TemporaryDirectory(prefix="kovra-bench-", dir="/dev/shm") as folder:
         results = measured(tools, folder, changes, idle_seconds, fetched(folder, report))
-    for word, moments in [("on", "muted"), ("off", "given back")]:
+    for word, moments in [("on", "muted"), ("off", "unmuted")]:
         times = sorted(results["changes"][word])
         report.at_most(f"flag to {moments}, median of {len(times)}", statistics.median(times), 1, "ms")
         report.plain("the same, 99th percentile", f"{times[int(len(times) * 0.99)]:.2f} ms")
@@ -52,7 +52,7 @@ def measured(tools, folder, changes, idle_seconds, peers):
 
 
 def fetched(folder, report):
-    """The commands of the peers that could be fetched."""
+    """Downloads the peers; returns the commands of those that are available."""
     commands = {}
     for name, (program, *arguments) in PEERS.items():
         place = pathlib.Path(folder) / name

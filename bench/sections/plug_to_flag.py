@@ -1,4 +1,4 @@
-"""Plug to flag in the virtual machine of the system tests, beside a bare listener that hears of the same plugs."""
+"""Plug to flag in the virtual machine of the system tests, beside a minimal listener for the same events."""
 
 import statistics
 

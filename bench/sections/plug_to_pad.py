@@ -1,4 +1,4 @@
-"""Plug to dead touchpad, and removal to living one, on the virtual laptop of the system tests."""
+"""From plugging the mouse to the muted touchpad, and from removing it to the unmuted one, on the virtual laptop."""
 
 import statistics
 
@@ -9,7 +9,7 @@ from machine import LAPTOP
 
 def run(report, plugs):
     samples = machine_plugs.take(plugs, {"packages": built_packages.paths()}, LAPTOP)
-    for name, key in [("plug to dead touchpad", "dead"), ("removal to living touchpad, less the 2.0 s", "back")]:
+    for name, key in [("plug to muted touchpad", "dead"), ("removal to unmuted touchpad, less the 2.0 s", "back")]:
         taken = sorted(sample[key] * 1e3 for sample in samples)
         report.plain(f"{name}, median", f"{statistics.median(taken):.1f} ms")
         report.plain(f"{name}, 99th percentile", f"{taken[(len(taken) * 99 - 1) // 100]:.1f} ms")

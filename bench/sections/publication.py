@@ -1,8 +1,8 @@
-"""One publication of the device list at growing sizes, and those of a start with 1,000 devices attached.
+"""One publication of the device list at several sizes, and all publications of a start with 1,000 devices.
 
-The floor makes the records and sorts them by kept keys. Ours is the whole event: the device looked up, who is connected
-asked for each device, the list made, sorted and handed over; at a start also the keys made. Both sides: the least of
-seven.
+The floor only builds the records and sorts them by cached keys. Ours handles the whole event: it finds the device,
+determines the state of each device, builds and sorts the list, and passes it on. At a start it also creates the sort
+keys. On both sides the minimum of seven repetitions counts.
 """
 
 import os
@@ -36,12 +36,12 @@ def run(report, tools, rounds):
 
 
 def environment(folder):
-    """For programs that speak the language; its locale is made in the folder."""
+    """Builds the locale in the folder; returns an environment that uses it."""
     locale = pathlib.Path(folder) / f"{LANGUAGE}.UTF-8"
-    # It ends with 1 after mere warnings about the locale's source.
+    # localedef also exits with status 1 after warnings about the source of the locale.
     made = subprocess.run(["localedef", "-i", LANGUAGE, "-f", "UTF-8", locale], capture_output=True, text=True)
     if not locale.is_dir():
-        raise CannotRun(f"no locale {LANGUAGE} could be made (package locales): {made.stderr[:200]}")
+        raise CannotRun(f"the locale {LANGUAGE} could not be built (package locales): {made.stderr[:200]}")
     return dict(os.environ, LOCPATH=folder, LC_ALL=locale.name)
 
 

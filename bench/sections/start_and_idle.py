@@ -1,4 +1,4 @@
-"""The start of the program, and what it costs while nothing happens to it, in a private session."""
+"""The start of the program and its idle cost, in a private session."""
 
 import private
 

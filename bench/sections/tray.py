@@ -1,4 +1,4 @@
-"""From the start to the icon in the tray, and what showing it costs, beside the floors, in a private session."""
+"""The time and cost from the start to the icon in the tray, and the idle cost, beside the floors."""
 
 import statistics
 
@@ -26,7 +26,7 @@ def run(report, tools, rounds, idle_seconds):
 
 
 def measure(tools, beside, rounds, idle_seconds, opened=None):
-    """What each round gave, of ours, of the other build, and of these commands."""
+    """Returns the measurements of each round for our builds and for these commands."""
     measured = cost(tools, beside, "tray_cost.py", rounds=rounds, deep=2, idle=idle_seconds, open=opened)
     for name, reason in measured["failed"].items():
         raise private.CannotRun(f"{name}: {reason}")
@@ -42,7 +42,7 @@ def cost(tools, beside, script, layer=None, **task):
 
 
 def pairs(taken, key, one, other):
-    """The figures of both, of the rounds in which it was taken."""
+    """Returns this figure of both programs, from the rounds in which it was measured."""
     both = [(a[key], b[key]) for a, b in zip(taken[one], taken[other], strict=True) if key in a and key in b]
     return [a for a, _ in both], [b for _, b in both]
 

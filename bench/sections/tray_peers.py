@@ -1,4 +1,4 @@
-"""From the start to the icon in the tray, and what showing it costs, beside other programs that live there."""
+"""The time and cost from the start to the icon in the tray, and the idle cost, beside other tray programs."""
 
 import peers
 from tray import cost, median

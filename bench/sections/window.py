@@ -1,4 +1,4 @@
-"""Opening the settings window, what it costs while it is open, and what is left of it."""
+"""Opening the settings window, its cost while it is open, and what remains after it is closed."""
 
 import private
 from tray import measure, pairs
@@ -32,12 +32,12 @@ def many_openings(report, tools, idle_seconds):
     report.at_most(f"window open and idle for {idle_seconds:.0f} s: wake-ups", found["wakeups"], 0, "a second")
     report.at_most(f"window open and idle for {idle_seconds:.0f} s: CPU", found["cpu"], 0, "ms")
     if found["last"] is None:
-        raise private.CannotRun("the window process did not outlive its openings")
-    report.ratio(f"PSS after {OPENINGS} openings, beside after the first", [found["last"]], [found["first"]], "MiB",
-                 1.02)
+        raise private.CannotRun("the window process ended before the last opening")
+    report.ratio(f"PSS after {OPENINGS} openings, compared with after the first", [found["last"]], [found["first"]],
+                 "MiB", 1.02)
     report.at_most("60 s after closing: processes", found["processes_after"], 1, "")
-    report.ratio("60 s after closing: PSS, beside before the first opening", [found["after"]], [found["before"]], "MiB",
-                 1.1)
+    report.ratio("60 s after closing: PSS, compared with before the first opening", [found["after"]],
+                 [found["before"]], "MiB", 1.1)
 
 
 def one_change(report, tools):
@@ -54,7 +54,7 @@ def one_change(report, tools):
 
 def many_changes(report, tools):
     [found] = private.on_desktop(tools.many_changes, tools.own.window_program, CHANGES)
-    name = f"private dirty memory of the window process after {CHANGES:,} changes, beside after the first tenth"
+    name = f"private dirty memory of the window process after {CHANGES:,} changes, compared with after the first tenth"
     report.ratio(name, [found["dirty"][-1]], [found["dirty"][0]], "MiB", 1.02)
     for what in ("descriptors", "threads"):
-        report.at_most(f"{what} after closing, more than before", found[what + "_closed"] - found[what], 0, "")
+        report.at_most(f"increase of {what} by closing the window", found[what + "_closed"] - found[what], 0, "")

@@ -64,7 +64,7 @@ std::string describe(const Action& action) {
             return "writes succeed again";
         case Kind::subscribe:
             return "subscriber " + number + " of " + describe(action.property) +
-                   (action.truth ? ", told at once" : "") + ", " + std::to_string(action.times) +
+                   (action.truth ? ", notified at once" : "") + ", " + std::to_string(action.times) +
                    " times: " + describe(action.inner.at(0));
         case Kind::unsubscribe:
             return "unsubscribe " + number;
@@ -73,7 +73,7 @@ std::string describe(const Action& action) {
         case Kind::quit:
             return "quit";
         case Kind::releaseDelegate:
-            return "let go of the delegate";
+            return "release the delegate";
         case Kind::relaunch:
             break;
     }

@@ -118,7 +118,7 @@ Action Life::fromOutside(Kind kind) {
             break;
         case Kind::detach:
             std::erase(attached_, action.number);
-            if (action.number <= interfaces_) lastGone_ = devices_[action.number - 1];
+            if (action.number <= interfaces_) lastRemoved_ = devices_[action.number - 1];
             break;
         case Kind::rename:
             action.text = device().product.value_or("renamed");
@@ -193,7 +193,7 @@ Action Life::relaunch() {
 DeviceDescription Life::model() { return oneIn(4) ? oneOf(models()) : oneOf(favorites_); }
 
 DeviceDescription Life::device() {
-    if (lastGone_ && oneIn(2)) return *lastGone_;
+    if (lastRemoved_ && oneIn(2)) return *lastRemoved_;
     DeviceDescription device = model();
     if (oneIn(4)) device.interfaceCount = 1 + static_cast<int>(below(3));
     if (oneIn(8)) device.registered = !device.registered;

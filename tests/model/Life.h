@@ -47,7 +47,7 @@ class Life {
     std::uint64_t interfaces_ = 0;            // attached so far
     std::vector<DeviceDescription> devices_;  // the device of each interface, by number
     std::vector<std::uint64_t> attached_;     // attached now
-    std::optional<DeviceDescription> lastGone_;
+    std::optional<DeviceDescription> lastRemoved_;
     std::uint64_t subscribers_ = 0;  // made so far
 };
 
