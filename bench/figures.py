@@ -33,7 +33,7 @@ class Report:
                          limit is None or ratio <= limit))
 
     def against_other(self, name, ours, other, unit):
-        self.ratio(f"{name}, beside the other build", ours, other, unit, AGAINST_LIMIT)
+        self.ratio(f"{name}, compared with the other build", ours, other, unit, AGAINST_LIMIT)
 
     def plain(self, name, text):
         self._add(Figure(name, text))
@@ -48,7 +48,7 @@ class Report:
 
     def close(self):
         """Prints all figures as one table. Returns whether everything was measured and every limit was kept."""
-        rows = [("figure", "ours", "beside", "compared", "limit", "")]
+        rows = [("figure", "ours", "compared with", "ratio", "limit", "")]
         rows += [(f.name, f.ours, f.beside, f.compared, f.limit, "" if not f.limit else "kept" if f.kept else "MISSED")
                  for f in self._figures]
         widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
@@ -62,7 +62,7 @@ class Report:
 
     def _add(self, figure):
         self._figures.append(figure)
-        parts = [figure.ours, figure.beside and f"beside {figure.beside}", figure.compared,
+        parts = [figure.ours, figure.beside and f"compared with {figure.beside}", figure.compared,
                  figure.limit and f"limit {figure.limit}", "" if figure.kept else "MISSED"]
         say(f"{figure.name}: " + ", ".join(filter(None, parts)))
 

@@ -30,9 +30,9 @@ def run(report, tools, changes, idle_seconds):
     bare = memory.pop("sleep")
     ours = memory.pop("ours")
     report.plain("PSS", f"{ours:.2f} MiB")
-    report.at_most("PSS more than that of sleep, which has libc alone", ours - bare, 2, "MiB", f"sleep {bare:.2f} MiB")
+    report.at_most("PSS, more than that of sleep, which has libc alone", ours - bare, 2, "MiB", f"sleep {bare:.2f} MiB")
     for name, theirs in memory.items():
-        report.ratio(f"PSS beside {name}", [ours], [theirs], "MiB")
+        report.ratio(f"PSS compared with {name}", [ours], [theirs], "MiB")
     for name, idle in results["idle"].items():
         report.at_most(f"{name} for {idle_seconds:.0f} s: wake-ups", idle["wakeups"], 0, "a second")
         report.at_most(f"{name} for {idle_seconds:.0f} s: CPU", idle["cpu"], 0, "ms")
@@ -61,7 +61,7 @@ def fetched(folder, report):
         done = subprocess.run(["apt-get", "download", name], cwd=place, capture_output=True)
         packages = list(place.glob("*.deb"))
         if done.returncode != 0 or not packages:
-            report.leave_out(f"PSS beside {name}", "apt-get cannot fetch it")
+            report.leave_out(f"PSS compared with {name}", "apt-get cannot fetch it")
             continue
         subprocess.run(["dpkg-deb", "-x", packages[0], place], check=True)
         commands[name] = [str(place / program)] + [str(place / word) if word.startswith("etc/") else word

@@ -16,7 +16,7 @@ def run(report, tools, rounds, idle_seconds):
             ("time to the icon", "icon", "ms", "toolkit-program", 0.35),
             ("PSS with the icon", "pss", "MiB", "item", 3),
             ("private dirty memory with the icon", "dirty", "MiB", "item", 2.5)]:
-        report.ratio(f"{name}, beside floors/{beside}", *pairs(taken, key, "ours", beside), unit, limit)
+        report.ratio(f"{name}, compared with floors/{beside}", *pairs(taken, key, "ours", beside), unit, limit)
         if tools.other and beside == "item":
             report.against_other(name, *pairs(taken, key, "ours", "other"), unit)
     idle = f"idle for {idle_seconds:.0f} s with the icon shown"

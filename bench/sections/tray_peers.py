@@ -22,6 +22,6 @@ def run(report, tools, rounds):
     for what, key, unit, limit in [("CPU to the icon", "cpu", "ms", 0.5), ("PSS", "pss", "MiB", 1),
                                    ("private dirty memory", "dirty", "MiB", 1)]:
         name, value = least(key)
-        report.ratio(f"{what}, beside the least of them ({name})", [median(ours, key)], [value], unit, limit)
+        report.ratio(f"{what}, compared with the lowest of them ({name})", [median(ours, key)], [value], unit, limit)
     name, value = least("wakeups")
-    report.at_most(f"wake-ups, beside the least of them ({name})", median(ours, "wakeups"), value, "a second")
+    report.at_most(f"wake-ups, compared with the lowest of them ({name})", median(ours, "wakeups"), value, "a second")

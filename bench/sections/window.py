@@ -21,7 +21,7 @@ def beside_floors(report, tools, rounds):
             ("opening the window the first time", "first", "ms", program, 1.3),
             ("opening it again", "second", "ms", toolkit, 1.5),
             ("PSS with the window open", "open_pss", "MiB", toolkit, 1.25)]:
-        report.ratio(f"{name}, beside floors/{beside}", *pairs(taken, key, "ours", beside), unit, limit)
+        report.ratio(f"{name}, compared with floors/{beside}", *pairs(taken, key, "ours", beside), unit, limit)
         if tools.other:
             report.against_other(name, *pairs(taken, key, "ours", "other"), unit)
 
