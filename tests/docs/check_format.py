@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Checks that clang-format would leave every source as it is.
+"""Checks that clang-format would not change any source.
 
   check_format.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 
-Version 14 decides: other versions lay out some lines in another way. Exits with 1 if a file is laid out differently, or if
-there is no such clang-format.
+Only version 14 counts, since other versions produce a different format. The exit status is 1 if a file would change, or
+if this version is not installed.
 """
 import pathlib
 import re
@@ -18,10 +18,13 @@ SUFFIXES = {".cpp", ".h", ".mm"}
 
 
 def formatter():
-    """The path of clang-format 14, under whichever name it is installed; None where it is not."""
+    """Returns the path of clang-format 14 under any name; None if it is not installed."""
     for name in (f"clang-format-{VERSION}", "clang-format"):
         path = shutil.which(name)
-        if path and re.search(rf"version {VERSION}\.", subprocess.run([path, "--version"], capture_output=True, text=True).stdout):
+        if not path:
+            continue
+        version = subprocess.run([path, "--version"], capture_output=True, text=True).stdout
+        if re.search(rf"version {VERSION}\.", version):
             return path
     return None
 
@@ -34,7 +37,7 @@ def main():
         return 1
     sources = sorted(path for folder in FOLDERS for path in (top / folder).rglob("*") if path.suffix in SUFFIXES)
     done = subprocess.run([program, "--dry-run", "-Werror", *sources], capture_output=True, text=True)
-    print(done.stderr or f"{len(sources)} sources are laid out as .clang-format says")
+    print(done.stderr or f"{len(sources)} sources are formatted according to .clang-format")
     return 1 if done.returncode or not sources else 0
 
 

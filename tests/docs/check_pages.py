@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that the pages name what exists: every file and every test in docs/where.md, and every link in any page.
+"""Checks that the files, tests and links that the pages name exist: every file and test in docs/where.md, all links.
 
   check_pages.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 

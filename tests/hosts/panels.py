@@ -15,8 +15,8 @@ class Panel:
     # The scales at which the host can be tested.
     scales = (1, 2)
     # The minimum contrast of the icon. A panel that paints symbolic icons in its own color makes them easy to read. In
-    # the others the icon has one gray for every panel. At one pixel per point, no gray reaches a contrast of 3 on both
-    # the lower edge of LXQt's light panel and MATE's dark panel.
+    # the others the icon has one gray for all panels. LXQt's light panel and MATE's dark panel are too different: at
+    # one pixel per point, no gray has a contrast of 3 on both.
     least_contrast = 2.75
 
     def __init__(self, folder, dark=False, scale=1):

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The tests on hosts: the whole program in the trays of real panels, driven as a person and as a host would."""
+"""Tests the whole program in the trays of real panels, operated like a user and like a host would."""
 
 import argparse
 import pathlib
@@ -36,10 +36,10 @@ def main():
     secluded.adopt_orphans()
     try:
         secluded.seclude()
-        # Only now, for the libraries that they load are not there on every machine.
+        # Imported in this try block, since some machines lack the libraries that these modules load.
         import panels
         import scenarios
-        import login, spoken, window_process  # add their own
+        import login, spoken, window_process  # imported for their scenarios
         for panel in panels.PANELS:
             run_on(panel, binary, scenarios.SCENARIOS, arguments.only, tally)
     except (secluded.NotSecluded, ImportError) as failure:
@@ -52,7 +52,7 @@ def main():
 
 
 def run_on(panel, binary, scenarios, only, tally):
-    """All scenarios on one host. They share a desktop until one fails."""
+    """Runs all scenarios on one host. They share a desktop until one fails."""
     from world import World
     world = None
     for name, (sentence, only_on, function) in scenarios.items():
@@ -79,7 +79,7 @@ def run_on(panel, binary, scenarios, only, tally):
 class Tally:
     def __init__(self, folder):
         self.folder = folder
-        # A display may belong to somebody else.
+        # The display may run as another user, who must be able to enter this folder.
         self.folder.chmod(0o755)
         self._passed = self._failed = 0
 
@@ -89,7 +89,7 @@ class Tally:
         print(f"ok      {name}: {sentence}{told} ({seconds:.1f} s)", flush=True)
 
     def fail(self, name, sentence, reason, world=None):
-        """Leaves behind what the screen showed and what the processes said; the desktop is not used again."""
+        """Saves the screen and the output of the processes. The desktop is not used again."""
         self._failed += 1
         print(f"FAILED  {name}: {sentence}\n        {reason}", flush=True)
         if world:
@@ -108,6 +108,6 @@ class Tally:
 
 
 if __name__ == "__main__":
-    # As at an interrupt, so that nothing is left behind.
+    # Treat SIGTERM as an interrupt, so that nothing is left behind.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     sys.exit(main())

@@ -44,8 +44,8 @@ TEST(CharactersTest, CountsAMarkAtTheBeginningAsACharacterOfItsOwn) {
     EXPECT_EQ(firstCharacters("\u0301\u0301ru", 2), "\u0301\u0301r");
 }
 
-// One code point of each kind that does not start a character: marks of every sort and length, joiners, variation
-// selectors, skin tones and tags. Also two Thai and Lao vowels that are letters by category.
+// One code point of each kind that does not start a character: marks of every category and length, joiners, variation
+// selectors, skin tones and tags. There are also two Thai and Lao vowels, which are letters by category.
 TEST(CharactersTest, JoinsEveryKindOfMarkToItsLetter) {
     for (const std::string_view mark :
          {"\u0300",     "\u036F",     "\u0489",     "\u05B0",     "\u064B",     "\u0903",     "\u093E",    "\u094D",

@@ -17,8 +17,8 @@ struct ExpectedTexts {
     std::vector<ExpectedText> texts;
 };
 
-// What the user is to read: 26 texts in each of six languages. A table of the tests' own, so that a slip in the
-// program's table has to be made twice to go unseen. Whoever changes a text changes it in both places.
+// The texts that the user should see: 26 texts in each of six languages. This table is independent of the program's
+// table, so that a mistake in one of them is detected. Change a text in both places.
 const std::vector<ExpectedTexts>& expectedTexts();
 
 }  // namespace kovra

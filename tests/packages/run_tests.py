@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The tests of the Debian packages: builds them, looks into them, and installs them where nothing else is touched."""
+"""Tests the Debian packages: builds them, inspects their contents, and installs them into private folders."""
 
 import argparse
 import os
@@ -12,7 +12,7 @@ import traceback
 TREE = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(TREE / "tests/system/guest"))
 
-import contents, installing, programs  # add their scenarios
+import contents, installing, programs  # imported for their scenarios
 from built import Built
 from scenario import SCENARIOS
 from waiting import Failed, now

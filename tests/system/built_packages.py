@@ -5,7 +5,7 @@ import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build/packages"
-# The program and its windows' side by side, out of the packages.
+# Folder of both programs from the packages.
 PROGRAM = FOLDER / "program" / "ble-kovra"
 
 
@@ -14,7 +14,7 @@ class PackagesMissing(Exception):
 
 
 def build():
-    """Builds them where the sources are newer."""
+    """Builds the packages if the sources have changed; returns them."""
     if subprocess.run([ROOT / "tools/build-packages"], check=False).returncode != 0:
         raise PackagesMissing("the Debian packages were not built")
 

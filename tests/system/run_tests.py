@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""The system tests: boots two virtual machines, lets them run the scenarios, and says how each went.
+"""Runs the system tests: boots two virtual machines, which run the scenarios, and reports the results.
 
-On the first the program is alone with a kernel; the other is a whole laptop, with systemd and people who log in.
+On the first the program is alone with a kernel. The other is a whole laptop, with systemd and people who log in.
 """
 
 import argparse
@@ -43,7 +43,7 @@ def main():
         chosen = [arguments.machine] if arguments.machine else list(MACHINES)
         if "laptop" in chosen:
             task["packages"] = built_packages.paths()
-        # One after the other: in parallel they would distort each other's time measurements.
+        # The machines run one after the other. In parallel they would distort each other's time measurements.
         for name in chosen:
             say(f"starting the {name} machine")
             play(Machine(machine_kernel, logs / name, MACHINES[name]), task, tally, name)
@@ -72,9 +72,9 @@ def play(machine, task, tally, name):
 class Tally:
     def __init__(self):
         self.passed = self.failed = 0
-        # The scenarios that were announced and have not reported yet: a scenario that could not run has failed.
+        # Scenarios that have not reported a result. A scenario that could not run has failed.
         self._open = []
-        # The requested scenarios that each machine does not have; the other machine may have them.
+        # For each machine, the requested scenarios that it does not have. The other machine may have them.
         self._unknown = []
 
     def take(self, message):
@@ -111,6 +111,6 @@ def say(text):
 
 
 if __name__ == "__main__":
-    # As at an interrupt, so that no machine is left behind.
+    # Treat SIGTERM as an interrupt, so that no machine is left behind.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     sys.exit(main())

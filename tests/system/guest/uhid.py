@@ -1,4 +1,4 @@
-"""Virtual devices through /dev/uhid. For the kernel and all programs they are like real ones."""
+"""Virtual devices through /dev/uhid. The kernel and all programs treat them like real ones."""
 
 import os
 import select

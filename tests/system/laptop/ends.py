@@ -1,4 +1,4 @@
-"""Scenarios of processes that end or fail while a touchpad is muted: no person is left with a dead touchpad."""
+"""Scenarios of processes that end or fail while a touchpad is muted. The touchpad must never stay muted."""
 
 import contextlib
 import itertools

@@ -25,7 +25,7 @@ MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 # The pads are unmuted no earlier than this after the kernel removed the mouse, and no later than this after udevd
 # reported it.
 GRACE, LATEST_BACK = 2.0, 2.6
-# The pads are unmuted within this time when their person, the application or the helper is gone.
+# The pads are unmuted within this time after their person has left, or the application or the helper has ended.
 AT_ONCE = 1.0
 
 
@@ -67,7 +67,7 @@ class Laptop(Ports):
             if person in self._sessions:
                 self._sessions.pop(person).log_out()
         self._applications = []
-        # The word that a killed application left would count again with the next one, before that one's first write.
+        # The word that a killed application has left would count again for the next one, until its first write.
         if os.path.exists(FLAG):
             os.truncate(FLAG, 0)
         self.unplug_all()
