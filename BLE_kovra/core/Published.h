@@ -25,9 +25,9 @@ enum class CurrentValue { deliver, drop };
 // A property that announces each change before it takes effect.
 //
 // set() passes the new value to each subscriber in the order of subscription, and then stores it. During the
-// announcement get() still returns the old value, so a subscriber that needs the new one queues a block. set()
-// announces an equal value too. A nested set() announces and stores its value at once; the outer value is stored after
-// it. A subscriber added during an announcement is notified from the next one on.
+// announcement get() still returns the old value. A subscriber that needs the new one queues a block. set() announces
+// an equal value too. A nested set() announces and stores its value at once; the outer value is stored after it. A
+// subscriber added during an announcement is notified from the next one on.
 template <typename T>
 class Published {
   public:

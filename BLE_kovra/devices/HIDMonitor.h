@@ -26,7 +26,7 @@ class MainQueue;
 // Watches all HID devices and publishes the list of them, one entry per identity key.
 //
 // The interfaces of a device share one key and count as one device. So do two identical mice, deliberately. When its
-// last interface is removed, a device still counts as connected for `disconnectGrace`: a wireless mouse that drops out
+// last interface is removed, a device still counts as connected for `disconnectGrace`. A wireless mouse that drops out
 // briefly must not unmute the trackpad. A device stays in the list until the process ends.
 class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
   public:

@@ -19,7 +19,7 @@ class WindowHost;
 class Workspace;
 
 // All services of the operating system. Only the entry point, the delegate and the shared() accessors see the whole
-// struct; every other class takes the two or three services that it needs.
+// struct. Every other class takes the two or three services that it needs.
 struct Platform {
     Application& application;
     MainQueue& mainQueue;

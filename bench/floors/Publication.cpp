@@ -1,6 +1,6 @@
-// The floor of a publication. It builds a record for each device from prepared values, and sorts the list by cached
-// keys: connected devices first, then by name in the order of the environment's locale. It looks up no device, queries
-// no state, and has no subscriber.
+// The floor of a publication. It builds a record for each device from prepared values and sorts the list by cached
+// keys. Connected devices come first, then the order is that of the environment's locale. It looks up no device,
+// queries no state, and has no subscriber.
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
-// Prints a line each time that a process closes one of the named files after writing: the index of the file, and the
-// time in seconds of CLOCK_MONOTONIC. The files must exist. Runs until it is killed.
+// Prints a line each time that a process closes one of the named files after writing. The line contains the index of
+// the file, and the time in seconds of CLOCK_MONOTONIC. The files must exist. Runs until it is killed.
 
 #include <sched.h>
 #include <sys/inotify.h>

@@ -9,8 +9,8 @@
 
 namespace bench {
 
-// The X server's side of a panel: the tray that embeds windows, and a watcher that reports when other windows are
-// mapped, first painted and unmapped.
+// The X server's side of a panel: a tray that embeds windows. It also reports when other windows are mapped, first
+// painted and unmapped.
 class XScreen {
   public:
     explicit XScreen(const Subject& subject);

@@ -17,7 +17,7 @@ class InhibitedAttribute {
     // then the attribute stays 1.
     int setInhibited(const std::string& name, bool inhibited) const;
 
-    // Whether this error means that the device is gone. ENOENT does not mean that if the folder of all devices is
+    // Whether this error means that the device was removed. ENOENT does not mean that if the folder of all devices is
     // missing too, as in a chroot without /sys.
     bool meansGone(int error) const;
 

@@ -16,7 +16,7 @@ namespace kovra::helper {
 //
 // A device is added to the list of muted pads before it is muted, and is not muted if that fails. A device that is
 // inhibited but not in the list belongs to another program and is left alone. If a driver refuses to unmute its device,
-// the muter retries with growing delays until the device is unmuted, gone, or to be muted again.
+// the muter retries with growing delays. It stops when the device is unmuted, was removed, or is to be muted again.
 class Muter {
   public:
     Muter(Loop& loop, MutedPads& mutedPads, const InhibitedAttribute& attribute)

@@ -31,7 +31,7 @@ struct InputProperties {
 // Whether the device is a touchpad of seat0 that is built into the computer. Virtual devices are not.
 //
 // On USB the port decides, if the kernel knows it. Otherwise the property of udev's database decides, then the bus and
-// the vendor. A touchpad that nothing is known of counts as built in.
+// the vendor. Without any information, a touchpad counts as built in.
 bool isBuiltInPad(const InputProperties& device);
 
 // The devices to mute, sorted and without duplicates: each built-in pad and its twin. The twin is a mouse that the same

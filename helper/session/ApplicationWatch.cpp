@@ -69,8 +69,8 @@ bool ApplicationWatch::watchProcessOf(uid_t user) {
     for (const auto& [number, parent] : applications) {
         // A child of the application is about to execute another program.
         if (applications.contains(parent)) continue;
-        // The number may have been reused. The pidfd refers to the checked process only if that process is still
-        // running after the check. glibc 2.36 declares pidfd_open() without C linkage, hence the system call.
+        // The number may have been reused. If that process is still running after the check, the pidfd refers to it.
+        // The system call is used because glibc 2.36 declares pidfd_open() without C linkage.
         Descriptor pidfd(static_cast<int>(::syscall(SYS_pidfd_open, number, 0)));
         if (!pidfd.isOpen() || !applicationOf(user, number) || hasEnded(pidfd)) continue;
         pidfd_ = std::move(pidfd);

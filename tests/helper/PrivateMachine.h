@@ -21,8 +21,8 @@
 
 namespace kovra::helper {
 
-// Makes all mounts of this process private, in the mount namespace that it has entered. In a chroot the root is no
-// mount point. It then becomes the root of the namespace, which also permits user namespaces. Returns false, with
+// Makes all mounts of this process private, in the mount namespace that it has entered. In a chroot the root may not be
+// a mount point. It then becomes the root of the namespace, which also permits user namespaces. Returns false, with
 // errno, if that is denied.
 inline bool makeMountsPrivate() {
     const auto apart = [] { return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0; };

@@ -68,7 +68,7 @@ class Process {
         if (number_ > 0 && ::waitpid(number_, &status_, WNOHANG) == number_) number_ = 0;
         return number_ > 0;
     }
-    // Waits for its exit status. -1 if a signal has ended it, or if it does not end.
+    // Waits for the process and returns its exit status. -1 if a signal has ended it, or if it does not end.
     int result() {
         if (!waitUntil([this] { return !isRunning(); })) return -1;
         return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;

@@ -1,4 +1,4 @@
-"""What the helper's unit promises of its walls, by systemd's own account, without a running systemd.
+"""Checks the sandboxing of the helper's unit with systemd-analyze, without a running systemd.
 
   unit_test.py UNIT      UNIT: the file as it is installed
 """
@@ -9,7 +9,7 @@ import sys
 import unittest
 
 UNIT = sys.argv.pop()
-EXPOSURE = "16"  # in tenths, of 100
+EXPOSURE = "16"  # an exposure of 1.6 out of 10
 
 
 def account(*options):

@@ -21,7 +21,7 @@ const std::vector<DeviceDescription>& models() {
         aMouse("banana").ids(7, std::nullopt),         //
         aMouse("Zebra %s %n #1:2").interfaces(3),      //
         aMouse("Мышь").withoutRegistryEntry(),         //
-        aMouse("").ids(std::nullopt, std::nullopt),    // a name, if an empty one
+        aMouse("").ids(std::nullopt, std::nullopt),    // an empty name
         aMouse("cherry").ids(-1, 0x7FFFFFFFFFFFFFFF),  //
         aNamelessDevice(),                             //
         aNamelessDevice().ids(std::nullopt, 9).interfaces(2).withoutRegistryEntry(),

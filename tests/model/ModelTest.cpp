@@ -25,7 +25,7 @@ void expectAgreement(std::uint64_t firstSeed, int lives, Census& census) {
     }
 }
 
-// A comparison in which nothing happens proves nothing.
+// A run with too few events would prove nothing.
 void expectThatMuchHappened(const Census& census) {
     for (const auto& [what, times] : census) std::cout << what << ": " << times << "\n";
     for (const char* what :

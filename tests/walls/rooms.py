@@ -44,12 +44,12 @@ def any_but_qt(header):
     return not QT.fullmatch(header) and not GOOGLE_TEST.fullmatch(header)
 
 
-# The libraries that are distributed among the rooms of the Linux desktop.
+# The libraries that only some rooms of the Linux desktop may use.
 LINUX_LIBRARY = re.compile(r"systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
 
 
 def linux(*own):
-    """Allows the system's own headers, and of those libraries the headers that match a pattern of `own`."""
+    """Allows the system's own headers. Of those libraries, allows the headers that match a pattern of `own`."""
     own = re.compile("|".join(own)) if own else None
 
     def may_include(header):
@@ -242,7 +242,7 @@ TESTS = (
          with_google_test(anything)),
 )  # fmt: skip
 
-# The benchmarks may call everything. What they compare with, and what they measure with, shares no code with it.
+# The benchmarks may use everything. Floors and instruments share no code with the program.
 BENCHMARKS = (
     Room("bench", everything_in("BLE_kovra", "tests/fakes", "bench"), anything),
     Room("bench/floors", (r"bench/DeviceNames\.h",), anything),

@@ -82,7 +82,7 @@ TEST(FlagFolderAttackTest, ASecondLinkGivesNoAccessToTheNextUsersFlag) {
     EXPECT_FALSE(mayWrite(alice, second));
     EXPECT_FALSE(mayWrite(alice, rig.state()));
     EXPECT_EQ(rig.content(), "off");
-    // It is what Alice left, and only she could write it.
+    // Alice left this content, and only she could write it.
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(rig.isOn());
     EXPECT_FALSE(mayWrite(alice, second));
@@ -104,7 +104,7 @@ TEST(FlagFolderAttackTest, WritesThroughADescriptorKeptOverAHandOverDoNotCount) 
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(rig.isOn());
         if (next == alice) continue;
-        // It is what Alice left, and counts when she returns, but in another file.
+        // Alice left this content. It counts when she returns, but in another file.
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_TRUE(rig.isOn());
         rig.write(alice, "off");

@@ -106,7 +106,7 @@ TEST(FlagFolderIntruderTest, ThatKeepReplacingTheFilesHaveNoEffect) {
     int handed = 0;
     for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
         handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
-        // Nothing ever puts a flag there that says "on".
+        // Nobody ever creates a flag there that says "on".
         EXPECT_FALSE(rig.isOn());
     }
     isOver = true;

@@ -118,7 +118,8 @@ TEST(FlagFolderModelTest, AgreesWithAModelOnRandomFiles) {
     EXPECT_GT(off, 500);
 }
 
-// Random histories of three users, who take the seat, write the flag and write through descriptors that they have kept.
+// Random sequences with three users, who become active, write the flag, and write through descriptors that they have
+// kept.
 TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));

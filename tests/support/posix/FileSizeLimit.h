@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// For as long as it lives, files of this process cannot grow beyond this size: a write fails as on a full disk (but
-// with EFBIG), for root too.
+// During its lifetime, files of this process cannot grow beyond this size. A write then fails as on a full disk, but
+// with EFBIG. The limit also applies to root.
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes) {

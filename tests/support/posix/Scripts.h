@@ -8,10 +8,10 @@
 
 namespace kovra {
 
-// Programs of the test's own: shell scripts, which find their folder as $here.
+// Shell scripts as programs for a test. A script finds its folder as $here.
 class Scripts {
   public:
-    // Gives the program's path.
+    // Returns the path of the program.
     std::string make(const std::string& text, const std::string& name = "program") const {
         const std::string path = folder_ / name;
         writeFile(path, "#!/bin/sh\nhere='" + folder_.path().string() + "'\n" + text + "\n");
@@ -19,7 +19,7 @@ class Scripts {
         return path;
     }
     std::string operator/(const std::string& name) const { return folder_ / name; }
-    // What a program wrote to this file of the folder; empty where there is none.
+    // Returns what a program has written to this file of the folder; empty if there is no such file.
     std::string read(const std::string& name) const {
         const std::string text = readFile(folder_ / name);
         return text == "missing" ? "" : text;

@@ -19,7 +19,7 @@ inline void writeFile(const std::filesystem::path& path, std::string_view conten
     if (!file) throw std::runtime_error("cannot write " + path.string());
 }
 
-// "missing" where there is no such file.
+// Returns "missing" if there is no such file.
 inline std::string readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "missing";
@@ -28,7 +28,7 @@ inline std::string readFile(const std::filesystem::path& path) {
 // A folder that is removed with its contents at the end of the test.
 class TempFolder {
   public:
-    // In memory, where the system has such a place: for tests that sync thousands of times.
+    // Creates the folder in memory if possible, for tests that sync thousands of times.
     enum class Where { disk, memory };
 
     explicit TempFolder(Where where = Where::disk) {
@@ -48,7 +48,7 @@ class TempFolder {
     const std::filesystem::path& path() const { return path_; }
     std::string operator/(std::string_view name) const { return (path_ / name).string(); }
 
-    // The names in it, or in a folder inside it.
+    // Returns the names in it, or in a folder inside it.
     std::set<std::string> names(std::string_view inside = "") const {
         std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(path_ / inside)) {

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// What the environment variables of the session say: the display server, the names of the desktop, and the
-// configuration directories, as freedesktop.org's base directories (0.8) define them.
+// Reads the environment variables of the session: the display server, the names of the desktop, and the configuration
+// directories. freedesktop.org's base directory rules (0.8) define the latter.
 
 // The display server of the user's session.
 enum class Desktop { none, x11, wayland };

@@ -19,10 +19,11 @@ class MainQueue;
 
 // Remembers which HID interfaces have been announced, and announces the differences.
 //
-// A node is announced once a driver is bound to it, since drivers give devices their names, or `timeout` after it was
-// first seen without one. If the name or the numbers of an announced interface change, it is removed and attached again
-// under the same number. The same happens if its device disconnects and reconnects while the node stays. Unbinding or
-// replacing its driver changes nothing. Checking a node twice has the same effect as checking it once.
+// A node is announced once a driver is bound to it, since drivers give devices their names. Without a driver it is
+// announced `timeout` after it was first seen. If the name or the numbers of an announced interface change, it is
+// removed and attached again under the same number. The same happens if its device disconnects and reconnects while the
+// node stays. Unbinding or replacing its driver changes nothing. Checking a node twice has the same effect as checking
+// it once.
 class UdevHIDAnnouncer {
   public:
     static constexpr std::chrono::milliseconds timeout{300};

@@ -38,7 +38,7 @@ DesktopHotKeys DesktopHotKeys::onX(XConnection& connection) {
     });
 }
 
-// By the letter, since portals do not know places on the keyboard.
+// Named by its letter, since portals cannot identify a key by its position.
 DesktopHotKeys DesktopHotKeys::onPortal(SessionBus& bus) {
     return DesktopHotKeys([&bus](const HotKey& hotKey, std::function<void()> pressed) {
         PortalShortcut::Description key{.id = identifier(hotKey), .text = "BLE-kovra", .trigger = "CTRL+ALT+t"};

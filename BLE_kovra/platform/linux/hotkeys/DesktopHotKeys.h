@@ -11,7 +11,7 @@
 
 namespace kovra {
 
-// The hot keys of this desktop. On X the key is grabbed by its place on the keyboard. On Wayland, where only the
+// The hot keys of this desktop. On X the key is grabbed by its position on the keyboard. On Wayland, where only the
 // desktop sees all keys, it is requested from the desktop's portal. Elsewhere every key is refused.
 //
 // Only Control + Option + T is available; any other key returns null. A press never reaches another program, whatever

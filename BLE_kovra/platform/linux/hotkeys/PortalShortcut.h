@@ -14,7 +14,7 @@ namespace kovra {
 // as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts; none of this
 // is reported.
 //
-// Nothing waits for a reply. The portal is asked once, and again only after it or the bus has restarted: a refusal is
+// Nothing waits for a reply. The portal is asked once, and again only after it or the bus has restarted. A refusal is
 // final, and so is a session that the portal closes.
 class PortalShortcut : public HotKeyService::Reference {
   public:

@@ -4,8 +4,8 @@
 
 namespace kovra {
 
-// The keyboard extension of the X server. It reports two things that the core protocol does not: whether a held key was
-// really released, and a change of the layout that keeps all key codes.
+// The keyboard extension of the X server. Unlike the core protocol, it reports whether a held key was really released,
+// and a change of the layout that keeps all key codes.
 //
 // Does not wait for replies. On a server without the extension nothing changes.
 class XKeyboardExtension {

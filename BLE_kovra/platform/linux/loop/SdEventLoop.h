@@ -36,7 +36,7 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     // For a writer whose descriptor is full. The same descriptor may also be watched for reading.
     std::unique_ptr<Watch> watchWritable(int descriptor, Block writable);
 
-    // For as long as the source lives, the signal does not have its usual effect: its block is put at the head of the
+    // For as long as the source lives, the signal does not have its usual effect. Its block is put at the head of the
     // queue instead. This includes a signal that the process was started to ignore, as a shell arranges for background
     // jobs.
     class Signal {

@@ -134,7 +134,7 @@ TEST_F(BusConnectionTest, DeliversTheErrorOfACallToAnAbsentServiceAndStartsNoSer
         {"org.example.Nobody", path, interface, "Echo"}, [](BusWriter& writer) { writer.text("hello"); },
         [&](sd_bus_message* message) { error = sd_bus_message_get_error(message)->name; });
     EXPECT_TRUE(turnUntil(loop_, [&] { return !error.empty(); }));
-    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // and not that no such service could be started
+    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // rather than that no such service could be started
 }
 
 TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {

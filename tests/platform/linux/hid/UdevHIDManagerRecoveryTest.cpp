@@ -9,8 +9,8 @@
 #include "BLE_kovra/platform/linux/hid/UdevHIDManager.h"
 #include "tests/platform/linux/hid/UdevHIDRig.h"
 
-// The linker puts this in place of libudev's function, so that a test can make it fail as it does when the socket has
-// overflowed, which the mock bus cannot do.
+// The linker puts this in place of libudev's function, so that a test can make it fail as after an overflow of the
+// socket. The mock bus cannot simulate an overflow.
 namespace {
 bool nextReceptionOverflows = false;
 }
@@ -48,7 +48,7 @@ class UdevHIDManagerRecoveryTest : public testing::Test {
         rig.bus.updateNode(renamed);
         rig.bus.addNode({.name = rig.bus.nextName(), .product = "added"});
     }
-    // The removal is reported last, since its event is awaited in vain.
+    // The removal is reported last, after a timeout, since its event never arrives.
     const Reports everythingMissed{"-2 old", "+2 new", "+4 added", "-1 removed"};
 
     Reports reportsAfterTimeout(UdevHIDRig& rig) {
@@ -125,7 +125,7 @@ TEST_F(UdevHIDManagerRecoveryTest, ResynchronizesWithoutAnOpenManager) {
     EXPECT_EQ(rig.newReports(), Reports());
 }
 
-// A machine without udevd: nothing announces what happens.
+// A machine without udevd, where no event is announced.
 class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
   protected:
     UdevHIDManagerPollingTest() { rig_.stopUdevd(); }

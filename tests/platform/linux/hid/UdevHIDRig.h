@@ -35,7 +35,7 @@ class UdevHIDRig {
         manager->open();
     }
 
-    // Runs the loop until everything has happened that needs no passing of time.
+    // Runs the loop until nothing more happens without time passing.
     void settle() {
         for (int quietTurns = 0; quietTurns < 100;) {
             const std::size_t before = reports.size();

@@ -17,7 +17,7 @@
 namespace kovra {
 
 // Takes the place of a desktop's portal for global shortcuts, with its published interface, on a bus that has no real
-// one. Refuses malformed calls. Can also refuse valid ones, respond with nonsense, and end.
+// one. Refuses malformed calls. Can also refuse valid ones, send invalid responses, and exit.
 class StandInPortal {
   public:
     explicit StandInPortal(SdEventLoop& loop) : loop_(loop) { start(); }
@@ -74,7 +74,7 @@ class StandInPortal {
     bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
     std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0
     std::map<std::string, std::string> errors;    // the error of a method, if it has one
-    std::map<std::string, std::string> nonsense;  // what is wrong with the response to a method
+    std::map<std::string, std::string> nonsense;  // the defect in the response to a method
 
   private:
     static constexpr const char* desktopPath = "/org/freedesktop/portal/desktop";

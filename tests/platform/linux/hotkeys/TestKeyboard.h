@@ -18,7 +18,7 @@
 
 namespace kovra {
 
-// Key codes of the X server: they stand for places on the keyboard.
+// Key codes of the X server: they identify positions on the keyboard.
 namespace key {
 constexpr xcb_keycode_t t = 28;
 constexpr xcb_keycode_t a = 38;

@@ -35,8 +35,8 @@ TEST(ApplicationIconTest, IsDrawnUpright) {
     const auto colorAt = [&](double x, double y) { return image.pixelColor(int(x * 10), 180 - int(y * 10)); };
     EXPECT_EQ(colorAt(1, 9), QColor(0x3A, 0x7B, 0xE0));  // the tile
     EXPECT_EQ(colorAt(4, 12.5), QColor(Qt::white));      // the pad
-    EXPECT_EQ(colorAt(9, 5), QColor(0x3A, 0x7B, 0xE0));  // its line, below
-    EXPECT_EQ(colorAt(12.5, 5), QColor(Qt::white));      // beside that
+    EXPECT_EQ(colorAt(9, 5), QColor(0x3A, 0x7B, 0xE0));  // the line between its buttons
+    EXPECT_EQ(colorAt(12.5, 5), QColor(Qt::white));      // beside that line
     EXPECT_EQ(colorAt(5, 5), QColor(0xFF, 0xB3, 0x00));  // the slash
     EXPECT_EQ(colorAt(13, 13), QColor(0xFF, 0xB3, 0x00));
     EXPECT_EQ(image.pixelColor(0, 0), QColor(Qt::gray));  // round corners
