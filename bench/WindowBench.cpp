@@ -19,7 +19,7 @@
 namespace kovra {
 namespace {
 
-// Ignores user input: there is none.
+// Ignores user input, since there is none.
 struct NoActions : UserActions {
     std::uint64_t changed(std::vector<std::string>, std::variant<bool, std::string>) override { return 0; }
     void followed(std::vector<std::string>) override {}

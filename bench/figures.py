@@ -6,7 +6,7 @@ import statistics
 import time
 
 
-# The most that this build may cost, as a multiple of the cost of the other build (--against).
+# The limit for the ratio to the other build (--against).
 AGAINST_LIMIT = 1.05
 
 

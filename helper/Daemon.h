@@ -16,8 +16,8 @@
 
 namespace kovra::helper {
 
-// Decides when the touchpads are muted. A user must be at the machine, and that user's application must be running.
-// The flag must belong to that user and say "on". If any of this fails, for whatever reason, the touchpads are unmuted.
+// Decides when the touchpads are muted. A user must be at the machine, and that user's application must be running. The
+// flag must belong to that user and say "on". If any of these conditions does not hold, the touchpads are unmuted.
 class Daemon {
   public:
     // The daemon's questions to the login manager and to the list of processes.

@@ -1,4 +1,4 @@
-// The floor of opening the settings window in a process of its own: the minimal item, which starts the minimal window.
+// The floor of opening the settings window in a separate process: the minimal item, which starts the minimal window.
 
 #include <spawn.h>
 #include <unistd.h>

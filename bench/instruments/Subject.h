@@ -10,8 +10,7 @@ namespace bench {
 class Subject {
   public:
     void set(pid_t process, std::string word);
-    // Returns the CPU time of all its processes. Reads that of the first one at once, before it searches for the
-    // others.
+    // Returns the CPU time of all its processes. Reads that of the first one immediately, then searches for the others.
     long long cpuTimeSoFar() const;
 
   private:

@@ -26,7 +26,7 @@ class FlagFile {
     // Truncates the file to the longest valid content and frees space that was allocated beyond its end. content()
     // stays the same. Ignores failures.
     void truncate() const;
-    // Whether the file has more than one hard link. It could then be changed through a path that nobody watches.
+    // Whether the file has more than one hard link. It could then be changed through a path that is not watched.
     bool hasOtherLinks() const;
 
     // Whether exactly this user, or no user, can write the file besides its owner.

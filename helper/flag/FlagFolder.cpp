@@ -20,16 +20,16 @@ namespace kovra::helper {
 
 namespace {
 
-// For the folders above the flag's folder: changes of the next folder's name and mode.
+// Events of the folders above the flag's folder: the next folder's name or mode has changed.
 constexpr std::uint32_t pathEvents = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// For the flag's folder: which file is the flag. Writing to files in the folder, such as those that other users have
-// left, causes no event.
+// Events of the flag's folder: another file may be the flag. Writing to files in the folder, such as those that other
+// users have left, causes no event.
 constexpr std::uint32_t folderEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// For the flag: its content and its number of links. The file itself is watched, because it can also be written through
-// another link.
+// Events of the flag: its content or its number of links has changed. The file itself is watched, because it can also
+// be written through another link.
 constexpr std::uint32_t flagEvents = IN_MODIFY | IN_ATTRIB;
 
-// Watches the open file, whatever its name refers to by now. Returns -1, with errno set, if that fails.
+// Watches the open file, even if its name refers to another file by now. Returns -1, with errno set, if that fails.
 int addWatch(const Descriptor& events, const Descriptor& file, std::uint32_t mask) {
     const std::string path = "/proc/self/fd/" + std::to_string(file.number());
     return ::inotify_add_watch(events.number(), path.c_str(), mask);

@@ -13,7 +13,7 @@
 
 namespace kovra::helper {
 
-// Where a path starts, and which user must own each of its folders. Tests replace the root of the file system.
+// The folder where a path starts, and the user who must own all of its folders. Tests use another root.
 struct Trust {
     std::filesystem::path root = "/";
     uid_t owner = 0;

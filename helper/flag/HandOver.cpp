@@ -23,8 +23,8 @@ constexpr std::string_view leftPrefix = "state.left.";
 
 std::string leftName(uid_t user) { return std::string(leftPrefix) + std::to_string(user); }
 
-// Removes whatever has this name, without following links. A folder that is not empty is renamed to *.odd.INODE
-// instead, because the helper did not create it. Returns 0 or an error number.
+// Removes any file or folder with this name, without following links. A folder that is not empty is renamed to
+// *.odd.INODE instead, because the helper did not create it. Returns 0 or an error number.
 int clearName(int folder, const std::string& name) {
     if (::unlinkat(folder, name.c_str(), 0) == 0 || errno == ENOENT) return 0;
     if (errno != EISDIR) return errno;
@@ -36,8 +36,7 @@ int clearName(int folder, const std::string& name) {
 }
 
 // Steps 1 and 2. Does not touch a flag unless exactly one user can write it: the helper did not create any other. If
-// the link cannot be created, the right is revoked all the same. The user's content is lost then, but the trackpad
-// works.
+// the link cannot be created, the right is revoked anyway. The user's content is lost then, but the trackpad works.
 void revokeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
     const auto user = old ? old->writer() : std::nullopt;

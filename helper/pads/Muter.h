@@ -34,7 +34,7 @@ class Muter {
     MutedPads& mutedPads_;
     const InhibitedAttribute& attribute_;
     std::set<std::string> wanted_;
-    std::set<std::string> logged_;  // the wanted devices that a line was logged for
+    std::set<std::string> logged_;  // the devices for which a line was logged
     Backoff backoff_;
     std::unique_ptr<Loop::Watch> retry_;
 };

@@ -15,7 +15,7 @@ constexpr std::uint16_t wacom = 0x056a;
 // Drivers name the input devices of one HID device after their kind: "... Touchpad", "... Mouse".
 bool isNamedMouse(std::string_view name) { return name.ends_with(" Mouse"); }
 
-// A doubtful device counts as a stick: an unmuted twin does less harm than a muted stick.
+// In case of doubt, a device counts as a stick: an unmuted twin does less harm than a muted stick.
 bool isPointingStick(const InputProperties& device) {
     if (device.hasStickProperty) return true;
     return device.isPointingStick && (device.bus != BUS_I2C || device.hasMiddleButton);

@@ -16,7 +16,7 @@ namespace kovra::helper {
 // The input devices to mute, found by udev.
 //
 // An event of udev only causes a new scan, and only the scan decides. So a lost event has no effect after the next
-// scan, and a device is never judged by an outdated event.
+// scan, and an outdated event never decides about a device.
 class Touchpads {
   public:
     // Throws std::system_error if the events of udev cannot be received.

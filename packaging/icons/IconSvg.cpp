@@ -24,7 +24,7 @@ class Outlines {
     void operator()(const RoundedRectangle& rectangle, double lineWidth) {
         open();
         contour(rectangle, lineWidth / 2);
-        contour(rectangle, -lineWidth / 2);  // by the even-odd rule the inside stays empty
+        contour(rectangle, -lineWidth / 2);  // the even-odd rule leaves the inside empty
         close();
     }
     void operator()(const Segment& segment, double lineWidth) {

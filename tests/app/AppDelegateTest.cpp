@@ -38,12 +38,12 @@ TEST(AppDelegateTest, SavesTheStoredValueInsteadOfTheAnnouncedOne) {
 
 TEST(AppDelegateTest, AnnouncesEveryEvaluationEvenIfUnchanged) {
     LaunchedRig rig;
-    std::vector<bool> heard;
+    std::vector<bool> received;
     const Subscription token =
-        rig.state.blocking.subscribe([&](bool value) { heard.push_back(value); }, CurrentValue::drop);
+        rig.state.blocking.subscribe([&](bool value) { received.push_back(value); }, CurrentValue::drop);
     rig.delegate->evaluate();
     rig.delegate->evaluate();
-    EXPECT_EQ(heard, (std::vector<bool>{false, false}));
+    EXPECT_EQ(received, (std::vector<bool>{false, false}));
 }
 
 TEST(AppDelegateTest, KeepsItsDecisionWhenTheFlagCannotBeWritten) {

@@ -158,7 +158,7 @@ TEST_F(PublishedTest, MayBeDestroyedBeforeItsTokens) {
         token = shortLived.subscribe([](int) {});
     }
     token = Subscription();
-    SUCCEED();  // the sanitizer judges
+    SUCCEED();  // the sanitizer detects errors
 }
 
 }  // namespace

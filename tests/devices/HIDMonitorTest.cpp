@@ -245,7 +245,7 @@ TEST(HIDMonitorTest, SortsEqualNamesByFirstAttachment) {
     EXPECT_EQ(rig.lastNames(), (Names{"MOUSE", "mouse", "Mouse"}));
 }
 
-// More devices than a sort handles by insertion, which is stable by itself.
+// So many devices that the sort does not use insertion sort, which is always stable.
 TEST(HIDMonitorTest, SortsManyEqualNamesByFirstAttachment) {
     MonitorRig rig;
     std::vector<std::string> keys;

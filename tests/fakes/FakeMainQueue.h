@@ -60,13 +60,13 @@ class FakeMainQueue : public MainQueue {
     // Advances the time without running anything, as when the process is stopped.
     void stall(std::chrono::nanoseconds duration) { now_ += duration; }
 
-    // As after the end of the application: drops all blocks and accepts no more.
+    // Drops all blocks and accepts no more, as after the end of the application.
     void stop() {
         stopped_ = true;
         blocks_.clear();
         delayed_.clear();
     }
-    // As in the next process: empty and running.
+    // Starts again with an empty queue, as in the next process.
     void restart() {
         stop();
         stopped_ = false;

@@ -18,7 +18,7 @@ class FakeWindows : public WindowHost {
         return std::make_unique<Made>(*this);
     }
 
-    // As a click on the frame's close button does.
+    // Closes the window, like the close button of its frame.
     void close() { isVisible = false; }
 
     std::vector<std::string> calls;

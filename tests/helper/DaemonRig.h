@@ -82,8 +82,8 @@ class DaemonRig {
     FlagRig flag;
     std::optional<uid_t> activeUser;
     std::set<uid_t> running;
-    std::optional<uid_t> askedFor;   // by the last question for the application
-    bool wasMutedWhenAsked = false;  // the pad, at that question
+    std::optional<uid_t> askedFor;   // the user of the last query for the application
+    bool wasMutedWhenAsked = false;  // whether the pad was muted at that query
     int releases = 0;
 
   private:

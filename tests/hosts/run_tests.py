@@ -85,8 +85,8 @@ class Tally:
 
     def ok(self, name, sentence, measured, seconds):
         self._passed += 1
-        told = f" [{measured}]" if measured else ""
-        print(f"ok      {name}: {sentence}{told} ({seconds:.1f} s)", flush=True)
+        shown = f" [{measured}]" if measured else ""
+        print(f"ok      {name}: {sentence}{shown} ({seconds:.1f} s)", flush=True)
 
     def fail(self, name, sentence, reason, world=None):
         """Saves the screen and the output of the processes. The desktop is not used again."""

@@ -136,7 +136,8 @@ def _folder_until_the_end():
 
 
 def _use_the_machine():
-    """Provides both places on the machine itself while we run, where even root may not mount, as in a container."""
+    """Creates both places on the machine itself until this process ends. Used where even root may not mount, as in a
+    container."""
     global _is_machine_used
     _is_machine_used = True
     for place in (LIBRARY, driver.TOOL):

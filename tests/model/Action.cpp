@@ -33,7 +33,7 @@ std::string describe(const Action& action) {
         case Kind::detach:
             return "detach " + number;
         case Kind::removeUnknown:
-            return "removal told of " + number;
+            return "removal reported of " + number;
         case Kind::attachAgain:
             return "attach again " + number;
         case Kind::rename:

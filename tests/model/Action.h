@@ -73,7 +73,7 @@ using Journal = std::vector<std::string>;
 // The program and the model describe what they saw in the same words.
 namespace words {
 inline std::string wrote(std::string_view path, std::string_view text, bool succeeded) {
-    return "wrote " + std::string(text) + (succeeded ? " to " : " in vain to ") + std::string(path);
+    return "wrote " + std::string(text) + (succeeded ? " to " : " without success to ") + std::string(path);
 }
 inline std::string logged(std::string_view line) { return "logged " + std::string(line); }
 inline std::string saved(std::string_view key, std::string_view value) {

@@ -30,7 +30,7 @@ class DeviceRecord {
     void attach(InterfaceID id, const std::string& key, const std::string& name);
     // Nothing if no such interface is attached.
     std::optional<Removal> remove(InterfaceID id);
-    // The time after a last removal is up. Returns whether the device stayed away.
+    // The grace period after a last removal has ended. Returns whether the device was not attached again in it.
     bool endGrace(const Removal& removal);
 
     // Every device seen so far: connected first, then by name ignoring case, then by first attachment.

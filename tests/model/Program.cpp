@@ -175,7 +175,7 @@ Subscription Program::subscribe(const Action& subscription) {
     return react(state.blocking, subscription);
 }
 
-// A caller of the delegate holds it. Nobody calls it before launch or after the application has terminated.
+// A caller of the delegate keeps it alive. It is not called before launch or after the application has terminated.
 std::shared_ptr<AppDelegate> Program::callableDelegate() const {
     return process_->launched && !process_->desktop.terminated ? process_->delegate : nullptr;
 }

@@ -89,7 +89,7 @@ class ReferenceModel {
 
     void announce(Property property, const std::string& coming);
     void subscribe(const Action& action);
-    void hear(Listener& listener, const std::string& coming);
+    void notify(Listener& listener, const std::string& coming);
     void select(std::set<std::string> keys);
     void enable(bool isEnabled);
     void setMode(bool always);

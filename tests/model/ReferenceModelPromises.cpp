@@ -91,7 +91,7 @@ std::string ReferenceModel::snapshot() const {
            stored(Property::mode) + " " + stored(Property::blocking);
 }
 
-void ReferenceModel::hear(Listener& listener, const std::string& coming) {
+void ReferenceModel::notify(Listener& listener, const std::string& coming) {
     if (listener.role == Listener::Role::recorder) {
         journal_.push_back(words::announced(listener.property, coming, stored(listener.property)));
     } else if (listener.role == Listener::Role::subscriber) {
@@ -108,7 +108,7 @@ void ReferenceModel::announce(Property property, const std::string& coming) {
     const std::size_t audience = listeners_.size();
     for (std::size_t i = 0; i < audience; ++i) {
         const std::shared_ptr<Listener> listener = listeners_[i];
-        if (listener->property == property && !listener->gone) hear(*listener, coming);
+        if (listener->property == property && !listener->gone) notify(*listener, coming);
     }
 }
 
@@ -137,7 +137,7 @@ void ReferenceModel::subscribe(const Action& action) {
     const auto listener = std::make_shared<Listener>(
         Listener{Listener::Role::subscriber, action.property, 0, action.times, action.inner.at(0)});
     listeners_.push_back(listener);
-    if (action.truth) hear(*listener, stored(action.property));
+    if (action.truth) notify(*listener, stored(action.property));
     listener->number = action.number;  // the subscription cannot be ended before it is returned
     for (const auto& other : listeners_) {
         if (other != listener && other->role == Listener::Role::subscriber && other->number == action.number) {

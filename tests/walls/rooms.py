@@ -254,7 +254,7 @@ ROOMS = (
     *ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS
 )  # fmt: skip
 
-# Headers that pass on their includes: what they include counts as included by the file that includes them.
+# Transparent headers. A file that includes one also counts as including what that header includes.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")
 
 

@@ -20,7 +20,7 @@ class FileDescriptor {
     int number() const { return number_; }
     bool isOpen() const { return number_ >= 0; }
 
-    // Closes the descriptor and returns 0 or the error, for callers that must know of a failed write.
+    // Closes the descriptor and returns 0 or the error, for callers that must detect a failed write.
     int close() { return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR ? 0 : errno; }
 
   private:

@@ -68,7 +68,7 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
     int error = replaceContent(file.number(), before.st_size, text);
     // On a full copy-on-write disk even an overwrite fails. An empty file is better than the old text.
     if (error != 0) static_cast<void>(cutTo(file.number(), 0));
-    // Nobody reads a file that another one has replaced meanwhile.
+    // If another file has replaced this one meanwhile, no reader sees the text.
     if (error == 0 && !isInPlace(file.number(), path)) error = ESTALE;
     const int errorAtClose = file.close();
     if (error == 0) error = errorAtClose;

@@ -49,7 +49,8 @@ PLIST = {
     "NSHighResolutionCapable": True,
     "NSPrincipalClass": "NSApplication",
 }
-# The first two would keep the trackpad muted after a quit; the last one would promise what the program does not do.
+# The first two would keep the trackpad muted after a quit; the last one would declare something that the program does
+# not do.
 NOT_IN_PLIST = ("NSSupportsSuddenTermination", "NSSupportsAutomaticTermination", "NSInputMonitoringUsageDescription")
 
 

@@ -34,13 +34,13 @@ def wait_for(condition, text, limit=90.0):
             result = condition()
             if result:
                 return result
-            check(now() < deadline, f"waited {limit:.0f} s in vain: {text}")
+            check(now() < deadline, f"timed out after {limit:.0f} s: {text}")
             # Poll as well, since not every observation notifies.
             changed.wait(0.05)
 
 
 def stay_until(moment):
-    """Waits for a point in time, for promises that nothing happens until then."""
+    """Waits until this time. Used to check that nothing happens until then."""
     time.sleep(max(0.0, moment - now()))
 
 

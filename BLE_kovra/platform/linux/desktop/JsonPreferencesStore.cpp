@@ -61,7 +61,7 @@ Json toJson(const PreferenceValue& value) {
     return array;
 }
 
-// Never throws, whatever the bytes: invalid UTF-8 is stored as U+FFFD.
+// Never throws, even for invalid UTF-8, which is stored as U+FFFD.
 std::string textOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 }  // namespace

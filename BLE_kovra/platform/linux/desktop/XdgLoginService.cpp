@@ -37,7 +37,8 @@ LoginStatus statusOf(const DesktopEntry& entry) {
 
 std::string entryIn(const std::string& folder) { return folder + "/autostart/" + XdgLoginService::entryName; }
 
-// Whether an entry exists, by the error of reading it. An unreadable entry exists, and so overrides all later ones.
+// Whether an entry exists, judging by the error of reading it. An unreadable entry exists, and so overrides all later
+// ones.
 bool entryExists(int readError) { return readError != ENOENT && readError != ENOTDIR; }
 
 bool systemHasEntry() {

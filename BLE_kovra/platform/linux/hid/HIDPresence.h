@@ -13,9 +13,9 @@ namespace kovra {
 class HIDPresence {
   public:
     enum class Answer {
-        present,  // also if nothing indicates that it is absent
+        present,  // also without any information
         absent,
-        unknown  // the answer is on its way: listeners will be called
+        unknown  // not known yet; listeners will be called
     };
 
     virtual ~HIDPresence() = default;

@@ -36,7 +36,7 @@ class UdevHIDNodes {
   public:
     explicit UdevHIDNodes(udev* context) : context_(context) {}
 
-    // The nodes that could be listed. A node that is missing here may exist all the same.
+    // The nodes that could be listed. The list may be incomplete.
     std::vector<std::string> names() const;
     static UdevHIDNode read(const std::string& name);
 

@@ -20,7 +20,7 @@ namespace kovra {
 // counts as one press. If the keyboard map moves Alt or a lock key to another modifier bit, the grab follows.
 //
 // The key is grabbed once the server has answered. If another program has grabbed it in combination with any of the
-// lock keys, this object silently gives up the key for good.
+// lock keys, this object gives up the key permanently and without an error.
 class XKeyGrab : public HotKeyService::Reference {
   public:
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);

@@ -13,7 +13,7 @@ namespace kovra {
 // requests it again after a reconnection.
 //
 // Without a session bus, or if the bus does not answer within two seconds, every start counts as the first. The first
-// instance keeps running whatever happens to the name. A second start asks the first to come to the front, and does not
+// instance keeps running even if it loses the name. A second start asks the first to come to the front, and does not
 // wait for the reply.
 class SingleInstance {
   public:

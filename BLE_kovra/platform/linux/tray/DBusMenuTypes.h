@@ -17,7 +17,7 @@ namespace kovra {
 
 // The types of com.canonical.dbusmenu: writes the properties of items, and reads the arguments of calls.
 
-// The keys of a shortcut: the modifiers, then the key, by the names that panels know.
+// The keys of a shortcut: the modifiers, then the key, with the names that panels use.
 using DBusMenuShortcut = std::vector<std::string>;
 
 // A property of a menu item in com.canonical.dbusmenu.

@@ -12,7 +12,7 @@ class CFHandle {
   public:
     // Takes over the reference that a function named Create or Copy returned; it may be null.
     explicit CFHandle(Ref owned) : ref_(owned) {}
-    // Adds a reference to an object that somebody else owns.
+    // Adds a reference to an object that another owner holds.
     static CFHandle retained(Ref borrowed) {
         return CFHandle(borrowed != nullptr ? (Ref)CFRetain(borrowed) : nullptr);  // NOLINT: CFTypeRef is const void*
     }

@@ -14,13 +14,13 @@
 
 namespace kovra {
 
-// What all views of a window share. Both functions are called from the event loop and outlive the views.
+// The functions that all views of a window share. Both are called from the event loop and outlive the views.
 struct ViewSite {
     std::function<void(const std::string& url)> open;
     std::function<void()> used;  // called after the user used a control and the control's function ran
 };
 
-// What a view inherits from the views around it.
+// The properties that a view inherits from its ancestors.
 struct Surroundings {
     TextRole role;
     std::optional<double> width;  // of the enclosing column

@@ -40,7 +40,7 @@ class LogSocket {
         }
     }
 
-    // Sends to a socket that nobody reads, until it accepts no more.
+    // Sends to a socket without a reader until its buffer is full.
     static void fill(const std::string& path) {
         const int sender = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
         const sockaddr_un address = addressOf(path);

@@ -86,7 +86,7 @@ TEST_F(UdevHIDManagerRecoveryTest, ReportsWhatItMissedWhenTheSocketOverflowed) {
     EXPECT_FALSE(nextReceptionOverflows);
 }
 
-// As if all nodes were checked while the mouse is being unplugged: its grace period must not begin before its removal.
+// All nodes are checked while the mouse is being unplugged. Its grace period must not begin before the announcement.
 TEST_F(UdevHIDManagerRecoveryTest, CountsARemovalFromItsAnnouncementEvenIfAllNodesAreCheckedBefore) {
     UdevHIDRig rig;
     const MockHIDNode mouse{.name = rig.bus.nextName()};

@@ -78,7 +78,7 @@ class UdevHIDRig {
     }
 
     const TempFolder folder_;
-    // Uses the system bus of the test, if it has one, and never the real one.
+    // Uses the system bus of the test, if it has one, never the machine's.
     struct NoRealBus {
         NoRealBus() {
             constexpr const char* variable = "DBUS_SYSTEM_BUS_ADDRESS";

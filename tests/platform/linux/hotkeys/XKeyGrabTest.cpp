@@ -30,7 +30,7 @@ struct HotKeyRig : XKeyRig {
         turn();
         return hotKey != nullptr;
     }
-    // Waits until the server knows, before the next key is pressed.
+    // Waits until the server has processed this, before the next key is pressed.
     void unregister() {
         hotKey.reset();
         turn();

@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// An application in session c2, a login manager that emits what the test wants, and the folder of the flag.
+// An application in session c2, a fake login manager, and the folder of the flag.
 class SessionEventsTest : public testing::Test, private ApplicationDelegate {
   protected:
     SessionEventsTest() {

@@ -10,7 +10,7 @@
 namespace kovra {
 
 // The keyboard with the system's event manager. A press of a hot key goes to the handlers of this application, the last
-// installed one first, until one handles it. The press goes no further, whatever the handlers return.
+// installed one first, until one handles it. The press is never passed on to other programs.
 struct FakeHotKeys {
     // Returns whether the window in front received the press.
     static bool press(std::uint32_t keyCode, std::uint32_t modifiers);

@@ -30,7 +30,7 @@ struct FakeInterface {
 //
 // - A manager finds the devices that are attached already when its matching is set. It reports them from the run loop
 //   once it is scheduled, whether or not it is open.
-// - Without the user's permission the callbacks are called all the same, with a result that is not success.
+// - Without the user's permission the callbacks are still called, with an error as their result.
 // - A manager is scheduled once, and must not lose its last reference while it calls back.
 struct FakeIOKit {
     using Plugged = std::shared_ptr<FakeInterface>;

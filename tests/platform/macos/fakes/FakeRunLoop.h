@@ -40,7 +40,7 @@ class FakeRunLoop {
     // Runs until the condition holds; returns false if it does not hold in time.
     static bool turnUntil(const std::function<bool()>& condition);
 
-    // Runs all queued blocks, however late they are due, so that nothing remains of the process.
+    // Runs all queued blocks, including those that are not due yet, so that nothing of the process remains.
     static void endProcess();
 };
 

@@ -29,7 +29,7 @@ class UserActions {
     virtual void scrolled() = 0;
 };
 
-// What surrounds an element.
+// The surroundings of an element.
 struct Site {
     QWidget& host;             // paints the element, or is the parent of its widget
     UserActions& actions;      // outlives the element

@@ -8,7 +8,7 @@ namespace kovra {
 
 namespace {
 
-// For children one after the other.
+// The sizes along the axis of the stack add up.
 SizeHint sumOf(const std::vector<SizeHint>& hints, int gaps) {
     SizeHint all{gaps, gaps, false};
     for (const SizeHint& each : hints) {
@@ -19,7 +19,7 @@ SizeHint sumOf(const std::vector<SizeHint>& hints, int gaps) {
     return all;
 }
 
-// For children side by side.
+// Across the axis, the largest child determines the size.
 SizeHint largestOf(const std::vector<SizeHint>& hints) {
     SizeHint all;
     for (const SizeHint& each : hints) {

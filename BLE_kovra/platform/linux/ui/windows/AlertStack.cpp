@@ -15,7 +15,7 @@ namespace kovra {
 
 namespace {
 
-// Only events that begin an input: what began before the alert may finish.
+// An alert blocks only events that start an input. An input that started before the alert may finish.
 bool startsInput(QEvent::Type type) {
     switch (type) {
         case QEvent::MouseButtonPress:

@@ -47,7 +47,7 @@ void activateForUser(xcb_connection_t* server, xcb_window_t window) {
     xcb_flush(server);
 }
 
-// Activates the window when it is first exposed. Window managers do not know it before.
+// Activates the window when it is first exposed. Before that, window managers do not manage it.
 class ActivateOnExpose : public QObject {
   public:
     explicit ActivateOnExpose(QWindow& window) : QObject(&window), window_(window) { window.installEventFilter(this); }

@@ -50,7 +50,7 @@ Qt::WindowFlags flags(unsigned styleMask) {
     return flags;
 }
 
-// On Wayland a window neither knows nor chooses its position.
+// On Wayland a window can neither query nor choose its position.
 bool hasPosition() { return !QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
 bool isReachable(const QRect& window) {

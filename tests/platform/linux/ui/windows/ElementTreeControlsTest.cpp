@@ -12,7 +12,7 @@ namespace {
 
 class ElementTreeControlsTest : public ActiveView {
   protected:
-    // What the surface shows at the place of a widget.
+    // Returns the picture of the surface where the widget is.
     QImage picture(const QWidget& widget) { return rig.surface.grab(rig.place(widget)).toImage(); }
 };
 
@@ -140,7 +140,7 @@ TEST_F(ElementTreeControlsTest, ShowsTextsLiterally) {
     rig.show(content);
     EXPECT_NE(rig.button("a & b && <b>c</b> _d e f"), nullptr);
     EXPECT_NO_THROW(rig.label("<i>x</i> & y"));
-    // No character of a text marks a shortcut.
+    // No character of a text is a mnemonic.
     for (const Qt::Key each : {Qt::Key_B, Qt::Key_Y, Qt::Key_D}) QTest::keyClick(&rig.surface, each, Qt::AltModifier);
     EXPECT_TRUE(rig.changes.empty());
 }
