@@ -14,8 +14,8 @@ namespace kovra::helper {
 // Tells whether a user's application is running: a process named "ble-kovra" whose real and effective user is this
 // user.
 //
-// It holds a pidfd of one such process. The end of that process is therefore known at once, and its number cannot come
-// to mean another process. All processes are searched only if no running process of this user is held.
+// It holds a pidfd of one such process. It is therefore notified at once when that process ends, and does not mistake a
+// process that reuses its ID for it. All processes are searched only if no running process of this user is held.
 //
 // A program that the application is about to execute has the application's name until then. Such a child is not held
 // while its parent is running. If the parent was killed, the child is held. As there is no notification of an exec, the

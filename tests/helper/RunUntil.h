@@ -8,7 +8,7 @@
 
 namespace kovra::helper {
 
-// Runs the loop until the condition holds or the timeout is over. Returns whether the condition holds.
+// Runs the loop until the condition holds or the timeout has expired. Returns whether the condition holds.
 inline bool runUntil(Loop& loop, const std::function<bool()>& condition,
                      std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;

@@ -28,7 +28,7 @@ class ChildProcess {
     // Waits for the process, so that no zombie is left.
     void reap();
     void terminate() const;
-    // The destructor no longer ends the process.
+    // After this call, the destructor does not end the process.
     void release() { isReleased_ = true; }
 
   private:

@@ -94,7 +94,7 @@ TEST(FlagFolderIntruderTest, ThatKeepReplacingTheFilesHaveNoEffect) {
             for (const std::string name : {"state", "state.new", "state.left.61001", "state.left.61002"}) {
                 for (const auto& [what, make] : all) {
                     if (what == "a folder with something in it")
-                        continue;  // is renamed and kept, which would fill the disk
+                        continue;  // the helper keeps each such folder, so they would fill the disk
                     make(staged);
                     const std::string target = rig.path(name);
                     if (::rename(staged.c_str(), target.c_str()) == 0) ++swaps;

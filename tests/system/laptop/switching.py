@@ -63,7 +63,7 @@ def unplugged_meanwhile(laptop):
     wait_for(lambda: flag() == "off", "Anna's flag to be off")
     took = now() - since
     check(took <= AT_ONCE, f"her flag was off only after {took:.2f} s")
-    # In between, the last word in her own flag may have counted for a moment.
+    # Meanwhile the previous content of her own flag may have been valid for a moment.
     stay_until(since + AT_ONCE)
     check(not any(one.inhibited), f"{AT_ONCE} s after her return the pad is dead")
     laptop.expect_alive_until(now() + AT_ONCE, one)

@@ -31,8 +31,8 @@ class UdevHIDManager : public HIDManager {
   public:
     static constexpr std::chrono::seconds pollInterval{1};
 
-    // `presences` are queried for each node that is checked; a device is absent as soon as one of them says so. Each
-    // call of `missedEvents` checks all nodes again.
+    // `presences` are queried for each node that is checked; a device is absent if any of them reports it as absent.
+    // Each call of `missedEvents` checks all nodes again.
     UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths udevd,
                    std::vector<std::unique_ptr<HIDPresence>> presences, Listeners<>& missedEvents);
     ~UdevHIDManager() override;

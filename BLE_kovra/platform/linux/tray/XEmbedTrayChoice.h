@@ -9,9 +9,9 @@
 namespace kovra {
 
 // Decides when the icon goes into a tray that embeds windows (XEmbed): only if the desktop has such a tray and no
-// StatusNotifier host. At login and after a restart of the panel, the host gets the time `grace` to appear. Only then
-// is the other kind of tray searched for. A host that appears later takes over immediately. As long as there is a host,
-// no timer runs and no tray is searched for.
+// StatusNotifier host. At login and after a restart of the panel, the host gets the time `grace` to appear. After that,
+// the program looks for the other kind of tray. A host that appears later takes over immediately. As long as there is a
+// host, no timer runs, and the program looks for no tray.
 class XEmbedTrayChoice {
   public:
     static constexpr std::chrono::seconds grace{5};

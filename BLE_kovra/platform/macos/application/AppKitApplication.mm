@@ -30,7 +30,8 @@ void notifyOfEnd() {
 
 [[noreturn]] void notifyOfEndAndAbort() {
     if (![NSThread isMainThread]) {
-        // This is a thread of the system. The delegate belongs to the main thread, which gets a chance first.
+        // This thread belongs to the system, the delegate to the main thread. So let the main thread end the program
+        // first.
         constexpr unsigned timeout = 1;  // seconds
         mainQueue->async([] { notifyOfEndAndAbort(); });
         sleep(timeout);

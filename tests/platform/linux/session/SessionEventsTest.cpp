@@ -46,7 +46,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         writeFile(flag_.string() + ".new", "off");
         std::filesystem::rename(flag_.string() + ".new", flag_);
     }
-    // Waits until this has been done; doneAll_ then holds everything done since the last call.
+    // Waits until `last` has been done. After that, doneAll_ contains everything done since the previous call.
     bool does(const std::string& last) {
         const bool isDone = turnUntil(loop_, [&] { return done_.ends_with(last); });
         doneAll_ = std::exchange(done_, {});

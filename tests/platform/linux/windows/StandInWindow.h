@@ -47,7 +47,7 @@ exec cat <&3 >$here/received.$$
 
     WindowProcess& process() { return *process_; }
 
-    // Makes the program missing from now on.
+    // Deletes the program, so that it can no longer be started.
     void remove() const { std::filesystem::remove(program()); }
     // The process ID of the newest process. 0 before the first start and after kill().
     pid_t pid() const {

@@ -12,8 +12,8 @@ struct SizeHint {
     bool operator==(const SizeHint&) const = default;
 };
 
-// Shares the space out. Where it is short, the longest shrink first, but none below its minimum, so the sum may exceed
-// the space. What is left over goes in equal parts to those that expand.
+// Distributes the space. If there is too little, the longest sizes shrink first, but none below its minimum, so the sum
+// may exceed the space. Remaining space goes in equal parts to those that expand.
 std::vector<int> share(int space, const std::vector<SizeHint>& hints);
 
 }  // namespace kovra

@@ -91,7 +91,7 @@ bool AlertStack::eventFilter(QObject* object, QEvent* event) {
     // Deferred, because the toolkit is still processing the event.
     QTimer::singleShot(0, this, [this] { bringTopmostToFront(); });
     if (isActivation) return false;
-    // Accepted, the key triggers no shortcut. Ignored, the close event closes nothing.
+    // An accepted key event triggers no shortcut. An ignored close event closes nothing.
     event->setAccepted(event->type() == QEvent::ShortcutOverride);
     return true;
 }
