@@ -31,7 +31,7 @@ namespace {
 
 constexpr const char* flagFolder = "/Library/Application Support/ble-kovra";
 constexpr const char* runtimeFolder = "/run/ble-kovra-helper";
-// A driver may refuse to resume its touchpad for a moment, for example after sleep.
+// For a moment, for example after sleep, a driver may refuse to reopen its touchpad.
 constexpr std::chrono::seconds unmuteTimeout{10};
 
 constexpr std::chrono::seconds restartDelay{30};
