@@ -46,6 +46,11 @@ class Application:
                  f'"{word}" to be refused to the application')
         self.expect_running()
 
+    def cpu_time(self):
+        """Returns the CPU time that the application has used, in seconds."""
+        fields = pathlib.Path(f"/proc/{self.pid}/stat").read_text().rpartition(")")[2].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
     def _output(self):
         return self._errors.read_text(encoding="utf-8") if self._errors.exists() else ""
 

@@ -5,6 +5,7 @@ import installed
 import muting
 import ends
 import switching
+import attacks
 # This one is last, since it removes the packages.
 import removal
 from laptop import Laptop

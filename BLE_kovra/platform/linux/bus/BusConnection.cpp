@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "BLE_kovra/platform/linux/bus/NameOwner.h"
 #include "BLE_kovra/platform/linux/loop/Lifetime.h"
 
 namespace kovra {
@@ -32,14 +33,20 @@ int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 0; }
 // One subscription or call. Its messages are delivered from the queue.
 class BusConnection::Request {
   public:
-    Request(SdEventLoop& loop, BusFailures& failures, std::string what, Receive received)
-        : loop_(loop), failures_(failures), what_(std::move(what)), received_(std::move(received)) {}
+    // Without a sender, messages of anybody are delivered.
+    Request(SdEventLoop& loop, BusFailures& failures, std::string what, Receive received,
+            std::shared_ptr<const NameOwner> sender = nullptr)
+        : loop_(loop),
+          failures_(failures),
+          what_(std::move(what)),
+          received_(std::move(received)),
+          sender_(std::move(sender)) {}
 
     void hold(sd_bus_slot* slot) { slot_.reset(slot); }
 
     static int deliver(sd_bus_message* message, void* context, sd_bus_error*) {
         auto* request = static_cast<Request*>(context);
-        if (request == nullptr) return 0;
+        if (request == nullptr || (request->sender_ && !request->sender_->hasSent(message))) return 0;
         const std::shared_ptr<sd_bus_message> kept(sd_bus_message_ref(message), sd_bus_message_unref);
         request->loop_.async(request->lifetime_.guard([request, kept] {
             sd_bus_message_rewind(kept.get(), 1);         // another request may have read the message
@@ -61,6 +68,7 @@ class BusConnection::Request {
     BusFailures& failures_;
     const std::string what_;
     const Receive received_;
+    const std::shared_ptr<const NameOwner> sender_;
     BusSlot slot_;
     Lifetime lifetime_;
 };
@@ -86,14 +94,21 @@ BusConnection::BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& fail
 
 BusToken BusConnection::receive(const BusSignal& signal, Receive received) {
     if (!bus_) return nullptr;
-    auto request =
-        std::make_shared<Request>(loop_, failures_, signal.interface + '.' + signal.member, std::move(received));
+    auto request = std::make_shared<Request>(loop_, failures_, signal.interface + '.' + signal.member,
+                                             std::move(received), ownerOf(signal.sender));
     sd_bus_slot* slot = nullptr;
     check(sd_bus_add_match_async(bus_.get(), &slot, ruleOf(signal).c_str(), Request::deliver, Request::installed,
                                  request.get()),
           signal.interface + '.' + signal.member);
     request->hold(slot);
     return request;
+}
+
+std::shared_ptr<const NameOwner> BusConnection::ownerOf(const std::string& name) {
+    std::weak_ptr<const NameOwner>& known = owners_[name];
+    auto owner = known.lock();
+    if (!owner) known = owner = std::make_shared<const NameOwner>(bus_.get(), name, failures_);
+    return owner;
 }
 
 BusToken BusConnection::watchOwner(const std::string& name, OwnerChanged changed) {

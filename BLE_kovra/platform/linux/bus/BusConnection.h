@@ -3,26 +3,25 @@
 #include <systemd/sd-bus.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "BLE_kovra/platform/linux/bus/BusFailures.h"
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
-#include "BLE_kovra/platform/linux/loop/Handles.h"
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 
 namespace kovra {
 
-using BusHandle = Handle<sd_bus, sd_bus_close_unref>;
-using BusSlot = Handle<sd_bus_slot, sd_bus_slot_unref>;
+class NameOwner;
 
 // A subscription, or a call that waits for its reply, is active for as long as its token lives.
 using BusToken = std::shared_ptr<const void>;
 
 // Selects signals by their header and first argument.
 struct BusSignal {
-    std::string sender;  // the name of the service that sends it
+    std::string sender;  // the well-known name of the service that sends it
     std::string path;
     std::string interface;
     std::string member;
@@ -55,6 +54,7 @@ class BusConnection {
     // Null after the bus has disconnected; the functions below then do nothing.
     sd_bus* bus() const { return bus_.get(); }
 
+    // Delivers only what the owner of the sender's name has sent, and no signal that another client forges.
     [[nodiscard]] BusToken receive(const BusSignal& signal, Receive received);
     // Watches this name only, so that the bus does not report every program that connects or disconnects.
     [[nodiscard]] BusToken watchOwner(const std::string& name, OwnerChanged changed);
@@ -73,6 +73,7 @@ class BusConnection {
   private:
     class Request;
 
+    std::shared_ptr<const NameOwner> ownerOf(const std::string& name);
     BusMessage newCall(const BusMethod& method, const Write& write);
     void check(int result, const std::string& what) const;
 
@@ -80,6 +81,7 @@ class BusConnection {
     BusFailures& failures_;
     std::function<void()> lost_;
     BusHandle bus_;
+    std::map<std::string, std::weak_ptr<const NameOwner>> owners_;  // shared by the subscriptions to one service
     BusToken disconnected_;
 };
 

@@ -14,6 +14,8 @@
 
 namespace kovra {
 
+using BusHandle = Handle<sd_bus, sd_bus_close_unref>;
+using BusSlot = Handle<sd_bus_slot, sd_bus_slot_unref>;
 using BusMessage = Handle<sd_bus_message, sd_bus_message_unref>;
 
 // Appends values to a message. After the first failure nothing more is written; result() returns that failure as the

@@ -34,8 +34,14 @@ std::string LogindSession::currentSession() {
     return taken(result, text);
 }
 
-LogindSession::LogindSession(SystemBus& bus, std::string session, Events events)
-    : session_(std::move(session)), events_(std::move(events)) {
+bool LogindSession::exists(const std::string& session) {
+    uid_t user{};
+    return sd_session_get_uid(session.c_str(), &user) >= 0;
+}
+
+LogindSession::LogindSession(SystemBus& bus, std::string session, Events events,
+                             std::function<bool(const std::string&)> isThere)
+    : session_(std::move(session)), events_(std::move(events)), isThere_(std::move(isThere)) {
     BusConnection* connection = bus.connection();
     if (connection == nullptr) return;
     received_.push_back(
@@ -58,7 +64,9 @@ void LogindSession::subscribeToSession(BusConnection& bus, const std::string& pa
         }));
     received_.push_back(bus.receive({login, manager, managerInterface, "SessionRemoved"}, [this](auto* message) {
         const char* removed = nullptr;
-        if (sd_bus_message_read(message, "s", &removed) > 0 && session_ == removed) events_.removed();
+        // The login manager removes a session's file before it sends the signal.
+        if (sd_bus_message_read(message, "s", &removed) > 0 && session_ == removed && !isThere_(session_))
+            events_.removed();
     }));
 }
 

@@ -22,13 +22,19 @@ class LogindSession {
     // Returns the session of this process, or else the user's graphical session. Empty if there is none.
     static std::string currentSession();
 
-    LogindSession(SystemBus& bus, std::string session, Events events);
+    // Whether the login manager's files have this session.
+    static bool exists(const std::string& session);
+
+    // `isThere` answers whether a session exists. The end of the session is reported only if it does not.
+    LogindSession(SystemBus& bus, std::string session, Events events,
+                  std::function<bool(const std::string&)> isThere = exists);
 
   private:
     void subscribeToSession(BusConnection& bus, const std::string& path);
 
     const std::string session_;
     const Events events_;
+    const std::function<bool(const std::string&)> isThere_;
     std::vector<BusToken> received_;
 };
 

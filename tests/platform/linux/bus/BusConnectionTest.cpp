@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "BLE_kovra/platform/linux/bus/SystemBus.h"
+#include "tests/platform/linux/bus/Forger.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/support/linux/PrivateBus.h"
 
@@ -40,6 +41,9 @@ class BusConnectionTest : public testing::Test {
     BusToken receiveChanges() {
         return bus().receive({service, path, interface, "Changed"}, [this](sd_bus_message* message) { note(message); });
     }
+    void forge(const std::string& value) {
+        forger_.send(Forger::nameOf(program_.bus()), path, interface, "Changed", "s", value.c_str());
+    }
     void note(sd_bus_message* message) {
         const char* text = nullptr;
         EXPECT_GT(sd_bus_message_read(message, "s", &text), 0);
@@ -68,6 +72,7 @@ class BusConnectionTest : public testing::Test {
     SdEventLoop loop_;
     SystemBus service_{loop_};
     SystemBus program_{loop_};
+    Forger forger_{Forger::Bus::system};
     BusSlot methods_;
     std::string received_;
 };
@@ -155,6 +160,55 @@ TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
     EXPECT_TRUE(turnUntil(loop_, [&] { return owners == "none>one "; })) << owners;
     ASSERT_GE(sd_bus_release_name(other().bus(), "org.example.Watched"), 0);
     EXPECT_TRUE(turnUntil(loop_, [&] { return owners == "none>one one>none "; })) << owners;
+}
+
+// Any client may send a signal straight to another client.
+TEST_F(BusConnectionTest, DropsASignalThatAnotherClientForges) {
+    const auto token = receiveChanges();
+    emitUntilReceived("ready");
+    forge("forged");
+    emit("real");
+    EXPECT_TRUE(receives("real "));
+}
+
+TEST_F(BusConnectionTest, DropsAForgedSignalWhileTheServiceIsAbsent) {
+    const auto token = bus().receive({"org.example.Absent", path, interface, "Changed"},
+                                     [this](sd_bus_message* message) { note(message); });
+    const auto last = receiveChanges();
+    emitUntilReceived("ready");
+    forge("forged");
+    emit("real");
+    EXPECT_TRUE(receives("real "));
+}
+
+TEST_F(BusConnectionTest, DropsAForgedChangeOfAnOwner) {
+    std::string owners;
+    const auto token = bus().watchOwner(
+        service, [&](std::string_view, std::string_view now) { owners += now.empty() ? "none " : "one "; });
+    const auto changes = receiveChanges();
+    emitUntilReceived("ready");
+    constexpr const char* daemon = "org.freedesktop.DBus";
+    const std::string program = Forger::nameOf(program_.bus());
+    for (const std::string& owner : {std::string(), forger_.name()}) {
+        forger_.send(program, "/org/freedesktop/DBus", daemon, "NameOwnerChanged", "sss", service, ":1.0",
+                     owner.c_str());
+    }
+    forge("forged");
+    emit("real");
+    EXPECT_TRUE(receives("real "));
+    EXPECT_EQ(owners, "");
+}
+
+TEST_F(BusConnectionTest, FollowsAServiceToItsNextOwner) {
+    const auto token = receiveChanges();
+    emitUntilReceived("ready");
+    ASSERT_GE(sd_bus_release_name(other().bus(), service), 0);
+    SystemBus next(loop_);
+    ASSERT_GE(sd_bus_request_name(next.bus(), service, 0), 0);
+    emit("former");
+    ASSERT_GE(sd_bus_flush(other().bus()), 0);
+    next.connection()->emit(path, interface, "Changed", [](BusWriter& writer) { writer.text("next"); });
+    EXPECT_TRUE(receives("next "));
 }
 
 TEST_F(BusConnectionTest, RecordsAFailureAndRemainsUsable) {

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "BLE_kovra/platform/linux/hid/UdevHIDAnnouncer.h"
+#include "tests/platform/linux/bus/Forger.h"
 #include "tests/platform/linux/hid/StandInBluez.h"
 #include "tests/platform/linux/hid/UdevHIDRig.h"
 #include "tests/platform/linux/loop/Turns.h"
@@ -86,6 +87,27 @@ TEST_F(BluezHIDPresenceTest, ReportsAMouseThatIsDisconnectedAtTheStartOnlyOnceIt
     waitUntilSubscribed();
     setConnected(true);
     expectReport("+1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, IgnoresSignalsThatAnotherClientForges) {
+    startBluez(true);
+    rig_.open();
+    bus_.plug(mouse_);
+    expectReport("+1 apple");
+    waitUntilSubscribed();
+    waitUntilIdle();
+    Forger forger(Forger::Bus::system);
+    const std::string program = Forger::nameOf(rig_.machine.bus());
+    const char* device = "/org/bluez/hci0/dev_D4_F5_13_AA_BB_0C";
+    const char* interface = "org.bluez.Device1";
+    forger.send(program, device, "org.freedesktop.DBus.Properties", "PropertiesChanged", "sa{sv}as", interface, 1,
+                "Connected", "b", 0, 0);
+    forger.send(program, "/", "org.freedesktop.DBus.ObjectManager", "InterfacesRemoved", "oas", device, 1, interface);
+    forger.send(program, "/", "org.freedesktop.DBus.ObjectManager", "InterfacesAdded", "oa{sa{sv}}", device, 1,
+                interface, 1, "Connected", "b", 0);
+    setConnected(true);
+    waitUntilIdle();
+    EXPECT_EQ(rig_.newReports(), Reports());
 }
 
 TEST_F(BluezHIDPresenceTest, MissesNoChangeBetweenTheFirstReplyAndTheSubscription) {

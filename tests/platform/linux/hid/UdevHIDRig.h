@@ -87,10 +87,10 @@ class UdevHIDRig {
         Environment environment;
     };
     const NoRealBus noRealBus_;
-    SystemBus machine_{loop};
 
   public:
-    UdevHIDService service{machine_, log, {folder_ / "control", {folder_ / "sandbox"}}};
+    SystemBus machine{loop};
+    UdevHIDService service{machine, log, {folder_ / "control", {folder_ / "sandbox"}}};
     std::unique_ptr<HIDManager> manager;
 };
 

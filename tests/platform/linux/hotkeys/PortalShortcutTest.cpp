@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/platform/linux/bus/Forger.h"
 #include "tests/platform/linux/hotkeys/PortalRig.h"
 
 namespace kovra {
@@ -173,6 +174,20 @@ TEST(PortalShortcutTest, CountsTheNextPressIfTheDesktopReportsNoRelease) {
     rig.portal.activate();
     rig.settle();
     EXPECT_EQ(rig.pressed, 2);
+}
+
+TEST(PortalShortcutTest, IgnoresSignalsThatAnotherClientForges) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    Forger forger(Forger::Bus::session);
+    const std::string program = Forger::nameOf(rig.bus.bus());
+    const char* session = rig.portal.session.c_str();
+    forger.send(program, "/org/freedesktop/portal/desktop", "org.freedesktop.portal.GlobalShortcuts", "Activated",
+                "osta{sv}", session, rig.portal.bound.at(0).c_str(), std::uint64_t{1}, 0);
+    forger.send(program, session, "org.freedesktop.portal.Session", "Closed", "");
+    rig.settle();
+    EXPECT_EQ(rig.pressed, 0);
+    EXPECT_EQ(rig.press(), 1);
 }
 
 TEST(PortalShortcutTest, IsNotBoundAgainAfterTheDesktopHasClosedTheSession) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "tests/platform/linux/bus/Forger.h"
 #include "tests/support/linux/PrivateBus.h"
 
 namespace kovra {
@@ -54,7 +55,8 @@ struct SessionRig {
     SdEventLoop loop;
     SystemBus machine{loop};
     std::string received;
-    LogindSession session{machine, "c2", recording("")};
+    bool hasFile = false;
+    LogindSession session{machine, "c2", recording(""), [this](const std::string&) { return hasFile; }};
 
     SessionRig() {
         // The bus installs matches only a moment later; that for the end of the session is the last.
@@ -93,6 +95,27 @@ TEST(LogindSessionTest, ReportsTheEndOfItsSession) {
     SessionRig rig;
     rig.sessionRemoved("c2");
     EXPECT_EQ(rig.eventsReceived(), "removed ");
+}
+
+TEST(LogindSessionTest, DoesNotBelieveThatItsSessionHasEndedWhileTheLoginManagerHasAFileOfIt) {
+    SessionRig rig;
+    rig.hasFile = true;
+    rig.sessionRemoved("c2");
+    rig.manager.emit("PrepareForSleep", "b", 0);
+    rig.turnUntil([&] { return rig.received == "resumed "; }, 20s);
+    EXPECT_EQ(rig.received, "resumed ");
+}
+
+TEST(LogindSessionTest, IgnoresSignalsThatAnotherClientForges) {
+    SessionRig rig;
+    Forger forger(Forger::Bus::system);
+    const std::string program = Forger::nameOf(rig.machine.bus());
+    const char* manager = "org.freedesktop.login1.Manager";
+    forger.send(program, "/org/freedesktop/login1", manager, "SessionRemoved", "so", "c2", "/");
+    forger.send(program, "/org/freedesktop/login1", manager, "PrepareForSleep", "b", 0);
+    forger.send(program, "/org/freedesktop/login1/session/c2", "org.freedesktop.DBus.Properties", "PropertiesChanged",
+                "sa{sv}as", "org.freedesktop.login1.Session", 1, "Active", "b", 1, 0);
+    EXPECT_EQ(rig.eventsReceived(), "");
 }
 
 TEST(LogindSessionTest, IgnoresTheEndOfAnotherSession) {

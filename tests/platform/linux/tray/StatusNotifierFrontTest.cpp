@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/platform/linux/bus/Forger.h"
 #include "tests/platform/linux/tray/StatusNotifierRig.h"
 
 namespace kovra {
@@ -61,6 +62,19 @@ TEST(StatusNotifierFrontTest, RegistersOnceAHostAppearsWithAWatcherThatRefusedIt
     rig.panel->refusesItems = false;
     rig.panel->setHost(Panel::Hosts::one);
     EXPECT_TRUE(rig.panel->findsItem());
+}
+
+TEST(StatusNotifierFrontTest, IgnoresAHostThatAnotherClientForges) {
+    StatusNotifierRig rig;
+    rig.panel.emplace(rig.loop, Panel::Hosts::none);
+    rig.panel->refusesItems = true;
+    turnsWithin(rig.loop, 50ms);
+    rig.panel->refusesItems = false;
+    Forger(Forger::Bus::session)
+        .send(Forger::nameOf(rig.bus.bus()), "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
+              "StatusNotifierHostRegistered", "");
+    turnsWithin(rig.loop, 50ms);
+    EXPECT_TRUE(rig.panel->items.empty());
 }
 
 TEST(StatusNotifierFrontTest, WorksWithoutASessionBus) {

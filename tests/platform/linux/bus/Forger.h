@@ -1,0 +1,50 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+
+#include <string>
+
+#include "BLE_kovra/platform/linux/bus/BusMessage.h"
+
+namespace kovra {
+
+// A client that owns no service's name and sends signals straight to another client, which no bus prevents.
+class Forger {
+  public:
+    enum class Bus { system, session };
+
+    // Connects to the bus that the environment names.
+    explicit Forger(Bus bus) {
+        sd_bus* opened = nullptr;
+        EXPECT_GE(bus == Bus::system ? sd_bus_open_system(&opened) : sd_bus_open_user(&opened), 0);
+        bus_.reset(opened);
+    }
+
+    // Returns once the bus has passed the signal on: it arrives before anything that is sent from now on.
+    template <typename... Values>
+    void send(const std::string& destination, const char* path, const char* interface, const char* signal,
+              const char* types, Values... values) {
+        sd_bus_message* made = nullptr;
+        ASSERT_GE(sd_bus_message_new_signal(bus_.get(), &made, path, interface, signal), 0);
+        const BusMessage message(made);
+        ASSERT_GE(sd_bus_message_append(made, types, values...), 0);
+        ASSERT_GE(sd_bus_message_set_destination(made, destination.c_str()), 0);
+        ASSERT_GE(sd_bus_send(bus_.get(), made, nullptr), 0);
+        constexpr const char* bus = "org.freedesktop.DBus";
+        ASSERT_GE(sd_bus_call_method(bus_.get(), bus, "/org/freedesktop/DBus", bus, "GetId", nullptr, nullptr, ""), 0);
+    }
+
+    std::string name() { return nameOf(bus_.get()); }
+    // The name that the bus has given to a client.
+    static std::string nameOf(sd_bus* client) {
+        const char* name = nullptr;
+        EXPECT_GE(sd_bus_get_unique_name(client, &name), 0);
+        return name;
+    }
+
+  private:
+    BusHandle bus_;
+};
+
+}  // namespace kovra
