@@ -29,11 +29,11 @@ void StatusNotifierWatcher::busChanged(BusConnection* bus) {
         setHasHost(false);
         return;
     }
+    registerItem();  // first, so that the icon does not wait for the subscriptions
     owner_ = bus->watchOwner(name, [this](std::string_view, std::string_view now) { ownerChanged(!now.empty()); });
     const auto changed = [this](sd_bus_message*) { hostsChanged(); };
     hostRegistered_ = bus->receive({name, path, interface, "StatusNotifierHostRegistered"}, changed);
     hostUnregistered_ = bus->receive({name, path, interface, "StatusNotifierHostUnregistered"}, changed);
-    registerItem();
     queryHost();
 }
 
@@ -72,6 +72,7 @@ void StatusNotifierWatcher::queryHost() {
             int hasHost = 0;
             const bool isRead = sd_bus_message_is_method_error(answer, nullptr) <= 0 &&
                                 sd_bus_message_read(answer, "v", "b", &hasHost) > 0;
+            if (isRead) registerItem();  // a watcher may have started between the registration and the subscriptions
             setHasHost(isRead && hasHost != 0);
         });
 }
