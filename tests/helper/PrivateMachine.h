@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,17 +22,21 @@
 
 namespace kovra::helper {
 
-// Makes all mounts of this process private, in the mount namespace that it has entered. In a chroot the root may not be
-// a mount point. It then becomes the root of the namespace, which also permits user namespaces. Returns false, with
-// errno, if that is denied.
+// Makes all mounts of this process private, in the mount namespace that it has entered. In a chroot the kernel permits
+// no user namespace, so the folder of the chroot becomes the root of the namespace. Returns false, with errno, if that
+// is denied.
 inline bool makeMountsPrivate() {
-    const auto apart = [] { return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0; };
-    if (apart()) return true;
-    if (errno != EINVAL) return false;
     const int root = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC);
     const int space = ::open("/proc/self/ns/mnt", O_RDONLY | O_CLOEXEC);
+    struct stat before {};
+    struct stat after {};
+    if (root < 0 || space < 0 || ::fstat(root, &before) != 0) return false;
     // Entering the namespace again changes the root to that of the namespace.
-    if (root < 0 || space < 0 || ::setns(space, CLONE_NEWNS) != 0 || !apart() || ::fchdir(root) != 0) return false;
+    if (::setns(space, CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+        return false;
+    if (::stat("/", &after) != 0) return false;
+    if (before.st_dev == after.st_dev && before.st_ino == after.st_ino) return true;
+    if (::fchdir(root) != 0) return false;
     const std::string path = std::filesystem::current_path();
     return ::mount(path.c_str(), path.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0 && ::chdir(path.c_str()) == 0 &&
            ::syscall(SYS_pivot_root, ".", ".") == 0 && ::umount2(".", MNT_DETACH) == 0 && ::chdir("/") == 0;

@@ -19,7 +19,7 @@ using Names = std::set<std::string>;
 // A small file system for the flag's folder. The flag belongs to this user and says "on".
 class SmallDisk {
   public:
-    explicit SmallDisk(uid_t user) : user_(user) {
+    explicit SmallDisk(uid_t user) {
         const std::string folder = rig.path();
         if (::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k,nr_inodes=16,mode=755") != 0) {
             throw std::runtime_error("no small disk");
@@ -52,7 +52,6 @@ class SmallDisk {
         fillers_.insert(name);
     }
 
-    const uid_t user_;
     Names fillers_;
 };
 

@@ -156,7 +156,7 @@ TEST_F(DBusActivationTest, RefusesEveryOtherCall) {
 
 TEST_F(DBusActivationTest, IsExportedAgainAfterTheBusHasRestarted) {
     daemon_.restart();
-    EXPECT_TRUE(turnUntil(loop_, [this] {
+    EXPECT_TRUE(turnUntil(loop_, [] {
         SdEventLoop loop;
         SessionBus bus(loop);
         return SingleInstance(bus, [](const std::string&) {}).isSecond();

@@ -190,7 +190,7 @@ TEST(StatusNotifierFrontTest, SendsNothingWhenNothingChanges) {
     const char* unique = nullptr;
     ASSERT_GE(sd_bus_get_unique_name(rig.bus.bus(), &unique), 0);
     const std::string rule = "sender='" + std::string(unique) + "'";
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     ASSERT_GE(
         sd_bus_call_method(opened, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Monitoring",
                            "BecomeMonitor", &error, nullptr, "asu", 1, rule.c_str(), 0U),

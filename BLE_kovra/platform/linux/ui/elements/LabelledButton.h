@@ -115,15 +115,15 @@ class LabelledButton : public Button {
     static constexpr bool isCheckBox = std::is_same_v<Button, QCheckBox>;
     static constexpr int ringGap = 3;  // pixels between the focus ring and the label
 
-    int metric(QStyle::PixelMetric ofCheckBox, QStyle::PixelMetric ofRadioButton) const {
+    int pixels(QStyle::PixelMetric ofCheckBox, QStyle::PixelMetric ofRadioButton) const {
         return this->style()->pixelMetric(isCheckBox ? ofCheckBox : ofRadioButton, nullptr, this);
     }
     int labelLeft() const {
-        const int gap = metric(QStyle::PM_CheckBoxLabelSpacing, QStyle::PM_RadioButtonLabelSpacing);
-        return metric(QStyle::PM_IndicatorWidth, QStyle::PM_ExclusiveIndicatorWidth) +
+        const int gap = pixels(QStyle::PM_CheckBoxLabelSpacing, QStyle::PM_RadioButtonLabelSpacing);
+        return pixels(QStyle::PM_IndicatorWidth, QStyle::PM_ExclusiveIndicatorWidth) +
                std::max(gap, defaultSpacing(*this));
     }
-    int indicatorHeight() const { return metric(QStyle::PM_IndicatorHeight, QStyle::PM_ExclusiveIndicatorHeight); }
+    int indicatorHeight() const { return pixels(QStyle::PM_IndicatorHeight, QStyle::PM_ExclusiveIndicatorHeight); }
 
     std::unique_ptr<Element> label_;
     bool isClicked_ = false;

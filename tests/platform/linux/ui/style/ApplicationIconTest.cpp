@@ -49,7 +49,7 @@ TEST(ApplicationIconTest, KeepsItsProportionsInARectangleThatIsNotSquare) {
 }
 
 TEST(ApplicationIconTest, PaintsTheSamePictureAsAnIcon) {
-    const QtRig rig;
+    const QtRig rig{};
     QImage image(48, 48, QImage::Format_RGB32);
     image.fill(Qt::gray);
     QPainter painter(&image);

@@ -17,7 +17,7 @@ const std::map<Font, double> sizes{{Font::standard, 1},       {Font::headline, 1
 QFont fontOf(Font font, bool bold = false) { return TextStyle{{font, bold, Color::primary}}.qtFont(); }
 
 TEST(TextStyleTest, ScalesTheDesktopFontByTheRole) {
-    const QtRig rig;
+    const QtRig rig{};
     QFont desktop = QApplication::font();
     desktop.setPointSizeF(20);
     QApplication::setFont(desktop);
@@ -28,7 +28,7 @@ TEST(TextStyleTest, ScalesTheDesktopFontByTheRole) {
 }
 
 TEST(TextStyleTest, MakesHeadlinesAndBoldTextsBold) {
-    const QtRig rig;
+    const QtRig rig{};
     for (const auto& [role, size] : sizes) {
         EXPECT_EQ(fontOf(role).bold(), role == Font::headline) << int(role);
         EXPECT_TRUE(fontOf(role, true).bold()) << int(role);

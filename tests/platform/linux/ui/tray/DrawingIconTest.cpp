@@ -86,7 +86,7 @@ TEST(DrawingIconTest, PaintsNothingForADrawingWithoutASize) {
 }
 
 TEST(DrawingIconTest, PaintsTheSamePictureAsAnIcon) {
-    const QtRig rig;
+    const QtRig rig{};
     const QIcon icon = drawingIcon(pad(true), true);
     QImage image(22, 22, QImage::Format_RGB32);
     image.fill(Qt::gray);

@@ -31,7 +31,7 @@ class TrayMenuTest : public testing::Test {
     }
     QAction& action(qsizetype position) { return *menu.widget().actions()[position]; }
 
-    const QtRig rig;
+    const QtRig rig{};
     Menu value;
     std::vector<std::size_t> chosen;
     TrayMenu menu{[this](std::size_t position) { chosen.push_back(position); }};

@@ -55,7 +55,7 @@ class AlertStackTest : public testing::Test {
         QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, widget.mapTo(&window, widget.rect().center()));
     }
 
-    const QtRig rig;
+    const QtRig rig{};
     std::vector<AlertAnswered> answers;
     AlertStack stack{[this](const ToResident& message) { answers.push_back(std::get<AlertAnswered>(message)); }};
 };

@@ -43,7 +43,7 @@ class AlertWindowTest : public testing::Test {
     QLabel& text(qsizetype position) { return *window->findChildren<QLabel*>().at(position); }
     QPushButton& button(qsizetype position) { return *window->findChildren<QPushButton*>().at(position); }
 
-    const QtRig rig;
+    const QtRig rig{};
     std::optional<AlertWindow> window;
     std::vector<std::optional<std::size_t>> answers;
 };

@@ -23,9 +23,9 @@ void PrintTo(const FontSize& font, std::ostream* out) { *out << font.size << " p
 class ElementTreeGeometryTest : public testing::TestWithParam<FontSize> {
     struct WithFont {
         explicit WithFont(double size) {
-            QFont font = QApplication::font();
-            font.setPointSizeF(size);
-            QApplication::setFont(font);
+            QFont changed = QApplication::font();
+            changed.setPointSizeF(size);
+            QApplication::setFont(changed);
         }
     };
 
@@ -50,7 +50,7 @@ class ElementTreeGeometryTest : public testing::TestWithParam<FontSize> {
         return found;
     }
 
-    const QtRig qt;
+    const QtRig qt{};
     const WithFont font{GetParam().size};
     ViewRig rig;
     sample::Content content;
