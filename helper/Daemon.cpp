@@ -27,9 +27,9 @@ void Daemon::evaluate() {
         muter_.muteOnly({});
 }
 
-// Hands the flag over unless it is already the one of this user. The pads that were muted for that user are unmuted
-// first, because a hand-over takes time. A failing hand-over changes files in the folder, which causes an evaluation;
-// that evaluation must not retry it at once.
+// Hands the flag over, unless it already belongs to this user. Unmutes all pads first, because a hand-over takes time.
+// A failed hand-over changes files in the folder, which causes an evaluation. That evaluation must not retry the
+// hand-over at once.
 bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
     const bool hasFlag = flag_.isFlagOf(user);
     if (!hasFlag && handOverRetry_ && handOverFailedFor_ == user) return false;

@@ -35,12 +35,13 @@ constexpr const char* runtimeFolder = "/run/ble-kovra-helper";
 constexpr std::chrono::seconds unmuteTimeout{10};
 
 constexpr std::chrono::seconds restartDelay{30};
-// All signals that usually terminate a process and can be caught. After SIGKILL the next start unmutes the touchpads.
+// The usual termination signals. After SIGKILL, ExecStopPost unmutes the touchpads under systemd; otherwise the next
+// start does.
 constexpr std::initializer_list<int> terminationSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM};
 
 // Under a service manager, delays the exit after a failed start. systemd restarts the service one second after any
-// exit, as it should after a crash. The cause of a failed start may last, for example a link in the flag's path, and
-// must not keep the machine busy.
+// exit, as it should after a crash. The cause may persist, for example a link in the flag's path. Constant restarts
+// would then keep the machine busy.
 void delayRestart() {
     if (::sd_notify(0, "STATUS=Cannot start; trying again") <= 0) return;
     sigset_t awaited;

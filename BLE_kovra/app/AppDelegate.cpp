@@ -53,7 +53,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     // 2. The status item and its menu, with the plain icon.
     setupStatusItem();
 
-    // 3. The device monitor. It reports even attached devices only after launch, through the queue.
+    // 3. The device monitor. It reports all devices through the queue after launch, even those that are already
+    // attached.
     monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
         const auto self = weak.lock();
         if (!self) return;

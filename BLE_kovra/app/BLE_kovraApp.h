@@ -7,7 +7,7 @@ namespace kovra {
 class AppDelegate;
 struct Platform;
 
-// The application's entry type. It owns the delegate. Its constructor loads the saved choices.
+// The entry point of the application. It owns the delegate. Its constructor loads the saved choices.
 class BLE_kovraApp {
   public:
     // Runs the application on these services until it terminates.

@@ -6,7 +6,8 @@
 
 namespace kovra {
 
-// "mailto:" and the address. Null if the address is empty or contains a character that a URL may not (RFC 3986).
+// Returns "mailto:" and the address. Null if the address is empty or contains a character that is invalid in a URL (RFC
+// 3986).
 std::optional<std::string> mailLink(std::string_view address);
 
 }  // namespace kovra

@@ -8,8 +8,8 @@ namespace kovra {
 class HIDDevice;
 class L10n;
 
-// Identifies an attached interface by its registry entry ID, or by its handle if it has none. The same at attachment
-// and removal.
+// Identifies an attached interface by its registry entry ID, or by its handle if it has none. The number is the same at
+// attachment and removal.
 std::uint64_t interfaceID(const HIDDevice& device);
 
 // The product name that the device reports, or the localized text for an unknown device.

@@ -23,7 +23,7 @@ class L10n;
 class Locale;
 class MainQueue;
 
-// Watches all HID devices and publishes the list of them, one entry per identity key.
+// Watches all HID devices and publishes them as a list with one entry per identity key.
 //
 // The interfaces of a device share one key and count as one device. So do two identical mice, deliberately. When its
 // last interface is removed, a device still counts as connected for `disconnectGrace`. A wireless mouse that drops out

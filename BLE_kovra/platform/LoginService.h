@@ -10,10 +10,10 @@ enum class LoginStatus { notRegistered = 0, enabled = 1, requiresApproval = 2, n
 class LoginService {
   public:
     virtual ~LoginService() = default;
-    // Read from the system at each call.
+    // Reads the status from the system at each call.
     virtual LoginStatus status() const = 0;
 
-    // Read the status again to see the result of these two.
+    // After either of these calls, read the status again to see the result.
     virtual Outcome registerApplication() = 0;
     virtual Outcome unregisterApplication() = 0;
 };

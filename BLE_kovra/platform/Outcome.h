@@ -13,7 +13,7 @@ class [[nodiscard]] Outcome {
     static Outcome failure(std::string reason) { return Outcome(std::move(reason)); }
 
     explicit operator bool() const { return !reason_; }
-    // Empty after a success.
+    // The error message. Empty after a success.
     std::string reason() const { return reason_.value_or(std::string()); }
 
   private:

@@ -14,8 +14,8 @@ struct Utf8Character {
 };
 
 // Decodes the first character of a non-empty text. Overlong forms, surrogates, code points past U+10FFFF and truncated
-// sequences are invalid. Their length is that of the longest prefix of a character, for which one U+FFFD stands, and at
-// least one byte.
+// sequences are invalid. The length of such a sequence is that of the longest prefix of a character, but at least one
+// byte. One U+FFFD replaces it.
 constexpr Utf8Character decodeUtf8(std::string_view text) {
     constexpr char32_t replacement = 0xFFFD;
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };

@@ -120,7 +120,7 @@ struct View {
     Kind kind;
     std::vector<View> children;       // of a stack; the only child of a scroll view; a toggle's label
     std::vector<Modifier> modifiers;  // the innermost first
-    // Identifies the view among its siblings. If it is empty, the position does.
+    // Identifies the view among its siblings. If the id is empty, the position identifies the view.
     std::string id;
 
     View&& identified(std::string by) && {

@@ -46,7 +46,7 @@ class ViewChildren {
     Element* first() const { return elements_.empty() ? nullptr : elements_.front().get(); }
 
   private:
-    // The prefixes keep an id from being taken for a position.
+    // The prefixes keep ids and positions apart.
     static std::string key(const View& view, std::size_t position) {
         return view.id.empty() ? "#" + std::to_string(position) : "=" + view.id;
     }

@@ -15,7 +15,7 @@ struct WindowStyle {
     static constexpr unsigned miniaturizable = 4;
 };
 
-// A window. makeKeyAndOrderFront() shows it, again even if the process that draws it has died.
+// A window. makeKeyAndOrderFront() shows it, even after the process that drew it has died.
 class Window {
   public:
     virtual ~Window() = default;

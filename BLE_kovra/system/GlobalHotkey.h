@@ -20,8 +20,8 @@ class GlobalHotkey {
     // The process-wide instance, never destroyed.
     static GlobalHotkey& shared();
 
-    // Called for each press, inside the desktop's event. Without a trigger, presses are swallowed. May be replaced at
-    // any time.
+    // Called for each press, inside the callback for the desktop's event. Without a trigger, presses are swallowed. May
+    // be replaced at any time.
     std::function<void()> onTrigger;
 
     // Installs the handler, then registers the hot key. Call it once.

@@ -6,7 +6,7 @@ namespace floors {
 
 // A status item and its menu of eight entries, directly over sd-bus: the minimum that a panel accepts.
 //
-// It computes every reply again and caches nothing. It ignores failing calls; they show in the measurement.
+// It computes every reply again and caches nothing. It ignores failed calls, because they show up in the measurement.
 class BareItem {
   public:
     enum Entry { Root, Mute, Hint, Settings, Login, Driver, About, Separator, Quit, EntryCount };

@@ -1,6 +1,6 @@
-// The floor of the idle program: the minimal item in the tray, and everything that the program must keep open. This is
-// the kernel's events, a connection to the X server with the hot key grabbed, and the flag. It writes the flag at each
-// change.
+// The floor of the idle program: the minimal item in the tray, and everything that the program must keep open. That is
+// the kernel's events, a connection to the X server with the hot key grabbed, and the flag. The floor writes the flag
+// at each change.
 
 #include <linux/netlink.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
 // The floor of a publication. It builds a record for each device from prepared values and sorts the list by cached
-// keys. Connected devices come first, then the order is that of the environment's locale. It looks up no device,
-// queries no state, and has no subscriber.
+// keys. Connected devices come first. Each group is in the order of the environment's locale. The floor does not look
+// up devices or query their state, and it has no subscriber.
 
 #include <benchmark/benchmark.h>
 
@@ -28,7 +28,7 @@ struct Device {
     std::string key;
 };
 
-// Returns the key that orders names like strcoll does, ignoring case.
+// Returns a key that orders names as strcoll() does, ignoring case.
 std::string sortKey(const std::string& name) {
     std::wstring letters(name.size() + 1, L'\0');
     letters.resize(std::mbstowcs(letters.data(), name.c_str(), letters.size()));

@@ -55,7 +55,7 @@ def log_in(folder):
 
 
 class Helper:
-    """The daemon. The constructor returns when it has reported that it is ready."""
+    """The daemon. The constructor returns when the daemon has reported that it is ready."""
 
     def __init__(self, world, environment=os.environ):
         path = f"{world['folder']}/notify"
@@ -86,7 +86,7 @@ def until(condition):
 
 
 class Pads:
-    """A touchpad and its twin, simulated by files."""
+    """A touchpad and its twin, simulated with files."""
 
     def __init__(self, folder):
         self._root = folder / "umockdev"

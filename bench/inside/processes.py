@@ -24,7 +24,7 @@ def threads(pids):
 
 
 class Watch:
-    """Measures the processes from its construction on. Processes that have ended do not count."""
+    """Measures the processes from the construction of this object on. Processes that have ended do not count."""
 
     def __init__(self, pids):
         self._pids = pids

@@ -64,7 +64,7 @@ class Cost:
         self._task, self._host, self._folder = task, host, folder
 
     def try_first(self, name):
-        """Starts the program once without counting, since the first start reads much from the disk."""
+        """Starts the program once without counting, since the first start reads a lot from the disk."""
         try:
             self.of(name, is_deep=False)
         except NoIcon:

@@ -6,7 +6,7 @@
 
 namespace bench {
 
-// The measured program: its first process, and all processes that have this word in their environment.
+// The measured program: its first process, and all processes that have the given word in their environment.
 class Subject {
   public:
     void set(pid_t process, std::string word);

@@ -1,7 +1,7 @@
-"""One change of the flag: the median of 300, each after a short sleep.
+"""The time of one change of the flag: the median of 300 changes, each after a short sleep.
 
-It is compared with the fewest system calls that change the file in place. These are measured twice: in a process that
-does nothing else, and in the same process as ours.
+The floor makes the fewest system calls that change the file in place. It is measured twice: in a process that does
+nothing else, and in the process that also measures our change.
 """
 
 import os

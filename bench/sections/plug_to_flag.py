@@ -1,4 +1,4 @@
-"""Plug to flag in the virtual machine of the system tests, beside a minimal listener for the same events."""
+"""The time from the plug to the flag in the virtual machine, compared with a minimal listener for the same events."""
 
 import statistics
 

@@ -17,8 +17,8 @@ class FlagFile {
 
     // Empty if there is no such file, or if it is not a regular file of the owner.
     static std::optional<FlagFile> open(int folder, const char* name, uid_t owner);
-    // Creates a file with this content that only its owner can write. Empty, with errno set and no file left behind, if
-    // that fails; a file of that name that exists already is such a failure.
+    // Creates a file with this content that only its owner can write. Fails if a file of that name exists. After a
+    // failure it returns nothing, sets errno and leaves no file behind.
     static std::optional<FlagFile> create(int folder, const char* name, Content content);
 
     // "on" if the file consists of exactly these two bytes, else "off". Reads at most four bytes.

@@ -55,7 +55,7 @@ ActiveUser::ActiveUser(Loop& loop) : seats_(newMonitor("seat")), sessions_(newMo
 }
 
 void ActiveUser::update() {
-    // Flushed before reading, for the same reason.
+    // The monitors are flushed before reading, for the same reason.
     sd_login_monitor_flush(seats_.get());
     sd_login_monitor_flush(sessions_.get());
     const auto before = std::exchange(current_, userAtTheMachine(foregroundSession()));

@@ -67,7 +67,7 @@ void ApplicationWatch::release() {
 bool ApplicationWatch::watchProcessOf(uid_t user) {
     const auto applications = applicationsOf(user);
     for (const auto& [number, parent] : applications) {
-        // A child of the application is about to execute another program.
+        // This process is a child of the application, and is about to execute another program.
         if (applications.contains(parent)) continue;
         // The number may have been reused. If that process is still running after the check, the pidfd refers to it.
         // The system call is used because glibc 2.36 declares pidfd_open() without C linkage.

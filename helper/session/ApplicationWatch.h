@@ -29,8 +29,8 @@ class ApplicationWatch {
     // Stops watching. onEnd is not called until isRunning() has returned true again.
     void release();
 
-    // Called when the watched process has ended and the user has no other one. Also called when the other one turns out
-    // to be another program.
+    // Called when the watched process has ended and no other process of the user looks like the application. A process
+    // that only looks like the application is ruled out by a later check, which then calls onEnd.
     std::function<void()> onEnd;
 
   private:

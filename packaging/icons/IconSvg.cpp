@@ -77,7 +77,7 @@ class Outlines {
     std::ostringstream text_;
 };
 
-// A layer of a picture with this height.
+// Writes one layer of a picture. `height` is the height of the picture.
 struct ColoredShape {
     void operator()(const RoundedRectangle& rectangle) const {
         svg << "  <rect fill=\"" << color << "\" x=\"" << rectangle.origin.x << "\" y=\""

@@ -18,7 +18,7 @@ class WindowHost;
 // cause one rebuild. A hidden window is rebuilt when it is shown.
 class SettingsWindow {
   public:
-    // Does not show the window yet. The references must outlive it.
+    // Does not show the window yet. The references must outlive this object.
     SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& state, const L10n& texts);
     SettingsWindow(const SettingsWindow&) = delete;
     SettingsWindow& operator=(const SettingsWindow&) = delete;

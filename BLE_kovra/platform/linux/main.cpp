@@ -56,8 +56,8 @@ void adoptLocale() {
 
 void runApplication() {
     kovra::SdEventLoop loop;
-    // Signals are received from here on and handled by the loop. So a program that is terminated while the bus keeps it
-    // waiting still clears a flag that a crash may have left.
+    // From here on the loop handles the signals. So a program that is terminated while it waits for the bus still
+    // clears a flag that a crash may have left.
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {

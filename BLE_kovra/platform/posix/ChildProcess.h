@@ -14,7 +14,7 @@ namespace kovra {
 // A child process.
 class ChildProcess {
   public:
-    // Null on failure, with errno.
+    // Returns null, with errno set, on failure.
     static std::unique_ptr<ChildProcess> start(Spawn& how, const std::string& executable,
                                                const std::vector<std::string>& arguments);
 

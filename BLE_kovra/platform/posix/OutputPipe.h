@@ -12,7 +12,7 @@ class Spawn;
 // A pipe for a program's standard output and standard error, in the order of writing.
 class OutputPipe {
   public:
-    // Null on failure, with errno.
+    // Returns null, with errno set, on failure.
     static std::unique_ptr<OutputPipe> open();
 
     // Call it before the program is started.

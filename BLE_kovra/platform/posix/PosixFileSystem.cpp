@@ -27,8 +27,8 @@ int writeAtStart(int file, std::string_view text) {
 
 int cutTo(int file, std::size_t size) { return ::ftruncate(file, static_cast<off_t>(size)) == 0 ? 0 : errno; }
 
-// Truncates a longer file first and a shorter one last. So no intermediate state is empty, nor a word that nobody
-// wrote: between "on" and "off" a reader may see "of".
+// Truncates a longer file before the write, and a shorter one after it. So neither step leaves an empty file or a wrong
+// "on". Between "off" and "on" a reader may see the fragment "of".
 int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     const bool growing = sizeBefore < static_cast<off_t>(text.size());
     if (growing) {
@@ -47,7 +47,7 @@ bool isInPlace(int file, const std::string& path) {
     return written.st_dev == inPlace.st_dev && written.st_ino == inPlace.st_ino;
 }
 
-// Returns the descriptor, or -1 with errno.
+// Returns the descriptor, or -1 with errno set.
 int openForWriting(const char* path) {
     // Follow no link, which could lead to any of the user's files. Do not wait for the reader of a pipe.
     constexpr int how = O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;

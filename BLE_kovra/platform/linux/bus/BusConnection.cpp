@@ -33,7 +33,7 @@ int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 0; }
 // One subscription or call. Its messages are delivered from the queue.
 class BusConnection::Request {
   public:
-    // Without a sender, messages of anybody are delivered.
+    // Without a sender, messages from any client are delivered.
     Request(SdEventLoop& loop, BusFailures& failures, std::string what, Receive received,
             std::shared_ptr<const NameOwner> sender = nullptr)
         : loop_(loop),

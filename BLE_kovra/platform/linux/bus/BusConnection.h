@@ -54,7 +54,7 @@ class BusConnection {
     // Null after the bus has disconnected; the functions below then do nothing.
     sd_bus* bus() const { return bus_.get(); }
 
-    // Delivers only what the owner of the sender's name has sent, and no signal that another client forges.
+    // Delivers only signals from the owner of the sender's name. Signals that other clients forge are dropped.
     [[nodiscard]] BusToken receive(const BusSignal& signal, Receive received);
     // Watches this name only, so that the bus does not report every program that connects or disconnects.
     [[nodiscard]] BusToken watchOwner(const std::string& name, OwnerChanged changed);

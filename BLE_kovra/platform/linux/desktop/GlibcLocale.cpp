@@ -42,7 +42,7 @@ bool isUtf8(locale_t locale) {
            std::strcmp(::nl_langinfo_l(_NL_COLLATE_CODESET, locale), "UTF-8") == 0;
 }
 
-// The user's locale may use another character set, but names are UTF-8. So use its UTF-8 variant.
+// Returns the UTF-8 variant of the user's locale. Names are UTF-8, even if the locale uses another character set.
 locale_t userLocale() {
     constexpr int mask = LC_CTYPE_MASK | LC_COLLATE_MASK;
     const auto utf8 = [](const std::string& name) -> locale_t {
@@ -115,7 +115,7 @@ std::string GlibcLocale::sortKey(std::string_view name) const {
     while (!name.empty()) {
         const Utf8Character character = decodeUtf8(name);
         name.remove_prefix(character.length);
-        // The C library would treat a zero character as the end of the text.
+        // The C library would treat a NUL character as the end of the text.
         appendUtf8(folded, foldedCase(character.codePoint == 0 ? 0xFFFD : character.codePoint, locale_.get()));
     }
     std::string key(::strxfrm_l(nullptr, folded.c_str(), 0, locale_.get()), '\0');

@@ -26,7 +26,7 @@ struct Parsed {
 };
 
 Parsed parse(const std::string& text) {
-    // The parser would treat a zero byte as the end and ignore the rest.
+    // The parser would treat a NUL byte as the end of the text and ignore the rest.
     if (text.find('\0') != std::string::npos) return {{}, "нулевой байт"};
     if (isNestedDeeperThan(deepestNesting, text)) return {{}, "слишком глубокая вложенность"};
     try {

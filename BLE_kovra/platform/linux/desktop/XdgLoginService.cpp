@@ -49,8 +49,8 @@ bool systemHasEntry() {
     });
 }
 
-// No key makes the desktop wait for its panel: muting does not need one, and the icon appears as soon as the panel
-// does.
+// The entry does not make the desktop wait for its panel. Muting needs no panel, and the icon appears as soon as there
+// is one.
 constexpr const char* newEntry =
     "[Desktop Entry]\n"
     "Type=Application\n"

@@ -66,7 +66,7 @@ void UdevHIDManager::checkAfterStop() {
     try {
         continued_ = loop_.onSignal(SIGCONT, [this] { resynchronize(); });
     } catch (const std::system_error&) {
-        // The socket still reports events that are lost while the process is stopped.
+        // If events are lost while the process is stopped, the socket still reports that.
     }
 }
 

@@ -23,7 +23,7 @@ struct UdevHIDNode {
     };
 
     State state = State::missing;
-    // In the last two states only:
+    // Set in the last two states only:
     std::optional<UdevHIDDevice> device = {};
     std::string driver = {};  // empty if unbound
     std::string phys = {};    // where the device is connected, in the notation of its bus

@@ -23,7 +23,7 @@ class Installed : public HotKeyService::Reference {
     Listeners<>::Token token_;
 };
 
-// The same at every start, because desktops remember the user's choice of key under it.
+// The identifier is the same at every start, because desktops store the user's choice of key under it.
 std::string identifier(const HotKey& hotKey) {
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(hotKey.signature >> shift & 0xFF);
@@ -38,7 +38,7 @@ DesktopHotKeys DesktopHotKeys::onX(XConnection& connection) {
     });
 }
 
-// Named by its letter, since portals cannot identify a key by its position.
+// The key is named by its letter, since portals cannot identify a key by its position.
 DesktopHotKeys DesktopHotKeys::onPortal(SessionBus& bus) {
     return DesktopHotKeys([&bus](const HotKey& hotKey, std::function<void()> pressed) {
         PortalShortcut::Description key{.id = identifier(hotKey), .text = "BLE-kovra", .trigger = "CTRL+ALT+t"};

@@ -146,7 +146,7 @@ bool PortalShortcut::isOurs(sd_bus_message* message) const {
 
 void PortalShortcut::ownerChanged(std::string_view before, std::string_view now) {
     if (!before.empty()) reset();
-    // The portal may also have been started by this request.
+    // Unless the request is already running: it may have started the portal itself.
     if (!now.empty() && !isRequested_) registerApplication();
 }
 
@@ -163,7 +163,7 @@ std::string PortalShortcut::newRequest(Step next) {
     sd_bus_get_unique_name(bus_->bus(), &name);
     std::string sender = name == nullptr ? "" : name + 1;  // without the colon
     std::replace(sender.begin(), sender.end(), '.', '_');
-    // Before the call, since the response may arrive before the reply.
+    // Subscribe before the call, since the response may arrive before the reply.
     response_ = subscribe(std::string(portalPath) + "/request/" + sender + "/" + token,
                           "org.freedesktop.portal.Request", "Response", next);
     return token;

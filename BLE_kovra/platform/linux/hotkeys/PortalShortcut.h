@@ -58,7 +58,7 @@ class PortalShortcut : public HotKeyService::Reference {
     const Description description_;
     const std::function<void()> pressed_;
     BusConnection* bus_ = nullptr;
-    bool isRequested_ = false;  // and not refused
+    bool isRequested_ = false;  // the request was made and not refused
     int requests_ = 0;
     std::string session_;
     std::optional<std::chrono::steady_clock::time_point> activeSince_;

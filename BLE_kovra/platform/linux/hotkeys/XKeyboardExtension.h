@@ -4,8 +4,8 @@
 
 namespace kovra {
 
-// The keyboard extension of the X server. Unlike the core protocol, it reports whether a held key was really released,
-// and a change of the layout that keeps all key codes.
+// The keyboard extension of the X server. Unlike the core protocol, it reports whether a held key was really released.
+// It also reports a change of the layout that keeps all key codes.
 //
 // Does not wait for replies. On a server without the extension nothing changes.
 class XKeyboardExtension {
@@ -15,7 +15,7 @@ class XKeyboardExtension {
     // Call it once the server has answered, otherwise it blocks. From now on a held key is reported as presses without
     // releases, and every change of the keyboard map is reported.
     void use();
-    // Includes the event of the core protocol.
+    // Recognizes the event of the core protocol too.
     bool isMapChange(const xcb_generic_event_t& event) const;
 
   private:

@@ -34,7 +34,7 @@ std::uint64_t monotonicMicroseconds() {
 
 }  // namespace
 
-// A delayed block. The loop owns it until it is due, then the queued block does; its task only refers to it.
+// A delayed block. The loop owns it until it is due. From then on the queued block owns it. Its task only refers to it.
 class SdEventLoop::Timer {
   public:
     Timer(SdEventLoop& loop, Block block) : loop_(loop), block_(std::move(block)) {}
@@ -84,7 +84,7 @@ class SdEventLoop::Task : public DelayedTask {
     std::weak_ptr<Timer> timer_;
 };
 
-// Watches one descriptor. It is reported once, and once more after each rearm().
+// Watches one descriptor. Its block runs once when the descriptor is ready, and once more after each rearm().
 class SdEventLoop::DescriptorWatch : public Watch {
   public:
     DescriptorWatch(SdEventLoop& loop, int descriptor, std::uint32_t events, Block block)

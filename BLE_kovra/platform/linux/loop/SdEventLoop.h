@@ -64,7 +64,7 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
 
     Handle<sd_event, sd_event_unref> event_;
     std::deque<Block> blocks_;
-    std::unordered_map<Timer*, std::shared_ptr<Timer>> timers_;  // not due yet
+    std::unordered_map<Timer*, std::shared_ptr<Timer>> timers_;  // those that are not due yet
     bool stopped_ = false;
 };
 

@@ -11,8 +11,8 @@ namespace {
 
 constexpr const char* interface = "org.freedesktop.Application";
 
-// The variables in which a desktop passes a token to a program that it starts, each with the token's key on the bus. In
-// order of preference.
+// The variables in which a desktop passes a token to a program that it starts, in order of preference. Each is followed
+// by the token's key on the bus.
 constexpr std::array<std::pair<const char*, const char*>, 2> tokens{
     {{"XDG_ACTIVATION_TOKEN", "activation-token"}, {"DESKTOP_STARTUP_ID", "desktop-startup-id"}}};
 

@@ -12,8 +12,8 @@
 
 namespace kovra {
 
-// Implements org.freedesktop.Application, by which other programs activate this one as the user does by starting it.
-// There are no files to open and no actions.
+// Implements org.freedesktop.Application, with which other programs activate this one. The effect is that of a second
+// start. Files and actions are not supported.
 class DBusActivation {
   public:
     static constexpr const char* path = "/org/ble_kovra/BLEKovra";
@@ -29,7 +29,8 @@ class DBusActivation {
     // message is sent.
     static void activate(BusConnection& bus, const char* busName);
 
-    // Returns that token and removes it from the environment, so that no child process uses it. Empty if there is none.
+    // Returns the token of this process and removes it from the environment, so that no child process uses it. Empty if
+    // there is none.
     static std::string takeOwnToken();
 
   private:

@@ -18,10 +18,11 @@ namespace kovra {
 // nothing happens the program sleeps.
 //
 // If the system has no watches left, or the flag's folder cannot be read, an expected hand-over is reported one second
-// later, once. One is expected at the start and after each expect().
+// later, once. A hand-over is expected at the start and after each expect().
 class FlagHandover {
   public:
-    // `flag` is an absolute path. `handedOver` is called from the queue, and not for a file that already exists.
+    // `flag` is an absolute path. `handedOver` is called from the queue. It is not called for a file that already
+    // exists.
     FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver);
     FlagHandover(const FlagHandover&) = delete;
     FlagHandover& operator=(const FlagHandover&) = delete;

@@ -22,10 +22,10 @@ class LogindSession {
     // Returns the session of this process, or else the user's graphical session. Empty if there is none.
     static std::string currentSession();
 
-    // Whether the login manager's files have this session.
+    // Whether the login manager has a file for this session.
     static bool exists(const std::string& session);
 
-    // `isThere` answers whether a session exists. The end of the session is reported only if it does not.
+    // `isThere` answers whether a session exists. The end of the session is reported only if it no longer exists.
     LogindSession(SystemBus& bus, std::string session, Events events,
                   std::function<bool(const std::string&)> isThere = exists);
 

@@ -17,7 +17,7 @@ class SdEventApplication : public Application {
     void run(ApplicationDelegate& delegate) override;
     // Does nothing: a program without windows has no entry in a task bar.
     void setActivationPolicy(ActivationPolicy policy) override;
-    // Does nothing: on Linux it is windows that come to the front, each when it is shown.
+    // Does nothing: on Linux each window comes to the front when it is shown.
     void activateIgnoringOtherApps() override {}
     void terminate() override;
     void beep() override;

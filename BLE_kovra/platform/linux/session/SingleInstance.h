@@ -29,7 +29,7 @@ class SingleInstance {
     void busChanged(BusConnection* bus);
 
     bool isSecond_ = false;
-    bool isAnswered_ = false;  // on this connection
+    bool isAnswered_ = false;  // the bus has answered on this connection
     DBusActivation activation_;
     BusToken listening_;
 };

@@ -20,7 +20,7 @@ std::string escaped(std::string_view title) {
 }
 
 // Panels parse the name of a key with their toolkit. GTK expects X keysym names, Qt expects the character on the key.
-// For letters and digits both are the same. Empty for a key without a name here.
+// For letters and digits both are the same. Returns an empty name for any other key except the comma.
 std::string keyName(const std::string& key) {
     if (key == ",") return anyOf(desktopNames(), {"KDE", "LXQt"}) ? "," : "comma";
     if (key.size() != 1) return "";

@@ -34,7 +34,7 @@ class StatusNotifierWatcher {
 
     BusConnection* bus_ = nullptr;
     std::string item_;
-    bool isRegistered_ = false;  // or the call is pending
+    bool isRegistered_ = false;  // true also while the call is pending
     bool hasHost_ = false;
     Hosts hosts_;
     BusToken owner_;

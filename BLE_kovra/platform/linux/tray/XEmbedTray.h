@@ -18,7 +18,8 @@ class XEmbedTray : public TrayFront {
     XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item);
     ~XEmbedTray() override;
 
-    // From now on, this watcher decides whether there is a StatusNotifier host, which takes over the icon.
+    // Lets this watcher report from now on whether there is a StatusNotifier host. While there is one, the host shows
+    // the icon.
     void follow(StatusNotifierWatcher& watcher);
     void setHostPresent(bool isPresent) { choice_.setHostPresent(isPresent); }
 

@@ -76,7 +76,7 @@ void XEmbedTrayWatch::receiveOwner() {
         xcb_get_selection_owner_reply(x_.get(), ownerRequest_, nullptr));
     const xcb_window_t now = reply ? reply->owner : XCB_NONE;
     if (std::exchange(candidate_, now) != now) {
-        // The owner may have exited between the query and the selection of its events. So query once more.
+        // The owner may have exited between the query and the selection of its events, so query once more.
         if (now != XCB_NONE) select(x_, now, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
         queryOwner();
     } else if (std::exchange(owner_, now) != now) {

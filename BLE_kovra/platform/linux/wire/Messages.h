@@ -50,7 +50,7 @@ struct PopUpMenu {
 // A state: the settings window and its content. The window comes to the front when `front` changes.
 struct ShowWindow {
     std::string title;
-    unsigned styleMask = 0;  // as WindowStyle has it
+    unsigned styleMask = 0;  // flags of WindowStyle
     Size contentSize;
     std::uint64_t front = 0;
     std::string activationToken;  // permits the window to come to the front; may be empty
@@ -118,7 +118,7 @@ struct WindowClosed {
     bool operator==(const WindowClosed&) const = default;
 };
 
-// The user answered the alert with this number: with a button, counted from 0, or by closing it.
+// The user answered the alert that has this number: pressed a button (counted from 0), or closed it.
 struct AlertAnswered {
     std::uint64_t number = 0;
     std::optional<std::size_t> button;

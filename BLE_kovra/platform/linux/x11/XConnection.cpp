@@ -37,7 +37,7 @@ XConnection::XConnection(SdEventLoop& loop, Connection connection, int screen, s
       connection_(std::move(connection)),
       roots_(rootsOf(connection_.get(), screen)) {
     watch_ = loop_.watch(xcb_get_file_descriptor(connection_.get()), [this] {
-        // Before the events, so that a listener may run the loop nested.
+        // Rearm before the events are delivered, so that a listener may run the loop nested.
         watch_->rearm();
         dispatch();
     });

@@ -30,8 +30,8 @@ void notifyOfEnd() {
 
 [[noreturn]] void notifyOfEndAndAbort() {
     if (![NSThread isMainThread]) {
-        // This thread belongs to the system, the delegate to the main thread. So let the main thread end the program
-        // first.
+        // This thread belongs to the system, but the delegate belongs to the main thread. So give the main thread time
+        // to end the program.
         constexpr unsigned timeout = 1;  // seconds
         mainQueue->async([] { notifyOfEndAndAbort(); });
         sleep(timeout);

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// All HID devices of the machine. The system reports them even if the user does not permit input monitoring, which this
-// program does not do.
+// All HID devices of the machine. The system reports them even if the user does not permit input monitoring. This
+// program does not monitor input.
 class IOKitHIDManager : public HIDManager {
   public:
     IOKitHIDManager();

@@ -42,7 +42,7 @@ class RealisedView {
     // The AppKit view, including the views that the modifiers add around it.
     NSView* outermost() const { return outermost_; }
     bool takesWidth() const { return takesWidth_; }
-    // The texts in it, in reading order.
+    // The texts in this view, in reading order.
     virtual std::vector<std::string> texts() const { return {}; }
 
   protected:

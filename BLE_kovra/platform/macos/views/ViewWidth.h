@@ -12,7 +12,8 @@ namespace kovra {
 bool takesWidth(const View& view);
 bool takesWidth(const View& view, std::size_t modifierCount);
 
-// Returns the width that remains inside all modifiers of a view, given the width around it. No number: not limited.
+// Returns the width that remains inside all modifiers of a view, given the width around it. Empty if the width is not
+// limited.
 std::optional<double> widthInside(const View& view, std::optional<double> around);
 
 }  // namespace kovra

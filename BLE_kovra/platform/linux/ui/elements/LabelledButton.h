@@ -33,13 +33,13 @@ class LabelledButton : public Button {
     // Calls `onUse` when the user clicks the button or switches it by the keyboard or a screen reader.
     LabelledButton(QWidget& parent, const std::function<void()>& onUse) : Button(&parent) {
         QObject::connect(this, &Button::clicked, this, onUse);
-        // Screen readers switch it without a click.
+        // Screen readers switch the button without a click.
         QObject::connect(this, &Button::toggled, this, [this, onUse](bool isOn) {
             if (!isClicked_ && (isOn || isCheckBox)) onUse();
         });
     }
 
-    // Does not count as an action of the user.
+    // Sets the state. This does not count as an action of the user.
     void showChecked(bool isChecked) {
         const QSignalBlocker silent(this);
         this->setChecked(isChecked);
@@ -82,7 +82,7 @@ class LabelledButton : public Button {
         isClicked_ = false;
     }
 
-    // Reserves the space of the label where the style or a screen reader queries the size of the button.
+    // Reserves the space of the label when the style or a screen reader queries the size of the button.
     void initStyleOption(QStyleOptionButton* option) const override {
         Button::initStyleOption(option);
         option->text = this->accessibleName();

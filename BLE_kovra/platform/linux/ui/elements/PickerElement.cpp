@@ -56,7 +56,7 @@ void PickerElement::select(const std::string& tag) {
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         const bool isSelected = picker_.options[i].tag == tag;
         if (buttons_[i]->isChecked() == isSelected) continue;
-        // An exclusive button cannot be unchecked otherwise.
+        // Otherwise an exclusive button cannot be unchecked.
         buttons_[i]->setAutoExclusive(false);
         buttons_[i]->showChecked(isSelected);
         buttons_[i]->setAutoExclusive(true);

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// A scroll area around its child, never taller than the child. It shows a scroll bar when it is shorter. Updates of the
+// A scroll area around its child, never taller than the child. If it is shorter, it shows a scroll bar. Updates of the
 // child keep the scroll position as far as possible.
 class ScrollElement : public Element {
   public:

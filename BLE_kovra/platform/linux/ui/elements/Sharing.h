@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The width or height that a view needs and prefers, in pixels. One that expands takes more if there is space left.
+// The width or height that a view needs and prefers, in pixels. A view that expands takes more if space is left.
 struct SizeHint {
     int minimum = 0;
     int preferred = 0;

@@ -10,7 +10,7 @@ namespace kovra {
 namespace {
 
 constexpr double textContrast = 4.5;
-constexpr double lineContrast = 3.6;  // antialiasing takes some of it away from round lines
+constexpr double lineContrast = 3.6;  // round lines lose some of it to antialiasing
 
 // Relative to the size of the desktop's font.
 double size(Font font) {

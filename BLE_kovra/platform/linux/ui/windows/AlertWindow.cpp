@@ -26,7 +26,7 @@ class TextView : public QLabel {
         setAlignment(Qt::AlignLeading | Qt::AlignTop);
     }
 
-    // Makes it as wide as its longest line, but wraps lines longer than `width` pixels.
+    // Makes the label as wide as its longest line, but wraps lines longer than `width` pixels.
     void wrapAt(int width) {
         setMinimumWidth(0);
         setWordWrap(false);
@@ -50,7 +50,7 @@ class IconView : public QWidget {
     }
 };
 
-// Leaves Return to the dialog. On some desktops it would press the focused button.
+// A button that leaves Return to the dialog. On some desktops Return would otherwise press the focused button.
 class Button : public QPushButton {
     using QPushButton::QPushButton;
     void keyPressEvent(QKeyEvent* event) override {
@@ -61,7 +61,7 @@ class Button : public QPushButton {
     }
 };
 
-// Screen readers announce it as an alert.
+// Makes screen readers announce the window as an alert.
 QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
     auto* alert = dynamic_cast<AlertWindow*>(object);
     return alert == nullptr ? nullptr : new QAccessibleWidget(alert, QAccessible::AlertMessage);
@@ -150,7 +150,7 @@ void AlertWindow::changeEvent(QEvent* event) {
     QDialog::changeEvent(event);
 }
 
-// A held key answers nothing: the user may have pressed it before the alert appeared.
+// A held key is not an answer: the user may have pressed it before the alert appeared.
 void AlertWindow::keyPressEvent(QKeyEvent* event) {
     if (!event->isAutoRepeat()) QDialog::keyPressEvent(event);
 }

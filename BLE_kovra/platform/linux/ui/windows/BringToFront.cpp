@@ -30,7 +30,7 @@ xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-// Requests activation from the window manager like a task bar. The toolkit's own request names the program as the
+// Requests activation from the window manager as a task bar does. The toolkit's own request names the program as the
 // source. Many window managers then compare user times, and a program without a window always loses.
 void activateForUser(xcb_connection_t* server, xcb_window_t window) {
     constexpr std::uint32_t sourceIsPager = 2;

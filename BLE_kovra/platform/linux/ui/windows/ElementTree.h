@@ -23,7 +23,7 @@ class ElementTree {
     // widget is removed, its neighbor receives the focus. The view includes the user's changes up to `acknowledged`.
     void show(const View& view, std::uint64_t acknowledged);
 
-    // Lays the elements out in the middle of this size.
+    // Lays out the elements, centered in an area of this size.
     void layOut(const QSize& size);
     // The smallest height that cuts nothing.
     int minimumHeight(int width);

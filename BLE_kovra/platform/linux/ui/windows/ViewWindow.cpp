@@ -62,7 +62,7 @@ bool isReachable(const QRect& window) {
     });
 }
 
-// Screen readers announce it as a window.
+// Makes screen readers announce the widget as a window.
 QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
     auto* window = dynamic_cast<ViewWindow*>(object);
     return window == nullptr ? nullptr : new QAccessibleWidget(window, QAccessible::Window);

@@ -23,7 +23,8 @@ class ViewWindow : public Surface, private UserActions {
     explicit ViewWindow(SendToResident send);
     ~ViewWindow() override;
 
-    // Comes to the front the first time and whenever `front` changes. Takes over the place the first time only.
+    // The window comes to the front the first time and whenever `front` changes. It takes over the place only the first
+    // time.
     void showWindow(const ShowWindow& shown);
 
   private:
