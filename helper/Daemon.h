@@ -24,7 +24,7 @@ class Daemon {
     struct Session {
         std::function<std::optional<uid_t>()> activeUser;
         std::function<bool(uid_t)> isApplicationRunning;
-        std::function<void()> releaseApplication;  // stops watching it until it is asked for again
+        std::function<void()> releaseApplication;  // until the next isApplicationRunning()
     };
 
     // A failed hand-over is retried with these delays, and without delay for another user.

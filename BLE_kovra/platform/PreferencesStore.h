@@ -26,10 +26,10 @@ class PreferencesStore {
   public:
     virtual ~PreferencesStore() = default;
 
-    // Absent if nothing is stored under the key.
+    // The stored value. Absent if nothing is stored under the key.
     virtual std::optional<PreferenceValue> object(std::string_view key) const = 0;
     // The stored value as a boolean. A number is true unless it is 0. A text is true if it begins with Y, y, T, t or a
-    // digit 1 to 9, after optional white space, a sign and zeros. Anything else is false.
+    // digit 1 to 9. White space, a sign and zeros may precede that. Anything else is false.
     bool boolean(std::string_view key) const;
     // Replaces the value of this key alone. In a text that is not valid UTF-8, U+FFFD may replace the invalid bytes.
     virtual void set(std::string_view key, const PreferenceValue& value) = 0;

@@ -26,7 +26,8 @@ class ProcessRunner {
 
     // Runs the program to its end and returns its output, whatever its exit status. Standard output and standard error
     // share one pipe. Null if the program cannot be started, if the application terminates first, or if the output
-    // exceeds the limit; a running program is then terminated. Blocks only the caller; the main queue keeps running.
+    // exceeds the limit. A program that still runs is then terminated. Blocks only the caller; the main queue keeps
+    // running.
     virtual std::optional<std::string> output(const Command& command) = 0;
 
     // Starts the program with this process's standard streams and does not wait for it.

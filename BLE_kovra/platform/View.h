@@ -76,7 +76,7 @@ struct Stack {
     bool operator==(const Stack&) const = default;
 };
 
-// Scrolls its only child vertically. It is never higher than the child.
+// Scrolls its only child vertically. The scroll view is never taller than the child.
 struct ScrollView {
     bool operator==(const ScrollView&) const = default;
 };
@@ -96,7 +96,7 @@ struct Padding {
     double vertical = 0;    // at the top, and at the bottom
     bool operator==(const Padding&) const = default;
 };
-// A size that is not set is that of the content.
+// If a size is not set, the size of the content applies.
 struct Frame {
     static constexpr double unbounded = std::numeric_limits<double>::infinity();
     std::optional<double> width = std::nullopt;

@@ -26,7 +26,7 @@ class GlobalHotkey {
 
     // Installs the handler, then registers the hot key. Call it once.
     void registerHotKey();
-    // Unregisters the hot key, then removes the handler, as far as the desktop granted them.
+    // Unregisters the hot key, then removes the handler, if the desktop granted them.
     void unregister();
 
   private:

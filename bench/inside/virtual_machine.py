@@ -28,7 +28,7 @@ def play(host, task):
         mouse = world.plug(NAME)
         on = writes(watcher)
         host.report("plugged", ours=on[OURS] - mouse.added, floor=on[LISTENER] - mouse.added)
-        # The flag becomes "off" after two seconds. Until then udevd has become idle, too.
+        # The flag becomes "off" after two seconds. By then udevd is idle, too.
         mouse.unplug()
         writes(watcher)
     for process in (watcher, listener):

@@ -1,4 +1,4 @@
-"""From plugging the mouse to the muted touchpad, and from removing it to the unmuted one, on the virtual laptop."""
+"""The time from the plug of the mouse to the muted touchpad, and from its removal to the unmuted one, on the laptop."""
 
 import statistics
 

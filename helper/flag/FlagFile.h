@@ -15,7 +15,7 @@ class FlagFile {
   public:
     enum class Content { off, on };
 
-    // Empty if there is no such file, or if it is not a regular file of the owner.
+    // Opens the file. Returns nothing if there is no such file, or if it is not a regular file of the owner.
     static std::optional<FlagFile> open(int folder, const char* name, uid_t owner);
     // Creates a file with this content that only its owner can write. Fails if a file of that name exists. After a
     // failure it returns nothing, sets errno and leaves no file behind.

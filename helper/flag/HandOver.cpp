@@ -35,9 +35,9 @@ int clearName(int folder, const std::string& name) {
     return ::renameat2(folder, name.c_str(), folder, odd.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
 }
 
-// Steps 1 and 2 of handOverFlag(). Does not touch a flag unless exactly one user can write it: the helper did not
-// create any other. If the link cannot be created, the right is revoked anyway. The user's content is lost then, but
-// the trackpad works.
+// Steps 1 and 2 of handOverFlag(). Does not touch a flag unless exactly one user can write it, since the helper creates
+// no other. If the link cannot be created, the right is revoked anyway. The user's content is lost then, but the
+// trackpad works.
 void revokeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
     const auto user = old ? old->writer() : std::nullopt;

@@ -11,7 +11,8 @@ class InhibitedAttribute {
   public:
     explicit InhibitedAttribute(std::string folder = "/sys/class/input") : folder_(std::move(folder)) {}
 
-    // Empty if the device or its attribute does not exist, or if its value is neither 0 nor 1.
+    // The value of the attribute. Empty if the device or the attribute does not exist, or if the value is neither 0 nor
+    // 1.
     std::optional<bool> isInhibited(const std::string& name) const;
     // Returns 0 or an error number. Setting the attribute to 0 opens the device again. The driver may refuse that, and
     // then the attribute stays 1.

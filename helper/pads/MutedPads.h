@@ -24,8 +24,8 @@ class MutedPads {
     // Reads the list, even if another process holds it. Other files in the folder are ignored.
     explicit MutedPads(std::string runtimeFolder);
 
-    // Locks the list until this process ends. Returns 0 or an error number: EWOULDBLOCK if another process holds the
-    // list, ENOENT if there is no folder and none is to be created.
+    // Locks the list until this process ends. Returns 0 or an error number. EWOULDBLOCK: another process holds the
+    // list. ENOENT: there is no folder, and none is to be created.
     int lock(IfMissing ifMissing);
 
     // The devices that were read by the constructor and by lock(), and those added and not removed since.

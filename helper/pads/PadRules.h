@@ -28,7 +28,7 @@ struct InputProperties {
     std::string hid = {};  // the path of its HID device; empty if it has none
 };
 
-// Whether the device is a touchpad of seat0 that is built into the computer. Virtual devices are not.
+// Whether the device is a touchpad of seat0 that is built into the computer. A virtual device is not built in.
 //
 // On USB the port decides, if the kernel knows it. Otherwise the property of udev's database decides, then the bus and
 // the vendor. Without any information, a touchpad counts as built in.

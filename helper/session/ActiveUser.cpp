@@ -18,7 +18,7 @@ std::string sessionText(int (*get)(const char*, char**), const char* session) {
     return text;
 }
 
-// Empty if the seat has no session in the foreground, or if that session ends during the call.
+// The session in the foreground of the seat. Empty if there is none, or if it ends during the call.
 std::optional<ForegroundSession> foregroundSession() {
     char* name = nullptr;
     if (sd_seat_get_active(seat, &name, nullptr) < 0 || name == nullptr) return std::nullopt;

@@ -32,7 +32,7 @@ class ActiveUser {
 
     // The user at the machine, updated before each call of onChange.
     std::optional<uid_t> current() const { return current_; }
-    // Called when another user is at the machine, or no user any more.
+    // Called when another user, or no user, is at the machine now.
     std::function<void()> onChange;
 
   private:

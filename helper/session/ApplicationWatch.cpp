@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 
 constexpr const char* application = "ble-kovra";
 
-// Empty if the process is not this user's application.
+// The status of the process. Empty if it is not this user's application.
 std::optional<ProcessStatus> applicationOf(uid_t user, pid_t process) {
     auto status = processStatus(process);
     const bool isApplication =

@@ -19,7 +19,7 @@ struct ProcessStatus {
 // Parses the text of /proc/PID/status. Empty if a field is missing or malformed.
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
 
-// Empty if the process does not exist any more.
+// Reads the status of a process. Empty if the process does not exist any more.
 std::optional<ProcessStatus> processStatus(pid_t process);
 
 }  // namespace kovra::helper

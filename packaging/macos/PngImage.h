@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// A square picture with four bytes per pixel: red, green, blue and opacity. Row by row from the top.
+// A square picture with four bytes per pixel: red, green, blue and opacity. The first row is the top row.
 struct PixelSquare {
     unsigned side = 0;
     std::vector<std::uint8_t> bytes;

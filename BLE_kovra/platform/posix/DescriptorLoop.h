@@ -8,7 +8,7 @@ namespace kovra {
 // The event loop of the main thread, for code that waits for file descriptors.
 class DescriptorLoop {
   public:
-    // Watches a descriptor until it is destroyed.
+    // Watches a descriptor for as long as this object lives.
     class Watch {
       public:
         virtual ~Watch() = default;

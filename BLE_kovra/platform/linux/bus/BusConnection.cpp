@@ -167,7 +167,7 @@ void BusConnection::releaseName(const char* name) {
     if (bus_) check(sd_bus_release_name_async(bus_.get(), nullptr, name, ignoreAnswer, nullptr), name);
 }
 
-// Null if the message cannot be created.
+// Returns a call with its arguments, or null if it cannot be created.
 BusMessage BusConnection::newCall(const BusMethod& method, const Write& write) {
     if (!bus_) return nullptr;
     sd_bus_message* made = nullptr;

@@ -51,7 +51,7 @@ class BusConnection {
     // `lost` is called from the queue after the bus has disconnected. It may destroy this connection.
     BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& failures, std::function<void()> lost = {});
 
-    // Null after the bus has disconnected; the functions below then do nothing.
+    // The connection of sd-bus. Null after the bus has disconnected; the functions below then do nothing.
     sd_bus* bus() const { return bus_.get(); }
 
     // Delivers only signals from the owner of the sender's name. Signals that other clients forge are dropped.

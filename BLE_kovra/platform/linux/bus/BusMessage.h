@@ -53,8 +53,9 @@ class BusWriter {
     int result_ = 0;
 };
 
-// Reads the next value of the message, an array of such entries. For each key, `take` reads the value and returns 1, or
-// returns 0 to skip it, or returns a negative error number. Returns 1 if all entries were read, otherwise the error.
+// Reads the next value of the message, an array of dictionary entries. For each key, `take` reads the value and returns
+// 1, or returns 0 to skip it. On failure it returns a negative error number. Returns 1 if all entries were read,
+// otherwise the error.
 template <typename Take>
 int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, entries);

@@ -10,14 +10,14 @@
 
 namespace kovra {
 
-// The connection that owns a well-known name at present, to tell a service's signals from forged ones.
+// Knows which connection owns a well-known name at present, to tell a service's signals from forged ones.
 //
 // Any client may send a signal straight to another client's connection, and the bus passes it on. Such a signal bears
 // the unique name of its real sender, which the bus itself writes. sd-bus cannot compare it with the well-known name in
 // a match, so it accepts the signal.
 //
-// The owner is updated inside the library's dispatch, in the order of the messages. A signal that a service sends after
-// a match was added always finds its owner known, if the match is added after this object is created.
+// The owner is updated inside the library's dispatch, in the order of the messages. Create this object before adding a
+// match. Then the owner is known for every signal that is sent after the match was added.
 class NameOwner {
   public:
     NameOwner(sd_bus* bus, std::string name, BusFailures& failures);

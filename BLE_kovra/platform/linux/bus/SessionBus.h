@@ -20,12 +20,13 @@ class SessionBus {
     explicit SessionBus(SdEventLoop& loop);
 
     SdEventLoop& loop() const { return loop_; }
-    // Null while disconnected. While the connection is being established, messages are kept and sent later.
+    // The connection, or null while disconnected. While the connection is being established, messages are kept and sent
+    // later.
     BusConnection* connection() { return bus() == nullptr ? nullptr : &*connection_; }
     sd_bus* bus() const { return connection_ ? connection_->bus() : nullptr; }
 
-    // Called from the queue: with the connection once it is established, with null once it is lost. A listener that is
-    // added while the bus is connected receives the connection too.
+    // A listener is called from the queue: with the connection once it is established, with null once it is lost. A
+    // listener that is added while the bus is connected receives the connection too.
     using Listener = std::function<void(BusConnection*)>;
     [[nodiscard]] BusToken listen(Listener listener);
 

@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// Files that show whether udevd's events reach this process: the socket of udevd, and the marker files of sandboxes,
-// which udevd's events do not reach.
+// Files that show whether udevd's events reach this process: the socket of udevd and the marker files of sandboxes. The
+// events do not reach processes in a sandbox.
 struct UdevdPaths {
     std::string control = "/run/udev/control";
     std::vector<std::string> sandboxes = {"/.flatpak-info", "/run/host/container-manager"};

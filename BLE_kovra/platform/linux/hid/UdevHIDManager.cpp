@@ -38,7 +38,7 @@ UdevHIDManager::~UdevHIDManager() { cancelPoll(); }
 void UdevHIDManager::open() {
     opened_ = true;
     checkAfterStop();
-    // Events first, so that no node is missed. A node that is seen twice is announced once.
+    // Listen before the first check, so that no node is missed. A node that is seen twice is announced once.
     if (!listen()) log_.log(pollingLine);
     resynchronize();
 }
@@ -109,7 +109,7 @@ void UdevHIDManager::poll() {
     resynchronize();
 }
 
-// Events first, so that the socket is drained soon.
+// Handles events first, so that the socket is drained soon.
 std::optional<UdevHIDManager::Check> UdevHIDManager::next() {
     using Kind = UdevEvents::Event::Kind;
     using IfMissing = UdevHIDAnnouncer::IfMissing;

@@ -146,7 +146,7 @@ bool PortalShortcut::isOurs(sd_bus_message* message) const {
 
 void PortalShortcut::ownerChanged(std::string_view before, std::string_view now) {
     if (!before.empty()) reset();
-    // Unless the request is already running: it may have started the portal itself.
+    // If the request itself has started the portal, do not repeat it.
     if (!now.empty() && !isRequested_) registerApplication();
 }
 

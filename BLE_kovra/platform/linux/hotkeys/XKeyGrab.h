@@ -19,8 +19,8 @@ namespace kovra {
 // A press counts with exactly these modifiers, whichever lock keys are on and whichever layout is active. A held key
 // counts as one press. If the keyboard map moves Alt or a lock key to another modifier bit, the grab follows.
 //
-// The key is grabbed once the server has answered. If another program has grabbed it in combination with any of the
-// lock keys, this object gives up the key permanently and without an error.
+// The key is grabbed once the server has answered. If another program has grabbed it with any lock keys, this object
+// gives up the key permanently and without an error.
 class XKeyGrab : public HotKeyService::Reference {
   public:
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);

@@ -15,8 +15,8 @@
 
 namespace kovra {
 
-// Exports the icon on the session bus as org.kde.StatusNotifierItem: the image by name and as pixmaps, the tool tip,
-// and the path of the menu.
+// Exports the icon on the session bus as org.kde.StatusNotifierItem. The item has an image (by name and as pixmaps), a
+// tool tip, and the path of the menu.
 //
 // The item has nothing but its menu (ItemIsMenu), and the desktop draws that menu. Some desktops report clicks anyway
 // (Activate, SecondaryActivate, ContextMenu). The item then opens the menu at the position that they name. If the

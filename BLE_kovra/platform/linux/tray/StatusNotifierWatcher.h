@@ -14,7 +14,7 @@ class StatusNotifierWatcher {
   public:
     explicit StatusNotifierWatcher(SessionBus& bus);
 
-    // False until the desktop has answered.
+    // Whether there is a host. False until the desktop has answered.
     bool hasHost() const { return hasHost_; }
     // Called from the queue whenever the presence of a host changes.
     using Hosts = Listeners<bool>;

@@ -60,7 +60,7 @@ int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(windowIcon());
-    QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // Wayland finds the icon by it
+    QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // by this name, Wayland finds the icon
 
     Screen screen;
     LineReader reader(longestToWindow);

@@ -85,7 +85,7 @@ class WindowProcess::Running {
     }
 
   private:
-    // Ignores errors: the end of the process reports a closed connection.
+    // Ignores errors: the process ends when its connection is closed, and that end is reported.
     void flush() {
         if (outbox_.flush(socket_->number()) != Outbox::State::waiting)
             writing_.reset();

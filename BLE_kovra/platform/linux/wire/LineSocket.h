@@ -14,8 +14,8 @@ namespace kovra {
 // The descriptor of the socket in the window process.
 constexpr int windowSocket = 3;
 
-// The longest lines that each side accepts. The first holds a window with some ten thousand devices, the second one
-// action of the user.
+// The longest lines that each side accepts. The first is enough for a window with some ten thousand devices, the second
+// for one action of the user.
 constexpr std::size_t longestToWindow = 16'000'000;
 constexpr std::size_t longestToResident = 64'000;
 

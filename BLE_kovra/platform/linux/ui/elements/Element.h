@@ -36,7 +36,7 @@ struct Site {
     bool isInControl = false;  // part of a control, which handles input and screen readers for it
 };
 
-// Shows one view with its modifiers, by a widget of its own or painted by its host.
+// Shows one view with its modifiers. The element has a widget of its own, or its host paints it.
 //
 // An element is kept as long as the tree has a view of the same kind and id at its place. An update changes only what
 // differs.

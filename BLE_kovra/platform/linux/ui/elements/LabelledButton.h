@@ -18,11 +18,11 @@
 
 namespace kovra {
 
-// Pixels above, below and to the right of a button, so that its focus ring does not touch the texts. Less than half of
-// the spacing between two rows.
+// Pixels above, below and to the right of a button, so that its focus ring does not touch the texts. This is less than
+// half of the spacing between two rows.
 constexpr int focusRingMargin = 2;
 
-// Scrolls the widget into view if it received the focus by the keyboard.
+// Scrolls the widget into view if it received the focus from the keyboard.
 void scrollIntoView(QWidget& widget, Qt::FocusReason reason);
 
 // A check box or a radio button whose label is a view, which the button paints itself. The whole button can be clicked.
@@ -30,7 +30,7 @@ void scrollIntoView(QWidget& widget, Qt::FocusReason reason);
 template <typename Button>
 class LabelledButton : public Button {
   public:
-    // Calls `onUse` when the user clicks the button or switches it by the keyboard or a screen reader.
+    // Calls `onUse` when the user clicks the button or switches it with the keyboard or a screen reader.
     LabelledButton(QWidget& parent, const std::function<void()>& onUse) : Button(&parent) {
         QObject::connect(this, &Button::clicked, this, onUse);
         // Screen readers switch the button without a click.

@@ -23,7 +23,7 @@ milliseconds now() {
 }  // namespace
 
 RequestedMenu::RequestedMenu(SendToResident send) : send_(std::move(send)) {
-    // Queued, because the toolkit reports the choice after it hides the menu.
+    // The handler is queued, because the toolkit reports the choice after it hides the menu.
     QObject::connect(
         &widget(), &QMenu::aboutToHide, &widget(), [this] { sendClosed(); }, Qt::QueuedConnection);
 }

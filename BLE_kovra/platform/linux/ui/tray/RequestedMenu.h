@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// The status item's menu for desktops that request it, which they do at each click of the icon. One click opens the
-// menu, the next closes it. A late request opens nothing, because by then the user may be doing something else.
+// The status item's menu for desktops that request it at each click on the icon. One click opens the menu, the next
+// closes it. A late request opens nothing, because by then the user may be doing something else.
 class RequestedMenu {
   public:
     // Sends MenuClosed when the menu closes, and for a request that opens nothing.

@@ -12,7 +12,7 @@ namespace kovra {
 
 namespace {
 
-// The toolkit interprets a tool tip that looks like HTML.
+// Without this, the toolkit would interpret a tool tip that looks like HTML.
 QString plain(const QString& text) { return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text; }
 
 }  // namespace
