@@ -39,7 +39,7 @@ PACKAGES = [
 
 
 def prepare():
-    """Returns the folder of the overlay. It is installed again when the packages of the machine have changed."""
+    """Returns the folder of the overlay. The overlay is installed again when the packages of the machine have changed."""
     need_root()
     stamp, state = FOLDER / "machine", hashlib.sha256(pathlib.Path("/var/lib/dpkg/status").read_bytes()).hexdigest()
     if not stamp.exists() or stamp.read_text() != state:

@@ -7,7 +7,7 @@ namespace kovra::helper {
 // The severities of syslog. The journal reads the number at the start of a line.
 enum class Severity { error = 3, warning = 4, notice = 5, info = 6 };
 
-// Writes one line of English to standard error, from where the journal takes it. The line is written by one call, and
+// Writes one line of English to standard error, from where the journal takes it. The line is written with one call, and
 // a failure is ignored. A line equal to the previous one is not repeated.
 void log(Severity severity, std::string_view line);
 

@@ -87,7 +87,7 @@ int run(bool isRelease) {
         if (!isRelease) delayRestart();
         return 1;
     }
-    // A folder that is missing holds no muted pads. One that cannot be read may hold some.
+    // A folder that is missing holds no muted pads. A folder that cannot be read may hold some.
     int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
     bool hasStarted = isRelease;
     try {

@@ -31,7 +31,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching() override;
-    // Opens the settings, also on a desktop without a tray.
+    // Opens the settings. This also works on a desktop without a tray.
     void applicationDidReopen() override;
     // Decides again one queue turn later. This retries a failed write of the flag.
     void applicationDidResume() override;

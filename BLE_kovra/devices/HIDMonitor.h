@@ -55,7 +55,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
         std::string key;
         std::size_t number;  // in the order of first attachment
         std::string name = {};
-        std::string sortKey = {};              // of the name; cached, as it costs more than many comparisons
+        std::string sortKey = {};              // key of the name; cached, as it costs more than many comparisons
         std::set<std::uint64_t> present = {};  // the attached interfaces
         std::unique_ptr<DelayedTask> pendingDisconnect = {};  // set while the grace period is running
 

@@ -33,8 +33,8 @@ class Application {
     virtual void activateIgnoringOtherApps() = 0;
 
     // Notifies the delegate before it returns. From then on no queued block runs, no process starts and no alert opens.
-    // Either run() returns or the process ends inside this call, so code after these two calls may not run. A second
-    // call does nothing.
+    // Either run() returns or the process ends inside this call, so code after these two calls does not always run. A
+    // second call does nothing.
     virtual void terminate() = 0;
 
     // Plays the system's alert sound. Returns at once and reports no errors.

@@ -13,7 +13,7 @@ struct ColoredPicture {
     struct Layer {
         std::uint32_t color = 0;                        // 0xRRGGBB
         std::variant<RoundedRectangle, Segment> shape;  // a rectangle is filled
-        double lineWidth = 0;                           // of a segment; its ends are round
+        double lineWidth = 0;                           // the width of a segment, whose ends are round
         bool operator==(const Layer&) const = default;
     };
     Size size;

@@ -39,8 +39,8 @@ class HotKeyService {
     // The handler runs on the main thread, once per press of a registered hot key, however long the key is held. Null
     // on failure.
     virtual std::unique_ptr<Reference> installHandler(Handler handler) = 0;
-    // From now on presses reach only the handlers. Null on failure. If the desktop replies late, a refusal may go
-    // unnoticed.
+    // Registers the hot key. From now on presses reach only the handlers. Null on failure. If the desktop replies late,
+    // a refusal may go unnoticed.
     virtual std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) = 0;
 };
 

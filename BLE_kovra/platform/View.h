@@ -118,7 +118,7 @@ struct View {
     using Kind = std::variant<Text, Circle, Toggle, Picker, Link, Divider, Spacer, Stack, ScrollView>;
 
     Kind kind;
-    std::vector<View> children;       // of a stack; the only child of a scroll view; a toggle's label
+    std::vector<View> children;       // the children of a stack, the only child of a scroll view, or a toggle's label
     std::vector<Modifier> modifiers;  // the innermost first
     // Identifies the view among its siblings. If the id is empty, the position identifies the view.
     std::string id;

@@ -20,7 +20,7 @@ void GlobalHotkey::unregister() {
 }
 
 int GlobalHotkey::pressed() const {
-    // Copied, since the trigger may replace itself.
+    // Call a copy, since the trigger may replace itself.
     if (const auto trigger = onTrigger) trigger();
     return 0;
 }

@@ -17,7 +17,7 @@ import processes
 from tray_host import TrayHost
 
 TIMEOUT_SECONDS = 20
-# Longer than the window process keeps running after its last window was closed.
+# The window process exits within this time after its last window was closed.
 END_SECONDS = 60
 TITLE = "BLE-kovra"
 

@@ -67,7 +67,7 @@ bool FlagFolder::watch(Loop& loop) {
 }
 
 bool FlagFolder::handOver(std::optional<uid_t> user) {
-    // If the flag only lacks its watch, a new file would not get one either.
+    // If the flag only lacks its watch, a new file would not get a watch either.
     const int error = isWritableBy(user) && !isFlagWatched_ ? 0 : handOverFlag(folder_.number(), trust_.owner, user);
     const int errorOfWatch = watchFlag();
     if (error != 0) {

@@ -56,7 +56,7 @@ class FlagFolder {
 
     bool watch(Loop& loop);
     bool isWritableBy(std::optional<uid_t> user) const;
-    // Watches the file that has the flag's name now, and no earlier one. Returns 0 or an error number.
+    // Watches the file that has the flag's name now, instead of any earlier file. Returns 0 or an error number.
     int watchFlag();
     void receiveEvents();
     bool isLost() const;

@@ -10,7 +10,7 @@
 
 namespace kovra::helper {
 
-// Every folder of a path, from the root to the last one. Each was opened relative to the one before.
+// Every folder of a path, from the root to the last one. Each was opened relative to its parent.
 struct TrustedPath {
     std::vector<Descriptor> folders;
     std::string refusal;  // if the path was refused: the reason, one line for the log

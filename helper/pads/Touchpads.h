@@ -27,7 +27,7 @@ class Touchpads {
     // Scans now. The constructor and each event of an input device also cause a scan.
     void rescan();
 
-    // Called when a scan finds other devices than the previous one.
+    // Called when a scan finds other devices than the previous scan.
     std::function<void()> onChange;
 
   private:

@@ -27,7 +27,7 @@ std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& se
 // Tells which user is at the machine. It watches the files of the login manager about seat0 and its sessions.
 class ActiveUser {
   public:
-    // Throws std::system_error if the system has no login manager that keeps such files.
+    // Throws std::system_error if the system has no login manager with these files.
     explicit ActiveUser(Loop& loop);
 
     // The user at the machine, updated before each call of onChange.

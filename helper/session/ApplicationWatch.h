@@ -17,14 +17,15 @@ namespace kovra::helper {
 // It holds a pidfd of one such process. It is therefore notified at once when that process ends, and does not mistake a
 // process that reuses its ID for it. All processes are searched only if no running process of this user is held.
 //
-// A program that the application is about to execute has the application's name until then. Such a child is not held
-// while its parent is running. If the parent was killed, the child is held. As there is no notification of an exec, the
-// child is then checked again after 0.1, 1 and 10 s.
+// A child of the application that is about to execute another program still has the application's name. The child is
+// not held while its parent is running. If the parent was killed, the child is held. Because there is no notification
+// of an exec, the child is then checked again after 0.1, 1 and 10 s.
 class ApplicationWatch {
   public:
     explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
 
-    // Also starts watching the process that it finds. A stopped process and one that does not respond count as running.
+    // Returns whether the application is running, and starts watching its process. A stopped process, or one that does
+    // not respond, counts as running.
     bool isRunning(uid_t user);
     // Stops watching. onEnd is not called until isRunning() has returned true again.
     void release();

@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// Returns 0 or the error.
+// Returns 0 or the error number.
 int add(int queue, uintptr_t ident, int filter, unsigned what) {
     struct kevent event {};
     EV_SET(&event, ident, static_cast<int16_t>(filter), EV_ADD, what, 0, nullptr);
@@ -18,7 +18,7 @@ int add(int queue, uintptr_t ident, int filter, unsigned what) {
 
 }  // namespace
 
-// Returns the queue itself, which is readable while it holds an event.
+// Returns a queue, which is readable once the process has ended.
 int openProcessEnd(pid_t process) {
     const int queue = ::kqueue();
     if (queue < 0) return -1;

@@ -13,7 +13,7 @@ namespace kovra {
 
 namespace {
 
-// Returns 0 or the error. A short write is continued, since only the next call reports the reason.
+// Returns 0 or the error number. A short write is continued, since only the next call reports the reason.
 int writeAtStart(int file, std::string_view text) {
     std::size_t done = 0;
     while (done < text.size()) {

@@ -10,7 +10,7 @@ namespace kovra {
 namespace {
 
 // Ignores the signals for a closed pipe, a file size limit and terminal output of a background job. The system calls
-// then report an error, and the output is written.
+// then report errors instead, and background jobs can write to the terminal.
 void ignoreFatalSignals() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

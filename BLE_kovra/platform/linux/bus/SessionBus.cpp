@@ -70,7 +70,7 @@ void SessionBus::connect() {
     const int result = open();
     if (result >= 0) return;
     failures_.add("session bus", result);
-    if (result != -EINVAL) connectLater();  // an invalid address stays invalid
+    if (result != -EINVAL) connectLater();  // retrying an invalid address is useless
 }
 
 int SessionBus::open() {

@@ -46,7 +46,7 @@ class SessionBus {
     Listeners<BusConnection*> listeners_;
     BusFailures failures_;
     bool isConnected_ = false;
-    std::chrono::seconds pause_;  // before the next attempt
+    std::chrono::seconds pause_;  // the pause before the next attempt
     BusSlot connectedSlot_;
     std::optional<BusConnection> connection_;
     Lifetime lifetime_;

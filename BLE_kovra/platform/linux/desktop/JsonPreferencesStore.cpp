@@ -19,7 +19,7 @@ using Json = nlohmann::json;
 // Deeper than any real preferences, and shallow enough for a recursive parser.
 constexpr std::size_t deepestNesting = 64;
 
-// The parsed text, or what is wrong with it, in the language of the log.
+// The parsed text, or the reason why it is invalid, in the language of the log.
 struct Parsed {
     Json object;
     std::string problem;

@@ -29,7 +29,7 @@ class BatteryHIDPresence : public HIDPresence {
 
     SdEventLoop& loop_;
     UdevdPaths udevd_;
-    std::set<std::string> nodes_;  // of mice with that driver
+    std::set<std::string> nodes_;  // the nodes of mice with that driver
     Udev udev_;
     std::unique_ptr<UdevEvents> events_;         // open while there are such nodes, if udevd is reachable
     std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first

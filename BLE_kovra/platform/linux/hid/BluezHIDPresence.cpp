@@ -31,8 +31,8 @@ std::string pathSuffix(std::string address) {
 struct BluezHIDPresence::Object {
     std::string path = {};
     std::string address = {};
-    std::string adapter = {};              // of a device: the object path of its adapter
-    std::optional<bool> isConnected = {};  // of a device
+    std::string adapter = {};              // for a device: the object path of its adapter
+    std::optional<bool> isConnected = {};  // only for a device
 
     // Reads the next value of the message, the interfaces of an object with their properties.
     static Object read(sd_bus_message* message, std::string path) {

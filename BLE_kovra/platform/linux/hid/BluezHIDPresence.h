@@ -26,10 +26,10 @@ class BluezHIDPresence : public HIDPresence {
     void forget(const std::string& nodeName) override;
 
   private:
-    using Addresses = std::pair<std::string, std::string>;  // of the device and of its adapter
+    using Addresses = std::pair<std::string, std::string>;  // the addresses of the device and of its adapter
     struct Device {
         std::set<std::string> nodes;
-        std::string path = {};  // of BlueZ's object; empty while BlueZ does not know the device
+        std::string path = {};  // the path of BlueZ's object; empty while BlueZ does not know the device
         std::optional<bool> isConnected = {};
         std::vector<BusToken> subscriptions = {};
     };

@@ -13,7 +13,7 @@ namespace kovra {
 class HIDPresence {
   public:
     enum class Answer {
-        present,  // also without any information
+        present,  // also if there is no information
         absent,
         unknown  // not known yet; listeners will be called
     };

@@ -35,7 +35,7 @@ class UdevEvents {
         bool isRemoval = false;
     };
 
-    // Receives events from now on. Returns null if the system refuses.
+    // Starts receiving events. Returns null if the system refuses.
     static std::unique_ptr<UdevEvents> open(udev* context, const char* subsystem);
 
     // Readable when an event is pending.

@@ -39,7 +39,7 @@ class UdevHIDManager : public HIDManager {
 
     void registerMatchingCallback(Callback attached) override { attached_ = std::move(attached); }
     void registerRemovalCallback(Callback removed) override { removed_ = std::move(removed); }
-    // Checks no node itself: that begins with the next turn of the queue.
+    // Does not check nodes yet. The first check runs in the next turn of the queue.
     void open() override;
 
   private:

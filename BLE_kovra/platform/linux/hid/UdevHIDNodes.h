@@ -31,7 +31,7 @@ struct UdevHIDNode {
 };
 
 // The nodes of the bus "hid". They are read from sysfs each time, because the content of an event may be out of date.
-// Drivers rename devices after the kernel has announced them. Needs neither udevd nor any privilege.
+// Drivers rename devices after the kernel has announced them. Reading them needs neither udevd nor any privilege.
 class UdevHIDNodes {
   public:
     explicit UdevHIDNodes(udev* context) : context_(context) {}

@@ -25,7 +25,8 @@ class LogindSession {
     // Whether the login manager has a file for this session.
     static bool exists(const std::string& session);
 
-    // `isThere` answers whether a session exists. The end of the session is reported only if it no longer exists.
+    // `isThere` answers whether a session exists. The end of the session is reported only if the session no longer
+    // exists.
     LogindSession(SystemBus& bus, std::string session, Events events,
                   std::function<bool(const std::string&)> isThere = exists);
 

@@ -79,7 +79,7 @@ class WindowProcess {
     std::function<std::string()> program_;
     Timing timing_;
     std::map<std::size_t, std::string> shown_;  // the encoded message for each kind of state
-    bool isHeld_ = false;                       // because of an event
+    bool isHeld_ = false;                       // kept running because of an event
     Messages messages_;
     Ends ends_;
     std::unique_ptr<Running> running_;

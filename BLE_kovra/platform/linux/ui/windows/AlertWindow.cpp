@@ -103,7 +103,7 @@ AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
 QWidget* AlertWindow::addButtons(const std::vector<std::string>& titles) {
     auto* box = new QDialogButtonBox;
     for (std::size_t position = 0; position < titles.size(); ++position) {
-        // No character marks a mnemonic key.
+        // Escape the character that would mark a mnemonic key.
         auto* button = new Button(QString::fromStdString(titles[position]).replace('&', QLatin1String("&&")));
         connect(button, &QPushButton::clicked, this, [this, position] { answer(position); });
         box->addButton(button, position == 0 ? QDialogButtonBox::AcceptRole : QDialogButtonBox::RejectRole);
