@@ -33,7 +33,7 @@ COMMANDS = {
 PACKAGES = [
     "parcellite", "cbatticon", "volumeicon-alsa", "pnmixer", "network-manager-gnome", "pasystray", "gxkb", "qlipper",
     "flameshot", "copyq", "kteatime", "kmix", "solaar", "udiskie", "blueman", "gir1.2-ayatanaappindicator3-0.1",
-    # These simulate the services without which some programs show no icon.
+    # These packages simulate the services without which some programs show no icon.
     "python3-dbusmock", "libglib2.0-bin",
 ]
 

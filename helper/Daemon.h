@@ -20,7 +20,7 @@ namespace kovra::helper {
 // flag must belong to that user and say "on". If any of these conditions does not hold, the touchpads are unmuted.
 class Daemon {
   public:
-    // The daemon's questions to the login manager and to the list of processes.
+    // The daemon's queries to the login manager and to the list of processes.
     struct Session {
         std::function<std::optional<uid_t>()> activeUser;
         std::function<bool(uid_t)> isApplicationRunning;
@@ -31,8 +31,8 @@ class Daemon {
     Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
            Backoff handOverBackoff = Backoff(std::chrono::seconds(2), std::chrono::minutes(5)));
 
-    // Checks all conditions, and mutes or unmutes the touchpads. The owner calls it when an answer of the session has
-    // changed; the daemon itself calls it for all other changes.
+    // Checks all conditions, and mutes or unmutes the touchpads. The owner calls it when the result of a query has
+    // changed. The daemon itself calls it for all other changes.
     void evaluate();
 
     // Whether the daemon has stopped the loop because it has lost the flag's folder.

@@ -62,7 +62,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     };
     monitor_->start();
 
-    // 4. to 6. The subscriptions. The values just loaded are not saved again.
+    // 4 to 6. The subscriptions. The values that were just loaded are not saved again.
     saveOnChange(state_.selectedIDs, [](AppState& state) { state.saveSelected(); });
     saveOnChange(state_.isEnabled, [](AppState& state) { state.defaults.set(state.kEnabled, state.isEnabled.get()); });
     saveOnChange(state_.mode, [](AppState& state) { state.saveMode(); });

@@ -49,7 +49,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
 
     // Menu actions.
     void toggleEnabled();
-    // Sets the check mark from the status that the system then reports. Aborts without a status item.
+    // Toggles launch at login, then sets the check mark from the status that the system reports. Aborts without a
+    // status item.
     void toggleLaunchAtLogin();
     // Shows the settings window in front. The first call creates it.
     void openSettings();

@@ -11,9 +11,9 @@ namespace kovra {
 
 // Looks up the texts that the user sees, in one language that the constructor chooses.
 //
-// Only the first preferred language counts, without its region and script. If it is not one of the six, the texts are
-// English, whatever comes second. A text that is missing in the chosen language is returned in English. For a key that
-// is not in the catalogue, the key itself is returned.
+// Only the first preferred language counts, without its region and script. If it is not one of the six languages, the
+// texts are English, whatever comes second. A text that is missing in the chosen language is returned in English. For a
+// key that is not in the catalogue, the key itself is returned.
 class L10n {
   public:
     enum class Lang { en, ru, uk, fr, de, es };

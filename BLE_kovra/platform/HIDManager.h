@@ -29,7 +29,7 @@ class HIDDevice {
 // Reports every HID interface of any kind. After open() it reports those already attached, then each later one. An
 // interface whose name or numbers change is reported as removed and attached again, possibly with the same registry
 // entry ID. An interface of a device known to be off or out of range counts as not attached. Callbacks run on the main
-// thread, from the event loop, never inside a call of this class. Destroying the manager ends them.
+// thread, from the event loop, never inside a call of this class. Destroying the manager ends the callbacks.
 class HIDManager {
   public:
     using Callback = std::function<void(const HIDDevice&)>;

@@ -25,7 +25,7 @@ struct HotKey {
 // Registers hot keys that work whichever window has the keyboard focus.
 class HotKeyService {
   public:
-    // Returns 0 if it handled the press, which is then not passed on.
+    // Returns 0 if it has handled the press. The press is then not passed on.
     using Handler = std::function<int()>;
 
     // A granted request. Its destructor revokes the request.

@@ -9,7 +9,7 @@
 #include <ctime>
 
 int main(int count, char** arguments) {
-    // Run before all other processes, so that the times are accurate.
+    // Run with priority over all other processes, so that the times are accurate.
     const sched_param priority{10};
     const int watch = ::inotify_init1(IN_CLOEXEC);
     if (watch < 0 || ::sched_setscheduler(0, SCHED_FIFO, &priority) != 0) return 1;

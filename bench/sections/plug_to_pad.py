@@ -1,4 +1,4 @@
-"""The time from the plug of the mouse to the muted touchpad, and from its removal to the unmuted one, on the laptop."""
+"""The times from plug to muted touchpad, and from removal to unmuted touchpad, on the virtual laptop."""
 
 import statistics
 

@@ -33,7 +33,7 @@ class FlagFolder {
     FlagFolder(const FlagFolder&) = delete;
     FlagFolder& operator=(const FlagFolder&) = delete;
 
-    // Replaces the flag by a new file that this user alone, or no user, can write. Its content is what the user last
+    // Replaces the flag with a new file that this user alone, or no user, can write. Its content is what the user last
     // left in the flag, or "off". The previous user cannot write the new file, not even through an open descriptor;
     // what that user has written is kept for their return.
     //

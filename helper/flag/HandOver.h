@@ -9,9 +9,9 @@ namespace kovra::helper {
 // The name of the flag file in its folder.
 inline constexpr const char* flagName = "state";
 
-// Replaces the flag by a new file that exactly this user, or no user, can write. Its content is what the user last left
-// in the flag, or "off". Returns 0 or an error number; after an error no user can write the flag, unless the old user's
-// right could not be revoked.
+// Replaces the flag with a new file that exactly this user, or no user, can write. Its content is what the user last
+// left in the flag, or "off". Returns 0 or an error number; after an error no user can write the flag, unless the old
+// user's right could not be revoked.
 //
 // The order of the steps keeps the flag safe if the process is killed between any two of them:
 //   1. The flag gets a second hard link, state.left.USER, named after the user who can write it. A copy is not enough:

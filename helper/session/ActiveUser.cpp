@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* seat = "seat0";
 
-// Calls one of sd-login's functions that return a text about a session. An empty string if it fails.
+// Calls one of sd-login's functions that return a text about a session. Returns an empty string if the function fails.
 std::string sessionText(int (*get)(const char*, char**), const char* session) {
     char* text = nullptr;
     if (get(session, &text) < 0 || text == nullptr) return {};

@@ -12,8 +12,8 @@ namespace kovra {
 
 class SystemLog;
 
-// $XDG_CONFIG_HOME/ble-kovra/preferences.json; without that variable, .config in the home directory is used. Empty if
-// the user has no home directory.
+// The path of the preferences: $XDG_CONFIG_HOME/ble-kovra/preferences.json. Without that variable, .config in the home
+// directory is used. Empty if the user has no home directory.
 std::string standardPreferencesPath();
 
 // Stores the preferences and their types in one JSON file.

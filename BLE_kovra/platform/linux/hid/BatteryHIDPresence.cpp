@@ -77,7 +77,7 @@ void BatteryHIDPresence::listen() {
         watch_ = loop_.watch(events->descriptor(), [this] { eventsReadable(); });
         events_ = std::move(events);
     } catch (const std::system_error&) {
-        // No descriptors left. The next query tries again.
+        // If no descriptors are left, the next query tries again.
     }
 }
 

@@ -46,7 +46,7 @@ class UdevHIDAnnouncer {
     // `timeout`, so that a lost event does not leave the trackpad muted.
     enum class IfMissing { announceRemoval, awaitRemoval };
 
-    // Compares the current node with what was announced of it. Calls the actions from inside this call.
+    // Compares the current node with what has been announced. Calls the actions from inside this call.
     void check(const std::string& nodeName, IfMissing ifMissing = IfMissing::awaitRemoval);
     // All nodes that exist or that were known to exist. Checking each of them makes up for lost events.
     std::vector<std::string> allNodes() const;

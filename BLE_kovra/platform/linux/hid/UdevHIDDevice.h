@@ -20,7 +20,7 @@ class UdevHIDDevice : public HIDDevice {
                   std::optional<std::string_view> hidName);
 
     std::optional<std::uint64_t> registryEntryID() const override { return number_; }
-    // Derived from the node's name. Never equal to a registry number, since those have 32 bits.
+    // A number derived from the node's name. It never equals a registry number, since those have 32 bits.
     std::uint64_t handle() const override { return handle_; }
     std::optional<std::int64_t> integerProperty(std::string_view name) const override;
     std::optional<std::string> stringProperty(std::string_view name) const override;

@@ -73,8 +73,8 @@ void PortalShortcut::busChanged(BusConnection* bus) {
 
 void PortalShortcut::registerApplication() {
     isRequested_ = true;
-    // Otherwise the portal would identify a program started from a terminal as the terminal. Older portals do not have
-    // this method.
+    // Without this call, the portal would identify a program started from a terminal as the terminal. Older portals do
+    // not have this method.
     reply_ = bus_->call(
         {portal, portalPath, "org.freedesktop.host.portal.Registry", "Register", true},
         [](BusWriter& arguments) { arguments.text(SingleInstance::busName).openArray("{sv}").close(); },

@@ -33,7 +33,7 @@ FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag, std::func
         try {
             watch_ = loop.watch(inotify_.number(), [this] { changed(); });
         } catch (const std::system_error&) {
-            // No descriptors left: treated like a system without watches.
+            // If no descriptors are left, the system is treated like one without watches.
         }
     }
     expect();

@@ -12,7 +12,7 @@ namespace kovra {
 // without a system bus or a login manager.
 class LogindSession {
   public:
-    // Called from the queue.
+    // These functions are called from the queue.
     struct Events {
         std::function<void()> removed;    // the session has ended: the user has logged out
         std::function<void()> activated;  // the session has become the active one

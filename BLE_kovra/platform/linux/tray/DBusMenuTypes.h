@@ -15,7 +15,7 @@
 
 namespace kovra {
 
-// The types of com.canonical.dbusmenu: writes the properties of items, and reads the arguments of calls.
+// The types of com.canonical.dbusmenu. These functions write the properties of items and read the arguments of calls.
 
 // The keys of a shortcut: the modifiers, then the key, with the names that panels use.
 using DBusMenuShortcut = std::vector<std::string>;

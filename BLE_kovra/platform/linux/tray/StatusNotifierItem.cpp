@@ -82,7 +82,7 @@ void StatusNotifierItem::writeProperty(BusWriter& writer, std::string_view name)
     if (name == "OverlayIconPixmap" || name == "AttentionIconPixmap") writer.openArray("(iiay)").close();
 }
 
-// Rendered for each request: hosts read the pixmaps rarely, and a cache would permanently use memory.
+// The pixmaps are rendered for each request: hosts read them rarely, and a cache would permanently use memory.
 void StatusNotifierItem::writePixmaps(BusWriter& writer) const {
     writer.openArray("(iiay)");
     for (const int pixels : pixmapSizes) {

@@ -48,7 +48,7 @@ class TrayItem : public StatusItem, private StatusBarButton {
     void setMenu(Menu menu) override;
     void setState(int tag, MenuItemState state) override;
 
-    // The rest is for the fronts.
+    // The remaining functions are for the fronts.
     void add(std::unique_ptr<TrayFront> front);
     const TrayContents& contents() const { return contents_; }
     // The contents that the fronts showed last.

@@ -12,7 +12,7 @@ namespace {
 constexpr double textContrast = 4.5;
 constexpr double lineContrast = 3.6;  // round lines lose some of it to antialiasing
 
-// Relative to the size of the desktop's font.
+// The size of the font, relative to that of the desktop's font.
 double size(Font font) {
     switch (font) {
         case Font::subheadline:

@@ -31,7 +31,7 @@ RequestedMenu::RequestedMenu(SendToResident send) : send_(std::move(send)) {
 void RequestedMenu::show(const PopUpMenu& request) {
     newest_ = request.asked;
     if (widget().isVisible()) {
-        // A request from before the menu opened does not close it.
+        // A request that was made before the menu opened does not close the menu.
         if (request.asked > opened_) widget().close();
         return;
     }

@@ -16,7 +16,7 @@ class TrayMenu {
     explicit TrayMenu(std::function<void(std::size_t position)> onChosen) : onChosen_(std::move(onChosen)) {}
 
     void show(const Menu& menu);
-    // Opens next to the icon, above it if there is no space below.
+    // Opens the menu next to the icon, above it if there is no space below.
     void popUp(const QRect& icon);
 
     QMenu& widget() { return widget_; }

@@ -88,7 +88,7 @@ bool AlertStack::eventFilter(QObject* object, QEvent* event) {
     if (!isActivation && !startsInput(event->type())) return false;
     const auto* window = qobject_cast<QWindow*>(object);
     if (window == nullptr || !blocks(*window)) return false;
-    // Deferred, because the toolkit is still processing the event.
+    // This is deferred, because the toolkit is still processing the event.
     QTimer::singleShot(0, this, [this] { bringTopmostToFront(); });
     if (isActivation) return false;
     // An accepted key event triggers no shortcut. An ignored close event closes nothing.

@@ -13,7 +13,7 @@ namespace kovra {
 // The elements that show a view on a surface.
 class ElementTree {
   public:
-    // Both outlive the tree.
+    // The surface and the actions must outlive the tree.
     ElementTree(Surface& surface, UserActions& actions) : surface_(surface), actions_(actions) {}
     ~ElementTree() { surface_.setElement(nullptr); }
     ElementTree(const ElementTree&) = delete;

@@ -161,7 +161,7 @@ void ViewWindow::sendPlace() {
 }
 
 void ViewWindow::closeEvent(QCloseEvent* event) {
-    // Hidden instead of closed: creating the native window again takes time.
+    // Hide the window instead of closing it: creating the native window again takes time.
     event->ignore();
     place_ = place();
     place_.isMinimised = false;
