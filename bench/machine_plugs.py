@@ -36,7 +36,7 @@ def take(plugs, task, first_process=BARE):
 
 @contextlib.contextmanager
 def before_all_others():
-    """Gives this process and those that it starts priority over all others, which could delay either side."""
+    """Gives this process and those that it starts priority over all others, because those could delay either side."""
     usual = os.sched_getscheduler(0), os.sched_getparam(0)
     try:
         os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))

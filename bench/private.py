@@ -14,7 +14,7 @@ PYTHON = ["/usr/bin/python3", "-B"]
 
 
 class CannotRun(Exception):
-    """A section cannot run; the text says why, in one line."""
+    """Raised if a section cannot run. The text gives the reason in one line."""
 
 
 def run_script(name, task, layer=None):

@@ -41,7 +41,7 @@ class BusPanel {
     const Subject& subject_;
     sd_bus* bus_ = nullptr;
     std::vector<std::string> items_;
-    // These belong to the item that registered last.
+    // These members belong to the item that registered last.
     std::string name_;
     std::string menu_;
     std::map<std::string, int> entries_;

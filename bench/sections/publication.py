@@ -1,8 +1,8 @@
 """One publication of the device list at several sizes, and all publications of a start with 1,000 devices.
 
-The floor only builds the records and sorts them by cached keys. Ours handles the whole event: it finds the device,
-determines the state of each device, builds and sorts the list, and passes it on. At a start it also creates the sort
-keys. On both sides the minimum of seven repetitions counts.
+The floor only builds the records and sorts them by cached keys. Our program handles the whole event: it finds the
+device, determines the state of each device, builds and sorts the list, and passes it on. At a start it also creates the
+sort keys. On both sides the minimum of seven repetitions counts.
 """
 
 import os

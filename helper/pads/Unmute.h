@@ -8,7 +8,7 @@
 
 namespace kovra::helper {
 
-// Unmutes the device and removes it from the list. Also returns true if the device was removed. Returns false, logs one
+// Unmutes the device and removes it from the list. Returns true also if the device was removed. Returns false, logs one
 // line and keeps the device in the list if the driver refuses.
 bool unmute(const std::string& name, MutedPads& mutedPads, const InhibitedAttribute& attribute);
 

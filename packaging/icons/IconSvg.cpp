@@ -50,7 +50,8 @@ class Outlines {
     void close() { text_ << "\"/>\n"; }
     void corner(char command, double x, double y) { text_ << command << x << ' ' << height_ - y; }
 
-    // The rectangle's outline, offset outwards by `growth`; clockwise from the right end of the top left corner.
+    // Writes the rectangle's outline, offset outwards by `growth`. It runs clockwise from the right end of the top left
+    // corner.
     void contour(const RoundedRectangle& rectangle, double growth) {
         const double left = rectangle.origin.x - growth;
         const double right = rectangle.origin.x + rectangle.size.width + growth;

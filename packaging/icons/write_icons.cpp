@@ -1,5 +1,5 @@
-// Writes the program's pictures, the status item's and the application's own, as icon files into a folder. The build
-// runs it, so that panels and desktops load the program's own drawings.
+// Writes the pictures of the status item and of the application as icon files into a folder. The build runs this
+// writer, so that panels and desktops load BLE-kovra's own drawings.
 
 #include <filesystem>
 #include <fstream>

@@ -1,5 +1,5 @@
-// Writes the application's own picture as the icon file of its bundle. The build runs it, so that Finder, alerts and
-// System Settings show the program's own drawing.
+// Writes the application's own picture as the icon file of its bundle. The build runs this writer, so that Finder,
+// alerts and System Settings show that picture.
 
 #include <array>
 #include <cstdint>

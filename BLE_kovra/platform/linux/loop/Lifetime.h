@@ -10,7 +10,7 @@ namespace kovra {
 // Declare it as the last member: members are destroyed in reverse order, so the lifetime ends before all others.
 class Lifetime {
   public:
-    // For a function that calls code that may destroy the function's own object.
+    // Shows a function whether the code that it has called destroyed the function's own object.
     class Observer {
       public:
         bool hasEnded() const { return token_.expired(); }

@@ -29,11 +29,11 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     void async(Block block) override;
     std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) override;
 
-    // For adapters that attach a library to the loop. Their callbacks must only queue blocks.
+    // The loop of sd-event, for adapters that attach a library to it. Their callbacks must only queue blocks.
     sd_event* event() const { return event_.get(); }
 
     std::unique_ptr<Watch> watch(int descriptor, Block readable) override;
-    // For a writer whose descriptor is full. The same descriptor may also be watched for reading.
+    // Runs `writable` when the descriptor accepts data again. The same descriptor may also be watched for reading.
     std::unique_ptr<Watch> watchWritable(int descriptor, Block writable);
 
     // For as long as the source lives, the signal does not have its usual effect. Its block is put at the head of the

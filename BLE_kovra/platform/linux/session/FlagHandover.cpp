@@ -14,8 +14,8 @@ namespace kovra {
 
 namespace {
 
-// Exchanging two files is reported as a move to each of their names. Writes are not watched, not even those of this
-// program.
+// inotify reports an exchange of two files as a move to each of the two names. Writes are not watched, not even those
+// of this program.
 constexpr std::uint32_t watchedEvents =
     IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 

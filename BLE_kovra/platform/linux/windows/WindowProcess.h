@@ -58,7 +58,7 @@ class WindowProcess {
     // Receives the messages of the window process. Called from the queue, as are the listeners for its end.
     using Messages = Listeners<const ToResident&>;
     [[nodiscard]] Messages::Token listen(Messages::Listener listener) { return messages_.add(std::move(listener)); }
-    // Called when the process died or could not be started. Hide now what the next process must not show.
+    // Called when the process died or could not be started. A listener hides here what the next process must not show.
     using Ends = Listeners<>;
     [[nodiscard]] Ends::Token listenForEnd(Ends::Listener listener) { return ends_.add(std::move(listener)); }
 

@@ -130,7 +130,7 @@ struct Codec<std::vector<T>> {
     }
 };
 
-// The object of the active alternative, with its name as the additional member `is`.
+// Encodes the active alternative as an object. The name of the alternative is the additional member `is`.
 template <typename... Kinds>
 struct Codec<std::variant<Kinds...>> {
     using Any = std::variant<Kinds...>;

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// The priority of what shrinks before the window grows; AppKit keeps a window's size with priority 500.
+// The priority of views that shrink before the window grows; AppKit keeps a window's size with priority 500.
 constexpr NSLayoutPriority belowWindowSize = 490;
 
 // Adds the inner view to the outer one and pins it to all four edges.

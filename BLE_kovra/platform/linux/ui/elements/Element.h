@@ -70,7 +70,7 @@ class Element {
     void setKey(const Element* parent, std::string key);
 
   protected:
-    // These concern the view without its modifiers.
+    // These functions concern the view without its modifiers.
     virtual void showContentOf(const View& view, const TextStyle& style, std::uint64_t acknowledged) = 0;
     virtual SizeHint contentWidth() = 0;
     virtual SizeHint contentHeight(int width) = 0;
@@ -81,7 +81,7 @@ class Element {
     std::vector<std::string> path() const;
 
   private:
-    // These apply the first `count` modifiers, the innermost first.
+    // These functions apply the first `count` modifiers, the innermost first.
     SizeHint widthHint(std::size_t count);
     SizeHint heightHint(std::size_t count, int width);
     void place(std::size_t count, const QRect& rect);

@@ -12,7 +12,7 @@ namespace kovra {
 namespace {
 
 constexpr double barSpacing = 8;      // points
-constexpr double minimumHeight = 44;  // points: a row and a half, which shows that there is more
+constexpr double minimumHeight = 44;  // points: a row and a half, so that the user sees that there is more
 
 }  // namespace
 

@@ -9,7 +9,7 @@ namespace {
 
 int sum(const std::vector<int>& sizes) { return std::accumulate(sizes.begin(), sizes.end(), 0); }
 
-// No size exceeds the limit, except where the minimum does.
+// Returns sizes that do not exceed the limit, unless a minimum does.
 std::vector<int> limited(const std::vector<SizeHint>& hints, int limit) {
     std::vector<int> sizes;
     sizes.reserve(hints.size());

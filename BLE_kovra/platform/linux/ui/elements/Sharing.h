@@ -13,7 +13,7 @@ struct SizeHint {
 };
 
 // Distributes the space. If there is too little, the longest sizes shrink first, but none below its minimum, so the sum
-// may exceed the space. Remaining space goes in equal parts to those that expand.
+// may exceed the space. Remaining space goes in equal parts to the views that expand.
 std::vector<int> share(int space, const std::vector<SizeHint>& hints);
 
 }  // namespace kovra
