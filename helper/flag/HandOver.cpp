@@ -47,8 +47,8 @@ void revokeOld(int folder, uid_t owner) {
     old->grantWriteTo(std::nullopt);
 }
 
-// Users can still make these files longer through descriptors that they have kept open. A file that any user can open
-// for writing was not left by the helper, and is not touched.
+// Truncates all files state.left.USER. Users can still make them longer through descriptors that they have kept open. A
+// file that any user can open for writing does not come from the helper, and is not touched.
 void truncateLeft(int folder, uid_t owner) {
     const Handle<DIR, ::closedir> entries(::fdopendir(::openat(folder, ".", O_RDONLY | O_CLOEXEC)));
     if (!entries) return;

@@ -13,8 +13,8 @@ namespace kovra {
 // Knows which connection owns a well-known name at present, to tell a service's signals from forged ones.
 //
 // Any client may send a signal straight to another client's connection, and the bus passes it on. Such a signal bears
-// the unique name of its real sender, which the bus itself writes. sd-bus cannot compare it with the well-known name in
-// a match, so it accepts the signal.
+// the unique name of its real sender, which the bus itself writes. sd-bus cannot compare that unique name with the
+// well-known name in a match, so it accepts the signal.
 //
 // The owner is updated inside the library's dispatch, in the order of the messages. Create this object before adding a
 // match. Then the owner is known for every signal that is sent after the match was added.
