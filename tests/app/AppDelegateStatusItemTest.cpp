@@ -1,4 +1,4 @@
-// The status item as the delegate drives it: what it shows and what its menu does.
+// Tests of the status item that the delegate controls: what the item shows, and what its menu does.
 
 #include <gtest/gtest.h>
 

@@ -15,7 +15,7 @@ namespace kovra {
 // The contract of AlertPresenter. A Driver provides an instance and its queue: `alerts()` and `queue()`.
 // `meanwhile(title, block)` queues the block once the alert with this title is open and topmost. `willAnswer(title,
 // button)` then presses this button, counted from 0, or closes the alert. `shown()` returns the titles of all alerts
-// opened so far. `terminate()` acts as the end of the application.
+// opened so far. `terminate()` simulates the end of the application.
 template <typename Driver>
 class AlertPresenterContract : public testing::Test {
   protected:

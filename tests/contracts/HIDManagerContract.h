@@ -15,9 +15,8 @@ namespace kovra {
 
 using ReportedNames = std::vector<std::string>;
 
-// The contract of HIDManager. A Driver is a machine: `service()`, `attach(device)`, which returns what it attached,
-// `detach(attached)`, `rename(attached, name)`, and `settle()`, which runs the event loop until there are no more
-// events.
+// The contract of HIDManager. A Driver is a machine with a `service()`. `attach(device)` returns what it attached, for
+// `detach(attached)` and `rename(attached, name)`. `settle()` runs the event loop until there are no more events.
 template <typename Driver>
 class HIDManagerContract : public testing::Test {
   protected:
@@ -46,7 +45,7 @@ class HIDManagerContract : public testing::Test {
         reports_.push_back({isAttachment, device.registryEntryID(), device.handle(), device.integerProperty("VendorID"),
                             device.integerProperty("ProductID"), device.stringProperty("Product")});
     }
-    // The reported names, each after + or -.
+    // Returns the reported names, each with + for an attachment or - for a removal.
     ReportedNames names() const {
         ReportedNames names;
         for (const Report& report : reports_)

@@ -12,8 +12,9 @@
 
 namespace kovra {
 
-// The contract of MainQueue. A Driver provides `queue()`. `settle()` runs it until nothing is due, `let(duration)` for
-// this much of its own time. `now()` is the time on its clock, and `terminate()` acts as the end of the application.
+// The contract of MainQueue. A Driver provides `queue()`. `settle()` runs the queue until nothing is due.
+// `let(duration)` runs it for this long by its own clock, and `now()` is the time on this clock. `terminate()`
+// simulates the end of the application.
 template <typename Driver>
 class MainQueueContract : public testing::Test {
   protected:
@@ -93,7 +94,7 @@ TYPED_TEST_P(MainQueueContract, NeverRunsACancelledBlock) {
 TYPED_TEST_P(MainQueueContract, CancelsABlockThatIsDueButHasNotStarted) {
     using std::chrono_literals::operator""ms;
     std::unique_ptr<DelayedTask> second;
-    // Both become due at the same moment; the first cancels the second.
+    // Both blocks become due at the same moment, and the first one cancels the second.
     const auto first = this->queue_.asyncAfter(0ms, [&] {
         this->order_ += 'a';
         second->cancel();

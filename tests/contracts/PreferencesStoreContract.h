@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// The contract of PreferencesStore. A Driver provides `store()`, which is empty. After `startAgain()` it is the store
-// of the program's next start.
+// The contract of PreferencesStore. A Driver provides `store()`, which is empty. After `startAgain()`, `store()` is the
+// one that the program gets at its next start.
 template <typename Driver>
 class PreferencesStoreContract : public testing::Test {
   protected:

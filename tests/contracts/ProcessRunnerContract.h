@@ -10,9 +10,9 @@
 namespace kovra {
 
 // The contract of ProcessRunner. A Driver provides an instance and its queue: `processes()` and `queue()`.
-// `terminate()` acts as the end of the application. Its programs are `printing(text)`, which prints the text and ends,
-// `working()`, which ends by itself after the queue has run, and `missing()`. `hasRun(program)` tells whether a started
-// program ran, and waits for it if necessary.
+// `terminate()` simulates the end of the application. Its programs are `printing(text)`, which prints the text and
+// ends, `working()`, which ends by itself after the queue has run, and `missing()`. `hasRun(program)` tells whether a
+// started program ran, and waits for it if necessary.
 template <typename Driver>
 class ProcessRunnerContract : public testing::Test {
   protected:

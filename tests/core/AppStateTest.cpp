@@ -115,7 +115,7 @@ TEST(AppStateTest, SavesTheSelectionAsAnArrayOfTexts) {
     FakePreferences preferences;
     AppState state(preferences);
     state.selectedIDs.set({"b", "a"});
-    EXPECT_TRUE(preferences.saves.empty());  // nothing is saved by itself
+    EXPECT_TRUE(preferences.saves.empty());  // a change alone saves nothing
     state.saveSelected();
     ASSERT_EQ(preferences.saves.size(), 1U);
     EXPECT_EQ(preferences.saves[0].key, "selectedDeviceIDs");

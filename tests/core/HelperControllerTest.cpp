@@ -77,7 +77,7 @@ TEST(HelperControllerTest, RemembersTheLastSuccessfulWrite) {
     rig.helper.set(false);
     rig.files.failNext("Permission denied");
     rig.helper.set(true);
-    rig.helper.set(false);  // still what the file says
+    rig.helper.set(false);  // the file still says "off"
     EXPECT_EQ(rig.written(), (Texts{"off", "on"}));
 }
 

@@ -108,7 +108,7 @@ TEST_F(PublishedTest, LetsASubscriberEndAnotherDuringAnAnnouncement) {
 }
 
 TEST_F(PublishedTest, LetsASubscriberEndItselfDuringAnAnnouncement) {
-    auto big = std::make_shared<std::string>(1000, 'x');  // still in use after the token has been destroyed
+    auto big = std::make_shared<std::string>(1000, 'x');  // used even after the token has been destroyed
     std::optional<Subscription> token;
     token = subscribe([&, big](int value) {
         token.reset();

@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 using List = std::vector<HIDDeviceInfo>;
 
-// A started monitor with virtual time, on a HID system that delivers at once. Records the published lists.
+// A started monitor with virtual time, on a HID system that reports every event at once. Records the published lists.
 struct MonitorRig {
     FakeMainQueue queue;
     FakeHID hid{queue};
@@ -245,7 +245,7 @@ TEST(HIDMonitorTest, SortsEqualNamesByFirstAttachment) {
     EXPECT_EQ(rig.lastNames(), (Names{"MOUSE", "mouse", "Mouse"}));
 }
 
-// So many devices that the sort does not use insertion sort, which is always stable.
+// Sorts a hundred devices: with only a few, even an unstable sort may keep their order.
 TEST(HIDMonitorTest, SortsManyEqualNamesByFirstAttachment) {
     MonitorRig rig;
     std::vector<std::string> keys;

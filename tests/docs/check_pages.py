@@ -12,7 +12,7 @@ import sys
 
 
 def known_tests(root):
-    """Returns the suites, the tests as Suite.Name, and the scenarios' sentences, each after the word of its kind."""
+    """Returns the suites, the tests as Suite.Name, and the scenarios as "kind: sentence"."""
     suites, tests, scenarios = set(), set(), []
     for source in (root / "tests").rglob("*"):
         if source.suffix in (".cpp", ".h"):

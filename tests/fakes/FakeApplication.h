@@ -24,13 +24,13 @@ class FakeApplication : public Application {
     }
     void beep() override { ++beeps; }
 
-    // A failed operation may succeed now.
+    // Tells the delegate that a failed operation may succeed now.
     void resume() {
         if (delegate_ != nullptr && !terminated) delegate_->applicationDidResume();
     }
 
     std::vector<ActivationPolicy> policies;
-    std::function<void()> onTerminating;  // where a test stops its queue
+    std::function<void()> onTerminating;  // a test stops its queue here
     bool terminated = false;
     int activations = 0;
     int beeps = 0;

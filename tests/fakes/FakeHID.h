@@ -80,14 +80,14 @@ class FakeHID : public HIDService {
         const auto found = attached_.extract(number);
         if (!found.empty()) deliver(false, number, found.mapped());
     }
-    // The system reports a removal without an attachment.
+    // Reports a removal without an attachment, as the system may do.
     void detachUnknown(std::uint64_t number) { deliver(false, number, aNamelessDevice()); }
 
-    // The system reports an attached interface a second time.
+    // Reports an attached interface a second time, as the system may do.
     void attachAgain(std::uint64_t number) {
         if (const auto found = attached_.find(number); found != attached_.end()) deliver(true, number, found->second);
     }
-    // A driver renames the device: the interface is removed and attached again under its number.
+    // Renames the device as a driver does: the interface is removed, and attached again with the same number.
     void rename(std::uint64_t number, const std::string& product) {
         const auto found = attached_.find(number);
         if (found == attached_.end()) return;
@@ -134,7 +134,7 @@ class FakeHID::Device : public HIDDevice {
     std::optional<std::uint64_t> registryEntryID() const override {
         return description_.registered ? std::optional(number_) : std::nullopt;
     }
-    // Far from the registry numbers, so that a test can distinguish them.
+    // Handles are far from the registry numbers, so that a test can distinguish them.
     std::uint64_t handle() const override { return number_ + 0x7F0000000000U; }
     std::optional<std::int64_t> integerProperty(std::string_view name) const override {
         if (name == "VendorID") return description_.vendorID;

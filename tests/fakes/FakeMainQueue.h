@@ -14,8 +14,8 @@ namespace kovra {
 
 // A main queue whose time stands still until a test advances it.
 //
-// Blocks run first in, first out. Delayed blocks join the queue when they are due, the earliest first; equal ones in
-// the order of their requests.
+// Blocks run first in, first out. Delayed blocks join the queue when they are due, the earliest first. Blocks with the
+// same due time join in the order of their requests.
 class FakeMainQueue : public MainQueue {
   public:
     void async(Block block) override {
@@ -46,7 +46,7 @@ class FakeMainQueue : public MainQueue {
         }
     }
 
-    // Advances the time and runs each block that becomes due at its own moment.
+    // Advances the time, and runs each block at the moment when it becomes due.
     void advance(std::chrono::nanoseconds duration) {
         const auto end = now_ + duration;
         run();

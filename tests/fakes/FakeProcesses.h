@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// The programs that a test provides: those with an output, and those that can be started. `terminate()` stands for the
+// The programs that a test provides: those with an output, and those that can be started. `terminate()` simulates the
 // end of the application.
 class FakeProcesses : public ProcessRunner {
   public:
@@ -31,7 +31,7 @@ class FakeProcesses : public ProcessRunner {
     void terminate() { hasTerminated_ = true; }
 
     std::map<std::string, std::string> outputs;
-    std::function<void()> meanwhile;  // while a program runs
+    std::function<void()> meanwhile;  // called while a program runs
     std::optional<std::string> reasonToFail;
     std::vector<Command> ran;
     std::vector<Command> started;

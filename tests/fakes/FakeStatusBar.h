@@ -21,8 +21,8 @@ class FakeStatusBar : public StatusBar {
         return std::make_unique<Item>(*this);
     }
 
-    // Chooses the item at this position, counted from 0 with the separator. Like a click it runs from the queue, and
-    // only an enabled item performs its action.
+    // Chooses the item at this position. Positions start at 0 and include the separator. Like a click, the choice is
+    // handled from the queue, and only an enabled item performs its action.
     void choose(std::size_t position) {
         queue_.async([this, position] {
             if (!menu || position >= menu->items.size()) return;

@@ -12,7 +12,7 @@
 namespace kovra::helper {
 namespace {
 
-// The timers of this process on the real-time clock that the kernel cancels when the clock is set.
+// Returns the number of this process's real-time timers that the kernel cancels when the clock is set.
 int cancelableTimers() {
     int found = 0;
     for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fdinfo")) {

@@ -19,14 +19,15 @@ namespace fs = std::filesystem;
 
 class DaemonHandOverTest : public testing::Test {
   protected:
-    // Lets hand-overs fail: state.new is a folder with content, and the name that it would be moved to is taken too.
+    // Makes hand-overs fail: state.new is a folder with content, and the name to which the helper would move it is
+    // taken.
     void obstruct() {
         fs::create_directories(inTheWay / "something");
         struct stat status {};
         ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
         fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
     }
-    // Starts a daemon with these delays that notes the time of each evaluation.
+    // Starts a daemon with these delays, and records the time of each of its evaluations.
     void startWith(Backoff pauses) {
         rig.start();
         rig.settle();

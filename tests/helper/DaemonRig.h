@@ -48,7 +48,7 @@ class DaemonRig {
         return unmuteAll(listed, attribute_, std::chrono::milliseconds(0));
     }
 
-    // This user, or no user, is at the machine, and has started the application.
+    // Puts this user, who has started the application, at the machine. Without a user, nobody is at the machine.
     void switchTo(std::optional<uid_t> user) {
         activeUser = user;
         if (user) running.insert(*user);
@@ -82,7 +82,7 @@ class DaemonRig {
     FlagRig flag;
     std::optional<uid_t> activeUser;
     std::set<uid_t> running;
-    std::optional<uid_t> askedFor;   // the user of the last query for the application
+    std::optional<uid_t> askedFor;   // the user whose application was last queried
     bool wasMutedWhenAsked = false;  // whether the pad was muted at that query
     int releases = 0;
 

@@ -49,8 +49,8 @@ class WithoutCapabilities {
     Effective before_{};
 };
 
-// Gives a test that runs as root the effective user during its lifetime. Has no effect in a test of an ordinary user,
-// who owns all of the test's files.
+// Changes the effective user of a test that runs as root, for the lifetime of this object. Has no effect for an
+// ordinary user, who owns all of the test's files.
 class ActingAs {
   public:
     explicit ActingAs(uid_t user) {

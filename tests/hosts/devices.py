@@ -1,6 +1,6 @@
 """HID devices that this machine does not have, for the programs that run with their environment.
 
-They come and go without an event: without udevd, the program polls.
+They appear and disappear without an event. There is no udevd, so the program polls.
 """
 
 import os
@@ -29,11 +29,11 @@ class Devices:
 
     @staticmethod
     def key(name, number):
-        """Returns the key by which the program knows the mouse that was plugged as the first, second and so on."""
+        """Returns the program's key for a mouse. The first mouse that was plugged in has the number 1."""
         return f"{name}#1133:{number}"
 
     def plug(self, name):
-        """Plugs a mouse of this name; returns the node for unplug()."""
+        """Plugs in a mouse with this name; returns the node for unplug()."""
         self._count += 1
         node = f"0003:046D:{self._count:04X}.{self._count:04X}"
         folder = f"{self._sys}/devices/virtual/misc/uhid/{node}"

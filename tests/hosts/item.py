@@ -67,7 +67,7 @@ class Item:
         return [Entry(number, own) for number, own, below in children]
 
     def properties_of_entries(self, numbers):
-        """Returns the properties by number of the entry, through the other method that hosts use."""
+        """Returns the properties of these entries by their numbers, through the other method that hosts use."""
         call = GLib.Variant("(aias)", (numbers, []))
         return dict(self._bus.call(self.name, self._menu, MENU, "GetGroupProperties", call)[0])
 

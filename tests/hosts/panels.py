@@ -7,16 +7,16 @@ from waiting import check, wait_for
 
 class Panel:
     name = ""
-    # The value of XDG_CURRENT_DESKTOP with this panel, and the name that it uses for the comma key.
+    # The value of XDG_CURRENT_DESKTOP for this panel, and the panel's name for the comma key.
     session = ""
     comma = "comma"
     height = 30
     takes_items = True
     # The scales at which the host can be tested.
     scales = (1, 2)
-    # The minimum contrast of the icon. A panel that paints symbolic icons in its own color makes them easy to read. In
-    # the others the icon has one gray for all panels. LXQt's light panel and MATE's dark panel are too different: at
-    # one pixel per point, no gray has a contrast of 3 on both.
+    # The minimum contrast of the icon. Some panels paint symbolic icons in their own color, which is easy to read. On
+    # the other panels the icon has one gray, the same everywhere. At one pixel per point, no gray has a contrast of 3
+    # both on LXQt's light panel and on MATE's dark panel.
     least_contrast = 2.75
 
     def __init__(self, folder, dark=False, scale=1):
@@ -173,7 +173,7 @@ window#waybar {{ background: {paper}; color: {ink}; }}
 
 
 class Trayer(Panel):
-    """Not a host of items: a tray that embeds the windows of icons."""
+    """A tray that is not a host of items. It embeds the windows of icons."""
 
     name = "trayer"
     takes_items = False

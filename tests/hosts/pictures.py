@@ -38,7 +38,7 @@ def main():
 
 
 def first_look(panel, binary, folder):
-    """Yields the menu at two pixels per point: not muting on a light desktop, muting on a dark one."""
+    """Yields the menu at two pixels per point: unmuted on a light desktop, and muted on a dark one."""
     for dark, muted in ((False, False), (True, True)):
         with running(panel, binary, folder, dark, scale=2) as world:
             world.start(muted=muted)

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Tests the whole program in the trays of real panels, operated like a user and like a host would."""
+"""Tests the whole program in the trays of real panels. The tests act as a user and as a host."""
 
 import argparse
 import pathlib

@@ -1,4 +1,4 @@
-"""The scenarios of a person in front of a panel, each played on every host."""
+"""The scenarios of a person in front of a panel. Each runs on every host, unless it names one host."""
 
 import look
 from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
@@ -125,7 +125,7 @@ def launch_at_login(world):
 
 @scenario("After the panel was killed and started again the item is back unchanged.")
 def panel_restarted(world):
-    # Restart the panel of the earlier scenarios first, since it draws a frame around an icon that was clicked.
+    # Restart the panel first: it still draws a frame around the icon that an earlier scenario clicked.
     world.panel.kill()
     world.panel.start()
     world.start(muted=True)

@@ -17,7 +17,7 @@ LIBRARY = pathlib.Path("/Library")
 FLAG = LIBRARY / "Application Support" / "ble-kovra" / "state"
 ACTIVE = driver.listing("activated enabled")
 
-# Our child processes that end by themselves when we end.
+# Child processes that end by themselves after this process has ended.
 _keepers = set()
 _is_machine_used = False
 _libc = ctypes.CDLL(None, use_errno=True)
@@ -28,7 +28,7 @@ class NotSecluded(Exception):
 
 
 def seclude():
-    """Moves this process and its future children to a private file system, which differs only in these two places."""
+    """Moves this process and its future children to a private file system with its own flag folder and listing tool."""
     root_outside = os.geteuid() == 0
     user, group = os.geteuid(), os.getegid()
     root = _folder_until_the_end()
@@ -83,7 +83,7 @@ def end_descendants():
 
 
 def descendants():
-    """Returns all processes that were started from here, without those that end by themselves when we end."""
+    """Returns all processes that were started from here, except those that end by themselves after this process."""
     parents = {}
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():
@@ -136,8 +136,8 @@ def _folder_until_the_end():
 
 
 def _use_the_machine():
-    """Creates both places on the machine itself until this process ends. Used where even root may not mount, as in a
-    container."""
+    """Creates the flag's folder and the listing tool on the machine itself until this process ends. This is for systems
+    where even root may not mount, such as containers."""
     global _is_machine_used
     _is_machine_used = True
     for place in (LIBRARY, driver.TOOL):
@@ -149,7 +149,7 @@ def _use_the_machine():
 
 
 def _run_at_exit(work):
-    """Runs the work in another process, outside the private file system, after ours has ended in any way."""
+    """Runs the work in another process, outside the private file system, after this process has ended in any way."""
     ours, keepers = os.pipe()
     keeper = os.fork()
     if keeper == 0:

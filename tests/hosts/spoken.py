@@ -27,7 +27,7 @@ def windows_in_six_languages(world):
     try:
         for locale in TEXTS:
             people.append(Person(world, locale))
-        # All persons go through each step together, since each step may wait for the mouse to be disconnected.
+        # All persons take each step together, so that they wait for a disconnected mouse at the same time.
         for step in (Person.open_windows, Person.read_no_devices, Person.plug, Person.read_mice, Person.unplug,
                      Person.read_disconnected_mouse, Person.unmute, Person.read_active_trackpad):
             for person in people:

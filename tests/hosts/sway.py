@@ -1,4 +1,5 @@
-"""A Wayland display of a headless sway, without any screen or mouse of the machine: pictures by grim, and a mouse."""
+"""A Wayland display: a headless sway that uses no screen or mouse of the machine. It has a virtual mouse, and grim
+takes pictures of it."""
 
 import io
 import os
@@ -39,7 +40,7 @@ class SwayScreen:
 
 
 class VirtualMouse:
-    """A client that is a mouse to sway, through the protocol wlr-virtual-pointer-unstable-v1."""
+    """A client that acts as a mouse, through the protocol wlr-virtual-pointer-unstable-v1."""
 
     DISPLAY, REGISTRY, CALLBACK, MANAGER, POINTER = range(1, 6)
     INTERFACE = "zwlr_virtual_pointer_manager_v1"

@@ -127,7 +127,7 @@ ForegroundNormal=252,252,252
         nodes = [self._devices.plug(name) for name in names]
         chosen = [self._devices.key(name, number) for number, name in enumerate(names, 1)]
         wanted = {"blockMode": "onDevice", "isEnabled": True,
-                  # The first of three mice is chosen; it is connected while the trackpad is muted.
+                  # Of three mice, the first is chosen, and it is connected while the trackpad is muted.
                   "selectedDeviceIDs": chosen[:1] + chosen[4:6]}
         self._desktop.configure("ble-kovra/preferences.json", json.dumps(wanted))
         self._environment = {**self._devices.environment, **language}

@@ -38,7 +38,7 @@ class World:
         self.empty = None
         self._rest()
 
-    # The panel.
+    # The panel
 
     def start_panel(self):
         bare = self.screen.picture()
@@ -47,7 +47,7 @@ class World:
         self.empty = self.settled(lambda picture: look.changed(bare, picture).getpixel(within),
                                   "the panel to be painted")
 
-    # The program.
+    # The program
 
     def prepare(self):
         """Provides a clean start for each scenario: no program, and none of its files."""
@@ -86,7 +86,7 @@ class World:
         self.program = self.item = self.icon = None
 
     def find_item(self):
-        """Waits for the item at the watcher, if the host has one, and for the icon in the panel."""
+        """Waits until the watcher, if the host has one, lists the item, and until the icon is in the panel."""
         if self.panel.takes_items:
             self.item = registered_item(self.desktop.bus, self.program.pid)
         picture = self.settled(self._icon_in, "the icon to appear in the panel")
@@ -116,7 +116,7 @@ class World:
                            capture_output=True)
         return {"LC_ALL": made.name, "LOCPATH": str(folder)}
 
-    # The effects of the program.
+    # The effects of the program
 
     def flag(self):
         return FLAG.read_text() if FLAG.exists() else None
@@ -142,7 +142,7 @@ class World:
         check(status == 0, f"the program ended with status {status}: {self.program.last_words()}")
         check(self.flag() == "off", f'the flag says "{self.flag()}" after the end')
 
-    # The screen.
+    # The screen
 
     def settled(self, wanted, text):
         """Returns the first picture that satisfies `wanted` and equals the previous picture."""
@@ -161,7 +161,7 @@ class World:
     def legibility(self):
         return look.contrast(self.settled(lambda picture: True, "a still picture"), self.icon)
 
-    # The mouse.
+    # The mouse
 
     def open_menu(self, button=3):
         """Clicks the icon; returns the menu that opens."""

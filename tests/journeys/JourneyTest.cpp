@@ -42,7 +42,7 @@ TEST(JourneyTest, ASelectedMousePresentAtLaunchMutesOneTurnAfterItIsPublished) {
     rig.launch();
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});
     EXPECT_TRUE(rig.state.devices.get().empty());
-    computer.queue.runOneTurn();  // the device's event: published
+    computer.queue.runOneTurn();  // publishes the device
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});
     computer.queue.runOneTurn();
     EXPECT_EQ(computer.flagWrites(), (Texts{"off", "on"}));
@@ -248,7 +248,7 @@ TEST(JourneyTest, AfterQuittingNoQueuedBlockRuns) {
     rig.launch();
     computer.queue.run();
     computer.hid.attach(mouse);
-    computer.queue.runOneTurn();  // published, its block still queued
+    computer.queue.runOneTurn();  // the device is published, but the resulting block is still queued
     rig.delegate->quit();
     computer.queue.advance(10s);
     EXPECT_EQ(computer.flagWrites(), Texts{"off"});

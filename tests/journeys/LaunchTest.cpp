@@ -94,7 +94,7 @@ TEST(LaunchTest, RunsItsNineStepsInOrder) {
     on.application.run(*delegate);
     EXPECT_EQ(on.steps, (Texts{"1 accessory", "2 status item", "3 device monitor", "7 hot key", "8 first decision",
                                "9 /usr/bin/systemextensionsctl list", "9 explanation"}));
-    // 4. to 6.: from now on a change of any of the three is saved.
+    // Steps 4 to 6: from now on, a change of any of these three properties is saved.
     state.selectedIDs.set({mouse.key()});
     state.isEnabled.set(false);
     state.mode.set(Mode::always);

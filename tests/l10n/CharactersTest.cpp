@@ -56,7 +56,7 @@ TEST(CharactersTest, JoinsEveryKindOfMarkToItsLetter) {
     }
 }
 
-// Code points next to those above, and marks that are characters of their own.
+// Code points adjacent to those in the test above, and marks that are characters of their own.
 TEST(CharactersTest, SeparatesCodePointsThatStartACharacter) {
     for (const std::string_view other :
          {"\u02FF", "\u0370", "\u0482", "\u048A",     "\u0E32",     "\u0E35\u0E40", "\u102B",    "\u102C",
@@ -97,7 +97,7 @@ TEST(CharactersTest, CutsAnyBytesIdempotently) {
         for (int round = 0; round < 4000; ++round) {
             std::string text;
             for (unsigned left = upTo(24); left > 0; --left) {
-                // Half of the bytes make combining marks likely, whole or truncated.
+                // Half of the bytes come from a set that makes whole or truncated combining marks likely.
                 constexpr std::string_view likely = "u\xCC\x81\xE2\x80\x8D";
                 text += upTo(1) == 0 ? static_cast<char>(upTo(255)) : likely[upTo(likely.size() - 1)];
             }

@@ -109,7 +109,7 @@ INSTANTIATE_TEST_SUITE_P(, L10nChoiceTest,
 
 TEST(L10nTest, HasRussianTextsForRussian) { EXPECT_EQ(L10n({"ru-RU"}).text("menu.quit"), "Завершить"); }
 
-// The expected choice for an entry without combining marks and Kelvin signs.
+// Returns the expected language for an entry without combining marks and Kelvin signs.
 Lang chosenAmongPlainBytes(std::string_view preferred) {
     std::string code(preferred.substr(0, 2));
     for (char& c : code) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;

@@ -16,8 +16,8 @@ namespace kovra::model {
 // The properties of the state that have subscribers.
 enum class Property { devices, selectedIDs, isEnabled, mode, blocking };
 
-// One event: from outside, or inside an announcement. A list of actions is a whole life. Any list in any order can be
-// played, so that a failing life can be shortened.
+// One event, from outside or during an announcement. A list of actions is a whole life. Any actions can be played in
+// any order, so that a failing life can be shortened. The comment at each kind names the members that it uses.
 struct Action {
     enum class Kind {
         attach,         // device: all its interfaces
@@ -70,7 +70,7 @@ std::string describe(Property property);
 // All externally visible effects in order, one line each.
 using Journal = std::vector<std::string>;
 
-// The program and the model describe what they saw in the same words.
+// The program and the model use the same words for what they saw.
 namespace words {
 inline std::string wrote(std::string_view path, std::string_view text, bool succeeded) {
     return "wrote " + std::string(text) + (succeeded ? " to " : " without success to ") + std::string(path);

@@ -9,12 +9,12 @@
 
 namespace kovra::model {
 
-// The devices by definition: a record of episodes, each of one interface from its attachment to its removal. Every
-// query looks up the record; nothing in it is cancelled or deleted.
+// Records the devices as episodes. An episode is the time of one interface from its attachment to its removal. Every
+// query searches the whole record, and nothing in it is cancelled or deleted.
 class DeviceRecord {
   public:
     using InterfaceID = std::pair<bool, std::uint64_t>;  // whether it has a registry entry, and its number
-    using Stamp = std::uint64_t;                         // of an attachment or a removal; later ones are greater
+    using Stamp = std::uint64_t;                         // numbers attachments and removals in order
 
     struct Device {
         std::string key;
@@ -28,9 +28,9 @@ class DeviceRecord {
     };
 
     void attach(InterfaceID id, const std::string& key, const std::string& name);
-    // Nothing if no such interface is attached.
+    // Returns nothing if no such interface is attached.
     std::optional<Removal> remove(InterfaceID id);
-    // The grace period after a last removal has ended. Returns whether the device was not attached again in it.
+    // Ends the grace period after this removal. Returns whether the device stayed detached until now.
     bool endGrace(const Removal& removal);
 
     // Every device seen so far: connected first, then by name ignoring case, then by first attachment.
@@ -51,12 +51,12 @@ class DeviceRecord {
 
     bool isAttached(const std::string& key) const;
     Stamp lastTouched(const std::string& key) const;
-    // An interface is attached, or the grace period after the last removal is running.
+    // Returns whether an interface is attached, or the grace period after the last removal has not ended.
     bool isConnected(const std::string& key) const { return isAttached(key) || !over_.contains(lastTouched(key)); }
 
     Stamp stamp_ = 0;
     std::vector<Episode> episodes_;
-    std::set<Stamp> over_;  // the removals whose grace has ended
+    std::set<Stamp> over_;  // the removals whose grace period has ended
     std::vector<Known> known_;
 };
 

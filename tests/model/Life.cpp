@@ -13,8 +13,8 @@ using Kind = Action::Kind;
 const std::vector<DeviceDescription>& models() {
     static const std::vector<DeviceDescription> all{
         aMouse("apple"),
-        aMouse("APPLE"),                               // another key, equal in order
-        aMouse("apple").ids(0x046D, 1),                // another key, the same name
+        aMouse("APPLE"),                               // another key, but sorted as equal
+        aMouse("apple").ids(0x046D, 1),                // another key, but the same name
         aMouse("apple").ids(1, 23),                    // these two differ only
         aMouse("apple").ids(12, 3),                    // by the place of the colon
         aMouse("Banana").interfaces(2),                //

@@ -74,7 +74,7 @@ class Program::Desktop : public FakeApplication {
     Journal& journal_;
 };
 
-// One process, from launch to end. The delegate uses it and is destroyed first.
+// One process, from launch to end. The delegate uses the other members and is destroyed first.
 struct Program::Process {
     Process(Program& program)
         : desktop(program.journal_),
@@ -175,7 +175,7 @@ Subscription Program::subscribe(const Action& subscription) {
     return react(state.blocking, subscription);
 }
 
-// A caller of the delegate keeps it alive. It is not called before launch or after the application has terminated.
+// Returns the delegate, which the caller keeps alive. Null before launch and after the application has terminated.
 std::shared_ptr<AppDelegate> Program::callableDelegate() const {
     return process_->launched && !process_->desktop.terminated ? process_->delegate : nullptr;
 }

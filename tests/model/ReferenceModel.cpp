@@ -9,7 +9,7 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-// The texts by the first preferred language alone.
+// Returns the text for a missing name, which depends only on the first preferred language.
 std::string unknownDevice(const std::vector<std::string>& languages) {
     static const std::map<std::string, std::string> texts{
         {"ru-RU", "Неизвестное устройство"}, {"uk", "Невідомий пристрій"},          {"FR-ca", "Appareil inconnu"},

@@ -17,7 +17,7 @@
 
 namespace kovra::model {
 
-// The specified behavior, stated briefly and in another way than the program implements it.
+// The specified behavior, stated briefly, and differently from the program's implementation.
 //
 // The queue is a list of due events instead of closures. Whether an event still matters is decided when it is due.
 // Every effect goes into the journal.
@@ -32,7 +32,7 @@ class ReferenceModel {
     // The time until the end of the next grace period, if there is one.
     std::optional<std::chrono::nanoseconds> untilWake() const;
 
-    // The number of grace periods that expired, and of those that the device ended by returning.
+    // The number of grace periods that expired, and of those in which the device returned.
     int endsOfGrace = 0;
     int returnsInTime = 0;
 
@@ -114,7 +114,7 @@ class ReferenceModel {
     bool running_ = false;
     bool launched_ = false;
     bool held_ = false;  // whether the owner still holds the delegate
-    int pins_ = 0;       // running work that keeps the delegate alive
+    int pins_ = 0;       // the number of running tasks that keep the delegate alive
     std::deque<Job> jobs_;
     std::multimap<Time, Job> wakes_;
     DeviceRecord record_;

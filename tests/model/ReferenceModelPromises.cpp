@@ -103,7 +103,7 @@ void ReferenceModel::notify(Listener& listener, const std::string& coming) {
     }
 }
 
-// A subscriber added during an announcement is not in its audience.
+// A subscriber that is added during an announcement does not receive it.
 void ReferenceModel::announce(Property property, const std::string& coming) {
     const std::size_t audience = listeners_.size();
     for (std::size_t i = 0; i < audience; ++i) {

@@ -39,7 +39,8 @@ HELPER = {
 @scenario("gcc compiles the packages without a warning.")
 def warnings(built):
     lines = (built.packages / "log").read_text(errors="replace").splitlines()
-    # The C library requests this under _FORTIFY_SOURCE; some results are ignored on purpose.
+    # Under _FORTIFY_SOURCE, gcc warns of unused results of C library functions. The programs ignore some results on
+    # purpose.
     found = [line for line in lines if re.search(r":\d+:\d+: warning: ", line) and "[-Wunused-result]" not in line]
     check(not found, f"it says {found}")
 

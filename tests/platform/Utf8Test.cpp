@@ -30,7 +30,7 @@ std::string encoded(char32_t codePoint) {
             byte(0x80 + codePoint % 64)};
 }
 
-// Every prefix, of up to three bytes, of every character. Defines "truncated" and "invalid" without a rule.
+// Contains all prefixes of up to three bytes of all characters. They define "truncated" and "invalid" without a rule.
 class Beginnings {
   public:
     Beginnings() {
@@ -43,7 +43,7 @@ class Beginnings {
         }
     }
 
-    // The length of the longest prefix of a character at the start of the text; 1 if there is none.
+    // Returns the length of the longest prefix of a character at the start of the text, or 1 if there is none.
     std::size_t longest(std::string_view text) const {
         std::size_t length = 1;
         while (length < 3 && length < text.size() && known_[length][index(text, length + 1)]) ++length;

@@ -1,4 +1,4 @@
-// Reads every text of the windows from the widgets in each language, after encoding and decoding it.
+// Reads every text of the windows from the widgets, in each language. The views were encoded and decoded before.
 
 #include <gtest/gtest.h>
 

@@ -86,7 +86,7 @@ def _keep_needed(unpacked, kernel):
 
 def _add_with_dependencies(name, files, order):
     path = files.get(name.replace("-", "_"))
-    # A name without a file is built into the kernel.
+    # A module without a file is built into the kernel.
     if path is None or path in order:
         return
     stated = re.search(rb"\0depends=([^\0]*)\0", path.read_bytes())

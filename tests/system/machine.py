@@ -23,7 +23,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 BARE = HERE / "guest" / "main.py"
 LAPTOP = HERE / "laptop" / "first.py"
 BOOT_LIMIT_SECONDS = 300
-# A scenario takes seconds, the event flood a minute, on a busy host several minutes; a longer silence means a hang.
+# A scenario takes seconds. The event flood takes a minute, or several on a busy host. A longer silence means a hang.
 SILENCE_LIMIT_SECONDS = 600
 
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the system tests: boots two virtual machines, which run the scenarios, and reports the results.
 
-On the first the program is alone with a kernel. The other is a whole laptop, with systemd and people who log in.
+The first machine runs only the program on a kernel. The second is a whole laptop, with systemd and people who log in.
 """
 
 import argparse

@@ -49,7 +49,7 @@ LINUX_LIBRARY = re.compile(r"systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
 
 
 def linux(*own):
-    """Allows the system's own headers. Of those libraries, allows the headers that match a pattern of `own`."""
+    """Allows the system's own headers. Of LINUX_LIBRARY, allows only the headers that match a pattern of `own`."""
     own = re.compile("|".join(own)) if own else None
 
     def may_include(header):
@@ -101,7 +101,8 @@ APP = everything_in("BLE_kovra/app")
 LOGIC = VALUES + L10N + DEVICES + CORE + SYSTEM + APP
 
 LINUX = "BLE_kovra/platform/linux/"
-# One room of the resident program for each outside party, with its neighbours and the libraries that it may use.
+# The resident program has one room for each outside party. Each entry names the rooms and the libraries that it may
+# use.
 LINUX_ROOMS = {
     "loop": ((), ("systemd/sd-event.h",)),
     "bus": (("loop",), ("systemd/sd-bus.h",)),
@@ -113,7 +114,7 @@ LINUX_ROOMS = {
     "windows": (("loop", "session", "desktop", "wire"), ()),
     "tray": (("loop", "bus", "x11", "session", "desktop", "windows", "wire"), ("systemd/sd-bus.h", "xcb/.*")),
 }
-# The rooms of the window process, with their neighbours.
+# The rooms of the window process, each with the rooms that it may use.
 UI_ROOMS = {
     "ui/style": (),
     "ui/elements": ("ui/style",),
@@ -122,7 +123,7 @@ UI_ROOMS = {
     "ui": ("wire",),
 }
 
-# The rooms of macOS, with their neighbours; the libraries are the system's own.
+# The rooms of macOS, each with the rooms that it may use. Their libraries are the system's own.
 MACOS = "BLE_kovra/platform/macos/"
 MACOS_ROOMS = {
     "foundation": (),
@@ -194,7 +195,8 @@ MACOS_TOOLS = everything_in("tests/platform/macos/fakes") + (r"tests/platform/ma
 
 
 def tests_of(room, others=(), library=None):
-    """tests/<room> may include the room, what the room may include, fakes, support; for an adapter contracts too."""
+    """tests/<room> may include the room, what the room may include, fakes and support. Tests of adapters may include
+    contracts."""
     project = everything_in(room.folder) if room.with_folders else (re.escape(room.folder) + r"/[^/]+\.h",)
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
@@ -205,7 +207,8 @@ def tests_of(room, others=(), library=None):
 
 
 def tests_of_linux(room):
-    """They may also include the rigs of the neighbours' tests, and any library: a test can be a client or a service."""
+    """These tests may also include the rigs of the rooms that their room uses, and any library. A test can be a client
+    or a service."""
     neighbours = LINUX_ROOMS.get(room.folder.removeprefix(LINUX), ((), ()))[0]
     rigs = everything_in(*(f"tests/platform/linux/{name}" for name in neighbours))
     return tests_of(room, rigs, any_but_qt)

@@ -63,7 +63,7 @@ def includes(*headers):
 
 
 FORBIDDEN = {
-    # file: the headers of which each alone breaks a wall
+    # Each file, with headers of which each one alone breaks a wall.
     "BLE_kovra/platform/X.h": (
         "BLE_kovra/platform/posix/Posix.h",
         "BLE_kovra/platform/linux/hid/Udev.h",

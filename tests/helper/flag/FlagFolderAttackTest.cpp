@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 TEST(FlagFolderAttackTest, AFileWithASecondLinkDoesNotCountWhileItHasTwo) {
     FlagRig rig;
     const Secret secret(rig);
-    // Another file of the owner that says "on".
+    // Puts a link to another file of the owner, which says "on", in place of the flag.
     fs::create_hard_link(secret.path(), rig.state());
     EXPECT_FALSE(rig.isOn());
     ASSERT_TRUE(rig.handOver(alice));
@@ -82,7 +82,7 @@ TEST(FlagFolderAttackTest, ASecondLinkGivesNoAccessToTheNextUsersFlag) {
     EXPECT_FALSE(mayWrite(alice, second));
     EXPECT_FALSE(mayWrite(alice, rig.state()));
     EXPECT_EQ(rig.content(), "off");
-    // Alice left this content, and only she could write it.
+    // The content is the one that Alice left, and nobody else could have written it.
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(rig.isOn());
     EXPECT_FALSE(mayWrite(alice, second));
@@ -104,7 +104,8 @@ TEST(FlagFolderAttackTest, WritesThroughADescriptorKeptOverAHandOverDoNotCount) 
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(rig.isOn());
         if (next == alice) continue;
-        // Alice left this content. It counts when she returns, but in another file.
+        // When Alice returns, the content that she left counts. It is now in another file, which her descriptor cannot
+        // change.
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_TRUE(rig.isOn());
         rig.write(alice, "off");

@@ -62,7 +62,7 @@ TEST(FlagFolderIntruderTest, InPlaceOfAUsersLeftFileMeansOffAndIsRemoved) {
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(fs::exists(fs::symlink_status(rig.path("state.left.61001"))));
-        // The same if it appears while the flag belongs to Alice.
+        // An intruder that appears while the flag belongs to Alice is replaced, too.
         put(rig.path("state.left.61001"));
         rig.write(alice, "on");
         ASSERT_TRUE(rig.handOver(bob));
@@ -106,7 +106,7 @@ TEST(FlagFolderIntruderTest, ThatKeepReplacingTheFilesHaveNoEffect) {
     int handed = 0;
     for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
         handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
-        // Nobody ever creates a flag there that says "on".
+        // Nobody ever writes "on" into a flag in this folder.
         EXPECT_FALSE(rig.isOn());
     }
     isOver = true;

@@ -24,8 +24,8 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Whether a system call can have an effect outside the process. Being killed before or after any other call is the
-// same.
+// Whether a system call can have an effect outside the process. A kill before any other call has the same effect as a
+// kill after it.
 bool hasOutsideEffect(std::uint64_t call) {
     switch (call) {
         case SYS_brk:
@@ -45,8 +45,8 @@ bool hasOutsideEffect(std::uint64_t call) {
     }
 }
 
-// Runs the work in a child process. Kills it when it is about to make a system call with an outside effect, after it
-// has made as many such calls as given. Returns false if the work ends before.
+// Runs the work in a child process. Lets the process make this number of system calls with an outside effect, and kills
+// it at the next one. Returns false if the work ends before that.
 bool killedAt(int calls, const std::function<void()>& work) {
     const pid_t process = ::fork();
     if (process == 0) {
@@ -82,7 +82,7 @@ std::string text(const Change& change) {
     return "from " + name(change.from) + " to " + name(change.to);
 }
 
-// Alice and Bob have left "on", and the flag belongs to the first user, or to no user.
+// Makes Alice and Bob each leave "on", and then hands the flag over to `first`, or to nobody.
 void prepare(FlagRig& rig, std::optional<uid_t> first) {
     rig.handOver(alice);
     rig.write(alice, "on");

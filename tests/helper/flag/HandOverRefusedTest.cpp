@@ -54,7 +54,7 @@ TEST(HandOverRefusedTest, KeepsTheFlagOfAUserWhoseRightCannotBeRevoked) {
         rig.handOver(bob);
         rig.handOver(alice);
         EXPECT_EQ(handOverRefused(rig, next), ENOSPC);
-        // Alice returns before the flag belonged to another user.
+        // The flag still belongs to Alice, since the hand-over failed.
         EXPECT_TRUE(rig.folder().isFlagOf(alice));
         EXPECT_TRUE(rig.isOn());
         EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));

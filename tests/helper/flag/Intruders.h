@@ -48,7 +48,7 @@ inline void makeSocket(const std::string& path) {
     ASSERT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
 }
 
-// Anything but a flag file that may exist at the path of one, with a function that creates it.
+// Returns everything that can be at a flag's path instead of a flag file, each with a function that creates it.
 inline std::map<std::string, std::function<void(const std::string&)>> intruders(const Secret& secret) {
     return {
         {"a link to a file that says on",

@@ -14,7 +14,7 @@
 
 namespace kovra::helper {
 
-// Simulates the attributes of input devices by files.
+// Simulates the attributes of input devices with files.
 class InputFolder {
   public:
     void plug(const std::string& name, const std::string& inhibited = "0\n") {
@@ -37,7 +37,7 @@ class InputFolder {
         std::filesystem::rename(folder_.path() / "next", path(name));
     }
 
-    // The device is not inhibited, and its attribute can be read but not written.
+    // Makes the device active, with an attribute that can be read but not written.
     void activateAndSeal(const std::string& name) {
         sealed_ = Descriptor(::memfd_create("inhibited", MFD_CLOEXEC | MFD_ALLOW_SEALING));
         if (::write(sealed_.number(), "0\n", 2) != 2 || ::fcntl(sealed_.number(), F_ADD_SEALS, F_SEAL_WRITE) != 0)

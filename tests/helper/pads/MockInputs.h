@@ -98,7 +98,7 @@ class MockInputs {
     std::string inhibited(const std::string& input) const { return readFile(attribute(input)).substr(0, 1); }
     void inhibit(const std::string& input, const std::string& value) { writeFile(attribute(input), value + "\n"); }
 
-    // Makes writes of the attribute fail, until acceptWrites() sets it to this value.
+    // Makes writes of the attribute fail, until acceptWrites() sets a new value.
     void refuseWrites(const std::string& input) {
         std::filesystem::remove(attribute(input));
         std::filesystem::create_symlink("/dev/full", attribute(input));

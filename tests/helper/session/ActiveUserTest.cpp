@@ -69,7 +69,7 @@ class Listener {
     Listener() {
         user.onChange = [this] { ++changes_; };
     }
-    // Whether this becomes the user at the machine, with exactly one notification.
+    // Returns whether this user becomes the one at the machine, with exactly one notification.
     bool becomes(std::optional<uid_t> expected) {
         const auto end = std::chrono::steady_clock::now() + 10s;
         while (changes_ == 0 && std::chrono::steady_clock::now() < end) runFor(1ms);

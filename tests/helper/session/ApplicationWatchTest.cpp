@@ -200,7 +200,7 @@ TEST(ApplicationWatchTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting
         const pid_t application = ::fork();
         if (application == 0) {
             ::prctl(PR_SET_NAME, "ble-kovra");
-            numberNext(400);  // comes before the application in the list of processes
+            numberNext(400);  // lists the next process before the application
             const pid_t started = ::fork();
             if (::setresuid(user, user, user) != 0) ::_exit(1);
             if (started == 0) {
@@ -267,7 +267,7 @@ class ApplicationThatStartsAProgram {
 
 TEST(ApplicationWatchTest, RecognizesTheProgramThatAKilledApplicationWasStarting) {
     inPrivateMachine([](uid_t user) {
-        // The program is executed before the first check or, as from a slow disk, after it.
+        // The program is executed before the first check, or after it, as from a slow disk.
         for (const auto delay : {10ms, 400ms}) {
             Rig rig;
             const ApplicationThatStartsAProgram application(user);

@@ -74,7 +74,7 @@ TEST_F(PosixProcessRunnerTest, TerminatesAProgramThatWritesTooMuch) {
     EXPECT_EQ(written("head -c 100001 /dev/zero"), std::nullopt);
     EXPECT_EQ(written("echo $$ >$here/pid; exec yes"), std::nullopt);
     EXPECT_FALSE(isRunning());
-    // A program that ignores SIGTERM, and a child that inherited the pipe, both lose the pipe.
+    // The pipe is also closed for a program that ignores SIGTERM, and for a child that inherited the pipe.
     EXPECT_EQ(written("trap '' TERM; yes; : >$here/end"), std::nullopt);
     EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
     EXPECT_EQ(written("(echo $$ >$here/pid; exec yes) & exit 0"), std::nullopt);
@@ -120,12 +120,12 @@ TEST_F(PosixProcessRunnerTest, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
     ::close(leaking);
     std::signal(SIGPIPE, before);
     const auto signals = [&](const std::string& name) {
-        // The C library always sets two signals beyond the first 31 to be ignored.
+        // Only the first 31 signals count: the C library always ignores two of the others.
         return std::stoull(seen->substr(seen->find(name + ":") + name.size() + 1), nullptr, 16) & 0x7fffffffU;
     };
     ASSERT_TRUE(seen);
     for (const char* name : {"SigBlk", "SigIgn", "SigCgt"}) EXPECT_EQ(signals(name), 0U) << name;
-    // The fourth is the folder that ls reads.
+    // The fourth descriptor, 3, is the folder that ls reads.
     EXPECT_TRUE(seen->ends_with("descriptors: 0 1 2 3\n")) << *seen;
 }
 

@@ -36,7 +36,7 @@ class PrivateBus {
         ::kill(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
         pid_ = 0;
-        ::unlink(socket_.c_str());  // a killed daemon leaves it behind
+        ::unlink(socket_.c_str());  // a killed daemon leaves its socket behind
     }
 
     // Starts another bus at the same address.

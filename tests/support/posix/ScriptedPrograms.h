@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// The programs that ProcessRunnerContract requires of a Driver, for a Driver that really starts them. Programs that
-// outlive it are waited for; they end soon.
+// The programs that ProcessRunnerContract requires of a Driver, for a Driver that really starts them. The destructor
+// waits for programs that are still running, which end soon.
 class ScriptedPrograms {
   public:
     ScriptedPrograms() = default;

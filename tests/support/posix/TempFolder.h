@@ -48,7 +48,7 @@ class TempFolder {
     const std::filesystem::path& path() const { return path_; }
     std::string operator/(std::string_view name) const { return (path_ / name).string(); }
 
-    // Returns the names in it, or in a folder inside it.
+    // Returns the names in this folder, or in a folder inside it.
     std::set<std::string> names(std::string_view inside = "") const {
         std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(path_ / inside)) {

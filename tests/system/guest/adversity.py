@@ -1,4 +1,5 @@
-"""Scenarios of trouble around the program: event floods, SIGSTOP, a missing folder, no udevd, a driver's rename."""
+"""Scenarios of adverse conditions: event floods, SIGSTOP, a missing folder, no udevd, a driver that renames a
+device."""
 
 import signal
 import subprocess

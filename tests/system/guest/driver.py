@@ -34,7 +34,7 @@ def put_active():
 
 
 class Hanging:
-    """A hanging tool: it records the flag when it is started, and lists the driver after it was released."""
+    """A tool that hangs. It records the flag when it starts, and lists the driver only after release() was called."""
 
     def __init__(self, folder, flag, state):
         self._started, self._go = folder / "started", folder / "go"

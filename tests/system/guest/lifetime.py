@@ -102,12 +102,12 @@ def second_start(world):
     mouse = world.plug("Kovra Mouse")
     world.expect_on(mouse)
     opened = world.flag.openings
-    # If it read these preferences, it would have something to write.
+    # If the second start read these preferences, it would have to write the flag.
     second = world.start(wait=False, selected=[MADE_UP], enabled=False)
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")
     check(world.flag.openings == opened, "it opened the flag")
-    check(openings.take() == 1, "it read the preferences")  # the one open is this scenario's own write
+    check(openings.take() == 1, "it read the preferences")  # this scenario itself opened it once, to write
     world.expect_writes("off", "on")
     check(first.is_running(), "the first instance ended too")
     mouse.unplug()

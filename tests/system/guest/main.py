@@ -1,4 +1,4 @@
-"""The machine's first process: sets up the guest, does the host's task, switches the machine off."""
+"""The machine's first process: sets up the guest, carries out the host's task, and switches the machine off."""
 
 import os
 import sys

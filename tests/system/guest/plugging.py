@@ -44,14 +44,14 @@ def short_drop_out(world):
     world.expect_quiet_until(removed + 1.0)
     again = world.plug("Kovra Mouse")
     world.expect_quiet_until(removed + LATEST_OFF + 1.0)
-    # The program did not just miss the events: it notices the next removal, with a new grace period.
+    # The program has not missed the events: it notices the next removal, and starts a new grace period.
     again.unplug()
     world.expect_off_after_grace(again)
     world.expect_writes("off", "on", "off")
 
 
 def count_as_one(world, descriptor):
-    """Plugs a mouse, then an interface with the same name and numbers. Only the second removal matters."""
+    """Plugs in a mouse, then an interface with the same name and numbers. Only the second removal matters."""
     world.start(selected=[MADE_UP])
     first, second = world.plug("Kovra Mouse"), world.plug("Kovra Mouse", descriptor=descriptor)
     world.expect_on(first)

@@ -34,18 +34,18 @@ class Ports:
         self._numbers = itertools.count(1)
 
     def plug(self, name, vendor=0x1234, product=0x5678, bus=uhid.BUS_USB, descriptor=uhid.MOUSE):
-        """Plugs a virtual device with one interface."""
+        """Plugs in a virtual device with one interface."""
         return self.plug_with(lambda uniq: uhid.UHID(name, vendor, product, bus, descriptor, uniq=uniq))
 
     def plug_with(self, make):
-        """Plugs a virtual device that `make` creates; its argument is the serial number of the device."""
+        """Plugs in a virtual device. `make` creates it, and receives the device's serial number."""
         uniq = f"made-up-{next(self._numbers)}"
         made = make(uniq)
         added = self.events.wait("add", HID_UNIQ=uniq)
         return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
 
     def plug_usb_mouse(self):
-        """Plugs QEMU's own USB mouse into the machine. At most one per scenario."""
+        """Plugs QEMU's own USB mouse into the machine. A scenario may do this only once."""
         name = f"mouse{next(self._numbers)}"
         self.host.plug_mouse(name)
         added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")

@@ -14,7 +14,7 @@ PREFERENCES = HOME / ".config" / "ble-kovra" / "preferences.json"
 
 
 def write_preferences(path=PREFERENCES, **choices):
-    """Takes selected=[keys], enabled=bool, mode=text; what is not given is not stored."""
+    """Takes selected=[keys], enabled=bool, mode=text; values that are not given are not stored."""
     names = {"selected": "selectedDeviceIDs", "enabled": "isEnabled", "mode": "blockMode"}
     path.parent.mkdir(parents=True, exist_ok=True)
     stored = {names[name]: value for name, value in choices.items()}

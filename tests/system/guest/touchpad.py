@@ -11,14 +11,16 @@ from waiting import wait_for
 
 INPUT = pathlib.Path("/sys/class/input")
 
-# Two fingers, each with confidence, tip switch, contact number and position; the scan time; the count; one button.
+# The report contains two fingers, each with confidence, tip switch, contact number and position. The scan time, the
+# number of contacts and one button follow.
 FINGER = ("050d0922a102" "150025010947094275019502810295068103" "7508950125" "7f09518102"
           "050126ff0f751095015500650035004600000930810226ff0709318102" "c0")
 TOUCHPAD = bytes.fromhex("050d0905a1018501" + 2 * FINGER +
                          "050d150027ffff00007510950109568102" "257f750895010954" "8102"
                          "05090901250175019501810295078103"
                          "050d85020955250f75089501b102"
-                         # The blob of a precision touchpad; only with it the driver accepts the rest.
+                         # The certification blob of a precision touchpad. The driver accepts the device only with this
+                         # blob.
                          "0600ff850409c5150026ff00750896" "0001b102" "c0")
 # Many touchpads have this mouse collection for systems without touchpad support. The kernel creates another input
 # device for it.
@@ -54,7 +56,7 @@ class Touchpad:
         self._device.input(b"\1" + finger + bytes(6) + struct.pack("<HBB", self._scan & 0xffff, 1, 0))
 
     def _answer(self):
-        # The driver requests the features at its start; without an answer it would wait for long.
+        # The driver requests the features when it starts. Without an answer it would wait for a long time.
         with contextlib.suppress(OSError, TypeError):
             while True:
                 kind, event = self._device.read()

@@ -23,7 +23,7 @@ TRACING = pathlib.Path("/sys/kernel/tracing")
 PROBE = "p:kovra/uevent hid_uevent action=+0(+24(%si)):string path=+0(+32(%si)):string"
 TRACED = re.compile(r' (\d+\.\d+): uevent: .* action="ACTION=(\w+)" path="DEVPATH=(\S+)"')
 
-# Devices with such a serial number come in thousands, and no test uses their events.
+# Thousands of devices have this serial number, and no test uses their events.
 CROWD = b"\0HID_UNIQ=crowd"
 
 Uevent = collections.namedtuple("Uevent", "time action node properties")
@@ -47,7 +47,7 @@ class KernelEvents:
 
     def __init__(self):
         self._events = []
-        # The times per action and path whose messages have not been read yet.
+        # For each action and path, the times of the events whose messages have not been read yet.
         self._moments = collections.defaultdict(collections.deque)
         self._trace = self._probe()
         for work in [self._read_trace, self._listen]:

@@ -19,10 +19,10 @@ RULES = ["50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "7
 RULES_FOLDERS = ["/usr/lib/udev/rules.d", "/etc/udev/rules.d"]
 BUS_ADDRESS = "unix:path=/run/kovra/bus"
 
-# The flag never changes to "off" earlier than this after the kernel's event.
+# The flag changes to "off" no earlier than this many seconds after the kernel's event.
 GRACE = 2.0
-# The flag changes no later than this after udevd passed the event on. In an emulated machine on a busy host udevd alone
-# may take a second, which is not the program's fault.
+# The flag changes no later than this many seconds after udevd passed the event on. In an emulated machine on a busy
+# host, udevd alone may take a second, which is not the program's fault.
 LATEST_OFF = 2.5
 LATEST_ON = 1.0
 

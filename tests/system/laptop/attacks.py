@@ -1,4 +1,4 @@
-"""Scenarios of people and programs that mean harm: nobody else decides about Anna's touchpad."""
+"""Scenarios of malicious people and programs: nobody but Anna can mute or unmute her touchpad."""
 
 import pathlib
 

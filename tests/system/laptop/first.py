@@ -56,7 +56,7 @@ TTYPath=/dev/console
 KillMode=process
 """
 
-# The part of a person's session that programs look for: its bus.
+# The part of a user's session that programs look for: the session bus.
 USER_SERVICE = """[Unit]
 Description=The buses of the user %i
 After=user-runtime-dir@%i.service dbus.service
@@ -124,7 +124,7 @@ def main():
     keep(RULES, KEPT_RULES)
     write_units()
     write_people()
-    # In a container systemd detects the container by these files, and packages do not start services.
+    # A host that is a container has these files. They would tell systemd so, and keep packages from starting services.
     for mark in ["/.dockerenv", "/usr/sbin/policy-rc.d"]:
         pathlib.Path(mark).unlink(missing_ok=True)
     pathlib.Path("/etc/machine-id").write_text("6b6f7672616b6f7672616b6f7672616b\n")

@@ -22,8 +22,8 @@ HELPER_PROCESSES = pathlib.Path("/sys/fs/cgroup/system.slice", HELPER)
 FLAG = "/Library/Application Support/ble-kovra/state"
 MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 
-# The pads are unmuted no earlier than this after the kernel removed the mouse, and no later than this after udevd
-# reported it.
+# The pads are unmuted no earlier than GRACE after the kernel removed the mouse. They are unmuted no later than
+# LATEST_BACK after udevd reported the removal.
 GRACE, LATEST_BACK = 2.0, 2.6
 # The pads are unmuted within this time after their person has left, or the application or the helper has ended.
 AT_ONCE = 1.0
@@ -67,7 +67,8 @@ class Laptop(Ports):
             if person in self._sessions:
                 self._sessions.pop(person).log_out()
         self._applications = []
-        # The word that a killed application has left would count again for the next one, until its first write.
+        # A killed application leaves its word in the flag. Without this, the word would count again until the next
+        # application's first write.
         if os.path.exists(FLAG):
             os.truncate(FLAG, 0)
         self.unplug_all()
@@ -148,7 +149,7 @@ class Laptop(Ports):
             check(not any(came), f"events from the pad's input devices: {came}")
 
     def mute(self, *pads):
-        """Starts Anna's application and plugs her mouse; returns both when the pads are dead."""
+        """Starts Anna's application and plugs in her mouse; returns both when the pads are dead."""
         application = self.start()
         mouse = self.plug_mouse()
         self.expect_dead(*pads)
@@ -165,7 +166,7 @@ class Laptop(Ports):
         return f"back after {back - mouse.removed:.2f} s"
 
     def expect_back_at_once(self, since, *pads, cause=None):
-        """Expects that the pads are unmuted after `since`, and shortly after a later cause."""
+        """Expects that the pads are unmuted after `since`, and shortly after the cause, if it came later."""
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, since)
             late = max(0.0, back - (cause or since))
@@ -178,7 +179,8 @@ class Laptop(Ports):
         self.expect_dead(*pads)
 
     def expect_alive_until(self, moment, *pads):
-        """Expects that the pads are alive then, and that none of them is inhibited in between, not even briefly."""
+        """Expects that the pads are alive at this moment, and that none of them is inhibited before, not even
+        briefly."""
         since = now()
         stay_until(moment)
         for device in [device for pad in pads for device in pad.inputs]:

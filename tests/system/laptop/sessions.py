@@ -51,7 +51,7 @@ class Session:
         return fields(SESSIONS / self.number).get("STATE")
 
     def activate(self):
-        """Switches to the session's console, as the keys for this do."""
+        """Switches to the session's console, as its keyboard shortcut does."""
         console = os.open("/dev/tty0", os.O_WRONLY | os.O_NOCTTY)
         fcntl.ioctl(console, VT_ACTIVATE, self._console)
         os.close(console)

@@ -8,7 +8,7 @@ from waiting import check, now, stay_until, wait_for
 
 
 def switch_there_and_back(laptop, other, pad):
-    """Anna has muted the pad: it is unmuted while the other session is active."""
+    """Expects that the pad, which Anna has muted, is unmuted while the other session is active."""
     since = now()
     other.activate()
     measured = laptop.expect_back_at_once(since, pad)
@@ -58,12 +58,12 @@ def unplugged_meanwhile(laptop):
     anna = laptop.log_in(ANNA)
     since = now()
     anna.activate()
-    # Before that the file in place belongs to Boris, and contains "off" too.
+    # Until then, the file in place belongs to Boris, and also contains "off".
     wait_for(lambda: may_write_flag(anna), "the flag to be Anna's again")
     wait_for(lambda: flag() == "off", "Anna's flag to be off")
     took = now() - since
     check(took <= AT_ONCE, f"her flag was off only after {took:.2f} s")
-    # Meanwhile the previous content of her own flag may have been valid for a moment.
+    # For a moment, the previous content of her own flag may have muted the pad again.
     stay_until(since + AT_ONCE)
     check(not any(one.inhibited), f"{AT_ONCE} s after her return the pad is dead")
     laptop.expect_alive_until(now() + AT_ONCE, one)

@@ -49,7 +49,7 @@ class BusConnectionTest : public testing::Test {
         EXPECT_GT(sd_bus_message_read(message, "s", &text), 0);
         received_ += std::string(text) + " ";
     }
-    // The bus installs a match only a moment later.
+    // Emits the value repeatedly, since the bus installs a match only a moment later.
     void emitUntilReceived(const std::string& value) {
         for (int tries = 0; received_.empty() && tries < 500; ++tries) {
             emit(value);
@@ -139,7 +139,7 @@ TEST_F(BusConnectionTest, DeliversTheErrorOfACallToAnAbsentServiceAndStartsNoSer
         {"org.example.Nobody", path, interface, "Echo"}, [](BusWriter& writer) { writer.text("hello"); },
         [&](sd_bus_message* message) { error = sd_bus_message_get_error(message)->name; });
     EXPECT_TRUE(turnUntil(loop_, [&] { return !error.empty(); }));
-    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // rather than that no such service could be started
+    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // the bus did not try to start a service
 }
 
 TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {

@@ -8,7 +8,7 @@
 namespace kovra {
 
 // Returns the unread part of a message as text: numbers and paths unchanged, strings in quotes, [arrays], (structs),
-// key:value, and a variant as its value. Of byte arrays, only the size is given.
+// key:value, and a variant as its value. For a byte array, the text contains only its size.
 inline std::string textOf(sd_bus_message* message) {
     std::string text;
     const auto separate = [&] {

@@ -28,7 +28,7 @@ class BellListener {
         XkbSelectEvents(display_.get(), XkbUseCoreKbd, XkbBellNotifyMask, XkbBellNotifyMask);
         XSync(display_.get(), False);
     }
-    // How many times the bell rang since the last call.
+    // Returns how many times the bell rang since the last call.
     int rings() {
         int rings = 0;
         XSync(display_.get(), False);

@@ -14,9 +14,9 @@
 #include "tests/support/Environment.h"
 #include "tests/support/Seeds.h"
 
-// The C library leaks parts of LOCPATH if a locale is missing; only tests set that variable. With its debugging symbols
-// installed, the names of its functions start with two underscores. So these patterns match a part of the name. The
-// sanitizer defines the name of this function.
+// The C library leaks parts of LOCPATH if a locale is missing; only tests set that variable. If the library's debugging
+// symbols are installed, the names of its functions start with two underscores. So these patterns match a part of the
+// name. The sanitizer defines the name of this function.
 extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
 extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\nleak:argz_create_sep\n"; }
 

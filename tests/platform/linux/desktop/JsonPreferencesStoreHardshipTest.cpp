@@ -29,7 +29,7 @@ class JsonPreferencesStoreHardshipTest : public PreferencesFixture {
     std::string cannotSave(int error) const {
         return "ble-kovra: не удалось сохранить настройки (" + path_ + "): " + std::strerror(error);
     }
-    // Loads the file and saves twice, both times without success. The file at the path must stay unchanged.
+    // Loads the file, and tries twice to save it, without success. The file at the path must stay unchanged.
     void expectLeftAlone(int error) {
         const auto before = traces(path_);
         start();

@@ -62,7 +62,8 @@ class LogSocket {
     int socket_;
 };
 
-// Parses an entry in the journal's native protocol, strictly by its documentation. Empty if the entry is invalid.
+// Parses an entry in the journal's native protocol, strictly by its documentation. The result is empty if the entry is
+// invalid.
 inline std::map<std::string, std::string> journalFields(const std::string& datagram) {
     std::map<std::string, std::string> fields;
     for (std::size_t i = 0; i < datagram.size();) {

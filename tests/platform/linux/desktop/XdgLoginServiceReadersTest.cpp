@@ -24,7 +24,7 @@ class XdgLoginServiceReadersTest : public testing::Test {
         environment_.set("XDG_CURRENT_DESKTOP", "KDE");
     }
 
-    // The program that systemd would start at login. Empty if it would start none.
+    // Returns the program that systemd would start at login, or an empty text if it would start none.
     std::string startedBySystemd() {
         std::filesystem::remove_all(scripts_ / "units");
         std::filesystem::create_directory(scripts_ / "units");

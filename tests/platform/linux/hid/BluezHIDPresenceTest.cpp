@@ -265,7 +265,7 @@ TEST_F(BluezHIDPresenceTest, IsWokenOnlyByItsOwnDevices) {
         }
         return turnsWithin(rig_.loop, 300ms);
     };
-    EXPECT_LE(turnsWithForeignEvents(), 2);  // only those of the timer
+    EXPECT_LE(turnsWithForeignEvents(), 2);  // only the timer's turns
     bus_.unplug(mouse_.name);
     expectReport("-1 apple");
     waitUntilIdle();

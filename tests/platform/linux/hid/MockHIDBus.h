@@ -68,7 +68,7 @@ class MockHIDBus {
         std::filesystem::create_directory_symlink("../../../../../bus/hid/drivers/" + *node.driver,
                                                   folder(node.name) / "driver");
     }
-    // Removes the node from the bus but keeps its own folder. The kernel sends "remove" in this state.
+    // Removes the node from the bus, but keeps the node's folder. The kernel sends "remove" in this state.
     void removeFromBus(const std::string& name) { std::filesystem::remove(link(name)); }
     void removeNode(const std::string& name) {
         removeFromBus(name);

@@ -30,7 +30,7 @@ class StandInBluez {
         sd_bus_slot_unref(manager_);
     }
 
-    // Acquires BlueZ's name; from then on it can be queried. Objects that were added before are known from the
+    // Acquires BlueZ's name, after which clients can query it. Objects that were added before are known from the
     // beginning.
     void acquireName() { EXPECT_GE(sd_bus_request_name(machine_.bus(), "org.bluez", 0), 0); }
 
@@ -55,7 +55,7 @@ class StandInBluez {
         objects_.at(pathOf(adapter, address))->isConnected = isConnected;
         emitChange(adapter, address, "Connected");
     }
-    // Emits a change of this property, whether it has changed or not.
+    // Emits the signal for a change of this property, whether the property has changed or not.
     void emitChange(const std::string& adapter, const std::string& address, const char* property) {
         EXPECT_GE(sd_bus_emit_properties_changed(machine_.bus(), pathOf(adapter, address).c_str(), "org.bluez.Device1",
                                                  property, nullptr),

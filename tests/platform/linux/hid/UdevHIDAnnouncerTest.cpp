@@ -145,7 +145,7 @@ class NoDescriptors {
 };
 
 TEST_F(UdevHIDAnnouncerTest, KeepsANodeThatItCannotReadWithoutDescriptorsAndChecksItAgain) {
-    // Starts a timeout once beforehand: the sanitizer needs descriptors when it first checks a type.
+    // Starts a timeout beforehand, because the sanitizer needs descriptors when it first checks a type.
     announcer_->check(added({.product = "first", .driver = std::nullopt}).name);
     const MockHIDNode known = added({.product = "known"});
     const MockHIDNode fresh = added({.product = "fresh"});

@@ -81,7 +81,7 @@ TEST_F(UdevHIDManagerRecoveryTest, ReportsWhatItMissedWhenTheSocketOverflowed) {
     UdevHIDRig rig;
     missEverything(rig);
     nextReceptionOverflows = true;
-    rig.bus.sendEvent("0003:046D:C077.0003", "change");  // of the device that has not changed
+    rig.bus.sendEvent("0003:046D:C077.0003", "change");  // this device has not changed
     EXPECT_EQ(reportsAfterTimeout(rig), everythingMissed);
     EXPECT_FALSE(nextReceptionOverflows);
 }
@@ -200,7 +200,7 @@ TEST_F(UdevHIDManagerPollingTest, KeepsItsRateHoweverOftenItIsResynchronized) {
         ++turns;
         return isOver;
     });
-    EXPECT_LE(turns, 12);  // two or three polls of two turns each, and those of the timer
+    EXPECT_LE(turns, 12);  // two or three polls of two turns each, and the timer's turns
 }
 
 TEST_F(UdevHIDManagerPollingTest, EndsWithTheManager) {

@@ -35,7 +35,7 @@ class UdevHIDRig {
         manager->open();
     }
 
-    // Runs the loop until nothing more happens without time passing.
+    // Runs the loop until a hundred turns in a row have brought no report.
     void settle() {
         for (int quietTurns = 0; quietTurns < 100;) {
             const std::size_t before = reports.size();

@@ -108,7 +108,7 @@ TEST_F(UdevHIDServiceTest, ReportsOtherNumbersAsRemovalAndAttachment) {
 TEST_F(UdevHIDServiceTest, TrustsTheNodeAndNotTheEvent) {
     MockHIDNode node{.name = bus_.nextName(), .product = "old"};
     bus_.addNode(node);
-    bus_.sendEvent(node.name, "add");  // contains the old name
+    bus_.sendEvent(node.name, "add");  // the event contains the old name
     node.product = "new";
     bus_.updateNode(node);
     EXPECT_EQ(rig_.newReports(), Reports{"+1 new"});
@@ -146,7 +146,7 @@ TEST_F(UdevHIDServiceTest, IgnoresASyntheticRemoval) {
 
 TEST_F(UdevHIDServiceTest, ReportsARemovalOnceTheNodeHasLeftTheBus) {
     const MockHIDNode node = announced();
-    bus_.removeFromBus(node.name);  // its own folder still exists
+    bus_.removeFromBus(node.name);  // the node's folder still exists
     bus_.sendEvent(node.name, "remove");
     EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
     bus_.sendEvent(node.name, "remove");

@@ -16,7 +16,7 @@ struct PortalRig {
     DesktopHotKeys hotKeys = DesktopHotKeys::onPortal(bus);
 
     // Runs the loop until all messages sent so far have been received, and all messages that they caused. Each round
-    // sends a call to the portal, or else to the bus, and its reply comes last on both connections.
+    // calls the portal, or the bus if no portal is running. The reply arrives after all earlier messages.
     void settle() {
         ASSERT_TRUE(turnUntil(loop, [this] { return bus.bus() != nullptr && sd_bus_is_ready(bus.bus()) > 0; }));
         for (int round = 0; round < 12; ++round) {

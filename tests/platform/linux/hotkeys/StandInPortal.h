@@ -67,7 +67,7 @@ class StandInPortal {
     std::string session;
     std::vector<std::string> bound;
 
-    // Its behavior:
+    // The behavior of the portal:
     std::vector<std::string> remembered;          // shortcuts of this program that the user accepted earlier
     bool knowsRegistry = true;                    // as later versions do
     bool answersBeforeItReplies = false;          // the response to a request precedes the reply to its call

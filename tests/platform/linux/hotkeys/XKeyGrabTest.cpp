@@ -30,7 +30,7 @@ struct HotKeyRig : XKeyRig {
         turn();
         return hotKey != nullptr;
     }
-    // Waits until the server has processed this, before the next key is pressed.
+    // Unregisters the hot key. Waits until the server has processed this, so that the next key is not grabbed any more.
     void unregister() {
         hotKey.reset();
         turn();
@@ -43,7 +43,7 @@ struct HotKeyRig : XKeyRig {
         const std::string ours = pressed == 0 ? "" : pressed == 1 ? "pressed" : "pressed more than once";
         return ours + (keyboard.pressesInTheWindow().empty() ? "" : "window");
     }
-    // Returns the same for every combination of lock keys, from none to all.
+    // Returns the outcome of the hot key for every combination of lock keys.
     std::vector<std::string> outcomesWithLocks() {
         std::vector<std::string> outcomes;
         for (const xcb_keycode_t lock : {key::capsLock, key::numLock, key::capsLock, key::numLock}) {

@@ -119,7 +119,7 @@ TEST_F(FlagHandoverTest, ReportsThatTheFlagWasCreated) {
     EXPECT_TRUE(isReported());
 }
 
-// As if the helper were installed, removed and installed again while the program runs.
+// The helper may be installed, removed and installed again while the program runs.
 TEST_F(FlagHandoverTest, ReportsThatTheFoldersWereCreatedHoweverOften) {
     fs::remove_all(library_);
     watch();
@@ -147,7 +147,7 @@ TEST_F(FlagHandoverTest, ReportsThatAllFoldersWereCreatedAtOnce) {
     EXPECT_TRUE(isReported());
 }
 
-// The kernel drops further events then, among them those of the flag.
+// When its queue is full, the kernel drops further events, including those of the flag.
 TEST_F(FlagHandoverTest, ReportsAHandOverIfTheQueueOfTheKernelOverflows) {
     writeFile(flag_, "off");
     watch();
@@ -188,7 +188,7 @@ TEST_F(FlagHandoverTest, SleepsWhileNothingHappensEvenWithoutTheFolder) {
         if (!exists) fs::remove_all(library_);
         watch();
         static_cast<void>(isReported());
-        EXPECT_LE(turnsWithin(loop_, 500ms), 2);  // only those of the timer
+        EXPECT_LE(turnsWithin(loop_, 500ms), 2);  // only the timer's turns
     }
 }
 
@@ -200,7 +200,7 @@ TEST_F(FlagHandoverTest, SleepsWhileItMayNotReadTheFolder) {
         const OrdinaryUser user;
         watch();
         EXPECT_FALSE(isReported());
-        EXPECT_LE(turnsWithin(loop_, 200ms), 2);  // only those of the timer
+        EXPECT_LE(turnsWithin(loop_, 200ms), 2);  // only the timer's turns
     }
     fs::permissions(folder_, fs::perms(0755));
     {
@@ -216,7 +216,7 @@ class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
   protected:
     FlagHandoverWithoutAWatchTest() {
         writeFile(flag_, "off");
-        static_cast<void>(turnsWithin(loop_, 1ms));  // the loop has opened its timer
+        static_cast<void>(turnsWithin(loop_, 1ms));  // lets the loop open its timer
         rlimit before{};
         ::getrlimit(RLIMIT_NOFILE, &before);
         const rlimit none{0, before.rlim_max};
@@ -241,7 +241,7 @@ TEST_F(FlagHandoverWithoutAWatchTest, ReportsAnExpectedHandOverOnceAfterOneSecon
     reports_ = 0;
     handover_->expect();
     EXPECT_EQ(reportsWithin(500ms), 0);
-    handover_->expect();  // starts the second again
+    handover_->expect();  // restarts the delay of one second
     EXPECT_EQ(reportsWithin(900ms), 0);
     EXPECT_EQ(reportsWithin(2500ms), 1);
 }

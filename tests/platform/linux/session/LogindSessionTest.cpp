@@ -59,7 +59,7 @@ struct SessionRig {
     LogindSession session{machine, "c2", recording(""), [this](const std::string&) { return hasFile; }};
 
     SessionRig() {
-        // The bus installs matches only a moment later; that for the end of the session is the last.
+        // The bus installs the matches only a moment later, and the one for the end of the session last.
         for (int tries = 0; received.empty() && tries < 500; ++tries) {
             sessionRemoved("c2");
             turnUntil([this] { return !received.empty(); }, 20ms);

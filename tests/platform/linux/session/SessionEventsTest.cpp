@@ -29,7 +29,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         EXPECT_GE(sd_bus_request_name(bus, "org.freedesktop.login1", 0), 0);
     }
 
-    // Runs the body inside the running application, once the signals of the login manager are received.
+    // Runs the body inside the running application, as soon as it receives the signals of the login manager.
     void run(const std::function<void()>& body) {
         body_ = body;
         application_.run(*this);
@@ -66,7 +66,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         EXPECT_GE(sd_bus_flush(login_.get()), 0);
     }
     void applicationDidFinishLaunching() override {
-        // The bus installs a match only a moment later.
+        // Repeats the signal, since the bus installs a match only a moment later.
         for (int tries = 0; done_.empty() && tries < 500; ++tries) {
             resume();
             turnUntil(

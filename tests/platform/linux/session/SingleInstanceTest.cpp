@@ -69,7 +69,7 @@ TEST(SingleInstanceTest, LetsTheLoopSleepAfterTheBusHasDied) {
         ++turns;
         return done;
     });
-    EXPECT_LT(turns, 30);  // a few for the disconnection; a loop that spins makes many thousands
+    EXPECT_LT(turns, 30);  // the disconnection causes a few turns; a loop that spins makes many thousands
 }
 
 TEST(SingleInstanceTest, OwnsTheNameAgainAfterTheBusHasRestarted) {
@@ -95,7 +95,7 @@ TEST(SingleInstanceTest, KeepsRunningIfAnotherTookTheNameWhileTheBusRestarted) {
     const Start another(loopOfAnother);
     EXPECT_FALSE(another.isSecond());
     ASSERT_TRUE(turnUntil(loop, [&] { return isConnected; }));
-    // When the bus answers this, it has also answered the request for the name.
+    // Once the bus has answered this call, it has also answered the request for the name.
     bool isAnswered = false;
     const auto answered = [](sd_bus_message*, void* context, sd_bus_error*) {
         *static_cast<bool*>(context) = true;

@@ -38,7 +38,7 @@ class ItemOnScreen : public WindowProcessOnScreen {
         if (tag != 0) added.state = MenuItemState::on;
     }
 
-    // The menu window has no title of its own.
+    // The menu window has no title of its own, so it has the name of the application.
     std::optional<Onlooker::Place> menu() { return onlooker.window("BLE-kovra"); }
     // Waits until the menu is open and receives all input. The toolkit grabs the keyboard and the pointer only after it
     // has mapped the window; input before that is lost.
@@ -53,7 +53,7 @@ class ItemOnScreen : public WindowProcessOnScreen {
     std::vector<std::string> done;
 
   private:
-    // Tries to grab the keyboard and the pointer, which fails while another client has grabbed them. The server handles
+    // Tries to grab the keyboard and the pointer. This fails while another client has grabbed them. The server handles
     // no other client in between, so that the attempt never takes the place of the menu's own grab.
     bool isInputGrabbed() {
         xcb_connection_t* connection = x->get();

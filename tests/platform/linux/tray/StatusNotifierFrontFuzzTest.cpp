@@ -123,7 +123,7 @@ class Stranger {
         return types;
     }
 
-    // The end of the complete type that starts at `begin`.
+    // Returns the end of the complete type that starts at `begin`.
     static std::size_t end(std::string_view types, std::size_t begin) {
         if (types[begin] == 'a') return end(types, begin + 1);
         if (types[begin] != '(' && types[begin] != '{') return begin + 1;

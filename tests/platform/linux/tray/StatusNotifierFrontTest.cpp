@@ -175,7 +175,7 @@ TEST(StatusNotifierFrontTest, SignalsOnlyWhatHasChanged) {
     EXPECT_EQ(rig.panel->signals(), "ItemsPropertiesUpdated [(1 [\"toggle-state\":0])] []; ");
 }
 
-// A monitor receives every message of this program, to any object.
+// The monitor receives every message that this program sends, to any object.
 TEST(StatusNotifierFrontTest, SendsNothingWhenNothingChanges) {
     StatusNotifierRig rig;
     rig.showInPanel();

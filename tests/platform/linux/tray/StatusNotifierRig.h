@@ -36,7 +36,7 @@ struct StatusNotifierRig {
     std::optional<Panel> panel;
     std::string done;  // the items whose action ran
 
-    // Starts the panel before the item, whose menu has each kind of entry.
+    // Starts the panel, then shows the item with a menu that has entries of each kind.
     void showInPanel() {
         panel.emplace(loop);
         item->setMenu(menu());
@@ -74,7 +74,7 @@ struct StatusNotifierRig {
         settle();
         return std::exchange(done, {});
     }
-    // Turns the queue until all queued blocks, and the blocks that they queue, have run.
+    // Runs the queue until all queued blocks, and the blocks that they queue, have run.
     void settle() {
         for (int turns = 0; turns < 10; ++turns) {
             bool turned = false;

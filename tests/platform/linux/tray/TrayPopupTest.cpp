@@ -30,7 +30,7 @@ class TrayPopupTest : public ItemOnScreen {
         fakeQueue.run();
     }
     // Requests the menu as a user does, who clicks again if nothing happens. The process refuses a request that is
-    // older than two seconds, and on a busy machine it may take longer than that to start.
+    // older than two seconds. On a busy machine, its start may take longer.
     Onlooker::Place openMenuAt(int atX, int atY, int clicks = 1) {
         constexpr int attempts = 10;
         for (int attempt = 0; attempt < attempts; ++attempt) {
@@ -132,7 +132,7 @@ TEST_F(TrayPopupTest, ClosesTheMenuAtEscape) {
 
 TEST_F(TrayPopupTest, ClosesTheMenuAtTheNextRequest) {
     openMenuAt(100, 50);
-    let(500ms);  // a request from before the menu was open does not close it
+    let(500ms);  // otherwise the request would count as older than the menu
     request(100, 50);
     waitForClosed();
     openMenuAt(100, 50);

@@ -57,7 +57,7 @@ class ViewRig : private UserActions {
         return nullptr;
     }
     QScrollArea* list() const { return surface.findChild<QScrollArea*>(); }
-    // The position on the surface; of a button without the margin for its focus ring.
+    // Returns the rectangle of the button on the surface, without the margin for its focus ring.
     QRect place(const QAbstractButton& button) const {
         const QRect whole = place(static_cast<const QWidget&>(button));
         const bool hasRing = qobject_cast<const QCheckBox*>(&button) || qobject_cast<const QRadioButton*>(&button);
@@ -72,7 +72,7 @@ class ViewRig : private UserActions {
     Surface surface;
     ElementTree view{surface, *this};
     std::vector<Change> changes;
-    std::vector<std::vector<std::string>> links;  // the paths of those that were followed
+    std::vector<std::vector<std::string>> links;  // the paths of the links that were followed
 
   private:
     std::uint64_t changed(std::vector<std::string> path, std::variant<bool, std::string> value) override {

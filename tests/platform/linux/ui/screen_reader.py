@@ -4,7 +4,7 @@
   screen_reader.py read                    prints the tree of objects with their roles, names and states
   screen_reader.py do ACTION ROLE NAME     performs the action of the first object with this role and name
 
-Both wait up to ten seconds for the application BLE-kovra. They exit with 1 if it or the object is missing.
+Both wait up to ten seconds for the application BLE-kovra. They exit with 1 if the application or the object is missing.
 """
 import sys
 import time

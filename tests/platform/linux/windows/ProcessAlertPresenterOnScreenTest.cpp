@@ -73,8 +73,8 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
         const bool isManaged = lookUntil(
             loop, [&] { return GetParam().command.empty() || neighbour->rootHas("_NET_SUPPORTING_WM_CHECK"); });
         EXPECT_TRUE(isManaged) << "no window manager started";
-        // The manager announces itself shortly before it manages windows. A window that appears in between never gets
-        // the focus.
+        // A window manager announces itself shortly before it manages windows. A window that appears in between never
+        // gets the focus.
         if (manager) Neighbour().show("First");
         process.emplace(loop, windowProgram);
         listening = process->listen([this](const ToResident& message) { messages.push_back(message); });
@@ -88,7 +88,7 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
         }
         process->show(shown);
     }
-    // Resembles the settings window: a switch that fills it.
+    // Shows a window like that of the settings, with one switch that fills it.
     void showWindow(bool isOn) {
         ShowWindow shown;
         shown.title = "Settings";

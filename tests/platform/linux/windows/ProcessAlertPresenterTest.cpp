@@ -147,7 +147,7 @@ TEST_F(ProcessAlertPresenterTest, AbortsAllWhenTheProcessDiesAndShowsNoneAgain) 
 TEST_F(ProcessAlertPresenterTest, AbortsIfTheProgramIsMissing) {
     standIn.remove();
     for (int i = 0; i < 3; ++i) EXPECT_EQ(run("A"), AlertResponse::aborted);
-    standIn.process().show(ShowTray());  // which fails as well
+    standIn.process().show(ShowTray());  // this fails too
     EXPECT_EQ(run("A"), AlertResponse::aborted);
 }
 

@@ -46,7 +46,7 @@ class WindowProcessRig : public testing::Test {
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
     }
-    // Empty if the file does not exist.
+    // Returns the file's contents, or an empty text if the file does not exist.
     std::string read(const std::string& name) const {
         const auto names = folder.names();
         return names.contains(name) ? readFile(folder / name) : "";

@@ -14,7 +14,7 @@ namespace kovra {
 struct FakeHotKeys {
     // Returns whether the window in front received the press.
     static bool press(std::uint32_t keyCode, std::uint32_t modifiers);
-    // From now on another program has this key.
+    // Makes another program the owner of this key from now on.
     static void takeByAnother(std::uint32_t keyCode, std::uint32_t modifiers);
     static void refuseHandlers(bool areRefused);
     static void clear();

@@ -42,7 +42,7 @@ struct FakeIOKit {
 
     // The requests to managers, in order.
     static std::vector<std::string> takeRequests();
-    // Calls each callback without a context, as a system would that calls once too often.
+    // Calls each callback without a context, as a faulty system might do.
     static void callWithoutContext();
 };
 

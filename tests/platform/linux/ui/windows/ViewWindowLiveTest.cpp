@@ -35,7 +35,7 @@ class ViewWindowLiveTest : public testing::Test {
     struct OnX : Environment {
         OnX() {
             set("QT_QPA_PLATFORM", "xcb");
-            // Neither the user's bus nor one that the toolkit would start.
+            // Keeps the toolkit from using the user's bus and from starting one.
             set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
         }
     };
@@ -68,7 +68,7 @@ class ViewWindowLiveTest : public testing::Test {
     }
 
     QScrollArea& list() const { return *window.findChild<QScrollArea*>(); }
-    // The name of a device is "Mouse " and its id.
+    // A device's name is "Mouse " followed by its id.
     QCheckBox* row(const std::string& id) const {
         for (auto* each : window.findChildren<QCheckBox*>()) {
             if (each->accessibleName().toStdString() == "Mouse " + id) return each;
@@ -79,7 +79,7 @@ class ViewWindowLiveTest : public testing::Test {
         const QRect seen = widget.visibleRegion().boundingRect();
         return seen.contains(widget.mapFromGlobal(pointer));
     }
-    // A random row that is completely visible.
+    // Returns a random row that is completely visible.
     QCheckBox& anyRowInSight() {
         std::vector<QCheckBox*> rows;
         for (auto* each : list().findChildren<QCheckBox*>()) {
@@ -232,7 +232,7 @@ TEST_F(ViewWindowLiveTest, TicksTheFocusedDeviceWithTheKeyboardWhileRowsMove) {
         ASSERT_EQ(changes.back().path.back(), id);
         answer();
         user.key(tab);
-        // The link and the switch follow the last row.
+        // After the last row, the Tab key leads to the link and the switch. The focus must return to a row.
         ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() != focused; }));
         if (!list().isAncestorOf(QApplication::focusWidget())) row(std::to_string(round))->setFocus();
     }

@@ -76,7 +76,7 @@ typedef CFIndex CFNumberType;
 enum { kCFNumberSInt64Type = 4, kCFNumberDoubleType = 13 };
 CFTypeID CFNumberGetTypeID(void);
 CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void* value);
-// Returns false, and the nearest value, if the number does not fit into the type.
+// If the number does not fit into the type, stores the nearest value and returns false.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
 typedef struct {
