@@ -37,7 +37,7 @@ struct DeviceDescription {
         changed.registered = false;
         return changed;
     }
-    // The identity key of such a device; `unknown` stands for a missing name.
+    // Returns the identity key of such a device; `unknown` replaces a missing name.
     std::string key(const std::string& unknown = "Unknown device") const {
         return product.value_or(unknown) + "#" + std::to_string(vendorID.value_or(0)) + ":" +
                std::to_string(productID.value_or(0));

@@ -75,7 +75,7 @@ class FakeMainQueue : public MainQueue {
     std::chrono::nanoseconds now() const { return now_; }
     bool isIdle() const { return blocks_.empty(); }
     std::size_t queued() const { return blocks_.size(); }
-    // Delayed blocks that have neither run nor been cancelled.
+    // Returns the number of delayed blocks that have neither run nor been cancelled.
     std::size_t pendingDelayed() const {
         std::size_t count = 0;
         for (const auto& [due, delayed] : delayed_) count += *delayed.cancelled ? 0 : 1;

@@ -44,7 +44,7 @@ class FakeStatusBar : public StatusBar {
     bool keepsMenus = true;
 
     // What the user sees.
-    int items = 0;  // in the bar
+    int items = 0;  // the number of items in the bar
     std::vector<double> lengths;
     std::optional<Drawing> image;
     bool imageIsTemplate = false;

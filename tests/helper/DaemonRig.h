@@ -66,7 +66,7 @@ class DaemonRig {
         if (!becomes("1")) throw std::runtime_error("the pad is not muted");
     }
 
-    // Whether the attribute of pad and twin has this value, or gets it in time.
+    // Returns whether the attribute of the pad and its twin has this value, or gets it in time.
     bool becomes(const std::string& value) {
         return flag.runUntil([&] { return is(value); });
     }

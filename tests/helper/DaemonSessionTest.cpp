@@ -9,7 +9,7 @@
 namespace kovra::helper {
 namespace {
 
-// Changes of the user at the machine, and of that user's application.
+// Tests of changes of the user at the machine, and of that user's application.
 class DaemonSessionTest : public testing::Test {
   protected:
     Descriptor openedBy(uid_t user) const {

@@ -39,8 +39,8 @@ bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds time
     return true;
 }
 
-// The path of the sanitizer's library and a colon, or an empty string. The library must be the first to be preloaded.
-// Its path is the same in the chroot.
+// Returns the path of the sanitizer's library and a colon, or an empty string. The library must be the first to be
+// preloaded. Its path is the same in the chroot.
 std::string sanitizer() {
     std::string found;
     const auto look = [](dl_phdr_info* library, std::size_t, void* name) {
@@ -68,7 +68,8 @@ class Process {
         if (number_ > 0 && ::waitpid(number_, &status_, WNOHANG) == number_) number_ = 0;
         return number_ > 0;
     }
-    // Waits for the process and returns its exit status. -1 if a signal has ended it, or if it does not end.
+    // Waits for the process and returns its exit status. Returns -1 if a signal has ended the process, or if it does
+    // not end.
     int result() {
         if (!waitUntil([this] { return !isRunning(); })) return -1;
         return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;

@@ -73,7 +73,7 @@ class ActingAs {
 
 using AccessList = Handle<std::remove_pointer_t<acl_t>, ::acl_free>;
 
-// The access control list of a file, in the short form of getfacl and with numbers of users.
+// Returns the access control list of a file, in the short form of getfacl and with numbers of users.
 inline std::string accessList(const std::string& path) {
     const AccessList list(acl_get_file(path.c_str(), ACL_TYPE_ACCESS));
     if (!list) return "none";
@@ -88,8 +88,8 @@ inline void setAccessList(const std::string& path, const std::string& text) {
         throw std::runtime_error("cannot set the access list of " + path);
 }
 
-// Whether this user may write the file. As root, the check tries to write as that user. An ordinary user cannot change
-// users, so the check evaluates the access control list.
+// Returns whether this user may write the file. As root, the check tries to write as that user. An ordinary user cannot
+// change users, so the check evaluates the access control list.
 inline bool mayWrite(uid_t user, const std::string& path) {
     if (::geteuid() == 0) {
         const ActingAs other(user);

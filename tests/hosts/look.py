@@ -59,7 +59,7 @@ def is_slash(mask):
 def drawn(picture, box):
     """Yields the pixels of the box that differ from the bare panel, each as (the panel's color, its own color).
 
-    The color of the panel is taken from its middle, in the same row.
+    The panel's color is that of the pixel in the middle of the same row.
     """
     left, top, right, bottom = box
     for y in range(top, bottom):

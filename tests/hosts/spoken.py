@@ -117,7 +117,7 @@ class Person:
             check(now() < deadline, f"in {self._locale} the windows contain {found}\n        and not {wanted}")
 
     def _read(self):
-        """Returns for each window (role, title) everything with a name: role, name, and whether it is checked."""
+        """Returns, for each window as (role, title), its objects that have a name, each as (role, name, is checked)."""
         reading = subprocess.run([sys.executable, "-W", "ignore", READER, "read"], env=self._desktop.environment,
                                  capture_output=True, text=True, timeout=90)
         if reading.returncode != 0:

@@ -29,7 +29,7 @@ class SharedMachineTest : public testing::Test {
     }
     void leave() {
         left = computer.flag();
-        computer.files.contents[HelperController::stateFile] = "off";  // the other user's
+        computer.files.contents[HelperController::stateFile] = "off";  // the other user's flag
         computer.files.failAlways("Permission denied");
     }
     void comeBack() {
@@ -52,7 +52,7 @@ TEST_F(SharedMachineTest, AMouseRemovedDuringAnotherUsersSessionUnmutesOnReturn)
     leave();
     computer.hid.detach(plugged);
     computer.queue.advance(10s);
-    EXPECT_EQ(computer.flag(), "off");  // the other user's
+    EXPECT_EQ(computer.flag(), "off");  // the other user's flag
     comeBack();
     EXPECT_EQ(computer.flag(), "off");
     EXPECT_EQ(computer.files.writes.back().text, "off");

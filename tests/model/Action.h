@@ -32,7 +32,7 @@ struct Action {
         run,
         select,       // keys
         enable,       // truth
-        setMode,      // truth: always
+        setMode,      // truth: whether the mode is `always`
         pressHotKey,  //
         failNext,     // number: this many writes, text: the reason
         failAlways,   // text

@@ -78,7 +78,7 @@ std::vector<Action> Life::actions(int count) {
     return actions;
 }
 
-// The weight of each action.
+// Returns a random action. The weight of each kind says how often it is drawn.
 Action Life::next() {
     static constexpr std::array<std::pair<Kind, int>, 22> weights{{
         {Kind::attach, 150},    {Kind::detach, 200},     {Kind::removeUnknown, 12}, {Kind::attachAgain, 12},
@@ -171,7 +171,7 @@ Action Life::subscription(int depth) {
     return action;
 }
 
-// The reaction of a subscriber to a change that is not stored yet.
+// Returns the reaction of a subscriber to a change that is not stored yet.
 Action Life::reaction(int depth) {
     const std::uint64_t draw = below(24);
     if (draw < 10) return choice();

@@ -44,11 +44,11 @@ class Life {
     std::string unknown_;                       // the text for a missing name
     std::vector<DeviceDescription> favorites_;  // models that occur more often in this life
     // An estimate: devices that reactions attach are not counted.
-    std::uint64_t interfaces_ = 0;            // attached so far
+    std::uint64_t interfaces_ = 0;            // the number attached so far
     std::vector<DeviceDescription> devices_;  // the device of each interface, by number
-    std::vector<std::uint64_t> attached_;     // attached now
+    std::vector<std::uint64_t> attached_;     // those that are attached now
     std::optional<DeviceDescription> lastRemoved_;
-    std::uint64_t subscribers_ = 0;  // made so far
+    std::uint64_t subscribers_ = 0;  // the number made so far
 };
 
 }  // namespace kovra::model

@@ -29,7 +29,7 @@ class ReferenceModel {
 
     std::string snapshot() const;
     std::size_t queued() const { return jobs_.size(); }
-    // The time until the end of the next grace period, if there is one.
+    // Returns the time until the end of the next grace period, if there is one.
     std::optional<std::chrono::nanoseconds> untilWake() const;
 
     // The number of grace periods that expired, and of those in which the device returned.

@@ -37,14 +37,14 @@ class LanguagesOnScreenTest : public testing::TestWithParam<double> {
     static Message crossed(const Message& message) {
         return std::get<Message>(decodeToWindow(encode(ToWindow(message))).value());
     }
-    // All visible texts of the window.
+    // Returns all visible texts of the window.
     static Texts read(const QWidget& window) {
         Texts texts;
         for (const QLabel* label : window.findChildren<QLabel*>()) {
             if (label->isVisible()) texts.insert(label->text().toStdString());
         }
         for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
-            // A button that paints its own label has it as its accessible name.
+            // A button that paints its label itself has no text, but has the label as its accessible name.
             const QString text = button->text().isEmpty() ? button->accessibleName() : button->text();
             if (button->isVisible()) texts.insert(text.toStdString());
         }

@@ -44,7 +44,7 @@ struct Computer {
     FakeWorkspace workspace;
     FakeBundle bundle;
 
-    // The services of this computer for an application.
+    // Returns the services of this computer for an application.
     Platform platformFor(Application& application) {
         return {application, queue, hid,     preferences, files,     log,       locale, statusBar,
                 hotKeys,     login, windows, alerts,      processes, workspace, bundle};

@@ -90,7 +90,7 @@ class ViewDump {
     std::ostringstream text_;
 };
 
-// The view at this path. Each step is the id or the position of a child. Throws if there is none.
+// Returns the view at this path. Each step is the id or the position of a child. Throws if there is no such view.
 inline const View& viewAt(const View& root, const std::vector<std::string>& path) {
     const View* view = &root;
     for (const std::string& step : path) {

@@ -146,7 +146,7 @@ TEST(FlagFolderAttackTest, NoUserCanReplaceTheFlagNotEvenTheOneAtTheMachine) {
     EXPECT_EQ(rig.names(), Names{"state"});
 }
 
-// The number of bytes that this thread has read so far.
+// Returns the number of bytes that this thread has read so far.
 long bytesRead() {
     std::ifstream io("/proc/thread-self/io");
     std::string label;

@@ -74,7 +74,7 @@ class RandomFlag {
         writeFile(path, "on");
         return path;
     }
-    // Mostly a small variation of "on" or "off", sometimes a long text.
+    // Returns "on", a small variation of "on" or "off", or sometimes a long text.
     std::string text() {
         if (pick(3) == 0) return "on";
         std::string made = pick(2) == 0 ? "on" : "off";
@@ -118,8 +118,8 @@ TEST(FlagFolderModelTest, AgreesWithAModelOnRandomFiles) {
     EXPECT_GT(off, 500);
 }
 
-// Random sequences with three users, who become active, write the flag, and write through descriptors that they have
-// kept.
+// Plays random sequences with three users. They become active, write the flag, and write through descriptors that they
+// have kept.
 TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));

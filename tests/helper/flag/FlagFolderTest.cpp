@@ -242,7 +242,7 @@ TEST(FlagFolderTest, IsLostWhenAFolderOfThePathIsMovedRemovedOrOpenedToOthers) {
     }
 }
 
-// The number of inotify watches of this process, which has one inotify descriptor.
+// Returns the number of inotify watches of this process, which has one inotify descriptor.
 int watches() {
     int found = 0;
     for (const auto& descriptor : fs::directory_iterator("/proc/self/fdinfo")) {

@@ -43,7 +43,7 @@ class FlagRig {
     Trust trust() const { return {root(), ::geteuid()}; }
 
     Loop& loop() { return loop_; }
-    // The folder, which is opened at the first use.
+    // Returns the folder, which is opened at the first use.
     FlagFolder& folder() {
         if (!folder_) folder_ = FlagFolder::open(loop_, folderPath, trust());
         if (!folder_) throw std::runtime_error("the folder is refused");

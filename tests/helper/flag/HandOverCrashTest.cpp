@@ -24,8 +24,8 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Whether a system call can have an effect outside the process. A kill before any other call has the same effect as a
-// kill after it.
+// Returns whether a system call can have an effect outside the process. A kill before any other call has the same
+// effect as a kill after it.
 bool hasOutsideEffect(std::uint64_t call) {
     switch (call) {
         case SYS_brk:

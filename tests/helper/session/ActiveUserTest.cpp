@@ -81,7 +81,7 @@ class Listener {
         runFor(50ms);
         return changes_ == 0;
     }
-    // Whether all events have been read, so that the loop does not spin.
+    // Returns whether all events have been read, so that the loop does not spin.
     bool sleeps() {
         const auto used = [] {
             timespec time{};

@@ -46,7 +46,7 @@ def write(exports, root, llvm):
     """Writes the stubs below root, in the folders where a linker looks for them."""
     libraries = read(exports)
     lib = llvm / "lib"
-    libraries["libSystem"][1].append("dyld_stub_binder")  # the linker itself refers to it; it is not a name of C
+    libraries["libSystem"][1].append("dyld_stub_binder")  # the linker itself refers to this symbol
     libraries["libc++"] = ("/usr/lib/libc++.1.dylib", exported_by(llvm, lib / "libc++.so.1", lib / "libc++abi.so.1"), [])
     for name, library in libraries.items():
         folder = root / ("usr/lib" if name.startswith("lib") else f"System/Library/Frameworks/{name}.framework")

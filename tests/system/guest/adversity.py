@@ -36,7 +36,8 @@ def flood_of_events(world):
     world.start(selected=[MADE_UP])
     last = churn(1000, "Kovra Mouse", keep_last=True)
     world.settle()
-    # Chosen devices kept arriving. Only after the last removal plus the grace period is it clear which one remains.
+    # Chosen devices kept arriving. It is clear which one remains only when the grace period after the last removal has
+    # ended.
     world.flag.wait_write("on")
     stay_until(now() + LATEST_OFF)
     check(world.flag.last() == "on", f"one device remains, but the writes were: {world.flag.contents()}")

@@ -72,7 +72,7 @@ def hanging_screen(world):
     with contextlib.closing(Screen()) as screen:
         running = world.start(selected=[MADE_UP], display=screen.name)
         screen.hang()
-        # Wait until the program has queried the screen for a tray, which it does if no panel has started.
+        # Wait until the program has queried the screen for a tray. It does so if no panel has started.
         stay_until(now() + 6)
         mouse = world.plug("Kovra Mouse")
         world.expect_on(mouse)

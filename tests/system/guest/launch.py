@@ -93,7 +93,7 @@ def manager(world):
         screen.wait_alerts(0)
         pid, arguments = wait_for(lambda: CALLED.exists() and CALLED.read_text().split(), "the manager to be started")
         check(arguments == "forceActivate", f"the manager's argument was {arguments!r}")
-        os.kill(int(pid), signal.SIGSTOP)  # the program must not wait for it
+        os.kill(int(pid), signal.SIGSTOP)  # the program must not wait for the manager
         since = now()
         running.send(signal.SIGTERM)
         check(running.wait_exit() == 0, f"it ended with {running.last_words()}")

@@ -14,7 +14,7 @@ LATEST_EXIT = 5.0
 
 
 def end_by(world, number):
-    """Sends the signal while a connected mouse mutes the trackpad: the program ends and unmutes it."""
+    """Sends the signal while a connected mouse mutes the trackpad. The program must end and unmute the trackpad."""
     running = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
     since = now()

@@ -30,7 +30,7 @@ class Inhibitions:
         threading.Thread(target=self._read, daemon=True).start()
 
     def wait(self, device, on, since=0.0, limit=90.0):
-        """Returns the time of the first such write at or after `since`."""
+        """Returns the time of the first write of this kind at or after `since`."""
         try:
             return wait_for(lambda: self.find(device, on, since), "the write", limit)
         except Failed as failed:

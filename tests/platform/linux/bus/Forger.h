@@ -36,7 +36,7 @@ class Forger {
     }
 
     std::string name() { return nameOf(bus_.get()); }
-    // The name that the bus has given to a client.
+    // Returns the name that the bus has given to a client.
     static std::string nameOf(sd_bus* client) {
         const char* name = nullptr;
         EXPECT_GE(sd_bus_get_unique_name(client, &name), 0);

@@ -19,7 +19,7 @@ namespace {
 struct Synced {
     ino_t inode = 0;
     off_t size = 0;
-    std::string target;  // at that moment, the contents of the file that is being replaced
+    std::string target;  // the contents that the file to be replaced had at that moment
 };
 
 std::vector<Synced> allSynced;

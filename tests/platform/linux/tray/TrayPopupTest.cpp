@@ -53,7 +53,7 @@ class TrayPopupTest : public ItemOnScreen {
     }
 
     TrayPopup popup{fakeQueue, window, item};
-    std::chrono::milliseconds requestedAt{};  // of the last request
+    std::chrono::milliseconds requestedAt{};  // the time of the last request
     bool isAnswered = false;                  // the process has refused the last request or closed its menu
     WindowProcess::Messages::Token answers = window.listen([this](const ToResident& message) {
         const auto* closed = std::get_if<MenuClosed>(&message);

@@ -31,7 +31,7 @@ class ActiveView : public testing::Test {
         if (found == nullptr) throw std::runtime_error("no button " + name);
         return *found;
     }
-    // The path of a device's row in the view.
+    // Returns the path of a device's row in the view.
     static std::vector<std::string> rowOf(const std::string& id) { return {"6", "0", id}; }
     static QPoint middle(const QWidget& widget) { return widget.rect().center(); }
     static void press(QWidget& widget) { QTest::mousePress(&widget, Qt::LeftButton, {}, middle(widget)); }

@@ -31,7 +31,7 @@ inline SetText setText(const QString& text, const QFont& font, double width) {
     return set;
 }
 
-// Whether the whole text is visible: it fits into the label, and nothing clips the label.
+// Returns whether the whole text is visible: it fits into the label, and nothing clips the label.
 inline bool isWhole(const QLabel& label) {
     const QRect space = label.contentsRect();
     const SetText text = setText(label.text(), label.font(), space.width());

@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// The relative luminance as WCAG defines it, from 0 for black to 1 for white.
+// Returns the relative luminance as WCAG defines it, from 0 for black to 1 for white.
 inline double luminance(QRgb color) {
     const auto linear = [](int value) {
         const double part = value / 255.0;
@@ -16,7 +16,7 @@ inline double luminance(QRgb color) {
     return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
 }
 
-// The share of pixels whose contrast with the background is at least 3 to 1.
+// Returns the share of pixels whose contrast with the background is at least 3 to 1.
 inline double standingOut(const QImage& image, const QColor& background) {
     const double behind = luminance(background.rgb());
     int count = 0;

@@ -30,7 +30,7 @@ class RealInput : public QObject {
         fake(XCB_BUTTON_PRESS, button);
         fake(XCB_BUTTON_RELEASE, button);
     }
-    // Presses the key at a position, while another one is held.
+    // Presses the key with this code. If `held` is not 0, that key is held down meanwhile.
     void key(xcb_keycode_t code, xcb_keycode_t held = 0) {
         if (held != 0) fake(XCB_KEY_PRESS, held);
         fake(XCB_KEY_PRESS, code);

@@ -218,7 +218,7 @@ TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheMenuItsInput) {
     item.action = MenuAction{"choose", {}};
     process->send(request);
     settle();
-    onlooker.tap(116);  // down
+    onlooker.tap(116);  // the Down key
     onlooker.tap(enter);
     ASSERT_TRUE(eventually([&] { return !received<MenuClosed>().empty(); }));
     EXPECT_EQ(received<MenuClosed>().front().chosen, 0U);
@@ -246,7 +246,7 @@ TEST_P(ProcessAlertPresenterOnScreenTest, LeaveTheIconInTheTrayItsInput) {
     }));
     onlooker.click(XCB_BUTTON_INDEX_1, *onlooker.window("The icon"));
     settle();
-    onlooker.tap(116);  // down
+    onlooker.tap(116);  // the Down key
     onlooker.tap(enter);
     EXPECT_TRUE(eventually([&] { return received<ItemChosen>() == std::vector<ItemChosen>{{0}}; }));
     EXPECT_TRUE(received<AlertAnswered>().empty());

@@ -64,7 +64,7 @@ TEST(ProcessWindowHostEnduranceTest, LeaksNothingInAHundredThousandChangesOfTheL
         highest = std::max(highest, bytesInUse());
     }
     EXPECT_TRUE(process.isRunning());
-    // Less than one byte per change. A process that reads slowly may leave one more line in the outbox.
+    // The limit is less than one byte per change. A process that reads slowly may leave one more line in the outbox.
     EXPECT_LE(peak, peakAtFirst + 10'000);
 
     window.reset();

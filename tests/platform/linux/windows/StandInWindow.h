@@ -49,7 +49,7 @@ exec cat <&3 >$here/received.$$
 
     // Deletes the program, so that it can no longer be started.
     void remove() const { std::filesystem::remove(program()); }
-    // The process ID of the newest process. 0 before the first start and after kill().
+    // Returns the process ID of the newest process, or 0 before the first start and after kill().
     pid_t pid() const {
         const auto started = lines("starts");
         const pid_t newest = started.empty() ? 0 : std::stoi(started.back());
@@ -66,7 +66,7 @@ exec cat <&3 >$here/received.$$
         turnUntil([&] { return pid() != 0; });
         std::ofstream(folder_ / ("say." + std::to_string(pid())), std::ios::app) << encode(message) << std::flush;
     }
-    // The messages that the newest process received, in order.
+    // Returns the messages that the newest process received, in order.
     template <typename Message>
     std::vector<Message> received() const {
         std::vector<Message> messages;
@@ -82,7 +82,7 @@ exec cat <&3 >$here/received.$$
         const auto messages = received<Message>();
         return messages.empty() ? std::nullopt : std::optional(messages.back());
     }
-    // Whether a real process would now show the window.
+    // Returns whether a real process would now show the window.
     bool showsWindow() const {
         bool shows = false;
         for (const std::string& line : lines("received." + std::to_string(pid()))) {

@@ -54,7 +54,7 @@ class WindowProcessOnScreen : public testing::Test {
         loop.runUntil([&] { return isOver; });
     }
 
-    // The window processes among our children.
+    // Returns the window processes among the children of this process.
     static std::vector<pid_t> windowProcesses() {
         std::vector<pid_t> found;
         std::ifstream children("/proc/thread-self/children");

@@ -19,9 +19,9 @@ struct FakeHotKeys {
     static void refuseHandlers(bool areRefused);
     static void clear();
 
-    // The requests to the event manager, in order.
+    // Returns the requests to the event manager since the last call, in order.
     static std::vector<std::string> takeRequests();
-    // The number of handlers and hot keys that are installed now.
+    // Returns the number of handlers and hot keys that are installed now.
     static std::size_t held();
 };
 

@@ -40,7 +40,7 @@ struct FakeIOKit {
     static void unplugAll();
     static void allowListening(bool isAllowed);
 
-    // The requests to managers, in order.
+    // Returns the requests to managers since the last call, in order.
     static std::vector<std::string> takeRequests();
     // Calls each callback without a context, as a faulty system might do.
     static void callWithoutContext();

@@ -38,7 +38,7 @@ class FakeObject {
     void release() const;
     long references() const { return references_; }
 
-    // The number of objects that still have references, without the constants.
+    // Returns the number of objects that still have references, without the constants.
     static std::size_t alive();
 
   private:

@@ -28,7 +28,7 @@ class FakeRunLoop {
     static void add(Source& source);
     static void remove(Source& source);
 
-    // The mode of alerts, which the application adds to the common modes.
+    // Returns the mode of alerts, which the application adds to the common modes.
     static CFRunLoopMode alertMode();
     // Returns whether a source that was added to one mode fires in another.
     static bool fires(CFRunLoopMode addedTo, CFRunLoopMode in);

@@ -9,7 +9,7 @@ namespace kovra {
 class FakeSignals {
   public:
     static void raise(int number);
-    // The number of sources that were not released.
+    // Returns the number of sources that were not released.
     static std::size_t held();
 };
 

@@ -24,7 +24,7 @@ ShowAlerts::Open numbered(std::uint64_t number) {
     return {number, "", {"Alert " + std::to_string(number), "Below it", {"First", "Second"}}};
 }
 
-// The visible windows of alerts.
+// Returns the visible windows of alerts.
 std::vector<AlertWindow*> visible() {
     std::vector<AlertWindow*> windows;
     for (QWidget* widget : QApplication::topLevelWidgets()) {

@@ -31,14 +31,14 @@ class ElementTreeGeometryTest : public testing::TestWithParam<FontSize> {
 
   protected:
     int scaled(double points) const { return static_cast<int>(std::lround(points * GetParam().scale)); }
-    // The vertical distance of two rectangles.
+    // Returns the vertical distance between two rectangles.
     static int gap(const QRect& above, const QRect& below) { return below.top() - above.bottom() - 1; }
 
     QRect placeOfMode() const {
         return rig.place(*rig.button(content.texts.always)) | rig.place(*rig.button(content.texts.onDevice)) |
                rig.place(content.texts.mode);
     }
-    // The bounding rectangle of all pixels in an area that differ from the background.
+    // Returns the bounding rectangle of all pixels in an area that differ from the background.
     QRect painted(const QRect& in) {
         const QImage image = rig.surface.grab().toImage();
         QRect found;

@@ -274,7 +274,7 @@ TEST_F(ViewWindowLiveTest, DoesNotWakeUpWhileIdle) {
     user.key(tab);
     user.moveTo(row("1")->mapToGlobal(QPoint(20, 5)));
     user.settle();
-    QTest::qWait(1000);  // pending work ends
+    QTest::qWait(1000);  // lets pending work end
     int wakings = 0;
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, &window,
                      [&] { ++wakings; });

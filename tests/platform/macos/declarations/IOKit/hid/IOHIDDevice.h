@@ -1,7 +1,7 @@
 // The functions of HID devices that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
-// It does not include the registry: a source that uses the registry includes it.
+// This header does not include that of the registry: a source that uses the registry includes its header.
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOTypes.h>
 
