@@ -11,9 +11,9 @@
 namespace kovra {
 
 // The contract of StatusBar. A Driver provides `bar()`. `settle()` waits for everything in progress. The user's view is
-// `icon()`, the name of the image, `toolTip()`, and `menu()` with one line per item: "[x] Mute", "[ ] Mute", "Quit
-// (q)", "(Hint)" if disabled, "---". `click()` chooses the item at a position, counted from 0, in a bar that toggles
-// check marks by itself. `isThere()` tells whether the bar has an item.
+// `icon()`, the name of the image, `toolTip()`, and `menu()`. The menu has one line per item: "[x] Mute", "[ ] Mute",
+// "Quit (q)", "(Hint)" if disabled, "---". `click()` chooses the item at a position, counted from 0, in a bar that
+// toggles check marks by itself. `isThere()` tells whether the bar has an item.
 template <typename Driver>
 class StatusBarContract : public testing::Test {
   protected:

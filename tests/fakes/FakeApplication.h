@@ -30,7 +30,7 @@ class FakeApplication : public Application {
     }
 
     std::vector<ActivationPolicy> policies;
-    std::function<void()> onTerminating;  // a test stops its queue here
+    std::function<void()> onTerminating;  // called at the end, so that a test can stop its queue
     bool terminated = false;
     int activations = 0;
     int beeps = 0;

@@ -134,7 +134,7 @@ class FakeHID::Device : public HIDDevice {
     std::optional<std::uint64_t> registryEntryID() const override {
         return description_.registered ? std::optional(number_) : std::nullopt;
     }
-    // Handles are far from the registry numbers, so that a test can distinguish them.
+    // Handles are far from the registry numbers, so that a test can tell one from the other.
     std::uint64_t handle() const override { return number_ + 0x7F0000000000U; }
     std::optional<std::int64_t> integerProperty(std::string_view name) const override {
         if (name == "VendorID") return description_.vendorID;

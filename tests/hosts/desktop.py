@@ -59,7 +59,7 @@ class Process:
 
 
 class Desktop:
-    """Folders, buses and environment. X11Desktop and SwayDesktop add the display."""
+    """The folders, the buses and the environment of a desktop. X11Desktop and SwayDesktop add the display."""
 
     def __init__(self, folder, **environment):
         self.folder = pathlib.Path(folder)

@@ -62,7 +62,7 @@ class Session:
                 os.kill(pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
-        # Otherwise the next start would find the name owned, and exit.
+        # Otherwise the next start of the program would find its name taken, and exit.
         wait_for(lambda: not Caller(self._desktop.bus).has_owner(PROGRAM), "the session's program to leave the bus")
         for entry in self._others:
             entry.unlink()

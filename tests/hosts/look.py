@@ -24,8 +24,8 @@ def widest_group(mask, gap):
 
 
 def menu_box(mask, least):
-    """Returns the box around the rows in which at least `least` pixels changed: a menu is wide, a highlighted icon is
-    not."""
+    """Returns the box around the rows in which at least `least` pixels changed. A menu is that wide; a highlighted icon
+    is not."""
     rows = [y for y in range(mask.height) if _count(mask, y) >= least]
     if not rows:
         return None

@@ -36,7 +36,7 @@ def main():
     secluded.adopt_orphans()
     try:
         secluded.seclude()
-        # Imported in this try block, since some machines lack the libraries that these modules load.
+        # These imports are in the try block, since some machines lack the libraries that the modules load.
         import panels
         import scenarios
         import login, spoken, window_process  # imported for their scenarios

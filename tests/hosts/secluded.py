@@ -98,7 +98,8 @@ def descendants():
 
 
 def _keep_mounts_to_ourselves():
-    """Makes our mounts private. Returns False if the root is not a mount: they would be visible outside a chroot."""
+    """Makes our mounts private. Returns False if the root is not a mount point, since the mounts would then be visible
+    outside."""
     try:
         _mount("none", "/", None, MS_REC | MS_PRIVATE)
     except OSError as failure:
@@ -129,7 +130,7 @@ def _enter_new_root(root):
 
 
 def _folder_until_the_end():
-    # Created before the change of root: inside the new root this folder is / and cannot be removed.
+    # The folder is created before the change of root. Inside the new root it is / and cannot be removed.
     folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-root-"))
     _run_at_exit(lambda: os.rmdir(folder))
     return folder

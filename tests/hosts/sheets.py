@@ -39,7 +39,8 @@ def sheet(rows):
 
 
 def save(picture, file):
-    """Saves with few colors, so that the files are small: every color is mapped to the most frequent ones."""
+    """Saves the picture with few colors, so that the file is small. Every color is mapped to one of the most frequent
+    ones."""
     frequent = sorted(picture.getcolors(1 << 24), reverse=True)[:COLORS]
     palette = Image.new("P", (1, 1))
     palette.putpalette([part for _, color in frequent for part in color])

@@ -101,9 +101,9 @@ class World:
         return box if box and box[2] - box[0] < 48 * self.panel.scale else None
 
     def _change_in(self, picture):
-        """Returns the box of the widest change against the empty panel, or None."""
+        """Returns the box of the widest change compared with the empty panel, or None."""
         box = look.widest_group(look.changed(self.empty, picture), gap=round(2 * self.panel.scale))
-        # A narrower change is a handle, which a tray may add with its first item and keep.
+        # A narrower change is a handle, which some trays add with their first item and keep.
         return box if box and box[2] - box[0] > 10 * self.panel.scale else None
 
     def language(self, locale):

@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(, L10nChoiceTest,
                              {"LowersTheKelvinSignToK", {"U\u212A-UA"}, Lang::uk},
                              {"CountsTheKelvinSignAsOneCharacter", {"\u212AU"}, Lang::en},
 
-                             // A letter and its combining marks are one character, which is not the bare letter.
+                             // A letter and its combining marks are one character, and differ from the letter alone.
                              {"CountsAMarkWithItsLetter", {"ru\u0301-RU"}, Lang::en},
                              {"CountsAMarkWithTheFirstLetter", {"r\u0301u"}, Lang::en},
                              {"CountsTwoMarksWithTheirLetter", {"ru\u0301\u0323"}, Lang::en},

@@ -76,7 +76,7 @@ def dependencies(built):
     needs = built.field("ble-kovra", "Depends")
     for package in ("libc6", "libqt6widgets6", "libsystemd0", "libudev1", "libxcb1", "qt6-qpa-plugins"):
         check(re.search(rf"\b{package}\b", needs), f"ble-kovra does not need {package}: {needs}")
-    # GNOME's extension would pull in all of GNOME.
+    # The extension for GNOME would pull in all of GNOME.
     check("gnome" not in built.field("ble-kovra", "Recommends"), "it recommends a desktop")
     check("ble-kovra-helper" in built.field("ble-kovra", "Recommends"), "it does not recommend the helper")
     needs = built.field("ble-kovra-helper", "Depends")

@@ -5,7 +5,7 @@ import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build/packages"
-# Folder of both programs from the packages.
+# The folder with both programs from the packages.
 PROGRAM = FOLDER / "program" / "ble-kovra"
 
 

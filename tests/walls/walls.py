@@ -38,7 +38,7 @@ OPERATING_SYSTEM = re.compile(
 def directives(text):
     """Yields (line number, name, rest) of each directive, ignoring comments, raw strings and continuations."""
 
-    # Joins a continued line. Its line feeds are appended, so that the line numbers below stay right.
+    # Joins a continued line. Its line feeds are appended, so that the numbers of the following lines stay correct.
     def join(match):
         return match[0].replace("\\\n", " ") + "\n" * match[0].count("\\\n")
 

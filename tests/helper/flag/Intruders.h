@@ -17,8 +17,8 @@
 
 namespace kovra::helper {
 
-// A file of the owner outside the folder that says "on". Neither reading nor handing over the flag may use or change
-// it.
+// A file of the owner that says "on" and is not in the folder. Neither reading nor handing over the flag may use or
+// change it.
 class Secret {
   public:
     explicit Secret(const FlagRig& rig) : path_(rig.root() + "/secret") {

@@ -219,7 +219,7 @@ def has_its_icon(bundle):
             expect(seen["slash"] == (0xFF, 0xB3, 0, 255), f"{name}: the slash is {seen['slash']}")
 
 
-# A second description of the same interfaces
+# The check against a second description of the same interfaces
 
 
 def gnustep_headers():

@@ -58,7 +58,7 @@ class PrivateBus {
         ::close(file);
     }
 
-    // Uses the previous address, if there is one.
+    // Starts a bus at the previous address, if there is one.
     void start() {
         std::array<int, 2> out{};
         EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);

@@ -28,7 +28,7 @@ inline std::string readFile(const std::filesystem::path& path) {
 // A folder that is removed with its contents at the end of the test.
 class TempFolder {
   public:
-    // Creates the folder in memory if possible, for tests that sync thousands of times.
+    // `memory` creates the folder in memory if possible, for tests that sync thousands of times.
     enum class Where { disk, memory };
 
     explicit TempFolder(Where where = Where::disk) {

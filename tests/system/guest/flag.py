@@ -1,4 +1,4 @@
-"""The flag file, watched by inotify from outside the program: every open and every write, with its time."""
+"""The flag file, watched with inotify from outside the program: every open and every write, with its time."""
 
 import collections
 import ctypes
@@ -19,7 +19,7 @@ Write = collections.namedtuple("Write", "time content")
 
 
 class Flag:
-    """Records a write each time that a process closes the file after it was open for writing.
+    """Records a write whenever a process closes the file after opening it for writing.
 
     The recorded content is that of the file when the event was received. The watcher reads through a descriptor that it
     keeps open, so that its own reads cause no open events.
@@ -38,7 +38,7 @@ class Flag:
         self.create_folder()
 
     def create_folder(self):
-        # The watch is set before the folder is in place: the program may write the flag at once.
+        # The watch is set before the folder is in place, because the program may write the flag at once.
         new = FOLDER.with_name(FOLDER.name + ".new")
         new.mkdir(parents=True)
         self._state = os.open(new / STATE.name, os.O_RDONLY | os.O_CREAT | os.O_CLOEXEC, 0o644)

@@ -107,7 +107,7 @@ def second_start(world):
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")
     check(world.flag.openings == opened, "it opened the flag")
-    check(openings.take() == 1, "it read the preferences")  # this scenario itself opened it once, to write
+    check(openings.take() == 1, "it read the preferences")  # this scenario opened the file once, to write it
     world.expect_writes("off", "on")
     check(first.is_running(), "the first instance ended too")
     mouse.unplug()

@@ -68,7 +68,7 @@ class Touchpad:
 
 
 class InputDevice:
-    """An input device of the kernel. Its nodes are read as a desktop reads them."""
+    """An input device of the kernel. The test reads its nodes in the same way as a desktop."""
 
     def __init__(self, folder):
         self.number = folder.name

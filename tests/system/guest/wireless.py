@@ -17,7 +17,8 @@ RECEIVER = 0xFF
 
 
 class WirelessMouse(hidpp.RenamedMouse):
-    """A mouse with a battery that can be switched off. It then answers every request with an error."""
+    """A mouse with a battery that can be switched off. While it is switched off, it answers every request with an
+    error."""
 
     def __init__(self, uniq):
         self._is_off = False

@@ -1,4 +1,4 @@
-"""Reduces dpkg's database to the host packages that ours name, since dpkg reads every entry at every step."""
+"""Reduces dpkg's database to the host packages that our packages name, since dpkg reads every entry at every step."""
 
 import pathlib
 import re

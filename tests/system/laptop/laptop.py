@@ -25,7 +25,7 @@ MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 # The pads are unmuted no earlier than GRACE after the kernel removed the mouse. They are unmuted no later than
 # LATEST_BACK after udevd reported the removal.
 GRACE, LATEST_BACK = 2.0, 2.6
-# The pads are unmuted within this time after their person has left, or the application or the helper has ended.
+# The pads are unmuted within this time after their user has left, or after the application or the helper has ended.
 AT_ONCE = 1.0
 
 

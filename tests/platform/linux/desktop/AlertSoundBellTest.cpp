@@ -84,8 +84,8 @@ class AlertSoundBellTest : public testing::Test {
     }
 
     static void set(const char* variable, const std::string& value) { ::setenv(variable, value.c_str(), 1); }
-    // Plays the sound and waits until the player exits. This process adopts the player, because the server must keep
-    // running.
+    // Plays the sound and waits until the player exits, because the player needs the X server. This process has adopted
+    // the player.
     static void play() {
         playAlertSound();
         int status = -1;

@@ -14,8 +14,8 @@
 
 namespace kovra {
 
-// Takes the place of BlueZ on a bus that has no real one, from its construction to its destruction. Exports adapters
-// and devices.
+// Takes the place of BlueZ on a bus that has no real one, for as long as this object lives. Exports adapters and
+// devices.
 class StandInBluez {
   public:
     explicit StandInBluez(SdEventLoop& loop) : machine_(loop) {

@@ -18,8 +18,8 @@
 
 namespace kovra {
 
-// A machine with a HID bus of its own, the real adapter on it, and a record of what is reported: "+7 apple" for the
-// attachment of interface 7, "-7 apple" for its removal.
+// A machine with a HID bus of its own, the real adapter on it, and a record of the reports. "+7 apple" means the
+// attachment of interface 7, and "-7 apple" its removal.
 class UdevHIDRig {
   public:
     UdevHIDRig() { startUdevd(); }

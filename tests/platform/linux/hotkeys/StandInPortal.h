@@ -69,7 +69,7 @@ class StandInPortal {
 
     // The behavior of the portal:
     std::vector<std::string> remembered;          // shortcuts of this program that the user accepted earlier
-    bool knowsRegistry = true;                    // later versions do
+    bool knowsRegistry = true;                    // later versions know it
     bool answersBeforeItReplies = false;          // the response to a request precedes the reply to its call
     bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
     std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0

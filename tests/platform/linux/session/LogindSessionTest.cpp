@@ -27,7 +27,7 @@ class LoginManager {
     void emit(const char* signal, const char* types, Values... values) {
         emitFrom("", "org.freedesktop.login1.Manager", signal, types, values...);
     }
-    // Emits changed properties of the session with this name in object paths.
+    // Emits changed properties of a session. `session` is its name in object paths.
     template <typename... Values>
     void emitChange(const std::string& session, const char* types, Values... values) {
         emitFrom("/session/" + session, "org.freedesktop.DBus.Properties", "PropertiesChanged", types, values...);

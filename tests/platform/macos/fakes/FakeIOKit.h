@@ -12,7 +12,7 @@ namespace kovra {
 
 // One HID interface in the kernel. It owns its properties.
 struct FakeInterface {
-    enum class Registry { numbered, refusing, none };  // none: no service behind it
+    enum class Registry { numbered, refusing, none };  // none: the interface has no service
 
     FakeInterface() = default;
     FakeInterface(const FakeInterface&) = delete;
@@ -28,9 +28,9 @@ struct FakeInterface {
 
 // The HID system of a machine. It behaves like the real one in these respects:
 //
-// - A manager finds the devices that are attached already when its matching is set. It reports them from the run loop
+// - When its matching is set, a manager finds the devices that are already attached. It reports them from the run loop
 //   once it is scheduled, whether or not it is open.
-// - Without the user's permission the callbacks are still called, with an error as their result.
+// - Without the user's permission, the callbacks are still called, with an error as their result.
 // - A manager is scheduled once, and must not lose its last reference while it calls back.
 struct FakeIOKit {
     using Plugged = std::shared_ptr<FakeInterface>;

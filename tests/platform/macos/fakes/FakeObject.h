@@ -23,7 +23,7 @@ enum class FakeType : CFTypeID {
     manager
 };
 
-// Reference counting, as every CoreFoundation object has it. The address sanitizer finds a use after the last release.
+// Counts references, as every CoreFoundation object does. The address sanitizer finds a use after the last release.
 class FakeObject {
   public:
     enum class Life { counted, endless };  // endless: constants of the system

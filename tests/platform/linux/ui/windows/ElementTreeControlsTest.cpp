@@ -12,7 +12,7 @@ namespace {
 
 class ElementTreeControlsTest : public ActiveView {
   protected:
-    // Returns the picture of the surface where the widget is.
+    // Returns the part of the surface's picture that shows the widget.
     QImage picture(const QWidget& widget) { return rig.surface.grab(rig.place(widget)).toImage(); }
 };
 
