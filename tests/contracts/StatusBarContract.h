@@ -12,8 +12,8 @@ namespace kovra {
 
 // The contract of StatusBar. A Driver provides `bar()`. `settle()` waits for everything in progress. The user's view is
 // `icon()`, the name of the image, `toolTip()`, and `menu()`. The menu has one line per item: "[x] Mute", "[ ] Mute",
-// "Quit (q)", "(Hint)" if disabled, "---". `click()` chooses the item at a position, counted from 0, in a bar that
-// toggles check marks by itself. `isThere()` tells whether the bar has an item.
+// "Quit (q)", "(Hint)" if disabled, "---". `click()` chooses the item at a position, counted from 0. The bar toggles a
+// clicked check mark by itself. `isThere()` tells whether the bar has an item.
 template <typename Driver>
 class StatusBarContract : public testing::Test {
   protected:

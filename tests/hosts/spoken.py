@@ -16,7 +16,7 @@ from texts import ABOUT, ACTIVATE, ADDRESS, MUTE, TEXTS, VERSION
 from waiting import check, now, wait_for
 
 READER = pathlib.Path(__file__).resolve().parents[1] / "platform/linux/ui/screen_reader.py"
-# Two chosen mice, of which one is disconnected, and one without a name.
+# Two chosen mice, one of which is disconnected, and a third mouse without a name.
 CONNECTED, DISCONNECTED, NAMELESS = "Mouse", "Rat", ""
 
 

@@ -19,7 +19,8 @@ namespace kovra::helper {
 
 inline constexpr const char* folderPath = "/Library/Application Support/ble-kovra";
 
-// An empty flag folder below a temporary root. Operations of the daemon run without capabilities, as in its unit.
+// An empty flag folder below a temporary root. Operations of the daemon run without capabilities, as in its systemd
+// unit.
 class FlagRig {
   public:
     FlagRig() { makeFlagFolder(); }

@@ -36,7 +36,7 @@ class OrdinaryUser {
     const bool wasRoot_ = ::geteuid() == 0;
 };
 
-// Changes the mode of a file or folder and restores it at the end, so that it can be removed.
+// Changes the mode of a file or folder. Restores the mode at the end, so that the file or folder can be removed.
 class Rights {
   public:
     Rights(std::filesystem::path path, ::mode_t mode) : path_(std::move(path)) {
