@@ -17,7 +17,7 @@ PLAIN, SLASHED = "ble-kovra-symbolic", "ble-kovra-muted-symbolic"
 
 
 def icon(world):
-    """Returns the icon's name as a panel queries it; empty while there is no item."""
+    """Queries the icon's name, like a panel, and returns it. The name is empty while there is no item."""
     command = ["dbus-send", "--print-reply=literal", f"--bus={world.session_bus()}", *ITEM]
     answer = subprocess.run(command, capture_output=True, text=True)
     return answer.stdout.split()[-1] if answer.returncode == 0 else ""

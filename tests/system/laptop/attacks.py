@@ -1,4 +1,4 @@
-"""Scenarios of malicious people and programs: nobody but Anna can mute or unmute her touchpad."""
+"""Scenarios of malicious people and programs: nobody but Anna decides when her touchpad is muted."""
 
 import pathlib
 

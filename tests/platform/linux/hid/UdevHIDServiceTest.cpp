@@ -22,7 +22,7 @@ class UdevHIDServiceTest : public UdevHIDServiceAtStartTest {
   protected:
     UdevHIDServiceTest() { rig_.open(); }
 
-    // Plugs in a mouse and expects its announcement with number 1.
+    // Plugs in a mouse and expects the announcement of interface 1.
     MockHIDNode announced(MockHIDNode node = {}) {
         node.name = bus_.nextName();
         bus_.plug(node);
