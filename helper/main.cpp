@@ -69,7 +69,7 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, bool& hasSt
                    .isApplicationRunning = [&](uid_t owner) { return application.isRunning(owner); },
                    .releaseApplication = [&] { application.release(); }},
                   *flag, touchpads, muter);
-    user.onChange = application.onEnd = [&] { daemon.evaluate(); };
+    user.onChange = application.onChange = [&] { daemon.evaluate(); };
     daemon.evaluate();
     hasStarted = true;
     ::sd_notify(0, "READY=1");

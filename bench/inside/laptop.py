@@ -21,6 +21,8 @@ PERSON = 61001
 FLAG = pathlib.Path("/Library/Application Support/ble-kovra/state")
 TIMEOUT_SECONDS = 20
 SETTLE_SECONDS = 3
+# The helper looks at the flag at most 20 times a second when it is written without a pause; a word may cost two looks.
+PAUSE_SECONDS = 0.1
 
 
 def main():
@@ -139,7 +141,7 @@ def changes(world, pads):
     taken = {"on": [], "off": []}
     for _ in range(world["changes"]):
         for word, value in [("on", "1"), ("off", "0")]:
-            time.sleep(0.005)
+            time.sleep(PAUSE_SECONDS)
             begin = time.monotonic()
             write_flag(word)
             taken[word].append((float(watcher.stdout.readline().split()[1]) - begin) * 1000)

@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -20,7 +22,11 @@ namespace kovra::helper {
 
 namespace {
 
-// Events of the folders above the flag's folder: the next folder's name or mode has changed.
+// A storm of events makes the daemon look this often. See the header.
+const RateLimit looks(10, std::chrono::milliseconds(50));
+
+// Events of the folders above the flag's folder: the next folder's name or mode has changed, or their own mode. There
+// is no event for the latter alone, so those of all other folders in them are received as well.
 constexpr std::uint32_t pathEvents = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
 // Events of the flag's folder: another file may be the flag. Writing to files in the folder, such as those that other
 // users have left, causes no event.
@@ -43,6 +49,13 @@ std::unique_ptr<FlagFolder> FlagFolder::open(Loop& loop, const std::filesystem::
     return folder;
 }
 
+// What a number of events says.
+struct FlagFolder::Changes {
+    bool path = false;
+    bool flagReplaced = false;
+    bool flagWritten = false;
+};
+
 bool FlagFolder::watch(Loop& loop) {
     TrustedPath trusted = openTrustedPath(trust_.root, path_, trust_.owner);
     if (trusted.folders.empty()) {
@@ -53,13 +66,19 @@ bool FlagFolder::watch(Loop& loop) {
     trusted.folders.pop_back();
     events_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     bool areWatched = events_.isOpen();
-    for (const auto& parent : trusted.folders) areWatched = areWatched && addWatch(events_, parent, pathEvents) >= 0;
+    const std::filesystem::path names = path_.relative_path();
+    auto name = names.begin();
+    for (const auto& parent : trusted.folders) {
+        const int wd = areWatched ? addWatch(events_, parent, pathEvents) : -1;
+        areWatched = wd >= 0;
+        if (areWatched) nextNames_[wd] = *name++;
+    }
     if (areWatched) folderWd_ = addWatch(events_, folder_, folderEvents);
     if (folderWd_ < 0) {
         logError("the flag's folder cannot be watched", errno);
         return false;
     }
-    watch_ = loop.onReadable(events_.number(), [this] { receiveEvents(); });
+    watch_ = std::make_unique<PacedWatch>(loop, events_.number(), looks, [this] { receiveEvents(); });
     cleanFlagFolder(folder_.number(), trust_.owner);
     watchFlag();
     // The path may have changed before it was watched.
@@ -102,35 +121,42 @@ int FlagFolder::watchFlag() {
 }
 
 void FlagFolder::receiveEvents() {
-    alignas(inotify_event) std::array<char, 4096> buffer{};
+    // The kernel's queue holds 16,384 events. Others may add to it while it is read.
+    constexpr int mostReads = 64;
+    Changes changes;
+    for (int reads = 0; reads < mostReads && readEvents(changes); ++reads) continue;
+    if (changes.path && isLost()) {
+        watch_.reset();
+        if (onLost) onLost();
+        return;
+    }
+    if (changes.flagReplaced) watchFlag();
+    if ((changes.flagReplaced || changes.flagWritten) && onChange) onChange();
+}
+
+bool FlagFolder::readEvents(Changes& changes) const {
+    constexpr std::size_t longestEvent = sizeof(inotify_event) + NAME_MAX + 1;
+    alignas(inotify_event) std::array<char, 16'384> buffer{};
     const ssize_t size = ::read(events_.number(), buffer.data(), buffer.size());
-    bool isPathChanged = false;
-    bool isFlagReplaced = false;
-    bool isFlagWritten = false;
     for (ssize_t at = 0; at < size;) {
         inotify_event event{};
         std::memcpy(&event, buffer.data() + at, sizeof event);
         const char* name = buffer.data() + at + sizeof event;
         at += static_cast<ssize_t>(sizeof event + event.len);
+        const auto parent = nextNames_.find(event.wd);
         if ((event.mask & IN_Q_OVERFLOW) != 0) {
             // The kernel has dropped events, which may have been of any kind.
-            isPathChanged = true;
-            isFlagReplaced = true;
+            changes.path = true;
+            changes.flagReplaced = true;
         } else if (event.wd == flagWd_) {
-            isFlagWritten = true;
+            changes.flagWritten = true;
         } else if (event.wd == folderWd_ && event.len > 0) {
-            isFlagReplaced = isFlagReplaced || std::strcmp(name, flagName) == 0;
-        } else {
-            isPathChanged = true;
+            changes.flagReplaced = changes.flagReplaced || std::strcmp(name, flagName) == 0;
+        } else if (parent == nextNames_.end() || event.len == 0 || parent->second == name) {
+            changes.path = true;
         }
     }
-    if (isPathChanged && isLost()) {
-        watch_.reset();
-        if (onLost) onLost();
-        return;
-    }
-    if (isFlagReplaced) watchFlag();
-    if ((isFlagReplaced || isFlagWritten) && onChange) onChange();
+    return size > static_cast<ssize_t>(buffer.size() - longestEvent);
 }
 
 bool FlagFolder::isLost() const {

@@ -4,12 +4,15 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "helper/Descriptor.h"
 #include "helper/Loop.h"
+#include "helper/PacedWatch.h"
 
 namespace kovra::helper {
 
@@ -24,6 +27,10 @@ struct Trust {
 // The folder is held open by a descriptor, and is not looked up by name again. The entries in it are opened without
 // following links or blocking, and only a few bytes of them are read. No capability is needed, because the folder and
 // its files belong to the caller.
+//
+// Other users can cause events without end: the user at the machine by writing the flag, anyone by touching a neighbor
+// of the path such as /tmp. So there are at most ten looks in a row and then twenty a second. The last event is never
+// lost: it counts after 50 ms at most.
 class FlagFolder {
   public:
     // Opens the folder at this absolute path and removes what an interrupted hand-over has left. Returns null, and logs
@@ -58,14 +65,19 @@ class FlagFolder {
     bool isWritableBy(std::optional<uid_t> user) const;
     // Watches the file that has the flag's name now, instead of any earlier file. Returns 0 or an error number.
     int watchFlag();
+    struct Changes;
+
     void receiveEvents();
+    // Adds up the events that are waiting. Returns whether there may be more of them.
+    bool readEvents(Changes& changes) const;
     bool isLost() const;
 
     const std::filesystem::path path_;
     const Trust trust_;
     Descriptor folder_;
     Descriptor events_;
-    std::unique_ptr<Loop::Watch> watch_;
+    std::unique_ptr<PacedWatch> watch_;
+    std::map<int, std::string> nextNames_;  // for each watched folder above: the name that the path continues with
     int folderWd_ = -1;
     int flagWd_ = -1;
     bool isFlagWatched_ = false;  // also true if there is no flag that could be watched

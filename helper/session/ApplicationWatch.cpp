@@ -55,13 +55,27 @@ std::map<pid_t, pid_t> applicationsOf(uid_t user) {
 bool ApplicationWatch::isRunning(uid_t user) {
     if (pidfd_.isOpen() && user_ == user && !hasEnded(pidfd_) && applicationOf(user, pid_)) return true;
     release();
-    return watchProcessOf(user);
+    return search(user);
 }
 
 void ApplicationWatch::release() {
+    laterSearch_.reset();
     recheck_.reset();
     watch_.reset();
     pidfd_ = Descriptor();
+}
+
+bool ApplicationWatch::search(uid_t user) {
+    const auto now = RateLimit::Clock::now();
+    const auto delay = searches_.delay(now);
+    if (delay > 0ms) {
+        laterSearch_ = loop_.after(delay, [this, user] {
+            if (search(user) && onChange) onChange();
+        });
+        return false;
+    }
+    searches_.use(now);
+    return watchProcessOf(user);
 }
 
 bool ApplicationWatch::watchProcessOf(uid_t user) {
@@ -84,10 +98,10 @@ bool ApplicationWatch::watchProcessOf(uid_t user) {
 
 void ApplicationWatch::processEnded() {
     release();
-    if (watchProcessOf(user_))
+    if (search(user_))
         recheckAfter(100ms);
-    else if (onEnd)
-        onEnd();
+    else if (onChange)
+        onChange();
 }
 
 // The new process may be a program that the application was starting when it was killed. Without its parent it looks
@@ -95,7 +109,7 @@ void ApplicationWatch::processEnded() {
 void ApplicationWatch::recheckAfter(std::chrono::milliseconds delay) {
     recheck_ = loop_.after(delay, [this, delay] {
         if (!isRunning(user_)) {
-            if (onEnd) onEnd();
+            if (onChange) onChange();
         } else if (delay < 10s) {
             recheckAfter(10 * delay);
         }

@@ -8,6 +8,7 @@
 
 #include "helper/Descriptor.h"
 #include "helper/Loop.h"
+#include "helper/RateLimit.h"
 
 namespace kovra::helper {
 
@@ -20,21 +21,26 @@ namespace kovra::helper {
 // A child of the application that is about to execute another program still has the application's name. The child is
 // not held while its parent is running. If the parent was killed, the child is held. Because there is no notification
 // of an exec, the child is then checked again after 0.1, 1 and 10 s.
+//
+// A search reads from every process, and the user can cause one whenever no application is running. So there are at
+// most five searches in a row and then two a second. A search that is put off takes place within half a second.
 class ApplicationWatch {
   public:
     explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
 
     // Returns whether the application is running, and starts watching its process. A stopped process, or one that does
-    // not respond, counts as running.
+    // not respond, counts as running. False if the search is put off.
     bool isRunning(uid_t user);
-    // Stops watching. onEnd is not called until isRunning() has returned true again.
+    // Stops watching. onChange is not called until isRunning() is called again.
     void release();
 
-    // Called when the watched process has ended and no other process of the user looks like the application. A process
-    // that only looks like the application is ruled out by a later check, which then calls onEnd.
-    std::function<void()> onEnd;
+    // Called when the watched process has ended and no other process of the user looks like the application. Also called
+    // when a later check rules out a process that only looks like it, and when a search that was put off has found the
+    // application.
+    std::function<void()> onChange;
 
   private:
+    bool search(uid_t user);
     bool watchProcessOf(uid_t user);
     void processEnded();
     void recheckAfter(std::chrono::milliseconds delay);
@@ -45,6 +51,8 @@ class ApplicationWatch {
     Descriptor pidfd_;
     std::unique_ptr<Loop::Watch> watch_;
     std::unique_ptr<Loop::Watch> recheck_;
+    RateLimit searches_{5, std::chrono::milliseconds(500)};
+    std::unique_ptr<Loop::Watch> laterSearch_;
 };
 
 }  // namespace kovra::helper

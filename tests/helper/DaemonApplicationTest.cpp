@@ -25,7 +25,7 @@ class DaemonApplicationTest : public testing::Test {
                             .isApplicationRunning = [this](uid_t of) { return application.isRunning(of); },
                             .releaseApplication = [this] { application.release(); }},
             rig.flag.folder(), *rig.touchpads, *rig.muter);
-        application.onEnd = [this] { rig.daemon->evaluate(); };
+        application.onChange = [this] { rig.daemon->evaluate(); };
         rig.daemon->evaluate();
     }
     ~DaemonApplicationTest() override { kill(SIGKILL); }

@@ -8,6 +8,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -62,19 +64,19 @@ class Process {
 class Rig {
   public:
     Rig() {
-        watch.onEnd = [this] {
-            ++ends_;
+        watch.onChange = [this] {
+            ++changes_;
             loop_.stop();
         };
     }
-    bool gotEnd() {
+    bool gotChange() {
         runFor(10s);
-        return std::exchange(ends_, 0) == 1;
+        return std::exchange(changes_, 0) == 1;
     }
     bool gotNothing() { return gotNothingFor(50ms); }
     bool gotNothingFor(std::chrono::milliseconds time) {
         runFor(time);
-        return ends_ == 0;
+        return changes_ == 0;
     }
 
   private:
@@ -84,7 +86,7 @@ class Rig {
     }
 
     Loop loop_;
-    int ends_ = 0;
+    int changes_ = 0;
 
   public:
     ApplicationWatch watch{loop_};
@@ -100,7 +102,7 @@ TEST(ApplicationWatchTest, ReportsTheEndOfTheApplicationHoweverItEnds) {
             EXPECT_TRUE(rig.watch.isRunning(user));
             EXPECT_TRUE(rig.gotNothing());
             application.signal(signal);
-            EXPECT_TRUE(rig.gotEnd());
+            EXPECT_TRUE(rig.gotChange());
             EXPECT_FALSE(rig.watch.isRunning(user));  // a zombie has ended
             EXPECT_TRUE(rig.gotNothing());
         }
@@ -117,7 +119,7 @@ TEST(ApplicationWatchTest, WatchesAnotherApplicationOfTheUserNext) {
         EXPECT_TRUE(rig.gotNothing());
         EXPECT_TRUE(rig.watch.isRunning(user));
         other.kill();
-        EXPECT_TRUE(rig.gotEnd());
+        EXPECT_TRUE(rig.gotChange());
         EXPECT_FALSE(rig.watch.isRunning(user));
     });
 }
@@ -223,7 +225,7 @@ TEST(ApplicationWatchTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting
         EXPECT_EQ(::write(becomes[1], "x", 1), 1);
         ASSERT_TRUE(is(400, "xdg-open"));
         ::kill(application, SIGKILL);
-        EXPECT_TRUE(rig.gotEnd());
+        EXPECT_TRUE(rig.gotChange());
     });
 }
 
@@ -275,7 +277,7 @@ TEST(ApplicationWatchTest, RecognizesTheProgramThatAKilledApplicationWasStarting
             application.kill();
             EXPECT_TRUE(rig.gotNothingFor(delay));
             application.executeProgram();
-            EXPECT_TRUE(rig.gotEnd());
+            EXPECT_TRUE(rig.gotChange());
             EXPECT_FALSE(rig.watch.isRunning(user));
         }
     });
@@ -291,6 +293,64 @@ TEST(ApplicationWatchTest, DoesNotCheckAgainAfterARelease) {
         rig.watch.release();
         application.executeProgram();
         EXPECT_TRUE(rig.gotNothingFor(300ms));
+    });
+}
+
+// The number of bytes that this thread has read so far.
+long bytesRead() {
+    std::ifstream io("/proc/thread-self/io");
+    std::string label;
+    long value = 0;
+    io >> label >> value;
+    if (label != "rchar:") throw std::runtime_error("the kernel does not count what is read");
+    return value;
+}
+
+// The number of bytes that one question reads.
+long costOf(Rig& rig, uid_t user) {
+    const long before = bytesRead();
+    rig.watch.isRunning(user);
+    return bytesRead() - before;
+}
+
+TEST(ApplicationWatchTest, SearchesAllProcessesAtMostTwiceASecondAfterAFewTimes) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        const Process other(user, "another");
+        const long withSearch = costOf(rig, user);
+        const auto begin = std::chrono::steady_clock::now();
+        int searches = 1;
+        for (int i = 0; i < 300; ++i) searches += costOf(rig, user) > withSearch / 2 ? 1 : 0;
+        const auto time = std::chrono::steady_clock::now() - begin;
+        EXPECT_GE(searches, 5);
+        EXPECT_LE(searches, 5 + time / 500ms + 1);
+    });
+}
+
+TEST(ApplicationWatchTest, ReportsAnApplicationThatStartsWhileSearchesArePutOff) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        for (int i = 0; i < 20; ++i) EXPECT_FALSE(rig.watch.isRunning(user));
+        const Process application(user);
+        const auto started = std::chrono::steady_clock::now();
+        if (!rig.watch.isRunning(user)) {
+            EXPECT_TRUE(rig.gotChange());
+        }
+        EXPECT_LT(std::chrono::steady_clock::now() - started, 1s);
+        EXPECT_TRUE(rig.watch.isRunning(user));
+        // It is watched like any other.
+        application.kill();
+        EXPECT_TRUE(rig.gotChange());
+    });
+}
+
+TEST(ApplicationWatchTest, ForgetsASearchThatWasPutOffAtARelease) {
+    inPrivateMachine([](uid_t user) {
+        Rig rig;
+        for (int i = 0; i < 20; ++i) EXPECT_FALSE(rig.watch.isRunning(user));
+        rig.watch.release();
+        const Process application(user);
+        EXPECT_TRUE(rig.gotNothingFor(600ms));
     });
 }
 

@@ -43,6 +43,10 @@ class Inhibitions:
         return next((note.time for note in list(self._noted)
                      if note.time >= since and note.device == device.number and note.on == on), None)
 
+    def last(self, device):
+        """Returns the time of the last such write; None if there was none."""
+        return next((note.time for note in reversed(list(self._noted)) if note.device == device.number), None)
+
     def _read(self):
         with open(OWN / "trace_pipe", encoding="ascii", errors="replace") as trace:
             for line in trace:

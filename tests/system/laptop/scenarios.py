@@ -6,6 +6,7 @@ import muting
 import ends
 import switching
 import attacks
+import storms
 # This one is last, since it removes the packages.
 import removal
 from laptop import Laptop
