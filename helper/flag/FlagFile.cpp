@@ -1,6 +1,7 @@
 #include "helper/flag/FlagFile.h"
 
 #include <acl/libacl.h>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/acl.h>
 #include <sys/stat.h>
@@ -10,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -77,9 +79,19 @@ void FlagFile::truncate() const {
     [[maybe_unused]] const int result = ::ftruncate(writing.number(), std::min(status.st_size, longest));
 }
 
-bool FlagFile::hasOtherLinks() const {
-    struct stat status {};
-    return ::fstat(file_.number(), &status) != 0 || status.st_nlink != 1;
+bool FlagFile::hasOtherNameIn(int folder, const char* name) const {
+    struct stat own {};
+    if (::fstat(file_.number(), &own) != 0) return true;
+    if (own.st_nlink == 1) return false;
+    const Handle<DIR, ::closedir> entries(::fdopendir(::openat(folder, ".", O_RDONLY | O_CLOEXEC)));
+    if (!entries) return true;
+    while (const dirent* entry = ::readdir(entries.get())) {
+        struct stat status {};
+        const bool isThisFile = ::fstatat(folder, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                                status.st_dev == own.st_dev && status.st_ino == own.st_ino;
+        if (isThisFile && std::strcmp(entry->d_name, name) != 0) return true;
+    }
+    return false;
 }
 
 bool FlagFile::isWritableBy(std::optional<uid_t> user) const { return listOf(file_.number()) == listFor(user); }

@@ -26,8 +26,9 @@ class FlagFile {
     // Truncates the file to the longest valid content and frees space that was allocated beyond its end. content()
     // stays the same. Ignores failures.
     void truncate() const;
-    // Whether the file has more than one hard link. It could then be changed through a path that is not watched.
-    bool hasOtherLinks() const;
+    // Whether the file has a further name in this folder, besides the given one. Names in other folders do not count.
+    // True also if that cannot be found out.
+    bool hasOtherNameIn(int folder, const char* name) const;
 
     // Whether exactly this user, or no user, can write the file besides its owner.
     bool isWritableBy(std::optional<uid_t> user) const;

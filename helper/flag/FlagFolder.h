@@ -49,8 +49,8 @@ class FlagFolder {
     bool handOver(std::optional<uid_t> user);
     // Whether the flag is as handOver() leaves it: this user alone, or no user, can write it, and it is watched.
     bool isFlagOf(std::optional<uid_t> user) const;
-    // Whether the flag is a regular file of the owner with a single link and exactly the two bytes "on". A flag that
-    // cannot be watched counts as "off", because a later "off" would go unnoticed.
+    // Whether the flag is a regular file of the owner with exactly the two bytes "on" and no further name in the
+    // folder. A flag that cannot be watched counts as "off", because a later "off" would go unnoticed.
     bool isOn() const;
 
     // Called when the flag may have changed or was replaced, including by handOver().

@@ -95,7 +95,7 @@ int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     const auto content = user ? leftContent(folder, owner, *user) : FlagFile::Content::off;
     if (const int error = replaceFlag(folder, user, content)) {
         // If the old user's right could not be revoked, the flag is still that user's. It counts again once it has a
-        // single link.
+        // single name.
         cleanFlagFolder(folder, owner);
         return error;
     }

@@ -16,7 +16,7 @@ inline constexpr const char* flagName = "state";
 // The order of the steps keeps the flag safe if the process is killed between any two of them:
 //   1. The flag gets a second hard link, state.left.USER, named after the user who can write it. A copy is not enough:
 //      what this user still writes through an open descriptor counts when the user returns. The helper reads a flag
-//      with two links as "off".
+//      with two names in the folder as "off".
 //   2. That user's right to write the file is revoked. Descriptors that are already open stay writable, so the file has
 //      to be replaced as well.
 //   3. The new file is created as state.new and completed before the new user can write it.

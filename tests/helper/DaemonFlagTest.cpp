@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Each test replaces or changes a flag that says "on", so that the pad must be unmuted.
+// Each test replaces or changes a flag that says "on".
 class DaemonFlagTest : public testing::Test {
   protected:
     void SetUp() override { rig.startMuted(); }
@@ -52,9 +52,19 @@ TEST_F(DaemonFlagTest, ThatIsASymbolicLinkUnmutesThePad) {
     EXPECT_TRUE(rig.becomes("0"));
 }
 
-TEST_F(DaemonFlagTest, WithASecondLinkUnmutesThePad) {
+TEST_F(DaemonFlagTest, WithASecondNameInItsFolderUnmutesThePad) {
     fs::create_hard_link(rig.flag.state(), rig.flag.path("other"));
     EXPECT_TRUE(rig.becomes("0"));
+}
+
+TEST_F(DaemonFlagTest, WithASecondNameElsewhereKeepsThePadMuted) {
+    fs::create_hard_link(rig.flag.state(), rig.flag.root() + "/other");
+    rig.settle();
+    EXPECT_TRUE(rig.is("1"));
+    rig.flag.write(alice, "off");
+    EXPECT_TRUE(rig.becomes("0"));
+    rig.flag.write(alice, "on");
+    EXPECT_TRUE(rig.becomes("1"));
 }
 
 TEST_F(DaemonFlagTest, ThatIsAPipeUnmutesThePad) {

@@ -21,29 +21,39 @@ namespace {
 using Names = std::set<std::string>;
 namespace fs = std::filesystem;
 
-TEST(FlagFolderAttackTest, AFileWithASecondLinkDoesNotCountWhileItHasTwo) {
+TEST(FlagFolderAttackTest, AnotherFileOfTheOwnerIsNobodysFlag) {
     FlagRig rig;
     const Secret secret(rig);
-    // Puts a link to another file of the owner, which says "on", in place of the flag.
     fs::create_hard_link(secret.path(), rig.state());
-    EXPECT_FALSE(rig.isOn());
+    EXPECT_FALSE(rig.folder().isFlagOf(alice));
+    EXPECT_FALSE(rig.folder().isFlagOf(std::nullopt));
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(secret.isUntouched());
-    // A user who may write a file can link it into a folder of their own.
+}
+
+// Where fs.protected_hardlinks is 0, anyone can link the flag into a folder of their own.
+TEST(FlagFolderAttackTest, ASecondNameInAnotherFolderDoesNotCountAgainstTheUser) {
+    FlagRig rig;
     rig.makeFolder("theirs");
-    ASSERT_EQ(::chmod((rig.root() + "/theirs").c_str(), 0777), 0);
-    const std::string second = rig.root() + "/theirs/second";
+    rig.handOver(alice);
     rig.write(alice, "on");
-    {
-        const ActingAs user(alice);
-        ASSERT_EQ(::link(rig.state().c_str(), second.c_str()), 0);
-    }
-    EXPECT_FALSE(rig.isOn());
-    {
-        const ActingAs user(alice);
-        ASSERT_EQ(::unlink(second.c_str()), 0);
-    }
+    fs::create_hard_link(rig.state(), rig.root() + "/theirs/second");
     EXPECT_TRUE(rig.isOn());
+    ASSERT_TRUE(rig.handOver(bob));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.isOn());
+}
+
+TEST(FlagFolderAttackTest, AFlagWithASecondNameInItsFolderDoesNotCount) {
+    FlagRig rig;
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    for (const std::string second : {"state.left.61001", "state.left.61002", "other"}) {
+        fs::create_hard_link(rig.state(), rig.path(second));
+        EXPECT_FALSE(rig.isOn()) << second;
+        fs::remove(rig.path(second));
+        EXPECT_TRUE(rig.isOn()) << second;
+    }
 }
 
 TEST(FlagFolderAttackTest, AFileThatTheHelperHasNotCreatedKeepsItsAccessList) {

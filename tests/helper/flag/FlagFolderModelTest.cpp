@@ -21,14 +21,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Makes random changes at the flag's path, and models them by kind, content and number of links of the file there.
+// Makes random changes at the flag's path, and models them by kind, content and number of names of the file there.
+// Names in other folders do not count.
 class RandomFlag {
   public:
     RandomFlag(FlagRig& rig, std::mt19937& random) : rig_(rig), random_(random) {}
 
     // Makes one change. Returns whether the flag must now say "on".
     bool change() {
-        switch (pick(8)) {
+        switch (pick(9)) {
             case 0:
                 fs::remove_all(rig_.state());
                 isFile_ = false;
@@ -45,8 +46,12 @@ class RandomFlag {
                 break;
             case 4:
                 if (!isFile_) break;
-                fs::create_hard_link(rig_.state(), rig_.root() + "/name" + std::to_string(count_++));
+                fs::create_hard_link(rig_.state(), rig_.path("name" + std::to_string(count_++)));
                 ++names_;
+                break;
+            case 6:
+                if (!isFile_) break;
+                fs::create_hard_link(rig_.state(), rig_.root() + "/name" + std::to_string(count_++));
                 break;
             case 5:
                 if (!isFile_) break;

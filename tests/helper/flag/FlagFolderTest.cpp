@@ -149,7 +149,7 @@ TEST(FlagFolderTest, WatchesTheNewFlagAfterEachHandOver) {
     }
 }
 
-TEST(FlagFolderTest, NotifiesOfASecondLinkAndOfWritesThroughIt) {
+TEST(FlagFolderTest, NotifiesOfASecondNameAndOfWritesThroughIt) {
     FlagRig rig;
     rig.makeFolder("theirs");
     rig.handOver(alice);
@@ -158,15 +158,21 @@ TEST(FlagFolderTest, NotifiesOfASecondLinkAndOfWritesThroughIt) {
     const std::string second = rig.root() + "/theirs/second";
     fs::create_hard_link(rig.state(), second);
     EXPECT_TRUE(notifications.gotChange());
-    EXPECT_FALSE(rig.isOn());
-    writeFile(second, "off");
-    EXPECT_TRUE(notifications.gotChange());
-    writeFile(second, "on");
-    EXPECT_TRUE(notifications.gotChange());
-    EXPECT_FALSE(rig.isOn());
+    for (const std::string text : {"off", "on"}) {
+        writeFile(second, text);
+        EXPECT_TRUE(notifications.gotChange());
+        EXPECT_EQ(rig.isOn(), text == "on");
+    }
     fs::remove(second);
     EXPECT_TRUE(notifications.gotChange());
-    EXPECT_TRUE(rig.isOn());
+    for (const bool isOn : {false, true}) {
+        if (isOn)
+            fs::remove(rig.path("second"));
+        else
+            fs::create_hard_link(rig.state(), rig.path("second"));
+        EXPECT_TRUE(notifications.gotChange());
+        EXPECT_EQ(rig.isOn(), isOn);
+    }
 }
 
 TEST(FlagFolderTest, DoesNotNotifyOfChangesThatDoNotCount) {
