@@ -65,15 +65,15 @@ void runApplication() {
         signals.push_back(loop.onSignal(number, [&] { application.terminate(); }));
     }
 
+    kovra::JournalLog log;
     kovra::SessionBus bus(loop);
     kovra::ActivationToken activationToken;
-    const kovra::SingleInstance instance(bus, [&](const std::string& token) {
+    const kovra::SingleInstance instance(bus, log, [&](const std::string& token) {
         activationToken.provide(token);
         application.reopen();
     });
     if (instance.isSecond()) return;
 
-    kovra::JournalLog log;
     kovra::GlibcLocale locale;
     kovra::PosixFileSystem files;
     kovra::JsonPreferencesStore preferences(kovra::standardPreferencesPath(), log);

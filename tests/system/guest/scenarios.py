@@ -2,6 +2,7 @@
 
 import plugging
 import lifetime
+import instances
 import adversity
 import desktop
 import launch

@@ -2,8 +2,11 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <variant>
 
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
+#include "BLE_kovra/platform/linux/desktop/BuildBundle.h"
+#include "BLE_kovra/platform/linux/session/BusWait.h"
 
 namespace kovra {
 
@@ -34,10 +37,52 @@ int readToken(sd_bus_message* call, std::string& token) {
     return result;
 }
 
+void writeOwnTokens(BusWriter& message) {
+    message.openArray("{sv}");
+    for (const auto& [variable, key] : tokens) {
+        const char* token = std::getenv(variable);
+        if (token != nullptr && *token != '\0') message.entry(key, token);
+    }
+    message.close();
+}
+
+// A call whose reply must have the signature that this program gives it.
+struct Question {
+    const char* interface;
+    const char* member;
+    const char* signature;  // of the reply
+    enum class State { waiting, answered, refused } state = State::waiting;
+    BusSlot reply = {};
+
+    void ask(sd_bus* bus, const char* busName, const std::function<void(BusWriter&)>& write) {
+        sd_bus_message* made = nullptr;
+        int result = sd_bus_message_new_method_call(bus, &made, busName, DBusActivation::path, interface, member);
+        const BusMessage message(made);
+        if (result >= 0) result = sd_bus_message_set_auto_start(made, 0);
+        BusWriter writer(made);
+        if (result >= 0) write(writer);
+        if (result >= 0) result = writer.result();
+        sd_bus_slot* slot = nullptr;
+        if (result >= 0) static_cast<void>(sd_bus_call_async(bus, &slot, made, replied, this, 0));
+        reply.reset(slot);
+    }
+
+  private:
+    static int replied(sd_bus_message* reply, void* context, sd_bus_error*) {
+        auto* self = static_cast<Question*>(context);
+        if (self == nullptr) return 0;
+        const bool isExpected = sd_bus_message_is_method_error(reply, nullptr) == 0 &&
+                                sd_bus_message_has_signature(reply, self->signature) > 0;
+        self->state = isExpected ? State::answered : State::refused;
+        return 0;
+    }
+};
+
 }  // namespace
 
 void DBusActivation::exportOn(BusConnection& bus) {
-    if (!slot_) slot_ = bus.exportObject(path, interface, vtable.data(), this);
+    if (!activation_) activation_ = bus.exportObject(path, interface, activationTable.data(), this);
+    if (!own_) own_ = bus.exportObject(path, ownInterface, ownTable.data(), this);
 }
 
 int DBusActivation::received(sd_bus_message* call, void* context, sd_bus_error* error) {
@@ -49,16 +94,23 @@ int DBusActivation::received(sd_bus_message* call, void* context, sd_bus_error* 
     return answer(call, [](BusWriter&) {});
 }
 
-void DBusActivation::activate(BusConnection& bus, const char* busName) {
-    bus.send({busName, path, interface, "Activate"}, [](BusWriter& message) {
-        message.openArray("{sv}");
-        for (const auto& [variable, key] : tokens) {
-            const char* token = std::getenv(variable);
-            if (token != nullptr && *token != '\0') message.entry(key, token);
-        }
-        message.close();
-    });
-    sd_bus_flush(bus.bus());
+int DBusActivation::askedForVersion(sd_bus_message* call, void*, sd_bus_error*) {
+    const auto version = BuildBundle().infoDictionaryValue("CFBundleShortVersionString");
+    const auto* text = version ? std::get_if<std::string>(&*version) : nullptr;
+    return answer(call, [&](BusWriter& reply) { reply.text(text == nullptr ? "" : *text); });
+}
+
+DBusActivation::Owner DBusActivation::activate(sd_bus* bus, const char* busName) {
+    using State = Question::State;
+    Question activation{interface, "Activate", ""};
+    Question version{ownInterface, "Version", "s"};
+    activation.ask(bus, busName, writeOwnTokens);
+    version.ask(bus, busName, [](BusWriter&) {});
+    const auto isRefused = [&] { return activation.state == State::refused || version.state == State::refused; };
+    const auto isOurs = [&] { return activation.state == State::answered && version.state == State::answered; };
+    processUntil(bus, timeout, [&] { return isRefused() || isOurs(); });
+    if (isRefused()) return Owner::foreign;
+    return isOurs() ? Owner::ours : Owner::silent;
 }
 
 std::string DBusActivation::takeOwnToken() {
@@ -71,9 +123,16 @@ std::string DBusActivation::takeOwnToken() {
     return own;
 }
 
-const std::array<sd_bus_vtable, 3> DBusActivation::vtable{{
+const std::array<sd_bus_vtable, 3> DBusActivation::activationTable{{
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("a{sv}", platform_data), SD_BUS_NO_RESULT, received,
+                            SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END,
+}};
+
+const std::array<sd_bus_vtable, 3> DBusActivation::ownTable{{
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD_WITH_ARGS("Version", SD_BUS_NO_ARGS, SD_BUS_RESULT("s", version), askedForVersion,
                             SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END,
 }};

@@ -3,6 +3,7 @@
 #include <systemd/sd-bus.h>
 
 #include <array>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <utility>
@@ -13,21 +14,33 @@
 namespace kovra {
 
 // Implements org.freedesktop.Application, with which other programs activate this one. The effect is that of a second
-// start. Files and actions are not supported.
+// start. Files and actions are not supported. An interface of this program's own, with the method Version, shows a
+// further start that the owner of the name is this program.
 class DBusActivation {
   public:
     static constexpr const char* path = "/org/ble_kovra/BLEKovra";
+    static constexpr const char* ownInterface = "org.ble_kovra.BLEKovra";
+    // An instance that runs answers within milliseconds.
+    static constexpr std::chrono::seconds timeout{1};
 
     // Called from the queue with the token that allows a window to come to the front. It is empty if there is none.
     using Activated = std::function<void(const std::string& token)>;
     DBusActivation(MainQueue& queue, Activated activated) : queue_(queue), activated_(std::move(activated)) {}
 
     void exportOn(BusConnection& bus);
-    void detach() { slot_.reset(); }
+    void detach() {
+        activation_.reset();
+        own_.reset();
+    }
 
-    // Activates the owner of the name and passes on the token that this process was started with. Blocks only until the
-    // message is sent.
-    static void activate(BusConnection& bus, const char* busName);
+    enum class Owner {
+        ours,     // it has answered as this program does
+        foreign,  // it has answered, but as another program
+        silent    // it has not answered within `timeout`
+    };
+    // Activates the owner of the name and passes on the token that this process was started with. Waits for the answer
+    // without running the event loop. A silent owner receives the message when it continues.
+    static Owner activate(sd_bus* bus, const char* busName);
 
     // Returns the token of this process and removes it from the environment, so that no child process uses it. Empty if
     // there is none.
@@ -35,11 +48,14 @@ class DBusActivation {
 
   private:
     static int received(sd_bus_message* call, void* context, sd_bus_error* error);
-    static const std::array<sd_bus_vtable, 3> vtable;
+    static int askedForVersion(sd_bus_message* call, void* context, sd_bus_error* error);
+    static const std::array<sd_bus_vtable, 3> activationTable;
+    static const std::array<sd_bus_vtable, 3> ownTable;
 
     MainQueue& queue_;
     const Activated activated_;
-    BusSlot slot_;
+    BusSlot activation_;
+    BusSlot own_;
     Lifetime lifetime_;
 };
 

@@ -2,16 +2,19 @@
 
 #include <chrono>
 #include <cstdint>
-#include <string_view>
+#include <string>
 #include <utility>
+
+#include "BLE_kovra/platform/SystemLog.h"
+#include "BLE_kovra/platform/linux/session/BusWait.h"
 
 namespace kovra {
 
 namespace {
 
-using std::chrono::steady_clock;
-
 constexpr auto timeout = std::chrono::seconds(2);
+constexpr const char* nameIsTaken =
+    "имя org.ble_kovra.BLEKovra на сессионной шине занято другой программой, работа продолжается без него";
 
 enum class Answer { none, first, second };
 
@@ -27,11 +30,6 @@ int answered(sd_bus_message* reply, void* context, sd_bus_error*) {
     return 0;
 }
 
-std::uint64_t microsecondsUntil(steady_clock::time_point deadline) {
-    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - steady_clock::now()).count();
-    return left > 0 ? static_cast<std::uint64_t>(left) : 0;
-}
-
 // Requests the name without running the event loop, which nothing else uses yet. Waits at most `timeout`, in case the
 // bus hangs.
 Answer requestName(sd_bus* bus) {
@@ -39,25 +37,37 @@ Answer requestName(sd_bus* bus) {
     sd_bus_slot* slot = nullptr;
     if (sd_bus_request_name_async(bus, &slot, SingleInstance::busName, 0, answered, &answer) < 0) return answer;
     const BusSlot request(slot);
-    const auto deadline = steady_clock::now() + timeout;
-    while (answer == Answer::none && steady_clock::now() < deadline) {
-        const int processed = sd_bus_process(bus, nullptr);
-        if (processed < 0) break;
-        if (processed == 0) static_cast<void>(sd_bus_wait(bus, microsecondsUntil(deadline)));
-    }
+    processUntil(bus, timeout, [&] { return answer != Answer::none; });
     return answer;
+}
+
+// Shows a text on the desktop if a service for that is running. Does not wait for a reply.
+void notify(BusConnection& bus, const char* text) {
+    bus.send(
+        {"org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Notify"},
+        [text](BusWriter& message) {
+            constexpr const char* name = "BLE-kovra";
+            constexpr std::int32_t asTheDesktopDecides = -1;
+            message.text(name).natural(0).text("").text(name).text(text);
+            message.openArray("s").close().openArray("{sv}").close().integer(asTheDesktopDecides);
+        });
 }
 
 }  // namespace
 
-SingleInstance::SingleInstance(SessionBus& bus, DBusActivation::Activated startedAgain)
+SingleInstance::SingleInstance(SessionBus& bus, SystemLog& log, DBusActivation::Activated startedAgain)
     : activation_(bus.loop(), std::move(startedAgain)) {
     if (BusConnection* connection = bus.connection()) {
         activation_.exportOn(*connection);  // before the name is requested, so that its owner always has this object
         const Answer answer = requestName(bus.bus());
-        isSecond_ = answer == Answer::second;
         isAnswered_ = answer != Answer::none;
-        if (isSecond_) DBusActivation::activate(*connection, busName);
+        if (answer == Answer::second) {
+            isSecond_ = DBusActivation::activate(bus.bus(), busName) != DBusActivation::Owner::foreign;
+            if (!isSecond_) {
+                log.log(std::string("ble-kovra: ") + nameIsTaken);
+                notify(*connection, nameIsTaken);
+            }
+        }
     }
     if (isSecond_) return;
     listening_ = bus.listen([this](BusConnection* connection) { busChanged(connection); });

@@ -9,19 +9,23 @@
 
 namespace kovra {
 
+class SystemLog;
+
 // Detects a second start in the same session. The first instance owns the program's name on the session bus, and
 // requests it again after a reconnection.
 //
 // Without a session bus, or if the bus does not answer within two seconds, every start counts as the first. The first
-// instance keeps running even if it loses the name. A second start asks the first to come to the front, and does not
-// wait for the reply.
+// instance keeps running whatever happens to the name. A second start asks the first to come to the front.
+//
+// Another program may own the name. If the owner does not answer as this program does, this start counts as the first
+// and runs without the name. A line in the log and a notification on the desktop say so.
 class SingleInstance {
   public:
     static constexpr const char* busName = "org.ble_kovra.BLEKovra";
 
     // In the first instance, `startedAgain` is called from the queue when the user starts the program again. It
     // receives the token that the desktop gave to that start, or an empty string.
-    SingleInstance(SessionBus& bus, DBusActivation::Activated startedAgain);
+    SingleInstance(SessionBus& bus, SystemLog& log, DBusActivation::Activated startedAgain);
 
     bool isSecond() const { return isSecond_; }
 

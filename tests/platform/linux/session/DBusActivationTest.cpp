@@ -2,14 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
+#include "BLE_kovra/platform/linux/desktop/BuildBundle.h"
 #include "BLE_kovra/platform/linux/session/SingleInstance.h"
+#include "tests/fakes/FakeLog.h"
 #include "tests/platform/linux/bus/BusText.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/support/Environment.h"
@@ -54,10 +58,23 @@ class DBusActivationTest : public testing::Test {
         EXPECT_TRUE(turnUntil(loop_, [&] { return answer.has_value(); }));
         return answer.value_or("no answer");
     }
-    void startAgain() {
+    static bool isSecondStart() {
         SdEventLoop loop;
+        FakeLog log;
         SessionBus bus(loop);
-        EXPECT_TRUE(SingleInstance(bus, [](const std::string&) {}).isSecond());
+        const bool isSecond = SingleInstance(bus, log, [](const std::string&) {}).isSecond();
+        EXPECT_EQ(log.lines, std::vector<std::string>());
+        return isSecond;
+    }
+    // In a thread, because a further start waits for the first one's reply.
+    void startAgain() {
+        std::atomic<bool> hasEnded = false;
+        std::thread start([&] {
+            EXPECT_TRUE(isSecondStart());
+            hasEnded = true;
+        });
+        EXPECT_TRUE(lookUntil(loop_, [&] { return hasEnded.load(); }));
+        start.join();
     }
     bool isActivated(std::size_t starts) {
         return turnUntil(loop_, [&] { return tokens_.size() == starts; });
@@ -69,7 +86,8 @@ class DBusActivationTest : public testing::Test {
     SdEventLoop loop_;
     SessionBus bus_{loop_};
     std::vector<std::string> tokens_;
-    SingleInstance first_{bus_, [this](const std::string& token) { tokens_.push_back(token); }};
+    FakeLog log_;
+    SingleInstance first_{bus_, log_, [this](const std::string& token) { tokens_.push_back(token); }};
     BusHandle other_;
 };
 
@@ -156,17 +174,21 @@ TEST_F(DBusActivationTest, RefusesEveryOtherCall) {
 
 TEST_F(DBusActivationTest, IsExportedAgainAfterTheBusHasRestarted) {
     daemon_.restart();
-    EXPECT_TRUE(turnUntil(loop_, [] {
-        SdEventLoop loop;
-        SessionBus bus(loop);
-        return SingleInstance(bus, [](const std::string&) {}).isSecond();
-    }));
+    EXPECT_TRUE(turnUntil(loop_, isSecondStart));
     EXPECT_TRUE(isActivated(1));
+}
+
+TEST_F(DBusActivationTest, AnswersWithItsVersion) {
+    const auto version = BuildBundle().infoDictionaryValue("CFBundleShortVersionString");
+    EXPECT_EQ(call(
+                  "Version", [](BusWriter&) {}, "/org/ble_kovra/BLEKovra", "org.ble_kovra.BLEKovra"),
+              '"' + std::get<std::string>(*version) + '"');
+    EXPECT_TRUE(tokens_.empty());
 }
 
 TEST_F(DBusActivationTest, DoesNotDelayAFurtherStartIfTheFirstInstanceHangs) {
     const auto begin = std::chrono::steady_clock::now();
-    startAgain();  // while the loop of the first instance does not run
+    EXPECT_TRUE(isSecondStart());  // while the loop of the first instance does not run
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
     EXPECT_TRUE(isActivated(1));
 }

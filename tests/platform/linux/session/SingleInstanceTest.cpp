@@ -3,9 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <string>
+#include <vector>
 
+#include "tests/fakes/FakeLog.h"
 #include "tests/platform/linux/bus/SilentBus.h"
 #include "tests/platform/linux/loop/Turns.h"
+#include "tests/platform/linux/session/OtherProgram.h"
 #include "tests/support/linux/PrivateBus.h"
 
 namespace kovra {
@@ -18,21 +22,61 @@ constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
 // A start of the program.
 class Start {
   public:
-    explicit Start(SdEventLoop& loop) : bus_(loop), instance_(bus_, [](const std::string&) {}) {}
+    explicit Start(SdEventLoop& loop) : bus_(loop), instance_(bus_, log_, [](const std::string&) {}) {}
     bool isSecond() const { return instance_.isSecond(); }
+    const std::vector<std::string>& lines() const { return log_.lines; }
 
   private:
+    FakeLog log_;
     SessionBus bus_;
     SingleInstance instance_;
 };
+
+const std::string nameIsTaken =
+    "имя org.ble_kovra.BLEKovra на сессионной шине занято другой программой, работа продолжается без него";
 
 TEST(SingleInstanceTest, DetectsAnotherInstanceInTheSameSession) {
     const PrivateBus bus(sessionBus);
     SdEventLoop loop;
     const Start first(loop);
     EXPECT_FALSE(first.isSecond());
+    EXPECT_TRUE(first.lines().empty());
     EXPECT_TRUE(Start(loop).isSecond());
     EXPECT_TRUE(Start(loop).isSecond());
+}
+
+TEST(SingleInstanceTest, RunsWithoutTheNameIfAnotherProgramOwnsIt) {
+    const PrivateBus bus(sessionBus);
+    const OtherProgram other(SingleInstance::busName, {});
+    SdEventLoop loop;
+    const Start start(loop);
+    EXPECT_FALSE(start.isSecond());
+    EXPECT_EQ(start.lines(), std::vector<std::string>{"ble-kovra: " + nameIsTaken});
+}
+
+TEST(SingleInstanceTest, RunsWithoutTheNameIfItsOwnerCanBeActivatedButIsAnotherProgram) {
+    const PrivateBus bus(sessionBus);
+    const OtherProgram other(SingleInstance::busName, {"Activate"});
+    SdEventLoop loop;
+    EXPECT_FALSE(Start(loop).isSecond());
+}
+
+TEST(SingleInstanceTest, RunsWithoutTheNameIfItsOwnerRepliesInAnotherWay) {
+    const PrivateBus bus(sessionBus);
+    const OtherProgram other(SingleInstance::busName, {"Activate", "Version"});
+    SdEventLoop loop;
+    EXPECT_FALSE(Start(loop).isSecond());
+}
+
+TEST(SingleInstanceTest, NotifiesTheDesktopOnceThatItRunsWithoutTheName) {
+    const PrivateBus bus(sessionBus);
+    const OtherProgram owner(SingleInstance::busName, {});
+    const OtherProgram desktop("org.freedesktop.Notifications", {"Notify"});
+    SdEventLoop loop;
+    const Start start(loop);
+    EXPECT_TRUE(lookUntil(loop, [&] { return !desktop.calls().empty(); }));
+    const std::string notification = R"(Notify "BLE-kovra" 0 "" "BLE-kovra" ")" + nameIsTaken + R"(" [] [] -1)";
+    EXPECT_EQ(desktop.calls(), std::vector<std::string>{notification});
 }
 
 TEST(SingleInstanceTest, IsTheFirstAgainAfterTheOtherHasEnded) {
@@ -83,8 +127,9 @@ TEST(SingleInstanceTest, OwnsTheNameAgainAfterTheBusHasRestarted) {
 TEST(SingleInstanceTest, KeepsRunningIfAnotherTookTheNameWhileTheBusRestarted) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
+    FakeLog log;
     SessionBus connection(loop);
-    const SingleInstance first(connection, [](const std::string&) {});
+    const SingleInstance first(connection, log, [](const std::string&) {});
     bool isConnected = false;
     const auto listener = connection.listen([&](BusConnection* up) { isConnected = up != nullptr; });
     ASSERT_TRUE(turnUntil(loop, [&] { return isConnected; }));
