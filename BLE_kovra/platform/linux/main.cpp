@@ -30,6 +30,7 @@
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
 #include "BLE_kovra/platform/linux/session/DBusActivation.h"
+#include "BLE_kovra/platform/linux/session/InstanceLock.h"
 #include "BLE_kovra/platform/linux/session/LogindSession.h"
 #include "BLE_kovra/platform/linux/session/SdEventApplication.h"
 #include "BLE_kovra/platform/linux/session/SessionEvents.h"
@@ -66,9 +67,10 @@ void runApplication() {
     }
 
     kovra::JournalLog log;
+    const kovra::InstanceLock lock(kovra::standardLockPath());
     kovra::SessionBus bus(loop);
     kovra::ActivationToken activationToken;
-    const kovra::SingleInstance instance(bus, log, [&](const std::string& token) {
+    const kovra::SingleInstance instance(bus, lock, log, [&](const std::string& token) {
         activationToken.provide(token);
         application.reopen();
     });

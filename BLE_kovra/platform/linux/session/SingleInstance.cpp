@@ -7,14 +7,19 @@
 
 #include "BLE_kovra/platform/SystemLog.h"
 #include "BLE_kovra/platform/linux/session/BusWait.h"
+#include "BLE_kovra/platform/linux/session/InstanceLock.h"
 
 namespace kovra {
 
 namespace {
 
+using Owner = DBusActivation::Owner;
+
 constexpr auto timeout = std::chrono::seconds(2);
 constexpr const char* nameIsTaken =
     "имя org.ble_kovra.BLEKovra на сессионной шине занято другой программой, работа продолжается без него";
+constexpr const char* firstIsOutOfReach =
+    "ble-kovra: программа уже запущена этим пользователем, но на сессионной шине не отвечает";
 
 enum class Answer { none, first, second };
 
@@ -55,22 +60,32 @@ void notify(BusConnection& bus, const char* text) {
 
 }  // namespace
 
-SingleInstance::SingleInstance(SessionBus& bus, SystemLog& log, DBusActivation::Activated startedAgain)
-    : activation_(bus.loop(), std::move(startedAgain)) {
-    if (BusConnection* connection = bus.connection()) {
-        activation_.exportOn(*connection);  // before the name is requested, so that its owner always has this object
-        const Answer answer = requestName(bus.bus());
-        isAnswered_ = answer != Answer::none;
-        if (answer == Answer::second) {
-            isSecond_ = DBusActivation::activate(bus.bus(), busName) != DBusActivation::Owner::foreign;
-            if (!isSecond_) {
-                log.log(std::string("ble-kovra: ") + nameIsTaken);
-                notify(*connection, nameIsTaken);
-            }
-        }
+SingleInstance::SingleInstance(SessionBus& bus, const InstanceLock& lock, SystemLog& log,
+                               DBusActivation::Activated startedAgain)
+    : isSecond_(lock.state() == InstanceLock::State::heldElsewhere), activation_(bus.loop(), std::move(startedAgain)) {
+    BusConnection* connection = bus.connection();
+    if (isSecond_) {
+        const bool isShown =
+            connection != nullptr && DBusActivation::activate(connection->bus(), busName) == Owner::ours;
+        if (!isShown) log.log(firstIsOutOfReach);
+        return;
     }
+    if (connection != nullptr) takeName(*connection, lock, log);
+    if (!isSecond_) listening_ = bus.listen([this](BusConnection* changed) { busChanged(changed); });
+}
+
+void SingleInstance::takeName(BusConnection& connection, const InstanceLock& lock, SystemLog& log) {
+    activation_.exportOn(connection);  // before the name is requested, so that its owner always has this object
+    const Answer answer = requestName(connection.bus());
+    isAnswered_ = answer != Answer::none;
+    if (answer != Answer::second) return;
+    const Owner owner = DBusActivation::activate(connection.bus(), busName);
+    // An instance that was stopped is silent, but it holds the lock.
+    const bool mayBeSilent = lock.state() == InstanceLock::State::none;
+    isSecond_ = owner == Owner::ours || (owner == Owner::silent && mayBeSilent);
     if (isSecond_) return;
-    listening_ = bus.listen([this](BusConnection* connection) { busChanged(connection); });
+    log.log(std::string("ble-kovra: ") + nameIsTaken);
+    notify(connection, nameIsTaken);
 }
 
 void SingleInstance::busChanged(BusConnection* bus) {

@@ -9,27 +9,30 @@
 
 namespace kovra {
 
+class InstanceLock;
 class SystemLog;
 
-// Detects a second start in the same session. The first instance owns the program's name on the session bus, and
-// requests it again after a reconnection.
+// Detects a second start. The user's first instance holds the lock, and owns the program's name on its session bus. It
+// requests the name again after a reconnection, and keeps running whatever happens to the name.
 //
-// Without a session bus, or if the bus does not answer within two seconds, every start counts as the first. The first
-// instance keeps running whatever happens to the name. A second start asks the first to come to the front.
+// A start that does not get the lock is a second one. If there is no lock, a start that does not get the name is one,
+// unless another program owns it. A second start asks the owner of the name to come to the front. If the owner does not
+// answer as this program does, or the first instance is on another bus, a line in the log says so.
 //
-// Another program may own the name. If the owner does not answer as this program does, this start counts as the first
-// and runs without the name. A line in the log and a notification on the desktop say so.
+// Without a session bus, or if the bus does not answer within two seconds, the lock alone decides. If another program
+// owns the name, the first instance runs without it. A line in the log and a notification on the desktop say so.
 class SingleInstance {
   public:
     static constexpr const char* busName = "org.ble_kovra.BLEKovra";
 
-    // In the first instance, `startedAgain` is called from the queue when the user starts the program again. It
-    // receives the token that the desktop gave to that start, or an empty string.
-    SingleInstance(SessionBus& bus, SystemLog& log, DBusActivation::Activated startedAgain);
+    // The lock must outlive this object. In the first instance, `startedAgain` is called from the queue when the user
+    // starts the program again. It receives the token that the desktop gave to that start, or an empty string.
+    SingleInstance(SessionBus& bus, const InstanceLock& lock, SystemLog& log, DBusActivation::Activated startedAgain);
 
     bool isSecond() const { return isSecond_; }
 
   private:
+    void takeName(BusConnection& connection, const InstanceLock& lock, SystemLog& log);
     void busChanged(BusConnection* bus);
 
     bool isSecond_ = false;

@@ -12,6 +12,7 @@
 
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
 #include "BLE_kovra/platform/linux/desktop/BuildBundle.h"
+#include "BLE_kovra/platform/linux/session/InstanceLock.h"
 #include "BLE_kovra/platform/linux/session/SingleInstance.h"
 #include "tests/fakes/FakeLog.h"
 #include "tests/platform/linux/bus/BusText.h"
@@ -62,7 +63,7 @@ class DBusActivationTest : public testing::Test {
         SdEventLoop loop;
         FakeLog log;
         SessionBus bus(loop);
-        const bool isSecond = SingleInstance(bus, log, [](const std::string&) {}).isSecond();
+        const bool isSecond = SingleInstance(bus, InstanceLock(""), log, [](const std::string&) {}).isSecond();
         EXPECT_EQ(log.lines, std::vector<std::string>());
         return isSecond;
     }
@@ -87,7 +88,8 @@ class DBusActivationTest : public testing::Test {
     SessionBus bus_{loop_};
     std::vector<std::string> tokens_;
     FakeLog log_;
-    SingleInstance first_{bus_, log_, [this](const std::string& token) { tokens_.push_back(token); }};
+    const InstanceLock noLock_{""};
+    SingleInstance first_{bus_, noLock_, log_, [this](const std::string& token) { tokens_.push_back(token); }};
     BusHandle other_;
 };
 

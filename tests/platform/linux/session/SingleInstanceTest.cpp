@@ -2,15 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/session/InstanceLock.h"
 #include "tests/fakes/FakeLog.h"
 #include "tests/platform/linux/bus/SilentBus.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/platform/linux/session/OtherProgram.h"
 #include "tests/support/linux/PrivateBus.h"
+#include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
 namespace {
@@ -19,15 +24,19 @@ using namespace std::chrono_literals;
 
 constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
 
-// A start of the program.
+// A start of the program. By default it has no lock.
 class Start {
   public:
-    explicit Start(SdEventLoop& loop) : bus_(loop), instance_(bus_, log_, [](const std::string&) {}) {}
+    explicit Start(SdEventLoop& loop, const std::string& lock = "")
+        : lock_(lock), bus_(loop), instance_(bus_, lock_, log_, [this](const std::string&) { ++furtherStarts_; }) {}
     bool isSecond() const { return instance_.isSecond(); }
     const std::vector<std::string>& lines() const { return log_.lines; }
+    int furtherStarts() const { return furtherStarts_; }
 
   private:
+    const InstanceLock lock_;
     FakeLog log_;
+    int furtherStarts_ = 0;
     SessionBus bus_;
     SingleInstance instance_;
 };
@@ -79,6 +88,71 @@ TEST(SingleInstanceTest, NotifiesTheDesktopOnceThatItRunsWithoutTheName) {
     EXPECT_EQ(desktop.calls(), std::vector<std::string>{notification});
 }
 
+// Two instances that do not find each other on a bus would both write the flag.
+class SingleInstanceLockTest : public testing::Test {
+  protected:
+    using Lines = std::vector<std::string>;
+
+    const Lines outOfReach_{"ble-kovra: программа уже запущена этим пользователем, но на сессионной шине не отвечает"};
+    const TempFolder folder_;
+    const std::string lock_ = folder_ / "lock";
+    SdEventLoop loop_;
+};
+
+TEST_F(SingleInstanceLockTest, DetectsAnotherInstanceOnAnotherBus) {
+    auto bus = std::make_unique<PrivateBus>(sessionBus);
+    const Start first(loop_, lock_);
+    EXPECT_FALSE(first.isSecond());
+    const PrivateBus another(sessionBus);
+    const Start second(loop_, lock_);
+    EXPECT_TRUE(second.isSecond());
+    EXPECT_EQ(second.lines(), outOfReach_);
+}
+
+TEST_F(SingleInstanceLockTest, DetectsAnotherInstanceWithoutABus) {
+    ::setenv(sessionBus, "unix:path=/nonexistent/bus", 1);
+    const Start first(loop_, lock_);
+    EXPECT_FALSE(first.isSecond());
+    EXPECT_EQ(first.lines(), Lines());
+    const Start second(loop_, lock_);
+    EXPECT_TRUE(second.isSecond());
+    EXPECT_EQ(second.lines(), outOfReach_);
+    ::unsetenv(sessionBus);
+}
+
+TEST_F(SingleInstanceLockTest, AsksAnotherInstanceOnTheSameBusToComeToTheFront) {
+    const PrivateBus bus(sessionBus);
+    const Start first(loop_, lock_);
+    std::atomic<bool> hasEnded = false;
+    std::thread another([&] {
+        SdEventLoop loop;
+        const Start second(loop, lock_);
+        EXPECT_TRUE(second.isSecond());
+        EXPECT_EQ(second.lines(), Lines());
+        hasEnded = true;
+    });
+    EXPECT_TRUE(lookUntil(loop_, [&] { return hasEnded && first.furtherStarts() == 1; }));
+    another.join();
+}
+
+TEST_F(SingleInstanceLockTest, IsNotTakenFromAnInstanceThatRunsWithoutItsName) {
+    const PrivateBus bus(sessionBus);
+    const OtherProgram other(SingleInstance::busName, {});
+    const Start first(loop_, lock_);
+    EXPECT_FALSE(first.isSecond());
+    const Start second(loop_, lock_);
+    EXPECT_TRUE(second.isSecond());
+    EXPECT_EQ(second.lines(), outOfReach_);
+}
+
+TEST_F(SingleInstanceLockTest, DecidesIfTheOwnerOfTheNameIsSilent) {
+    const PrivateBus bus(sessionBus);
+    const Start silent(loop_);  // owns the name, and its loop does not run
+    const Start start(loop_, lock_);
+    EXPECT_FALSE(start.isSecond());
+    EXPECT_EQ(start.lines(), Lines{"ble-kovra: " + nameIsTaken});
+}
+
 TEST(SingleInstanceTest, IsTheFirstAgainAfterTheOtherHasEnded) {
     const PrivateBus bus(sessionBus);
     SdEventLoop loop;
@@ -128,8 +202,9 @@ TEST(SingleInstanceTest, KeepsRunningIfAnotherTookTheNameWhileTheBusRestarted) {
     PrivateBus bus(sessionBus);
     SdEventLoop loop;
     FakeLog log;
+    const InstanceLock noLock("");
     SessionBus connection(loop);
-    const SingleInstance first(connection, log, [](const std::string&) {});
+    const SingleInstance first(connection, noLock, log, [](const std::string&) {});
     bool isConnected = false;
     const auto listener = connection.listen([&](BusConnection* up) { isConnected = up != nullptr; });
     ASSERT_TRUE(turnUntil(loop, [&] { return isConnected; }));

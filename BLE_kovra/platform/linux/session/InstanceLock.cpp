@@ -1,0 +1,34 @@
+#include "BLE_kovra/platform/linux/session/InstanceLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/utsname.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
+
+namespace kovra {
+
+InstanceLock::InstanceLock(const std::string& path)
+    // O_NONBLOCK: a pipe of this name must not make the start wait.
+    : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600)),
+      state_(lock(file_)) {}
+
+InstanceLock::State InstanceLock::lock(const FileDescriptor& file) {
+    if (!file.isOpen()) return State::none;
+    if (::flock(file.number(), LOCK_EX | LOCK_NB) == 0) return State::held;
+    return errno == EWOULDBLOCK ? State::heldElsewhere : State::none;
+}
+
+std::string standardLockPath() {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr && runtime[0] == '/') return std::string(runtime) + "/ble-kovra.lock";
+    const std::string config = userConfigFolder();
+    utsname machine{};
+    if (config.empty() || ::uname(&machine) != 0) return {};
+    return config + "/ble-kovra/lock." + machine.nodename;
+}
+
+}  // namespace kovra
