@@ -31,8 +31,8 @@ constexpr std::uint32_t pathEvents = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | I
 // Events of the flag's folder: another file may be the flag. Writing to files in the folder, such as those that other
 // users have left, causes no event.
 constexpr std::uint32_t folderEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// Events of the flag: its content, its access list or its number of names has changed. The file itself is watched, because it can also
-// be written through another name.
+// Events of the flag: its content, its access list or its number of names has changed. The file itself is watched,
+// because it can also be written through another name.
 constexpr std::uint32_t flagEvents = IN_MODIFY | IN_ATTRIB;
 
 // Watches the open file, even if its name refers to another file by now. Returns -1, with errno set, if that fails.

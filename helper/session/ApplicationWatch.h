@@ -34,9 +34,9 @@ class ApplicationWatch {
     // Stops watching. onChange is not called until isRunning() is called again.
     void release();
 
-    // Called when the watched process has ended and no other process of the user looks like the application. Also called
-    // when a later check rules out a process that only looks like it, and when a search that was put off has found the
-    // application.
+    // Called when the watched process has ended and no other process of the user looks like the application. Also
+    // called when a later check rules out a process that only looks like it, and when a search that was put off has
+    // found the application.
     std::function<void()> onChange;
 
   private:
