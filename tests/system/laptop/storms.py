@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 
 from laptop import FLAG, HELPER, flag, may_write_flag, run
 from people import ANNA, BORIS
@@ -10,9 +11,13 @@ from sessions import Session
 from waiting import check, now, stay_until, wait_for
 
 SECONDS = 10
-# The part of a processor that the helper may use during a storm, and how late it may be when the storm is over. At most
-# 50 ms of the delay are the helper's pause; the rest is for an emulated machine on a busy host.
-SHARE, LATE = 0.02, 0.5
+# How often the helper may wake up in a second of a storm: twenty times to look, and once more after each pause. The
+# processor time of an emulated machine on a busy host says little, so it is only reported.
+MOST_WAKE_UPS = 45
+# How late the helper may be when the storm is over. At most 50 ms of the delay are the helper's pause; the rest is for
+# the emulated machine.
+LATE = 0.5
+SHARED = pathlib.Path("/shared")
 # Repeats a line of Python for that time, and prints how often.
 STORM = """import os, time
 end, count = time.monotonic() + {seconds}, 0
@@ -39,32 +44,41 @@ def write_flag(word):
            "os.close(file)"
 
 
-def processor_time():
-    """Returns the seconds of processor time that the helper has used so far."""
-    pid = run("systemctl", "show", "-P", "MainPID", HELPER).strip()
-    fields = pathlib.Path("/proc", pid, "stat").read_text().rpartition(")")[2].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+class Effort:
+    """The processor time and the wake-ups of the helper so far."""
+
+    def __init__(self):
+        folder = pathlib.Path("/proc", run("systemctl", "show", "-P", "MainPID", HELPER).strip())
+        fields = (folder / "stat").read_text().rpartition(")")[2].split()
+        self.seconds = (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+        switches = re.search(r"^voluntary_ctxt_switches:\s+(\d+)", (folder / "status").read_text(), re.M)
+        self.wake_ups = int(switches[1])
 
 
 def expect_little_work(before, what):
-    share = (processor_time() - before) / SECONDS
-    check(share < SHARE, f"{what}: the helper used {share:.1%} of a processor")
-    return f"{share:.1%}"
+    after = Effort()
+    wake_ups = (after.wake_ups - before.wake_ups) / SECONDS
+    check(wake_ups < MOST_WAKE_UPS, f"{what}: the helper woke up {wake_ups:.1f} times a second")
+    return f"{wake_ups:.1f} wake-ups a second, {(after.seconds - before.seconds) / SECONDS:.1%} of a processor"
 
 
-@scenario("Somebody elsewhere touches /tmp for 10 s: the helper uses less than 2 % of a processor.")
+@scenario("Somebody elsewhere touches a neighbor of the flag's path for 10 s: the helper hardly wakes up.")
 def neighbor_touched(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
+    # In this machine /tmp is a file system of its own, so that "/" has no part in its changes.
+    SHARED.mkdir()
+    SHARED.chmod(0o1777)
     laptop.settle()
     elsewhere = Session(BORIS, "elsewhere.example")
-    before = processor_time()
-    count, _ = storm(elsewhere, "os.utime('/tmp')")
+    before = Effort()
+    count, _ = storm(elsewhere, f"os.utime('{SHARED}')")
     used = expect_little_work(before, f"{count} events")
     elsewhere.log_out()
+    SHARED.rmdir()
     mouse.unplug()
     laptop.expect_back_after_grace(mouse, one)
-    return f"{count} events, {used} of a processor"
+    return f"{count} events, {used}"
 
 
 def flag_storm(laptop, *pads):
@@ -72,14 +86,14 @@ def flag_storm(laptop, *pads):
     anna = laptop.log_in(ANNA)
     wait_for(lambda: may_write_flag(anna), "the flag to be Anna's")
     laptop.settle()
-    before = processor_time()
+    before = Effort()
     count, end = storm(anna, write_flag("(b'on', b'off')[count % 2]"), write_flag("b'on'"))
     used = expect_little_work(before, f"{count} words")
     check(flag() == "on", f"the flag is {flag()!r}")
     return count, end, used
 
 
-@scenario("Anna writes her flag for 10 s: the helper uses less than 2 % of a processor, and the pad is right "
+@scenario("Anna writes her flag for 10 s: the helper looks about twenty times a second, and the pad is right "
           "soon after the last word.")
 def flag_written(laptop):
     one = laptop.plug_pad()
@@ -89,10 +103,10 @@ def flag_written(laptop):
     laptop.expect_dead(one)
     late = laptop.inhibitions.last(one.inputs[0]) - end
     check(late <= LATE, f"the pad was right only {late * 1000:.0f} ms after the last word")
-    return f"{count} words, {used} of a processor, right {max(0, late) * 1000:.0f} ms after the last word"
+    return f"{count} words, {used}, right {max(0, late) * 1000:.0f} ms after the last word"
 
 
-@scenario("Anna writes her flag for 10 s without the application: the helper uses less than 2 % of a processor.")
+@scenario("Anna writes her flag for 10 s without the application: the helper looks about twenty times a second.")
 def flag_written_without_application(laptop):
     one = laptop.plug_pad()
     laptop.install()
@@ -100,4 +114,4 @@ def flag_written_without_application(laptop):
     laptop.expect_alive(one)
     laptop.start(mode="always")
     laptop.expect_dead(one)
-    return f"{count} words, {used} of a processor"
+    return f"{count} words, {used}"
