@@ -5,12 +5,13 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 #include "helper/Descriptor.h"
+#include "tests/helper/BytesRead.h"
 #include "tests/helper/Users.h"
 #include "tests/helper/flag/FlagRig.h"
 #include "tests/helper/flag/Intruders.h"
@@ -154,16 +155,6 @@ TEST(FlagFolderAttackTest, NoUserCanReplaceTheFlagNotEvenTheOneAtTheMachine) {
         EXPECT_THROW(setAccessList(rig.state(), "u::rw-,g::rw-,o::rw-"), std::runtime_error);
     }
     EXPECT_EQ(rig.names(), Names{"state"});
-}
-
-// Returns the number of bytes that this thread has read so far.
-long bytesRead() {
-    std::ifstream io("/proc/thread-self/io");
-    std::string label;
-    long value = 0;
-    io >> label >> value;
-    if (label != "rchar:") throw std::runtime_error("the kernel does not count what is read");
-    return value;
 }
 
 TEST(FlagFolderAttackTest, OnlyAFewBytesOfAHugeFileAreRead) {

@@ -8,13 +8,12 @@
 
 #include <chrono>
 #include <csignal>
-#include <fstream>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "helper/Descriptor.h"
 #include "helper/session/ProcessStatus.h"
+#include "tests/helper/BytesRead.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/Users.h"
 
@@ -294,16 +293,6 @@ TEST(ApplicationWatchTest, DoesNotCheckAgainAfterARelease) {
         application.executeProgram();
         EXPECT_TRUE(rig.gotNothingFor(300ms));
     });
-}
-
-// The number of bytes that this thread has read so far.
-long bytesRead() {
-    std::ifstream io("/proc/thread-self/io");
-    std::string label;
-    long value = 0;
-    io >> label >> value;
-    if (label != "rchar:") throw std::runtime_error("the kernel does not count what is read");
-    return value;
 }
 
 // The number of bytes that one question reads.
