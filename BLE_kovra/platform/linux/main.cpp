@@ -49,7 +49,7 @@
 
 namespace {
 
-// Uses the user's language. Every text in this program is UTF-8, even if the user's terminals use another encoding.
+// Uses the user's language. Every text in this program is UTF-8, even if the user's locale uses another encoding.
 void adoptLocale() {
     std::setlocale(LC_ALL, "");
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
@@ -57,8 +57,8 @@ void adoptLocale() {
 
 void runApplication() {
     kovra::SdEventLoop loop;
-    // From here on the loop handles the signals. So a program that is terminated while it waits for the bus still
-    // clears a flag that a crash may have left.
+    // From here on the loop handles these signals. A program that is terminated while it waits for the bus must still
+    // clear the flag, which a crash may have left at "on".
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {

@@ -25,7 +25,7 @@ std::string ruleOf(const BusSignal& signal) {
     return rule;
 }
 
-// Without this handler, sd-bus closes the connection if the bus refuses the name.
+// Without this handler, sd-bus closes the connection if the bus refuses to grant or release a name.
 int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 0; }
 
 }  // namespace
@@ -33,7 +33,7 @@ int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 0; }
 // One subscription or call. Its messages are delivered from the queue.
 class BusConnection::Request {
   public:
-    // Without a sender, messages from any client are delivered.
+    // If `sender` is null, messages from any client are delivered.
     Request(SdEventLoop& loop, BusFailures& failures, std::string what, Receive received,
             std::shared_ptr<const NameOwner> sender = nullptr)
         : loop_(loop),
@@ -75,7 +75,7 @@ class BusConnection::Request {
 
 BusConnection::BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& failures, std::function<void()> lost)
     : loop_(loop), failures_(failures), lost_(std::move(lost)), bus_(std::move(bus)) {
-    // sd-bus generates this signal itself when the connection ends; it is never sent over the bus.
+    // sd-bus generates the signal Disconnected itself when the connection ends; that signal never comes over the bus.
     const auto request = std::make_shared<Request>(loop_, failures_, "disconnection", [this](sd_bus_message*) {
         disconnected_.reset();
         bus_.reset();

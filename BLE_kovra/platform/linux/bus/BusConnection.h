@@ -19,9 +19,9 @@ class NameOwner;
 // A subscription, or a call that waits for its reply, is active for as long as its token lives.
 using BusToken = std::shared_ptr<const void>;
 
-// Selects signals by their header and first argument.
+// A selection of signals by their header and first argument.
 struct BusSignal {
-    std::string sender;  // the well-known name of the service that sends it
+    std::string sender;  // the well-known name of the service that sends the signal
     std::string path;
     std::string interface;
     std::string member;
@@ -39,9 +39,9 @@ struct BusMethod {
 
 // A connection to a message bus, attached to the event loop.
 //
-// Signals, replies and changes of owners are delivered from the queue, never from inside the library's dispatch. No
-// function blocks. Failures are recorded in `failures`, and the connection remains usable. After the bus has
-// disconnected, the connection is closed one queue turn later.
+// Signals, replies and changes of owners are delivered from the queue, never from inside sd-bus's dispatch. No function
+// blocks. Failures are recorded in `failures`. The connection remains usable after a failure, unless it could not be
+// attached to the event loop. After the bus has disconnected, the connection is closed in the next turn of the queue.
 class BusConnection {
   public:
     using Receive = std::function<void(sd_bus_message*)>;
@@ -51,19 +51,23 @@ class BusConnection {
     // `lost` is called from the queue after the bus has disconnected. It may destroy this connection.
     BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& failures, std::function<void()> lost = {});
 
-    // The connection of sd-bus. Null after the bus has disconnected; the functions below then do nothing.
+    // The connection of sd-bus. Null after the bus has disconnected, or if the connection could not be attached to the
+    // event loop. The functions below then do nothing.
     sd_bus* bus() const { return bus_.get(); }
 
-    // Delivers only signals from the owner of the sender's name. Signals that other clients forge are dropped.
+    // Delivers only signals that the owner of the name `signal.sender` has sent. Signals that other clients forge are
+    // dropped.
     [[nodiscard]] BusToken receive(const BusSignal& signal, Receive received);
-    // Watches this name only, so that the bus does not report every program that connects or disconnects.
+    // Reports each change of the name's owner. Subscribes to this name only, so that the bus does not report every
+    // program that connects or disconnects.
     [[nodiscard]] BusToken watchOwner(const std::string& name, OwnerChanged changed);
-    // `answered` receives the reply, which may be an error.
+    // `answered` receives the reply, which may be an error. Returns null if the call could not be sent.
     [[nodiscard]] BusToken call(const BusMethod& method, const Write& write, Receive answered);
-    // A call that needs no reply.
+    // Makes a call that asks for no reply.
     void send(const BusMethod& method, const Write& write);
     void emit(const char* path, const char* interface, const char* signal, const Write& write);
-    // The handlers of the table run inside the library's dispatch: they reply there and queue everything else.
+    // The handlers of the table run inside sd-bus's dispatch. They reply there, and queue whatever may call the
+    // application.
     [[nodiscard]] BusSlot exportObject(const char* path, const char* interface, const sd_bus_vtable* table,
                                        void* context);
     // Does not report whether the bus grants the name.
@@ -81,7 +85,7 @@ class BusConnection {
     BusFailures& failures_;
     std::function<void()> lost_;
     BusHandle bus_;
-    std::map<std::string, std::weak_ptr<const NameOwner>> owners_;  // shared by the subscriptions to one service
+    std::map<std::string, std::weak_ptr<const NameOwner>> owners_;  // one for all subscriptions to a service
     BusToken disconnected_;
 };
 

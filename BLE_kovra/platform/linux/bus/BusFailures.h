@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// Records what failed on a bus. The program continues without its tray, its hot key or the notification of a resume;
-// this record says why.
+// A record of what failed on a bus. The program continues without what failed, such as its tray or its hot key; this
+// record says why.
 class BusFailures {
   public:
     static constexpr std::size_t most = 20;  // beyond that, the oldest are dropped

@@ -18,8 +18,8 @@ using BusHandle = Handle<sd_bus, sd_bus_close_unref>;
 using BusSlot = Handle<sd_bus_slot, sd_bus_slot_unref>;
 using BusMessage = Handle<sd_bus_message, sd_bus_message_unref>;
 
-// Appends values to a message. After the first failure nothing more is written; result() returns that failure as the
-// negative error number that sd-bus expects from a handler.
+// A writer that appends values to a message. After the first failure it writes nothing more. result() then returns that
+// failure, as the negative error number that sd-bus expects from a handler.
 class BusWriter {
   public:
     explicit BusWriter(sd_bus_message* message) : message_(message) {}
@@ -38,7 +38,7 @@ class BusWriter {
     BusWriter& openEntry(const char* of) { return open(SD_BUS_TYPE_DICT_ENTRY, of); }
     BusWriter& openVariant(const char* of) { return open(SD_BUS_TYPE_VARIANT, of); }
     BusWriter& close();
-    // Writes an entry of an a{sv} whose value is a string.
+    // Writes an entry with a string value into an a{sv}.
     BusWriter& entry(std::string_view key, std::string_view value) {
         return openEntry("sv").text(key).openVariant("s").text(value).close().close();
     }
@@ -54,8 +54,8 @@ class BusWriter {
 };
 
 // Reads the next value of the message, an array of dictionary entries. For each key, `take` reads the value and returns
-// 1, or returns 0 to skip it. On failure it returns a negative error number. Returns 1 if all entries were read,
-// otherwise the error.
+// a positive number, or returns 0 to skip the value. A negative error number from `take` ends the reading. Returns 1 if
+// all entries were read, otherwise a negative error number.
 template <typename Take>
 int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, entries);
@@ -73,12 +73,13 @@ int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     return result < 0 ? result : 1;
 }
 
-// Reads the next value of the message, an a{sv}, and returns its entry with this name. Returns nothing if there is no
-// entry with this name and type, or if the message has a different signature.
+// Reads the next value of the message, an a{sv}, and returns the value of its entry with this name. Returns nothing if
+// there is no entry with this name and type, or if the message has a different signature.
 std::optional<bool> readBoolean(sd_bus_message* message, std::string_view name);
 std::optional<std::string> readText(sd_bus_message* message, std::string_view name);
 
-// Replies to a call: `write` writes the values of the reply. The handler of the call returns the result.
+// Replies to a call if its sender expects a reply. `write` writes the values of the reply. The handler of the call must
+// return the result of this function.
 template <typename Write>
 int answer(sd_bus_message* call, Write write) {
     if (sd_bus_message_get_expect_reply(call) <= 0) return 1;

@@ -48,7 +48,7 @@ int NameOwner::changed(sd_bus_message* message, void* context, sd_bus_error*) {
 int NameOwner::queried(sd_bus_message* answer, void* context, sd_bus_error*) {
     auto* self = static_cast<NameOwner*>(context);
     const char* owner = nullptr;
-    // An error means that the name has no owner.
+    // The bus replies with an error if the name has no owner.
     if (self != nullptr && sd_bus_message_read(answer, "s", &owner) > 0) self->owner_ = owner;
     return 0;
 }

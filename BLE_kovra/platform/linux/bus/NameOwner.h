@@ -10,13 +10,14 @@
 
 namespace kovra {
 
-// Knows which connection owns a well-known name at present, to tell a service's signals from forged ones.
+// The connection that owns a well-known name at present. It serves to distinguish the signals of a service from forged
+// ones.
 //
 // Any client may send a signal straight to another client's connection, and the bus passes it on. Such a signal bears
 // the unique name of its real sender, which the bus itself writes. sd-bus cannot compare that unique name with the
 // well-known name in a match, so it accepts the signal.
 //
-// The owner is updated inside the library's dispatch, in the order of the messages. Create this object before adding a
+// The owner is updated inside sd-bus's dispatch, in the order of the messages. Create this object before adding a
 // match. Then the owner is known for every signal that is sent after the match was added.
 class NameOwner {
   public:

@@ -14,7 +14,8 @@ namespace {
 constexpr std::chrono::seconds shortestPause(1);
 constexpr std::chrono::seconds longestPause(30);
 
-// Escapes a value of a bus address: letters, digits and -_/.\* stay, any other byte becomes % and its number.
+// Escapes a value in a bus address. Letters, digits and -_/.\* stay; any other byte becomes % and two hexadecimal
+// digits.
 std::string escaped(std::string_view path) {
     constexpr std::string_view digits = "0123456789abcdef";
     constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_/.\\*";
@@ -40,8 +41,8 @@ std::string withoutIdentity(std::string address) {
     return address;
 }
 
-// Returns the address from the environment, or else the socket of the user's service manager. Empty if neither is
-// known.
+// Returns $DBUS_SESSION_BUS_ADDRESS, or else the address of the socket `bus` in $XDG_RUNTIME_DIR. Empty if neither
+// variable is set.
 std::string standardAddress() {
     const char* named = std::getenv("DBUS_SESSION_BUS_ADDRESS");
     if (named != nullptr) return withoutIdentity(named);
@@ -80,12 +81,12 @@ int SessionBus::open() {
     BusHandle bus(made);
     result = sd_bus_set_address(made, address_.c_str());
     if (result >= 0) result = sd_bus_set_bus_client(made, 1);
-    if (result >= 0) result = sd_bus_set_trusted(made, 1);  // a session bus needs no access control
+    if (result >= 0) result = sd_bus_set_trusted(made, 1);  // the bus admits only the user's own programs
     if (result >= 0) result = sd_bus_set_connected_signal(made, 1);
     if (result >= 0) result = sd_bus_start(made);
     if (result < 0) return result;
     sd_bus_slot* slot = nullptr;
-    // sd-bus generates this signal itself once the bus has answered; it is never sent over the bus.
+    // sd-bus generates the signal Connected itself once the bus has answered; that signal never comes over the bus.
     result = sd_bus_match_signal(made, &slot, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
                                  "org.freedesktop.DBus.Local", "Connected", connected, this);
     if (result < 0) return result;

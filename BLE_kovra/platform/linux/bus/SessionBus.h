@@ -13,8 +13,8 @@ namespace kovra {
 
 // The program's one connection to the session bus.
 //
-// After a disconnection it reconnects to the same address: it tries after one second, then after pauses that double up
-// to 30 seconds. While it is connected it causes no wake-ups. Without an address it stays disconnected.
+// After a failed attempt or a disconnection it tries the same address again after one second, then after pauses that
+// double up to 30 seconds. While it is connected it causes no wake-ups. Without a valid address it stays disconnected.
 class SessionBus {
   public:
     explicit SessionBus(SdEventLoop& loop);

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// The program's one connection to the system bus. It is not established again after a disconnection: the desktop does
-// not outlive that bus either.
+// The program's one connection to the system bus. It is not established again after a disconnection, because the
+// desktop does not outlive the system bus either.
 class SystemBus {
   public:
     explicit SystemBus(SdEventLoop& loop) : loop_(loop) {

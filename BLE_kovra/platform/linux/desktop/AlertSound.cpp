@@ -20,8 +20,8 @@ namespace kovra {
 
 namespace {
 
-// The functions of libcanberra that are used. The library is loaded at run time, so that systems without sound do not
-// have to install it.
+// The functions of libcanberra that the player uses. The library is loaded at run time, so that systems without sound
+// do not have to install it.
 struct Canberra {
     struct Context;
     struct Properties;
@@ -44,7 +44,7 @@ struct Canberra {
     }
 };
 
-// Returns whether the sound was played to its end.
+// Plays the sound and waits for its end, for at most five seconds. Returns false if the sound cannot be played.
 bool playEventSound() {
     Canberra canberra{};
     Canberra::Context* context = nullptr;
@@ -66,8 +66,8 @@ void ringBell() {
     const Handle<xcb_connection_t, xcb_disconnect> connection(xcb_connect(nullptr, nullptr));
     constexpr std::int8_t asLoudAsUsual = 0;
     xcb_bell(connection.get(), asLoudAsUsual);
-    // The server drops unread requests of a client that disconnects. A reply to a later request proves that it read the
-    // bell.
+    // The server drops unread requests of a client that disconnects. A reply to a later request proves that the server
+    // has read the request for the bell.
     const Allocated<xcb_get_input_focus_reply_t> answer{
         xcb_get_input_focus_reply(connection.get(), xcb_get_input_focus(connection.get()), nullptr)};
 }
@@ -80,7 +80,7 @@ void ringBell() {
     std::signal(SIGXFSZ, SIG_DFL);
     std::signal(SIGTTOU, SIG_DFL);
     ::close_range(STDIN_FILENO, ~0U, 0);
-    // Sound libraries print errors if there is no sound card. These must not reach our log.
+    // Sound libraries print errors if there is no sound card. These errors must not reach the program's log.
     for (int standard = STDIN_FILENO; standard <= STDERR_FILENO; ++standard) ::open("/dev/null", O_RDWR);
     ::alarm(5);  // SIGALRM terminates the player even if the sound server hangs
     if (!playEventSound()) ringBell();
@@ -93,7 +93,7 @@ void playAlertSound() {
     // Fork twice, so that the player is not a child of this process.
     const pid_t parent = ::fork();
     if (parent == 0) {
-        // The helper waits for processes with the application's name, so the player needs a name of its own.
+        // The helper looks for a process with the application's name. It must not take the player for the application.
         ::prctl(PR_SET_NAME, "ble-kovra-sound");
         if (::fork() == 0) runPlayer();
         ::_exit(0);

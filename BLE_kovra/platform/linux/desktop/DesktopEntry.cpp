@@ -45,7 +45,7 @@ std::string escaped(std::string_view text) {
     return escaped;
 }
 
-// Quotes an arbitrary path for Exec.
+// Quotes an arbitrary path for the key Exec.
 std::string quoted(std::string_view path) {
     constexpr std::string_view harmless = "/._-+0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
     if (path.find_first_not_of(harmless) == std::string_view::npos) return std::string(path);

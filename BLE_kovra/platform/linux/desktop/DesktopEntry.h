@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// A file in the freedesktop.org desktop entry format (1.5). Gives access to the lines of its main group. Lines that do
+// A file in the freedesktop.org desktop entry format (1.5), with access to the lines of its main group. Lines that do
 // not parse are ignored and preserved. If a key occurs twice, the first occurrence counts.
 class DesktopEntry {
   public:
@@ -22,7 +22,8 @@ class DesktopEntry {
     // The program that Exec names, unquoted. Empty if it names none.
     std::optional<std::string> program() const;
 
-    // Replaces the first line with this key, or appends a line to the main group. Does nothing without a main group.
+    // Replaces the first line with this key and removes any further ones. If there is none, appends a line to the main
+    // group. Does nothing without a main group.
     void set(const std::string& key, std::string_view value);
     void setProgram(std::string_view path);
     void remove(const std::string& key);
@@ -33,7 +34,7 @@ class DesktopEntry {
     struct Line {
         std::string text;
         bool isInMainGroup = false;
-        std::string key;    // empty if the line has none
+        std::string key;    // empty if the line has none, or is not in the main group
         std::string value;  // still escaped
     };
     std::vector<Line> lines_;

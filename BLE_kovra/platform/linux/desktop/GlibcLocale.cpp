@@ -29,7 +29,7 @@ std::string_view firstSet(std::initializer_list<const char*> names) {
     return {};
 }
 
-// ru_RU.UTF-8@modifier -> ru-RU. Empty for the C locale, which has no language.
+// Turns ru_RU.UTF-8@modifier into ru-RU. Returns an empty tag for the C locale, which has no language.
 std::string languageTag(std::string_view locale) {
     std::string tag(locale.substr(0, locale.find_first_of(".@")));
     if (tag == "C" || tag == "POSIX") return {};
@@ -42,7 +42,8 @@ bool isUtf8(locale_t locale) {
            std::strcmp(::nl_langinfo_l(_NL_COLLATE_CODESET, locale), "UTF-8") == 0;
 }
 
-// Returns the UTF-8 variant of the user's locale. Names are UTF-8, even if the locale uses another character set.
+// Returns the UTF-8 variant of the user's locale, or else C.UTF-8 or C. Names are UTF-8, even if the locale uses
+// another character set.
 locale_t userLocale() {
     constexpr int mask = LC_CTYPE_MASK | LC_COLLATE_MASK;
     const auto utf8 = [](const std::string& name) -> locale_t {

@@ -23,7 +23,7 @@ namespace kovra {
 namespace {
 
 constexpr const char* identifier = "ble-kovra";
-// Every log line reports a failure after which the program continues.
+// Every log line reports a failure. An error that ends the program goes to standard error instead.
 constexpr int priority = LOG_WARNING;
 constexpr int timeoutMilliseconds = 100;
 constexpr timeval sendTimeout{0, timeoutMilliseconds * 1000L};
@@ -85,7 +85,7 @@ bool standardErrorTakesMore() {
     return ready > 0;
 }
 
-// Writes a line of usual length in one piece, so that lines of several programs do not mix. Ignores errors.
+// Writes a line of at most PIPE_BUF bytes in one piece, so that lines of several programs do not mix. Ignores errors.
 void writeToStandardError(std::string line) {
     line += '\n';
     std::string_view rest = line;

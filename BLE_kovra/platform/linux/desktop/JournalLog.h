@@ -7,9 +7,9 @@
 
 namespace kovra {
 
-// Writes to the journal, or to syslog if there is no journal. Each line also goes to standard error, unless standard
-// error is connected to the journal. So the log holds each line once, and a user who starts the program in a terminal
-// sees it there.
+// A log that writes to the journal, or to syslog if there is no journal. Each line also goes to standard error, unless
+// it was logged and standard error is connected to the journal. So the journal holds each line once, and a user who
+// starts the program in a terminal sees the lines there.
 //
 // Each line becomes one entry. The journal preserves line feeds; elsewhere a line feed would start a new entry, so it
 // becomes a blank. The class implements the native protocols of the journal and of syslog. It sends one datagram per

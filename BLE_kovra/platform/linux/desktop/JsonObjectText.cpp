@@ -28,7 +28,7 @@ void forEachMark(std::string_view text, Visit visit) {
 bool opens(char c) { return c == '{' || c == '['; }
 bool closes(char c) { return c == '}' || c == ']'; }
 
-// The range of a value in the text. Empty if there is none.
+// The range of a value in the text. Empty if the text has no such value.
 struct Span {
     std::size_t begin = 0;
     std::size_t end = 0;

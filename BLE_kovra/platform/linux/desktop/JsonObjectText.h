@@ -10,9 +10,9 @@ namespace kovra {
 // quotes.
 bool isNestedDeeperThan(std::size_t limit, std::string_view text);
 
-// Returns the JSON object with this member set to `value`; every other byte stays the same. A new member is appended.
-// If the member occurs twice, the last one is replaced, because JSON parsers use the last one. `object` must be a valid
-// JSON object, `key` (with its quotes) and `value` must be valid JSON.
+// Returns the JSON object with the member `key` set to `value`. Every other byte stays the same. A new member is
+// appended. If the member occurs twice, the last one is replaced, because JSON parsers use the last one. `object` must
+// be a valid JSON object; `key` (with its quotes) and `value` must be valid JSON.
 std::string withMember(std::string_view object, std::string_view key, std::string_view value);
 
 }  // namespace kovra

@@ -16,7 +16,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Deeper than any real preferences, and shallow enough for a recursive parser.
+// Deeper than any real preferences, and shallow enough for recursive functions such as fromJson().
 constexpr std::size_t deepestNesting = 64;
 
 // The parsed text, or the reason why it is invalid, in the language of the log.

@@ -32,7 +32,8 @@ std::optional<std::string> findProgram(const std::string& name) {
 std::string ownProgram() {
     std::error_code error;
     std::string path = std::filesystem::read_symlink("/proc/self/exe", error).native();
-    // The kernel appends this if the file was replaced, for example by an upgrade. Return the path of the new file.
+    // The kernel appends " (deleted)" if the file was replaced, for example by an upgrade. Return the path of the new
+    // file.
     constexpr std::string_view replaced = " (deleted)";
     if (path.ends_with(replaced) && !isExecutable(path)) path.resize(path.size() - replaced.size());
     return path;

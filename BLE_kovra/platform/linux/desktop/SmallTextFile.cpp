@@ -62,7 +62,7 @@ int makeFolders(const fs::path& folder) {
     return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
-// Links the file to a second, unused name.
+// Gives the file a second name that no other file has.
 int keepAside(const fs::path& file) {
     constexpr int mostNames = 1000;
     for (int number = 1; number <= mostNames; ++number) {

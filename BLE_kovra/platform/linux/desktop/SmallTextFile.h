@@ -6,18 +6,18 @@
 
 namespace kovra {
 
-// A small text file that is always read and replaced as a whole. Errors are errno values, 0 means success. Logs
-// nothing.
+// A small text file that is always read and replaced as a whole. The functions return an errno value, or 0 for success,
+// and log nothing.
 class SmallTextFile {
   public:
-    // Far larger than any preferences file or desktop entry. A larger file is not read, and a larger text is not
-    // written.
+    // Far larger than any preferences file or desktop entry. Reading a larger file or writing a larger text fails with
+    // EFBIG.
     static constexpr std::size_t largestSize = 4 << 20;
 
     explicit SmallTextFile(std::string path) : path_(std::move(path)) {}
     const std::string& path() const { return path_; }
 
-    // Returns ENOENT if there is no file. Reads regular files only; follows symbolic links.
+    // Returns ENOENT if there is no file. Follows symbolic links, and reads regular files only.
     int read(std::string& text) const;
 
     enum class Old { replaced, keptAside };
@@ -25,7 +25,7 @@ class SmallTextFile {
     // Replaces the contents of the file with `text`, through a temporary file in the same directory. After a crash or
     // on a full disk, the file has either its old or its new contents. Missing directories are created, accessible to
     // the user only. `link` says whether a symbolic link at the path is followed or replaced. Old::keptAside keeps the
-    // old file under a new, unused name.
+    // old file under another name.
     int replace(const std::string& text, Old old, Link link = Link::followed) const;
 
   private:

@@ -49,8 +49,8 @@ bool systemHasEntry() {
     });
 }
 
-// The entry does not make the desktop wait for its panel. Muting needs no panel, and the icon appears as soon as there
-// is one.
+// The entry does not ask the desktop to start its panel first. Muting needs no panel, and the icon appears as soon as
+// there is a panel.
 constexpr const char* newEntry =
     "[Desktop Entry]\n"
     "Type=Application\n"

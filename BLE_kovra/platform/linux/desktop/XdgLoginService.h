@@ -7,18 +7,19 @@
 
 namespace kovra {
 
-// Launch at login by freedesktop.org's rules for autostart (0.5). The entry has the name of this
-// program and lies in a directory "autostart"; the user's directory comes before those of the system. The first entry
-// found counts, even if the settings of the desktop have edited it.
+// Launch at login by freedesktop.org's rules for autostart (0.5). A desktop entry named `entryName`, in a directory
+// "autostart", makes the desktop start the program. The user's directory comes before those of the system. The first
+// entry found counts, even if the settings of the desktop have edited it.
 //
-// enabled: the desktop starts the program that the entry names. notRegistered: there is no entry, or the entry is
-// switched off. requiresApproval: the entry excludes this desktop. notFound: the named program does not exist, the
-// entry cannot be read, or the user has no directory for entries.
+// status() returns `enabled` if the desktop starts the program that the entry names. It returns `notRegistered` if
+// there is no entry or the entry is switched off, and `requiresApproval` if the entry excludes this desktop. It returns
+// `notFound` if a program that the entry names does not exist, the entry cannot be read, or the user has no directory
+// for entries.
 //
 // Registering and unregistering change only the user's own entry, and each change is atomic. Other contents of the
-// entry are preserved. If the entry is a symbolic link, the link is replaced and its target is not touched.
-// Unregistering removes an entry that contains nothing but what registering writes, and hides any other. To disable an
-// entry of the system, it writes an entry for the user that hides it.
+// entry are preserved. If the entry is a symbolic link, the link is replaced or removed and its target is not touched.
+// Unregistering removes an entry that contains nothing but what registering writes, and hides any other. If the system
+// has an entry too, unregistering writes an entry for the user that hides the system's.
 class XdgLoginService : public LoginService {
   public:
     static constexpr const char* entryName = "org.ble_kovra.BLEKovra.desktop";

@@ -11,8 +11,8 @@ namespace kovra {
 
 namespace {
 
-// The only driver that keeps the node of a disconnected device. It answers from memory, while other drivers would have
-// to query the device for its battery.
+// The driver of wireless Logitech devices. It keeps the node of a disconnected device, and reports the battery from
+// memory. Other drivers would have to query the device for its battery.
 constexpr const char* driver = "logitech-hidpp-device";
 
 const std::string batteriesFolder = "/power_supply/";

@@ -19,7 +19,7 @@ std::string upperCase(std::string text) {
     return text;
 }
 
-// The end of the object path of a device.
+// Returns the end of the object path that BlueZ gives to the device with this address.
 std::string pathSuffix(std::string address) {
     std::ranges::replace(address, ':', '_');
     return "/dev_" + address;
@@ -80,7 +80,7 @@ void BluezHIDPresence::forget(const std::string& nodeName) {
     for (BusToken* token : {&owner_, &additions_, &pendingQuery_}) token->reset();
 }
 
-// Replaces a query that is still pending.
+// Queries BlueZ for all its objects. Replaces a query that is still pending.
 void BluezHIDPresence::queryBluez() {
     BusConnection* bus = bus_.connection();
     if (bus == nullptr) return;
@@ -97,7 +97,7 @@ void BluezHIDPresence::queryBluez() {
         });
 }
 
-// Handles the reply with all objects of BlueZ, or an error.
+// Handles the reply, which contains all objects of BlueZ or is an error.
 void BluezHIDPresence::objectsReceived(sd_bus_message* objects) {
     std::map<std::string, std::string> adapters;
     std::vector<Object> devices;
@@ -120,12 +120,12 @@ void BluezHIDPresence::objectsReceived(sd_bus_message* objects) {
         device.path = object.path;
         device.isConnected = object.isConnected;
     }
-    // What changed between the reply and the new match is covered by another query.
+    // Another query covers what changed between the reply and the new subscriptions.
     if (subscribeToNew()) queryBluez();
     for (const auto& [addresses, device] : devices_) report(device);
 }
 
-// Subscribes to the signals of devices that have no subscription yet. Returns whether there were any.
+// Subscribes to the signals of devices that have no subscription yet. Returns whether there is a new subscription.
 bool BluezHIDPresence::subscribeToNew() {
     bool isNew = false;
     bool isAnyUnknown = false;

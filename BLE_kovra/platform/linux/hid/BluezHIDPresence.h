@@ -13,11 +13,12 @@
 
 namespace kovra {
 
-// Asks BlueZ whether a Bluetooth device is connected, since its node may remain while it is not.
+// The presence of a Bluetooth device as BlueZ reports it, since the node may remain while the device is disconnected.
 //
-// Queries BlueZ only while there are Bluetooth nodes, and subscribes to the signals of these devices only. The last
-// state that BlueZ has reported remains valid while BlueZ is not running, until it reports another. A device that BlueZ
-// has never known counts as present. BlueZ is never started.
+// Queries BlueZ only while there are Bluetooth nodes, and subscribes to the signals of their devices. While there is a
+// device that BlueZ has not reported, it also subscribes to the additions of all devices. The last state that BlueZ has
+// reported remains valid while BlueZ is not running, until it reports another. A device that BlueZ has never reported
+// counts as present. BlueZ is never started.
 class BluezHIDPresence : public HIDPresence {
   public:
     explicit BluezHIDPresence(SystemBus& bus);
@@ -29,7 +30,7 @@ class BluezHIDPresence : public HIDPresence {
     using Addresses = std::pair<std::string, std::string>;  // the addresses of the device and of its adapter
     struct Device {
         std::set<std::string> nodes;
-        std::string path = {};  // the path of BlueZ's object; empty while BlueZ does not know the device
+        std::string path = {};  // the path of BlueZ's object; empty until BlueZ has reported the device
         std::optional<bool> isConnected = {};
         std::vector<BusToken> subscriptions = {};
     };
@@ -50,7 +51,7 @@ class BluezHIDPresence : public HIDPresence {
     SystemBus& bus_;
     std::map<Addresses, Device> devices_;
     BusToken owner_;
-    BusToken additions_;     // set while BlueZ does not know one of the devices
+    BusToken additions_;     // set while there are devices that BlueZ has not reported
     BusToken pendingQuery_;  // set while a query is pending
 };
 

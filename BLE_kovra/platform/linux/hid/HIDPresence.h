@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// Tells whether the device behind a HID node is present. Some wireless devices keep their node while they are switched
-// off, out of range or asleep.
+// Reports whether the device behind a HID node is present. Some wireless devices keep their node while they are
+// switched off, out of range or asleep.
 class HIDPresence {
   public:
     enum class Answer {
@@ -20,7 +20,7 @@ class HIDPresence {
 
     virtual ~HIDPresence() = default;
 
-    // Returns the current state of a node that exists and was just read.
+    // Returns whether the device of this node is present. The node exists and was just read.
     virtual Answer query(const std::string& nodeName, const UdevHIDNode& node) = 0;
     // Call it when the node has been removed.
     virtual void forget(const std::string& nodeName) = 0;

@@ -38,7 +38,7 @@ class UdevEvents {
     // Starts receiving events. Returns null if the system refuses.
     static std::unique_ptr<UdevEvents> open(udev* context, const char* subsystem);
 
-    // Readable when an event is pending.
+    // Returns a descriptor that is readable when an event is pending.
     int descriptor() const { return udev_monitor_get_fd(monitor_.get()); }
     // Never blocks.
     Event next();

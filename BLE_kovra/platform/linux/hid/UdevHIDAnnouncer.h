@@ -17,13 +17,14 @@ namespace kovra {
 class DelayedTask;
 class MainQueue;
 
-// Remembers which HID interfaces have been announced, and announces the differences.
+// The HID interfaces that have been announced. The announcer compares them with the current nodes and announces the
+// differences.
 //
 // A node is announced once a driver is bound to it, since drivers give devices their names. Without a driver it is
 // announced `timeout` after it was first seen. If the name or the numbers of an announced interface change, it is
-// removed and attached again under the same number. The same happens if its device disconnects and reconnects while the
-// node stays. Unbinding or replacing its driver changes nothing. Checking a node twice has the same effect as checking
-// it once.
+// announced as removed and as attached again, with the same registry entry ID. The same happens if its device
+// disconnects and reconnects while the node stays. Unbinding or replacing its driver alone is not announced. Checking a
+// node twice has the same effect as checking it once.
 class UdevHIDAnnouncer {
   public:
     static constexpr std::chrono::milliseconds timeout{300};
@@ -46,7 +47,8 @@ class UdevHIDAnnouncer {
     // `timeout`, so that a lost event does not leave the trackpad muted.
     enum class IfMissing { announceRemoval, awaitRemoval };
 
-    // Compares the current node with what has been announced. Calls the actions from inside this call.
+    // Compares the current node with what has been announced. Calls the actions from inside this call, or later from
+    // the queue.
     void check(const std::string& nodeName, IfMissing ifMissing = IfMissing::awaitRemoval);
     // All nodes that exist or that were known to exist. Checking each of them makes up for lost events.
     std::vector<std::string> allNodes() const;

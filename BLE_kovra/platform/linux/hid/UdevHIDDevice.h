@@ -12,7 +12,7 @@ namespace kovra {
 // The properties of one HID interface as they were when its node in sysfs was read. The object is a value.
 //
 // The node's name is BBBB:VVVV:PPPP.NNNN. The hexadecimal number at its end counts the interfaces since the system
-// started; it is the registry number. Vendor and product come from HID_ID (bus:vendor:product, also hexadecimal). An
+// started; it is the registry entry ID. Vendor and product come from HID_ID (bus:vendor:product, also hexadecimal). An
 // empty HID_NAME, or one that the kernel has made up, is no name.
 class UdevHIDDevice : public HIDDevice {
   public:
@@ -20,7 +20,7 @@ class UdevHIDDevice : public HIDDevice {
                   std::optional<std::string_view> hidName);
 
     std::optional<std::uint64_t> registryEntryID() const override { return number_; }
-    // A number derived from the node's name. It never equals a registry number, since those have 32 bits.
+    // A number derived from the node's name. It never equals a registry entry ID, since those have 32 bits.
     std::uint64_t handle() const override { return handle_; }
     std::optional<std::int64_t> integerProperty(std::string_view name) const override;
     std::optional<std::string> stringProperty(std::string_view name) const override;

@@ -66,7 +66,8 @@ void UdevHIDManager::checkAfterStop() {
     try {
         continued_ = loop_.onSignal(SIGCONT, [this] { resynchronize(); });
     } catch (const std::system_error&) {
-        // If events are lost while the process is stopped, the socket still reports that.
+        // No descriptors are left for the signal. If events are lost while the process is stopped, the socket still
+        // reports that.
     }
 }
 
@@ -109,7 +110,7 @@ void UdevHIDManager::poll() {
     resynchronize();
 }
 
-// Handles events first, so that the socket is drained soon.
+// Returns the next check. Events come first, so that the socket is drained soon.
 std::optional<UdevHIDManager::Check> UdevHIDManager::next() {
     using Kind = UdevEvents::Event::Kind;
     using IfMissing = UdevHIDAnnouncer::IfMissing;

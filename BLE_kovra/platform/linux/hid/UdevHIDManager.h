@@ -24,9 +24,9 @@ class SystemLog;
 // It checks each node that udevd reports, and each whose device may have disconnected or reconnected. It checks all
 // nodes when it is opened, after events were lost, after the process was stopped and after the machine has slept.
 //
-// Each queue block checks one node and then queues the next block. So the effects of one device are complete before the
-// next device is checked, and the queue stays short. If udevd's events do not arrive, all nodes are checked every
-// `pollInterval` until they do; one line in the log says so. With udevd the process sleeps while nothing happens.
+// Each queue block checks one node and then queues the next block. So the effects of one node are complete before the
+// next node is checked, and the queue stays short. While udevd's events cannot be received, all nodes are checked every
+// `pollInterval`; one line in the log says so. With udevd the process sleeps while nothing happens.
 class UdevHIDManager : public HIDManager {
   public:
     static constexpr std::chrono::seconds pollInterval{1};

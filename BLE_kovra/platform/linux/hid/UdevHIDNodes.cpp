@@ -19,7 +19,8 @@ const std::string devicesFolder = "/sys/bus/hid/devices/";
 
 bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
 
-// Returns the value of the first line NAME=VALUE. The kernel's own values come before those that a device supplies.
+// Returns the value of the first line NAME=VALUE. A device may supply a name with line feeds, but the kernel's DRIVER
+// and HID_ID come before that name.
 std::optional<std::string_view> property(std::string_view uevent, std::string_view name) {
     while (!uevent.empty()) {
         const std::string_view line = uevent.substr(0, uevent.find('\n'));
@@ -46,8 +47,8 @@ std::vector<std::string> UdevHIDNodes::names() const {
     return names;
 }
 
-// One file contains all properties as of one moment. libudev would need some fifty calls for the same, and the flag
-// would wait for them.
+// One file contains all properties as of one moment. libudev would need some fifty system calls for the same, and the
+// flag would wait for them.
 UdevHIDNode UdevHIDNodes::read(const std::string& name) {
     const auto content = readSysfsFile(devicesFolder + name + "/uevent");
     if (const int* error = std::get_if<int>(&content)) {

@@ -30,13 +30,13 @@ struct UdevHIDNode {
     std::string uniq = {};    // the serial number or address of the device
 };
 
-// The nodes of the bus "hid". They are read from sysfs each time, because the content of an event may be out of date.
-// Drivers rename devices after the kernel has announced them. Reading them needs neither udevd nor any privilege.
+// The nodes of the bus "hid". They are read from sysfs each time. The content of an event may be out of date, because
+// drivers rename devices after the kernel has announced them. Reading nodes needs neither udevd nor any privilege.
 class UdevHIDNodes {
   public:
     explicit UdevHIDNodes(udev* context) : context_(context) {}
 
-    // The nodes that could be listed. The list may be incomplete.
+    // The names of the nodes that could be listed. The list may be incomplete.
     std::vector<std::string> names() const;
     static UdevHIDNode read(const std::string& name);
 

@@ -12,7 +12,7 @@ namespace kovra {
 
 namespace {
 
-// The X server adds this to the kernel's key codes.
+// The X server adds this number to the kernel's key codes.
 constexpr xcb_keycode_t firstKeycode = 8;
 
 class Installed : public HotKeyService::Reference {

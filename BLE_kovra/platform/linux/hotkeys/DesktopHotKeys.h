@@ -14,8 +14,8 @@ namespace kovra {
 // The hot keys of this desktop. On X the key is grabbed by its position on the keyboard. On Wayland, where only the
 // desktop sees all keys, it is requested from the desktop's portal. Elsewhere every key is refused.
 //
-// Only Control + Option + T is available; any other key returns null. A press never reaches another program, whatever
-// the handlers return: the desktop has reserved the key for this program.
+// Only Control + Option + T is available; registerHotKey() returns null for any other key. A press of a granted key
+// reaches no other program, whatever the handlers return, because the key is reserved for this program.
 class DesktopHotKeys : public HotKeyService {
   public:
     static DesktopHotKeys onX(XConnection& connection);
@@ -27,7 +27,7 @@ class DesktopHotKeys : public HotKeyService {
     std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override;
 
   private:
-    // Grabs the key for as long as the reference lives. Null if there are no hot keys.
+    // A function that grabs the key for as long as the reference lives. It is null if there are no hot keys.
     using Grab = std::function<std::unique_ptr<Reference>(const HotKey& hotKey, std::function<void()> pressed)>;
     explicit DesktopHotKeys(Grab grab) : grab_(std::move(grab)) {}
 

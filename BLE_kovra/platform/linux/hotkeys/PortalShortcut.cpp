@@ -16,8 +16,8 @@ constexpr const char* portal = "org.freedesktop.portal.Desktop";
 constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
 constexpr const char* globalShortcuts = "org.freedesktop.portal.GlobalShortcuts";
 
-// Some desktops report a held key repeatedly, as the keyboard repeats it. The pause before the first repetition is the
-// longest.
+// Some desktops report a held key repeatedly, as the keyboard repeats it. A report that follows another one within this
+// time is such a repetition. The time is longer than the keyboard's usual delay before the first repetition.
 constexpr auto repetition = std::chrono::seconds(1);
 
 // 0 is success; any other code means that the user or the portal has ended the request.
@@ -26,7 +26,8 @@ bool isGranted(sd_bus_message* response) {
     return sd_bus_message_read(response, "u", &code) > 0 && code == 0;
 }
 
-// Reads the next value of the message, an a(sa{sv}), and finds out whether it has an element with this name.
+// Reads the next value of the message, a variant that contains an a(sa{sv}). Sets `isFound` if the array has an element
+// with this id.
 int findShortcut(sd_bus_message* message, std::string_view id, bool& isFound) {
     int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, "a(sa{sv})");
     if (result > 0) result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(sa{sv})");
@@ -37,7 +38,7 @@ int findShortcut(sd_bus_message* message, std::string_view id, bool& isFound) {
         if (result > 0) result = sd_bus_message_skip(message, "a{sv}");
         if (result >= 0) result = sd_bus_message_exit_container(message);
     }
-    return isFound ? -ECANCELED : result;  // stops reading
+    return isFound ? -ECANCELED : result;  // an error stops the reading
 }
 
 bool listsShortcut(sd_bus_message* response, std::string_view id) {
@@ -74,7 +75,7 @@ void PortalShortcut::busChanged(BusConnection* bus) {
 void PortalShortcut::registerApplication() {
     isRequested_ = true;
     // Without this call, the portal would identify a program started from a terminal as the terminal. Older portals do
-    // not have this method.
+    // not have this method; the error that they return is ignored.
     reply_ = bus_->call(
         {portal, portalPath, "org.freedesktop.host.portal.Registry", "Register", true},
         [](BusWriter& arguments) { arguments.text(SingleInstance::busName).openArray("{sv}").close(); },
@@ -88,7 +89,7 @@ void PortalShortcut::createSession() {
     });
 }
 
-// The published interface passes the session as a string, not as an object path.
+// The portal passes the session handle as a string, although it is an object path.
 void PortalShortcut::sessionCreated(sd_bus_message* response) {
     session_ = isGranted(response) ? readText(response, "session_handle").value_or("") : "";
     if (sd_bus_object_path_is_valid(session_.c_str()) <= 0) return reset();
@@ -107,7 +108,7 @@ void PortalShortcut::listShortcuts() {
 }
 
 void PortalShortcut::shortcutsListed(sd_bus_message* response) {
-    // The shortcut is bound only if the desktop does not list it: some desktops show a dialog each time.
+    // The shortcut is bound only if the desktop does not list it: some desktops show a dialog for each binding.
     if (!isGranted(response) || !listsShortcut(response, description_.id)) bindShortcut();
 }
 

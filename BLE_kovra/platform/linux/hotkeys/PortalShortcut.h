@@ -14,11 +14,11 @@ namespace kovra {
 // as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts; none of this
 // is reported.
 //
-// Nothing waits for a reply. The portal is asked once, and again only after it or the bus has restarted. A refusal is
-// final, and so is a session that the portal closes.
+// No function waits for a reply. The portal is asked once, and again only after it or the bus has restarted. Until then
+// a refusal is final, and a session that the portal has closed stays closed.
 class PortalShortcut : public HotKeyService::Reference {
   public:
-    // Identifies the combination to the desktop, from one start to the next.
+    // Describes the combination to the desktop. The desktop recognizes it by `id` from one start to the next.
     struct Description {
         std::string id;
         std::string text;
@@ -33,7 +33,7 @@ class PortalShortcut : public HotKeyService::Reference {
   private:
     using Step = void (PortalShortcut::*)(sd_bus_message* message);
 
-    // The steps of the request. Each follows the portal's reply to the one before.
+    // The steps of the request. Each starts after the portal's reply to the one before.
     void registerApplication();
     void createSession();
     void listShortcuts();
@@ -50,7 +50,7 @@ class PortalShortcut : public HotKeyService::Reference {
     bool isOurs(sd_bus_message* message) const;
     void reset();
 
-    // Returns a name for a request, whose response starts the next step.
+    // Returns the name of a new request. The portal's response to that request starts the step `next`.
     std::string newRequest(Step next);
     BusToken subscribe(const std::string& path, const char* interface, const char* signal, Step next);
     void call(const char* method, const BusConnection::Write& write);
@@ -58,7 +58,7 @@ class PortalShortcut : public HotKeyService::Reference {
     const Description description_;
     const std::function<void()> pressed_;
     BusConnection* bus_ = nullptr;
-    bool isRequested_ = false;  // the request was made and not refused
+    bool isRequested_ = false;  // the portal was asked since the last reset()
     int requests_ = 0;
     std::string session_;
     std::optional<std::chrono::steady_clock::time_point> activeSince_;

@@ -14,13 +14,15 @@
 
 namespace kovra {
 
-// Grabs one key with Control and Alt from all windows, for as long as this object lives.
+// A grab of one key with Control and Alt, in all windows, for as long as this object lives.
 //
-// A press counts with exactly these modifiers, whichever lock keys are on and whichever layout is active. A held key
-// counts as one press. If the keyboard map moves Alt or a lock key to another modifier bit, the grab follows.
+// A press counts only with exactly these modifiers, whichever lock keys are on and whichever layout is active. A held
+// key counts as one press if the server has the keyboard extension. If the keyboard map moves Alt or a lock key to
+// another modifier bit, the grab follows.
 //
-// The key is grabbed once the server has answered. If another program has grabbed it with any lock keys, this object
-// gives up the key permanently and without an error.
+// The key is grabbed once the server has answered. If another program has grabbed it with any set of lock keys, this
+// object gives the key up without an error. If that happens at the first attempt, it never tries again; later it does
+// when the keyboard map changes.
 class XKeyGrab : public HotKeyService::Reference {
   public:
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);
@@ -44,7 +46,7 @@ class XKeyGrab : public HotKeyService::Reference {
     const xcb_keycode_t key_;
     const std::function<void()> pressed_;
 
-    // The queries that are pending.
+    // The pending queries.
     std::optional<XModifierQuery> modifiers_;
     xcb_query_keymap_cookie_t keysDown_{};
     XConnection::Token whenAnswered_;

@@ -10,8 +10,8 @@ namespace kovra {
 
 namespace {
 
-// Three requests of the extension, as its protocol defines them. The library for the extension has a hundred more, and
-// would stay loaded as long as the program runs.
+// Three requests of the extension, as its protocol defines them. xcb's own library for the extension has all requests,
+// and would stay loaded for as long as the program runs.
 xcb_extension_t extension{"XKEYBOARD", 0};
 
 constexpr std::uint16_t coreKeyboard = 0x0100;

@@ -7,15 +7,15 @@ namespace kovra {
 // The keyboard extension of the X server. Unlike the core protocol, it reports whether a held key was really released.
 // It also reports a change of the layout that keeps all key codes.
 //
-// Does not wait for replies. On a server without the extension nothing changes.
+// The replies to its requests are discarded. On a server without the extension, use() does nothing.
 class XKeyboardExtension {
   public:
     explicit XKeyboardExtension(xcb_connection_t* connection);
 
-    // Call it once the server has answered, otherwise it blocks. From now on a held key is reported as presses without
-    // releases, and every change of the keyboard map is reported.
+    // Call it after the server has answered the constructor's request; earlier it blocks. From now on a held key is
+    // reported as presses without releases, and every change of the keyboard map is reported.
     void use();
-    // Recognizes the event of the core protocol too.
+    // Whether the event reports a change of the keyboard map, by the extension or by the core protocol.
     bool isMapChange(const xcb_generic_event_t& event) const;
 
   private:

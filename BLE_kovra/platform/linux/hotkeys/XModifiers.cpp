@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// Keysyms from the appendix of the X protocol.
+// Keysyms of the X protocol.
 constexpr xcb_keysym_t symbolScrollLock = 0xFF14;
 constexpr xcb_keysym_t symbolNumLock = 0xFF7F;
 constexpr xcb_keysym_t symbolAltLeft = 0xFFE9;

@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// The modifier bits that currently stand for Alt and the lock keys. The protocol fixes only those of Shift, Lock and
-// Control; the keyboard map assigns the others. 0 if no key has the modifier.
+// The modifier bits that currently stand for Alt, Num Lock and Scroll Lock. The protocol fixes only those of Shift,
+// Lock and Control; the keyboard map assigns the others. A bit is 0 if no key has that modifier.
 struct XModifiers {
     std::uint16_t alt = 0;
     std::uint16_t numLock = 0;
@@ -18,11 +18,12 @@ struct XModifiers {
     std::vector<std::uint16_t> lockSets() const;
 };
 
-// Sends the requests in the constructor. Call read() once the server has answered, otherwise it blocks.
+// A query for the modifier bits. The constructor sends the requests. Call read() after the server has answered; earlier
+// it blocks.
 class XModifierQuery {
   public:
     explicit XModifierQuery(xcb_connection_t* connection);
-    // Call it once. Returns zeros if the server has disconnected.
+    // Call it only once. Returns zeros if the server has disconnected.
     XModifiers read() const;
 
   private:

@@ -5,7 +5,6 @@
 
 namespace kovra {
 
-// Owns a handle of a C library and releases it with the library's own function.
 template <auto release>
 struct Release {
     template <typename T>
@@ -14,6 +13,7 @@ struct Release {
     }
 };
 
+// Owns a handle of a C library and releases it with the library's own function.
 template <typename T, auto release>
 using Handle = std::unique_ptr<T, Release<release>>;
 

@@ -5,7 +5,7 @@
 
 namespace kovra {
 
-// Tells a queued block whether the object that queued it still exists.
+// Shows a queued block whether the object that queued it still exists.
 //
 // Declare it as the last member: members are destroyed in reverse order, so the lifetime ends before all others.
 class Lifetime {

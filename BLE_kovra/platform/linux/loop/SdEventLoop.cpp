@@ -17,7 +17,7 @@ namespace kovra {
 
 namespace {
 
-// sd-event coalesces wake-ups unless it is given an accuracy.
+// With its default accuracy, sd-event delays timers in order to combine wake-ups.
 constexpr std::uint64_t accuracyMicroseconds = 1;
 
 void check(int result, const char* what) {
@@ -34,7 +34,8 @@ std::uint64_t monotonicMicroseconds() {
 
 }  // namespace
 
-// A delayed block. The loop owns it until it is due. From then on the queued block owns it. Its task only refers to it.
+// A delayed block. The loop owns the timer until it is due; from then on the queued block owns it. A Task only refers
+// to the timer.
 class SdEventLoop::Timer {
   public:
     Timer(SdEventLoop& loop, Block block) : loop_(loop), block_(std::move(block)) {}
@@ -115,7 +116,8 @@ class SdEventLoop::DescriptorWatch : public Watch {
     Lifetime lifetime_;
 };
 
-// Watches a duplicate, because epoll accepts each descriptor only once.
+// Watches a duplicate of the descriptor. epoll accepts each descriptor only once, and the original may be watched for
+// reading.
 class SdEventLoop::WritableWatch : public Watch {
   public:
     WritableWatch(SdEventLoop& loop, int descriptor, Block writable)
@@ -161,7 +163,7 @@ SdEventLoop::SdEventLoop() {
     sd_event* event = nullptr;
     check(sd_event_new(&event), "event loop");
     event_.reset(event);
-    // Opens the timer descriptor now, so that no later delay can fail because descriptors have run out.
+    // Opens the timer descriptor now, so that no later asyncAfter() can fail because descriptors have run out.
     sd_event_source* source = nullptr;
     constexpr auto never = std::numeric_limits<std::uint64_t>::max();
     check(sd_event_add_time(event, &source, CLOCK_MONOTONIC, never, accuracyMicroseconds, nullptr, nullptr), "timer");

@@ -36,9 +36,9 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     // Runs `writable` when the descriptor accepts data again. The same descriptor may also be watched for reading.
     std::unique_ptr<Watch> watchWritable(int descriptor, Block writable);
 
-    // For as long as the source lives, the signal does not have its usual effect. Its block is put at the head of the
-    // queue instead. This includes a signal that the process was started to ignore, as a shell arranges for background
-    // jobs.
+    // A signal that is handled for as long as this object lives. Its block is put at the head of the queue, in place of
+    // the signal's usual effect. This applies also to a signal that the process was started to ignore, as a shell
+    // arranges for background jobs. The signal stays blocked after this object is destroyed.
     class Signal {
       public:
         virtual ~Signal() = default;

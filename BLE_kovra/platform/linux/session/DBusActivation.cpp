@@ -19,8 +19,8 @@ constexpr const char* interface = "org.freedesktop.Application";
 constexpr std::array<std::pair<const char*, const char*>, 2> tokens{
     {{"XDG_ACTIVATION_TOKEN", "activation-token"}, {"DESKTOP_STARTUP_ID", "desktop-startup-id"}}};
 
-// Reads the next value of the message, the platform data, and stores the preferred token in it. Returns a negative
-// error number if the message has another signature.
+// Reads the next value of the message, the platform data, and stores the preferred one of its tokens in `token`.
+// Returns a negative error number if the message has another signature.
 int readToken(sd_bus_message* call, std::string& token) {
     std::array<std::string, tokens.size()> found;
     const int result = forEachEntry(call, "{sv}", [&](std::string_view key) {
@@ -46,7 +46,7 @@ void writeOwnTokens(BusWriter& message) {
     message.close();
 }
 
-// A call whose reply must have the signature that this program gives it.
+// A call to the owner of a name. The owner is this program only if its reply has the signature that this program uses.
 struct Question {
     const char* interface;
     const char* member;

@@ -13,14 +13,14 @@
 
 namespace kovra {
 
-// Implements org.freedesktop.Application, with which other programs activate this one. The effect is that of a second
-// start. Files and actions are not supported. An interface of this program's own, with the method Version, shows a
-// further start that the owner of the name is this program.
+// The program's object on the session bus. It implements org.freedesktop.Application, through which other programs
+// activate this one. The effect is that of a second start. Files and actions are not supported. An interface of this
+// program's own has the method Version, by which a second start recognizes that the owner of the name is this program.
 class DBusActivation {
   public:
     static constexpr const char* path = "/org/ble_kovra/BLEKovra";
     static constexpr const char* ownInterface = "org.ble_kovra.BLEKovra";
-    // An instance that runs answers within milliseconds.
+    // How long activate() waits. An instance that is not stopped answers within milliseconds.
     static constexpr std::chrono::seconds timeout{1};
 
     // Called from the queue with the token that allows a window to come to the front. It is empty if there is none.
@@ -39,7 +39,7 @@ class DBusActivation {
         silent    // it has not answered within `timeout`
     };
     // Activates the owner of the name and passes on the token that this process was started with. Waits for the answer
-    // without running the event loop. A silent owner receives the message when it continues.
+    // without running the event loop. An owner that is stopped receives the call when it continues.
     static Owner activate(sd_bus* bus, const char* busName);
 
     // Returns the token of this process and removes it from the environment, so that no child process uses it. Empty if

@@ -14,8 +14,8 @@ namespace kovra {
 
 namespace {
 
-// inotify reports an exchange of two files as a move to each of the two names. Writes are not watched, not even those
-// of this program.
+// The helper renames a new file to the flag's name, which inotify reports as IN_MOVED_TO. Writes are not watched,
+// because the program writes the flag itself.
 constexpr std::uint32_t watchedEvents =
     IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
@@ -33,7 +33,7 @@ FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag, std::func
         try {
             watch_ = loop.watch(inotify_.number(), [this] { changed(); });
         } catch (const std::system_error&) {
-            // If no descriptors are left, the system is treated like one without watches.
+            // If no descriptors are left, a hand-over is reported as on a system without watches.
         }
     }
     expect();
@@ -49,8 +49,8 @@ void FlagHandover::expect() {
     fallback_ = loop_.asyncAfter(expectedHandoverDelay, [this] { report(); });
 }
 
-// Works from the root downwards, so that a folder cannot be created unnoticed between the check and the watch on its
-// parent.
+// Tries to watch each folder from the root downwards, and keeps the last watch that succeeds. If a folder is created
+// just after it was found missing, the watch on its parent reports that.
 void FlagHandover::watchNearestFolder() {
     const int before = std::exchange(watchDescriptor_, -1);
     watchedStep_ = nullptr;
@@ -81,7 +81,8 @@ bool FlagHandover::isWatching() const {
     return watch_ && (watchedStep_ == &path_.back() || ::access(path_.back().folder.c_str(), F_OK) != 0);
 }
 
-// Reads all pending events. Late events of a folder that is no longer watched are ignored.
+// Reads all pending events and returns whether any of them concerns the flag. Late events of a folder that is no longer
+// watched are ignored.
 bool FlagHandover::concernsFlag() {
     bool concerns = false;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): read() fills it

@@ -11,8 +11,8 @@
 
 namespace kovra {
 
-// Reports that another process has put the flag's file in place, or changed its permissions: a write that failed before
-// may succeed now. Writing to the file is not reported.
+// A watch on the flag. It reports when a file was put in place as the flag, or when the flag's permissions were
+// changed: a write that failed before may then succeed. Writing to the file is not reported.
 //
 // The flag's folder need not exist yet: its nearest existing parent is watched until the folder is created. While
 // nothing happens the program sleeps.
@@ -21,14 +21,14 @@ namespace kovra {
 // later, once. A hand-over is expected at the start and after each expect().
 class FlagHandover {
   public:
-    // `flag` is an absolute path. `handedOver` is called from the queue. It is not called for a file that already
-    // exists.
+    // `flag` is an absolute path. `handedOver` is called from the queue. While the flag is watched, it is not called
+    // for a file that exists at the start.
     FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver);
     FlagHandover(const FlagHandover&) = delete;
     FlagHandover& operator=(const FlagHandover&) = delete;
     ~FlagHandover();
 
-    // Call it when the user at the machine has changed, so a hand-over of the flag is expected.
+    // Call it when the user at the machine may have changed, so that a hand-over of the flag is expected.
     void expect();
 
   private:

@@ -8,7 +8,7 @@ namespace kovra {
 
 // The lock of the user's one instance on this machine. The kernel releases it when the process ends, however it ends.
 //
-// The file stays. If it cannot be created, there is no lock, and the program runs without it.
+// The file is never removed. If it cannot be created, there is no lock, and the program runs without one.
 class InstanceLock {
   public:
     // An empty path means that there is no lock.
@@ -29,7 +29,7 @@ class InstanceLock {
 };
 
 // ble-kovra.lock in $XDG_RUNTIME_DIR. Without that variable, a file beside the preferences, named after the machine,
-// because machines may share a home directory.
+// because machines may share a home directory. Empty if there is no directory for the file.
 std::string standardLockPath();
 
 }  // namespace kovra

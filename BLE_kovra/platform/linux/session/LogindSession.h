@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// Reports what the login manager announces about the user's session and about the machine's sleep. Reports nothing
-// without a system bus or a login manager.
+// The login manager's signals about the user's session and about the machine's sleep. Without a system bus or a login
+// manager, nothing is reported.
 class LogindSession {
   public:
     // These functions are called from the queue.
@@ -19,7 +19,8 @@ class LogindSession {
         std::function<void()> resumed;    // the machine has woken from sleep
     };
 
-    // Returns the session of this process, or else the user's graphical session. Empty if there is none.
+    // Returns the session of this process, or else the one in $XDG_SESSION_ID, or else the user's graphical session.
+    // Empty if there is none.
     static std::string currentSession();
 
     // Whether the login manager has a file for this session.

@@ -15,16 +15,16 @@ class SdEventApplication : public Application {
     explicit SdEventApplication(SdEventLoop& loop) : loop_(loop) {}
 
     void run(ApplicationDelegate& delegate) override;
-    // Does nothing: a program without windows has no entry in a task bar.
+    // Does nothing: the resident program has no windows, and so no entry in a task bar.
     void setActivationPolicy(ActivationPolicy policy) override;
     // Does nothing: on Linux each window comes to the front when it is shown.
     void activateIgnoringOtherApps() override {}
     void terminate() override;
     void beep() override;
 
-    // The user has started the program again while it is running.
+    // Call it when the user has started the program again while it is running.
     void reopen();
-    // A write that was refused may succeed now.
+    // Call it when a write that was refused may succeed now.
     void resume();
 
   private:

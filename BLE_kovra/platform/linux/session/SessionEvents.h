@@ -12,10 +12,10 @@ class SdEventApplication;
 
 // Connects the events of the session to the application:
 //  - The session has ended: the application terminates.
-//  - The flag was handed over to the user: it decides again, since a write that was refused may succeed now.
-//  - The session is active again: it decides again and expects a hand-over.
-//  - The machine has woken from sleep: it compares the devices with what is attached, decides again and expects a
-//    hand-over.
+//  - The flag was handed over to the user: the application decides again, since a write that was refused may succeed.
+//  - The session is active again: the application decides again, and a hand-over is expected.
+//  - The machine has woken from sleep: the application compares the devices with what is attached and decides again,
+//    and a hand-over is expected.
 class SessionEvents {
   public:
     // `flag` is the absolute path of the flag file. `resynchronizeDevices` is called after the machine has woken.

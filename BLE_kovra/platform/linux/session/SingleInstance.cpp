@@ -46,7 +46,7 @@ Answer requestName(sd_bus* bus) {
     return answer;
 }
 
-// Shows a text on the desktop if a service for that is running. Does not wait for a reply.
+// Shows a text on the desktop if a notification service is running. Does not wait for a reply.
 void notify(BusConnection& bus, const char* text) {
     bus.send(
         {"org.freedesktop.Notifications", "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Notify"},
@@ -80,7 +80,7 @@ void SingleInstance::takeName(BusConnection& connection, const InstanceLock& loc
     isAnswered_ = answer != Answer::none;
     if (answer != Answer::second) return;
     const Owner owner = DBusActivation::activate(connection.bus(), busName);
-    // An instance that was stopped is silent, but it holds the lock.
+    // A silent owner may be an instance that was stopped, but then that instance holds the lock if there is one.
     const bool mayBeSilent = lock.state() == InstanceLock::State::none;
     isSecond_ = owner == Owner::ours || (owner == Owner::silent && mayBeSilent);
     if (isSecond_) return;

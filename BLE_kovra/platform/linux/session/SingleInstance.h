@@ -12,12 +12,13 @@ namespace kovra {
 class InstanceLock;
 class SystemLog;
 
-// Detects a second start. The user's first instance holds the lock, and owns the program's name on its session bus. It
-// requests the name again after a reconnection, and keeps running whatever happens to the name.
+// The detection of a second start. The user's first instance holds the lock, and owns the program's name on its session
+// bus. It requests the name again after a reconnection, and keeps running whatever happens to the name.
 //
-// A start that does not get the lock is a second one. If there is no lock, a start that does not get the name is one,
-// unless another program owns it. A second start asks the owner of the name to come to the front. If the owner does not
-// answer as this program does, or the first instance is on another bus, a line in the log says so.
+// A start that does not get the lock is a second one. So is a start that does not get the name, if the owner answers as
+// this program does. If there is no lock, an owner that does not answer counts as this program too. A second start asks
+// the owner of the name to open its window. If that fails although the lock shows a first instance, a line in the log
+// says so.
 //
 // Without a session bus, or if the bus does not answer within two seconds, the lock alone decides. If another program
 // owns the name, the first instance runs without it. A line in the log and a notification on the desktop say so.
@@ -36,7 +37,7 @@ class SingleInstance {
     void busChanged(BusConnection* bus);
 
     bool isSecond_ = false;
-    bool isAnswered_ = false;  // the bus has answered on this connection
+    bool isAnswered_ = false;  // the bus has answered the request for the name
     DBusActivation activation_;
     BusToken listening_;
 };

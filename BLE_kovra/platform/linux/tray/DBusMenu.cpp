@@ -15,7 +15,7 @@ int refuseId(sd_bus_error* error, std::int32_t id) {
     return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "The menu has no item %d.", static_cast<int>(id));
 }
 
-// The error if none of the requested items exists.
+// Sets the error of a call that requests only unknown items.
 int refuseIds(sd_bus_error* error) {
     return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "The menu has none of these items.");
 }

@@ -16,24 +16,27 @@
 
 namespace kovra {
 
-// Exports the menu on the session bus as com.canonical.dbusmenu, with one level below the root. The desktop draws the
+// The menu on the session bus, exported as com.canonical.dbusmenu with one level below the root. The desktop draws the
 // menu, reads it at any time, and reports what the user chose.
 //
-// Calls fail with an error if they name an unknown item or property, or contain a list longer than `longestList`.
+// A call for one item fails if the item or the property is unknown. EventGroup and AboutToShowGroup fail if all their
+// items are unknown, and GetGroupProperties leaves unknown items out. A call with a list longer than `longestList`
+// fails too.
 class DBusMenu {
   public:
     static constexpr const char* path = "/MenuBar";
     static constexpr const char* interface = "com.canonical.dbusmenu";
     static constexpr std::size_t longestList = 1000;
 
-    // `choose` receives the position of the chosen item. It is called inside the library's dispatch, so it may only
-    // post to the queue.
+    // `choose` receives the position of the chosen item. It is called inside sd-bus's dispatch, so it may only post to
+    // the queue.
     DBusMenu(const Menu& menu, std::function<void(std::size_t position)> choose);
 
     void exportOn(BusConnection& bus);
     void detach();
 
-    // The menu was replaced. Its items get new numbers, so that a late click in the old menu has no effect.
+    // Call it when the menu was replaced. Its items get new numbers, so that a late click in the old menu has no
+    // effect.
     void layoutChanged();
     void statesChanged(const std::vector<std::size_t>& positions);
 

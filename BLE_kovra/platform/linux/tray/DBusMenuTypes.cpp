@@ -20,7 +20,7 @@ std::string escaped(std::string_view title) {
 }
 
 // Panels parse the name of a key with their toolkit. GTK expects X keysym names, Qt expects the character on the key.
-// For letters and digits both are the same. Returns an empty name for any other key except the comma.
+// For lower-case letters and digits both are the same. Returns an empty name for any other key except the comma.
 std::string keyName(const std::string& key) {
     if (key == ",") return anyOf(desktopNames(), {"KDE", "LXQt"}) ? "," : "comma";
     if (key.size() != 1) return "";
@@ -34,7 +34,7 @@ const char* typeOf(const DBusMenuProperty& property) {
     return types.at(property.value.index());
 }
 
-// Reads an array element by element. `readOne` returns the result of the library, which is 0 at the end of the array.
+// Reads an array element by element. `readOne` returns the result of sd-bus, which is 0 at the end of the array.
 template <typename ReadOne>
 int readArray(sd_bus_message* call, const char* of, std::size_t atMost, sd_bus_error* error, ReadOne readOne) {
     int result = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, of);

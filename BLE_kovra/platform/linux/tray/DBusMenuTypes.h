@@ -48,12 +48,12 @@ struct MenuEvent {
     std::string name;
 };
 
-// Each function reads the next argument of a call. It returns a negative value and sets the error if the argument has
-// another type or is longer than `atMost`.
+// Each function reads the next argument of a call. It returns a negative number if the argument has another type or is
+// longer than `atMost`. In the second case it also sets the error.
 int readIds(sd_bus_message* call, std::size_t atMost, std::vector<std::int32_t>& ids, sd_bus_error* error);
 int readNames(sd_bus_message* call, std::size_t atMost, std::set<std::string>& names, sd_bus_error* error);
 int readEvents(sd_bus_message* call, std::size_t atMost, std::vector<MenuEvent>& events, sd_bus_error* error);
-// Ignores the data and the timestamp of the event.
+// Reads the next event. Ignores its data and its timestamp.
 int readEvent(sd_bus_message* call, MenuEvent& event);
 
 void writeIds(BusWriter& writer, const std::vector<std::int32_t>& ids);

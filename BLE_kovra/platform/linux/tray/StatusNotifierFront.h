@@ -10,9 +10,9 @@
 
 namespace kovra {
 
-// Shows the item on every desktop that supports StatusNotifierItem. Exports and registers the item whenever the session
-// bus is connected. The item has a bus name of its own, which is released together with it. Signals report changes
-// only.
+// The front for desktops that support StatusNotifierItem. It exports and registers the item whenever the session bus is
+// connected. The item has a bus name of its own, which the front releases when it is destroyed. The front sends signals
+// only for the parts that have changed.
 class StatusNotifierFront : public TrayFront {
   public:
     StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher, ActivationToken& token,

@@ -18,7 +18,7 @@ constexpr std::string_view title = "BLE-kovra";
 // Panels choose the next larger size and scale it down. Most show 22 pixels; 48 is a little more than twice that.
 constexpr std::array pixmapSizes{22, 32, 48};
 
-// Hosts interpret the tool tip as markup.
+// Panels interpret the tool tip as markup.
 std::string escaped(std::string_view text) {
     std::string markup;
     for (const char c : text) {
@@ -82,7 +82,7 @@ void StatusNotifierItem::writeProperty(BusWriter& writer, std::string_view name)
     if (name == "OverlayIconPixmap" || name == "AttentionIconPixmap") writer.openArray("(iiay)").close();
 }
 
-// The pixmaps are rendered for each request: hosts read them rarely, and a cache would permanently use memory.
+// The pixmaps are rendered for each request: panels read them rarely, and a cache would permanently use memory.
 void StatusNotifierItem::writePixmaps(BusWriter& writer) const {
     writer.openArray("(iiay)");
     for (const int pixels : pixmapSizes) {

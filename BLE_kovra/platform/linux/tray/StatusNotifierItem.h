@@ -15,19 +15,18 @@
 
 namespace kovra {
 
-// Exports the icon on the session bus as org.kde.StatusNotifierItem. The item has an image (by name and as pixmaps), a
-// tool tip, and the path of the menu.
+// The icon on the session bus, exported as org.kde.StatusNotifierItem. The item has an image (by name and as pixmaps),
+// a tool tip, and the path of the menu.
 //
 // The item has nothing but its menu (ItemIsMenu), and the desktop draws that menu. Some desktops report clicks anyway
-// (Activate, SecondaryActivate, ContextMenu). The item then opens the menu at the position that they name. If the
-// program cannot open a menu, these methods are not exported. The desktop then gets an error and may open the menu
-// itself.
+// (Activate, SecondaryActivate, ContextMenu). The item then opens the menu at the position of the click. If the program
+// cannot open a menu, these methods are not exported. The desktop then gets an error and may open the menu itself.
 class StatusNotifierItem {
   public:
     static constexpr const char* path = "/StatusNotifierItem";
     static constexpr const char* interface = "org.kde.StatusNotifierItem";
 
-    // Opens the menu at a position on the screen. Called inside a callback of the bus.
+    // Opens the menu at a position on the screen. Called inside sd-bus's dispatch, so it may only post to the queue.
     using PopUp = std::function<void(int x, int y)>;
 
     // `iconThemePath` is a folder with the icons; it is empty if the icon theme of the desktop has them. `popUp` is

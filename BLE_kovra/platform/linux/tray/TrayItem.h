@@ -20,7 +20,7 @@ struct TrayContents {
     Menu menu;
 };
 
-// Which parts must be shown again.
+// The parts of the contents that must be shown again.
 struct TrayChanges {
     bool image = false;  // the image, or whether it is a template
     bool toolTip = false;
@@ -38,8 +38,8 @@ class TrayFront {
     virtual void show(const TrayContents& contents, const TrayChanges& changes) = 0;
 };
 
-// The item in the tray. Keeps the contents and passes them to its fronts, at most once per turn of the queue. The
-// fronts receive only the differences from what they last showed.
+// The item in the tray. It keeps the contents and passes them to its fronts, at most once per turn of the queue. With
+// them it passes a TrayChanges: the parts that differ from what the fronts last showed.
 class TrayItem : public StatusItem, private StatusBarButton {
   public:
     explicit TrayItem(MainQueue& queue);
@@ -53,9 +53,9 @@ class TrayItem : public StatusItem, private StatusBarButton {
     const TrayContents& contents() const { return contents_; }
     // The contents that the fronts showed last.
     const TrayContents& shown() const { return shown_; }
-    // The user chose the item at this position. Its action runs from the queue, if the item is enabled and has an
-    // action. Some trays toggle a check mark by themselves. So the fronts show the state again after the action and the
-    // blocks that it queued have run, even if the state is unchanged.
+    // Call it when the user chose the menu item at this position. Its action runs from the queue, if the menu item is
+    // enabled and has an action. Some trays toggle a check mark by themselves. So the fronts show the state again after
+    // the action and the blocks that it queued have run, even if the state is unchanged.
     void choose(std::size_t position);
 
   private:

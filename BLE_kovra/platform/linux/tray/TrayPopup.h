@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// Lets the window process open the menu of the item when a desktop requests it. It is used only with display servers
-// that allow programs to position their windows.
+// The item's menu, which the window process opens when a desktop requests it. This class is used only on X11, where
+// programs may position their windows.
 class TrayPopup {
   public:
     TrayPopup(MainQueue& queue, WindowProcess& window, TrayItem& item);

@@ -11,8 +11,8 @@
 
 namespace kovra {
 
-// Shows the item in a tray that embeds windows (XEmbed). The window process shows the icon there, whenever
-// XEmbedTrayChoice requires it.
+// The front for trays that embed windows (XEmbed). The window process shows the icon there whenever XEmbedTrayChoice
+// requires it.
 class XEmbedTray : public TrayFront {
   public:
     XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item);

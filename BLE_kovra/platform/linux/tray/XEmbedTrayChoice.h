@@ -8,10 +8,10 @@
 
 namespace kovra {
 
-// Decides when the icon goes into a tray that embeds windows (XEmbed): only if the desktop has such a tray and no
-// StatusNotifier host. At login and after a restart of the panel, the host has the time `grace` to appear. After that,
-// the program looks for the other kind of tray. A host that appears later takes over immediately. As long as there is a
-// host, no timer runs, and the program does not look for trays.
+// The decision on when the icon goes into a tray that embeds windows (XEmbed): only if the desktop has such a tray and
+// no StatusNotifier host. At the start, and after a host has disappeared, a host has the time `grace` to appear. After
+// that, the program looks for a tray that embeds windows. A host that appears later takes over immediately. As long as
+// there is a host, no timer runs, and the program does not look for trays.
 class XEmbedTrayChoice {
   public:
     static constexpr std::chrono::seconds grace{5};

@@ -9,8 +9,9 @@
 
 namespace kovra {
 
-// Reports whether the screen has a tray that embeds windows, that is, a program that owns the screen's tray selection.
-// Wakes up only if a new owner announces itself at the root window, or if the window of the current owner is destroyed.
+// A watch that reports whether the screen has a tray that embeds windows, that is, a program that owns the screen's
+// tray selection. After the first queries, it wakes the program only if the root window changes, a new owner announces
+// itself there, or the window of the current owner is destroyed.
 class XEmbedTrayWatch {
   public:
     // `changed` is called from the queue after each change. Assumes at first that there is no tray.
@@ -21,7 +22,7 @@ class XEmbedTrayWatch {
 
   private:
     void receive(const xcb_generic_event_t& event);
-    // Queries the owner until two replies in a row are the same.
+    // Queries the owner again and again until two replies in a row are the same.
     void queryOwner();
     void receiveOwner();
 

@@ -50,7 +50,7 @@ void ProcessAlertPresenter::abortAll() {
     show();
 }
 
-// Closes answered alerts, even while their callers still wait for an alert above to be answered.
+// Shows the unanswered alerts only. An answered alert closes even while its caller still waits for the alerts above it.
 void ProcessAlertPresenter::show() {
     ShowAlerts shown;
     for (const auto& open : stack_) {

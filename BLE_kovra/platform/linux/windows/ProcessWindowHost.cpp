@@ -105,7 +105,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
         post([this] {
             isShowScheduled_ = false;
             if (!isVisible_) return;
-            if (!process().isRunning()) shown_.acknowledged = 0;  // a new process counts from the start
+            if (!process().isRunning()) shown_.acknowledged = 0;  // a new process counts the user's changes from 1
             process().show(shown_);
         });
     }
@@ -134,7 +134,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
     }
     void receive(const WindowPlaced& placed) { shown_.place = placed.place; }
     void receive(const WindowClosed& closed) {
-        if (closed.front != shown_.front) return;  // it was brought to the front again in the meantime
+        if (closed.front != shown_.front) return;  // the window was brought to the front again in the meantime
         shown_.place = closed.place;
         hide();
     }

@@ -14,10 +14,10 @@ class Workspace;
 
 // Shows the application's window in the window process. There is one window at a time.
 //
-// This process keeps the contents of the window and sends them at most once per turn of the queue. So the window is the
-// same after a restart of the window process. If the process dies, the window counts as closed. The process reports
-// user input with the path of the control. The change is applied to the current view, and the reply contains the
-// result. This process opens the links itself, with the destination from its own view.
+// The resident program keeps the contents of the window and sends them at most once per turn of the queue. If the
+// window process dies, the window counts as closed. It shows the same contents when it is opened again. The window
+// process reports user input with the path of the control. The resident program applies the change to its current view
+// and replies with the result. It opens links itself, with the destination from its own view.
 class ProcessWindowHost : public WindowHost {
   public:
     ProcessWindowHost(MainQueue& queue, WindowProcess& process, ActivationToken& token, Workspace& workspace)

@@ -19,7 +19,7 @@ namespace kovra {
 
 namespace {
 
-// The index of the message type. A newer message replaces an unsent older one with the same index.
+// Returns the index of the message type. A newer message replaces an unsent older one with the same index.
 template <typename State>
 std::size_t kindOf() {
     return ToWindow(State()).index();
@@ -32,7 +32,7 @@ void cancel(std::unique_ptr<DelayedTask>& task) {
 
 }  // namespace
 
-// A running process, with our end of its socket.
+// A running window process, with the resident program's end of the socket.
 class WindowProcess::Running {
   public:
     using Block = MainQueue::Block;
@@ -85,7 +85,7 @@ class WindowProcess::Running {
     }
 
   private:
-    // Ignores errors: the process ends when its connection is closed, and that end is reported.
+    // Ignores errors: a window process ends when its connection is closed, and its end is reported.
     void flush() {
         if (outbox_.flush(socket_->number()) != Outbox::State::waiting)
             writing_.reset();

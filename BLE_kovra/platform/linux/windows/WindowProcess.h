@@ -15,17 +15,19 @@
 
 namespace kovra {
 
-// Controls the window process, the only process that loads a toolkit. It runs while there is something to show, and
-// always shows the newest state. It also starts for an event, and then runs until it is released. After the last
-// window, alert or event it keeps running for a while, so that the next one opens without delay.
+// The resident program's control of the window process, the only process that loads a toolkit. The window process runs
+// while there is something to show, and always shows the newest state. It also starts for an event, and then runs until
+// release() is called. After the last window, alert or event it keeps running for a while, so that the next one opens
+// without delay.
 //
-// No failure of the window process affects the resident program. Writing never blocks, and newer messages replace
-// unsent older ones. If the process dies or is not installed, nothing is shown. A process that dies is started again, a
-// few times, after increasing delays. After that it stays down until there is something new to show.
+// No failure of the window process affects the resident program. Writing never blocks, and a newer message replaces an
+// unsent older one of the same kind. If the process dies or is not installed, nothing is shown. A process that dies is
+// started again, a few times, after increasing delays. After that it stays down until an event or a new kind of state
+// is to be shown.
 class WindowProcess {
   public:
-    // The delays before each restart, and how long a process without a window is kept. A process that ran for at least
-    // `settled` starts again with the first delay.
+    // The delays before the restarts, and how long a process with nothing to show is kept. A process that ran for at
+    // least `settled` starts again with the first delay.
     struct Timing {
         std::vector<std::chrono::nanoseconds> delays{std::chrono::seconds(1), std::chrono::seconds(5),
                                                      std::chrono::seconds(25)};
@@ -33,29 +35,33 @@ class WindowProcess {
         std::chrono::nanoseconds linger = std::chrono::seconds(30);
     };
 
-    // `program` returns the absolute path; it is called at each start. If the path is empty, no process is started.
+    // `program` returns the absolute path of the program to run; it is called at each start. If the path is empty, no
+    // process is started.
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program);
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing);
     ~WindowProcess();
     WindowProcess(const WindowProcess&) = delete;
     WindowProcess& operator=(const WindowProcess&) = delete;
 
-    // Sends a state, and sends it again to every new process. A state equal to the last one is not sent.
+    // Sends a state, and sends it again to every new process. A state that is equal to the last one of its kind is not
+    // sent.
     void show(const ToWindow& state);
-    // Removes a state. If nothing else needs the process, hideTray() ends it immediately; the others end it after a
-    // while.
+    // Each of these functions removes a state. If nothing else needs the process, hideTray() ends it immediately; the
+    // other two end it after a while.
     void hideTray();
     void hideWindow();
     void closeAlerts();
 
     // Sends an event once, and starts a process for it if none is running. If that process dies, the event is lost.
     void send(const ToWindow& event);
-    // No reply to an event is expected any more. The process ends after a while, unless there is something to show.
+    // Call it when no reply to an event is expected any more. The process then ends after a while, unless there is
+    // something to show.
     void release();
 
     bool isRunning() const { return running_ != nullptr; }
 
-    // Receives the messages of the window process. Called from the queue, as are the listeners for its end.
+    // Listeners receive the messages of the window process. They are called from the queue, like the listeners for its
+    // end.
     using Messages = Listeners<const ToResident&>;
     [[nodiscard]] Messages::Token listen(Messages::Listener listener) { return messages_.add(std::move(listener)); }
     // Called when the process died or could not be started. A listener hides here what the next process must not show.
@@ -91,8 +97,8 @@ class WindowProcess {
     std::unique_ptr<DelayedTask> lingerTimer_;    // ends the process when it expires
 };
 
-// The path of the window process: in the directory of the resident program, as in a build folder, or else in libexec.
-// Empty if the session has no display, because the toolkit would only abort and print messages.
+// The path of the window process's program: in the directory of the resident program, as in a build folder, or else in
+// libexec. Empty if the session has no display, because the toolkit would only abort and print messages.
 std::string windowProgram();
 
 }  // namespace kovra

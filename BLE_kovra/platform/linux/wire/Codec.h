@@ -65,7 +65,7 @@ struct Codec<T> {
     }
 };
 
-// JSON has finite numbers only.
+// JSON has finite numbers only. A number that is not finite is written as null, which read() rejects.
 template <>
 struct Codec<double> {
     static Json write(double value) { return value; }

@@ -12,8 +12,8 @@ namespace kovra {
 std::string encode(const ToWindow& message);
 std::string encode(const ToResident& message);
 
-// Return null for any line that is not a valid message. Unknown members are ignored, because after an update of the
-// package the two programs may have different versions.
+// Both return null for any line that is not a valid message. Unknown members are ignored, because after an update of
+// the package the two programs may have different versions.
 std::optional<ToWindow> decodeToWindow(std::string_view line);
 std::optional<ToResident> decodeToResident(std::string_view line);
 

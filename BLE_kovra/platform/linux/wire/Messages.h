@@ -93,7 +93,7 @@ struct MenuClosed {
 // The user changed a toggle to a boolean or a picker to a tag. The path from the root consists of the ids of the
 // children, or of their positions where they have no id.
 struct ControlChanged {
-    std::uint64_t number = 0;  // counts the user's changes in this process from 1
+    std::uint64_t number = 0;  // counts the user's changes in the window process from 1
     std::vector<std::string> path;
     std::variant<bool, std::string> value;
     bool operator==(const ControlChanged&) const = default;
@@ -111,7 +111,7 @@ struct WindowPlaced {
     bool operator==(const WindowPlaced&) const = default;
 };
 
-// The user closed the window. `front` is the value of the last ShowWindow.
+// The user closed the window. `front` is the value of the last ShowWindow that the window process has received.
 struct WindowClosed {
     std::uint64_t front = 0;
     WindowPlace place;

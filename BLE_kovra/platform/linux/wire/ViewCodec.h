@@ -91,7 +91,7 @@ template <>
 inline constexpr auto members<Padding> = std::tuple(required("horizontal", &Padding::horizontal),
                                                     required("vertical", &Padding::vertical));
 
-// A length of a frame. It may be infinite, which a JSON number cannot express.
+// A maximum length of a frame. It may be infinite, which a JSON number cannot express.
 struct LargestLength {
     const char* name;
     std::optional<double> Frame::*place;

@@ -22,12 +22,12 @@ namespace kovra {
 // they need, and as little as possible, since each event wakes the program. Errors of unchecked requests are dropped.
 // Call flush() after making requests.
 //
-// Only open() blocks. A server that hangs, or that another program has grabbed, must not delay the mouse, the menu or
-// the exit. Therefore replies and errors are read in the callback of whenServed().
+// Only open() waits for a reply. A server that hangs, or that another program has grabbed, must not delay muting, the
+// menu or the exit. Therefore replies and errors are read in the callback of whenServed().
 class XConnection {
   public:
-    // Connects to the display that the environment names. Returns null if there is none. `lost` is called once, from
-    // the queue, when the server has disconnected; the graphical session has then ended.
+    // Connects to the display that $DISPLAY names. Returns null if the variable is not set or the connection fails.
+    // `lost` is called once, from the queue, when the server has disconnected; the graphical session has then ended.
     static std::unique_ptr<XConnection> open(SdEventLoop& loop, std::function<void()> lost = {});
 
     ~XConnection();
@@ -36,7 +36,7 @@ class XConnection {
 
     // Never null. After the server has disconnected, requests do nothing and replies are null.
     xcb_connection_t* get() const { return connection_.get(); }
-    // The root windows of all screens; that of the user's own screen comes first.
+    // The root windows of all screens. That of the screen in $DISPLAY comes first.
     const std::vector<xcb_window_t>& roots() const { return roots_; }
 
     // Sends the requests that were made so far.
