@@ -8,8 +8,8 @@ class Bundle;
 class L10n;
 class Workspace;
 
-// Shows the About box: the program's name and version. Its second button opens a message to the support address.
-// Returns when the user has closed the box.
+// Shows the About box with the program's name, its version and the support address. The second button opens a message
+// to that address. Returns when the box is closed.
 void runAboutBox(const Bundle& bundle, Application& application, AlertPresenter& alerts, Workspace& workspace,
                  const L10n& texts);
 

@@ -45,16 +45,16 @@ AppDelegate::AppDelegate(const Platform& platform, AppState& state, HelperContro
 
 AppDelegate::~AppDelegate() = default;
 
-// The order of the nine steps is part of the contract.
+// The order of the nine steps is part of what the program promises ("Start-up" in docs/architecture.md).
 void AppDelegate::applicationDidFinishLaunching() {
     // 1. No entry in the task bar.
     platform_.application.setActivationPolicy(ActivationPolicy::accessory);
 
-    // 2. The status item and its menu, with the plain icon.
+    // 2. The status item with its menu. Its icon has no slash yet.
     setupStatusItem();
 
-    // 3. The device monitor. It reports all devices through the queue after launch, even those that are already
-    // attached.
+    // 3. The device monitor. It reports every device through the queue, after this function has returned, including
+    // those that are attached already.
     monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
         const auto self = weak.lock();
         if (!self) return;
@@ -74,8 +74,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     // 8. The first decision, from the saved choices and without any device.
     evaluate();
 
-    // 9. The explanation of the driver, unless it is active. It comes last because it waits for the user; everything
-    // above keeps working meanwhile.
+    // 9. The explanation of the driver, unless the driver is active. This step comes last because it waits for the
+    // user; everything above keeps working meanwhile.
     const bool isActive = driver_.isExtensionActive();
     if (!isActive && !hasTerminated_)
         DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
@@ -93,7 +93,7 @@ void AppDelegate::applicationWillTerminate() {
     // 1. Unmute the trackpad, whatever the mode and the switch say.
     helper_.set(false);
 
-    // 2. Release the hot key.
+    // 2. Unregister the hot key.
     hotkey_.unregister();
 }
 

@@ -19,11 +19,11 @@ class SettingsWindow;
 class StatusItem;
 struct Platform;
 
-// Starts the services in order, saves each change of the state, decides whether to mute, and unmutes the trackpad at
-// the end.
+// The application's delegate. It starts the services in order, saves each change of the user's choices, decides whether
+// to mute, and unmutes the trackpad at the end.
 //
-// A change is announced before it is stored, so its handler only queues a block. The block finds the new value stored,
-// saves it and decides again.
+// A choice is announced before it is stored, so the handler of the announcement only queues a block. The block finds
+// the new value stored, saves it and decides again.
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
   public:
     static std::shared_ptr<AppDelegate> create(const Platform& platform, AppState& state, HelperController& helper,
@@ -37,24 +37,25 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void applicationDidResume() override;
     void applicationWillTerminate() override;
 
-    // Decides whether to mute, then updates the flag, `blocking` and the status item. The flag is written only if the
-    // decision has changed. Does nothing after applicationWillTerminate(), so that the flag stays "off".
+    // Decides whether to mute, then updates the flag, `blocking` and the status item. The flag is not written again if
+    // its last successful write had the same decision. Does nothing after applicationWillTerminate(), so that the flag
+    // stays "off".
     void evaluate();
 
-    // Creates the status item with its menu and the plain icon, whatever the state. Call it before refreshUI().
+    // Creates the status item with its menu. Until refreshUI() is called, the icon has no slash, whatever the decision.
     void setupStatusItem();
-    // Updates both check marks and the icon. The icon shows the decision to mute, not the switch. Aborts without a
-    // status item.
+    // Updates both check marks, the icon and its tool tip. The icon shows the decision to mute, not the switch. Aborts
+    // if setupStatusItem() was not called before.
     void refreshUI();
 
     // Menu actions.
     void toggleEnabled();
-    // Toggles launch at login, then sets the check mark from the status that the system reports. Aborts without a
-    // status item.
+    // Toggles launch at login, then sets the check mark from the status that the system reports. Aborts if
+    // setupStatusItem() was not called before.
     void toggleLaunchAtLogin();
     // Shows the settings window in front. The first call creates it.
     void openSettings();
-    // Explains the driver, even if it is active.
+    // Explains the driver and offers to activate it, even if it is active.
     void activateDriver();
     void showAbout();
     void quit();
@@ -65,19 +66,22 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
 
     using Work = std::function<void(AppState&)>;
 
-    // Queues `work` and then evaluate(). Each is skipped if the delegate has been destroyed by then.
+    // Queues a block that calls `work` and then evaluate(). Each call is skipped if the delegate has been destroyed by
+    // then.
     void enqueue(Work work);
-    // Queues `save` at each change of the property, ignoring the announced value.
+    // Calls enqueue(save) at each announcement of the property. The announced value is ignored: `save` reads the stored
+    // one.
     template <typename T>
     void saveOnChange(Published<T>& property, Work save);
 
-    // Toggles the switch and beeps, one queue turn after the press. May outlive the delegate; then it only beeps.
+    // Returns a handler that toggles the switch and beeps, one queue turn after the press. The handler may outlive the
+    // delegate; it then only beeps.
     std::function<void()> hotKeyHandler();
-    // A menu action that calls `work` while the delegate exists.
+    // Returns a menu action that calls `work` while the delegate exists, and does nothing afterwards.
     std::function<void()> action(void (AppDelegate::*work)());
     MenuItemState launchAtLoginState() const;
     void showIcon(bool muted) const;
-    // Aborts without a status item.
+    // Returns the status item. Aborts if there is none.
     StatusItem& requireStatusItem() const;
 
     const Platform& platform_;

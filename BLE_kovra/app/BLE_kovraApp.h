@@ -7,10 +7,10 @@ namespace kovra {
 class AppDelegate;
 struct Platform;
 
-// The entry point of the application. It owns the delegate. Its constructor loads the saved choices.
+// The entry point and the owner of the delegate. The constructor loads the saved choices.
 class BLE_kovraApp {
   public:
-    // Runs the application on these services until it terminates.
+    // Runs the application on the services of `platform` until it terminates.
     static void main(const Platform& platform);
 
     // The path of the flag file, for platforms on which the helper may replace the file while the program runs.

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// Returns "mailto:" and the address. Null if the address is empty or contains a character that is invalid in a URL (RFC
-// 3986).
+// Returns "mailto:" followed by the address. Returns nullopt if the address is empty or has a character that no URL may
+// contain (RFC 3986).
 std::optional<std::string> mailLink(std::string_view address);
 
 }  // namespace kovra

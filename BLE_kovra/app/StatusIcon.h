@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The icon of the status item, 18 by 18 points: a trackpad, with a slash if `active` (muted).
+// Returns the icon of the status item, 18 by 18 points: a trackpad. If `active`, which means muted, it has a slash.
 Drawing makeIcon(bool active);
 
 }  // namespace kovra

@@ -24,7 +24,7 @@ struct StatusMenuActions {
     std::function<void()> quit;
 };
 
-// The status item's menu, in the user's language.
+// Returns the status item's menu, in the language of `texts`.
 Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuItemState enabled,
                     MenuItemState launchAtLogin);
 

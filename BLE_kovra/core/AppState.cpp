@@ -11,7 +11,7 @@ namespace kovra {
 
 namespace {
 
-// The texts of an array. An element of another type makes the whole array invalid.
+// Returns the texts of an array. Returns nullopt if the value is not an array, or if any of its elements is not a text.
 std::optional<AppState::Selection> textsOf(const PreferenceValue& stored) {
     const auto* array = std::get_if<PreferenceArray>(&stored);
     if (array == nullptr) return std::nullopt;

@@ -17,14 +17,15 @@ class PreferencesStore;
 // The application's state: the devices, the user's choices and the last decision. The constructor loads the choices.
 // From then on memory is authoritative and the store is only written.
 //
-// A change is not saved by itself; a subscriber saves it. A selected mouse stays selected while it is disconnected.
+// A change is not saved by this class; a subscriber calls saveSelected() or saveMode(), or writes the switch to
+// `defaults`. A selected mouse stays selected while it is disconnected.
 class AppState {
   public:
     enum class BlockMode {
         always,    // mute whenever the switch is on
         onDevice,  // mute only while a chosen device is connected
     };
-    // Accepts exactly "always" and "onDevice".
+    // Returns nullopt for any text but "always" and "onDevice".
     static std::optional<BlockMode> modeFromRawValue(std::string_view rawValue);
     static std::string_view rawValue(BlockMode mode);
 

@@ -8,11 +8,11 @@ namespace kovra {
 class FileSystem;
 class SystemLog;
 
-// Writes the flag file, from which the privileged helper learns whether to mute. The whole file is "on" or "off",
-// without a line feed.
+// The writer of the flag file, from which the privileged helper learns whether to mute. The whole file is "on" or
+// "off", without a line feed.
 //
-// The file is written only if the text differs from the last one that this process wrote successfully. The first call
-// always writes. A failure is logged in one line, and the next call tries again.
+// set() writes only if the text differs from the last one that this process wrote successfully. So the first call
+// always writes. A failure is logged in one line, and the next call with the same value tries again.
 class HelperController {
   public:
     static constexpr const char* stateFile = "/Library/Application Support/ble-kovra/state";

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Whether to mute the built-in trackpad. Calls `anySelectedConnected` only in mode onDevice with the switch on.
+// Returns whether to mute the built-in trackpad. Calls `anySelectedConnected` only in mode onDevice with the switch on.
 bool decideMuting(AppState::BlockMode mode, bool isEnabled, const std::function<bool()>& anySelectedConnected);
 
 }  // namespace kovra

@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// Keeps a subscription alive. Its destructor ends the subscription, even during an announcement. May outlive the
+// The owner of one subscription. Its destructor ends the subscription, even during an announcement. It may outlive the
 // property.
 class [[nodiscard]] Subscription {
   public:
@@ -25,9 +25,9 @@ enum class CurrentValue { deliver, drop };
 // A property that announces each change before it takes effect.
 //
 // set() passes the new value to each subscriber in the order of subscription, and then stores it. During the
-// announcement get() still returns the old value. A subscriber that needs the new one queues a block. set() announces
-// an equal value too. A nested set() announces and stores its value at once; the outer value is stored after it. A
-// subscriber added during an announcement is notified from the next one on.
+// announcement get() still returns the old value. A subscriber that needs the new value queues a block, which reads it
+// later. set() announces a value even if it equals the old one. A nested set() announces and stores its value at once;
+// the outer value is stored after it. A subscriber added during an announcement is notified from the next one on.
 template <typename T>
 class Published {
   public:
@@ -61,8 +61,8 @@ class Published {
         std::erase_if(subscribers_, [](const std::weak_ptr<Subscriber>& gone) { return gone.expired(); });
         subscribers_.push_back(subscriber);
         if (current == CurrentValue::deliver) subscriber->handler(value_);
-        // A handler may end its own subscription while it runs. It stays alive until it returns and is not called
-        // again.
+        // The token owns the subscriber. set() holds the subscriber during a call. So a handler may end its own
+        // subscription: the call completes, and the handler is not called again.
         return Subscription(std::shared_ptr<void>(nullptr, [subscriber](void*) { subscriber->listens = false; }));
     }
 

@@ -6,10 +6,10 @@
 
 namespace kovra {
 
-// A device in the published list. Two records are equal if all three fields are.
+// A device in the list that HIDMonitor publishes.
 struct HIDDeviceInfo {
     std::string id;    // the identity key, as saved in the selection
-    std::string name;  // as the device reports it
+    std::string name;  // see displayName()
     bool connected;    // an interface is attached, or the grace period is running
 
     bool operator==(const HIDDeviceInfo&) const = default;

@@ -23,11 +23,11 @@ class L10n;
 class Locale;
 class MainQueue;
 
-// Watches all HID devices and publishes them as a list with one entry per identity key.
+// A monitor of all HID devices. It publishes them as a list with one entry per identity key.
 //
-// The interfaces of a device share one key and count as one device. So do two identical mice, deliberately. When its
-// last interface is removed, a device still counts as connected for `disconnectGrace`. A wireless mouse that drops out
-// briefly must not unmute the trackpad. A device stays in the list until the process ends.
+// The interfaces of a device have the same key and count as one device. So do two identical mice, deliberately. When
+// its last interface is removed, a device still counts as connected for `disconnectGrace`. So a wireless mouse that
+// drops out briefly does not unmute the trackpad. A device stays in the list until the process ends.
 class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
   public:
     // The time from the removal of the last interface until the device is published as disconnected.
@@ -38,14 +38,15 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
                                               const L10n& texts);
     ~HIDMonitor();
 
-    // Receives the whole list: connected devices first, then by name. Called synchronously from the event that changed
-    // the list.
+    // Receives the whole list: connected devices first, then by name. It is called inside the event or the timer that
+    // may have changed the list, even if the list is the same.
     std::function<void(std::vector<HIDDeviceInfo>)> onDevicesChanged;
 
-    // Starts watching. Publishes nothing itself. Call it once, after onDevicesChanged has been set.
+    // Starts watching. The first list is published later, from the event loop. Call start() once, after
+    // onDevicesChanged has been set.
     void start();
 
-    // Whether an interface of the device is attached or its grace period is running.
+    // Returns whether an interface of the device with this identity key is attached or its grace period is running.
     bool isConnected(const std::string& key) const;
 
   private:
@@ -55,7 +56,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
         std::string key;
         std::size_t number;  // in the order of first attachment
         std::string name = {};
-        std::string sortKey = {};              // key of the name; cached, as it costs more than many comparisons
+        std::string sortKey = {};              // of the name; cached, as it costs more than many comparisons
         std::set<std::uint64_t> present = {};  // the attached interfaces
         std::unique_ptr<DelayedTask> pendingDisconnect = {};  // set while the grace period is running
 
@@ -79,7 +80,7 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
     std::vector<const Device*> order_;  // as published: connected devices first, then by name
     std::unordered_map<std::string, Device*> byKey_;
     std::unordered_map<std::uint64_t, Device*> byInterface_;  // attached interfaces
-    std::unique_ptr<HIDManager> manager_;  // declared last, so destroyed first: it calls into the members above
+    std::unique_ptr<HIDManager> manager_;  // declared last, so destroyed first: its callbacks use the members above
 };
 
 }  // namespace kovra

@@ -9,7 +9,8 @@ namespace kovra {
 
 namespace {
 
-// A key's texts in the order of the languages: en, ru, uk, fr, de, es.
+// Returns a key's texts by language. The texts are given in the order of L10n::allLanguages; any other number of texts
+// aborts.
 L10n::Table texts(std::initializer_list<std::string> inOrder) {
     if (inOrder.size() != L10n::allLanguages.size()) std::abort();
     L10n::Table table;
@@ -19,7 +20,8 @@ L10n::Table texts(std::initializer_list<std::string> inOrder) {
     return table;
 }
 
-// A duplicate key is a mistake in this file and aborts at the first lookup.
+// Returns the entries by key. A duplicate key is a mistake in this file and aborts at the first call of
+// L10n::strings().
 L10n::Catalogue catalogue(std::initializer_list<std::pair<const char*, L10n::Table>> entries) {
     L10n::Catalogue result;
     result.reserve(entries.size());
@@ -31,7 +33,7 @@ L10n::Catalogue catalogue(std::initializer_list<std::pair<const char*, L10n::Tab
 
 }  // namespace
 
-// One line per text, however long, so that translators can read down the table.
+// Each text has a line of its own, however long, so that translators can read down the table.
 // clang-format off
 const L10n::Catalogue& L10n::strings() {
     static const std::string address = supportAddress;

@@ -14,8 +14,8 @@ struct Range {
     char32_t first, last;
 };
 
-// Code points that do not start a grapheme cluster (UAX #29, Unicode 15): the classes Extend, SpacingMark and ZWJ.
-// Ranges include unassigned code points.
+// Code points that do not start a grapheme cluster (UAX #29, Unicode 15): the classes Extend, SpacingMark and ZWJ. Some
+// ranges include unassigned code points.
 // clang-format off
 constexpr auto combining = std::to_array<Range>({
     {0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x05BF, 0x05BF}, {0x05C1, 0x05C2}, {0x05C4, 0x05C5},

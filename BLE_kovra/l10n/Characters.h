@@ -6,11 +6,12 @@
 
 namespace kovra {
 
-// The first `count` user-perceived characters of a UTF-8 text. A base letter and its combining marks count as one. A
-// shorter text is returned whole.
+// Returns the first `count` user-perceived characters of a UTF-8 text. A base letter and its combining marks count as
+// one. A shorter text is returned whole.
 std::string firstCharacters(std::string_view text, std::size_t count);
 
-// The text with A to Z and the Kelvin sign (K) in lower case, which is all that language codes need.
+// Returns the text with A to Z and the Kelvin sign (U+212A) in lower case. No other character has a lower case that a
+// language code may contain.
 std::string lowerCase(std::string_view text);
 
 }  // namespace kovra

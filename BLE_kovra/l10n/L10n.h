@@ -9,11 +9,11 @@
 
 namespace kovra {
 
-// Looks up the texts that the user sees, in one language that the constructor chooses.
+// The texts that the user sees, in one language. The constructor chooses the language.
 //
-// Only the first preferred language counts, without its region and script. If it is not one of the six languages, the
-// texts are English, whatever comes second. A text that is missing in the chosen language is returned in English. For a
-// key that is not in the catalogue, the key itself is returned.
+// Only the first preferred language counts, and only its first two characters, in upper or lower case. If they name
+// none of the six languages, the texts are English, whatever language comes second. If a text is missing in the chosen
+// language, text() returns it in English. If the catalogue does not have the key, text() returns the key itself.
 class L10n {
   public:
     enum class Lang { en, ru, uk, fr, de, es };
@@ -22,11 +22,11 @@ class L10n {
     using Table = std::unordered_map<Lang, std::string>;
     using Catalogue = std::unordered_map<std::string, Table>;
 
-    // Accepts exactly "en", "ru", "uk", "fr", "de" and "es", in lower case.
+    // Returns nullopt for any text but "en", "ru", "uk", "fr", "de" and "es", in lower case.
     static std::optional<Lang> langFromRawValue(std::string_view rawValue);
     static std::string_view rawValue(Lang lang);
 
-    // The texts of the program.
+    // Returns the program's own catalogue.
     static const Catalogue& strings();
 
     // The catalogue is not copied and must outlive this object.

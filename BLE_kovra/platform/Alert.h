@@ -24,8 +24,8 @@ class AlertPresenter {
     virtual ~AlertPresenter() = default;
 
     // Shows the alert in front of all windows, with the application's icon, and returns the user's answer. Blocks only
-    // the caller; the main queue keeps running. A nested alert stacks above this one. When the application terminates,
-    // open alerts are aborted and no new one opens.
+    // the caller; the main queue keeps running. An alert that is shown meanwhile stacks above this one. When the
+    // application terminates, open alerts are aborted and no new one opens.
     virtual AlertResponse runModal(const Alert& alert) = 0;
 };
 

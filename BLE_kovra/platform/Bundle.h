@@ -14,7 +14,7 @@ using InfoValue = std::variant<std::string, double, bool>;
 class Bundle {
   public:
     virtual ~Bundle() = default;
-    // Null if there is no dictionary or no such key.
+    // Returns nullopt if there is no dictionary, no such key, or a value of another type than those of InfoValue.
     virtual std::optional<InfoValue> infoDictionaryValue(std::string_view key) const = 0;
 };
 

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Lengths are in points. The origin is at the bottom left, and y grows upwards.
+// A point of a drawing. Lengths are in points. The origin is at the bottom left, and y grows upwards.
 struct Point {
     double x = 0;
     double y = 0;
@@ -32,7 +32,7 @@ struct Segment {
     bool operator==(const Segment&) const = default;
 };
 
-// A line of this width, centered on the shape. A segment has butt caps.
+// A line of width `lineWidth`, centered on the edge of a rectangle or on a segment. A segment has butt caps.
 struct Stroke {
     std::variant<RoundedRectangle, Segment> shape;
     double lineWidth = 1;

@@ -12,10 +12,11 @@ class FileSystem {
     virtual ~FileSystem() = default;
 
     // Replaces the content of the file at the absolute path in place: no temporary file, no rename. Creates a missing
-    // file but not its folder. Writes only to a regular file. Fails if another file replaced it meanwhile.
+    // file but not its folder. Fails for anything but a regular file, and if another file has replaced the written one
+    // meanwhile.
     virtual Outcome writeWholeFile(const std::string& path, std::string_view text) = 0;
 
-    // Whether the absolute path exists. Follows links.
+    // Returns whether the absolute path exists. Follows links.
     virtual bool fileExists(const std::string& path) const = 0;
 };
 

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A key, identified by its position on the keyboard rather than by its letter, with exactly these modifiers. Lock keys
-// are ignored.
+// A key, identified by its position on the keyboard rather than by its letter, with exactly the given modifiers. Lock
+// keys are ignored.
 struct HotKey {
     static constexpr std::uint32_t ansiT = 0x11;  // a macOS virtual key code, for an ANSI keyboard
     static constexpr std::uint32_t controlKey = 0x1000;
@@ -15,17 +15,17 @@ struct HotKey {
 
     std::uint32_t keyCode = 0;
     std::uint32_t modifiers = 0;
-    // Identifies this program's hot keys: four characters, big-endian, and a number.
+    // Together these identify the hot key. `signature` consists of four characters, big-endian.
     std::uint32_t signature = 0;
     std::uint32_t number = 0;
 
     bool operator==(const HotKey&) const = default;
 };
 
-// Registers hot keys that work whichever window has the keyboard focus.
+// The registration of hot keys that work whichever window has the keyboard focus.
 class HotKeyService {
   public:
-    // Returns 0 if it has handled the press. The press is then not passed on.
+    // Returns 0 if it has handled the press, which is then not passed on to other programs.
     using Handler = std::function<int()>;
 
     // A granted request. Its destructor revokes the request.
@@ -36,11 +36,11 @@ class HotKeyService {
 
     virtual ~HotKeyService() = default;
 
-    // The handler runs on the main thread, once per press of a registered hot key, however long the key is held. Null
-    // on failure.
+    // The handler runs on the main thread, once per press of a registered hot key, however long the key is held.
+    // Returns null on failure.
     virtual std::unique_ptr<Reference> installHandler(Handler handler) = 0;
-    // Registers the hot key. From now on presses reach only the handlers. Null on failure. If the desktop replies late,
-    // a refusal may go unnoticed.
+    // Registers the hot key. From then on its presses reach only the handlers. Returns null on failure. If the desktop
+    // replies late, it may refuse after this function has returned; the hot key then does not work.
     virtual std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) = 0;
 };
 

@@ -16,7 +16,8 @@ class Locale {
 
     // The collation key of a name. It is costly to make and cheap to compare.
     virtual std::string sortKey(std::string_view name) const = 0;
-    // Whether the first name sorts before the second in the user's order, ignoring case.
+    // Compares two names by their collation keys. Returns whether the first sorts before the second in the user's
+    // order, ignoring case.
     virtual bool isAscending(const std::string& firstKey, const std::string& secondKey) const = 0;
 };
 

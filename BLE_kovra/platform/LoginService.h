@@ -13,7 +13,7 @@ class LoginService {
     // Reads the status from the system at each call.
     virtual LoginStatus status() const = 0;
 
-    // After either of these calls, read the status again to see the result.
+    // After registerApplication() or unregisterApplication(), read the status again to see the result.
     virtual Outcome registerApplication() = 0;
     virtual Outcome unregisterApplication() = 0;
 };

@@ -24,7 +24,7 @@ class MainQueue {
 
     virtual ~MainQueue() = default;
     virtual void async(Block block) = 0;
-    // Runs the block no earlier than `delay` from now. The clock stops while the machine sleeps.
+    // Runs the block no earlier than `delay` from now. Time during which the machine sleeps does not count.
     virtual std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) = 0;
 };
 

@@ -24,7 +24,7 @@ struct MenuItem {
 
     std::string title;  // shown literally, without mnemonics
     std::optional<MenuAction> action;
-    std::string keyEquivalent;           // one character, with the desktop's command key (Ctrl); empty for none
+    std::string keyEquivalent;           // one character, pressed with Ctrl (Command on macOS); empty for none
     int tag = 0;                         // identifies the item; 0 for none
     std::optional<MenuItemState> state;  // set for an item with a check mark
     bool isEnabled = true;
@@ -33,7 +33,7 @@ struct MenuItem {
 
 // The items from top to bottom.
 struct Menu {
-    // The first item with this tag, or null.
+    // Returns the first item with this tag, or null.
     MenuItem* itemWithTag(int tag) {
         for (MenuItem& item : items) {
             if (item.tag == tag) return &item;

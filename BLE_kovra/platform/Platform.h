@@ -19,7 +19,7 @@ class WindowHost;
 class Workspace;
 
 // All services of the operating system. Only the entry point, the delegate and the shared() accessors see the whole
-// struct. Every other class takes the two or three services that it needs.
+// struct. Every other class takes only the services that it needs.
 struct Platform {
     Application& application;
     MainQueue& mainQueue;
@@ -37,8 +37,8 @@ struct Platform {
     Workspace& workspace;
     Bundle& bundle;
 
-    // The services of this process, which must outlive their users. current() aborts unless install() was called
-    // before.
+    // Set and return the services of this process. install() keeps a reference, so `platform` and its services must
+    // outlive their users. current() aborts unless install() was called before.
     static void install(const Platform& platform);
     static void install(Platform&&) = delete;
     static const Platform& current();

@@ -10,7 +10,7 @@ namespace kovra {
 
 struct PreferenceValue;
 using PreferenceArray = std::vector<PreferenceValue>;
-// A stored value of any other type.
+// A stored value of a type that the other alternatives of PreferenceValue do not cover.
 struct OtherPreference {
     bool operator==(const OtherPreference&) const = default;
 };
@@ -20,16 +20,16 @@ struct PreferenceValue : std::variant<bool, double, std::string, PreferenceArray
     using variant::variant;
 };
 
-// The per-user key-value store. Writing reports no errors; a value that could not be written goes out with the next
-// save.
+// The per-user key-value store. Writing reports no errors. A value that could not be written is written together with
+// the next one.
 class PreferencesStore {
   public:
     virtual ~PreferencesStore() = default;
 
-    // The stored value. Absent if nothing is stored under the key.
+    // Returns the stored value, or nullopt if nothing is stored under the key.
     virtual std::optional<PreferenceValue> object(std::string_view key) const = 0;
-    // The stored value as a boolean. A number is true unless it is 0. A text is true if it begins with Y, y, T, t or a
-    // digit 1 to 9. White space, a sign and zeros may precede that. Anything else is false.
+    // Returns the stored value as a boolean. A number is true unless it is 0. A text is true if it begins with Y, y, T,
+    // t or a digit 1 to 9. White space, a sign and zeros may precede that character. Anything else is false.
     bool boolean(std::string_view key) const;
     // Replaces the value of this key alone. In a text that is not valid UTF-8, U+FFFD may replace the invalid bytes.
     virtual void set(std::string_view key, const PreferenceValue& value) = 0;

@@ -16,18 +16,18 @@ struct Command {
     bool operator==(const Command&) const = default;
 };
 
-// Starts other programs, until the application terminates.
+// A service that starts other programs, until the application terminates.
 class ProcessRunner {
   public:
-    // 256 MiB, far above any real output. Keeps a program that writes without end from using up the memory.
+    // 256 MiB, far above any real output. The limit keeps a program that writes without end from using up the memory.
     static constexpr std::size_t longestOutput = std::size_t{256} << 20;
 
     virtual ~ProcessRunner() = default;
 
     // Runs the program to its end and returns its output, whatever its exit status. Standard output and standard error
-    // share one pipe. Null if the program cannot be started, if the application terminates first, or if the output
-    // exceeds the limit. A program that still runs is then terminated. Blocks only the caller; the main queue keeps
-    // running.
+    // share one pipe. Returns nullopt if the program cannot be started, if the application terminates first, or if the
+    // output exceeds the limit. In the last two cases the program is terminated. Blocks only the caller; the main queue
+    // keeps running.
     virtual std::optional<std::string> output(const Command& command) = 0;
 
     // Starts the program with this process's standard streams and does not wait for it.

@@ -14,23 +14,23 @@ class StatusBarButton {
     virtual ~StatusBarButton() = default;
     virtual void setImage(const Drawing& image) = 0;
     virtual bool hasImage() const = 0;
-    // A template image is drawn in the bar's own color; its black is only a mask. setImage() resets this.
+    // A template image is drawn in the bar's own color; its black is only a mask. setImage() resets this property.
     virtual void setImageIsTemplate(bool isTemplate) = 0;
     // The description of the image, for the tool tip and for screen readers.
     virtual void setToolTip(const std::string& text) = 0;
 };
 
 // The program's item in the desktop's bar. It shows the last image, tool tip and menu whenever there is a bar; a
-// missing bar is not an error. Values that are already shown are not sent again.
+// missing bar is not an error. A bar in another process receives only what has changed.
 class StatusItem {
   public:
     virtual ~StatusItem() = default;
 
-    // Null if the item has no button.
+    // Returns null if the item has no button.
     virtual StatusBarButton* button() = 0;
 
-    // A click on the item opens the menu. Choosing an enabled item performs its action from the event loop. The check
-    // marks are then sent again, since some bars toggle them by themselves.
+    // A click on the item opens the menu. Choosing an enabled item performs its action from the event loop. Afterwards
+    // the bar shows the check marks as they were set, although some bars toggle them by themselves.
     virtual void setMenu(Menu menu) = 0;
     // Sets the check mark of a menu item. Does nothing without a menu or an item with this tag.
     virtual void setState(int tag, MenuItemState state) = 0;

@@ -14,8 +14,8 @@ struct Utf8Character {
 };
 
 // Decodes the first character of a non-empty text. Overlong forms, surrogates, code points past U+10FFFF and truncated
-// sequences are invalid. The length of such a sequence is that of the longest prefix of a character, but at least one
-// byte. One U+FFFD replaces it.
+// sequences are invalid. The length of an invalid sequence is that of its longest part that begins a valid character,
+// but at least one byte. One U+FFFD stands for the sequence.
 constexpr Utf8Character decodeUtf8(std::string_view text) {
     constexpr char32_t replacement = 0xFFFD;
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
@@ -47,7 +47,7 @@ constexpr bool isUtf8(std::string_view text) {
     return true;
 }
 
-// The text with each invalid piece replaced by U+FFFD.
+// Returns the text with each invalid sequence replaced by U+FFFD.
 inline std::string validUtf8(std::string_view text) {
     std::string result;
     result.reserve(text.size());

@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// The content of a window as a value: a tree of controls and their arrangement, from top to bottom. A front end renders
-// it with the desktop's own controls. Lengths are in points. Texts are plain, without markup and mnemonics.
+// The content of a window as a value: a tree of texts, controls and stacks that arrange them. A front end renders it
+// with the desktop's own controls. Lengths are in points. Texts are plain, without markup and mnemonics.
 struct View;
 
 enum class Alignment { leading, center };
@@ -31,7 +31,7 @@ struct Circle {
     bool operator==(const Circle&) const = default;
 };
 
-// A check box; its only child is the label. `set` receives the state that the user chose.
+// A check box. Its only child is the label. `set` receives the state that the user chose.
 struct Toggle {
     bool isOn = false;
     std::function<void(bool isOn)> set;
@@ -62,12 +62,12 @@ struct Divider {
     bool operator==(const Divider&) const = default;
 };
 
-// Takes the remaining space of its stack.
+// An empty view that takes the remaining space of its stack.
 struct Spacer {
     bool operator==(const Spacer&) const = default;
 };
 
-// Arranges its children in a row or a column. Without a spacing, the desktop's default applies.
+// A row or a column of its children. Without a spacing, the desktop's default applies.
 struct Stack {
     enum class Axis { horizontal, vertical };
     Axis axis = Axis::vertical;
@@ -76,12 +76,12 @@ struct Stack {
     bool operator==(const Stack&) const = default;
 };
 
-// Scrolls its only child vertically. The scroll view is never taller than the child.
+// A view that scrolls its only child vertically. It is never taller than the child.
 struct ScrollView {
     bool operator==(const ScrollView&) const = default;
 };
 
-// Modifiers apply to a view and its descendants.
+// The modifiers of a view. FontModifier and ForegroundColor also apply to its descendants.
 struct FontModifier {
     Font font = Font::standard;
     bool bold = false;
@@ -96,7 +96,7 @@ struct Padding {
     double vertical = 0;    // at the top, and at the bottom
     bool operator==(const Padding&) const = default;
 };
-// If a size is not set, the size of the content applies.
+// A width or height that is not set is that of the content.
 struct Frame {
     static constexpr double unbounded = std::numeric_limits<double>::infinity();
     std::optional<double> width = std::nullopt;
@@ -106,7 +106,8 @@ struct Frame {
     Alignment alignment = Alignment::center;
     bool operator==(const Frame&) const = default;
 };
-// Gives a text its full size. With `vertical` alone the text wraps at its width and is never truncated.
+// Gives a text its full size in the chosen directions. With `vertical` alone the text wraps at its width and is never
+// truncated.
 struct FixedSize {
     bool horizontal = false;
     bool vertical = false;
@@ -150,7 +151,7 @@ struct TextRole {
     Color color = Color::primary;
     bool operator==(const TextRole&) const = default;
 
-    // The style inside these modifiers.
+    // Returns the style inside these modifiers.
     TextRole inside(const std::vector<Modifier>& modifiers) const {
         const FontModifier* innermostFont = nullptr;
         const ForegroundColor* innermostColor = nullptr;

@@ -16,8 +16,8 @@ namespace kovra {
 template <typename Element>
 class ViewChildren {
   public:
-    // make(view, position) returns a new element; keep(element, view, position) updates a reused one. Returns the
-    // elements that no view uses any more.
+    // Shows these views instead of the previous ones. make(view, position) returns a new element; keep(element, view,
+    // position) updates a reused one. Returns the elements that no view uses any more.
     template <typename Make, typename Keep>
     std::vector<std::unique_ptr<Element>> show(const std::vector<View>& views, Make make, Keep keep) {
         std::unordered_map<std::string, std::unique_ptr<Element>> before;
@@ -46,7 +46,7 @@ class ViewChildren {
     Element* first() const { return elements_.empty() ? nullptr : elements_.front().get(); }
 
   private:
-    // The prefixes keep ids and positions apart.
+    // Returns the key of a view. The prefixes keep ids and positions apart.
     static std::string key(const View& view, std::size_t position) {
         return view.id.empty() ? "#" + std::to_string(position) : "=" + view.id;
     }

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// The parts of a window's frame. A window that is not resizable has the size of its content.
+// The parts of a window's frame. None of them lets the user resize the window.
 struct WindowStyle {
     static constexpr unsigned titled = 1;
     static constexpr unsigned closable = 2;
@@ -23,7 +23,7 @@ class Window {
     virtual void setTitle(const std::string& title) = 0;
     // A combination of the flags in WindowStyle.
     virtual void setStyleMask(unsigned mask) = 0;
-    // In points, without the frame.
+    // Sets the size in points, without the frame.
     virtual void setContentSize(Size size) = 0;
     // If false, closing the window only hides it.
     virtual void setReleasedWhenClosed(bool isReleased) = 0;
@@ -32,7 +32,7 @@ class Window {
 
     // Shows the window in front of all others, with the keyboard focus.
     virtual void makeKeyAndOrderFront() = 0;
-    // True from makeKeyAndOrderFront() until the user closes the window. A minimized window is visible.
+    // Returns true from makeKeyAndOrderFront() until the user closes the window. A minimized window is visible.
     virtual bool isVisible() const = 0;
 
     // Replaces the content. Only the differences are applied, so that focus, scroll position and a click in progress

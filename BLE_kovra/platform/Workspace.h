@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// Opens URLs with the desktop's other programs.
+// A service that opens URLs with other programs.
 class Workspace {
   public:
     virtual ~Workspace() = default;

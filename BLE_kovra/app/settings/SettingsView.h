@@ -10,13 +10,14 @@ struct HIDDeviceInfo;
 
 // The content of the settings window. Each control writes to the state at once; there is no Apply button.
 //
-// A row edits its device by id, even if the list has been reordered since.
+// The check box of a device refers to the device by its id. So it changes the right one even if the list has been
+// reordered since.
 class SettingsView {
   public:
     // `state` and `texts` must outlive this object and the views that it returns.
     SettingsView(AppState& state, const L10n& texts) : state_(state), texts_(texts) {}
 
-    // The content for the current state.
+    // Returns the content for the current state.
     View body() const;
 
   private:

@@ -9,7 +9,7 @@ namespace kovra {
 SettingsWindow::SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& state, const L10n& texts)
     : queue_(queue), view_(state, texts), window_(windows.makeWindow(view_.body())) {
     window_->setTitle("BLE-kovra");
-    // Deliberately not resizable.
+    // The user cannot resize the window, since the width of its content is fixed.
     window_->setStyleMask(WindowStyle::titled | WindowStyle::closable | WindowStyle::miniaturizable);
     window_->setContentSize({440, 480});
     window_->setReleasedWhenClosed(false);

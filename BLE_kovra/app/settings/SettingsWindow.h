@@ -15,7 +15,7 @@ class WindowHost;
 // The settings window. Closing it only hides it.
 //
 // While it is visible, a change of the state rebuilds its content one queue turn later. Several changes in one turn
-// cause one rebuild. A hidden window is rebuilt when it is shown.
+// cause one rebuild. The content of a hidden window is rebuilt when the window is shown.
 class SettingsWindow {
   public:
     // Does not show the window yet. The references must outlive this object.
