@@ -11,24 +11,24 @@
 
 namespace kovra {
 
-// A child process.
+// A child process that this object starts, ends and reaps.
 class ChildProcess {
   public:
-    // Returns null, with errno set, on failure.
+    // Starts the program. Returns null, with errno set, on failure.
     static std::unique_ptr<ChildProcess> start(Spawn& how, const std::string& executable,
                                                const std::vector<std::string>& arguments);
 
-    // Sends SIGTERM unless the process was released. Does not wait.
+    // Sends SIGTERM unless the process was released or reaped. Does not wait.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // Readable once the process has ended.
+    // Returns a descriptor that is readable once the process has ended.
     int descriptor() const { return end_.number(); }
     // Waits for the process, so that no zombie is left.
     void reap();
     void terminate() const;
-    // After this call, the destructor does not end the process.
+    // Lets the process outlive this object.
     void release() { isReleased_ = true; }
 
   private:

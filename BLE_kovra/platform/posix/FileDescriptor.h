@@ -7,7 +7,8 @@
 
 namespace kovra {
 
-// Owns a file descriptor and closes it. May hold the -1 of a failed open(2) or socket(2).
+// The owner of a file descriptor. Its destructor closes the descriptor. The number may be the -1 of a failed open(2) or
+// socket(2).
 class FileDescriptor {
   public:
     explicit FileDescriptor(int number) : number_(number) {}

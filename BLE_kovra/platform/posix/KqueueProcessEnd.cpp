@@ -23,7 +23,7 @@ int openProcessEnd(pid_t process) {
     const int queue = ::kqueue();
     if (queue < 0) return -1;
     int error = add(queue, static_cast<uintptr_t>(process), EVFILT_PROC, NOTE_EXIT);
-    // kqueue(2) does not accept a process that is already ending, so trigger an event ourselves.
+    // kevent(2) refuses a process that is already ending, so trigger an event ourselves.
     if (error == ESRCH) error = add(queue, 0, EVFILT_USER, NOTE_TRIGGER);
     if (error == 0) return queue;
     ::close(queue);

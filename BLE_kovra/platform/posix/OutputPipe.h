@@ -15,14 +15,14 @@ class OutputPipe {
     // Returns null, with errno set, on failure.
     static std::unique_ptr<OutputPipe> open();
 
-    // Call it before the program is started.
+    // Connects the program's standard output and standard error to the pipe. Call it before the program is started.
     void giveTo(Spawn& program) const;
-    // Call it after the program has been started. The pipe then ends when no process has it open for writing.
+    // Call it after the program has been started. The pipe then ends when no other process has it open for writing.
     void closeWritingEnd() { static_cast<void>(writing_.close()); }
 
-    // Readable when there is data, and at the end.
+    // Returns a descriptor that is readable when there is data, and at the end.
     int descriptor() const { return reading_.number(); }
-    // Appends available data without blocking. False at the end.
+    // Appends available data to `text` without blocking. Returns false at the end and on an error.
     bool read(std::string& text) const;
 
   private:

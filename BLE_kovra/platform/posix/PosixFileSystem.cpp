@@ -13,7 +13,7 @@ namespace kovra {
 
 namespace {
 
-// Returns 0 or the error number. A short write is continued, since only the next call reports the reason.
+// Returns 0 or the error number. Continues after a short write, since only the next call reports the reason.
 int writeAtStart(int file, std::string_view text) {
     std::size_t done = 0;
     while (done < text.size()) {
@@ -27,8 +27,8 @@ int writeAtStart(int file, std::string_view text) {
 
 int cutTo(int file, std::size_t size) { return ::ftruncate(file, static_cast<off_t>(size)) == 0 ? 0 : errno; }
 
-// Truncates a longer file before the write, and a shorter one after it. So neither step leaves an empty file or a wrong
-// "on". Between "off" and "on" a reader may see the fragment "of".
+// Sets the size before the write, but after it if the file was shorter than the text. So neither step leaves an empty
+// file or a wrong "on". Between "off" and "on" a reader may see the fragment "of".
 int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     const bool growing = sizeBefore < static_cast<off_t>(text.size());
     if (growing) {
@@ -39,7 +39,7 @@ int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     return writeAtStart(file, text);
 }
 
-// Whether the path still refers to the open file.
+// Returns whether the path still refers to the open file.
 bool isInPlace(int file, const std::string& path) {
     struct stat written {};
     struct stat inPlace {};
@@ -66,7 +66,8 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
     if (!S_ISREG(before.st_mode)) return refusal(EINVAL);
 
     int error = replaceContent(file.number(), before.st_size, text);
-    // On a full copy-on-write disk even an overwrite fails. An empty file is better than the old text.
+    // On a full copy-on-write disk even an overwrite fails. Empty the file then: its readers take that for "off", while
+    // the old text may be "on".
     if (error != 0) static_cast<void>(cutTo(file.number(), 0));
     // If another file has replaced this one meanwhile, no reader sees the text.
     if (error == 0 && !isInPlace(file.number(), path)) error = ESTALE;

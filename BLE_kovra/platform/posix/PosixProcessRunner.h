@@ -5,10 +5,10 @@
 
 namespace kovra {
 
-// Runs other programs and waits for them by running the event loop.
+// A runner of other programs. While output() waits for a program, it runs the event loop.
 //
-// If the application terminates first, a program run for its output is sent SIGTERM. A program started by start() has
-// its own session and survives the application.
+// If the application terminates first, output() sends SIGTERM to the program. A program started by start() has its own
+// session and survives the application.
 class PosixProcessRunner : public ProcessRunner {
   public:
     explicit PosixProcessRunner(DescriptorLoop& loop, std::size_t longest = longestOutput)

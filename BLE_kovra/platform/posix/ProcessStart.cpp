@@ -17,10 +17,11 @@ void ignoreFatalSignals() {
     std::signal(SIGTTOU, SIG_IGN);
 }
 
-// An inherited SIG_IGN for SIGCHLD would discard the exit status of child processes.
+// Resets SIGCHLD. An inherited SIG_IGN would discard the exit status of child processes.
 void restoreChildSignal() { std::signal(SIGCHLD, SIG_DFL); }
 
-// If a standard descriptor were closed, the next opened file would get its number and receive our log lines.
+// Opens /dev/null as each closed standard descriptor. Otherwise the next file to be opened would get its number and
+// receive our log lines.
 void openStandardDescriptors() {
     int number;
     do {

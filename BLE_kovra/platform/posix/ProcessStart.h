@@ -3,10 +3,11 @@
 namespace kovra {
 
 // Repairs inherited signal dispositions and closed standard descriptors, which could later end, stop or mislead the
-// process. Call it first.
+// process. Call this function first in main().
 void prepareProcess();
 
-// Whether the program was started with SIGHUP ignored, as nohup does. It must then survive its terminal.
+// Returns whether the program was started with SIGHUP ignored, as nohup does; it must then survive its terminal. Call
+// this function before SIGHUP gets a handler.
 bool startedIgnoringHangUp();
 
 }  // namespace kovra

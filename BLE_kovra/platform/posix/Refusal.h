@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// A failure with the system's message for this error number.
+// Returns a failure with the system's message for this error number.
 inline Outcome refusal(int error) { return Outcome::failure(std::strerror(error)); }
 
 }  // namespace kovra

@@ -10,12 +10,12 @@
 
 namespace kovra {
 
-// Starts programs that survive this process, and reaps those that end while it runs.
+// Started programs that survive this process. Those that end while this process runs are reaped.
 class ReleasedPrograms {
   public:
     explicit ReleasedPrograms(DescriptorLoop& loop) : loop_(loop) {}
 
-    // Returns 0 or the system's error; ECANCELED once the loop is stopped.
+    // Returns 0 or the error number: ECANCELED once the loop is stopped, otherwise the system's.
     int start(Spawn& how, const std::string& executable, const std::vector<std::string>& arguments);
 
   private:

@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// Starts a program with an empty signal mask, default signal handlers and our standard streams. The program inherits no
-// other descriptors except those passed to give().
+// The start of one program, with an empty signal mask, the default action for every signal, and our standard streams.
+// Of our other descriptors the program inherits only those passed to give().
 class Spawn {
   public:
     Spawn();
@@ -25,7 +25,8 @@ class Spawn {
     // Starts the program in its own session, out of reach of our terminal's signals.
     void setNewSession();
 
-    // Call it once. Returns 0 or the system's error, after the program has been executed.
+    // Starts the program and sets `process` to its process id. Call it once. Returns 0 once the program has been
+    // executed, or the error number if that failed.
     int start(const std::string& executable, const std::vector<std::string>& arguments, pid_t& process);
 
   private:

@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// Shows alerts with AppKit. An open alert does not prevent quitting; it closes with the process.
+// The alerts of AppKit. An open alert does not prevent quitting; it closes with the process.
 //
 // Do not call runModal() from a block of the main queue: all other blocks would wait for the answer. During a menu
 // action and during launch the queue keeps running.

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Null before run() and after the delegate was notified of the end.
+// The delegate from the start of run() until it is notified of the end; null otherwise.
 kovra::ApplicationDelegate* running = nullptr;
 kovra::DispatchMainQueue* mainQueue = nullptr;
 std::terminate_handler previousTerminateHandler = nullptr;

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// The status items in the menu bar.
+// The menu bar with its status items.
 class AppKitStatusBar : public StatusBar {
   public:
     std::unique_ptr<StatusItem> statusItem(double length) override;

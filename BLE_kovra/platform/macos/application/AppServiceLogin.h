@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// Registers the application itself in the system's list of login items.
+// The registration of the application itself in the system's list of login items.
 class AppServiceLogin : public LoginService {
   public:
     LoginStatus status() const override;

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// An image that is drawn again for each resolution at which it is shown.
+// Returns an image that is drawn again for each resolution at which it is shown.
 NSImage* drawingImage(const Drawing& drawing);
 
 }  // namespace kovra

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Owns one reference to a CoreFoundation object, or nothing.
+// The owner of one reference to a CoreFoundation object, or of none.
 template <typename Ref>
 class CFHandle {
   public:

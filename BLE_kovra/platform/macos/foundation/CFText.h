@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// Replaces each invalid piece of UTF-8 with U+FFFD, since a CFString cannot hold it.
+// Returns the text with U+FFFD for each invalid sequence of UTF-8, since a CFString cannot hold such a sequence.
 CFHandle<CFStringRef> cfText(std::string_view text);
 // Returns valid UTF-8, with U+FFFD for an unpaired surrogate.
 std::string utf8(CFStringRef text);

@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// Writes to the unified log under the program's name.
+// The unified log. The lines appear under the program's name.
 class FoundationLog : public SystemLog {
   public:
     void log(std::string_view line) override;

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// Replaces invalid UTF-8 with U+FFFD; Foundation would refuse the whole text.
+// Returns the text with U+FFFD for invalid UTF-8. Otherwise Foundation would refuse the whole text.
 inline NSString* foundationString(std::string_view text) {
     const std::string valid = validUtf8(text);
     return [[NSString alloc] initWithBytes:valid.data() length:valid.size() encoding:NSUTF8StringEncoding];

@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// The system's manager and the callbacks that it calls. Destroying this object ends the calls.
+// The system's manager and the callbacks that it calls. end() ends the calls.
 class IOKitHIDManager::Delivery {
   public:
     Delivery() : manager_(IOHIDManagerCreate(kCFAllocatorDefault, kIOHIDOptionsTypeNone)) {
@@ -27,7 +27,7 @@ class IOKitHIDManager::Delivery {
     static void end(std::unique_ptr<Delivery> delivery) {
         delivery->attached = nullptr;
         delivery->removed = nullptr;
-        // A manager must keep its last reference while it runs a callback.
+        // The system's manager must not lose its last reference while it runs a callback, so destroy this object later.
         if (delivery->isCalling_) {
             dispatch_async_f(dispatch_get_main_queue(), delivery.release(),
                              [](void* context) { delete static_cast<Delivery*>(context); });

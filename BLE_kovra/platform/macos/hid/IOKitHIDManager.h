@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// All HID devices of the machine. The system reports them even if the user does not permit input monitoring. This
-// program does not monitor input.
+// All HID devices of the machine. The system may ask the user to permit input monitoring. It reports the devices even
+// if the user refuses. This program does not monitor input.
 class IOKitHIDManager : public HIDManager {
   public:
     IOKitHIDManager();
@@ -15,7 +15,7 @@ class IOKitHIDManager : public HIDManager {
 
     void registerMatchingCallback(Callback attached) override;
     void registerRemovalCallback(Callback removed) override;
-    // Call this at most once.
+    // Call it at most once.
     void open() override;
 
   private:

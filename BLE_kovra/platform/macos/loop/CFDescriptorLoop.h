@@ -6,8 +6,8 @@ namespace kovra {
 
 class DispatchMainQueue;
 
-// Watches descriptors on the application's run loop, in its common modes. Callbacks therefore run while an alert is
-// open, and also inside a block of the main queue, where no other block runs.
+// The watches of descriptors on the application's run loop, in its common modes. So their blocks run while an alert is
+// open. They also run if a block of the main queue calls runUntil(), although no other block of the queue runs then.
 class CFDescriptorLoop : public DescriptorLoop {
   public:
     explicit CFDescriptorLoop(const DispatchMainQueue& queue) : queue_(queue) {}

@@ -22,7 +22,8 @@ class Task : public DelayedTask {
     std::shared_ptr<bool> isCancelled_;
 };
 
-// The system calls this function once and does not use the context afterwards. No exception may escape from it.
+// The system calls this function once for each context and does not use the context afterwards. No exception may escape
+// from this function.
 void run(void* context) noexcept {
     const std::unique_ptr<MainQueue::Block> block(static_cast<MainQueue::Block*>(context));
     if (block) (*block)();

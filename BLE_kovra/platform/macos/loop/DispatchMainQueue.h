@@ -19,7 +19,7 @@ class DispatchMainQueue : public MainQueue {
     void async(Block block) override;
     std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) override;
 
-    // From now on no block runs and new blocks are dropped.
+    // From then on no block runs and new blocks are dropped.
     void stop();
     bool isStopped() const;
 

@@ -6,8 +6,8 @@ struct dispatch_source_s;
 
 namespace kovra {
 
-// Receives a signal of the process on the main queue, in place of the signal's default action. Child processes that are
-// started meanwhile get the default action back.
+// A handler that receives one signal of the process on the main queue, in place of the signal's default action. Child
+// processes start with the default action (see Spawn).
 class DispatchSignal {
   public:
     DispatchSignal(int number, std::function<void()> received);

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// A check box. A label of a single text becomes the button's title. Any other label is placed beside the button: a
+// A check box. A label that is a single text becomes the button's title. Any other label is placed beside the button: a
 // click on it toggles the button, and its texts become the button's accessibility label.
 class RealisedToggle : public RealisedView {
   public:

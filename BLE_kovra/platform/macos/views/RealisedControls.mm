@@ -21,7 +21,7 @@ bool isOneText(const View& view) {
     return view.children.size() == 1 && std::holds_alternative<Text>(view.children[0].kind);
 }
 
-// The texts as a screen reader reads them.
+// Returns the texts joined to one text for screen readers.
 std::string joined(const std::vector<std::string>& texts) {
     std::string all;
     for (const std::string& text : texts) all += (all.empty() ? "" : ", ") + text;

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A text that wraps at the width of its column. In a row it stays on one line and is truncated with an ellipsis if
-// there is no room. Small print is never truncated.
+// A text that wraps at the width of its column. In a row it stays on one line. If there is no room there, a text in the
+// standard font is truncated with an ellipsis; texts in other fonts keep their width.
 class RealisedText : public RealisedView {
   public:
     using RealisedView::RealisedView;
@@ -22,7 +22,7 @@ class RealisedText : public RealisedView {
     std::optional<TextRole> role_;
 };
 
-// A decoration. The text beside it carries the same information.
+// A filled circle. It is only a decoration: the text beside it carries the same information.
 class RealisedCircle : public RealisedView {
   public:
     explicit RealisedCircle(const ViewSite& site);

@@ -20,8 +20,8 @@ class RealisedStack : public RealisedView {
     ViewChildren<RealisedView> children_;
 };
 
-// A scroll view that is at most as high as its child, and smaller if there is no room. It keeps its scroll position
-// when the child changes.
+// A scroll view that is as tall as its child, or shorter if there is no room. It keeps its scroll position when the
+// child changes.
 class RealisedScroll : public RealisedView {
   public:
     explicit RealisedScroll(const ViewSite& site);

@@ -2,7 +2,7 @@
 
 #include "BLE_kovra/platform/macos/views/ViewLayout.h"
 
-// A view with its origin at the top, so that scrolling starts there.
+// The content of a scroll view. Its origin is at the top, so that scrolling starts there.
 @interface KovraDocument : NSView
 @end
 

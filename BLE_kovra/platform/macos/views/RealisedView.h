@@ -14,7 +14,7 @@
 
 namespace kovra {
 
-// The functions that all views of a window share. Both are called from the event loop and outlive the views.
+// The functions that all views of a window share. They are called from the event loop and outlive the views.
 struct ViewSite {
     std::function<void(const std::string& url)> open;
     std::function<void()> used;  // called after the user used a control and the control's function ran
@@ -26,8 +26,9 @@ struct Surroundings {
     std::optional<double> width;  // of the enclosing column
 };
 
-// The AppKit counterpart of one view and its modifiers. An update changes only what differs. The counterpart is kept
-// while its place in the tree holds a view of the same kind, modifiers and id.
+// The AppKit counterpart of one view and its modifiers. An update changes only what differs. Among the children of a
+// view, each counterpart belongs to the child's id or, if it has none, its position. The counterpart is kept while
+// isFor() accepts that child.
 class RealisedView {
   public:
     explicit RealisedView(const ViewSite& site) : site_(site) {}
@@ -35,14 +36,14 @@ class RealisedView {
     RealisedView(const RealisedView&) = delete;
     RealisedView& operator=(const RealisedView&) = delete;
 
-    // Returns whether this object can show the view.
+    // Returns whether this object can show the view: one of the same kind, with the same modifiers.
     bool isFor(const View& view) const;
     void show(const View& view, const Surroundings& around);
 
-    // The AppKit view, including the views that the modifiers add around it.
+    // Returns the AppKit view, including the views that the modifiers add around it.
     NSView* outermost() const { return outermost_; }
     bool takesWidth() const { return takesWidth_; }
-    // The texts in this view, in reading order.
+    // Returns the texts in this view, in reading order.
     virtual std::vector<std::string> texts() const { return {}; }
 
   protected:

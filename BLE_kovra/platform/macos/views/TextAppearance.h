@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// The system's own text styles and colors, which follow its light and dark appearance.
+// Return the system's own text styles and colors. The colors follow the light and dark appearance.
 NSFont* roleFont(const TextRole& role);
 NSColor* roleColor(Color color);
 

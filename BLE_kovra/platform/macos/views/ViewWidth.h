@@ -7,13 +7,13 @@
 
 namespace kovra {
 
-// Returns whether a view takes the available width beyond what it needs: with all its modifiers, or with the innermost
+// Return whether a view takes the available width beyond what it needs, with all its modifiers or with the innermost
 // `modifierCount` of them.
 bool takesWidth(const View& view);
 bool takesWidth(const View& view, std::size_t modifierCount);
 
-// Returns the width that remains inside all modifiers of a view, given the width around it. Empty if the width is not
-// limited.
+// Returns the width that remains inside all modifiers of a view, given the width around it. Returns nullopt if the
+// width is not limited.
 std::optional<double> widthInside(const View& view, std::optional<double> around);
 
 }  // namespace kovra
