@@ -29,7 +29,7 @@ bool isSocket(int descriptor) {
 
 void send(const ToResident& message) { sendLine(windowSocket, encode(message)); }
 
-// Everything on the screen.
+// Everything that this process shows.
 class Screen {
   public:
     void operator()(const ShowTray& shown) {
@@ -60,7 +60,7 @@ int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(windowIcon());
-    QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // by this name, Wayland finds the icon
+    QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // Wayland desktops find the icon by this name
 
     Screen screen;
     LineReader reader(longestToWindow);

@@ -19,7 +19,7 @@ class QWidget;
 
 namespace kovra {
 
-// Receives the user's actions.
+// The receiver of the user's actions.
 class UserActions {
   public:
     virtual ~UserActions() = default;
@@ -36,10 +36,10 @@ struct Site {
     bool isInControl = false;  // part of a control, which handles input and screen readers for it
 };
 
-// Shows one view with its modifiers. The element has a widget of its own, or its host paints it.
+// An element shows one view with its modifiers. It has a widget of its own, or its host paints it.
 //
-// An element is kept as long as the tree has a view of the same kind and id at its place. An update changes only what
-// differs.
+// Among the children of a view, each element belongs to a key: the child's id or, if it has none, its position. The
+// element is kept while the child with its key is of the same kind. An update changes only what differs.
 //
 // Layout has three steps: query the widths, query the heights for a width, set the geometry. All sizes are in pixels of
 // the host.
@@ -50,9 +50,10 @@ class Element {
     Element(const Element&) = delete;
     Element& operator=(const Element&) = delete;
 
-    // Whether this element can show the view.
+    // Returns whether this element can show the view.
     bool isFor(const View& view) const { return view.kind.index() == kind_; }
-    // `inherited` is the text style of the parent. The view includes the user's changes up to number `acknowledged`.
+    // Shows the view. `inherited` is the text style of the parent. The view includes the user's changes up to number
+    // `acknowledged`.
     void show(const View& view, const TextStyle& inherited, std::uint64_t acknowledged);
 
     SizeHint widthHint() { return widthHint(modifiers_.size()); }
@@ -77,7 +78,7 @@ class Element {
     virtual void placeContent(const QRect& rect) = 0;
 
     const Site& site() const { return site_; }
-    // The keys from the root to this element.
+    // Returns the keys of the elements from below the root down to this one.
     std::vector<std::string> path() const;
 
   private:

@@ -18,22 +18,22 @@
 
 namespace kovra {
 
-// Pixels above, below and to the right of a button, so that its focus ring does not touch the texts. This is less than
-// half of the spacing between two rows.
+// Pixels above, below and to the right of a button, so that its focus ring does not touch the texts. The margin is less
+// than half of the spacing between two rows, so that the rings of two rows do not overlap.
 constexpr int focusRingMargin = 2;
 
-// Scrolls the widget into view if it received the focus from the keyboard.
+// Scrolls the widget into view if it received the focus by the Tab key.
 void scrollIntoView(QWidget& widget, Qt::FocusReason reason);
 
-// A check box or a radio button whose label is a view, which the button paints itself. The whole button can be clicked.
-// Its accessible name consists of the texts of the label.
+// A check box or a radio button whose label is a view. The button paints the label itself, and all of its area can be
+// clicked. Its accessible name consists of the texts of the label.
 template <typename Button>
 class LabelledButton : public Button {
   public:
     // Calls `onUse` when the user clicks the button or switches it with the keyboard or a screen reader.
     LabelledButton(QWidget& parent, const std::function<void()>& onUse) : Button(&parent) {
         QObject::connect(this, &Button::clicked, this, onUse);
-        // Screen readers switch the button without a click.
+        // A screen reader switches the button without a click.
         QObject::connect(this, &Button::toggled, this, [this, onUse](bool isOn) {
             if (!isClicked_ && (isOn || isCheckBox)) onUse();
         });

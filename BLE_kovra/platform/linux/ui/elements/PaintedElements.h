@@ -19,7 +19,7 @@ class PaintedElement : public Element {
     QRect rect_;
 };
 
-// A text inside a control.
+// A text inside a control, which paints it.
 class LabelElement : public PaintedElement {
   public:
     using PaintedElement::PaintedElement;
@@ -49,7 +49,7 @@ class CircleElement : public PaintedElement {
     Circle circle_;
 };
 
-// A thin line across the stack.
+// A line one pixel thick, as wide as the available space.
 class DividerElement : public PaintedElement {
   public:
     using PaintedElement::PaintedElement;

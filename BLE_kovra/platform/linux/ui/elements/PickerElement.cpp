@@ -56,7 +56,7 @@ void PickerElement::select(const std::string& tag) {
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         const bool isSelected = picker_.options[i].tag == tag;
         if (buttons_[i]->isChecked() == isSelected) continue;
-        // Otherwise an exclusive button cannot be unchecked.
+        // A checked button cannot be unchecked while it is exclusive.
         buttons_[i]->setAutoExclusive(false);
         buttons_[i]->showChecked(isSelected);
         buttons_[i]->setAutoExclusive(true);
@@ -64,7 +64,8 @@ void PickerElement::select(const std::string& tag) {
     updateFocusPolicies();
 }
 
-// Tab stops at the selected button only; the arrow keys move on from there.
+// Makes Tab stop only at the selected button, from which the arrow keys move on. If none is selected, Tab stops at
+// each.
 void PickerElement::updateFocusPolicies() {
     const bool isAnySelected =
         std::any_of(buttons_.begin(), buttons_.end(), [](const auto& b) { return b->isChecked(); });
@@ -106,7 +107,7 @@ void PickerElement::placeContent(const QRect& rect) {
     const int title = std::min(title_->paragraph().preferredWidth(), rect.width() / titleDivisor);
     const int width = rect.width() - title - gap();
     QRect button(title + gap(), focusRingMargin, width, 0);
-    // Centers the title beside the first button.
+    // Center the title beside the first button, but lower it by at most half of its own height.
     const int titleHeight = title_->paragraph().heightForWidth(title);
     const int first = buttons_.empty() ? titleHeight : buttons_.front()->heightHint(width).preferred;
     const int below = std::max(0, (std::min(first, titleHeight * 2) - titleHeight) / 2);

@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// A scroll area around its child, never taller than the child. If it is shorter, it shows a scroll bar. Updates of the
-// child keep the scroll position as far as possible.
+// A scroll area around its child. It is never taller than the child, and shows a scroll bar if it is shorter. Updates
+// of the child keep the scroll position as far as possible.
 class ScrollElement : public Element {
   public:
     explicit ScrollElement(const Site& site);

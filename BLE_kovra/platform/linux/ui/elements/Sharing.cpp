@@ -17,7 +17,7 @@ std::vector<int> limited(const std::vector<SizeHint>& hints, int limit) {
     return sizes;
 }
 
-// The largest limit with which all sizes fit, or 0.
+// Returns the largest limit with which all sizes fit, or 0.
 int largestLimit(int space, const std::vector<SizeHint>& hints) {
     int fits = 0;
     int tooLarge = std::max(1, space + 1);

@@ -4,7 +4,8 @@
 
 namespace kovra {
 
-// The width or height that a view needs and prefers, in pixels. A view that expands takes more if space is left.
+// The least width or height that a view needs, and the one that it prefers, in pixels. A view that expands takes more
+// if space is left.
 struct SizeHint {
     int minimum = 0;
     int preferred = 0;
@@ -12,8 +13,9 @@ struct SizeHint {
     bool operator==(const SizeHint&) const = default;
 };
 
-// Distributes the space. If there is too little, the longest sizes shrink first, but none below its minimum, so the sum
-// may exceed the space. Remaining space goes in equal parts to the views that expand.
+// Distributes `space` pixels among views and returns their sizes. If there is too little space, the longest sizes
+// shrink first, but none below its minimum, so the sum may exceed the space. Remaining space goes in equal parts to the
+// views that expand.
 std::vector<int> share(int space, const std::vector<SizeHint>& hints);
 
 }  // namespace kovra

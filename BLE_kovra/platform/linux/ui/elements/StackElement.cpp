@@ -8,7 +8,7 @@ namespace kovra {
 
 namespace {
 
-// The sizes along the axis of the stack add up.
+// Along the axis of the stack, the sizes of the children add up.
 SizeHint sumOf(const std::vector<SizeHint>& hints, int gaps) {
     SizeHint all{gaps, gaps, false};
     for (const SizeHint& each : hints) {

@@ -23,7 +23,7 @@ class StackElement : public Element {
     int spacing() const;
     int gaps() const;
     std::vector<int> childWidths(int width);
-    // The size of a child across the axis of the stack, and where it begins.
+    // Return the size of a child across the axis of the stack, and where the child begins.
     int crossSize(const SizeHint& hint, int space) const;
     int crossOffset(int space, int length) const;
 

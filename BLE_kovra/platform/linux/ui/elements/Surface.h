@@ -6,7 +6,8 @@
 
 namespace kovra {
 
-// The widget that contains the elements of a window or of a scroll area. It paints those without a widget of their own.
+// The widget that contains the elements of a window or of a scroll area. It paints the elements without a widget of
+// their own.
 class Surface : public QWidget {
   public:
     using QWidget::QWidget;

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// A label that also wraps within words.
+// A label that also wraps within a word that is too long for the line.
 class TextLabel : public QLabel {
   public:
     explicit TextLabel(QWidget& parent);

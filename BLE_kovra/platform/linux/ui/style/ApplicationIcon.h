@@ -9,10 +9,10 @@ class QRectF;
 
 namespace kovra {
 
-// Paints the picture centered, as large as fits into the rectangle.
+// Paints the picture centered, at the largest size that fits the rectangle.
 void paintPicture(QPainter& painter, const QRectF& rect, const ColoredPicture& picture);
 
-// The application's icon for its windows, repainted for each size and scale.
+// Returns the application's icon for its windows, repainted for each size and scale.
 QIcon windowIcon();
 
 }  // namespace kovra

@@ -8,7 +8,7 @@ class QRectF;
 
 namespace kovra {
 
-// An icon that is repainted for each size and scale.
+// Returns an icon that `paint` paints again for each size and scale.
 QIcon paintedIcon(std::function<void(QPainter& painter, const QRectF& rect)> paint);
 
 }  // namespace kovra

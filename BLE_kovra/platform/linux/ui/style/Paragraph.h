@@ -15,14 +15,15 @@ namespace kovra {
 // contain, become spaces.
 QString plainText(const std::string& text);
 
-// A plain text that wraps between words, or within a word that is too long. It is never cut.
+// A plain text that wraps between words, or within a word that is too long. It is never truncated.
 class Paragraph {
   public:
     // Returns whether the text or the font changed.
     bool set(const QString& text, const QFont& font);
     const QString& text() const { return text_; }
 
-    // In pixels: the width of the whole text in one line, and of a few letters.
+    // Return, in pixels, the width of the whole text in one line, and that of a few letters. The second is at most the
+    // first.
     int preferredWidth() const { return preferredWidth_; }
     int minimumWidth() const { return minimumWidth_; }
     int heightForWidth(int width);

@@ -10,9 +10,9 @@ namespace kovra {
 namespace {
 
 constexpr double textContrast = 4.5;
-constexpr double lineContrast = 3.6;  // round lines lose some of it to antialiasing
+constexpr double lineContrast = 3.6;  // more than the promised 3, since round lines lose contrast to antialiasing
 
-// The size of the font, relative to that of the desktop's font.
+// Returns the size of the font, relative to that of the desktop's font.
 double size(Font font) {
     switch (font) {
         case Font::subheadline:
@@ -44,7 +44,7 @@ QColor blend(const QColor& text, const QColor& background, double ratio) {
                             part(text.blueF(), background.blueF()));
 }
 
-// The palest legible blend of text and background.
+// Returns the palest blend of text and background that is legible, in steps of 5 percent.
 QColor secondary(const QPalette& palette) {
     const QColor text = palette.color(QPalette::WindowText);
     const QColor background = palette.color(QPalette::Window);

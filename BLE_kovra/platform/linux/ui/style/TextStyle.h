@@ -13,7 +13,7 @@ namespace kovra {
 // The role of a text, in terms of the toolkit.
 struct TextStyle : TextRole {
     TextStyle inside(const std::vector<Modifier>& modifiers) const { return {TextRole::inside(modifiers)}; }
-    // The desktop's font in the size and weight of the role.
+    // Returns the desktop's font in the size and weight of the role.
     QFont qtFont() const;
     bool operator==(const TextStyle&) const = default;
 };
@@ -22,11 +22,12 @@ struct TextStyle : TextRole {
 // at least 4.5 to 1 if the theme's own text reaches that.
 QColor roleColor(Color color, const QPalette& palette);
 
-// The style Fusion draws outlines of boxes slightly darker than the window, which is invisible in dark themes. Given
-// this color instead of the window's, it draws them with a contrast of at least 3 to 1.
+// Returns a color for the style Fusion to use instead of the window's. Fusion draws the outline of a box slightly
+// darker than that color. With the window's own color the outline would be invisible in dark themes. With this one its
+// contrast is at least 3 to 1 if the theme's own text reaches that.
 QColor outlineBaseColor(const QPalette& palette);
 
-// The contrast ratio as WCAG 2 defines it, from 1 to 21.
+// Returns the contrast ratio as WCAG 2 defines it, from 1 to 21.
 double contrast(const QColor& one, const QColor& other);
 
 }  // namespace kovra

@@ -29,7 +29,7 @@ struct PathOf {
     }
 };
 
-// The area that the strokes cover.
+// Returns the area that the strokes cover.
 QPainterPath inkOf(const Drawing& drawing) {
     QPainterPath ink;
     for (const Stroke& stroke : drawing.strokes) {

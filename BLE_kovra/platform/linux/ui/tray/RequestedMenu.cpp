@@ -9,9 +9,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::chrono::seconds timeout{2};
+constexpr std::chrono::seconds timeout{2};  // a request that is older opens nothing
 
-// The menu does not cover the clicked position, so that a second click there chooses nothing.
+// Pixels above and below the clicked position that the menu leaves free, so that a second click there chooses nothing.
 constexpr int halfIcon = 12;
 
 constexpr int largestCoordinate = 32'767;  // of a position on an X screen

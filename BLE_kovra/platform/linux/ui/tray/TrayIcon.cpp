@@ -12,7 +12,7 @@ namespace kovra {
 
 namespace {
 
-// Without this, the toolkit would interpret a tool tip that looks like HTML.
+// Escapes a text that looks like HTML, since the toolkit would interpret it in a tool tip.
 QString plain(const QString& text) { return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text; }
 
 }  // namespace
@@ -36,7 +36,7 @@ void TrayIcon::activated(QSystemTrayIcon::ActivationReason reason) {
     menu_.popUp(geometry.isValid() ? geometry : QRect(QCursor::pos(), QSize(1, 1)));
 }
 
-// The toolkit creates a new window for each tray. Screen readers announce its title.
+// Names the icon's window for screen readers, which announce its title. The toolkit creates a new window for each tray.
 bool TrayIcon::eventFilter(QObject* object, QEvent* event) {
     const bool mayChangeName = event->type() == QEvent::Show || event->type() == QEvent::ToolTipChange;
     if (mayChangeName && object->objectName() == QLatin1String("QSystemTrayIconSys")) {

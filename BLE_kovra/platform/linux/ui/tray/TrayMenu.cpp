@@ -10,7 +10,7 @@ namespace kovra {
 
 namespace {
 
-// Escapes what the toolkit takes for a mnemonic or a column separator.
+// Keeps the toolkit from reading an "&" as the mark of a mnemonic, and a tab as the start of the shortcut's column.
 QString literal(const std::string& title) {
     return QString::fromStdString(title).replace('&', QLatin1String("&&")).replace('\t', ' ');
 }

@@ -15,7 +15,8 @@ namespace kovra {
 
 namespace {
 
-// An alert blocks only events that start an input. An input that started before the alert may finish.
+// Returns whether the event begins an action of the user. An alert blocks only such events, so an action that began
+// before the alert opened may finish.
 bool startsInput(QEvent::Type type) {
     switch (type) {
         case QEvent::MouseButtonPress:
@@ -62,7 +63,7 @@ void AlertStack::show(const ShowAlerts& shown) {
         token = listed.activationToken;
     }
     open_.swap(open);
-    open.clear();  // destroys those that are no longer listed
+    open.clear();  // destroys the alerts that are no longer listed
     if (topmost() != before) bringTopmostToFront(token);
 }
 
@@ -88,10 +89,10 @@ bool AlertStack::eventFilter(QObject* object, QEvent* event) {
     if (!isActivation && !startsInput(event->type())) return false;
     const auto* window = qobject_cast<QWindow*>(object);
     if (window == nullptr || !blocks(*window)) return false;
-    // This is deferred, because the toolkit is still processing the event.
+    // Defer the call, because the toolkit is still processing the event.
     QTimer::singleShot(0, this, [this] { bringTopmostToFront(); });
     if (isActivation) return false;
-    // An accepted key event triggers no shortcut. An ignored close event closes nothing.
+    // An accepted ShortcutOverride triggers no shortcut. An ignored close event closes nothing.
     event->setAccepted(event->type() == QEvent::ShortcutOverride);
     return true;
 }

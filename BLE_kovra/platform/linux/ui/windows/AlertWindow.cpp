@@ -61,7 +61,7 @@ class Button : public QPushButton {
     }
 };
 
-// Makes screen readers announce the window as an alert.
+// Returns the accessible object with which screen readers announce the window as an alert.
 QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
     auto* alert = dynamic_cast<AlertWindow*>(object);
     return alert == nullptr ? nullptr : new QAccessibleWidget(alert, QAccessible::AlertMessage);
@@ -79,7 +79,7 @@ AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
     QAccessible::removeFactory(makeAccessible);
     QAccessible::installFactory(makeAccessible);  // the newest factory is queried first
     setWindowTitle("BLE-kovra");
-    setWindowModality(Qt::WindowModal);  // tells the window manager; there is no parent window
+    setWindowModality(Qt::WindowModal);  // for the window manager; there is no parent window
     setAccessibleName(message_->text());
     setAccessibleDescription(information_->text());
     QFont bold;
@@ -103,7 +103,7 @@ AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
 QWidget* AlertWindow::addButtons(const std::vector<std::string>& titles) {
     auto* box = new QDialogButtonBox;
     for (std::size_t position = 0; position < titles.size(); ++position) {
-        // Escape the character that would mark a mnemonic key.
+        // Escape "&", which would mark a mnemonic key.
         auto* button = new Button(QString::fromStdString(titles[position]).replace('&', QLatin1String("&&")));
         connect(button, &QPushButton::clicked, this, [this, position] { answer(position); });
         box->addButton(button, position == 0 ? QDialogButtonBox::AcceptRole : QDialogButtonBox::RejectRole);
@@ -117,7 +117,7 @@ QWidget* AlertWindow::addButtons(const std::vector<std::string>& titles) {
 
 void AlertWindow::updateSizes() {
     const QFontMetrics metrics(font());
-    const int gap = metrics.height() * 3 / 4;  // as desktops space their dialogs
+    const int gap = metrics.height() * 3 / 4;  // the usual spacing in dialogs
     layout()->setContentsMargins(gap, gap, gap, gap);
     layout()->setSpacing(metrics.height());
     layout()->itemAt(0)->layout()->setSpacing(gap);

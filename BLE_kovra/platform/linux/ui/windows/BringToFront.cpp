@@ -31,7 +31,8 @@ xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
 }
 
 // Requests activation from the window manager as a task bar does. The toolkit's own request names the program as the
-// source. Many window managers then compare user times, and a program without a window always loses.
+// source. Many window managers then compare the times of the user's last input in both programs. A program that had no
+// window until now loses the comparison.
 void activateForUser(xcb_connection_t* server, xcb_window_t window) {
     constexpr std::uint32_t sourceIsPager = 2;
     xcb_client_message_event_t message{};
@@ -47,7 +48,8 @@ void activateForUser(xcb_connection_t* server, xcb_window_t window) {
     xcb_flush(server);
 }
 
-// Activates the window when it is first exposed. Before that, window managers do not manage it.
+// An event filter that activates a window when it is first exposed. Before that, window managers do not manage the
+// window.
 class ActivateOnExpose : public QObject {
   public:
     explicit ActivateOnExpose(QWindow& window) : QObject(&window), window_(window) { window.installEventFilter(this); }

@@ -9,7 +9,8 @@ namespace {
 
 using Widgets = std::vector<QPointer<QWidget>>;
 
-// Returns the next existing control after `position`, else the previous one.
+// Returns the first control from `position` on that still exists and takes the focus, or else the last such control
+// before it.
 QWidget* neighbor(const Widgets& before, Widgets::const_iterator position) {
     const auto takesFocus = [](const QPointer<QWidget>& each) {
         return each && (each->focusPolicy() & Qt::TabFocus) != 0;

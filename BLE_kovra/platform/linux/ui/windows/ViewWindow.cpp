@@ -24,7 +24,7 @@ namespace {
 constexpr double titleBar = 40;  // points: approximate height of the title bar
 constexpr int reachable = 40;    // pixels that have to be on a screen, so that the user can move the window
 
-// A place is sent once it is unchanged for this time. A window manager moves a new window several times, and the
+// A place is sent when it has not changed for this time. A window manager moves a new window several times, and the
 // intermediate places of a drag do not matter.
 constexpr std::chrono::milliseconds settleTime{200};
 
@@ -34,7 +34,7 @@ constexpr QKeyCombination quitShortcut(Qt::ControlModifier, Qt::Key_Q);
 constexpr quint32 scanCodeOfQ = 24;  // on X and Wayland
 constexpr quint32 scanCodeOfW = 25;
 
-// In a layout without Latin letters, the position of a key counts.
+// Returns the key combination. In a layout without Latin letters, the positions of Q and W count.
 QKeyCombination latin(const QKeyEvent& event) {
     const bool isNonLatinLetter = event.key() > Qt::Key_AsciiTilde && event.key() < Qt::Key_Escape;
     if (isNonLatinLetter && event.nativeScanCode() == scanCodeOfQ) return QKeyCombination(event.modifiers(), Qt::Key_Q);
@@ -50,7 +50,7 @@ Qt::WindowFlags flags(unsigned styleMask) {
     return flags;
 }
 
-// On Wayland a window can neither query nor choose its position.
+// Returns whether a window can query and choose its position. On Wayland it can do neither.
 bool hasPosition() { return !QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
 bool isReachable(const QRect& window) {
@@ -62,7 +62,7 @@ bool isReachable(const QRect& window) {
     });
 }
 
-// Makes screen readers announce the widget as a window.
+// Returns the accessible object with which screen readers announce the widget as a window.
 QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
     auto* window = dynamic_cast<ViewWindow*>(object);
     return window == nullptr ? nullptr : new QAccessibleWidget(window, QAccessible::Window);

@@ -15,7 +15,7 @@ namespace kovra {
 
 // The settings window, which shows a view. Closing only hides it.
 //
-// It has the size of its content in points. It is taller if a text would be cut otherwise, and no taller than the
+// It has the requested content size. It is taller if a text would be truncated otherwise. It is no taller than the
 // screen as long as the list in it can shrink.
 class ViewWindow : public Surface, private UserActions {
   public:
@@ -23,8 +23,8 @@ class ViewWindow : public Surface, private UserActions {
     explicit ViewWindow(SendToResident send);
     ~ViewWindow() override;
 
-    // The window comes to the front the first time and whenever `front` changes. It takes over the place only the first
-    // time.
+    // The window comes to the front the first time and whenever `front` changes. It moves to the place in the message
+    // only the first time.
     void showWindow(const ShowWindow& shown);
 
   private:
@@ -49,8 +49,8 @@ class ViewWindow : public Surface, private UserActions {
     SendToResident send_;
     ElementTree elements_{*this, *this};
     std::optional<ShowWindow> shown_;
-    WindowPlace place_;         // the last one sent or taken over
-    QTimer placeTimer_;         // runs while the place changes
+    WindowPlace place_;         // the last one sent or received
+    QTimer placeTimer_;         // runs until the place has settled
     std::uint64_t number_ = 0;  // number of the user's last change
 };
 
