@@ -13,7 +13,7 @@ namespace kovra {
 
 namespace {
 
-// Writes the outlines. In SVG, y grows downwards from the top.
+// A writer of strokes as filled SVG outlines. In SVG, y grows downwards from the top.
 class Outlines {
   public:
     explicit Outlines(double height) : height_(height) {
@@ -50,8 +50,8 @@ class Outlines {
     void close() { text_ << "\"/>\n"; }
     void corner(char command, double x, double y) { text_ << command << x << ' ' << height_ - y; }
 
-    // Writes the rectangle's outline, offset outwards by `growth`. It runs clockwise from the right end of the top left
-    // corner.
+    // Writes the rectangle's outline, offset outwards by `growth`. The outline runs clockwise from the right end of the
+    // top left corner.
     void contour(const RoundedRectangle& rectangle, double growth) {
         const double left = rectangle.origin.x - growth;
         const double right = rectangle.origin.x + rectangle.size.width + growth;
@@ -78,7 +78,7 @@ class Outlines {
     std::ostringstream text_;
 };
 
-// Writes one layer of a picture. `height` is the height of the picture.
+// A writer of one layer of a picture. `height` is the height of the picture.
 struct ColoredShape {
     void operator()(const RoundedRectangle& rectangle) const {
         svg << "  <rect fill=\"" << color << "\" x=\"" << rectangle.origin.x << "\" y=\""

@@ -1,5 +1,5 @@
 // Writes the pictures of the status item and of the application as icon files into a folder. The build runs this
-// writer, so that panels and desktops load BLE-kovra's own drawings.
+// program, so that the icon files show the same pictures that the program draws itself.
 
 #include <filesystem>
 #include <fstream>

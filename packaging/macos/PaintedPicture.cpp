@@ -9,7 +9,7 @@ namespace kovra {
 
 namespace {
 
-// The distance of a point to the outside of a layer, in points; inside the layer it is negative.
+// Computes the distance of `point` from the edge of a layer, in points. Inside the layer the distance is negative.
 struct Distance {
     Point point;
     double lineWidth = 0;

@@ -5,8 +5,9 @@
 
 namespace kovra {
 
-// Returns the picture as a square of this many pixels per side, with smooth edges. It is shrunk to leave an even margin
-// inside the square, since icons on macOS do not fill their squares.
+// Returns the picture as a square of `side` by `side` pixels, with smooth edges. The picture is shrunk to leave a
+// margin at each edge of the square, since icons on macOS do not fill their squares. `margin` is a fraction of the
+// side.
 PixelSquare paintedPicture(const ColoredPicture& picture, unsigned side, double margin);
 
 }  // namespace kovra

@@ -41,7 +41,7 @@ void addChunk(std::string& png, std::string_view type, std::string_view content)
     addBigEndian(png, crc32(std::string_view(png).substr(begin)));
 }
 
-// Writes one block with the fixed Huffman codes of RFC 1951, section 3.2.6.
+// A writer of one block with the fixed Huffman codes of RFC 1951, section 3.2.6.
 class Deflate {
   public:
     Deflate() { addBits(0b011, 3); }  // final block, fixed codes
@@ -52,7 +52,7 @@ class Deflate {
         else
             addCode(0x190U + byte - 144, 9);
     }
-    // Repeats the last byte up to this many times. Returns how many are left.
+    // Repeats the last byte up to `length` times. Returns how many repetitions are left to write.
     std::size_t addRun(std::size_t length) {
         for (; length >= 258; length -= 258) addRepetition(0xC5, 8);
         for (; length >= 10; length -= 10) addRepetition(8, 7);
@@ -88,7 +88,7 @@ class Deflate {
     int count_ = 0;
 };
 
-// Compresses into the zlib format (RFC 1950): runs of one byte are encoded as matches, all else as literals.
+// Compresses into the zlib format (RFC 1950). Runs of one byte are encoded as matches, all else as literals.
 std::string compressed(std::string_view bytes) {
     Deflate deflate;
     std::size_t i = 0;
@@ -105,7 +105,7 @@ std::string compressed(std::string_view bytes) {
     return text;
 }
 
-// Stores each row as its difference from the row above, so that even areas become zeros.
+// Stores each row as its difference from the row above, so that areas of one color become zeros.
 std::string filtered(const PixelSquare& picture) {
     constexpr char up = 2;
     const std::size_t width = picture.side * bytesOfPixel;

@@ -12,7 +12,7 @@ struct PixelSquare {
     std::vector<std::uint8_t> bytes;
 };
 
-// Returns the picture as a PNG file. Only even areas are compressed.
+// Returns the picture as a PNG file. Only areas of one color are compressed.
 std::string pngImage(const PixelSquare& picture);
 
 }  // namespace kovra

@@ -1,5 +1,5 @@
-// Writes the application's own picture as the icon file of its bundle. The build runs this writer, so that Finder,
-// alerts and System Settings show that picture.
+// Writes the application's picture as the icon file of its bundle. The build runs this program, so that Finder, alerts
+// and System Settings show the picture.
 
 #include <array>
 #include <cstdint>

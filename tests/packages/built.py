@@ -15,7 +15,7 @@ class Built:
 
     @property
     def version(self):
-        """Returns the version of the project."""
+        """Returns the version of the project from CMakeLists.txt."""
         return re.search(r"^project\(BLE-kovra VERSION (\S+)", (self.tree / "CMakeLists.txt").read_text(), re.M)[1]
 
     def package(self, name):

@@ -54,7 +54,7 @@ def upgrade(built):
     left = flag.with_name("state.left.1000")
     left.write_text("on")
     flag.write_text("on")
-    # With an access control list, the group bits of the mode are the mask of the list.
+    # If the flag has an access control list, the group bits of the mode are the mask of the list.
     flag.chmod(0o664)
     before = [(os.stat(path), path.read_text()) for path in (flag, left)]
     root.install(*(root.newer(name) for name in NAMES))
@@ -89,7 +89,7 @@ def purge(built):
     root, before = installed(built, "purge")
     for name in ("state.left.1000", "state.new"):
         (root.path / FLAG).with_name(name).write_text("on")
-    # Obstacles that a hand-over has moved aside.
+    # Folders that a hand-over found under its files' names and moved aside.
     for name in ("state.odd.7", "state.new.odd.8", "state.left.1000.odd.9"):
         (root.path / FLAG).with_name(name).mkdir()
         (root.path / FLAG).with_name(name).joinpath("something").touch()

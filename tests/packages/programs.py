@@ -1,7 +1,7 @@
-"""The tool that lists the driver and the program that activates it.
+"""The programs of the helper's package that list and activate the driver.
 
-They run as in the package, but with substitutes for the machine. The test provides the first folder of $PATH, the
-folder that shows that systemd runs, and the list of processes.
+They run as in the package, but with substitutes for parts of the machine. The test provides the first folder of their
+$PATH, the folder whose existence shows that systemd runs, and the list of processes.
 """
 
 import os
@@ -60,13 +60,13 @@ class Machine:
         (process / "status").write_text(status)
 
     def run(self, name, *arguments):
-        """Returns the exit code, the output and the error output. The caller's own PATH is empty."""
+        """Returns the exit code, the output and the error output. The caller's $PATH leads nowhere."""
         done = subprocess.run([self._programs / name, *arguments], capture_output=True, text=True, timeout=60,
                               env={**os.environ, "PATH": "/nowhere"})
         return done.returncode, done.stdout, done.stderr
 
     def state(self):
-        """Returns the state of the driver from the listing tool, in the layout that the application reads."""
+        """Returns the state of the driver from the listing tool. Checks the layout that the application reads."""
         code, listing, error = self.run("systemextensionsctl", "list")
         check((code, error) == (0, ""), f"it ended with {code} and printed {error!r}")
         lines = listing.splitlines()

@@ -11,7 +11,7 @@ MANAGER = "Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/K
 
 
 class Root:
-    """The scripts run with $DPKG_ROOT and cannot reach the machine's services.
+    """A root folder for dpkg. The scripts run with $DPKG_ROOT and cannot reach the machine's services.
 
     The dependencies of the packages count as installed if they are installed on this machine."""
 
@@ -20,7 +20,7 @@ class Root:
         records = self.path / "var/lib/dpkg"
         for folder in ("info", "updates", "triggers"):
             (records / folder).mkdir(parents=True)
-        # These folders exist on every system.
+        # On a real system these folders exist before the packages are installed.
         for folder in ("etc/systemd/system", "var/lib/systemd"):
             (self.path / folder).mkdir(parents=True)
         needed = set()

@@ -1,4 +1,4 @@
-"""The scenarios of the packages. Each is a function with a sentence that says what it promises."""
+"""The scenarios of the packages. Each is a function with a sentence that says what the packages promise."""
 
 import subprocess
 
@@ -8,7 +8,7 @@ SCENARIOS = {}
 
 
 def scenario(sentence):
-    """Makes a function a scenario. Its argument is the built packages."""
+    """Makes a function a scenario. The function receives the built packages (built.Built)."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, function)
         return function

@@ -28,7 +28,7 @@ TEST(IconSvgTest, IsTheOutlineOfEachStrokeInTheColorThatAPanelReplaces) {
 )");
 }
 
-// A build in a locale with a decimal comma must create the same file.
+// A build in a locale with a decimal comma must create the same icon file.
 TEST(IconSvgTest, DoesNotDependOnTheLocale) {
     const std::string before = iconSvg(frameAndLine);
     struct Comma : std::numpunct<char> {

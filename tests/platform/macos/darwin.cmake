@@ -30,7 +30,6 @@ foreach(language IN ITEMS CXX OBJCXX)
   set(CMAKE_${language}_FLAGS_INIT "${flags} -stdlib=libc++")
 endforeach()
 
-# The folder with the linker stubs of the system's libraries.
 set(KOVRA_EXPORTS "" CACHE PATH "The folder with the libraries to link against")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KOVRA_EXPORTS)
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld -Wno-unused-command-line-argument -Wl,-syslibroot,${KOVRA_EXPORTS}")
