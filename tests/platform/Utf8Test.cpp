@@ -30,7 +30,8 @@ std::string encoded(char32_t codePoint) {
             byte(0x80 + codePoint % 64)};
 }
 
-// Contains all prefixes of up to three bytes of all characters. They define "truncated" and "invalid" without a rule.
+// The first one, two and three bytes of every character. They show how long a truncated or invalid sequence is, without
+// repeating the rules of the decoder.
 class Beginnings {
   public:
     Beginnings() {
@@ -43,7 +44,8 @@ class Beginnings {
         }
     }
 
-    // Returns the length of the longest prefix of a character at the start of the text, or 1 if there is none.
+    // Returns the length of the longest beginning of a character at the start of the text, up to three bytes, or 1 if
+    // there is none.
     std::size_t longest(std::string_view text) const {
         std::size_t length = 1;
         while (length < 3 && length < text.size() && known_[length][index(text, length + 1)]) ++length;

@@ -39,7 +39,7 @@ class ProgramTest : public testing::Test {
         if (pid_ > 0) ::waitpid(pid_, nullptr, 0);
     }
 
-    // Starts the program with this disposition of SIGHUP, and waits until it owns its name on the bus.
+    // Starts the program with this disposition of SIGHUP, and waits until it replies on the bus.
     void start(sighandler_t onHangUp) {
         posix_spawnattr_t attributes;
         ::posix_spawnattr_init(&attributes);
@@ -48,7 +48,7 @@ class ProgramTest : public testing::Test {
         ::posix_spawnattr_setsigmask(&attributes, &none);
         ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
         std::array<char*, 2> arguments{const_cast<char*>(KOVRA_PROGRAM), nullptr};
-        const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits it
+        const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits SIG_IGN
         const int result = ::posix_spawn(&pid_, arguments[0], nullptr, &attributes, arguments.data(), environ);
         std::signal(SIGHUP, before);
         ::posix_spawnattr_destroy(&attributes);
@@ -88,7 +88,7 @@ TEST_F(ProgramTest, EndsOnAHangUp) {
 TEST_F(ProgramTest, OutlivesAHangUpIfItWasStartedWithNohup) {
     start(SIG_IGN);
     send(SIGHUP);
-    // Each reply takes a turn of the loop, and the signal would have ended the loop in one of the first two.
+    // Each reply takes a turn of the loop. If SIGHUP ended the program, the loop would end within the first two turns.
     for (int call = 1; call <= 5; ++call) EXPECT_TRUE(answers()) << "call " << call;
     send(SIGTERM);
     EXPECT_EQ(exitCode(), 0);

@@ -1,5 +1,5 @@
-# Compiles for macOS on a Linux machine, with clang and against our own declarations, to check the sources. The output
-# is never run or shipped: musl's headers replace those of the C library.
+# A toolchain that compiles for macOS on a Linux machine, with clang and against our own declarations, to check the
+# sources. The output is never run or shipped: musl's headers replace those of the C library.
 #   cmake --toolchain tests/platform/macos/darwin.cmake -DKOVRA_PLATFORM=macos -DKOVRA_CHECKED_ARCHITECTURE=arm64
 # The other architecture is x86_64.
 set(CMAKE_SYSTEM_NAME Darwin)

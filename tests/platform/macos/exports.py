@@ -1,6 +1,7 @@
-"""Writes linker stubs of the system's libraries, for machines that do not have these libraries.
+"""Writes linker stubs for the macOS libraries, for machines that lack them.
 
-The exports come from exports.txt, and those of libc++ from the libc++ that the sources are compiled with."""
+The exports are listed in exports.txt, except those of libc++, which are read from the libc++ that the sources are
+compiled with."""
 
 import subprocess
 from pathlib import Path
@@ -9,7 +10,7 @@ TARGETS = "[ x86_64-macos, arm64-macos ]"
 
 
 def read(path):
-    """Returns the install name, the symbols and the classes of each library."""
+    """Returns the install name, the symbols and the classes of each library, by the library's name."""
     libraries = {}
     for line in path.read_text(encoding="utf-8").splitlines():
         words = line.partition("#")[0].split()

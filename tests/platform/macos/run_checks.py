@@ -3,7 +3,7 @@
 
 It compiles every source for both processors against the declarations beside this file. It links them against the
 symbols in exports.txt, and checks the resulting bundle. It compiles the Objective-C++ sources again, against GNUstep's
-headers. The logic is not checked here: the preset "none" compiles its tests with clang. They also run on a Mac.
+headers. It runs no tests; those of the logic are in the preset "none", which needs no system library.
 
   run_checks.py            runs all checks
   run_checks.py --whole    prints the compiler's whole output for a failed check
@@ -167,8 +167,8 @@ def has_its_properties(bundle):
 
 
 def pixels(png):
-    """Returns the rows of a PNG, each a list of (red, green, blue, opacity). It supports only the filter that the
-    icon's files use."""
+    """Returns the rows of a PNG, each a list of (red, green, blue, opacity). Supports only the filter that the icon's
+    files use."""
     expect(png[:8] == b"\x89PNG\r\n\x1a\n", "it is not a PNG file")
     chunks, at = {}, 8
     while at < len(png):

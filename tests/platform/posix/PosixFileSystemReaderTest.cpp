@@ -15,8 +15,8 @@
 namespace kovra {
 namespace {
 
-// What the two processes share. The step counts up around each write. At 0 the file contains "off", at 1 "on" is being
-// written. At 2 it contains "on", at 3 "off" is being written, and so on.
+// What the writer and the reader share. The step counts up around each write. At 0 the file contains "off", at 1 "on"
+// is being written. At 2 it contains "on", at 3 "off" is being written, and so on.
 struct Shared {
     std::atomic<unsigned> step{0};
     std::atomic<bool> finished{false};

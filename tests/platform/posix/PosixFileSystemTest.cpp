@@ -116,7 +116,8 @@ TEST_F(PosixFileSystemTest, RefusesADanglingLinkAndCreatesNothing) {
     EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
 }
 
-// On a full disk, the write fails with the system's reason, and the file never keeps "on" instead of "off".
+// A limit on the size of files stands for a full disk. The write fails with the system's reason, and the file never
+// keeps "on" instead of "off".
 TEST_F(PosixFileSystemTest, KeepsNoWrongOnWithoutSpace) {
     for (const rlim_t room : {0U, 1U, 2U}) {
         writeFile(flag_, "on");

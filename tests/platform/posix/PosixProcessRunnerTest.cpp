@@ -42,7 +42,7 @@ class PosixProcessRunnerTest : public testing::Test {
     std::optional<std::string> output(const std::string& script) {
         return processes_.output({scripts_.make(script), {}});
     }
-    // Waits without running the loop under test.
+    // Waits for the condition without running the loop under test. Returns whether it held in time.
     static bool sees(const std::function<bool()>& condition) {
         SdEventLoop another;
         return lookUntil(another, condition);

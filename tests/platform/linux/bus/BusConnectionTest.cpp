@@ -49,7 +49,7 @@ class BusConnectionTest : public testing::Test {
         EXPECT_GT(sd_bus_message_read(message, "s", &text), 0);
         received_ += std::string(text) + " ";
     }
-    // Emits the value repeatedly, since the bus installs a match only a moment later.
+    // Emits the value until it is received, since the bus installs a match some time after the request.
     void emitUntilReceived(const std::string& value) {
         for (int tries = 0; received_.empty() && tries < 500; ++tries) {
             emit(value);

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// A client that owns no service's name, and sends signals straight to another client. No bus prevents this.
+// A client that owns no service's name, and sends signals straight to another client. The bus does not prevent this.
 class Forger {
   public:
     enum class Bus { system, session };
@@ -21,7 +21,8 @@ class Forger {
         bus_.reset(opened);
     }
 
-    // Returns once the bus has passed the signal on. The signal then arrives before anything that is sent later.
+    // Sends the signal, and returns once the bus has passed it on. The signal then arrives before anything that is sent
+    // later.
     template <typename... Values>
     void send(const std::string& destination, const char* path, const char* interface, const char* signal,
               const char* types, Values... values) {

@@ -18,7 +18,7 @@
 namespace kovra {
 namespace {
 
-// Receives the bell of the display, like a desktop that plays a sound for it.
+// A client that receives the bell of the display, like a desktop that plays a sound for it.
 class BellListener {
   public:
     BellListener() : display_(XOpenDisplay(nullptr)) {
@@ -51,7 +51,7 @@ std::string littleEndian(std::uint32_t value, int bytes) {
     return text;
 }
 
-// A WAV file with a tenth of a second of silence.
+// Returns a WAV file with a tenth of a second of silence.
 std::string quietSound() {
     const std::string samples(1600, '\0');
     const auto size = static_cast<std::uint32_t>(samples.size());
@@ -84,8 +84,8 @@ class AlertSoundBellTest : public testing::Test {
     }
 
     static void set(const char* variable, const std::string& value) { ::setenv(variable, value.c_str(), 1); }
-    // Plays the sound and waits until the player exits, because the player needs the X server. This process has adopted
-    // the player.
+    // Plays the sound and waits until the player exits, since the player needs the X server. This process is a
+    // subreaper, so the player has become its child.
     static void play() {
         playAlertSound();
         int status = -1;

@@ -16,7 +16,7 @@
 
 // The C library leaks parts of LOCPATH if a locale is missing; only tests set that variable. If the library's debugging
 // symbols are installed, the names of its functions start with two underscores. So these patterns match a part of the
-// name. The sanitizer defines the name of this function.
+// name. The leak sanitizer calls this function for its patterns.
 extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
 extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\nleak:argz_create_sep\n"; }
 

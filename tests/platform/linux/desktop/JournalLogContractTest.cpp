@@ -43,7 +43,7 @@ class SyslogDriver {
     JournalLog log_{folder_ / "journal", folder_ / "syslog"};
 };
 
-// A system with neither: the user who started the program sees the lines.
+// A system with neither a journal nor syslog. The user who started the program sees the lines on standard error.
 class StandardErrorDriver {
   public:
     SystemLog& log() { return log_; }

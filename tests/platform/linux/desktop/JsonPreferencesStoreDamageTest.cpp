@@ -1,5 +1,5 @@
 // Damaged preferences files. No content of the file may crash the program. Loading writes nothing and logs at most one
-// line. Saving preserves both the stored values and the damaged file.
+// line. Saving keeps the values of a valid file, and puts a damaged one aside unchanged.
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -16,14 +16,14 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
-// All keys that the program stores, and one unknown key.
+// All keys that the program stores, and three unknown keys.
 const std::string whole = R"({"unknown": {"deep": [1, {"x": "y"}], "escaped": "\u00e9\"\\"},
   "selectedDeviceIDs": ["USB Mouse#1133:49271", "Мышь#1:2"], "big": 12345678901234567890, "isEnabled": false,
   "blockMode": "always", "last": -1.5e-3})";
 
 class JsonPreferencesStoreDamageTest : public PreferencesFixture {
   protected:
-    // Loads the text, saves one key, and checks everything that must be true for any text.
+    // Loads the text, saves one key, and checks what holds for any text.
     void loadAndSave(const std::string& stored) {
         writeFile(path_, stored);
         const auto before = traces(path_);
@@ -175,7 +175,7 @@ TEST_F(JsonPreferencesStoreDamageTest, OfTheWrongTypesAreKeptWhenAnotherKeyIsSav
     }
 }
 
-// Makes a few random edits in a valid file: bytes changed, inserted, removed or repeated.
+// Returns the text with one to four random edits: bytes changed, inserted, removed or repeated.
 std::string mutated(std::string text, std::mt19937& random) {
     const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
     constexpr std::string_view marks = "{}[]:,\"\\ \n\t0-.eEtnu";

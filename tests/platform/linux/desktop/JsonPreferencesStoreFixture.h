@@ -30,7 +30,7 @@ class PreferencesFixture : public testing::Test {
     }
     std::string text() const { return readFile(path_); }
 
-    // The attributes that any change of the file would alter.
+    // Returns attributes of which any change of the file alters at least one.
     static auto traces(const std::string& path) {
         struct stat status {};
         const int error = ::lstat(path.c_str(), &status);

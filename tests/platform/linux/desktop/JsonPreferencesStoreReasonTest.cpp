@@ -16,7 +16,7 @@
 namespace kovra {
 namespace {
 
-// A message catalog with one translated text, in the binary format of gettext.
+// Returns a message catalog with one translated text, in the binary format of gettext.
 std::string catalogOf(const std::string& original, const std::string& translation) {
     const auto size = [](const std::string& text) { return static_cast<std::uint32_t>(text.size()); };
     constexpr std::uint32_t originals = 28, translations = 36, texts = 44;
@@ -35,7 +35,7 @@ std::string catalogOf(const std::string& original, const std::string& translatio
     return catalog + original + '\0' + translation + '\0';
 }
 
-// A system with Russian messages, where one of them has a recognizable translation.
+// A system with Russian messages, one of which has a recognizable translation.
 class RussianSystem {
   public:
     RussianSystem() {

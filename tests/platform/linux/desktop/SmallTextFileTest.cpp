@@ -15,7 +15,7 @@
 namespace kovra {
 namespace {
 
-// The inode and the size that a file or a folder had when it was synced.
+// What was synced: the inode and the size of a file or a folder at that moment.
 struct Synced {
     ino_t inode = 0;
     off_t size = 0;
@@ -29,7 +29,7 @@ int errorOfSync = 0;
 }  // namespace
 }  // namespace kovra
 
-// Takes the place of the C library's function in this program, and records each call.
+// Replaces the C library's function in this program, and records each call.
 extern "C" int fsync(int descriptor) {
     struct stat status {};
     if (::fstat(descriptor, &status) == 0 && !kovra::targetPath.empty())

@@ -12,7 +12,8 @@
 namespace kovra {
 namespace {
 
-// How other programs read the entry: systemd, which starts it on some desktops, and desktop-file-validate.
+// The autostart entry as other programs read it: systemd, which starts the program on some desktops, and
+// desktop-file-validate.
 class XdgLoginServiceReadersTest : public testing::Test {
   protected:
     static constexpr const char* generator = "/usr/lib/systemd/user-generators/systemd-xdg-autostart-generator";
@@ -24,7 +25,7 @@ class XdgLoginServiceReadersTest : public testing::Test {
         environment_.set("XDG_CURRENT_DESKTOP", "KDE");
     }
 
-    // Returns the program that systemd would start at login, or an empty text if it would start none.
+    // Returns the command that systemd would start at login, or an empty text if it would start none.
     std::string startedBySystemd() {
         std::filesystem::remove_all(scripts_ / "units");
         std::filesystem::create_directory(scripts_ / "units");

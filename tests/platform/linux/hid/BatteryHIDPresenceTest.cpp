@@ -16,7 +16,7 @@ using std::chrono_literals::operator""s;
 const MockBattery on{};
 const MockBattery off{.online = "0", .status = "Unknown"};
 
-// A mouse at a receiver, with number 1, bound to the receiver's driver.
+// A mouse at a receiver, bound to the receiver's driver. The number of its HID node is 1.
 class BatteryHIDPresenceTest : public testing::Test {
   protected:
     void plug(const std::optional<MockBattery>& battery) {

@@ -25,10 +25,10 @@ constexpr const char* hci1 = "/org/bluez/hci1";
 constexpr const char* mouseAddress = "D4:F5:13:AA:BB:0C";
 constexpr const char* otherAddress = "D4:F5:13:AA:BB:0D";
 
-// A machine with an adapter and, on it, a mouse with number 1.
+// A machine with two Bluetooth adapters, and a mouse at the first one. The number of the mouse's HID node is 1.
 class BluezHIDPresenceTest : public testing::Test {
   protected:
-    // Starts BlueZ, which knows the mouse.
+    // Starts BlueZ with the mouse as one of its devices.
     void startBluez(bool isConnected) {
         prepareBluez();
         bluez_->addDevice(hci0, mouseAddress, isConnected);
@@ -44,12 +44,12 @@ class BluezHIDPresenceTest : public testing::Test {
         EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); })) << "not reported: " << report;
         EXPECT_EQ(rig_.newReports(), Reports{report});
     }
-    // The second query is sent after the subscription, so the subscription is active when the query arrives.
+    // Waits for the second query. It is sent after the subscription, which is therefore active when the query arrives.
     void waitUntilSubscribed() {
         EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->queries >= 2; }));
     }
 
-    // Waits until nothing more is pending.
+    // Waits until the loop makes only the turns of the timer, so nothing is pending.
     void waitUntilIdle() {
         for (int tries = 0; tries < 200 && turnsWithin(rig_.loop, 50ms) > 2;) ++tries;
     }
@@ -289,7 +289,7 @@ TEST_F(BluezHIDPresenceTest, TreatsADeviceWithInvalidPropertiesAsPresent) {
     expectReport("+1 apple");
 }
 
-// The bus could start a service of that name.
+// The bus could start org.bluez by its service file. The program must not cause that.
 TEST(BluezHIDPresenceServiceTest, StartsNoService) {
     const TempFolder home;
     Environment environment;

@@ -79,7 +79,7 @@ class MockHIDBus {
         umockdev_testbed_uevent(testbed_.get(), ("/sys" + path(name)).c_str(), action.c_str());
     }
 
-    // Sets the battery of the node, without an event. A node has one battery for each name.
+    // Sets the battery of the node, without an event. A node may have several batteries, each with a name of its own.
     void setBattery(const std::string& name, const MockBattery& battery,
                     const std::string& batteryName = "hidpp_battery_0") {
         const auto its = powerSupply(path(name), batteryName);

@@ -14,7 +14,7 @@
 
 namespace kovra {
 
-// Takes the place of BlueZ on a bus that has no real one, for as long as this object lives. Exports adapters and
+// A substitute for BlueZ on a bus that has no real one, for as long as this object lives. It exports adapters and
 // devices.
 class StandInBluez {
   public:
@@ -30,8 +30,8 @@ class StandInBluez {
         sd_bus_slot_unref(manager_);
     }
 
-    // Acquires BlueZ's name, after which clients can query it. Objects that were added before are known from the
-    // beginning.
+    // Acquires BlueZ's name, after which clients can query it. The first reply contains the objects that were added
+    // before.
     void acquireName() { EXPECT_GE(sd_bus_request_name(machine_.bus(), "org.bluez", 0), 0); }
 
     void addAdapter(const std::string& path, const std::string& address) {

@@ -12,7 +12,7 @@ namespace {
 using Reports = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 
-// The announcer alone, on a bus of its own and with a clock that only the test advances.
+// The announcer alone, on a HID bus of its own and with a clock that only the test advances.
 class UdevHIDAnnouncerTest : public testing::Test {
   protected:
     MockHIDNode added(MockHIDNode node) {

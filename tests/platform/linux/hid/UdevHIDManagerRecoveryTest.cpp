@@ -9,8 +9,8 @@
 #include "BLE_kovra/platform/linux/hid/UdevHIDManager.h"
 #include "tests/platform/linux/hid/UdevHIDRig.h"
 
-// The linker puts this in place of libudev's function, so that a test can make it fail as after an overflow of the
-// socket. The mock bus cannot simulate an overflow.
+// The linker puts __wrap_udev_monitor_receive_device() in place of libudev's function. A test can make it fail as after
+// an overflow of the socket, which the mock bus cannot simulate.
 namespace {
 bool nextReceptionOverflows = false;
 }
@@ -33,7 +33,8 @@ using Reports = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
 
-// Three devices are announced. Then, without an event, one is removed, one is renamed, and a fourth is added.
+// The manager after missed events. Three devices are announced. Then, without an event, one is removed, one is renamed,
+// and a fourth is added.
 class UdevHIDManagerRecoveryTest : public testing::Test {
   protected:
     void missEverything(UdevHIDRig& rig) {
@@ -125,7 +126,7 @@ TEST_F(UdevHIDManagerRecoveryTest, ResynchronizesWithoutAnOpenManager) {
     EXPECT_EQ(rig.newReports(), Reports());
 }
 
-// A machine without udevd, where no event is announced.
+// A machine without udevd. No event arrives, so the manager polls.
 class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
   protected:
     UdevHIDManagerPollingTest() { rig_.stopUdevd(); }

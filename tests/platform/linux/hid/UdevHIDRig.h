@@ -35,7 +35,7 @@ class UdevHIDRig {
         manager->open();
     }
 
-    // Runs the loop until a hundred turns in a row have brought no report.
+    // Runs the loop until no report has arrived for a hundred turns in a row.
     void settle() {
         for (int quietTurns = 0; quietTurns < 100;) {
             const std::size_t before = reports.size();
@@ -50,7 +50,7 @@ class UdevHIDRig {
         const auto task = loop.asyncAfter(duration, [&] { isOver = true; });
         loop.runUntil([&] { return isOver; });
     }
-    // Returns whether the condition held in time.
+    // Runs the loop until the condition holds. Returns whether it held in time.
     bool waitUntil(const std::function<bool()>& condition, std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
         bool isOver = false;
         const auto task = loop.asyncAfter(atMost, [&] { isOver = true; });

@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// A program with a hot key in a Wayland session whose desktop has the portal.
+// The hot keys of a program in a Wayland session whose desktop has the portal.
 struct PortalRig {
     PrivateBus daemon{"DBUS_SESSION_BUS_ADDRESS"};
     SdEventLoop loop;

@@ -16,8 +16,8 @@
 
 namespace kovra {
 
-// Takes the place of a desktop's portal for global shortcuts, with its published interface, on a bus that has no real
-// one. Refuses malformed calls. Can also refuse valid ones, send invalid responses, and exit.
+// A substitute for a desktop's portal for global shortcuts, with its published interface, on a bus that has no real
+// one. It refuses malformed calls. It can also refuse valid ones, send invalid responses, and exit.
 class StandInPortal {
   public:
     explicit StandInPortal(SdEventLoop& loop) : loop_(loop) { start(); }
@@ -69,7 +69,7 @@ class StandInPortal {
 
     // The behavior of the portal:
     std::vector<std::string> remembered;          // shortcuts of this program that the user accepted earlier
-    bool knowsRegistry = true;                    // later versions know it
+    bool knowsRegistry = true;                    // whether it has the registry, as later versions do
     bool answersBeforeItReplies = false;          // the response to a request precedes the reply to its call
     bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
     std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0

@@ -35,7 +35,8 @@ struct HotKeyRig : XKeyRig {
         hotKey.reset();
         turn();
     }
-    // Returns what the pressed keys cause: "pressed", "window", both or "".
+    // Presses the keys. Returns "pressed" if that was reported as the hot key, "window" if the window received T, both
+    // words, or "".
     std::string outcome(const Keys& keys) {
         pressed = 0;
         keyboard.chord(keys);
@@ -43,7 +44,7 @@ struct HotKeyRig : XKeyRig {
         const std::string ours = pressed == 0 ? "" : pressed == 1 ? "pressed" : "pressed more than once";
         return ours + (keyboard.pressesInTheWindow().empty() ? "" : "window");
     }
-    // Returns the outcome of the hot key for every combination of lock keys.
+    // Returns the outcome of the hot key for every combination of Caps Lock and Num Lock.
     std::vector<std::string> outcomesWithLocks() {
         std::vector<std::string> outcomes;
         for (const xcb_keycode_t lock : {key::capsLock, key::numLock, key::capsLock, key::numLock}) {

@@ -34,8 +34,8 @@ class DBusActivationTest : public testing::Test {
         EXPECT_GE(sd_bus_attach_event(bus, loop_.event(), SD_EVENT_PRIORITY_NORMAL), 0);
     }
 
-    // Returns the reply as text, or "error NAME".
     using Write = std::function<void(BusWriter&)>;
+    // Calls the first instance. `write` writes the arguments. Returns the reply as text, or "error NAME".
     std::string call(const char* member, const Write& write, const char* object = "/org/ble_kovra/BLEKovra",
                      const char* interface = "org.freedesktop.Application") {
         sd_bus_message* made = nullptr;
@@ -67,7 +67,8 @@ class DBusActivationTest : public testing::Test {
         EXPECT_EQ(log.lines, std::vector<std::string>());
         return isSecond;
     }
-    // In a thread, because a further start waits for the first one's reply.
+    // Starts the program again, in a thread: the new start waits for a reply of the first instance, whose loop must run
+    // meanwhile.
     void startAgain() {
         std::atomic<bool> hasEnded = false;
         std::thread start([&] {

@@ -24,7 +24,7 @@ namespace {
 using std::chrono_literals::operator""ms;
 namespace fs = std::filesystem;
 
-// A machine on which the flag is two folders deep, as on a real one.
+// A machine on which the flag is three folders deep, as on a real one.
 class FlagHandoverTest : public testing::Test {
   protected:
     FlagHandoverTest() { fs::create_directories(folder_); }
@@ -147,7 +147,7 @@ TEST_F(FlagHandoverTest, ReportsThatAllFoldersWereCreatedAtOnce) {
     EXPECT_TRUE(isReported());
 }
 
-// When its queue is full, the kernel drops further events, including those of the flag.
+// When an inotify queue is full, the kernel drops further events, including events for the flag.
 TEST_F(FlagHandoverTest, ReportsAHandOverIfTheQueueOfTheKernelOverflows) {
     writeFile(flag_, "off");
     watch();
@@ -211,7 +211,8 @@ TEST_F(FlagHandoverTest, SleepsWhileItMayNotReadTheFolder) {
     EXPECT_TRUE(isReported());
 }
 
-// A user's programs often use up all the watches that the user may have.
+// A hand-over without an inotify watch. On a real machine, the user's other programs may have used up all watches. Here
+// no descriptor can be opened for the watch.
 class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
   protected:
     FlagHandoverWithoutAWatchTest() {

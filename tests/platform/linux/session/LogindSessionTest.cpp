@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Takes the place of the login manager on a bus, and emits its documented signals.
+// A substitute for the login manager on a bus. It emits the login manager's documented signals.
 class LoginManager {
   public:
     LoginManager() {
@@ -48,7 +48,8 @@ class LoginManager {
     BusHandle bus_;
 };
 
-// Signals of one sender arrive in order. So once the last two have arrived, all earlier ones have arrived too.
+// A session, and a record of its events. Signals of one sender arrive in order. So once the last two signals of
+// eventsReceived() have arrived, all earlier ones have arrived too.
 struct SessionRig {
     PrivateBus bus{"DBUS_SYSTEM_BUS_ADDRESS"};
     LoginManager manager;
@@ -59,7 +60,7 @@ struct SessionRig {
     LogindSession session{machine, "c2", recording(""), [this](const std::string&) { return hasFile; }};
 
     SessionRig() {
-        // The bus installs the matches only a moment later, and the one for the end of the session last.
+        // The bus installs the matches some time after the request, and the match for the end of the session last.
         for (int tries = 0; received.empty() && tries < 500; ++tries) {
             sessionRemoved("c2");
             turnUntil([this] { return !received.empty(); }, 20ms);
@@ -159,7 +160,7 @@ TEST(LogindSessionTest, IgnoresThatAnotherSessionIsActive) {
     EXPECT_EQ(rig.eventsReceived(), "");
 }
 
-// Object paths escape a name such as "2".
+// In an object path, the session name "2" is escaped as "_32".
 TEST(LogindSessionTest, RecognizesASessionWhoseNameIsANumber) {
     SessionRig rig;
     const LogindSession numbered(rig.machine, "2", rig.recording("2 "));

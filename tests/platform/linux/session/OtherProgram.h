@@ -16,8 +16,8 @@
 
 namespace kovra {
 
-// Another program on the session bus: it owns a name, records the calls that it receives, and replies to those that it
-// knows with nothing. To all others it replies with an error.
+// Another program on the session bus. It owns a name and records the calls that it receives. To the methods that it
+// knows it replies without values, and to all others with an error.
 class OtherProgram {
   public:
     OtherProgram(const char* name, std::vector<std::string> known) : known_(std::move(known)) {
@@ -35,7 +35,7 @@ class OtherProgram {
     OtherProgram(const OtherProgram&) = delete;
     OtherProgram& operator=(const OtherProgram&) = delete;
 
-    // Each as "Member arguments".
+    // Returns the received calls, each as "Member arguments".
     std::vector<std::string> calls() const {
         const std::lock_guard lock(mutex_);
         return calls_;

@@ -46,7 +46,8 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         writeFile(flag_.string() + ".new", "off");
         std::filesystem::rename(flag_.string() + ".new", flag_);
     }
-    // Waits until `last` has been done. After that, doneAll_ contains everything done since the previous call.
+    // Waits until `last` has been done, and returns whether it was. After that, doneAll_ contains everything done since
+    // the previous call.
     bool does(const std::string& last) {
         const bool isDone = turnUntil(loop_, [&] { return done_.ends_with(last); });
         doneAll_ = std::exchange(done_, {});
@@ -57,7 +58,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         return std::exchange(done_, {});
     }
 
-    std::string doneAll_;  // up to the last call of does()
+    std::string doneAll_;  // what the last call of does() has collected
 
   private:
     template <typename... Values>
@@ -66,7 +67,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         EXPECT_GE(sd_bus_flush(login_.get()), 0);
     }
     void applicationDidFinishLaunching() override {
-        // Repeats the signal, since the bus installs a match only a moment later.
+        // Repeats the signal, since the bus installs a match some time after the request.
         for (int tries = 0; done_.empty() && tries < 500; ++tries) {
             resume();
             turnUntil(

@@ -88,7 +88,8 @@ TEST(SingleInstanceTest, NotifiesTheDesktopOnceThatItRunsWithoutTheName) {
     EXPECT_EQ(desktop.calls(), std::vector<std::string>{notification});
 }
 
-// Two instances that do not find each other on a bus would both write the flag.
+// The lock detects an instance that cannot be reached on the session bus. Otherwise both instances would write the
+// flag.
 class SingleInstanceLockTest : public testing::Test {
   protected:
     using Lines = std::vector<std::string>;

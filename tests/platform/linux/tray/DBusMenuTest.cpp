@@ -20,7 +20,7 @@ const std::string separator = R"(["type":"separator"])";
 const std::string quit = R"(["label":"Quit" "shortcut":[["Control" "q"]]])";
 const std::string root = R"(["children-display":"submenu"])";
 
-// Removes the revision, which is the first number of a layout and only ever grows.
+// Returns the layout without its first number, the revision, which only ever grows.
 std::string withoutRevision(const std::string& layout) { return layout.substr(layout.find(' ') + 1); }
 
 struct MenuRig : StatusNotifierRig {

@@ -15,7 +15,7 @@
 
 namespace kovra {
 
-// An item with a small menu, together with the real window process on a real screen.
+// An item with a small menu, together with the real window process on an X server (Xvfb).
 class ItemOnScreen : public WindowProcessOnScreen {
   protected:
     static constexpr int toggleTag = 1;
@@ -38,10 +38,11 @@ class ItemOnScreen : public WindowProcessOnScreen {
         if (tag != 0) added.state = MenuItemState::on;
     }
 
-    // The menu window has no title of its own, so it has the name of the application.
+    // Returns the rectangle of the menu if it is visible. Its window has no title of its own, so it has the name of the
+    // application.
     std::optional<Onlooker::Place> menu() { return onlooker.window("BLE-kovra"); }
-    // Waits until the menu is open and receives all input. The toolkit grabs the keyboard and the pointer only after it
-    // has mapped the window; input before that is lost.
+    // Waits until the menu is open and receives all input, and returns its rectangle. The toolkit grabs the keyboard
+    // and the pointer only after it has mapped the window; input before that is lost.
     Onlooker::Place openedMenu() {
         waitUntil([&] { return menu() && isInputGrabbed(); });
         return menu().value_or(Onlooker::Place());
@@ -53,8 +54,8 @@ class ItemOnScreen : public WindowProcessOnScreen {
     std::vector<std::string> done;
 
   private:
-    // Tries to grab the keyboard and the pointer. This fails while another client has grabbed them. The server handles
-    // no other client in between, so that the attempt never takes the place of the menu's own grab.
+    // Returns whether the menu has grabbed the keyboard and the pointer, since an attempt to grab them then fails. The
+    // server is grabbed during the attempt, so that the menu cannot fail to grab them because of it.
     bool isInputGrabbed() {
         xcb_connection_t* connection = x->get();
         const xcb_window_t root = x->roots().front();

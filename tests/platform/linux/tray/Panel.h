@@ -44,13 +44,13 @@ class Panel {
         EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, name, signal, nullptr), 0);
     }
 
-    // Waits for the first item. Returns false if none registers.
+    // Waits for the first item. Returns false if none registers in time.
     bool findsItem() {
         return turnUntil(loop_, [this] { return !items.empty(); });
     }
 
-    // Returns the reply as text, or "error NAME". `write` writes the arguments.
     using Write = std::function<void(BusWriter&)>;
+    // Calls the item. `write` writes the arguments. Returns the reply as text, or "error NAME".
     std::string call(const char* object, const char* interface, const char* member, const Write& write = {}) {
         sd_bus_message* made = nullptr;
         EXPECT_GE(sd_bus_message_new_method_call(bus_.get(), &made, item().c_str(), object, interface, member), 0);
@@ -94,8 +94,8 @@ class Panel {
     }
     std::string click(std::int32_t id) { return event(id, "clicked"); }
 
-    // Returns the signals of the items since the last call, each followed by "; ". The request makes sure that none is
-    // missing: the item replies to it after all earlier signals.
+    // Returns the signals of the items since the last call, each followed by "; ". The item replies to the request of a
+    // property after all earlier signals, so none is missing.
     std::string signals() {
         itemProperty("Id");
         return std::exchange(signals_, {});

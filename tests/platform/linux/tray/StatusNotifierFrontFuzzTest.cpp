@@ -65,7 +65,7 @@ class Stranger {
   public:
     Stranger(Panel& panel, std::uint32_t seed) : panel_(panel), random_(seed) {}
 
-    // Returns the reply. Any reply is correct, but there must be one.
+    // Makes a call and returns the reply. Any reply is correct, but there must be one.
     std::string call() {
         const Method method = one(methods);
         const bool isOrderly = chance(60);
@@ -95,7 +95,8 @@ class Stranger {
         if (chance(60)) return number(-1, 9);
         return chance(50) ? std::numeric_limits<std::int32_t>::min() : std::numeric_limits<std::int32_t>::max();
     }
-    // A list of many long texts would exceed the size limit of a message, and the bus would disconnect this client.
+    // Long texts do not occur in long lists. Such a message would exceed the size limit of the bus, which would
+    // disconnect this client.
     std::string someText() { return !isLong_ && chance(2) ? std::string(300'000, 'a') : std::string(one(words)); }
     std::string someType(int depth) {
         switch (number(0, depth > 0 ? 7 : 4)) {

@@ -175,7 +175,7 @@ TEST(StatusNotifierFrontTest, SignalsOnlyWhatHasChanged) {
     EXPECT_EQ(rig.panel->signals(), "ItemsPropertiesUpdated [(1 [\"toggle-state\":0])] []; ");
 }
 
-// The monitor receives every message that this program sends, to any object.
+// A monitor on the bus counts every message that the program sends, to any destination.
 TEST(StatusNotifierFrontTest, SendsNothingWhenNothingChanges) {
     StatusNotifierRig rig;
     rig.showInPanel();

@@ -69,7 +69,7 @@ struct StatusNotifierRig {
         mark.state = state;
         return mark;
     }
-    // Runs the queue until it is empty, and returns the actions since the last call.
+    // Runs the queue as settle() does, and returns the actions since the last call.
     std::string takeDone() {
         settle();
         return std::exchange(done, {});

@@ -32,7 +32,7 @@ MenuItem mark(
     return item;
 }
 
-// Records each call as text: "image plain template", "tip away", "menu 2", "0 on", each followed by "; ".
+// A front that records each call as text: what has changed, as in "image plain template tip away menu 2 0 on; ".
 class Recorder : public TrayFront {
   public:
     explicit Recorder(std::string& record) : record_(record) {}

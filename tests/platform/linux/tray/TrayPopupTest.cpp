@@ -29,8 +29,8 @@ class TrayPopupTest : public ItemOnScreen {
         popup.open(atX, atY);
         fakeQueue.run();
     }
-    // Requests the menu as a user does, who clicks again if nothing happens. The process refuses a request that is
-    // older than two seconds. On a busy machine, its start may take longer.
+    // Requests the menu as a user does, who clicks again if nothing happens. The window process refuses a request that
+    // is older than two seconds. On a busy machine, the start of the process may take longer.
     Onlooker::Place openMenuAt(int atX, int atY, int clicks = 1) {
         constexpr int attempts = 10;
         for (int attempt = 0; attempt < attempts; ++attempt) {
@@ -132,7 +132,7 @@ TEST_F(TrayPopupTest, ClosesTheMenuAtEscape) {
 
 TEST_F(TrayPopupTest, ClosesTheMenuAtTheNextRequest) {
     openMenuAt(100, 50);
-    let(500ms);  // otherwise the request would count as older than the menu
+    let(500ms);  // a request that is older than the menu does not close it
     request(100, 50);
     waitForClosed();
     openMenuAt(100, 50);

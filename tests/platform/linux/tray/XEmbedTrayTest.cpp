@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A real tray that supports only XEmbed, in the top left corner of the screen. It runs until it is killed.
+// The program trayer, a tray that supports only XEmbed, in the top left corner of the screen. The destructor kills it.
 class Trayer {
   public:
     explicit Trayer(std::vector<std::string> look = {}) {
@@ -51,7 +51,7 @@ Drawing pad(bool hasSlash) {
     return drawing;
 }
 
-// The item in a real XEmbed tray.
+// The item with its front for XEmbed trays. The tests start the trays.
 class XEmbedTrayTest : public ItemOnScreen {
   protected:
     XEmbedTrayTest() {

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// The height of the text in lines of this width, and whether every word fits into a line.
+// The height of a text that is broken into lines of a given width, and whether every word fits into a line.
 struct SetText {
     double height = 0;
     bool fits = true;

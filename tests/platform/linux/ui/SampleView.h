@@ -106,7 +106,7 @@ inline View view(const Content& content) {
         .frame({.width = 440});
 }
 
-// The longest translations.
+// Translations, which differ from the English texts in length.
 inline Texts german() {
     return {.title = "BLE-kovra — Trackpad-Steuerung",
             .block = "Trackpad deaktivieren",
@@ -153,7 +153,7 @@ inline Texts russian() {
             .developedBy = "Разработано: Tamsin Orlek ·"};
 }
 
-// Mice with the ids "0", "1" and so on.
+// Returns mice with the ids "0", "1" and so on.
 inline std::vector<Device> mice(int count) {
     std::vector<Device> devices;
     for (int i = 0; i < count; ++i) devices.push_back({std::to_string(i), "Mouse " + std::to_string(i)});

@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// Reads the properties of windows from the X server.
+// A client that reads the properties of windows from the X server.
 class XProperties {
   public:
     XProperties() : server_(xcb_connect(nullptr, nullptr)) {}

@@ -2,7 +2,7 @@
 """Reads and operates a window over AT-SPI, like a screen reader.
 
   screen_reader.py read                    prints the tree of objects with their roles, names and states
-  screen_reader.py do ACTION ROLE NAME     performs the action of the first object with this role and name
+  screen_reader.py do ACTION ROLE NAME     performs the action of the first object with this role and name that has it
 
 Both wait up to ten seconds for the application BLE-kovra. They exit with 1 if the application or the object is missing.
 """

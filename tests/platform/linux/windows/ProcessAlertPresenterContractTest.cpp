@@ -29,7 +29,7 @@ class ProcessDriver {
     void terminate() { loop_.stop(); }
 
   private:
-    // Looks at the screen periodically.
+    // Checks periodically which alerts the fake window process shows.
     void scheduleLook() {
         loop_.asyncAfter(std::chrono::milliseconds(2), [this] {
             scheduleLook();

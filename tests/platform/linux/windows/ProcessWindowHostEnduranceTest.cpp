@@ -32,7 +32,7 @@ View listOf(const std::vector<std::string>& devices, int change) {
     return list;
 }
 
-// A window stays open for a day while mice come and go. Memory must be freed along the way and at the end.
+// A window stays open while mice come and go many times. Memory must be freed along the way and at the end.
 TEST(ProcessWindowHostEnduranceTest, LeaksNothingInAHundredThousandChangesOfTheList) {
     constexpr int changes = 100'000;
     const TempFolder folder;

@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 using Path = std::vector<std::string>;
 
-// A window with one control of each kind, shown by a fake window process.
+// A window with switches, a picker and a link, shown by a fake window process.
 class ProcessWindowHostTest : public testing::Test {
   protected:
     ProcessWindowHostTest() { window->setTitle("A title"); }

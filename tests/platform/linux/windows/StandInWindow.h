@@ -98,7 +98,7 @@ exec cat <&3 >$here/received.$$
         return shown && isRunning() ? shown->alerts : std::vector<ShowAlerts::Open>();
     }
 
-    // Checks the condition every few milliseconds, because no descriptor reports these changes.
+    // Checks the condition every few milliseconds, because no descriptor reports what the process writes to its files.
     void turnUntil(const std::function<bool()>& condition) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         bool holds = false;

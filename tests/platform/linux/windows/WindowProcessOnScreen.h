@@ -18,7 +18,7 @@
 
 namespace kovra {
 
-// The real window process on a real screen, with a client that watches and clicks. Without a window, the process is
+// The real window process on an X server (Xvfb), with a client that watches and clicks. A process that shows nothing is
 // kept only briefly.
 class WindowProcessOnScreen : public testing::Test {
   protected:

@@ -19,7 +19,7 @@ namespace kovra {
 
 using namespace std::chrono_literals;
 
-// Runs shell scripts as the window process. They write their results to files in the folder `$here`.
+// A rig that runs shell scripts as the window process. The scripts write their results to files in the folder `$here`.
 class WindowProcessRig : public testing::Test {
   protected:
     static constexpr auto limit = 20s;
@@ -57,7 +57,7 @@ class WindowProcessRig : public testing::Test {
     void showAlert() { window->show(ShowAlerts{{{7, "", {}}}}); }
     void popUp(int x) { window->send(PopUpMenu{.x = x, .y = 0, .asked = {}, .menu = {}}); }
 
-    // Checks the condition every few milliseconds, because no descriptor reports these changes.
+    // Checks the condition every few milliseconds, because no descriptor reports what a script writes to its files.
     void waitFor(const std::function<bool()>& condition) {
         const auto end = std::chrono::steady_clock::now() + limit;
         while (!condition() && std::chrono::steady_clock::now() < end) let(5ms);

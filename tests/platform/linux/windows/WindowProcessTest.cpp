@@ -74,7 +74,8 @@ exec cat <&3 >/dev/null)");
     waitFor([&] { return !read("done").empty(); });
     std::signal(SIGPIPE, oldPipe);
     ::close(open);
-    // libc reserves two signals. Descriptor 10 is the script that the shell runs.
+    // The C library leaves two signals ignored, which it reserves for itself. Descriptor 10 is the script that the
+    // shell runs.
     EXPECT_EQ(read("report"), "0000000000000000 0000000180000000  0 1 10 2 3\n");
     EXPECT_EQ(read("places").substr(0, 27), "/dev/null\n/dev/null\nsocket:") << read("places");
 }
@@ -256,7 +257,7 @@ TEST_F(WindowProcessTest, TerminatesTheProcessInItsDestructor) {
     window.reset();
     int status = 0;
     const pid_t reaped = ::waitpid(child, &status, 0);
-    // The destructor has reaped the child if that exited immediately.
+    // If the child exited immediately, the destructor has reaped it.
     EXPECT_TRUE(reaped == child ? WIFSIGNALED(status) : errno == ECHILD);
 }
 

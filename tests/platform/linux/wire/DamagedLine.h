@@ -8,7 +8,8 @@
 
 namespace kovra {
 
-// Returns false if both sides reject the line. Otherwise expects a valid message, which survives another transfer.
+// Returns whether one of the two sides accepts the line. Expects that an accepted line is a valid message, which
+// survives another transfer.
 inline bool isAccepted(const std::string& line) {
     const auto toWindow = decodeToWindow(line);
     const auto toResident = decodeToResident(line);

@@ -212,7 +212,8 @@ TEST(EncodingOfWindowsTest, RejectsMessagesOfTheOtherDirection) {
     }
 }
 
-// Replaces each value of a message in turn by one of another type. Returns how many of these messages were rejected.
+// Replaces each value of a message in turn, by values of several types. Returns how many of the resulting messages were
+// rejected.
 template <typename Decode>
 int damageEverywhere(const Json& whole, const Json& place, const Json::json_pointer& path, const Decode& decode) {
     int rejected = 0;

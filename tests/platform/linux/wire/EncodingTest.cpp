@@ -166,7 +166,8 @@ TEST(EncodingTest, RejectsMessagesOfTheOtherDirection) {
     EXPECT_FALSE(decodeToWindow(encode(ToResident(MenuClosed{1ms, 1}))));
 }
 
-// Replaces each value of a message in turn by one of another type.
+// Replaces each value of a message in turn, by values of several types. Adds to `rejected` how many of the resulting
+// messages were rejected.
 void damageEverywhere(const Json& whole, Json& place, const Json::json_pointer& path, int& rejected) {
     for (const Json& wrong :
          {Json(), Json(Json::object()), Json(Json::array({nullptr})), Json("x"), Json(-3), Json(1e300)}) {

@@ -12,7 +12,7 @@
 
 namespace kovra {
 
-// Generates random windows, alerts and user actions, with all kinds of views, modifiers and texts.
+// A generator of random windows, alerts and user actions, with all kinds of views, modifiers and texts.
 class RandomMessages {
   public:
     explicit RandomMessages(std::uint32_t seed) : random_(seed) {}

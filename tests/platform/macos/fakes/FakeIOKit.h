@@ -30,7 +30,7 @@ struct FakeInterface {
 //
 // - When its matching is set, a manager finds the devices that are already attached. It reports them from the run loop
 //   once it is scheduled, whether or not it is open.
-// - Without the user's permission, the callbacks are still called, with an error as their result.
+// - Without the user's permission, attached devices are still reported, with an error as the result.
 // - A manager is scheduled once, and must not lose its last reference while it calls back.
 struct FakeIOKit {
     using Plugged = std::shared_ptr<FakeInterface>;

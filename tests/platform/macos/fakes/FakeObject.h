@@ -23,7 +23,8 @@ enum class FakeType : CFTypeID {
     manager
 };
 
-// Counts references, as every CoreFoundation object does. The address sanitizer finds a use after the last release.
+// An object that counts references, as every CoreFoundation object does. The address sanitizer finds a use after the
+// last release.
 class FakeObject {
   public:
     enum class Life { counted, endless };  // endless: constants of the system

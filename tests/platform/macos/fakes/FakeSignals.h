@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The signals of the process as dispatch delivers them: on the main queue, to the sources of that signal. The test
+// The signals of the process as dispatch delivers them: on the main queue, to the sources for the signal. The test
 // aborts if a signal is not ignored, since its default action would apply.
 class FakeSignals {
   public:

@@ -24,7 +24,7 @@ class IOKitDriver {
   public:
     HIDService& service() { return service_; }
 
-    // Returns the indexes of the interfaces among all that were ever attached.
+    // Attaches the device. Returns the indexes of its interfaces among all that were ever attached.
     std::vector<std::size_t> attach(const DeviceDescription& device) {
         std::vector<std::size_t> places;
         for (int i = 0; i < device.interfaceCount; ++i) {

@@ -214,7 +214,7 @@ TEST_F(AlertWindowTest, WidensItsLinesBeforeItIsTallerThanTheScreen) {
         ASSERT_GT(rest + setText(text(1).text(), text(1).font(), usualLine).height, screen.height()) << words;
         EXPECT_GT(window->width(), usual.width()) << words;
         EXPECT_LE(window->width(), screen.width() * 9 / 10) << words;
-        EXPECT_LT(window->height(), screen.height() - window->fontMetrics().height()) << words;  // for the frame
+        EXPECT_LT(window->height(), screen.height() - window->fontMetrics().height()) << words;  // a line for the frame
         EXPECT_TRUE(isWhole(text(1))) << words;
         EXPECT_TRUE(isWhole(button(0))) << words;
     }
@@ -252,7 +252,7 @@ TEST_F(AlertWindowTest, ItsTextsCanBeCopied) {
     EXPECT_TRUE(text(1).hasSelectedText());
     QTest::keySequence(window->windowHandle(), QKeySequence::Copy);
     EXPECT_EQ(QApplication::clipboard()->text(), "someone");
-    // The keys still work.
+    // The Return key still works.
     press(Qt::Key_Return);
     EXPECT_EQ(answers, Answers{0});
 }

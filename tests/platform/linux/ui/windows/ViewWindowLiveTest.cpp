@@ -1,4 +1,4 @@
-// The window on an X server, with real mouse and keyboard events while its content changes.
+// The window on an X server (Xvfb), with the server's mouse and keyboard events while its content changes.
 
 #include <gtest/gtest.h>
 

@@ -76,7 +76,7 @@ typedef CFIndex CFNumberType;
 enum { kCFNumberSInt64Type = 4, kCFNumberDoubleType = 13 };
 CFTypeID CFNumberGetTypeID(void);
 CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void* value);
-// If the number does not fit into the type, stores the nearest value and returns false.
+// If the number does not fit into the type, stores an approximation and returns false.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
 typedef struct {

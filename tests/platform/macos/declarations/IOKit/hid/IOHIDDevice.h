@@ -1,7 +1,7 @@
 // The functions of HID devices that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
-// This header does not include that of the registry: a source that uses the registry includes its header.
+// This header does not include IOKitLib.h: a source that uses the registry must include it itself.
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOTypes.h>
 

@@ -1,4 +1,4 @@
-// The names of the HID system that BLE-kovra uses, declared for machines that are not Macs.
+// The keys and options of HID devices that BLE-kovra uses, declared for machines that are not Macs.
 #pragma once
 
 #include <stdint.h>
