@@ -3,8 +3,8 @@
 
   check_format.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 
-Only version 14 counts, since other versions produce a different format. The exit status is 1 if a file would change, or
-if this version is not installed.
+Only version 14 counts, since other versions produce a different format. The exit status is 1 if a file would change, if
+there is no source, or if this version is not installed.
 """
 import pathlib
 import re
@@ -18,7 +18,7 @@ SUFFIXES = {".cpp", ".h", ".mm"}
 
 
 def formatter():
-    """Returns the path of clang-format 14 under any name; None if it is not installed."""
+    """Returns the path of clang-format 14, by its name with or without the version; None if it is not installed."""
     for name in (f"clang-format-{VERSION}", "clang-format"):
         path = shutil.which(name)
         if not path:

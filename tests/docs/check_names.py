@@ -4,9 +4,10 @@
   check_names.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 
 tests/<room> mirrors the room. The tests of Name.cpp are in NameTest.cpp, or in Name<Aspect>Test.cpp if one file is not
-enough. A suite is named after a class of the room in the same way: NameTest or Name<Aspect>Test. A contract runs on an
+enough. A suite is named after a source of the room in the same way: NameTest or Name<Aspect>Test. A contract runs on an
 adapter under the adapter's name. In a folder that mirrors no room (contracts, journeys, model and the like) suites are
-named after their file. Prints one line for each name that breaks this rule. The exit status is 1 if there is any.
+named after their file. The check prints one line for each name that breaks this rule. Its exit status is 1 if there is
+any.
 """
 import pathlib
 import re
@@ -17,7 +18,8 @@ CONTRACT = re.compile(r"^\s*INSTANTIATE_TYPED_TEST_SUITE_P\(\s*(\w+)", re.M)
 
 
 def classes_of(root, folder):
-    """Returns the names of the sources in the room that a test folder mirrors; empty if it mirrors none."""
+    """Returns the names of the sources in the room that a test folder mirrors, with "Program" for main; empty if it
+    mirrors none."""
     found = set()
     for room in (root / "BLE_kovra" / folder, root / folder):
         found |= {path.stem for path in room.glob("*") if path.suffix in (".h", ".cpp", ".mm")}

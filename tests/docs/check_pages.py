@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Checks that the files, tests and links that the pages name exist: every file and test in docs/where.md, all links.
+"""Checks that the files, tests and links that the pages name exist.
 
   check_pages.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 
-Prints one line for each name that does not exist and for each row without a file or a test. The exit status is 1 if
-there is any.
+In docs/where.md it checks every file and test. In every page it checks the targets of links, and the paths in
+backquotes below BLE_kovra, tests, tools, bench and docs. It prints one line for each name that does not exist, and for
+each row of docs/where.md without a file or a test. Its exit status is 1 if there is any.
 """
 import pathlib
 import re
@@ -12,7 +13,7 @@ import sys
 
 
 def known_tests(root):
-    """Returns the suites, the tests as Suite.Name, and the scenarios as "kind: sentence"."""
+    """Returns the suites and the checks that CMake adds, the tests as Suite.Name, the scenarios as "kind: sentence"."""
     suites, tests, scenarios = set(), set(), []
     for source in (root / "tests").rglob("*"):
         if source.suffix in (".cpp", ".h"):

@@ -14,7 +14,7 @@
 namespace kovra {
 namespace {
 
-// Runs the test's own program in place of the listing tool, with the same arguments.
+// A runner that starts a program of the test in place of the listing tool, with the same arguments.
 class Substitute : public ProcessRunner {
   public:
     Substitute(ProcessRunner& real, std::string program) : real_(real), program_(std::move(program)) {}
@@ -38,7 +38,7 @@ class DriverListingTest : public testing::Test {
         EXPECT_TRUE(log_.lines.empty());
         return isActive;
     }
-    // Returns the script command that prints the driver's listing in this state.
+    // Returns a command for scripts. It prints a listing with the driver in this state.
     static std::string lists(const std::string& state, const std::string& identifier = DriverActivator::extensionID) {
         return "printf '1 extension(s)\\n\\n*\\t*\\tTEAM000000\\t" + identifier + " (1.0/1.0)\\tdriver\\t[" + state +
                "]\\n'\n";

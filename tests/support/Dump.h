@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// Returns values as text, which a test can compare as a whole.
+// Functions that return values as text, which a test can compare as a whole.
 
 inline std::string dump(const MenuItem& item) {
     if (item.isSeparator) return "---";

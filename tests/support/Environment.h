@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// Sets environment variables for a test and restores them at its end.
+// Environment variables for a test. The destructor restores their previous values.
 class Environment {
   public:
     Environment() = default;

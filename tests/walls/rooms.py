@@ -25,7 +25,7 @@ POSIX = frozenset(
     """.split()
 )
 
-# The headers with which each system reports the end of a program.
+# The headers with the system calls that wait for the end of a process: kqueue on macOS, pidfd_open on Linux.
 PROCESS_END = frozenset({"sys/event.h", "sys/syscall.h"})
 
 QT = re.compile(r"(Qt\w*/.*|Q[A-Z]\w*|q[a-z_]+\.h)")
@@ -49,7 +49,8 @@ LINUX_LIBRARY = re.compile(r"systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
 
 
 def linux(*own):
-    """Allows the system's own headers. Of LINUX_LIBRARY, allows only the headers that match a pattern of `own`."""
+    """Returns a rule for headers in angle brackets. It forbids those of Qt and GoogleTest, and those of LINUX_LIBRARY
+    that match no pattern of `own`."""
     own = re.compile("|".join(own)) if own else None
 
     def may_include(header):
@@ -101,8 +102,8 @@ APP = everything_in("BLE_kovra/app")
 LOGIC = VALUES + L10N + DEVICES + CORE + SYSTEM + APP
 
 LINUX = "BLE_kovra/platform/linux/"
-# The resident program has one room for each outside party. Each entry names the rooms and the libraries that it may
-# use.
+# The resident program has one room for each outside party. Each entry names the rooms and the libraries that the room
+# may use.
 LINUX_ROOMS = {
     "loop": ((), ("systemd/sd-event.h",)),
     "bus": (("loop",), ("systemd/sd-bus.h",)),
@@ -145,7 +146,7 @@ def linux_rooms(names):
 
 UI = linux_rooms(("wire", *UI_ROOMS))
 
-# The composition roots create and connect everything. No other source may include as much.
+# The composition roots create and connect everything. No other source of their programs may include as much.
 ROOTS = (
     Room(
         "BLE_kovra/platform/linux", VALUES + POSIX_ROOM + APP + linux_rooms(LINUX_ROOMS) + linux_rooms(["wire"]),
@@ -195,8 +196,8 @@ MACOS_TOOLS = everything_in("tests/platform/macos/fakes") + (r"tests/platform/ma
 
 
 def tests_of(room, others=(), library=None):
-    """tests/<room> may include the room, what the room may include, fakes and support. Tests of adapters may include
-    contracts."""
+    """Returns the room tests/<room>. It may include the room, what the room may include, fakes and support. Tests of
+    adapters may also include contracts."""
     project = everything_in(room.folder) if room.with_folders else (re.escape(room.folder) + r"/[^/]+\.h",)
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
@@ -207,8 +208,8 @@ def tests_of(room, others=(), library=None):
 
 
 def tests_of_linux(room):
-    """These tests may also include the rigs of the rooms that their room uses, and any library. A test can be a client
-    or a service."""
+    """Returns the room tests/<room> for a room of Linux. It may also include the rigs of the rooms that the room uses.
+    It may use any library but Qt, since a test can act as the client or the service on the other side."""
     neighbours = LINUX_ROOMS.get(room.folder.removeprefix(LINUX), ((), ()))[0]
     rigs = everything_in(*(f"tests/platform/linux/{name}" for name in neighbours))
     return tests_of(room, rigs, any_but_qt)
@@ -222,7 +223,7 @@ TESTS = (
     *(tests_of(room) for room in (*PROGRAM, HELPER)),
     *(tests_of_linux(room) for room in LINUX_PROGRAM),
     tests_of(POSIX_PROGRAM, linux_rooms(["loop"]) + everything_in("tests/platform/linux/loop"), any_but_qt),
-    # The resident program as a process.
+    # These tests start the resident program as a process.
     Room("tests/platform/linux", linux_rooms(["bus"]) + TEST_TOOLS, with_google_test(any_but_qt)),
     Room("tests/platform/linux/ui", VALUES + UI + TEST_TOOLS + CONTRACTS, with_google_test(anything), True,
          with_folders=True),
@@ -240,19 +241,19 @@ TESTS = (
          with_google_test(any_but_qt)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
-    # The whole application, shown by the real widgets.
+    # These tests show the whole application with the real widgets.
     Room("tests/screen", LOGIC + UI + TEST_TOOLS + everything_in("tests/platform/linux/ui", "tests/l10n"),
          with_google_test(anything)),
 )  # fmt: skip
 
-# The benchmarks may use everything. Floors and instruments share no code with the program.
+# The benchmarks may use the whole application and the fakes. Floors and instruments share no code with the application.
 BENCHMARKS = (
     Room("bench", everything_in("BLE_kovra", "tests/fakes", "bench"), anything),
     Room("bench/floors", (r"bench/DeviceNames\.h",), anything),
     Room("bench/instruments", (), any_but_qt),
 )
 
-# The roots come before the rooms that share their folders.
+# The roots come before the rooms that share their folders, since room_of() prefers the first of them.
 ROOMS = (
     *ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS
 )  # fmt: skip

@@ -1,8 +1,10 @@
-"""Checks that no source file breaks the walls between the rooms with an include.
+"""Checks the walls between the rooms: what each source file includes, where it tests for the operating system, and how
+many sources a room has.
 
     python3 walls.py ROOT
 
-Prints one line for each breach, as file:line: what is wrong. The exit status is 1 if there is any.
+The check prints one line for each breach, which starts with the file and the line number. Its exit status is 1 if there
+is any.
 """
 
 import re
@@ -36,7 +38,7 @@ OPERATING_SYSTEM = re.compile(
 
 
 def directives(text):
-    """Yields (line number, name, rest) of each directive, ignoring comments, raw strings and continuations."""
+    """Yields (line number, name, rest) of each directive. Skips comments and raw strings, and joins continued lines."""
 
     # Joins a continued line. Its line feeds are appended, so that the numbers of the following lines stay correct.
     def join(match):

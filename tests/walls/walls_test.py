@@ -1,4 +1,4 @@
-"""Breaks every wall once in a small artificial tree, to show that the check can fail."""
+"""Tests walls.py on small artificial trees: it accepts what is allowed and reports each kind of breach."""
 
 import subprocess
 import sys
@@ -9,7 +9,7 @@ from pathlib import Path
 import rooms
 from walls import Tree
 
-# One header per room, so that an include fails because of the wall and not because the header is missing.
+# Headers that the cases include. They exist, so that a breach is due to the wall and not to a missing header.
 HEADERS = {
     path: "#pragma once\n"
     for path in (
@@ -63,7 +63,7 @@ def includes(*headers):
 
 
 FORBIDDEN = {
-    # Each file, with headers of which each one alone breaks a wall.
+    # Files, each with headers that it may not include. Each of these headers alone is a breach.
     "BLE_kovra/platform/X.h": (
         "BLE_kovra/platform/posix/Posix.h",
         "BLE_kovra/platform/linux/hid/Udev.h",

@@ -62,7 +62,7 @@ class Neighbour {
         return keys_;
     }
 
-    // Returns the title of the window with the focus, or of the nearest parent that has a title.
+    // Returns the title of the window with the focus, or of its nearest parent with a title. Empty if there is none.
     std::string titleWithTheKeyboard() {
         const Handle<xcb_get_input_focus_reply_t, std::free> focus(
             xcb_get_input_focus_reply(x(), xcb_get_input_focus(x()), nullptr));

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <iterator>
 
-// Provided by the address sanitizer, which replaces malloc. Null without it.
+// The address sanitizer, which replaces malloc, provides this function. Without it the address of the function is null.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));  // NOLINT
 
 namespace kovra {
@@ -24,7 +24,7 @@ inline std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(open), end(open)));
 }
 
-// Zombies count too.
+// Returns whether this process has children, zombies included.
 inline bool hasChildren() { return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0; }
 
 }  // namespace kovra

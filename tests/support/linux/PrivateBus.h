@@ -13,7 +13,8 @@
 
 namespace kovra {
 
-// A real dbus-daemon for one test. The environment variable names its address for as long as this object lives.
+// A real dbus-daemon for one test. For as long as this object lives, the environment variable `variable` contains the
+// daemon's address.
 class PrivateBus {
   public:
     // `limits` are elements of the daemon's configuration. If they are given, they replace the standard configuration
@@ -30,7 +31,7 @@ class PrivateBus {
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
-    // Kills the bus. Its address remains in the environment.
+    // Kills the daemon. Its address remains in the environment.
     void end() {
         if (pid_ <= 0) return;
         ::kill(pid_, SIGKILL);
@@ -39,7 +40,7 @@ class PrivateBus {
         ::unlink(socket_.c_str());  // a killed daemon leaves its socket behind
     }
 
-    // Starts another bus at the same address.
+    // Starts another daemon at the same address.
     void restart() {
         end();
         start();
@@ -58,7 +59,7 @@ class PrivateBus {
         ::close(file);
     }
 
-    // Starts a bus at the previous address, if there is one.
+    // Starts a daemon at the previous address, if there is one.
     void start() {
         std::array<int, 2> out{};
         EXPECT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);

@@ -13,7 +13,8 @@
 
 namespace kovra {
 
-// A real X server without a screen, for one test. The environment names it for as long as this object lives.
+// An X server without a screen (Xvfb), for one test. For as long as this object lives, DISPLAY contains the server's
+// address.
 class VirtualScreen {
   public:
     explicit VirtualScreen(std::string size = "320x200x24") {
@@ -48,7 +49,7 @@ class VirtualScreen {
     void pause() const { ::kill(pid_, SIGSTOP); }
     void goOn() const { ::kill(pid_, SIGCONT); }
 
-    // Ends the server. Its address remains in the environment.
+    // Ends the server. Its address remains in DISPLAY.
     void end() {
         if (pid_ <= 0) return;
         ::kill(pid_, SIGTERM);

@@ -11,7 +11,7 @@
 namespace kovra {
 
 // The programs that ProcessRunnerContract requires of a Driver, for a Driver that really starts them. The destructor
-// waits for programs that are still running, which end soon.
+// waits for all children of this process, which end soon.
 class ScriptedPrograms {
   public:
     ScriptedPrograms() = default;

@@ -19,7 +19,7 @@ inline void writeFile(const std::filesystem::path& path, std::string_view conten
     if (!file) throw std::runtime_error("cannot write " + path.string());
 }
 
-// Returns "missing" if there is no such file.
+// Returns the contents of the file, or "missing" if it cannot be opened.
 inline std::string readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "missing";
