@@ -14,7 +14,7 @@
 
 namespace kovra {
 
-// A device whose properties cost no time to read.
+// A device whose properties are in memory, so that reading them costs almost no time.
 class BenchDevice : public HIDDevice {
   public:
     BenchDevice(std::uint64_t number, std::string name) : number_(number), name_(std::move(name)) {}

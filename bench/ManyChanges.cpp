@@ -1,8 +1,8 @@
 // Opens the settings window in a window process, changes its list many times, and closes it.
 //
-// Prints JSON: the private dirty memory of the process in MiB after each tenth of the changes and after closing the
-// window. It also prints the number of descriptors and threads before and after closing. It writes no faster than the
-// window process reads, so that every change is processed.
+// Prints JSON: the private dirty memory of the window process in MiB after each tenth of the changes and after closing
+// the window. It also prints that process's number of descriptors and threads before and after closing. While the
+// socket's buffer is full this program waits, so that the window process receives every change.
 
 #include <sys/socket.h>
 #include <sys/wait.h>

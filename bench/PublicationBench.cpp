@@ -1,5 +1,5 @@
-// Measures one change in the list of devices: from the device's event until the subscriber has received the whole list.
-// The environment's locale sorts the names.
+// Measures one change in the list of devices, from the device's event until the subscriber has received the whole list,
+// and all such changes of a start. The environment's locale sorts the names.
 
 #include <benchmark/benchmark.h>
 
@@ -17,7 +17,7 @@
 namespace kovra {
 namespace {
 
-// A started monitor. Its subscriber discards each list at once.
+// A started monitor. After read() it has a subscriber, which discards each list at once.
 struct Rig {
     FakeMainQueue queue;
     BenchHID hid;
@@ -43,7 +43,7 @@ void publication(benchmark::State& state) {
 }
 BENCHMARK(publication)->RangeMultiplier(10)->Range(10, 10000)->Unit(benchmark::kMicrosecond);
 
-// All devices are attached when the monitor starts, so there is one publication per device.
+// Attaches all devices to a new monitor, as at the program's start. Each of them causes one publication.
 void start(benchmark::State& state) {
     const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state) {

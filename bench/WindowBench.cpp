@@ -1,4 +1,5 @@
-// Measures what the window process does for one change while the settings window is open.
+// Measures the work of both processes for one change while the settings window is open: building and encoding the view,
+// then decoding it, layout and painting.
 
 #include <benchmark/benchmark.h>
 
@@ -26,7 +27,7 @@ struct NoActions : UserActions {
     void scrolled() override {}
 };
 
-// The contents of the settings window, shown on an offscreen platform.
+// The contents of the settings window, shown with Qt's platform `offscreen`.
 class OpenWindow {
   public:
     explicit OpenWindow(std::size_t count) {
@@ -39,7 +40,7 @@ class OpenWindow {
         surface_.show();
     }
 
-    // Decodes the line and processes it until it is painted.
+    // Builds and encodes the view, decodes it, and processes it until it is painted.
     void show() {
         const auto message = decodeToWindow(line());
         const auto& window = std::get<ShowWindow>(message.value());

@@ -28,8 +28,8 @@ class Build:
 
 
 class Tools:
-    """`own` is the build of this checkout. `other` is the build to compare with, or None. Before a start, the
-    measurement may wait `calm` seconds for a quiet machine."""
+    """The programs that the sections run. `own` is the build of this checkout. `other` is the build to compare with, or
+    None. Before each start of a program a measurement may wait `calm` seconds for a quiet machine."""
 
     def __init__(self, against, calm):
         self.calm = calm

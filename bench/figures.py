@@ -26,7 +26,7 @@ class Report:
         self._left_out = []
 
     def ratio(self, name, ours, floor, unit, limit=None):
-        """Adds a figure from several rounds. Both sides have the same unit."""
+        """Adds the medians of both sides over all rounds, and the median ratio. Both sides have the same unit."""
         ratio = statistics.median(a / b for a, b in zip(ours, floor, strict=True))
         medians = [f"{number(statistics.median(side))} {unit}" for side in (ours, floor)]
         self._add(Figure(name, *medians, f"{ratio:.2f} times", f"{limit} times" if limit else "",
@@ -42,7 +42,7 @@ class Report:
         self._add(Figure(name, f"{value:.2f} {unit}", "", compared, f"{limit:.2f} {unit}", round(value, 2) <= limit))
 
     def leave_out(self, name, reason):
-        """Records that a measurement failed. This counts as an exceeded limit."""
+        """Records that a measurement failed, which counts as an exceeded limit."""
         self._left_out.append(f"left out: {name}: {reason}")
         say(self._left_out[-1])
 
@@ -76,7 +76,7 @@ def say(text):
 
 
 def wait_for_quiet(limit):
-    """Waits until the machine is quiet, but at most `limit` seconds."""
+    """Waits until the machine is quiet, for about `limit` seconds at most; says if it is still busy."""
     deadline = time.monotonic() + limit
     while os.getloadavg()[0] >= 0.5 and time.monotonic() < deadline:
         time.sleep(2)

@@ -15,7 +15,7 @@ MACHINES = {BARE: "virtual machine", LAPTOP: "virtual laptop"}
 
 
 def take(plugs, task, first_process=BARE):
-    """Returns the machine's reports of this many plugs. `task` is added to the task of the machine."""
+    """Returns the machine's reports of this many plugs. `task` is merged into the machine's task."""
     name = MACHINES[first_process]
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-bench-"))
     machine_kernel = kernel.prepare(ROOT / "build" / "vm" / "kernel", say)
@@ -36,7 +36,7 @@ def take(plugs, task, first_process=BARE):
 
 @contextlib.contextmanager
 def before_all_others():
-    """Gives this process and those that it starts priority over all others, because those could delay either side."""
+    """Gives this process and its children priority over all others, which could delay the program or its floor."""
     usual = os.sched_getscheduler(0), os.sched_getparam(0)
     try:
         os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))

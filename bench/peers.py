@@ -1,6 +1,6 @@
-"""Other tray programs from Debian, from C with GTK 2 to Python.
+"""Other tray programs of Debian, in several languages and toolkits.
 
-They are installed into an overlay of the machine's root, in the build folder. The machine itself does not change.
+They are installed into an overlay of the machine's root, which keeps its changes in the build folder.
 """
 
 import hashlib
@@ -50,7 +50,7 @@ def prepare():
 
 
 def _install():
-    # Start no services, since the machine's service manager would start them.
+    # Forbid the packages to start services: they would ask the machine's own service manager for it.
     policy = FOLDER / "changes" / "usr" / "sbin" / "policy-rc.d"
     policy.parent.mkdir(parents=True)
     policy.write_text("#!/bin/sh\nexit 101\n")

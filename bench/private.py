@@ -1,4 +1,4 @@
-"""Runs measurements with a private udevd and on a private desktop. Nothing of them remains on the machine."""
+"""Runs measurements beside a private udevd, and on a private desktop."""
 
 import json
 import os

@@ -6,13 +6,14 @@ namespace floors {
 
 // A status item and its menu of eight entries, directly over sd-bus: the minimum that a panel accepts.
 //
-// It computes every reply again and caches nothing. It ignores failed calls, because they show up in the measurement.
+// It computes every reply again and caches nothing. It ignores most errors: if the item does not register, the
+// measurement fails anyway.
 class BareItem {
   public:
     enum Entry { Root, Mute, Hint, Settings, Login, Driver, About, Separator, Quit, EntryCount };
     using Chosen = void (*)(BareItem& item, Entry entry);
 
-    // Registers with the panel before it does anything else.
+    // Connects to the session bus and registers with the panel.
     explicit BareItem(Chosen chosen);
     ~BareItem();
     BareItem(const BareItem&) = delete;
@@ -20,7 +21,7 @@ class BareItem {
 
     sd_bus* bus() const { return bus_; }
     bool isMuted() const { return isMuted_; }
-    // Changes the icon and the check mark, and notifies the panels.
+    // Changes the icon and the check mark, and notifies the panel.
     void switchMuted();
     // Handles pending messages. Returns false after the bus has disconnected.
     bool answer();

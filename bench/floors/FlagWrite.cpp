@@ -33,7 +33,7 @@ void writeWhenWoken(int waker, const char* path) {
 void wakeRepeatedly(int waker) {
     std::mt19937 random(7);
     for (int i = 0; i < changes; ++i) {
-        // The same pauses as in the measurement of the program.
+        // The same pauses as in bench/FlagWriteBench.cpp, which measures the program.
         std::this_thread::sleep_for(std::chrono::microseconds(2000 + random() % 3000));
         if (::write(waker, "!", 1) != 1) return;
     }

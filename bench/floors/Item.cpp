@@ -1,6 +1,6 @@
-// The floor of the idle program: the minimal item in the tray, and everything that the program must keep open. That is
-// the kernel's events, a connection to the X server with the hot key grabbed, and the flag. The floor writes the flag
-// at each change.
+// The floor of the resident program: the minimal item in the tray, and everything that the program must keep open. That
+// is a socket for the kernel's events, and a connection to the X server with the hot key grabbed. The menu's first
+// entry, the hot key and each HID event change the item, and write a flag in the current folder.
 
 #include <linux/netlink.h>
 #include <poll.h>
@@ -50,7 +50,7 @@ bool receivedHIDEvent(int events) {
 template <class T>
 using Malloced = std::unique_ptr<T, decltype(&std::free)>;
 
-// Grabs Ctrl+Alt+T on every key with this letter, and with any combination of Caps Lock and Num Lock.
+// Grabs Ctrl+Alt+T on every key that types "t", in each state of Caps Lock and Num Lock.
 void grabHotKey(xcb_connection_t* x) {
     const xcb_setup_t* setup = xcb_get_setup(x);
     const xcb_window_t root = xcb_setup_roots_iterator(setup).data->root;

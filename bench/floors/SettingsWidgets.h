@@ -10,8 +10,8 @@
 
 namespace floors {
 
-// The controls of the settings window: the same kinds and the same number, in a window of the same size. They have no
-// effect.
+// Controls of the same kinds as in the settings window, with a list of ten mice, in a window of the same size. They
+// have no effect.
 class SettingsWidgets : public QWidget {
   public:
     SettingsWidgets() {

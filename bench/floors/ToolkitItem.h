@@ -9,7 +9,7 @@
 
 namespace floors {
 
-// The icon and the menu from the toolkit. The caller connects the action that opens the settings.
+// A status item and its menu, made with the toolkit. A program that has a window connects `settings()` to it.
 class ToolkitItem {
   public:
     ToolkitItem() {

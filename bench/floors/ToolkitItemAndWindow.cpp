@@ -14,7 +14,7 @@ int main(int count, char** arguments) {
     QObject::connect(item.settings(), &QAction::triggered, [&window] {
         if (!window) window = std::make_unique<floors::SettingsWidgets>();
         window->show();
-        // A window that is shown again must come to the front, as our window does.
+        // A window that is shown again must come to the front, as the program's window does.
         window->raise();
         window->activateWindow();
     });

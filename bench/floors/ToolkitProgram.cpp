@@ -1,6 +1,6 @@
-// The whole program as most developers would write it: the toolkit's item in one process, with everything that the
-// program must keep open. These are udev's events of HID devices, the list of devices, and a connection to the X server
-// with the hot key grabbed. Before this program shows the icon, it asks whether there is a panel.
+// The usual design of such a program: one process with the toolkit's item, udev's events of HID devices, and a
+// connection to the X server with the hot key grabbed. Before it shows the icon, it lists the devices and asks whether
+// there is a panel.
 
 #include <libudev.h>
 #include <xcb/xcb.h>

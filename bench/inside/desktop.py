@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Runs a command on a private desktop: an X server, two empty buses and private folders.
 
-The desktop also has the flag's folder, and a driver that counts as active, so that no alert appears. This script
-imports only modules of the standard library. It would share the libraries of other modules with the measured programs,
-which would lower their PSS.
+The desktop also has the flag's folder, and a driver that counts as active, so that no alert appears. This script uses
+no modules outside this project and Python's standard library. It would share their libraries with the measured
+programs, which would lower the programs' PSS.
 """
 
 import os

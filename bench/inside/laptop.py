@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Runs in private mounts: a laptop with a pad and its twin, a person who runs the application, and the helper.
+"""Simulates a laptop with a touchpad, its twin and a logged-in user, and measures the helper on it. Runs in a private
+mount namespace.
 
-Prints the measurements as one JSON object. umockdev's library simulates sysfs and udev's messages. The attribute is a
-file in memory, so only the daemon is measured, not a driver.
+Prints the measurements as one JSON object. umockdev's library simulates sysfs and udev's messages. The `inhibited`
+attribute is a file in memory, so only the helper is measured, not a driver.
 """
 
 import json
@@ -21,7 +22,8 @@ PERSON = 61001
 FLAG = pathlib.Path("/Library/Application Support/ble-kovra/state")
 TIMEOUT_SECONDS = 20
 SETTLE_SECONDS = 3
-# The helper looks at the flag at most 20 times a second when it is written without a pause; a word may cost two looks.
+# While the flag is written without pauses, the helper looks at it at most 20 times a second. One write may cost two
+# looks, so with these pauses the limit delays no look.
 PAUSE_SECONDS = 0.1
 
 
@@ -57,7 +59,7 @@ def log_in(folder):
 
 
 class Helper:
-    """The daemon. The constructor returns when the daemon has reported that it is ready."""
+    """The running helper. The constructor returns when the helper has reported that it is ready."""
 
     def __init__(self, world, environment=os.environ):
         path = f"{world['folder']}/notify"
@@ -134,7 +136,8 @@ def write_flag(text):
 
 
 def changes(world, pads):
-    """Returns the times in milliseconds from just before each write of the flag to the write of the attribute."""
+    """Returns, by the word written, the times in milliseconds from each write of the flag to that of the touchpad's
+    `inhibited` attribute."""
     helper = Helper(world, pads.environment)
     watcher = subprocess.Popen([world["watcher"], pads.attributes[-1]], stdout=subprocess.PIPE, text=True)
     watcher.stdout.readline()
@@ -153,7 +156,7 @@ def changes(world, pads):
 
 
 def memory(world):
-    """Returns the PSS in MiB of the helper, of the peers, and of a program with libc alone. They run one at a time."""
+    """Returns the PSS in MiB of the helper, the peers, and a program with libc alone. Runs one of these at a time."""
     helper = Helper(world)
     taken = {"ours": settled_pss(helper.pid)}
     helper.end()

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-"""Runs in a private session: opens and closes the settings window many times, and measures the cost.
+"""Opens and closes the settings window many times in a private session, and measures the cost.
 
-Prints one JSON object. A second start of the program opens the window; the close button of its frame closes it.
+Prints one JSON object. A second start of the program opens the window. The message that a window manager sends for the
+close button closes it.
 """
 
 import json

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Runs in a private session: measures other tray programs.
+"""Measures other tray programs in a private session.
 
-Some of them need a battery, BlueZ, UDisks or a notification service to show an icon, so these are simulated.
+Some of them need a battery, BlueZ, UDisks or a notification service to show an icon, so this script simulates these.
 """
 
 import json

@@ -1,7 +1,7 @@
-"""Runs on the virtual laptop: plugs and unplugs the chosen mouse repeatedly, and reports when the touchpad followed.
+"""Plugs and unplugs the chosen mouse repeatedly on the virtual laptop, and reports when the touchpad followed.
 
 The packages are installed and the helper runs under its unit. All times are the kernel's own: when the mouse is added
-or removed, and when the touchpad's attribute is written. The reports are in seconds.
+or removed, and when the touchpad's `inhibited` attribute is written. The reports are in seconds.
 """
 
 from laptop import GRACE, Laptop

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Runs in a private session: starts the program and the floor in turn, then measures the idle program.
+"""Starts the builds of the program and the floor in turn in a private session, then measures the idle program.
 
-Prints one JSON object per line. The first write of the flag file shows that the program has made its first evaluation.
-The start of the floor ends when it registers with the tray.
+Prints one JSON object per line. A start of the program ends with the first write of the flag file, which shows that the
+program has made its first evaluation. A start of the floor ends when the floor registers with the tray.
 """
 
 import ctypes
@@ -55,7 +55,7 @@ def report(**what):
 
 
 class FlagWrite:
-    """Fires when a process closes the flag file after writing."""
+    """Fires when a process closes a file in the flag's folder after writing."""
 
     def __init__(self):
         libc = ctypes.CDLL(None, use_errno=True)
@@ -73,7 +73,7 @@ class TrayRegistration:
     def __init__(self):
         self._monitor = subprocess.Popen(["dbus-monitor", f"interface='{WATCHER}'"], stdout=subprocess.PIPE)
         self.descriptor = self._monitor.stdout.fileno()
-        # dbus-monitor first prints messages about its own connection.
+        # dbus-monitor is ready once it prints its first messages, which are about its own connection.
         select.select([self.descriptor], [], [], TIMEOUT_SECONDS)
 
     def has_fired(self):
@@ -85,12 +85,12 @@ class TrayRegistration:
 
 
 class Started:
-    """Runs a program from its exec until the event fires; `cpu` is its CPU time until then, in nanoseconds."""
+    """A started program. `cpu` is its CPU time in nanoseconds from its exec until the event fired."""
 
     def __init__(self, program, event):
         while select.select([event.descriptor], [], [], 0.2)[0]:
             event.has_fired()
-        # The shell waits for a byte, so that its own start does not count.
+        # The shell waits for a line, so that the start of the shell does not count.
         self._process = subprocess.Popen(["/bin/sh", "-c", 'read -r go && exec "$0"', program], stdin=subprocess.PIPE)
         time.sleep(0.2)
         self._before = processes.cpu_time(self.pid)

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Runs in a private session: measures tray programs in turn. The first start of each does not count.
+"""Measures tray programs in turn in a private session. The first start of each program does not count.
 
-Reads its task as JSON:
+Reads its task as JSON from the command line:
 
   programs   the name and the command of each program
   rounds     the number of rounds
@@ -10,7 +10,7 @@ Reads its task as JSON:
   open       the menu entry that opens a window, if this is to be measured
   calm       how long each start may wait for a quiet machine, in seconds
 
-Prints as JSON the measurements of each program by round, and the reason for each program that showed no icon.
+Prints as JSON the measurements of each program by round, and the reason for each program that showed no icon or window.
 """
 
 import json
@@ -28,7 +28,7 @@ from tray_host import TrayHost
 
 START_LIMIT_SECONDS = 15
 SETTLE_SECONDS = 3
-# A machine is quiet if other processes use at most this share of its CPUs.
+# The machine is quiet if all processes together use at most this share of its CPUs.
 CALM_SHARE = 0.15
 
 
@@ -94,7 +94,10 @@ class Cost:
         return taken | {"wakeups": watch.wake_ups() / self._task["idle"], "idle": watch.cpu()}
 
     def _openings(self, program, is_deep):
-        """Opens the window twice; returns the times from the choice to the first drawing, in milliseconds."""
+        """Opens the window twice; returns the times from the choice to the first drawing, in milliseconds.
+
+        In a deep round it also returns the PSS while the window is open.
+        """
         taken = {}
         for which in ("first", "second"):
             self._host.say("choose", self._task["open"])
@@ -113,7 +116,7 @@ class Cost:
 
 
 class Program:
-    """Use as a context manager; leaving it ends all its processes."""
+    """One run of a measured program. Use it as a context manager, which ends all processes of the program."""
 
     def __init__(self, task, name, home, host):
         self._host = host
@@ -132,7 +135,7 @@ class Program:
         return self
 
     def start(self):
-        """Returns the time and the CPU time from exec until the icon registers, in milliseconds."""
+        """Returns the elapsed time and the CPU time from exec until the icon registers, in milliseconds."""
         self._process.stdin.write(b"!")
         self._process.stdin.close()
         moment, own_cpu = map(int, self._process.stdout.readline().split())

@@ -1,4 +1,4 @@
-"""The connection of the scripts in the private session to its panel."""
+"""Connects the scripts in a private session to its panel, bench/instruments/TrayHost.cpp."""
 
 import collections
 import os
@@ -13,7 +13,7 @@ Event = collections.namedtuple("Event", "moment kind words")
 
 
 class TrayHost:
-    """Use as a context manager. `wait` returns the events that a command causes."""
+    """The running panel. Use it as a context manager. `say` sends a command, and `wait` returns the next event."""
 
     def __init__(self, program):
         self._process = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE)

@@ -1,4 +1,4 @@
-"""Runs in the virtual machine: plugs the chosen mouse repeatedly, and reports when the flag was written.
+"""Plugs the chosen mouse repeatedly in the virtual machine, and reports when the flag was written.
 
 A minimal listener receives the same events and writes its own file. A separate watcher records the times of both
 writes. The reports are in seconds since the kernel's event.
@@ -36,7 +36,7 @@ def play(host, task):
 
 
 def writes(watcher):
-    """Returns the time of the next write of each file."""
+    """Returns the time of the next write of each file, by the file's index."""
     moments = {}
     while len(moments) < 2:
         name, moment = watcher.next()

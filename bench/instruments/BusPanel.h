@@ -11,7 +11,7 @@
 namespace bench {
 
 // A panel on the session bus: the watcher and the host of status items. Like real panels, it reads the properties and
-// the menu of an item, so that an item must deliver them. It chooses entries as a user would, and reports when an item
+// the menu of an item, so that an item must deliver them. It chooses menu entries on command, and reports when an item
 // registers.
 class BusPanel {
   public:

@@ -14,7 +14,7 @@ inline long long nanoseconds(clockid_t clock) {
 
 inline long long now() { return nanoseconds(CLOCK_MONOTONIC); }
 
-// Returns the CPU time of this process so far; 0 if there is no such process.
+// Returns the CPU time of the given process so far; 0 if there is no such process.
 inline long long cpuTime(pid_t process) {
     clockid_t clock{};
     return ::clock_getcpuclockid(process, &clock) == 0 ? nanoseconds(clock) : 0;

@@ -1,5 +1,5 @@
 // start-when-told COMMAND...: waits for a byte on standard input, prints the time and its own CPU time, both in
-// nanoseconds, and executes the command. A program that observes the process thus knows it before the command starts.
+// nanoseconds, and executes the command. An observer thus knows the process ID before the command starts.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 int main(int count, char** arguments) {
     char byte = 0;
     if (count < 2 || ::read(STDIN_FILENO, &byte, 1) != 1) return 2;
-    // Like a desktop, give the program empty input, and a log for its output.
+    // Like a desktop, give the program empty input, and one log for both of its outputs.
     const int nothing = ::open("/dev/null", O_RDONLY);
     ::dup2(nothing, STDIN_FILENO);
     ::close(nothing);

@@ -1,11 +1,12 @@
 // The panel of the private session in which programs are measured. It reads one command per line:
 //
 //     subject PID WORD   sets the measured program (see Subject.h)
-//     choose TITLE       chooses this entry of its menu
-//     close              closes its newest window
+//     choose TITLE       chooses this entry in the menu of the newest item
+//     close              closes the newest window
 //
-// It prints one event per line (see Tell.h): "ready", "subject", "registered CPU" when an icon registers, "chosen" or
-// "no-entry", "mapped", "painted", "gone". It exits at the end of its standard input.
+// It prints one event per line (see Tell.h). "ready" comes first. "subject" answers the command of that name; "chosen"
+// or "no-entry" answers `choose`. "registered CPU" reports an icon with the CPU time of its program in nanoseconds.
+// "mapped", "painted" and "gone" report a window. The panel exits at the end of its standard input.
 
 #include <poll.h>
 #include <unistd.h>
@@ -31,7 +32,8 @@ int main() {
                             {screen.descriptor(), POLLIN, 0}};
         ::poll(sources, std::size(sources), -1);
         if (sources[0].revents == 0) continue;
-        // The tools send the next command only after an event of this one, so no line waits in the buffer of std::cin.
+        // The scripts send a command only after this program has reported an event for the previous one, so std::cin
+        // never buffers a second line.
         std::string line, command, rest;
         if (!std::getline(std::cin, line)) return 0;
         std::istringstream words(line);

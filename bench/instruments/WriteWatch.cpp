@@ -1,5 +1,5 @@
-// Prints a line each time that a process closes one of the named files after writing. The line contains the index of
-// the file, and the time in seconds of CLOCK_MONOTONIC. The files must exist. Runs until it is killed.
+// Prints "watching", and then a line each time that a process closes one of the named files after writing. The line
+// contains the index of the file, and the time in seconds of CLOCK_MONOTONIC. The files must exist. Runs until killed.
 
 #include <sched.h>
 #include <sys/inotify.h>
@@ -9,7 +9,7 @@
 #include <ctime>
 
 int main(int count, char** arguments) {
-    // Run with priority over all other processes, so that the times are accurate.
+    // Run before all processes of normal priority, so that the times are accurate.
     const sched_param priority{10};
     const int watch = ::inotify_init1(IN_CLOEXEC);
     if (watch < 0 || ::sched_setscheduler(0, SCHED_FIFO, &priority) != 0) return 1;

@@ -9,7 +9,7 @@
 
 namespace bench {
 
-// The X server's side of a panel: a tray that embeds windows. It also reports when other windows are mapped, first
+// The part of a panel on the X server: a tray that embeds windows. It also reports when other windows are mapped, first
 // painted and unmapped.
 class XScreen {
   public:
@@ -21,7 +21,7 @@ class XScreen {
     int descriptor() const { return xcb_get_file_descriptor(x_); }
     // Handles pending events. Returns false after the server has disconnected.
     bool answer();
-    // Reports when the next window is mapped, and when something is first drawn into it.
+    // From now on also reports the first drawing on the screen after the next window has been mapped.
     void watchForWindow();
     // Closes the newest window, like the close button of its frame.
     void closeWindow();

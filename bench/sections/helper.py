@@ -1,6 +1,6 @@
-"""The privileged helper: the time from the flag to the muted pad, its memory, and its idle cost.
+"""The privileged helper: its memory, its idle cost, and the time from the flag to the muted pad.
 
-The real daemon runs in private mounts, with simulated pads and a user who does not exist on the machine.
+The real helper runs in a private mount namespace, with a simulated pad and a user who does not exist on the machine.
 """
 
 import json
@@ -13,7 +13,7 @@ import private
 from figures import say
 
 MOUNT_POINT = pathlib.Path("/Library")
-# The smallest daemons in Debian with a comparable job. They are downloaded, unpacked and started in place.
+# Small services of Debian that run in the background. They are downloaded, unpacked and started in place.
 PEERS = {"acpid": ["usr/sbin/acpid", "-f", "-c", "etc/acpi/events", "-s", "/run/acpid.socket"],
          "irqbalance": ["usr/sbin/irqbalance", "-f"]}
 

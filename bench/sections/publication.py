@@ -2,7 +2,7 @@
 
 The floor only builds the records and sorts them by cached keys. Our program handles the whole event: it finds the
 device, determines the state of each device, builds and sorts the list, and passes it on. At a start it also creates the
-sort keys. On both sides the minimum of seven repetitions counts.
+sort keys. On both sides the minimum of seven repetitions counts in each round.
 """
 
 import os

@@ -1,4 +1,4 @@
-"""The start of the program and its idle cost, in a private session."""
+"""The cost of a start until the first evaluation and at rest, and the idle cost, in a private session."""
 
 import private
 

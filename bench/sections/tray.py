@@ -1,4 +1,4 @@
-"""The time and cost from the start to the icon in the tray, and the idle cost, beside the floors."""
+"""The time and CPU time until the icon is in the tray, the memory and the idle cost, compared with the floors."""
 
 import statistics
 

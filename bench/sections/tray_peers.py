@@ -1,4 +1,4 @@
-"""The time and cost from the start to the icon in the tray, and the idle cost, beside other tray programs."""
+"""The CPU time until the icon is in the tray, the memory and the wake-ups, compared with other tray programs."""
 
 import peers
 from tray import cost, median

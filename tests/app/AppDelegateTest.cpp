@@ -105,7 +105,7 @@ TEST(AppDelegateTest, TogglesTheSwitchThenBeepsAtTheHotKey) {
     EXPECT_FALSE(rig.state.isEnabled.get());
     EXPECT_EQ(order, "flip before beep");
     EXPECT_EQ(rig.application.beeps, 1);
-    EXPECT_TRUE(rig.preferences.saves.empty());  // they are saved on a later turn
+    EXPECT_TRUE(rig.preferences.saves.empty());  // the change is saved on a later turn
     rig.queue.run();
     EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
 }

@@ -12,10 +12,12 @@
 
 namespace kovra {
 
-// The contract of AlertPresenter. A Driver provides an instance and its queue: `alerts()` and `queue()`.
-// `meanwhile(title, block)` queues the block once the alert with this title is open and topmost. `willAnswer(title,
-// button)` then presses this button, counted from 0, or closes the alert. `shown()` returns the titles of all alerts
-// opened so far. `terminate()` simulates the end of the application.
+// The contract of AlertPresenter. A Driver provides `alerts()`, and `queue()`, the queue that runs while an alert is
+// open. `shown()` returns the titles of all alerts opened so far. `terminate()` simulates the end of the application.
+//
+// After `meanwhile(title, block)` the block runs from the queue once the alert with this title is open and topmost.
+// After `willAnswer(title, button)` the user answers that alert next: with the button, counted from 0, or without one
+// by closing the alert.
 template <typename Driver>
 class AlertPresenterContract : public testing::Test {
   protected:

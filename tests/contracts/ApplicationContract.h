@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// The contract of Application. A Driver provides an instance and its queue: `application()` and `queue()`.
+// The contract of Application. A Driver provides `application()`, and `queue()`, the queue that it runs.
 // `runOut(delegate)` runs the application until it ends.
 template <typename Driver>
 class ApplicationContract : public testing::Test, protected ApplicationDelegate {

@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// The contract of FileSystem. A Driver provides `files()`, `path()` of a file that does not exist yet, and `content()`
-// of that file. After `obstruct()` no write to that path can succeed.
+// The contract of FileSystem. A Driver provides `files()`, and `path()` of a file that does not exist yet. `content()`
+// reads that file. After `obstruct()` no write to that path can succeed.
 template <typename Driver>
 class FileSystemContract : public testing::Test {
   protected:

@@ -15,8 +15,8 @@ namespace kovra {
 
 using ReportedNames = std::vector<std::string>;
 
-// The contract of HIDManager. A Driver is a machine with a `service()`. `attach(device)` returns what it attached, for
-// `detach(attached)` and `rename(attached, name)`. `settle()` runs the event loop until there are no more events.
+// The contract of HIDManager. A Driver provides the `service()` of a simulated machine. `attach(device)` returns what
+// it attached, for `detach(attached)` and `rename(attached, name)`. `settle()` runs the event loop until it is idle.
 template <typename Driver>
 class HIDManagerContract : public testing::Test {
   protected:

@@ -9,9 +9,9 @@
 
 namespace kovra {
 
-// The contract of HotKeyService. A Driver provides `service()`. `press()` presses Control, Option and T and returns
-// whether the focused window received the key. `settle()` waits until the desktop has handled all requests. After
-// `takeByAnother()` another program holds the key.
+// The contract of HotKeyService. A Driver provides `service()`. `press()` presses Control, Option and T, and returns
+// whether the focused window received the press. `settle()` waits until the desktop has handled all requests. After
+// `takeByAnother()` another program holds the hot key.
 template <typename Driver>
 class HotKeyServiceContract : public testing::Test {
   protected:

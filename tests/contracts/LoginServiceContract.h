@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// The contract of LoginService. A Driver provides `service()`, with nothing registered. After `obstruct()` no change
-// can succeed.
+// The contract of LoginService. A Driver provides `service()`, with nothing registered. After `obstruct()` neither a
+// registration nor an unregistration can succeed.
 template <typename Driver>
 class LoginServiceContract : public testing::Test {
   protected:

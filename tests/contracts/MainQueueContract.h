@@ -13,7 +13,7 @@
 namespace kovra {
 
 // The contract of MainQueue. A Driver provides `queue()`. `settle()` runs the queue until nothing is due.
-// `let(duration)` runs it for this long by its own clock, and `now()` is the time on this clock. `terminate()`
+// `let(duration)` runs the queue for this long by the queue's own clock, and `now()` reads that clock. `terminate()`
 // simulates the end of the application.
 template <typename Driver>
 class MainQueueContract : public testing::Test {
@@ -94,7 +94,7 @@ TYPED_TEST_P(MainQueueContract, NeverRunsACancelledBlock) {
 TYPED_TEST_P(MainQueueContract, CancelsABlockThatIsDueButHasNotStarted) {
     using std::chrono_literals::operator""ms;
     std::unique_ptr<DelayedTask> second;
-    // Both blocks become due at the same moment, and the first one cancels the second.
+    // Both blocks are due when the first one runs, which cancels the second.
     const auto first = this->queue_.asyncAfter(0ms, [&] {
         this->order_ += 'a';
         second->cancel();

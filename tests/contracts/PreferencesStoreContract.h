@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// The contract of PreferencesStore. A Driver provides `store()`, which is empty. After `startAgain()`, `store()` is the
-// one that the program gets at its next start.
+// The contract of PreferencesStore. A Driver provides `store()`, which is empty at first. After `startAgain()`,
+// `store()` returns the store that the program gets at its next start.
 template <typename Driver>
 class PreferencesStoreContract : public testing::Test {
   protected:

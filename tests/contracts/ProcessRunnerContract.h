@@ -9,10 +9,12 @@
 
 namespace kovra {
 
-// The contract of ProcessRunner. A Driver provides an instance and its queue: `processes()` and `queue()`.
-// `terminate()` simulates the end of the application. Its programs are `printing(text)`, which prints the text and
-// ends, `working()`, which ends by itself after the queue has run, and `missing()`. `hasRun(program)` tells whether a
-// started program ran, and waits for it if necessary.
+// The contract of ProcessRunner. A Driver provides `processes()`, and `queue()`, the queue that runs while a program
+// runs. `terminate()` simulates the end of the application.
+//
+// The Driver also provides three programs: `printing(text)` prints the text and ends; `working()` ends by itself after
+// the queue has run; `missing()` does not exist. `hasRun(program)` returns whether a started program ran, and waits for
+// that if necessary.
 template <typename Driver>
 class ProcessRunnerContract : public testing::Test {
   protected:

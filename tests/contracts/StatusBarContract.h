@@ -10,10 +10,11 @@
 
 namespace kovra {
 
-// The contract of StatusBar. A Driver provides `bar()`. `settle()` waits for everything in progress. The user's view is
-// `icon()`, the name of the image, `toolTip()`, and `menu()`. The menu has one line per item: "[x] Mute", "[ ] Mute",
-// "Quit (q)", "(Hint)" if disabled, "---". `click()` chooses the item at a position, counted from 0. The bar toggles a
-// clicked check mark by itself. `isThere()` tells whether the bar has an item.
+// The contract of StatusBar. A Driver provides `bar()`. `settle()` waits for everything in progress.
+//
+// The user sees `icon()` (the name of the image), `toolTip()` and `menu()`. The menu has one line per menu item:
+// "[x] Mute", "[ ] Mute", "Quit (q)", "(Hint)" if disabled, or "---". `click(position)` chooses a menu item, counted
+// from 0, and may toggle its check mark as real panels do. `isThere()` returns whether the bar has a status item.
 template <typename Driver>
 class StatusBarContract : public testing::Test {
   protected:

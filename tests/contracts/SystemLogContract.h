@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// The contract of SystemLog. A Driver provides `log()` and `entries()`, the texts of its entries.
+// The contract of SystemLog. A Driver provides `log()`, and `entries()`, the texts of all entries in that log.
 template <typename Driver>
 class SystemLogContract : public testing::Test {
   protected:

@@ -13,7 +13,7 @@
 namespace kovra {
 namespace {
 
-// What the attach callback of a device sees.
+// The identity of a device, determined inside the callback that reports its attachment.
 struct Seen {
     std::uint64_t id;
     std::string key;

@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 using List = std::vector<HIDDeviceInfo>;
 
-// A started monitor with virtual time, on a HID system that reports every event at once. Records the published lists.
+// A started monitor with virtual time, on a HID system that reports every event at once. `published` records the lists.
 struct MonitorRig {
     FakeMainQueue queue;
     FakeHID hid{queue};

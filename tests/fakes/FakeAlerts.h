@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// A user who gives every alert the same answer. While an alert is open, runs `meanwhile`. `terminate()` simulates the
-// end of the application.
+// Alerts without a screen. Each one runs `meanwhile` while it is open, and is then answered with `answer`.
+// `terminate()` simulates the end of the application.
 class FakeAlerts : public AlertPresenter {
   public:
     AlertResponse runModal(const Alert& alert) override {

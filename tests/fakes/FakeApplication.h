@@ -24,7 +24,7 @@ class FakeApplication : public Application {
     }
     void beep() override { ++beeps; }
 
-    // Tells the delegate that a failed operation may succeed now.
+    // Notifies the delegate that an operation that failed may succeed now.
     void resume() {
         if (delegate_ != nullptr && !terminated) delegate_->applicationDidResume();
     }

@@ -13,7 +13,7 @@
 
 namespace kovra {
 
-// A device to attach: the number of its interfaces and the properties of each.
+// A device to attach: the number of its interfaces and the properties that all of them share.
 struct DeviceDescription {
     std::optional<std::string> product;
     std::optional<std::int64_t> vendorID = 0x046D;
@@ -37,7 +37,7 @@ struct DeviceDescription {
         changed.registered = false;
         return changed;
     }
-    // Returns the identity key of such a device; `unknown` replaces a missing name.
+    // Returns the identity key of this device; `unknown` replaces a missing name.
     std::string key(const std::string& unknown = "Unknown device") const {
         return product.value_or(unknown) + "#" + std::to_string(vendorID.value_or(0)) + ":" +
                std::to_string(productID.value_or(0));
@@ -49,8 +49,8 @@ inline DeviceDescription aNamelessDevice() { return {}; }
 
 // The HID service of a system without hardware. The number of a detached interface is not reused.
 //
-// Each callback runs in a queue turn of its own, as in a real event loop. After deliverAtOnce() callbacks run inside
-// attach and detach instead, for tests of a single room.
+// Each callback runs in a block of its own on the queue, as in a real event loop. After deliverAtOnce() callbacks run
+// inside the function that causes them, but never inside open().
 class FakeHID : public HIDService {
   public:
     using Plugged = std::vector<std::uint64_t>;  // the interface numbers of one attached device
@@ -87,7 +87,7 @@ class FakeHID : public HIDService {
     void attachAgain(std::uint64_t number) {
         if (const auto found = attached_.find(number); found != attached_.end()) deliver(true, number, found->second);
     }
-    // Renames the device as a driver does: the interface is removed, and attached again with the same number.
+    // Renames the device as a driver does: reports the removal and a new attachment of the interface with this number.
     void rename(std::uint64_t number, const std::string& product) {
         const auto found = attached_.find(number);
         if (found == attached_.end()) return;

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// A keyboard with one key for each hot key that is registered.
+// A keyboard on which a test can press Control, Option and T.
 class FakeHotKeys : public HotKeyService {
   public:
     std::unique_ptr<Reference> installHandler(Handler handler) override {
@@ -31,8 +31,8 @@ class FakeHotKeys : public HotKeyService {
         });
     }
 
-    // Presses Control, Option and T. Returns the answer of the last handler, or nothing if the hot key is not
-    // registered and the press goes to the focused window.
+    // Presses Control, Option and T. Returns the answer of the last handler; nothing if there is no handler. It also
+    // returns nothing if no hot key is registered, since the press then goes to the focused window.
     std::optional<int> press() {
         if (registered.empty()) return std::nullopt;
         std::optional<int> status;

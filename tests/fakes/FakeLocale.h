@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// The locale of a user with these languages. It sorts names by their bytes, but ignores the case of A to Z.
+// The locale of a user who prefers `languages`. It sorts names by their bytes, but ignores the case of A to Z.
 class FakeLocale : public Locale {
   public:
     explicit FakeLocale(std::vector<std::string> preferred = {"en-GB"}) : languages(std::move(preferred)) {}

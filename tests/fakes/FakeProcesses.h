@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// The programs that a test provides: those with an output, and those that can be started. `terminate()` simulates the
-// end of the application.
+// Simulated programs. `outputs` has their outputs by path. output() returns nothing for any other program. start()
+// succeeds unless there is a `reasonToFail`. `terminate()` simulates the end of the application.
 class FakeProcesses : public ProcessRunner {
   public:
     std::optional<std::string> output(const Command& command) override {

@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// A bar with one status item, for tests to inspect and click. `calls` records the calls in order.
+// A bar with one status item, for tests to inspect and click. `calls` records what changes the image or the menu.
 class FakeStatusBar : public StatusBar {
   public:
     explicit FakeStatusBar(MainQueue& queue) : queue_(queue) {}
@@ -37,13 +37,13 @@ class FakeStatusBar : public StatusBar {
     }
     bool hasSlash() const { return image && image->strokes.size() == 3; }
 
-    // The properties of this desktop.
+    // What this desktop can do.
     bool givesItems = true;
     bool hasButton = true;
     bool makesImages = true;
     bool keepsMenus = true;
 
-    // What the user sees.
+    // What the item shows, and what it was made with.
     int items = 0;  // the number of items in the bar
     std::vector<double> lengths;
     std::optional<Drawing> image;

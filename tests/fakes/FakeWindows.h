@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// A screen for windows. `calls` records the calls in order; `shown` is the content of the newest window.
+// A screen for one window. `calls` records all calls except setContent() in order; `shown` is the newest content.
 class FakeWindows : public WindowHost {
   public:
     std::unique_ptr<Window> makeWindow(View content) override {

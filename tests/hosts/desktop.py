@@ -11,7 +11,7 @@ from sway import SwayScreen
 from waiting import check, wait_for
 from x11 import X11Screen
 
-# The services that a session bus may start: only those that panels and screen readers need, the same on every machine.
+# The only services that a bus may start: those that panels and screen readers need. Others differ between machines.
 SERVICES = ["org.xfce.Xfconf", "org.mate.panel.applet.NotificationAreaAppletFactory", "org.a11y.Bus"]
 INSTALLED_SERVICES = pathlib.Path("/usr/share/dbus-1/services")
 NOBODY = 65534
@@ -74,7 +74,7 @@ class Desktop:
             "XDG_CONFIG_HOME": str(self.home / ".config"), "XDG_DATA_HOME": str(self.home / ".local/share"),
             "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_STATE_HOME": str(self.home / ".local/state"),
             "XDG_RUNTIME_DIR": str(self.runtime), "XDG_DATA_DIRS": "/usr/local/share:/usr/share",
-            # Panels do not connect to the accessibility bus, and keep their settings in a file in the private home.
+            # GTK's panels use no accessibility bus, and keep their settings in a file in the private home.
             "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "keyfile",
             **environment,
         }
@@ -97,7 +97,7 @@ class Desktop:
         return process
 
     def configure(self, path, text):
-        """Writes one of the session's configuration files."""
+        """Writes a file below the folder ~/.config of the desktop."""
         file = self.home / ".config" / path
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_text(text, encoding="utf-8")
@@ -127,7 +127,7 @@ class Desktop:
 
 
 def _listens(path):
-    """The socket exists a moment before the bus listens on it."""
+    """Returns whether the bus listens on its socket, which exists a moment earlier."""
     with socket.socket(socket.AF_UNIX) as client:
         return client.connect_ex(str(path)) == 0
 

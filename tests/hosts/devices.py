@@ -1,6 +1,6 @@
-"""HID devices that this machine does not have, for the programs that run with their environment.
+"""Simulated HID devices. Programs that run with the environment of `Devices` see these instead of the machine's own.
 
-They appear and disappear without an event. There is no udevd, so the program polls.
+The devices appear and disappear without an event, since there is no udevd. The program therefore polls.
 """
 
 import os

@@ -45,7 +45,7 @@ class Entry:
 
     @property
     def checked(self):
-        """Returns None for an entry that cannot carry a check mark."""
+        """Returns whether the entry has its check mark, or None if it cannot carry one."""
         if self.properties.get("toggle-type", "") != "checkmark":
             return None
         return self.properties.get("toggle-state", -1) == 1
@@ -67,7 +67,7 @@ class Item:
         return [Entry(number, own) for number, own, below in children]
 
     def properties_of_entries(self, numbers):
-        """Returns the properties of these entries by their numbers, through the other method that hosts use."""
+        """Returns the properties of these entries by number, as the other method that hosts use reports them."""
         call = GLib.Variant("(aias)", (numbers, []))
         return dict(self._bus.call(self.name, self._menu, MENU, "GetGroupProperties", call)[0])
 
@@ -86,7 +86,7 @@ def item_of_program(connection):
 
 
 def registered_item(connection, pid, limit=60.0):
-    """Waits until the watcher lists an item of this process."""
+    """Waits until the watcher lists an item of this process; returns the item."""
     bus = Caller(connection)
 
     def found():

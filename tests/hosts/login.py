@@ -1,4 +1,4 @@
-"""The scenario of logging in: another project's session program reads the autostart entry."""
+"""The scenario of a login, at which LXQt's session program reads the autostart entry."""
 
 import os
 import pathlib
@@ -38,7 +38,7 @@ class Session:
 
     def __init__(self, world):
         self._desktop = world.desktop
-        # These entries sort before and after the program's: once both have run, all entries have been read.
+        # The names of these entries sort before and after the program's. Once both have run, the session has read all.
         self._others = [world.autostart.with_name(f"{name}.desktop") for name in ("a-first", "z-last")]
         self._before = descendants()
 

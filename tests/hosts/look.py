@@ -2,7 +2,7 @@
 
 from PIL import Image, ImageChops
 
-# Colors that differ by less than this, of 255, look the same.
+# Colors whose red, green and blue differ by at most this much, of 255, look the same.
 NOTICEABLE = 8
 
 
@@ -14,7 +14,7 @@ def changed(before, after):
 
 
 def widest_group(mask, gap):
-    """Returns the box around the widest run of columns with content; `gap` empty columns separate two runs."""
+    """Returns the box around the widest run of columns with content. More than `gap` empty columns separate runs."""
     runs = _runs(_columns(mask), gap)
     if not runs:
         return None
@@ -73,7 +73,7 @@ def contrast(picture, box):
     """Returns how much the strokes in the box stand out from the panel, as a ratio of luminances (1 to 21).
 
     A stroke is a pixel or two wide, so most of its pixels blend with the panel. The eye perceives the color of the
-    strongest quarter.
+    strongest quarter, so only the mean of that quarter counts.
     """
     ratios = sorted(_ratio(*pair) for pair in drawn(picture, box))
     strongest = ratios[-max(1, len(ratios) // 4):]

@@ -1,4 +1,4 @@
-"""The hosts: panels of other projects, each on a separate desktop, with nothing but a tray."""
+"""The panels of other projects that show the icon, each on a desktop of its own. Each contains nothing but a tray."""
 
 from desktop import SwayDesktop, X11Desktop
 from item import WATCHER, Caller
@@ -25,7 +25,7 @@ class Panel:
         self._process = None
 
     def start(self):
-        """Starts the panel; returns when it is a host and accepts items."""
+        """Starts the panel; returns when it can show the program's icon."""
         self.configure()
         self._process = self.desktop.start(self.name, *self.command())
 

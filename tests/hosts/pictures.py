@@ -62,7 +62,7 @@ def icons(all_panels, binary, folder):
 
 
 def menus(panels, binary, folder):
-    """Yields the menu in the six languages on one panel, then on the other panels."""
+    """Yields rows of three: first the menu in the six languages on one panel, then the menu on several panels."""
     with running(panels.XfcePanel, binary, folder) as world:
         translated = []
         for locale, name in LANGUAGES.items():

@@ -52,7 +52,7 @@ def main():
 
 
 def run_on(panel, binary, scenarios, only, tally):
-    """Runs all scenarios on one host. They share a desktop until one fails."""
+    """Runs the chosen scenarios on one host. They share a desktop; after a failure the next scenario gets a new one."""
     from world import World
     world = None
     for name, (sentence, only_on, function) in scenarios.items():
@@ -89,7 +89,7 @@ class Tally:
         print(f"ok      {name}: {sentence}{shown} ({seconds:.1f} s)", flush=True)
 
     def fail(self, name, sentence, reason, world=None):
-        """Saves the screen and the output of the processes. The desktop is not used again."""
+        """Reports a failure. Saves the screen and the output of the processes, and closes the desktop."""
         self._failed += 1
         print(f"FAILED  {name}: {sentence}\n        {reason}", flush=True)
         if world:

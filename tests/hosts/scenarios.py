@@ -1,4 +1,4 @@
-"""The scenarios of a person in front of a panel. Each runs on every host, unless it names one host."""
+"""The scenarios of a person in front of a panel. Each runs on every host of items, unless it names one panel."""
 
 import look
 from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
@@ -8,7 +8,7 @@ from world import World
 SCENARIOS = {}
 
 def scenario(sentence, only_on=None):
-    """Makes a function a scenario, on all hosts or on one. The sentence states what the program promises."""
+    """Makes a function a scenario, on all hosts of items or on one panel. The sentence is what the program promises."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, only_on, function)
         return function
@@ -219,7 +219,7 @@ def _try_each_entry(world, choose):
     world.dismiss_menu()
     world.wait_menu_closed()
     _expect_unharmed(world)
-    # Each of these may open a window; other scenarios test that.
+    # The windows that the last three open are tested in spoken.py and window_process.py.
     for position in (LAUNCH_AT_LOGIN, SETTINGS, ACTIVATE, ABOUT):
         world.prepare()
         world.start(muted=True)
@@ -233,7 +233,7 @@ def _try_each_entry(world, choose):
 
 
 def _expect_unharmed(world):
-    """Expects that the program runs, is muted as before, and answers."""
+    """Expects that the program runs and answers, and that its switch is still on."""
     world.item.entries()
     world.expect_switch(True)
     check(world.program.is_running(), f"the program ended: {world.program.last_words()}")

@@ -28,7 +28,10 @@ class NotSecluded(Exception):
 
 
 def seclude():
-    """Moves this process and its future children to a private file system with its own flag folder and listing tool."""
+    """Moves this process and its future children to a private file system with its own flag folder and listing tool.
+
+    If not even root may do so, creates both on the machine itself.
+    """
     root_outside = os.geteuid() == 0
     user, group = os.geteuid(), os.getegid()
     root = _folder_until_the_end()
@@ -68,7 +71,7 @@ def adopt_orphans():
 
 
 def end_descendants():
-    """Ends every process that was started from here, also those that panels and buses have started."""
+    """Ends all processes that descendants() returns, also those that panels and buses have started."""
     while found := descendants():
         for pid in found:
             try:
@@ -110,7 +113,7 @@ def _keep_mounts_to_ourselves():
 
 
 def _enter_new_root(root):
-    """Enters a root with the same entries as the old one, an empty /Library, and the listing tool."""
+    """Enters a root with the entries of the old one except /Library, and with the listing tool in /usr/bin."""
     here = os.getcwd()
     _mount("tmpfs", root, "tmpfs", 0, "mode=755")
     for entry in sorted(pathlib.Path("/").iterdir()):
@@ -164,7 +167,7 @@ def _run_at_exit(work):
 
 
 def _mount(source, target, kind, flags, data=None):
-    # Call mount(2) directly: in a user namespace, the command mount would not have our rights.
+    # Call mount(2) directly: in a user namespace, the command mount would lose our capabilities.
     words = [None if word is None else str(word).encode() for word in (source, target, kind, data)]
     if _libc.mount(words[0], words[1], words[2], flags, words[3]) != 0:
         number = ctypes.get_errno()

@@ -1,5 +1,5 @@
-"""A Wayland display: a headless sway that uses no screen or mouse of the machine. It has a virtual mouse, and grim
-takes pictures of it."""
+"""A Wayland display: a headless sway that uses no screen or mouse of the machine. This module provides its mouse, and
+grim takes pictures of its screen."""
 
 import io
 import os

@@ -34,5 +34,5 @@ _MENU = ["block", "menu.hotkeyHint", "menu.settings", "menu.launchAtLogin", "men
          "menu.quit"]
 TITLES = {locale: [key and table[key] for key in _MENU] for locale, table in TEXTS.items()}
 
-# Positions in these lists and in the menu.
+# Positions in the lists of TITLES and in the menu.
 MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, _, QUIT = range(8)

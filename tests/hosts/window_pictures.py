@@ -72,7 +72,7 @@ class Camera:
             yield row
 
     def alerts(self, look, scale):
-        """Yields a row for each alert: the alert in each language."""
+        """Yields the rows for each alert: the alert in each language, at most three to a row."""
         from texts import ABOUT, ACTIVATE
         for entry in (ACTIVATE, ABOUT):
             row = []
@@ -80,7 +80,7 @@ class Camera:
                 with self._running(look, scale, locale, "empty") as session:
                     session.choose(entry)
                     row.append((f"{LANGUAGES[locale]}, {look}, {scale}x", session.window()))
-            # Two rows of three, so that the sheet is no wider than high.
+            # At most three pictures to a row, so that the sheet does not become too wide.
             yield from filter(None, (row[:3], row[3:]))
 
     @contextlib.contextmanager
@@ -127,7 +127,7 @@ ForegroundNormal=252,252,252
         nodes = [self._devices.plug(name) for name in names]
         chosen = [self._devices.key(name, number) for number, name in enumerate(names, 1)]
         wanted = {"blockMode": "onDevice", "isEnabled": True,
-                  # Of three mice, the first is chosen, and it is connected while the trackpad is muted.
+                  # The first mouse is chosen, and of thirty also the fifth and the sixth.
                   "selectedDeviceIDs": chosen[:1] + chosen[4:6]}
         self._desktop.configure("ble-kovra/preferences.json", json.dumps(wanted))
         self._environment = {**self._devices.environment, **language}
@@ -147,7 +147,7 @@ ForegroundNormal=252,252,252
         item_of_program(self._desktop.bus).choose(entry)
 
     def window(self):
-        """Returns a picture of the program's window when it no longer changes."""
+        """Returns a picture of the program's window when the window is painted and no longer changes."""
         from waiting import wait_for
         before = [None]
 

@@ -68,7 +68,7 @@ def _expect_quick_end(world, end):
 
 
 def _expect_window_process(world):
-    """Waits for exactly one window process; returns it."""
+    """Waits for exactly one window process; returns its process ID."""
     wait_for(lambda: len(_window_processes(world)) == 1, "the window process")
     return _window_processes(world)[0]
 

@@ -18,7 +18,7 @@ class Menu:
         self.picture, self.box, self.rows = picture, box, rows
 
     def row(self, position):
-        """Returns the picture of the row with this title. The separator, between the last two titles, has no row."""
+        """Returns the picture of the entry's row. The separator, before the last entry, has no row."""
         top, bottom = self.rows[min(position, len(self.rows) - 1)]
         left, above, right, _ = self.box
         return self.picture.crop((left, above + top, right, above + bottom))
@@ -130,7 +130,7 @@ class World:
         wait_for(so, f'the flag to say "{wanted}"')
 
     def expect_switch(self, muted):
-        """Waits until the flag, the preferences and the check mark on the bus agree with `muted`."""
+        """Waits until the flag, the preferences and, on a host of items, the check mark agree with `muted`."""
         self.expect_flag(muted)
         wait_for(lambda: json.loads(self.preferences.read_text())["isEnabled"] == muted,
                  f"isEnabled to be stored as {muted}")
@@ -170,7 +170,7 @@ class World:
         self._click_icon(button)
         opened = lambda now: look.menu_box(look.changed(before, now), least)
         self.settled(opened, "the menu to open")
-        # Move the pointer only now, since a panel may query its position.
+        # Move the pointer only now, since a panel may open the menu where the pointer is.
         self._rest()
         picture = self.settled(opened, "the menu to stay open")
         box = look.menu_box(look.changed(before, picture), least)
@@ -201,11 +201,11 @@ class World:
         return self.screen.size[0] / 2, self.screen.size[1] * 0.9
 
     def _rest(self):
-        """Moves the pointer away from everything."""
+        """Moves the pointer away from the panel and the menu."""
         self.screen.point(*self._beside())
 
     def leave_behind(self, name):
-        """Saves a picture of the screen and the output of the processes; returns the path."""
+        """Saves a picture of the screen, and the output of the processes beside it; returns the path of the picture."""
         kept = self.desktop.folder.parent / f"{name}.png"
         self.screen.picture().save(kept)
         kept.with_suffix(".txt").write_text(self.desktop.last_words())

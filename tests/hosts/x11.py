@@ -10,7 +10,7 @@ class X11Screen:
         self._display = display.Display(name)
         self._root = self._display.screen().root
         self.size = (self._root.get_geometry().width, self._root.get_geometry().height)
-        # No light or dark panel has this color.
+        # Fill the background with a color that no panel has.
         self._root.change_attributes(background_pixel=0x607080)
         self._root.clear_area()
         self._display.sync()
@@ -33,7 +33,7 @@ class X11Screen:
         self._display.sync()
 
     def press(self, *names):
-        """Presses these keys together, given by their names."""
+        """Presses the keys with these names together."""
         codes = [self._display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
         for event, order in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
             for code in order:

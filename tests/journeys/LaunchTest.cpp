@@ -19,7 +19,7 @@ using Texts = std::vector<std::string>;
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
-// A desktop whose services record each step of launch.
+// A computer whose services record the steps of launch that use them: all but steps 4 to 6.
 struct StepsOfLaunch : Computer {
     using Steps = std::vector<std::string>;
 

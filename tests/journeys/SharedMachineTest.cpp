@@ -16,8 +16,8 @@ using Texts = std::vector<std::string>;
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
-// The helper lets only the user of the active session write. Shortly after the session is active again, it puts a new
-// file in place with this user's last text.
+// Simulates the helper, which lets only the user of the active session write the flag. Shortly after a user's session
+// is active again, the helper puts a new file in place with that user's last text.
 class SharedMachineTest : public testing::Test {
   protected:
     void startMuted() {

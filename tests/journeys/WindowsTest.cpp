@@ -19,7 +19,7 @@ using Texts = std::vector<std::string>;
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 const std::string activeListing = std::string(DriverActivator::extensionID) + " [activated enabled]\n";
 
-// The menu items that open windows.
+// Positions in the menu.
 constexpr std::size_t settings = 2, activateDriver = 4, about = 5, quit = 7;
 
 // A computer with an active driver and the launched program.

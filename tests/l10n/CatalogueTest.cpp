@@ -18,7 +18,7 @@ using Lang = L10n::Lang;
 
 std::string text(Lang lang, const std::string& key) { return L10n({std::string(L10n::rawValue(lang))}).text(key); }
 
-// Calls check(key, text) for every shipped text, under a trace that names it.
+// Calls check(language, text) for every text of the catalogue, under a trace that names its key and language.
 template <typename Check>
 void forEachText(Check check) {
     for (const auto& [key, table] : L10n::strings()) {

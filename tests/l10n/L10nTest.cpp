@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(, L10nChoiceTest,
                              {"IgnoresTheSecondEntryAfterAnEmptyOne", {"", "ru-RU"}, Lang::en},
                              {"IgnoresTheSecondEntryAfterAKnownLanguage", {"de-AT", "ru-RU"}, Lang::de},
 
-                             // Codes of three letters are cut to two like any other, even Estonian and Filipino.
+                             // Every code of three letters is cut to two, even if it names another language.
                              {"CutsAnUnknownCodeToUkrainian", {"ukx"}, Lang::uk},
                              {"CutsEstonianToSpanish", {"est"}, Lang::es},
                              {"CutsFilipinoToNoKnownLanguage", {"fil"}, Lang::en},
@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(, L10nChoiceTest,
                              {"LowersTheKelvinSignToK", {"U\u212A-UA"}, Lang::uk},
                              {"CountsTheKelvinSignAsOneCharacter", {"\u212AU"}, Lang::en},
 
-                             // A letter and its combining marks are one character, and differ from the letter alone.
+                             // A letter with its combining marks is one character, which differs from the letter alone.
                              {"CountsAMarkWithItsLetter", {"ru\u0301-RU"}, Lang::en},
                              {"CountsAMarkWithTheFirstLetter", {"r\u0301u"}, Lang::en},
                              {"CountsTwoMarksWithTheirLetter", {"ru\u0301\u0323"}, Lang::en},

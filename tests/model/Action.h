@@ -16,8 +16,9 @@ namespace kovra::model {
 // The properties of the state that have subscribers.
 enum class Property { devices, selectedIDs, isEnabled, mode, blocking };
 
-// One event, from outside or during an announcement. A list of actions is a whole life. Any actions can be played in
-// any order, so that a failing life can be shortened. The comment at each kind names the members that it uses.
+// One event, from outside or during an announcement. A list of actions that begins with a launch is a whole life. After
+// the launch any actions can be played in any order, so that a failing life can be shortened. The comment at each kind
+// names the members that it uses.
 struct Action {
     enum class Kind {
         attach,         // device: all its interfaces
@@ -27,7 +28,7 @@ struct Action {
         rename,         // number, text: an attached interface is removed and attached again with another name
         advance,        // time
         advanceToWake,  // time: this long after the end of the earliest grace period
-        stall,          // time passes while the program does not run
+        stall,          // time: how long the program does not run
         runOneTurn,
         run,
         select,       // keys
@@ -35,9 +36,9 @@ struct Action {
         setMode,      // truth: whether the mode is `always`
         pressHotKey,  //
         failNext,     // number: this many writes, text: the reason
-        failAlways,   // text
-        recover,      // writes succeed again
-        subscribe,    // number, property, times, truth: deliver the current value, inner: its actions
+        failAlways,   // text: the reason
+        recover,      // ends failAlways
+        subscribe,    // number, property, times, truth: deliver the current value, inner: the reaction
         unsubscribe,  // number
         evaluate,
         quit,
@@ -70,7 +71,7 @@ std::string describe(Property property);
 // All externally visible effects in order, one line each.
 using Journal = std::vector<std::string>;
 
-// The program and the model use the same words for what they saw.
+// The lines of a journal. The program and the model use the same words, so that their journals can be compared.
 namespace words {
 inline std::string wrote(std::string_view path, std::string_view text, bool succeeded) {
     return "wrote " + std::string(text) + (succeeded ? " to " : " without success to ") + std::string(path);

@@ -68,7 +68,7 @@ std::optional<Difference> play(const Beginning& beginning, const std::vector<Act
     return difference;
 }
 
-// Removes actions that the failure does not need, in ever smaller pieces. Keeps the launch.
+// Removes actions that the failure does not need, in ever smaller pieces. Keeps the first action, which is the launch.
 std::vector<Action> shortened(const Beginning& beginning, std::vector<Action> actions) {
     for (std::size_t piece = actions.size() / 2; piece > 0; piece /= 2) {
         for (std::size_t at = 1; at + piece <= actions.size();) {

@@ -49,7 +49,7 @@ DeviceRecord::Stamp DeviceRecord::lastTouched(const std::string& key) const {
     return last;
 }
 
-// The position of a device is the number of devices that come before it.
+// Sorts by counting: the position of a device is the number of devices that come before it.
 std::vector<DeviceRecord::Device> DeviceRecord::list() const {
     std::vector<bool> connected;
     for (const Known& known : known_) connected.push_back(isConnected(known.key));

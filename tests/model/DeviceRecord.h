@@ -28,12 +28,12 @@ class DeviceRecord {
     };
 
     void attach(InterfaceID id, const std::string& key, const std::string& name);
-    // Returns nothing if no such interface is attached.
+    // Ends the interface's episode. Returns nothing if no such interface is attached.
     std::optional<Removal> remove(InterfaceID id);
-    // Ends the grace period after this removal. Returns whether the device stayed detached until now.
+    // Ends the grace period after this removal if the device has stayed detached since. Returns whether it has.
     bool endGrace(const Removal& removal);
 
-    // Every device seen so far: connected first, then by name ignoring case, then by first attachment.
+    // Returns every device seen so far: connected first, then by name ignoring case, then by first attachment.
     std::vector<Device> list() const;
 
   private:

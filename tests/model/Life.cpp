@@ -78,7 +78,7 @@ std::vector<Action> Life::actions(int count) {
     return actions;
 }
 
-// Returns a random action. The weight of each kind says how often it is drawn.
+// Returns a random action. The weight of each kind says how often it is drawn; releaseDelegate is drawn separately.
 Action Life::next() {
     static constexpr std::array<std::pair<Kind, int>, 22> weights{{
         {Kind::attach, 150},    {Kind::detach, 200},     {Kind::removeUnknown, 12}, {Kind::attachAgain, 12},

@@ -43,10 +43,10 @@ class Life {
     std::mt19937_64 random_;
     std::string unknown_;                       // the text for a missing name
     std::vector<DeviceDescription> favorites_;  // models that occur more often in this life
-    // An estimate: devices that reactions attach are not counted.
+    // An estimate: a reaction counts once, when it is drawn, although it may run several times or never.
     std::uint64_t interfaces_ = 0;            // the number attached so far
     std::vector<DeviceDescription> devices_;  // the device of each interface, by number
-    std::vector<std::uint64_t> attached_;     // those that are attached now
+    std::vector<std::uint64_t> attached_;     // the interfaces that are attached now
     std::optional<DeviceDescription> lastRemoved_;
     std::uint64_t subscribers_ = 0;  // the number made so far
 };

@@ -47,7 +47,7 @@ TEST_P(ModelRandomLifeTest, AgreesWithTheReferenceModel) {
 
 INSTANTIATE_TEST_SUITE_P(FixedSeeds, ModelRandomLifeTest, testing::Values(1, 2, 3, 4));
 
-// KOVRA_MODEL_SEED=N plays only the life of this seed, which a failure names.
+// With KOVRA_MODEL_SEED=N this test plays only the life of that seed. A failure names its seed.
 TEST(ModelFreshSeedsTest, AgreeWithTheReferenceModel) {
     Census census;
     if (const char* seed = std::getenv("KOVRA_MODEL_SEED")) {

@@ -45,7 +45,7 @@ class Program::Preferences : public FakePreferences {
     }
 
   private:
-    // The elements of an array have no order, so sort them.
+    // The selection is a set and is saved in no particular order, so sort its elements.
     static std::string text(const PreferenceValue& value) {
         if (const auto* truth = std::get_if<bool>(&value)) return words::truth(*truth);
         if (const auto* string = std::get_if<std::string>(&value)) return *string;
@@ -175,7 +175,7 @@ Subscription Program::subscribe(const Action& subscription) {
     return react(state.blocking, subscription);
 }
 
-// Returns the delegate, which the caller keeps alive. Null before launch and after the application has terminated.
+// Returns the delegate, which stays alive during the call. Null before launch, after the end, and after its release.
 std::shared_ptr<AppDelegate> Program::callableDelegate() const {
     return process_->launched && !process_->desktop.terminated ? process_->delegate : nullptr;
 }

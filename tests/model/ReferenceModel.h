@@ -17,7 +17,7 @@
 
 namespace kovra::model {
 
-// The specified behavior, stated briefly, and differently from the program's implementation.
+// The promised behavior, stated briefly, and differently from the program's implementation.
 //
 // The queue is a list of due events instead of closures. Whether an event still matters is decided when it is due.
 // Every effect goes into the journal.
@@ -110,7 +110,7 @@ class ReferenceModel {
     std::optional<std::string> failAlways_;
     Time now_{0};
 
-    // One process.
+    // The current process.
     bool running_ = false;
     bool launched_ = false;
     bool held_ = false;  // whether the owner still holds the delegate

@@ -103,7 +103,7 @@ void ReferenceModel::notify(Listener& listener, const std::string& coming) {
     }
 }
 
-// A subscriber that is added during an announcement does not receive it.
+// A subscriber that is added during an announcement does not receive that announcement.
 void ReferenceModel::announce(Property property, const std::string& coming) {
     const std::size_t audience = listeners_.size();
     for (std::size_t i = 0; i < audience; ++i) {
@@ -138,7 +138,7 @@ void ReferenceModel::subscribe(const Action& action) {
         Listener{Listener::Role::subscriber, action.property, 0, action.times, action.inner.at(0)});
     listeners_.push_back(listener);
     if (action.truth) notify(*listener, stored(action.property));
-    listener->number = action.number;  // the subscription cannot be ended before it is returned
+    listener->number = action.number;  // unsubscribe finds it only from now on, as in Program
     for (const auto& other : listeners_) {
         if (other != listener && other->role == Listener::Role::subscriber && other->number == action.number) {
             other->gone = true;

@@ -1,4 +1,4 @@
-// Reads every text of the windows from the widgets, in each language. The views were encoded and decoded before.
+// Reads every text of the windows from the widgets, in each language. All messages are encoded and decoded first.
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ class LanguagesOnScreenTest : public testing::TestWithParam<double> {
     static Message crossed(const Message& message) {
         return std::get<Message>(decodeToWindow(encode(ToWindow(message))).value());
     }
-    // Returns all visible texts of the window.
+    // Returns the texts of all visible labels and buttons of the window.
     static Texts read(const QWidget& window) {
         Texts texts;
         for (const QLabel* label : window.findChildren<QLabel*>()) {

@@ -16,7 +16,7 @@ namespace {
 using Mode = AppState::BlockMode;
 using Selection = AppState::Selection;
 
-// Positions in the tree.
+// Positions among the children of the window's column.
 constexpr std::size_t blockToggle = 1, modePicker = 2, deviceArea = 6, statusLine = 8;
 
 struct ViewRig {
