@@ -16,8 +16,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr auto on = MenuItemState::on;
-constexpr auto off = MenuItemState::off;
+using enum MenuItemState;
 
 // Positions in the menu.
 constexpr std::size_t block = 0;
@@ -35,15 +34,15 @@ struct Rig : Computer, AppRig {
     }
 };
 
-struct LaunchedRig : Rig {
-    LaunchedRig() {
+struct LaunchedMenuRig : Rig {
+    LaunchedMenuRig() {
         launch();
         queue.run();
     }
 };
 
 TEST(AppDelegateStatusItemTest, IsAsWideAsItsIcon) {
-    const LaunchedRig rig;
+    const LaunchedMenuRig rig;
     EXPECT_EQ(rig.statusBar.lengths, std::vector{-1.0});
 }
 
@@ -71,7 +70,7 @@ TEST(AppDelegateStatusItemTest, ShowsThePlainIconUntilTheFirstDecisionEvenIfTheP
 }
 
 TEST(AppDelegateStatusItemTest, HasTheWholeMenuFromTheStart) {
-    LaunchedRig rig;
+    LaunchedMenuRig rig;
     ASSERT_TRUE(rig.statusBar.menu);
     EXPECT_EQ(dump(*rig.statusBar.menu), dump(makeStatusMenu(rig.texts, {}, on, off)));
 }
@@ -85,14 +84,14 @@ TEST(AppDelegateStatusItemTest, ShowsTheSavedSwitch) {
 }
 
 TEST(AppDelegateStatusItemTest, RefreshesTheSwitchThenTheLoginItemThenTheIcon) {
-    LaunchedRig rig;
+    LaunchedMenuRig rig;
     rig.statusBar.calls.clear();
     rig.delegate->refreshUI();
     EXPECT_EQ(rig.statusBar.calls, (Texts{"tag 1 on", "tag 2 off", "plain image", "template"}));
 }
 
 TEST(AppDelegateStatusItemTest, ItemsThatOpenWindowsChangeNothing) {
-    LaunchedRig rig;
+    LaunchedMenuRig rig;
     rig.statusBar.calls.clear();
     for (const std::size_t position : {settings, activate, about}) rig.choose(position);
     EXPECT_TRUE(rig.preferences.saves.empty());
@@ -119,7 +118,7 @@ TEST(AppDelegateStatusItemTest, LaunchAtLoginIsCheckedExactlyWhileItIsEnabled) {
 }
 
 TEST(AppDelegateStatusItemTest, ChoosingLaunchAtLoginTogglesItAndRefreshesNothingElse) {
-    LaunchedRig rig;
+    LaunchedMenuRig rig;
     rig.statusBar.calls.clear();
     rig.choose(launchAtLogin);
     rig.choose(launchAtLogin);
@@ -128,7 +127,7 @@ TEST(AppDelegateStatusItemTest, ChoosingLaunchAtLoginTogglesItAndRefreshesNothin
 }
 
 TEST(AppDelegateStatusItemTest, AFailedToggleShowsTheSystemsStatus) {
-    LaunchedRig rig;
+    LaunchedMenuRig rig;
     rig.login.current = LoginStatus::enabled;
     rig.login.reasonToFail = "Disk full";
     rig.choose(launchAtLogin);
@@ -164,7 +163,7 @@ TEST(AppDelegateStatusItemTest, TheIconIsShownWithoutAMenu) {
 }
 
 TEST(AppDelegateStatusItemTest, ItsActionsDoNothingWithoutTheDelegate) {
-    LaunchedRig rig;
+    LaunchedMenuRig rig;
     const Menu menu = *rig.statusBar.menu;
     rig.delegate.reset();
     for (const MenuItem& item : menu.items) {

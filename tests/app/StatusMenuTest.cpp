@@ -8,11 +8,10 @@
 namespace kovra {
 namespace {
 
-constexpr auto on = MenuItemState::on;
-constexpr auto off = MenuItemState::off;
+using enum MenuItemState;
 
-std::string menuIn(const std::string& language, MenuItemState enabled = on, MenuItemState launchAtLogin = off) {
-    return dump(makeStatusMenu(L10n({language}), {}, enabled, launchAtLogin));
+std::string menuIn(const std::string& language, MenuItemState enabled = on, MenuItemState login = off) {
+    return dump(makeStatusMenu(L10n({language}), {}, enabled, login));
 }
 
 TEST(StatusMenuTest, IsInEnglish) {

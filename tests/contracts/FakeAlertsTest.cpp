@@ -9,9 +9,9 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeAlertsDriver {
   public:
-    FakeDriver() {
+    FakeAlertsDriver() {
         alerts_.meanwhile = [this] {
             const std::string title = alerts_.shown.back().messageText;
             if (const auto block = std::exchange(blocks_[title], nullptr)) queue_.async(block);
@@ -43,7 +43,7 @@ class FakeDriver {
     std::map<std::string, std::optional<std::size_t>> answers_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeAlerts, AlertPresenterContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeAlerts, AlertPresenterContract, FakeAlertsDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -5,9 +5,9 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeApplicationDriver {
   public:
-    FakeDriver() {
+    FakeApplicationDriver() {
         application_.onTerminating = [this] { queue_.stop(); };
     }
     Application& application() { return application_; }
@@ -22,7 +22,7 @@ class FakeDriver {
     FakeApplication application_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeApplication, ApplicationContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeApplication, ApplicationContract, FakeApplicationDriver);
 
 }  // namespace
 }  // namespace kovra

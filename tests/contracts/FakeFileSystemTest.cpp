@@ -4,7 +4,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeFileSystemDriver {
   public:
     FileSystem& files() { return files_; }
     std::string path() const { return "/flag"; }
@@ -15,7 +15,7 @@ class FakeDriver {
     FakeFileSystem files_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeFileSystem, FileSystemContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeFileSystem, FileSystemContract, FakeFileSystemDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -5,7 +5,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeHIDDriver {
   public:
     HIDService& service() { return hid_; }
     FakeHID::Plugged attach(const DeviceDescription& device) { return hid_.attach(device); }
@@ -20,7 +20,7 @@ class FakeDriver {
     FakeHID hid_{queue_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeHID, HIDManagerContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeHID, HIDManagerContract, FakeHIDDriver);
 
 }  // namespace
 }  // namespace kovra

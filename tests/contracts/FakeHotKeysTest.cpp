@@ -4,7 +4,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeHotKeysDriver {
   public:
     HotKeyService& service() { return hotKeys_; }
     void settle() {}
@@ -19,7 +19,7 @@ class FakeDriver {
     FakeHotKeys hotKeys_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeHotKeys, HotKeyServiceContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeHotKeys, HotKeyServiceContract, FakeHotKeysDriver);
 
 }  // namespace
 }  // namespace kovra

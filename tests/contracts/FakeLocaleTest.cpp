@@ -4,7 +4,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeLocaleDriver {
   public:
     const Locale& locale() const { return locale_; }
 
@@ -12,7 +12,7 @@ class FakeDriver {
     FakeLocale locale_{{"en-GB", "ru-RU"}};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeLocale, LocaleContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeLocale, LocaleContract, FakeLocaleDriver);
 
 }  // namespace
 }  // namespace kovra

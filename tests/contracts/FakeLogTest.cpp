@@ -4,7 +4,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeLogDriver {
   public:
     SystemLog& log() { return log_; }
     const std::vector<std::string>& entries() const { return log_.lines; }
@@ -13,7 +13,7 @@ class FakeDriver {
     FakeLog log_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeLog, SystemLogContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeLog, SystemLogContract, FakeLogDriver);
 
 }  // namespace
 }  // namespace kovra

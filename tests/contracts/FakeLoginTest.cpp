@@ -4,7 +4,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeLoginDriver {
   public:
     LoginService& service() { return service_; }
     void obstruct() { service_.reasonToFail = "Permission denied"; }
@@ -13,7 +13,7 @@ class FakeDriver {
     FakeLogin service_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeLogin, LoginServiceContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeLogin, LoginServiceContract, FakeLoginDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -4,7 +4,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeMainQueueDriver {
   public:
     MainQueue& queue() { return queue_; }
     void settle() { queue_.run(); }
@@ -16,7 +16,7 @@ class FakeDriver {
     FakeMainQueue queue_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeMainQueue, MainQueueContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeMainQueue, MainQueueContract, FakeMainQueueDriver);
 
 }  // namespace
 }  // namespace kovra

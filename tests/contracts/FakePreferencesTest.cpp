@@ -4,7 +4,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakePreferencesDriver {
   public:
     PreferencesStore& store() { return store_; }
     void startAgain() {}  // the stored values persist
@@ -13,7 +13,7 @@ class FakeDriver {
     FakePreferences store_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakePreferences, PreferencesStoreContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakePreferences, PreferencesStoreContract, FakePreferencesDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -8,9 +8,9 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeProcessesDriver {
   public:
-    FakeDriver() {
+    FakeProcessesDriver() {
         processes_.meanwhile = [this] { queue_.run(); };
     }
     ProcessRunner& processes() { return processes_; }
@@ -39,7 +39,7 @@ class FakeDriver {
     FakeProcesses processes_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeProcesses, ProcessRunnerContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeProcesses, ProcessRunnerContract, FakeProcessesDriver);
 
 }  // namespace
 }  // namespace kovra

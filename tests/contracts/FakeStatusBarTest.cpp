@@ -5,7 +5,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeStatusBarDriver {
   public:
     StatusBar& bar() { return bar_; }
     void settle() { queue_.run(); }
@@ -30,7 +30,7 @@ class FakeDriver {
     FakeStatusBar bar_{queue_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeStatusBar, StatusBarContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeStatusBar, StatusBarContract, FakeStatusBarDriver);
 
 }  // namespace
 }  // namespace kovra

@@ -6,7 +6,7 @@
 namespace kovra {
 namespace {
 
-class FakeDriver {
+class FakeWindowsDriver {
   public:
     WindowHost& host() { return windows_; }
     void settle() { queue_.run(); }
@@ -26,7 +26,7 @@ class FakeDriver {
     FakeWindows windows_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(FakeWindows, WindowHostContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(FakeWindows, WindowHostContract, FakeWindowsDriver);
 
 }  // namespace
 }  // namespace kovra

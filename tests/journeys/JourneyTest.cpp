@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
+#include "tests/journeys/Mouse.h"
 #include "tests/support/AppRig.h"
 
 namespace kovra {
@@ -19,7 +20,6 @@ using namespace std::chrono_literals;
 using Mode = AppState::BlockMode;
 using Texts = std::vector<std::string>;
 
-const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 const DeviceDescription keyboard = aMouse("Keyboard").ids(1, 2);
 
 TEST(JourneyTest, FirstLaunchWithAnEmptyStoreWritesOffAndSavesNothing) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "BLE_kovra/system/DriverActivator.h"
+#include "tests/journeys/Mouse.h"
 #include "tests/support/AppRig.h"
 
 namespace kovra {
@@ -16,8 +17,6 @@ namespace {
 using namespace std::chrono_literals;
 using Mode = AppState::BlockMode;
 using Texts = std::vector<std::string>;
-
-const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
 // A computer whose services record the steps of launch that use them: all but steps 4 to 6.
 struct StepsOfLaunch : Computer {

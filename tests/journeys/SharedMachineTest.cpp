@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/journeys/Mouse.h"
 #include "tests/support/AppRig.h"
 
 namespace kovra {
@@ -13,8 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
-
-const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
 // Simulates the helper, which lets only the user of the active session write the flag. Shortly after a user's session
 // is active again, the helper puts a new file in place with that user's last text.

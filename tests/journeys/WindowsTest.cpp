@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "BLE_kovra/system/DriverActivator.h"
+#include "tests/journeys/Mouse.h"
 #include "tests/support/AppRig.h"
 #include "tests/support/ViewDump.h"
 
@@ -16,8 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
-const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
-const std::string activeListing = std::string(DriverActivator::extensionID) + " [activated enabled]\n";
+const std::string briefListing = std::string(DriverActivator::extensionID) + " [activated enabled]\n";
 
 // Positions in the menu.
 constexpr std::size_t settings = 2, activateDriver = 4, about = 5, quit = 7;
@@ -25,7 +25,7 @@ constexpr std::size_t settings = 2, activateDriver = 4, about = 5, quit = 7;
 // A computer with an active driver and the launched program.
 struct Desk : Computer, AppRig {
     Desk() : AppRig(static_cast<Computer&>(*this)) {
-        processes.outputs[DriverActivator::listingTool] = activeListing;
+        processes.outputs[DriverActivator::listingTool] = briefListing;
         launch();
         queue.run();
     }

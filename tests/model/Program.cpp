@@ -103,6 +103,8 @@ struct Program::Process {
 
 namespace {
 
+using Kind = Action::Kind;
+
 std::string text(const std::vector<HIDDeviceInfo>& devices) {
     std::string text;
     for (const HIDDeviceInfo& device : devices) text += words::device(device.id, device.name, device.connected);
@@ -187,7 +189,6 @@ std::string Program::snapshot() const {
 }
 
 void Program::perform(const Action& action) {
-    using Kind = Action::Kind;
     switch (action.kind) {
         case Kind::attach:
             hid_.attach(action.device);

@@ -7,6 +7,7 @@ namespace kovra::model {
 
 namespace {
 
+using Kind = Action::Kind;
 using std::chrono::nanoseconds;
 
 // Returns the text for a missing name, which depends only on the first preferred language.
@@ -183,7 +184,6 @@ void ReferenceModel::play(const Job& job) {
 }
 
 void ReferenceModel::perform(const Action& action) {
-    using Kind = Action::Kind;
     const auto plugged = plugged_.find(action.number);
     switch (action.kind) {
         case Kind::attach:

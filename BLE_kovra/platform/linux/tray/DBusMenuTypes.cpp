@@ -10,7 +10,7 @@ namespace kovra {
 namespace {
 
 // In a label, one underscore marks a mnemonic, and two stand for one underscore.
-std::string escaped(std::string_view title) {
+std::string asLabel(std::string_view title) {
     std::string label;
     for (const char c : title) {
         label += c;
@@ -51,7 +51,7 @@ int readArray(sd_bus_message* call, const char* of, std::size_t atMost, sd_bus_e
 
 DBusMenuProperties dbusMenuProperties(const MenuItem& item) {
     if (item.isSeparator) return {{"type", std::string("separator")}};
-    DBusMenuProperties properties{{"label", escaped(item.title)}};
+    DBusMenuProperties properties{{"label", asLabel(item.title)}};
     if (!item.isEnabled) properties.push_back({"enabled", false});
     if (item.state) properties.push_back({"toggle-type", std::string("checkmark")});
     for (const DBusMenuProperty& state : dbusMenuState(item)) properties.push_back(state);

@@ -19,7 +19,7 @@ constexpr std::string_view title = "BLE-kovra";
 constexpr std::array pixmapSizes{22, 32, 48};
 
 // Panels interpret the tool tip as markup.
-std::string escaped(std::string_view text) {
+std::string asMarkup(std::string_view text) {
     std::string markup;
     for (const char c : text) {
         switch (c) {
@@ -95,7 +95,7 @@ void StatusNotifierItem::writePixmaps(BusWriter& writer) const {
 
 void StatusNotifierItem::writeToolTip(BusWriter& writer) const {
     writer.openStruct("sa(iiay)ss").text("").openArray("(iiay)").close();
-    writer.text(title).text(escaped(contents_.toolTip)).close();
+    writer.text(title).text(asMarkup(contents_.toolTip)).close();
 }
 
 int StatusNotifierItem::property(sd_bus*, const char*, const char*, const char* name, sd_bus_message* reply,

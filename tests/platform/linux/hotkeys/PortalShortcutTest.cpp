@@ -19,10 +19,10 @@ const std::string bind = "BindShortcuts TEST-1 description=BLE-kovra preferred_t
 const std::string registration = "Register org.ble_kovra.BLEKovra";
 const Calls everything{registration, "CreateSession", "ListShortcuts", bind};
 
-constexpr HotKey controlOptionT{.keyCode = HotKey::ansiT,
-                                .modifiers = HotKey::controlKey | HotKey::optionKey,
-                                .signature = 0x54455354,  // TEST
-                                .number = 1};
+constexpr HotKey testHotKey{.keyCode = HotKey::ansiT,
+                            .modifiers = HotKey::controlKey | HotKey::optionKey,
+                            .signature = 0x54455354,  // TEST
+                            .number = 1};
 
 struct ShortcutRig : PortalRig {
     int pressed = 0;
@@ -30,7 +30,7 @@ struct ShortcutRig : PortalRig {
     std::unique_ptr<HotKeyService::Reference> hotKey;
 
     void registerHotKey() {
-        hotKey = hotKeys.registerHotKey(controlOptionT);
+        hotKey = hotKeys.registerHotKey(testHotKey);
         ASSERT_NE(hotKey, nullptr);
         settle();
     }
@@ -255,7 +255,7 @@ TEST(PortalShortcutTest, MayBeDestroyedAtAnyMoment) {
     for (int turns = 0; turns < 60; ++turns) {
         ShortcutRig rig;
         rig.settle();
-        rig.hotKey = rig.hotKeys.registerHotKey(controlOptionT);
+        rig.hotKey = rig.hotKeys.registerHotKey(testHotKey);
         for (int turn = 0; turn < turns; ++turn) {
             bool done = false;
             rig.loop.async([&] { done = true; });
@@ -277,7 +277,7 @@ TEST(PortalShortcutTest, MayBeDestroyedByItsOwnPress) {
 
 TEST(PortalShortcutTest, RefusesAnotherKeyOrOtherModifiers) {
     ShortcutRig rig;
-    for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = controlOptionT.modifiers},
+    for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = testHotKey.modifiers},
                                HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey}}) {
         EXPECT_EQ(rig.hotKeys.registerHotKey(other), nullptr);
     }

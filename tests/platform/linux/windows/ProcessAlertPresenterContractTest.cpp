@@ -10,9 +10,9 @@
 namespace kovra {
 namespace {
 
-class ProcessDriver {
+class ProcessAlertPresenterDriver {
   public:
-    ProcessDriver() { scheduleLook(); }
+    ProcessAlertPresenterDriver() { scheduleLook(); }
     AlertPresenter& alerts() { return alerts_; }
     MainQueue& queue() { return loop_; }
     void meanwhile(const std::string& title, MainQueue::Block block) { blocks_[title] = std::move(block); }
@@ -58,7 +58,7 @@ class ProcessDriver {
     std::set<std::string> busy_;  // titles whose block has not returned yet
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(ProcessAlertPresenter, AlertPresenterContract, ProcessDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(ProcessAlertPresenter, AlertPresenterContract, ProcessAlertPresenterDriver);
 
 }  // namespace
 }  // namespace kovra

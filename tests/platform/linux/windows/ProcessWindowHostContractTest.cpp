@@ -7,7 +7,7 @@
 namespace kovra {
 namespace {
 
-class ProcessDriver {
+class ProcessWindowHostDriver {
   public:
     using Path = std::vector<std::string>;
 
@@ -49,7 +49,7 @@ class ProcessDriver {
     std::int64_t settled_ = 0;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(ProcessWindowHost, WindowHostContract, ProcessDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(ProcessWindowHost, WindowHostContract, ProcessWindowHostDriver);
 
 }  // namespace
 }  // namespace kovra

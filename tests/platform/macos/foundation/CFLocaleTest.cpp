@@ -9,7 +9,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-class CFDriver {
+class CFLocaleDriver {
   public:
     const Locale& locale() const { return locale_; }
 
@@ -18,7 +18,7 @@ class CFDriver {
     CFLocale locale_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(CFLocale, LocaleContract, CFDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(CFLocale, LocaleContract, CFLocaleDriver);
 
 class CFLocaleTest : public testing::Test {
   protected:

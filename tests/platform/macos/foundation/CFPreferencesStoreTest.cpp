@@ -5,7 +5,7 @@
 namespace kovra {
 namespace {
 
-class CFDriver {
+class CFPreferencesStoreDriver {
   public:
     PreferencesStore& store() { return store_; }
     void startAgain() { FakeDefaults::startAgain(); }
@@ -15,7 +15,7 @@ class CFDriver {
     CFPreferencesStore store_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(CFPreferencesStore, PreferencesStoreContract, CFDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(CFPreferencesStore, PreferencesStoreContract, CFPreferencesStoreDriver);
 
 TEST(CFPreferencesStoreTest, ReadsIntegersAsNumbers) {
     const FrameworkRig frameworks;

@@ -15,7 +15,7 @@
 namespace kovra {
 namespace {
 
-class CFDriver : public ScriptedPrograms {
+class CFDescriptorLoopDriver : public ScriptedPrograms {
   public:
     ProcessRunner& processes() { return processes_; }
     MainQueue& queue() { return queue_; }
@@ -31,7 +31,7 @@ class CFDriver : public ScriptedPrograms {
     PosixProcessRunner processes_{loop_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(CFDescriptorLoop, ProcessRunnerContract, CFDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(CFDescriptorLoop, ProcessRunnerContract, CFDescriptorLoopDriver);
 
 class CFDescriptorLoopTest : public testing::Test {
   protected:

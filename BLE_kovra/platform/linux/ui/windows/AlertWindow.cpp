@@ -62,7 +62,7 @@ class Button : public QPushButton {
 };
 
 // Returns the accessible object with which screen readers announce the window as an alert.
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+QAccessibleInterface* makeAccessibleAlert(const QString&, QObject* object) {
     auto* alert = dynamic_cast<AlertWindow*>(object);
     return alert == nullptr ? nullptr : new QAccessibleWidget(alert, QAccessible::AlertMessage);
 }
@@ -76,8 +76,8 @@ AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
       icon_(new IconView),
       message_(new TextView(alert.messageText)),
       information_(new TextView(alert.informativeText)) {
-    QAccessible::removeFactory(makeAccessible);
-    QAccessible::installFactory(makeAccessible);  // the newest factory is queried first
+    QAccessible::removeFactory(makeAccessibleAlert);
+    QAccessible::installFactory(makeAccessibleAlert);  // the newest factory is queried first
     setWindowTitle("BLE-kovra");
     setWindowModality(Qt::WindowModal);  // for the window manager; there is no parent window
     setAccessibleName(message_->text());

@@ -63,7 +63,7 @@ bool isReachable(const QRect& window) {
 }
 
 // Returns the accessible object with which screen readers announce the widget as a window.
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+QAccessibleInterface* makeAccessibleWindow(const QString&, QObject* object) {
     auto* window = dynamic_cast<ViewWindow*>(object);
     return window == nullptr ? nullptr : new QAccessibleWidget(window, QAccessible::Window);
 }
@@ -71,8 +71,8 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 }  // namespace
 
 ViewWindow::ViewWindow(SendToResident send) : send_(std::move(send)) {
-    QAccessible::removeFactory(makeAccessible);
-    QAccessible::installFactory(makeAccessible);  // the newest factory is queried first
+    QAccessible::removeFactory(makeAccessibleWindow);
+    QAccessible::installFactory(makeAccessibleWindow);  // the newest factory is queried first
     placeTimer_.setSingleShot(true);
     placeTimer_.setInterval(settleTime);
     connect(&placeTimer_, &QTimer::timeout, this, [this] { sendPlace(); });

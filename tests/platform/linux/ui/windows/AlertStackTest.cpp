@@ -59,21 +59,21 @@ class AlertStackTest : public testing::Test {
     std::vector<AlertAnswered> answers;
     AlertStack stack{[this](const ToResident& message) { answers.push_back(std::get<AlertAnswered>(message)); }};
 };
-using Answers = std::vector<AlertAnswered>;
+using Answered = std::vector<AlertAnswered>;
 
 TEST_F(AlertStackTest, ShowsAnAlertInFrontAndSendsItsAnswer) {
     show({7});
     ASSERT_NE(visible(7), nullptr);
     EXPECT_TRUE(isActive(*visible(7)));
     QTest::keyClick(visible(7)->windowHandle(), Qt::Key_Return);
-    EXPECT_EQ(answers, (Answers{{7, 0}}));
+    EXPECT_EQ(answers, (Answered{{7, 0}}));
     EXPECT_EQ(visible(7), nullptr);
 }
 
 TEST_F(AlertStackTest, SendsThatAnAlertWasClosed) {
     show({3});
     QTest::keyClick(visible(3)->windowHandle(), Qt::Key_Escape);
-    EXPECT_EQ(answers, (Answers{{3, std::nullopt}}));
+    EXPECT_EQ(answers, (Answered{{3, std::nullopt}}));
 }
 
 TEST_F(AlertStackTest, OnlyTheTopmostOfThreeAlertsTakesInput) {
@@ -88,9 +88,9 @@ TEST_F(AlertStackTest, OnlyTheTopmostOfThreeAlertsTakesInput) {
         QTest::keyClick(visible(covered)->windowHandle(), Qt::Key_Return);
         EXPECT_FALSE(visible(covered)->windowHandle()->close());
     }
-    EXPECT_EQ(answers, Answers{});
+    EXPECT_EQ(answers, Answered{});
     click(*visible(3), 1);
-    EXPECT_EQ(answers, (Answers{{3, 1}}));
+    EXPECT_EQ(answers, (Answered{{3, 1}}));
     show({1, 2});
     EXPECT_TRUE(isActive(*visible(2)));
     click(*visible(1), 0);
@@ -99,7 +99,7 @@ TEST_F(AlertStackTest, OnlyTheTopmostOfThreeAlertsTakesInput) {
     show({1});
     EXPECT_TRUE(isActive(*visible(1)));
     QTest::keyClick(visible(1)->windowHandle(), Qt::Key_Escape);
-    EXPECT_EQ(answers, (Answers{{3, 1}, {2, 0}, {1, std::nullopt}}));
+    EXPECT_EQ(answers, (Answered{{3, 1}, {2, 0}, {1, std::nullopt}}));
     EXPECT_TRUE(visible().empty());
 }
 
@@ -110,7 +110,7 @@ TEST_F(AlertStackTest, RemovesAnAlertThatIsNoLongerListedWithoutAnAnswer) {
     EXPECT_TRUE(isActive(*visible(1)));
     show({});
     EXPECT_TRUE(visible().empty());
-    EXPECT_EQ(answers, Answers{});
+    EXPECT_EQ(answers, Answered{});
 }
 
 TEST_F(AlertStackTest, RemovesACoveredAlert) {
@@ -118,7 +118,7 @@ TEST_F(AlertStackTest, RemovesACoveredAlert) {
     show({1, 3});
     EXPECT_EQ(visible().size(), 2U);
     EXPECT_TRUE(isActive(*visible(3)));
-    EXPECT_EQ(answers, Answers{});
+    EXPECT_EQ(answers, Answered{});
 }
 
 TEST_F(AlertStackTest, KeepsAnAnsweredAlertHiddenWhileItIsStillListed) {
@@ -217,7 +217,7 @@ TEST_F(AlertStackOverWindowTest, DoesNotBlockInputToMenus) {
     menu.popup(QPoint(0, 0));
     QTest::mouseClick(menu.windowHandle(), Qt::LeftButton, {}, menu.actionGeometry(menu.actions()[0]).center());
     EXPECT_TRUE(isChosen);
-    EXPECT_EQ(answers, Answers{});
+    EXPECT_EQ(answers, Answered{});
 }
 
 }  // namespace

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "tests/fakes/FakeHID.h"
+
+namespace kovra {
+
+// The mouse that the user of a journey chooses.
+inline const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
+
+}  // namespace kovra
