@@ -13,7 +13,7 @@ constexpr const char* interface = "org.kde.StatusNotifierWatcher";
 }  // namespace
 
 StatusNotifierWatcher::StatusNotifierWatcher(SessionBus& bus)
-    : listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
+    : loop_(bus.loop()), listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
 
 void StatusNotifierWatcher::setItem(std::string busName) {
     item_ = std::move(busName);
@@ -29,11 +29,18 @@ void StatusNotifierWatcher::busChanged(BusConnection* bus) {
         setHasHost(false);
         return;
     }
-    registerItem();  // first, so that the icon does not wait for the subscriptions
-    owner_ = bus->watchOwner(name, [this](std::string_view, std::string_view now) { ownerChanged(!now.empty()); });
+    registerItem();
+    // The item may be exported in this turn of the queue. It is registered first, so that the icon does not wait for
+    // the subscriptions.
+    loop_.async(lifetime_.guard([this] { subscribe(); }));
+}
+
+void StatusNotifierWatcher::subscribe() {
+    if (bus_ == nullptr) return;
+    owner_ = bus_->watchOwner(name, [this](std::string_view, std::string_view now) { ownerChanged(!now.empty()); });
     const auto changed = [this](sd_bus_message*) { hostsChanged(); };
-    hostRegistered_ = bus->receive({name, path, interface, "StatusNotifierHostRegistered"}, changed);
-    hostUnregistered_ = bus->receive({name, path, interface, "StatusNotifierHostUnregistered"}, changed);
+    hostRegistered_ = bus_->receive({name, path, interface, "StatusNotifierHostRegistered"}, changed);
+    hostUnregistered_ = bus_->receive({name, path, interface, "StatusNotifierHostUnregistered"}, changed);
     queryHost();
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "BLE_kovra/platform/linux/bus/SessionBus.h"
+#include "BLE_kovra/platform/linux/loop/Lifetime.h"
 #include "BLE_kovra/platform/linux/loop/Listeners.h"
 
 namespace kovra {
@@ -26,12 +27,14 @@ class StatusNotifierWatcher {
 
   private:
     void busChanged(BusConnection* bus);
+    void subscribe();
     void ownerChanged(bool isPresent);
     void hostsChanged();
     void registerItem();
     void queryHost();
     void setHasHost(bool hasHost);
 
+    SdEventLoop& loop_;
     BusConnection* bus_ = nullptr;
     std::string item_;
     bool isRegistered_ = false;  // true also while the call is pending
@@ -43,6 +46,7 @@ class StatusNotifierWatcher {
     BusToken registration_;
     BusToken query_;
     BusToken listening_;
+    Lifetime lifetime_;
 };
 
 }  // namespace kovra
