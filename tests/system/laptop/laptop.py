@@ -25,8 +25,9 @@ MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 # The pads are unmuted no earlier than GRACE after the kernel removed the mouse. They are unmuted no later than
 # LATEST_BACK after udevd reported the removal.
 GRACE, LATEST_BACK = 2.0, 2.6
-# The pads are unmuted within this time after their user has left, or after the application or the helper has ended.
-AT_ONCE = 1.0
+# The pads are muted or unmuted within this time where nothing is waited for: one second, and half a second more because
+# the machine is emulated.
+AT_ONCE = 1.5
 
 
 def run(*command):
