@@ -43,6 +43,10 @@ void ChildProcess::reap() {
     pid_ = 0;
 }
 
+void ChildProcess::kill() const {
+    if (pid_ != 0) ::kill(pid_, SIGKILL);
+}
+
 void ChildProcess::terminate() const {
     if (pid_ == 0) return;
     ::kill(pid_, SIGTERM);

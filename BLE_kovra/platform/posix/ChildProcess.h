@@ -28,6 +28,8 @@ class ChildProcess {
     // Waits for the process, so that no zombie is left.
     void reap();
     void terminate() const;
+    // Sends SIGKILL, for a process that hangs.
+    void kill() const;
     // Lets the process outlive this object.
     void release() { isReleased_ = true; }
 

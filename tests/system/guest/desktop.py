@@ -2,13 +2,15 @@
 
 import contextlib
 import json
+import os
+import pathlib
 import signal
 import subprocess
 
 import program
 from plugging import MADE_UP
 from running import scenario
-from screen import Screen
+from screen import ESCAPE, Screen
 from waiting import check, now, stay_until, wait_for
 
 ITEM = ("--dest=org.ble_kovra.BLEKovra", "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get",
@@ -65,6 +67,45 @@ def end_of_the_screen(world):
     status = running.wait_exit()
     check(status == 0, f"it ended with {status}: {running.last_words()}")
     world.flag.wait_write("off", since)
+
+
+def window_processes(running):
+    """Returns the process IDs of the program's window processes, except those that have ended."""
+    found = []
+    for entry in pathlib.Path("/proc").iterdir():
+        if entry.name.isdigit():
+            with contextlib.suppress(OSError):
+                name, _, rest = (entry / "stat").read_text().partition("(")[2].rpartition(")")
+                state, parent = rest.split()[:2]
+                if name == "ble-kovra-ui" and state != "Z" and int(parent) == running.pid:
+                    found.append(int(entry.name))
+    return found
+
+
+def start_again(world, screen):
+    second = world.start(wait=False, selected=[MADE_UP], display=screen.name)
+    check(second.wait_exit() == 0, f"the second start printed {second.last_words()}")
+
+
+@scenario("A window process that hangs is replaced when it has something to show, and the settings window opens.")
+def hanging_window_process(world):
+    with contextlib.closing(Screen()) as screen:
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        start_again(world, screen)
+        wait_for(screen.shows_settings, "the settings window")
+        screen.wait_keyboard()
+        screen.press(ESCAPE)
+        wait_for(lambda: not screen.windows(), "the settings window to close")
+        old = window_processes(running)
+        check(len(old) == 1, f"the window processes are {old}")
+        os.kill(old[0], signal.SIGSTOP)
+        asked = now()
+        start_again(world, screen)
+        wait_for(screen.shows_settings, "the settings window of another window process")
+        measured = now() - asked
+        check(old[0] not in window_processes(running), "the process that hangs was not ended")
+        check(running.is_running(), f"the program ended: {running.last_words()}")
+    return f"opened after {measured:.1f} s"
 
 
 @scenario("While the screen hangs the mouse still counts, and SIGTERM unmutes the trackpad.")

@@ -9,7 +9,7 @@ from waiting import wait_for
 
 # Keycodes of a PC keyboard.
 CONTROL, ALT, T = 37, 64, 28
-TAB, SPACE, RETURN = 23, 65, 36
+ESCAPE, TAB, SPACE, RETURN = 9, 23, 65, 36
 
 SETTINGS = (440, 480)
 
@@ -49,6 +49,9 @@ class Screen:
                         size = window.get_geometry()
                         seen.append((size.width, size.height))
         return seen
+
+    def shows_settings(self):
+        return SETTINGS in self.windows()
 
     def alerts(self):
         return [size for size in self.windows() if size != SETTINGS]

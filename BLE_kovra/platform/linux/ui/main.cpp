@@ -46,6 +46,7 @@ class Screen {
         if (window_) window_->hide();
     }
     void operator()(const ShowAlerts& shown) { alerts_.show(shown); }
+    void operator()(const Ping& ping) { send(Pong{ping.number}); }
 
   private:
     std::optional<TrayIcon> tray_;

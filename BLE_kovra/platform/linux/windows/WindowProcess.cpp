@@ -71,6 +71,8 @@ class WindowProcess::Running {
         if (!writing_) flush();
     }
 
+    void kill() const { child_->kill(); }
+
     // Closes the connection and terminates the process. Calls `reaped` after the process has been reaped.
     void terminate(const Block& reaped) {
         reading_.reset();
@@ -112,7 +114,7 @@ WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> pro
     : loop_(loop), program_(std::move(program)), timing_(std::move(timing)) {}
 
 WindowProcess::~WindowProcess() {
-    for (auto* task : {&nextTry_, &failureReport_, &lingerTimer_}) cancel(*task);
+    for (auto* task : {&nextTry_, &failureReport_, &lingerTimer_, &signTimer_}) cancel(*task);
 }
 
 void WindowProcess::show(const ToWindow& state) {
@@ -125,7 +127,9 @@ void WindowProcess::show(const ToWindow& state) {
         tries_ = 0;
         if (!running_) return start();  // also sends the state
     }
-    if (running_) running_->send(state.index(), shown->second);
+    if (!running_) return;
+    running_->send(state.index(), shown->second);
+    askForSign();
 }
 
 void WindowProcess::hideTray() {
@@ -146,6 +150,7 @@ void WindowProcess::send(const ToWindow& event) {
     cancel(lingerTimer_);
     isHeld_ = true;
     running_->send(event.index(), encode(event));
+    askForSign();
 }
 
 void WindowProcess::release() {
@@ -169,7 +174,9 @@ void WindowProcess::start() {
                          receive();  // read its last messages
                          if (running_) ended();
                      });
+    hasGivenSign_ = false;
     for (const auto& [kind, line] : shown_) running_->send(kind, line);
+    askForSign();
 }
 
 void WindowProcess::receive() {
@@ -177,8 +184,51 @@ void WindowProcess::receive() {
     if (!lines) return ended();
     for (const std::string& line : *lines) {
         const auto message = decodeToResident(line);
-        if (message) messages_.call(*message);
+        if (!message) continue;
+        if (const auto* sign = std::get_if<Pong>(&*message))
+            received(*sign);
+        else
+            messages_.call(*message);
     }
+}
+
+void WindowProcess::askForSign() {
+    running_->send(kindOf<Ping>(), encode(Ping{++asked_}));
+    if (!signTimer_) awaitSign();
+}
+
+void WindowProcess::awaitSign() {
+    awaited_ = asked_;
+    signTimer_ = loop_.asyncAfter(hasGivenSign_ ? timing_.sign : timing_.firstSign, [this] { signIsOverdue(); });
+}
+
+void WindowProcess::received(const Pong& sign) {
+    hasGivenSign_ = true;
+    received_ = sign.number;
+    if (!signTimer_) return;
+    cancel(signTimer_);
+    if (received_ != asked_) awaitSign();
+}
+
+void WindowProcess::signIsOverdue() {
+    signTimer_.reset();
+    receive();  // while this program was stopped, a sign may have come
+    if (!running_ || signTimer_) return;
+    if (received_ < awaited_)
+        replace();
+    else if (received_ != asked_)
+        awaitSign();
+}
+
+// The states stay, so an open window opens again.
+void WindowProcess::replace() {
+    running_->kill();
+    end();
+    if (Clock::now() - startedAt_ >= timing_.settled) tries_ = 0;
+    if (shown_.empty()) return;
+    if (tries_ == timing_.delays.size()) return ends_.call();
+    ++tries_;
+    start();
 }
 
 void WindowProcess::ended() {
@@ -217,6 +267,7 @@ void WindowProcess::endIfIdle() {
 void WindowProcess::end() {
     isHeld_ = false;
     cancel(lingerTimer_);
+    cancel(signTimer_);
     Running* process = terminating_.emplace_back(std::move(running_)).get();
     process->terminate(
         [this, process] { std::erase_if(terminating_, [&](const auto& each) { return each.get() == process; }); });

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -24,15 +25,21 @@ namespace kovra {
 // unsent older one of the same kind. If the process dies or is not installed, nothing is shown. A process that dies is
 // started again, a few times, after increasing delays. After that it stays down until an event or a new kind of state
 // is to be shown.
+//
+// Each event and each new state is followed by a request for a sign of life. A process that gives none hangs. It is
+// killed, and a new one starts immediately with all states, also a few times at most. No timer runs without a request.
 class WindowProcess {
   public:
     // The delays before the restarts, and how long a process with nothing to show is kept. A process that ran for at
-    // least `settled` starts again with the first delay.
+    // least `settled` starts again with the first delay. `sign` is the time for a sign of life. The first one of a
+    // process takes longer, because the process loads the toolkit before it reads.
     struct Timing {
         std::vector<std::chrono::nanoseconds> delays{std::chrono::seconds(1), std::chrono::seconds(5),
                                                      std::chrono::seconds(25)};
         std::chrono::nanoseconds settled = std::chrono::minutes(1);
         std::chrono::nanoseconds linger = std::chrono::seconds(30);
+        std::chrono::nanoseconds firstSign = std::chrono::seconds(30);
+        std::chrono::nanoseconds sign = std::chrono::seconds(5);
     };
 
     // `program` returns the absolute path of the program to run; it is called at each start. If the path is empty, no
@@ -75,6 +82,11 @@ class WindowProcess {
     void start();
     void startAgainLater();
     void receive();
+    void askForSign();
+    void awaitSign();
+    void received(const Pong& sign);
+    void signIsOverdue();
+    void replace();
     void ended();
     bool hide(std::size_t kind, const ToWindow& hideMessage);
     void linger();
@@ -91,6 +103,12 @@ class WindowProcess {
     std::unique_ptr<Running> running_;
     std::vector<std::unique_ptr<Running>> terminating_;  // asked to terminate, and not reaped yet
     Clock::time_point startedAt_;
+    // Numbers of signs of life: the last one that was asked for and that was received, and the one that is waited for.
+    std::uint64_t asked_ = 0;
+    std::uint64_t received_ = 0;
+    std::uint64_t awaited_ = 0;
+    bool hasGivenSign_ = false;  // since it was started
+    std::unique_ptr<DelayedTask> signTimer_;
     std::size_t tries_ = 0;
     std::unique_ptr<DelayedTask> nextTry_;
     std::unique_ptr<DelayedTask> failureReport_;  // reports a failed start

@@ -63,6 +63,11 @@ template <>
 constexpr auto members<ShowAlerts> = std::tuple(required("alerts", &ShowAlerts::alerts));
 
 template <>
+constexpr const char* nameOf<Ping> = "ping";
+template <>
+constexpr auto members<Ping> = std::tuple(required("number", &Ping::number));
+
+template <>
 constexpr const char* nameOf<ItemChosen> = "itemChosen";
 template <>
 constexpr auto members<ItemChosen> = std::tuple(required("position", &ItemChosen::position));
@@ -119,6 +124,11 @@ template <>
 constexpr const char* nameOf<QuitWanted> = "quitWanted";
 template <>
 constexpr auto members<QuitWanted> = std::tuple();
+
+template <>
+constexpr const char* nameOf<Pong> = "pong";
+template <>
+constexpr auto members<Pong> = std::tuple(required("number", &Pong::number));
 
 namespace {
 

@@ -73,9 +73,15 @@ struct ShowAlerts {
     std::vector<Open> alerts;
 };
 
-using ToWindow = std::variant<ShowTray, HideTray, PopUpMenu, ShowWindow, HideWindow, ShowAlerts>;
+// An event: asks for a sign of life. Sent after each thing to show, so the answer also says that it was read.
+struct Ping {
+    std::uint64_t number = 0;
+};
 
-// Messages from the window process to the resident program: the user's actions. Each of them counts.
+using ToWindow = std::variant<ShowTray, HideTray, PopUpMenu, ShowWindow, HideWindow, ShowAlerts, Ping>;
+
+// Messages from the window process to the resident program: the user's actions, and its sign of life. Each of them
+// counts.
 
 // The user chose an item of the tray icon's menu. Positions count from 0 and include separators.
 struct ItemChosen {
@@ -130,8 +136,14 @@ struct QuitWanted {
     bool operator==(const QuitWanted&) const = default;
 };
 
+// Answers the Ping with this number.
+struct Pong {
+    std::uint64_t number = 0;
+    bool operator==(const Pong&) const = default;
+};
+
 using ToResident = std::variant<ItemChosen, MenuClosed, ControlChanged, LinkFollowed, WindowPlaced, WindowClosed,
-                                AlertAnswered, QuitWanted>;
+                                AlertAnswered, QuitWanted, Pong>;
 
 using SendToResident = std::function<void(const ToResident& message)>;
 

@@ -70,6 +70,20 @@ TEST_F(ProgramTest, RefusesADescriptorThatIsNotASocket) {
     EXPECT_EQ(exitCode(), 2);
 }
 
+TEST_F(ProgramTest, GivesASignOfLifeWhenItIsAsked) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    start(ends[1]);
+    ::close(ends[1]);
+    ASSERT_TRUE(sendLine(ends[0], encode(ToWindow(Ping{7}))));
+    std::string line;
+    for (char c = 0; ::read(ends[0], &c, 1) == 1 && c != '\n';) line += c;
+    EXPECT_EQ(decodeToResident(line), ToResident(Pong{7}));
+    ::close(ends[0]);
+    const std::string output = errorOutput();
+    EXPECT_EQ(exitCode(), 0) << output;
+}
+
 TEST_F(ProgramTest, EndsWithItsSocketWhateverItReceivedBefore) {
     for (const std::string& input : {std::string(), std::string("nonsense\n{\"is\":\"other\"}\n\xFF\n"),
                                      encode(ToWindow(ShowTray())), std::string(2'000'000, 'x')}) {

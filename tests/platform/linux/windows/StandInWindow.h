@@ -124,9 +124,12 @@ exec cat <&3 >$here/received.$$
 
     const TempFolder folder_;
     pid_t killed_ = -1;
-    std::optional<WindowProcess> process_{
-        std::in_place, loop, [this] { return program(); },
-        WindowProcess::Timing{{std::chrono::milliseconds(10)}, std::chrono::hours(1), linger}};
+    std::optional<WindowProcess> process_{std::in_place, loop, [this] { return program(); },
+                                          WindowProcess::Timing{{std::chrono::milliseconds(10)},
+                                                                std::chrono::hours(1),
+                                                                linger,
+                                                                std::chrono::hours(1),
+                                                                std::chrono::hours(1)}};
 };
 
 }  // namespace kovra

@@ -73,7 +73,9 @@ class WindowProcessOnScreen : public testing::Test {
         loop, windowProgram,
         WindowProcess::Timing{{std::chrono::milliseconds(10), std::chrono::milliseconds(100), std::chrono::seconds(1)},
                               std::chrono::minutes(1),
-                              linger}};
+                              linger,
+                              std::chrono::hours(1),
+                              std::chrono::hours(1)}};
     Onlooker onlooker;
 };
 

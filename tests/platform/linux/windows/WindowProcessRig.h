@@ -41,7 +41,7 @@ class WindowProcessRig : public testing::Test {
     void use(const std::string& text) {
         const std::string path = script(text);
         window = std::make_unique<WindowProcess>(
-            loop, [path] { return path; }, WindowProcess::Timing{{10ms, 20ms, 30ms}, 1h, linger});
+            loop, [path] { return path; }, times);
         endListener = window->listenForEnd([this] { ++ends; });
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
@@ -76,6 +76,8 @@ class WindowProcessRig : public testing::Test {
 
     const TempFolder folder;
     SdEventLoop loop;
+    // Most scripts give no sign of life.
+    WindowProcess::Timing times{{10ms, 20ms, 30ms}, 1h, linger, 1h, 1h};
     std::unique_ptr<WindowProcess> window;
     WindowProcess::Messages::Token listening;
     WindowProcess::Ends::Token endListener;

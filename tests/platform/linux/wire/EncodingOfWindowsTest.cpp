@@ -116,6 +116,12 @@ TEST(EncodingOfWindowsTest, TransfersMessagesWithoutMembers) {
     }
 }
 
+TEST(EncodingOfWindowsTest, TransfersTheQuestionForASignOfLife) {
+    const auto received = decodeToWindow(encode(ToWindow(Ping{7})));
+    ASSERT_TRUE(received && std::holds_alternative<Ping>(*received));
+    EXPECT_EQ(std::get<Ping>(*received).number, 7U);
+}
+
 TEST(EncodingOfWindowsTest, TransfersAnUnboundedLength) {
     const View sent = View{Text{"x"}, {}, {}, {}}.frame({.maxWidth = Frame::unbounded, .maxHeight = Frame::unbounded});
     expectSame(sent, transferred(aWindowWith(sent)).content);

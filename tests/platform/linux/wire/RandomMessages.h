@@ -34,7 +34,7 @@ class RandomMessages {
         return shown;
     }
     ToResident answer() {
-        switch (below(6)) {
+        switch (below(7)) {
             case 0:
                 return coin() ? ControlChanged{number(), texts(), coin()} : ControlChanged{number(), texts(), text()};
             case 1:
@@ -45,6 +45,8 @@ class RandomMessages {
                 return WindowClosed{number(), place()};
             case 4:
                 return AlertAnswered{number(), coin() ? std::optional<std::size_t>(number()) : std::nullopt};
+            case 5:
+                return Pong{number()};
             default:
                 return QuitWanted{};
         }
