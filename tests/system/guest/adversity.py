@@ -128,6 +128,27 @@ def no_udevd(world):
     return f"on after {on:.2f} s, off after {off:.2f} s"
 
 
+@scenario("While udevd hangs the trackpad is unmuted within 2.5 s after the chosen mouse was unplugged.")
+def hanging_udevd(world):
+    world.start(selected=[MADE_UP])
+    mouse = world.plug("Kovra Mouse")
+    world.expect_on(mouse)
+    world.settle()
+    world.hang_udevd()
+    try:
+        mouse.unplug()
+        off = world.flag.wait_write("off", mouse.removed, limit=20).time - mouse.removed
+    finally:
+        world.resume_udevd()
+    check(GRACE <= off <= LATEST_OFF, f'"off" came {off:.3f} s after the removal')
+    world.settle()
+    # What udevd announces late changes nothing.
+    world.expect_quiet_until(now() + LATEST_OFF)
+    world.expect_writes("off", "on", "off")
+    world.expect_on(world.plug("Kovra Mouse"))
+    return f"off after {off:.2f} s"
+
+
 @scenario("When a driver renames a device, the old name counts as unplugged and the new name as plugged.")
 def renamed_by_its_driver(world):
     old, new = "Plain Mouse", "Logitech Renamed Mouse"

@@ -3,6 +3,7 @@
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 
 import driver
@@ -102,6 +103,12 @@ class World(Ports):
             self._udevd.wait()
             self._udevd = None
         shutil.rmtree("/run/udev", ignore_errors=True)
+
+    def hang_udevd(self):
+        self._udevd.send_signal(signal.SIGSTOP)
+
+    def resume_udevd(self):
+        self._udevd.send_signal(signal.SIGCONT)
 
     # Expectations that many scenarios share
 

@@ -15,6 +15,8 @@ namespace kovra {
 struct UdevdPaths {
     std::string control = "/run/udev/control";
     std::vector<std::string> sandboxes = {"/.flatpak-info", "/run/host/container-manager"};
+    // The folder of the input devices' nodes, which show a removal even while udevd hangs.
+    std::string inputNodes = "/dev/input";
 
     bool isReachable() const;
 };

@@ -33,11 +33,15 @@ UdevHIDManager::UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths ude
                   .removed = [this](const UdevHIDDevice& device) { call(removed_, device); },
                   .recheck = [this](const std::string& nodeName) { recheck(nodeName); }}) {}
 
-UdevHIDManager::~UdevHIDManager() { cancelPoll(); }
+UdevHIDManager::~UdevHIDManager() {
+    cancelPoll();
+    if (removalCheck_) removalCheck_->cancel();
+}
 
 void UdevHIDManager::open() {
     opened_ = true;
     checkAfterStop();
+    watchInputNodes();
     // Listen before the first check, so that no node is missed. A node that is seen twice is announced once.
     if (!listen()) log_.log(pollingLine);
     resynchronize();
@@ -69,6 +73,19 @@ void UdevHIDManager::checkAfterStop() {
         // No descriptors are left for the signal. If events are lost while the process is stopped, the socket still
         // reports that.
     }
+}
+
+void UdevHIDManager::watchInputNodes() {
+    inputNodes_ = InputNodeRemovals::watch(loop_, udevd_.inputNodes, [this] { inputNodeRemoved(); });
+}
+
+// Later, because udevd usually announces the removal first, and other interfaces of the device may still be on the bus.
+void UdevHIDManager::inputNodeRemoved() {
+    if (removalCheck_) return;
+    removalCheck_ = loop_.asyncAfter(inputRemovalDelay, [this] {
+        removalCheck_.reset();
+        resynchronize();
+    });
 }
 
 void UdevHIDManager::recheck(const std::string& nodeName) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "BLE_kovra/platform/HIDManager.h"
+#include "BLE_kovra/platform/linux/hid/InputNodeRemovals.h"
 #include "BLE_kovra/platform/linux/hid/UdevEvents.h"
 #include "BLE_kovra/platform/linux/hid/UdevHIDAnnouncer.h"
 #include "BLE_kovra/platform/linux/loop/Lifetime.h"
@@ -24,12 +25,17 @@ class SystemLog;
 // It checks each node that udevd reports, and each whose device may have disconnected or reconnected. It checks all
 // nodes when it is opened, after events were lost, after the process was stopped and after the machine has slept.
 //
+// udevd may hang. The kernel removes the nodes of input devices by itself, and all nodes are checked after that, too.
+//
 // Each queue block checks one node and then queues the next block. So the effects of one node are complete before the
 // next node is checked, and the queue stays short. While udevd's events cannot be received, all nodes are checked every
 // `pollInterval`; one line in the log says so. With udevd the process sleeps while nothing happens.
 class UdevHIDManager : public HIDManager {
   public:
     static constexpr std::chrono::seconds pollInterval{1};
+    // Longer than the interfaces of a device take to leave the bus. Together with UdevHIDAnnouncer::timeout it is short
+    // enough to count a removal half a second after it at the latest.
+    static constexpr std::chrono::milliseconds inputRemovalDelay{100};
 
     // `presences` are queried for each node that is checked; a device is absent if any of them reports it as absent.
     // Each call of `missedEvents` checks all nodes again.
@@ -51,6 +57,8 @@ class UdevHIDManager : public HIDManager {
     void resynchronize();
     bool listen();
     void checkAfterStop();
+    void watchInputNodes();
+    void inputNodeRemoved();
     void recheck(const std::string& nodeName);
     void startWork();
     void eventsReadable();
@@ -71,7 +79,9 @@ class UdevHIDManager : public HIDManager {
     std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
     std::unique_ptr<SdEventLoop::Signal> continued_;
     std::unique_ptr<DelayedTask> nextPoll_;
-    std::deque<std::string> due_;  // nodes still to be checked
+    std::unique_ptr<InputNodeRemovals> inputNodes_;
+    std::unique_ptr<DelayedTask> removalCheck_;  // pending after the removal of an input node
+    std::deque<std::string> due_;                // nodes still to be checked
     bool opened_ = false;
     bool mustCheckAll_ = false;
     bool isWorking_ = false;  // a block that checks the next node is queued or running

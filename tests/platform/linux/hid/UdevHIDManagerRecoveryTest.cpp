@@ -126,6 +126,65 @@ TEST_F(UdevHIDManagerRecoveryTest, ResynchronizesWithoutAnOpenManager) {
     EXPECT_EQ(rig.newReports(), Reports());
 }
 
+// udevd runs, but it announces nothing. The kernel removes the nodes of the mouse by itself.
+class UdevHIDManagerHangingUdevdTest : public UdevHIDManagerRecoveryTest {
+  protected:
+    UdevHIDManagerHangingUdevdTest() {
+        rig_.addInputNode("event7");
+        rig_.bus.plug(mouse_);
+        rig_.open();
+        EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
+    }
+
+    Reports reportsAfterCheck() {
+        rig_.runFor(UdevHIDManager::inputRemovalDelay);
+        return reportsAfterTimeout(rig_);
+    }
+
+    UdevHIDRig rig_;
+    const MockHIDNode mouse_{.name = rig_.bus.nextName()};
+};
+
+TEST_F(UdevHIDManagerHangingUdevdTest, ReportsARemoval) {
+    rig_.bus.removeNode(mouse_.name);
+    rig_.removeInputNode("event7");
+    EXPECT_EQ(rig_.newReports(), Reports());
+    EXPECT_EQ(reportsAfterCheck(), Reports{"-1 apple"});
+}
+
+TEST_F(UdevHIDManagerHangingUdevdTest, ReportsTheRemovalOfAnInterfaceThatLeavesTheBusLast) {
+    rig_.removeInputNode("event7");
+    rig_.settle();
+    rig_.bus.removeNode(mouse_.name);
+    EXPECT_EQ(reportsAfterCheck(), Reports{"-1 apple"});
+}
+
+TEST_F(UdevHIDManagerHangingUdevdTest, ReportsNothingIfTheNodesOfAnotherDeviceAreRemoved) {
+    rig_.addInputNode("event8");
+    rig_.removeInputNode("event8");
+    EXPECT_EQ(reportsAfterCheck(), Reports());
+}
+
+TEST_F(UdevHIDManagerHangingUdevdTest, SleepsWhileNodesAreAdded) {
+    rig_.settle();
+    int turns = 0;
+    bool isOver = false;
+    const auto task = rig_.loop.asyncAfter(50ms, [&] { isOver = true; });
+    for (const char* name : {"event8", "event9", "mouse1"}) rig_.addInputNode(name);
+    rig_.loop.runUntil([&] {
+        ++turns;
+        return isOver;
+    });
+    EXPECT_LE(turns, 2);
+}
+
+TEST_F(UdevHIDManagerHangingUdevdTest, EndsWithAPendingCheck) {
+    rig_.removeInputNode("event7");
+    rig_.settle();
+    rig_.manager.reset();
+    EXPECT_EQ(reportsAfterCheck(), Reports());
+}
+
 // A machine without udevd. No event arrives, so the manager polls.
 class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
   protected:

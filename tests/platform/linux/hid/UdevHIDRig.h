@@ -23,6 +23,9 @@ namespace kovra {
 class UdevHIDRig {
   public:
     UdevHIDRig() { startUdevd(); }
+    // The node of an input device, which the kernel adds and removes by itself.
+    void addInputNode(const std::string& name) { writeFile(folder_ / ("input/" + name), ""); }
+    void removeInputNode(const std::string& name) { std::filesystem::remove(folder_ / ("input/" + name)); }
 
     void startUdevd() { writeFile(folder_ / "control", ""); }
     void stopUdevd() { std::filesystem::remove(folder_ / "control"); }
@@ -77,6 +80,11 @@ class UdevHIDRig {
         if (onReport) onReport();
     }
 
+    std::string inputNodes() const {
+        std::filesystem::create_directory(folder_ / "input");
+        return folder_ / "input";
+    }
+
     const TempFolder folder_;
     // Uses the system bus of the test, if it has one, never the machine's.
     struct NoRealBus {
@@ -90,7 +98,7 @@ class UdevHIDRig {
 
   public:
     SystemBus machine{loop};
-    UdevHIDService service{machine, log, {folder_ / "control", {folder_ / "sandbox"}}};
+    UdevHIDService service{machine, log, {folder_ / "control", {folder_ / "sandbox"}, inputNodes()}};
     std::unique_ptr<HIDManager> manager;
 };
 
