@@ -8,6 +8,7 @@ import signal
 import subprocess
 
 import program
+from hanging import HangingFolder
 from plugging import MADE_UP
 from running import scenario
 from screen import ESCAPE, Screen
@@ -46,15 +47,37 @@ def hot_key_and_icon(world):
         screen.press_hot_key()
         off = world.flag.wait_write("off", pressed).time - pressed
         expect_icon(world, PLAIN)
-        check(saved_switch() is False, "the switch was not saved as off")
+        wait_for(lambda: saved_switch() is False, "the switch to be saved as off")
 
         pressed = now()
         screen.press_hot_key()
         on = world.flag.wait_write("on", pressed).time - pressed
         expect_icon(world, SLASHED)
-        check(saved_switch() is True, "the switch was not saved as on")
+        wait_for(lambda: saved_switch() is True, "the switch to be saved as on")
         world.expect_writes("off", "on", "off", "on")
     return f"off {off:.2f} s and on {on:.2f} s after the key"
+
+
+@scenario("While the disk of the preferences hangs the hot key unmutes at once, and quitting waits a second and says so.")
+def hanging_disk(world):
+    with contextlib.closing(Screen()) as screen:
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        expect_icon(world, PLAIN)
+        world.expect_on(world.plug("Kovra Mouse"))
+        with contextlib.closing(HangingFolder(program.PREFERENCES.parent)):
+            pressed = now()
+            screen.press_hot_key()
+            off = world.flag.wait_write("off", pressed, 20).time - pressed
+            check(off < 2, f"off only {off:.2f} s after the key")
+            screen.press_hot_key()
+            world.flag.wait_write("on", pressed, 20)
+            ended = now()
+            running.send(signal.SIGTERM)
+            world.flag.wait_write("off", ended, 20)
+            line = f"ble-kovra: настройки ({program.PREFERENCES}) не сохранены за 1 с, программа их не дожидается"
+            wait_for(lambda: world.journal.messages == [line], "the line in the log")
+        check(running.wait_exit() == 0, f"it ended with {running.last_words()}")
+    return f"off {off:.2f} s after the key"
 
 
 @scenario("When the screen disconnects, as at a logout, the trackpad is unmuted and the program ends.")

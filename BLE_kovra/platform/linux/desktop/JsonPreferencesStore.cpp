@@ -8,6 +8,7 @@
 #include "BLE_kovra/platform/SystemLog.h"
 #include "BLE_kovra/platform/Utf8.h"
 #include "BLE_kovra/platform/linux/desktop/JsonObjectText.h"
+#include "BLE_kovra/platform/linux/desktop/SmallTextFile.h"
 #include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
 
 namespace kovra {
@@ -71,12 +72,38 @@ std::string standardPreferencesPath() {
     return folder.empty() ? folder : folder + "/ble-kovra/preferences.json";
 }
 
-JsonPreferencesStore::JsonPreferencesStore(std::string path, SystemLog& log) : file_(std::move(path)), log_(log) {
+// The file, with what could not be saved yet.
+class JsonPreferencesStore::File {
+  public:
+    explicit File(std::string path) : file_(std::move(path)) {}
+
+    // Returns 0 or an errno value.
+    int read(std::string& text) const { return file_.read(text); }
+    // Keeps the valid text that was loaded.
+    void remember(std::string text) { lastText_ = std::move(text); }
+    // Saves these values and those that could not be saved before. Returns 0 or an errno value.
+    int save(const BackgroundSaves::Values& values);
+
+  private:
+    SmallTextFile file_;
+    BackgroundSaves::Values unsaved_;
+    std::string lastText_;  // the valid text that was last loaded or saved; empty if there was none
+};
+
+JsonPreferencesStore::JsonPreferencesStore(std::string path, SystemLog& log)
+    : path_(std::move(path)),
+      log_(log),
+      file_(std::make_shared<File>(path_)),
+      saves_(
+          [file = file_](const BackgroundSaves::Values& values) { return file->save(values); },
+          [this](int error) {
+              log_.log("ble-kovra: не удалось сохранить настройки (" + validUtf8(path_) + "): " + std::strerror(error));
+          }) {
     const auto logProblem = [&](const char* what, const std::string& reason) {
-        log_.log(std::string("ble-kovra: ") + what + " (" + validUtf8(file_.path()) + "): " + reason);
+        log_.log(std::string("ble-kovra: ") + what + " (" + validUtf8(path_) + "): " + reason);
     };
     std::string text;
-    if (const int error = file_.read(text)) {
+    if (const int error = file_->read(text)) {
         if (error != ENOENT) logProblem("не удалось прочитать настройки", std::strerror(error));
         return;
     }
@@ -89,7 +116,12 @@ JsonPreferencesStore::JsonPreferencesStore(std::string path, SystemLog& log) : f
     for (const auto& [key, value] : parsed.object.items()) {
         if (!value.is_null()) values_.emplace(key, fromJson(value));
     }
-    lastText_ = std::move(text);
+    file_->remember(std::move(text));
+}
+
+JsonPreferencesStore::~JsonPreferencesStore() {
+    if (!waitUntilSaved(timeout))
+        log_.log("ble-kovra: настройки (" + validUtf8(path_) + ") не сохранены за 1 с, программа их не дожидается");
 }
 
 std::optional<PreferenceValue> JsonPreferencesStore::object(std::string_view key) const {
@@ -99,14 +131,11 @@ std::optional<PreferenceValue> JsonPreferencesStore::object(std::string_view key
 
 void JsonPreferencesStore::set(std::string_view key, const PreferenceValue& value) {
     values_.insert_or_assign(std::string(key), value);
-    unsaved_.insert_or_assign(std::string(key), value);
-    if (const int error = save()) {
-        log_.log("ble-kovra: не удалось сохранить настройки (" + validUtf8(file_.path()) +
-                 "): " + std::strerror(error));
-    }
+    saves_.begin(key, value);
 }
 
-int JsonPreferencesStore::save() {
+int JsonPreferencesStore::File::save(const BackgroundSaves::Values& values) {
+    for (const auto& [key, value] : values) unsaved_.insert_or_assign(key, value);
     std::string text;
     const int error = file_.read(text);
     if (error != 0 && error != ENOENT) return error;

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <chrono>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "BLE_kovra/platform/PreferencesStore.h"
-#include "BLE_kovra/platform/linux/desktop/SmallTextFile.h"
+#include "BLE_kovra/platform/posix/BackgroundSaves.h"
 
 namespace kovra {
 
@@ -29,25 +31,33 @@ std::string standardPreferencesPath();
 // it. An empty file holds no values and does not count as damaged. Damaged or unreadable preferences cause one log line
 // at startup, and each failed save causes one.
 //
+// Saving runs in a thread, because a sync may take many seconds. set() only begins it. The destructor waits at most
+// `timeout` for what is not saved yet, and logs one line if that was too short. The log is called from the thread too.
+//
 // Two processes that save at the same moment are not synchronized: the later save replaces the whole file.
 class JsonPreferencesStore : public PreferencesStore {
   public:
+    static constexpr std::chrono::seconds timeout{1};
+
     JsonPreferencesStore(std::string path, SystemLog& log);
+    ~JsonPreferencesStore() override;
+    JsonPreferencesStore(const JsonPreferencesStore&) = delete;
+    JsonPreferencesStore& operator=(const JsonPreferencesStore&) = delete;
 
     std::optional<PreferenceValue> object(std::string_view key) const override;
     void set(std::string_view key, const PreferenceValue& value) override;
 
+    // Waits until everything is saved, or has failed to be. Returns false if that takes longer.
+    bool waitUntilSaved(std::chrono::nanoseconds atMost) { return saves_.wait(atMost); }
+
   private:
-    using Values = std::map<std::string, PreferenceValue, std::less<>>;
+    class File;
 
-    // Returns 0 or an errno value.
-    int save();
-
-    SmallTextFile file_;
+    const std::string path_;
     SystemLog& log_;
-    Values values_;
-    Values unsaved_;
-    std::string lastText_;  // the valid text that was last loaded or saved; empty if there was none
+    BackgroundSaves::Values values_;
+    std::shared_ptr<File> file_;  // after the constructor only the thread uses it
+    BackgroundSaves saves_;
 };
 
 }  // namespace kovra

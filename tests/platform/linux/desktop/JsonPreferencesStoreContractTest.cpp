@@ -12,7 +12,10 @@ class JsonDriver {
   public:
     JsonDriver() { startAgain(); }
     PreferencesStore& store() { return *store_; }
-    void startAgain() { store_ = std::make_unique<JsonPreferencesStore>(folder_ / "preferences.json", log_); }
+    void startAgain() {
+        store_.reset();  // saves
+        store_ = std::make_unique<JsonPreferencesStore>(folder_ / "preferences.json", log_);
+    }
 
   private:
     TempFolder folder_;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <memory>
 #include <set>
 #include <string>
@@ -14,6 +15,16 @@
 
 namespace kovra {
 
+// Preferences that are saved when set() returns, so that a test can look at the file.
+class SavedPreferences : public JsonPreferencesStore {
+  public:
+    using JsonPreferencesStore::JsonPreferencesStore;
+    void set(std::string_view key, const PreferenceValue& value) override {
+        JsonPreferencesStore::set(key, value);
+        EXPECT_TRUE(waitUntilSaved(std::chrono::minutes(1)));
+    }
+};
+
 // A preferences file in a temporary folder, with a program that uses it.
 class PreferencesFixture : public testing::Test {
   protected:
@@ -21,7 +32,7 @@ class PreferencesFixture : public testing::Test {
 
     JsonPreferencesStore& start() {
         log_.lines.clear();
-        store_ = std::make_unique<JsonPreferencesStore>(path_, log_);
+        store_ = std::make_unique<SavedPreferences>(path_, log_);
         return *store_;
     }
     JsonPreferencesStore& startWith(std::string_view text) {

@@ -10,9 +10,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/platform/linux/desktop/HangingSync.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
+
+std::atomic<bool> syncsHang = false;
+
 namespace {
 
 // What was synced: the inode and the size of a file or a folder at that moment.
@@ -31,6 +35,7 @@ int errorOfSync = 0;
 
 // Replaces the C library's function in this program, and records each call.
 extern "C" int fsync(int descriptor) {
+    while (kovra::syncsHang) ::usleep(1000);
     struct stat status {};
     if (::fstat(descriptor, &status) == 0 && !kovra::targetPath.empty())
         kovra::allSynced.push_back({status.st_ino, status.st_size, kovra::readFile(kovra::targetPath)});
