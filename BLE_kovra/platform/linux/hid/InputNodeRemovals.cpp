@@ -22,15 +22,14 @@ std::unique_ptr<InputNodeRemovals> InputNodeRemovals::watch(SdEventLoop& loop, c
 }
 
 InputNodeRemovals::InputNodeRemovals(SdEventLoop& loop, int inotify, std::function<void()> removed)
-    : inotify_(inotify), removed_(std::move(removed)), watch_(loop.watch(inotify, [this] { readable(); })) {}
+    : inotify_(inotify), watch_(loop.watch(inotify, std::move(removed))) {}
 
-// The events say nothing that a look at the devices would not say.
-void InputNodeRemovals::readable() {
+// The events are dropped: they say nothing that a look at the devices would not say.
+void InputNodeRemovals::rearm() {
     std::array<char, 4096> events;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
     while (::read(inotify_.number(), events.data(), events.size()) > 0) {
     }
     watch_->rearm();
-    removed_();
 }
 
 }  // namespace kovra

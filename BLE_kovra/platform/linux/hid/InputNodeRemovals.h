@@ -10,22 +10,24 @@
 namespace kovra {
 
 // Reports that the kernel has removed the node of an input device, such as a mouse, from /dev/input. The kernel removes
-// it without udevd, so this is reported even while udevd hangs. Other devices do not wake the process.
+// it without udevd, so this is reported even while udevd hangs. No other event of a device wakes the process.
 class InputNodeRemovals {
   public:
-    // `removed` is called from the queue, once for any number of nodes. Returns null if the folder cannot be watched.
+    // `removed` is called from the queue. After a call the watch is inactive until rearm(). Returns null if the folder
+    // cannot be watched.
     static std::unique_ptr<InputNodeRemovals> watch(SdEventLoop& loop, const std::string& folder,
                                                     std::function<void()> removed);
 
     InputNodeRemovals(const InputNodeRemovals&) = delete;
     InputNodeRemovals& operator=(const InputNodeRemovals&) = delete;
 
+    // From now on the next removal is reported, but none that happened before.
+    void rearm();
+
   private:
     InputNodeRemovals(SdEventLoop& loop, int inotify, std::function<void()> removed);
-    void readable();
 
     FileDescriptor inotify_;
-    const std::function<void()> removed_;
     std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
 };
 

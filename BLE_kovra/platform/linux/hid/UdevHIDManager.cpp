@@ -33,10 +33,7 @@ UdevHIDManager::UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths ude
                   .removed = [this](const UdevHIDDevice& device) { call(removed_, device); },
                   .recheck = [this](const std::string& nodeName) { recheck(nodeName); }}) {}
 
-UdevHIDManager::~UdevHIDManager() {
-    cancelPoll();
-    if (removalCheck_) removalCheck_->cancel();
-}
+UdevHIDManager::~UdevHIDManager() { cancelPoll(); }
 
 void UdevHIDManager::open() {
     opened_ = true;
@@ -81,11 +78,10 @@ void UdevHIDManager::watchInputNodes() {
 
 // Later, because udevd usually announces the removal first, and other interfaces of the device may still be on the bus.
 void UdevHIDManager::inputNodeRemoved() {
-    if (removalCheck_) return;
-    removalCheck_ = loop_.asyncAfter(inputRemovalDelay, [this] {
-        removalCheck_.reset();
+    loop_.asyncAfter(inputRemovalDelay, lifetime_.guard([this] {
+        inputNodes_->rearm();  // before the check, which so includes all removals that were not reported
         resynchronize();
-    });
+    }));
 }
 
 void UdevHIDManager::recheck(const std::string& nodeName) {

@@ -80,8 +80,7 @@ class UdevHIDManager : public HIDManager {
     std::unique_ptr<SdEventLoop::Signal> continued_;
     std::unique_ptr<DelayedTask> nextPoll_;
     std::unique_ptr<InputNodeRemovals> inputNodes_;
-    std::unique_ptr<DelayedTask> removalCheck_;  // pending after the removal of an input node
-    std::deque<std::string> due_;                // nodes still to be checked
+    std::deque<std::string> due_;  // nodes still to be checked
     bool opened_ = false;
     bool mustCheckAll_ = false;
     bool isWorking_ = false;  // a block that checks the next node is queued or running

@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <thread>
 #include <utility>
 
 #include "BLE_kovra/platform/linux/hid/UdevHIDManager.h"
 #include "tests/platform/linux/hid/UdevHIDRig.h"
+#include "tests/platform/linux/loop/Turns.h"
 
 // The linker puts __wrap_udev_monitor_receive_device() in place of libudev's function. A test can make it fail as after
 // an overflow of the socket, which the mock bus cannot simulate.
@@ -167,15 +169,33 @@ TEST_F(UdevHIDManagerHangingUdevdTest, ReportsNothingIfTheNodesOfAnotherDeviceAr
 
 TEST_F(UdevHIDManagerHangingUdevdTest, SleepsWhileNodesAreAdded) {
     rig_.settle();
-    int turns = 0;
-    bool isOver = false;
-    const auto task = rig_.loop.asyncAfter(50ms, [&] { isOver = true; });
     for (const char* name : {"event8", "event9", "mouse1"}) rig_.addInputNode(name);
-    rig_.loop.runUntil([&] {
-        ++turns;
-        return isOver;
+    EXPECT_LE(turnsWithin(rig_.loop, 50ms), 2);
+}
+
+TEST_F(UdevHIDManagerHangingUdevdTest, WakesOnceForAllNodesThatAreRemovedBeforeTheCheck) {
+    for (int i = 10; i < 40; ++i) rig_.addInputNode("event" + std::to_string(i));
+    rig_.settle();
+    std::thread kernel([&] {
+        for (int i = 10; i < 40; ++i) {
+            rig_.removeInputNode("event" + std::to_string(i));
+            std::this_thread::sleep_for(1ms);
+        }
     });
-    EXPECT_LE(turns, 2);
+    const int turns = turnsWithin(rig_.loop, UdevHIDManager::inputRemovalDelay / 2);
+    kernel.join();
+    EXPECT_LE(turns, 4);
+}
+
+TEST_F(UdevHIDManagerHangingUdevdTest, ReportsARemovalAfterThoseOfOtherDevices) {
+    for (const char* name : {"event8", "event9"}) {
+        rig_.addInputNode(name);
+        rig_.removeInputNode(name);
+        EXPECT_EQ(reportsAfterCheck(), Reports());
+    }
+    rig_.bus.removeNode(mouse_.name);
+    rig_.removeInputNode("event7");
+    EXPECT_EQ(reportsAfterCheck(), Reports{"-1 apple"});
 }
 
 TEST_F(UdevHIDManagerHangingUdevdTest, EndsWithAPendingCheck) {
