@@ -1,6 +1,7 @@
 // The composition root: creates the services for the Linux desktop and runs the application with them.
 
 #include <langinfo.h>
+#include <malloc.h>
 
 #include <clocale>
 #include <csignal>
@@ -129,6 +130,8 @@ void runApplication() {
 }  // namespace
 
 int main() {
+    // The thread that saves the preferences uses the main heap. A heap of its own would outlive it.
+    ::mallopt(M_ARENA_MAX, 1);
     kovra::prepareProcess();
     adoptLocale();
     try {

@@ -2,16 +2,40 @@
 
 #include <cerrno>
 #include <condition_variable>
+#include <cstddef>
 #include <exception>
 #include <mutex>
-#include <system_error>
 #include <utility>
 
 namespace kovra {
 
+namespace {
+
+// Several times what a save needs. The usual 8 MiB may become resident as huge pages.
+constexpr std::size_t stackSize = 256 * 1024;
+
+}  // namespace
+
 // What the thread shares with its owner. It outlives both.
 struct BackgroundSaves::Shared {
-    Shared(Save how, Failed report) : save(std::move(how)), failed(std::move(report)) {}
+    Shared(Save how, Failed whenFailed) : save(std::move(how)), failed(std::move(whenFailed)) {}
+
+    // Neither throws: an exception would end the process before it has unmuted the trackpad.
+    int attempt(const Values& values) const noexcept {
+        try {
+            return save(values);
+        } catch (const std::exception&) {
+            return ENOMEM;
+        }
+    }
+    void report(int error) noexcept {
+        const std::lock_guard lock(reporting);
+        try {
+            if (failed) failed(error);
+        } catch (const std::exception&) {
+            // There is not even memory for the report.
+        }
+    }
 
     const Save save;
     std::mutex mutex;
@@ -31,11 +55,11 @@ BackgroundSaves::~BackgroundSaves() {
         const std::lock_guard lock(shared_->reporting);
         shared_->failed = nullptr;
     }
-    if (!thread_.joinable()) return;
+    if (!thread_) return;
     if (wait({}))
-        thread_.join();
+        ::pthread_join(*thread_, nullptr);
     else
-        thread_.detach();
+        ::pthread_detach(*thread_);
 }
 
 void BackgroundSaves::begin(std::string_view key, const PreferenceValue& value) {
@@ -44,12 +68,28 @@ void BackgroundSaves::begin(std::string_view key, const PreferenceValue& value) 
         shared_->waiting.insert_or_assign(std::string(key), value);
         if (std::exchange(shared_->isRunning, true)) return;
     }
-    if (thread_.joinable()) thread_.join();  // it has finished
-    try {
-        thread_ = std::thread([shared = shared_] { run(shared); });
-    } catch (const std::system_error&) {
-        run(shared_);  // no more threads: better late than never
-    }
+    if (const auto finished = std::exchange(thread_, std::nullopt)) ::pthread_join(*finished, nullptr);
+    thread_ = startThread(shared_);
+    if (!thread_) run(*shared_);  // no more threads: better late than never
+}
+
+std::optional<pthread_t> BackgroundSaves::startThread(const std::shared_ptr<Shared>& shared) {
+    pthread_attr_t attributes;
+    ::pthread_attr_init(&attributes);
+    ::pthread_attr_setstacksize(&attributes, stackSize);
+    auto context = std::make_unique<std::shared_ptr<Shared>>(shared);
+    pthread_t thread{};
+    const int error = ::pthread_create(&thread, &attributes, runThread, context.get());
+    ::pthread_attr_destroy(&attributes);
+    if (error != 0) return std::nullopt;
+    static_cast<void>(context.release());  // now the thread owns it
+    return thread;
+}
+
+void* BackgroundSaves::runThread(void* context) {
+    const std::unique_ptr<std::shared_ptr<Shared>> shared(static_cast<std::shared_ptr<Shared>*>(context));
+    if (shared) run(**shared);
+    return nullptr;
 }
 
 bool BackgroundSaves::wait(std::chrono::nanoseconds atMost) {
@@ -57,25 +97,17 @@ bool BackgroundSaves::wait(std::chrono::nanoseconds atMost) {
     return shared_->finished.wait_for(lock, atMost, [this] { return !shared_->isRunning; });
 }
 
-void BackgroundSaves::run(const std::shared_ptr<Shared>& shared) {
-    std::unique_lock lock(shared->mutex);
-    while (!shared->waiting.empty()) {
-        const Values values = std::exchange(shared->waiting, {});
+void BackgroundSaves::run(Shared& shared) {
+    std::unique_lock lock(shared.mutex);
+    while (!shared.waiting.empty()) {
+        const Values values = std::exchange(shared.waiting, {});
         lock.unlock();
-        int error = 0;
-        try {
-            error = shared->save(values);
-        } catch (const std::exception&) {
-            error = ENOMEM;
-        }
-        if (error != 0) {
-            const std::lock_guard reporting(shared->reporting);
-            if (shared->failed) shared->failed(error);
-        }
+        const int error = shared.attempt(values);
+        if (error != 0) shared.report(error);
         lock.lock();
     }
-    shared->isRunning = false;
-    shared->finished.notify_all();
+    shared.isRunning = false;
+    shared.finished.notify_all();
 }
 
 }  // namespace kovra

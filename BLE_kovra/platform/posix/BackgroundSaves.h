@@ -1,19 +1,21 @@
 #pragma once
 
+#include <pthread.h>
+
 #include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "BLE_kovra/platform/PreferencesStore.h"
 
 namespace kovra {
 
 // Saves values in a thread, so that a disk that hangs delays nobody else. The thread receives copies and runs only
-// while there is something to save.
+// while there is something to save. Its stack is small, because pages that it has used stay with the process.
 class BackgroundSaves {
   public:
     using Values = std::map<std::string, PreferenceValue, std::less<>>;
@@ -36,10 +38,12 @@ class BackgroundSaves {
 
   private:
     struct Shared;
-    static void run(const std::shared_ptr<Shared>& shared);
+    static std::optional<pthread_t> startThread(const std::shared_ptr<Shared>& shared);
+    static void* runThread(void* context);
+    static void run(Shared& shared);
 
     std::shared_ptr<Shared> shared_;
-    std::thread thread_;
+    std::optional<pthread_t> thread_;  // it is running, or it has finished and was not joined yet
 };
 
 }  // namespace kovra

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <vector>
 
 namespace kovra {
@@ -24,6 +25,7 @@ class Disk {
         begun_.push_back(values);
         changed_.notify_all();
         changed_.wait(lock, [this] { return !hangs_; });
+        if (hasNoMemory) throw std::bad_alloc();
         return error;
     }
     void hang() {
@@ -45,6 +47,7 @@ class Disk {
     }
 
     std::atomic<int> error = 0;
+    std::atomic<bool> hasNoMemory = false;
 
   private:
     std::mutex mutex_;
@@ -98,6 +101,26 @@ TEST_F(BackgroundSavesTest, ReportsEachFailure) {
     EXPECT_TRUE(saves_->wait(60s));
     saves_->begin("a", 1.0);
     EXPECT_TRUE(saves_->wait(60s));
+    EXPECT_EQ(failures_, 2);
+}
+
+TEST_F(BackgroundSavesTest, ReportsASaveThatRunsOutOfMemory) {
+    disk_->hasNoMemory = true;
+    saves_->begin("a", 1.0);
+    EXPECT_TRUE(saves_->wait(60s));
+    EXPECT_EQ(failures_, 1);
+}
+
+TEST_F(BackgroundSavesTest, GoesOnIfAReportRunsOutOfMemory) {
+    BackgroundSaves saves([](const Values&) { return EROFS; },
+                          [this](int) {
+                              ++failures_;
+                              throw std::bad_alloc();
+                          });
+    saves.begin("a", 1.0);
+    EXPECT_TRUE(saves.wait(60s));
+    saves.begin("a", 2.0);
+    EXPECT_TRUE(saves.wait(60s));
     EXPECT_EQ(failures_, 2);
 }
 

@@ -31,7 +31,8 @@ def expect_icon(world, name):
 
 
 def saved_switch():
-    return json.loads(program.PREFERENCES.read_text(encoding="utf-8"))["isEnabled"]
+    """Returns the stored switch, or None while it was never saved."""
+    return json.loads(program.PREFERENCES.read_text(encoding="utf-8")).get("isEnabled")
 
 
 @scenario("A plugged mouse adds the slash to the icon; the hot key switches muting off and on, and saves each change.")
@@ -58,7 +59,21 @@ def hot_key_and_icon(world):
     return f"off {off:.2f} s and on {on:.2f} s after the key"
 
 
-@scenario("While the disk of the preferences hangs the hot key unmutes at once, and quitting waits a second and says so.")
+@scenario("Saving ten changes adds no heap and no large stack: less than a megabyte of address space.")
+def memory_of_saving(world):
+    with contextlib.closing(Screen()) as screen:
+        running = world.start(selected=[MADE_UP], display=screen.name)
+        expect_icon(world, PLAIN)
+        before = running.address_space()
+        for change in range(10):
+            screen.press_hot_key()
+            wait_for(lambda: saved_switch() == (change % 2 == 1), "the switch to be saved")
+        grown = running.address_space() - before
+        check(grown < 1024, f"the address space has grown by {grown} KiB")
+    return f"{grown} KiB"
+
+
+@scenario("While the disk of the preferences hangs the hot key unmutes at once; quitting waits a second and says so.")
 def hanging_disk(world):
     with contextlib.closing(Screen()) as screen:
         running = world.start(selected=[MADE_UP], display=screen.name)

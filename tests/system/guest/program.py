@@ -69,6 +69,10 @@ class Program:
             time += int((thread / "schedstat").read_text().split()[0])
         return switches, time
 
+    def address_space(self):
+        """Returns the size of the program's address space in KiB."""
+        return int(self._status("VmSize").split()[0])
+
     def _status(self, name):
         check(self.is_running(), f"the program ended by itself: {self._process.returncode}, {self.last_words()}")
         status = pathlib.Path(f"/proc/{self.pid}/status").read_text()
