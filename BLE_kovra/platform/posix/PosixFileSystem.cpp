@@ -39,6 +39,13 @@ int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     return writeAtStart(file, text);
 }
 
+// Returns 0 or the error number. Some file systems, such as those of a server, refuse what was written only when a
+// descriptor is closed. Closing a duplicate leaves the file open, so that it can still be cut.
+int closeDuplicate(int file) {
+    FileDescriptor duplicate(::fcntl(file, F_DUPFD_CLOEXEC, 0));
+    return duplicate.isOpen() ? duplicate.close() : 0;
+}
+
 // Returns whether the path still refers to the open file.
 bool isInPlace(int file, const std::string& path) {
     struct stat written {};
@@ -66,6 +73,7 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
     if (!S_ISREG(before.st_mode)) return refusal(EINVAL);
 
     int error = replaceContent(file.number(), before.st_size, text);
+    if (error == 0) error = closeDuplicate(file.number());
     // On a full copy-on-write disk even an overwrite fails. Empty the file then: its readers take that for "off", while
     // the old text may be "on".
     if (error != 0) static_cast<void>(cutTo(file.number(), 0));
