@@ -52,6 +52,7 @@ struct Question {
     const char* member;
     const char* signature;  // of the reply
     enum class State { waiting, answered, refused } state = State::waiting;
+    std::string text = {};  // the reply's, if that is a text
     BusSlot reply = {};
 
     void ask(sd_bus* bus, const char* busName, const std::function<void(BusWriter&)>& write) {
@@ -74,9 +75,23 @@ struct Question {
         const bool isExpected = sd_bus_message_is_method_error(reply, nullptr) == 0 &&
                                 sd_bus_message_has_signature(reply, self->signature) > 0;
         self->state = isExpected ? State::answered : State::refused;
+        const char* text = nullptr;
+        if (isExpected && sd_bus_message_read(reply, "s", &text) > 0) self->text = text;
         return 0;
     }
 };
+
+// Whether this describes the object of a version without the method Version. Toolkits that implement the interface give
+// their objects more methods.
+bool describesOlderVersion(const std::string& object) {
+    static constexpr std::string_view older =
+        " <interface name=\"org.freedesktop.Application\">\n"
+        "  <method name=\"Activate\">\n"
+        "   <arg type=\"a{sv}\" name=\"platform_data\" direction=\"in\"/>\n"
+        "  </method>\n"
+        " </interface>\n";
+    return object.find(older) != std::string::npos;
+}
 
 }  // namespace
 
@@ -104,10 +119,17 @@ DBusActivation::Owner DBusActivation::activate(sd_bus* bus, const char* busName)
     using State = Question::State;
     Question activation{interface, "Activate", ""};
     Question version{ownInterface, "Version", "s"};
+    Question object{"org.freedesktop.DBus.Introspectable", "Introspect", "s"};
     activation.ask(bus, busName, writeOwnTokens);
     version.ask(bus, busName, [](BusWriter&) {});
-    const auto isRefused = [&] { return activation.state == State::refused || version.state == State::refused; };
-    const auto isOurs = [&] { return activation.state == State::answered && version.state == State::answered; };
+    object.ask(bus, busName, [](BusWriter&) {});
+    const auto identity = [&] {
+        if (version.state != State::refused) return version.state;
+        if (object.state != State::answered) return object.state;
+        return describesOlderVersion(object.text) ? State::answered : State::refused;
+    };
+    const auto isRefused = [&] { return activation.state == State::refused || identity() == State::refused; };
+    const auto isOurs = [&] { return activation.state == State::answered && identity() == State::answered; };
     processUntil(bus, timeout, [&] { return isRefused() || isOurs(); });
     if (isRefused()) return Owner::foreign;
     return isOurs() ? Owner::ours : Owner::silent;

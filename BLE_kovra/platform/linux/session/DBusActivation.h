@@ -16,6 +16,7 @@ namespace kovra {
 // The program's object on the session bus. It implements org.freedesktop.Application, through which other programs
 // activate this one. The effect is that of a second start. Files and actions are not supported. An interface of this
 // program's own has the method Version, by which a second start recognizes that the owner of the name is this program.
+// Older versions lack that interface. Their object has the method Activate and no other.
 class DBusActivation {
   public:
     static constexpr const char* path = "/org/ble_kovra/BLEKovra";

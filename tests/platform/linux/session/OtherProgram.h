@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
+#include "BLE_kovra/platform/linux/session/DBusActivation.h"
 #include "tests/platform/linux/bus/BusText.h"
 
 namespace kovra {
@@ -20,11 +21,18 @@ namespace kovra {
 // knows it replies without values, and to all others with an error.
 class OtherProgram {
   public:
-    OtherProgram(const char* name, std::vector<std::string> known) : known_(std::move(known)) {
+    // With `table`, it also has org.freedesktop.Application at the path of this program's object.
+    OtherProgram(const char* name, std::vector<std::string> known, const sd_bus_vtable* table = nullptr)
+        : known_(std::move(known)) {
         sd_bus* bus = nullptr;
         EXPECT_GE(sd_bus_open_user(&bus), 0);
         bus_.reset(bus);
         EXPECT_GE(sd_bus_add_filter(bus, nullptr, received, this), 0);
+        if (table != nullptr) {
+            EXPECT_GE(sd_bus_add_object_vtable(bus, nullptr, DBusActivation::path, "org.freedesktop.Application", table,
+                                               nullptr),
+                      0);
+        }
         EXPECT_GE(sd_bus_request_name(bus, name, 0), 0);
         thread_ = std::thread([this] { serve(); });
     }
@@ -34,6 +42,11 @@ class OtherProgram {
     }
     OtherProgram(const OtherProgram&) = delete;
     OtherProgram& operator=(const OtherProgram&) = delete;
+
+    // A method of `table`.
+    static int replyNothing(sd_bus_message* call, void*, sd_bus_error*) {
+        return answer(call, [](BusWriter&) {});
+    }
 
     // Returns the received calls, each as "Member arguments".
     std::vector<std::string> calls() const {

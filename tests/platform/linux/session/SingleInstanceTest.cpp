@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <memory>
@@ -73,6 +75,40 @@ TEST(SingleInstanceTest, RunsWithoutTheNameIfItsOwnerCanBeActivatedButIsAnotherP
 TEST(SingleInstanceTest, RunsWithoutTheNameIfItsOwnerRepliesInAnotherWay) {
     const PrivateBus bus(sessionBus);
     const OtherProgram other(SingleInstance::busName, {"Activate", "Version"});
+    SdEventLoop loop;
+    EXPECT_FALSE(Start(loop).isSecond());
+}
+
+// Before the method Version, this program's object had this one method.
+TEST(SingleInstanceTest, DetectsAnInstanceOfAnOlderVersion) {
+    const std::array<sd_bus_vtable, 3> table{{
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("a{sv}", platform_data), SD_BUS_NO_RESULT,
+                                OtherProgram::replyNothing, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END,
+    }};
+    const PrivateBus bus(sessionBus);
+    const OtherProgram older(SingleInstance::busName, {}, table.data());
+    SdEventLoop loop;
+    const Start start(loop);
+    EXPECT_TRUE(start.isSecond());
+    EXPECT_TRUE(start.lines().empty());
+    const auto calls = older.calls();
+    EXPECT_EQ(std::ranges::count(calls, "Activate []"), 1);
+}
+
+// As every application that its toolkit makes activatable.
+TEST(SingleInstanceTest, RunsWithoutTheNameIfItsOwnerIsAnotherApplicationOfItsDesktop) {
+    const std::array<sd_bus_vtable, 4> table{{
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("a{sv}", platform_data), SD_BUS_NO_RESULT,
+                                OtherProgram::replyNothing, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_METHOD_WITH_ARGS("Open", SD_BUS_ARGS("as", uris, "a{sv}", platform_data), SD_BUS_NO_RESULT,
+                                OtherProgram::replyNothing, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END,
+    }};
+    const PrivateBus bus(sessionBus);
+    const OtherProgram other(SingleInstance::busName, {}, table.data());
     SdEventLoop loop;
     EXPECT_FALSE(Start(loop).isSecond());
 }
