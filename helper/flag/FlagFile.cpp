@@ -72,11 +72,24 @@ void FlagFile::truncate() const {
     constexpr blkcnt_t mostBlocks = 4096 / 512;
     struct stat status {};
     if (::fstat(file_.number(), &status) != 0 || (status.st_size <= longest && status.st_blocks <= mostBlocks)) return;
-    const std::string path = "/proc/self/fd/" + std::to_string(file_.number());
-    const Descriptor writing(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    const Descriptor writing = openForWriting();
     if (!writing.isOpen()) return;
     // Truncating a file to its current length frees what fallocate(2) has allocated beyond its end.
     [[maybe_unused]] const int result = ::ftruncate(writing.number(), std::min(status.st_size, longest));
+}
+
+void FlagFile::cleanContent() const {
+    constexpr std::string_view off = "off";
+    if (content() == Content::on) return;
+    const Descriptor writing = openForWriting();
+    if (!writing.isOpen()) return;
+    const bool isWritten = ::pwrite(writing.number(), off.data(), off.size(), 0) == static_cast<ssize_t>(off.size());
+    [[maybe_unused]] const int result = isWritten ? ::ftruncate(writing.number(), off.size()) : -1;
+}
+
+Descriptor FlagFile::openForWriting() const {
+    const std::string path = "/proc/self/fd/" + std::to_string(file_.number());
+    return Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
 }
 
 bool FlagFile::hasOtherNameIn(int folder, const char* name) const {

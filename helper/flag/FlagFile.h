@@ -26,6 +26,8 @@ class FlagFile {
     // Truncates the file to the longest valid content and frees space that was allocated beyond its end. content()
     // stays the same. Ignores failures.
     void truncate() const;
+    // Replaces a content other than "on" by the word "off". Ignores failures.
+    void cleanContent() const;
     // Whether the file has a further name in this folder, besides the given one. Names in other folders do not count.
     // True also if that cannot be found out.
     bool hasOtherNameIn(int folder, const char* name) const;
@@ -40,6 +42,8 @@ class FlagFile {
 
   private:
     explicit FlagFile(Descriptor file) : file_(std::move(file)) {}
+
+    Descriptor openForWriting() const;
 
     Descriptor file_;
 };

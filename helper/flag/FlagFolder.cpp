@@ -16,6 +16,7 @@
 #include "helper/Log.h"
 #include "helper/flag/FlagFile.h"
 #include "helper/flag/HandOver.h"
+#include "helper/flag/LeftFiles.h"
 #include "helper/flag/TrustedPath.h"
 
 namespace kovra::helper {
@@ -44,8 +45,8 @@ int addWatch(const Descriptor& events, const Descriptor& file, std::uint32_t mas
 }  // namespace
 
 std::unique_ptr<FlagFolder> FlagFolder::open(Loop& loop, const std::filesystem::path& path, const Trust& trust) {
-    std::unique_ptr<FlagFolder> folder(new FlagFolder(path, trust));
-    if (!folder->watch(loop)) return nullptr;
+    std::unique_ptr<FlagFolder> folder(new FlagFolder(loop, path, trust));
+    if (!folder->watch()) return nullptr;
     return folder;
 }
 
@@ -56,7 +57,7 @@ struct FlagFolder::Changes {
     bool flagWritten = false;
 };
 
-bool FlagFolder::watch(Loop& loop) {
+bool FlagFolder::watch() {
     TrustedPath trusted = openTrustedPath(trust_.root, path_, trust_.owner);
     if (trusted.folders.empty()) {
         log(Severity::error, "the flag's folder cannot be trusted: " + trusted.refusal);
@@ -78,9 +79,10 @@ bool FlagFolder::watch(Loop& loop) {
         logError("the flag's folder cannot be watched", errno);
         return false;
     }
-    watch_ = std::make_unique<PacedWatch>(loop, events_.number(), looks, [this] { receiveEvents(); });
+    watch_ = std::make_unique<PacedWatch>(loop_, events_.number(), looks, [this] { receiveEvents(); });
     cleanFlagFolder(folder_.number(), trust_.owner);
     watchFlag();
+    leftFiles_ = std::make_unique<LeftFilesWatch>(loop_, folder_.number(), trust_.owner);
     // The path may have changed before it was watched.
     return !isLost();
 }
@@ -89,6 +91,7 @@ bool FlagFolder::handOver(std::optional<uid_t> user) {
     // If the flag only lacks its watch, a new file would not get a watch either.
     const int error = isWritableBy(user) && !isFlagWatched_ ? 0 : handOverFlag(folder_.number(), trust_.owner, user);
     const int errorOfWatch = watchFlag();
+    leftFiles_->update();
     if (error != 0) {
         logError("the flag cannot be handed over, so that nothing is muted", error);
     } else if (errorOfWatch != 0) {

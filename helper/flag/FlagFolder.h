@@ -13,6 +13,7 @@
 #include "helper/Descriptor.h"
 #include "helper/Loop.h"
 #include "helper/PacedWatch.h"
+#include "helper/flag/LeftFiles.h"
 
 namespace kovra::helper {
 
@@ -40,9 +41,9 @@ class FlagFolder {
     FlagFolder(const FlagFolder&) = delete;
     FlagFolder& operator=(const FlagFolder&) = delete;
 
-    // Replaces the flag with a new file that this user alone, or no user, can write. Its content is what the user last
-    // left in the flag, or "off". The previous user cannot write the new file, not even through an open descriptor;
-    // what that user has written is kept for their return.
+    // Replaces the flag with another file that this user alone, or no user, can write: the file that was this user's
+    // flag before, with what the user has last written, or else a new one that says "off". The previous user cannot
+    // write it, not even through an open descriptor; what that user has written is kept for their return.
     //
     // Returns false, and logs one line, if that fails. Then no user can write the flag, or it cannot be watched and
     // counts as "off"; no incomplete file is left. The caller tries again later.
@@ -59,9 +60,10 @@ class FlagFolder {
     std::function<void()> onLost;
 
   private:
-    FlagFolder(std::filesystem::path path, Trust trust) : path_(std::move(path)), trust_(std::move(trust)) {}
+    FlagFolder(Loop& loop, std::filesystem::path path, Trust trust)
+        : loop_(loop), path_(std::move(path)), trust_(std::move(trust)) {}
 
-    bool watch(Loop& loop);
+    bool watch();
     bool isWritableBy(std::optional<uid_t> user) const;
     // Watches the file that has the flag's name now, instead of any earlier file. Returns 0 or an error number.
     int watchFlag();
@@ -72,6 +74,7 @@ class FlagFolder {
     bool readEvents(Changes& changes) const;
     bool isLost() const;
 
+    Loop& loop_;
     const std::filesystem::path path_;
     const Trust trust_;
     Descriptor folder_;
@@ -80,6 +83,7 @@ class FlagFolder {
     std::map<int, std::string> nextNames_;  // for each watched folder above: the name that the path continues with
     int folderWd_ = -1;
     int flagWd_ = -1;
+    std::unique_ptr<LeftFilesWatch> leftFiles_;
     bool isFlagWatched_ = false;  // also true if there is no flag that could be watched
 };
 

@@ -1,6 +1,5 @@
 #include "helper/flag/HandOver.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,20 +7,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
-#include <string_view>
 
-#include "helper/Handles.h"
 #include "helper/flag/FlagFile.h"
+#include "helper/flag/LeftFiles.h"
 
 namespace kovra::helper {
 
 namespace {
 
 constexpr const char* newName = "state.new";
-
-constexpr std::string_view leftPrefix = "state.left.";
-
-std::string leftName(uid_t user) { return std::string(leftPrefix) + std::to_string(user); }
 
 // Removes any file or folder with this name, without following links. A folder that is not empty is renamed to
 // *.odd.INODE instead, because the helper did not create it. Returns 0 or an error number.
@@ -47,36 +41,33 @@ void revokeOld(int folder, uid_t owner) {
     old->grantWriteTo(std::nullopt);
 }
 
-// Truncates all files state.left.USER. Users can still make them longer through descriptors that they have kept open. A
-// file that any user can open for writing does not come from the helper, and is not touched.
-void truncateLeft(int folder, uid_t owner) {
-    const Handle<DIR, ::closedir> entries(::fdopendir(::openat(folder, ".", O_RDONLY | O_CLOEXEC)));
-    if (!entries) return;
-    while (const dirent* entry = ::readdir(entries.get())) {
-        if (!std::string_view(entry->d_name).starts_with(leftPrefix)) continue;
-        const auto left = FlagFile::open(folder, entry->d_name, owner);
-        if (left && left->isWritableBy(std::nullopt)) left->truncate();
-    }
+// Gives the file this name. A file cannot replace a folder. A folder was no flag, so no reader misses it for a moment.
+// Returns 0 or an error number.
+int renameToFlag(int folder, const std::string& name) {
+    const auto rename = [&] { return ::renameat(folder, name.c_str(), folder, flagName) == 0; };
+    if (rename()) return 0;
+    return errno == EISDIR && clearName(folder, flagName) == 0 && rename() ? 0 : errno;
 }
 
-FlagFile::Content leftContent(int folder, uid_t owner, uid_t user) {
-    const auto left = FlagFile::open(folder, leftName(user).c_str(), owner);
-    return left ? left->content() : FlagFile::Content::off;
+// Steps 3 and 4 of handOverFlag() for a user who has left a file.
+int returnLeft(int folder, const FlagFile& left, uid_t user) {
+    left.cleanContent();
+    if (!left.grantWriteTo(user)) return errno;
+    const std::string name = leftName(user);
+    const int error = renameToFlag(folder, name);
+    if (error == 0)
+        clearName(folder, name);  // if both names were of this file, rename(2) did nothing
+    else
+        left.grantWriteTo(std::nullopt);
+    return error;
 }
 
-// Steps 3 and 4 of handOverFlag().
-int replaceFlag(int folder, std::optional<uid_t> user, FlagFile::Content content) {
-    const auto newFlag = FlagFile::create(folder, newName, content);
+// Steps 3 and 4 of handOverFlag() with a new file that says "off".
+int replaceFlag(int folder, std::optional<uid_t> user) {
+    const auto newFlag = FlagFile::create(folder, newName, FlagFile::Content::off);
     if (!newFlag) return errno;
-    if (newFlag->grantWriteTo(user)) {
-        if (::renameat(folder, newName, folder, flagName) == 0) return 0;
-        // A file cannot replace a folder. A folder was no flag, so no reader misses it for a moment.
-        if (errno == EISDIR && clearName(folder, flagName) == 0 && ::renameat(folder, newName, folder, flagName) == 0) {
-            return 0;
-        }
-    }
-    const int error = errno;
-    clearName(folder, newName);
+    const int error = newFlag->grantWriteTo(user) ? renameToFlag(folder, newName) : errno;
+    if (error != 0) clearName(folder, newName);
     return error;
 }
 
@@ -86,21 +77,23 @@ void cleanFlagFolder(int folder, uid_t owner) {
     clearName(folder, newName);
     const auto flag = FlagFile::open(folder, flagName, owner);
     if (const auto user = flag ? flag->writer() : std::nullopt) clearName(folder, leftName(*user));
+    forEachLeftFile(folder, owner, [](const std::string&, const FlagFile& left) {
+        if (left.writer()) left.grantWriteTo(std::nullopt);
+    });
 }
 
 int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     cleanFlagFolder(folder, owner);
     revokeOld(folder, owner);
-    truncateLeft(folder, owner);
-    const auto content = user ? leftContent(folder, owner, *user) : FlagFile::Content::off;
-    if (const int error = replaceFlag(folder, user, content)) {
-        // If the old user's right could not be revoked, the flag is still that user's. It counts again once it has a
-        // single name.
-        cleanFlagFolder(folder, owner);
-        return error;
-    }
-    if (user) clearName(folder, leftName(*user));
-    return 0;
+    truncateLeftFiles(folder, owner);
+    const auto left = user ? FlagFile::open(folder, leftName(*user).c_str(), owner) : std::nullopt;
+    const bool isOurs = left && left->isWritableBy(std::nullopt);
+    if (user && !isOurs) clearName(folder, leftName(*user));
+    const int error = isOurs ? returnLeft(folder, *left, *user) : replaceFlag(folder, user);
+    // If the old user's right could not be revoked, the flag is still that user's. It counts again once it has a single
+    // name.
+    if (error != 0) cleanFlagFolder(folder, owner);
+    return error;
 }
 
 }  // namespace kovra::helper

@@ -9,6 +9,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "helper/Descriptor.h"
@@ -135,9 +136,9 @@ TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
         FlagRig rig;
         const std::vector<uid_t> users = {alice, bob, bob + 1};
         std::optional<uid_t> inPlace;
-        std::map<uid_t, std::string> last;  // the content of each user's latest file
-        std::map<uid_t, Descriptor> kept;   // a descriptor of that file
-        std::vector<Descriptor> outdated;
+        std::map<uid_t, std::string> last;                  // the content of each user's file
+        std::map<uid_t, Descriptor> kept;                   // a descriptor of that file
+        std::vector<std::pair<uid_t, Descriptor>> earlier;  // others of the same files
         rig.handOver(std::nullopt);
         for (int step = 0; step < 600; ++step) {
             switch (pick(5)) {
@@ -147,7 +148,7 @@ TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
                     inPlace = which < users.size() ? std::optional(users[which]) : std::nullopt;
                     ASSERT_TRUE(rig.handOver(inPlace));
                     if (!inPlace) break;
-                    if (kept.contains(*inPlace)) outdated.push_back(std::move(kept[*inPlace]));
+                    if (kept.contains(*inPlace)) earlier.emplace_back(*inPlace, std::move(kept[*inPlace]));
                     const ActingAs user(*inPlace);
                     kept[*inPlace] = Descriptor(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
                     ASSERT_TRUE(kept[*inPlace].isOpen());
@@ -166,8 +167,12 @@ TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
                     FlagRig::writeTo(kept[user], last[user]);
                     break;
                 }
-                default:
-                    if (!outdated.empty()) FlagRig::writeTo(outdated[pick(outdated.size())], "on");
+                default: {
+                    if (earlier.empty()) break;
+                    const auto& [user, file] = earlier[pick(earlier.size())];
+                    last[user] = "on";
+                    FlagRig::writeTo(file, "on");
+                }
             }
             ASSERT_EQ(rig.isOn(), inPlace && last[*inPlace] == "on") << "step " << step;
             ASSERT_TRUE(rig.folder().isFlagOf(inPlace)) << "step " << step;

@@ -67,9 +67,14 @@ TEST(HandOverOnAFullDiskTest, RevokesTheRightAndLosesNoContent) {
         EXPECT_FALSE(disk.rig.isOn());
         EXPECT_TRUE(user == 0 || !mayWrite(user, disk.rig.state()));
         EXPECT_EQ(disk.names(), (Names{"state", left(user)}));
-        EXPECT_FALSE(disk.rig.handOver(user));
+        // The user's own file needs no room to become the flag again.
+        EXPECT_TRUE(disk.rig.handOver(user));
+        EXPECT_TRUE(disk.rig.isOn());
+        EXPECT_EQ(disk.names(), Names{"state"});
+        EXPECT_FALSE(disk.rig.handOver(std::nullopt));
         EXPECT_EQ(disk.names(), (Names{"state", left(user)}));
         disk.empty();
+        EXPECT_TRUE(disk.rig.handOver(std::nullopt));
         EXPECT_TRUE(disk.rig.handOver(user));
         EXPECT_TRUE(disk.rig.isOn());
         EXPECT_EQ(disk.names(), Names{"state"});

@@ -1,0 +1,89 @@
+#include "helper/flag/LeftFiles.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <string>
+
+#include "helper/Descriptor.h"
+#include "tests/helper/Users.h"
+#include "tests/helper/flag/FlagRig.h"
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Alice has kept a descriptor of her flag, which belongs to Bob by now.
+class LeftFilesTest : public testing::Test {
+  protected:
+    LeftFilesTest() {
+        rig.handOver(alice);
+        const ActingAs user(alice);
+        kept = Descriptor(::open(rig.state().c_str(), O_RDWR | O_CLOEXEC));
+    }
+    void SetUp() override {
+        FlagRig::writeTo(kept, "on");
+        ASSERT_TRUE(rig.handOver(bob));
+    }
+    long bytesOnDisk() const {
+        struct stat status {};
+        EXPECT_EQ(::fstat(kept.number(), &status), 0);
+        return std::max<long>(status.st_blocks * 512, status.st_size);
+    }
+    // Whether room that she takes through the descriptor is free again within a second.
+    bool isFreed() {
+        EXPECT_EQ(::fallocate(kept.number(), FALLOC_FL_KEEP_SIZE, 0, 4 << 20), 0);
+        EXPECT_GE(bytesOnDisk(), 4 << 20);
+        const auto begin = std::chrono::steady_clock::now();
+        return rig.runUntil([&] { return bytesOnDisk() <= 1 << 16; }) && std::chrono::steady_clock::now() - begin < 1s;
+    }
+
+    FlagRig rig;
+    Descriptor kept;
+};
+
+TEST_F(LeftFilesTest, AreTruncatedWhenTheyGrow) {
+    for (int round = 0; round < 3; ++round) EXPECT_TRUE(isFreed());
+    EXPECT_EQ(rig.content("state.left.61001"), "on");
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.isOn());
+}
+
+TEST_F(LeftFilesTest, AreTruncatedAlsoAfterTheirUserHasReturnedAndLeftAgain) {
+    ASSERT_TRUE(rig.handOver(alice));
+    ASSERT_TRUE(rig.handOver(bob));
+    EXPECT_TRUE(isFreed());
+    ASSERT_TRUE(rig.handOver(std::nullopt));
+    EXPECT_TRUE(isFreed());
+}
+
+TEST_F(LeftFilesTest, AreTruncatedAlsoAfterARestart) {
+    rig.reopen();
+    rig.folder();
+    EXPECT_TRUE(isFreed());
+    rig.reopen();
+    ASSERT_EQ(::fallocate(kept.number(), FALLOC_FL_KEEP_SIZE, 0, 4 << 20), 0);
+    rig.folder();
+    EXPECT_LE(bytesOnDisk(), 1 << 16);
+}
+
+TEST_F(LeftFilesTest, DoNotDelayTheFlagByAStormOfWrites) {
+    int changes = 0;
+    rig.folder().onChange = [&] { ++changes; };
+    rig.runFor(20ms);
+    for (int i = 0; i < 200; ++i) {
+        FlagRig::writeTo(kept, "off");
+        rig.runFor(0ms);
+    }
+    changes = 0;
+    rig.write(bob, "on");
+    EXPECT_TRUE(rig.runUntil([&] { return changes > 0; }));
+    EXPECT_TRUE(rig.isOn());
+}
+
+}  // namespace
+}  // namespace kovra::helper
