@@ -96,8 +96,10 @@ bool FlagFolder::handOver(std::optional<uid_t> user) {
         logError("the flag cannot be handed over, so that nothing is muted", error);
     } else if (errorOfWatch != 0) {
         logError("the flag cannot be watched, so that nothing is muted", errorOfWatch);
+    } else if (!isWritableBy(user)) {
+        log(Severity::error, "the flag's file system alters access control lists, so that nothing is muted");
     }
-    return error == 0 && isFlagWatched_;
+    return error == 0 && isFlagOf(user);
 }
 
 bool FlagFolder::isFlagOf(std::optional<uid_t> user) const { return isFlagWatched_ && isWritableBy(user); }

@@ -1,15 +1,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
@@ -17,6 +11,7 @@
 #include "helper/Descriptor.h"
 #include "helper/flag/HandOver.h"
 #include "tests/helper/Users.h"
+#include "tests/helper/flag/AccessListFilter.h"
 #include "tests/helper/flag/FlagRig.h"
 
 namespace kovra::helper {
@@ -24,23 +19,11 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Makes every change of an access control list fail in this process.
-bool forbidAccessLists() {
-    std::array<sock_filter, 4> program{{
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fsetxattr, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSPC),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    }};
-    const sock_fprog filter{program.size(), program.data()};
-    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
-}
-
 // Hands the flag over in a child process that cannot change access control lists. Returns the error.
 int handOverRefused(const FlagRig& rig, std::optional<uid_t> user) {
     const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const pid_t process = ::fork();
-    if (process == 0) ::_exit(forbidAccessLists() ? handOverFlag(folder.number(), ::geteuid(), user) : 255);
+    if (process == 0) ::_exit(answerAccessListsWith(ENOSPC) ? handOverFlag(folder.number(), ::geteuid(), user) : 255);
     int status = 0;
     ::waitpid(process, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
