@@ -5,14 +5,15 @@
 #include <string>
 #include <system_error>
 
+#include "helper/RepeatFilter.h"
+
 namespace kovra::helper {
 
 void log(Severity severity, std::string_view line) {
-    static std::string previous;
-    std::string text = "<" + std::to_string(static_cast<int>(severity)) + ">" + std::string(line) + "\n";
-    if (text == previous) return;
-    previous = std::move(text);
-    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, previous.data(), previous.size());
+    static RepeatFilter filter;
+    const std::string text = "<" + std::to_string(static_cast<int>(severity)) + ">" + std::string(line) + "\n";
+    if (!filter.accepts(text, RateLimit::Clock::now())) return;
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
 void logError(std::string_view what, int error) {
