@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <functional>
@@ -17,10 +18,11 @@
 
 namespace kovra::helper {
 
-// The folder where a path starts, and the user who must own all of its folders. Tests use another root.
+// The folder where a path starts, and the user who must own its last folder and the flag (see openTrustedPath()). Tests
+// use another root.
 struct Trust {
     std::filesystem::path root = "/";
-    uid_t owner = 0;
+    uid_t owner = ::geteuid();
 };
 
 // The folder of the flag file "state". Tells whose flag it is and what it says, and hands it over to another user.

@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <initializer_list>
 #include <system_error>
 #include <utility>
 
@@ -11,13 +13,16 @@ namespace kovra::helper {
 
 namespace {
 
+constexpr uid_t superuser = 0;
+
 // The reason to refuse the folder, or an empty string. With an access control list the group bits are the list's mask,
 // so they also cover its entries for other users. Must be called directly after open(), as it reads errno.
-std::string refusalOf(const Descriptor& folder, uid_t owner) {
+std::string refusalOf(const Descriptor& folder, std::initializer_list<uid_t> owners) {
     if (!folder.isOpen()) return std::generic_category().message(errno);
     struct stat status {};
     if (::fstat(folder.number(), &status) != 0) return std::generic_category().message(errno);
-    if (status.st_uid != owner) return "it belongs to user " + std::to_string(status.st_uid);
+    if (std::find(owners.begin(), owners.end(), status.st_uid) == owners.end())
+        return "it belongs to user " + std::to_string(status.st_uid);
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) return "others than its owner may write to it";
     return {};
 }
@@ -27,9 +32,11 @@ std::string refusalOf(const Descriptor& folder, uid_t owner) {
 TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner) {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
     TrustedPath trusted;
+    const std::filesystem::path whole = root / path.relative_path();
     std::filesystem::path reached = root;
     const auto append = [&](Descriptor folder) {
-        const std::string refusal = refusalOf(folder, owner);
+        const bool isLast = reached == whole;
+        const std::string refusal = isLast ? refusalOf(folder, {owner}) : refusalOf(folder, {superuser, owner});
         if (refusal.empty()) {
             trusted.folders.push_back(std::move(folder));
         } else {

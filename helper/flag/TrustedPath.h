@@ -17,7 +17,8 @@ struct TrustedPath {
 };
 
 // Opens every folder of an absolute path, which is resolved below `root`. Follows no symbolic link below `root`.
-// Refuses the path if a folder, `root` included, does not belong to the owner or can be written by anyone else.
+// Refuses the path if its last folder does not belong to the owner. The folders above it, `root` included, must belong
+// to the owner or to the user 0. Also refuses the path if anyone else can write one of its folders.
 TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner);
 
 }  // namespace kovra::helper

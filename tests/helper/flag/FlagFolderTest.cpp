@@ -59,6 +59,21 @@ TEST(FlagFolderTest, IsRefusedIfAnAccessListLetsAnotherUserWriteIt) {
     EXPECT_FALSE(opens(rig));
 }
 
+TEST(FlagFolderTest, OpensInFoldersOfRootOnlyIfItBelongsToTheOwner) {
+    if (::geteuid() != 0) return;  // only root can change the owner
+    FlagRig rig;
+    const auto opensFor = [&](uid_t owner) {
+        return FlagFolder::open(rig.loop(), folderPath, {rig.root(), owner}) != nullptr;
+    };
+    EXPECT_FALSE(opensFor(alice));
+    ASSERT_EQ(::chown(rig.path().c_str(), alice, alice), 0);
+    EXPECT_TRUE(opensFor(alice));
+    EXPECT_FALSE(opensFor(bob));
+    EXPECT_FALSE(opensFor(0));
+    ASSERT_EQ(::chown((rig.root() + "/Library").c_str(), bob, bob), 0);
+    EXPECT_FALSE(opensFor(alice));
+}
+
 TEST(FlagFolderTest, IsRefusedIfAnyFolderOfThePathBelongsToAnotherUser) {
     FlagRig rig;
     EXPECT_EQ(FlagFolder::open(rig.loop(), folderPath, {rig.root(), ::geteuid() + 1}), nullptr);
