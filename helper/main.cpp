@@ -1,6 +1,8 @@
 // ble-kovra-helper mutes the built-in touchpads while the flag of the user at the machine says "on". With "--release"
-// it unmutes the touchpads that an earlier process has left muted, however that process ended.
+// it unmutes the touchpads that an earlier process has left muted, however that process ended. With "--grant USER" root
+// lets that user mute the built-in touchpads that exist now. udev runs that for each new touchpad.
 
+#include <pwd.h>
 #include <systemd/sd-daemon.h>
 
 #include <cerrno>
@@ -11,6 +13,7 @@
 #include <exception>
 #include <initializer_list>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -18,6 +21,7 @@
 #include "helper/Log.h"
 #include "helper/Loop.h"
 #include "helper/flag/FlagFolder.h"
+#include "helper/pads/Grant.h"
 #include "helper/pads/InhibitedAttribute.h"
 #include "helper/pads/MutedPads.h"
 #include "helper/pads/Muter.h"
@@ -101,16 +105,27 @@ int run(bool isRelease) {
     return result;
 }
 
+int grant(const std::string& name) {
+    const passwd* user = ::getpwnam(name.c_str());
+    if (user == nullptr) {
+        log(Severity::error, "there is no user " + name);
+        return 1;
+    }
+    return grantPads(user->pw_uid, InhibitedAttribute()) ? 0 : 1;
+}
+
 }  // namespace
 }  // namespace kovra::helper
 
 int main(int count, char** arguments) {
-    const bool isRelease = count == 2 && std::string_view(arguments[1]) == "--release";
-    if (count > 1 && !isRelease) {
-        std::fputs("usage: ble-kovra-helper [--release]\n", stderr);
+    const std::string_view option = count > 1 ? arguments[1] : "";
+    const bool isRelease = count == 2 && option == "--release";
+    const bool isGrant = count == 3 && option == "--grant";
+    if (count > 1 && !isRelease && !isGrant) {
+        std::fputs("usage: ble-kovra-helper [--release | --grant USER]\n", stderr);
         return 2;
     }
     // A closed log must not end the process before it has unmuted the touchpads.
     std::signal(SIGPIPE, SIG_IGN);
-    return kovra::helper::run(isRelease);
+    return isGrant ? kovra::helper::grant(arguments[2]) : kovra::helper::run(isRelease);
 }

@@ -26,6 +26,12 @@ int InhibitedAttribute::setInhibited(const std::string& name, bool inhibited) co
     return 0;
 }
 
+int InhibitedAttribute::giveTo(const std::string& name, uid_t user) const {
+    constexpr gid_t sameGroup = -1;
+    const Descriptor file(::open(path(name).c_str(), O_RDONLY | O_CLOEXEC));
+    return file.isOpen() && ::fchown(file.number(), user, sameGroup) == 0 ? 0 : errno;
+}
+
 bool InhibitedAttribute::meansGone(int error) const {
     return error == ENODEV || (error == ENOENT && ::access(folder_.c_str(), F_OK) == 0);
 }

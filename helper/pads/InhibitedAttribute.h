@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 #include <utility>
@@ -17,6 +19,9 @@ class InhibitedAttribute {
     // Returns 0 or an error number. Setting the attribute to 0 opens the device again. The driver may refuse that, and
     // then the attribute stays 1.
     int setInhibited(const std::string& name, bool inhibited) const;
+
+    // Makes this user the owner of the attribute, who may write it. Returns 0 or an error number.
+    int giveTo(const std::string& name, uid_t user) const;
 
     // Whether this error means that the device was removed. ENOENT does not mean that if the folder of all devices is
     // missing too, as in a chroot without /sys.

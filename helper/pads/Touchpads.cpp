@@ -1,79 +1,21 @@
 #include "helper/pads/Touchpads.h"
 
-#include <linux/input.h>
-
 #include <cerrno>
-#include <charconv>
 #include <string_view>
 #include <system_error>
 #include <utility>
+
+#include "helper/pads/InputDevices.h"
+#include "helper/pads/PadRules.h"
 
 namespace kovra::helper {
 
 namespace {
 
-std::string_view text(const char* value) { return value != nullptr ? value : ""; }
-
-bool isSet(udev_device* device, const char* property) {
-    return text(udev_device_get_property_value(device, property)) == "1";
+bool isEventNode(udev_device* device) {
+    const char* name = udev_device_get_sysname(device);
+    return name != nullptr && std::string_view(name).starts_with("event");
 }
-
-std::uint16_t hexNumber(udev_device* device, const char* attribute) {
-    const std::string_view digits = text(udev_device_get_sysattr_value(device, attribute));
-    std::uint16_t number = 0;
-    std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
-    return number;
-}
-
-// Tests a bit of a mask in sysfs. The kernel prints a mask as hexadecimal words of the size of a long, the highest word
-// first and without leading words that are zero.
-bool hasBit(udev_device* device, const char* attribute, unsigned bit) {
-    constexpr unsigned wordSize = 8 * sizeof(unsigned long);
-    std::string_view words = text(udev_device_get_sysattr_value(device, attribute));
-    for (unsigned skipped = bit / wordSize; skipped > 0; --skipped) {
-        const std::size_t end = words.rfind(' ');
-        if (end == std::string_view::npos) return false;
-        words.remove_suffix(words.size() - end);
-    }
-    words.remove_prefix(words.rfind(' ') + 1);
-    unsigned long word = 0;
-    std::from_chars(words.data(), words.data() + words.size(), word, 16);
-    return ((word >> bit % wordSize) & 1) != 0;
-}
-
-// A device behind a removable hub is removable too.
-UsbPort port(udev_device* device) {
-    bool isFixed = false;
-    while ((device = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device")) != nullptr) {
-        const std::string_view removable = text(udev_device_get_sysattr_value(device, "removable"));
-        if (removable == "removable") return UsbPort::removable;
-        if (removable == "fixed") isFixed = true;
-    }
-    return isFixed ? UsbPort::fixed : UsbPort::unknown;
-}
-
-InputProperties properties(udev_device* node, udev_device* input) {
-    InputProperties device;
-    device.input = text(udev_device_get_sysname(input));
-    device.name = text(udev_device_get_sysattr_value(input, "name"));
-    device.isTouchpad = isSet(node, "ID_INPUT_TOUCHPAD");
-    device.isMouse = isSet(node, "ID_INPUT_MOUSE");
-    if (const char* integration = udev_device_get_property_value(node, "ID_INPUT_TOUCHPAD_INTEGRATION"))
-        device.integration = integration;
-    device.bus = hexNumber(input, "id/bustype");
-    device.isPointingStick = isSet(node, "ID_INPUT_POINTINGSTICK");
-    device.hasStickProperty = hasBit(input, "properties", INPUT_PROP_POINTING_STICK);
-    device.hasMiddleButton = hasBit(input, "capabilities/key", BTN_MIDDLE);
-    device.vendor = hexNumber(input, "id/vendor");
-    device.port = port(input);
-    device.isVirtual = udev_device_get_parent(input) == nullptr;
-    if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;
-    if (udev_device* hid = udev_device_get_parent_with_subsystem_devtype(input, "hid", nullptr))
-        device.hid = text(udev_device_get_syspath(hid));
-    return device;
-}
-
-bool isEventNode(udev_device* device) { return text(udev_device_get_sysname(device)).starts_with("event"); }
 
 }  // namespace
 
@@ -86,11 +28,11 @@ Touchpads::Touchpads(Loop& loop) : udev_(udev_new()) {
     if (result >= 0) result = udev_monitor_enable_receiving(monitor_.get());
     if (result < 0) throw std::system_error(-result, std::generic_category(), "udev");
     watch_ = loop.onReadable(udev_monitor_get_fd(monitor_.get()), [this] { receiveEvents(); });
-    inputs_ = inputsToMute(inputDevices());
+    inputs_ = inputsToMute(inputDevices(udev_.get()));
 }
 
 void Touchpads::rescan() {
-    std::vector<std::string> inputs = inputsToMute(inputDevices());
+    std::vector<std::string> inputs = inputsToMute(inputDevices(udev_.get()));
     if (inputs == inputs_) return;
     inputs_ = std::move(inputs);
     if (onChange) onChange();
@@ -109,26 +51,6 @@ void Touchpads::receiveEvents() {
             break;
     }
     if (mustRescan) rescan();
-}
-
-std::vector<InputProperties> Touchpads::inputDevices() const {
-    std::vector<InputProperties> devices;
-    const Handle<udev_enumerate, udev_enumerate_unref> list(udev_enumerate_new(udev_.get()));
-    if (!list) return devices;
-    udev_enumerate_add_match_subsystem(list.get(), "input");
-    udev_enumerate_add_match_sysname(list.get(), "event*");
-    udev_enumerate_add_match_property(list.get(), "ID_INPUT_TOUCHPAD", "1");
-    udev_enumerate_add_match_property(list.get(), "ID_INPUT_MOUSE", "1");
-    udev_enumerate_scan_devices(list.get());
-    udev_list_entry* entry = nullptr;
-    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
-        const Handle<udev_device, udev_device_unref> node(
-            udev_device_new_from_syspath(udev_.get(), udev_list_entry_get_name(entry)));
-        if (!node) continue;  // removed since the scan
-        udev_device* input = udev_device_get_parent_with_subsystem_devtype(node.get(), "input", nullptr);
-        if (input != nullptr) devices.push_back(properties(node.get(), input));
-    }
-    return devices;
 }
 
 }  // namespace kovra::helper

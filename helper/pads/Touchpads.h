@@ -9,7 +9,6 @@
 
 #include "helper/Handles.h"
 #include "helper/Loop.h"
-#include "helper/pads/PadRules.h"
 
 namespace kovra::helper {
 
@@ -32,7 +31,6 @@ class Touchpads {
 
   private:
     void receiveEvents();
-    std::vector<InputProperties> inputDevices() const;
 
     Handle<udev, udev_unref> udev_;
     Handle<udev_monitor, udev_monitor_unref> monitor_;

@@ -129,15 +129,17 @@ class Machine {
     }
     static void leave() { seat("IS_SEAT0=1\nCAN_GRAPHICAL=1\n"); }
 
-    // Starts the program with this argument and NOTIFY_SOCKET, if they are given.
-    std::unique_ptr<Process> start(const std::string& argument = {}, const std::string& notifySocket = {}) const {
+    // Starts the program with these arguments and NOTIFY_SOCKET, if they are given.
+    std::unique_ptr<Process> start(const std::string& argument = {}, const std::string& notifySocket = {},
+                                   const std::string& second = {}) const {
         return std::make_unique<Process>([&] {
             ::setenv("LD_PRELOAD", (sanitizer() + KOVRA_UMOCKDEV_PRELOAD).c_str(), 1);
             if (!notifySocket.empty()) ::setenv("NOTIFY_SOCKET", notifySocket.c_str(), 1);
             if (isLogClosed) closeLog();
             if (::chroot(root.c_str()) != 0 || ::chdir("/") != 0) return;
             const char* given = argument.empty() ? nullptr : argument.c_str();
-            ::execl(KOVRA_HELPER, "ble-kovra-helper", given, nullptr);
+            const char* other = second.empty() ? nullptr : second.c_str();
+            ::execl(KOVRA_HELPER, "ble-kovra-helper", given, other, nullptr);
         });
     }
     std::unique_ptr<Process> startApplication() const {
@@ -333,8 +335,25 @@ TEST(ProgramTest, DelaysItsRestartIfItCannotStart) {
     });
 }
 
+TEST(ProgramTest, GivesThePadToTheNamedUser) {
+    inPrivateMachine([](uid_t user) {
+        const Machine machine(user);
+        EXPECT_EQ(machine.start("--grant", {}, "root")->result(), 0);
+        EXPECT_EQ(machine.computer.owner("input5"), 0U);
+        EXPECT_EQ(machine.start("--grant", {}, "nobody-has-this-name")->result(), 1);
+        if (user == 0) return;  // in the user namespace of an ordinary user there is nobody else
+        EXPECT_EQ(machine.start("--grant", {}, "daemon")->result(), 0);
+        EXPECT_NE(machine.computer.owner("input5"), 0U);
+    });
+}
+
 TEST(ProgramTest, RefusesAnUnknownOption) {
-    inPrivateMachine([](uid_t user) { EXPECT_EQ(Machine(user).start("--mute")->result(), 2); });
+    inPrivateMachine([](uid_t user) {
+        const Machine machine(user);
+        EXPECT_EQ(machine.start("--mute")->result(), 2);
+        EXPECT_EQ(machine.start("--grant")->result(), 2);
+        EXPECT_EQ(machine.start("--release", {}, "root")->result(), 2);
+    });
 }
 
 }  // namespace

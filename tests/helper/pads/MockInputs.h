@@ -1,9 +1,11 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <umockdev.h>
 
 #include <filesystem>
 #include <map>
+#include <stdexcept>
 #include <string>
 
 #include "helper/Handles.h"
@@ -97,6 +99,14 @@ class MockInputs {
 
     std::string inhibited(const std::string& input) const { return readFile(attribute(input)).substr(0, 1); }
     void inhibit(const std::string& input, const std::string& value) { writeFile(attribute(input), value + "\n"); }
+
+    // As in a kernel that cannot inhibit input devices.
+    void removeAttribute(const std::string& input) { std::filesystem::remove(attribute(input)); }
+    uid_t owner(const std::string& input) const {
+        struct stat status {};
+        if (::stat(attribute(input).c_str(), &status) != 0) throw std::runtime_error("no attribute of " + input);
+        return status.st_uid;
+    }
 
     // Makes writes of the attribute fail, until acceptWrites() sets a new value.
     void refuseWrites(const std::string& input) {
