@@ -1,5 +1,6 @@
 #include "helper/pads/Muter.h"
 
+#include <cerrno>
 #include <system_error>
 
 #include "helper/Log.h"
@@ -7,25 +8,47 @@
 
 namespace kovra::helper {
 
+namespace {
+
+// A device's first refusals may only mean that udev's rule is still being applied. With the delays between the retries,
+// that many take three seconds.
+constexpr int patientRefusals = 6;
+
+}  // namespace
+
 void Muter::muteOnly(const std::vector<std::string>& names) {
     wanted_ = {names.begin(), names.end()};
-    std::erase_if(logged_, [this](const std::string& name) { return !wanted_.contains(name); });
+    const auto isUnwanted = [this](const std::string& name) { return !wanted_.contains(name); };
+    std::erase_if(logged_, isUnwanted);
+    std::erase_if(refusals_, [&](const auto& refusal) { return isUnwanted(refusal.first); });
     backoff_.reset();
-    unmuteOthers();
+    const bool areOthersUnmuted = unmuteOthers();
     for (const std::string& name : wanted_) mute(name);
+    retryUnless(areOthersUnmuted);
 }
 
-void Muter::unmuteOthers() {
-    retry_.reset();
+bool Muter::unmuteOthers() {
     bool areAllUnmuted = true;
     const std::set<std::string> listed = mutedPads_.names();
     for (const std::string& name : listed) {
         if (!wanted_.contains(name) && !unmute(name, mutedPads_, attribute_)) areAllUnmuted = false;
     }
-    if (!areAllUnmuted) retry_ = loop_.after(backoff_.nextDelay(), [this] { unmuteOthers(); });
+    return areAllUnmuted;
+}
+
+void Muter::retryUnless(bool areOthersUnmuted) {
+    retry_.reset();
+    if (areOthersUnmuted && refusals_.empty()) return;
+    retry_ = loop_.after(backoff_.nextDelay(), [this] {
+        const std::map<std::string, int> refused = refusals_;
+        const bool areUnmuted = unmuteOthers();
+        for (const auto& [name, count] : refused) mute(name);
+        retryUnless(areUnmuted);
+    });
 }
 
 void Muter::mute(const std::string& name) {
+    const auto earlier = refusals_.extract(name);
     const std::optional<bool> isInhibited = attribute_.isInhibited(name);
     if (!isInhibited) return logOnce(name, "cannot be muted: it was removed, or the kernel cannot inhibit it");
     if (*isInhibited) {
@@ -34,10 +57,15 @@ void Muter::mute(const std::string& name) {
     }
     if (const int error = mutedPads_.add(name))
         return logOnce(name, "is not muted, since it cannot be recorded: " + std::generic_category().message(error));
-    if (const int error = attribute_.setInhibited(name, true)) {
-        logOnce(name, "cannot be muted: " + std::generic_category().message(error));
-        unmute(name, mutedPads_, attribute_);
-    }
+    const int error = attribute_.setInhibited(name, true);
+    if (error != 0) unmute(name, mutedPads_, attribute_);
+    if (error == EACCES) return handleRefusal(name, earlier ? earlier.mapped() + 1 : 1);
+    if (error != 0) logOnce(name, "cannot be muted: " + std::generic_category().message(error));
+}
+
+void Muter::handleRefusal(const std::string& name, int count) {
+    refusals_[name] = count;
+    if (count > patientRefusals) logOnce(name, "cannot be muted: udev has not given its attribute to the helper");
 }
 
 void Muter::logOnce(const std::string& name, const std::string& line) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -16,7 +17,9 @@ namespace kovra::helper {
 //
 // A device is added to the list of muted pads before it is muted, and is not muted if that fails. A device that is
 // inhibited but not in the list belongs to another program and is left alone. If a driver refuses to unmute its device,
-// the muter retries with growing delays. It stops when the device is unmuted, was removed, or is to be muted again.
+// the muter retries with growing delays. It stops when the device is unmuted, was removed, or is to be muted again. It
+// retries in the same way to mute a device whose attribute the caller may not write yet: udev may give that right a
+// moment later.
 class Muter {
   public:
     Muter(Loop& loop, MutedPads& mutedPads, const InhibitedAttribute& attribute)
@@ -26,15 +29,18 @@ class Muter {
     void muteOnly(const std::vector<std::string>& names);
 
   private:
-    void unmuteOthers();
+    bool unmuteOthers();
+    void retryUnless(bool areOthersUnmuted);
     void mute(const std::string& name);
+    void handleRefusal(const std::string& name, int count);
     void logOnce(const std::string& name, const std::string& line);
 
     Loop& loop_;
     MutedPads& mutedPads_;
     const InhibitedAttribute& attribute_;
     std::set<std::string> wanted_;
-    std::set<std::string> logged_;  // the devices for which a line was logged
+    std::map<std::string, int> refusals_;  // the devices to mute that were refused for want of the right, and how often
+    std::set<std::string> logged_;         // the devices for which a line was logged
     Backoff backoff_;
     std::unique_ptr<Loop::Watch> retry_;
 };

@@ -37,6 +37,13 @@ class InputFolder {
         std::filesystem::rename(folder_.path() / "next", path(name));
     }
 
+    // Takes the right to write the attribute from the user of the test, and gives it, as udev does. This has an effect
+    // on a caller without capabilities.
+    void keepFromUser(const std::string& name) { std::filesystem::permissions(path(name), onlyReading()); }
+    void giveToUser(const std::string& name) {
+        std::filesystem::permissions(path(name), onlyReading() | std::filesystem::perms::owner_write);
+    }
+
     // Makes the device active, with an attribute that can be read but not written.
     void activateAndSeal(const std::string& name) {
         sealed_ = Descriptor(::memfd_create("inhibited", MFD_CLOEXEC | MFD_ALLOW_SEALING));
@@ -49,6 +56,7 @@ class InputFolder {
     InhibitedAttribute attribute() const { return InhibitedAttribute(folder_.path().string()); }
 
   private:
+    static std::filesystem::perms onlyReading() { return std::filesystem::perms(0444); }
     std::filesystem::path path(const std::string& name) const { return folder_.path() / name / "inhibited"; }
 
     const TempFolder folder_;

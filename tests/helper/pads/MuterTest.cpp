@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "tests/helper/RunUntil.h"
+#include "tests/helper/Users.h"
 #include "tests/helper/pads/MuterRig.h"
 
 namespace kovra::helper {
@@ -120,6 +121,49 @@ TEST_F(MuterTest, RemovesADeviceThatCannotBeMutedFromTheList) {
     EXPECT_TRUE(computer.isInhibited("input6"));
     EXPECT_TRUE(computer.isActive("input5"));
     EXPECT_EQ(recordedPads(), Names{"input6"});
+}
+
+// A new device's attribute belongs to root until udev's rule has been applied.
+class MuterRightTest : public MuterRig {
+  protected:
+    MuterRightTest() { computer.keepFromUser("input5"); }
+
+    const WithoutCapabilities none;
+};
+
+TEST_F(MuterRightTest, IsAwaited) {
+    testing::internal::CaptureStderr();
+    muter.muteOnly({"input5", "input6"});
+    EXPECT_TRUE(computer.isInhibited("input6"));
+    EXPECT_TRUE(computer.isActive("input5"));
+    EXPECT_EQ(recordedPads(), Names{"input6"});
+    computer.giveToUser("input5");
+    EXPECT_TRUE(runUntil(loop, [&] { return computer.isInhibited("input5"); }));
+    EXPECT_EQ(recordedPads(), (Names{"input5", "input6"}));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(MuterRightTest, IsMissedInOneLineAfterSomeSeconds) {
+    testing::internal::CaptureStderr();
+    muter.muteOnly({"input5", "input6"});
+    runFor(loop, 2s);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    testing::internal::CaptureStderr();
+    runFor(loop, 5s);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "<4>input5 cannot be muted: udev has not given its attribute to the helper\n");
+    EXPECT_EQ(recordedPads(), Names{"input6"});
+    muter.muteOnly({});
+    EXPECT_TRUE(computer.isActive("input6"));
+    EXPECT_EQ(recordedPads(), Names());
+}
+
+TEST_F(MuterRightTest, IsAwaitedNoLongerThanTheDeviceIsToBeMuted) {
+    muter.muteOnly({"input5"});
+    muter.muteOnly({});
+    computer.giveToUser("input5");
+    runFor(loop, 200ms);
+    EXPECT_TRUE(computer.isActive("input5"));
 }
 
 TEST_F(MuterTest, LeavesADeviceAloneWhoseAttributeCannotBeRead) {
