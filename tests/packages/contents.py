@@ -31,7 +31,9 @@ HELPER = {
     "/usr/share/man/man1/systemextensionsctl.1.gz",
     "/usr/share/man/man8/ble-kovra-helper.8.gz",
     "/lib/systemd/system/ble-kovra-helper.service",
+    "/usr/lib/sysusers.d/ble-kovra-helper.conf",
     "/usr/lib/tmpfiles.d/ble-kovra-helper.conf",
+    "/usr/lib/udev/rules.d/90-ble-kovra-helper.rules",
     POLICY,
 }
 

@@ -16,15 +16,19 @@ def installed(built, name):
     return root, before
 
 
-@scenario("After installation the flag's folder is root's, the flag is off, and the driver's manager is in place.")
+@scenario("After installation the flag and its folder are the helper's user's, and the driver's manager is in place.")
 def install(built):
     root, _ = installed(built, "install")
     flag = root.path / FLAG
     check(flag.read_text() == "off", f"the flag is {flag.read_text()!r}")
-    for path in (flag, *list(flag.parents)[:3]):
+    records = root.path / "run/ble-kovra-helper"
+    helper = root.helper_user()
+    for path, owner, mode in ((flag, helper, 0o644), (flag.parents[0], helper, 0o755), (flag.parents[1], (0, 0), 0o755),
+                              (flag.parents[2], (0, 0), 0o755), (records, helper, 0o755),
+                              (records / "pads", helper, 0o700)):
         found = path.lstat()
-        check((found.st_uid, found.st_gid) == (0, 0), f"{path} belongs to {found.st_uid}")
-        check(stat.S_IMODE(found.st_mode) == (0o644 if path == flag else 0o755), f"{path} has mode {found.st_mode:o}")
+        check((found.st_uid, found.st_gid) == owner, f"{path} belongs to {found.st_uid}:{found.st_gid}")
+        check(stat.S_IMODE(found.st_mode) == mode, f"{path} has mode {found.st_mode:o}")
     manager = root.path / MANAGER
     check(manager.is_symlink(), "the manager is missing")
     program = root.path / os.readlink(manager)[1:]
@@ -93,10 +97,10 @@ def purge(built):
     for name in ("state.odd.7", "state.new.odd.8", "state.left.1000.odd.9"):
         (root.path / FLAG).with_name(name).mkdir()
         (root.path / FLAG).with_name(name).joinpath("something").touch()
-    (root.path / "run/ble-kovra-helper/pads").mkdir(parents=True)
     root.purge(*NAMES)
     left = root.listing() - before - {"run"}
     check(not left, f"left are {left}")
+    check(root.helper_user()[0] < 1000, "the account of the helper's user was removed")
 
 
 @scenario("Removing the packages first and purging them later leaves nothing either.")
@@ -104,7 +108,7 @@ def purge_later(built):
     root, before = installed(built, "purge_later")
     root.remove(*NAMES)
     root.purge(*NAMES)
-    left = root.listing() - before
+    left = root.listing() - before - {"run"}
     check(not left, f"left are {left}")
 
 
@@ -112,7 +116,6 @@ def purge_later(built):
 def purge_with_a_record(built):
     root, _ = installed(built, "purge_with_a_record")
     record = root.path / "run/ble-kovra-helper/pads/input7"
-    record.parent.mkdir(parents=True)
     record.touch()
     root.purge(*NAMES)
     check(record.exists(), "the record was removed")
@@ -135,7 +138,35 @@ def purge_beside_others(built):
     check(not (root.path / FLAG).exists(), "the flag remains")
 
 
-@scenario("Installation changes the owner of an existing flag folder to root.")
+@scenario("An upgrade from a version that ran as root gives the flag and what users have left to the helper's user.")
+def upgrade_from_root(built):
+    root, _ = installed(built, "upgrade_from_root")
+    flag = root.path / FLAG
+    outside = root.path / "outside"
+    outside.write_text("somebody's")
+    left, link = flag.with_name("state.left.1000"), flag.with_name("state.left.1001")
+    left.write_text("on")
+    link.symlink_to(outside)
+    for path in (flag.parent, flag, left, root.path / "run/ble-kovra-helper", root.path / "run/ble-kovra-helper/pads"):
+        os.chown(path, 0, 0)
+    root.install(root.newer("ble-kovra-helper"))
+    for path in (flag.parent, flag, left, root.path / "run/ble-kovra-helper", root.path / "run/ble-kovra-helper/pads"):
+        found = path.lstat()
+        check((found.st_uid, found.st_gid) == root.helper_user(), f"{path} belongs to {found.st_uid}:{found.st_gid}")
+    check(outside.stat().st_uid == 0, "a link was followed")
+    check((flag.read_text(), left.read_text()) == ("off", "on"), "the flags have other texts")
+
+
+@scenario("In a folder that is the helper's user's already, no file of root's is given to that user by name.")
+def upgrade_among_links(built):
+    root, _ = installed(built, "upgrade_among_links")
+    left = (root.path / FLAG).with_name("state.left.1000")
+    left.write_text("root's")
+    root.install(root.newer("ble-kovra-helper"))
+    check(left.stat().st_uid == 0, f"the file belongs to {left.stat().st_uid}")
+
+
+@scenario("Installation changes the owner of an existing flag folder to the helper's user.")
 def folder_made_by_hand(built):
     root = Root(built, "by_hand")
     folder = (root.path / FLAG).parent
@@ -145,7 +176,7 @@ def folder_made_by_hand(built):
     root.install(*(built.package(each) for each in NAMES))
     found = folder.lstat()
     mode = stat.S_IMODE(found.st_mode)
-    check((found.st_uid, mode) == (0, 0o755), f"its owner is {found.st_uid}, its mode {mode:o}")
+    check((found.st_uid, mode) == (root.helper_user()[0], 0o755), f"its owner is {found.st_uid}, its mode {mode:o}")
 
 
 @scenario("Before the removal the helper is stopped, however it was started, and its touchpads are unmuted.")

@@ -38,7 +38,8 @@ class Machine:
         check(text.count(SYSTEM_PATH) == 1, f"{program.name} uses the caller's PATH")
         for old, new in ((SYSTEM_PATH, f"PATH={self._programs}:/usr/sbin:/usr/bin:/sbin:/bin\n"),
                          ("/run/systemd/system", f"{self.folder}/systemd"), ("/proc/", f"{self.folder}/proc/"),
-                         ("/usr/libexec/ble-kovra/", f"{self._programs}/")):
+                         ("/usr/libexec/ble-kovra/", f"{self._programs}/"),
+                         ("/usr/libexec/ble-kovra-helper", f"{self._programs}/ble-kovra-helper")):
             text = text.replace(old, new)
         self.put(program.name, text)
 
@@ -93,16 +94,19 @@ def lists_the_state_from_systemd(built):
     check(calls == f"systemctl show -p ActiveState -p UnitFileState {UNIT}\n", calls)
 
 
-@scenario("Without systemd the driver counts as enabled while a process of root is the helper.")
+@scenario("Without systemd the driver counts as enabled while a process of the helper's user is the helper.")
 def lists_processes(built):
     machine = Machine(built)
+    machine.put("id", "#!/bin/sh\n[ \"$*\" = '-u _ble-kovra-helper' ] && echo 997\n")
     check(machine.state() == WAITING, "there is no such process")
     machine.put_process(7, "ble-kovra-helpe", 1000)
-    machine.put_process(8, "ble-kovra", 0)
+    machine.put_process(8, "ble-kovra", 997)
     (machine.folder / "proc/9").mkdir()
     check(machine.state() == WAITING, "the process is another user's, or another program")
-    machine.put_process(10, "ble-kovra-helpe", 0)
+    machine.put_process(10, "ble-kovra-helpe", 997)
     check(machine.state() == ACTIVE, "there is such a process")
+    machine.put("id", "#!/bin/sh\nexit 1\n")
+    check(machine.state() == WAITING, "there is no such user")
 
 
 @scenario("If systemd does not answer, the driver counts as not active.")
@@ -150,6 +154,22 @@ def manager_activates(built):
         wanted = [f"pkexec --disable-internal-agent {machine.folder}/programs/activate-helper",
                   "systemd-tmpfiles --create ble-kovra-helper.conf", f"systemctl --quiet enable --now {UNIT}"]
         check(calls == wanted, f"it called {calls}")
+
+
+@scenario("Without systemd the manager starts the helper as its user, after giving it the touchpads that are here.")
+def manager_starts_the_daemon(built):
+    machine = Machine(built)
+    ordinary_user(machine, 'exec "$@"')
+    (machine.folder / "systemd").rmdir()
+    machine.put("start-stop-daemon", f"#!/bin/sh\necho start-stop-daemon $* >>{machine.calls}\n")
+    # Even if there is a touchpad that cannot be given.
+    machine.put("ble-kovra-helper", f"#!/bin/sh\necho ble-kovra-helper $* >>{machine.calls}\nexit 1\n")
+    check(machine.run("driver-manager", "activate") == (0, "", ""), "it failed")
+    helper, user = machine.folder / "programs/ble-kovra-helper", "_ble-kovra-helper"
+    calls = machine.calls.read_text().splitlines()[1:]
+    wanted = ["systemd-tmpfiles --create ble-kovra-helper.conf", f"ble-kovra-helper --grant {user}",
+              f"start-stop-daemon --start --quiet --oknodo --background --chuid {user}:{user} --exec {helper}"]
+    check(calls == wanted, f"it called {calls}")
 
 
 @scenario("For root the manager does not use pkexec.")

@@ -7,6 +7,9 @@ from built import NAMES
 from scenario import run
 
 FLAG = "Library/Application Support/ble-kovra/state"
+# The database of users, in which the helper's user stays.
+USERS = {"etc/passwd", "etc/group", "etc/shadow", "etc/gshadow", "etc/.pwd.lock", "etc/passwd-", "etc/group-",
+         "etc/shadow-", "etc/gshadow-"}
 MANAGER = "Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/Karabiner-VirtualHIDDevice-Manager"
 
 
@@ -57,9 +60,15 @@ class Root:
         return result
 
     def listing(self):
-        """Returns all paths except dpkg's own database."""
-        found = {str(path.relative_to(self.path)) for path in self.path.rglob("*")}
+        """Returns all paths except dpkg's own database and that of users."""
+        found = {str(path.relative_to(self.path)) for path in self.path.rglob("*")} - USERS
         return {path for path in found if not f"{path}/".startswith("var/lib/dpkg/")}
+
+    def helper_user(self):
+        """Returns the numbers of the helper's user and group."""
+        lines = (self.path / "etc/passwd").read_text().splitlines()
+        fields = next(line for line in lines if line.startswith("_ble-kovra-helper:")).split(":")
+        return int(fields[2]), int(fields[3])
 
     def environment(self):
         """Returns the environment of the packages' scripts. The programs that control services do nothing in it."""

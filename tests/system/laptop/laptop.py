@@ -5,6 +5,7 @@ import pathlib
 import subprocess
 
 import host_packages
+import older
 import uhid
 from application import Application
 from inhibitions import Inhibitions
@@ -101,6 +102,17 @@ class Laptop(Ports):
 
     def reinstall(self):
         run("dpkg", "--force-unsafe-io", "-i", *self._packages)
+
+    def install_helper_of_root(self):
+        """Installs the helper's package as it was when the helper ran as root, on a system that had none before.
+
+        A pad that is plugged already may belong to the user of today's helper."""
+        self.install()
+        run("dpkg", "-P", "ble-kovra-helper")
+        subprocess.run(["userdel", "_ble-kovra-helper"], stderr=subprocess.DEVNULL, check=False)
+        todays = next(path for path in self._packages if "ble-kovra-helper_" in path)
+        run("dpkg", "--force-unsafe-io", "-i", older.helper_of_root(todays))
+        run("udevadm", "control", "--reload")
 
     def start(self, session=None, **choices):
         """Starts the application, by default in Anna's session with the mouse chosen."""

@@ -9,7 +9,8 @@ from waiting import check
 # The places where the packages, and what they start, leave files. None of them may remain.
 TRACES = ["Library", "Applications", "run/ble-kovra-helper", "usr/bin/ble-kovra", "usr/libexec/ble-kovra*",
           "usr/bin/systemextensionsctl", "usr/lib/systemd/system/ble-kovra*", "etc/systemd/system/*/ble-kovra*",
-          "usr/lib/tmpfiles.d/ble-kovra*", "usr/share/polkit-1/actions/*kovra*",
+          "usr/lib/tmpfiles.d/ble-kovra*", "usr/lib/sysusers.d/ble-kovra*", "usr/lib/udev/rules.d/*ble-kovra*",
+          "usr/share/polkit-1/actions/*kovra*",
           "var/lib/systemd/deb-systemd-helper-*/ble-kovra*",
           "var/lib/systemd/deb-systemd-helper-*/*/ble-kovra*", "var/lib/dpkg/info/ble-kovra*"]
 

@@ -7,6 +7,7 @@ import ends
 import switching
 import attacks
 import storms
+import walls_of_the_helper
 # This one is last, since it removes the packages.
 import removal
 from laptop import Laptop

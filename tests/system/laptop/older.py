@@ -1,0 +1,33 @@
+"""The helper's package as it was when the helper ran as root.
+
+It is made of today's package: with that version's unit and tmpfiles.d, and without the user, udev's rule and the
+maintainer script that came later. The program is today's. As root it does what it did then.
+"""
+
+import pathlib
+import re
+import subprocess
+
+FILES = pathlib.Path(__file__).resolve().with_name("helper_of_root")
+UNIT, TMPFILES = "lib/systemd/system/ble-kovra-helper.service", "usr/lib/tmpfiles.d/ble-kovra-helper.conf"
+LATER = ["usr/lib/sysusers.d/ble-kovra-helper.conf", "usr/lib/udev/rules.d/90-ble-kovra-helper.rules"]
+PLACE = pathlib.Path("/run/kovra-older")
+
+
+def helper_of_root(package):
+    """Returns the path of that version's package, made of today's."""
+    result = PLACE.with_suffix(".deb")
+    if result.exists():
+        return str(result)
+    subprocess.run(["dpkg-deb", "--raw-extract", package, PLACE], check=True)
+    for path in [UNIT, TMPFILES]:
+        (PLACE / path).write_text((FILES / pathlib.Path(path).name).read_text())
+    for path in LATER:
+        (PLACE / path).unlink(missing_ok=True)
+    control = PLACE / "DEBIAN/control"
+    control.write_text(re.sub(r"^Version: .*$", "Version: 0.0.9", control.read_text(), flags=re.M))
+    script = PLACE / "DEBIAN/postinst"
+    text = script.read_text()
+    script.write_text("#!/bin/sh\nset -e\n" + text[text.index("# Automatically added"):])
+    subprocess.run(["dpkg-deb", "-Znone", "--build", PLACE, result], check=True)
+    return str(result)

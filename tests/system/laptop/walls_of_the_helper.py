@@ -1,0 +1,218 @@
+"""Scenarios of the user that the helper runs as: what it can reach, and how it comes into its rights."""
+
+import contextlib
+import os
+import pathlib
+import pwd
+import signal
+
+from accounting import users_of
+from laptop import AT_ONCE, FLAG, HELPER, flag, may_write_flag, run
+from people import ANNA, BORIS
+from running import scenario
+from waiting import Failed, check, now, wait_for
+
+USER = "_ble-kovra-helper"
+DROP_INS = pathlib.Path("/run/systemd/system", HELPER + ".d")
+SCRIPT, OUTPUT = pathlib.Path("/run/kovra-attempts"), pathlib.Path("/run/kovra-attempts.out")
+ERRORS = OUTPUT.with_suffix(".errors")
+INSTEAD = f"""[Service]
+Type=oneshot
+Restart=no
+ExecStart=
+ExecStart=/bin/sh {SCRIPT}
+StandardOutput=append:{OUTPUT}
+StandardError=append:{ERRORS}
+"""
+ATTEMPTS = """
+attempt() {
+    what=$1
+    shift
+    if timeout 30 "$@" </dev/null >/dev/null; then echo "$what"; fi
+}
+attempt "start a service" systemd-run --wait /usr/bin/touch /etc/kovra-escaped
+attempt "start a service over systemd's own socket" python3 -c 'import socket
+socket.socket(socket.AF_UNIX).connect("/run/systemd/private")'
+attempt "ask the login manager over the system bus" \\
+    busctl call org.freedesktop.login1 /org/freedesktop/login1 org.freedesktop.login1.Manager ListSeats
+attempt "write into /etc" touch /etc/kovra-written
+attempt "write into the folder above the flag's" touch "/Library/Application Support/kovra-written"
+attempt "mute a mouse" sh -c "echo 1 >/sys/class/input/MOUSE/inhibited"
+attempt "write into the flag's folder" sh -c 'touch "$1" && rm "$1"' sh "/Library/Application Support/ble-kovra/tried"
+attempt "record a pad" sh -c 'touch "$1" && rm "$1"' sh /run/ble-kovra-helper/pads/tried
+attempt "write to a pad" sh -c "echo 0 >/sys/class/input/PAD/inhibited"
+"""
+OWN = ["write into the flag's folder", "record a pad", "write to a pad"]
+
+
+def helper_process():
+    return int(run("systemctl", "show", "-P", "MainPID", HELPER))
+
+
+def helpers_user():
+    """Returns the number of the user that the packages create for the helper."""
+    try:
+        return pwd.getpwnam(USER).pw_uid
+    except KeyError:
+        raise Failed(f"there is no user {USER}") from None
+
+
+def user_of_helper():
+    return os.stat(f"/proc/{helper_process()}").st_uid
+
+
+@contextlib.contextmanager
+def drop_in(text):
+    """Changes the helper's unit."""
+    DROP_INS.mkdir(parents=True)
+    (DROP_INS / "kovra.conf").write_text(text)
+    run("systemctl", "daemon-reload")
+    try:
+        yield
+    finally:
+        (DROP_INS / "kovra.conf").unlink()
+        DROP_INS.rmdir()
+        run("systemctl", "daemon-reload")
+
+
+def inside_the_walls(script):
+    """Runs a shell script in place of the daemon, within all limits of its unit; returns the lines that it prints."""
+    SCRIPT.write_text(script)
+    for file in [OUTPUT, ERRORS]:
+        file.unlink(missing_ok=True)
+    with drop_in(INSTEAD):
+        run("systemctl", "restart", HELPER)
+    run("systemctl", "restart", HELPER)
+    return OUTPUT.read_text().splitlines()
+
+
+def input_of(mouse):
+    """Returns the kernel's name of a mouse's input device."""
+    found = wait_for(lambda: [path.name for path in pathlib.Path("/sys/class/input").glob("input*")
+                              if f"/{mouse.node}/" in os.path.realpath(path)], "the mouse's input device")
+    return found[0]
+
+
+def owner(name):
+    return os.stat(f"/sys/class/input/{name}/inhibited").st_uid
+
+
+@scenario("From inside its unit the helper writes its own files and the built-in pads, and reaches nothing else.")
+def attempts_inside(laptop):
+    one = laptop.plug_pad(twin=True)
+    mouse = input_of(laptop.plug_mouse())
+    laptop.install()
+    laptop.settle()
+    run("systemctl", "restart", HELPER)
+    script = ATTEMPTS.replace("MOUSE", mouse).replace("PAD", one.inputs[0].number)
+    succeeded = inside_the_walls(script)
+    check(succeeded == OWN, f"the attempts that succeeded: {succeeded}; errors: {ERRORS.read_text()[-1500:]}")
+    written = [str(path) for path in pathlib.Path("/etc").glob("kovra-*")]
+    check(not written, f"there are {written}")
+    laptop.expect_alive(one)
+
+
+@scenario("udev gives the helper's user the built-in pad and its twin, no external pad and no mouse.")
+def rights(laptop):
+    laptop.install()
+    user = helpers_user()
+    one, mouse = laptop.plug_pad(twin=True), input_of(laptop.plug_mouse())
+    external = laptop.plug_pad("Kovra Bluetooth Pad", bus=0x05)
+    laptop.settle()
+    given = [owner(device.number) for device in one.inputs]
+    check(given == [user, user], f"the pad belongs to {given}")
+    check((owner(mouse), owner(external.inputs[0].number)) == (0, 0), "a mouse or an external pad was given away")
+    check(user_of_helper() == user, f"the helper runs as {user_of_helper()}")
+
+
+@scenario("A pad that is plugged while the mouse is there is muted, and the helper never finds its right missing.")
+def right_in_time(laptop):
+    _, mouse = laptop.mute()
+    for number in range(4):
+        one = laptop.plug_pad(f"PNP0C50:00 06CB:CD8{number}", product=0xcd80 + number, twin=True)
+        laptop.expect_dead(one)
+    log = run("journalctl", "-u", HELPER, "-o", "cat", "--no-pager")
+    check("cannot be muted" not in log, log[-500:])
+    check(user_of_helper() == helpers_user(), f"the helper runs as {user_of_helper()}")
+    mouse.unplug()
+    laptop.expect_back_after_grace(mouse, one)
+
+
+@scenario("When the helper is killed and not started again, its unit alone unmutes the pads, as the helper's user.")
+def released_by_the_unit(laptop):
+    one = laptop.plug_pad(twin=True)
+    application, mouse = laptop.mute(one)
+    with drop_in("[Service]\nRestart=no\n"), users_of("ble-kovra-helper") as ended:
+        since = now()
+        os.kill(helper_process(), signal.SIGKILL)
+        back = max(laptop.inhibitions.wait(device, False, since) for device in one.inputs)
+        # The daemon and the program of ExecStopPost.
+        users = wait_for(lambda: len(ended()) >= 2 and ended(), "both processes to be accounted for")
+        check(set(users) == {helpers_user()}, f"they ran as {users}")
+        laptop.expect_alive_until(now() + AT_ONCE, one)
+    run("systemctl", "start", HELPER)
+    laptop.expect_dead(one)
+    application.expect_running()
+    mouse.unplug()
+    laptop.expect_back_after_grace(mouse, one)
+    return f"back after {back - since:.2f} s"
+
+
+def mute_by_the_helper_of_root(laptop):
+    """Returns a pad with its twin, Anna's application and her mouse. Boris has left his own word."""
+    laptop.install_helper_of_root()
+    one = laptop.plug_pad(twin=True)
+    boris, anna = laptop.log_in(BORIS), laptop.log_in(ANNA)
+    boris.activate()
+    wait_for(lambda: may_write_flag(boris), "the flag to be Boris's")
+    check(boris.succeeds(f"printf on >'{FLAG}'"), "Boris cannot write his flag")
+    anna.activate()
+    wait_for(lambda: may_write_flag(anna), "the flag to be Anna's")
+    application, mouse = laptop.mute(one)
+    check(user_of_helper() == 0, f"the older helper runs as {user_of_helper()}")
+    return one, application, mouse
+
+
+def expect_taken_over(laptop, one, application, mouse):
+    user = helpers_user()
+    check(user_of_helper() == user, f"the helper runs as {user_of_helper()}")
+    owners = {name: os.stat(os.path.join(os.path.dirname(FLAG), name)).st_uid
+              for name in [".", "state", f"state.left.{BORIS.uid}"]}
+    check(set(owners.values()) == {user}, f"the flag's files belong to {owners}")
+    check([owner(device.number) for device in one.inputs] == [user, user], "the pad is not the helper's")
+    application.expect_running()
+    check(flag() == "on", f"the flag is {flag()!r}")
+    laptop.expect_dead(one)
+    boris = laptop.log_in(BORIS)
+    boris.activate()
+    wait_for(lambda: may_write_flag(boris), "the flag to be Boris's")
+    check(flag() == "on", f"Boris has left 'on' and finds {flag()!r}")
+    laptop.expect_alive(one)
+    laptop.log_in(ANNA).activate()
+    laptop.expect_dead(one)
+    mouse.unplug()
+    laptop.expect_back_after_grace(mouse, one)
+
+
+@scenario("An upgrade from the helper that ran as root takes over its flags and the pad that is muted meanwhile.")
+def upgrade_from_root(laptop):
+    one, application, mouse = mute_by_the_helper_of_root(laptop)
+    since = now()
+    laptop.reinstall()
+    for device in one.inputs:
+        laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
+    expect_taken_over(laptop, one, application, mouse)
+
+
+@scenario("The same if the helper of root was killed and nothing has unmuted its pad: the helper's user unmutes it.")
+def upgrade_from_root_that_was_killed(laptop):
+    one, application, mouse = mute_by_the_helper_of_root(laptop)
+    with drop_in("[Service]\nRestart=no\nExecStopPost=\n"):
+        os.kill(helper_process(), signal.SIGKILL)
+        wait_for(lambda: run("systemctl", "show", "-P", "ActiveState", HELPER).strip() == "failed", "the unit to fail")
+    laptop.expect_dead(one)
+    since = now()
+    laptop.reinstall()
+    for device in one.inputs:
+        laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
+    expect_taken_over(laptop, one, application, mouse)
