@@ -50,16 +50,19 @@ int renameToFlag(int folder, const std::string& name) {
 }
 
 // Steps 3 and 4 of handOverFlag() for a user who has left a file.
-int returnLeft(int folder, const FlagFile& left, uid_t user) {
+int returnLeft(int folder, uid_t owner, const FlagFile& left, uid_t user) {
     left.cleanContent();
     if (!left.grantWriteTo(user)) return errno;
     const std::string name = leftName(user);
-    const int error = renameToFlag(folder, name);
-    if (error == 0)
-        clearName(folder, name);  // if both names were of this file, rename(2) did nothing
-    else
+    if (const int error = renameToFlag(folder, name)) {
         left.grantWriteTo(std::nullopt);
-    return error;
+        return error;
+    }
+    // If both names were of this file, rename(2) has done nothing and reported nothing. The application watches the
+    // folder for the flag's name, so the right is set once more under that name.
+    clearName(folder, name);
+    if (const auto flag = FlagFile::open(folder, flagName, owner)) flag->grantWriteTo(user);
+    return 0;
 }
 
 // Steps 3 and 4 of handOverFlag() with a new file that says "off".
@@ -89,7 +92,7 @@ int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     const auto left = user ? FlagFile::open(folder, leftName(*user).c_str(), owner) : std::nullopt;
     const bool isOurs = left && left->isWritableBy(std::nullopt);
     if (user && !isOurs) clearName(folder, leftName(*user));
-    const int error = isOurs ? returnLeft(folder, *left, *user) : replaceFlag(folder, user);
+    const int error = isOurs ? returnLeft(folder, owner, *left, *user) : replaceFlag(folder, user);
     // If the old user's right could not be revoked, the flag is still that user's. It counts again once it has a single
     // name.
     if (error != 0) cleanFlagFolder(folder, owner);

@@ -1,12 +1,18 @@
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <chrono>
+#include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <set>
 #include <string>
 
+#include "helper/Descriptor.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/Users.h"
 #include "tests/helper/flag/FlagRig.h"
@@ -78,6 +84,34 @@ TEST(HandOverOnAFullDiskTest, RevokesTheRightAndLosesNoContent) {
         EXPECT_TRUE(disk.rig.handOver(user));
         EXPECT_TRUE(disk.rig.isOn());
         EXPECT_EQ(disk.names(), Names{"state"});
+    });
+}
+
+// Returns the names in the events of a folder.
+Names reported(const Descriptor& events) {
+    Names names;
+    alignas(inotify_event) std::array<char, 4096> buffer{};
+    const ssize_t size = ::read(events.number(), buffer.data(), buffer.size());
+    for (ssize_t at = 0; at < size;) {
+        inotify_event event{};
+        std::memcpy(&event, buffer.data() + at, sizeof event);
+        names.insert(buffer.data() + at + sizeof event);
+        at += static_cast<ssize_t>(sizeof event + event.len);
+    }
+    return names;
+}
+
+// Otherwise the application would not repeat an "off" that was refused, and the pad would stay muted.
+TEST(HandOverOnAFullDiskTest, IsReportedUnderTheFlagsNameWhenTheUserReturns) {
+    inPrivateMachine([](uid_t user) {
+        SmallDisk disk(user);
+        disk.fillWithBytes();
+        ASSERT_FALSE(disk.rig.handOver(std::nullopt));
+        const Descriptor events(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+        constexpr std::uint32_t whatTheApplicationWatches = IN_CREATE | IN_MOVED_TO | IN_ATTRIB;
+        ASSERT_GE(::inotify_add_watch(events.number(), disk.rig.path().c_str(), whatTheApplicationWatches), 0);
+        ASSERT_TRUE(disk.rig.handOver(user));
+        EXPECT_TRUE(reported(events).contains("state"));
     });
 }
 
