@@ -1,8 +1,8 @@
 // ble-kovra-helper mutes the built-in touchpads while the flag of the user at the machine says "on". With "--release"
-// it unmutes the touchpads that an earlier process has left muted, however that process ended. With "--grant USER" root
-// lets that user mute the built-in touchpads that exist now. udev runs that for each new touchpad.
+// it unmutes the touchpads that an earlier process has left muted, however that process ended. With "--grant GROUP"
+// root lets that group mute the built-in touchpads that exist now. udev runs that for each new touchpad.
 
-#include <pwd.h>
+#include <grp.h>
 #include <systemd/sd-daemon.h>
 
 #include <cerrno>
@@ -106,12 +106,12 @@ int run(bool isRelease) {
 }
 
 int grant(const std::string& name) {
-    const passwd* user = ::getpwnam(name.c_str());
-    if (user == nullptr) {
-        log(Severity::error, "there is no user " + name);
+    const group* found = ::getgrnam(name.c_str());
+    if (found == nullptr) {
+        log(Severity::error, "there is no group " + name);
         return 1;
     }
-    return grantPads(user->pw_uid, InhibitedAttribute()) ? 0 : 1;
+    return grantPads(found->gr_gid, InhibitedAttribute()) ? 0 : 1;
 }
 
 }  // namespace
@@ -122,7 +122,7 @@ int main(int count, char** arguments) {
     const bool isRelease = count == 2 && option == "--release";
     const bool isGrant = count == 3 && option == "--grant";
     if (count > 1 && !isRelease && !isGrant) {
-        std::fputs("usage: ble-kovra-helper [--release | --grant USER]\n", stderr);
+        std::fputs("usage: ble-kovra-helper [--release | --grant GROUP]\n", stderr);
         return 2;
     }
     // A closed log must not end the process before it has unmuted the touchpads.

@@ -11,14 +11,14 @@
 
 namespace kovra::helper {
 
-bool grantPads(uid_t user, const InhibitedAttribute& attribute) {
+bool grantPads(gid_t group, const InhibitedAttribute& attribute) {
     const Handle<udev, udev_unref> context(udev_new());
     if (!context) return false;
     bool areAllGranted = true;
     for (const std::string& name : inputsToMute(inputDevices(context.get()))) {
-        const int error = attribute.giveTo(name, user);
+        const int error = attribute.giveTo(name, group);
         if (error == 0 || attribute.meansGone(error)) continue;
-        logError(name + " cannot be given to user " + std::to_string(user), error);
+        logError(name + " cannot be given to group " + std::to_string(group), error);
         areAllGranted = false;
     }
     return areAllGranted;

@@ -1,6 +1,7 @@
 #include "helper/pads/InhibitedAttribute.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -26,10 +27,12 @@ int InhibitedAttribute::setInhibited(const std::string& name, bool inhibited) co
     return 0;
 }
 
-int InhibitedAttribute::giveTo(const std::string& name, uid_t user) const {
-    constexpr gid_t sameGroup = -1;
+int InhibitedAttribute::giveTo(const std::string& name, gid_t group) const {
+    constexpr uid_t sameOwner = -1;
+    constexpr mode_t mode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
     const Descriptor file(::open(path(name).c_str(), O_RDONLY | O_CLOEXEC));
-    return file.isOpen() && ::fchown(file.number(), user, sameGroup) == 0 ? 0 : errno;
+    if (!file.isOpen() || ::fchown(file.number(), sameOwner, group) != 0) return errno;
+    return ::fchmod(file.number(), mode) == 0 ? 0 : errno;
 }
 
 bool InhibitedAttribute::meansGone(int error) const {

@@ -20,8 +20,8 @@ class InhibitedAttribute {
     // then the attribute stays 1.
     int setInhibited(const std::string& name, bool inhibited) const;
 
-    // Makes this user the owner of the attribute, who may write it. Returns 0 or an error number.
-    int giveTo(const std::string& name, uid_t user) const;
+    // Lets this group write the attribute, besides its owner. Returns 0 or an error number.
+    int giveTo(const std::string& name, gid_t group) const;
 
     // Whether this error means that the device was removed. ENOENT does not mean that if the folder of all devices is
     // missing too, as in a chroot without /sys.

@@ -65,7 +65,7 @@ void Muter::mute(const std::string& name) {
 
 void Muter::handleRefusal(const std::string& name, int count) {
     refusals_[name] = count;
-    if (count > patientRefusals) logOnce(name, "cannot be muted: udev has not given its attribute to the helper");
+    if (count > patientRefusals) logOnce(name, "cannot be muted: udev has not given it to the helper");
 }
 
 void Muter::logOnce(const std::string& name, const std::string& line) {

@@ -335,15 +335,15 @@ TEST(ProgramTest, DelaysItsRestartIfItCannotStart) {
     });
 }
 
-TEST(ProgramTest, GivesThePadToTheNamedUser) {
+TEST(ProgramTest, GivesThePadToTheNamedGroup) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
         EXPECT_EQ(machine.start("--grant", {}, "root")->result(), 0);
-        EXPECT_EQ(machine.computer.owner("input5"), 0U);
+        EXPECT_EQ(machine.computer.rights("input5").st_gid, 0U);
         EXPECT_EQ(machine.start("--grant", {}, "nobody-has-this-name")->result(), 1);
-        if (user == 0) return;  // in the user namespace of an ordinary user there is nobody else
+        if (user == 0) return;  // in the user namespace of an ordinary user there is no other group
         EXPECT_EQ(machine.start("--grant", {}, "daemon")->result(), 0);
-        EXPECT_NE(machine.computer.owner("input5"), 0U);
+        EXPECT_NE(machine.computer.rights("input5").st_gid, 0U);
     });
 }
 

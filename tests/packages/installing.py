@@ -166,6 +166,23 @@ def upgrade_among_links(built):
     check(left.stat().st_uid == 0, f"the file belongs to {left.stat().st_uid}")
 
 
+@scenario("A downgrade to a version that ran as root gives root the folder of the records, and follows no link there.")
+def downgrade_to_root(built):
+    root, _ = installed(built, "downgrade_to_root")
+    records = root.path / "run/ble-kovra-helper"
+    root.install(root.newer("ble-kovra-helper"))
+    check(records.stat().st_uid == root.helper_user()[0], "an upgrade gives the records to root")
+    outside = root.path / "outside"
+    outside.mkdir()
+    os.chown(outside, *root.helper_user())
+    (records / "pads").rename(root.path / "records")
+    (records / "pads").symlink_to(outside)
+    root.install(root.helper_of_root())
+    for path in (records, records / "pads"):
+        check(path.lstat().st_uid == 0, f"{path} belongs to {path.lstat().st_uid}")
+    check(outside.stat().st_uid == root.helper_user()[0], "a link was followed")
+
+
 @scenario("Installation changes the owner of an existing flag folder to the helper's user.")
 def folder_made_by_hand(built):
     root = Root(built, "by_hand")
@@ -179,7 +196,8 @@ def folder_made_by_hand(built):
     check((found.st_uid, mode) == (root.helper_user()[0], 0o755), f"its owner is {found.st_uid}, its mode {mode:o}")
 
 
-@scenario("Before the removal the helper is stopped, however it was started, and its touchpads are unmuted.")
+@scenario("Before the removal the helper is stopped, however it was started, its touchpads are unmuted, and its right "
+          "to mute them ends.")
 def remove_running(built):
     calls = built.folder / "calls"
     helper = built.folder / "helper"
@@ -190,7 +208,7 @@ def remove_running(built):
     script = script.replace("/usr/libexec/ble-kovra-helper", str(helper))
     script = script.replace("start-stop-daemon", f"echo >>{calls} start-stop-daemon")
     stop = f"start-stop-daemon --stop --quiet --oknodo --retry=TERM/5/KILL/5 --exec {helper}"
-    for action, wanted in (("upgrade", []), ("remove", [stop, "helper --release"])):
+    for action, wanted in (("upgrade", []), ("remove", [stop, "helper --release", "helper --grant root"])):
         calls.write_text("")
         run("sh", "-c", script, "prerm", action, env={**root.environment(), "DPKG_ROOT": ""})
         check(calls.read_text().splitlines() == wanted, f"{action}: {calls.read_text()}")

@@ -59,6 +59,22 @@ class Root:
             run("dpkg-deb", "--build", "--root-owner-group", place, result)
         return result
 
+    def helper_of_root(self):
+        """Returns an older version of the helper's package, whose unit runs the helper as root."""
+        name = "ble-kovra-helper"
+        place = self.built.folder / "older" / name
+        result = place.parent / f"{name}.deb"
+        if not result.exists():
+            place.parent.mkdir(exist_ok=True)
+            run("dpkg-deb", "--raw-extract", self.built.package(name), place)
+            for file, line, new in (("DEBIAN/control", "^Version: .*$", "Version: 0.0.9"),
+                                    ("lib/systemd/system/ble-kovra-helper.service", "^(User|Group)=.*$", "")):
+                path = place / file
+                path.write_text(re.sub(line, new, path.read_text(), flags=re.M))
+            (place / "DEBIAN/postinst").write_text("#!/bin/sh\n")
+            run("dpkg-deb", "--build", "--root-owner-group", place, result)
+        return result
+
     def listing(self):
         """Returns all paths except dpkg's own database and that of users."""
         found = {str(path.relative_to(self.path)) for path in self.path.rglob("*")} - USERS

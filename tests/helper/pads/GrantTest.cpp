@@ -15,17 +15,29 @@ const MockInput mouse{.input = "input7",
                       .bus = "0003",
                       .hid = "0003:046D:C077.0002"};
 
-// Only root can give a file to another user.
-uid_t grantee() { return ::geteuid() == 0 ? alice : ::geteuid(); }
+// Only root can give a file to a group that it does not belong to.
+gid_t grantee() { return ::geteuid() == 0 ? alice : ::getegid(); }
 
-TEST(GrantTest, GivesThePadAndItsTwinToTheUser) {
+TEST(GrantTest, LetsTheGroupWriteThePadAndItsTwin) {
     MockInputs computer;
     computer.addDevice(pad);
     computer.addDevice(twin);
     EXPECT_TRUE(grantPads(grantee(), InhibitedAttribute()));
-    EXPECT_EQ(computer.owner("input5"), grantee());
-    EXPECT_EQ(computer.owner("input4"), grantee());
+    for (const char* input : {"input5", "input4"}) {
+        EXPECT_EQ(computer.rights(input).st_gid, grantee());
+        EXPECT_EQ(computer.rights(input).st_mode & 0777, 0664U);
+    }
     EXPECT_EQ(computer.inhibited("input5"), "0");
+}
+
+// A helper that runs as root without capabilities, as in earlier versions, unmutes the pad only if it owns it.
+TEST(GrantTest, LeavesThePadToRoot) {
+    MockInputs computer;
+    computer.addDevice(pad);
+    EXPECT_TRUE(grantPads(grantee(), InhibitedAttribute()));
+    const WithoutCapabilities none;
+    EXPECT_EQ(InhibitedAttribute().setInhibited("input5", true), 0);
+    EXPECT_EQ(computer.inhibited("input5"), "1");
 }
 
 TEST(GrantTest, GivesNoOtherDevice) {
@@ -36,8 +48,7 @@ TEST(GrantTest, GivesNoOtherDevice) {
     external.hid = "0005:05AC:030E.0003";
     for (const MockInput& device : {pad, mouse, external}) computer.addDevice(device);
     EXPECT_TRUE(grantPads(grantee(), InhibitedAttribute()));
-    EXPECT_EQ(computer.owner("input7"), ::geteuid());
-    EXPECT_EQ(computer.owner("input6"), ::geteuid());
+    for (const char* input : {"input7", "input6"}) EXPECT_EQ(computer.rights(input).st_mode & S_IWGRP, 0U);
 }
 
 TEST(GrantTest, FailsIfTheAttributeCannotBeGiven) {

@@ -102,10 +102,11 @@ class MockInputs {
 
     // As in a kernel that cannot inhibit input devices.
     void removeAttribute(const std::string& input) { std::filesystem::remove(attribute(input)); }
-    uid_t owner(const std::string& input) const {
+    // The owner, the group and the mode of the attribute.
+    struct stat rights(const std::string& input) const {
         struct stat status {};
         if (::stat(attribute(input).c_str(), &status) != 0) throw std::runtime_error("no attribute of " + input);
-        return status.st_uid;
+        return status;
     }
 
     // Makes writes of the attribute fail, until acceptWrites() sets a new value.

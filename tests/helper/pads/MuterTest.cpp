@@ -151,7 +151,7 @@ TEST_F(MuterRightTest, IsMissedInOneLineAfterSomeSeconds) {
     testing::internal::CaptureStderr();
     runFor(loop, 5s);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "<4>input5 cannot be muted: udev has not given its attribute to the helper\n");
+              "<4>input5 cannot be muted: udev has not given it to the helper\n");
     EXPECT_EQ(recordedPads(), Names{"input6"});
     muter.muteOnly({});
     EXPECT_TRUE(computer.isActive("input6"));

@@ -106,13 +106,17 @@ class Laptop(Ports):
     def install_helper_of_root(self):
         """Installs the helper's package as it was when the helper ran as root, on a system that had none before.
 
-        A pad that is plugged already may belong to the user of today's helper."""
+        Today's helper may have the right to write a pad that is plugged already."""
         self.install()
         run("dpkg", "-P", "ble-kovra-helper")
         subprocess.run(["userdel", "_ble-kovra-helper"], stderr=subprocess.DEVNULL, check=False)
+        self.install_older_helper()
+        run("udevadm", "control", "--reload")
+
+    def install_older_helper(self):
+        """Installs that version over the present one."""
         todays = next(path for path in self._packages if "ble-kovra-helper_" in path)
         run("dpkg", "--force-unsafe-io", "-i", older.helper_of_root(todays))
-        run("udevadm", "control", "--reload")
 
     def start(self, session=None, **choices):
         """Starts the application, by default in Anna's session with the mouse chosen."""

@@ -1,5 +1,6 @@
 """Scenarios of upgrading and removing packages while a touchpad is muted."""
 
+import os
 import pathlib
 
 from laptop import flag
@@ -33,6 +34,8 @@ def purge(laptop):
     application, _ = laptop.mute(one)
     laptop.purge("ble-kovra-helper")
     check(not any(one.inhibited), f"after the helper was purged: {one.inhibited}")
+    groups = [os.stat(f"/sys/class/input/{device.number}/inhibited").st_gid for device in one.inputs]
+    check(not any(groups), f"the pad still belongs to the groups {groups}")
     application.kill()
     laptop.purge("ble-kovra")
     left = [str(path) for pattern in TRACES for path in pathlib.Path("/").glob(pattern)]

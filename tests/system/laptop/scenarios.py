@@ -8,6 +8,7 @@ import switching
 import attacks
 import storms
 import walls_of_the_helper
+import versions
 # This one is last, since it removes the packages.
 import removal
 from laptop import Laptop

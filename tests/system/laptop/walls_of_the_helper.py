@@ -5,6 +5,7 @@ import os
 import pathlib
 import pwd
 import signal
+import stat
 
 from accounting import users_of
 from laptop import AT_ONCE, FLAG, HELPER, flag, may_write_flag, run
@@ -57,6 +58,10 @@ def helpers_user():
         raise Failed(f"there is no user {USER}") from None
 
 
+def helpers_group():
+    return pwd.getpwnam(USER).pw_gid
+
+
 def user_of_helper():
     return os.stat(f"/proc/{helper_process()}").st_uid
 
@@ -93,8 +98,16 @@ def input_of(mouse):
     return found[0]
 
 
-def owner(name):
-    return os.stat(f"/sys/class/input/{name}/inhibited").st_uid
+def rights(device):
+    """Returns the owner, the group and the mode of an input device's attribute."""
+    found = os.stat(f"/sys/class/input/{device}/inhibited")
+    return found.st_uid, found.st_gid, stat.S_IMODE(found.st_mode)
+
+
+def expect_granted(pad):
+    for device in pad.inputs:
+        found = rights(device.number)
+        check(found == (0, helpers_group(), 0o664), f"{device.name} has {found}")
 
 
 @scenario("From inside its unit the helper writes its own files and the built-in pads, and reaches nothing else.")
@@ -112,16 +125,16 @@ def attempts_inside(laptop):
     laptop.expect_alive(one)
 
 
-@scenario("udev gives the helper's user the built-in pad and its twin, no external pad and no mouse.")
-def rights(laptop):
+@scenario("udev gives the helper's group the built-in pad and its twin, no external pad and no mouse.")
+def granting(laptop):
     laptop.install()
     user = helpers_user()
     one, mouse = laptop.plug_pad(twin=True), input_of(laptop.plug_mouse())
     external = laptop.plug_pad("Kovra Bluetooth Pad", bus=0x05)
     laptop.settle()
-    given = [owner(device.number) for device in one.inputs]
-    check(given == [user, user], f"the pad belongs to {given}")
-    check((owner(mouse), owner(external.inputs[0].number)) == (0, 0), "a mouse or an external pad was given away")
+    expect_granted(one)
+    for device in [mouse, external.inputs[0].number]:
+        check(rights(device) == (0, 0, 0o644), f"a mouse or an external pad was given away: {rights(device)}")
     check(user_of_helper() == user, f"the helper runs as {user_of_helper()}")
 
 
@@ -179,7 +192,7 @@ def expect_taken_over(laptop, one, application, mouse):
     owners = {name: os.stat(os.path.join(os.path.dirname(FLAG), name)).st_uid
               for name in [".", "state", f"state.left.{BORIS.uid}"]}
     check(set(owners.values()) == {user}, f"the flag's files belong to {owners}")
-    check([owner(device.number) for device in one.inputs] == [user, user], "the pad is not the helper's")
+    expect_granted(one)
     application.expect_running()
     check(flag() == "on", f"the flag is {flag()!r}")
     laptop.expect_dead(one)
