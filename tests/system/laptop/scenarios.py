@@ -7,6 +7,7 @@ import ends
 import switching
 import attacks
 import storms
+import left_files
 import walls_of_the_helper
 import versions
 # This one is last, since it removes the packages.

@@ -1,0 +1,59 @@
+"""Scenarios of the files that users have left: nobody takes room on the disk through a flag that is not theirs."""
+
+import os
+
+from laptop import FLAG, HELPER, may_write_flag, run
+from people import ANNA, BORIS
+from running import scenario
+from waiting import check, wait_for
+
+TAKEN = 150 << 20
+# The helper truncates a file after a quarter of a second at most. The rest is for the emulated machine.
+LATE = 1.0
+# Allocates room through a descriptor, and prints how long that room stayed taken: at most ten seconds.
+FILL = f"""import os, sys, time
+file = int(sys.argv[1])
+os.posix_fallocate(file, 0, {TAKEN})
+begin = time.monotonic()
+while os.fstat(file).st_blocks * 512 > 65536 and time.monotonic() < begin + 10:
+    time.sleep(0.01)
+print(time.monotonic() - begin)
+"""
+
+
+def hand_over_to(session):
+    session.activate()
+    wait_for(lambda: may_write_flag(session), f"the flag to be {session.person.name}'s")
+
+
+def free():
+    disk = os.statvfs(os.path.dirname(FLAG))
+    return disk.f_bfree * disk.f_frsize
+
+
+@scenario("A descriptor of her flag that Anna keeps takes no room on the disk while she is away: 150 MiB are free again "
+          "within 1 s, also after she has returned and left again, and after a restart of the helper.")
+def kept_descriptor(laptop):
+    laptop.install()
+    boris, anna = laptop.log_in(BORIS), laptop.log_in(ANNA)
+    script = ANNA.home / "fill.py"
+    script.write_text(FILL, encoding="utf-8")
+    hand_over_to(anna)
+    check(anna.succeeds(f"exec 9<>'{FLAG}'"), "Anna cannot open her own flag")
+    before = free()
+    took = []
+
+    def fill():
+        took.append(float(anna.run(f"/usr/bin/python3 -B {script} 9")))
+        check(took[-1] <= LATE, f"round {len(took)}: the room was free only after {took[-1]:.2f} s")
+        check(free() > before - TAKEN / 2, f"{before - free()} bytes are still taken")
+
+    hand_over_to(boris)
+    fill()
+    hand_over_to(anna)
+    hand_over_to(boris)
+    fill()
+    run("systemctl", "restart", HELPER)
+    fill()
+    anna.run("exec 9>&-; echo closed")
+    return f"free after {max(took):.2f} s"
