@@ -10,6 +10,7 @@ import storms
 import left_files
 import walls_of_the_helper
 import versions
+import hidden_processes
 # This one is last, since it removes the packages.
 import removal
 from laptop import Laptop
