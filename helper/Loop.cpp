@@ -34,8 +34,8 @@ class Loop::Source : public Loop::Watch {
   public:
     Source(Loop& loop, Work work) : loop_(loop), work_(std::make_shared<Work>(std::move(work))) {}
 
-    void watchDescriptor(int descriptor) {
-        add("descriptor", sd_event_add_io, descriptor, EPOLLIN, descriptorIsReadable);
+    void watchDescriptor(int descriptor, int events) {
+        add("descriptor", sd_event_add_io, descriptor, events, descriptorIsReady);
     }
     void watchTime(std::chrono::microseconds when) {
         add("timer", sd_event_add_time, CLOCK_MONOTONIC, static_cast<std::uint64_t>(when.count()), accuracyMicroseconds,
@@ -58,7 +58,7 @@ class Loop::Source : public Loop::Watch {
         source_.reset(source);
     }
 
-    static int descriptorIsReadable(sd_event_source*, int, std::uint32_t, void* context) { return makeReady(context); }
+    static int descriptorIsReady(sd_event_source*, int, std::uint32_t, void* context) { return makeReady(context); }
     static int timeIsReached(sd_event_source*, std::uint64_t, void* context) { return makeReady(context); }
     static int signalHasArrived(sd_event_source*, const signalfd_siginfo*, void* context) { return makeReady(context); }
     static int makeReady(void* context) {
@@ -82,7 +82,13 @@ Loop::~Loop() = default;
 
 std::unique_ptr<Loop::Watch> Loop::onReadable(int descriptor, Work work) {
     auto source = std::make_unique<Source>(*this, std::move(work));
-    source->watchDescriptor(descriptor);
+    source->watchDescriptor(descriptor, EPOLLIN);
+    return source;
+}
+
+std::unique_ptr<Loop::Watch> Loop::onNewValue(int descriptor, Work work) {
+    auto source = std::make_unique<Source>(*this, std::move(work));
+    source->watchDescriptor(descriptor, EPOLLPRI);
     return source;
 }
 

@@ -38,6 +38,9 @@ class Loop {
     // readable once its process has exited, a timerfd once it has expired or was cancelled. The caller keeps the
     // descriptor open for as long as the Watch exists. Throws std::system_error like the constructor.
     std::unique_ptr<Watch> onReadable(int descriptor, Work work);
+    // Runs the work when the kernel reports a new value of the attribute of sysfs that the descriptor has open. The
+    // work reads the attribute from its start. Otherwise like onReadable().
+    std::unique_ptr<Watch> onNewValue(int descriptor, Work work);
     // Runs the work once, never before the delay is over. Throws like the constructor.
     std::unique_ptr<Watch> after(std::chrono::milliseconds delay, Work work);
     // Runs the work when the signal arrives. The signal is blocked from now on, also after the Watch is destroyed.

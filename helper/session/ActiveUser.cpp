@@ -1,6 +1,13 @@
 #include "helper/session/ActiveUser.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstddef>
 #include <cstdlib>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -29,6 +36,8 @@ std::optional<ForegroundSession> foregroundSession() {
     session.remote = remote > 0;
     session.sessionClass = sessionText(sd_session_get_class, name);
     session.state = sessionText(sd_session_get_state, name);
+    // A failure means that the session has no virtual terminal.
+    if (sd_session_get_vt(name, &session.terminal) < 0) session.terminal = 0;
     return session;
 }
 
@@ -41,25 +50,43 @@ sd_login_monitor* newMonitor(const char* category) {
 
 }  // namespace
 
-std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session) {
+std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session, unsigned shownTerminal) {
     if (!session || session->remote || session->sessionClass != "user" || session->state != "active")
         return std::nullopt;
-    return session->user;
+    const bool isBehind = session->terminal != 0 && shownTerminal != 0 && session->terminal != shownTerminal;
+    return isBehind ? std::nullopt : std::optional(session->user);
 }
 
-ActiveUser::ActiveUser(Loop& loop) : seats_(newMonitor("seat")), sessions_(newMonitor("session")) {
+ActiveUser::ActiveUser(Loop& loop, const std::string& terminalPath)
+    : seats_(newMonitor("seat")),
+      sessions_(newMonitor("session")),
+      shownTerminal_(::open(terminalPath.c_str(), O_RDONLY | O_CLOEXEC)) {
     // Watching starts before the first read, so that no change is missed in between.
     seatsWatch_ = loop.onReadable(sd_login_monitor_get_fd(seats_.get()), [this] { update(); });
     sessionsWatch_ = loop.onReadable(sd_login_monitor_get_fd(sessions_.get()), [this] { update(); });
-    current_ = userAtTheMachine(foregroundSession());
+    if (shownTerminal_.isOpen()) terminalWatch_ = loop.onNewValue(shownTerminal_.number(), [this] { update(); });
+    current_ = read();
 }
 
 void ActiveUser::update() {
     // The monitors are flushed before reading, for the same reason.
     sd_login_monitor_flush(seats_.get());
     sd_login_monitor_flush(sessions_.get());
-    const auto before = std::exchange(current_, userAtTheMachine(foregroundSession()));
+    const auto before = std::exchange(current_, read());
     if (current_ != before && onChange) onChange();
+}
+
+std::optional<uid_t> ActiveUser::read() const { return userAtTheMachine(foregroundSession(), shownTerminal()); }
+
+// Reading the attribute also makes the kernel report its next value.
+unsigned ActiveUser::shownTerminal() const {
+    constexpr std::string_view prefix = "tty";
+    std::array<char, 16> text{};
+    const ssize_t size = shownTerminal_.isOpen() ? ::pread(shownTerminal_.number(), text.data(), text.size(), 0) : -1;
+    const std::string_view name(text.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
+    unsigned number = 0;
+    if (name.starts_with(prefix)) std::from_chars(name.begin() + prefix.size(), name.end(), number);
+    return number;
 }
 
 }  // namespace kovra::helper

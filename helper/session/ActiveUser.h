@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "helper/Descriptor.h"
 #include "helper/Handles.h"
 #include "helper/Loop.h"
 
@@ -19,16 +20,24 @@ struct ForegroundSession {
     std::string sessionClass;  // "user", "greeter", "lock-screen", "background", ...
     std::string state;         // "online", "active", "closing"
     bool remote = false;
+    unsigned terminal = 0;  // the number of its virtual terminal; 0 if it has none
 };
 
-// The user at the machine: the owner of an active local session of class "user". Empty for any other session.
-std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session);
+// The user at the machine: the owner of an active local session of class "user". Empty for any other session, and for
+// one whose virtual terminal is not the one that the kernel shows (0 if the kernel has none).
+std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session, unsigned shownTerminal);
 
 // Tells which user is at the machine. It watches the files of the login manager about seat0 and its sessions.
+//
+// It also watches which virtual terminal the kernel shows. A login manager that hangs does not write that the user has
+// switched to another terminal. Somebody else may be at the machine then, so nobody counts as being there.
 class ActiveUser {
   public:
+    // The attribute of sysfs that names the virtual terminal that is shown, such as "tty2".
+    static constexpr const char* shownTerminalPath = "/sys/class/tty/tty0/active";
+
     // Throws std::system_error if the system has no login manager with these files.
-    explicit ActiveUser(Loop& loop);
+    explicit ActiveUser(Loop& loop, const std::string& terminalPath = shownTerminalPath);
 
     // The user at the machine, updated before each call of onChange.
     std::optional<uid_t> current() const { return current_; }
@@ -39,11 +48,15 @@ class ActiveUser {
     using Monitor = Handle<sd_login_monitor, sd_login_monitor_unref>;
 
     void update();
+    std::optional<uid_t> read() const;
+    unsigned shownTerminal() const;
 
     Monitor seats_;
     Monitor sessions_;
     std::unique_ptr<Loop::Watch> seatsWatch_;
     std::unique_ptr<Loop::Watch> sessionsWatch_;
+    Descriptor shownTerminal_;
+    std::unique_ptr<Loop::Watch> terminalWatch_;
     std::optional<uid_t> current_;
 };
 

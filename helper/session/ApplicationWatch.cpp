@@ -9,26 +9,15 @@
 #include <chrono>
 #include <cstring>
 #include <map>
-#include <optional>
 
 #include "helper/Handles.h"
-#include "helper/session/ProcessStatus.h"
+#include "helper/session/ApplicationProcess.h"
 
 namespace kovra::helper {
 
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr const char* application = "ble-kovra";
-
-// The status of the process. Empty if it is not this user's application.
-std::optional<ProcessStatus> applicationOf(uid_t user, pid_t process) {
-    auto status = processStatus(process);
-    const bool isApplication =
-        status && status->name == application && status->realUser == user && status->effectiveUser == user;
-    return isApplication ? status : std::nullopt;
-}
 
 bool hasEnded(const Descriptor& pidfd) {
     pollfd event{pidfd.number(), POLLIN, 0};

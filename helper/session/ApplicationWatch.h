@@ -12,8 +12,7 @@
 
 namespace kovra::helper {
 
-// Tells whether a user's application is running: a process named "ble-kovra" whose real and effective user is this
-// user.
+// Tells whether a user's application is running (see applicationOf()).
 //
 // It holds a pidfd of one such process. It is therefore notified at once when that process ends, and does not mistake a
 // process that reuses its ID for it. All processes are searched only if no running process of this user is held.

@@ -48,7 +48,10 @@ std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
     const auto real = takeNumber(*users);
     const auto effective = takeNumber(*users);
     if (!parent || !real || !effective) return std::nullopt;
-    return ProcessStatus{std::string(*name), static_cast<pid_t>(*parent), *real, *effective};
+    // A kernel without process namespaces does not write the line NSpid.
+    const std::string_view numbers = field(text, "NSpid").value_or("");
+    const int namespaces = 1 + static_cast<int>(std::count(numbers.begin(), numbers.end(), '\t'));
+    return ProcessStatus{std::string(*name), static_cast<pid_t>(*parent), *real, *effective, namespaces};
 }
 
 std::optional<ProcessStatus> processStatus(pid_t process) {

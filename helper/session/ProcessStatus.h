@@ -14,6 +14,9 @@ struct ProcessStatus {
     pid_t parent = 0;
     uid_t realUser = 0;
     uid_t effectiveUser = 0;
+    // How many process namespaces it is in, from that of the caller's /proc down to its own: more than one if it is in
+    // a container.
+    int pidNamespaces = 1;
 };
 
 // Parses the text of /proc/PID/status. Empty if a field is missing or malformed.

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include "helper/Daemon.h"
 #include "helper/session/ApplicationWatch.h"
 #include "tests/helper/DaemonRig.h"
+#include "tests/helper/ProcessName.h"
 
 namespace kovra::helper {
 namespace {
@@ -35,7 +35,7 @@ class DaemonApplicationTest : public testing::Test {
         ASSERT_GE(process, 0);
         if (process == 0) {
             if (::geteuid() == 0 && ::setresuid(user, user, user) != 0) ::_exit(1);
-            ::prctl(PR_SET_NAME, "ble-kovra");
+            takeName("ble-kovra");
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
             while (true) ::pause();
         }

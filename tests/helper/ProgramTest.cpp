@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <link.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -16,6 +15,7 @@
 
 #include "helper/Descriptor.h"
 #include "tests/helper/PrivateMachine.h"
+#include "tests/helper/ProcessName.h"
 #include "tests/helper/pads/MockInputs.h"
 
 // Tests of the installed program, in a chroot with its own /Library and /run. The rest of the file system is that of
@@ -144,7 +144,7 @@ class Machine {
     }
     std::unique_ptr<Process> startApplication() const {
         return std::make_unique<Process>([this] {
-            ::prctl(PR_SET_NAME, "ble-kovra");
+            takeName("ble-kovra");
             if (::setresuid(user_, user_, user_) == 0)
                 while (true) ::pause();
         });

@@ -20,16 +20,26 @@ namespace fs = std::filesystem;
 
 TEST(ActiveUserTest, OwnsALocalActiveSessionOfClassUser) {
     const ForegroundSession session{1000, "user", "active", false};
-    EXPECT_EQ(userAtTheMachine(session), 1000U);
-    EXPECT_EQ(userAtTheMachine(std::nullopt), std::nullopt);
+    EXPECT_EQ(userAtTheMachine(session, 0), 1000U);
+    EXPECT_EQ(userAtTheMachine(std::nullopt, 0), std::nullopt);
     for (const std::string kind : {"greeter", "lock-screen", "background", "manager", "user-early", "", "User"}) {
-        EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, kind, "active", false}), std::nullopt) << kind;
+        EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, kind, "active", false}, 0), std::nullopt) << kind;
     }
     for (const std::string state : {"online", "closing", "opening", "", "Active"}) {
-        EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, "user", state, false}), std::nullopt) << state;
+        EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, "user", state, false}, 0), std::nullopt) << state;
     }
-    EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, "user", "active", true}), std::nullopt);
-    EXPECT_EQ(userAtTheMachine(ForegroundSession{0, "user", "active", false}), 0U);
+    EXPECT_EQ(userAtTheMachine(ForegroundSession{1000, "user", "active", true}, 0), std::nullopt);
+    EXPECT_EQ(userAtTheMachine(ForegroundSession{0, "user", "active", false}, 0), 0U);
+}
+
+TEST(ActiveUserTest, IsNobodyWhileAnotherTerminalIsShownThanThatOfTheSession) {
+    const auto shown = [](unsigned terminal, unsigned shownTerminal) {
+        return userAtTheMachine(ForegroundSession{1000, "user", "active", false, terminal}, shownTerminal);
+    };
+    EXPECT_EQ(shown(2, 2), 1000U);
+    EXPECT_EQ(shown(2, 3), std::nullopt);
+    EXPECT_EQ(shown(0, 3), 1000U);  // a session without a terminal
+    EXPECT_EQ(shown(2, 0), 1000U);  // a kernel without terminals
 }
 
 // Writes the files of a login manager into the /run of a private machine. Like a login manager, it replaces each file

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,6 +14,7 @@
 #include "helper/session/ProcessStatus.h"
 #include "tests/helper/BytesRead.h"
 #include "tests/helper/PrivateMachine.h"
+#include "tests/helper/ProcessName.h"
 #include "tests/helper/Users.h"
 
 namespace kovra::helper {
@@ -30,7 +30,7 @@ class Process {
         EXPECT_EQ(::pipe(started), 0);
         number_ = ::fork();
         if (number_ == 0) {
-            ::prctl(PR_SET_NAME, name.c_str());
+            takeName(name);
             if (::setresuid(real, effective, effective) != 0) ::_exit(1);
             EXPECT_EQ(::write(started[1], "x", 1), 1);
             while (true) ::pause();
@@ -179,10 +179,10 @@ TEST(ApplicationWatchTest, DoesNotReportTheEndAfterARelease) {
 
 TEST(ApplicationWatchTest, ReleasesAProcessThatHasBecomeAnotherProgram) {
     inPrivateMachine([](uid_t user) {
-        ::prctl(PR_SET_NAME, "ble-kovra");
+        takeName("ble-kovra");
         Rig rig;
         EXPECT_TRUE(rig.watch.isRunning(0));
-        ::prctl(PR_SET_NAME, "another");
+        takeName("another");
         EXPECT_FALSE(rig.watch.isRunning(0));
         const Process application(user);
         EXPECT_TRUE(rig.watch.isRunning(user));
@@ -200,14 +200,14 @@ TEST(ApplicationWatchTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting
         numberNext(500);
         const pid_t application = ::fork();
         if (application == 0) {
-            ::prctl(PR_SET_NAME, "ble-kovra");
+            takeName("ble-kovra");
             numberNext(400);  // lists the next process before the application
             const pid_t started = ::fork();
             if (::setresuid(user, user, user) != 0) ::_exit(1);
             if (started == 0) {
                 char now = 0;
-                ::prctl(PR_SET_NAME, "ble-kovra");
-                if (::read(becomes[0], &now, 1) == 1) ::prctl(PR_SET_NAME, "xdg-open");
+                takeName("ble-kovra");
+                if (::read(becomes[0], &now, 1) == 1) takeName("xdg-open");
             }
             while (true) ::pause();
         }
@@ -240,7 +240,7 @@ class ApplicationThatStartsAProgram {
         becomes_ = Descriptor(becomes[1]);
         number_ = ::fork();
         if (number_ == 0) {
-            ::prctl(PR_SET_NAME, "ble-kovra");
+            takeName("ble-kovra");
             if (::setresuid(user, user, user) != 0) ::_exit(1);
             if (::vfork() == 0) {
                 char now = 'x';

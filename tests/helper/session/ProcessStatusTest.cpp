@@ -18,6 +18,13 @@ TEST(ProcessStatusTest, IsParsedFromTheKernelsText) {
     EXPECT_EQ(status->parent, 12);
     EXPECT_EQ(status->realUser, 1000U);
     EXPECT_EQ(status->effectiveUser, 1001U);
+    EXPECT_EQ(status->pidNamespaces, 1);
+}
+
+TEST(ProcessStatusTest, CountsTheNamespacesOfTheProcess) {
+    const std::string text = "Name:\tble-kovra\nPPid:\t12\nUid:\t1\t1\t1\t1\nNSpid:\t77";
+    EXPECT_EQ(parseProcessStatus(text + "\n")->pidNamespaces, 1);
+    EXPECT_EQ(parseProcessStatus(text + "\t5\t1\n")->pidNamespaces, 3);
 }
 
 TEST(ProcessStatusTest, IsEmptyForADamagedText) {

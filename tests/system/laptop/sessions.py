@@ -52,10 +52,17 @@ class Session:
 
     def activate(self):
         """Switches to the session's console, as its keyboard shortcut does."""
+        self.show_console()
+        wait_for(self.is_active, f"{self.person.name}'s session to become active")
+
+    def show_console(self):
+        """The same, without waiting for the login manager."""
         console = os.open("/dev/tty0", os.O_WRONLY | os.O_NOCTTY)
         fcntl.ioctl(console, VT_ACTIVATE, self._console)
         os.close(console)
-        wait_for(lambda: active() == self.number, f"{self.person.name}'s session to become active")
+
+    def is_active(self):
+        return active() == self.number
 
     def is_open(self):
         return self._shell.poll() is None

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <string>
+
+namespace kovra::helper {
+
+// Gives the calling process this name, as if it had been started as a program with this name. The kernel takes the name
+// of the program from the memory of the process's arguments.
+inline void takeName(const std::string& name) {
+    static const std::size_t longest = std::strlen(program_invocation_name);
+    ::prctl(PR_SET_NAME, name.c_str());
+    ASSERT_LE(name.size(), longest);
+    std::memcpy(program_invocation_name, name.c_str(), name.size() + 1);
+}
+
+}  // namespace kovra::helper
