@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <filesystem>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -18,8 +19,10 @@
 #include <vector>
 
 #include "helper/Daemon.h"
+#include "helper/EarlyEnds.h"
 #include "helper/Log.h"
 #include "helper/Loop.h"
+#include "helper/Watchdog.h"
 #include "helper/flag/FlagFolder.h"
 #include "helper/pads/Grant.h"
 #include "helper/pads/InhibitedAttribute.h"
@@ -43,25 +46,43 @@ constexpr std::chrono::seconds restartDelay{30};
 // start does.
 constexpr std::initializer_list<int> terminationSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM};
 
-// Under a service manager, delays the exit after a failed start. systemd restarts the service one second after any
-// exit, as it should after a crash. The cause may persist, for example a link in the flag's path. Constant restarts
-// would then keep the machine busy.
-void delayRestart() {
-    if (::sd_notify(0, "STATUS=Cannot start; trying again") <= 0) return;
+// A daemon that has served for this long does not crash at its start.
+constexpr std::chrono::seconds shortestService{10};
+
+// Waits, but at most until a termination signal arrives. Returns whether one has arrived.
+bool waitFor(std::chrono::seconds time) {
     sigset_t awaited;
     ::sigemptyset(&awaited);
     for (const int signal : terminationSignals) ::sigaddset(&awaited, signal);
     ::sigprocmask(SIG_BLOCK, &awaited, nullptr);
-    const timespec time{restartDelay.count(), 0};
-    ::sigtimedwait(&awaited, nullptr, &time);
+    const timespec duration{time.count(), 0};
+    return ::sigtimedwait(&awaited, nullptr, &duration) > 0;
 }
 
-int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, bool& hasStarted) {
+// Under a service manager, delays the exit after a failed start. systemd restarts the service one second after any
+// exit, as it should after a crash. The cause may persist, for example a link in the flag's path. Constant restarts
+// would then keep the machine busy.
+void delayRestart() {
+    if (::sd_notify(0, "STATUS=Cannot start; trying again") > 0) waitFor(restartDelay);
+}
+
+// Under a service manager, delays a start after several crashes. Returns false if the daemon is to end instead.
+bool delayStart(std::chrono::seconds delay) {
+    if (delay.count() == 0 || ::sd_notify(0, "STATUS=Has crashed several times; waiting") <= 0) return true;
+    log(Severity::warning, "ended early several times in a row, waits for " + std::to_string(delay.count()) + " s");
+    return !waitFor(delay);
+}
+
+int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const EarlyEnds& earlyEnds, bool& hasStarted) {
+    const std::chrono::seconds delay = earlyEnds.begin();
     Loop loop;
     std::vector<std::unique_ptr<Loop::Watch>> watches;
     for (const int signal : terminationSignals) watches.push_back(loop.onSignal(signal, [&loop] { loop.stop(); }));
     Muter muter(loop, mutedPads, attribute);
     muter.muteOnly({});  // unmutes what an earlier process has left
+    if (!delayStart(delay)) return 0;
+    Watchdog watchdog(loop, [](const char* state) { return ::sd_notify(0, state) > 0; });
+    muter.onChange = [&](bool isAnyMuted) { watchdog.setMuted(isAnyMuted); };
 
     const auto flag = FlagFolder::open(loop, flagFolder);
     if (!flag) return 1;
@@ -77,6 +98,7 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, bool& hasSt
     daemon.evaluate();
     hasStarted = true;
     ::sd_notify(0, "READY=1");
+    const auto served = loop.after(shortestService, [&] { earlyEnds.clear(); });
     loop.run();
     return daemon.hasFailed() ? 1 : 0;
 }
@@ -91,17 +113,19 @@ int run(bool isRelease) {
         if (!isRelease) delayRestart();
         return 1;
     }
+    const EarlyEnds earlyEnds(std::filesystem::path(runtimeFolder) / "early-ends");
     // A folder that is missing holds no muted pads. A folder that cannot be read may hold some.
     int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
     bool hasStarted = isRelease;
     try {
-        if (!isRelease) result = serve(mutedPads, attribute, hasStarted);
+        if (!isRelease) result = serve(mutedPads, attribute, earlyEnds, hasStarted);
     } catch (const std::exception& failure) {
         log(Severity::error, failure.what());
         result = 1;
     }
     if (!unmuteAll(mutedPads, attribute, unmuteTimeout)) result = 1;
     if (result != 0 && !hasStarted) delayRestart();
+    if (!isRelease) earlyEnds.clear();
     return result;
 }
 

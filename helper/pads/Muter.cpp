@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include "helper/Log.h"
 #include "helper/pads/Unmute.h"
@@ -37,6 +38,7 @@ bool Muter::unmuteOthers() {
 }
 
 void Muter::retryUnless(bool areOthersUnmuted) {
+    reportChange();
     retry_.reset();
     if (areOthersUnmuted && refusals_.empty()) return;
     retry_ = loop_.after(backoff_.nextDelay(), [this] {
@@ -45,6 +47,11 @@ void Muter::retryUnless(bool areOthersUnmuted) {
         for (const auto& [name, count] : refused) mute(name);
         retryUnless(areUnmuted);
     });
+}
+
+void Muter::reportChange() {
+    const bool isAnyMuted = !mutedPads_.names().empty();
+    if (std::exchange(isAnyMuted_, isAnyMuted) != isAnyMuted && onChange) onChange(isAnyMuted);
 }
 
 void Muter::mute(const std::string& name) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -28,9 +29,13 @@ class Muter {
     // Mutes these devices, and unmutes all others in the list.
     void muteOnly(const std::vector<std::string>& names);
 
+    // Called when the list of muted pads has got its first entry or lost its last one.
+    std::function<void(bool isAnyMuted)> onChange;
+
   private:
     bool unmuteOthers();
     void retryUnless(bool areOthersUnmuted);
+    void reportChange();
     void mute(const std::string& name);
     void handleRefusal(const std::string& name, int count);
     void logOnce(const std::string& name, const std::string& line);
@@ -41,6 +46,7 @@ class Muter {
     std::set<std::string> wanted_;
     std::map<std::string, int> refusals_;  // the devices to mute that were refused for want of the right, and how often
     std::set<std::string> logged_;         // the devices for which a line was logged
+    bool isAnyMuted_ = false;              // as last reported
     Backoff backoff_;
     std::unique_ptr<Loop::Watch> retry_;
 };

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <vector>
 
 #include "tests/helper/RunUntil.h"
 #include "tests/helper/Users.h"
@@ -32,6 +33,18 @@ TEST_F(MuterTest, UnmutesDevicesThatAreNotGivenAnyMore) {
     muter.muteOnly({});
     EXPECT_TRUE(computer.isActive("input6"));
     EXPECT_EQ(recordedPads(), Names());
+}
+
+TEST_F(MuterTest, ReportsTheFirstMutedPadAndTheEndOfTheLast) {
+    std::vector<bool> reports;
+    muter.onChange = [&](bool isAnyMuted) { reports.push_back(isAnyMuted); };
+    muter.muteOnly({});
+    muter.muteOnly({"input5"});
+    muter.muteOnly({"input5", "input6"});
+    muter.muteOnly({"input6"});
+    EXPECT_EQ(reports, std::vector{true});
+    muter.muteOnly({});
+    EXPECT_EQ(reports, (std::vector{true, false}));
 }
 
 TEST_F(MuterTest, UnmutesWhatAnEarlierProcessHasLeft) {

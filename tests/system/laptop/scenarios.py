@@ -11,6 +11,7 @@ import left_files
 import walls_of_the_helper
 import versions
 import hidden_processes
+import hanging
 # This one is last, since it removes the packages.
 import removal
 from laptop import Laptop

@@ -1,0 +1,61 @@
+#include "helper/Watchdog.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace kovra::helper {
+namespace {
+
+using namespace std::chrono_literals;
+
+class WatchdogTest : public testing::Test {
+  protected:
+    void runFor(std::chrono::milliseconds time) {
+        const auto over = loop.after(time, [this] { loop.stop(); });
+        loop.run();
+    }
+    long signs() const { return std::count(states.begin(), states.end(), "WATCHDOG=1"); }
+
+    Loop loop;
+    bool hasManager = true;
+    std::vector<std::string> states;
+    Watchdog watchdog{loop,
+                      [this](const char* state) {
+                          states.emplace_back(state);
+                          // A third sign of life ends the wait.
+                          if (signs() == 3) loop.stop();
+                          return hasManager;
+                      },
+                      {.timeout = 6s, .interval = 10ms}};
+};
+
+TEST_F(WatchdogTest, IsOnWhileATouchpadIsMutedAndGivesSignsOfLife) {
+    watchdog.setMuted(true);
+    EXPECT_EQ(states, std::vector<std::string>{"WATCHDOG_USEC=6000000"});
+    runFor(10s);
+    EXPECT_EQ(signs(), 3);
+    states.clear();
+    watchdog.setMuted(false);
+    runFor(50ms);
+    EXPECT_EQ(states, std::vector<std::string>{"WATCHDOG_USEC=0"});
+}
+
+TEST_F(WatchdogTest, GivesSignsWellBeforeTheTimeIsOver) {
+    const Watchdog::Timing timing;
+    EXPECT_LE(2 * timing.interval, timing.timeout);
+    EXPECT_LE(timing.timeout, 8s);  // what was muted is back within ten seconds
+}
+
+TEST_F(WatchdogTest, DoesNotWakeUpWithoutAServiceManager) {
+    hasManager = false;
+    watchdog.setMuted(true);
+    runFor(50ms);
+    EXPECT_EQ(signs(), 0);
+}
+
+}  // namespace
+}  // namespace kovra::helper
