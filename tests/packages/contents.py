@@ -83,6 +83,9 @@ def dependencies(built):
     check("ble-kovra-helper" in built.field("ble-kovra", "Recommends"), "it does not recommend the helper")
     needs = built.field("ble-kovra-helper", "Depends")
     check("qt6" not in needs and "xcb" not in needs, f"the helper needs a desktop: {needs}")
+    # An older program of tmpfiles.d rejects the lines of the package, so that there is no flag.
+    for package in ("systemd", "systemd-tmpfiles"):
+        check(f"{package} (>= 252)" in needs, f"any version of {package} is enough for the helper: {needs}")
 
 
 @scenario("The desktop entry and the metainfo are valid, name existing files, and have texts in six languages.")
