@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "helper/flag/HandOver.h"
+#include "tests/helper/AsRoot.h"
 #include "tests/helper/Users.h"
 #include "tests/helper/flag/FlagRig.h"
 
@@ -40,9 +41,17 @@ TEST(FlagFileTest, IsOffIfItIsMissingOrBelongsToAnotherUser) {
     const auto folder = Descriptor(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     EXPECT_TRUE(FlagFile::open(folder.number(), flagName, ::geteuid()));
     EXPECT_FALSE(FlagFile::open(folder.number(), flagName, ::geteuid() + 1));
-    if (::geteuid() != 0) return;  // only root can change the owner
-    ASSERT_EQ(::chown(rig.state().c_str(), alice, alice), 0);
-    EXPECT_FALSE(rig.isOn());
+}
+
+TEST(FlagFileTest, IsOffOnceItBelongsToAnotherUser) {
+    runAsRoot([] {
+        FlagRig rig;
+        rig.handOver(alice);
+        rig.write(alice, "on");
+        ASSERT_TRUE(rig.isOn());
+        ASSERT_EQ(::chown(rig.state().c_str(), alice, alice), 0);
+        EXPECT_FALSE(rig.isOn());
+    });
 }
 
 TEST(FlagFileTest, IsOneUsersOnlyIfTheWholeAccessListSaysSo) {

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "helper/Descriptor.h"
+#include "tests/helper/AsRoot.h"
 #include "tests/helper/BytesRead.h"
 #include "tests/helper/Users.h"
 #include "tests/helper/flag/FlagRig.h"
@@ -139,24 +140,30 @@ TEST(FlagFolderAttackTest, ADescriptorForReadingCannotBeReopenedForWritingAfterA
     EXPECT_FALSE(mayWrite(alice, rig.path("state.left.61001")));
 }
 
-TEST(FlagFolderAttackTest, NoUserCanReplaceTheFlagNotEvenTheOneAtTheMachine) {
+TEST(FlagFolderAttackTest, TheUserAtTheMachineMayWriteTheFlagAndNothingElse) {
     FlagRig rig;
     rig.handOver(alice);
     EXPECT_EQ(accessList(rig.path()), "u::rwx,g::r-x,o::r-x");
     EXPECT_EQ(accessList(rig.state()), "u::rw-,u:61001:rw-,g::r--,m::rw-,o::r--");
-    if (::geteuid() != 0) return;  // an ordinary user owns these files and may do all this
-    for (const uid_t user : {alice, bob}) {
-        const ActingAs other(user);
-        EXPECT_NE(::unlink(rig.state().c_str()), 0);
-        EXPECT_NE(::rename(rig.state().c_str(), rig.path("moved").c_str()), 0);
-        EXPECT_NE(::symlink("/nowhere", rig.path("state.new").c_str()), 0);
-        EXPECT_NE(::mkfifo(rig.path("state.new").c_str(), 0666), 0);
-        EXPECT_NE(::chmod(rig.state().c_str(), 0666), 0);
-        EXPECT_NE(::chown(rig.state().c_str(), user, user), 0);
-        EXPECT_LT(::open(rig.path("state.left.61002").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666), 0);
-        EXPECT_THROW(setAccessList(rig.state(), "u::rw-,g::rw-,o::rw-"), std::runtime_error);
-    }
-    EXPECT_EQ(rig.names(), Names{"state"});
+}
+
+TEST(FlagFolderAttackTest, NoUserCanReplaceTheFlagNotEvenTheOneAtTheMachine) {
+    runAsRoot([] {
+        FlagRig rig;
+        rig.handOver(alice);
+        for (const uid_t user : {alice, bob}) {
+            const ActingAs other(user);
+            EXPECT_NE(::unlink(rig.state().c_str()), 0);
+            EXPECT_NE(::rename(rig.state().c_str(), rig.path("moved").c_str()), 0);
+            EXPECT_NE(::symlink("/nowhere", rig.path("state.new").c_str()), 0);
+            EXPECT_NE(::mkfifo(rig.path("state.new").c_str(), 0666), 0);
+            EXPECT_NE(::chmod(rig.state().c_str(), 0666), 0);
+            EXPECT_NE(::chown(rig.state().c_str(), user, user), 0);
+            EXPECT_LT(::open(rig.path("state.left.61002").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666), 0);
+            EXPECT_THROW(setAccessList(rig.state(), "u::rw-,g::rw-,o::rw-"), std::runtime_error);
+        }
+        EXPECT_EQ(rig.names(), Names{"state"});
+    });
 }
 
 TEST(FlagFolderAttackTest, OnlyAFewBytesOfAHugeFileAreRead) {

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include "tests/helper/AsRoot.h"
+#include "tests/helper/RunUntil.h"
 
 #include "tests/helper/Users.h"
 #include "tests/helper/flag/FlagRig.h"
@@ -60,29 +62,34 @@ TEST(FlagFolderTest, IsRefusedIfAnAccessListLetsAnotherUserWriteIt) {
 }
 
 TEST(FlagFolderTest, OpensInFoldersOfRootOnlyIfItBelongsToTheOwner) {
-    if (::geteuid() != 0) return;  // only root can change the owner
+    runAsRoot([] {
+        FlagRig rig;
+        const auto opensFor = [&](uid_t owner) {
+            return FlagFolder::open(rig.loop(), folderPath, {rig.root(), owner}) != nullptr;
+        };
+        EXPECT_FALSE(opensFor(alice));
+        ASSERT_EQ(::chown(rig.path().c_str(), alice, alice), 0);
+        EXPECT_TRUE(opensFor(alice));
+        EXPECT_FALSE(opensFor(bob));
+        EXPECT_FALSE(opensFor(0));
+        ASSERT_EQ(::chown((rig.root() + "/Library").c_str(), bob, bob), 0);
+        EXPECT_FALSE(opensFor(alice));
+    });
+}
+
+TEST(FlagFolderTest, IsRefusedIfThePathBelongsToAnotherUser) {
     FlagRig rig;
-    const auto opensFor = [&](uid_t owner) {
-        return FlagFolder::open(rig.loop(), folderPath, {rig.root(), owner}) != nullptr;
-    };
-    EXPECT_FALSE(opensFor(alice));
-    ASSERT_EQ(::chown(rig.path().c_str(), alice, alice), 0);
-    EXPECT_TRUE(opensFor(alice));
-    EXPECT_FALSE(opensFor(bob));
-    EXPECT_FALSE(opensFor(0));
-    ASSERT_EQ(::chown((rig.root() + "/Library").c_str(), bob, bob), 0);
-    EXPECT_FALSE(opensFor(alice));
+    EXPECT_EQ(FlagFolder::open(rig.loop(), folderPath, {rig.root(), ::geteuid() + 1}), nullptr);
 }
 
 TEST(FlagFolderTest, IsRefusedIfAnyFolderOfThePathBelongsToAnotherUser) {
-    FlagRig rig;
-    EXPECT_EQ(FlagFolder::open(rig.loop(), folderPath, {rig.root(), ::geteuid() + 1}), nullptr);
-    if (::geteuid() != 0) return;  // only root can change the owner
-    for (const std::string name : {"", "/Library", "/Library/Application Support", folderPath}) {
-        FlagRig given;
-        ASSERT_EQ(::chown((given.root() + name).c_str(), alice, alice), 0);
-        EXPECT_FALSE(opens(given)) << name;
-    }
+    runAsRoot([] {
+        for (const std::string name : {"", "/Library", "/Library/Application Support", folderPath}) {
+            FlagRig given;
+            ASSERT_EQ(::chown((given.root() + name).c_str(), alice, alice), 0);
+            EXPECT_FALSE(opens(given)) << name;
+        }
+    });
 }
 
 // Counts the notifications of the folder.

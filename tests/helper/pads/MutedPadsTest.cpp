@@ -10,6 +10,8 @@
 #include <set>
 #include <string>
 
+#include "tests/helper/AsRoot.h"
+#include "tests/helper/Users.h"
 #include "tests/support/posix/OrdinaryUser.h"
 #include "tests/support/posix/TempFolder.h"
 
@@ -115,11 +117,12 @@ TEST_F(MutedPadsTest, AreNotAddedIfOthersMayWriteTheFolder) {
 }
 
 TEST_F(MutedPadsTest, AreNotAddedIfTheFolderBelongsToAnotherUser) {
-    fs::create_directories(pads);
-    if (::geteuid() != 0) return;  // only root can change the owner
-    OrdinaryUser::give(pads);
-    EXPECT_EQ(MutedPads(runtime).add("input17"), EPERM);
-    EXPECT_TRUE(fs::is_empty(pads));
+    runAsRoot([this] {
+        fs::create_directories(pads);
+        ASSERT_EQ(::chown(pads.c_str(), alice, alice), 0);
+        EXPECT_EQ(MutedPads(runtime).add("input17"), EPERM);
+        EXPECT_TRUE(fs::is_empty(pads));
+    });
 }
 
 TEST_F(MutedPadsTest, AreReadAndRemovedEvenIfOthersMayWriteTheFolder) {

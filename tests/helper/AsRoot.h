@@ -1,0 +1,111 @@
+#pragma once
+
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+
+#include "tests/helper/Users.h"
+
+namespace kovra::helper {
+
+// A user namespace that has the numbers of other users, too. Only newuidmap and newgidmap may give it those, which the
+// administrator grants to each user in /etc/subuid and /etc/subgid.
+class NamespaceOfUsers {
+  public:
+    // Runs the work in a child process, as the root of a namespace of its own. Returns why that is impossible, or an
+    // empty string.
+    static std::string run(const std::function<void()>& work) {
+        std::array<int, 2> entered{};
+        std::array<int, 2> mapped{};
+        if (::pipe(entered.data()) != 0 || ::pipe(mapped.data()) != 0) return "there are no pipes";
+        std::fflush(nullptr);
+        const pid_t process = ::fork();
+        if (process == 0) {
+            send(entered[1], ::unshare(CLONE_NEWUSER) == 0);
+            if (receive(mapped[0])) runAsItsRoot(work);
+            ::_exit(1);
+        }
+        std::string obstacle;
+        if (!receive(entered[0]))
+            obstacle = "user namespaces are denied";
+        else if (!map("newuidmap", "/etc/subuid", process, ::geteuid()) ||
+                 !map("newgidmap", "/etc/subgid", process, ::getegid()))
+            obstacle = "newuidmap (of the package uidmap) and /etc/subuid give this user no numbers of other users";
+        send(mapped[1], obstacle.empty());
+        int status = -1;
+        ::waitpid(process, &status, 0);
+        for (const int end : {entered[0], entered[1], mapped[0], mapped[1]}) ::close(end);
+        if (obstacle.empty()) {
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "in the child process, see above";
+        }
+        return obstacle;
+    }
+
+  private:
+    static void send(int pipe, bool isGood) {
+        const char word = isGood ? 'y' : 'n';
+        if (::write(pipe, &word, 1) != 1) ::_exit(1);
+    }
+    static bool receive(int pipe) {
+        char word = 0;
+        return ::read(pipe, &word, 1) == 1 && word == 'y';
+    }
+
+    // Makes this number the root of the namespace, and adds the numbers that the file grants to the user.
+    static bool map(const std::string& program, const char* file, pid_t process, unsigned number) {
+        const passwd* user = ::getpwuid(::geteuid());
+        std::ifstream lines(file);
+        for (std::string line; user != nullptr && std::getline(lines, line);) {
+            std::istringstream fields(line);
+            std::string name;
+            unsigned first = 0;
+            unsigned count = 0;
+            char colon = 0;
+            if (!std::getline(fields, name, ':') || !(fields >> first >> colon >> count)) continue;
+            if ((name != user->pw_name && name != std::to_string(user->pw_uid)) || count <= bob + 1) continue;
+            std::ostringstream command;
+            command << program << ' ' << process << " 0 " << number << " 1 1 " << first << ' ' << count
+                    << " 2>/dev/null";
+            return std::system(command.str().c_str()) == 0;
+        }
+        return false;
+    }
+
+    static void runAsItsRoot(const std::function<void()>& work) {
+        try {
+            if (::setgroups(0, nullptr) != 0 || ::setresgid(0, 0, 0) != 0 || ::setresuid(0, 0, 0) != 0)
+                ADD_FAILURE() << "cannot become the root of the namespace";
+            else
+                work();
+        } catch (const std::exception& error) {
+            ADD_FAILURE() << error.what();
+        }
+        std::fflush(nullptr);
+        ::_exit(::testing::Test::HasFailure() ? 1 : 0);
+    }
+};
+
+// Runs a test that needs root, because it changes owners or becomes several users. For an ordinary user it runs in a
+// namespace of users. Without that it counts as skipped: ./test recognizes the text, and reports the test as not run.
+inline void runAsRoot(const std::function<void()>& test) {
+    if (::geteuid() == 0) {
+        test();
+        return;
+    }
+    const std::string obstacle = NamespaceOfUsers::run(test);
+    if (!obstacle.empty()) GTEST_SKIP() << "needs root: " << obstacle;
+}
+
+}  // namespace kovra::helper
