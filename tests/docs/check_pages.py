@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that the files, tests and links that the pages name exist.
+"""Checks that what the pages name exists: the files and tests in docs/where.md, the tests in SECURITY.md, all links.
 
   check_pages.py [ROOT]      ROOT: the project's folder; by default the one that contains this file
 
@@ -41,29 +41,50 @@ def dead_links(root):
                 yield f"no such file, named in {page.relative_to(root)}: {path}"
 
 
-def wrong_rows(root):
-    suites, tests, scenarios = known_tests(root)
-    rows = 0
-    for line in (root / "docs" / "where.md").read_text(encoding="utf-8").splitlines():
+def rows(root, page, titles):
+    """Returns the rows of the page's tables with these titles, each as its cells. A missing cell is empty."""
+    found, is_inside = [], False
+    for line in (root / page).read_text(encoding="utf-8").splitlines():
         cells = [cell.strip() for cell in line.strip().strip("|").split(" | ")]
-        if not line.startswith("| ") or len(cells) != 3 or cells[0] == "Behaviour":
-            continue
-        rows += 1
-        behaviour, files, named = cells[0], re.findall(r"`([^`]+)`", cells[1]), re.findall(r"`([^`]+)`", cells[2])
-        if not files or not named:
+        is_inside = line.startswith("|") and (is_inside or cells == titles)
+        if is_inside and cells != titles and not line.startswith("|---"):
+            found.append(cells[:len(titles)] + [""] * (len(titles) - len(cells)))
+    return found
+
+
+def names(cell):
+    return re.findall(r"`([^`]+)`", cell)
+
+
+def wrong_tests(known, cell, row):
+    suites, tests, scenarios = known
+    for name in names(cell):
+        if name.startswith(("system: ", "hosts: ", "packages: ")):
+            found = any(sentence.startswith(name) for sentence in scenarios)
+        else:
+            found = name in tests if "." in name else name in suites
+        if not found:
+            yield f"no such test: {name} ({row})"
+
+
+def wrong_rows(root):
+    known = known_tests(root)
+    behaviours = rows(root, "docs/where.md", ["Behaviour", "File", "Test"])
+    for behaviour, files, tests in behaviours:
+        if not names(files) or not names(tests):
             yield f"no file or no test: {behaviour}"
-        for file in files:
+        for file in names(files):
             if not (root / file).is_file():
                 yield f"no such file: {file} ({behaviour})"
-        for name in named:
-            if name.startswith(("system: ", "hosts: ", "packages: ")):
-                found = any(sentence.startswith(name) for sentence in scenarios)
-            else:
-                found = name in tests if "." in name else name in suites
-            if not found:
-                yield f"no such test: {name} ({behaviour})"
-    if rows == 0:
-        yield "docs/where.md has no rows"
+        yield from wrong_tests(known, tests, behaviour)
+    promises = rows(root, "SECURITY.md", ["Promise", "Test"])
+    for promise, tests in promises:
+        if not names(tests):
+            yield f"no test: {promise}"
+        yield from wrong_tests(known, tests, promise)
+    for page, found in (("docs/where.md", behaviours), ("SECURITY.md", promises)):
+        if not found:
+            yield f"{page} has no rows"
 
 
 if __name__ == "__main__":
