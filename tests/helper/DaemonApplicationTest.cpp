@@ -10,6 +10,7 @@
 #include "helper/session/ApplicationWatch.h"
 #include "tests/helper/DaemonRig.h"
 #include "tests/helper/ProcessName.h"
+#include "tests/helper/RunUntil.h"
 
 namespace kovra::helper {
 namespace {
@@ -69,7 +70,8 @@ TEST_F(DaemonApplicationTest, ThatIsStoppedChangesNothing) {
     rig.flag.write(user, "on");
     ASSERT_TRUE(rig.becomes("1"));
     kill(SIGSTOP);
-    rig.settle();
+    ::waitpid(process, nullptr, WUNTRACED);
+    handleEvents(rig.flag.loop());
     rig.daemon->evaluate();
     EXPECT_TRUE(rig.is("1"));
     kill(SIGCONT);

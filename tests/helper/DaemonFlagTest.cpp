@@ -59,7 +59,7 @@ TEST_F(DaemonFlagTest, WithASecondNameInItsFolderUnmutesThePad) {
 
 TEST_F(DaemonFlagTest, WithASecondNameElsewhereKeepsThePadMuted) {
     fs::create_hard_link(rig.flag.state(), rig.flag.root() + "/other");
-    rig.settle();
+    rig.awaitLook();
     EXPECT_TRUE(rig.is("1"));
     rig.flag.write(alice, "off");
     EXPECT_TRUE(rig.becomes("0"));

@@ -10,6 +10,7 @@
 
 #include "helper/Daemon.h"
 #include "tests/helper/DaemonRig.h"
+#include "tests/helper/RunUntil.h"
 
 namespace kovra::helper {
 namespace {
@@ -30,7 +31,7 @@ class DaemonHandOverTest : public testing::Test {
     // Starts a daemon with these delays, and records the time of each of its evaluations.
     void startWith(Backoff pauses) {
         rig.start();
-        rig.settle();
+        handleEvents(rig.flag.loop());
         const Daemon::Session session{.activeUser =
                                           [this] {
                                               evaluations.push_back(std::chrono::steady_clock::now());
@@ -54,7 +55,7 @@ TEST_F(DaemonHandOverTest, ThatFailsMutesNothingAndIsRetried) {
     rig.startMuted();
     obstruct();
     rig.switchTo(bob);
-    rig.settle();
+    rig.awaitLook();
     EXPECT_TRUE(rig.is("0"));
     EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
     EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
@@ -70,8 +71,9 @@ TEST_F(DaemonHandOverTest, ThatFailedIsRetriedForTheSameUserOnlyAfterTheDelay) {
     rig.switchTo(bob);
     fs::remove_all(inTheWay);
     for (int i = 0; i < 20; ++i) rig.daemon->evaluate();
-    writeFile(rig.flag.state(), "on");  // causes an evaluation
-    rig.settle();
+    const std::size_t before = evaluations.size();
+    writeFile(rig.flag.state(), "on");
+    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() > before; }));
     EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
     rig.switchTo(alice);
     EXPECT_TRUE(mayWrite(alice, rig.flag.state()));

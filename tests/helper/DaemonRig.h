@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 #include "helper/Daemon.h"
@@ -73,8 +74,13 @@ class DaemonRig {
     bool is(const std::string& value) const {
         return computer.inhibited("input5") == value && computer.inhibited("input4") == value;
     }
-    // Lets the daemon handle all events so far.
-    void settle() { flag.runFor(std::chrono::milliseconds(30)); }
+    // Makes the daemon look at the flag, and waits for that. The kernel keeps the order of a folder's events, so the
+    // daemon has handled all earlier ones.
+    void awaitLook() {
+        const int before = looks;
+        std::filesystem::permissions(flag.state(), std::filesystem::status(flag.state()).permissions());
+        if (!flag.runUntil([&] { return looks > before; })) throw std::runtime_error("the daemon does not look");
+    }
     std::set<std::string> recordedPads() const { return MutedPads(runtime()).names(); }
     std::string runtime() const { return folder_ / "run"; }
 
@@ -85,10 +91,15 @@ class DaemonRig {
     std::optional<uid_t> askedFor;   // the user whose application was last queried
     bool wasMutedWhenAsked = false;  // whether the pad was muted at that query
     int releases = 0;
+    int looks = 0;  // how often the daemon has asked who is at the machine
 
   private:
     Daemon::Session session() {
-        return {.activeUser = [this] { return activeUser; },
+        return {.activeUser =
+                    [this] {
+                        ++looks;
+                        return activeUser;
+                    },
                 .isApplicationRunning =
                     [this](uid_t user) {
                         askedFor = user;

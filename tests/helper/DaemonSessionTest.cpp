@@ -32,7 +32,7 @@ TEST_F(DaemonSessionTest, MutesNothingWithoutTheApplication) {
     rig.activeUser = alice;
     rig.daemon->evaluate();
     rig.flag.write(alice, "on");
-    rig.settle();
+    rig.awaitLook();
     EXPECT_TRUE(rig.is("0"));
 }
 
@@ -45,7 +45,7 @@ TEST_F(DaemonSessionTest, FindsTheApplicationBeforeTheFlagSaysOn) {
 TEST_F(DaemonSessionTest, ReleasesTheApplicationOnceThereIsNoUser) {
     rig.startMuted();
     rig.releases = 0;
-    rig.settle();
+    rig.awaitLook();
     EXPECT_EQ(rig.releases, 0);
     rig.switchTo(std::nullopt);
     EXPECT_GT(rig.releases, 0);
@@ -101,7 +101,7 @@ TEST_F(DaemonSessionTest, IgnoresWritesThroughADescriptorOfThePreviousUser) {
     rig.switchTo(bob);
     FlagRig::writeTo(kept, "off");
     FlagRig::writeTo(kept, "on");
-    rig.settle();
+    rig.awaitLook();
     EXPECT_TRUE(rig.is("0"));
     EXPECT_EQ(rig.flag.content(), "off");
 }

@@ -80,7 +80,7 @@ TEST_F(DaemonTest, DoesNotMuteAPadThatAppearsWhileNothingIsMuted) {
     MockInput another = pad;
     another.input = "input31";
     rig.computer.plug(another);
-    rig.settle();
+    ASSERT_TRUE(rig.flag.runUntil([&] { return rig.touchpads->inputs().size() == 3; }));
     EXPECT_EQ(rig.computer.inhibited("input31"), "0");
 }
 
@@ -100,7 +100,7 @@ TEST_F(DaemonTest, DoesNotMuteWhatItCannotRecord) {
     rig.switchTo(alice);
     writeFile(rig.runtime(), "a file in the way");
     rig.flag.write(alice, "on");
-    rig.settle();
+    rig.awaitLook();
     EXPECT_TRUE(rig.is("0"));
 }
 
@@ -112,7 +112,7 @@ TEST_F(DaemonTest, WritesTheFlagOnlyToHandItOver) {
     EXPECT_TRUE(rig.release());
     rig.start();
     rig.endApplication(alice);
-    rig.settle();
+    rig.awaitLook();
     struct stat after {};
     ASSERT_EQ(::stat(rig.flag.state().c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);

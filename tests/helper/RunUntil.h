@@ -24,6 +24,15 @@ inline bool runUntil(Loop& loop, const std::function<bool()>& condition,
     return condition();
 }
 
+// Handles all events of files, processes and sockets that have happened so far. They are ready as soon as they have
+// happened, and sd-event first handles what has been ready for longest. So they precede the second of two timers.
+inline void handleEvents(Loop& loop) {
+    constexpr std::chrono::milliseconds now{0};
+    std::unique_ptr<Loop::Watch> timer;
+    timer = loop.after(now, [&] { timer = loop.after(now, [&] { loop.stop(); }); });
+    loop.run();
+}
+
 // Runs the loop for this time.
 inline void runFor(Loop& loop, std::chrono::milliseconds time) {
     runUntil(

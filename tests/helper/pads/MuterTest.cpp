@@ -211,12 +211,13 @@ TEST_F(MuterTest, RetriesSoonAgainAfterAnotherRequest) {
 }
 
 TEST_F(MuterTest, StopsRetryingWhenTheDeviceIsToBeMutedAgain) {
-    muter.muteOnly({"input5"});
-    computer.refuseWrites("input5");
+    muter.muteOnly({"input5", "input6"});
+    for (const char* device : {"input5", "input6"}) computer.refuseWrites(device);
     muter.muteOnly({});
     computer.acceptWrites("input5");
     muter.muteOnly({"input5"});
-    runFor(loop, 200ms);
+    computer.acceptWrites("input6");
+    EXPECT_TRUE(runUntil(loop, [&] { return computer.isActive("input6"); }));
     EXPECT_TRUE(computer.isInhibited("input5"));
     EXPECT_EQ(recordedPads(), Names{"input5"});
 }

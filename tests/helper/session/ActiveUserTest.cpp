@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tests/helper/PrivateMachine.h"
+#include "tests/helper/RunUntil.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra::helper {
@@ -88,7 +89,7 @@ class Listener {
         return once && user.current() == expected;
     }
     bool staysSilent() {
-        runFor(50ms);
+        handleEvents(loop_);
         return changes_ == 0;
     }
     // Returns whether all events have been read, so that the loop does not spin.

@@ -16,6 +16,7 @@
 #include "tests/helper/BytesRead.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/ProcessName.h"
+#include "tests/helper/RunUntil.h"
 #include "tests/helper/Users.h"
 
 namespace kovra::helper {
@@ -73,7 +74,10 @@ class Rig {
         runFor(10s);
         return std::exchange(changes_, 0) == 1;
     }
-    bool gotNothing() { return gotNothingFor(50ms); }
+    bool gotNothing() {
+        handleEvents(loop_);
+        return changes_ == 0;
+    }
     bool gotNothingFor(std::chrono::milliseconds time) {
         runFor(time);
         return changes_ == 0;

@@ -101,6 +101,19 @@ class Panel {
         return std::exchange(signals_, {});
     }
 
+    // Waits until this client of the bus has handled what it has received, and its requests to the panel and their
+    // replies. The bus keeps the order of messages.
+    void settle(const std::string& client) {
+        for (int exchanges = 0; exchanges < 3; ++exchanges) {
+            sd_bus_message* made = nullptr;
+            EXPECT_GE(sd_bus_message_new_method_call(bus_.get(), &made, client.c_str(), "/",
+                                                     "org.freedesktop.DBus.Peer", "Ping"),
+                      0);
+            const BusMessage message(made);
+            EXPECT_EQ(send(made), "");
+        }
+    }
+
     sd_bus* bus() const { return bus_.get(); }
     const std::string& item() const {
         static const std::string nobody = "org.example.Nobody";

@@ -57,7 +57,7 @@ TEST(StatusNotifierFrontTest, RegistersOnceAHostAppearsWithAWatcherThatRefusedIt
     StatusNotifierRig rig;
     rig.panel.emplace(rig.loop, Panel::Hosts::none);
     rig.panel->refusesItems = true;
-    turnsWithin(rig.loop, 50ms);
+    rig.panel->settle(rig.program());
     EXPECT_TRUE(rig.panel->items.empty());
     rig.panel->refusesItems = false;
     rig.panel->setHost(Panel::Hosts::one);
@@ -68,12 +68,12 @@ TEST(StatusNotifierFrontTest, IgnoresAHostThatAnotherClientForges) {
     StatusNotifierRig rig;
     rig.panel.emplace(rig.loop, Panel::Hosts::none);
     rig.panel->refusesItems = true;
-    turnsWithin(rig.loop, 50ms);
+    rig.panel->settle(rig.program());
     rig.panel->refusesItems = false;
     Forger(Forger::Bus::session)
-        .send(Forger::nameOf(rig.bus.bus()), "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
-              "StatusNotifierHostRegistered", "");
-    turnsWithin(rig.loop, 50ms);
+        .send(rig.program(), "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher", "StatusNotifierHostRegistered",
+              "");
+    rig.panel->settle(rig.program());
     EXPECT_TRUE(rig.panel->items.empty());
 }
 
@@ -101,7 +101,7 @@ TEST(StatusNotifierFrontTest, ReportsWhetherThereIsAHost) {
         return turnUntil(rig.loop, [&] { return reports == words; });
     };
     rig.panel.emplace(rig.loop, Panel::Hosts::none);
-    turnsWithin(rig.loop, 50ms);
+    rig.panel->settle(rig.program());
     EXPECT_EQ(reports, "");
     rig.panel->setHost(Panel::Hosts::one);
     EXPECT_TRUE(reported("host "));
@@ -280,7 +280,7 @@ TEST(StatusNotifierFrontTest, LeavesTheBusWithItsItem) {
     EXPECT_EQ(rig.panel->itemProperty("Id"), "error org.freedesktop.DBus.Error.ServiceUnknown");
     rig.panel.reset();
     rig.panel.emplace(rig.loop);
-    turnsWithin(rig.loop, 100ms);
+    rig.panel->settle(rig.program());
     EXPECT_TRUE(rig.panel->items.empty());
 }
 

@@ -69,6 +69,12 @@ struct StatusNotifierRig {
         mark.state = state;
         return mark;
     }
+    // The name that the bus has given to the program.
+    std::string program() const {
+        const char* name = nullptr;
+        EXPECT_GE(sd_bus_get_unique_name(bus.bus(), &name), 0);
+        return name;
+    }
     // Runs the queue as settle() does, and returns the actions since the last call.
     std::string takeDone() {
         settle();

@@ -7,7 +7,13 @@
 namespace kovra {
 namespace {
 
-class WindowProcessMessagesTest : public WindowProcessRig {};
+class WindowProcessMessagesTest : public WindowProcessRig {
+  protected:
+    // Waits until the process has received this text, and with it all that was sent to it before.
+    void waitUntilShown(const std::string& text) {
+        waitFor([&] { return read("shown").find(text) != std::string::npos; });
+    }
+};
 
 TEST_F(WindowProcessMessagesTest, ForwardsTheUsersChoices) {
     use(R"(echo '{"is":"itemChosen","position":4}
@@ -56,13 +62,14 @@ TEST_F(WindowProcessMessagesTest, ResumesWritingWhenTheProcessReadsAgain) {
 }
 
 TEST_F(WindowProcessMessagesTest, StartsForAnEventAndStaysUntilItIsReleased) {
-    use("exec cat <&3 >$here/shown");
+    use("echo >>$here/starts; exec cat <&3 >>$here/shown");
     popUp(71);
     popUp(72);
-    waitFor([&] { return read("shown").find("\"x\":72") != std::string::npos; });
+    waitUntilShown("\"x\":72");
     EXPECT_NE(read("shown").find("\"x\":71"), std::string::npos);
-    let(30ms);
-    EXPECT_TRUE(hasChildren());
+    popUp(73);
+    waitUntilShown("\"x\":73");
+    EXPECT_EQ(starts(), 1U);
     window->release();
     waitFor([&] { return !hasChildren(); });
     EXPECT_EQ(ends, 0);
@@ -88,18 +95,20 @@ TEST_F(WindowProcessMessagesTest, DoesNotRepeatAnEventToALaterProcess) {
     waitFor([&] { return read("shown").find("\"x\":71") != std::string::npos; });
     ::kill(pid(), SIGKILL);
     waitFor([&] { return starts() == 2 && read("shown").find("state") != std::string::npos; });
-    let(30ms);
+    popUp(72);
+    waitUntilShown("\"x\":72");
     EXPECT_EQ(read("shown").find("\"x\":71"), std::string::npos);
 }
 
 TEST_F(WindowProcessMessagesTest, StaysWhenItIsReleasedWhileThereIsSomethingToShow) {
-    use("echo $$ >$here/pid; exec cat <&3 >/dev/null");
+    use("echo >>$here/starts; exec cat <&3 >>$here/shown");
     popUp(71);
     show("state");
-    waitFor([&] { return pid() > 0; });
+    waitUntilShown("state");
     window->release();
-    let(50ms);
-    EXPECT_TRUE(hasChildren());
+    show("later");
+    waitUntilShown("later");
+    EXPECT_EQ(starts(), 1U);
     window->hideTray();
     waitFor([&] { return !hasChildren(); });
 }
@@ -130,8 +139,9 @@ TEST_F(WindowProcessMessagesTest, SendsTheSameStateOnce) {
             waitFor([&] { return shownStates() >= differing; });
         }
     }
-    let(20ms);
-    EXPECT_EQ(shownStates(), 3);
+    show("last");
+    waitUntilShown("last");
+    EXPECT_EQ(shownStates(), 4);
 }
 
 TEST_F(WindowProcessMessagesTest, RemovesOneStateWhileTheOthersStay) {
@@ -158,7 +168,8 @@ TEST_F(WindowProcessMessagesTest, ShowsTheRemainingStatesAgainAfterItDied) {
     waitFor([&] { return read("shown").find("showWindow") != std::string::npos; });
     ::kill(pid(), SIGKILL);
     waitFor([&] { return starts() == 2 && read("shown").find("tip") != std::string::npos; });
-    let(30ms);
+    show("later");
+    waitUntilShown("later");
     EXPECT_EQ(read("shown").find("indow"), std::string::npos);
 }
 
