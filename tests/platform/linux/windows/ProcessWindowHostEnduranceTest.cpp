@@ -41,8 +41,10 @@ TEST(ProcessWindowHostEnduranceTest, LeaksNothingInAHundredThousandChangesOfTheL
     ::chmod(program.c_str(), 0755);
 
     SdEventLoop loop;
+    // The program gives no sign of life.
+    const WindowProcess::Timing timing{.delays = {1h}, .settled = 1h, .linger = 50ms, .firstSign = 1h, .sign = 1h};
     WindowProcess process(
-        loop, [&] { return program; }, WindowProcess::Timing{{1h}, 1h, 50ms});
+        loop, [&] { return program; }, timing);
     ActivationToken token;
     FakeWorkspace workspace;
     ProcessWindowHost host(loop, process, token, workspace);

@@ -15,6 +15,9 @@ class WindowProcessHangTest : public WindowProcessRig {
     static constexpr auto sign = 150ms;
 
     WindowProcessHangTest() { times.sign = sign; }
+    ~WindowProcessHangTest() override {
+        if (stopped_ != 0) ::kill(stopped_, SIGKILL);  // it is no child of this process, and would stay for ever
+    }
 
     // A process that gives a sign of life whenever it is asked.
     void useOneThatAnswers(const std::string& atItsStart = "") {
@@ -32,12 +35,15 @@ esac; done & echo $$ $! >$here/pids; wait)");
         return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     }
     // Stops the process and the one that reads for it.
-    void stop() const {
-        pid_t shell = 0, reader = 0;
-        ASSERT_EQ(std::sscanf(read("pids").c_str(), "%d %d", &shell, &reader), 2);
-        ::kill(reader, SIGSTOP);
+    void stop() {
+        pid_t shell = 0;
+        ASSERT_EQ(std::sscanf(read("pids").c_str(), "%d %d", &shell, &stopped_), 2);
+        ::kill(stopped_, SIGSTOP);
         ::kill(shell, SIGSTOP);
     }
+
+  private:
+    pid_t stopped_ = 0;
 };
 
 TEST_F(WindowProcessHangTest, ReplacesAProcessThatHangsAndShowsTheNewestStateInTheNextOne) {
