@@ -14,6 +14,8 @@ Daemon::Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpa
       clock_(loop, [this] { rescan(); }),
       handOverBackoff_(handOverBackoff) {
     touchpads_.onChange = [this] { evaluate(); };
+    // If the flag's disk has become read-only, there is no event of it. The person then unplugs the mouse.
+    touchpads_.onEvent = [this] { evaluate(); };
     flag_.onChange = [this] { evaluate(); };
     flag_.onLost = [this] { handleLostFlag(); };
 }

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/acl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -65,6 +66,11 @@ FlagFile::Content FlagFile::content() const {
     std::array<char, 4> text{};  // longer than "on", so that further bytes are noticed
     const ssize_t size = ::pread(file_.number(), text.data(), text.size(), 0);
     return size == 2 && text[0] == 'o' && text[1] == 'n' ? Content::on : Content::off;
+}
+
+bool FlagFile::isOnAWritableDisk() const {
+    struct statvfs disk {};
+    return ::fstatvfs(file_.number(), &disk) == 0 && (disk.f_flag & ST_RDONLY) == 0;
 }
 
 void FlagFile::truncate() const {

@@ -32,6 +32,9 @@ class FlagFile {
     // True also if that cannot be found out.
     bool hasOtherNameIn(int folder, const char* name) const;
 
+    // Whether the file's disk can be written. After an error a disk may become read-only, without any event.
+    bool isOnAWritableDisk() const;
+
     // Whether exactly this user, or no user, can write the file besides its owner.
     bool isWritableBy(std::optional<uid_t> user) const;
     // The user who can write the file besides its owner, if there is exactly one.

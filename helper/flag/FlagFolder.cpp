@@ -111,7 +111,7 @@ bool FlagFolder::isWritableBy(std::optional<uid_t> user) const {
 
 bool FlagFolder::isOn() const {
     const auto flag = FlagFile::open(folder_.number(), flagName, trust_.owner);
-    return isFlagWatched_ && flag && !flag->hasOtherNameIn(folder_.number(), flagName) &&
+    return isFlagWatched_ && flag && flag->isOnAWritableDisk() && !flag->hasOtherNameIn(folder_.number(), flagName) &&
            flag->content() == FlagFile::Content::on;
 }
 

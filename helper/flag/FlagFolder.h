@@ -53,7 +53,8 @@ class FlagFolder {
     // Whether the flag is as handOver() leaves it: this user alone, or no user, can write it, and it is watched.
     bool isFlagOf(std::optional<uid_t> user) const;
     // Whether the flag is a regular file of the owner with exactly the two bytes "on" and no further name in the
-    // folder. A flag that cannot be watched counts as "off", because a later "off" would go unnoticed.
+    // folder. A flag that cannot be watched counts as "off", because a later "off" would go unnoticed. So does one on a
+    // read-only disk, because "off" could not be written.
     bool isOn() const;
 
     // Called when the flag may have changed or was replaced, including by handOver().

@@ -50,7 +50,9 @@ void Touchpads::receiveEvents() {
         else if (errno != EINTR)
             break;
     }
-    if (mustRescan) rescan();
+    if (!mustRescan) return;
+    rescan();
+    if (onEvent) onEvent();
 }
 
 }  // namespace kovra::helper

@@ -28,6 +28,8 @@ class Touchpads {
 
     // Called when a scan finds other devices than the previous scan.
     std::function<void()> onChange;
+    // Called after each event of an input device, such as a mouse that was unplugged.
+    std::function<void()> onEvent;
 
   private:
     void receiveEvents();
