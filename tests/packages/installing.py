@@ -2,11 +2,12 @@
 
 import os
 import stat
+import subprocess
 
 from built import NAMES
 from root import FLAG, MANAGER, Root
 from scenario import run, scenario
-from waiting import check
+from waiting import check, now
 
 
 def installed(built, name):
@@ -194,6 +195,42 @@ def folder_made_by_hand(built):
     found = folder.lstat()
     mode = stat.S_IMODE(found.st_mode)
     check((found.st_uid, mode) == (root.helper_user()[0], 0o755), f"its owner is {found.st_uid}, its mode {mode:o}")
+
+
+def start_service(built, name, invoke):
+    """Runs the part of the installation's script that starts the service. `invoke` is the program that does it. Returns
+    the output and how long it took."""
+    root, _ = installed(built, name)
+    script = (root.path / "var/lib/dpkg/info/ble-kovra-helper.postinst").read_text()
+    script = "set -e\n" + script[script.index("# Starts the service"):].replace("/run/systemd/system", "/run")
+    environment = {**root.environment(), "DPKG_ROOT": ""}
+    programs, state = built.folder / "programs", root.path / "state"
+    state.write_text("before")
+    for program, text in (("deb-systemd-invoke", invoke.format(state=state)),
+                          ("systemctl", f'case $* in *InvocationID*) cat {state} ;; *) echo "Cannot start" ;; esac'),
+                          ("journalctl", 'case $* in *INVOCATION_ID=after*) echo "the reason" ;; esac')):
+        (programs / program).write_text(f"#!/bin/sh\n{text}\n")
+        (programs / program).chmod(0o755)
+    begun = now()
+    done = subprocess.run(["sh", "-c", script, "postinst", "configure", ""], env=environment, capture_output=True,
+                          text=True, timeout=60)
+    (programs / "journalctl").unlink()
+    check(done.returncode == 0, f"it ends with {done.returncode}: {done.stderr}")
+    return done.stdout + done.stderr, now() - begun
+
+
+@scenario("The installation does not wait for a helper that cannot start: it prints the reason and ends.")
+def start_without_success(built):
+    output, took = start_service(built, "no_success", "echo after >{state}; exec sleep 30")
+    check(output.startswith("ble-kovra-helper cannot start: the reason\n"), f"it prints {output!r}")
+    check(took < 10, f"it took {took:.1f} s")
+
+
+@scenario("The installation waits for a helper that starts, and prints nothing, whatever its former process said.")
+def start_with_success(built):
+    output, took = start_service(built, "success", "exec sleep 1")
+    check(output == "", f"it prints {output!r}")
+    check(took >= 1, f"it took only {took:.1f} s")
 
 
 @scenario("Before the removal the helper is stopped, however it was started, its touchpads are unmuted, and its right "
