@@ -92,7 +92,6 @@ class Laptop(Ports):
         """Installs the packages in the first scenario that needs them. Later it ensures that the helper runs."""
         if not self._is_installed:
             self.reinstall()
-            self._is_installed = True
         elif not HELPER_PROCESSES.exists():
             run("systemctl", "start", HELPER)
 
@@ -101,7 +100,10 @@ class Laptop(Ports):
         self._is_installed = False
 
     def reinstall(self):
-        run("dpkg", "--force-unsafe-io", "-i", *self._packages)
+        """Returns what dpkg prints."""
+        output = run("dpkg", "--force-unsafe-io", "-i", *self._packages)
+        self._is_installed = True
+        return output
 
     def install_helper_of_root(self):
         """Installs the helper's package as it was when the helper ran as root, on a system that had none before.

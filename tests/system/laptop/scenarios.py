@@ -12,6 +12,7 @@ import walls_of_the_helper
 import versions
 import hidden_processes
 import hanging
+import bad_days
 # This one is last, since it removes the packages.
 import removal
 from laptop import Laptop
