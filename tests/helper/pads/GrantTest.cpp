@@ -9,7 +9,7 @@
 namespace kovra::helper {
 namespace {
 
-const MockInput mouse{.input = "input7",
+const MockInput plainMouse{.input = "input7",
                       .name = "Somebody's USB Mouse",
                       .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
                       .bus = "0003",
@@ -46,7 +46,7 @@ TEST(GrantTest, GivesNoOtherDevice) {
     external.input = "input6";
     external.properties += "ID_INPUT_TOUCHPAD_INTEGRATION=external\n";
     external.hid = "0005:05AC:030E.0003";
-    for (const MockInput& device : {pad, mouse, external}) computer.addDevice(device);
+    for (const MockInput& device : {pad, plainMouse, external}) computer.addDevice(device);
     EXPECT_TRUE(grantPads(grantee(), InhibitedAttribute()));
     for (const char* input : {"input7", "input6"}) EXPECT_EQ(computer.rights(input).st_mode & S_IWGRP, 0U);
 }
