@@ -16,8 +16,6 @@ from waiting import check, now, wait_for
 
 FLAGS_FOLDER = pathlib.Path(FLAG).parent
 RECORDS = pathlib.Path("/run/ble-kovra-helper")
-# The installation takes a few seconds in an emulated machine. A helper that cannot start ends after 30 s.
-INSTALLED = 20
 
 
 def kill_for_memory(process):
@@ -65,7 +63,8 @@ def expect_all_to_work(laptop, application, mouse, pad):
     laptop.expect_dead(pad)
     since = now()
     laptop.log_in(BORIS).activate()
-    laptop.expect_back_at_once(since, pad)
+    # A login manager that has just started takes its time to switch.
+    laptop.expect_back_at_once(since, pad, cause=now())
     laptop.log_in(ANNA).activate()
     laptop.expect_dead(pad)
     mouse.unplug()
@@ -187,8 +186,8 @@ def remount(how):
     run("/bin/busybox", "mount", "-o", f"remount,{how}", str(FLAGS_FOLDER.parent))
 
 
-@scenario("If the flag's disk is read-only when the helper starts, the helper runs and mutes nothing, until it is "
-          "writable.")
+@scenario("If the flag's disk is read-only when the helper starts, the helper runs and mutes nothing. Once the "
+          "disk is writable, a restart of the helper is enough.")
 def read_only_at_boot(laptop):
     one = laptop.plug_pad(twin=True)
     with disk_of_its_own(laptop):
@@ -199,6 +198,8 @@ def read_only_at_boot(laptop):
         laptop.expect_alive_until(now() + 3, one)
         application.expect_running()
         remount("rw")
+        # systemd has given the helper a mount of its own, which stays read-only.
+        run("systemctl", "restart", HELPER)
         laptop.expect_dead(one)
         since = now()
         application.kill()
@@ -254,15 +255,14 @@ def installed_behind_a_link(laptop):
     elsewhere.mkdir()
     library.symlink_to(elsewhere)
     try:
-        begun = now()
         output = laptop.reinstall()
-        took = now() - begun
+        # The helper ends after half a minute, and is then started again.
+        restarts = run("systemctl", "show", "-P", "NRestarts", HELPER).strip()
         check("ble-kovra-helper cannot start: the flag's folder cannot be trusted: /Library" in output,
               f"the installation prints {output[-1500:]}")
-        check(took < INSTALLED, f"the installation took {took:.1f} s")
+        check(restarts == "0", "the installation has waited for the helper to end")
     finally:
         library.unlink()
         shutil.rmtree(elsewhere)
     laptop.start(mode="always")
     laptop.expect_dead(one)
-    return f"installed in {took:.1f} s"
