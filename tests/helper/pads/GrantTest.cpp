@@ -10,10 +10,10 @@ namespace kovra::helper {
 namespace {
 
 const MockInput plainMouse{.input = "input7",
-                      .name = "Somebody's USB Mouse",
-                      .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
-                      .bus = "0003",
-                      .hid = "0003:046D:C077.0002"};
+                           .name = "Somebody's USB Mouse",
+                           .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
+                           .bus = "0003",
+                           .hid = "0003:046D:C077.0002"};
 
 // Only root can give a file to a group that it does not belong to.
 gid_t grantee() { return ::geteuid() == 0 ? alice : ::getegid(); }
