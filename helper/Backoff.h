@@ -6,7 +6,8 @@
 
 namespace kovra::helper {
 
-// The delays between retries of a failed operation. Each delay is twice the previous one, up to the longest.
+// The delays between retries of a failed operation. Each delay is twice the previous one, up to the longest. After
+// reset() the first delay comes again.
 class Backoff {
   public:
     explicit Backoff(std::chrono::milliseconds first = std::chrono::milliseconds(50),

@@ -8,12 +8,12 @@
 
 namespace kovra::helper {
 
-// Calls back when the computer has resumed from sleep or the real-time clock was set. Earlier notifications may then be
-// out of date. It uses a timer that never expires and that the kernel cancels in both cases, so it needs no login
-// manager.
+// A watch that calls back when the computer has resumed from sleep or its real-time clock was set. What is known about
+// devices and users may then be out of date. It uses a timer that never expires, and that the kernel cancels on both
+// occasions. So it needs no login manager.
 class ClockWatch {
   public:
-    // Throws std::system_error if the timer cannot be created.
+    // Throws std::system_error if the timer cannot be created or watched.
     ClockWatch(Loop& loop, std::function<void()> onJump);
 
   private:

@@ -14,7 +14,8 @@ Daemon::Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpa
       clock_(loop, [this] { rescan(); }),
       handOverBackoff_(handOverBackoff) {
     touchpads_.onChange = [this] { evaluate(); };
-    // If the flag's disk has become read-only, there is no event of it. The person then unplugs the mouse.
+    // A disk that becomes read-only causes no event, and the application can then no longer write "off". So the flag is
+    // checked at each event of an input device, such as the removal of the mouse.
     touchpads_.onEvent = [this] { evaluate(); };
     flag_.onChange = [this] { evaluate(); };
     flag_.onLost = [this] { handleLostFlag(); };
@@ -29,9 +30,9 @@ void Daemon::evaluate() {
         muter_.muteOnly({});
 }
 
-// Hands the flag over, unless it already belongs to this user. Unmutes all pads first, because a hand-over takes time.
-// A failed hand-over changes files in the folder, which causes an evaluation. That evaluation must not retry the
-// hand-over at once.
+// Hands the flag over to this user, or to no user, unless it is theirs already. Returns whether the flag is theirs.
+// Unmutes all pads before a hand-over, because a hand-over takes time. A failed hand-over changes files in the folder,
+// which causes an evaluation. That evaluation must not retry the hand-over at once.
 bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
     const bool hasFlag = flag_.isFlagOf(user);
     if (!hasFlag && handOverRetry_ && handOverFailedFor_ == user) return false;

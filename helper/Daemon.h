@@ -16,23 +16,24 @@
 
 namespace kovra::helper {
 
-// Decides when the touchpads are muted. A user must be at the machine, and that user's application must be running. The
-// flag must belong to that user and say "on". If any of these conditions does not hold, the touchpads are unmuted.
+// The decision when the touchpads are muted. A user must be at the machine, and that user's application must be
+// running. The flag must belong to that user and say "on". If any of these conditions does not hold, the touchpads are
+// unmuted.
 class Daemon {
   public:
-    // The daemon's queries to the login manager and to the list of processes.
+    // The daemon's access to the login manager and to the list of processes.
     struct Session {
         std::function<std::optional<uid_t>()> activeUser;
         std::function<bool(uid_t)> isApplicationRunning;
-        std::function<void()> releaseApplication;  // until the next isApplicationRunning()
+        std::function<void()> releaseApplication;  // stops watching it until the next isApplicationRunning()
     };
 
     // A failed hand-over is retried with these delays, and without delay for another user.
     Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
            Backoff handOverBackoff = Backoff(std::chrono::seconds(2), std::chrono::minutes(5)));
 
-    // Checks all conditions, and mutes or unmutes the touchpads. The owner calls it when the result of a query has
-    // changed. The daemon itself calls it for all other changes.
+    // Checks all conditions, and mutes or unmutes the touchpads. The owner calls it when the user at the machine or the
+    // application has changed. The daemon itself calls it for all other changes.
     void evaluate();
 
     // Whether the daemon has stopped the loop because it has lost the flag's folder.
@@ -51,7 +52,7 @@ class Daemon {
     Muter& muter_;
     ClockWatch clock_;
     Backoff handOverBackoff_;
-    std::optional<uid_t> handOverFailedFor_;  // valid while handOverRetry_ is set
+    std::optional<uid_t> handOverFailedFor_;  // the user of the last hand-over that failed
     std::unique_ptr<Loop::Watch> handOverRetry_;
     bool hasFailed_ = false;
 };

@@ -7,7 +7,8 @@
 
 namespace kovra::helper {
 
-// Owns a file descriptor and closes it. Takes the result of open(2) and similar calls as it is, including an error.
+// The owner of a file descriptor, which closes it. It takes the result of open(2) and similar calls as it is, including
+// -1 for an error.
 class Descriptor {
   public:
     Descriptor() = default;

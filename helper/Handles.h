@@ -4,7 +4,7 @@
 
 namespace kovra::helper {
 
-// Calls the release function of the C library that a handle comes from.
+// A deleter for std::unique_ptr that calls a C library's function to release a handle.
 template <auto release>
 struct Release {
     template <typename T>
@@ -13,7 +13,7 @@ struct Release {
     }
 };
 
-// Owns a handle of a C library, for example Handle<udev, udev_unref>.
+// An owner of a handle of a C library, for example Handle<udev, udev_unref>.
 template <typename T, auto release>
 using Handle = std::unique_ptr<T, Release<release>>;
 

@@ -20,7 +20,8 @@ void check(int result, const char* what) {
     if (result < 0) throw std::system_error(-result, std::generic_category(), what);
 }
 
-// sd_event_now() is the time of the last wake-up, which may be long past.
+// Returns the time of CLOCK_MONOTONIC, rounded up. sd_event_now() would return the time of the last wake-up, which may
+// be long past.
 std::chrono::microseconds monotonic() {
     timespec now{};
     ::clock_gettime(CLOCK_MONOTONIC, &now);

@@ -25,7 +25,7 @@ class Loop {
     Loop& operator=(const Loop&) = delete;
     ~Loop();
 
-    // An event source. It is removed from the loop when its Watch is destroyed, and the loop must outlive it.
+    // An event source. Destroying this object removes it from the loop, and the loop must outlive it.
     class Watch {
       public:
         Watch() = default;
@@ -34,12 +34,13 @@ class Loop {
         virtual ~Watch() = default;
     };
 
-    // Runs the work while the descriptor is readable, hung up or in error, until the work has handled that. A pidfd is
-    // readable once its process has exited, a timerfd once it has expired or was cancelled. The caller keeps the
-    // descriptor open for as long as the Watch exists. Throws std::system_error like the constructor.
+    // Runs the work again and again while the descriptor is readable, hung up or in error. A pidfd is readable once its
+    // process has exited, a timerfd once it has expired or was canceled. The caller keeps the descriptor open for as
+    // long as the Watch exists. Throws std::system_error like the constructor.
     std::unique_ptr<Watch> onReadable(int descriptor, Work work);
     // Runs the work when the kernel reports a new value of the attribute of sysfs that the descriptor has open. The
-    // work reads the attribute from its start. Otherwise like onReadable().
+    // work must read the attribute from its start, so that it is not run again for the same value. Otherwise like
+    // onReadable().
     std::unique_ptr<Watch> onNewValue(int descriptor, Work work);
     // Runs the work once, never before the delay is over. Throws like the constructor.
     std::unique_ptr<Watch> after(std::chrono::milliseconds delay, Work work);
@@ -47,9 +48,9 @@ class Loop {
     // Throws like the constructor.
     std::unique_ptr<Watch> onSignal(int number, Work work);
 
-    // Runs ready work until stop() is called.
+    // Waits for events and runs their work until stop() is called. Throws like the constructor.
     void run();
-    // Called from work: run() returns as soon as that work is done, and no other work runs.
+    // Makes run() return as soon as the work that calls this function is done. No other work runs.
     void stop() { isStopped_ = true; }
 
   private:

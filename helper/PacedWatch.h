@@ -7,14 +7,14 @@
 
 namespace kovra::helper {
 
-// Runs the work while a descriptor is readable, but no more often than the limit permits. Others can then make the
-// descriptor readable as often as they like, and the daemon hardly works for it. Once the limit is reached the
-// descriptor is not watched until the work may run again, so nothing that can be read is missed. Without events there
-// is no timer.
+// A watch that runs its work while a descriptor is readable, but no more often than the limit permits. Others may
+// therefore make the descriptor readable as often as they like, and the daemon hardly works for it. Once the limit is
+// reached, the descriptor is not watched until the work may run again. What arrives in this pause stays readable, so
+// nothing is missed. Apart from such pauses there is no timer.
 class PacedWatch {
   public:
-    // The caller keeps the loop and the descriptor open for as long as this exists. The work should read all that there
-    // is, and may destroy this watch. Throws like Loop::onReadable().
+    // The loop must outlive this watch, and the descriptor must stay open. The work should read all that there is, and
+    // may destroy this watch. Throws like Loop::onReadable().
     PacedWatch(Loop& loop, int descriptor, RateLimit limit, Loop::Work work);
     PacedWatch(const PacedWatch&) = delete;
     PacedWatch& operator=(const PacedWatch&) = delete;

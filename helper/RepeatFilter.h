@@ -8,8 +8,9 @@
 
 namespace kovra::helper {
 
-// Keeps lines from filling the log again and again. It rejects a line that equals the last accepted one. Of lines that
-// alternate with others it accepts each three times, and then once per hour. It remembers the last 16 different lines.
+// A filter that keeps repeated lines from filling the log. It rejects a line that equals the last accepted one. Of
+// lines that alternate with others it accepts each three times, and then once per hour. It remembers the 16 different
+// lines that were accepted last.
 class RepeatFilter {
   public:
     bool accepts(std::string_view line, RateLimit::Clock::time_point now);

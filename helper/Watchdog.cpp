@@ -10,7 +10,7 @@ Watchdog::Watchdog(Loop& loop, Notify notify, Timing timing)
 
 void Watchdog::setMuted(bool isMuted) {
     next_.reset();
-    // Setting the time also starts it anew; 0 turns the watchdog off.
+    // Setting the time also restarts the watchdog's period; 0 turns the watchdog off.
     const std::chrono::microseconds time = isMuted ? timing_.timeout : std::chrono::milliseconds(0);
     const bool hasManager = notify_(("WATCHDOG_USEC=" + std::to_string(time.count())).c_str());
     if (isMuted && hasManager) giveSignsOfLife();

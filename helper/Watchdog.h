@@ -9,16 +9,17 @@
 
 namespace kovra::helper {
 
-// Lets the service manager end this process if it hangs while a touchpad is muted. What the process has muted is then
-// unmuted by ExecStopPost.
+// The service manager's watchdog over this process. If the process hangs while a touchpad is muted, the manager ends
+// it. ExecStopPost then unmutes what the process has muted.
 //
-// The manager's watchdog is on only while a touchpad is muted. So there are no wake-ups while none is.
+// The watchdog is on only while a touchpad is muted, so that the process does not wake up while none is.
 class Watchdog {
   public:
-    // Sends a state to the service manager (sd_notify(3)). Returns false if there is none.
+    // Sends a state to the service manager (sd_notify(3)). Returns false if there is no manager, or if the state cannot
+    // be sent.
     using Notify = std::function<bool(const char* state)>;
 
-    // The manager ends the process after `timeout` without a sign of life. There is one after each `interval`.
+    // The manager ends the process after `timeout` without a sign of life. The process gives one after each `interval`.
     struct Timing {
         std::chrono::milliseconds timeout{6000};
         std::chrono::milliseconds interval{2000};
@@ -27,7 +28,7 @@ class Watchdog {
     Watchdog(Loop& loop, Notify notify, Timing timing);
     Watchdog(Loop& loop, Notify notify) : Watchdog(loop, std::move(notify), Timing()) {}
 
-    // Whether a touchpad is muted now.
+    // Turns the watchdog on if a touchpad is muted now, and off if none is.
     void setMuted(bool isMuted);
 
   private:

@@ -1,6 +1,7 @@
-// ble-kovra-helper mutes the built-in touchpads while the flag of the user at the machine says "on". With "--release"
-// it unmutes the touchpads that an earlier process has left muted, however that process ended. With "--grant GROUP"
-// root lets that group mute the built-in touchpads that exist now. udev runs that for each new touchpad.
+// ble-kovra-helper mutes the built-in touchpads while the application of the user at the machine is running and that
+// user's flag says "on". With "--release" it unmutes the touchpads that an earlier process has left muted, however that
+// process ended. With "--grant GROUP", run by root, it lets that group mute the built-in touchpads that exist now. The
+// unit does that before each start, and udev's rule for each new touchpad.
 
 #include <grp.h>
 #include <systemd/sd-daemon.h>
@@ -38,15 +39,16 @@ namespace {
 
 constexpr const char* flagFolder = "/Library/Application Support/ble-kovra";
 constexpr const char* runtimeFolder = "/run/ble-kovra-helper";
-// For a moment, for example after sleep, a driver may refuse to reopen its touchpad.
+// How long the process retries to unmute the touchpads at its end. For a moment, for example after sleep, a driver may
+// refuse to reopen its touchpad.
 constexpr std::chrono::seconds unmuteTimeout{10};
 
 constexpr std::chrono::seconds restartDelay{30};
-// The usual termination signals. After SIGKILL, ExecStopPost unmutes the touchpads under systemd; otherwise the next
-// start does.
+// The signals on which the daemon unmutes the touchpads and ends. After SIGKILL, ExecStopPost unmutes the touchpads
+// under systemd; otherwise the next start does.
 constexpr std::initializer_list<int> terminationSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM};
 
-// A daemon that has served for this long does not crash at its start.
+// A daemon that has served for this long has not ended early, so the count of early ends is cleared.
 constexpr std::chrono::seconds shortestService{10};
 
 // Waits, but at most until a termination signal arrives. Returns whether one has arrived.
@@ -60,8 +62,8 @@ bool waitFor(std::chrono::seconds time) {
 }
 
 // Under a service manager, delays the exit after a failed start. systemd restarts the service one second after any
-// exit, as it should after a crash. The cause may persist, for example a link in the flag's path. Constant restarts
-// would then keep the machine busy.
+// exit, as it should after a crash. The cause of the failure may persist, for example a link in the flag's path.
+// Constant restarts would then keep the machine busy.
 void delayRestart() {
     if (::sd_notify(0, "STATUS=Cannot start; trying again") > 0) waitFor(restartDelay);
 }
@@ -103,7 +105,8 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const Early
     return daemon.hasFailed() ? 1 : 0;
 }
 
-// The lock makes this the only process that mutes and unmutes.
+// Runs the daemon, or releases what an earlier one has left muted. Fails if another process holds the lock, so that
+// only one process at a time mutes and unmutes.
 int run(bool isRelease) {
     const InhibitedAttribute attribute;
     MutedPads mutedPads(runtimeFolder);
@@ -114,7 +117,7 @@ int run(bool isRelease) {
         return 1;
     }
     const EarlyEnds earlyEnds(std::filesystem::path(runtimeFolder) / "early-ends");
-    // A folder that is missing holds no muted pads. A folder that cannot be read may hold some.
+    // A missing folder contains no records of muted pads. A folder that cannot be opened may contain some.
     int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
     bool hasStarted = isRelease;
     try {

@@ -25,8 +25,8 @@ namespace {
 
 using AccessList = Handle<std::remove_pointer_t<acl_t>, ::acl_free>;
 
-// The complete access control list of a file that the owner and this user can write, in the text form of acl(5). It
-// names users by number, so that no user database is read.
+// The complete access control list of a file that only the owner and this user, if there is one, can write. It is in
+// the text form of acl(5), and names users by number, so that no user database is read.
 std::string listFor(std::optional<uid_t> user) {
     if (!user) return "u::rw-,g::r--,o::r--";
     return "u::rw-,u:" + std::to_string(*user) + ":rw-,g::r--,m::rw-,o::r--";

@@ -9,22 +9,21 @@
 
 namespace kovra::helper {
 
-// An open flag file: a regular file that belongs to the owner. Opening it follows no link, never blocks and changes
-// nothing.
+// An open flag file, a regular file of the given owner. Opening it follows no link, never blocks and changes nothing.
 class FlagFile {
   public:
     enum class Content { off, on };
 
-    // Opens the file. Returns nothing if there is no such file, or if it is not a regular file of the owner.
+    // Opens the file. Returns nothing if it cannot be opened, or if it is not a regular file of the owner.
     static std::optional<FlagFile> open(int folder, const char* name, uid_t owner);
-    // Creates a file with this content that only its owner can write. Fails if a file of that name exists. After a
-    // failure it returns nothing, sets errno and leaves no file behind.
+    // Creates a file with this content that only its owner can read and write. Fails if a file of that name exists.
+    // After a failure it returns nothing, sets errno and leaves no incomplete file behind.
     static std::optional<FlagFile> create(int folder, const char* name, Content content);
 
     // "on" if the file consists of exactly these two bytes, else "off". Reads at most four bytes.
     Content content() const;
-    // Truncates the file to the longest valid content and frees space that was allocated beyond its end. content()
-    // stays the same. Ignores failures.
+    // Truncates a file that is longer than three bytes, the longest valid content, and frees space that was allocated
+    // beyond the end if the file takes more than 4 KiB. content() stays the same. Ignores failures.
     void truncate() const;
     // Replaces a content other than "on" by the word "off". Ignores failures.
     void cleanContent() const;
@@ -32,15 +31,16 @@ class FlagFile {
     // True also if that cannot be found out.
     bool hasOtherNameIn(int folder, const char* name) const;
 
-    // Whether the file's disk can be written. After an error a disk may become read-only, without any event.
+    // Whether the file system of the file can be written; false also if that cannot be found out. After an error of the
+    // disk the kernel may make a file system read-only, without any event.
     bool isOnAWritableDisk() const;
 
-    // Whether exactly this user, or no user, can write the file besides its owner.
+    // Whether the access control list is exactly the one that grantWriteTo() sets for this user, or for no user.
     bool isWritableBy(std::optional<uid_t> user) const;
-    // The user who can write the file besides its owner, if there is exactly one.
+    // The user for whom grantWriteTo() has set the access control list. Nothing if the list is any other one.
     std::optional<uid_t> writer() const;
     // Lets exactly this user, or no user, open the file for writing besides its owner. Descriptors that are already
-    // open stay writable. False, with errno set, if that fails.
+    // open stay writable. Returns false, with errno set, if that fails.
     bool grantWriteTo(std::optional<uid_t> user) const;
 
   private:

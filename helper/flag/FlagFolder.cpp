@@ -23,20 +23,21 @@ namespace kovra::helper {
 
 namespace {
 
-// A storm of events makes the daemon look this often. See the header.
+// The limit on how often the daemon looks at events. See the header.
 const RateLimit looks(10, std::chrono::milliseconds(50));
 
-// Events of the folders above the flag's folder: the next folder's name or mode has changed, or their own mode. There
-// is no event for the latter alone, so those of all other folders in them are received as well.
+// Events of the folders above the flag's folder: the name or the mode of the next folder of the path has changed, or
+// their own mode. The kernel reports these only together with such events of all other entries in the folder.
 constexpr std::uint32_t pathEvents = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// Events of the flag's folder: another file may be the flag. Writing to files in the folder, such as those that other
-// users have left, causes no event.
+// Events of the flag's folder: another file may be the flag, or the mode of the folder or of a file in it has changed.
+// Writing to files in the folder, such as those that other users have left, causes none of these events.
 constexpr std::uint32_t folderEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
 // Events of the flag: its content, its access list or its number of names has changed. The file itself is watched,
 // because it can also be written through another name.
 constexpr std::uint32_t flagEvents = IN_MODIFY | IN_ATTRIB;
 
-// Watches the open file, even if its name refers to another file by now. Returns -1, with errno set, if that fails.
+// Watches the open file, even if its name refers to another file by now. Returns the watch descriptor, or -1, with
+// errno set, if that fails.
 int addWatch(const Descriptor& events, const Descriptor& file, std::uint32_t mask) {
     const std::string path = "/proc/self/fd/" + std::to_string(file.number());
     return ::inotify_add_watch(events.number(), path.c_str(), mask);
@@ -50,7 +51,7 @@ std::unique_ptr<FlagFolder> FlagFolder::open(Loop& loop, const std::filesystem::
     return folder;
 }
 
-// What a number of events says.
+// What may have changed, according to a number of events.
 struct FlagFolder::Changes {
     bool path = false;
     bool flagReplaced = false;
@@ -127,7 +128,8 @@ int FlagFolder::watchFlag() {
 }
 
 void FlagFolder::receiveEvents() {
-    // The kernel's queue holds 16,384 events. Others may add to it while it is read.
+    // By default the kernel's queue holds 16,384 events. Others may add to it while it is read, so the reads are
+    // limited.
     constexpr int mostReads = 64;
     Changes changes;
     for (int reads = 0; reads < mostReads && readEvents(changes); ++reads) continue;

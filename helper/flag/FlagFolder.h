@@ -25,11 +25,12 @@ struct Trust {
     uid_t owner = ::geteuid();
 };
 
-// The folder of the flag file "state". Tells whose flag it is and what it says, and hands it over to another user.
+// The folder of the flag file "state". It reports whose flag that is and what it says, and hands it over to another
+// user.
 //
-// The folder is held open by a descriptor, and is not looked up by name again. The entries in it are opened without
-// following links or blocking, and only a few bytes of them are read. No capability is needed, because the folder and
-// its files belong to the caller.
+// The folder is held open by a descriptor. Its path is looked up again only to find out whether the folder is lost. The
+// entries in the folder are opened through the descriptor, without following links or blocking, and only a few bytes of
+// each are read. No capability is needed, because the folder and its files belong to the caller.
 //
 // Other users can cause events without end: the user at the machine by writing the flag, anyone by touching a neighbor
 // of the path such as /tmp. So there are at most ten looks in a row and then twenty a second. The last event is never
@@ -37,18 +38,21 @@ struct Trust {
 class FlagFolder {
   public:
     // Opens the folder at this absolute path and removes what an interrupted hand-over has left. Returns null, and logs
-    // one line, if the folder is missing, cannot be watched or is not trusted (see openTrustedPath()).
+    // one line, if the folder is missing, cannot be watched or is not trusted (see openTrustedPath()). Throws like
+    // Loop::onReadable().
     static std::unique_ptr<FlagFolder> open(Loop& loop, const std::filesystem::path& path, const Trust& trust = {});
 
     FlagFolder(const FlagFolder&) = delete;
     FlagFolder& operator=(const FlagFolder&) = delete;
 
-    // Replaces the flag with another file that this user alone, or no user, can write: the file that was this user's
-    // flag before, with what the user has last written, or else a new one that says "off". The previous user cannot
-    // write it, not even through an open descriptor; what that user has written is kept for their return.
+    // Gives the flag's name to a file that this user alone, or no user, can write besides the owner. That is the file
+    // that was this user's flag before, or else a new one that says "off". What the user has last written counts: "on"
+    // is kept, and anything else becomes "off". The previous user cannot write the flag, not even through an open
+    // descriptor. What that user has written is kept for their return, if there is room for a second link.
     //
-    // Returns false, and logs one line, if that fails. Then no user can write the flag, or it cannot be watched and
-    // counts as "off"; no incomplete file is left. The caller tries again later.
+    // Returns false, and logs one line, if that fails; no incomplete file is left. In most cases no user can write the
+    // flag then. If the previous user's right could not be revoked, the flag is still theirs. If the new flag cannot be
+    // watched, it counts as "off". The caller mutes nothing, and tries again later.
     bool handOver(std::optional<uid_t> user);
     // Whether the flag is as handOver() leaves it: this user alone, or no user, can write it, and it is watched.
     bool isFlagOf(std::optional<uid_t> user) const;
@@ -59,7 +63,8 @@ class FlagFolder {
 
     // Called when the flag may have changed or was replaced, including by handOver().
     std::function<void()> onChange;
-    // Called once, when a folder of the path was moved, removed or made writable for others. The flag no longer counts.
+    // Called once, when a folder of the path was moved, removed or is not trusted any more. The folder is no longer
+    // watched, and its flag no longer counts.
     std::function<void()> onLost;
 
   private:
@@ -73,7 +78,8 @@ class FlagFolder {
     struct Changes;
 
     void receiveEvents();
-    // Adds up the events that are waiting. Returns whether there may be more of them.
+    // Reads one buffer of waiting events, and adds what they say to `changes`. Returns whether there may be more of
+    // them.
     bool readEvents(Changes& changes) const;
     bool isLost() const;
 

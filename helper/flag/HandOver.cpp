@@ -29,9 +29,9 @@ int clearName(int folder, const std::string& name) {
     return ::renameat2(folder, name.c_str(), folder, odd.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
 }
 
-// Steps 1 and 2 of handOverFlag(). Does not touch a flag unless exactly one user can write it, since the helper creates
-// no other. If the link cannot be created, the right is revoked anyway. The user's content is lost then, but the
-// trackpad works.
+// Steps 1 and 2 of handOverFlag(). Does nothing unless exactly one user can write the flag: otherwise there is no right
+// to revoke, or the helper has not created the file. If the link cannot be created, the right is revoked anyway. The
+// user's content is lost then, but the trackpad works.
 void revokeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
     const auto user = old ? old->writer() : std::nullopt;
@@ -41,8 +41,8 @@ void revokeOld(int folder, uid_t owner) {
     old->grantWriteTo(std::nullopt);
 }
 
-// Gives the file this name. A file cannot replace a folder. A folder was no flag, so no reader misses it for a moment.
-// Returns 0 or an error number.
+// Renames this file to the flag's name. A folder in the way is cleared first, since a file cannot replace a folder. The
+// folder was no flag, so no reader misses a flag meanwhile. Returns 0 or an error number.
 int renameToFlag(int folder, const std::string& name) {
     const auto rename = [&] { return ::renameat(folder, name.c_str(), folder, flagName) == 0; };
     if (rename()) return 0;
@@ -58,8 +58,8 @@ int returnLeft(int folder, uid_t owner, const FlagFile& left, uid_t user) {
         left.grantWriteTo(std::nullopt);
         return error;
     }
-    // If both names were of this file, rename(2) has done nothing and reported nothing. The application watches the
-    // folder for the flag's name, so the right is set once more under that name.
+    // If both names were links to this file, rename(2) has done nothing and caused no event. The application watches
+    // the folder for events with the flag's name, so the right is set once more through that name.
     clearName(folder, name);
     if (const auto flag = FlagFile::open(folder, flagName, owner)) flag->grantWriteTo(user);
     return 0;
@@ -93,8 +93,8 @@ int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     const bool isOurs = left && left->isWritableBy(std::nullopt);
     if (user && !isOurs) clearName(folder, leftName(*user));
     const int error = isOurs ? returnLeft(folder, owner, *left, *user) : replaceFlag(folder, user);
-    // If the old user's right could not be revoked, the flag is still that user's. It counts again once it has a single
-    // name.
+    // If the old user's right could not be revoked, the flag is still that user's. Cleaning removes its second name, so
+    // that it counts again.
     if (error != 0) cleanFlagFolder(folder, owner);
     return error;
 }

@@ -14,25 +14,26 @@
 
 namespace kovra::helper {
 
-// The name of the file that was this user's flag, and will be it again when the user returns.
+// The name of the file that was this user's flag, and becomes the flag again when the user returns.
 std::string leftName(uid_t user);
 
-// Calls back for each file with such a name that belongs to the owner, whatever its access list is.
+// Calls back for each regular file of the owner whose name begins with "state.left.", whatever its access list is.
 void forEachLeftFile(int folder, uid_t owner,
                      const std::function<void(const std::string& name, const FlagFile&)>& call);
 
-// Truncates all these files. A file that any user can open for writing was not left by the helper, and is not touched.
+// Truncates all left files (see FlagFile::truncate()). Skips a file whose access control list is not the one that the
+// helper gives to a left file.
 void truncateLeftFiles(int folder, uid_t owner);
 
-// Truncates them also later, when they grow: users can write them through descriptors that they have kept open. A file
-// is truncated a quarter of a second later at most, so that nobody takes room on the disk by a file that is not theirs.
-// A file that the kernel cannot watch is truncated at the next hand-over.
+// A watch of the left files that truncates them when they grow, since users can write them through descriptors that
+// they have kept open. A file is truncated a quarter of a second later at most, so that no user takes room on the disk
+// through a file that is not the flag. A file that the kernel cannot watch is truncated at the next hand-over.
 class LeftFilesWatch {
   public:
-    // The folder must stay open.
+    // The folder must stay open. Throws like Loop::onReadable().
     LeftFilesWatch(Loop& loop, int folder, uid_t owner);
 
-    // Watches the files that exist now, and no others. Truncates them, as they may have grown before.
+    // Watches the left files that exist now, and no others. Truncates them, as they may have grown before.
     void update();
 
   private:

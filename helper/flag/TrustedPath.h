@@ -10,15 +10,16 @@
 
 namespace kovra::helper {
 
-// Every folder of a path, from the root to the last one. Each was opened relative to its parent.
+// Every folder of a path, from the root to the last one, or none if the path was refused. Each folder below the root
+// was opened relative to its parent.
 struct TrustedPath {
     std::vector<Descriptor> folders;
     std::string refusal;  // if the path was refused: the reason, one line for the log
 };
 
 // Opens every folder of an absolute path, which is resolved below `root`. Follows no symbolic link below `root`.
-// Refuses the path if its last folder does not belong to the owner. The folders above it, `root` included, must belong
-// to the owner or to the user 0. Also refuses the path if anyone else can write one of its folders.
+// Refuses the path if a folder cannot be opened, or if anyone but its owner can write it. The last folder must belong
+// to the owner. The folders above it, `root` included, must belong to the owner or to the user 0.
 TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner);
 
 }  // namespace kovra::helper

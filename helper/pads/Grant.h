@@ -8,7 +8,8 @@ namespace kovra::helper {
 
 // Lets this group mute the built-in touchpads that exist now, and their twins. The attributes stay root's, so root can
 // unmute them without any capability. No other device is touched. A device that no longer counts as built in stays
-// writable for the group, because it may be muted. Returns false, and logs a line for each device, if that fails.
+// writable for the group, because it may be muted. Returns false if udev cannot be used, or if a device cannot be given
+// to the group. Logs a line for each such device.
 bool grantPads(gid_t group, const InhibitedAttribute& attribute);
 
 }  // namespace kovra::helper

@@ -13,11 +13,11 @@ class InhibitedAttribute {
   public:
     explicit InhibitedAttribute(std::string folder = "/sys/class/input") : folder_(std::move(folder)) {}
 
-    // The value of the attribute. Empty if the device or the attribute does not exist, or if the value is neither 0 nor
-    // 1.
+    // The value of the attribute. Empty if the device or the attribute does not exist, if it cannot be read, or if the
+    // value is neither 0 nor 1.
     std::optional<bool> isInhibited(const std::string& name) const;
-    // Returns 0 or an error number. Setting the attribute to 0 opens the device again. The driver may refuse that, and
-    // then the attribute stays 1.
+    // Sets the attribute. Returns 0 or an error number. Setting it to 0 opens the device again. The driver may refuse
+    // that, and then the attribute stays 1.
     int setInhibited(const std::string& name, bool inhibited) const;
 
     // Lets this group write the attribute, besides its owner. Returns 0 or an error number.

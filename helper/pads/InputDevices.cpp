@@ -42,7 +42,7 @@ bool hasBit(udev_device* device, const char* attribute, unsigned bit) {
     return ((word >> bit % wordSize) & 1) != 0;
 }
 
-// A device behind a removable hub is removable too.
+// Returns the kind of USB port that the device is in. A device behind a removable hub is removable, too.
 UsbPort port(udev_device* device) {
     bool isFixed = false;
     while ((device = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device")) != nullptr) {

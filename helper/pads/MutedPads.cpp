@@ -30,7 +30,8 @@ std::set<std::string> namesIn(const Descriptor& folder) {
     return names;
 }
 
-// Returns 0 if only the owner can change or replace the folder, else an error number.
+// Returns 0 if the folder and its parent belong to this process's user, and neither group nor others may write them.
+// Otherwise returns an error number, since another user could change or replace the folder.
 int checkTrusted(const Descriptor& folder) {
     for (const char* name : {".", ".."}) {
         struct stat found {};

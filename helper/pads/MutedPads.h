@@ -15,24 +15,26 @@ namespace kovra::helper {
 // is empty at boot.
 //
 // One process at a time holds the list, by a lock on the folder. A second process would unmute what the first one has
-// muted, or remove an entry that the first one is about to use. Other users cannot open the folder and so cannot lock
-// it.
+// muted, or remove an entry that the first one is about to use. The folder is closed to other users, so that they
+// cannot lock it.
 class MutedPads {
   public:
     enum class IfMissing { create, fail };
 
-    // Reads the list, even if another process holds it. Other files in the folder are ignored.
+    // Reads the list, even if another process holds it. Other files in the folder are ignored. Logs a line if the
+    // folder exists and cannot be opened.
     explicit MutedPads(std::string runtimeFolder);
 
-    // Locks the list until this process ends. Returns 0 or an error number. EWOULDBLOCK: another process holds the
-    // list. ENOENT: there is no folder, and none is to be created.
+    // Locks the list until this object is destroyed or the process ends, and reads it again. Returns 0 or an error
+    // number. EWOULDBLOCK: another process holds the list. ENOENT: there is no folder, and none is to be created.
     int lock(IfMissing ifMissing);
 
     // The devices that were read by the constructor and by lock(), and those added and not removed since.
     const std::set<std::string>& names() const { return names_; }
 
     // Adds a device, and locks the list if that has not been done. Returns 0 or an error number; after an error the
-    // device must not be muted. A symbolic link in the way, or a folder that others can write, is an error.
+    // device must not be muted. A symbolic link in the way is an error, and so is a folder that belongs to another user
+    // or that others can write.
     int add(const std::string& name);
     // Removes a device that was unmuted.
     void remove(const std::string& name);
@@ -41,7 +43,7 @@ class MutedPads {
     static bool isName(std::string_view name);
 
   private:
-    // Opens the folder of the list. A symbolic link in its place is an error.
+    // Opens the folder of the list, and creates it first if that is wanted. A symbolic link in its place is an error.
     Descriptor folder(IfMissing ifMissing, int& error) const;
 
     std::string runtimeFolder_;

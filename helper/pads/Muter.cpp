@@ -11,8 +11,8 @@ namespace kovra::helper {
 
 namespace {
 
-// A device's first refusals may only mean that udev's rule is still being applied. With the delays between the retries,
-// that many take three seconds.
+// A device's first refusals may only mean that udev's rule is still being applied. A line is logged once the device was
+// refused more often than this. With the delays between the retries, that many take three seconds.
 constexpr int patientRefusals = 6;
 
 }  // namespace

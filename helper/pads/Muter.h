@@ -14,7 +14,7 @@
 
 namespace kovra::helper {
 
-// Mutes input devices, and unmutes those that it has muted.
+// The part of the helper that mutes input devices, and unmutes those in the list of muted pads.
 //
 // A device is added to the list of muted pads before it is muted, and is not muted if that fails. A device that is
 // inhibited but not in the list belongs to another program and is left alone. If a driver refuses to unmute its device,
@@ -44,7 +44,7 @@ class Muter {
     MutedPads& mutedPads_;
     const InhibitedAttribute& attribute_;
     std::set<std::string> wanted_;
-    std::map<std::string, int> refusals_;  // the devices to mute that were refused for want of the right, and how often
+    std::map<std::string, int> refusals_;  // the devices to mute that the caller may not write yet, and how often
     std::set<std::string> logged_;         // the devices for which a line was logged
     bool isAnyMuted_ = false;              // as last reported
     Backoff backoff_;

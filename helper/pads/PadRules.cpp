@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint16_t logitech = 0x046d;
 constexpr std::uint16_t wacom = 0x056a;
 
-// Drivers name the input devices of one HID device after their kind: "... Touchpad", "... Mouse".
+// The kernel's drivers name the input devices of one HID device after their kind: "... Touchpad", "... Mouse".
 bool isNamedMouse(std::string_view name) { return name.ends_with(" Mouse"); }
 
 // In case of doubt, a device counts as a stick: an unmuted twin does less harm than a muted stick.
@@ -30,7 +30,7 @@ bool isTwin(const InputProperties& device, const std::set<std::string>& hidDevic
 
 bool isBuiltInPad(const InputProperties& device) {
     if (!device.isTouchpad || device.isVirtual || device.seat != "seat0") return false;
-    // Checks the bus, because a Bluetooth device has the USB port of its adapter.
+    // Checks the bus, because a Bluetooth device is below the USB port of its adapter.
     if (device.bus == BUS_USB && device.port != UsbPort::unknown) return device.port == UsbPort::fixed;
     if (device.integration == "internal") return true;
     if (device.integration == "external") return false;

@@ -18,7 +18,7 @@ struct InputProperties {
     bool isMouse = false;
     bool isPointingStick = false;                 // by udev; on I2C it is set for every mouse
     bool hasStickProperty = false;                // INPUT_PROP_POINTING_STICK; most drivers do not set it
-    bool hasMiddleButton = false;                 // sticks have one; the twin of a touchpad has none
+    bool hasMiddleButton = false;                 // as a rule sticks have one, and twins have none
     std::optional<std::string> integration = {};  // ID_INPUT_TOUCHPAD_INTEGRATION
     std::uint16_t bus = 0;                        // as in <linux/input.h>
     std::uint16_t vendor = 0;
@@ -30,13 +30,13 @@ struct InputProperties {
 
 // Whether the device is a touchpad of seat0 that is built into the computer. A virtual device is not built in.
 //
-// On USB the port decides, if the kernel knows it. Otherwise the property of udev's database decides, then the bus and
-// the vendor. Without any information, a touchpad counts as built in.
+// On USB the port decides, if the kernel knows it. Otherwise udev's property ID_INPUT_TOUCHPAD_INTEGRATION decides,
+// then the bus and the vendor. Without any information, a touchpad counts as built in.
 bool isBuiltInPad(const InputProperties& device);
 
 // The devices to mute, sorted and without duplicates: each built-in pad and its twin. The twin is a mouse that the same
-// HID device presents in addition to the pad. Pointing sticks are never muted, even if they belong to the same HID
-// device.
+// HID device presents in addition to the pad. A mouse that may be a pointing stick is never muted, even if it belongs
+// to the same HID device.
 std::vector<std::string> inputsToMute(const std::vector<InputProperties>& devices);
 
 }  // namespace kovra::helper

@@ -12,7 +12,7 @@
 
 namespace kovra::helper {
 
-// The input devices to mute, found by udev.
+// The input devices to mute, found through udev.
 //
 // An event of udev only causes a new scan, and only the scan decides. So a lost event has no effect after the next
 // scan, and an outdated event never decides about a device.
@@ -23,12 +23,12 @@ class Touchpads {
 
     // The kernel's names, such as "input17", from the last scan.
     const std::vector<std::string>& inputs() const { return inputs_; }
-    // Scans now. The constructor and each event of an input device also cause a scan.
+    // Scans now. The constructor also scans, and so does the handler of events of input devices.
     void rescan();
 
     // Called when a scan finds other devices than the previous scan.
     std::function<void()> onChange;
-    // Called after each event of an input device, such as a mouse that was unplugged.
+    // Called after events of input devices, such as the removal of a mouse, and after lost events.
     std::function<void()> onEvent;
 
   private:

@@ -8,8 +8,9 @@
 
 namespace kovra::helper {
 
-// Unmutes the device and removes it from the list. Returns true also if the device was removed. Returns false, logs one
-// line and keeps the device in the list if the driver refuses.
+// Unmutes the device and removes it from the list. Returns true also if the device does not exist any more. If the
+// attribute cannot be written, for example because the driver refuses, returns false, logs one line and keeps the
+// device in the list.
 bool unmute(const std::string& name, MutedPads& mutedPads, const InhibitedAttribute& attribute);
 
 // Unmutes all devices of the list, and retries until the timeout. Returns whether all were unmuted.

@@ -25,7 +25,8 @@ std::string sessionText(int (*get)(const char*, char**), const char* session) {
     return text;
 }
 
-// The session in the foreground of the seat. Empty if there is none, or if it ends during the call.
+// Returns the session in the foreground of the seat. Empty if there is none, or if its user or place cannot be read,
+// for example because it has just ended.
 std::optional<ForegroundSession> foregroundSession() {
     char* name = nullptr;
     if (sd_seat_get_active(seat, &name, nullptr) < 0 || name == nullptr) return std::nullopt;
@@ -69,7 +70,7 @@ ActiveUser::ActiveUser(Loop& loop, const std::string& terminalPath)
 }
 
 void ActiveUser::update() {
-    // The monitors are flushed before reading, for the same reason.
+    // Flushing comes before reading, so that a change during the read causes another update.
     sd_login_monitor_flush(seats_.get());
     sd_login_monitor_flush(sessions_.get());
     const auto before = std::exchange(current_, read());
@@ -78,7 +79,8 @@ void ActiveUser::update() {
 
 std::optional<uid_t> ActiveUser::read() const { return userAtTheMachine(foregroundSession(), shownTerminal()); }
 
-// Reading the attribute also makes the kernel report its next value.
+// Returns the number of the shown virtual terminal, or 0 if the kernel has none. Reading the attribute also makes the
+// kernel report its next value.
 unsigned ActiveUser::shownTerminal() const {
     constexpr std::string_view prefix = "tty";
     std::array<char, 16> text{};

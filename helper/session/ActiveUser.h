@@ -14,7 +14,7 @@
 
 namespace kovra::helper {
 
-// The session in the foreground of the seat, as the login manager describes it.
+// The session in the foreground of seat0, as the login manager describes it.
 struct ForegroundSession {
     uid_t user = 0;
     std::string sessionClass;  // "user", "greeter", "lock-screen", "background", ...
@@ -23,20 +23,21 @@ struct ForegroundSession {
     unsigned terminal = 0;  // the number of its virtual terminal; 0 if it has none
 };
 
-// The user at the machine: the owner of an active local session of class "user". Empty for any other session, and for
-// one whose virtual terminal is not the one that the kernel shows (0 if the kernel has none).
+// The user at the machine: the owner of an active local session of class "user". Empty for any other session, and if
+// the session has a virtual terminal but the kernel shows another one. `shownTerminal` is 0 if the kernel has none.
 std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session, unsigned shownTerminal);
 
-// Tells which user is at the machine. It watches the files of the login manager about seat0 and its sessions.
+// A watch of who is at the machine. It watches the login manager's files about seats and sessions.
 //
 // It also watches which virtual terminal the kernel shows. A login manager that hangs does not write that the user has
 // switched to another terminal. Somebody else may be at the machine then, so nobody counts as being there.
 class ActiveUser {
   public:
-    // The attribute of sysfs that names the virtual terminal that is shown, such as "tty2".
+    // The sysfs attribute that contains the name of the shown virtual terminal, such as "tty2".
     static constexpr const char* shownTerminalPath = "/sys/class/tty/tty0/active";
 
-    // Throws std::system_error if the system has no login manager with these files.
+    // Throws std::system_error if the login manager's files cannot be watched, for example because the system has no
+    // login manager.
     explicit ActiveUser(Loop& loop, const std::string& terminalPath = shownTerminalPath);
 
     // The user at the machine, updated before each call of onChange.

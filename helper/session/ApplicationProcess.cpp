@@ -23,14 +23,15 @@ std::string beginningOf(const std::string& path) {
     return size <= 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(size));
 }
 
-// The name of the program with which the process was started, without its folder.
+// Returns the name that the process was started as: its first argument, without the folder.
 std::string startedAs(pid_t process) {
     const std::string arguments = beginningOf("/proc/" + std::to_string(process) + "/cmdline");
     const std::string program = arguments.substr(0, arguments.find('\0'));
     return program.substr(program.rfind('/') + 1);
 }
 
-// The map of users shows the user namespace: only the process of a container has another one.
+// Compares the maps of user numbers, since a process may not read the namespaces of another user's process. A process
+// in a container usually has another map.
 bool isInOurUserNamespace(pid_t process) {
     return beginningOf("/proc/" + std::to_string(process) + "/uid_map") == beginningOf("/proc/self/uid_map");
 }

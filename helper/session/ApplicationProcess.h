@@ -8,14 +8,15 @@
 
 namespace kovra::helper {
 
-// Returns the status of a process that is this user's application. Returns nullopt for any other process.
+// Returns the status of the process if it is this user's application, and nullopt otherwise.
 //
-// The application is a process of this user, real and effective, in the namespaces of the helper. It was started as
-// "ble-kovra", and the kernel calls it so. A script with that name does not count, because the kernel starts its
-// interpreter. A process of a container does not count either, although it may have the number of this user.
+// The application is a process of this user, real and effective, in the user and process namespaces of the helper. It
+// was started as "ble-kovra", and the kernel calls it so. A script with that name does not count, because the kernel
+// starts its interpreter under the interpreter's name. A process of a container does not count either, although its
+// user may have this number.
 //
-// The helper's user may not read which file another user's process executes. So a program that claims the name counts.
-// It belongs to the same user, who may write the flag anyway.
+// The helper's user may not read which file another user's process executes. So any program of this user that claims
+// the name counts. That gains the user nothing, since they may write the flag anyway.
 std::optional<ProcessStatus> applicationOf(uid_t user, pid_t process);
 
 }  // namespace kovra::helper

@@ -24,7 +24,7 @@ bool hasEnded(const Descriptor& pidfd) {
     return ::poll(&event, 1, 0) != 0;
 }
 
-// The processes that look like the user's application, each with its parent.
+// Returns the processes that look like the user's application, each with its parent.
 std::map<pid_t, pid_t> applicationsOf(uid_t user) {
     std::map<pid_t, pid_t> found;
     const Handle<DIR, ::closedir> list(::opendir("/proc"));
@@ -72,8 +72,9 @@ bool ApplicationWatch::watchProcessOf(uid_t user) {
     for (const auto& [number, parent] : applications) {
         // This process is a child of the application, and is about to execute another program.
         if (applications.contains(parent)) continue;
-        // The number may have been reused. If that process is still running after the check, the pidfd refers to it.
-        // The system call is used because glibc 2.36 declares pidfd_open() without C linkage.
+        // The number may have been reused since the search, so the process is checked once more. If the pidfd's process
+        // is still running after that check, it is the one that was checked. The system call is used because glibc 2.36
+        // declares pidfd_open() without C linkage.
         Descriptor pidfd(static_cast<int>(::syscall(SYS_pidfd_open, number, 0)));
         if (!pidfd.isOpen() || !applicationOf(user, number) || hasEnded(pidfd)) continue;
         pidfd_ = std::move(pidfd);
@@ -93,8 +94,8 @@ void ApplicationWatch::processEnded() {
         onChange();
 }
 
-// The new process may be a program that the application was starting when it was killed. Without its parent it looks
-// like the application until it has executed that program.
+// The process that was found may be a child of the killed application that has yet to execute another program. Without
+// its parent it looks like the application until then.
 void ApplicationWatch::recheckAfter(std::chrono::milliseconds delay) {
     recheck_ = loop_.after(delay, [this, delay] {
         if (!isRunning(user_)) {

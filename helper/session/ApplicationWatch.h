@@ -12,30 +12,33 @@
 
 namespace kovra::helper {
 
-// Tells whether a user's application is running (see applicationOf()).
+// A watch of whether a user's application is running (see applicationOf()).
 //
-// It holds a pidfd of one such process. It is therefore notified at once when that process ends, and does not mistake a
-// process that reuses its ID for it. All processes are searched only if no running process of this user is held.
+// It holds a pidfd of one process of the application. It is therefore notified at once when that process ends, and does
+// not mistake another process that reuses the ID for it. All processes are searched only if no running application of
+// the user is held.
 //
 // A child of the application that is about to execute another program still has the application's name. The child is
 // not held while its parent is running. If the parent was killed, the child is held. Because there is no notification
-// of an exec, the child is then checked again after 0.1, 1 and 10 s.
+// of an exec, the child is then checked again up to three times: after 0.1 s, then after 1 s more, and then after 10 s
+// more.
 //
-// A search reads from every process, and the user can cause one whenever no application is running. So there are at
-// most five searches in a row and then two a second. A search that is put off takes place within half a second.
+// A search reads files of every process, and the user can cause one by writing the flag whenever no application is
+// running. So there are at most five searches in a row and then two a second. A search that is put off takes place
+// within half a second.
 class ApplicationWatch {
   public:
     explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
 
     // Returns whether the application is running, and starts watching its process. A stopped process, or one that does
-    // not respond, counts as running. False if the search is put off.
+    // not respond, counts as running. Returns false if the search is put off.
     bool isRunning(uid_t user);
     // Stops watching. onChange is not called until isRunning() is called again.
     void release();
 
-    // Called when the watched process has ended and no other process of the user looks like the application. Also
-    // called when a later check rules out a process that only looks like it, and when a search that was put off has
-    // found the application.
+    // Called when the watched process has ended and no other process of the user that looks like the application was
+    // found. Also called when a later check rules out a process that only looked like it, and when a search that was
+    // put off has found the application.
     std::function<void()> onChange;
 
   private:

@@ -8,7 +8,7 @@
 
 namespace kovra::helper {
 
-// A part of what the kernel tells every user about a process.
+// A part of what the kernel states about a process in /proc/PID/status.
 struct ProcessStatus {
     std::string name;  // truncated to 15 bytes by the kernel
     pid_t parent = 0;
@@ -19,10 +19,10 @@ struct ProcessStatus {
     int pidNamespaces = 1;
 };
 
-// Parses the text of /proc/PID/status. Empty if a field is missing or malformed.
+// Parses the text of /proc/PID/status. Empty if a field is malformed, or if one other than NSpid is missing.
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
 
-// Reads the status of a process. Empty if the process does not exist any more.
+// Reads the status of a process. Empty if the process does not exist any more, or if its status cannot be read.
 std::optional<ProcessStatus> processStatus(pid_t process);
 
 }  // namespace kovra::helper

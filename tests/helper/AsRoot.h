@@ -20,8 +20,8 @@
 
 namespace kovra::helper {
 
-// A user namespace that has the numbers of other users, too. Only newuidmap and newgidmap may give it those, which the
-// administrator grants to each user in /etc/subuid and /etc/subgid.
+// A user namespace in which the numbers of other users exist, too. An ordinary user needs newuidmap and newgidmap to
+// create it. They permit the numbers that the administrator grants to that user in /etc/subuid and /etc/subgid.
 class NamespaceOfUsers {
   public:
     // Runs the work in a child process, as the root of a namespace of its own. Returns why that is impossible, or an
@@ -63,7 +63,8 @@ class NamespaceOfUsers {
         return ::read(pipe, &word, 1) == 1 && word == 'y';
     }
 
-    // Makes this number the root of the namespace, and adds the numbers that the file grants to the user.
+    // Makes this number the root of the namespace, and adds the numbers that the file grants to the user. Returns
+    // whether that succeeded.
     static bool map(const std::string& program, const char* file, pid_t process, unsigned number) {
         const passwd* user = ::getpwuid(::geteuid());
         std::ifstream lines(file);
@@ -97,8 +98,9 @@ class NamespaceOfUsers {
     }
 };
 
-// Runs a test that needs root, because it changes owners or becomes several users. For an ordinary user it runs in a
-// namespace of users. Without that it counts as skipped: ./test recognizes the text, and reports the test as not run.
+// Runs a test that needs root, because it changes owners or becomes several users. For an ordinary user the test runs
+// in a NamespaceOfUsers. Without such a namespace it is skipped with a text that ./test recognizes: it reports the test
+// as not run.
 inline void runAsRoot(const std::function<void()>& test) {
     if (::geteuid() == 0) {
         test();

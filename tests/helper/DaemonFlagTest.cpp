@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Each test replaces or changes a flag that says "on".
+// Each test removes, replaces or changes a flag that says "on".
 class DaemonFlagTest : public testing::Test {
   protected:
     void SetUp() override { rig.startMuted(); }

@@ -20,8 +20,8 @@ namespace fs = std::filesystem;
 
 class DaemonHandOverTest : public testing::Test {
   protected:
-    // Makes hand-overs fail: state.new is a folder with content, and the name to which the helper would move it is
-    // taken.
+    // Makes each hand-over to a user without a left file fail: state.new is a folder with content, and the name to
+    // which the helper would move that folder is taken.
     void obstruct() {
         fs::create_directories(inTheWay / "something");
         struct stat status {};

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* mouse = "input7";
 
-// A pad that a user has muted, and a flag on a disk of its own.
+// A muted pad, and the flag of a user on a disk of its own.
 class MutedByADisk {
   public:
     explicit MutedByADisk(uid_t user) {
@@ -24,7 +24,7 @@ class MutedByADisk {
     }
     ~MutedByADisk() { ::umount2(path.c_str(), MNT_DETACH); }
 
-    // As the kernel does after an error of the disk, without any event.
+    // Makes the disk read-only without any event, as the kernel does after an error of the disk.
     void becomeReadOnly() const { remount(MS_RDONLY); }
     void becomeWritable() const { remount(0); }
 
@@ -38,7 +38,7 @@ class MutedByADisk {
     const std::string path = rig.flag.path();
 };
 
-// The application cannot write "off" when the mouse is unplugged.
+// On such a disk the application cannot write "off" when the mouse is unplugged.
 TEST(DaemonReadOnlyTest, UnmutesThePadWhenADeviceIsUnplugged) {
     inPrivateMachine([](uid_t user) {
         MutedByADisk muted(user);

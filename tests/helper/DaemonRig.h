@@ -43,7 +43,7 @@ class DaemonRig {
         muter.reset();
         mutedPads.reset();
     }
-    // Does what the unit runs after the daemon has ended: "--release".
+    // Does what "--release" does, which the unit runs after the daemon has ended.
     bool release() const {
         MutedPads listed(runtime());
         return unmuteAll(listed, attribute_, std::chrono::milliseconds(0));
@@ -67,15 +67,15 @@ class DaemonRig {
         if (!becomes("1")) throw std::runtime_error("the pad is not muted");
     }
 
-    // Returns whether the attribute of the pad and its twin has this value, or gets it in time.
+    // Returns whether the attributes of the pad and its twin have this value, or get it within ten seconds.
     bool becomes(const std::string& value) {
         return flag.runUntil([&] { return is(value); });
     }
     bool is(const std::string& value) const {
         return computer.inhibited("input5") == value && computer.inhibited("input4") == value;
     }
-    // Makes the daemon look at the flag, and waits for that. The kernel keeps the order of a folder's events, so the
-    // daemon has handled all earlier ones.
+    // Makes the daemon look at the flag, and waits for that. The kernel keeps the order of the events, so the daemon
+    // has handled all earlier events of the flag and its folder.
     void awaitLook() {
         const int before = looks;
         std::filesystem::permissions(flag.state(), std::filesystem::status(flag.state()).permissions());
@@ -91,7 +91,7 @@ class DaemonRig {
     std::optional<uid_t> askedFor;   // the user whose application was last queried
     bool wasMutedWhenAsked = false;  // whether the pad was muted at that query
     int releases = 0;
-    int looks = 0;  // how often the daemon has asked who is at the machine
+    int looks = 0;  // how often the daemon has queried who is at the machine
 
   private:
     Daemon::Session session() {

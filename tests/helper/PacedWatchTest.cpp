@@ -64,7 +64,8 @@ TEST_F(PacedWatchTest, RunsTheWorkNoMoreOftenThanTheLimitPermits) {
         write('a');
         return times.size() == 6;
     }));
-    // The work notes its time a moment after the watch has begun the pause.
+    // Each time is compared with the beginning, not with the previous time: the work notes its time only after the
+    // watch has begun the pause.
     for (std::size_t i = 2; i < times.size(); ++i) EXPECT_GE(times[i] - begin, (i - 1) * 40ms) << i;
 }
 

@@ -23,8 +23,8 @@
 namespace kovra::helper {
 
 // Makes all mounts of this process private, in the mount namespace that it has entered. In a chroot the kernel permits
-// no user namespace, so the folder of the chroot becomes the root of the namespace. Returns false, with errno, if that
-// is denied.
+// no user namespace, so the folder of the chroot becomes the root of the namespace. Returns false, with errno set, if a
+// step fails.
 inline bool makeMountsPrivate() {
     const int root = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC);
     const int space = ::open("/proc/self/ns/mnt", O_RDONLY | O_CLOEXEC);

@@ -18,8 +18,8 @@
 #include "tests/helper/ProcessName.h"
 #include "tests/helper/pads/MockInputs.h"
 
-// Tests of the installed program, in a chroot with its own /Library and /run. The rest of the file system is that of
-// this machine, except for the input devices.
+// Tests of the program as a process, in a chroot with its own /Library and /run. The other folders are those of this
+// machine. The input devices are simulated.
 
 namespace kovra::helper {
 namespace {

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 class RateLimitTest : public testing::Test {
   protected:
-    // Uses it as often as it is permitted at this time.
+    // Uses the limit as often as it permits at this time. Returns how often that was.
     int useAll() {
         int uses = 0;
         for (; limit.delay(now) == 0ms; ++uses) limit.use(now);

@@ -18,11 +18,11 @@
 
 namespace kovra::helper {
 
-// Numbers of users that do not exist on any machine.
+// Numbers of users that are unlikely to exist on any machine.
 inline constexpr uid_t alice = 61'001;
 inline constexpr uid_t bob = 61'002;
 
-// Drops all capabilities of root during its lifetime, as the unit does for the daemon.
+// An object that drops all effective capabilities of root during its lifetime. The daemon has none in its unit either.
 class WithoutCapabilities {
   public:
     WithoutCapabilities() {
@@ -49,8 +49,8 @@ class WithoutCapabilities {
     Effective before_{};
 };
 
-// Changes the effective user of a test that runs as root, for the lifetime of this object. Has no effect for an
-// ordinary user, who owns all of the test's files.
+// An object that changes the effective user and group of a test that runs as root, during its lifetime. It has no
+// effect for an ordinary user, who owns all of the test's files.
 class ActingAs {
   public:
     explicit ActingAs(uid_t user) {
@@ -73,7 +73,8 @@ class ActingAs {
 
 using AccessList = Handle<std::remove_pointer_t<acl_t>, ::acl_free>;
 
-// Returns the access control list of a file, in the short form of getfacl and with numbers of users.
+// Returns the access control list of a file, in the short form of getfacl and with numbers of users. Returns a word
+// instead if there is none, or if it cannot be converted.
 inline std::string accessList(const std::string& path) {
     const AccessList list(acl_get_file(path.c_str(), ACL_TYPE_ACCESS));
     if (!list) return "none";
@@ -88,8 +89,8 @@ inline void setAccessList(const std::string& path, const std::string& text) {
         throw std::runtime_error("cannot set the access list of " + path);
 }
 
-// Returns whether this user may write the file. As root, the check tries to write as that user. An ordinary user cannot
-// change users, so the check evaluates the access control list.
+// Returns whether this user may write the file. As root, the check tries to open the file for writing as that user. An
+// ordinary user cannot change users, so the check evaluates the access control list.
 inline bool mayWrite(uid_t user, const std::string& path) {
     if (::geteuid() == 0) {
         const ActingAs other(user);

@@ -47,7 +47,7 @@ TEST_F(WatchdogTest, IsOnWhileATouchpadIsMutedAndGivesSignsOfLife) {
 TEST_F(WatchdogTest, GivesSignsWellBeforeTheTimeIsOver) {
     const Watchdog::Timing timing;
     EXPECT_LE(2 * timing.interval, timing.timeout);
-    EXPECT_LE(timing.timeout, 8s);  // what was muted is back within ten seconds
+    EXPECT_LE(timing.timeout, 8s);  // so that a hang leaves a pad muted for at most ten seconds
 }
 
 TEST_F(WatchdogTest, DoesNotWakeUpWithoutAServiceManager) {

@@ -1,4 +1,4 @@
-"""Checks the sandboxing of the helper's unit with systemd-analyze, without a running systemd.
+"""Checks the helper's unit: its directives, and with systemd-analyze its sandboxing. Needs no running systemd.
 
   unit_test.py UNIT      UNIT: the file as it is installed
 """
@@ -10,7 +10,7 @@ import sys
 import unittest
 
 UNIT = sys.argv.pop()
-EXPOSURE = "12"  # an exposure of 1.2 out of 10
+EXPOSURE = "12"  # the highest exposure allowed: 1.2 out of 10
 USER = "_ble-kovra-helper"
 
 

@@ -5,7 +5,7 @@ import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build/packages"
-# The folder with both programs from the packages.
+# The program from the packages. Its window process and its icons are in the same folder.
 PROGRAM = FOLDER / "program" / "ble-kovra"
 
 
@@ -14,7 +14,7 @@ class PackagesMissing(Exception):
 
 
 def build():
-    """Builds the packages if the sources have changed; returns them."""
+    """Builds the packages, unless nothing has changed since the last build."""
     if subprocess.run([ROOT / "tools/build-packages"], check=False).returncode != 0:
         raise PackagesMissing("the Debian packages were not built")
 

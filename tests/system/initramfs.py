@@ -11,7 +11,7 @@ class BusyboxMissing(Exception):
 
 
 def write(target, kernel, guest_program):
-    """Writes the archive to `target`. `guest_program` is the script that runs as the machine's first process."""
+    """Writes the archive to `target`. The machine's first process becomes `guest_program`, a script."""
     busybox = shutil.which("busybox", path="/bin:/usr/bin")
     if busybox is None:
         raise BusyboxMissing("busybox is missing (Debian package busybox-static)")

@@ -10,17 +10,17 @@ import shutil
 import subprocess
 import tempfile
 
-# These modules are in the initramfs and are loaded before the host's files are available.
+# These modules, and those that they need, are in the initramfs. They are loaded before the host's files are available.
 BOOT_MODULES = [
     "virtio_pci", "9pnet_virtio", "9p", "overlay",
     "uhid", "uinput", "evdev", "hid-generic", "hid-multitouch", "usbhid", "xhci-pci",
 ]
-# This module is also in the folder, for a test that changes the driver of a device.
+# This module is also in the folder, for the scenarios that load it later: renamed_by_its_driver and switched_off.
 LATER_MODULES = ["hid-logitech-hidpp"]
 
 
 class KernelMissing(Exception):
-    """The kernel could not be fetched; the text says what to do."""
+    """The kernel could not be fetched; the text says why."""
 
 
 class Kernel:

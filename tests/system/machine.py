@@ -19,11 +19,13 @@ import initramfs
 from qmp import QMP
 
 HERE = pathlib.Path(__file__).resolve().parent
-# The first processes: a program of ours, or one that becomes systemd.
+# The programs that the first process becomes. BARE carries out the host's task itself. LAPTOP becomes systemd, which
+# starts the program that does.
 BARE = HERE / "guest" / "main.py"
 LAPTOP = HERE / "laptop" / "first.py"
 BOOT_LIMIT_SECONDS = 300
-# A scenario takes seconds. The event flood takes a minute, or several on a busy host. A longer silence means a hang.
+# Most scenarios take seconds. The scenario flood_of_events takes a minute, or several on a busy host. A longer silence
+# means a hang.
 SILENCE_LIMIT_SECONDS = 600
 
 
@@ -32,7 +34,7 @@ class MachineFailed(Exception):
 
 
 class Machine:
-    """One boot. Use it as a context manager; on exit it ends QEMU and removes the temporary folder."""
+    """One boot of the machine. Use it as a context manager; on exit it ends QEMU and removes the temporary folder."""
 
     def __init__(self, kernel, logs, first_process=BARE):
         self._kernel, self._first_process = kernel, first_process

@@ -72,7 +72,8 @@ def play(machine, task, tally, name):
 class Tally:
     def __init__(self):
         self.passed = self.failed = 0
-        # Scenarios that have not reported a result. A scenario that could not run has failed.
+        # Planned scenarios that have not reported a result. Those that are left at the end did not run, and count as
+        # failed.
         self._open = []
         # For each machine, the requested scenarios that it does not have. The other machine may have them.
         self._unknown = []

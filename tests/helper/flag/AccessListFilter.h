@@ -10,8 +10,8 @@
 
 namespace kovra::helper {
 
-// Makes every change of an access control list in this process fail with this error. With 0 it seems to succeed, but
-// changes nothing.
+// Makes fsetxattr(2), with which acl_set_fd() changes an access control list, fail with this error in this process from
+// now on. With 0 it seems to succeed, but changes nothing. Returns whether the filter is in place.
 inline bool answerAccessListsWith(unsigned int error) {
     std::array<sock_filter, 4> program{{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),

@@ -22,8 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Makes random changes at the flag's path, and models them by kind, content and number of names of the file there.
-// Names in other folders do not count.
+// A source of random changes at the flag's path, with a model of them: kind, content and number of names of the file
+// there. Names in other folders do not count.
 class RandomFlag {
   public:
     RandomFlag(FlagRig& rig, std::mt19937& random) : rig_(rig), random_(random) {}
@@ -138,7 +138,7 @@ TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
         std::optional<uid_t> inPlace;
         std::map<uid_t, std::string> last;                  // the content of each user's file
         std::map<uid_t, Descriptor> kept;                   // a descriptor of that file
-        std::vector<std::pair<uid_t, Descriptor>> earlier;  // others of the same files
+        std::vector<std::pair<uid_t, Descriptor>> earlier;  // further descriptors of the same files
         rig.handOver(std::nullopt);
         for (int step = 0; step < 600; ++step) {
             switch (pick(5)) {

@@ -20,14 +20,14 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-// Events that others cause as fast as they can.
+// A flag folder in which tests cause events as fast as they can, as other users may.
 class FlagFolderStormTest : public testing::Test {
   protected:
     FlagFolderStormTest() {
         rig.handOver(alice);
         rig.folder().onChange = [this] { ++changes; };
     }
-    // Waits for a change that comes after all events so far.
+    // Causes a change and waits until it is reported. All earlier events are handled then.
     void handleEvents() {
         changes = 0;
         rig.write(alice, "on");
@@ -38,7 +38,7 @@ class FlagFolderStormTest : public testing::Test {
     int changes = 0;
 };
 
-// Counts how often a folder is opened, apart from what is in it.
+// A counter of how often a folder itself is opened. Openings of its entries do not count.
 class Openings {
   public:
     explicit Openings(const std::string& folder) : events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
@@ -75,7 +75,7 @@ TEST_F(FlagFolderStormTest, OfEventsBesideThePathCausesNoCheckOfThePath) {
     }
     handleEvents();
     EXPECT_EQ(openings.take(), 0);
-    // The next folder of the path is checked, and so is the first folder itself.
+    // An event of the first folder itself, or of the next folder of the path, causes a check.
     for (const std::string& folder : {rig.root(), rig.root() + "/Library"}) {
         ASSERT_EQ(::chmod(folder.c_str(), 0755), 0);
         handleEvents();

@@ -90,7 +90,7 @@ TEST(FlagFolderTest, IsRefusedIfAnyFolderOfThePathBelongsToAnotherUser) {
     });
 }
 
-// Counts the notifications of the folder.
+// A counter of the folder's notifications.
 class Notifications {
   public:
     explicit Notifications(FlagRig& rig) : rig_(rig) {

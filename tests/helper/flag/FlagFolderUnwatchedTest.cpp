@@ -16,10 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Limits the number of inotify watches of this user.
+// Limits the number of inotify watches in this user namespace.
 void limitWatches(int number) { writeFile("/proc/sys/user/max_inotify_watches", std::to_string(number)); }
 
-// Runs the body in a user namespace, where the limit can be set. Its argument is the only user of that namespace.
+// Runs the body in a user namespace of its own, where the limit can be set. The body gets the only user of that
+// namespace.
 void withLimitedWatches(const std::function<void(uid_t)>& body) {
     inPrivateMachine([&](uid_t) {
         if (::unshare(CLONE_NEWUSER) != 0) throw std::runtime_error("no namespace of its own");

@@ -19,13 +19,12 @@ namespace kovra::helper {
 
 inline constexpr const char* folderPath = "/Library/Application Support/ble-kovra";
 
-// An empty flag folder below a temporary root. Operations of the daemon run without capabilities, as in its systemd
-// unit.
+// An empty flag folder below a temporary root. handOver() and isOn() run without capabilities, as in the daemon's unit.
 class FlagRig {
   public:
     FlagRig() { makeFlagFolder(); }
 
-    // Creates those folders of the flag's path that are missing.
+    // Creates those folders of the flag's path that are missing, and lets only the owner write them all.
     void makeFlagFolder() const {
         for (const char* name : {"", "Library", "Library/Application Support", "Library/Application Support/ble-kovra"})
             makeFolder(name);
@@ -50,7 +49,7 @@ class FlagRig {
         if (!folder_) throw std::runtime_error("the folder is refused");
         return *folder_;
     }
-    // Opens the folder again at the next use, as a restarted daemon does.
+    // Closes the folder. The next use opens it again, as a restarted daemon does.
     void reopen() { folder_.reset(); }
     bool handOver(std::optional<uid_t> user) {
         FlagFolder& flag = folder();

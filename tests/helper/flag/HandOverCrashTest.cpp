@@ -24,8 +24,8 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Returns whether a system call can have an effect outside the process. A kill before any other call has the same
-// effect as a kill after it.
+// Returns whether a system call may have an effect outside the process. If a call has none, it does not matter whether
+// the process is killed before or after it.
 bool hasOutsideEffect(const __ptrace_syscall_info& info) {
     switch (info.entry.nr) {
         case SYS_openat:

@@ -101,7 +101,8 @@ Names reported(const Descriptor& events) {
     return names;
 }
 
-// Otherwise the application would not repeat an "off" that was refused, and the pad would stay muted.
+// Without an event with this name, the application would not repeat an "off" that was refused, and the pad would stay
+// muted.
 TEST(HandOverOnAFullDiskTest, IsReportedUnderTheFlagsNameWhenTheUserReturns) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);

@@ -37,7 +37,7 @@ TEST(HandOverRefusedTest, KeepsTheFlagOfAUserWhoseRightCannotBeRevoked) {
         rig.handOver(bob);
         rig.handOver(alice);
         EXPECT_EQ(handOverRefused(rig, next), ENOSPC);
-        // The flag still belongs to Alice, since the hand-over failed.
+        // The flag still belongs to Alice, since her right could not be revoked.
         EXPECT_TRUE(rig.folder().isFlagOf(alice));
         EXPECT_TRUE(rig.isOn());
         EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));

@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Alice has kept a descriptor of her flag, which belongs to Bob by now.
+// Alice has kept a descriptor of her flag, and Bob is at the machine now.
 class LeftFilesTest : public testing::Test {
   protected:
     LeftFilesTest() {
@@ -34,7 +34,7 @@ class LeftFilesTest : public testing::Test {
         EXPECT_EQ(::fstat(kept.number(), &status), 0);
         return std::max<long>(status.st_blocks * 512, status.st_size);
     }
-    // Whether room that she takes through the descriptor is free again within a second.
+    // Returns whether room that Alice takes through the descriptor is free again within a second.
     bool isFreed() {
         EXPECT_EQ(::fallocate(kept.number(), FALLOC_FL_KEEP_SIZE, 0, 4 << 20), 0);
         EXPECT_GE(bytesOnDisk(), 4 << 20);

@@ -15,7 +15,7 @@ const MockInput plainMouse{.input = "input7",
                            .bus = "0003",
                            .hid = "0003:046D:C077.0002"};
 
-// Only root can give a file to a group that it does not belong to.
+// An ordinary user can give a file only to a group of their own.
 gid_t grantee() { return ::geteuid() == 0 ? alice : ::getegid(); }
 
 TEST(GrantTest, LetsTheGroupWriteThePadAndItsTwin) {
@@ -30,7 +30,8 @@ TEST(GrantTest, LetsTheGroupWriteThePadAndItsTwin) {
     EXPECT_EQ(computer.inhibited("input5"), "0");
 }
 
-// A helper that runs as root without capabilities, as in earlier versions, unmutes the pad only if it owns it.
+// In earlier versions the helper runs as root without capabilities. It can unmute a pad only if root owns the
+// attribute.
 TEST(GrantTest, LeavesThePadToRoot) {
     MockInputs computer;
     computer.addDevice(pad);

@@ -14,7 +14,7 @@
 
 namespace kovra::helper {
 
-// Simulates the attributes of input devices with files.
+// A simulation of the attributes of input devices, by files.
 class InputFolder {
   public:
     void plug(const std::string& name, const std::string& inhibited = "0\n") {
@@ -26,7 +26,7 @@ class InputFolder {
     bool isInhibited(const std::string& name) const { return readFile(path(name)) == "1\n"; }
     bool isActive(const std::string& name) const { return readFile(path(name)) == "0\n"; }
 
-    // Makes writes of the attribute fail, until acceptWrites().
+    // Makes writes of the attribute fail, until acceptWrites(). Meanwhile it has no valid value to read.
     void refuseWrites(const std::string& name) {
         valueBefore_ = readFile(path(name));
         std::filesystem::remove(path(name));
@@ -37,8 +37,8 @@ class InputFolder {
         std::filesystem::rename(folder_.path() / "next", path(name));
     }
 
-    // Takes the right to write the attribute from the user of the test, and gives it, as udev does. This has an effect
-    // on a caller without capabilities.
+    // Takes the right to write the attribute from the user of the test, or gives it, as udev's rule does. Only a caller
+    // without capabilities is affected.
     void keepFromUser(const std::string& name) { std::filesystem::permissions(path(name), onlyReading()); }
     void giveToUser(const std::string& name) {
         std::filesystem::permissions(path(name), onlyReading() | std::filesystem::perms::owner_write);

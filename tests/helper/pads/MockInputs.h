@@ -33,8 +33,8 @@ inline const MockInput twin{.input = "input4",
                             .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
                             .hid = "0018:06CB:CD8B.0001"};
 
-// Simulates a sysfs with input devices, and the events of udev, for this process. A device and its event are separate
-// steps, as in the kernel, so that tests can use one without the other.
+// A simulation of a sysfs with input devices, and of udev's events, for this process and those that it starts. A device
+// and its event are separate steps, as in the kernel, so that tests can use one without the other.
 class MockInputs {
   public:
     MockInputs() : testbed_(umockdev_testbed_new()) {
@@ -100,7 +100,7 @@ class MockInputs {
     std::string inhibited(const std::string& input) const { return readFile(attribute(input)).substr(0, 1); }
     void inhibit(const std::string& input, const std::string& value) { writeFile(attribute(input), value + "\n"); }
 
-    // As in a kernel that cannot inhibit input devices.
+    // Removes the attribute, as if the kernel could not inhibit input devices.
     void removeAttribute(const std::string& input) { std::filesystem::remove(attribute(input)); }
     // The owner, the group and the mode of the attribute.
     struct stat rights(const std::string& input) const {

@@ -136,7 +136,7 @@ TEST_F(MuterTest, RemovesADeviceThatCannotBeMutedFromTheList) {
     EXPECT_EQ(recordedPads(), Names{"input6"});
 }
 
-// A new device's attribute belongs to root until udev's rule has been applied.
+// Until udev's rule has been applied, only root may write the attribute of a new device.
 class MuterRightTest : public MuterRig {
   protected:
     MuterRightTest() { computer.keepFromUser("input5"); }

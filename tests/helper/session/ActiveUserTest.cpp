@@ -43,7 +43,7 @@ TEST(ActiveUserTest, IsNobodyWhileAnotherTerminalIsShownThanThatOfTheSession) {
     EXPECT_EQ(shown(2, 0), 1000U);  // a kernel without terminals
 }
 
-// Writes the files of a login manager into the /run of a private machine. Like a login manager, it replaces each file
+// A writer of a login manager's files in the /run of a private machine. Like a login manager, it replaces each file
 // atomically.
 class LoginManager {
   public:
@@ -74,7 +74,7 @@ class LoginManager {
     }
 };
 
-// Counts the notifications of changes.
+// A counter of the notifications of changes.
 class Listener {
   public:
     Listener() {

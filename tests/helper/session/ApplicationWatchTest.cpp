@@ -212,7 +212,7 @@ TEST(ApplicationWatchTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting
         const pid_t application = ::fork();
         if (application == 0) {
             takeName("ble-kovra");
-            numberNext(400);  // lists the next process before the application
+            numberNext(400);  // so that /proc lists the next process first
             const pid_t started = ::fork();
             if (::setresuid(user, user, user) != 0) ::_exit(1);
             if (started == 0) {
@@ -306,7 +306,7 @@ TEST(ApplicationWatchTest, DoesNotCheckAgainAfterARelease) {
     });
 }
 
-// The number of bytes that one question reads.
+// Returns the number of bytes that one call of isRunning() reads.
 long costOf(Rig& rig, uid_t user) {
     const long before = bytesRead();
     rig.watch.isRunning(user);
@@ -338,7 +338,7 @@ TEST(ApplicationWatchTest, ReportsAnApplicationThatStartsWhileSearchesArePutOff)
         }
         EXPECT_LT(std::chrono::steady_clock::now() - started, 1s);
         EXPECT_TRUE(rig.watch.isRunning(user));
-        // It is watched like any other.
+        // The application that was found late is watched like any other.
         application.kill();
         EXPECT_TRUE(rig.gotChange());
     });

@@ -1,5 +1,5 @@
-"""Scenarios of adverse conditions: event floods, SIGSTOP, a missing folder, no udevd, a driver that renames a
-device."""
+"""Scenarios of adverse conditions: event floods, SIGSTOP, a missing folder, udevd missing or hanging, and a driver that
+renames a device. One more measures what the idle program uses."""
 
 import signal
 import subprocess
@@ -16,7 +16,7 @@ FOREIGN_EVENT = "/sys/devices/virtual/mem/null/uevent"
 
 
 def churn(count, name, keep_last=False):
-    """Adds and removes `count` devices as fast as the kernel allows; with keep_last it returns the last one."""
+    """Adds and removes `count` devices as fast as the kernel allows; with keep_last returns and keeps the last."""
     batch = 40
     kept = None
     for start in range(0, count, batch):
@@ -36,8 +36,8 @@ def flood_of_events(world):
     world.start(selected=[MADE_UP])
     last = churn(1000, "Kovra Mouse", keep_last=True)
     world.settle()
-    # Chosen devices kept arriving. It is clear which one remains only when the grace period after the last removal has
-    # ended.
+    # Chosen devices were added and removed all the while. A removal shows only after its grace period, so wait until
+    # the last period has ended.
     world.flag.wait_write("on")
     stay_until(now() + LATEST_OFF)
     check(world.flag.last() == "on", f"one device remains, but the writes were: {world.flag.contents()}")

@@ -1,4 +1,4 @@
-"""The demo: plays the main job once, and reports each line to the host at the moment when it happens."""
+"""The demo: plays the main job, and reports each row to the host as soon as it has happened."""
 
 import signal
 

@@ -151,7 +151,8 @@ def hanging_screen(world):
     with contextlib.closing(Screen()) as screen:
         running = world.start(selected=[MADE_UP], display=screen.name)
         screen.hang()
-        # Wait until the program has queried the screen for a tray. It does so if no panel has started.
+        # If no panel has started after five seconds, the program queries the X server for a tray. Wait until it has
+        # done so.
         stay_until(now() + 6)
         mouse = world.plug("Kovra Mouse")
         world.expect_on(mouse)

@@ -1,4 +1,4 @@
-"""The flag file, watched with inotify from outside the program: every open and every write, with its time."""
+"""The flag file, watched with inotify from outside the program: the number of opens, and every write with its time."""
 
 import collections
 import ctypes
@@ -19,7 +19,7 @@ Write = collections.namedtuple("Write", "time content")
 
 
 class Flag:
-    """Records a write whenever a process closes the file after opening it for writing.
+    """A watch of the flag file. It records a write whenever a process closes the file after opening it for writing.
 
     The recorded content is that of the file when the event was received. The watcher reads through a descriptor that it
     keeps open, so that its own reads cause no open events.
@@ -33,7 +33,7 @@ class Flag:
         self.openings = 0
 
     def renew(self):
-        """Creates a new folder with an empty file, and resets the counts. The file contains neither "on" nor "off"."""
+        """Creates a new folder with an empty file, and forgets all earlier writes and opens."""
         self.remove_folder()
         self.create_folder()
 

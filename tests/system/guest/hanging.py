@@ -1,4 +1,4 @@
-"""A folder on a disk that does not answer: opening a file in it does not return before it is closed here."""
+"""A folder on a disk that does not answer: opening a file in it does not return before close()."""
 
 import ctypes
 import os
@@ -11,7 +11,7 @@ AT_FDCWD = -100
 
 
 class HangingFolder:
-    """The kernel asks this process for the permission to open a file, and it does not answer."""
+    """A folder whose files the kernel opens only with the permission of this process, which does not answer."""
 
     def __init__(self, folder):
         libc = ctypes.CDLL(None, use_errno=True)
@@ -22,5 +22,5 @@ class HangingFolder:
         check(result == 0, f"fanotify_mark: {os.strerror(ctypes.get_errno())}")
 
     def close(self):
-        """Allows whatever was asked for."""
+        """Ends the watch. The kernel then permits every open that waits."""
         os.close(self._asked)

@@ -1,7 +1,7 @@
 """A virtual mouse of a kind that its driver renames. It answers the requests by which the driver learns its name.
 
 It answers only what the driver requests when it binds: the protocol version, the index of the feature "device name",
-and the name. Everything else gets the error "unknown feature".
+and the name with its length. Every other request gets error 6, "invalid feature index".
 """
 
 import threading
@@ -25,7 +25,7 @@ DESCRIPTOR = (bytes.fromhex("05010902a10185020901a100050919012903150025019503750
 
 
 class RenamedMouse(uhid.UHID):
-    """Appears as `plain_name`; the driver renames it to "Logitech " and `real_name`."""
+    """A mouse that appears as `plain_name`, until the driver renames it to "Logitech " and `real_name`."""
 
     def __init__(self, plain_name, real_name, uniq):
         self._real_name = real_name.encode()

@@ -11,7 +11,7 @@ import host
 
 
 def refuse_elsewhere(first_process):
-    # The program mounts over folders and writes into system folders. It must never run on a real system.
+    # The calling program mounts over folders and writes into system folders. It must never run on a real system.
     if "kovra.guest" not in pathlib.Path("/proc/cmdline").read_text().split() or (first_process and os.getpid() != 1):
         sys.exit("this program is a part of a throwaway virtual machine and runs nowhere else")
 

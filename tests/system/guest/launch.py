@@ -35,7 +35,7 @@ def processes():
 
 
 def has_ended(pid):
-    # The machine's first process may reap its children late.
+    # A zombie has ended. The machine's first process may reap it late.
     return not any(process == pid and state != "Z" for process, state, _ in processes())
 
 

@@ -14,7 +14,7 @@ LATEST_EXIT = 5.0
 
 
 def end_by(world, number):
-    """Sends the signal while a connected mouse mutes the trackpad. The program must end and unmute the trackpad."""
+    """Sends the signal while the flag is "on" because of a connected mouse. The program must end and write "off"."""
     running = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
     since = now()

@@ -10,7 +10,7 @@ IN_OPEN, IN_CLOSE = 0x20, 0x18
 
 
 class Openings:
-    """Counts from its construction on. The file must exist and must not be replaced."""
+    """A counter of opens since its construction. The file must exist and must not be replaced."""
 
     def __init__(self, path):
         libc = ctypes.CDLL(None, use_errno=True)

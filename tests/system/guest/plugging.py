@@ -10,7 +10,7 @@ MADE_UP = "Kovra Mouse#4660:22136"
 
 
 def play_main_job(world, device):
-    """Unplugs a plugged device and checks both writes; returns the delays as text."""
+    """Expects the write "on" for a plugged device, unplugs it and expects "off"; returns the delays as text."""
     on = world.expect_on(device)
     device.unplug()
     off = world.expect_off_after_grace(device)

@@ -45,7 +45,7 @@ class Ports:
         return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
 
     def plug_usb_mouse(self):
-        """Plugs QEMU's own USB mouse into the machine. A scenario may do this only once."""
+        """Plugs in QEMU's own USB mouse. Only once per scenario, as the events of two such mice look alike."""
         name = f"mouse{next(self._numbers)}"
         self.host.plug_mouse(name)
         added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")

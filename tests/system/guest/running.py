@@ -45,7 +45,7 @@ def _run(world, function):
 
 
 def _print_logs(world, reason):
-    """Prints to the console, which the host keeps after a failure."""
+    """Prints to the console; the host keeps its log after a failure."""
     print(f"---- {reason}", flush=True)
     print("output of the programs:", world.last_words(), sep="\n", flush=True)
     print("kernel log:", flush=True)

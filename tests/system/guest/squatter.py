@@ -1,4 +1,4 @@
-"""A foreign program that owns a name on the session bus and answers every call with an error."""
+"""A foreign owner of a name on the session bus. It implements no interface, so every call of one gets an error."""
 
 import ctypes
 import threading

@@ -11,18 +11,18 @@ from waiting import wait_for
 
 INPUT = pathlib.Path("/sys/class/input")
 
-# The report contains two fingers, each with confidence, tip switch, contact number and position. The scan time, the
-# number of contacts and one button follow.
+# The touchpad's report contains two fingers, each with confidence, tip switch, contact number and position. The scan
+# time, the number of contacts and one button follow.
 FINGER = ("050d0922a102" "150025010947094275019502810295068103" "7508950125" "7f09518102"
           "050126ff0f751095015500650035004600000930810226ff0709318102" "c0")
 TOUCHPAD = bytes.fromhex("050d0905a1018501" + 2 * FINGER +
                          "050d150027ffff00007510950109568102" "257f750895010954" "8102"
                          "05090901250175019501810295078103"
                          "050d85020955250f75089501b102"
-                         # The certification blob of a precision touchpad. The driver accepts the device only with this
-                         # blob.
+                         # The certification blob of a precision touchpad. By this blob the kernel recognizes the kind
+                         # of device.
                          "0600ff850409c5150026ff00750896" "0001b102" "c0")
-# Many touchpads have this mouse collection for systems without touchpad support. The kernel creates another input
+# Many touchpads have such a mouse collection, for systems without touchpad support. The kernel creates another input
 # device for it.
 MOUSE = bytes.fromhex("05010902a10185030901a1000509190129021500250175019502810295068103"
                       "0501093009311581257f750895028106c0c0")
@@ -124,7 +124,7 @@ class Pad:
         return [device.inhibited for device in self.inputs]
 
     def use(self):
-        """Strokes the touchpad; returns for each of its input devices whether it delivered events."""
+        """Strokes the touchpad and moves its mouse; returns for each input device whether it delivered events."""
         for device in self.inputs:
             device.take()
         self._hardware.stroke()

@@ -1,7 +1,7 @@
 """The kernel's events of HID devices with their exact times, and the times at which udevd passed them on.
 
-The events are received through netlink. Their times come from a probe in the kernel, at the function that sends them.
-A listener on a busy machine may be tens of milliseconds late.
+The events are received through netlink. The kernel's times come from a probe in the kernel, since a listener on a busy
+machine may be tens of milliseconds late.
 """
 
 import collections
@@ -23,14 +23,14 @@ TRACING = pathlib.Path("/sys/kernel/tracing")
 PROBE = "p:kovra/uevent hid_uevent action=+0(+24(%si)):string path=+0(+32(%si)):string"
 TRACED = re.compile(r' (\d+\.\d+): uevent: .* action="ACTION=(\w+)" path="DEVPATH=(\S+)"')
 
-# Thousands of devices have this serial number, and no test uses their events.
+# Thousands of devices have a serial number that begins like this. No test uses their events.
 CROWD = b"\0HID_UNIQ=crowd"
 
 Uevent = collections.namedtuple("Uevent", "time action node properties")
 
 
 def listen(group):
-    """Yields the properties of every event of the subsystem "hid" in this netlink group as it arrives."""
+    """Yields the properties of every event of the subsystem "hid" in this netlink group, except the crowd's."""
     netlink = socket.socket(socket.AF_NETLINK, socket.SOCK_DGRAM, NETLINK_KOBJECT_UEVENT)
     netlink.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, 64 << 20)
     netlink.bind((0, group))
@@ -43,7 +43,7 @@ def listen(group):
 
 
 class KernelEvents:
-    """Keeps every event of the subsystem "hid" except the crowd's, in order, with its monotonic time."""
+    """All events of the subsystem "hid" so far, except the crowd's, in order and with their monotonic times."""
 
     def __init__(self):
         self._events = []
@@ -92,7 +92,7 @@ class KernelEvents:
 
 
 class UdevEvents:
-    """The times at which udevd passed events on to other programs. For a repeated event the first time counts."""
+    """The times at which udevd's events of HID devices arrived here. For a repeated event the first time counts."""
 
     def __init__(self):
         self._moments = {}

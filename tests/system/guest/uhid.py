@@ -1,4 +1,4 @@
-"""Virtual devices through /dev/uhid. The kernel and all programs treat them like real ones."""
+"""Virtual HID devices through /dev/uhid. The kernel binds drivers to them and reports events, as for real ones."""
 
 import os
 import select
@@ -27,7 +27,7 @@ class UHID:
                                len(descriptor), bus, vendor, product, 0, 0, descriptor))
 
     def wait_started(self, limit=30.0):
-        """Waits until a driver has started the device."""
+        """Waits until a driver has started the device; returns False if no event comes for `limit` seconds."""
         while select.select([self._file], [], [], limit)[0]:
             if self.read()[0] == START:
                 return True

@@ -45,5 +45,5 @@ def stay_until(moment):
 
 
 def be_prompt():
-    """Gives the calling thread priority over all others, so that the times that it records are accurate."""
+    """Gives the calling thread priority over ordinary threads, so that the times that it records are accurate."""
     os.sched_setscheduler(0, os.SCHED_FIFO, os.sched_param(10))

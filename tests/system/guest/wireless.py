@@ -1,4 +1,5 @@
-"""Scenarios of a wireless mouse whose node stays when it is switched off; the kernel's battery shows its state."""
+"""A scenario of a wireless mouse whose node stays when it is switched off. The battery that the kernel reports shows
+whether the mouse is on."""
 
 import subprocess
 
@@ -17,8 +18,7 @@ RECEIVER = 0xFF
 
 
 class WirelessMouse(hidpp.RenamedMouse):
-    """A mouse with a battery that can be switched off. While it is switched off, it answers every request with an
-    error."""
+    """A mouse that has a battery and can be switched off. While it is off, it answers every request with an error."""
 
     def __init__(self, uniq):
         self._is_off = False

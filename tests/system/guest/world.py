@@ -20,7 +20,7 @@ RULES = ["50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "7
 RULES_FOLDERS = ["/usr/lib/udev/rules.d", "/etc/udev/rules.d"]
 BUS_ADDRESS = "unix:path=/run/kovra/bus"
 
-# The flag changes to "off" no earlier than this many seconds after the kernel's event.
+# The flag changes to "off" no earlier than this many seconds after the kernel's removal of the device.
 GRACE = 2.0
 # The flag changes no later than this many seconds after udevd passed the event on. In an emulated machine on a busy
 # host, udevd alone may take a second, which is not the program's fault.
@@ -68,7 +68,7 @@ class World(Ports):
     # The program
 
     def start(self, language="en_US.UTF-8", wait=True, bus=None, display=None, **choices):
-        """Starts the program with these choices stored; returns it after its first write."""
+        """Starts the program with these choices stored; returns it, with `wait` after its first write."""
         program.write_preferences(**choices)
         since = now()
         started = program.Program(self.binary, language, bus or self.session_bus(), display)

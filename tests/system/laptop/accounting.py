@@ -13,7 +13,7 @@ RECORD = struct.Struct("<BBH7I8H16s")
 
 @contextlib.contextmanager
 def users_of(program):
-    """Yields a function that returns the users of all processes of this program that have ended since."""
+    """Yields a function that returns the users of all processes of this program that have ended since then."""
     libc = ctypes.CDLL(None, use_errno=True)
     FILE.write_bytes(b"")
 

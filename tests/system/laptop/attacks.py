@@ -1,4 +1,4 @@
-"""Scenarios of malicious people and programs: nobody but Anna decides when her touchpad is muted."""
+"""A scenario of a malicious person: nobody but Anna decides when her touchpad is muted."""
 
 import pathlib
 

@@ -19,7 +19,7 @@ RECORDS = pathlib.Path("/run/ble-kovra-helper")
 
 
 def kill_for_memory(process):
-    """Lets the kernel run out of memory, with this process as its first victim."""
+    """Makes the kernel kill this process as if memory had run out."""
     pathlib.Path(f"/proc/{process}/oom_score_adj").write_text("1000")
     pathlib.Path("/proc/sysrq-trigger").write_text("f")
     killed = f"Killed process {process} "
@@ -139,7 +139,7 @@ def purged_and_installed_again(laptop):
 
 @contextlib.contextmanager
 def disk_of_its_own(laptop):
-    """Puts the flag's folder on a small file system of its own, and stops the helper."""
+    """Stops the helper, and puts the flag's folder on a small file system of its own. Restores both in the end."""
     laptop.install()
     run("systemctl", "stop", HELPER)
     mount = ["mount", "-t", "tmpfs", "-o", "mode=0755,size=64k,nr_inodes=30", "none", str(FLAGS_FOLDER.parent)]

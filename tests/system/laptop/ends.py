@@ -99,7 +99,7 @@ def stopped_in_grace(laptop):
 
 @contextlib.contextmanager
 def full_run(what):
-    """Fills /run, so that there is no room for another byte ("size") or another file ("nr_inodes")."""
+    """Fills /run, so that meanwhile there is no room for another page ("size") or another file ("nr_inodes")."""
     def limit(value):
         subprocess.run(["/bin/busybox", "mount", "-o", f"remount,{what}={value}", "/run"], check=True)
 
@@ -128,7 +128,7 @@ def no_room_for_records(laptop):
     laptop.settle()
     anna, refusal = laptop.log_in(ANNA), f"{one.inputs[0].number} is not muted, since it cannot be recorded"
     with full_run("nr_inodes"):
-        # Write at once, before a file in /run is removed and makes room.
+        # Anna writes at once, before a file in /run is removed and makes room.
         check(anna.succeeds(f"printf on >'{FLAG}'"), "Anna cannot write her flag")
         wait_for(lambda: refusal in run("journalctl", "-u", HELPER, "-o", "cat", "--no-pager"),
                  "the helper to have tried")

@@ -56,7 +56,8 @@ TTYPath=/dev/console
 KillMode=process
 """
 
-# The part of a user's session that programs look for: the session bus.
+# The unit in place of the host's user@.service. Of all that the host's unit starts, programs look only for the session
+# bus.
 USER_SERVICE = """[Unit]
 Description=The buses of the user %i
 After=user-runtime-dir@%i.service dbus.service
@@ -109,7 +110,7 @@ def write_people():
             os.chown(user.home, user.uid, user.uid)
     pathlib.Path("/etc/pam.d/kovra-seat").write_text(
         "auth required pam_permit.so\naccount required pam_permit.so\nsession required pam_systemd.so\n")
-    # The system's own PAM files for user managers would need a password.
+    # The system's own PAM file for user managers may refuse these people, who have no password.
     pathlib.Path("/etc/pam.d/systemd-user").write_text(
         "account required pam_permit.so\nsession required pam_systemd.so\n")
 
@@ -124,7 +125,8 @@ def main():
     keep(RULES, KEPT_RULES)
     write_units()
     write_people()
-    # A host that is a container has these files. They would tell systemd so, and keep packages from starting services.
+    # A host that is a container may have these files. The first one would tell systemd so, and the second one would
+    # keep packages from starting services.
     for mark in ["/.dockerenv", "/usr/sbin/policy-rc.d"]:
         pathlib.Path(mark).unlink(missing_ok=True)
     pathlib.Path("/etc/machine-id").write_text("6b6f7672616b6f7672616b6f7672616b\n")

@@ -2,7 +2,8 @@
 
     forge.py SESSION TIMES
 
-Each client receives, TIMES times: the session has ended, it has become active, and the machine has woken from sleep.
+Each client receives three signals, TIMES times each: the session has ended, the session has become active, and the
+machine has woken from sleep.
 """
 
 import ctypes

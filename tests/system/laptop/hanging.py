@@ -1,4 +1,4 @@
-"""Scenarios of services that hang or crash again and again, and of processes that only look like the application."""
+"""Scenarios of services that hang or crash again and again, and of a script that has the application's name."""
 
 import os
 import signal
@@ -9,7 +9,7 @@ from people import ANNA, BORIS
 from running import scenario
 from waiting import check, now, wait_for
 
-# The time for the watchdog, and then for the command that unmutes the touchpads.
+# The time until the watchdog ends the helper, and for the command that then unmutes the touchpads.
 LONGEST_HANG = 10.0
 
 

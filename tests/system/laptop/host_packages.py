@@ -7,7 +7,7 @@ import subprocess
 import in_machine
 
 DPKG = pathlib.Path("/var/lib/dpkg")
-# The fields of a kept package that refer to packages and files that are not kept.
+# The fields of a kept package that may refer to packages and files that are not kept.
 DROPPED = re.compile(r"^(?:Pre-Depends|Depends|Breaks):.*\n|^Conffiles:.*\n(?: .*\n)*", re.M)
 
 

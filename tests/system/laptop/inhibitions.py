@@ -1,4 +1,4 @@
-"""The times at which the kernel accepted writes that inhibit an input device or release it."""
+"""The times at which the kernel received writes that inhibit an input device or release it."""
 
 import collections
 import os
@@ -20,7 +20,7 @@ Inhibition = collections.namedtuple("Inhibition", "time device on")
 class Inhibitions:
     def __init__(self):
         self._noted = []
-        # Append to the existing probes; this file does not support seeking.
+        # Append to the existing probes. This file does not support seeking, so Python's open() cannot append to it.
         probes = os.open(TRACING / "kprobe_events", os.O_WRONLY | os.O_APPEND)
         os.write(probes, PROBE)
         os.close(probes)
@@ -30,7 +30,7 @@ class Inhibitions:
         threading.Thread(target=self._read, daemon=True).start()
 
     def wait(self, device, on, since=0.0, limit=90.0):
-        """Returns the time of the first write of this kind at or after `since`."""
+        """Returns the time of the first write of this value to the device's attribute at or after `since`."""
         try:
             return wait_for(lambda: self.find(device, on, since), "the write", limit)
         except Failed as failed:
@@ -44,7 +44,7 @@ class Inhibitions:
                      if note.time >= since and note.device == device.number and note.on == on), None)
 
     def last(self, device):
-        """Returns the time of the last such write; None if there was none."""
+        """Returns the time of the last write to the attribute of this device; None if there was none."""
         return next((note.time for note in reversed(list(self._noted)) if note.device == device.number), None)
 
     def _read(self):

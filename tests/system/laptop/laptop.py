@@ -15,7 +15,7 @@ from sessions import Session
 from touchpad import Pad, Touchpad
 from waiting import check, now, stay_until, wait_for
 
-# The console of each person.
+# The console and the class of each person's session.
 PLACES = {ANNA: ("tty2", "user"), BORIS: ("tty3", "user"), GREETER: ("tty4", "greeter")}
 HELPER = "ble-kovra-helper.service"
 # This folder exists while the helper runs.
@@ -23,8 +23,8 @@ HELPER_PROCESSES = pathlib.Path("/sys/fs/cgroup/system.slice", HELPER)
 FLAG = "/Library/Application Support/ble-kovra/state"
 MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 
-# The pads are unmuted no earlier than GRACE after the kernel removed the mouse. They are unmuted no later than
-# LATEST_BACK after udevd reported the removal.
+# The pads are unmuted no earlier than GRACE after the kernel removed the mouse, and no later than LATEST_BACK after
+# udevd reported the removal. Both are in seconds.
 GRACE, LATEST_BACK = 2.0, 2.6
 # The pads are muted or unmuted within this time where nothing is waited for: one second, and half a second more because
 # the machine is emulated.
@@ -89,7 +89,7 @@ class Laptop(Ports):
     # The packages
 
     def install(self):
-        """Installs the packages in the first scenario that needs them. Later it ensures that the helper runs."""
+        """Installs the packages unless they are installed. If they are, starts the helper unless it is running."""
         if not self._is_installed:
             self.reinstall()
         elif not HELPER_PROCESSES.exists():
@@ -100,7 +100,7 @@ class Laptop(Ports):
         self._is_installed = False
 
     def reinstall(self):
-        """Returns what dpkg prints."""
+        """Installs the packages, also over installed ones; returns what dpkg prints."""
         output = run("dpkg", "--force-unsafe-io", "-i", *self._packages)
         self._is_installed = True
         return output
@@ -108,7 +108,7 @@ class Laptop(Ports):
     def install_helper_of_root(self):
         """Installs the helper's package as it was when the helper ran as root, on a system that had none before.
 
-        Today's helper may have the right to write a pad that is plugged already."""
+        No pad should be plugged in yet: today's package may have given its helper the right to write that pad."""
         self.install()
         run("dpkg", "-P", "ble-kovra-helper")
         subprocess.run(["userdel", "_ble-kovra-helper"], stderr=subprocess.DEVNULL, check=False)
@@ -116,7 +116,7 @@ class Laptop(Ports):
         run("udevadm", "control", "--reload")
 
     def install_older_helper(self):
-        """Installs that version over the present one."""
+        """Replaces the helper's package by the one from the time when the helper ran as root."""
         todays = next(path for path in self._packages if "ble-kovra-helper_" in path)
         run("dpkg", "--force-unsafe-io", "-i", older.helper_of_root(todays))
 
@@ -175,7 +175,7 @@ class Laptop(Ports):
         return application, mouse
 
     def expect_back_after_grace(self, mouse, *pads):
-        """Expects that the pads are unmuted 2.0 s after the kernel removed the mouse, and not earlier."""
+        """Expects that the pads are unmuted at the end of the grace period that begins with the mouse's removal."""
         announced = self.announced.wait("remove", mouse.node)
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, mouse.removed)

@@ -1,4 +1,4 @@
-"""Logs a person in, as login and sshd do: opens a PAM session and becomes the person's shell in it.
+"""Logs a person in, as login and sshd do: opens a PAM session and runs the person's shell in it.
 
     login.py USER tty2           at the machine, on the second console
     login.py USER tty2 greeter   the login screen

@@ -1,7 +1,7 @@
 """The helper's package as it was when the helper ran as root.
 
-It is made of today's package: with that version's unit and tmpfiles.d, and without the user, udev's rule and the
-maintainer script that came later. The program is today's. As root it does what it did then.
+The package is made of today's: with the unit and the tmpfiles.d of that version, and without what came later. That is
+the user, udev's rule and the part of postinst for them. The program is today's. As root it does what it did then.
 """
 
 import pathlib
@@ -15,7 +15,7 @@ PLACE = pathlib.Path("/run/kovra-older")
 
 
 def helper_of_root(package):
-    """Returns the path of that version's package, made of today's."""
+    """Returns the path of the older package, which is made of today's `package` at the first call."""
     result = PLACE.with_suffix(".deb")
     if result.exists():
         return str(result)

@@ -7,7 +7,7 @@ from laptop import flag
 from running import scenario
 from waiting import check
 
-# The places where the packages, and what they start, leave files. None of them may remain.
+# The places where the packages, and what they start, leave files. After a purge none of these files may remain.
 TRACES = ["Library", "Applications", "run/ble-kovra-helper", "usr/bin/ble-kovra", "usr/libexec/ble-kovra*",
           "usr/bin/systemextensionsctl", "usr/lib/systemd/system/ble-kovra*", "etc/systemd/system/*/ble-kovra*",
           "usr/lib/tmpfiles.d/ble-kovra*", "usr/lib/sysusers.d/ble-kovra*", "usr/lib/udev/rules.d/*ble-kovra*",

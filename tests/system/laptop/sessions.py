@@ -1,4 +1,4 @@
-"""Local and remote sessions of the real login manager, on real consoles."""
+"""Sessions of the real login manager: local ones, each on a virtual console, and remote ones."""
 
 import fcntl
 import os
@@ -20,12 +20,12 @@ def fields(path):
 
 
 def active():
-    """Returns the number of the active session, or None."""
+    """Returns the ID of the active session, or None."""
     return fields(SEAT).get("ACTIVE")
 
 
 class Session:
-    """One login. Every program that the person starts runs in it."""
+    """One login of a person, with a shell in which lines are run."""
 
     def __init__(self, person, place, kind="user"):
         self.person = person
@@ -51,12 +51,12 @@ class Session:
         return fields(SESSIONS / self.number).get("STATE")
 
     def activate(self):
-        """Switches to the session's console, as its keyboard shortcut does."""
+        """Switches to the session's console, as its keyboard shortcut does; waits until the session is active."""
         self.show_console()
         wait_for(self.is_active, f"{self.person.name}'s session to become active")
 
     def show_console(self):
-        """The same, without waiting for the login manager."""
+        """Switches to the session's console without waiting for the login manager."""
         console = os.open("/dev/tty0", os.O_WRONLY | os.O_NOCTTY)
         fcntl.ioctl(console, VT_ACTIVATE, self._console)
         os.close(console)

@@ -11,14 +11,15 @@ from sessions import Session
 from waiting import check, now, stay_until, wait_for
 
 SECONDS = 10
-# How often the helper may wake up in a second of a storm: twenty times to look, and once more after each pause. The
-# processor time of an emulated machine on a busy host says little, so it is only reported.
+# How often the helper may wake up in a second of a storm: twenty times to look, once more after each pause, and a few
+# times more. The processor time of an emulated machine on a busy host says little, so it is only reported.
 MOST_WAKE_UPS = 45
 # How late the helper may be when the storm is over. At most 50 ms of the delay are the helper's pause; the rest is for
 # the emulated machine.
 LATE = 0.5
 SHARED = pathlib.Path("/shared")
-# Repeats a line of Python for that time, and prints how often.
+# Repeats a line of Python for some seconds, and runs a last one. Prints how often the first one ran, and the time at
+# the end.
 STORM = """import os, time
 end, count = time.monotonic() + {seconds}, 0
 while time.monotonic() < end:
@@ -66,7 +67,8 @@ def expect_little_work(before, what):
 def neighbor_touched(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
-    # In this machine /tmp is a file system of its own, so that "/" has no part in its changes.
+    # In this machine /tmp is a file system of its own, so that its changes cause no event of "/". This folder is on the
+    # same file system as "/".
     SHARED.mkdir()
     SHARED.chmod(0o1777)
     laptop.settle()

@@ -58,7 +58,7 @@ def unplugged_meanwhile(laptop):
     anna = laptop.log_in(ANNA)
     since = now()
     anna.activate()
-    # Until then, the file in place belongs to Boris, and also contains "off".
+    # Before that, the file in place belongs to Boris and contains "off", too.
     wait_for(lambda: may_write_flag(anna), "the flag to be Anna's again")
     wait_for(lambda: flag() == "off", "Anna's flag to be off")
     took = now() - since

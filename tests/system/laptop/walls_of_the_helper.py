@@ -1,4 +1,4 @@
-"""Scenarios of the user that the helper runs as: what it can reach, and how it comes into its rights."""
+"""Scenarios of the user that the helper runs as: what the user can reach, and how it gets its rights."""
 
 import contextlib
 import os
@@ -68,7 +68,7 @@ def user_of_helper():
 
 @contextlib.contextmanager
 def drop_in(text):
-    """Changes the helper's unit."""
+    """Adds these settings to the helper's unit, for the duration of the block."""
     DROP_INS.mkdir(parents=True)
     (DROP_INS / "kovra.conf").write_text(text)
     run("systemctl", "daemon-reload")
@@ -159,7 +159,7 @@ def released_by_the_unit(laptop):
         since = now()
         os.kill(helper_process(), signal.SIGKILL)
         back = max(laptop.inhibitions.wait(device, False, since) for device in one.inputs)
-        # The daemon and the program of ExecStopPost.
+        # The two processes are the daemon and the program of ExecStopPost.
         users = wait_for(lambda: len(ended()) >= 2 and ended(), "both processes to be accounted for")
         check(set(users) == {helpers_user()}, f"they ran as {users}")
         laptop.expect_alive_until(now() + AT_ONCE, one)
@@ -172,7 +172,9 @@ def released_by_the_unit(laptop):
 
 
 def mute_by_the_helper_of_root(laptop):
-    """Returns a pad with its twin, Anna's application and her mouse. Boris has left his own word."""
+    """Installs the helper that ran as root; lets Boris leave "on", and then lets Anna mute a pad with its twin.
+
+    Returns the pad, Anna's application and her mouse."""
     laptop.install_helper_of_root()
     one = laptop.plug_pad(twin=True)
     boris, anna = laptop.log_in(BORIS), laptop.log_in(ANNA)
