@@ -108,7 +108,7 @@ class World:
 
     def language(self, locale):
         """Returns the environment for this language. Builds the locale, since not every machine has it."""
-        folder = self.desktop.folder / "locales"
+        folder = self.desktop.folder.parent / "locales"
         folder.mkdir(exist_ok=True)
         made = folder / f"{locale}.UTF-8"
         if not made.exists():

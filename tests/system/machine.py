@@ -24,7 +24,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 BARE = HERE / "guest" / "main.py"
 LAPTOP = HERE / "laptop" / "first.py"
 BOOT_LIMIT_SECONDS = 300
-# Most scenarios take seconds. The scenario flood_of_events takes a minute, or several on a busy host. A longer silence
+# Most scenarios take seconds. The scenario flood_of_events takes half a minute, or more on a busy host. A longer silence
 # means a hang.
 SILENCE_LIMIT_SECONDS = 600
 

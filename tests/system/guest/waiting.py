@@ -31,12 +31,13 @@ def wait_for(condition, text, limit=90.0):
     deadline = now() + limit
     with changed:
         while True:
+            begun = now()
             result = condition()
             if result:
                 return result
             check(now() < deadline, f"timed out after {limit:.0f} s: {text}")
-            # Poll as well, since not every observation notifies.
-            changed.wait(0.05)
+            # Poll as well, since not every observation notifies. A condition that takes long is checked half of the time.
+            changed.wait(max(0.05, now() - begun))
 
 
 def stay_until(moment):

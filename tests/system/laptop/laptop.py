@@ -112,13 +112,18 @@ class Laptop(Ports):
         self.install()
         run("dpkg", "-P", "ble-kovra-helper")
         subprocess.run(["userdel", "_ble-kovra-helper"], stderr=subprocess.DEVNULL, check=False)
-        self.install_older_helper()
+        self.downgrade_helper()
+
+    def downgrade_helper(self):
+        """Replaces the helper's package by the one from the time when the helper ran as root."""
+        run("dpkg", "--force-unsafe-io", "-i", older.helper_of_root(self._helper_package()))
         run("udevadm", "control", "--reload")
 
-    def install_older_helper(self):
-        """Replaces the helper's package by the one from the time when the helper ran as root."""
-        todays = next(path for path in self._packages if "ble-kovra-helper_" in path)
-        run("dpkg", "--force-unsafe-io", "-i", older.helper_of_root(todays))
+    def upgrade_helper(self):
+        run("dpkg", "--force-unsafe-io", "-i", self._helper_package())
+
+    def _helper_package(self):
+        return next(path for path in self._packages if "ble-kovra-helper_" in path)
 
     def start(self, session=None, **choices):
         """Starts the application, by default in Anna's session with the mouse chosen."""

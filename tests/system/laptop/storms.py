@@ -10,7 +10,7 @@ from running import scenario
 from sessions import Session
 from waiting import check, now, stay_until, wait_for
 
-SECONDS = 10
+SECONDS = 5
 # How often the helper may wake up in a second of a storm: twenty times to look, once more after each pause, and a few
 # times more. The processor time of an emulated machine on a busy host says little, so it is only reported.
 MOST_WAKE_UPS = 45
@@ -63,7 +63,7 @@ def expect_little_work(before, what):
     return f"{wake_ups:.1f} wake-ups a second, {(after.seconds - before.seconds) / SECONDS:.1%} of a processor"
 
 
-@scenario("Somebody elsewhere touches a neighbor of the flag's path for 10 s: the helper hardly wakes up.")
+@scenario("Somebody elsewhere touches a neighbor of the flag's path for 5 s: the helper hardly wakes up.")
 def neighbor_touched(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
@@ -95,7 +95,7 @@ def flag_storm(laptop, *pads):
     return count, end, used
 
 
-@scenario("Anna writes her flag for 10 s: the helper looks about twenty times a second, and the pad is right "
+@scenario("Anna writes her flag for 5 s: the helper looks about twenty times a second, and the pad is right "
           "soon after the last word.")
 def flag_written(laptop):
     one = laptop.plug_pad()
@@ -108,7 +108,7 @@ def flag_written(laptop):
     return f"{count} words, {used}, right {max(0, late) * 1000:.0f} ms after the last word"
 
 
-@scenario("Anna writes her flag for 10 s without the application: the helper looks about twenty times a second.")
+@scenario("Anna writes her flag for 5 s without the application: the helper looks about twenty times a second.")
 def flag_written_without_application(laptop):
     one = laptop.plug_pad()
     laptop.install()

@@ -50,6 +50,14 @@ def helper_process():
     return int(run("systemctl", "show", "-P", "MainPID", HELPER))
 
 
+def log_cursor():
+    return run("journalctl", "-u", HELPER, "-n", "1", "--show-cursor", "--no-pager").rpartition("cursor: ")[2].strip()
+
+
+def log_since(cursor):
+    return run("journalctl", "-u", HELPER, "--after-cursor", cursor, "-o", "cat", "--no-pager")
+
+
 def helpers_user():
     """Returns the number of the user that the packages create for the helper."""
     try:
@@ -172,10 +180,9 @@ def released_by_the_unit(laptop):
 
 
 def mute_by_the_helper_of_root(laptop):
-    """Installs the helper that ran as root; lets Boris leave "on", and then lets Anna mute a pad with its twin.
+    """Lets Boris leave "on", and then lets Anna mute a pad with its twin. The helper that ran as root is installed.
 
     Returns the pad, Anna's application and her mouse."""
-    laptop.install_helper_of_root()
     one = laptop.plug_pad(twin=True)
     boris, anna = laptop.log_in(BORIS), laptop.log_in(ANNA)
     boris.activate()
@@ -209,25 +216,32 @@ def expect_taken_over(laptop, one, application, mouse):
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("An upgrade from the helper that ran as root takes over its flags and the pad that is muted meanwhile.")
+@scenario("An upgrade from the helper that ran as root unmutes the pad at once, takes over the flags, and mutes the pad "
+          "again.")
 def upgrade_from_root(laptop):
+    laptop.install_helper_of_root()
     one, application, mouse = mute_by_the_helper_of_root(laptop)
-    since = now()
-    laptop.reinstall()
+    cursor, since = log_cursor(), now()
+    laptop.upgrade_helper()
     for device in one.inputs:
         laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
+    # The helper that ran as root could unmute its pad at once, too.
+    log = log_since(cursor)
+    check("cannot be unmuted" not in log, log[-500:])
     expect_taken_over(laptop, one, application, mouse)
 
 
 @scenario("The same if the helper of root was killed and nothing has unmuted its pad: the helper's user unmutes it.")
 def upgrade_from_root_that_was_killed(laptop):
+    laptop.install()
+    laptop.downgrade_helper()
     one, application, mouse = mute_by_the_helper_of_root(laptop)
     with drop_in("[Service]\nRestart=no\nExecStopPost=\n"):
         os.kill(helper_process(), signal.SIGKILL)
         wait_for(lambda: run("systemctl", "show", "-P", "ActiveState", HELPER).strip() == "failed", "the unit to fail")
     laptop.expect_dead(one)
     since = now()
-    laptop.reinstall()
+    laptop.upgrade_helper()
     for device in one.inputs:
         laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
     expect_taken_over(laptop, one, application, mouse)

@@ -201,12 +201,12 @@ TEST(StatusNotifierFrontFuzzTest, RepliesToAnyCallAndWorksAfterwards) {
         const std::string before = rig.panel->layout();
         Stranger stranger(*rig.panel, seed);
         int answers = 0;
-        for (int call = 0; call < 1500; ++call) {
+        for (int call = 0; call < 600; ++call) {
             const std::string answer = stranger.call();
             ASSERT_NE(answer, "no answer");
             if (!answer.starts_with("error")) ++answers;
         }
-        EXPECT_GT(answers, 100);  // otherwise the calls do not reach the item
+        EXPECT_GT(answers, 40);  // otherwise the calls do not reach the item
         rig.takeDone();
         EXPECT_EQ(rig.panel->layout(), before);
         rig.panel->click(3);

@@ -130,7 +130,7 @@ class ViewWindowLiveTest : public testing::Test {
 
 TEST_F(ViewWindowLiveTest, TicksTheClickedDeviceWhileRowsMove) {
     int ticks = 0;
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < 60; ++round) {
         QCheckBox& pressed = anyRowInSight();
         const std::string id = pressed.accessibleName().mid(6).toStdString();
         const QPoint pointer = pressed.mapToGlobal(QPoint(60, pressed.height() / 2));
@@ -152,8 +152,8 @@ TEST_F(ViewWindowLiveTest, TicksTheClickedDeviceWhileRowsMove) {
         answer();
         ASSERT_EQ(row(id)->isChecked(), std::get<bool>(changes.back().value));
     }
-    EXPECT_GT(ticks, 30);
-    EXPECT_LT(ticks, 120);
+    EXPECT_GT(ticks, 10);
+    EXPECT_LT(ticks, 50);
 }
 
 TEST_F(ViewWindowLiveTest, KeepsASwitchPressedWhileTheListGrows) {
@@ -179,7 +179,7 @@ TEST_F(ViewWindowLiveTest, KeepsASwitchPressedWhileTheListGrows) {
     EXPECT_EQ(changes, (std::vector<ControlChanged>{{1, {"1"}, false}}));
 }
 
-TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughAThousandRebuildsDuringADrag) {
+TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughHundredsOfRebuildsDuringADrag) {
     row("7")->setFocus();
     QScrollBar& bar = *list().verticalScrollBar();
     QStyleOptionSlider option;
@@ -195,9 +195,9 @@ TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughAThousandRebuildsDuringA
     user.settle();
     ASSERT_TRUE(bar.isSliderDown());
     int farthest = 0;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 300; ++i) {
         if (i % 10 == 0) {
-            user.moveTo(grip + QPoint(0, i / 15));
+            user.moveTo(grip + QPoint(0, 2 * i / 9));
             user.settle();
         }
         const int before = bar.value();
