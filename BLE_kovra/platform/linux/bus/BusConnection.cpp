@@ -35,7 +35,7 @@ class BusConnection::Request {
   public:
     // If `sender` is null, messages from any client are delivered.
     Request(SdEventLoop& loop, BusFailures& failures, std::string what, Receive received,
-            std::shared_ptr<const NameOwner> sender = nullptr)
+            std::shared_ptr<NameOwner> sender = nullptr)
         : loop_(loop),
           failures_(failures),
           what_(std::move(what)),
@@ -46,13 +46,13 @@ class BusConnection::Request {
 
     static int deliver(sd_bus_message* message, void* context, sd_bus_error*) {
         auto* request = static_cast<Request*>(context);
-        if (request == nullptr || (request->sender_ && !request->sender_->hasSent(message))) return 0;
+        if (request == nullptr) return 0;
         const std::shared_ptr<sd_bus_message> kept(sd_bus_message_ref(message), sd_bus_message_unref);
-        request->loop_.async(request->lifetime_.guard([request, kept] {
-            sd_bus_message_rewind(kept.get(), 1);         // another request may have read the message
-            const Receive received = request->received_;  // the function may destroy the request
-            received(kept.get());
-        }));
+        const auto queue = request->lifetime_.guard([request, kept] { request->queue(kept); });
+        if (request->sender_)
+            request->sender_->ifSent(message, queue);
+        else
+            queue();
         return 0;
     }
     // Receives the reply to AddMatch. Without this handler, sd-bus closes the connection if the bus refuses the match.
@@ -64,11 +64,19 @@ class BusConnection::Request {
     }
 
   private:
+    void queue(const std::shared_ptr<sd_bus_message>& message) {
+        loop_.async(lifetime_.guard([this, message] {
+            sd_bus_message_rewind(message.get(), 1);  // another request may have read the message
+            const Receive received = received_;       // the function may destroy the request
+            received(message.get());
+        }));
+    }
+
     SdEventLoop& loop_;
     BusFailures& failures_;
     const std::string what_;
     const Receive received_;
-    const std::shared_ptr<const NameOwner> sender_;
+    const std::shared_ptr<NameOwner> sender_;
     BusSlot slot_;
     Lifetime lifetime_;
 };
@@ -104,10 +112,10 @@ BusToken BusConnection::receive(const BusSignal& signal, Receive received) {
     return request;
 }
 
-std::shared_ptr<const NameOwner> BusConnection::ownerOf(const std::string& name) {
-    std::weak_ptr<const NameOwner>& known = owners_[name];
+std::shared_ptr<NameOwner> BusConnection::ownerOf(const std::string& name) {
+    std::weak_ptr<NameOwner>& known = owners_[name];
     auto owner = known.lock();
-    if (!owner) known = owner = std::make_shared<const NameOwner>(bus_.get(), name, failures_);
+    if (!owner) known = owner = std::make_shared<NameOwner>(bus_.get(), name, failures_);
     return owner;
 }
 

@@ -77,7 +77,7 @@ class BusConnection {
   private:
     class Request;
 
-    std::shared_ptr<const NameOwner> ownerOf(const std::string& name);
+    std::shared_ptr<NameOwner> ownerOf(const std::string& name);
     BusMessage newCall(const BusMethod& method, const Write& write);
     void check(int result, const std::string& what) const;
 
@@ -85,7 +85,7 @@ class BusConnection {
     BusFailures& failures_;
     std::function<void()> lost_;
     BusHandle bus_;
-    std::map<std::string, std::weak_ptr<const NameOwner>> owners_;  // one for all subscriptions to a service
+    std::map<std::string, std::weak_ptr<NameOwner>> owners_;  // one for all subscriptions to a service
     BusToken disconnected_;
 };
 

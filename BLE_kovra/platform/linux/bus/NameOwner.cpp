@@ -7,7 +7,7 @@ namespace kovra {
 namespace {
 
 // The name of the bus itself. The bus has no unique name; its own signals have this name as their sender.
-constexpr const char* bus = "org.freedesktop.DBus";
+constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* path = "/org/freedesktop/DBus";
 
 std::string_view senderOf(sd_bus_message* message) {
@@ -17,30 +17,41 @@ std::string_view senderOf(sd_bus_message* message) {
 
 }  // namespace
 
-NameOwner::NameOwner(sd_bus* connection, std::string name, BusFailures& failures)
-    : name_(std::move(name)), failures_(failures) {
-    if (name_ == bus) {
-        owner_ = name_;
-        return;
-    }
-    const std::string rule = std::string("type='signal',sender='") + bus + "',path='" + path + "',interface='" + bus +
-                             "',member='NameOwnerChanged',arg0='" + name_ + "'";
-    sd_bus_slot* slot = nullptr;
-    check(sd_bus_add_match_async(connection, &slot, rule.c_str(), changed, installed, this));
-    changes_.reset(slot);
-    slot = nullptr;
-    check(
-        sd_bus_call_method_async(connection, &slot, bus, path, bus, "GetNameOwner", queried, this, "s", name_.c_str()));
-    query_.reset(slot);
+NameOwner::NameOwner(sd_bus* bus, std::string name, BusFailures& failures)
+    : bus_(bus), name_(std::move(name)), failures_(failures) {
+    if (name_ != busName) return;
+    owner_ = name_;
+    isKnown_ = true;
 }
 
-bool NameOwner::hasSent(sd_bus_message* message) const { return !owner_.empty() && senderOf(message) == owner_; }
+void NameOwner::ifSent(sd_bus_message* message, std::function<void()> then) {
+    if (isKnown_) {
+        if (isOwner(senderOf(message))) then();
+        return;
+    }
+    waiting_.push_back({std::string(senderOf(message)), std::move(then)});
+    if (waiting_.size() == 1) ask();
+}
+
+// Watches the owner before asking for it, so that no change is missed.
+void NameOwner::ask() {
+    const std::string rule = std::string("type='signal',sender='") + busName + "',path='" + path + "',interface='" +
+                             busName + "',member='NameOwnerChanged',arg0='" + name_ + "'";
+    sd_bus_slot* slot = nullptr;
+    check(sd_bus_add_match_async(bus_, &slot, rule.c_str(), changed, installed, this));
+    changes_.reset(slot);
+    slot = nullptr;
+    check(sd_bus_call_method_async(bus_, &slot, busName, path, busName, "GetNameOwner", queried, this, "s",
+                                   name_.c_str()));
+    query_.reset(slot);
+    if (!query_) waiting_.clear();  // the next message asks again
+}
 
 int NameOwner::changed(sd_bus_message* message, void* context, sd_bus_error*) {
     auto* self = static_cast<NameOwner*>(context);
     const char* name = nullptr;
     const char* now = nullptr;
-    if (self == nullptr || senderOf(message) != bus) return 0;
+    if (self == nullptr || senderOf(message) != busName) return 0;
     if (sd_bus_message_read(message, "sss", &name, nullptr, &now) > 0 && self->name_ == name) self->owner_ = now;
     return 0;
 }
@@ -49,7 +60,12 @@ int NameOwner::queried(sd_bus_message* answer, void* context, sd_bus_error*) {
     auto* self = static_cast<NameOwner*>(context);
     const char* owner = nullptr;
     // The bus replies with an error if the name has no owner.
-    if (self != nullptr && sd_bus_message_read(answer, "s", &owner) > 0) self->owner_ = owner;
+    if (self == nullptr) return 0;
+    if (sd_bus_message_read(answer, "s", &owner) > 0) self->owner_ = owner;
+    self->isKnown_ = true;
+    for (const Waiting& each : std::exchange(self->waiting_, {})) {
+        if (self->isOwner(each.sender)) each.then();
+    }
     return 0;
 }
 

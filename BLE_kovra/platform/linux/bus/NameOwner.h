@@ -2,8 +2,10 @@
 
 #include <systemd/sd-bus.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "BLE_kovra/platform/linux/bus/BusFailures.h"
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
@@ -17,26 +19,37 @@ namespace kovra {
 // the unique name of its real sender, which the bus itself writes. sd-bus cannot compare that unique name with the
 // well-known name in a match, so it accepts the signal.
 //
-// The owner is updated inside sd-bus's dispatch, in the order of the messages. Create this object before adding a
-// match. Then the owner is known for every signal that is sent after the match was added.
+// The bus is asked for the owner when the first message is to be checked, since most services send no signal for hours.
+// From then on the owner is updated inside sd-bus's dispatch, in the order of the messages.
 class NameOwner {
   public:
     NameOwner(sd_bus* bus, std::string name, BusFailures& failures);
     NameOwner(const NameOwner&) = delete;
     NameOwner& operator=(const NameOwner&) = delete;
 
-    // Whether the owner has sent this message. False while the name has no owner.
-    bool hasSent(sd_bus_message* message) const;
+    // Calls the function inside sd-bus's dispatch if the owner has sent this message: at once if the owner is known,
+    // otherwise when the bus has replied. Never calls it if the name has no owner, or after this object is destroyed.
+    void ifSent(sd_bus_message* message, std::function<void()> then);
 
   private:
+    struct Waiting {
+        std::string sender;
+        std::function<void()> then;
+    };
+
     static int changed(sd_bus_message* message, void* context, sd_bus_error* error);
     static int queried(sd_bus_message* answer, void* context, sd_bus_error* error);
     static int installed(sd_bus_message* answer, void* context, sd_bus_error* error);
+    void ask();
+    bool isOwner(std::string_view sender) const { return !owner_.empty() && sender == owner_; }
     void check(int result) const;
 
+    sd_bus* const bus_;
     const std::string name_;
     BusFailures& failures_;
     std::string owner_;  // the unique name; empty if there is none
+    bool isKnown_ = false;
+    std::vector<Waiting> waiting_;  // until the bus has replied, in the order of the messages
     BusSlot changes_;
     BusSlot query_;
 };
