@@ -8,7 +8,7 @@ import look
 from item import registered_item
 from secluded import FLAG
 from texts import HINT, MUTE
-from waiting import check, wait_for
+from waiting import Failed, check, wait_for
 
 
 class Menu:
@@ -144,7 +144,7 @@ class World:
 
     # The screen
 
-    def settled(self, wanted, text):
+    def settled(self, wanted, text, limit=90):
         """Returns the first picture that satisfies `wanted` and equals the previous picture."""
         before = [None]
 
@@ -153,7 +153,7 @@ class World:
             still = before[0] is not None and picture.tobytes() == before[0].tobytes()
             before[0] = picture
             return picture if still and wanted(picture) else None
-        return wait_for(same, text)
+        return wait_for(same, text, limit)
 
     def icon_picture(self):
         return self.settled(lambda picture: True, "a still picture").crop(self.icon)
@@ -169,7 +169,12 @@ class World:
         least = round(100 * self.panel.scale)
         self._click_icon(button)
         opened = lambda now: look.menu_box(look.changed(before, now), least)
-        self.settled(opened, "the menu to open")
+        try:
+            self.settled(opened, "the menu to open", limit=20)
+        except Failed:
+            # A panel ignores a click on an icon whose menu it has not read yet. A user would then click again.
+            self._click_icon(button)
+            self.settled(opened, "the menu to open at the second click")
         # Move the pointer only now, since a panel may open the menu where the pointer is.
         self._rest()
         picture = self.settled(opened, "the menu to stay open")
