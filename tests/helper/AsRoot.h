@@ -20,12 +20,12 @@
 
 namespace kovra::helper {
 
-// A user namespace in which the numbers of other users exist, too. An ordinary user needs newuidmap and newgidmap to
-// create it. They permit the numbers that the administrator grants to that user in /etc/subuid and /etc/subgid.
+// A user namespace in which several users exist. An ordinary user needs the programs newuidmap and newgidmap to map
+// further UIDs and GIDs into it. These programs permit the ranges that /etc/subuid and /etc/subgid list for the user.
 class NamespaceOfUsers {
   public:
-    // Runs the work in a child process, as the root of a namespace of its own. Returns why that is impossible, or an
-    // empty string.
+    // Runs the work in a child process, as root of a new user namespace. Returns why the namespace cannot be created,
+    // or an empty string.
     static std::string run(const std::function<void()>& work) {
         std::array<int, 2> entered{};
         std::array<int, 2> mapped{};
@@ -63,8 +63,8 @@ class NamespaceOfUsers {
         return ::read(pipe, &word, 1) == 1 && word == 'y';
     }
 
-    // Makes this number the root of the namespace, and adds the numbers that the file grants to the user. Returns
-    // whether that succeeded.
+    // Maps this UID or GID to 0 in the namespace, and adds a range that the file lists for the user. Returns whether
+    // that succeeded.
     static bool map(const std::string& program, const char* file, pid_t process, unsigned number) {
         const passwd* user = ::getpwuid(::geteuid());
         std::ifstream lines(file);
@@ -98,9 +98,9 @@ class NamespaceOfUsers {
     }
 };
 
-// Runs a test that needs root, because it changes owners or becomes several users. For an ordinary user the test runs
-// in a NamespaceOfUsers. Without such a namespace it is skipped with a text that ./test recognizes: it reports the test
-// as not run.
+// Runs a test that needs root, because it changes owners of files or acts as several users. An ordinary user runs it in
+// a NamespaceOfUsers. If that is impossible, the test is skipped with a text that ./test recognizes. ./test then
+// reports the test as not run.
 inline void runAsRoot(const std::function<void()>& test) {
     if (::geteuid() == 0) {
         test();

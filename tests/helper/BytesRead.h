@@ -6,7 +6,6 @@
 
 namespace kovra::helper {
 
-// Returns the number of bytes that this thread has read so far.
 inline long bytesRead() {
     std::ifstream io("/proc/thread-self/io");
     std::string label;

@@ -12,7 +12,7 @@
 namespace kovra::helper {
 namespace {
 
-// Returns the number of this process's real-time timers that the kernel cancels when the clock is set.
+// Returns the number of this process's real-time timer descriptors that the kernel cancels when the clock is set.
 int cancelableTimers() {
     int found = 0;
     for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
@@ -24,8 +24,8 @@ int cancelableTimers() {
     return found;
 }
 
-// A test must not set the clock of the machine that it runs on, so this one inspects the timer. The laptop's scenario
-// clock_set sets the clock of a virtual machine.
+// This test must not set the clock of its machine, so it inspects the timer. The scenario clock_set in
+// tests/system/laptop sets the clock of a virtual machine.
 TEST(ClockWatchTest, HasATimerThatTheKernelCancelsWhenTheClockIsSetAndThatDoesNotExpire) {
     Loop loop;
     ASSERT_EQ(cancelableTimers(), 0);

@@ -15,7 +15,7 @@
 namespace kovra::helper {
 namespace {
 
-// The daemon with a real process as the application.
+// The application is a real process in these tests.
 class DaemonApplicationTest : public testing::Test {
   protected:
     DaemonApplicationTest() {

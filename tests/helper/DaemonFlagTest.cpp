@@ -11,7 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Each test removes, replaces or changes a flag that says "on".
 class DaemonFlagTest : public testing::Test {
   protected:
     void SetUp() override { rig.startMuted(); }
@@ -20,7 +19,6 @@ class DaemonFlagTest : public testing::Test {
         writeFile(path, "on");
         return path;
     }
-    // Replaces the flag atomically.
     void replaceFlag(const std::string& path) { fs::rename(path, rig.flag.state()); }
 
     DaemonRig rig;

@@ -20,15 +20,15 @@ namespace fs = std::filesystem;
 
 class DaemonHandOverTest : public testing::Test {
   protected:
-    // Makes each hand-over to a user without a left file fail: state.new is a folder with content, and the name to
-    // which the helper would move that folder is taken.
+    // Makes a hand-over fail if its user has no file state.left.UID. The folder state.new is not empty, so the helper
+    // cannot remove it. The name that the helper would give this folder instead exists already.
     void obstruct() {
         fs::create_directories(inTheWay / "something");
         struct stat status {};
         ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
         fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
     }
-    // Starts a daemon with these delays, and records the time of each of its evaluations.
+    // Starts a daemon with these delays. It records the time of each of its evaluations.
     void startWith(Backoff pauses) {
         rig.start();
         handleEvents(rig.flag.loop());
@@ -101,7 +101,7 @@ TEST_F(DaemonHandOverTest, ThatFailsForAnotherUserOrAfterASuccessIsRetriedWithTh
                evaluations[first + 3] - evaluations[first] < 600ms;
     };
     rig.switchTo(bob);
-    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 6; }));  // the next delay is 320 ms
+    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 6; }));  // the next delay for Bob would be 320 ms
     rig.switchTo(alice);
     EXPECT_TRUE(retriesAreQuick());
     ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 12; }));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* mouse = "input7";
 
-// A muted pad, and the flag of a user on a disk of its own.
+// A muted pad. The flag's folder is a file system of its own.
 class MutedByADisk {
   public:
     explicit MutedByADisk(uid_t user) {
@@ -24,7 +24,7 @@ class MutedByADisk {
     }
     ~MutedByADisk() { ::umount2(path.c_str(), MNT_DETACH); }
 
-    // Makes the disk read-only without any event, as the kernel does after an error of the disk.
+    // Makes the file system read-only without any event, as the kernel does after an I/O error.
     void becomeReadOnly() const { remount(MS_RDONLY); }
     void becomeWritable() const { remount(0); }
 
@@ -38,7 +38,7 @@ class MutedByADisk {
     const std::string path = rig.flag.path();
 };
 
-// On such a disk the application cannot write "off" when the mouse is unplugged.
+// On a read-only file system the application cannot write "off" when the mouse is unplugged.
 TEST(DaemonReadOnlyTest, UnmutesThePadWhenADeviceIsUnplugged) {
     inPrivateMachine([](uid_t user) {
         MutedByADisk muted(user);

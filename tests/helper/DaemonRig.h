@@ -36,20 +36,21 @@ class DaemonRig {
         daemon = std::make_unique<Daemon>(flag.loop(), session(), flag.folder(), *touchpads, *muter);
         daemon->evaluate();
     }
-    // Destroys the daemon as SIGKILL would: the pads stay muted.
+    // Destroys the daemon without unmuting the pads, as SIGKILL would.
     void kill() {
         daemon.reset();
         touchpads.reset();
         muter.reset();
         mutedPads.reset();
     }
-    // Does what "--release" does, which the unit runs after the daemon has ended.
+    // Does what the helper's option --release does. The unit runs it after the daemon has ended.
     bool release() const {
         MutedPads listed(runtime());
         return unmuteAll(listed, attribute_, std::chrono::milliseconds(0));
     }
 
-    // Puts this user, who has started the application, at the machine. Without a user, nobody is at the machine.
+    // Puts this user at the machine and counts the user's application as running. With std::nullopt, nobody is at the
+    // machine.
     void switchTo(std::optional<uid_t> user) {
         activeUser = user;
         if (user) running.insert(*user);
@@ -59,7 +60,6 @@ class DaemonRig {
         running.erase(user);
         daemon->evaluate();
     }
-    // Starts the daemon with Alice at the machine and her flag at "on".
     void startMuted() {
         start();
         switchTo(alice);
@@ -67,15 +67,15 @@ class DaemonRig {
         if (!becomes("1")) throw std::runtime_error("the pad is not muted");
     }
 
-    // Returns whether the attributes of the pad and its twin have this value, or get it within ten seconds.
+    // Waits up to ten seconds until the attribute `inhibited` of the pad and of its twin has this value. Returns
+    // whether that happened.
     bool becomes(const std::string& value) {
         return flag.runUntil([&] { return is(value); });
     }
     bool is(const std::string& value) const {
         return computer.inhibited("input5") == value && computer.inhibited("input4") == value;
     }
-    // Makes the daemon look at the flag, and waits for that. The kernel keeps the order of the events, so the daemon
-    // has handled all earlier events of the flag and its folder.
+    // Causes an event of the flag, and waits until the daemon evaluates again.
     void awaitLook() {
         const int before = looks;
         std::filesystem::permissions(flag.state(), std::filesystem::status(flag.state()).permissions());

@@ -9,7 +9,6 @@
 namespace kovra::helper {
 namespace {
 
-// Tests of changes of the user at the machine, and of that user's application.
 class DaemonSessionTest : public testing::Test {
   protected:
     Descriptor openedBy(uid_t user) const {

@@ -78,7 +78,7 @@ TEST(LoopTest, RunsEachTimerOnceAndNeverEarly) {
     EXPECT_EQ(runs, 2);
 }
 
-// By default sd-event delays timers by up to 250 ms. The median is robust against delays of a busy machine.
+// By default sd-event may delay a timer by up to 250 ms. The median is robust against delays of a busy machine.
 TEST(LoopTest, DoesNotCoalesceTimers) {
     constexpr std::size_t count = 9;
     Loop loop;

@@ -19,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 using Times = std::vector<RateLimit::Clock::time_point>;
 
-// A pipe and a watch of it that notes the times of its work.
+// A pipe with a PacedWatch on its read end. The watch's work records the time and reads the pipe.
 class PacedWatchTest : public testing::Test {
   protected:
     PacedWatchTest() {
@@ -64,8 +64,8 @@ TEST_F(PacedWatchTest, RunsTheWorkNoMoreOftenThanTheLimitPermits) {
         write('a');
         return times.size() == 6;
     }));
-    // Each time is compared with the beginning, not with the previous time: the work notes its time only after the
-    // watch has begun the pause.
+    // The work records its time after the watch has begun the pause. Two successive times may therefore differ by less
+    // than the pause, so each time is compared with the beginning.
     for (std::size_t i = 2; i < times.size(); ++i) EXPECT_GE(times[i] - begin, (i - 1) * 40ms) << i;
 }
 

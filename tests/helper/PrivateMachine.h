@@ -22,16 +22,16 @@
 
 namespace kovra::helper {
 
-// Makes all mounts of this process private, in the mount namespace that it has entered. In a chroot the kernel permits
-// no user namespace, so the folder of the chroot becomes the root of the namespace. Returns false, with errno set, if a
-// step fails.
+// Makes all mounts in the mount namespace of this process private. If the process runs in a chroot, the folder of the
+// chroot becomes the root of the namespace. The kernel creates no user namespace for a process in a chroot. Returns
+// false and sets errno if a step fails.
 inline bool makeMountsPrivate() {
     const int root = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC);
     const int space = ::open("/proc/self/ns/mnt", O_RDONLY | O_CLOEXEC);
     struct stat before {};
     struct stat after {};
     if (root < 0 || space < 0 || ::fstat(root, &before) != 0) return false;
-    // Entering the namespace again changes the root to that of the namespace.
+    // setns() changes the root of the process to that of the namespace.
     if (::setns(space, CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
         return false;
     if (::stat("/", &after) != 0) return false;
@@ -43,10 +43,10 @@ inline bool makeMountsPrivate() {
 }
 
 // Runs the body in a child process with mount and PID namespaces of its own: /proc shows only its processes, and /run
-// is empty. Its mounts and processes disappear with it. An ordinary user needs a user namespace for this.
+// is empty. The kernel removes these mounts and processes when the child ends.
 //
-// The body gets a user to run processes as. This is Alice for root. An ordinary user has a single number in the user
-// namespace, which is that of root.
+// The argument of the body is the UID that it runs other processes under. If the test runs as root, this is Alice's
+// UID. An ordinary user needs a user namespace for this test, whose only UID is 0.
 inline void inPrivateMachine(const std::function<void(uid_t)>& body) {
     const auto require = [](bool succeeded, const char* what) {
         if (!succeeded) throw std::runtime_error(std::string("no private machine: ") + what);
@@ -70,7 +70,6 @@ inline void inPrivateMachine(const std::function<void(uid_t)>& body) {
         require(::mount("tmpfs", "/run", "tmpfs", 0, "mode=755") == 0, "/run");
         body(user);
     };
-    // Runs the work in a child process, and returns whether it succeeded.
     const auto fork = [](const std::function<void()>& work) {
         std::fflush(nullptr);
         const pid_t process = ::fork();

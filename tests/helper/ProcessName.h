@@ -10,8 +10,8 @@
 
 namespace kovra::helper {
 
-// Gives the calling process this name, as if it had been started as a program with this name. /proc/PID/cmdline shows
-// the memory of the process's arguments, so the name is written there, too.
+// Changes the name of the calling process, as if a program of this name had been started. /proc/PID/cmdline shows the
+// memory of the arguments, so this function writes the name there, too.
 inline void takeName(const std::string& name) {
     static const std::size_t longest = std::strlen(program_invocation_name);
     ::prctl(PR_SET_NAME, name.c_str());

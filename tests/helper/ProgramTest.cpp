@@ -18,8 +18,8 @@
 #include "tests/helper/ProcessName.h"
 #include "tests/helper/pads/MockInputs.h"
 
-// Tests of the program as a process, in a chroot with its own /Library and /run. The other folders are those of this
-// machine. The input devices are simulated.
+// Tests of ble-kovra-helper as a process, in a chroot with its own /Library and /run. The other folders of the chroot
+// are those of this machine. The input devices are simulated.
 
 namespace kovra::helper {
 namespace {
@@ -39,8 +39,8 @@ bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds time
     return true;
 }
 
-// Returns the path of the sanitizer's library and a colon, or an empty string. The library must be the first to be
-// preloaded. Its path is the same in the chroot.
+// Returns the path of AddressSanitizer's library with a colon, or an empty string if this program runs without it. The
+// library must be the first one in LD_PRELOAD.
 std::string sanitizer() {
     std::string found;
     const auto look = [](dl_phdr_info* library, std::size_t, void* name) {
@@ -52,7 +52,7 @@ std::string sanitizer() {
     return found;
 }
 
-// A child process, which the destructor kills if it is still running.
+// A child process. The destructor kills it if it is still running.
 class Process {
   public:
     explicit Process(const std::function<void()>& work) : number_(::fork()) {
@@ -68,8 +68,8 @@ class Process {
         if (number_ > 0 && ::waitpid(number_, &status_, WNOHANG) == number_) number_ = 0;
         return number_ > 0;
     }
-    // Waits for the process and returns its exit status. Returns -1 if a signal has ended the process, or if it does
-    // not end.
+    // Waits up to 20 s until the process ends. Returns its exit status, or -1 if a signal ended it or if it is still
+    // running.
     int result() {
         if (!waitUntil([this] { return !isRunning(); })) return -1;
         return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
@@ -129,7 +129,6 @@ class Machine {
     }
     static void leave() { seat("IS_SEAT0=1\nCAN_GRAPHICAL=1\n"); }
 
-    // Starts the program with these arguments and NOTIFY_SOCKET, if they are given.
     std::unique_ptr<Process> start(const std::string& argument = {}, const std::string& notifySocket = {},
                                    const std::string& second = {}) const {
         return std::make_unique<Process>([&] {
@@ -149,7 +148,7 @@ class Machine {
                 while (true) ::pause();
         });
     }
-    // Starts the program and mutes the pad through a new flag.
+    // Starts the helper, and mutes the pad by writing "on" into the new flag.
     std::unique_ptr<Process> startMuted() {
         fs::remove(flagFolder + "/state");
         auto helper = start();
@@ -165,11 +164,11 @@ class Machine {
     bool is(const std::string& value) const { return computer.inhibited("input5") == value; }
 
     MockInputs computer;
-    bool isLogClosed = false;  // whether programs write their log to a pipe without a reader
+    bool isLogClosed = false;  // whether the helper logs to a pipe without a reader
 
   private:
     static void closeLog() {
-        ::signal(SIGPIPE, SIG_DFL);  // umockdev ignores it
+        ::signal(SIGPIPE, SIG_DFL);  // umockdev ignores SIGPIPE
         int ends[2];
         if (::pipe(ends) != 0 || ::dup2(ends[1], STDERR_FILENO) < 0) ::_exit(1);
         for (const int end : ends) ::close(end);
@@ -182,7 +181,7 @@ class Machine {
     const uid_t user_;
 };
 
-// The socket on which a service manager receives notifications.
+// A service manager's notification socket. The tests pass its path to the helper as NOTIFY_SOCKET.
 class ServiceManager {
   public:
     ServiceManager() : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
@@ -341,7 +340,7 @@ TEST(ProgramTest, GivesThePadToTheNamedGroup) {
         EXPECT_EQ(machine.start("--grant", {}, "root")->result(), 0);
         EXPECT_EQ(machine.computer.rights("input5").st_gid, 0U);
         EXPECT_EQ(machine.start("--grant", {}, "nobody-has-this-name")->result(), 1);
-        if (user == 0) return;  // in the user namespace of an ordinary user there is no other group
+        if (user == 0) return;  // the user namespace of an ordinary user has no other group
         EXPECT_EQ(machine.start("--grant", {}, "daemon")->result(), 0);
         EXPECT_NE(machine.computer.rights("input5").st_gid, 0U);
     });

@@ -8,7 +8,7 @@
 
 namespace kovra::helper {
 
-// Runs the loop until the condition holds or the timeout has expired. Returns whether the condition holds.
+// Runs the loop until the condition holds or the timeout expires. Returns whether the condition holds.
 inline bool runUntil(Loop& loop, const std::function<bool()>& condition,
                      std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
@@ -24,8 +24,9 @@ inline bool runUntil(Loop& loop, const std::function<bool()>& condition,
     return condition();
 }
 
-// Handles all events of files, processes and sockets that have happened so far. They are ready as soon as they have
-// happened, and sd-event first handles what has been ready for longest. So they precede the second of two timers.
+// Handles all events of files, processes and sockets that have occurred so far. sd-event finds all of them in the
+// iteration in which the first timer expires. It handles them before the second timer, which it finds in a later
+// iteration.
 inline void handleEvents(Loop& loop) {
     constexpr std::chrono::milliseconds now{0};
     std::unique_ptr<Loop::Watch> timer;
@@ -33,7 +34,6 @@ inline void handleEvents(Loop& loop) {
     loop.run();
 }
 
-// Runs the loop for this time.
 inline void runFor(Loop& loop, std::chrono::milliseconds time) {
     runUntil(
         loop, [] { return false; }, time);

@@ -18,11 +18,11 @@
 
 namespace kovra::helper {
 
-// Numbers of users that are unlikely to exist on any machine.
+// UIDs that are unlikely to exist on any machine.
 inline constexpr uid_t alice = 61'001;
 inline constexpr uid_t bob = 61'002;
 
-// An object that drops all effective capabilities of root during its lifetime. The daemon has none in its unit either.
+// An object during whose lifetime the thread has no effective capabilities, like the daemon in its unit.
 class WithoutCapabilities {
   public:
     WithoutCapabilities() {
@@ -49,8 +49,8 @@ class WithoutCapabilities {
     Effective before_{};
 };
 
-// An object that changes the effective user and group of a test that runs as root, during its lifetime. It has no
-// effect for an ordinary user, who owns all of the test's files.
+// An object during whose lifetime a test that runs as root has this effective UID and GID. It has no effect for an
+// ordinary user, who owns all files of the test.
 class ActingAs {
   public:
     explicit ActingAs(uid_t user) {
@@ -73,8 +73,8 @@ class ActingAs {
 
 using AccessList = Handle<std::remove_pointer_t<acl_t>, ::acl_free>;
 
-// Returns the access control list of a file, in the short form of getfacl and with numbers of users. Returns a word
-// instead if there is none, or if it cannot be converted.
+// Returns the access control list of a file in the short text form of acl(5), with numeric IDs. Returns "none" if the
+// list cannot be read, and "unreadable" if it cannot be converted.
 inline std::string accessList(const std::string& path) {
     const AccessList list(acl_get_file(path.c_str(), ACL_TYPE_ACCESS));
     if (!list) return "none";
@@ -89,8 +89,8 @@ inline void setAccessList(const std::string& path, const std::string& text) {
         throw std::runtime_error("cannot set the access list of " + path);
 }
 
-// Returns whether this user may write the file. As root, the check tries to open the file for writing as that user. An
-// ordinary user cannot change users, so the check evaluates the access control list.
+// Returns whether this user may write the file. A test that runs as root opens the file as that user. An ordinary user
+// cannot do that, so the function reads the access control list instead.
 inline bool mayWrite(uid_t user, const std::string& path) {
     if (::geteuid() == 0) {
         const ActingAs other(user);

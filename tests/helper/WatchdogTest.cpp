@@ -26,7 +26,6 @@ class WatchdogTest : public testing::Test {
     Watchdog watchdog{loop,
                       [this](const char* state) {
                           states.emplace_back(state);
-                          // A third sign of life ends the wait.
                           if (signs() == 3) loop.stop();
                           return hasManager;
                       },

@@ -1,4 +1,4 @@
-"""Checks the helper's unit: its directives, and with systemd-analyze its sandboxing. Needs no running systemd.
+"""Checks the directives of the helper's unit, and its sandboxing with systemd-analyze. systemd need not be running.
 
   unit_test.py UNIT      UNIT: the file as it is installed
 """

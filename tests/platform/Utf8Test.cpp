@@ -30,8 +30,8 @@ std::string encoded(char32_t codePoint) {
             byte(0x80 + codePoint % 64)};
 }
 
-// The first one, two and three bytes of every character. They show how long a truncated or invalid sequence is, without
-// repeating the rules of the decoder.
+// The beginnings of every encoded character: its first one, two and three bytes. From them the test derives how long a
+// truncated or invalid sequence is, without the rules of the decoder.
 class Beginnings {
   public:
     Beginnings() {
@@ -44,8 +44,8 @@ class Beginnings {
         }
     }
 
-    // Returns the length of the longest beginning of a character at the start of the text, up to three bytes, or 1 if
-    // there is none.
+    // Returns how many bytes at the start of the text are the beginning of an encoded character, up to three. Returns 1
+    // if not even the first byte is.
     std::size_t longest(std::string_view text) const {
         std::size_t length = 1;
         while (length < 3 && length < text.size() && known_[length][index(text, length + 1)]) ++length;

@@ -10,8 +10,9 @@
 
 namespace kovra::helper {
 
-// Makes fsetxattr(2), with which acl_set_fd() changes an access control list, fail with this error in this process from
-// now on. With 0 it seems to succeed, but changes nothing. Returns whether the filter is in place.
+// Installs a system call filter that makes fsetxattr(2) fail with this error. acl_set_fd() changes an access control
+// list by this call. If the error is 0, the call seems to succeed but changes nothing. The filter stays until the
+// process ends. Returns whether the filter is installed.
 inline bool answerAccessListsWith(unsigned int error) {
     std::array<sock_filter, 4> program{{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),

@@ -13,8 +13,8 @@
 namespace kovra::helper {
 namespace {
 
-// Returns whether a hand-over fails if access control lists are not kept as they were set. A filter of system calls
-// simulates a file system that alters them. It stays in place, so each check needs a process of its own.
+// Returns whether a hand-over fails on a file system that ignores a new access control list. A system call filter
+// simulates this file system. The filter stays until the process ends, so each check needs a process of its own.
 bool failsWhereListsAreAltered(std::optional<uid_t> user) try {
     FlagRig rig;
     return rig.handOver(bob) && answerAccessListsWith(0) && !rig.handOver(user) && !rig.folder().isFlagOf(user);

@@ -33,7 +33,7 @@ TEST(FlagFolderAttackTest, AnotherFileOfTheOwnerIsNobodysFlag) {
     EXPECT_TRUE(secret.isUntouched());
 }
 
-// Where fs.protected_hardlinks is 0, anyone can link the flag into a folder of their own.
+// If the sysctl fs.protected_hardlinks is 0, any user can create a hard link to the flag in a folder of their own.
 TEST(FlagFolderAttackTest, ASecondNameInAnotherFolderDoesNotCountAgainstTheUser) {
     FlagRig rig;
     rig.makeFolder("theirs");
@@ -94,7 +94,8 @@ TEST(FlagFolderAttackTest, ASecondLinkGivesNoAccessToTheNextUsersFlag) {
     EXPECT_FALSE(mayWrite(alice, second));
     EXPECT_FALSE(mayWrite(alice, rig.state()));
     EXPECT_EQ(rig.content(), "off");
-    // The content is the one that Alice left, and nobody else could have written it.
+    // When Alice returns, the flag has the content that she wrote. It counts, because nobody else could have written
+    // it.
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_TRUE(rig.isOn());
     ASSERT_TRUE(rig.handOver(bob));
@@ -116,8 +117,8 @@ TEST(FlagFolderAttackTest, WritesThroughADescriptorKeptOverAHandOverDoNotCount) 
         FlagRig::writeTo(kept, "on");
         EXPECT_EQ(rig.content(), "off");
         EXPECT_FALSE(rig.isOn());
-        // When Alice returns, the content that she left counts. The file is hers again, and her descriptor writes it
-        // as if she had opened it now.
+        // When Alice returns, her file with the content "on" becomes the flag again. She may write the flag now, so
+        // what she writes through her old descriptor counts, too.
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_TRUE(rig.isOn());
         FlagRig::writeTo(kept, "off");

@@ -19,7 +19,8 @@ using Names = std::set<std::string>;
 namespace fs = std::filesystem;
 using Intruder = std::function<void(const std::string& path)>;
 
-// Runs the test for each intruder, with a new folder. The secret file must stay untouched.
+// Runs the test for each of the intruders(), each time with a new flag folder. Expects that the secret file is
+// unchanged.
 void withEachIntruder(const std::function<void(FlagRig&, const Intruder& put)>& test) {
     const FlagRig none;
     const Secret any(none);
@@ -106,7 +107,7 @@ TEST(FlagFolderIntruderTest, ThatKeepReplacingTheFilesHaveNoEffect) {
     int handed = 0;
     for (int round = 0; round < 3'000 || (swaps < 1'000 && round < 300'000); ++round) {
         handed += rig.handOver(round % 2 == 0 ? alice : bob) ? 1 : 0;
-        // Nobody ever writes "on" into a flag in this folder.
+        // Nobody writes "on" into a flag in this test.
         EXPECT_FALSE(rig.isOn());
     }
     isOver = true;

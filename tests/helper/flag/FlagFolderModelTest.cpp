@@ -22,13 +22,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A source of random changes at the flag's path, with a model of them: kind, content and number of names of the file
-// there. Names in other folders do not count.
+// A source of random changes at the flag's path. It keeps a model of what is at the path: whether it is a regular file,
+// its content, and its number of hard links in the flag's folder. The helper ignores hard links in other folders.
 class RandomFlag {
   public:
     RandomFlag(FlagRig& rig, std::mt19937& random) : rig_(rig), random_(random) {}
 
-    // Makes one change. Returns whether the flag must now say "on".
+    // Makes one change. Returns whether the helper must now read the flag as "on".
     bool change() {
         switch (pick(9)) {
             case 0:
@@ -124,8 +124,7 @@ TEST(FlagFolderModelTest, AgreesWithAModelOnRandomFiles) {
     EXPECT_GT(off, 500);
 }
 
-// Plays random sequences with three users. They become active, write the flag, and write through descriptors that they
-// have kept.
+// Three users become active, write the flag, and write through descriptors that they opened earlier, in random order.
 TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
     for (const std::uint32_t seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -137,8 +136,8 @@ TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
         const std::vector<uid_t> users = {alice, bob, bob + 1};
         std::optional<uid_t> inPlace;
         std::map<uid_t, std::string> last;                  // the content of each user's file
-        std::map<uid_t, Descriptor> kept;                   // a descriptor of that file
-        std::vector<std::pair<uid_t, Descriptor>> earlier;  // further descriptors of the same files
+        std::map<uid_t, Descriptor> kept;                   // the descriptor that the user opened last
+        std::vector<std::pair<uid_t, Descriptor>> earlier;  // descriptors that users opened before that
         rig.handOver(std::nullopt);
         for (int step = 0; step < 600; ++step) {
             switch (pick(5)) {
@@ -177,9 +176,9 @@ TEST(FlagFolderModelTest, IsOnOnlyForTheUserInPlaceInRandomHistories) {
             ASSERT_EQ(rig.isOn(), inPlace && last[*inPlace] == "on") << "step " << step;
             ASSERT_TRUE(rig.folder().isFlagOf(inPlace)) << "step " << step;
             for (const uid_t user : users) ASSERT_EQ(mayWrite(user, rig.state()), user == inPlace) << "step " << step;
-            // No other files may accumulate.
+            // The folder contains at most the flag and one file for each user.
             ASSERT_LE(rig.names().size(), users.size() + 1);
-            // Content other than "on" is replaced by "off" when the user returns.
+            // When a user returns, the helper replaces any content other than "on" by "off".
             for (auto& [user, text] : last) {
                 if (user != inPlace && text != "on") text = "off";
             }

@@ -20,14 +20,14 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-// A flag folder in which tests cause events as fast as they can, as other users may.
+// The tests cause events in a flag folder as fast as they can, as other users of the machine may.
 class FlagFolderStormTest : public testing::Test {
   protected:
     FlagFolderStormTest() {
         rig.handOver(alice);
         rig.folder().onChange = [this] { ++changes; };
     }
-    // Causes a change and waits until it is reported. All earlier events are handled then.
+    // Handles all earlier events, by waiting for the notification of a new one.
     void handleEvents() {
         changes = 0;
         rig.write(alice, "on");
@@ -75,7 +75,7 @@ TEST_F(FlagFolderStormTest, OfEventsBesideThePathCausesNoCheckOfThePath) {
     }
     handleEvents();
     EXPECT_EQ(openings.take(), 0);
-    // An event of the first folder itself, or of the next folder of the path, causes a check.
+    // A changed mode of the root folder, or of the folder Library in it, causes one check.
     for (const std::string& folder : {rig.root(), rig.root() + "/Library"}) {
         ASSERT_EQ(::chmod(folder.c_str(), 0755), 0);
         handleEvents();

@@ -149,7 +149,7 @@ TEST(FlagFolderTest, NotifiesOfAFlagThatIsRemovedMovedOrReplaced) {
     writeFile(rig.path("other"), "off");
     fs::rename(rig.path("other"), rig.state());
     EXPECT_TRUE(notifications.gotChange());
-    writeFile(rig.state(), "on");  // does not change the folder
+    writeFile(rig.state(), "on");  // changes the flag, but not its folder
     EXPECT_TRUE(notifications.gotChange());
     fs::rename(rig.state(), rig.path("other"));
     EXPECT_TRUE(notifications.gotChange());
@@ -211,7 +211,7 @@ TEST(FlagFolderTest, DoesNotNotifyOfChangesThatDoNotCount) {
     EXPECT_TRUE(notifications.gotChange());
 }
 
-// Causes so many events that the kernel's queue is full. The kernel drops further events.
+// Causes so many events that the kernel's inotify queue is full. The kernel then drops further events.
 void overflowQueue(const FlagRig& rig) {
     int room = 0;
     std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> room;
@@ -228,7 +228,7 @@ TEST(FlagFolderTest, NotifiesOfAFlagThatAppearedDuringAnEventOverflow) {
     overflowQueue(rig);
     writeFile(rig.state(), "off");
     EXPECT_TRUE(notifications.gotChange());
-    writeFile(rig.state(), "on");  // does not change the folder
+    writeFile(rig.state(), "on");  // changes the flag, but not its folder
     EXPECT_TRUE(notifications.gotChange());
 }
 
@@ -239,7 +239,7 @@ TEST(FlagFolderTest, IsLostOnceWhenItWasMovedDuringAnEventOverflow) {
     overflowQueue(rig);
     fs::rename(rig.path(), rig.root() + "/gone");
     EXPECT_TRUE(notifications.gotLoss());
-    // The folder is still open, but is not watched any more.
+    // The folder is still open, but the helper does not watch it any more.
     writeFile(rig.root() + "/gone/state", "on");
     ::chmod((rig.root() + "/gone").c_str(), 0700);
     EXPECT_TRUE(notifications.gotNothing());
@@ -270,7 +270,6 @@ TEST(FlagFolderTest, IsLostWhenAFolderOfThePathIsMovedRemovedOrOpenedToOthers) {
     }
 }
 
-// Returns the number of inotify watches of this process.
 int watches() {
     int found = 0;
     for (const auto& descriptor : fs::directory_iterator("/proc/self/fdinfo")) {
@@ -286,7 +285,7 @@ TEST(FlagFolderTest, LeaksNoWatchesOrDescriptorsInManyHandOvers) {
     const auto open = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); };
     const int watchesBefore = watches();
     const auto openBefore = open();
-    // Three folders above the flag's folder, that folder, the flag, and the file that Bob left.
+    // The watches are on three folders above the flag's folder, that folder, the flag, and the file that Bob left.
     EXPECT_EQ(watchesBefore, 6);
     for (int round = 0; round < 200; ++round) rig.handOver(round % 2 == 0 ? bob : alice);
     EXPECT_EQ(watches(), watchesBefore);

@@ -16,11 +16,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Limits the number of inotify watches in this user namespace.
 void limitWatches(int number) { writeFile("/proc/sys/user/max_inotify_watches", std::to_string(number)); }
 
-// Runs the body in a user namespace of its own, where the limit can be set. The body gets the only user of that
-// namespace.
+// Runs the body in a new user namespace, which has a limit of its own for inotify watches. The argument of the body is
+// the only UID in that namespace.
 void withLimitedWatches(const std::function<void(uid_t)>& body) {
     inPrivateMachine([&](uid_t) {
         if (::unshare(CLONE_NEWUSER) != 0) throw std::runtime_error("no namespace of its own");
@@ -37,7 +36,7 @@ TEST(FlagFolderUnwatchedTest, FlagIsOffAndBelongsToNoUserUntilItIsWatched) {
         rig.write(user, "on");
         ASSERT_TRUE(rig.isOn());
         rig.reopen();
-        limitWatches(4);  // three folders above the flag's folder, and that folder
+        limitWatches(4);  // enough for the flag's folder and the three above it, but not for the flag
         EXPECT_FALSE(rig.isOn());
         EXPECT_FALSE(rig.folder().isFlagOf(user));
         EXPECT_FALSE(rig.handOver(user));

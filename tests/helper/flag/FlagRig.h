@@ -19,12 +19,13 @@ namespace kovra::helper {
 
 inline constexpr const char* folderPath = "/Library/Application Support/ble-kovra";
 
-// An empty flag folder below a temporary root. handOver() and isOn() run without capabilities, as in the daemon's unit.
+// An empty flag folder below a temporary root. handOver() and isOn() run without capabilities, like the daemon in its
+// unit.
 class FlagRig {
   public:
     FlagRig() { makeFlagFolder(); }
 
-    // Creates those folders of the flag's path that are missing, and lets only the owner write them all.
+    // Creates the missing folders of the flag's path, and makes all of its folders writable only by their owner.
     void makeFlagFolder() const {
         for (const char* name : {"", "Library", "Library/Application Support", "Library/Application Support/ble-kovra"})
             makeFolder(name);
@@ -43,7 +44,7 @@ class FlagRig {
     Trust trust() const { return {root(), ::geteuid()}; }
 
     Loop& loop() { return loop_; }
-    // Returns the folder, which is opened at the first use.
+    // Opens the folder at the first call.
     FlagFolder& folder() {
         if (!folder_) folder_ = FlagFolder::open(loop_, folderPath, trust());
         if (!folder_) throw std::runtime_error("the folder is refused");

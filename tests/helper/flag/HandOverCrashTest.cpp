@@ -24,8 +24,8 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Returns whether a system call may have an effect outside the process. If a call has none, it does not matter whether
-// the process is killed before or after it.
+// Returns whether a system call may have an effect outside the process. A kill before a call without such an effect has
+// the same result as a kill after it.
 bool hasOutsideEffect(const __ptrace_syscall_info& info) {
     switch (info.entry.nr) {
         case SYS_openat:
@@ -48,8 +48,8 @@ bool hasOutsideEffect(const __ptrace_syscall_info& info) {
     }
 }
 
-// Runs the work in a child process. Lets the process make this number of system calls with an outside effect, and kills
-// it at the next one. Returns false if the work ends before that.
+// Runs the work in a child process. Kills the process after this number of system calls with an effect outside it,
+// before the next one. Returns false if the work ends earlier.
 bool killedAt(int calls, const std::function<void()>& work) {
     const pid_t process = ::fork();
     if (process == 0) {
@@ -85,7 +85,7 @@ std::string text(const Change& change) {
     return "from " + name(change.from) + " to " + name(change.to);
 }
 
-// Makes Alice and Bob each leave "on", and then hands the flag over to `first`, or to nobody.
+// Lets Alice and Bob write "on", one after the other. Then hands the flag over to `first`, or to nobody.
 void prepare(FlagRig& rig, std::optional<uid_t> first) {
     rig.handOver(alice);
     rig.write(alice, "on");
@@ -94,7 +94,7 @@ void prepare(FlagRig& rig, std::optional<uid_t> first) {
     rig.handOver(first);
 }
 
-// Kills a hand-over at each of its steps, and checks the folder after each kill.
+// Repeats the hand-over, each time in a new folder and killed one system call later. Checks the folder each time.
 void killEverywhere(const Change& change, const std::function<void(FlagRig&)>& check) {
     SCOPED_TRACE(text(change));
     int kills = 0;
@@ -112,7 +112,8 @@ void killEverywhere(const Change& change, const std::function<void(FlagRig&)>& c
 
 const std::vector<Change> changes = {{alice, bob}, {bob, alice}, {alice, {}}, {{}, alice}, {alice, alice}, {{}, {}}};
 
-// Restarts the daemon, which hands the flag over unless it already belongs to the user.
+// Opens the folder again, and hands the flag over unless it already belongs to the user. A restarted daemon does the
+// same.
 void restart(FlagRig& rig, std::optional<uid_t> user) {
     rig.reopen();
     if (rig.folder().isFlagOf(user)) return;

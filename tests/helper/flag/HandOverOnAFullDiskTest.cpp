@@ -22,7 +22,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// A small file system for the flag's folder. The flag belongs to this user and says "on".
+// A small file system for the flag's folder. The flag belongs to this user and has the content "on".
 class SmallDisk {
   public:
     explicit SmallDisk(uid_t user) {
@@ -73,7 +73,7 @@ TEST(HandOverOnAFullDiskTest, RevokesTheRightAndLosesNoContent) {
         EXPECT_FALSE(disk.rig.isOn());
         EXPECT_TRUE(user == 0 || !mayWrite(user, disk.rig.state()));
         EXPECT_EQ(disk.names(), (Names{"state", left(user)}));
-        // The user's own file needs no room to become the flag again.
+        // The user's own file becomes the flag again, which needs no disk space.
         EXPECT_TRUE(disk.rig.handOver(user));
         EXPECT_TRUE(disk.rig.isOn());
         EXPECT_EQ(disk.names(), Names{"state"});
@@ -87,7 +87,7 @@ TEST(HandOverOnAFullDiskTest, RevokesTheRightAndLosesNoContent) {
     });
 }
 
-// Returns the names in the events of a folder.
+// Returns the file names in the pending inotify events.
 Names reported(const Descriptor& events) {
     Names names;
     alignas(inotify_event) std::array<char, 4096> buffer{};
@@ -101,8 +101,8 @@ Names reported(const Descriptor& events) {
     return names;
 }
 
-// Without an event with this name, the application would not repeat an "off" that was refused, and the pad would stay
-// muted.
+// After an event with the flag's name, the application writes an "off" that was refused before. Without this event the
+// pad could stay muted.
 TEST(HandOverOnAFullDiskTest, IsReportedUnderTheFlagsNameWhenTheUserReturns) {
     inPrivateMachine([](uid_t user) {
         SmallDisk disk(user);

@@ -19,7 +19,8 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Hands the flag over in a child process that cannot change access control lists. Returns the error.
+// Hands the flag over in a child process in which each change of an access control list fails with ENOSPC. Returns the
+// error of the hand-over.
 int handOverRefused(const FlagRig& rig, std::optional<uid_t> user) {
     const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const pid_t process = ::fork();
@@ -37,7 +38,7 @@ TEST(HandOverRefusedTest, KeepsTheFlagOfAUserWhoseRightCannotBeRevoked) {
         rig.handOver(bob);
         rig.handOver(alice);
         EXPECT_EQ(handOverRefused(rig, next), ENOSPC);
-        // The flag still belongs to Alice, since her right could not be revoked.
+        // The flag still belongs to Alice, because her right to write it could not be revoked.
         EXPECT_TRUE(rig.folder().isFlagOf(alice));
         EXPECT_TRUE(rig.isOn());
         EXPECT_EQ(rig.names(), (Names{"state", "state.left.61002"}));

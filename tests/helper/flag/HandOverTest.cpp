@@ -62,7 +62,7 @@ ino_t inode(const std::string& path) {
     return status.st_ino;
 }
 
-// A file without a name could take room on the disk without anybody noticing.
+// If the helper unlinked a user's file, a process could keep it open and fill the disk with a file that has no name.
 TEST(HandOverTest, GivesEachUserOneFileForGood) {
     FlagRig rig;
     rig.handOver(alice);

@@ -17,8 +17,8 @@
 
 namespace kovra::helper {
 
-// A file of the owner that says "on" and lies outside the flag's folder. Neither reading nor handing over the flag may
-// use or change it.
+// A file with the content "on" outside the flag's folder. The helper must neither use nor change it when it reads the
+// flag or hands it over.
 class Secret {
   public:
     explicit Secret(const FlagRig& rig) : path_(rig.root() + "/secret") {
@@ -37,7 +37,7 @@ class Secret {
 };
 
 inline void makeSocket(const std::string& path) {
-    // The path may be too long for a socket address. A path through the folder's descriptor is always short enough.
+    // The path may be too long for a socket address. A path through the descriptor of the folder is short enough.
     const std::filesystem::path full(path);
     const Descriptor folder(::open(full.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     const std::string name = "/proc/self/fd/" + std::to_string(folder.number()) + "/" + full.filename().string();
@@ -48,7 +48,7 @@ inline void makeSocket(const std::string& path) {
     ASSERT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
 }
 
-// Returns what may be in place of one of the flag's files, each with a function that creates it.
+// Returns functions that each create something other than a regular file at a path. The key describes what is created.
 inline std::map<std::string, std::function<void(const std::string&)>> intruders(const Secret& secret) {
     return {
         {"a link to a file that says on",

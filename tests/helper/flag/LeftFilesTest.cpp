@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Alice has kept a descriptor of her flag, and Bob is at the machine now.
+// Alice keeps a descriptor of her flag open while Bob is at the machine.
 class LeftFilesTest : public testing::Test {
   protected:
     LeftFilesTest() {
@@ -34,7 +34,7 @@ class LeftFilesTest : public testing::Test {
         EXPECT_EQ(::fstat(kept.number(), &status), 0);
         return std::max<long>(status.st_blocks * 512, status.st_size);
     }
-    // Returns whether room that Alice takes through the descriptor is free again within a second.
+    // Allocates disk space through Alice's descriptor. Returns whether the helper frees it within a second.
     bool isFreed() {
         EXPECT_EQ(::fallocate(kept.number(), FALLOC_FL_KEEP_SIZE, 0, 4 << 20), 0);
         EXPECT_GE(bytesOnDisk(), 4 << 20);

@@ -15,7 +15,7 @@ const MockInput plainMouse{.input = "input7",
                            .bus = "0003",
                            .hid = "0003:046D:C077.0002"};
 
-// An ordinary user can give a file only to a group of their own.
+// An ordinary user can give a file only to a group that the user belongs to.
 gid_t grantee() { return ::geteuid() == 0 ? alice : ::getegid(); }
 
 TEST(GrantTest, LetsTheGroupWriteThePadAndItsTwin) {
@@ -30,7 +30,7 @@ TEST(GrantTest, LetsTheGroupWriteThePadAndItsTwin) {
     EXPECT_EQ(computer.inhibited("input5"), "0");
 }
 
-// In earlier versions the helper runs as root without capabilities. It can unmute a pad only if root owns the
+// Earlier versions of the helper run as root without capabilities. They can unmute a pad only if root owns the
 // attribute.
 TEST(GrantTest, LeavesThePadToRoot) {
     MockInputs computer;

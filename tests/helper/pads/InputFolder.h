@@ -14,7 +14,7 @@
 
 namespace kovra::helper {
 
-// A simulation of the attributes of input devices, by files.
+// A folder with files in place of the kernel's attributes `inhibited` of input devices.
 class InputFolder {
   public:
     void plug(const std::string& name, const std::string& inhibited = "0\n") {
@@ -26,7 +26,7 @@ class InputFolder {
     bool isInhibited(const std::string& name) const { return readFile(path(name)) == "1\n"; }
     bool isActive(const std::string& name) const { return readFile(path(name)) == "0\n"; }
 
-    // Makes writes of the attribute fail, until acceptWrites(). Meanwhile it has no valid value to read.
+    // Makes writes of the attribute fail until acceptWrites() is called. Until then the attribute has no valid value.
     void refuseWrites(const std::string& name) {
         valueBefore_ = readFile(path(name));
         std::filesystem::remove(path(name));
@@ -37,14 +37,14 @@ class InputFolder {
         std::filesystem::rename(folder_.path() / "next", path(name));
     }
 
-    // Takes the right to write the attribute from the user of the test, or gives it, as udev's rule does. Only a caller
-    // without capabilities is affected.
+    // keepFromUser() makes the attribute read-only for the user of the test, as it is before udev applies the helper's
+    // rule. giveToUser() makes it writable. A caller with root's capabilities can write it in both cases.
     void keepFromUser(const std::string& name) { std::filesystem::permissions(path(name), onlyReading()); }
     void giveToUser(const std::string& name) {
         std::filesystem::permissions(path(name), onlyReading() | std::filesystem::perms::owner_write);
     }
 
-    // Makes the device active, with an attribute that can be read but not written.
+    // Makes the device active. Its attribute can then be read, but not written.
     void activateAndSeal(const std::string& name) {
         sealed_ = Descriptor(::memfd_create("inhibited", MFD_CLOEXEC | MFD_ALLOW_SEALING));
         if (::write(sealed_.number(), "0\n", 2) != 2 || ::fcntl(sealed_.number(), F_ADD_SEALS, F_SEAL_WRITE) != 0)

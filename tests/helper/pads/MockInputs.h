@@ -13,28 +13,28 @@
 
 namespace kovra::helper {
 
-// The attributes of an input device in sysfs, and its properties in the database of udev.
+// The attributes of an input device in sysfs, and its properties in udev's database.
 struct MockInput {
     std::string input = "input5";
     std::string name = "SYNA8004:00 06CB:CD8B Touchpad";
     std::string properties = "ID_INPUT=1\nID_INPUT_TOUCHPAD=1\n";
-    std::string driverProperties = "0";  // a mask
-    std::string keys = "30000 0 0 0 0";  // a mask: the left and the right button
+    std::string driverProperties = "0";  // a hexadecimal bit mask
+    std::string keys = "30000 0 0 0 0";  // a hexadecimal bit mask: the left and the right button
     std::string bus = "0018";
     std::string vendor = "06cb";
-    std::string hid = {};                           // "0018:06CB:CD8B.0001", or no HID device
+    std::string hid = {};                           // the HID device, for example "0018:06CB:CD8B.0001", or empty
     std::string parent = "/devices/platform/host";  // "/devices/virtual" for a device without a parent
 };
 
-// A laptop's pad on I2C, and the mouse that the same device presents in addition.
+// A laptop's pad on I2C, and its twin.
 inline const MockInput pad{.input = "input5", .hid = "0018:06CB:CD8B.0001"};
 inline const MockInput twin{.input = "input4",
                             .name = "SYNA8004:00 06CB:CD8B Mouse",
                             .properties = "ID_INPUT=1\nID_INPUT_MOUSE=1\n",
                             .hid = "0018:06CB:CD8B.0001"};
 
-// A simulation of a sysfs with input devices, and of udev's events, for this process and those that it starts. A device
-// and its event are separate steps, as in the kernel, so that tests can use one without the other.
+// A simulation of sysfs with input devices, and of udev's events, for this process and the programs that it starts.
+// addDevice() and removeDevice() send no event, so that tests can separate a change from its event.
 class MockInputs {
   public:
     MockInputs() : testbed_(umockdev_testbed_new()) {
@@ -44,7 +44,8 @@ class MockInputs {
             std::filesystem::create_directories(sys_ / inside);
     }
 
-    // Adds a USB device with this value of `removable`. Returns its path, to be used as a parent.
+    // Adds a USB device whose attribute `removable` has this value. Returns its path, which can be the parent of an
+    // input device.
     std::string plugUsb(const std::string& parent, const std::string& name, const std::string& removable) {
         const std::string path = parent + "/" + name;
         makeDevice(path, "bus/usb", "DEVTYPE=usb_device\n");
@@ -52,7 +53,6 @@ class MockInputs {
         return path;
     }
 
-    // Adds the device without an event.
     void addDevice(const MockInput& device) {
         std::string parent = device.parent;
         if (parent != "/devices/virtual" && !std::filesystem::exists(folder(parent)))
@@ -76,12 +76,11 @@ class MockInputs {
             std::filesystem::create_directory_symlink("../.." + shown, inClass(shown.substr(shown.rfind('/') + 1)));
         paths_[device.input] = path;
     }
-    // Sends an event of a device whose folder exists.
+    // The folder of the device must exist.
     void sendEvent(const std::string& input, const std::string& action) {
         const std::string path = "/sys" + paths_.at(input);
         umockdev_testbed_uevent(testbed_.get(), (path + "/event" + input.substr(5)).c_str(), action.c_str());
     }
-    // Removes the device from the class without an event.
     void removeDevice(const std::string& input) {
         std::filesystem::remove(inClass(input));
         std::filesystem::remove(inClass("event" + input.substr(5)));
@@ -102,7 +101,6 @@ class MockInputs {
 
     // Removes the attribute, as if the kernel could not inhibit input devices.
     void removeAttribute(const std::string& input) { std::filesystem::remove(attribute(input)); }
-    // The owner, the group and the mode of the attribute.
     struct stat rights(const std::string& input) const {
         struct stat status {};
         if (::stat(attribute(input).c_str(), &status) != 0) throw std::runtime_error("no attribute of " + input);

@@ -15,7 +15,6 @@ namespace kovra::helper {
 
 using Names = std::set<std::string>;
 
-// Two input devices and a muter.
 class MuterRig : public testing::Test {
   protected:
     MuterRig() {

@@ -203,7 +203,7 @@ TEST_F(MuterTest, RetriesSoonAgainAfterAnotherRequest) {
     muter.muteOnly({"input5"});
     computer.refuseWrites("input5");
     muter.muteOnly({});
-    runFor(loop, 1s);  // the next retry is due only 0.8 s after the fourth one
+    runFor(loop, 1s);  // the delay after the fourth retry is 0.8 s
     muter.muteOnly({});
     computer.acceptWrites("input5");
     EXPECT_TRUE(runUntil(

@@ -18,8 +18,8 @@ struct Known {
 
 void PrintTo(const Known& known, std::ostream* out) { *out << known.what; }
 
-// Devices with the properties that udev 252 sets, unless the text says otherwise. For devices on I2C, udev 252 does not
-// set the integration.
+// Devices with the properties that udev 252 sets, unless the text of a device says otherwise. udev 252 does not set
+// ID_INPUT_TOUCHPAD_INTEGRATION for devices on I2C.
 const std::vector<Known> knownDevices{
     {"Synaptics pad on PS/2",
      {.name = "SynPS/2 Synaptics TouchPad",

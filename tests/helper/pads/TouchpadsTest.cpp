@@ -13,7 +13,7 @@ namespace {
 
 using Inputs = std::vector<std::string>;
 
-// Adds the property that udev sets for pointing sticks, and on I2C for every mouse.
+// Adds the property that udev sets for pointing sticks, and for every mouse on I2C.
 MockInput tagged(MockInput mouse) {
     mouse.properties += "ID_INPUT_POINTINGSTICK=1\n";
     return mouse;

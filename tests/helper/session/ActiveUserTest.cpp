@@ -43,7 +43,7 @@ TEST(ActiveUserTest, IsNobodyWhileAnotherTerminalIsShownThanThatOfTheSession) {
     EXPECT_EQ(shown(2, 0), 1000U);  // a kernel without terminals
 }
 
-// A writer of a login manager's files in the /run of a private machine. Like a login manager, it replaces each file
+// A writer of systemd-logind's files in the /run of a private machine. Like systemd-logind, it replaces each file
 // atomically.
 class LoginManager {
   public:
@@ -74,13 +74,12 @@ class LoginManager {
     }
 };
 
-// A counter of the notifications of changes.
 class Listener {
   public:
     Listener() {
         user.onChange = [this] { ++changes_; };
     }
-    // Returns whether this user becomes the one at the machine, with exactly one notification.
+    // Returns whether this user becomes the active one within ten seconds, with exactly one notification.
     bool becomes(std::optional<uid_t> expected) {
         const auto end = std::chrono::steady_clock::now() + 10s;
         while (changes_ == 0 && std::chrono::steady_clock::now() < end) runFor(1ms);
@@ -92,7 +91,7 @@ class Listener {
         handleEvents(loop_);
         return changes_ == 0;
     }
-    // Returns whether all events have been read, so that the loop does not spin.
+    // Returns whether the loop waits without using the processor. It would not if it left an event unread.
     bool sleeps() {
         const auto used = [] {
             timespec time{};
@@ -164,7 +163,7 @@ TEST(ActiveUserTest, IsFoundAfterFilesWereMissingOrDamaged) {
         LoginManager manager;
         Listener listener;
         EXPECT_EQ(listener.user.current(), std::nullopt);
-        manager.foreground("1", 1000);  // a session without a file
+        manager.foreground("1", 1000);  // the file of session 1 is missing
         EXPECT_TRUE(listener.staysSilent());
         writeFile("/run/systemd/sessions/1", "UID=many\nSTATE\n\0\n");
         manager.foreground("1", 1000);
@@ -172,7 +171,7 @@ TEST(ActiveUserTest, IsFoundAfterFilesWereMissingOrDamaged) {
         manager.session("1", 1000, "active", "user", true);
         EXPECT_TRUE(listener.staysSilent());
         writeFile("/run/systemd/sessions/1", "UID=1000\nACTIVE=1\nSTATE=active\nCLASS=user\nSEAT=seat0\n");
-        manager.foreground("1", 1000);  // without REMOTE
+        manager.foreground("1", 1000);  // the session's file has no REMOTE
         EXPECT_TRUE(listener.staysSilent());
         manager.session("1", 1000);
         EXPECT_TRUE(listener.becomes(1000));

@@ -17,7 +17,7 @@
 namespace kovra::helper {
 namespace {
 
-// A child process of this user that has done the work and then waits until it is killed.
+// A child process that runs as this user. It does the work and then waits until it is killed.
 class Child {
   public:
     Child(uid_t user, const std::function<void()>& work) {

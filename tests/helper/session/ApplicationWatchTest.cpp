@@ -24,7 +24,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A child process with this name and user, which sleeps until it is killed.
+// A child process with this name and these user IDs. It sleeps until it is killed.
 class Process {
   public:
     explicit Process(const std::string& name, uid_t real, uid_t effective) {
@@ -107,7 +107,7 @@ TEST(ApplicationWatchTest, ReportsTheEndOfTheApplicationHoweverItEnds) {
             EXPECT_TRUE(rig.gotNothing());
             application.signal(signal);
             EXPECT_TRUE(rig.gotChange());
-            EXPECT_FALSE(rig.watch.isRunning(user));  // a zombie has ended
+            EXPECT_FALSE(rig.watch.isRunning(user));  // a zombie counts as ended
             EXPECT_TRUE(rig.gotNothing());
         }
     });
@@ -200,7 +200,7 @@ TEST(ApplicationWatchTest, ReleasesAProcessThatHasBecomeAnotherProgram) {
     });
 }
 
-// Gives the next process this number.
+// Makes the kernel give this PID to the next process of this PID namespace.
 void numberNext(pid_t number) { writeFile("/proc/sys/kernel/ns_last_pid", std::to_string(number - 1)); }
 
 TEST(ApplicationWatchTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting) {
@@ -240,7 +240,7 @@ TEST(ApplicationWatchTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting
 }
 
 // An application that is suspended by vfork() while it starts a program. The child has the application's name and
-// memory until executeProgram().
+// memory until executeProgram() is called.
 class ApplicationThatStartsAProgram {
   public:
     explicit ApplicationThatStartsAProgram(uid_t user) {
@@ -279,7 +279,8 @@ class ApplicationThatStartsAProgram {
 
 TEST(ApplicationWatchTest, RecognizesTheProgramThatAKilledApplicationWasStarting) {
     inPrivateMachine([](uid_t user) {
-        // The program is executed before the first check, or after it, as from a slow disk.
+        // The child executes the program before the first check of ApplicationWatch, or after it, as it would from a
+        // slow disk.
         for (const auto delay : {10ms, 400ms}) {
             Rig rig;
             const ApplicationThatStartsAProgram application(user);

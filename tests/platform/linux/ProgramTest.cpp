@@ -1,4 +1,4 @@
-// The resident program as a process: which signals end it.
+// Tests of the signals that end the resident program.
 
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -48,7 +48,7 @@ class ProgramTest : public testing::Test {
         ::posix_spawnattr_setsigmask(&attributes, &none);
         ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
         std::array<char*, 2> arguments{const_cast<char*>(KOVRA_PROGRAM), nullptr};
-        const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits SIG_IGN
+        const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits this if it is SIG_IGN
         const int result = ::posix_spawn(&pid_, arguments[0], nullptr, &attributes, arguments.data(), environ);
         std::signal(SIGHUP, before);
         ::posix_spawnattr_destroy(&attributes);
@@ -88,7 +88,8 @@ TEST_F(ProgramTest, EndsOnAHangUp) {
 TEST_F(ProgramTest, OutlivesAHangUpIfItWasStartedWithNohup) {
     start(SIG_IGN);
     send(SIGHUP);
-    // Each reply takes a turn of the loop. If SIGHUP ended the program, the loop would end within the first two turns.
+    // Each reply needs a turn of the program's loop. If SIGHUP ended the program, its loop would end within the first
+    // two turns.
     for (int call = 1; call <= 5; ++call) EXPECT_TRUE(answers()) << "call " << call;
     send(SIGTERM);
     EXPECT_EQ(exitCode(), 0);

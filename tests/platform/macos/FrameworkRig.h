@@ -11,7 +11,7 @@
 namespace kovra {
 
 // The fake frameworks for one test. They start in their initial state, and at the end the rig checks that the adapters
-// have released everything. Construct it before the adapters.
+// have released everything. Construct the rig before the adapters.
 class FrameworkRig {
   public:
     FrameworkRig() { clear(); }

@@ -1,5 +1,5 @@
-# A toolchain that compiles for macOS on a Linux machine, with clang and against our own declarations, to check the
-# sources. The output is never run or shipped: musl's headers replace those of the C library.
+# A toolchain for checks of the sources. It compiles for macOS on Linux, with clang and against our own declarations.
+# The output must not be run or shipped, because its headers of the C library are those of musl.
 #   cmake --toolchain tests/platform/macos/darwin.cmake -DKOVRA_PLATFORM=macos -DKOVRA_CHECKED_ARCHITECTURE=arm64
 # The other architecture is x86_64.
 set(CMAKE_SYSTEM_NAME Darwin)

@@ -49,8 +49,8 @@ PLIST = {
     "NSHighResolutionCapable": True,
     "NSPrincipalClass": "NSApplication",
 }
-# The first two would keep the trackpad muted after a quit; the last one would declare something that the program does
-# not do.
+# With one of the first two keys, macOS may kill the program while the trackpad is muted. The last key declares
+# something that the program does not do.
 NOT_IN_PLIST = ("NSSupportsSuddenTermination", "NSSupportsAutomaticTermination", "NSInputMonitoringUsageDescription")
 
 

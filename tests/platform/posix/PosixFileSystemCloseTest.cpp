@@ -19,7 +19,7 @@
 namespace kovra {
 namespace {
 
-// Makes every close(2) of this process fail, as on a file system that writes to a server only then.
+// Makes every close(2) of this process fail, as on a file system that sends data to a server only at close(2).
 bool failAtClose() {
     std::array<sock_filter, 4> program{{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),

@@ -21,13 +21,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A write that opens the flag and ends after another file has replaced it.
+// Tests of a write during which another file replaces the flag.
 class PosixFileSystemExchangeTest : public testing::Test {
   protected:
     PosixFileSystemExchangeTest() { writeFile(flag_, "on"); }
 
-    // Writes "off" in a process that is stopped before the write, while `something` runs. Returns the reason of the
-    // failure, or an empty text.
+    // Writes "off" in a child process. Stops the process before it writes, and runs `something` meanwhile. Returns the
+    // reason of the failure, or an empty text.
     std::string writeWhile(const std::function<void()>& something) {
         const std::string said = folder_ / "said";
         const pid_t process = ::fork();

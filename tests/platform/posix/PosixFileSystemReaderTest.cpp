@@ -15,8 +15,8 @@
 namespace kovra {
 namespace {
 
-// What the writer and the reader share. The step counts up around each write. At 0 the file contains "off", at 1 "on"
-// is being written. At 2 it contains "on", at 3 "off" is being written, and so on.
+// The variables that the writer and the reader share. The writer increments `step` before and after each write. At step
+// 0 the file contains "off", at step 1 the writer writes "on", at step 2 the file contains "on", and so on.
 struct Shared {
     std::atomic<unsigned> step{0};
     std::atomic<bool> finished{false};

@@ -116,8 +116,7 @@ TEST_F(PosixFileSystemTest, RefusesADanglingLinkAndCreatesNothing) {
     EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
 }
 
-// A limit on the size of files stands for a full disk. The write fails with the system's reason, and the file never
-// keeps "on" instead of "off".
+// A limit on the size of files simulates a full disk. Even a failed write of "off" must not leave "on" in the file.
 TEST_F(PosixFileSystemTest, KeepsNoWrongOnWithoutSpace) {
     for (const rlim_t room : {0U, 1U, 2U}) {
         writeFile(flag_, "on");

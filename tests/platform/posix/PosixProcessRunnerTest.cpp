@@ -125,7 +125,7 @@ TEST_F(PosixProcessRunnerTest, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
     };
     ASSERT_TRUE(seen);
     for (const char* name : {"SigBlk", "SigIgn", "SigCgt"}) EXPECT_EQ(signals(name), 0U) << name;
-    // The fourth descriptor, 3, is the folder that ls reads.
+    // Descriptor 3 is the folder that ls reads.
     EXPECT_TRUE(seen->ends_with("descriptors: 0 1 2 3\n")) << *seen;
 }
 

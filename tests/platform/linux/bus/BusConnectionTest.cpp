@@ -49,7 +49,8 @@ class BusConnectionTest : public testing::Test {
         EXPECT_GT(sd_bus_message_read(message, "s", &text), 0);
         received_ += std::string(text) + " ";
     }
-    // Emits the value until it is received, since the bus installs a match some time after the request.
+    // Repeats the signal until it is received, because the bus installs a match some time after the program requests
+    // it.
     void emitUntilReceived(const std::string& value) {
         for (int tries = 0; received_.empty() && tries < 500; ++tries) {
             emit(value);
@@ -59,7 +60,7 @@ class BusConnectionTest : public testing::Test {
         awaitReply();
         received_.clear();
     }
-    // Calls the service, and waits for its reply. All that the service and the bus have sent before arrives earlier.
+    // Calls the service and waits for its reply. The program has then received everything that the service sent before.
     void awaitReply() {
         bool isAnswered = false;
         const auto token = bus().call(
@@ -106,7 +107,6 @@ TEST_F(BusConnectionTest, DeliversNothingAfterTheTokenIsReleasedNotEvenAQueuedSi
     auto token = receiveChanges();
     emitUntilReceived("ready");
     emit("late");
-    // The message is read in this turn, and its block runs in the next.
     const auto last = bus().call(
         {service, path, interface, "Echo"}, [](BusWriter& writer) { writer.text("x"); },
         [this](sd_bus_message*) { received_ += "answered "; });
@@ -147,7 +147,7 @@ TEST_F(BusConnectionTest, DeliversTheErrorOfACallToAnAbsentServiceAndStartsNoSer
         {"org.example.Nobody", path, interface, "Echo"}, [](BusWriter& writer) { writer.text("hello"); },
         [&](sd_bus_message* message) { error = sd_bus_message_get_error(message)->name; });
     EXPECT_TRUE(turnUntil(loop_, [&] { return !error.empty(); }));
-    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // the bus did not try to start a service
+    EXPECT_EQ(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER);  // the bus has not tried to start the service
 }
 
 TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
@@ -229,7 +229,7 @@ TEST_F(BusConnectionTest, RecordsAFailureAndRemainsUsable) {
     EXPECT_EQ(program_.failures().all().size(), 1U);
 }
 
-// The daemon of this test allows 16 matches for each connection.
+// The bus daemon of this test allows 16 matches for each connection.
 TEST_F(BusConnectionTest, RecordsThatTheBusRefusedAMatchAndStaysConnected) {
     daemon_.end();
     PrivateBus strict("DBUS_SYSTEM_BUS_ADDRESS", "<limit name=\"max_match_rules_per_connection\">16</limit>");

@@ -14,14 +14,14 @@ class Forger {
   public:
     enum class Bus { system, session };
 
-    // Connects to the bus that the environment names.
+    // Connects to the bus whose address is in the environment.
     explicit Forger(Bus bus) {
         sd_bus* opened = nullptr;
         EXPECT_GE(bus == Bus::system ? sd_bus_open_system(&opened) : sd_bus_open_user(&opened), 0);
         bus_.reset(opened);
     }
 
-    // Sends the signal, and returns once the bus has passed it on. The signal then arrives before anything that is sent
+    // Sends the signal, and waits until the bus has handled it. The receiver gets it before any message that is sent
     // later.
     template <typename... Values>
     void send(const std::string& destination, const char* path, const char* interface, const char* signal,
@@ -37,7 +37,6 @@ class Forger {
     }
 
     std::string name() { return nameOf(bus_.get()); }
-    // Returns the name that the bus has given to a client.
     static std::string nameOf(sd_bus* client) {
         const char* name = nullptr;
         EXPECT_GE(sd_bus_get_unique_name(client, &name), 0);

@@ -86,7 +86,7 @@ TEST(SessionBusTest, RetriesUntilTheBusIsRunning) {
     BusRig rig;
     ASSERT_TRUE(rig.isNotified("up "));
     rig.daemon.end();
-    // The first retry comes after one second and fails. The second one would follow two seconds later.
+    // The first retry fails one second after the loss. The second one would follow two seconds later.
     EXPECT_LT(turnsWithin(rig.loop, 1500ms), 50);
     EXPECT_EQ(rig.notifications, "up lost ");
     EXPECT_EQ(rig.bus.bus(), nullptr);

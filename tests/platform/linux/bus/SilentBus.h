@@ -13,8 +13,8 @@
 
 namespace kovra {
 
-// A socket that accepts connections and never answers. For as long as this object lives, the environment variable
-// `variable` names the socket as a bus.
+// A socket that accepts connections and never answers. During its lifetime the environment variable `variable` contains
+// the address of this socket as that of a bus.
 class SilentBus {
   public:
     explicit SilentBus(std::string variable) : variable_(std::move(variable)) {

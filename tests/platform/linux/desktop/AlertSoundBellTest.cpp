@@ -12,13 +12,13 @@
 #include "tests/support/linux/VirtualScreen.h"
 #include "tests/support/posix/TempFolder.h"
 
-// Included last, because of its macros.
+// This header defines macros, so it is included last.
 #include <X11/XKBlib.h>
 
 namespace kovra {
 namespace {
 
-// A client that receives the bell of the display, like a desktop that plays a sound for it.
+// An X client that receives the bell of the display, like a desktop that plays a sound instead of the bell.
 class BellListener {
   public:
     BellListener() : display_(XOpenDisplay(nullptr)) {
@@ -84,8 +84,8 @@ class AlertSoundBellTest : public testing::Test {
     }
 
     static void set(const char* variable, const std::string& value) { ::setenv(variable, value.c_str(), 1); }
-    // Plays the sound and waits until the player exits, since the player needs the X server. This process is a
-    // subreaper, so the player has become its child.
+    // Plays the sound and waits until the player exits, because the player needs the X server. The player is a child of
+    // this process, which is a subreaper.
     static void play() {
         playAlertSound();
         int status = -1;

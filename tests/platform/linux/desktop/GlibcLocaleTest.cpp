@@ -14,9 +14,9 @@
 #include "tests/support/Environment.h"
 #include "tests/support/Seeds.h"
 
-// The C library leaks parts of LOCPATH if a locale is missing; only tests set that variable. If the library's debugging
-// symbols are installed, the names of its functions start with two underscores. So these patterns match a part of the
-// name. The leak sanitizer calls this function for its patterns.
+// LeakSanitizer calls this function for patterns of leaks to ignore. The C library leaks parts of LOCPATH, which only
+// tests set, if a locale is missing. With the library's debugging symbols the names of its functions start with two
+// underscores, so the patterns match a part of a name.
 extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
 extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\nleak:argz_create_sep\n"; }
 
@@ -25,7 +25,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// An environment without a language, in which the locales of these tests are installed.
+// An environment that sets no language and contains the path of the locales of these tests.
 class LocaleEnvironment : public Environment {
   public:
     LocaleEnvironment() {
@@ -182,7 +182,7 @@ TEST_F(GlibcLocaleTest, SortsNamesEvenIfNoLocaleIsInstalled) {
 }
 
 TEST_F(GlibcLocaleTest, SortsUtf8EvenIfTheUserHasAnotherCharacterSet) {
-    // ru_RU.KOI8-R is installed; names are sorted as in ru_RU.UTF-8.
+    // The user's locale is ru_RU.KOI8-R. The names are UTF-8 nevertheless, so they are sorted as in ru_RU.UTF-8.
     EXPECT_EQ(sortedIn("ru_RU.KOI8-R", {"яблоко", "ёлка", "Жук", "ЖУК 2"}), (Names{"ёлка", "Жук", "ЖУК 2", "яблоко"}));
     EXPECT_EQ(sortedIn("ru_RU", {"яблоко", "ёлка", "Жук", "ЖУК 2"}), (Names{"ёлка", "Жук", "ЖУК 2", "яблоко"}));
 }

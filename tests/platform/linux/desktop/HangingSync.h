@@ -5,7 +5,7 @@
 namespace kovra {
 
 // While this is set, fsync() does not return in this program, as on a disk that does not answer. SmallTextFileTest.cpp
-// puts its own function in place of the C library's.
+// defines the fsync() of this program.
 extern std::atomic<bool> syncsHang;
 
 }  // namespace kovra

@@ -13,7 +13,7 @@ class JsonDriver {
     JsonDriver() { startAgain(); }
     PreferencesStore& store() { return *store_; }
     void startAgain() {
-        store_.reset();  // saves
+        store_.reset();  // the destructor saves
         store_ = std::make_unique<JsonPreferencesStore>(folder_ / "preferences.json", log_);
     }
 

@@ -1,5 +1,5 @@
-// Damaged preferences files. No content of the file may crash the program. Loading writes nothing and logs at most one
-// line. Saving keeps the values of a valid file, and puts a damaged one aside unchanged.
+// Tests of damaged preferences files. No content of the file may crash the program. Loading writes nothing and logs at
+// most one line. Saving keeps the values of a valid file, and keeps a damaged file unchanged under another name.
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -23,7 +23,7 @@ const std::string whole = R"({"unknown": {"deep": [1, {"x": "y"}], "escaped": "\
 
 class JsonPreferencesStoreDamageTest : public PreferencesFixture {
   protected:
-    // Loads the text, saves one key, and checks what holds for any text.
+    // Loads the text, saves one key, and checks what must hold for any text.
     void loadAndSave(const std::string& stored) {
         writeFile(path_, stored);
         const auto before = traces(path_);

@@ -25,7 +25,7 @@ class SavedPreferences : public JsonPreferencesStore {
     }
 };
 
-// A preferences file in a temporary folder, with a program that uses it.
+// A preferences file in a temporary folder, and the store that uses it.
 class PreferencesFixture : public testing::Test {
   protected:
     using Names = std::set<std::string>;
@@ -41,7 +41,7 @@ class PreferencesFixture : public testing::Test {
     }
     std::string text() const { return readFile(path_); }
 
-    // Returns attributes of which any change of the file alters at least one.
+    // Returns attributes of the file. Any change of the file changes at least one of them.
     static auto traces(const std::string& path) {
         struct stat status {};
         const int error = ::lstat(path.c_str(), &status);

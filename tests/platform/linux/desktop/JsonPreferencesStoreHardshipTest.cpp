@@ -1,5 +1,5 @@
-// The preferences when the system returns errors: no value is lost, nothing is changed unnecessarily, and each failure
-// causes one log line.
+// Tests of the preferences when the system returns errors. No value may be lost and nothing changed unnecessarily. Each
+// failure causes one log line.
 
 #include <fcntl.h>
 

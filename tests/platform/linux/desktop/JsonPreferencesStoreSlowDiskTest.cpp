@@ -1,4 +1,5 @@
-// The preferences on a disk that takes long to sync: nobody waits for it.
+// Tests of the preferences on a disk that takes long to sync. A change does not wait for the disk. The end of the
+// program waits for at most one second.
 
 #include <chrono>
 #include <string>
@@ -49,11 +50,11 @@ TEST_F(JsonPreferencesStoreSlowDiskTest, DelaysTheEndByOneSecondAtMostAndIsLogge
     }
     const auto took = std::chrono::steady_clock::now() - begin;
     EXPECT_GE(took, 1s);
-    EXPECT_LT(took, 10s);  // a second, on a busy machine
+    EXPECT_LT(took, 10s);  // one second, and a margin for a busy machine
     EXPECT_EQ(log_.lines, std::vector<std::string>{"ble-kovra: настройки (" + path_ +
                                                    ") не сохранены за 1 с, программа их не дожидается"});
     syncsHang = false;
-    expectFile(saved_);  // the thread goes on for as long as the process runs
+    expectFile(saved_);  // the thread goes on saving while the process runs
 }
 
 TEST_F(JsonPreferencesStoreSlowDiskTest, IsWaitedForAtTheEndIfItAnswersInTime) {

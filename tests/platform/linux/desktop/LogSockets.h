@@ -86,7 +86,7 @@ inline std::map<std::string, std::string> journalFields(const std::string& datag
     return fields;
 }
 
-// Redirects the standard error of this process to a file during its lifetime.
+// An object that redirects the standard error of this process to a file during its lifetime.
 class StandardError {
   public:
     explicit StandardError(const std::string& file)

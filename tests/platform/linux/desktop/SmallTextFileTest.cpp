@@ -19,11 +19,11 @@ std::atomic<bool> syncsHang = false;
 
 namespace {
 
-// What was synced: the inode and the size of a file or a folder at that moment.
+// A call of fsync(): the inode and the size of the file or folder at that moment.
 struct Synced {
     ino_t inode = 0;
     off_t size = 0;
-    std::string target;  // the contents that the file to be replaced had at that moment
+    std::string target;  // the contents of `targetPath` at that moment
 };
 
 std::vector<Synced> allSynced;

@@ -12,8 +12,8 @@
 namespace kovra {
 namespace {
 
-// The autostart entry as other programs read it: systemd, which starts the program on some desktops, and
-// desktop-file-validate.
+// Tests that other programs can read the autostart entry. systemd starts the program from it on some desktops.
+// desktop-file-validate checks it.
 class XdgLoginServiceReadersTest : public testing::Test {
   protected:
     static constexpr const char* generator = "/usr/lib/systemd/user-generators/systemd-xdg-autostart-generator";

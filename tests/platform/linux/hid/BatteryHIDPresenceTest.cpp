@@ -172,7 +172,7 @@ TEST_F(BatteryHIDPresenceTest, IsNotWokenByPowerSuppliesWithoutSuchAMouse) {
         for (int i = 0; i < 5; ++i) bus_.sendLaptopBatteryEvent();
         return turnsWithin(rig_.loop, 300ms);
     };
-    EXPECT_LE(turnsWithForeignEvents(), 2);  // only the timer's turns
+    EXPECT_LE(turnsWithForeignEvents(), 2);  // the turns of the test's own timer
     plug(on);
     EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
     EXPECT_GT(turnsWithForeignEvents(), 2);
@@ -185,7 +185,7 @@ TEST_F(BatteryHIDPresenceTest, SleepsWhileNothingHappens) {
     rig_.open();
     plug(off);
     rig_.settle();
-    EXPECT_LE(turnsWithin(rig_.loop, 1s), 2);  // only the timer's turns
+    EXPECT_LE(turnsWithin(rig_.loop, 1s), 2);  // the turns of the test's own timer
 }
 
 }  // namespace

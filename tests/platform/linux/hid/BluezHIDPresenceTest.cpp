@@ -44,12 +44,13 @@ class BluezHIDPresenceTest : public testing::Test {
         EXPECT_TRUE(rig_.waitUntil([&] { return !rig_.reports.empty(); })) << "not reported: " << report;
         EXPECT_EQ(rig_.newReports(), Reports{report});
     }
-    // Waits for the second query. It is sent after the subscription, which is therefore active when the query arrives.
+    // Waits for the program's second query of BlueZ. The program sends it after its subscription, which is therefore
+    // active.
     void waitUntilSubscribed() {
         EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->queries >= 2; }));
     }
 
-    // Waits until the loop makes only the turns of the timer, so nothing is pending.
+    // Waits until the loop makes no turns except those of the test's own timer. Nothing is pending then.
     void waitUntilIdle() {
         for (int tries = 0; tries < 200 && turnsWithin(rig_.loop, 50ms) > 2;) ++tries;
     }
@@ -126,7 +127,7 @@ TEST_F(BluezHIDPresenceTest, TreatsTheMouseAsPresentIfBluezIsNotRunning) {
     bus_.plug(mouse_);
     const auto plugged = Clock::now();
     expectReport("+1 apple");
-    EXPECT_LT(Clock::now() - plugged, UdevHIDAnnouncer::timeout);  // the error is a reply too
+    EXPECT_LT(Clock::now() - plugged, UdevHIDAnnouncer::timeout);  // an error reply ends the wait, too
     bus_.unplug(mouse_.name);
     expectReport("-1 apple");
 }
@@ -265,7 +266,7 @@ TEST_F(BluezHIDPresenceTest, IsWokenOnlyByItsOwnDevices) {
         }
         return turnsWithin(rig_.loop, 300ms);
     };
-    EXPECT_LE(turnsWithForeignEvents(), 2);  // only the timer's turns
+    EXPECT_LE(turnsWithForeignEvents(), 2);  // the turns of the test's own timer
     bus_.unplug(mouse_.name);
     expectReport("-1 apple");
     waitUntilIdle();

@@ -15,7 +15,7 @@ namespace kovra {
 
 // The properties of a HID node in sysfs.
 struct MockHIDNode {
-    std::string name = {};                                     // BBBB:VVVV:PPPP.NNNN
+    std::string name = {};                                     // bus:vendor:product.number, in hexadecimal
     std::optional<std::string> product = "apple";              // HID_NAME
     std::optional<std::string> id = "0003:0000046D:0000C077";  // HID_ID
     std::optional<std::string> driver = "hid-generic";         // bound to the node
@@ -30,8 +30,8 @@ struct MockBattery {
     std::optional<std::string> scope = "Device";
 };
 
-// A HID bus for one test: a sysfs and udevd events that this process takes for the real ones. Nodes and events are
-// separate steps, as they are in the kernel, so that a test can make them disagree.
+// A simulation of sysfs with HID nodes, and of udevd's events, for this process. Adding a node and sending its event
+// are separate steps, so that a test can do one without the other.
 class MockHIDBus {
   public:
     MockHIDBus() : testbed_(umockdev_testbed_new()) {
@@ -74,7 +74,7 @@ class MockHIDBus {
         removeFromBus(name);
         std::filesystem::remove_all(folder(name));
     }
-    // Sends the event only. The folder of the node must exist. At most ten events may be pending.
+    // Sends an event without changing a node. The folder of the node must exist. At most ten events may be pending.
     void sendEvent(const std::string& name, const std::string& action) {
         umockdev_testbed_uevent(testbed_.get(), ("/sys" + path(name)).c_str(), action.c_str());
     }
@@ -93,7 +93,7 @@ class MockHIDBus {
         umockdev_testbed_uevent(testbed_.get(), ("/sys" + path(name) + "/power_supply/hidpp_battery_0").c_str(),
                                 action.c_str());
     }
-    // Sends a change of the laptop's own battery.
+    // Sends a change event of the laptop's own battery.
     void sendLaptopBatteryEvent() {
         const std::string folder = "/devices/LNXSYSTM:00/LNXSYBUS:00/PNP0C0A:00";
         powerSupply(folder, "BAT0");

@@ -30,8 +30,7 @@ class StandInBluez {
         sd_bus_slot_unref(manager_);
     }
 
-    // Acquires BlueZ's name, after which clients can query it. The first reply contains the objects that were added
-    // before.
+    // Acquires BlueZ's name, so that clients can query it. The first reply contains the objects that were added before.
     void acquireName() { EXPECT_GE(sd_bus_request_name(machine_.bus(), "org.bluez", 0), 0); }
 
     void addAdapter(const std::string& path, const std::string& address) {

@@ -130,7 +130,7 @@ TEST_F(UdevHIDAnnouncerTest, ListsExistingPendingAndAnnouncedNodes) {
     EXPECT_EQ(announcer_->allNodes(), (Reports{removed.name, pending.name, existing.name}));
 }
 
-// No descriptor can be opened for as long as this object lives.
+// During the lifetime of this object, the process can open no descriptor.
 class NoDescriptors {
   public:
     NoDescriptors() {
@@ -145,7 +145,8 @@ class NoDescriptors {
 };
 
 TEST_F(UdevHIDAnnouncerTest, KeepsANodeThatItCannotReadWithoutDescriptorsAndChecksItAgain) {
-    // Starts a timeout beforehand, because the sanitizer needs descriptors when it first checks a type.
+    // This check starts a timeout before NoDescriptors exists. The sanitizer opens descriptors when it first checks a
+    // type.
     announcer_->check(added({.product = "first", .driver = std::nullopt}).name);
     const MockHIDNode known = added({.product = "known"});
     const MockHIDNode fresh = added({.product = "fresh"});

@@ -100,7 +100,7 @@ TEST(UdevHIDDeviceTest, IsComparedByNameAndNumbers) {
     EXPECT_FALSE(device == UdevHIDDevice("0003:046D:C077.0002", someID, "apple"));
 }
 
-// Generates properties of arbitrary bytes. The tests print each seed, so that a failure can be reproduced.
+// A generator of properties with arbitrary bytes. The tests print each seed, so that a failure can be reproduced.
 class AnyBytes {
   public:
     explicit AnyBytes(std::uint32_t seed) : generator_(seed) {}

@@ -11,8 +11,8 @@
 #include "tests/platform/linux/hid/UdevHIDRig.h"
 #include "tests/platform/linux/loop/Turns.h"
 
-// The linker puts __wrap_udev_monitor_receive_device() in place of libudev's function. A test can make it fail as after
-// an overflow of the socket, which the mock bus cannot simulate.
+// The linker puts __wrap_udev_monitor_receive_device() in place of libudev's function. A test can make it fail with
+// ENOBUFS, as after an overflow of the socket. The mock bus cannot simulate this.
 namespace {
 bool nextReceptionOverflows = false;
 }
@@ -35,8 +35,8 @@ using Reports = std::vector<std::string>;
 using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
 
-// The manager after missed events. Three devices are announced. Then, without an event, one is removed, one is renamed,
-// and a fourth is added.
+// Tests of the manager after missed events. Three devices are announced. Then, without an event, one is removed, one is
+// renamed, and a fourth is added.
 class UdevHIDManagerRecoveryTest : public testing::Test {
   protected:
     void missEverything(UdevHIDRig& rig) {
@@ -51,7 +51,7 @@ class UdevHIDManagerRecoveryTest : public testing::Test {
         rig.bus.updateNode(renamed);
         rig.bus.addNode({.name = rig.bus.nextName(), .product = "added"});
     }
-    // The removal is reported last, after a timeout, since its event never arrives.
+    // The removal is reported last, after a timeout, because its event never arrives.
     const Reports everythingMissed{"-2 old", "+2 new", "+4 added", "-1 removed"};
 
     Reports reportsAfterTimeout(UdevHIDRig& rig) {
@@ -89,7 +89,8 @@ TEST_F(UdevHIDManagerRecoveryTest, ReportsWhatItMissedWhenTheSocketOverflowed) {
     EXPECT_FALSE(nextReceptionOverflows);
 }
 
-// All nodes are checked while the mouse is being unplugged. Its grace period must not begin before the announcement.
+// The kernel removes the mouse, and the manager checks all nodes before the event of the removal arrives. The grace
+// period of the mouse must not begin before this event.
 TEST_F(UdevHIDManagerRecoveryTest, CountsARemovalFromItsAnnouncementEvenIfAllNodesAreCheckedBefore) {
     UdevHIDRig rig;
     const MockHIDNode mouse{.name = rig.bus.nextName()};
@@ -128,7 +129,7 @@ TEST_F(UdevHIDManagerRecoveryTest, ResynchronizesWithoutAnOpenManager) {
     EXPECT_EQ(rig.newReports(), Reports());
 }
 
-// udevd runs, but it announces nothing. The kernel removes the nodes of the mouse by itself.
+// udevd runs, but sends no events. The kernel removes the nodes of the mouse without udevd.
 class UdevHIDManagerHangingUdevdTest : public UdevHIDManagerRecoveryTest {
   protected:
     UdevHIDManagerHangingUdevdTest() {
@@ -284,7 +285,7 @@ TEST_F(UdevHIDManagerPollingTest, KeepsItsRateHoweverOftenItIsResynchronized) {
         ++turns;
         return isOver;
     });
-    EXPECT_LE(turns, 12);  // two or three polls of two turns each, and the timer's turns
+    EXPECT_LE(turns, 12);  // two or three polls of two turns each, and the turns of the test's own timer
 }
 
 TEST_F(UdevHIDManagerPollingTest, EndsWithTheManager) {

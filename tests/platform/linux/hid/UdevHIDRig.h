@@ -23,7 +23,7 @@ namespace kovra {
 class UdevHIDRig {
   public:
     UdevHIDRig() { startUdevd(); }
-    // The node of an input device, which the kernel adds and removes by itself.
+    // Adds a node like those in /dev/input, which the kernel adds and removes without udevd.
     void addInputNode(const std::string& name) { writeFile(folder_ / ("input/" + name), ""); }
     void removeInputNode(const std::string& name) { std::filesystem::remove(folder_ / ("input/" + name)); }
 
@@ -86,7 +86,8 @@ class UdevHIDRig {
     }
 
     const TempFolder folder_;
-    // Uses the system bus of the test, if it has one, never the machine's.
+    // Sets the address of the system bus to a path that does not exist, unless the test has set an address. The tests
+    // must not use the machine's bus.
     struct NoRealBus {
         NoRealBus() {
             constexpr const char* variable = "DBUS_SYSTEM_BUS_ADDRESS";

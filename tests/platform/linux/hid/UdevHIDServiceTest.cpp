@@ -252,7 +252,7 @@ TEST_F(UdevHIDServiceTest, SleepsWhileNothingHappens) {
         ++turns;
         return isOver;
     });
-    EXPECT_LE(turns, 2);  // only the turns that the timer causes
+    EXPECT_LE(turns, 2);  // the turns of the test's own timer
 }
 
 }  // namespace

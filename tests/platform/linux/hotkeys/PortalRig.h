@@ -15,7 +15,7 @@ struct PortalRig {
     SessionBus bus{loop};
     DesktopHotKeys hotKeys = DesktopHotKeys::onPortal(bus);
 
-    // Runs the loop until all messages sent so far have been received, and all messages that they caused. Each round
+    // Runs the loop until all messages sent so far, and all messages that they caused, have been received. Each round
     // calls the portal, or the bus if no portal is running. The reply arrives after all earlier messages.
     void settle() {
         ASSERT_TRUE(turnUntil(loop, [this] { return bus.bus() != nullptr && sd_bus_is_ready(bus.bus()) > 0; }));

@@ -21,7 +21,7 @@ const Calls everything{registration, "CreateSession", "ListShortcuts", bind};
 
 constexpr HotKey testHotKey{.keyCode = HotKey::ansiT,
                             .modifiers = HotKey::controlKey | HotKey::optionKey,
-                            .signature = 0x54455354,  // TEST
+                            .signature = 0x54455354,  // "TEST" in ASCII
                             .number = 1};
 
 struct ShortcutRig : PortalRig {

@@ -16,8 +16,8 @@
 
 namespace kovra {
 
-// A substitute for a desktop's portal for global shortcuts, with its published interface, on a bus that has no real
-// one. It refuses malformed calls. It can also refuse valid ones, send invalid responses, and exit.
+// A substitute for a desktop's portal for global shortcuts, on a bus that has no real one. It has the portal's
+// published interface and refuses malformed calls. It can also refuse valid ones, send invalid responses, and exit.
 class StandInPortal {
   public:
     explicit StandInPortal(SdEventLoop& loop) : loop_(loop) { start(); }
@@ -39,7 +39,8 @@ class StandInPortal {
         bound.clear();
     }
 
-    // Presses and releases Control, Option and T. Returns whether the desktop kept the keys from the focused window.
+    // Presses and releases Control, Option and T. Returns whether a shortcut is bound, so that the focused window does
+    // not receive the keys.
     bool press() {
         if (bound.empty()) return false;
         activate();
@@ -69,7 +70,7 @@ class StandInPortal {
 
     // The behavior of the portal:
     std::vector<std::string> remembered;          // shortcuts of this program that the user accepted earlier
-    bool knowsRegistry = true;                    // whether it has the registry, as later versions do
+    bool knowsRegistry = true;                    // whether it has the interface Registry, as later versions do
     bool answersBeforeItReplies = false;          // the response to a request precedes the reply to its call
     bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
     std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0

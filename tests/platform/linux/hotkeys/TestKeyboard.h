@@ -18,7 +18,7 @@
 
 namespace kovra {
 
-// Key codes of the X server: they identify positions on the keyboard.
+// Key codes of the X server, which identify positions on the keyboard.
 namespace key {
 constexpr xcb_keycode_t t = 28;
 constexpr xcb_keycode_t a = 38;
@@ -35,7 +35,7 @@ constexpr xcb_keycode_t menu = 135;
 
 using Keys = std::vector<xcb_keycode_t>;
 
-// A user at the keyboard, whose keys are processed like real ones, and the focused window.
+// A keyboard whose keys the X server processes like real ones, and the focused window.
 class TestKeyboard {
   public:
     TestKeyboard() : connection_(xcb_connect(nullptr, nullptr)) {
@@ -62,7 +62,7 @@ class TestKeyboard {
         for (const xcb_keycode_t each : Keys(keys.rbegin(), keys.rend())) up(each);
     }
 
-    // Returns the presses of T that the window received since the last call, each with its modifier state.
+    // Returns the modifier state of each press of T that the window received since the last call.
     std::vector<std::uint16_t> pressesInTheWindow() {
         waitForServer();
         std::vector<std::uint16_t> states;
@@ -112,7 +112,7 @@ class TestKeyboard {
         waitForServer();
     }
 
-    // Waits until the server has processed everything so far and has sent the resulting events.
+    // Waits until the server has processed all requests so far and has sent the resulting events.
     void waitForServer() {
         const Allocated<xcb_get_input_focus_reply_t> reply{
             xcb_get_input_focus_reply(connection_.get(), xcb_get_input_focus(connection_.get()), nullptr)};

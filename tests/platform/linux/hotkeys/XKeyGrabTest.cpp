@@ -35,8 +35,8 @@ struct HotKeyRig : XKeyRig {
         hotKey.reset();
         turn();
     }
-    // Presses the keys. Returns "pressed" if that was reported as the hot key, "window" if the window received T, both
-    // words, or "".
+    // Presses the keys. Returns "pressed" if the program reported the hot key, followed by "window" if the window
+    // received T.
     std::string outcome(const Keys& keys) {
         pressed = 0;
         keyboard.chord(keys);
@@ -88,7 +88,7 @@ TEST_P(XKeyGrabLayoutTest, IsByPositionWhateverTheLocks) {
 
 INSTANTIATE_TEST_SUITE_P(Layouts, XKeyGrabLayoutTest,
                          testing::Values(Layout{"us", {"-layout", "us"}, 't'},
-                                         Layout{"RussianOnly", {"-layout", "ru"}, 0x6C5},  // Cyrillic_ie
+                                         Layout{"RussianOnly", {"-layout", "ru"}, 0x6C5},  // the keysym Cyrillic_ie
                                          Layout{"German", {"-layout", "de"}, 't'},
                                          Layout{"FrenchAzerty", {"-layout", "fr"}, 't'},
                                          Layout{"Dvorak", {"-layout", "us", "-variant", "dvorak"}, 'y'}),
@@ -150,7 +150,8 @@ TEST(XKeyGrabTest, GrabsNothingIfAnotherProgramHasTheKeyWithAnyLock) {
         rig.keyboard.ungrabT();
         EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks) << locks;
         EXPECT_EQ(rig.pressed, 0);
-        // A new map makes the program look up the modifiers again, and must not revive a refused grab.
+        // After a change of the keyboard map the program looks up the modifiers again. This must not activate the
+        // refused hot key.
         TestKeyboard::setMap({"-layout", "ru"});
         rig.turn();
         EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
@@ -213,7 +214,7 @@ TEST(XKeyGrabTest, EndsWithTheProgram) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
     rig.hotKey.reset();
     rig.connection.reset();
-    // The server notices the end of the connection a moment later.
+    // The server notices the end of the connection some time later.
     std::vector<std::uint16_t> seen;
     for (int tries = 0; seen.empty() && tries < 500; ++tries) {
         rig.keyboard.chord(hotKeyKeys);

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// The hot keys of a program on an X server, a user at the keyboard, and the focused window.
+// The hot keys of a program on an X server, a keyboard, and the focused window.
 struct XKeyRig {
     VirtualScreen screen;
     SdEventLoop loop;

@@ -14,7 +14,7 @@ struct Owner {
     std::function<void()> block() {
         return lifetime_.guard([this] { ++calls_; });
     }
-    // Returns a block that destroys its owner and reports whether the lifetime has ended then.
+    // Returns a block that destroys its owner. It then stores in `hasEnded` whether the owner's lifetime has ended.
     static std::function<void()> selfDestruction(std::unique_ptr<Owner>& owner, bool& hasEnded) {
         return owner->lifetime_.guard([&] {
             const Lifetime::Observer observer = owner->lifetime_.observe();

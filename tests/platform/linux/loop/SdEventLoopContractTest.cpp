@@ -4,12 +4,13 @@
 namespace kovra {
 namespace {
 
-// Drives the real loop in real time: it runs until a block of the test has run.
+// A driver that runs the real loop in real time, until a block of the test has run.
 class SdEventDriver {
   public:
     MainQueue& queue() { return loop_; }
     void settle() {
-        // Three rounds: the blocks that are queued now, those that they queue, and those that these queue.
+        // The first round runs the blocks that are queued now, the second those that they queue, and the third those
+        // that these queue.
         for (int round = 0; round < 3; ++round)
             passOnce([this](MainQueue::Block done) { loop_.async(std::move(done)); });
     }

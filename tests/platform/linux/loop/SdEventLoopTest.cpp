@@ -14,7 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A pipe whose ends are closed when it is destroyed.
 struct Pipe {
     Pipe() { EXPECT_EQ(::pipe(ends.data()), 0); }
     ~Pipe() {

@@ -17,7 +17,7 @@ inline bool turnUntil(SdEventLoop& loop, const std::function<bool()>& condition,
     return condition();
 }
 
-// Like turnUntil(), for a condition that no descriptor reports: checks it every few milliseconds.
+// Like turnUntil(), for a condition that changes without waking the loop. Checks the condition every 5 ms.
 inline bool lookUntil(SdEventLoop& loop, const std::function<bool()>& condition,
                       std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
     const auto end = std::chrono::steady_clock::now() + atMost;

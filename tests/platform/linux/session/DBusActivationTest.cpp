@@ -35,7 +35,7 @@ class DBusActivationTest : public testing::Test {
     }
 
     using Write = std::function<void(BusWriter&)>;
-    // Calls the first instance. `write` writes the arguments. Returns the reply as text, or "error NAME".
+    // Calls a method of the first instance. `write` writes the arguments. Returns the reply as text, or "error NAME".
     std::string call(const char* member, const Write& write, const char* object = "/org/ble_kovra/BLEKovra",
                      const char* interface = "org.freedesktop.Application") {
         sd_bus_message* made = nullptr;
@@ -67,8 +67,8 @@ class DBusActivationTest : public testing::Test {
         EXPECT_EQ(log.lines, std::vector<std::string>());
         return isSecond;
     }
-    // Starts the program again, in a thread: the new start waits for a reply of the first instance, whose loop must run
-    // meanwhile.
+    // Starts the program a second time, in a thread. The second start waits for a reply of the first instance, whose
+    // loop must run meanwhile.
     void startAgain() {
         std::atomic<bool> hasEnded = false;
         std::thread start([&] {

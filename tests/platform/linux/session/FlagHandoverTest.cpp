@@ -24,7 +24,7 @@ namespace {
 using std::chrono_literals::operator""ms;
 namespace fs = std::filesystem;
 
-// A machine on which the flag is three folders deep, as on a real one.
+// The flag has the path of a real machine, below a temporary folder.
 class FlagHandoverTest : public testing::Test {
   protected:
     FlagHandoverTest() { fs::create_directories(folder_); }
@@ -32,13 +32,13 @@ class FlagHandoverTest : public testing::Test {
     void watch() {
         handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++reports_; });
     }
-    // Returns whether a hand-over was reported since the last call. The kernel queues its event in the call that causes
-    // it, so a few turns of the loop suffice.
+    // Returns whether a hand-over was reported since the last call. The kernel queues an inotify event during the
+    // system call that causes it, so a few turns of the loop suffice.
     bool isReported() {
         for (int i = 0; i < 5; ++i) turn();
         return std::exchange(reports_, 0) > 0;
     }
-    // Does what the helper does: it writes a new file beside the flag and then exchanges the two.
+    // Replaces the flag as the helper does: writes a new file beside the flag and then exchanges the two.
     void exchange(const char* text) {
         writeFile(beside_, text);
         ASSERT_EQ(::renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, flag_.c_str(), RENAME_EXCHANGE), 0);
@@ -188,7 +188,7 @@ TEST_F(FlagHandoverTest, SleepsWhileNothingHappensEvenWithoutTheFolder) {
         if (!exists) fs::remove_all(library_);
         watch();
         static_cast<void>(isReported());
-        EXPECT_LE(turnsWithin(loop_, 500ms), 2);  // only the timer's turns
+        EXPECT_LE(turnsWithin(loop_, 500ms), 2);  // the turns of the test's own timer
     }
 }
 
@@ -200,7 +200,7 @@ TEST_F(FlagHandoverTest, SleepsWhileItMayNotReadTheFolder) {
         const OrdinaryUser user;
         watch();
         EXPECT_FALSE(isReported());
-        EXPECT_LE(turnsWithin(loop_, 200ms), 2);  // only the timer's turns
+        EXPECT_LE(turnsWithin(loop_, 200ms), 2);  // the turns of the test's own timer
     }
     fs::permissions(folder_, fs::perms(0755));
     {
@@ -211,13 +211,13 @@ TEST_F(FlagHandoverTest, SleepsWhileItMayNotReadTheFolder) {
     EXPECT_TRUE(isReported());
 }
 
-// A hand-over without an inotify watch. On a real machine, the user's other programs may have used up all watches. Here
-// no descriptor can be opened for the watch.
+// Tests of FlagHandover without an inotify watch. On a real machine, the user's other programs may have used up all
+// watches. In these tests no descriptor can be opened for the watch.
 class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
   protected:
     FlagHandoverWithoutAWatchTest() {
         writeFile(flag_, "off");
-        static_cast<void>(turnsWithin(loop_, 1ms));  // lets the loop open its timer
+        static_cast<void>(turnsWithin(loop_, 1ms));  // the loop opens the descriptor of its timer
         rlimit before{};
         ::getrlimit(RLIMIT_NOFILE, &before);
         const rlimit none{0, before.rlim_max};
@@ -225,7 +225,6 @@ class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
         handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++reports_; });
         ::setrlimit(RLIMIT_NOFILE, &before);
     }
-    // Returns the number of reports within the time.
     int reportsWithin(std::chrono::milliseconds time) {
         static_cast<void>(turnsWithin(loop_, time));
         return std::exchange(reports_, 0);

@@ -48,8 +48,7 @@ class LoginManager {
     BusHandle bus_;
 };
 
-// A session, and a record of its events. Signals of one sender arrive in order. So once the last two signals of
-// eventsReceived() have arrived, all earlier ones have arrived too.
+// A session, and a record of its events.
 struct SessionRig {
     PrivateBus bus{"DBUS_SYSTEM_BUS_ADDRESS"};
     LoginManager manager;
@@ -60,7 +59,8 @@ struct SessionRig {
     LogindSession session{machine, "c2", recording(""), [this](const std::string&) { return hasFile; }};
 
     SessionRig() {
-        // The bus installs the matches some time after the request, and the match for the end of the session last.
+        // The bus installs the matches some time after the program requests them, and the match for the end of the
+        // session last. The signal is therefore repeated.
         for (int tries = 0; received.empty() && tries < 500; ++tries) {
             sessionRemoved("c2");
             turnUntil([this] { return !received.empty(); }, 20ms);
@@ -75,7 +75,8 @@ struct SessionRig {
     void sessionRemoved(const std::string& id) {
         manager.emit("SessionRemoved", "so", id.c_str(), ("/org/freedesktop/login1/session/" + id).c_str());
     }
-    // Returns the events that were received since the last call.
+    // Returns the events that were received since the last call. It emits two signals and waits for them. Signals of
+    // one sender arrive in order, so all earlier signals have then arrived, too.
     std::string eventsReceived() {
         const std::string last = "resumed removed ";
         manager.emit("PrepareForSleep", "b", 0);

@@ -17,11 +17,12 @@
 
 namespace kovra {
 
-// Another program on the session bus. It owns a name and records the calls that it receives. To the methods that it
-// knows it replies without values, and to all others with an error.
+// Another program on the session bus. It owns a name and records the calls that it receives. It replies without values
+// to the methods in `known`, and with an error to all others.
 class OtherProgram {
   public:
-    // With `table`, it also has org.freedesktop.Application at the path of this program's object.
+    // With `table`, it also exports the methods of org.freedesktop.Application in it, at the path of BLE-kovra's
+    // object.
     OtherProgram(const char* name, std::vector<std::string> known, const sd_bus_vtable* table = nullptr)
         : known_(std::move(known)) {
         sd_bus* bus = nullptr;
@@ -43,7 +44,7 @@ class OtherProgram {
     OtherProgram(const OtherProgram&) = delete;
     OtherProgram& operator=(const OtherProgram&) = delete;
 
-    // A method of `table`.
+    // A handler for the methods in `table`. It replies without values.
     static int replyNothing(sd_bus_message* call, void*, sd_bus_error*) {
         return answer(call, [](BusWriter&) {});
     }

@@ -29,7 +29,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         EXPECT_GE(sd_bus_request_name(bus, "org.freedesktop.login1", 0), 0);
     }
 
-    // Runs the body inside the running application, as soon as it receives the signals of the login manager.
+    // Runs the application. Calls the body as soon as the application receives signals of the login manager.
     void run(const std::function<void()>& body) {
         body_ = body;
         application_.run(*this);
@@ -46,8 +46,8 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         writeFile(flag_.string() + ".new", "off");
         std::filesystem::rename(flag_.string() + ".new", flag_);
     }
-    // Waits until `last` has been done, and returns whether it was. After that, doneAll_ contains everything done since
-    // the previous call.
+    // Waits until the last recorded action is `last`, and returns whether it is. doneAll_ then contains all actions
+    // since the previous call.
     bool does(const std::string& last) {
         const bool isDone = turnUntil(loop_, [&] { return done_.ends_with(last); });
         doneAll_ = std::exchange(done_, {});
@@ -58,7 +58,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         return std::exchange(done_, {});
     }
 
-    std::string doneAll_;  // what the last call of does() has collected
+    std::string doneAll_;  // the actions that the last call of does() found
 
   private:
     template <typename... Values>
@@ -67,7 +67,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         EXPECT_GE(sd_bus_flush(login_.get()), 0);
     }
     void applicationDidFinishLaunching() override {
-        // Repeats the signal, since the bus installs a match some time after the request.
+        // Repeats the signal, because the bus installs a match some time after the program requests it.
         for (int tries = 0; done_.empty() && tries < 500; ++tries) {
             resume();
             turnUntil(

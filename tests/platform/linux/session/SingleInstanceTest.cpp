@@ -26,7 +26,7 @@ using namespace std::chrono_literals;
 
 constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
 
-// A start of the program. By default it has no lock.
+// A start of the program, by default without a lock.
 class Start {
   public:
     explicit Start(SdEventLoop& loop, const std::string& lock = "")
@@ -79,7 +79,7 @@ TEST(SingleInstanceTest, RunsWithoutTheNameIfItsOwnerRepliesInAnotherWay) {
     EXPECT_FALSE(Start(loop).isSecond());
 }
 
-// Before the method Version, this program's object had this one method.
+// In versions without the method Version, this program's object has only this method.
 TEST(SingleInstanceTest, DetectsAnInstanceOfAnOlderVersion) {
     const std::array<sd_bus_vtable, 3> table{{
         SD_BUS_VTABLE_START(0),
@@ -97,7 +97,7 @@ TEST(SingleInstanceTest, DetectsAnInstanceOfAnOlderVersion) {
     EXPECT_EQ(std::ranges::count(calls, "Activate []"), 1);
 }
 
-// As every application that its toolkit makes activatable.
+// Toolkits give these methods to every application that can be activated over the bus.
 TEST(SingleInstanceTest, RunsWithoutTheNameIfItsOwnerIsAnotherApplicationOfItsDesktop) {
     const std::array<sd_bus_vtable, 4> table{{
         SD_BUS_VTABLE_START(0),

@@ -20,7 +20,7 @@ const std::string separator = R"(["type":"separator"])";
 const std::string quit = R"(["label":"Quit" "shortcut":[["Control" "q"]]])";
 const std::string root = R"(["children-display":"submenu"])";
 
-// Returns the layout without its first number, the revision, which only ever grows.
+// Returns the layout without its first number. This is the revision, which each change increases.
 std::string withoutRevision(const std::string& layout) { return layout.substr(layout.find(' ') + 1); }
 
 struct MenuRig : StatusNotifierRig {

@@ -54,8 +54,8 @@ class ItemOnScreen : public WindowProcessOnScreen {
     std::vector<std::string> done;
 
   private:
-    // Returns whether the menu has grabbed the keyboard and the pointer, since an attempt to grab them then fails. The
-    // server is grabbed during the attempt, so that the menu cannot fail to grab them because of it.
+    // Returns whether the menu has grabbed the keyboard and the pointer, because an attempt to grab them then fails.
+    // The attempt grabs the server first, so that it cannot disturb the menu's own grab.
     bool isInputGrabbed() {
         xcb_connection_t* connection = x->get();
         const xcb_window_t root = x->roots().front();

@@ -44,13 +44,13 @@ class Panel {
         EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, name, signal, nullptr), 0);
     }
 
-    // Waits for the first item. Returns false if none registers in time.
+    // Waits for the first item. Returns false if none registers within the timeout.
     bool findsItem() {
         return turnUntil(loop_, [this] { return !items.empty(); });
     }
 
     using Write = std::function<void(BusWriter&)>;
-    // Calls the item. `write` writes the arguments. Returns the reply as text, or "error NAME".
+    // Calls a method of the item. `write` writes the arguments. Returns the reply as text, or "error NAME".
     std::string call(const char* object, const char* interface, const char* member, const Write& write = {}) {
         sd_bus_message* made = nullptr;
         EXPECT_GE(sd_bus_message_new_method_call(bus_.get(), &made, item().c_str(), object, interface, member), 0);
@@ -94,15 +94,15 @@ class Panel {
     }
     std::string click(std::int32_t id) { return event(id, "clicked"); }
 
-    // Returns the signals of the items since the last call, each followed by "; ". The item replies to the request of a
-    // property after all earlier signals, so none is missing.
+    // Returns the signals of the items since the last call, each followed by "; ". The item's reply to a request for a
+    // property arrives after all its earlier signals, so none is missing.
     std::string signals() {
         itemProperty("Id");
         return std::exchange(signals_, {});
     }
 
-    // Waits until this client of the bus has handled what it has received, and its requests to the panel and their
-    // replies. The bus keeps the order of messages.
+    // Calls the client three times. The bus keeps the order of messages, so the client has then handled all earlier
+    // messages, its requests to the panel, and the replies.
     void settle(const std::string& client) {
         for (int exchanges = 0; exchanges < 3; ++exchanges) {
             sd_bus_message* made = nullptr;

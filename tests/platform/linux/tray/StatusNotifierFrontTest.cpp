@@ -202,7 +202,7 @@ TEST(StatusNotifierFrontTest, SendsNothingWhenNothingChanges) {
     };
     ASSERT_GE(sd_bus_add_filter(opened, nullptr, count, &messages), 0);
     ASSERT_GE(sd_bus_attach_event(opened, rig.loop.event(), SD_EVENT_PRIORITY_NORMAL), 0);
-    turnsWithin(rig.loop, 100ms);  // the bus sends a last message to its monitor
+    turnsWithin(rig.loop, 100ms);  // a last message of the bus to the monitor arrives
     messages = 0;
     for (int evaluation = 0; evaluation < 100; ++evaluation) {
         rig.item->setState(1, MenuItemState::on);

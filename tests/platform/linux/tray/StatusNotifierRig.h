@@ -34,7 +34,7 @@ struct StatusNotifierRig {
                       }}};
     std::unique_ptr<StatusItem> item = bar.statusItem(StatusBar::variableLength);
     std::optional<Panel> panel;
-    std::string done;  // the items whose action ran
+    std::string done;  // the menu items whose actions ran
 
     // Starts the panel, then shows the item with a menu that has entries of each kind.
     void showInPanel() {
@@ -69,13 +69,12 @@ struct StatusNotifierRig {
         mark.state = state;
         return mark;
     }
-    // The name that the bus has given to the program.
     std::string program() const {
         const char* name = nullptr;
         EXPECT_GE(sd_bus_get_unique_name(bus.bus(), &name), 0);
         return name;
     }
-    // Runs the queue as settle() does, and returns the actions since the last call.
+    // Returns the menu items whose actions ran since the last call.
     std::string takeDone() {
         settle();
         return std::exchange(done, {});

@@ -15,22 +15,21 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The menu of the item, opened at the request of a desktop.
+// Tests of the item's menu when a desktop requests it.
 class TrayPopupTest : public ItemOnScreen {
   protected:
     static constexpr xcb_keycode_t escape = 9, enter = 36, down = 116;
 
-    TrayPopupTest() { let(1ms); }  // gives the item a turn to adopt its menu
+    TrayPopupTest() { let(1ms); }  // the item adopts its menu in the next turn
 
-    // Requests the menu once.
     void request(int atX, int atY) {
         isAnswered = false;
         requestedAt = now();
         popup.open(atX, atY);
         fakeQueue.run();
     }
-    // Requests the menu as a user does, who clicks again if nothing happens. The window process refuses a request that
-    // is older than two seconds. On a busy machine, the start of the process may take longer.
+    // Requests the menu again if the window process refuses the request, as a user clicks again. The process refuses a
+    // request that is older than two seconds. On a busy machine, the start of the process may take longer.
     Onlooker::Place openMenuAt(int atX, int atY, int clicks = 1) {
         constexpr int attempts = 10;
         for (int attempt = 0; attempt < attempts; ++attempt) {
@@ -154,7 +153,7 @@ TEST_F(TrayPopupTest, IsReadyForTheNextChoiceAfterAClickOutsideTheMenu) {
 
 TEST_F(TrayPopupTest, EndsTheProcessAWhileAfterTheMenuClosed) {
     openMenuAt(100, 50);
-    let(linger + 100ms);  // while the menu is open
+    let(linger + 100ms);  // the menu stays open for longer than the linger time
     EXPECT_TRUE(menu());
     onlooker.tap(escape);
     waitForClosed();

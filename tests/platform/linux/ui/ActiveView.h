@@ -37,7 +37,6 @@ class ActiveView : public testing::Test {
     static void press(QWidget& widget) { QTest::mousePress(&widget, Qt::LeftButton, {}, middle(widget)); }
     static void release(QWidget& widget, QPoint at) { QTest::mouseRelease(&widget, Qt::LeftButton, {}, at); }
     static void click(QWidget& widget) { QTest::mouseClick(&widget, Qt::LeftButton, {}, middle(widget)); }
-    // Sends the key to the focused widget.
     static void key(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
     static std::string focused() {
         const QWidget* widget = QApplication::focusWidget();

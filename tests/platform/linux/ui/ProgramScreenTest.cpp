@@ -1,4 +1,4 @@
-// The window process on an X server with a window manager.
+// Tests of the window process on an X server (Xvfb) with a window manager.
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -70,7 +70,7 @@ TEST_F(ProgramScreenTest, GivesItsWindowsTheIconOfTheApplication) {
     ASSERT_TRUE(waitFor([&] { return windows().size() == 1; }));
     const auto icon = x.values(windows().front(), "_NET_WM_ICON");
     ASSERT_GT(icon.size(), 16U * 16U);
-    EXPECT_NE(std::find(icon.begin(), icon.end(), 0xFF3A7BE0), icon.end());  // the tile
+    EXPECT_NE(std::find(icon.begin(), icon.end(), 0xFF3A7BE0), icon.end());  // the color of the icon's tile
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The window process as a program: how it starts and ends.
+// Tests of the start and the end of the window process.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -22,8 +22,8 @@ class ProgramTest : public testing::Test {
   protected:
     ProgramTest() { environment.set("QT_QPA_PLATFORM", "offscreen"); }
 
-    // Starts the program with this socket, or without a socket if the number is negative. `errors` receives its error
-    // stream.
+    // Starts the program with this socket, or without a socket if the number is negative. The pipe `errors` receives
+    // its standard error.
     void start(int socket) {
         ASSERT_EQ(::pipe2(errors.data(), O_CLOEXEC), 0);
         posix_spawn_file_actions_t actions;
@@ -38,7 +38,7 @@ class ProgramTest : public testing::Test {
         ::posix_spawn_file_actions_destroy(&actions);
         ::close(errors[1]);
     }
-    // Reads the program's error stream to the end.
+    // Reads the program's standard error until the program closes it.
     std::string errorOutput() const {
         std::string text;
         for (char c = 0; ::read(errors[0], &c, 1) == 1;) text += c;

@@ -24,7 +24,8 @@ class XProperties {
         const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(server_, cookie, nullptr), &std::free);
         return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
-    // Returns the values of a property of 32-bit numbers; empty if the window does not have the property.
+    // Returns the values of a property that consists of 32-bit numbers, or no values if the window does not have the
+    // property.
     std::vector<std::uint32_t> values(xcb_window_t window, std::string_view property) const {
         constexpr std::uint32_t limit = 100'000;
         const auto cookie = xcb_get_property(server_, 0, window, atom(property), XCB_ATOM_ANY, 0, limit);

@@ -55,7 +55,7 @@ class ProcessAlertPresenterDriver {
     ProcessAlertPresenter alerts_{loop_, standIn_.process(), token_};
     std::map<std::string, MainQueue::Block> blocks_;
     std::map<std::string, std::optional<std::size_t>> answers_;
-    std::set<std::string> busy_;  // titles whose block has not returned yet
+    std::set<std::string> busy_;  // titles of alerts whose block has not returned yet
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(ProcessAlertPresenter, AlertPresenterContract, ProcessAlertPresenterDriver);

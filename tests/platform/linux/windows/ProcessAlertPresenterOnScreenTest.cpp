@@ -1,4 +1,4 @@
-// Alerts of the window process among windows of other programs, with a window manager and without one.
+// Tests of alerts among windows of other programs, with a window manager and without one.
 
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -74,7 +74,7 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
             loop, [&] { return GetParam().command.empty() || neighbour->rootHas("_NET_SUPPORTING_WM_CHECK"); });
         EXPECT_TRUE(isManaged) << "no window manager started";
         // A window manager announces itself shortly before it manages windows. A window that appears in between never
-        // gets the focus. Therefore waits until a first window is managed.
+        // gets the focus. The test therefore waits until the window manager manages a first window.
         if (manager) Neighbour().show("First");
         process.emplace(loop, windowProgram);
         listening = process->listen([this](const ToResident& message) { messages.push_back(message); });

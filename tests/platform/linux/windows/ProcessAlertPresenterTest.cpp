@@ -31,7 +31,7 @@ class ProcessAlertPresenterTest : public testing::Test {
         for (const auto& each : standIn.alerts()) titles.push_back(each.alert.messageText);
         return titles;
     }
-    // Runs the block from inside an alert, as soon as these alerts are open.
+    // Runs the block in a turn of the loop as soon as the alerts with these titles are open.
     void whenOpen(const Titles& titles, std::function<void()> block) {
         loop.asyncAfter(2ms, [this, titles, block = std::move(block)] {
             if (open() == titles)

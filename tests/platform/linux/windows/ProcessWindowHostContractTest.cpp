@@ -12,7 +12,7 @@ class ProcessWindowHostDriver {
     using Path = std::vector<std::string>;
 
     WindowHost& host() { return host_; }
-    // Waits until the process has received everything that is sent within a few turns of the queue.
+    // Runs a few turns of the queue. Waits until the process has received everything that was sent in them.
     void settle() {
         for (int turn = 0; turn < 4; ++turn) standIn_.let({});
         if (!standIn_.isRunning()) return;
@@ -34,7 +34,7 @@ class ProcessWindowHostDriver {
     void choose(const Path& path, const std::string& tag) { change(path, tag); }
 
   private:
-    // Makes the change and waits for the reply.
+    // Sends a change by the user and waits for the reply.
     void change(const Path& path, const std::variant<bool, std::string>& value) {
         standIn_.send(ControlChanged{++changes_, path, value});
         standIn_.turnUntil([&] { return standIn_.newest<ShowWindow>()->acknowledged == changes_; });

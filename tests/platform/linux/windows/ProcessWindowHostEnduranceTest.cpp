@@ -32,7 +32,8 @@ View listOf(const std::vector<std::string>& devices, int change) {
     return list;
 }
 
-// A window stays open while mice come and go many times. Memory must be freed along the way and at the end.
+// A window stays open while its list of mice changes many times. The memory use must not grow meanwhile, and the memory
+// must be freed at the end.
 TEST(ProcessWindowHostEnduranceTest, LeaksNothingInTwentyThousandChangesOfTheList) {
     constexpr int changes = 20'000;
     const TempFolder folder;
@@ -41,7 +42,7 @@ TEST(ProcessWindowHostEnduranceTest, LeaksNothingInTwentyThousandChangesOfTheLis
     ::chmod(program.c_str(), 0755);
 
     SdEventLoop loop;
-    // The program gives no sign of life.
+    // The program gives no sign of life, so the timeouts are long.
     const WindowProcess::Timing timing{.delays = {1h}, .settled = 1h, .linger = 50ms, .firstSign = 1h, .sign = 1h};
     WindowProcess process(
         loop, [&] { return program; }, timing);
@@ -55,7 +56,7 @@ TEST(ProcessWindowHostEnduranceTest, LeaksNothingInTwentyThousandChangesOfTheLis
     const std::size_t before = bytesInUse();
 
     window->makeKeyAndOrderFront();
-    std::size_t peakAtFirst = 0, peak = 0;  // during the first tenth, and afterwards
+    std::size_t peakAtFirst = 0, peak = 0;  // the highest memory use in the first tenth of the changes, and after it
     for (int change = 0; change < changes; ++change) {
         std::rotate(devices.begin(), devices.begin() + change % 7, devices.end());
         window->setContent(listOf(devices, change));

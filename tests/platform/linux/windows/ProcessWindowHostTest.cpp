@@ -45,7 +45,7 @@ class ProcessWindowHostTest : public testing::Test {
         window->makeKeyAndOrderFront();
         standIn.turnUntil([&] { return standIn.showsWindow(); });
     }
-    // Makes a change, waits for the reply, and returns the content that is shown then.
+    // Sends a change by the user, waits for the reply, and returns the content that is shown then.
     std::string change(std::uint64_t number, const Path& path, const std::variant<bool, std::string>& value) {
         standIn.send(ControlChanged{number, path, value});
         standIn.turnUntil([&] { return standIn.newest<ShowWindow>()->acknowledged == number; });

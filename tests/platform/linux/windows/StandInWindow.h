@@ -22,7 +22,7 @@
 namespace kovra {
 
 // A fake window process without a toolkit, running as a real child process. It records the messages that it receives,
-// and sends what the test makes it send.
+// and sends those that the test passes to send().
 class StandInWindow {
   public:
     static constexpr auto linger = std::chrono::milliseconds(200);
@@ -66,7 +66,7 @@ exec cat <&3 >$here/received.$$
         turnUntil([&] { return pid() != 0; });
         std::ofstream(folder_ / ("say." + std::to_string(pid())), std::ios::app) << encode(message) << std::flush;
     }
-    // Returns the messages that the newest process received, in order.
+    // Returns the messages of this type that the newest process received, in order.
     template <typename Message>
     std::vector<Message> received() const {
         std::vector<Message> messages;

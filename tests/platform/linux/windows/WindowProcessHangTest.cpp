@@ -16,10 +16,10 @@ class WindowProcessHangTest : public WindowProcessRig {
 
     WindowProcessHangTest() { times.sign = sign; }
     ~WindowProcessHangTest() override {
-        if (stopped_ != 0) ::kill(stopped_, SIGKILL);  // it is no child of this process, and would stay for ever
+        if (stopped_ != 0) ::kill(stopped_, SIGKILL);  // it would stay, because it is not a child of this process
     }
 
-    // A process that gives a sign of life whenever it is asked.
+    // Runs a script that answers each "ping" as the window process.
     void useOneThatAnswers(const std::string& atItsStart = "") {
         use(atItsStart + R"(
 echo >>$here/starts
@@ -34,7 +34,7 @@ esac; done & echo $$ $! >$here/pids; wait)");
         const std::string text = read("asked");
         return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     }
-    // Stops the process and the one that reads for it.
+    // Stops the script's shell, and its child process that reads the messages.
     void stop() {
         pid_t shell = 0;
         ASSERT_EQ(std::sscanf(read("pids").c_str(), "%d %d", &shell, &stopped_), 2);
@@ -102,7 +102,7 @@ TEST_F(WindowProcessHangTest, GivesUpAfterAFewProcessesThatHang) {
     use("echo >>$here/starts; exec sleep 1000");
     showWindow();
     waitFor([&] { return ends == 1; });
-    EXPECT_LE(starts(), 4U);  // one may be killed before it writes
+    EXPECT_LE(starts(), 4U);  // a process may be killed before it writes
     EXPECT_FALSE(window->isRunning());
     waitFor([&] { return !hasChildren(); });
 }

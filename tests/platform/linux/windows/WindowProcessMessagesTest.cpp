@@ -9,7 +9,7 @@ namespace {
 
 class WindowProcessMessagesTest : public WindowProcessRig {
   protected:
-    // Waits until the process has received this text, and with it all that was sent to it before.
+    // Waits until the process has received this text. It has then received everything that was sent before.
     void waitUntilShown(const std::string& text) {
         waitFor([&] { return read("shown").find(text) != std::string::npos; });
     }

@@ -18,8 +18,8 @@
 
 namespace kovra {
 
-// The real window process on an X server (Xvfb), with a client that watches and clicks. A process that shows nothing is
-// kept only briefly.
+// The real window process on an X server (Xvfb), with a client that watches and clicks. A process that shows nothing
+// ends after `linger`.
 class WindowProcessOnScreen : public testing::Test {
   protected:
     static constexpr std::chrono::seconds limit{30};

@@ -76,7 +76,7 @@ class WindowProcessRig : public testing::Test {
 
     const TempFolder folder;
     SdEventLoop loop;
-    // Most scripts give no sign of life.
+    // Most scripts give no sign of life, so the timeouts for it are long.
     WindowProcess::Timing times{{10ms, 20ms, 30ms}, 1h, linger, 1h, 1h};
     std::unique_ptr<WindowProcess> window;
     WindowProcess::Messages::Token listening;

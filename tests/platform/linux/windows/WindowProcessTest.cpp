@@ -74,8 +74,8 @@ exec cat <&3 >/dev/null)");
     waitFor([&] { return !read("done").empty(); });
     std::signal(SIGPIPE, oldPipe);
     ::close(open);
-    // The C library leaves two signals ignored, which it reserves for itself. Descriptor 10 is the script that the
-    // shell runs.
+    // The C library reserves two signals for itself and leaves them ignored. Descriptor 10 is the script that the shell
+    // runs.
     EXPECT_EQ(read("report"), "0000000000000000 0000000180000000  0 1 10 2 3\n");
     EXPECT_EQ(read("places").substr(0, 27), "/dev/null\n/dev/null\nsocket:") << read("places");
 }
@@ -201,7 +201,7 @@ TEST_F(WindowProcessTest, IsKeptForTheWholeWhileAfterTheLastWindow) {
     for (int i = 0; i < 4; ++i) {
         showWindow();
         waitFor([&] { return starts() == 1; });
-        let(linger + 50ms);  // while the window is shown
+        let(linger + 50ms);  // longer than the linger time, while the window is shown
         window->hideWindow();
         let(linger / 2);
     }

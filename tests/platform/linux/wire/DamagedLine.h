@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// Returns whether one of the two sides accepts the line. Expects that an accepted line is a valid message, which
-// survives another transfer.
+// Returns whether one of the two processes accepts the line. Expects that an accepted line is a message that can be
+// encoded and decoded again.
 inline bool isAccepted(const std::string& line) {
     const auto toWindow = decodeToWindow(line);
     const auto toResident = decodeToResident(line);

@@ -257,7 +257,7 @@ TEST(EncodingOfWindowsTest, SurvivesAWrongValueAnywhere) {
     }
 }
 
-// A damaged line is rejected, or it is a valid message, which survives another transfer.
+// A damaged line is rejected, or it is a message that can be encoded and decoded again.
 TEST(EncodingOfWindowsTest, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(2)) {
         SCOPED_TRACE("seed " + std::to_string(seed));

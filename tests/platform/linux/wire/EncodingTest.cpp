@@ -202,7 +202,7 @@ TEST(EncodingTest, SurvivesNestingOfAnyDepth) {
     EXPECT_FALSE(decodeToWindow(std::string(400'000, '[') + std::string(400'000, ']')));
 }
 
-// A damaged line is rejected, or it is a valid message, which survives another transfer.
+// A damaged line is rejected, or it is a message that can be encoded and decoded again.
 TEST(EncodingTest, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(3)) {
         SCOPED_TRACE("seed " + std::to_string(seed));

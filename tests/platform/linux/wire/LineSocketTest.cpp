@@ -13,7 +13,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// Both ends of a socket pair.
 struct Pair {
     Pair() { EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0); }
     ~Pair() {

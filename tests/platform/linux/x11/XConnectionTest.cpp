@@ -37,7 +37,7 @@ struct ConnectionRig {
         task->cancel();
         return condition();
     }
-    // Waits until the server has answered everything so far. The reply, and the events before it, have then been read.
+    // Waits until the server has answered all requests so far. XCB has then read the reply and the events before it.
     void waitForReply() {
         const Allocated<xcb_get_input_focus_reply_t> answer{
             xcb_get_input_focus_reply(connection->get(), xcb_get_input_focus(connection->get()), nullptr)};

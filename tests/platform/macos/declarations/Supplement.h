@@ -1,5 +1,5 @@
-// The parts of AppKit that BLE-kovra uses and GNUstep's headers lack. With them the sources are checked against
-// GNUstep's headers, an independent description of the same interfaces.
+// The parts of AppKit that BLE-kovra uses and GNUstep's headers lack. With them the sources compile against GNUstep's
+// headers, an independent description of the same interfaces.
 #pragma once
 
 #import <AppKit/AppKit.h>

@@ -4,8 +4,8 @@
 
 namespace kovra {
 
-// The user's defaults of one application. The process sees every value that was set. Only synchronized values outlive
-// the process.
+// The user's preferences of one application, which macOS calls defaults. The process sees every value that was set.
+// Only synchronized values remain after the process has ended.
 struct FakeDefaults {
     static void startAgain();
     static void clear();

@@ -82,7 +82,7 @@ struct __IOHIDManager : FakeObject, FakeRunLoop::Source {
     void drop(const FakeIOKit::Plugged& interface) {
         const auto found = std::ranges::find(devices, interface, &__IOHIDDevice::interface);
         if (found == devices.end()) return;
-        events.emplace_back(false, *found);  // passes the reference on
+        events.emplace_back(false, *found);  // `events` now owns the reference
         devices.erase(found);
     }
 

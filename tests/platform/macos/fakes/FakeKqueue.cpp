@@ -1,5 +1,5 @@
-// The part of event queues that BLE-kovra uses. A queue is readable after one of its processes has ended, or after a
-// trigger.
+// A fake of the part of kqueue that BLE-kovra uses. A queue is readable after one of its processes has ended, or after
+// a trigger.
 
 #include <sys/epoll.h>
 #include <sys/event.h>
@@ -36,7 +36,7 @@ int kqueue() { return ::epoll_create1(EPOLL_CLOEXEC); }
 int kevent(int queue, const struct kevent* changes, int changeCount, struct kevent*, int eventCount, const timespec*) {
     if (changeCount != 1 || eventCount != 0 || changes->flags != EV_ADD)
         kovra::refuse("an event queue that is not ours");
-    // These descriptors stay open as long as the process: closing one would remove it from epoll.
+    // These descriptors stay open until the process ends, because closing one would remove it from epoll.
     if (changes->filter == EVFILT_USER && changes->fflags == NOTE_TRIGGER)
         return watch(queue, ::eventfd(1, EFD_CLOEXEC));
     if (changes->filter != EVFILT_PROC || changes->fflags != NOTE_EXIT) kovra::refuse("an event that is not ours");

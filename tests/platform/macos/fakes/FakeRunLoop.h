@@ -14,7 +14,7 @@ namespace kovra {
 // - A source fires only in the modes that it was added to. The common modes are the default mode and that of alerts.
 // - A descriptor fires once, and then not again until it is re-enabled.
 //
-// It refuses to wait if no event can ever arrive.
+// If no event can ever arrive, it aborts the test instead of waiting.
 class FakeRunLoop {
   public:
     // An event source other than descriptors and blocks.
@@ -35,9 +35,8 @@ class FakeRunLoop {
 
     // Runs until nothing is due any more.
     static void settle(CFRunLoopMode mode = kCFRunLoopDefaultMode);
-    // Runs for this long.
     static void let(std::chrono::nanoseconds duration);
-    // Runs until the condition holds; returns false if it does not hold in time.
+    // Runs until the condition holds. Returns false if it does not hold in time.
     static bool turnUntil(const std::function<bool()>& condition);
 
     // Runs all queued blocks, including those that are not due yet, so that nothing of the process remains.

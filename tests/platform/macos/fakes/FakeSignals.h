@@ -5,7 +5,7 @@
 namespace kovra {
 
 // The signals of the process as dispatch delivers them: on the main queue, to the sources for the signal. The test
-// aborts if a signal is not ignored, since its default action would apply.
+// aborts if a signal is not ignored, because the signal's default action would then apply.
 class FakeSignals {
   public:
     static void raise(int number);

@@ -26,7 +26,6 @@ CFNumberRef newInteger(std::int64_t value);
 // Converts a text to UTF-8, up to the first unpaired surrogate.
 std::string textOf(CFStringRef text);
 
-// The user's system settings.
 struct FakeSettings {
     static std::vector<std::string> languages;
 };

@@ -61,7 +61,7 @@ TEST(DrawingIconTest, KeepsItsProportionsInARectangleThatIsNotSquare) {
 }
 
 TEST(DrawingIconTest, IsRepaintedForEachSize) {
-    // Edges are one pixel wide at any size, so few pixels are neither black nor white.
+    // If the icon is drawn for this size, its edges are one pixel wide. Few pixels are then neither black nor white.
     const QImage image = painted(pad(false), false, {180, 180}, Qt::white);
     int between = 0;
     for (int y = 0; y < 180; ++y) {

@@ -1,4 +1,4 @@
-// Input from the mouse, the keyboard or a screen reader.
+// Tests of input from the mouse, the keyboard and screen readers.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// The geometry of the settings window at several font sizes, compared with the lengths in its view.
+// Tests of the settings window's geometry at several font sizes. They compare it with the lengths in the window's view.
 
 #include <gtest/gtest.h>
 
@@ -31,7 +31,6 @@ class ElementTreeGeometryTest : public testing::TestWithParam<FontSize> {
 
   protected:
     int scaled(double points) const { return static_cast<int>(std::lround(points * GetParam().scale)); }
-    // Returns the vertical distance between two rectangles.
     static int gap(const QRect& above, const QRect& below) { return below.top() - above.bottom() - 1; }
 
     QRect placeOfMode() const {
@@ -162,7 +161,7 @@ TEST_P(ElementTreeGeometryTest, ScrollsAListTallerThanTwoHundredPointsOrTheFreeS
         rig.show(one);
         return rig.list()->height();
     }();
-    // The list takes the space that the rest does not need.
+    // The list gets the height that the other elements do not need.
     const int rest = rig.place(content.texts.developedBy).bottom() - rig.place(content.texts.title).top() + 1 -
                      listOfOne + 2 * scaled(20);
     rig.show(content);

@@ -1,4 +1,4 @@
-// Updates of a view while the user operates it.
+// Tests of updates of a view while the user operates it.
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 class ElementTreeUpdateTest : public ActiveView {
   protected:
-    // Collects what the surface repaints until the event loop is idle.
+    // Returns the region that the surface repaints until the event loop is idle.
     QRegion repainted() {
         struct Watch : QObject {
             bool eventFilter(QObject*, QEvent* event) override {
@@ -35,7 +35,7 @@ TEST_F(ElementTreeUpdateTest, KeepsTheUsersChangeUntilItIsAcknowledged) {
     rig.show(content, 0);
     EXPECT_TRUE(button("Mouse 0").isChecked());
     EXPECT_TRUE(button(content.texts.always).isChecked());
-    // The first change is acknowledged and rejected, the second is still pending.
+    // This update acknowledges the first change and rejects it. The second change is still pending.
     rig.show(content, 1);
     EXPECT_FALSE(button("Mouse 0").isChecked());
     EXPECT_TRUE(button(content.texts.always).isChecked());
@@ -173,7 +173,7 @@ TEST_F(ElementTreeUpdateTest, TicksNothingIfTheRowIsRemovedDuringTheClick) {
     press(button("Mouse 1"));
     content.devices.erase(content.devices.begin() + 1);
     rig.show(content);
-    QAbstractButton& there = button("Mouse 2");  // where the row was
+    QAbstractButton& there = button("Mouse 2");  // at the position of the removed row
     release(there, middle(there));
     EXPECT_TRUE(rig.changes.empty());
 }

@@ -1,4 +1,5 @@
-// The window on an X server (Xvfb), with the server's mouse and keyboard events while its content changes.
+// Tests of the window on an X server (Xvfb). The server sends mouse and keyboard events while the window's content
+// changes.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +24,7 @@
 namespace kovra {
 namespace {
 
-// Key codes of the X server, by position on the keyboard.
+// Key codes of the X server, which identify positions on the keyboard.
 constexpr xcb_keycode_t tab = 23;
 constexpr xcb_keycode_t space = 65;
 constexpr xcb_keycode_t escape = 9;

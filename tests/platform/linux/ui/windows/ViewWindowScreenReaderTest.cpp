@@ -1,4 +1,4 @@
-// The window as screen readers see it over AT-SPI.
+// Tests of the window as screen readers see it over AT-SPI.
 
 #include <gtest/gtest.h>
 
@@ -40,7 +40,7 @@ class ViewWindowScreenReaderTest : public testing::Test {
         window.showWindow(state);
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     }
-    // Returns the output of the reader. Meanwhile the window answers its requests.
+    // Runs screen_reader.py and returns its output. The window answers its requests meanwhile.
     static std::string run(const QStringList& arguments) {
         QProcess reader;
         reader.start(KOVRA_PYTHON, QStringList{"-W", "ignore", KOVRA_SCREEN_READER} + arguments);

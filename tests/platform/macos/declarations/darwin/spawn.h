@@ -1,4 +1,4 @@
-// musl's header, and what macOS adds to it.
+// musl's header, and the declarations that macOS adds to it.
 #pragma once
 
 #include_next <spawn.h>

@@ -27,7 +27,7 @@ typedef uint64_t dispatch_time_t;
 #define DISPATCH_TIME_NOW (0ULL)
 #define DISPATCH_TIME_FOREVER (~0ULL)
 
-// This function is inline, since the library exports only the queue that it returns.
+// This function is inline, because the library exports only the queue that it returns.
 extern struct dispatch_queue_s _dispatch_main_q;
 static inline dispatch_queue_t dispatch_get_main_queue(void) { return &_dispatch_main_q; }
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
