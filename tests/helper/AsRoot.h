@@ -20,8 +20,8 @@
 
 namespace kovra::helper {
 
-// A user namespace in which several users exist. An ordinary user needs the programs newuidmap and newgidmap to map
-// further UIDs and GIDs into it. These programs permit the ranges that /etc/subuid and /etc/subgid list for the user.
+// A user namespace to which several UIDs and GIDs are mapped. An ordinary user needs the programs newuidmap and
+// newgidmap to create it. These programs permit the ranges that /etc/subuid and /etc/subgid list for the user.
 class NamespaceOfUsers {
   public:
     // Runs the work in a child process, as root of a new user namespace. Returns why the namespace cannot be created,

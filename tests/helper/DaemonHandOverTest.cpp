@@ -101,7 +101,7 @@ TEST_F(DaemonHandOverTest, ThatFailsForAnotherUserOrAfterASuccessIsRetriedWithTh
                evaluations[first + 3] - evaluations[first] < 600ms;
     };
     rig.switchTo(bob);
-    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 6; }));  // the next delay for Bob would be 320 ms
+    ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 6; }));  // Bob's next delay would be 320 ms
     rig.switchTo(alice);
     EXPECT_TRUE(retriesAreQuick());
     ASSERT_TRUE(rig.flag.runUntil([&] { return evaluations.size() >= 12; }));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* mouse = "input7";
 
-// A muted pad. The flag's folder is a file system of its own.
+// A muted pad. The flag's folder is a file system of its own, which the tests make read-only.
 class MutedByADisk {
   public:
     explicit MutedByADisk(uid_t user) {

@@ -45,8 +45,8 @@ inline bool makeMountsPrivate() {
 // Runs the body in a child process with mount and PID namespaces of its own: /proc shows only its processes, and /run
 // is empty. The kernel removes these mounts and processes when the child ends.
 //
-// The argument of the body is the UID that it runs other processes under. If the test runs as root, this is Alice's
-// UID. An ordinary user needs a user namespace for this test, whose only UID is 0.
+// The argument of the body is the UID under which the body runs other processes. If the test runs as root, this is
+// Alice's UID. The test of an ordinary user runs in a user namespace, in which 0 is the only UID.
 inline void inPrivateMachine(const std::function<void(uid_t)>& body) {
     const auto require = [](bool succeeded, const char* what) {
         if (!succeeded) throw std::runtime_error(std::string("no private machine: ") + what);

@@ -39,8 +39,8 @@ bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds time
     return true;
 }
 
-// Returns the path of AddressSanitizer's library with a colon, or an empty string if this program runs without it. The
-// library must be the first one in LD_PRELOAD.
+// Returns the path of AddressSanitizer's library followed by a colon, or an empty string if this program runs without
+// it. The library must be the first one in LD_PRELOAD.
 std::string sanitizer() {
     std::string found;
     const auto look = [](dl_phdr_info* library, std::size_t, void* name) {

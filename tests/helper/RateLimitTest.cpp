@@ -11,7 +11,6 @@ using namespace std::chrono_literals;
 
 class RateLimitTest : public testing::Test {
   protected:
-    // Uses the limit until it demands a delay. Returns the number of uses.
     int useAll() {
         int uses = 0;
         for (; limit.delay(now) == 0ms; ++uses) limit.use(now);

@@ -31,7 +31,7 @@ std::string encoded(char32_t codePoint) {
 }
 
 // The beginnings of every encoded character: its first one, two and three bytes. From them the test derives how long a
-// truncated or invalid sequence is, without the rules of the decoder.
+// truncated or invalid sequence is, without repeating the rules of the decoder.
 class Beginnings {
   public:
     Beginnings() {

@@ -38,7 +38,7 @@ class FlagFolderStormTest : public testing::Test {
     int changes = 0;
 };
 
-// A counter of how often a folder itself is opened. Openings of its entries do not count.
+// A counter of how often a folder itself is opened. It does not count the opening of files in the folder.
 class Openings {
   public:
     explicit Openings(const std::string& folder) : events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {

@@ -90,7 +90,6 @@ TEST(FlagFolderTest, IsRefusedIfAnyFolderOfThePathBelongsToAnotherUser) {
     });
 }
 
-// A counter of the folder's notifications.
 class Notifications {
   public:
     explicit Notifications(FlagRig& rig) : rig_(rig) {
@@ -98,7 +97,6 @@ class Notifications {
         rig.folder().onLost = [this] { ++losses_; };
         settle();
     }
-    // Discards the notifications of earlier events.
     void settle() {
         handleEvents(rig_.loop());
         changes_ = 0;

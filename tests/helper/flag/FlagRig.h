@@ -44,7 +44,6 @@ class FlagRig {
     Trust trust() const { return {root(), ::geteuid()}; }
 
     Loop& loop() { return loop_; }
-    // Opens the folder at the first call.
     FlagFolder& folder() {
         if (!folder_) folder_ = FlagFolder::open(loop_, folderPath, trust());
         if (!folder_) throw std::runtime_error("the folder is refused");

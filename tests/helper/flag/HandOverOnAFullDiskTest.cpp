@@ -43,7 +43,6 @@ class SmallDisk {
         for (const std::string& name : fillers_) std::remove(rig.path(name).c_str());
         fillers_.clear();
     }
-    // Returns the names in the folder, without the files that fill the disk.
     Names names() const {
         Names names = rig.names();
         for (const std::string& name : fillers_) names.erase(name);

@@ -14,7 +14,7 @@
 
 namespace kovra::helper {
 
-// A folder with files in place of the kernel's attributes `inhibited` of input devices.
+// A folder with a file for each input device, in place of the kernel's attribute `inhibited`.
 class InputFolder {
   public:
     void plug(const std::string& name, const std::string& inhibited = "0\n") {

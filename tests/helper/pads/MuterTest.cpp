@@ -203,7 +203,7 @@ TEST_F(MuterTest, RetriesSoonAgainAfterAnotherRequest) {
     muter.muteOnly({"input5"});
     computer.refuseWrites("input5");
     muter.muteOnly({});
-    runFor(loop, 1s);  // the delay after the fourth retry is 0.8 s
+    runFor(loop, 1s);  // without the other request, the next delay would be 1.6 s
     muter.muteOnly({});
     computer.acceptWrites("input5");
     EXPECT_TRUE(runUntil(

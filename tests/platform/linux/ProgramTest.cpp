@@ -48,7 +48,7 @@ class ProgramTest : public testing::Test {
         ::posix_spawnattr_setsigmask(&attributes, &none);
         ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
         std::array<char*, 2> arguments{const_cast<char*>(KOVRA_PROGRAM), nullptr};
-        const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits this if it is SIG_IGN
+        const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits this disposition
         const int result = ::posix_spawn(&pid_, arguments[0], nullptr, &attributes, arguments.data(), environ);
         std::signal(SIGHUP, before);
         ::posix_spawnattr_destroy(&attributes);
@@ -57,7 +57,6 @@ class ProgramTest : public testing::Test {
         while (!answers() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(10ms);
         ASSERT_TRUE(answers());
     }
-    // Returns whether the program's event loop replies to a call.
     bool answers() {
         return sd_bus_call_method(bus_.get(), "org.ble_kovra.BLEKovra", "/", "org.freedesktop.DBus.Peer", "Ping",
                                   nullptr, nullptr, "") >= 0;

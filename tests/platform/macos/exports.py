@@ -1,7 +1,7 @@
 """Writes linker stubs for the macOS libraries, for machines that lack them.
 
-The exports are listed in exports.txt, except those of libc++, which are read from the libc++ that the sources are
-compiled with."""
+exports.txt lists the exports of all libraries except libc++. Those of libc++ are read from the library that the sources
+are compiled with."""
 
 import subprocess
 from pathlib import Path
@@ -10,7 +10,7 @@ TARGETS = "[ x86_64-macos, arm64-macos ]"
 
 
 def read(path):
-    """Returns the install name, the symbols and the classes of each library, by the library's name."""
+    """Returns a dictionary from the name of each library to its install name, its symbols and its classes."""
     libraries = {}
     for line in path.read_text(encoding="utf-8").splitlines():
         words = line.partition("#")[0].split()

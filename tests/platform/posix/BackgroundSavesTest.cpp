@@ -19,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 using Values = BackgroundSaves::Values;
 
-// A disk that a test can let hang, for ten seconds at most. Each save is recorded when it begins.
+// A disk that a test can make hang, for ten seconds at most. Each save is recorded when it begins.
 class Disk {
   public:
     int save(const Values& values) {

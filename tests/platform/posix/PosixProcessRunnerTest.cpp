@@ -42,7 +42,7 @@ class PosixProcessRunnerTest : public testing::Test {
     std::optional<std::string> output(const std::string& script) {
         return processes_.output({scripts_.make(script), {}});
     }
-    // Waits for the condition without running the loop under test. Returns whether it held in time.
+    // Waits for the condition without running the loop under test. Returns whether the condition holds.
     static bool sees(const std::function<bool()>& condition) {
         SdEventLoop another;
         return lookUntil(another, condition);
@@ -74,7 +74,7 @@ TEST_F(PosixProcessRunnerTest, TerminatesAProgramThatWritesTooMuch) {
     EXPECT_EQ(written("head -c 100001 /dev/zero"), std::nullopt);
     EXPECT_EQ(written("echo $$ >$here/pid; exec yes"), std::nullopt);
     EXPECT_FALSE(isRunning());
-    // The pipe is also closed for a program that ignores SIGTERM, and for a child that inherited the pipe.
+    // The runner also closes the pipe if the program ignores SIGTERM, or if a child has inherited the pipe.
     EXPECT_EQ(written("trap '' TERM; yes; : >$here/end"), std::nullopt);
     EXPECT_TRUE(std::filesystem::exists(scripts_ / "end"));
     EXPECT_EQ(written("(echo $$ >$here/pid; exec yes) & exit 0"), std::nullopt);

@@ -170,7 +170,7 @@ TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
     EXPECT_TRUE(turnUntil(loop_, [&] { return owners == "none>one one>none "; })) << owners;
 }
 
-// Any client may send a signal straight to another client.
+// Any client may send a signal directly to another client.
 TEST_F(BusConnectionTest, DropsASignalThatAnotherClientForges) {
     const auto token = receiveChanges();
     emitUntilReceived("ready");

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// A client that owns no service's name, and sends signals straight to another client. The bus does not prevent this.
+// A client that owns no service's name, and sends signals directly to another client. The bus does not prevent this.
 class Forger {
   public:
     enum class Bus { system, session };

@@ -29,7 +29,6 @@ class LogSocket {
     LogSocket& operator=(const LogSocket&) = delete;
     ~LogSocket() { ::close(socket_); }
 
-    // Returns the datagrams that were received since the last call.
     std::vector<std::string> datagrams() {
         std::vector<std::string> all;
         std::string one(1 << 20, '\0');

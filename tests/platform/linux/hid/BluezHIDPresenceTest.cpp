@@ -28,7 +28,6 @@ constexpr const char* otherAddress = "D4:F5:13:AA:BB:0D";
 // A machine with two Bluetooth adapters, and a mouse at the first one. The number of the mouse's HID node is 1.
 class BluezHIDPresenceTest : public testing::Test {
   protected:
-    // Starts BlueZ with the mouse as one of its devices.
     void startBluez(bool isConnected) {
         prepareBluez();
         bluez_->addDevice(hci0, mouseAddress, isConnected);

@@ -48,14 +48,12 @@ class MockHIDBus {
         return name;
     }
 
-    // Adds the node, without an event.
     void addNode(const MockHIDNode& node) {
         std::filesystem::create_directories(folder(node.name));
         std::filesystem::create_directory_symlink("../../../../../bus/hid", folder(node.name) / "subsystem");
         std::filesystem::create_directory_symlink("../../.." + path(node.name), link(node.name));
         updateNode(node);
     }
-    // Changes the properties of the node, without an event.
     void updateNode(const MockHIDNode& node) {
         std::ofstream uevent(folder(node.name) / "uevent", std::ios::binary | std::ios::trunc);
         if (node.driver) uevent << "DRIVER=" << *node.driver << '\n';
@@ -93,7 +91,6 @@ class MockHIDBus {
         umockdev_testbed_uevent(testbed_.get(), ("/sys" + path(name) + "/power_supply/hidpp_battery_0").c_str(),
                                 action.c_str());
     }
-    // Sends a change event of the laptop's own battery.
     void sendLaptopBatteryEvent() {
         const std::string folder = "/devices/LNXSYSTM:00/LNXSYBUS:00/PNP0C0A:00";
         powerSupply(folder, "BAT0");

@@ -145,8 +145,8 @@ class NoDescriptors {
 };
 
 TEST_F(UdevHIDAnnouncerTest, KeepsANodeThatItCannotReadWithoutDescriptorsAndChecksItAgain) {
-    // This check starts a timeout before NoDescriptors exists. The sanitizer opens descriptors when it first checks a
-    // type.
+    // The first timeout must start before NoDescriptors exists, because a sanitizer opens descriptors when it first
+    // checks a type.
     announcer_->check(added({.product = "first", .driver = std::nullopt}).name);
     const MockHIDNode known = added({.product = "known"});
     const MockHIDNode fresh = added({.product = "fresh"});

@@ -53,7 +53,7 @@ class UdevHIDRig {
         const auto task = loop.asyncAfter(duration, [&] { isOver = true; });
         loop.runUntil([&] { return isOver; });
     }
-    // Runs the loop until the condition holds. Returns whether it held in time.
+    // Runs the loop until the condition holds, but no longer than `atMost`. Returns whether the condition holds.
     bool waitUntil(const std::function<bool()>& condition, std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
         bool isOver = false;
         const auto task = loop.asyncAfter(atMost, [&] { isOver = true; });
@@ -61,7 +61,6 @@ class UdevHIDRig {
         task->cancel();
         return condition();
     }
-    // Returns what was reported since the last call.
     std::vector<std::string> newReports() {
         settle();
         return std::exchange(reports, {});

@@ -22,7 +22,6 @@ class UdevHIDServiceTest : public UdevHIDServiceAtStartTest {
   protected:
     UdevHIDServiceTest() { rig_.open(); }
 
-    // Plugs in a mouse and expects the announcement of interface 1.
     MockHIDNode announced(MockHIDNode node = {}) {
         node.name = bus_.nextName();
         bus_.plug(node);

@@ -34,7 +34,6 @@ struct ShortcutRig : PortalRig {
         ASSERT_NE(hotKey, nullptr);
         settle();
     }
-    // Presses the key once and returns how many presses are reported.
     int press() {
         pressed = 0;
         portal.press();

@@ -56,7 +56,6 @@ class TestKeyboard {
         down(key);
         up(key);
     }
-    // Presses the keys in order, and releases them in reverse order.
     void chord(const Keys& keys) {
         for (const xcb_keycode_t each : keys) down(each);
         for (const xcb_keycode_t each : Keys(keys.rbegin(), keys.rend())) up(each);
@@ -86,7 +85,6 @@ class TestKeyboard {
         ::waitpid(pid, &status, 0);
         ASSERT_EQ(status, 0);
     }
-    // Returns the keysym of the T key in the current layout.
     xcb_keysym_t symbolOfT() {
         const Allocated<xcb_get_keyboard_mapping_reply_t> reply{xcb_get_keyboard_mapping_reply(
             connection_.get(), xcb_get_keyboard_mapping(connection_.get(), key::t, 1), nullptr)};

@@ -9,8 +9,7 @@ class SdEventDriver {
   public:
     MainQueue& queue() { return loop_; }
     void settle() {
-        // The first round runs the blocks that are queued now, the second those that they queue, and the third those
-        // that these queue.
+        // Three rounds run the queued blocks, the blocks that they queue, and the blocks that these queue in turn.
         for (int round = 0; round < 3; ++round)
             passOnce([this](MainQueue::Block done) { loop_.async(std::move(done)); });
     }

@@ -160,7 +160,7 @@ TEST(SdEventLoopTest, MeasuresADelayFromTheCallHoweverLongTheTurnHasRun) {
     using std::chrono::steady_clock;
     steady_clock::time_point asked, ran;
     loop.async([&] {
-        // Spends time in this turn before the delay begins.
+        // This turn takes 30 ms before the delay begins.
         const auto busyUntil = steady_clock::now() + 30ms;
         while (steady_clock::now() < busyUntil) {
         }

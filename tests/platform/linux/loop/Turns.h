@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// Runs the loop until the condition holds. Returns whether it held in time.
+// Runs the loop until the condition holds, but no longer than `atMost`. Returns whether the condition holds.
 inline bool turnUntil(SdEventLoop& loop, const std::function<bool()>& condition,
                       std::chrono::nanoseconds atMost = std::chrono::seconds(20)) {
     bool isOver = false;
@@ -27,7 +27,6 @@ inline bool lookUntil(SdEventLoop& loop, const std::function<bool()>& condition,
     return condition();
 }
 
-// Runs the loop for this long. Returns the number of its turns.
 inline int turnsWithin(SdEventLoop& loop, std::chrono::nanoseconds duration) {
     bool isOver = false;
     int turns = 0;

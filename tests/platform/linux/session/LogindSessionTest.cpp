@@ -27,7 +27,7 @@ class LoginManager {
     void emit(const char* signal, const char* types, Values... values) {
         emitFrom("", "org.freedesktop.login1.Manager", signal, types, values...);
     }
-    // Emits changed properties of a session. `session` is its name in object paths.
+    // Emits a signal with changed properties of a session. `session` is the session's name in object paths.
     template <typename... Values>
     void emitChange(const std::string& session, const char* types, Values... values) {
         emitFrom("/session/" + session, "org.freedesktop.DBus.Properties", "PropertiesChanged", types, values...);
@@ -75,7 +75,7 @@ struct SessionRig {
     void sessionRemoved(const std::string& id) {
         manager.emit("SessionRemoved", "so", id.c_str(), ("/org/freedesktop/login1/session/" + id).c_str());
     }
-    // Returns the events that were received since the last call. It emits two signals and waits for them. Signals of
+    // Returns the events that were received since the last call. Emits two more signals and waits for them. Signals of
     // one sender arrive in order, so all earlier signals have then arrived, too.
     std::string eventsReceived() {
         const std::string last = "resumed removed ";

@@ -17,12 +17,11 @@
 
 namespace kovra {
 
-// Another program on the session bus. It owns a name and records the calls that it receives. It replies without values
-// to the methods in `known`, and with an error to all others.
+// Another program on the session bus. It owns a name and records the calls that it receives. It sends an empty reply to
+// the methods in `known`, and an error to all others.
 class OtherProgram {
   public:
-    // With `table`, it also exports the methods of org.freedesktop.Application in it, at the path of BLE-kovra's
-    // object.
+    // If there is a `table`, the program exports it as org.freedesktop.Application, at the path of BLE-kovra's object.
     OtherProgram(const char* name, std::vector<std::string> known, const sd_bus_vtable* table = nullptr)
         : known_(std::move(known)) {
         sd_bus* bus = nullptr;
@@ -44,7 +43,7 @@ class OtherProgram {
     OtherProgram(const OtherProgram&) = delete;
     OtherProgram& operator=(const OtherProgram&) = delete;
 
-    // A handler for the methods in `table`. It replies without values.
+    // A handler for the methods in `table`. It sends an empty reply.
     static int replyNothing(sd_bus_message* call, void*, sd_bus_error*) {
         return answer(call, [](BusWriter&) {});
     }

@@ -46,8 +46,8 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         writeFile(flag_.string() + ".new", "off");
         std::filesystem::rename(flag_.string() + ".new", flag_);
     }
-    // Waits until the last recorded action is `last`, and returns whether it is. doneAll_ then contains all actions
-    // since the previous call.
+    // Waits up to 20 s until `last` is the last recorded action. Returns whether it is. doneAll_ then contains all
+    // actions since the previous call.
     bool does(const std::string& last) {
         const bool isDone = turnUntil(loop_, [&] { return done_.ends_with(last); });
         doneAll_ = std::exchange(done_, {});

@@ -65,7 +65,7 @@ class Stranger {
   public:
     Stranger(Panel& panel, std::uint32_t seed) : panel_(panel), random_(seed) {}
 
-    // Makes a call and returns the reply. Any reply is correct, but there must be one.
+    // Makes a random call and returns the reply. Any reply is correct, but there must be one.
     std::string call() {
         const Method method = one(methods);
         const bool isOrderly = chance(60);
@@ -124,7 +124,7 @@ class Stranger {
         return types;
     }
 
-    // Returns the end of the complete type that starts at `begin`.
+    // Returns the index after the complete D-Bus type that starts at `begin`.
     static std::size_t end(std::string_view types, std::size_t begin) {
         if (types[begin] == 'a') return end(types, begin + 1);
         if (types[begin] != '(' && types[begin] != '{') return begin + 1;

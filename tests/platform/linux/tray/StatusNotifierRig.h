@@ -36,7 +36,6 @@ struct StatusNotifierRig {
     std::optional<Panel> panel;
     std::string done;  // the menu items whose actions ran
 
-    // Starts the panel, then shows the item with a menu that has entries of each kind.
     void showInPanel() {
         panel.emplace(loop);
         item->setMenu(menu());
@@ -74,7 +73,6 @@ struct StatusNotifierRig {
         EXPECT_GE(sd_bus_get_unique_name(bus.bus(), &name), 0);
         return name;
     }
-    // Returns the menu items whose actions ran since the last call.
     std::string takeDone() {
         settle();
         return std::exchange(done, {});

@@ -61,7 +61,6 @@ struct TrayRig {
 
     StatusBarButton& button() { return *item->button(); }
     void setMenu(std::vector<MenuItem> items) { item->setMenu({std::move(items)}); }
-    // Returns what was shown since the last call.
     std::string takeRecord() {
         queue.run();
         return std::exchange(record, {});

@@ -28,8 +28,9 @@ class TrayPopupTest : public ItemOnScreen {
         popup.open(atX, atY);
         fakeQueue.run();
     }
-    // Requests the menu again if the window process refuses the request, as a user clicks again. The process refuses a
-    // request that is older than two seconds. On a busy machine, the start of the process may take longer.
+    // Requests the menu, and requests it again if the window process refuses the request, as a user clicks again. The
+    // process refuses a request that is older than two seconds. On a busy machine, the start of the process may take
+    // longer.
     Onlooker::Place openMenuAt(int atX, int atY, int clicks = 1) {
         constexpr int attempts = 10;
         for (int attempt = 0; attempt < attempts; ++attempt) {

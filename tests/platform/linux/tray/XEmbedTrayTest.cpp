@@ -67,7 +67,6 @@ class XEmbedTrayTest : public ItemOnScreen {
     }
 
     std::optional<Onlooker::Place> icon() { return onlooker.window("Plain & <b>literal</b>"); }
-    // Waits until the icon is painted, and returns its rectangle.
     Onlooker::Place paintedIcon() {
         return waitFor<Onlooker::Place>([&]() -> std::optional<Onlooker::Place> {
             const auto place = icon();

@@ -38,7 +38,6 @@ class ProgramTest : public testing::Test {
         ::posix_spawn_file_actions_destroy(&actions);
         ::close(errors[1]);
     }
-    // Reads the program's standard error until the program closes it.
     std::string errorOutput() const {
         std::string text;
         for (char c = 0; ::read(errors[0], &c, 1) == 1;) text += c;

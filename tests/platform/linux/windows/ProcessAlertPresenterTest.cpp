@@ -147,7 +147,7 @@ TEST_F(ProcessAlertPresenterTest, AbortsAllWhenTheProcessDiesAndShowsNoneAgain) 
 TEST_F(ProcessAlertPresenterTest, AbortsIfTheProgramIsMissing) {
     standIn.remove();
     for (int i = 0; i < 3; ++i) EXPECT_EQ(run("A"), AlertResponse::aborted);
-    standIn.process().show(ShowTray());  // this fails too
+    standIn.process().show(ShowTray());  // the process cannot be started for the tray either
     EXPECT_EQ(run("A"), AlertResponse::aborted);
 }
 

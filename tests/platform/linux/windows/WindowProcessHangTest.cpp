@@ -19,7 +19,7 @@ class WindowProcessHangTest : public WindowProcessRig {
         if (stopped_ != 0) ::kill(stopped_, SIGKILL);  // it would stay, because it is not a child of this process
     }
 
-    // Runs a script that answers each "ping" as the window process.
+    // Runs a script as the window process. The script answers each "ping".
     void useOneThatAnswers(const std::string& atItsStart = "") {
         use(atItsStart + R"(
 echo >>$here/starts

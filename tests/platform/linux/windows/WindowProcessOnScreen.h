@@ -54,7 +54,6 @@ class WindowProcessOnScreen : public testing::Test {
         loop.runUntil([&] { return isOver; });
     }
 
-    // Returns the window processes among the children of this process.
     static std::vector<pid_t> windowProcesses() {
         std::vector<pid_t> found;
         std::ifstream children("/proc/thread-self/children");

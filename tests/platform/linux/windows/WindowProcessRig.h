@@ -46,7 +46,6 @@ class WindowProcessRig : public testing::Test {
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
     }
-    // Returns the file's contents, or an empty text if the file does not exist.
     std::string read(const std::string& name) const {
         const auto names = folder.names();
         return names.contains(name) ? readFile(folder / name) : "";
@@ -76,7 +75,7 @@ class WindowProcessRig : public testing::Test {
 
     const TempFolder folder;
     SdEventLoop loop;
-    // Most scripts give no sign of life, so the timeouts for it are long.
+    // Most scripts give no sign of life, so the two timeouts for these signs are an hour.
     WindowProcess::Timing times{{10ms, 20ms, 30ms}, 1h, linger, 1h, 1h};
     std::unique_ptr<WindowProcess> window;
     WindowProcess::Messages::Token listening;

@@ -12,7 +12,7 @@ namespace kovra {
 // The keyboard with the system's event manager. A press of a hot key goes to the handlers of this application, the last
 // installed one first, until one handles it. The press is never passed on to other programs.
 struct FakeHotKeys {
-    // Returns whether the window in front received the press.
+    // Presses the key. Returns whether the window in front received the press.
     static bool press(std::uint32_t keyCode, std::uint32_t modifiers);
     // Makes another program the owner of this key from now on.
     static void takeByAnother(std::uint32_t keyCode, std::uint32_t modifiers);

@@ -12,7 +12,7 @@ namespace kovra {
 
 // One HID interface in the kernel. It owns its properties.
 struct FakeInterface {
-    enum class Registry { numbered, refusing, none };  // none: the interface has no service
+    enum class Registry { numbered, refusing, none };  // none: the interface has no entry in the registry
 
     FakeInterface() = default;
     FakeInterface(const FakeInterface&) = delete;

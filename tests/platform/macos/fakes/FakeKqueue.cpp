@@ -21,7 +21,7 @@ int watch(int queue, int descriptor) {
     return ::epoll_ctl(queue, EPOLL_CTL_ADD, descriptor, &event);
 }
 
-// The real queue does not accept a process that is ending.
+// The real kqueue does not accept a process that is ending.
 bool isEnding(pid_t process) {
     siginfo_t end{};
     return ::waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOHANG | WNOWAIT) == 0 && end.si_pid == process;

@@ -23,11 +23,11 @@ enum class FakeType : CFTypeID {
     manager
 };
 
-// An object that counts references, as every CoreFoundation object does. The address sanitizer finds a use after the
-// last release.
+// An object that counts references, as every CoreFoundation object does. AddressSanitizer finds a use after the last
+// release.
 class FakeObject {
   public:
-    enum class Life { counted, endless };  // endless: constants of the system
+    enum class Life { counted, endless };  // endless: constants of the system, which are never released
 
     explicit FakeObject(FakeType type, Life life = Life::counted);
     FakeObject(const FakeObject&) = delete;

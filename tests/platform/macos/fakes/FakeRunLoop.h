@@ -39,7 +39,7 @@ class FakeRunLoop {
     // Runs until the condition holds. Returns false if it does not hold in time.
     static bool turnUntil(const std::function<bool()>& condition);
 
-    // Runs all queued blocks, including those that are not due yet, so that nothing of the process remains.
+    // Runs all queued blocks, including those that are not due yet, so that none of them remains for the next test.
     static void endProcess();
 };
 

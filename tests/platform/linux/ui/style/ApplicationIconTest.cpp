@@ -39,7 +39,7 @@ TEST(ApplicationIconTest, IsDrawnUpright) {
     EXPECT_EQ(colorAt(12.5, 5), QColor(Qt::white));      // beside that line
     EXPECT_EQ(colorAt(5, 5), QColor(0xFF, 0xB3, 0x00));  // the slash
     EXPECT_EQ(colorAt(13, 13), QColor(0xFF, 0xB3, 0x00));
-    EXPECT_EQ(image.pixelColor(0, 0), QColor(Qt::gray));  // round corners
+    EXPECT_EQ(image.pixelColor(0, 0), QColor(Qt::gray));  // outside the round corner
 }
 
 TEST(ApplicationIconTest, KeepsItsProportionsInARectangleThatIsNotSquare) {

@@ -24,7 +24,6 @@ ShowAlerts::Open numbered(std::uint64_t number) {
     return {number, "", {"Alert " + std::to_string(number), "Below it", {"First", "Second"}}};
 }
 
-// Returns the visible windows of alerts.
 std::vector<AlertWindow*> visible() {
     std::vector<AlertWindow*> windows;
     for (QWidget* widget : QApplication::topLevelWidgets()) {

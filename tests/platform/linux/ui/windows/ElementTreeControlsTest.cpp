@@ -12,7 +12,6 @@ namespace {
 
 class ElementTreeControlsTest : public ActiveView {
   protected:
-    // Returns the part of the surface's picture that shows the widget.
     QImage picture(const QWidget& widget) { return rig.surface.grab(rig.place(widget)).toImage(); }
 };
 
@@ -140,7 +139,7 @@ TEST_F(ElementTreeControlsTest, ShowsTextsLiterally) {
     rig.show(content);
     EXPECT_NE(rig.button("a & b && <b>c</b> _d e f"), nullptr);
     EXPECT_NO_THROW(rig.label("<i>x</i> & y"));
-    // No character of a text is a mnemonic.
+    // No character of a text is a mnemonic, so Alt with a letter changes nothing.
     for (const Qt::Key each : {Qt::Key_B, Qt::Key_Y, Qt::Key_D}) QTest::keyClick(&rig.surface, each, Qt::AltModifier);
     EXPECT_TRUE(rig.changes.empty());
 }

@@ -69,7 +69,7 @@ class ViewWindowLiveTest : public testing::Test {
     }
 
     QScrollArea& list() const { return *window.findChild<QScrollArea*>(); }
-    // A device's name is "Mouse " followed by its id.
+    // Returns the row of a device, whose name is "Mouse " followed by its id.
     QCheckBox* row(const std::string& id) const {
         for (auto* each : window.findChildren<QCheckBox*>()) {
             if (each->accessibleName().toStdString() == "Mouse " + id) return each;
@@ -251,7 +251,7 @@ TEST_F(ViewWindowLiveTest, AcceptsItsShortcutsInEveryKeyboardLayout) {
     for (const char* layout : {"us", "ru", "us,ru", "fr"}) {
         const std::string command = std::string("setxkbmap -layout ") + layout;
         ASSERT_EQ(std::system(command.c_str()), 0);
-        const bool isFrench = std::string(layout) == "fr";  // W and Z, Q and A are swapped
+        const bool isFrench = std::string(layout) == "fr";  // W and Z are swapped, and so are Q and A
         const int closingsBefore = closings;
         const int quitsBefore = quits;
         user.moveTo(window.mapToGlobal(QPoint(5, 5)));
