@@ -29,8 +29,8 @@ void writeBarely(const std::string& path, bool on) { floors::writeFlag(path.c_st
 template <auto write>
 void flagWrite(benchmark::State& state) {
     const std::string path = "kovra-bench-" + std::to_string(::getpid());
-    // As in real use, the process sleeps before each write, so its caches are cold. A few writes wait for the disk. The
-    // median ignores them.
+    // As in real use, the process sleeps before each write, so its caches are cold. The median ignores the few writes
+    // that wait for the disk.
     std::mt19937 random(7);
     std::vector<double> microseconds;
     bool on = false;

@@ -77,7 +77,7 @@ class WindowProgram {
         const std::filesystem::directory_iterator entries("/proc/" + std::to_string(pid_) + folder);
         return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
     }
-    // Returns the CPU time in clock ticks.
+    // Returns the CPU time that the process has used, in clock ticks.
     long ticks() const {
         std::ifstream stat("/proc/" + std::to_string(pid_) + "/stat");
         std::string word;

@@ -1,5 +1,5 @@
-// Measures one change in the list of devices, from the device's event until the subscriber has received the whole list,
-// and all such changes of a start. The environment's locale sorts the names.
+// Measures one change in the list of devices, from the device's event until the subscriber has received the whole list.
+// Also measures all changes that a start causes. Names are sorted by the environment's locale.
 
 #include <benchmark/benchmark.h>
 
@@ -31,7 +31,7 @@ struct Rig {
     }
 };
 
-// Reports one device again. A quarter of the devices in the list is disconnected.
+// Reports a device that is already in the list. A quarter of the devices in the list is disconnected.
 void publication(benchmark::State& state) {
     const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
     Rig rig;
@@ -43,7 +43,7 @@ void publication(benchmark::State& state) {
 }
 BENCHMARK(publication)->RangeMultiplier(10)->Range(10, 10000)->Unit(benchmark::kMicrosecond);
 
-// Attaches all devices to a new monitor, as at the program's start. Each of them causes one publication.
+// Attaches all devices to a new monitor, as at the program's start. Each device causes one publication.
 void start(benchmark::State& state) {
     const std::vector<BenchDevice> devices = benchDevices(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state) {

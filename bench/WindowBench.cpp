@@ -1,5 +1,5 @@
-// Measures the work of both processes for one change while the settings window is open: building and encoding the view,
-// then decoding it, layout and painting.
+// Measures the work of both processes for one change while the settings window is open: they build and encode the view,
+// decode it, lay it out and paint it.
 
 #include <benchmark/benchmark.h>
 
@@ -20,7 +20,6 @@
 namespace kovra {
 namespace {
 
-// Ignores user input, since there is none.
 struct NoActions : UserActions {
     std::uint64_t changed(std::vector<std::string>, std::variant<bool, std::string>) override { return 0; }
     void followed(std::vector<std::string>) override {}
@@ -40,7 +39,6 @@ class OpenWindow {
         surface_.show();
     }
 
-    // Builds and encodes the view, decodes it, and processes it until it is painted.
     void show() {
         const auto message = decodeToWindow(line());
         const auto& window = std::get<ShowWindow>(message.value());

@@ -10,8 +10,6 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 
 
 class Build:
-    """The programs in one build folder."""
-
     def __init__(self, folder):
         self.folder = pathlib.Path(folder).resolve()
         self.program = self._file("ble-kovra")
@@ -44,7 +42,7 @@ class Tools:
         self.floors = build / "floors"
 
     def builds(self):
-        """Returns the builds by name, in the order in which they take turns."""
+        """Returns the builds by name, in the order in which they are measured."""
         return {"ours": self.own} | ({"other": self.other} if self.other else {})
 
 

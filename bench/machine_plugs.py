@@ -15,7 +15,7 @@ MACHINES = {BARE: "virtual machine", LAPTOP: "virtual laptop"}
 
 
 def take(plugs, task, first_process=BARE):
-    """Returns the machine's reports of this many plugs. `task` is merged into the machine's task."""
+    """Plugs the mouse `plugs` times; returns the machine's report of each. `task` is added to the machine's task."""
     name = MACHINES[first_process]
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-bench-"))
     machine_kernel = kernel.prepare(ROOT / "build" / "vm" / "kernel", say)
@@ -36,7 +36,7 @@ def take(plugs, task, first_process=BARE):
 
 @contextlib.contextmanager
 def before_all_others():
-    """Gives this process and its children priority over all others, which could delay the program or its floor."""
+    """Gives this process and its children real-time priority, so that other processes hardly delay what is measured."""
     usual = os.sched_getscheduler(0), os.sched_getparam(0)
     try:
         os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))

@@ -6,8 +6,8 @@
 
 namespace kovra::helper {
 
-// The delays between retries of a failed operation. Each delay is twice the previous one, up to the longest. After
-// reset() the first delay comes again.
+// Growing delays between the retries of a failed operation. Each delay is twice the previous one, but no longer than
+// `longest`. After reset() the next delay is `first` again.
 class Backoff {
   public:
     explicit Backoff(std::chrono::milliseconds first = std::chrono::milliseconds(50),

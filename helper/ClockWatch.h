@@ -8,9 +8,9 @@
 
 namespace kovra::helper {
 
-// A watch that calls back when the computer has resumed from sleep or its real-time clock was set. What is known about
-// devices and users may then be out of date. It uses a timer that never expires, and that the kernel cancels on both
-// occasions. So it needs no login manager.
+// Calls back when the computer has resumed from sleep or its real-time clock was set. What is known about devices and
+// users may then be out of date. The kernel cancels a timer with TFD_TIMER_CANCEL_ON_SET on both occasions, so no login
+// manager is needed. The timer itself never expires.
 class ClockWatch {
   public:
     // Throws std::system_error if the timer cannot be created or watched.

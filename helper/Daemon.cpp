@@ -30,9 +30,9 @@ void Daemon::evaluate() {
         muter_.muteOnly({});
 }
 
-// Hands the flag over to this user, or to no user, unless it is theirs already. Returns whether the flag is theirs.
+// Hands the flag over to this user, or to no user, unless the flag is already that user's. Returns whether it is now.
 // Unmutes all pads before a hand-over, because a hand-over takes time. A failed hand-over changes files in the folder,
-// which causes an evaluation. That evaluation must not retry the hand-over at once.
+// and so causes further calls for the same user. While the retry is scheduled, these calls do not hand over again.
 bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
     const bool hasFlag = flag_.isFlagOf(user);
     if (!hasFlag && handOverRetry_ && handOverFailedFor_ == user) return false;
@@ -51,7 +51,8 @@ bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
     return false;
 }
 
-// Searching all processes takes time. So the application is found in advance, while the flag still says "off".
+// Searches for the application even while the flag says "off". The search takes milliseconds, and muting would have to
+// wait for it after the flag has changed to "on".
 bool Daemon::shouldMute(std::optional<uid_t> user) {
     if (user) return session_.isApplicationRunning(*user) && flag_.isOn();
     session_.releaseApplication();

@@ -16,24 +16,23 @@
 
 namespace kovra::helper {
 
-// The decision when the touchpads are muted. A user must be at the machine, and that user's application must be
-// running. The flag must belong to that user and say "on". If any of these conditions does not hold, the touchpads are
-// unmuted.
+// Mutes the touchpads while all of these conditions hold: a user is at the machine, that user's application is running,
+// and the flag belongs to that user and says "on".
 class Daemon {
   public:
     // The daemon's access to the login manager and to the list of processes.
     struct Session {
         std::function<std::optional<uid_t>()> activeUser;
         std::function<bool(uid_t)> isApplicationRunning;
-        std::function<void()> releaseApplication;  // stops watching it until the next isApplicationRunning()
+        std::function<void()> releaseApplication;  // stops watching the application's process
     };
 
-    // A failed hand-over is retried with these delays, and without delay for another user.
+    // A failed hand-over is retried after these delays, but at once when another user is at the machine.
     Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
            Backoff handOverBackoff = Backoff(std::chrono::seconds(2), std::chrono::minutes(5)));
 
-    // Checks all conditions, and mutes or unmutes the touchpads. The owner calls it when the user at the machine or the
-    // application has changed. The daemon itself calls it for all other changes.
+    // Checks all conditions, and mutes or unmutes the touchpads. The owner of this object calls it when the user at the
+    // machine or the application has changed. The daemon itself calls it for all other changes.
     void evaluate();
 
     // Whether the daemon has stopped the loop because it has lost the flag's folder.

@@ -7,8 +7,8 @@
 
 namespace kovra::helper {
 
-// The owner of a file descriptor, which closes it. It takes the result of open(2) and similar calls as it is, including
-// -1 for an error.
+// Owns a file descriptor and closes it. The constructor accepts any result of open(2) and similar calls, including -1
+// for an error.
 class Descriptor {
   public:
     Descriptor() = default;

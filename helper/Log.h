@@ -4,12 +4,12 @@
 
 namespace kovra::helper {
 
-// Those severities of syslog that the helper uses. The journal reads the number, in angle brackets, at the start of a
-// line.
+// The severities of syslog that the helper uses. The journal reads the number from the start of a line, where it is in
+// angle brackets.
 enum class Severity { error = 3, warning = 4, notice = 5, info = 6 };
 
-// Writes one line of English to standard error, from where the journal takes it. The line is written with one call, and
-// a failure is ignored. A line that RepeatFilter rejects is not written.
+// Writes one line to standard error with a single write(2), and ignores a failure. systemd passes the line to the
+// journal. A line that RepeatFilter rejects is not written.
 void log(Severity severity, std::string_view line);
 
 // Logs "what: message" as an error, with the system's message for this error number.

@@ -50,7 +50,7 @@ class Loop {
 
     // Waits for events and runs their work until stop() is called. Throws like the constructor.
     void run();
-    // Makes run() return as soon as the work that calls this function is done. No other work runs.
+    // Makes run() return as soon as the work that calls this function is done. No other work runs before that.
     void stop() { isStopped_ = true; }
 
   private:

@@ -7,10 +7,10 @@
 
 namespace kovra::helper {
 
-// A watch that runs its work while a descriptor is readable, but no more often than the limit permits. Others may
-// therefore make the descriptor readable as often as they like, and the daemon hardly works for it. Once the limit is
-// reached, the descriptor is not watched until the work may run again. What arrives in this pause stays readable, so
-// nothing is missed. Apart from such pauses there is no timer.
+// A watch that runs its work while a descriptor is readable, but no more often than the limit permits. Other programs
+// can therefore not keep the daemon busy by making the descriptor readable all the time. Once the limit is reached, the
+// descriptor is not watched until the work may run again. What arrives during this pause stays readable, so nothing is
+// missed. A timer runs only during such a pause.
 class PacedWatch {
   public:
     // The loop must outlive this watch, and the descriptor must stay open. The work should read all that there is, and

@@ -8,9 +8,9 @@
 
 namespace kovra::helper {
 
-// A filter that keeps repeated lines from filling the log. It rejects a line that equals the last accepted one. Of
-// lines that alternate with others it accepts each three times, and then once per hour. It remembers the 16 different
-// lines that were accepted last.
+// A filter that keeps repeated lines from filling the log. It rejects a line that equals the last accepted one. It
+// accepts any other line three times, and after that once per hour. It remembers the 16 different lines that were
+// accepted last; every other line counts as new.
 class RepeatFilter {
   public:
     bool accepts(std::string_view line, RateLimit::Clock::time_point now);

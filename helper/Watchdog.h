@@ -9,8 +9,8 @@
 
 namespace kovra::helper {
 
-// The service manager's watchdog over this process. If the process hangs while a touchpad is muted, the manager ends
-// it. ExecStopPost then unmutes what the process has muted.
+// The service manager's watchdog over this process. If the process hangs while a touchpad is muted, the manager kills
+// it. The unit's ExecStopPost= then unmutes what the process has muted.
 //
 // The watchdog is on only while a touchpad is muted, so that the process does not wake up while none is.
 class Watchdog {
@@ -19,7 +19,7 @@ class Watchdog {
     // be sent.
     using Notify = std::function<bool(const char* state)>;
 
-    // The manager ends the process after `timeout` without a sign of life. The process gives one after each `interval`.
+    // The manager kills the process after `timeout` without a sign of life. The process sends one every `interval`.
     struct Timing {
         std::chrono::milliseconds timeout{6000};
         std::chrono::milliseconds interval{2000};
@@ -28,7 +28,7 @@ class Watchdog {
     Watchdog(Loop& loop, Notify notify, Timing timing);
     Watchdog(Loop& loop, Notify notify) : Watchdog(loop, std::move(notify), Timing()) {}
 
-    // Turns the watchdog on if a touchpad is muted now, and off if none is.
+    // Turns the watchdog on if any touchpad is muted, and off otherwise.
     void setMuted(bool isMuted);
 
   private:

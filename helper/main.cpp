@@ -1,7 +1,8 @@
 // ble-kovra-helper mutes the built-in touchpads while the application of the user at the machine is running and that
 // user's flag says "on". With "--release" it unmutes the touchpads that an earlier process has left muted, however that
 // process ended. With "--grant GROUP", run by root, it lets that group mute the built-in touchpads that exist now. The
-// unit does that before each start, and udev's rule for each new touchpad.
+// unit runs "--grant" before each start of the daemon. udev's rule runs it for each new touchpad and each new device
+// that may be a twin.
 
 #include <grp.h>
 #include <systemd/sd-daemon.h>
@@ -105,8 +106,8 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const Early
     return daemon.hasFailed() ? 1 : 0;
 }
 
-// Runs the daemon, or releases what an earlier one has left muted. Fails if another process holds the lock, so that
-// only one process at a time mutes and unmutes.
+// Runs the daemon, or unmutes what an earlier one has left muted. Fails if another process holds the lock, so that only
+// one process at a time mutes and unmutes.
 int run(bool isRelease) {
     const InhibitedAttribute attribute;
     MutedPads mutedPads(runtimeFolder);
@@ -152,7 +153,7 @@ int main(int count, char** arguments) {
         std::fputs("usage: ble-kovra-helper [--release | --grant GROUP]\n", stderr);
         return 2;
     }
-    // A closed log must not end the process before it has unmuted the touchpads.
+    // A write to a closed log must not end the process before it has unmuted the touchpads.
     std::signal(SIGPIPE, SIG_IGN);
     return isGrant ? kovra::helper::grant(arguments[2]) : kovra::helper::run(isRelease);
 }

@@ -8,7 +8,7 @@
 
 namespace floors {
 
-// Changes the flag in place with the fewest system calls. While it changes an existing flag, no reader finds it empty.
+// Changes the flag in place with the fewest system calls. A reader never finds an existing flag empty.
 inline void writeFlag(const char* path, bool on) {
     const std::string_view text = on ? "on" : "off";
     const auto length = static_cast<off_t>(text.size());

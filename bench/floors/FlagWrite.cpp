@@ -1,4 +1,4 @@
-// The floor of one change of the flag. A process sleeps until it receives a byte, and then does nothing but write the
+// The floor of one change of the flag. One process sleeps until another one sends it a byte, and then only writes the
 // named file. Prints the median of 300 such writes in microseconds, from the wake-up to the closed file.
 
 #include <sys/socket.h>

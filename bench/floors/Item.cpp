@@ -1,6 +1,6 @@
-// The floor of the resident program: the minimal item in the tray, and everything that the program must keep open. That
-// is a socket for the kernel's events, and a connection to the X server with the hot key grabbed. The menu's first
-// entry, the hot key and each HID event change the item, and write a flag in the current folder.
+// The floor of the resident program: the minimal item in the tray, a socket for the kernel's events, and a connection
+// to the X server with the hot key grabbed. The resident program must have these open, too. The menu's first entry, the
+// hot key and each HID event change the item, and write a flag in the current folder.
 
 #include <linux/netlink.h>
 #include <poll.h>

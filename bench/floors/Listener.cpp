@@ -1,5 +1,5 @@
-// The floor of "plug to flag". It writes "on" into the named file when udevd reports a new HID device, and "off" when
-// udevd reports a removal. It does nothing else. Runs until it is killed.
+// The floor of the section plug-to-flag. It writes "on" into the named file when udevd reports a new HID device, and
+// "off" when udevd reports a removal. It runs until it is killed.
 
 #include <libudev.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
-// The floor of a publication. It builds a record for each device from prepared values and sorts the list by cached
-// keys. Connected devices come first. Each group is in the order of the environment's locale. The floor does not look
-// up devices or query their state, and it has no subscriber.
+// The floor of a publication. It builds a record for each device from prepared values and sorts the records by cached
+// keys: connected devices first, and each group by the environment's locale. It does not look up devices or query their
+// state, and it has no subscriber.
 
 #include <benchmark/benchmark.h>
 

@@ -9,7 +9,7 @@
 
 namespace floors {
 
-// A status item and its menu, made with the toolkit. A program that has a window connects `settings()` to it.
+// A status item and its menu, made with the toolkit. A program with a window opens it when settings() is triggered.
 class ToolkitItem {
   public:
     ToolkitItem() {

@@ -1,6 +1,6 @@
-// The usual design of such a program: one process with the toolkit's item, udev's events of HID devices, and a
-// connection to the X server with the hot key grabbed. Before it shows the icon, it lists the devices and asks whether
-// there is a panel.
+// A tray program of the usual design: one process with the toolkit's item, udev's events of HID devices, and a
+// connection to the X server with the hot key grabbed. Before it shows the icon, it lists the devices and queries
+// whether there is a panel.
 
 #include <libudev.h>
 #include <xcb/xcb.h>

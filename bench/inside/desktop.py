@@ -2,8 +2,8 @@
 """Runs a command on a private desktop: an X server, two empty buses and private folders.
 
 The desktop also has the flag's folder, and a driver that counts as active, so that no alert appears. This script uses
-no modules outside this project and Python's standard library. It would share their libraries with the measured
-programs, which would lower the programs' PSS.
+no modules outside this project and Python's standard library. Such modules would load libraries that the measured
+programs use, too, and sharing libraries would lower the programs' PSS.
 """
 
 import os

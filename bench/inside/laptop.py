@@ -22,8 +22,8 @@ PERSON = 61001
 FLAG = pathlib.Path("/Library/Application Support/ble-kovra/state")
 TIMEOUT_SECONDS = 20
 SETTLE_SECONDS = 3
-# While the flag is written without pauses, the helper looks at it at most 20 times a second. One write may cost two
-# looks, so with these pauses the limit delays no look.
+# If events of the flag are frequent, the helper reads them at most 20 times a second. One write of the flag may need
+# two reads. With these pauses the limit delays no read.
 PAUSE_SECONDS = 0.1
 
 
@@ -136,8 +136,8 @@ def write_flag(text):
 
 
 def changes(world, pads):
-    """Returns, by the word written, the times in milliseconds from each write of the flag to that of the touchpad's
-    `inhibited` attribute."""
+    """Returns two lists of times in milliseconds by the word written, "on" or "off". Each time is from a write of the
+    flag to the write of the touchpad's `inhibited` attribute."""
     helper = Helper(world, pads.environment)
     watcher = subprocess.Popen([world["watcher"], pads.attributes[-1]], stdout=subprocess.PIPE, text=True)
     watcher.stdout.readline()
@@ -156,7 +156,7 @@ def changes(world, pads):
 
 
 def memory(world):
-    """Returns the PSS in MiB of the helper, the peers, and a program with libc alone. Runs one of these at a time."""
+    """Returns the PSS in MiB of the helper, of `sleep`, which loads only libc, and of the peers. Runs one at a time."""
     helper = Helper(world)
     taken = {"ours": settled_pss(helper.pid)}
     helper.end()

@@ -1,4 +1,4 @@
-"""Plugs and unplugs the chosen mouse repeatedly on the virtual laptop, and reports when the touchpad followed.
+"""Plugs and unplugs the chosen mouse on the virtual laptop, and measures when the touchpad is muted and unmuted.
 
 The packages are installed and the helper runs under its unit. All times are the kernel's own: when the mouse is added
 or removed, and when the touchpad's `inhibited` attribute is written. The reports are in seconds.

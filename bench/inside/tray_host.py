@@ -1,4 +1,4 @@
-"""Connects the scripts in a private session to its panel, bench/instruments/TrayHost.cpp."""
+"""Connects the scripts in a private session to the panel of that session, bench/instruments/TrayHost.cpp."""
 
 import collections
 import os

@@ -1,7 +1,7 @@
 """Plugs the chosen mouse repeatedly in the virtual machine, and reports when the flag was written.
 
 A minimal listener receives the same events and writes its own file. A separate watcher records the times of both
-writes. The reports are in seconds since the kernel's event.
+writes. The reports are in seconds since the kernel added the mouse.
 """
 
 import subprocess
@@ -28,7 +28,7 @@ def play(host, task):
         mouse = world.plug(NAME)
         on = writes(watcher)
         host.report("plugged", ours=on[OURS] - mouse.added, floor=on[LISTENER] - mouse.added)
-        # The flag becomes "off" after two seconds. By then udevd is idle, too.
+        # The flag becomes "off" two seconds after the removal. By then udevd is idle, too.
         mouse.unplug()
         writes(watcher)
     for process in (watcher, listener):

@@ -10,7 +10,8 @@ namespace bench {
 class Subject {
   public:
     void set(pid_t process, std::string word);
-    // Returns the CPU time of all its processes. Reads that of the first one immediately, then searches for the others.
+    // Returns the CPU time of all these processes. Reads that of the first process immediately, then searches for the
+    // others.
     long long cpuTimeSoFar() const;
 
   private:

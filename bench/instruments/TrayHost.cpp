@@ -4,9 +4,9 @@
 //     choose TITLE       chooses this entry in the menu of the newest item
 //     close              closes the newest window
 //
-// It prints one event per line (see Tell.h). "ready" comes first. "subject" answers the command of that name; "chosen"
-// or "no-entry" answers `choose`. "registered CPU" reports an icon with the CPU time of its program in nanoseconds.
-// "mapped", "painted" and "gone" report a window. The panel exits at the end of its standard input.
+// It prints one event per line (see Tell.h). The first one is "ready". "subject" answers the command of that name;
+// "chosen" or "no-entry" answers `choose`. "registered CPU" reports an icon with the CPU time of its program in
+// nanoseconds. "mapped", "painted" and "gone" report a window. The panel exits at the end of its standard input.
 
 #include <poll.h>
 #include <unistd.h>

@@ -9,8 +9,8 @@
 
 namespace bench {
 
-// The part of a panel on the X server: a tray that embeds windows. It also reports when other windows are mapped, first
-// painted and unmapped.
+// The part of a panel on the X server: a tray that embeds windows. It also reports when any other window is mapped, and
+// when the newest of these is unmapped.
 class XScreen {
   public:
     explicit XScreen(const Subject& subject);
@@ -21,9 +21,9 @@ class XScreen {
     int descriptor() const { return xcb_get_file_descriptor(x_); }
     // Handles pending events. Returns false after the server has disconnected.
     bool answer();
-    // From now on also reports the first drawing on the screen after the next window has been mapped.
+    // Makes answer() report the first drawing on the screen after the next window has been mapped.
     void watchForWindow();
-    // Closes the newest window, like the close button of its frame.
+    // Sends the newest window the message that a window manager sends for its close button.
     void closeWindow();
 
   private:

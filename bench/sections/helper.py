@@ -1,6 +1,6 @@
 """The privileged helper: its memory, its idle cost, and the time from the flag to the muted pad.
 
-The real helper runs in a private mount namespace, with a simulated pad and a user who does not exist on the machine.
+The real helper runs in a private mount namespace, with a simulated pad and a UID that no user account has.
 """
 
 import json

@@ -1,4 +1,4 @@
-"""The cost of a start until the first evaluation and at rest, and the idle cost, in a private session."""
+"""The cost of a start until the first evaluation and until the program is at rest, and the idle cost."""
 
 import private
 

@@ -32,7 +32,7 @@ std::string listFor(std::optional<uid_t> user) {
     return "u::rw-,u:" + std::to_string(*user) + ":rw-,g::r--,m::rw-,o::r--";
 }
 
-// The access control list of the file, in the same form. Empty if it cannot be read.
+// The access control list of the file, in the form that listFor() returns. Empty if it cannot be read.
 std::string listOf(int file) {
     const AccessList list(acl_get_fd(file));
     if (!list) return {};

@@ -22,17 +22,18 @@ class FlagFile {
 
     // "on" if the file consists of exactly these two bytes, else "off". Reads at most four bytes.
     Content content() const;
-    // Truncates a file that is longer than three bytes, the longest valid content, and frees space that was allocated
-    // beyond the end if the file takes more than 4 KiB. content() stays the same. Ignores failures.
+    // If the file is longer than three bytes, the length of "off", or takes more than 4 KiB on the disk: truncates it
+    // to at most three bytes, and frees space that was allocated beyond its end. Does not change content(). Ignores
+    // failures.
     void truncate() const;
     // Replaces a content other than "on" by the word "off". Ignores failures.
     void cleanContent() const;
-    // Whether the file has a further name in this folder, besides the given one. Names in other folders do not count.
-    // True also if that cannot be found out.
+    // Whether the file has a hard link in this folder besides `name`. Hard links in other folders do not count. True
+    // also if that cannot be found out.
     bool hasOtherNameIn(int folder, const char* name) const;
 
-    // Whether the file system of the file can be written; false also if that cannot be found out. After an error of the
-    // disk the kernel may make a file system read-only, without any event.
+    // Whether the file's file system is writable. False also if that cannot be found out. After a disk error the kernel
+    // may make a file system read-only, without any event.
     bool isOnAWritableDisk() const;
 
     // Whether the access control list is exactly the one that grantWriteTo() sets for this user, or for no user.

@@ -23,17 +23,18 @@ namespace kovra::helper {
 
 namespace {
 
-// The limit on how often the daemon looks at events. See the header.
+// How often the events are read at most. The comment of the class gives the reason.
 const RateLimit looks(10, std::chrono::milliseconds(50));
 
-// Events of the folders above the flag's folder: the name or the mode of the next folder of the path has changed, or
-// their own mode. The kernel reports these only together with such events of all other entries in the folder.
+// Events of the folders above the flag's folder. They show that the path's next folder was moved or removed, or that
+// the mode of a folder has changed. The kernel reports them for all entries of a watched folder, not for one entry
+// alone.
 constexpr std::uint32_t pathEvents = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// Events of the flag's folder: another file may be the flag, or the mode of the folder or of a file in it has changed.
-// Writing to files in the folder, such as those that other users have left, causes none of these events.
+// Events of the flag's folder: the flag's name may refer to another file, or the mode of the folder or of a file in it
+// has changed. Writing to files in the folder, such as those that other users have left, causes none of these events.
 constexpr std::uint32_t folderEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
-// Events of the flag: its content, its access list or its number of names has changed. The file itself is watched,
-// because it can also be written through another name.
+// Events of the flag: its content, its access control list or its number of hard links has changed. The file itself is
+// watched, because it can also be written through another hard link.
 constexpr std::uint32_t flagEvents = IN_MODIFY | IN_ATTRIB;
 
 // Watches the open file, even if its name refers to another file by now. Returns the watch descriptor, or -1, with

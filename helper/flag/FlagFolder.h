@@ -18,8 +18,8 @@
 
 namespace kovra::helper {
 
-// The folder where a path starts, and the user who must own its last folder and the flag (see openTrustedPath()). Tests
-// use another root.
+// The folder below which a path is resolved, and the user who must own the path's last folder and the flag (see
+// openTrustedPath()). Tests use another root.
 struct Trust {
     std::filesystem::path root = "/";
     uid_t owner = ::geteuid();
@@ -33,8 +33,8 @@ struct Trust {
 // each are read. No capability is needed, because the folder and its files belong to the caller.
 //
 // Other users can cause events without end: the user at the machine by writing the flag, anyone by touching a neighbor
-// of the path such as /tmp. So there are at most ten looks in a row and then twenty a second. The last event is never
-// lost: it counts after 50 ms at most.
+// of the path such as /tmp. So events are read at most ten times in a row, and then 20 times a second. No event is
+// lost, but reading it may be delayed by up to 50 ms.
 class FlagFolder {
   public:
     // Opens the folder at this absolute path and removes what an interrupted hand-over has left. Returns null, and logs
@@ -47,8 +47,9 @@ class FlagFolder {
 
     // Gives the flag's name to a file that this user alone, or no user, can write besides the owner. That is the file
     // that was this user's flag before, or else a new one that says "off". What the user has last written counts: "on"
-    // is kept, and anything else becomes "off". The previous user cannot write the flag, not even through an open
-    // descriptor. What that user has written is kept for their return, if there is room for a second link.
+    // is kept, and anything else becomes "off". The previous user can no longer write the flag, not even through an
+    // open descriptor. What that user has written is kept for their return, if the disk has room for a second hard
+    // link.
     //
     // Returns false, and logs one line, if that fails; no incomplete file is left. In most cases no user can write the
     // flag then. If the previous user's right could not be revoked, the flag is still theirs. If the new flag cannot be
@@ -56,9 +57,9 @@ class FlagFolder {
     bool handOver(std::optional<uid_t> user);
     // Whether the flag is as handOver() leaves it: this user alone, or no user, can write it, and it is watched.
     bool isFlagOf(std::optional<uid_t> user) const;
-    // Whether the flag is a regular file of the owner with exactly the two bytes "on" and no further name in the
-    // folder. A flag that cannot be watched counts as "off", because a later "off" would go unnoticed. So does one on a
-    // read-only disk, because "off" could not be written.
+    // Whether the flag is a regular file of the owner with exactly the two bytes "on", and has no other hard link in
+    // the folder. A flag that cannot be watched counts as "off", because a later "off" would go unnoticed. So does one
+    // on a read-only disk, because "off" could not be written.
     bool isOn() const;
 
     // Called when the flag may have changed or was replaced, including by handOver().
@@ -89,7 +90,7 @@ class FlagFolder {
     Descriptor folder_;
     Descriptor events_;
     std::unique_ptr<PacedWatch> watch_;
-    std::map<int, std::string> nextNames_;  // for each watched folder above: the name that the path continues with
+    std::map<int, std::string> nextNames_;  // by watch descriptor of a folder above: the path's next name
     int folderWd_ = -1;
     int flagWd_ = -1;
     std::unique_ptr<LeftFilesWatch> leftFiles_;

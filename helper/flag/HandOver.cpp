@@ -29,9 +29,9 @@ int clearName(int folder, const std::string& name) {
     return ::renameat2(folder, name.c_str(), folder, odd.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
 }
 
-// Steps 1 and 2 of handOverFlag(). Does nothing unless exactly one user can write the flag: otherwise there is no right
-// to revoke, or the helper has not created the file. If the link cannot be created, the right is revoked anyway. The
-// user's content is lost then, but the trackpad works.
+// Steps 1 and 2 of handOverFlag(). Does nothing if no user can write the flag, or if its access control list is not one
+// that the helper sets. If the link cannot be created, the right is revoked anyway. The user's content is lost then,
+// but the trackpad works.
 void revokeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
     const auto user = old ? old->writer() : std::nullopt;
@@ -41,8 +41,8 @@ void revokeOld(int folder, uid_t owner) {
     old->grantWriteTo(std::nullopt);
 }
 
-// Renames this file to the flag's name. A folder in the way is cleared first, since a file cannot replace a folder. The
-// folder was no flag, so no reader misses a flag meanwhile. Returns 0 or an error number.
+// Renames this file to the flag's name. If a folder has that name, it is removed or renamed first, since a file cannot
+// replace a folder. A folder is no flag, so no reader misses a flag meanwhile. Returns 0 or an error number.
 int renameToFlag(int folder, const std::string& name) {
     const auto rename = [&] { return ::renameat(folder, name.c_str(), folder, flagName) == 0; };
     if (rename()) return 0;
@@ -93,8 +93,8 @@ int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     const bool isOurs = left && left->isWritableBy(std::nullopt);
     if (user && !isOurs) clearName(folder, leftName(*user));
     const int error = isOurs ? returnLeft(folder, owner, *left, *user) : replaceFlag(folder, user);
-    // If the old user's right could not be revoked, the flag is still that user's. Cleaning removes its second name, so
-    // that it counts again.
+    // If the old user's right could not be revoked, the flag is still that user's. Cleaning removes its second hard
+    // link, so that it counts again.
     if (error != 0) cleanFlagFolder(folder, owner);
     return error;
 }

@@ -50,7 +50,8 @@ LeftFilesWatch::LeftFilesWatch(Loop& loop, int folder, uid_t owner)
     update();
 }
 
-// Removes the old watches one by one. To close the inotify descriptor and open another one would take milliseconds.
+// Removes the old watches one by one, because closing the inotify descriptor and opening another one takes
+// milliseconds.
 void LeftFilesWatch::update() {
     const std::set<int> before = std::exchange(watches_, {});
     forEachLeftFile(folder_, owner_, [&](const std::string& name, const FlagFile&) {
@@ -63,8 +64,8 @@ void LeftFilesWatch::update() {
     truncateLeftFiles(folder_, owner_);
 }
 
-// Reads the events only to remove them from the queue, since which file has changed does not matter. If some remain,
-// the watch calls this function again.
+// Empties the queue of events. Which of the files has changed does not matter. If events remain, the watch calls this
+// function again.
 void LeftFilesWatch::receiveEvents() {
     alignas(inotify_event) std::array<char, 16'384> buffer{};
     [[maybe_unused]] const ssize_t size = ::read(events_.number(), buffer.data(), buffer.size());

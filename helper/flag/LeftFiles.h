@@ -14,7 +14,7 @@
 
 namespace kovra::helper {
 
-// The name of the file that was this user's flag, and becomes the flag again when the user returns.
+// The name of a user's left file: the file that was this user's flag, and becomes the flag again when the user returns.
 std::string leftName(uid_t user);
 
 // Calls back for each regular file of the owner whose name begins with "state.left.", whatever its access list is.
@@ -25,9 +25,9 @@ void forEachLeftFile(int folder, uid_t owner,
 // helper gives to a left file.
 void truncateLeftFiles(int folder, uid_t owner);
 
-// A watch of the left files that truncates them when they grow, since users can write them through descriptors that
-// they have kept open. A file is truncated a quarter of a second later at most, so that no user takes room on the disk
-// through a file that is not the flag. A file that the kernel cannot watch is truncated at the next hand-over.
+// Truncates the left files when they grow, since users can write them through descriptors that they have kept open. A
+// file is truncated within a quarter of a second, so that no user can fill the disk through it. A file that the kernel
+// cannot watch is truncated at the next hand-over.
 class LeftFilesWatch {
   public:
     // The folder must stay open. Throws like Loop::onReadable().

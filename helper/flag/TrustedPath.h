@@ -19,7 +19,7 @@ struct TrustedPath {
 
 // Opens every folder of an absolute path, which is resolved below `root`. Follows no symbolic link below `root`.
 // Refuses the path if a folder cannot be opened, or if anyone but its owner can write it. The last folder must belong
-// to the owner. The folders above it, `root` included, must belong to the owner or to the user 0.
+// to `owner`. The folders above it, `root` included, must belong to `owner` or to the superuser.
 TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner);
 
 }  // namespace kovra::helper

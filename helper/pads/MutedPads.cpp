@@ -65,7 +65,7 @@ int MutedPads::lock(IfMissing ifMissing) {
     if (!found.isOpen()) return error;
     if (isSameFile(found, lockedFolder_)) return 0;
     if (::flock(found.number(), LOCK_EX | LOCK_NB) != 0) return errno;
-    names_.merge(namesIn(found));  // the previous holder may have added some
+    names_.merge(namesIn(found));  // another process may have added some meanwhile
     lockedFolder_ = std::move(found);
     return 0;
 }

@@ -14,9 +14,9 @@ namespace kovra::helper {
 // and any later process can unmute the devices. The kernel does not reuse a number before the next boot, and the folder
 // is empty at boot.
 //
-// One process at a time holds the list, by a lock on the folder. A second process would unmute what the first one has
-// muted, or remove an entry that the first one is about to use. The folder is closed to other users, so that they
-// cannot lock it.
+// One process at a time holds the list, by a lock on the folder. Otherwise a second process could unmute what the first
+// one has muted, or remove an entry of a device that the first one is about to mute. The folder is closed to other
+// users, so that they cannot lock it.
 class MutedPads {
   public:
     enum class IfMissing { create, fail };
@@ -43,7 +43,8 @@ class MutedPads {
     static bool isName(std::string_view name);
 
   private:
-    // Opens the folder of the list, and creates it first if that is wanted. A symbolic link in its place is an error.
+    // Opens the folder of the list, and creates it first if `ifMissing` says so. A symbolic link in its place is an
+    // error.
     Descriptor folder(IfMissing ifMissing, int& error) const;
 
     std::string runtimeFolder_;

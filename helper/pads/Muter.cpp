@@ -11,8 +11,8 @@ namespace kovra::helper {
 
 namespace {
 
-// A device's first refusals may only mean that udev's rule is still being applied. A line is logged once the device was
-// refused more often than this. With the delays between the retries, that many take three seconds.
+// While udev's rule is still being applied, the helper may not write the attribute of a device. So a line is logged
+// only after more refusals than this. With the delays between the retries, that takes three seconds.
 constexpr int patientRefusals = 6;
 
 }  // namespace

@@ -29,7 +29,7 @@ class Muter {
     // Mutes these devices, and unmutes all others in the list.
     void muteOnly(const std::vector<std::string>& names);
 
-    // Called when the list of muted pads has got its first entry or lost its last one.
+    // Called when the list of muted pads gets its first entry or loses its last one.
     std::function<void(bool isAnyMuted)> onChange;
 
   private:
@@ -44,7 +44,7 @@ class Muter {
     MutedPads& mutedPads_;
     const InhibitedAttribute& attribute_;
     std::set<std::string> wanted_;
-    std::map<std::string, int> refusals_;  // the devices to mute that the caller may not write yet, and how often
+    std::map<std::string, int> refusals_;  // by device: how often in a row writing was not permitted
     std::set<std::string> logged_;         // the devices for which a line was logged
     bool isAnyMuted_ = false;              // as last reported
     Backoff backoff_;

@@ -16,7 +16,7 @@ struct InputProperties {
     std::string name = {};   // the driver's name: "SYNA8004:00 06CB:CD8B Touchpad"
     bool isTouchpad = false;
     bool isMouse = false;
-    bool isPointingStick = false;                 // by udev; on I2C it is set for every mouse
+    bool isPointingStick = false;                 // ID_INPUT_POINTINGSTICK; on I2C udev sets it for every mouse
     bool hasStickProperty = false;                // INPUT_PROP_POINTING_STICK; most drivers do not set it
     bool hasMiddleButton = false;                 // as a rule sticks have one, and twins have none
     std::optional<std::string> integration = {};  // ID_INPUT_TOUCHPAD_INTEGRATION

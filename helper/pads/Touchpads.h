@@ -23,7 +23,7 @@ class Touchpads {
 
     // The kernel's names, such as "input17", from the last scan.
     const std::vector<std::string>& inputs() const { return inputs_; }
-    // Scans now. The constructor also scans, and so does the handler of events of input devices.
+    // Scans now. The constructor and each event of an input device cause a scan, too.
     void rescan();
 
     // Called when a scan finds other devices than the previous scan.

@@ -25,8 +25,8 @@ std::string sessionText(int (*get)(const char*, char**), const char* session) {
     return text;
 }
 
-// Returns the session in the foreground of the seat. Empty if there is none, or if its user or place cannot be read,
-// for example because it has just ended.
+// Returns the session in the foreground of the seat. Empty if there is none, or if sd-login cannot read its user or
+// whether it is remote, for example because the session has just ended.
 std::optional<ForegroundSession> foregroundSession() {
     char* name = nullptr;
     if (sd_seat_get_active(seat, &name, nullptr) < 0 || name == nullptr) return std::nullopt;

@@ -27,10 +27,10 @@ struct ForegroundSession {
 // the session has a virtual terminal but the kernel shows another one. `shownTerminal` is 0 if the kernel has none.
 std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session, unsigned shownTerminal);
 
-// A watch of who is at the machine. It watches the login manager's files about seats and sessions.
+// Watches who is at the machine, through the login manager's files about seats and sessions.
 //
 // It also watches which virtual terminal the kernel shows. A login manager that hangs does not write that the user has
-// switched to another terminal. Somebody else may be at the machine then, so nobody counts as being there.
+// switched to another terminal. Somebody else may be at the machine then, so no user counts as being there.
 class ActiveUser {
   public:
     // The sysfs attribute that contains the name of the shown virtual terminal, such as "tty2".

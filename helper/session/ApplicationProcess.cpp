@@ -30,8 +30,8 @@ std::string startedAs(pid_t process) {
     return program.substr(program.rfind('/') + 1);
 }
 
-// Compares the maps of user numbers, since a process may not read the namespaces of another user's process. A process
-// in a container usually has another map.
+// Compares the maps of UIDs, since a process may not read the namespaces of another user's process. A process in a
+// container usually has another map.
 bool isInOurUserNamespace(pid_t process) {
     return beginningOf("/proc/" + std::to_string(process) + "/uid_map") == beginningOf("/proc/self/uid_map");
 }

@@ -14,8 +14,8 @@ namespace kovra::helper {
 
 namespace {
 
-// Returns the rest of the line that starts with "label:\t", or nothing if there is none. Each label occurs once at
-// most, since the kernel escapes line feeds in the name of a process.
+// Returns the rest of the line that starts with "label:\t", or nothing if there is no such line. Each label occurs once
+// at most, since the kernel escapes line feeds in the name of a process.
 std::optional<std::string_view> field(std::string_view text, std::string_view label) {
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -28,7 +28,7 @@ std::optional<std::string_view> field(std::string_view text, std::string_view la
 }
 
 // Removes the number at the start of the text, and the tab that follows it, and returns the number. Returns nothing if
-// the text does not start with one.
+// the text does not start with a number.
 std::optional<std::uint32_t> takeNumber(std::string_view& text) {
     std::uint32_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -58,8 +58,8 @@ std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
 std::optional<ProcessStatus> processStatus(pid_t process) {
     const std::string path = "/proc/" + std::to_string(process) + "/status";
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    // The fields are near the start of the text. Only a list of hundreds of groups would move one of them, NSpid,
-    // beyond these bytes.
+    // The needed lines are within the first 4096 bytes, unless the process is in hundreds of groups: the list of groups
+    // precedes the line NSpid.
     std::array<char, 4096> text{};
     const ssize_t size = file.isOpen() ? ::read(file.number(), text.data(), text.size()) : -1;
     if (size <= 0) return std::nullopt;

@@ -19,10 +19,12 @@ struct ProcessStatus {
     int pidNamespaces = 1;
 };
 
-// Parses the text of /proc/PID/status. Empty if a field is malformed, or if one other than NSpid is missing.
+// Parses the text of /proc/PID/status. Returns nothing if it lacks the name, or a valid number of the parent, the real
+// user or the effective user.
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
 
-// Reads the status of a process. Empty if the process does not exist any more, or if its status cannot be read.
+// Reads the status of a process. Returns nothing if the process does not exist any more, or if its status cannot be
+// read.
 std::optional<ProcessStatus> processStatus(pid_t process);
 
 }  // namespace kovra::helper

@@ -65,7 +65,8 @@ class Deflate {
     }
 
   private:
-    // Writes the code of a length that has no extra bits.
+    // Writes a match that repeats the last byte. `code` is the Huffman code of a match length without extra bits, and
+    // `length` is the number of bits of that code.
     void addRepetition(unsigned code, int length) {
         addCode(code, length);
         addCode(0, 5);  // distance 1: the last byte

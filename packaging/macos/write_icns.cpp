@@ -31,7 +31,7 @@ constexpr std::array<Entry, 10> entries{{{"icp4", 16},
                                          {"ic09", 512},
                                          {"ic10", 1024}}};
 
-// The margin of the system's own icons on each side: 100 of 1024.
+// The margin that the system's own icons have on each side: 100 of 1024 pixels.
 constexpr double margin = 100.0 / 1024;
 
 void addBlock(std::string& file, std::string_view name, std::string_view content) {

@@ -15,9 +15,9 @@ namespace kovra {
 // The contract of AlertPresenter. A Driver provides `alerts()`, and `queue()`, the queue that runs while an alert is
 // open. `shown()` returns the titles of all alerts opened so far. `terminate()` simulates the end of the application.
 //
-// After `meanwhile(title, block)` the block runs from the queue once the alert with this title is open and topmost.
-// After `willAnswer(title, button)` the user answers that alert next: with the button, counted from 0, or without one
-// by closing the alert.
+// `meanwhile(title, block)` makes the queue run the block once the alert with this title is open and topmost.
+// `willAnswer(title, button)` makes the user answer that alert while it is topmost. `button` counts from 0; without a
+// button the user closes the alert.
 template <typename Driver>
 class AlertPresenterContract : public testing::Test {
   protected:

@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// The contract of Application. A Driver provides `application()`, and `queue()`, the queue that it runs.
+// The contract of Application. A Driver provides `application()`, and `queue()`, the queue that the application runs.
 // `runOut(delegate)` runs the application until it ends.
 template <typename Driver>
 class ApplicationContract : public testing::Test, protected ApplicationDelegate {

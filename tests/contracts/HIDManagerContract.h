@@ -15,8 +15,9 @@ namespace kovra {
 
 using ReportedNames = std::vector<std::string>;
 
-// The contract of HIDManager. A Driver provides the `service()` of a simulated machine. `attach(device)` returns what
-// it attached, for `detach(attached)` and `rename(attached, name)`. `settle()` runs the event loop until it is idle.
+// The contract of HIDManager. A Driver provides the `service()` of a simulated machine. `attach(device)` returns the
+// attached device in the form that `detach(attached)` and `rename(attached, name)` take. `settle()` runs the event loop
+// until it is idle.
 template <typename Driver>
 class HIDManagerContract : public testing::Test {
   protected:

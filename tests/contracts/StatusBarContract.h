@@ -10,11 +10,12 @@
 
 namespace kovra {
 
-// The contract of StatusBar. A Driver provides `bar()`. `settle()` waits for everything in progress.
+// The contract of StatusBar. A Driver provides `bar()`. `settle()` waits until all changes are shown.
 //
-// The user sees `icon()` (the name of the image), `toolTip()` and `menu()`. The menu has one line per menu item:
-// "[x] Mute", "[ ] Mute", "Quit (q)", "(Hint)" if disabled, or "---". `click(position)` chooses a menu item, counted
-// from 0, and may toggle its check mark as real panels do. `isThere()` returns whether the bar has a status item.
+// `icon()` (the name of the image), `toolTip()` and `menu()` return what the user sees. The menu has one line per menu
+// item: "[x] Mute", "[ ] Mute", "Quit (q)", "(Hint)" if disabled, or "---". `click(position)` chooses a menu item,
+// counted from 0, and may toggle its check mark as real panels do. `isThere()` returns whether the bar has a status
+// item.
 template <typename Driver>
 class StatusBarContract : public testing::Test {
   protected:

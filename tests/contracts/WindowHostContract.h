@@ -12,9 +12,9 @@
 
 namespace kovra {
 
-// The contract of WindowHost. A Driver provides `host()`. `settle()` waits for everything in progress. What the user
-// sees of the window is `isSeen()`, `title()`, and `content()` as the text of a ViewDump. `close()` presses the close
-// button of the frame, `turn(path, isOn)` sets a toggle, and `choose(path, tag)` selects in a picker.
+// The contract of WindowHost. A Driver provides `host()`. `settle()` waits until all changes are shown and reported.
+// `isSeen()`, `title()`, and `content()` (the text of a ViewDump) return what the user sees of the window. `close()`
+// presses the close button of the frame, `turn(path, isOn)` sets a toggle, and `choose(path, tag)` selects in a picker.
 template <typename Driver>
 class WindowHostContract : public testing::Test {
   protected:

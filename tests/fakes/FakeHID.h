@@ -167,7 +167,6 @@ class FakeHID::Manager : public HIDManager {
         hid_.open_ = true;
         const auto present = hid_.attached_;
         for (const auto& [number, device] : present) {
-            // The callback never runs inside open(), even after deliverAtOnce().
             hid_.queue_.async([&hid = hid_, generation = hid_.generation_, number = number] {
                 const auto still = hid.attached_.find(number);
                 if (still == hid.attached_.end() || !hid.isOpen() || generation != hid.generation_) return;

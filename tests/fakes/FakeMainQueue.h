@@ -12,7 +12,7 @@
 
 namespace kovra {
 
-// A main queue whose time stands still until a test advances it.
+// A main queue with a clock that only the test advances.
 //
 // Blocks run first in, first out. Delayed blocks join the queue when they are due, the earliest first. Blocks with the
 // same due time join in the order of their requests.

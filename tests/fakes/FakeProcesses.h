@@ -10,8 +10,8 @@
 
 namespace kovra {
 
-// Simulated programs. `outputs` has their outputs by path. output() returns nothing for any other program. start()
-// succeeds unless there is a `reasonToFail`. `terminate()` simulates the end of the application.
+// Simulated programs. `outputs` contains what each program prints, by its path. output() returns nothing for any other
+// program. start() succeeds unless there is a `reasonToFail`. `terminate()` simulates the end of the application.
 class FakeProcesses : public ProcessRunner {
   public:
     std::optional<std::string> output(const Command& command) override {

@@ -43,7 +43,7 @@ class FakeStatusBar : public StatusBar {
     bool makesImages = true;
     bool keepsMenus = true;
 
-    // What the item shows, and what it was made with.
+    // What the item shows, and the lengths that were requested for it.
     int items = 0;  // the number of items in the bar
     std::vector<double> lengths;
     std::optional<Drawing> image;

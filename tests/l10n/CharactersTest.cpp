@@ -44,8 +44,9 @@ TEST(CharactersTest, CountsAMarkAtTheBeginningAsACharacterOfItsOwn) {
     EXPECT_EQ(firstCharacters("\u0301\u0301ru", 2), "\u0301\u0301r");
 }
 
-// Code points of each kind that does not start a character: marks of every category and length in UTF-8, joiners,
-// variation selectors, skin tones and tags. U+0E33 (Thai), U+0EB3 (Lao) and U+FF9E (katakana) are letters by category.
+// The test covers each kind of code point that does not start a character: marks of every category and length in UTF-8,
+// joiners, variation selectors, skin tones and tags. U+0E33 (Thai), U+0EB3 (Lao) and U+FF9E (katakana) are letters by
+// category.
 TEST(CharactersTest, JoinsEveryKindOfMarkToItsLetter) {
     for (const std::string_view mark :
          {"\u0300",     "\u036F",     "\u0489",     "\u05B0",     "\u064B",     "\u0903",     "\u093E",    "\u094D",
@@ -56,7 +57,8 @@ TEST(CharactersTest, JoinsEveryKindOfMarkToItsLetter) {
     }
 }
 
-// Code points adjacent to those of JoinsEveryKindOfMarkToItsLetter, and marks that are characters of their own.
+// The test covers code points adjacent to those of JoinsEveryKindOfMarkToItsLetter, and marks that are characters of
+// their own.
 TEST(CharactersTest, SeparatesCodePointsThatStartACharacter) {
     for (const std::string_view other :
          {"\u02FF", "\u0370", "\u0482", "\u048A",     "\u0E32",     "\u0E35\u0E40", "\u102B",    "\u102C",

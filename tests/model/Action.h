@@ -13,21 +13,21 @@
 
 namespace kovra::model {
 
-// The properties of the state that have subscribers.
+// The properties of AppState that can have subscribers.
 enum class Property { devices, selectedIDs, isEnabled, mode, blocking };
 
-// One event, from outside or during an announcement. A list of actions that begins with a launch is a whole life. After
-// the launch any actions can be played in any order, so that a failing life can be shortened. The comment at each kind
-// names the members that it uses.
+// One step of a life: an event from outside, or what a subscriber does during an announcement. A life is a list of
+// actions that begins with a relaunch. All later actions can be performed in any order, so that a failing life can be
+// shortened. The comment beside each kind names the members that it uses.
 struct Action {
     enum class Kind {
-        attach,         // device: all its interfaces
-        detach,         // number: that interface, if it is attached
+        attach,         // device: all its interfaces are attached
+        detach,         // number: that interface is removed, if it is attached
         removeUnknown,  // number: the system reports a removal without an attachment
         attachAgain,    // number: an attached interface is reported a second time
         rename,         // number, text: an attached interface is removed and attached again with another name
         advance,        // time
-        advanceToWake,  // time: this long after the end of the earliest grace period
+        advanceToWake,  // time: until this long after the end of the earliest grace period
         stall,          // time: how long the program does not run
         runOneTurn,
         run,
@@ -35,10 +35,10 @@ struct Action {
         enable,       // truth
         setMode,      // truth: whether the mode is `always`
         pressHotKey,  //
-        failNext,     // number: this many writes, text: the reason
+        failNext,     // number: how many writes fail, text: the reason
         failAlways,   // text: the reason
         recover,      // ends failAlways
-        subscribe,    // number, property, times, truth: deliver the current value, inner: the reaction
+        subscribe,    // number, property, times, truth: whether the current value is delivered, inner: what it does
         unsubscribe,  // number
         evaluate,
         quit,

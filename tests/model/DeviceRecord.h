@@ -9,8 +9,8 @@
 
 namespace kovra::model {
 
-// Records the devices as episodes. An episode is the time of one interface from its attachment to its removal. Every
-// query searches the whole record, and nothing in it is cancelled or deleted.
+// The model's record of all devices, as episodes. An episode is the time of one interface from its attachment to its
+// removal. Every query searches the whole record, and no episode is ever deleted.
 class DeviceRecord {
   public:
     using InterfaceID = std::pair<bool, std::uint64_t>;  // whether it has a registry entry, and its number

@@ -15,8 +15,8 @@ const std::vector<DeviceDescription>& models() {
         aMouse("apple"),
         aMouse("APPLE"),                               // another key, but sorted as equal
         aMouse("apple").ids(0x046D, 1),                // another key, but the same name
-        aMouse("apple").ids(1, 23),                    // these two differ only
-        aMouse("apple").ids(12, 3),                    // by the place of the colon
+        aMouse("apple").ids(1, 23),                    // the key differs from the next one
+        aMouse("apple").ids(12, 3),                    // only in the place of the colon
         aMouse("Banana").interfaces(2),                //
         aMouse("banana").ids(7, std::nullopt),         //
         aMouse("Zebra %s %n #1:2").interfaces(3),      //
@@ -25,7 +25,7 @@ const std::vector<DeviceDescription>& models() {
         aMouse("cherry").ids(-1, 0x7FFFFFFFFFFFFFFF),  //
         aNamelessDevice(),                             //
         aNamelessDevice().ids(std::nullopt, 9).interfaces(2).withoutRegistryEntry(),
-        aMouse("Unknown device"),  // in English it shares its key with a nameless one
+        aMouse("Unknown device"),  // in English the key equals that of a nameless device
     };
     return all;
 }
@@ -78,7 +78,7 @@ std::vector<Action> Life::actions(int count) {
     return actions;
 }
 
-// Returns a random action. The weight of each kind says how often it is drawn; releaseDelegate is drawn separately.
+// Returns a random action. A kind with a greater weight is drawn more often; releaseDelegate is drawn separately.
 Action Life::next() {
     static constexpr std::array<std::pair<Kind, int>, 22> weights{{
         {Kind::attach, 150},    {Kind::detach, 200},     {Kind::removeUnknown, 12}, {Kind::attachAgain, 12},
@@ -171,7 +171,7 @@ Action Life::subscription(int depth) {
     return action;
 }
 
-// Returns the reaction of a subscriber to a change that is not stored yet.
+// Returns what a subscriber does while a change is announced and not yet stored.
 Action Life::reaction(int depth) {
     const std::uint64_t draw = below(24);
     if (draw < 10) return choice();

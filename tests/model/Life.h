@@ -10,7 +10,7 @@
 
 namespace kovra::model {
 
-// A random life, which depends only on the seed.
+// A random life: the initial state and the actions. It depends only on the seed.
 //
 // There are few device models, so that keys collide. Times are often at or near the grace period. Nothing here depends
 // on the program or the model.
@@ -43,12 +43,13 @@ class Life {
     std::mt19937_64 random_;
     std::string unknown_;                       // the text for a missing name
     std::vector<DeviceDescription> favorites_;  // models that occur more often in this life
-    // An estimate: a reaction counts once, when it is drawn, although it may run several times or never.
-    std::uint64_t interfaces_ = 0;            // the number attached so far
+    // The members from here to lastRemoved_ estimate which interfaces are attached when an action is performed. An
+    // action of a subscriber counts once, when it is generated, although it may be performed several times or never.
+    std::uint64_t interfaces_ = 0;            // how many have been attached
     std::vector<DeviceDescription> devices_;  // the device of each interface, by number
     std::vector<std::uint64_t> attached_;     // the interfaces that are attached now
     std::optional<DeviceDescription> lastRemoved_;
-    std::uint64_t subscribers_ = 0;  // the number made so far
+    std::uint64_t subscribers_ = 0;  // how many subscriptions have been generated
 };
 
 }  // namespace kovra::model

@@ -25,7 +25,7 @@ void expectAgreement(std::uint64_t firstSeed, int lives, Census& census) {
     }
 }
 
-// A run with too few events would prove nothing.
+// Expects each kind of effect at least 100 times, since a run with fewer events would prove little.
 void expectThatMuchHappened(const Census& census) {
     for (const auto& [what, times] : census) std::cout << what << ": " << times << "\n";
     for (const char* what :

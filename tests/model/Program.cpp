@@ -45,7 +45,7 @@ class Program::Preferences : public FakePreferences {
     }
 
   private:
-    // The selection is a set and is saved in no particular order, so sort its elements.
+    // The selection is a set and is saved in no particular order, so its elements are sorted here.
     static std::string text(const PreferenceValue& value) {
         if (const auto* truth = std::get_if<bool>(&value)) return words::truth(*truth);
         if (const auto* string = std::get_if<std::string>(&value)) return *string;
@@ -74,7 +74,8 @@ class Program::Desktop : public FakeApplication {
     Journal& journal_;
 };
 
-// One process, from launch to end. The delegate uses the other members and is destroyed first.
+// One process, from launch to end. The delegate uses the other members, so it is the last member and is destroyed
+// first.
 struct Program::Process {
     Process(Program& program)
         : desktop(program.journal_),

@@ -17,10 +17,10 @@
 
 namespace kovra::model {
 
-// The promised behavior, stated briefly, and differently from the program's implementation.
+// A second, shorter implementation of the promised behavior, which works differently from the program.
 //
-// The queue is a list of due events instead of closures. Whether an event still matters is decided when it is due.
-// Every effect goes into the journal.
+// The queue contains values instead of closures. Whether a queued event still has an effect is decided when it is due.
+// Every effect is recorded in the journal.
 class ReferenceModel {
   public:
     ReferenceModel(const Beginning& beginning, Journal& journal);
@@ -29,7 +29,7 @@ class ReferenceModel {
 
     std::string snapshot() const;
     std::size_t queued() const { return jobs_.size(); }
-    // Returns the time until the end of the next grace period, if there is one.
+    // Returns the time until the first end of a grace period, if any grace period is running.
     std::optional<std::chrono::nanoseconds> untilWake() const;
 
     // The number of grace periods that expired, and of those in which the device returned.
@@ -100,7 +100,7 @@ class ReferenceModel {
 
     Journal& journal_;
 
-    // The machine, which outlives the processes.
+    // The state of the machine, which persists when a process ends.
     const bool deliverAtOnce_;
     const std::string unknown_;
     std::map<std::string, PreferenceValue, std::less<>> disk_;
@@ -110,7 +110,7 @@ class ReferenceModel {
     std::optional<std::string> failAlways_;
     Time now_{0};
 
-    // The current process.
+    // The state of the current process.
     bool running_ = false;
     bool launched_ = false;
     bool held_ = false;  // whether the owner still holds the delegate

@@ -38,7 +38,7 @@ class DriverListingTest : public testing::Test {
         EXPECT_TRUE(log_.lines.empty());
         return isActive;
     }
-    // Returns a command for scripts. It prints a listing with the driver in this state.
+    // Returns a shell command that prints a listing with the driver in this state.
     static std::string lists(const std::string& state, const std::string& identifier = DriverActivator::extensionID) {
         return "printf '1 extension(s)\\n\\n*\\t*\\tTEAM000000\\t" + identifier + " (1.0/1.0)\\tdriver\\t[" + state +
                "]\\n'\n";

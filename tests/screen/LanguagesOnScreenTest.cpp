@@ -1,4 +1,5 @@
-// Reads every text of the windows from the widgets, in each language. All messages are encoded and decoded first.
+// Reads every text of the windows from the widgets, in each language. As between the processes, all messages are
+// encoded and decoded.
 
 #include <gtest/gtest.h>
 

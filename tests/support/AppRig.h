@@ -27,7 +27,8 @@
 
 namespace kovra {
 
-// A computer with a user. It survives the end of the program.
+// A computer with a user: the fakes of everything outside the program. It stays the same when the program ends and
+// starts again.
 struct Computer {
     FakeMainQueue queue;
     FakeHID hid{queue};
@@ -44,7 +45,6 @@ struct Computer {
     FakeWorkspace workspace;
     FakeBundle bundle;
 
-    // Returns the services of this computer for an application.
     Platform platformFor(Application& application) {
         return {application, queue, hid,     preferences, files,     log,       locale, statusBar,
                 hotKeys,     login, windows, alerts,      processes, workspace, bundle};
@@ -67,7 +67,7 @@ struct Computer {
     }
 };
 
-// The whole application on a computer of fakes.
+// The whole application on the fakes of a computer.
 struct AppRig {
     explicit AppRig(Computer& on) : computer(on) {
         application.onTerminating = [this] { computer.queue.stop(); };

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// Environment variables for a test. The destructor restores their previous values.
+// Changes environment variables for a test. The destructor restores their previous values.
 class Environment {
   public:
     Environment() = default;

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// Returns seeds for generated tests: fixed ones, with which every run is the same, and a fresh one. A test names its
+// Returns seeds for generated tests: fixed ones, which are the same in every run, and one random seed. A test names its
 // seed in SCOPED_TRACE, so that a failure can be reproduced.
 inline std::vector<std::uint32_t> fixedAndFreshSeeds(std::uint32_t fixedCount) {
     std::vector<std::uint32_t> seeds;

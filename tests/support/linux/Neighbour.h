@@ -47,8 +47,7 @@ class Neighbour {
         }
         sync();
     }
-    // Returns the number of keys pressed so far. Reports the time of the last one to the window manager, as toolkits
-    // do.
+    // Returns the number of keys pressed so far. Reports the time of each press to the window manager, as toolkits do.
     int keysPressed() {
         sync();
         while (const Handle<xcb_generic_event_t, std::free> event{xcb_poll_for_event(x())}) {
@@ -62,7 +61,7 @@ class Neighbour {
         return keys_;
     }
 
-    // Returns the title of the window with the focus, or of its nearest parent with a title. Empty if there is none.
+    // Returns the title of the window with the focus, or of its nearest ancestor with a title. Empty if there is none.
     std::string titleWithTheKeyboard() {
         const Handle<xcb_get_input_focus_reply_t, std::free> focus(
             xcb_get_input_focus_reply(x(), xcb_get_input_focus(x()), nullptr));

@@ -16,7 +16,7 @@
 
 namespace kovra {
 
-// A user in front of the screen, who sees windows and pixels and uses the mouse and the keyboard.
+// Simulates a user who looks at the screen of the X server and uses the mouse and the keyboard.
 class Onlooker {
   public:
     struct Place {

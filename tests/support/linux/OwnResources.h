@@ -7,7 +7,8 @@
 #include <filesystem>
 #include <iterator>
 
-// The address sanitizer, which replaces malloc, provides this function. Without it the address of the function is null.
+// A function of the address sanitizer, which replaces malloc. Without the sanitizer the address of the function is
+// null.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));  // NOLINT
 
 namespace kovra {

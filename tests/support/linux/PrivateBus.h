@@ -17,8 +17,8 @@ namespace kovra {
 // daemon's address.
 class PrivateBus {
   public:
-    // `limits` are elements of the daemon's configuration. If they are given, they replace the standard configuration
-    // of session buses.
+    // `limits` are elements for the daemon's configuration. If they are given, a minimal configuration with these
+    // elements replaces the standard one of session buses.
     explicit PrivateBus(std::string variable, const std::string& limits = "") : variable_(std::move(variable)) {
         if (!limits.empty()) configure(limits);
         start();

@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// During its lifetime, files of this process cannot grow beyond this size. A write then fails as on a full disk, but
-// with EFBIG. The limit also applies to root.
+// While this object exists, files of this process cannot grow beyond this size. A write then fails as on a full disk,
+// but with EFBIG. The limit also applies to root.
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes) {

@@ -9,7 +9,7 @@
 
 namespace kovra {
 
-// During its lifetime, tests that run as root act as a user without privileges, so that file permissions apply.
+// While this object exists, tests that run as root act as a user without privileges, so that file permissions apply.
 class OrdinaryUser {
   public:
     OrdinaryUser() {
@@ -24,7 +24,7 @@ class OrdinaryUser {
         static_cast<void>(::setegid(0));
     }
 
-    // Call it before construction, for each file that the user must own.
+    // Makes that user the owner of a file. Must be called before the constructor.
     static void give(const std::filesystem::path& path) {
         if (::geteuid() == 0 && ::chown(path.c_str(), nobody, nobody) != 0) {
             throw std::runtime_error("cannot give away " + path.string());

@@ -8,10 +8,10 @@
 
 namespace kovra {
 
-// Shell scripts as programs for a test. A script finds its folder as $here.
+// Shell scripts as programs for a test. The variable $here of a script contains the path of its folder.
 class Scripts {
   public:
-    // Returns the path of the program.
+    // Creates a script and returns its path.
     std::string make(const std::string& text, const std::string& name = "program") const {
         const std::string path = folder_ / name;
         writeFile(path, "#!/bin/sh\nhere='" + folder_.path().string() + "'\n" + text + "\n");
