@@ -1,14 +1,17 @@
-"""A scenario of a downgrade while a pad is muted, to the helper that ran as root."""
+"""A scenario of a downgrade while a pad is muted, to the helper that ran as root, and of the upgrade back."""
 
 import os
+import signal
 
-from laptop import FLAG, flag
+from laptop import FLAG, HELPER, flag, run
 from running import scenario
-from waiting import check, now
-from walls_of_the_helper import expect_granted, user_of_helper
+from waiting import check, now, wait_for
+from walls_of_the_helper import (drop_in, expect_granted, expect_taken_over, helper_process,
+                                 mute_by_the_helper_of_root, user_of_helper)
 
 
-@scenario("A downgrade to the helper that runs as root keeps the pad muted for Anna, and it is unmuted after the mouse.")
+@scenario("A downgrade to the helper that ran as root keeps the pad muted, and it is unmuted after the mouse. If that "
+          "helper is killed and nothing unmutes its pad, the upgrade does.")
 def downgrade(laptop):
     one = laptop.plug_pad(twin=True)
     application, mouse = laptop.mute(one)
@@ -25,5 +28,17 @@ def downgrade(laptop):
     laptop.expect_dead(one)
     mouse.unplug()
     measured = laptop.expect_back_after_grace(mouse, one)
+    application.kill()
+    one.unplug()
+
+    other, application, mouse = mute_by_the_helper_of_root(laptop)
+    with drop_in("[Service]\nRestart=no\nExecStopPost=\n"):
+        os.kill(helper_process(), signal.SIGKILL)
+        wait_for(lambda: run("systemctl", "show", "-P", "ActiveState", HELPER).strip() == "failed", "the unit to fail")
+    laptop.expect_dead(other)
+    since = now()
     laptop.upgrade_helper()
+    for device in other.inputs:
+        laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
+    expect_taken_over(laptop, other, application, mouse)
     return measured

@@ -229,19 +229,3 @@ def upgrade_from_root(laptop):
     log = log_since(cursor)
     check("cannot be unmuted" not in log, log[-500:])
     expect_taken_over(laptop, one, application, mouse)
-
-
-@scenario("The same if the helper of root was killed and nothing has unmuted its pad: the helper's user unmutes it.")
-def upgrade_from_root_that_was_killed(laptop):
-    laptop.install()
-    laptop.downgrade_helper()
-    one, application, mouse = mute_by_the_helper_of_root(laptop)
-    with drop_in("[Service]\nRestart=no\nExecStopPost=\n"):
-        os.kill(helper_process(), signal.SIGKILL)
-        wait_for(lambda: run("systemctl", "show", "-P", "ActiveState", HELPER).strip() == "failed", "the unit to fail")
-    laptop.expect_dead(one)
-    since = now()
-    laptop.upgrade_helper()
-    for device in one.inputs:
-        laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
-    expect_taken_over(laptop, one, application, mouse)
