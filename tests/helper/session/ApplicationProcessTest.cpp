@@ -7,52 +7,22 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <functional>
+#include <cstring>
 #include <string>
 
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/ProcessName.h"
+#include "tests/helper/session/WaitingProcess.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra::helper {
 namespace {
 
-// A child process that runs as this user. It does the work and then waits until it is killed.
-class Child {
-  public:
-    Child(uid_t user, const std::function<void()>& work) {
-        int done[2];
-        EXPECT_EQ(::pipe(done), 0);
-        number_ = ::fork();
-        if (number_ == 0) {
-            if (::setresuid(user, user, user) != 0) ::_exit(1);
-            work();
-            EXPECT_EQ(::write(done[1], "x", 1), 1);
-            while (true) ::pause();
-        }
-        ::close(done[1]);
-        char isDone = 0;
-        EXPECT_EQ(::read(done[0], &isDone, 1), 1);
-        ::close(done[0]);
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-    ~Child() {
-        ::kill(number_, SIGKILL);
-        ::waitpid(number_, nullptr, 0);
-    }
-
-    pid_t number() const { return number_; }
-
-  private:
-    pid_t number_ = -1;
-};
-
 TEST(ApplicationProcessTest, IsCalledAndWasStartedAsTheApplication) {
     inPrivateMachine([](uid_t user) {
-        const Child application(user, [] { takeName("ble-kovra"); });
-        const Child onlyCalled(user, [] { ::prctl(PR_SET_NAME, "ble-kovra"); });
-        const Child onlyStarted(user, [] {
+        const WaitingProcess application(user, named("ble-kovra"));
+        const WaitingProcess onlyCalled(user, [] { ::prctl(PR_SET_NAME, "ble-kovra"); });
+        const WaitingProcess onlyStarted(user, [] {
             takeName("ble-kovra");
             ::prctl(PR_SET_NAME, "another");
         });
@@ -92,7 +62,7 @@ TEST(ApplicationProcessTest, IsNoScriptWithItsName) {
 
 TEST(ApplicationProcessTest, IsNoProcessOfAContainer) {
     inPrivateMachine([](uid_t user) {
-        const Child otherUsers(user, [] {
+        const WaitingProcess otherUsers(user, [] {
             takeName("ble-kovra");
             ASSERT_EQ(::unshare(CLONE_NEWUSER), 0);
         });
@@ -101,7 +71,7 @@ TEST(ApplicationProcessTest, IsNoProcessOfAContainer) {
 
         int numbers[2];
         ASSERT_EQ(::pipe(numbers), 0);
-        const Child parent(0, [&] {
+        const WaitingProcess parent(0, [&] {
             ASSERT_EQ(::unshare(CLONE_NEWPID), 0);
             const pid_t otherProcesses = ::fork();
             if (otherProcesses == 0) {

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <chrono>
+#include <utility>
+
+#include "helper/Loop.h"
+#include "helper/session/ApplicationWatch.h"
+#include "tests/helper/RunUntil.h"
+
+namespace kovra::helper {
+
+// A watch of the application on a loop of its own, with what it has reported.
+class ApplicationWatchRig {
+  public:
+    ApplicationWatchRig() {
+        watch.onChange = [this] {
+            ++changes_;
+            loop_.stop();
+        };
+    }
+    bool gotChange() {
+        runFor(std::chrono::seconds(10));
+        return std::exchange(changes_, 0) == 1;
+    }
+    bool gotNothing() {
+        handleEvents(loop_);
+        return changes_ == 0;
+    }
+    bool gotNothingFor(std::chrono::milliseconds time) {
+        runFor(time);
+        return changes_ == 0;
+    }
+
+  private:
+    void runFor(std::chrono::milliseconds time) {
+        const auto over = loop_.after(time, [this] { loop_.stop(); });
+        loop_.run();
+    }
+
+    Loop loop_;
+    int changes_ = 0;
+
+  public:
+    ApplicationWatch watch{loop_};
+};
+
+}  // namespace kovra::helper
