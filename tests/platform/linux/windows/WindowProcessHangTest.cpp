@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <thread>
 
 #include "tests/platform/linux/loop/Turns.h"
@@ -15,35 +14,28 @@ class WindowProcessHangTest : public WindowProcessRig {
     static constexpr auto sign = 150ms;
 
     WindowProcessHangTest() { times.sign = sign; }
-    ~WindowProcessHangTest() override {
-        if (stopped_ != 0) ::kill(stopped_, SIGKILL);  // it would stay, because it is not a child of this process
-    }
 
-    // Runs a script as the window process. The script answers each "ping".
+    // A process that gives a sign of life whenever it is asked. It reads by itself: a stopped child of the script would
+    // outlive the test.
     void useOneThatAnswers(const std::string& atItsStart = "") {
         use(atItsStart + R"(
+echo $$ >$here/pid
 echo >>$here/starts
 : >$here/shown
 while read -r line <&3; do case $line in
     *ping*) echo "$line" | sed s/ping/pong/ >&3; echo "$line" >>$here/asked ;;
     *) echo "$line" >>$here/shown ;;
-esac; done & echo $$ $! >$here/pids; wait)");
+esac; done)");
     }
     bool isShown(const std::string& text) const { return read("shown").find(text) != std::string::npos; }
     std::size_t answers() const {
         const std::string text = read("asked");
         return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     }
-    // Stops the script's shell, and its child process that reads the messages.
-    void stop() {
-        pid_t shell = 0;
-        ASSERT_EQ(std::sscanf(read("pids").c_str(), "%d %d", &shell, &stopped_), 2);
-        ::kill(stopped_, SIGSTOP);
-        ::kill(shell, SIGSTOP);
+    void stop() const {
+        ASSERT_NE(pid(), 0);
+        ::kill(pid(), SIGSTOP);
     }
-
-  private:
-    pid_t stopped_ = 0;
 };
 
 TEST_F(WindowProcessHangTest, ReplacesAProcessThatHangsAndShowsTheNewestStateInTheNextOne) {
