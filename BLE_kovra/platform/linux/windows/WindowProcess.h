@@ -38,7 +38,7 @@ class WindowProcess {
                                                      std::chrono::seconds(25)};
         std::chrono::nanoseconds settled = std::chrono::minutes(1);
         std::chrono::nanoseconds linger = std::chrono::seconds(30);
-        std::chrono::nanoseconds firstSign = std::chrono::seconds(30);
+        std::chrono::nanoseconds firstSign = std::chrono::minutes(2);
         std::chrono::nanoseconds sign = std::chrono::seconds(5);
     };
 

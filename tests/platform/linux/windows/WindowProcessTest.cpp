@@ -129,7 +129,7 @@ TEST_F(WindowProcessTest, HasTheseTimesByDefault) {
     EXPECT_EQ(timing.delays, (std::vector<std::chrono::nanoseconds>{1s, 5s, 25s}));
     EXPECT_EQ(timing.settled, 1min);
     EXPECT_EQ(timing.linger, 30s);
-    EXPECT_EQ(timing.firstSign, 30s);
+    EXPECT_EQ(timing.firstSign, 2min);
     EXPECT_EQ(timing.sign, 5s);
 }
 
