@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 
 #include "helper/Descriptor.h"
@@ -14,8 +15,11 @@ namespace kovra::helper {
 
 namespace {
 
-// Returns the rest of the line that starts with "label:\t", or nothing if there is no such line. Each label occurs once
-// at most, since the kernel escapes line feeds in the name of a process.
+// A process has up to 65,536 groups, whose line precedes NSpid. This is enough for thousands.
+constexpr std::size_t longestStatus = 65'536;
+
+// Returns the rest of the line that starts with "label:\t", or nothing if there is none. Each label occurs once at
+// most, since the kernel escapes line feeds in the name of a process.
 std::optional<std::string_view> field(std::string_view text, std::string_view label) {
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -58,12 +62,16 @@ std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
 std::optional<ProcessStatus> processStatus(pid_t process) {
     const std::string path = "/proc/" + std::to_string(process) + "/status";
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    // The needed lines are within the first 4096 bytes, unless the process is in hundreds of groups: the list of groups
-    // precedes the line NSpid.
-    std::array<char, 4096> text{};
-    const ssize_t size = file.isOpen() ? ::read(file.number(), text.data(), text.size()) : -1;
-    if (size <= 0) return std::nullopt;
-    return parseProcessStatus({text.data(), static_cast<std::size_t>(size)});
+    if (!file.isOpen()) return std::nullopt;
+    std::string text;
+    std::array<char, 4096> part{};
+    while (text.size() <= longestStatus) {
+        const ssize_t size = ::read(file.number(), part.data(), part.size());
+        if (size < 0) return std::nullopt;
+        if (size == 0) return parseProcessStatus(text);
+        text.append(part.data(), static_cast<std::size_t>(size));
+    }
+    return std::nullopt;
 }
 
 }  // namespace kovra::helper

@@ -24,7 +24,7 @@ struct ProcessStatus {
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
 
 // Reads the status of a process. Returns nothing if the process does not exist any more, or if its status cannot be
-// read.
+// read or is longer than 64 KiB.
 std::optional<ProcessStatus> processStatus(pid_t process);
 
 }  // namespace kovra::helper

@@ -1,10 +1,21 @@
 #include "helper/session/ProcessStatus.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstddef>
+#include <functional>
+#include <numeric>
 #include <string>
+#include <vector>
+
+#include "tests/helper/AsRoot.h"
+#include "tests/helper/PrivateMachine.h"
+#include "tests/helper/session/WaitingProcess.h"
 
 namespace kovra::helper {
 namespace {
@@ -25,6 +36,41 @@ TEST(ProcessStatusTest, CountsTheNamespacesOfTheProcess) {
     const std::string text = "Name:\tble-kovra\nPPid:\t12\nUid:\t1\t1\t1\t1\nNSpid:\t77";
     EXPECT_EQ(parseProcessStatus(text + "\n")->pidNamespaces, 1);
     EXPECT_EQ(parseProcessStatus(text + "\t5\t1\n")->pidNamespaces, 3);
+}
+
+// Runs the check with the number of a process that is in a process namespace of its own, and in this many groups.
+void withProcessOfAContainer(std::size_t groups, const std::function<void(pid_t)>& check) {
+    runAsRoot([&] {
+        inPrivateMachine([&](uid_t) {
+            std::vector<gid_t> numbers(groups);
+            std::iota(numbers.begin(), numbers.end(), gid_t{1});
+            int ends[2];
+            ASSERT_EQ(::pipe(ends), 0);
+            const WaitingProcess parent(0, [&] {
+                ASSERT_EQ(::setgroups(numbers.size(), numbers.data()), 0);
+                ASSERT_EQ(::unshare(CLONE_NEWPID), 0);
+                const pid_t process = ::fork();
+                while (process == 0) ::pause();
+                ASSERT_EQ(::write(ends[1], &process, sizeof process), static_cast<ssize_t>(sizeof process));
+            });
+            pid_t process = 0;
+            ASSERT_EQ(::read(ends[0], &process, sizeof process), static_cast<ssize_t>(sizeof process));
+            check(process);
+            ::kill(process, SIGKILL);
+        });
+    });
+}
+
+TEST(ProcessStatusTest, CountsTheNamespacesOfAProcessInThousandsOfGroups) {
+    withProcessOfAContainer(2'000, [](pid_t process) {
+        const auto status = processStatus(process);
+        ASSERT_TRUE(status);
+        EXPECT_EQ(status->pidNamespaces, 2);
+    });
+}
+
+TEST(ProcessStatusTest, IsEmptyIfItsTextIsTooLong) {
+    withProcessOfAContainer(20'000, [](pid_t process) { EXPECT_FALSE(processStatus(process)); });
 }
 
 TEST(ProcessStatusTest, IsEmptyForADamagedText) {
