@@ -27,6 +27,15 @@ std::string refusalOf(const Descriptor& folder, std::initializer_list<uid_t> own
     return {};
 }
 
+// Tells root what to do if the folder was installed for the helper's user. Only root can have given it to that user,
+// since the folders above are trusted.
+std::string refusalOfLast(const Descriptor& folder, uid_t owner) {
+    const std::string refusal = refusalOf(folder, {owner});
+    struct stat status {};
+    const bool isSomebodys = owner == superuser && ::fstat(folder.number(), &status) == 0 && status.st_uid != superuser;
+    return isSomebodys ? refusal + ": start the helper as that user, not as root" : refusal;
+}
+
 }  // namespace
 
 TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner) {
@@ -36,7 +45,7 @@ TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesy
     std::filesystem::path reached = root;
     const auto append = [&](Descriptor folder) {
         const bool isLast = reached == whole;
-        const std::string refusal = isLast ? refusalOf(folder, {owner}) : refusalOf(folder, {superuser, owner});
+        const std::string refusal = isLast ? refusalOfLast(folder, owner) : refusalOf(folder, {superuser, owner});
         if (refusal.empty()) {
             trusted.folders.push_back(std::move(folder));
         } else {

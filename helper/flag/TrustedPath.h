@@ -19,7 +19,8 @@ struct TrustedPath {
 
 // Opens every folder of an absolute path, which is resolved below `root`. Follows no symbolic link below `root`.
 // Refuses the path if a folder cannot be opened, or if anyone but its owner can write it. The last folder must belong
-// to `owner`. The folders above it, `root` included, must belong to `owner` or to the superuser.
+// to `owner`. The folders above it, `root` included, must belong to `owner` or to the superuser. If `owner` is the
+// superuser and only the last folder belongs to another user, the refusal names the user who must start the helper.
 TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner);
 
 }  // namespace kovra::helper
