@@ -15,7 +15,6 @@ namespace kovra {
 
 namespace {
 
-// Returns the bundle's version, or "1.0" if the version is missing or not a text.
 std::string versionText(const Bundle& bundle) {
     const auto value = bundle.infoDictionaryValue("CFBundleShortVersionString");
     const std::string* text = value ? std::get_if<std::string>(&*value) : nullptr;

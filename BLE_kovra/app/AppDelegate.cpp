@@ -50,11 +50,11 @@ void AppDelegate::applicationDidFinishLaunching() {
     // 1. No entry in the task bar.
     platform_.application.setActivationPolicy(ActivationPolicy::accessory);
 
-    // 2. The status item with its menu. Its icon has no slash yet.
+    // 2. The status item with its menu.
     setupStatusItem();
 
-    // 3. The device monitor. It reports every device through the queue, after this function has returned, including
-    // those that are attached already.
+    // 3. The device monitor. It reports devices only from the event loop, which does not run before step 9. This
+    // includes the devices that are attached already.
     monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
         const auto self = weak.lock();
         if (!self) return;
@@ -62,7 +62,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     };
     monitor_->start();
 
-    // 4 to 6. The subscriptions. The values that were just loaded are not saved again.
+    // 4 to 6. The subscriptions to the user's choices. They do not save the values that AppState loaded from the
+    // preferences.
     saveOnChange(state_.selectedIDs, [](AppState& state) { state.saveSelected(); });
     saveOnChange(state_.isEnabled, [](AppState& state) { state.defaults.set(state.kEnabled, state.isEnabled.get()); });
     saveOnChange(state_.mode, [](AppState& state) { state.saveMode(); });
@@ -74,8 +75,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     // 8. The first decision, from the saved choices and without any device.
     evaluate();
 
-    // 9. The explanation of the driver, unless the driver is active. This step comes last because it waits for the
-    // user; everything above keeps working meanwhile.
+    // 9. The alert about the driver, unless the driver is active. This step is the last one because it waits for the
+    // user's answer. Everything that the steps before have started keeps working meanwhile.
     const bool isActive = driver_.isExtensionActive();
     if (!isActive && !hasTerminated_)
         DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
@@ -90,15 +91,14 @@ void AppDelegate::applicationDidResume() {
 void AppDelegate::applicationWillTerminate() {
     hasTerminated_ = true;
 
-    // 1. Unmute the trackpad, whatever the mode and the switch say.
+    // Unmute the trackpad first, whatever the mode and the switch are.
     helper_.set(false);
 
-    // 2. Unregister the hot key.
     hotkey_.unregister();
 }
 
 void AppDelegate::evaluate() {
-    // If a block quits the application, the evaluate() after it must not write the flag again.
+    // A block of enqueue() may quit the application. The call of evaluate() after it must not write the flag again.
     if (hasTerminated_) return;
     const bool mute =
         decideMuting(state_.mode.get(), state_.isEnabled.get(), [this] { return state_.anySelectedConnected(); });

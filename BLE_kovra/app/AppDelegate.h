@@ -19,11 +19,11 @@ class SettingsWindow;
 class StatusItem;
 struct Platform;
 
-// The application's delegate. It starts the services in order, saves each change of the user's choices, decides whether
-// to mute, and unmutes the trackpad at the end.
+// The application's delegate. It starts the services in a fixed order, saves each change of the user's choices, decides
+// whether to mute, and unmutes the trackpad when the application terminates.
 //
-// A choice is announced before it is stored, so the handler of the announcement only queues a block. The block finds
-// the new value stored, saves it and decides again.
+// AppState announces a changed choice before it stores the choice (see Published). So the handler of the announcement
+// only queues a block. The block saves the stored choice and decides again.
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
   public:
     static std::shared_ptr<AppDelegate> create(const Platform& platform, AppState& state, HelperController& helper,
@@ -31,31 +31,32 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching() override;
-    // Opens the settings. This also works on a desktop without a tray.
+    // Opens the settings window. On a desktop without a tray, this is how the user reaches the settings.
     void applicationDidReopen() override;
-    // Decides again one queue turn later. This retries a failed write of the flag.
+    // Queues a call of evaluate(), which tries a failed write of the flag again.
     void applicationDidResume() override;
     void applicationWillTerminate() override;
 
-    // Decides whether to mute, then updates the flag, `blocking` and the status item. The flag is not written again if
-    // its last successful write had the same decision. Does nothing after applicationWillTerminate(), so that the flag
-    // stays "off".
+    // Decides whether to mute, then updates the flag, `AppState::blocking` and the status item. The flag is not written
+    // again if its last successful write had the same decision. Does nothing after applicationWillTerminate(), so that
+    // the flag stays "off".
     void evaluate();
 
-    // Creates the status item with its menu. Until refreshUI() is called, the icon has no slash, whatever the decision.
+    // Creates the status item with its menu. The icon has no slash, which would mean "muted", until refreshUI() is
+    // called.
     void setupStatusItem();
-    // Updates both check marks, the icon and its tool tip. The icon shows the decision to mute, not the switch. Aborts
-    // if setupStatusItem() was not called before.
+    // Updates the check marks of the switch and of launch at login, the icon and its tool tip. The icon shows the last
+    // decision, not the switch. Aborts if setupStatusItem() was not called before.
     void refreshUI();
 
-    // Menu actions.
+    // The actions of the status item's menu.
     void toggleEnabled();
     // Toggles launch at login, then sets the check mark from the status that the system reports. Aborts if
     // setupStatusItem() was not called before.
     void toggleLaunchAtLogin();
-    // Shows the settings window in front. The first call creates it.
+    // Shows the settings window in front of other windows. The first call creates the window.
     void openSettings();
-    // Explains the driver and offers to activate it, even if it is active.
+    // Shows an alert that explains the driver and offers to activate it, even if the driver is active.
     void activateDriver();
     void showAbout();
     void quit();
@@ -69,19 +70,19 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     // Queues a block that calls `work` and then evaluate(). Each call is skipped if the delegate has been destroyed by
     // then.
     void enqueue(Work work);
-    // Calls enqueue(save) at each announcement of the property. The announced value is ignored: `save` reads the stored
-    // one.
+    // Calls enqueue(save) each time the property announces a value. The announced value is ignored, because `save`
+    // reads the stored one.
     template <typename T>
     void saveOnChange(Published<T>& property, Work save);
 
-    // Returns a handler that toggles the switch and beeps, one queue turn after the press. The handler may outlive the
-    // delegate; it then only beeps.
+    // Returns a handler that toggles the switch and beeps, one queue turn after the press. After the delegate has been
+    // destroyed, the handler only beeps.
     std::function<void()> hotKeyHandler();
     // Returns a menu action that calls `work` while the delegate exists, and does nothing afterwards.
     std::function<void()> action(void (AppDelegate::*work)());
     MenuItemState launchAtLoginState() const;
     void showIcon(bool muted) const;
-    // Returns the status item. Aborts if there is none.
+    // Returns the status item. Aborts if setupStatusItem() was not called before.
     StatusItem& requireStatusItem() const;
 
     const Platform& platform_;

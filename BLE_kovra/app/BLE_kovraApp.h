@@ -13,7 +13,8 @@ class BLE_kovraApp {
     // Runs the application on the services of `platform` until it terminates.
     static void main(const Platform& platform);
 
-    // The path of the flag file, for platforms on which the helper may replace the file while the program runs.
+    // Returns the path of the flag file. Linux watches this file (FlagHandover), because the helper there may replace
+    // it while the program runs.
     static const char* flagFile();
 
   private:

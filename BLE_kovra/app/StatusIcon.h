@@ -4,7 +4,8 @@
 
 namespace kovra {
 
-// Returns the icon of the status item, 18 by 18 points: a trackpad. If `active`, which means muted, it has a slash.
+// Returns the icon of the status item: a trackpad, 18 by 18 points. If `active` is true, which means "muted", the icon
+// has a slash.
 Drawing makeIcon(bool active);
 
 }  // namespace kovra

@@ -14,7 +14,6 @@ struct StatusMenuTag {
     static constexpr int launchAtLogin = 2;
 };
 
-// The actions of the menu items.
 struct StatusMenuActions {
     std::function<void()> toggleEnabled;
     std::function<void()> openSettings;
@@ -24,7 +23,7 @@ struct StatusMenuActions {
     std::function<void()> quit;
 };
 
-// Returns the status item's menu, in the language of `texts`.
+// Returns the status item's menu in the language of `texts`. `enabled` and `launchAtLogin` are the two check marks.
 Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuItemState enabled,
                     MenuItemState launchAtLogin);
 

@@ -15,10 +15,10 @@ namespace kovra {
 class PreferencesStore;
 
 // The application's state: the devices, the user's choices and the last decision. The constructor loads the choices.
-// From then on memory is authoritative and the store is only written.
+// After that, this class only writes to the store and does not read it again.
 //
-// A change is not saved by this class; a subscriber calls saveSelected() or saveMode(), or writes the switch to
-// `defaults`. A selected mouse stays selected while it is disconnected.
+// This class does not save changes by itself. Its subscriber calls saveSelected() or saveMode(), or writes the switch
+// to `defaults`. A selected mouse stays selected while it is disconnected.
 class AppState {
   public:
     enum class BlockMode {
@@ -29,16 +29,16 @@ class AppState {
     static std::optional<BlockMode> modeFromRawValue(std::string_view rawValue);
     static std::string_view rawValue(BlockMode mode);
 
-    // The identity keys of the selected devices.
+    // The identity keys of the selected devices (see userKey()).
     using Selection = std::set<std::string, std::less<>>;
 
     explicit AppState(PreferencesStore& store);
 
     static AppState& shared();
 
-    Published<std::vector<HIDDeviceInfo>> devices{{}};  // in the monitor's order
+    Published<std::vector<HIDDeviceInfo>> devices{{}};  // in the order of HIDMonitor
     Published<Selection> selectedIDs{{}};
-    Published<bool> isEnabled{true};  // the master switch
+    Published<bool> isEnabled{true};  // the switch
     Published<BlockMode> mode{BlockMode::onDevice};
     Published<bool> blocking{false};  // the last decision; never saved
 

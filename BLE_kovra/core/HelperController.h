@@ -8,8 +8,8 @@ namespace kovra {
 class FileSystem;
 class SystemLog;
 
-// The writer of the flag file, from which the privileged helper learns whether to mute. The whole file is "on" or
-// "off", without a line feed.
+// The writer of the flag file. The privileged helper reads in this file whether to mute. The file consists of the text
+// "on" or "off", without a line feed.
 //
 // set() writes only if the text differs from the last one that this process wrote successfully. So the first call
 // always writes. A failure is logged in one line, and the next call with the same value tries again.

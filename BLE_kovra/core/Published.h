@@ -22,12 +22,13 @@ class [[nodiscard]] Subscription {
 // Whether a new subscriber receives the current value at once.
 enum class CurrentValue { deliver, drop };
 
-// A property that announces each change before it takes effect.
+// A property that announces each new value before it stores the value.
 //
 // set() passes the new value to each subscriber in the order of subscription, and then stores it. During the
 // announcement get() still returns the old value. A subscriber that needs the new value queues a block, which reads it
-// later. set() announces a value even if it equals the old one. A nested set() announces and stores its value at once;
-// the outer value is stored after it. A subscriber added during an announcement is notified from the next one on.
+// later. set() announces a value even if it equals the old one. If a handler calls set(), that nested call announces
+// and stores its value at once. The outer call stores its own value afterwards. A subscriber added during an
+// announcement is notified from the next one on.
 template <typename T>
 class Published {
   public:
@@ -61,8 +62,8 @@ class Published {
         std::erase_if(subscribers_, [](const std::weak_ptr<Subscriber>& gone) { return gone.expired(); });
         subscribers_.push_back(subscriber);
         if (current == CurrentValue::deliver) subscriber->handler(value_);
-        // The token owns the subscriber. set() holds the subscriber during a call. So a handler may end its own
-        // subscription: the call completes, and the handler is not called again.
+        // The token owns the subscriber. set() holds the subscriber while it calls the handler. So a handler may end
+        // its own subscription: the call completes, and the handler is not called again.
         return Subscription(std::shared_ptr<void>(nullptr, [subscriber](void*) { subscriber->listens = false; }));
     }
 

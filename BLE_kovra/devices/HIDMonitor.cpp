@@ -78,7 +78,8 @@ void HIDMonitor::setName(Device& device, std::string name) const {
     device.sortKey = locale_.sortKey(device.name);
 }
 
-// Moves this device to its place. All others are in order already, because only one device changes at a time.
+// Moves this device to its place in `order_`. All others are in order already, because only one device changes at a
+// time.
 void HIDMonitor::placeInOrder(const Device& device) {
     const auto precedes = [this](const Device* one, const Device* other) {
         if (one->isConnected() != other->isConnected()) return one->isConnected();

@@ -25,9 +25,10 @@ class MainQueue;
 
 // A monitor of all HID devices. It publishes them as a list with one entry per identity key.
 //
-// The interfaces of a device have the same key and count as one device. So do two identical mice, deliberately. When
-// its last interface is removed, a device still counts as connected for `disconnectGrace`. So a wireless mouse that
-// drops out briefly does not unmute the trackpad. A device stays in the list until the process ends.
+// The interfaces of a device have the same key and count as one device. Two mice of one model also count as one device.
+// After its last interface is removed, a device still counts as connected for `disconnectGrace`. So a wireless mouse
+// that loses its connection briefly does not unmute the trackpad. A disconnected device stays in the list for as long
+// as the monitor exists.
 class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
   public:
     // The time from the removal of the last interface until the device is published as disconnected.
@@ -38,8 +39,9 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
                                               const L10n& texts);
     ~HIDMonitor();
 
-    // Receives the whole list: connected devices first, then by name. It is called inside the event or the timer that
-    // may have changed the list, even if the list is the same.
+    // Receives the whole list: connected devices first, each group sorted by name. It is called when an interface is
+    // attached, when one of several interfaces of a device is removed, and when a grace period ends. The list may be
+    // unchanged.
     std::function<void(std::vector<HIDDeviceInfo>)> onDevicesChanged;
 
     // Starts watching. The first list is published later, from the event loop. Call start() once, after
@@ -56,8 +58,8 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
         std::string key;
         std::size_t number;  // in the order of first attachment
         std::string name = {};
-        std::string sortKey = {};              // of the name; cached, as it costs more than many comparisons
-        std::set<std::uint64_t> present = {};  // the attached interfaces
+        std::string sortKey = {};                             // the collation key of `name`, which is costly to create
+        std::set<std::uint64_t> present = {};                 // the attached interfaces
         std::unique_ptr<DelayedTask> pendingDisconnect = {};  // set while the grace period is running
 
         bool isConnected() const { return !present.empty() || pendingDisconnect != nullptr; }

@@ -9,8 +9,8 @@ namespace kovra {
 
 namespace {
 
-// Returns a key's texts by language. The texts are given in the order of L10n::allLanguages; any other number of texts
-// aborts.
+// Returns the texts of one key by language. `inOrder` has one text for each language, in the order of
+// L10n::allLanguages. Aborts if the number of texts is different.
 L10n::Table texts(std::initializer_list<std::string> inOrder) {
     if (inOrder.size() != L10n::allLanguages.size()) std::abort();
     L10n::Table table;
@@ -20,8 +20,7 @@ L10n::Table texts(std::initializer_list<std::string> inOrder) {
     return table;
 }
 
-// Returns the entries by key. A duplicate key is a mistake in this file and aborts at the first call of
-// L10n::strings().
+// Returns the entries by key. Aborts if a key occurs twice, which is a mistake in this file.
 L10n::Catalogue catalogue(std::initializer_list<std::pair<const char*, L10n::Table>> entries) {
     L10n::Catalogue result;
     result.reserve(entries.size());

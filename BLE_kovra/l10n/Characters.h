@@ -10,8 +10,8 @@ namespace kovra {
 // one. A shorter text is returned whole.
 std::string firstCharacters(std::string_view text, std::size_t count);
 
-// Returns the text with A to Z and the Kelvin sign (U+212A) in lower case. No other character has a lower case that a
-// language code may contain.
+// Returns the text with A to Z and the Kelvin sign (U+212A) in lower case; the latter becomes k. Other characters are
+// unchanged, because a language code consists of the letters a to z.
 std::string lowerCase(std::string_view text);
 
 }  // namespace kovra

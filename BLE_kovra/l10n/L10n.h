@@ -12,8 +12,9 @@ namespace kovra {
 // The texts that the user sees, in one language. The constructor chooses the language.
 //
 // Only the first preferred language counts, and only its first two characters, in upper or lower case. If they name
-// none of the six languages, the texts are English, whatever language comes second. If a text is missing in the chosen
-// language, text() returns it in English. If the catalogue does not have the key, text() returns the key itself.
+// none of the six languages, the texts are English, even if the second preferred language is one of the six. If a text
+// is missing in the chosen language, text() returns the English text. If that is missing, too, text() returns the key
+// itself.
 class L10n {
   public:
     enum class Lang { en, ru, uk, fr, de, es };

@@ -2,8 +2,8 @@
 
 namespace kovra {
 
-// The support address. The About box and the settings window show it. A button of the box and a link in the window open
-// a message to it.
+// The support address, which the About box and the settings window show. A button in the About box and a link in the
+// settings window open a mailto link to it.
 inline constexpr const char* supportAddress = "support@ble-kovra.example";
 
 }  // namespace kovra

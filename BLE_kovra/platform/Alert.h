@@ -5,16 +5,16 @@
 
 namespace kovra {
 
-// A modal question or message. The first button is the default: Return presses it.
+// A modal question or message. The first button is the default button: the Return key presses it.
 struct Alert {
     std::string messageText;      // the bold first line
-    std::string informativeText;  // below it; may have several lines
+    std::string informativeText;  // the text below that line; may have several lines
     std::vector<std::string> buttons;
     bool operator==(const Alert&) const = default;
 };
 
 enum class AlertResponse {
-    aborted = -1001,  // closed without a button, or the application is terminating
+    aborted = -1001,  // the user closed the alert without a button, or the application terminates
     firstButton = 1000,
     secondButton = 1001,
 };
@@ -24,8 +24,8 @@ class AlertPresenter {
     virtual ~AlertPresenter() = default;
 
     // Shows the alert in front of all windows, with the application's icon, and returns the user's answer. Blocks only
-    // the caller; the main queue keeps running. An alert that is shown meanwhile stacks above this one. When the
-    // application terminates, open alerts are aborted and no new one opens.
+    // the caller; the main queue keeps running. An alert that is opened before this one is answered appears above it.
+    // When the application terminates, open alerts are aborted and no new one opens.
     virtual AlertResponse runModal(const Alert& alert) = 0;
 };
 

@@ -9,20 +9,20 @@ class ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;
     virtual void applicationDidFinishLaunching() = 0;
-    // The user started the program again while it was running.
+    // Called when the user starts the program again while it is running.
     virtual void applicationDidReopen() = 0;
-    // An operation that failed before may succeed now: the session is active again, the machine woke up, or the user
-    // received the flag.
+    // Called when a write of the flag that failed before may succeed: the session has become active again, the machine
+    // has resumed from sleep, or the helper has handed the flag over to the user.
     virtual void applicationDidResume() = 0;
     virtual void applicationWillTerminate() = 0;
 };
 
-// The application as the desktop knows it.
+// The running application: its event loop, its end, and its place on the desktop.
 class Application {
   public:
     virtual ~Application() = default;
 
-    // Notifies the delegate that launching has finished, then runs the event loop until terminate(). A signal or the
+    // Calls the delegate's applicationDidFinishLaunching(), then runs the event loop until terminate(). A signal or the
     // end of the session ends the application in the same way.
     virtual void run(ApplicationDelegate& delegate) = 0;
 
@@ -33,9 +33,9 @@ class Application {
     // keyboard focus.
     virtual void activateIgnoringOtherApps() = 0;
 
-    // Notifies the delegate before it returns. From then on no queued block runs, no process starts and no alert opens.
-    // Afterwards run() returns, or the process ends inside terminate(). So code after a call of run() or terminate()
-    // does not always run. A second call of terminate() does nothing.
+    // Calls the delegate's applicationWillTerminate() before it returns. From then on no queued block runs, no process
+    // starts and no alert opens. Afterwards run() returns, or the process ends inside terminate(). So code after a call
+    // of run() or terminate() does not always run. A second call of terminate() does nothing.
     virtual void terminate() = 0;
 
     // Plays the system's alert sound. Returns at once and reports no errors.

@@ -21,8 +21,8 @@ struct ColoredPicture {
     bool operator==(const ColoredPicture&) const = default;
 };
 
-// The application's icon: the muted trackpad of the status item, in color on a tile. The slash stands for the purpose
-// of the application, not for its state.
+// The application's icon: the muted trackpad of the status item, in color on a blue tile. The slash shows the purpose
+// of the application, not its state.
 inline ColoredPicture applicationIcon() {
     constexpr std::uint32_t blue = 0x3A7BE0;
     constexpr std::uint32_t white = 0xFFFFFF;

@@ -6,7 +6,8 @@
 
 namespace kovra {
 
-// A point of a drawing. Lengths are in points. The origin is at the bottom left, and y grows upwards.
+// A position in a drawing. Its unit is the point, as for all lengths in a drawing. The origin is at the bottom left,
+// and y grows upwards.
 struct Point {
     double x = 0;
     double y = 0;

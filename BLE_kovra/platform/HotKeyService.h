@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A key, identified by its position on the keyboard rather than by its letter, with exactly the given modifiers. Lock
-// keys are ignored.
+// A key, identified by its position on the keyboard rather than by its letter, with exactly the given modifiers. The
+// state of the lock keys, such as Caps Lock, does not matter.
 struct HotKey {
     static constexpr std::uint32_t ansiT = 0x11;  // a macOS virtual key code, for an ANSI keyboard
     static constexpr std::uint32_t controlKey = 0x1000;
@@ -15,7 +15,7 @@ struct HotKey {
 
     std::uint32_t keyCode = 0;
     std::uint32_t modifiers = 0;
-    // Together these identify the hot key. `signature` consists of four characters, big-endian.
+    // `signature` and `number` together identify the hot key. `signature` consists of four characters, big-endian.
     std::uint32_t signature = 0;
     std::uint32_t number = 0;
 
@@ -25,10 +25,10 @@ struct HotKey {
 // The registration of hot keys that work whichever window has the keyboard focus.
 class HotKeyService {
   public:
-    // Returns 0 if it has handled the press, which is then not passed on to other programs.
+    // A handler returns 0 if it has handled the press. The press is then not passed on to other programs.
     using Handler = std::function<int()>;
 
-    // A granted request. Its destructor revokes the request.
+    // An installed handler or a registered hot key. Its destructor removes the handler or unregisters the hot key.
     class Reference {
       public:
         virtual ~Reference() = default;
@@ -36,11 +36,11 @@ class HotKeyService {
 
     virtual ~HotKeyService() = default;
 
-    // The handler runs on the main thread, once per press of a registered hot key, however long the key is held.
-    // Returns null on failure.
+    // Installs a handler. It runs on the main thread, once per press of a registered hot key, however long the key is
+    // held. Returns null on failure.
     virtual std::unique_ptr<Reference> installHandler(Handler handler) = 0;
-    // Registers the hot key. From then on its presses reach only the handlers. Returns null on failure. If the desktop
-    // replies late, it may refuse after this function has returned; the hot key then does not work.
+    // Registers the hot key. From then on its presses reach only the handlers. Returns null on failure. The desktop may
+    // also refuse the hot key after this function has returned. The hot key then does not work.
     virtual std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) = 0;
 };
 

@@ -11,13 +11,13 @@ class Locale {
   public:
     virtual ~Locale() = default;
 
-    // Language tags such as ru-RU, in order of preference; empty if none is set.
+    // Returns language tags such as ru-RU, in order of preference. The list is empty if the user has set no language.
     virtual std::vector<std::string> preferredLanguages() const = 0;
 
-    // The collation key of a name. It is costly to make and cheap to compare.
+    // Returns the collation key of a name. The key is costly to create and cheap to compare.
     virtual std::string sortKey(std::string_view name) const = 0;
-    // Compares two names by their collation keys. Returns whether the first sorts before the second in the user's
-    // order, ignoring case.
+    // Returns whether the name with the first collation key sorts before the other one in the user's order, ignoring
+    // case.
     virtual bool isAscending(const std::string& firstKey, const std::string& secondKey) const = 0;
 };
 

@@ -31,7 +31,7 @@ struct MenuItem {
     bool isSeparator = false;
 };
 
-// The items from top to bottom.
+// A menu, with its items from top to bottom.
 struct Menu {
     // Returns the first item with this tag, or null.
     MenuItem* itemWithTag(int tag) {

@@ -18,7 +18,7 @@ class SystemLog;
 class WindowHost;
 class Workspace;
 
-// All services of the operating system. Only the entry point, the delegate and the shared() accessors see the whole
+// All services of the operating system. Only the entry point, the delegate and the shared() accessors use the whole
 // struct. Every other class takes only the services that it needs.
 struct Platform {
     Application& application;
@@ -37,8 +37,8 @@ struct Platform {
     Workspace& workspace;
     Bundle& bundle;
 
-    // Set and return the services of this process. install() keeps a reference, so `platform` and its services must
-    // outlive their users. current() aborts unless install() was called before.
+    // install() sets the services of this process, and current() returns them. install() keeps a reference, so
+    // `platform` and its services must outlive their users. current() aborts unless install() was called before.
     static void install(const Platform& platform);
     static void install(Platform&&) = delete;
     static const Platform& current();

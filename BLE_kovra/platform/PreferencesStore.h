@@ -31,7 +31,8 @@ class PreferencesStore {
     // Returns the stored value as a boolean. A number is true unless it is 0. A text is true if it begins with Y, y, T,
     // t or a digit 1 to 9. White space, a sign and zeros may precede that character. Anything else is false.
     bool boolean(std::string_view key) const;
-    // Replaces the value of this key alone. In a text that is not valid UTF-8, U+FFFD may replace the invalid bytes.
+    // Stores the value under this key and leaves the other keys unchanged. In a text that is not valid UTF-8, U+FFFD
+    // may replace the invalid bytes.
     virtual void set(std::string_view key, const PreferenceValue& value) = 0;
 };
 

@@ -14,7 +14,8 @@ class StatusBarButton {
     virtual ~StatusBarButton() = default;
     virtual void setImage(const Drawing& image) = 0;
     virtual bool hasImage() const = 0;
-    // A template image is drawn in the bar's own color; its black is only a mask. setImage() resets this property.
+    // A template image is drawn in the bar's own color; its black parts are only a mask. setImage() resets this
+    // property.
     virtual void setImageIsTemplate(bool isTemplate) = 0;
     // The description of the image, for the tool tip and for screen readers.
     virtual void setToolTip(const std::string& text) = 0;
@@ -29,8 +30,9 @@ class StatusItem {
     // Returns null if the item has no button.
     virtual StatusBarButton* button() = 0;
 
-    // A click on the item opens the menu. Choosing an enabled item performs its action from the event loop. Afterwards
-    // the bar shows the check marks as they were set, although some bars toggle them by themselves.
+    // A click on the item opens the menu. Choosing an enabled item performs its action from the event loop. Some bars
+    // toggle the check mark of the chosen item by themselves. After the action, the bar shows the check marks again as
+    // setMenu() and setState() have set them.
     virtual void setMenu(Menu menu) = 0;
     // Sets the check mark of a menu item. Does nothing without a menu or an item with this tag.
     virtual void setState(int tag, MenuItemState state) = 0;
@@ -39,7 +41,7 @@ class StatusItem {
 // The desktop's bar of status items: a menu bar or tray.
 class StatusBar {
   public:
-    static constexpr double variableLength = -1;  // as wide as its icon
+    static constexpr double variableLength = -1;  // the item is as wide as its icon
 
     virtual ~StatusBar() = default;
     // The item stays in the bar until it is destroyed.

@@ -14,8 +14,8 @@ struct Utf8Character {
 };
 
 // Decodes the first character of a non-empty text. Overlong forms, surrogates, code points past U+10FFFF and truncated
-// sequences are invalid. The length of an invalid sequence is that of its longest part that begins a valid character,
-// but at least one byte. One U+FFFD stands for the sequence.
+// sequences are invalid. An invalid sequence ends before the first byte that cannot continue a valid character, but has
+// at least one byte. One U+FFFD replaces the whole sequence.
 constexpr Utf8Character decodeUtf8(std::string_view text) {
     constexpr char32_t replacement = 0xFFFD;
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };

@@ -51,7 +51,7 @@ struct Picker {
     std::function<void(const std::string& tag)> select;
 };
 
-// A link; the desktop opens its destination.
+// A link. When the user clicks it, the desktop opens its destination.
 struct Link {
     std::string title;
     std::string destination;  // a URL
@@ -92,11 +92,11 @@ struct ForegroundColor {
     bool operator==(const ForegroundColor&) const = default;
 };
 struct Padding {
-    double horizontal = 0;  // at each side
+    double horizontal = 0;  // at the left, and at the right
     double vertical = 0;    // at the top, and at the bottom
     bool operator==(const Padding&) const = default;
 };
-// A width or height that is not set is that of the content.
+// The size of a view. A width or height that is not set is that of the content.
 struct Frame {
     static constexpr double unbounded = std::numeric_limits<double>::infinity();
     std::optional<double> width = std::nullopt;
@@ -144,14 +144,14 @@ struct View {
     }
 };
 
-// The style of a view's texts. The innermost modifier wins.
+// The style of a view's texts. If several modifiers set a font or a color, the innermost one applies.
 struct TextRole {
     Font font = Font::standard;
     bool bold = false;
     Color color = Color::primary;
     bool operator==(const TextRole&) const = default;
 
-    // Returns the style inside these modifiers.
+    // Returns this style as the modifiers change it for the views inside them.
     TextRole inside(const std::vector<Modifier>& modifiers) const {
         const FontModifier* innermostFont = nullptr;
         const ForegroundColor* innermostColor = nullptr;

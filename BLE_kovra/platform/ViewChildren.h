@@ -11,12 +11,12 @@
 
 namespace kovra {
 
-// The elements that render the children of a view. An element belongs to the view with its id, or at its position if
-// there is no id. It is reused while its isFor() accepts that view, even if the view has moved.
+// The elements that render the children of a view. An element belongs to the child with its id or, if the child has no
+// id, to the child at its position. It is reused if its isFor() accepts that child, even if the child has moved.
 template <typename Element>
 class ViewChildren {
   public:
-    // Shows these views instead of the previous ones. make(view, position) returns a new element; keep(element, view,
+    // Renders these views instead of the previous ones. make(view, position) returns a new element; keep(element, view,
     // position) updates a reused one. Returns the elements that no view uses any more.
     template <typename Make, typename Keep>
     std::vector<std::unique_ptr<Element>> show(const std::vector<View>& views, Make make, Keep keep) {
@@ -46,7 +46,7 @@ class ViewChildren {
     Element* first() const { return elements_.empty() ? nullptr : elements_.front().get(); }
 
   private:
-    // Returns the key of a view. The prefixes keep ids and positions apart.
+    // Returns the key of a view. The prefixes prevent that an id equals a position.
     static std::string key(const View& view, std::size_t position) {
         return view.id.empty() ? "#" + std::to_string(position) : "=" + view.id;
     }

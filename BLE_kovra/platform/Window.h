@@ -8,14 +8,14 @@
 
 namespace kovra {
 
-// The parts of a window's frame. None of them lets the user resize the window.
+// The parts of a window's frame. The user cannot resize the window with any of them.
 struct WindowStyle {
     static constexpr unsigned titled = 1;
     static constexpr unsigned closable = 2;
     static constexpr unsigned miniaturizable = 4;
 };
 
-// A window. makeKeyAndOrderFront() shows it, even after the process that drew it has died.
+// A window. If the process that draws it ends, makeKeyAndOrderFront() shows the window again.
 class Window {
   public:
     virtual ~Window() = default;
@@ -32,18 +32,18 @@ class Window {
 
     // Shows the window in front of all others, with the keyboard focus.
     virtual void makeKeyAndOrderFront() = 0;
-    // Returns true from makeKeyAndOrderFront() until the user closes the window. A minimized window is visible.
+    // Returns true from makeKeyAndOrderFront() until the user closes the window. A minimized window counts as visible.
     virtual bool isVisible() const = 0;
 
-    // Replaces the content. Only the differences are applied, so that focus, scroll position and a click in progress
-    // survive. The callbacks of controls run from the event loop.
+    // Replaces the content. Only the differences are applied, so that the focus, the scroll position and a click in
+    // progress are preserved. The callbacks of controls run from the event loop.
     virtual void setContent(View content) = 0;
 };
 
 class WindowHost {
   public:
     virtual ~WindowHost() = default;
-    // Destroying the object closes the window.
+    // Destroying the returned object closes the window.
     virtual std::unique_ptr<Window> makeWindow(View content) = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// The global hot key Ctrl+Opt+T. If another program holds the key, there are no presses and no error.
+// The global hot key Ctrl+Opt+T. If another program has grabbed the key, no press is reported, and no error.
 class GlobalHotkey {
   public:
     static constexpr HotKey hotKey{.keyCode = HotKey::ansiT,
@@ -20,8 +20,8 @@ class GlobalHotkey {
     // The process-wide instance, never destroyed.
     static GlobalHotkey& shared();
 
-    // Called for each press, inside the callback for the desktop's event. Without a trigger, presses are swallowed. May
-    // be replaced at any time.
+    // Called for each press, inside the callback for the desktop's event. If it is empty, presses have no effect. It
+    // may be replaced at any time.
     std::function<void()> onTrigger;
 
     // Installs the handler, then registers the hot key. Call it once.

@@ -10,8 +10,8 @@ struct HIDDeviceInfo;
 
 // The content of the settings window. Each control writes to the state at once; there is no Apply button.
 //
-// The check box of a device refers to the device by its id. So it changes the right one even if the list has been
-// reordered since.
+// The check box of a device selects the device by its id, not by its position. So it selects the right one even if the
+// list was reordered after body() was called.
 class SettingsView {
   public:
     // `state` and `texts` must outlive this object and the views that it returns.

@@ -31,7 +31,7 @@ void SettingsWindow::observe(Published<T>& property) {
     subscriptions_.push_back(property.subscribe([this](const T&) { rebuildSoon(); }, CurrentValue::drop));
 }
 
-// A change is announced before it is stored, so the content is rebuilt one turn later.
+// A change is announced before it is stored, so the content is rebuilt one queue turn later.
 void SettingsWindow::rebuildSoon() {
     if (*isRebuildQueued_ || !window_->isVisible()) return;
     *isRebuildQueued_ = true;

@@ -14,8 +14,8 @@ class WindowHost;
 
 // The settings window. Closing it only hides it.
 //
-// While it is visible, a change of the state rebuilds its content one queue turn later. Several changes in one turn
-// cause one rebuild. The content of a hidden window is rebuilt when the window is shown.
+// While the window is visible, a change of the state rebuilds its content one queue turn later. Several changes in one
+// turn cause one rebuild. The content of a hidden window is rebuilt when the window is shown.
 class SettingsWindow {
   public:
     // Does not show the window yet. The references must outlive this object.

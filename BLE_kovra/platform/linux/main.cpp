@@ -50,7 +50,7 @@
 
 namespace {
 
-// Uses the user's language. Every text in this program is UTF-8, even if the user's locale uses another encoding.
+// Sets the user's locale. Every text in this program is UTF-8, so another encoding of the locale is replaced by UTF-8.
 void adoptLocale() {
     std::setlocale(LC_ALL, "");
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
@@ -58,8 +58,8 @@ void adoptLocale() {
 
 void runApplication() {
     kovra::SdEventLoop loop;
-    // From here on the loop handles these signals. A program that is terminated while it waits for the bus must still
-    // clear the flag, which a crash may have left at "on".
+    // From here on these signals terminate the application, which writes "off". Without a handler, a signal during the
+    // wait for the bus below would end the process at once. A flag that a crash has left at "on" would then stay.
     kovra::SdEventApplication application(loop);
     std::vector<std::unique_ptr<kovra::SdEventLoop::Signal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
@@ -130,7 +130,8 @@ void runApplication() {
 }  // namespace
 
 int main() {
-    // The thread that saves the preferences uses the main heap. A heap of its own would outlive it.
+    // The thread that saves the preferences uses the main arena of malloc(). An arena of its own would stay allocated
+    // after the thread has ended.
     ::mallopt(M_ARENA_MAX, 1);
     kovra::prepareProcess();
     adoptLocale();

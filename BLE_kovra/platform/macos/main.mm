@@ -1,4 +1,4 @@
-// The composition root: creates the services of macOS and runs the application on them.
+// The composition root: creates the services of macOS and runs the application with them.
 
 #import <Foundation/Foundation.h>
 

@@ -11,16 +11,17 @@ namespace kovra {
 
 namespace {
 
-// Several times what a save needs. The usual 8 MiB may become resident as huge pages.
+// In bytes; several times what a save needs. The usual stack of 8 MiB may become resident as huge pages.
 constexpr std::size_t stackSize = 256 * 1024;
 
 }  // namespace
 
-// What the thread shares with its owner. It outlives both.
+// The data that the thread shares with its owner. It exists until both have released it.
 struct BackgroundSaves::Shared {
     Shared(Save how, Failed whenFailed) : save(std::move(how)), failed(std::move(whenFailed)) {}
 
-    // Neither throws: an exception would end the process before it has unmuted the trackpad.
+    // attempt() and report() do not throw, because an exception would end the process before it has unmuted the
+    // trackpad.
     int attempt(const Values& values) const noexcept {
         try {
             return save(values);
@@ -33,7 +34,7 @@ struct BackgroundSaves::Shared {
         try {
             if (failed) failed(error);
         } catch (const std::exception&) {
-            // There is not even memory for the report.
+            // There is no memory for the report either.
         }
     }
 
@@ -42,7 +43,7 @@ struct BackgroundSaves::Shared {
     std::condition_variable finished;
     Values waiting;
     bool isRunning = false;
-    // A lock of its own, so that nobody waits for a slow log to begin a save.
+    // A separate lock, so that begin() does not wait for a slow log.
     std::mutex reporting;
     Failed failed;
 };
@@ -70,7 +71,7 @@ void BackgroundSaves::begin(std::string_view key, const PreferenceValue& value) 
     }
     if (const auto finished = std::exchange(thread_, std::nullopt)) ::pthread_join(*finished, nullptr);
     thread_ = startThread(shared_);
-    if (!thread_) run(*shared_);  // no more threads: better late than never
+    if (!thread_) run(*shared_);  // no thread could be started, so save here, although it may take time
 }
 
 std::optional<pthread_t> BackgroundSaves::startThread(const std::shared_ptr<Shared>& shared) {

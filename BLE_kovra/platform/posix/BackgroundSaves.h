@@ -14,26 +14,28 @@
 
 namespace kovra {
 
-// Saves values in a thread, so that a disk that hangs delays nobody else. The thread receives copies and runs only
-// while there is something to save. Its stack is small, because pages that it has used stay with the process.
+// Saves values in a thread, so that a disk that hangs does not delay the main thread. The saving thread receives copies
+// and runs only while there is something to save. Its stack is small, because the process keeps the pages that the
+// stack has used.
 class BackgroundSaves {
   public:
     using Values = std::map<std::string, PreferenceValue, std::less<>>;
-    // Runs in the thread and may take forever. Returns 0 or an errno value.
+    // Runs in the thread, or in begin() if no thread can be started. May take any time. Returns 0 or an errno value.
     using Save = std::function<int(const Values&)>;
-    // Runs in the thread after a save that failed, but never after the end of the BackgroundSaves.
+    // Runs after a save that failed, in the same thread as the save. Is not called after the BackgroundSaves has been
+    // destroyed.
     using Failed = std::function<void(int error)>;
 
     BackgroundSaves(Save save, Failed failed);
-    // Does not wait. A save that hangs goes on for as long as the process runs.
+    // Does not wait for a save. A save that hangs continues until it completes or the process ends.
     ~BackgroundSaves();
     BackgroundSaves(const BackgroundSaves&) = delete;
     BackgroundSaves& operator=(const BackgroundSaves&) = delete;
 
-    // Begins to save the value. While a save runs, values are collected for the next one, the last one of each key.
+    // Starts to save the value. While a save runs, the newest value of each key is stored for the next save.
     void begin(std::string_view key, const PreferenceValue& value);
 
-    // Waits until everything is saved. Returns false if that takes longer.
+    // Waits until no save is running or due. Returns false if that takes longer than `atMost`.
     bool wait(std::chrono::nanoseconds atMost);
 
   private:
@@ -43,7 +45,7 @@ class BackgroundSaves {
     static void run(Shared& shared);
 
     std::shared_ptr<Shared> shared_;
-    std::optional<pthread_t> thread_;  // it is running, or it has finished and was not joined yet
+    std::optional<pthread_t> thread_;  // it runs, or it has finished and is not joined yet
 };
 
 }  // namespace kovra

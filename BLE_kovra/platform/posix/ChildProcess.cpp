@@ -25,7 +25,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(Spawn& how, const std::string&
     if (errno != 0) return nullptr;
     const int end = openProcessEnd(pid);
     if (end >= 0) return std::unique_ptr<ChildProcess>(new ChildProcess(pid, end));
-    // Without the descriptor, the end of the process would go unnoticed.
+    // Without the descriptor, this program would not notice the end of the process.
     const int error = errno;
     ::kill(pid, SIGKILL);
     waitFor(pid);

@@ -18,7 +18,7 @@ class ChildProcess {
     static std::unique_ptr<ChildProcess> start(Spawn& how, const std::string& executable,
                                                const std::vector<std::string>& arguments);
 
-    // Sends SIGTERM unless the process was released or reaped. Does not wait.
+    // Sends SIGTERM unless the process was released or reaped. Does not wait for its end.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;

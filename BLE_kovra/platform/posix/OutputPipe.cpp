@@ -24,7 +24,8 @@ void OutputPipe::giveTo(Spawn& program) const {
 }
 
 bool OutputPipe::read(std::string& text) const {
-    // 64 KiB, the usual capacity of a pipe. One call reads no more, so that a busy writer cannot hold up the loop.
+    // 64 KiB, the usual capacity of a pipe. One call reads no more than that, so that a program that writes without
+    // pause does not block the loop.
     std::array<char, 65536> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
     const ssize_t count = ::read(reading_.number(), piece.data(), piece.size());
     if (count > 0) text.append(piece.data(), static_cast<std::size_t>(count));

@@ -17,7 +17,8 @@ class OutputPipe {
 
     // Connects the program's standard output and standard error to the pipe. Call it before the program is started.
     void giveTo(Spawn& program) const;
-    // Call it after the program has been started. The pipe then ends when no other process has it open for writing.
+    // Call it after the program has been started. The pipe then ends when the last process that can write to it closes
+    // it.
     void closeWritingEnd() { static_cast<void>(writing_.close()); }
 
     // Returns a descriptor that is readable when there is data, and at the end.

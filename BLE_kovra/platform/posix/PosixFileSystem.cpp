@@ -27,8 +27,8 @@ int writeAtStart(int file, std::string_view text) {
 
 int cutTo(int file, std::size_t size) { return ::ftruncate(file, static_cast<off_t>(size)) == 0 ? 0 : errno; }
 
-// Sets the size before the write, but after it if the file was shorter than the text. So neither step leaves an empty
-// file or a wrong "on". Between "off" and "on" a reader may see the fragment "of".
+// Truncates the file before the write, or after it if the file was shorter than the text. So neither step leaves an
+// empty file or a wrong "on". Between "off" and "on" a reader may see the fragment "of".
 int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     const bool growing = sizeBefore < static_cast<off_t>(text.size());
     if (growing) {
@@ -39,8 +39,8 @@ int replaceContent(int file, off_t sizeBefore, std::string_view text) {
     return writeAtStart(file, text);
 }
 
-// Returns 0 or the error number. Some file systems, such as those of a server, refuse what was written only when a
-// descriptor is closed. Closing a duplicate leaves the file open, so that it can still be cut.
+// Returns 0 or the error number. Some file systems, such as network file systems, report a failed write only when a
+// descriptor is closed. Closing a duplicate leaves the file open, so that it can still be truncated.
 int closeDuplicate(int file) {
     FileDescriptor duplicate(::fcntl(file, F_DUPFD_CLOEXEC, 0));
     return duplicate.isOpen() ? duplicate.close() : 0;
@@ -56,7 +56,7 @@ bool isInPlace(int file, const std::string& path) {
 
 // Returns the descriptor, or -1 with errno set.
 int openForWriting(const char* path) {
-    // Follow no link, which could lead to any of the user's files. Do not wait for the reader of a pipe.
+    // Follow no symbolic link, because it could lead to any of the user's files. Do not wait for the reader of a FIFO.
     constexpr int how = O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
     // O_CREAT only for a missing file: in a shared folder the kernel may refuse it for another user's file.
     const int existing = ::open(path, how);
@@ -74,10 +74,10 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
 
     int error = replaceContent(file.number(), before.st_size, text);
     if (error == 0) error = closeDuplicate(file.number());
-    // On a full copy-on-write disk even an overwrite fails. Empty the file then: its readers take that for "off", while
-    // the old text may be "on".
+    // On a full copy-on-write disk even an overwrite fails. Then truncate the file to 0 bytes: its readers interpret an
+    // empty file as "off", while the old text may be "on".
     if (error != 0) static_cast<void>(cutTo(file.number(), 0));
-    // If another file has replaced this one meanwhile, no reader sees the text.
+    // If another file has replaced this one meanwhile, no reader can find the new text.
     if (error == 0 && !isInPlace(file.number(), path)) error = ESTALE;
     const int errorAtClose = file.close();
     if (error == 0) error = errorAtClose;

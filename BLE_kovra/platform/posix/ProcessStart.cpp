@@ -20,8 +20,8 @@ void ignoreFatalSignals() {
 // Resets SIGCHLD. An inherited SIG_IGN would discard the exit status of child processes.
 void restoreChildSignal() { std::signal(SIGCHLD, SIG_DFL); }
 
-// Opens /dev/null as each closed standard descriptor. Otherwise the next file to be opened would get its number and
-// receive our log lines.
+// Opens /dev/null as each closed standard descriptor. Otherwise the next file to be opened would get the number of
+// standard error and receive the log lines.
 void openStandardDescriptors() {
     int number;
     do {

@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// Started programs that survive this process. Those that end while this process runs are reaped.
+// Starts programs that keep running after this process has ended. Those that end earlier are reaped.
 class ReleasedPrograms {
   public:
     explicit ReleasedPrograms(DescriptorLoop& loop) : loop_(loop) {}

@@ -9,8 +9,8 @@
 
 namespace kovra {
 
-// The start of one program, with an empty signal mask, the default action for every signal, and our standard streams.
-// Of our other descriptors the program inherits only those passed to give().
+// The start of one program, with an empty signal mask, the default action for every signal, and this process's standard
+// streams. Of the other descriptors the program inherits only those passed to give().
 class Spawn {
   public:
     Spawn();
@@ -18,11 +18,11 @@ class Spawn {
     Spawn(const Spawn&) = delete;
     Spawn& operator=(const Spawn&) = delete;
 
-    // Passes our descriptor `ours` to the program as `theirs`.
+    // Passes the descriptor `ours` of this process to the program as `theirs`.
     void give(int ours, int theirs);
     // Opens /dev/null as `theirs` in the program.
     void giveNothing(int theirs);
-    // Starts the program in its own session, out of reach of our terminal's signals.
+    // Starts the program in its own session, so that it does not receive the signals of this process's terminal.
     void setNewSession();
 
     // Starts the program and sets `process` to its process id. Call it once. Returns 0 once the program has been

@@ -83,7 +83,7 @@ class BusConnection::Request {
 
 BusConnection::BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& failures, std::function<void()> lost)
     : loop_(loop), failures_(failures), lost_(std::move(lost)), bus_(std::move(bus)) {
-    // sd-bus generates the signal Disconnected itself when the connection ends; that signal never comes over the bus.
+    // sd-bus generates the signal Disconnected itself when the connection ends; the bus never sends that signal.
     const auto request = std::make_shared<Request>(loop_, failures_, "disconnection", [this](sd_bus_message*) {
         disconnected_.reset();
         bus_.reset();

@@ -16,7 +16,8 @@ namespace kovra {
 
 class NameOwner;
 
-// A subscription, or a call that waits for its reply, is active for as long as its token lives.
+// The owner of a subscription, or of a call that waits for its reply. Destroying it cancels the subscription or the
+// call.
 using BusToken = std::shared_ptr<const void>;
 
 // A selection of signals by their header and first argument.
@@ -46,7 +47,7 @@ class BusConnection {
   public:
     using Receive = std::function<void(sd_bus_message*)>;
     using Write = std::function<void(BusWriter&)>;
-    using OwnerChanged = std::function<void(std::string_view before, std::string_view now)>;  // empty: no owner
+    using OwnerChanged = std::function<void(std::string_view before, std::string_view now)>;  // "" for no owner
 
     // `lost` is called from the queue after the bus has disconnected. It may destroy this connection.
     BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& failures, std::function<void()> lost = {});
@@ -61,16 +62,16 @@ class BusConnection {
     // Reports each change of the name's owner. Subscribes to this name only, so that the bus does not report every
     // program that connects or disconnects.
     [[nodiscard]] BusToken watchOwner(const std::string& name, OwnerChanged changed);
-    // `answered` receives the reply, which may be an error. Returns null if the call could not be sent.
+    // Makes a call. `answered` receives the reply, which may be an error. Returns null if the call could not be sent.
     [[nodiscard]] BusToken call(const BusMethod& method, const Write& write, Receive answered);
-    // Makes a call that asks for no reply.
+    // Makes a call that requests no reply.
     void send(const BusMethod& method, const Write& write);
     void emit(const char* path, const char* interface, const char* signal, const Write& write);
-    // The handlers of the table run inside sd-bus's dispatch. They reply there, and queue whatever may call the
-    // application.
+    // Exports an object. The handlers of the table run inside sd-bus's dispatch. They must reply before they return,
+    // and queue whatever may call the application.
     [[nodiscard]] BusSlot exportObject(const char* path, const char* interface, const sd_bus_vtable* table,
                                        void* context);
-    // Does not report whether the bus grants the name.
+    // Requests the name. Does not report whether the bus grants it.
     void requestName(const char* name);
     void releaseName(const char* name);
 

@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// A record of what failed on a bus. The program continues without what failed, such as its tray or its hot key; this
-// record says why.
+// The failures on a bus, recorded for diagnosis. The program continues without the feature that failed, such as its
+// tray or its hot key.
 class BusFailures {
   public:
     static constexpr std::size_t most = 20;  // beyond that, the oldest are dropped

@@ -38,7 +38,7 @@ class BusWriter {
     BusWriter& openEntry(const char* of) { return open(SD_BUS_TYPE_DICT_ENTRY, of); }
     BusWriter& openVariant(const char* of) { return open(SD_BUS_TYPE_VARIANT, of); }
     BusWriter& close();
-    // Writes an entry with a string value into an a{sv}.
+    // Writes an entry with a string value into an array of type a{sv}.
     BusWriter& entry(std::string_view key, std::string_view value) {
         return openEntry("sv").text(key).openVariant("s").text(value).close().close();
     }
@@ -53,9 +53,9 @@ class BusWriter {
     int result_ = 0;
 };
 
-// Reads the next value of the message, an array of dictionary entries. For each key, `take` reads the value and returns
-// a positive number, or returns 0 to skip the value. A negative error number from `take` ends the reading. Returns 1 if
-// all entries were read, otherwise a negative error number.
+// Reads the next value of the message, which must be an array of dictionary entries. For each key, `take` reads the
+// value and returns a positive number, or returns 0 to skip the value. A negative error number from `take` ends the
+// reading. Returns 1 if all entries were read, otherwise a negative error number.
 template <typename Take>
 int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, entries);
@@ -73,8 +73,8 @@ int forEachEntry(sd_bus_message* message, const char* entries, Take take) {
     return result < 0 ? result : 1;
 }
 
-// Reads the next value of the message, an a{sv}, and returns the value of its entry with this name. Returns nothing if
-// there is no entry with this name and type, or if the message has a different signature.
+// Reads the next value of the message, which must be an a{sv}, and returns the value of its entry with this name.
+// Returns nullopt if there is no entry with this name and type, or if the message has a different signature.
 std::optional<bool> readBoolean(sd_bus_message* message, std::string_view name);
 std::optional<std::string> readText(sd_bus_message* message, std::string_view name);
 

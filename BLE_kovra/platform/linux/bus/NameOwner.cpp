@@ -6,7 +6,7 @@ namespace kovra {
 
 namespace {
 
-// The name of the bus itself. The bus has no unique name; its own signals have this name as their sender.
+// The name of the bus itself. The bus has no unique name, so the signals of the bus have this name as their sender.
 constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* path = "/org/freedesktop/DBus";
 

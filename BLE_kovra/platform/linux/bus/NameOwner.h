@@ -12,15 +12,14 @@
 
 namespace kovra {
 
-// The connection that owns a well-known name at present. It serves to distinguish the signals of a service from forged
-// ones.
+// The connection that owns a well-known name at present. It is used to recognize forged signals.
 //
 // Any client may send a signal straight to another client's connection, and the bus passes it on. Such a signal bears
-// the unique name of its real sender, which the bus itself writes. sd-bus cannot compare that unique name with the
-// well-known name in a match, so it accepts the signal.
+// the unique name of its real sender, which the bus itself writes. A match of sd-bus cannot compare this unique name
+// with the well-known name, so it accepts the signal.
 //
-// The bus is asked for the owner when the first message is to be checked, since most services send no signal for hours.
-// From then on the owner is updated inside sd-bus's dispatch, in the order of the messages.
+// The bus is asked for the owner when ifSent() is called for the first time, since most services send no signal for
+// hours. From then on the owner is updated inside sd-bus's dispatch, in the order of the messages.
 class NameOwner {
   public:
     NameOwner(sd_bus* bus, std::string name, BusFailures& failures);

@@ -41,8 +41,8 @@ std::string withoutIdentity(std::string address) {
     return address;
 }
 
-// Returns $DBUS_SESSION_BUS_ADDRESS, or else the address of the socket `bus` in $XDG_RUNTIME_DIR. Empty if neither
-// variable is set.
+// Returns $DBUS_SESSION_BUS_ADDRESS, or else the address of the socket `bus` in $XDG_RUNTIME_DIR. Returns an empty text
+// if neither variable is set.
 std::string standardAddress() {
     const char* named = std::getenv("DBUS_SESSION_BUS_ADDRESS");
     if (named != nullptr) return withoutIdentity(named);
@@ -86,7 +86,7 @@ int SessionBus::open() {
     if (result >= 0) result = sd_bus_start(made);
     if (result < 0) return result;
     sd_bus_slot* slot = nullptr;
-    // sd-bus generates the signal Connected itself once the bus has answered; that signal never comes over the bus.
+    // sd-bus generates the signal Connected itself once the bus has answered; the bus never sends that signal.
     result = sd_bus_match_signal(made, &slot, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
                                  "org.freedesktop.DBus.Local", "Connected", connected, this);
     if (result < 0) return result;

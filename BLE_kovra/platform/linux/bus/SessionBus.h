@@ -14,7 +14,8 @@ namespace kovra {
 // The program's one connection to the session bus.
 //
 // After a failed attempt or a disconnection it tries the same address again after one second, then after pauses that
-// double up to 30 seconds. While it is connected it causes no wake-ups. Without a valid address it stays disconnected.
+// double up to 30 seconds. While it is connected it causes no wake-ups. If there is no valid address, it stays
+// disconnected.
 class SessionBus {
   public:
     explicit SessionBus(SdEventLoop& loop);
@@ -46,7 +47,7 @@ class SessionBus {
     Listeners<BusConnection*> listeners_;
     BusFailures failures_;
     bool isConnected_ = false;
-    std::chrono::seconds pause_;  // the pause before the next attempt
+    std::chrono::seconds pause_;
     BusSlot connectedSlot_;
     std::optional<BusConnection> connection_;
     Lifetime lifetime_;

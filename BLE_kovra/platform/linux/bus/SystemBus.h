@@ -7,7 +7,7 @@
 namespace kovra {
 
 // The program's one connection to the system bus. It is not established again after a disconnection, because the
-// desktop does not outlive the system bus either.
+// desktop session ends with the system bus, too.
 class SystemBus {
   public:
     explicit SystemBus(SdEventLoop& loop) : loop_(loop) {

@@ -20,8 +20,8 @@ namespace kovra {
 
 namespace {
 
-// The functions of libcanberra that the player uses. The library is loaded at run time, so that systems without sound
-// do not have to install it.
+// The functions of libcanberra that play a sound. The library is loaded at run time, so that systems without sound do
+// not have to install it.
 struct Canberra {
     struct Context;
     struct Properties;
@@ -82,7 +82,7 @@ void ringBell() {
     ::close_range(STDIN_FILENO, ~0U, 0);
     // Sound libraries print errors if there is no sound card. These errors must not reach the program's log.
     for (int standard = STDIN_FILENO; standard <= STDERR_FILENO; ++standard) ::open("/dev/null", O_RDWR);
-    ::alarm(5);  // SIGALRM terminates the player even if the sound server hangs
+    ::alarm(5);  // SIGALRM ends this process even if the sound server hangs
     if (!playEventSound()) ringBell();
     ::_exit(0);
 }
@@ -90,10 +90,11 @@ void ringBell() {
 }  // namespace
 
 void playAlertSound() {
-    // Fork twice, so that the player is not a child of this process.
+    // Fork twice, so that the process that plays the sound is not a child of this process and needs no reaping.
     const pid_t parent = ::fork();
     if (parent == 0) {
-        // The helper looks for a process with the application's name. It must not take the player for the application.
+        // The helper looks for a process with the application's name. It must not take the process that plays the sound
+        // for the application.
         ::prctl(PR_SET_NAME, "ble-kovra-sound");
         if (::fork() == 0) runPlayer();
         ::_exit(0);

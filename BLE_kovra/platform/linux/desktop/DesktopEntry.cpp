@@ -14,7 +14,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// The text that a backslash and the following character stand for.
+// Returns the text that a backslash and the following character stand for.
 std::string unescaped(char escaped) {
     switch (escaped) {
         case 's':
@@ -32,7 +32,6 @@ std::string unescaped(char escaped) {
     }
 }
 
-// Escapes a text for a value in the file.
 std::string escaped(std::string_view text) {
     constexpr std::string_view special = "\\\n\t\r", letters = "\\ntr";
     std::string escaped;
@@ -45,14 +44,14 @@ std::string escaped(std::string_view text) {
     return escaped;
 }
 
-// Quotes an arbitrary path for the key Exec.
+// Returns the path as a value of the key Exec, quoted if necessary.
 std::string quoted(std::string_view path) {
     constexpr std::string_view harmless = "/._-+0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
     if (path.find_first_not_of(harmless) == std::string_view::npos) return std::string(path);
     std::string quoted = "\"";
     for (const char c : path) {
         if (c == '"' || c == '`' || c == '$' || c == '\\') quoted += '\\';
-        if (c == '%') quoted += '%';  // a single one starts a field code
+        if (c == '%') quoted += '%';  // a single % starts a field code
         quoted += c;
     }
     return quoted + '"';

@@ -21,7 +21,7 @@ std::string_view variable(const char* name) {
     return value == nullptr ? std::string_view() : std::string_view(value);
 }
 
-// The value of the first variable that is set. Empty if none is set.
+// Returns the value of the first variable that is set, or an empty text if none is set.
 std::string_view firstSet(std::initializer_list<const char*> names) {
     for (const char* name : names) {
         if (const std::string_view value = variable(name); !value.empty()) return value;
@@ -83,7 +83,7 @@ void appendUtf8(std::string& text, char32_t codePoint) {
     byte(0x80 | (codePoint & 0x3F));
 }
 
-// Converts to upper case first, so that the two lower-case forms of sigma become one.
+// Converts to upper case first, so that both lower-case forms of the Greek sigma have the same result.
 char32_t foldedCase(char32_t codePoint, locale_t locale) {
     return static_cast<char32_t>(::towlower_l(::towupper_l(static_cast<wint_t>(codePoint), locale), locale));
 }
@@ -103,7 +103,7 @@ std::vector<std::string> GlibcLocale::preferredLanguages() const {
         list.remove_prefix(std::min(entry.size() + 1, list.size()));
         if (entry.empty()) continue;
         std::string tag = languageTag(entry);
-        // "C" ends the list: from there on, the program's own language applies.
+        // The C locale ends the list, because it means the program's own language.
         if (tag.empty()) break;
         languages.push_back(std::move(tag));
     }

@@ -14,10 +14,10 @@ namespace kovra {
 
 // The user's language and sort order, taken from the environment of the process.
 //
-// Languages come from LANGUAGE (unless the locale is C), LC_ALL, LC_MESSAGES and LANG, in gettext's order. An empty
-// variable counts as unset. The C library sorts names by the rules of the collation locale (LC_ALL, LC_COLLATE or
-// LANG), always in that locale's UTF-8 variant. If this variant is not installed, names are sorted by code point. The
-// sort order is fixed at construction. Variables and names may contain any bytes.
+// The languages are read from LANGUAGE (unless the locale is C), LC_ALL, LC_MESSAGES and LANG, in gettext's order of
+// precedence. An empty variable counts as unset. The C library sorts names by the rules of the collation locale
+// (LC_ALL, LC_COLLATE or LANG), always in that locale's UTF-8 variant. If this variant is not installed, names are
+// sorted by code point. The constructor chooses the sort order. Variables and names may contain any bytes.
 class GlibcLocale : public Locale {
   public:
     GlibcLocale();

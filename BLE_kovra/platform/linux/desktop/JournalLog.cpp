@@ -23,7 +23,8 @@ namespace kovra {
 namespace {
 
 constexpr const char* identifier = "ble-kovra";
-// Every log line reports a failure. An error that ends the program goes to standard error instead.
+// Every log line reports a failure after which the program continues. An error that ends the program is written to
+// standard error instead.
 constexpr int priority = LOG_WARNING;
 constexpr int timeoutMilliseconds = 100;
 constexpr timeval sendTimeout{0, timeoutMilliseconds * 1000L};
@@ -44,7 +45,7 @@ bool sendDatagram(const std::string& path, std::string_view datagram) {
     return sent == static_cast<ssize_t>(datagram.size());
 }
 
-// The message follows its length (64 bits, little-endian), so it may contain line feeds.
+// The length of the message (64 bits, little-endian) precedes the message, so that it may contain line feeds.
 std::string journalEntry(std::string_view line) {
     std::string entry = "PRIORITY=" + std::to_string(priority) + "\nSYSLOG_IDENTIFIER=" + identifier + "\nMESSAGE\n";
     for (unsigned bits = 0; bits < 64; bits += 8) {
@@ -57,7 +58,7 @@ std::string syslogEntry(std::string_view line) {
     const std::time_t now = std::time(nullptr);
     std::tm parts{};
     ::localtime_r(&now, &parts);
-    // strftime would use the user's language; the protocol requires English names.
+    // The protocol requires English names. strftime() would use those of the user's language.
     constexpr std::string_view months = "JanFebMarAprMayJunJulAugSepOctNovDec";
     const auto month = static_cast<std::size_t>(parts.tm_mon);
     std::string time(32, '\0');
@@ -67,7 +68,8 @@ std::string syslogEntry(std::string_view line) {
     return entry.append("[").append(std::to_string(::getpid())).append("]: ").append(line);
 }
 
-// systemd sets JOURNAL_STREAM to the device and inode of the stream that it connected to the journal.
+// systemd sets JOURNAL_STREAM to the device number and the inode number of the stream that it has connected to the
+// journal.
 bool standardErrorIsJournal() {
     const char* stream = std::getenv("JOURNAL_STREAM");
     struct stat status {};
@@ -75,7 +77,7 @@ bool standardErrorIsJournal() {
     return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == stream;
 }
 
-// Whether standard error accepts a write without blocking. A stopped terminal or a full pipe does not.
+// Returns whether standard error accepts a write without blocking. A stopped terminal or a full pipe does not.
 bool standardErrorTakesMore() {
     pollfd standardError{STDERR_FILENO, POLLOUT, 0};
     int ready;
@@ -90,7 +92,7 @@ void writeToStandardError(std::string line) {
     line += '\n';
     std::string_view rest = line;
     while (!rest.empty() && standardErrorTakesMore()) {
-        // A pipe that is ready accepts this much without blocking.
+        // A pipe that is ready for writing accepts PIPE_BUF bytes without blocking.
         const ssize_t written = ::write(STDERR_FILENO, rest.data(), std::min<std::size_t>(rest.size(), PIPE_BUF));
         if (written < 0 && errno == EINTR) continue;
         if (written <= 0) return;

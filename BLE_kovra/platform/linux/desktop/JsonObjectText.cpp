@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
 
-// The index after the quoted text that starts at `begin`, or the end of the text if the closing quote is missing.
+// Returns the index after the quoted text that starts at `begin`, or the end of the text if the closing quote is
+// missing.
 std::size_t pastQuoted(std::string_view text, std::size_t begin) {
     std::size_t i = begin + 1;
     while (i < text.size() && text[i] != '"') i += text[i] == '\\' ? 2 : 1;
@@ -28,7 +29,7 @@ void forEachMark(std::string_view text, Visit visit) {
 bool opens(char c) { return c == '{' || c == '['; }
 bool closes(char c) { return c == '}' || c == ']'; }
 
-// The range of a value in the text. Empty if the text has no such value.
+// The range of a value in the text. Both ends are 0 if the text has no such value.
 struct Span {
     std::size_t begin = 0;
     std::size_t end = 0;

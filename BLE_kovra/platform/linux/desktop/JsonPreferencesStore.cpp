@@ -20,7 +20,7 @@ using Json = nlohmann::json;
 // Deeper than any real preferences, and shallow enough for recursive functions such as fromJson().
 constexpr std::size_t deepestNesting = 64;
 
-// The parsed text, or the reason why it is invalid, in the language of the log.
+// The parsed text. If it is invalid, `problem` is the reason in the language of the log; otherwise `problem` is empty.
 struct Parsed {
     Json object;
     std::string problem;
@@ -72,14 +72,14 @@ std::string standardPreferencesPath() {
     return folder.empty() ? folder : folder + "/ble-kovra/preferences.json";
 }
 
-// The file, with what could not be saved yet.
+// The file, and the values that could not be saved yet.
 class JsonPreferencesStore::File {
   public:
     explicit File(std::string path) : file_(std::move(path)) {}
 
     // Returns 0 or an errno value.
     int read(std::string& text) const { return file_.read(text); }
-    // Keeps the valid text that was loaded.
+    // Stores the text that was loaded. save() uses it if the file is missing, empty or damaged by then.
     void remember(std::string text) { lastText_ = std::move(text); }
     // Saves these values and those that could not be saved before. Returns 0 or an errno value.
     int save(const BackgroundSaves::Values& values);

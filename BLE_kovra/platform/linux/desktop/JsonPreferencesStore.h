@@ -14,8 +14,8 @@ namespace kovra {
 
 class SystemLog;
 
-// The path of the preferences: ble-kovra/preferences.json in the directory that userConfigFolder() returns. Empty if
-// there is no such directory.
+// Returns the path of the preferences: ble-kovra/preferences.json in the directory that userConfigFolder() returns.
+// Returns an empty path if there is no such directory.
 std::string standardPreferencesPath();
 
 // A store that keeps the preferences with their types in one JSON file.
@@ -26,13 +26,13 @@ std::string standardPreferencesPath();
 // temporary file in the same directory and then renames that file. A value that could not be saved is written by the
 // next save. If the path is a symbolic link, the file that it points to is replaced.
 //
-// A file that cannot be parsed as a JSON object counts as damaged. The first save keeps it in the same directory as
-// preferences.json.damaged, with a number appended if that name is taken. While a file cannot be read, no save replaces
-// it. An empty file holds no values and does not count as damaged. Damaged or unreadable preferences cause one log line
-// at startup, and each failed save causes one.
+// A file that cannot be parsed as a JSON object counts as damaged. The first save preserves it under the name
+// preferences.json.damaged, with a number appended if that name exists already. A file that cannot be read is not
+// replaced by any save. An empty file contains no values and does not count as damaged. Damaged or unreadable
+// preferences are logged in one line at startup. Each failed save is also logged in one line.
 //
-// Saving runs in a thread, because a sync may take many seconds. set() only begins it. The destructor waits at most
-// `timeout` for what is not saved yet, and logs one line if that was too short. The log is called from the thread too.
+// A thread saves the values, because a sync may take many seconds. set() only starts the save. The destructor waits at
+// most `timeout` until everything is saved, and logs one line if that takes longer. The thread logs failed saves.
 //
 // Two processes that save at the same moment are not synchronized: the later save replaces the whole file.
 class JsonPreferencesStore : public PreferencesStore {
@@ -47,7 +47,7 @@ class JsonPreferencesStore : public PreferencesStore {
     std::optional<PreferenceValue> object(std::string_view key) const override;
     void set(std::string_view key, const PreferenceValue& value) override;
 
-    // Waits until everything is saved, or has failed to be. Returns false if that takes longer.
+    // Waits until every save has succeeded or failed. Returns false if that takes longer than `atMost`.
     bool waitUntilSaved(std::chrono::nanoseconds atMost) { return saves_.wait(atMost); }
 
   private:
@@ -56,7 +56,7 @@ class JsonPreferencesStore : public PreferencesStore {
     const std::string path_;
     SystemLog& log_;
     BackgroundSaves::Values values_;
-    std::shared_ptr<File> file_;  // after the constructor only the thread uses it
+    std::shared_ptr<File> file_;  // used only by the thread after the constructor has returned
     BackgroundSaves saves_;
 };
 

@@ -5,11 +5,11 @@
 
 namespace kovra {
 
-// The path of the program with this name. Searches $PATH, unless the name is itself a path. Empty if no executable file
-// is found.
+// Returns the path of the program with this name. Searches $PATH, unless the name contains a slash. Returns nullopt if
+// no executable file is found.
 std::optional<std::string> findProgram(const std::string& name);
 
-// The path of the program that this process runs.
+// Returns the path of the program that this process runs.
 std::string ownProgram();
 
 }  // namespace kovra

@@ -62,7 +62,7 @@ int makeFolders(const fs::path& folder) {
     return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
-// Gives the file a second name that no other file has.
+// Creates a second hard link to the file, under a name that does not exist yet.
 int keepAside(const fs::path& file) {
     constexpr int mostNames = 1000;
     for (int number = 1; number <= mostNames; ++number) {

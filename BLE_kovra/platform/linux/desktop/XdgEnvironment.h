@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// What the environment says about the session: its display server, the names of its desktop, and the configuration
-// directories. freedesktop.org's base directory rules (0.8) define these directories.
+// Functions that read the session's environment variables: its display server, the names of its desktop and the
+// configuration directories. freedesktop.org's base directory rules (0.8) define these directories.
 
 // The display server of the user's session.
 enum class Desktop { none, x11, wayland };
@@ -16,19 +16,20 @@ enum class Desktop { none, x11, wayland };
 // that server can start and exit at any time. It also receives only the keys that are typed into its own windows.
 Desktop currentDesktop();
 
-// The desktop names in $XDG_CURRENT_DESKTOP, the most specific one first.
+// Returns the desktop names in $XDG_CURRENT_DESKTOP, the most specific one first.
 std::vector<std::string> desktopNames();
 
-// $XDG_CONFIG_HOME, or .config in the home directory if the variable is not set. A relative path counts as not set.
-// Empty if the variable is not set and the user has no home directory.
+// Returns $XDG_CONFIG_HOME, or .config in the home directory if the variable is not set. A relative path counts as not
+// set. Returns an empty path if the variable is not set and the user has no home directory.
 std::string userConfigFolder();
 
-// $XDG_CONFIG_DIRS, or /etc/xdg; the most important directory first. Relative paths are ignored.
+// Returns the directories in $XDG_CONFIG_DIRS, or /etc/xdg; the most important directory comes first. Relative paths
+// are ignored.
 std::vector<std::string> systemConfigFolders();
 
 std::vector<std::string> splitAtColons(std::string_view list);
 
-// Whether the two lists have a name in common.
+// Returns whether the two lists have a name in common.
 bool anyOf(const std::vector<std::string>& some, const std::vector<std::string>& others);
 
 }  // namespace kovra

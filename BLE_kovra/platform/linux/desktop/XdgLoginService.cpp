@@ -37,8 +37,8 @@ LoginStatus statusOf(const DesktopEntry& entry) {
 
 std::string entryIn(const std::string& folder) { return folder + "/autostart/" + XdgLoginService::entryName; }
 
-// Whether an entry exists, judging by the error of reading it. An unreadable entry exists, and so overrides all later
-// ones.
+// Returns whether an entry exists, given the error of reading it. An entry that cannot be read exists, and so overrides
+// the entries in all later directories.
 bool entryExists(int readError) { return readError != ENOENT && readError != ENOTDIR; }
 
 bool systemHasEntry() {
@@ -49,7 +49,7 @@ bool systemHasEntry() {
     });
 }
 
-// The entry does not ask the desktop to start its panel first. Muting needs no panel, and the icon appears as soon as
+// The entry does not make the desktop start its panel first. Muting needs no panel, and the icon appears as soon as
 // there is a panel.
 constexpr const char* newEntry =
     "[Desktop Entry]\n"
@@ -59,8 +59,8 @@ constexpr const char* newEntry =
     "Icon=ble-kovra\n"
     "X-GNOME-Autostart-enabled=true\n";
 
-// Whether the entry has no lines from the user or from the settings of the desktop, so that removing it loses nothing.
-// A different program path does not count as such a line, because registering would replace it too.
+// Returns whether the entry has no lines from the user or from the settings of the desktop, so that removing it loses
+// nothing. A different program path does not count as such a line, because registering would replace it too.
 bool hasOnlyOwnLines(const DesktopEntry& entry) {
     DesktopEntry ours(newEntry);
     ours.setProgram(entry.program().value_or(""));
@@ -112,7 +112,7 @@ Outcome XdgLoginService::registerApplication() {
     return edit(program_, [this](DesktopEntry& entry) {
         entry.set("Type", "Application");
         if (!entry.string("Name")) entry.set("Name", "BLE-kovra");
-        // Keep a line that names this program: the user may have added arguments.
+        // Keep an Exec line with this program, since the user may have added arguments.
         if (entry.program() != program_) entry.setProgram(program_);
         const auto needed = entry.string("TryExec");
         if (needed && !findProgram(*needed)) entry.remove("TryExec");

@@ -5,7 +5,8 @@
 
 namespace kovra {
 
-// Opens URLs with xdg-open, which knows how each desktop opens them. Does nothing if xdg-open is not installed.
+// Opens URLs with xdg-open, which supports each desktop's own way to open them. Does nothing if xdg-open is not
+// installed.
 class XdgWorkspace : public Workspace {
   public:
     explicit XdgWorkspace(DescriptorLoop& loop) : started_(loop) {}

@@ -11,8 +11,8 @@ namespace kovra {
 
 namespace {
 
-// The driver of wireless Logitech devices. It keeps the node of a disconnected device, and reports the battery from
-// memory. Other drivers would have to query the device for its battery.
+// The driver of wireless Logitech devices. It keeps the node of a disconnected device. It reports the battery without
+// querying the device; other drivers would have to query it.
 constexpr const char* driver = "logitech-hidpp-device";
 
 const std::string batteriesFolder = "/power_supply/";
@@ -28,7 +28,7 @@ bool reportsAbsence(const std::filesystem::path& battery) {
            line(battery / "status") == "Unknown";
 }
 
-// True only if there is at least one battery and all of them report the device as absent.
+// Returns true only if there is at least one battery and all of them report the device as absent.
 bool isAbsent(const std::string& nodeName) {
     std::error_code error;
     std::filesystem::directory_iterator battery("/sys/bus/hid/devices/" + nodeName + batteriesFolder, error);

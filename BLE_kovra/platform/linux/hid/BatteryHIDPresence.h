@@ -10,12 +10,13 @@
 
 namespace kovra {
 
-// The presence of a mouse at a receiver, derived from the mouse's battery. The receiver's driver keeps the mouse's node
-// for as long as the two are paired. When the receiver reports the mouse as disconnected, the battery goes offline and
-// its status becomes unknown. (A charging battery may be offline too, but its status is known.)
+// The presence of a mouse with a Logitech receiver, derived from the mouse's battery. The receiver's driver keeps the
+// mouse's node for as long as mouse and receiver are paired. When the receiver reports the mouse as disconnected, the
+// driver sets the battery's `online` to 0 and its `status` to "Unknown". (While a battery is charging, `online` may
+// also be 0, but `status` is known.)
 //
-// A mouse gets a battery when it first reports to the receiver; until then the mouse counts as present. Power supply
-// events wake the program only while there is a node with this driver.
+// The driver adds the battery when the mouse first reports to the receiver. Until then the mouse counts as present.
+// Power supply events wake the program only while there is a node with this driver.
 class BatteryHIDPresence : public HIDPresence {
   public:
     BatteryHIDPresence(SdEventLoop& loop, UdevdPaths udevd);
@@ -31,7 +32,7 @@ class BatteryHIDPresence : public HIDPresence {
     UdevdPaths udevd_;
     std::set<std::string> nodes_;  // the nodes with the receiver's driver
     Udev udev_;
-    std::unique_ptr<UdevEvents> events_;         // open while there are such nodes, if udevd is reachable
+    std::unique_ptr<UdevEvents> events_;         // open while `nodes_` is not empty, if udevd is reachable
     std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
 };
 

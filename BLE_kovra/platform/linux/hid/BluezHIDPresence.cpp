@@ -34,7 +34,7 @@ struct BluezHIDPresence::Object {
     std::string adapter = {};              // for a device: the object path of its adapter
     std::optional<bool> isConnected = {};  // only for a device
 
-    // Reads the next value of the message, the interfaces of an object with their properties.
+    // Reads the next value of the message, which lists the interfaces of an object with their properties.
     static Object read(sd_bus_message* message, std::string path) {
         Object object{std::move(path)};
         forEachEntry(message, "{sa{sv}}", [&](std::string_view interface) {

@@ -13,12 +13,13 @@
 
 namespace kovra {
 
-// The presence of a Bluetooth device as BlueZ reports it, since the node may remain while the device is disconnected.
+// The presence of a Bluetooth device as BlueZ reports it. The device's node alone does not show this, since the node
+// may remain while the device is disconnected.
 //
-// Queries BlueZ only while there are Bluetooth nodes, and subscribes to the signals of their devices. While there is a
-// device that BlueZ has not reported, it also subscribes to the additions of all devices. The last state that BlueZ has
-// reported remains valid while BlueZ is not running, until it reports another. A device that BlueZ has never reported
-// counts as present. BlueZ is never started.
+// This class queries BlueZ only while there are Bluetooth nodes, and subscribes to the signals of their devices. While
+// BlueZ has not reported one of these devices, the class also subscribes to the additions of all devices. The last
+// state that BlueZ has reported remains valid until BlueZ reports another one, even while BlueZ is not running. A
+// device that BlueZ has never reported counts as present. The class never starts BlueZ.
 class BluezHIDPresence : public HIDPresence {
   public:
     explicit BluezHIDPresence(SystemBus& bus);

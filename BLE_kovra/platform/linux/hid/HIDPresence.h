@@ -15,14 +15,14 @@ class HIDPresence {
     enum class Answer {
         present,  // also if there is no information
         absent,
-        unknown  // not known yet; listeners will be called
+        unknown  // not known yet; the listeners are called when it is
     };
 
     virtual ~HIDPresence() = default;
 
-    // Returns whether the device of this node is present. The node exists and was just read.
+    // Returns whether the device of this node is present. The node must exist, and `node` must be its current content.
     virtual Answer query(const std::string& nodeName, const UdevHIDNode& node) = 0;
-    // Call it when the node has been removed.
+    // Call this function when the node has been removed.
     virtual void forget(const std::string& nodeName) = 0;
 
     // Listeners are called from the queue with the name of each node whose answer may have changed.

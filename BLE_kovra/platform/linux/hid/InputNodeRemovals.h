@@ -9,8 +9,9 @@
 
 namespace kovra {
 
-// Reports that the kernel has removed the node of an input device, such as a mouse, from /dev/input. The kernel removes
-// it without udevd, so this is reported even while udevd hangs. No other event of a device wakes the process.
+// Reports that the kernel has removed the node of an input device, such as a mouse, from /dev/input. The kernel does
+// this without udevd, so the removal is reported even while udevd hangs. Other changes in the folder do not wake the
+// process.
 class InputNodeRemovals {
   public:
     // `removed` is called from the queue. After a call the watch is inactive until rearm(). Returns null if the folder
@@ -21,7 +22,7 @@ class InputNodeRemovals {
     InputNodeRemovals(const InputNodeRemovals&) = delete;
     InputNodeRemovals& operator=(const InputNodeRemovals&) = delete;
 
-    // From now on the next removal is reported, but none that happened before.
+    // Discards all removals until now. The next removal is reported again.
     void rearm();
 
   private:

@@ -15,14 +15,14 @@ namespace kovra {
 struct UdevdPaths {
     std::string control = "/run/udev/control";
     std::vector<std::string> sandboxes = {"/.flatpak-info", "/run/host/container-manager"};
-    // The folder of the input devices' nodes, which show a removal even while udevd hangs.
+    // The folder of the input devices' nodes. The kernel removes them even while udevd hangs.
     std::string inputNodes = "/dev/input";
 
     bool isReachable() const;
 };
 
-// Events of udevd for one subsystem. An event says which node is concerned and whether it was removed; all else has to
-// be read from the node itself.
+// Events of udevd for one subsystem. An event contains only which node is concerned and whether it was removed.
+// Everything else has to be read from the node itself.
 class UdevEvents {
   public:
     struct Event {

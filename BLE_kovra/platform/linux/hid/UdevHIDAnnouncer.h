@@ -17,14 +17,14 @@ namespace kovra {
 class DelayedTask;
 class MainQueue;
 
-// The HID interfaces that have been announced. The announcer compares them with the current nodes and announces the
-// differences.
+// The announcer of HID interfaces. It compares the nodes with the interfaces that it has announced, and announces the
+// differences as attached or removed.
 //
 // A node is announced once a driver is bound to it, since drivers give devices their names. Without a driver it is
 // announced `timeout` after it was first seen. If the name or the numbers of an announced interface change, it is
 // announced as removed and as attached again, with the same registry entry ID. The same happens if its device
-// disconnects and reconnects while the node stays. Unbinding or replacing its driver alone is not announced. Checking a
-// node twice has the same effect as checking it once.
+// disconnects and reconnects while the node remains. Unbinding or replacing its driver alone is not announced. Checking
+// a node twice has the same effect as checking it once.
 class UdevHIDAnnouncer {
   public:
     static constexpr std::chrono::milliseconds timeout{300};
@@ -33,7 +33,7 @@ class UdevHIDAnnouncer {
     struct Actions {
         std::function<void(const UdevHIDDevice&)> attached;
         std::function<void(const UdevHIDDevice&)> removed;
-        std::function<void(const std::string& nodeName)> recheck;  // its presence may have changed: check it
+        std::function<void(const std::string& nodeName)> recheck;  // its presence may have changed: call check()
     };
 
     UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences,
@@ -42,15 +42,16 @@ class UdevHIDAnnouncer {
     UdevHIDAnnouncer(const UdevHIDAnnouncer&) = delete;
     UdevHIDAnnouncer& operator=(const UdevHIDAnnouncer&) = delete;
 
-    // What check() does if an announced node is missing. A node leaves the bus some milliseconds before the kernel
-    // announces its removal, and the removal counts from that announcement. If none follows, the removal counts after
-    // `timeout`, so that a lost event does not leave the trackpad muted.
+    // What check() does if an announced node is missing. The kernel removes a node from the bus some milliseconds
+    // before it sends the event of the removal, and the removal counts from that event. If no event follows, the
+    // removal counts after `timeout`, so that a lost event does not leave the trackpad muted.
     enum class IfMissing { announceRemoval, awaitRemoval };
 
-    // Compares the current node with what has been announced. Calls the actions from inside this call, or later from
-    // the queue.
+    // Compares the current node with what has been announced. Calls the functions in `Actions` from inside this call,
+    // or later from the queue.
     void check(const std::string& nodeName, IfMissing ifMissing = IfMissing::awaitRemoval);
-    // All nodes that exist or that were known to exist. Checking each of them makes up for lost events.
+    // Returns all nodes that exist, are announced, or are to be examined later. Checking each of them finds the changes
+    // whose events were lost.
     std::vector<std::string> allNodes() const;
 
   private:

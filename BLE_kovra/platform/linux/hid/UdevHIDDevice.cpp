@@ -28,7 +28,7 @@ std::optional<std::uint64_t> instanceNumber(std::string_view nodeName) {
     return hexadecimal(nodeName.substr(point + 1));
 }
 
-// "HID vvvv:pppp" is the kernel's name for a device that has no strings.
+// Returns whether this is the kernel's name for a device without a name, "HID vvvv:pppp".
 bool isPlaceholder(std::string_view name) {
     constexpr std::string_view pattern = "HID 0000:0000";
     return std::ranges::equal(name, pattern, [](char is, char expected) {

@@ -9,11 +9,11 @@
 
 namespace kovra {
 
-// The properties of one HID interface as they were when its node in sysfs was read. The object is a value.
+// The properties of one HID interface as they were when its node in sysfs was read.
 //
-// The node's name is BBBB:VVVV:PPPP.NNNN. The hexadecimal number at its end counts the interfaces since the system
-// started; it is the registry entry ID. Vendor and product come from HID_ID (bus:vendor:product, also hexadecimal). An
-// empty HID_NAME, or one that the kernel has made up, is no name.
+// The node's name is BBBB:VVVV:PPPP.NNNN. The hexadecimal number after the dot counts the interfaces since the system
+// started; it is the registry entry ID. Vendor and product are read from HID_ID (bus:vendor:product, also hexadecimal).
+// An empty HID_NAME counts as no name. So does "HID vvvv:pppp", which the kernel writes for a device without a name.
 class UdevHIDDevice : public HIDDevice {
   public:
     UdevHIDDevice(std::string_view nodeName, std::optional<std::string_view> hidID,

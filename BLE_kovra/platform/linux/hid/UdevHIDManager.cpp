@@ -76,10 +76,11 @@ void UdevHIDManager::watchInputNodes() {
     inputNodes_ = InputNodeRemovals::watch(loop_, udevd_.inputNodes, [this] { inputNodeRemoved(); });
 }
 
-// Later, because udevd usually announces the removal first, and other interfaces of the device may still be on the bus.
+// Delays the check, because udevd usually announces the removal first, and because other interfaces of the device may
+// still be on the bus.
 void UdevHIDManager::inputNodeRemoved() {
     loop_.asyncAfter(inputRemovalDelay, lifetime_.guard([this] {
-        inputNodes_->rearm();  // before the check, which so includes all removals that were not reported
+        inputNodes_->rearm();  // before the check, so that no removal is missed in between
         resynchronize();
     }));
 }
@@ -123,7 +124,7 @@ void UdevHIDManager::poll() {
     resynchronize();
 }
 
-// Returns the next check. Events come first, so that the socket is drained soon.
+// Returns the next check. Events of udevd are handled before `due_`, so that their socket does not overflow.
 std::optional<UdevHIDManager::Check> UdevHIDManager::next() {
     using Kind = UdevEvents::Event::Kind;
     using IfMissing = UdevHIDAnnouncer::IfMissing;

@@ -25,27 +25,29 @@ class SystemLog;
 // It checks each node that udevd reports, and each whose device may have disconnected or reconnected. It checks all
 // nodes when it is opened, after events were lost, after the process was stopped and after the machine has slept.
 //
-// udevd may hang. The kernel removes the nodes of input devices by itself, and all nodes are checked after that, too.
+// While udevd hangs, the kernel still removes the nodes of input devices from /dev/input. The manager checks all nodes
+// after such a removal, too.
 //
 // Each queue block checks one node and then queues the next block. So the effects of one node are complete before the
 // next node is checked, and the queue stays short. While udevd's events cannot be received, all nodes are checked every
-// `pollInterval`; one line in the log says so. With udevd the process sleeps while nothing happens.
+// `pollInterval`, and one line is logged. While these events can be received, the process sleeps until the next one.
 class UdevHIDManager : public HIDManager {
   public:
     static constexpr std::chrono::seconds pollInterval{1};
-    // Longer than the interfaces of a device take to leave the bus. Together with UdevHIDAnnouncer::timeout it is short
-    // enough to count a removal half a second after it at the latest.
+    // The time from the removal of an input device's node to the check of all nodes. The kernel needs less time to
+    // remove all interfaces of a device. Together with UdevHIDAnnouncer::timeout it is short enough to announce a
+    // removal within half a second.
     static constexpr std::chrono::milliseconds inputRemovalDelay{100};
 
     // `presences` are queried for each node that is checked; a device is absent if any of them reports it as absent.
-    // Each call of `missedEvents` checks all nodes again.
+    // Each call of the listeners in `missedEvents` checks all nodes again.
     UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths udevd,
                    std::vector<std::unique_ptr<HIDPresence>> presences, Listeners<>& missedEvents);
     ~UdevHIDManager() override;
 
     void registerMatchingCallback(Callback attached) override { attached_ = std::move(attached); }
     void registerRemovalCallback(Callback removed) override { removed_ = std::move(removed); }
-    // Does not check nodes yet. The first check runs in the next turn of the queue.
+    // Starts listening for events. The first check runs in the next turn of the queue.
     void open() override;
 
   private:

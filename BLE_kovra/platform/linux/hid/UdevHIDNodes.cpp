@@ -47,8 +47,8 @@ std::vector<std::string> UdevHIDNodes::names() const {
     return names;
 }
 
-// One file contains all properties as of one moment. libudev would need some fifty system calls for the same, and the
-// flag would wait for them.
+// Reads the file uevent, which contains all properties as of one moment. libudev would make about fifty system calls
+// for the same, which would delay the flag.
 UdevHIDNode UdevHIDNodes::read(const std::string& name) {
     const auto content = readSysfsFile(devicesFolder + name + "/uevent");
     if (const int* error = std::get_if<int>(&content)) {

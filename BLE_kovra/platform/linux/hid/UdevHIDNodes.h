@@ -23,20 +23,20 @@ struct UdevHIDNode {
     };
 
     State state = State::missing;
-    // Set in the last two states only:
+    // Set in the states unbound and bound only:
     std::optional<UdevHIDDevice> device = {};
     std::string driver = {};  // empty if unbound
     std::string phys = {};    // where the device is connected, in the notation of its bus
     std::string uniq = {};    // the serial number or address of the device
 };
 
-// The nodes of the bus "hid". They are read from sysfs each time. The content of an event may be out of date, because
+// The nodes of the bus "hid". They are read from sysfs each time, because the content of an event may be out of date:
 // drivers rename devices after the kernel has announced them. Reading nodes needs neither udevd nor any privilege.
 class UdevHIDNodes {
   public:
     explicit UdevHIDNodes(udev* context) : context_(context) {}
 
-    // The names of the nodes that could be listed. The list may be incomplete.
+    // Returns the names of the nodes. The list may be incomplete if the system is out of descriptors or memory.
     std::vector<std::string> names() const;
     static UdevHIDNode read(const std::string& name);
 

@@ -18,8 +18,9 @@ class UdevHIDService : public HIDService {
 
     std::unique_ptr<HIDManager> createManager() override;
 
-    // Call it when events may have been missed, for example after the machine has slept. Each open manager compares the
-    // devices that it has announced with those that are attached, and announces the differences.
+    // Call this function when events may have been missed, for example after the machine has resumed from sleep. Each
+    // open manager compares the devices that it has announced with those that are attached, and announces the
+    // differences.
     void resynchronize();
 
   private:

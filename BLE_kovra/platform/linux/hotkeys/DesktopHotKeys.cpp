@@ -23,7 +23,7 @@ class Installed : public HotKeyService::Reference {
     Listeners<>::Token token_;
 };
 
-// The identifier is the same at every start, because desktops store the user's choice of key under it.
+// Returns an identifier that is the same at every start, because desktops store the user's choice of key under it.
 std::string identifier(const HotKey& hotKey) {
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(hotKey.signature >> shift & 0xFF);

@@ -11,8 +11,8 @@
 
 namespace kovra {
 
-// The hot keys of this desktop. On X the key is grabbed by its position on the keyboard. On Wayland, where only the
-// desktop sees all keys, it is requested from the desktop's portal. Elsewhere every key is refused.
+// The hot keys of this desktop. On X the key is grabbed by its position on the keyboard. On Wayland only the desktop
+// receives all keys, so the key is requested from the desktop's portal. Without X and Wayland, every key is refused.
 //
 // Only Control + Option + T is available; registerHotKey() returns null for any other key. A press of a granted key
 // reaches no other program, whatever the handlers return, because the key is reserved for this program.

@@ -147,7 +147,7 @@ bool PortalShortcut::isOurs(sd_bus_message* message) const {
 
 void PortalShortcut::ownerChanged(std::string_view before, std::string_view now) {
     if (!before.empty()) reset();
-    // If the request itself has started the portal, do not repeat it.
+    // If the bus started the portal because of the request, do not repeat the request.
     if (!now.empty() && !isRequested_) registerApplication();
 }
 

@@ -14,8 +14,8 @@ namespace kovra {
 // as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts; none of this
 // is reported.
 //
-// No function waits for a reply. The portal is asked once, and again only after it or the bus has restarted. Until then
-// a refusal is final, and a session that the portal has closed stays closed.
+// No function waits for a reply. The combination is requested once, and again only after the portal or the bus has
+// restarted. Until then a refusal is final, and a session that the portal has closed stays closed.
 class PortalShortcut : public HotKeyService::Reference {
   public:
     // Describes the combination to the desktop. The desktop recognizes it by `id` from one start to the next.
@@ -58,7 +58,7 @@ class PortalShortcut : public HotKeyService::Reference {
     const Description description_;
     const std::function<void()> pressed_;
     BusConnection* bus_ = nullptr;
-    bool isRequested_ = false;  // the portal was asked since the last reset()
+    bool isRequested_ = false;  // the request was started after the last reset()
     int requests_ = 0;
     std::string session_;
     std::optional<std::chrono::steady_clock::time_point> activeSince_;

@@ -50,7 +50,7 @@ void XKeyGrab::query() {
 
 void XKeyGrab::mapReceived() {
     States states = statesFor(std::exchange(modifiers_, std::nullopt)->read());
-    // A release may be lost when the map changes.
+    // The server may drop the event of the key's release when the map changes.
     const Allocated<xcb_query_keymap_reply_t> down{xcb_query_keymap_reply(connection_.get(), keysDown_, nullptr)};
     isDown_ = isDown_ && down && (down->keys[key_ / 8] >> (key_ % 8) & 1) != 0;
     keyboard_.use();

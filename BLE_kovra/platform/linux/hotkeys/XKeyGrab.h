@@ -18,11 +18,11 @@ namespace kovra {
 //
 // A press counts only with exactly these modifiers, whichever lock keys are on and whichever layout is active. A held
 // key counts as one press if the server has the keyboard extension. If the keyboard map moves Alt or a lock key to
-// another modifier bit, the grab follows.
+// another modifier bit, the key is grabbed again with the new bits.
 //
-// The key is grabbed once the server has answered. If another program has grabbed it with any set of lock keys, this
-// object gives the key up without an error. If that happens at the first attempt, it never tries again; later it does
-// when the keyboard map changes.
+// The key is grabbed after the server has reported its keyboard map. If another program has grabbed the key with any
+// combination of lock keys, this object releases it without an error. If this happens at the first attempt, the object
+// does not try again. Otherwise it tries again when the keyboard map changes.
 class XKeyGrab : public HotKeyService::Reference {
   public:
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);

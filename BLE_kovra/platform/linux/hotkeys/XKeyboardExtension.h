@@ -12,10 +12,10 @@ class XKeyboardExtension {
   public:
     explicit XKeyboardExtension(xcb_connection_t* connection);
 
-    // Call it after the server has answered the constructor's request; earlier it blocks. From now on a held key is
-    // reported as presses without releases, and every change of the keyboard map is reported.
+    // Call this function after the server has replied to the constructor's request; otherwise it blocks until then.
+    // From now on a held key is reported as presses without releases, and every change of the keyboard map is reported.
     void use();
-    // Whether the event reports a change of the keyboard map, by the extension or by the core protocol.
+    // Returns whether the event reports a change of the keyboard map, by the extension or by the core protocol.
     bool isMapChange(const xcb_generic_event_t& event) const;
 
   private:

@@ -7,18 +7,18 @@
 
 namespace kovra {
 
-// The modifier bits that currently stand for Alt, Num Lock and Scroll Lock. The protocol fixes only those of Shift,
-// Lock and Control; the keyboard map assigns the others. A bit is 0 if no key has that modifier.
+// The modifier bits that are assigned to Alt, Num Lock and Scroll Lock. The protocol fixes only those of Shift, Lock
+// and Control; the keyboard map assigns the others. A bit is 0 if no key has that modifier.
 struct XModifiers {
     std::uint16_t alt = 0;
     std::uint16_t numLock = 0;
     std::uint16_t scrollLock = 0;
 
-    // Every combination of lock keys that may be on.
+    // Returns every combination of lock keys that may be on.
     std::vector<std::uint16_t> lockSets() const;
 };
 
-// A query for the modifier bits. The constructor sends the requests. Call read() after the server has answered; earlier
+// A query for the modifier bits. The constructor sends the requests. If read() is called before the server has replied,
 // it blocks.
 class XModifierQuery {
   public:

@@ -5,12 +5,12 @@
 
 namespace kovra {
 
-// Shows a queued block whether the object that queued it still exists.
+// Lets a queued block check whether the object that queued it still exists.
 //
 // Declare it as the last member: members are destroyed in reverse order, so the lifetime ends before all others.
 class Lifetime {
   public:
-    // Shows a function whether the code that it has called destroyed the function's own object.
+    // Lets a function check whether code that it called has destroyed the function's own object.
     class Observer {
       public:
         bool hasEnded() const { return token_.expired(); }

@@ -18,8 +18,8 @@ using EventSource = Handle<sd_event_source, sd_event_source_disable_unref>;
 
 // The event loop of the resident program, and the main queue on top of it.
 //
-// Callbacks of sd-event only queue a block. Blocks run outside sd-event's dispatch, so that a block may run the loop
-// nested. While nothing happens the process sleeps in the kernel, without periodic wake-ups.
+// Callbacks of sd-event do not call the application; they queue blocks. Blocks run outside sd-event's dispatch, so that
+// a block may run the loop nested. While nothing happens the process sleeps in the kernel, without periodic wake-ups.
 class SdEventLoop : public MainQueue, public DescriptorLoop {
   public:
     // Throws std::system_error if the system has no descriptors left for the loop.
@@ -29,7 +29,8 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     void async(Block block) override;
     std::unique_ptr<DelayedTask> asyncAfter(std::chrono::nanoseconds delay, Block block) override;
 
-    // The loop of sd-event, for adapters that attach a library to it. Their callbacks must only queue blocks.
+    // Returns the loop of sd-event, to which an adapter attaches a library. The callbacks of that library must not call
+    // the application, but queue blocks.
     sd_event* event() const { return event_.get(); }
 
     std::unique_ptr<Watch> watch(int descriptor, Block readable) override;
@@ -37,8 +38,8 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     std::unique_ptr<Watch> watchWritable(int descriptor, Block writable);
 
     // A signal that is handled for as long as this object lives. Its block is put at the head of the queue, in place of
-    // the signal's usual effect. This applies also to a signal that the process was started to ignore, as a shell
-    // arranges for background jobs. The signal stays blocked after this object is destroyed.
+    // the signal's usual effect. A signal that was ignored when the process started, as for a shell's background job,
+    // is handled too. The signal stays blocked after this object is destroyed.
     class Signal {
       public:
         virtual ~Signal() = default;

@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// Processes the messages of a bus until the condition holds, for at most `atMost`. Does not run the event loop, so it
-// is only for the start of the program, when nothing else uses the loop yet. Ends early if the bus disconnects.
+// Processes the messages of a bus until the condition is true, the time `atMost` is over, or the bus disconnects. Does
+// not run the event loop. So it is used only at the start of the program, when nothing else uses the loop yet.
 template <typename Condition>
 void processUntil(sd_bus* bus, std::chrono::steady_clock::duration atMost, Condition holds) {
     using std::chrono::steady_clock;

@@ -15,7 +15,7 @@ namespace {
 constexpr const char* interface = "org.freedesktop.Application";
 
 // The variables in which a desktop passes a token to a program that it starts, in order of preference. Each is followed
-// by the token's key on the bus.
+// by the key of that token in the platform data of a call.
 constexpr std::array<std::pair<const char*, const char*>, 2> tokens{
     {{"XDG_ACTIVATION_TOKEN", "activation-token"}, {"DESKTOP_STARTUP_ID", "desktop-startup-id"}}};
 
@@ -46,13 +46,14 @@ void writeOwnTokens(BusWriter& message) {
     message.close();
 }
 
-// A call to the owner of a name. The owner is this program only if its reply has the signature that this program uses.
+// A call to the owner of a name, and the owner's reply. An error or a reply with another signature than this program's
+// counts as refused.
 struct Question {
     const char* interface;
     const char* member;
     const char* signature;  // of the reply
     enum class State { waiting, answered, refused } state = State::waiting;
-    std::string text = {};  // the reply's, if that is a text
+    std::string text = {};  // the text in the reply, if it has one
     BusSlot reply = {};
 
     void ask(sd_bus* bus, const char* busName, const std::function<void(BusWriter&)>& write) {
@@ -81,8 +82,8 @@ struct Question {
     }
 };
 
-// Whether this describes the object of a version without the method Version. Toolkits that implement the interface give
-// their objects more methods.
+// Returns whether this description (from Introspect) is that of an older version's object, which lacks the method
+// Version. Objects of toolkits that implement org.freedesktop.Application have more methods.
 bool describesOlderVersion(const std::string& object) {
     static constexpr std::string_view older =
         " <interface name=\"org.freedesktop.Application\">\n"

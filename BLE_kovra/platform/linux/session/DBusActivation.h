@@ -13,18 +13,20 @@
 
 namespace kovra {
 
-// The program's object on the session bus. It implements org.freedesktop.Application, through which other programs
-// activate this one. The effect is that of a second start. Files and actions are not supported. An interface of this
-// program's own has the method Version, by which a second start recognizes that the owner of the name is this program.
-// Older versions lack that interface. Their object has the method Activate and no other.
+// The program's object on the session bus. It implements the method Activate of org.freedesktop.Application, which
+// other programs call to activate this one. The effect is that of a second start. Files and actions are not supported.
+// The object also has an interface of this program's own, with the method Version. A second start calls Version to
+// check whether the owner of the name is this program. Older versions of the program lack that interface. They are
+// recognized by their object, which has only the method Activate.
 class DBusActivation {
   public:
     static constexpr const char* path = "/org/ble_kovra/BLEKovra";
     static constexpr const char* ownInterface = "org.ble_kovra.BLEKovra";
-    // How long activate() waits. An instance that is not stopped answers within milliseconds.
+    // How long activate() waits for replies. An instance that is not stopped replies within milliseconds.
     static constexpr std::chrono::seconds timeout{1};
 
-    // Called from the queue with the token that allows a window to come to the front. It is empty if there is none.
+    // Called from the queue when this program is activated. `token` allows a window to come to the front; it is empty
+    // if there is none.
     using Activated = std::function<void(const std::string& token)>;
     DBusActivation(MainQueue& queue, Activated activated) : queue_(queue), activated_(std::move(activated)) {}
 
@@ -35,16 +37,16 @@ class DBusActivation {
     }
 
     enum class Owner {
-        ours,     // it has answered as this program does
-        foreign,  // it has answered, but as another program
-        silent    // it has not answered within `timeout`
+        ours,     // the owner has replied as this program does
+        foreign,  // the owner has replied, but as another program
+        silent    // the owner has not replied within `timeout`
     };
-    // Activates the owner of the name and passes on the token that this process was started with. Waits for the answer
-    // without running the event loop. An owner that is stopped receives the call when it continues.
+    // Activates the owner of the name, and passes it the token that this process was started with. Waits for the reply
+    // without running the event loop. If the owner is stopped, it receives the call when it continues.
     static Owner activate(sd_bus* bus, const char* busName);
 
-    // Returns the token of this process and removes it from the environment, so that no child process uses it. Empty if
-    // there is none.
+    // Returns the token that this process was started with, and removes it from the environment, so that no child
+    // process uses it. Returns an empty text if there is none.
     static std::string takeOwnToken();
 
   private:

@@ -33,7 +33,7 @@ FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag, std::func
         try {
             watch_ = loop.watch(inotify_.number(), [this] { changed(); });
         } catch (const std::system_error&) {
-            // If no descriptors are left, a hand-over is reported as on a system without watches.
+            // If no descriptors are left, hand-overs are reported after a delay, as on a system without watches.
         }
     }
     expect();

@@ -11,28 +11,28 @@
 
 namespace kovra {
 
-// A watch on the flag. It reports when a file was put in place as the flag, or when the flag's permissions were
-// changed: a write that failed before may then succeed. Writing to the file is not reported.
+// A watch on the flag file. It reports when a file is created at the flag's path or renamed to it, and when the
+// permissions of the flag change. A write that failed before may then succeed. Writing to the file is not reported.
 //
 // The flag's folder need not exist yet: its nearest existing parent is watched until the folder is created. While
 // nothing happens the program sleeps.
 //
-// If the system has no watches left, or the flag's folder cannot be read, an expected hand-over is reported one second
-// later, once. A hand-over is expected at the start and after each expect().
+// If the system has no watches left, or the flag's folder cannot be read, changes cannot be detected. In that case a
+// hand-over is reported one second after the start, and one second after each expect().
 class FlagHandover {
   public:
-    // `flag` is an absolute path. `handedOver` is called from the queue. While the flag is watched, it is not called
-    // for a file that exists at the start.
+    // `flag` is an absolute path. `handedOver` is called from the queue. If the flag can be watched, a file that exists
+    // at the start is not reported.
     FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver);
     FlagHandover(const FlagHandover&) = delete;
     FlagHandover& operator=(const FlagHandover&) = delete;
     ~FlagHandover();
 
-    // Call it when the user at the machine may have changed, so that a hand-over of the flag is expected.
+    // Call this function when another user may have become active, so that a hand-over of the flag is expected.
     void expect();
 
   private:
-    // One step of the path to the flag: a folder, and the name to look for in it.
+    // One step of the path to the flag: a folder, and the name to watch in it.
     struct Step {
         std::string folder;
         std::string name;

@@ -6,9 +6,10 @@
 
 namespace kovra {
 
-// The lock of the user's one instance on this machine. The kernel releases it when the process ends, however it ends.
+// A lock on a file, held by the user's only instance of the program on this machine. The kernel releases the lock when
+// the process ends, for whatever reason.
 //
-// The file is never removed. If it cannot be created, there is no lock, and the program runs without one.
+// The file is never removed. If it cannot be created, the program runs without a lock.
 class InstanceLock {
   public:
     // An empty path means that there is no lock.
@@ -28,8 +29,9 @@ class InstanceLock {
     State state_;
 };
 
-// ble-kovra.lock in $XDG_RUNTIME_DIR. Without that variable, a file beside the preferences, named after the machine,
-// because machines may share a home directory. Empty if there is no directory for the file.
+// Returns the path ble-kovra.lock in $XDG_RUNTIME_DIR. If that variable is not set to an absolute path, returns the
+// path of a file beside the preferences. Its name contains that of the machine, because machines may share a home
+// directory. Returns an empty path if there is no directory for the file.
 std::string standardLockPath();
 
 }  // namespace kovra

@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// The login manager's signals about the user's session and about the machine's sleep. Without a system bus or a login
-// manager, nothing is reported.
+// Reports the login manager's signals about the user's session and about the machine's sleep. Without a system bus or a
+// login manager, nothing is reported.
 class LogindSession {
   public:
     // These functions are called from the queue.
@@ -20,13 +20,13 @@ class LogindSession {
     };
 
     // Returns the session of this process, or else the one in $XDG_SESSION_ID, or else the user's graphical session.
-    // Empty if there is none.
+    // Returns an empty text if there is none.
     static std::string currentSession();
 
-    // Whether the login manager has a file for this session.
+    // Returns whether the login manager has a file for this session.
     static bool exists(const std::string& session);
 
-    // `isThere` answers whether a session exists. The end of the session is reported only if the session no longer
+    // `isThere` returns whether a session exists. The end of the session is reported only if the session no longer
     // exists.
     LogindSession(SystemBus& bus, std::string session, Events events,
                   std::function<bool(const std::string&)> isThere = exists);

@@ -8,8 +8,8 @@ class SdEventLoop;
 
 // The resident program as an application: it runs for as long as its event loop.
 //
-// However run() ends, it first calls the delegate's applicationWillTerminate: after a quit, and after an error that
-// ends the loop.
+// run() always calls the delegate's applicationWillTerminate() before it ends, after a quit as well as after an error
+// in the loop.
 class SdEventApplication : public Application {
   public:
     explicit SdEventApplication(SdEventLoop& loop) : loop_(loop) {}
@@ -22,9 +22,9 @@ class SdEventApplication : public Application {
     void terminate() override;
     void beep() override;
 
-    // Call it when the user has started the program again while it is running.
+    // Call this function when the user has started the program again while it is running.
     void reopen();
-    // Call it when a write that was refused may succeed now.
+    // Call this function when a refused write of the flag may succeed now.
     void resume();
 
   private:

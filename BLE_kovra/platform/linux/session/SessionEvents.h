@@ -10,7 +10,7 @@ namespace kovra {
 
 class SdEventApplication;
 
-// Connects the events of the session to the application:
+// Connects the events of the session and of the flag to the application:
 //  - The session has ended: the application terminates.
 //  - The flag was handed over to the user: the application decides again, since a write that was refused may succeed.
 //  - The session is active again: the application decides again, and a hand-over is expected.

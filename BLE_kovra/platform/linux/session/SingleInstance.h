@@ -15,13 +15,13 @@ class SystemLog;
 // The detection of a second start. The user's first instance holds the lock, and owns the program's name on its session
 // bus. It requests the name again after a reconnection, and keeps running whatever happens to the name.
 //
-// A start that does not get the lock is a second one. So is a start that does not get the name, if the owner answers as
-// this program does. If there is no lock, an owner that does not answer counts as this program too. A second start asks
-// the owner of the name to open its window. If that fails although the lock shows a first instance, a line in the log
-// says so.
+// A start that does not get the lock is a second one. So is a start that does not get the name, if the owner of the
+// name replies as this program does. If there is no lock, an owner that does not reply counts as this program too. A
+// second start asks the owner of the name to open its window. If that fails although another instance holds the lock,
+// one line is logged.
 //
-// Without a session bus, or if the bus does not answer within two seconds, the lock alone decides. If another program
-// owns the name, the first instance runs without it. A line in the log and a notification on the desktop say so.
+// Without a session bus, or if the bus does not reply within two seconds, the lock alone decides. If another program
+// owns the name, the first instance runs without it. It then logs one line and shows a notification on the desktop.
 class SingleInstance {
   public:
     static constexpr const char* busName = "org.ble_kovra.BLEKovra";

@@ -35,8 +35,8 @@ class DBusMenu {
     void exportOn(BusConnection& bus);
     void detach();
 
-    // Call it when the menu was replaced. Its items get new numbers, so that a late click in the old menu has no
-    // effect.
+    // Call this function when the menu was replaced. Its items get new numbers, so that a late click in the old menu
+    // has no effect.
     void layoutChanged();
     void statesChanged(const std::vector<std::size_t>& positions);
 

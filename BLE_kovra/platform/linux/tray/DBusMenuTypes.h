@@ -15,12 +15,13 @@
 
 namespace kovra {
 
-// The types of com.canonical.dbusmenu. These functions write the properties of items and read the arguments of calls.
+// The types of com.canonical.dbusmenu, and functions that write the properties of items and read the arguments of
+// calls.
 
 // The keys of a shortcut: the modifiers, then the key, with the names that panels use.
 using DBusMenuShortcut = std::vector<std::string>;
 
-// A property of a menu item in com.canonical.dbusmenu.
+// The name and the value of a menu item's property in com.canonical.dbusmenu.
 struct DBusMenuProperty {
     std::string name;
     std::variant<bool, std::int32_t, std::string, DBusMenuShortcut> value;
@@ -28,13 +29,13 @@ struct DBusMenuProperty {
 };
 using DBusMenuProperties = std::vector<DBusMenuProperty>;
 
-// The properties that differ from the defaults of the interface.
+// Returns the item's properties that differ from the defaults of the interface.
 DBusMenuProperties dbusMenuProperties(const MenuItem& item);
-// The properties of the menu itself, which is the root of all items.
+// Returns the properties of the menu itself, which is the root of all items.
 DBusMenuProperties dbusMenuRootProperties();
-// The values that the interface assumes for properties that an item does not have.
+// Returns the values that the interface assumes for properties that an item does not have.
 const DBusMenuProperties& dbusMenuDefaults();
-// The state of the check mark only; empty for an item without a check mark.
+// Returns only the state of the check mark, or no property for an item without a check mark.
 DBusMenuProperties dbusMenuState(const MenuItem& item);
 
 // Writes the property as a variant.

@@ -9,7 +9,8 @@ namespace kovra {
 
 namespace {
 
-// Whether the rectangle, enlarged on every side by `growth`, covers the point. The radius of its corners grows too.
+// Returns whether the rectangle covers the point after each side was moved outwards by `growth`. The radii of the
+// corners grow by the same length.
 bool covers(const RoundedRectangle& rectangle, double growth, Point point) {
     const double halfWidth = rectangle.size.width / 2 + growth;
     const double halfHeight = rectangle.size.height / 2 + growth;
@@ -50,7 +51,7 @@ bool isInked(const Drawing& drawing, Point point) {
     });
 }
 
-// How much of the pixel is covered by ink, from 0 to 255, estimated with a grid of samples.
+// Returns the part of the pixel that the strokes cover, from 0 to 255, estimated from 4 by 4 samples.
 std::uint8_t coverage(const Drawing& drawing, int pixels, int column, int row) {
     constexpr int samples = 4;
     int inked = 0;

@@ -15,7 +15,8 @@ namespace {
 
 constexpr std::string_view title = "BLE-kovra";
 
-// Panels choose the next larger size and scale it down. Most show 22 pixels; 48 is a little more than twice that.
+// Panels choose the next larger size and scale it down. Most show 22 pixels; 48 is a little more than twice that, for
+// screens with a scale of 2.
 constexpr std::array pixmapSizes{22, 32, 48};
 
 // Panels interpret the tool tip as markup.

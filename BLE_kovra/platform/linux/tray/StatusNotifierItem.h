@@ -18,7 +18,7 @@ namespace kovra {
 // The icon on the session bus, exported as org.kde.StatusNotifierItem. The item has an image (by name and as pixmaps),
 // a tool tip, and the path of the menu.
 //
-// The item has nothing but its menu (ItemIsMenu), and the desktop draws that menu. Some desktops report clicks anyway
+// A click on the item only opens its menu (ItemIsMenu), which the desktop draws. Some desktops report clicks anyway
 // (Activate, SecondaryActivate, ContextMenu). The item then opens the menu at the position of the click. If the program
 // cannot open a menu, these methods are not exported. The desktop then gets an error and may open the menu itself.
 class StatusNotifierItem {
@@ -59,7 +59,7 @@ class StatusNotifierItem {
     BusSlot slot_;
 };
 
-// The icon folder next to the program, as in a build folder. Empty if there is none.
+// Returns the icon folder next to the program, as in a build folder. Returns an empty path if there is none.
 std::string iconsBesideProgram();
 
 }  // namespace kovra

@@ -30,8 +30,8 @@ void StatusNotifierWatcher::busChanged(BusConnection* bus) {
         return;
     }
     registerItem();
-    // The item may be exported in this turn of the queue. It is registered first, so that the icon does not wait for
-    // the subscriptions.
+    // Subscribe in the next turn of the queue. The item may be exported in this turn; it is registered before the
+    // subscriptions, so that the icon appears sooner.
     loop_.async(lifetime_.guard([this] { subscribe(); }));
 }
 
@@ -56,7 +56,7 @@ void StatusNotifierWatcher::ownerChanged(bool isPresent) {
 }
 
 void StatusNotifierWatcher::hostsChanged() {
-    registerItem();  // for a watcher that took its name before it could accept items
+    registerItem();  // again, if the watcher owned its name before it could accept items
     queryHost();
 }
 

@@ -15,14 +15,14 @@ class StatusNotifierWatcher {
   public:
     explicit StatusNotifierWatcher(SessionBus& bus);
 
-    // Whether there is a host. False until the desktop has answered.
+    // Returns whether there is a host. Returns false until the desktop has replied.
     bool hasHost() const { return hasHost_; }
     // Called from the queue whenever the presence of a host changes.
     using Hosts = Listeners<bool>;
     [[nodiscard]] Hosts::Token listen(Hosts::Listener listener) { return hosts_.add(std::move(listener)); }
 
     // Registers the item with the current watcher and with every later one. `busName` is a name that this program owns.
-    // An empty name means no item.
+    // With an empty name, no item is registered.
     void setItem(std::string busName);
 
   private:

@@ -8,7 +8,7 @@ namespace kovra {
 
 namespace {
 
-// Whether two items look the same, apart from the state of the check mark.
+// Returns whether two items look the same, apart from the state of the check mark.
 bool lookAlike(const MenuItem& one, const MenuItem& other) {
     return one.title == other.title && one.keyEquivalent == other.keyEquivalent &&
            one.state.has_value() == other.state.has_value() && one.isEnabled == other.isEnabled &&

@@ -12,7 +12,7 @@
 
 namespace kovra {
 
-// Everything that a tray shows for the item.
+// Everything that a tray shows for the status item.
 struct TrayContents {
     std::optional<Drawing> image;
     bool imageIsTemplate = false;
@@ -30,7 +30,7 @@ struct TrayChanges {
     bool any() const { return image || toolTip || menu || !states.empty(); }
 };
 
-// One way to show the item and to receive clicks. Owned by the item.
+// One way to show the status item and to receive clicks. The item owns its fronts.
 class TrayFront {
   public:
     virtual ~TrayFront() = default;
@@ -38,8 +38,8 @@ class TrayFront {
     virtual void show(const TrayContents& contents, const TrayChanges& changes) = 0;
 };
 
-// The item in the tray. It keeps the contents and passes them to its fronts, at most once per turn of the queue. With
-// them it passes a TrayChanges: the parts that differ from what the fronts last showed.
+// The status item in the tray. It keeps the contents and passes them to its fronts, at most once per turn of the queue.
+// Each time it also passes the parts that differ from the contents that the fronts showed last.
 class TrayItem : public StatusItem, private StatusBarButton {
   public:
     explicit TrayItem(MainQueue& queue);
@@ -53,9 +53,9 @@ class TrayItem : public StatusItem, private StatusBarButton {
     const TrayContents& contents() const { return contents_; }
     // The contents that the fronts showed last.
     const TrayContents& shown() const { return shown_; }
-    // Call it when the user chose the menu item at this position. Its action runs from the queue, if the menu item is
-    // enabled and has an action. Some trays toggle a check mark by themselves. So the fronts show the state again after
-    // the action and the blocks that it queued have run, even if the state is unchanged.
+    // Call this function when the user has chosen the menu item at this position. Its action runs from the queue, if
+    // the menu item is enabled and has an action. Some trays toggle a check mark by themselves. So the fronts show the
+    // state again after the action and the blocks that it queued have run, even if the state is unchanged.
     void choose(std::size_t position);
 
   private:

@@ -18,8 +18,8 @@ class XEmbedTray : public TrayFront {
     XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item);
     ~XEmbedTray() override;
 
-    // Lets this watcher report from now on whether there is a StatusNotifier host. While there is one, the host shows
-    // the icon.
+    // Follows the watcher's reports from now on. While the watcher reports a StatusNotifier host, that host shows the
+    // icon instead of this front.
     void follow(StatusNotifierWatcher& watcher);
     void setHostPresent(bool isPresent) { choice_.setHostPresent(isPresent); }
 

@@ -20,7 +20,7 @@ xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t cookie) {
     return reply ? reply->atom : XCB_NONE;
 }
 
-// The number of our screen in the server's list of screens.
+// Returns the number of the connection's own screen in the server's list of screens.
 int screenNumber(const XConnection& x) {
     int number = 0;
     for (auto each = xcb_setup_roots_iterator(xcb_get_setup(x.get())); each.rem > 0; xcb_screen_next(&each), ++number) {

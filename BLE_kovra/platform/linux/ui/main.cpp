@@ -1,5 +1,5 @@
 // The window process: shows what the resident program sends over its socket, sends back what the user does, and ends
-// when the socket ends.
+// when the resident program closes the socket.
 
 #include <fcntl.h>
 #include <sys/socket.h>

@@ -13,8 +13,8 @@ namespace kovra {
 class ActivationToken;
 class SdEventLoop;
 
-// The alerts, which the window process shows. A caller waits in a nested event loop. If the window process dies, all
-// open alerts count as aborted. If it cannot be started, new alerts are aborted without being shown.
+// Shows alerts in the window process. A caller waits in a nested event loop. If the window process ends unexpectedly,
+// all open alerts count as aborted. If it cannot be started, new alerts are aborted without being shown.
 class ProcessAlertPresenter : public AlertPresenter {
   public:
     ProcessAlertPresenter(SdEventLoop& loop, WindowProcess& process, ActivationToken& token);

@@ -16,7 +16,7 @@ namespace kovra {
 
 namespace {
 
-// Returns null if there is no view at this path.
+// Returns the view at this path, or null if there is none.
 const View* viewAt(const View& root, const std::vector<std::string>& path) {
     const View* view = &root;
     for (const std::string& step : path) {
@@ -75,7 +75,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
         shown_.contentSize = size;
         scheduleShow();
     }
-    // No effect: a closed window is only hidden. Its contents live in this object until it is destroyed.
+    // Does nothing, because a closed window is only hidden. Its contents remain in this object until it is destroyed.
     void setReleasedWhenClosed(bool) override {}
     void center() override { shown_.place.position.reset(); }
 
@@ -114,8 +114,8 @@ class ProcessWindowHost::ProcessWindow : public Window {
         process().hideWindow();
     }
 
-    // The reply is sent after the blocks that the application queued because of this change, so that it includes their
-    // result.
+    // The content is sent again after the blocks that the application queued because of this change have run. So it
+    // includes the result of the change.
     void receive(const ControlChanged& changed) {
         if (!isVisible_) return;
         if (const View* view = viewAt(shown_.content, changed.path)) {

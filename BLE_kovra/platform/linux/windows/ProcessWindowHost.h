@@ -15,9 +15,10 @@ class Workspace;
 // Shows the application's window in the window process. There is one window at a time.
 //
 // The resident program keeps the contents of the window and sends them at most once per turn of the queue. If the
-// window process dies, the window counts as closed. It shows the same contents when it is opened again. The window
-// process reports user input with the path of the control. The resident program applies the change to its current view
-// and replies with the result. It opens links itself, with the destination from its own view.
+// window process ends unexpectedly, the window counts as closed. When the window is opened again, it shows the same
+// contents. The window process reports user input with the path of the control. The resident program applies the change
+// to its current view and replies with the result. The resident program itself opens links, and takes the destination
+// from its own view.
 class ProcessWindowHost : public WindowHost {
   public:
     ProcessWindowHost(MainQueue& queue, WindowProcess& process, ActivationToken& token, Workspace& workspace)

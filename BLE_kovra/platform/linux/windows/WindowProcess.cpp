@@ -212,7 +212,7 @@ void WindowProcess::received(const Pong& sign) {
 
 void WindowProcess::signIsOverdue() {
     signTimer_.reset();
-    receive();  // while this program was stopped, a sign may have come
+    receive();  // a Pong may have arrived while this program was stopped
     if (!running_ || signTimer_) return;
     if (received_ < awaited_)
         replace();
@@ -220,7 +220,7 @@ void WindowProcess::signIsOverdue() {
         awaitSign();
 }
 
-// The states stay, so an open window opens again.
+// Keeps the states, so that the new process shows an open window again.
 void WindowProcess::replace() {
     running_->kill();
     end();

@@ -16,23 +16,25 @@
 
 namespace kovra {
 
-// The resident program's control of the window process, the only process that loads a toolkit. The window process runs
-// while there is something to show, and always shows the newest state. It also starts for an event, and then runs until
-// release() is called. After the last window, alert or event it keeps running for a while, so that the next one opens
-// without delay.
+// The resident program's control of the window process, the only process that loads a toolkit. A message to the window
+// process is a state or an event. A state is shown until it is removed or replaced; an event is sent once. The window
+// process runs while there is a state, and after an event until release() is called. After the last window, alert or
+// event it runs for the time `linger`, so that the next one opens without delay.
 //
 // No failure of the window process affects the resident program. Writing never blocks, and a newer message replaces an
-// unsent older one of the same kind. If the process dies or is not installed, nothing is shown. A process that dies is
-// started again, a few times, after increasing delays. After that it stays down until an event or a new kind of state
-// is to be shown.
+// unsent older one of the same kind. If the window process is not installed, nothing is shown. If it ends unexpectedly
+// while there is a state, it is started again after each of `delays`. After the last of them, it is started only for an
+// event or for a state of a new kind.
 //
-// Each event and each new state is followed by a request for a sign of life. A process that gives none hangs. It is
-// killed, and a new one starts immediately with all states, also a few times at most. No timer runs without a request.
+// After each event and each new state, a Ping is sent. A process that does not reply in time with a Pong hangs. It is
+// killed and, if there is a state, a new one starts immediately. These starts and those after an unexpected end are
+// limited to the number of `delays`. The timer runs only while a Pong is expected.
 class WindowProcess {
   public:
-    // The delays before the restarts, and how long a process with nothing to show is kept. A process that ran for at
-    // least `settled` starts again with the first delay. `sign` is the time for a sign of life. The first one of a
-    // process takes longer, because the process loads the toolkit before it reads.
+    // `delays` are the pauses before the restarts. A process that ran for at least `settled` starts again with the
+    // first of them. `linger` is how long a process with nothing to show keeps running. `sign` is the timeout for a
+    // Pong. It is longer for the first Pong of a process, `firstSign`, because the process loads the toolkit before it
+    // reads.
     struct Timing {
         std::vector<std::chrono::nanoseconds> delays{std::chrono::seconds(1), std::chrono::seconds(5),
                                                      std::chrono::seconds(25)};
@@ -50,28 +52,29 @@ class WindowProcess {
     WindowProcess(const WindowProcess&) = delete;
     WindowProcess& operator=(const WindowProcess&) = delete;
 
-    // Sends a state, and sends it again to every new process. A state that is equal to the last one of its kind is not
-    // sent.
+    // Sends a state now, and to every new process until the state is removed. A state that is equal to the last one of
+    // its kind is not sent.
     void show(const ToWindow& state);
-    // Each of these functions removes a state. If nothing else needs the process, hideTray() ends it immediately; the
-    // other two end it after a while.
+    // Each of these functions removes a state. If there is no other state and no event, hideTray() ends the process
+    // immediately. The other two end it after `linger`.
     void hideTray();
     void hideWindow();
     void closeAlerts();
 
-    // Sends an event once, and starts a process for it if none is running. If that process dies, the event is lost.
+    // Sends an event once, and starts a process for it if none is running. If that process ends unexpectedly, the event
+    // is lost.
     void send(const ToWindow& event);
-    // Call it when no reply to an event is expected any more. The process then ends after a while, unless there is
-    // something to show.
+    // Call this function when no reply to an event is expected any more. The process then ends after `linger`, unless
+    // there is a state.
     void release();
 
     bool isRunning() const { return running_ != nullptr; }
 
-    // Listeners receive the messages of the window process. They are called from the queue, like the listeners for its
-    // end.
+    // Listeners receive the messages of the window process. They are called from the queue.
     using Messages = Listeners<const ToResident&>;
     [[nodiscard]] Messages::Token listen(Messages::Listener listener) { return messages_.add(std::move(listener)); }
-    // Called when the process died or could not be started. A listener hides here what the next process must not show.
+    // Listeners are called from the queue when the process has ended unexpectedly or could not be started. They hide
+    // the states that the next process must not show.
     using Ends = Listeners<>;
     [[nodiscard]] Ends::Token listenForEnd(Ends::Listener listener) { return ends_.add(std::move(listener)); }
 
@@ -101,13 +104,14 @@ class WindowProcess {
     Messages messages_;
     Ends ends_;
     std::unique_ptr<Running> running_;
-    std::vector<std::unique_ptr<Running>> terminating_;  // asked to terminate, and not reaped yet
+    std::vector<std::unique_ptr<Running>> terminating_;  // they received SIGTERM and are not reaped yet
     Clock::time_point startedAt_;
-    // Numbers of signs of life: the last one that was asked for and that was received, and the one that is waited for.
+    // The numbers of the last Ping that was sent, of the last Pong that was received, and of the Pong that the timer
+    // waits for.
     std::uint64_t asked_ = 0;
     std::uint64_t received_ = 0;
     std::uint64_t awaited_ = 0;
-    bool hasGivenSign_ = false;  // since it was started
+    bool hasGivenSign_ = false;  // the running process has sent a Pong
     std::unique_ptr<DelayedTask> signTimer_;
     std::size_t tries_ = 0;
     std::unique_ptr<DelayedTask> nextTry_;
@@ -115,8 +119,8 @@ class WindowProcess {
     std::unique_ptr<DelayedTask> lingerTimer_;    // ends the process when it expires
 };
 
-// The path of the window process's program: in the directory of the resident program, as in a build folder, or else in
-// libexec. Empty if the session has no display, because the toolkit would only abort and print messages.
+// Returns the path of the window process's program: in the directory of the resident program, as in a build folder, or
+// else in libexec. Returns an empty path if the session has no display, because the toolkit would then abort.
 std::string windowProgram();
 
 }  // namespace kovra

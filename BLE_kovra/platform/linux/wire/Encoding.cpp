@@ -132,7 +132,7 @@ constexpr auto members<Pong> = std::tuple(required("number", &Pong::number));
 
 namespace {
 
-// Deeper than any window nests, and far from exhausting the stack.
+// Deeper than the content of any window, and shallow enough for the recursion.
 constexpr int maxDepth = 100;
 
 bool nestsDeeperThan(int levels, const Json& json) {

@@ -14,13 +14,13 @@ namespace kovra {
 // The descriptor of the socket in the window process.
 constexpr int windowSocket = 3;
 
-// The longest lines that each side accepts, in bytes. The first is enough for a window with some ten thousand devices,
-// the second for one action of the user.
+// The longest lines that each side accepts, in bytes. `longestToWindow` is enough for a window with about ten thousand
+// devices, `longestToResident` for one action of the user.
 constexpr std::size_t longestToWindow = 16'000'000;
 constexpr std::size_t longestToResident = 64'000;
 
-// Reads the available data once without blocking. Returns the lines that it completes, or null at the end of the stream
-// or after an error.
+// Reads available data once, without blocking. Returns the lines that are now complete. Returns nullopt at the end of
+// the stream or after an error.
 std::optional<std::vector<std::string>> receiveLines(int socket, LineReader& reader);
 
 // Sends one short line without blocking. Returns false and drops the whole line if the buffer is full or the peer has

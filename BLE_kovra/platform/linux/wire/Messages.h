@@ -16,7 +16,7 @@
 
 namespace kovra {
 
-// The last position and state of a window, which a new window takes over.
+// The last position and state of a window, which a new window process restores.
 struct WindowPlace {
     // The top left corner of the frame on X, in pixels; the y axis points down. Null means centered.
     std::optional<Point> position = std::nullopt;
@@ -25,8 +25,8 @@ struct WindowPlace {
     bool operator==(const WindowPlace&) const = default;
 };
 
-// Messages from the resident program to its window process. A state holds until the next one of its kind. An event is
-// sent once. Only the newest message of each kind counts.
+// Messages from the resident program to its window process. A state is valid until the next message of its kind. An
+// event is sent once. A newer message replaces an unsent older one of the same kind.
 
 // A state: the icon in the tray and its menu. Only the names of actions are sent, no tags.
 struct ShowTray {
@@ -55,7 +55,8 @@ struct ShowWindow {
     std::uint64_t front = 0;
     std::string activationToken;  // permits the window to come to the front; may be empty
     WindowPlace place;            // for a window that was not visible before
-    // The content includes the user's changes up to this number. Later ones stay until they are acknowledged.
+    // The content includes the user's changes up to this number. The window keeps later changes until a message
+    // acknowledges them.
     std::uint64_t acknowledged = 0;
     View content;  // without actions
 };
@@ -63,7 +64,7 @@ struct ShowWindow {
 // Hides the window. No WindowClosed follows.
 struct HideWindow {};
 
-// A state: the open alerts, the topmost last. Only the topmost takes input. Alerts that are no longer listed close.
+// A state: the open alerts, the topmost last. Only the topmost accepts input. Alerts that are no longer listed close.
 struct ShowAlerts {
     struct Open {
         std::uint64_t number = 0;
@@ -73,15 +74,16 @@ struct ShowAlerts {
     std::vector<Open> alerts;
 };
 
-// An event: asks for a sign of life. Sent after each thing to show, so the answer also says that it was read.
+// An event: requests a Pong. It is sent after each state and each other event, so that the Pong also shows that the
+// window process has read them.
 struct Ping {
     std::uint64_t number = 0;
 };
 
 using ToWindow = std::variant<ShowTray, HideTray, PopUpMenu, ShowWindow, HideWindow, ShowAlerts, Ping>;
 
-// Messages from the window process to the resident program: the user's actions, and its sign of life. Each of them
-// counts.
+// Messages from the window process to the resident program: the user's actions, and the Pong. No message replaces
+// another one.
 
 // The user chose an item of the tray icon's menu. Positions count from 0 and include separators.
 struct ItemChosen {
@@ -136,7 +138,7 @@ struct QuitWanted {
     bool operator==(const QuitWanted&) const = default;
 };
 
-// Answers the Ping with this number.
+// Replies to the Ping with this number.
 struct Pong {
     std::uint64_t number = 0;
     bool operator==(const Pong&) const = default;

@@ -34,9 +34,9 @@ class XConnection {
     XConnection(const XConnection&) = delete;
     XConnection& operator=(const XConnection&) = delete;
 
-    // Never null. After the server has disconnected, requests do nothing and replies are null.
+    // Never returns null. After the server has disconnected, requests do nothing and replies are null.
     xcb_connection_t* get() const { return connection_.get(); }
-    // The root windows of all screens. That of the screen in $DISPLAY comes first.
+    // Returns the root windows of all screens. That of the screen in $DISPLAY comes first.
     const std::vector<xcb_window_t>& roots() const { return roots_; }
 
     // Sends the requests that were made so far.
@@ -52,7 +52,7 @@ class XConnection {
     // Receives every event for as long as the token lives.
     [[nodiscard]] Events::Token listen(Events::Listener listener) { return events_.add(std::move(listener)); }
 
-    // The type of the event, without the flag that marks an event sent by another client.
+    // Returns the type of the event, without the flag that marks an event sent by another client.
     static std::uint8_t kindOf(const xcb_generic_event_t& event) { return event.response_type & 0x7F; }
 
   private:
@@ -72,7 +72,7 @@ class XConnection {
         unsigned int sequence;
         std::weak_ptr<const std::function<void()>> then;
     };
-    std::deque<PendingCallback> pending_;  // not answered by the server yet
+    std::deque<PendingCallback> pending_;  // those whose request the server has not answered yet
     std::unique_ptr<SdEventLoop::Watch> watch_;
     Lifetime lifetime_;
 };

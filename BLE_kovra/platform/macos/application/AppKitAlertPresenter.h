@@ -4,10 +4,10 @@
 
 namespace kovra {
 
-// The alerts of AppKit. An open alert does not prevent quitting; it closes with the process.
+// Shows alerts of AppKit. An open alert does not prevent quitting; it closes with the process.
 //
-// Do not call runModal() from a block of the main queue: all other blocks would wait for the answer. During a menu
-// action and during launch the queue keeps running.
+// Do not call runModal() from a block of the main queue: all other blocks would wait for the user's answer. During a
+// menu action and during launch, the queue keeps running.
 class AppKitAlertPresenter : public AlertPresenter {
   public:
     AlertResponse runModal(const Alert& alert) override;

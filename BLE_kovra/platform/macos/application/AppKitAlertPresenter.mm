@@ -12,9 +12,9 @@ AlertResponse AppKitAlertPresenter::runModal(const Alert& alert) {
     [made setInformativeText:foundationString(alert.informativeText)];
     for (const std::string& button : alert.buttons) [made addButtonWithTitle:foundationString(button)];
 
-    // The alert floats above other programs' windows even if the system does not let this program come to the front.
+    // Show the alert above other programs' windows even if the system does not let this program come to the front.
     [[made window] setLevel:NSFloatingWindowLevel];
-    // By default an open alert would keep signals and the end of the session from ending the application.
+    // By default, signals and the end of the session would not end the application while an alert is open.
     [[made window] setPreventsApplicationTerminationWhenModal:NO];
 
     const NSModalResponse response = [made runModal];

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The delegate from the start of run() until it is notified of the end; null otherwise.
+// The delegate from the start of run() until it is notified of the end. Null before and afterwards.
 kovra::ApplicationDelegate* running = nullptr;
 kovra::DispatchMainQueue* mainQueue = nullptr;
 std::terminate_handler previousTerminateHandler = nullptr;
@@ -30,8 +30,8 @@ void notifyOfEnd() {
 
 [[noreturn]] void notifyOfEndAndAbort() {
     if (![NSThread isMainThread]) {
-        // This thread belongs to the system, but the delegate belongs to the main thread. So give the main thread time
-        // to end the program.
+        // This is a thread of the system, but the delegate may only be called on the main thread. So give the main
+        // thread time to end the program.
         constexpr unsigned timeout = 1;  // seconds
         mainQueue->async([] { notifyOfEndAndAbort(); });
         sleep(timeout);
@@ -89,7 +89,7 @@ void AppKitApplication::run(ApplicationDelegate& delegate) {
     running = &delegate;
     mainQueue = &queue_;
     previousTerminateHandler = std::set_terminate(notifyOfEndAndAbort);
-    static_cast<void>(std::atexit(notifyOfEnd));  // AppKit exits by itself when it loses the screen
+    static_cast<void>(std::atexit(notifyOfEnd));  // AppKit calls exit() when it loses the window server
     delegate_ = [[KovraApplicationDelegate alloc] init];
     [application_ setDelegate:delegate_];
     [application_ setMainMenu:mainMenu(delegate_, @selector(reopen:))];

@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The user's defaults for this application, under its bundle identifier. A new value is handed to the system at once,
+// The user's defaults for this application, under its bundle identifier. A new value is passed to the system at once,
 // and the system writes it to the disk. Invalid UTF-8 in a text is stored as U+FFFD.
 class CFPreferencesStore : public PreferencesStore {
   public:

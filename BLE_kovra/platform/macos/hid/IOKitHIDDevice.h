@@ -7,7 +7,7 @@
 
 namespace kovra {
 
-// A HID device of IOKit. This object holds a reference to it.
+// A HID device of IOKit. This object holds a reference to that device.
 class IOKitHIDDevice : public HIDDevice {
   public:
     explicit IOKitHIDDevice(IOHIDDeviceRef device) : device_(CFHandle<IOHIDDeviceRef>::retained(device)) {}

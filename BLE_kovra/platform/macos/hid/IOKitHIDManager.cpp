@@ -10,7 +10,7 @@
 
 namespace kovra {
 
-// The system's manager and the callbacks that it calls. end() ends the calls.
+// The system's manager and the callbacks that it calls. After end() the callbacks are not called any more.
 class IOKitHIDManager::Delivery {
   public:
     Delivery() : manager_(IOHIDManagerCreate(kCFAllocatorDefault, kIOHIDOptionsTypeNone)) {

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// All HID devices of the machine. The system may ask the user to permit input monitoring. It reports the devices even
-// if the user refuses. This program does not monitor input.
+// Reports all HID devices of the machine. The system may ask the user to permit input monitoring, which this program
+// does not do. It reports the devices even if the user refuses.
 class IOKitHIDManager : public HIDManager {
   public:
     IOKitHIDManager();
@@ -15,7 +15,7 @@ class IOKitHIDManager : public HIDManager {
 
     void registerMatchingCallback(Callback attached) override;
     void registerRemovalCallback(Callback removed) override;
-    // Call it at most once.
+    // Call open() at most once.
     void open() override;
 
   private:

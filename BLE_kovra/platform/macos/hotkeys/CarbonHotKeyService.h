@@ -4,7 +4,8 @@
 
 namespace kovra {
 
-// Hot keys of the Carbon Event Manager. It delivers presses while the application runs and passes none of them on.
+// Hot keys of the Carbon Event Manager. It delivers presses while the application runs, and passes none of them on to
+// other programs.
 class CarbonHotKeyService : public HotKeyService {
   public:
     // If several handlers are installed, only the last one is called.

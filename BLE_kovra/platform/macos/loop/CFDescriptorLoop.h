@@ -6,8 +6,9 @@ namespace kovra {
 
 class DispatchMainQueue;
 
-// The watches of descriptors on the application's run loop, in its common modes. So their blocks run while an alert is
-// open. They also run if a block of the main queue calls runUntil(), although no other block of the queue runs then.
+// Watches descriptors on the application's run loop, in its common modes. So the blocks of the watches also run while
+// an alert is open, and while a block of the main queue calls runUntil(). During that call no other block of the queue
+// runs.
 class CFDescriptorLoop : public DescriptorLoop {
   public:
     explicit CFDescriptorLoop(const DispatchMainQueue& queue) : queue_(queue) {}

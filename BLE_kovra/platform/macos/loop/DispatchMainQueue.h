@@ -9,8 +9,8 @@ namespace kovra {
 // The system's main queue. The application's run loop drains it in its common modes, and therefore also while a menu or
 // an alert is open.
 //
-// The system never runs a block inside another one, even if the block runs the run loop. A block that waits (for an
-// answer or for a program) therefore delays all others. Open an alert from an event handler, not from a block.
+// The system never runs a block inside another one, even if the block runs the run loop. A block that waits for an
+// answer or for a program therefore delays all others. So open an alert from an event handler, not from a block.
 class DispatchMainQueue : public MainQueue {
   public:
     DispatchMainQueue();

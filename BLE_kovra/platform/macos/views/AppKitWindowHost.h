@@ -7,8 +7,8 @@ namespace kovra {
 class MainQueue;
 class Workspace;
 
-// Windows on AppKit. After the user used a control, the window resets the control to the value in its content. The
-// reset is queued, so it follows the blocks that the control's own function has queued.
+// Shows windows with AppKit. After the user has used a control, the window resets the control to the value in its
+// content. The reset is queued, so that it runs after the blocks that the control's own function has queued.
 class AppKitWindowHost : public WindowHost {
   public:
     AppKitWindowHost(MainQueue& queue, Workspace& workspace) : queue_(queue), workspace_(workspace) {}

@@ -68,7 +68,7 @@ void RealisedToggle::make(const View& view, const Surroundings& around) {
     }
     label_ = realise(view.children.front(), site(), around);
     NSView* label = label_->outermost();
-    [label setAccessibilityChildren:@[]];  // their texts are the button's accessibility label
+    [label setAccessibilityChildren:@[]];  // the texts of the children are the button's accessibility label
     [label addGestureRecognizer:[[NSClickGestureRecognizer alloc] initWithTarget:button_
                                                                           action:@selector(performClick:)]];
     row_ = [NSStackView stackViewWithViews:@[ button_, label ]];

@@ -6,7 +6,7 @@
 
 namespace kovra {
 
-// A text that wraps at the width of its column. In a row it stays on one line. If there is no room there, a text in the
+// A text that wraps at the width of its column. In a row it stays on one line. If a row is too narrow, a text in the
 // standard font is truncated with an ellipsis; texts in other fonts keep their width.
 class RealisedText : public RealisedView {
   public:
@@ -22,7 +22,7 @@ class RealisedText : public RealisedView {
     std::optional<TextRole> role_;
 };
 
-// A filled circle. It is only a decoration: the text beside it carries the same information.
+// A filled circle. It is only a decoration: the text beside it contains the same information.
 class RealisedCircle : public RealisedView {
   public:
     explicit RealisedCircle(const ViewSite& site);

@@ -14,7 +14,7 @@
 
 namespace kovra {
 
-// The functions that all views of a window share. They are called from the event loop and outlive the views.
+// The functions that all views of a window share. The views call them from the event loop and do not outlive them.
 struct ViewSite {
     std::function<void(const std::string& url)> open;
     std::function<void()> used;  // called after the user used a control and the control's function ran
@@ -27,8 +27,8 @@ struct Surroundings {
 };
 
 // The AppKit counterpart of one view and its modifiers. An update changes only what differs. Among the children of a
-// view, each counterpart belongs to the child's id or, if it has none, its position. The counterpart is kept while
-// isFor() accepts that child.
+// view, each counterpart belongs to the child's id or, if the child has none, to its position. The counterpart is kept
+// while isFor() accepts that child.
 class RealisedView {
   public:
     explicit RealisedView(const ViewSite& site) : site_(site) {}

@@ -7,8 +7,8 @@
 
 namespace kovra {
 
-// Return whether a view takes the available width beyond what it needs, with all its modifiers or with the innermost
-// `modifierCount` of them.
+// Return whether a view takes all of the available width, even if it needs less. The first function considers all
+// modifiers of the view, the second one only the innermost `modifierCount` of them.
 bool takesWidth(const View& view);
 bool takesWidth(const View& view, std::size_t modifierCount);
 

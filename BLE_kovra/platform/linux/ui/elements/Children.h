@@ -8,7 +8,6 @@
 
 namespace kovra {
 
-// The child elements of an element.
 class Children {
   public:
     void show(const Element& parent, const std::vector<View>& views, const Site& site, const TextStyle& inherited,

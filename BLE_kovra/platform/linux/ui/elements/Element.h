@@ -19,21 +19,21 @@ class QWidget;
 
 namespace kovra {
 
-// The receiver of the user's actions.
+// Receives what the user does with the elements.
 class UserActions {
   public:
     virtual ~UserActions() = default;
-    // The user changed a control to this value. Returns the number of the change.
+    // The user has changed the control at `path` to `value`. Returns the number of this change.
     virtual std::uint64_t changed(std::vector<std::string> path, std::variant<bool, std::string> value) = 0;
     virtual void followed(std::vector<std::string> path) = 0;
     virtual void scrolled() = 0;
 };
 
-// The surroundings of an element.
+// What an element uses of its surroundings.
 struct Site {
     QWidget& host;             // paints the element, or is the parent of its widget
     UserActions& actions;      // outlives the element
-    bool isInControl = false;  // part of a control, which handles input and screen readers for it
+    bool isInControl = false;  // a control contains the element and handles its input
 };
 
 // An element shows one view with its modifiers. It has a widget of its own, or its host paints it.

@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// An underlined text. A click, Return, Enter or Space follows the link. Screen readers see it as a link.
+// An underlined text. A click, Return, Enter or Space follows the link. Screen readers announce it as a link.
 class LinkButton : public QAbstractButton {
   public:
     explicit LinkButton(QWidget& parent);

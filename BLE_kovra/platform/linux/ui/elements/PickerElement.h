@@ -12,7 +12,8 @@
 
 namespace kovra {
 
-// Radio buttons in a column beside their title. The user's choice stays until a view acknowledges it.
+// Radio buttons in a column beside their title. An update does not undo the user's choice before the update
+// acknowledges that choice.
 class PickerElement : public Element {
   public:
     explicit PickerElement(const Site& site);

@@ -23,7 +23,8 @@ class StackElement : public Element {
     int spacing() const;
     int gaps() const;
     std::vector<int> childWidths(int width);
-    // Return the size of a child across the axis of the stack, and where the child begins.
+    // Return the size of a child across the axis of the stack, and the distance from the edge of the stack to the
+    // child.
     int crossSize(const SizeHint& hint, int space) const;
     int crossOffset(int space, int length) const;
 

@@ -12,7 +12,7 @@ class Surface : public QWidget {
   public:
     using QWidget::QWidget;
 
-    // The element must exist as long as the surface is painted. With null the surface paints nothing.
+    // The element must exist for as long as the surface is painted. If it is null, the surface paints nothing.
     void setElement(Element* element) { element_ = element; }
 
   private:

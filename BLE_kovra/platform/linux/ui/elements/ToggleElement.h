@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// A check box. The user's change stays until a view acknowledges it.
+// A check box. An update does not undo the user's change before the update acknowledges that change.
 class ToggleElement : public Element {
   public:
     explicit ToggleElement(const Site& site);

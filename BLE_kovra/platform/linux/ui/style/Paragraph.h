@@ -22,8 +22,8 @@ class Paragraph {
     bool set(const QString& text, const QFont& font);
     const QString& text() const { return text_; }
 
-    // Return, in pixels, the width of the whole text in one line, and that of a few letters. The second is at most the
-    // first.
+    // In pixels: preferredWidth() returns the width of the whole text in one line. minimumWidth() returns that of six
+    // average letters, but at most preferredWidth().
     int preferredWidth() const { return preferredWidth_; }
     int minimumWidth() const { return minimumWidth_; }
     int heightForWidth(int width);

@@ -10,7 +10,7 @@ class QPalette;
 
 namespace kovra {
 
-// The role of a text, in terms of the toolkit.
+// The style of a text, with the toolkit's font for it.
 struct TextStyle : TextRole {
     TextStyle inside(const std::vector<Modifier>& modifiers) const { return {TextRole::inside(modifiers)}; }
     // Returns the desktop's font in the size and weight of the role.

@@ -10,7 +10,8 @@
 namespace kovra {
 
 // The status item's menu for desktops that request it at each click on the icon. One click opens the menu, the next
-// closes it. A late request opens nothing, because by then the user may be doing something else.
+// closes it. A request that is older than two seconds opens nothing, because the user may be doing something else by
+// then.
 class RequestedMenu {
   public:
     // Sends MenuClosed when the menu closes, and for a request that opens nothing.

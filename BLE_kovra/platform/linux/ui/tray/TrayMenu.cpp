@@ -10,7 +10,8 @@ namespace kovra {
 
 namespace {
 
-// Keeps the toolkit from reading an "&" as the mark of a mnemonic, and a tab as the start of the shortcut's column.
+// Escapes "&", which the toolkit would interpret as the mark of a mnemonic. Replaces a tab, after which the toolkit
+// would show the shortcut.
 QString literal(const std::string& title) {
     return QString::fromStdString(title).replace('&', QLatin1String("&&")).replace('\t', ' ');
 }

@@ -9,7 +9,8 @@
 
 namespace kovra {
 
-// The status item's menu. It shows texts literally. A choice does not change a check mark; only show() does.
+// The status item's menu. It shows texts literally. When the user chooses an item, its check mark does not change; only
+// show() changes check marks.
 class TrayMenu {
   public:
     // `onChosen` receives the position of the chosen item, counted from 0 including separators.

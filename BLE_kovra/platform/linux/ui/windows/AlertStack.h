@@ -13,7 +13,7 @@ class QWindow;
 namespace kovra {
 
 // The stack of open alerts. The topmost comes to the front and blocks input to all other windows of the program, except
-// menus and the tray icon. An answered alert is hidden at once, and the one below takes input again.
+// menus and the tray icon. An answered alert is hidden at once, and the one below it accepts input again.
 class AlertStack : public QObject {
   public:
     explicit AlertStack(SendToResident send);

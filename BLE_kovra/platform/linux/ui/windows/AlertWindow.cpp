@@ -50,7 +50,8 @@ class IconView : public QWidget {
     }
 };
 
-// A button that leaves Return to the dialog. On some desktops Return would otherwise press the focused button.
+// A button that passes the Return key on to the dialog. On some desktops the key would otherwise press the focused
+// button.
 class Button : public QPushButton {
     using QPushButton::QPushButton;
     void keyPressEvent(QKeyEvent* event) override {
@@ -150,7 +151,7 @@ void AlertWindow::changeEvent(QEvent* event) {
     QDialog::changeEvent(event);
 }
 
-// A held key is not an answer: the user may have pressed it before the alert appeared.
+// Ignores the repetitions of a held key, because the user may have pressed it before the alert appeared.
 void AlertWindow::keyPressEvent(QKeyEvent* event) {
     if (!event->isAutoRepeat()) QDialog::keyPressEvent(event);
 }

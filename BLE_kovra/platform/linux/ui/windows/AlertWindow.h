@@ -13,9 +13,9 @@ namespace kovra {
 
 class TextView;
 
-// One alert on the screen. It shows its texts literally and in full; the user can select them with the mouse and copy
-// them. Return presses the first button, wherever the focus is. Space presses the focused button. Escape and the close
-// button of the frame answer without a button.
+// The window of one alert. It shows its texts literally and in full; the user can select them with the mouse and copy
+// them. The Return key presses the first button, wherever the focus is. Space presses the focused button. Escape and
+// the close button of the frame close the alert without a button.
 class AlertWindow : public QDialog {
   public:
     using OnAnswered = std::function<void(std::optional<std::size_t> button)>;

@@ -9,8 +9,8 @@ namespace {
 
 using Widgets = std::vector<QPointer<QWidget>>;
 
-// Returns the first control from `position` on that still exists and takes the focus, or else the last such control
-// before it.
+// Returns the first control from `position` on that still exists and accepts the focus. If there is none, returns the
+// last such control before `position`, or null.
 QWidget* neighbor(const Widgets& before, Widgets::const_iterator position) {
     const auto takesFocus = [](const QPointer<QWidget>& each) {
         return each && (each->focusPolicy() & Qt::TabFocus) != 0;

@@ -19,14 +19,14 @@ class ElementTree {
     ElementTree(const ElementTree&) = delete;
     ElementTree& operator=(const ElementTree&) = delete;
 
-    // Shows another view. Elements that can show a part of it are kept, with the focus and a click in progress. If the
-    // focused widget is removed, its neighbor receives the focus. The view includes the user's changes up to
-    // `acknowledged`.
+    // Shows another view. An element that can show a part of it is kept, so that its focus and a click in progress are
+    // preserved. If the focused widget is removed, its neighbor receives the focus. The view includes the user's
+    // changes up to number `acknowledged`.
     void show(const View& view, std::uint64_t acknowledged);
 
     // Lays out the elements, centered in an area of this size.
     void layOut(const QSize& size);
-    // Returns the smallest height that truncates nothing at this width.
+    // Returns the smallest height in pixels at which nothing is truncated, for this width.
     int minimumHeight(int width);
 
   private:

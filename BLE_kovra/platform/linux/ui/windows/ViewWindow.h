@@ -15,16 +15,16 @@ namespace kovra {
 
 // The settings window, which shows a view. Closing only hides it.
 //
-// It has the requested content size. It is taller if a text would be truncated otherwise. It is no taller than the
-// screen as long as the list in it can shrink.
+// The window has the requested content size. It is taller if a text would be truncated otherwise, and lower if it would
+// not fit on the screen and its list can shrink.
 class ViewWindow : public Surface, private UserActions {
   public:
     // Sends ControlChanged, LinkFollowed, WindowPlaced, WindowClosed and QuitWanted.
     explicit ViewWindow(SendToResident send);
     ~ViewWindow() override;
 
-    // The window comes to the front the first time and whenever `front` changes. It moves to the place in the message
-    // only the first time.
+    // Shows the message's content in the window. The window comes to the front the first time and whenever `front`
+    // changes. It moves to the place in the message only the first time.
     void showWindow(const ShowWindow& shown);
 
   private:
@@ -50,7 +50,7 @@ class ViewWindow : public Surface, private UserActions {
     ElementTree elements_{*this, *this};
     std::optional<ShowWindow> shown_;
     WindowPlace place_;         // the last one sent or received
-    QTimer placeTimer_;         // runs until the place has settled
+    QTimer placeTimer_;         // runs until the place has not changed for `settleTime`
     std::uint64_t number_ = 0;  // number of the user's last change
 };
 
