@@ -53,8 +53,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     // 2. The status item with its menu.
     setupStatusItem();
 
-    // 3. The device monitor. It reports devices only from the event loop, which does not run before step 9. This
-    // includes the devices that are attached already.
+    // 3. The device monitor. It reports devices from the event loop, which does not run before step 9. Devices that are
+    // attached already are reported in the same way.
     monitor_->onDevicesChanged = [weak = weak_from_this()](std::vector<HIDDeviceInfo> devices) {
         const auto self = weak.lock();
         if (!self) return;
@@ -72,11 +72,11 @@ void AppDelegate::applicationDidFinishLaunching() {
     hotkey_.onTrigger = hotKeyHandler();
     hotkey_.registerHotKey();
 
-    // 8. The first decision, from the saved choices and without any device.
+    // 8. The first decision. It depends only on the saved choices, because no device has been reported yet.
     evaluate();
 
     // 9. The alert about the driver, unless the driver is active. This step is the last one because it waits for the
-    // user's answer. Everything that the steps before have started keeps working meanwhile.
+    // user's answer. The services of the earlier steps keep working meanwhile.
     const bool isActive = driver_.isExtensionActive();
     if (!isActive && !hasTerminated_)
         DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
@@ -98,7 +98,8 @@ void AppDelegate::applicationWillTerminate() {
 }
 
 void AppDelegate::evaluate() {
-    // A block of enqueue() may quit the application. The call of evaluate() after it must not write the flag again.
+    // The work that enqueue() runs may quit the application. The evaluate() after that work must not write the flag
+    // again.
     if (hasTerminated_) return;
     const bool mute =
         decideMuting(state_.mode.get(), state_.isEnabled.get(), [this] { return state_.anySelectedConnected(); });

@@ -19,8 +19,8 @@ class SettingsWindow;
 class StatusItem;
 struct Platform;
 
-// The application's delegate. It starts the services in a fixed order, saves each change of the user's choices, decides
-// whether to mute, and unmutes the trackpad when the application terminates.
+// The application's delegate. It starts the services in a fixed order, saves each change of the user's choices, and
+// decides whether to mute. When the application terminates, it unmutes the trackpad.
 //
 // AppState announces a changed choice before it stores the choice (see Published). So the handler of the announcement
 // only queues a block. The block saves the stored choice and decides again.
@@ -33,7 +33,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void applicationDidFinishLaunching() override;
     // Opens the settings window. On a desktop without a tray, this is how the user reaches the settings.
     void applicationDidReopen() override;
-    // Queues a call of evaluate(), which tries a failed write of the flag again.
+    // Queues a call of evaluate(), which repeats a failed write of the flag.
     void applicationDidResume() override;
     void applicationWillTerminate() override;
 

@@ -10,11 +10,11 @@ struct Platform;
 // The entry point and the owner of the delegate. The constructor loads the saved choices.
 class BLE_kovraApp {
   public:
-    // Runs the application on the services of `platform` until it terminates.
+    // Runs the application on the services of `platform` until the application terminates.
     static void main(const Platform& platform);
 
-    // Returns the path of the flag file. Linux watches this file (FlagHandover), because the helper there may replace
-    // it while the program runs.
+    // Returns the path of the flag file. On Linux, FlagHandover watches this file, because the helper may replace it
+    // while the program runs.
     static const char* flagFile();
 
   private:

@@ -8,7 +8,7 @@ namespace kovra {
 
 class L10n;
 
-// The tags of the two items with check marks.
+// The tags of the two menu items with check marks.
 struct StatusMenuTag {
     static constexpr int enabled = 1;
     static constexpr int launchAtLogin = 2;

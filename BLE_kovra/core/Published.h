@@ -28,7 +28,7 @@ enum class CurrentValue { deliver, drop };
 // announcement get() still returns the old value. A subscriber that needs the new value queues a block, which reads it
 // later. set() announces a value even if it equals the old one. If a handler calls set(), that nested call announces
 // and stores its value at once. The outer call stores its own value afterwards. A subscriber added during an
-// announcement is notified from the next one on.
+// announcement is notified from the next announcement on.
 template <typename T>
 class Published {
   public:

@@ -8,7 +8,7 @@ namespace kovra {
 
 // A device in the list that HIDMonitor publishes.
 struct HIDDeviceInfo {
-    std::string id;    // the identity key, as saved in the selection
+    std::string id;    // the identity key, see userKey()
     std::string name;  // see displayName()
     bool connected;    // an interface is attached, or the grace period is running
 

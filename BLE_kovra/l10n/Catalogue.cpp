@@ -32,7 +32,7 @@ L10n::Catalogue catalogue(std::initializer_list<std::pair<const char*, L10n::Tab
 
 }  // namespace
 
-// Each text has a line of its own, however long, so that translators can read down the table.
+// Each text has a line of its own, however long, so that translators can compare the languages.
 // clang-format off
 const L10n::Catalogue& L10n::strings() {
     static const std::string address = supportAddress;

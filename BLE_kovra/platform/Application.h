@@ -11,8 +11,8 @@ class ApplicationDelegate {
     virtual void applicationDidFinishLaunching() = 0;
     // Called when the user starts the program again while it is running.
     virtual void applicationDidReopen() = 0;
-    // Called when a write of the flag that failed before may succeed: the session has become active again, the machine
-    // has resumed from sleep, or the helper has handed the flag over to the user.
+    // Called when a write of the flag that failed before may succeed. The reason is that the session has become active
+    // again, the machine has resumed from sleep, or the helper has handed the flag over to the user.
     virtual void applicationDidResume() = 0;
     virtual void applicationWillTerminate() = 0;
 };

@@ -32,7 +32,7 @@ inline ColoredPicture applicationIcon() {
             .layers = {{blue, RoundedRectangle{.origin = {0, 0}, .size = {18, 18}, .cornerRadii = {4, 4}}},
                        {white, RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2}}},
                        {blue, Segment{.from = {9, 4}, .to = {9, 9}}, 1},
-                       {blue, slash, 3.4},  // separates the slash from the white
+                       {blue, slash, 3.4},  // a blue edge between the slash and the white
                        {amber, slash, 1.6}}};
 }
 

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A position in a drawing. Its unit is the point, as for all lengths in a drawing. The origin is at the bottom left,
-// and y grows upwards.
+// A position in a drawing. Positions and lengths are in points, the same unit as in a View. The origin is at the bottom
+// left, and y grows upwards.
 struct Point {
     double x = 0;
     double y = 0;

@@ -46,7 +46,7 @@ class ViewChildren {
     Element* first() const { return elements_.empty() ? nullptr : elements_.front().get(); }
 
   private:
-    // Returns the key of a view. The prefixes prevent that an id equals a position.
+    // Returns the key of a view. Because of the prefixes, an id never equals a position.
     static std::string key(const View& view, std::size_t position) {
         return view.id.empty() ? "#" + std::to_string(position) : "=" + view.id;
     }

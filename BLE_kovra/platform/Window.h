@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// The parts of a window's frame. The user cannot resize the window with any of them.
+// The parts of a window's frame. None of them makes the window resizable.
 struct WindowStyle {
     static constexpr unsigned titled = 1;
     static constexpr unsigned closable = 2;

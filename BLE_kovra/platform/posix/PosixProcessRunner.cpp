@@ -29,7 +29,7 @@ std::optional<std::string> PosixProcessRunner::output(const Command& command) {
     });
     loop_.runUntil([&] { return (hasAll && hasEnded) || text.size() > longest_; });
     if (text.size() > longest_) {
-        // Closing the pipe also ends any other process that writes to it.
+        // After the pipe is closed, any other process that writes to it gets SIGPIPE.
         reading.reset();
         pipe.reset();
         program->terminate();

@@ -52,8 +52,8 @@ class BusConnection {
     // `lost` is called from the queue after the bus has disconnected. It may destroy this connection.
     BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& failures, std::function<void()> lost = {});
 
-    // The connection of sd-bus. Null after the bus has disconnected, or if the connection could not be attached to the
-    // event loop. The functions below then do nothing.
+    // Returns the connection of sd-bus. Returns null after the bus has disconnected, or if the connection could not be
+    // attached to the event loop. The functions below then do nothing.
     sd_bus* bus() const { return bus_.get(); }
 
     // Delivers only signals that the owner of the name `signal.sender` has sent. Signals that other clients forge are

@@ -12,7 +12,7 @@ namespace kovra {
 // tray or its hot key.
 class BusFailures {
   public:
-    static constexpr std::size_t most = 20;  // beyond that, the oldest are dropped
+    static constexpr std::size_t most = 20;  // the largest number kept; then the oldest are dropped
 
     // `error` is an error number, positive or negative.
     void add(const std::string& what, int error) { add(what + ": " + std::strerror(error < 0 ? -error : error)); }
@@ -20,7 +20,7 @@ class BusFailures {
         if (failures_.size() == most) failures_.erase(failures_.begin());
         failures_.push_back(std::move(failure));
     }
-    // The failures, oldest first.
+    // Returns the failures, oldest first.
     const std::vector<std::string>& all() const { return failures_; }
 
   private:

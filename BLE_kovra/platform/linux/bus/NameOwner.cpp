@@ -33,7 +33,7 @@ void NameOwner::ifSent(sd_bus_message* message, std::function<void()> then) {
     if (waiting_.size() == 1) ask();
 }
 
-// Watches the owner before asking for it, so that no change is missed.
+// Subscribes to changes of the owner before requesting the owner, so that no change is missed.
 void NameOwner::ask() {
     const std::string rule = std::string("type='signal',sender='") + busName + "',path='" + path + "',interface='" +
                              busName + "',member='NameOwnerChanged',arg0='" + name_ + "'";
@@ -44,7 +44,7 @@ void NameOwner::ask() {
     check(sd_bus_call_method_async(bus_, &slot, busName, path, busName, "GetNameOwner", queried, this, "s",
                                    name_.c_str()));
     query_.reset(slot);
-    if (!query_) waiting_.clear();  // the next message asks again
+    if (!query_) waiting_.clear();  // the next message repeats the request
 }
 
 int NameOwner::changed(sd_bus_message* message, void* context, sd_bus_error*) {

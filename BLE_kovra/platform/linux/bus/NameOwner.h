@@ -14,11 +14,11 @@ namespace kovra {
 
 // The connection that owns a well-known name at present. It is used to recognize forged signals.
 //
-// Any client may send a signal straight to another client's connection, and the bus passes it on. Such a signal bears
-// the unique name of its real sender, which the bus itself writes. A match of sd-bus cannot compare this unique name
-// with the well-known name, so it accepts the signal.
+// Any client may send a signal straight to another client's connection, and the bus passes it on. Such a signal
+// contains the unique name of its real sender, which the bus itself writes. A match of sd-bus cannot compare this
+// unique name with the well-known name, so it accepts the signal.
 //
-// The bus is asked for the owner when ifSent() is called for the first time, since most services send no signal for
+// The owner is requested from the bus only when ifSent() is first called, because most services send no signal for
 // hours. From then on the owner is updated inside sd-bus's dispatch, in the order of the messages.
 class NameOwner {
   public:

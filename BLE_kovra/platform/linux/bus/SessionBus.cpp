@@ -14,8 +14,8 @@ namespace {
 constexpr std::chrono::seconds shortestPause(1);
 constexpr std::chrono::seconds longestPause(30);
 
-// Escapes a value in a bus address. Letters, digits and -_/.\* stay; any other byte becomes % and two hexadecimal
-// digits.
+// Escapes a value in a bus address. Letters, digits and -_/.\* are unchanged; any other byte becomes % and two
+// hexadecimal digits.
 std::string escaped(std::string_view path) {
     constexpr std::string_view digits = "0123456789abcdef";
     constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_/.\\*";

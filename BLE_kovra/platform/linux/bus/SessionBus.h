@@ -21,8 +21,8 @@ class SessionBus {
     explicit SessionBus(SdEventLoop& loop);
 
     SdEventLoop& loop() const { return loop_; }
-    // The connection, or null while disconnected. While the connection is being established, messages are kept and sent
-    // later.
+    // Returns the connection, or null while disconnected. Messages that are sent before the connection is established
+    // are sent to the bus afterwards.
     BusConnection* connection() { return bus() == nullptr ? nullptr : &*connection_; }
     sd_bus* bus() const { return connection_ ? connection_->bus() : nullptr; }
 

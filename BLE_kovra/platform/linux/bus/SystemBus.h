@@ -20,8 +20,8 @@ class SystemBus {
     }
 
     SdEventLoop& loop() const { return loop_; }
-    // The connection. Null if there is no system bus, or after it has disconnected. While the connection is being
-    // established, messages are kept and sent later.
+    // Returns the connection. Returns null if there is no system bus, or after it has disconnected. Messages that are
+    // sent before the connection is established are sent to the bus afterwards.
     BusConnection* connection() { return bus() == nullptr ? nullptr : &*connection_; }
     sd_bus* bus() const { return connection_ ? connection_->bus() : nullptr; }
 

@@ -17,7 +17,7 @@ std::size_t pastQuoted(std::string_view text, std::size_t begin) {
     return std::min(i + 1, text.size());
 }
 
-// Calls `visit` with the index of each bracket, comma and colon outside quotes, and of each opening quote.
+// Calls `visit` with the index of each bracket, brace, comma and colon outside quotes, and of each opening quote.
 template <typename Visit>
 void forEachMark(std::string_view text, Visit visit) {
     for (std::size_t i = text.find_first_of("{}[]:,\""); i < text.size(); i = text.find_first_of("{}[]:,\"", i)) {

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// Returns whether brackets are nested deeper than `limit` in the text. The text need not be valid JSON. Brackets in
-// quotes do not count.
+// Returns whether brackets and braces are nested deeper than `limit` in the text. The text need not be valid JSON.
+// Brackets and braces in quotes do not count.
 bool isNestedDeeperThan(std::size_t limit, std::string_view text);
 
 // Returns the JSON object with the member `key` set to `value`. Every other byte stays the same. A new member is

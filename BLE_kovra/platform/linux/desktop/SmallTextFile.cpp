@@ -81,7 +81,8 @@ int writeAndSync(int number, const std::string& text) {
     return error != 0 ? error : errorAtClose;
 }
 
-// Makes the rename survive a crash. Some file systems do not support this; the file is complete in any case.
+// Writes the rename to the disk, so that it survives a crash. Some file systems do not support this; the file is
+// complete in any case.
 void syncFolder(const fs::path& folder) {
     const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.isOpen()) ::fsync(opened.number());

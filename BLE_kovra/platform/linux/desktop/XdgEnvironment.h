@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// Functions that read the session's environment variables: its display server, the names of its desktop and the
-// configuration directories. freedesktop.org's base directory rules (0.8) define these directories.
+// Functions that read the session's display server, the names of its desktop and the configuration directories from
+// environment variables. freedesktop.org's base directory rules (0.8) define these directories.
 
 // The display server of the user's session.
 enum class Desktop { none, x11, wayland };

@@ -13,8 +13,8 @@ namespace kovra {
 //
 // status() returns `enabled` if the desktop starts the program that the entry names. It returns `notRegistered` if
 // there is no entry or the entry is switched off, and `requiresApproval` if the entry excludes this desktop. It returns
-// `notFound` if a program that the entry names does not exist, the entry cannot be read, or the user has no directory
-// for entries.
+// `notFound` if a program in the entry does not exist, the entry cannot be read, or the user has no directory for
+// entries.
 //
 // Registering and unregistering change only the user's own entry, and each change is atomic. Other contents of the
 // entry are preserved. If the entry is a symbolic link, the link is replaced or removed and its target is not changed.

@@ -17,8 +17,8 @@ namespace kovra {
 // may remain while the device is disconnected.
 //
 // This class queries BlueZ only while there are Bluetooth nodes, and subscribes to the signals of their devices. While
-// BlueZ has not reported one of these devices, the class also subscribes to the additions of all devices. The last
-// state that BlueZ has reported remains valid until BlueZ reports another one, even while BlueZ is not running. A
+// BlueZ has not reported one of these devices, the class also subscribes to the signals about all added devices. The
+// last state that BlueZ has reported remains valid until BlueZ reports another one, even while BlueZ is not running. A
 // device that BlueZ has never reported counts as present. The class never starts BlueZ.
 class BluezHIDPresence : public HIDPresence {
   public:

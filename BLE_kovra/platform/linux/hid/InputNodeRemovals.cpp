@@ -24,7 +24,7 @@ std::unique_ptr<InputNodeRemovals> InputNodeRemovals::watch(SdEventLoop& loop, c
 InputNodeRemovals::InputNodeRemovals(SdEventLoop& loop, int inotify, std::function<void()> removed)
     : inotify_(inotify), watch_(loop.watch(inotify, std::move(removed))) {}
 
-// The events are dropped, because the receiver checks all devices in any case.
+// Drops the pending events. Their content is not needed, because the caller checks all nodes.
 void InputNodeRemovals::rearm() {
     std::array<char, 4096> events;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
     while (::read(inotify_.number(), events.data(), events.size()) > 0) {

@@ -21,8 +21,8 @@ struct UdevdPaths {
     bool isReachable() const;
 };
 
-// Events of udevd for one subsystem. An event contains only which node is concerned and whether it was removed.
-// Everything else has to be read from the node itself.
+// Events of udevd for one subsystem. An event contains only the name and the path of the node, and whether the node was
+// removed. Everything else has to be read from the node itself.
 class UdevEvents {
   public:
     struct Event {

@@ -17,23 +17,24 @@ namespace kovra {
 class DelayedTask;
 class MainQueue;
 
-// The announcer of HID interfaces. It compares the nodes with the interfaces that it has announced, and announces the
-// differences as attached or removed.
+// Announces HID interfaces as attached or removed. It compares the current nodes with the interfaces that it has
+// announced, and announces the differences.
 //
 // A node is announced once a driver is bound to it, since drivers give devices their names. Without a driver it is
-// announced `timeout` after it was first seen. If the name or the numbers of an announced interface change, it is
-// announced as removed and as attached again, with the same registry entry ID. The same happens if its device
-// disconnects and reconnects while the node remains. Unbinding or replacing its driver alone is not announced. Checking
-// a node twice has the same effect as checking it once.
+// announced `timeout` after it was first seen. An interface whose name or numbers change is announced as removed and as
+// attached again, with the same registry entry ID. The same happens if its device disconnects and reconnects while the
+// node remains. Unbinding or replacing its driver alone is not announced. Checking a node twice has the same effect as
+// checking it once.
 class UdevHIDAnnouncer {
   public:
     static constexpr std::chrono::milliseconds timeout{300};
 
-    // `attached` and `removed` may destroy the announcer.
+    // `attached` and `removed` may destroy the announcer. `recheck` is called when the presence of the node's device
+    // may have changed; the owner must then call check().
     struct Actions {
         std::function<void(const UdevHIDDevice&)> attached;
         std::function<void(const UdevHIDDevice&)> removed;
-        std::function<void(const std::string& nodeName)> recheck;  // its presence may have changed: call check()
+        std::function<void(const std::string& nodeName)> recheck;
     };
 
     UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences,

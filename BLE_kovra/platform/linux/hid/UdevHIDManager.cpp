@@ -67,8 +67,8 @@ void UdevHIDManager::checkAfterStop() {
     try {
         continued_ = loop_.onSignal(SIGCONT, [this] { resynchronize(); });
     } catch (const std::system_error&) {
-        // No descriptors are left for the signal. If events are lost while the process is stopped, the socket still
-        // reports that.
+        // No descriptors are left for the signal. If events are lost while the process is stopped, the socket of
+        // udevd's events still reports that.
     }
 }
 

@@ -40,7 +40,7 @@ class UdevHIDManager : public HIDManager {
     static constexpr std::chrono::milliseconds inputRemovalDelay{100};
 
     // `presences` are queried for each node that is checked; a device is absent if any of them reports it as absent.
-    // Each call of the listeners in `missedEvents` checks all nodes again.
+    // When the listeners in `missedEvents` are called, all nodes are checked again.
     UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths udevd,
                    std::vector<std::unique_ptr<HIDPresence>> presences, Listeners<>& missedEvents);
     ~UdevHIDManager() override;

@@ -30,8 +30,8 @@ struct UdevHIDNode {
     std::string uniq = {};    // the serial number or address of the device
 };
 
-// The nodes of the bus "hid". They are read from sysfs each time, because the content of an event may be out of date:
-// drivers rename devices after the kernel has announced them. Reading nodes needs neither udevd nor any privilege.
+// The nodes of the bus "hid". They are read from sysfs each time. An event may be out of date, because drivers rename
+// devices after the kernel has announced them. Reading nodes needs neither udevd nor any privilege.
 class UdevHIDNodes {
   public:
     explicit UdevHIDNodes(udev* context) : context_(context) {}

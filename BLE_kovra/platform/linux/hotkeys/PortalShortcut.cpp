@@ -20,7 +20,8 @@ constexpr const char* globalShortcuts = "org.freedesktop.portal.GlobalShortcuts"
 // time is such a repetition. The time is longer than the keyboard's usual delay before the first repetition.
 constexpr auto repetition = std::chrono::seconds(1);
 
-// 0 is success; any other code means that the user or the portal has ended the request.
+// Returns whether the response contains the code 0. Any other code means that the user or the portal has ended the
+// request.
 bool isGranted(sd_bus_message* response) {
     std::uint32_t code = 1;
     return sd_bus_message_read(response, "u", &code) > 0 && code == 0;

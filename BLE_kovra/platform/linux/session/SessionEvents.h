@@ -10,11 +10,11 @@ namespace kovra {
 
 class SdEventApplication;
 
-// Connects the events of the session and of the flag to the application:
+// Connects the events of the session and of the flag file to the application:
 //  - The session has ended: the application terminates.
 //  - The flag was handed over to the user: the application decides again, since a write that was refused may succeed.
 //  - The session is active again: the application decides again, and a hand-over is expected.
-//  - The machine has woken from sleep: the application compares the devices with what is attached and decides again,
+//  - The machine has woken from sleep: the application compares its devices with the attached ones and decides again,
 //    and a hand-over is expected.
 class SessionEvents {
   public:

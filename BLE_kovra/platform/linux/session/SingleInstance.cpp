@@ -80,7 +80,8 @@ void SingleInstance::takeName(BusConnection& connection, const InstanceLock& loc
     isAnswered_ = answer != Answer::none;
     if (answer != Answer::second) return;
     const Owner owner = DBusActivation::activate(connection.bus(), busName);
-    // A silent owner may be an instance that was stopped, but then that instance holds the lock if there is one.
+    // A silent owner may be a stopped instance of this program, but only if there is no lock: otherwise that instance
+    // would hold the lock.
     const bool mayBeSilent = lock.state() == InstanceLock::State::none;
     isSecond_ = owner == Owner::ours || (owner == Owner::silent && mayBeSilent);
     if (isSecond_) return;

@@ -27,7 +27,7 @@ class TrayPopup {
     MainQueue& queue_;
     WindowProcess& window_;
     TrayItem& item_;
-    std::chrono::milliseconds lastRequest_{};  // the time of the last request
+    std::chrono::milliseconds lastRequest_{};
     WindowProcess::Messages::Token listening_;
     Lifetime lifetime_;
 };

@@ -8,16 +8,16 @@
 
 namespace kovra {
 
-// The decision when the icon is shown in a tray that embeds windows (XEmbed): only if the desktop has such a tray and
-// no StatusNotifier host. At the start, and after a host has disappeared, the program waits for the time `grace` for a
+// Decides when the icon is shown in a tray that embeds windows (XEmbed): only if the desktop has such a tray and no
+// StatusNotifier host. At the start, and after a host has disappeared, the program waits for the time `grace` for a
 // host. After that, it looks for a tray that embeds windows. When a host appears later, the icon leaves the tray
 // immediately. As long as there is a host, no timer runs, and the program does not look for trays.
 class XEmbedTrayChoice {
   public:
     static constexpr std::chrono::seconds grace{5};
 
-    // Each function is called when its value changes; both values are false at first. Call setTrayPresent() only while
-    // the value of `lookForTrays` is true.
+    // Each function is called when its `isWanted` changes; at first, both are false. Call setTrayPresent() only after
+    // lookForTrays(true) and before lookForTrays(false).
     struct Actions {
         std::function<void(bool isWanted)> lookForTrays;
         std::function<void(bool isWanted)> showIcon;

@@ -10,8 +10,8 @@
 namespace kovra {
 
 // A watch that reports whether the screen has a tray that embeds windows, that is, a program that owns the screen's
-// tray selection. After the first queries, it wakes the program only if the root window changes, a new owner announces
-// itself there, or the window of the current owner is destroyed.
+// tray selection. After the first queries, it wakes the program in three cases: the root window changes, a new owner
+// announces itself there, or the current owner's window is destroyed.
 class XEmbedTrayWatch {
   public:
     // `changed` is called from the queue after each change. Assumes at first that there is no tray.

@@ -1,4 +1,4 @@
-// The window process: shows what the resident program sends over its socket, sends back what the user does, and ends
+// The window process: shows what the resident program sends over its socket, and sends back what the user does. It ends
 // when the resident program closes the socket.
 
 #include <fcntl.h>
@@ -29,7 +29,7 @@ bool isSocket(int descriptor) {
 
 void send(const ToResident& message) { sendLine(windowSocket, encode(message)); }
 
-// Everything that this process shows.
+// The tray icon, the window, the menu and the alerts of this process. Each function handles one kind of message.
 class Screen {
   public:
     void operator()(const ShowTray& shown) {

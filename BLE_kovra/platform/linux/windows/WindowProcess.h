@@ -28,7 +28,7 @@ namespace kovra {
 //
 // After each event and each new state, a Ping is sent. A process that does not reply in time with a Pong hangs. It is
 // killed and, if there is a state, a new one starts immediately. These starts and those after an unexpected end are
-// limited to the number of `delays`. The timer runs only while a Pong is expected.
+// limited to the number of `delays`. The timer for the reply runs only while a Pong is expected.
 class WindowProcess {
   public:
     // `delays` are the pauses before the restarts. A process that ran for at least `settled` starts again with the

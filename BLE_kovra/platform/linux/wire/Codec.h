@@ -32,7 +32,7 @@ constexpr const char* nameOf = nullptr;
 template <typename T>
 constexpr auto namesOf = nullptr;
 
-// Returns null if there is no such member or no object.
+// Returns null if `object` is not a JSON object or has no such member.
 inline const Json* findMember(const Json& object, const char* name) {
     if (!object.is_object()) return nullptr;
     const auto member = object.find(name);
@@ -180,7 +180,7 @@ struct Required {
     }
 };
 
-// The JSON omits the member if it is empty.
+// A member that the JSON object omits if it is empty.
 template <typename T, typename V>
 struct Optional {
     const char* name;

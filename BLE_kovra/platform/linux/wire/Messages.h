@@ -61,7 +61,7 @@ struct ShowWindow {
     View content;  // without actions
 };
 
-// Hides the window. No WindowClosed follows.
+// Hides the window. The window process does not send WindowClosed for it.
 struct HideWindow {};
 
 // A state: the open alerts, the topmost last. Only the topmost accepts input. Alerts that are no longer listed close.

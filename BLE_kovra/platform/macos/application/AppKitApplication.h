@@ -27,7 +27,7 @@ class AppKitApplication : public Application {
   private:
     DispatchMainQueue& queue_;
     NSApplication* application_;
-    KovraApplicationDelegate* delegate_ = nil;  // AppKit does not keep it alive
+    KovraApplicationDelegate* delegate_ = nil;  // AppKit does not retain it
 };
 
 }  // namespace kovra

@@ -22,7 +22,7 @@ NSMenuItem* menuItem(const MenuItem& item) {
     if (item.action) {
         KovraActionTarget* target = [[KovraActionTarget alloc] initWithWork:item.action->perform];
         [made setTarget:target];
-        [made setRepresentedObject:target];  // keeps the target alive
+        [made setRepresentedObject:target];  // the item retains the target here
     }
     if (item.state) [made setState:stateValue(*item.state)];
     [made setTag:item.tag];
@@ -58,7 +58,7 @@ class AppKitStatusItem : public StatusItem, private StatusBarButton {
         [[item_ button] setAccessibilityLabel:foundationString(text)];
     }
 
-    NSStatusItem* item_;  // the status bar does not keep it alive
+    NSStatusItem* item_;  // the status bar does not retain it
 };
 
 }  // namespace

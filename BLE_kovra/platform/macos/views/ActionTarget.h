@@ -4,7 +4,7 @@
 
 #include <functional>
 
-// The target of a control's or a menu item's action: runs `work`. Controls do not keep their targets alive.
+// The target of a control's or a menu item's action: runs `work`. Controls do not retain their targets.
 @interface KovraActionTarget : NSObject
 - (instancetype)initWithWork:(std::function<void()>)work;
 - (void)perform:(id)sender;

@@ -29,7 +29,7 @@ class UserActions {
     virtual void scrolled() = 0;
 };
 
-// What an element uses of its surroundings.
+// The host of an element, and the receiver of its actions.
 struct Site {
     QWidget& host;             // paints the element, or is the parent of its widget
     UserActions& actions;      // outlives the element

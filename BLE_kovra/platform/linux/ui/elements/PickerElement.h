@@ -12,8 +12,8 @@
 
 namespace kovra {
 
-// Radio buttons in a column beside their title. An update does not undo the user's choice before the update
-// acknowledges that choice.
+// Radio buttons in a column beside their title. Updates that do not yet acknowledge the user's choice leave it
+// unchanged.
 class PickerElement : public Element {
   public:
     explicit PickerElement(const Site& site);

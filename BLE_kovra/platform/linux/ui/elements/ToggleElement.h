@@ -8,7 +8,7 @@
 
 namespace kovra {
 
-// A check box. An update does not undo the user's change before the update acknowledges that change.
+// A check box. Updates that do not yet acknowledge the user's change leave it unchanged.
 class ToggleElement : public Element {
   public:
     explicit ToggleElement(const Site& site);

@@ -23,8 +23,8 @@ struct TextStyle : TextRole {
 QColor roleColor(Color color, const QPalette& palette);
 
 // Returns a color for the style Fusion to use instead of the window's. Fusion draws the outline of a box slightly
-// darker than that color. With the window's own color the outline would be invisible in dark themes. With this one its
-// contrast is at least 3 to 1 if the theme's own text reaches that.
+// darker than that color. With the window's own color the outline would be invisible in dark themes. With the returned
+// color, the contrast of the outline is at least 3 to 1 if the theme's own text reaches that.
 QColor outlineBaseColor(const QPalette& palette);
 
 // Returns the contrast ratio as WCAG 2 defines it, from 1 to 21.
