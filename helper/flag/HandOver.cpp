@@ -37,7 +37,7 @@ void revokeOld(int folder, uid_t owner) {
     const auto user = old ? old->writer() : std::nullopt;
     if (!user) return;
     old->truncate();  // first, because this file may be what has filled the disk
-    ::linkat(folder, flagName, folder, leftName(*user).c_str(), 0);
+    [[maybe_unused]] const int result = ::linkat(folder, flagName, folder, leftName(*user).c_str(), 0);
     old->grantWriteTo(std::nullopt);
 }
 

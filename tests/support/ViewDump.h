@@ -90,8 +90,9 @@ class ViewDump {
     std::ostringstream text_;
 };
 
-// Returns the view at this path. Each step is the id or the position of a child. Throws if there is no such view.
-inline const View& viewAt(const View& root, const std::vector<std::string>& path) {
+// Returns a copy of the view at this path. Each step is the id or the position of a child. Throws if there is no such
+// view.
+inline View viewAt(const View& root, const std::vector<std::string>& path) {
     const View* view = &root;
     for (const std::string& step : path) {
         const View* next = nullptr;

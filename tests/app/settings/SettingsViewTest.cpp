@@ -84,7 +84,7 @@ TEST(SettingsViewTest, KeepsTheMonitorsOrder) {
     ViewRig rig;
     rig.state.devices.set({gone, here});
     const View view = rig.body();
-    const View& list = viewAt(view, {std::to_string(deviceArea), "0"});
+    const View list = viewAt(view, {std::to_string(deviceArea), "0"});
     EXPECT_EQ(list.children.at(0).id, gone.id);
     EXPECT_EQ(list.children.at(1).id, here.id);
 }
@@ -158,7 +158,7 @@ TEST(SettingsViewTest, ARowMadeBeforeTheListWasReorderedEditsItsOwnDevice) {
     const ViewRig rig;
     rig.state.devices.set({here, gone});
     const View before = rig.body();
-    const View& row = viewAt(before, {std::to_string(deviceArea), "0"}).children.at(0);
+    const View row = viewAt(before, {std::to_string(deviceArea), "0"}).children.at(0);
     rig.state.devices.set({gone, here});
     std::get<Toggle>(row.kind).set(true);
     EXPECT_EQ(rig.state.selectedIDs.get(), Selection{here.id});
