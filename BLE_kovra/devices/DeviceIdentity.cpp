@@ -1,5 +1,7 @@
 #include "BLE_kovra/devices/DeviceIdentity.h"
 
+#include <utility>
+
 #include "BLE_kovra/l10n/L10n.h"
 #include "BLE_kovra/platform/HIDManager.h"
 

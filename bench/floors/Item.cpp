@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string_view>

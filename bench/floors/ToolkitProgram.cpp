@@ -8,6 +8,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QSocketNotifier>
+#include <cstdint>
 #include <cstdlib>
 
 #include "bench/floors/ToolkitItem.h"

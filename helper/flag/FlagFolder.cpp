@@ -1,6 +1,7 @@
 #include "helper/flag/FlagFolder.h"
 
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

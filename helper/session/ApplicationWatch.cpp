@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstring>
 #include <map>
+#include <system_error>
 
 #include "helper/Handles.h"
 #include "helper/session/ApplicationProcess.h"

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <system_error>
 
 #include "helper/Descriptor.h"
 

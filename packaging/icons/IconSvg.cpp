@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <iomanip>
+#include <ios>
 #include <locale>
 #include <sstream>
 

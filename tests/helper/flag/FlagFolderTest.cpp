@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <ios>
 #include <string>
 
 #include "tests/helper/AsRoot.h"

@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/RunUntil.h"

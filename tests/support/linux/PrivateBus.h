@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace kovra {
 

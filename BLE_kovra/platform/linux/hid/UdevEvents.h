@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/loop/Handles.h"

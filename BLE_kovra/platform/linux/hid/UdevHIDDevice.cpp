@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <functional>
+#include <system_error>
 #include <utility>
 
 #include "BLE_kovra/platform/Utf8.h"

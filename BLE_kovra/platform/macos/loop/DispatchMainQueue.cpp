@@ -3,6 +3,7 @@
 #include <dispatch/dispatch.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace kovra {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <string>
 
 namespace kovra {

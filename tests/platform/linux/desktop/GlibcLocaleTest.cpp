@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <ios>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/contracts/LocaleContract.h"

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iostream>
 #include <random>
 
 #include "BLE_kovra/platform/Utf8.h"

@@ -1,4 +1,6 @@
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
+
+#include <utility>
 #include "tests/contracts/MainQueueContract.h"
 
 namespace kovra {

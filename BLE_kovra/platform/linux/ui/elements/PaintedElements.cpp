@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QWidget>
+#include <algorithm>
 
 #include "BLE_kovra/platform/linux/ui/style/Points.h"
 

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QRadioButton>
 #include <cmath>
+#include <ostream>
 
 #include "BLE_kovra/platform/linux/ui/elements/TextElement.h"
 #include "tests/platform/linux/ui/ViewRig.h"
