@@ -4,6 +4,7 @@ Only the image and the few modules that the machine loads are kept. The package 
 used as it is.
 """
 
+import lzma
 import pathlib
 import re
 import shutil
@@ -45,7 +46,7 @@ def prepare(folder, say):
     kernel.folder.mkdir(parents=True, exist_ok=True)
     with tempfile.TemporaryDirectory(dir=kernel.folder) as temporary:
         work = pathlib.Path(temporary)
-        say("fetching the machine's kernel (a Debian package of about 70 MB, kept in the build folder)")
+        say("fetching the machine's kernel (a Debian package of about 100 MB, kept in the build folder)")
         package = _download(work)
         say("unpacking it")
         subprocess.run(["dpkg-deb", "-x", package, work / "unpacked"], check=True)
@@ -72,16 +73,29 @@ def _package_name():
 
 
 def _keep_needed(unpacked, kernel):
-    files = {path.stem.replace("-", "_"): path for path in unpacked.glob("lib/modules/*/kernel/**/*.ko")}
+    # From release 13 on, Debian has the modules below /usr.
+    files = {_name(path).replace("-", "_"): path for top in ("lib", "usr/lib")
+             for path in (unpacked / top).glob("modules/*/kernel/**/*.ko*")}
     kernel.modules.mkdir(exist_ok=True)
     order = []
     for name in BOOT_MODULES:
         _add_with_dependencies(name, files, order)
     for path in order + [files[name.replace("-", "_")] for name in LATER_MODULES]:
-        shutil.copy(path, kernel.modules)
+        kernel.module(_name(path)).write_bytes(_content(path))
     shutil.copy(next(unpacked.glob("boot/vmlinuz-*")), kernel.image)
     # The order is written last: its presence means that everything else is complete.
-    (kernel.modules / "order").write_text("".join(f"{path.name}\n" for path in order))
+    (kernel.modules / "order").write_text("".join(f"{_name(path)}.ko\n" for path in order))
+
+
+def _name(path):
+    """Returns the name of the module in this file."""
+    return path.name.partition(".")[0]
+
+
+def _content(path):
+    """Returns the module in this file as the kernel loads it. Debian compresses the files from release 13 on."""
+    content = path.read_bytes()
+    return lzma.decompress(content) if path.suffix == ".xz" else content
 
 
 def _add_with_dependencies(name, files, order):
@@ -89,7 +103,7 @@ def _add_with_dependencies(name, files, order):
     # A module without a file is built into the kernel.
     if path is None or path in order:
         return
-    stated = re.search(rb"\0depends=([^\0]*)\0", path.read_bytes())
+    stated = re.search(rb"\0depends=([^\0]*)\0", _content(path))
     for needed in filter(None, stated.group(1).decode().split(",") if stated else []):
         _add_with_dependencies(needed, files, order)
     order.append(path)
