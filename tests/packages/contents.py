@@ -30,7 +30,6 @@ HELPER = {
     "/usr/bin/systemextensionsctl",
     "/usr/share/man/man1/systemextensionsctl.1.gz",
     "/usr/share/man/man8/ble-kovra-helper.8.gz",
-    "/lib/systemd/system/ble-kovra-helper.service",
     "/usr/lib/sysusers.d/ble-kovra-helper.conf",
     "/usr/lib/tmpfiles.d/ble-kovra-helper.conf",
     "/usr/lib/udev/rules.d/90-ble-kovra-helper.rules",
@@ -38,26 +37,30 @@ HELPER = {
 }
 
 
+def units():
+    """Returns the folder in which the packages of this release have their units: where systemd has its own."""
+    files = run("dpkg-query", "--listfiles", "systemd")
+    return re.search(r"^(/\S+/systemd/system)/systemd-logind\.service$", files, re.M)[1]
+
+
 @scenario("gcc compiles the packages without a warning.")
 def warnings(built):
     lines = (built.packages / "log").read_text(errors="replace").splitlines()
-    # Under _FORTIFY_SOURCE, gcc warns of unused results of C library functions. The programs ignore some results on
-    # purpose.
-    found = [line for line in lines if re.search(r":\d+:\d+: warning: ", line) and "[-Wunused-result]" not in line]
+    found = [line for line in lines if re.search(r":\d+:\d+: warning: ", line)]
     check(not found, f"it says {found}")
 
 
 @scenario("lintian reports no error and no warning, and there are no overrides.")
 def checker(built):
     changes = next(built.packages.glob("*.changes"))
-    output = run("lintian", "--allow-root", "--no-tag-display-limit", "--show-overrides", "--fail-on", "error,warning",
+    output = run("lintian", "--allow-root", "--tag-display-limit", "0", "--show-overrides", "--fail-on", "error,warning",
                  changes)
     check(not re.search(r"^[EWO]:", output, re.M), output)
 
 
 @scenario("Each package contains exactly its own files, all of them in folders of the system.")
 def files(built):
-    for name, wanted in zip(NAMES, (APPLICATION, HELPER)):
+    for name, wanted in zip(NAMES, (APPLICATION, HELPER | {f"{units()}/ble-kovra-helper.service"})):
         found = built.files(name)
         wanted = wanted | {each for each in DOCUMENTS if each.startswith(f"/usr/share/doc/{name}/")}
         check(found == wanted, f"{name} lacks {wanted - found} and brings {found - wanted}")
@@ -93,6 +96,8 @@ def metadata(built):
     place = built.unpacked("ble-kovra")
     run("desktop-file-validate", place / ENTRY[1:])
     output = run("appstreamcli", "validate", "--no-net", "--pedantic", place / METAINFO[1:])
+    # AppStream before 1.0 does not know this tag; since 1.0 it reports the tag that came before it.
+    output = re.sub(r"^I: .*: unknown-tag developer$", "", output, flags=re.M)
     check(not re.search(r"^[EWI]:", output, re.M), output)
     run("appstreamcli", "validate-tree", "--no-net", place)
     entry = (place / ENTRY[1:]).read_text()

@@ -67,9 +67,9 @@ class Root:
         if not result.exists():
             place.parent.mkdir(exist_ok=True)
             run("dpkg-deb", "--raw-extract", self.built.package(name), place)
-            for file, line, new in (("DEBIAN/control", "^Version: .*$", "Version: 0.0.9"),
-                                    ("lib/systemd/system/ble-kovra-helper.service", "^(User|Group)=.*$", "")):
-                path = place / file
+            unit = next(place.glob("**/systemd/system/ble-kovra-helper.service"))
+            for path, line, new in ((place / "DEBIAN/control", "^Version: .*$", "Version: 0.0.9"),
+                                    (unit, "^(User|Group)=.*$", "")):
                 path.write_text(re.sub(line, new, path.read_text(), flags=re.M))
             (place / "DEBIAN/postinst").write_text("#!/bin/sh\n")
             run("dpkg-deb", "--build", "--root-owner-group", place, result)

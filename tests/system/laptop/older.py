@@ -9,7 +9,7 @@ import re
 import subprocess
 
 FILES = pathlib.Path(__file__).resolve().with_name("helper_of_root")
-UNIT, TMPFILES = "lib/systemd/system/ble-kovra-helper.service", "usr/lib/tmpfiles.d/ble-kovra-helper.conf"
+TMPFILES = "usr/lib/tmpfiles.d/ble-kovra-helper.conf"
 LATER = ["usr/lib/sysusers.d/ble-kovra-helper.conf", "usr/lib/udev/rules.d/90-ble-kovra-helper.rules"]
 PLACE = pathlib.Path("/run/kovra-older")
 
@@ -20,8 +20,9 @@ def helper_of_root(package):
     if result.exists():
         return str(result)
     subprocess.run(["dpkg-deb", "--raw-extract", package, PLACE], check=True)
-    for path in [UNIT, TMPFILES]:
-        (PLACE / path).write_text((FILES / pathlib.Path(path).name).read_text())
+    unit = next(PLACE.glob("**/systemd/system/ble-kovra-helper.service"))
+    for path in [unit, PLACE / TMPFILES]:
+        path.write_text((FILES / path.name).read_text())
     for path in LATER:
         (PLACE / path).unlink(missing_ok=True)
     control = PLACE / "DEBIAN/control"
