@@ -18,8 +18,10 @@ CONTRACT = re.compile(r"^\s*INSTANTIATE_TYPED_TEST_SUITE_P\(\s*(\w+)", re.M)
 
 
 def classes_of(root, folder):
-    """Returns the names of the sources in the room that a test folder mirrors, with "Program" for main; empty if it
-    mirrors none."""
+    """Returns the names of the sources in the room that this test folder mirrors. The name of main is "Program".
+
+    The result is empty if the folder mirrors no room.
+    """
     found = set()
     for room in (root / "BLE_kovra" / folder, root / folder):
         found |= {path.stem for path in room.glob("*") if path.suffix in (".h", ".cpp", ".mm")}

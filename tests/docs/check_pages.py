@@ -13,7 +13,7 @@ import sys
 
 
 def known_tests(root):
-    """Returns the suites and the checks that CMake adds, the tests as Suite.Name, the scenarios as "kind: sentence"."""
+    """Returns the suites and the checks of CMake, the tests as "Suite.Name", and the scenarios as "ring: sentence"."""
     suites, tests, scenarios = set(), set(), []
     for source in (root / "tests").rglob("*"):
         if source.suffix in (".cpp", ".h"):
@@ -42,7 +42,7 @@ def dead_links(root):
 
 
 def rows(root, page, titles):
-    """Returns the rows of the page's tables with these titles, each as its cells. A missing cell is empty."""
+    """Returns the rows of the tables with these titles, each row as a list of cells. A missing cell is empty."""
     found, is_inside = [], False
     for line in (root / page).read_text(encoding="utf-8").splitlines():
         cells = [cell.strip() for cell in line.strip().strip("|").split(" | ")]

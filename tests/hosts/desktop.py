@@ -1,4 +1,4 @@
-"""A separate desktop for each host: a display, a session bus, an empty system bus, and private folders."""
+"""A private desktop for a test: a display, a session bus, a system bus, and a home folder."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ from sway import SwayScreen
 from waiting import check, wait_for
 from x11 import X11Screen
 
-# The only services that a bus may start: those that panels and screen readers need. Others differ between machines.
+# The only services that the desktop's buses may start. Panels and screen readers need them.
 SERVICES = ["org.xfce.Xfconf", "org.mate.panel.applet.NotificationAreaAppletFactory", "org.a11y.Bus"]
 INSTALLED_SERVICES = pathlib.Path("/usr/share/dbus-1/services")
 NOBODY = 65534
@@ -29,7 +29,7 @@ BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
 
 
 class Process:
-    """One process of the desktop, with its output in a file."""
+    """A process of the desktop. The file `log` receives its output."""
 
     def __init__(self, name, command, environment, log, **options):
         self.name, self.log = name, log
@@ -45,7 +45,7 @@ class Process:
         return self._process.poll() is None
 
     def wait_exit(self, limit=20.0):
-        """Returns the exit status, or minus the signal that ended the process."""
+        """Waits for the end. Returns the exit status, or the negative number of the signal that ended the process."""
         wait_for(lambda: not self.is_running(), f"{self.name} to end", limit)
         return self._process.returncode
 
@@ -59,7 +59,7 @@ class Process:
 
 
 class Desktop:
-    """The folders, the buses and the environment of a desktop. X11Desktop and SwayDesktop add the display."""
+    """The common part of X11Desktop and SwayDesktop: folders, buses, environment variables and processes."""
 
     def __init__(self, folder, **environment):
         self.folder = pathlib.Path(folder)
@@ -74,7 +74,7 @@ class Desktop:
             "XDG_CONFIG_HOME": str(self.home / ".config"), "XDG_DATA_HOME": str(self.home / ".local/share"),
             "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_STATE_HOME": str(self.home / ".local/state"),
             "XDG_RUNTIME_DIR": str(self.runtime), "XDG_DATA_DIRS": "/usr/local/share:/usr/share",
-            # GTK's panels use no accessibility bus, and keep their settings in a file in the private home.
+            # GTK programs use no accessibility bus, and keep their settings in a file in the private home.
             "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "keyfile",
             **environment,
         }
@@ -83,21 +83,21 @@ class Desktop:
             installed = INSTALLED_SERVICES / f"{name}.service"
             if installed.exists():
                 (self.folder / "services" / installed.name).symlink_to(installed)
-        # The display comes first, since the programs that a bus starts inherit the bus's environment.
+        # Open the display before the buses, since the programs that a bus starts inherit the bus's environment.
         self.screen = self._open_display()
         self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = self._start_bus("system")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._start_bus("session")
         self.bus = self._connect()
 
     def start(self, name, *command, environment=None, **options):
-        """Starts a process of this desktop; `environment` is added to the desktop's own."""
+        """Starts a process with the environment of the desktop, to which `environment` is added."""
         process = Process(name, command, {**self.environment, **(environment or {})}, self.folder / f"{name}.log",
                           **options)
         self.processes.append(process)
         return process
 
     def configure(self, path, text):
-        """Writes a file below the folder ~/.config of the desktop."""
+        """Writes a file below ~/.config in the private home folder."""
         file = self.home / ".config" / path
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_text(text, encoding="utf-8")
@@ -127,7 +127,7 @@ class Desktop:
 
 
 def _listens(path):
-    """Returns whether the bus listens on its socket, which exists a moment earlier."""
+    """Returns whether the bus accepts connections. Its socket exists a moment earlier."""
     with socket.socket(socket.AF_UNIX) as client:
         return client.connect_ex(str(path)) == 0
 

@@ -1,6 +1,6 @@
-"""Simulated HID devices. Programs that run with the environment of `Devices` see these instead of the machine's own.
+"""Simulates HID devices with umockdev, for programs that run with the environment variables of `Devices`.
 
-The devices appear and disappear without an event, since there is no udevd. The program therefore polls.
+There is no udevd, so plugging and unplugging cause no events, and the program polls.
 """
 
 import os
@@ -29,11 +29,11 @@ class Devices:
 
     @staticmethod
     def key(name, number):
-        """Returns the program's key for a mouse. The first mouse that was plugged in has the number 1."""
+        """Returns the key of a mouse in the preferences. The mouse that was plugged in first has the number 1."""
         return f"{name}#1133:{number}"
 
     def plug(self, name):
-        """Plugs in a mouse with this name; returns the node for unplug()."""
+        """Plugs in a mouse with this name. Returns its node, for unplug()."""
         self._count += 1
         node = f"0003:046D:{self._count:04X}.{self._count:04X}"
         folder = f"{self._sys}/devices/virtual/misc/uhid/{node}"

@@ -34,7 +34,7 @@ class Caller:
 
 
 class Entry:
-    """One entry of the menu; `properties` are those that the host receives, without defaults."""
+    """An entry of the menu. `properties` are those that the program sends; it does not send default values."""
 
     def __init__(self, number, properties):
         self.number, self.properties = number, properties
@@ -45,7 +45,7 @@ class Entry:
 
     @property
     def checked(self):
-        """Returns whether the entry has its check mark, or None if it cannot carry one."""
+        """Whether the entry is checked; None if it can have no check mark."""
         if self.properties.get("toggle-type", "") != "checkmark":
             return None
         return self.properties.get("toggle-state", -1) == 1
@@ -60,19 +60,19 @@ class Item:
         return self._bus.property(self.name, self.path, ITEM, which)
 
     def entries(self):
-        """Returns the whole menu, as a host reads it when it opens the menu."""
+        """Reads all entries of the menu with the method GetLayout."""
         call = GLib.Variant("(iias)", (0, -1, []))
         _, (_, properties, children) = self._bus.call(self.name, self._menu, MENU, "GetLayout", call)
         check(properties.get("children-display") == "submenu", f"the menu's root is {properties}")
         return [Entry(number, own) for number, own, below in children]
 
     def properties_of_entries(self, numbers):
-        """Returns the properties of these entries by number, as the other method that hosts use reports them."""
+        """Reads the properties of these entries with the method GetGroupProperties. Returns them by entry number."""
         call = GLib.Variant("(aias)", (numbers, []))
         return dict(self._bus.call(self.name, self._menu, MENU, "GetGroupProperties", call)[0])
 
     def choose(self, position):
-        """Reports the choice of an entry, as a host does when a person clicks it."""
+        """Sends the event "clicked" for the entry at this position, as a host does when the user chooses the entry."""
         clicked = (self.entries()[position].number, "clicked", GLib.Variant("i", 0), 0)
         self._bus.call(self.name, self._menu, MENU, "Event", GLib.Variant("(isvu)", clicked))
 
@@ -81,12 +81,12 @@ class Item:
 
 
 def item_of_program(connection):
-    """Returns the item of the program itself, whether or not a host shows it."""
+    """Returns the program's item without asking a watcher for it."""
     return Item(connection, PROGRAM, "/StatusNotifierItem")
 
 
 def registered_item(connection, pid, limit=60.0):
-    """Waits until the watcher lists an item of this process; returns the item."""
+    """Waits until the StatusNotifierWatcher lists an item of this process, and returns the item."""
     bus = Caller(connection)
 
     def found():
@@ -94,7 +94,7 @@ def registered_item(connection, pid, limit=60.0):
             return None
         for entry in bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems"):
             name, slash, path = entry.partition("/")
-            # A watcher may still list an item that has just been removed.
+            # A watcher may still list an item whose owner has left the bus.
             if bus.has_owner(name) and bus.pid_of(name) == pid:
                 return Item(connection, name, slash + path or "/StatusNotifierItem")
         return None

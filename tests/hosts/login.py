@@ -1,4 +1,4 @@
-"""The scenario of a login, at which LXQt's session program reads the autostart entry."""
+"""A scenario of launch at login: LXQt's session program reads the autostart entry."""
 
 import os
 import pathlib
@@ -16,7 +16,7 @@ HOST = "lxqt-panel"
 @scenario("With launch at login enabled the next session starts the program; disabled, the next one does not.",
           only_on=HOST)
 def login(world):
-    # Without a window manager the session would wait half a minute for one.
+    # Without this entry the session program would wait half a minute for a window manager.
     world.desktop.configure("lxqt/session.conf", "[General]\nwindow_manager=openbox\n")
     world.start()
     world.choose(LAUNCH_AT_LOGIN)
@@ -34,16 +34,17 @@ def login(world):
 
 
 class Session:
-    """One login. It lasts from the start of the session program until every process of the session has ended."""
+    """Runs lxqt-session within a `with` block. At the end kills every process that was started in the block."""
 
     def __init__(self, world):
         self._desktop = world.desktop
-        # The names of these entries sort before and after the program's. Once both have run, the session has read all.
+        # Two more autostart entries, whose names sort before and after the application's. When both have run, the
+        # session program has read all three.
         self._others = [world.autostart.with_name(f"{name}.desktop") for name in ("a-first", "z-last")]
         self._before = descendants()
 
     def __enter__(self):
-        # The session reads only the user's entries, not those of other installed programs.
+        # XDG_CONFIG_DIRS is set to a missing folder, so that the session program reads only the user's entries.
         ran = [self._desktop.folder / f"{entry.stem} ran" for entry in self._others]
         for entry, mark in zip(self._others, ran):
             mark.unlink(missing_ok=True)
@@ -62,7 +63,7 @@ class Session:
                 os.kill(pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
-        # Otherwise the next start of the program would find its name taken, and exit.
+        # The program would exit at its next start if its name still had an owner on the bus.
         wait_for(lambda: not Caller(self._desktop.bus).has_owner(PROGRAM), "the session's program to leave the bus")
         for entry in self._others:
             entry.unlink()

@@ -1,8 +1,8 @@
-"""Analyzes pictures of the screen: what changed, how much it stands out, where the entries of a menu are."""
+"""Analyzes pictures of the screen: finds changes and the rows of a menu, and measures the contrast of the icon."""
 
 from PIL import Image, ImageChops
 
-# Colors whose red, green and blue differ by at most this much, of 255, look the same.
+# Two colors count as different if their red, green or blue differs by more than this, of 255.
 NOTICEABLE = 8
 
 
@@ -14,7 +14,7 @@ def changed(before, after):
 
 
 def widest_group(mask, gap):
-    """Returns the box around the widest run of columns with content. More than `gap` empty columns separate runs."""
+    """Returns the box of the widest group of white columns, or None. Groups are more than `gap` empty columns apart."""
     runs = _runs(_columns(mask), gap)
     if not runs:
         return None
@@ -24,8 +24,10 @@ def widest_group(mask, gap):
 
 
 def menu_box(mask, least):
-    """Returns the box around the rows in which at least `least` pixels changed. A menu is that wide; a highlighted icon
-    is not."""
+    """Returns the box of an open menu in a mask of changes, or None.
+
+    A menu has rows with at least `least` white pixels. A highlighted icon is narrower.
+    """
     rows = [y for y in range(mask.height) if _count(mask, y) >= least]
     if not rows:
         return None
@@ -35,7 +37,7 @@ def menu_box(mask, least):
 
 
 def text_rows(menu, scale):
-    """Returns the rows (top, bottom) of a menu's picture that contain text, without separators and borders."""
+    """Returns (top, bottom) of each row of text in a menu's picture, without separators and borders."""
     edge = round(3 * scale)
     inside = menu.crop((edge, edge, menu.width - edge, menu.height - edge))
     paper = Image.new("RGB", inside.size, max(inside.getcolors(1 << 24))[1])
@@ -45,7 +47,7 @@ def text_rows(menu, scale):
 
 
 def is_slash(mask):
-    """Returns whether the change is one straight line from the bottom left to the top right."""
+    """Returns whether the white pixels are one straight line from the bottom left to the top right."""
     box = mask.getbbox()
     line = mask.crop(box)
     width, height = line.size
@@ -57,9 +59,9 @@ def is_slash(mask):
 
 
 def drawn(picture, box):
-    """Yields the pixels of the box that differ from the bare panel, each as (the panel's color, its own color).
+    """Yields (color of the panel, color of the pixel) for each pixel in the box that differs from the panel.
 
-    The panel's color is that of the pixel in the middle of the same row.
+    The color of the panel is that of the pixel in the middle of the same row.
     """
     left, top, right, bottom = box
     for y in range(top, bottom):
@@ -70,10 +72,9 @@ def drawn(picture, box):
 
 
 def contrast(picture, box):
-    """Returns how much the strokes in the box stand out from the panel, as a ratio of luminances (1 to 21).
+    """Returns the contrast between the icon in the box and the panel, as a ratio of luminances (1 to 21).
 
-    A stroke is a pixel or two wide, so most of its pixels blend with the panel. The eye perceives the color of the
-    strongest quarter, so only the mean of that quarter counts.
+    Most pixels of the thin strokes are blended with the panel. So only the quarter with the highest contrast counts.
     """
     ratios = sorted(_ratio(*pair) for pair in drawn(picture, box))
     strongest = ratios[-max(1, len(ratios) // 4):]
@@ -103,7 +104,7 @@ def _count(mask, y):
 
 
 def _runs(filled, gap):
-    """Returns the runs of true values as (start, end); runs that are at most `gap` apart are merged."""
+    """Returns (start, end) of each run of true values. Runs that are at most `gap` apart count as one."""
     runs = []
     for position, value in enumerate(filled):
         if not value:

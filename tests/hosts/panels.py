@@ -1,4 +1,4 @@
-"""The panels of other projects that show the icon, each on a desktop of its own. Each contains nothing but a tray."""
+"""The panels of other projects that the status item is tested with. Each contains only a tray."""
 
 from desktop import SwayDesktop, X11Desktop
 from item import WATCHER, Caller
@@ -7,16 +7,16 @@ from waiting import check, wait_for
 
 class Panel:
     name = ""
-    # The value of XDG_CURRENT_DESKTOP for this panel, and the panel's name for the comma key.
+    # The value of XDG_CURRENT_DESKTOP, and the name of the comma key in shortcuts on that desktop.
     session = ""
     comma = "comma"
     height = 30
     takes_items = True
-    # The scales at which the host can be tested.
+    # The scales at which the icon is tested, in pixels per point.
     scales = (1, 2)
-    # The minimum contrast of the icon. Some panels paint symbolic icons in their own color, which is easy to read. On
-    # the other panels the icon has one gray, the same everywhere. At one pixel per point, no gray has a contrast of 3
-    # both on LXQt's light panel and on MATE's dark panel.
+    # The minimum contrast of the icon. Some panels draw symbolic icons in their text color, which has a high contrast.
+    # The others show the icon in the program's gray. At one pixel per point, no gray has a contrast of 3 both on LXQt's
+    # light panel and on MATE's dark panel.
     least_contrast = 2.75
 
     def __init__(self, folder, dark=False, scale=1):
@@ -25,7 +25,7 @@ class Panel:
         self._process = None
 
     def start(self):
-        """Starts the panel; returns when it can show the program's icon."""
+        """Starts the panel, and waits until it can show the program's icon."""
         self.configure()
         self._process = self.desktop.start(self.name, *self.command())
 
@@ -35,7 +35,6 @@ class Panel:
         wait_for(ready, f"{self.name} to be a host")
 
     def kill(self):
-        """Kills the panel without a warning, as a crash would."""
         self._process.kill()
         wait_for(lambda: not self.is_present(), "the host to disappear with its panel")
 
@@ -173,7 +172,7 @@ window#waybar {{ background: {paper}; color: {ink}; }}
 
 
 class Trayer(Panel):
-    """A tray that is not a host of items. It embeds the windows of icons."""
+    """A tray that shows no StatusNotifier items. It embeds the windows of icons (XEmbed)."""
 
     name = "trayer"
     takes_items = False

@@ -38,7 +38,7 @@ def main():
 
 
 def first_look(panel, binary, folder):
-    """Yields the menu at two pixels per point: unmuted on a light desktop, and muted on a dark one."""
+    """Yields two pictures of the menu at two pixels per point: unmuted on a light desktop, and muted on a dark one."""
     for dark, muted in ((False, False), (True, True)):
         with running(panel, binary, folder, dark, scale=2) as world:
             world.start(muted=muted)
@@ -46,7 +46,7 @@ def first_look(panel, binary, folder):
 
 
 def icons(all_panels, binary, folder):
-    """Yields a row for each host: both states on a light and a dark panel, at one and at two pixels per point."""
+    """Yields a row of pictures per panel: the icon unmuted and muted, on a light and a dark panel, at two scales."""
     for panel in all_panels:
         row = []
         for scale in (1, 2):
@@ -62,7 +62,7 @@ def icons(all_panels, binary, folder):
 
 
 def menus(panels, binary, folder):
-    """Yields rows of three: first the menu in the six languages on one panel, then the menu on several panels."""
+    """Yields rows of three pictures: the menu in six languages on one panel, and then the menu on several panels."""
     with running(panels.XfcePanel, binary, folder) as world:
         translated = []
         for locale, name in LANGUAGES.items():
@@ -96,7 +96,7 @@ def running(panel, binary, folder, dark=False, scale=1):
 def open_menu(world):
     menu = world.open_menu()
     left, top, right, bottom = menu.box
-    # The picture includes the panel above the menu, with the icon.
+    # The picture includes the part of the panel with the icon.
     taken = menu.picture.crop((max(0, min(left, world.icon[0]) - 8), 0,
                                min(world.screen.size[0], max(right, world.icon[2]) + 8), bottom + 8))
     world.dismiss_menu()
@@ -105,7 +105,7 @@ def open_menu(world):
 
 
 def around(picture, box, height):
-    """Returns a part of the picture, as high as the panel, with the box in its middle."""
+    """Returns the part of the picture that has the height of the panel and the box in its middle."""
     middle = (box[0] + box[2]) // 2
     half = min(middle, picture.width - middle, height)
     return picture.crop((middle - half, 0, middle + half, height))

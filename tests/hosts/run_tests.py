@@ -36,7 +36,7 @@ def main():
     secluded.adopt_orphans()
     try:
         secluded.seclude()
-        # These imports are in the try block, since some machines lack the libraries that the modules load.
+        # Imported in the try block, since the libraries that these modules need may be missing.
         import panels
         import scenarios
         import login, spoken, window_process  # imported for their scenarios
@@ -52,7 +52,7 @@ def main():
 
 
 def run_on(panel, binary, scenarios, only, tally):
-    """Runs the chosen scenarios on one host. They share a desktop; after a failure the next scenario gets a new one."""
+    """Runs the chosen scenarios on one panel. They share a desktop; after a failure a new one is started."""
     from world import World
     world = None
     for name, (sentence, only_on, function) in scenarios.items():
@@ -79,7 +79,7 @@ def run_on(panel, binary, scenarios, only, tally):
 class Tally:
     def __init__(self, folder):
         self.folder = folder
-        # The display may run as another user, who must be able to enter this folder.
+        # sway may run as another user, who must be able to enter this folder.
         self.folder.chmod(0o755)
         self._passed = self._failed = 0
 
@@ -108,6 +108,6 @@ class Tally:
 
 
 if __name__ == "__main__":
-    # Treat SIGTERM as an interrupt, so that nothing is left behind.
+    # SIGTERM raises KeyboardInterrupt, so that all processes are ended.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     sys.exit(main())

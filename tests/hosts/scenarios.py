@@ -1,4 +1,4 @@
-"""The scenarios of a person in front of a panel. Each runs on every host of items, unless it names one panel."""
+"""Scenarios of the status item. Each runs on all panels that show items, or only on the panel `only_on`."""
 
 import look
 from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
@@ -8,7 +8,7 @@ from world import World
 SCENARIOS = {}
 
 def scenario(sentence, only_on=None):
-    """Makes a function a scenario, on all hosts of items or on one panel. The sentence is what the program promises."""
+    """Registers a function as a scenario. The sentence states what the program promises."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, only_on, function)
         return function
@@ -125,7 +125,7 @@ def launch_at_login(world):
 
 @scenario("After the panel was killed and started again the item is back unchanged.")
 def panel_restarted(world):
-    # Restart the panel first: it still draws a frame around the icon that an earlier scenario clicked.
+    # Start with a new panel. The old one still draws a frame around the icon that an earlier scenario clicked.
     world.panel.kill()
     world.panel.start()
     world.start(muted=True)
@@ -200,7 +200,7 @@ def embedded(world):
 
 
 def _glance(world, button=3):
-    """Opens the menu and dismisses it again; returns it."""
+    """Opens the menu, closes it, and returns it as it was while it was open."""
     menu = world.open_menu(button)
     world.dismiss_menu()
     world.wait_menu_closed()
@@ -219,7 +219,7 @@ def _try_each_entry(world, choose):
     world.dismiss_menu()
     world.wait_menu_closed()
     _expect_unharmed(world)
-    # The windows that the last three open are tested in spoken.py and window_process.py.
+    # spoken.py and window_process.py test the windows that SETTINGS, ACTIVATE and ABOUT open.
     for position in (LAUNCH_AT_LOGIN, SETTINGS, ACTIVATE, ABOUT):
         world.prepare()
         world.start(muted=True)
@@ -233,7 +233,7 @@ def _try_each_entry(world, choose):
 
 
 def _expect_unharmed(world):
-    """Expects that the program runs and answers, and that its switch is still on."""
+    """Expects that the program is running, answers on the bus, and still mutes."""
     world.item.entries()
     world.expect_switch(True)
     check(world.program.is_running(), f"the program ended: {world.program.last_words()}")

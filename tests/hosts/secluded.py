@@ -17,20 +17,20 @@ LIBRARY = pathlib.Path("/Library")
 FLAG = LIBRARY / "Application Support" / "ble-kovra" / "state"
 ACTIVE = driver.listing("activated enabled")
 
-# Child processes that end by themselves after this process has ended.
+# The PIDs of the processes that _run_at_exit() has started. They must end after this process.
 _keepers = set()
 _is_machine_used = False
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
 class NotSecluded(Exception):
-    """The text says in one line why this machine does not permit a private file system."""
+    """The machine permits no private file system. The text says why in one line."""
 
 
 def seclude():
-    """Moves this process and its future children to a private file system with its own flag folder and listing tool.
+    """Gives this process and its future children a private file system with a flag folder and a listing tool.
 
-    If not even root may do so, creates both on the machine itself.
+    On machines where not even root may do so, creates the folder and the tool on the machine itself.
     """
     root_outside = os.geteuid() == 0
     user, group = os.geteuid(), os.getegid()
@@ -42,7 +42,7 @@ def seclude():
         return
     if not root_outside:
         pathlib.Path("/proc/self/setgroups").write_text("deny")
-        # The user stays the same: the programs that are started have no more rights than in that user's session.
+        # Map the user to the same UID, so that the programs have no more rights than in the user's session.
         pathlib.Path("/proc/self/uid_map").write_text(f"{user} {user} 1")
         pathlib.Path("/proc/self/gid_map").write_text(f"{group} {group} 1")
     try:
@@ -57,7 +57,7 @@ def seclude():
 
 
 def hide(folder):
-    """Makes this folder, if it exists, appear empty in our file system."""
+    """Makes this folder appear empty in the private file system."""
     if not pathlib.Path(folder).is_dir() or not any(pathlib.Path(folder).iterdir()):
         return
     if _is_machine_used:
@@ -66,12 +66,12 @@ def hide(folder):
 
 
 def adopt_orphans():
-    """Makes this process the parent of the orphans of its children, so that end_descendants finds them."""
+    """Makes this process the parent of orphaned descendants, so that descendants() finds them."""
     _libc.prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
 
 def end_descendants():
-    """Ends all processes that descendants() returns, also those that panels and buses have started."""
+    """Kills all processes that descendants() returns."""
     while found := descendants():
         for pid in found:
             try:
@@ -86,7 +86,7 @@ def end_descendants():
 
 
 def descendants():
-    """Returns all processes that were started from here, except those that end by themselves after this process."""
+    """Returns the PIDs of all descendants of this process, except those that _run_at_exit() has started."""
     parents = {}
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():
@@ -101,8 +101,7 @@ def descendants():
 
 
 def _keep_mounts_to_ourselves():
-    """Makes our mounts private. Returns False if the root is not a mount point, since the mounts would then be visible
-    outside."""
+    """Makes our mounts private. Returns False if the root is not a mount point: our mounts would be visible outside."""
     try:
         _mount("none", "/", None, MS_REC | MS_PRIVATE)
     except OSError as failure:
@@ -113,7 +112,7 @@ def _keep_mounts_to_ourselves():
 
 
 def _enter_new_root(root):
-    """Enters a root with the entries of the old one except /Library, and with the listing tool in /usr/bin."""
+    """Changes to a root with the folders of the old root except /Library, and with the listing tool in /usr/bin."""
     here = os.getcwd()
     _mount("tmpfs", root, "tmpfs", 0, "mode=755")
     for entry in sorted(pathlib.Path("/").iterdir()):
@@ -133,15 +132,17 @@ def _enter_new_root(root):
 
 
 def _folder_until_the_end():
-    # The folder is created before the change of root. Inside the new root it is / and cannot be removed.
+    # The process that removes the folder must be started before the root changes, since it needs the old root.
     folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-root-"))
     _run_at_exit(lambda: os.rmdir(folder))
     return folder
 
 
 def _use_the_machine():
-    """Creates the flag's folder and the listing tool on the machine itself until this process ends. This is for systems
-    where even root may not mount, such as containers."""
+    """Creates the flag's folder and the listing tool on the machine itself, until this process ends.
+
+    This is for machines where even root may not mount, such as containers.
+    """
     global _is_machine_used
     _is_machine_used = True
     for place in (LIBRARY, driver.TOOL):
@@ -153,7 +154,7 @@ def _use_the_machine():
 
 
 def _run_at_exit(work):
-    """Runs the work in another process, outside the private file system, after this process has ended in any way."""
+    """Calls work() in another process, outside the private file system, after this process has ended in any way."""
     ours, keepers = os.pipe()
     keeper = os.fork()
     if keeper == 0:
@@ -167,7 +168,7 @@ def _run_at_exit(work):
 
 
 def _mount(source, target, kind, flags, data=None):
-    # Call mount(2) directly: in a user namespace, the command mount would lose our capabilities.
+    # Call mount(2) directly. In a user namespace, the program mount(8) would not have the capabilities of this process.
     words = [None if word is None else str(word).encode() for word in (source, target, kind, data)]
     if _libc.mount(words[0], words[1], words[2], flags, words[3]) != 0:
         number = ctypes.get_errno()

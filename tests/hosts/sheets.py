@@ -20,7 +20,7 @@ def beside(pictures, gap):
 
 
 def sheet(rows):
-    """Returns one picture with all pictures of the rows, each below its title, in aligned columns."""
+    """Returns one picture of rows of (title, picture), in aligned columns, with each title above its picture."""
     rows = [list(row) for row in rows]
     cells = [[max(round(FONT.getlength(title)), one.width) for title, one in row] for row in rows]
     widths = [max(row[column] for row in cells if column < len(row)) for column in range(max(map(len, cells)))]
@@ -39,8 +39,7 @@ def sheet(rows):
 
 
 def save(picture, file):
-    """Saves the picture with few colors, so that the file is small. Every color is mapped to one of the most frequent
-    ones."""
+    """Saves the picture with its COLORS most frequent colors, so that the file is small."""
     frequent = sorted(picture.getcolors(1 << 24), reverse=True)[:COLORS]
     palette = Image.new("P", (1, 1))
     palette.putpalette([part for _, color in frequent for part in color])

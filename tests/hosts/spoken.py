@@ -1,4 +1,4 @@
-"""The program's windows as a screen reader reads them, in each language. They do not depend on the host."""
+"""A scenario in which a screen reader reads the program's windows in each language."""
 
 import ast
 import json
@@ -16,7 +16,7 @@ from texts import ABOUT, ACTIVATE, ADDRESS, MUTE, TEXTS, VERSION
 from waiting import check, now, wait_for
 
 READER = pathlib.Path(__file__).resolve().parents[1] / "platform/linux/ui/screen_reader.py"
-# Two chosen mice, one of which is disconnected during the test, and a third mouse without a name.
+# The names of three mice. The first two are chosen, and DISCONNECTED is unplugged during the scenario.
 CONNECTED, DISCONNECTED, NAMELESS = "Mouse", "Rat", ""
 
 
@@ -27,7 +27,7 @@ def windows_in_six_languages(world):
     try:
         for locale in TEXTS:
             people.append(Person(world, locale))
-        # All persons take each step together, so that their grace periods pass at the same time.
+        # Each step is done for all languages before the next step, so that the grace periods of 2 s overlap.
         for step in (Person.open_windows, Person.read_no_devices, Person.plug, Person.read_mice, Person.unplug,
                      Person.read_disconnected_mouse, Person.unmute, Person.read_active_trackpad):
             for person in people:
@@ -38,7 +38,7 @@ def windows_in_six_languages(world):
 
 
 class Person:
-    """A person who speaks the language of `locale`, with a desktop, the program, and a screen reader."""
+    """A user whose language is that of `locale`, with a desktop, the running program and a screen reader."""
 
     def __init__(self, world, locale):
         self._locale, self._texts, self._binary = locale, TEXTS[locale], world.binary
@@ -110,16 +110,17 @@ class Person:
                 ("label", about, False), ("label", text["about.info"], False),
                 ("push button", text["about.ok"], False), ("push button", text["about.contact"], False)],
         }
-        # The order is not compared here; see HIDMonitorTest and GlibcLocaleTest.
+        # The order of the mice is not compared. HIDMonitorTest and GlibcLocaleTest test it.
         wanted = {window: sorted(texts) for window, texts in wanted.items()}
         deadline = now() + 15
         while (found := self._read()) != wanted:
             check(now() < deadline, f"in {self._locale} the windows contain {found}\n        and not {wanted}")
 
     def _read(self):
-        """Returns, for each window as (role, title), its objects that have a name, each as (role, name, is checked).
+        """Runs the screen reader. Returns the named objects of each window: {(role, title): [(role, name, is
+        checked)]}.
 
-        If the screen reader failed, returns its error output instead.
+        If the screen reader fails, returns its error output instead.
         """
         reading = subprocess.run([sys.executable, "-W", "ignore", READER, "read"], env=self._desktop.environment,
                                  capture_output=True, text=True, timeout=90)

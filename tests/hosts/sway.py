@@ -1,5 +1,4 @@
-"""A Wayland display: a headless sway that uses no screen or mouse of the machine. This module provides its mouse, and
-grim takes pictures of its screen."""
+"""The screen of a headless sway: a virtual mouse, and pictures of the screen."""
 
 import io
 import os
@@ -22,7 +21,7 @@ class SwayScreen:
         self.size = self.picture().size
 
     def picture(self):
-        """Returns the whole screen in physical pixels, without the pointer."""
+        """Returns a picture of the whole screen in physical pixels, without the pointer."""
         taken = subprocess.run(["grim", "-t", "ppm", "-"], env=self._environment, capture_output=True, check=True)
         return Image.open(io.BytesIO(taken.stdout)).convert("RGB")
 
@@ -30,7 +29,7 @@ class SwayScreen:
         self._mouse.point(x, y, self.size)
 
     def click(self, x, y, button=1):
-        """Clicks; button 1 is the left one, 3 the right one."""
+        """Clicks with a mouse button: 1 is the left one, 3 the right one."""
         self.point(x, y)
         for pressed in (1, 0):
             self._mouse.button(BUTTONS[button], pressed)
@@ -40,7 +39,7 @@ class SwayScreen:
 
 
 class VirtualMouse:
-    """A client that acts as a mouse, through the protocol wlr-virtual-pointer-unstable-v1."""
+    """A Wayland client that sends the events of a mouse, through the protocol wlr-virtual-pointer-unstable-v1."""
 
     DISPLAY, REGISTRY, CALLBACK, MANAGER, POINTER = range(1, 6)
     INTERFACE = "zwlr_virtual_pointer_manager_v1"
@@ -62,7 +61,7 @@ class VirtualMouse:
         self._send(self.MANAGER, 0, struct.pack("II", 0, self.POINTER))
 
     def point(self, x, y, extent):
-        # Move in two steps, since entering a surface does not count as a motion in it.
+        # Move twice. The first motion may make the pointer enter a surface, which does not count as a motion in it.
         for step in (1, 0):
             self._send(self.POINTER, 1, struct.pack("5I", self._time(), int(x) + step, int(y), *extent))
             self._send(self.POINTER, 4)

@@ -1,4 +1,4 @@
-"""The program's texts in each language, by locale, taken from the tests of its catalogue."""
+"""The program's texts by locale, read from tests/l10n/ExpectedTexts.cpp."""
 
 import json
 import pathlib
@@ -28,11 +28,11 @@ def _tables():
 
 TEXTS = _tables()
 
-# The titles of the menu from top to bottom.
+# The titles of the menu entries from top to bottom.
 SEPARATOR = None
 _MENU = ["block", "menu.hotkeyHint", "menu.settings", "menu.launchAtLogin", "menu.activate", "menu.about", SEPARATOR,
          "menu.quit"]
 TITLES = {locale: [key and table[key] for key in _MENU] for locale, table in TEXTS.items()}
 
-# Positions in the lists of TITLES and in the menu.
+# The positions of the entries in the menu and in the lists of TITLES.
 MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, _, QUIT = range(8)

@@ -19,7 +19,7 @@ from sheets import LANGUAGES, save, sheet
 THREE = ["Logitech MX Master 3S", "Apple Magic Mouse", "Microsoft Arc & <Touch> Mouse"]
 THIRTY = THREE + [f"Mouse {number}" for number in range(4, 31)]
 STATES = ("empty", "three", "thirty", "muted")
-# The colors of a light and of a dark desktop: window, text, fields, buttons.
+# The colors of a light and of a dark desktop (red, green, blue): window, text, fields, buttons.
 LOOKS = {"light": ("239,240,241", "35,38,41", "255,255,255", "252,252,252"),
          "dark": ("42,46,50", "252,252,252", "27,30,32", "49,54,59")}
 
@@ -62,7 +62,7 @@ class Camera:
                             self._compiled / f"{locale}.UTF-8"], check=True, capture_output=True)
 
     def windows(self, look, scale):
-        """Yields a row for each state: the settings window in each language."""
+        """Yields a row of pictures for each state: the settings window in each language."""
         for state in STATES:
             row = []
             for locale in self._locales:
@@ -72,7 +72,7 @@ class Camera:
             yield row
 
     def alerts(self, look, scale):
-        """Yields the rows for each alert: the alert in each language, at most three to a row."""
+        """Yields rows of pictures: each alert in each language, with at most three languages in a row."""
         from texts import ABOUT, ACTIVATE
         for entry in (ACTIVATE, ABOUT):
             row = []
@@ -80,7 +80,6 @@ class Camera:
                 with self._running(look, scale, locale, "empty") as session:
                     session.choose(entry)
                     row.append((f"{LANGUAGES[locale]}, {look}, {scale}x", session.window()))
-            # At most three pictures to a row, so that the sheet does not become too wide.
             yield from filter(None, (row[:3], row[3:]))
 
     @contextlib.contextmanager
@@ -127,7 +126,7 @@ ForegroundNormal=252,252,252
         nodes = [self._devices.plug(name) for name in names]
         chosen = [self._devices.key(name, number) for number, name in enumerate(names, 1)]
         wanted = {"blockMode": "onDevice", "isEnabled": True,
-                  # The first mouse is chosen, and of thirty also the fifth and the sixth.
+                  # The first mouse is chosen. Of thirty mice the fifth and the sixth are chosen as well.
                   "selectedDeviceIDs": chosen[:1] + chosen[4:6]}
         self._desktop.configure("ble-kovra/preferences.json", json.dumps(wanted))
         self._environment = {**self._devices.environment, **language}
@@ -147,7 +146,7 @@ ForegroundNormal=252,252,252
         item_of_program(self._desktop.bus).choose(entry)
 
     def window(self):
-        """Returns a picture of the program's window when the window is painted and no longer changes."""
+        """Waits until the program's window is painted and no longer changes. Returns a picture of it."""
         from waiting import wait_for
         before = [None]
 

@@ -1,4 +1,4 @@
-"""The scenarios of a window process that waits, hangs or dies. One host is enough for these."""
+"""Scenarios in which the window process waits for an answer, hangs or is killed."""
 
 import os
 import pathlib
@@ -68,7 +68,7 @@ def _expect_quick_end(world, end):
 
 
 def _expect_window_process(world):
-    """Waits for exactly one window process; returns its process ID."""
+    """Waits until there is exactly one window process. Returns its PID."""
     wait_for(lambda: len(_window_processes(world)) == 1, "the window process")
     return _window_processes(world)[0]
 

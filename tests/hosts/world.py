@@ -1,4 +1,4 @@
-"""What a scenario works with: a running panel on its own desktop, the program, the screen and the mouse."""
+"""The environment of a scenario: a panel on its own desktop, the program, the screen and the mouse."""
 
 import json
 import subprocess
@@ -12,13 +12,13 @@ from waiting import Failed, check, wait_for
 
 
 class Menu:
-    """An open menu on the screen."""
+    """An open menu: its `box` in `picture`, and (top, bottom) of its rows of text, relative to the box."""
 
     def __init__(self, picture, box, rows):
         self.picture, self.box, self.rows = picture, box, rows
 
     def row(self, position):
-        """Returns the picture of the entry's row. The separator, before the last entry, has no row."""
+        """Returns the picture of the entry's row. The separator has no row, so the last entry is one row higher."""
         top, bottom = self.rows[min(position, len(self.rows) - 1)]
         left, above, right, _ = self.box
         return self.picture.crop((left, above + top, right, above + bottom))
@@ -34,11 +34,9 @@ class World:
         self.panel = panel_class(tempfile.mkdtemp(prefix=f"{panel_class.name}-", dir=folder), dark, scale)
         self.desktop, self.screen = self.panel.desktop, self.panel.desktop.screen
         self.program = self.item = self.icon = None
-        # A picture of the panel without our item.
+        # A picture of the screen with the panel, before the program runs.
         self.empty = None
         self._rest()
-
-    # The panel
 
     def start_panel(self):
         bare = self.screen.picture()
@@ -47,10 +45,8 @@ class World:
         self.empty = self.settled(lambda picture: look.changed(bare, picture).getpixel(within),
                                   "the panel to be painted")
 
-    # The program
-
     def prepare(self):
-        """Provides a clean start for each scenario: no program, and none of its files."""
+        """Ends the program and removes its files, so that each scenario starts in the same state."""
         self.end_program()
         FLAG.unlink(missing_ok=True)
         for file in (self.preferences, self.autostart):
@@ -67,7 +63,7 @@ class World:
         return self.desktop.home / ".config/autostart/org.ble_kovra.BLEKovra.desktop"
 
     def start_program(self, muted=False, locale=None):
-        """Starts the program, which mutes always or never. Without a locale its language is English."""
+        """Starts the program in mode "always", with the switch on if `muted`. The default language is English."""
         self.preferences.parent.mkdir(parents=True, exist_ok=True)
         self.preferences.write_text(json.dumps({"blockMode": "always", "isEnabled": muted}))
         language = self.language(locale) if locale else {}
@@ -75,7 +71,7 @@ class World:
         self.expect_flag(muted)
 
     def start(self, **how):
-        """Starts the program; returns when its item is in the panel."""
+        """Starts the program, and waits until the panel shows its icon."""
         self.start_program(**how)
         self.find_item()
 
@@ -86,14 +82,14 @@ class World:
         self.program = self.item = self.icon = None
 
     def find_item(self):
-        """Waits until the watcher, if the host has one, lists the item, and until the icon is in the panel."""
+        """Waits until the watcher lists the item, if the panel shows items, and until the panel shows the icon."""
         if self.panel.takes_items:
             self.item = registered_item(self.desktop.bus, self.program.pid)
         picture = self.settled(self._icon_in, "the icon to appear in the panel")
         self.icon = self._icon_in(picture)
 
     def wait_tray_empty(self):
-        """Waits until the screen shows nothing but the panel with an empty tray."""
+        """Waits until the panel shows no icon."""
         self.settled(lambda picture: self._change_in(picture) is None, "the panel to be empty")
 
     def _icon_in(self, picture):
@@ -103,11 +99,11 @@ class World:
     def _change_in(self, picture):
         """Returns the box of the widest change compared with the empty panel, or None."""
         box = look.widest_group(look.changed(self.empty, picture), gap=round(2 * self.panel.scale))
-        # A narrower change is a handle, which some trays add with their first item and keep.
+        # A narrower change is a handle. Some trays add it with their first item, and keep it.
         return box if box and box[2] - box[0] > 10 * self.panel.scale else None
 
     def language(self, locale):
-        """Returns the environment for this language. Builds the locale, since not every machine has it."""
+        """Returns the environment variables for this locale. Compiles the locale, since not every machine has it."""
         folder = self.desktop.folder.parent / "locales"
         folder.mkdir(exist_ok=True)
         made = folder / f"{locale}.UTF-8"
@@ -115,8 +111,6 @@ class World:
             subprocess.run(["localedef", "--no-warnings=ascii", "-i", locale, "-f", "UTF-8", made], check=True,
                            capture_output=True)
         return {"LC_ALL": made.name, "LOCPATH": str(folder)}
-
-    # The effects of the program
 
     def flag(self):
         return FLAG.read_text() if FLAG.exists() else None
@@ -130,7 +124,7 @@ class World:
         wait_for(so, f'the flag to say "{wanted}"')
 
     def expect_switch(self, muted):
-        """Waits until the flag, the preferences and, on a host of items, the check mark agree with `muted`."""
+        """Waits until the flag, the preferences and the check mark in the menu agree with `muted`."""
         self.expect_flag(muted)
         wait_for(lambda: json.loads(self.preferences.read_text())["isEnabled"] == muted,
                  f"isEnabled to be stored as {muted}")
@@ -142,10 +136,8 @@ class World:
         check(status == 0, f"the program ended with status {status}: {self.program.last_words()}")
         check(self.flag() == "off", f'the flag says "{self.flag()}" after the end')
 
-    # The screen
-
     def settled(self, wanted, text, limit=90):
-        """Returns the first picture that satisfies `wanted` and equals the previous picture."""
+        """Waits until two pictures of the screen in a row are equal and satisfy `wanted`. Returns that picture."""
         before = [None]
 
         def same():
@@ -161,10 +153,8 @@ class World:
     def legibility(self):
         return look.contrast(self.settled(lambda picture: True, "a still picture"), self.icon)
 
-    # The mouse
-
     def open_menu(self, button=3):
-        """Clicks the icon; returns the menu that opens."""
+        """Clicks the icon, and returns the menu that opens."""
         before = self.screen.picture()
         least = round(100 * self.panel.scale)
         self._click_icon(button)
@@ -172,10 +162,10 @@ class World:
         try:
             self.settled(opened, "the menu to open", limit=20)
         except Failed:
-            # A panel ignores a click on an icon whose menu it has not read yet. A user would then click again.
+            # A panel ignores a click on the icon until it has read the menu. So click again, as a user would.
             self._click_icon(button)
             self.settled(opened, "the menu to open at the second click")
-        # Move the pointer only now, since a panel may open the menu where the pointer is.
+        # Move the pointer after the menu has opened, since a panel may open the menu where the pointer is.
         self._rest()
         picture = self.settled(opened, "the menu to stay open")
         box = look.menu_box(look.changed(before, picture), least)
@@ -194,7 +184,6 @@ class World:
         self.screen.click(*self._beside())
 
     def wait_menu_closed(self):
-        """Waits until no menu is open."""
         least = round(100 * self.panel.scale)
         self.settled(lambda picture: not look.menu_box(look.changed(self.empty, picture), least), "the menu to close")
 
@@ -210,7 +199,7 @@ class World:
         self.screen.point(*self._beside())
 
     def leave_behind(self, name):
-        """Saves a picture of the screen, and the output of the processes beside it; returns the path of the picture."""
+        """Saves a picture of the screen, and the output of the processes. Returns the path of the picture."""
         kept = self.desktop.folder.parent / f"{name}.png"
         self.screen.picture().save(kept)
         kept.with_suffix(".txt").write_text(self.desktop.last_words())

@@ -1,4 +1,4 @@
-"""An X display for a test: pictures of the screen, a mouse and a keyboard."""
+"""An X client that takes pictures of the screen, and simulates a mouse and a keyboard."""
 
 from PIL import Image
 from Xlib import X, XK, display
@@ -16,7 +16,7 @@ class X11Screen:
         self._display.sync()
 
     def picture(self):
-        """Returns the whole screen, without the pointer."""
+        """Returns a picture of the whole screen, without the pointer."""
         width, height = self.size
         data = self._root.get_image(0, 0, width, height, X.ZPixmap, 0xFFFFFFFF).data
         return Image.frombytes("RGB", self.size, data, "raw", "BGRX")
@@ -26,14 +26,14 @@ class X11Screen:
         self._display.sync()
 
     def click(self, x, y, button=1):
-        """Clicks; button 1 is the left one, 3 the right one."""
+        """Clicks with a mouse button: 1 is the left one, 3 the right one."""
         self.point(x, y)
         for event in (X.ButtonPress, X.ButtonRelease):
             xtest.fake_input(self._display, event, button)
         self._display.sync()
 
     def press(self, *names):
-        """Presses the keys with these names together."""
+        """Presses the keys with these keysym names, and then releases them in reverse order."""
         codes = [self._display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
         for event, order in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
             for code in order:
@@ -41,7 +41,7 @@ class X11Screen:
         self._display.sync()
 
     def window(self, title):
-        """Returns the box of the visible window with this title, or None."""
+        """Returns (left, top, right, bottom) of the visible window with this title, or None."""
         waiting = [self._root]
         while waiting:
             window = waiting.pop()
@@ -53,7 +53,7 @@ class X11Screen:
         return None
 
     def has_tray(self):
-        """Returns whether a tray owns the selection for embedding icons."""
+        """Returns whether there is a tray that embeds icons (XEmbed). It owns this selection."""
         selection = self._display.intern_atom("_NET_SYSTEM_TRAY_S0")
         return self._display.get_selection_owner(selection) != X.NONE
 

@@ -1,4 +1,4 @@
-// The whole application on fakes, from launch to quit, as the user sees it.
+// Tests of the whole application on fakes, from launch to quit.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// The nine steps of launch, and what can happen while the last one waits.
+// Tests of the nine steps of launch, and of events while the last step waits.
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 using Mode = AppState::BlockMode;
 using Texts = std::vector<std::string>;
 
-// A computer whose services record the steps of launch that use them: all but steps 4 to 6.
+// A computer whose services record the steps of launch. Steps 4 to 6 are not recorded, since they use no service.
 struct StepsOfLaunch : Computer {
     using Steps = std::vector<std::string>;
 
@@ -93,7 +93,7 @@ TEST(LaunchTest, RunsItsNineStepsInOrder) {
     on.application.run(*delegate);
     EXPECT_EQ(on.steps, (Texts{"1 accessory", "2 status item", "3 device monitor", "7 hot key", "8 first decision",
                                "9 /usr/bin/systemextensionsctl list", "9 explanation"}));
-    // Steps 4 to 6: from now on, a change of any of these three properties is saved.
+    // Steps 4 to 6 have subscribed to these three properties, so a change of each is saved.
     state.selectedIDs.set({mouse.key()});
     state.isEnabled.set(false);
     state.mode.set(Mode::always);
@@ -148,7 +148,6 @@ TEST(LaunchTest, WritesTheFirstDecisionBeforeItExplains) {
     EXPECT_EQ(flagMeanwhile, "on");
 }
 
-// The main queue keeps running while the tool runs and while the alert is open.
 TEST(LaunchTest, KeepsMutingWhileItsLastStepWaits) {
     Computer computer;
     computer.choose({mouse});

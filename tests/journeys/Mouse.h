@@ -4,7 +4,7 @@
 
 namespace kovra {
 
-// The mouse that the user of a journey chooses.
+// The mouse that the tests of this folder choose.
 inline const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
 
 }  // namespace kovra

@@ -1,4 +1,4 @@
-// The whole application on fakes, on a machine that its user shares with another.
+// Tests of the whole application on fakes, while another user's session is active.
 
 #include <gtest/gtest.h>
 
@@ -15,8 +15,8 @@ namespace {
 using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
-// Simulates the helper, which lets only the user of the active session write the flag. Shortly after a user's session
-// is active again, the helper puts a new file in place with that user's last text.
+// Simulates the helper, which lets only the user of the active session write the flag. When a user's session is active
+// again, the helper soon replaces the flag by a file with that user's last text.
 class SharedMachineTest : public testing::Test {
   protected:
     void startMuted() {
@@ -32,7 +32,7 @@ class SharedMachineTest : public testing::Test {
         computer.files.failAlways("Permission denied");
     }
     void comeBack() {
-        rig->application.resume();  // before the helper has put the file in place
+        rig->application.resume();  // before the helper has replaced the flag
         computer.queue.run();
         computer.files.contents[HelperController::stateFile] = left;
         computer.files.failAlways(std::nullopt);

@@ -1,4 +1,4 @@
-// The windows and alerts that the menu opens, and what the user does there.
+// Tests of the settings window and of the alerts that the menu opens.
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ const std::string briefListing = std::string(DriverActivator::extensionID) + " [
 // Positions in the menu.
 constexpr std::size_t settings = 2, activateDriver = 4, about = 5, quit = 7;
 
-// A computer with an active driver and the launched program.
+// A computer with an active driver, on which the application was launched.
 struct Desk : Computer, AppRig {
     Desk() : AppRig(static_cast<Computer&>(*this)) {
         processes.outputs[DriverActivator::listingTool] = briefListing;
@@ -34,7 +34,7 @@ struct Desk : Computer, AppRig {
         statusBar.choose(entry);
         queue.run();
     }
-    // Ticks the row of the device in the window, or clears it.
+    // Sets or clears the check mark of the device in the settings window.
     void tick(const DeviceDescription& device, bool isOn) {
         std::get<Toggle>(viewAt(windows.shown, {"6", "0", device.key()}).kind).set(isOn);
         queue.run();

@@ -1,4 +1,4 @@
-"""The packages that were built, and their unpacked contents."""
+"""The built packages: their paths, their fields and their files."""
 
 import re
 
@@ -15,7 +15,6 @@ class Built:
 
     @property
     def version(self):
-        """Returns the version of the project from CMakeLists.txt."""
         return re.search(r"^project\(BLE-kovra VERSION (\S+)", (self.tree / "CMakeLists.txt").read_text(), re.M)[1]
 
     def package(self, name):
@@ -27,7 +26,7 @@ class Built:
         return run("dpkg-deb", "--field", self.package(name), field).strip()
 
     def unpacked(self, name):
-        """Returns a folder with the contents of this package."""
+        """Returns a folder with the files of this package."""
         place = self.folder / "unpacked" / name
         if not place.exists():
             place.mkdir(parents=True)
@@ -35,7 +34,7 @@ class Built:
         return place
 
     def files(self, name):
-        """Returns the paths of the files in this package, without folders."""
+        """Returns the absolute paths of the files in this package, without folders."""
         place = self.unpacked(name)
         files = (path for path in place.rglob("*") if path.is_symlink() or not path.is_dir())
         return {"/" + str(path.relative_to(place)) for path in files}

@@ -1,4 +1,4 @@
-"""The contents of the packages."""
+"""Scenarios of the contents of the packages."""
 
 import re
 
@@ -81,12 +81,12 @@ def dependencies(built):
     needs = built.field("ble-kovra", "Depends")
     for package in ("libc6", "libqt6widgets6", "libsystemd0", "libudev1", "libxcb1", "qt6-qpa-plugins"):
         check(re.search(rf"\b{package}\b", needs), f"ble-kovra does not need {package}: {needs}")
-    # The extension for GNOME would pull in all of GNOME.
+    # GNOME's extension for status items is not recommended, since it would install all of GNOME.
     check("gnome" not in built.field("ble-kovra", "Recommends"), "it recommends a desktop")
     check("ble-kovra-helper" in built.field("ble-kovra", "Recommends"), "it does not recommend the helper")
     needs = built.field("ble-kovra-helper", "Depends")
     check("qt6" not in needs and "xcb" not in needs, f"the helper needs a desktop: {needs}")
-    # An older program of tmpfiles.d rejects the lines of the package, so that there is no flag.
+    # An older systemd-tmpfiles rejects the tmpfiles.d file of the package, so that no flag is created.
     for package in ("systemd", "systemd-tmpfiles"):
         check(f"{package} (>= 252)" in needs, f"any version of {package} is enough for the helper: {needs}")
 

@@ -1,4 +1,4 @@
-"""Installing, upgrading, removing and purging."""
+"""Scenarios in which the packages are installed, upgraded, removed and purged."""
 
 import os
 import stat
@@ -94,7 +94,7 @@ def purge(built):
     root, before = installed(built, "purge")
     for name in ("state.left.1000", "state.new"):
         (root.path / FLAG).with_name(name).write_text("on")
-    # Folders that a hand-over found under its files' names and moved aside.
+    # If a hand-over finds a folder where it needs a file, it renames the folder to a name like these.
     for name in ("state.odd.7", "state.new.odd.8", "state.left.1000.odd.9"):
         (root.path / FLAG).with_name(name).mkdir()
         (root.path / FLAG).with_name(name).joinpath("something").touch()
@@ -198,8 +198,10 @@ def folder_made_by_hand(built):
 
 
 def start_service(built, name, invoke):
-    """Runs the part of the installation's script that starts the service. `invoke` is the program that does it. Returns
-    the output and how long it took."""
+    """Runs the part of postinst that starts the service, with the shell command `invoke` as deb-systemd-invoke.
+
+    Returns the output and the duration in seconds.
+    """
     root, _ = installed(built, name)
     script = (root.path / "var/lib/dpkg/info/ble-kovra-helper.postinst").read_text()
     script = "set -e\n" + script[script.index("# Starts the service"):].replace("/run/systemd/system", "/run")

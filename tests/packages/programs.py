@@ -1,7 +1,6 @@
-"""The programs of the helper's package that list and activate the driver.
+"""Scenarios of the programs in the helper's package that list and activate the driver.
 
-They run as in the package, but with substitutes for parts of the machine. The test provides the first folder of their
-$PATH, the folder whose existence shows that systemd runs, and the list of processes.
+The programs run as packaged, except that the test replaces some paths, such as /run/systemd/system and /proc.
 """
 
 import os
@@ -20,7 +19,7 @@ UNIT = "ble-kovra-helper.service"
 
 
 class Machine:
-    """A folder that stands for the machine, with the programs and files that the packaged programs use."""
+    """A folder with copies of the packaged programs, and with the commands and files that they use."""
 
     def __init__(self, built):
         self.folder = pathlib.Path(tempfile.mkdtemp(dir=built.folder))
@@ -61,13 +60,15 @@ class Machine:
         (process / "status").write_text(status)
 
     def run(self, name, *arguments):
-        """Returns the exit code, the output and the error output. The caller's $PATH leads nowhere."""
+        """Returns the exit status, stdout and stderr. PATH names a missing folder, since the programs must set their
+        own."""
         done = subprocess.run([self._programs / name, *arguments], capture_output=True, text=True, timeout=60,
                               env={**os.environ, "PATH": "/nowhere"})
         return done.returncode, done.stdout, done.stderr
 
     def state(self):
-        """Returns the state of the driver from the listing tool. Checks the layout that the application reads."""
+        """Returns the driver's state from the listing tool. Checks the format of the list, which the application
+        parses."""
         code, listing, error = self.run("systemextensionsctl", "list")
         check((code, error) == (0, ""), f"it ended with {code} and printed {error!r}")
         lines = listing.splitlines()
@@ -162,7 +163,7 @@ def manager_starts_the_daemon(built):
     ordinary_user(machine, 'exec "$@"')
     (machine.folder / "systemd").rmdir()
     machine.put("start-stop-daemon", f"#!/bin/sh\necho start-stop-daemon $* >>{machine.calls}\n")
-    # Even if there is a touchpad that cannot be given.
+    # Here `ble-kovra-helper --grant` fails. The manager must start the helper nevertheless.
     machine.put("ble-kovra-helper", f"#!/bin/sh\necho ble-kovra-helper $* >>{machine.calls}\nexit 1\n")
     check(machine.run("driver-manager", "activate") == (0, "", ""), "it failed")
     helper, user = machine.folder / "programs/ble-kovra-helper", "_ble-kovra-helper"

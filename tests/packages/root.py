@@ -1,4 +1,4 @@
-"""A folder in which dpkg installs packages and runs their scripts, without touching anything outside it."""
+"""A folder in which dpkg installs packages and runs their scripts, without changing anything outside it."""
 
 import os
 import re
@@ -7,16 +7,17 @@ from built import NAMES
 from scenario import run
 
 FLAG = "Library/Application Support/ble-kovra/state"
-# The database of users, in which the helper's user stays.
+# The user database. A purge does not remove the helper's user account from it.
 USERS = {"etc/passwd", "etc/group", "etc/shadow", "etc/gshadow", "etc/.pwd.lock", "etc/passwd-", "etc/group-",
          "etc/shadow-", "etc/gshadow-"}
 MANAGER = "Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/Karabiner-VirtualHIDDevice-Manager"
 
 
 class Root:
-    """A root folder for dpkg. The scripts run with $DPKG_ROOT and cannot reach the machine's services.
+    """A root folder for dpkg. The maintainer scripts run with $DPKG_ROOT, and cannot control the machine's services.
 
-    The dependencies of the packages count as installed if they are installed on this machine."""
+    Of the dependencies of the packages, those that are installed on the machine count as installed.
+    """
 
     def __init__(self, built, name):
         self.built, self.path = built, built.folder / name
@@ -48,7 +49,7 @@ class Root:
         self._dpkg("--purge", *names)
 
     def newer(self, name):
-        """Returns the next version of this package."""
+        """Returns the path of this package with a higher version number."""
         place = self.built.folder / "newer" / name
         result = place.parent / f"{name}.deb"
         if not result.exists():
@@ -60,7 +61,7 @@ class Root:
         return result
 
     def helper_of_root(self):
-        """Returns an older version of the helper's package, whose unit runs the helper as root."""
+        """Returns the path of an older version of the helper's package, whose helper runs as root."""
         name = "ble-kovra-helper"
         place = self.built.folder / "older" / name
         result = place.parent / f"{name}.deb"
@@ -76,18 +77,18 @@ class Root:
         return result
 
     def listing(self):
-        """Returns all paths except dpkg's own database and that of users."""
+        """Returns all paths in the folder, without dpkg's database and the user database."""
         found = {str(path.relative_to(self.path)) for path in self.path.rglob("*")} - USERS
         return {path for path in found if not f"{path}/".startswith("var/lib/dpkg/")}
 
     def helper_user(self):
-        """Returns the numbers of the helper's user and group."""
+        """Returns the UID and the GID of the helper's user account."""
         lines = (self.path / "etc/passwd").read_text().splitlines()
         fields = next(line for line in lines if line.startswith("_ble-kovra-helper:")).split(":")
         return int(fields[2]), int(fields[3])
 
     def environment(self):
-        """Returns the environment of the packages' scripts. The programs that control services do nothing in it."""
+        """Returns the environment of the maintainer scripts, in which the commands that control services do nothing."""
         programs = self.built.folder / "programs"
         programs.mkdir(exist_ok=True)
         for name in ("systemctl", "deb-systemd-invoke"):

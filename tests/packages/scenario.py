@@ -1,4 +1,4 @@
-"""The scenarios of the packages. Each is a function with a sentence that says what the packages promise."""
+"""Registers the scenarios of the packages, and runs commands for them."""
 
 import subprocess
 
@@ -8,7 +8,7 @@ SCENARIOS = {}
 
 
 def scenario(sentence):
-    """Makes a function a scenario. The function receives the built packages (built.Built)."""
+    """Registers a function as a scenario. The function receives the built packages (built.Built)."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, function)
         return function
@@ -16,7 +16,7 @@ def scenario(sentence):
 
 
 def run(*command, **how):
-    """Returns the output of a command. If the command fails, the scenario fails."""
+    """Runs a command and returns its output. The scenario fails if the command fails."""
     done = subprocess.run(command, capture_output=True, text=True, timeout=300, **how)
     output = (done.stdout + done.stderr).strip()
     check(done.returncode == 0, f"{command[0]} ended with {done.returncode}: {output[-2000:]}")

@@ -1,11 +1,11 @@
-"""The Debian packages for the laptop, and the program in them."""
+"""Builds the Debian packages with tools/build-packages, and returns their paths."""
 
 import pathlib
 import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build/packages"
-# The program from the packages. Its window process and its icons are in the same folder.
+# The script tools/build-packages copies the program to this path, with its window process and its icons beside it.
 PROGRAM = FOLDER / "program" / "ble-kovra"
 
 
@@ -14,13 +14,13 @@ class PackagesMissing(Exception):
 
 
 def build():
-    """Builds the packages, unless nothing has changed since the last build."""
+    """Builds the packages, unless neither the tree nor the compiler has changed since the last build."""
     if subprocess.run([ROOT / "tools/build-packages"], check=False).returncode != 0:
         raise PackagesMissing("the Debian packages were not built")
 
 
 def paths():
-    """Returns the packages that were built last. If there are none, builds them now."""
+    """Returns the paths of the packages. Builds the packages first if there are none."""
     def built():
         return [str(path) for path in FOLDER.glob("ble-kovra*.deb") if "dbgsym" not in path.name]
     if not built():

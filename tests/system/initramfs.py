@@ -1,4 +1,4 @@
-"""The initial file system of the machine: busybox, the modules, the init script."""
+"""Writes the initramfs of the virtual machine: busybox, the kernel modules, the init script."""
 
 import pathlib
 import shutil
@@ -11,7 +11,7 @@ class BusyboxMissing(Exception):
 
 
 def write(target, kernel, guest_program):
-    """Writes the archive to `target`. The machine's first process becomes `guest_program`, a script."""
+    """Writes the archive to `target`. The init script executes the Python script `guest_program` as PID 1."""
     busybox = shutil.which("busybox", path="/bin:/usr/bin")
     if busybox is None:
         raise BusyboxMissing("busybox is missing (Debian package busybox-static)")

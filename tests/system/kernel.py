@@ -1,7 +1,6 @@
-"""The kernel of the virtual machine: Debian's own, unpacked into the build folder and never installed.
+"""The kernel of the virtual machine: Debian's kernel, unpacked in the build folder and not installed.
 
-Only the image and the few modules that the machine loads are kept. The package is fetched once; a complete folder is
-used as it is.
+Only the image and the modules that the machine loads are kept. The package is downloaded once.
 """
 
 import lzma
@@ -11,17 +10,17 @@ import shutil
 import subprocess
 import tempfile
 
-# These modules, and those that they need, are in the initramfs. They are loaded before the host's files are available.
+# The init script loads these modules and their dependencies, before the host's files are mounted.
 BOOT_MODULES = [
     "virtio_pci", "9pnet_virtio", "9p", "overlay",
     "uhid", "uinput", "evdev", "hid-generic", "hid-multitouch", "usbhid", "xhci-pci",
 ]
-# This module is also in the folder, for the scenarios that load it later: renamed_by_its_driver and switched_off.
+# The init script does not load this module. The scenarios renamed_by_its_driver and switched_off do.
 LATER_MODULES = ["hid-logitech-hidpp"]
 
 
 class KernelMissing(Exception):
-    """The kernel could not be fetched; the text says why."""
+    """The kernel could not be downloaded. The text says why."""
 
 
 class Kernel:
@@ -39,7 +38,7 @@ class Kernel:
 
 
 def prepare(folder, say):
-    """Returns the kernel in `folder`, after fetching and unpacking it if it is missing. `say` prints each long step."""
+    """Returns the kernel in `folder`. Downloads and unpacks it if it is missing; say(text) reports these steps."""
     kernel = Kernel(folder)
     if (kernel.modules / "order").exists():
         return kernel
@@ -83,7 +82,7 @@ def _keep_needed(unpacked, kernel):
     for path in order + [files[name.replace("-", "_")] for name in LATER_MODULES]:
         kernel.module(_name(path)).write_bytes(_content(path))
     shutil.copy(next(unpacked.glob("boot/vmlinuz-*")), kernel.image)
-    # The order is written last: its presence means that everything else is complete.
+    # Write this file last, since prepare() considers the folder complete if the file exists.
     (kernel.modules / "order").write_text("".join(f"{_name(path)}.ko\n" for path in order))
 
 

@@ -1,8 +1,7 @@
-"""A throwaway virtual machine with a real kernel and the host's own files. It needs neither root nor KVM.
+"""Runs a throwaway virtual machine in QEMU, with a real kernel and the host's files. It needs neither root nor KVM.
 
-The machine sees the host's root read-only beneath a layer in memory, so that it cannot change the host. Its first
-process is a program of ours. This program, or what it starts, exchanges JSON lines with the host over the machine's
-second serial port.
+The guest mounts the host's files read-only, below an overlay in memory, so that it cannot change them. Guest and host
+exchange JSON lines through the second serial port of the machine.
 """
 
 import json
@@ -19,13 +18,13 @@ import initramfs
 from qmp import QMP
 
 HERE = pathlib.Path(__file__).resolve().parent
-# The programs that the first process becomes. BARE carries out the host's task itself. LAPTOP becomes systemd, which
-# starts the program that does.
+# The Python programs that the init script can execute as PID 1. BARE carries out the host's task itself. LAPTOP
+# executes systemd, and a service carries out the task.
 BARE = HERE / "guest" / "main.py"
 LAPTOP = HERE / "laptop" / "first.py"
 BOOT_LIMIT_SECONDS = 300
-# Most scenarios take seconds. The scenario flood_of_events takes half a minute, or more on a busy host. A longer silence
-# means a hang.
+# The longest time between two messages of the guest. Most scenarios take seconds; flood_of_events takes half a minute,
+# or more on a busy host.
 SILENCE_LIMIT_SECONDS = 600
 
 
@@ -34,7 +33,7 @@ class MachineFailed(Exception):
 
 
 class Machine:
-    """One boot of the machine. Use it as a context manager; on exit it ends QEMU and removes the temporary folder."""
+    """A virtual machine that runs within a `with` block. At the end QEMU is killed and the temporary folder removed."""
 
     def __init__(self, kernel, logs, first_process=BARE):
         self._kernel, self._first_process = kernel, first_process
@@ -65,7 +64,7 @@ class Machine:
         shutil.rmtree(self._folder, ignore_errors=True)
 
     def messages(self, task):
-        """Sends the task to the guest; serves its requests and yields its reports until the task is done."""
+        """Sends the task to the guest, serves the guest's requests, and yields its reports until the task is done."""
         deadline = time.monotonic() + BOOT_LIMIT_SECONDS
         while True:
             message = self._next(deadline)

@@ -1,4 +1,4 @@
-"""QEMU's control socket. Commands are JSON lines, sent one at a time."""
+"""A client of QEMU's control socket (QMP). Commands and answers are JSON lines."""
 
 import json
 import socket

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The demo: plays the real program's main job in a throwaway virtual machine and prints it as a timeline."""
+"""The demo: runs the program in a throwaway virtual machine, and prints what happens when a mouse is plugged."""
 
 import pathlib
 import shutil
@@ -77,6 +77,6 @@ def say(text):
 
 
 if __name__ == "__main__":
-    # Treat SIGTERM as an interrupt, so that no machine is left behind.
+    # SIGTERM raises KeyboardInterrupt, so that the `with` block ends the virtual machine.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     sys.exit(main())

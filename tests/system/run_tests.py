@@ -72,10 +72,9 @@ def play(machine, task, tally, name):
 class Tally:
     def __init__(self):
         self.passed = self.failed = 0
-        # Planned scenarios that have not reported a result. Those that are left at the end did not run, and count as
-        # failed.
+        # Planned scenarios without a result. close() counts them as failed.
         self._open = []
-        # For each machine, the requested scenarios that it does not have. The other machine may have them.
+        # For each machine, the names after --only that it does not have. A name is wrong if no machine has it.
         self._unknown = []
 
     def take(self, message):
@@ -112,6 +111,6 @@ def say(text):
 
 
 if __name__ == "__main__":
-    # Treat SIGTERM as an interrupt, so that no machine is left behind.
+    # SIGTERM raises KeyboardInterrupt, so that the `with` block ends the virtual machine.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     sys.exit(main())

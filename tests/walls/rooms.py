@@ -1,4 +1,4 @@
-"""The rooms of the project and what each may include: the table that docs/architecture.md explains."""
+"""The rooms of the project, and what each may include. docs/architecture.md describes them."""
 
 import re
 from dataclasses import dataclass
@@ -25,7 +25,7 @@ POSIX = frozenset(
     """.split()
 )
 
-# The headers with the system calls that wait for the end of a process: kqueue on macOS, pidfd_open on Linux.
+# The headers of the system calls that wait for the end of a process: kqueue on macOS, pidfd_open on Linux.
 PROCESS_END = frozenset({"sys/event.h", "sys/syscall.h"})
 
 QT = re.compile(r"(Qt\w*/.*|Q[A-Z]\w*|q[a-z_]+\.h)")
@@ -44,7 +44,7 @@ def any_but_qt(header):
     return not QT.fullmatch(header) and not GOOGLE_TEST.fullmatch(header)
 
 
-# The libraries that only some rooms of the Linux desktop may use.
+# The libraries that only some rooms of Linux may use.
 LINUX_LIBRARY = re.compile(r"systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
 
 
@@ -102,8 +102,7 @@ APP = everything_in("BLE_kovra/app")
 LOGIC = VALUES + L10N + DEVICES + CORE + SYSTEM + APP
 
 LINUX = "BLE_kovra/platform/linux/"
-# The resident program has one room for each outside party. Each entry names the rooms and the libraries that the room
-# may use.
+# The rooms of the resident program on Linux: for each, the other rooms and the libraries that it may use.
 LINUX_ROOMS = {
     "loop": ((), ("systemd/sd-event.h",)),
     "bus": (("loop",), ("systemd/sd-bus.h",)),
@@ -115,7 +114,7 @@ LINUX_ROOMS = {
     "windows": (("loop", "session", "desktop", "wire"), ()),
     "tray": (("loop", "bus", "x11", "session", "desktop", "windows", "wire"), ("systemd/sd-bus.h", "xcb/.*")),
 }
-# The rooms of the window process, each with the rooms that it may use.
+# The rooms of the window process: for each, the other rooms that it may use.
 UI_ROOMS = {
     "ui/style": (),
     "ui/elements": ("ui/style",),
@@ -124,7 +123,7 @@ UI_ROOMS = {
     "ui": ("wire",),
 }
 
-# The rooms of macOS, each with the rooms that it may use. Their libraries are the system's own.
+# The rooms of macOS: for each, the other rooms that it may use.
 MACOS = "BLE_kovra/platform/macos/"
 MACOS_ROOMS = {
     "foundation": (),
@@ -146,7 +145,7 @@ def linux_rooms(names):
 
 UI = linux_rooms(("wire", *UI_ROOMS))
 
-# The composition roots create and connect everything. No other source of their programs may include as much.
+# The main files create and connect everything. So they may include more than the other sources of their programs.
 ROOTS = (
     Room(
         "BLE_kovra/platform/linux", VALUES + POSIX_ROOM + APP + linux_rooms(LINUX_ROOMS) + linux_rooms(["wire"]),
@@ -196,8 +195,10 @@ MACOS_TOOLS = everything_in("tests/platform/macos/fakes") + (r"tests/platform/ma
 
 
 def tests_of(room, others=(), library=None):
-    """Returns the room tests/<room>. It may include the room, what the room may include, fakes and support. Tests of
-    adapters may also include contracts."""
+    """Returns the room of the tests of `room`. They may include the room, what it may include, fakes and support.
+
+    Tests of adapters may also include contracts.
+    """
     project = everything_in(room.folder) if room.with_folders else (re.escape(room.folder) + r"/[^/]+\.h",)
     folder = "tests/" + room.folder.removeprefix("BLE_kovra/")
     contracts = CONTRACTS if room.folder.startswith("BLE_kovra/platform") else ()
@@ -208,8 +209,10 @@ def tests_of(room, others=(), library=None):
 
 
 def tests_of_linux(room):
-    """Returns the room tests/<room> for a room of Linux. It may also include the rigs of the rooms that the room uses.
-    It may use any library but Qt, since a test can act as the client or the service on the other side."""
+    """Returns the room of the tests of a room of Linux. They may also include the rigs of the rooms that it uses.
+
+    They may include any library but Qt, since a test can act as the client or the service on the other side.
+    """
     neighbours = LINUX_ROOMS.get(room.folder.removeprefix(LINUX), ((), ()))[0]
     rigs = everything_in(*(f"tests/platform/linux/{name}" for name in neighbours))
     return tests_of(room, rigs, any_but_qt)
@@ -246,22 +249,22 @@ TESTS = (
          with_google_test(anything)),
 )  # fmt: skip
 
-# The benchmarks may use the whole application and the fakes. Floors and instruments share no code with the application.
+# The benchmarks may use the whole application and the fakes. bench/floors and bench/instruments may use neither.
 BENCHMARKS = (
     Room("bench", everything_in("BLE_kovra", "tests/fakes", "bench"), anything),
     Room("bench/floors", (r"bench/DeviceNames\.h",), anything),
     Room("bench/instruments", (), any_but_qt),
 )
 
-# The roots come before the rooms that share their folders, since room_of() prefers the first of them.
+# ROOTS is first, since room_of() takes the first of several rooms with the same folder.
 ROOMS = (
     *ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS
 )  # fmt: skip
 
-# Transparent headers. A file that includes one also counts as including what that header includes.
+# A file that includes one of these headers counts as including the project headers that they include.
 TRANSPARENT = re.compile(r"tests/(support|contracts)/.*|BLE_kovra/devices/HIDDeviceInfo\.h")
 
 
 def room_of(path):
-    """Returns the room of a file, or None. The innermost room wins, then the first in the table."""
+    """Returns the room of a file, or None. Of several rooms it takes the innermost, and of these the first in ROOMS."""
     return max((room for room in ROOMS if room.holds(path)), key=lambda room: len(room.folder), default=None)

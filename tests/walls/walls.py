@@ -25,7 +25,7 @@ TOKENS = re.compile(
     """,
     re.VERBOSE | re.DOTALL,
 )
-# A room with more sources than this should be several rooms.
+# A room with more sources than this must be split.
 MOST_SOURCES = 25
 
 DIRECTIVE = re.compile(r"^[ \t]*#[ \t]*(\w+)[ \t]*(.*)$", re.MULTILINE)
@@ -55,7 +55,7 @@ def directives(text):
 
 
 def sources(root):
-    """Returns the text of every source file below the root, by its path from the root."""
+    """Returns the text of each source file, by its path relative to the root."""
     return {
         path.relative_to(root).as_posix(): path.read_text(encoding="utf-8")
         for folder in SOURCE_FOLDERS
@@ -69,7 +69,7 @@ class Tree:
         self.directives = {path: list(directives(text)) for path, text in sorted(files.items())}
 
     def includes(self, path):
-        """Yields (line number, quote, header) of each include; the header is None if a macro names it."""
+        """Yields (line number, quote, header) of each include. The last two are None if a macro names the header."""
         for line, name, rest in self.directives.get(path, ()):
             if name in ("include", "include_next", "import"):
                 match = INCLUDED.match(rest)
@@ -123,7 +123,7 @@ class Tree:
                 yield f'{room.folder} may not include "{reached}", which "{header}" includes'
 
     def reached_through(self, header):
-        """Returns what a transparent header includes, also through further transparent headers."""
+        """Returns the project headers that a header of TRANSPARENT includes, directly or through others of these."""
         reached, waiting = set(), [header]
         while waiting:
             current = waiting.pop()

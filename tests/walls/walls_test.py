@@ -9,7 +9,7 @@ from pathlib import Path
 import rooms
 from walls import Tree
 
-# Headers that the cases include. They exist, so that a breach is due to the wall and not to a missing header.
+# The artificial trees contain these headers, so that a breach is due to a wall and not to a missing header.
 HEADERS = {
     path: "#pragma once\n"
     for path in (
@@ -63,7 +63,6 @@ def includes(*headers):
 
 
 FORBIDDEN = {
-    # Files, each with headers that it may not include. Each of these headers alone is a breach.
     "BLE_kovra/platform/X.h": (
         "BLE_kovra/platform/posix/Posix.h",
         "BLE_kovra/platform/linux/hid/Udev.h",

@@ -1,5 +1,5 @@
-"""Scenarios of adverse conditions: event floods, SIGSTOP, a missing folder, udevd missing or hanging, and a driver that
-renames a device. One more measures what the idle program uses."""
+"""Scenarios of adverse conditions, such as a flood of events or a udevd that hangs. One scenario measures what the idle
+program uses."""
 
 import signal
 import subprocess
@@ -16,7 +16,7 @@ FOREIGN_EVENT = "/sys/devices/virtual/mem/null/uevent"
 
 
 def churn(count, name, keep_last=False):
-    """Adds and removes `count` devices as fast as the kernel allows; with keep_last returns and keeps the last."""
+    """Creates and destroys `count` virtual devices. With keep_last, the last device stays and is returned."""
     batch = 40
     kept = None
     for start in range(0, count, batch):
@@ -36,8 +36,7 @@ def flood_of_events(world):
     world.start(selected=[MADE_UP])
     last = churn(300, "Kovra Mouse", keep_last=True)
     world.settle()
-    # Chosen devices were added and removed all the while. A removal shows only after its grace period, so wait until
-    # the last period has ended.
+    # A wrong "off" would be written at the end of a grace period, so the scenario waits that long.
     world.flag.wait_write("on")
     stay_until(now() + LATEST_OFF)
     check(world.flag.last() == "on", f"one device remains, but the writes were: {world.flag.contents()}")
@@ -48,7 +47,6 @@ def flood_of_events(world):
     world.flag.wait_write("off", since)
     world.expect_quiet_until(now() + LATEST_OFF)
     check(world.flag.last() == "off", f"no device remains, but the writes were: {world.flag.contents()}")
-    # The program still works normally.
     return play_main_job(world, world.plug("Kovra Mouse"))
 
 
@@ -56,7 +54,7 @@ def flood_of_events(world):
 def stopped_meanwhile(world):
     running = world.start(selected=[MADE_UP])
     running.stop()
-    # Each device causes four events: add, bind, unbind, remove.
+    # 150 devices cause 600 events, since each device causes four: add, bind, unbind and remove.
     churn(75, "Foreign Device")
     mouse = world.plug("Kovra Mouse")
     churn(75, "Foreign Device")
@@ -142,7 +140,7 @@ def hanging_udevd(world):
         world.resume_udevd()
     check(GRACE <= off <= LATEST_OFF, f'"off" came {off:.3f} s after the removal')
     world.settle()
-    # What udevd announces late changes nothing.
+    # udevd has announced the removal only now. The program must not write again.
     world.expect_quiet_until(now() + LATEST_OFF)
     world.expect_writes("off", "on", "off")
     world.expect_on(world.plug("Kovra Mouse"))
@@ -165,7 +163,6 @@ def renamed_by_its_driver(world):
         check(off - unbound.time >= GRACE, f'"off" came {off - unbound.time:.3f} s after the old driver was unbound')
         check(off - bound.time <= LATEST_OFF + 0.5, f'"off" came {off - bound.time:.3f} s after the new name')
         running.kill()
-        # A later start finds the new name, too.
         world.start(selected=[new + key])
         world.flag.wait_write("on", off)
         mouse.unplug()

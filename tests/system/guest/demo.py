@@ -1,4 +1,4 @@
-"""The demo: plays the main job, and reports each row to the host as soon as it has happened."""
+"""The demo inside the virtual machine: plugs and unplugs a mouse, and reports each event to the host at once."""
 
 import signal
 
@@ -16,7 +16,7 @@ class Timeline:
         self._start = None
 
     def row(self, moment, event, since=None, flag=None):
-        """Reports a row; `since` is the moment from which the delay counts."""
+        """Reports one row of the demo's table. The row's delay is the time from `since` to `moment`, in seconds."""
         self._start = self._start or moment
         self._host.report("row", time=moment - self._start, event=event, flag=flag or self._world.flag.last(),
                           delay=None if since is None else moment - since)

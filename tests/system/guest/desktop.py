@@ -1,4 +1,4 @@
-"""Scenarios at a desktop: a screen, a keyboard, and the icon as a panel reads it."""
+"""Scenarios that need an X server: the hot key, the icon's name on the bus, the windows, and saving the switch."""
 
 import contextlib
 import json
@@ -20,7 +20,7 @@ PLAIN, SLASHED = "ble-kovra-symbolic", "ble-kovra-muted-symbolic"
 
 
 def icon(world):
-    """Queries the icon's name, like a panel, and returns it. The name is empty while there is no item."""
+    """Returns the icon's name as the status item reports it on the bus; empty if there is no status item."""
     command = ["dbus-send", "--print-reply=literal", f"--bus={world.session_bus()}", *ITEM]
     answer = subprocess.run(command, capture_output=True, text=True)
     return answer.stdout.split()[-1] if answer.returncode == 0 else ""
@@ -31,7 +31,7 @@ def expect_icon(world, name):
 
 
 def saved_switch():
-    """Returns the stored switch, or None while it was never saved."""
+    """Returns "isEnabled" from the preferences file, or None if it was never saved."""
     return json.loads(program.PREFERENCES.read_text(encoding="utf-8")).get("isEnabled")
 
 
@@ -108,7 +108,7 @@ def end_of_the_screen(world):
 
 
 def window_processes(running):
-    """Returns the process IDs of the program's window processes, except those that have ended."""
+    """Returns the PIDs of the program's window processes, without zombies."""
     found = []
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():
@@ -151,8 +151,8 @@ def hanging_screen(world):
     with contextlib.closing(Screen()) as screen:
         running = world.start(selected=[MADE_UP], display=screen.name)
         screen.hang()
-        # If no panel has started after five seconds, the program queries the X server for a tray. Wait until it has
-        # done so.
+        # Five seconds after its start the program looks for a tray on the X server, if there is no panel on the bus.
+        # Wait for that.
         stay_until(now() + 6)
         mouse = world.plug("Kovra Mouse")
         world.expect_on(mouse)

@@ -1,4 +1,4 @@
-"""Substitutes for the driver's two programs: the tool that lists system extensions, and the driver's manager."""
+"""Scripts in place of two programs: the tool that lists system extensions, and the driver's manager."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ IDENTIFIER = "org.pqrs.Karabiner-DriverKit-VirtualHIDDevice"
 
 
 def listing(state):
-    """Returns the tool as a script that lists the driver in this state."""
+    """Returns a script for the listing tool. The script lists the driver with this state."""
     return f"""#!/bin/sh
 [ "$*" = list ] || exit 2
 printf '1 extension(s)\\n--- com.apple.system_extension.driver_extension\\n'
@@ -21,20 +21,19 @@ printf '*\\t*\\tTEAM000000\\t{IDENTIFIER} (1.0.0/1.0.0)\\t{IDENTIFIER}\\t[{state
 
 
 def put(program, script):
-    """Writes a short program where an installation would put it."""
     program.parent.mkdir(parents=True, exist_ok=True)
     program.write_text(script)
     program.chmod(0o755)
 
 
 def put_active():
-    """Makes the driver active, so that launch shows no alert, and removes its manager."""
+    """Installs a listing tool that reports an active driver, so that launch shows no alert. Removes the manager."""
     put(TOOL, listing("activated enabled"))
     shutil.rmtree("/Applications", ignore_errors=True)
 
 
 class Hanging:
-    """A tool that hangs. It records the flag when it starts, and lists the driver only after release() was called."""
+    """A listing tool that hangs until release() is called. At its start it records its PID and the flag's content."""
 
     def __init__(self, folder, flag, state):
         self._started, self._go = folder / "started", folder / "go"
@@ -45,7 +44,7 @@ class Hanging:
         put(TOOL, listing(state).replace("#!/bin/sh\n", f"#!/bin/sh\n{note}; read -r go <{self._go}\n"))
 
     def started(self):
-        """Returns the tool's process and the flag at its start, or None before it started."""
+        """Returns the tool's PID and the flag's content at its start, or None if it was not started yet."""
         words = self._started.read_text().split() if self._started.exists() else None
         return words and (int(words[0]), " ".join(words[1:]))
 

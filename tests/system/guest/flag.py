@@ -1,4 +1,4 @@
-"""The flag file, watched with inotify from outside the program: the number of opens, and every write with its time."""
+"""Watches the flag file with inotify: records each write with its time, and counts how often the file is opened."""
 
 import collections
 import ctypes
@@ -19,10 +19,10 @@ Write = collections.namedtuple("Write", "time content")
 
 
 class Flag:
-    """A watch of the flag file. It records a write whenever a process closes the file after opening it for writing.
+    """Records a write when a process closes the flag file after opening it for writing.
 
-    The recorded content is that of the file when the event was received. The watcher reads through a descriptor that it
-    keeps open, so that its own reads cause no open events.
+    The recorded content is what the file contains when the inotify event arrives. The class reads it through a
+    descriptor that stays open, so that reading causes no open events.
     """
 
     def __init__(self):
@@ -33,12 +33,12 @@ class Flag:
         self.openings = 0
 
     def renew(self):
-        """Creates a new folder with an empty file, and forgets all earlier writes and opens."""
+        """Replaces the folder by a new one with an empty flag file, and forgets all earlier writes and opens."""
         self.remove_folder()
         self.create_folder()
 
     def create_folder(self):
-        # The watch is set before the folder is in place, because the program may write the flag at once.
+        # The program may write as soon as FOLDER exists. So the folder is created and watched under another name first.
         new = FOLDER.with_name(FOLDER.name + ".new")
         new.mkdir(parents=True)
         self._state = os.open(new / STATE.name, os.O_RDONLY | os.O_CREAT | os.O_CLOEXEC, 0o644)
@@ -57,7 +57,7 @@ class Flag:
         return self.writes[-1].content if self.writes else None
 
     def wait_write(self, content, since=0.0, limit=90.0):
-        """Returns the first write of this content at or after `since`."""
+        """Waits up to `limit` seconds for a write of this content at or after `since`, and returns the first one."""
         def found():
             return next((w for w in list(self.writes) if w.content == content and w.time >= since), None)
         try:

@@ -1,4 +1,4 @@
-"""A folder on a disk that does not answer: opening a file in it does not return before close()."""
+"""A folder that behaves as on a disk that hangs: opening one of its files blocks until HangingFolder.close()."""
 
 import ctypes
 import os
@@ -11,7 +11,7 @@ AT_FDCWD = -100
 
 
 class HangingFolder:
-    """A folder whose files the kernel opens only with the permission of this process, which does not answer."""
+    """fanotify asks this process to permit each open of a file in the folder. The process never answers."""
 
     def __init__(self, folder):
         libc = ctypes.CDLL(None, use_errno=True)
@@ -22,5 +22,5 @@ class HangingFolder:
         check(result == 0, f"fanotify_mark: {os.strerror(ctypes.get_errno())}")
 
     def close(self):
-        """Ends the watch. The kernel then permits every open that waits."""
+        """Closes the fanotify descriptor. The kernel then permits every open that waits."""
         os.close(self._asked)

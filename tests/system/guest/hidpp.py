@@ -1,7 +1,7 @@
-"""A virtual mouse of a kind that its driver renames. It answers the requests by which the driver learns its name.
+"""A virtual HID++ mouse. The driver hid-logitech-hidpp replaces its name by the one that the mouse reports.
 
-It answers only what the driver requests when it binds: the protocol version, the index of the feature "device name",
-and the name with its length. Every other request gets error 6, "invalid feature index".
+The mouse answers the driver's requests for the protocol version, for the index of the feature "device name", and for
+the length and the text of the name. Every other HID++ request gets error 6, "invalid feature index".
 """
 
 import threading
@@ -15,7 +15,7 @@ NAME_INDEX = 7
 
 
 def _reports(number, length):
-    """Returns a vendor-defined collection with one input and one output report of `length` bytes and this number."""
+    """Returns a vendor-defined HID collection: an input and an output report with this ID and this length in bytes."""
     return (bytes([0x06, 0x00, 0xFF, 0x09, number, 0xA1, 0x01, 0x85, number, 0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08,
                    0x95, length, 0x09, number, 0x81, 0x00, 0x09, number, 0x91, 0x00, 0xC0]))
 
@@ -25,7 +25,7 @@ DESCRIPTOR = (bytes.fromhex("05010902a10185020901a100050919012903150025019503750
 
 
 class RenamedMouse(uhid.UHID):
-    """A mouse that appears as `plain_name`, until the driver renames it to "Logitech " and `real_name`."""
+    """A mouse that is created with the name `plain_name`. Its driver renames it to "Logitech " and `real_name`."""
 
     def __init__(self, plain_name, real_name, uniq):
         self._real_name = real_name.encode()
@@ -47,7 +47,7 @@ class RenamedMouse(uhid.UHID):
                 elif kind == uhid.GET_REPORT:
                     self.refuse_get_report(int.from_bytes(event[0:4], "little"))
         except (OSError, TypeError):
-            pass  # The device was destroyed.
+            pass  # destroy() has closed the device's file
 
     def _answer(self, question):
         if len(question) < 4 or question[0] not in (SHORT, LONG):
@@ -55,7 +55,7 @@ class RenamedMouse(uhid.UHID):
         device, feature, function = question[1:4]
         parameters = question[4:]
         if feature == 0x00 and function >> 4 == 1:
-            result = bytes([4, 2, parameters[2]])  # protocol 4.2, and the byte to be echoed
+            result = bytes([4, 2, parameters[2]])  # protocol version 4.2, and a byte of the request
         elif feature == 0x00 and function >> 4 == 0 and int.from_bytes(parameters[:2], "big") == NAME_FEATURE:
             result = bytes([NAME_INDEX, 0, 0])
         elif feature == NAME_INDEX and function >> 4 == 0:

@@ -1,4 +1,4 @@
-"""The connection to the host. It carries reports, and requests for the few things that only QEMU can do."""
+"""The guest's serial connection to the host: sends reports, and asks the host to plug or unplug QEMU's USB mouse."""
 
 import json
 import os
@@ -15,7 +15,7 @@ class Host:
         self._lock = threading.Lock()
 
     def ready(self):
-        """Reports that the machine is up; returns the task."""
+        """Reports that the guest is running. Returns the task that the host sends in reply."""
         return self._ask({"kind": "ready"})
 
     def report(self, kind, **what):

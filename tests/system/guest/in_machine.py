@@ -1,4 +1,4 @@
-"""Functions that are only for a throwaway virtual machine."""
+"""Functions for programs that may run only inside the throwaway virtual machine."""
 
 import ctypes
 import os
@@ -11,7 +11,7 @@ import host
 
 
 def refuse_elsewhere(first_process):
-    # The calling program mounts over folders and writes into system folders. It must never run on a real system.
+    # The calling program mounts over system folders and writes into them. It must never run on a real system.
     if "kovra.guest" not in pathlib.Path("/proc/cmdline").read_text().split() or (first_process and os.getpid() != 1):
         sys.exit("this program is a part of a throwaway virtual machine and runs nowhere else")
 
@@ -22,7 +22,7 @@ def mount(kind, target, options="rw"):
 
 
 def serve(play):
-    """Runs `play` with the connection to the host and the host's task; then switches the machine off."""
+    """Calls play(host connection, task) and reports an exception to the host. In any case switches the machine off."""
     line = host.Host()
     try:
         play(line, line.ready())
@@ -34,4 +34,4 @@ def serve(play):
 
 def switch_off():
     os.sync()
-    ctypes.CDLL(None).reboot(0x01234567)  # RB_AUTOBOOT; QEMU runs with -no-reboot
+    ctypes.CDLL(None).reboot(0x01234567)  # RB_AUTOBOOT; QEMU runs with -no-reboot, so it exits

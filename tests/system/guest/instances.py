@@ -1,4 +1,4 @@
-"""Scenarios of programs in the way of the application: one that owns its name on the bus, and a further instance."""
+"""Scenarios in which another program owns the application's bus name, or the application is started twice."""
 
 import contextlib
 
@@ -28,7 +28,7 @@ def squatted_name(world):
 def further_instance_without_the_bus(world):
     first = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
-    # If the second instance stayed, it would write "off".
+    # The switch is off for the second instance, so it would write "off" if it kept running.
     second = world.start(wait=False, bus=NO_BUS, enabled=False)
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")

@@ -1,4 +1,4 @@
-"""A substitute for the journal, which keeps each message that it receives."""
+"""A substitute for journald: binds journald's socket, and keeps the message of each log entry."""
 
 import os
 import pathlib
@@ -32,7 +32,10 @@ class Journal:
 
 
 def _field(entry, wanted):
-    """Returns a field from the journal's native protocol: NAME=value in a line, or NAME, the length, the bytes."""
+    """Returns the value of the field in an entry of journald's native protocol, or None.
+
+    A field is either the line NAME=value, or the line NAME, the value's length (8 bytes), the value and a line feed.
+    """
     while entry:
         line, _, entry = entry.partition(b"\n")
         name, is_plain, value = line.partition(b"=")

@@ -1,4 +1,4 @@
-"""Scenarios of the last step of launch: whether the driver is active, and the alert if it is not."""
+"""Scenarios of the last step of launch, which checks whether the driver is active, and shows an alert if it is not."""
 
 import contextlib
 import os
@@ -19,12 +19,12 @@ CALLED = HOME / "called"
 
 
 def put_manager():
-    """Installs a manager that records its arguments and keeps running."""
+    """Installs a manager that records its PID and its arguments, and runs for 60 s."""
     driver.put(driver.MANAGER, f'#!/bin/sh\necho "$$ $*" >{CALLED}.new\nmv {CALLED}.new {CALLED}\nexec sleep 60\n')
 
 
 def processes():
-    """Returns the number, the state and the parent of each process."""
+    """Returns the PID, the state and the parent's PID of each process."""
     found = []
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():
@@ -35,7 +35,7 @@ def processes():
 
 
 def has_ended(pid):
-    # A zombie has ended. The machine's first process may reap it late.
+    # A zombie counts as ended, since the first process of the machine may reap it late.
     return not any(process == pid and state != "Z" for process, state, _ in processes())
 
 
@@ -93,7 +93,7 @@ def manager(world):
         screen.wait_alerts(0)
         pid, arguments = wait_for(lambda: CALLED.exists() and CALLED.read_text().split(), "the manager to be started")
         check(arguments == "forceActivate", f"the manager's argument was {arguments!r}")
-        os.kill(int(pid), signal.SIGSTOP)  # the program must not wait for the manager
+        os.kill(int(pid), signal.SIGSTOP)  # the program must end although the manager does not
         since = now()
         running.send(signal.SIGTERM)
         check(running.wait_exit() == 0, f"it ended with {running.last_words()}")

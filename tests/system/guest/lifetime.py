@@ -1,4 +1,4 @@
-"""Scenarios of starting and ending: signals, a kill, a second start."""
+"""Scenarios in which the program ends by a signal, or is started a second time."""
 
 import signal
 import socket
@@ -14,7 +14,7 @@ LATEST_EXIT = 5.0
 
 
 def end_by(world, number):
-    """Sends the signal while the flag is "on" because of a connected mouse. The program must end and write "off"."""
+    """Sends the signal while the flag is "on". Expects that the program ends and has written "off"."""
     running = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
     since = now()
@@ -102,12 +102,12 @@ def second_start(world):
     mouse = world.plug("Kovra Mouse")
     world.expect_on(mouse)
     opened = world.flag.openings
-    # If the second start read these preferences, it would have to write the flag.
+    # The switch is off for the second start, so it would write "off" if it read its preferences.
     second = world.start(wait=False, selected=[MADE_UP], enabled=False)
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")
     check(world.flag.openings == opened, "it opened the flag")
-    check(openings.take() == 1, "it read the preferences")  # this scenario opened the file once, to write it
+    check(openings.take() == 1, "it read the preferences")  # world.start() has opened the file once, to write it
     world.expect_writes("off", "on")
     check(first.is_running(), "the first instance ended too")
     mouse.unplug()

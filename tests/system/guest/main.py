@@ -1,4 +1,4 @@
-"""The machine's first process: sets up the guest, carries out the host's task, and switches the machine off."""
+"""The guest program of the bare machine, PID 1: runs the host's task, and then switches the machine off."""
 
 import os
 import sys

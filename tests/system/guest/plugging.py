@@ -1,4 +1,4 @@
-"""Scenarios of the main job: a chosen mouse is plugged and unplugged."""
+"""Scenarios in which a chosen mouse is plugged in and unplugged."""
 
 import uhid
 from running import scenario
@@ -10,7 +10,7 @@ MADE_UP = "Kovra Mouse#4660:22136"
 
 
 def play_main_job(world, device):
-    """Expects the write "on" for a plugged device, unplugs it and expects "off"; returns the delays as text."""
+    """Expects "on" for the plugged device, unplugs it and expects "off". Returns both delays as text."""
     on = world.expect_on(device)
     device.unplug()
     off = world.expect_off_after_grace(device)
@@ -44,14 +44,14 @@ def short_drop_out(world):
     world.expect_quiet_until(removed + 1.0)
     again = world.plug("Kovra Mouse")
     world.expect_quiet_until(removed + LATEST_OFF + 1.0)
-    # The program has not missed the events: it notices the next removal, and starts a new grace period.
+    # The next removal must start a grace period of its own.
     again.unplug()
     world.expect_off_after_grace(again)
     world.expect_writes("off", "on", "off")
 
 
 def count_as_one(world, descriptor):
-    """Plugs in a mouse, then an interface with the same name and numbers. Only the second removal matters."""
+    """Plugs in a mouse, then a device with the same name and numbers. Expects "off" only after both are removed."""
     world.start(selected=[MADE_UP])
     first, second = world.plug("Kovra Mouse"), world.plug("Kovra Mouse", descriptor=descriptor)
     world.expect_on(first)

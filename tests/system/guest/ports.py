@@ -1,4 +1,4 @@
-"""Devices to plug and unplug, and the times at which the kernel and udevd report them."""
+"""Plugs in and unplugs virtual devices, and returns the times at which the kernel added and removed them."""
 
 import itertools
 import pathlib
@@ -12,7 +12,7 @@ HID_DEVICES = pathlib.Path("/sys/bus/hid/devices")
 
 
 class Device:
-    """A device that can be unplugged. `added` and `removed` are the kernel's own times."""
+    """A plugged device. `added` and `removed` are the times of the kernel's events on CLOCK_MONOTONIC, in seconds."""
 
     def __init__(self, node, added, unplug):
         self.node = node
@@ -34,18 +34,18 @@ class Ports:
         self._numbers = itertools.count(1)
 
     def plug(self, name, vendor=0x1234, product=0x5678, bus=uhid.BUS_USB, descriptor=uhid.MOUSE):
-        """Plugs in a virtual device with one interface."""
+        """Plugs in a virtual device with one HID interface."""
         return self.plug_with(lambda uniq: uhid.UHID(name, vendor, product, bus, descriptor, uniq=uniq))
 
     def plug_with(self, make):
-        """Plugs in a virtual device. `make` creates it, and receives the device's serial number."""
+        """Plugs in the virtual device that make(uniq) creates with the serial number `uniq`."""
         uniq = f"made-up-{next(self._numbers)}"
         made = make(uniq)
         added = self.events.wait("add", HID_UNIQ=uniq)
         return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
 
     def plug_usb_mouse(self):
-        """Plugs in QEMU's own USB mouse. Only once per scenario, as the events of two such mice look alike."""
+        """Plugs in QEMU's USB mouse, once per scenario, since the events of two such mice cannot be told apart."""
         name = f"mouse{next(self._numbers)}"
         self.host.plug_mouse(name)
         added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")

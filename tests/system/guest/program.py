@@ -1,4 +1,4 @@
-"""The program under test: the real binary as an ordinary process."""
+"""The program under test: starts the real binary as a process, and writes its preferences file."""
 
 import json
 import os
@@ -14,7 +14,7 @@ PREFERENCES = HOME / ".config" / "ble-kovra" / "preferences.json"
 
 
 def write_preferences(path=PREFERENCES, **choices):
-    """Takes selected=[keys], enabled=bool, mode=text; values that are not given are not stored."""
+    """Writes a preferences file that contains only the given choices: selected=[keys], enabled=bool, mode=text."""
     names = {"selected": "selectedDeviceIDs", "enabled": "isEnabled", "mode": "blockMode"}
     path.parent.mkdir(parents=True, exist_ok=True)
     stored = {names[name]: value for name, value in choices.items()}
@@ -51,7 +51,7 @@ class Program:
         wait_for(lambda: self._status("State").startswith("T"), "the program to stop at SIGSTOP")
 
     def wait_exit(self, limit=20.0):
-        """Returns the exit status, or minus the signal that ended the program."""
+        """Waits for the end. Returns the exit status, or the negative number of the signal that ended the program."""
         wait_for(lambda: not self.is_running(), "the program to end", limit)
         return self._process.returncode
 
@@ -61,7 +61,7 @@ class Program:
             self._process.wait()
 
     def cost(self):
-        """Returns the voluntary context switches and the nanoseconds of CPU time of all its threads so far."""
+        """Returns two sums over the program's threads: voluntary context switches, and CPU time in nanoseconds."""
         switches = time = 0
         for thread in pathlib.Path(f"/proc/{self.pid}/task").iterdir():
             status = (thread / "status").read_text()

@@ -1,4 +1,4 @@
-"""Collects the scenarios, runs them one after the other, and reports them."""
+"""Collects the scenarios, runs them one after the other, and reports the results to the host."""
 
 import subprocess
 import traceback
@@ -9,7 +9,7 @@ SCENARIOS = {}
 
 
 def scenario(sentence):
-    """Makes a function a scenario. The sentence states what the program promises."""
+    """Registers a function as a scenario. The sentence states what the program promises."""
     def add(function):
         SCENARIOS[function.__name__] = (sentence, function)
         return function
@@ -26,7 +26,7 @@ def run_all(host, world, only):
 
 
 def _run(world, function):
-    """Returns the reason of a failure, or None, and the scenario's measurement as text."""
+    """Returns two texts: the reason why the scenario failed, and what it measured. Each may be None."""
     reason, measured = None, None
     try:
         world.prepare()
@@ -45,7 +45,7 @@ def _run(world, function):
 
 
 def _print_logs(world, reason):
-    """Prints to the console; the host keeps its log after a failure."""
+    """Prints to the machine's console. The host stores that output, and keeps it after a failure."""
     print(f"---- {reason}", flush=True)
     print("output of the programs:", world.last_words(), sep="\n", flush=True)
     print("kernel log:", flush=True)

@@ -1,4 +1,4 @@
-"""All scenarios of the bare machine: what the program promises to its user, on a real kernel, seen from outside."""
+"""Runs the scenarios of the bare machine, in the order of the imports."""
 
 import plugging
 import lifetime

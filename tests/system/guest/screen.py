@@ -1,4 +1,4 @@
-"""A private X server for a scenario, with a keyboard and a view of the program's windows."""
+"""An X server (Xvfb) for one scenario: simulates key presses, and returns the sizes of the program's windows."""
 
 import contextlib
 import os
@@ -7,7 +7,7 @@ import subprocess
 
 from waiting import wait_for
 
-# Keycodes of a PC keyboard.
+# X keycodes of a PC keyboard.
 CONTROL, ALT, T = 37, 64, 28
 ESCAPE, TAB, SPACE, RETURN = 9, 23, 65, 36
 
@@ -25,7 +25,7 @@ class Screen:
             self.name = f":{number.readline().strip()}"
 
     def press(self, *keys):
-        """Presses all of these keys together."""
+        """Presses the keys in this order, and then releases them in reverse order."""
         from Xlib import X
         from Xlib.ext import xtest
         with self._connection() as keyboard:
@@ -39,7 +39,7 @@ class Screen:
         self.press(CONTROL, ALT, T)
 
     def windows(self):
-        """Returns the sizes of the program's visible windows. No window manager adds frames to them."""
+        """Returns the sizes of the program's visible windows in pixels. No window manager adds frames to them."""
         from Xlib import X, error
         seen = []
         with self._connection() as eye:
@@ -60,14 +60,12 @@ class Screen:
         wait_for(lambda: len(self.alerts()) == count, f"{count} alerts to be on the screen")
 
     def wait_keyboard(self):
-        """Waits until a window has the keyboard focus."""
         from Xlib import X
         with self._connection() as eye:
             wait_for(lambda: eye.get_input_focus().focus not in (X.NONE, X.PointerRoot),
                      "a window to have the keyboard focus")
 
     def hang(self):
-        """Stops the server, so that it answers no client."""
         self._server.send_signal(signal.SIGSTOP)
 
     def close(self):

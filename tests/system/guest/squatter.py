@@ -1,4 +1,4 @@
-"""A foreign owner of a name on the session bus. It implements no interface, so every call of one gets an error."""
+"""A client of the session bus that owns a name but exports no objects, so that calls to its objects fail."""
 
 import ctypes
 import threading

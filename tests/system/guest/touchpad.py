@@ -1,4 +1,4 @@
-"""Virtual touchpads with a finger on them, and the events that their input devices deliver."""
+"""Virtual touchpads: simulates a finger, and reads what the kernel's input devices deliver."""
 
 import contextlib
 import os
@@ -11,24 +11,23 @@ from waiting import wait_for
 
 INPUT = pathlib.Path("/sys/class/input")
 
-# The touchpad's report contains two fingers, each with confidence, tip switch, contact number and position. The scan
-# time, the number of contacts and one button follow.
+# The part of the report descriptor for one finger: confidence, tip switch, contact identifier and position. A report
+# contains two fingers, the scan time, the number of contacts and one button.
 FINGER = ("050d0922a102" "150025010947094275019502810295068103" "7508950125" "7f09518102"
           "050126ff0f751095015500650035004600000930810226ff0709318102" "c0")
 TOUCHPAD = bytes.fromhex("050d0905a1018501" + 2 * FINGER +
                          "050d150027ffff00007510950109568102" "257f750895010954" "8102"
                          "05090901250175019501810295078103"
                          "050d85020955250f75089501b102"
-                         # The certification blob of a precision touchpad. By this blob the kernel recognizes the kind
-                         # of device.
+                         # The certification blob, by which the kernel recognizes a precision touchpad.
                          "0600ff850409c5150026ff00750896" "0001b102" "c0")
-# Many touchpads have such a mouse collection, for systems without touchpad support. The kernel creates another input
+# A mouse collection, which many touchpads have for systems without touchpad support. The kernel creates a second input
 # device for it.
 MOUSE = bytes.fromhex("05010902a10185030901a1000509190129021500250175019502810295068103"
                       "0501093009311581257f750895028106c0c0")
 
 class Touchpad:
-    """One HID interface with a finger on it. With `twin` it also claims to be a mouse."""
+    """A virtual touchpad with one HID interface. With `twin`, its report descriptor includes the mouse collection."""
 
     def __init__(self, name, vendor, product, bus, uniq, twin):
         self.uniq, self._twin = uniq, twin
@@ -37,13 +36,13 @@ class Touchpad:
         threading.Thread(target=self._answer, daemon=True).start()
 
     def stroke(self):
-        """Touches the pad with a finger, moves it and lifts it."""
+        """Sends reports of a finger that touches the pad, moves and is lifted."""
         for place in range(100, 1100, 200):
             self._touch(True, place)
         self._touch(False, 1100)
 
     def push(self):
-        """Moves the mouse of the touchpad, if it has one, to the right."""
+        """Sends a report of the mouse collection, a movement to the right. Does nothing without a twin."""
         if self._twin:
             self._device.input(bytes([3, 0, 5, 0]))
 
@@ -56,7 +55,7 @@ class Touchpad:
         self._device.input(b"\1" + finger + bytes(6) + struct.pack("<HBB", self._scan & 0xffff, 1, 0))
 
     def _answer(self):
-        # The driver requests the features when it starts. Without an answer it would wait for a long time.
+        # The driver requests feature reports when it starts, and waits for each answer until a timeout.
         with contextlib.suppress(OSError, TypeError):
             while True:
                 kind, event = self._device.read()
@@ -68,7 +67,7 @@ class Touchpad:
 
 
 class InputDevice:
-    """An input device of the kernel. The test reads its nodes in the same way as a desktop."""
+    """An input device that the kernel created. Its nodes in /dev/input are open for reading."""
 
     def __init__(self, folder):
         self.number = folder.name
@@ -105,7 +104,7 @@ def read_all(node):
 
 
 class Pad:
-    """A touchpad in the machine, with the one or two input devices that the kernel created for it."""
+    """A plugged touchpad, with the one or two input devices that the kernel created for it."""
 
     def __init__(self, hardware, twin):
         self._hardware, self._count = hardware, 2 if twin else 1
@@ -113,7 +112,7 @@ class Pad:
         self.look_again()
 
     def look_again(self):
-        """Opens the input devices again; the kernel creates new ones when the driver changes."""
+        """Opens the input devices that exist now. The kernel creates new ones when a driver is bound again."""
         for device in self.inputs:
             device.close()
         self.inputs = [InputDevice(folder) for folder in
@@ -124,7 +123,7 @@ class Pad:
         return [device.inhibited for device in self.inputs]
 
     def use(self):
-        """Strokes the touchpad and moves its mouse; returns for each input device whether it delivered events."""
+        """Sends reports of the finger and of the twin. Returns for each input device whether it delivered events."""
         for device in self.inputs:
             device.take()
         self._hardware.stroke()

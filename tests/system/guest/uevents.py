@@ -1,7 +1,7 @@
-"""The kernel's events of HID devices with their exact times, and the times at which udevd passed them on.
+"""Records the kernel's uevents of HID devices, and those that udevd sends.
 
-The events are received through netlink. The kernel's times come from a probe in the kernel, since a listener on a busy
-machine may be tens of milliseconds late.
+The events arrive through netlink, on a busy machine tens of milliseconds late. The times of the kernel's events
+therefore come from a kprobe.
 """
 
 import collections
@@ -18,36 +18,36 @@ KERNEL_GROUP, UDEV_GROUP = 1, 2
 SO_RCVBUFFORCE = 33
 
 TRACING = pathlib.Path("/sys/kernel/tracing")
-# The probed function assembles an event just before it is sent. Its second argument is the event's environment: three
-# pointers that do not matter, then the pointers to the variables. The first two are the action and the path.
+# The kernel calls hid_uevent() just before it sends an event. The second argument is a struct kobj_uevent_env, whose
+# pointers to the event's variables begin at offset 24. The first two variables are ACTION and DEVPATH.
 PROBE = "p:kovra/uevent hid_uevent action=+0(+24(%si)):string path=+0(+32(%si)):string"
 TRACED = re.compile(r' (\d+\.\d+): uevent: .* action="ACTION=(\w+)" path="DEVPATH=(\S+)"')
 
-# Thousands of devices have a serial number that begins like this. No test uses their events.
+# The serial numbers of the many devices of churn() (adversity.py) begin with "crowd". Their events are ignored.
 CROWD = b"\0HID_UNIQ=crowd"
 
 Uevent = collections.namedtuple("Uevent", "time action node properties")
 
 
 def listen(group):
-    """Yields the properties of every event of the subsystem "hid" in this netlink group, except the crowd's."""
+    """Yields the properties of each event of the subsystem "hid" in this netlink group. Ignores events with CROWD."""
     netlink = socket.socket(socket.AF_NETLINK, socket.SOCK_DGRAM, NETLINK_KOBJECT_UEVENT)
     netlink.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, 64 << 20)
     netlink.bind((0, group))
     while True:
         message = netlink.recv(65536)
         if b"\0SUBSYSTEM=hid\0" in message and CROWD not in message:
-            # A header, which differs between the two groups, precedes the properties.
+            # The properties follow a header, which differs between the two groups.
             lines = message[message.find(b"ACTION="):].rstrip(b"\0").decode("utf-8", "replace").split("\0")
             yield dict(line.split("=", 1) for line in lines if "=" in line)
 
 
 class KernelEvents:
-    """All events of the subsystem "hid" so far, except the crowd's, in order and with their monotonic times."""
+    """The kernel's events since the last forget(), in order. Their times are seconds of CLOCK_MONOTONIC."""
 
     def __init__(self):
         self._events = []
-        # For each action and path, the times of the events whose messages have not been read yet.
+        # The traced times that are not assigned to an event from netlink yet, by action and path.
         self._moments = collections.defaultdict(collections.deque)
         self._trace = self._probe()
         for work in [self._read_trace, self._listen]:
@@ -57,7 +57,10 @@ class KernelEvents:
         self._events = []
 
     def find(self, action, **properties):
-        """Returns the first event of this action with all these properties, or None. "node" is its name in sysfs."""
+        """Returns the first event with this action and all these properties, or None.
+
+        The property "node" is the name of the device in sysfs. The class adds it to the properties of the kernel.
+        """
         for event in self._events:
             if event.action == action and all(event.properties.get(name) == value
                                               for name, value in properties.items()):
@@ -92,7 +95,7 @@ class KernelEvents:
 
 
 class UdevEvents:
-    """The times at which udevd's events of HID devices arrived here. For a repeated event the first time counts."""
+    """The times at which udevd's events arrived. If an event is repeated for a node, the first time counts."""
 
     def __init__(self):
         self._moments = {}

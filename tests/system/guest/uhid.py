@@ -1,4 +1,4 @@
-"""Virtual HID devices through /dev/uhid. The kernel binds drivers to them and reports events, as for real ones."""
+"""Creates HID devices through /dev/uhid. The kernel treats them like hardware: it binds drivers and sends uevents."""
 
 import os
 import select
@@ -10,15 +10,15 @@ DESTROY, START, OUTPUT, GET_REPORT, GET_REPORT_REPLY, CREATE2, INPUT2, SET_REPOR
     1, 2, 6, 9, 10, 11, 12, 13, 14)
 EVENT_SIZE = 4 + 128 + 64 + 64 + 2 + 2 + 4 * 4 + 4096
 
-# A mouse with three buttons and two axes.
+# The report descriptor of a mouse with three buttons and two axes.
 MOUSE = bytes.fromhex("05010902a1010901a10005091901290315002501950375018102950175058103"
                       "0501093009311581257f750895028106c0c0")
-# One byte on a vendor-defined page. It creates no input device, so it costs udev little.
+# A report of one byte on a vendor-defined page. The kernel creates no input device for it, so udevd has little work.
 VENDOR_PAGE = bytes.fromhex("0600ff0901a1010902150026ff00750895018102c0")
 
 
 class UHID:
-    """One HID interface. It exists from its construction until `destroy`."""
+    """A virtual device with one HID interface. It exists until destroy() is called."""
 
     def __init__(self, name, vendor, product, bus=BUS_USB, descriptor=MOUSE, phys="", uniq=""):
         encoded = name if isinstance(name, bytes) else name.encode()
@@ -27,14 +27,14 @@ class UHID:
                                len(descriptor), bus, vendor, product, 0, 0, descriptor))
 
     def wait_started(self, limit=30.0):
-        """Waits until a driver has started the device; returns False if no event comes for `limit` seconds."""
+        """Waits until a driver has started the device. Returns False if no event comes for `limit` seconds."""
         while select.select([self._file], [], [], limit)[0]:
             if self.read()[0] == START:
                 return True
         return False
 
     def read(self):
-        """Returns the next event of the kernel for this device: its type and its bytes."""
+        """Waits for the kernel's next event for this device. Returns its type and its payload."""
         event = os.read(self._file, EVENT_SIZE)
         return struct.unpack_from("<I", event)[0], event[4:]
 

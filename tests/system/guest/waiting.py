@@ -1,15 +1,15 @@
-"""Waiting for conditions. A test waits for a duration only if there is no condition to wait for."""
+"""Functions that wait for a condition, or until a time of CLOCK_MONOTONIC (in seconds)."""
 
 import os
 import threading
 import time
 
-# Notified after an observation, so that waiting threads need not poll.
+# Notified when a thread has recorded an event, so that wait_for() checks its condition at once.
 changed = threading.Condition()
 
 
 class Failed(Exception):
-    """A scenario's promise was broken; the text says which one and how."""
+    """Makes the scenario fail. The text is the reason that is reported."""
 
 
 def now():
@@ -36,15 +36,16 @@ def wait_for(condition, text, limit=90.0):
             if result:
                 return result
             check(now() < deadline, f"timed out after {limit:.0f} s: {text}")
-            # Poll as well, since not every observation notifies. A condition that takes long is checked half of the time.
+            # Not every change notifies, so check again after 50 ms, or after as long as the last check took if that was
+            # longer.
             changed.wait(max(0.05, now() - begun))
 
 
 def stay_until(moment):
-    """Waits until this time. Used to check that nothing happens until then."""
+    """Sleeps until this time. Use it to check that something does not happen."""
     time.sleep(max(0.0, moment - now()))
 
 
 def be_prompt():
-    """Gives the calling thread priority over ordinary threads, so that the times that it records are accurate."""
+    """Gives the calling thread real-time priority, so that the times that it records are accurate."""
     os.sched_setscheduler(0, os.SCHED_FIFO, os.sched_param(10))

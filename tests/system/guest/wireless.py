@@ -1,4 +1,4 @@
-"""A scenario of a wireless mouse whose node stays when it is switched off. The battery that the kernel reports shows
+"""A scenario of a wireless mouse whose HID node stays when the mouse is switched off. The kernel's battery status shows
 whether the mouse is on."""
 
 import subprocess
@@ -18,7 +18,7 @@ RECEIVER = 0xFF
 
 
 class WirelessMouse(hidpp.RenamedMouse):
-    """A mouse that has a battery and can be switched off. While it is off, it answers every request with an error."""
+    """A mouse with a battery that can be switched off. While it is off, it answers every request with an error."""
 
     def __init__(self, uniq):
         self._is_off = False
@@ -37,9 +37,9 @@ class WirelessMouse(hidpp.RenamedMouse):
         elif feature == 0 and function >> 4 == 0 and int.from_bytes(question[4:6], "big") == BATTERY_FEATURE:
             self._reply(bytes([hidpp.LONG, device, feature, function, BATTERY_INDEX, 0, 0]))
         elif feature == BATTERY_INDEX and function >> 4 == 0:
-            self._reply(bytes([hidpp.LONG, device, feature, function, 50, 40, 0]))  # half full, discharging
+            self._reply(bytes([hidpp.LONG, device, feature, function, 50, 40, 0]))  # 50 %, discharging
         elif feature == BATTERY_INDEX and function >> 4 == 1:
-            self._reply(bytes([hidpp.LONG, device, feature, function, 4, 0]))  # four levels
+            self._reply(bytes([hidpp.LONG, device, feature, function, 4, 0]))  # the number of battery levels: four
         else:
             super()._answer(question)
 

@@ -1,4 +1,4 @@
-"""What a scenario of the bare machine works with: the program, the flag and devices. Each scenario starts clean."""
+"""The environment of a scenario of the bare machine: starts the program, udevd and the session bus, checks the flag."""
 
 import os
 import pathlib
@@ -14,16 +14,15 @@ from ports import Ports
 from waiting import check, now, stay_until, wait_for
 
 UDEVD = "/usr/lib/systemd/systemd-udevd"
-# udev's own rules for HID and input devices. The host's other rules would slow the machine down, and make it different
-# on each host.
+# The udev rules that stay. The host's other rules would slow the machine down, and differ between hosts.
 RULES = ["50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad"]
 RULES_FOLDERS = ["/usr/lib/udev/rules.d", "/etc/udev/rules.d"]
 BUS_ADDRESS = "unix:path=/run/kovra/bus"
 
-# The flag changes to "off" no earlier than this many seconds after the kernel's removal of the device.
+# The time in seconds from the removal of a device in the kernel to the write "off" is at least GRACE.
 GRACE = 2.0
-# The flag changes no later than this many seconds after udevd passed the event on. In an emulated machine on a busy
-# host, udevd alone may take a second, which is not the program's fault.
+# The limits in seconds from udevd's event to the write. They do not start at the kernel's event, since udevd may need a
+# second in an emulated machine on a busy host.
 LATEST_OFF = 2.5
 LATEST_ON = 1.0
 
@@ -48,8 +47,6 @@ class World(Ports):
         self._bus = None
         self.programs = []
 
-    # Before and after each scenario
-
     def prepare(self):
         shutil.rmtree(program.HOME, ignore_errors=True)
         program.HOME.mkdir(parents=True)
@@ -65,10 +62,8 @@ class World(Ports):
         self.programs = []
         self.unplug_all()
 
-    # The program
-
     def start(self, language="en_US.UTF-8", wait=True, bus=None, display=None, **choices):
-        """Starts the program with these choices stored; returns it, with `wait` after its first write."""
+        """Writes the preferences and starts the program. With `wait`, waits until the program has written the flag."""
         program.write_preferences(**choices)
         since = now()
         started = program.Program(self.binary, language, bus or self.session_bus(), display)
@@ -89,8 +84,6 @@ class World(Ports):
     def last_words(self):
         return "\n".join(running.last_words() for running in self.programs)
 
-    # udev
-
     def start_udevd(self):
         if self._udevd is None:
             self._udevd = subprocess.Popen([UDEVD], stdin=subprocess.DEVNULL)
@@ -110,8 +103,6 @@ class World(Ports):
     def resume_udevd(self):
         self._udevd.send_signal(signal.SIGCONT)
 
-    # Expectations that many scenarios share
-
     def expect_on(self, device):
         write = self.flag.wait_write("on", device.added)
         late = write.time - self.announced.wait("add", device.node)
@@ -119,7 +110,7 @@ class World(Ports):
         return write.time - device.added
 
     def expect_off_after_grace(self, device):
-        """Expects one write, "off", no earlier than 2.0 s after the kernel removed the device."""
+        """Expects one write, "off", neither before GRACE nor after LATEST_OFF. Returns the delay in seconds."""
         before = self.flag.contents()
         check(before[-1] == "on", f"the flag was no longer on right after the removal: {before}")
         write = self.flag.wait_write("off", device.removed)
@@ -131,7 +122,7 @@ class World(Ports):
         return delay
 
     def expect_quiet_until(self, moment):
-        """Expects no write until this time."""
+        """Expects that the flag is not written until this time."""
         before = len(self.flag.writes)
         stay_until(moment)
         check(len(self.flag.writes) == before, f"there was a write: {self.flag.contents()}")

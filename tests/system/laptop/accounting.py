@@ -1,4 +1,4 @@
-"""The kernel's process accounting: which programs have ended, and as whom."""
+"""Reads the kernel's process accounting, which records the UID of each process that ends."""
 
 import contextlib
 import ctypes
@@ -7,13 +7,13 @@ import pathlib
 import struct
 
 FILE = pathlib.Path("/run/kovra-accounting")
-# acct(5), version 3.
+# The format of a record: struct acct_v3 in acct(5).
 RECORD = struct.Struct("<BBH7I8H16s")
 
 
 @contextlib.contextmanager
 def users_of(program):
-    """Yields a function that returns the users of all processes of this program that have ended since then."""
+    """Yields a function that returns the UIDs of all processes of this program that have ended in the `with` block."""
     libc = ctypes.CDLL(None, use_errno=True)
     FILE.write_bytes(b"")
 

@@ -1,4 +1,4 @@
-"""The installed application in a person's session."""
+"""The installed application, started in the session of a user account."""
 
 import os
 import pathlib
@@ -41,7 +41,7 @@ class Application:
         check(self.is_running(), f"the application has ended: {self._output()[-300:]}")
 
     def wait_refused(self, word):
-        """Waits until the application tried to write this word into the flag and was refused."""
+        """Waits until the application has logged that it could not write this word into the flag."""
         wait_for(lambda: f"не удалось записать флаг ({word})" in self._output(),
                  f'"{word}" to be refused to the application')
         self.expect_running()

@@ -1,4 +1,4 @@
-"""A scenario of a malicious person: nobody but Anna decides when her touchpad is muted."""
+"""A scenario in which another user account forges signals of the login manager."""
 
 import pathlib
 

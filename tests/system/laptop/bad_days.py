@@ -1,4 +1,4 @@
-"""Scenarios of bad days: what BLE-kovra depends on fails or is restarted. The touchpad works whenever it should."""
+"""Scenarios in which something that BLE-kovra depends on fails or is restarted, such as the system bus or the disk."""
 
 import contextlib
 import itertools
@@ -19,7 +19,7 @@ RECORDS = pathlib.Path("/run/ble-kovra-helper")
 
 
 def kill_for_memory(process):
-    """Makes the kernel kill this process as if memory had run out."""
+    """Makes the kernel's OOM killer kill this process."""
     pathlib.Path(f"/proc/{process}/oom_score_adj").write_text("1000")
     pathlib.Path("/proc/sysrq-trigger").write_text("f")
     killed = f"Killed process {process} "
@@ -58,12 +58,13 @@ def helper_out_of_memory(laptop):
 
 
 def expect_all_to_work(laptop, application, mouse, pad):
-    """Expects that the pad, which Anna has muted, still follows the people, the application and the mouse."""
+    """Expects that the muted pad is unmuted when Boris becomes active, the mouse is unplugged, or the application is
+    killed."""
     application.expect_running()
     laptop.expect_dead(pad)
     since = now()
     laptop.log_in(BORIS).activate()
-    # A login manager that has just started takes its time to switch.
+    # The limit counts from here, since a restarted login manager may need a while to activate the session.
     laptop.expect_back_at_once(since, pad, cause=now())
     laptop.log_in(ANNA).activate()
     laptop.expect_dead(pad)
@@ -139,7 +140,7 @@ def purged_and_installed_again(laptop):
 
 @contextlib.contextmanager
 def disk_of_its_own(laptop):
-    """Stops the helper, and puts the flag's folder on a small file system of its own. Restores both in the end."""
+    """Stops the helper and mounts a tmpfs of 64 KiB over the parent of the flag's folder. Reverts both in the end."""
     laptop.install()
     run("systemctl", "stop", HELPER)
     mount = ["mount", "-t", "tmpfs", "-o", "mode=0755,size=64k,nr_inodes=30", "none", str(FLAGS_FOLDER.parent)]
@@ -154,7 +155,7 @@ def disk_of_its_own(laptop):
 
 
 def fill(folder):
-    """Leaves no room for another byte or another file."""
+    """Fills the file system of this folder, until there is room for no further byte and no further file."""
     folder.mkdir()
     for content in [b"x" * 4096, b""]:
         with contextlib.suppress(OSError):
@@ -198,7 +199,8 @@ def read_only_at_boot(laptop):
         laptop.expect_alive_until(now() + 3, one)
         application.expect_running()
         remount("rw")
-        # systemd has given the helper a mount of its own, which stays read-only.
+        # systemd has mounted the folder separately for the helper. That mount stays read-only until the helper is
+        # restarted.
         run("systemctl", "restart", HELPER)
         laptop.expect_dead(one)
         since = now()
@@ -256,7 +258,7 @@ def installed_behind_a_link(laptop):
     library.symlink_to(elsewhere)
     try:
         output = laptop.reinstall()
-        # The helper ends after half a minute, and is then started again.
+        # A helper that cannot start ends after half a minute, and systemd restarts it. NRestarts counts that.
         restarts = run("systemctl", "show", "-P", "NRestarts", HELPER).strip()
         check("ble-kovra-helper cannot start: the flag's folder cannot be trusted: /Library" in output,
               f"the installation prints {output[-1500:]}")

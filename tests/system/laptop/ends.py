@@ -1,4 +1,4 @@
-"""Scenarios of processes that end or fail while a touchpad is muted. The touchpad must never stay muted."""
+"""Scenarios in which the helper or the application ends or is stopped, or /run is full."""
 
 import contextlib
 import itertools
@@ -99,7 +99,7 @@ def stopped_in_grace(laptop):
 
 @contextlib.contextmanager
 def full_run(what):
-    """Fills /run, so that meanwhile there is no room for another page ("size") or another file ("nr_inodes")."""
+    """Fills /run within the `with` block: with bytes if `what` is "size", with files if it is "nr_inodes"."""
     def limit(value):
         subprocess.run(["/bin/busybox", "mount", "-o", f"remount,{what}={value}", "/run"], check=True)
 
@@ -128,7 +128,7 @@ def no_room_for_records(laptop):
     laptop.settle()
     anna, refusal = laptop.log_in(ANNA), f"{one.inputs[0].number} is not muted, since it cannot be recorded"
     with full_run("nr_inodes"):
-        # Anna writes at once, before a file in /run is removed and makes room.
+        # Write the flag at once, before some process removes a file in /run and so makes room for a record.
         check(anna.succeeds(f"printf on >'{FLAG}'"), "Anna cannot write her flag")
         wait_for(lambda: refusal in run("journalctl", "-u", HELPER, "-o", "cat", "--no-pager"),
                  "the helper to have tried")

@@ -1,4 +1,4 @@
-"""The machine's first process until it becomes systemd: keeps the host's files that a laptop needs, and adds users."""
+"""Prepares the laptop as PID 1: hides most units and udev rules of the host, adds user accounts, executes systemd."""
 
 import os
 import pathlib
@@ -13,7 +13,7 @@ SYSTEMD = "/usr/lib/systemd/systemd"
 UNITS = pathlib.Path("/usr/lib/systemd/system")
 OWN_UNITS = pathlib.Path("/etc/systemd/system")
 
-# The host's other units would slow the machine down, and make it different on each host.
+# The units that stay. The host's other units would slow the machine down, and differ between hosts.
 KEPT_UNITS = """
     sysinit.target basic.target sockets.target paths.target timers.target slices.target local-fs.target
     local-fs-pre.target swap.target
@@ -30,7 +30,7 @@ RULES = pathlib.Path("/usr/lib/udev/rules.d")
 KEPT_RULES = [f"{name}.rules" for name in [
     "50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad", "70-uaccess",
     "71-seat", "73-seat-late", "99-systemd"]]
-# The machine does not need the host's contents of these folders.
+# The machine does not need the host's files in these folders.
 EMPTIED = ["/etc/systemd/system", "/etc/udev/rules.d", "/usr/lib/systemd/system-generators",
            "/usr/lib/systemd/user-generators", "/usr/lib/environment.d", "/etc/xdg/systemd/user",
            "/etc/polkit-1/rules.d", "/usr/lib/modules-load.d", "/var/log"]
@@ -56,8 +56,7 @@ TTYPath=/dev/console
 KillMode=process
 """
 
-# The unit in place of the host's user@.service. Of all that the host's unit starts, programs look only for the session
-# bus.
+# Replaces the host's user@.service. The application needs only the session bus from it.
 USER_SERVICE = """[Unit]
 Description=The buses of the user %i
 After=user-runtime-dir@%i.service dbus.service
@@ -71,7 +70,7 @@ Slice=user-%i.slice
 
 
 def keep(folder, names):
-    """Removes everything from this folder except these entries."""
+    """Mounts a tmpfs over the folder, and copies these entries of the folder into it."""
     contents = {}
     for name in names:
         for path in [folder / name, *(folder / name).glob("*")]:
@@ -101,7 +100,7 @@ def write_units():
 
 
 def write_people():
-    """Adds the people of this machine, who log in without a password."""
+    """Adds the user accounts of the laptop, which log in without a password."""
     with open("/etc/passwd", "a", encoding="utf-8") as passwd, open("/etc/group", "a", encoding="utf-8") as group:
         for user in EVERYBODY:
             passwd.write(f"{user.name}:x:{user.uid}:{user.uid}::{user.home}:/bin/sh\n")
@@ -110,7 +109,7 @@ def write_people():
             os.chown(user.home, user.uid, user.uid)
     pathlib.Path("/etc/pam.d/kovra-seat").write_text(
         "auth required pam_permit.so\naccount required pam_permit.so\nsession required pam_systemd.so\n")
-    # The system's own PAM file for user managers may refuse these people, who have no password.
+    # The host's PAM file for user@.service may refuse accounts without a password.
     pathlib.Path("/etc/pam.d/systemd-user").write_text(
         "account required pam_permit.so\nsession required pam_systemd.so\n")
 
@@ -125,8 +124,8 @@ def main():
     keep(RULES, KEPT_RULES)
     write_units()
     write_people()
-    # A host that is a container may have these files. The first one would tell systemd so, and the second one would
-    # keep packages from starting services.
+    # A host that is a container may have these files. With the first, systemd would assume that it runs in a container.
+    # The second would prevent packages from starting services.
     for mark in ["/.dockerenv", "/usr/sbin/policy-rc.d"]:
         pathlib.Path(mark).unlink(missing_ok=True)
     pathlib.Path("/etc/machine-id").write_text("6b6f7672616b6f7672616b6f7672616b\n")

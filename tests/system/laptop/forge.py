@@ -1,9 +1,9 @@
-"""Sends forged signals of the login manager to every client of the system bus, as any local account may.
+"""Sends forged signals of the login manager to every client of the system bus, as any local user account may.
 
     forge.py SESSION TIMES
 
-Each client receives three signals, TIMES times each: the session has ended, the session has become active, and the
-machine has woken from sleep.
+The signals say that the session has ended, that it has become active, and that the machine has woken from sleep. Each
+client receives each signal TIMES times.
 """
 
 import ctypes
@@ -23,7 +23,6 @@ def call(function, *arguments):
 
 
 def clients(bus):
-    """Returns the unique names of all clients."""
     answer, names = ctypes.c_void_p(), ctypes.POINTER(ctypes.c_char_p)()
     call("sd_bus_call_method", bus, BUS, BUS_PATH, BUS, b"ListNames", None, ctypes.byref(answer), b"")
     call("sd_bus_message_read_strv", answer, ctypes.byref(names))

@@ -1,4 +1,4 @@
-"""Checks what the other scenarios rely on: the machine behaves like a laptop."""
+"""Scenarios that check the virtual laptop itself: systemd, the consoles and the touchpads."""
 
 import os
 import subprocess

@@ -1,4 +1,4 @@
-"""Scenarios of services that hang or crash again and again, and of a script that has the application's name."""
+"""Scenarios in which the helper or the login manager hangs, the helper crashes, or a script is named ble-kovra."""
 
 import os
 import signal
@@ -9,7 +9,7 @@ from people import ANNA, BORIS
 from running import scenario
 from waiting import check, now, wait_for
 
-# The time until the watchdog ends the helper, and for the command that then unmutes the touchpads.
+# The limit in seconds until the watchdog has killed the helper and ExecStopPost has unmuted the pads.
 LONGEST_HANG = 10.0
 
 

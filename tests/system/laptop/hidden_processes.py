@@ -1,4 +1,4 @@
-"""A scenario of an administrator who hides the processes of each user from all others."""
+"""A scenario in which /proc is mounted with hidepid=2, so that users see only their own processes."""
 
 import contextlib
 

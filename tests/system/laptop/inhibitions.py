@@ -1,4 +1,4 @@
-"""The times at which the kernel received writes that inhibit an input device or release it."""
+"""Records with a kprobe when the attribute "inhibited" of an input device is written."""
 
 import collections
 import os
@@ -9,7 +9,7 @@ import threading
 from waiting import Failed, notify, wait_for
 
 TRACING = pathlib.Path("/sys/kernel/tracing")
-# A separate trace instance; the main one records the times of plugging.
+# A separate trace instance, since uevents.py reads the main one.
 OWN = TRACING / "instances" / "inhibitions"
 PROBE = b"p:kovra/inhibit inhibited_store device=+0(+0(%di)):string text=+0(%dx):u8\n"
 NOTED = re.compile(r' (\d+\.\d+): inhibit: .* device="(input\d+)" text=(\d+)')
@@ -20,7 +20,8 @@ Inhibition = collections.namedtuple("Inhibition", "time device on")
 class Inhibitions:
     def __init__(self):
         self._noted = []
-        # Append to the existing probes. This file does not support seeking, so Python's open() cannot append to it.
+        # Append, to keep the kprobe of uevents.py. Python's open() cannot append, since this file does not support
+        # seeking.
         probes = os.open(TRACING / "kprobe_events", os.O_WRONLY | os.O_APPEND)
         os.write(probes, PROBE)
         os.close(probes)
@@ -30,7 +31,7 @@ class Inhibitions:
         threading.Thread(target=self._read, daemon=True).start()
 
     def wait(self, device, on, since=0.0, limit=90.0):
-        """Returns the time of the first write of this value to the device's attribute at or after `since`."""
+        """Waits for a write of this value to the device's attribute at or after `since`, and returns its time."""
         try:
             return wait_for(lambda: self.find(device, on, since), "the write", limit)
         except Failed as failed:
@@ -44,7 +45,7 @@ class Inhibitions:
                      if note.time >= since and note.device == device.number and note.on == on), None)
 
     def last(self, device):
-        """Returns the time of the last write to the attribute of this device; None if there was none."""
+        """Returns the time of the last write to the attribute of the device, or None."""
         return next((note.time for note in reversed(list(self._noted)) if note.device == device.number), None)
 
     def _read(self):

@@ -1,4 +1,4 @@
-"""Scenarios of the installed packages: the helper's unit, the listing tool, the manager."""
+"""Scenarios of the installed packages: the helper's unit, the tool that lists the driver, the driver's manager."""
 
 import pathlib
 import re
@@ -59,7 +59,7 @@ def manager(laptop):
     check("no polkit agent" in output, f"without an agent that asks for a password, the manager prints {output!r}")
     check(listed() == "[activated waiting for user]", f"listed as {listed()}")
 
-    # An administrator's rule replaces the password.
+    # This polkit rule permits Anna to activate the helper without a password.
     RULE.parent.mkdir(parents=True, exist_ok=True)
     RULE.write_text(PERMISSION)
     run("systemctl", "restart", "polkit.service")

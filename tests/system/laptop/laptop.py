@@ -1,4 +1,4 @@
-"""What a scenario works with on the laptop: people, pads, mice and the installed packages."""
+"""The environment of a scenario of the laptop: sessions, touchpads, mice and the installed packages."""
 
 import os
 import pathlib
@@ -15,24 +15,24 @@ from sessions import Session
 from touchpad import Pad, Touchpad
 from waiting import check, now, stay_until, wait_for
 
-# The console and the class of each person's session.
+# The virtual console and the session class of each user account.
 PLACES = {ANNA: ("tty2", "user"), BORIS: ("tty3", "user"), GREETER: ("tty4", "greeter")}
 HELPER = "ble-kovra-helper.service"
-# This folder exists while the helper runs.
+# The control group of the helper's unit. It exists while the helper runs.
 HELPER_PROCESSES = pathlib.Path("/sys/fs/cgroup/system.slice", HELPER)
 FLAG = "/Library/Application Support/ble-kovra/state"
 MOUSE, CHOSEN = "Kovra Mouse", ["Kovra Mouse#4660:22136"]
 
-# The pads are unmuted no earlier than GRACE after the kernel removed the mouse, and no later than LATEST_BACK after
-# udevd reported the removal. Both are in seconds.
+# Limits in seconds. The pads are unmuted at least GRACE after the kernel removed the mouse, and at most LATEST_BACK
+# after udevd announced the removal.
 GRACE, LATEST_BACK = 2.0, 2.6
-# The pads are muted or unmuted within this time where nothing is waited for: one second, and half a second more because
-# the machine is emulated.
+# The limit in seconds for muting and unmuting without a grace period. One second is promised; the rest is for the
+# emulated machine.
 AT_ONCE = 1.5
 
 
 def run(*command):
-    """Returns the output of a command. If the command fails, the scenario fails."""
+    """Runs a command and returns its output, with that to stderr. The scenario fails if the command fails."""
     done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                           text=True)
     check(done.returncode == 0, f"{' '.join(command)} ends with {done.returncode}: {done.stdout[-1000:]}")
@@ -56,8 +56,6 @@ class Laptop(Ports):
         host_packages.keep_named(packages)
         self._sessions, self._applications = {}, []
 
-    # Before and after each scenario
-
     def prepare(self):
         self.events.forget()
         self.log_in(ANNA).activate()
@@ -69,8 +67,7 @@ class Laptop(Ports):
             if person in self._sessions:
                 self._sessions.pop(person).log_out()
         self._applications = []
-        # A killed application leaves its word in the flag. Without this, the word would count again until the next
-        # application's first write.
+        # A killed application may leave "on" in the flag, which would mute the pads when the next application starts.
         if os.path.exists(FLAG):
             os.truncate(FLAG, 0)
         self.unplug_all()
@@ -78,18 +75,14 @@ class Laptop(Ports):
     def last_words(self):
         return run("journalctl", "--no-pager", "-n", "80", "-o", "short-monotonic")
 
-    # People
-
     def log_in(self, person):
-        """Returns the person's session at the machine, and opens it if necessary."""
+        """Returns the local session of this user account. Opens it if necessary."""
         if person not in self._sessions or not self._sessions[person].is_open():
             self._sessions[person] = Session(person, *PLACES[person])
         return self._sessions[person]
 
-    # The packages
-
     def install(self):
-        """Installs the packages unless they are installed. If they are, starts the helper unless it is running."""
+        """Installs the packages if they are not installed. Otherwise starts the helper if it is not running."""
         if not self._is_installed:
             self.reinstall()
         elif not HELPER_PROCESSES.exists():
@@ -100,22 +93,25 @@ class Laptop(Ports):
         self._is_installed = False
 
     def reinstall(self):
-        """Installs the packages, also over installed ones; returns what dpkg prints."""
+        """Installs the packages, even if they are installed. Returns the output of dpkg."""
         output = run("dpkg", "--force-unsafe-io", "-i", *self._packages)
         self._is_installed = True
         return output
 
     def install_helper_of_root(self):
-        """Installs the helper's package as it was when the helper ran as root, on a system that had none before.
+        """Installs the older version of the helper's package, whose helper runs as root, without traces of the current
+        one.
 
-        No pad should be plugged in yet: today's package may have given its helper the right to write that pad."""
+        Call it before a pad is plugged in. The current version may already have granted its helper the right to mute
+        the pad.
+        """
         self.install()
         run("dpkg", "-P", "ble-kovra-helper")
         subprocess.run(["userdel", "_ble-kovra-helper"], stderr=subprocess.DEVNULL, check=False)
         self.downgrade_helper()
 
     def downgrade_helper(self):
-        """Replaces the helper's package by the one from the time when the helper ran as root."""
+        """Replaces the helper's package by the older version, whose helper runs as root."""
         run("dpkg", "--force-unsafe-io", "-i", older.helper_of_root(self._helper_package()))
         run("udevadm", "control", "--reload")
 
@@ -133,15 +129,13 @@ class Laptop(Ports):
         return started
 
     def start_and_wait_for_write(self):
-        """Starts Anna's application while she is at the machine; returns it after its first write."""
+        """Waits until Anna may write the flag, then starts her application and waits until it has written the flag."""
         self.install()
         wait_for(lambda: may_write_flag(self.log_in(ANNA)), "the flag to be Anna's")
         before = os.stat(FLAG).st_mtime_ns
         started = self.start()
         wait_for(lambda: os.stat(FLAG).st_mtime_ns != before, "the application's first write")
         return started
-
-    # Touchpads and mice
 
     def plug_mouse(self):
         return self.plug(MOUSE)
@@ -156,31 +150,29 @@ class Laptop(Ports):
         pads[0].node, pads[0].unplug = device.node, device.unplug
         return pads[0]
 
-    # Expectations
-
     def expect_alive(self, *pads):
-        """Expects that no pad is inhibited and that a stroke on each delivers events."""
+        """Expects that no pad is inhibited, and that each delivers events when it is used."""
         for pad in pads:
             wait_for(lambda: not any(pad.inhibited), f"the pad to be unmuted: {pad.inhibited}")
             came = pad.use()
             check(all(came), f"events from the pad's input devices: {came}")
 
     def expect_dead(self, *pads):
-        """Expects that all input devices of the pads are inhibited, and that no node delivers a byte."""
+        """Expects that all input devices of the pads are inhibited, and that none delivers events."""
         for pad in pads:
             wait_for(lambda: all(pad.inhibited), f"the pad to be inhibited: {pad.inhibited}")
             came = pad.use()
             check(not any(came), f"events from the pad's input devices: {came}")
 
     def mute(self, *pads):
-        """Starts Anna's application and plugs in her mouse; returns both when the pads are dead."""
+        """Starts Anna's application, plugs in the chosen mouse, and waits until the pads are muted."""
         application = self.start()
         mouse = self.plug_mouse()
         self.expect_dead(*pads)
         return application, mouse
 
     def expect_back_after_grace(self, mouse, *pads):
-        """Expects that the pads are unmuted at the end of the grace period that begins with the mouse's removal."""
+        """Expects that the pads are unmuted at the end of the grace period after the mouse's removal."""
         announced = self.announced.wait("remove", mouse.node)
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, mouse.removed)
@@ -190,7 +182,7 @@ class Laptop(Ports):
         return f"back after {back - mouse.removed:.2f} s"
 
     def expect_back_at_once(self, since, *pads, cause=None):
-        """Expects that the pads are unmuted after `since`, and shortly after the cause, if it came later."""
+        """Expects that the pads are unmuted after `since`, and at most AT_ONCE after `cause`, by default `since`."""
         for device in [device for pad in pads for device in pad.inputs]:
             back = self.inhibitions.wait(device, False, since)
             late = max(0.0, back - (cause or since))
@@ -203,8 +195,7 @@ class Laptop(Ports):
         self.expect_dead(*pads)
 
     def expect_alive_until(self, moment, *pads):
-        """Expects that the pads are alive at this moment, and that none of them is inhibited before, not even
-        briefly."""
+        """Expects that no pad is inhibited until this time, not even briefly, and that the pads then deliver events."""
         since = now()
         stay_until(moment)
         for device in [device for pad in pads for device in pad.inputs]:

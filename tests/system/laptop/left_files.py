@@ -1,4 +1,4 @@
-"""Scenarios of the files that users have left: nobody takes room on the disk through a flag that is not theirs."""
+"""A scenario in which Anna fills the disk through a descriptor of her flag while Boris's session is active."""
 
 import os
 
@@ -8,9 +8,10 @@ from running import scenario
 from waiting import check, wait_for
 
 TAKEN = 150 << 20
-# The helper truncates a file after a quarter of a second at most. The rest is for the emulated machine.
+# The limit in seconds for the disk to be free again. The helper truncates a left file after at most 0.25 s; the rest is
+# for the emulated machine.
 LATE = 1.0
-# Allocates room through a descriptor, and prints how long that room stayed taken: at most ten seconds.
+# Allocates TAKEN bytes through a descriptor. Prints the seconds until the file is truncated, at most ten.
 FILL = f"""import os, sys, time
 file = int(sys.argv[1])
 os.posix_fallocate(file, 0, {TAKEN})

@@ -1,8 +1,8 @@
-"""Logs a person in, as login and sshd do: opens a PAM session and runs the person's shell in it.
+"""Opens a PAM session for a user account, as login and sshd do, and runs a shell in it.
 
-    login.py USER tty2           at the machine, on the second console
-    login.py USER tty2 greeter   the login screen
-    login.py USER HOST           remotely
+    login.py USER tty2           a local session on the second console
+    login.py USER tty2 greeter   a session of the login screen
+    login.py USER HOST           a remote session
 """
 
 import ctypes

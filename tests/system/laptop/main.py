@@ -1,4 +1,4 @@
-"""The service that carries out the host's task on the laptop and then switches the machine off."""
+"""The program of kovra-scenarios.service: carries out the host's task, and then switches the machine off."""
 
 import pathlib
 import sys

@@ -1,4 +1,4 @@
-"""Scenarios of the whole main job: a mouse is plugged, and the touchpad delivers no more events."""
+"""Scenarios in which a chosen mouse is plugged in and the touchpads stop delivering events."""
 
 import pathlib
 import time

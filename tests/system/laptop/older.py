@@ -1,7 +1,7 @@
-"""The helper's package as it was when the helper ran as root.
+"""Builds an older version of the helper's package, in which the helper runs as root.
 
-The package is made of today's: with the unit and the tmpfiles.d of that version, and without what came later. That is
-the user, udev's rule and the part of postinst for them. The program is today's. As root it does what it did then.
+The package is the current one with the older unit and tmpfiles.d file. It lacks the user account, the udev rule, and
+the part of postinst for them. The program is the current one.
 """
 
 import pathlib
@@ -15,7 +15,7 @@ PLACE = pathlib.Path("/run/kovra-older")
 
 
 def helper_of_root(package):
-    """Returns the path of the older package, which is made of today's `package` at the first call."""
+    """Returns the path of the older package. The first call builds it from `package`, the current one."""
     result = PLACE.with_suffix(".deb")
     if result.exists():
         return str(result)

@@ -1,4 +1,4 @@
-"""Scenarios of upgrading and removing packages while a touchpad is muted."""
+"""Scenarios in which the packages are reinstalled or purged while a touchpad is muted."""
 
 import os
 import pathlib
@@ -7,7 +7,7 @@ from laptop import flag
 from running import scenario
 from waiting import check
 
-# The places where the packages, and what they start, leave files. After a purge none of these files may remain.
+# The files that the packages and their programs create. A purge must remove all of them.
 TRACES = ["Library", "Applications", "run/ble-kovra-helper", "usr/bin/ble-kovra", "usr/libexec/ble-kovra*",
           "usr/bin/systemextensionsctl", "usr/lib/systemd/system/ble-kovra*", "etc/systemd/system/*/ble-kovra*",
           "usr/lib/tmpfiles.d/ble-kovra*", "usr/lib/sysusers.d/ble-kovra*", "usr/lib/udev/rules.d/*ble-kovra*",

@@ -1,4 +1,4 @@
-"""All scenarios of the laptop: what the application, its helper and the packages promise together."""
+"""Runs the scenarios of the laptop, in the order of the imports."""
 
 import ground
 import installed
@@ -13,7 +13,7 @@ import versions
 import hidden_processes
 import hanging
 import bad_days
-# This one is last, since it removes the packages.
+# Last, since its scenarios purge the packages.
 import removal
 from laptop import Laptop
 from running import run_all

@@ -1,4 +1,4 @@
-"""Sessions of the real login manager: local ones, each on a virtual console, and remote ones."""
+"""Opens sessions of systemd-logind: local ones on virtual consoles, and remote ones."""
 
 import fcntl
 import os
@@ -25,7 +25,7 @@ def active():
 
 
 class Session:
-    """One login of a person, with a shell in which lines are run."""
+    """A login session of a user account, with a shell that executes lines."""
 
     def __init__(self, person, place, kind="user"):
         self.person = person
@@ -36,7 +36,7 @@ class Session:
         wait_for(lambda: self.state() in ["online", "active"], f"{person.name}'s session")
 
     def run(self, line):
-        """Runs a line in the person's shell; returns the one line that it prints."""
+        """Executes a line in the shell and returns the first line of its output. The scenario fails if it is empty."""
         self._shell.stdin.write(line + "\n")
         answer = self._shell.stdout.readline().strip()
         if not answer:
@@ -47,16 +47,16 @@ class Session:
         return self.run(f"if {line}; then echo yes; else echo no; fi") == "yes"
 
     def state(self):
-        """Returns the state from the login manager; None after the session has ended."""
+        """Returns the state of the session from the login manager, or None if the session has ended."""
         return fields(SESSIONS / self.number).get("STATE")
 
     def activate(self):
-        """Switches to the session's console, as its keyboard shortcut does; waits until the session is active."""
+        """Switches to the console of the session, and waits until the login manager has activated the session."""
         self.show_console()
         wait_for(self.is_active, f"{self.person.name}'s session to become active")
 
     def show_console(self):
-        """Switches to the session's console without waiting for the login manager."""
+        """Switches to the console of the session, without waiting for the login manager."""
         console = os.open("/dev/tty0", os.O_WRONLY | os.O_NOCTTY)
         fcntl.ioctl(console, VT_ACTIVATE, self._console)
         os.close(console)

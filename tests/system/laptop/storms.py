@@ -1,4 +1,4 @@
-"""Scenarios of people who cause events as fast as they can: the helper hardly works for it, and is right afterwards."""
+"""Scenarios in which a user causes events as fast as possible. The helper must not wake up for each of them."""
 
 import os
 import pathlib
@@ -11,15 +11,15 @@ from sessions import Session
 from waiting import check, now, stay_until, wait_for
 
 SECONDS = 5
-# How often the helper may wake up in a second of a storm: twenty times to look, once more after each pause, and a few
-# times more. The processor time of an emulated machine on a busy host says little, so it is only reported.
+# The limit of the helper's wake-ups per second: 20 for reading the flag, 20 for the ends of its pauses, and 5 more. CPU
+# time has no limit, since it says little in an emulated machine on a busy host.
 MOST_WAKE_UPS = 45
-# How late the helper may be when the storm is over. At most 50 ms of the delay are the helper's pause; the rest is for
-# the emulated machine.
+# The limit in seconds from the last write of the flag until the pad is muted. The helper pauses for at most 50 ms; the
+# rest is for the emulated machine.
 LATE = 0.5
 SHARED = pathlib.Path("/shared")
-# Repeats a line of Python for some seconds, and runs a last one. Prints how often the first one ran, and the time at
-# the end.
+# Executes one line of Python repeatedly for some seconds, and then another line once. Prints the number of repetitions
+# and the time at the end.
 STORM = """import os, time
 end, count = time.monotonic() + {seconds}, 0
 while time.monotonic() < end:
@@ -31,7 +31,7 @@ print(count, time.monotonic())
 
 
 def storm(session, line, last=""):
-    """Returns how often the line was executed in the person's session, and when that was over."""
+    """Runs STORM in the session. Returns the number of repetitions and the time at the end, in seconds."""
     script = session.person.home / "storm.py"
     script.write_text(STORM.format(seconds=SECONDS, line=line, last=last), encoding="utf-8")
     count, end = session.run(f"/usr/bin/python3 -B {script}").split()
@@ -40,13 +40,13 @@ def storm(session, line, last=""):
 
 
 def write_flag(word):
-    """Returns a line of Python that writes this word into the flag, as the application does."""
+    """Returns a line of Python that writes `word`, a Python expression, into the flag as the application does."""
     return f"file = os.open({FLAG!r}, os.O_WRONLY); os.pwrite(file, {word}, 0); os.ftruncate(file, len({word})); " \
            "os.close(file)"
 
 
 class Effort:
-    """The processor time and the wake-ups of the helper so far."""
+    """The CPU time in seconds and the voluntary context switches of the helper so far."""
 
     def __init__(self):
         folder = pathlib.Path("/proc", run("systemctl", "show", "-P", "MainPID", HELPER).strip())
@@ -67,8 +67,7 @@ def expect_little_work(before, what):
 def neighbor_touched(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
-    # In this machine /tmp is a file system of its own, so that its changes cause no event of "/". This folder is on the
-    # same file system as "/".
+    # A watch of "/" reports a change of this folder. It reports no change of /tmp, since /tmp is a mount point.
     SHARED.mkdir()
     SHARED.chmod(0o1777)
     laptop.settle()
@@ -84,7 +83,7 @@ def neighbor_touched(laptop):
 
 
 def flag_storm(laptop, *pads):
-    """Anna writes "on" and "off" in turn, and at last "on"."""
+    """Makes Anna's session write "on" and "off" in turn, and "on" at the end."""
     anna = laptop.log_in(ANNA)
     wait_for(lambda: may_write_flag(anna), "the flag to be Anna's")
     laptop.settle()

@@ -1,4 +1,4 @@
-"""Scenarios of several people: only the person at the machine decides."""
+"""Scenarios with several user accounts: only the one whose session is active can mute the pad."""
 
 from laptop import AT_ONCE, FLAG, flag, may_write_flag
 from people import ANNA, BORIS, GREETER
@@ -8,7 +8,7 @@ from waiting import check, now, stay_until, wait_for
 
 
 def switch_there_and_back(laptop, other, pad):
-    """Expects that the pad, which Anna has muted, is unmuted while the other session is active."""
+    """Expects that Anna's muted pad is unmuted while the other session is active, and muted again afterwards."""
     since = now()
     other.activate()
     measured = laptop.expect_back_at_once(since, pad)
@@ -40,7 +40,7 @@ def logout(laptop):
     anna = laptop.log_in(ANNA)
     since = now()
     anna.log_out()
-    # Closing a session takes time; the delay counts from the moment when the login manager knows of it.
+    # Closing a session takes time, so the limit counts from the change of the session's state.
     wait_for(lambda: anna.state() not in ["online", "active"], "the session to close")
     return laptop.expect_back_at_once(since, one, cause=now())
 
@@ -58,12 +58,12 @@ def unplugged_meanwhile(laptop):
     anna = laptop.log_in(ANNA)
     since = now()
     anna.activate()
-    # Before that, the file in place belongs to Boris and contains "off", too.
+    # Wait for Anna's file first. Boris's file, which is still in place, contains "off" as well.
     wait_for(lambda: may_write_flag(anna), "the flag to be Anna's again")
     wait_for(lambda: flag() == "off", "Anna's flag to be off")
     took = now() - since
     check(took <= AT_ONCE, f"her flag was off only after {took:.2f} s")
-    # For a moment, the previous content of her own flag may have muted the pad again.
+    # Anna's file contains "on" at first, which may mute the pad for a moment.
     stay_until(since + AT_ONCE)
     check(not any(one.inhibited), f"{AT_ONCE} s after her return the pad is dead")
     laptop.expect_alive_until(now() + AT_ONCE, one)
@@ -102,7 +102,7 @@ def others(laptop):
         theirs.wait_refused("on")
         laptop.expect_alive_until(now() + AT_ONCE, one)
         theirs.expect_running()
-        # There may be only one instance per user, wherever it was started.
+        # Boris may run only one instance, so it must end before the next one is started.
         theirs.kill()
     check(boris.succeeds("printf on >&9"), "Boris cannot write to the file that he has kept open")
     laptop.expect_alive_until(now() + AT_ONCE, one)

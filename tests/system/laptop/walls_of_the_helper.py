@@ -1,4 +1,4 @@
-"""Scenarios of the user that the helper runs as: what the user can reach, and how it gets its rights."""
+"""Scenarios of the helper's user account: what it can access, how it gets its rights, and upgrades from root."""
 
 import contextlib
 import os
@@ -59,7 +59,7 @@ def log_since(cursor):
 
 
 def helpers_user():
-    """Returns the number of the user that the packages create for the helper."""
+    """Returns the UID of the helper's user account."""
     try:
         return pwd.getpwnam(USER).pw_uid
     except KeyError:
@@ -76,7 +76,7 @@ def user_of_helper():
 
 @contextlib.contextmanager
 def drop_in(text):
-    """Adds these settings to the helper's unit, for the duration of the block."""
+    """Adds these settings to the helper's unit within the `with` block."""
     DROP_INS.mkdir(parents=True)
     (DROP_INS / "kovra.conf").write_text(text)
     run("systemctl", "daemon-reload")
@@ -89,7 +89,7 @@ def drop_in(text):
 
 
 def inside_the_walls(script):
-    """Runs a shell script in place of the daemon, within all limits of its unit; returns the lines that it prints."""
+    """Runs a shell script in place of the helper, with all restrictions of its unit. Returns its lines of output."""
     SCRIPT.write_text(script)
     for file in [OUTPUT, ERRORS]:
         file.unlink(missing_ok=True)
@@ -100,14 +100,14 @@ def inside_the_walls(script):
 
 
 def input_of(mouse):
-    """Returns the kernel's name of a mouse's input device."""
+    """Returns the name of the mouse's input device in sysfs, such as input7."""
     found = wait_for(lambda: [path.name for path in pathlib.Path("/sys/class/input").glob("input*")
                               if f"/{mouse.node}/" in os.path.realpath(path)], "the mouse's input device")
     return found[0]
 
 
 def rights(device):
-    """Returns the owner, the group and the mode of an input device's attribute."""
+    """Returns the UID, the GID and the mode of the attribute "inhibited" of an input device."""
     found = os.stat(f"/sys/class/input/{device}/inhibited")
     return found.st_uid, found.st_gid, stat.S_IMODE(found.st_mode)
 
@@ -167,7 +167,7 @@ def released_by_the_unit(laptop):
         since = now()
         os.kill(helper_process(), signal.SIGKILL)
         back = max(laptop.inhibitions.wait(device, False, since) for device in one.inputs)
-        # The two processes are the daemon and the program of ExecStopPost.
+        # Wait for the end of two processes: the helper and the command of ExecStopPost.
         users = wait_for(lambda: len(ended()) >= 2 and ended(), "both processes to be accounted for")
         check(set(users) == {helpers_user()}, f"they ran as {users}")
         laptop.expect_alive_until(now() + AT_ONCE, one)
@@ -180,9 +180,10 @@ def released_by_the_unit(laptop):
 
 
 def mute_by_the_helper_of_root(laptop):
-    """Lets Boris leave "on", and then lets Anna mute a pad with its twin. The helper that ran as root is installed.
+    """Makes Boris write "on" into his flag, and then mutes a pad with its twin for Anna.
 
-    Returns the pad, Anna's application and her mouse."""
+    The older helper, which runs as root, must be installed. Returns the pad, Anna's application and her mouse.
+    """
     one = laptop.plug_pad(twin=True)
     boris, anna = laptop.log_in(BORIS), laptop.log_in(ANNA)
     boris.activate()
@@ -225,7 +226,7 @@ def upgrade_from_root(laptop):
     laptop.upgrade_helper()
     for device in one.inputs:
         laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
-    # The helper that ran as root could unmute its pad at once, too.
+    # No helper may fail to unmute the pad. The older helper can unmute it when the upgrade stops that helper.
     log = log_since(cursor)
     check("cannot be unmuted" not in log, log[-500:])
     expect_taken_over(laptop, one, application, mouse)
