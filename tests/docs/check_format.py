@@ -18,7 +18,7 @@ SUFFIXES = {".cpp", ".h", ".mm"}
 
 
 def formatter():
-    """Returns the path of clang-format 14, by its name with or without the version; None if it is not installed."""
+    """Returns the path of clang-format-14, or of clang-format if that is version 14; None if neither is installed."""
     for name in (f"clang-format-{VERSION}", "clang-format"):
         path = shutil.which(name)
         if not path:

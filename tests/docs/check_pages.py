@@ -13,7 +13,7 @@ import sys
 
 
 def known_tests(root):
-    """Returns the suites and the checks of CMake, the tests as "Suite.Name", and the scenarios as "ring: sentence"."""
+    """Returns the suites with the checks of CMake, the tests as "Suite.Name", the scenarios as "ring: sentence"."""
     suites, tests, scenarios = set(), set(), []
     for source in (root / "tests").rglob("*"):
         if source.suffix in (".cpp", ".h"):

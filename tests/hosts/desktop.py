@@ -29,7 +29,7 @@ BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
 
 
 class Process:
-    """A process of the desktop. The file `log` receives its output."""
+    """A process of the desktop. Its output goes to the file `log`."""
 
     def __init__(self, name, command, environment, log, **options):
         self.name, self.log = name, log
@@ -74,7 +74,8 @@ class Desktop:
             "XDG_CONFIG_HOME": str(self.home / ".config"), "XDG_DATA_HOME": str(self.home / ".local/share"),
             "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_STATE_HOME": str(self.home / ".local/state"),
             "XDG_RUNTIME_DIR": str(self.runtime), "XDG_DATA_DIRS": "/usr/local/share:/usr/share",
-            # GTK programs use no accessibility bus, and keep their settings in a file in the private home.
+            # With these variables, GTK programs use no accessibility bus, and keep their settings in a file in the
+            # private home.
             "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "keyfile",
             **environment,
         }
@@ -127,7 +128,7 @@ class Desktop:
 
 
 def _listens(path):
-    """Returns whether the bus accepts connections. Its socket exists a moment earlier."""
+    """Returns whether the bus accepts connections. The socket file does not show this: it exists a moment earlier."""
     with socket.socket(socket.AF_UNIX) as client:
         return client.connect_ex(str(path)) == 0
 

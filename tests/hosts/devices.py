@@ -1,6 +1,6 @@
 """Simulates HID devices with umockdev, for programs that run with the environment variables of `Devices`.
 
-There is no udevd, so plugging and unplugging cause no events, and the program polls.
+There is no udevd. Plugging and unplugging cause no events, so the program polls.
 """
 
 import os

@@ -34,7 +34,8 @@ class Caller:
 
 
 class Entry:
-    """An entry of the menu. `properties` are those that the program sends; it does not send default values."""
+    """An entry of the menu. Properties with default values are not in `properties`, since the program does not send
+    them."""
 
     def __init__(self, number, properties):
         self.number, self.properties = number, properties
@@ -45,7 +46,7 @@ class Entry:
 
     @property
     def checked(self):
-        """Whether the entry is checked; None if it can have no check mark."""
+        """Returns whether the entry is checked, or None if it cannot be checked."""
         if self.properties.get("toggle-type", "") != "checkmark":
             return None
         return self.properties.get("toggle-state", -1) == 1
@@ -81,7 +82,7 @@ class Item:
 
 
 def item_of_program(connection):
-    """Returns the program's item without asking a watcher for it."""
+    """Returns the program's item by the program's name on the bus, so that no watcher is needed."""
     return Item(connection, PROGRAM, "/StatusNotifierItem")
 
 

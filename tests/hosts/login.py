@@ -34,7 +34,7 @@ def login(world):
 
 
 class Session:
-    """Runs lxqt-session within a `with` block. At the end kills every process that was started in the block."""
+    """Runs lxqt-session within a `with` block. At the end, every process that was started in the block is killed."""
 
     def __init__(self, world):
         self._desktop = world.desktop

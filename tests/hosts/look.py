@@ -2,7 +2,7 @@
 
 from PIL import Image, ImageChops
 
-# Two colors count as different if their red, green or blue differs by more than this, of 255.
+# Two colors count as different if their values of red, green or blue (0 to 255) differ by more than this.
 NOTICEABLE = 8
 
 
@@ -14,7 +14,8 @@ def changed(before, after):
 
 
 def widest_group(mask, gap):
-    """Returns the box of the widest group of white columns, or None. Groups are more than `gap` empty columns apart."""
+    """Returns the box of the widest group of columns with white pixels, or None. Gaps of up to `gap` columns do not
+    split a group."""
     runs = _runs(_columns(mask), gap)
     if not runs:
         return None

@@ -105,7 +105,7 @@ def open_menu(world):
 
 
 def around(picture, box, height):
-    """Returns the part of the picture that has the height of the panel and the box in its middle."""
+    """Returns the part of the picture around the middle of the box, `height` pixels high."""
     middle = (box[0] + box[2]) // 2
     half = min(middle, picture.width - middle, height)
     return picture.crop((middle - half, 0, middle + half, height))

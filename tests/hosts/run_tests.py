@@ -36,7 +36,7 @@ def main():
     secluded.adopt_orphans()
     try:
         secluded.seclude()
-        # Imported in the try block, since the libraries that these modules need may be missing.
+        # These modules load libraries that may be missing, so they are imported in the try block.
         import panels
         import scenarios
         import login, spoken, window_process  # imported for their scenarios
@@ -52,7 +52,7 @@ def main():
 
 
 def run_on(panel, binary, scenarios, only, tally):
-    """Runs the chosen scenarios on one panel. They share a desktop; after a failure a new one is started."""
+    """Runs the chosen scenarios on one panel. They share a desktop; after a failure the next one gets a new desktop."""
     from world import World
     world = None
     for name, (sentence, only_on, function) in scenarios.items():

@@ -125,7 +125,7 @@ def launch_at_login(world):
 
 @scenario("After the panel was killed and started again the item is back unchanged.")
 def panel_restarted(world):
-    # Start with a new panel. The old one still draws a frame around the icon that an earlier scenario clicked.
+    # Restart the panel, because it still draws a frame around the icon that an earlier scenario clicked.
     world.panel.kill()
     world.panel.start()
     world.start(muted=True)

@@ -1,4 +1,4 @@
-"""A private file system with the flag's folder and an active driver, so that the tests leave nothing on the machine."""
+"""A private file system for the tests, with the flag's folder and a listing tool that reports an active driver."""
 
 import ctypes
 import errno
@@ -17,20 +17,20 @@ LIBRARY = pathlib.Path("/Library")
 FLAG = LIBRARY / "Application Support" / "ble-kovra" / "state"
 ACTIVE = driver.listing("activated enabled")
 
-# The PIDs of the processes that _run_at_exit() has started. They must end after this process.
+# The PIDs of the processes that _run_at_exit() has started. end_descendants() must not kill them.
 _keepers = set()
 _is_machine_used = False
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
 class NotSecluded(Exception):
-    """The machine permits no private file system. The text says why in one line."""
+    """Raised if the machine permits no private file system. The text says why in one line."""
 
 
 def seclude():
     """Gives this process and its future children a private file system with a flag folder and a listing tool.
 
-    On machines where not even root may do so, creates the folder and the tool on the machine itself.
+    If not even root is permitted to do that, creates the folder and the tool on the machine itself.
     """
     root_outside = os.geteuid() == 0
     user, group = os.geteuid(), os.getegid()
@@ -71,7 +71,6 @@ def adopt_orphans():
 
 
 def end_descendants():
-    """Kills all processes that descendants() returns."""
     while found := descendants():
         for pid in found:
             try:
@@ -101,7 +100,7 @@ def descendants():
 
 
 def _keep_mounts_to_ourselves():
-    """Makes our mounts private. Returns False if the root is not a mount point: our mounts would be visible outside."""
+    """Makes later mounts invisible outside. Returns False if that is impossible, since / is not a mount point."""
     try:
         _mount("none", "/", None, MS_REC | MS_PRIVATE)
     except OSError as failure:
@@ -154,7 +153,7 @@ def _use_the_machine():
 
 
 def _run_at_exit(work):
-    """Calls work() in another process, outside the private file system, after this process has ended in any way."""
+    """Calls work() in another process, outside the private file system, after this process has ended or was killed."""
     ours, keepers = os.pipe()
     keeper = os.fork()
     if keeper == 0:

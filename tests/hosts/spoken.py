@@ -117,8 +117,7 @@ class Person:
             check(now() < deadline, f"in {self._locale} the windows contain {found}\n        and not {wanted}")
 
     def _read(self):
-        """Runs the screen reader. Returns the named objects of each window: {(role, title): [(role, name, is
-        checked)]}.
+        """Runs the screen reader. Returns each window's named objects: {(role, title): [(role, name, is checked)]}.
 
         If the screen reader fails, returns its error output instead.
         """

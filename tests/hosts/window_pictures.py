@@ -19,7 +19,7 @@ from sheets import LANGUAGES, save, sheet
 THREE = ["Logitech MX Master 3S", "Apple Magic Mouse", "Microsoft Arc & <Touch> Mouse"]
 THIRTY = THREE + [f"Mouse {number}" for number in range(4, 31)]
 STATES = ("empty", "three", "thirty", "muted")
-# The colors of a light and of a dark desktop (red, green, blue): window, text, fields, buttons.
+# The colors of a light and of a dark desktop: window, text, fields, buttons. Each color is red, green and blue.
 LOOKS = {"light": ("239,240,241", "35,38,41", "255,255,255", "252,252,252"),
          "dark": ("42,46,50", "252,252,252", "27,30,32", "49,54,59")}
 

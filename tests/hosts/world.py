@@ -12,7 +12,7 @@ from waiting import Failed, check, wait_for
 
 
 class Menu:
-    """An open menu: its `box` in `picture`, and (top, bottom) of its rows of text, relative to the box."""
+    """An open menu. `box` is its area in `picture`; `rows` are (top, bottom) of its texts relative to the box."""
 
     def __init__(self, picture, box, rows):
         self.picture, self.box, self.rows = picture, box, rows
@@ -89,7 +89,6 @@ class World:
         self.icon = self._icon_in(picture)
 
     def wait_tray_empty(self):
-        """Waits until the panel shows no icon."""
         self.settled(lambda picture: self._change_in(picture) is None, "the panel to be empty")
 
     def _icon_in(self, picture):
@@ -154,7 +153,6 @@ class World:
         return look.contrast(self.settled(lambda picture: True, "a still picture"), self.icon)
 
     def open_menu(self, button=3):
-        """Clicks the icon, and returns the menu that opens."""
         before = self.screen.picture()
         least = round(100 * self.panel.scale)
         self._click_icon(button)

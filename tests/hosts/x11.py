@@ -10,7 +10,7 @@ class X11Screen:
         self._display = display.Display(name)
         self._root = self._display.screen().root
         self.size = (self._root.get_geometry().width, self._root.get_geometry().height)
-        # Fill the background with a color that no panel has.
+        # No panel has this color, so a panel always differs from the empty screen.
         self._root.change_attributes(background_pixel=0x607080)
         self._root.clear_area()
         self._display.sync()
@@ -53,7 +53,7 @@ class X11Screen:
         return None
 
     def has_tray(self):
-        """Returns whether there is a tray that embeds icons (XEmbed). It owns this selection."""
+        """Returns whether an XEmbed tray is running, that is, whether its selection has an owner."""
         selection = self._display.intern_atom("_NET_SYSTEM_TRAY_S0")
         return self._display.get_selection_owner(selection) != X.NONE
 

@@ -16,7 +16,7 @@ MANAGER = "Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/K
 class Root:
     """A root folder for dpkg. The maintainer scripts run with $DPKG_ROOT, and cannot control the machine's services.
 
-    Of the dependencies of the packages, those that are installed on the machine count as installed.
+    A dependency of the packages counts as installed in the folder if it is installed on the machine.
     """
 
     def __init__(self, built, name):
@@ -49,7 +49,7 @@ class Root:
         self._dpkg("--purge", *names)
 
     def newer(self, name):
-        """Returns the path of this package with a higher version number."""
+        """Builds this package with a higher version number, and returns its path."""
         place = self.built.folder / "newer" / name
         result = place.parent / f"{name}.deb"
         if not result.exists():
@@ -61,7 +61,7 @@ class Root:
         return result
 
     def helper_of_root(self):
-        """Returns the path of an older version of the helper's package, whose helper runs as root."""
+        """Builds an older version of the helper's package, whose helper runs as root, and returns its path."""
         name = "ble-kovra-helper"
         place = self.built.folder / "older" / name
         result = place.parent / f"{name}.deb"

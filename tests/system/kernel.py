@@ -1,6 +1,6 @@
-"""The kernel of the virtual machine: Debian's kernel, unpacked in the build folder and not installed.
+"""Downloads Debian's kernel for the virtual machine once, and unpacks it in the build folder without installing it.
 
-Only the image and the modules that the machine loads are kept. The package is downloaded once.
+Only the image and the modules that the machine loads are kept.
 """
 
 import lzma
@@ -20,7 +20,7 @@ LATER_MODULES = ["hid-logitech-hidpp"]
 
 
 class KernelMissing(Exception):
-    """The kernel could not be downloaded. The text says why."""
+    """Raised if the kernel could not be downloaded. The text says why."""
 
 
 class Kernel:

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The demo: runs the program in a throwaway virtual machine, and prints what happens when a mouse is plugged."""
+"""Runs the demo in a throwaway virtual machine, and prints what happens when a mouse is plugged and unplugged."""
 
 import pathlib
 import shutil

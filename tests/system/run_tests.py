@@ -74,7 +74,7 @@ class Tally:
         self.passed = self.failed = 0
         # Planned scenarios without a result. close() counts them as failed.
         self._open = []
-        # For each machine, the names after --only that it does not have. A name is wrong if no machine has it.
+        # For each machine, the names given with --only that it does not know. A name is wrong if no machine knows it.
         self._unknown = []
 
     def take(self, message):

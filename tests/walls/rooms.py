@@ -195,7 +195,8 @@ MACOS_TOOLS = everything_in("tests/platform/macos/fakes") + (r"tests/platform/ma
 
 
 def tests_of(room, others=(), library=None):
-    """Returns the room of the tests of `room`. They may include the room, what it may include, fakes and support.
+    """Returns the room of the tests of `room`. Its sources may include `room`, what `room` may include, fakes and
+    support.
 
     Tests of adapters may also include contracts.
     """
@@ -209,7 +210,8 @@ def tests_of(room, others=(), library=None):
 
 
 def tests_of_linux(room):
-    """Returns the room of the tests of a room of Linux. They may also include the rigs of the rooms that it uses.
+    """Returns the room of the tests of a room of Linux. Its sources may also include the rigs of the rooms that `room`
+    uses.
 
     They may include any library but Qt, since a test can act as the client or the service on the other side.
     """

@@ -36,7 +36,7 @@ def flood_of_events(world):
     world.start(selected=[MADE_UP])
     last = churn(300, "Kovra Mouse", keep_last=True)
     world.settle()
-    # A wrong "off" would be written at the end of a grace period, so the scenario waits that long.
+    # A wrong "off" would be written when a grace period ends. So wait that long before the check.
     world.flag.wait_write("on")
     stay_until(now() + LATEST_OFF)
     check(world.flag.last() == "on", f"one device remains, but the writes were: {world.flag.contents()}")

@@ -1,4 +1,4 @@
-"""A folder that behaves as on a disk that hangs: opening one of its files blocks until HangingFolder.close()."""
+"""A folder that behaves as if its disk hung: opening a file in it blocks until HangingFolder.close()."""
 
 import ctypes
 import os
@@ -11,7 +11,7 @@ AT_FDCWD = -100
 
 
 class HangingFolder:
-    """fanotify asks this process to permit each open of a file in the folder. The process never answers."""
+    """A folder whose files cannot be opened: fanotify asks this process to permit each open, and gets no answer."""
 
     def __init__(self, folder):
         libc = ctypes.CDLL(None, use_errno=True)

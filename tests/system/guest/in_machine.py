@@ -22,7 +22,7 @@ def mount(kind, target, options="rw"):
 
 
 def serve(play):
-    """Calls play(host connection, task) and reports an exception to the host. In any case switches the machine off."""
+    """Calls play(host connection, task) and reports an exception to the host. Then switches the machine off."""
     line = host.Host()
     try:
         play(line, line.ready())

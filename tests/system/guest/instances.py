@@ -28,7 +28,7 @@ def squatted_name(world):
 def further_instance_without_the_bus(world):
     first = world.start(selected=[MADE_UP])
     world.expect_on(world.plug("Kovra Mouse"))
-    # The switch is off for the second instance, so it would write "off" if it kept running.
+    # If the second instance made a decision, it would write "off", since its switch is off.
     second = world.start(wait=False, bus=NO_BUS, enabled=False)
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")

@@ -102,7 +102,7 @@ def second_start(world):
     mouse = world.plug("Kovra Mouse")
     world.expect_on(mouse)
     opened = world.flag.openings
-    # The switch is off for the second start, so it would write "off" if it read its preferences.
+    # If the second start read these preferences, it would write "off", since the switch is off in them.
     second = world.start(wait=False, selected=[MADE_UP], enabled=False)
     status = second.wait_exit()
     check(status == 0, f"it ended with {status}: {second.last_words()}")

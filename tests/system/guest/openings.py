@@ -10,7 +10,7 @@ IN_OPEN, IN_CLOSE = 0x20, 0x18
 
 
 class Openings:
-    """Counts from its construction on. The file must not be replaced, since inotify watches its inode."""
+    """Counts the opens of a file. The file must not be replaced, since inotify watches its inode."""
 
     def __init__(self, path):
         libc = ctypes.CDLL(None, use_errno=True)

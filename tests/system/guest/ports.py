@@ -1,4 +1,4 @@
-"""Plugs in and unplugs virtual devices, and returns the times at which the kernel added and removed them."""
+"""Plugs in and unplugs virtual devices, and records when the kernel added and removed them."""
 
 import itertools
 import pathlib
@@ -45,7 +45,7 @@ class Ports:
         return self._keep(Device(added.node, added.time, lambda: self._removed(added.node, made.destroy)))
 
     def plug_usb_mouse(self):
-        """Plugs in QEMU's USB mouse, once per scenario, since the events of two such mice cannot be told apart."""
+        """Plugs in QEMU's USB mouse. Call it only once per scenario: events of two such mice cannot be told apart."""
         name = f"mouse{next(self._numbers)}"
         self.host.plug_mouse(name)
         added = self.events.wait("add", HID_NAME="QEMU QEMU USB Mouse")

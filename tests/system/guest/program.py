@@ -1,4 +1,4 @@
-"""The program under test: starts the real binary as a process, and writes its preferences file."""
+"""Starts the program under test as a process, and writes its preferences file."""
 
 import json
 import os

@@ -1,4 +1,4 @@
-"""An X server (Xvfb) for one scenario: simulates key presses, and returns the sizes of the program's windows."""
+"""Runs an X server (Xvfb) for one scenario, simulates key presses, and finds the program's windows."""
 
 import contextlib
 import os

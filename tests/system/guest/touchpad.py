@@ -1,4 +1,4 @@
-"""Virtual touchpads: simulates a finger, and reads what the kernel's input devices deliver."""
+"""Virtual touchpads that send the reports of a finger, and the input devices that the kernel creates for them."""
 
 import contextlib
 import os

@@ -1,7 +1,7 @@
 """Records the kernel's uevents of HID devices, and those that udevd sends.
 
-The events arrive through netlink, on a busy machine tens of milliseconds late. The times of the kernel's events
-therefore come from a kprobe.
+Both arrive through netlink. On a busy machine they arrive tens of milliseconds late, so the times of the kernel's
+events come from a kprobe.
 """
 
 import collections
@@ -23,14 +23,14 @@ TRACING = pathlib.Path("/sys/kernel/tracing")
 PROBE = "p:kovra/uevent hid_uevent action=+0(+24(%si)):string path=+0(+32(%si)):string"
 TRACED = re.compile(r' (\d+\.\d+): uevent: .* action="ACTION=(\w+)" path="DEVPATH=(\S+)"')
 
-# The serial numbers of the many devices of churn() (adversity.py) begin with "crowd". Their events are ignored.
+# churn() in adversity.py creates many devices, whose serial numbers begin with "crowd". Their events are ignored.
 CROWD = b"\0HID_UNIQ=crowd"
 
 Uevent = collections.namedtuple("Uevent", "time action node properties")
 
 
 def listen(group):
-    """Yields the properties of each event of the subsystem "hid" in this netlink group. Ignores events with CROWD."""
+    """Yields the properties of each event of the subsystem "hid" in the netlink group, except those with CROWD."""
     netlink = socket.socket(socket.AF_NETLINK, socket.SOCK_DGRAM, NETLINK_KOBJECT_UEVENT)
     netlink.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, 64 << 20)
     netlink.bind((0, group))
@@ -47,7 +47,7 @@ class KernelEvents:
 
     def __init__(self):
         self._events = []
-        # The traced times that are not assigned to an event from netlink yet, by action and path.
+        # Times from the kprobe that are not assigned to an event from netlink yet, by action and path.
         self._moments = collections.defaultdict(collections.deque)
         self._trace = self._probe()
         for work in [self._read_trace, self._listen]:

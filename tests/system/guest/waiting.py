@@ -9,7 +9,7 @@ changed = threading.Condition()
 
 
 class Failed(Exception):
-    """Makes the scenario fail. The text is the reason that is reported."""
+    """Raised to make the scenario fail. The text is the reason that is reported."""
 
 
 def now():
@@ -36,8 +36,8 @@ def wait_for(condition, text, limit=90.0):
             if result:
                 return result
             check(now() < deadline, f"timed out after {limit:.0f} s: {text}")
-            # Not every change notifies, so check again after 50 ms, or after as long as the last check took if that was
-            # longer.
+            # Check again after 50 ms, since not every change notifies. After a slow check, wait as long as the check
+            # took.
             changed.wait(max(0.05, now() - begun))
 
 

@@ -14,15 +14,15 @@ from ports import Ports
 from waiting import check, now, stay_until, wait_for
 
 UDEVD = "/usr/lib/systemd/systemd-udevd"
-# The udev rules that stay. The host's other rules would slow the machine down, and differ between hosts.
+# The udev rules that are kept. The host's other rules would slow the machine down, and differ between hosts.
 RULES = ["50-udev-default", "60-evdev", "60-input-id", "60-persistent-input", "70-mouse", "70-touchpad"]
 RULES_FOLDERS = ["/usr/lib/udev/rules.d", "/etc/udev/rules.d"]
 BUS_ADDRESS = "unix:path=/run/kovra/bus"
 
-# The time in seconds from the removal of a device in the kernel to the write "off" is at least GRACE.
+# The earliest write of "off", in seconds after the kernel removed the device.
 GRACE = 2.0
-# The limits in seconds from udevd's event to the write. They do not start at the kernel's event, since udevd may need a
-# second in an emulated machine on a busy host.
+# The latest writes of "off" and "on", in seconds after udevd's event. They are not measured from the kernel's event,
+# since udevd may need a second in an emulated machine on a busy host.
 LATEST_OFF = 2.5
 LATEST_ON = 1.0
 

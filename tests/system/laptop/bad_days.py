@@ -140,7 +140,7 @@ def purged_and_installed_again(laptop):
 
 @contextlib.contextmanager
 def disk_of_its_own(laptop):
-    """Stops the helper and mounts a tmpfs of 64 KiB over the parent of the flag's folder. Reverts both in the end."""
+    """Stops the helper and mounts a tmpfs of 64 KiB over the parent of the flag's folder. Undoes both at the end."""
     laptop.install()
     run("systemctl", "stop", HELPER)
     mount = ["mount", "-t", "tmpfs", "-o", "mode=0755,size=64k,nr_inodes=30", "none", str(FLAGS_FOLDER.parent)]
@@ -258,7 +258,7 @@ def installed_behind_a_link(laptop):
     library.symlink_to(elsewhere)
     try:
         output = laptop.reinstall()
-        # A helper that cannot start ends after half a minute, and systemd restarts it. NRestarts counts that.
+        # A helper that cannot start ends after half a minute, and systemd restarts it. NRestarts counts the restarts.
         restarts = run("systemctl", "show", "-P", "NRestarts", HELPER).strip()
         check("ble-kovra-helper cannot start: the flag's folder cannot be trusted: /Library" in output,
               f"the installation prints {output[-1500:]}")

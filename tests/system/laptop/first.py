@@ -1,4 +1,4 @@
-"""Prepares the laptop as PID 1: hides most units and udev rules of the host, adds user accounts, executes systemd."""
+"""Prepares the laptop as PID 1: hides most of the host's units and udev rules, adds user accounts, executes systemd."""
 
 import os
 import pathlib
@@ -13,7 +13,7 @@ SYSTEMD = "/usr/lib/systemd/systemd"
 UNITS = pathlib.Path("/usr/lib/systemd/system")
 OWN_UNITS = pathlib.Path("/etc/systemd/system")
 
-# The units that stay. The host's other units would slow the machine down, and differ between hosts.
+# The units that are kept. The host's other units would slow the machine down, and differ between hosts.
 KEPT_UNITS = """
     sysinit.target basic.target sockets.target paths.target timers.target slices.target local-fs.target
     local-fs-pre.target swap.target

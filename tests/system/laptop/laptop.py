@@ -32,7 +32,7 @@ AT_ONCE = 1.5
 
 
 def run(*command):
-    """Runs a command and returns its output, with that to stderr. The scenario fails if the command fails."""
+    """Runs a command and returns its output to stdout and stderr. The scenario fails if the command fails."""
     done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                           text=True)
     check(done.returncode == 0, f"{' '.join(command)} ends with {done.returncode}: {done.stdout[-1000:]}")
@@ -99,11 +99,10 @@ class Laptop(Ports):
         return output
 
     def install_helper_of_root(self):
-        """Installs the older version of the helper's package, whose helper runs as root, without traces of the current
-        one.
+        """Installs the older version of the helper's package, as if no other version had been installed before.
 
-        Call it before a pad is plugged in. The current version may already have granted its helper the right to mute
-        the pad.
+        In the older version the helper runs as root. Call this before a pad is plugged in, since the current version
+        grants its helper the right to mute plugged pads.
         """
         self.install()
         run("dpkg", "-P", "ble-kovra-helper")

@@ -11,7 +11,8 @@ TAKEN = 150 << 20
 # The limit in seconds for the disk to be free again. The helper truncates a left file after at most 0.25 s; the rest is
 # for the emulated machine.
 LATE = 1.0
-# Allocates TAKEN bytes through a descriptor. Prints the seconds until the file is truncated, at most ten.
+# A program that allocates TAKEN bytes through a descriptor. It prints the seconds until the file is truncated, at most
+# ten.
 FILL = f"""import os, sys, time
 file = int(sys.argv[1])
 os.posix_fallocate(file, 0, {TAKEN})

@@ -11,15 +11,16 @@ from sessions import Session
 from waiting import check, now, stay_until, wait_for
 
 SECONDS = 5
-# The limit of the helper's wake-ups per second: 20 for reading the flag, 20 for the ends of its pauses, and 5 more. CPU
-# time has no limit, since it says little in an emulated machine on a busy host.
+# The limit of the helper's wake-ups per second. The helper may read the flag 20 times, and wakes up again at the end of
+# the pause after each read. Five more wake-ups are tolerated. CPU time has no limit, since it says little in an
+# emulated machine on a busy host.
 MOST_WAKE_UPS = 45
 # The limit in seconds from the last write of the flag until the pad is muted. The helper pauses for at most 50 ms; the
 # rest is for the emulated machine.
 LATE = 0.5
 SHARED = pathlib.Path("/shared")
-# Executes one line of Python repeatedly for some seconds, and then another line once. Prints the number of repetitions
-# and the time at the end.
+# A program that executes one line of Python repeatedly for some seconds, and then another line once. It prints the
+# number of repetitions and the time at the end.
 STORM = """import os, time
 end, count = time.monotonic() + {seconds}, 0
 while time.monotonic() < end:
@@ -67,7 +68,8 @@ def expect_little_work(before, what):
 def neighbor_touched(laptop):
     one = laptop.plug_pad()
     _, mouse = laptop.mute(one)
-    # A watch of "/" reports a change of this folder. It reports no change of /tmp, since /tmp is a mount point.
+    # The helper watches "/" with inotify, since the flag's path begins there. It receives an event for each change of
+    # /shared. It would receive none for /tmp, which is a mount point.
     SHARED.mkdir()
     SHARED.chmod(0o1777)
     laptop.settle()

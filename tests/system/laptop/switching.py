@@ -58,7 +58,7 @@ def unplugged_meanwhile(laptop):
     anna = laptop.log_in(ANNA)
     since = now()
     anna.activate()
-    # Wait for Anna's file first. Boris's file, which is still in place, contains "off" as well.
+    # Wait until the flag is Anna's file. Until then it is Boris's file, which contains "off" as well.
     wait_for(lambda: may_write_flag(anna), "the flag to be Anna's again")
     wait_for(lambda: flag() == "off", "Anna's flag to be off")
     took = now() - since

@@ -226,7 +226,7 @@ def upgrade_from_root(laptop):
     laptop.upgrade_helper()
     for device in one.inputs:
         laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
-    # No helper may fail to unmute the pad. The older helper can unmute it when the upgrade stops that helper.
+    # The older helper must have unmuted the pad when the upgrade stopped it, so that no helper logs this error.
     log = log_since(cursor)
     check("cannot be unmuted" not in log, log[-500:])
     expect_taken_over(laptop, one, application, mouse)
