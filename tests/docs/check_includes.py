@@ -57,7 +57,7 @@ map: map multimap
 memory: enable_shared_from_this make_shared make_unique shared_ptr unique_ptr weak_ptr
 mutex: lock_guard mutex unique_lock
 new: bad_alloc
-numeric: accumulate
+numeric: accumulate iota
 optional: make_optional nullopt optional
 ostream: flush hex ios oct ostream
 random: mt19937 mt19937_64 random_device uniform_int_distribution
