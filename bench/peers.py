@@ -50,7 +50,7 @@ def prepare():
 
 
 def _install():
-    # Forbid the packages to start services: they would ask the machine's own service manager for it.
+    # Forbid the packages to start services. Their scripts would use the service manager of the machine.
     policy = FOLDER / "changes" / "usr" / "sbin" / "policy-rc.d"
     policy.parent.mkdir(parents=True)
     policy.write_text("#!/bin/sh\nexit 101\n")

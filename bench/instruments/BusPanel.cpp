@@ -25,8 +25,8 @@ int isZero(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply
     return sd_bus_message_append(reply, "i", 0);
 }
 
-// Calls `use` with the name of each property in the dictionary that follows. `use` reads the value and returns true, or
-// returns false to skip it.
+// Calls `use` with the name of each property in the dictionary at the message's read position. `use` reads the value
+// and returns true, or returns false to skip it.
 template <class Use>
 void forEachProperty(sd_bus_message* message, Use use) {
     sd_bus_message_enter_container(message, 'a', "{sv}");

@@ -8,8 +8,8 @@
 
 namespace kovra {
 
-// The contract of FileSystem. A Driver provides `files()`, and `path()` of a file that does not exist yet. `content()`
-// reads that file. After `obstruct()` every write to that file fails.
+// The contract of FileSystem. A Driver provides `files()`, and `path()`: the path of a file that does not exist yet.
+// `content()` reads that file. After `obstruct()` every write to that file fails.
 template <typename Driver>
 class FileSystemContract : public testing::Test {
   protected:

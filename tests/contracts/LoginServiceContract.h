@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// The contract of LoginService. A Driver provides `service()`, with nothing registered. After `obstruct()` every
-// registration and unregistration fails.
+// The contract of LoginService. A Driver provides `service()`, with which nothing is registered yet. After `obstruct()`
+// every registration and unregistration fails.
 template <typename Driver>
 class LoginServiceContract : public testing::Test {
   protected:

@@ -38,7 +38,9 @@ struct Action {
         failNext,     // number: how many writes fail, text: the reason
         failAlways,   // text: the reason
         recover,      // ends failAlways
-        subscribe,    // number, property, times, truth: whether the current value is delivered, inner: what it does
+        // number, property, times: how often the subscriber reacts, truth: whether the current value is delivered at
+        // once, inner: the subscriber's reaction
+        subscribe,
         unsubscribe,  // number
         evaluate,
         quit,

@@ -11,9 +11,9 @@ namespace kovra {
 // unless it was logged and standard error is connected to the journal. So the journal holds each line once, and a user
 // who starts the program in a terminal sees the lines there.
 //
-// Each call of log() creates one entry. In the journal, an entry may contain line feeds. In syslog and on standard
-// error a line feed would start a new entry, so a blank replaces it. The class implements the native protocols of the
-// journal and of syslog. It sends one datagram per line and keeps no descriptor open between lines. A destination that
+// Each call of log() creates one entry. In the journal, an entry may contain line feeds. For syslog and standard
+// error, a blank replaces each line feed. The class implements the native protocols of the journal and of syslog. It
+// sends each entry as one datagram, and keeps no descriptor open between entries. A destination that
 // accepts nothing for a tenth of a second is skipped, including standard error, because logging must not delay muting.
 class JournalLog : public SystemLog {
   public:

@@ -76,8 +76,8 @@ void UdevHIDManager::watchInputNodes() {
     inputNodes_ = InputNodeRemovals::watch(loop_, udevd_.inputNodes, [this] { inputNodeRemoved(); });
 }
 
-// Delays the check, because udevd usually announces the removal first, and because other interfaces of the device may
-// still be on the bus.
+// Delays the check. By then udevd has usually announced the removal, and the kernel has removed the device's other
+// interfaces.
 void UdevHIDManager::inputNodeRemoved() {
     loop_.asyncAfter(inputRemovalDelay, lifetime_.guard([this] {
         inputNodes_->rearm();  // before the check, so that no removal is missed in between

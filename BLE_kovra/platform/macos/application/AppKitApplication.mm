@@ -30,8 +30,8 @@ void notifyOfEnd() {
 
 [[noreturn]] void notifyOfEndAndAbort() {
     if (![NSThread isMainThread]) {
-        // This is a thread of the system, but the delegate may only be called on the main thread. So give the main
-        // thread time to end the program.
+        // This is a thread of the system, but the delegate expects the main thread. So give the main thread a second to
+        // end the program. After that, call the delegate here, because the trackpad must be unmuted.
         constexpr unsigned timeout = 1;  // seconds
         mainQueue->async([] { notifyOfEndAndAbort(); });
         sleep(timeout);

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A check box. A label that is a single text becomes the button's title. Any other label is placed beside the button: a
-// click on it toggles the button, and its texts become the button's accessibility label.
+// A check box. A label that is a single text becomes the button's title. Any other label is placed beside the button. A
+// click on that label toggles the button, and the label's texts become the button's accessibility label.
 class RealisedToggle : public RealisedView {
   public:
     using RealisedView::RealisedView;

@@ -48,8 +48,8 @@ void activateForUser(xcb_connection_t* server, xcb_window_t window) {
     xcb_flush(server);
 }
 
-// An event filter that activates a window when it is first exposed. Before that, window managers do not manage the
-// window.
+// An event filter that activates a hidden or minimized window once it is exposed. The window manager may not manage the
+// window before.
 class ActivateOnExpose : public QObject {
   public:
     explicit ActivateOnExpose(QWindow& window) : QObject(&window), window_(window) { window.installEventFilter(this); }
