@@ -99,8 +99,7 @@ class NamespaceOfUsers {
 };
 
 // Runs a test that needs root, because it changes owners of files or acts as several users. An ordinary user runs it in
-// a NamespaceOfUsers. If that is impossible, the test is skipped with a text that ./test recognizes. ./test then
-// reports the test as not run. A missing package is no reason to skip the test.
+// a NamespaceOfUsers. If that is impossible, the test fails and says why.
 inline void runAsRoot(const std::function<void()>& test) {
     if (::geteuid() == 0) {
         test();
@@ -109,7 +108,7 @@ inline void runAsRoot(const std::function<void()>& test) {
     for (const char* search : {"command -v newuidmap >/dev/null", "command -v newgidmap >/dev/null"})
         ASSERT_EQ(std::system(search), 0) << "please install the package uidmap";
     const std::string obstacle = NamespaceOfUsers::run(test);
-    if (!obstacle.empty()) GTEST_SKIP() << "needs root: " << obstacle;
+    ASSERT_EQ(obstacle, "") << "the test needs root, or a user namespace with several users";
 }
 
 }  // namespace kovra::helper

@@ -19,7 +19,8 @@ class ApplicationWatchRig {
         };
     }
     bool gotChange() {
-        runFor(std::chrono::seconds(10));
+        runUntil(
+            loop_, [this] { return changes_ > 0; }, std::chrono::seconds(10));
         return std::exchange(changes_, 0) == 1;
     }
     bool gotNothing() {
@@ -27,16 +28,11 @@ class ApplicationWatchRig {
         return changes_ == 0;
     }
     bool gotNothingFor(std::chrono::milliseconds time) {
-        runFor(time);
+        runFor(loop_, time);
         return changes_ == 0;
     }
 
   private:
-    void runFor(std::chrono::milliseconds time) {
-        const auto over = loop_.after(time, [this] { loop_.stop(); });
-        loop_.run();
-    }
-
     Loop loop_;
     int changes_ = 0;
 
