@@ -163,7 +163,7 @@ class World:
             # A panel ignores a click on the icon until it has read the menu. So click again, as a user would.
             self._click_icon(button)
             self.settled(opened, "the menu to open at the second click")
-        # Move the pointer after the menu has opened, since a panel may open the menu where the pointer is.
+        # Only now move the pointer away. A panel may open the menu at the pointer's position.
         self._rest()
         picture = self.settled(opened, "the menu to stay open")
         box = look.menu_box(look.changed(before, picture), least)

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Runs the system tests: boots two virtual machines, which run the scenarios, and reports the results.
+"""Runs the system tests: boots three virtual machines, which run the scenarios, and reports the results.
 
-The first machine runs only the program on a kernel. The second is a whole laptop, with systemd and people who log in.
+The first machine runs only the program on a kernel. The others are whole laptops, with systemd and people who log in.
+One of them is for the scenarios of the installation.
 """
 
 import argparse
@@ -18,7 +19,7 @@ from machine import BARE, LAPTOP, Machine, MachineFailed
 from qmp import QMPError
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-MACHINES = {"bare": BARE, "laptop": LAPTOP}
+MACHINES = {"bare": BARE, "laptop": LAPTOP, "installation": LAPTOP}
 
 
 def main():
@@ -41,12 +42,11 @@ def main():
         machine_kernel = kernel.prepare(ROOT / "build/vm/kernel", say)
         task["modules"] = str(machine_kernel.modules)
         chosen = [arguments.machine] if arguments.machine else list(MACHINES)
-        if "laptop" in chosen:
-            task["packages"] = built_packages.paths()
-        # The machines run one after the other. In parallel they would distort each other's time measurements.
         for name in chosen:
-            say(f"starting the {name} machine")
-            play(Machine(machine_kernel, logs / name, MACHINES[name]), task, tally, name)
+            if MACHINES[name] == LAPTOP:
+                task["packages"] = built_packages.paths()
+            say(f"starting the machine {name}")
+            play(Machine(machine_kernel, logs / name, MACHINES[name]), {**task, "machine": name}, tally, name)
     except (kernel.KernelMissing, BusyboxMissing, built_packages.PackagesMissing) as failure:
         tally.fail("the machines", str(failure))
     except KeyboardInterrupt:
@@ -66,7 +66,7 @@ def play(machine, task, tally, name):
             for message in machine.messages(task):
                 tally.take(message)
     except (MachineFailed, QMPError) as failure:
-        tally.fail(f"the {name} machine", str(failure))
+        tally.fail(f"the machine {name}", str(failure))
 
 
 class Tally:

@@ -16,9 +16,11 @@ def scenario(sentence):
     return add
 
 
-def run_all(host, world, only):
-    chosen = {name: SCENARIOS[name] for name in SCENARIOS if not only or name in only}
-    host.report("plan", names=list(chosen), unknown=[name for name in only if name not in SCENARIOS])
+def run_all(host, world, only, modules):
+    """Runs the scenarios of these modules, or only those of them that are named in `only`."""
+    known = {name: each for module in modules for name, each in SCENARIOS.items() if each[1].__module__ == module}
+    chosen = {name: known[name] for name in known if not only or name in only}
+    host.report("plan", names=list(chosen), unknown=[name for name in only if name not in known])
     for name, (sentence, function) in chosen.items():
         start = now()
         reason, measured = _run(world, function)

@@ -1,15 +1,14 @@
-"""Runs the scenarios of the bare machine, in the order of the imports."""
+"""Runs the scenarios of the bare machine, in the order of its modules."""
 
-import plugging
-import lifetime
-import instances
-import adversity
-import desktop
-import launch
-import wireless
+import importlib
+
 from running import run_all
 from world import World
 
+MODULES = ["plugging", "lifetime", "instances", "adversity", "desktop", "launch", "wireless"]
+
 
 def run(host, task):
-    run_all(host, World(host, task["binary"], task["modules"]), task["only"])
+    for name in MODULES:
+        importlib.import_module(name)
+    run_all(host, World(host, task["binary"], task["modules"]), task["only"], MODULES)

@@ -38,20 +38,22 @@ class Application:
         os.kill(self.pid, signal.SIGCONT)
 
     def expect_running(self):
-        check(self.is_running(), f"the application has ended: {self._output()[-300:]}")
+        check(self.is_running(), f"the application has ended: {self.output()[-300:]}")
 
     def wait_refused(self, word):
         """Waits until the application has logged that it could not write this word into the flag."""
-        wait_for(lambda: f"не удалось записать флаг ({word})" in self._output(),
-                 f'"{word}" to be refused to the application')
-        self.expect_running()
+        def is_refused():
+            self.expect_running()
+            return f"не удалось записать флаг ({word})" in self.output()
+        wait_for(is_refused, f'"{word}" to be refused to the application')
 
     def cpu_time(self):
         """Returns the CPU time that the application has used, in seconds."""
         fields = pathlib.Path(f"/proc/{self.pid}/stat").read_text().rpartition(")")[2].split()
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
-    def _output(self):
+    def output(self):
+        """Returns what the application has printed to stderr."""
         return self._errors.read_text(encoding="utf-8") if self._errors.exists() else ""
 
     def _state(self):

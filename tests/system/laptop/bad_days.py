@@ -8,8 +8,7 @@ import shutil
 import signal
 import subprocess
 
-from ends import helper_process
-from laptop import AT_ONCE, FLAG, HELPER, flag, run
+from laptop import AT_ONCE, FLAG, HELPER, flag, helper_process, run
 from people import ANNA, BORIS
 from running import scenario
 from waiting import check, now, wait_for
@@ -121,23 +120,6 @@ def udevd_restarted(laptop):
     return expect_all_to_work(laptop, application, mouse, one)
 
 
-@scenario("The helper is purged and installed again while the pad is muted and the application runs: the pad works, "
-          "and follows the mouse again from its next plug on.")
-def purged_and_installed_again(laptop):
-    one = laptop.plug_pad(twin=True)
-    application, mouse = laptop.mute(one)
-    laptop.purge("ble-kovra-helper")
-    laptop.expect_alive(one)
-    laptop.install()
-    application.expect_running()
-    mouse.unplug()
-    laptop.expect_alive_until(laptop.announced.wait("remove", mouse.node) + 3, one)
-    mouse = laptop.plug_mouse()
-    laptop.expect_dead(one)
-    mouse.unplug()
-    laptop.expect_back_after_grace(mouse, one)
-
-
 @contextlib.contextmanager
 def disk_of_its_own(laptop):
     """Stops the helper and mounts a tmpfs of 64 KiB over the parent of the flag's folder. Undoes both at the end."""
@@ -245,26 +227,3 @@ def records_removed(laptop):
     laptop.expect_dead(one)
     mouse.unplug()
     laptop.expect_back_after_grace(mouse, one)
-
-
-@scenario("If a link in the flag's way keeps the helper from starting, the installation says so and ends; once the "
-          "link is gone, the helper starts.")
-def installed_behind_a_link(laptop):
-    one = laptop.plug_pad()
-    laptop.install()
-    laptop.purge("ble-kovra-helper")
-    library, elsewhere = pathlib.Path("/Library"), pathlib.Path("/elsewhere")
-    elsewhere.mkdir()
-    library.symlink_to(elsewhere)
-    try:
-        output = laptop.reinstall()
-        # A helper that cannot start ends after half a minute, and systemd restarts it. NRestarts counts the restarts.
-        restarts = run("systemctl", "show", "-P", "NRestarts", HELPER).strip()
-        check("ble-kovra-helper cannot start: the flag's folder cannot be trusted: /Library" in output,
-              f"the installation prints {output[-1500:]}")
-        check(restarts == "0", "the installation has waited for the helper to end")
-    finally:
-        library.unlink()
-        shutil.rmtree(elsewhere)
-    laptop.start(mode="always")
-    laptop.expect_dead(one)

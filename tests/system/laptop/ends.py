@@ -8,14 +8,10 @@ import shutil
 import signal
 import subprocess
 
-from laptop import AT_ONCE, FLAG, GRACE, HELPER, flag, run
+from laptop import AT_ONCE, FLAG, GRACE, HELPER, flag, helper_process, run
 from people import ANNA
 from running import scenario
 from waiting import check, now, stay_until, wait_for
-
-
-def helper_process():
-    return int(run("systemctl", "show", "-P", "MainPID", HELPER))
 
 
 @scenario("When the helper is killed the pads are unmuted, and muted again after its restart.")

@@ -6,7 +6,7 @@ import re
 from laptop import HELPER, run
 from people import ANNA
 from running import scenario
-from waiting import check, now
+from waiting import check
 
 MANAGER = "/Applications/.Karabiner-VirtualHIDDevice-Manager.app/Contents/MacOS/Karabiner-VirtualHIDDevice-Manager"
 RULE = pathlib.Path("/etc/polkit-1/rules.d/10-kovra.rules")
@@ -19,17 +19,6 @@ PERMISSION = """polkit.addRule(function(action, subject) {
 
 def listed():
     return run("systemextensionsctl", "list").strip().rpartition("\t")[2]
-
-
-@scenario("Installing the packages is enough: the helper runs, is enabled for each boot, and is listed as enabled.")
-def installing(laptop):
-    since = now()
-    laptop.install()
-    took = now() - since
-    state = run("systemctl", "show", "-p", "ActiveState,UnitFileState,NRestarts", HELPER).split()
-    check(state == ["NRestarts=0", "ActiveState=active", "UnitFileState=enabled"], f"the helper's unit is {state}")
-    check(listed() == "[activated enabled]", f"listed as {listed()}")
-    return f"installed in {took:.1f} s"
 
 
 @scenario("The helper works within the limits of its unit: no capability, filtered system calls, no home folders.")

@@ -39,6 +39,11 @@ def run(*command):
     return done.stdout
 
 
+def helper_process():
+    """Returns the process ID of the helper, or 0 if it is not running."""
+    return int(run("systemctl", "show", "-P", "MainPID", HELPER))
+
+
 def flag():
     with open(FLAG, encoding="utf-8") as file:
         return file.read()
@@ -73,7 +78,8 @@ class Laptop(Ports):
         self.unplug_all()
 
     def last_words(self):
-        return run("journalctl", "--no-pager", "-n", "80", "-o", "short-monotonic")
+        outputs = [f"{application.pid}: {application.output()[-3000:]}" for application in self._applications]
+        return "\n".join([*outputs, run("journalctl", "--no-pager", "-n", "80", "-o", "short-monotonic")])
 
     def log_in(self, person):
         """Returns the local session of this user account. Opens it if necessary."""
@@ -104,10 +110,11 @@ class Laptop(Ports):
         In the older version the helper runs as root. Call this before a pad is plugged in, since the current version
         grants its helper the right to mute plugged pads.
         """
-        self.install()
-        run("dpkg", "-P", "ble-kovra-helper")
+        self.purge("ble-kovra-helper")
         subprocess.run(["userdel", "_ble-kovra-helper"], stderr=subprocess.DEVNULL, check=False)
+        run("dpkg", "--force-unsafe-io", "-i", next(path for path in self._packages if path != self._helper_package()))
         self.downgrade_helper()
+        self._is_installed = True
 
     def downgrade_helper(self):
         """Replaces the helper's package by the older version, whose helper runs as root."""

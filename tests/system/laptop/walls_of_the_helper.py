@@ -1,4 +1,4 @@
-"""Scenarios of the helper's user account: what it can access, how it gets its rights, and upgrades from root."""
+"""Scenarios of the helper's user account: what it can access, and how it gets its rights."""
 
 import contextlib
 import os
@@ -8,8 +8,7 @@ import signal
 import stat
 
 from accounting import users_of
-from laptop import AT_ONCE, FLAG, HELPER, flag, may_write_flag, run
-from people import ANNA, BORIS
+from laptop import AT_ONCE, HELPER, helper_process, run
 from running import scenario
 from waiting import Failed, check, now, wait_for
 
@@ -44,18 +43,6 @@ attempt "record a pad" sh -c 'touch "$1" && rm "$1"' sh /run/ble-kovra-helper/pa
 attempt "write to a pad" sh -c "echo 0 >/sys/class/input/PAD/inhibited"
 """
 OWN = ["write into the flag's folder", "record a pad", "write to a pad"]
-
-
-def helper_process():
-    return int(run("systemctl", "show", "-P", "MainPID", HELPER))
-
-
-def log_cursor():
-    return run("journalctl", "-u", HELPER, "-n", "1", "--show-cursor", "--no-pager").rpartition("cursor: ")[2].strip()
-
-
-def log_since(cursor):
-    return run("journalctl", "-u", HELPER, "--after-cursor", cursor, "-o", "cat", "--no-pager")
 
 
 def helpers_user():
@@ -177,56 +164,3 @@ def released_by_the_unit(laptop):
     mouse.unplug()
     laptop.expect_back_after_grace(mouse, one)
     return f"back after {back - since:.2f} s"
-
-
-def mute_by_the_helper_of_root(laptop):
-    """Makes Boris write "on" into his flag, and then mutes a pad with its twin for Anna.
-
-    The older helper, which runs as root, must be installed. Returns the pad, Anna's application and her mouse.
-    """
-    one = laptop.plug_pad(twin=True)
-    boris, anna = laptop.log_in(BORIS), laptop.log_in(ANNA)
-    boris.activate()
-    wait_for(lambda: may_write_flag(boris), "the flag to be Boris's")
-    check(boris.succeeds(f"printf on >'{FLAG}'"), "Boris cannot write his flag")
-    anna.activate()
-    wait_for(lambda: may_write_flag(anna), "the flag to be Anna's")
-    application, mouse = laptop.mute(one)
-    check(user_of_helper() == 0, f"the older helper runs as {user_of_helper()}")
-    return one, application, mouse
-
-
-def expect_taken_over(laptop, one, application, mouse):
-    user = helpers_user()
-    check(user_of_helper() == user, f"the helper runs as {user_of_helper()}")
-    owners = {name: os.stat(os.path.join(os.path.dirname(FLAG), name)).st_uid
-              for name in [".", "state", f"state.left.{BORIS.uid}"]}
-    check(set(owners.values()) == {user}, f"the flag's files belong to {owners}")
-    expect_granted(one)
-    application.expect_running()
-    check(flag() == "on", f"the flag is {flag()!r}")
-    laptop.expect_dead(one)
-    boris = laptop.log_in(BORIS)
-    boris.activate()
-    wait_for(lambda: may_write_flag(boris), "the flag to be Boris's")
-    check(flag() == "on", f"Boris has left 'on' and finds {flag()!r}")
-    laptop.expect_alive(one)
-    laptop.log_in(ANNA).activate()
-    laptop.expect_dead(one)
-    mouse.unplug()
-    laptop.expect_back_after_grace(mouse, one)
-
-
-@scenario("An upgrade from the helper that ran as root unmutes the pad at once, takes over the flags, and mutes the pad "
-          "again.")
-def upgrade_from_root(laptop):
-    laptop.install_helper_of_root()
-    one, application, mouse = mute_by_the_helper_of_root(laptop)
-    cursor, since = log_cursor(), now()
-    laptop.upgrade_helper()
-    for device in one.inputs:
-        laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
-    # The older helper must have unmuted the pad when the upgrade stopped it, so that no helper logs this error.
-    log = log_since(cursor)
-    check("cannot be unmuted" not in log, log[-500:])
-    expect_taken_over(laptop, one, application, mouse)

@@ -52,7 +52,7 @@ class UdevHIDManagerRecoveryTest : public testing::Test {
         rig.bus.updateNode(renamed);
         rig.bus.addNode({.name = rig.bus.nextName(), .product = "added"});
     }
-    // The removal is reported last, after a timeout, because its event never arrives.
+    // A missing node counts as removed only after its event or after a timeout, so its removal is reported last.
     const Reports everythingMissed{"-2 old", "+2 new", "+4 added", "-1 removed"};
 
     // Waits for this many reports, and returns them with all further ones. On a busy machine the last one takes longer

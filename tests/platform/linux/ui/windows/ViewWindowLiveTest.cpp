@@ -180,7 +180,7 @@ TEST_F(ViewWindowLiveTest, KeepsASwitchPressedWhileTheListGrows) {
     EXPECT_EQ(changes, (std::vector<ControlChanged>{{1, {"1"}, false}}));
 }
 
-TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughHundredsOfRebuildsDuringADrag) {
+TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughManyRebuildsDuringADrag) {
     row("7")->setFocus();
     QScrollBar& bar = *list().verticalScrollBar();
     QStyleOptionSlider option;
@@ -196,9 +196,9 @@ TEST_F(ViewWindowLiveTest, KeepsScrollBarAndFocusThroughHundredsOfRebuildsDuring
     user.settle();
     ASSERT_TRUE(bar.isSliderDown());
     int farthest = 0;
-    for (int i = 0; i < 300; ++i) {
-        if (i % 10 == 0) {
-            user.moveTo(grip + QPoint(0, 2 * i / 9));
+    for (int i = 0; i < 100; ++i) {
+        if (i % 5 == 0) {
+            user.moveTo(grip + QPoint(0, 2 * i / 3));
             user.settle();
         }
         const int before = bar.value();
