@@ -31,16 +31,16 @@ def churn(count, name, keep_last=False):
     return kept
 
 
-@scenario("After 300 devices were added and removed and one remains: on. After 300 more and none remains: off.")
+@scenario("After 150 devices were added and removed and one remains: on. After 150 more and none remains: off.")
 def flood_of_events(world):
     world.start(selected=[MADE_UP])
-    last = churn(300, "Kovra Mouse", keep_last=True)
+    last = churn(150, "Kovra Mouse", keep_last=True)
     world.settle()
     # A wrong "off" would be written when a grace period ends. So wait that long before the check.
     world.flag.wait_write("on")
     stay_until(now() + LATEST_OFF)
     check(world.flag.last() == "on", f"one device remains, but the writes were: {world.flag.contents()}")
-    churn(300, "Kovra Mouse")
+    churn(150, "Kovra Mouse")
     since = now()
     last.destroy()
     world.settle()
