@@ -76,7 +76,7 @@ TEST_F(WindowProcessMessagesTest, StartsForAnEventAndStaysUntilItIsReleased) {
 }
 
 TEST_F(WindowProcessMessagesTest, IsNotStartedAgainForAnEventWhenItIsKilled) {
-    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >/dev/null");
+    use("echo >>$here/starts; echo $$ >$here/pid; exec cat <&3 >/dev/null");
     popUp(71);
     waitFor([&] { return pid() > 0; });
     ::kill(pid(), SIGKILL);
@@ -89,7 +89,7 @@ TEST_F(WindowProcessMessagesTest, IsNotStartedAgainForAnEventWhenItIsKilled) {
 }
 
 TEST_F(WindowProcessMessagesTest, DoesNotRepeatAnEventToALaterProcess) {
-    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
+    use("echo >>$here/starts; echo $$ >$here/pid; exec cat <&3 >$here/shown");
     show("state");
     popUp(71);
     waitFor([&] { return read("shown").find("\"x\":71") != std::string::npos; });
@@ -161,7 +161,7 @@ TEST_F(WindowProcessMessagesTest, RemovesOneStateWhileTheOthersStay) {
 }
 
 TEST_F(WindowProcessMessagesTest, ShowsTheRemainingStatesAgainAfterItDied) {
-    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
+    use("echo >>$here/starts; echo $$ >$here/pid; exec cat <&3 >$here/shown");
     const auto closing = window->listenForEnd([&] { window->hideWindow(); });
     show("tip");
     showWindow();

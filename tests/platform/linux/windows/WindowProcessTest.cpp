@@ -81,7 +81,7 @@ exec cat <&3 >/dev/null)");
 }
 
 TEST_F(WindowProcessTest, StartsAgainWhenItIsKilledAndShowsTheNewestState) {
-    use("echo $$ >$here/pid; echo >>$here/starts; exec cat <&3 >$here/shown");
+    use("echo >>$here/starts; echo $$ >$here/pid; exec cat <&3 >$here/shown");
     show("first");
     waitFor([&] { return read("shown").find("first") != std::string::npos; });
     ::kill(pid(), SIGKILL);
