@@ -71,7 +71,7 @@ class ActivateOnExpose : public QObject {
 void bringToFront(QWidget& window, const std::string& activationToken) {
     if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
+    if (!window.isVisible()) window.show();  // from version 6.8, Qt closes an open menu when it shows a visible dialog
     window.raise();
     window.activateWindow();
     if (xServer() == nullptr) return;
