@@ -85,7 +85,7 @@ class DaemonRig {
     std::string runtime() const { return folder_ / "run"; }
 
     MockInputs computer;
-    FlagRig flag;
+    FlagRig flag{TempFolder::Where::disk};  // umockdev takes files below /dev, as those in memory are, for devices
     std::optional<uid_t> activeUser;
     std::set<uid_t> running;
     std::optional<uid_t> askedFor;   // the user whose application was last queried

@@ -23,7 +23,7 @@ inline constexpr const char* folderPath = "/Library/Application Support/ble-kovr
 // unit.
 class FlagRig {
   public:
-    FlagRig() { makeFlagFolder(); }
+    explicit FlagRig(TempFolder::Where where = TempFolder::Where::memory) : root_(where) { makeFlagFolder(); }
 
     // Creates the missing folders of the flag's path, and makes all of its folders writable only by their owner.
     void makeFlagFolder() const {
@@ -86,7 +86,7 @@ class FlagRig {
     }
 
   private:
-    TempFolder root_{TempFolder::Where::memory};
+    TempFolder root_;
     Loop loop_;
     std::unique_ptr<FlagFolder> folder_;
 };

@@ -54,9 +54,13 @@ class Onlooker {
         return {seen.begin(), seen.end()};
     }
 
-    void click(std::uint8_t button, int atX, int atY) {
-        xcb_test_fake_input(x(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, root_, std::int16_t(atX), std::int16_t(atY),
+    void movePointer(int toX, int toY) {
+        xcb_test_fake_input(x(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, root_, std::int16_t(toX), std::int16_t(toY),
                             0);
+        xcb_flush(x());
+    }
+    void click(std::uint8_t button, int atX, int atY) {
+        movePointer(atX, atY);
         xcb_test_fake_input(x(), XCB_BUTTON_PRESS, button, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
         xcb_test_fake_input(x(), XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
         xcb_flush(x());

@@ -44,8 +44,20 @@ class TrayPopupTest : public ItemOnScreen {
     void waitForClosed() {
         waitUntil([&] { return !menu() && isAnswered; });
     }
+    // Moves the pointer onto the menu item that is y pixels below the menu's top edge, or -y pixels above its bottom
+    // edge. Clicks once the item is highlighted. From version 6.8, Qt closes a new menu if it is clicked before that.
     void choose(const Onlooker::Place& opened, int y) {
-        onlooker.click(XCB_BUTTON_INDEX_1, opened.x + 30, y < 0 ? opened.y + opened.height + y : opened.y + y);
+        const int atX = opened.x + 30;
+        const int atY = y < 0 ? opened.y + opened.height + y : opened.y + y;
+        const Onlooker::Place edge{opened.x + 3, atY, 2, 1};  // of the item, where it has no text
+        waitUntil([&] { return onlooker.colors(opened).size() > 10; });
+        const auto before = onlooker.pixels(edge);
+        int steps = 0;
+        waitUntil([&] {
+            onlooker.movePointer(atX + ++steps % 2, atY);
+            return onlooker.pixels(edge) != before;
+        });
+        onlooker.click(XCB_BUTTON_INDEX_1, atX, atY);
     }
     static std::chrono::milliseconds now() {
         return std::chrono::duration_cast<std::chrono::milliseconds>(
