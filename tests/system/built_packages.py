@@ -19,10 +19,12 @@ def build():
         raise PackagesMissing("the Debian packages were not built")
 
 
-def paths():
-    """Returns the paths of the packages. Builds the packages first if there are none."""
-    def built():
-        return [str(path) for path in FOLDER.glob("ble-kovra*.deb") if "dbgsym" not in path.name]
-    if not built():
+def paths(folder=FOLDER):
+    """Returns the paths of the packages in a folder. Builds the packages first if FOLDER has none."""
+    def found():
+        return [str(path) for path in folder.resolve().glob("ble-kovra*.deb") if "dbgsym" not in path.name]
+    if not found() and folder == FOLDER:
         build()
-    return built()
+    if not found():
+        raise PackagesMissing(f"there are no packages in {folder}")
+    return found()

@@ -28,6 +28,8 @@ def main():
     parser.add_argument("--only", action="append", default=[], metavar="NAME", help="run this scenario; may be repeated")
     parser.add_argument("--machine", choices=list(MACHINES), help="boot this machine alone")
     parser.add_argument("--built", action="store_true", help="take the packages that were built last")
+    parser.add_argument("--earlier", type=pathlib.Path, metavar="FOLDER",
+                        help="let the scenario \"upgrade\" begin with the packages in this folder")
     parser.add_argument("--keep", action="store_true", help="keep the machines' logs, also when all went well")
     arguments = parser.parse_args()
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-system-"))
@@ -45,6 +47,7 @@ def main():
         for name in chosen:
             if MACHINES[name] == LAPTOP:
                 task["packages"] = built_packages.paths()
+                task["earlier"] = built_packages.paths(arguments.earlier) if arguments.earlier else []
             say(f"starting the machine {name}")
             play(Machine(machine_kernel, logs / name, MACHINES[name]), {**task, "machine": name}, tally, name)
     except (kernel.KernelMissing, BusyboxMissing, built_packages.PackagesMissing) as failure:

@@ -13,11 +13,13 @@ PREFERENCES = ".config/ble-kovra/preferences.json"
 
 class Application:
     def __init__(self, session, **choices):
+        """Without choices, the preferences stay as they are."""
         person = session.person
         path = person.home / PREFERENCES
-        program.write_preferences(path, **choices)
-        for made in [path, *path.parents[:2]]:
-            os.chown(made, person.uid, person.uid)
+        if choices:
+            program.write_preferences(path, **choices)
+            for made in [path, *path.parents[:2]]:
+                os.chown(made, person.uid, person.uid)
         self._errors = person.home / "stderr"
         self._errors.unlink(missing_ok=True)
         self.pid = int(session.run(f"{BINARY} </dev/null >/dev/null 2>{self._errors} & echo $!"))

@@ -55,11 +55,11 @@ def may_write_flag(session):
 
 
 class Laptop(Ports):
-    def __init__(self, host, packages):
+    def __init__(self, host, packages, earlier=()):
         super().__init__(host)
         self.inhibitions = Inhibitions()
-        self._packages, self._is_installed = packages, False
-        host_packages.keep_named(packages)
+        self._packages, self._earlier, self._is_installed = packages, earlier, False
+        host_packages.keep_named([*packages, *earlier])
         self._sessions, self._applications = {}, []
 
     def prepare(self):
@@ -101,6 +101,14 @@ class Laptop(Ports):
         run("dpkg", "-P", *packages)
         self._is_installed = False
 
+    def install_earlier(self):
+        """Installs the earlier packages, for example those of another release. If none are given, calls install()."""
+        if not self._earlier:
+            self.install()
+            return
+        run("dpkg", "--force-unsafe-io", "-i", *self._earlier)
+        self._is_installed = True
+
     def reinstall(self):
         """Installs the packages, even if they are installed. Returns the output of dpkg."""
         output = run("dpkg", "--force-unsafe-io", "-i", *self._packages)
@@ -133,9 +141,15 @@ class Laptop(Ports):
     def start(self, session=None, **choices):
         """Starts the application, by default in Anna's session with the mouse chosen."""
         self.install()
-        started = Application(session or self.log_in(ANNA), **(choices or {"selected": CHOSEN}))
-        self._applications.append(started)
-        return started
+        return self._started(Application(session or self.log_in(ANNA), **(choices or {"selected": CHOSEN})))
+
+    def start_again(self):
+        """Starts the application in Anna's session with the preferences that she has."""
+        return self._started(Application(self.log_in(ANNA)))
+
+    def _started(self, application):
+        self._applications.append(application)
+        return application
 
     def start_and_wait_for_write(self):
         """Waits until Anna may write the flag, then starts her application and waits until it has written the flag."""

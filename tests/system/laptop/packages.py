@@ -1,4 +1,4 @@
-"""Scenarios in which the packages are installed, reinstalled or purged, most of them while a touchpad is muted."""
+"""Scenarios in which the packages are installed, upgraded or purged, most of them while a touchpad is muted."""
 
 import os
 import pathlib
@@ -18,13 +18,26 @@ TRACES = ["Library", "Applications", "run/ble-kovra-helper", "usr/bin/ble-kovra"
           "var/lib/systemd/deb-systemd-helper-*/*/ble-kovra*", "var/lib/dpkg/info/ble-kovra*"]
 
 
-@scenario("A reinstallation while a pad is muted disturbs neither the application nor its flag; the pad is muted again.")
+@scenario("An upgrade while a pad is muted disturbs neither the application nor its flag; the pad is muted again. The new "
+          "application has the same choices.")
 def upgrade(laptop):
-    one = laptop.plug_pad()
+    laptop.install_earlier()
+    one = laptop.plug_pad(twin=True)
     application, mouse = laptop.mute(one)
+    since = now()
     laptop.reinstall()
+    for device in one.inputs:
+        laptop.inhibitions.wait(device, True, laptop.inhibitions.wait(device, False, since))
     application.expect_running()
     check(flag() == "on", f"the flag is {flag()!r}")
+    laptop.expect_dead(one)
+    state = run("systemctl", "show", "-p", "ActiveState,UnitFileState", HELPER).split()
+    check(state == ["ActiveState=active", "UnitFileState=enabled"], f"the helper's unit is {state}")
+
+    since = now()
+    application.kill()
+    laptop.expect_back_at_once(since, one)
+    laptop.start_again()
     laptop.expect_dead(one)
     mouse.unplug()
     laptop.expect_back_after_grace(mouse, one)

@@ -17,4 +17,4 @@ def run(host, task):
     modules = MODULES[task["machine"]]
     for name in modules:
         importlib.import_module(name)
-    run_all(host, Laptop(host, task["packages"]), task["only"], modules)
+    run_all(host, Laptop(host, task["packages"], task["earlier"]), task["only"], modules)
