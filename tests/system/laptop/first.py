@@ -7,7 +7,7 @@ import sys
 sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "guest"))
 
 import in_machine
-from people import EVERYBODY
+from people import ADMINISTRATOR, EVERYBODY, STORED_PASSWORD
 
 SYSTEMD = "/usr/lib/systemd/systemd"
 UNITS = pathlib.Path("/usr/lib/systemd/system")
@@ -100,13 +100,19 @@ def write_units():
 
 
 def write_people():
-    """Adds the user accounts of the laptop, which log in without a password."""
+    """Adds the user accounts of the laptop, which log in without a password. One of them is polkit's administrator."""
     with open("/etc/passwd", "a", encoding="utf-8") as passwd, open("/etc/group", "a", encoding="utf-8") as group:
         for user in EVERYBODY:
             passwd.write(f"{user.name}:x:{user.uid}:{user.uid}::{user.home}:/bin/sh\n")
             group.write(f"{user.name}:x:{user.uid}:\n")
             user.home.mkdir(parents=True)
             os.chown(user.home, user.uid, user.uid)
+    shadow = pathlib.Path("/etc/shadow")
+    shadow.unlink()  # it may be unreadable, and so could not be appended to
+    shadow.touch(mode=0o640)
+    shadow.write_text(f"root:*:19000:0:99999:7:::\n{ADMINISTRATOR.name}:{STORED_PASSWORD}:19000:0:99999:7:::\n")
+    pathlib.Path("/etc/polkit-1/rules.d/00-administrator.rules").write_text(
+        f'polkit.addAdminRule(function() {{ return ["unix-user:{ADMINISTRATOR.name}"]; }});\n')
     pathlib.Path("/etc/pam.d/kovra-seat").write_text(
         "auth required pam_permit.so\naccount required pam_permit.so\nsession required pam_systemd.so\n")
     # The host's PAM file for user@.service may refuse accounts without a password.

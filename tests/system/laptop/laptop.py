@@ -138,10 +138,11 @@ class Laptop(Ports):
     def _helper_package(self):
         return next(path for path in self._packages if "ble-kovra-helper_" in path)
 
-    def start(self, session=None, **choices):
-        """Starts the application, by default in Anna's session with the mouse chosen."""
-        self.install()
-        return self._started(Application(session or self.log_in(ANNA), **(choices or {"selected": CHOSEN})))
+    def start(self, session=None, display=None, with_helper=True, **choices):
+        """Starts the application, by default in Anna's session without a screen and with the mouse chosen."""
+        if with_helper:
+            self.install()
+        return self._started(Application(session or self.log_in(ANNA), display, **(choices or {"selected": CHOSEN})))
 
     def start_again(self):
         """Starts the application in Anna's session with the preferences that she has."""

@@ -9,7 +9,7 @@ from running import run_all
 MODULES = {
     "laptop": ["ground", "muting", "ends", "switching", "attacks", "storms", "left_files", "hidden_processes",
                "hanging", "bad_days"],
-    "installation": ["versions", "walls_of_the_helper", "installed", "packages"],
+    "installation": ["versions", "walls_of_the_helper", "installed", "activation", "packages"],
 }
 
 
