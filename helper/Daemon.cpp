@@ -54,7 +54,10 @@ bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
 // Searches for the application even while the flag says "off". The search takes milliseconds, and muting would have to
 // wait for it after the flag has changed to "on".
 bool Daemon::shouldMute(std::optional<uid_t> user) {
-    if (user) return session_.isApplicationRunning(*user) && flag_.isOn();
+    if (user) {
+        const auto start = session_.applicationStart(*user);
+        return start && flag_.isOn(*start);
+    }
     session_.releaseApplication();
     return false;
 }

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "helper/Backoff.h"
+#include "helper/BootTime.h"
 #include "helper/ClockWatch.h"
 #include "helper/Loop.h"
 #include "helper/flag/FlagFolder.h"
@@ -17,13 +18,14 @@
 namespace kovra::helper {
 
 // Mutes the touchpads while all of these conditions hold: a user is at the machine, that user's application is running,
-// and the flag belongs to that user and says "on".
+// and the flag belongs to that user and says "on" since that application was started.
 class Daemon {
   public:
     // The daemon's access to the login manager and to the list of processes.
     struct Session {
         std::function<std::optional<uid_t>()> activeUser;
-        std::function<bool(uid_t)> isApplicationRunning;
+        // When the user's application was started. Nothing if it is not running.
+        std::function<std::optional<BootTime>(uid_t)> applicationStart;
         std::function<void()> releaseApplication;  // stops watching the application's process
     };
 

@@ -94,7 +94,7 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const Early
     Touchpads touchpads(loop);
     Daemon daemon(loop,
                   {.activeUser = [&] { return user.current(); },
-                   .isApplicationRunning = [&](uid_t owner) { return application.isRunning(owner); },
+                   .applicationStart = [&](uid_t owner) { return application.startOf(owner); },
                    .releaseApplication = [&] { application.release(); }},
                   *flag, touchpads, muter);
     user.onChange = application.onChange = [&] { daemon.evaluate(); };

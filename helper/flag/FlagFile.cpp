@@ -12,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -66,6 +67,13 @@ FlagFile::Content FlagFile::content() const {
     std::array<char, 4> text{};  // longer than "on", so that further bytes are noticed
     const ssize_t size = ::pread(file_.number(), text.data(), text.size(), 0);
     return size == 2 && text[0] == 'o' && text[1] == 'n' ? Content::on : Content::off;
+}
+
+WordCheck::Version FlagFile::version() const {
+    struct stat status {};
+    ::fstat(file_.number(), &status);
+    const timespec& written = status.st_mtim;
+    return {status.st_ino, std::chrono::seconds(written.tv_sec) + std::chrono::nanoseconds(written.tv_nsec)};
 }
 
 bool FlagFile::isOnAWritableDisk() const {

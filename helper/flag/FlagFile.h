@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "helper/Descriptor.h"
+#include "helper/flag/WordCheck.h"
 
 namespace kovra::helper {
 
@@ -22,6 +23,8 @@ class FlagFile {
 
     // "on" if the file consists of exactly these two bytes, else "off". Reads at most four bytes.
     Content content() const;
+    // Which file it is, and when it was last written.
+    WordCheck::Version version() const;
     // If the file is longer than three bytes, the length of "off", or takes more than 4 KiB on the disk: truncates it
     // to at most three bytes, and frees space that was allocated beyond its end. Does not change content(). Ignores
     // failures.

@@ -112,10 +112,10 @@ bool FlagFolder::isWritableBy(std::optional<uid_t> user) const {
     return flag && flag->isWritableBy(user);
 }
 
-bool FlagFolder::isOn() const {
+bool FlagFolder::isOn(BootTime since) {
     const auto flag = FlagFile::open(folder_.number(), flagName, trust_.owner);
     return isFlagWatched_ && flag && flag->isOnAWritableDisk() && !flag->hasOtherNameIn(folder_.number(), flagName) &&
-           flag->content() == FlagFile::Content::on;
+           flag->content() == FlagFile::Content::on && word_.isWrittenSince(since, flag->version());
 }
 
 int FlagFolder::watchFlag() {

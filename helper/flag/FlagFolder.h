@@ -11,10 +11,12 @@
 #include <string>
 #include <utility>
 
+#include "helper/BootTime.h"
 #include "helper/Descriptor.h"
 #include "helper/Loop.h"
 #include "helper/PacedWatch.h"
 #include "helper/flag/LeftFiles.h"
+#include "helper/flag/WordCheck.h"
 
 namespace kovra::helper {
 
@@ -59,8 +61,9 @@ class FlagFolder {
     bool isFlagOf(std::optional<uid_t> user) const;
     // Whether the flag is a regular file of the owner with exactly the two bytes "on", and has no other hard link in
     // the folder. A flag that cannot be watched counts as "off", because a later "off" would go unnoticed. So does one
-    // on a read-only disk, because "off" could not be written.
-    bool isOn() const;
+    // on a read-only disk, because "off" could not be written. A word that was written before `since`, the start of the
+    // application, counts as "off" too: an earlier application that was killed has left it.
+    bool isOn(BootTime since = BootTime::zero());
 
     // Called when the flag may have changed or was replaced, including by handOver().
     std::function<void()> onChange;
@@ -94,6 +97,7 @@ class FlagFolder {
     int folderWd_ = -1;
     int flagWd_ = -1;
     std::unique_ptr<LeftFilesWatch> leftFiles_;
+    WordCheck word_;
     bool isFlagWatched_ = false;  // also true if there is no flag that could be watched
 };
 

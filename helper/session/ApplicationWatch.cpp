@@ -5,11 +5,13 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstring>
-#include <map>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "helper/Handles.h"
 #include "helper/session/ApplicationProcess.h"
@@ -25,9 +27,15 @@ bool hasEnded(const Descriptor& pidfd) {
     return ::poll(&event, 1, 0) != 0;
 }
 
-// Returns the processes that look like the user's application, each with its parent.
-std::map<pid_t, pid_t> applicationsOf(uid_t user) {
-    std::map<pid_t, pid_t> found;
+struct Candidate {
+    BootTime start;
+    pid_t number;
+    pid_t parent;
+};
+
+// Returns the processes that look like the user's application, in the order of their starts.
+std::vector<Candidate> applicationsOf(uid_t user) {
+    std::vector<Candidate> found;
     const Handle<DIR, ::closedir> list(::opendir("/proc"));
     if (!list) return found;
     while (const dirent* entry = ::readdir(list.get())) {
@@ -35,17 +43,20 @@ std::map<pid_t, pid_t> applicationsOf(uid_t user) {
         const char* end = entry->d_name + std::strlen(entry->d_name);
         const auto number = std::from_chars(entry->d_name, end, process);
         if (number.ec != std::errc() || number.ptr != end) continue;
-        if (const auto status = applicationOf(user, process)) found.emplace(process, status->parent);
+        const auto status = applicationOf(user, process);
+        const auto start = status ? processStart(process) : std::nullopt;
+        if (start) found.push_back({*start, process, status->parent});
     }
+    std::ranges::stable_sort(found, {}, &Candidate::start);
     return found;
 }
 
 }  // namespace
 
-bool ApplicationWatch::isRunning(uid_t user) {
-    if (pidfd_.isOpen() && user_ == user && !hasEnded(pidfd_) && applicationOf(user, pid_)) return true;
-    release();
-    return search(user);
+std::optional<BootTime> ApplicationWatch::startOf(uid_t user) {
+    const bool isWatched = pidfd_.isOpen() && user_ == user && !hasEnded(pidfd_) && applicationOf(user, pid_);
+    if (!isWatched) release();
+    return isWatched || search(user) ? std::optional(start_) : std::nullopt;
 }
 
 void ApplicationWatch::release() {
@@ -70,16 +81,20 @@ bool ApplicationWatch::search(uid_t user) {
 
 bool ApplicationWatch::watchProcessOf(uid_t user) {
     const auto applications = applicationsOf(user);
-    for (const auto& [number, parent] : applications) {
-        // This process is a child of the application, and is about to execute another program.
-        if (applications.contains(parent)) continue;
+    for (const Candidate& candidate : applications) {
+        // A child of the application is about to execute another program.
+        const auto isParent = [&](const Candidate& other) { return other.number == candidate.parent; };
+        if (std::ranges::any_of(applications, isParent)) continue;
         // The number may have been reused since the search, so the process is checked once more. If the pidfd's process
         // is still running after that check, it is the one that was checked. The system call is used because glibc 2.36
         // declares pidfd_open() without C linkage.
-        Descriptor pidfd(static_cast<int>(::syscall(SYS_pidfd_open, number, 0)));
-        if (!pidfd.isOpen() || !applicationOf(user, number) || hasEnded(pidfd)) continue;
+        Descriptor pidfd(static_cast<int>(::syscall(SYS_pidfd_open, candidate.number, 0)));
+        if (!pidfd.isOpen() || !applicationOf(user, candidate.number)) continue;
+        const auto start = processStart(candidate.number);
+        if (!start || hasEnded(pidfd)) continue;
         pidfd_ = std::move(pidfd);
-        pid_ = number;
+        pid_ = candidate.number;
+        start_ = *start;
         user_ = user;
         watch_ = loop_.onReadable(pidfd_.number(), [this] { processEnded(); });
         return true;
@@ -89,17 +104,15 @@ bool ApplicationWatch::watchProcessOf(uid_t user) {
 
 void ApplicationWatch::processEnded() {
     release();
-    if (search(user_))
-        recheckAfter(100ms);
-    else if (onChange)
-        onChange();
+    if (search(user_)) recheckAfter(100ms);
+    if (onChange) onChange();
 }
 
 // The process that was found may be a child of the killed application that has yet to execute another program. Without
 // its parent it looks like the application until then.
 void ApplicationWatch::recheckAfter(std::chrono::milliseconds delay) {
     recheck_ = loop_.after(delay, [this, delay] {
-        if (!isRunning(user_)) {
+        if (!startOf(user_)) {
             if (onChange) onChange();
         } else if (delay < 10s) {
             recheckAfter(10 * delay);

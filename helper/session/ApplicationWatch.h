@@ -5,7 +5,9 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
+#include "helper/BootTime.h"
 #include "helper/Descriptor.h"
 #include "helper/Loop.h"
 #include "helper/RateLimit.h"
@@ -30,15 +32,15 @@ class ApplicationWatch {
   public:
     explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
 
-    // Returns whether the application is running, and starts watching its process. A stopped process, or one that does
-    // not respond, counts as running. Returns false if the search is put off.
-    bool isRunning(uid_t user);
-    // Stops watching. onChange is not called until isRunning() is called again.
+    // Returns when the user's running application was started, and starts watching its process. A stopped process, or
+    // one that does not respond, counts as running. If there are several, it is the one that was started first. Returns
+    // nothing if none is running or the search is put off.
+    std::optional<BootTime> startOf(uid_t user);
+    // Stops watching. onChange is not called until startOf() is called again.
     void release();
 
-    // Called when the watched process has ended and no other process of the user that looks like the application was
-    // found. Also called when a later check rules out a process that only looked like it, and when a search that was
-    // put off has found the application.
+    // Called when the watched process has ended. Also called when a later check rules out a process that only looked
+    // like the application, and when a search that was put off has found the application.
     std::function<void()> onChange;
 
   private:
@@ -50,6 +52,7 @@ class ApplicationWatch {
     Loop& loop_;
     uid_t user_ = 0;
     pid_t pid_ = 0;
+    BootTime start_{0};
     Descriptor pidfd_;
     std::unique_ptr<Loop::Watch> watch_;
     std::unique_ptr<Loop::Watch> recheck_;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <system_error>
@@ -43,6 +44,21 @@ std::optional<std::uint32_t> takeNumber(std::string_view& text) {
     return value;
 }
 
+// Reads a file of /proc. Returns nothing if that fails, or if the file is longer than the longest status.
+std::optional<std::string> contentOf(const std::string& path) {
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen()) return std::nullopt;
+    std::string text;
+    std::array<char, 4096> part{};
+    while (text.size() <= longestStatus) {
+        const ssize_t size = ::read(file.number(), part.data(), part.size());
+        if (size < 0) return std::nullopt;
+        if (size == 0) return text;
+        text.append(part.data(), static_cast<std::size_t>(size));
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
@@ -61,18 +77,30 @@ std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
 }
 
 std::optional<ProcessStatus> processStatus(pid_t process) {
-    const std::string path = "/proc/" + std::to_string(process) + "/status";
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file.isOpen()) return std::nullopt;
-    std::string text;
-    std::array<char, 4096> part{};
-    while (text.size() <= longestStatus) {
-        const ssize_t size = ::read(file.number(), part.data(), part.size());
-        if (size < 0) return std::nullopt;
-        if (size == 0) return parseProcessStatus(text);
-        text.append(part.data(), static_cast<std::size_t>(size));
+    const auto text = contentOf("/proc/" + std::to_string(process) + "/status");
+    return text ? parseProcessStatus(*text) : std::nullopt;
+}
+
+std::optional<BootTime> parseProcessStart(std::string_view text) {
+    // The second field, the name, is in parentheses, and may contain any characters. Each later field begins with a
+    // space. The start is the 22nd.
+    const auto nameEnd = text.rfind(')');
+    if (nameEnd == std::string_view::npos) return std::nullopt;
+    text.remove_prefix(nameEnd);
+    for (int number = 3; number <= 22; ++number) {
+        const auto space = text.find(' ');
+        if (space == std::string_view::npos) return std::nullopt;
+        text.remove_prefix(space + 1);
     }
-    return std::nullopt;
+    std::int64_t ticks = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), ticks);
+    if (error != std::errc() || ticks < 0) return std::nullopt;
+    return ticks * BootTime(std::chrono::seconds(1)) / ::sysconf(_SC_CLK_TCK);
+}
+
+std::optional<BootTime> processStart(pid_t process) {
+    const auto text = contentOf("/proc/" + std::to_string(process) + "/stat");
+    return text ? parseProcessStart(*text) : std::nullopt;
 }
 
 }  // namespace kovra::helper

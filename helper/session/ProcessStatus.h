@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "helper/BootTime.h"
+
 namespace kovra::helper {
 
 // A part of what the kernel states about a process in /proc/PID/status.
@@ -22,6 +24,12 @@ struct ProcessStatus {
 // Parses the text of /proc/PID/status. Returns nothing if it lacks the name, or a valid number of the parent, the real
 // user or the effective user.
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
+
+// When a process was started, from the text of /proc/PID/stat, to 10 ms. Nothing if the text is damaged.
+std::optional<BootTime> parseProcessStart(std::string_view text);
+
+// Reads when a process was started. Returns nothing if the process does not exist any more.
+std::optional<BootTime> processStart(pid_t process);
 
 // Reads the status of a process. Returns nothing if the process does not exist any more, or if its status cannot be
 // read or is longer than 64 KiB.

@@ -37,7 +37,7 @@ class DaemonHandOverTest : public testing::Test {
                                               evaluations.push_back(std::chrono::steady_clock::now());
                                               return rig.activeUser;
                                           },
-                                      .isApplicationRunning = [](uid_t) { return true; },
+                                      .applicationStart = [](uid_t) { return BootTime::zero(); },
                                       .releaseApplication = [] {}};
         rig.daemon =
             std::make_unique<Daemon>(rig.flag.loop(), session, rig.flag.folder(), *rig.touchpads, *rig.muter, pauses);

@@ -100,12 +100,12 @@ class DaemonRig {
                         ++looks;
                         return activeUser;
                     },
-                .isApplicationRunning =
-                    [this](uid_t user) {
-                        askedFor = user;
-                        wasMutedWhenAsked = is("1");
-                        return running.contains(user);
-                    },
+                .applicationStart = [this](uid_t user) -> std::optional<BootTime> {
+                    askedFor = user;
+                    wasMutedWhenAsked = is("1");
+                    if (!running.contains(user)) return std::nullopt;
+                    return BootTime::zero();
+                },
                 .releaseApplication = [this] { ++releases; }};
     }
 

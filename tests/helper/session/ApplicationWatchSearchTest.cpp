@@ -14,10 +14,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Returns the number of bytes that one call of isRunning() reads.
+// Returns the number of bytes that one call of startOf() reads.
 long costOf(ApplicationWatchRig& rig, uid_t user) {
     const long before = bytesRead();
-    rig.watch.isRunning(user);
+    rig.watch.startOf(user);
     return bytesRead() - before;
 }
 
@@ -38,14 +38,14 @@ TEST(ApplicationWatchSearchTest, SearchesAllProcessesAtMostTwiceASecondAfterAFew
 TEST(ApplicationWatchSearchTest, ReportsAnApplicationThatStartsWhileSearchesArePutOff) {
     inPrivateMachine([](uid_t user) {
         ApplicationWatchRig rig;
-        for (int i = 0; i < 20; ++i) EXPECT_FALSE(rig.watch.isRunning(user));
+        for (int i = 0; i < 20; ++i) EXPECT_FALSE(rig.watch.startOf(user));
         const WaitingProcess application(user, named("ble-kovra"));
         const auto started = std::chrono::steady_clock::now();
-        if (!rig.watch.isRunning(user)) {
+        if (!rig.watch.startOf(user)) {
             EXPECT_TRUE(rig.gotChange());
         }
         EXPECT_LT(std::chrono::steady_clock::now() - started, 1s);
-        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.watch.startOf(user));
         // The application that was found late is watched like any other.
         application.kill();
         EXPECT_TRUE(rig.gotChange());
@@ -55,7 +55,7 @@ TEST(ApplicationWatchSearchTest, ReportsAnApplicationThatStartsWhileSearchesAreP
 TEST(ApplicationWatchSearchTest, ForgetsASearchThatWasPutOffAtARelease) {
     inPrivateMachine([](uid_t user) {
         ApplicationWatchRig rig;
-        for (int i = 0; i < 20; ++i) EXPECT_FALSE(rig.watch.isRunning(user));
+        for (int i = 0; i < 20; ++i) EXPECT_FALSE(rig.watch.startOf(user));
         rig.watch.release();
         const WaitingProcess application(user, named("ble-kovra"));
         EXPECT_TRUE(rig.gotNothingFor(600ms));

@@ -12,6 +12,7 @@
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/ProcessName.h"
 #include "tests/helper/session/ApplicationWatchRig.h"
+#include "tests/helper/session/WaitingProcess.h"
 
 // An application that starts a program. Until it is executed, the child looks like another application.
 
@@ -19,9 +20,6 @@ namespace kovra::helper {
 namespace {
 
 using namespace std::chrono_literals;
-
-// Gives the next process this number.
-void numberNext(pid_t number) { writeFile("/proc/sys/kernel/ns_last_pid", std::to_string(number - 1)); }
 
 TEST(ApplicationWatchStartedProgramTest, WatchesTheApplicationAndNotTheProgramThatItIsStarting) {
     inPrivateMachine([](uid_t user) {
@@ -51,7 +49,7 @@ TEST(ApplicationWatchStartedProgramTest, WatchesTheApplicationAndNotTheProgramTh
             return false;
         };
         ASSERT_TRUE(is(500, "ble-kovra") && is(400, "ble-kovra"));
-        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.watch.startOf(user));
         EXPECT_EQ(::write(becomes[1], "x", 1), 1);
         ASSERT_TRUE(is(400, "xdg-open"));
         ::kill(application, SIGKILL);
@@ -103,12 +101,13 @@ TEST(ApplicationWatchStartedProgramTest, RecognizesTheProgramThatAKilledApplicat
         for (const auto delay : {10ms, 400ms}) {
             ApplicationWatchRig rig;
             const ApplicationThatStartsAProgram application(user);
-            EXPECT_TRUE(rig.watch.isRunning(user));
+            EXPECT_TRUE(rig.watch.startOf(user));
             application.kill();
+            EXPECT_TRUE(rig.gotChange());
             EXPECT_TRUE(rig.gotNothingFor(delay));
             application.executeProgram();
             EXPECT_TRUE(rig.gotChange());
-            EXPECT_FALSE(rig.watch.isRunning(user));
+            EXPECT_FALSE(rig.watch.startOf(user));
         }
     });
 }
@@ -117,9 +116,9 @@ TEST(ApplicationWatchStartedProgramTest, DoesNotCheckAgainAfterARelease) {
     inPrivateMachine([](uid_t user) {
         ApplicationWatchRig rig;
         const ApplicationThatStartsAProgram application(user);
-        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.watch.startOf(user));
         application.kill();
-        EXPECT_TRUE(rig.gotNothingFor(10ms));
+        EXPECT_TRUE(rig.gotChange());
         rig.watch.release();
         application.executeProgram();
         EXPECT_TRUE(rig.gotNothingFor(300ms));

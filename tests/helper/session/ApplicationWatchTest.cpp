@@ -1,10 +1,12 @@
 #include "helper/session/ApplicationWatch.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <string>
 
+#include "helper/session/ProcessStatus.h"
 #include "tests/helper/AsRoot.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/ProcessName.h"
@@ -19,14 +21,14 @@ TEST(ApplicationWatchTest, ReportsTheEndOfTheApplicationHoweverItEnds) {
     inPrivateMachine([](uid_t user) {
         for (const int signal : {SIGKILL, SIGTERM, SIGABRT}) {
             ApplicationWatchRig rig;
-            EXPECT_FALSE(rig.watch.isRunning(user));
+            EXPECT_FALSE(rig.watch.startOf(user));
             const WaitingProcess application(user, named("ble-kovra"));
-            EXPECT_TRUE(rig.watch.isRunning(user));
-            EXPECT_TRUE(rig.watch.isRunning(user));
+            EXPECT_TRUE(rig.watch.startOf(user));
+            EXPECT_TRUE(rig.watch.startOf(user));
             EXPECT_TRUE(rig.gotNothing());
             application.signal(signal);
             EXPECT_TRUE(rig.gotChange());
-            EXPECT_FALSE(rig.watch.isRunning(user));  // a zombie counts as ended
+            EXPECT_FALSE(rig.watch.startOf(user));  // a zombie counts as ended
             EXPECT_TRUE(rig.gotNothing());
         }
     });
@@ -37,13 +39,30 @@ TEST(ApplicationWatchTest, WatchesAnotherApplicationOfTheUserNext) {
         ApplicationWatchRig rig;
         const WaitingProcess one(user, named("ble-kovra"));
         const WaitingProcess other(user, named("ble-kovra"));
-        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.watch.startOf(user));
         one.kill();
+        EXPECT_TRUE(rig.gotChange());
+        EXPECT_TRUE(rig.watch.startOf(user));
         EXPECT_TRUE(rig.gotNothing());
-        EXPECT_TRUE(rig.watch.isRunning(user));
         other.kill();
         EXPECT_TRUE(rig.gotChange());
-        EXPECT_FALSE(rig.watch.isRunning(user));
+        EXPECT_FALSE(rig.watch.startOf(user));
+    });
+}
+
+TEST(ApplicationWatchTest, WatchesTheApplicationThatWasStartedFirst) {
+    inPrivateMachine([](uid_t user) {
+        numberNext(500);
+        const WaitingProcess first(user, named("ble-kovra"));
+        ::usleep(20'000);  // the kernel counts the time of a start in steps of 10 ms
+        numberNext(400);   // so that /proc lists the next process first
+        const WaitingProcess second(user, named("ble-kovra"));
+        ApplicationWatchRig rig;
+        EXPECT_NE(processStart(first.number()), processStart(second.number()));
+        EXPECT_EQ(rig.watch.startOf(user), processStart(first.number()));
+        second.kill();
+        EXPECT_TRUE(rig.gotNothing());
+        EXPECT_EQ(rig.watch.startOf(user), processStart(first.number()));
     });
 }
 
@@ -52,7 +71,7 @@ TEST(ApplicationWatchTest, IgnoresProcessesWithOtherNames) {
         ApplicationWatchRig rig;
         for (const std::string name : {"ble-kovra-ui", "ble-kovra-helper", "ble-kovr", "xble-kovra", "BLE-kovra", ""}) {
             const WaitingProcess process(user, named(name));
-            EXPECT_FALSE(rig.watch.isRunning(user)) << name;
+            EXPECT_FALSE(rig.watch.startOf(user)) << name;
         }
     });
 }
@@ -61,10 +80,10 @@ TEST(ApplicationWatchTest, IgnoresApplicationsOfOtherUsers) {
     inPrivateMachine([](uid_t user) {
         ApplicationWatchRig rig;
         const WaitingProcess application(user, named("ble-kovra"));
-        EXPECT_FALSE(rig.watch.isRunning(bob));
-        EXPECT_TRUE(rig.watch.isRunning(user));
-        EXPECT_FALSE(rig.watch.isRunning(bob));
-        EXPECT_FALSE(rig.watch.isRunning(user + 1));
+        EXPECT_FALSE(rig.watch.startOf(bob));
+        EXPECT_TRUE(rig.watch.startOf(user));
+        EXPECT_FALSE(rig.watch.startOf(bob));
+        EXPECT_FALSE(rig.watch.startOf(user + 1));
         application.kill();
         EXPECT_TRUE(rig.gotNothing());
     });
@@ -76,8 +95,8 @@ TEST(ApplicationWatchTest, IgnoresProcessesThatActForAnotherUser) {
             ApplicationWatchRig rig;
             const WaitingProcess actsForRoot(bob, 0, named("ble-kovra"));
             const WaitingProcess rootActs(0, bob, named("ble-kovra"));
-            EXPECT_FALSE(rig.watch.isRunning(bob));
-            EXPECT_FALSE(rig.watch.isRunning(0));
+            EXPECT_FALSE(rig.watch.startOf(bob));
+            EXPECT_FALSE(rig.watch.startOf(0));
         });
     });
 }
@@ -87,10 +106,10 @@ TEST(ApplicationWatchTest, CountsAStoppedProcessAsRunningAndAZombieAsEnded) {
         ApplicationWatchRig rig;
         const WaitingProcess application(user, named("ble-kovra"));
         application.signal(SIGSTOP);
-        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.watch.startOf(user));
         EXPECT_TRUE(rig.gotNothing());
         application.kill();
-        EXPECT_FALSE(rig.watch.isRunning(user));
+        EXPECT_FALSE(rig.watch.startOf(user));
         EXPECT_TRUE(rig.gotNothing());
     });
 }
@@ -99,11 +118,11 @@ TEST(ApplicationWatchTest, DoesNotReportTheEndAfterARelease) {
     inPrivateMachine([](uid_t user) {
         ApplicationWatchRig rig;
         const WaitingProcess application(user, named("ble-kovra"));
-        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.watch.startOf(user));
         rig.watch.release();
         application.kill();
         EXPECT_TRUE(rig.gotNothing());
-        EXPECT_FALSE(rig.watch.isRunning(user));
+        EXPECT_FALSE(rig.watch.startOf(user));
     });
 }
 
@@ -111,11 +130,11 @@ TEST(ApplicationWatchTest, ReleasesAProcessThatHasBecomeAnotherProgram) {
     inPrivateMachine([](uid_t user) {
         takeName("ble-kovra");
         ApplicationWatchRig rig;
-        EXPECT_TRUE(rig.watch.isRunning(0));
+        EXPECT_TRUE(rig.watch.startOf(0));
         takeName("another");
-        EXPECT_FALSE(rig.watch.isRunning(0));
+        EXPECT_FALSE(rig.watch.startOf(0));
         const WaitingProcess application(user, named("ble-kovra"));
-        EXPECT_TRUE(rig.watch.isRunning(user));
+        EXPECT_TRUE(rig.watch.startOf(user));
     });
 }
 

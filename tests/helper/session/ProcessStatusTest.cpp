@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <ctime>
 #include <functional>
 #include <numeric>
 #include <string>
@@ -80,6 +83,41 @@ TEST(ProcessStatusTest, IsEmptyForADamagedText) {
           "Name:\tx\nPPid:\t1\nUid:\t99999999999\t1\n", "Name"}) {
         EXPECT_FALSE(parseProcessStatus(text)) << text;
     }
+}
+
+std::string statWith(const std::string& name, const std::string& start) {
+    return "77 (" + name + ") S 12 77 77 0 -1 4194560 1 2 3 4 5 6 7 8 20 0 1 0 " + start + " 9 10 11";
+}
+
+TEST(ProcessStatusTest, ReadsTheStartFromTheKernelsText) {
+    const long tick = ::sysconf(_SC_CLK_TCK);
+    EXPECT_EQ(parseProcessStart(statWith("ble-kovra", std::to_string(90 * tick))), std::chrono::seconds(90));
+    EXPECT_EQ(parseProcessStart(statWith("x) R 1 2 (y", "1")), BootTime(std::chrono::seconds(1)) / tick);
+}
+
+TEST(ProcessStatusTest, ReadsNoStartFromADamagedText) {
+    for (const std::string& text : {std::string(), std::string("77 (ble-kovra"), std::string("77 (ble-kovra) S 12 77"),
+                                    statWith("ble-kovra", "x"), statWith("ble-kovra", "-1")}) {
+        EXPECT_FALSE(parseProcessStart(text)) << text;
+    }
+}
+
+TEST(ProcessStatusTest, ReadsWhenAProcessWasStarted) {
+    const auto sinceBoot = [] {
+        timespec time{};
+        ::clock_gettime(CLOCK_BOOTTIME, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    const auto before = sinceBoot();
+    const pid_t process = ::fork();
+    while (process == 0) ::pause();
+    const auto start = processStart(process);
+    ::kill(process, SIGKILL);
+    ::waitpid(process, nullptr, 0);
+    ASSERT_TRUE(start);
+    EXPECT_GE(*start, before - std::chrono::milliseconds(10));
+    EXPECT_LE(*start, sinceBoot());
+    EXPECT_FALSE(processStart(process));
 }
 
 TEST(ProcessStatusTest, IsNotConfusedByANameThatLooksLikeFurtherLines) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "tests/helper/ProcessName.h"
+#include "tests/support/posix/TempFolder.h"
 
 namespace kovra::helper {
 
@@ -51,6 +52,9 @@ class WaitingProcess {
   private:
     pid_t number_ = -1;
 };
+
+// Gives the next process this number. Requires a private machine.
+inline void numberNext(pid_t number) { writeFile("/proc/sys/kernel/ns_last_pid", std::to_string(number - 1)); }
 
 // Work for such a process: to take this name.
 inline std::function<void()> named(const std::string& name) {

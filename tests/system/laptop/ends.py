@@ -54,6 +54,26 @@ def application_killed(laptop):
     return measured
 
 
+@scenario("What a killed application has left in the flag mutes nothing while the next one has not written yet.")
+def left_word(laptop):
+    one = laptop.plug_pad(twin=True)
+    application, mouse = laptop.mute(one)
+    application.kill()
+    laptop.expect_alive(one)
+    # A program with the application's name, which writes nothing, like an application that has just started.
+    silent = shutil.copy("/bin/sleep", ANNA.home / "ble-kovra")
+    pid = int(laptop.log_in(ANNA).run(f"{silent} 1000 </dev/null >/dev/null 2>&1 & echo $!"))
+    wait_for(lambda: pathlib.Path(f"/proc/{pid}/comm").read_text().strip() == "ble-kovra", "the program to run")
+    # The helper looks at the flag at each event of an input device.
+    mouse.unplug()
+    laptop.settle()
+    laptop.expect_alive_until(now() + AT_ONCE, one)
+    check(flag() == "on", f"the flag is {flag()!r}")
+    os.kill(pid, signal.SIGKILL)
+    laptop.start(mode="always")
+    laptop.expect_dead(one)
+
+
 @scenario("While the application is stopped nothing changes. After SIGCONT it mutes within 1 s or unmutes the pad after "
           "2 s.")
 def application_stopped(laptop):

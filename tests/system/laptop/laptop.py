@@ -1,6 +1,5 @@
 """The environment of a scenario of the laptop: sessions, touchpads, mice and the installed packages."""
 
-import contextlib
 import os
 import pathlib
 import subprocess
@@ -73,11 +72,6 @@ class Laptop(Ports):
             if person in self._sessions:
                 self._sessions.pop(person).log_out()
         self._applications = []
-        # A killed application may leave "on" in the flag, which would mute the pads when the next application starts.
-        # The flag of a person who has logged out is in another file. The helper may rename a file meanwhile.
-        for path in pathlib.Path(FLAG).parent.glob("state*"):
-            with contextlib.suppress(FileNotFoundError):
-                os.truncate(path, 0)
         self.unplug_all()
 
     def last_words(self):
