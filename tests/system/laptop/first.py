@@ -18,7 +18,8 @@ KEPT_UNITS = """
     sysinit.target basic.target sockets.target paths.target timers.target slices.target local-fs.target
     local-fs-pre.target swap.target
     multi-user.target remote-fs.target network.target nss-user-lookup.target time-set.target time-sync.target
-    shutdown.target umount.target final.target reboot.target poweroff.target sleep.target suspend.target user.slice
+    shutdown.target umount.target final.target reboot.target poweroff.target user.slice
+    sleep.target suspend.target systemd-suspend.service
     systemd-journald.service systemd-journald.socket systemd-journald-dev-log.socket
     systemd-udevd.service systemd-udevd-control.socket systemd-udevd-kernel.socket systemd-udev-trigger.service
     dbus.service dbus.socket dbus-org.freedesktop.login1.service systemd-logind.service polkit.service
