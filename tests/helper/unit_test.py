@@ -57,6 +57,10 @@ class Unit(unittest.TestCase):
             f"+/usr/bin/setpriv --reuid={USER} --regid={USER} --clear-groups --no-new-privs {program[0]} --release"])
         self.assertEqual(directives("RuntimeDirectoryPreserve"), ["yes"])
 
+    def test_leaves_the_daemon_the_time_to_unmute_when_it_is_stopped(self):
+        [seconds] = directives("TimeoutStopSec")
+        self.assertGreater(int(seconds), 10)  # main.cpp retries for ten seconds
+
     def test_starts_the_daemon_again_for_as_long_as_it_takes(self):
         self.assertEqual(directives("Restart"), ["always"])
         self.assertEqual(directives("StartLimitIntervalSec"), ["0"])

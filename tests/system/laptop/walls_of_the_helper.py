@@ -4,9 +4,11 @@ import contextlib
 import os
 import pathlib
 import pwd
+import shutil
 import signal
 import stat
 
+import inside
 from accounting import users_of
 from laptop import AT_ONCE, HELPER, helper_process, run
 from running import scenario
@@ -41,6 +43,7 @@ attempt "mute a mouse" sh -c "echo 1 >/sys/class/input/MOUSE/inhibited"
 attempt "write into the flag's folder" sh -c 'touch "$1" && rm "$1"' sh "/Library/Application Support/ble-kovra/tried"
 attempt "record a pad" sh -c 'touch "$1" && rm "$1"' sh /run/ble-kovra-helper/pads/tried
 attempt "write to a pad" sh -c "echo 0 >/sys/class/input/PAD/inhibited"
+/usr/bin/python3 -B INSIDE
 """
 OWN = ["write into the flag's folder", "record a pad", "write to a pad"]
 
@@ -86,6 +89,18 @@ def inside_the_walls(script):
     return OUTPUT.read_text().splitlines()
 
 
+def open_to_everybody():
+    """Permits each user what inside.py attempts. Returns a copy of it that everybody may read."""
+    for folder in [inside.OPEN, inside.HOME, inside.TEMPORARY, inside.MODULES, inside.OPEN_GROUP]:
+        pathlib.Path(folder).mkdir(parents=True)
+        os.chmod(folder, 0o777)
+    for folder in [inside.HOME, inside.MODULES]:
+        pathlib.Path(folder, "file").touch()
+    os.chmod(inside.OPEN_SETTING, 0o666)
+    os.chmod(shutil.copy("/usr/bin/id", inside.OPEN), 0o4755)
+    return shutil.copy(inside.__file__, inside.OPEN)
+
+
 def input_of(mouse):
     """Returns the name of the mouse's input device in sysfs, such as input7."""
     found = wait_for(lambda: [path.name for path in pathlib.Path("/sys/class/input").glob("input*")
@@ -105,14 +120,19 @@ def expect_granted(pad):
         check(found == (0, helpers_group(), 0o664), f"{device.name} has {found}")
 
 
-@scenario("From inside its unit the helper writes its own files and the built-in pads, and reaches nothing else.")
+@scenario("From inside its unit the helper writes its own files and the built-in pads, and reaches nothing else: no "
+          "other folder, device, user, namespace or network. Its user could reach all of that outside.")
 def attempts_inside(laptop):
     one = laptop.plug_pad(twin=True)
     mouse = input_of(laptop.plug_mouse())
     laptop.install()
     laptop.settle()
     run("systemctl", "restart", HELPER)
-    script = ATTEMPTS.replace("MOUSE", mouse).replace("PAD", one.inputs[0].number)
+    program = open_to_everybody()
+    as_user = ["setpriv", f"--reuid={USER}", f"--regid={USER}", "--clear-groups"]
+    outside = run(*as_user, "python3", "-B", program).splitlines()
+    check(outside == list(inside.ATTEMPTS), f"outside the unit only these attempts succeeded: {outside}")
+    script = ATTEMPTS.replace("MOUSE", mouse).replace("PAD", one.inputs[0].number).replace("INSIDE", program)
     succeeded = inside_the_walls(script)
     check(succeeded == OWN, f"the attempts that succeeded: {succeeded}; errors: {ERRORS.read_text()[-1500:]}")
     written = [str(path) for path in pathlib.Path("/etc").glob("kovra-*")]
