@@ -27,6 +27,7 @@ HELPER = {
     "/usr/libexec/ble-kovra-helper",
     "/usr/libexec/ble-kovra/activate-helper",
     "/usr/libexec/ble-kovra/driver-manager",
+    "/usr/libexec/ble-kovra/start-helper",
     "/usr/bin/systemextensionsctl",
     "/usr/share/man/man1/systemextensionsctl.1.gz",
     "/usr/share/man/man8/ble-kovra-helper.8.gz",

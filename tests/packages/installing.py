@@ -197,6 +197,9 @@ def folder_made_by_hand(built):
     check((found.st_uid, mode) == (root.helper_user()[0], 0o755), f"its owner is {found.st_uid}, its mode {mode:o}")
 
 
+STARTER = "/usr/libexec/ble-kovra/start-helper"
+
+
 def start_service(built, name, invoke):
     """Runs the part of postinst that starts the service, with the shell command `invoke` as deb-systemd-invoke.
 
@@ -204,9 +207,13 @@ def start_service(built, name, invoke):
     """
     root, _ = installed(built, name)
     script = (root.path / "var/lib/dpkg/info/ble-kovra-helper.postinst").read_text()
-    script = "set -e\n" + script[script.index("# Starts the service"):].replace("/run/systemd/system", "/run")
-    environment = {**root.environment(), "DPKG_ROOT": ""}
     programs, state = built.folder / "programs", root.path / "state"
+    script = "set -e\n" + script[script.index("# Starts the service"):].replace("/run/systemd/system", "/run")
+    script = script.replace(STARTER, str(programs / "start-helper"))
+    environment = {**root.environment(), "DPKG_ROOT": ""}
+    starter = (root.path / STARTER[1:]).read_text()
+    (programs / "start-helper").write_text(starter.replace("PATH=/usr/sbin", f"PATH={programs}:/usr/sbin"))
+    (programs / "start-helper").chmod(0o755)
     state.write_text("before")
     for program, text in (("deb-systemd-invoke", invoke.format(state=state)),
                           ("systemctl", f'case $* in *InvocationID*) cat {state} ;; *) echo "Cannot start" ;; esac'),
@@ -216,7 +223,8 @@ def start_service(built, name, invoke):
     begun = now()
     done = subprocess.run(["sh", "-c", script, "postinst", "configure", ""], env=environment, capture_output=True,
                           text=True, timeout=60)
-    (programs / "journalctl").unlink()
+    for program in ["journalctl", "start-helper"]:
+        (programs / program).unlink()
     check(done.returncode == 0, f"it ends with {done.returncode}: {done.stderr}")
     return done.stdout + done.stderr, now() - begun
 

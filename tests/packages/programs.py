@@ -10,7 +10,7 @@ import tempfile
 
 from root import MANAGER
 from scenario import scenario
-from waiting import check
+from waiting import check, now
 
 SYSTEM_PATH = "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n"
 ACTIVE = "[activated enabled]"
@@ -31,6 +31,7 @@ class Machine:
         self._take(package / "usr/bin/systemextensionsctl")
         self._take(package / "usr/libexec/ble-kovra/driver-manager")
         self._take(package / "usr/libexec/ble-kovra/activate-helper")
+        self._take(package / "usr/libexec/ble-kovra/start-helper")
 
     def _take(self, program):
         text = program.read_text()
@@ -50,6 +51,7 @@ class Machine:
     def put_systemd(self, active, enabled):
         (self.folder / "systemd").mkdir()
         self.put("systemctl", f"#!/bin/sh\necho systemctl $* >>{self.calls}\n"
+                              f"case $* in *is-active*) [ {active} = active ]; exit ;; esac\n"
                               f"[ $1 = show ] && printf 'ActiveState={active}\\nUnitFileState={enabled}\\n'\nexit 0\n")
 
     def put_process(self, number, name, user):
@@ -153,8 +155,44 @@ def manager_activates(built):
         check(machine.run("driver-manager", argument) == (0, "", ""), argument)
         calls = machine.calls.read_text().splitlines()[1:]
         wanted = [f"pkexec --disable-internal-agent {machine.folder}/programs/activate-helper",
-                  "systemd-tmpfiles --create ble-kovra-helper.conf", f"systemctl --quiet enable --now {UNIT}"]
+                  "systemd-tmpfiles --create ble-kovra-helper.conf", f"systemctl --quiet enable {UNIT}",
+                  f"systemctl --quiet is-active {UNIT}",
+                  f"systemctl show --property=InvocationID --value {UNIT}", f"systemctl restart {UNIT}"]
         check(calls == wanted, f"it called {calls}")
+
+
+@scenario("The manager does not restart a service that is active, but not enabled yet.")
+def manager_enables(built):
+    machine = Machine(built)
+    ordinary_user(machine, 'exec "$@"')
+    (machine.folder / "systemd").rmdir()
+    machine.put_systemd("active", "disabled")
+    check(machine.run("driver-manager", "activate") == (0, "", ""), "it failed")
+    calls = machine.calls.read_text()
+    check(f"systemctl --quiet enable {UNIT}\n" in calls and "restart" not in calls, calls)
+
+
+@scenario("The manager does not wait for a helper that cannot start: it prints the reason and ends.")
+def manager_cannot_start(built):
+    machine = Machine(built)
+    ordinary_user(machine, 'exec "$@"')
+    state = machine.folder / "state"
+    state.write_text("before")
+    machine.put("systemctl", f"""#!/bin/sh
+case $* in
+*is-active*) exit 3 ;;
+*InvocationID*) cat {state} ;;
+*StatusText*) echo Cannot start ;;
+restart*) echo after >{state}; exec sleep 30 ;;
+esac
+""")
+    machine.put("journalctl", '#!/bin/sh\ncase $* in *INVOCATION_ID=after*) echo "the reason" ;; esac\n')
+    begun = now()
+    code, output, error = machine.run("driver-manager", "activate")
+    took = now() - begun
+    wanted = "ble-kovra-helper: not activated: cannot start: the reason\n"
+    check((code, output, error) == (1, "", wanted), f"{code}, {output!r}, {error!r}")
+    check(took < 10, f"it took {took:.1f} s")
 
 
 @scenario("Without systemd the manager starts the helper as its user, after giving it the touchpads that are here.")

@@ -3,8 +3,9 @@
 import os
 import pathlib
 import shutil
+import subprocess
 
-from installed import listed
+from installed import MANAGER, listed
 from laptop import HELPER, flag, run
 from running import scenario
 from waiting import check, now
@@ -43,9 +44,15 @@ def upgrade(laptop):
     laptop.expect_back_after_grace(mouse, one)
 
 
-@scenario("The helper is purged while the pad is muted and the application runs, and installed again, at first behind a "
-          "link in the flag's way: the installation says so and ends. Then the pad follows the mouse from its next plug "
-          "on.")
+def has_ended():
+    """Whether the helper has ended since its last start by a person. One that cannot start ends after half a minute."""
+    state = run("systemctl", "show", "-p", "SubState,NRestarts", HELPER).split()
+    return sorted(state) != ["NRestarts=0", "SubState=start"]
+
+
+@scenario("The helper is purged while the pad is muted and the application runs, and installed again behind a link in the "
+          "flag's way, and then in a folder that others may write: the installation and the manager say so and end. Once "
+          "the way is right, the pad follows the mouse from its next plug on.")
 def purged_and_installed_again(laptop):
     one = laptop.plug_pad(twin=True)
     application, mouse = laptop.mute(one)
@@ -56,14 +63,19 @@ def purged_and_installed_again(laptop):
     library.symlink_to(elsewhere)
     try:
         output = laptop.reinstall()
-        # A helper that cannot start ends after half a minute, and systemd restarts it. NRestarts counts the restarts.
-        restarts = run("systemctl", "show", "-P", "NRestarts", HELPER).strip()
         check("ble-kovra-helper cannot start: the flag's folder cannot be trusted: /Library" in output,
               f"the installation prints {output[-1500:]}")
-        check(restarts == "0", "the installation has waited for the helper to end")
+        check(not has_ended(), "the installation has waited for the helper to end")
     finally:
         library.unlink()
         shutil.rmtree(elsewhere)
+    library.mkdir()
+    library.chmod(0o777)
+    done = subprocess.run([MANAGER, "forceActivate"], stderr=subprocess.PIPE, text=True)
+    reason = "ble-kovra-helper: not activated: cannot start: the flag's folder cannot be trusted: /Library"
+    check(done.returncode == 1 and done.stderr.startswith(reason), f"the manager prints {done.stderr}")
+    check(not has_ended(), "the manager has waited for the helper to end")
+    library.chmod(0o755)
     run("systemctl", "restart", HELPER)
     application.expect_running()
     mouse.unplug()
