@@ -31,8 +31,8 @@ class Descriptor {
 
 // Whether both descriptors are open and refer to the same file.
 inline bool isSameFile(const Descriptor& one, const Descriptor& other) {
-    struct stat first {};
-    struct stat second {};
+    struct stat first{};
+    struct stat second{};
     return ::fstat(one.number(), &first) == 0 && ::fstat(other.number(), &second) == 0 &&
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }

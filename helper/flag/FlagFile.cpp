@@ -45,7 +45,7 @@ std::string listOf(int file) {
 
 std::optional<FlagFile> FlagFile::open(int folder, const char* name, uid_t owner) {
     Descriptor file(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-    struct stat status {};
+    struct stat status{};
     const bool isRegular = file.isOpen() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
     if (!isRegular || status.st_uid != owner) return std::nullopt;
     return FlagFile(std::move(file));
@@ -70,21 +70,21 @@ FlagFile::Content FlagFile::content() const {
 }
 
 WordCheck::Version FlagFile::version() const {
-    struct stat status {};
+    struct stat status{};
     ::fstat(file_.number(), &status);
     const timespec& written = status.st_mtim;
     return {status.st_ino, std::chrono::seconds(written.tv_sec) + std::chrono::nanoseconds(written.tv_nsec)};
 }
 
 bool FlagFile::isOnAWritableDisk() const {
-    struct statvfs disk {};
+    struct statvfs disk{};
     return ::fstatvfs(file_.number(), &disk) == 0 && (disk.f_flag & ST_RDONLY) == 0;
 }
 
 void FlagFile::truncate() const {
     constexpr off_t longest = 3;
     constexpr blkcnt_t mostBlocks = 4096 / 512;
-    struct stat status {};
+    struct stat status{};
     if (::fstat(file_.number(), &status) != 0 || (status.st_size <= longest && status.st_blocks <= mostBlocks)) return;
     const Descriptor writing = openForWriting();
     if (!writing.isOpen()) return;
@@ -107,13 +107,13 @@ Descriptor FlagFile::openForWriting() const {
 }
 
 bool FlagFile::hasOtherNameIn(int folder, const char* name) const {
-    struct stat own {};
+    struct stat own{};
     if (::fstat(file_.number(), &own) != 0) return true;
     if (own.st_nlink == 1) return false;
     const Handle<DIR, ::closedir> entries(::fdopendir(::openat(folder, ".", O_RDONLY | O_CLOEXEC)));
     if (!entries) return true;
     while (const dirent* entry = ::readdir(entries.get())) {
-        struct stat status {};
+        struct stat status{};
         const bool isThisFile = ::fstatat(folder, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
                                 status.st_dev == own.st_dev && status.st_ino == own.st_ino;
         if (isThisFile && std::strcmp(entry->d_name, name) != 0) return true;

@@ -120,7 +120,7 @@ bool FlagFolder::isOn(BootTime since) {
 
 int FlagFolder::watchFlag() {
     const Descriptor flag(::openat(folder_.number(), flagName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status {};
+    struct stat status{};
     const bool isFile = flag.isOpen() && ::fstat(flag.number(), &status) == 0 && S_ISREG(status.st_mode);
     const int before = std::exchange(flagWd_, isFile ? addWatch(events_, flag, flagEvents) : -1);
     const int error = isFile && flagWd_ < 0 ? errno : 0;

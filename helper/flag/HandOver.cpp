@@ -23,7 +23,7 @@ int clearName(int folder, const std::string& name) {
     if (::unlinkat(folder, name.c_str(), 0) == 0 || errno == ENOENT) return 0;
     if (errno != EISDIR) return errno;
     if (::unlinkat(folder, name.c_str(), AT_REMOVEDIR) == 0) return 0;
-    struct stat status {};
+    struct stat status{};
     if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
     const std::string odd = name + ".odd." + std::to_string(status.st_ino);
     return ::renameat2(folder, name.c_str(), folder, odd.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;

@@ -19,7 +19,7 @@ constexpr uid_t superuser = 0;
 // so they also cover its entries for other users. Must be called directly after open(), as it reads errno.
 std::string refusalOf(const Descriptor& folder, std::initializer_list<uid_t> owners) {
     if (!folder.isOpen()) return std::generic_category().message(errno);
-    struct stat status {};
+    struct stat status{};
     if (::fstat(folder.number(), &status) != 0) return std::generic_category().message(errno);
     if (std::find(owners.begin(), owners.end(), status.st_uid) == owners.end())
         return "it belongs to user " + std::to_string(status.st_uid);
@@ -31,7 +31,7 @@ std::string refusalOf(const Descriptor& folder, std::initializer_list<uid_t> own
 // since the folders above are trusted.
 std::string refusalOfLast(const Descriptor& folder, uid_t owner) {
     const std::string refusal = refusalOf(folder, {owner});
-    struct stat status {};
+    struct stat status{};
     const bool isSomebodys = owner == superuser && ::fstat(folder.number(), &status) == 0 && status.st_uid != superuser;
     return isSomebodys ? refusal + ": start the helper as that user, not as root" : refusal;
 }

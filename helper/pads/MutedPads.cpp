@@ -34,7 +34,7 @@ std::set<std::string> namesIn(const Descriptor& folder) {
 // Otherwise returns an error number, since another user could change or replace the folder.
 int checkTrusted(const Descriptor& folder) {
     for (const char* name : {".", ".."}) {
-        struct stat found {};
+        struct stat found{};
         if (::fstatat(folder.number(), name, &found, AT_SYMLINK_NOFOLLOW) != 0) return errno;
         if (found.st_uid != ::geteuid() || (found.st_mode & (S_IWGRP | S_IWOTH)) != 0) return EPERM;
     }

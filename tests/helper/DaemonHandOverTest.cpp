@@ -24,7 +24,7 @@ class DaemonHandOverTest : public testing::Test {
     // cannot remove it. The name that the helper would give this folder instead exists already.
     void obstruct() {
         fs::create_directories(inTheWay / "something");
-        struct stat status {};
+        struct stat status{};
         ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
         fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
     }

@@ -106,14 +106,14 @@ TEST_F(DaemonTest, DoesNotMuteWhatItCannotRecord) {
 
 TEST_F(DaemonTest, WritesTheFlagOnlyToHandItOver) {
     rig.startMuted();
-    struct stat before {};
+    struct stat before{};
     ASSERT_EQ(::stat(rig.flag.state().c_str(), &before), 0);
     rig.kill();
     EXPECT_TRUE(rig.release());
     rig.start();
     rig.endApplication(alice);
     rig.awaitLook();
-    struct stat after {};
+    struct stat after{};
     ASSERT_EQ(::stat(rig.flag.state().c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);

@@ -28,8 +28,8 @@ namespace kovra::helper {
 inline bool makeMountsPrivate() {
     const int root = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC);
     const int space = ::open("/proc/self/ns/mnt", O_RDONLY | O_CLOEXEC);
-    struct stat before {};
-    struct stat after {};
+    struct stat before{};
+    struct stat after{};
     if (root < 0 || space < 0 || ::fstat(root, &before) != 0) return false;
     // setns() changes the root of the process to that of the namespace.
     if (::setns(space, CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)

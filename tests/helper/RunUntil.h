@@ -35,8 +35,7 @@ inline void handleEvents(Loop& loop) {
 }
 
 inline void runFor(Loop& loop, std::chrono::milliseconds time) {
-    runUntil(
-        loop, [] { return false; }, time);
+    runUntil(loop, [] { return false; }, time);
 }
 
 }  // namespace kovra::helper

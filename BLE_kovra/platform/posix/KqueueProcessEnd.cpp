@@ -11,7 +11,7 @@ namespace {
 
 // Returns 0 or the error number.
 int add(int queue, uintptr_t ident, int filter, unsigned what) {
-    struct kevent event {};
+    struct kevent event{};
     EV_SET(&event, ident, static_cast<int16_t>(filter), EV_ADD, what, 0, nullptr);
     return ::kevent(queue, &event, 1, nullptr, 0, nullptr) < 0 ? errno : 0;
 }

@@ -48,8 +48,8 @@ int closeDuplicate(int file) {
 
 // Returns whether the path still refers to the open file.
 bool isInPlace(int file, const std::string& path) {
-    struct stat written {};
-    struct stat inPlace {};
+    struct stat written{};
+    struct stat inPlace{};
     if (::fstat(file, &written) != 0 || ::lstat(path.c_str(), &inPlace) != 0) return false;
     return written.st_dev == inPlace.st_dev && written.st_ino == inPlace.st_ino;
 }
@@ -68,7 +68,7 @@ int openForWriting(const char* path) {
 Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_view text) {
     FileDescriptor file(openForWriting(path.c_str()));
     if (!file.isOpen()) return refusal(errno);
-    struct stat before {};
+    struct stat before{};
     if (::fstat(file.number(), &before) != 0) return refusal(errno);
     if (!S_ISREG(before.st_mode)) return refusal(EINVAL);
 

@@ -39,7 +39,7 @@ void prepareProcess() {
 }
 
 bool startedIgnoringHangUp() {
-    struct sigaction action {};
+    struct sigaction action{};
     return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 

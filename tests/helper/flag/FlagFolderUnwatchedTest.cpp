@@ -54,10 +54,10 @@ TEST(FlagFolderUnwatchedTest, FlagIsNotReplacedAgainForTheSameUser) {
         rig.folder();
         limitWatches(4);
         EXPECT_FALSE(rig.handOver(user));
-        struct stat before {};
+        struct stat before{};
         ASSERT_EQ(::stat(rig.state().c_str(), &before), 0);
         EXPECT_FALSE(rig.handOver(user));
-        struct stat after {};
+        struct stat after{};
         ASSERT_EQ(::stat(rig.state().c_str(), &after), 0);
         EXPECT_EQ(before.st_ino, after.st_ino);
         EXPECT_FALSE(rig.handOver(std::nullopt));

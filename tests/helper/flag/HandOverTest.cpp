@@ -57,7 +57,7 @@ TEST(HandOverTest, KeepsTheContentThatAUserLeftUntilTheyReturn) {
 }
 
 ino_t inode(const std::string& path) {
-    struct stat status {};
+    struct stat status{};
     EXPECT_EQ(::stat(path.c_str(), &status), 0);
     return status.st_ino;
 }
@@ -122,13 +122,13 @@ TEST(HandOverTest, TruncatesALongFlagToAFewBytes) {
     EXPECT_EQ(rig.content("state.left.61001"), "xxx");
     ASSERT_TRUE(rig.handOver(alice));
     EXPECT_EQ(rig.content(), "off");
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(::fstat(keptOpen.number(), &status), 0);
     EXPECT_EQ(status.st_size, 3);
 }
 
 long bytesOnDisk(const Descriptor& file) {
-    struct stat status {};
+    struct stat status{};
     EXPECT_EQ(::fstat(file.number(), &status), 0);
     return status.st_blocks * 512;
 }

@@ -27,7 +27,7 @@ class Secret {
     }
     const std::string& path() const { return path_; }
     bool isUntouched() const {
-        struct stat status {};
+        struct stat status{};
         return ::lstat(path_.c_str(), &status) == 0 && readFile(path_) == "on" && status.st_nlink == 1 &&
                accessList(path_) == "u::rw-,g::---,o::---";
     }

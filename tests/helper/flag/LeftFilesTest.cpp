@@ -30,7 +30,7 @@ class LeftFilesTest : public testing::Test {
         ASSERT_TRUE(rig.handOver(bob));
     }
     long bytesOnDisk() const {
-        struct stat status {};
+        struct stat status{};
         EXPECT_EQ(::fstat(kept.number(), &status), 0);
         return std::max<long>(status.st_blocks * 512, status.st_size);
     }

@@ -102,7 +102,7 @@ class MockInputs {
     // Removes the attribute, as if the kernel could not inhibit input devices.
     void removeAttribute(const std::string& input) { std::filesystem::remove(attribute(input)); }
     struct stat rights(const std::string& input) const {
-        struct stat status {};
+        struct stat status{};
         if (::stat(attribute(input).c_str(), &status) != 0) throw std::runtime_error("no attribute of " + input);
         return status;
     }

@@ -206,8 +206,7 @@ TEST_F(MuterTest, RetriesSoonAgainAfterAnotherRequest) {
     runFor(loop, 1s);  // without the other request, the next delay would be 1.6 s
     muter.muteOnly({});
     computer.acceptWrites("input5");
-    EXPECT_TRUE(runUntil(
-        loop, [&] { return computer.isActive("input5"); }, 1s));
+    EXPECT_TRUE(runUntil(loop, [&] { return computer.isActive("input5"); }, 1s));
 }
 
 TEST_F(MuterTest, StopsRetryingWhenTheDeviceIsToBeMutedAgain) {

@@ -19,8 +19,7 @@ class ApplicationWatchRig {
         };
     }
     bool gotChange() {
-        runUntil(
-            loop_, [this] { return changes_ > 0; }, std::chrono::seconds(10));
+        runUntil(loop_, [this] { return changes_ > 0; }, std::chrono::seconds(10));
         return std::exchange(changes_, 0) == 1;
     }
     bool gotNothing() {

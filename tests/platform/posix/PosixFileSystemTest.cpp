@@ -43,8 +43,7 @@ TEST_F(PosixFileSystemTest, ReplacesAnyContent) {
 TEST_F(PosixFileSystemTest, KeepsTheFileAndItsPermissions) {
     writeFile(flag_, "off");
     ::chmod(flag_.c_str(), 0640);
-    struct stat before {
-    }, after{};
+    struct stat before{}, after{};
     ASSERT_EQ(::stat(flag_.c_str(), &before), 0);
     EXPECT_EQ(write("on"), "");
     ASSERT_EQ(::stat(flag_.c_str(), &after), 0);

@@ -21,7 +21,7 @@ bool holdsInAChild(const std::function<bool()>& check) {
 }
 
 bool isIgnored(int number) {
-    struct sigaction action {};
+    struct sigaction action{};
     return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 

@@ -41,7 +41,7 @@ class OrdinaryUser {
 class Rights {
   public:
     Rights(std::filesystem::path path, ::mode_t mode) : path_(std::move(path)) {
-        struct stat status {};
+        struct stat status{};
         if (::stat(path_.c_str(), &status) != 0 || ::chmod(path_.c_str(), mode) != 0) {
             throw std::runtime_error("cannot change the rights of " + path_.string());
         }

@@ -19,8 +19,8 @@ TRACES = ["Library", "Applications", "run/ble-kovra-helper", "usr/bin/ble-kovra"
           "var/lib/systemd/deb-systemd-helper-*/*/ble-kovra*", "var/lib/dpkg/info/ble-kovra*"]
 
 
-@scenario("An upgrade while a pad is muted disturbs neither the application nor its flag; the pad is muted again. The new "
-          "application has the same choices.")
+@scenario("An upgrade while a pad is muted disturbs neither the application nor its flag; the pad is muted again. The "
+          "new application has the same choices.")
 def upgrade(laptop):
     laptop.install_earlier()
     one = laptop.plug_pad(twin=True)
@@ -50,9 +50,9 @@ def has_ended():
     return sorted(state) != ["NRestarts=0", "SubState=start"]
 
 
-@scenario("The helper is purged while the pad is muted and the application runs, and installed again behind a link in the "
-          "flag's way, and then in a folder that others may write: the installation and the manager say so and end. Once "
-          "the way is right, the pad follows the mouse from its next plug on.")
+@scenario("The helper is purged while the pad is muted and the application runs, and installed again behind a link in "
+          "the flag's way, and then in a folder that others may write: the installation and the manager say so and end. "
+          "Once the way is right, the pad follows the mouse from its next plug on.")
 def purged_and_installed_again(laptop):
     one = laptop.plug_pad(twin=True)
     application, mouse = laptop.mute(one)

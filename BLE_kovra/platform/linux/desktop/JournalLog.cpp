@@ -72,7 +72,7 @@ std::string syslogEntry(std::string_view line) {
 // journal.
 bool standardErrorIsJournal() {
     const char* stream = std::getenv("JOURNAL_STREAM");
-    struct stat status {};
+    struct stat status{};
     if (stream == nullptr || ::fstat(STDERR_FILENO, &status) != 0) return false;
     return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == stream;
 }

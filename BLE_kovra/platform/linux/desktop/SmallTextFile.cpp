@@ -95,7 +95,7 @@ int SmallTextFile::read(std::string& text) const {
     // O_NONBLOCK: opening a FIFO must not wait for a writer.
     const FileDescriptor file(::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen()) return errno;
-    struct stat status {};
+    struct stat status{};
     if (::fstat(file.number(), &status) != 0) return errno;
     if (S_ISDIR(status.st_mode)) return EISDIR;
     if (!S_ISREG(status.st_mode)) return EINVAL;

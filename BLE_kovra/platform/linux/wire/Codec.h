@@ -100,7 +100,7 @@ struct Codec<std::chrono::milliseconds> {
 };
 
 template <typename T>
-requires std::is_enum_v<T>
+    requires std::is_enum_v<T>
 struct Codec<T> {
     static Json write(T value) { return namesOf<T>.at(static_cast<std::size_t>(value)); }
     static bool read(const Json& json, T& value) {
@@ -157,7 +157,8 @@ struct Codec<std::variant<Kinds...>> {
 };
 
 template <typename T>
-requires(!std::is_same_v<decltype(members<T>), const std::nullptr_t>) struct Codec<T> {
+    requires(!std::is_same_v<decltype(members<T>), const std::nullptr_t>)
+struct Codec<T> {
     static Json write(const T& value) {
         Json json = Json::object();
         std::apply([&](const auto&... member) { (member.write(value, json), ...); }, members<T>);
@@ -172,7 +173,7 @@ requires(!std::is_same_v<decltype(members<T>), const std::nullptr_t>) struct Cod
 template <typename T, typename V>
 struct Required {
     const char* name;
-    V T::*place;
+    V T::* place;
 
     void write(const T& value, Json& json) const { json[name] = Codec<V>::write(value.*place); }
     bool read(const Json& json, T& value) const {
@@ -185,7 +186,7 @@ struct Required {
 template <typename T, typename V>
 struct Optional {
     const char* name;
-    V T::*place;
+    V T::* place;
 
     void write(const T& value, Json& json) const {
         if (!(value.*place).empty()) json[name] = Codec<V>::write(value.*place);
@@ -199,7 +200,7 @@ struct Optional {
 template <typename T, typename V>
 struct Optional<T, std::optional<V>> {
     const char* name;
-    std::optional<V> T::*place;
+    std::optional<V> T::* place;
 
     void write(const T& value, Json& json) const {
         if (value.*place) json[name] = Codec<V>::write(*(value.*place));
@@ -211,12 +212,12 @@ struct Optional<T, std::optional<V>> {
 };
 
 template <typename T, typename V>
-constexpr Required<T, V> required(const char* name, V T::*place) {
+constexpr Required<T, V> required(const char* name, V T::* place) {
     return {name, place};
 }
 
 template <typename T, typename V>
-constexpr Optional<T, V> optional(const char* name, V T::*place) {
+constexpr Optional<T, V> optional(const char* name, V T::* place) {
     return {name, place};
 }
 

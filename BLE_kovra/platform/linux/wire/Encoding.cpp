@@ -11,10 +11,9 @@ namespace kovra {
 template <>
 constexpr const char* nameOf<ShowTray> = "showTray";
 template <>
-constexpr auto members<ShowTray> = std::tuple(optional("image", &ShowTray::image),
-                                              required("template", &ShowTray::imageIsTemplate),
-                                              required("toolTip", &ShowTray::toolTip),
-                                              required("menu", &ShowTray::menu));
+constexpr auto members<ShowTray> =
+    std::tuple(optional("image", &ShowTray::image), required("template", &ShowTray::imageIsTemplate),
+               required("toolTip", &ShowTray::toolTip), required("menu", &ShowTray::menu));
 
 template <>
 constexpr const char* nameOf<HideTray> = "hideTray";
@@ -24,14 +23,14 @@ constexpr auto members<HideTray> = std::tuple();
 template <>
 constexpr const char* nameOf<PopUpMenu> = "popUpMenu";
 template <>
-constexpr auto members<PopUpMenu> = std::tuple(required("x", &PopUpMenu::x), required("y", &PopUpMenu::y),
-                                               required("asked", &PopUpMenu::asked),
-                                               required("menu", &PopUpMenu::menu));
+constexpr auto members<PopUpMenu> =
+    std::tuple(required("x", &PopUpMenu::x), required("y", &PopUpMenu::y), required("asked", &PopUpMenu::asked),
+               required("menu", &PopUpMenu::menu));
 
 template <>
-constexpr auto members<WindowPlace> = std::tuple(optional("position", &WindowPlace::position),
-                                                 required("minimised", &WindowPlace::isMinimised),
-                                                 required("scroll", &WindowPlace::scroll));
+constexpr auto members<WindowPlace> =
+    std::tuple(optional("position", &WindowPlace::position), required("minimised", &WindowPlace::isMinimised),
+               required("scroll", &WindowPlace::scroll));
 
 template <>
 constexpr const char* nameOf<ShowWindow> = "showWindow";
@@ -48,9 +47,9 @@ template <>
 constexpr auto members<HideWindow> = std::tuple();
 
 template <>
-constexpr auto members<Alert> = std::tuple(required("messageText", &Alert::messageText),
-                                           required("informativeText", &Alert::informativeText),
-                                           required("buttons", &Alert::buttons));
+constexpr auto members<Alert> =
+    std::tuple(required("messageText", &Alert::messageText), required("informativeText", &Alert::informativeText),
+               required("buttons", &Alert::buttons));
 
 template <>
 constexpr auto members<ShowAlerts::Open> = std::tuple(required("number", &ShowAlerts::Open::number),
@@ -75,8 +74,8 @@ constexpr auto members<ItemChosen> = std::tuple(required("position", &ItemChosen
 template <>
 constexpr const char* nameOf<MenuClosed> = "menuClosed";
 template <>
-constexpr auto members<MenuClosed> = std::tuple(required("asked", &MenuClosed::asked),
-                                                optional("chosen", &MenuClosed::chosen));
+constexpr auto members<MenuClosed> =
+    std::tuple(required("asked", &MenuClosed::asked), optional("chosen", &MenuClosed::chosen));
 
 // The new value of a control is a JSON boolean or string.
 template <>
@@ -94,9 +93,9 @@ struct Codec<std::variant<bool, std::string>> {
 template <>
 constexpr const char* nameOf<ControlChanged> = "controlChanged";
 template <>
-constexpr auto members<ControlChanged> = std::tuple(required("number", &ControlChanged::number),
-                                                    required("path", &ControlChanged::path),
-                                                    required("value", &ControlChanged::value));
+constexpr auto members<ControlChanged> =
+    std::tuple(required("number", &ControlChanged::number), required("path", &ControlChanged::path),
+               required("value", &ControlChanged::value));
 
 template <>
 constexpr const char* nameOf<LinkFollowed> = "linkFollowed";
@@ -111,14 +110,14 @@ constexpr auto members<WindowPlaced> = std::tuple(required("place", &WindowPlace
 template <>
 constexpr const char* nameOf<WindowClosed> = "windowClosed";
 template <>
-constexpr auto members<WindowClosed> = std::tuple(required("front", &WindowClosed::front),
-                                                  required("place", &WindowClosed::place));
+constexpr auto members<WindowClosed> =
+    std::tuple(required("front", &WindowClosed::front), required("place", &WindowClosed::place));
 
 template <>
 constexpr const char* nameOf<AlertAnswered> = "alertAnswered";
 template <>
-constexpr auto members<AlertAnswered> = std::tuple(required("number", &AlertAnswered::number),
-                                                   optional("button", &AlertAnswered::button));
+constexpr auto members<AlertAnswered> =
+    std::tuple(required("number", &AlertAnswered::number), optional("button", &AlertAnswered::button));
 
 template <>
 constexpr const char* nameOf<QuitWanted> = "quitWanted";

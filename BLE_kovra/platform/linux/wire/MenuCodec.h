@@ -18,9 +18,9 @@ inline constexpr auto members<Size> = std::tuple(required("width", &Size::width)
 template <>
 inline constexpr const char* nameOf<RoundedRectangle> = "roundedRectangle";
 template <>
-inline constexpr auto members<RoundedRectangle> = std::tuple(required("origin", &RoundedRectangle::origin),
-                                                             required("size", &RoundedRectangle::size),
-                                                             required("cornerRadii", &RoundedRectangle::cornerRadii));
+inline constexpr auto members<RoundedRectangle> =
+    std::tuple(required("origin", &RoundedRectangle::origin), required("size", &RoundedRectangle::size),
+               required("cornerRadii", &RoundedRectangle::cornerRadii));
 
 template <>
 inline constexpr const char* nameOf<Segment> = "segment";
@@ -28,8 +28,8 @@ template <>
 inline constexpr auto members<Segment> = std::tuple(required("from", &Segment::from), required("to", &Segment::to));
 
 template <>
-inline constexpr auto members<Stroke> = std::tuple(required("shape", &Stroke::shape),
-                                                   required("lineWidth", &Stroke::lineWidth));
+inline constexpr auto members<Stroke> =
+    std::tuple(required("shape", &Stroke::shape), required("lineWidth", &Stroke::lineWidth));
 
 template <>
 inline constexpr auto members<Drawing> = std::tuple(required("name", &Drawing::name), required("size", &Drawing::size),
@@ -49,12 +49,10 @@ template <>
 inline constexpr auto namesOf<MenuItemState> = std::array{"off", "on"};
 
 template <>
-inline constexpr auto members<MenuItem> = std::tuple(required("title", &MenuItem::title),
-                                                     optional("action", &MenuItem::action),
-                                                     optional("keyEquivalent", &MenuItem::keyEquivalent),
-                                                     optional("state", &MenuItem::state),
-                                                     required("enabled", &MenuItem::isEnabled),
-                                                     required("separator", &MenuItem::isSeparator));
+inline constexpr auto members<MenuItem> =
+    std::tuple(required("title", &MenuItem::title), optional("action", &MenuItem::action),
+               optional("keyEquivalent", &MenuItem::keyEquivalent), optional("state", &MenuItem::state),
+               required("enabled", &MenuItem::isEnabled), required("separator", &MenuItem::isSeparator));
 
 template <>
 inline constexpr auto members<Menu> = std::tuple(required("items", &Menu::items));

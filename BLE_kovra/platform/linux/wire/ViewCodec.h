@@ -28,8 +28,8 @@ inline constexpr auto members<Text> = std::tuple(required("content", &Text::cont
 template <>
 inline constexpr const char* nameOf<Circle> = "circle";
 template <>
-inline constexpr auto members<Circle> = std::tuple(required("fill", &Circle::fill),
-                                                   required("opacity", &Circle::opacity));
+inline constexpr auto members<Circle> =
+    std::tuple(required("fill", &Circle::fill), required("opacity", &Circle::opacity));
 
 template <>
 inline constexpr const char* nameOf<Toggle> = "toggle";
@@ -37,20 +37,20 @@ template <>
 inline constexpr auto members<Toggle> = std::tuple(required("on", &Toggle::isOn));
 
 template <>
-inline constexpr auto members<Picker::Option> = std::tuple(required("title", &Picker::Option::title),
-                                                           required("tag", &Picker::Option::tag));
+inline constexpr auto members<Picker::Option> =
+    std::tuple(required("title", &Picker::Option::title), required("tag", &Picker::Option::tag));
 template <>
 inline constexpr const char* nameOf<Picker> = "picker";
 template <>
-inline constexpr auto members<Picker> = std::tuple(required("title", &Picker::title),
-                                                   required("options", &Picker::options),
-                                                   required("selection", &Picker::selection));
+inline constexpr auto members<Picker> =
+    std::tuple(required("title", &Picker::title), required("options", &Picker::options),
+               required("selection", &Picker::selection));
 
 template <>
 inline constexpr const char* nameOf<Link> = "link";
 template <>
-inline constexpr auto members<Link> = std::tuple(required("title", &Link::title),
-                                                 required("destination", &Link::destination));
+inline constexpr auto members<Link> =
+    std::tuple(required("title", &Link::title), required("destination", &Link::destination));
 
 template <>
 inline constexpr const char* nameOf<Divider> = "divider";
@@ -65,9 +65,8 @@ inline constexpr auto members<Spacer> = std::tuple();
 template <>
 inline constexpr const char* nameOf<Stack> = "stack";
 template <>
-inline constexpr auto members<Stack> = std::tuple(required("axis", &Stack::axis),
-                                                  required("alignment", &Stack::alignment),
-                                                  optional("spacing", &Stack::spacing));
+inline constexpr auto members<Stack> = std::tuple(
+    required("axis", &Stack::axis), required("alignment", &Stack::alignment), optional("spacing", &Stack::spacing));
 
 template <>
 inline constexpr const char* nameOf<ScrollView> = "scrollView";
@@ -77,8 +76,8 @@ inline constexpr auto members<ScrollView> = std::tuple();
 template <>
 inline constexpr const char* nameOf<FontModifier> = "font";
 template <>
-inline constexpr auto members<FontModifier> = std::tuple(required("font", &FontModifier::font),
-                                                         required("bold", &FontModifier::bold));
+inline constexpr auto members<FontModifier> =
+    std::tuple(required("font", &FontModifier::font), required("bold", &FontModifier::bold));
 
 template <>
 inline constexpr const char* nameOf<ForegroundColor> = "foregroundColor";
@@ -88,13 +87,13 @@ inline constexpr auto members<ForegroundColor> = std::tuple(required("color", &F
 template <>
 inline constexpr const char* nameOf<Padding> = "padding";
 template <>
-inline constexpr auto members<Padding> = std::tuple(required("horizontal", &Padding::horizontal),
-                                                    required("vertical", &Padding::vertical));
+inline constexpr auto members<Padding> =
+    std::tuple(required("horizontal", &Padding::horizontal), required("vertical", &Padding::vertical));
 
 // A maximum length of a frame. It may be infinite, which a JSON number cannot express.
 struct LargestLength {
     const char* name;
-    std::optional<double> Frame::*place;
+    std::optional<double> Frame::* place;
 
     void write(const Frame& frame, Json& json) const {
         if (frame.*place == Frame::unbounded)
@@ -117,16 +116,15 @@ struct LargestLength {
 template <>
 inline constexpr const char* nameOf<Frame> = "frame";
 template <>
-inline constexpr auto members<Frame> = std::tuple(optional("width", &Frame::width), optional("height", &Frame::height),
-                                                  LargestLength{"maxWidth", &Frame::maxWidth},
-                                                  LargestLength{"maxHeight", &Frame::maxHeight},
-                                                  required("alignment", &Frame::alignment));
+inline constexpr auto members<Frame> = std::tuple(
+    optional("width", &Frame::width), optional("height", &Frame::height), LargestLength{"maxWidth", &Frame::maxWidth},
+    LargestLength{"maxHeight", &Frame::maxHeight}, required("alignment", &Frame::alignment));
 
 template <>
 inline constexpr const char* nameOf<FixedSize> = "fixedSize";
 template <>
-inline constexpr auto members<FixedSize> = std::tuple(required("horizontal", &FixedSize::horizontal),
-                                                      required("vertical", &FixedSize::vertical));
+inline constexpr auto members<FixedSize> =
+    std::tuple(required("horizontal", &FixedSize::horizontal), required("vertical", &FixedSize::vertical));
 
 template <>
 inline constexpr auto members<View> = std::tuple(required("kind", &View::kind), optional("children", &View::children),

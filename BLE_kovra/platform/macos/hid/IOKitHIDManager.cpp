@@ -38,7 +38,7 @@ class IOKitHIDManager::Delivery {
     Callback removed;
 
   private:
-    template <Callback Delivery::*which>
+    template <Callback Delivery::* which>
     static void deliver(void* context, IOReturn, void*, IOHIDDeviceRef reference) noexcept {
         if (context == nullptr) return;
         auto& delivery = *static_cast<Delivery*>(context);

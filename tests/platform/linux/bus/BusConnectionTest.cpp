@@ -54,8 +54,7 @@ class BusConnectionTest : public testing::Test {
     void emitUntilReceived(const std::string& value) {
         for (int tries = 0; received_.empty() && tries < 500; ++tries) {
             emit(value);
-            turnUntil(
-                loop_, [&] { return !received_.empty(); }, 20ms);
+            turnUntil(loop_, [&] { return !received_.empty(); }, 20ms);
         }
         awaitReply();
         received_.clear();
@@ -121,8 +120,7 @@ TEST_F(BusConnectionTest, AllowsAHandlerToReleaseItsOwnToken) {
     });
     for (int tries = 0; received_.empty() && tries < 500; ++tries) {
         emit("once");
-        turnUntil(
-            loop_, [&] { return !received_.empty(); }, 20ms);
+        turnUntil(loop_, [&] { return !received_.empty(); }, 20ms);
     }
     emit("again");
     awaitReply();
@@ -158,8 +156,7 @@ TEST_F(BusConnectionTest, WatchesTheOwnerOfOneName) {
     for (int tries = 0; owners.empty() && tries < 500; ++tries) {
         ASSERT_GE(sd_bus_request_name(other().bus(), "org.example.Watched", 0), 0);
         ASSERT_GE(sd_bus_release_name(other().bus(), "org.example.Watched"), 0);
-        turnUntil(
-            loop_, [&] { return !owners.empty(); }, 20ms);
+        turnUntil(loop_, [&] { return !owners.empty(); }, 20ms);
     }
     awaitReply();
     owners.clear();

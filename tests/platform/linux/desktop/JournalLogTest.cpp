@@ -23,7 +23,7 @@ class JournalLogTest : public testing::Test {
 
     // Does what systemd does for a service whose standard error is connected to the journal.
     void connectStandardErrorToJournal() {
-        struct stat status {};
+        struct stat status{};
         ASSERT_EQ(::fstat(STDERR_FILENO, &status), 0);
         environment_.set("JOURNAL_STREAM", std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
     }
@@ -71,7 +71,9 @@ TEST_F(JournalLogTest, UsesSyslogIfThereIsNoJournal) {
 }
 
 TEST_F(JournalLogTest, UsesSyslogIfNobodyListensOnTheSocketOfTheJournal) {
-    { const LogSocket closed(journalPath_); }  // the file of the socket remains
+    {
+        const LogSocket closed(journalPath_);
+    }  // the file of the socket remains
     LogSocket syslog(syslogPath_);
     log("line");
     EXPECT_EQ(syslog.datagrams().size(), 1U);

@@ -43,7 +43,7 @@ class PreferencesFixture : public testing::Test {
 
     // Returns attributes of the file. Any change of the file changes at least one of them.
     static auto traces(const std::string& path) {
-        struct stat status {};
+        struct stat status{};
         const int error = ::lstat(path.c_str(), &status);
         return std::tuple(error, status.st_ino, status.st_mode, status.st_size, status.st_mtim.tv_sec,
                           status.st_mtim.tv_nsec, status.st_ctim.tv_sec, status.st_ctim.tv_nsec);

@@ -36,7 +36,7 @@ int errorOfSync = 0;
 // Replaces the C library's function in this program, and records each call.
 extern "C" int fsync(int descriptor) {
     while (kovra::syncsHang) ::usleep(1000);
-    struct stat status {};
+    struct stat status{};
     if (::fstat(descriptor, &status) == 0 && !kovra::targetPath.empty())
         kovra::allSynced.push_back({status.st_ino, status.st_size, kovra::readFile(kovra::targetPath)});
     if (kovra::errorOfSync != 0) {
@@ -67,8 +67,7 @@ class SmallTextFileTest : public testing::Test {
 
 TEST_F(SmallTextFileTest, SyncsTheWholeTextBeforeTheRenameAndTheFolderAfterIt) {
     ASSERT_EQ(file_.replace("new text", SmallTextFile::Old::replaced), 0);
-    struct stat file {
-    }, folder{};
+    struct stat file{}, folder{};
     ASSERT_EQ(::stat(path_.c_str(), &file), 0);
     ASSERT_EQ(::stat(folder_.path().c_str(), &folder), 0);
     ASSERT_EQ(allSynced.size(), 2U);

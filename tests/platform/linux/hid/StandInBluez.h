@@ -101,7 +101,7 @@ class StandInBluez {
         }
         return 0;
     }
-    template <std::string Object::*member>
+    template <std::string Object::* member>
     static int text(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* object,
                     sd_bus_error*) {
         const char* type = member == &Object::adapter ? "o" : "s";

@@ -32,7 +32,9 @@ TEST_F(InstanceLockTest, IsHeldByTheFirstAlone) {
 }
 
 TEST_F(InstanceLockTest, IsFreeAgainAfterItsEnd) {
-    { const InstanceLock first(path_); }
+    {
+        const InstanceLock first(path_);
+    }
     EXPECT_EQ(InstanceLock(path_).state(), State::held);
 }
 

@@ -70,8 +70,7 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         // Repeats the signal, because the bus installs a match some time after the program requests it.
         for (int tries = 0; done_.empty() && tries < 500; ++tries) {
             resume();
-            turnUntil(
-                loop_, [this] { return !done_.empty(); }, 20ms);
+            turnUntil(loop_, [this] { return !done_.empty(); }, 20ms);
         }
         turnsWithin(loop_, 100ms);
         done_.clear();

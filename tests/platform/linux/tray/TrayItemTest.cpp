@@ -16,16 +16,14 @@ namespace {
 
 Drawing picture(const std::string& name) { return {.name = name, .size = {18, 18}, .strokes = {}}; }
 
-MenuItem entry(
-    const std::string& title, std::function<void()> perform = [] {}) {
+MenuItem entry(const std::string& title, std::function<void()> perform = [] {}) {
     MenuItem item;
     item.title = title;
     item.action = MenuAction{title, std::move(perform)};
     return item;
 }
 
-MenuItem mark(
-    const std::string& title, int tag, MenuItemState state, std::function<void()> perform = [] {}) {
+MenuItem mark(const std::string& title, int tag, MenuItemState state, std::function<void()> perform = [] {}) {
     MenuItem item = entry(title, std::move(perform));
     item.tag = tag;
     item.state = state;
@@ -243,7 +241,9 @@ TEST(TrayStatusBarTest, CreatesAnItemWithOneFrontOfEachMaker) {
             return [&record](TrayItem&) { return std::make_unique<Recorder>(record); };
         };
         TrayStatusBar bar(queue, {recorder(one), recorder(other)});
-        { const auto shortLived = bar.statusItem(StatusBar::variableLength); }
+        {
+            const auto shortLived = bar.statusItem(StatusBar::variableLength);
+        }
         item = bar.statusItem(StatusBar::variableLength);
     }
     item->button()->setToolTip("here");

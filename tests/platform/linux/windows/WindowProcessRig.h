@@ -40,8 +40,7 @@ class WindowProcessRig : public testing::Test {
     // Runs `text` as the window process, with short delays.
     void use(const std::string& text) {
         const std::string path = script(text);
-        window = std::make_unique<WindowProcess>(
-            loop, [path] { return path; }, times);
+        window = std::make_unique<WindowProcess>(loop, [path] { return path; }, times);
         endListener = window->listenForEnd([this] { ++ends; });
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });

@@ -115,8 +115,7 @@ TEST_F(WindowProcessTest, IsGivenUpAfterAFewTriesUntilThereIsSomethingNewToShow)
 
 TEST_F(WindowProcessTest, HasAllItsTriesAgainAfterItRanForAWhile) {
     const std::string path = script("sleep 0.05; echo >>$here/starts");
-    WindowProcess settling(
-        loop, [&] { return path; }, WindowProcess::Timing{{1ms}, 40ms, linger});
+    WindowProcess settling(loop, [&] { return path; }, WindowProcess::Timing{{1ms}, 40ms, linger});
     settling.show(ShowTray());
     waitFor([&] { return starts() > 5; });
 }
@@ -243,8 +242,7 @@ TEST_F(WindowProcessTest, StartsImmediatelyForAWindowEvenAfterTheIconWasGivenUp)
 }
 
 TEST_F(WindowProcessTest, ReportsItsEndLaterIfTheProgramIsMissing) {
-    WindowProcess missing(
-        loop, [&] { return folder / "missing"; }, WindowProcess::Timing{{1h}, 1h, linger});
+    WindowProcess missing(loop, [&] { return folder / "missing"; }, WindowProcess::Timing{{1h}, 1h, linger});
     int reportedEnds = 0;
     const auto closing = missing.listenForEnd([&] {
         ++reportedEnds;

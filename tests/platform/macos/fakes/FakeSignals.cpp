@@ -36,7 +36,7 @@ Source& sourceOf(dispatch_object_t object) {
 }
 
 bool isIgnored(int number) {
-    struct sigaction action {};
+    struct sigaction action{};
     return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 

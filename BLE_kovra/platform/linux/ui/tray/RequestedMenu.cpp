@@ -24,8 +24,7 @@ milliseconds now() {
 
 RequestedMenu::RequestedMenu(SendToResident send) : send_(std::move(send)) {
     // The handler is queued, because the toolkit reports the choice after it hides the menu.
-    QObject::connect(
-        &widget(), &QMenu::aboutToHide, &widget(), [this] { sendClosed(); }, Qt::QueuedConnection);
+    QObject::connect(&widget(), &QMenu::aboutToHide, &widget(), [this] { sendClosed(); }, Qt::QueuedConnection);
 }
 
 void RequestedMenu::show(const PopUpMenu& request) {
