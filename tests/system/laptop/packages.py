@@ -71,11 +71,13 @@ def purged_and_installed_again(laptop):
         shutil.rmtree(elsewhere)
     library.mkdir()
     library.chmod(0o777)
-    done = subprocess.run([MANAGER, "forceActivate"], stderr=subprocess.PIPE, text=True)
-    reason = "ble-kovra-helper: not activated: cannot start: the flag's folder cannot be trusted: /Library"
-    check(done.returncode == 1 and done.stderr.startswith(reason), f"the manager prints {done.stderr}")
-    check(not has_ended(), "the manager has waited for the helper to end")
-    library.chmod(0o755)
+    try:
+        done = subprocess.run([MANAGER, "forceActivate"], stderr=subprocess.PIPE, text=True)
+        reason = "ble-kovra-helper: not activated: cannot start: the flag's folder cannot be trusted: /Library"
+        check(done.returncode == 1 and done.stderr.startswith(reason), f"the manager prints {done.stderr}")
+        check(not has_ended(), "the manager has waited for the helper to end")
+    finally:
+        library.chmod(0o755)
     run("systemctl", "restart", HELPER)
     application.expect_running()
     mouse.unplug()
