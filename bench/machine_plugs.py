@@ -23,7 +23,8 @@ def take(plugs, task, first_process=BARE):
             "plugs": plugs, **task}
     samples = []
     say(f"starting the {name} for {plugs} plugs")
-    with before_all_others(), Machine(machine_kernel, logs, first_process) as machine:
+    # On one processor, the program would wait for the listener with which it is compared.
+    with before_all_others(), Machine(machine_kernel, logs, first_process, processors=2) as machine:
         for message in machine.messages(task):
             if message["kind"] == "broken":
                 raise RuntimeError(f"the {name} failed (logs in {logs}): {message['text']}")

@@ -35,8 +35,8 @@ class MachineFailed(Exception):
 class Machine:
     """A virtual machine that runs within a `with` block. At the end QEMU is killed and the temporary folder removed."""
 
-    def __init__(self, kernel, logs, first_process=BARE):
-        self._kernel, self._first_process = kernel, first_process
+    def __init__(self, kernel, logs, first_process=BARE, processors=1):
+        self._kernel, self._first_process, self._processors = kernel, first_process, processors
         pathlib.Path(logs).mkdir(exist_ok=True)
         self._console = pathlib.Path(logs) / "console.log"
         self._folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-machine-"))
@@ -89,10 +89,11 @@ class Machine:
         archive = self._folder / "initramfs"
         initramfs.write(archive, self._kernel, self._first_process)
         control, port = self._folder / "qmp", self._folder / "port"
-        # One processor costs the host a fifth less time than two. Without tsc=reliable, the kernel would read an emulated
-        # clock at each query of the time.
+        # One processor costs the host a fifth less time than two. Without tsc=reliable, the kernel would read an
+        # emulated clock at each query of the time.
         command = [
-            qemu, "-machine", "q35", "-accel", "tcg,thread=multi", "-cpu", "max", "-m", "2048", "-smp", "1",
+            qemu, "-machine", "q35", "-accel", "tcg,thread=multi", "-cpu", "max", "-m", "2048",
+            "-smp", str(self._processors),
             "-display", "none", "-monitor", "none", "-no-reboot", "-nodefaults", "-no-user-config",
             "-kernel", self._kernel.image, "-initrd", archive,
             "-append", "console=ttyS0 quiet panic=-1 tsc=reliable clocksource=tsc kovra.guest",
