@@ -1,23 +1,25 @@
 #include "helper/EarlyEnds.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
-#include <fstream>
-#include <system_error>
+
+#include "helper/Descriptor.h"
 
 namespace kovra::helper {
 
 std::chrono::seconds EarlyEnds::begin() const {
     constexpr int most = 7;
-    int before = 0;
-    std::ifstream(file_) >> before;
-    before = std::clamp(before, 0, most);
-    std::ofstream(file_) << std::min(before + 1, most);
+    const Descriptor file(::open(file_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    char digit = '0';
+    const bool isRead = ::pread(file.number(), &digit, 1, 0) == 1 && digit >= '0' && digit <= '9';
+    const int before = isRead ? std::min(digit - '0', most) : 0;
+    digit = static_cast<char>('0' + std::min(before + 1, most));
+    if (::pwrite(file.number(), &digit, 1, 0) == 1) static_cast<void>(::ftruncate(file.number(), 1));
     return std::chrono::seconds(before < 3 ? 0 : 1 << (before - 1));
 }
 
-void EarlyEnds::clear() const {
-    std::error_code error;
-    std::filesystem::remove(file_, error);
-}
+void EarlyEnds::clear() const { ::unlink(file_.c_str()); }
 
 }  // namespace kovra::helper

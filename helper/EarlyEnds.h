@@ -1,7 +1,7 @@
 #pragma once
 
 #include <chrono>
-#include <filesystem>
+#include <string>
 #include <utility>
 
 namespace kovra::helper {
@@ -11,16 +11,16 @@ namespace kovra::helper {
 // systemd alone would restart such a daemon every second: it supports growing delays only since version 254.
 class EarlyEnds {
   public:
-    explicit EarlyEnds(std::filesystem::path file) : file_(std::move(file)) {}
+    explicit EarlyEnds(std::string file) : file_(std::move(file)) {}
 
     // Adds one to the count. Returns how long the daemon must wait before it mutes anything: 0 s if the count was at
-    // most 2, 4 s if it was 3, 8 s if it was 4 and so on, up to 64 s. A file that cannot be read or contains no number
-    // counts as 0. A failure to write the file is ignored.
+    // most 2, 4 s if it was 3, 8 s if it was 4 and so on, up to 64 s. A file that cannot be read or starts with no
+    // digit counts as 0. A failure to write the file is ignored.
     std::chrono::seconds begin() const;
     void clear() const;
 
   private:
-    const std::filesystem::path file_;
+    const std::string file_;
 };
 
 }  // namespace kovra::helper

@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <ctime>
 #include <exception>
-#include <filesystem>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -117,7 +116,7 @@ int run(bool isRelease) {
         if (!isRelease) delayRestart();
         return 1;
     }
-    const EarlyEnds earlyEnds(std::filesystem::path(runtimeFolder) / "early-ends");
+    const EarlyEnds earlyEnds(std::string(runtimeFolder) + "/early-ends");
     // A missing folder contains no records of muted pads. A folder that cannot be opened may contain some.
     int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
     bool hasStarted = isRelease;

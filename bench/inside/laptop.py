@@ -22,6 +22,8 @@ PERSON = 61001
 FLAG = pathlib.Path("/Library/Application Support/ble-kovra/state")
 TIMEOUT_SECONDS = 20
 SETTLE_SECONDS = 3
+# The helper wakes up once when it has run for 10 s: it has not crashed early.
+START_SECONDS = 11
 # If events of the flag are frequent, the helper reads them at most 20 times a second. One write of the flag may need
 # two reads. With these pauses the limit delays no read.
 PAUSE_SECONDS = 0.1
@@ -177,7 +179,7 @@ def idle(world, pads):
     """Measures wake-ups and CPU time while nothing is muted, while a pad is muted, and during unrelated udev events."""
     taken = {}
     helper = Helper(world, pads.environment)
-    time.sleep(SETTLE_SECONDS)
+    time.sleep(START_SECONDS)
     taken["idle"] = session.measured_idle(helper.pid, world["idle"], foreign=False)
     write_flag("on")
     until(lambda: pads.are("1"))
@@ -185,7 +187,7 @@ def idle(world, pads):
     taken["muted"] = session.measured_idle(helper.pid, world["idle"], foreign=False)
     helper.end()
     helper = Helper(world)
-    time.sleep(SETTLE_SECONDS)
+    time.sleep(START_SECONDS)
     taken["idle with foreign events"] = session.measured_idle(helper.pid, world["idle"], foreign=True)
     helper.end()
     return taken

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -47,7 +48,7 @@ int addWatch(const Descriptor& events, const Descriptor& file, std::uint32_t mas
 
 }  // namespace
 
-std::unique_ptr<FlagFolder> FlagFolder::open(Loop& loop, const std::filesystem::path& path, const Trust& trust) {
+std::unique_ptr<FlagFolder> FlagFolder::open(Loop& loop, const std::string& path, const Trust& trust) {
     std::unique_ptr<FlagFolder> folder(new FlagFolder(loop, path, trust));
     if (!folder->watch()) return nullptr;
     return folder;
@@ -70,12 +71,10 @@ bool FlagFolder::watch() {
     trusted.folders.pop_back();
     events_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     bool areWatched = events_.isOpen();
-    const std::filesystem::path names = path_.relative_path();
-    auto name = names.begin();
-    for (const auto& parent : trusted.folders) {
-        const int wd = areWatched ? addWatch(events_, parent, pathEvents) : -1;
+    for (std::size_t parent = 0; parent < trusted.folders.size(); ++parent) {
+        const int wd = areWatched ? addWatch(events_, trusted.folders[parent], pathEvents) : -1;
         areWatched = wd >= 0;
-        if (areWatched) nextNames_[wd] = *name++;
+        if (areWatched) nextNames_[wd] = trusted.names[parent];
     }
     if (areWatched) folderWd_ = addWatch(events_, folder_, folderEvents);
     if (folderWd_ < 0) {
@@ -173,7 +172,7 @@ bool FlagFolder::isLost() const {
     const TrustedPath trusted = openTrustedPath(trust_.root, path_, trust_.owner);
     if (!trusted.folders.empty() && isSameFile(trusted.folders.back(), folder_)) return false;
     log(Severity::error, "the flag's folder is lost: " +
-                             (trusted.refusal.empty() ? path_.string() + ": it is another one now" : trusted.refusal));
+                             (trusted.refusal.empty() ? path_ + ": it is another one now" : trusted.refusal));
     return true;
 }
 

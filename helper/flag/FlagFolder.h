@@ -3,7 +3,6 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -23,7 +22,7 @@ namespace kovra::helper {
 // The folder below which a path is resolved, and the user who must own the path's last folder and the flag (see
 // openTrustedPath()). Tests use another root.
 struct Trust {
-    std::filesystem::path root = "/";
+    std::string root = "/";
     uid_t owner = ::geteuid();
 };
 
@@ -42,7 +41,7 @@ class FlagFolder {
     // Opens the folder at this absolute path and removes what an interrupted hand-over has left. Returns null, and logs
     // one line, if the folder is missing, cannot be watched or is not trusted (see openTrustedPath()). Throws like
     // Loop::onReadable().
-    static std::unique_ptr<FlagFolder> open(Loop& loop, const std::filesystem::path& path, const Trust& trust = {});
+    static std::unique_ptr<FlagFolder> open(Loop& loop, const std::string& path, const Trust& trust = {});
 
     FlagFolder(const FlagFolder&) = delete;
     FlagFolder& operator=(const FlagFolder&) = delete;
@@ -72,7 +71,7 @@ class FlagFolder {
     std::function<void()> onLost;
 
   private:
-    FlagFolder(Loop& loop, std::filesystem::path path, Trust trust)
+    FlagFolder(Loop& loop, std::string path, Trust trust)
         : loop_(loop), path_(std::move(path)), trust_(std::move(trust)) {}
 
     bool watch();
@@ -88,7 +87,7 @@ class FlagFolder {
     bool isLost() const;
 
     Loop& loop_;
-    const std::filesystem::path path_;
+    const std::string path_;
     const Trust trust_;
     Descriptor folder_;
     Descriptor events_;

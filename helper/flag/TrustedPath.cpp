@@ -36,27 +36,38 @@ std::string refusalOfLast(const Descriptor& folder, uid_t owner) {
     return isSomebodys ? refusal + ": start the helper as that user, not as root" : refusal;
 }
 
+std::vector<std::string> namesIn(std::string_view path) {
+    std::vector<std::string> names;
+    while (!path.empty()) {
+        const std::string_view name = path.substr(0, path.find('/'));
+        if (!name.empty()) names.emplace_back(name);
+        path.remove_prefix(std::min(name.size() + 1, path.size()));
+    }
+    return names;
+}
+
 }  // namespace
 
-TrustedPath openTrustedPath(const std::filesystem::path& root, const std::filesystem::path& path, uid_t owner) {
+TrustedPath openTrustedPath(const std::string& root, std::string_view path, uid_t owner) {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
     TrustedPath trusted;
-    const std::filesystem::path whole = root / path.relative_path();
-    std::filesystem::path reached = root;
+    trusted.names = namesIn(path);
+    std::string reached = root;
     const auto append = [&](Descriptor folder) {
-        const bool isLast = reached == whole;
+        const bool isLast = trusted.folders.size() == trusted.names.size();
         const std::string refusal = isLast ? refusalOfLast(folder, owner) : refusalOf(folder, {superuser, owner});
         if (refusal.empty()) {
             trusted.folders.push_back(std::move(folder));
         } else {
             trusted.folders.clear();
-            trusted.refusal = reached.string() + ": " + refusal;
+            trusted.refusal = reached + ": " + refusal;
         }
         return refusal.empty();
     };
     if (!append(Descriptor(::open(root.c_str(), flags)))) return trusted;
-    for (const auto& name : path.relative_path()) {
-        reached /= name;
+    for (const std::string& name : trusted.names) {
+        if (!reached.ends_with('/')) reached += '/';
+        reached += name;
         if (!append(Descriptor(::openat(trusted.folders.back().number(), name.c_str(), flags | O_NOFOLLOW))))
             return trusted;
     }
