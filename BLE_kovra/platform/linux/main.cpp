@@ -5,8 +5,8 @@
 
 #include <clocale>
 #include <csignal>
+#include <cstdio>
 #include <exception>
-#include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -138,7 +138,7 @@ int main() {
     try {
         runApplication();
     } catch (const std::exception& error) {
-        std::cerr << "ble-kovra: " << error.what() << '\n';
+        std::fprintf(stderr, "ble-kovra: %s\n", error.what());
         return 1;
     }
     return 0;

@@ -1,21 +1,21 @@
 #include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
-#include <system_error>
 
 #include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
+#include "BLE_kovra/platform/posix/Path.h"
 
 namespace kovra {
 
 namespace {
 
 bool isExecutable(const std::string& path) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
+    struct stat status{};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0;
 }
 
 }  // namespace
@@ -30,8 +30,7 @@ std::optional<std::string> findProgram(const std::string& name) {
 }
 
 std::string ownProgram() {
-    std::error_code error;
-    std::string path = std::filesystem::read_symlink("/proc/self/exe", error).native();
+    std::string path = linkTarget("/proc/self/exe").value_or("");
     // The kernel appends " (deleted)" if the file was replaced, for example by an upgrade. Return the path of the new
     // file.
     constexpr std::string_view replaced = " (deleted)";

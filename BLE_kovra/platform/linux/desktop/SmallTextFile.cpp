@@ -8,17 +8,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <optional>
 #include <string_view>
-#include <system_error>
 
 #include "BLE_kovra/platform/posix/FileDescriptor.h"
+#include "BLE_kovra/platform/posix/Path.h"
 
 namespace kovra {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 int readAll(int file, std::string& text) {
     std::array<char, 16384> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
@@ -43,31 +41,29 @@ int writeAll(int file, std::string_view text) {
 }
 
 // Resolves the symbolic links at the path. The final file need not exist.
-int followLinks(fs::path& path) {
-    std::error_code error;
-    for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
-        if (links == 40) return ELOOP;
-        const fs::path target = fs::read_symlink(path, error);
-        if (error) return error.value();
-        path = path.parent_path() / target;
+int followLinks(std::string& path) {
+    int links = 0;
+    while (const std::optional<std::string> target = linkTarget(path)) {
+        if (++links > 40) return ELOOP;
+        path = target->starts_with('/') ? *target : folderOf(path) + '/' + *target;
     }
     return 0;
 }
 
-int makeFolders(const fs::path& folder) {
+int makeFolders(const std::string& folder) {
     if (::mkdir(folder.c_str(), 0700) == 0) return 0;
     if (errno == EEXIST) return 0;  // if it is not a directory, creating a file in it fails
-    if (errno != ENOENT || !folder.has_relative_path()) return errno;
-    if (const int error = makeFolders(folder.parent_path())) return error;
+    if (errno != ENOENT || folder.empty()) return errno;
+    if (const int error = makeFolders(folderOf(folder))) return error;
     return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
 // Creates a second hard link to the file, under a name that does not exist yet.
-int keepAside(const fs::path& file) {
+int keepAside(const std::string& file) {
     constexpr int mostNames = 1000;
     for (int number = 1; number <= mostNames; ++number) {
         const std::string suffix = number == 1 ? ".damaged" : ".damaged-" + std::to_string(number);
-        if (::link(file.c_str(), (file.native() + suffix).c_str()) == 0) return 0;
+        if (::link(file.c_str(), (file + suffix).c_str()) == 0) return 0;
         if (errno != EEXIST) return errno;
     }
     return EEXIST;
@@ -83,7 +79,7 @@ int writeAndSync(int number, const std::string& text) {
 
 // Writes the rename to the disk, so that it survives a crash. Some file systems do not support this; the file is
 // complete in any case.
-void syncFolder(const fs::path& folder) {
+void syncFolder(const std::string& folder) {
     const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.isOpen()) ::fsync(opened.number());
 }
@@ -105,13 +101,13 @@ int SmallTextFile::read(std::string& text) const {
 int SmallTextFile::replace(const std::string& text, Old old, Link link) const {
     if (text.size() > largestSize) return EFBIG;
     if (path_.empty()) return ENOENT;
-    fs::path target = path_;
+    std::string target = path_;
     if (link == Link::followed) {
         if (const int error = followLinks(target)) return error;
     }
-    if (const int error = makeFolders(target.parent_path())) return error;
+    if (const int error = makeFolders(folderOf(target))) return error;
 
-    std::string temporary = target.native() + ".XXXXXX";
+    std::string temporary = target + ".XXXXXX";
     const int file = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (file < 0) return errno;
     int error = writeAndSync(file, text);
@@ -121,7 +117,7 @@ int SmallTextFile::replace(const std::string& text, Old old, Link link) const {
         ::unlink(temporary.c_str());
         return error;
     }
-    syncFolder(target.parent_path());
+    syncFolder(folderOf(target));
     return 0;
 }
 

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "BLE_kovra/platform/Utf8.h"
@@ -65,9 +65,12 @@ bool hasOnlyOwnLines(const DesktopEntry& entry) {
     DesktopEntry ours(newEntry);
     ours.setProgram(entry.program().value_or(""));
     const std::string known = '\n' + ours.text();
-    std::istringstream lines(entry.text());
-    for (std::string line; std::getline(lines, line);) {
+    const std::string text = entry.text();
+    std::string_view lines = text;
+    while (!lines.empty()) {
+        const std::string line(lines.substr(0, lines.find('\n')));
         if (!line.empty() && known.find('\n' + line + '\n') == std::string::npos) return false;
+        lines.remove_prefix(std::min(line.size() + 1, lines.size()));
     }
     return true;
 }

@@ -1,11 +1,14 @@
 #include "BLE_kovra/platform/linux/hid/BatteryHIDPresence.h"
 
-#include <filesystem>
+#include <dirent.h>
+
+#include <string>
 #include <system_error>
 #include <utility>
 #include <variant>
 
 #include "BLE_kovra/platform/linux/hid/SysfsFile.h"
+#include "BLE_kovra/platform/linux/loop/Handles.h"
 
 namespace kovra {
 
@@ -17,27 +20,28 @@ constexpr const char* driver = "logitech-hidpp-device";
 
 const std::string batteriesFolder = "/power_supply/";
 
-std::string line(const std::filesystem::path& file) {
+std::string line(const std::string& file) {
     const auto content = readSysfsFile(file);
     const auto* text = std::get_if<std::string>(&content);
     return text == nullptr ? "" : text->substr(0, text->find('\n'));
 }
 
-bool reportsAbsence(const std::filesystem::path& battery) {
-    return line(battery / "scope") == "Device" && line(battery / "online") == "0" &&
-           line(battery / "status") == "Unknown";
+bool reportsAbsence(const std::string& battery) {
+    return line(battery + "/scope") == "Device" && line(battery + "/online") == "0" &&
+           line(battery + "/status") == "Unknown";
 }
 
 // Returns true only if there is at least one battery and all of them report the device as absent.
 bool isAbsent(const std::string& nodeName) {
-    std::error_code error;
-    std::filesystem::directory_iterator battery("/sys/bus/hid/devices/" + nodeName + batteriesFolder, error);
+    const std::string path = "/sys/bus/hid/devices/" + nodeName + batteriesFolder;
+    const Handle<DIR, ::closedir> folder(::opendir(path.c_str()));
     bool absent = false;
-    for (const std::filesystem::directory_iterator end; !error && battery != end; battery.increment(error)) {
-        absent = reportsAbsence(battery->path());
+    while (const dirent* battery = folder ? ::readdir(folder.get()) : nullptr) {
+        if (battery->d_name[0] == '.') continue;
+        absent = reportsAbsence(path + battery->d_name);
         if (!absent) break;
     }
-    return absent && !error;
+    return absent;
 }
 
 // Returns the name of the node whose battery has this path.

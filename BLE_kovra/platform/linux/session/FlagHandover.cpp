@@ -3,10 +3,10 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -23,10 +23,10 @@ constexpr std::uint32_t watchedEvents =
 
 FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver)
     : loop_(loop), handedOver_(std::move(handedOver)), inotify_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-    std::filesystem::path folder;
-    for (const auto& part : std::filesystem::path(flag)) {
-        if (!folder.empty()) path_.push_back({folder.string(), part.string()});
-        folder /= part;
+    for (std::size_t slash = flag.find('/'); slash != std::string::npos; slash = flag.find('/', slash + 1)) {
+        const std::size_t name = slash + 1;
+        path_.push_back(
+            {flag.substr(0, std::max<std::size_t>(slash, 1)), flag.substr(name, flag.find('/', name) - name)});
     }
     if (inotify_.isOpen()) {
         watchNearestFolder();

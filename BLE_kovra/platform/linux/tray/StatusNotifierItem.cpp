@@ -1,13 +1,15 @@
 #include "BLE_kovra/platform/linux/tray/StatusNotifierItem.h"
 
-#include <filesystem>
+#include <sys/stat.h>
+
+#include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/tray/DBusMenu.h"
 #include "BLE_kovra/platform/linux/tray/IconPixmap.h"
+#include "BLE_kovra/platform/posix/Path.h"
 
 namespace kovra {
 
@@ -179,9 +181,9 @@ std::vector<sd_bus_vtable> StatusNotifierItem::methods(bool hasClicks) {
 }
 
 std::string iconsBesideProgram() {
-    std::error_code error;
-    const auto folder = std::filesystem::path(ownProgram()).parent_path() / "icons";
-    return std::filesystem::is_directory(folder, error) ? folder.string() : "";
+    const std::string folder = folderOf(ownProgram()) + "/icons";
+    struct stat status{};
+    return ::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) ? folder : "";
 }
 
 }  // namespace kovra

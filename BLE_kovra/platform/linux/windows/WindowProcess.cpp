@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
 #include <optional>
 #include <utility>
 
@@ -14,6 +13,7 @@
 #include "BLE_kovra/platform/linux/wire/LineSocket.h"
 #include "BLE_kovra/platform/posix/ChildProcess.h"
 #include "BLE_kovra/platform/posix/FileDescriptor.h"
+#include "BLE_kovra/platform/posix/Path.h"
 
 namespace kovra {
 
@@ -276,7 +276,7 @@ void WindowProcess::end() {
 std::string windowProgram() {
     if (currentDesktop() == Desktop::none) return {};
     constexpr const char* name = "ble-kovra-ui";
-    const auto beside = std::filesystem::path(ownProgram()).parent_path() / name;
+    const auto beside = folderOf(ownProgram()) + '/' + name;
     return findProgram(beside).value_or(std::string(KOVRA_LIBEXEC) + '/' + name);
 }
 
