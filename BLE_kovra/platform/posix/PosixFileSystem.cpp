@@ -46,12 +46,10 @@ int closeDuplicate(int file) {
     return duplicate.isOpen() ? duplicate.close() : 0;
 }
 
-// Returns whether the path still refers to the open file.
-bool isInPlace(int file, const std::string& path) {
-    struct stat written{};
+// Returns whether the path still refers to this file.
+bool isInPlace(const struct stat& file, const std::string& path) {
     struct stat inPlace{};
-    if (::fstat(file, &written) != 0 || ::lstat(path.c_str(), &inPlace) != 0) return false;
-    return written.st_dev == inPlace.st_dev && written.st_ino == inPlace.st_ino;
+    return ::lstat(path.c_str(), &inPlace) == 0 && file.st_dev == inPlace.st_dev && file.st_ino == inPlace.st_ino;
 }
 
 // Returns the descriptor, or -1 with errno set.
@@ -78,7 +76,7 @@ Outcome PosixFileSystem::writeWholeFile(const std::string& path, std::string_vie
     // empty file as "off", while the old text may be "on".
     if (error != 0) static_cast<void>(cutTo(file.number(), 0));
     // If another file has replaced this one meanwhile, no reader can find the new text.
-    if (error == 0 && !isInPlace(file.number(), path)) error = ESTALE;
+    if (error == 0 && !isInPlace(before, path)) error = ESTALE;
     const int errorAtClose = file.close();
     if (error == 0) error = errorAtClose;
     return error == 0 ? Outcome::success() : refusal(error);
