@@ -27,6 +27,14 @@ START_SECONDS = 11
 # If events of the flag are frequent, the helper reads them at most 20 times a second. One write of the flag may need
 # two reads. With these pauses the limit delays no read.
 PAUSE_SECONDS = 0.1
+STORM_SECONDS = 5
+NEIGHBOR = FLAG.parents[1] / "neighbor"
+# What another user can do as often as they like. Each line is executed repeatedly, with a growing `count`.
+STORMS = {
+    "the flag is written": f"""f = os.open({str(FLAG)!r}, os.O_WRONLY); os.pwrite(f, (b'on', b'off')[count % 2], 0); """
+                           """os.ftruncate(f, 2 + count % 2); os.close(f)""",
+    "a neighbor of its folder is touched": f"os.utime({str(NEIGHBOR)!r})",
+}
 
 
 def main():
@@ -37,9 +45,12 @@ def main():
     FLAG.write_text("off")
     application = log_in(folder)
     pads = Pads(folder)
-    result = {"changes": changes(world, pads), "memory": memory(world), "idle": idle(world, pads)}
-    application.kill()
-    application.wait()
+    try:
+        result = {"changes": changes(world, pads), "memory": memory(world), "idle": idle(world, pads),
+                  "storms": storms(world, pads)}
+    finally:
+        application.kill()
+        application.wait()
     print(json.dumps(result))
 
 
@@ -69,8 +80,9 @@ class Helper:
             notify.bind(path)
             notify.settimeout(TIMEOUT_SECONDS)
             self._process = subprocess.Popen([world["daemon"]], env={**environment, "NOTIFY_SOCKET": path})
-            if notify.recv(100) != b"READY=1":
-                sys.exit("laptop: the helper is not ready")
+            # If the flag says "on", the helper arms its watchdog before it is ready.
+            while notify.recv(100) != b"READY=1":
+                pass
         os.unlink(path)
 
     @property
@@ -189,6 +201,22 @@ def idle(world, pads):
     helper = Helper(world)
     time.sleep(START_SECONDS)
     taken["idle with foreign events"] = session.measured_idle(helper.pid, world["idle"], foreign=True)
+    helper.end()
+    return taken
+
+
+def storms(world, pads):
+    """Returns the events per second of each storm, and the share of one core that the helper takes meanwhile."""
+    NEIGHBOR.touch()
+    helper = Helper(world, pads.environment)
+    taken = {}
+    for name, line in STORMS.items():
+        time.sleep(SETTLE_SECONDS)
+        watch = processes.Watch([helper.pid])
+        script = (f"import os, time\nend, count = time.monotonic() + {STORM_SECONDS}, 0\n"
+                  f"while time.monotonic() < end:\n    {line}\n    count += 1\nprint(count)")
+        count = int(subprocess.run([sys.executable, "-c", script], stdout=subprocess.PIPE, check=True, text=True).stdout)
+        taken[name] = {"events": count / STORM_SECONDS, "cpu": watch.cpu() / (STORM_SECONDS * 1000)}
     helper.end()
     return taken
 

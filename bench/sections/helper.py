@@ -1,4 +1,5 @@
-"""The privileged helper: its memory, its idle cost, and the time from the flag to the muted pad.
+"""The privileged helper: its memory, its cost when idle and in storms of events, and the time from the flag to the
+muted pad.
 
 The real helper runs in a private mount namespace, with a simulated pad and a UID that no user account has.
 """
@@ -36,6 +37,8 @@ def run(report, tools, changes, idle_seconds):
     for name, idle in results["idle"].items():
         report.at_most(f"{name} for {idle_seconds:.0f} s: wake-ups", idle["wakeups"], 0, "a second")
         report.at_most(f"{name} for {idle_seconds:.0f} s: CPU", idle["cpu"], 0, "ms")
+    for name, storm in results["storms"].items():
+        report.at_most(f"{name} {storm['events']:,.0f} times a second: CPU", storm["cpu"] * 100, 2, "% of a core")
 
 
 def measured(tools, folder, changes, idle_seconds, peers):
