@@ -13,7 +13,7 @@ def _constant(file, pattern):
     return re.search(pattern, (_ROOT / file).read_text(encoding="utf-8"))[1]
 
 
-VERSION = _constant("CMakeLists.txt", r"\bVERSION (\d+(?:\.\d+)+)\s+LANGUAGES")
+VERSION = _constant("CMakeLists.txt", r"\nproject\(\S+ VERSION (\d+(?:\.\d+)+)\s")
 ADDRESS = _constant("BLE_kovra/l10n/SupportAddress.h", r'supportAddress = "(.*)"')
 
 
