@@ -36,6 +36,7 @@ std::string refusalOfLast(const Descriptor& folder, uid_t owner) {
     return isSomebodys ? refusal + ": start the helper as that user, not as root" : refusal;
 }
 
+// Returns the names of which a path consists, without its slashes.
 std::vector<std::string> namesIn(std::string_view path) {
     std::vector<std::string> names;
     while (!path.empty()) {

@@ -13,7 +13,7 @@ import subprocess
 OWN = "/run/ble-kovra-helper/kovra-tried"
 OPEN, OPEN_GROUP = "/kovra-open", "/sys/fs/cgroup/kovra-open"
 OPEN_SETTING = "/sys/module/suspend/parameters/pm_test_delay"
-HOME, TEMPORARY, MODULES = "/home/kovra-open", "/tmp/kovra-open", "/usr/lib/modules/kovra-open"
+HOME, TEMPORARY, MODULES = (f"{folder}/kovra-open" for folder in ("/home", "/tmp", "/usr/lib/modules"))
 NEW_USER_NAMESPACE, NO_RANDOM_ADDRESSES, TRACE_ME = 0x10000000, 0x0040000, 0
 libc = ctypes.CDLL(None, use_errno=True)
 
