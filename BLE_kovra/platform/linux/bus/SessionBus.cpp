@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "BLE_kovra/platform/linux/bus/BusClient.h"
+
 namespace kovra {
 
 namespace {
@@ -75,12 +77,9 @@ void SessionBus::connect() {
 }
 
 int SessionBus::open() {
-    sd_bus* made = nullptr;
-    int result = sd_bus_new(&made);
-    if (result < 0) return result;
-    BusHandle bus(made);
-    result = sd_bus_set_address(made, address_.c_str());
-    if (result >= 0) result = sd_bus_set_bus_client(made, 1);
+    BusHandle bus;
+    int result = newBusClient(address_, bus);
+    sd_bus* made = bus.get();
     if (result >= 0) result = sd_bus_set_trusted(made, 1);  // the bus admits only the user's own programs
     if (result >= 0) result = sd_bus_set_connected_signal(made, 1);
     if (result >= 0) result = sd_bus_start(made);

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstdlib>
 #include <optional>
+#include <string>
+#include <utility>
 
+#include "BLE_kovra/platform/linux/bus/BusClient.h"
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
 
 namespace kovra {
@@ -11,10 +15,11 @@ namespace kovra {
 class SystemBus {
   public:
     explicit SystemBus(SdEventLoop& loop) : loop_(loop) {
-        sd_bus* opened = nullptr;
-        const int result = sd_bus_open_system(&opened);
+        BusHandle client;
+        int result = newBusClient(address(), client);
+        if (result >= 0) result = sd_bus_start(client.get());
         if (result >= 0)
-            connection_.emplace(loop, BusHandle(opened), failures_);
+            connection_.emplace(loop, std::move(client), failures_);
         else
             failures_.add("system bus", result);
     }
@@ -28,6 +33,11 @@ class SystemBus {
     const BusFailures& failures() const { return failures_; }
 
   private:
+    static std::string address() {
+        const char* set = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+        return set == nullptr ? "unix:path=/run/dbus/system_bus_socket" : set;
+    }
+
     SdEventLoop& loop_;
     BusFailures failures_;
     std::optional<BusConnection> connection_;

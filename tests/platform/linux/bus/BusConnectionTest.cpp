@@ -186,6 +186,12 @@ TEST_F(BusConnectionTest, DropsAForgedSignalWhileTheServiceIsAbsent) {
     EXPECT_TRUE(receives("real "));
 }
 
+// Closing a descriptor that another client has sent could take as long as that client wants.
+TEST_F(BusConnectionTest, ReceivesNoFileDescriptor) {
+    awaitReply();
+    EXPECT_EQ(forger_.errorOfDescriptor(Forger::nameOf(program_.bus()), path, interface), SD_BUS_ERROR_NOT_SUPPORTED);
+}
+
 TEST_F(BusConnectionTest, DropsAForgedChangeOfAnOwner) {
     std::string owners;
     const auto token = bus().watchOwner(

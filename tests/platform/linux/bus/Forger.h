@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <string>
 
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
@@ -34,6 +35,20 @@ class Forger {
         ASSERT_GE(sd_bus_send(bus_.get(), made, nullptr), 0);
         constexpr const char* bus = "org.freedesktop.DBus";
         ASSERT_GE(sd_bus_call_method(bus_.get(), bus, "/org/freedesktop/DBus", bus, "GetId", nullptr, nullptr, ""), 0);
+    }
+
+    // Sends a file descriptor. Returns the name of the error with which the bus refuses that.
+    std::string errorOfDescriptor(const std::string& destination, const char* path, const char* interface) {
+        sd_bus_message* made = nullptr;
+        EXPECT_GE(sd_bus_message_new_method_call(bus_.get(), &made, destination.c_str(), path, interface, "Take"), 0);
+        const BusMessage message(made);
+        EXPECT_GE(sd_bus_message_append(made, "h", 0), 0);
+        sd_bus_error error{};
+        constexpr std::uint64_t timeout = 5'000'000;
+        sd_bus_call(bus_.get(), made, timeout, &error, nullptr);
+        const std::string name = error.name == nullptr ? "" : error.name;
+        sd_bus_error_free(&error);
+        return name;
     }
 
     std::string name() { return nameOf(bus_.get()); }
