@@ -1,10 +1,13 @@
 """Simulates HID devices with umockdev, for programs that run with the environment variables of `Devices`.
 
-There is no udevd. Plugging and unplugging cause no events, so the program polls.
+There is no udevd. As root the program receives the kernel's events, and otherwise polls.
 """
 
+import contextlib
 import os
+import pathlib
 import shutil
+import socket
 
 import gi
 gi.require_version("UMockdev", "1.0")
@@ -44,8 +47,18 @@ class Devices:
         os.symlink("../../../../../bus/hid/drivers/hid-generic", f"{folder}/driver")
         with open(f"{folder}/uevent", "w", encoding="utf-8") as uevent:
             uevent.write(f"DRIVER=hid-generic\nHID_ID=0003:0000046D:{self._count:08X}\nHID_NAME={name}\n")
+        self._send("add", node)
         return node
 
     def unplug(self, node):
         os.unlink(f"{self._sys}/bus/hid/devices/{node}")
+        self._send("remove", node)
         shutil.rmtree(f"{self._sys}/devices/virtual/misc/uhid/{node}")
+
+    def _send(self, action, node):
+        """Sends an event of the kernel to all programs that receive such events, through umockdev's sockets."""
+        path = f"/devices/virtual/misc/uhid/{node}"
+        lines = [f"{action}@{path}", f"ACTION={action}", f"DEVPATH={path}", "SUBSYSTEM=hid", "SEQNUM=1", ""]
+        for receiver in pathlib.Path(self._testbed.get_root_dir()).glob("event*"):
+            with contextlib.suppress(ConnectionRefusedError), socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as sender:
+                sender.sendto("\0".join(lines).encode(), os.fspath(receiver))

@@ -13,6 +13,9 @@ from waiting import check, now, stay_until, wait_for
 from world import GRACE, LATEST_OFF
 
 FOREIGN_EVENT = "/sys/devices/virtual/mem/null/uevent"
+POLLING = "ble-kovra: udev недоступен, подключение и отключение устройств HID проверяется опросом раз в секунду"
+# A network namespace that belongs to a user namespace other than the initial one.
+CONTAINER = ["unshare", "--user", "--map-current-user", "--net"]
 
 
 def churn(count, name, keep_last=False):
@@ -104,6 +107,11 @@ def missing_folder(world):
     check(FOLDER.is_dir(), "the folder was removed")
 
 
+def send_foreign_event():
+    with open(FOREIGN_EVENT, "w", encoding="ascii") as uevent:
+        uevent.write("change")
+
+
 def off_after_unplugging(world, mouse):
     mouse.unplug()
     off = world.flag.wait_write("off", mouse.removed, limit=8).time - mouse.removed
@@ -111,19 +119,41 @@ def off_after_unplugging(world, mouse):
     return off
 
 
-@scenario("Without udevd the program finds the mouse by polling; once udevd runs, it uses events again.")
-def no_udevd(world):
-    world.stop_udevd()
-    world.start(selected=[MADE_UP])
+def plug_and_unplug_without_udevd(world):
     mouse = world.plug("Kovra Mouse")
     on = world.flag.wait_write("on", mouse.added, limit=6).time - mouse.added
     off = off_after_unplugging(world, mouse)
-    world.expect_writes("off", "on", "off")
-    world.start_udevd()
-    again = world.plug("Kovra Mouse")
-    world.flag.wait_write("on", again.added, limit=6)
-    off_after_unplugging(world, again)
     return f"on after {on:.2f} s, off after {off:.2f} s"
+
+
+@scenario("Without udevd the program finds the mouse by the kernel's events and sleeps; once udevd runs, by udevd's.")
+def no_udevd(world):
+    world.stop_udevd()
+    running = world.start(selected=[MADE_UP])
+    seen = plug_and_unplug_without_udevd(world)
+    world.expect_writes("off", "on", "off")
+    check(POLLING not in world.journal.messages, "the program polls")
+    stay_until(now() + 1.0)
+    before, _ = running.cost()
+    stay_until(now() + 5.0)
+    check(running.cost()[0] == before, f"{running.cost()[0] - before} wake-ups in 5 s")
+    world.start_udevd()
+    plug_and_unplug_without_udevd(world)
+    world.settle()
+    # The kernel's events would wake the program for a device of any kind.
+    before, _ = running.cost()
+    send_foreign_event()
+    world.settle()
+    check(running.cost()[0] == before, "the program still receives the kernel's events")
+    return seen
+
+
+@scenario("In a container that neither udevd's nor the kernel's events reach, the program finds the mouse by polling.")
+def no_events(world):
+    world.stop_udevd()
+    world.start(selected=[MADE_UP], within=CONTAINER)
+    wait_for(lambda: POLLING in world.journal.messages, "the line in the log")
+    return plug_and_unplug_without_udevd(world)
 
 
 @scenario("While udevd hangs the trackpad is unmuted within 2.5 s after the chosen mouse was unplugged.")
@@ -186,8 +216,7 @@ def idle(world):
     wait_for(at_rest, "the program to come to rest after its start")
     before, events, end = running.cost(), 0, now() + 20
     while now() < end:
-        with open(FOREIGN_EVENT, "w", encoding="ascii") as uevent:
-            uevent.write("change")
+        send_foreign_event()
         events += 1
         stay_until(end - 20 + events / 10)
     world.settle()

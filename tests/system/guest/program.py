@@ -22,7 +22,7 @@ def write_preferences(path=PREFERENCES, **choices):
 
 
 class Program:
-    def __init__(self, binary, language="en_US.UTF-8", bus=None, display=None):
+    def __init__(self, command, language="en_US.UTF-8", bus=None, display=None):
         environment = {
             "PATH": "/usr/bin:/bin", "HOME": str(HOME), "XDG_CONFIG_HOME": str(HOME / ".config"), "LANG": language,
         }
@@ -32,7 +32,7 @@ class Program:
             environment["DISPLAY"] = display
         self.errors = HOME / "stderr"
         with open(self.errors, "wb") as errors:
-            self._process = subprocess.Popen([binary], env=environment, cwd="/", stdin=subprocess.DEVNULL,
+            self._process = subprocess.Popen(command, env=environment, cwd="/", stdin=subprocess.DEVNULL,
                                              stdout=errors, stderr=errors)
 
     @property

@@ -62,11 +62,14 @@ class World(Ports):
         self.programs = []
         self.unplug_all()
 
-    def start(self, language="en_US.UTF-8", wait=True, bus=None, display=None, **choices):
-        """Writes the preferences and starts the program. With `wait`, waits until the program has written the flag."""
+    def start(self, language="en_US.UTF-8", wait=True, bus=None, display=None, within=(), **choices):
+        """Writes the preferences and starts the program, by the command `within` if there is one.
+
+        With `wait`, waits until the program has written the flag.
+        """
         program.write_preferences(**choices)
         since = now()
-        started = program.Program(self.binary, language, bus or self.session_bus(), display)
+        started = program.Program([*within, self.binary], language, bus or self.session_bus(), display)
         self.programs.append(started)
         if wait:
             wait_for(lambda: any(write.time >= since for write in self.flag.writes) or not started.is_running(),

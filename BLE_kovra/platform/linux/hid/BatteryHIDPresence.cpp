@@ -73,9 +73,9 @@ void BatteryHIDPresence::forget(const std::string& nodeName) {
 }
 
 void BatteryHIDPresence::listen() {
-    if (events_ || !udevd_.isReachable()) return;
+    if (events_ && !events_->shouldReopen(udevd_)) return;
     if (!udev_) udev_.reset(udev_new());
-    auto events = UdevEvents::open(udev_.get(), "power_supply");
+    auto events = UdevEvents::open(udev_.get(), "power_supply", udevd_);
     if (!events) return;
     try {
         watch_ = loop_.watch(events->descriptor(), [this] { eventsReadable(); });

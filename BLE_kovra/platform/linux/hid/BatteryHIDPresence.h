@@ -32,7 +32,7 @@ class BatteryHIDPresence : public HIDPresence {
     UdevdPaths udevd_;
     std::set<std::string> nodes_;  // the nodes with the receiver's driver
     Udev udev_;
-    std::unique_ptr<UdevEvents> events_;         // open while `nodes_` is not empty, if udevd is reachable
+    std::unique_ptr<UdevEvents> events_;         // open while `nodes_` is not empty, if events arrive
     std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
 };
 

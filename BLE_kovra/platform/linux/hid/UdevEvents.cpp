@@ -17,14 +17,16 @@ bool exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0;
 
 bool UdevdPaths::isReachable() const { return exists(control) && std::ranges::none_of(sandboxes, exists); }
 
-std::unique_ptr<UdevEvents> UdevEvents::open(udev* context, const char* subsystem) {
-    Monitor monitor(udev_monitor_new_from_netlink(context, "udev"));
+std::unique_ptr<UdevEvents> UdevEvents::open(udev* context, const char* subsystem, const UdevdPaths& paths) {
+    const bool isFromKernel = !paths.isReachable();
+    if (isFromKernel && !paths.kernelIsReachable()) return nullptr;
+    Monitor monitor(udev_monitor_new_from_netlink(context, isFromKernel ? "kernel" : "udev"));
     // The filter is set first, so that events of other subsystems never wake the process.
     if (!monitor || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), subsystem, nullptr) < 0 ||
         udev_monitor_enable_receiving(monitor.get()) < 0) {
         return nullptr;
     }
-    return std::unique_ptr<UdevEvents>(new UdevEvents(std::move(monitor)));
+    return std::unique_ptr<UdevEvents>(new UdevEvents(std::move(monitor), isFromKernel));
 }
 
 UdevEvents::Event UdevEvents::next() {

@@ -2,11 +2,13 @@
 
 #include <libudev.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/hid/KernelEvents.h"
 #include "BLE_kovra/platform/linux/loop/Handles.h"
 
 namespace kovra {
@@ -18,12 +20,16 @@ struct UdevdPaths {
     std::vector<std::string> sandboxes = {"/.flatpak-info", "/run/host/container-manager"};
     // The folder of the input devices' nodes. The kernel removes them even while udevd hangs.
     std::string inputNodes = "/dev/input";
+    // Queried only if udevd is not reachable.
+    std::function<bool()> kernelIsReachable = kernelEventsArrive;
 
     bool isReachable() const;
 };
 
-// Events of udevd for one subsystem. An event contains only the name and the path of the node, and whether the node was
-// removed. Everything else has to be read from the node itself.
+// Events for one subsystem: those of udevd, or the kernel's own where udevd does not run. An event contains only the
+// name and the path of the node, and whether the node was removed. Everything else has to be read from the node itself.
+//
+// Only udevd's events are filtered before they wake the process. Of the kernel's events each one wakes it.
 class UdevEvents {
   public:
     struct Event {
@@ -38,8 +44,10 @@ class UdevEvents {
         bool isRemoval = false;
     };
 
-    // Starts receiving events. Returns null if the system refuses.
-    static std::unique_ptr<UdevEvents> open(udev* context, const char* subsystem);
+    // Starts receiving events. Returns null if neither udevd nor the kernel is reachable, or if the system refuses.
+    static std::unique_ptr<UdevEvents> open(udev* context, const char* subsystem, const UdevdPaths& paths);
+    // Returns whether this process receives the kernel's events although udevd has become reachable.
+    bool shouldReopen(const UdevdPaths& paths) const { return areFromKernel_ && paths.isReachable(); }
 
     // Returns a descriptor that is readable when an event is pending.
     int descriptor() const { return udev_monitor_get_fd(monitor_.get()); }
@@ -49,9 +57,10 @@ class UdevEvents {
   private:
     using Monitor = Handle<udev_monitor, udev_monitor_unref>;
 
-    explicit UdevEvents(Monitor monitor) : monitor_(std::move(monitor)) {}
+    UdevEvents(Monitor monitor, bool areFromKernel) : monitor_(std::move(monitor)), areFromKernel_(areFromKernel) {}
 
     Monitor monitor_;
+    bool areFromKernel_;
 };
 
 }  // namespace kovra

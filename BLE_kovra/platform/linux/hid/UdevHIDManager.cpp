@@ -51,8 +51,7 @@ void UdevHIDManager::resynchronize() {
 }
 
 bool UdevHIDManager::listen() {
-    if (!udevd_.isReachable()) return false;
-    auto events = UdevEvents::open(udev_.get(), "hid");
+    auto events = UdevEvents::open(udev_.get(), "hid", udevd_);
     if (!events) return false;
     try {
         watch_ = loop_.watch(events->descriptor(), [this] { eventsReadable(); });
@@ -96,6 +95,8 @@ void UdevHIDManager::startWork() {
 }
 
 void UdevHIDManager::eventsReadable() {
+    // When udevd starts, it causes events of the kernel. Nothing else has to report that it runs.
+    if (events_->shouldReopen(udevd_) && listen()) mustCheckAll_ = true;
     if (!std::exchange(isWorking_, true)) step();
 }
 

@@ -22,15 +22,15 @@ class SystemLog;
 // The HID interfaces of a Linux machine, as the kernel lists them and udevd announces them. The manager decides when to
 // check which node, and UdevHIDAnnouncer decides what to announce.
 //
-// It checks each node that udevd reports, and each whose device may have disconnected or reconnected. It checks all
+// It checks each node that udevd reports, or the kernel where udevd does not run, and each whose device may have disconnected or reconnected. It checks all
 // nodes when it is opened, after events were lost, after the process was stopped and after the machine has slept.
 //
 // While udevd hangs, the kernel still removes the nodes of input devices from /dev/input. The manager checks all nodes
 // after such a removal, too.
 //
 // Each queue block checks one node and then queues the next block. So the effects of one node are complete before the
-// next node is checked, and the queue stays short. While udevd's events cannot be received, all nodes are checked every
-// `pollInterval`, and one line is logged. While these events can be received, the process sleeps until the next one.
+// next node is checked, and the queue stays short. While no events can be received, all nodes are checked every
+// `pollInterval`, and one line is logged. While events can be received, the process sleeps until the next one.
 class UdevHIDManager : public HIDManager {
   public:
     static constexpr std::chrono::seconds pollInterval{1};

@@ -211,7 +211,48 @@ TEST_F(UdevHIDManagerHangingUdevdTest, EndsWithAPendingCheck) {
     EXPECT_EQ(reportsAfterCheck(), Reports());
 }
 
-// A machine without udevd. No event arrives, so the manager polls.
+// A machine without udevd whose kernel sends its events to this process.
+class UdevHIDManagerKernelEventsTest : public UdevHIDManagerRecoveryTest {
+  protected:
+    UdevHIDManagerKernelEventsTest() {
+        rig_.stopUdevd();
+        rig_.reachKernel();
+        rig_.open();
+        rig_.settle();
+    }
+
+    UdevHIDRig rig_;
+};
+
+TEST_F(UdevHIDManagerKernelEventsTest, AnnounceAtOnceWithoutALine) {
+    const MockHIDNode mouse{.name = rig_.bus.nextName()};
+    rig_.bus.plug(mouse);
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
+    rig_.bus.unplug(mouse.name);
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
+    EXPECT_EQ(rig_.log.lines.size(), 0U);
+}
+
+TEST_F(UdevHIDManagerKernelEventsTest, ReplacePolling) {
+    rig_.bus.addNode({.name = rig_.bus.nextName(), .product = "silent"});
+    rig_.runFor(2 * UdevHIDManager::pollInterval);
+    EXPECT_EQ(rig_.newReports(), Reports());
+}
+
+// The first event after udevd's start makes the manager receive udevd's events, and check all nodes.
+TEST_F(UdevHIDManagerKernelEventsTest, MissNothingWhenUdevdStarts) {
+    rig_.bus.addNode({.name = rig_.bus.nextName(), .product = "silent"});
+    rig_.startUdevd();
+    rig_.bus.plug({.name = rig_.bus.nextName(), .product = "announced"});
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= 2; }));
+    Reports both = rig_.newReports();
+    std::ranges::sort(both);
+    EXPECT_EQ(both, (Reports{"+1 silent", "+2 announced"}));
+    rig_.bus.plug({.name = rig_.bus.nextName(), .product = "next"});
+    EXPECT_EQ(rig_.newReports(), Reports{"+3 next"});
+}
+
+// A machine without udevd, in a container that the kernel's events do not reach either. The manager polls.
 class UdevHIDManagerPollingTest : public UdevHIDManagerRecoveryTest {
   protected:
     UdevHIDManagerPollingTest() { rig_.stopUdevd(); }

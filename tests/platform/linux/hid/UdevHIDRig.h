@@ -30,6 +30,7 @@ class UdevHIDRig {
     void startUdevd() { writeFile(folder_ / "control", ""); }
     void stopUdevd() { std::filesystem::remove(folder_ / "control"); }
     void enterSandbox() { writeFile(folder_ / "sandbox", ""); }
+    void reachKernel() { kernelIsReachable_ = true; }
 
     void open() {
         manager = service.createManager();
@@ -85,6 +86,7 @@ class UdevHIDRig {
     }
 
     const TempFolder folder_;
+    bool kernelIsReachable_ = false;
     // Sets the address of the system bus to a path that does not exist, unless the test has set an address. The tests
     // must not use the machine's bus.
     struct NoRealBus {
@@ -98,7 +100,9 @@ class UdevHIDRig {
 
   public:
     SystemBus machine{loop};
-    UdevHIDService service{machine, log, {folder_ / "control", {folder_ / "sandbox"}, inputNodes()}};
+    UdevHIDService service{machine, log, {folder_ / "control", {folder_ / "sandbox"}, inputNodes(), [this] {
+                                              return kernelIsReachable_;
+                                          }}};
     std::unique_ptr<HIDManager> manager;
 };
 
