@@ -35,7 +35,7 @@ SECTIONS = {
     "window": lambda report, tools, options: window.run(report, tools, options.starts, options.idle),
     "helper": lambda report, tools, options: helper.run(report, tools, options.changes, options.idle),
     "plug-to-flag": lambda report, tools, options: plug_to_flag.run(report, tools, options.plugs),
-    "plug-to-pad": lambda report, tools, options: plug_to_pad.run(report, options.plugs),
+    "plug-to-pad": lambda report, tools, options: plug_to_pad.run(report, tools, options.plugs),
 }
 
 

@@ -19,6 +19,7 @@ import processes
 from tray_host import TrayHost
 
 FLAG_FOLDER = b"/Library/Application Support/ble-kovra"
+UDEVD = pathlib.Path("/run/udev/control")
 WATCHER = "org.kde.StatusNotifierWatcher"
 IN_CLOSE_WRITE = 0x08
 TIMEOUT_SECONDS = 20
@@ -46,7 +47,13 @@ def idling(program, seconds):
     started = Started(program, FlagWrite())
     time.sleep(SETTLE_SECONDS)
     for foreign in (False, True):
-        report(kind="idle", **measured_idle(started.pid, seconds, foreign))
+        report(kind="idle", udevd=True, **measured_idle(started.pid, seconds, foreign))
+    started.end()
+    # A program that does not find this socket considers udevd as not running.
+    UDEVD.rename(UDEVD.with_name("hidden"))
+    started = Started(program, FlagWrite())
+    time.sleep(SETTLE_SECONDS)
+    report(kind="idle", udevd=False, **measured_idle(started.pid, seconds, foreign=False))
     started.end()
 
 

@@ -21,6 +21,8 @@ def run(report, tools, rounds, idle_seconds):
             report.against_other(name, starts("ours", key), starts("other", key), unit)
     for idle in (result for result in results if result["kind"] == "idle"):
         during = f"idle for {idle['seconds']:.0f} s"
+        if not idle["udevd"]:
+            during += " without udevd"
         if idle["foreign"]:
             during += f" with {idle['foreign']:.0f} foreign events a second"
         report.at_most(f"{during}: wake-ups", idle["wakeups"], 0, "a second")

@@ -14,7 +14,7 @@ bool kernelEventsArrive() {
     constexpr ino_t initialUserNamespace = 0xEFFFFFFD;
     const FileDescriptor network(::open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC));
     const FileDescriptor owner(::ioctl(network.number(), NS_GET_USERNS));
-    struct stat status {};
+    struct stat status{};
     return ::fstat(owner.number(), &status) == 0 && status.st_ino == initialUserNamespace;
 }
 

@@ -22,8 +22,9 @@ class SystemLog;
 // The HID interfaces of a Linux machine, as the kernel lists them and udevd announces them. The manager decides when to
 // check which node, and UdevHIDAnnouncer decides what to announce.
 //
-// It checks each node that udevd reports, or the kernel where udevd does not run, and each whose device may have disconnected or reconnected. It checks all
-// nodes when it is opened, after events were lost, after the process was stopped and after the machine has slept.
+// It checks each node that udevd reports, or the kernel where udevd does not run, and each whose device may have
+// disconnected or reconnected. It checks all nodes when it is opened, after events were lost, after the process was
+// stopped and after the machine has slept.
 //
 // While udevd hangs, the kernel still removes the nodes of input devices from /dev/input. The manager checks all nodes
 // after such a removal, too.
