@@ -36,6 +36,7 @@
 #include "BLE_kovra/platform/linux/session/SdEventApplication.h"
 #include "BLE_kovra/platform/linux/session/SessionEvents.h"
 #include "BLE_kovra/platform/linux/session/SingleInstance.h"
+#include "BLE_kovra/platform/linux/session/TimeLimitedLoginService.h"
 #include "BLE_kovra/platform/linux/tray/StatusNotifierFront.h"
 #include "BLE_kovra/platform/linux/tray/TrayPopup.h"
 #include "BLE_kovra/platform/linux/tray/TrayStatusBar.h"
@@ -90,7 +91,7 @@ void runApplication() {
         desktop == kovra::Desktop::x11 ? kovra::XConnection::open(loop, [&] { application.terminate(); }) : nullptr;
     auto hotKeys = kovra::DesktopHotKeys::on(desktop, x.get(), bus);
 
-    kovra::XdgLoginService login(kovra::ownProgram());
+    kovra::TimeLimitedLoginService login(std::make_shared<kovra::XdgLoginService>(kovra::ownProgram()));
 
     activationToken.provide(kovra::DBusActivation::takeOwnToken());
     kovra::StatusNotifierWatcher watcher(bus);

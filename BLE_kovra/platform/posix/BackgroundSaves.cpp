@@ -2,19 +2,13 @@
 
 #include <cerrno>
 #include <condition_variable>
-#include <cstddef>
 #include <exception>
 #include <mutex>
 #include <utility>
 
+#include "BLE_kovra/platform/posix/SmallThread.h"
+
 namespace kovra {
-
-namespace {
-
-// In bytes; several times what a save needs. The usual stack of 8 MiB may become resident as huge pages.
-constexpr std::size_t stackSize = 256 * 1024;
-
-}  // namespace
 
 // The data that the thread shares with its owner. It exists until both have released it.
 struct BackgroundSaves::Shared {
@@ -70,27 +64,8 @@ void BackgroundSaves::begin(std::string_view key, const PreferenceValue& value) 
         if (std::exchange(shared_->isRunning, true)) return;
     }
     if (const auto finished = std::exchange(thread_, std::nullopt)) ::pthread_join(*finished, nullptr);
-    thread_ = startThread(shared_);
+    thread_ = startSmallThread([shared = shared_] { run(*shared); });
     if (!thread_) run(*shared_);  // no thread could be started, so save here, although it may take time
-}
-
-std::optional<pthread_t> BackgroundSaves::startThread(const std::shared_ptr<Shared>& shared) {
-    pthread_attr_t attributes;
-    ::pthread_attr_init(&attributes);
-    ::pthread_attr_setstacksize(&attributes, stackSize);
-    auto context = std::make_unique<std::shared_ptr<Shared>>(shared);
-    pthread_t thread{};
-    const int error = ::pthread_create(&thread, &attributes, runThread, context.get());
-    ::pthread_attr_destroy(&attributes);
-    if (error != 0) return std::nullopt;
-    static_cast<void>(context.release());  // now the thread owns it
-    return thread;
-}
-
-void* BackgroundSaves::runThread(void* context) {
-    const std::unique_ptr<std::shared_ptr<Shared>> shared(static_cast<std::shared_ptr<Shared>*>(context));
-    if (shared) run(**shared);
-    return nullptr;
 }
 
 bool BackgroundSaves::wait(std::chrono::nanoseconds atMost) {

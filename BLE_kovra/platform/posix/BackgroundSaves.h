@@ -15,8 +15,7 @@
 namespace kovra {
 
 // Saves values in a thread, so that a disk that hangs does not delay the main thread. The saving thread receives copies
-// and runs only while there is something to save. Its stack is small, because the process keeps the pages that the
-// stack has used.
+// and runs only while there is something to save.
 class BackgroundSaves {
   public:
     using Values = std::map<std::string, PreferenceValue, std::less<>>;
@@ -40,8 +39,6 @@ class BackgroundSaves {
 
   private:
     struct Shared;
-    static std::optional<pthread_t> startThread(const std::shared_ptr<Shared>& shared);
-    static void* runThread(void* context);
     static void run(Shared& shared);
 
     std::shared_ptr<Shared> shared_;

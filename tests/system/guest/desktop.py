@@ -95,6 +95,27 @@ def hanging_disk(world):
     return f"off {off:.2f} s after the key"
 
 
+@scenario("While the disk of the autostart entries hangs the program mutes and unmutes as usual, and SIGTERM ends it.")
+def hanging_autostart(world):
+    folder = program.HOME / ".config" / "autostart"
+    folder.mkdir(parents=True)
+    entry = "[Desktop Entry]\nType=Application\nExec=/bin/true\n"
+    (folder / "org.ble_kovra.BLEKovra.desktop").write_text(entry, encoding="utf-8")
+    running = world.start(selected=[MADE_UP])
+    expect_icon(world, PLAIN)
+    with contextlib.closing(HangingFolder(folder)):
+        mouse = world.plug("Kovra Mouse")
+        world.expect_on(mouse)
+        mouse.unplug()
+        delay = world.expect_off_after_grace(mouse)
+        world.expect_on(world.plug("Kovra Mouse"))
+        ended = now()
+        running.send(signal.SIGTERM)
+        world.flag.wait_write("off", ended, 20)
+        check(running.wait_exit() == 0, f"it ended with {running.last_words()}")
+    return f"off {delay:.2f} s after the unplug"
+
+
 @scenario("When the screen disconnects, as at a logout, the trackpad is unmuted and the program ends.")
 def end_of_the_screen(world):
     screen = Screen()
