@@ -42,8 +42,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     // the flag stays "off".
     void evaluate();
 
-    // Creates the status item with its menu. The icon has no slash, which would mean "muted", until refreshUI() is
-    // called.
+    // Creates the status item with its menu. The icon has no slash, which would mean "muted", until the first
+    // decision.
     void setupStatusItem();
     // Updates the check marks of the switch and of launch at login, the icon and its tool tip. The icon shows the last
     // decision, not the switch. Aborts if setupStatusItem() was not called before.

@@ -1,19 +1,20 @@
-"""Scenarios in which a user causes events as fast as possible. The helper must not wake up for each of them."""
+"""Scenarios in which a user causes events as fast as possible. Neither the helper nor the application must wake up for
+each of them."""
 
 import os
 import pathlib
 import re
 
-from laptop import FLAG, HELPER, flag, may_write_flag, run
+from laptop import FLAG, flag, helper_process, may_write_flag
 from people import ANNA, BORIS
 from running import scenario
 from sessions import Session
 from waiting import check, now, stay_until, wait_for
 
 SECONDS = 5
-# The limit of the helper's wake-ups per second. The helper may read the flag 20 times, and wakes up again at the end of
-# the pause after each read. Five more wake-ups are tolerated. CPU time has no limit, since it says little in an
-# emulated machine on a busy host.
+# The limit of wake-ups per second. The helper may read the flag 20 times, and wakes up again at the end of the pause
+# after each read. The same holds for the application. Five more wake-ups are tolerated. CPU time has no limit, since it
+# says little in an emulated machine on a busy host.
 MOST_WAKE_UPS = 45
 # The limit in seconds from the last write of the flag until the pad is muted. The helper pauses for at most 50 ms; the
 # rest is for the emulated machine.
@@ -47,10 +48,11 @@ def write_flag(word):
 
 
 class Effort:
-    """The CPU time in seconds and the voluntary context switches of the helper so far."""
+    """The CPU time in seconds and the voluntary context switches of a process so far, by default of the helper."""
 
-    def __init__(self):
-        folder = pathlib.Path("/proc", run("systemctl", "show", "-P", "MainPID", HELPER).strip())
+    def __init__(self, pid=None):
+        self.pid = pid or helper_process()
+        folder = pathlib.Path("/proc", str(self.pid))
         fields = (folder / "stat").read_text().rpartition(")")[2].split()
         self.seconds = (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
         switches = re.search(r"^voluntary_ctxt_switches:\s+(\d+)", (folder / "status").read_text(), re.M)
@@ -58,9 +60,9 @@ class Effort:
 
 
 def expect_little_work(before, what):
-    after = Effort()
+    after = Effort(before.pid)
     wake_ups = (after.wake_ups - before.wake_ups) / SECONDS
-    check(wake_ups < MOST_WAKE_UPS, f"{what}: the helper woke up {wake_ups:.1f} times a second")
+    check(wake_ups < MOST_WAKE_UPS, f"{what}: process {before.pid} woke up {wake_ups:.1f} times a second")
     return f"{wake_ups:.1f} wake-ups a second, {(after.seconds - before.seconds) / SECONDS:.1%} of a processor"
 
 
@@ -118,3 +120,27 @@ def flag_written_without_application(laptop):
     laptop.start(mode="always")
     laptop.expect_dead(one)
     return f"{count} words, {used}"
+
+
+@scenario("Boris, at the machine, touches his flag for 5 s: Anna's application hardly wakes up, and logs nothing.")
+def flag_touched(laptop):
+    one = laptop.plug_pad()
+    boris = laptop.log_in(BORIS)
+    laptop.log_in(ANNA).activate()
+    application, mouse = laptop.mute(one)
+    boris.activate()
+    wait_for(lambda: may_write_flag(boris), "the flag to be Boris's")
+    mouse.unplug()
+    application.wait_refused("off")
+    laptop.settle()
+    lines = len(application.output().splitlines())
+    helper, program = Effort(), Effort(application.pid)
+    count, _ = storm(boris, f"os.utime({FLAG!r})")
+    used = [expect_little_work(before, f"{count} touches") for before in [helper, program]]
+    lines = len(application.output().splitlines()) - lines
+    check(lines == 0, f"{lines} lines in the log of Anna's application")
+    anna = laptop.log_in(ANNA)
+    anna.activate()
+    wait_for(lambda: may_write_flag(anna) and flag() == "off", "Anna's flag to be off")
+    laptop.expect_alive(one)
+    return f"{count} touches, helper {used[0]}, application {used[1]}"

@@ -1,10 +1,12 @@
 #include "BLE_kovra/platform/linux/session/FlagHandover.h"
 
+#include <fcntl.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <system_error>
@@ -18,6 +20,9 @@ namespace {
 // because the program writes the flag itself.
 constexpr std::uint32_t watchedEvents =
     IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+
+// Enough for a full queue of the kernel. More may arrive during the reads, so there must be an end.
+constexpr int mostReads = 256;
 
 }  // namespace
 
@@ -40,7 +45,9 @@ FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag, std::func
 }
 
 FlagHandover::~FlagHandover() {
-    if (fallback_) fallback_->cancel();
+    for (const auto* task : {&fallback_, &nextLook_}) {
+        if (*task) (*task)->cancel();
+    }
 }
 
 void FlagHandover::expect() {
@@ -69,11 +76,24 @@ void FlagHandover::changed() {
         watchNearestFolder();
         report();
     }
-    watch_->rearm();
+    listenAgain();
+}
+
+void FlagHandover::listenAgain() {
+    const auto now = std::chrono::steady_clock::now();
+    lookedUntil_ = std::max(lookedUntil_, now - mostAtOnce * pause) + pause;
+    if (lookedUntil_ <= now)
+        watch_->rearm();
+    else
+        nextLook_ = loop_.asyncAfter(pause, [this] { watch_->rearm(); });
 }
 
 void FlagHandover::report() const {
-    if (::access(path_.back().folder.c_str(), F_OK) == 0) handedOver_();
+    const Step& last = path_.back();
+    if (::access(last.folder.c_str(), F_OK) != 0) return;
+    const std::string flag = last.folder + '/' + last.name;
+    const bool isSomebodyElses = ::faccessat(AT_FDCWD, flag.c_str(), W_OK, AT_EACCESS) != 0 && errno == EACCES;
+    if (!isSomebodyElses) handedOver_();
 }
 
 // A folder that does not exist needs no watch of its own: its nearest existing parent has one.
@@ -81,14 +101,15 @@ bool FlagHandover::isWatching() const {
     return watch_ && (watchedStep_ == &path_.back() || ::access(path_.back().folder.c_str(), F_OK) != 0);
 }
 
-// Reads all pending events and returns whether any of them concerns the flag. Late events of a folder that is no longer
+// Reads the pending events and returns whether any of them concerns the flag. Late events of a folder that is no longer
 // watched are ignored.
 bool FlagHandover::concernsFlag() {
     bool concerns = false;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): read() fills it
     alignas(inotify_event) std::array<char, 4096> events;
     ssize_t count;
-    while ((count = ::read(inotify_.number(), events.data(), events.size())) > 0) {
+    for (int reads = 0; reads < mostReads && (count = ::read(inotify_.number(), events.data(), events.size())) > 0;
+         ++reads) {
         for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
             inotify_event event{};
             std::memcpy(&event, events.data() + at, sizeof event);

@@ -12,15 +12,23 @@
 namespace kovra {
 
 // A watch on the flag file. It reports when a file is created at the flag's path or renamed to it, and when the
-// permissions of the flag change. A write that failed before may then succeed. Writing to the file is not reported.
+// permissions of the flag change. A write that failed before may then succeed. Writing to the file is not reported, and
+// neither is a change of a flag that this user may not write.
 //
 // The flag's folder need not exist yet: its nearest existing parent is watched until the folder is created. While
 // nothing happens the program sleeps.
+//
+// Whoever owns the flag can cause events without end, for example by touching it. So at most `mostAtOnce` looks follow
+// each other at once, and then there is one per `pause`. Events of the meantime stay in the kernel's queue, so the last
+// change is always reported.
 //
 // If the system has no watches left, or the flag's folder cannot be read, changes cannot be detected. In that case a
 // hand-over is reported one second after the start, and one second after each expect().
 class FlagHandover {
   public:
+    static constexpr int mostAtOnce = 20;
+    static constexpr std::chrono::milliseconds pause{50};
+
     // `flag` is an absolute path. `handedOver` is called from the queue. If the flag can be watched, a file that exists
     // at the start is not reported.
     FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver);
@@ -43,6 +51,7 @@ class FlagHandover {
 
     void watchNearestFolder();
     void changed();
+    void listenAgain();
     void report() const;
     bool concernsFlag();
     bool isWatching() const;
@@ -55,6 +64,8 @@ class FlagHandover {
     int watchDescriptor_ = -1;
     std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
     std::unique_ptr<DelayedTask> fallback_;
+    std::chrono::steady_clock::time_point lookedUntil_;  // when the looks so far would end if each took one pause
+    std::unique_ptr<DelayedTask> nextLook_;
 };
 
 }  // namespace kovra

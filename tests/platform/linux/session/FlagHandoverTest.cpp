@@ -38,6 +38,11 @@ class FlagHandoverTest : public testing::Test {
         for (int i = 0; i < 5; ++i) turn();
         return std::exchange(reports_, 0) > 0;
     }
+    void turn() {
+        bool turned = false;
+        loop_.async([&] { turned = true; });
+        loop_.runUntil([&] { return turned; });
+    }
     // Replaces the flag as the helper does: writes a new file beside the flag and then exchanges the two.
     void exchange(const char* text) {
         writeFile(beside_, text);
@@ -52,13 +57,6 @@ class FlagHandoverTest : public testing::Test {
     SdEventLoop loop_;
     std::unique_ptr<FlagHandover> handover_;
     int reports_ = 0;
-
-  private:
-    void turn() {
-        bool turned = false;
-        loop_.async([&] { turned = true; });
-        loop_.runUntil([&] { return turned; });
-    }
 };
 
 TEST_F(FlagHandoverTest, ReportsThatTheFlagWasExchangedForANewFile) {
@@ -108,6 +106,39 @@ TEST_F(FlagHandoverTest, ReportsChangedPermissionsOfTheFlag) {
     EXPECT_TRUE(isReported());
 }
 
+TEST_F(FlagHandoverTest, ReportsNoChangeOfAnotherUsersFlag) {
+    writeFile(flag_, "off");
+    fs::permissions(temp_.path(), fs::perms(0755));
+    OrdinaryUser::give(flag_);
+    const Rights readOnly(flag_, 0444);
+    const OrdinaryUser user;
+    watch();
+    ASSERT_EQ(::utimensat(AT_FDCWD, flag_.c_str(), nullptr, 0), 0);
+    EXPECT_FALSE(isReported());
+    ASSERT_EQ(::chmod(flag_.c_str(), 0644), 0);
+    EXPECT_TRUE(isReported());
+}
+
+// Another user at the machine owns the flag, and may touch it as fast as possible.
+TEST_F(FlagHandoverTest, ReportsAStormOfChangesTwentyTimesASecondAndItsLastChangeInAnyCase) {
+    writeFile(flag_, "off");
+    watch();
+    constexpr auto storm = 500ms;
+    int touches = 0;
+    const auto end = std::chrono::steady_clock::now() + storm;
+    for (; std::chrono::steady_clock::now() < end; ++touches) {
+        ASSERT_EQ(::chmod(flag_.c_str(), touches % 2 == 0 ? 0644 : 0664), 0);
+        turn();
+    }
+    const auto most = FlagHandover::mostAtOnce + storm / FlagHandover::pause + 2;
+    EXPECT_GT(touches, 2 * most) << "this was no storm";
+    EXPECT_LE(reports_, most);
+    ASSERT_EQ(::chmod(flag_.c_str(), 0600), 0);
+    reports_ = 0;
+    EXPECT_TRUE(turnUntil(loop_, [this] { return reports_ > 0; }));
+    EXPECT_LE(turnsWithin(loop_, 200ms), 10) << "it does not sleep after the storm";
+}
+
 TEST_F(FlagHandoverTest, ReportsThatTheFlagWasCreated) {
     watch();
     EXPECT_FALSE(isReported());
@@ -134,6 +165,7 @@ TEST_F(FlagHandoverTest, ReportsThatTheFoldersWereCreatedHoweverOften) {
         EXPECT_TRUE(isReported());
         fs::remove_all(library_);
         EXPECT_FALSE(isReported());
+        static_cast<void>(turnsWithin(loop_, 10 * FlagHandover::pause));  // so that it looks at once again
     }
 }
 
@@ -203,6 +235,7 @@ TEST_F(FlagHandoverTest, SleepsWhileItMayNotReadTheFolder) {
         EXPECT_LE(turnsWithin(loop_, 200ms), 2);  // the turns of the test's own timer
     }
     fs::permissions(folder_, fs::perms(0755));
+    OrdinaryUser::give(flag_);
     {
         const OrdinaryUser user;
         EXPECT_TRUE(isReported());
