@@ -14,7 +14,7 @@ struct Alert {
 };
 
 enum class AlertResponse {
-    aborted = -1001,  // the user closed the alert without a button, or the application terminates
+    aborted = -1001,  // the user closed the alert without a button, it did not open, or the application terminates
     firstButton = 1000,
     secondButton = 1001,
 };
@@ -26,6 +26,10 @@ class AlertPresenter {
     // Shows the alert in front of all windows, with the application's icon, and returns the user's answer. Blocks only
     // the caller; the main queue keeps running. An alert that is opened before this one is answered appears above it.
     // When the application terminates, open alerts are aborted and no new one opens.
+    //
+    // An alert does not open while an equal one is open. The topmost alert comes to the front instead, and the call
+    // returns `aborted` at once. So a menu item that is chosen again and again opens one alert, and waiting callers do
+    // not pile up.
     virtual AlertResponse runModal(const Alert& alert) = 0;
 };
 

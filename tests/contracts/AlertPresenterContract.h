@@ -64,6 +64,19 @@ TYPED_TEST_P(AlertPresenterContract, StacksANestedAlertAbove) {
     EXPECT_EQ(this->returned_, (std::vector<std::string>{"B", "A"}));
 }
 
+TYPED_TEST_P(AlertPresenterContract, OpensNoAlertThatIsOpenAlready) {
+    std::vector<AlertResponse> more;
+    this->driver_.meanwhile("A", [&] {
+        for (int time = 0; time < 3; ++time) more.push_back(this->run("A"));
+    });
+    this->driver_.willAnswer("A", 0);
+    EXPECT_EQ(this->run("A"), AlertResponse::firstButton);
+    EXPECT_EQ(more, std::vector(3, AlertResponse::aborted));
+    EXPECT_EQ(this->driver_.shown(), std::vector<std::string>{"A"});
+    EXPECT_EQ(this->run("A"), AlertResponse::firstButton);
+    EXPECT_EQ(this->driver_.shown(), (std::vector<std::string>{"A", "A"}));
+}
+
 TYPED_TEST_P(AlertPresenterContract, AbortsOpenAlertsWhenTheApplicationTerminates) {
     std::optional<AlertResponse> above;
     this->driver_.meanwhile("A", [&] { above = this->run("B"); });
@@ -83,7 +96,7 @@ TYPED_TEST_P(AlertPresenterContract, OpensNoAlertAfterTheApplicationHasTerminate
 }
 
 REGISTER_TYPED_TEST_SUITE_P(AlertPresenterContract, ReturnsTheButtonThatEndedIt, RunsTheQueueWhileAnAlertIsOpen,
-                            StacksANestedAlertAbove, AbortsOpenAlertsWhenTheApplicationTerminates,
-                            OpensNoAlertAfterTheApplicationHasTerminated);
+                            StacksANestedAlertAbove, OpensNoAlertThatIsOpenAlready,
+                            AbortsOpenAlertsWhenTheApplicationTerminates, OpensNoAlertAfterTheApplicationHasTerminated);
 
 }  // namespace kovra

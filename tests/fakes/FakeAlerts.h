@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -12,10 +13,13 @@ namespace kovra {
 class FakeAlerts : public AlertPresenter {
   public:
     AlertResponse runModal(const Alert& alert) override {
-        if (hasTerminated_) return AlertResponse::aborted;
+        if (hasTerminated_ || std::find(open_.begin(), open_.end(), alert) != open_.end())
+            return AlertResponse::aborted;
         shown.push_back(alert);
+        open_.push_back(alert);
         if (onShown) onShown();
         if (meanwhile) meanwhile();
+        open_.pop_back();
         return hasTerminated_ ? AlertResponse::aborted : answer;
     }
 
@@ -27,6 +31,7 @@ class FakeAlerts : public AlertPresenter {
     std::vector<Alert> shown;
 
   private:
+    std::vector<Alert> open_;
     bool hasTerminated_ = false;
 };
 

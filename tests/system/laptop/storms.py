@@ -1,13 +1,15 @@
 """Scenarios in which a user causes events as fast as possible. Neither the helper nor the application must wake up for
 each of them."""
 
+import contextlib
 import os
 import pathlib
 import re
 
-from laptop import FLAG, flag, helper_process, may_write_flag
+from laptop import CHOSEN, FLAG, flag, helper_process, may_write_flag
 from people import ANNA, BORIS
 from running import scenario
+from screen import Screen
 from sessions import Session
 from waiting import check, now, stay_until, wait_for
 
@@ -19,6 +21,8 @@ MOST_WAKE_UPS = 45
 # The limit in seconds from the last write of the flag until the pad is muted. The helper pauses for at most 50 ms; the
 # rest is for the emulated machine.
 LATE = 0.5
+# The limit of what nested event loops add to the stack, in KiB.
+MOST_STACK = 128
 SHARED = pathlib.Path("/shared")
 # A program that executes one line of Python repeatedly for some seconds, and then another line once. It prints the
 # number of repetitions and the time at the end.
@@ -144,3 +148,39 @@ def flag_touched(laptop):
     wait_for(lambda: may_write_flag(anna) and flag() == "off", "Anna's flag to be off")
     laptop.expect_alive(one)
     return f"{count} touches, helper {used[0]}, application {used[1]}"
+
+
+CLICKS = 300
+# The position of "About" in the menu, whose items are numbered from 1.
+ABOUT = 6
+
+
+def stack_size(process):
+    """Returns the size of the process's stack in KiB."""
+    return int(re.search(r"^VmStk:\s+(\d+)", pathlib.Path(f"/proc/{process}/status").read_text(), re.M)[1])
+
+
+@scenario("When About is chosen 300 times one alert is on the screen, and the pad is back after the grace period.")
+def about_chosen_again_and_again(laptop):
+    one = laptop.plug_pad()
+    with contextlib.closing(Screen()) as screen:
+        application = laptop.start(display=screen.name, selected=CHOSEN)
+        mouse = laptop.plug_mouse()
+        laptop.expect_dead(one)
+        before = stack_size(application.pid)
+        item, events = f"org.kde.StatusNotifierItem-{application.pid}-1", f"{ABOUT} clicked i 0 0 " * CLICKS
+        menu = f"busctl --address=unix:path=/run/user/$(id -u)/bus call {item} /MenuBar com.canonical.dbusmenu"
+        label = laptop.log_in(ANNA).run(f"{menu} GetProperty is {ABOUT} label")
+        check("About" in label, f"item {ABOUT} is {label}")
+        missing = laptop.log_in(ANNA).run(f"{menu} EventGroup 'a(isvu)' {CLICKS} {events}")
+        check(missing == "ai 0", f"the menu answers {missing}")
+        # The window process loads the toolkit first, which takes long in an emulated machine on a busy host.
+        wait_for(lambda: len(screen.alerts()) == 1, "one alert to be on the screen", 400)
+        mouse.unplug()
+        measured = laptop.expect_back_after_grace(mouse, one)
+        check(len(screen.alerts()) == 1, f"alerts on the screen: {screen.alerts()}")
+        grown = stack_size(application.pid) - before
+        application.expect_running()
+        application.quit()
+    check(grown <= MOST_STACK, f"the stack has grown by {grown} KiB")
+    return f"{measured}, stack {grown} KiB larger"

@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/windows/ProcessAlertPresenter.h"
 
+#include <algorithm>
 #include <variant>
 
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
@@ -27,12 +28,21 @@ ProcessAlertPresenter::ProcessAlertPresenter(SdEventLoop& loop, WindowProcess& p
 
 AlertResponse ProcessAlertPresenter::runModal(const Alert& alert) {
     if (loop_.isStopped()) return AlertResponse::aborted;
+    if (isOpen(alert) || stack_.size() == mostNested) {
+        bringToFront();
+        return AlertResponse::aborted;
+    }
     const auto open = std::make_shared<Open>(Open{{++number_, token_.take(), alert}, {}});
     stack_.push_back(open);
     show();
     loop_.runUntil([&] { return open->answer.has_value(); });
     std::erase(stack_, open);
     return loop_.isStopped() ? AlertResponse::aborted : *open->answer;
+}
+
+bool ProcessAlertPresenter::isOpen(const Alert& alert) const {
+    return std::any_of(stack_.begin(), stack_.end(),
+                       [&](const auto& open) { return !open->answer && open->shown.alert == alert; });
 }
 
 void ProcessAlertPresenter::receive(const AlertAnswered& answered) {
@@ -50,9 +60,18 @@ void ProcessAlertPresenter::abortAll() {
     show();
 }
 
+void ProcessAlertPresenter::bringToFront() {
+    const auto topmost = std::find_if(stack_.rbegin(), stack_.rend(), [](const auto& open) { return !open->answer; });
+    if (topmost == stack_.rend()) return;
+    (*topmost)->shown.activationToken = token_.take();
+    ++fronts_;
+    show();
+}
+
 // Shows the unanswered alerts only. An answered alert closes even while its caller still waits for the alerts above it.
 void ProcessAlertPresenter::show() {
     ShowAlerts shown;
+    if (fronts_ > 0) shown.front = fronts_;
     for (const auto& open : stack_) {
         if (!open->answer) shown.alerts.push_back(open->shown);
     }

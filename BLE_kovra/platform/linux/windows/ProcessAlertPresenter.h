@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -15,8 +16,13 @@ class SdEventLoop;
 
 // Shows alerts in the window process. A caller waits in a nested event loop. If the window process ends unexpectedly,
 // all open alerts count as aborted. If it cannot be started, new alerts are aborted without being shown.
+//
+// The nested loops take stack, so at most `mostNested` callers wait. Further alerts do not open, like an alert that is
+// open already.
 class ProcessAlertPresenter : public AlertPresenter {
   public:
+    static constexpr std::size_t mostNested = 8;
+
     ProcessAlertPresenter(SdEventLoop& loop, WindowProcess& process, ActivationToken& token);
 
     AlertResponse runModal(const Alert& alert) override;
@@ -27,14 +33,17 @@ class ProcessAlertPresenter : public AlertPresenter {
         std::optional<AlertResponse> answer;
     };
 
+    bool isOpen(const Alert& alert) const;
     void receive(const AlertAnswered& answered);
     void abortAll();
+    void bringToFront();
     void show();
 
     SdEventLoop& loop_;
     WindowProcess& process_;
     ActivationToken& token_;
     std::uint64_t number_ = 0;                  // number of the last alert that was opened
+    std::uint64_t fronts_ = 0;                  // how many times the topmost alert was brought to the front
     std::vector<std::shared_ptr<Open>> stack_;  // alerts that a caller waits for, the topmost one last
     WindowProcess::Messages::Token listening_;
     WindowProcess::Ends::Token ends_;

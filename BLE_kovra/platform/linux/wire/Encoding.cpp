@@ -59,7 +59,8 @@ constexpr auto members<ShowAlerts::Open> = std::tuple(required("number", &ShowAl
 template <>
 constexpr const char* nameOf<ShowAlerts> = "showAlerts";
 template <>
-constexpr auto members<ShowAlerts> = std::tuple(required("alerts", &ShowAlerts::alerts));
+constexpr auto members<ShowAlerts> =
+    std::tuple(required("alerts", &ShowAlerts::alerts), optional("front", &ShowAlerts::front));
 
 template <>
 constexpr const char* nameOf<Ping> = "ping";

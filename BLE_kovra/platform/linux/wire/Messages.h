@@ -65,6 +65,7 @@ struct ShowWindow {
 struct HideWindow {};
 
 // A state: the open alerts, the topmost last. Only the topmost accepts input. Alerts that are no longer listed close.
+// The topmost comes to the front when it opens, and when `front` changes.
 struct ShowAlerts {
     struct Open {
         std::uint64_t number = 0;
@@ -72,6 +73,7 @@ struct ShowAlerts {
         Alert alert;
     };
     std::vector<Open> alerts;
+    std::optional<std::uint64_t> front = std::nullopt;
 };
 
 // An event: requests a Pong. It is sent after each state and each other event, so that the Pong also shows that the

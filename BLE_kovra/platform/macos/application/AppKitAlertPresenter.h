@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "BLE_kovra/platform/Alert.h"
 
 namespace kovra {
@@ -11,6 +13,9 @@ namespace kovra {
 class AppKitAlertPresenter : public AlertPresenter {
   public:
     AlertResponse runModal(const Alert& alert) override;
+
+  private:
+    std::vector<Alert> open_;
 };
 
 }  // namespace kovra

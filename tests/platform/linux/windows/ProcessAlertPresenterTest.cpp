@@ -111,6 +111,44 @@ TEST_F(ProcessAlertPresenterTest, ClosesAnAnsweredLowerAlertAndReturnsItAfterThe
     EXPECT_EQ(returned, (Titles{"B", "A"}));
 }
 
+TEST_F(ProcessAlertPresenterTest, BringsTheTopmostAlertToTheFrontIfAnEqualOneIsRequested) {
+    whenOpen({"A"}, [&] {
+        whenOpen({"A", "B"}, [&] {
+            const auto before = standIn.newest<ShowAlerts>()->front;
+            token.provide("another token");
+            EXPECT_EQ(run("A"), AlertResponse::aborted);
+            standIn.turnUntil([&] { return standIn.newest<ShowAlerts>()->front != before; });
+            EXPECT_EQ(open(), (Titles{"A", "B"}));
+            EXPECT_EQ(standIn.alerts()[1].activationToken, "another token");
+            EXPECT_EQ(token.take(), "");
+            answer(0);
+        });
+        run("B");
+        whenOpen({"A"}, [&] { answer(1); });
+    });
+    EXPECT_EQ(run("A"), AlertResponse::secondButton);
+}
+
+TEST_F(ProcessAlertPresenterTest, LetsAFewCallersWaitAndAbortsFurtherAlerts) {
+    Titles titles;
+    std::function<void()> openNext;
+    const std::function<void()> tryOneMore = [&] {
+        EXPECT_EQ(run("one too many"), AlertResponse::aborted);
+        EXPECT_EQ(open(), titles);
+        answer(0);
+    };
+    openNext = [&] {
+        const std::string title = std::to_string(titles.size());
+        titles.push_back(title);
+        whenOpen(titles, titles.size() < ProcessAlertPresenter::mostNested ? openNext : tryOneMore);
+        EXPECT_EQ(run(title), AlertResponse::firstButton);
+        titles.pop_back();
+        if (!titles.empty()) whenOpen(titles, [&] { answer(0); });
+    };
+    openNext();
+    EXPECT_EQ(titles, Titles{});
+}
+
 TEST_F(ProcessAlertPresenterTest, AcceptsEachAnswerOnceAndNoneForAClosedAlert) {
     std::uint64_t first = 0;
     whenOpen({"A"}, [&] {

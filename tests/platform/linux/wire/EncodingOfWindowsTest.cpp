@@ -86,6 +86,7 @@ TEST(EncodingOfWindowsTest, TransfersAnyAlertsUnchanged) {
             const ShowAlerts sent = messages.alerts();
             const auto decoded = decodeToWindow(encode(ToWindow(sent)));
             ASSERT_TRUE(decoded);
+            EXPECT_EQ(std::get<ShowAlerts>(*decoded).front, sent.front);
             const auto& received = std::get<ShowAlerts>(*decoded).alerts;
             ASSERT_EQ(received.size(), sent.alerts.size());
             for (std::size_t i = 0; i < received.size(); ++i) {

@@ -31,6 +31,7 @@ class RandomMessages {
         ShowAlerts shown;
         for (auto left = below(4); left > 0; --left)
             shown.alerts.push_back({number(), text(), {text(), text(), texts()}});
+        if (coin()) shown.front = number();
         return shown;
     }
     ToResident answer() {

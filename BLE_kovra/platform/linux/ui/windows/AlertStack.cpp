@@ -45,6 +45,7 @@ AlertStack::~AlertStack() = default;
 
 void AlertStack::show(const ShowAlerts& shown) {
     const AlertWindow* before = topmost();
+    const bool isRequested = std::exchange(front_, shown.front) != shown.front;
     std::string token;
     std::vector<Open> open;
     for (const ShowAlerts::Open& listed : shown.alerts) {
@@ -52,6 +53,7 @@ void AlertStack::show(const ShowAlerts& shown) {
                                         [&](const Open& each) { return each.window && each.number == listed.number; });
         if (known != open_.end()) {
             open.push_back(std::move(*known));
+            if (isRequested) token = listed.activationToken;
             continue;
         }
         const auto onAnswered = [this, number = listed.number](std::optional<std::size_t> button) {
@@ -64,7 +66,7 @@ void AlertStack::show(const ShowAlerts& shown) {
     }
     open_.swap(open);
     open.clear();  // destroys the alerts that are no longer listed
-    if (topmost() != before) bringTopmostToFront(token);
+    if (isRequested || topmost() != before) bringTopmostToFront(token);
 }
 
 AlertWindow* AlertStack::topmost() const {

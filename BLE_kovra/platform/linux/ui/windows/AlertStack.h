@@ -3,6 +3,7 @@
 #include <QObject>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/ui/windows/AlertWindow.h"
@@ -34,6 +35,7 @@ class AlertStack : public QObject {
 
     SendToResident send_;
     std::vector<Open> open_;
+    std::optional<std::uint64_t> front_;  // of the last ShowAlerts
 };
 
 }  // namespace kovra

@@ -141,6 +141,17 @@ TEST_F(AlertStackTest, KeepsTheWindowOfAnAlertThatIsAlreadyShown) {
     EXPECT_EQ(before->focusWidget(), focus);
 }
 
+TEST_F(AlertStackTest, BringsAnOpenAlertToTheFrontOnRequest) {
+    show({1});
+    visible(1)->showMinimized();
+    show({1});
+    EXPECT_TRUE(visible(1)->isMinimized());
+    stack.show({.alerts = {numbered(1)}, .front = 1});
+    EXPECT_FALSE(visible(1)->isMinimized());
+    EXPECT_TRUE(isActive(*visible(1)));
+    EXPECT_EQ(visible().size(), 1U);
+}
+
 class AlertStackOverWindowTest : public AlertStackTest {
   protected:
     AlertStackOverWindowTest() {

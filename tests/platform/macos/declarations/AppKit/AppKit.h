@@ -30,6 +30,7 @@ typedef enum NSApplicationActivationPolicy : NSInteger {
 - (void)activate KOVRA_SINCE(14.0);
 - (void)activateIgnoringOtherApps:(BOOL)ignoringOtherApps;
 - (void)setMainMenu:(NSMenu*)menu;
+- (NSWindow*)modalWindow;
 - (void)run;
 - (void)terminate:(id)sender;
 @end
