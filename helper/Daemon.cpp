@@ -52,14 +52,19 @@ bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
 }
 
 // Searches for the application even while the flag says "off". The search takes milliseconds, and muting would have to
-// wait for it after the flag has changed to "on".
+// wait for it after the flag has changed to "on". Unmutes all pads before a search, because any account can make it
+// take seconds by starting thousands of processes.
 bool Daemon::shouldMute(std::optional<uid_t> user) {
-    if (user) {
-        const auto start = session_.applicationStart(*user);
-        return start && flag_.isOn(*start);
+    if (!user) {
+        session_.releaseApplication();
+        return false;
     }
-    session_.releaseApplication();
-    return false;
+    auto start = session_.heldApplicationStart(*user);
+    if (!start) {
+        muter_.muteOnly({});
+        start = session_.applicationStart(*user);
+    }
+    return start && flag_.isOn(*start);
 }
 
 void Daemon::rescan() {

@@ -24,7 +24,9 @@ class Daemon {
     // The daemon's access to the login manager and to the list of processes.
     struct Session {
         std::function<std::optional<uid_t>()> activeUser;
-        // When the user's application was started. Nothing if it is not running.
+        // When the user's application was started, if its process is known and still running. Answers at once.
+        std::function<std::optional<BootTime>(uid_t)> heldApplicationStart;
+        // The same, after a search of all processes if necessary. Nothing if it is not running.
         std::function<std::optional<BootTime>(uid_t)> applicationStart;
         std::function<void()> releaseApplication;  // stops watching the application's process
     };

@@ -93,6 +93,7 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const Early
     Touchpads touchpads(loop);
     Daemon daemon(loop,
                   {.activeUser = [&] { return user.current(); },
+                   .heldApplicationStart = [&](uid_t owner) { return application.heldStartOf(owner); },
                    .applicationStart = [&](uid_t owner) { return application.startOf(owner); },
                    .releaseApplication = [&] { application.release(); }},
                   *flag, touchpads, muter);

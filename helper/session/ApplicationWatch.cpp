@@ -53,20 +53,33 @@ std::vector<Candidate> applicationsOf(uid_t user) {
 
 }  // namespace
 
+std::optional<BootTime> ApplicationWatch::heldStartOf(uid_t user) {
+    if (!pidfd_.isOpen()) return std::nullopt;
+    if (user_ == user && !hasEnded(pidfd_) && applicationOf(user, pid_)) return start_;
+    dropProcess();
+    return std::nullopt;
+}
+
 std::optional<BootTime> ApplicationWatch::startOf(uid_t user) {
-    const bool isWatched = pidfd_.isOpen() && user_ == user && !hasEnded(pidfd_) && applicationOf(user, pid_);
-    if (!isWatched) release();
-    return isWatched || search(user) ? std::optional(start_) : std::nullopt;
+    if (const auto start = heldStartOf(user)) return start;
+    return search(user) ? std::optional(start_) : std::nullopt;
 }
 
 void ApplicationWatch::release() {
     laterSearch_.reset();
+    dropProcess();
+    hasLostProcess_ = false;
+}
+
+void ApplicationWatch::dropProcess() {
     recheck_.reset();
     watch_.reset();
     pidfd_ = Descriptor();
+    hasLostProcess_ = true;
 }
 
 bool ApplicationWatch::search(uid_t user) {
+    laterSearch_.reset();
     const auto now = RateLimit::Clock::now();
     const auto delay = searches_.delay(now);
     if (delay > 0ms) {
@@ -76,7 +89,9 @@ bool ApplicationWatch::search(uid_t user) {
         return false;
     }
     searches_.use(now);
-    return watchProcessOf(user);
+    if (!watchProcessOf(user)) return false;
+    if (std::exchange(hasLostProcess_, false)) recheckAfter(100ms);
+    return true;
 }
 
 bool ApplicationWatch::watchProcessOf(uid_t user) {
@@ -103,8 +118,7 @@ bool ApplicationWatch::watchProcessOf(uid_t user) {
 }
 
 void ApplicationWatch::processEnded() {
-    release();
-    if (search(user_)) recheckAfter(100ms);
+    dropProcess();
     if (onChange) onChange();
 }
 
@@ -112,7 +126,7 @@ void ApplicationWatch::processEnded() {
 // its parent it looks like the application until then.
 void ApplicationWatch::recheckAfter(std::chrono::milliseconds delay) {
     recheck_ = loop_.after(delay, [this, delay] {
-        if (!startOf(user_)) {
+        if (!heldStartOf(user_)) {
             if (onChange) onChange();
         } else if (delay < 10s) {
             recheckAfter(10 * delay);

@@ -30,6 +30,7 @@ class DaemonApplicationTest : public testing::Test {
         rig.daemon = std::make_unique<Daemon>(
             rig.flag.loop(),
             Daemon::Session{.activeUser = [this] { return atMachine; },
+                            .heldApplicationStart = [this](uid_t of) { return application.heldStartOf(of); },
                             .applicationStart = [this](uid_t of) { return application.startOf(of); },
                             .releaseApplication = [this] { application.release(); }},
             rig.flag.folder(), *rig.touchpads, *rig.muter);

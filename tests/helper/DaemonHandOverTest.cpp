@@ -37,6 +37,7 @@ class DaemonHandOverTest : public testing::Test {
                                               evaluations.push_back(std::chrono::steady_clock::now());
                                               return rig.activeUser;
                                           },
+                                      .heldApplicationStart = [](uid_t) { return BootTime::zero(); },
                                       .applicationStart = [](uid_t) { return BootTime::zero(); },
                                       .releaseApplication = [] {}};
         rig.daemon =

@@ -29,6 +29,7 @@ class DaemonRig {
     }
 
     void start() {
+        held.reset();
         mutedPads = std::make_unique<MutedPads>(runtime());
         muter = std::make_unique<Muter>(flag.loop(), *mutedPads, attribute_);
         muter->muteOnly({});
@@ -88,8 +89,10 @@ class DaemonRig {
     FlagRig flag{TempFolder::Where::disk};  // umockdev takes files below /dev, as those in memory are, for devices
     std::optional<uid_t> activeUser;
     std::set<uid_t> running;
-    std::optional<uid_t> askedFor;   // the user whose application was last queried
-    bool wasMutedWhenAsked = false;  // whether the pad was muted at that query
+    std::optional<uid_t> held;         // the user whose application the daemon holds
+    std::optional<uid_t> searchedFor;  // the user whose application was last searched
+    bool wasMutedInSearch = false;     // whether the pad was muted during that search
+    bool wasMutedWhenAsked = false;    // whether the pad was muted when the daemon last queried the application
     int releases = 0;
     int looks = 0;  // how often the daemon has queried who is at the machine
 
@@ -100,13 +103,24 @@ class DaemonRig {
                         ++looks;
                         return activeUser;
                     },
-                .applicationStart = [this](uid_t user) -> std::optional<BootTime> {
-                    askedFor = user;
+                .heldApplicationStart = [this](uid_t user) -> std::optional<BootTime> {
                     wasMutedWhenAsked = is("1");
-                    if (!running.contains(user)) return std::nullopt;
+                    if (held != user || !running.contains(user)) return std::nullopt;
                     return BootTime::zero();
                 },
-                .releaseApplication = [this] { ++releases; }};
+                .applicationStart = [this](uid_t user) -> std::optional<BootTime> {
+                    searchedFor = user;
+                    wasMutedInSearch = is("1");
+                    held.reset();
+                    if (!running.contains(user)) return std::nullopt;
+                    held = user;
+                    return BootTime::zero();
+                },
+                .releaseApplication =
+                    [this] {
+                        held.reset();
+                        ++releases;
+                    }};
     }
 
     const TempFolder folder_;

@@ -38,7 +38,24 @@ TEST_F(DaemonSessionTest, MutesNothingWithoutTheApplication) {
 TEST_F(DaemonSessionTest, FindsTheApplicationBeforeTheFlagSaysOn) {
     rig.start();
     rig.switchTo(alice);
-    EXPECT_EQ(rig.askedFor, alice);
+    EXPECT_EQ(rig.searchedFor, alice);
+}
+
+TEST_F(DaemonSessionTest, UnmutesThePadBeforeItSearchesForAnotherApplication) {
+    rig.startMuted();
+    rig.searchedFor.reset();
+    rig.wasMutedInSearch = true;
+    rig.endApplication(alice);
+    EXPECT_EQ(rig.searchedFor, alice);
+    EXPECT_FALSE(rig.wasMutedInSearch);
+}
+
+TEST_F(DaemonSessionTest, SearchesNothingWhileItHoldsTheApplication) {
+    rig.startMuted();
+    rig.searchedFor.reset();
+    rig.awaitLook();
+    EXPECT_EQ(rig.searchedFor, std::nullopt);
+    EXPECT_TRUE(rig.is("1"));
 }
 
 TEST_F(DaemonSessionTest, ReleasesTheApplicationOnceThereIsNoUser) {

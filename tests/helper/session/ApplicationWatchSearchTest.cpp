@@ -52,6 +52,20 @@ TEST(ApplicationWatchSearchTest, ReportsAnApplicationThatStartsWhileSearchesAreP
     });
 }
 
+TEST(ApplicationWatchSearchTest, ReportsTheEndOfTheApplicationWithoutASearch) {
+    inPrivateMachine([](uid_t user) {
+        ApplicationWatchRig rig;
+        const long withSearch = costOf(rig, user);
+        const WaitingProcess application(user, named("ble-kovra"));
+        EXPECT_TRUE(rig.watch.startOf(user));
+        application.kill();
+        const long before = bytesRead();
+        EXPECT_TRUE(rig.gotChange());
+        EXPECT_EQ(rig.watch.heldStartOf(user), std::nullopt);
+        EXPECT_LT(bytesRead() - before, withSearch / 2);
+    });
+}
+
 TEST(ApplicationWatchSearchTest, ForgetsASearchThatWasPutOffAtARelease) {
     inPrivateMachine([](uid_t user) {
         ApplicationWatchRig rig;

@@ -104,6 +104,7 @@ TEST(ApplicationWatchStartedProgramTest, RecognizesTheProgramThatAKilledApplicat
             EXPECT_TRUE(rig.watch.startOf(user));
             application.kill();
             EXPECT_TRUE(rig.gotChange());
+            EXPECT_TRUE(rig.watch.startOf(user));
             EXPECT_TRUE(rig.gotNothingFor(delay));
             application.executeProgram();
             EXPECT_TRUE(rig.gotChange());
@@ -119,6 +120,7 @@ TEST(ApplicationWatchStartedProgramTest, DoesNotCheckAgainAfterARelease) {
         EXPECT_TRUE(rig.watch.startOf(user));
         application.kill();
         EXPECT_TRUE(rig.gotChange());
+        EXPECT_TRUE(rig.watch.startOf(user));
         rig.watch.release();
         application.executeProgram();
         EXPECT_TRUE(rig.gotNothingFor(300ms));
