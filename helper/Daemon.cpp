@@ -5,14 +5,15 @@
 namespace kovra::helper {
 
 Daemon::Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
-               Backoff handOverBackoff)
+               Backoff handOverBackoff, RateLimit handOvers)
     : loop_(loop),
       session_(std::move(session)),
       flag_(flag),
       touchpads_(touchpads),
       muter_(muter),
       clock_(loop, [this] { rescan(); }),
-      handOverBackoff_(handOverBackoff) {
+      handOverBackoff_(handOverBackoff),
+      handOvers_(handOvers) {
     touchpads_.onChange = [this] { evaluate(); };
     // A disk that becomes read-only causes no event, and the application can then no longer write "off". So the flag is
     // checked at each event of an input device, such as the removal of the mouse.
@@ -38,17 +39,34 @@ bool Daemon::ensureFlagOf(std::optional<uid_t> user) {
     if (!hasFlag && handOverRetry_ && handOverFailedFor_ == user) return false;
     handOverRetry_.reset();
     if (!hasFlag) muter_.muteOnly({});
+    if (!hasFlag && isHandOverPutOff()) return false;
     if (hasFlag || flag_.handOver(user)) {
         handOverBackoff_.reset();
         return true;
     }
     if (handOverFailedFor_ != user) handOverBackoff_.reset();
     handOverFailedFor_ = user;
-    handOverRetry_ = loop_.after(handOverBackoff_.nextDelay(), [this] {
+    evaluateAfter(handOverBackoff_.nextDelay());
+    return false;
+}
+
+// Counts a hand-over, or schedules one if the limit does not permit it now. Returns whether it is put off.
+bool Daemon::isHandOverPutOff() {
+    const auto now = RateLimit::Clock::now();
+    const auto delay = handOvers_.delay(now);
+    if (delay > std::chrono::milliseconds(0)) {
+        evaluateAfter(delay);
+        return true;
+    }
+    handOvers_.use(now);
+    return false;
+}
+
+void Daemon::evaluateAfter(std::chrono::milliseconds delay) {
+    handOverRetry_ = loop_.after(delay, [this] {
         handOverRetry_.reset();
         evaluate();
     });
-    return false;
 }
 
 // Searches for the application even while the flag says "off". The search takes milliseconds, and muting would have to

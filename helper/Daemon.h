@@ -11,6 +11,7 @@
 #include "helper/BootTime.h"
 #include "helper/ClockWatch.h"
 #include "helper/Loop.h"
+#include "helper/RateLimit.h"
 #include "helper/flag/FlagFolder.h"
 #include "helper/pads/Muter.h"
 #include "helper/pads/Touchpads.h"
@@ -31,9 +32,12 @@ class Daemon {
         std::function<void()> releaseApplication;  // stops watching the application's process
     };
 
-    // A failed hand-over is retried after these delays, but at once when another user is at the machine.
+    // A failed hand-over is retried after these delays, but at once when another user is at the machine. No more
+    // hand-overs are tried than the limit permits, since a process may switch between terminals without end. Nothing is
+    // muted while a hand-over is put off.
     Daemon(Loop& loop, Session session, FlagFolder& flag, Touchpads& touchpads, Muter& muter,
-           Backoff handOverBackoff = Backoff(std::chrono::seconds(2), std::chrono::minutes(5)));
+           Backoff handOverBackoff = Backoff(std::chrono::seconds(2), std::chrono::minutes(5)),
+           RateLimit handOvers = RateLimit(10, std::chrono::milliseconds(500)));
 
     // Checks all conditions, and mutes or unmutes the touchpads. The owner of this object calls it when the user at the
     // machine or the application has changed. The daemon itself calls it for all other changes.
@@ -44,6 +48,8 @@ class Daemon {
 
   private:
     bool ensureFlagOf(std::optional<uid_t> user);
+    bool isHandOverPutOff();
+    void evaluateAfter(std::chrono::milliseconds delay);
     bool shouldMute(std::optional<uid_t> user);
     void rescan();
     void handleLostFlag();
@@ -55,8 +61,9 @@ class Daemon {
     Muter& muter_;
     ClockWatch clock_;
     Backoff handOverBackoff_;
-    std::optional<uid_t> handOverFailedFor_;  // the user of the last hand-over that failed
-    std::unique_ptr<Loop::Watch> handOverRetry_;
+    RateLimit handOvers_;
+    std::optional<uid_t> handOverFailedFor_;      // the user of the last hand-over that failed
+    std::unique_ptr<Loop::Watch> handOverRetry_;  // of a hand-over that failed or was put off
     bool hasFailed_ = false;
 };
 

@@ -35,9 +35,7 @@ class Loop::Source : public Loop::Watch {
   public:
     Source(Loop& loop, Work work) : loop_(loop), work_(std::make_shared<Work>(std::move(work))) {}
 
-    void watchDescriptor(int descriptor, int events) {
-        add("descriptor", sd_event_add_io, descriptor, events, descriptorIsReady);
-    }
+    void watchDescriptor(int descriptor) { add("descriptor", sd_event_add_io, descriptor, EPOLLIN, descriptorIsReady); }
     void watchTime(std::chrono::microseconds when) {
         add("timer", sd_event_add_time, CLOCK_MONOTONIC, static_cast<std::uint64_t>(when.count()), accuracyMicroseconds,
             timeIsReached);
@@ -83,13 +81,7 @@ Loop::~Loop() = default;
 
 std::unique_ptr<Loop::Watch> Loop::onReadable(int descriptor, Work work) {
     auto source = std::make_unique<Source>(*this, std::move(work));
-    source->watchDescriptor(descriptor, EPOLLIN);
-    return source;
-}
-
-std::unique_ptr<Loop::Watch> Loop::onNewValue(int descriptor, Work work) {
-    auto source = std::make_unique<Source>(*this, std::move(work));
-    source->watchDescriptor(descriptor, EPOLLPRI);
+    source->watchDescriptor(descriptor);
     return source;
 }
 

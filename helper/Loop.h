@@ -38,10 +38,6 @@ class Loop {
     // process has exited, a timerfd once it has expired or was canceled. The caller keeps the descriptor open for as
     // long as the Watch exists. Throws std::system_error like the constructor.
     std::unique_ptr<Watch> onReadable(int descriptor, Work work);
-    // Runs the work when the kernel reports a new value of the attribute of sysfs that the descriptor has open. The
-    // work must read the attribute from its start, so that it is not run again for the same value. Otherwise like
-    // onReadable().
-    std::unique_ptr<Watch> onNewValue(int descriptor, Work work);
     // Runs the work once, never before the delay is over. Throws like the constructor.
     std::unique_ptr<Watch> after(std::chrono::milliseconds delay, Work work);
     // Runs the work when the signal arrives. The signal is blocked from now on, also after the Watch is destroyed.

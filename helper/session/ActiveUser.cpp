@@ -1,11 +1,15 @@
 #include "helper/session/ActiveUser.h"
 
 #include <fcntl.h>
+#include <sys/epoll.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <string_view>
 #include <system_error>
@@ -16,6 +20,9 @@ namespace kovra::helper {
 namespace {
 
 constexpr const char* seat = "seat0";
+
+// How often the login manager's files are read at most. The comment of the class gives the reason.
+const RateLimit looksAtSessions(10, std::chrono::milliseconds(50));
 
 // Calls one of sd-login's functions that return a text about a session. Returns an empty string if the function fails.
 std::string sessionText(int (*get)(const char*, char**), const char* session) {
@@ -49,6 +56,13 @@ sd_login_monitor* newMonitor(const char* category) {
     return monitor;
 }
 
+// Makes the epoll descriptor `changes` readable while one of these events is pending on the descriptor.
+void include(const Descriptor& changes, int descriptor, std::uint32_t events) {
+    epoll_event event{.events = events, .data = {}};
+    if (::epoll_ctl(changes.number(), EPOLL_CTL_ADD, descriptor, &event) != 0)
+        throw std::system_error(errno, std::generic_category(), "the login manager cannot be watched");
+}
+
 }  // namespace
 
 std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& session, unsigned shownTerminal) {
@@ -61,11 +75,14 @@ std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& se
 ActiveUser::ActiveUser(Loop& loop, const std::string& terminalPath)
     : seats_(newMonitor("seat")),
       sessions_(newMonitor("session")),
-      shownTerminal_(::open(terminalPath.c_str(), O_RDONLY | O_CLOEXEC)) {
+      shownTerminal_(::open(terminalPath.c_str(), O_RDONLY | O_CLOEXEC)),
+      changes_(::epoll_create1(EPOLL_CLOEXEC)) {
     // Watching starts before the first read, so that no change is missed in between.
-    seatsWatch_ = loop.onReadable(sd_login_monitor_get_fd(seats_.get()), [this] { update(); });
-    sessionsWatch_ = loop.onReadable(sd_login_monitor_get_fd(sessions_.get()), [this] { update(); });
-    if (shownTerminal_.isOpen()) terminalWatch_ = loop.onNewValue(shownTerminal_.number(), [this] { update(); });
+    include(changes_, sd_login_monitor_get_fd(seats_.get()), EPOLLIN);
+    include(changes_, sd_login_monitor_get_fd(sessions_.get()), EPOLLIN);
+    // The kernel reports a new value of an attribute of sysfs as EPOLLPRI, until the attribute is read from its start.
+    if (shownTerminal_.isOpen()) include(changes_, shownTerminal_.number(), EPOLLPRI);
+    watch_.emplace(loop, changes_.number(), looksAtSessions, [this] { update(); });
     current_ = read();
 }
 

@@ -28,8 +28,8 @@ class DaemonHandOverTest : public testing::Test {
         ASSERT_EQ(::stat(inTheWay.c_str(), &status), 0);
         fs::create_directories(rig.flag.path("state.new.odd." + std::to_string(status.st_ino)));
     }
-    // Starts a daemon with these delays. It records the time of each of its evaluations.
-    void startWith(Backoff pauses) {
+    // Starts a daemon with these delays and this limit. It records the time of each of its evaluations.
+    void startWith(Backoff pauses, RateLimit handOvers = RateLimit(1'000, 1ms)) {
         rig.start();
         handleEvents(rig.flag.loop());
         const Daemon::Session session{.activeUser =
@@ -40,8 +40,8 @@ class DaemonHandOverTest : public testing::Test {
                                       .heldApplicationStart = [](uid_t) { return BootTime::zero(); },
                                       .applicationStart = [](uid_t) { return BootTime::zero(); },
                                       .releaseApplication = [] {}};
-        rig.daemon =
-            std::make_unique<Daemon>(rig.flag.loop(), session, rig.flag.folder(), *rig.touchpads, *rig.muter, pauses);
+        rig.daemon = std::make_unique<Daemon>(rig.flag.loop(), session, rig.flag.folder(), *rig.touchpads, *rig.muter,
+                                              pauses, handOvers);
     }
     bool becomesTheFlagOf(uid_t user) {
         return rig.flag.runUntil([&] { return mayWrite(user, rig.flag.state()); });
@@ -91,6 +91,33 @@ TEST_F(DaemonHandOverTest, ThatKeepsFailingIsRetriedWithGrowingDelays) {
     for (std::size_t i = 0; i < pauses.size(); ++i) EXPECT_GE(evaluations[i + 1] - evaluations[i], pauses[i]) << i;
     fs::remove_all(inTheWay);
     EXPECT_TRUE(becomesTheFlagOf(bob));
+}
+
+TEST_F(DaemonHandOverTest, IsPutOffAfterAFewInARowAndUnmutesAtOnceAllTheSame) {
+    startWith(Backoff(1h, 1h), RateLimit(3, 2s));
+    for (const uid_t user : {alice, bob, alice}) {
+        rig.switchTo(user);
+        EXPECT_TRUE(mayWrite(user, rig.flag.state()));
+    }
+    rig.flag.write(alice, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    rig.switchTo(bob);
+    EXPECT_TRUE(rig.is("0"));
+    EXPECT_FALSE(mayWrite(bob, rig.flag.state()));
+    EXPECT_TRUE(becomesTheFlagOf(bob));
+    EXPECT_FALSE(mayWrite(alice, rig.flag.state()));
+    EXPECT_TRUE(rig.is("0"));
+}
+
+TEST_F(DaemonHandOverTest, ThatIsPutOffDoesNotTakePlaceIfTheUserIsBackInTime) {
+    startWith(Backoff(1h, 1h), RateLimit(1, 1h));
+    rig.switchTo(alice);
+    rig.flag.write(alice, "on");
+    ASSERT_TRUE(rig.becomes("1"));
+    rig.switchTo(bob);
+    EXPECT_TRUE(rig.is("0"));
+    rig.switchTo(alice);
+    EXPECT_TRUE(rig.is("1"));
 }
 
 TEST_F(DaemonHandOverTest, ThatFailsForAnotherUserOrAfterASuccessIsRetriedWithTheFirstDelay) {

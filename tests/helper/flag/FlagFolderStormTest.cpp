@@ -1,17 +1,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
-#include <cstring>
 #include <filesystem>
 #include <string>
 
-#include "helper/Descriptor.h"
 #include "helper/flag/FlagFolder.h"
+#include "tests/helper/Openings.h"
 #include "tests/helper/flag/FlagRig.h"
 
 namespace kovra::helper {
@@ -36,31 +33,6 @@ class FlagFolderStormTest : public testing::Test {
 
     FlagRig rig;
     int changes = 0;
-};
-
-// A counter of how often a folder itself is opened. It does not count the opening of files in the folder.
-class Openings {
-  public:
-    explicit Openings(const std::string& folder) : events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-        if (::inotify_add_watch(events_.number(), folder.c_str(), IN_OPEN | IN_ONLYDIR) < 0)
-            throw std::runtime_error("cannot watch " + folder);
-    }
-    int take() const {
-        int openings = 0;
-        alignas(inotify_event) std::array<char, 65'536> buffer{};
-        for (ssize_t size = 0; (size = ::read(events_.number(), buffer.data(), buffer.size())) > 0;) {
-            for (ssize_t at = 0; at < size;) {
-                inotify_event event{};
-                std::memcpy(&event, buffer.data() + at, sizeof event);
-                at += static_cast<ssize_t>(sizeof event + event.len);
-                if (event.len == 0) ++openings;
-            }
-        }
-        return openings;
-    }
-
-  private:
-    Descriptor events_;
 };
 
 TEST_F(FlagFolderStormTest, OfEventsBesideThePathCausesNoCheckOfThePath) {

@@ -10,6 +10,7 @@
 #include <string>
 #include <system_error>
 
+#include "tests/helper/Openings.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/RunUntil.h"
 #include "tests/support/posix/TempFolder.h"
@@ -92,6 +93,7 @@ class Listener {
         handleEvents(loop_);
         return changes_ == 0;
     }
+    void handleOneEvent() { runFor(0ms); }
     // Returns whether the loop waits without using the processor. It would not if it left an event unread.
     bool sleeps() {
         const auto used = [] {
@@ -193,6 +195,48 @@ TEST(ActiveUserTest, IsNotReportedAgainIfUnchanged) {
         manager.endSession("3");
         EXPECT_TRUE(listener.staysSilent());
         EXPECT_EQ(listener.user.current(), 1000U);
+    });
+}
+
+TEST(ActiveUserTest, IsReadFewTimesWhileASessionsFileIsRewrittenWithoutEndAndTheLastChangeCounts) {
+    inPrivateMachine([](uid_t) {
+        LoginManager manager;
+        manager.session("1", 1000);
+        manager.foreground("1", 1000);
+        Listener listener;
+        const Openings readings("/run/systemd/seats/seat0");
+        const auto begin = std::chrono::steady_clock::now();
+        int looks = 0;
+        int writes = 0;
+        for (; std::chrono::steady_clock::now() - begin < 400ms || looks < 12; ++writes) {
+            manager.session("2", 1001, "online", "user", true);
+            listener.handleOneEvent();
+            looks += readings.take();
+        }
+        const auto time = std::chrono::steady_clock::now() - begin;
+        EXPECT_LE(looks, 10 + time / 50ms + 1) << writes << " writes";
+        const auto since = std::chrono::steady_clock::now();
+        manager.session("1", 1000, "online");
+        EXPECT_TRUE(listener.becomes(std::nullopt));
+        EXPECT_LT(std::chrono::steady_clock::now() - since, 1s);
+    });
+}
+
+TEST(ActiveUserTest, IsNoticedAtOnceForAFewSwitchesInARow) {
+    inPrivateMachine([](uid_t) {
+        LoginManager manager;
+        manager.session("1", 1000);
+        manager.session("2", 1001);
+        manager.foreground("1", 1000);
+        Listener listener;
+        const auto begin = std::chrono::steady_clock::now();
+        for (int i = 0; i < 4; ++i) {
+            manager.foreground("2", 1001);
+            EXPECT_TRUE(listener.becomes(1001));
+            manager.foreground("1", 1000);
+            EXPECT_TRUE(listener.becomes(1000));
+        }
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 300ms);
     });
 }
 

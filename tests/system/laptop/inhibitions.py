@@ -44,6 +44,10 @@ class Inhibitions:
         return next((note.time for note in list(self._noted)
                      if note.time >= since and note.device == device.number and note.on == on), None)
 
+    def count(self, device, on, since):
+        """Returns how often this value was written to the attribute of the device at or after `since`."""
+        return sum(note.time >= since and note.device == device.number and note.on == on for note in list(self._noted))
+
     def last(self, device):
         """Returns the time of the last write to the attribute of the device, or None."""
         return next((note.time for note in reversed(list(self._noted)) if note.device == device.number), None)
