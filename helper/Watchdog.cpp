@@ -9,11 +9,17 @@ Watchdog::Watchdog(Loop& loop, Notify notify, Timing timing)
     : loop_(loop), notify_(std::move(notify)), timing_(timing) {}
 
 void Watchdog::setMuted(bool isMuted) {
+    isMuted_ = isMuted;
+    setTime();
+}
+
+// Setting the time also restarts the watchdog's period; 0 turns the watchdog off.
+void Watchdog::setTime() {
     next_.reset();
-    // Setting the time also restarts the watchdog's period; 0 turns the watchdog off.
-    const std::chrono::microseconds time = isMuted ? timing_.timeout : std::chrono::milliseconds(0);
-    const bool hasManager = notify_(("WATCHDOG_USEC=" + std::to_string(time.count())).c_str());
-    if (isMuted && hasManager) giveSignsOfLife();
+    const std::chrono::microseconds time = isMuted_ ? timing_.timeout : std::chrono::milliseconds(0);
+    const Notifier::Result result = notify_("WATCHDOG_USEC=" + std::to_string(time.count()));
+    if (result == Notifier::Result::full) next_ = loop_.after(timing_.interval, [this] { setTime(); });
+    if (result == Notifier::Result::sent && isMuted_) giveSignsOfLife();
 }
 
 void Watchdog::giveSignsOfLife() {

@@ -5,14 +5,15 @@
 // that may be a twin.
 
 #include <grp.h>
-#include <systemd/sd-daemon.h>
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -23,6 +24,7 @@
 #include "helper/EarlyEnds.h"
 #include "helper/Log.h"
 #include "helper/Loop.h"
+#include "helper/Notifier.h"
 #include "helper/Watchdog.h"
 #include "helper/flag/FlagFolder.h"
 #include "helper/pads/Grant.h"
@@ -44,6 +46,8 @@ constexpr const char* runtimeFolder = "/run/ble-kovra-helper";
 constexpr std::chrono::seconds unmuteTimeout{10};
 
 constexpr std::chrono::seconds restartDelay{30};
+// How long the daemon waits to report its start again if the service manager's queue is full.
+constexpr std::chrono::seconds reportDelay{1};
 // The signals on which the daemon unmutes the touchpads and ends. After SIGKILL, ExecStopPost unmutes the touchpads
 // under systemd; otherwise the next start does.
 constexpr std::initializer_list<int> terminationSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM};
@@ -64,26 +68,28 @@ bool waitFor(std::chrono::seconds time) {
 // Under a service manager, delays the exit after a failed start. systemd restarts the service one second after any
 // exit, as it should after a crash. The cause of the failure may persist, for example a link in the flag's path.
 // Constant restarts would then keep the machine busy.
-void delayRestart() {
-    if (::sd_notify(0, "STATUS=Cannot start; trying again") > 0) waitFor(restartDelay);
+void delayRestart(const Notifier& notifier) {
+    if (notifier.notify("STATUS=Cannot start; trying again") != Notifier::Result::failed) waitFor(restartDelay);
 }
 
 // Under a service manager, delays a start after several crashes. Returns false if the daemon is to end instead.
-bool delayStart(std::chrono::seconds delay) {
-    if (delay.count() == 0 || ::sd_notify(0, "STATUS=Has crashed several times; waiting") <= 0) return true;
+bool delayStart(std::chrono::seconds delay, const Notifier& notifier) {
+    if (delay.count() == 0 || notifier.notify("STATUS=Has crashed several times; waiting") == Notifier::Result::failed)
+        return true;
     log(Severity::warning, "ended early several times in a row, waits for " + std::to_string(delay.count()) + " s");
     return !waitFor(delay);
 }
 
-int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const EarlyEnds& earlyEnds, bool& hasStarted) {
+int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const EarlyEnds& earlyEnds,
+          const Notifier& notifier, bool& hasStarted) {
     const std::chrono::seconds delay = earlyEnds.begin();
     Loop loop;
     std::vector<std::unique_ptr<Loop::Watch>> watches;
     for (const int signal : terminationSignals) watches.push_back(loop.onSignal(signal, [&loop] { loop.stop(); }));
     Muter muter(loop, mutedPads, attribute);
     muter.muteOnly({});  // unmutes what an earlier process has left
-    if (!delayStart(delay)) return 0;
-    Watchdog watchdog(loop, [](const char* state) { return ::sd_notify(0, state) > 0; });
+    if (!delayStart(delay, notifier)) return 0;
+    Watchdog watchdog(loop, [&](const std::string& state) { return notifier.notify(state); });
     muter.onChange = [&](bool isAnyMuted) { watchdog.setMuted(isAnyMuted); };
 
     const auto flag = FlagFolder::open(loop, flagFolder);
@@ -100,7 +106,11 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const Early
     user.onChange = application.onChange = [&] { daemon.evaluate(); };
     daemon.evaluate();
     hasStarted = true;
-    ::sd_notify(0, "READY=1");
+    std::unique_ptr<Loop::Watch> later;
+    const Loop::Work reportStart = [&] {
+        if (notifier.notify("READY=1") == Notifier::Result::full) later = loop.after(reportDelay, reportStart);
+    };
+    reportStart();
     const auto served = loop.after(shortestService, [&] { earlyEnds.clear(); });
     loop.run();
     return daemon.hasFailed() ? 1 : 0;
@@ -110,11 +120,12 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const Early
 // one process at a time mutes and unmutes.
 int run(bool isRelease) {
     const InhibitedAttribute attribute;
+    const Notifier notifier(std::getenv("NOTIFY_SOCKET"));
     MutedPads mutedPads(runtimeFolder);
     const int error = mutedPads.lock(isRelease ? MutedPads::IfMissing::fail : MutedPads::IfMissing::create);
     if (error == EWOULDBLOCK) {
         log(Severity::error, isRelease ? "ble-kovra-helper runs: stop it first" : "another ble-kovra-helper runs");
-        if (!isRelease) delayRestart();
+        if (!isRelease) delayRestart(notifier);
         return 1;
     }
     const EarlyEnds earlyEnds(std::string(runtimeFolder) + "/early-ends");
@@ -122,13 +133,13 @@ int run(bool isRelease) {
     int result = isRelease && error != 0 && error != ENOENT ? 1 : 0;
     bool hasStarted = isRelease;
     try {
-        if (!isRelease) result = serve(mutedPads, attribute, earlyEnds, hasStarted);
+        if (!isRelease) result = serve(mutedPads, attribute, earlyEnds, notifier, hasStarted);
     } catch (const std::exception& failure) {
         log(Severity::error, failure.what());
         result = 1;
     }
     if (!unmuteAll(mutedPads, attribute, unmuteTimeout)) result = 1;
-    if (result != 0 && !hasStarted) delayRestart();
+    if (result != 0 && !hasStarted) delayRestart(notifier);
     if (!isRelease) earlyEnds.clear();
     return result;
 }

@@ -43,8 +43,8 @@ TEST(ProgramReleaseTest, HasNothingToReleaseWithoutAListOfMutedPadsAndFailsIfItC
         EXPECT_FALSE(fs::exists(folder));
         fs::create_directory(folder);
         fs::create_directory_symlink("/", folder / "pads");
-        const ServiceManager manager;
-        EXPECT_EQ(machine.start("--release", "/run/notify")->result(), 1);
+        const ServiceManager manager(Machine::notifySocketPath);
+        EXPECT_EQ(machine.start("--release", Machine::notifySocket)->result(), 1);
     });
 }
 

@@ -3,15 +3,12 @@
 #include <gtest/gtest.h>
 #include <link.h>
 #include <sys/mount.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -20,23 +17,14 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 
-#include "helper/Descriptor.h"
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/ProcessName.h"
+#include "tests/helper/ServiceManager.h"
+#include "tests/helper/WaitUntil.h"
 #include "tests/helper/pads/MockInputs.h"
 
 namespace kovra::helper {
-
-inline bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
-    const auto end = std::chrono::steady_clock::now() + timeout;
-    while (!done()) {
-        if (std::chrono::steady_clock::now() >= end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 // Returns the path of the sanitizer's library and a colon, or an empty string. The library must be the first to be
 // preloaded. Its path is the same in the chroot.
@@ -95,6 +83,9 @@ class Machine {
   public:
     inline static const std::string root = "/run/root";
     inline static const std::string flagFolder = root + "/Library/Application Support/ble-kovra";
+    // The socket of a service manager, as the programs in the chroot and as the test finds it.
+    inline static const std::string notifySocket = "/run/notify";
+    inline static const std::string notifySocketPath = root + notifySocket;
 
     explicit Machine(uid_t user) : user_(user) {
         computer.addDevice(pad);
@@ -134,11 +125,11 @@ class Machine {
     static void leave() { seat("IS_SEAT0=1\nCAN_GRAPHICAL=1\n"); }
 
     // Starts the program with these arguments and NOTIFY_SOCKET, if they are given.
-    std::unique_ptr<ChildProgram> start(const std::string& argument = {}, const std::string& notifySocket = {},
+    std::unique_ptr<ChildProgram> start(const std::string& argument = {}, const std::string& socket = {},
                                         const std::string& second = {}) const {
         return std::make_unique<ChildProgram>([&] {
             ::setenv("LD_PRELOAD", (sanitizer() + KOVRA_UMOCKDEV_PRELOAD).c_str(), 1);
-            if (!notifySocket.empty()) ::setenv("NOTIFY_SOCKET", notifySocket.c_str(), 1);
+            if (!socket.empty()) ::setenv("NOTIFY_SOCKET", socket.c_str(), 1);
             if (isLogClosed) closeLog();
             if (::chroot(root.c_str()) != 0 || ::chdir("/") != 0) return;
             const char* given = argument.empty() ? nullptr : argument.c_str();
@@ -154,9 +145,9 @@ class Machine {
         });
     }
     // Starts the program and mutes the pad through a new flag.
-    std::unique_ptr<ChildProgram> startMuted() {
+    std::unique_ptr<ChildProgram> startMuted(const std::string& socket = {}) {
         std::filesystem::remove(flagFolder + "/state");
-        auto helper = start();
+        auto helper = start({}, socket);
         if (!waitUntil([] { return std::filesystem::exists(flagFolder + "/state"); })) ADD_FAILURE() << "no flag";
         std::filesystem::resize_file(flagFolder + "/state", 0);
         std::ofstream(flagFolder + "/state", std::ios::in) << "on";
@@ -184,26 +175,6 @@ class Machine {
     }
 
     const uid_t user_;
-};
-
-// The socket on which a service manager receives notifications.
-class ServiceManager {
-  public:
-    ServiceManager() : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
-        sockaddr_un address{.sun_family = AF_UNIX, .sun_path = "/run/root/run/notify"};
-        if (::bind(socket_.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-            throw std::runtime_error("no socket");
-    }
-    bool receives(const std::string& text) const {
-        return waitUntil([&] {
-            std::string message(200, ' ');
-            const ssize_t length = ::recv(socket_.number(), message.data(), message.size(), 0);
-            return length > 0 && message.substr(0, static_cast<std::size_t>(length)) == text;
-        });
-    }
-
-  private:
-    Descriptor socket_;
 };
 
 }  // namespace kovra::helper

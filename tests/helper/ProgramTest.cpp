@@ -84,30 +84,44 @@ TEST(ProgramTest, FollowsTheUserAtTheMachineAndTheApplication) {
 TEST(ProgramTest, NotifiesTheServiceManagerAndFailsWithoutTheFlagsFolder) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
-        const ServiceManager manager;
-        const auto helper = machine.start({}, "/run/notify");
+        const ServiceManager manager(Machine::notifySocketPath);
+        const auto helper = machine.start({}, Machine::notifySocket);
         EXPECT_TRUE(manager.receives("READY=1"));
         fs::rename(Machine::flagFolder, Machine::flagFolder + ".away");
         EXPECT_EQ(helper->result(), 1);
     });
 }
 
+TEST(ProgramTest, MutesAndUnmutesWhileTheQueueOfTheServiceManagerIsFull) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        const ServiceManager manager(Machine::notifySocketPath);
+        manager.fill();
+        auto application = machine.startApplication();
+        const auto helper = machine.startMuted(Machine::notifySocket);
+        application.reset();
+        EXPECT_TRUE(machine.becomes("0"));
+        EXPECT_TRUE(manager.receives("READY=1"));
+        EXPECT_EQ(helper->end(SIGTERM), 0);
+    });
+}
+
 TEST(ProgramTest, DelaysItsRestartIfItCannotStart) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
-        const ServiceManager manager;
+        const ServiceManager manager(Machine::notifySocketPath);
         fs::rename(Machine::root + "/Library", Machine::root + "/elsewhere");
         fs::create_directory_symlink("elsewhere", Machine::root + "/Library");
         EXPECT_EQ(machine.start()->result(), 1);
-        const auto helper = machine.start({}, "/run/notify");
+        const auto helper = machine.start({}, Machine::notifySocket);
         EXPECT_TRUE(manager.receives("STATUS=Cannot start; trying again"));
         EXPECT_TRUE(helper->keepsRunningFor(500ms));
         EXPECT_EQ(helper->end(SIGTERM), 1);
         fs::remove(Machine::root + "/Library");
         fs::rename(Machine::root + "/elsewhere", Machine::root + "/Library");
-        const auto first = machine.start({}, "/run/notify");
+        const auto first = machine.start({}, Machine::notifySocket);
         EXPECT_TRUE(manager.receives("READY=1"));
-        const auto second = machine.start({}, "/run/notify");
+        const auto second = machine.start({}, Machine::notifySocket);
         EXPECT_TRUE(manager.receives("STATUS=Cannot start; trying again"));
         EXPECT_TRUE(second->keepsRunningFor(500ms));
         EXPECT_EQ(second->end(SIGTERM), 1);

@@ -1,6 +1,7 @@
 """What another user account does in the scenarios of floods.py.
 
     flooder.py crowd COUNT     starts COUNT processes that sleep
+    flooder.py notify COUNT    writes to the service manager's socket from COUNT processes
     flooder.py rewrite TIME    has the login manager rewrite the file of the caller's session
     flooder.py flip UID TIME   switches between the consoles 2 and 3, by a process of console 3
 
@@ -8,10 +9,12 @@ Where it is given a TIME, in seconds, it prints at the end how often it has done
 has started, and goes on until it is terminated.
 """
 
+import contextlib
 import ctypes
 import fcntl
 import os
 import signal
+import socket
 import sys
 import termios
 import time
@@ -25,19 +28,26 @@ def run_many(count, work):
     """Runs the work in this many processes, which end together with this one."""
     signal.signal(signal.SIGTERM, lambda *_: os.killpg(0, signal.SIGKILL))
     os.setpgid(0, 0)
-    for number in range(int(count)):
-        try:
+    started = 0
+    with contextlib.suppress(OSError):
+        while started < int(count):
             if os.fork() == 0:
                 work()
-        except OSError as error:
-            sys.exit(f"flooder: only {number} processes: {error}")
-    print(count, flush=True)
+            started += 1
+    print(started, flush=True)
     sleep()
 
 
 def sleep():
     while True:
         signal.pause()
+
+
+def write_notifications():
+    target = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+    target.connect("/run/systemd/notify")
+    while True:
+        target.send(b"X_KOVRA=1")
 
 
 def repeat(seconds, work):
@@ -79,7 +89,8 @@ def flip(user, seconds):
     repeat(seconds, show)
 
 
-ACTIONS = {"crowd": lambda count: run_many(count, sleep), "rewrite": rewrite, "flip": flip}
+ACTIONS = {"crowd": lambda count: run_many(count, sleep),
+           "notify": lambda count: run_many(count, write_notifications), "rewrite": rewrite, "flip": flip}
 
 if __name__ == "__main__":
     ACTIONS[sys.argv[1]](*sys.argv[2:])

@@ -9,13 +9,18 @@ import sys
 
 import storms
 from application import is_running
+from hanging import is_active
+from laptop import GRACE, HELPER, run
 from people import ANNA, BORIS
 from running import scenario
 from sessions import Session
-from waiting import check, now, wait_for
+from waiting import check, now, stay_until, wait_for
 
 FLOODER = pathlib.Path(__file__).resolve().with_name("flooder.py")
 PROCESSES = 2000
+WRITERS = 100
+# The limit in seconds for muting and unmuting while a flood keeps the processors busy.
+LATE = 10.0
 # The helper hands the flag over at most ten times in a row and then twice a second. Half of the hand-overs are to Anna,
 # whose pad may be muted after each.
 MOST_MUTES = (10 + 2 * storms.SECONDS) // 2 + 2
@@ -68,11 +73,12 @@ def sessions_rewritten(laptop):
     with flood(elsewhere, "rewrite", storms.SECONDS):
         since = now()
         boris.show_console()
-        back = laptop.expect_back_at_once(since, one)
+        back = laptop.inhibitions.wait(one.inputs[0], False, since, LATE) - since
+        laptop.expect_alive(one)
     laptop.log_in(ANNA).activate()
     laptop.expect_dead(one)
     elsewhere.log_out()
-    return f"{count} times, {used}; {back}"
+    return f"{count} times, {used}; back after {back:.2f} s"
 
 
 @scenario("A process that Boris has left on his console switches consoles for 5 s: the helper hands the flag over a "
@@ -96,3 +102,35 @@ def consoles_flipped(laptop):
     mouse.unplug()
     back = laptop.expect_back_after_grace(mouse, one)
     return f"{done.stdout.strip()} switches, {share:.1%} of a processor, muted {mutes} times; {back}"
+
+
+@scenario("Boris keeps the queue of the service manager's socket full: the pad is muted, and unmuted again after the "
+          "unplug and when the application is killed.")
+def notifications(laptop):
+    one = laptop.plug_pad()
+    application = laptop.start_and_wait_for_write()
+    laptop.settle()
+    elsewhere = Session(BORIS, "elsewhere.example")
+    with flood(elsewhere, "notify", WRITERS) as output:
+        wait_for(output, "the writers")
+        stay_until(now() + 2)
+        mouse = laptop.plug_mouse()
+        muted = laptop.inhibitions.wait(one.inputs[0], True, mouse.added)
+        mouse.unplug()
+        back = laptop.inhibitions.wait(one.inputs[0], False, mouse.removed, GRACE + LATE)
+        again = laptop.plug_mouse()
+        laptop.inhibitions.wait(one.inputs[0], True, again.added)
+        stay_until(now() + 1)
+        since = now()
+        os.kill(application.pid, signal.SIGKILL)
+        killed = laptop.inhibitions.wait(one.inputs[0], False, since, LATE)
+        laptop.expect_alive(one)
+    # Once systemd receives notifications again, it may first end the helper, since it has missed its signs of life.
+    stay_until(now() + 3)
+    wait_for(is_active, "the helper to be active")
+    restarts = run("systemctl", "show", "-P", "NRestarts", HELPER).strip()
+    laptop.start()
+    laptop.expect_dead(one)
+    elsewhere.log_out()
+    return (f"dead after {muted - mouse.added:.2f} s, back {back - mouse.removed:.2f} s after the unplug and "
+            f"{killed - since:.2f} s after the kill; {restarts} restarts of the helper")
