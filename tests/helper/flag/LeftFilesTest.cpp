@@ -70,6 +70,21 @@ TEST_F(LeftFilesTest, AreTruncatedAlsoAfterARestart) {
     EXPECT_LE(bytesOnDisk(), 1 << 16);
 }
 
+TEST_F(LeftFilesTest, AreTruncatedFourTimesASecondAtMostDuringAStormOfWrites) {
+    const auto begin = std::chrono::steady_clock::now();
+    int truncations = 0;
+    int writes = 0;
+    for (; std::chrono::steady_clock::now() - begin < 600ms || truncations < 5; ++writes) {
+        FlagRig::writeTo(kept, "a longer text");
+        rig.runFor(0ms);
+        struct stat status{};
+        ASSERT_EQ(::fstat(kept.number(), &status), 0);
+        if (status.st_size <= 3) ++truncations;
+    }
+    const auto time = std::chrono::steady_clock::now() - begin;
+    EXPECT_LE(truncations, 4 + time / 250ms + 1) << writes << " writes";
+}
+
 TEST_F(LeftFilesTest, DoNotDelayTheFlagByAStormOfWrites) {
     int changes = 0;
     rig.folder().onChange = [&] { ++changes; };
