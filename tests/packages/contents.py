@@ -51,12 +51,26 @@ def warnings(built):
     check(not found, f"it says {found}")
 
 
-@scenario("lintian reports no error and no warning, and there are no overrides.")
+@scenario("lintian reports no error, no warning and nothing pedantic, and there are no overrides.")
 def checker(built):
     changes = next(built.packages.glob("*.changes"))
-    output = run("lintian", "--allow-root", "--tag-display-limit", "0", "--show-overrides", "--fail-on", "error,warning",
-                 changes)
-    check(not re.search(r"^[EWO]:", output, re.M), output)
+    output = run("lintian", "--allow-root", "--tag-display-limit", "0", "--show-overrides", "--pedantic", "--fail-on",
+                 "error,warning,pedantic", changes)
+    check(not re.search(r"^[EWPO]:", output, re.M), output)
+
+
+@scenario("The license in debian/copyright, in the machine-readable format, is that of the file LICENSE.")
+def license_text(built):
+    title, holder, *text = (built.tree / "LICENSE").read_text().split("\n\n")
+    for name in NAMES:
+        copyright_file = (built.unpacked(name) / f"usr/share/doc/{name}/copyright").read_text()
+        head, files, license_paragraph = copyright_file.split("\n\n")
+        check(head.startswith("Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n"), head)
+        check(title == "MIT License" and "\nLicense: Expat" in files, f"{title} is not in {files}")
+        wanted = holder.replace("Copyright (c)", "Copyright:")
+        check(f"\n{wanted}\n" in files, f"{wanted} is not in {files}")
+        found = license_paragraph.removeprefix("License: Expat\n").replace("\n .\n", "\n\n")
+        check(found.split() == "\n\n".join(text).split(), "the text of the license differs")
 
 
 @scenario("Each package contains exactly its own files, all of them in folders of the system.")
