@@ -17,6 +17,13 @@ class Built:
     def version(self):
         return re.search(r"^project\(BLE-kovra VERSION (\S+)", (self.tree / "CMakeLists.txt").read_text(), re.M)[1]
 
+    @property
+    def build(self):
+        """The folder in which CMake has built the packages."""
+        found = [*self.packages.glob("source/obj-*")]
+        check(len(found) == 1, f"there is not one build: {found}")
+        return found[0]
+
     def package(self, name):
         found = [*self.packages.glob(f"{name}_{self.version}_*.deb")]
         check(len(found) == 1, f"{name} {self.version} was not built: there are {found}")
