@@ -58,8 +58,8 @@ def components(built):
         check(found == wanted, f"{name} lacks {wanted - found} and brings {found - wanted}")
     # What is built without the helper differs only in what is left out, so the programs need not be compiled again.
     build = built.folder / "without-helper"
-    run("cmake", "-G", "Ninja", "-S", built.packages / "source", "-B", build, "-DKOVRA_HELPER=OFF", "-DBUILD_TESTING=OFF",
-        "-DCMAKE_INSTALL_PREFIX=/usr")
+    run("cmake", "-G", "Ninja", "-S", built.packages / "source", "-B", build, "-DKOVRA_HELPER=OFF",
+        "-DBUILD_TESTING=OFF", "-DCMAKE_INSTALL_PREFIX=/usr")
     targets = run("ninja", "-C", build, "-t", "targets", "all")
     check("ble-kovra-ui:" in targets and "ble-kovra-helper" not in targets, "the build has the helper's targets")
     for name in ("ble-kovra", "ble-kovra-ui"):

@@ -1,0 +1,123 @@
+"""The packages for other systems: RPMs by rpmbuild, and packages for pacman by makepkg.
+
+Both are packaged from what was built for the Debian packages, since compiling it again would take minutes.
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import tempfile
+
+from built import NAMES
+from scenario import run
+from waiting import check
+
+
+class Elsewhere:
+    """The packages of one of these systems, unpacked. Subclasses build them."""
+
+    def __init__(self, built):
+        self.folder = pathlib.Path(tempfile.mkdtemp(dir=built.folder, prefix=type(self).__name__))
+        self.places = {}
+        archives = self.build(built)
+        check(set(archives) == set(NAMES), f"it builds {archives}")
+        for name, archive in archives.items():
+            self.places[name] = self.folder / "unpacked" / name
+            self.places[name].mkdir(parents=True)
+            run("bsdtar", "-xf", archive, "-C", self.places[name])
+
+    def files(self, name):
+        """Returns the absolute paths of the files in this package, without what the packaging itself adds."""
+        place = self.places[name]
+        files = (path for path in place.rglob("*") if path.is_symlink() or not path.is_dir())
+        found = {"/" + str(path.relative_to(place)) for path in files}
+        return {path for path in found if not path.startswith(("/.", "/usr/lib/.build-id/"))}
+
+
+class Rpms(Elsewhere):
+    def build(self, built):
+        self.spec = built.tree / "packaging/rpm/ble-kovra.spec"
+        source = self.folder / f"BUILD/ble-kovra-{built.version}"
+        source.mkdir(parents=True)
+        (source / "build").symlink_to(built.build)
+        shutil.copy(built.tree / "LICENSE", source)
+        # Each command runs only one stage. Debian's database of RPMs is empty, so no dependency counts as installed.
+        for stage in ("-bi", "-bb"):
+            run("rpmbuild", stage, "--short-circuit", "--nodeps", "--define", f"_topdir {self.folder}", self.spec)
+        found = self.folder.rglob("RPMS/*/*.rpm")
+        self.archives = {re.match(r"(.+)-[^-]+-[^-]+$", path.stem)[1]: path for path in found}
+        return self.archives
+
+    def query(self, name, *what):
+        return run("rpm", "--dbpath", self.folder / "database", "--query", *what, "--package", self.archives[name])
+
+    def version(self, name):
+        return self.query(name, "--queryformat", "%{VERSION}")
+
+    def needs(self, name):
+        """Returns the required packages, with their versions, and the required libraries, without theirs."""
+        lines = set(self.query(name, "--requires").splitlines())
+        found = {re.sub(r"\(.*", "", line) if ".so." in line else line for line in lines}
+        return {each for each in found if not each.startswith(("/bin/sh", "rpmlib(", "rtld("))}
+
+    def improvements(self, name):
+        return set(self.query(name, "--recommends").split()) | set(self.query(name, "--suggests").split())
+
+    def build_needs(self):
+        return set(run("rpmspec", "--query", "--buildrequires", self.spec).splitlines())
+
+    def script(self, name, event):
+        """Returns the shell script of an event, and its arguments. There is a list for each script that runs then."""
+        tags = {"install": [("POSTIN", "1")], "upgrade": [("POSTIN", "2"), ("PREUN", "1"), ("POSTUN", "1")],
+                "remove": [("PREUN", "0"), ("POSTUN", "0")]}
+        return [(self.query(name, "--queryformat", f"%{{{tag}}}"), argument) for tag, argument in tags[event]]
+
+
+class PacmanPackages(Elsewhere):
+    def build(self, built):
+        # The user nobody may enter /tmp, but perhaps not the folders of the tree and of other temporary files.
+        with tempfile.TemporaryDirectory(prefix="kovra-makepkg-", dir="/tmp") as place:
+            self.make(built, pathlib.Path(place))
+        return {re.match(r"(.+?)-\d", path.name)[1]: path for path in self.folder.glob("*.pkg.tar*")}
+
+    def make(self, built, place):
+        """Runs makepkg in this folder, on a copy of the build."""
+        for file in (built.tree / "packaging/arch").iterdir():
+            shutil.copy(file, place)
+        source = place / f"src/ble-kovra-{built.version}"
+        shutil.copytree(built.packages / "source", source, symlinks=True)
+        build = source / built.build.name
+        (place / "src/build").symlink_to(build)
+        for script in build.rglob("cmake_install.cmake"):
+            script.write_text(script.read_text().replace(str(built.packages / "source"), str(source)))
+        # makepkg refuses to run as root, and starts a fakeroot of its own.
+        environment = {name: value for name, value in os.environ.items() if name not in ("FAKEROOTKEY", "LD_PRELOAD")}
+        as_user = []
+        if run("id", "-u", env=environment).strip() == "0":
+            run("chown", "--recursive", "nobody:nogroup", place, env=environment)
+            as_user = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
+        run(*as_user, "makepkg", "--repackage", "--nodeps", "--noconfirm", cwd=place, env=environment)
+        for package in place.glob("*.pkg.tar*"):
+            shutil.copy(package, self.folder)
+
+    def fields(self, name, field):
+        return re.findall(rf"^{field} = (.*)$", (self.places[name] / ".PKGINFO").read_text(), re.M)
+
+    def version(self, name):
+        return self.fields(name, "pkgver")[0].rpartition("-")[0]
+
+    def needs(self, name):
+        return set(self.fields(name, "depend"))
+
+    def improvements(self, name):
+        return {each.partition(":")[0] for each in self.fields(name, "optdepend")}
+
+    def build_needs(self):
+        return set(self.fields("ble-kovra", "makedepend"))
+
+    def script(self, name, event):
+        script = self.places[name] / ".INSTALL"
+        functions = {"install": ["post_install"], "upgrade": ["post_upgrade"], "remove": ["pre_remove", "post_remove"]}
+        text = script.read_text() if script.exists() else ""
+        return [(f"{text}\n{function}\n" if text else "", "") for function in functions[event]]
