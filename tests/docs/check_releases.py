@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Checks that all files say the same about the versions: CHANGELOG.md, debian/changelog, the metainfo, CMakeLists.txt.
+"""Checks that all files say the same about the versions.
 
   check_releases.py [ROOT]            ROOT: the project's folder; by default the one that contains this file
-  check_releases.py --write [ROOT]    first writes debian/changelog and the releases of the metainfo from CHANGELOG.md
+  check_releases.py --write [ROOT]    first writes the other files from CHANGELOG.md, except CMakeLists.txt
 
-Every version must have the same number, date and changes in the first three. The newest one must be the version of the
-project in CMakeLists.txt. In CHANGELOG.md, a section "[Unreleased]" belongs to no version. The check prints one line
-for each difference. Its exit status is 1 if there is any.
+Every version must have the same number, date and changes in CHANGELOG.md, debian/changelog and the metainfo. The newest
+one must be the version of the project in CMakeLists.txt, of the RPM spec and of the PKGBUILD. In CHANGELOG.md, a section
+"[Unreleased]" belongs to no version. The check prints one line for each difference. Its exit status is 1 if there is any.
 """
 import collections
 import datetime
@@ -21,6 +21,11 @@ from xml.sax.saxutils import escape
 CHANGELOG = "CHANGELOG.md"
 DEBIAN = "debian/changelog"
 METAINFO = "packaging/org.ble_kovra.BLEKovra.metainfo.xml"
+PROJECT = "CMakeLists.txt"
+# In these files, the group matches the newest version.
+NEWEST = {PROJECT: re.compile(r"^project\(\S+ VERSION (\S+)", re.M),
+          "packaging/rpm/ble-kovra.spec": re.compile(r"^Version:[ \t]*(\S+)$", re.M),
+          "packaging/arch/PKGBUILD": re.compile(r"^pkgver=(\S+)$", re.M)}
 KINDS = {"Added", "Changed", "Deprecated", "Removed", "Fixed", "Security"}
 # A change has a kind and a text.
 Release = collections.namedtuple("Release", "version date changes")
@@ -96,10 +101,11 @@ def differences(root):
     except Malformed as problem:
         yield str(problem)
         return
-    project = re.search(r"^project\(\S+ VERSION (\S+)", read(root, "CMakeLists.txt"), re.M)[1]
-    newest = wanted[0].version if wanted else "no version"
-    if project != newest:
-        yield f"CMakeLists.txt: the version is {project}; the newest one in {CHANGELOG} is {newest}"
+    newest = wanted[0].version if wanted else "none"
+    for name, pattern in NEWEST.items():
+        found = ", ".join(pattern.findall(read(root, name))) or "missing"
+        if found != newest:
+            yield f"{name}: the version is {found}; the newest one in {CHANGELOG} is {newest}"
     for release in wanted:
         if not release.changes:
             yield f"{CHANGELOG}: {release.version} has no changes"
@@ -131,6 +137,8 @@ def by_kind(release):
 
 def write(root):
     releases = from_changelog(root)
+    if not releases:
+        raise Malformed(f"{CHANGELOG} has no version")
     maintainer = re.search(r"^Maintainer: (.+)$", read(root, "debian/control"), re.M)[1]
     entries, elements = [], []
     for release in releases:
@@ -155,6 +163,9 @@ def write(root):
     if count != 1:
         raise Malformed(f"{METAINFO} has no <releases> on lines of their own")
     (root / METAINFO).write_text(text, encoding="utf-8")
+    for name in NEWEST.keys() - {PROJECT}:
+        text = NEWEST[name].sub(lambda match: match[0].replace(match[1], releases[0].version), read(root, name))
+        (root / name).write_text(text, encoding="utf-8")
 
 
 def main(arguments):

@@ -4,10 +4,12 @@ import pathlib
 import tempfile
 import unittest
 
-from check_releases import CHANGELOG, DEBIAN, METAINFO, differences, main
+from check_releases import CHANGELOG, DEBIAN, METAINFO, NEWEST, PROJECT, differences, main
 
 TREE = {
     "CMakeLists.txt": "project(Thing VERSION 1.1.0 LANGUAGES CXX)\n",
+    "packaging/rpm/ble-kovra.spec": "Name:           thing\nVersion:        1.1.0\n%setup -n thing-%{version}\n",
+    "packaging/arch/PKGBUILD": 'pkgname=thing\npkgver=1.1.0\nsource=("thing-$pkgver.tar.gz")\n',
     "debian/control": "Source: ble-kovra\nMaintainer: Somebody <help@thing.example>\n",
     CHANGELOG: """# Changelog
 
@@ -90,7 +92,7 @@ class CheckReleasesTest(unittest.TestCase):
         self.addCleanup(temporary.cleanup)
         self.root = pathlib.Path(temporary.name)
         for name, text in TREE.items():
-            (self.root / name).parent.mkdir(exist_ok=True)
+            (self.root / name).parent.mkdir(parents=True, exist_ok=True)
             (self.root / name).write_text(text, encoding="utf-8")
 
     def text(self, name):
@@ -107,16 +109,22 @@ class CheckReleasesTest(unittest.TestCase):
     def test_files_that_say_the_same_are_right(self):
         self.assertEqual(list(differences(self.root)), [])
 
-    def test_another_version_of_the_project_is_reported(self):
-        self.assertEqual(self.found("CMakeLists.txt", "1.1.0", "1.2.0"),
-                         ["CMakeLists.txt: the version is 1.2.0; the newest one in CHANGELOG.md is 1.1.0"])
+    def test_another_version_of_the_project_or_of_a_recipe_is_reported(self):
+        for name, pattern in NEWEST.items():
+            line = pattern.search(TREE[name])[0]
+            for new, found in ((line.replace("1.1.0", "1.2.0"), "1.2.0"), (line.replace("1.1.0", "1.1"), "1.1"),
+                               (line.replace("1.1.0", ""), "missing"), ("", "missing"),
+                               (f"{line}\n{line}", "1.1.0, 1.1.0")):
+                with self.subTest(name, new=new):
+                    self.assertEqual(self.found(name, line, new),
+                                     [f"{name}: the version is {found}; the newest one in {CHANGELOG} is 1.1.0"])
 
     def test_another_version_is_reported_in_each_file(self):
         for name, old, new in ((DEBIAN, "1.1.0", "1.2.0"), (METAINFO, "1.1.0", "1.2.0")):
             with self.subTest(name):
                 self.assertEqual(self.found(name, old, new),
                                  [f"{name}: the versions are ['1.2.0', '1.0.0']; in {CHANGELOG} ['1.1.0', '1.0.0']"])
-        self.assertEqual(len(self.found(CHANGELOG, "1.1.0", "1.2.0")), 3)
+        self.assertEqual(len(self.found(CHANGELOG, "1.1.0", "1.2.0")), 2 + len(NEWEST))
 
     def test_a_missing_version_is_reported(self):
         for name, begin in ((DEBIAN, "ble-kovra (1.0.0)"), (METAINFO, '    <release version="1.0.0"')):
@@ -170,6 +178,8 @@ class CheckReleasesTest(unittest.TestCase):
     def test_it_writes_the_other_files_from_the_changelog(self):
         (self.root / DEBIAN).write_text("", encoding="utf-8")
         (self.root / METAINFO).write_text(TREE[METAINFO].replace("faster", "slower"), encoding="utf-8")
+        for name in NEWEST.keys() - {PROJECT}:
+            (self.root / name).write_text(TREE[name].replace("1.1.0", "1.0.0"), encoding="utf-8")
         self.assertEqual(main(["--write", str(self.root)]), 0)
         for name, text in TREE.items():
             self.assertEqual(self.text(name), text)
