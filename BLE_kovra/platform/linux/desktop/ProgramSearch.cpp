@@ -20,11 +20,15 @@ bool isExecutable(const std::string& path) {
 
 }  // namespace
 
-std::optional<std::string> findProgram(const std::string& name) {
-    if (name.find('/') != std::string::npos) return isExecutable(name) ? std::optional(name) : std::nullopt;
+std::optional<std::string> findProgram(const std::string& name, const PathVisitor& visitor) {
+    const auto isProgram = [&visitor](const std::string& path) {
+        if (visitor) visitor(path);
+        return isExecutable(path);
+    };
+    if (name.find('/') != std::string::npos) return isProgram(name) ? std::optional(name) : std::nullopt;
     const char* path = std::getenv("PATH");
     for (const std::string& folder : splitAtColons(path == nullptr ? "" : path)) {
-        if (std::string candidate = folder + '/' + name; isExecutable(candidate)) return candidate;
+        if (std::string candidate = folder + '/' + name; isProgram(candidate)) return candidate;
     }
     return std::nullopt;
 }

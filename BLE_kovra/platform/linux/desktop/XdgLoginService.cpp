@@ -25,13 +25,14 @@ bool isForThisDesktop(const DesktopEntry& entry) {
     return !anyOf(desktop, entry.list("NotShowIn"));
 }
 
-LoginStatus statusOf(const DesktopEntry& entry) {
+LoginStatus statusOf(const DesktopEntry& entry, const PathVisitor& visitor) {
     if (entry.boolean("Hidden") == true || entry.boolean("X-GNOME-Autostart-enabled") == false) {
         return LoginStatus::notRegistered;
     }
     const auto needed = entry.string("TryExec");
     const auto program = entry.program();
-    if (!program || !findProgram(*program) || (needed && !findProgram(*needed))) return LoginStatus::notFound;
+    if (!program || !findProgram(*program, visitor) || (needed && !findProgram(*needed, visitor)))
+        return LoginStatus::notFound;
     return isForThisDesktop(entry) ? LoginStatus::enabled : LoginStatus::requiresApproval;
 }
 
@@ -95,15 +96,17 @@ Outcome edit(const std::string& program, Change change) {
 
 }  // namespace
 
-LoginStatus XdgLoginService::status() const {
+LoginStatus XdgLoginService::read(const PathVisitor& visitor) const {
     std::vector<std::string> folders = systemConfigFolders();
     const std::string own = userConfigFolder();
     if (own.empty()) return LoginStatus::notFound;
     folders.insert(folders.begin(), own);
     for (const std::string& folder : folders) {
+        const std::string path = entryIn(folder);
+        visitor(path);
         std::string text;
-        const int error = SmallTextFile(entryIn(folder)).read(text);
-        if (error == 0) return statusOf(DesktopEntry(text));
+        const int error = SmallTextFile(path).read(text);
+        if (error == 0) return statusOf(DesktopEntry(text), visitor);
         if (entryExists(error)) return LoginStatus::notFound;
     }
     return LoginStatus::notRegistered;

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "BLE_kovra/platform/LoginService.h"
+#include "BLE_kovra/platform/linux/desktop/FileLoginService.h"
 
 namespace kovra {
 
@@ -20,14 +20,14 @@ namespace kovra {
 // entry are preserved. If the entry is a symbolic link, the link is replaced or removed and its target is not changed.
 // Unregistering removes an entry that contains only lines that registering writes. It hides any other entry by the key
 // Hidden. If the system has an entry too, unregistering writes an entry for the user that hides the system's.
-class XdgLoginService : public LoginService {
+class XdgLoginService : public FileLoginService {
   public:
     static constexpr const char* entryName = "org.ble_kovra.BLEKovra.desktop";
 
     // `program` is the absolute path of the program to start.
     explicit XdgLoginService(std::string program) : program_(std::move(program)) {}
 
-    LoginStatus status() const override;
+    LoginStatus read(const PathVisitor& visitor) const override;
     Outcome registerApplication() override;
     Outcome unregisterApplication() override;
 

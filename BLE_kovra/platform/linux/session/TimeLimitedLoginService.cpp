@@ -7,14 +7,18 @@
 
 namespace kovra {
 
-TimeLimitedLoginService::TimeLimitedLoginService(std::shared_ptr<LoginService> service, Limits limits)
-    : service_(std::move(service)),
-      limits_(limits),
-      last_(std::make_shared<std::atomic<LoginStatus>>(LoginStatus::notRegistered)) {}
+TimeLimitedLoginService::TimeLimitedLoginService(std::shared_ptr<FileLoginService> service, Limits limits)
+    : service_(std::move(service)), limits_(limits) {}
 
 LoginStatus TimeLimitedLoginService::status() const {
-    calls_.make([service = service_, last = last_] { *last = service->status(); }, limits_.read);
-    return *last_;
+    if (!last_->files.areUnchanged()) {
+        const auto reading = std::make_shared<Reading>();
+        const auto read = [service = service_, reading] {
+            reading->status = service->read([&](const std::string& path) { reading->files.note(path); });
+        };
+        if (calls_.make(read, limits_.read)) last_ = reading;
+    }
+    return last_->status;
 }
 
 Outcome TimeLimitedLoginService::registerApplication() { return change(&LoginService::registerApplication); }

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <filesystem>
 #include <ostream>
+#include <string>
+#include <vector>
 
 #include "tests/support/Environment.h"
 #include "tests/support/posix/FileSizeLimit.h"
@@ -47,6 +49,16 @@ struct XdgLoginServiceTest : testing::Test {
 };
 
 TEST_F(XdgLoginServiceTest, IsNotRegisteredWithoutAnEntry) { EXPECT_EQ(login.status(), LoginStatus::notRegistered); }
+
+TEST_F(XdgLoginServiceTest, NamesEachFileOnWhichTheStatusDepends) {
+    environment.set("PATH", folder / "missing:" + (folder / "bin"));
+    enter("Exec=there\nTryExec=/nowhere/tool\n", "second");
+    std::vector<std::string> visited;
+    EXPECT_EQ(login.read([&](const std::string& path) { visited.push_back(path); }), LoginStatus::notFound);
+    const std::vector<std::string> expected = {entryIn("own"),           entryIn("first"),     entryIn("second"),
+                                               folder / "missing/there", folder / "bin/there", "/nowhere/tool"};
+    EXPECT_EQ(visited, expected);
+}
 
 struct Entry {
     const char* name;

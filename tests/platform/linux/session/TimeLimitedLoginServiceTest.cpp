@@ -11,6 +11,9 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <string>
+
+#include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
 namespace {
@@ -18,9 +21,10 @@ namespace {
 using namespace std::chrono_literals;
 
 // A login service whose disk a test can make hang, for sixty seconds at most.
-class HangingService : public LoginService {
+class HangingService : public FileLoginService {
   public:
-    LoginStatus status() const override {
+    LoginStatus read(const PathVisitor& visitor) const override {
+        if (file) visitor(*file);
         wait();
         if (hasNoMemory) throw std::bad_alloc();
         return current;
@@ -47,6 +51,7 @@ class HangingService : public LoginService {
     LoginStatus current = LoginStatus::notFound;
     bool refuses = false;
     bool hasNoMemory = false;
+    std::optional<std::string> file;  // on which the status depends, on a disk that does not hang
 
   private:
     Outcome change(LoginStatus status) {
@@ -104,6 +109,17 @@ TEST_F(TimeLimitedLoginServiceTest, ReadsTheStatusAtEachCall) {
         EXPECT_EQ(service_->status(), status);
     }
     EXPECT_EQ(disk_->calls(), 3);
+}
+
+TEST_F(TimeLimitedLoginServiceTest, ReadsNothingWhileItsFilesAreUnchanged) {
+    const TempFolder folder;
+    disk_->file = folder / "entry";
+    disk_->current = LoginStatus::notFound;
+    for (int decision = 0; decision < 3; ++decision) EXPECT_EQ(service_->status(), LoginStatus::notFound);
+    EXPECT_EQ(disk_->calls(), 1);
+    writeFile(*disk_->file, "");
+    disk_->current = LoginStatus::enabled;
+    EXPECT_EQ(service_->status(), LoginStatus::enabled);
 }
 
 TEST_F(TimeLimitedLoginServiceTest, ReturnsTheOutcomeOfEachChange) {
