@@ -146,3 +146,20 @@ def hardening(built):
         check(re.search(r"Type:\s+DYN", output), f"{program.name} is not position-independent")
         check("BIND_NOW" in output and not re.search(r"RUNPATH|RPATH", output), f"{program.name}: {output}")
         check(b"__stack_chk_fail" in program.read_bytes(), f"{program.name} has no stack protector")
+
+
+# Each further library costs time at the start, and memory as long as the program runs.
+RESIDENT = {
+    "ble-kovra": ("usr/bin/ble-kovra", {"libc.so.6", "libsystemd.so.0", "libudev.so.1", "libxcb.so.1"}),
+    "ble-kovra-helper": ("usr/libexec/ble-kovra-helper",
+                         {"libacl.so.1", "libc.so.6", "libsystemd.so.0", "libudev.so.1"}),
+}
+
+
+@scenario("The programs that run all the time load only the libraries of the buses, the devices and the display.")
+def libraries(built):
+    for name, (path, expected) in RESIDENT.items():
+        dynamic = run("readelf", "--wide", "--dynamic", built.unpacked(name) / path)
+        needed = {library for library in re.findall(r"\(NEEDED\).*\[(.*)\]", dynamic)
+                  if not library.startswith("ld-linux")}
+        check(needed == expected, f"{name} loads {needed}")

@@ -9,6 +9,9 @@ namespace kovra {
 
 namespace {
 
+// Lengths are compared by their squares, since hypot() alone would make the program load the mathematical library.
+double square(double value) { return value * value; }
+
 // Returns whether the rectangle covers the point after each side was moved outwards by `growth`. The radii of the
 // corners grow by the same length.
 bool covers(const RoundedRectangle& rectangle, double growth, Point point) {
@@ -22,7 +25,7 @@ bool covers(const RoundedRectangle& rectangle, double growth, Point point) {
     const double cornerX = x - (halfWidth - radiusX);
     const double cornerY = y - (halfHeight - radiusY);
     if (cornerX <= 0 || cornerY <= 0) return true;
-    return std::hypot(cornerX / radiusX, cornerY / radiusY) <= 1;
+    return square(cornerX / radiusX) + square(cornerY / radiusY) <= 1;
 }
 
 struct StrokeCovers {
@@ -35,13 +38,13 @@ struct StrokeCovers {
     bool operator()(const Segment& segment) const {
         const double dx = segment.to.x - segment.from.x;
         const double dy = segment.to.y - segment.from.y;
-        const double length = std::hypot(dx, dy);
-        if (length == 0) return false;
+        const double lengthSquared = square(dx) + square(dy);
+        if (lengthSquared == 0) return false;
         const double x = point.x - segment.from.x;
         const double y = point.y - segment.from.y;
-        const double along = (x * dx + y * dy) / length;
-        const double across = (x * dy - y * dx) / length;
-        return along >= 0 && along <= length && std::abs(across) <= lineWidth / 2;
+        const double along = x * dx + y * dy;
+        const double across = x * dy - y * dx;
+        return along >= 0 && along <= lengthSquared && square(across) <= square(lineWidth / 2) * lengthSquared;
     }
 };
 
