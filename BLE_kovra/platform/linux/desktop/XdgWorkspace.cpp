@@ -2,17 +2,14 @@
 
 #include <unistd.h>
 
-#include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
-
 namespace kovra {
 
 void XdgWorkspace::open(const std::string& url) {
-    const auto program = findProgram("xdg-open");
-    if (!program) return;
     Spawn how;
     // Messages of xdg-open, for example about a missing browser, must not reach the program's log.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) how.giveNothing(stream);
-    static_cast<void>(started_.start(how, *program, {url}));
+    // The folders of $PATH may be on a disk that hangs, so another process searches them.
+    static_cast<void>(started_.start(how, "/usr/bin/env", {"xdg-open", url}));
 }
 
 }  // namespace kovra

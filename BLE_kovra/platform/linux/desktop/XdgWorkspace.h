@@ -5,7 +5,7 @@
 
 namespace kovra {
 
-// Opens URLs with xdg-open, which calls the tool of the running desktop. Does nothing if xdg-open is not installed.
+// Opens URLs with xdg-open, which calls the tool of the running desktop. Has no effect if xdg-open is not installed.
 class XdgWorkspace : public Workspace {
   public:
     explicit XdgWorkspace(DescriptorLoop& loop) : started_(loop) {}
