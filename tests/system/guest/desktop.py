@@ -100,9 +100,11 @@ def hanging_autostart(world):
     folder = program.HOME / ".config" / "autostart"
     folder.mkdir(parents=True)
     entry = "[Desktop Entry]\nType=Application\nExec=/bin/true\n"
-    (folder / "org.ble_kovra.BLEKovra.desktop").write_text(entry, encoding="utf-8")
+    path = folder / "org.ble_kovra.BLEKovra.desktop"
+    path.write_text(entry, encoding="utf-8")
     running = world.start(selected=[MADE_UP])
     expect_icon(world, PLAIN)
+    os.utime(path)  # an entry that has changed must be read again
     with contextlib.closing(HangingFolder(folder)):
         mouse = world.plug("Kovra Mouse")
         world.expect_on(mouse)

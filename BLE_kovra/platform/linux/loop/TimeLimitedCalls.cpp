@@ -46,7 +46,11 @@ bool TimeLimitedCalls::make(std::function<void()> call, std::chrono::nanoseconds
     }
     if (const auto finished = std::exchange(thread_, std::nullopt)) ::pthread_join(*finished, nullptr);
     thread_ = startSmallThread([shared = shared_, call] { shared->make(call); });
-    if (!thread_) shared_->make(call);
+    if (!thread_) {
+        const std::lock_guard lock(shared_->mutex);
+        shared_->isRunning = false;
+        return false;
+    }
     return hasReturnedWithin(atMost);
 }
 

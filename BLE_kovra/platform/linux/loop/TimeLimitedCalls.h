@@ -20,8 +20,8 @@ class TimeLimitedCalls {
     TimeLimitedCalls& operator=(const TimeLimitedCalls&) = delete;
 
     // Makes the call, and waits for it no longer than `atMost`. Returns whether the call has returned. Otherwise it
-    // continues, or has thrown an exception, or was not made because an earlier call has not returned yet. The call
-    // must own what it uses. If no thread can be started, the call is made here, although it may take any time.
+    // continues, or has thrown an exception, or was not made because an earlier call has not returned yet or no thread
+    // can be started. The call must own what it uses.
     bool make(std::function<void()> call, std::chrono::nanoseconds atMost);
 
   private:
