@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/utsname.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -22,9 +23,12 @@ InstanceLock::State InstanceLock::lock(const FileDescriptor& file) {
     return errno == EWOULDBLOCK ? State::heldElsewhere : State::none;
 }
 
-std::string standardLockPath() {
+std::string standardLockPath(const std::string& runtimeFolders) {
+    constexpr const char* name = "/ble-kovra.lock";
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    if (runtime != nullptr && runtime[0] == '/') return std::string(runtime) + "/ble-kovra.lock";
+    if (runtime != nullptr && runtime[0] == '/') return std::string(runtime) + name;
+    const std::string usual = runtimeFolders + '/' + std::to_string(::geteuid());
+    if (::access(usual.c_str(), W_OK | X_OK) == 0) return usual + name;
     const std::string config = userConfigFolder();
     utsname machine{};
     if (config.empty() || ::uname(&machine) != 0) return {};

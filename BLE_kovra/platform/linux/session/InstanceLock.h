@@ -29,9 +29,10 @@ class InstanceLock {
     State state_;
 };
 
-// Returns the path ble-kovra.lock in $XDG_RUNTIME_DIR. If that variable is not set to an absolute path, returns the
-// path of a file beside the preferences. Its name contains that of the machine, because machines may share a home
-// directory. Returns an empty path if there is no directory for the file.
-std::string standardLockPath();
+// Returns the path ble-kovra.lock in $XDG_RUNTIME_DIR. If that variable is not set to an absolute path, as in a job of
+// cron, uses the folder that systemd creates in `runtimeFolders` for the user. If there is none, returns the path of a
+// file beside the preferences. Its name contains that of the machine, because machines may share a home directory.
+// Returns an empty path if there is no directory for the file.
+std::string standardLockPath(const std::string& runtimeFolders = "/run/user");
 
 }  // namespace kovra

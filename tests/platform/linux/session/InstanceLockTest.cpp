@@ -87,12 +87,19 @@ TEST_F(InstanceLockPathTest, IsInTheRuntimeFolder) {
     EXPECT_EQ(standardLockPath(), "/run/user/7/ble-kovra.lock");
 }
 
+TEST_F(InstanceLockPathTest, IsInTheUsualRuntimeFolderIfTheVariableIsNotSet) {
+    const TempFolder folders;
+    const std::string own = folders / std::to_string(::geteuid());
+    std::filesystem::create_directory(own);
+    EXPECT_EQ(standardLockPath(folders.path()), own + "/ble-kovra.lock");
+}
+
 TEST_F(InstanceLockPathTest, IsBesideThePreferencesAndNamedAfterTheMachineIfThereIsNoRuntimeFolder) {
     utsname machine{};
     ASSERT_EQ(::uname(&machine), 0);
-    EXPECT_EQ(standardLockPath(), std::string("/somewhere/config/ble-kovra/lock.") + machine.nodename);
+    EXPECT_EQ(standardLockPath("/nowhere"), std::string("/somewhere/config/ble-kovra/lock.") + machine.nodename);
     environment_.set("XDG_RUNTIME_DIR", "relative");
-    EXPECT_EQ(standardLockPath(), std::string("/somewhere/config/ble-kovra/lock.") + machine.nodename);
+    EXPECT_EQ(standardLockPath("/nowhere"), std::string("/somewhere/config/ble-kovra/lock.") + machine.nodename);
 }
 
 }  // namespace
