@@ -27,20 +27,13 @@ constexpr int mostReads = 256;
 }  // namespace
 
 FlagHandover::FlagHandover(SdEventLoop& loop, const std::string& flag, std::function<void()> handedOver)
-    : loop_(loop), handedOver_(std::move(handedOver)), inotify_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    : loop_(loop), handedOver_(std::move(handedOver)) {
     for (std::size_t slash = flag.find('/'); slash != std::string::npos; slash = flag.find('/', slash + 1)) {
         const std::size_t name = slash + 1;
         path_.push_back(
             {flag.substr(0, std::max<std::size_t>(slash, 1)), flag.substr(name, flag.find('/', name) - name)});
     }
-    if (inotify_.isOpen()) {
-        watchNearestFolder();
-        try {
-            watch_ = loop.watch(inotify_.number(), [this] { changed(); });
-        } catch (const std::system_error&) {
-            // If no descriptors are left, hand-overs are reported after a delay, as on a system without watches.
-        }
-    }
+    openWatch();
     expect();
 }
 
@@ -51,9 +44,28 @@ FlagHandover::~FlagHandover() {
 }
 
 void FlagHandover::expect() {
-    if (isWatching()) return;
+    if (!isWatching()) reportAfter(expectedHandoverDelay);
+}
+
+void FlagHandover::reportAfter(std::chrono::seconds delay) {
     if (fallback_) fallback_->cancel();
-    fallback_ = loop_.asyncAfter(expectedHandoverDelay, [this] { report(); });
+    fallback_ = loop_.asyncAfter(delay, [this, delay] {
+        if (lacksWatches_) openWatch();
+        if (lacksWatches_) reportAfter(std::min(2 * delay, longestDelay));
+        report();
+    });
+}
+
+void FlagHandover::openWatch() {
+    lacksWatches_ = true;
+    if (!inotify_ || !inotify_->isOpen()) inotify_.emplace(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!inotify_->isOpen()) return;
+    try {
+        if (!watch_) watch_ = loop_.watch(inotify_->number(), [this] { changed(); });
+    } catch (const std::system_error&) {
+        return;  // no descriptors are left
+    }
+    watchNearestFolder();
 }
 
 // Tries to watch each folder from the root downwards, and keeps the last watch that succeeds. If a folder is created
@@ -61,19 +73,24 @@ void FlagHandover::expect() {
 void FlagHandover::watchNearestFolder() {
     const int before = std::exchange(watchDescriptor_, -1);
     watchedStep_ = nullptr;
+    lacksWatches_ = false;
     for (const Step& step : path_) {
-        const int added = ::inotify_add_watch(inotify_.number(), step.folder.c_str(), watchedEvents);
-        if (added < 0) continue;
-        if (watchDescriptor_ >= 0) ::inotify_rm_watch(inotify_.number(), watchDescriptor_);
+        const int added = ::inotify_add_watch(inotify_->number(), step.folder.c_str(), watchedEvents);
+        if (added < 0) {
+            lacksWatches_ = lacksWatches_ || errno == ENOSPC || errno == ENOMEM;
+            continue;
+        }
+        if (watchDescriptor_ >= 0) ::inotify_rm_watch(inotify_->number(), watchDescriptor_);
         watchDescriptor_ = added;
         watchedStep_ = &step;
     }
-    if (before >= 0 && before != watchDescriptor_) ::inotify_rm_watch(inotify_.number(), before);
+    if (before >= 0 && before != watchDescriptor_) ::inotify_rm_watch(inotify_->number(), before);
 }
 
 void FlagHandover::changed() {
     if (concernsFlag()) {
         watchNearestFolder();
+        if (lacksWatches_) reportAfter(expectedHandoverDelay);
         report();
     }
     listenAgain();
@@ -108,7 +125,7 @@ bool FlagHandover::concernsFlag() {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): read() fills it
     alignas(inotify_event) std::array<char, 4096> events;
     ssize_t count;
-    for (int reads = 0; reads < mostReads && (count = ::read(inotify_.number(), events.data(), events.size())) > 0;
+    for (int reads = 0; reads < mostReads && (count = ::read(inotify_->number(), events.data(), events.size())) > 0;
          ++reads) {
         for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
             inotify_event event{};

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,9 @@ namespace kovra {
 // change is always reported.
 //
 // If the system has no watches left, or the flag's folder cannot be read, changes cannot be detected. In that case a
-// hand-over is reported one second after the start, and one second after each expect().
+// hand-over is reported one second after the start, and one second after each expect(). As long as watches are missing,
+// it is reported again and again, after delays that grow to one minute, and each time a watch is tried first: other
+// programs of the user may have used up the watches and have ended since.
 class FlagHandover {
   public:
     static constexpr int mostAtOnce = 20;
@@ -48,8 +51,11 @@ class FlagHandover {
 
     // Long enough for the helper to hand the flag over, and short enough for a user who waits for the trackpad.
     static constexpr std::chrono::seconds expectedHandoverDelay{1};
+    static constexpr std::chrono::seconds longestDelay{60};
 
+    void openWatch();
     void watchNearestFolder();
+    void reportAfter(std::chrono::seconds delay);
     void changed();
     void listenAgain();
     void report() const;
@@ -59,8 +65,9 @@ class FlagHandover {
     SdEventLoop& loop_;
     const std::function<void()> handedOver_;
     std::vector<Step> path_;  // from the root to the flag's folder
-    FileDescriptor inotify_;
+    std::optional<FileDescriptor> inotify_;
     const Step* watchedStep_ = nullptr;  // the step whose folder is watched
+    bool lacksWatches_ = false;          // the last attempt to watch failed for want of memory or watches
     int watchDescriptor_ = -1;
     std::unique_ptr<SdEventLoop::Watch> watch_;  // uses the descriptor, so it is destroyed first
     std::unique_ptr<DelayedTask> fallback_;

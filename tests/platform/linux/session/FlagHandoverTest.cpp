@@ -245,7 +245,7 @@ TEST_F(FlagHandoverTest, SleepsWhileItMayNotReadTheFolder) {
 }
 
 // Tests of FlagHandover without an inotify watch. On a real machine, the user's other programs may have used up all
-// watches. In these tests no descriptor can be opened for the watch.
+// watches. In these tests no descriptor can be opened for the watch at the start.
 class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
   protected:
     FlagHandoverWithoutAWatchTest() {
@@ -269,9 +269,16 @@ TEST_F(FlagHandoverWithoutAWatchTest, ReportsAHandOverOnceOneSecondAfterTheStart
     EXPECT_EQ(reportsWithin(2500ms), 1);
 }
 
-TEST_F(FlagHandoverWithoutAWatchTest, ReportsAnExpectedHandOverOnceAfterOneSecond) {
+TEST_F(FlagHandoverWithoutAWatchTest, WatchesTheFlagOnceThereAreWatches) {
     ASSERT_TRUE(turnUntil(loop_, [&] { return reports_ > 0; }));
     reports_ = 0;
+    exchange("on");
+    EXPECT_TRUE(isReported());
+    handover_->expect();
+    EXPECT_EQ(reportsWithin(1500ms), 0);
+}
+
+TEST_F(FlagHandoverWithoutAWatchTest, ReportsAnExpectedHandOverOnceAfterOneSecond) {
     handover_->expect();
     EXPECT_EQ(reportsWithin(500ms), 0);
     handover_->expect();  // restarts the delay of one second
