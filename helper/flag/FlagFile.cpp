@@ -101,6 +101,13 @@ void FlagFile::cleanContent() const {
     [[maybe_unused]] const int result = isWritten ? ::ftruncate(writing.number(), off.size()) : -1;
 }
 
+// A lease for reading is granted only while nobody has the file open for writing.
+bool FlagFile::isOpenForWriting() const {
+    if (::fcntl(file_.number(), F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
+    ::fcntl(file_.number(), F_SETLEASE, F_UNLCK);
+    return false;
+}
+
 Descriptor FlagFile::openForWriting() const {
     const std::string path = "/proc/self/fd/" + std::to_string(file_.number());
     return Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC));

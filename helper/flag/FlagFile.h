@@ -29,6 +29,10 @@ class FlagFile {
     // to at most three bytes, and frees space that was allocated beyond its end. Does not change content(). Ignores
     // failures.
     void truncate() const;
+
+    // Returns whether a process has the file open for writing, maybe without the right to open it again. Only for the
+    // owner of the file. Returns false on a file system that cannot tell.
+    bool isOpenForWriting() const;
     // Replaces a content other than "on" by the word "off". Ignores failures.
     void cleanContent() const;
     // Whether the file has a hard link in this folder besides `name`. Hard links in other folders do not count. True

@@ -3,13 +3,11 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
-#include <set>
 #include <string>
 
-#include "helper/Descriptor.h"
 #include "helper/Loop.h"
-#include "helper/PacedWatch.h"
 #include "helper/flag/FlagFile.h"
 
 namespace kovra::helper {
@@ -26,24 +24,25 @@ void forEachLeftFile(int folder, uid_t owner,
 void truncateLeftFiles(int folder, uid_t owner);
 
 // Truncates the left files when they grow, since users can write them through descriptors that they have kept open. A
-// file is truncated within a quarter of a second, so that no user can fill the disk through it. A file that the kernel
-// cannot watch is truncated at the next hand-over.
+// file is truncated within half a second, so that no user can fill the disk through it.
+//
+// While somebody has a left file open for writing, the files are checked twice a second, and otherwise never. Events
+// would not do: the kernel reports neither asynchronous writes nor an allocation that fails because it has filled the
+// disk. On a file system that cannot tell whether a file is open, its space is freed at the next hand-over.
 class LeftFilesWatch {
   public:
-    // The folder must stay open. Throws like Loop::onReadable().
-    LeftFilesWatch(Loop& loop, int folder, uid_t owner);
+    // The folder must stay open.
+    LeftFilesWatch(Loop& loop, int folder, uid_t owner) : loop_(loop), folder_(folder), owner_(owner) { update(); }
 
-    // Watches the left files that exist now, and no others. Truncates them, as they may have grown before.
+    // Call this function after a hand-over. Truncates the left files, and watches those that exist now. Throws like
+    // Loop::after().
     void update();
 
   private:
-    void receiveEvents();
-
+    Loop& loop_;
     const int folder_;
     const uid_t owner_;
-    Descriptor events_;
-    std::set<int> watches_;
-    std::optional<PacedWatch> watch_;
+    std::unique_ptr<Loop::Watch> nextCheck_;
 };
 
 }  // namespace kovra::helper
