@@ -56,6 +56,8 @@ class Unit(unittest.TestCase):
         self.assertEqual(directives("ExecStopPost"), [
             f"+/usr/bin/setpriv --reuid={USER} --regid={USER} --clear-groups --no-new-privs {program[0]} --release"])
         self.assertEqual(directives("RuntimeDirectoryPreserve"), ["yes"])
+        # Whoever may list a folder can make the kernel hold its lock, and the helper could not remove a record.
+        self.assertEqual(directives("RuntimeDirectoryMode"), ["0700"])
 
     def test_leaves_the_daemon_the_time_to_unmute_when_it_is_stopped(self):
         [seconds] = directives("TimeoutStopSec")
