@@ -8,14 +8,27 @@ from running import scenario
 from waiting import check, wait_for
 
 TAKEN = 150 << 20
-# The limit in seconds for the disk to be free again. The helper truncates a left file after at most 0.25 s; the rest is
+# The limit in seconds for the disk to be free again. The helper truncates a left file after at most 0.5 s; the rest is
 # for the emulated machine.
 LATE = 1.0
-# A program that allocates TAKEN bytes through a descriptor. It prints the seconds until the file is truncated, at most
-# ten.
-FILL = f"""import os, sys, time
+# A program that allocates TAKEN bytes through a descriptor, or writes a quarter of them with asynchronous I/O, which the
+# kernel reports to nobody. It prints the seconds until the file is truncated, at most ten.
+FILL = f"""import ctypes, os, struct, sys, time
 file = int(sys.argv[1])
-os.posix_fallocate(file, 0, {TAKEN})
+
+def write_asynchronously():
+    io_setup, io_submit, pwrite = 206, 209, 1
+    syscall, context = ctypes.CDLL(None).syscall, ctypes.c_ulong()
+    assert syscall(io_setup, 1, ctypes.byref(context)) == 0
+    content = ctypes.create_string_buffer({TAKEN // 4})
+    block = ctypes.create_string_buffer(struct.pack("<QIIHhIQQqQII", 0, 0, 0, pwrite, 0, file,
+                                                    ctypes.addressof(content), {TAKEN // 4}, 0, 0, 0, 0))
+    assert syscall(io_submit, context, 1, (ctypes.c_void_p * 1)(ctypes.addressof(block))) == 1
+
+if sys.argv[2] == "asynchronously":
+    write_asynchronously()
+else:
+    os.posix_fallocate(file, 0, {TAKEN})
 begin = time.monotonic()
 while os.fstat(file).st_blocks * 512 > 65536 and time.monotonic() < begin + 10:
     time.sleep(0.01)
@@ -45,8 +58,8 @@ def kept_descriptor(laptop):
     before = free()
     took = []
 
-    def fill():
-        took.append(float(anna.run(f"/usr/bin/python3 -B {script} 9")))
+    def fill(how="at once"):
+        took.append(float(anna.run(f"/usr/bin/python3 -B {script} 9 '{how}'")))
         check(took[-1] <= LATE, f"round {len(took)}: the room was free only after {took[-1]:.2f} s")
         check(free() > before - TAKEN / 2, f"{before - free()} bytes are still taken")
 
@@ -55,6 +68,7 @@ def kept_descriptor(laptop):
     hand_over_to(anna)
     hand_over_to(boris)
     fill()
+    fill("asynchronously")
     run("systemctl", "restart", HELPER)
     fill()
     anna.run("exec 9>&-; echo closed")
