@@ -38,13 +38,17 @@ class Elsewhere:
 class Rpms(Elsewhere):
     def build(self, built):
         self.spec = built.tree / "packaging/rpm/ble-kovra.spec"
-        source = self.folder / f"BUILD/ble-kovra-{built.version}"
-        source.mkdir(parents=True)
-        (source / "build").symlink_to(built.build)
-        shutil.copy(built.tree / "LICENSE", source)
+        name = f"ble-kovra-{built.version}"
+        # Since version 4.20 rpmbuild has a folder for each package there.
+        for place in (self.folder / "BUILD", self.folder / f"BUILD/{name}-build"):
+            (place / name).mkdir(parents=True)
+            (place / name / "build").symlink_to(built.build)
+            shutil.copy(built.tree / "LICENSE", place / name)
+            (place / "SPECPARTS").mkdir()
         # Each command runs only one stage. Debian's database of RPMs is empty, so no dependency counts as installed.
         for stage in ("-bi", "-bb"):
-            run("rpmbuild", stage, "--short-circuit", "--nodeps", "--define", f"_topdir {self.folder}", self.spec)
+            run("rpmbuild", stage, "--short-circuit", "--nodeps", "--define", f"_topdir {self.folder}",
+                "--define", "debug_package %{nil}", self.spec)
         found = self.folder.rglob("RPMS/*/*.rpm")
         self.archives = {re.match(r"(.+)-[^-]+-[^-]+$", path.stem)[1]: path for path in found}
         return self.archives
