@@ -166,7 +166,8 @@ int main(int count, char** arguments) {
     }
     // A write to a closed log must not end the process before it has unmuted the touchpads.
     std::signal(SIGPIPE, SIG_IGN);
-    // Another process opens a left file just while the helper has a lease on it (see FlagFile::isOpenForWriting()).
+    // Neither may the signal that the kernel sends if another process opens a left file just while the helper has a
+    // lease on it (see FlagFile::isOpenForWriting()).
     std::signal(SIGIO, SIG_IGN);
     return isGrant ? kovra::helper::grant(arguments[2]) : kovra::helper::run(isRelease);
 }
