@@ -1,11 +1,14 @@
 #include "BLE_kovra/platform/linux/hid/UdevHIDAnnouncer.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
 #include "BLE_kovra/platform/MainQueue.h"
 
 namespace kovra {
+
+using std::chrono_literals::operator""ms;
 
 UdevHIDAnnouncer::UdevHIDAnnouncer(MainQueue& queue, udev* context, std::vector<std::unique_ptr<HIDPresence>> presences,
                                    Actions actions)
@@ -58,10 +61,19 @@ void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfMi
 }
 
 void UdevHIDAnnouncer::examineLater(const std::string& nodeName) {
-    if (pending_.contains(nodeName)) return;
-    pending_[nodeName] = queue_.asyncAfter(timeout, lifetime_.guard([this, nodeName] {
-        pending_.erase(nodeName);
-        examine(nodeName, true, IfMissing::announceRemoval);
+    if (!pending_.contains(nodeName)) examineAfter(0ms, nodeName);
+}
+
+// Examines the node at the next of its times, which follows the one at which it has `waited`.
+void UdevHIDAnnouncer::examineAfter(std::chrono::milliseconds waited, const std::string& nodeName) {
+    const std::chrono::milliseconds next = std::min(std::max(firstLook, 2 * waited), timeout);
+    pending_[nodeName] = queue_.asyncAfter(next - waited, lifetime_.guard([this, next, nodeName] {
+        const bool isOverdue = next == timeout;
+        if (isOverdue)
+            pending_.erase(nodeName);
+        else
+            examineAfter(next, nodeName);
+        examine(nodeName, isOverdue, isOverdue ? IfMissing::announceRemoval : IfMissing::awaitRemoval);
     }));
 }
 

@@ -21,13 +21,16 @@ class MainQueue;
 // announced, and announces the differences.
 //
 // A node is announced once a driver is bound to it, since drivers give devices their names. Without a driver it is
-// announced `timeout` after it was first seen. An interface whose name or numbers change is announced as removed and as
-// attached again, with the same registry entry ID. The same happens if its device disconnects and reconnects while the
-// node remains. Unbinding or replacing its driver alone is not announced. Checking a node twice has the same effect as
-// checking it once.
+// announced `timeout` after it was first seen. udevd may report the driver only after it has processed the device's
+// children, a quarter of a second late; the announcer therefore also looks by itself, soon at first. An interface whose
+// name or numbers change is announced as removed and as attached again, with the same registry entry ID. The same
+// happens if its device disconnects and reconnects while the node remains. Unbinding or replacing its driver alone is
+// not announced. Checking a node twice has the same effect as checking it once.
 class UdevHIDAnnouncer {
   public:
     static constexpr std::chrono::milliseconds timeout{300};
+    // How long after a node was first seen it is examined again. The time doubles until it reaches `timeout`.
+    static constexpr std::chrono::milliseconds firstLook{2};
 
     // `attached` and `removed` may destroy the announcer. `recheck` is called when the presence of the node's device
     // may have changed; the owner must then call check().
@@ -58,6 +61,7 @@ class UdevHIDAnnouncer {
   private:
     void examine(const std::string& nodeName, bool isOverdue, IfMissing ifMissing);
     void examineLater(const std::string& nodeName);
+    void examineAfter(std::chrono::milliseconds waited, const std::string& nodeName);
     HIDPresence::Answer presenceOf(const std::string& nodeName, const UdevHIDNode& node);
     void nodeRemoved(const std::string& nodeName);
     void deviceAbsent(const std::string& nodeName);

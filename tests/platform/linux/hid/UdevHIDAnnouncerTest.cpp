@@ -51,6 +51,22 @@ TEST_F(UdevHIDAnnouncerTest, WaitsThreeHundredMillisecondsForADriver) {
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
+TEST_F(UdevHIDAnnouncerTest, FindsADriverByItselfSoonAfterItIsBound) {
+    for (const auto& [boundAfter, foundAfter] :
+         {std::pair{1ms, 2ms}, {15ms, 16ms}, {50ms, 64ms}, {170ms, 256ms}, {257ms, 300ms}}) {
+        MockHIDNode node = added({.driver = std::nullopt});
+        announcer_->check(node.name);
+        queue_.advance(boundAfter);
+        node.driver = "hid-generic";
+        bus_.updateNode(node);
+        queue_.advance(foundAfter - boundAfter - 1ms);
+        EXPECT_EQ(newReports(), Reports()) << "bound after " << boundAfter.count() << " ms";
+        queue_.advance(1ms);
+        EXPECT_EQ(newReports(), Reports{"+apple"}) << "bound after " << boundAfter.count() << " ms";
+        EXPECT_EQ(queue_.pendingDelayed(), 0U);
+    }
+}
+
 TEST_F(UdevHIDAnnouncerTest, MeasuresTheTimeoutFromTheFirstCheck) {
     const MockHIDNode node = added({.driver = std::nullopt});
     announcer_->check(node.name);
@@ -159,7 +175,7 @@ TEST_F(UdevHIDAnnouncerTest, KeepsANodeThatItCannotReadWithoutDescriptorsAndChec
     }
     EXPECT_EQ(newReports(), Reports());
     queue_.advance(UdevHIDAnnouncer::timeout);
-    EXPECT_EQ(newReports(), (Reports{"+first", "+fresh"}));
+    EXPECT_EQ(newReports(), (Reports{"+fresh", "+first"}));
     EXPECT_EQ(queue_.pendingDelayed(), 0U);
 }
 
