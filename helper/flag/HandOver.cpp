@@ -30,14 +30,17 @@ int clearName(int folder, const std::string& name) {
 }
 
 // Steps 1 and 2 of handOverFlag(). Does nothing if no user can write the flag, or if its access control list is not one
-// that the helper sets. If the link cannot be created, the right is revoked anyway. The user's content is lost then,
-// but the trackpad works.
+// that the helper sets. If the file has as many links as the file system permits, it is renamed; until step 4 there is
+// no flag then, which means "off". If the link cannot be created for another reason, the right is revoked anyway. The
+// user's content is lost then, but the trackpad works.
 void revokeOld(int folder, uid_t owner) {
     const auto old = FlagFile::open(folder, flagName, owner);
     const auto user = old ? old->writer() : std::nullopt;
     if (!user) return;
     old->truncate();  // first, because this file may be what has filled the disk
-    [[maybe_unused]] const int result = ::linkat(folder, flagName, folder, leftName(*user).c_str(), 0);
+    const std::string left = leftName(*user);
+    if (::linkat(folder, flagName, folder, left.c_str(), 0) != 0 && errno == EMLINK)
+        ::renameat(folder, flagName, folder, left.c_str());
     old->grantWriteTo(std::nullopt);
 }
 

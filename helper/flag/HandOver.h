@@ -14,7 +14,8 @@ inline constexpr const char* flagName = "state";
 //
 // A user's file is kept, and becomes the flag again when the user returns. If it lost its name instead, nobody could
 // find and truncate it while the user fills the disk through an open descriptor (see LeftFilesWatch). It loses its name
-// only if the link of step 1 cannot be created.
+// only if the link of step 1 cannot be created. One exception: a file that has as many links as the file system permits
+// is renamed in step 1.
 //
 // The order of the steps keeps the flag safe if the process is killed between any two of them:
 //   1. The flag gets a second hard link, state.left.UID, with the UID of the user who can write it. The helper reads a

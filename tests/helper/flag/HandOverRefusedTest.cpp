@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,12 +20,12 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// Hands the flag over in a child process in which each change of an access control list fails with ENOSPC. Returns the
+// Hands the flag over in a child process in which each system call with this number fails with this error. Returns the
 // error of the hand-over.
-int handOverRefused(const FlagRig& rig, std::optional<uid_t> user) {
+int handOverRefused(const FlagRig& rig, std::optional<uid_t> user, unsigned int call, unsigned int error) {
     const Descriptor folder(::open(rig.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const pid_t process = ::fork();
-    if (process == 0) ::_exit(answerAccessListsWith(ENOSPC) ? handOverFlag(folder.number(), ::geteuid(), user) : 255);
+    if (process == 0) ::_exit(answerCallsWith(call, error) ? handOverFlag(folder.number(), ::geteuid(), user) : 255);
     int status = 0;
     ::waitpid(process, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -37,7 +38,7 @@ TEST(HandOverRefusedTest, KeepsTheFlagOfAUserWhoseRightCannotBeRevoked) {
         rig.write(alice, "on");
         rig.handOver(bob);
         rig.handOver(alice);
-        EXPECT_EQ(handOverRefused(rig, next), ENOSPC);
+        EXPECT_EQ(handOverRefused(rig, next, SYS_fsetxattr, ENOSPC), ENOSPC);
         // The flag still belongs to Alice, because her right to write it could not be revoked.
         EXPECT_TRUE(rig.folder().isFlagOf(alice));
         EXPECT_TRUE(rig.isOn());
@@ -46,6 +47,18 @@ TEST(HandOverRefusedTest, KeepsTheFlagOfAUserWhoseRightCannotBeRevoked) {
         ASSERT_TRUE(rig.handOver(alice));
         EXPECT_TRUE(rig.isOn());
     }
+}
+
+TEST(HandOverRefusedTest, KeepsTheFileOfAUserWhoHasGivenItAllTheNamesThatAreAllowed) {
+    FlagRig rig;
+    rig.handOver(alice);
+    rig.write(alice, "on");
+    EXPECT_EQ(handOverRefused(rig, bob, SYS_linkat, EMLINK), 0);
+    EXPECT_TRUE(rig.folder().isFlagOf(bob));
+    EXPECT_FALSE(rig.isOn());
+    EXPECT_EQ(rig.names(), (Names{"state", "state.left.61001"}));
+    ASSERT_TRUE(rig.handOver(alice));
+    EXPECT_TRUE(rig.isOn());
 }
 
 }  // namespace
