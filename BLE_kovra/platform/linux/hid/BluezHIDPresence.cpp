@@ -60,7 +60,17 @@ struct BluezHIDPresence::Object {
     }
 };
 
-BluezHIDPresence::BluezHIDPresence(SystemBus& bus) : bus_(bus) {}
+BluezHIDPresence::BluezHIDPresence(SystemBus& bus)
+    : bus_(bus), listening_(bus.listen([this](const BusConnection* connection) { busChanged(connection); })) {}
+
+void BluezHIDPresence::busChanged(const BusConnection* bus) {
+    if (bus == nullptr) {
+        for (BusToken* token : {&owner_, &additions_, &pendingQuery_}) token->reset();
+        for (auto& [addresses, device] : devices_) device.subscriptions.clear();
+    } else if (!owner_ && !devices_.empty()) {
+        queryBluez();
+    }
+}
 
 HIDPresence::Answer BluezHIDPresence::query(const std::string& nodeName, const UdevHIDNode& node) {
     const bool isOnBluetooth = nodeName.starts_with("0005:");

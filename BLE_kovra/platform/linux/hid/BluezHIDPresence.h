@@ -19,7 +19,8 @@ namespace kovra {
 // This class queries BlueZ only while there are Bluetooth nodes, and subscribes to the signals of their devices. While
 // BlueZ has not reported one of these devices, the class also subscribes to the signals about all added devices. The
 // last state that BlueZ has reported remains valid until BlueZ reports another one, even while BlueZ is not running. A
-// device that BlueZ has never reported counts as present. The class never starts BlueZ.
+// device that BlueZ has never reported counts as present. The class never starts BlueZ. Once a lost connection to the
+// bus is there again, it queries BlueZ anew.
 class BluezHIDPresence : public HIDPresence {
   public:
     explicit BluezHIDPresence(SystemBus& bus);
@@ -37,6 +38,7 @@ class BluezHIDPresence : public HIDPresence {
     };
     struct Object;
 
+    void busChanged(const BusConnection* bus);
     void queryBluez();
     void objectsReceived(sd_bus_message* objects);
     bool subscribeToNew();
@@ -54,6 +56,7 @@ class BluezHIDPresence : public HIDPresence {
     BusToken owner_;
     BusToken additions_;     // set while there are devices that BlueZ has not reported
     BusToken pendingQuery_;  // set while a query is pending
+    BusToken listening_;
 };
 
 }  // namespace kovra

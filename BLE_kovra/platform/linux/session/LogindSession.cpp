@@ -42,18 +42,32 @@ bool LogindSession::exists(const std::string& session) {
 LogindSession::LogindSession(SystemBus& bus, std::string session, Events events,
                              std::function<bool(const std::string&)> isThere)
     : session_(std::move(session)), events_(std::move(events)), isThere_(std::move(isThere)) {
-    BusConnection* connection = bus.connection();
-    if (connection == nullptr) return;
-    received_.push_back(
-        connection->receive({login, manager, managerInterface, "PrepareForSleep"}, [this](auto* message) {
-            int isGoingToSleep = 1;
-            if (sd_bus_message_read(message, "b", &isGoingToSleep) > 0 && isGoingToSleep == 0) events_.resumed();
-        }));
+    if (BusConnection* connection = bus.connection()) subscribe(*connection);
+    listening_ = bus.listen([this](BusConnection* connection) { busChanged(connection); });
+}
+
+void LogindSession::busChanged(BusConnection* bus) {
+    if (bus == nullptr) {
+        received_.clear();
+        wasThere_ = wasThere_ || isThere_(session_);
+        return;
+    }
+    if (!received_.empty()) return;  // subscribed when the connection began
+    subscribe(*bus);
+    const bool hasEnded = wasThere_ && !isThere_(session_);
+    (hasEnded ? events_.removed : events_.resumed)();
+}
+
+void LogindSession::subscribe(BusConnection& bus) {
+    received_.push_back(bus.receive({login, manager, managerInterface, "PrepareForSleep"}, [this](auto* message) {
+        int isGoingToSleep = 1;
+        if (sd_bus_message_read(message, "b", &isGoingToSleep) > 0 && isGoingToSleep == 0) events_.resumed();
+    }));
     char* encoded = nullptr;
     if (session_.empty() || sd_bus_path_encode("/org/freedesktop/login1/session", session_.c_str(), &encoded) < 0)
         return;
     const Allocated<char> path(encoded);
-    subscribeToSession(*connection, path.get());
+    subscribeToSession(bus, path.get());
 }
 
 void LogindSession::subscribeToSession(BusConnection& bus, const std::string& path) {

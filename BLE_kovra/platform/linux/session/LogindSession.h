@@ -9,7 +9,8 @@
 namespace kovra {
 
 // Reports the login manager's signals about the user's session and about the machine's sleep. Without a system bus or a
-// login manager, nothing is reported.
+// login manager, nothing is reported. A lost connection hides signals. Once it is there again, the session is reported
+// as removed if it has ended meanwhile, or else the machine as woken.
 class LogindSession {
   public:
     // These functions are called from the queue.
@@ -32,12 +33,16 @@ class LogindSession {
                   std::function<bool(const std::string&)> isThere = exists);
 
   private:
+    void busChanged(BusConnection* bus);
+    void subscribe(BusConnection& bus);
     void subscribeToSession(BusConnection& bus, const std::string& path);
 
     const std::string session_;
     const Events events_;
     const std::function<bool(const std::string&)> isThere_;
+    bool wasThere_ = false;  // whether the session existed when a connection was lost
     std::vector<BusToken> received_;
+    BusToken listening_;
 };
 
 }  // namespace kovra

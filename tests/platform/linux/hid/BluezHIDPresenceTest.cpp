@@ -274,6 +274,23 @@ TEST_F(BluezHIDPresenceTest, IsWokenOnlyByItsOwnDevices) {
     EXPECT_EQ(rig_.newReports(), Reports());
 }
 
+TEST_F(BluezHIDPresenceTest, QueriesBluezAgainOnceALostConnectionIsThereAgain) {
+    startBluez(true);
+    rig_.open();
+    bus_.plug(mouse_);
+    expectReport("+1 apple");
+    waitUntilSubscribed();
+    bluez_.reset();
+    machine_.end();
+    waitUntilIdle();
+    machine_.restart();
+    startBluez(false);
+    expectReport("-1 apple");
+    waitUntilSubscribed();
+    setConnected(true);
+    expectReport("+1 apple");
+}
+
 TEST_F(BluezHIDPresenceTest, TreatsADeviceWithInvalidPropertiesAsPresent) {
     SystemBus nonsense(rig_.loop);
     const auto answer = [](sd_bus_message* message, void*, sd_bus_error*) {

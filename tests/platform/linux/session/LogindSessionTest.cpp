@@ -58,7 +58,8 @@ struct SessionRig {
     bool hasFile = false;
     LogindSession session{machine, "c2", recording(""), [this](const std::string&) { return hasFile; }};
 
-    SessionRig() {
+    SessionRig() { waitUntilSubscribed(); }
+    void waitUntilSubscribed() {
         // The bus installs the matches some time after the program requests them, and the match for the end of the
         // session last. The signal is therefore repeated.
         for (int tries = 0; received.empty() && tries < 500; ++tries) {
@@ -66,6 +67,17 @@ struct SessionRig {
             turnUntil([this] { return !received.empty(); }, 20ms);
         }
         static_cast<void>(eventsReceived());
+    }
+    void endBus() {
+        bus.end();
+        turnUntil([this] { return machine.bus() == nullptr; }, 20s);
+    }
+    // Starts the bus again. Returns the first event that is received without a signal.
+    std::string firstEventOfARestartedBus() {
+        bus.restart();
+        manager = LoginManager();
+        turnUntil([this] { return !received.empty(); }, 20s);
+        return std::exchange(received, {});
     }
     LogindSession::Events recording(const std::string& who) {
         return {.removed = [this, who] { received += who + "removed "; },
@@ -183,6 +195,32 @@ TEST(LogindSessionTest, IgnoresSignalsOfTheWrongShape) {
     rig.manager.emit("SessionRemoved", "u", 2U);
     rig.manager.emit("PrepareForSleep", "s", "false");
     EXPECT_EQ(rig.eventsReceived(), "");
+}
+
+TEST(LogindSessionTest, ReportsThatTheMachineHasWokenOnceALostConnectionIsThereAgain) {
+    for (const bool hasFile : {false, true}) {
+        SessionRig rig;
+        rig.hasFile = hasFile;
+        rig.endBus();
+        EXPECT_EQ(rig.firstEventOfARestartedBus(), "resumed ");
+    }
+}
+
+TEST(LogindSessionTest, ReportsAnEndOfItsSessionThatALostConnectionHasHidden) {
+    SessionRig rig;
+    rig.hasFile = true;
+    rig.endBus();
+    rig.hasFile = false;
+    EXPECT_EQ(rig.firstEventOfARestartedBus(), "removed ");
+}
+
+TEST(LogindSessionTest, ReceivesSignalsAgainAfterALostConnection) {
+    SessionRig rig;
+    rig.endBus();
+    static_cast<void>(rig.firstEventOfARestartedBus());
+    rig.waitUntilSubscribed();
+    rig.manager.emitActive("c2", true);
+    EXPECT_EQ(rig.eventsReceived(), "activated ");
 }
 
 TEST(LogindSessionTest, StaysSilentWithoutASystemBus) {
