@@ -51,9 +51,11 @@
 
 namespace {
 
-// Sets the user's locale. Every text in this program is UTF-8, so another encoding of the locale is replaced by UTF-8.
+// Sets the user's locale for the system's messages, which is all that needs one: names are compared in GlibcLocale's
+// own. Every text in this program is UTF-8, so another encoding of the locale is replaced by UTF-8.
 void adoptLocale() {
-    std::setlocale(LC_ALL, "");
+    std::setlocale(LC_MESSAGES, "");
+    std::setlocale(LC_CTYPE, "");
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
