@@ -71,16 +71,23 @@ Slice=user-%i.slice
 
 
 def keep(folder, names):
-    """Mounts a tmpfs over the folder, and copies these entries of the folder into it."""
-    contents = {}
+    """Mounts a tmpfs over the folder, and copies these entries of the folder into it.
+
+    A link to another of them stays a link: systemd refuses a copy of a unit under another name.
+    """
+    contents, links = {}, {}
     for name in names:
         for path in [folder / name, *(folder / name).glob("*")]:
-            if path.is_file():
+            if path.is_symlink() and os.readlink(path) in names:
+                links[path] = os.readlink(path)
+            elif path.is_file():
                 contents[path] = path.read_bytes()
     empty(folder)
     for path, content in contents.items():
         path.parent.mkdir(exist_ok=True)
         path.write_bytes(content)
+    for path, target in links.items():
+        path.symlink_to(target)
 
 
 def empty(folder, mode="0755"):
