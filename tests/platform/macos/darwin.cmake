@@ -24,6 +24,8 @@ set(CMAKE_INSTALL_NAME_TOOL "${KOVRA_INSTALL_NAME_TOOL}")
 set(ours "${CMAKE_CURRENT_LIST_DIR}/declarations")
 set(flags "-nostdinc -isystem ${llvm}/include/c++/v1 -isystem ${clang_headers} -isystem ${ours}")
 string(APPEND flags " -isystem ${ours}/darwin -isystem ${KOVRA_MUSL_HEADERS} -D_GNU_SOURCE -fblocks")
+# Otherwise libc++ 19 includes <xlocale.h>, which only the C libraries of the BSDs and of macOS have.
+string(APPEND flags " -D_LIBCPP_HAS_MUSL_LIBC")
 foreach(language IN ITEMS CXX OBJCXX)
   set(CMAKE_${language}_COMPILER "${KOVRA_CLANG}")
   set(CMAKE_${language}_COMPILER_TARGET "${KOVRA_CHECKED_ARCHITECTURE}-apple-macos13")

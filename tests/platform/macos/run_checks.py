@@ -31,6 +31,8 @@ BUILD = ROOT / "build"
 # The folder of the compiler and of the tools of the same version: /usr/lib/llvm-14 on Debian 12.
 LLVM = Path(shutil.which("clang++") or "/usr/bin/clang++").resolve().parents[1]
 GCC_OBJC = Path("/usr/lib/gcc")
+# Debian 13 has these headers in a folder for each architecture.
+GNUSTEP = [folder for folder in Path("/usr/include").glob("**/GNUstep") if (folder / "AppKit").is_dir()]
 PROCESSORS = ("arm64", "x86_64")
 
 FRAMEWORKS = {"AppKit", "Carbon", "CoreFoundation", "Foundation", "IOKit", "ServiceManagement"}
@@ -228,6 +230,7 @@ def gnustep_headers():
     shutil.rmtree(folder, ignore_errors=True)
     found = sorted(GCC_OBJC.glob("*/*/include/objc"))
     expect(found, "GCC's headers of Objective-C are missing")
+    expect(GNUSTEP, "GNUstep's headers are missing")
     shutil.copytree(found[-1], folder / "objc")
     runtime = folder / "objc" / "runtime.h"
     text = runtime.read_text(encoding="utf-8")
@@ -242,7 +245,7 @@ def agrees_with_gnustep(source, headers):
     run(
         LLVM / "bin/clang++", "-fsyntax-only", "-x", "objective-c++", "-std=c++20", "-fobjc-runtime=gnustep-2.0", "-fobjc-arc",
         "-fblocks", "-fconstant-string-class=NSConstantString", "-I", ROOT, "-isystem", headers,
-        "-isystem", "/usr/include/GNUstep", "-isystem", HERE / "declarations", "-include", "Supplement.h",
+        "-isystem", GNUSTEP[0], "-isystem", HERE / "declarations", "-include", "Supplement.h",
         "-DGNUSTEP", "-DGNUSTEP_BASE_LIBRARY=1", "-DGNU_RUNTIME=1", "-D_NATIVE_OBJC_EXCEPTIONS",
         "-Werror", "-Wall", "-Wextra", "-Wundeclared-selector",
         # GNUstep declares some types with another sign, or less exactly.

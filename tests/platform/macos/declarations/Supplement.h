@@ -88,6 +88,7 @@ extern "C" NSAccessibilityRole const NSAccessibilityRadioGroupRole;
 - (void)setPreferredMaxLayoutWidth:(CGFloat)width;
 @end
 
+#ifndef _NSStackView_h_GNUSTEP_GUI_INCLUDE  // GNUstep's own, since some version after 0.30
 typedef enum NSStackViewDistribution : NSInteger { NSStackViewDistributionFill = 0 } NSStackViewDistribution;
 
 @interface NSStackView : NSView
@@ -99,3 +100,4 @@ typedef enum NSStackViewDistribution : NSInteger { NSStackViewDistributionFill =
 - (void)setDistribution:(NSStackViewDistribution)distribution;
 - (void)setSpacing:(CGFloat)spacing;
 @end
+#endif

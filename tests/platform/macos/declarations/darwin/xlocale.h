@@ -1,0 +1,18 @@
+// The functions that take a locale_t. musl declares most of them in the standard headers; these are the others that
+// libc++ uses.
+#pragma once
+
+#include <locale.h>
+#include <stddef.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+int asprintf_l(char** text, locale_t locale, const char* format, ...);
+int snprintf_l(char* text, size_t size, locale_t locale, const char* format, ...);
+int sscanf_l(const char* text, locale_t locale, const char* format, ...);
+
+#ifdef __cplusplus
+}
+#endif
