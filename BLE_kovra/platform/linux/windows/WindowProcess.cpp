@@ -224,7 +224,7 @@ void WindowProcess::signIsOverdue() {
 void WindowProcess::replace() {
     running_->kill();
     end();
-    if (Clock::now() - startedAt_ >= timing_.settled) tries_ = 0;
+    if (hasGivenSign_ && Clock::now() - startedAt_ >= timing_.settled) tries_ = 0;
     if (shown_.empty()) return;
     if (tries_ == timing_.delays.size()) return ends_.call();
     ++tries_;

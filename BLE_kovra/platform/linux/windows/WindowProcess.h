@@ -32,9 +32,9 @@ namespace kovra {
 class WindowProcess {
   public:
     // `delays` are the pauses before the restarts. A process that ran for at least `settled` starts again with the
-    // first of them. `linger` is how long a process with nothing to show keeps running. `sign` is the timeout for a
-    // Pong. It is longer for the first Pong of a process, `firstSign`, because the process loads the toolkit before it
-    // reads.
+    // first of them, unless it hung from its start on. `linger` is how long a process with nothing to show keeps
+    // running. `sign` is the timeout for a Pong. It is longer for the first Pong of a process, `firstSign`, because the
+    // process loads the toolkit before it reads.
     struct Timing {
         std::vector<std::chrono::nanoseconds> delays{std::chrono::seconds(1), std::chrono::seconds(5),
                                                      std::chrono::seconds(25)};

@@ -99,6 +99,15 @@ TEST_F(WindowProcessHangTest, GivesUpAfterAFewProcessesThatHang) {
     waitFor([&] { return !hasChildren(); });
 }
 
+TEST_F(WindowProcessHangTest, GivesUpAfterAFewProcessesThatHangFromTheirStartHoweverLongItWaitsForEach) {
+    times.firstSign = 20ms;
+    times.settled = 10ms;
+    use("echo >>$here/starts; exec sleep 1000");
+    showWindow();
+    waitFor([&] { return ends == 1; });
+    EXPECT_FALSE(window->isRunning());
+}
+
 TEST_F(WindowProcessHangTest, StartsNoOtherProcessIfThereIsNothingToShowAnyMore) {
     times.firstSign = 50ms;
     use("echo >>$here/starts; exec sleep 1000");
