@@ -29,7 +29,7 @@ def main():
     parser.add_argument("--machine", choices=list(MACHINES), help="boot this machine alone")
     parser.add_argument("--built", action="store_true", help="take the packages that were built last")
     parser.add_argument("--earlier", type=pathlib.Path, metavar="FOLDER",
-                        help="let the scenario \"upgrade\" begin with the packages in this folder")
+                        help="the packages of another version or release, for the scenarios that upgrade and downgrade")
     parser.add_argument("--keep", action="store_true", help="keep the machines' logs, also when all went well")
     arguments = parser.parse_args()
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-system-"))

@@ -10,6 +10,7 @@ import subprocess
 import program
 from hanging import HangingFolder
 from plugging import MADE_UP
+from program import window_processes
 from running import scenario
 from screen import ESCAPE, Screen
 from waiting import check, now, stay_until, wait_for
@@ -130,19 +131,6 @@ def end_of_the_screen(world):
     world.flag.wait_write("off", since)
 
 
-def window_processes(running):
-    """Returns the PIDs of the program's window processes, without zombies."""
-    found = []
-    for entry in pathlib.Path("/proc").iterdir():
-        if entry.name.isdigit():
-            with contextlib.suppress(OSError):
-                name, _, rest = (entry / "stat").read_text().partition("(")[2].rpartition(")")
-                state, parent = rest.split()[:2]
-                if name == "ble-kovra-ui" and state != "Z" and int(parent) == running.pid:
-                    found.append(int(entry.name))
-    return found
-
-
 def start_again(world, screen):
     second = world.start(wait=False, selected=[MADE_UP], display=screen.name)
     check(second.wait_exit() == 0, f"the second start printed {second.last_words()}")
@@ -157,14 +145,14 @@ def hanging_window_process(world):
         screen.wait_keyboard()
         screen.press(ESCAPE)
         wait_for(lambda: not screen.windows(), "the settings window to close")
-        old = window_processes(running)
+        old = window_processes(running.pid)
         check(len(old) == 1, f"the window processes are {old}")
         os.kill(old[0], signal.SIGSTOP)
         asked = now()
         start_again(world, screen)
         wait_for(screen.shows_settings, "the settings window of another window process")
         measured = now() - asked
-        check(old[0] not in window_processes(running), "the process that hangs was not ended")
+        check(old[0] not in window_processes(running.pid), "the process that hangs was not ended")
         check(running.is_running(), f"the program ended: {running.last_words()}")
     return f"opened after {measured:.1f} s"
 

@@ -1,5 +1,6 @@
 """Starts the program under test as a process, and writes its preferences file."""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -19,6 +20,19 @@ def write_preferences(path=PREFERENCES, **choices):
     path.parent.mkdir(parents=True, exist_ok=True)
     stored = {names[name]: value for name, value in choices.items()}
     path.write_text(json.dumps(stored, ensure_ascii=False), encoding="utf-8")
+
+
+def window_processes(program):
+    """Returns the PIDs of the window processes of the program that has this PID, without zombies."""
+    found = []
+    for entry in pathlib.Path("/proc").iterdir():
+        if entry.name.isdigit():
+            with contextlib.suppress(OSError):
+                name, _, rest = (entry / "stat").read_text().partition("(")[2].rpartition(")")
+                state, parent = rest.split()[:2]
+                if name == "ble-kovra-ui" and state != "Z" and int(parent) == program:
+                    found.append(int(entry.name))
+    return found
 
 
 class Program:

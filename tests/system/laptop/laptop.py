@@ -96,9 +96,9 @@ class Laptop(Ports):
         self._is_installed = False
 
     def install_earlier(self):
-        """Installs the earlier packages, for example those of another release. If none are given, calls install()."""
+        """Installs the packages of --earlier, for example those of another version. Without them, calls reinstall()."""
         if not self._earlier:
-            self.install()
+            self.reinstall()
             return
         run("dpkg", "--force-unsafe-io", "-i", *self._earlier)
         self._is_installed = True
@@ -138,9 +138,9 @@ class Laptop(Ports):
             self.install()
         return self._started(Application(session or self.log_in(ANNA), display, **(choices or {"selected": CHOSEN})))
 
-    def start_again(self):
+    def start_again(self, display=None):
         """Starts the application in Anna's session with the preferences that she has."""
-        return self._started(Application(self.log_in(ANNA)))
+        return self._started(Application(self.log_in(ANNA), display))
 
     def _started(self, application):
         self._applications.append(application)
@@ -182,9 +182,9 @@ class Laptop(Ports):
             came = pad.use()
             check(not any(came), f"events from the pad's input devices: {came}")
 
-    def mute(self, *pads):
+    def mute(self, *pads, display=None):
         """Starts Anna's application, plugs in the chosen mouse, and waits until the pads are muted."""
-        application = self.start()
+        application = self.start(display=display)
         mouse = self.plug_mouse()
         self.expect_dead(*pads)
         return application, mouse

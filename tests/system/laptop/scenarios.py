@@ -9,7 +9,7 @@ from running import run_all
 MODULES = {
     "laptop": ["ground", "muting", "ends", "switching", "attacks", "storms", "floods", "left_files",
                "hidden_processes", "hanging", "bad_days", "sleeping"],
-    "installation": ["versions", "walls_of_the_helper", "installed", "activation", "packages"],
+    "installation": ["versions", "walls_of_the_helper", "installed", "activation", "packages", "upgrades"],
 }
 
 

@@ -18,6 +18,21 @@ bool isExecutable(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0;
 }
 
+// The path of the program that this process runs, and whether its file was replaced or removed.
+struct OwnFile {
+    std::string path;
+    bool isReplaced;
+};
+
+OwnFile ownFile() {
+    OwnFile file{linkTarget("/proc/self/exe").value_or(""), false};
+    // The kernel appends this if the file was replaced or removed.
+    constexpr std::string_view replaced = " (deleted)";
+    file.isReplaced = file.path.ends_with(replaced) && !isExecutable(file.path);
+    if (file.isReplaced) file.path.resize(file.path.size() - replaced.size());
+    return file;
+}
+
 }  // namespace
 
 std::optional<std::string> findProgram(const std::string& name, const PathVisitor& visitor) {
@@ -33,13 +48,9 @@ std::optional<std::string> findProgram(const std::string& name, const PathVisito
     return std::nullopt;
 }
 
-std::string ownProgram() {
-    std::string path = linkTarget("/proc/self/exe").value_or("");
-    // The kernel appends " (deleted)" if the file was replaced, for example by an upgrade. Return the path of the new
-    // file.
-    constexpr std::string_view replaced = " (deleted)";
-    if (path.ends_with(replaced) && !isExecutable(path)) path.resize(path.size() - replaced.size());
-    return path;
-}
+// After an upgrade this is the path of the new file.
+std::string ownProgram() { return ownFile().path; }
+
+bool isOwnProgramReplaced() { return ownFile().isReplaced; }
 
 }  // namespace kovra

@@ -14,4 +14,7 @@ std::optional<std::string> findProgram(const std::string& name, const PathVisito
 // Returns the path of the program that this process runs.
 std::string ownProgram();
 
+// Returns whether the file of the program that this process runs was replaced or removed, for example by an upgrade.
+bool isOwnProgramReplaced();
+
 }  // namespace kovra

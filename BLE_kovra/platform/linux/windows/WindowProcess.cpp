@@ -7,7 +7,6 @@
 #include <optional>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "BLE_kovra/platform/linux/wire/LineSocket.h"
@@ -110,8 +109,9 @@ class WindowProcess::Running {
 WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program)
     : WindowProcess(loop, std::move(program), Timing()) {}
 
-WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing)
-    : loop_(loop), program_(std::move(program)), timing_(std::move(timing)) {}
+WindowProcess::WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing,
+                             std::function<bool()> isReplaced)
+    : loop_(loop), program_(std::move(program)), timing_(std::move(timing)), isReplaced_(std::move(isReplaced)) {}
 
 WindowProcess::~WindowProcess() {
     for (auto* task : {&nextTry_, &failureReport_, &lingerTimer_, &signTimer_}) cancel(*task);
@@ -222,6 +222,7 @@ void WindowProcess::signIsOverdue() {
 
 // Keeps the states, so that the new process shows an open window again.
 void WindowProcess::replace() {
+    if (!hasGivenSign_ && isReplaced_()) return;
     running_->kill();
     end();
     if (hasGivenSign_ && Clock::now() - startedAt_ >= timing_.settled) tries_ = 0;

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/desktop/ProgramSearch.h"
 #include "BLE_kovra/platform/linux/loop/Listeners.h"
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/wire/Messages.h"
@@ -28,7 +29,9 @@ namespace kovra {
 //
 // After each event and each new state, a Ping is sent. A process that does not reply in time with a Pong hangs. It is
 // killed and, if there is a state, a new one starts immediately. These starts and those after an unexpected end are
-// limited to the number of `delays`. The timer for the reply runs only while a Pong is expected.
+// limited to the number of `delays`. The timer for the reply runs only while a Pong is expected. After an upgrade or a
+// downgrade of the package, the window process may be of a version that never replies. Then only a process that has
+// replied before can count as one that hangs.
 class WindowProcess {
   public:
     // `delays` are the pauses before the restarts. A process that ran for at least `settled` starts again with the
@@ -45,9 +48,11 @@ class WindowProcess {
     };
 
     // `program` returns the absolute path of the program to run; it is called at each start. If the path is empty, no
-    // process is started.
+    // process is started. `isReplaced` returns whether this program's package was upgraded or downgraded since its
+    // start.
     WindowProcess(SdEventLoop& loop, std::function<std::string()> program);
-    WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing);
+    WindowProcess(SdEventLoop& loop, std::function<std::string()> program, Timing timing,
+                  std::function<bool()> isReplaced = isOwnProgramReplaced);
     ~WindowProcess();
     WindowProcess(const WindowProcess&) = delete;
     WindowProcess& operator=(const WindowProcess&) = delete;
@@ -99,6 +104,7 @@ class WindowProcess {
     SdEventLoop& loop_;
     std::function<std::string()> program_;
     Timing timing_;
+    std::function<bool()> isReplaced_;
     std::map<std::size_t, std::string> shown_;  // the encoded message for each kind of state
     bool isHeld_ = false;                       // kept running because of an event
     Messages messages_;

@@ -108,6 +108,30 @@ TEST_F(WindowProcessHangTest, GivesUpAfterAFewProcessesThatHangFromTheirStartHow
     EXPECT_FALSE(window->isRunning());
 }
 
+TEST_F(WindowProcessHangTest, KeepsAProcessThatNeverAnswersAfterAnUpgrade) {
+    isReplaced = true;
+    times.firstSign = 20ms;
+    use("echo >>$here/starts; exec sleep 1000");
+    showWindow();
+    waitFor([&] { return starts() == 1; });
+    let(200ms);
+    EXPECT_EQ(starts(), 1U);
+    EXPECT_EQ(ends, 0);
+    EXPECT_TRUE(window->isRunning());
+}
+
+TEST_F(WindowProcessHangTest, ReplacesAProcessThatHasAnsweredBeforeEvenAfterAnUpgrade) {
+    useOneThatAnswers();
+    show("first");
+    waitFor([&] { return answers() > 0; });
+    let(20ms);
+    isReplaced = true;
+    stop();
+    show("second");
+    waitFor([&] { return starts() == 2 && isShown("second"); });
+    EXPECT_EQ(ends, 0);
+}
+
 TEST_F(WindowProcessHangTest, StartsNoOtherProcessIfThereIsNothingToShowAnyMore) {
     times.firstSign = 50ms;
     use("echo >>$here/starts; exec sleep 1000");

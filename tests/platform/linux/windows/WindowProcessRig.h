@@ -40,7 +40,7 @@ class WindowProcessRig : public testing::Test {
     // Runs `text` as the window process, with short delays.
     void use(const std::string& text) {
         const std::string path = script(text);
-        window = std::make_unique<WindowProcess>(loop, [path] { return path; }, times);
+        window = std::make_unique<WindowProcess>(loop, [path] { return path; }, times, [this] { return isReplaced; });
         endListener = window->listenForEnd([this] { ++ends; });
         listening = window->listen(
             [this](const ToResident& message) { chosen.push_back(std::get<ItemChosen>(message).position); });
@@ -76,6 +76,7 @@ class WindowProcessRig : public testing::Test {
     SdEventLoop loop;
     // Most scripts give no sign of life, so the two timeouts for these signs are an hour.
     WindowProcess::Timing times{{10ms, 20ms, 30ms}, 1h, linger, 1h, 1h};
+    bool isReplaced = false;  // the package of the program was upgraded
     std::unique_ptr<WindowProcess> window;
     WindowProcess::Messages::Token listening;
     WindowProcess::Ends::Token endListener;
