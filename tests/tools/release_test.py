@@ -196,6 +196,16 @@ class ReleaseTest(unittest.TestCase):
         self.commit()
         self.refuses(f"version {VERSION} has the tag v{VERSION}, on the commit ")
 
+    def test_without_python_it_says_how_to_get_it(self):
+        programs = self.home / "programs"
+        programs.mkdir()
+        for folder in reversed(self.environment["PATH"].split(":")):
+            for program in pathlib.Path(folder).glob("[!p]*"):
+                (programs / program.name).unlink(missing_ok=True)
+                (programs / program.name).symlink_to(program)
+        self.environment["PATH"] = str(programs)
+        self.refuses("python3 is missing; tools/install-packages publish installs it")
+
     def test_another_option_is_refused(self):
         done = run("tools/release", "--sources", cwd=self.root, environment=self.environment)
         self.assertEqual((done.returncode, done.stdout), (1, "release: usage: tools/release [--source]\n"))
