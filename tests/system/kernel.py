@@ -46,29 +46,35 @@ def prepare(folder, say):
     with tempfile.TemporaryDirectory(dir=kernel.folder) as temporary:
         work = pathlib.Path(temporary)
         say("fetching the machine's kernel (a Debian package of about 100 MB, kept in the build folder)")
-        package = _download(work)
+        packages = _download(work)
         say("unpacking it")
-        subprocess.run(["dpkg-deb", "-x", package, work / "unpacked"], check=True)
+        for package in packages:
+            subprocess.run(["dpkg-deb", "-x", package, work / "unpacked"], check=True)
         _keep_needed(work / "unpacked", kernel)
     return kernel
 
 
 def _download(work):
-    name = _package_name()
-    result = subprocess.run(["apt-get", "download", name], cwd=work, capture_output=True, text=True)
+    names = _package_names()
+    result = subprocess.run(["apt-get", "download", *names], cwd=work, capture_output=True, text=True)
     packages = list(work.glob("*.deb"))
-    if result.returncode != 0 or not packages:
+    if result.returncode != 0 or len(packages) != len(names):
         reason = (result.stderr.strip().splitlines() or ["no reason given"])[-1]
-        raise KernelMissing(f"apt-get download {name} failed: {reason}")
-    return packages[0]
+        raise KernelMissing(f"apt-get download {' '.join(names)} failed: {reason}")
+    return packages
 
 
-def _package_name():
-    shown = subprocess.run(["apt-cache", "depends", "linux-image-amd64"], capture_output=True, text=True)
-    names = re.findall(r"Depends: (linux-image-\S+)", shown.stdout)
-    if not names:
+def _package_names():
+    """Returns the names of the kernel's package and, from release 14 on, of the packages with its parts."""
+    images = _dependencies("linux-image-amd64", "image")
+    if not images:
         raise KernelMissing("apt knows no package linux-image-amd64; run apt-get update (as root) and try again")
-    return names[0]
+    return images[:1] + _dependencies(images[0], "binary|modules")
+
+
+def _dependencies(package, kinds):
+    shown = subprocess.run(["apt-cache", "depends", package], capture_output=True, text=True)
+    return re.findall(rf" Depends: (linux-(?:{kinds})-\S+)", shown.stdout)
 
 
 def _keep_needed(unpacked, kernel):
@@ -81,7 +87,8 @@ def _keep_needed(unpacked, kernel):
         _add_with_dependencies(name, files, order)
     for path in order + [files[name.replace("-", "_")] for name in LATER_MODULES]:
         kernel.module(_name(path)).write_bytes(_content(path))
-    shutil.copy(next(unpacked.glob("boot/vmlinuz-*")), kernel.image)
+    images = [*unpacked.glob("boot/vmlinuz-*"), *unpacked.glob("usr/lib/modules/*/vmlinuz")]
+    shutil.copy(images[0], kernel.image)
     # Write this file last, since prepare() considers the folder complete if the file exists.
     (kernel.modules / "order").write_text("".join(f"{_name(path)}.ko\n" for path in order))
 
