@@ -14,8 +14,8 @@ def run(report, tools, rounds, idle_seconds):
 
     for name, key, unit, limit in [("start: CPU to the first evaluation", "cpu", "ms", 2),
                                    ("start: CPU until at rest", "rest", "ms", None),
-                                   ("start: PSS after 3 s", "pss", "MiB", 2),
-                                   ("start: private dirty memory after 3 s", "dirty", "MiB", None)]:
+                                   ("start: PSS after 3 s", "pss", "MiB", 1.5),
+                                   ("start: private dirty memory after 3 s", "dirty", "MiB", 1.2)]:
         report.ratio(name, starts("ours", key), starts("floor", key), unit, limit)
         if tools.other:
             report.against_other(name, starts("ours", key), starts("other", key), unit)

@@ -14,8 +14,8 @@ def run(report, tools, rounds, idle_seconds):
             ("time to the icon", "icon", "ms", "item", 2.5),
             ("CPU to the icon", "cpu", "ms", "toolkit-program", 0.35),
             ("time to the icon", "icon", "ms", "toolkit-program", 0.35),
-            ("PSS with the icon", "pss", "MiB", "item", 3),
-            ("private dirty memory with the icon", "dirty", "MiB", "item", 2.5)]:
+            ("PSS with the icon", "pss", "MiB", "item", 1.5),
+            ("private dirty memory with the icon", "dirty", "MiB", "item", 1.2)]:
         report.ratio(f"{name}, compared with floors/{beside}", *pairs(taken, key, "ours", beside), unit, limit)
         if tools.other and beside == "item":
             report.against_other(name, *pairs(taken, key, "ours", "other"), unit)
