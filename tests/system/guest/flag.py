@@ -1,19 +1,16 @@
 """Watches the flag file with inotify: records each write with its time, and counts how often the file is opened."""
 
 import collections
-import ctypes
 import os
 import pathlib
 import shutil
-import struct
 import threading
 
+import inotify
 from waiting import Failed, be_prompt, check, notify, now, wait_for
 
 FOLDER = pathlib.Path("/Library/Application Support/ble-kovra")
 STATE = FOLDER / "state"
-
-IN_CLOSE_WRITE, IN_OPEN = 0x08, 0x20
 
 Write = collections.namedtuple("Write", "time content")
 
@@ -26,7 +23,6 @@ class Flag:
     """
 
     def __init__(self):
-        self._libc = ctypes.CDLL(None, use_errno=True)
         self._inotify = None
         self._state = None
         self.writes = []
@@ -42,9 +38,7 @@ class Flag:
         new = FOLDER.with_name(FOLDER.name + ".new")
         new.mkdir(parents=True)
         self._state = os.open(new / STATE.name, os.O_RDONLY | os.O_CREAT | os.O_CLOEXEC, 0o644)
-        self._inotify = self._libc.inotify_init1(os.O_CLOEXEC)
-        watch = self._libc.inotify_add_watch(self._inotify, os.fsencode(new), IN_CLOSE_WRITE | IN_OPEN)
-        check(watch >= 0, "inotify refused to watch the flag's folder")
+        self._inotify = inotify.watch(new, inotify.IN_CLOSE_WRITE | inotify.IN_OPEN)
         self.writes, self.openings = [], 0
         threading.Thread(target=self._listen, args=(self._inotify, self._state), daemon=True).start()
         new.rename(FOLDER)
@@ -68,22 +62,18 @@ class Flag:
     def contents(self):
         return [write.content for write in self.writes]
 
-    def _listen(self, inotify, state):
+    def _listen(self, descriptor, state):
         be_prompt()
-        while inotify == self._inotify:
-            events = os.read(inotify, 65536)
+        while descriptor == self._inotify:
+            events = os.read(descriptor, 65536)
             moment = now()
-            offset = 0
-            while offset < len(events):
-                _, mask, _, length = struct.unpack_from("iIII", events, offset)
-                name = events[offset + 16:offset + 16 + length].rstrip(b"\0")
-                offset += 16 + length
+            for mask, name in inotify.split(events):
                 if name != b"state":
                     continue
-                if mask & IN_OPEN:
+                if mask & inotify.IN_OPEN:
                     self.openings += 1
-                if mask & IN_CLOSE_WRITE:
+                if mask & inotify.IN_CLOSE_WRITE:
                     self.writes.append(Write(moment, os.pread(state, 100, 0).decode("utf-8", "replace")))
             notify()
-        os.close(inotify)
+        os.close(descriptor)
         os.close(state)

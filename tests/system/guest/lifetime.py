@@ -5,7 +5,7 @@ import socket
 
 import program
 from flag import STATE
-from openings import Openings
+from inotify import IN_CLOSE_NOWRITE, IN_CLOSE_WRITE, IN_OPEN, Counter
 from plugging import MADE_UP
 from running import scenario
 from waiting import check, now, wait_for
@@ -96,7 +96,7 @@ def end_at_a_silent_bus(world):
 @scenario("A second start in the session exits at once, reads no preferences and does not disturb the first.")
 def second_start(world):
     program.write_preferences(selected=[MADE_UP])
-    openings = Openings(program.PREFERENCES)
+    openings = Counter(program.PREFERENCES, IN_OPEN, between=IN_CLOSE_NOWRITE | IN_CLOSE_WRITE)
     first = world.start(selected=[MADE_UP])
     check(openings.take() >= 2, "the first start did not read its preferences")
     mouse = world.plug("Kovra Mouse")
