@@ -10,8 +10,8 @@ FLOORS = ("item", "toolkit-program")
 def run(report, tools, rounds, idle_seconds):
     taken = measure(tools, {name: [tools.floors / name] for name in FLOORS}, rounds, idle_seconds)
     for name, key, unit, beside, limit in [
-            ("CPU to the icon", "cpu", "ms", "item", 2),
-            ("time to the icon", "icon", "ms", "item", 2.5),
+            ("CPU to the icon", "cpu", "ms", "item", 1.3),
+            ("time to the icon", "icon", "ms", "item", 1.4),
             ("CPU to the icon", "cpu", "ms", "toolkit-program", 0.35),
             ("time to the icon", "icon", "ms", "toolkit-program", 0.35),
             ("PSS with the icon", "pss", "MiB", "item", 1.5),

@@ -9,7 +9,8 @@ namespace kovra {
 StatusNotifierFront::StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher,
                                          ActivationToken& token, std::string iconThemePath,
                                          StatusNotifierItem::PopUp popUp)
-    : watcher_(watcher),
+    : bus_(bus.connection()),
+      watcher_(watcher),
       busName_("org.kde.StatusNotifierItem-" + std::to_string(::getpid()) + "-1"),
       item_(item.shown(), token, std::move(iconThemePath), std::move(popUp)),
       menu_(item.shown().menu, [&item](std::size_t position) { item.choose(position); }),

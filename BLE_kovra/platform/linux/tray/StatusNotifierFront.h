@@ -25,7 +25,7 @@ class StatusNotifierFront : public TrayFront {
     void busChanged(BusConnection* bus);
     void exportIfReady();
 
-    BusConnection* bus_ = nullptr;  // null while disconnected
+    BusConnection* bus_;  // null while disconnected; may not be established yet
     StatusNotifierWatcher& watcher_;
     const std::string busName_;
     StatusNotifierItem item_;

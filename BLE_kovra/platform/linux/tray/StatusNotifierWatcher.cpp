@@ -13,7 +13,9 @@ constexpr const char* interface = "org.kde.StatusNotifierWatcher";
 }  // namespace
 
 StatusNotifierWatcher::StatusNotifierWatcher(SessionBus& bus)
-    : loop_(bus.loop()), listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
+    : loop_(bus.loop()),
+      bus_(bus.connection()),
+      listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
 
 void StatusNotifierWatcher::setItem(std::string busName) {
     item_ = std::move(busName);
@@ -30,8 +32,8 @@ void StatusNotifierWatcher::busChanged(BusConnection* bus) {
         return;
     }
     registerItem();
-    // Subscribe in the next turn of the queue. The item may be exported in this turn; it is registered before the
-    // subscriptions, so that the icon appears sooner.
+    // Subscribe in the next turn of the queue. After a reconnection the item is exported in this turn; it is registered
+    // before the subscriptions, so that the icon appears sooner.
     loop_.async(lifetime_.guard([this] { subscribe(); }));
 }
 

@@ -35,7 +35,7 @@ class StatusNotifierWatcher {
     void setHasHost(bool hasHost);
 
     SdEventLoop& loop_;
-    BusConnection* bus_ = nullptr;
+    BusConnection* bus_;  // null while disconnected; may not be established yet
     std::string item_;
     bool isRegistered_ = false;  // true also while the call is pending
     bool hasHost_ = false;

@@ -25,8 +25,12 @@ bool lookAlike(const Menu& one, const Menu& other) {
 TrayItem::TrayItem(MainQueue& queue) : queue_(queue) {}
 
 void TrayItem::setMenu(Menu menu) {
+    const bool isFirst = contents_.menu.items.empty();
     contents_.menu = std::move(menu);
-    scheduleShow();
+    if (isFirst)
+        show();
+    else
+        scheduleShow();
 }
 
 void TrayItem::setState(int tag, MenuItemState state) {

@@ -34,12 +34,14 @@ struct TrayChanges {
 class TrayFront {
   public:
     virtual ~TrayFront() = default;
-    // Called from the queue: the first time with every part marked as changed, then after each change.
+    // Called first when the item gets its menu, with every part marked as changed, then from the queue after changes.
     virtual void show(const TrayContents& contents, const TrayChanges& changes) = 0;
 };
 
 // The status item in the tray. It keeps the contents and passes them to its fronts, at most once per turn of the queue.
-// Each time it also passes the parts that differ from the contents that the fronts showed last.
+// Each time it also passes the parts that differ from the contents that the fronts showed last. The first time it does
+// not wait for the queue: the application sets the menu last, and starts for some milliseconds more before the queue
+// runs. Meanwhile the panel can already create the icon.
 class TrayItem : public StatusItem, private StatusBarButton {
   public:
     explicit TrayItem(MainQueue& queue);

@@ -18,6 +18,15 @@ TEST(StatusNotifierFrontTest, RegistersWithARunningWatcher) {
     EXPECT_TRUE(rig.panel->item().starts_with("org.kde.StatusNotifierItem-")) << rig.panel->item();
 }
 
+TEST(StatusNotifierFrontTest, RegistersAsSoonAsItHasAMenuBeforeItsLoopRuns) {
+    StatusNotifierRig rig;
+    ASSERT_GE(sd_bus_flush(rig.bus.bus()), 0);  // establishes the connection
+    SdEventLoop loopOfThePanel;
+    Panel panel(loopOfThePanel);
+    rig.item->setMenu(rig.menu());
+    EXPECT_TRUE(panel.findsItem());
+}
+
 TEST(StatusNotifierFrontTest, RegistersWithAWatcherThatStartsLate) {
     StatusNotifierRig rig;
     rig.showIcon("plain", "off");

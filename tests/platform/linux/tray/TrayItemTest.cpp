@@ -65,14 +65,23 @@ struct TrayRig {
     }
 };
 
-TEST(TrayItemTest, ShowsEverythingFirstAndFromTheQueue) {
+TEST(TrayItemTest, ShowsEverythingAsSoonAsItHasAMenu) {
     TrayRig rig;
     rig.button().setImage(picture("plain"));
     rig.button().setImageIsTemplate(true);
     rig.button().setToolTip("away");
-    rig.setMenu({entry("one"), entry("two")});
     EXPECT_EQ(rig.record, "");
+    rig.setMenu({entry("one"), entry("two")});
     EXPECT_EQ(rig.takeRecord(), "image plain template tip away menu 2; ");
+}
+
+TEST(TrayItemTest, ShowsTheFirstMenuAtOnceAndLaterOnesFromTheQueue) {
+    TrayRig rig;
+    rig.setMenu({entry("one")});
+    EXPECT_EQ(std::exchange(rig.record, {}), "image none tip  menu 1; ");
+    rig.setMenu({entry("two")});
+    EXPECT_EQ(rig.record, "");
+    EXPECT_EQ(rig.takeRecord(), " menu 1; ");
 }
 
 TEST(TrayItemTest, ShowsOncePerTurnHoweverMuchHasChanged) {
