@@ -3,12 +3,16 @@
 The packages are installed and the helper runs under its unit. A minimal listener receives the same events and writes
 the attribute of an external touchpad, which the helper leaves alone. All times are the kernel's own: when the mouse is
 added or removed, and when a touchpad's `inhibited` attribute is written. The reports are in seconds.
+
+Afterwards it measures the memory of the helper beside that of `sleep`, in MiB, where other services use the same
+libraries.
 """
 
 import subprocess
 
+import processes
 import uhid
-from laptop import GRACE, Laptop
+from laptop import GRACE, Laptop, helper_process
 
 
 def play(host, task):
@@ -32,3 +36,8 @@ def play(host, task):
                     back={"ours": back - mouse.removed - GRACE, "floor": floor_back - mouse.removed})
     listener.kill()
     listener.wait()
+    sleep = subprocess.Popen(["sleep", "infinity"], stdin=subprocess.DEVNULL)
+    laptop.settle()
+    host.report("memory", ours=processes.memory([helper_process()]), sleep=processes.memory([sleep.pid]))
+    sleep.kill()
+    sleep.wait()
