@@ -68,8 +68,13 @@ void AppDelegate::applicationDidFinishLaunching() {
     saveOnChange(state_.isEnabled, [](AppState& state) { state.defaults.set(state.kEnabled, state.isEnabled.get()); });
     saveOnChange(state_.mode, [](AppState& state) { state.saveMode(); });
 
-    // 7. The hot key.
+    // 7. The hot key. The menu follows what the desktop says about it.
     hotkey_.onTrigger = hotKeyHandler();
+    hotkey_.onStateChange = [weak = weak_from_this(), &queue = platform_.mainQueue] {
+        queue.async([weak] {
+            if (const auto self = weak.lock()) self->showMenu();
+        });
+    };
     hotkey_.registerHotKey();
 
     // 8. The first decision. It depends only on the saved choices, because no device has been reported yet.
@@ -120,6 +125,10 @@ std::function<void()> AppDelegate::hotKeyHandler() {
 void AppDelegate::setupStatusItem() {
     statusItem_ = platform_.statusBar.statusItem(StatusBar::variableLength);
     showIcon(false);
+    showMenu();
+}
+
+void AppDelegate::showMenu() {
     const StatusMenuActions actions{.toggleEnabled = action(&AppDelegate::toggleEnabled),
                                     .openSettings = action(&AppDelegate::openSettings),
                                     .toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin),
@@ -127,7 +136,7 @@ void AppDelegate::setupStatusItem() {
                                     .showAbout = action(&AppDelegate::showAbout),
                                     .quit = action(&AppDelegate::quit)};
     requireStatusItem().setMenu(
-        makeStatusMenu(texts_, actions, checkMark(state_.isEnabled.get()), launchAtLoginState()));
+        makeStatusMenu(texts_, actions, checkMark(state_.isEnabled.get()), launchAtLoginState(), hotkey_.state()));
 }
 
 void AppDelegate::refreshUI() {

@@ -45,6 +45,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     // Creates the status item with its menu. The icon has no slash, which would mean "muted", until the first
     // decision.
     void setupStatusItem();
+    void showMenu();
     // Updates the check marks of the switch and of launch at login, the icon and its tool tip. The icon shows the last
     // decision, not the switch. Aborts if setupStatusItem() was not called before.
     void refreshUI();

@@ -1,17 +1,38 @@
 #include "BLE_kovra/app/StatusMenu.h"
 
+#include <string>
+#include <utility>
+
 #include "BLE_kovra/l10n/L10n.h"
 
 namespace kovra {
 
+namespace {
+
+std::string hotKeyHint(const L10n& texts, const HotKeyState& hotKey) {
+    switch (hotKey.holder) {
+        case HotKeyState::Holder::another:
+            return texts.text("menu.hotkeyHint.taken");
+        case HotKeyState::Holder::nobody:
+            return texts.text("menu.hotkeyHint.unavailable");
+        case HotKeyState::Holder::us:
+            break;
+    }
+    if (hotKey.combination.empty()) return texts.text("menu.hotkeyHint");
+    return texts.text("menu.hotkeyHint.assigned") + hotKey.combination;
+}
+
+}  // namespace
+
 Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuItemState enabled,
-                    MenuItemState launchAtLogin) {
+                    MenuItemState launchAtLogin, const HotKeyState& hotKey) {
     Menu menu;
-    const auto add = [&](const char* key) -> MenuItem& {
+    const auto addTitled = [&](std::string title) -> MenuItem& {
         MenuItem& item = menu.items.emplace_back();
-        item.title = texts.text(key);
+        item.title = std::move(title);
         return item;
     };
+    const auto add = [&](const char* key) -> MenuItem& { return addTitled(texts.text(key)); };
     const auto addAction = [&](const char* key, const char* name, const std::function<void()>& perform,
                                const char* keyEquivalent = "") -> MenuItem& {
         MenuItem& item = add(key);
@@ -27,7 +48,7 @@ Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuIte
     };
 
     addSwitch("block", "toggleEnabled", actions.toggleEnabled, StatusMenuTag::enabled, enabled);
-    add("menu.hotkeyHint").isEnabled = false;
+    addTitled(hotKeyHint(texts, hotKey)).isEnabled = false;
     addAction("menu.settings", "openSettings", actions.openSettings, ",");
     addSwitch("menu.launchAtLogin", "toggleLaunchAtLogin", actions.toggleLaunchAtLogin, StatusMenuTag::launchAtLogin,
               launchAtLogin);

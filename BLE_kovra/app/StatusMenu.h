@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "BLE_kovra/platform/HotKeyService.h"
 #include "BLE_kovra/platform/Menu.h"
 
 namespace kovra {
@@ -23,8 +24,9 @@ struct StatusMenuActions {
     std::function<void()> quit;
 };
 
-// Returns the status item's menu in the language of `texts`. `enabled` and `launchAtLogin` are the two check marks.
+// Returns the status item's menu in the language of `texts`. `enabled` and `launchAtLogin` are the two check marks. The
+// second item says which key toggles the switch, or why there is none.
 Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuItemState enabled,
-                    MenuItemState launchAtLogin);
+                    MenuItemState launchAtLogin, const HotKeyState& hotKey = {});
 
 }  // namespace kovra

@@ -1,7 +1,6 @@
 #include "BLE_kovra/l10n/L10n.h"
 
 #include "BLE_kovra/l10n/Characters.h"
-#include "BLE_kovra/platform/Locale.h"
 #include "BLE_kovra/platform/Platform.h"
 
 namespace kovra {
@@ -30,17 +29,24 @@ std::string_view L10n::rawValue(Lang lang) { return rawValues[static_cast<std::s
 L10n::L10n(const std::vector<std::string>& preferredLanguages, const Catalogue& catalogue)
     : catalogue_(catalogue), current_(chosenLanguage(preferredLanguages)) {}
 
+L10n::L10n(const std::vector<std::string>& preferredLanguages, Wording wording) : L10n(preferredLanguages) {
+    if (wording == Wording::linuxDesktop) first_ = &linuxStrings();
+}
+
 std::string L10n::text(std::string_view key) const {
-    const auto table = catalogue_.find(std::string(key));
-    if (table == catalogue_.end()) return std::string(key);
+    const std::string name(key);
+    const bool isInFirst = first_ != nullptr && first_->contains(name);
+    const Catalogue& asked = isInFirst ? *first_ : catalogue_;
+    const auto table = asked.find(name);
+    if (table == asked.end()) return name;
     for (const Lang lang : {current_, Lang::en}) {
         if (const auto found = table->second.find(lang); found != table->second.end()) return found->second;
     }
-    return std::string(key);
+    return name;
 }
 
 const L10n& L10n::shared() {
-    static const L10n instance(Platform::current().locale.preferredLanguages());
+    static const L10n instance(Platform::current().locale.preferredLanguages(), Platform::current().wording);
     return instance;
 }
 

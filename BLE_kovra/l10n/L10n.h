@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "BLE_kovra/platform/Locale.h"
+
 namespace kovra {
 
 // The texts that the user sees, in one language. The constructor chooses the language.
@@ -15,6 +17,8 @@ namespace kovra {
 // none of the six languages, the texts are English, even if the second preferred language is one of the six. If a text
 // is missing in the chosen language, text() returns the English text. If that is missing, too, text() returns the key
 // itself.
+//
+// On the Linux desktop a second catalogue is asked first. It has the texts that differ there.
 class L10n {
   public:
     enum class Lang { en, ru, uk, fr, de, es };
@@ -29,9 +33,12 @@ class L10n {
 
     // Returns the program's own catalogue.
     static const Catalogue& strings();
+    // Returns the texts that are asked first on the Linux desktop.
+    static const Catalogue& linuxStrings();
 
     // The catalogue is not copied and must outlive this object.
     explicit L10n(const std::vector<std::string>& preferredLanguages, const Catalogue& catalogue = strings());
+    L10n(const std::vector<std::string>& preferredLanguages, Wording wording);
 
     Lang current() const { return current_; }
     std::string text(std::string_view key) const;
@@ -40,6 +47,7 @@ class L10n {
     static std::string s(std::string_view key) { return shared().text(key); }
 
   private:
+    const Catalogue* first_ = nullptr;  // asked before catalogue_
     const Catalogue& catalogue_;
     Lang current_;
 };

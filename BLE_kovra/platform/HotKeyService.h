@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace kovra {
 
@@ -20,6 +21,22 @@ struct HotKey {
     std::uint32_t number = 0;
 
     bool operator==(const HotKey&) const = default;
+};
+
+// Whether presses of the registered hot key arrive.
+struct HotKeyState {
+    enum class Holder {
+        us,
+        another,  // another program has the key
+        nobody,   // this desktop assigns no key to this program
+    };
+
+    Holder holder = Holder::us;
+    // The name of the combination that the desktop has assigned, in the desktop's own words. Empty if the desktop does
+    // not tell; it is the registered combination then.
+    std::string combination;
+
+    bool operator==(const HotKeyState&) const = default;
 };
 
 // The registration of hot keys that work whichever window has the keyboard focus.
@@ -42,6 +59,12 @@ class HotKeyService {
     // Registers the hot key. From then on its presses reach only the handlers. Returns null on failure. The desktop may
     // also refuse the hot key after this function has returned. The hot key then does not work.
     virtual std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) = 0;
+
+    // The state of the hot key that was registered last. Until the desktop has answered, it is assumed to be ours. A
+    // service that cannot tell always answers so.
+    virtual HotKeyState state() const { return {}; }
+    // Called on the main thread after state() has changed.
+    std::function<void()> onStateChange;
 };
 
 }  // namespace kovra

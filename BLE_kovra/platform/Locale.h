@@ -6,6 +6,9 @@
 
 namespace kovra {
 
+// Which system the program's texts describe. Most texts are the same on every system.
+enum class Wording { macOS, linuxDesktop };
+
 // The user's languages and collation order.
 class Locale {
   public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "BLE_kovra/platform/Locale.h"
+
 namespace kovra {
 
 class AlertPresenter;
@@ -8,7 +10,6 @@ class Bundle;
 class FileSystem;
 class HIDService;
 class HotKeyService;
-class Locale;
 class LoginService;
 class MainQueue;
 class PreferencesStore;
@@ -36,6 +37,7 @@ struct Platform {
     ProcessRunner& processes;
     Workspace& workspace;
     Bundle& bundle;
+    Wording wording = Wording::macOS;
 
     // install() sets the services of this process, and current() returns them. install() keeps a reference, so
     // `platform` and its services must outlive their users. current() aborts unless install() was called before.

@@ -10,11 +10,13 @@ GlobalHotkey& GlobalHotkey::shared() {
 }
 
 void GlobalHotkey::registerHotKey() {
+    service_.onStateChange = onStateChange;
     handlerRef_ = service_.installHandler([this] { return pressed(); });
     hotKeyRef_ = service_.registerHotKey(hotKey);
 }
 
 void GlobalHotkey::unregister() {
+    service_.onStateChange = nullptr;
     hotKeyRef_.reset();
     handlerRef_.reset();
 }

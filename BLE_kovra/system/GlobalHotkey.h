@@ -7,7 +7,8 @@
 
 namespace kovra {
 
-// The global hot key Ctrl+Opt+T. If another program has grabbed the key, no press is reported, and no error.
+// The global hot key Ctrl+Opt+T. If another program has grabbed the key, no press is reported. state() says so where
+// the desktop tells.
 class GlobalHotkey {
   public:
     static constexpr HotKey hotKey{.keyCode = HotKey::ansiT,
@@ -23,11 +24,15 @@ class GlobalHotkey {
     // Called for each press, inside the callback for the desktop's event. If it is empty, presses have no effect. It
     // may be replaced at any time.
     std::function<void()> onTrigger;
+    // Called after state() has changed. Set it before registerHotKey().
+    std::function<void()> onStateChange;
 
     // Installs the handler, then registers the hot key. Call it once.
     void registerHotKey();
     // Unregisters the hot key, then removes the handler, if the desktop granted them.
     void unregister();
+
+    HotKeyState state() const { return service_.state(); }
 
   private:
     int pressed() const;

@@ -75,6 +75,36 @@ TEST(AppDelegateStatusItemTest, HasTheWholeMenuFromTheStart) {
     EXPECT_EQ(dump(*rig.statusBar.menu), dump(makeStatusMenu(rig.texts, {}, on, off)));
 }
 
+TEST(AppDelegateStatusItemTest, FollowsFromTheQueueWhatTheDesktopSaysAboutTheHotKey) {
+    LaunchedMenuRig rig;
+    rig.preferences.saves.clear();
+    rig.state.isEnabled.set(false);
+    rig.queue.run();
+    rig.hotKeys.change({HotKeyState::Holder::us, "Meta+M"});
+    EXPECT_EQ(rig.statusBar.menu->items[1].title, "Shortcut: Ctrl+Opt+T");
+    rig.queue.run();
+    EXPECT_EQ(rig.statusBar.menu->items[1].title, rig.texts.text("menu.hotkeyHint.assigned") + "Meta+M");
+    EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), off);
+}
+
+TEST(AppDelegateStatusItemTest, ShowsWhatTheDesktopHasSaidDuringTheRegistration) {
+    Computer computer;
+    computer.hotKeys.stateWhenRegistered = {HotKeyState::Holder::another, ""};
+    AppRig rig(computer);
+    rig.launch();
+    computer.queue.run();
+    EXPECT_EQ(computer.statusBar.menu->items[1].title, rig.texts.text("menu.hotkeyHint.taken"));
+}
+
+TEST(AppDelegateStatusItemTest, KeepsItsMenuWhenTheDesktopSaysSomethingAfterTheEnd) {
+    LaunchedMenuRig rig;
+    rig.delegate->applicationWillTerminate();
+    rig.statusBar.calls.clear();
+    rig.hotKeys.change({HotKeyState::Holder::nobody, ""});
+    rig.queue.run();
+    EXPECT_TRUE(rig.statusBar.calls.empty());
+}
+
 TEST(AppDelegateStatusItemTest, ShowsTheSavedSwitch) {
     Computer computer;
     computer.preferences.stored.emplace("isEnabled", false);

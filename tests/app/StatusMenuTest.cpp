@@ -110,6 +110,22 @@ TEST(StatusMenuTest, EachItemPerformsItsOwnAction) {
     EXPECT_EQ(performed, named);
 }
 
+std::string hint(const std::string& language, const HotKeyState& hotKey) {
+    const Menu menu = makeStatusMenu(L10n({language}, Wording::linuxDesktop), {}, on, off, hotKey);
+    EXPECT_FALSE(menu.items[1].isEnabled);
+    return menu.items[1].title;
+}
+
+TEST(StatusMenuTest, SaysWhichKeyItIsOrWhyThereIsNone) {
+    using enum HotKeyState::Holder;
+    EXPECT_EQ(hint("en", {}), "Shortcut: Ctrl+Alt+T");
+    EXPECT_EQ(hint("de", {}), "Tastenkürzel: Strg+Alt+T");
+    EXPECT_EQ(hint("en", {us, "Meta+M"}), "Shortcut: Meta+M");
+    EXPECT_EQ(hint("fr", {us, "Meta+M"}), "Raccourci : Meta+M");
+    EXPECT_EQ(hint("en", {another, ""}), "Ctrl+Alt+T is used by another program");
+    EXPECT_EQ(hint("en", {nobody, ""}), "No shortcut: assign a key to “ble-kovractl toggle”");
+}
+
 TEST(StatusMenuTest, FindsItemsByTag) {
     Menu menu = makeStatusMenu(L10n({"en"}), {}, on, off);
     EXPECT_EQ(menu.itemWithTag(StatusMenuTag::launchAtLogin), &menu.items[3]);

@@ -23,12 +23,21 @@ class FakeHotKeys : public HotKeyService {
     }
     std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
         calls.emplace_back("register");
+        if (stateWhenRegistered) change(*stateWhenRegistered);
         if (refuses || takenByAnother) return nullptr;
         registered.push_back(hotKey);
         return std::make_unique<Held>([this] {
             calls.emplace_back("unregister");
             registered.pop_back();
         });
+    }
+
+    HotKeyState state() const override { return state_; }
+
+    // The desktop reports another state.
+    void change(const HotKeyState& state) {
+        state_ = state;
+        if (onStateChange) onStateChange();
     }
 
     // Presses Control, Option and T. Returns the answer of the last handler; nothing if there is no handler. It also
@@ -42,11 +51,14 @@ class FakeHotKeys : public HotKeyService {
 
     bool refuses = false;
     bool takenByAnother = false;
+    std::optional<HotKeyState> stateWhenRegistered;
     std::vector<Handler> handlers;
     std::vector<HotKey> registered;
     std::vector<std::string> calls;
 
   private:
+    HotKeyState state_;
+
     class Held : public Reference {
       public:
         explicit Held(std::function<void()> release) : release_(std::move(release)) {}

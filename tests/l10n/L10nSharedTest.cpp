@@ -54,8 +54,9 @@ TEST(L10nSharedTest, IsCreatedOnceAtFirstUseAndKeepsItsLanguage) {
     FakeProcesses processes;
     FakeWorkspace workspace;
     FakeBundle bundle;
-    const Platform platform{application, queue, hid,     preferences, files,     log,       locale, statusBar,
-                            hotKeys,     login, windows, alerts,      processes, workspace, bundle};
+    const Platform platform{
+        application, queue, hid,     preferences, files,     log,       locale, statusBar,
+        hotKeys,     login, windows, alerts,      processes, workspace, bundle, Wording::linuxDesktop};
     Platform::install(platform);
     EXPECT_EQ(locale.reads, 0);
 
@@ -80,6 +81,7 @@ TEST(L10nSharedTest, IsCreatedOnceAtFirstUseAndKeepsItsLanguage) {
     locale.languages = {};
     EXPECT_EQ(L10n::s("menu.quit"), "Beenden");
     EXPECT_EQ(L10n::s("menu.none"), "menu.none");
+    EXPECT_EQ(L10n::s("menu.hotkeyHint"), "Tastenkürzel: Strg+Alt+T");  // the wording of the platform
     EXPECT_EQ(locale.reads, 1);
     EXPECT_EQ(&L10n::shared(), &L10n::shared());
     EXPECT_TRUE(log.lines.empty());

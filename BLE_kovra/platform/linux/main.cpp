@@ -125,8 +125,9 @@ void runApplication() {
         if (std::holds_alternative<kovra::QuitWanted>(message)) application.terminate();
     });
     kovra::BuildBundle bundle;
-    const kovra::Platform platform{application, loop,  hid,     preferences, files,     log,       locale, statusBar,
-                                   hotKeys,     login, windows, alerts,      processes, workspace, bundle};
+    const kovra::Platform platform{
+        application, loop,  hid,     preferences, files,     log,       locale, statusBar,
+        hotKeys,     login, windows, alerts,      processes, workspace, bundle, kovra::Wording::linuxDesktop};
     kovra::BLE_kovraApp::main(platform);
 }
 

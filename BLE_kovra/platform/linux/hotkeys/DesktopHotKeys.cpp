@@ -2,6 +2,7 @@
 
 #include <linux/input-event-codes.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -33,16 +34,23 @@ std::string identifier(const HotKey& hotKey) {
 }  // namespace
 
 DesktopHotKeys DesktopHotKeys::onX(XConnection& connection) {
-    return DesktopHotKeys([&connection](const HotKey&, std::function<void()> pressed) {
-        return std::make_unique<XKeyGrab>(connection, firstKeycode + KEY_T, std::move(pressed));
+    return DesktopHotKeys([&connection](const HotKey&, Reports reports) {
+        const auto granted = [changed = std::move(reports.changed)](bool isGranted) {
+            changed({isGranted ? HotKeyState::Holder::us : HotKeyState::Holder::another, ""});
+        };
+        return std::make_unique<XKeyGrab>(connection, firstKeycode + KEY_T, std::move(reports.pressed), granted);
     });
 }
 
 // The key is named by its letter, since portals cannot identify a key by its position.
 DesktopHotKeys DesktopHotKeys::onPortal(SessionBus& bus) {
-    return DesktopHotKeys([&bus](const HotKey& hotKey, std::function<void()> pressed) {
+    return DesktopHotKeys([&bus](const HotKey& hotKey, Reports reports) {
         PortalShortcut::Description key{.id = identifier(hotKey), .text = "BLE-kovra", .trigger = "CTRL+ALT+t"};
-        return std::make_unique<PortalShortcut>(bus, std::move(key), std::move(pressed));
+        const auto assigned = [changed = std::move(reports.changed)](const std::optional<std::string>& combination) {
+            const auto holder = combination ? HotKeyState::Holder::us : HotKeyState::Holder::nobody;
+            changed({holder, combination.value_or("")});
+        };
+        return std::make_unique<PortalShortcut>(bus, std::move(key), std::move(reports.pressed), assigned);
     });
 }
 
@@ -59,8 +67,18 @@ std::unique_ptr<HotKeyService::Reference> DesktopHotKeys::installHandler(Handler
 
 std::unique_ptr<HotKeyService::Reference> DesktopHotKeys::registerHotKey(const HotKey& hotKey) {
     constexpr auto modifiers = HotKey::controlKey | HotKey::optionKey;
-    if (!grab_ || hotKey.keyCode != HotKey::ansiT || hotKey.modifiers != modifiers) return nullptr;
-    return grab_(hotKey, [this] { handlers_.call(); });
+    if (!grab_ || hotKey.keyCode != HotKey::ansiT || hotKey.modifiers != modifiers) {
+        setState({HotKeyState::Holder::nobody, ""});
+        return nullptr;
+    }
+    return grab_(hotKey, {.pressed = [this] { handlers_.call(); },
+                          .changed = [this](HotKeyState state) { setState(std::move(state)); }});
+}
+
+void DesktopHotKeys::setState(HotKeyState state) {
+    if (state == state_) return;
+    state_ = std::move(state);
+    if (const auto changed = onStateChange) changed();
 }
 
 }  // namespace kovra

@@ -25,13 +25,22 @@ class DesktopHotKeys : public HotKeyService {
 
     std::unique_ptr<Reference> installHandler(Handler handler) override;
     std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override;
+    HotKeyState state() const override { return state_; }
 
   private:
+    // What a grab reports, from the queue.
+    struct Reports {
+        std::function<void()> pressed;
+        std::function<void(HotKeyState)> changed;
+    };
     // A function that grabs the key for as long as the reference lives. It is null if there are no hot keys.
-    using Grab = std::function<std::unique_ptr<Reference>(const HotKey& hotKey, std::function<void()> pressed)>;
+    using Grab = std::function<std::unique_ptr<Reference>(const HotKey& hotKey, Reports reports)>;
     explicit DesktopHotKeys(Grab grab) : grab_(std::move(grab)) {}
 
+    void setState(HotKeyState state);
+
     const Grab grab_;
+    HotKeyState state_;
     Listeners<> handlers_;
 };
 

@@ -27,33 +27,54 @@ bool isGranted(sd_bus_message* response) {
     return sd_bus_message_read(response, "u", &code) > 0 && code == 0;
 }
 
-// Reads the next value of the message, a variant that contains an a(sa{sv}). Sets `isFound` if the array has an element
-// with this id.
-int findShortcut(sd_bus_message* message, std::string_view id, bool& isFound) {
-    int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, "a(sa{sv})");
-    if (result > 0) result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(sa{sv})");
+struct Listing {
+    bool isListed = false;
+    PortalShortcut::Assignment assignment;
+};
+
+// Reads the next value of the message, an a(sa{sv}), and sets `listing` to what it says about the shortcut with this
+// id. Returns a negative error number if the message has a different signature.
+int readListing(sd_bus_message* message, std::string_view id, Listing& listing) {
+    int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(sa{sv})");
     while (result > 0 && (result = sd_bus_message_enter_container(message, SD_BUS_TYPE_STRUCT, "sa{sv}")) > 0) {
         const char* listed = nullptr;
         result = sd_bus_message_read(message, "s", &listed);
-        isFound = isFound || (result > 0 && listed == id);
-        if (result > 0) result = sd_bus_message_skip(message, "a{sv}");
+        if (result > 0 && listed == id) {
+            const char* combination = nullptr;
+            result = forEachEntry(message, "{sv}", [&](std::string_view key) {
+                return key == "trigger_description" ? sd_bus_message_read(message, "v", "s", &combination) : 0;
+            });
+            const bool isUnassigned = combination != nullptr && *combination == '\0';
+            listing.isListed = result > 0;
+            if (result > 0 && !isUnassigned) listing.assignment = combination == nullptr ? "" : combination;
+        } else if (result > 0) {
+            result = sd_bus_message_skip(message, "a{sv}");
+        }
         if (result >= 0) result = sd_bus_message_exit_container(message);
     }
-    return isFound ? -ECANCELED : result;  // an error stops the reading
+    return result < 0 ? result : sd_bus_message_exit_container(message);
 }
 
-bool listsShortcut(sd_bus_message* response, std::string_view id) {
-    bool isFound = false;
-    forEachEntry(response, "{sv}",
-                 [&](std::string_view key) { return key == "shortcuts" ? findShortcut(response, id, isFound) : 0; });
-    return isFound;
+// Reads the results of a response, an a{sv}.
+Listing readResults(sd_bus_message* response, std::string_view id) {
+    Listing listing;
+    forEachEntry(response, "{sv}", [&](std::string_view key) {
+        if (key != "shortcuts") return 0;
+        int result = sd_bus_message_enter_container(response, SD_BUS_TYPE_VARIANT, "a(sa{sv})");
+        if (result > 0) result = readListing(response, id, listing);
+        if (result >= 0) result = sd_bus_message_exit_container(response);
+        return result < 0 ? result : 1;
+    });
+    return listing;
 }
 
 }  // namespace
 
-PortalShortcut::PortalShortcut(SessionBus& bus, Description description, std::function<void()> pressed)
+PortalShortcut::PortalShortcut(SessionBus& bus, Description description, std::function<void()> pressed,
+                               std::function<void(const Assignment&)> assigned)
     : description_(std::move(description)),
       pressed_(std::move(pressed)),
+      assigned_(std::move(assigned)),
       listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
 
 PortalShortcut::~PortalShortcut() {
@@ -65,7 +86,7 @@ void PortalShortcut::busChanged(BusConnection* bus) {
     bus_ = bus;
     if (bus == nullptr) {
         owner_.reset();
-        reset();
+        refuse();
         return;
     }
     owner_ =
@@ -93,11 +114,12 @@ void PortalShortcut::createSession() {
 // The portal passes the session handle as a string, although it is an object path.
 void PortalShortcut::sessionCreated(sd_bus_message* response) {
     session_ = isGranted(response) ? readText(response, "session_handle").value_or("") : "";
-    if (sd_bus_object_path_is_valid(session_.c_str()) <= 0) return reset();
+    if (sd_bus_object_path_is_valid(session_.c_str()) <= 0) return refuse();
     activated_ = subscribe(portalPath, globalShortcuts, "Activated", &PortalShortcut::activated);
     deactivated_ = subscribe(portalPath, globalShortcuts, "Deactivated", &PortalShortcut::deactivated);
+    changed_ = subscribe(portalPath, globalShortcuts, "ShortcutsChanged", &PortalShortcut::shortcutsChanged);
     closed_ = bus_->receive({portal, session_, "org.freedesktop.portal.Session", "Closed"},
-                            [this](sd_bus_message*) { reset(); });
+                            [this](sd_bus_message*) { refuse(); });
     listShortcuts();
 }
 
@@ -110,7 +132,10 @@ void PortalShortcut::listShortcuts() {
 
 void PortalShortcut::shortcutsListed(sd_bus_message* response) {
     // The shortcut is bound only if the desktop does not list it: some desktops show a dialog for each binding.
-    if (!isGranted(response) || !listsShortcut(response, description_.id)) bindShortcut();
+    const Listing found = isGranted(response) ? readResults(response, description_.id) : Listing{};
+    if (!found.isListed) return bindShortcut();
+    response_.reset();
+    assigned_(found.assignment);
 }
 
 void PortalShortcut::bindShortcut() {
@@ -125,7 +150,17 @@ void PortalShortcut::bindShortcut() {
     });
 }
 
-void PortalShortcut::shortcutBound(sd_bus_message*) { response_.reset(); }
+void PortalShortcut::shortcutBound(sd_bus_message* response) {
+    response_.reset();
+    assigned_(isGranted(response) ? readResults(response, description_.id).assignment : std::nullopt);
+}
+
+void PortalShortcut::shortcutsChanged(sd_bus_message* message) {
+    const char* session = nullptr;
+    if (sd_bus_message_read(message, "o", &session) <= 0 || session != session_) return;
+    Listing listing;
+    if (readListing(message, description_.id, listing) >= 0) assigned_(listing.assignment);
+}
 
 void PortalShortcut::activated(sd_bus_message* message) {
     if (!isOurs(message)) return;
@@ -147,16 +182,21 @@ bool PortalShortcut::isOurs(sd_bus_message* message) const {
 }
 
 void PortalShortcut::ownerChanged(std::string_view before, std::string_view now) {
-    if (!before.empty()) reset();
+    if (!before.empty()) refuse();
     // If the bus started the portal because of the request, do not repeat the request.
     if (!now.empty() && !isRequested_) registerApplication();
+}
+
+void PortalShortcut::refuse() {
+    reset();
+    assigned_(std::nullopt);
 }
 
 void PortalShortcut::reset() {
     isRequested_ = false;
     session_.clear();
     activeSince_.reset();
-    for (BusToken* token : {&reply_, &response_, &activated_, &deactivated_, &closed_}) token->reset();
+    for (BusToken* token : {&reply_, &response_, &activated_, &deactivated_, &changed_, &closed_}) token->reset();
 }
 
 std::string PortalShortcut::newRequest(Step next) {
@@ -178,9 +218,9 @@ BusToken PortalShortcut::subscribe(const std::string& path, const char* interfac
 
 void PortalShortcut::call(const char* method, const BusConnection::Write& write) {
     reply_ = bus_->call({portal, portalPath, globalShortcuts, method, true}, write, [this](sd_bus_message* answer) {
-        if (sd_bus_message_is_method_error(answer, nullptr) > 0) reset();
+        if (sd_bus_message_is_method_error(answer, nullptr) > 0) refuse();
     });
-    if (!reply_) reset();
+    if (!reply_) refuse();
 }
 
 }  // namespace kovra

@@ -11,8 +11,7 @@
 namespace kovra {
 
 // A key combination that is requested from the desktop's portal (org.freedesktop.portal.GlobalShortcuts), for as long
-// as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts; none of this
-// is reported.
+// as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts.
 //
 // No function waits for a reply. The combination is requested once, and again only after the portal or the bus has
 // restarted. Until then a refusal is final, and a session that the portal has closed stays closed.
@@ -25,7 +24,13 @@ class PortalShortcut : public HotKeyService::Reference {
         std::string trigger;  // in freedesktop.org's notation, such as CTRL+ALT+t
     };
 
-    PortalShortcut(SessionBus& bus, Description description, std::function<void()> pressed);
+    // The combination that the desktop has assigned, in its own words; empty if it does not tell. Nothing if it assigns
+    // none.
+    using Assignment = std::optional<std::string>;
+
+    // `assigned` is called when the portal has answered, and when the user has changed the combination since.
+    PortalShortcut(SessionBus& bus, Description description, std::function<void()> pressed,
+                   std::function<void(const Assignment&)> assigned);
     ~PortalShortcut() override;
     PortalShortcut(const PortalShortcut&) = delete;
     PortalShortcut& operator=(const PortalShortcut&) = delete;
@@ -44,10 +49,12 @@ class PortalShortcut : public HotKeyService::Reference {
     void sessionCreated(sd_bus_message* response);
     void shortcutsListed(sd_bus_message* response);
     void shortcutBound(sd_bus_message* response);
+    void shortcutsChanged(sd_bus_message* message);
     void activated(sd_bus_message* message);
     void deactivated(sd_bus_message* message);
 
     bool isOurs(sd_bus_message* message) const;
+    void refuse();
     void reset();
 
     // Returns the name of a new request. The portal's response to that request starts the step `next`.
@@ -57,6 +64,7 @@ class PortalShortcut : public HotKeyService::Reference {
 
     const Description description_;
     const std::function<void()> pressed_;
+    const std::function<void(const Assignment&)> assigned_;
     BusConnection* bus_ = nullptr;
     bool isRequested_ = false;  // the request was started after the last reset()
     int requests_ = 0;
@@ -68,6 +76,7 @@ class PortalShortcut : public HotKeyService::Reference {
     BusToken response_;
     BusToken activated_;
     BusToken deactivated_;
+    BusToken changed_;
     BusToken closed_;
     BusToken listening_;
 };

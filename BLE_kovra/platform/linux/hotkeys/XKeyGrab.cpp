@@ -1,16 +1,19 @@
 #include "BLE_kovra/platform/linux/hotkeys/XKeyGrab.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "BLE_kovra/platform/linux/loop/Handles.h"
 
 namespace kovra {
 
-XKeyGrab::XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed)
+XKeyGrab::XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed,
+                   std::function<void(bool)> granted)
     : connection_(connection),
       keyboard_(connection.get()),
       key_(key),
       pressed_(std::move(pressed)),
+      granted_(std::move(granted)),
       listening_(connection.listen([this](const xcb_generic_event_t& event) { receive(event); })) {
     query();
 }
@@ -34,11 +37,18 @@ void XKeyGrab::receive(const xcb_generic_event_t& event) {
     if (kind == XCB_KEY_PRESS && event.pad0 == key_ && !std::exchange(isDown_, true)) {
         const auto pressed = pressed_;  // the function may destroy this object
         pressed();
-    } else if (keyboard_.isMapChange(event)) {
+    } else if (keyboard_.isMapChange(event) || (managers_ && isAnnouncement(event))) {
         // A new map causes many events; one query at a time is enough.
         isMapStale_ = true;
         if (!modifiers_) query();
     }
+}
+
+bool XKeyGrab::isAnnouncement(const xcb_generic_event_t& event) const {
+    if (XConnection::kindOf(event) != XCB_CLIENT_MESSAGE) return false;
+    const auto& roots = connection_.roots();
+    const xcb_window_t window = reinterpret_cast<const xcb_client_message_event_t&>(event).window;
+    return std::find(roots.begin(), roots.end(), window) != roots.end();
 }
 
 void XKeyGrab::query() {
@@ -79,11 +89,15 @@ void XKeyGrab::checkGrabs() {
         if (const Allocated<xcb_generic_error_t> error{xcb_request_check(connection_.get(), request)})
             isGranted = false;
     }
-    wasEverGranted_ = wasEverGranted_ || isGranted;
-    if (isGranted) return;
-    release();
-    if (!wasEverGranted_) listening_.reset();
+    if (isGranted) {
+        managers_.reset();
+    } else {
+        release();
+        managers_ = connection_.receiveAnnouncements();
+    }
     connection_.flush();
+    const auto granted = granted_;  // the function may destroy this object
+    granted(isGranted);
 }
 
 void XKeyGrab::release() {

@@ -21,11 +21,13 @@ namespace kovra {
 // another modifier bit, the key is grabbed again with the new bits.
 //
 // The key is grabbed after the server has reported its keyboard map. If another program has grabbed the key with any
-// combination of lock keys, this object releases it without an error. If this happens at the first attempt, the object
-// does not try again. Otherwise it tries again when the keyboard map changes.
+// combination of lock keys, this object releases it. It tries again when the keyboard map changes, and when a window
+// manager or another manager of the desktop starts.
 class XKeyGrab : public HotKeyService::Reference {
   public:
-    XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed);
+    // `granted` is called after each attempt, with its result.
+    XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed,
+             std::function<void(bool)> granted);
     ~XKeyGrab() override;
     XKeyGrab(const XKeyGrab&) = delete;
     XKeyGrab& operator=(const XKeyGrab&) = delete;
@@ -35,6 +37,7 @@ class XKeyGrab : public HotKeyService::Reference {
 
     static States statesFor(const XModifiers& modifiers);
     void receive(const xcb_generic_event_t& event);
+    bool isAnnouncement(const xcb_generic_event_t& event) const;
     void query();
     void mapReceived();
     void grab(States states);
@@ -45,6 +48,7 @@ class XKeyGrab : public HotKeyService::Reference {
     XKeyboardExtension keyboard_;
     const xcb_keycode_t key_;
     const std::function<void()> pressed_;
+    const std::function<void(bool)> granted_;
 
     // The pending queries.
     std::optional<XModifierQuery> modifiers_;
@@ -55,7 +59,7 @@ class XKeyGrab : public HotKeyService::Reference {
     States grabbed_;
     std::vector<xcb_void_cookie_t> grabs_;  // requests whose result is not known yet
     XConnection::Token whenGranted_;
-    bool wasEverGranted_ = false;
+    XConnection::Token managers_;  // held while another program has the key
 
     bool isDown_ = false;
     XConnection::Events::Token listening_;

@@ -40,7 +40,7 @@ XEmbedTrayWatch::XEmbedTrayWatch(XConnection& x, std::function<void(bool)> chang
     listening_ = x_.listen([this](const xcb_generic_event_t& event) { receive(event); });
     const auto selection = requestAtom(x_.get(), "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber(x_)));
     const auto announcement = requestAtom(x_.get(), "MANAGER");
-    select(x_, x_.roots().front(), XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    announcements_ = x_.receiveAnnouncements();
     pendingReply_ = x_.whenServed([this, selection, announcement] {
         pendingReply_.reset();
         selection_ = atom(x_.get(), selection);
@@ -50,7 +50,6 @@ XEmbedTrayWatch::XEmbedTrayWatch(XConnection& x, std::function<void(bool)> chang
 }
 
 XEmbedTrayWatch::~XEmbedTrayWatch() {
-    select(x_, x_.roots().front(), XCB_EVENT_MASK_NO_EVENT);
     if (candidate_ != XCB_NONE) select(x_, candidate_, XCB_EVENT_MASK_NO_EVENT);
     x_.flush();
 }

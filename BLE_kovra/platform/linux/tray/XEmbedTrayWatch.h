@@ -33,6 +33,7 @@ class XEmbedTrayWatch {
     xcb_window_t owner_ = XCB_NONE;
     xcb_window_t candidate_ = XCB_NONE;  // the owner according to the last reply
     xcb_get_selection_owner_cookie_t ownerRequest_{};
+    XConnection::Token announcements_;
     XConnection::Token pendingReply_;
     XConnection::Events::Token listening_;
 };

@@ -59,6 +59,20 @@ XConnection::Token XConnection::whenServed(std::function<void()> then) {
     return held;
 }
 
+XConnection::Token XConnection::receiveAnnouncements() {
+    if (Token held = announcements_.lock()) return held;
+    selectOnRoots(XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    Token token(this, [this](const void*) { selectOnRoots(XCB_EVENT_MASK_NO_EVENT); });
+    announcements_ = token;
+    return token;
+}
+
+void XConnection::selectOnRoots(std::uint32_t events) {
+    for (const xcb_window_t root : roots_)
+        xcb_change_window_attributes(connection_.get(), root, XCB_CW_EVENT_MASK, &events);
+    flush();
+}
+
 void XConnection::callPending() {
     while (!pending_.empty()) {
         void* reply = nullptr;

@@ -18,9 +18,9 @@ namespace kovra {
 
 // The resident program's one connection to the X server, driven by the event loop.
 //
-// Events are delivered from the queue to all listeners. The connection selects no events itself: listeners select what
-// they need, and as little as possible, since each event wakes the program. Errors of unchecked requests are dropped.
-// Call flush() after making requests.
+// Events are delivered from the queue to all listeners. The connection selects none but announcements itself: listeners
+// select what they need, and as little as possible, since each event wakes the program. Errors of unchecked requests
+// are dropped. Call flush() after making requests.
 //
 // Only open() waits for a reply. A server that hangs, or that another program has grabbed, must not delay muting, the
 // menu or the exit. Therefore replies and errors are read in the callback of whenServed().
@@ -52,6 +52,11 @@ class XConnection {
     // Receives every event for as long as the token lives.
     [[nodiscard]] Events::Token listen(Events::Listener listener) { return events_.add(std::move(listener)); }
 
+    // Selects, on the root windows, the messages by which managers such as a window manager or a tray announce
+    // themselves. They arrive as client messages to a root window for as long as any of these tokens lives. The
+    // connection must outlive the tokens.
+    [[nodiscard]] Token receiveAnnouncements();
+
     // Returns the type of the event, without the flag that marks an event sent by another client.
     static std::uint8_t kindOf(const xcb_generic_event_t& event) { return event.response_type & 0x7F; }
 
@@ -60,6 +65,7 @@ class XConnection {
 
     XConnection(SdEventLoop& loop, Connection connection, int screen, std::function<void()> lost);
 
+    void selectOnRoots(std::uint32_t events);
     void dispatch();
     void callPending();
 
@@ -68,6 +74,7 @@ class XConnection {
     Connection connection_;
     std::vector<xcb_window_t> roots_;
     Events events_;
+    std::weak_ptr<const void> announcements_;
     struct PendingCallback {
         unsigned int sequence;
         std::weak_ptr<const std::function<void()>> then;

@@ -35,7 +35,11 @@ TEST(DesktopHotKeysTest, AreRefusedWithoutAnXServerOrWayland) {
     for (const Desktop desktop : {Desktop::none, Desktop::x11}) {
         auto hotKeys = DesktopHotKeys::on(desktop, nullptr, session.bus);
         EXPECT_EQ(hotKeys.installHandler([] { return 0; }), nullptr);
+        int told = 0;
+        hotKeys.onStateChange = [&] { ++told; };
         EXPECT_EQ(hotKeys.registerHotKey(controlOptionT), nullptr);
+        EXPECT_EQ(hotKeys.state().holder, HotKeyState::Holder::nobody);
+        EXPECT_EQ(told, 1);
     }
     session.settle();
     EXPECT_TRUE(session.portal.calls.empty());

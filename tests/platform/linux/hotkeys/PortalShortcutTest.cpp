@@ -24,6 +24,9 @@ constexpr HotKey testHotKey{.keyCode = HotKey::ansiT,
                             .signature = 0x54455354,  // "TEST" in ASCII
                             .number = 1};
 
+const HotKeyState nobodys{HotKeyState::Holder::nobody, ""};
+HotKeyState ours(const std::string& combination) { return {HotKeyState::Holder::us, combination}; }
+
 struct ShortcutRig : PortalRig {
     int pressed = 0;
     std::unique_ptr<HotKeyService::Reference> handler = hotKeys.installHandler([this] { return ++pressed, 0; });
@@ -48,6 +51,73 @@ TEST(PortalShortcutTest, RegistersTheApplicationAndBindsANewShortcut) {
     EXPECT_EQ(rig.portal.calls, everything);
     EXPECT_EQ(rig.press(), 1);
     EXPECT_EQ(rig.press(), 1);
+}
+
+TEST(PortalShortcutTest, TellsTheCombinationThatTheDesktopHasAssigned) {
+    for (const std::vector<std::string>& remembered : {std::vector<std::string>{}, {"TEST-1"}}) {
+        ShortcutRig rig;
+        rig.portal.remembered = remembered;
+        rig.portal.trigger = "Meta+M";
+        rig.registerHotKey();
+        EXPECT_EQ(rig.hotKeys.state(), ours("Meta+M"));
+    }
+}
+
+TEST(PortalShortcutTest, TellsEachChangeOfTheCombination) {
+    ShortcutRig rig;
+    std::vector<HotKeyState> told;
+    rig.hotKeys.onStateChange = [&] { told.push_back(rig.hotKeys.state()); };
+    rig.registerHotKey();
+    rig.portal.assign("Meta+M", rig.portal.session);
+    rig.settle();
+    rig.portal.assign("Meta+N", "/org/freedesktop/portal/desktop/session/another");
+    rig.settle();
+    rig.portal.assign("", rig.portal.session);
+    rig.settle();
+    EXPECT_EQ(told, (std::vector{ours("Ctrl+Alt+T"), ours("Meta+M"), nobodys}));
+}
+
+TEST(PortalShortcutTest, DoesNotBindAShortcutFromWhichTheUserHasTakenTheKey) {
+    ShortcutRig rig;
+    rig.portal.remembered = {"TEST-1"};
+    rig.portal.trigger = "";
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession", "ListShortcuts"}));
+    EXPECT_EQ(rig.hotKeys.state(), nobodys);
+}
+
+TEST(PortalShortcutTest, TellsThatThereIsNoKeyWithoutAPortalOrAfterARefusal) {
+    ShortcutRig none;
+    none.portal.stop();
+    none.registerHotKey();
+    EXPECT_EQ(none.hotKeys.state(), nobodys);
+    for (const char* method : {"CreateSession", "BindShortcuts"}) {
+        ShortcutRig refused;
+        refused.portal.codes[method] = 1;
+        refused.registerHotKey();
+        EXPECT_EQ(refused.hotKeys.state(), nobodys) << method;
+        ShortcutRig failed;
+        failed.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
+        failed.registerHotKey();
+        EXPECT_EQ(failed.hotKeys.state(), nobodys) << method;
+    }
+    ShortcutRig taken;
+    taken.portal.isTakenByAnother = true;
+    taken.registerHotKey();
+    EXPECT_EQ(taken.hotKeys.state(), nobodys);
+}
+
+TEST(PortalShortcutTest, TellsThatThereIsNoKeyWhileThePortalIsAway) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    rig.portal.closeSession();
+    rig.settle();
+    EXPECT_EQ(rig.hotKeys.state(), nobodys);
+    rig.portal.stop();
+    rig.settle();
+    rig.portal.start();
+    rig.settle();
+    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
 }
 
 TEST(PortalShortcutTest, DoesNotBindAShortcutThatTheDesktopRemembers) {

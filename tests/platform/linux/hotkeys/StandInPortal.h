@@ -59,6 +59,14 @@ class StandInPortal {
         session = "";
         bound.clear();
     }
+    // The user assigns another combination, or none if the text is empty.
+    void assign(const std::string& combination, const std::string& ofSession) {
+        trigger = combination;
+        EXPECT_GE(sd_bus_emit_signal(bus_.get(), desktopPath, shortcutsInterface, "ShortcutsChanged", "oa(sa{sv})",
+                                     ofSession.c_str(), 2, "other", 0, "TEST-1", 1, "trigger_description", "s",
+                                     trigger.c_str()),
+                  0);
+    }
     void emit(const char* interface, const char* signal) {
         EXPECT_GE(sd_bus_emit_signal(bus_.get(), desktopPath, interface, signal, "u", 7U), 0);
     }
@@ -72,6 +80,7 @@ class StandInPortal {
     std::vector<std::string> remembered;          // shortcuts of this program that the user accepted earlier
     bool knowsRegistry = true;                    // whether it has the interface Registry, as later versions do
     bool answersBeforeItReplies = false;          // the response to a request precedes the reply to its call
+    std::string trigger = "Ctrl+Alt+T";           // what it calls the assigned combination
     bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
     std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0
     std::map<std::string, std::string> errors;    // the error of a method, if it has one
@@ -212,7 +221,7 @@ class StandInPortal {
         const char* types = "a(sa{sv})";
         if (bound.empty()) return send("ua{sv}", code, 1, "shortcuts", types, 0);
         send("ua{sv}", code, 2, "later", "as", 1, "thing", "shortcuts", types, 2, "other", 0, bound[0].c_str(), 1,
-             "trigger_description", "s", "Ctrl+Alt+T");
+             "trigger_description", "s", trigger.c_str());
     }
 
     SdEventLoop& loop_;

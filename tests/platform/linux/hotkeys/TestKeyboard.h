@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/loop/Handles.h"
@@ -109,6 +110,22 @@ class TestKeyboard {
     }
     void ungrabT() {
         xcb_ungrab_key(connection_.get(), key::t, root_, XCB_MOD_MASK_ANY);
+        waitForServer();
+    }
+
+    // Announces a new window manager, as the convention for selections of managers says.
+    void announceManager() {
+        constexpr std::string_view name = "MANAGER";
+        const Allocated<xcb_intern_atom_reply_t> atom{xcb_intern_atom_reply(
+            connection_.get(), xcb_intern_atom(connection_.get(), 0, name.size(), name.data()), nullptr)};
+        ASSERT_TRUE(atom);
+        xcb_client_message_event_t event{};
+        event.response_type = XCB_CLIENT_MESSAGE;
+        event.format = 32;
+        event.window = root_;
+        event.type = atom->atom;
+        xcb_send_event(connection_.get(), 0, root_, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&event));
         waitForServer();
     }
 

@@ -30,6 +30,7 @@ struct HotKeyRig : XKeyRig {
         turn();
         return hotKey != nullptr;
     }
+    HotKeyState::Holder holder() const { return hotKeys.state().holder; }
     // Unregisters the hot key. Waits until the server has processed this, so that the next key is not grabbed any more.
     void unregister() {
         hotKey.reset();
@@ -141,21 +142,55 @@ TEST(XKeyGrabTest, ReturnsWithAlt) {
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
 }
 
-TEST(XKeyGrabTest, GrabsNothingIfAnotherProgramHasTheKeyWithAnyLock) {
+TEST(XKeyGrabTest, LeavesTheKeyToAnotherProgramThatHasItWithAnyLockAndSaysSo) {
     for (const std::uint16_t locks : std::vector<std::uint16_t>{0, 2, 16, 18}) {
         HotKeyRig rig;
-        const auto taken = static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | locks);
-        rig.keyboard.grabT(taken);
+        rig.keyboard.grabT(static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | locks));
         rig.registerHotKey();
+        EXPECT_EQ(rig.holder(), HotKeyState::Holder::another) << locks;
         rig.keyboard.ungrabT();
-        EXPECT_EQ(rig.outcomesWithLocks(), windowWithAllLocks) << locks;
+        EXPECT_EQ(rig.outcome(hotKeyKeys), "window") << locks;
         EXPECT_EQ(rig.pressed, 0);
-        // After a change of the keyboard map the program looks up the modifiers again. This must not activate the
-        // refused hot key.
-        TestKeyboard::setMap({"-layout", "ru"});
-        rig.turn();
-        EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
     }
+}
+
+TEST(XKeyGrabTest, TakesTheKeyWhenAnotherProgramHasLeftItAndTheKeyboardMapChanges) {
+    HotKeyRig rig;
+    rig.keyboard.grabT(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1);
+    rig.registerHotKey();
+    TestKeyboard::setMap({"-layout", "ru"});
+    rig.turn();
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::another);
+    rig.keyboard.ungrabT();
+    int told = 0;
+    rig.hotKeys.onStateChange = [&] { ++told; };
+    TestKeyboard::setMap({"-layout", "us"});
+    rig.turn();
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::us);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+}
+
+TEST(XKeyGrabTest, TakesTheKeyWhenAnotherProgramHasLeftItAndAWindowManagerStarts) {
+    HotKeyRig rig;
+    rig.keyboard.grabT(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1);
+    rig.registerHotKey();
+    rig.keyboard.ungrabT();
+    rig.keyboard.announceManager();
+    rig.turn();
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::us);
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+}
+
+TEST(XKeyGrabTest, HearsOfNoManagerWhileItHasTheKey) {
+    HotKeyRig rig;
+    ASSERT_TRUE(rig.registerHotKey());
+    int events = 0;
+    const auto listening = rig.connection->listen([&](const xcb_generic_event_t&) { ++events; });
+    rig.keyboard.announceManager();
+    rig.turn();
+    EXPECT_EQ(events, 0);
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::us);
 }
 
 TEST(XKeyGrabTest, CountsAHeldKeyAsOnePress) {
