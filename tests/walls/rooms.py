@@ -98,6 +98,7 @@ DEVICES = everything_in("BLE_kovra/devices")
 DEVICE_RECORD = (r"BLE_kovra/devices/HIDDeviceInfo\.h",)
 CORE = everything_in("BLE_kovra/core")
 SYSTEM = everything_in("BLE_kovra/system")
+CONTROL = everything_in("BLE_kovra/control")
 APP = everything_in("BLE_kovra/app")
 LOGIC = VALUES + L10N + DEVICES + CORE + SYSTEM + APP
 
@@ -148,7 +149,7 @@ UI = linux_rooms(("wire", *UI_ROOMS))
 # The main files create and connect everything. So they may include more than the other sources of their programs.
 ROOTS = (
     Room(
-        "BLE_kovra/platform/linux", VALUES + POSIX_ROOM + APP + linux_rooms(LINUX_ROOMS) + linux_rooms(["wire"]),
+        "BLE_kovra/platform/linux", VALUES + POSIX_ROOM + APP + CONTROL + linux_rooms(LINUX_ROOMS) + linux_rooms(["wire"]),
         any_but_qt,
         own_system=True, files=("main.cpp",),
     ),
@@ -182,6 +183,7 @@ PROGRAM = (
     Room("BLE_kovra/core", VALUES + DEVICE_RECORD, standard),
     Room("BLE_kovra/system", VALUES + L10N, standard),
     Room("BLE_kovra/app", VALUES + L10N + DEVICES + CORE + SYSTEM, standard, with_folders=True),
+    Room("BLE_kovra/control", (), standard),
 )
 ICONS = Room(
     "packaging/icons", VALUES + APP + (re.escape(LINUX) + r"tray/IconColor\.h",), standard

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "BLE_kovra/app/BLE_kovraApp.h"
+#include "BLE_kovra/control/Arguments.h"
 #include "BLE_kovra/platform/Platform.h"
 #include "BLE_kovra/platform/linux/bus/SessionBus.h"
 #include "BLE_kovra/platform/linux/bus/SystemBus.h"
@@ -131,13 +133,25 @@ void runApplication() {
     kovra::BLE_kovraApp::main(platform);
 }
 
+// Prints the reply to the arguments, if there are any. Returns the exit code, or nullopt if the application is to
+// start.
+std::optional<int> answerArguments(const kovra::control::Arguments& arguments) {
+    const auto version = kovra::BuildBundle().infoDictionaryValue("CFBundleShortVersionString");
+    const auto reply = kovra::control::replyOfApplication(arguments, std::get<std::string>(version.value()));
+    if (!reply) return std::nullopt;
+    std::fputs(reply->output.c_str(), stdout);
+    std::fputs(reply->error.c_str(), stderr);
+    return reply->exitCode;
+}
+
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
     // The thread that saves the preferences uses the main arena of malloc(). An arena of its own would stay allocated
     // after the thread has ended.
     ::mallopt(M_ARENA_MAX, 1);
     kovra::prepareProcess();
+    if (const auto exitCode = answerArguments({arguments + (count > 0 ? 1 : 0), arguments + count})) return *exitCode;
     adoptLocale();
     try {
         runApplication();

@@ -1,4 +1,4 @@
-// Tests of the signals that end the resident program.
+// Tests of the resident program's arguments and of the signals that end it.
 
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -9,6 +9,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <string>
 #include <thread>
 
@@ -77,6 +78,40 @@ class ProgramTest : public testing::Test {
     BusHandle bus_;
     pid_t pid_ = 0;
 };
+
+// What a run of the program has printed, and its exit code.
+struct Ended {
+    std::string output;
+    int exitCode;
+};
+
+Ended run(const std::string& arguments) {
+    std::FILE* pipe = ::popen(("'" KOVRA_PROGRAM "' " + arguments).c_str(), "r");
+    std::string output;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) output += static_cast<char>(c);
+    const int status = ::pclose(pipe);
+    return {output, WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+}
+
+TEST_F(ProgramTest, PrintsItsVersionAndItsHelpAndDoesNothingElse) {
+    const Ended version = run("--version 2>&1");
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.output, "ble-kovra " KOVRA_VERSION "\n");
+    const Ended help = run("--help 2>&1");
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.output.starts_with("usage: ble-kovra ")) << help.output;
+    EXPECT_FALSE(answers());
+}
+
+TEST_F(ProgramTest, EndsWithOneLineOnStandardErrorForAnyOtherArgument) {
+    for (const char* argument : {"--quit", "-v", "''", "settings", "--version --version"}) {
+        EXPECT_EQ(run(std::string(argument) + " 2>/dev/null").output, "") << argument;
+        const Ended both = run(std::string(argument) + " 2>&1");
+        EXPECT_EQ(both.exitCode, 2) << argument;
+        EXPECT_EQ(both.output.find('\n'), both.output.size() - 1) << both.output;
+    }
+    EXPECT_FALSE(answers());
+}
 
 TEST_F(ProgramTest, EndsOnAHangUp) {
     start(SIG_DFL);
