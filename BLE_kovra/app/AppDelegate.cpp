@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "BLE_kovra/app/AboutBox.h"
+#include "BLE_kovra/app/FactsOfState.h"
 #include "BLE_kovra/app/StatusIcon.h"
 #include "BLE_kovra/app/StatusMenu.h"
 #include "BLE_kovra/app/settings/SettingsWindow.h"
@@ -92,6 +93,24 @@ void AppDelegate::applicationDidReopen() { openSettings(); }
 void AppDelegate::applicationDidResume() {
     enqueue([](AppState&) {});
 }
+
+void AppDelegate::applicationShouldPerform(ApplicationAction action) {
+    if (hasTerminated_) return;
+    switch (action) {
+        case ApplicationAction::toggle:
+            return toggleEnabled();
+        case ApplicationAction::on:
+            return state_.isEnabled.set(true);
+        case ApplicationAction::off:
+            return state_.isEnabled.set(false);
+        case ApplicationAction::settings:
+            return openSettings();
+        case ApplicationAction::quit:
+            return quit();
+    }
+}
+
+ApplicationFacts AppDelegate::facts() const { return factsOf(state_, *monitor_, helper_); }
 
 void AppDelegate::applicationWillTerminate() {
     hasTerminated_ = true;

@@ -35,6 +35,10 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void applicationDidReopen() override;
     // Queues a call of evaluate(), which repeats a failed write of the flag.
     void applicationDidResume() override;
+    // Does what the corresponding menu item does; `on` and `off` set the switch instead of toggling it. Does nothing
+    // after applicationWillTerminate().
+    void applicationShouldPerform(ApplicationAction action) override;
+    ApplicationFacts facts() const override;
     void applicationWillTerminate() override;
 
     // Decides whether to mute, then updates the flag, `AppState::blocking` and the status item. The flag is not written

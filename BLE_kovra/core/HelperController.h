@@ -23,6 +23,9 @@ class HelperController {
 
     void set(bool on);
 
+    // Returns the text of the last successful write of this process, or nullopt if there was none.
+    const std::optional<std::string>& lastWritten() const { return lastWritten_; }
+
   private:
     FileSystem& files_;
     SystemLog& log_;

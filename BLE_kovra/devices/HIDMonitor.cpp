@@ -32,6 +32,11 @@ bool HIDMonitor::isConnected(const std::string& key) const {
     return found != byKey_.end() && found->second->isConnected();
 }
 
+bool HIDMonitor::isInGrace(const std::string& key) const {
+    const auto found = byKey_.find(key);
+    return found != byKey_.end() && found->second->pendingDisconnect != nullptr;
+}
+
 void HIDMonitor::added(const HIDDevice& device) {
     Device& added = deviceOf(userKey(device, texts_));
     const std::uint64_t id = interfaceID(device);

@@ -50,6 +50,8 @@ class HIDMonitor : public std::enable_shared_from_this<HIDMonitor> {
 
     // Returns whether an interface of the device with this identity key is attached or its grace period is running.
     bool isConnected(const std::string& key) const;
+    // Returns whether the grace period of the device with this identity key is running.
+    bool isInGrace(const std::string& key) const;
 
   private:
     HIDMonitor(HIDService& hid, MainQueue& queue, const Locale& locale, const L10n& texts);

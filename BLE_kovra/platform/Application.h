@@ -1,8 +1,42 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace kovra {
 
 enum class ActivationPolicy { regular = 0, accessory = 1, prohibited = 2 };
+
+// What another program of the same user may ask the application to do.
+enum class ApplicationAction {
+    toggle,    // switch muting over
+    on,        // switch muting on
+    off,       // switch muting off
+    settings,  // show the settings window
+    quit,
+};
+
+// What the application knows about its own state, for a program that explains that state to the user.
+struct ApplicationFacts {
+    enum class Presence {
+        connected,
+        inGrace,  // removed so recently that it still counts as connected
+        away,
+    };
+    struct ChosenDevice {
+        std::string name;
+        Presence presence = Presence::away;
+        bool operator==(const ChosenDevice&) const = default;
+    };
+
+    bool isEnabled = true;                  // the switch
+    std::string mode = {};                  // the raw value, "always" or "onDevice"
+    bool isMuting = false;                  // the last decision
+    std::string lastWritten = {};           // the last word that was written into the flag; empty if there was none
+    std::vector<ChosenDevice> chosen = {};  // in the order of the settings window, then those not seen since the start
+
+    bool operator==(const ApplicationFacts&) const = default;
+};
 
 // The receiver of the application's lifecycle events.
 class ApplicationDelegate {
@@ -14,6 +48,10 @@ class ApplicationDelegate {
     // Called when a write of the flag that failed before may succeed. The reason is that the session has become active
     // again, the machine has resumed from sleep, or the helper has handed the flag over to the user.
     virtual void applicationDidResume() = 0;
+    // Called when another program of the same user asks for an action.
+    virtual void applicationShouldPerform(ApplicationAction action) = 0;
+    // Returns the present facts, and changes nothing.
+    virtual ApplicationFacts facts() const = 0;
     virtual void applicationWillTerminate() = 0;
 };
 

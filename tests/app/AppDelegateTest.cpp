@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -91,6 +92,58 @@ TEST(AppDelegateTest, IgnoresAResumeAfterItsEndOrDestruction) {
     gone.delegate.reset();
     gone.queue.run();
     EXPECT_EQ(evaluations, 0);
+}
+
+TEST(AppDelegateTest, TogglesTheSwitchForAnotherProgramAsTheMenuDoes) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.application.perform(ApplicationAction::toggle);
+    EXPECT_FALSE(rig.state.isEnabled.get());
+    EXPECT_EQ(rig.flag(), "on");  // the decision follows on a later turn
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "off");
+    EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
+    rig.application.perform(ApplicationAction::toggle);
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "on");
+    EXPECT_EQ(rig.application.beeps, 0);
+}
+
+TEST(AppDelegateTest, SetsTheSwitchForAnotherProgramHoweverItIs) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    for (const auto& [action, word] : {std::pair(ApplicationAction::off, "off"),
+                                       {ApplicationAction::off, "off"},
+                                       {ApplicationAction::on, "on"},
+                                       {ApplicationAction::on, "on"}}) {
+        rig.application.perform(action);
+        rig.queue.run();
+        EXPECT_EQ(rig.flag(), word);
+    }
+    EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on", "off", "on"}));
+}
+
+TEST(AppDelegateTest, OpensItsSettingsForAnotherProgram) {
+    LaunchedRig rig;
+    rig.application.perform(ApplicationAction::settings);
+    rig.queue.run();
+    EXPECT_TRUE(rig.windows.isVisible);
+    EXPECT_EQ(rig.windows.calls.back(), "front");
+}
+
+TEST(AppDelegateTest, QuitsForAnotherProgramAndDoesNothingForItAfterwards) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.application.perform(ApplicationAction::quit);
+    EXPECT_TRUE(rig.application.terminated);
+    EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on", "off"}));
+    for (const auto action : {ApplicationAction::off, ApplicationAction::settings, ApplicationAction::toggle})
+        rig.delegate->applicationShouldPerform(action);
+    EXPECT_TRUE(rig.state.isEnabled.get());
+    EXPECT_FALSE(rig.windows.isVisible);
 }
 
 TEST(AppDelegateTest, TogglesTheSwitchThenBeepsAtTheHotKey) {

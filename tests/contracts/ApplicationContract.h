@@ -21,6 +21,8 @@ class ApplicationContract : public testing::Test, protected ApplicationDelegate 
     }
     void applicationDidReopen() override { events_ += "reopened "; }
     void applicationDidResume() override { events_ += "resumed "; }
+    void applicationShouldPerform(ApplicationAction) override { events_ += "performs "; }
+    ApplicationFacts facts() const override { return {}; }
     void applicationWillTerminate() override {
         events_ += "terminates ";
         if (whenTerminating_) whenTerminating_();

@@ -29,6 +29,11 @@ class FakeApplication : public Application {
         if (delegate_ != nullptr && !terminated) delegate_->applicationDidResume();
     }
 
+    // Notifies the delegate that another program asks for an action.
+    void perform(ApplicationAction action) {
+        if (delegate_ != nullptr && !terminated) delegate_->applicationShouldPerform(action);
+    }
+
     std::vector<ActivationPolicy> policies;
     std::function<void()> onTerminating;  // called at the end, so that a test can stop its queue
     bool terminated = false;

@@ -76,10 +76,16 @@ void runApplication() {
     const kovra::InstanceLock lock(kovra::standardLockPath());
     kovra::SessionBus bus(loop);
     kovra::ActivationToken activationToken;
-    const kovra::SingleInstance instance(bus, lock, log, [&](const std::string& token) {
-        activationToken.provide(token);
-        application.reopen();
-    });
+    const kovra::SingleInstance instance(
+        bus, lock, log,
+        [&](const std::string& token) {
+            activationToken.provide(token);
+            application.reopen();
+        },
+        [&](kovra::ApplicationAction action, const std::string& token) {
+            if (action == kovra::ApplicationAction::settings) activationToken.provide(token);
+            application.perform(action);
+        });
     if (instance.isSecond()) return;
 
     kovra::GlibcLocale locale;

@@ -1,4 +1,4 @@
-// Tests of the resident program's arguments and of the signals that end it.
+// Tests of the resident program's arguments, of what other programs ask of it, and of the signals that end it.
 
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -10,6 +10,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -62,6 +64,23 @@ class ProgramTest : public testing::Test {
         return sd_bus_call_method(bus_.get(), "org.ble_kovra.BLEKovra", "/", "org.freedesktop.DBus.Peer", "Ping",
                                   nullptr, nullptr, "") >= 0;
     }
+    // Asks the running program for an action. Returns whether it has accepted that.
+    bool perform(const char* action) {
+        return sd_bus_call_method(bus_.get(), "org.ble_kovra.BLEKovra", "/org/ble_kovra/BLEKovra",
+                                  "org.freedesktop.Application", "ActivateAction", nullptr, nullptr, "sava{sv}", action,
+                                  0, 0) >= 0;
+    }
+    // Waits until the program has saved this value of the switch. Returns whether it has.
+    bool savesSwitch(const std::string& value) {
+        const auto isSaved = [&] {
+            std::ifstream file(home_ / "config/ble-kovra/preferences.json");
+            const std::string text(std::istreambuf_iterator<char>(file), {});
+            return text.find("\"isEnabled\": " + value) != std::string::npos;
+        };
+        const auto end = std::chrono::steady_clock::now() + 20s;
+        while (!isSaved() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(10ms);
+        return isSaved();
+    }
     void send(int signal) { ASSERT_EQ(::kill(pid_, signal), 0); }
     // Waits for the end of the program. Returns its exit code, or -1 if a signal has killed it.
     int exitCode() {
@@ -111,6 +130,21 @@ TEST_F(ProgramTest, EndsWithOneLineOnStandardErrorForAnyOtherArgument) {
         EXPECT_EQ(both.output.find('\n'), both.output.size() - 1) << both.output;
     }
     EXPECT_FALSE(answers());
+}
+
+TEST_F(ProgramTest, DoesWhatAnotherProgramOfItsSessionAsksFor) {
+    start(SIG_DFL);
+    EXPECT_TRUE(perform("toggle"));
+    EXPECT_TRUE(savesSwitch("false"));
+    EXPECT_TRUE(perform("on"));
+    EXPECT_TRUE(savesSwitch("true"));
+    EXPECT_TRUE(perform("off"));
+    EXPECT_TRUE(savesSwitch("false"));
+    EXPECT_FALSE(perform("mute"));
+    EXPECT_TRUE(perform("settings"));
+    EXPECT_TRUE(answers());
+    EXPECT_TRUE(perform("quit"));
+    EXPECT_EQ(exitCode(), 0);
 }
 
 TEST_F(ProgramTest, EndsOnAHangUp) {

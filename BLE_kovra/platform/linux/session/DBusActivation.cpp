@@ -1,6 +1,8 @@
 #include "BLE_kovra/platform/linux/session/DBusActivation.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 #include <variant>
 
@@ -35,6 +37,25 @@ int readToken(sd_bus_message* call, std::string& token) {
     });
     token = found[0].empty() ? found[1] : found[0];
     return result;
+}
+
+constexpr std::array<std::pair<std::string_view, ApplicationAction>, 5> actions{
+    {{"toggle", ApplicationAction::toggle},
+     {"on", ApplicationAction::on},
+     {"off", ApplicationAction::off},
+     {"settings", ApplicationAction::settings},
+     {"quit", ApplicationAction::quit}}};
+
+// Reads the name and the parameters of an action. Returns nullopt if the message has another signature, if there is no
+// such action, or if it is given a parameter.
+std::optional<ApplicationAction> readAction(sd_bus_message* call) {
+    const char* name = nullptr;
+    if (sd_bus_message_read(call, "s", &name) <= 0) return std::nullopt;
+    const auto* found = std::ranges::find(actions, std::string_view(name), [](const auto& each) { return each.first; });
+    if (found == actions.end()) return std::nullopt;
+    if (sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "v") <= 0) return std::nullopt;
+    if (sd_bus_message_at_end(call, 0) <= 0 || sd_bus_message_exit_container(call) < 0) return std::nullopt;
+    return found->second;
 }
 
 void writeOwnTokens(BusWriter& message) {
@@ -110,6 +131,20 @@ int DBusActivation::received(sd_bus_message* call, void* context, sd_bus_error* 
     return answer(call, [](BusWriter&) {});
 }
 
+int DBusActivation::receivedAction(sd_bus_message* call, void* context, sd_bus_error* error) {
+    auto* self = static_cast<DBusActivation*>(context);
+    if (self == nullptr) return 0;
+    const auto action = readAction(call);
+    if (!action) return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "There is no such action.");
+    std::string token;
+    if (readToken(call, token) < 0) return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "A token is a string.");
+    // The action may end the program, so the reply comes first.
+    const int answered = answer(call, [](BusWriter&) {});
+    self->queue_.async(
+        self->lifetime_.guard([self, action = *action, token = std::move(token)] { self->requested_(action, token); }));
+    return answered;
+}
+
 int DBusActivation::askedForVersion(sd_bus_message* call, void*, sd_bus_error*) {
     const auto version = BuildBundle().infoDictionaryValue("CFBundleShortVersionString");
     const auto* text = version ? std::get_if<std::string>(&*version) : nullptr;
@@ -146,10 +181,12 @@ std::string DBusActivation::takeOwnToken() {
     return own;
 }
 
-const std::array<sd_bus_vtable, 3> DBusActivation::activationTable{{
+const std::array<sd_bus_vtable, 4> DBusActivation::activationTable{{
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("a{sv}", platform_data), SD_BUS_NO_RESULT, received,
                             SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_ARGS("ActivateAction", SD_BUS_ARGS("s", action_name, "av", parameter, "a{sv}", platform_data),
+                            SD_BUS_NO_RESULT, receivedAction, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END,
 }};
 

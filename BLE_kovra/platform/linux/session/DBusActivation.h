@@ -8,13 +8,17 @@
 #include <string>
 #include <utility>
 
+#include "BLE_kovra/platform/Application.h"
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
 #include "BLE_kovra/platform/linux/loop/Lifetime.h"
 
 namespace kovra {
 
-// The program's object on the session bus. It implements the method Activate of org.freedesktop.Application, which
-// other programs call to activate this one. The effect is that of a second start. Files and actions are not supported.
+// The program's object on the session bus. It implements the methods Activate and ActivateAction of
+// org.freedesktop.Application, which other programs call. The effect of Activate is that of a second start. The actions
+// are those of ApplicationAction, under the same names, and have no parameters. Files are not supported. Only programs
+// that the user's session bus admits can call these methods: the object is exported on no other bus.
+//
 // The object also has an interface of this program's own, with the method Version. A second start calls Version to
 // check whether the owner of the name is this program. Older versions of the program lack that interface. They are
 // recognized by their object, which has only the method Activate.
@@ -28,7 +32,10 @@ class DBusActivation {
     // Called from the queue when this program is activated. `token` allows a window to come to the front; it is empty
     // if there is none.
     using Activated = std::function<void(const std::string& token)>;
-    DBusActivation(MainQueue& queue, Activated activated) : queue_(queue), activated_(std::move(activated)) {}
+    // Called from the queue when another program asks for an action.
+    using Requested = std::function<void(ApplicationAction action, const std::string& token)>;
+    DBusActivation(MainQueue& queue, Activated activated, Requested requested)
+        : queue_(queue), activated_(std::move(activated)), requested_(std::move(requested)) {}
 
     void exportOn(BusConnection& bus);
     void detach() {
@@ -51,12 +58,14 @@ class DBusActivation {
 
   private:
     static int received(sd_bus_message* call, void* context, sd_bus_error* error);
+    static int receivedAction(sd_bus_message* call, void* context, sd_bus_error* error);
     static int askedForVersion(sd_bus_message* call, void* context, sd_bus_error* error);
-    static const std::array<sd_bus_vtable, 3> activationTable;
+    static const std::array<sd_bus_vtable, 4> activationTable;
     static const std::array<sd_bus_vtable, 3> ownTable;
 
     MainQueue& queue_;
     const Activated activated_;
+    const Requested requested_;
     BusSlot activation_;
     BusSlot own_;
     Lifetime lifetime_;

@@ -36,4 +36,12 @@ void SdEventApplication::resume() {
     if (delegate_ != nullptr) delegate_->applicationDidResume();
 }
 
+void SdEventApplication::perform(ApplicationAction action) {
+    if (delegate_ != nullptr) delegate_->applicationShouldPerform(action);
+}
+
+std::optional<ApplicationFacts> SdEventApplication::facts() const {
+    return delegate_ == nullptr ? std::nullopt : std::optional(delegate_->facts());
+}
+
 }  // namespace kovra

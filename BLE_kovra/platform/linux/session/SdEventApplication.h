@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "BLE_kovra/platform/Application.h"
 
 namespace kovra {
@@ -26,6 +28,10 @@ class SdEventApplication : public Application {
     void reopen();
     // Call this function when a refused write of the flag may succeed now.
     void resume();
+    // Call this function when another program of the user asks for this action.
+    void perform(ApplicationAction action);
+    // Returns the facts of the delegate. Returns nullopt before run() and after terminate().
+    std::optional<ApplicationFacts> facts() const;
 
   private:
     SdEventLoop& loop_;

@@ -61,8 +61,9 @@ void notify(BusConnection& bus, const char* text) {
 }  // namespace
 
 SingleInstance::SingleInstance(SessionBus& bus, const InstanceLock& lock, SystemLog& log,
-                               DBusActivation::Activated startedAgain)
-    : isSecond_(lock.state() == InstanceLock::State::heldElsewhere), activation_(bus.loop(), std::move(startedAgain)) {
+                               DBusActivation::Activated startedAgain, DBusActivation::Requested requested)
+    : isSecond_(lock.state() == InstanceLock::State::heldElsewhere),
+      activation_(bus.loop(), std::move(startedAgain), std::move(requested)) {
     BusConnection* connection = bus.connection();
     if (isSecond_) {
         const bool isShown =

@@ -28,7 +28,9 @@ class SingleInstance {
 
     // The lock must outlive this object. In the first instance, `startedAgain` is called from the queue when the user
     // starts the program again. It receives the token that the desktop gave to that start, or an empty string.
-    SingleInstance(SessionBus& bus, const InstanceLock& lock, SystemLog& log, DBusActivation::Activated startedAgain);
+    // `requested` is called from the queue when another program of the user asks for an action.
+    SingleInstance(SessionBus& bus, const InstanceLock& lock, SystemLog& log, DBusActivation::Activated startedAgain,
+                   DBusActivation::Requested requested);
 
     bool isSecond() const { return isSecond_; }
 

@@ -63,7 +63,10 @@ class DBusActivationTest : public testing::Test {
         SdEventLoop loop;
         FakeLog log;
         SessionBus bus(loop);
-        const bool isSecond = SingleInstance(bus, InstanceLock(""), log, [](const std::string&) {}).isSecond();
+        const bool isSecond =
+            SingleInstance(
+                bus, InstanceLock(""), log, [](const std::string&) {}, [](ApplicationAction, const std::string&) {})
+                .isSecond();
         EXPECT_EQ(log.lines, std::vector<std::string>());
         return isSecond;
     }
@@ -88,9 +91,12 @@ class DBusActivationTest : public testing::Test {
     SdEventLoop loop_;
     SessionBus bus_{loop_};
     std::vector<std::string> tokens_;
+    std::vector<std::pair<ApplicationAction, std::string>> requests_;
     FakeLog log_;
     const InstanceLock noLock_{""};
-    SingleInstance first_{bus_, noLock_, log_, [this](const std::string& token) { tokens_.push_back(token); }};
+    SingleInstance first_{
+        bus_, noLock_, log_, [this](const std::string& token) { tokens_.push_back(token); },
+        [this](ApplicationAction action, const std::string& token) { requests_.emplace_back(action, token); }};
     BusHandle other_;
 };
 
@@ -162,17 +168,49 @@ TEST_F(DBusActivationTest, RefusesEveryOtherCall) {
                        noData(writer);
                    }),
               "error org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(call("ActivateAction",
-                   [](BusWriter& writer) {
-                       writer.text("quit").openArray("v").close();
-                       noData(writer);
-                   }),
-              "error org.freedesktop.DBus.Error.UnknownMethod");
     EXPECT_EQ(call("Activate", noData, "/"), "error org.freedesktop.DBus.Error.UnknownObject");
     EXPECT_EQ(call("Activate", noData, "/org/ble_kovra/BLEKovra", "org.example.Nothing"),
               "error org.freedesktop.DBus.Error.UnknownMethod");
     turnsWithin(loop_, std::chrono::milliseconds(50));
     EXPECT_TRUE(tokens_.empty());
+}
+
+TEST_F(DBusActivationTest, PassesOnTheActionsThatOtherProgramsAskForFromTheQueue) {
+    for (const char* action : {"toggle", "on", "off", "settings", "quit"}) {
+        EXPECT_EQ(call("ActivateAction",
+                       [&](BusWriter& writer) {
+                           writer.text(action).openArray("v").close();
+                           writer.openArray("{sv}").entry("activation-token", std::string("of ") + action).close();
+                       }),
+                  "");
+    }
+    EXPECT_TRUE(turnUntil(loop_, [&] { return requests_.size() == 5; }));
+    EXPECT_EQ(requests_,
+              (std::vector<std::pair<ApplicationAction, std::string>>{{ApplicationAction::toggle, "of toggle"},
+                                                                      {ApplicationAction::on, "of on"},
+                                                                      {ApplicationAction::off, "of off"},
+                                                                      {ApplicationAction::settings, "of settings"},
+                                                                      {ApplicationAction::quit, "of quit"}}));
+    EXPECT_TRUE(tokens_.empty());
+}
+
+TEST_F(DBusActivationTest, RefusesActionsThatDoNotExistOrHaveAParameter) {
+    const auto action = [&](const char* name, const Write& parameters) {
+        return call("ActivateAction", [&](BusWriter& writer) {
+            writer.text(name).openArray("v");
+            parameters(writer);
+            writer.close();
+            noData(writer);
+        });
+    };
+    const auto none = [](BusWriter&) {};
+    constexpr const char* refused = "error org.freedesktop.DBus.Error.InvalidArgs";
+    for (const char* name : {"", "Toggle", "toggle ", "mute", "activate-driver"})
+        EXPECT_EQ(action(name, none), refused);
+    EXPECT_EQ(action("toggle", [](BusWriter& writer) { writer.openVariant("s").text("now").close(); }), refused);
+    EXPECT_EQ(call("ActivateAction", [](BusWriter& writer) { writer.text("toggle"); }), refused);
+    turnsWithin(loop_, std::chrono::milliseconds(50));
+    EXPECT_TRUE(requests_.empty());
 }
 
 TEST_F(DBusActivationTest, IsExportedAgainAfterTheBusHasRestarted) {

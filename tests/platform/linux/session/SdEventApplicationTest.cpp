@@ -1,3 +1,4 @@
+#include <optional>
 #include <stdexcept>
 
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
@@ -15,6 +16,8 @@ class SdEventDriver {
 
     void reopen() { application_.reopen(); }
     void resume() { application_.resume(); }
+    void perform(ApplicationAction action) { application_.perform(action); }
+    std::optional<ApplicationFacts> facts() const { return application_.facts(); }
 
   private:
     SdEventLoop loop_;
@@ -31,6 +34,8 @@ TEST(SdEventApplicationTest, NotifiesItsDelegateOfTheEndEvenIfABlockThrows) {
         }
         void applicationDidReopen() override {}
         void applicationDidResume() override {}
+        void applicationShouldPerform(ApplicationAction) override {}
+        ApplicationFacts facts() const override { return {}; }
         void applicationWillTerminate() override { terminated = true; }
         MainQueue& queue;
         bool terminated = false;
@@ -50,25 +55,38 @@ TEST(SdEventApplicationTest, NotifiesItsDelegateBetweenItsLaunchAndItsEnd) {
             driver.queue().async([this] {
                 driver.resume();
                 driver.reopen();
+                driver.perform(ApplicationAction::toggle);
+                wasKnown = driver.facts() && driver.facts()->mode == "always";
                 driver.application().terminate();
                 driver.reopen();
                 driver.resume();
+                driver.perform(ApplicationAction::toggle);
             });
         }
         void applicationDidReopen() override { notifications += "reopened "; }
         void applicationDidResume() override { notifications += "resumed "; }
+        void applicationShouldPerform(ApplicationAction action) override {
+            notifications += action == ApplicationAction::toggle ? "toggles " : "? ";
+        }
+        ApplicationFacts facts() const override { return {.mode = "always"}; }
         void applicationWillTerminate() override {}
         SdEventDriver& driver;
         std::string notifications;
+        bool wasKnown = false;
     };
     SdEventDriver driver;
     Delegate delegate(driver);
     driver.reopen();
     driver.resume();
+    driver.perform(ApplicationAction::toggle);
+    EXPECT_FALSE(driver.facts().has_value());
     driver.runOut(delegate);
     driver.reopen();
     driver.resume();
-    EXPECT_EQ(delegate.notifications, "reopened resumed resumed reopened ");
+    driver.perform(ApplicationAction::toggle);
+    EXPECT_FALSE(driver.facts().has_value());
+    EXPECT_EQ(delegate.notifications, "reopened resumed resumed reopened toggles ");
+    EXPECT_TRUE(delegate.wasKnown);
 }
 
 }  // namespace

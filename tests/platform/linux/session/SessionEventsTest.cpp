@@ -79,6 +79,8 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
     }
     void applicationDidReopen() override {}
     void applicationDidResume() override { done_ += "decides "; }
+    void applicationShouldPerform(ApplicationAction) override {}
+    ApplicationFacts facts() const override { return {}; }
     void applicationWillTerminate() override { done_ += "terminates "; }
 
     PrivateBus daemon_{"DBUS_SYSTEM_BUS_ADDRESS"};

@@ -30,7 +30,11 @@ constexpr const char* sessionBus = "DBUS_SESSION_BUS_ADDRESS";
 class Start {
   public:
     explicit Start(SdEventLoop& loop, const std::string& lock = "")
-        : lock_(lock), bus_(loop), instance_(bus_, lock_, log_, [this](const std::string&) { ++furtherStarts_; }) {}
+        : lock_(lock),
+          bus_(loop),
+          instance_(
+              bus_, lock_, log_, [this](const std::string&) { ++furtherStarts_; },
+              [](ApplicationAction, const std::string&) {}) {}
     bool isSecond() const { return instance_.isSecond(); }
     const std::vector<std::string>& lines() const { return log_.lines; }
     int furtherStarts() const { return furtherStarts_; }
@@ -241,7 +245,8 @@ TEST(SingleInstanceTest, KeepsRunningIfAnotherTookTheNameWhileTheBusRestarted) {
     FakeLog log;
     const InstanceLock noLock("");
     SessionBus connection(loop);
-    const SingleInstance first(connection, noLock, log, [](const std::string&) {});
+    const SingleInstance first(
+        connection, noLock, log, [](const std::string&) {}, [](ApplicationAction, const std::string&) {});
     bool isConnected = false;
     const auto listener = connection.listen([&](BusConnection* up) { isConnected = up != nullptr; });
     ASSERT_TRUE(turnUntil(loop, [&] { return isConnected; }));
