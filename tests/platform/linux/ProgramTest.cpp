@@ -9,9 +9,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
-#include <fstream>
-#include <iterator>
+#include <cstdlib>
 #include <string>
 #include <thread>
 
@@ -73,8 +71,7 @@ class ProgramTest : public testing::Test {
     // Waits until the program has saved this value of the switch. Returns whether it has.
     bool savesSwitch(const std::string& value) {
         const auto isSaved = [&] {
-            std::ifstream file(home_ / "config/ble-kovra/preferences.json");
-            const std::string text(std::istreambuf_iterator<char>(file), {});
+            const std::string text = readFile(home_ / "config/ble-kovra/preferences.json");
             return text.find("\"isEnabled\": " + value) != std::string::npos;
         };
         const auto end = std::chrono::steady_clock::now() + 20s;
@@ -105,11 +102,9 @@ struct Ended {
 };
 
 Ended run(const std::string& arguments) {
-    std::FILE* pipe = ::popen(("'" KOVRA_PROGRAM "' " + arguments).c_str(), "r");
-    std::string output;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) output += static_cast<char>(c);
-    const int status = ::pclose(pipe);
-    return {output, WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+    const TempFolder folder;
+    const int status = std::system(("{ '" KOVRA_PROGRAM "' " + arguments + "; } >" + (folder / "out")).c_str());
+    return {readFile(folder / "out"), WIFEXITED(status) ? WEXITSTATUS(status) : -1};
 }
 
 TEST_F(ProgramTest, PrintsItsVersionAndItsHelpAndDoesNothingElse) {
