@@ -28,18 +28,18 @@ const L10n::Catalogue& L10n::linuxStrings() {
         })},
         {"menu.hotkeyHint.taken", texts({
             "Ctrl+Alt+T is used by another program",
-            "Сочетание Ctrl+Alt+T занято другой программой",
-            "Сполучення Ctrl+Alt+T зайняте іншою програмою",
+            "Комбинация Ctrl+Alt+T занята другой программой",
+            "Комбінацію Ctrl+Alt+T використовує інша програма",
             "Ctrl+Alt+T est utilisé par un autre programme",
             "Strg+Alt+T wird von einem anderen Programm verwendet",
-            "Ctrl+Alt+T lo usa otro programa",
+            "Otro programa usa Ctrl+Alt+T",
         })},
         {"menu.hotkeyHint.unavailable", texts({
             "No shortcut: assign a key to “ble-kovractl toggle”",
-            "Горячей клавиши нет: назначьте её команде «ble-kovractl toggle»",
-            "Гарячої клавіші немає: призначте її команді «ble-kovractl toggle»",
-            "Pas de raccourci : attribuez une touche à « ble-kovractl toggle »",
-            "Kein Tastenkürzel: Weisen Sie „ble-kovractl toggle“ eine Taste zu",
+            "Нет горячей клавиши: назначьте её для «ble-kovractl toggle»",
+            "Немає гарячої клавіші: призначте її для «ble-kovractl toggle»",
+            "Aucun raccourci : attribuez-en un à « ble-kovractl toggle »",
+            "Kein Tastenkürzel: „ble-kovractl toggle“ eine Taste zuweisen",
             "Sin atajo: asigna una tecla a «ble-kovractl toggle»",
         })},
         {"menu.activate", texts({
@@ -59,12 +59,12 @@ const L10n::Catalogue& L10n::linuxStrings() {
             "Activar el servicio del trackpad",
         })},
         {"driver.body", texts({
-            "To let BLE-kovra mute the trackpad, you need to enable the service of the package ble-kovra-helper once.\n\nAfter you click “Activate”, you will be asked for an administrator’s password. The service is then enabled and started.\n\nThis is safe: the service only mutes the built-in trackpad, and gives it back when BLE-kovra quits.",
-            "Чтобы BLE-kovra мог глушить трекпад, нужно один раз включить службу из пакета ble-kovra-helper.\n\nПосле нажатия «Активировать» система запросит пароль администратора, затем включит и запустит службу.\n\nЭто безопасно: служба лишь глушит встроенный трекпад, а при завершении BLE-kovra трекпад снова работает.",
+            "To let BLE-kovra mute the trackpad, you need to enable the service from the ble-kovra-helper package once.\n\nAfter you click “Activate”, you will be asked for an administrator’s password. The service is then enabled and started.\n\nThis is safe: the service only mutes the built-in trackpad, which works again when BLE-kovra quits.",
+            "Чтобы BLE-kovra мог глушить трекпад, нужно один раз включить службу из пакета ble-kovra-helper.\n\nПосле нажатия «Активировать» система запросит пароль администратора, затем включит и запустит службу.\n\nЭто безопасно: служба лишь глушит встроенный трекпад, а после завершения BLE-kovra трекпад снова работает.",
             "Щоб BLE-kovra міг глушити тачпад, потрібно один раз увімкнути службу з пакунка ble-kovra-helper.\n\nПісля натискання «Активувати» система запитає пароль адміністратора, а потім увімкне й запустить службу.\n\nЦе безпечно: служба лише вимикає вбудований тачпад, а після завершення BLE-kovra тачпад знову працює.",
-            "Pour que BLE-kovra puisse couper le trackpad, vous devez activer une fois le service du paquet ble-kovra-helper.\n\nAprès avoir cliqué sur « Activer », le mot de passe d’un administrateur vous sera demandé. Le service est alors activé et démarré.\n\nC’est sûr : le service coupe seulement le trackpad intégré, et le rétablit quand BLE-kovra se termine.",
-            "Damit BLE-kovra das Trackpad deaktivieren kann, müssen Sie den Dienst aus dem Paket ble-kovra-helper einmal aktivieren.\n\nNach dem Klick auf „Aktivieren“ werden Sie nach dem Passwort eines Administrators gefragt. Danach wird der Dienst eingerichtet und gestartet.\n\nDas ist sicher: Der Dienst deaktiviert nur das integrierte Trackpad und schaltet es wieder ein, wenn BLE-kovra beendet wird.",
-            "Para que BLE-kovra pueda silenciar el trackpad, debes activar una vez el servicio del paquete ble-kovra-helper.\n\nDespués de pulsar «Activar», se te pedirá la contraseña de un administrador. A continuación, el servicio se activa y se inicia.\n\nEs seguro: el servicio solo silencia el trackpad integrado y lo devuelve cuando BLE-kovra se cierra.",
+            "Pour que BLE-kovra puisse couper le trackpad, vous devez activer une fois le service du paquet ble-kovra-helper.\n\nAprès avoir cliqué sur « Activer », vous devrez saisir le mot de passe d’un administrateur. Le service sera alors activé et démarré.\n\nC’est sûr : le service coupe seulement le trackpad intégré, et le réactive quand vous quittez BLE-kovra.",
+            "Damit BLE-kovra das Trackpad deaktivieren kann, müssen Sie den Dienst aus dem Paket ble-kovra-helper einmal aktivieren.\n\nNach dem Klick auf „Aktivieren“ werden Sie nach dem Passwort eines Administrators gefragt. Danach wird der Dienst aktiviert und gestartet.\n\nDas ist sicher: Der Dienst deaktiviert nur das integrierte Trackpad und schaltet es wieder ein, wenn BLE-kovra beendet wird.",
+            "Para que BLE-kovra pueda silenciar el trackpad, debes activar una vez el servicio del paquete ble-kovra-helper.\n\nDespués de pulsar «Activar», se te pedirá la contraseña de un administrador. A continuación, el servicio se activará y se iniciará.\n\nEs seguro: el servicio solo silencia el trackpad integrado y lo reactiva cuando sales de BLE-kovra.",
         })},
     });
     return instance;
