@@ -82,7 +82,8 @@ TEST_F(ProgramScreenTest, GivesItsWindowsTheIconOfTheApplication) {
         for (const auto window : windows()) icon = x.values(window, "_NET_WM_ICON");
         return !icon.empty();
     }));
-    ASSERT_GT(icon.size(), 16U * 16U);
+    // Each size is preceded by its width and height.
+    EXPECT_EQ(icon.size(), 3 * 2 + 16U * 16U + 32U * 32U + 64U * 64U);
     EXPECT_NE(std::find(icon.begin(), icon.end(), 0xFF3A7BE0), icon.end());  // the color of the icon's tile
 }
 

@@ -43,9 +43,12 @@ void paintPicture(QPainter& painter, const QRectF& rect, const ColoredPicture& p
     painter.restore();
 }
 
+// Task bars show 16 to 48 pixels. The toolkit would offer 128 pixels as well, and painting those takes longer than
+// painting all text of the settings window.
 QIcon windowIcon() {
     return paintedIcon(
-        [picture = applicationIcon()](QPainter& painter, const QRectF& rect) { paintPicture(painter, rect, picture); });
+        [picture = applicationIcon()](QPainter& painter, const QRectF& rect) { paintPicture(painter, rect, picture); },
+        {16, 32, 64});
 }
 
 }  // namespace kovra

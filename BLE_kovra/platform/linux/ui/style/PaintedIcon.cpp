@@ -10,7 +10,8 @@ namespace {
 
 class Engine : public QIconEngine {
   public:
-    explicit Engine(std::function<void(QPainter&, const QRectF&)> paint) : paint_(std::move(paint)) {}
+    Engine(std::function<void(QPainter&, const QRectF&)> paint, QList<QSize> offered)
+        : paint_(std::move(paint)), offered_(std::move(offered)) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override { paint_(*painter, rect); }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
@@ -20,16 +21,20 @@ class Engine : public QIconEngine {
         paint(&painter, QRect(QPoint(), size), mode, state);
         return pixmap;
     }
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override { return offered_; }
     QIconEngine* clone() const override { return new Engine(*this); }
 
   private:
     std::function<void(QPainter&, const QRectF&)> paint_;
+    QList<QSize> offered_;
 };
 
 }  // namespace
 
-QIcon paintedIcon(std::function<void(QPainter& painter, const QRectF& rect)> paint) {
-    return QIcon(new Engine(std::move(paint)));
+QIcon paintedIcon(std::function<void(QPainter& painter, const QRectF& rect)> paint, const QList<int>& offered) {
+    QList<QSize> sizes;
+    for (const int width : offered) sizes.append({width, width});
+    return QIcon(new Engine(std::move(paint), std::move(sizes)));
 }
 
 }  // namespace kovra
