@@ -33,6 +33,7 @@
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
 #include "BLE_kovra/platform/linux/session/DBusActivation.h"
+#include "BLE_kovra/platform/linux/session/DBusFacts.h"
 #include "BLE_kovra/platform/linux/session/InstanceLock.h"
 #include "BLE_kovra/platform/linux/session/LogindSession.h"
 #include "BLE_kovra/platform/linux/session/SdEventApplication.h"
@@ -59,6 +60,12 @@ void adoptLocale() {
     std::setlocale(LC_MESSAGES, "");
     std::setlocale(LC_CTYPE, "");
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+// Returns which tray shows the icon, in the words of DBusFacts.
+const char* trayOf(const kovra::StatusNotifierWatcher& watcher, const kovra::XEmbedTray* embedded) {
+    if (embedded != nullptr && embedded->isShown()) return "embedded";
+    return watcher.hasHost() ? "panel" : "none";
 }
 
 void runApplication() {
@@ -116,10 +123,12 @@ void runApplication() {
         return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, activationToken,
                                                             kovra::iconsBesideProgram(), std::move(popUp));
     }};
+    const kovra::XEmbedTray* embedded = nullptr;  // belongs to the status item, which exists while the loop runs
     if (x) {
         fronts.emplace_back([&](kovra::TrayItem& item) {
             auto front = std::make_unique<kovra::XEmbedTray>(loop, *x, window, item);
             front->follow(watcher);
+            embedded = front.get();
             return front;
         });
     }
@@ -132,6 +141,11 @@ void runApplication() {
     const auto quitListener = window.listen([&](const kovra::ToResident& message) {
         if (std::holds_alternative<kovra::QuitWanted>(message)) application.terminate();
     });
+    const kovra::DBusFacts facts(bus, {.application = [&] { return application.facts(); },
+                                       .hotKey = [&] { return hotKeys.state(); },
+                                       .tray = [&] { return trayOf(watcher, embedded); },
+                                       .sessionBus = &bus.failures(),
+                                       .systemBus = &systemBus.failures()});
     kovra::BuildBundle bundle;
     const kovra::Platform platform{
         application, loop,  hid,     preferences, files,     log,       locale, statusBar,
