@@ -35,9 +35,9 @@ void expectThatMuchHappened(const Census& census) {
     }
 }
 
-class ModelRandomLifeTest : public testing::TestWithParam<int> {};
-
 }  // namespace
+
+class ModelRandomLifeTest : public testing::TestWithParam<int> {};
 
 TEST_P(ModelRandomLifeTest, AgreesWithTheReferenceModel) {
     Census census;

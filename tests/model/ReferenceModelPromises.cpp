@@ -30,10 +30,17 @@ void ReferenceModel::interfaceRemoved(InterfaceID id) {
     const auto removal = record_.remove(id);
     if (!removal) return;
     if (!removal->wasLast) return publish();
-    if (running_) wakes_.emplace(now_ + std::chrono::seconds(2), Job{Job::Kind::wake, 0, {}, {}, *removal});
+    if (!running_) return;
+    Job wake{Job::Kind::wake};
+    wake.removal = *removal;
+    wakes_.emplace(now_ + std::chrono::seconds(2), std::move(wake));
 }
 
-void ReferenceModel::publish() { post({Job::Kind::devices, 0, {}, record_.list()}); }
+void ReferenceModel::publish() {
+    Job job{Job::Kind::devices};
+    job.devices = record_.list();
+    post(std::move(job));
+}
 
 // --- The decision
 

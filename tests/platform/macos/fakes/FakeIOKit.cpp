@@ -44,14 +44,14 @@ io_service_t serviceOf(const FakeInterface& interface) {
                                                                : static_cast<io_service_t>(interface.number);
 }
 
-struct CallBack {
-    IOHIDDeviceCallback function = nullptr;
-    void* context = nullptr;
-};
-
 }  // namespace
 
 struct __IOHIDManager : FakeObject, FakeRunLoop::Source {
+    struct CallBack {
+        IOHIDDeviceCallback function = nullptr;
+        void* context = nullptr;
+    };
+
     __IOHIDManager() : FakeObject(FakeType::manager) { machine.managers.push_back(this); }
     ~__IOHIDManager() override {
         std::erase(machine.managers, this);
@@ -135,7 +135,7 @@ std::vector<std::string> FakeIOKit::takeRequests() { return std::exchange(machin
 
 void FakeIOKit::callWithoutContext() {
     for (const IOHIDManagerRef manager : machine.managers) {
-        for (const CallBack& callBack : {manager->attached, manager->removed}) {
+        for (const auto& callBack : {manager->attached, manager->removed}) {
             callBack.function(nullptr, success, manager, manager->devices.empty() ? nullptr : manager->devices.front());
         }
     }
