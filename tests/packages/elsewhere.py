@@ -14,15 +14,31 @@ from scenario import run
 from waiting import check
 
 
+def without_fakeroot():
+    """Returns the environment of programs that see the real owners of files."""
+    return {name: value for name, value in os.environ.items() if name not in ("FAKEROOTKEY", "LD_PRELOAD")}
+
+
+def is_root():
+    return run("id", "-u", env=without_fakeroot()).strip() == "0"
+
+
+def as_root(*command):
+    """Runs a command and returns its output: as root, or for an ordinary user as root of a user namespace. Unlike under
+    fakeroot, the command can call chroot(), and owners of files are real."""
+    namespace = [] if is_root() else ["unshare", "--map-root-user"]
+    return run(*namespace, *command, env=without_fakeroot())
+
+
 class Elsewhere:
-    """The packages of one of these systems, unpacked. Subclasses build them."""
+    """The packages of one of these systems, and their files unpacked. Subclasses build and install them."""
 
     def __init__(self, built):
         self.folder = pathlib.Path(tempfile.mkdtemp(dir=built.folder, prefix=type(self).__name__))
         self.places = {}
-        archives = self.build(built)
-        check(set(archives) == set(NAMES), f"it builds {archives}")
-        for name, archive in archives.items():
+        self.archives = self.build(built)
+        check(set(self.archives) == set(NAMES), f"it builds {self.archives}")
+        for name, archive in self.archives.items():
             self.places[name] = self.folder / "unpacked" / name
             self.places[name].mkdir(parents=True)
             run("bsdtar", "-xf", archive, "-C", self.places[name])
@@ -50,8 +66,17 @@ class Rpms(Elsewhere):
             run("rpmbuild", stage, "--short-circuit", "--nodeps", "--define", f"_topdir {self.folder}",
                 "--define", "debug_package %{nil}", self.spec)
         found = self.folder.rglob("RPMS/*/*.rpm")
-        self.archives = {re.match(r"(.+)-[^-]+-[^-]+$", path.stem)[1]: path for path in found}
-        return self.archives
+        return {re.match(r"(.+)-[^-]+-[^-]+$", path.stem)[1]: path for path in found}
+
+    def rpm(self, root, *what):
+        # In an empty folder there is no shell for the scripts.
+        as_root("rpm", "--root", root, "--dbpath", "/var/lib/rpm", "--nodeps", "--noscripts", *what)
+
+    def install(self, root):
+        self.rpm(root, "--install", *self.archives.values())
+
+    def remove(self, root):
+        self.rpm(root, "--erase", *NAMES)
 
     def query(self, name, *what):
         return run("rpm", "--dbpath", self.folder / "database", "--query", *what, "--package", self.archives[name])
@@ -96,14 +121,29 @@ class PacmanPackages(Elsewhere):
         for script in build.rglob("cmake_install.cmake"):
             script.write_text(script.read_text().replace(str(built.packages / "source"), str(source)))
         # makepkg refuses to run as root, and starts a fakeroot of its own.
-        environment = {name: value for name, value in os.environ.items() if name not in ("FAKEROOTKEY", "LD_PRELOAD")}
+        environment = without_fakeroot()
         as_user = []
-        if run("id", "-u", env=environment).strip() == "0":
+        if is_root():
             run("chown", "--recursive", "nobody:nogroup", place, env=environment)
             as_user = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
         run(*as_user, "makepkg", "--repackage", "--nodeps", "--noconfirm", cwd=place, env=environment)
         for package in place.glob("*.pkg.tar*"):
             shutil.copy(package, self.folder)
+
+    def pacman(self, root, *what):
+        settings = self.folder / "pacman.conf"
+        settings.write_text("[options]\nArchitecture = auto\nSigLevel = Never\nLocalFileSigLevel = Never\n")
+        folders = (f"--{option}={root}/var/{option}" for option in ("dbpath", "cachedir", "gpgdir", "hookdir"))
+        (root / "var/dbpath").mkdir(parents=True, exist_ok=True)
+        # --nodeps twice ignores the names of needed packages, too. In an empty folder there is no shell for scripts.
+        as_root("pacman", "--root", root, *folders, f"--logfile={root}/var/log", "--config", settings, "--noconfirm",
+                "--noscriptlet", "--nodeps", "--nodeps", *what)
+
+    def install(self, root):
+        self.pacman(root, "--upgrade", *self.archives.values())
+
+    def remove(self, root):
+        self.pacman(root, "--remove", *NAMES)
 
     def fields(self, name, field):
         return re.findall(rf"^{field} = (.*)$", (self.places[name] / ".PKGINFO").read_text(), re.M)

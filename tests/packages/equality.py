@@ -4,12 +4,13 @@ import functools
 import gzip
 import os
 import re
+import shutil
 import stat
 
 from built import NAMES
 from contents import DOCUMENTS
-from elsewhere import PacmanPackages, Rpms
-from root import FLAG, MANAGER
+from elsewhere import PacmanPackages, Rpms, as_root
+from root import FLAG, MANAGER, Root
 from scenario import run, scenario
 from waiting import check
 
@@ -87,6 +88,48 @@ def content(file):
     if data.startswith(b"\x7fELF"):
         return b"a program"
     return gzip.decompress(data) if file.suffix == ".gz" else data
+
+
+# What only one kind of package contains, apart from its own database.
+OWN = re.compile(r"/usr/(share/(doc|licenses)|lib/\.build-id)(/|$)")
+
+
+def placed(place, listing):
+    """Returns the kind, the mode and the owner of each path that packages have put below /usr and /lib in this folder.
+    find runs by the function `listing`."""
+    found = {}
+    for path in ("usr", "lib"):
+        if (place / path).exists():
+            for line in listing("find", place / path, "-printf", "%p\t%y %m %U:%G\n").splitlines():
+                name, _, state = line.partition("\t")
+                name = re.sub("^/lib(?=/|$)", "/usr/lib", name.removeprefix(str(place)))
+                # On this system rpmbuild does not compress manual pages.
+                name = re.sub(r"(/man\d/.*\.\d)$", r"\1.gz", name)
+                if not OWN.match(name):
+                    found[name] = state
+    return found
+
+
+@scenario("Installed by rpm and by pacman, they put the same files and folders in place as dpkg does, with the same "
+          "access rights and owners, and after their removal no file is left.")
+def same_installation(built):
+    debian = Root(built, "same_installation")
+    debian.install(*(built.package(name) for name in NAMES))
+    wanted = placed(debian.path, run)
+    check({path for path, state in wanted.items() if not state.startswith("d")} ==
+          {re.sub("^/lib/", "/usr/lib/", path) for name in NAMES for path in built.files(name) - DOCUMENTS}, wanted)
+    for other in others(built):
+        place = built.folder / f"installed-{type(other).__name__}"
+        (place / "etc").mkdir(parents=True)
+        # rpm gives files of unknown users to root.
+        for users in ("passwd", "group"):
+            shutil.copy(f"/etc/{users}", place / "etc")
+        other.install(place)
+        found = placed(place, as_root)
+        check(found == wanted, f"{type(other).__name__}: {set(found.items()) ^ set(wanted.items())}")
+        other.remove(place)
+        left = {path: state for path, state in placed(place, as_root).items() if not state.startswith("d")}
+        check(not left, f"{type(other).__name__} leaves {left}")
 
 
 @scenario("The RPMs and the packages for pacman have the project's version, its home page and its license.")
