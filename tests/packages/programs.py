@@ -39,7 +39,8 @@ class Machine:
         for old, new in ((SYSTEM_PATH, f"PATH={self._programs}:/usr/sbin:/usr/bin:/sbin:/bin\n"),
                          ("/run/systemd/system", f"{self.folder}/systemd"), ("/proc/", f"{self.folder}/proc/"),
                          ("/usr/libexec/ble-kovra/", f"{self._programs}/"),
-                         ("/usr/libexec/ble-kovra-helper", f"{self._programs}/ble-kovra-helper")):
+                         ("/usr/libexec/ble-kovra-helper", f"{self._programs}/ble-kovra-helper"),
+                         ("/run/openrc", f"{self.folder}/openrc"), ("/etc/init.d", f"{self.folder}/init.d")):
             text = text.replace(old, new)
         self.put(program.name, text)
 
@@ -208,6 +209,28 @@ def manager_starts_the_daemon(built):
     calls = machine.calls.read_text().splitlines()[1:]
     wanted = ["systemd-tmpfiles --create ble-kovra-helper.conf", f"ble-kovra-helper --grant {user}",
               f"start-stop-daemon --start --quiet --oknodo --background --chuid {user}:{user} --exec {helper}"]
+    check(calls == wanted, f"it called {calls}")
+
+
+@scenario("With OpenRC the manager adds the helper's service to those of each boot, and starts it, but only if its "
+          "init script is installed.")
+def manager_starts_by_openrc(built):
+    machine = Machine(built)
+    ordinary_user(machine, 'exec "$@"')
+    (machine.folder / "systemd").rmdir()
+    for program in ("rc-update", "rc-service", "start-stop-daemon", "ble-kovra-helper"):
+        machine.put(program, f"#!/bin/sh\necho {program} $* >>{machine.calls}\n")
+    (machine.folder / "openrc").mkdir()
+    check(machine.run("driver-manager", "activate") == (0, "", ""), "it failed")
+    calls = machine.calls.read_text()
+    check("rc-" not in calls and "start-stop-daemon --start" in calls, f"without the script it called {calls}")
+    (machine.folder / "init.d").mkdir()
+    (machine.folder / "init.d/ble-kovra-helper").touch(mode=0o755)
+    machine.calls.write_text("")
+    check(machine.run("driver-manager", "activate") == (0, "", ""), "it failed")
+    calls = machine.calls.read_text().splitlines()[1:]
+    wanted = ["systemd-tmpfiles --create ble-kovra-helper.conf", "rc-update --quiet add ble-kovra-helper default",
+              "rc-service --quiet ble-kovra-helper restart"]
     check(calls == wanted, f"it called {calls}")
 
 

@@ -12,7 +12,7 @@ import traceback
 TREE = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(TREE / "tests/system/guest"))
 
-import contents, equality, installing, programs, tree  # imported for their scenarios
+import contents, equality, init_script, installing, programs, tree  # imported for their scenarios
 from built import Built
 from scenario import SCENARIOS
 from waiting import Failed, now
