@@ -47,7 +47,8 @@ std::optional<Reply> information(const Arguments& arguments, const char* program
 // Shows bytes that could change the terminal, or that end the line, as question marks.
 std::string inOneLine(std::string_view argument) {
     std::string text(argument);
-    std::ranges::replace_if(text, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
     return text;
 }
 
@@ -77,7 +78,7 @@ Parsed parse(const Arguments& arguments, const std::string& version) {
         if (command.isJson) ++known;
     } else if (name == "doctor") {
         command.kind = Command::Kind::doctor;
-    } else if (std::ranges::find(actions, name) != actions.end()) {
+    } else if (std::find(actions.begin(), actions.end(), name) != actions.end()) {
         command.kind = Command::Kind::action;
         command.action = name;
     } else if (name != "--help" && name != "--version") {

@@ -15,8 +15,12 @@ LANGUAGES = {"ru", "uk", "fr", "de", "es"}
 
 APPLICATION = {
     "/usr/bin/ble-kovra",
+    "/usr/bin/ble-kovractl",
     "/usr/libexec/ble-kovra/ble-kovra-ui",
+    "/usr/share/bash-completion/completions/ble-kovractl",
     "/usr/share/man/man1/ble-kovra.1.gz",
+    "/usr/share/man/man1/ble-kovractl.1.gz",
+    "/usr/share/zsh/vendor-completions/_ble-kovractl",
     f"{ICONS}/scalable/apps/ble-kovra.svg",
     f"{ICONS}/symbolic/apps/ble-kovra-symbolic.svg",
     f"{ICONS}/symbolic/apps/ble-kovra-muted-symbolic.svg",
@@ -120,6 +124,11 @@ def metadata(built):
     for key in ("GenericName", "Comment", "Keywords"):
         spoken = set(re.findall(rf"^{key}\[(\w+)\]=.", entry, re.M))
         check(spoken == LANGUAGES, f"{key} is in {spoken}")
+    for action in re.search(r"^Actions=(.*);$", entry, re.M)[1].split(";"):
+        group = re.search(rf"^\[Desktop Action {action}\]\n((?:[^\[\n].*\n)+)", entry, re.M)[1]
+        spoken = set(re.findall(r"^Name\[(\w+)\]=.", group, re.M))
+        check(spoken == LANGUAGES, f"the action {action} is in {spoken}")
+        check(f"\nExec=ble-kovractl {action}\n" in group, group)
     metainfo = (place / METAINFO[1:]).read_text()
     policy = (built.unpacked("ble-kovra-helper") / POLICY[1:]).read_text()
     for text, tags in ((metainfo, ("summary", "p")), (policy, ("description", "message"))):
@@ -137,11 +146,33 @@ def manual(built):
                 check(output == "", f"{page.name}: {output}")
 
 
+@scenario("The shells complete every command of ble-kovractl, and its arguments.")
+def completions(built):
+    place = built.unpacked("ble-kovra")
+    help_text = run(place / "usr/bin/ble-kovractl", "--help")
+    commands = set(re.findall(r"^  (\w+(?: \| \w+)*)", help_text, re.M))
+    commands = {word for each in commands for word in each.split(" | ")} | {"--help", "--version"}
+    check({"status", "doctor", "toggle", "on", "off", "settings", "quit"} <= commands, help_text)
+    bash = place / "usr/share/bash-completion/completions/ble-kovractl"
+
+    def completed(*words):
+        script = ('. "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _ble_kovractl;'
+                  ' printf "%s\\n" "${COMPREPLY[@]}"')
+        return set(run("bash", "-c", script, "bash", bash, "ble-kovractl", *words).split())
+    check(completed("") == commands, f"bash completes {completed('')}")
+    check(completed("se") == {"settings"}, f"bash completes {completed('se')}")
+    check(completed("status", "") == {"--json"}, f"bash completes {completed('status', '')}")
+    check(completed("toggle", "") == set(), f"bash completes {completed('toggle', '')}")
+    zsh = (place / "usr/share/zsh/vendor-completions/_ble-kovractl").read_text()
+    found = set(re.findall(r"^    '(\w+):", zsh, re.M)) | set(re.findall(r"'(--(?:help|version))\[", zsh))
+    check(zsh.startswith("#compdef ble-kovractl\n") and found == commands, f"zsh completes {found}")
+
+
 @scenario("The programs are hardened as Debian requires.")
 def hardening(built):
     application, helper = (built.unpacked(name) for name in NAMES)
-    for program in (application / "usr/bin/ble-kovra", application / "usr/libexec/ble-kovra/ble-kovra-ui",
-                    helper / "usr/libexec/ble-kovra-helper"):
+    for program in (application / "usr/bin/ble-kovra", application / "usr/bin/ble-kovractl",
+                    application / "usr/libexec/ble-kovra/ble-kovra-ui", helper / "usr/libexec/ble-kovra-helper"):
         output = run("readelf", "--wide", "--file-header", "--dynamic", program)
         check(re.search(r"Type:\s+DYN", output), f"{program.name} is not position-independent")
         check("BIND_NOW" in output and not re.search(r"RUNPATH|RPATH", output), f"{program.name}: {output}")

@@ -62,9 +62,10 @@ def components(built):
         "-DBUILD_TESTING=OFF", "-DCMAKE_INSTALL_PREFIX=/usr")
     targets = run("ninja", "-C", build, "-t", "targets", "all")
     check("ble-kovra-ui:" in targets and "ble-kovra-helper" not in targets, "the build has the helper's targets")
-    for name in ("ble-kovra", "ble-kovra-ui"):
+    for name in ("ble-kovra", "ble-kovractl", "ble-kovra-ui"):
         shutil.copy(built.build / name, build)
     shutil.copytree(built.build / "icons", build / "icons")
     found = install(build, built.folder / "without-helper-installed")
-    wanted = without_compression(APPLICATION)
+    # Only Debian's zsh looks for completions in a folder of its own.
+    wanted = {path.replace("/vendor-completions/", "/site-functions/") for path in without_compression(APPLICATION)}
     check(found == wanted, f"lacking: {wanted - found}, too many: {found - wanted}")

@@ -167,6 +167,13 @@ LINUX_PROGRAM = (
     ),
     Room(LINUX + "wire", VALUES, linux("nlohmann/.*"), own_system=True),
 )
+# ble-kovractl judges touchpads by the helper's own rules.
+CONTROL_PROGRAM = Room(
+    LINUX + "control",
+    VALUES + POSIX_ROOM + CONTROL + linux_rooms(["loop", "bus", "desktop", "session"])
+    + (r"helper/pads/(InputDevices|PadRules)\.h",),
+    linux("systemd/sd-bus.h", "systemd/sd-login.h", "libudev.h"), own_system=True,
+)  # fmt: skip
 UI_PROGRAM = tuple(
     Room(LINUX + name, VALUES + linux_rooms(neighbours), anything, own_system=True)
     for name, neighbours in UI_ROOMS.items()
@@ -229,6 +236,8 @@ def whole_application(folder):
 TESTS = (
     *(tests_of(room) for room in (*PROGRAM, HELPER)),
     *(tests_of_linux(room) for room in LINUX_PROGRAM),
+    tests_of(CONTROL_PROGRAM, everything_in("tests/platform/linux/bus", "tests/platform/linux/session", "tests/helper/pads",
+                                            "helper"), any_but_qt),
     tests_of(POSIX_PROGRAM, linux_rooms(["loop"]) + everything_in("tests/platform/linux/loop"), any_but_qt),
     # These tests start the resident program as a process.
     Room("tests/platform/linux", linux_rooms(["bus"]) + TEST_TOOLS, with_google_test(any_but_qt)),
@@ -262,7 +271,7 @@ BENCHMARKS = (
 
 # ROOTS is first, since room_of() takes the first of several rooms with the same folder.
 ROOMS = (
-    *ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS
+    *ROOTS, *PROGRAM, POSIX_PROGRAM, *LINUX_PROGRAM, CONTROL_PROGRAM, *UI_PROGRAM, *MACOS_PROGRAM, ICONS, BUNDLE, HELPER, *TESTS, *BENCHMARKS
 )  # fmt: skip
 
 # A file that includes one of these headers counts as including the project headers that they include.

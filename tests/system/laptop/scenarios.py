@@ -7,7 +7,7 @@ from running import run_all
 
 # The modules of each machine. The machines take about equally long.
 MODULES = {
-    "laptop": ["ground", "muting", "ends", "switching", "attacks", "storms", "floods", "left_files",
+    "laptop": ["ground", "muting", "control", "ends", "switching", "attacks", "storms", "floods", "left_files",
                "hidden_processes", "hanging", "bad_days", "sleeping"],
     "installation": ["versions", "walls_of_the_helper", "installed", "activation", "packages", "upgrades"],
 }

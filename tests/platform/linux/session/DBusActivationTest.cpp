@@ -92,11 +92,14 @@ class DBusActivationTest : public testing::Test {
     SessionBus bus_{loop_};
     std::vector<std::string> tokens_;
     std::vector<std::pair<ApplicationAction, std::string>> requests_;
+    bool wasInDispatch_ = false;
     FakeLog log_;
     const InstanceLock noLock_{""};
-    SingleInstance first_{
-        bus_, noLock_, log_, [this](const std::string& token) { tokens_.push_back(token); },
-        [this](ApplicationAction action, const std::string& token) { requests_.emplace_back(action, token); }};
+    SingleInstance first_{bus_, noLock_, log_, [this](const std::string& token) { tokens_.push_back(token); },
+                          [this](ApplicationAction action, const std::string& token) {
+                              wasInDispatch_ = wasInDispatch_ || sd_event_get_state(loop_.event()) == SD_EVENT_RUNNING;
+                              requests_.emplace_back(action, token);
+                          }};
     BusHandle other_;
 };
 
@@ -191,6 +194,7 @@ TEST_F(DBusActivationTest, PassesOnTheActionsThatOtherProgramsAskForFromTheQueue
                                                                       {ApplicationAction::off, "of off"},
                                                                       {ApplicationAction::settings, "of settings"},
                                                                       {ApplicationAction::quit, "of quit"}}));
+    EXPECT_FALSE(wasInDispatch_);
     EXPECT_TRUE(tokens_.empty());
 }
 
