@@ -22,7 +22,7 @@ NO_CODE = re.compile(r'R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|//[^\n]*|/\*.*?\*/'
 # The headers, and the names that each of them gives.
 TABLE = """
 algorithm: all_of any_of clamp copy count count_if equal find find_first_of find_if max min ranges remove remove_if
-algorithm: replace reverse rotate shuffle sort stable_partition upper_bound
+algorithm: replace replace_if reverse rotate shuffle sort stable_partition upper_bound
 array: array to_array
 atomic: atomic
 cctype: toupper
