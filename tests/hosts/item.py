@@ -81,6 +81,22 @@ class Item:
         return self.entries()[position].checked
 
 
+class Program:
+    """The program's own object on the session bus, which ble-kovractl uses, too."""
+
+    PATH = "/org/ble_kovra/BLEKovra"
+
+    def __init__(self, connection):
+        self._bus = Caller(connection)
+
+    def property(self, which):
+        return self._bus.property(PROGRAM, self.PATH, PROGRAM, which)
+
+    def perform(self, action):
+        self._bus.call(PROGRAM, self.PATH, "org.freedesktop.Application", "ActivateAction",
+                       GLib.Variant("(sava{sv})", (action, [], {})))
+
+
 def item_of_program(connection):
     """Returns the program's item by the program's name on the bus, so that no watcher is needed."""
     return Item(connection, PROGRAM, "/StatusNotifierItem")

@@ -1,6 +1,7 @@
 """Scenarios of the status item. Each runs on all panels that show items, or only on the panel `only_on`."""
 
 import look
+from item import Program
 from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
 from waiting import check, now, stay_until, wait_for
 from world import World
@@ -41,6 +42,23 @@ def read_over_the_bus(world):
     check(shortcuts == wanted, f"the shortcuts are {shortcuts}")
     again = world.item.properties_of_entries([entry.number for entry in entries])
     check(again == {entry.number: entry.properties for entry in entries}, f"queried by number they are {again}")
+
+
+@scenario("The program reports over the bus which tray shows its icon and who has the hot key, and performs actions.")
+def asked_over_the_bus(world):
+    world.start(muted=True)
+    program = Program(world.desktop.bus)
+    check(program.property("Tray") == "panel", f"the tray is {program.property('Tray')}")
+    # sway has no portal for shortcuts, and so no key for the program.
+    wanted = "unavailable" if world.panel.name == "waybar" else "ours"
+    wait_for(lambda: program.property("HotKey") == wanted, f"the hot key to be {wanted}")
+    check(program.property("SessionBusFailures") == [], f"failures: {program.property('SessionBusFailures')}")
+    for action, muted in (("toggle", False), ("toggle", True), ("off", False), ("off", False), ("on", True)):
+        program.perform(action)
+        world.expect_switch(muted)
+        check(program.property("Enabled") == muted and program.property("Muting") == muted, f"after {action}")
+    program.perform("quit")
+    world.expect_quit()
 
 
 @scenario("The menu is available in each of the six languages.")
@@ -173,6 +191,8 @@ def legible(world):
           only_on="trayer")
 def embedded(world):
     world.start(muted=False)
+    tray = Program(world.desktop.bus).property("Tray")
+    check(tray == "embedded", f"the program reports {tray}")
     plain = world.settled(lambda picture: True, "a still picture")
     for button in (1, 3):
         unchecked = _glance(world, button)
