@@ -137,6 +137,11 @@ std::function<void()> AppDelegate::hotKeyHandler() {
         platform.mainQueue.async([weak, &platform] {
             if (const auto self = weak.lock()) self->state_.isEnabled.set(!self->state_.isEnabled.get());
             platform.application.beep();
+            // After the block that the change has queued, which decides.
+            platform.mainQueue.async([weak] {
+                if (const auto self = weak.lock())
+                    self->requireStatusItem().announce(self->statusText(self->state_.blocking.get()));
+            });
         });
     };
 }
@@ -176,6 +181,7 @@ void AppDelegate::openSettings() {
     if (!settingsWindow_) {
         settingsWindow_ = std::make_unique<SettingsWindow>(platform_.windows, platform_.mainQueue, state_, texts_);
     }
+    if (!settingsWindow_->isVisible()) settingsWindow_->setAdvice(nextAdvice());
     platform_.application.activateIgnoringOtherApps();
     settingsWindow_->makeKeyAndOrderFront();
 }
@@ -221,7 +227,18 @@ void AppDelegate::showIcon(bool muted) const {
     if (button == nullptr) return;
     button->setImage(makeIcon(muted));
     if (button->hasImage()) button->setImageIsTemplate(true);
-    button->setToolTip(texts_.text(muted ? "status.blocked" : "status.active"));
+    button->setToolTip(statusText(muted));
+}
+
+std::string AppDelegate::statusText(bool muted) const {
+    return texts_.text(muted ? "status.blocked" : "status.active");
+}
+
+std::string AppDelegate::nextAdvice() const {
+    if (state_.defaults.boolean(state_.kAdviceShown)) return {};
+    std::string advice = platform_.statusBar.advice();
+    if (!advice.empty()) state_.defaults.set(state_.kAdviceShown, true);
+    return advice;
 }
 
 StatusItem& AppDelegate::requireStatusItem() const {

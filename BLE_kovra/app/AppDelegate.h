@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "BLE_kovra/core/AppState.h"
@@ -80,13 +81,17 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     template <typename T>
     void saveOnChange(Published<T>& property, Work save);
 
-    // Returns a handler that toggles the switch and beeps, one queue turn after the press. After the delegate has been
-    // destroyed, the handler only beeps.
+    // Returns a handler that toggles the switch and beeps, one queue turn after the press. It announces the new status
+    // after the decision. After the delegate has been destroyed, the handler only beeps.
     std::function<void()> hotKeyHandler();
     // Returns a menu action that calls `work` while the delegate exists, and does nothing afterwards.
     std::function<void()> action(void (AppDelegate::*work)());
     MenuItemState launchAtLoginState() const;
     void showIcon(bool muted) const;
+    std::string statusText(bool muted) const;
+    // Returns the key of the advice that the settings window shows until it is closed, or an empty text. An advice is
+    // returned once, ever.
+    std::string nextAdvice() const;
     // Returns the status item. Aborts if setupStatusItem() was not called before.
     StatusItem& requireStatusItem() const;
 

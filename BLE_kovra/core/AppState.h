@@ -46,6 +46,7 @@ class AppState {
     const std::string kSelected = "selectedDeviceIDs";
     const std::string kEnabled = "isEnabled";
     const std::string kMode = "blockMode";
+    const std::string kAdviceShown = "trayAdviceShown";  // no choice of the user: the window has shown the advice
 
     void saveSelected() const;
     void saveMode() const;

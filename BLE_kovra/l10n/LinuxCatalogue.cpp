@@ -66,6 +66,14 @@ const L10n::Catalogue& L10n::linuxStrings() {
             "Damit BLE-kovra das Trackpad deaktivieren kann, müssen Sie den Dienst aus dem Paket ble-kovra-helper einmal aktivieren.\n\nNach dem Klick auf „Aktivieren“ werden Sie nach dem Passwort eines Administrators gefragt. Danach wird der Dienst aktiviert und gestartet.\n\nDas ist sicher: Der Dienst deaktiviert nur das integrierte Trackpad und schaltet es wieder ein, wenn BLE-kovra beendet wird.",
             "Para que BLE-kovra pueda silenciar el trackpad, debes activar una vez el servicio del paquete ble-kovra-helper.\n\nDespués de pulsar «Activar», se te pedirá la contraseña de un administrador. A continuación, el servicio se activará y se iniciará.\n\nEs seguro: el servicio solo silencia el trackpad integrado y lo reactiva cuando sales de BLE-kovra.",
         })},
+        {"tray.advice", texts({
+            "GNOME shows the icon of BLE-kovra only with an extension: install the package gnome-shell-extension-appindicator, log in again and turn on AppIndicator in the app “Extensions”.",
+            "GNOME показывает значок BLE-kovra только с расширением: установите пакет gnome-shell-extension-appindicator, войдите в систему заново и включите AppIndicator в приложении «Расширения».",
+            "GNOME показує значок BLE-kovra лише з розширенням: установіть пакунок gnome-shell-extension-appindicator, увійдіть у систему знову й увімкніть AppIndicator у застосунку «Розширення».",
+            "GNOME n’affiche l’icône de BLE-kovra qu’avec une extension : installez le paquet gnome-shell-extension-appindicator, reconnectez-vous et activez AppIndicator dans l’application « Extensions ».",
+            "GNOME zeigt das Symbol von BLE-kovra nur mit einer Erweiterung: Installieren Sie das Paket gnome-shell-extension-appindicator, melden Sie sich neu an und schalten Sie AppIndicator in der App „Erweiterungen“ ein.",
+            "GNOME solo muestra el icono de BLE-kovra con una extensión: instala el paquete gnome-shell-extension-appindicator, vuelve a iniciar sesión y activa AppIndicator en la aplicación «Extensiones».",
+        })},
     });
     return instance;
 }

@@ -36,6 +36,9 @@ class StatusItem {
     virtual void setMenu(Menu menu) = 0;
     // Sets the check mark of a menu item. Does nothing without a menu or an item with this tag.
     virtual void setState(int tag, MenuItemState state) = 0;
+
+    // Shows the text to the user for a moment if no bar shows the item. Does nothing on systems that always have a bar.
+    virtual void announce(const std::string& /*text*/) {}
 };
 
 // The desktop's bar of status items: a menu bar or tray.
@@ -46,6 +49,10 @@ class StatusBar {
     virtual ~StatusBar() = default;
     // The item stays in the bar until it is destroyed.
     virtual std::unique_ptr<StatusItem> statusItem(double length) = 0;
+
+    // Returns the key of the text that tells the user how to get a bar, if there is none and the user can get one.
+    // Returns an empty text otherwise.
+    virtual std::string advice() const { return {}; }
 };
 
 }  // namespace kovra

@@ -22,6 +22,9 @@ struct LaunchedRig : Computer, AppRig {
         launch();
         queue.run();
     }
+
+    // What the item has shown to a user without a bar.
+    const Texts& announced() const { return statusBar.announced; }
 };
 
 const DeviceDescription mouse = aMouse("Wireless Mouse").ids(4660, 22136);
@@ -163,11 +166,28 @@ TEST(AppDelegateTest, TogglesTheSwitchThenBeepsAtTheHotKey) {
     EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 1U);
 }
 
+TEST(AppDelegateTest, AnnouncesTheNewStatusAtTheHotKeyAfterTheDecision) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_EQ(rig.announced(), Texts{});
+    rig.hotKeys.press();
+    rig.queue.run();
+    EXPECT_EQ(rig.announced(), Texts{"Trackpad active"});
+    rig.hotKeys.press();
+    rig.queue.run();
+    EXPECT_EQ(rig.announced(), (Texts{"Trackpad active", "Trackpad muted"}));
+    rig.delegate->toggleEnabled();
+    rig.queue.run();
+    EXPECT_EQ(rig.announced().size(), 2U);  // the menu announces nothing
+}
+
 TEST(AppDelegateTest, OnlyBeepsAtTheHotKeyAfterItsDestruction) {
     LaunchedRig rig;
     rig.delegate.reset();
     rig.hotKeys.press();
     rig.queue.run();
+    EXPECT_EQ(rig.announced(), Texts{});
     EXPECT_EQ(rig.application.beeps, 1);
     EXPECT_TRUE(rig.state.isEnabled.get());
 }

@@ -35,6 +35,7 @@ class FakeStatusBar : public StatusBar {
         const MenuItem* item = menu ? menu->itemWithTag(tag) : nullptr;
         return item == nullptr ? std::nullopt : item->state;
     }
+    std::string advice() const override { return adviceKey; }
     bool hasSlash() const { return image && image->strokes.size() == 3; }
 
     // What this desktop can do.
@@ -42,6 +43,7 @@ class FakeStatusBar : public StatusBar {
     bool hasButton = true;
     bool makesImages = true;
     bool keepsMenus = true;
+    std::string adviceKey;  // empty if the user needs no advice
 
     // What the item shows, and the lengths that were requested for it.
     int items = 0;  // the number of items in the bar
@@ -51,6 +53,7 @@ class FakeStatusBar : public StatusBar {
     std::string toolTip;
     std::optional<Menu> menu;
     std::vector<std::string> calls;
+    std::vector<std::string> announced;
 
   private:
     class Item : public StatusItem, public StatusBarButton {
@@ -69,6 +72,7 @@ class FakeStatusBar : public StatusBar {
             bar_.calls.push_back("tag " + std::to_string(tag) + (state == MenuItemState::on ? " on" : " off"));
             if (MenuItem* item = bar_.menu ? bar_.menu->itemWithTag(tag) : nullptr) item->state = state;
         }
+        void announce(const std::string& text) override { bar_.announced.push_back(text); }
         void setImage(const Drawing& given) override {
             bar_.calls.emplace_back(given.strokes.size() == 3 ? "slashed image" : "plain image");
             bar_.imageIsTemplate = false;

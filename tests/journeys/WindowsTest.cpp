@@ -83,6 +83,40 @@ TEST(WindowsTest, StartingTheProgramAgainOpensTheSettings) {
     EXPECT_TRUE(desk.windows.isVisible);
 }
 
+TEST(WindowsTest, TheAdviceIsShownUntilTheWindowIsClosedAndNeverAgain) {
+    const std::string advice = "a key without a text";  // so it is its own text
+    Computer computer;
+    computer.statusBar.adviceKey = advice;
+    {
+        AppRig rig(computer);
+        const auto isShown = [&] { return ViewDump::of(computer.windows.shown).find(advice) != std::string::npos; };
+        rig.delegate->openSettings();
+        EXPECT_TRUE(isShown());
+        rig.state.isEnabled.set(false);
+        computer.queue.run();
+        rig.delegate->openSettings();  // comes to the front
+        computer.queue.run();
+        EXPECT_TRUE(isShown());
+        computer.windows.close();
+        rig.delegate->openSettings();
+        EXPECT_FALSE(isShown());
+    }
+    computer.queue.restart();
+    AppRig next(computer);
+    next.delegate->openSettings();
+    EXPECT_EQ(ViewDump::of(computer.windows.shown).find(advice), std::string::npos);
+}
+
+TEST(WindowsTest, WithoutAnAdviceNothingIsSavedAtTheOpening) {
+    Desk desk;
+    desk.choose(settings);
+    EXPECT_TRUE(desk.preferences.saves.empty());
+    desk.windows.close();
+    desk.statusBar.adviceKey = "a later advice";
+    desk.choose(settings);
+    EXPECT_TRUE(desk.windowSays("a later advice"));
+}
+
 TEST(WindowsTest, AMouseTickedInTheWindowIsSavedAndMutes) {
     Desk desk;
     desk.hid.attach(mouse);

@@ -114,6 +114,7 @@ LINUX_ROOMS = {
     "hotkeys": (("loop", "bus", "x11", "session", "desktop"), ("systemd/sd-bus.h", "xcb/.*")),
     "windows": (("loop", "session", "desktop", "wire"), ()),
     "tray": (("loop", "bus", "x11", "session", "desktop", "windows", "wire"), ("systemd/sd-bus.h", "xcb/.*")),
+    "start": (("loop", "bus", "x11", "session", "desktop", "windows", "wire", "tray"), ("systemd/sd-bus.h", "xcb/.*")),
 }
 # The rooms of the window process: for each, the other rooms that it may use.
 UI_ROOMS = {

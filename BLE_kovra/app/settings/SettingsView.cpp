@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "BLE_kovra/app/MailLink.h"
 #include "BLE_kovra/core/AppState.h"
@@ -53,21 +54,22 @@ View SettingsView::body() const {
         if (const auto chosen = AppState::modeFromRawValue(tag)) state.mode.set(*chosen);
     };
 
-    return column(14, {text(texts_.text("settings.title")).font(Font::headline),
-                       View{block, {text(texts_.text("block"))}, {}, {}}.font(Font::body),
-                       {mode, {}, {}, {}},
-                       {Divider{}, {}, {}, {}},
-                       text(texts_.text("settings.chooseMouse")).font(Font::subheadline, true),
-                       text(texts_.text("settings.hint"))
-                           .font(Font::caption)
-                           .foregroundColor(Color::secondary)
-                           .fixedSize(false, true),
-                       deviceArea(),
-                       {Divider{}, {}, {}, {}},
-                       statusLine(),
-                       footer()})
-        .padding(edge)
-        .frame({.width = windowWidth});
+    std::vector<View> parts{text(texts_.text("settings.title")).font(Font::headline),
+                            View{block, {text(texts_.text("block"))}, {}, {}}.font(Font::body),
+                            {mode, {}, {}, {}},
+                            {Divider{}, {}, {}, {}},
+                            text(texts_.text("settings.chooseMouse")).font(Font::subheadline, true),
+                            caption("settings.hint"),
+                            deviceArea(),
+                            {Divider{}, {}, {}, {}},
+                            statusLine()};
+    if (!advice_.empty()) parts.push_back(caption(advice_));
+    parts.push_back(footer());
+    return column(14, std::move(parts)).padding(edge).frame({.width = windowWidth});
+}
+
+View SettingsView::caption(const std::string& key) const {
+    return text(texts_.text(key)).font(Font::caption).foregroundColor(Color::secondary).fixedSize(false, true);
 }
 
 View SettingsView::deviceArea() const {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <utility>
+
 #include "BLE_kovra/platform/View.h"
 
 namespace kovra {
@@ -17,10 +20,14 @@ class SettingsView {
     // `state` and `texts` must outlive this object and the views that it returns.
     SettingsView(AppState& state, const L10n& texts) : state_(state), texts_(texts) {}
 
+    // Adds the text of this key above the footer; an empty key removes it.
+    void setAdvice(std::string key) { advice_ = std::move(key); }
+
     // Returns the content for the current state.
     View body() const;
 
   private:
+    View caption(const std::string& key) const;  // wraps to the width of the window
     View deviceArea() const;
     View deviceRow(const HIDDeviceInfo& device) const;
     View statusLine() const;
@@ -28,6 +35,7 @@ class SettingsView {
 
     AppState& state_;
     const L10n& texts_;
+    std::string advice_;
 };
 
 }  // namespace kovra

@@ -21,6 +21,8 @@ SettingsWindow::SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& 
     observe(state.blocking);
 }
 
+bool SettingsWindow::isVisible() const { return window_->isVisible(); }
+
 void SettingsWindow::makeKeyAndOrderFront() {
     if (!window_->isVisible()) window_->setContent(view_.body());
     window_->makeKeyAndOrderFront();

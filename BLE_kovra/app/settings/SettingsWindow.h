@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "BLE_kovra/app/settings/SettingsView.h"
@@ -23,6 +25,9 @@ class SettingsWindow {
     SettingsWindow(const SettingsWindow&) = delete;
     SettingsWindow& operator=(const SettingsWindow&) = delete;
 
+    bool isVisible() const;
+    // Shows the text of this key above the footer from the next opening on; an empty key removes it.
+    void setAdvice(std::string key) { view_.setAdvice(std::move(key)); }
     void makeKeyAndOrderFront();
 
   private:

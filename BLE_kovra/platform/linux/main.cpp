@@ -40,6 +40,9 @@
 #include "BLE_kovra/platform/linux/session/SessionEvents.h"
 #include "BLE_kovra/platform/linux/session/SingleInstance.h"
 #include "BLE_kovra/platform/linux/session/TimeLimitedLoginService.h"
+#include "BLE_kovra/platform/linux/start/StatusNotice.h"
+#include "BLE_kovra/platform/linux/start/TrayPresence.h"
+#include "BLE_kovra/platform/linux/start/UserStart.h"
 #include "BLE_kovra/platform/linux/tray/StatusNotifierFront.h"
 #include "BLE_kovra/platform/linux/tray/TrayPopup.h"
 #include "BLE_kovra/platform/linux/tray/TrayStatusBar.h"
@@ -83,15 +86,19 @@ void runApplication() {
     const kovra::InstanceLock lock(kovra::standardLockPath());
     kovra::SessionBus bus(loop);
     kovra::ActivationToken activationToken;
+    std::optional<kovra::UserStart> userStart;
     const kovra::SingleInstance instance(
         bus, lock, log,
         [&](const std::string& token) {
             activationToken.provide(token);
             application.reopen();
+            if (userStart) userStart->startedAgain(token);
         },
         [&](kovra::ApplicationAction action, const std::string& token) {
-            if (action == kovra::ApplicationAction::settings) activationToken.provide(token);
+            const bool opensWindow = action == kovra::ApplicationAction::settings;
+            if (opensWindow) activationToken.provide(token);
             application.perform(action);
+            if (opensWindow && userStart) userStart->startedAgain(token);
         });
     if (instance.isSecond()) return;
 
@@ -110,7 +117,8 @@ void runApplication() {
 
     kovra::TimeLimitedLoginService login(std::make_shared<kovra::XdgLoginService>(kovra::ownProgram()));
 
-    activationToken.provide(kovra::DBusActivation::takeOwnToken());
+    const std::string ownToken = kovra::DBusActivation::takeOwnToken();
+    activationToken.provide(ownToken);
     kovra::StatusNotifierWatcher watcher(bus);
     kovra::WindowProcess window(loop, kovra::windowProgram);
     std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {
@@ -132,7 +140,12 @@ void runApplication() {
             return front;
         });
     }
-    kovra::TrayStatusBar statusBar(loop, std::move(fronts));
+    const kovra::TrayPresence tray(watcher, window);
+    kovra::StatusNotice notice(bus, tray);
+    kovra::TrayStatusBar statusBar(
+        loop, std::move(fronts),
+        {.announce = [&](const std::string& text) { notice.show(text); }, .advice = [&] { return tray.advice(); }});
+    userStart.emplace(kovra::UserStart::Desk{loop, application, x.get(), watcher, window, activationToken}, ownToken);
 
     kovra::PosixProcessRunner processes(loop);
     kovra::XdgWorkspace workspace(loop);

@@ -22,7 +22,11 @@ constexpr std::size_t blockToggle = 1, modePicker = 2, deviceArea = 6, statusLin
 struct ViewRig {
     explicit ViewRig(const char* language = "en") : texts({language}) {}
 
-    View body() const { return SettingsView(state, texts).body(); }
+    View body() const {
+        SettingsView view(state, texts);
+        view.setAdvice(advice);
+        return view.body();
+    }
     std::string dump() const { return ViewDump::of(body()); }
     std::string dump(std::size_t child) const { return ViewDump::of(body().children.at(child)); }
 
@@ -31,6 +35,7 @@ struct ViewRig {
         std::get<Toggle>(viewAt(view, {std::to_string(deviceArea), "0", id}).kind).set(isOn);
     }
 
+    std::string advice;
     FakePreferences preferences;
     mutable AppState state{preferences};
     L10n texts;
@@ -72,6 +77,18 @@ TEST(SettingsViewTest, ReadsFromTopToBottomLikeTheWindow) {
     "Developed by: Tamsin Orlek ·"
     link "support@ble-kovra.example" to mailto:support@ble-kovra.example
 )");
+}
+
+TEST(SettingsViewTest, HasAnAdviceAboveTheFooter) {
+    ViewRig rig;
+    rig.advice = "status.blocked";
+    EXPECT_NE(rig.dump().find(R"(
+    "Trackpad active" | caption | secondary
+  "Trackpad muted" | caption | secondary | fixed vertically
+  row center spacing 4 | caption2)"),
+              std::string::npos);
+    rig.advice = "";
+    EXPECT_EQ(rig.dump().find("Trackpad muted"), std::string::npos);
 }
 
 TEST(SettingsViewTest, ShowsATextIfThereIsNoDevice) {

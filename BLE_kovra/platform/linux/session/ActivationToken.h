@@ -12,12 +12,22 @@ class ActivationToken {
     // Replaces the previous token. A token of more than `longest` bytes, which no desktop issues, counts as empty.
     void provide(std::string token) { token_ = token.size() <= longest ? std::move(token) : std::string(); }
     // Returns the token and removes it. Returns an empty text if there is none.
-    std::string take() { return std::exchange(token_, {}); }
+    std::string take() {
+        used_ = std::exchange(token_, {});
+        return used_;
+    }
+    // Returns whether this token is the last one that was taken for a window.
+    bool isUsed(const std::string& token) const { return used_ == token; }
+    // Removes this token if it is still there. Call this function when the desktop no longer accepts it.
+    void forget(const std::string& token) {
+        if (token_ == token) token_.clear();
+    }
 
   private:
     static constexpr std::size_t longest = 1024;
 
     std::string token_;
+    std::string used_;
 };
 
 }  // namespace kovra

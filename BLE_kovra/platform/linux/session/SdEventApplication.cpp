@@ -11,6 +11,7 @@ void SdEventApplication::run(ApplicationDelegate& delegate) {
     delegate_ = &delegate;
     try {
         delegate.applicationDidFinishLaunching();
+        launches_.call();
         loop_.run();
     } catch (...) {
         terminate();

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 
 #include "BLE_kovra/platform/Application.h"
+#include "BLE_kovra/platform/linux/loop/Listeners.h"
 
 namespace kovra {
 
@@ -24,6 +26,12 @@ class SdEventApplication : public Application {
     void terminate() override;
     void beep() override;
 
+    // Listeners are called once, when the launch has ended: its last step may have waited for the user's answer.
+    using Launches = Listeners<>;
+    [[nodiscard]] Launches::Token listenForLaunch(Launches::Listener listener) {
+        return launches_.add(std::move(listener));
+    }
+
     // Call this function when the user has started the program again while it is running.
     void reopen();
     // Call this function when a refused write of the flag may succeed now.
@@ -36,6 +44,7 @@ class SdEventApplication : public Application {
   private:
     SdEventLoop& loop_;
     ApplicationDelegate* delegate_ = nullptr;
+    Launches launches_;
 };
 
 }  // namespace kovra

@@ -19,7 +19,7 @@ StatusNotifierWatcher::StatusNotifierWatcher(SessionBus& bus)
 
 void StatusNotifierWatcher::setItem(std::string busName) {
     item_ = std::move(busName);
-    isRegistered_ = false;
+    isRegistered_ = isAccepted_ = false;
     registerItem();
 }
 
@@ -27,7 +27,7 @@ void StatusNotifierWatcher::busChanged(BusConnection* bus) {
     bus_ = bus;
     if (bus == nullptr) {
         for (BusToken* token : {&owner_, &hostRegistered_, &hostUnregistered_, &registration_, &query_}) token->reset();
-        isRegistered_ = false;
+        isRegistered_ = isAccepted_ = isAnswered_ = false;
         setHasHost(false);
         return;
     }
@@ -47,12 +47,13 @@ void StatusNotifierWatcher::subscribe() {
 }
 
 void StatusNotifierWatcher::ownerChanged(bool isPresent) {
-    isRegistered_ = false;
+    isRegistered_ = isAccepted_ = false;
     if (isPresent) {
         registerItem();
         queryHost();
     } else {
         query_.reset();
+        isAnswered_ = true;
         setHasHost(false);
     }
 }
@@ -68,7 +69,9 @@ void StatusNotifierWatcher::registerItem() {
     registration_ = bus_->call(
         {name, path, interface, "RegisterStatusNotifierItem"}, [this](BusWriter& arguments) { arguments.text(item_); },
         [this](sd_bus_message* answer) {
-            if (sd_bus_message_is_method_error(answer, nullptr) > 0) isRegistered_ = false;
+            isAccepted_ = sd_bus_message_is_method_error(answer, nullptr) <= 0;
+            isRegistered_ = isAccepted_;
+            updateIcon();
         });
 }
 
@@ -82,12 +85,21 @@ void StatusNotifierWatcher::queryHost() {
             const bool isRead = sd_bus_message_is_method_error(answer, nullptr) <= 0 &&
                                 sd_bus_message_read(answer, "v", "b", &hasHost) > 0;
             if (isRead) registerItem();  // a watcher may have started between the registration and the subscriptions
+            isAnswered_ = true;
             setHasHost(isRead && hasHost != 0);
         });
 }
 
 void StatusNotifierWatcher::setHasHost(bool hasHost) {
     if (std::exchange(hasHost_, hasHost) != hasHost) hosts_.call(hasHost);
+    updateIcon();
+}
+
+void StatusNotifierWatcher::updateIcon() {
+    Icon icon = Icon::unknown;
+    if (hasHost_ && isAccepted_) icon = Icon::shown;
+    if (!hasHost_ && isAnswered_) icon = Icon::notShown;
+    if (std::exchange(icon_, icon) != icon) icons_.call();
 }
 
 }  // namespace kovra

@@ -21,6 +21,13 @@ class StatusNotifierWatcher {
     using Hosts = Listeners<bool>;
     [[nodiscard]] Hosts::Token listen(Hosts::Listener listener) { return hosts_.add(std::move(listener)); }
 
+    // What is known about the item's icon: it is shown if there is a host and the watcher has accepted the item.
+    enum class Icon { unknown, shown, notShown };
+    Icon icon() const { return icon_; }
+    // Called from the queue whenever icon() changes.
+    using Icons = Listeners<>;
+    [[nodiscard]] Icons::Token listenForIcon(Icons::Listener listener) { return icons_.add(std::move(listener)); }
+
     // Registers the item with the current watcher and with every later one. `busName` is a name that this program owns.
     // With an empty name, no item is registered.
     void setItem(std::string busName);
@@ -33,13 +40,18 @@ class StatusNotifierWatcher {
     void registerItem();
     void queryHost();
     void setHasHost(bool hasHost);
+    void updateIcon();
 
     SdEventLoop& loop_;
     BusConnection* bus_;  // null while disconnected; may not be established yet
     std::string item_;
     bool isRegistered_ = false;  // true also while the call is pending
+    bool isAccepted_ = false;    // the watcher has accepted the item
     bool hasHost_ = false;
+    bool isAnswered_ = false;  // the desktop has replied whether there is a host
+    Icon icon_ = Icon::unknown;
     Hosts hosts_;
+    Icons icons_;
     BusToken owner_;
     BusToken hostRegistered_;
     BusToken hostUnregistered_;

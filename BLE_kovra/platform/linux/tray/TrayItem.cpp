@@ -22,7 +22,7 @@ bool lookAlike(const Menu& one, const Menu& other) {
 
 }  // namespace
 
-TrayItem::TrayItem(MainQueue& queue) : queue_(queue) {}
+TrayItem::TrayItem(MainQueue& queue, Announce announce) : queue_(queue), announce_(std::move(announce)) {}
 
 void TrayItem::setMenu(Menu menu) {
     const bool isFirst = contents_.menu.items.empty();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,11 +45,16 @@ class TrayFront {
 // runs. Meanwhile the panel can already create the icon.
 class TrayItem : public StatusItem, private StatusBarButton {
   public:
-    explicit TrayItem(MainQueue& queue);
+    // `announce` shows a text to the user if no tray shows the icon. It may be empty.
+    using Announce = std::function<void(const std::string& text)>;
+    explicit TrayItem(MainQueue& queue, Announce announce = {});
 
     StatusBarButton* button() override { return this; }
     void setMenu(Menu menu) override;
     void setState(int tag, MenuItemState state) override;
+    void announce(const std::string& text) override {
+        if (announce_) announce_(text);
+    }
 
     // The remaining functions are for the fronts.
     void add(std::unique_ptr<TrayFront> front);
@@ -77,6 +83,7 @@ class TrayItem : public StatusItem, private StatusBarButton {
     TrayChanges changes() const;
 
     MainQueue& queue_;
+    const Announce announce_;
     TrayContents contents_;
     TrayContents shown_;
     std::vector<std::size_t> repeatedStates_;  // positions whose state must be shown again

@@ -4,11 +4,11 @@
 
 namespace kovra {
 
-TrayStatusBar::TrayStatusBar(MainQueue& queue, std::vector<MakeFront> makers)
-    : queue_(queue), makers_(std::move(makers)) {}
+TrayStatusBar::TrayStatusBar(MainQueue& queue, std::vector<MakeFront> makers, WithoutTray without)
+    : queue_(queue), makers_(std::move(makers)), without_(std::move(without)) {}
 
 std::unique_ptr<StatusItem> TrayStatusBar::statusItem(double) {
-    auto item = std::make_unique<TrayItem>(queue_);
+    auto item = std::make_unique<TrayItem>(queue_, without_.announce);
     for (const MakeFront& make : makers_) item->add(make(*item));
     return item;
 }

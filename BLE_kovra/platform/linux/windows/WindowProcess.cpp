@@ -205,9 +205,11 @@ void WindowProcess::awaitSign() {
 void WindowProcess::received(const Pong& sign) {
     hasGivenSign_ = true;
     received_ = sign.number;
-    if (!signTimer_) return;
-    cancel(signTimer_);
-    if (received_ != asked_) awaitSign();
+    if (signTimer_) {
+        cancel(signTimer_);
+        if (received_ != asked_) awaitSign();
+    }
+    if (received_ == asked_) showings_.call();
 }
 
 void WindowProcess::signIsOverdue() {

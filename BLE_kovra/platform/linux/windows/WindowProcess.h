@@ -74,10 +74,20 @@ class WindowProcess {
     void release();
 
     bool isRunning() const { return running_ != nullptr; }
+    // Returns whether there is a state of this type.
+    template <typename State>
+    bool shows() const {
+        return shown_.contains(ToWindow(State()).index());
+    }
 
     // Listeners receive the messages of the window process. They are called from the queue.
     using Messages = Listeners<const ToResident&>;
     [[nodiscard]] Messages::Token listen(Messages::Listener listener) { return messages_.add(std::move(listener)); }
+    // Listeners are called from the queue when the process has shown everything that was sent to it until now.
+    using Showings = Listeners<>;
+    [[nodiscard]] Showings::Token listenForShowing(Showings::Listener listener) {
+        return showings_.add(std::move(listener));
+    }
     // Listeners are called from the queue when the process has ended unexpectedly or could not be started. They hide
     // the states that the next process must not show.
     using Ends = Listeners<>;
@@ -108,6 +118,7 @@ class WindowProcess {
     std::map<std::size_t, std::string> shown_;  // the encoded message for each kind of state
     bool isHeld_ = false;                       // kept running because of an event
     Messages messages_;
+    Showings showings_;
     Ends ends_;
     std::unique_ptr<Running> running_;
     std::vector<std::unique_ptr<Running>> terminating_;  // they received SIGTERM and are not reaped yet

@@ -1,5 +1,7 @@
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/session/SdEventApplication.h"
@@ -14,6 +16,9 @@ class SdEventDriver {
     MainQueue& queue() { return loop_; }
     void runOut(ApplicationDelegate& delegate) { application_.run(delegate); }
 
+    SdEventApplication::Launches::Token listenForLaunch(SdEventApplication::Launches::Listener listener) {
+        return application_.listenForLaunch(std::move(listener));
+    }
     void reopen() { application_.reopen(); }
     void resume() { application_.resume(); }
     void perform(ApplicationAction action) { application_.perform(action); }
@@ -44,6 +49,31 @@ TEST(SdEventApplicationTest, NotifiesItsDelegateOfTheEndEvenIfABlockThrows) {
     Delegate delegate(driver.queue());
     EXPECT_THROW(driver.runOut(delegate), std::runtime_error);
     EXPECT_TRUE(delegate.terminated);
+}
+
+TEST(SdEventApplicationTest, ReportsTheEndOfItsLaunchOnce) {
+    struct Delegate : ApplicationDelegate {
+        explicit Delegate(SdEventDriver& its) : driver(its) {}
+        void applicationDidFinishLaunching() override {
+            order += "launch ";
+            driver.queue().async([this] {
+                order += "block ";
+                driver.application().terminate();
+            });
+        }
+        void applicationDidReopen() override {}
+        void applicationDidResume() override {}
+        void applicationShouldPerform(ApplicationAction) override {}
+        ApplicationFacts facts() const override { return {}; }
+        void applicationWillTerminate() override { order += "end"; }
+        SdEventDriver& driver;
+        std::string order;
+    };
+    SdEventDriver driver;
+    Delegate delegate(driver);
+    const auto token = driver.listenForLaunch([&] { delegate.order += "launched "; });
+    driver.runOut(delegate);
+    EXPECT_EQ(delegate.order, "launch launched block end");
 }
 
 TEST(SdEventApplicationTest, NotifiesItsDelegateBetweenItsLaunchAndItsEnd) {

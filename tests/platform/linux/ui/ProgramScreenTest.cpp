@@ -62,6 +62,11 @@ class ProgramScreenTest : public testing::Test {
         manager.waitForFinished();
     }
 
+    void showAlert() const {
+        ShowAlerts shown;
+        shown.alerts.push_back({1, "", {"Mute?", "For good", {"Yes", "No"}}});
+        ASSERT_TRUE(sendLine(ends[0], encode(ToWindow(shown))));
+    }
     std::vector<std::uint32_t> windows() const { return x.values(x.root(), "_NET_CLIENT_LIST"); }
 
     const TempFolder folder;
@@ -73,10 +78,18 @@ class ProgramScreenTest : public testing::Test {
     QProcess program;
 };
 
+TEST_F(ProgramScreenTest, GivesItsWindowsTheClassInTheDesktopEntry) {
+    showAlert();
+    ASSERT_TRUE(waitFor([&] { return !windows().empty(); }));
+    const std::string both = x.text(windows().front(), "WM_CLASS");  // two names, each followed by a zero
+    const std::string name = both.substr(both.find('\0') + 1);
+    EXPECT_NE(readFile(KOVRA_DESKTOP_ENTRY).find("\nStartupWMClass=" + std::string(name.c_str()) + "\n"),
+              std::string::npos)
+        << name;
+}
+
 TEST_F(ProgramScreenTest, GivesItsWindowsTheIconOfTheApplication) {
-    ShowAlerts shown;
-    shown.alerts.push_back({1, "", {"Mute?", "For good", {"Yes", "No"}}});
-    ASSERT_TRUE(sendLine(ends[0], encode(ToWindow(shown))));
+    showAlert();
     std::vector<std::uint32_t> icon;
     ASSERT_TRUE(waitFor([&] {
         for (const auto window : windows()) icon = x.values(window, "_NET_WM_ICON");

@@ -2,9 +2,11 @@
 
 #include <xcb/xcb.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -33,6 +35,15 @@ class XProperties {
         if (!reply) return {};
         const auto* first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
         return {first, first + xcb_get_property_value_length(reply.get()) / 4};
+    }
+    // Returns the bytes of a property, or no bytes if the window does not have the property.
+    std::string text(xcb_window_t window, std::string_view property) const {
+        constexpr std::uint32_t limit = 1'000;
+        const auto cookie = xcb_get_property(server_, 0, window, atom(property), XCB_ATOM_ANY, 0, limit);
+        const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(server_, cookie, nullptr), &std::free);
+        if (!reply) return {};
+        return {static_cast<const char*>(xcb_get_property_value(reply.get())),
+                static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
     }
 
   private:

@@ -25,6 +25,22 @@ exec cat <&3 >/dev/null)");
     EXPECT_EQ(chosen, (std::vector<std::size_t>{4, 0}));
 }
 
+TEST_F(WindowProcessMessagesTest, ReportsThatEverythingIsShownAtTheReplyToTheLastRequest) {
+    use(R"(sed -u -n 's/"ping"/"pong"/p' <&3 >&3)");
+    int showings = 0;
+    const auto token = window->listenForShowing([&] { ++showings; });
+    show("one");
+    EXPECT_TRUE(window->shows<ShowTray>());
+    EXPECT_FALSE(window->shows<ShowWindow>());
+    EXPECT_FALSE(window->shows<ShowAlerts>());
+    waitFor([&] { return showings == 1; });
+    show("two");
+    show("three");
+    waitFor([&] { return showings == 2; });
+    let(100ms);
+    EXPECT_EQ(showings, 2);  // the first reply of the two reported nothing
+}
+
 TEST_F(WindowProcessMessagesTest, ForwardsTheLastChoiceOfAProcessThatDied) {
     use(R"(echo '{"is":"itemChosen","position":7}' >&3)");
     show("tip");

@@ -1,0 +1,266 @@
+#include "BLE_kovra/platform/linux/start/UserStart.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "BLE_kovra/platform/linux/session/ActivationToken.h"
+#include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/RootListener.h"
+#include "tests/platform/linux/start/StandInCompositor.h"
+#include "tests/platform/linux/tray/Panel.h"
+#include "tests/platform/linux/windows/StandInWindow.h"
+#include "tests/support/linux/PrivateBus.h"
+#include "tests/support/linux/VirtualScreen.h"
+
+namespace kovra {
+namespace {
+
+using namespace std::chrono_literals;
+using Texts = std::vector<std::string>;
+
+// A session with a bus, the status item's name on it, and a stand-in for the window process. Its launch ends when the
+// test calls launch(). The test starts a panel.
+class UserStartTest : public testing::Test {
+  protected:
+    static constexpr const char* token = "desktop_TIME1";
+    static constexpr const char* item = "org.kde.StatusNotifierItem-1-1";
+
+    // The application opens the settings window, as its delegate does.
+    struct Delegate : ApplicationDelegate {
+        explicit Delegate(UserStartTest& test) : rig(test) {}
+        void applicationDidFinishLaunching() override {
+            turnUntil(rig.loop, [this] { return rig.launchMayEnd; });
+            rig.loop.async([this] { rig.meanwhile(); });
+        }
+        void applicationDidReopen() override {
+            ++openings;
+            rig.openWindow();
+        }
+        void applicationDidResume() override {}
+        void applicationShouldPerform(ApplicationAction) override {}
+        ApplicationFacts facts() const override {
+            return {.chosen = {rig.isChosen ? 1U : 0U, ApplicationFacts::ChosenDevice()}};
+        }
+        void applicationWillTerminate() override {}
+
+        UserStartTest& rig;
+        int openings = 0;
+    };
+
+    UserStartTest() {
+        activation.provide(token);
+        turnUntil(loop, [&] { return bus.connection() != nullptr; });
+        bus.connection()->requestName(item);
+        watcher.setItem(item);
+    }
+
+    ~UserStartTest() override { daemon.end(); }  // the window's stand-in waits for all child processes
+
+    void startOn(XConnection* x) { startOn(x, token); }
+    void startOn(XConnection* x, const std::string& with) {
+        start.emplace(UserStart::Desk{loop, application, x, watcher, window.process(), activation}, with);
+    }
+    // Launches the application, and runs it until `work` has returned.
+    void run(const std::function<void()>& work) {
+        meanwhile = [this, work] {
+            work();
+            loop.stop();
+        };
+        application.run(delegate);
+    }
+    void openWindow() {
+        ShowWindow shown;
+        shown.front = static_cast<std::uint64_t>(delegate.openings);
+        shown.activationToken = activation.take();
+        window.process().show(shown);
+    }
+    // Replies as a window process does that has shown everything.
+    void replyFromWindow() {
+        window.turnUntil([&] { return window.newest<Ping>().has_value(); });
+        window.send(Pong{window.newest<Ping>()->number});
+    }
+    // Lets half a second pass, in which nothing is expected to happen.
+    void letTimePass() { window.let(500ms); }
+
+    PrivateBus daemon{"DBUS_SESSION_BUS_ADDRESS"};
+    SdEventLoop loop;
+    SessionBus bus{loop};
+    StatusNotifierWatcher watcher{bus};
+    StandInWindow window{loop};
+    SdEventApplication application{loop};
+    Delegate delegate{*this};
+    ActivationToken activation;
+    std::optional<UserStart> start;
+    bool isChosen = true;
+    bool launchMayEnd = true;
+    std::function<void()> meanwhile;
+};
+
+class UserStartOnXTest : public UserStartTest {
+  protected:
+    Texts received() {
+        lookUntil(loop, [&] { return !listener.messages().empty(); });
+        return listener.messages();
+    }
+    Texts receivedSoFar() { return listener.messages(); }
+
+    const VirtualScreen screen;
+    RootListener listener;
+    std::unique_ptr<XConnection> x = XConnection::open(loop);
+};
+
+const Texts ended{"remove: ID=desktop_TIME1"};
+
+TEST_F(UserStartOnXTest, EndsTheFeedbackWhenATrayHasTheIcon) {
+    const Panel panel(loop);
+    startOn(x.get());
+    run([&] {
+        EXPECT_EQ(received(), ended);
+        EXPECT_EQ(delegate.openings, 0);
+    });
+}
+
+TEST_F(UserStartOnXTest, KeepsTheFeedbackUntilThePanelHasAcceptedTheIcon) {
+    const Panel panel(loop, Panel::Hosts::none);
+    startOn(x.get());
+    run([&] {
+        letTimePass();
+        EXPECT_EQ(receivedSoFar(), Texts{});
+    });
+}
+
+TEST_F(UserStartOnXTest, EndsTheFeedbackWhenAWindowIsShown) {
+    startOn(x.get());
+    run([&] {
+        openWindow();
+        letTimePass();
+        EXPECT_EQ(receivedSoFar(), Texts{});
+        replyFromWindow();
+        EXPECT_EQ(received(), ended);
+    });
+}
+
+TEST_F(UserStartOnXTest, EndsTheFeedbackWhenTheAlertOfTheLaunchIsShown) {
+    launchMayEnd = false;
+    startOn(x.get());
+    loop.async([&] {
+        ShowAlerts shown;
+        shown.alerts.push_back({1, "", {"Driver", "", {"OK"}}});
+        window.process().show(shown);
+        replyFromWindow();
+        EXPECT_EQ(received(), ended);
+        launchMayEnd = true;
+    });
+    run([] {});
+}
+
+TEST_F(UserStartOnXTest, OpensTheSettingsAtOnceIfNothingIsChosenAndThereIsNoTray) {
+    isChosen = false;
+    startOn(x.get());
+    run([&] {
+        EXPECT_TRUE(turnUntil(loop, [&] { return delegate.openings == 1; }, 2s));
+        replyFromWindow();
+        EXPECT_EQ(received(), ended);
+        letTimePass();
+        EXPECT_EQ(delegate.openings, 1);
+    });
+}
+
+TEST_F(UserStartOnXTest, OpensNothingAtOnceIfADeviceIsChosen) {
+    startOn(x.get());
+    run([&] {
+        letTimePass();
+        EXPECT_EQ(watcher.icon(), StatusNotifierWatcher::Icon::notShown);
+        EXPECT_EQ(delegate.openings, 0);
+    });
+}
+
+TEST_F(UserStartOnXTest, OpensNothingIfThereIsATrayThatEmbedsWindows) {
+    isChosen = false;
+    listener.becomeTray();
+    startOn(x.get());
+    run([&] {
+        letTimePass();
+        EXPECT_EQ(watcher.icon(), StatusNotifierWatcher::Icon::notShown);
+        EXPECT_EQ(delegate.openings, 0);
+    });
+}
+
+TEST_F(UserStartOnXTest, EndsTheFeedbackOfALaterStartWhenTheWindowIsShown) {
+    const Panel panel(loop);
+    startOn(x.get(), "");
+    run([&] {
+        activation.provide("later_TIME2");
+        application.reopen();
+        start->startedAgain("later_TIME2");
+        replyFromWindow();
+        EXPECT_EQ(received(), Texts{"remove: ID=later_TIME2"});
+    });
+}
+
+TEST_F(UserStartOnXTest, DoesNothingForAStartAtLogin) {
+    isChosen = false;
+    startOn(x.get(), "");
+    run([&] {
+        letTimePass();
+        openWindow();
+        replyFromWindow();
+        letTimePass();
+        EXPECT_EQ(receivedSoFar(), Texts{});
+        EXPECT_EQ(delegate.openings, 0);
+    });
+}
+
+class UserStartOnWaylandTest : public UserStartTest {
+  protected:
+    StandInCompositor compositor{loop};
+};
+
+TEST_F(UserStartOnWaylandTest, EndsTheFeedbackWhenATrayHasTheIcon) {
+    const Panel panel(loop);
+    startOn(nullptr);
+    run([&] {
+        EXPECT_TRUE(turnUntil(loop, [&] { return compositor.isClientGone; }));
+        EXPECT_EQ(compositor.requests.at(2), "set_startup_id desktop_TIME1");
+        EXPECT_EQ(activation.take(), "");
+    });
+}
+
+TEST_F(UserStartOnWaylandTest, LeavesTheFeedbackToTheWindowThatUsesTheToken) {
+    isChosen = false;
+    startOn(nullptr);
+    run([&] {
+        EXPECT_TRUE(turnUntil(loop, [&] { return delegate.openings == 1; }, 2s));
+        replyFromWindow();
+        EXPECT_EQ(window.newest<ShowWindow>()->activationToken, token);
+        window.let(5s);
+        EXPECT_EQ(compositor.clients, 0);
+    });
+}
+
+TEST_F(UserStartOnWaylandTest, KeepsTheTokenForTheAlertOfTheLaunch) {
+    const Panel panel(loop);
+    launchMayEnd = false;
+    startOn(nullptr);
+    loop.async([&] {
+        EXPECT_TRUE(turnUntil(loop, [&] { return watcher.icon() == StatusNotifierWatcher::Icon::shown; }));
+        letTimePass();
+        EXPECT_EQ(compositor.clients, 0);
+        EXPECT_EQ(activation.take(), token);
+        launchMayEnd = true;
+    });
+    run([&] {
+        letTimePass();
+        EXPECT_EQ(compositor.clients, 0);
+    });
+}
+
+}  // namespace
+}  // namespace kovra
