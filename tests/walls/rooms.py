@@ -241,7 +241,7 @@ TESTS = (
                                             "helper"), any_but_qt),
     tests_of(POSIX_PROGRAM, linux_rooms(["loop"]) + everything_in("tests/platform/linux/loop"), any_but_qt),
     # These tests start the resident program as a process.
-    Room("tests/platform/linux", linux_rooms(["bus"]) + TEST_TOOLS, with_google_test(any_but_qt)),
+    Room("tests/platform/linux", linux_rooms(["bus", "loop"]) + TEST_TOOLS, with_google_test(any_but_qt)),
     Room("tests/platform/linux/ui", VALUES + UI + TEST_TOOLS + CONTRACTS, with_google_test(anything), True,
          with_folders=True),
     Room("tests/packaging/icons", VALUES + everything_in("packaging/icons"), with_google_test(standard)),

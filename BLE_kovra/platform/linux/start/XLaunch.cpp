@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -51,7 +52,7 @@ void XLaunch::send(xcb_atom_t begin, xcb_atom_t rest) {
         for (std::size_t sent = 0; sent < text.size(); sent += sizeof part.data.data8) {
             part.data = {};
             const std::size_t size = std::min(sizeof part.data.data8, text.size() - sent);
-            std::copy_n(text.data() + sent, size, part.data.data8);
+            std::memcpy(part.data.data8, text.data() + sent, size);
             xcb_send_event(x_.get(), 0, root, XCB_EVENT_MASK_PROPERTY_CHANGE, reinterpret_cast<const char*>(&part));
             part.type = rest;
         }

@@ -35,7 +35,7 @@ class StandInCompositor {
         address.sun_family = AF_UNIX;
         const std::string path = folder_ / "wayland-7";
         EXPECT_LT(path.size(), sizeof address.sun_path);
-        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        std::memcpy(address.sun_path, path.c_str(), path.size());
         EXPECT_EQ(::bind(socket_.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
         EXPECT_EQ(::listen(socket_.number(), 8), 0);
         watch_ = loop_.watch(socket_.number(), [this] {

@@ -16,7 +16,6 @@
 #include "tests/platform/linux/bus/BusText.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/platform/linux/tray/Panel.h"
-#include "tests/support/Environment.h"
 #include "tests/support/linux/PrivateBus.h"
 
 namespace kovra {
@@ -157,36 +156,6 @@ TEST_F(StatusNoticeTest, IsNotShownWhereATrayHasTheIcon) {
     notice.show("one");
     settle();
     EXPECT_EQ(service.calls, Texts{});
-}
-
-class TrayAdviceTest : public StatusNoticeTest {
-  protected:
-    std::string adviceOn(const std::string& desktop) {
-        environment_.set("XDG_CURRENT_DESKTOP", desktop);
-        return TrayPresence(watcher, window).advice();
-    }
-    void waitForReply() {
-        ASSERT_TRUE(turnUntil(loop, [&] { return watcher.icon() == StatusNotifierWatcher::Icon::notShown; }));
-    }
-
-  private:
-    Environment environment_;
-};
-
-TEST_F(TrayAdviceTest, IsForGNOMEWithoutATrayOnly) {
-    waitForReply();
-    EXPECT_EQ(adviceOn("GNOME"), "tray.advice");
-    EXPECT_EQ(adviceOn("GNOME-Classic:GNOME"), "tray.advice");
-    EXPECT_EQ(adviceOn("sway"), "");
-    EXPECT_EQ(adviceOn(""), "");
-}
-
-TEST_F(TrayAdviceTest, IsNotGivenBeforeTheDesktopHasReplied) { EXPECT_EQ(adviceOn("GNOME"), ""); }
-
-TEST_F(TrayAdviceTest, IsNotGivenWithATray) {
-    Panel panel(loop);
-    ASSERT_TRUE(turnUntil(loop, [&] { return watcher.hasHost(); }));
-    EXPECT_EQ(adviceOn("ubuntu:GNOME"), "");
 }
 
 }  // namespace

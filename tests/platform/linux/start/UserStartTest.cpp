@@ -12,11 +12,11 @@
 
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
 #include "tests/platform/linux/loop/Turns.h"
-#include "tests/support/linux/RootListener.h"
 #include "tests/platform/linux/start/StandInCompositor.h"
 #include "tests/platform/linux/tray/Panel.h"
 #include "tests/platform/linux/windows/StandInWindow.h"
 #include "tests/support/linux/PrivateBus.h"
+#include "tests/support/linux/RootListener.h"
 #include "tests/support/linux/VirtualScreen.h"
 
 namespace kovra {
@@ -79,6 +79,11 @@ class UserStartTest : public testing::Test {
         ShowWindow shown;
         shown.front = static_cast<std::uint64_t>(delegate.openings);
         shown.activationToken = activation.take();
+        window.process().show(shown);
+    }
+    void showAlert(const std::string& activationToken) {
+        ShowAlerts shown;
+        shown.alerts.push_back({1, activationToken, {"Driver", "", {"OK"}}});
         window.process().show(shown);
     }
     // Replies as a window process does that has shown everything.
@@ -151,9 +156,7 @@ TEST_F(UserStartOnXTest, EndsTheFeedbackWhenTheAlertOfTheLaunchIsShown) {
     launchMayEnd = false;
     startOn(x.get());
     loop.async([&] {
-        ShowAlerts shown;
-        shown.alerts.push_back({1, "", {"Driver", "", {"OK"}}});
-        window.process().show(shown);
+        showAlert("");
         replyFromWindow();
         EXPECT_EQ(received(), ended);
         launchMayEnd = true;
@@ -253,12 +256,23 @@ TEST_F(UserStartOnWaylandTest, KeepsTheTokenForTheAlertOfTheLaunch) {
         EXPECT_TRUE(turnUntil(loop, [&] { return watcher.icon() == StatusNotifierWatcher::Icon::shown; }));
         letTimePass();
         EXPECT_EQ(compositor.clients, 0);
-        EXPECT_EQ(activation.take(), token);
+        showAlert(activation.take());
         launchMayEnd = true;
     });
     run([&] {
         letTimePass();
         EXPECT_EQ(compositor.clients, 0);
+        EXPECT_EQ(window.newest<ShowAlerts>()->alerts.at(0).activationToken, token);
+    });
+}
+
+TEST_F(UserStartOnWaylandTest, EndsTheFeedbackAfterFiveSecondsIfTheWindowIsGone) {
+    startOn(nullptr);
+    run([&] {
+        openWindow();
+        window.process().hideWindow();
+        EXPECT_TRUE(turnUntil(loop, [&] { return compositor.isClientGone; }));
+        EXPECT_EQ(compositor.requests.at(2), "set_startup_id desktop_TIME1");
     });
 }
 

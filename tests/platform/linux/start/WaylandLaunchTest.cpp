@@ -16,6 +16,12 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
+// Returns the characters of the literal, zeros included, without its final zero.
+template <std::size_t size>
+std::string bytes(const char (&literal)[size]) {  // NOLINT
+    return {literal, size - 1};
+}
+
 class WaylandLaunchTest : public testing::Test {
   protected:
     bool isOver() {
@@ -95,9 +101,8 @@ TEST_F(WaylandLaunchTest, SleepsWhileTheCompositorHangs) {
 }
 
 TEST_F(WaylandLaunchTest, DisconnectsAtAnythingUnexpected) {
-    using namespace std::string_literals;
-    const std::string tooShort = "\2\0\0\0\0\0\4\0"s, tooLong = "\2\0\0\0\0\0\0\x40"s;
-    const std::string error = "\1\0\0\0\0\0\x14\0\1\0\0\0\0\0\0\0\0\0\0\0"s;
+    const std::string tooShort = bytes("\2\0\0\0\0\0\4\0"), tooLong = bytes("\2\0\0\0\0\0\0\x40");
+    const std::string error = bytes("\1\0\0\0\0\0\x14\0\1\0\0\0\0\0\0\0\0\0\0\0");
     for (const std::string& nonsense : {tooShort, tooLong, error}) {
         StandInCompositor compositor(loop);
         compositor.nonsense = nonsense;
@@ -110,11 +115,10 @@ TEST_F(WaylandLaunchTest, DisconnectsAtAnythingUnexpected) {
 
 // A global of which parts are missing or wrong is none, and nothing is read beyond the message.
 TEST_F(WaylandLaunchTest, ReadsNothingBeyondAMessage) {
-    using namespace std::string_literals;
-    const std::string done = "\3\0\0\0\0\0\x0C\0\0\0\0\0"s;
-    const std::string nameless = "\2\0\0\0\0\0\x0C\0\x15\0\0\0"s;
-    const std::string overlong = "\2\0\0\0\0\0\x14\0\x15\0\0\0\xFF\xFF\xFF\xFFgtk_"s;
-    const std::string empty = "\2\0\0\0\0\0\x10\0\x15\0\0\0\0\0\0\0"s;
+    const std::string done = bytes("\3\0\0\0\0\0\x0C\0\0\0\0\0");
+    const std::string nameless = bytes("\2\0\0\0\0\0\x0C\0\x15\0\0\0");
+    const std::string overlong = bytes("\2\0\0\0\0\0\x14\0\x15\0\0\0\xFF\xFF\xFF\xFFgtk_");
+    const std::string empty = bytes("\2\0\0\0\0\0\x10\0\x15\0\0\0\0\0\0\0");
     for (const std::string& global : {nameless, overlong, empty}) {
         StandInCompositor compositor(loop);
         compositor.nonsense = global + done;
@@ -125,7 +129,7 @@ TEST_F(WaylandLaunchTest, ReadsNothingBeyondAMessage) {
     }
 }
 
-TEST(WaylandSocketTest, IsFoundByTheSessionsVariables) {
+TEST(WaylandLaunchSocketTest, IsFoundByTheSessionsVariables) {
     Environment environment;
     environment.set("XDG_RUNTIME_DIR", "/run/user/1000");
     environment.set("WAYLAND_DISPLAY", "wayland-1");

@@ -17,11 +17,11 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(RemoveMessageTest, NamesTheLaunch) {
+TEST(XLaunchMessageTest, NamesTheLaunch) {
     EXPECT_EQ(removeMessage("openbox/ble-kovra/1-0-host_TIME1"), "remove: ID=openbox/ble-kovra/1-0-host_TIME1");
 }
 
-TEST(RemoveMessageTest, KeepsTheIDInOnePiece) { EXPECT_EQ(removeMessage(R"(a b"c\d)"), R"(remove: ID=a\ b\"c\\d)"); }
+TEST(XLaunchMessageTest, KeepsTheIDInOnePiece) { EXPECT_EQ(removeMessage(R"(a b"c\d)"), R"(remove: ID=a\ b\"c\\d)"); }
 
 class XLaunchTest : public testing::Test {
   protected:
