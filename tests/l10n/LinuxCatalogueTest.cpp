@@ -78,6 +78,14 @@ TEST(LinuxCatalogueTest, PutsAnAssignedCombinationWhereItsOwnStands) {
     });
 }
 
+TEST(LinuxCatalogueTest, NamesThePackageThatBringsTheIconToGNOME) {
+    inEachLanguage([](Lang lang) {
+        const std::string text = onLinux(lang).text("tray.advice");
+        for (const char* name : {"GNOME", "gnome-shell-extension-appindicator", "AppIndicator"})
+            EXPECT_TRUE(contains(text, name)) << text;
+    });
+}
+
 TEST(LinuxCatalogueTest, NamesTheCommandThatCanBeGivenAKey) {
     inEachLanguage([](Lang lang) {
         EXPECT_TRUE(contains(onLinux(lang).text("menu.hotkeyHint.unavailable"), "ble-kovractl toggle"));

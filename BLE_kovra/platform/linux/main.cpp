@@ -98,7 +98,11 @@ void runApplication() {
             const bool opensWindow = action == kovra::ApplicationAction::settings;
             if (opensWindow) activationToken.provide(token);
             application.perform(action);
-            if (opensWindow && userStart) userStart->startedAgain(token);
+            if (!userStart) return;
+            if (opensWindow)
+                userStart->startedAgain(token);
+            else
+                userStart->endFeedback(token);
         });
     if (instance.isSecond()) return;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -9,6 +10,8 @@ namespace kovra {
 // window.
 class ActivationToken {
   public:
+    static constexpr std::size_t longest = 1024;
+
     // Replaces the previous token. A token of more than `longest` bytes, which no desktop issues, counts as empty.
     void provide(std::string token) { token_ = token.size() <= longest ? std::move(token) : std::string(); }
     // Returns the token and removes it. Returns an empty text if there is none.
@@ -24,8 +27,6 @@ class ActivationToken {
     }
 
   private:
-    static constexpr std::size_t longest = 1024;
-
     std::string token_;
     std::string used_;
 };

@@ -45,14 +45,15 @@ void UserStart::launchEnded() {
 }
 
 // Afterwards the desktop no longer accepts the token. So it is not ended for a window that may still need it.
-void UserStart::endFeedback(const std::string& id) {
-    desk_.token.forget(id);
+void UserStart::endFeedback(const std::string& token) {
+    if (token.empty() || token.size() > ActivationToken::longest) return;
+    desk_.token.forget(token);
     if (desk_.x != nullptr) {
         if (!xLaunch_) xLaunch_.emplace(*desk_.x);
-        xLaunch_->end(id);
-    } else if (!desk_.token.isUsed(id) || !showsWindowOrAlert()) {
+        xLaunch_->end(token);
+    } else if (!desk_.token.isUsed(token) || !showsWindowOrAlert()) {
         if (!waylandLaunch_) waylandLaunch_.emplace(desk_.loop);
-        waylandLaunch_->end(id);
+        waylandLaunch_->end(token);
     }
     releaseIfOver();
 }

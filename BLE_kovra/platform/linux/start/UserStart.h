@@ -49,10 +49,13 @@ class UserStart {
     // empty.
     void startedAgain(const std::string& token);
 
+    // Ends the feedback for this token at once. Call this function when the user has started something that opens no
+    // window. The token may be empty. A longer one than ActivationToken::longest, which no desktop issues, is ignored.
+    void endFeedback(const std::string& token);
+
   private:
     void begin(const std::string& token);
     void launchEnded();
-    void endFeedback(const std::string& id);
     void trayChanged();
     void lookForTray();
     void shown();

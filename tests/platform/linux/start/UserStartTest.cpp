@@ -208,6 +208,16 @@ TEST_F(UserStartOnXTest, EndsTheFeedbackOfALaterStartWhenTheWindowIsShown) {
     });
 }
 
+TEST_F(UserStartOnXTest, EndsTheFeedbackOfAnActionWithoutAWindowAtOnce) {
+    startOn(x.get(), "");
+    run([&] {
+        start->endFeedback("");
+        start->endFeedback(std::string(ActivationToken::longest + 1, 'x'));
+        start->endFeedback("action_TIME3");
+        EXPECT_EQ(received(), Texts{"remove: ID=action_TIME3"});
+    });
+}
+
 TEST_F(UserStartOnXTest, DoesNothingForAStartAtLogin) {
     isChosen = false;
     startOn(x.get(), "");
