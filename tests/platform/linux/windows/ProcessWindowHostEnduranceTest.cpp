@@ -43,8 +43,8 @@ TEST(ProcessWindowHostEnduranceTest, LeaksNothingInThousandsOfChangesOfTheList) 
 
     SdEventLoop loop;
     // The program gives no sign of life, so the timeouts are long.
-    const WindowProcess::Timing timing{.delays = {1h}, .settled = 1h, .linger = 50ms, .firstSign = 1h, .sign = 1h};
-    WindowProcess process(loop, [&] { return program; }, timing);
+    WindowProcess process(loop, [&] { return program; },
+                          {.delays = {1h}, .settled = 1h, .linger = 50ms, .firstSign = 1h, .sign = 1h});
     ActivationToken token;
     FakeWorkspace workspace;
     ProcessWindowHost host(loop, process, token, workspace);
