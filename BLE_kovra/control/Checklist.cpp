@@ -65,7 +65,9 @@ Check checkService(const Facts& facts) {
         case State::unknown:
             break;
     }
-    return {Mark::unknown, finding, {"systemctl status ble-kovra-helper"}};
+    return {Mark::unknown,
+            finding,
+            {"systemctl status ble-kovra-helper", "With OpenRC: rc-service ble-kovra-helper status"}};
 }
 
 void checkRights(const Facts& facts, std::vector<Check>& checks) {
@@ -116,7 +118,10 @@ void checkChoices(const Facts& facts, std::vector<Check>& checks) {
 Check checkFlag(const Facts& facts) {
     const Flag& flag = facts.flag;
     const std::string finding = flagLine(facts);
-    if (!flag.isReadable) return {Mark::wrong, finding, {restartService}};
+    if (!flag.isReadable) {
+        const bool isMissing = facts.service.state == Service::State::missing;
+        return {Mark::wrong, finding, {isMissing ? "The package ble-kovra-helper creates it." : restartService}};
+    }
     if (facts.seat.person && flag.writer != facts.seat.person) return {Mark::wrong, finding, {restartService}};
     const Application& application = facts.application;
     const bool differs = isApplicationInCharge(facts) && facts.seat.person == facts.asker &&

@@ -42,7 +42,8 @@ std::string sinceText(const Facts& facts, const Pad& pad) {
 }
 
 void append(std::vector<std::string>& lines, const std::string& bus, const std::vector<std::string>& failures) {
-    for (const std::string& failure : failures) lines.push_back(bus + ": failed: " + failure);
+    const std::string start = bus + ": failed: ";
+    for (const std::string& failure : failures) lines.push_back(start + failure);
 }
 
 void appendKnowledge(std::vector<std::string>& lines, const Application& application) {
@@ -113,7 +114,7 @@ std::string flagLine(const Facts& facts) {
     const Flag& flag = facts.flag;
     if (!flag.isReadable) return "Flag: cannot be read: " + flag.error + '.';
     const bool isWord = flag.word == "on" || flag.word == "off";
-    std::string line = isWord ? "Flag: says \"" + flag.word + '"' : "Flag: says neither \"on\" nor \"off\"";
+    std::string line = isWord ? "Flag: says \"" + flag.word + '"' : R"(Flag: says neither "on" nor "off")";
     if (flag.written) line += " since " + flag.written->text;
     line += flag.writer ? "; " + flag.writer->name + " may write it" : "; nobody may write it";
     if (isApplicationInCharge(facts) && !facts.application.lastWritten.empty() &&

@@ -53,7 +53,7 @@ Reason mutedByFlag(const Facts& facts) {
         const std::string& name = facts.flag.writer->name;
         return {"flagOn", ": the application of " + name + " wants it, and only " + name + " can ask it why."};
     }
-    return {"flagOn", ": the flag says \"on\". Why cannot be told: " + reasonOfSilence(facts) + "."};
+    return {"flagOn", ": the flag says \"on\". BLE-kovra cannot be asked why: " + reasonOfSilence(facts) + "."};
 }
 
 // Returns why the trackpad is muted.

@@ -145,6 +145,10 @@ TEST(ChecklistTest, ChecksTheFlagOfThePersonAtTheMachine) {
     EXPECT_EQ(wrong(facts), Lines{"Flag: says \"off\" since 2026-11-23 12:02:07; nobody may write it."});
     facts.flag = {.error = "No such file or directory"};
     EXPECT_EQ(wrong(facts), Lines{"Flag: cannot be read: No such file or directory."});
+    EXPECT_TRUE(says(facts, "       sudo systemctl restart ble-kovra-helper\n"));
+    facts.service.state = Service::State::missing;
+    EXPECT_FALSE(says(facts, "sudo systemctl"));
+    EXPECT_TRUE(says(facts, "       The package ble-kovra-helper creates it.\n"));
 }
 
 TEST(ChecklistTest, ForAnotherPersonSaysWhoCanTellMore) {

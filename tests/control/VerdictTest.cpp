@@ -121,7 +121,7 @@ TEST(VerdictTest, DoesNotHideThatTheFlagContradictsTheDecision) {
 }
 
 TEST(VerdictTest, WithoutAReplyOfTheApplicationRestsOnTheFlag) {
-    const std::string muted = "The trackpad is muted: the flag says \"on\". Why cannot be told: ";
+    const std::string muted = "The trackpad is muted: the flag says \"on\". BLE-kovra cannot be asked why: ";
     const auto with = [](Contact contact) { return silenced(mutedByMouse(), contact); };
     expect(with(Contact::silent), Answer::muted, "flagOn", muted + "it does not answer.");
     expect(with(Contact::absent), Answer::muted, "flagOn", muted + "it is not on this session bus.");
