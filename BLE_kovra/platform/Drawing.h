@@ -37,15 +37,38 @@ struct Segment {
 struct Stroke {
     std::variant<RoundedRectangle, Segment> shape;
     double lineWidth = 1;
+    // A gap removes what the strokes before it have drawn, instead of drawing. Only a segment in a glyph can be a gap,
+    // and it reaches across the glyph.
+    bool isGap = false;
     bool operator==(const Stroke&) const = default;
 };
 
-// A picture as a list of black strokes in drawing order, without a background. Nothing is filled.
+// A version of a picture for few pixels, whose lines lie on whole pixels. It is square: `pixels` by `pixels` points.
+struct Glyph {
+    int pixels = 0;
+    std::vector<Stroke> strokes;
+    bool operator==(const Glyph&) const = default;
+};
+
+// A picture as a list of black strokes in drawing order, without a background. Nothing is filled. A bar may show a
+// glyph in its place.
 struct Drawing {
     std::string name;  // the name of the same picture in an icon theme
     Size size;
     std::vector<Stroke> strokes;
+    std::vector<Glyph> glyphs = {};  // the smallest first
     bool operator==(const Drawing&) const = default;
 };
+
+// Returns what to draw in a square of `pixels` by `pixels`: the smallest glyph that has at least as many pixels,
+// otherwise the largest glyph. Returns the drawing if it has no glyphs.
+inline Drawing fittedTo(int pixels, const Drawing& drawing) {
+    for (const Glyph& glyph : drawing.glyphs) {
+        if (glyph.pixels < pixels && &glyph != &drawing.glyphs.back()) continue;
+        const auto side = static_cast<double>(glyph.pixels);
+        return {.name = drawing.name, .size = {side, side}, .strokes = glyph.strokes};
+    }
+    return drawing;
+}
 
 }  // namespace kovra

@@ -25,6 +25,56 @@ segment 3,3 to 15,15 width 1.6
 )");
 }
 
+TEST(StatusIconTest, IsDrawnByAGlyphThatTheNumberOfPixelsFits) {
+    const auto sideFor = [](int pixels) { return fittedTo(pixels, makeIcon(true)).size.width; };
+    for (const int pixels : {16, 22, 24}) EXPECT_EQ(sideFor(pixels), pixels);
+    for (const int pixels : {1, 15}) EXPECT_EQ(sideFor(pixels), 16) << pixels;
+    for (const int pixels : {17, 21}) EXPECT_EQ(sideFor(pixels), 22) << pixels;
+    for (const int pixels : {23, 25, 32, 48, 100}) EXPECT_EQ(sideFor(pixels), 24) << pixels;
+    const Drawing withoutGlyphs{.name = "plain", .size = {18, 18}, .strokes = {}};
+    EXPECT_EQ(fittedTo(16, withoutGlyphs), withoutGlyphs);
+}
+
+// The edges of the lines that are not diagonal are the edges of pixels.
+TEST(StatusIconTest, HasGlyphsWhoseLinesLieOnWholePixels) {
+    const auto isWhole = [](double value) { return value == static_cast<int>(value); };
+    for (const Glyph& glyph : makeIcon(false).glyphs) {
+        ASSERT_EQ(glyph.strokes.size(), 2U);
+        const auto& pad = std::get<RoundedRectangle>(glyph.strokes[0].shape);
+        for (const double side : {-glyph.strokes[0].lineWidth / 2, glyph.strokes[0].lineWidth / 2}) {
+            EXPECT_TRUE(isWhole(pad.origin.x + side) && isWhole(pad.origin.y + side)) << glyph.pixels;
+            EXPECT_TRUE(isWhole(pad.size.width + 2 * side) && isWhole(pad.size.height + 2 * side)) << glyph.pixels;
+        }
+        const auto& divider = std::get<Segment>(glyph.strokes[1].shape);
+        EXPECT_TRUE(isWhole(divider.from.x - glyph.strokes[1].lineWidth / 2)) << glyph.pixels;
+        EXPECT_TRUE(isWhole(glyph.strokes[1].lineWidth)) << glyph.pixels;
+        for (const double y : {divider.from.y, divider.to.y}) EXPECT_TRUE(isWhole(y)) << glyph.pixels;
+    }
+}
+
+TEST(StatusIconTest, HasGlyphsWhoseSlashIsTheThickestLineInAGapOfAPixelOnEachSide) {
+    const auto plain = makeIcon(false).glyphs;
+    const auto slashed = makeIcon(true).glyphs;
+    ASSERT_EQ(slashed.size(), plain.size());
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        ASSERT_EQ(slashed[i].strokes.size(), 4U);
+        EXPECT_TRUE(std::equal(plain[i].strokes.begin(), plain[i].strokes.end(), slashed[i].strokes.begin()));
+        const Stroke& gap = slashed[i].strokes[2];
+        const Stroke& slash = slashed[i].strokes[3];
+        EXPECT_TRUE(gap.isGap && !slash.isGap);
+        EXPECT_GE(gap.lineWidth, slash.lineWidth + 2);
+        EXPECT_GE(slash.lineWidth, slashed[i].strokes[0].lineWidth);
+        const auto& line = std::get<Segment>(slash.shape);
+        EXPECT_LT(line.from.x, line.to.x);
+        EXPECT_LT(line.from.y, line.to.y);
+    }
+}
+
+// Only the glyphs have gaps, since not every bar can draw one.
+TEST(StatusIconTest, HasNoGapOutsideItsGlyphs) {
+    for (const Stroke& stroke : makeIcon(true).strokes) EXPECT_FALSE(stroke.isGap);
+}
+
 TEST(StatusIconTest, MatchesTheApplicationIcon) {
     const auto layers = applicationIcon().layers;
     for (const Stroke& stroke : makeIcon(true).strokes) {

@@ -29,7 +29,7 @@ cctype: toupper
 charconv: from_chars
 chrono: chrono chrono_literals micro
 clocale: setlocale
-cmath: abs ceil hypot isinf ldexp lround pow trunc
+cmath: abs ceil cos hypot isinf ldexp lround pow round sin trunc
 concepts: integral
 condition_variable: condition_variable
 csignal: signal
@@ -57,6 +57,7 @@ map: map multimap
 memory: enable_shared_from_this make_shared make_unique shared_ptr unique_ptr weak_ptr
 mutex: lock_guard mutex unique_lock
 new: bad_alloc
+numbers: numbers
 numeric: accumulate iota
 optional: make_optional nullopt optional
 ostream: flush hex ios oct ostream

@@ -11,6 +11,9 @@ ENTRY = "/usr/share/applications/org.ble_kovra.BLEKovra.desktop"
 METAINFO = "/usr/share/metainfo/org.ble_kovra.BLEKovra.metainfo.xml"
 POLICY = "/usr/share/polkit-1/actions/org.ble_kovra.helper.policy"
 ICONS = "/usr/share/icons/hicolor"
+# The looks of the status item's icon, each with the folder of its icon for any size.
+LOOKS = {"-symbolic": "symbolic", "-on-light-symbolic": "symbolic", "-on-dark-symbolic": "symbolic",
+         "-outlined-dark": "scalable", "-outlined-light": "scalable"}
 LANGUAGES = {"ru", "uk", "fr", "de", "es"}
 
 APPLICATION = {
@@ -22,8 +25,8 @@ APPLICATION = {
     "/usr/share/man/man1/ble-kovractl.1.gz",
     "/usr/share/zsh/vendor-completions/_ble-kovractl",
     f"{ICONS}/scalable/apps/ble-kovra.svg",
-    f"{ICONS}/symbolic/apps/ble-kovra-symbolic.svg",
-    f"{ICONS}/symbolic/apps/ble-kovra-muted-symbolic.svg",
+    *(f"{ICONS}/{folder}/apps/{icon}{look}.svg" for icon in ("ble-kovra", "ble-kovra-muted")
+      for look, any_size in LOOKS.items() for folder in (any_size, "16x16", "22x22", "24x24")),
     ENTRY,
     METAINFO,
 }

@@ -112,8 +112,9 @@ LINUX_ROOMS = {
     "session": (("loop", "bus", "desktop"), ("systemd/sd-bus.h", "systemd/sd-login.h")),
     "hid": (("loop", "bus"), ("systemd/sd-bus.h", "libudev.h")),
     "hotkeys": (("loop", "bus", "x11", "session", "desktop"), ("systemd/sd-bus.h", "xcb/.*")),
+    "theme": (("loop", "bus", "x11", "desktop"), ("systemd/sd-bus.h", "xcb/.*")),
     "windows": (("loop", "session", "desktop", "wire"), ()),
-    "tray": (("loop", "bus", "x11", "session", "desktop", "windows", "wire"), ("systemd/sd-bus.h", "xcb/.*")),
+    "tray": (("loop", "bus", "x11", "session", "desktop", "theme", "windows", "wire"), ("systemd/sd-bus.h", "xcb/.*")),
     "start": (("loop", "bus", "x11", "session", "desktop", "windows", "wire", "tray"), ("systemd/sd-bus.h", "xcb/.*")),
 }
 # The rooms of the window process: for each, the other rooms that it may use.
@@ -194,7 +195,7 @@ PROGRAM = (
     Room("BLE_kovra/control", (), standard),
 )
 ICONS = Room(
-    "packaging/icons", VALUES + APP + (re.escape(LINUX) + r"tray/IconColor\.h",), standard
+    "packaging/icons", VALUES + APP + (re.escape(LINUX) + r"theme/IconLook\.h",), standard
 )  # fmt: skip
 BUNDLE = Room("packaging/macos", VALUES, standard)
 HELPER = Room("helper", (), any_but_qt, with_folders=True)

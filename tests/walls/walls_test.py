@@ -24,7 +24,7 @@ HEADERS = {
         "BLE_kovra/platform/linux/hotkeys/Portal.h",
         "BLE_kovra/platform/linux/windows/Process.h",
         "BLE_kovra/platform/linux/tray/Item.h",
-        "BLE_kovra/platform/linux/tray/IconColor.h",
+        "BLE_kovra/platform/linux/theme/IconLook.h",
         "BLE_kovra/platform/linux/wire/Lines.h",
         "BLE_kovra/platform/linux/ui/Socket.h",
         "BLE_kovra/platform/linux/ui/style/Colors.h",
@@ -310,7 +310,7 @@ ALLOWED = {
         "BLE_kovra/platform/posix/Posix.h", "tests/platform/linux/loop/LoopRig.h", "<spawn.h>",
     ),
     "tests/packaging/icons/X.cpp": ("packaging/icons/Svg.h", "<gtest/gtest.h>"),
-    "packaging/icons/X.cpp": ("BLE_kovra/app/AppDelegate.h", "BLE_kovra/platform/linux/tray/IconColor.h"),
+    "packaging/icons/X.cpp": ("BLE_kovra/app/AppDelegate.h", "BLE_kovra/platform/linux/theme/IconLook.h"),
 }
 
 

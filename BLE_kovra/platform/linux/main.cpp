@@ -43,6 +43,8 @@
 #include "BLE_kovra/platform/linux/start/StatusNotice.h"
 #include "BLE_kovra/platform/linux/start/TrayPresence.h"
 #include "BLE_kovra/platform/linux/start/UserStart.h"
+#include "BLE_kovra/platform/linux/theme/PanelTheme.h"
+#include "BLE_kovra/platform/linux/theme/XTray.h"
 #include "BLE_kovra/platform/linux/tray/StatusNotifierFront.h"
 #include "BLE_kovra/platform/linux/tray/TrayPopup.h"
 #include "BLE_kovra/platform/linux/tray/TrayStatusBar.h"
@@ -125,6 +127,9 @@ void runApplication() {
     activationToken.provide(ownToken);
     kovra::StatusNotifierWatcher watcher(bus);
     kovra::WindowProcess window(loop, kovra::windowProgram);
+    std::optional<kovra::XTray> xTray;
+    if (x) xTray.emplace(*x);
+    kovra::PanelTheme theme(loop, bus, xTray ? &*xTray : nullptr, kovra::desktopNames());
     std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {
         kovra::StatusNotifierItem::PopUp popUp;
         if (x) {
@@ -132,13 +137,13 @@ void runApplication() {
                 popup->open(atX, atY);
             };
         }
-        return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, activationToken,
+        return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, theme.look(), activationToken,
                                                             kovra::iconsBesideProgram(), std::move(popUp));
     }};
     const kovra::XEmbedTray* embedded = nullptr;  // belongs to the status item, which exists while the loop runs
-    if (x) {
+    if (xTray) {
         fronts.emplace_back([&](kovra::TrayItem& item) {
-            auto front = std::make_unique<kovra::XEmbedTray>(loop, *x, window, item);
+            auto front = std::make_unique<kovra::XEmbedTray>(loop, *xTray, theme.look(), window, item);
             front->follow(watcher);
             embedded = front.get();
             return front;

@@ -17,7 +17,8 @@ from waiting import check, now, stay_until, wait_for
 
 ITEM = ("--dest=org.ble_kovra.BLEKovra", "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get",
         "string:org.kde.StatusNotifierItem", "string:IconName")
-PLAIN, SLASHED = "ble-kovra-symbolic", "ble-kovra-muted-symbolic"
+# The machine has no desktop of which anything is known.
+PLAIN, SLASHED = "ble-kovra-outlined-light", "ble-kovra-muted-outlined-light"
 
 
 def icon(world):

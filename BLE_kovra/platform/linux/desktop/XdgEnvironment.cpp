@@ -20,6 +20,13 @@ std::string absoluteFolder(const char* variable) {
     return value != nullptr && value[0] == '/' ? value : std::string();
 }
 
+std::vector<std::string> absoluteFolders(const char* variable) {
+    const char* value = std::getenv(variable);
+    std::vector<std::string> folders = splitAtColons(value == nullptr ? "" : value);
+    std::erase_if(folders, [](const std::string& folder) { return !folder.starts_with('/'); });
+    return folders;
+}
+
 std::string homeFolder() {
     if (std::string home = absoluteFolder("HOME"); !home.empty()) return home;
     const passwd* entry = ::getpwuid(::getuid());
@@ -45,10 +52,17 @@ std::string userConfigFolder() {
 }
 
 std::vector<std::string> systemConfigFolders() {
-    const char* value = std::getenv("XDG_CONFIG_DIRS");
-    std::vector<std::string> folders = splitAtColons(value == nullptr ? "" : value);
-    std::erase_if(folders, [](const std::string& folder) { return !folder.starts_with('/'); });
+    std::vector<std::string> folders = absoluteFolders("XDG_CONFIG_DIRS");
     if (folders.empty()) folders.emplace_back("/etc/xdg");
+    return folders;
+}
+
+std::vector<std::string> dataFolders() {
+    std::vector<std::string> folders = absoluteFolders("XDG_DATA_DIRS");
+    if (folders.empty()) folders = {"/usr/local/share", "/usr/share"};
+    std::string own = absoluteFolder("XDG_DATA_HOME");
+    if (const std::string home = homeFolder(); own.empty() && !home.empty()) own = home + "/.local/share";
+    if (!own.empty()) folders.insert(folders.begin(), own);
     return folders;
 }
 

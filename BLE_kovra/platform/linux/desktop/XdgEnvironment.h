@@ -27,6 +27,10 @@ std::string userConfigFolder();
 // are ignored.
 std::vector<std::string> systemConfigFolders();
 
+// Returns $XDG_DATA_HOME, or .local/share in the home directory, and then the directories in $XDG_DATA_DIRS, or
+// /usr/local/share and /usr/share. The most important directory comes first. Relative paths are ignored.
+std::vector<std::string> dataFolders();
+
 std::vector<std::string> splitAtColons(std::string_view list);
 
 // Returns whether the two lists have a name in common.

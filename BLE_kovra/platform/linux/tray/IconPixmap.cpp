@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-
-#include "BLE_kovra/platform/linux/tray/IconColor.h"
+#include <variant>
 
 namespace kovra {
 
@@ -74,11 +73,29 @@ struct StrokeMayBeNear {
 
 using Strokes = std::vector<const Stroke*>;
 
-bool areInked(const Strokes& strokes, Point point) {
-    return std::any_of(strokes.begin(), strokes.end(), [point](const Stroke* stroke) {
-        return std::visit(StrokeCovers{stroke->lineWidth, point}, stroke->shape);
-    });
-}
+enum class Sample { empty, outline, ink };
+
+// A picture to sample. `outline` is the width of the outline on each side of a stroke, 0 if there is none.
+struct Samples {
+    Strokes near;
+    double outline;
+
+    Sample at(Point point) const {
+        Sample sample = Sample::empty;
+        for (const Stroke* stroke : near) {
+            if (std::visit(StrokeCovers{stroke->lineWidth, point}, stroke->shape)) {
+                if (!stroke->isGap)
+                    sample = Sample::ink;
+                else if (sample == Sample::ink)
+                    sample = outline > 0 ? Sample::outline : Sample::empty;
+            } else if (sample == Sample::empty && outline > 0 && !stroke->isGap &&
+                       std::visit(StrokeCovers{stroke->lineWidth + 2 * outline, point}, stroke->shape)) {
+                sample = Sample::outline;
+            }
+        }
+        return sample;
+    }
+};
 
 // The grid of a drawing's pixels.
 struct Grid {
@@ -95,35 +112,69 @@ struct Grid {
     double margin() const { return (size.width + size.height) / 2 / pixels; }
 };
 
-// Returns the part of the pixel that the strokes cover, from 0 to 255, estimated from 4 by 4 samples.
-std::uint8_t coverage(const Strokes& strokes, const Grid& grid, int column, int row) {
-    constexpr int samples = 4;
-    int inked = 0;
-    for (int down = 0; down < samples; ++down) {
-        for (int along = 0; along < samples; ++along) {
-            if (areInked(strokes, grid.at(column, row, (along + 0.5) / samples, (down + 0.5) / samples))) ++inked;
-        }
+constexpr int side = 4;  // samples in a row of a pixel, and rows of samples
+
+struct Coverage {
+    int inked = 0;  // number of samples
+    int outlined = 0;
+
+    void add(Sample sample, int count) {
+        if (sample == Sample::ink) inked += count;
+        if (sample == Sample::outline) outlined += count;
     }
-    return static_cast<std::uint8_t>(inked * 255 / (samples * samples));
+};
+
+// Estimates the coverage of a pixel from 4 by 4 samples. If those in the corners are the same, all count as the same:
+// no line is thinner than a point, and unless the picture is tiny, no point is smaller than a pixel.
+Coverage coverageOf(const Samples& samples, const Grid& grid, int column, int row) {
+    Coverage coverage;
+    if (samples.near.empty()) return coverage;
+    const auto sample = [&](int along, int down) {
+        return samples.at(grid.at(column, row, (along + 0.5) / side, (down + 0.5) / side));
+    };
+    constexpr int last = side - 1;
+    const Sample corner = sample(0, 0);
+    if (grid.pixels >= grid.size.width && corner == sample(last, last) && corner == sample(last, 0) &&
+        corner == sample(0, last)) {
+        coverage.add(corner, side * side);
+        return coverage;
+    }
+    for (int down = 0; down < side; ++down) {
+        for (int along = 0; along < side; ++along) coverage.add(sample(along, down), 1);
+    }
+    return coverage;
+}
+
+void appendPixel(std::vector<std::uint8_t>& bytes, const Coverage& coverage, const IconPaint& paint) {
+    const auto [inked, outlined] = coverage;
+    const int covered = inked + outlined;
+    bytes.push_back(static_cast<std::uint8_t>(covered * 255 / (side * side)));
+    const std::uint32_t outline = paint.outline.value_or(paint.ink);
+    for (const int shift : {16, 8, 0}) {
+        const int ink = static_cast<std::uint8_t>(paint.ink >> shift);
+        const int other = static_cast<std::uint8_t>(outline >> shift);
+        bytes.push_back(static_cast<std::uint8_t>(covered == 0 ? ink : (inked * ink + outlined * other) / covered));
+    }
 }
 
 }  // namespace
 
-std::vector<std::uint8_t> argbPixmap(const Drawing& drawing, int pixels) {
+std::vector<std::uint8_t> argbPixmap(const Drawing& drawing, int pixels, const IconPaint& paint) {
     std::vector<std::uint8_t> bytes;
     bytes.reserve(static_cast<std::size_t>(pixels) * static_cast<std::size_t>(pixels) * 4);
-    const Grid grid{drawing.size, pixels};
-    Strokes near;
+    const Drawing shown = fittedTo(pixels, drawing);
+    const Grid grid{shown.size, pixels};
+    Samples samples{{}, paint.outline ? outlineShare * shown.size.width : 0};
     for (int row = 0; row < pixels; ++row) {
         for (int column = 0; column < pixels; ++column) {
-            near.clear();
+            samples.near.clear();
             const Point centre = grid.at(column, row, 0.5, 0.5);
-            for (const Stroke& stroke : drawing.strokes) {
-                if (std::visit(StrokeMayBeNear{stroke.lineWidth / 2 + grid.margin(), centre}, stroke.shape))
-                    near.push_back(&stroke);
+            for (const Stroke& stroke : shown.strokes) {
+                const double reach = stroke.lineWidth / 2 + samples.outline + grid.margin();
+                if (stroke.isGap && samples.near.empty()) continue;  // there is nothing to remove
+                if (std::visit(StrokeMayBeNear{reach, centre}, stroke.shape)) samples.near.push_back(&stroke);
             }
-            bytes.push_back(near.empty() ? 0 : coverage(near, grid, column, row));
-            for (const int shift : {16, 8, 0}) bytes.push_back(static_cast<std::uint8_t>(iconGray >> shift));
+            appendPixel(bytes, coverageOf(samples, grid, column, row), paint);
         }
     }
     return bytes;

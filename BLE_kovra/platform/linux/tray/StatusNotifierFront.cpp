@@ -7,13 +7,14 @@
 namespace kovra {
 
 StatusNotifierFront::StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher,
-                                         ActivationToken& token, std::string iconThemePath,
+                                         PanelLook& look, ActivationToken& token, std::string iconThemePath,
                                          StatusNotifierItem::PopUp popUp)
     : bus_(bus.connection()),
       watcher_(watcher),
       busName_("org.kde.StatusNotifierItem-" + std::to_string(::getpid()) + "-1"),
-      item_(item.shown(), token, std::move(iconThemePath), std::move(popUp)),
+      item_(item.shown(), look, token, std::move(iconThemePath), std::move(popUp)),
       menu_(item.shown().menu, [&item](std::size_t position) { item.choose(position); }),
+      looks_(look.listen([this] { item_.notify({.image = true, .toolTip = false, .menu = false, .states = {}}); })),
       listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
 
 StatusNotifierFront::~StatusNotifierFront() {

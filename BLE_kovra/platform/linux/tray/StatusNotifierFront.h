@@ -3,6 +3,7 @@
 #include <string>
 
 #include "BLE_kovra/platform/linux/bus/SessionBus.h"
+#include "BLE_kovra/platform/linux/theme/PanelLook.h"
 #include "BLE_kovra/platform/linux/tray/DBusMenu.h"
 #include "BLE_kovra/platform/linux/tray/StatusNotifierItem.h"
 #include "BLE_kovra/platform/linux/tray/StatusNotifierWatcher.h"
@@ -15,8 +16,8 @@ namespace kovra {
 // only for the parts that have changed.
 class StatusNotifierFront : public TrayFront {
   public:
-    StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher, ActivationToken& token,
-                        std::string iconThemePath, StatusNotifierItem::PopUp popUp);
+    StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher, PanelLook& look,
+                        ActivationToken& token, std::string iconThemePath, StatusNotifierItem::PopUp popUp);
     ~StatusNotifierFront() override;
 
     void show(const TrayContents& contents, const TrayChanges& changes) override;
@@ -32,6 +33,7 @@ class StatusNotifierFront : public TrayFront {
     DBusMenu menu_;
     bool hasContents_ = false;  // the item has contents to show
     bool isExported_ = false;
+    PanelLook::Changes::Token looks_;
     BusToken listening_;
 };
 

@@ -17,9 +17,9 @@ namespace {
 
 constexpr std::string_view title = "BLE-kovra";
 
-// Panels choose the next larger size and scale it down. Most show 22 pixels; 48 is a little more than twice that, for
-// screens with a scale of 2.
-constexpr std::array pixmapSizes{22, 32, 48};
+// Panels choose the next larger size and scale it down. Most show 16 or 22 pixels; 48 is a little more than twice that,
+// for screens with a scale of 2.
+constexpr std::array pixmapSizes{16, 22, 32, 48};
 
 // Panels interpret the tool tip as markup.
 std::string asMarkup(std::string_view text) {
@@ -44,9 +44,10 @@ std::string asMarkup(std::string_view text) {
 
 }  // namespace
 
-StatusNotifierItem::StatusNotifierItem(const TrayContents& contents, ActivationToken& token, std::string iconThemePath,
-                                       PopUp popUp)
+StatusNotifierItem::StatusNotifierItem(const TrayContents& contents, const PanelLook& look, ActivationToken& token,
+                                       std::string iconThemePath, PopUp popUp)
     : contents_(contents),
+      look_(look),
       token_(token),
       iconThemePath_(std::move(iconThemePath)),
       popUp_(std::move(popUp)),
@@ -76,7 +77,7 @@ void StatusNotifierItem::writeProperty(BusWriter& writer, std::string_view name)
     if (name == "Status") writer.text("Active");
     if (name == "WindowId") writer.integer(0);
     if (name == "IconThemePath") writer.text(iconThemePath_);
-    if (name == "IconName") writer.text(contents_.image ? contents_.image->name : "");
+    if (name == "IconName") writer.text(contents_.image ? iconName(contents_.image->name, look_.look()) : "");
     if (name == "IconPixmap") writePixmaps(writer);
     if (name == "ToolTip") writeToolTip(writer);
     if (name == "ItemIsMenu") writer.boolean(true);
@@ -91,7 +92,7 @@ void StatusNotifierItem::writePixmaps(BusWriter& writer) const {
     for (const int pixels : pixmapSizes) {
         if (!contents_.image) break;
         writer.openStruct("iiay").integer(pixels).integer(pixels);
-        writer.bytes(argbPixmap(*contents_.image, pixels)).close();
+        writer.bytes(argbPixmap(*contents_.image, pixels, paintOf(look_.look()))).close();
     }
     writer.close();
 }

@@ -11,6 +11,7 @@
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
+#include "BLE_kovra/platform/linux/theme/PanelLook.h"
 #include "BLE_kovra/platform/linux/tray/TrayItem.h"
 
 namespace kovra {
@@ -31,7 +32,8 @@ class StatusNotifierItem {
 
     // `iconThemePath` is a folder with the icons; it is empty if the icon theme of the desktop has them. `popUp` is
     // empty if the program cannot open the menu.
-    StatusNotifierItem(const TrayContents& contents, ActivationToken& token, std::string iconThemePath, PopUp popUp);
+    StatusNotifierItem(const TrayContents& contents, const PanelLook& look, ActivationToken& token,
+                       std::string iconThemePath, PopUp popUp);
 
     void exportOn(BusConnection& bus);
     void detach();
@@ -51,6 +53,7 @@ class StatusNotifierItem {
     void writeToolTip(BusWriter& writer) const;
 
     const TrayContents& contents_;
+    const PanelLook& look_;
     ActivationToken& token_;
     const std::string iconThemePath_;
     const PopUp popUp_;

@@ -6,16 +6,22 @@ namespace kovra {
 
 namespace {
 
-ShowTray message(const TrayContents& contents) {
-    return {contents.image, contents.imageIsTemplate, contents.toolTip, contents.menu};
+// A tray that embeds windows recolors nothing.
+ShowTray message(const TrayContents& contents, IconLook look) {
+    const IconPaint paint = paintOf(look == IconLook::recolored ? IconLook::outlinedLight : look);
+    return {contents.image, contents.imageIsTemplate, contents.toolTip, contents.menu, paint.ink, paint.outline};
 }
 
 }  // namespace
 
-XEmbedTray::XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item)
-    : window_(window),
-      choice_(queue, {.lookForTrays = [this, &x](bool isWanted) { lookForTrays(x, isWanted); },
-                      .showIcon = [this, &item](bool isWanted) { showIcon(item, isWanted); }}) {
+XEmbedTray::XEmbedTray(MainQueue& queue, XTray& tray, PanelLook& look, WindowProcess& window, TrayItem& item)
+    : tray_(tray),
+      look_(look),
+      window_(window),
+      item_(item),
+      looks_(look.listen([this] { send(); })),
+      choice_(queue, {.lookForTrays = [this](bool isWanted) { lookForTrays(isWanted); },
+                      .showIcon = [this](bool isWanted) { showIcon(isWanted); }}) {
     listening_ = window_.listen([&item](const ToResident& message) {
         if (const auto* chosen = std::get_if<ItemChosen>(&message)) item.choose(chosen->position);
     });
@@ -30,22 +36,24 @@ void XEmbedTray::follow(StatusNotifierWatcher& watcher) {
     choice_.setHostPresent(watcher.hasHost());
 }
 
-void XEmbedTray::lookForTrays(XConnection& x, bool isWanted) {
-    watch_.reset();
+void XEmbedTray::lookForTrays(bool isWanted) {
+    watching_.reset();
     if (!isWanted) return;
-    watch_ = std::make_unique<XEmbedTrayWatch>(x, [this](bool isPresent) { choice_.setTrayPresent(isPresent); });
+    watching_ = tray_.watch([this](const XTray::State& state) { choice_.setTrayPresent(state.isPresent); });
 }
 
-void XEmbedTray::showIcon(const TrayItem& item, bool isWanted) {
+void XEmbedTray::showIcon(bool isWanted) {
     isShown_ = isWanted;
     if (isWanted)
-        window_.show(message(item.contents()));
+        send();
     else
         window_.hideTray();
 }
 
-void XEmbedTray::show(const TrayContents& contents, const TrayChanges&) {
-    if (isShown_) window_.show(message(contents));
+void XEmbedTray::show(const TrayContents&, const TrayChanges&) { send(); }
+
+void XEmbedTray::send() {
+    if (isShown_) window_.show(message(item_.contents(), look_.look()));
 }
 
 }  // namespace kovra

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <memory>
-
+#include "BLE_kovra/platform/linux/theme/PanelLook.h"
+#include "BLE_kovra/platform/linux/theme/XTray.h"
 #include "BLE_kovra/platform/linux/tray/StatusNotifierWatcher.h"
 #include "BLE_kovra/platform/linux/tray/TrayItem.h"
 #include "BLE_kovra/platform/linux/tray/XEmbedTrayChoice.h"
-#include "BLE_kovra/platform/linux/tray/XEmbedTrayWatch.h"
 #include "BLE_kovra/platform/linux/windows/WindowProcess.h"
-#include "BLE_kovra/platform/linux/x11/XConnection.h"
 
 namespace kovra {
 
@@ -15,7 +13,7 @@ namespace kovra {
 // requires it.
 class XEmbedTray : public TrayFront {
   public:
-    XEmbedTray(MainQueue& queue, XConnection& x, WindowProcess& window, TrayItem& item);
+    XEmbedTray(MainQueue& queue, XTray& tray, PanelLook& look, WindowProcess& window, TrayItem& item);
     ~XEmbedTray() override;
 
     // Follows the watcher's reports from now on. While the watcher reports a StatusNotifier host, that host shows the
@@ -28,15 +26,20 @@ class XEmbedTray : public TrayFront {
     void show(const TrayContents& contents, const TrayChanges& changes) override;
 
   private:
-    void lookForTrays(XConnection& x, bool isWanted);
-    void showIcon(const TrayItem& item, bool isWanted);
+    void lookForTrays(bool isWanted);
+    void showIcon(bool isWanted);
+    void send();
 
+    XTray& tray_;
+    PanelLook& look_;
     WindowProcess& window_;
+    TrayItem& item_;
     WindowProcess::Messages::Token listening_;
     StatusNotifierWatcher::Hosts::Token hosts_;
+    PanelLook::Changes::Token looks_;
     bool isShown_ = false;
     XEmbedTrayChoice choice_;
-    std::unique_ptr<XEmbedTrayWatch> watch_;
+    XTray::Token watching_;
 };
 
 }  // namespace kovra

@@ -13,7 +13,8 @@ constexpr const char* nameOf<ShowTray> = "showTray";
 template <>
 constexpr auto members<ShowTray> =
     std::tuple(optional("image", &ShowTray::image), required("template", &ShowTray::imageIsTemplate),
-               required("toolTip", &ShowTray::toolTip), required("menu", &ShowTray::menu));
+               required("toolTip", &ShowTray::toolTip), required("menu", &ShowTray::menu),
+               required("ink", &ShowTray::ink), optional("outline", &ShowTray::outline));
 
 template <>
 constexpr const char* nameOf<HideTray> = "hideTray";

@@ -28,12 +28,17 @@ template <>
 inline constexpr auto members<Segment> = std::tuple(required("from", &Segment::from), required("to", &Segment::to));
 
 template <>
-inline constexpr auto members<Stroke> =
-    std::tuple(required("shape", &Stroke::shape), required("lineWidth", &Stroke::lineWidth));
+inline constexpr auto members<Stroke> = std::tuple(
+    required("shape", &Stroke::shape), required("lineWidth", &Stroke::lineWidth), required("gap", &Stroke::isGap));
 
 template <>
-inline constexpr auto members<Drawing> = std::tuple(required("name", &Drawing::name), required("size", &Drawing::size),
-                                                    required("strokes", &Drawing::strokes));
+inline constexpr auto members<Glyph> =
+    std::tuple(required("pixels", &Glyph::pixels), required("strokes", &Glyph::strokes));
+
+template <>
+inline constexpr auto members<Drawing> =
+    std::tuple(required("name", &Drawing::name), required("size", &Drawing::size),
+               required("strokes", &Drawing::strokes), required("glyphs", &Drawing::glyphs));
 
 // Only the name of an action is encoded.
 template <>

@@ -34,6 +34,9 @@ struct ShowTray {
     bool imageIsTemplate = false;
     std::string toolTip;
     Menu menu;
+    // The color of a template image, and of the line around it if it has one: red, green and blue as 0xRRGGBB.
+    std::uint32_t ink = 0;
+    std::optional<std::uint32_t> outline = std::nullopt;
 };
 
 // Removes the tray icon.

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "tests/support/Environment.h"
 
 namespace kovra {
@@ -19,6 +22,20 @@ TEST(XdgEnvironmentTest, PrefersWaylandToX) {
     EXPECT_EQ(currentDesktop(), Desktop::wayland);
     environment.set("DISPLAY", "");
     EXPECT_EQ(currentDesktop(), Desktop::wayland);
+}
+
+TEST(XdgEnvironmentTest, ListsTheFoldersOfDataTheUsersFirst) {
+    using Folders = std::vector<std::string>;
+    Environment environment;
+    environment.set("HOME", "/home/anna");
+    environment.unset({"XDG_DATA_HOME", "XDG_DATA_DIRS"});
+    EXPECT_EQ(dataFolders(), (Folders{"/home/anna/.local/share", "/usr/local/share", "/usr/share"}));
+    environment.set("XDG_DATA_HOME", "/data");
+    environment.set("XDG_DATA_DIRS", "relative:/one::/two");
+    EXPECT_EQ(dataFolders(), (Folders{"/data", "/one", "/two"}));
+    environment.set("XDG_DATA_HOME", "relative");
+    environment.set("XDG_DATA_DIRS", "relative");
+    EXPECT_EQ(dataFolders(), (Folders{"/home/anna/.local/share", "/usr/local/share", "/usr/share"}));
 }
 
 }  // namespace

@@ -14,9 +14,14 @@ const Drawing frameAndSlash{
                 {Segment{.from = {9, 4}, .to = {9, 9}}, 1}}};
 
 struct Picture {
-    Picture(const Drawing& drawing, int side) : pixels(side), bytes(argbPixmap(drawing, side)) {}
+    Picture(const Drawing& drawing, int side, IconLook look = IconLook::onDark)
+        : pixels(side), bytes(argbPixmap(drawing, side, paintOf(look))) {}
 
     int alpha(int column, int row) const { return bytes.at(static_cast<std::size_t>(row * pixels + column) * 4); }
+    std::uint32_t color(int column, int row) const {
+        const std::size_t at = static_cast<std::size_t>(row * pixels + column) * 4;
+        return static_cast<std::uint32_t>(bytes.at(at + 1) << 16 | bytes.at(at + 2) << 8 | bytes.at(at + 3));
+    }
 
     int pixels;
     std::vector<std::uint8_t> bytes;
@@ -24,17 +29,52 @@ struct Picture {
 
 TEST(IconPixmapTest, HasFourBytesForEachPixel) {
     for (const int pixels : {1, 16, 22, 48}) {
-        EXPECT_EQ(argbPixmap(frameAndSlash, pixels).size(), static_cast<std::size_t>(pixels * pixels * 4));
+        EXPECT_EQ(Picture(frameAndSlash, pixels).bytes.size(), static_cast<std::size_t>(pixels * pixels * 4));
     }
 }
 
-TEST(IconPixmapTest, IsTheSameGrayEverywhereAndShowsInkOnlyInItsAlpha) {
-    const Picture picture(frameAndSlash, 36);
-    for (std::size_t at = 0; at < picture.bytes.size(); at += 4) {
-        ASSERT_EQ(picture.bytes[at + 1], 0x80);
-        ASSERT_EQ(picture.bytes[at + 2], 0x80);
-        ASSERT_EQ(picture.bytes[at + 3], 0x80);
+TEST(IconPixmapTest, HasTheInkOfItsLookEverywhereAndShowsItOnlyInItsAlpha) {
+    for (const IconLook look : {IconLook::recolored, IconLook::onLight, IconLook::onDark}) {
+        const Picture picture(frameAndSlash, 36, look);
+        for (int i = 0; i < 36 * 36; ++i) ASSERT_EQ(picture.color(i % 36, i / 36), paintOf(look).ink);
     }
+}
+
+TEST(IconPixmapTest, SurroundsTheInkOfAnOutlinedLookWithItsOutline) {
+    const Picture picture(frameAndSlash, 180, IconLook::outlinedLight);  // ten pixels a point
+    EXPECT_EQ(picture.color(20, 90), lightInk);                          // on the left side of the rectangle: x is 2
+    for (const int column : {5, 34}) {  // up to 0.81 points outside and inside of the line
+        EXPECT_EQ(picture.color(column, 90), darkInk) << column;
+        EXPECT_EQ(picture.alpha(column, 90), 255) << column;
+    }
+    for (const int column : {0, 40}) EXPECT_EQ(picture.alpha(column, 90), 0) << column;
+}
+
+const Drawing frameWithGap{.name = "test",
+                           .size = {18, 18},
+                           .strokes = {{RoundedRectangle{.origin = {2, 4}, .size = {14, 10}, .cornerRadii = {3, 3}}, 2},
+                                       {Segment{.from = {0, 9}, .to = {18, 9}}, 4, true},
+                                       {Segment{.from = {0, 9}, .to = {18, 9}}, 2}}};
+
+TEST(IconPixmapTest, LeavesAGapInTheStrokesBeforeItButNotInThoseAfterIt) {
+    const Picture picture(frameWithGap, 18);
+    for (const int row : {6, 11}) EXPECT_EQ(picture.alpha(1, row), 255) << row;  // the frame beside the gap
+    for (const int row : {7, 10}) EXPECT_EQ(picture.alpha(1, row), 0) << row;    // the gap
+    for (const int row : {8, 9}) EXPECT_EQ(picture.alpha(1, row), 255) << row;   // the line in the gap
+    for (const int row : {8, 9}) EXPECT_EQ(picture.alpha(9, row), 255) << row;
+}
+
+TEST(IconPixmapTest, FillsTheGapOfAnOutlinedLookWithItsOutline) {
+    const Picture picture(frameWithGap, 180, IconLook::outlinedDark);
+    EXPECT_EQ(picture.color(20, 75), lightInk);
+    EXPECT_EQ(picture.color(20, 90), darkInk);
+}
+
+TEST(IconPixmapTest, DrawsTheGlyphForItsNumberOfPixels) {
+    Drawing drawing = frameAndSlash;
+    drawing.glyphs.push_back({.pixels = 16, .strokes = {{Segment{.from = {0, 8}, .to = {16, 8}}, 2}}});
+    const Picture picture(drawing, 16);
+    for (int i = 0; i < 256; ++i) EXPECT_EQ(picture.alpha(i % 16, i / 16), i / 16 == 7 || i / 16 == 8 ? 255 : 0);
 }
 
 // At 18 pixels, one pixel is one point. The first row is the top row.

@@ -92,9 +92,10 @@ TEST(StatusNotifierFrontTest, WorksWithoutASessionBus) {
     SdEventLoop loop;
     SessionBus bus(loop);
     StatusNotifierWatcher watcher(bus);
+    PanelLook look(IconLook::recolored);
     ActivationToken token;
     TrayStatusBar bar(loop, {[&](TrayItem& item) {
-                          return std::make_unique<StatusNotifierFront>(item, bus, watcher, token, "", nullptr);
+                          return std::make_unique<StatusNotifierFront>(item, bus, watcher, look, token, "", nullptr);
                       }});
     const auto item = bar.statusItem(StatusBar::variableLength);
     item->button()->setToolTip("off");
@@ -136,7 +137,66 @@ TEST(StatusNotifierFrontTest, ReportsTheNameOfTheIconAndItsFolder) {
 TEST(StatusNotifierFrontTest, ReportsTheIconAsPixmapsToo) {
     StatusNotifierRig rig;
     rig.showInPanel();
-    EXPECT_EQ(rig.panel->itemProperty("IconPixmap"), "[(22 22 1936 bytes) (32 32 4096 bytes) (48 48 9216 bytes)]");
+    EXPECT_EQ(rig.panel->itemProperty("IconPixmap"),
+              "[(16 16 1024 bytes) (22 22 1936 bytes) (32 32 4096 bytes) (48 48 9216 bytes)]");
+}
+
+TEST(StatusNotifierFrontTest, ReportsTheNameOfTheIconInTheLookThatSuitsThePanel) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    rig.showIcon("pad-muted-symbolic", "on");
+    rig.settle();
+    rig.panel->signals();
+    const std::pair<IconLook, const char*> looks[] = {{IconLook::onLight, "\"pad-muted-on-light-symbolic\""},
+                                                      {IconLook::onDark, "\"pad-muted-on-dark-symbolic\""},
+                                                      {IconLook::outlinedDark, "\"pad-muted-outlined-dark\""},
+                                                      {IconLook::outlinedLight, "\"pad-muted-outlined-light\""},
+                                                      {IconLook::recolored, "\"pad-muted-symbolic\""}};
+    for (const auto& [look, name] : looks) {
+        rig.look.set(look);
+        EXPECT_EQ(rig.panel->signals(), "NewIcon; ");
+        EXPECT_EQ(rig.panel->itemProperty("IconName"), name);
+        rig.look.set(look);
+        EXPECT_EQ(rig.panel->signals(), "");
+    }
+}
+
+TEST(StatusNotifierFrontTest, RendersItsPixmapsInTheLookThatSuitsThePanel) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    Drawing line{.name = "line", .size = {1, 1}, .strokes = {{Segment{.from = {0, 0.5}, .to = {1, 0.5}}, 1}}};
+    rig.item->button()->setImage(line);
+    rig.settle();
+    const auto firstPixel = [&] {
+        sd_bus_message* made = nullptr;
+        EXPECT_GE(sd_bus_message_new_method_call(rig.panel->bus(), &made, rig.panel->item().c_str(),
+                                                 "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get"),
+                  0);
+        const BusMessage call(made);
+        EXPECT_GE(sd_bus_message_append(made, "ss", "org.kde.StatusNotifierItem", "IconPixmap"), 0);
+        std::vector<int> pixel;
+        const auto read = [](sd_bus_message* reply, void* context, sd_bus_error*) {
+            const void* bytes = nullptr;
+            std::size_t size = 0;
+            EXPECT_GE(sd_bus_message_enter_container(reply, 'v', "a(iiay)"), 0);
+            EXPECT_GE(sd_bus_message_enter_container(reply, 'a', "(iiay)"), 0);
+            EXPECT_GE(sd_bus_message_enter_container(reply, 'r', "iiay"), 0);
+            EXPECT_GE(sd_bus_message_skip(reply, "ii"), 0);
+            EXPECT_GE(sd_bus_message_read_array(reply, 'y', &bytes, &size), 0);
+            const auto* first = static_cast<const std::uint8_t*>(bytes);
+            *static_cast<std::vector<int>*>(context) = std::vector<int>(first, first + 4);
+            return 0;
+        };
+        sd_bus_slot* slot = nullptr;
+        EXPECT_GE(sd_bus_call_async(rig.panel->bus(), &slot, made, read, &pixel, 0), 0);
+        const BusSlot pending(slot);
+        EXPECT_TRUE(turnUntil(rig.loop, [&] { return !pixel.empty(); }));
+        return pixel;
+    };
+    rig.look.set(IconLook::onLight);
+    EXPECT_EQ(firstPixel(), (std::vector<int>{255, 0x20, 0x20, 0x20}));
+    rig.look.set(IconLook::onDark);
+    EXPECT_EQ(firstPixel(), (std::vector<int>{255, 255, 255, 255}));
 }
 
 TEST(StatusNotifierFrontTest, IsAnActiveItemWithNothingButAMenu) {
@@ -285,7 +345,7 @@ TEST(StatusNotifierFrontTest, LeavesTheBusWithItsItem) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.item.reset();
-    rig.settle();
+    rig.panel->settle(rig.program());  // the bus has then handled the release of the item's name
     EXPECT_EQ(rig.panel->itemProperty("Id"), "error org.freedesktop.DBus.Error.ServiceUnknown");
     rig.panel.reset();
     rig.panel.emplace(rig.loop);

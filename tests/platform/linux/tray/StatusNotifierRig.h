@@ -25,11 +25,12 @@ struct StatusNotifierRig {
     SdEventLoop loop;
     SessionBus bus{loop};
     StatusNotifierWatcher watcher{bus};
+    PanelLook look{IconLook::recolored};
     ActivationToken token;
     std::vector<std::pair<int, int>> requests;  // positions where the menu was requested
     StatusNotifierItem::PopUp popUp = [this](int x, int y) { requests.emplace_back(x, y); };
     TrayStatusBar bar{loop, {[this](TrayItem& made) {
-                          return std::make_unique<StatusNotifierFront>(made, bus, watcher, token, "/folder/icons",
+                          return std::make_unique<StatusNotifierFront>(made, bus, watcher, look, token, "/folder/icons",
                                                                        popUp);
                       }}};
     std::unique_ptr<StatusItem> item = bar.statusItem(StatusBar::variableLength);

@@ -57,7 +57,7 @@ class XEmbedTrayTest : public ItemOnScreen {
     XEmbedTrayTest() {
         show(false);
         item.button()->setToolTip("Plain & <b>literal</b>");
-        auto front = std::make_unique<XEmbedTray>(fakeQueue, *x, window, item);
+        auto front = std::make_unique<XEmbedTray>(fakeQueue, xTray, look, window, item);
         tray = front.get();
         item.add(std::move(front));
     }
@@ -73,6 +73,8 @@ class XEmbedTrayTest : public ItemOnScreen {
             return place && place->width > 10 && onlooker.colors(*place).size() > 2 ? place : std::nullopt;
         });
     }
+    XTray xTray{*x};
+    PanelLook look{IconLook::recolored};
     XEmbedTray* tray = nullptr;
 };
 
@@ -90,6 +92,28 @@ TEST_F(XEmbedTrayTest, ShowsTheIconAndTheSlash) {
     show(false);
     waitUntil([&] { return onlooker.pixels(place) == plain; });
     EXPECT_NE(slashed, plain);
+}
+
+TEST_F(XEmbedTrayTest, PaintsTheIconInTheLookThatSuitsTheTray) {
+    // So thick a line covers whole pixels.
+    item.button()->setImage(
+        {.name = "line", .size = {18, 18}, .strokes = {{Segment{.from = {3, 9}, .to = {15, 9}}, 6}}});
+    item.button()->setImageIsTemplate(true);
+    const Trayer trayer;
+    fakeQueue.advance(XEmbedTrayChoice::grace);
+    const auto place = paintedIcon();
+    const auto hasColors = [&](bool dark, bool light) {
+        const auto colors = onlooker.colors(place);
+        return colors.contains(darkInk) == dark && colors.contains(lightInk) == light;
+    };
+    const auto ink = [&] { return onlooker.pixels({place.x + place.width / 2, place.y + 11, 1, 1}).at(0); };
+    waitUntil([&] { return ink() == lightInk; });
+    look.set(IconLook::outlinedDark);
+    waitUntil([&] { return ink() == darkInk; });
+    look.set(IconLook::onLight);
+    waitUntil([&] { return hasColors(true, false); });
+    look.set(IconLook::onDark);
+    waitUntil([&] { return hasColors(false, true); });
 }
 
 TEST_F(XEmbedTrayTest, NamesTheIconForScreenReadersByItsToolTip) {

@@ -22,7 +22,8 @@ Drawing aDrawing() {
     return {.name = "some-symbolic",
             .size = {18, 18},
             .strokes = {{RoundedRectangle{.origin = {2.5, 4}, .size = {13, 10}, .cornerRadii = {2, 2.25}}, 1.2},
-                        {Segment{.from = {3, 3}, .to = {15, 15.5}}, 1.6}}};
+                        {Segment{.from = {3, 3}, .to = {15, 15.5}}, 1.6}},
+            .glyphs = {{.pixels = 16, .strokes = {{Segment{.from = {0, 0}, .to = {16, 16}}, 4.5, true}}}, {}}};
 }
 
 MenuItem anItem(const std::string& title) {
@@ -32,7 +33,12 @@ MenuItem anItem(const std::string& title) {
 }
 
 ShowTray aTray() {
-    ShowTray tray{.image = aDrawing(), .imageIsTemplate = true, .toolTip = "BLE-kovra: стоит", .menu = {}};
+    ShowTray tray{.image = aDrawing(),
+                  .imageIsTemplate = true,
+                  .toolTip = "BLE-kovra: стоит",
+                  .menu = {},
+                  .ink = 0xFEDCBA,
+                  .outline = 0x123456};
     MenuItem& toggle = tray.menu.items.emplace_back(anItem("Mute & <b>go</b>_\n\"now\""));
     toggle.action = MenuAction{"toggle", [] {}};
     toggle.state = MenuItemState::on;
@@ -80,6 +86,8 @@ TEST(EncodingTest, TransfersATrayUnchanged) {
     const ShowTray received = transferred(sent);
     EXPECT_EQ(received.image, sent.image);
     EXPECT_EQ(received.imageIsTemplate, sent.imageIsTemplate);
+    EXPECT_EQ(received.ink, sent.ink);
+    EXPECT_EQ(received.outline, sent.outline);
     EXPECT_EQ(received.toolTip, sent.toolTip);
     expectSame(received.menu, sent.menu);
 }
@@ -122,6 +130,7 @@ TEST(EncodingTest, TransfersAnEmptyTray) {
     const ShowTray received = transferred(ShowTray());
     EXPECT_FALSE(received.image);
     EXPECT_FALSE(received.imageIsTemplate);
+    EXPECT_FALSE(received.outline);
     EXPECT_EQ(received.toolTip, "");
     EXPECT_TRUE(received.menu.items.empty());
 }

@@ -11,9 +11,7 @@ namespace kovra {
 
 namespace {
 
-constexpr qreal outline = 0.8;  // points, on each side of a line
-constexpr QColor light(255, 255, 255);
-constexpr QColor dark(32, 32, 32);
+constexpr qreal outlineShare = 0.045;  // of the width: the outline on each side of a line
 
 struct PathOf {
     QPainterPath operator()(const RoundedRectangle& rectangle) const {
@@ -29,38 +27,43 @@ struct PathOf {
     }
 };
 
-// Returns the area that the strokes cover.
+// Returns the area that the strokes cover, without the gaps.
 QPainterPath inkOf(const Drawing& drawing) {
     QPainterPath ink;
     for (const Stroke& stroke : drawing.strokes) {
         QPainterPathStroker stroker;
         stroker.setWidth(stroke.lineWidth);
         stroker.setCapStyle(Qt::FlatCap);
-        ink = ink.united(stroker.createStroke(std::visit(PathOf(), stroke.shape)));
+        const QPainterPath area = stroker.createStroke(std::visit(PathOf(), stroke.shape));
+        ink = stroke.isGap ? ink.subtracted(area) : ink.united(area);
     }
     return ink;
 }
 
 }  // namespace
 
-void paintDrawing(QPainter& painter, const QRectF& rect, const Drawing& drawing, bool isTemplate) {
-    if (!(drawing.size.width > 0 && drawing.size.height > 0)) return;
-    const qreal scale = std::min(rect.width() / drawing.size.width, rect.height() / drawing.size.height);
-    const QPainterPath ink = inkOf(drawing);
+void paintDrawing(QPainter& painter, const QRectF& rect, const Drawing& drawing, const DrawingColors& colors) {
+    const qreal ratio = painter.device()->devicePixelRatio();
+    const Drawing shown = fittedTo(qRound(std::min(rect.width(), rect.height()) * ratio), drawing);
+    if (!(shown.size.width > 0 && shown.size.height > 0)) return;
+    const qreal scale = std::min(rect.width() / shown.size.width, rect.height() / shown.size.height);
+    const QPainterPath ink = inkOf(shown);
+    const qreal outline = outlineShare * shown.size.width;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(rect.center());
     painter.scale(scale, -scale);  // a drawing's y axis points up
-    painter.translate(-drawing.size.width / 2, -drawing.size.height / 2);
-    if (isTemplate) painter.strokePath(ink, QPen(dark, 2 * outline, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
-    painter.fillPath(ink, isTemplate ? light : QColor(Qt::black));
+    painter.translate(-shown.size.width / 2, -shown.size.height / 2);
+    if (colors.outline) {
+        painter.strokePath(ink, QPen(*colors.outline, 2 * outline, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
+    }
+    painter.fillPath(ink, colors.ink);
     painter.restore();
 }
 
-QIcon drawingIcon(const Drawing& drawing, bool isTemplate) {
-    return paintedIcon([drawing, isTemplate](QPainter& painter, const QRectF& rect) {
-        paintDrawing(painter, rect, drawing, isTemplate);
-    });
+QIcon drawingIcon(const Drawing& drawing, const DrawingColors& colors) {
+    return paintedIcon(
+        [drawing, colors](QPainter& painter, const QRectF& rect) { paintDrawing(painter, rect, drawing, colors); });
 }
 
 }  // namespace kovra

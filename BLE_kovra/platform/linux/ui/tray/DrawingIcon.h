@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QColor>
 #include <QIcon>
+#include <optional>
 
 #include "BLE_kovra/platform/Drawing.h"
 
@@ -9,13 +11,17 @@ class QRectF;
 
 namespace kovra {
 
-// Paints the drawing centered, at the largest size that fits the rectangle.
-//
-// The background is unknown. Therefore a template is white with a thin dark outline, which stands out on light and dark
-// panels. Any other drawing is black.
-void paintDrawing(QPainter& painter, const QRectF& rect, const Drawing& drawing, bool isTemplate);
+// The colors of a drawing. A line of the color `outline` surrounds its strokes, if there is one.
+struct DrawingColors {
+    QColor ink = Qt::black;
+    std::optional<QColor> outline = std::nullopt;
+};
+
+// Paints the drawing centered, at the largest size that fits the rectangle. For few pixels it paints the glyph of the
+// drawing.
+void paintDrawing(QPainter& painter, const QRectF& rect, const Drawing& drawing, const DrawingColors& colors);
 
 // Returns the drawing as an icon, repainted for each size and scale.
-QIcon drawingIcon(const Drawing& drawing, bool isTemplate);
+QIcon drawingIcon(const Drawing& drawing, const DrawingColors& colors);
 
 }  // namespace kovra

@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
 
+#include <QColor>
 #include <QCoreApplication>
 #include <QCursor>
 #include <QEvent>
@@ -23,7 +24,12 @@ TrayIcon::TrayIcon(const SendToResident& send) : menu_([send](std::size_t positi
 }
 
 void TrayIcon::show(const ShowTray& tray) {
-    icon_.setIcon(tray.image ? drawingIcon(*tray.image, tray.imageIsTemplate) : QIcon());
+    DrawingColors colors;
+    if (tray.imageIsTemplate) {
+        colors.ink = QColor(tray.ink);
+        if (tray.outline) colors.outline = QColor(*tray.outline);
+    }
+    icon_.setIcon(tray.image ? drawingIcon(*tray.image, colors) : QIcon());
     name_ = QString::fromStdString(tray.toolTip);
     icon_.setToolTip(plain(name_));
     menu_.show(tray.menu);
