@@ -1,8 +1,13 @@
 """The panels of other projects that the status item is tested with. Each contains only a tray."""
 
+import pathlib
+
 from desktop import SwayDesktop, X11Desktop
 from item import WATCHER, Caller
 from waiting import check, wait_for
+
+PORTAL = "org.freedesktop.portal.Desktop"
+PORTAL_PROGRAM = pathlib.Path(__file__).with_name("portal.py")
 
 
 class Panel:
@@ -14,15 +19,18 @@ class Panel:
     takes_items = True
     # The scales at which the icon is tested, in pixels per point.
     scales = (1, 2)
-    # The minimum contrast of the icon. Some panels draw symbolic icons in their text color, which has a high contrast.
-    # The others show the icon in the program's gray. At one pixel per point, no gray has a contrast of 3 both on LXQt's
-    # light panel and on MATE's dark panel.
-    least_contrast = 2.75
+    # Whether the desktop has a portal with the preferred color scheme. Without it, nothing on the desktop says whether
+    # a panel is light or dark that does not announce its color and is not LXQt's.
+    has_portal = False
+    # What the names of icons end in that are made for light panels, and for dark ones.
+    looks = ()
 
     def __init__(self, folder, dark=False, scale=1):
         self.dark, self.scale = dark, scale
         self.desktop = self._open_desktop(folder)
         self._process = None
+        if self.has_portal:
+            self.start_portal()
 
     def start(self):
         """Starts the panel, and waits until it can show the program's icon."""
@@ -33,6 +41,16 @@ class Panel:
             check(self._process.is_running(), f"{self.name} ended: {self._process.last_words()}")
             return self.is_ready()
         wait_for(ready, f"{self.name} to be a host")
+
+    def start_portal(self):
+        scheme = "dark" if self.dark else "light"
+        self._portal = self.desktop.start("portal", "/usr/bin/python3", "-B", PORTAL_PROGRAM, scheme)
+        wait_for(lambda: Caller(self.desktop.bus).has_owner(PORTAL), "the portal")
+
+    def restart_portal(self):
+        self._portal.kill()
+        wait_for(lambda: not Caller(self.desktop.bus).has_owner(PORTAL), "the portal to leave the bus")
+        self.start_portal()
 
     def kill(self):
         self._process.kill()
@@ -71,7 +89,7 @@ gtk-application-prefer-dark-theme={int(self.dark)}
 class XfcePanel(GtkPanel):
     name = "xfce4-panel"
     session = "XFCE"
-    least_contrast = 4.5
+    looks = ("-symbolic", "-symbolic")
 
     def command(self):
         return [self.name, "--disable-wm-check", "--sm-client-disable"]
@@ -102,6 +120,7 @@ class XfcePanel(GtkPanel):
 
 class MatePanel(GtkPanel):
     name = "mate-panel"
+    looks = ("-on-light-symbolic", "-on-dark-symbolic")
     session = "MATE"
     height = 28
 
@@ -127,6 +146,7 @@ panel-right-stick=true
 
 class LxqtPanel(Panel):
     name = "lxqt-panel"
+    looks = ("-on-light-symbolic", "-on-dark-symbolic")
     session = "LXQt"
     comma = ","
     height = 32
@@ -156,6 +176,8 @@ alignment=Right
 class Waybar(Panel):
     name = "waybar"
     session = "sway"
+    has_portal = True
+    looks = ("-outlined-dark", "-outlined-light")
     scales = (1, 1.5, 2)
 
     def _open_desktop(self, folder):
@@ -176,15 +198,23 @@ class Trayer(Panel):
 
     name = "trayer"
     takes_items = False
+    scales = (1,)
 
     def command(self):
+        paper = "0x202020" if self.dark else "0xf0f0f0"
         return [self.name, "--edge", "top", "--widthtype", "percent", "--width", "100", "--expand", "false",
-                "--heighttype", "pixel", "--height", self.height, "--SetDockType", "true"]
+                "--heighttype", "pixel", "--height", self.height, "--SetDockType", "true",
+                "--transparent", "true", "--alpha", "0", "--tint", paper]
 
     def is_present(self):
         return self.desktop.screen.has_tray()
 
     is_ready = is_present
+
+
+class WaybarWithoutPortal(Waybar):
+    has_portal = False
+    looks = ("-outlined-light", "-outlined-light")
 
 
 PANELS = [XfcePanel, LxqtPanel, MatePanel, Waybar, Trayer]

@@ -42,6 +42,7 @@ def first_look(panel, binary, folder):
     for dark, muted in ((False, False), (True, True)):
         with running(panel, binary, folder, dark, scale=2) as world:
             world.start(muted=muted)
+            world.wait_look()
             yield open_menu(world)
 
 
@@ -56,6 +57,7 @@ def icons(all_panels, binary, folder):
                     for muted in (False, True):
                         world.prepare()
                         world.start(muted=muted)
+                        world.wait_look()
                         states.append(around(world.screen.picture(), world.icon, panel.height * scale))
                     row.append((f"{panel.name}, {'dark' if dark else 'light'}, {scale}x", beside(states, 0)))
         yield row
@@ -76,6 +78,7 @@ def menus(panels, binary, folder):
                         (panels.MatePanel, True), (panels.Waybar, False), (panels.Trayer, False)):
         with running(panel, binary, folder, dark) as world:
             world.start(muted=True)
+            world.wait_look()
             others.append((f"{panel.name}, {'dark' if dark else 'light'}", open_menu(world)))
     yield others[:3]
     yield others[3:]

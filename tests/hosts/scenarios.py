@@ -2,6 +2,7 @@
 
 import look
 from item import Program
+from panels import WaybarWithoutPortal
 from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, MUTE, QUIT, SETTINGS, TITLES
 from waiting import check, now, stay_until, wait_for
 from world import World
@@ -167,20 +168,59 @@ def late_panel(world):
     world.expect_switch(False)
 
 
-@scenario("The icon is legible on a light and on a dark panel, at every scale.")
+@scenario("The icon is legible on a light and on a dark panel, plain and muted, at every scale.")
 def legible(world):
+    return _measure_contrasts(world, type(world.panel), world.panel.scales)
+
+
+@scenario("The icon is legible in a tray that embeds windows, on a light and on a dark one.", only_on="trayer")
+def legible_embedded(world):
+    return _measure_contrasts(world, type(world.panel), world.panel.scales)
+
+
+@scenario("The icon is legible on a panel of which nothing is known.", only_on="waybar")
+def legible_without_portal(world):
+    return _measure_contrasts(world, WaybarWithoutPortal, [1])
+
+
+@scenario("The icon takes the colors of another color scheme while it is shown.", only_on="waybar")
+def scheme_changed(world):
+    world.start()
+    before = world.item.property("IconName")
+    check(before == "ble-kovra-outlined-dark", f"on a light desktop the icon is {before}")
+    light = world.icon_picture()
+    try:
+        world.panel.dark = True
+        world.panel.restart_portal()
+        wait_for(lambda: world.item.property("IconName") == "ble-kovra-outlined-light", "the icon for a dark desktop")
+        world.settled(lambda picture: picture.crop(world.icon).tobytes() != light.tobytes(), "the icon to be repainted")
+    finally:
+        world.panel.dark = False
+        world.panel.restart_portal()
+    world.settled(lambda picture: picture.crop(world.icon).tobytes() == light.tobytes(), "the icon to be as before")
+
+
+# The minimum for texts of normal size in the Web Content Accessibility Guidelines. For icons these require 3.
+LEAST_CONTRAST = 4.5
+
+
+def _measure_contrasts(world, panel, scales):
     measured = []
     for dark in (False, True):
-        for scale in world.panel.scales:
-            fresh = World(type(world.panel), world.binary, world.desktop.folder, dark, scale)
+        for scale in scales:
+            fresh = World(panel, world.built, world.desktop.folder, dark, scale)
             try:
                 fresh.start_panel()
-                fresh.start(muted=True)
-                ratio = fresh.legibility()
-                measured.append(f"{'dark' if dark else 'light'} {scale}x {ratio:.1f}")
-                check(ratio >= world.panel.least_contrast, f"contrasts: {', '.join(measured)}")
-                width = (fresh.icon[2] - fresh.icon[0]) / scale
-                check(12 <= width <= 24, f"at {scale}x the icon is {width:.1f} points wide")
+                for muted in (False, True):
+                    fresh.prepare()
+                    fresh.start(muted=muted)
+                    fresh.wait_look()
+                    ratio = fresh.legibility()
+                    state = f"{'dark' if dark else 'light'} {scale}x {'muted' if muted else 'plain'}"
+                    measured.append(f"{state} {ratio:.1f}")
+                    check(ratio >= LEAST_CONTRAST, f"contrasts: {', '.join(measured)}")
+                    width = (fresh.icon[2] - fresh.icon[0]) / scale
+                    check(12 <= width <= 24, f"{state}: the icon is {width:.1f} points wide")
             finally:
                 fresh.end_program()
                 fresh.close()

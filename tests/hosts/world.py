@@ -1,6 +1,7 @@
 """The environment of a scenario: a panel on its own desktop, the program, the screen and the mouse."""
 
 import json
+import shutil
 import subprocess
 import tempfile
 
@@ -29,14 +30,28 @@ class Menu:
 
 
 class World:
+    """`binary` is the built program, with its icons in the folder `icons` beside it."""
+
     def __init__(self, panel_class, binary, folder, dark=False, scale=1):
-        self.binary = binary
+        self.built = binary
         self.panel = panel_class(tempfile.mkdtemp(prefix=f"{panel_class.name}-", dir=folder), dark, scale)
         self.desktop, self.screen = self.panel.desktop, self.panel.desktop.screen
         self.program = self.item = self.icon = None
+        self._install()
         # A picture of the screen with the panel, before the program runs.
         self.empty = None
         self._rest()
+
+    def _install(self):
+        """Installs the program and its icons in the private home folder, so that the panel finds the icons in the icon
+        theme. A program beside its icons would name their folder to the panel."""
+        programs, data = self.desktop.home / "bin", self.desktop.home / ".local/share"
+        for folder in (programs, data):
+            folder.mkdir(parents=True)
+        self.binary = programs / self.built.name
+        for program in (self.built, self.built.with_name("ble-kovra-ui")):
+            shutil.copy2(program, programs)
+        (data / "icons").symlink_to(self.built.parent / "icons")
 
     def start_panel(self):
         bare = self.screen.picture()
@@ -148,6 +163,14 @@ class World:
 
     def icon_picture(self):
         return self.settled(lambda picture: True, "a still picture").crop(self.icon)
+
+    def wait_look(self):
+        """Waits until the item has the icon for this panel."""
+        if self.panel.looks:
+            look_of_panel = self.panel.looks[self.panel.dark]
+            wait_for(lambda: self.item.property("IconName").removeprefix("ble-kovra").removeprefix("-muted")
+                     == look_of_panel, f"the icon {look_of_panel}")
+            self.find_item()
 
     def legibility(self):
         return look.contrast(self.settled(lambda picture: True, "a still picture"), self.icon)
