@@ -16,8 +16,15 @@ sys.path.append(str(ROOT / "tests/system/guest"))
 import secluded
 from sheets import LANGUAGES, save, sheet
 
-THREE = ["Logitech MX Master 3S", "Apple Magic Mouse", "Microsoft Arc & <Touch> Mouse"]
-THIRTY = THREE + [f"Mouse {number}" for number in range(4, 31)]
+# Names as real devices report them, since users see the pictures.
+THREE = ["Logitech MX Master 3S", "Apple Magic Mouse", "Microsoft Arc Mouse"]
+THIRTY = THREE + ["Dell MS3320W", "HP 435 Multi-Device Mouse", "Lenovo Go Wireless Mouse", "Logitech G502 HERO",
+                  "Logitech Lift", "Logitech M185", "Logitech M330 SILENT", "Logitech M510", "Logitech M590",
+                  "Logitech M720 Triathlon", "Logitech MX Anywhere 3", "Logitech MX Ergo", "Logitech MX Vertical",
+                  "Logitech Pebble M350", "Microsoft Bluetooth Mouse", "Microsoft Ergonomic Mouse",
+                  "Microsoft Modern Mobile Mouse", "Microsoft Surface Mouse", "Razer Basilisk V3", "Razer DeathAdder V2",
+                  "Razer Orochi V2", "Razer Pro Click", "Razer Viper Mini", "SteelSeries Rival 3",
+                  "ThinkPad Bluetooth Mouse", "Trust Yvi Wireless Mouse", "Kensington Pro Fit"]
 STATES = ("empty", "three", "thirty", "muted")
 # The colors of a light and of a dark desktop: window, text, fields, buttons. Each color is red, green and blue.
 LOOKS = {"light": ("239,240,241", "35,38,41", "255,255,255", "252,252,252"),
