@@ -82,9 +82,10 @@ void AppDelegate::applicationDidFinishLaunching() {
     evaluate();
 
     // 9. The alert about the driver, unless the driver is active. This step is the last one because it waits for the
-    // user's answer. The services of the earlier steps keep working meanwhile.
+    // user's answer. The services of the earlier steps keep working meanwhile. So the user may have opened the alert
+    // from the menu by now.
     const bool isActive = driver_.isExtensionActive();
-    if (!isActive && !hasTerminated_)
+    if (!isActive && !hasExplainedDriver_ && !hasTerminated_)
         DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
 }
 
@@ -187,6 +188,7 @@ void AppDelegate::openSettings() {
 }
 
 void AppDelegate::activateDriver() {
+    hasExplainedDriver_ = true;
     DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
 }
 

@@ -105,6 +105,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     DriverActivator driver_;
     std::unique_ptr<SettingsWindow> settingsWindow_;
     std::vector<Subscription> cancellables_;
+    bool hasExplainedDriver_ = false;  // the user has opened the alert about the driver
     bool hasTerminated_ = false;
 };
 

@@ -138,6 +138,27 @@ TEST(LaunchTest, ExplainsTheDriverAtEachLaunch) {
     }
 }
 
+TEST(LaunchTest, AsksNothingIfTheUserHasOpenedTheAlertFromTheMenuWhileTheToolRan) {
+    for (const AlertResponse answer : {AlertResponse::firstButton, AlertResponse::secondButton}) {
+        Computer computer;
+        computer.alerts.answer = answer;
+        AppRig rig(computer);
+        computer.processes.meanwhile = [&] { rig.delegate->activateDriver(); };
+        rig.launch();
+        EXPECT_EQ(computer.alerts.shown.size(), 1U);
+        rig.delegate->activateDriver();
+        EXPECT_EQ(computer.alerts.shown.size(), 2U);
+    }
+}
+
+TEST(LaunchTest, ExplainsTheDriverIfTheUserHasOpenedAnotherAlertWhileTheToolRan) {
+    Computer computer;
+    AppRig rig(computer);
+    computer.processes.meanwhile = [&] { rig.delegate->showAbout(); };
+    rig.launch();
+    EXPECT_EQ(computer.alerts.shown.size(), 2U);
+}
+
 TEST(LaunchTest, WritesTheFirstDecisionBeforeItExplains) {
     Computer computer;
     computer.preferences.stored.emplace("blockMode", std::string("always"));

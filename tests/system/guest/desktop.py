@@ -17,6 +17,8 @@ from waiting import check, now, stay_until, wait_for
 
 ITEM = ("--dest=org.ble_kovra.BLEKovra", "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get",
         "string:org.kde.StatusNotifierItem", "string:IconName")
+MENU = "/MenuBar"
+ACTIVATE = 5  # the number of this entry on the bus
 # The machine has no desktop of which anything is known.
 PLAIN, SLASHED = "ble-kovra-outlined-light", "ble-kovra-muted-outlined-light"
 
@@ -26,6 +28,13 @@ def icon(world):
     command = ["dbus-send", "--print-reply=literal", f"--bus={world.session_bus()}", *ITEM]
     answer = subprocess.run(command, capture_output=True, text=True)
     return answer.stdout.split()[-1] if answer.returncode == 0 else ""
+
+
+def choose(world, entry):
+    """Chooses an entry of the menu, as a host does. Returns whether the program has answered."""
+    command = ["dbus-send", "--print-reply", f"--bus={world.session_bus()}", "--dest=org.ble_kovra.BLEKovra", MENU,
+               "com.canonical.dbusmenu.Event", f"int32:{entry}", "string:clicked", "variant:int32:0", "uint32:0"]
+    return subprocess.run(command, capture_output=True).returncode == 0
 
 
 def expect_icon(world, name):

@@ -6,13 +6,13 @@ import pathlib
 import signal
 
 import driver
-from desktop import PLAIN, SLASHED, expect_icon
+from desktop import ACTIVATE, PLAIN, SLASHED, choose, expect_icon
 from flag import STATE
 from plugging import MADE_UP
 from program import HOME
 from running import scenario
-from screen import RETURN, SETTINGS, SPACE, TAB, Screen
-from waiting import check, now, wait_for
+from screen import ESCAPE, RETURN, SETTINGS, SPACE, TAB, Screen
+from waiting import check, now, stay_until, wait_for
 
 MANAGER_IS_MISSING = f"ble-kovra: Manager не найден по пути {driver.MANAGER}"
 CALLED = HOME / "called"
@@ -79,6 +79,31 @@ def explained(world):
         world.expect_on(world.plug("Kovra Mouse"))
         check(not CALLED.exists(), f"the manager was started: {CALLED}")
         check(running.is_running(), f"the program ended: {running.last_words()}")
+
+
+@scenario("If the user opens the alert from the menu while the listing tool runs, launch does not show it again.")
+def explained_once(world):
+    for is_open_when_the_tool_ends in (False, True):
+        with contextlib.closing(Screen()) as screen:
+            tool = driver.Hanging(HOME, STATE, "activated waiting for user")
+            running = world.start(display=screen.name)
+            pid = wait_for(tool.started, "the tool to be started")[0]
+            wait_for(lambda: choose(world, ACTIVATE), "the menu to be on the bus")
+            screen.wait_alerts(1)
+            screen.wait_keyboard()
+            if is_open_when_the_tool_ends:
+                tool.release()
+                wait_for(lambda: has_ended(pid), "the tool to end")
+            screen.press(ESCAPE)
+            screen.wait_alerts(0)
+            if not is_open_when_the_tool_ends:
+                tool.release()
+                wait_for(lambda: has_ended(pid), "the tool to end")
+            stay_until(now() + 2)
+            check(not screen.alerts(), "the alert opened again")
+            check(running.is_running(), f"the program ended: {running.last_words()}")
+            running.send(signal.SIGTERM)
+            check(running.wait_exit() == 0, f"it ended with {running.last_words()}")
 
 
 @scenario("The alert's first button starts the manager with \"forceActivate\"; the manager outlives the program.")
