@@ -23,13 +23,14 @@ class AlertPresenter {
   public:
     virtual ~AlertPresenter() = default;
 
-    // Shows the alert in front of all windows, with the application's icon, and returns the user's answer. Blocks only
-    // the caller; the main queue keeps running. An alert that is opened before this one is answered appears above it.
-    // When the application terminates, open alerts are aborted and no new one opens.
+    // Shows the alert in front of other windows, with the application's icon, and returns the user's answer. Blocks
+    // only the caller; the main queue keeps running. An alert that is opened before this one is answered appears above
+    // it. When the application terminates, open alerts are aborted and no new one opens.
     //
-    // An alert does not open while an equal one is open. The topmost alert comes to the front instead, and the call
-    // returns `aborted` at once. So a menu item that is chosen again and again opens one alert, and waiting callers do
-    // not pile up.
+    // An alert does not open while an equal one is open. If that is the topmost, it comes to the front instead, and the
+    // call returns `aborted` at once. So a menu item that is chosen again and again opens one alert, and waiting
+    // callers do not pile up. If the open alert is below another, this call may bring it above and wait for its answer;
+    // the earlier call then returns `aborted`.
     virtual AlertResponse runModal(const Alert& alert) = 0;
 };
 

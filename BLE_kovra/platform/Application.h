@@ -43,7 +43,8 @@ class ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;
     virtual void applicationDidFinishLaunching() = 0;
-    // Called when the user starts the program again while it is running, or on macOS chooses Settings in its main menu.
+    // Called when the user starts the program again while it is running, or requests the settings with a key in one of
+    // its windows or, on macOS, in its main menu.
     virtual void applicationDidReopen() = 0;
     // Called when a write of the flag that failed before may succeed. The reason is that the session has become active
     // again, the machine has resumed from sleep, or the helper has handed the flag over to the user.

@@ -259,6 +259,42 @@ def embedded(world):
     world.wait_tray_empty()
 
 
+@scenario("While the menu, the settings or an alert have the keyboard, Ctrl+, opens the settings, Ctrl+Q quits, and "
+          "Escape and Ctrl+W close.", only_on="trayer")
+def keys(world):
+    close, settings, end = ("Control_L", "w"), ("Control_L", "comma"), ("Control_L", "q")
+    for opened_by in (SETTINGS, ABOUT, None):
+        world.prepare()
+        world.start(muted=True)
+        for pressed in (("Escape",), close):
+            _open_for_keys(world, opened_by)
+            world.screen.press(*pressed)
+            wait_for(lambda: not world.screen.windows("BLE-kovra"), f"{pressed} to close it")
+        _open_for_keys(world, opened_by)
+        world.screen.press(*settings)
+        wait_for(lambda: _settings_are_open(world), "the settings to open")
+        if opened_by is None:
+            wait_for(lambda: world.screen.has_keyboard("BLE-kovra"), "the settings to have the keyboard")
+            world.screen.press(*close)
+            wait_for(lambda: not world.screen.windows("BLE-kovra"), "the settings to close")
+            _open_for_keys(world, opened_by)
+        world.screen.press(*end)
+        world.expect_quit()
+
+
+def _open_for_keys(world, entry):
+    """Chooses the entry, or only opens the menu if it is None. Waits until the keyboard belongs to what has opened."""
+    if entry is None:
+        world.open_menu()
+        return
+    world.choose(entry)
+    wait_for(lambda: world.screen.has_keyboard("BLE-kovra"), "the window to have the keyboard")
+
+
+def _settings_are_open(world):
+    return any(right - left == 440 for left, _, right, _ in world.screen.windows("BLE-kovra"))
+
+
 def _glance(world, button=3):
     """Opens the menu, closes it, and returns it as it was while it was open."""
     menu = world.open_menu(button)

@@ -41,16 +41,26 @@ class X11Screen:
         self._display.sync()
 
     def window(self, title):
-        """Returns (left, top, right, bottom) of the visible window with this title, or None."""
-        waiting = [self._root]
+        """Returns (left, top, right, bottom) of a visible window with this title, or None."""
+        return next(iter(self.windows(title)), None)
+
+    def windows(self, title):
+        """Returns the places of all visible windows with this title, like window()."""
+        found, waiting = [], [self._root]
         while waiting:
             window = waiting.pop()
             name = window.get_full_text_property(self._display.intern_atom("_NET_WM_NAME"))
             if name == title and window.get_attributes().map_state == X.IsViewable:
                 size, corner = window.get_geometry(), window.translate_coords(self._root, 0, 0)
-                return -corner.x, -corner.y, -corner.x + size.width, -corner.y + size.height
+                found.append((-corner.x, -corner.y, -corner.x + size.width, -corner.y + size.height))
             waiting += window.query_tree().children
-        return None
+        return found
+
+    def has_keyboard(self, title):
+        """Returns whether the keyboard focus is in a window with this title."""
+        focus = self._display.get_input_focus().focus
+        name = self._display.intern_atom("_NET_WM_NAME")
+        return focus not in (X.NONE, X.PointerRoot) and focus.get_full_text_property(name) == title
 
     def has_tray(self):
         """Returns whether an XEmbed tray is running, that is, whether its selection has an owner."""

@@ -126,7 +126,7 @@ TEST_P(LanguagesOnScreenTest, AlertsShowTheTextsOfTheTablesUncut) {
                                         {"BLE-kovra 1.0", expected(language, "about.info"),
                                          expected(language, "about.ok"), expected(language, "about.contact")}};
         for (std::size_t each = 0; each < 2; ++each) {
-            AlertWindow window(shown.alerts[each].alert, [](std::optional<std::size_t>) {});
+            AlertWindow window(shown.alerts[each].alert, [](std::optional<std::size_t>) {}, [](const ToResident&) {});
             window.show();
             QCoreApplication::processEvents();
             EXPECT_EQ(read(window), wanted[each]);

@@ -160,8 +160,9 @@ void runApplication() {
     kovra::XdgWorkspace workspace(loop);
     kovra::ProcessWindowHost windows(loop, window, activationToken, workspace);
     kovra::ProcessAlertPresenter alerts(loop, window, activationToken);
-    const auto quitListener = window.listen([&](const kovra::ToResident& message) {
+    const auto keyListener = window.listen([&](const kovra::ToResident& message) {
         if (std::holds_alternative<kovra::QuitWanted>(message)) application.terminate();
+        if (std::holds_alternative<kovra::SettingsWanted>(message)) application.reopen();
     });
     const kovra::DBusFacts facts(bus, {.application = [&] { return application.facts(); },
                                        .hotKey = [&] { return hotKeys.state(); },

@@ -73,6 +73,17 @@ class Neighbour {
         }
         return {};
     }
+    // Returns the title of the topmost visible window that has one.
+    std::string topmostTitle() {
+        const Handle<xcb_query_tree_reply_t, std::free> tree(
+            xcb_query_tree_reply(x(), xcb_query_tree(x(), root_), nullptr));
+        if (!tree) return {};
+        for (int i = xcb_query_tree_children_length(tree.get()); i > 0; --i) {
+            const std::string title = titleInside(xcb_query_tree_children(tree.get())[i - 1]);
+            if (!title.empty()) return title;
+        }
+        return {};
+    }
     bool rootHas(std::string_view name) { return !property(root_, name).empty(); }
 
   private:
@@ -99,6 +110,23 @@ class Neighbour {
         if (!reply) return {};
         return {static_cast<const char*>(xcb_get_property_value(reply.get())),
                 static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+    }
+    // Returns the title of the window or of a window inside it. Empty if it is not on the screen or has no title.
+    std::string titleInside(xcb_window_t window) {
+        const Handle<xcb_get_window_attributes_reply_t, std::free> attributes(
+            xcb_get_window_attributes_reply(x(), xcb_get_window_attributes(x(), window), nullptr));
+        const Handle<xcb_get_geometry_reply_t, std::free> place(
+            xcb_get_geometry_reply(x(), xcb_get_geometry(x(), window), nullptr));
+        if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE) return {};
+        if (!place || place->x + place->width <= 0 || place->y + place->height <= 0) return {};
+        if (const std::string title = property(window, "_NET_WM_NAME"); !title.empty()) return title;
+        const Handle<xcb_query_tree_reply_t, std::free> tree(
+            xcb_query_tree_reply(x(), xcb_query_tree(x(), window), nullptr));
+        for (int i = 0; tree && i < xcb_query_tree_children_length(tree.get()); ++i) {
+            const std::string title = titleInside(xcb_query_tree_children(tree.get())[i]);
+            if (!title.empty()) return title;
+        }
+        return {};
     }
     void sync() {
         const Handle<xcb_get_input_focus_reply_t, std::free> reply(

@@ -68,9 +68,12 @@ class Onlooker {
     void click(std::uint8_t button, const Place& place) {
         click(button, place.x + place.width / 2, place.y + place.height / 2);
     }
-    void tap(xcb_keycode_t key) {
+    // Presses the key. If `held` is not 0, that key is held down meanwhile.
+    void tap(xcb_keycode_t key, xcb_keycode_t held = 0) {
+        if (held != 0) xcb_test_fake_input(x(), XCB_KEY_PRESS, held, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
         xcb_test_fake_input(x(), XCB_KEY_PRESS, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
         xcb_test_fake_input(x(), XCB_KEY_RELEASE, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        if (held != 0) xcb_test_fake_input(x(), XCB_KEY_RELEASE, held, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
         xcb_flush(x());
     }
 

@@ -32,7 +32,8 @@ class SdEventApplication : public Application {
         return launches_.add(std::move(listener));
     }
 
-    // Call this function when the user has started the program again while it is running.
+    // Call this function when the user has started the program again while it is running, or has pressed the key for
+    // the settings in one of its windows.
     void reopen();
     // Call this function when a refused write of the flag may succeed now.
     void resume();

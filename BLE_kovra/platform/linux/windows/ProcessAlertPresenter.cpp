@@ -26,13 +26,20 @@ ProcessAlertPresenter::ProcessAlertPresenter(SdEventLoop& loop, WindowProcess& p
     ends_ = process_.listenForEnd([this] { abortAll(); });
 }
 
+// If an equal alert is open below another, its new caller takes it over from the earlier one. The new caller waits
+// above all others, so it can act on the answer as soon as the user gives it.
 AlertResponse ProcessAlertPresenter::runModal(const Alert& alert) {
     if (loop_.isStopped()) return AlertResponse::aborted;
-    if (isOpen(alert) || stack_.size() == mostNested) {
-        bringToFront();
+    const std::shared_ptr<Open> equal = findOpen([&](const Open& open) { return open.shown.alert == alert; });
+    if ((equal && equal == topmost()) || stack_.size() == mostNested) {
+        bringToFront(equal ? equal : topmost());
         return AlertResponse::aborted;
     }
-    const auto open = std::make_shared<Open>(Open{{++number_, token_.take(), alert}, {}});
+    const auto open = std::make_shared<Open>(Open{{equal ? equal->shown.number : ++number_, token_.take(), alert}, {}});
+    if (equal) {
+        equal->answer = AlertResponse::aborted;
+        ++fronts_;
+    }
     stack_.push_back(open);
     show();
     loop_.runUntil([&] { return open->answer.has_value(); });
@@ -40,9 +47,15 @@ AlertResponse ProcessAlertPresenter::runModal(const Alert& alert) {
     return loop_.isStopped() ? AlertResponse::aborted : *open->answer;
 }
 
-bool ProcessAlertPresenter::isOpen(const Alert& alert) const {
-    return std::any_of(stack_.begin(), stack_.end(),
-                       [&](const auto& open) { return !open->answer && open->shown.alert == alert; });
+std::shared_ptr<ProcessAlertPresenter::Open> ProcessAlertPresenter::findOpen(
+    const std::function<bool(const Open&)>& isMeant) const {
+    const auto found =
+        std::find_if(stack_.rbegin(), stack_.rend(), [&](const auto& open) { return !open->answer && isMeant(*open); });
+    return found == stack_.rend() ? nullptr : *found;
+}
+
+std::shared_ptr<ProcessAlertPresenter::Open> ProcessAlertPresenter::topmost() const {
+    return findOpen([](const Open&) { return true; });
 }
 
 void ProcessAlertPresenter::receive(const AlertAnswered& answered) {
@@ -60,10 +73,11 @@ void ProcessAlertPresenter::abortAll() {
     show();
 }
 
-void ProcessAlertPresenter::bringToFront() {
-    const auto topmost = std::find_if(stack_.rbegin(), stack_.rend(), [](const auto& open) { return !open->answer; });
-    if (topmost == stack_.rend()) return;
-    (*topmost)->shown.activationToken = token_.take();
+void ProcessAlertPresenter::bringToFront(const std::shared_ptr<Open>& open) {
+    if (!open) return;
+    std::erase(stack_, open);
+    stack_.push_back(open);
+    open->shown.activationToken = token_.take();
     ++fronts_;
     show();
 }

@@ -127,6 +127,11 @@ template <>
 constexpr auto members<QuitWanted> = std::tuple();
 
 template <>
+constexpr const char* nameOf<SettingsWanted> = "settingsWanted";
+template <>
+constexpr auto members<SettingsWanted> = std::tuple();
+
+template <>
 constexpr const char* nameOf<Pong> = "pong";
 template <>
 constexpr auto members<Pong> = std::tuple(required("number", &Pong::number));

@@ -143,6 +143,11 @@ struct QuitWanted {
     bool operator==(const QuitWanted&) const = default;
 };
 
+// The user requested the settings window.
+struct SettingsWanted {
+    bool operator==(const SettingsWanted&) const = default;
+};
+
 // Replies to the Ping with this number.
 struct Pong {
     std::uint64_t number = 0;
@@ -150,7 +155,7 @@ struct Pong {
 };
 
 using ToResident = std::variant<ItemChosen, MenuClosed, ControlChanged, LinkFollowed, WindowPlaced, WindowClosed,
-                                AlertAnswered, QuitWanted, Pong>;
+                                AlertAnswered, QuitWanted, SettingsWanted, Pong>;
 
 using SendToResident = std::function<void(const ToResident& message)>;
 

@@ -27,6 +27,7 @@ class ItemOnScreen : public WindowProcessOnScreen {
         menu.items.back().isEnabled = false;
         menu.items.push_back(MenuItem::separator());
         add(menu, "Quit", "quit", 0);
+        menu.items.back().keyEquivalent = "q";
         item.setMenu(menu);
     }
 

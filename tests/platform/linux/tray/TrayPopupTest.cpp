@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 // Tests of the item's menu when a desktop requests it.
 class TrayPopupTest : public ItemOnScreen {
   protected:
-    static constexpr xcb_keycode_t escape = 9, enter = 36, down = 116;
+    static constexpr xcb_keycode_t escape = 9, enter = 36, down = 116, letterQ = 24, letterW = 25, control = 37;
 
     TrayPopupTest() { let(1ms); }  // the item adopts its menu in the next turn
 
@@ -114,6 +114,17 @@ TEST_F(TrayPopupTest, PerformsAChoiceByKeyboard) {
     onlooker.tap(down);
     onlooker.tap(enter);
     waitUntil([&] { return done == std::vector<std::string>{"quit"}; });
+}
+
+TEST_F(TrayPopupTest, PerformsAShortcutThatTheMenuShows) {
+    openMenuAt(100, 50);
+    onlooker.tap(letterQ, control);
+    waitUntil([&] { return done == std::vector<std::string>{"quit"}; });
+    waitForClosed();
+    openMenuAt(100, 50);
+    onlooker.tap(letterW, control);
+    waitForClosed();
+    EXPECT_EQ(done, std::vector<std::string>{"quit"});
 }
 
 TEST_F(TrayPopupTest, ShowsTheCurrentMenuOfTheItem) {

@@ -16,14 +16,19 @@ inline double luminance(QRgb color) {
     return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
 }
 
+// Returns the contrast ratio as WCAG defines it, from 1 to 21.
+inline double contrastBetween(QRgb one, QRgb other) {
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
 // Returns the share of pixels whose contrast with the background is at least 3 to 1.
 inline double standingOut(const QImage& image, const QColor& background) {
-    const double behind = luminance(background.rgb());
     int count = 0;
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
-            const double seen = luminance(image.pixel(x, y));
-            if ((std::max(seen, behind) + 0.05) / (std::min(seen, behind) + 0.05) >= 3) ++count;
+            if (contrastBetween(image.pixel(x, y), background.rgb()) >= 3) ++count;
         }
     }
     return double(count) / (image.width() * image.height());

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QProcess>
+#include <QRect>
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -17,6 +18,7 @@
 
 #include "BLE_kovra/platform/linux/wire/Encoding.h"
 #include "BLE_kovra/platform/linux/wire/LineSocket.h"
+#include "tests/platform/linux/ui/SampleView.h"
 #include "tests/platform/linux/ui/XProperties.h"
 #include "tests/support/Environment.h"
 #include "tests/support/linux/VirtualScreen.h"
@@ -50,6 +52,8 @@ class ProgramScreenTest : public testing::Test {
         const std::string started = folder / "started";
         manager.start("openbox", {"--startup", QString::fromStdString("touch " + started)});
         EXPECT_TRUE(waitFor([&] { return std::filesystem::exists(started); }));
+        panel = x.showPanel(panelHeight);
+        EXPECT_TRUE(waitFor([&] { return workArea() == QRect(0, panelHeight, 800, 480 - panelHeight); }));
         program.setChildProcessModifier([this] { ::dup2(ends[1], windowSocket); });
         program.start(KOVRA_WINDOW_PROGRAM, QStringList());
         EXPECT_TRUE(program.waitForStarted());
@@ -62,17 +66,47 @@ class ProgramScreenTest : public testing::Test {
         manager.waitForFinished();
     }
 
-    void showAlert() const {
-        ShowAlerts shown;
-        shown.alerts.push_back({1, "", {"Mute?", "For good", {"Yes", "No"}}});
-        ASSERT_TRUE(sendLine(ends[0], encode(ToWindow(shown))));
+    void showAlert() const { show(ShowAlerts{.alerts = {{1, "", {"Mute?", "For good", {"Yes", "No"}}}}}); }
+    // Returns the windows of the program.
+    std::vector<std::uint32_t> windows() const {
+        auto all = x.values(x.root(), "_NET_CLIENT_LIST");
+        std::erase(all, panel);
+        return all;
     }
-    std::vector<std::uint32_t> windows() const { return x.values(x.root(), "_NET_CLIENT_LIST"); }
+    QRect workArea() const {
+        const auto all = x.values(x.root(), "_NET_WORKAREA");
+        return all.size() < 4 ? QRect() : QRect(int(all[0]), int(all[1]), int(all[2]), int(all[3]));
+    }
+    // Returns the place of the program's window, with its frame, or an empty rectangle.
+    QRect frame() const {
+        for (const auto window : windows()) {
+            const auto extents = x.values(window, "_NET_FRAME_EXTENTS");
+            const QRect inside = x.place(window);
+            if (extents.size() == 4)
+                return inside.adjusted(-int(extents[0]), -int(extents[2]), int(extents[1]), int(extents[3]));
+        }
+        return {};
+    }
+    void expectCentered() {
+        EXPECT_TRUE(waitFor([&] { return (frame().center() - workArea().center()).manhattanLength() <= 2; }));
+        EXPECT_TRUE(workArea().contains(frame())) << frame().top() << " to " << frame().bottom();
+        EXPECT_GT(frame().height(), x.place(windows().back()).height()) << "it has no frame";
+    }
+    void show(const ToWindow& state) const { ASSERT_TRUE(sendLine(ends[0], encode(state))); }
+    void showSettings(int devices) {
+        sample::Content content;
+        content.devices = sample::mice(devices);
+        ShowWindow shown{.title = "BLE-kovra", .styleMask = 7, .contentSize = {440, 480}, .front = 1};
+        shown.content = sample::view(content);
+        show(shown);
+    }
 
+    static constexpr int panelHeight = 30;
     const TempFolder folder;
-    const VirtualScreen screen{"640x480x24"};
+    const VirtualScreen screen{"800x480x24"};
     const OnX onX;
     XProperties x;
+    std::uint32_t panel = 0;
     QProcess manager;
     std::array<int, 2> ends{};
     QProcess program;
@@ -98,6 +132,44 @@ TEST_F(ProgramScreenTest, GivesItsWindowsTheIconOfTheApplication) {
     // Each size is preceded by its width and height.
     EXPECT_EQ(icon.size(), 3 * 2 + 16U * 16U + 32U * 32U + 64U * 64U);
     EXPECT_NE(std::find(icon.begin(), icon.end(), 0xFF3A7BE0), icon.end());  // the color of the icon's tile
+}
+
+TEST_F(ProgramScreenTest, CentersAnAlertByItsFrame) {
+    showAlert();
+    expectCentered();
+}
+
+TEST_F(ProgramScreenTest, CentersTheSettingsByTheirFrameAndInsideALowScreen) {
+    showSettings(0);
+    expectCentered();
+}
+
+TEST_F(ProgramScreenTest, KeepsTheSettingsWithALongListInsideALowScreen) {
+    showSettings(50);
+    expectCentered();
+}
+
+TEST_F(ProgramScreenTest, ShowsAlertsAsDialogs) {
+    showAlert();
+    const auto isDialog = [&](std::uint32_t window) {
+        const auto types = x.values(window, "_NET_WM_WINDOW_TYPE");
+        return !types.empty() && types.front() == x.atom("_NET_WM_WINDOW_TYPE_DIALOG");
+    };
+    EXPECT_TRUE(waitFor([&] {
+        const auto all = windows();
+        return std::any_of(all.begin(), all.end(), isDialog);
+    }));
+}
+
+TEST_F(ProgramScreenTest, RequestsTheFrontInTheNameOfTheUser) {
+    x.followActivations();
+    std::vector<std::uint32_t> sources;
+    showAlert();
+    EXPECT_TRUE(waitFor([&] {
+        const auto more = x.activations();
+        sources.insert(sources.end(), more.begin(), more.end());
+        return std::find(sources.begin(), sources.end(), 2U) != sources.end();
+    }));
 }
 
 }  // namespace

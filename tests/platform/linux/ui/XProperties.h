@@ -2,9 +2,11 @@
 
 #include <xcb/xcb.h>
 
+#include <QRect>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,7 +14,7 @@
 
 namespace kovra {
 
-// A client that reads the properties of windows from the X server.
+// A client that reads the properties and places of windows from the X server, and shows a panel.
 class XProperties {
   public:
     XProperties() : server_(xcb_connect(nullptr, nullptr)) {}
@@ -44,6 +46,50 @@ class XProperties {
         if (!reply) return {};
         return {static_cast<const char*>(xcb_get_property_value(reply.get())),
                 static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+    }
+
+    // Returns the window's place on the screen, without its frame.
+    QRect place(xcb_window_t window) const {
+        const auto size = xcb_get_geometry(server_, window);
+        const auto corner = xcb_translate_coordinates(server_, window, root(), 0, 0);
+        const Reply<xcb_get_geometry_reply_t> one(xcb_get_geometry_reply(server_, size, nullptr), &std::free);
+        const Reply<xcb_translate_coordinates_reply_t> other(xcb_translate_coordinates_reply(server_, corner, nullptr),
+                                                             &std::free);
+        return one && other ? QRect(other->dst_x, other->dst_y, one->width, one->height) : QRect();
+    }
+
+    // Shows a panel of this height at the top edge of the screen, and returns its window.
+    xcb_window_t showPanel(std::uint32_t height) {
+        const xcb_window_t panel = xcb_generate_id(server_);
+        const std::uint16_t width = xcb_setup_roots_iterator(xcb_get_setup(server_)).data->width_in_pixels;
+        xcb_create_window(server_, XCB_COPY_FROM_PARENT, panel, root(), 0, 0, width, std::uint16_t(height), 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+        const xcb_atom_t dock = atom("_NET_WM_WINDOW_TYPE_DOCK");
+        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, panel, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1,
+                            &dock);
+        const std::uint32_t strut[]{0, 0, height, 0, 0, 0, 0, 0, 0, width, 0, 0};
+        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, panel, atom("_NET_WM_STRUT_PARTIAL"), XCB_ATOM_CARDINAL, 32,
+                            std::size(strut), strut);
+        xcb_map_window(server_, panel);
+        xcb_flush(server_);
+        return panel;
+    }
+
+    // Follows the requests of other clients to be activated by the window manager.
+    void followActivations() const {
+        const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(server_, root(), XCB_CW_EVENT_MASK, &events);
+        xcb_flush(server_);
+    }
+    // Returns the sources that these requests name: 1 for an application, 2 for the user (a pager).
+    std::vector<std::uint32_t> activations() const {
+        std::vector<std::uint32_t> sources;
+        while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(server_), &std::free}) {
+            if ((event->response_type & 0x7F) != XCB_CLIENT_MESSAGE) continue;
+            const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
+            if (message.type == atom("_NET_ACTIVE_WINDOW")) sources.push_back(message.data.data32[0]);
+        }
+        return sources;
     }
 
   private:

@@ -80,8 +80,8 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
         listening = process->listen([this](const ToResident& message) { messages.push_back(message); });
     }
 
-    void showAlerts(const std::vector<std::uint64_t>& numbers) {
-        ShowAlerts shown;
+    void showAlerts(const std::vector<std::uint64_t>& numbers, std::optional<std::uint64_t> requested = {}) {
+        ShowAlerts shown{.alerts = {}, .front = requested};
         for (const std::uint64_t number : numbers) {
             shown.alerts.push_back(
                 {number, "", {"Question " + std::to_string(number), "Below it", {"First", "Second"}}});
@@ -155,6 +155,43 @@ TEST_P(ProcessAlertPresenterOnScreenTest, ComeToTheFrontAgainAndAgainWhileTheUse
         ASSERT_TRUE(eventually([&] { return received<AlertAnswered>().size() == number; }));
         showAlerts({});
     }
+}
+
+TEST_P(ProcessAlertPresenterOnScreenTest, OpenInFrontAndReturnThereOnRequestButDoNotStayAboveOtherPrograms) {
+    const auto isInFront = [&](const std::string& title) { return neighbour->topmostTitle() == title; };
+    neighbour->show("Letter");
+    ASSERT_TRUE(eventually([&] { return hasKeyboard("Letter"); }));
+    for (const std::uint64_t request : {0U, 1U, 2U}) {
+        showAlerts({1}, request == 0 ? std::nullopt : std::optional<std::uint64_t>(request));
+        // Without a window manager, the server may refuse the keyboard to a request with an earlier time.
+        const auto isThere = [&] { return isInFront("BLE-kovra") && (!manager || hasKeyboard("BLE-kovra")); };
+        ASSERT_TRUE(eventually(isThere)) << request << ": " << neighbour->topmostTitle() << " is in front, "
+                                         << neighbour->titleWithTheKeyboard() << " has the keyboard";
+        // The alert requests the front once more when it is first painted.
+        ASSERT_TRUE(eventually([&] { return onlooker.colors(*onlooker.window("BLE-kovra")).size() > 10; }));
+        settle();
+        neighbour->takeKeyboard();
+        ASSERT_TRUE(eventually([&] { return isInFront("Letter") && hasKeyboard("Letter"); })) << request;
+        settle();
+        EXPECT_TRUE(isInFront("Letter")) << request;
+    }
+}
+
+TEST_P(ProcessAlertPresenterOnScreenTest, ComeAboveEachOtherOnRequest) {
+    showAlerts({1});
+    ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
+    showAlerts({1, 2});
+    settle();
+    showAlerts({2, 1}, 1);
+    settle();
+    ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
+    onlooker.tap(enter);
+    ASSERT_TRUE(eventually([&] { return received<AlertAnswered>() == Answers{{1, 0}}; }));
+    showAlerts({2}, 1);
+    settle();
+    ASSERT_TRUE(eventually([&] { return hasKeyboard("BLE-kovra"); }));
+    onlooker.tap(enter);
+    EXPECT_TRUE(eventually([&] { return received<AlertAnswered>() == Answers{{1, 0}, {2, 0}}; }));
 }
 
 TEST_P(ProcessAlertPresenterOnScreenTest, AreAnsweredByTabAndSpace) {

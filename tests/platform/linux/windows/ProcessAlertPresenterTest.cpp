@@ -111,22 +111,65 @@ TEST_F(ProcessAlertPresenterTest, ClosesAnAnsweredLowerAlertAndReturnsItAfterThe
     EXPECT_EQ(returned, (Titles{"B", "A"}));
 }
 
-TEST_F(ProcessAlertPresenterTest, BringsTheTopmostAlertToTheFrontIfAnEqualOneIsRequested) {
+TEST_F(ProcessAlertPresenterTest, BringsTheTopmostAlertToTheFrontIfItIsRequestedAgain) {
     whenOpen({"A"}, [&] {
         whenOpen({"A", "B"}, [&] {
             const auto before = standIn.newest<ShowAlerts>()->front;
             token.provide("another token");
-            EXPECT_EQ(run("A"), AlertResponse::aborted);
+            EXPECT_EQ(run("B"), AlertResponse::aborted);
             standIn.turnUntil([&] { return standIn.newest<ShowAlerts>()->front != before; });
             EXPECT_EQ(open(), (Titles{"A", "B"}));
             EXPECT_EQ(standIn.alerts()[1].activationToken, "another token");
             EXPECT_EQ(token.take(), "");
             answer(0);
         });
-        run("B");
+        EXPECT_EQ(run("B"), AlertResponse::firstButton);
         whenOpen({"A"}, [&] { answer(1); });
     });
     EXPECT_EQ(run("A"), AlertResponse::secondButton);
+}
+
+TEST_F(ProcessAlertPresenterTest, BringsALowerAlertAboveTheOthersIfItIsRequestedAgain) {
+    whenOpen({"A"}, [&] {
+        whenOpen({"A", "B"}, [&] {
+            const auto before = *standIn.newest<ShowAlerts>();
+            token.provide("another token");
+            whenOpen({"B", "A"}, [&] {
+                const auto now = *standIn.newest<ShowAlerts>();
+                EXPECT_EQ(now.alerts[1].number, before.alerts[0].number) << "another window opened";
+                EXPECT_EQ(now.alerts[1].activationToken, "another token");
+                EXPECT_NE(now.front, before.front);
+                answer(1);
+            });
+            EXPECT_EQ(run("A"), AlertResponse::secondButton) << "the newest caller gets the answer at once";
+            EXPECT_EQ(open(), Titles{"B"});
+            answer(0);
+        });
+        EXPECT_EQ(run("B"), AlertResponse::firstButton);
+    });
+    EXPECT_EQ(run("A"), AlertResponse::aborted) << "the earlier caller gets no answer";
+    EXPECT_EQ(standIn.starts(), 1U);
+}
+
+TEST_F(ProcessAlertPresenterTest, BringsALowerAlertAboveTheOthersEvenIfNoFurtherCallerMayWait) {
+    std::size_t waiting = 0;
+    std::function<void()> alternate = [&] {
+        ++waiting;
+        const std::string title = waiting % 2 == 1 ? "A" : "B";
+        const Titles titles = waiting == 1 ? Titles{"A"} : waiting % 2 == 1 ? Titles{"B", "A"} : Titles{"A", "B"};
+        whenOpen(titles, waiting < ProcessAlertPresenter::mostNested ? alternate : std::function<void()>([&] {
+                     EXPECT_EQ(open(), (Titles{"A", "B"}));
+                     EXPECT_EQ(run("A"), AlertResponse::aborted);
+                     whenOpen({"B", "A"}, [&] {
+                         answer(0);
+                         whenOpen({"B"}, [&] { answer(0); });
+                     });
+                 }));
+        run(title);
+        --waiting;
+    };
+    alternate();
+    EXPECT_EQ(waiting, 0U);
 }
 
 TEST_F(ProcessAlertPresenterTest, LetsAFewCallersWaitAndAbortsFurtherAlerts) {

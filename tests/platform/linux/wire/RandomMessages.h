@@ -35,7 +35,7 @@ class RandomMessages {
         return shown;
     }
     ToResident answer() {
-        switch (below(7)) {
+        switch (below(8)) {
             case 0:
                 return coin() ? ControlChanged{number(), texts(), coin()} : ControlChanged{number(), texts(), text()};
             case 1:
@@ -48,6 +48,8 @@ class RandomMessages {
                 return AlertAnswered{number(), coin() ? std::optional<std::size_t>(number()) : std::nullopt};
             case 5:
                 return Pong{number()};
+            case 6:
+                return SettingsWanted{};
             default:
                 return QuitWanted{};
         }

@@ -98,7 +98,8 @@ class LabelledButton : public Button {
         QStyleOptionButton option;
         this->initStyleOption(&option);
         option.text.clear();
-        option.palette.setColor(QPalette::Window, outlineBaseColor(option.palette));
+        option.palette.setColor(QPalette::Window, outlineBaseColor(option.palette.color(QPalette::WindowText),
+                                                                   option.palette.color(QPalette::Window)));
         const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
         option.state.setFlag(QStyle::State_HasFocus, false);
         this->style()->drawControl(isCheckBox ? QStyle::CE_CheckBox : QStyle::CE_RadioButton, &option, &painter, this);

@@ -57,9 +57,8 @@ void CircleElement::paint(QPainter& painter) {
 }
 
 void DividerElement::paint(QPainter& painter) {
-    QColor color = site().host.palette().color(QPalette::WindowText);
-    color.setAlphaF(0.2F);
-    painter.fillRect(rect(), color);
+    const QPalette& palette = site().host.palette();
+    painter.fillRect(rect(), separatorColor(palette.color(QPalette::WindowText), palette.color(QPalette::Window)));
 }
 
 }  // namespace kovra

@@ -1,11 +1,14 @@
 #include "BLE_kovra/platform/linux/ui/elements/ScrollElement.h"
 
+#include <QPainter>
 #include <QScrollBar>
 #include <QStyle>
+#include <QStyleOptionSlider>
 #include <algorithm>
 
 #include "BLE_kovra/platform/linux/ui/elements/LabelledButton.h"
 #include "BLE_kovra/platform/linux/ui/style/Points.h"
+#include "BLE_kovra/platform/linux/ui/style/TextStyle.h"
 
 namespace kovra {
 
@@ -14,12 +17,29 @@ namespace {
 constexpr double barSpacing = 8;      // points
 constexpr double minimumHeight = 44;  // points: a row and a half, so that the user sees that there is more
 
+// A scroll bar that paints its handle itself. The style Fusion paints it in nearly the color of the groove.
+class ScrollBar : public QScrollBar {
+  public:
+    using QScrollBar::QScrollBar;
+
+  private:
+    void paintEvent(QPaintEvent* event) override {
+        QScrollBar::paintEvent(event);
+        QStyleOptionSlider option;
+        initStyleOption(&option);
+        const QRect handle = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
+        QPainter(this).fillRect(handle,
+                                isSliderDown() ? palette().color(QPalette::WindowText) : handleColor(palette()));
+    }
+};
+
 }  // namespace
 
 ScrollElement::ScrollElement(const Site& site)
     : Element(site), area_(std::make_unique<QScrollArea>(&site.host)), surface_(new Surface) {
     area_->setFrameShape(QFrame::NoFrame);
     area_->setFocusPolicy(Qt::NoFocus);
+    area_->setVerticalScrollBar(new ScrollBar);  // the area owns it
     area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area_->setWidget(surface_);
     area_->viewport()->setAutoFillBackground(false);

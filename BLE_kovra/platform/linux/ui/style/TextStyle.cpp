@@ -10,7 +10,10 @@ namespace kovra {
 namespace {
 
 constexpr double textContrast = 4.5;
-constexpr double lineContrast = 3.6;  // more than the promised 3, since round lines lose contrast to antialiasing
+constexpr double separatorContrast = 1.5;
+// More than the promised 3: round lines lose contrast to antialiasing, and the groove of a scroll bar differs a little
+// from the color of a button.
+constexpr double lineContrast = 3.6;
 
 // Returns the size of the font, relative to that of the desktop's font.
 double size(Font font) {
@@ -44,13 +47,15 @@ QColor blend(const QColor& text, const QColor& background, double ratio) {
                             part(text.blueF(), background.blueF()));
 }
 
-// Returns the palest blend of text and background that is legible, in steps of 5 percent.
-QColor secondary(const QPalette& palette) {
-    const QColor text = palette.color(QPalette::WindowText);
-    const QColor background = palette.color(QPalette::Window);
-    double ratio = 0.65;
-    while (ratio < 1 && contrast(blend(text, background, ratio), background) < textContrast) ratio += 0.05;
+// Returns the palest blend of text and background that has the contrast and at least this share of text, in steps of 5
+// percent.
+QColor palest(const QColor& text, const QColor& background, double ratio, double leastContrast) {
+    while (ratio < 1 && contrast(blend(text, background, ratio), background) < leastContrast) ratio += 0.05;
     return blend(text, background, std::min(ratio, 1.0));
+}
+
+QColor secondary(const QPalette& palette) {
+    return palest(palette.color(QPalette::WindowText), palette.color(QPalette::Window), 0.65, textContrast);
 }
 
 bool isDark(const QPalette& palette) {
@@ -69,9 +74,7 @@ QFont TextStyle::qtFont() const {
     return made;
 }
 
-QColor outlineBaseColor(const QPalette& palette) {
-    const QColor text = palette.color(QPalette::WindowText);
-    const QColor background = palette.color(QPalette::Window);
+QColor outlineBaseColor(const QColor& text, const QColor& background) {
     const auto standsOut = [&](const QColor& source) {
         const QColor ofBox = source.darker(140).lighter(110), ofRing = source.darker(150);
         return contrast(ofBox, background) >= lineContrast && contrast(ofRing, background) >= lineContrast;
@@ -79,6 +82,14 @@ QColor outlineBaseColor(const QPalette& palette) {
     double ratio = 0;
     while (ratio < 1 && !standsOut(blend(text, background, ratio))) ratio += 0.05;
     return blend(text, background, std::min(ratio, 1.0));
+}
+
+QColor separatorColor(const QColor& text, const QColor& background) {
+    return palest(text, background, 0.2, separatorContrast);
+}
+
+QColor handleColor(const QPalette& palette) {
+    return palest(palette.color(QPalette::WindowText), palette.color(QPalette::Button), 0.4, lineContrast);
 }
 
 QColor roleColor(Color color, const QPalette& palette) {

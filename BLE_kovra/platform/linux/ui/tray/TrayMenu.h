@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QMenu>
 #include <cstddef>
 #include <functional>
 #include <utility>
 
 #include "BLE_kovra/platform/Menu.h"
+#include "BLE_kovra/platform/linux/ui/tray/MenuWidget.h"
 
 namespace kovra {
 
@@ -29,7 +29,7 @@ class TrayMenu {
 
     std::function<void(std::size_t position)> onChosen_;
     Menu menu_;
-    QMenu widget_;
+    MenuWidget widget_;
 };
 
 }  // namespace kovra

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "BLE_kovra/platform/linux/ui/windows/BringToFront.h"
+#include "BLE_kovra/platform/linux/ui/windows/CenterByFrame.h"
 
 namespace kovra {
 
@@ -60,8 +61,11 @@ void AlertStack::show(const ShowAlerts& shown) {
             bringTopmostToFront();
             send_(AlertAnswered{number, button});
         };
-        open.push_back({listed.number, std::make_unique<AlertWindow>(listed.alert, onAnswered)});
-        open.back().window->show();
+        open.push_back({listed.number, std::make_unique<AlertWindow>(listed.alert, onAnswered, send_)});
+        AlertWindow& window = *open.back().window;
+        window.adjustSize();
+        centerByFrame(window);
+        window.show();
         token = listed.activationToken;
     }
     open_.swap(open);

@@ -13,6 +13,8 @@
 #include <utility>
 
 #include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
+#include "BLE_kovra/platform/linux/ui/style/KeyCommand.h"
+#include "BLE_kovra/platform/linux/ui/windows/KeyRequest.h"
 
 namespace kovra {
 
@@ -70,10 +72,10 @@ QAccessibleInterface* makeAccessibleAlert(const QString&, QObject* object) {
 
 }  // namespace
 
-AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered)
-    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
-                           Qt::WindowStaysOnTopHint),
+AlertWindow::AlertWindow(const Alert& alert, OnAnswered onAnswered, SendToResident send)
+    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       onAnswered_(std::move(onAnswered)),
+      send_(std::move(send)),
       icon_(new IconView),
       message_(new TextView(alert.messageText)),
       information_(new TextView(alert.informativeText)) {
@@ -153,7 +155,14 @@ void AlertWindow::changeEvent(QEvent* event) {
 
 // Ignores the repetitions of a held key, because the user may have pressed it before the alert appeared.
 void AlertWindow::keyPressEvent(QKeyEvent* event) {
-    if (!event->isAutoRepeat()) QDialog::keyPressEvent(event);
+    if (event->isAutoRepeat()) return;
+    const std::optional<KeyCommand> command = keyCommand(*event);
+    if (!command)
+        QDialog::keyPressEvent(event);
+    else if (*command == KeyCommand::close)
+        reject();
+    else
+        send_(request(*command));
 }
 
 }  // namespace kovra

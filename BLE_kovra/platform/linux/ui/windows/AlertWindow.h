@@ -8,19 +8,20 @@
 #include <vector>
 
 #include "BLE_kovra/platform/Alert.h"
+#include "BLE_kovra/platform/linux/wire/Messages.h"
 
 namespace kovra {
 
 class TextView;
 
 // The window of one alert. It shows its texts literally and in full; the user can select them with the mouse and copy
-// them. The Return key presses the first button, wherever the focus is. Space presses the focused button. Escape and
-// the close button of the frame close the alert without a button.
+// them. The Return key presses the first button, wherever the focus is. Space presses the focused button. Escape,
+// Ctrl+W and the close button of the frame close the alert without a button. Windows of other programs may cover it.
 class AlertWindow : public QDialog {
   public:
     using OnAnswered = std::function<void(std::optional<std::size_t> button)>;
-    // Calls `onAnswered` after the window is hidden.
-    AlertWindow(const Alert& alert, OnAnswered onAnswered);
+    // Calls `onAnswered` after the window is hidden. Sends SettingsWanted and QuitWanted.
+    AlertWindow(const Alert& alert, OnAnswered onAnswered, SendToResident send);
 
   private:
     QWidget* addButtons(const std::vector<std::string>& titles);
@@ -33,6 +34,7 @@ class AlertWindow : public QDialog {
     void reject() override { answer(std::nullopt); }
 
     OnAnswered onAnswered_;
+    SendToResident send_;
     QWidget* icon_;
     TextView* message_;
     TextView* information_;

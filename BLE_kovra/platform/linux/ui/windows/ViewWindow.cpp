@@ -14,8 +14,11 @@
 #include <utility>
 
 #include "BLE_kovra/platform/Window.h"
+#include "BLE_kovra/platform/linux/ui/style/KeyCommand.h"
 #include "BLE_kovra/platform/linux/ui/style/Points.h"
 #include "BLE_kovra/platform/linux/ui/windows/BringToFront.h"
+#include "BLE_kovra/platform/linux/ui/windows/CenterByFrame.h"
+#include "BLE_kovra/platform/linux/ui/windows/KeyRequest.h"
 
 namespace kovra {
 
@@ -27,20 +30,6 @@ constexpr int reachable = 40;    // pixels that have to be on a screen, so that 
 // A place is sent when it has not changed for this time. A window manager moves a new window several times, and the
 // intermediate places of a drag do not matter.
 constexpr std::chrono::milliseconds settleTime{200};
-
-constexpr QKeyCombination closeShortcut(Qt::Key_Escape);
-constexpr QKeyCombination otherCloseShortcut(Qt::ControlModifier, Qt::Key_W);
-constexpr QKeyCombination quitShortcut(Qt::ControlModifier, Qt::Key_Q);
-constexpr quint32 scanCodeOfQ = 24;  // on X and Wayland
-constexpr quint32 scanCodeOfW = 25;
-
-// Returns the key combination. In a layout without Latin letters, the positions of Q and W count.
-QKeyCombination latin(const QKeyEvent& event) {
-    const bool isNonLatinLetter = event.key() > Qt::Key_AsciiTilde && event.key() < Qt::Key_Escape;
-    if (isNonLatinLetter && event.nativeScanCode() == scanCodeOfQ) return QKeyCombination(event.modifiers(), Qt::Key_Q);
-    if (isNonLatinLetter && event.nativeScanCode() == scanCodeOfW) return QKeyCombination(event.modifiers(), Qt::Key_W);
-    return event.keyCombination();
-}
 
 Qt::WindowFlags flags(unsigned styleMask) {
     Qt::WindowFlags flags = Qt::Window | Qt::CustomizeWindowHint;
@@ -129,13 +118,11 @@ void ViewWindow::comeToFront(bool isFirst) {
 
 void ViewWindow::moveTo(const std::optional<Point>& position) {
     if (!hasPosition()) return;
-    const QRect screen = this->screen()->availableGeometry();
-    QPoint corner = screen.center() - rect().center();
     if (position) {
         const QPoint last(static_cast<int>(std::lround(position->x)), static_cast<int>(std::lround(position->y)));
-        if (isReachable({last, size()})) corner = last;
+        if (isReachable({last, size()})) return move(last);
     }
-    move(corner);
+    centerByFrame(*this);
 }
 
 WindowPlace ViewWindow::place() const {
@@ -171,13 +158,13 @@ void ViewWindow::closeEvent(QCloseEvent* event) {
 }
 
 void ViewWindow::keyPressEvent(QKeyEvent* event) {
-    const QKeyCombination keys = latin(*event);
-    if (keys == closeShortcut || keys == otherCloseShortcut)
-        close();
-    else if (keys == quitShortcut)
-        send_(QuitWanted{});
-    else
+    const std::optional<KeyCommand> command = keyCommand(*event);
+    if (!command)
         QWidget::keyPressEvent(event);
+    else if (*command == KeyCommand::close)
+        close();
+    else
+        send_(request(*command));
 }
 
 void ViewWindow::moveEvent(QMoveEvent* event) {

@@ -19,7 +19,8 @@ namespace kovra {
 // not fit on the screen and its list can shrink.
 class ViewWindow : public Surface, private UserActions {
   public:
-    // Sends ControlChanged, LinkFollowed, WindowPlaced, WindowClosed and QuitWanted.
+    // Sends ControlChanged, LinkFollowed, WindowPlaced, WindowClosed, SettingsWanted and
+    // QuitWanted.
     explicit ViewWindow(SendToResident send);
     ~ViewWindow() override;
 

@@ -3,11 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QApplication>
+#include <QImage>
+#include <QPalette>
 #include <QScreen>
+#include <QTest>
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "tests/platform/linux/ui/Luminance.h"
 #include "tests/platform/linux/ui/QtRig.h"
+#include "tests/platform/linux/ui/Themes.h"
 
 namespace kovra {
 namespace {
@@ -28,6 +35,14 @@ class TrayMenuTest : public testing::Test {
         value.items[1].action.reset();
         value.items[1].isEnabled = false;
         menu.show(value);
+    }
+    void open() {
+        menu.popUp(QRect(40, 0, 24, 24));
+        ASSERT_TRUE(menu.widget().isVisible());
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(&menu.widget(), key, modifiers);
+        QCoreApplication::processEvents();
     }
     QAction& action(qsizetype position) { return *menu.widget().actions()[position]; }
 
@@ -101,6 +116,67 @@ TEST_F(TrayMenuTest, OpensBelowTheIconOrAboveItAtTheBottomOfTheScreen) {
         EXPECT_FALSE(shown.intersects(icon));
         EXPECT_EQ(shown.bottom() < icon.top(), isAtBottom);
         EXPECT_TRUE(screen.contains(shown));
+        menu.widget().close();
+    }
+}
+
+TEST_F(TrayMenuTest, ObeysTheShortcutsThatItShowsWhileItIsOpen) {
+    open();
+    press(Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_FALSE(menu.widget().isVisible());
+    open();
+    press(Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_FALSE(menu.widget().isVisible());
+    EXPECT_EQ(chosen, (std::vector<std::size_t>{2, 4}));
+}
+
+TEST_F(TrayMenuTest, ObeysNoShortcutOfAnItemThatCannotBeChosen) {
+    value.items[4].isEnabled = false;
+    menu.show(value);
+    open();
+    press(Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_TRUE(menu.widget().isVisible());
+    EXPECT_TRUE(chosen.empty());
+}
+
+TEST_F(TrayMenuTest, IsClosedByEscapeAndControlW) {
+    open();
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(menu.widget().isVisible());
+    open();
+    press(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(menu.widget().isVisible());
+    EXPECT_TRUE(chosen.empty());
+}
+
+TEST_F(TrayMenuTest, ShowsItsBoxesAndSeparatorsInDarkAndLightThemes) {
+    value.items[0].state = MenuItemState::off;
+    menu.show(value);
+    for (const QPalette& theme : themes()) {
+        QApplication::setPalette(theme);
+        open();
+        const QImage seen = menu.widget().grab().toImage();
+        const auto strongest = [&](const QRect& in, QRgb background) {
+            double most = 1;
+            for (int x = in.left(); x <= in.right(); ++x)
+                most = std::max(most, contrastBetween(seen.pixel(x, in.center().y()), background));
+            return most;
+        };
+        // The left edge of the box crosses the middle of its row.
+        const QRect row = menu.widget().actionGeometry(&action(0));
+        const QRgb background = seen.pixel(row.right() - 2, row.center().y());
+        EXPECT_GE(strongest(QRect(row.left() + 2, row.top(), row.height() / 2, row.height()), background), 3)
+            << "the box on " << theme.color(QPalette::Base).name().toStdString();
+        // The separator is one line, as wide as the menu.
+        const QRect separator = menu.widget().actionGeometry(&action(3));
+        int lines = 0;
+        for (int y = separator.top(); y <= separator.bottom(); ++y) {
+            int visible = 0;
+            for (int x = separator.left(); x <= separator.right(); ++x)
+                visible += contrastBetween(seen.pixel(x, y), background) >= 1.5 ? 1 : 0;
+            if (visible >= separator.width() * 9 / 10) ++lines;
+        }
+        EXPECT_EQ(lines, 1) << "the separator on " << theme.color(QPalette::Base).name().toStdString();
         menu.widget().close();
     }
 }

@@ -56,7 +56,13 @@ class AlertStackTest : public testing::Test {
 
     const QtRig rig{};
     std::vector<AlertAnswered> answers;
-    AlertStack stack{[this](const ToResident& message) { answers.push_back(std::get<AlertAnswered>(message)); }};
+    std::vector<ToResident> requests;
+    AlertStack stack{[this](const ToResident& message) {
+        if (const auto* answer = std::get_if<AlertAnswered>(&message))
+            answers.push_back(*answer);
+        else
+            requests.push_back(message);
+    }};
 };
 using Answered = std::vector<AlertAnswered>;
 
@@ -150,6 +156,30 @@ TEST_F(AlertStackTest, BringsAnOpenAlertToTheFrontOnRequest) {
     EXPECT_FALSE(visible(1)->isMinimized());
     EXPECT_TRUE(isActive(*visible(1)));
     EXPECT_EQ(visible().size(), 1U);
+}
+
+TEST_F(AlertStackTest, RaisesALowerAlertThatIsListedLast) {
+    show({1, 2});
+    AlertWindow* const first = visible(1);
+    stack.show({.alerts = {numbered(2), numbered(1)}, .front = 1});
+    EXPECT_EQ(visible(1), first);
+    EXPECT_EQ(visible().size(), 2U);
+    EXPECT_TRUE(isActive(*first));
+    click(*visible(2), 0);
+    EXPECT_EQ(answers, Answered{});
+    QTest::keyClick(first->windowHandle(), Qt::Key_Return);
+    EXPECT_EQ(answers, (Answered{{1, 0}}));
+}
+
+TEST_F(AlertStackTest, SendsTheRequestsOfItsKeys) {
+    show({1});
+    QTest::keyClick(visible(1)->windowHandle(), Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(requests, (std::vector<ToResident>{SettingsWanted{}}));
+    QTest::keyClick(visible(1)->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(requests, (std::vector<ToResident>{SettingsWanted{}, QuitWanted{}}));
+    EXPECT_EQ(answers, Answered{});
+    QTest::keyClick(visible(1)->windowHandle(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(answers, (Answered{{1, std::nullopt}}));
 }
 
 class AlertStackOverWindowTest : public AlertStackTest {

@@ -27,10 +27,11 @@ const Alert question{"Mute the trackpad for good?",
 class AlertWindowTest : public testing::Test {
   protected:
     void open(const Alert& alert) {
-        window.emplace(alert, [this](std::optional<std::size_t> button) {
+        const auto onAnswered = [this](std::optional<std::size_t> button) {
             answers.push_back(button);
             window->close();  // closing is not a second answer
-        });
+        };
+        window.emplace(alert, onAnswered, [this](const ToResident& message) { requests.push_back(message); });
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&*window));
     }
@@ -46,6 +47,7 @@ class AlertWindowTest : public testing::Test {
     const QtRig rig{};
     std::optional<AlertWindow> window;
     std::vector<std::optional<std::size_t>> answers;
+    std::vector<ToResident> requests;
 };
 using Answers = std::vector<std::optional<std::size_t>>;
 
@@ -89,9 +91,10 @@ TEST_F(AlertWindowTest, ShowsTheIconFourLinesTall) {
     EXPECT_NEAR(bottom - top, 4 * window->fontMetrics().height(), window->fontMetrics().height() / 2);
 }
 
-TEST_F(AlertWindowTest, StaysAboveOtherWindowsAndIsModal) {
+TEST_F(AlertWindowTest, IsAModalDialogThatDoesNotStayAboveOtherWindows) {
     open(question);
-    EXPECT_TRUE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_EQ(window->windowType(), Qt::Dialog);
+    EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
     EXPECT_EQ(window->windowModality(), Qt::WindowModal);
 }
 
@@ -149,14 +152,26 @@ TEST_F(AlertWindowTest, AClickPressesEachButton) {
     EXPECT_EQ(answers, (Answers{0, 1}));
 }
 
-TEST_F(AlertWindowTest, EscapeAndTheCloseButtonOfTheFrameAnswerWithoutAButton) {
+TEST_F(AlertWindowTest, EscapeAndControlWAndTheCloseButtonOfTheFrameAnswerWithoutAButton) {
     open(question);
     press(Qt::Key_Escape);
     EXPECT_FALSE(window->isVisible());
     open(question);
+    press(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(window->isVisible());
+    open(question);
     window->close();
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(answers, (Answers{std::nullopt, std::nullopt}));
+    EXPECT_EQ(answers, (Answers{std::nullopt, std::nullopt, std::nullopt}));
+}
+
+TEST_F(AlertWindowTest, ControlCommaRequestsTheSettingsAndControlQTheEnd) {
+    open(question);
+    press(Qt::Key_Comma, Qt::ControlModifier);
+    press(Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(requests, (std::vector<ToResident>{SettingsWanted{}, QuitWanted{}}));
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(answers, Answers{});
 }
 
 TEST_F(AlertWindowTest, IsAnsweredOnce) {

@@ -30,6 +30,7 @@ constexpr xcb_keycode_t space = 65;
 constexpr xcb_keycode_t escape = 9;
 constexpr xcb_keycode_t letterW = 25;
 constexpr xcb_keycode_t letterQ = 24;
+constexpr xcb_keycode_t comma = 59;
 constexpr xcb_keycode_t control = 37;
 
 class ViewWindowLiveTest : public testing::Test {
@@ -119,10 +120,12 @@ class ViewWindowLiveTest : public testing::Test {
     std::vector<ControlChanged> changes;
     int closings = 0;
     int quits = 0;
+    int settings = 0;  // how many times the settings were requested
     ViewWindow window{[this](const ToResident& message) {
         if (const auto* change = std::get_if<ControlChanged>(&message)) changes.push_back(*change);
         if (std::holds_alternative<WindowClosed>(message)) ++closings;
         if (std::holds_alternative<QuitWanted>(message)) ++quits;
+        if (std::holds_alternative<SettingsWanted>(message)) ++settings;
     }};
     ShowWindow state;
     sample::Content content;
@@ -252,13 +255,16 @@ TEST_F(ViewWindowLiveTest, AcceptsItsShortcutsInEveryKeyboardLayout) {
     for (const char* layout : {"us", "ru", "us,ru", "fr"}) {
         const std::string command = std::string("setxkbmap -layout ") + layout;
         ASSERT_EQ(std::system(command.c_str()), 0);
-        const bool isFrench = std::string(layout) == "fr";  // W and Z are swapped, and so are Q and A
+        const bool isFrench = std::string(layout) == "fr";  // W and Z are swapped, so are Q and A
         const int closingsBefore = closings;
         const int quitsBefore = quits;
+        const int settingsBefore = settings;
         user.moveTo(window.mapToGlobal(QPoint(5, 5)));
         user.settle();
         user.key(isFrench ? xcb_keycode_t{38} : letterQ, control);
         ASSERT_TRUE(QTest::qWaitFor([&] { return quits == quitsBefore + 1; })) << layout;
+        user.key(isFrench ? xcb_keycode_t{58} : comma, control);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return settings == settingsBefore + 1; })) << layout;
         user.key(isFrench ? xcb_keycode_t{52} : letterW, control);
         ASSERT_TRUE(QTest::qWaitFor([&] { return closings == closingsBefore + 1; })) << layout;
         ++state.front;

@@ -10,6 +10,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+#include <algorithm>
 #include <tuple>
 #include <variant>
 
@@ -17,6 +18,7 @@
 #include "tests/platform/linux/ui/Luminance.h"
 #include "tests/platform/linux/ui/QtRig.h"
 #include "tests/platform/linux/ui/SampleView.h"
+#include "tests/platform/linux/ui/Themes.h"
 
 namespace kovra {
 namespace {
@@ -60,6 +62,8 @@ class ViewWindowTest : public testing::Test {
             return !placed.empty() && placed.back().place == place;
         });
     }
+    // Returns the color of the groove in a picture of the scroll bar, while the list shows its beginning.
+    static QRgb groove(const QImage& bar) { return bar.pixel(bar.width() / 2, bar.height() * 3 / 4); }
     QScrollBar& scrollBar() { return *window.findChild<QScrollArea*>()->verticalScrollBar(); }
 
     const QtRig qt;
@@ -129,6 +133,13 @@ TEST_F(ViewWindowTest, SendsTheRequestToQuit) {
     EXPECT_TRUE(window.isVisible());
 }
 
+TEST_F(ViewWindowTest, SendsTheRequestForTheSettings) {
+    show();
+    key(Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(sentOf<SettingsWanted>().size(), 1U);
+    EXPECT_TRUE(window.isVisible());
+}
+
 TEST_F(ViewWindowTest, NumbersChangesAfterTheLastAcknowledgedOne) {
     state.acknowledged = 7;
     show();
@@ -151,6 +162,7 @@ TEST_F(ViewWindowTest, HasNoOtherShortcuts) {
 
 TEST_F(ViewWindowTest, KeepsItsPlaceWhileItIsHidden) {
     show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     window.move(30, 40);
     scrollBar().setValue(333);
     const WindowPlace there{Point{30, 40}, false, 333};
@@ -279,6 +291,52 @@ TEST_F(ViewWindowTest, ShowsDistinctUncheckedBoxesInDarkAndLightThemes) {
             const QImage seen = button->grab().toImage().copy(0, 0, 15, button->height());
             EXPECT_GE(standingOut(seen, background), isBox ? 0.1 : 0.02) << button->accessibleName().toStdString();
         }
+    }
+}
+
+TEST_F(ViewWindowTest, ShowsTheHandleOfTheListInDarkAndLightThemes) {
+    for (const QPalette& theme : themes()) {
+        window.setPalette(theme);
+        show();
+        const QRgb around = theme.color(QPalette::Window).rgb();
+        const QImage seen = scrollBar().grab().toImage();
+        int handle = 0;
+        for (int y = 0; y < seen.height() / 2; ++y) {
+            const QRgb pixel = seen.pixel(seen.width() / 2, y);
+            if (std::min(contrastBetween(pixel, groove(seen)), contrastBetween(pixel, around)) >= 3) ++handle;
+        }
+        EXPECT_GE(handle, pixels(10)) << theme.color(QPalette::Window).name().toStdString();
+    }
+}
+
+TEST_F(ViewWindowTest, HighlightsTheHandleOfTheListWhileItIsDragged) {
+    show();
+    const auto handle = [this] {
+        const QImage seen = scrollBar().grab().toImage();
+        double most = 1;
+        for (int y = 0; y < seen.height() / 2; ++y)
+            most = std::max(most, contrastBetween(seen.pixel(seen.width() / 2, y), groove(seen)));
+        return most;
+    };
+    const double before = handle();
+    scrollBar().setSliderDown(true);
+    EXPECT_GT(handle(), before);
+}
+
+TEST_F(ViewWindowTest, ShowsTheDividersInDarkAndLightThemes) {
+    for (const QPalette& theme : themes()) {
+        window.setPalette(theme);
+        show();
+        const QImage seen = window.grab().toImage();
+        const QRgb background = seen.pixel(0, 0);
+        int lines = 0;
+        for (int y = 0; y < seen.height(); ++y) {
+            int visible = 0;
+            for (int x = 0; x < seen.width(); ++x)
+                visible += contrastBetween(seen.pixel(x, y), background) >= 1.5 ? 1 : 0;
+            if (visible >= pixels(390)) ++lines;
+        }
+        EXPECT_EQ(lines, 2) << theme.color(QPalette::Window).name().toStdString();
     }
 }
 
