@@ -21,18 +21,27 @@ def _tables():
     source = (_ROOT / "tests/l10n/ExpectedTexts.cpp").read_text(encoding="utf-8")
     _, *parts = re.split(r"\{L10n::Lang::(\w+), \{\n", source)
     entry = r'\{"([\w.]+)", (".*")( \+ address)?\},\n'
-    return {_LOCALES[language]: {key: json.loads(text) + (ADDRESS if address else "")
-                                 for key, text, address in re.findall(entry, table)}
-            for language, table in zip(parts[::2], parts[1::2], strict=True)}
+    tables = {locale: {} for locale in _LOCALES.values()}
+    # The texts for Linux follow those for every system, and replace them.
+    for language, table in zip(parts[::2], parts[1::2], strict=True):
+        tables[_LOCALES[language]] |= {key: json.loads(text) + (ADDRESS if address else "")
+                                       for key, text, address in re.findall(entry, table)}
+    return tables
 
 
 TEXTS = _tables()
 
-# The titles of the menu entries from top to bottom.
-SEPARATOR = None
-_MENU = ["block", "menu.hotkeyHint", "menu.settings", "menu.launchAtLogin", "menu.activate", "menu.about", SEPARATOR,
-         "menu.quit"]
-TITLES = {locale: [key and table[key] for key in _MENU] for locale, table in TEXTS.items()}
+LOCALES = list(TEXTS)
 
-# The positions of the entries in the menu and in the lists of TITLES.
+SEPARATOR = None
+
+
+def titles(locale, has_hot_key):
+    """Returns the titles of the menu entries from top to bottom."""
+    hint = "menu.hotkeyHint" if has_hot_key else "menu.hotkeyHint.unavailable"
+    menu = ["block", hint, "menu.settings", "menu.launchAtLogin", "menu.activate", "menu.about", SEPARATOR, "menu.quit"]
+    return [key and TEXTS[locale][key] for key in menu]
+
+
+# The positions of the entries in the menu and in the lists of titles().
 MUTE, HINT, SETTINGS, LAUNCH_AT_LOGIN, ACTIVATE, ABOUT, _, QUIT = range(8)

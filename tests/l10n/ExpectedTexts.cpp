@@ -179,6 +179,72 @@ const std::vector<ExpectedTexts>& expectedTexts() {
     };
     return instance;
 }
+
+const std::vector<ExpectedTexts>& expectedLinuxTexts() {
+    static const std::vector<ExpectedTexts> instance{
+        {L10n::Lang::en, {
+            {"menu.hotkeyHint", "Shortcut: Ctrl+Alt+T"},
+            {"menu.hotkeyHint.assigned", "Shortcut: "},
+            {"menu.hotkeyHint.taken", "Ctrl+Alt+T is used by another program"},
+            {"menu.hotkeyHint.unavailable", "No shortcut: assign a key to “ble-kovractl toggle”"},
+            {"menu.activate", "Activate service…"},
+            {"driver.title", "Activate the trackpad service"},
+            {"driver.body", "To let BLE-kovra mute the trackpad, you need to enable the service from the ble-kovra-helper package once.\n\nAfter you click “Activate”, you will be asked for an administrator’s password. The service is then enabled and started.\n\nThis is safe: the service only mutes the built-in trackpad, which works again when BLE-kovra quits."},
+            {"tray.advice", "GNOME shows the icon of BLE-kovra only with an extension: install the package gnome-shell-extension-appindicator, log in again and turn on AppIndicator in the app “Extensions”."},
+        }},
+        {L10n::Lang::ru, {
+            {"menu.hotkeyHint", "Горячая клавиша: Ctrl+Alt+T"},
+            {"menu.hotkeyHint.assigned", "Горячая клавиша: "},
+            {"menu.hotkeyHint.taken", "Комбинация Ctrl+Alt+T занята другой программой"},
+            {"menu.hotkeyHint.unavailable", "Нет горячей клавиши: назначьте её для «ble-kovractl toggle»"},
+            {"menu.activate", "Активировать службу…"},
+            {"driver.title", "Активация службы трекпада"},
+            {"driver.body", "Чтобы BLE-kovra мог глушить трекпад, нужно один раз включить службу из пакета ble-kovra-helper.\n\nПосле нажатия «Активировать» система запросит пароль администратора, затем включит и запустит службу.\n\nЭто безопасно: служба лишь глушит встроенный трекпад, а после завершения BLE-kovra трекпад снова работает."},
+            {"tray.advice", "GNOME показывает значок BLE-kovra только с расширением: установите пакет gnome-shell-extension-appindicator, войдите в систему заново и включите AppIndicator в приложении «Расширения»."},
+        }},
+        {L10n::Lang::uk, {
+            {"menu.hotkeyHint", "Гаряча клавіша: Ctrl+Alt+T"},
+            {"menu.hotkeyHint.assigned", "Гаряча клавіша: "},
+            {"menu.hotkeyHint.taken", "Комбінацію Ctrl+Alt+T використовує інша програма"},
+            {"menu.hotkeyHint.unavailable", "Немає гарячої клавіші: призначте її для «ble-kovractl toggle»"},
+            {"menu.activate", "Активувати службу…"},
+            {"driver.title", "Активація служби тачпада"},
+            {"driver.body", "Щоб BLE-kovra міг глушити тачпад, потрібно один раз увімкнути службу з пакунка ble-kovra-helper.\n\nПісля натискання «Активувати» система запитає пароль адміністратора, а потім увімкне й запустить службу.\n\nЦе безпечно: служба лише вимикає вбудований тачпад, а після завершення BLE-kovra тачпад знову працює."},
+            {"tray.advice", "GNOME показує значок BLE-kovra лише з розширенням: установіть пакунок gnome-shell-extension-appindicator, увійдіть у систему знову й увімкніть AppIndicator у застосунку «Розширення»."},
+        }},
+        {L10n::Lang::fr, {
+            {"menu.hotkeyHint", "Raccourci : Ctrl+Alt+T"},
+            {"menu.hotkeyHint.assigned", "Raccourci : "},
+            {"menu.hotkeyHint.taken", "Ctrl+Alt+T est utilisé par un autre programme"},
+            {"menu.hotkeyHint.unavailable", "Aucun raccourci : attribuez-en un à « ble-kovractl toggle »"},
+            {"menu.activate", "Activer le service…"},
+            {"driver.title", "Activer le service du trackpad"},
+            {"driver.body", "Pour que BLE-kovra puisse couper le trackpad, vous devez activer une fois le service du paquet ble-kovra-helper.\n\nAprès avoir cliqué sur « Activer », vous devrez saisir le mot de passe d’un administrateur. Le service sera alors activé et démarré.\n\nC’est sûr : le service coupe seulement le trackpad intégré, et le réactive quand vous quittez BLE-kovra."},
+            {"tray.advice", "GNOME n’affiche l’icône de BLE-kovra qu’avec une extension : installez le paquet gnome-shell-extension-appindicator, reconnectez-vous et activez AppIndicator dans l’application « Extensions »."},
+        }},
+        {L10n::Lang::de, {
+            {"menu.hotkeyHint", "Tastenkürzel: Strg+Alt+T"},
+            {"menu.hotkeyHint.assigned", "Tastenkürzel: "},
+            {"menu.hotkeyHint.taken", "Strg+Alt+T wird von einem anderen Programm verwendet"},
+            {"menu.hotkeyHint.unavailable", "Kein Tastenkürzel: „ble-kovractl toggle“ eine Taste zuweisen"},
+            {"menu.activate", "Dienst aktivieren…"},
+            {"driver.title", "Trackpad-Dienst aktivieren"},
+            {"driver.body", "Damit BLE-kovra das Trackpad deaktivieren kann, müssen Sie den Dienst aus dem Paket ble-kovra-helper einmal aktivieren.\n\nNach dem Klick auf „Aktivieren“ werden Sie nach dem Passwort eines Administrators gefragt. Danach wird der Dienst aktiviert und gestartet.\n\nDas ist sicher: Der Dienst deaktiviert nur das integrierte Trackpad und schaltet es wieder ein, wenn BLE-kovra beendet wird."},
+            {"tray.advice", "GNOME zeigt das Symbol von BLE-kovra nur mit einer Erweiterung: Installieren Sie das Paket gnome-shell-extension-appindicator, melden Sie sich neu an und schalten Sie AppIndicator in der App „Erweiterungen“ ein."},
+        }},
+        {L10n::Lang::es, {
+            {"menu.hotkeyHint", "Atajo: Ctrl+Alt+T"},
+            {"menu.hotkeyHint.assigned", "Atajo: "},
+            {"menu.hotkeyHint.taken", "Otro programa usa Ctrl+Alt+T"},
+            {"menu.hotkeyHint.unavailable", "Sin atajo: asigna una tecla a «ble-kovractl toggle»"},
+            {"menu.activate", "Activar servicio…"},
+            {"driver.title", "Activar el servicio del trackpad"},
+            {"driver.body", "Para que BLE-kovra pueda silenciar el trackpad, debes activar una vez el servicio del paquete ble-kovra-helper.\n\nDespués de pulsar «Activar», se te pedirá la contraseña de un administrador. A continuación, el servicio se activará y se iniciará.\n\nEs seguro: el servicio solo silencia el trackpad integrado y lo reactiva cuando sales de BLE-kovra."},
+            {"tray.advice", "GNOME solo muestra el icono de BLE-kovra con una extensión: instala el paquete gnome-shell-extension-appindicator, vuelve a iniciar sesión y activa AppIndicator en la aplicación «Extensiones»."},
+        }},
+    };
+    return instance;
+}
 // clang-format on
 
 }  // namespace kovra

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <map>
 #include <set>
 #include <string>
@@ -7,6 +8,7 @@
 #include <utility>
 
 #include "BLE_kovra/l10n/L10n.h"
+#include "tests/l10n/ExpectedTexts.h"
 
 namespace kovra {
 namespace {
@@ -26,6 +28,17 @@ void inEachLanguage(Check check) {
 }
 
 bool contains(std::string_view text, std::string_view piece) { return text.find(piece) != std::string_view::npos; }
+
+TEST(LinuxCatalogueTest, HasExactlyTheExpectedTexts) {
+    std::size_t compared = 0;
+    for (const auto& [lang, texts] : expectedLinuxTexts()) {
+        for (const auto& [key, expected] : texts) {
+            EXPECT_EQ(onLinux(lang).text(key), expected) << key;
+            ++compared;
+        }
+    }
+    EXPECT_EQ(compared, L10n::linuxStrings().size() * L10n::allLanguages.size());
+}
 
 TEST(LinuxCatalogueTest, HasEachTextInEachLanguage) {
     for (const auto& [key, table] : L10n::linuxStrings()) {
