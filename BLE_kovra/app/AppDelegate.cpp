@@ -131,18 +131,17 @@ void AppDelegate::evaluate() {
     helper_.set(mute);
     state_.blocking.set(mute);
     refreshUI();
+    if (std::exchange(mustAnnounce_, false)) requireStatusItem().announce(statusText(mute));
 }
 
 std::function<void()> AppDelegate::hotKeyHandler() {
     return [weak = weak_from_this(), &platform = platform_] {
         platform.mainQueue.async([weak, &platform] {
-            if (const auto self = weak.lock()) self->state_.isEnabled.set(!self->state_.isEnabled.get());
+            if (const auto self = weak.lock()) {
+                self->mustAnnounce_ = true;
+                self->state_.isEnabled.set(!self->state_.isEnabled.get());
+            }
             platform.application.beep();
-            // After the block that the change has queued, which decides.
-            platform.mainQueue.async([weak] {
-                if (const auto self = weak.lock())
-                    self->requireStatusItem().announce(self->statusText(self->state_.blocking.get()));
-            });
         });
     };
 }

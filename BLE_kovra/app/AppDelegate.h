@@ -107,6 +107,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     std::vector<Subscription> cancellables_;
     bool hasExplainedDriver_ = false;  // the user has opened the alert about the driver
     bool hasTerminated_ = false;
+    bool mustAnnounce_ = false;  // the hot key has toggled the switch, and the next decision is to be announced
 };
 
 }  // namespace kovra
