@@ -1,7 +1,10 @@
 """An X client that takes pictures of the screen, and simulates a mouse and a keyboard."""
 
+import contextlib
+
 from PIL import Image
 from Xlib import X, XK, display
+from Xlib.error import BadDrawable, BadWindow
 from Xlib.ext import xtest
 
 
@@ -48,19 +51,23 @@ class X11Screen:
         """Returns the places of all visible windows with this title, like window()."""
         found, waiting = [], [self._root]
         while waiting:
-            window = waiting.pop()
-            name = window.get_full_text_property(self._display.intern_atom("_NET_WM_NAME"))
-            if name == title and window.get_attributes().map_state == X.IsViewable:
-                size, corner = window.get_geometry(), window.translate_coords(self._root, 0, 0)
-                found.append((-corner.x, -corner.y, -corner.x + size.width, -corner.y + size.height))
-            waiting += window.query_tree().children
+            # A window may be destroyed at any time.
+            with contextlib.suppress(BadWindow, BadDrawable):
+                window = waiting.pop()
+                name = window.get_full_text_property(self._display.intern_atom("_NET_WM_NAME"))
+                if name == title and window.get_attributes().map_state == X.IsViewable:
+                    size, corner = window.get_geometry(), window.translate_coords(self._root, 0, 0)
+                    found.append((-corner.x, -corner.y, -corner.x + size.width, -corner.y + size.height))
+                waiting += window.query_tree().children
         return found
 
     def has_keyboard(self, title):
         """Returns whether the keyboard focus is in a window with this title."""
         focus = self._display.get_input_focus().focus
         name = self._display.intern_atom("_NET_WM_NAME")
-        return focus not in (X.NONE, X.PointerRoot) and focus.get_full_text_property(name) == title
+        with contextlib.suppress(BadWindow):  # the window with the focus may have been destroyed
+            return focus not in (X.NONE, X.PointerRoot) and focus.get_full_text_property(name) == title
+        return False
 
     def has_tray(self):
         """Returns whether an XEmbed tray is running, that is, whether its selection has an owner."""
