@@ -27,15 +27,15 @@ TEST(XdgEnvironmentTest, PrefersWaylandToX) {
 TEST(XdgEnvironmentTest, ListsTheFoldersOfDataTheUsersFirst) {
     using Folders = std::vector<std::string>;
     Environment environment;
-    environment.set("HOME", "/home/anna");
+    environment.set("HOME", "/people/anna");
     environment.unset({"XDG_DATA_HOME", "XDG_DATA_DIRS"});
-    EXPECT_EQ(dataFolders(), (Folders{"/home/anna/.local/share", "/usr/local/share", "/usr/share"}));
+    EXPECT_EQ(dataFolders(), (Folders{"/people/anna/.local/share", "/usr/local/share", "/usr/share"}));
     environment.set("XDG_DATA_HOME", "/data");
     environment.set("XDG_DATA_DIRS", "relative:/one::/two");
     EXPECT_EQ(dataFolders(), (Folders{"/data", "/one", "/two"}));
     environment.set("XDG_DATA_HOME", "relative");
     environment.set("XDG_DATA_DIRS", "relative");
-    EXPECT_EQ(dataFolders(), (Folders{"/home/anna/.local/share", "/usr/local/share", "/usr/share"}));
+    EXPECT_EQ(dataFolders(), (Folders{"/people/anna/.local/share", "/usr/local/share", "/usr/share"}));
 }
 
 }  // namespace

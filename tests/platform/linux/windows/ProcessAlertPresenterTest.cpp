@@ -142,8 +142,7 @@ TEST_F(ProcessAlertPresenterTest, BringsALowerAlertAboveTheOthersIfItIsRequested
                 answer(1);
             });
             EXPECT_EQ(run("A"), AlertResponse::secondButton) << "the newest caller gets the answer at once";
-            EXPECT_EQ(open(), Titles{"B"});
-            answer(0);
+            whenOpen({"B"}, [&] { answer(0); });
         });
         EXPECT_EQ(run("B"), AlertResponse::firstButton);
     });
