@@ -4,35 +4,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
-#include "BLE_kovra/platform/linux/loop/Handles.h"
+#include "BLE_kovra/platform/linux/x11/XAtoms.h"
 
 namespace kovra {
-
-namespace {
-
-xcb_intern_atom_cookie_t requestName(xcb_connection_t* connection, std::string_view name) {
-    return xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
-}
-
-xcb_atom_t numberOf(xcb_connection_t* connection, xcb_intern_atom_cookie_t cookie) {
-    const Allocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : XCB_NONE;
-}
-
-}  // namespace
 
 void XLaunch::end(const std::string& id) {
     ids_.push_back(id);
     if (pendingReply_) return;
-    const auto begin = requestName(x_.get(), "_NET_STARTUP_INFO_BEGIN");
-    const auto rest = requestName(x_.get(), "_NET_STARTUP_INFO");
+    const auto begin = requestAtom(x_, "_NET_STARTUP_INFO_BEGIN");
+    const auto rest = requestAtom(x_, "_NET_STARTUP_INFO");
     pendingReply_ = x_.whenServed([this, begin, rest] {
         pendingReply_.reset();
-        const xcb_atom_t beginName = numberOf(x_.get(), begin);
-        send(beginName, numberOf(x_.get(), rest));
+        const xcb_atom_t beginName = atomOf(x_, begin);
+        send(beginName, atomOf(x_, rest));
     });
 }
 

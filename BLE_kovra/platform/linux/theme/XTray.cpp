@@ -1,33 +1,14 @@
 #include "BLE_kovra/platform/linux/theme/XTray.h"
 
-#include <string>
-#include <string_view>
 #include <utility>
 
 #include "BLE_kovra/platform/linux/loop/Handles.h"
 #include "BLE_kovra/platform/linux/loop/Listeners.h"
+#include "BLE_kovra/platform/linux/x11/XAtoms.h"
 
 namespace kovra {
 
 namespace {
-
-xcb_intern_atom_cookie_t requestAtom(xcb_connection_t* connection, std::string_view name) {
-    return xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
-}
-
-xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t cookie) {
-    const Allocated<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : XCB_NONE;
-}
-
-// Returns the number of the connection's own screen in the server's list of screens.
-int screenNumber(const XConnection& x) {
-    int number = 0;
-    for (auto each = xcb_setup_roots_iterator(xcb_get_setup(x.get())); each.rem > 0; xcb_screen_next(&each), ++number) {
-        if (each.data->root == x.roots().front()) return number;
-    }
-    return 0;
-}
 
 void select(const XConnection& x, xcb_window_t window, std::uint32_t events) {
     xcb_change_window_attributes(x.get(), window, XCB_CW_EVENT_MASK, &events);
@@ -51,15 +32,15 @@ class XTray::Watch {
   public:
     explicit Watch(XConnection& x) : x_(x) {
         listening_ = x_.listen([this](const xcb_generic_event_t& event) { receive(event); });
-        const auto selection = requestAtom(x_.get(), "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber(x_)));
-        const auto announcement = requestAtom(x_.get(), "MANAGER");
-        const auto colors = requestAtom(x_.get(), "_NET_SYSTEM_TRAY_COLORS");
+        const auto selection = requestAtom(x_, traySelection(x_));
+        const auto announcement = requestAtom(x_, "MANAGER");
+        const auto colors = requestAtom(x_, "_NET_SYSTEM_TRAY_COLORS");
         announcements_ = x_.receiveAnnouncements();
         pendingReply_ = x_.whenServed([this, selection, announcement, colors] {
             pendingReply_.reset();
-            selection_ = atom(x_.get(), selection);
-            announcement_ = atom(x_.get(), announcement);
-            colors_ = atom(x_.get(), colors);
+            selection_ = atomOf(x_, selection);
+            announcement_ = atomOf(x_, announcement);
+            colors_ = atomOf(x_, colors);
             queryOwner();
         });
     }
