@@ -3,6 +3,7 @@
 #include <langinfo.h>
 #include <malloc.h>
 
+#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -58,6 +59,9 @@
 #include "BLE_kovra/platform/posix/ProcessStart.h"
 
 namespace {
+
+// A start has done its work by then. It leaves holes in the heap, which malloc() would keep.
+constexpr std::chrono::seconds startOfRest{2};
 
 // Sets the user's locale for the system's messages, which is all that needs one: names are compared in GlibcLocale's
 // own. Every text in this program is UTF-8, so another encoding of the locale is replaced by UTF-8.
@@ -173,6 +177,7 @@ void runApplication() {
     const kovra::Platform platform{
         application, loop,  hid,     preferences, files,     log,       locale, statusBar,
         hotKeys,     login, windows, alerts,      processes, workspace, bundle, kovra::Wording::linuxDesktop};
+    loop.asyncAfter(startOfRest, [] { ::malloc_trim(0); });
     kovra::BLE_kovraApp::main(platform);
 }
 
