@@ -72,7 +72,7 @@ stdexcept: exception out_of_range runtime_error
 string: getline initializer_list stoi stoul stoull string to_string u16string u32string wstring
 string_view: string_view string_view_literals
 system_error: errc error_code generic_category system_error
-thread: this_thread thread
+thread: jthread this_thread thread
 tuple: apply tuple
 type_traits: decay_t is_enum_v is_same_v is_trivially_copyable_v remove_pointer_t remove_reference_t
 unordered_map: unordered_map

@@ -17,6 +17,7 @@ from waiting import check
 # For each package of Debian that ours need: what the RPMs need instead, and what the packages for pacman do.
 NEEDS = {
     "libacl1": ({"libacl.so.1"}, "acl"),
+    "libfontconfig1": ({"libfontconfig.so.1"}, "fontconfig"),
     "libc6": ({"libc.so.6", "libm.so.6", "ld-linux-x86-64.so.2", "ld-linux-aarch64.so.1"}, "glibc"),
     "libgcc-s1": ({"libgcc_s.so.1"}, "gcc-libs"),
     "libqt6core6": ({"libQt6Core.so.6"}, "qt6-base"),
@@ -45,7 +46,8 @@ IMPROVEMENTS = {
 }
 # What the packages for pacman need for the libraries in tools/packages.
 LIBRARIES = {"pkg-config:libsystemd": "systemd-libs", "pkg-config:libacl": "acl", "pkg-config:libudev": "systemd-libs",
-             "pkg-config:xcb": "libxcb", "cmake:nlohmann_json": "nlohmann-json", "cmake:Qt6": "qt6-base"}
+             "pkg-config:xcb": "libxcb", "pkg-config:fontconfig": "fontconfig",
+             "cmake:nlohmann_json": "nlohmann-json", "cmake:Qt6": "qt6-base"}
 
 
 @functools.cache

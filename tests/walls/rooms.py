@@ -45,7 +45,7 @@ def any_but_qt(header):
 
 
 # The libraries that only some rooms of Linux may use.
-LINUX_LIBRARY = re.compile(r"systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
+LINUX_LIBRARY = re.compile(r"fontconfig/.*|systemd/.*|libudev\.h|xcb/.*|X11/.*|nlohmann/.*")
 
 
 def linux(*own):

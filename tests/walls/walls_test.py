@@ -105,7 +105,12 @@ FORBIDDEN = {
         "<qobject.h>",
     ),
     "BLE_kovra/platform/linux/bus/X.cpp": ("BLE_kovra/platform/linux/session/Instance.h", "<libudev.h>", "<xcb/xcb.h>"),
-    "BLE_kovra/platform/linux/x11/X.cpp": ("BLE_kovra/platform/linux/bus/Bus.h", "<systemd/sd-bus.h>", "<X11/Xlib.h>"),
+    "BLE_kovra/platform/linux/x11/X.cpp": (
+        "BLE_kovra/platform/linux/bus/Bus.h",
+        "<systemd/sd-bus.h>",
+        "<X11/Xlib.h>",
+        "<fontconfig/fontconfig.h>",
+    ),
     "BLE_kovra/platform/linux/desktop/JournalLog.cpp": (
         "BLE_kovra/platform/linux/tray/Item.h",
         "BLE_kovra/platform/linux/bus/Bus.h",

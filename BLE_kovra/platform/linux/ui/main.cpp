@@ -11,6 +11,7 @@
 #include <variant>
 
 #include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
+#include "BLE_kovra/platform/linux/ui/style/EarlyFonts.h"
 #include "BLE_kovra/platform/linux/ui/tray/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
 #include "BLE_kovra/platform/linux/ui/windows/AlertStack.h"
@@ -58,6 +59,7 @@ class Screen {
 int run(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
     QCoreApplication::setApplicationName("BLE-kovra");
+    loadFontsEarly();
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(windowIcon());
