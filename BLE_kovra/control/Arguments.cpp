@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "BLE_kovra/control/Printable.h"
+
 namespace kovra::control {
 
 namespace {
@@ -44,17 +46,12 @@ std::optional<Reply> information(const Arguments& arguments, const char* program
     return std::nullopt;
 }
 
-// Shows bytes that could change the terminal, or that end the line, as question marks.
-std::string inOneLine(std::string_view argument) {
-    std::string text(argument);
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
-    return text;
+Reply misuse(const char* program, const std::string& what) {
+    return {misused, "", std::string(program) + ": " + what + "; see " + program + " --help\n"};
 }
 
-Reply misuse(const char* program, std::string_view argument) {
-    const std::string what = argument.empty() ? "an argument is missing" : "unknown argument: " + inOneLine(argument);
-    return {misused, "", std::string(program) + ": " + what + "; see " + program + " --help\n"};
+Reply unknownArgument(const char* program, std::string_view argument) {
+    return misuse(program, argument.empty() ? "an argument is empty" : "unknown argument: " + printable(argument));
 }
 
 }  // namespace
@@ -63,12 +60,12 @@ std::optional<Reply> replyOfApplication(const Arguments& arguments, const std::s
     if (arguments.empty()) return std::nullopt;
     if (auto reply = information(arguments, "ble-kovra", helpOfApplication, version)) return reply;
     const bool isFirstKnown = arguments[0] == "--help" || arguments[0] == "--version";
-    return misuse("ble-kovra", isFirstKnown ? arguments[1] : arguments[0]);
+    return unknownArgument("ble-kovra", isFirstKnown ? arguments[1] : arguments[0]);
 }
 
 Parsed parse(const Arguments& arguments, const std::string& version) {
     constexpr const char* program = "ble-kovractl";
-    if (arguments.empty()) return {std::nullopt, misuse(program, "")};
+    if (arguments.empty()) return {std::nullopt, misuse(program, "an argument is missing")};
     if (auto reply = information(arguments, program, helpOfControl, version)) return {std::nullopt, std::move(*reply)};
     const std::string_view name = arguments[0];
     std::size_t known = 1;
@@ -84,7 +81,7 @@ Parsed parse(const Arguments& arguments, const std::string& version) {
     } else if (name != "--help" && name != "--version") {
         known = 0;
     }
-    if (arguments.size() > known) return {std::nullopt, misuse(program, arguments[known])};
+    if (arguments.size() > known) return {std::nullopt, unknownArgument(program, arguments[known])};
     return {command, {}};
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "BLE_kovra/control/Printable.h"
 #include "BLE_kovra/control/StatusText.h"
 #include "BLE_kovra/control/Verdict.h"
 #include "BLE_kovra/control/Words.h"

@@ -1,5 +1,6 @@
 #include "BLE_kovra/control/StatusText.h"
 
+#include "BLE_kovra/control/Printable.h"
 #include "BLE_kovra/control/Verdict.h"
 #include "BLE_kovra/control/Words.h"
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "BLE_kovra/control/Printable.h"
 #include "BLE_kovra/control/Words.h"
 
 namespace kovra::control {

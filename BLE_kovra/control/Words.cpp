@@ -4,19 +4,6 @@
 
 namespace kovra::control {
 
-std::string printable(std::string_view text) {
-    std::string shown;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        // U+0080 to U+009F are control characters, too. In UTF-8 they begin with 0xC2.
-        const bool isHighControl =
-            byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
-        if (isHighControl) ++i;
-        shown += byte < ' ' || byte == 0x7F || isHighControl ? '?' : text[i];
-    }
-    return shown;
-}
-
 std::string enumerated(const std::vector<std::string>& items) {
     std::string text;
     for (std::size_t i = 0; i < items.size(); ++i) {

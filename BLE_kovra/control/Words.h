@@ -1,16 +1,11 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "BLE_kovra/control/Facts.h"
 
 namespace kovra::control {
-
-// Returns the text with question marks in place of characters that control a terminal. Names of devices come from
-// outside.
-std::string printable(std::string_view text);
 
 // Returns "a", "a and b" or "a, b and c".
 std::string enumerated(const std::vector<std::string>& items);

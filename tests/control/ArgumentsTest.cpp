@@ -42,6 +42,22 @@ TEST(ArgumentsTest, ThatTheApplicationDoesNotKnowEndItWithOneLine) {
               "ble-kovra: unknown argument: now; see ble-kovra --help\n");
 }
 
+TEST(ArgumentsTest, ThatAreUnknownAreNamedWithoutControlCharacters) {
+    for (const std::string control : {"\n", "\x1B", "\x7F", "\xC2\x9B"}) {
+        const std::string argument = "a" + control + "[2J";
+        EXPECT_EQ(replyOfApplication({argument}, version)->error,
+                  "ble-kovra: unknown argument: a?[2J; see ble-kovra --help\n");
+        EXPECT_EQ(parse({"status", argument}, version).reply.error,
+                  "ble-kovractl: unknown argument: a?[2J; see ble-kovractl --help\n");
+    }
+}
+
+TEST(ArgumentsTest, ThatAreEmptyAreNotMissing) {
+    EXPECT_EQ(replyOfApplication({""}, version)->error, "ble-kovra: an argument is empty; see ble-kovra --help\n");
+    EXPECT_EQ(parse({"doctor", ""}, version).reply.error,
+              "ble-kovractl: an argument is empty; see ble-kovractl --help\n");
+}
+
 TEST(ArgumentsTest, OfTheControlNameOneCommand) {
     const Parsed status = parse({"status"}, version);
     ASSERT_TRUE(status.command.has_value());

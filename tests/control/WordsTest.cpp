@@ -7,13 +7,6 @@
 namespace kovra::control {
 namespace {
 
-TEST(WordsTest, KeepPrintableTextAndReplaceControlCharacters) {
-    EXPECT_EQ(printable("Maus „Übung“ 鼠"), "Maus „Übung“ 鼠");
-    EXPECT_EQ(printable("a\tb\x7F\x1B]0;x\x07"), "a?b??]0;x?");
-    EXPECT_EQ(printable("\xC2\x80\xC2\xA0"), "?\xC2\xA0");
-    EXPECT_EQ(printable("\xC2"), "\xC2");
-}
-
 TEST(WordsTest, EnumerateWithAnd) {
     EXPECT_EQ(enumerated({}), "");
     EXPECT_EQ(enumerated({"a"}), "a");
