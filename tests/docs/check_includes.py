@@ -35,7 +35,7 @@ condition_variable: condition_variable
 csignal: signal
 cstddef: nullptr_t
 cstdint: int16_t int32_t int64_t int8_t uint16_t uint32_t uint64_t uint8_t uintptr_t
-cstdio: fflush fprintf fputs perror printf putchar puts remove rename snprintf sscanf
+cstdio: ferror fflush fprintf fputs perror printf putchar puts remove rename snprintf sscanf
 cstdlib: _Exit abort abs atexit exit free getenv mbstowcs strtol strtoull system wcstombs
 cstring: memcpy strcmp strerror strlen strstr strxfrm
 ctime: clock clock_t strftime time time_t tm

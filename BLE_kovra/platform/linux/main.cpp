@@ -181,15 +181,15 @@ void runApplication() {
     kovra::BLE_kovraApp::main(platform);
 }
 
-// Prints the reply to the arguments, if there are any. Returns the exit code, or nullopt if the application is to
-// start.
+// Prints the reply to the arguments, if there are any. Returns the exit code, which is 1 if the reply cannot be
+// printed. Returns nullopt if the application is to start.
 std::optional<int> answerArguments(const kovra::control::Arguments& arguments) {
     const auto version = kovra::BuildBundle().infoDictionaryValue("CFBundleShortVersionString");
     const auto reply = kovra::control::replyOfApplication(arguments, std::get<std::string>(version.value()));
     if (!reply) return std::nullopt;
     std::fputs(reply->output.c_str(), stdout);
     std::fputs(reply->error.c_str(), stderr);
-    return reply->exitCode;
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? reply->exitCode : 1;
 }
 
 }  // namespace

@@ -114,6 +114,7 @@ TEST_F(ProgramTest, PrintsItsVersionAndItsHelpAndDoesNothingElse) {
     const Ended help = run("--help 2>&1");
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.output.starts_with("usage: ble-kovra ")) << help.output;
+    EXPECT_EQ(run("--version >/dev/full").exitCode, 1);
     EXPECT_FALSE(answers());
 }
 

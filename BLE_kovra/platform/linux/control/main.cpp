@@ -48,10 +48,16 @@ Facts collect() {
     return facts;
 }
 
-// Prints the lines. Returns the exit code, or `cannotTell` if they cannot be printed.
+// Prints the text. Returns the exit code, or `cannotTell` if the text cannot be printed.
+int print(const std::string& text, int exitCode) {
+    std::fputs(text.c_str(), stdout);
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? exitCode : cannotTell;
+}
+
 int print(const std::vector<std::string>& lines, int exitCode) {
-    for (const std::string& line : lines) std::fputs((line + '\n').c_str(), stdout);
-    return std::fflush(stdout) == 0 ? exitCode : cannotTell;
+    std::string text;
+    for (const std::string& line : lines) text += line + '\n';
+    return print(text, exitCode);
 }
 
 int performAction(const std::string& action) {
@@ -81,7 +87,7 @@ int run(const Command& command) {
         return print(kovra::control::checklistText(checks), kovra::control::exitCodeOf(checks));
     }
     const int exitCode = static_cast<int>(kovra::control::verdictOf(facts).answer);
-    if (command.isJson) return print({kovra::control::statusJson(facts)}, exitCode);
+    if (command.isJson) return print(kovra::control::statusJson(facts) + '\n', exitCode);
     return print(kovra::control::statusText(facts), exitCode);
 }
 
@@ -91,7 +97,6 @@ int main(int count, char** arguments) {
     kovra::prepareProcess();
     const auto parsed = kovra::control::parse({arguments + (count > 0 ? 1 : 0), arguments + count}, version());
     if (parsed.command) return run(*parsed.command);
-    std::fputs(parsed.reply.output.c_str(), stdout);
     std::fputs(parsed.reply.error.c_str(), stderr);
-    return parsed.reply.exitCode;
+    return print(parsed.reply.output, parsed.reply.exitCode);
 }

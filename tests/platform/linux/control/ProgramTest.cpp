@@ -145,7 +145,11 @@ TEST_F(ProgramTest, AnswersWithItsExitCodeToo) {
     const Ended text = control("status");
     EXPECT_EQ(text.exitCode, json.exitCode);
     EXPECT_TRUE(text.output.starts_with(std::string(status["sentence"]) + "\n")) << text.output;
-    EXPECT_EQ(control("status --json >/dev/full").exitCode, 2);
+}
+
+TEST_F(ProgramTest, EndsWithTwoIfItCannotPrint) {
+    for (const char* command : {"status", "status --json", "doctor", "--version", "--help"})
+        EXPECT_EQ(control(std::string(command) + " >/dev/full").exitCode, 2) << command;
 }
 
 }  // namespace
