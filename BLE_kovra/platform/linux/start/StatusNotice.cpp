@@ -2,27 +2,41 @@
 
 #include <systemd/sd-bus.h>
 
+#include <string_view>
 #include <utility>
 
 namespace kovra {
 
+namespace {
+
+constexpr const char* name = "org.freedesktop.Notifications";
+
+}  // namespace
+
 void StatusNotice::show(const std::string& text) {
     if (tray_.hasIcon()) return;
-    if (!listening_) {
-        listening_ = bus_.listen([this](BusConnection* connection) {
-            if (connection == nullptr) call_.reset();  // no reply will arrive
-        });
-    }
+    if (!listening_) listening_ = bus_.listen([this](BusConnection* connection) { busChanged(connection); });
     if (call_)
         next_ = text;
     else
         send(text);
 }
 
+// A service knows only the numbers that it has given itself. Another one may have given the same to another program.
+void StatusNotice::busChanged(BusConnection* connection) {
+    if (connection != nullptr) {
+        owner_ = connection->watchOwner(name, [this](std::string_view, std::string_view) { last_ = 0; });
+        return;
+    }
+    owner_.reset();
+    call_.reset();  // no reply will arrive
+    next_.reset();
+    last_ = 0;
+}
+
 void StatusNotice::send(const std::string& text) {
     BusConnection* bus = bus_.connection();
     if (bus == nullptr) return;
-    constexpr const char* name = "org.freedesktop.Notifications";
     call_ = bus->call(
         {name, "/org/freedesktop/Notifications", name, "Notify", true},
         [&](BusWriter& arguments) {

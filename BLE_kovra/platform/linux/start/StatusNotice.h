@@ -11,7 +11,7 @@ namespace kovra {
 
 // Shows the status to the user who has no icon to look at, as a notification of the desktop
 // (org.freedesktop.Notifications). The notification is transient, so the desktop does not keep it in a list. Each one
-// replaces the one before. Where a tray has the icon, nothing is shown.
+// replaces the one before, if the same service has shown it. Where a tray has the icon, nothing is shown.
 class StatusNotice {
   public:
     StatusNotice(SessionBus& bus, TrayPresence tray) : bus_(bus), tray_(tray) {}
@@ -20,6 +20,7 @@ class StatusNotice {
     void show(const std::string& text);
 
   private:
+    void busChanged(BusConnection* connection);
     void send(const std::string& text);
     void received(sd_bus_message* answer);
 
@@ -28,6 +29,7 @@ class StatusNotice {
     std::uint32_t last_ = 0;  // the service's number of the last notification; 0 for none
     std::optional<std::string> next_;
     BusToken call_;  // null while no reply is expected
+    BusToken owner_;
     BusToken listening_;
 };
 

@@ -47,6 +47,9 @@ class NotificationService {
         unanswered.clear();
     }
 
+    // Releases the name, as a service does that another one replaces.
+    void leave() { EXPECT_GE(sd_bus_release_name(bus_.get(), name), 0); }
+
   private:
     static constexpr const char* name = "org.freedesktop.Notifications";
 
@@ -144,6 +147,31 @@ TEST_F(StatusNoticeTest, IsShownAgainAfterTheBusWasAway) {
     notice.show("two");
     turnUntil(loop, [&] { return !restarted.calls.empty(); });
     EXPECT_EQ(restarted.calls, Texts{notification(0, "two")});
+}
+
+TEST_F(StatusNoticeTest, ReplacesNothingOnAnotherBus) {
+    notice.show("one");
+    received(1);
+    settle();
+    daemon.restart();
+    turnUntil(loop, [&] { return bus.connection() == nullptr; });
+    EXPECT_TRUE(turnUntil(loop, [&] { return bus.connection() != nullptr; }));
+    NotificationService restarted(loop);
+    notice.show("two");
+    turnUntil(loop, [&] { return !restarted.calls.empty(); });
+    EXPECT_EQ(restarted.calls, Texts{notification(0, "two")});
+}
+
+TEST_F(StatusNoticeTest, ReplacesNothingThatAnotherServiceHasShown) {
+    notice.show("one");
+    received(1);
+    settle();
+    service.leave();
+    NotificationService next(loop);
+    settle();
+    notice.show("two");
+    turnUntil(loop, [&] { return !next.calls.empty(); });
+    EXPECT_EQ(next.calls, Texts{notification(0, "two")});
 }
 
 TEST_F(StatusNoticeTest, IsNotShownWhereATrayHasTheIcon) {
