@@ -60,7 +60,7 @@ def read_over_the_bus(world):
 def asked_over_the_bus(world):
     world.start(muted=True)
     program = Program(world.desktop.bus)
-    check(program.property("Tray") == "panel", f"the tray is {program.property('Tray')}")
+    wait_for(lambda: program.property("Tray") == "panel", "the program to report the panel")
     wanted = "ours" if _has_hot_key(world) else "unavailable"
     wait_for(lambda: program.property("HotKey") == wanted, f"the hot key to be {wanted}")
     check(program.property("SessionBusFailures") == [], f"failures: {program.property('SessionBusFailures')}")

@@ -71,12 +71,6 @@ void adoptLocale() {
     if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
-// Returns which tray shows the icon, in the words of DBusFacts.
-const char* trayOf(const kovra::StatusNotifierWatcher& watcher, const kovra::XEmbedTray* embedded) {
-    if (embedded != nullptr && embedded->isShown()) return "embedded";
-    return watcher.hasHost() ? "panel" : "none";
-}
-
 void runApplication() {
     kovra::SdEventLoop loop;
     // From here on these signals terminate the application, which writes "off". Without a handler, a signal during the
@@ -144,12 +138,10 @@ void runApplication() {
         return std::make_unique<kovra::StatusNotifierFront>(item, bus, watcher, theme.look(), activationToken,
                                                             kovra::iconsBesideProgram(), std::move(popUp));
     }};
-    const kovra::XEmbedTray* embedded = nullptr;  // belongs to the status item, which exists while the loop runs
     if (xTray) {
         fronts.emplace_back([&](kovra::TrayItem& item) {
             auto front = std::make_unique<kovra::XEmbedTray>(loop, *xTray, theme.look(), window, item);
             front->follow(watcher);
-            embedded = front.get();
             return front;
         });
     }
@@ -170,7 +162,7 @@ void runApplication() {
     });
     const kovra::DBusFacts facts(bus, {.application = [&] { return application.facts(); },
                                        .hotKey = [&] { return hotKeys.state(); },
-                                       .tray = [&] { return trayOf(watcher, embedded); },
+                                       .tray = [&] { return tray.name(); },
                                        .sessionBus = &bus.failures(),
                                        .systemBus = &systemBus.failures()});
     kovra::BuildBundle bundle;

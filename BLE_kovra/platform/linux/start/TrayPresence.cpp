@@ -6,8 +6,22 @@
 
 namespace kovra {
 
-bool TrayPresence::hasIcon() const {
-    return watcher_.icon() == StatusNotifierWatcher::Icon::shown || window_.shows<ShowTray>();
+// A panel that lists items may refuse this one. Then it does not show the icon.
+TrayPresence::Tray TrayPresence::tray() const {
+    if (watcher_.icon() == StatusNotifierWatcher::Icon::shown) return Tray::panel;
+    return window_.shows<ShowTray>() ? Tray::embedded : Tray::none;
+}
+
+const char* TrayPresence::name() const {
+    switch (tray()) {
+        case Tray::panel:
+            return "panel";
+        case Tray::embedded:
+            return "embedded";
+        case Tray::none:
+            break;
+    }
+    return "none";
 }
 
 std::string TrayPresence::advice() const {

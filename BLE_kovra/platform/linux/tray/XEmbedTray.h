@@ -20,8 +20,6 @@ class XEmbedTray : public TrayFront {
     // icon instead of this front.
     void follow(StatusNotifierWatcher& watcher);
     void setHostPresent(bool isPresent) { choice_.setHostPresent(isPresent); }
-    // Returns whether the icon is in a tray that embeds windows.
-    bool isShown() const { return isShown_; }
 
     void show(const TrayContents& contents, const TrayChanges& changes) override;
 

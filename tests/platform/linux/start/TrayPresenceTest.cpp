@@ -54,9 +54,22 @@ TEST_F(TrayPresenceTest, HasTheIconOnceAHostsWatcherHasAcceptedIt) {
     panel.setHost(Panel::Hosts::one);
     EXPECT_TRUE(waitFor(Icon::shown));
     EXPECT_TRUE(tray.hasIcon());
+    EXPECT_STREQ(tray.name(), "panel");
     panel.setHost(Panel::Hosts::none);
     EXPECT_TRUE(waitFor(Icon::notShown));
     EXPECT_FALSE(tray.hasIcon());
+}
+
+TEST_F(TrayPresenceTest, HasNoIconInAPanelThatRefusesIt) {
+    Panel panel(loop);
+    panel.refusesItems = true;
+    registerItem();
+    ASSERT_TRUE(turnUntil(loop, [&] { return watcher.hasHost(); }));
+    EXPECT_STREQ(tray.name(), "none");
+    panel.refusesItems = false;
+    panel.setHost(Panel::Hosts::one);
+    EXPECT_TRUE(waitFor(Icon::shown));
+    EXPECT_STREQ(tray.name(), "panel");
 }
 
 TEST_F(TrayPresenceTest, KnowsNothingWhileTheBusIsAway) {
@@ -69,8 +82,10 @@ TEST_F(TrayPresenceTest, KnowsNothingWhileTheBusIsAway) {
 }
 
 TEST_F(TrayPresenceTest, HasTheIconWhileItsWindowIsEmbedded) {
+    EXPECT_STREQ(tray.name(), "none");
     window.show(ShowTray());
     EXPECT_TRUE(tray.hasIcon());
+    EXPECT_STREQ(tray.name(), "embedded");
     window.hideTray();
     EXPECT_FALSE(tray.hasIcon());
 }
