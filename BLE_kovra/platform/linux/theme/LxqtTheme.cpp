@@ -69,13 +69,15 @@ std::optional<std::uint32_t> colorNamed(std::string_view value) {
         return (color & 0xF00U) * 0x1100U + (color & 0x0F0U) * 0x110U + (color & 0x00FU) * 0x11U;
     }
     if (!value.starts_with("rgb(") && !value.starts_with("rgba(")) return std::nullopt;
+    value.remove_prefix(value.find('(') + 1);
     int parts = 0;
     bool isValid = true;
-    forEachPart(value.substr(value.find('(') + 1), ',', [&](std::string_view part) {
+    forEachPart(value.substr(0, value.find(')')), ',', [&](std::string_view part) {
         std::uint32_t number = 256;
         if (++parts > 3) return;
-        std::from_chars(part.data(), part.data() + part.size(), number);
-        isValid = isValid && number < 256;
+        const char* end = part.data() + part.size();
+        const auto [rest, error] = std::from_chars(part.data(), end, number);
+        isValid = isValid && number < 256 && rest == end;  // a percentage is not supported
         color = color << 8U | (number & 0xFFU);
     });
     return isValid && parts >= 3 ? std::optional(color) : std::nullopt;

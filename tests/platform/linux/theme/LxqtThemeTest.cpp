@@ -37,6 +37,8 @@ TEST(LxqtThemeTest, ReadsTheColorOfTheTextOnThePanelsButtons) {
         {"Plugin > QToolButton { color: palette(text); }", std::nullopt},
         {"Plugin > QToolButton { color: rgb(1,2); }", std::nullopt},
         {"Plugin > QToolButton { color: rgb(1,2,256); }", std::nullopt},
+        {"Plugin > QToolButton { color: rgb(100%, 100%, 100%); }", std::nullopt},
+        {"Plugin > QToolButton { color: rgb(1 ,2 ,3 ); }", 0x010203},
         {"Plugin > QToolButton { color: #12345g; }", std::nullopt},
         {"Plugin > QToolButton { color: #12; }", std::nullopt},
         {"Plugin > QToolButton { background-color: white; }", std::nullopt},
