@@ -35,10 +35,8 @@ std::string identifier(const HotKey& hotKey) {
 
 DesktopHotKeys DesktopHotKeys::onX(XConnection& connection) {
     return DesktopHotKeys([&connection](const HotKey&, Reports reports) {
-        const auto granted = [changed = std::move(reports.changed)](bool isGranted) {
-            changed({isGranted ? HotKeyState::Holder::us : HotKeyState::Holder::another, ""});
-        };
-        return std::make_unique<XKeyGrab>(connection, firstKeycode + KEY_T, std::move(reports.pressed), granted);
+        const auto held = [changed = std::move(reports.changed)](HotKeyState::Holder holder) { changed({holder, ""}); };
+        return std::make_unique<XKeyGrab>(connection, firstKeycode + KEY_T, std::move(reports.pressed), held);
     });
 }
 

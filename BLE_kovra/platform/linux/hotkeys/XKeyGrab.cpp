@@ -8,12 +8,12 @@
 namespace kovra {
 
 XKeyGrab::XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed,
-                   std::function<void(bool)> granted)
+                   std::function<void(Holder)> held)
     : connection_(connection),
       keyboard_(connection.get()),
       key_(key),
       pressed_(std::move(pressed)),
-      granted_(std::move(granted)),
+      held_(std::move(held)),
       listening_(connection.listen([this](const xcb_generic_event_t& event) { receive(event); })) {
     query();
 }
@@ -64,7 +64,7 @@ void XKeyGrab::mapReceived() {
     const Allocated<xcb_query_keymap_reply_t> down{xcb_query_keymap_reply(connection_.get(), keysDown_, nullptr)};
     isDown_ = isDown_ && down && (down->keys[key_ / 8] >> (key_ % 8) & 1) != 0;
     keyboard_.use();
-    if (states != grabbed_) {
+    if (states != grabbed_ || states.empty()) {
         release();
         grab(std::move(states));
     }
@@ -84,20 +84,20 @@ void XKeyGrab::grab(States states) {
 }
 
 void XKeyGrab::checkGrabs() {
-    bool isGranted = true;
+    Holder holder = grabbed_.empty() ? Holder::nobody : Holder::us;
     for (const xcb_void_cookie_t request : std::exchange(grabs_, {})) {
         if (const Allocated<xcb_generic_error_t> error{xcb_request_check(connection_.get(), request)})
-            isGranted = false;
+            holder = Holder::another;
     }
-    if (isGranted) {
-        managers_.reset();
-    } else {
+    if (holder == Holder::another) {
         release();
         managers_ = connection_.receiveAnnouncements();
+    } else {
+        managers_.reset();
     }
     connection_.flush();
-    const auto granted = granted_;  // the function may destroy this object
-    granted(isGranted);
+    const auto held = held_;  // the function may destroy this object
+    held(holder);
 }
 
 void XKeyGrab::release() {
@@ -105,6 +105,9 @@ void XKeyGrab::release() {
         for (const std::uint16_t state : grabbed_) xcb_ungrab_key(connection_.get(), key_, root, state);
     }
     grabbed_.clear();
+    for (const xcb_void_cookie_t request : std::exchange(grabs_, {}))
+        xcb_discard_reply(connection_.get(), request.sequence);
+    whenGranted_.reset();
 }
 
 }  // namespace kovra

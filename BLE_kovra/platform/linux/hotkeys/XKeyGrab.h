@@ -25,9 +25,11 @@ namespace kovra {
 // manager or another manager of the desktop starts.
 class XKeyGrab : public HotKeyService::Reference {
   public:
-    // `granted` is called after each attempt, with its result.
+    using Holder = HotKeyState::Holder;
+
+    // `held` is called after each attempt, and tells who holds the key: nobody if the keyboard has no Alt.
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed,
-             std::function<void(bool)> granted);
+             std::function<void(Holder)> held);
     ~XKeyGrab() override;
     XKeyGrab(const XKeyGrab&) = delete;
     XKeyGrab& operator=(const XKeyGrab&) = delete;
@@ -48,7 +50,7 @@ class XKeyGrab : public HotKeyService::Reference {
     XKeyboardExtension keyboard_;
     const xcb_keycode_t key_;
     const std::function<void()> pressed_;
-    const std::function<void(bool)> granted_;
+    const std::function<void(Holder)> held_;
 
     // The pending queries.
     std::optional<XModifierQuery> modifiers_;

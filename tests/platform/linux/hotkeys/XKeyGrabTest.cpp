@@ -137,9 +137,11 @@ TEST(XKeyGrabTest, ReturnsWithAlt) {
     rig.keyboard.setModifiers({key::super, key::numLock, 0, 0, 0});
     rig.turn();
     EXPECT_EQ(rig.outcome(hotKeyKeys), "window");
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::nobody);
     rig.keyboard.setModifiers({key::alt, key::numLock, 0, 0, 0});
     rig.turn();
     EXPECT_EQ(rig.outcome(hotKeyKeys), "pressed");
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::us);
 }
 
 TEST(XKeyGrabTest, LeavesTheKeyToAnotherProgramThatHasItWithAnyLockAndSaysSo) {
