@@ -38,10 +38,14 @@ void XKeyGrab::receive(const xcb_generic_event_t& event) {
         const auto pressed = pressed_;  // the function may destroy this object
         pressed();
     } else if (keyboard_.isMapChange(event) || (managers_ && isAnnouncement(event))) {
-        // A new map causes many events; one query at a time is enough.
-        isMapStale_ = true;
-        if (!modifiers_) query();
+        tryAgain();
     }
+}
+
+void XKeyGrab::tryAgain() {
+    // A new map causes many events; one query at a time is enough.
+    isMapStale_ = true;
+    if (!modifiers_) query();
 }
 
 bool XKeyGrab::isAnnouncement(const xcb_generic_event_t& event) const {
@@ -92,8 +96,13 @@ void XKeyGrab::checkGrabs() {
     if (holder == Holder::another) {
         release();
         managers_ = connection_.receiveAnnouncements();
+        windowManager_.emplace(connection_, [this] {
+            windowManager_.reset();
+            tryAgain();
+        });
     } else {
         managers_.reset();
+        windowManager_.reset();
     }
     connection_.flush();
     const auto held = held_;  // the function may destroy this object

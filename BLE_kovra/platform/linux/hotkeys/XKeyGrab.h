@@ -10,6 +10,7 @@
 #include "BLE_kovra/platform/HotKeyService.h"
 #include "BLE_kovra/platform/linux/hotkeys/XKeyboardExtension.h"
 #include "BLE_kovra/platform/linux/hotkeys/XModifiers.h"
+#include "BLE_kovra/platform/linux/hotkeys/XWindowManagerEnd.h"
 #include "BLE_kovra/platform/linux/x11/XConnection.h"
 
 namespace kovra {
@@ -21,8 +22,8 @@ namespace kovra {
 // another modifier bit, the key is grabbed again with the new bits.
 //
 // The key is grabbed after the server has reported its keyboard map. If another program has grabbed the key with any
-// combination of lock keys, this object releases it. It tries again when the keyboard map changes, and when a window
-// manager or another manager of the desktop starts.
+// combination of lock keys, this object releases it. It tries again when the keyboard map changes, when the window
+// manager ends, and when a window manager or another manager of the desktop announces itself.
 class XKeyGrab : public HotKeyService::Reference {
   public:
     using Holder = HotKeyState::Holder;
@@ -40,6 +41,7 @@ class XKeyGrab : public HotKeyService::Reference {
     static States statesFor(const XModifiers& modifiers);
     void receive(const xcb_generic_event_t& event);
     bool isAnnouncement(const xcb_generic_event_t& event) const;
+    void tryAgain();
     void query();
     void mapReceived();
     void grab(States states);
@@ -61,7 +63,9 @@ class XKeyGrab : public HotKeyService::Reference {
     States grabbed_;
     std::vector<xcb_void_cookie_t> grabs_;  // requests whose result is not known yet
     XConnection::Token whenGranted_;
-    XConnection::Token managers_;  // held while another program has the key
+    // These two exist while another program has the key.
+    XConnection::Token managers_;
+    std::optional<XWindowManagerEnd> windowManager_;
 
     bool isDown_ = false;
     XConnection::Events::Token listening_;

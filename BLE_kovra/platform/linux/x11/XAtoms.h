@@ -22,13 +22,16 @@ inline xcb_atom_t atomOf(const XConnection& x, xcb_intern_atom_cookie_t request)
     return reply ? reply->atom : XCB_NONE;
 }
 
-// Returns the name of the selection that the tray of the connection's own screen owns.
-inline std::string traySelection(const XConnection& x) {
+// Returns the name of a selection of the connection's own screen, which is `name` with the number of the screen.
+inline std::string screenSelection(const XConnection& x, const std::string& name) {
     int number = 0;
     for (auto each = xcb_setup_roots_iterator(xcb_get_setup(x.get())); each.rem > 0; xcb_screen_next(&each), ++number) {
-        if (each.data->root == x.roots().front()) return "_NET_SYSTEM_TRAY_S" + std::to_string(number);
+        if (each.data->root == x.roots().front()) return name + std::to_string(number);
     }
-    return "_NET_SYSTEM_TRAY_S0";
+    return name + '0';
 }
+
+// Returns the name of the selection that the tray owns.
+inline std::string traySelection(const XConnection& x) { return screenSelection(x, "_NET_SYSTEM_TRAY_S"); }
 
 }  // namespace kovra

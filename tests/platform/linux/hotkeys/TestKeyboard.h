@@ -129,6 +129,22 @@ class TestKeyboard {
         waitForServer();
     }
 
+    // Takes the part of a window manager, by the convention for selections of managers, until endManager() is called.
+    void startManager() {
+        const Allocated<xcb_intern_atom_reply_t> atom{
+            xcb_intern_atom_reply(connection_.get(), xcb_intern_atom(connection_.get(), 0, 5, "WM_S0"), nullptr)};
+        ASSERT_TRUE(atom);
+        manager_ = xcb_generate_id(connection_.get());
+        xcb_create_window(connection_.get(), 0, manager_, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, 0, 0,
+                          nullptr);
+        xcb_set_selection_owner(connection_.get(), manager_, atom->atom, XCB_CURRENT_TIME);
+        waitForServer();
+    }
+    void endManager() {
+        xcb_destroy_window(connection_.get(), manager_);
+        waitForServer();
+    }
+
     // Waits until the server has processed all requests so far and has sent the resulting events.
     void waitForServer() {
         const Allocated<xcb_get_input_focus_reply_t> reply{
@@ -146,6 +162,7 @@ class TestKeyboard {
     Handle<xcb_connection_t, xcb_disconnect> connection_;
     xcb_window_t root_ = 0;
     xcb_window_t window_ = 0;
+    xcb_window_t manager_ = 0;
 };
 
 }  // namespace kovra

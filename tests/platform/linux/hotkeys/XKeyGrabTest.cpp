@@ -184,6 +184,26 @@ TEST(XKeyGrabTest, TakesTheKeyWhenAnotherProgramHasLeftItAndAWindowManagerStarts
     EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
 }
 
+TEST(XKeyGrabTest, TakesTheKeyWhenAnotherProgramHasLeftItAndTheWindowManagerEnds) {
+    HotKeyRig rig;
+    rig.keyboard.startManager();
+    rig.keyboard.grabT(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1);
+    rig.registerHotKey();
+    rig.keyboard.endManager();
+    rig.turn();
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::another);
+    // A window manager that starts where there was none is noticed by its announcement.
+    rig.keyboard.startManager();
+    rig.keyboard.announceManager();
+    rig.turn();
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::another);
+    rig.keyboard.ungrabT();
+    rig.keyboard.endManager();
+    rig.turn();
+    EXPECT_EQ(rig.holder(), HotKeyState::Holder::us);
+    EXPECT_EQ(rig.outcomesWithLocks(), pressedWithAllLocks);
+}
+
 TEST(XKeyGrabTest, HearsOfNoManagerWhileItHasTheKey) {
     HotKeyRig rig;
     ASSERT_TRUE(rig.registerHotKey());
