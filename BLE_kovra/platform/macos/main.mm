@@ -49,7 +49,7 @@ void runApplication() {
     kovra::AppKitWorkspace workspace;
     kovra::AppKitWindowHost windows(queue, workspace);
     kovra::AppKitAlertPresenter alerts;
-    kovra::CFDescriptorLoop loop(queue);
+    kovra::CFDescriptorLoop loop(queue, application);
     kovra::PosixProcessRunner processes(loop);
     kovra::MainBundle bundle;
     const kovra::Platform platform{application, queue, hid,     preferences, files,     log,       locale, statusBar,

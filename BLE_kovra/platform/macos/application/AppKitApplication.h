@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 
 #include "BLE_kovra/platform/Application.h"
+#include "BLE_kovra/platform/macos/loop/EventQueue.h"
 
 @class KovraApplicationDelegate;
 
@@ -14,7 +15,7 @@ class DispatchMainQueue;
 //
 // terminate() ends the process: AppKit notifies the delegate and never returns. The delegate is also notified when an
 // uncaught exception ends the program.
-class AppKitApplication : public Application {
+class AppKitApplication : public Application, public EventQueue {
   public:
     explicit AppKitApplication(DispatchMainQueue& queue);
 
@@ -23,6 +24,9 @@ class AppKitApplication : public Application {
     void activateIgnoringOtherApps() override;
     void terminate() override;
     void beep() override;
+
+    void sendNextEvent() override;
+    void wake() override;
 
   private:
     DispatchMainQueue& queue_;

@@ -107,4 +107,27 @@ void AppKitApplication::terminate() { [application_ terminate:nil]; }
 
 void AppKitApplication::beep() { NSBeep(); }
 
+void AppKitApplication::sendNextEvent() {
+    @autoreleasepool {
+        NSEvent* event = [application_ nextEventMatchingMask:NSEventMaskAny
+                                                   untilDate:[NSDate distantFuture]
+                                                      inMode:NSDefaultRunLoopMode
+                                                     dequeue:YES];
+        if (event != nil) [application_ sendEvent:event];
+    }
+}
+
+void AppKitApplication::wake() {
+    NSEvent* event = [NSEvent otherEventWithType:NSEventTypeApplicationDefined
+                                        location:NSZeroPoint
+                                   modifierFlags:0
+                                       timestamp:0
+                                    windowNumber:0
+                                         context:nil
+                                         subtype:0
+                                           data1:0
+                                           data2:0];
+    [application_ postEvent:event atStart:NO];
+}
+
 }  // namespace kovra

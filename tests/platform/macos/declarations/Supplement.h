@@ -4,6 +4,10 @@
 
 #import <AppKit/AppKit.h>
 
+// Newer names of the same values.
+#define NSEventMaskAny NSAnyEventMask
+#define NSEventTypeApplicationDefined NSApplicationDefined
+
 @interface NSApplication (Supplement)
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 @end

@@ -55,6 +55,7 @@ std::deque<Work> blocks;
 std::multimap<std::int64_t, Work> timers;  // by due time on the clock, in nanoseconds
 std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> sources;
 std::vector<FakeRunLoop::Source*> others;
+std::deque<std::function<void()>> events;
 bool isInABlock = false;
 
 std::int64_t now() { return std::chrono::nanoseconds(Clock::now().time_since_epoch()).count(); }
@@ -167,7 +168,18 @@ bool FakeRunLoop::turnUntil(const std::function<bool()>& condition) {
     return condition();
 }
 
+void FakeRunLoop::addEvent(std::function<void()> received) { events.push_back(std::move(received)); }
+
+void FakeRunLoop::sendNextEvent() {
+    constexpr CFTimeInterval forever = 1e10;
+    while (events.empty()) CFRunLoopRunInMode(kCFRunLoopDefaultMode, forever, true);
+    const auto received = std::move(events.front());
+    events.pop_front();
+    received();
+}
+
 void FakeRunLoop::endProcess() {
+    events.clear();
     while (!blocks.empty() || !timers.empty()) {
         for (const auto& [due, work] : std::exchange(timers, {})) blocks.push_back(work);
         runBlocks(kCFRunLoopDefaultMode);

@@ -13,6 +13,7 @@ namespace kovra {
 // - A block of the queue never runs inside another one, even if that one runs the loop.
 // - A source fires only in the modes that it was added to. The common modes are the default mode and that of alerts.
 // - A descriptor fires once, and then not again until it is re-enabled.
+// - The application's events stay in their queue until somebody asks for the next one.
 //
 // If no event can ever arrive, it aborts the test instead of waiting.
 class FakeRunLoop {
@@ -39,7 +40,13 @@ class FakeRunLoop {
     // Runs until the condition holds. Returns false if it does not hold in time.
     static bool turnUntil(const std::function<bool()>& condition);
 
-    // Runs all queued blocks, including those that are not due yet, so that none of them remains for the next test.
+    // Adds an event to the application's queue: a click, a key. `received` is what its receiver does.
+    static void addEvent(std::function<void()> received);
+    // Runs in the default mode until there is an event, and sends it to its receiver.
+    static void sendNextEvent();
+
+    // Runs all queued blocks, including those that are not due yet, and drops the events, so that none of them remains
+    // for the next test.
     static void endProcess();
 };
 

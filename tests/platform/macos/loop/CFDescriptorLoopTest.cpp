@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 
 #include "BLE_kovra/platform/macos/loop/CFDescriptorLoop.h"
 #include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
@@ -9,6 +10,7 @@
 #include "BLE_kovra/platform/posix/ProcessEnd.h"
 #include "tests/contracts/ProcessRunnerContract.h"
 #include "tests/platform/macos/FrameworkRig.h"
+#include "tests/platform/macos/loop/FakeEventQueue.h"
 #include "tests/support/posix/ScriptedPrograms.h"
 #include "tests/support/posix/Scripts.h"
 
@@ -19,7 +21,11 @@ class CFDescriptorLoopDriver : public ScriptedPrograms {
   public:
     ProcessRunner& processes() { return processes_; }
     MainQueue& queue() { return queue_; }
-    void terminate() { queue_.stop(); }
+    // The real application ends its process here, whatever waits.
+    void terminate() {
+        queue_.stop();
+        events_.wake();
+    }
     bool hasRun(const Command&) {
         return queue_.isStopped() ? havePrinted() : FakeRunLoop::turnUntil([this] { return havePrinted(); });
     }
@@ -27,7 +33,8 @@ class CFDescriptorLoopDriver : public ScriptedPrograms {
   private:
     FrameworkRig frameworks_;
     DispatchMainQueue queue_;
-    CFDescriptorLoop loop_{queue_};
+    FakeEventQueue events_;
+    CFDescriptorLoop loop_{queue_, events_};
     PosixProcessRunner processes_{loop_};
 };
 
@@ -41,7 +48,8 @@ class CFDescriptorLoopTest : public testing::Test {
 
     FrameworkRig frameworks_;
     DispatchMainQueue queue_;
-    CFDescriptorLoop loop_{queue_};
+    FakeEventQueue events_;
+    CFDescriptorLoop loop_{queue_, events_};
     PosixProcessRunner processes_{loop_};
     Scripts scripts_;
 };
@@ -69,8 +77,31 @@ TEST_F(CFDescriptorLoopTest, WaitsForAProgramInsideABlock) {
     EXPECT_TRUE(hasNextRun);
 }
 
+TEST_F(CFDescriptorLoopTest, SendsTheEventsOfTheApplicationWhileAProgramRuns) {
+    const auto click = [this] { std::ofstream(scripts_ / "clicked"); };
+    FakeRunLoop::addEvent(click);
+    EXPECT_EQ(output("for i in $(seq 500); do test -e $here/clicked && echo clicked && exit; sleep 0.02; done"),
+              "clicked\n");
+}
+
+TEST_F(CFDescriptorLoopTest, SendsAnEventThatComesWhileItWaits) {
+    int clicks = 0;
+    const auto task = queue_.asyncAfter(std::chrono::milliseconds(20), [&] {
+        FakeRunLoop::addEvent([&] { ++clicks; });
+        FakeRunLoop::addEvent([&] { ++clicks; });
+    });
+    EXPECT_EQ(output("sleep 0.2"), "");
+    EXPECT_EQ(clicks, 2);
+}
+
+TEST_F(CFDescriptorLoopTest, ReturnsToAWaitWhoseProgramEndedDuringAnotherOne) {
+    std::optional<std::string> inner;
+    FakeRunLoop::addEvent([&] { inner = processes_.output({scripts_.make("sleep 0.3; echo inner", "inner"), {}}); });
+    EXPECT_EQ(output("echo outer"), "outer\n");
+    EXPECT_EQ(inner, "inner\n");
+}
+
 TEST_F(CFDescriptorLoopTest, ReadsADescriptorWhileAnAlertIsOpen) {
-    const std::string path = scripts_.make("echo written");
     int pipe[2];
     ASSERT_EQ(::pipe(pipe), 0);
     int fired = 0;

@@ -5,8 +5,8 @@
 
 #define KOVRA_SINCE(version) __attribute__((availability(macos, introduced = version)))
 
-@class NSApplication, NSLayoutDimension, NSLayoutXAxisAnchor, NSLayoutYAxisAnchor, NSFont, NSImage, NSMenu, NSMenuItem,
-    NSStatusBarButton, NSTextField, NSView, NSWindow;
+@class NSApplication, NSGraphicsContext, NSLayoutDimension, NSLayoutXAxisAnchor, NSLayoutYAxisAnchor, NSFont, NSImage,
+    NSMenu, NSMenuItem, NSStatusBarButton, NSTextField, NSView, NSWindow;
 
 // Application
 
@@ -15,6 +15,23 @@ typedef enum NSApplicationActivationPolicy : NSInteger {
     NSApplicationActivationPolicyAccessory = 1,
     NSApplicationActivationPolicyProhibited = 2,
 } NSApplicationActivationPolicy;
+
+typedef enum NSEventType : NSUInteger { NSEventTypeApplicationDefined = 15 } NSEventType;
+typedef NSUInteger NSEventModifierFlags;
+typedef unsigned long long NSEventMask;
+enum : NSEventMask { NSEventMaskAny = ~0UL };
+
+@interface NSEvent : NSObject
++ (NSEvent*)otherEventWithType:(NSEventType)type
+                      location:(NSPoint)location
+                 modifierFlags:(NSEventModifierFlags)flags
+                     timestamp:(NSTimeInterval)time
+                  windowNumber:(NSInteger)windowNumber
+                       context:(NSGraphicsContext*)context
+                       subtype:(short)subtype
+                         data1:(NSInteger)first
+                         data2:(NSInteger)second;
+@end
 
 @protocol NSApplicationDelegate <NSObject>
 @optional
@@ -31,7 +48,13 @@ typedef enum NSApplicationActivationPolicy : NSInteger {
 - (void)activateIgnoringOtherApps:(BOOL)ignoringOtherApps;
 - (void)setMainMenu:(NSMenu*)menu;
 - (NSWindow*)modalWindow;
+- (NSEvent*)nextEventMatchingMask:(NSEventMask)mask
+                        untilDate:(NSDate*)expiration
+                           inMode:(NSRunLoopMode)mode
+                          dequeue:(BOOL)dequeue;
+- (void)postEvent:(NSEvent*)event atStart:(BOOL)atStart;
 - (void)run;
+- (void)sendEvent:(NSEvent*)event;
 - (void)terminate:(id)sender;
 @end
 

@@ -17,6 +17,7 @@ typedef long NSInteger;
 typedef unsigned long NSUInteger;
 typedef double CGFloat;
 typedef NSUInteger NSStringEncoding;
+typedef double NSTimeInterval;
 
 struct CGPoint {
     CGFloat x;
@@ -37,6 +38,7 @@ typedef CGRect NSRect;
 inline NSPoint NSMakePoint(CGFloat x, CGFloat y) { return {x, y}; }
 inline NSSize NSMakeSize(CGFloat width, CGFloat height) { return {width, height}; }
 inline NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height) { return {{x, y}, {width, height}}; }
+inline constexpr NSPoint NSZeroPoint = {};
 inline constexpr NSRect NSZeroRect = {};
 
 enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
@@ -97,6 +99,13 @@ struct NSFastEnumerationState;
 + (NSBundle*)mainBundle;
 - (NSDictionary<NSString*, id>*)infoDictionary;
 @end
+
+@interface NSDate : NSObject
++ (NSDate*)distantFuture;
+@end
+
+typedef NSString* NSRunLoopMode;
+extern "C" NSRunLoopMode const NSDefaultRunLoopMode;
 
 @interface NSThread : NSObject
 + (BOOL)isMainThread;
