@@ -6,6 +6,7 @@
 #include "tests/platform/macos/fakes/FakeHotKeys.h"
 #include "tests/platform/macos/fakes/FakeIOKit.h"
 #include "tests/platform/macos/fakes/FakeRunLoop.h"
+#include "tests/platform/macos/fakes/FakeSources.h"
 #include "tests/platform/macos/fakes/FakeValues.h"
 
 namespace kovra {
@@ -22,6 +23,7 @@ class FrameworkRig {
         clear();
         EXPECT_EQ(FakeObject::alive(), 0U) << "references that nobody released";
         EXPECT_EQ(FakeHotKeys::held(), 0U);
+        EXPECT_EQ(FakeSources::held(), 0U);
     }
 
   private:

@@ -11,6 +11,8 @@ namespace kovra {
 //
 // The system never runs a block inside another one, even if the block runs the run loop. A block that waits for an
 // answer or for a program therefore delays all others. So open an alert from an event handler, not from a block.
+//
+// The system is asked not to delay a block of asyncAfter() in order to save power.
 class DispatchMainQueue : public MainQueue {
   public:
     DispatchMainQueue();

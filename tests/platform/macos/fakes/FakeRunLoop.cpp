@@ -45,25 +45,33 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-struct Work {
-    void* context;
-    dispatch_function_t function;
+using Work = std::function<void()>;
+
+struct Timer {
+    bool isStrict;
+    Work due;
 };
 
 __CFRunLoop theLoop;
 std::deque<Work> blocks;
-std::multimap<std::int64_t, Work> timers;  // by due time on the clock, in nanoseconds
+std::multimap<std::int64_t, Timer> timers;  // by due time on the clock, in nanoseconds
 std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> sources;
 std::vector<FakeRunLoop::Source*> others;
 std::deque<std::function<void()>> events;
 bool isInABlock = false;
+bool isNapping = false;
 
 std::int64_t now() { return std::chrono::nanoseconds(Clock::now().time_since_epoch()).count(); }
 
+// Returns the first timer that may fire.
+auto nextTimer() {
+    return std::ranges::find_if(timers, [](const auto& timer) { return timer.second.isStrict || !isNapping; });
+}
+
 void queueTimersThatAreDue() {
-    while (!timers.empty() && timers.begin()->first <= now()) {
-        blocks.push_back(timers.begin()->second);
-        timers.erase(timers.begin());
+    for (auto next = nextTimer(); next != timers.end() && next->first <= now(); next = nextTimer()) {
+        blocks.push_back(std::move(next->second.due));
+        timers.erase(next);
     }
 }
 
@@ -72,9 +80,9 @@ bool runBlocks(CFRunLoopMode mode) {
     if (isInABlock || blocks.empty() || !FakeRunLoop::fires(kCFRunLoopCommonModes, mode)) return false;
     isInABlock = true;
     for (std::size_t left = blocks.size(); left > 0; --left) {
-        const Work work = blocks.front();
+        const Work work = std::move(blocks.front());
         blocks.pop_front();
-        work.function(work.context);
+        work();
     }
     isInABlock = false;
     return true;
@@ -127,7 +135,7 @@ bool fireDescriptors(CFRunLoopMode mode) {
 
 void waitForEvents(CFRunLoopMode mode, std::int64_t end) {
     std::int64_t wake = end;
-    if (!timers.empty() && !isInABlock) wake = std::min(wake, timers.begin()->first);
+    if (const auto next = nextTimer(); next != timers.end() && !isInABlock) wake = std::min(wake, next->first);
     if (wake == std::numeric_limits<std::int64_t>::max() && descriptorsIn(mode).empty()) {
         refuse("to wait where no event can ever arrive");
     }
@@ -168,6 +176,12 @@ bool FakeRunLoop::turnUntil(const std::function<bool()>& condition) {
     return condition();
 }
 
+void FakeRunLoop::addTimer(std::int64_t time, bool isStrict, std::function<void()> due) {
+    timers.emplace(time, Timer{isStrict, std::move(due)});
+}
+
+void FakeRunLoop::nap(bool isAsleep) { isNapping = isAsleep; }
+
 void FakeRunLoop::addEvent(std::function<void()> received) { events.push_back(std::move(received)); }
 
 void FakeRunLoop::sendNextEvent() {
@@ -180,8 +194,9 @@ void FakeRunLoop::sendNextEvent() {
 
 void FakeRunLoop::endProcess() {
     events.clear();
+    isNapping = false;
     while (!blocks.empty() || !timers.empty()) {
-        for (const auto& [due, work] : std::exchange(timers, {})) blocks.push_back(work);
+        for (const auto& [due, timer] : std::exchange(timers, {})) blocks.push_back(timer.due);
         runBlocks(kCFRunLoopDefaultMode);
     }
 }
@@ -250,16 +265,11 @@ struct dispatch_queue_s _dispatch_main_q;
 
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t function) {
     if (queue != &_dispatch_main_q) refuse("a queue that is not ours");
-    blocks.push_back({context, function});
+    blocks.push_back([context, function] { function(context); });
 }
 
 dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t nanoseconds) {
     return static_cast<dispatch_time_t>(when == DISPATCH_TIME_NOW ? now() : static_cast<std::int64_t>(when)) +
            static_cast<dispatch_time_t>(nanoseconds);
-}
-
-void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t function) {
-    if (queue != &_dispatch_main_q) refuse("a queue that is not ours");
-    timers.emplace(static_cast<std::int64_t>(when), Work{context, function});
 }
 }

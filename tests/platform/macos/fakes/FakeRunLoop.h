@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 
 #include "tests/platform/macos/fakes/FakeObject.h"
@@ -40,13 +41,18 @@ class FakeRunLoop {
     // Runs until the condition holds. Returns false if it does not hold in time.
     static bool turnUntil(const std::function<bool()>& condition);
 
+    // Runs `due` as a block of the main queue at this time, in nanoseconds on the clock of dispatch_time().
+    static void addTimer(std::int64_t time, bool isStrict, std::function<void()> due);
+    // Lets the system nap, or wakes it: while it naps, only strict timers fire.
+    static void nap(bool isNapping);
+
     // Adds an event to the application's queue: a click, a key. `received` is what its receiver does.
     static void addEvent(std::function<void()> received);
     // Runs in the default mode until there is an event, and sends it to its receiver.
     static void sendNextEvent();
 
-    // Runs all queued blocks, including those that are not due yet, and drops the events, so that none of them remains
-    // for the next test.
+    // Runs all queued blocks, including those that are not due yet, drops the events, and ends a nap, so that nothing
+    // remains for the next test.
     static void endProcess();
 };
 

@@ -55,5 +55,38 @@ TEST(DispatchMainQueueTest, DoesNotRunATwoSecondBlockEarly) {
     EXPECT_FALSE(hasRun);
 }
 
+TEST(DispatchMainQueueTest, RunsADelayedBlockInTimeWhileTheSystemConsidersTheProgramIdle) {
+    const FrameworkRig frameworks;
+    DispatchMainQueue queue;
+    bool hasRun = false;
+    const auto task = queue.asyncAfter(std::chrono::milliseconds(20), [&] { hasRun = true; });
+    FakeRunLoop::nap(true);
+    FakeRunLoop::let(std::chrono::milliseconds(100));
+    EXPECT_TRUE(hasRun);
+}
+
+TEST(DispatchMainQueueTest, AllowsADelayedBlockToCancelItself) {
+    const FrameworkRig frameworks;
+    DispatchMainQueue queue;
+    int ran = 0;
+    std::unique_ptr<DelayedTask> task;
+    task = queue.asyncAfter(std::chrono::milliseconds(1), [&] {
+        task->cancel();
+        ++ran;
+    });
+    FakeRunLoop::let(std::chrono::milliseconds(20));
+    task->cancel();
+    EXPECT_EQ(ran, 1);
+}
+
+TEST(DispatchMainQueueTest, ReleasesACancelledBlockAtOnce) {
+    const FrameworkRig frameworks;
+    DispatchMainQueue queue;
+    const auto kept = std::make_shared<int>();
+    const auto task = queue.asyncAfter(std::chrono::hours(1), [kept] {});
+    task->cancel();
+    EXPECT_EQ(kept.use_count(), 1);
+}
+
 }  // namespace
 }  // namespace kovra

@@ -10,7 +10,7 @@
 #include <stdexcept>
 
 #include "tests/platform/macos/FrameworkRig.h"
-#include "tests/platform/macos/fakes/FakeSignals.h"
+#include "tests/platform/macos/fakes/FakeSources.h"
 
 namespace kovra {
 namespace {
@@ -18,7 +18,7 @@ namespace {
 class DispatchSignalTest : public testing::Test {
   protected:
     ~DispatchSignalTest() override {
-        EXPECT_EQ(FakeSignals::held(), 0U);
+        EXPECT_EQ(FakeSources::held(), 0U);
         std::signal(SIGTERM, SIG_DFL);
     }
 
@@ -28,28 +28,28 @@ class DispatchSignalTest : public testing::Test {
 
 TEST_F(DispatchSignalTest, DeliversTheSignalOnTheMainQueueInsteadOfEndingTheProcess) {
     const DispatchSignal signal(SIGTERM, [this] { ++received_; });
-    FakeSignals::raise(SIGTERM);
+    FakeSources::raise(SIGTERM);
     EXPECT_EQ(received_, 0) << "not inside the signal handler";
     FakeRunLoop::settle();
     EXPECT_EQ(received_, 1);
-    FakeSignals::raise(SIGTERM);
+    FakeSources::raise(SIGTERM);
     FakeRunLoop::settle();
     EXPECT_EQ(received_, 2);
 }
 
 TEST_F(DispatchSignalTest, DeliversTheSignalWhileAnAlertIsOpen) {
     const DispatchSignal signal(SIGTERM, [this] { ++received_; });
-    FakeSignals::raise(SIGTERM);
+    FakeSources::raise(SIGTERM);
     FakeRunLoop::settle(FakeRunLoop::alertMode());
     EXPECT_EQ(received_, 1);
 }
 
 TEST_F(DispatchSignalTest, DeliversNothingOnceItIsDestroyed) {
     auto signal = std::make_unique<DispatchSignal>(SIGTERM, [this] { ++received_; });
-    FakeSignals::raise(SIGTERM);
+    FakeSources::raise(SIGTERM);
     signal.reset();
     FakeRunLoop::settle();
-    FakeSignals::raise(SIGTERM);
+    FakeSources::raise(SIGTERM);
     FakeRunLoop::settle();
     EXPECT_EQ(received_, 0);
 }
@@ -62,7 +62,7 @@ TEST_F(DispatchSignalTest, EndsTheProgramOnAnUncaughtException) {
                 std::abort();
             });
             const DispatchSignal signal(SIGTERM, [] { throw std::runtime_error("thrown"); });
-            FakeSignals::raise(SIGTERM);
+            FakeSources::raise(SIGTERM);
             try {
                 FakeRunLoop::settle();
             } catch (...) {

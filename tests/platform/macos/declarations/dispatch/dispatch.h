@@ -32,14 +32,17 @@ extern struct dispatch_queue_s _dispatch_main_q;
 static inline dispatch_queue_t dispatch_get_main_queue(void) { return &_dispatch_main_q; }
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
 dispatch_time_t dispatch_time(dispatch_time_t when, int64_t nanoseconds);
-void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work);
 
 extern const struct dispatch_source_type_s _dispatch_source_type_signal;
 #define DISPATCH_SOURCE_TYPE_SIGNAL (&_dispatch_source_type_signal)
+extern const struct dispatch_source_type_s _dispatch_source_type_timer;
+#define DISPATCH_SOURCE_TYPE_TIMER (&_dispatch_source_type_timer)
+#define DISPATCH_TIMER_STRICT 0x1
 
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t handle, uintptr_t mask,
                                          dispatch_queue_t queue);
 void dispatch_source_set_event_handler_f(dispatch_source_t source, dispatch_function_t handler);
+void dispatch_source_set_timer(dispatch_source_t source, dispatch_time_t start, uint64_t interval, uint64_t leeway);
 void dispatch_source_cancel(dispatch_source_t source);
 void dispatch_set_context(dispatch_object_t object, void* context);
 void dispatch_resume(dispatch_object_t object);
