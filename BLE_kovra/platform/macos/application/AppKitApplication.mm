@@ -1,44 +1,14 @@
 #include "BLE_kovra/platform/macos/application/AppKitApplication.h"
 
-#include <unistd.h>
-
-#include <cstdlib>
-#include <exception>
-#include <utility>
-
 #include "BLE_kovra/platform/macos/application/MainMenu.h"
+#include "BLE_kovra/platform/macos/loop/ApplicationEnd.h"
 #include "BLE_kovra/platform/macos/loop/CalledBack.h"
-#include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
 
 namespace {
 
-// The delegate from the start of run() until it is notified of the end. Null before and afterwards.
-kovra::ApplicationDelegate* running = nullptr;
-kovra::DispatchMainQueue* mainQueue = nullptr;
-std::terminate_handler previousTerminateHandler = nullptr;
-
 void notify(void (kovra::ApplicationDelegate::*what)()) {
-    if (running != nullptr) kovra::calledBack([&] { (running->*what)(); });
-}
-
-void notifyOfEnd() {
-    kovra::ApplicationDelegate* delegate = std::exchange(running, nullptr);
-    if (delegate == nullptr) return;
-    mainQueue->stop();
-    delegate->applicationWillTerminate();
-}
-
-[[noreturn]] void notifyOfEndAndAbort() {
-    if (![NSThread isMainThread]) {
-        // This is a thread of the system, but the delegate expects the main thread. So give the main thread a second to
-        // end the program. After that, call the delegate here, because the trackpad must be unmuted.
-        constexpr unsigned timeout = 1;  // seconds
-        mainQueue->async([] { notifyOfEndAndAbort(); });
-        sleep(timeout);
-    }
-    notifyOfEnd();
-    if (previousTerminateHandler != nullptr) previousTerminateHandler();
-    std::abort();
+    kovra::ApplicationDelegate* delegate = kovra::ApplicationEnd::delegate();
+    if (delegate != nullptr) kovra::calledBack([&] { (delegate->*what)(); });
 }
 
 }  // namespace
@@ -65,7 +35,7 @@ void notifyOfEnd() {
 
 - (void)applicationWillTerminate:(NSNotification*)notification {
     static_cast<void>(notification);
-    kovra::calledBack(notifyOfEnd);
+    kovra::calledBack(kovra::ApplicationEnd::notify);
 }
 
 - (void)reopen:(id)sender {
@@ -86,15 +56,12 @@ AppKitApplication::AppKitApplication(DispatchMainQueue& queue)
     : queue_(queue), application_([NSApplication sharedApplication]) {}
 
 void AppKitApplication::run(ApplicationDelegate& delegate) {
-    running = &delegate;
-    mainQueue = &queue_;
-    previousTerminateHandler = std::set_terminate(notifyOfEndAndAbort);
-    static_cast<void>(std::atexit(notifyOfEnd));  // AppKit calls exit() when it loses the window server
+    ApplicationEnd::expect(delegate, queue_);
     delegate_ = [[KovraApplicationDelegate alloc] init];
     [application_ setDelegate:delegate_];
     [application_ setMainMenu:mainMenu(delegate_, @selector(reopen:))];
     [application_ run];
-    notifyOfEnd();
+    ApplicationEnd::notify();
 }
 
 void AppKitApplication::setActivationPolicy(ActivationPolicy policy) {

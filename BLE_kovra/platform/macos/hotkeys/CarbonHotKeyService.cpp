@@ -2,9 +2,7 @@
 
 #include <Carbon/Carbon.h>
 
-#include <algorithm>
 #include <utility>
-#include <vector>
 
 namespace kovra {
 
@@ -15,27 +13,29 @@ class Installed : public HotKeyService::Reference {
     explicit Installed(HotKeyService::Handler handler) : handler_(std::move(handler)) {
         const EventTypeSpec pressed{kEventClassKeyboard, kEventHotKeyPressed};
         if (InstallEventHandler(GetApplicationEventTarget(), press, 1, &pressed, nullptr, &installed_) != noErr) return;
-        all().push_back(this);
+        earlier_ = std::exchange(last, this);
     }
     ~Installed() override {
-        std::erase(all(), this);
+        Installed** place = &last;
+        while (*place != nullptr && *place != this) place = &(*place)->earlier_;
+        if (*place == this) *place = earlier_;
         if (installed_ != nullptr) RemoveEventHandler(installed_);
     }
     bool isInstalled() const { return installed_ != nullptr; }
 
   private:
-    static std::vector<Installed*>& all() {
-        static std::vector<Installed*> handlers;
-        return handlers;
-    }
     static OSStatus press(EventHandlerCallRef, EventRef, void*) noexcept {
-        if (all().empty()) return noErr;
-        const auto handler = all().back()->handler_;  // a copy: the handler may destroy this object
+        if (last == nullptr) return noErr;
+        const auto handler = last->handler_;  // a copy: the handler may destroy this object
         return handler();
     }
 
+    // A chain instead of a container: exit() destroys a container before a handler that exists until then.
+    static inline Installed* last = nullptr;
+
     HotKeyService::Handler handler_;
     EventHandlerRef installed_ = nullptr;
+    Installed* earlier_ = nullptr;
 };
 
 class Registered : public HotKeyService::Reference {

@@ -8,6 +8,7 @@
 #include <deque>
 #include <limits>
 #include <map>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -53,6 +54,7 @@ struct Timer {
 };
 
 __CFRunLoop theLoop;
+std::mutex blocksAccess;  // any thread may queue a block
 std::deque<Work> blocks;
 std::multimap<std::int64_t, Timer> timers;  // by due time on the clock, in nanoseconds
 std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> sources;
@@ -63,6 +65,23 @@ bool isNapping = false;
 
 std::int64_t now() { return std::chrono::nanoseconds(Clock::now().time_since_epoch()).count(); }
 
+void push(Work block) {
+    const std::lock_guard lock(blocksAccess);
+    blocks.push_back(std::move(block));
+}
+
+std::size_t blockCount() {
+    const std::lock_guard lock(blocksAccess);
+    return blocks.size();
+}
+
+Work takeBlock() {
+    const std::lock_guard lock(blocksAccess);
+    Work block = std::move(blocks.front());
+    blocks.pop_front();
+    return block;
+}
+
 // Returns the first timer that may fire.
 auto nextTimer() {
     return std::ranges::find_if(timers, [](const auto& timer) { return timer.second.isStrict || !isNapping; });
@@ -70,20 +89,17 @@ auto nextTimer() {
 
 void queueTimersThatAreDue() {
     for (auto next = nextTimer(); next != timers.end() && next->first <= now(); next = nextTimer()) {
-        blocks.push_back(std::move(next->second.due));
+        push(std::move(next->second.due));
         timers.erase(next);
     }
 }
 
 bool runBlocks(CFRunLoopMode mode) {
     queueTimersThatAreDue();
-    if (isInABlock || blocks.empty() || !FakeRunLoop::fires(kCFRunLoopCommonModes, mode)) return false;
+    const std::size_t count = blockCount();
+    if (isInABlock || count == 0 || !FakeRunLoop::fires(kCFRunLoopCommonModes, mode)) return false;
     isInABlock = true;
-    for (std::size_t left = blocks.size(); left > 0; --left) {
-        const Work work = std::move(blocks.front());
-        blocks.pop_front();
-        work();
-    }
+    for (std::size_t left = count; left > 0; --left) takeBlock()();
     isInABlock = false;
     return true;
 }
@@ -195,8 +211,8 @@ void FakeRunLoop::sendNextEvent() {
 void FakeRunLoop::endProcess() {
     events.clear();
     isNapping = false;
-    while (!blocks.empty() || !timers.empty()) {
-        for (const auto& [due, timer] : std::exchange(timers, {})) blocks.push_back(timer.due);
+    while (blockCount() > 0 || !timers.empty()) {
+        for (const auto& [due, timer] : std::exchange(timers, {})) push(timer.due);
         runBlocks(kCFRunLoopDefaultMode);
     }
 }
@@ -265,7 +281,7 @@ struct dispatch_queue_s _dispatch_main_q;
 
 void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t function) {
     if (queue != &_dispatch_main_q) refuse("a queue that is not ours");
-    blocks.push_back([context, function] { function(context); });
+    push([context, function] { function(context); });
 }
 
 dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t nanoseconds) {

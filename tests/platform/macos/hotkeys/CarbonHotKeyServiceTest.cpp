@@ -1,4 +1,8 @@
 #include "BLE_kovra/platform/macos/hotkeys/CarbonHotKeyService.h"
+
+#include <cstdlib>
+#include <string>
+
 #include "tests/contracts/HotKeyServiceContract.h"
 #include "tests/platform/macos/FrameworkRig.h"
 
@@ -76,6 +80,33 @@ TEST_F(CarbonHotKeyServiceTest, AllowsAHandlerToDestroyItself) {
     FakeHotKeys::press(0x11, controlAndOption);
     EXPECT_FALSE(FakeHotKeys::press(0x11, controlAndOption));
     EXPECT_EQ(pressed, 1);
+}
+
+TEST_F(CarbonHotKeyServiceTest, AllowsHandlersToBeRemovedInAnyOrder) {
+    std::string called;
+    auto first = service_.installHandler([&] { return called += "first ", 0; });
+    auto second = service_.installHandler([&] { return called += "second ", 0; });
+    const auto third = service_.installHandler([&] { return called += "third ", 0; });
+    const auto registered = service_.registerHotKey(hotKey);
+    second.reset();
+    FakeHotKeys::press(0x11, controlAndOption);
+    first.reset();
+    FakeHotKeys::press(0x11, controlAndOption);
+    EXPECT_EQ(called, "third third ");
+}
+
+// exit() destroys the objects with static storage in the order opposite to their construction. An application that is
+// told of its end by std::atexit() removes its handler then.
+TEST(CarbonHotKeyServiceDeathTest, AllowsAHandlerToBeRemovedByExit) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";  // no earlier test has installed a handler in that process
+    static HotKeyService::Reference* handler = nullptr;
+    EXPECT_EXIT(
+        {
+            std::atexit([] { delete handler; });
+            handler = CarbonHotKeyService().installHandler([] { return 0; }).release();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST_F(CarbonHotKeyServiceTest, IgnoresAPressWithOtherModifiers) {
