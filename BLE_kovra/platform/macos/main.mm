@@ -22,6 +22,7 @@
 #include "BLE_kovra/platform/macos/loop/CFDescriptorLoop.h"
 #include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
 #include "BLE_kovra/platform/macos/loop/DispatchSignal.h"
+#include "BLE_kovra/platform/macos/loop/InstancePort.h"
 #include "BLE_kovra/platform/macos/views/AppKitWindowHost.h"
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 #include "BLE_kovra/platform/posix/PosixProcessRunner.h"
@@ -30,8 +31,12 @@
 namespace {
 
 void runApplication() {
+    kovra::InstancePort instance("org.ble-kovra.BLEKovra");
+    if (instance.isSecond()) return;  // the first instance opens its settings
+
     kovra::DispatchMainQueue queue;
     kovra::AppKitApplication application(queue);
+    instance.listen([&] { application.reopen(); });
     std::vector<std::unique_ptr<kovra::DispatchSignal>> signals;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         if (number == SIGHUP && kovra::startedIgnoringHangUp()) continue;

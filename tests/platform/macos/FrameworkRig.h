@@ -5,6 +5,7 @@
 #include "tests/platform/macos/fakes/FakeDefaults.h"
 #include "tests/platform/macos/fakes/FakeHotKeys.h"
 #include "tests/platform/macos/fakes/FakeIOKit.h"
+#include "tests/platform/macos/fakes/FakeMessagePorts.h"
 #include "tests/platform/macos/fakes/FakeRunLoop.h"
 #include "tests/platform/macos/fakes/FakeSources.h"
 #include "tests/platform/macos/fakes/FakeValues.h"
@@ -33,6 +34,7 @@ class FrameworkRig {
         FakeIOKit::takeRequests();
         FakeHotKeys::clear();
         FakeDefaults::clear();
+        FakeMessagePorts::clear();
         FakeSettings::languages = {"en-GB", "ru-RU"};
     }
 };

@@ -25,6 +25,9 @@ class AppKitApplication : public Application, public EventQueue {
     void terminate() override;
     void beep() override;
 
+    // Notifies the delegate that the user has started the program again.
+    void reopen();
+
     void sendNextEvent() override;
     void wake() override;
 

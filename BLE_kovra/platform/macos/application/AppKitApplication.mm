@@ -74,6 +74,8 @@ void AppKitApplication::terminate() { [application_ terminate:nil]; }
 
 void AppKitApplication::beep() { NSBeep(); }
 
+void AppKitApplication::reopen() { notify(&ApplicationDelegate::applicationDidReopen); }
+
 void AppKitApplication::sendNextEvent() {
     @autoreleasepool {
         NSEvent* event = [application_ nextEventMatchingMask:NSEventMaskAny

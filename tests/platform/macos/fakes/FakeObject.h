@@ -19,6 +19,7 @@ enum class FakeType : CFTypeID {
     descriptor,
     source,
     loop,
+    port,
     device,
     manager
 };

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/platform/macos/fakes/FakeRunLoopSource.h"
 #include "tests/platform/macos/fakes/FakeValues.h"
 
 using kovra::FakeObject;
@@ -28,12 +29,6 @@ struct __CFFileDescriptor : FakeObject {
     void* const context;
     bool isValid = true;
     bool isEnabled = false;
-};
-
-struct __CFRunLoopSource : FakeObject {
-    explicit __CFRunLoopSource(CFFileDescriptorRef of) : FakeObject(FakeType::source), descriptor(of) { CFRetain(of); }
-    ~__CFRunLoopSource() override { CFRelease(descriptor); }
-    CFFileDescriptorRef const descriptor;
 };
 
 struct __CFRunLoop : FakeObject {
@@ -112,13 +107,20 @@ bool fireOthers(CFRunLoopMode mode) {
         source->fire();
         hasFired = true;
     }
+    for (const auto& [source, addedTo] : std::vector(sources)) {
+        CFRetain(source);  // handling an event may remove it
+        if (source->handle && FakeRunLoop::fires(addedTo, mode)) hasFired |= source->handle();
+        CFRelease(source);
+    }
     return hasFired;
 }
 
 std::vector<CFFileDescriptorRef> descriptorsIn(CFRunLoopMode mode) {
     std::vector<CFFileDescriptorRef> watched;
     for (const auto& [source, addedTo] : sources) {
-        if (source->descriptor->isEnabled && FakeRunLoop::fires(addedTo, mode)) watched.push_back(source->descriptor);
+        if (source->handle) continue;
+        auto& descriptor = fakeObject<__CFFileDescriptor>(source->owner, FakeType::descriptor);
+        if (descriptor.isEnabled && FakeRunLoop::fires(addedTo, mode)) watched.push_back(&descriptor);
     }
     return watched;
 }
@@ -162,6 +164,14 @@ void waitForEvents(CFRunLoopMode mode, std::int64_t end) {
 }  // namespace
 
 namespace kovra {
+
+void removeSourcesOf(CFTypeRef owner) {
+    const auto first = std::stable_partition(sources.begin(), sources.end(),
+                                             [&](const auto& source) { return source.first->owner != owner; });
+    const std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> removed(first, sources.end());
+    sources.erase(first, sources.end());
+    for (const auto& [source, mode] : removed) CFRelease(source);
+}
 
 void FakeRunLoop::add(Source& source) { others.push_back(&source); }
 
@@ -265,11 +275,7 @@ void CFFileDescriptorEnableCallBacks(CFFileDescriptorRef descriptor, CFOptionFla
 void CFFileDescriptorInvalidate(CFFileDescriptorRef descriptor) {
     auto& invalid = fakeObject<__CFFileDescriptor>(descriptor, FakeType::descriptor);
     invalid.isValid = invalid.isEnabled = false;
-    const auto first = std::stable_partition(
-        sources.begin(), sources.end(), [&](const auto& source) { return source.first->descriptor != descriptor; });
-    std::vector<std::pair<CFRunLoopSourceRef, CFRunLoopMode>> removed(first, sources.end());
-    sources.erase(first, sources.end());
-    for (const auto& [source, mode] : removed) CFRelease(source);
+    kovra::removeSourcesOf(descriptor);
 }
 
 CFRunLoopSourceRef CFFileDescriptorCreateRunLoopSource(CFAllocatorRef, CFFileDescriptorRef descriptor, CFIndex) {

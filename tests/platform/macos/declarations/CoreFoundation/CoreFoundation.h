@@ -25,11 +25,13 @@ typedef CFTypeRef CFPropertyListRef;
 typedef const struct __CFAllocator* CFAllocatorRef;
 typedef const struct __CFArray* CFArrayRef;
 typedef const struct __CFBoolean* CFBooleanRef;
+typedef const struct __CFData* CFDataRef;
 typedef const struct __CFDictionary* CFDictionaryRef;
 typedef const struct __CFLocale* CFLocaleRef;
 typedef const struct __CFNumber* CFNumberRef;
 typedef const struct __CFString* CFStringRef;
 typedef struct __CFFileDescriptor* CFFileDescriptorRef;
+typedef struct __CFMessagePort* CFMessagePortRef;
 typedef struct __CFRunLoop* CFRunLoopRef;
 typedef struct __CFRunLoopSource* CFRunLoopSourceRef;
 
@@ -142,6 +144,26 @@ void CFFileDescriptorEnableCallBacks(CFFileDescriptorRef descriptor, CFOptionFla
 void CFFileDescriptorInvalidate(CFFileDescriptorRef descriptor);
 CFRunLoopSourceRef CFFileDescriptorCreateRunLoopSource(CFAllocatorRef allocator, CFFileDescriptorRef descriptor,
                                                        CFIndex order);
+
+// Messages between processes
+
+typedef CFDataRef (*CFMessagePortCallBack)(CFMessagePortRef local, SInt32 message, CFDataRef data, void* info);
+typedef struct {
+    CFIndex version;
+    void* info;
+    const void* (*retain)(const void* info);
+    void (*release)(const void* info);
+    CFStringRef (*copyDescription)(const void* info);
+} CFMessagePortContext;
+enum { kCFMessagePortSuccess = 0, kCFMessagePortSendTimeout = -1 };
+
+CFMessagePortRef CFMessagePortCreateLocal(CFAllocatorRef allocator, CFStringRef name, CFMessagePortCallBack callback,
+                                          CFMessagePortContext* context, Boolean* should_free_info);
+CFMessagePortRef CFMessagePortCreateRemote(CFAllocatorRef allocator, CFStringRef name);
+SInt32 CFMessagePortSendRequest(CFMessagePortRef remote, SInt32 message, CFDataRef data, CFTimeInterval send_timeout,
+                                CFTimeInterval receive_timeout, CFStringRef reply_mode, CFDataRef* returned);
+void CFMessagePortInvalidate(CFMessagePortRef port);
+CFRunLoopSourceRef CFMessagePortCreateRunLoopSource(CFAllocatorRef allocator, CFMessagePortRef local, CFIndex order);
 
 #ifdef __cplusplus
 }
