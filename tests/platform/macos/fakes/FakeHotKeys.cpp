@@ -15,6 +15,7 @@ struct OpaqueEventTargetRef {};
 struct OpaqueEventHandlerRef {
     EventHandlerUPP handler;
     void* context;
+    std::set<std::pair<OSType, UInt32>> kinds;
 };
 struct OpaqueEventHotKeyRef {
     UInt32 keyCode;
@@ -29,6 +30,8 @@ OpaqueEventTargetRef application;
 std::vector<std::unique_ptr<OpaqueEventHandlerRef>> handlers;
 std::vector<std::unique_ptr<OpaqueEventHotKeyRef>> hotKeys;
 std::set<std::pair<UInt32, UInt32>> taken;
+std::set<std::pair<UInt32, UInt32>> sharedKeys;
+int sharedPresses = 0;
 std::vector<std::string> requests;
 bool areHandlersRefused = false;
 
@@ -44,27 +47,45 @@ std::string hexadecimal(std::uint32_t number) {
     return text;
 }
 
+void deliver(UInt32 kind) {
+    std::vector<std::pair<EventHandlerUPP, void*>> called;
+    for (const auto& handler : handlers) {
+        const bool isFor = handler->kinds.contains({kEventClassKeyboard, kind});
+        if (isFor) called.emplace(called.begin(), handler->handler, handler->context);
+    }
+    for (const auto& [handler, context] : called) {
+        if (handler(nullptr, nullptr, context) == noErr) break;
+    }
+}
+
 }  // namespace
 
 namespace kovra {
 
 bool FakeHotKeys::press(std::uint32_t keyCode, std::uint32_t modifiers) {
     const auto isIt = [&](const auto& key) { return key->keyCode == keyCode && key->modifiers == modifiers; };
-    if (std::ranges::none_of(hotKeys, isIt)) return !taken.contains({keyCode, modifiers});
-    std::vector<std::pair<EventHandlerUPP, void*>> called;
-    for (const auto& handler : handlers) called.emplace(called.begin(), handler->handler, handler->context);
-    for (const auto& [handler, context] : called) {
-        if (handler(nullptr, nullptr, context) == noErr) break;
-    }
+    const bool isShared = sharedKeys.contains({keyCode, modifiers});
+    if (isShared) ++sharedPresses;
+    if (std::ranges::none_of(hotKeys, isIt)) return !isShared && !taken.contains({keyCode, modifiers});
+    deliver(kEventHotKeyPressed);
+    deliver(kEventHotKeyReleased);
     return false;
 }
 
 void FakeHotKeys::takeByAnother(std::uint32_t keyCode, std::uint32_t modifiers) { taken.insert({keyCode, modifiers}); }
 
+void FakeHotKeys::shareWithAnother(std::uint32_t keyCode, std::uint32_t modifiers) {
+    sharedKeys.insert({keyCode, modifiers});
+}
+
+int FakeHotKeys::pressedForAnother() { return sharedPresses; }
+
 void FakeHotKeys::refuseHandlers(bool areRefused) { areHandlersRefused = areRefused; }
 
 void FakeHotKeys::clear() {
     taken.clear();
+    sharedKeys.clear();
+    sharedPresses = 0;
     requests.clear();
     areHandlersRefused = false;
 }
@@ -88,7 +109,8 @@ OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, Ite
     }
     requests.push_back(request + (context == nullptr ? "" : " with a context"));
     if (areHandlersRefused) return refused;
-    handlers.push_back(std::make_unique<OpaqueEventHandlerRef>(OpaqueEventHandlerRef{handler, context}));
+    handlers.push_back(std::make_unique<OpaqueEventHandlerRef>(OpaqueEventHandlerRef{handler, context, {}}));
+    for (ItemCount i = 0; i < count; ++i) handlers.back()->kinds.emplace(types[i].eventClass, types[i].eventKind);
     *installed = handlers.back().get();
     return noErr;
 }

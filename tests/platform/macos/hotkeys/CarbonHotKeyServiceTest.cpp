@@ -48,6 +48,17 @@ TEST_F(CarbonHotKeyServiceTest, RegistersOneHotKeyAndReleasesEachReferenceOnce) 
     EXPECT_EQ(FakeHotKeys::takeRequests(), (Strings{"unregister", "remove"}));
 }
 
+TEST_F(CarbonHotKeyServiceTest, SharesTheKeyWithAProgramThatHasRegisteredItToo) {
+    FakeHotKeys::shareWithAnother(0x11, controlAndOption);
+    int pressed = 0;
+    const auto handler = service_.installHandler([&] { return ++pressed, 0; });
+    const auto registered = service_.registerHotKey(hotKey);
+    ASSERT_NE(registered, nullptr);
+    EXPECT_FALSE(FakeHotKeys::press(0x11, controlAndOption));
+    EXPECT_EQ(pressed, 1) << "once, though the key is released afterwards";
+    EXPECT_EQ(FakeHotKeys::pressedForAnother(), 1);
+}
+
 TEST_F(CarbonHotKeyServiceTest, ReturnsNullIfTheSystemRefuses) {
     FakeHotKeys::takeByAnother(0x11, controlAndOption);
     FakeHotKeys::refuseHandlers(true);

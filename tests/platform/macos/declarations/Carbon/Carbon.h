@@ -28,7 +28,7 @@ typedef struct {
 } EventHotKeyID;
 
 enum { noErr = 0, eventHotKeyExistsErr = -9878 };
-enum { kEventClassKeyboard = 0x6B657962, kEventHotKeyPressed = 5 };
+enum { kEventClassKeyboard = 0x6B657962, kEventHotKeyPressed = 5, kEventHotKeyReleased = 6 };
 
 EventTargetRef GetApplicationEventTarget(void);
 OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, ItemCount type_count,
