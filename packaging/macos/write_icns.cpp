@@ -14,22 +14,21 @@
 
 namespace {
 
-// One size of the icon, by its name in the file format. "@2x" sizes have names of their own.
+// One size of the icon, by its name in the file format. "@2x" sizes have names of their own. The names icp4 and icp5,
+// for 16 and 32 pixels, are left out: such an image does not show when the file is in a bundle.
 struct Entry {
     std::string_view name;
     unsigned side;
 };
 
-constexpr std::array<Entry, 10> entries{{{"icp4", 16},
-                                         {"ic11", 32},
-                                         {"icp5", 32},
-                                         {"ic12", 64},
-                                         {"ic07", 128},
-                                         {"ic13", 256},
-                                         {"ic08", 256},
-                                         {"ic14", 512},
-                                         {"ic09", 512},
-                                         {"ic10", 1024}}};
+constexpr std::array<Entry, 8> entries{{{"ic11", 32},
+                                        {"ic12", 64},
+                                        {"ic07", 128},
+                                        {"ic13", 256},
+                                        {"ic08", 256},
+                                        {"ic14", 512},
+                                        {"ic09", 512},
+                                        {"ic10", 1024}}};
 
 // The margin that the system's own icons have on each side: 100 of 1024 pixels.
 constexpr double margin = 100.0 / 1024;

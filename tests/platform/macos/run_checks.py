@@ -56,6 +56,17 @@ PLIST = {
 NOT_IN_PLIST = ("NSSupportsSuddenTermination", "NSSupportsAutomaticTermination", "NSInputMonitoringUsageDescription")
 
 
+# The PNG images that an icon file in a bundle may have: the name, the side in points and the scale. The list is from
+# public descriptions of the format. The format has other types, too, but those are not PNG images, or (icp4, icp5, icp6)
+# do not show in a bundle.
+ICON_TYPES = {
+    "ic07": (128, 1), "ic08": (256, 1), "ic09": (512, 1), "ic10": (512, 2), "ic11": (16, 2), "ic12": (32, 2),
+    "ic13": (128, 2), "ic14": (256, 2),
+}  # fmt: skip
+# What must be there: on a display of scale 2, every size that the system shows; on others, those that have a PNG type.
+ICON_SIZES = {(16, 2), (32, 2), (128, 1), (128, 2), (256, 1), (256, 2), (512, 1), (512, 2)}
+
+
 class Failed(Exception):
     pass
 
@@ -199,15 +210,18 @@ def has_its_icon(bundle):
     sizes, at = {}, 8
     while at < len(icon):
         name, size = struct.unpack(">4sI", icon[at : at + 8])
+        expect(name.decode() not in sizes, f"it has two images of the type {name.decode()}")
         sizes[name.decode()] = icon[at + 8 : at + size]
         at += size
-    sides = {"icp4": 16, "ic11": 32, "icp5": 32, "ic12": 64, "ic07": 128, "ic13": 256, "ic08": 256, "ic14": 512,
-             "ic09": 512, "ic10": 1024}  # fmt: skip
-    expect(set(sizes) == set(sides), f"it has the sizes {sorted(sizes)}")
+    unknown = sorted(set(sizes) - set(ICON_TYPES))
+    expect(not unknown, f"it has images of types that do not show in a bundle: {' '.join(unknown)}")
+    missing = sorted(ICON_SIZES - {ICON_TYPES[name] for name in sizes})
+    expect(not missing, f"it lacks the images of these sizes in points and scales: {missing}")
     for name, png in sizes.items():
         rows = pixels(png)
-        side = sides[name]
-        expect(len(rows) == side, f"{name} has {len(rows)} rows")
+        points, scale = ICON_TYPES[name]
+        side = points * scale
+        expect(len(rows) == side, f"{name} has {len(rows)} rows, not {side}")
         seen = {
             "corner": rows[0][0],
             "tile": rows[side * 14 // 16 - side // 32][side // 2],  # below the trackpad
