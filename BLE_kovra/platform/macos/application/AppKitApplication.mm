@@ -33,6 +33,12 @@ void notify(void (kovra::ApplicationDelegate::*what)()) {
     return NO;
 }
 
+// No window is restored. Without this method the system logs a warning at each start.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)sender {
+    static_cast<void>(sender);
+    return YES;
+}
+
 - (void)applicationWillTerminate:(NSNotification*)notification {
     static_cast<void>(notification);
     kovra::calledBack(kovra::ApplicationEnd::notify);

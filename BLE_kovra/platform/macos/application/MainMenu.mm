@@ -23,7 +23,9 @@ NSMenuItem* submenu(NSArray<NSMenuItem*>* items) {
 NSMenu* mainMenu(id target, SEL openSettings) {
     NSMenu* menu = [[NSMenu alloc] initWithTitle:@""];
     [menu addItem:submenu(@[ shortcut(@",", openSettings, target), shortcut(@"q", @selector(terminate:), nil) ])];
-    [menu addItem:submenu(@[ shortcut(@"w", @selector(performClose:), nil) ])];
+    [menu addItem:submenu(@[
+              shortcut(@"m", @selector(performMiniaturize:), nil), shortcut(@"w", @selector(performClose:), nil)
+          ])];
     return menu;
 }
 

@@ -141,7 +141,6 @@ RealisedLink::RealisedLink(const ViewSite& site) : RealisedView(site) {
     target_ = [[KovraActionTarget alloc] initWithWork:[this] { this->site().open(shown_.destination); }];
     button_ = [NSButton buttonWithTitle:@"" target:target_ action:@selector(perform:)];
     [button_ setBordered:NO];
-    [button_ setContentTintColor:[NSColor linkColor]];
     [button_ setAccessibilityRole:NSAccessibilityLinkRole];
 }
 
@@ -152,6 +151,7 @@ void RealisedLink::showKind(const View& view, const Surroundings& around) {
     if (role_ == around.role) return;
     role_ = around.role;
     [button_ setFont:roleFont(*role_)];
+    [button_ setContentTintColor:roleColor(role_->color)];
 }
 
 }  // namespace kovra

@@ -6,8 +6,8 @@
 
 namespace kovra {
 
-// A text that wraps at the width of its column. In a row it stays on one line. If a row is too narrow, a text in the
-// standard font is truncated with an ellipsis; texts in other fonts keep their width.
+// A text that wraps at the width of its column. In a row, a text in the standard font wraps where the row is too
+// narrow; texts in other fonts stay on one line.
 class RealisedText : public RealisedView {
   public:
     using RealisedView::RealisedView;

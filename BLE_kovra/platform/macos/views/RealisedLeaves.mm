@@ -23,18 +23,17 @@ namespace kovra {
 
 void RealisedText::showKind(const View& view, const Surroundings& around) {
     const std::string& content = std::get<Text>(view.kind).content;
-    if (label_ == nil && around.width) {
+    const bool isInRow = !around.width;
+    if (label_ == nil && isInRow && around.role.font != Font::standard) label_ = [NSTextField labelWithString:@""];
+    if (label_ == nil) {
         label_ = [NSTextField wrappingLabelWithString:@""];
         [label_ setSelectable:NO];
-        [label_ setPreferredMaxLayoutWidth:*around.width];
-    } else if (label_ == nil) {
-        label_ = [NSTextField labelWithString:@""];
-        [label_ setLineBreakMode:NSLineBreakByTruncatingTail];
-        [label_ setAllowsExpansionToolTips:YES];
-        if (around.role.font == Font::standard) {
+        // In a row, AppKit wraps the text at the width that the row leaves.
+        if (isInRow)
             [label_ setContentCompressionResistancePriority:belowWindowSize
                                              forOrientation:NSLayoutConstraintOrientationHorizontal];
-        }
+        else
+            [label_ setPreferredMaxLayoutWidth:*around.width];
     }
     if (content != shown_) [label_ setStringValue:foundationString(content)];
     shown_ = content;

@@ -27,10 +27,6 @@
 - (void)setTemplate:(BOOL)isTemplate;
 @end
 
-@interface NSColor (Supplement)
-+ (NSColor*)linkColor;
-@end
-
 typedef NSString* NSFontTextStyle;
 extern "C" NSFontTextStyle const NSFontTextStyleBody;
 extern "C" NSFontTextStyle const NSFontTextStyleCaption1;
@@ -72,11 +68,6 @@ extern "C" NSAccessibilityRole const NSAccessibilityRadioGroupRole;
 
 @interface NSClickGestureRecognizer (Supplement)
 - (instancetype)initWithTarget:(id)target action:(SEL)action;
-@end
-
-@interface NSControl (Supplement)
-- (void)setLineBreakMode:(NSLineBreakMode)mode;
-- (void)setAllowsExpansionToolTips:(BOOL)allows;
 @end
 
 @interface NSButton (Supplement)

@@ -37,6 +37,7 @@ enum : NSEventMask { NSEventMaskAny = ~0UL };
 @optional
 - (void)applicationDidFinishLaunching:(NSNotification*)notification;
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows;
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)sender KOVRA_SINCE(12.0);
 - (void)applicationWillTerminate:(NSNotification*)notification;
 @end
 
@@ -112,7 +113,6 @@ enum : NSControlStateValue { NSControlStateValueOff = 0, NSControlStateValueOn =
 + (NSColor*)blackColor;
 + (NSColor*)labelColor;
 + (NSColor*)secondaryLabelColor;
-+ (NSColor*)linkColor;
 + (NSColor*)systemGreenColor;
 + (NSColor*)systemGrayColor;
 - (NSColor*)colorWithAlphaComponent:(CGFloat)alpha;
@@ -242,13 +242,9 @@ extern "C" NSAccessibilityRole const NSAccessibilityRadioGroupRole;
 - (void)setAccessibilityRole:(NSAccessibilityRole)role;
 @end
 
-typedef enum NSLineBreakMode : NSUInteger { NSLineBreakByTruncatingTail = 4 } NSLineBreakMode;
-
 @interface NSControl : NSView
 - (void)setFont:(NSFont*)font;
 - (void)setStringValue:(NSString*)text;
-- (void)setLineBreakMode:(NSLineBreakMode)mode;
-- (void)setAllowsExpansionToolTips:(BOOL)allows;
 - (void)performClick:(id)sender;
 @end
 
@@ -342,6 +338,7 @@ enum : NSWindowLevel { NSFloatingWindowLevel = 3 };
 - (void)deminiaturize:(id)sender;
 - (void)close;
 - (void)performClose:(id)sender;
+- (void)performMiniaturize:(id)sender;
 - (void)setLevel:(NSWindowLevel)level;
 - (void)setPreventsApplicationTerminationWhenModal:(BOOL)prevents;
 @end
