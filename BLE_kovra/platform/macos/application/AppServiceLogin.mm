@@ -17,6 +17,7 @@ Outcome outcome(bool succeeded, NSError* error) {
 LoginStatus AppServiceLogin::status() const { return static_cast<LoginStatus>([[SMAppService mainAppService] status]); }
 
 Outcome AppServiceLogin::registerApplication() {
+    if (status() == LoginStatus::requiresApproval) [SMAppService openSystemSettingsLoginItems];
     NSError* error = nil;
     const bool succeeded = [[SMAppService mainAppService] registerAndReturnError:&error];
     return outcome(succeeded, error);

@@ -13,6 +13,7 @@ typedef enum SMAppServiceStatus : NSInteger {
 __attribute__((availability(macos, introduced = 13.0)))
 @interface SMAppService : NSObject
 + (SMAppService*)mainAppService;
++ (void)openSystemSettingsLoginItems;
 - (SMAppServiceStatus)status;
 - (BOOL)registerAndReturnError:(NSError**)error;
 - (BOOL)unregisterAndReturnError:(NSError**)error;
