@@ -33,15 +33,15 @@ struct Pad {
     std::string input;  // the kernel's name, such as "input17"
     std::string name;
     Kind kind = Kind::builtIn;
-    std::optional<bool> isMuted;  // the attribute `inhibited`
-    std::string error;            // why that is not known
+    std::optional<bool> isMuted = std::nullopt;  // the attribute `inhibited`
+    std::string error = {};                      // why that is not known
     // Whether the service's record lists it as muted by the service, and since when. Only root may read the record.
-    std::optional<bool> isRecorded;
-    std::optional<Moment> recordedSince;
+    std::optional<bool> isRecorded = std::nullopt;
+    std::optional<Moment> recordedSince = std::nullopt;
     // Whether the service has the right to mute it. nullopt if the service's group does not exist.
-    std::optional<bool> mayServiceMute;
+    std::optional<bool> mayServiceMute = std::nullopt;
     // What decides whether it counts as built in. Nothing here identifies the machine or its owner.
-    std::vector<std::pair<std::string, std::string>> properties;
+    std::vector<std::pair<std::string, std::string>> properties = {};
 };
 
 struct ChosenDevice {
@@ -93,10 +93,10 @@ struct Service {
 
 struct Flag {
     bool isReadable = false;
-    std::string error;  // why it is not
-    std::string word;   // "on", "off", or something that is neither
-    std::optional<Moment> written;
-    std::optional<Person> writer;  // who may write it besides the service
+    std::string error = {};  // why it is not
+    std::string word = {};   // "on", "off", or something that is neither
+    std::optional<Moment> written = std::nullopt;
+    std::optional<Person> writer = std::nullopt;  // who may write it besides the service
 };
 
 // Who is at the machine, by the login manager.
