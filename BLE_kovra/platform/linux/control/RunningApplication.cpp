@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #include "BLE_kovra/platform/linux/control/People.h"
@@ -105,6 +106,18 @@ bool readProperties(sd_bus_message* message, Application& application) {
     return result > 0 && hasSwitch;
 }
 
+// Asks the bus itself whether a program owns the application's name. Returns nullopt, and sets `error`, if the bus does
+// not say.
+std::optional<bool> isNameOwned(sd_bus* session, std::string& error) {
+    const BusReply owner = control::ask(session, bus, "/org/freedesktop/DBus", bus, "NameHasOwner",
+                                        [](BusWriter& writer) { writer.text(name); });
+    int isOwned = 0;
+    if (owner.kind == BusReply::Kind::answered && sd_bus_message_read(owner.values.get(), "b", &isOwned) > 0)
+        return isOwned != 0;
+    error = owner.message.empty() ? "it does not answer" : owner.message;
+    return std::nullopt;
+}
+
 // Returns the name of the program that owns this name. Empty if that is not known.
 std::string programOf(sd_bus* session, const char* ownedName) {
     const BusReply reply = control::ask(session, bus, "/org/freedesktop/DBus", bus, "GetConnectionUnixProcessID",
@@ -137,15 +150,10 @@ Application askApplication() {
         return application;
     }
     // The bus itself is asked first, to tell a bus that does not answer from an application that does not.
-    const BusReply owner = control::ask(session.get(), bus, "/org/freedesktop/DBus", bus, "NameHasOwner",
-                                        [](BusWriter& writer) { writer.text(name); });
-    int isOwned = 0;
-    if (owner.kind != BusReply::Kind::answered || sd_bus_message_read(owner.values.get(), "b", &isOwned) <= 0) {
-        application.error = owner.message.empty() ? "it does not answer" : owner.message;
-        return application;
-    }
+    const auto isOwned = isNameOwned(session.get(), application.error);
+    if (!isOwned) return application;
     application.contact = Contact::absent;
-    if (isOwned == 0) return application;
+    if (!*isOwned) return application;
     const BusReply all = askForProperties(session.get(), name, DBusActivation::path, DBusActivation::ownInterface);
     if (all.kind == BusReply::Kind::silent) {
         application.contact = Contact::silent;
@@ -161,7 +169,8 @@ Application askApplication() {
 
 Performed askForAction(const std::string& action) {
     BusHandle session;
-    if (openUserBus(session) < 0) return Performed::notRunning;
+    std::string error;
+    if (openUserBus(session) < 0 || !isNameOwned(session.get(), error).value_or(false)) return Performed::notRunning;
     const std::string token = DBusActivation::takeOwnToken();
     const BusReply reply = control::ask(session.get(), name, DBusActivation::path, "org.freedesktop.Application",
                                         "ActivateAction", [&](BusWriter& writer) {

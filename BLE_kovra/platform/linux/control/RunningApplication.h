@@ -12,7 +12,7 @@ Application askApplication();
 // What has become of an action that the application was asked for.
 enum class Performed {
     yes,
-    notRunning,  // nobody owns its name on the session bus, or there is no bus
+    notRunning,  // nobody owns its name on the session bus, or this bus cannot be reached
     refused,     // an older version, or another program that owns the name
     silent,
 };

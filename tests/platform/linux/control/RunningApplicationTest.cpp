@@ -35,6 +35,14 @@ TEST_F(RunningApplicationTest, CannotBeReachedWithoutABus) {
     EXPECT_EQ(askForAction("toggle"), Performed::notRunning);
 }
 
+TEST_F(RunningApplicationTest, CannotBeReachedThroughABusThatRefusesTheUser) {
+    Environment refusing;
+    refusing.set("DBUS_SESSION_BUS_ADDRESS", "unixexec:path=/bin/false");
+    EXPECT_EQ(askApplication().contact, Contact::noBus);
+    EXPECT_NE(askApplication().error, "");
+    EXPECT_EQ(askForAction("toggle"), Performed::notRunning);
+}
+
 TEST_F(RunningApplicationTest, IsAnotherProgramIfItsAnswersAreOthers) {
     const OtherProgram other(SingleInstance::busName, {"Activate", "Version", "GetAll"});
     EXPECT_EQ(askApplication().contact, Contact::foreign);
