@@ -94,11 +94,24 @@ TEST_F(CFDescriptorLoopTest, SendsAnEventThatComesWhileItWaits) {
     EXPECT_EQ(clicks, 2);
 }
 
-TEST_F(CFDescriptorLoopTest, ReturnsToAWaitWhoseProgramEndedDuringAnotherOne) {
-    std::optional<std::string> inner;
-    FakeRunLoop::addEvent([&] { inner = processes_.output({scripts_.make("sleep 0.3; echo inner", "inner"), {}}); });
-    EXPECT_EQ(output("echo outer"), "outer\n");
-    EXPECT_EQ(inner, "inner\n");
+TEST_F(CFDescriptorLoopTest, EndsAWaitWhoseEventCameDuringAnotherOneInABlock) {
+    int outer[2];
+    int inner[2];
+    ASSERT_EQ(::pipe(outer), 0);
+    ASSERT_EQ(::pipe(inner), 0);
+    std::string ended;
+    const auto outerWatch = loop_.watch(outer[0], [&] {
+        ended += "outer ";
+        EXPECT_EQ(::write(inner[1], "x", 1), 1);
+    });
+    const auto innerWatch = loop_.watch(inner[0], [&] { ended += "inner "; });
+    queue_.async([&] {
+        EXPECT_EQ(::write(outer[1], "x", 1), 1);
+        loop_.runUntil([&] { return ended.ends_with("inner "); });
+    });
+    loop_.runUntil([&] { return ended.starts_with("outer "); });
+    EXPECT_EQ(ended, "outer inner ");
+    for (const int each : {outer[0], outer[1], inner[0], inner[1]}) ::close(each);
 }
 
 TEST_F(CFDescriptorLoopTest, ReadsADescriptorWhileAnAlertIsOpen) {
