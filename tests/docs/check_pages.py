@@ -16,7 +16,7 @@ def known_tests(root):
     """Returns the suites with the checks of CMake, the tests as "Suite.Name", the scenarios as "ring: sentence"."""
     suites, tests, scenarios = set(), set(), []
     for source in (root / "tests").rglob("*"):
-        if source.suffix in (".cpp", ".h"):
+        if source.suffix in (".cpp", ".mm", ".h"):
             text = source.read_text(encoding="utf-8")
             for suite, name in re.findall(r"^\s*(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\)", text, re.M):
                 suites.add(suite)

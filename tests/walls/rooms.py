@@ -202,7 +202,7 @@ HELPER = Room("helper", (), any_but_qt, with_folders=True)
 
 TEST_TOOLS = everything_in("tests/fakes", "tests/support")
 CONTRACTS = everything_in("tests/contracts")
-MACOS_TOOLS = everything_in("tests/platform/macos/fakes") + (r"tests/platform/macos/[^/]+\.h",)
+MACOS_TOOLS = everything_in("tests/platform/macos/fakes", "tests/platform/macos/gnustep") + (r"tests/platform/macos/[^/]+\.h",)
 
 
 def tests_of(room, others=(), library=None):
@@ -250,6 +250,7 @@ TESTS = (
     Room("tests/platform/macos", everything_in("tests/platform/macos/fakes"), with_google_test(any_but_qt)),
     Room("tests/platform/macos/declarations", (), any_but_qt, with_folders=True),
     Room("tests/platform/macos/fakes", (), any_but_qt),
+    Room("tests/platform/macos/gnustep", macos_rooms(["foundation"]), with_google_test(any_but_qt), own_system=True),
     Room("tests/fakes", VALUES, standard),
     whole_application("tests/support"),
     Room("tests/support/posix", VALUES, posix),

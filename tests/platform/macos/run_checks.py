@@ -3,17 +3,19 @@
 
 It compiles every source for both processors against the declarations beside this file. It links them against the
 symbols in exports.txt, and checks the resulting bundle. It compiles the Objective-C++ sources again, against GNUstep's
-headers. It runs no tests; those of the logic are in the preset "none", which needs no system library.
+headers, and runs what GNUstep can run of them on a private X display. The tests of the logic are in the preset "none",
+which needs no system library; those of the adapters in plain C++ are test_macos.
 
   run_checks.py            runs all checks
   run_checks.py --whole    prints the compiler's whole output for a failed check
 
-It needs clang with its linker and library, and the headers of musl and GNUstep (tools/install-packages macos). The
+It needs clang with its linker and library, the headers of musl, GNUstep, and Xvfb (tools/install-packages macos). The
 preset dev must be configured, for the icon writer. The last line is "macos: N passed, N failed".
 """
 
 import argparse
 import json
+import os
 import plistlib
 import re
 import shutil
@@ -65,6 +67,14 @@ ICON_TYPES = {
 }  # fmt: skip
 # What must be there: on a display of scale 2, every size that the system shows; on others, those that have a PNG type.
 ICON_SIZES = {(16, 2), (32, 2), (128, 1), (128, 2), (256, 1), (256, 2), (512, 1), (512, 2)}
+
+
+# Tests of contracts that cannot pass with GNUstep, and why.
+LEFT_OUT = {
+    "AppKitStatusBar/StatusBarContract/0.ShowsTheLastImage": "an image of AppKit has no name",
+    "AppKitAlertPresenter/AlertPresenterContract/0.AbortsOpenAlertsWhenTheApplicationTerminates": "the process ends then",
+    "AppKitAlertPresenter/AlertPresenterContract/0.OpensNoAlertAfterTheApplicationHasTerminated": "the process ends then",
+}  # fmt: skip
 
 
 class Failed(Exception):
@@ -267,6 +277,63 @@ def agrees_with_gnustep(source, headers):
     )  # fmt: skip
 
 
+# The tests that run with GNUstep
+
+
+def gnustep_program(headers):
+    """Builds the tests and returns their program."""
+    folder = BUILD / "macos-gnustep-tests"
+    compiler = LLVM / "bin/clang++"
+    run(
+        "cmake", "-S", HERE / "gnustep", "-B", folder, "-G", "Ninja", f"-DCMAKE_CXX_COMPILER={compiler}",
+        f"-DCMAKE_OBJCXX_COMPILER={compiler}", f"-DKOVRA_OBJC_HEADERS={headers}", f"-DKOVRA_GNUSTEP_HEADERS={GNUSTEP[0]}",
+    )  # fmt: skip
+    run("ninja", "-C", folder, "-j", "2")
+    return folder / "gnustep_tests"
+
+
+def on_a_display(work):
+    """Calls work(environment) with a private X display and a home of its own, where GNUstep keeps its files."""
+    home = BUILD / "macos-gnustep-home"
+    shutil.rmtree(home, ignore_errors=True)
+    home.mkdir(parents=True)
+    reading, writing = os.pipe()
+    command = ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1024x768x24", "-nolisten", "tcp"]
+    server = subprocess.Popen(command, pass_fds=[writing], stderr=subprocess.DEVNULL)
+    os.close(writing)
+    try:
+        with os.fdopen(reading) as numbers:
+            number = numbers.readline().strip()
+        expect(number, "Xvfb did not start")
+        return work({**os.environ, "DISPLAY": f":{number}", "HOME": str(home)})
+    finally:
+        server.terminate()
+        server.wait()
+
+
+def gnustep_results(program):
+    """Runs the tests and returns the message of each that failed, or an empty text, by the test's name."""
+    report = BUILD / "macos-gnustep-home" / "report.json"
+
+    def work(environment):
+        left_out = ":".join(LEFT_OUT)
+        command = [program, f"--gtest_filter=-{left_out}", f"--gtest_output=json:{report}"]
+        try:
+            done = subprocess.run(command, env=environment, capture_output=True, text=True, timeout=300)
+        except subprocess.TimeoutExpired as expired:
+            raise Failed("they did not end within 300 s") from expired
+        expect(report.exists(), f"they ended by {done.returncode}: " + (done.stdout + done.stderr)[-1500:])
+        return json.loads(report.read_text(encoding="utf-8"))
+
+    results = {}
+    for suite in on_a_display(work)["testsuites"]:
+        for test in suite["testsuite"]:
+            failures = [failure["failure"] for failure in test.get("failures", [])]
+            results[f"{suite['name']}.{test['name']}"] = "\n".join(failures)
+    expect(results, "there are no tests")
+    return results
+
+
 def main():
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     arguments.add_argument("--whole", action="store_true", help="print the compiler's whole output for a failed check")
@@ -300,6 +367,14 @@ def main():
     headers = gnustep_headers()
     for source in sorted((ROOT / "BLE_kovra" / "platform" / "macos").rglob("*.mm")):
         checks.check(f"{source.name} agrees with GNUstep's headers", agrees_with_gnustep, source, headers)
+
+    try:
+        results = gnustep_results(gnustep_program(headers))
+    except Failed as failure:
+        checks.check("the tests with GNUstep are built and run to their end", expect, False, str(failure))
+        results = {}
+    for name, message in results.items():
+        checks.check(f"with GNUstep: {name}", expect, not message, message)
 
     print(f"macos: {checks.passed} passed, {checks.failed} failed")
     sys.exit(1 if checks.failed else 0)

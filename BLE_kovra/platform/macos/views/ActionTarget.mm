@@ -4,9 +4,7 @@
 
 #include "BLE_kovra/platform/macos/loop/CalledBack.h"
 
-@implementation KovraActionTarget {
-    std::function<void()> _work;
-}
+@implementation KovraActionTarget
 
 - (instancetype)initWithWork:(std::function<void()>)work {
     self = [super init];

@@ -21,11 +21,15 @@
 
 @end
 
-@interface KovraWindowDelegate : NSObject <NSWindowDelegate>
+@interface KovraWindowDelegate : NSObject <NSWindowDelegate> {
+    BOOL _isVisible;
+}
 @property(nonatomic) BOOL isVisible;
 @end
 
 @implementation KovraWindowDelegate
+
+@synthesize isVisible = _isVisible;
 
 - (void)windowWillClose:(NSNotification*)notification {
     static_cast<void>(notification);

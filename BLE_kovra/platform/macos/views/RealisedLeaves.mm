@@ -4,11 +4,15 @@
 #include "BLE_kovra/platform/macos/views/TextAppearance.h"
 #include "BLE_kovra/platform/macos/views/ViewLayout.h"
 
-@interface KovraDot : NSView
+@interface KovraDot : NSView {
+    kovra::Circle _circle;
+}
 @property(nonatomic) kovra::Circle circle;
 @end
 
 @implementation KovraDot
+
+@synthesize circle = _circle;
 
 - (void)drawRect:(NSRect)dirtyRect {
     static_cast<void>(dirtyRect);

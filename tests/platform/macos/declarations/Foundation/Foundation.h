@@ -102,6 +102,7 @@ struct NSFastEnumerationState;
 
 @interface NSDate : NSObject
 + (NSDate*)distantFuture;
++ (NSDate*)distantPast;
 @end
 
 typedef NSString* NSRunLoopMode;

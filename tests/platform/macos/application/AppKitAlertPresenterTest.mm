@@ -1,0 +1,88 @@
+#include "BLE_kovra/platform/macos/application/AppKitAlertPresenter.h"
+
+#import <AppKit/AppKit.h>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/contracts/AlertPresenterContract.h"
+#include "tests/fakes/FakeMainQueue.h"
+#include "tests/platform/macos/gnustep/EachTurn.h"
+#include "tests/platform/macos/gnustep/Texts.h"
+
+namespace kovra {
+namespace {
+
+class AppKitAlertPresenterDriver {
+  public:
+    AppKitAlertPresenterDriver() : user_([[KovraEachTurn alloc] initWithTurn:[this] { turn(); }]) {}
+    AppKitAlertPresenterDriver(const AppKitAlertPresenterDriver&) = delete;
+    AppKitAlertPresenterDriver& operator=(const AppKitAlertPresenterDriver&) = delete;
+    ~AppKitAlertPresenterDriver() { [user_ stop]; }
+
+    AlertPresenter& alerts() { return alerts_; }
+    MainQueue& queue() { return queue_; }
+    std::vector<std::string> shown() const { return shown_; }
+    // The real application ends its process here. The two tests of the contract that go on afterwards are left out.
+    void terminate() {}
+
+    void meanwhile(const std::string& title, std::function<void()> block) { blocks_[title] = std::move(block); }
+    void willAnswer(const std::string& title, std::optional<int> button) { answers_[title] = button; }
+
+  private:
+    void turn() {
+        queue_.run();
+        NSWindow* window = [NSApp modalWindow];
+        if (window == nil) return;
+        const std::string title = titleOf(window);
+        if (seen_.insert((const void*)window).second) shown_.push_back(title);
+        if (const auto block = blocks_.find(title); block != blocks_.end()) {
+            const auto work = std::move(block->second);
+            blocks_.erase(block);
+            return work();
+        }
+        if (const auto answer = answers_.find(title); answer != answers_.end()) give(window, answer->second);
+    }
+    static std::string titleOf(NSWindow* window) {
+        for (NSTextField* field : viewsBelow<NSTextField>([window contentView])) {
+            const std::string text = utf8String([field stringValue]);
+            if (text.size() == 1) return text;  // the contract's titles are letters
+        }
+        return {};
+    }
+    static void give(NSWindow* window, std::optional<int> button) {
+        if (!button) return [NSApp abortModal];
+        NSButton* pressed = buttonWithTitle([window contentView], *button == 0 ? "OK" : "Other");
+        const NSRect bounds = [pressed bounds];
+        const NSPoint center = [pressed convertPoint:NSMakePoint(NSMidX(bounds), NSMidY(bounds)) toView:nil];
+        for (const NSEventType type : {NSLeftMouseDown, NSLeftMouseUp}) {
+            [NSApp postEvent:[NSEvent mouseEventWithType:type
+                                                location:center
+                                           modifierFlags:0
+                                               timestamp:0
+                                            windowNumber:[window windowNumber]
+                                                 context:nil
+                                             eventNumber:0
+                                              clickCount:1
+                                                pressure:1]
+                     atStart:NO];
+        }
+    }
+
+    AppKitAlertPresenter alerts_;
+    FakeMainQueue queue_;
+    std::vector<std::string> shown_;
+    std::set<const void*> seen_;
+    std::map<std::string, std::function<void()>> blocks_;
+    std::map<std::string, std::optional<int>> answers_;
+    KovraEachTurn* user_;  // and the main queue
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(AppKitAlertPresenter, AlertPresenterContract, AppKitAlertPresenterDriver);
+
+}  // namespace
+}  // namespace kovra
