@@ -63,7 +63,8 @@ class ReleaseTest(unittest.TestCase):
         build = re.sub(r"VERSION \S+ ", f"VERSION {VERSION} ", build, count=1)
         (root / "CMakeLists.txt").write_text(build, encoding="utf-8")
         subprocess.run([root / "tests/docs/check_releases.py", "--write", root], stdout=subprocess.DEVNULL, check=True)
-        settings = "[user]\nname = Somebody\nemail = somebody@example.org\n"
+        # Without "auto = false", git maintains the repository in the background while it is being copied.
+        settings = "[user]\nname = Somebody\nemail = somebody@example.org\n[maintenance]\nauto = false\n"
         (cls.template / ".gitconfig").write_text(settings, encoding="utf-8")
         for command in (("init", "--quiet"), ("add", "--all"), ("commit", "--quiet", "--message=Begin")):
             subprocess.run(["git", *command], cwd=root, env=environment(cls.template), check=True)
