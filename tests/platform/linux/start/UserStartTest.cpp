@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
+#include "BLE_kovra/platform/linux/start/LaunchFeedback.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/platform/linux/start/StandInCompositor.h"
 #include "tests/platform/linux/tray/Panel.h"
@@ -108,10 +109,13 @@ class UserStartTest : public testing::Test {
     std::function<void()> meanwhile;
 };
 
+// Feedback that has not been ended by then ends because its time is over.
+constexpr auto soon = LaunchFeedback::longest / 2;
+
 class UserStartOnXTest : public UserStartTest {
   protected:
     Texts received() {
-        lookUntil(loop, [&] { return !listener.messages().empty(); });
+        lookUntil(loop, [&] { return !listener.messages().empty(); }, soon);
         return listener.messages();
     }
     Texts receivedSoFar() { return listener.messages(); }
@@ -240,7 +244,7 @@ TEST_F(UserStartOnWaylandTest, EndsTheFeedbackWhenATrayHasTheIcon) {
     const Panel panel(loop);
     startOn(nullptr);
     run([&] {
-        EXPECT_TRUE(turnUntil(loop, [&] { return compositor.isClientGone; }));
+        EXPECT_TRUE(turnUntil(loop, [&] { return compositor.isClientGone; }, soon));
         EXPECT_EQ(compositor.requests.at(2), "set_startup_id desktop_TIME1");
         EXPECT_EQ(activation.take(), "");
     });
