@@ -61,7 +61,7 @@ void UserStart::endFeedback(const std::string& token) {
 void UserStart::trayChanged() {
     if (desk_.watcher.icon() == Icon::shown) {
         first_->trayTakesIcon();
-        if (hasLaunched_) feedback_.end();
+        if (hasLaunched_ || desk_.x != nullptr) feedback_.end();
     } else if (desk_.watcher.icon() == Icon::notShown && !first_->isDecided()) {
         lookForTray();
     }

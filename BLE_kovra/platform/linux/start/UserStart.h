@@ -22,9 +22,10 @@ class ActivationToken;
 // What follows a start by the user, as from the desktop's menu: the desktop's launch feedback is ended, and the
 // settings window is opened if nothing else shows that the program runs (see FirstMinute).
 //
-// The feedback ends when a tray has taken the icon and the launch has ended, or when a window or an alert is shown, or
-// after the time LaunchFeedback::longest. On Wayland a window ends the feedback itself, by the token with which it
-// comes to the front. Without a window the token is not used.
+// The feedback ends when a tray has taken the icon, or when a window or an alert is shown, or after the time
+// LaunchFeedback::longest. On Wayland a window ends the feedback itself, by the token with which it comes to the front.
+// Since the alert of the launch may need the token, a tray ends the feedback there only after the launch. Without a
+// window the token is not used.
 //
 // A start is one by the user if the desktop has passed a token or a startup ID. Otherwise, as at login, nothing is done
 // and nothing is listened to.

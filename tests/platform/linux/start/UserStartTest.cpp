@@ -136,6 +136,17 @@ TEST_F(UserStartOnXTest, EndsTheFeedbackWhenATrayHasTheIcon) {
     });
 }
 
+TEST_F(UserStartOnXTest, EndsTheFeedbackWhenATrayHasTheIconAlthoughTheLaunchGoesOn) {
+    const Panel panel(loop);
+    launchMayEnd = false;
+    startOn(x.get());
+    loop.async([&] {
+        EXPECT_EQ(received(), ended);
+        launchMayEnd = true;
+    });
+    run([] {});
+}
+
 TEST_F(UserStartOnXTest, KeepsTheFeedbackUntilThePanelHasAcceptedTheIcon) {
     const Panel panel(loop, Panel::Hosts::none);
     startOn(x.get());
