@@ -99,6 +99,7 @@ void AppDelegate::applicationShouldPerform(ApplicationAction action) {
     if (hasTerminated_) return;
     switch (action) {
         case ApplicationAction::toggle:
+            mustAnnounce_ = true;
             return toggleEnabled();
         case ApplicationAction::on:
             return state_.isEnabled.set(true);

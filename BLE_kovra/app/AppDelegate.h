@@ -36,8 +36,9 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void applicationDidReopen() override;
     // Queues a call of evaluate(), which repeats a failed write of the flag.
     void applicationDidResume() override;
-    // Does what the corresponding menu item does; `on` and `off` set the switch instead of toggling it. Does nothing
-    // after applicationWillTerminate().
+    // Does what the corresponding menu item does; `on` and `off` set the switch instead of toggling it. Desktops can
+    // give `toggle` a key, so the new status is announced as after the hot key. Does nothing after
+    // applicationWillTerminate().
     void applicationShouldPerform(ApplicationAction action) override;
     ApplicationFacts facts() const override;
     void applicationWillTerminate() override;
@@ -107,7 +108,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     std::vector<Subscription> cancellables_;
     bool hasExplainedDriver_ = false;  // the user has opened the alert about the driver
     bool hasTerminated_ = false;
-    bool mustAnnounce_ = false;  // the hot key has toggled the switch, and the next decision is to be announced
+    bool mustAnnounce_ = false;  // a key has toggled the switch, and the next decision is to be announced
 };
 
 }  // namespace kovra

@@ -182,6 +182,21 @@ TEST(AppDelegateTest, AnnouncesTheNewStatusAtTheHotKeyAfterTheDecision) {
     EXPECT_EQ(rig.announced().size(), 2U);  // the menu announces nothing
 }
 
+TEST(AppDelegateTest, AnnouncesTheNewStatusWhenAnotherProgramTogglesTheSwitchAsForAKeyOfItsOwn) {
+    LaunchedRig rig;
+    rig.state.mode.set(Mode::always);
+    rig.queue.run();
+    rig.application.perform(ApplicationAction::toggle);
+    EXPECT_EQ(rig.announced(), Texts{});
+    rig.queue.run();
+    EXPECT_EQ(rig.announced(), Texts{"Trackpad active"});
+    for (const auto action : {ApplicationAction::on, ApplicationAction::off}) {
+        rig.application.perform(action);
+        rig.queue.run();
+    }
+    EXPECT_EQ(rig.announced().size(), 1U);  // these are for scripts
+}
+
 TEST(AppDelegateTest, OnlyBeepsAtTheHotKeyAfterItsDestruction) {
     LaunchedRig rig;
     rig.delegate.reset();

@@ -28,7 +28,7 @@ class XKeyGrab : public HotKeyService::Reference {
   public:
     using Holder = HotKeyState::Holder;
 
-    // `held` is called after each attempt, and tells who holds the key: nobody if the keyboard has no Alt.
+    // `held` is called after each attempt, and receives who holds the key: nobody if the keyboard has no Alt.
     XKeyGrab(XConnection& connection, xcb_keycode_t key, std::function<void()> pressed,
              std::function<void(Holder)> held);
     ~XKeyGrab() override;
