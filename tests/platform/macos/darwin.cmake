@@ -17,13 +17,25 @@ file(GLOB clang_headers "${llvm}/lib/clang/*/include")
 find_path(KOVRA_MUSL_HEADERS features.h
   PATHS /usr/include/x86_64-linux-musl /usr/include/aarch64-linux-musl NO_DEFAULT_PATH REQUIRED)
 
+# musl's types differ from Darwin's where both have 64 bits, and in some sizes. So its list of types is copied, with those
+# of Darwin. Those of time and the greatest integers have the type long there, too.
+set(types "${CMAKE_BINARY_DIR}/darwin_types")
+file(READ "${KOVRA_MUSL_HEADERS}/bits/alltypes.h" alltypes)
+string(REPLACE "#define _Int64 long" "#define _Int64 long long" alltypes "${alltypes}")
+foreach(type IN ITEMS "long time_t" "int suseconds_t" "long intmax_t" "unsigned long uintmax_t" "unsigned short mode_t"
+    "unsigned short nlink_t" "int dev_t")
+  string(REGEX REPLACE "^.* " "" name "${type}")
+  string(REGEX REPLACE "typedef [^;]* ${name};" "typedef ${type};" alltypes "${alltypes}")
+endforeach()
+file(WRITE "${types}/bits/alltypes.h" "${alltypes}")
+
 set(CMAKE_OSX_SYSROOT "")
 set(CMAKE_OSX_DEPLOYMENT_TARGET "")
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_INSTALL_NAME_TOOL "${KOVRA_INSTALL_NAME_TOOL}")
 set(ours "${CMAKE_CURRENT_LIST_DIR}/declarations")
 set(flags "-nostdinc -isystem ${llvm}/include/c++/v1 -isystem ${clang_headers} -isystem ${ours}")
-string(APPEND flags " -isystem ${ours}/darwin -isystem ${KOVRA_MUSL_HEADERS} -D_GNU_SOURCE -fblocks")
+string(APPEND flags " -isystem ${ours}/darwin -isystem ${types} -isystem ${KOVRA_MUSL_HEADERS} -D_GNU_SOURCE -fblocks")
 # Otherwise libc++ 19 includes <xlocale.h>, which only the C libraries of the BSDs and of macOS have.
 string(APPEND flags " -D_LIBCPP_HAS_MUSL_LIBC")
 foreach(language IN ITEMS CXX OBJCXX)

@@ -26,6 +26,7 @@ import zlib
 from pathlib import Path
 
 import exports
+import names
 
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[2]
@@ -364,8 +365,12 @@ def main():
         programs.append(program)
     checks.check("both make one universal program", makes_one_program, programs)
 
+    layer = ROOT / "BLE_kovra" / "platform" / "macos"
+    found = names.problems(layer, HERE / "declarations")
+    checks.check("the names that no compiler checks are right", expect, not found, "\n".join(found))
+
     headers = gnustep_headers()
-    for source in sorted((ROOT / "BLE_kovra" / "platform" / "macos").rglob("*.mm")):
+    for source in sorted(layer.rglob("*.mm")):
         checks.check(f"{source.name} agrees with GNUstep's headers", agrees_with_gnustep, source, headers)
 
     try:
