@@ -168,7 +168,7 @@ def about_chosen_again_and_again(laptop):
         mouse = laptop.plug_mouse()
         laptop.expect_dead(one)
         before = stack_size(application.pid)
-        item, events = f"org.kde.StatusNotifierItem-{application.pid}-1", f"{ABOUT} clicked i 0 0 " * CLICKS
+        item, events = "org.ble_kovra.BLEKovra", f"{ABOUT} clicked i 0 0 " * CLICKS
         menu = f"busctl --address=unix:path=/run/user/$(id -u)/bus call {item} /MenuBar com.canonical.dbusmenu"
         label = laptop.log_in(ANNA).run(f"{menu} GetProperty is {ABOUT} label")
         check("About" in label, f"item {ABOUT} is {label}")

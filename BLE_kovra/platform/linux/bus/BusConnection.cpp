@@ -171,10 +171,6 @@ void BusConnection::requestName(const char* name) {
     if (bus_) check(sd_bus_request_name_async(bus_.get(), nullptr, name, 0, ignoreAnswer, nullptr), name);
 }
 
-void BusConnection::releaseName(const char* name) {
-    if (bus_) check(sd_bus_release_name_async(bus_.get(), nullptr, name, ignoreAnswer, nullptr), name);
-}
-
 // Returns a call with its arguments, or null if it cannot be created.
 BusMessage BusConnection::newCall(const BusMethod& method, const Write& write) {
     if (!bus_) return nullptr;

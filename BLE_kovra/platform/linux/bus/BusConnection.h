@@ -73,7 +73,6 @@ class BusConnection {
                                        void* context);
     // Requests the name. Does not report whether the bus grants it.
     void requestName(const char* name);
-    void releaseName(const char* name);
 
   private:
     class Request;

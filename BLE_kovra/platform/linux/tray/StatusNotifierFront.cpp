@@ -1,7 +1,5 @@
 #include "BLE_kovra/platform/linux/tray/StatusNotifierFront.h"
 
-#include <unistd.h>
-
 #include <utility>
 
 namespace kovra {
@@ -11,16 +9,13 @@ StatusNotifierFront::StatusNotifierFront(TrayItem& item, SessionBus& bus, Status
                                          StatusNotifierItem::PopUp popUp)
     : bus_(bus.connection()),
       watcher_(watcher),
-      busName_("org.kde.StatusNotifierItem-" + std::to_string(::getpid()) + "-1"),
       item_(item.shown(), look, token, std::move(iconThemePath), std::move(popUp)),
       menu_(item.shown().menu, [&item](std::size_t position) { item.choose(position); }),
       looks_(look.listen([this] { item_.notify({.image = true, .toolTip = false, .menu = false, .states = {}}); })),
       listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
 
 StatusNotifierFront::~StatusNotifierFront() {
-    if (!isExported_) return;
-    watcher_.setItem("");
-    if (bus_ != nullptr) bus_->releaseName(busName_.c_str());  // removes the item from every panel
+    if (isExported_) watcher_.setItem("");
 }
 
 void StatusNotifierFront::show(const TrayContents&, const TrayChanges& changes) {
@@ -44,8 +39,7 @@ void StatusNotifierFront::exportIfReady() {
     isExported_ = true;
     item_.exportOn(*bus_);
     menu_.exportOn(*bus_);
-    bus_->requestName(busName_.c_str());
-    watcher_.setItem(busName_);
+    watcher_.setItem(StatusNotifierItem::path);
 }
 
 }  // namespace kovra

@@ -12,8 +12,8 @@
 namespace kovra {
 
 // The front for desktops that support StatusNotifierItem. It exports and registers the item whenever the session bus is
-// connected. The item has a bus name of its own, which the front releases when it is destroyed. The front sends signals
-// only for the parts that have changed.
+// connected. Panels show the item until the connection ends. The front sends signals only for the parts that have
+// changed.
 class StatusNotifierFront : public TrayFront {
   public:
     StatusNotifierFront(TrayItem& item, SessionBus& bus, StatusNotifierWatcher& watcher, PanelLook& look,
@@ -28,7 +28,6 @@ class StatusNotifierFront : public TrayFront {
 
     BusConnection* bus_;  // null while disconnected; may not be established yet
     StatusNotifierWatcher& watcher_;
-    const std::string busName_;
     StatusNotifierItem item_;
     DBusMenu menu_;
     bool hasContents_ = false;  // the item has contents to show

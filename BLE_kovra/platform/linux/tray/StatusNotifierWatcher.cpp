@@ -17,8 +17,8 @@ StatusNotifierWatcher::StatusNotifierWatcher(SessionBus& bus)
       bus_(bus.connection()),
       listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
 
-void StatusNotifierWatcher::setItem(std::string busName) {
-    item_ = std::move(busName);
+void StatusNotifierWatcher::setItem(std::string path) {
+    item_ = std::move(path);
     isRegistered_ = isAccepted_ = false;
     registerItem();
 }

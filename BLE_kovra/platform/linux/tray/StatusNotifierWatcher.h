@@ -28,9 +28,9 @@ class StatusNotifierWatcher {
     using Icons = Listeners<>;
     [[nodiscard]] Icons::Token listenForIcon(Icons::Listener listener) { return icons_.add(std::move(listener)); }
 
-    // Registers the item with the current watcher and with every later one. `busName` is a name that this program owns.
-    // With an empty name, no item is registered.
-    void setItem(std::string busName);
+    // Registers the item with the current watcher and with every later one. `path` is the path of its object on this
+    // connection. With an empty path, no item is registered.
+    void setItem(std::string path);
 
   private:
     void busChanged(BusConnection* bus);

@@ -27,10 +27,8 @@ class TrayPresenceTest : public testing::Test {
         return turnUntil(loop, [&] { return watcher.icon() == icon; });
     }
     void registerItem() {
-        const char* item = "org.kde.StatusNotifierItem-1-1";
         ASSERT_TRUE(turnUntil(loop, [&] { return bus.connection() != nullptr; }));
-        bus.connection()->requestName(item);
-        watcher.setItem(item);
+        watcher.setItem("/StatusNotifierItem");
     }
 
     PrivateBus daemon{"DBUS_SESSION_BUS_ADDRESS"};

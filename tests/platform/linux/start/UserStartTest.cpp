@@ -26,12 +26,11 @@ namespace {
 using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
-// A session with a bus, the status item's name on it, and a stand-in for the window process. Its launch ends when the
+// A session with a bus, a status item, and a stand-in for the window process. Its launch ends when the
 // test calls launch(). The test starts a panel.
 class UserStartTest : public testing::Test {
   protected:
     static constexpr const char* token = "desktop_TIME1";
-    static constexpr const char* item = "org.kde.StatusNotifierItem-1-1";
 
     // The application opens the settings window, as its delegate does.
     struct Delegate : ApplicationDelegate {
@@ -58,8 +57,7 @@ class UserStartTest : public testing::Test {
     UserStartTest() {
         activation.provide(token);
         turnUntil(loop, [&] { return bus.connection() != nullptr; });
-        bus.connection()->requestName(item);
-        watcher.setItem(item);
+        watcher.setItem("/StatusNotifierItem");
     }
 
     ~UserStartTest() override { daemon.end(); }  // the window's stand-in waits for all child processes

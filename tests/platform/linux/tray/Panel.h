@@ -132,7 +132,8 @@ class Panel {
         const char* item = nullptr;
         if (sd_bus_message_read(call, "s", &item) < 0) return -EINVAL;
         if (panel->refusesItems) return sd_bus_error_set(error, SD_BUS_ERROR_UNKNOWN_OBJECT, "Not yet.");
-        panel->items.emplace_back(item);
+        // The item of the caller, if it is named by its path.
+        panel->items.emplace_back(*item == '/' ? sd_bus_message_get_sender(call) : item);
         return sd_bus_reply_method_return(call, "");
     }
     static int isHostRegistered(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* context,

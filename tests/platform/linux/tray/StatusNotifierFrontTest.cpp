@@ -15,7 +15,8 @@ TEST(StatusNotifierFrontTest, RegistersWithARunningWatcher) {
     StatusNotifierRig rig;
     rig.showInPanel();
     EXPECT_EQ(rig.panel->items.size(), 1U);
-    EXPECT_TRUE(rig.panel->item().starts_with("org.kde.StatusNotifierItem-")) << rig.panel->item();
+    // GNOME's extension 46 may lose an item that is registered by a name which can change its owner.
+    EXPECT_TRUE(rig.panel->item().starts_with(":")) << rig.panel->item();
 }
 
 TEST(StatusNotifierFrontTest, RegistersAsSoonAsItHasAMenuBeforeItsLoopRuns) {
@@ -341,12 +342,11 @@ TEST(StatusNotifierFrontTest, KeepsTheNewestActivationTokenForOneWindow) {
     EXPECT_EQ(rig.token.take(), "");
 }
 
-TEST(StatusNotifierFrontTest, LeavesTheBusWithItsItem) {
+TEST(StatusNotifierFrontTest, IsNotRegisteredAgainAfterTheEndOfItsItem) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.item.reset();
-    rig.panel->settle(rig.program());  // the bus has then handled the release of the item's name
-    EXPECT_EQ(rig.panel->itemProperty("Id"), "error org.freedesktop.DBus.Error.ServiceUnknown");
+    EXPECT_EQ(rig.panel->itemProperty("Id"), "error org.freedesktop.DBus.Error.UnknownObject");
     rig.panel.reset();
     rig.panel.emplace(rig.loop);
     rig.panel->settle(rig.program());
