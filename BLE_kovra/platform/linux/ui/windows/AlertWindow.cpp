@@ -15,6 +15,7 @@
 #include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
 #include "BLE_kovra/platform/linux/ui/style/KeyCommand.h"
 #include "BLE_kovra/platform/linux/ui/windows/KeyRequest.h"
+#include "BLE_kovra/platform/linux/ui/windows/RefuseMaximizing.h"
 
 namespace kovra {
 
@@ -151,6 +152,7 @@ void AlertWindow::answer(std::optional<std::size_t> button) {
 void AlertWindow::changeEvent(QEvent* event) {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) updateSizes();
     QDialog::changeEvent(event);
+    refuseMaximizing(*this, *event);
 }
 
 // Ignores the repetitions of a held key, because the user may have pressed it before the alert appeared.

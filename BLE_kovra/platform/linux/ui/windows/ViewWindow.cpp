@@ -19,6 +19,7 @@
 #include "BLE_kovra/platform/linux/ui/windows/BringToFront.h"
 #include "BLE_kovra/platform/linux/ui/windows/CenterByFrame.h"
 #include "BLE_kovra/platform/linux/ui/windows/KeyRequest.h"
+#include "BLE_kovra/platform/linux/ui/windows/RefuseMaximizing.h"
 
 namespace kovra {
 
@@ -174,6 +175,7 @@ void ViewWindow::moveEvent(QMoveEvent* event) {
 
 void ViewWindow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
+    refuseMaximizing(*this, *event);
     if (event->type() == QEvent::WindowStateChange) sendPlaceLater();
     const bool isNewLook = event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange;
     if (isNewLook && shown_) showContent();

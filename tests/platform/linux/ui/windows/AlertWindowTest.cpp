@@ -259,6 +259,15 @@ TEST_F(AlertWindowTest, CannotBeResized) {
     EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
 }
 
+TEST_F(AlertWindowTest, IsRestoredIfTheTitleBarMaximizesIt) {
+    open(question);
+    const QSize size = window->size();
+    window->windowHandle()->setWindowStates(Qt::WindowMaximized);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->windowHandle()->windowStates() == Qt::WindowNoState; }));
+    EXPECT_EQ(window->windowState(), Qt::WindowNoState);
+    EXPECT_EQ(window->size(), size);
+}
+
 TEST_F(AlertWindowTest, ItsTextsCanBeCopied) {
     open(question);
     const QPoint inAddress = text(1).mapTo(&*window, QPoint(text(1).fontMetrics().horizontalAdvance("Ask: some"),

@@ -10,6 +10,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+#include <QWindow>
 #include <algorithm>
 #include <tuple>
 #include <variant>
@@ -89,6 +90,14 @@ TEST_F(ViewWindowTest, CanOnlyBeClosedAndMinimized) {
     EXPECT_TRUE(flags.testFlag(Qt::WindowMinimizeButtonHint));
     EXPECT_FALSE(flags.testFlag(Qt::WindowMaximizeButtonHint));
     EXPECT_FALSE(flags.testFlag(Qt::WindowContextHelpButtonHint));
+}
+
+TEST_F(ViewWindowTest, IsRestoredIfTheTitleBarMaximizesIt) {
+    show();
+    window.windowHandle()->setWindowStates(Qt::WindowMaximized);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window.windowHandle()->windowStates() == Qt::WindowNoState; }));
+    EXPECT_EQ(window.windowState(), Qt::WindowNoState);
+    EXPECT_EQ(window.size(), QSize(440, 480));
 }
 
 TEST_F(ViewWindowTest, IsCenteredOnTheScreenAtFirst) {
