@@ -21,27 +21,6 @@ constexpr std::string_view title = "BLE-kovra";
 // for screens with a scale of 2.
 constexpr std::array pixmapSizes{16, 22, 32, 48};
 
-// Panels interpret the tool tip as markup.
-std::string asMarkup(std::string_view text) {
-    std::string markup;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                markup += "&amp;";
-                break;
-            case '<':
-                markup += "&lt;";
-                break;
-            case '>':
-                markup += "&gt;";
-                break;
-            default:
-                markup += c;
-        }
-    }
-    return markup;
-}
-
 }  // namespace
 
 StatusNotifierItem::StatusNotifierItem(const TrayContents& contents, const PanelLook& look, ActivationToken& token,
@@ -97,9 +76,10 @@ void StatusNotifierItem::writePixmaps(BusWriter& writer) const {
     writer.close();
 }
 
+// The state is the title, because LXQt's panel shows nothing else. Panels interpret only the description as markup.
 void StatusNotifierItem::writeToolTip(BusWriter& writer) const {
     writer.openStruct("sa(iiay)ss").text("").openArray("(iiay)").close();
-    writer.text(title).text(asMarkup(contents_.toolTip)).close();
+    writer.text(contents_.toolTip).text(title).close();
 }
 
 int StatusNotifierItem::property(sd_bus*, const char*, const char*, const char* name, sd_bus_message* reply,

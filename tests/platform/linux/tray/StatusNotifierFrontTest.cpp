@@ -223,12 +223,12 @@ TEST(StatusNotifierFrontTest, IsAnActiveItemWithNothingButAMenu) {
     for (const auto& [name, value] : properties) EXPECT_NE(all.find('"' + std::string(name) + '"'), std::string::npos);
 }
 
-TEST(StatusNotifierFrontTest, ShowsTheProgramNameAndTheStateInItsToolTip) {
+TEST(StatusNotifierFrontTest, ShowsTheStateAndThenTheProgramNameInItsToolTip) {
     StatusNotifierRig rig;
     rig.showInPanel();
     rig.showIcon("plain", "a <b> & c");
     rig.settle();
-    EXPECT_EQ(rig.panel->itemProperty("ToolTip"), "(\"\" [] \"BLE-kovra\" \"a &lt;b&gt; &amp; c\")");
+    EXPECT_EQ(rig.panel->itemProperty("ToolTip"), "(\"\" [] \"a <b> & c\" \"BLE-kovra\")");
 }
 
 TEST(StatusNotifierFrontTest, SignalsOnlyWhatHasChanged) {

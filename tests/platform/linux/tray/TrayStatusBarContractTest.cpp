@@ -58,12 +58,10 @@ class PanelDriver {
     }
     void readToolTip() {
         const std::string all = rig_.panel->itemProperty("ToolTip");
-        const std::string before = R"(("" [] "BLE-kovra" ")";
-        ASSERT_TRUE(all.starts_with(before)) << all;
-        toolTip_ = all.substr(before.size(), all.size() - before.size() - 2);
-        replace(toolTip_, "&lt;", "<");
-        replace(toolTip_, "&gt;", ">");
-        replace(toolTip_, "&amp;", "&");
+        const std::string before = R"(("" [] ")";
+        const std::string after = R"(" "BLE-kovra"))";
+        ASSERT_TRUE(all.starts_with(before) && all.ends_with(after)) << all;
+        toolTip_ = all.substr(before.size(), all.size() - before.size() - after.size());
     }
     void readMenu() {
         ids_.clear();
