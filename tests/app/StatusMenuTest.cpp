@@ -121,7 +121,7 @@ TEST(StatusMenuTest, SaysWhichKeyItIsOrWhyThereIsNone) {
     EXPECT_EQ(hint("en", {}), "Shortcut: Ctrl+Alt+T");
     EXPECT_EQ(hint("de", {}), "Tastenkürzel: Strg+Alt+T");
     EXPECT_EQ(hint("en", {us, "Meta+M"}), "Shortcut: Meta+M");
-    EXPECT_EQ(hint("fr", {us, "Meta+M"}), "Raccourci : Meta+M");
+    EXPECT_EQ(hint("fr", {us, "Meta+M"}), "Raccourci\u00a0: Meta+M");
     EXPECT_EQ(hint("en", {another, ""}), "Ctrl+Alt+T is used by another program");
     EXPECT_EQ(hint("en", {nobody, ""}), "No shortcut: assign a key to “ble-kovractl toggle”");
 }

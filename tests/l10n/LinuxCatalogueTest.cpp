@@ -106,9 +106,9 @@ TEST(LinuxCatalogueTest, NamesTheCommandThatCanBeGivenAKey) {
 }
 
 TEST(LinuxCatalogueTest, ExplainsTheServiceAndTheButton) {
-    const std::map<Lang, std::pair<std::string, std::string>> quotes{{Lang::en, {"“", "”"}}, {Lang::ru, {"«", "»"}},
-                                                                     {Lang::uk, {"«", "»"}}, {Lang::fr, {"« ", " »"}},
-                                                                     {Lang::de, {"„", "“"}}, {Lang::es, {"«", "»"}}};
+    const std::map<Lang, std::pair<std::string, std::string>> quotes{
+        {Lang::en, {"“", "”"}}, {Lang::ru, {"«", "»"}}, {Lang::uk, {"«", "»"}}, {Lang::fr, {"«\u00a0", "\u00a0»"}},
+        {Lang::de, {"„", "“"}}, {Lang::es, {"«", "»"}}};
     inEachLanguage([&](Lang lang) {
         const std::string body = onLinux(lang).text("driver.body");
         const auto& [left, right] = quotes.at(lang);
@@ -116,6 +116,16 @@ TEST(LinuxCatalogueTest, ExplainsTheServiceAndTheButton) {
         EXPECT_TRUE(contains(body, "ble-kovra-helper")) << body;
         EXPECT_TRUE(onLinux(lang).text("menu.activate").ends_with("…"));
     });
+}
+
+// Otherwise a line could end with a French quotation mark, or begin with a colon.
+TEST(LinuxCatalogueTest, KeepsFrenchMarksWithTheirWords) {
+    for (const auto& [key, table] : L10n::linuxStrings()) {
+        const std::string& text = table.at(Lang::fr);
+        for (const char* divisible : {"« ", " »", " :", " ;", " !", " ?"})
+            EXPECT_FALSE(contains(text, divisible)) << key << ": " << text;
+    }
+    EXPECT_TRUE(contains(onLinux(Lang::fr).text("tray.advice"), "«\u00a0Extensions\u00a0»"));
 }
 
 TEST(LinuxCatalogueTest, IsAskedFirstOnLinuxAndNeverOnMacOS) {
