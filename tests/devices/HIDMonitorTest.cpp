@@ -215,6 +215,15 @@ TEST(HIDMonitorTest, IgnoresTheRemovalOfAnInterfaceThatWasNeverAdded) {
     EXPECT_EQ(rig.queue.pendingDelayed(), 0U);
 }
 
+TEST(HIDMonitorTest, RemovesAnInterfaceFromTheDeviceOfItsLastAttachment) {
+    MonitorRig rig;
+    const std::uint64_t number = rig.hid.attachInterface(aMouse("apple"));
+    rig.hid.attachAgainAs(number, aMouse("pear"));
+    rig.hid.detachInterface(number);
+    rig.queue.advance(2s);
+    EXPECT_FALSE(rig.isShownConnected("pear"));
+}
+
 TEST(HIDMonitorTest, FindsTheSameInterfaceAgainByItsHandleWhereThereIsNoRegistryEntry) {
     MonitorRig rig;
     rig.hid.detach(rig.hid.attach(aMouse("apple").interfaces(2).withoutRegistryEntry()));

@@ -50,7 +50,7 @@ inline DeviceDescription aNamelessDevice() { return {}; }
 // The HID service of a system without hardware. The number of a detached interface is not reused.
 //
 // Each callback runs in a block of its own on the queue, as in a real event loop. After deliverAtOnce() callbacks run
-// inside the function that causes them, but never inside open().
+// inside the function that causes them. Inside open() they run only after deliverInsideOpen(), which no system does.
 class FakeHID : public HIDService {
   public:
     using Plugged = std::vector<std::uint64_t>;  // the interface numbers of one attached device
@@ -58,6 +58,7 @@ class FakeHID : public HIDService {
     explicit FakeHID(MainQueue& queue) : queue_(queue) {}
 
     void deliverAtOnce() { atOnce_ = true; }
+    void deliverInsideOpen() { insideOpen_ = true; }
 
     std::unique_ptr<HIDManager> createManager() override;
 
@@ -86,6 +87,11 @@ class FakeHID : public HIDService {
     // Reports an attached interface a second time, as the system may do.
     void attachAgain(std::uint64_t number) {
         if (const auto found = attached_.find(number); found != attached_.end()) deliver(true, number, found->second);
+    }
+    // Reports that this interface is now one of that device, without a removal in between.
+    void attachAgainAs(std::uint64_t number, const DeviceDescription& device) {
+        attached_.insert_or_assign(number, device);
+        deliver(true, number, device);
     }
     // Renames the device as a driver does: reports the removal and a new attachment of the interface with this number.
     void rename(std::uint64_t number, const std::string& product) {
@@ -121,6 +127,7 @@ class FakeHID : public HIDService {
     std::map<std::uint64_t, DeviceDescription> attached_;
     std::uint64_t nextNumber_ = 1;
     bool atOnce_ = false;
+    bool insideOpen_ = false;
     int managersCreated_ = 0;
     Manager* live_ = nullptr;
     bool open_ = false;
@@ -167,6 +174,10 @@ class FakeHID::Manager : public HIDManager {
         hid_.open_ = true;
         const auto present = hid_.attached_;
         for (const auto& [number, device] : present) {
+            if (hid_.insideOpen_) {
+                hid_.callBack(true, number, device);
+                continue;
+            }
             hid_.queue_.async([&hid = hid_, generation = hid_.generation_, number = number] {
                 const auto still = hid.attached_.find(number);
                 if (still == hid.attached_.end() || !hid.isOpen() || generation != hid.generation_) return;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,17 +40,21 @@ struct StepsOfLaunch : Computer {
         HID(FakeMainQueue& queue, Steps& into) : FakeHID(queue), steps(into) {}
         std::unique_ptr<HIDManager> createManager() override {
             steps.emplace_back("3 device monitor");
+            if (inside) inside();
             return FakeHID::createManager();
         }
         Steps& steps;
+        std::function<void()> inside;
     };
     struct HotKeys : FakeHotKeys {
         explicit HotKeys(Steps& into) : steps(into) {}
         std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
             steps.emplace_back("7 hot key");
+            if (inside) inside();
             return FakeHotKeys::registerHotKey(hotKey);
         }
         Steps& steps;
+        std::function<void()> inside;
     };
     struct Files : FakeFileSystem {
         explicit Files(Steps& into) : steps(into) {}
@@ -78,27 +83,54 @@ struct StepsOfLaunch : Computer {
     Processes programs{steps};
 };
 
-TEST(LaunchTest, RunsItsNineStepsInOrder) {
+// The application on such a computer.
+struct Launch {
+    void run() { on.application.run(*delegate); }
+
     StepsOfLaunch on;
+    Platform platform{on.application, on.queue,  on.devices,  on.preferences, on.flagFile,
+                      on.log,         on.locale, on.bar,      on.keys,        on.login,
+                      on.windows,     on.alerts, on.programs, on.workspace,   on.bundle};
+    AppState state{on.preferences};
+    HelperController helper{on.flagFile, on.log};
+    GlobalHotkey hotkey{on.keys};
+    L10n texts{on.locale.preferredLanguages()};
+    std::shared_ptr<AppDelegate> delegate = AppDelegate::create(platform, state, helper, hotkey, texts);
+};
+
+TEST(LaunchTest, RunsItsNineStepsInOrder) {
+    Launch launch;
+    StepsOfLaunch& on = launch.on;
     on.alerts.onShown = [&] { on.steps.emplace_back("9 explanation"); };
-    const Platform platform{on.application, on.queue,  on.devices,  on.preferences, on.flagFile,
-                            on.log,         on.locale, on.bar,      on.keys,        on.login,
-                            on.windows,     on.alerts, on.programs, on.workspace,   on.bundle};
-    AppState state(on.preferences);
-    HelperController helper(on.flagFile, on.log);
-    GlobalHotkey hotkey(on.keys);
-    const L10n texts(on.locale.preferredLanguages());
-    const auto delegate = AppDelegate::create(platform, state, helper, hotkey, texts);
     EXPECT_TRUE(on.steps.empty());
-    on.application.run(*delegate);
+    launch.run();
     EXPECT_EQ(on.steps, (Texts{"1 accessory", "2 status item", "3 device monitor", "7 hot key", "8 first decision",
                                "9 /usr/bin/systemextensionsctl list", "9 explanation"}));
     // Steps 4 to 6 have subscribed to these three properties, so a change of each is saved.
-    state.selectedIDs.set({mouse.key()});
-    state.isEnabled.set(false);
-    state.mode.set(Mode::always);
+    launch.state.selectedIDs.set({mouse.key()});
+    launch.state.isEnabled.set(false);
+    launch.state.mode.set(Mode::always);
     on.queue.run();
     EXPECT_EQ(on.preferences.saves.size(), 3U);
+}
+
+TEST(LaunchTest, ListensToTheMonitorBeforeItStarts) {
+    Launch launch;
+    launch.on.devices.attach(mouse);
+    launch.on.devices.deliverInsideOpen();
+    launch.run();
+    launch.on.queue.run();
+    EXPECT_EQ(launch.state.devices.get().size(), 1U);
+}
+
+TEST(LaunchTest, SubscribesAfterTheMonitorStartsAndBeforeTheHotKeyIsRegistered) {
+    Launch launch;
+    launch.on.devices.inside = [&] { launch.state.isEnabled.set(false); };
+    launch.on.keys.inside = [&] { launch.state.mode.set(Mode::always); };
+    launch.run();
+    launch.on.queue.run();
+    EXPECT_EQ(launch.on.preferences.savesOf("isEnabled"), 0U);
+    EXPECT_EQ(launch.on.preferences.savesOf("blockMode"), 1U);
 }
 
 const std::string activeListing =
