@@ -52,6 +52,15 @@ TEST_F(PosixFileSystemTest, KeepsTheFileAndItsPermissions) {
     EXPECT_EQ(folder_.names(), std::set<std::string>{"state"});
 }
 
+TEST_F(PosixFileSystemTest, CreatesAFileThatTheOwnerMayWriteAndEveryoneMayRead) {
+    const mode_t mask = ::umask(022);
+    EXPECT_EQ(write("on"), "");
+    ::umask(mask);
+    struct stat created{};
+    ASSERT_EQ(::stat(flag_.c_str(), &created), 0);
+    EXPECT_EQ(created.st_mode & 07777, 0644U);
+}
+
 TEST_F(PosixFileSystemTest, DoesNotCreateAMissingFolder) {
     const std::string flag = folder_ / "missing/state";
     EXPECT_EQ(PosixFileSystem().writeWholeFile(flag, "on").reason(), system(ENOENT));
