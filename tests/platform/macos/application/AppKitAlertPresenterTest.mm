@@ -45,7 +45,8 @@ class AppKitAlertPresenterDriver {
             blocks_.erase(block);
             return work();
         }
-        if (const auto answer = answers_.find(title); answer != answers_.end()) give(window, answer->second);
+        const auto answer = answers_.find(title);
+        if (answer != answers_.end() && answered_.insert((const void*)window).second) give(window, answer->second);
     }
     static std::string titleOf(NSWindow* window) {
         for (NSTextField* field : viewsBelow<NSTextField>([window contentView])) {
@@ -54,29 +55,29 @@ class AppKitAlertPresenterDriver {
         }
         return {};
     }
+    // A button that is pressed by the program ends the alert at the next event.
     static void give(NSWindow* window, std::optional<int> button) {
-        if (!button) return [NSApp abortModal];
-        NSButton* pressed = buttonWithTitle([window contentView], *button == 0 ? "OK" : "Other");
-        const NSRect bounds = [pressed bounds];
-        const NSPoint center = [pressed convertPoint:NSMakePoint(NSMidX(bounds), NSMidY(bounds)) toView:nil];
-        for (const NSEventType type : {NSLeftMouseDown, NSLeftMouseUp}) {
-            [NSApp postEvent:[NSEvent mouseEventWithType:type
-                                                location:center
-                                           modifierFlags:0
-                                               timestamp:0
-                                            windowNumber:[window windowNumber]
-                                                 context:nil
-                                             eventNumber:0
-                                              clickCount:1
-                                                pressure:1]
-                     atStart:NO];
-        }
+        if (!button)
+            [NSApp abortModal];
+        else
+            [buttonWithTitle([window contentView], *button == 0 ? "OK" : "Other") performClick:nil];
+        [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
+                                            location:NSZeroPoint
+                                       modifierFlags:0
+                                           timestamp:0
+                                        windowNumber:0
+                                             context:nil
+                                             subtype:0
+                                               data1:0
+                                               data2:0]
+                 atStart:NO];
     }
 
     AppKitAlertPresenter alerts_;
     FakeMainQueue queue_;
     std::vector<std::string> shown_;
     std::set<const void*> seen_;
+    std::set<const void*> answered_;
     std::map<std::string, std::function<void()>> blocks_;
     std::map<std::string, std::optional<int>> answers_;
     KovraEachTurn* user_;  // and the main queue
