@@ -1,5 +1,5 @@
 # A cask for Homebrew. Nothing here has checked it, and there is no released file yet: VERSION, CHECKSUM and the address
-# stand for those of a release. CHECKSUM is the line of the zip file in SHA256SUMS.
+# stand for those of a release. CHECKSUM is that of the zip file in BLE-kovra-macos.sha256.
 cask "ble-kovra" do
   version "VERSION"
   sha256 "CHECKSUM"

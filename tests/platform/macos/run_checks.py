@@ -18,6 +18,7 @@ import json
 import os
 import plistlib
 import re
+import shlex
 import shutil
 import struct
 import subprocess
@@ -246,6 +247,22 @@ def has_its_icon(bundle):
             expect(seen["slash"] == (0xFF, 0xB3, 0, 255), f"{name}: the slash is {seen['slash']}")
 
 
+# The tests for a Mac
+
+
+def compiles_for_a_mac(source, folder):
+    """Checks a test that only a Mac can run, with the flags of the folder's sources and this machine's GoogleTest."""
+    google = BUILD / "macos-google-test"
+    google.mkdir(parents=True, exist_ok=True)
+    if not (google / "gtest").exists():
+        (google / "gtest").symlink_to("/usr/include/gtest")
+    entries = json.loads((folder / "compile_commands.json").read_text(encoding="utf-8"))
+    command = next(entry["command"] for entry in entries if entry["file"].endswith("loop/DispatchMainQueue.cpp"))
+    words = shlex.split(command)
+    flags = words[words.index(next(word for word in words if word.endswith("clang++"))) + 1 : words.index("-o")]
+    run(LLVM / "bin/clang++", *flags, "-isystem", google, "-Wno-gnu-zero-variadic-macro-arguments", "-fsyntax-only", source)
+
+
 # The check against a second description of the same interfaces
 
 
@@ -364,6 +381,10 @@ def main():
         checks.check(f"{processor}: the bundle has its icon", has_its_icon, bundle)
         programs.append(program)
     checks.check("both make one universal program", makes_one_program, programs)
+
+    mac_tests = [*sorted(HERE.rglob("*OnMacTest.cpp")), ROOT / "tests/platform/posix/PosixFileSystemContractTest.cpp"]
+    for source in mac_tests:
+        checks.check(f"{source.name} compiles for a Mac", compiles_for_a_mac, source, BUILD / "macos-arm64")
 
     layer = ROOT / "BLE_kovra" / "platform" / "macos"
     found = names.problems(layer, HERE / "declarations")

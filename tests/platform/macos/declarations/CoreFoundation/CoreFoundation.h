@@ -113,6 +113,11 @@ CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applica
 void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef application);
 Boolean CFPreferencesAppSynchronize(CFStringRef application);
 
+// For tests on a Mac.
+extern const CFStringRef kCFPreferencesAnyHost;
+extern const CFStringRef kCFPreferencesCurrentUser;
+CFArrayRef CFPreferencesCopyKeyList(CFStringRef application, CFStringRef user, CFStringRef host);
+
 // The run loop
 
 typedef CFStringRef CFRunLoopMode;

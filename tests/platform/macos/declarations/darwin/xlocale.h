@@ -12,6 +12,8 @@ extern "C" {
 int asprintf_l(char** text, locale_t locale, const char* format, ...);
 int snprintf_l(char* text, size_t size, locale_t locale, const char* format, ...);
 int sscanf_l(const char* text, locale_t locale, const char* format, ...);
+long long strtoll_l(const char* text, char** end, int base, locale_t locale);
+unsigned long long strtoull_l(const char* text, char** end, int base, locale_t locale);
 
 #ifdef __cplusplus
 }
