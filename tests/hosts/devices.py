@@ -19,16 +19,20 @@ import secluded
 class Devices:
     PRELOAD = "libumockdev-preload.so.0"
 
-    def __init__(self):
-        secluded.hide("/run/udev")
-        self._testbed = UMockdev.Testbed.new()
-        self._sys = self._testbed.get_sys_dir()
+    def __init__(self, folder=None, seen_as=None):
+        """`folder` takes the devices, and the programs know it as `seen_as`. By default it is a temporary one."""
+        if folder is None:
+            secluded.hide("/run/udev")
+            self._testbed = UMockdev.Testbed.new()
+            folder = self._testbed.get_root_dir()
+        self._folder, self._seen_as = pathlib.Path(folder), seen_as or folder
+        self._sys = self._folder / "sys"
         os.makedirs(f"{self._sys}/bus/hid/devices")
         self._count = 0
 
     @property
     def environment(self):
-        return {"LD_PRELOAD": self.PRELOAD, "UMOCKDEV_DIR": self._testbed.get_root_dir()}
+        return {"LD_PRELOAD": self.PRELOAD, "UMOCKDEV_DIR": str(self._seen_as)}
 
     @staticmethod
     def key(name, number):
@@ -59,6 +63,6 @@ class Devices:
         """Sends an event of the kernel to all programs that receive such events, through umockdev's sockets."""
         path = f"/devices/virtual/misc/uhid/{node}"
         lines = [f"{action}@{path}", f"ACTION={action}", f"DEVPATH={path}", "SUBSYSTEM=hid", "SEQNUM=1", ""]
-        for receiver in pathlib.Path(self._testbed.get_root_dir()).glob("event*"):
+        for receiver in self._folder.glob("event*"):
             with contextlib.suppress(ConnectionRefusedError), socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as sender:
                 sender.sendto("\0".join(lines).encode(), os.fspath(receiver))

@@ -13,13 +13,14 @@ PROGRAM = "org.ble_kovra.BLEKovra"
 
 
 class Caller:
-    def __init__(self, connection):
-        self._connection = connection
+    def __init__(self, connection, seconds=10):
+        """`seconds` is the longest time that a call may take."""
+        self._connection, self._limit = connection, seconds * 1000
 
     def call(self, name, path, interface, method, arguments=None):
         try:
             return self._connection.call_sync(name, path, interface, method, arguments, None,
-                                              Gio.DBusCallFlags.NO_AUTO_START, 10_000, None).unpack()
+                                              Gio.DBusCallFlags.NO_AUTO_START, self._limit, None).unpack()
         except GLib.Error as error:
             raise Failed(f"{interface}.{method} of {name}: {error.message}") from None
 

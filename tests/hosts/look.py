@@ -59,25 +59,25 @@ def is_slash(mask):
     return all(abs(x + y - (width - 1)) < thick for x, y in points) and all(_columns(line))
 
 
-def drawn(picture, box):
+def drawn(picture, box, beside=None):
     """Yields (color of the panel, color of the pixel) for each pixel in the box that differs from the panel.
 
-    The color of the panel is that of the pixel in the middle of the same row.
+    The color of the panel is that of the pixel in the same row at the column `beside`, by default the middle one.
     """
     left, top, right, bottom = box
     for y in range(top, bottom):
-        paper = picture.getpixel((picture.width // 2, y))
+        paper = picture.getpixel((picture.width // 2 if beside is None else beside, y))
         for color in (picture.getpixel((x, y)) for x in range(left, right)):
             if max(abs(one - other) for one, other in zip(paper, color)) > NOTICEABLE:
                 yield paper, color
 
 
-def contrast(picture, box):
+def contrast(picture, box, beside=None):
     """Returns the contrast between the icon in the box and the panel, as a ratio of luminances (1 to 21).
 
     Most pixels of the thin strokes are blended with the panel. So only the quarter with the highest contrast counts.
     """
-    ratios = sorted(_ratio(*pair) for pair in drawn(picture, box))
+    ratios = sorted(_ratio(*pair) for pair in drawn(picture, box, beside))
     strongest = ratios[-max(1, len(ratios) // 4):]
     return sum(strongest) / len(strongest)
 

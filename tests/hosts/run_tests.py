@@ -3,7 +3,6 @@
 
 import argparse
 import pathlib
-import shutil
 import signal
 import subprocess
 import sys
@@ -14,6 +13,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "tests/system/guest"))
 
 import secluded
+from tally import Tally
 from waiting import Failed, now
 
 
@@ -32,7 +32,10 @@ def main():
     if not binary.is_file():
         print(f"hosts: there is no program at {binary}", file=sys.stderr)
         return 1
-    tally = Tally(pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-")))
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="kovra-hosts-"))
+    # sway may run as another user, who must be able to enter this folder.
+    folder.chmod(0o755)
+    tally = Tally("hosts", folder)
     secluded.adopt_orphans()
     try:
         secluded.seclude()
@@ -74,37 +77,6 @@ def run_on(panel, binary, scenarios, only, tally):
     if world:
         world.end_program()
         world.close()
-
-
-class Tally:
-    def __init__(self, folder):
-        self.folder = folder
-        # sway may run as another user, who must be able to enter this folder.
-        self.folder.chmod(0o755)
-        self._passed = self._failed = 0
-
-    def ok(self, name, sentence, measured, seconds):
-        self._passed += 1
-        shown = f" [{measured}]" if measured else ""
-        print(f"ok      {name}: {sentence}{shown} ({seconds:.1f} s)", flush=True)
-
-    def fail(self, name, sentence, reason, world=None):
-        """Reports a failure. Saves the screen and the output of the processes, and closes the desktop."""
-        self._failed += 1
-        print(f"FAILED  {name}: {sentence}\n        {reason}", flush=True)
-        if world:
-            print(f"        seen: {world.leave_behind(name.replace('/', '-'))}", flush=True)
-            world.close()
-
-    def close(self, keep):
-        if self._passed + self._failed == 0:
-            self.fail("the hosts", "", "nothing ran")
-        if self._failed or keep:
-            print(f"hosts: the desktops' files are in {self.folder}", flush=True)
-        else:
-            shutil.rmtree(self.folder)
-        print(f"hosts: {self._passed} passed, {self._failed} failed", flush=True)
-        return 1 if self._failed else 0
 
 
 if __name__ == "__main__":
