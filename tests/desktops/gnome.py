@@ -1,0 +1,168 @@
+"""GNOME Shell: its packages, its settings without a screen, and its driver, which lets the shell itself report."""
+
+import io
+import json
+
+from gi.repository import GLib
+from PIL import Image
+
+from item import Caller
+from shell import KEYS, Entry, Shell, Window
+from waiting import check, now, wait_for
+
+NAME = "gnome"
+PACKAGES = ("gnome-shell", "gnome-session", "gnome-shell-extension-appindicator", "xdg-desktop-portal-gnome",
+            "dconf-cli", "dconf-gsettings-backend")
+ENVIRONMENT = {"XDG_CURRENT_DESKTOP": "GNOME", "XDG_SESSION_DESKTOP": "gnome", "DESKTOP_SESSION": "gnome"}
+SESSIONS = {"wayland": "/usr/bin/gnome-session --session=gnome", "x11": "/usr/bin/gnome-session --session=gnome"}
+_DROP_IN = "[Service]\nExecStart=\nExecStart=/usr/bin/gnome-shell --unsafe-mode {}\n"
+FILES = {
+    "/etc/systemd/user/org.gnome.Shell@wayland.service.d/kovra.conf":
+        _DROP_IN.format("--headless --virtual-monitor 1280x800"),
+    "/etc/systemd/user/org.gnome.Shell@x11.service.d/kovra.conf": _DROP_IN.format("--x11"),
+    "/etc/dconf/profile/user": "user-db:user\nsystem-db:local\n",
+    "/etc/dconf/db/local.d/kovra": """[org/gnome/shell]
+enabled-extensions=['ubuntu-appindicators@ubuntu.com']
+welcome-dialog-last-shown-version='99.0'
+[org/gnome/desktop/interface]
+enable-animations=false
+[org/gnome/desktop/screensaver]
+lock-enabled=false
+[org/gnome/desktop/session]
+idle-delay=uint32 0
+""",
+}
+COMMANDS = (("dconf", "update"),)
+
+SHELL = ("org.gnome.Shell", "/org/gnome/Shell", "org.gnome.Shell")
+SCREENSHOT = ("org.gnome.Shell.Screenshot", "/org/gnome/Shell/Screenshot", "org.gnome.Shell.Screenshot")
+PICTURE = "/tmp/kovra-picture.png"
+# Code that the shell evaluates before each piece of ours.
+PRELUDE = """
+const C = imports.gi.Clutter;
+globalThis.kovra ??= (() => {
+    const backend = C.get_default_backend ? C.get_default_backend() : global.stage.context.get_backend();
+    const seat = backend.get_default_seat();
+    return {pointer: seat.create_virtual_device(C.InputDeviceType.POINTER_DEVICE),
+            keyboard: seat.create_virtual_device(C.InputDeviceType.KEYBOARD_DEVICE)};
+})();
+const now = () => imports.gi.GLib.get_monotonic_time();
+const boxOf = actor => {
+    const [x, y] = actor.get_transformed_position(), [width, height] = actor.get_transformed_size();
+    // Before its first layout, an actor has no place.
+    return isNaN(x + y + width + height) ? null : [x, y, x + width, y + height].map(Math.round);
+};
+const indicator = () => Object.entries(Main.panel.statusArea).filter(([key, one]) =>
+    key.startsWith('appindicator-') && one._indicator?.id === 'ble-kovra').map(([key, one]) => one)[0];
+"""
+
+
+class Gnome(Shell):
+    HAS_TOOL_TIPS = False
+
+    @property
+    def _bus(self):
+        return Caller(self.session.bus, 60)
+
+    def evaluate(self, code):
+        """Returns the value of an expression in the shell's JavaScript."""
+        whole = f"(() => {{ {PRELUDE} return {code}; }})()"
+        succeeded, value = self._bus.call(*SHELL, "Eval", GLib.Variant("(s)", (whole,)))
+        check(succeeded, f"GNOME Shell cannot evaluate {code}: {value}")
+        return json.loads(value) if value else None
+
+    def is_ready(self):
+        return self._bus.has_owner(SHELL[0]) and self.evaluate("Main.layoutManager._startingUp") is False
+
+    def settle(self):
+        """The session starts in the overview, with a notification that the screen cannot be locked."""
+        self.evaluate("Main.messageTray.getSources().forEach(one => one.destroy())")
+        self.evaluate("Main.overview.hide()")
+        wait_for(lambda: not self.evaluate("Main.overview.visible"), "the overview to close")
+
+    def picture(self):
+        done, _ = self._bus.call(*SCREENSHOT, "Screenshot", GLib.Variant("(bbs)", (False, False, PICTURE)))
+        check(done, "GNOME Shell takes no picture")
+        return Image.open(io.BytesIO((self.session.files / PICTURE.lstrip("/")).read_bytes())).convert("RGB")
+
+    def point(self, x, y):
+        self.evaluate(f"kovra.pointer.notify_absolute_motion(now(), {x}, {y})")
+
+    def click(self, x, y, button=1):
+        self.point(x, y)
+        self.evaluate(f"""[C.ButtonState.PRESSED, C.ButtonState.RELEASED].forEach(state =>
+            kovra.pointer.notify_button(now(), {button}, state))""")
+
+    def press(self, *names):
+        # In one piece, so that no key is held long enough to repeat.
+        codes = [KEYS[name] for name in names]
+        self.evaluate(f"""[{codes}.forEach(code => kovra.keyboard.notify_key(now(), code, C.KeyState.PRESSED)),
+            {codes[::-1]}.forEach(code => kovra.keyboard.notify_key(now(), code, C.KeyState.RELEASED))] && null""")
+
+    def windows(self):
+        return [Window(**one) for one in self.evaluate("""global.get_window_actors().map(actor => actor.meta_window)
+            .filter(one => [0, 3, 4].includes(one.get_window_type())).map(one => {
+                const frame = one.get_frame_rect(), tracker = imports.gi.Shell.WindowTracker.get_default();
+                return {title: one.get_title() ?? '', app: tracker.get_window_app(one)?.get_id() ?? '',
+                        box: [frame.x, frame.y, frame.x + frame.width, frame.y + frame.height],
+                        has_keyboard: one.has_focus(), asks_for_attention: one.demands_attention || one.urgent,
+                        pid: one.get_pid()};
+            })""")]
+
+    def is_busy(self):
+        return self.evaluate("imports.gi.Shell.WindowTracker.get_default().get_startup_sequences()"
+                             ".some(one => !one.get_completed())")
+
+    def icon(self):
+        return self.evaluate("indicator() && indicator().visible ? boxOf(indicator()._icon ?? indicator()) : null")
+
+    def menu(self):
+        """Returns the entries of the open menu, or None. At first they lack titles or places."""
+        entries = self.evaluate("""indicator()?.menu?.isOpen ? indicator().menu._getMenuItems().filter(one =>
+            one.actor?.visible ?? one.visible).map(one => ({title: one.label?.text ?? '', is_checked:
+            one._ornament === 2, box: boxOf(one.actor ?? one)})) : null""")
+        if not entries or not any(one["title"] for one in entries) or not all(one["box"] for one in entries):
+            return None
+        return [Entry(**one) for one in entries]
+
+    def launch(self, typed):
+        """Types a word in the overview, as a user does, and starts what it finds."""
+        self.press("Super")
+        wait_for(lambda: self.evaluate("Main.overview.visible"), "the overview")
+        self.type(typed)
+        wait_for(lambda: self.evaluate("Main.overview.searchController?.searchActive ?? "
+                                       "Main.overview._overview.controls._searchController.searchActive"), "the search")
+        self._wait_found()
+        self.press("Return")
+        wait_for(lambda: not self.evaluate("Main.overview.visible"), "the overview to close")
+
+    def _wait_found(self):
+        results = "Main.overview._overview._controls._searchController._searchResults"
+        wait_for(lambda: self.evaluate(f"{results}._defaultResult?.app?.get_id()") == self.session.ENTRY,
+                 "the search to find the program")
+
+    def dash_entries(self):
+        """Returns how often the program is among the running programs."""
+        return self.evaluate(f"imports.gi.Shell.AppSystem.get_default().get_running().filter(one => one.get_id() === "
+                             f"'{self.session.ENTRY}').length")
+
+    def restart_panel(self):
+        """Turns the extension that shows the icons off and on again. Returns the seconds until the icon is back."""
+        self._set_extension("Disable")
+        wait_for(lambda: self.icon() is None, "the icon to leave the panel")
+        begun = now()
+        self._set_extension("Enable")
+        wait_for(self.icon, "the icon to come back", 30)
+        return now() - begun
+
+    def _set_extension(self, verb):
+        self._bus.call(SHELL[0], SHELL[1], "org.gnome.Shell.Extensions", f"{verb}Extension",
+                       GLib.Variant("(s)", ("ubuntu-appindicators@ubuntu.com",)))
+
+    def log_out(self):
+        # 1 is GSM_LOGOUT_MODE_NO_CONFIRMATION
+        self._bus.call("org.gnome.SessionManager", "/org/gnome/SessionManager", "org.gnome.SessionManager", "Logout",
+                       GLib.Variant("(u)", (1,)))
+
+
+SHELL_CLASS = Gnome

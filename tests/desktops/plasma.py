@@ -1,0 +1,244 @@
+"""Plasma: its packages, its settings without a screen, and its driver over KWin's interfaces."""
+
+import contextlib
+import json
+import os
+import struct
+
+from gi.repository import Gio, GLib
+from PIL import Image, ImageChops
+
+import accessible
+import look
+from item import BUS, WATCHER, Caller, item_of_program
+from shell import Entry, Shell, Window
+from waiting import Failed, now, wait_for
+from wayland import WaylandClient
+
+NAME = "plasma"
+PACKAGES = ("plasma-desktop", "plasma-workspace", "kwin-wayland", "kwin-x11", "xdg-desktop-portal-kde", "breeze",
+            "systemsettings")
+ENVIRONMENT = {"XDG_CURRENT_DESKTOP": "KDE", "XDG_SESSION_DESKTOP": "KDE", "DESKTOP_SESSION": "plasma",
+               "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "KWIN_SCREENSHOT_NO_PERMISSION_CHECKS": "1",
+               "KWIN_WAYLAND_NO_PERMISSION_CHECKS": "1"}
+SESSIONS = {"wayland": "/usr/bin/startplasma-wayland", "x11": "/usr/bin/startplasma-x11"}
+FILES = {
+    "/etc/systemd/user/plasma-kwin_wayland.service.d/kovra.conf": """[Service]
+Environment=KWIN_SCREENSHOT_NO_PERMISSION_CHECKS=1 KWIN_WAYLAND_NO_PERMISSION_CHECKS=1
+ExecStart=
+ExecStart=/usr/bin/kwin_wayland_wrapper --xwayland --virtual --width 1280 --height 800 --no-lockscreen
+""",
+    "/etc/xdg/ksplashrc": "[KSplash]\nEngine=none\nTheme=None\n",
+    "/etc/xdg/kscreenlockerrc": "[Daemon]\nAutolock=false\nLockOnResume=false\n",
+    "/etc/xdg/kwalletrc": "[Wallet]\nEnabled=false\nFirst Use=false\n",
+    "/etc/xdg/baloofilerc": "[Basic Settings]\nIndexing-Enabled=false\n",
+    "/etc/xdg/ksmserverrc": "[General]\nloginMode=emptySession\nconfirmLogout=false\n",
+    "/etc/xdg/kdeglobals": "[KDE]\nAnimationDurationFactor=0\n",
+}
+# The kernel refuses to start programs with capabilities that the container does not have.
+COMMANDS = (("sh", "-c", "setcap -r /usr/bin/kwin_wayland || true"),)
+
+BUTTONS = {1: 0x110, 3: 0x111, 2: 0x112}  # the kernel's BTN_LEFT, BTN_RIGHT and BTN_MIDDLE
+PLASMASHELL = "org.kde.plasmashell"
+KWIN = "org.kde.KWin"
+SCRIPT = "tmp/kovra.js"
+WINDOWS = """
+const list = workspace.windowList ? workspace.windowList() : workspace.clientList();
+const all = list.filter(one => one.normalWindow || one.dialog).map(one => {
+    const place = one.frameGeometry;
+    return {title: one.caption, app: String(one.desktopFileName), has_keyboard: one.active,
+            box: [place.x, place.y, place.x + place.width, place.y + place.height].map(Math.round),
+            asks_for_attention: one.demandsAttention, pid: one.pid};
+});
+callDBus("%s", "/kovra", "org.kovra.Test", "Report", JSON.stringify(all));
+"""
+REPORT = Gio.DBusNodeInfo.new_for_xml("""<node><interface name="org.kovra.Test">
+<method name="Report"><arg type="s" direction="in"/></method></interface></node>""").interfaces[0]
+# Of QImage's formats those that KWin uses, as PIL names them.
+FORMATS = {4: "BGRX", 5: "BGRA", 6: "BGRA", 16: "RGBX", 17: "RGBA", 18: "RGBA"}
+
+
+class FakeInput(WaylandClient):
+    """Sends the events of a mouse and a keyboard, through the protocol org_kde_kwin_fake_input."""
+
+    def __init__(self, session):
+        # KWin offers this only to programs whose files it can see.
+        connection, self._keeper = session.container.connected(f"{session.RUNTIME}/wayland-0", session.PERSON_ID)
+        super().__init__(connection, "org_kde_kwin_fake_input", 4)
+        self.send(self.GLOBAL, 0, self.text("tests") + self.text("tests"))
+
+    def point(self, x, y):
+        self.send(self.GLOBAL, 9, struct.pack("ii", round(x * 256), round(y * 256)))
+
+    def button(self, button, is_pressed):
+        self.send(self.GLOBAL, 2, struct.pack("II", BUTTONS[button], is_pressed))
+
+    def key(self, code, is_pressed):
+        self.send(self.GLOBAL, 10, struct.pack("II", code, is_pressed))
+
+
+class Plasma(Shell):
+    HAS_TOOL_TIPS = True
+
+    def __init__(self, session):
+        super().__init__(session)
+        self._reports = []
+        self._input = self._accessibility = self._without_menu = None
+        session.bus.register_object("/kovra", REPORT, self._reported, None, None)
+
+    def is_ready(self):
+        bus = Caller(self.session.bus)
+        return bus.has_owner(PLASMASHELL) and bus.has_owner(WATCHER) and bus.property(
+            WATCHER, "/StatusNotifierWatcher", WATCHER, "IsStatusNotifierHostRegistered")
+
+    def settle(self):
+        self._input = FakeInput(self.session)
+        self.point(640, 300)
+        self.still_picture()
+
+    def picture(self):
+        reading, writing = os.pipe()
+        with os.fdopen(reading, "rb") as picture:
+            try:
+                target = Gio.UnixFDList.new_from_array([os.dup(writing)])
+                answer, _ = self.session.bus.call_with_unix_fd_list_sync(
+                    KWIN, "/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2", "CaptureActiveScreen",
+                    GLib.Variant("(a{sv}h)", ({}, 0)), None, 0, 60_000, target)
+            finally:
+                os.close(writing)
+            facts = answer.unpack()[0]
+            data = picture.read()
+        size = facts["width"], facts["height"]
+        return Image.frombytes("RGB" if FORMATS[facts["format"]].endswith("X") else "RGBA", size, data, "raw",
+                               FORMATS[facts["format"]], facts["stride"]).convert("RGB")
+
+    def point(self, x, y):
+        self._input.point(x, y)
+
+    def click(self, x, y, button=1):
+        self.point(x, y)
+        for is_pressed in (1, 0):
+            self._input.button(button, is_pressed)
+
+    def key(self, code, is_pressed):
+        self._input.key(code, is_pressed)
+
+    def windows(self):
+        """Loads a script into KWin, which sends what it finds to this process."""
+        bus = Caller(self.session.bus)
+        (self.session.files / SCRIPT).write_text(WINDOWS % self.session.bus.get_unique_name())
+        self._reports.clear()
+        number = bus.call(KWIN, "/Scripting", "org.kde.kwin.Scripting", "loadScript",
+                          GLib.Variant("(ss)", (f"/{SCRIPT}", "kovra")))[0]
+        script = f"/{number}" if self.session.desktop.release == "bookworm" else f"/Scripting/Script{number}"
+        bus.call(KWIN, script, "org.kde.kwin.Script", "run")
+        wait_for(self._report, "KWin's list of windows", 20)
+        bus.call(KWIN, "/Scripting", "org.kde.kwin.Scripting", "unloadScript", GLib.Variant("(s)", ("kovra",)))
+        return [Window(**one) for one in json.loads(self._reports[-1])
+                if not one["app"].startswith("org.kde.plasmashell")]
+
+    def is_busy(self):
+        """Returns whether the pointer carries the icon of a program that is starting."""
+        return "startupfeedback" in Caller(self.session.bus).property(KWIN, "/Effects", "org.kde.kwin.Effects",
+                                                                      "activeEffects")
+
+    def icon(self):
+        for thing in self._shown(lambda thing: thing.label == "BLE-kovra"):
+            left, top, right, bottom = thing.box
+            # In the panel, and neither a task nor a tool tip.
+            if top >= 700 and right - left < 60:
+                return thing.box
+        return None
+
+    def expect_menu(self):
+        """Remembers the screen without the menu. Assistive technologies do not see Plasma's menus."""
+        self._without_menu = self.still_picture()
+
+    def menu(self):
+        """Returns the entries of the open menu, or None. The titles are those that the program has sent."""
+        picture = self.picture()
+        box = look.menu_box(look.changed(self._without_menu, picture), 100)
+        if not box or box[2] - box[0] > 600:
+            return None
+        box = _without_shadow(picture, box)
+        rows = look.text_rows(picture.crop(box), 1)
+        entries = [entry for entry in item_of_program(self.session.bus).entries() if entry.title]
+        if len(rows) != len(entries):
+            return None
+        found = []
+        for entry, (top, bottom) in zip(entries, rows):
+            row = [box[0], box[1] + top, box[2], box[1] + bottom]
+            # The mark in Plasma's check box is blue.
+            mark = picture.crop((row[0], row[1], row[0] + 32, row[3])).getdata()
+            is_checked = entry.checked is not None and sum(blue > red + 60 for red, _, blue in mark) > 20
+            found.append(Entry(entry.title, is_checked, row))
+        return found
+
+    def launch(self, typed):
+        """Types a word on the empty desktop, which opens KRunner, and starts what it finds."""
+        self.click(640, 300)
+        self.type(typed)
+        found = lambda thing: "BLE-kovra" in thing.label and thing.has(accessible.SHOWING)
+        wait_for(lambda: self._shown(found, "krunner"), "the launcher to find the program", 30)
+        self.press("Return")
+
+    def expect_tool_tip(self, text):
+        left, top, right, bottom = self.icon()
+        self.point((left + right) // 2, (top + bottom) // 2)
+        wait_for(lambda: self._shown(lambda thing: text in thing.label and thing.has(accessible.SHOWING)),
+                 f"a tool tip that says {text!r}", 20)
+
+    def restart_panel(self):
+        """Restarts the panel's program. Returns the seconds from the end of its start until the icon is back."""
+        owner = self._owner()
+        Caller(self.session.bus).call("org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+                                      "org.freedesktop.systemd1.Manager", "RestartUnit",
+                                      GLib.Variant("(ss)", ("plasma-plasmashell.service", "replace")))
+
+        wait_for(lambda: self._owner() not in (None, owner), "the panel to restart", 60)
+        wait_for(lambda: self._shown(lambda thing: thing.label == "Digital Clock"), "the panel", 60)
+        begun = now()
+        wait_for(self.icon, "the icon to come back", 30)
+        return now() - begun
+
+    def _owner(self):
+        with contextlib.suppress(Failed):
+            return Caller(self.session.bus).call(*BUS, "GetNameOwner", GLib.Variant("(s)", (PLASMASHELL,)))[0]
+        return None
+
+    def log_out(self):
+        self.session.bus.call_sync("org.kde.Shutdown", "/Shutdown", "org.kde.Shutdown", "logout", None, None, 0, 10_000,
+                                   None)
+
+    def _shown(self, wanted, by="plasmashell"):
+        """Returns what this program shows and is wanted."""
+        if self._accessibility is None:
+            self._accessibility = accessible.Accessibility(self.session)
+        program = self._accessibility.program(by)
+        found = []
+        for thing in program.all() if program else ():
+            with contextlib.suppress(Failed):
+                if wanted(thing):
+                    found.append(thing)
+        return found
+
+    def _report(self):
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self._reports
+
+    def _reported(self, _bus, _sender, _path, _interface, _method, arguments, invocation):
+        self._reports.append(arguments.unpack()[0])
+        invocation.return_value(None)
+
+
+def _without_shadow(picture, box):
+    """Returns the part of the box that contains its most frequent color, which is that of the menu."""
+    inside = picture.crop(box)
+    paper = Image.new("RGB", inside.size, max(inside.getcolors(1 << 24))[1])
+    same = ImageChops.difference(paper, inside).convert("L").point(lambda value: 0 if value else 255)
+    left, top, right, bottom = same.getbbox()
+    return box[0] + left, box[1] + top, box[0] + right, box[1] + bottom
+
+
+SHELL_CLASS = Plasma

@@ -1,0 +1,67 @@
+"""What the drivers of the desktops have in common."""
+
+import dataclasses
+
+from waiting import wait_for
+
+# The kernel's numbers of keys.
+KEYS = {"Escape": 1, "Tab": 15, "Return": 28, "Control": 29, "Shift": 42, "Alt": 56, "space": 57, "F2": 60, "F4": 62,
+        "Up": 103, "Down": 108, "Super": 125}
+for _first, _row in ((2, "1234567890-="), (16, "qwertyuiop[]"), (30, "asdfghjkl;'"), (44, "zxcvbnm,./")):
+    KEYS |= {letter: _first + place for place, letter in enumerate(_row)}
+KEYS[" "] = KEYS["space"]
+
+
+@dataclasses.dataclass
+class Window:
+    title: str
+    # What the desktop takes the window for: the name of its entry among the programs.
+    app: str
+    # left, top, right, bottom
+    box: list
+    has_keyboard: bool
+    asks_for_attention: bool
+    pid: int
+
+
+@dataclasses.dataclass
+class Entry:
+    """An entry of an open menu."""
+    title: str
+    is_checked: bool
+    box: list
+
+
+class Shell:
+    """A running desktop, as a person sees and uses it. `session` is the Session that it belongs to."""
+
+    def __init__(self, session):
+        self.session = session
+
+    def settle(self):
+        """Called once when the desktop is ready."""
+
+    def expect_menu(self):
+        """Called before the menu is opened."""
+
+    def press(self, *names):
+        """Presses these keys, and then releases them in reverse order."""
+        for name in names:
+            self.key(KEYS[name], True)
+        for name in reversed(names):
+            self.key(KEYS[name], False)
+
+    def type(self, text):
+        for letter in text:
+            self.press(letter)
+
+    def still_picture(self, wanted=lambda picture: True, text="a still picture", limit=60):
+        """Waits until two pictures in a row are equal and satisfy `wanted`. Returns that picture."""
+        before = [None]
+
+        def same():
+            picture = self.picture()
+            still = before[0] is not None and picture.tobytes() == before[0].tobytes()
+            before[0] = picture
+            return picture if still and wanted(picture) else None
+        return wait_for(same, text, limit)
