@@ -1,0 +1,183 @@
+"""The scenarios of the real desktops, in the words of somebody who uses one. Each runs on every desktop."""
+
+import look
+from item import PROGRAM
+from texts import ENGLISH, HINT, MUTE, TEXTS
+from waiting import check, now, wait_for
+from world import BINARY
+
+SCENARIOS = {}
+TITLES = TEXTS[ENGLISH]
+
+
+def scenario(sentence):
+    """Registers a function as a scenario. The sentence states what the program promises."""
+    def add(function):
+        SCENARIOS[function.__name__] = (sentence, function)
+        return function
+    return add
+
+
+# The minimum for texts of normal size in the Web Content Accessibility Guidelines. For icons these require 3.
+LEAST_CONTRAST = 4.5
+# "off" follows the removal of the mouse after 2.0 s. A busy machine may take a moment longer.
+GRACE, LATEST = 2.0, 2.6
+SIMULATED = "the mouse is simulated for the application (umockdev)"
+
+
+@scenario("Started from the desktop's launcher, the icon appears in the panel, and the pointer stops being busy.")
+def launcher(world):
+    world.shell.launch("ble-kovra")
+    wait_for(world.processes, "the program to start", 30)
+    started = now()
+    world.find_item()
+    shown = now() - started
+    wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", 5)
+    ended = now() - started
+    check(not world.window(), "the start has opened a window")
+    if world.desktop.asks_for_key:
+        world.refuse_key()
+        world.remark("the desktop asks for the hot key at once")
+    return f"icon after {shown:.1f} s, pointer after {ended:.1f} s"
+
+
+@scenario("The icon has the color of the panel, and is legible on it.")
+def icon(world):
+    world.start()
+    measured = {}
+    for muted in (False, True):
+        world.program.perform("on" if muted else "off")
+        world.expect_flag(muted)
+        world.icon_picture()
+        picture, box = world.shell.still_picture(), world.shell.icon()
+        measured["muted" if muted else "plain"] = ratio = look.contrast(picture, box, box[0] - 4)
+        check(ratio >= LEAST_CONTRAST, f"its contrast is only {ratio:.1f}")
+    return ", ".join(f"contrast {state} {ratio:.1f}" for state, ratio in measured.items())
+
+
+@scenario("The mouse is plugged in: the icon gets a slash and says so; 2.0 s after it is unplugged the slash is gone.")
+def mouse(world):
+    mice = world.mice()
+    world.choose(blockMode="onDevice", isEnabled=True, selectedDeviceIDs=[mice.key("Mouse", 1)])
+    world.run(BINARY, **mice.environment)
+    world.find_item()
+    world.refuse_key()
+    world.expect_flag(False)
+    plain = world.icon_picture()
+    begun = now()
+    node = mice.plug("Mouse")
+    world.expect_flag(True)
+    on = now() - begun
+    muted = world.icon_picture(lambda picture: picture.tobytes() != plain.tobytes(), "the slash to appear")
+    check(look.is_slash(look.changed(plain, muted)), "the change in the icon is not a slash")
+    status = TITLES["status.blocked"]
+    if world.shell.HAS_TOOL_TIPS:
+        world.shell.expect_tool_tip(status)
+    else:
+        check(status in str(world.item.property("ToolTip")), f"the tool tip is {world.item.property('ToolTip')}")
+        world.remark("the desktop shows no tool tips of icons")
+    begun = now()
+    mice.unplug(node)
+    world.expect_flag(False)
+    off = now() - begun
+    check(GRACE <= off <= LATEST, f"off came after {off:.2f} s")
+    world.icon_picture(lambda picture: picture.tobytes() == plain.tobytes(), "the slash to disappear")
+    world.remark(SIMULATED)
+    return f"on after {on:.2f} s, off after {off:.2f} s"
+
+
+@scenario("A left and a right click open the menu with its eight entries; choosing each one does what it says.")
+def menu(world):
+    world.start()
+    for button in (1, 3):
+        shown = world.open_menu(button)
+        # The hint changes once the desktop has answered.
+        wanted = [TITLES["block"], world.item.entries()[HINT].title, TITLES["menu.settings"],
+                  TITLES["menu.launchAtLogin"], TITLES["menu.activate"], TITLES["menu.about"], TITLES["menu.quit"]]
+        check([entry.title for entry in shown if entry.title] == wanted, f"button {button}: the menu shows {shown}")
+        check(not any(entry.is_checked for entry in shown), f"button {button}: the menu shows a tick")
+        world.close_menu()
+    for is_muted in (True, False):
+        world.choose_entry(TITLES["block"])
+        world.expect_flag(is_muted)
+        wait_for(lambda: world.item.checked(MUTE) == is_muted, "the tick to follow")
+        check(_ticked(world) == ([TITLES["block"]] if is_muted else []), f"muted: {is_muted}, ticked: {_ticked(world)}")
+    world.choose_entry(TITLES["menu.launchAtLogin"], button=3)
+    wait_for(world.autostart.exists, "the autostart entry")
+    check(_ticked(world) == [TITLES["menu.launchAtLogin"]], f"ticked: {_ticked(world)}")
+    world.choose_entry(TITLES["menu.launchAtLogin"])
+    wait_for(lambda: not world.autostart.exists(), "the autostart entry to be removed")
+    for entry in ("menu.about", "menu.settings"):
+        world.choose_entry(TITLES[entry])
+        world.expect_window_in_front()
+        world.close_window()
+    world.choose_entry(TITLES["menu.quit"])
+    wait_for(lambda: not world.processes(), "the program to end", 20)
+    wait_for(lambda: world.shell.icon() is None, "the icon to leave the panel", 20)
+
+
+@scenario("The settings open in front, with the keyboard: from the menu, at a second start, and on the action.")
+def settings(world):
+    world.start()
+    ways = {"menu": lambda: world.choose_entry(TITLES["menu.settings"]),
+            "launcher": lambda: world.shell.launch("ble-kovra"),
+            "terminal": lambda: world.run(BINARY),
+            "action": lambda: world.program.perform("settings")}
+    behind = []
+    for way, open_settings in ways.items():
+        open_settings()
+        window = wait_for(world.window, f"the window, from the {way}", 30)
+        check(window.app.removesuffix(".desktop") == PROGRAM, f"the desktop takes the window for {window.app!r}")
+        if way in ("menu", "launcher"):
+            world.expect_window_in_front()
+        else:
+            if not wait_for(world.window_or_hint, f"the window in front or a hint, from the {way}", 20).has_keyboard:
+                behind.append(way)
+        world.close_settings()
+    if behind:
+        world.remark(f"without a token ({', '.join(behind)}) the desktop shows a hint instead")
+
+
+@scenario("The panel is restarted: the icon is back within 2 s, and its menu works.")
+def panel(world):
+    world.start(muted=True)
+    before = world.icon_picture()
+    seconds = world.shell.restart_panel()
+    check(seconds <= 2.0, f"the icon came back after {seconds:.1f} s")
+    world.icon_picture(lambda picture: picture.tobytes() == before.tobytes(), "the icon to look as before")
+    world.choose_entry(TITLES["block"])
+    world.expect_flag(False)
+    return f"back after {seconds:.1f} s"
+
+
+@scenario("The desktop's log has no warning about the program, and the program adds no line that is not promised.")
+def journal(world):
+    world.start(muted=True)
+    world.program.perform("settings")
+    wait_for(world.window, "the window", 30)
+    world.program.perform("quit")
+    wait_for(lambda: not world.processes(), "the program to end", 20)
+    wrong = world.session.complaints()
+    check(not wrong, "the journal says: " + "; ".join(wrong))
+
+
+@scenario("Logging out gives the trackpad back.")
+def log_out(world):
+    world.start(muted=True)
+    world.expect_flag(True)
+    begun = now()
+    world.shell.log_out()
+    world.expect_flag(False)
+    off = now() - begun
+    wait_for(lambda: not world.processes(), "the program to end", 20)
+    return f"off after {off:.1f} s"
+
+
+# After these, the next scenario gets a new session.
+ENDS_SESSION = {"log_out"}
+
+
+def _ticked(world):
+    shown = world.open_menu()
+    world.close_menu()
+    return [entry.title for entry in shown if entry.is_checked]

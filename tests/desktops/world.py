@@ -1,0 +1,224 @@
+"""The environment of a scenario: a booted container, a person's session in it, the program, the mice."""
+
+import contextlib
+import json
+import os
+import shutil
+import time
+
+from gi.repository import GLib
+
+from container import Container
+from devices import Devices
+from item import PROGRAM, Caller, Program, item_of_program
+from session import Session
+from waiting import Failed, check, now, wait_for
+
+# Where the simulated devices are in the container.
+MICE = "tmp/kovra-mice"
+BINARY = "/usr/bin/ble-kovra"
+
+
+class NotPossible(Exception):
+    """Raised by a scenario that a desktop does not allow. The text says why, for users."""
+
+
+class World:
+    """`layers` are the folders of the root. `kept` is the folder for pictures and logs."""
+
+    def __init__(self, desktop, layers, kept):
+        self.desktop, self._layers, self._kept = desktop, layers, kept
+        self.container = self.session = None
+        self.item = None
+        self.remarks = []
+        self.boot_seconds = self.session_seconds = 0
+        self._stack = contextlib.ExitStack()
+
+    def open(self):
+        """Boots the container and starts the session."""
+        begun = now()
+        self.container = self._stack.enter_context(Container(self._layers))
+        self.boot_seconds = now() - begun
+        self.session = Session(self.desktop, self.container)
+        self._stack.callback(self.session.close)
+        self.session.start()
+        self.session_seconds = now() - begun - self.boot_seconds
+
+    def close(self):
+        self._stack.close()
+
+    @property
+    def shell(self):
+        return self.session.shell
+
+    @property
+    def bus(self):
+        return Caller(self.session.bus)
+
+    def remark(self, text):
+        """Adds a remark for users to the scenario's cell in the table."""
+        self.remarks.append(text)
+
+    # The program
+
+    def prepare(self):
+        """Ends the program and removes its files, so that each scenario starts in the same state."""
+        self.remarks.clear()
+        self.end_program()
+        for file in (self.preferences, self.autostart):
+            file.unlink(missing_ok=True)
+        wait_for(lambda: self.shell.icon() is None, "the icon to leave the panel")
+
+    @property
+    def preferences(self):
+        return self.session.home / ".config/ble-kovra/preferences.json"
+
+    @property
+    def autostart(self):
+        return self.session.home / f".config/autostart/{self.session.ENTRY}"
+
+    def choose(self, **preferences):
+        """Writes the preferences that the program reads at its start."""
+        self.container.run("mkdir", "-p", "/home/anna/.config/ble-kovra", user="anna")
+        self.preferences.write_text(json.dumps(preferences))
+        os.chown(self.preferences, 1000, 1000)
+
+    def processes(self, name="ble-kovra"):
+        """Returns the numbers of the running programs with this name, in the container."""
+        return [int(word) for word in self.container.run("pgrep", "-x", name, check_status=False).split()]
+
+    def end_program(self):
+        for pid in self.processes():
+            self.container.run("kill", "-TERM", pid, check_status=False)
+        wait_for(lambda: not self.processes(), "the program to end", 20)
+        self.item = None
+
+    def start(self, muted=False, **preferences):
+        """Starts the program as a service of the session, which no launcher has started."""
+        self.choose(**{"blockMode": "always", "isEnabled": muted, **preferences})
+        self.run(BINARY)
+        self.find_item()
+        self.refuse_key()
+
+    def run(self, *command, **variables):
+        """Starts a program in the session as a unit of the session's service manager, as desktops do."""
+        name = f"app-kovra-{time.monotonic_ns()}.service"
+        properties = [("ExecStart", GLib.Variant("a(sasb)", [(command[0], list(command), False)])),
+                      ("CollectMode", GLib.Variant("s", "inactive-or-failed")),
+                      ("Environment", GLib.Variant("as", [f"{key}={value}" for key, value in variables.items()]))]
+        self.bus.call("org.freedesktop.systemd1", "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager",
+                      "StartTransientUnit", GLib.Variant("(ssa(sv)a(sa(sv)))", (name, "fail", properties, [])))
+
+    def find_item(self):
+        """Waits until the program is on the bus and its icon is in the panel."""
+        wait_for(lambda: self.bus.has_owner(PROGRAM), "the program on the bus", 30)
+        wait_for(self._has_icon, "the icon to appear in the panel", 60)
+        self.item = item_of_program(self.session.bus)
+
+    def refuse_key(self):
+        """Refuses the dialogue with which some desktops ask for the hot key."""
+        if title := self.desktop.asks_for_key:
+            asked = lambda: any(title in one.title for one in self.shell.windows())
+            wait_for(asked, "the desktop's dialogue for the hot key", 30)
+            self.shell.press("Alt", "F4")
+            wait_for(lambda: not asked(), "the dialogue to close", 20)
+
+    def _has_icon(self):
+        check(self.processes(), "the program ended")
+        return self.shell.icon()
+
+    @property
+    def program(self):
+        return Program(self.session.bus)
+
+    def expect_flag(self, muted, limit=20):
+        wanted = "on" if muted else "off"
+        wait_for(lambda: self.session.flag() == wanted, f'the flag to say "{wanted}"', limit)
+
+    def mice(self):
+        """Returns simulated devices for programs that run() starts with their environment."""
+        place = self.session.files / MICE
+        shutil.rmtree(place, ignore_errors=True)
+        place.mkdir()
+        place.chmod(0o777)
+        return Devices(place, f"/{MICE}")
+
+    # The icon and its menu
+
+    def rest(self):
+        """Moves the pointer away from the panel."""
+        self.shell.point(640, 400)
+
+    def icon_picture(self, wanted=lambda icon: True, text="the icon"):
+        """Waits until the icon stands still and its picture satisfies `wanted`. Returns that picture."""
+        self.rest()
+        taken = lambda picture: picture.crop(self.shell.icon())
+        return taken(self.shell.still_picture(lambda picture: wanted(taken(picture)), text, 20))
+
+    def click_icon(self, button=1):
+        left, top, right, bottom = self.shell.icon()
+        self.shell.click((left + right) // 2, (top + bottom) // 2, button)
+
+    def open_menu(self, button=1):
+        """Clicks the icon, and returns the entries that the open menu shows."""
+        self.shell.expect_menu()
+        self.click_icon(button)
+        try:
+            return wait_for(self.shell.menu, "the menu to open", 10)
+        except Failed:
+            # A panel ignores a click on the icon until it has read the menu. So click again, as a user would.
+            self.click_icon(button)
+            return wait_for(self.shell.menu, "the menu to open at the second click", 20)
+
+    def close_menu(self):
+        self.shell.press("Escape")
+        wait_for(lambda: not self.shell.menu(), "the menu to close", 20)
+
+    def choose_entry(self, title, button=1):
+        entry = next((one for one in self.open_menu(button) if one.title == title), None)
+        check(entry, f"the menu has no entry {title!r}")
+        left, top, right, bottom = entry.box
+        self.shell.click((left + right) // 2, (top + bottom) // 2)
+        wait_for(lambda: not self.shell.menu(), "the menu to close", 20)
+
+    # The window
+
+    def window(self):
+        """Returns the program's only window, or None."""
+        found = [one for one in self.shell.windows() if one.title == "BLE-kovra"]
+        check(len(found) < 2, f"there are {len(found)} windows")
+        return found[0] if found else None
+
+    def window_or_hint(self):
+        """Returns the window if it has the keyboard, or if the desktop says that it asks for attention; or None."""
+        window = self.window()
+        return window if window and (window.has_keyboard or window.asks_for_attention) else None
+
+    def expect_window_in_front(self):
+        def so():
+            window = self.window()
+            return window and window.has_keyboard and window
+        window = wait_for(so, "the window in front, with the keyboard", 30)
+        return window
+
+    def close_settings(self):
+        """Closes the window, which need not have the keyboard: a click on it comes first."""
+        left, top, right, _ = self.window().box
+        self.shell.click((left + right) // 2, top + 60)
+        self.expect_window_in_front()
+        self.close_window()
+
+    def close_window(self):
+        self.shell.press("Escape")
+        wait_for(lambda: not self.window(), "the window to close", 20)
+
+    # What is left behind
+
+    def leave_behind(self, name):
+        """Saves a picture of the screen and the journal. Returns the path of the picture."""
+        kept = self._kept / f"{name}.png"
+        with contextlib.suppress(Exception):
+            self.shell.picture().save(kept)
+        with contextlib.suppress(Exception):
+            kept.with_suffix(".txt").write_text(self.session.journal("-b"))
+        return kept
