@@ -56,12 +56,12 @@ struct ShowWindow {
     unsigned styleMask = 0;  // flags of WindowStyle
     Size contentSize;
     std::uint64_t front = 0;
-    std::string activationToken;  // permits the window to come to the front; may be empty
-    WindowPlace place;            // for a window that was not visible before
+    std::string activationToken = {};  // permits the window to come to the front; may be empty
+    WindowPlace place = {};            // for a window that was not visible before
     // The content includes the user's changes up to this number. The window keeps later changes until a message
     // acknowledges them.
     std::uint64_t acknowledged = 0;
-    View content;  // without actions
+    View content = {};  // without actions
 };
 
 // Hides the window. The window process does not send WindowClosed for it.
