@@ -90,8 +90,10 @@ class Gnome(Shell):
 
     def click(self, x, y, button=1):
         self.point(x, y)
-        self.evaluate(f"""[C.ButtonState.PRESSED, C.ButtonState.RELEASED].forEach(state =>
-            kovra.pointer.notify_button(now(), {button}, state))""")
+        # What lies below the pointer is known after the shell has handled the motion.
+        wait_for(lambda: self.evaluate("global.get_pointer().slice(0, 2)") == [x, y], "the pointer to arrive", 20)
+        for state in ("PRESSED", "RELEASED"):
+            self.evaluate(f"kovra.pointer.notify_button(now(), {button}, C.ButtonState.{state})")
 
     def press(self, *names):
         # In one piece, so that no key is held long enough to repeat.

@@ -41,6 +41,7 @@ COMMANDS = (("sh", "-c", "setcap -r /usr/bin/kwin_wayland || true"),)
 BUTTONS = {1: 0x110, 3: 0x111, 2: 0x112}  # the kernel's BTN_LEFT, BTN_RIGHT and BTN_MIDDLE
 PLASMASHELL = "org.kde.plasmashell"
 KWIN = "org.kde.KWin"
+SCREENSHOT = ("/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2", "CaptureActiveScreen")
 SCRIPT = "tmp/kovra.js"
 WINDOWS = """
 const list = workspace.windowList ? workspace.windowList() : workspace.clientList();
@@ -100,10 +101,10 @@ class Plasma(Shell):
         reading, writing = os.pipe()
         with os.fdopen(reading, "rb") as picture:
             try:
-                target = Gio.UnixFDList.new_from_array([os.dup(writing)])
+                # The list closes its descriptors when it is no longer referenced. The picture ends when all are closed.
                 answer, _ = self.session.bus.call_with_unix_fd_list_sync(
-                    KWIN, "/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2", "CaptureActiveScreen",
-                    GLib.Variant("(a{sv}h)", ({}, 0)), None, 0, 60_000, target)
+                    KWIN, *SCREENSHOT, GLib.Variant("(a{sv}h)", ({}, 0)), None, 0, 60_000,
+                    Gio.UnixFDList.new_from_array([os.dup(writing)]))
             finally:
                 os.close(writing)
             facts = answer.unpack()[0]
@@ -175,8 +176,11 @@ class Plasma(Shell):
         return found
 
     def launch(self, typed):
-        """Types a word on the empty desktop, which opens KRunner, and starts what it finds."""
-        self.click(640, 300)
+        """Types a word in KRunner, as a user does, and starts what it finds."""
+        self.session.bus.call_sync("org.kde.krunner", "/App", "org.kde.krunner.App", "display", None, None, 0, 60_000,
+                                   None)
+        wait_for(lambda: self._shown(lambda thing: thing.has(accessible.SHOWING), "krunner"), "KRunner", 30)
+        self.still_picture()
         self.type(typed)
         found = lambda thing: "BLE-kovra" in thing.label and thing.has(accessible.SHOWING)
         wait_for(lambda: self._shown(found, "krunner"), "the launcher to find the program", 30)

@@ -98,6 +98,7 @@ class World:
         self.choose(**{"blockMode": "always", "isEnabled": muted, **preferences})
         self.run(BINARY)
         self.find_item()
+        self.expect_flag(muted)
         self.refuse_key()
 
     def run(self, *command, **variables):
@@ -118,10 +119,10 @@ class World:
     def refuse_key(self):
         """Refuses the dialogue with which some desktops ask for the hot key."""
         if title := self.desktop.asks_for_key:
-            asked = lambda: any(title in one.title for one in self.shell.windows())
-            wait_for(asked, "the desktop's dialogue for the hot key", 30)
+            dialogues = lambda: [one for one in self.shell.windows() if title in one.title]
+            wait_for(lambda: any(one.has_keyboard for one in dialogues()), "the desktop's dialogue for the hot key", 60)
             self.shell.press("Alt", "F4")
-            wait_for(lambda: not asked(), "the dialogue to close", 20)
+            wait_for(lambda: not dialogues(), "the dialogue to close", 30)
 
     def _has_icon(self):
         check(self.processes(), "the program ended")
@@ -175,11 +176,19 @@ class World:
         wait_for(lambda: not self.shell.menu(), "the menu to close", 20)
 
     def choose_entry(self, title, button=1):
-        entry = next((one for one in self.open_menu(button) if one.title == title), None)
-        check(entry, f"the menu has no entry {title!r}")
-        left, top, right, bottom = entry.box
+        self.open_menu(button)
+        left, top, right, bottom = self._resting_entry(title).box
         self.shell.click((left + right) // 2, (top + bottom) // 2)
         wait_for(lambda: not self.shell.menu(), "the menu to close", 20)
+
+    def _resting_entry(self, title):
+        """Waits until the open menu has the entry at the same place twice in a row. Returns the entry."""
+        seen = [None]
+
+        def rests():
+            before, seen[0] = seen[0], next((one for one in self.shell.menu() or [] if one.title == title), None)
+            return seen[0] if seen[0] and seen[0] == before else None
+        return wait_for(rests, f"the entry {title!r}", 20)
 
     # The window
 
