@@ -12,8 +12,10 @@ extern "C" {
 int asprintf_l(char** text, locale_t locale, const char* format, ...);
 int snprintf_l(char* text, size_t size, locale_t locale, const char* format, ...);
 int sscanf_l(const char* text, locale_t locale, const char* format, ...);
+#if _LIBCPP_VERSION < 190000  // libc++ 19 has its own
 long long strtoll_l(const char* text, char** end, int base, locale_t locale);
 unsigned long long strtoull_l(const char* text, char** end, int base, locale_t locale);
+#endif
 
 #ifdef __cplusplus
 }
