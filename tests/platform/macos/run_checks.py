@@ -124,7 +124,8 @@ def first_errors(message):
 def configured(processor, libraries):
     folder = BUILD / f"macos-{processor}"
     run(
-        "cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "--toolchain", HERE / "darwin.cmake",
+        # CMake takes the flags of a toolchain only when it configures a folder for the first time.
+        "cmake", "--fresh", "-S", ROOT, "-B", folder, "-G", "Ninja", "--toolchain", HERE / "darwin.cmake",
         f"-DKOVRA_CHECKED_ARCHITECTURE={processor}", "-DKOVRA_WERROR=ON",
         "-DBUILD_TESTING=OFF", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", f"-DKOVRA_EXPORTS={libraries}",
         f"-DKOVRA_WRITE_ICNS={BUILD / 'dev' / 'kovra_write_icns'}",
