@@ -384,8 +384,12 @@ NSAccessibilityRole const NSAccessibilityRadioGroupRole = @"radio group";
 
 @end
 
-#ifndef _NSStackView_h_GNUSTEP_GUI_INCLUDE
+// GNUstep 0.32 has stack views, but cannot insert into an empty one.
+#ifdef _NSStackView_h_GNUSTEP_GUI_INCLUDE
+@implementation NSStackView (StandIn)
+#else
 @implementation NSStackView
+#endif
 
 + (instancetype)stackViewWithViews:(NSArray*)views {
     NSStackView* made = [[NSStackView alloc] initWithFrame:NSZeroRect];
@@ -426,7 +430,6 @@ NSAccessibilityRole const NSAccessibilityRadioGroupRole = @"radio group";
 }
 
 @end
-#endif
 
 @implementation SMAppService
 
