@@ -1,9 +1,11 @@
 """Scenarios of the status item. Each runs on all panels that show items, or only on the panel `only_on`."""
 
+from Xlib import X
+
 import look
 from item import Program
 from panels import WaybarWithoutPortal
-from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, LOCALES, MUTE, QUIT, SETTINGS, titles
+from texts import ABOUT, ACTIVATE, ENGLISH, HINT, LAUNCH_AT_LOGIN, LOCALES, MUTE, QUIT, SETTINGS, TEXTS, titles
 from waiting import check, now, stay_until, wait_for
 from world import World
 
@@ -33,9 +35,11 @@ def _has_hot_key(world):
     return world.panel.name != "waybar"
 
 
-def _expect_titles(world, locale):
+def _expect_titles(world, locale, hint=None):
     # The hint changes once the desktop has answered.
     wanted = titles(locale, _has_hot_key(world))
+    if hint is not None:
+        wanted[HINT] = TEXTS[locale][hint]
     wait_for(lambda: [entry.title for entry in world.item.entries()] == wanted, f"the titles in {locale}")
 
 
@@ -81,6 +85,15 @@ def six_languages(world):
         menu = world.open_menu()
         check(len(menu.rows) == 7, f"in {locale} the open menu shows {len(menu.rows)} titles")
         world.dismiss_menu()
+
+
+@scenario("The menu says in each of the six languages that another program uses the hot key.", only_on="xfce4-panel")
+def hot_key_held(world):
+    with world.screen.holding("t", X.ControlMask | X.Mod1Mask):
+        for locale in LOCALES:
+            world.prepare()
+            world.start(locale=locale)
+            _expect_titles(world, locale, "menu.hotkeyHint.taken")
 
 
 @scenario("Each menu entry has its effect, and no other, when the host reports that it was chosen.")

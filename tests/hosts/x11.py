@@ -43,6 +43,18 @@ class X11Screen:
                 xtest.fake_input(self._display, event, code)
         self._display.sync()
 
+    @contextlib.contextmanager
+    def holding(self, name, modifiers):
+        """Holds the key with this keysym name and these modifiers, as another program does that uses it."""
+        key = self._display.keysym_to_keycode(XK.string_to_keysym(name))
+        self._root.grab_key(key, modifiers, False, X.GrabModeAsync, X.GrabModeAsync)
+        self._display.sync()
+        try:
+            yield
+        finally:
+            self._root.ungrab_key(key, modifiers)
+            self._display.sync()
+
     def window(self, title):
         """Returns (left, top, right, bottom) of a visible window with this title, or None."""
         return next(iter(self.windows(title)), None)
