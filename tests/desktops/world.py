@@ -9,6 +9,7 @@ import time
 from gi.repository import GLib
 
 from container import Container
+from desktops import PERSON, PERSON_ID
 from devices import Devices
 from item import PROGRAM, Caller, Program, item_of_program
 from session import Session
@@ -79,9 +80,10 @@ class World:
 
     def choose(self, **preferences):
         """Writes the preferences that the program reads at its start."""
-        self.container.run("mkdir", "-p", "/home/anna/.config/ble-kovra", user="anna")
+        folder = self.preferences.parent.relative_to(self.session.files)
+        self.container.run("mkdir", "-p", f"/{folder}", user=PERSON)
         self.preferences.write_text(json.dumps(preferences))
-        os.chown(self.preferences, 1000, 1000)
+        os.chown(self.preferences, PERSON_ID, PERSON_ID)
 
     def processes(self, name="ble-kovra"):
         """Returns the numbers of the running programs with this name, in the container."""
