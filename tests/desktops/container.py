@@ -134,9 +134,7 @@ class Container:
         return (self.folder / "console").read_text(errors="replace").strip()[-600:]
 
     def _remove_groups(self):
-        for group, _, _ in os.walk(self._groups, topdown=False):
-            with contextlib.suppress(OSError):
-                os.rmdir(group)
+        _remove_unused(self._groups)
         return not self._groups.exists()
 
 
@@ -155,6 +153,13 @@ def _listens(path):
         return client.connect_ex(str(path)) == 0
 
 
+def _remove_unused(groups):
+    """Removes these control groups and those below, except for those that still have processes."""
+    for group, _, _ in os.walk(groups, topdown=False):
+        with contextlib.suppress(OSError):
+            os.rmdir(group)
+
+
 def _make_groups():
     """Makes control groups for a container, and removes those that a killed run has left."""
     mounts = pathlib.Path("/proc/self/mountinfo").read_text().splitlines()
@@ -162,9 +167,7 @@ def _make_groups():
     check(places, "no control groups of version 2 are mounted on this machine")
     for left in pathlib.Path(places[0]).glob("kovra-desktop-*"):
         if not pathlib.Path(f"/proc/{left.name.split('-')[2]}").exists():
-            for group, _, _ in os.walk(left, topdown=False):
-                with contextlib.suppress(OSError):
-                    os.rmdir(group)
+            _remove_unused(left)
     groups = pathlib.Path(tempfile.mkdtemp(prefix=f"kovra-desktop-{os.getpid()}-", dir=places[0]))
     # Services of users have groups below, which they manage.
     groups.chmod(0o755)

@@ -12,7 +12,7 @@ class Results:
         self._cells = {}
 
     def works(self, desktop, name, remarks):
-        self._cells[desktop.name, name] = "; ".join([WORKS, *remarks]).replace(f"{WORKS}; ", f"{WORKS}: ", 1)
+        self._cells[desktop.name, name] = f"{WORKS}: {'; '.join(remarks)}" if remarks else WORKS
 
     def not_possible(self, desktop, name, reason):
         self._cells[desktop.name, name] = f"not possible: {reason}"
@@ -25,17 +25,13 @@ class Results:
         text = page.read_text(encoding="utf-8")
         begin, end = text.index(BEGIN) + len(BEGIN), text.index(END)
         known = _read(text[begin:end])
-        titles = [self._title(name) for name in self._scenarios]
+        titles = [f"`{name}`" for name in self._scenarios]
         rows = [["Desktop", *titles]] + [[desktop.title, *(self._cells.get((desktop.name, name)) or
                  known.get((desktop.title, title), NOT_TRIED) for name, title in zip(self._scenarios, titles))]
                 for desktop in desktops]
         rows.insert(1, ["---"] * len(rows[0]))
         table = "\n".join(f"| {' | '.join(row)} |" for row in rows)
         page.write_text(f"{text[:begin]}\n\n{table}\n\n{text[end:]}", encoding="utf-8")
-
-    @staticmethod
-    def _title(name):
-        return f"`{name}`"
 
 
 def _read(text):
