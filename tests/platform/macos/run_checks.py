@@ -14,6 +14,7 @@ preset dev must be configured, for the icon writer. The last line is "macos: N p
 """
 
 import argparse
+import contextlib
 import json
 import os
 import plistlib
@@ -326,8 +327,11 @@ def on_a_display(work):
         expect(number, "Xvfb did not start")
         return work({**os.environ, "DISPLAY": f":{number}", "HOME": str(home)})
     finally:
-        server.terminate()
-        server.wait()
+        # The server may miss a signal that arrives just before it waits for its clients.
+        while server.poll() is None:
+            server.terminate()
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                server.wait(0.1)
 
 
 def gnustep_results(program):

@@ -7,9 +7,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 namespace kovra {
 
@@ -50,10 +52,15 @@ class VirtualScreen {
     void goOn() const { ::kill(pid_, SIGCONT); }
 
     // Ends the server. Its address remains in DISPLAY.
+    //
+    // The signal is repeated until the server has ended. The server looks for it before it waits for its clients, and
+    // misses one that arrives in between until something wakes it.
     void end() {
         if (pid_ <= 0) return;
-        ::kill(pid_, SIGTERM);
-        ::waitpid(pid_, nullptr, 0);
+        while (::waitpid(pid_, nullptr, WNOHANG) == 0) {
+            ::kill(pid_, SIGTERM);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
         pid_ = 0;
     }
 

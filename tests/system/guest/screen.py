@@ -70,8 +70,11 @@ class Screen:
 
     def close(self):
         self._server.send_signal(signal.SIGCONT)
-        self._server.terminate()
-        self._server.wait()
+        # The server may miss a signal that arrives just before it waits for its clients.
+        while self._server.poll() is None:
+            self._server.terminate()
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                self._server.wait(1)
 
     def _connection(self):
         from Xlib import display
