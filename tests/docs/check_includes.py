@@ -29,7 +29,7 @@ cctype: toupper
 charconv: from_chars
 chrono: chrono chrono_literals micro
 clocale: setlocale
-cmath: abs ceil cos hypot isinf ldexp lround pow round sin trunc
+cmath: abs ceil cos hypot isinf ldexp lround pow round sin sqrt trunc
 concepts: integral
 condition_variable: condition_variable
 csignal: signal
@@ -61,7 +61,7 @@ numbers: numbers
 numeric: accumulate iota
 optional: make_optional nullopt optional
 ostream: flush hex ios oct ostream
-random: mt19937 mt19937_64 random_device uniform_int_distribution
+random: mt19937 mt19937_64 random_device uniform_int_distribution uniform_real_distribution
 ranges: ranges
 ratio: micro
 regex: regex regex_match

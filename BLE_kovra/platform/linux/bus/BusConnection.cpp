@@ -1,5 +1,6 @@
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
 
+#include <cstdint>
 #include <utility>
 
 #include "BLE_kovra/platform/linux/bus/NameOwner.h"
@@ -98,6 +99,17 @@ BusConnection::BusConnection(SdEventLoop& loop, BusHandle bus, BusFailures& fail
     const int attached = sd_bus_attach_event(bus_.get(), loop_.event(), SD_EVENT_PRIORITY_NORMAL);
     check(attached, "event loop");
     if (attached < 0) bus_.reset();
+    dispatching_ = loop_.afterEvents([this] { dispatchQueued(); });
+}
+
+// sd-bus dispatches one message for each event. For the others that it has read already it arms a timer that is due at
+// once, and arms it again in each turn in which another connection has something to read. At the start, these timers
+// would take a thirtieth of the CPU time.
+void BusConnection::dispatchQueued() {
+    std::uint64_t queued = 0;
+    while (bus_ && sd_bus_get_n_queued_read(bus_.get(), &queued) >= 0 && queued > 0 &&
+           sd_bus_process(bus_.get(), nullptr) > 0) {
+    }
 }
 
 BusToken BusConnection::receive(const BusSignal& signal, Receive received) {

@@ -10,6 +10,7 @@
 
 #include "BLE_kovra/platform/linux/bus/BusFailures.h"
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
+#include "BLE_kovra/platform/linux/loop/Listeners.h"
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 
 namespace kovra {
@@ -79,6 +80,7 @@ class BusConnection {
 
     std::shared_ptr<NameOwner> ownerOf(const std::string& name);
     BusMessage newCall(const BusMethod& method, const Write& write);
+    void dispatchQueued();
     void check(int result, const std::string& what) const;
 
     SdEventLoop& loop_;
@@ -87,6 +89,7 @@ class BusConnection {
     BusHandle bus_;
     std::map<std::string, std::weak_ptr<NameOwner>> owners_;  // one for all subscriptions to a service
     BusToken disconnected_;
+    Listeners<>::Token dispatching_;
 };
 
 }  // namespace kovra

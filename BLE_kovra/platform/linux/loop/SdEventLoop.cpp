@@ -213,6 +213,7 @@ void SdEventLoop::stop() {
 void SdEventLoop::turn() {
     constexpr auto forever = std::numeric_limits<std::uint64_t>::max();
     check(sd_event_run(event_.get(), blocks_.empty() ? forever : 0), "event loop");
+    afterEvents_.call();
     for (std::size_t left = blocks_.size(); left > 0 && !blocks_.empty(); --left) {
         const Block block = std::move(blocks_.front());
         blocks_.pop_front();

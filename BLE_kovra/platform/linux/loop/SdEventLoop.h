@@ -7,9 +7,11 @@
 #include <functional>
 #include <memory>
 #include <unordered_map>
+#include <utility>
 
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/linux/loop/Handles.h"
+#include "BLE_kovra/platform/linux/loop/Listeners.h"
 #include "BLE_kovra/platform/posix/DescriptorLoop.h"
 
 namespace kovra {
@@ -36,6 +38,10 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     std::unique_ptr<Watch> watch(int descriptor, Block readable) override;
     // Runs `writable` when the descriptor accepts data again. The same descriptor may also be watched for reading.
     std::unique_ptr<Watch> watchWritable(int descriptor, Block writable);
+
+    // Calls `work` in each turn, after the events and before the queued blocks, for as long as the token lives. Like a
+    // callback of sd-event, it must not call the application.
+    [[nodiscard]] Listeners<>::Token afterEvents(Block work) { return afterEvents_.add(std::move(work)); }
 
     // A signal that is handled for as long as this object lives. Its block is put at the head of the queue, in place of
     // the signal's usual effect. A signal that was ignored when the process started, as for a shell's background job,
@@ -64,6 +70,7 @@ class SdEventLoop : public MainQueue, public DescriptorLoop {
     void turn();
 
     Handle<sd_event, sd_event_unref> event_;
+    Listeners<> afterEvents_;
     std::deque<Block> blocks_;
     std::unordered_map<Timer*, std::shared_ptr<Timer>> timers_;  // those that are not due yet
     bool stopped_ = false;

@@ -8,174 +8,202 @@ namespace kovra {
 
 namespace {
 
-// Lengths are compared by their squares, since hypot() alone would make the program load the mathematical library.
+constexpr int side = 4;  // samples in a row of a pixel, and rows of samples
+
 double square(double value) { return value * value; }
 
-// Returns whether the rectangle covers the point after each side was moved outwards by `growth`. The radii of the
-// corners grow by the same length.
-bool covers(const RoundedRectangle& rectangle, double growth, Point point) {
-    const double halfWidth = rectangle.size.width / 2 + growth;
-    const double halfHeight = rectangle.size.height / 2 + growth;
-    const double x = std::abs(point.x - (rectangle.origin.x + rectangle.size.width / 2));
-    const double y = std::abs(point.y - (rectangle.origin.y + rectangle.size.height / 2));
-    if (x > halfWidth || y > halfHeight) return false;
-    const double radiusX = std::max(rectangle.cornerRadii.width + growth, 0.0);
-    const double radiusY = std::max(rectangle.cornerRadii.height + growth, 0.0);
-    const double cornerX = x - (halfWidth - radiusX);
-    const double cornerY = y - (halfHeight - radiusY);
-    if (cornerX <= 0 || cornerY <= 0) return true;
-    return square(cornerX / radiusX) + square(cornerY / radiusY) <= 1;
+// A range of positions along a row, with its ends. It is empty if its end is smaller than its beginning.
+struct Span {
+    double begin = 1;
+    double end = 0;
+};
+
+// Returns the positions x at which slope * x + offset is from `low` to `high`.
+Span positions(double slope, double offset, double low, double high) {
+    if (slope == 0) return low <= offset && offset <= high ? Span{-HUGE_VAL, HUGE_VAL} : Span{};
+    const double one = (low - offset) / slope;
+    const double other = (high - offset) / slope;
+    return {std::min(one, other), std::max(one, other)};
 }
 
-struct StrokeCovers {
-    double lineWidth = 0;
-    Point point;
+// Returns the part of the row at the height `y` inside the rectangle after each side was moved outwards by `growth`.
+// The radii of the corners grow by the same length.
+Span inside(const RoundedRectangle& rectangle, double growth, double y) {
+    const double halfWidth = rectangle.size.width / 2 + growth;
+    const double halfHeight = rectangle.size.height / 2 + growth;
+    const double fromMiddle = std::abs(y - (rectangle.origin.y + rectangle.size.height / 2));
+    if (halfWidth < 0 || fromMiddle > halfHeight) return {};
+    const double radiusX = std::max(rectangle.cornerRadii.width + growth, 0.0);
+    const double radiusY = std::max(rectangle.cornerRadii.height + growth, 0.0);
+    const double intoCorner = fromMiddle - (halfHeight - radiusY);
+    double half = halfWidth;
+    if (intoCorner > 0) half -= radiusX * (1 - std::sqrt(std::max(1 - square(intoCorner / radiusY), 0.0)));
+    const double middle = rectangle.origin.x + rectangle.size.width / 2;
+    return {middle - half, middle + half};
+}
 
-    bool operator()(const RoundedRectangle& rectangle) const {
-        return covers(rectangle, lineWidth / 2, point) && !covers(rectangle, -lineWidth / 2, point);
+// What a line covers of one row: `outer` without `hole`.
+struct Covered {
+    Span outer;
+    Span hole;
+};
+
+struct CoveredAt {
+    double y;
+    double lineWidth;
+
+    Covered operator()(const RoundedRectangle& rectangle) const {
+        return {inside(rectangle, lineWidth / 2, y), inside(rectangle, -lineWidth / 2, y)};
     }
-    bool operator()(const Segment& segment) const {
+    Covered operator()(const Segment& segment) const {
         const double dx = segment.to.x - segment.from.x;
         const double dy = segment.to.y - segment.from.y;
         const double lengthSquared = square(dx) + square(dy);
-        if (lengthSquared == 0) return false;
-        const double x = point.x - segment.from.x;
-        const double y = point.y - segment.from.y;
-        const double along = x * dx + y * dy;
-        const double across = x * dy - y * dx;
-        return along >= 0 && along <= lengthSquared && square(across) <= square(lineWidth / 2) * lengthSquared;
+        if (lengthSquared == 0) return {};
+        // For a point of the row, the distance along the segment and the distance from it, both times its length.
+        const double above = y - segment.from.y;
+        const Span along = positions(dx, above * dy - segment.from.x * dx, 0, lengthSquared);
+        const double reach = lineWidth / 2 * std::sqrt(lengthSquared);
+        const Span across = positions(dy, -above * dx - segment.from.x * dy, -reach, reach);
+        return {{std::max(along.begin, across.begin), std::min(along.end, across.end)}, {}};
     }
 };
 
-// Tells whether a point may be nearer to a stroke's ink than `margin`. It may answer yes for a point that is farther
-// away, but never no for one that is near. Most pixels of an icon are far from every stroke and need no samples.
-struct StrokeMayBeNear {
-    double reach = 0;  // half the line's width plus the margin
-    Point point;
-
-    bool operator()(const RoundedRectangle& rectangle) const {
-        const double x = std::abs(point.x - (rectangle.origin.x + rectangle.size.width / 2));
-        const double y = std::abs(point.y - (rectangle.origin.y + rectangle.size.height / 2));
-        const double fromSide = rectangle.size.width / 2 - x;  // positive inside the rectangle
-        const double fromTop = rectangle.size.height / 2 - y;
-        if (fromSide < -reach || fromTop < -reach) return false;
-        const bool isInside = (fromSide > reach + rectangle.cornerRadii.width && fromTop > reach) ||
-                              (fromSide > reach && fromTop > reach + rectangle.cornerRadii.height);
-        return !isInside;
-    }
-    bool operator()(const Segment& segment) const {
-        const double dx = segment.to.x - segment.from.x;
-        const double dy = segment.to.y - segment.from.y;
-        const double across = (point.x - segment.from.x) * dy - (point.y - segment.from.y) * dx;
-        return square(across) <= square(reach) * (square(dx) + square(dy));
-    }
-};
-
-using Strokes = std::vector<const Stroke*>;
-
-enum class Sample { empty, outline, ink };
-
-// A picture to sample. `outline` is the width of the outline on each side of a stroke, 0 if there is none.
-struct Samples {
-    Strokes near;
-    double outline;
-
-    Sample at(Point point) const {
-        Sample sample = Sample::empty;
-        for (const Stroke* stroke : near) {
-            if (std::visit(StrokeCovers{stroke->lineWidth, point}, stroke->shape)) {
-                if (!stroke->isGap)
-                    sample = Sample::ink;
-                else if (sample == Sample::ink)
-                    sample = outline > 0 ? Sample::outline : Sample::empty;
-            } else if (sample == Sample::empty && outline > 0 && !stroke->isGap &&
-                       std::visit(StrokeCovers{stroke->lineWidth + 2 * outline, point}, stroke->shape)) {
-                sample = Sample::outline;
-            }
-        }
-        return sample;
-    }
-};
-
-// The grid of a drawing's pixels.
-struct Grid {
-    Size size;
-    int pixels;
-
-    // Returns a point of a pixel. `along` and `down` are from 0 to 1, from the pixel's top left corner.
-    Point at(int column, int row, double along, double down) const {
-        const double x = (column + along) / pixels;
-        const double y = 1 - (row + down) / pixels;
-        return {x * size.width, y * size.height};
-    }
-    // The centre of a pixel is nowhere farther than this from the rest of the pixel.
-    double margin() const { return (size.width + size.height) / 2 / pixels; }
-};
-
-constexpr int side = 4;  // samples in a row of a pixel, and rows of samples
-
+// The numbers of a pixel's samples.
 struct Coverage {
-    int inked = 0;  // number of samples
+    int inked = 0;
     int outlined = 0;
-
-    void add(Sample sample, int count) {
-        if (sample == Sample::ink) inked += count;
-        if (sample == Sample::outline) outlined += count;
-    }
 };
 
-// Estimates the coverage of a pixel from 4 by 4 samples. If those in the corners are the same, all count as the same:
-// no line is thinner than a point, and unless the picture is tiny, no point is smaller than a pixel.
-Coverage coverageOf(const Samples& samples, const Grid& grid, int column, int row) {
-    Coverage coverage;
-    if (samples.near.empty()) return coverage;
-    const auto sample = [&](int along, int down) {
-        return samples.at(grid.at(column, row, (along + 0.5) / side, (down + 0.5) / side));
+// One row of samples, from left to right. A sample is empty, ink or outline.
+class Row {
+  public:
+    Row(int pixels, double width)
+        : count_(side * pixels), perPoint_(count_ / width), words_(static_cast<std::size_t>(count_) / bits + 1) {}
+
+    void clear() { std::ranges::fill(words_, Word()); }
+    void ink(const Covered& line) {
+        change(line, [](Word& word, std::uint64_t mask) {
+            word.ink |= mask;
+            word.outline &= ~mask;
+        });
+    }
+    // Only empty samples become outline.
+    void outline(const Covered& line) {
+        change(line, [](Word& word, std::uint64_t mask) { word.outline |= mask & ~word.ink; });
+    }
+    void remove(const Covered& line, bool leavesOutline) {
+        change(line, [leavesOutline](Word& word, std::uint64_t mask) {
+            if (leavesOutline) word.outline |= mask & word.ink;
+            word.ink &= ~mask;
+        });
+    }
+
+    // Adds the samples to the pixels of this row.
+    void addTo(std::vector<Coverage>& pixels) const {
+        auto pixel = pixels.begin();
+        for (Word word : words_) {
+            const auto next = pixel + std::min<std::ptrdiff_t>(bits / side, pixels.end() - pixel);
+            for (auto each = pixel; (word.ink | word.outline) != 0; ++each) {
+                each->inked += ones(word.ink);
+                each->outlined += ones(word.outline);
+                word = {word.ink >> side, word.outline >> side};
+            }
+            pixel = next;
+        }
+    }
+
+  private:
+    static constexpr std::size_t bits = 64;
+
+    // One bit for each sample, the leftmost sample in the lowest bit. At most one of both is set.
+    struct Word {
+        std::uint64_t ink = 0;
+        std::uint64_t outline = 0;
     };
-    constexpr int last = side - 1;
-    const Sample corner = sample(0, 0);
-    if (grid.pixels >= grid.size.width && corner == sample(last, last) && corner == sample(last, 0) &&
-        corner == sample(0, last)) {
-        coverage.add(corner, side * side);
-        return coverage;
+    struct Range {
+        int begin;
+        int end;
+    };
+
+    // Returns the number of ones in the lowest four bits. Each digit is the number for its position.
+    static int ones(std::uint64_t nibble) { return static_cast<int>(0x4332'3221'3221'2110U >> nibble % 16 * 4 & 0xFU); }
+
+    // The first sample is half a sample from the left.
+    Range range(const Span& span) const {
+        if (span.end < span.begin) return {0, 0};
+        const double begin = std::clamp(span.begin * perPoint_ - 0.5, 0.0, double(count_));
+        const double end = std::clamp(span.end * perPoint_ + 0.5, 0.0, double(count_));
+        const int whole = static_cast<int>(begin);
+        return {whole < begin ? whole + 1 : whole, static_cast<int>(end)};
     }
-    for (int down = 0; down < side; ++down) {
-        for (int along = 0; along < side; ++along) coverage.add(sample(along, down), 1);
+
+    template <typename Change>
+    void change(const Covered& line, Change change) {
+        const Range outer = range(line.outer);
+        const Range hole = range(line.hole);
+        if (hole.begin >= hole.end) return changeAll(outer, change);
+        changeAll({outer.begin, std::min(hole.begin, outer.end)}, change);
+        changeAll({std::max(hole.end, outer.begin), outer.end}, change);
     }
-    return coverage;
+    template <typename Change>
+    void changeAll(Range range, Change change) {
+        while (range.begin < range.end) {
+            const auto at = static_cast<std::size_t>(range.begin);
+            const std::size_t length = std::min(static_cast<std::size_t>(range.end) - at, bits - at % bits);
+            change(words_[at / bits], (~std::uint64_t(0) >> (bits - length)) << at % bits);
+            range.begin += static_cast<int>(length);
+        }
+    }
+
+    int count_;
+    double perPoint_;
+    std::vector<Word> words_;
+};
+
+// Draws the row at the height `y`. `outline` is the width of the outline on each side of a stroke, 0 if there is none.
+void draw(Row& row, const std::vector<Stroke>& strokes, double y, double outline) {
+    row.clear();
+    for (const Stroke& stroke : strokes) {
+        const Covered line = std::visit(CoveredAt{y, stroke.lineWidth}, stroke.shape);
+        if (stroke.isGap) {
+            row.remove(line, outline > 0);
+            continue;
+        }
+        if (outline > 0) row.outline(std::visit(CoveredAt{y, stroke.lineWidth + 2 * outline}, stroke.shape));
+        row.ink(line);
+    }
 }
 
-void appendPixel(std::vector<std::uint8_t>& bytes, const Coverage& coverage, const IconPaint& paint) {
+void append(std::vector<std::uint8_t>& bytes, const Coverage& coverage, const IconPaint& paint) {
     const auto [inked, outlined] = coverage;
     const int covered = inked + outlined;
     bytes.push_back(static_cast<std::uint8_t>(covered * 255 / (side * side)));
-    const std::uint32_t outline = paint.outline.value_or(paint.ink);
     for (const int shift : {16, 8, 0}) {
         const int ink = static_cast<std::uint8_t>(paint.ink >> shift);
-        const int other = static_cast<std::uint8_t>(outline >> shift);
-        bytes.push_back(static_cast<std::uint8_t>(covered == 0 ? ink : (inked * ink + outlined * other) / covered));
+        const int other = static_cast<std::uint8_t>(paint.outline.value_or(0) >> shift);
+        bytes.push_back(static_cast<std::uint8_t>(outlined == 0 ? ink : (inked * ink + outlined * other) / covered));
     }
 }
 
 }  // namespace
 
+// Each pixel has 4 by 4 samples. A row of them is drawn at once: which part of a row a line covers follows from a few
+// square roots, while each sample by itself would take as many comparisons.
 std::vector<std::uint8_t> argbPixmap(const Drawing& drawing, int pixels, const IconPaint& paint) {
     std::vector<std::uint8_t> bytes;
     bytes.reserve(static_cast<std::size_t>(pixels) * static_cast<std::size_t>(pixels) * 4);
     const Drawing shown = fittedTo(pixels, drawing);
-    const Grid grid{shown.size, pixels};
-    Samples samples{{}, paint.outline ? outlineShare * shown.size.width : 0};
-    for (int row = 0; row < pixels; ++row) {
-        for (int column = 0; column < pixels; ++column) {
-            samples.near.clear();
-            const Point centre = grid.at(column, row, 0.5, 0.5);
-            for (const Stroke& stroke : shown.strokes) {
-                const double reach = stroke.lineWidth / 2 + samples.outline + grid.margin();
-                if (stroke.isGap && samples.near.empty()) continue;  // there is nothing to remove
-                if (std::visit(StrokeMayBeNear{reach, centre}, stroke.shape)) samples.near.push_back(&stroke);
-            }
-            appendPixel(bytes, coverageOf(samples, grid, column, row), paint);
+    const double outline = paint.outline ? outlineShare * shown.size.width : 0;
+    Row row(pixels, shown.size.width);
+    for (int down = 0; down < pixels; ++down) {
+        std::vector<Coverage> coverages(static_cast<std::size_t>(pixels));
+        for (int line = 0; line < side; ++line) {
+            const double fromTop = (down + (line + 0.5) / side) / pixels;
+            draw(row, shown.strokes, (1 - fromTop) * shown.size.height, outline);
+            row.addTo(coverages);
         }
+        for (const Coverage& each : coverages) append(bytes, each, paint);
     }
     return bytes;
 }

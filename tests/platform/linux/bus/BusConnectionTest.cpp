@@ -67,6 +67,11 @@ class BusConnectionTest : public testing::Test {
             [&](sd_bus_message*) { isAnswered = true; });
         EXPECT_TRUE(turnUntil(loop_, [&] { return isAnswered; }));
     }
+    // Calls the bus and waits for its reply. Reads and keeps all messages that arrive before it.
+    static void askBus(BusConnection& connection) {
+        constexpr const char* name = "org.freedesktop.DBus";
+        EXPECT_GE(sd_bus_call_method(connection.bus(), name, "/", name, "GetId", nullptr, nullptr, ""), 0);
+    }
     bool receives(const std::string& all) {
         return turnUntil(loop_, [&] { return received_ == all; });
     }
@@ -100,6 +105,18 @@ TEST_F(BusConnectionTest, DeliversASignalToEverySubscriber) {
     emitUntilReceived("ready");
     emit("both");
     EXPECT_TRUE(receives("both both "));
+}
+
+// Of messages that were read together, sd-bus itself dispatches one in each turn.
+TEST_F(BusConnectionTest, DispatchesAllMessagesThatItHasReadInOneTurn) {
+    const auto token = receiveChanges();
+    emitUntilReceived("ready");
+    for (const char* value : {"one", "two", "three"}) emit(value);
+    askBus(other());  // from then on the bus has passed the signals on
+    askBus(bus());
+    int turns = 0;
+    loop_.runUntil([&] { return received_ == "one two three " || ++turns > 9; });
+    EXPECT_EQ(turns, 1);
 }
 
 TEST_F(BusConnectionTest, DeliversNothingAfterTheTokenIsReleasedNotEvenAQueuedSignal) {

@@ -85,6 +85,23 @@ TEST(SdEventLoopTest, AllowsABlockToDestroyItsOwnWatch) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST(SdEventLoopTest, CallsWhatFollowsTheEventsInEachTurnBeforeTheQueuedBlocks) {
+    SdEventLoop loop;
+    std::string order;
+    auto token = loop.afterEvents([&] { order += "events "; });
+    const auto turn = [&] {
+        bool isOver = false;
+        loop.async([&] { order += "block "; });
+        loop.async([&] { isOver = true; });
+        loop.runUntil([&] { return isOver; });
+    };
+    turn();
+    turn();
+    token.reset();
+    turn();
+    EXPECT_EQ(order, "events block events block block ");
+}
+
 TEST(SdEventLoopTest, WatchesADescriptorForReadingAndWritingAtTheSameTime) {
     SdEventLoop loop;
     std::array<int, 2> ends{};

@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <random>
 #include <string>
+#include <variant>
+#include <vector>
 
 namespace kovra {
 namespace {
@@ -75,6 +81,73 @@ TEST(IconPixmapTest, DrawsTheGlyphForItsNumberOfPixels) {
     drawing.glyphs.push_back({.pixels = 16, .strokes = {{Segment{.from = {0, 8}, .to = {16, 8}}, 2}}});
     const Picture picture(drawing, 16);
     for (int i = 0; i < 256; ++i) EXPECT_EQ(picture.alpha(i % 16, i / 16), i / 16 == 7 || i / 16 == 8 ? 255 : 0);
+}
+
+// Tells for one point whether a line covers it, from the definition of its shape.
+struct Covers {
+    double lineWidth;
+    Point point;
+
+    bool operator()(const RoundedRectangle& rectangle) const {
+        return isInside(rectangle, lineWidth / 2) && !isInside(rectangle, -lineWidth / 2);
+    }
+    bool operator()(const Segment& segment) const {
+        const double dx = segment.to.x - segment.from.x;
+        const double dy = segment.to.y - segment.from.y;
+        const double length = std::hypot(dx, dy);
+        const double along = ((point.x - segment.from.x) * dx + (point.y - segment.from.y) * dy) / length;
+        const double across = ((point.x - segment.from.x) * dy - (point.y - segment.from.y) * dx) / length;
+        return along >= 0 && along <= length && std::abs(across) <= lineWidth / 2;
+    }
+    bool isInside(const RoundedRectangle& rectangle, double growth) const {
+        const double halfWidth = rectangle.size.width / 2 + growth;
+        const double halfHeight = rectangle.size.height / 2 + growth;
+        const double x = std::abs(point.x - rectangle.origin.x - rectangle.size.width / 2);
+        const double y = std::abs(point.y - rectangle.origin.y - rectangle.size.height / 2);
+        if (x > halfWidth || y > halfHeight) return false;
+        const double radiusX = std::max(rectangle.cornerRadii.width + growth, 0.0);
+        const double radiusY = std::max(rectangle.cornerRadii.height + growth, 0.0);
+        const double cornerX = x - (halfWidth - radiusX);
+        const double cornerY = y - (halfHeight - radiusY);
+        return cornerX <= 0 || cornerY <= 0 || std::hypot(cornerX / radiusX, cornerY / radiusY) <= 1;
+    }
+};
+
+// Returns how many of a pixel's 16 samples have ink: the points in the middle of its sixteenths.
+int inkedSamples(const Drawing& drawing, int pixels, int column, int row) {
+    int inked = 0;
+    for (int i = 0; i < 16; ++i) {
+        const Point point{(column + (i % 4 + 0.5) / 4) / pixels * drawing.size.width,
+                          (1 - (row + (i / 4 + 0.5) / 4) / pixels) * drawing.size.height};
+        bool isInked = false;
+        for (const Stroke& stroke : drawing.strokes) {
+            if (std::visit(Covers{stroke.lineWidth, point}, stroke.shape)) isInked = !stroke.isGap;
+        }
+        inked += isInked ? 1 : 0;
+    }
+    return inked;
+}
+
+TEST(IconPixmapTest, CountsExactlyTheSamplesThatTheStrokesCover) {
+    std::mt19937 random(20'261'123);
+    const auto between = [&](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    const auto anywhere = [&] { return Point{between(-4, 22), between(-4, 22)}; };
+    for (int round = 0; round < 120; ++round) {
+        Drawing drawing{.name = "", .size = {18, between(12, 24)}, .strokes = {}};
+        const RoundedRectangle rectangle{anywhere(), {between(1, 20), between(1, 20)}, {between(0, 5), between(0, 5)}};
+        drawing.strokes = {{rectangle, between(0.1, 6)},
+                           {Segment{anywhere(), anywhere()}, between(0.1, 6), true},
+                           {Segment{anywhere(), anywhere()}, between(0.1, 6)}};
+        const int pixels = 1 + round % 40;
+        const Picture picture(drawing, pixels);
+        for (int i = 0; i < pixels * pixels; ++i) {
+            ASSERT_EQ(picture.alpha(i % pixels, i / pixels),
+                      inkedSamples(drawing, pixels, i % pixels, i / pixels) * 255 / 16)
+                << "round " << round << ", pixel " << i;
+        }
+    }
 }
 
 // At 18 pixels, one pixel is one point. The first row is the top row.
