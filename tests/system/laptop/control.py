@@ -142,6 +142,7 @@ def no_trackpad(laptop):
     expect(asked(anna, "status"), CANNOT_TELL, "Whether the trackpad is muted cannot be told: no built-in trackpad is "
                                                "recognized. See ble-kovractl doctor.")
     laptop.plug_pad("Logitech Touchpad", 0x046d, 0x1234)
+    run("udevadm", "settle", "--timeout=60")
     code, lines = asked(anna, "doctor")
     check(code == 1 and "WRONG  No built-in trackpad is recognized." in lines, f"it says {lines}")
     for line in ("           vendor=046d", "           product=1234", "           ID_INPUT_TOUCHPAD=1"):
