@@ -3,20 +3,14 @@
 Both are packaged from what was built for the Debian packages, since compiling it again would take minutes.
 """
 
-import os
 import pathlib
 import re
 import shutil
 import tempfile
 
 from built import NAMES
-from scenario import run
+from scenario import run, without_fakeroot
 from waiting import check
-
-
-def without_fakeroot():
-    """Returns the environment of programs that see the real owners of files."""
-    return {name: value for name, value in os.environ.items() if name not in ("FAKEROOTKEY", "LD_PRELOAD")}
 
 
 def is_root():

@@ -1,5 +1,6 @@
 """Registers the scenarios of the packages, and runs commands for them."""
 
+import os
 import subprocess
 
 from waiting import check
@@ -13,6 +14,11 @@ def scenario(sentence):
         SCENARIOS[function.__name__] = (sentence, function)
         return function
     return add
+
+
+def without_fakeroot():
+    """Returns the environment of programs that see the real owners of files."""
+    return {name: value for name, value in os.environ.items() if name not in ("FAKEROOTKEY", "LD_PRELOAD")}
 
 
 def run(*command, **how):
