@@ -44,8 +44,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void applicationWillTerminate() override;
 
     // Decides whether to mute, then updates the flag, `AppState::blocking` and the status item. The flag is not written
-    // again if its last successful write had the same decision. Does nothing after applicationWillTerminate(), so that
-    // the flag stays "off".
+    // again if its last write succeeded and had the same decision. Does nothing after applicationWillTerminate(), so
+    // that the flag stays "off".
     void evaluate();
 
     // Creates the status item with its menu. The icon has no slash, which would mean "muted", until the first

@@ -13,8 +13,10 @@ HelperController& HelperController::shared() {
 
 void HelperController::set(bool on) {
     const std::string text = on ? "on" : "off";
-    if (lastWritten_ == text) return;
-    if (const Outcome written = files_.writeWholeFile(stateFile, text)) {
+    if (lastWritten_ == text && !hasFailed_) return;
+    const Outcome written = files_.writeWholeFile(stateFile, text);
+    hasFailed_ = !written;
+    if (written) {
         lastWritten_ = text;
     } else {
         log_.log("ble-kovra: не удалось записать флаг (" + text + "): " + written.reason());

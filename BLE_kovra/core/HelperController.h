@@ -12,7 +12,8 @@ class SystemLog;
 // "on" or "off", without a line feed.
 //
 // set() writes only if the text differs from the last one that this process wrote successfully. So the first call
-// always writes. A failure is logged in one line, and the next call with the same value tries again.
+// always writes. A failure is logged in one line. It may have left the file empty, so the next call writes again,
+// whatever its value.
 class HelperController {
   public:
     static constexpr const char* stateFile = "/Library/Application Support/ble-kovra/state";
@@ -30,6 +31,7 @@ class HelperController {
     FileSystem& files_;
     SystemLog& log_;
     std::optional<std::string> lastWritten_;
+    bool hasFailed_ = false;  // the last write
 };
 
 }  // namespace kovra

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,6 +63,16 @@ TEST(HelperControllerTest, RetriesAfterAFailureEvenWithTheSameAnswer) {
     EXPECT_EQ(rig.log.lines.size(), 2U);
 }
 
+TEST(HelperControllerTest, WritesAgainAfterAFailureEvenWhatItHadWrittenBefore) {
+    HelperRig rig;
+    rig.helper.set(false);
+    rig.files.failNext("No space left on device");
+    rig.helper.set(true);
+    rig.helper.set(false);
+    rig.helper.set(false);
+    EXPECT_EQ(rig.written(), (Texts{"off", "on", "off"}));
+}
+
 TEST(HelperControllerTest, LogsAFailureInOneLineWithTheSystemsReason) {
     HelperRig rig;
     rig.files.failNext("Нет такого файла или каталога");
@@ -74,11 +85,11 @@ TEST(HelperControllerTest, LogsAFailureInOneLineWithTheSystemsReason) {
 
 TEST(HelperControllerTest, RemembersTheLastSuccessfulWrite) {
     HelperRig rig;
+    EXPECT_EQ(rig.helper.lastWritten(), std::nullopt);
     rig.helper.set(false);
     rig.files.failNext("Permission denied");
     rig.helper.set(true);
-    rig.helper.set(false);  // the file still says "off"
-    EXPECT_EQ(rig.written(), (Texts{"off", "on"}));
+    EXPECT_EQ(rig.helper.lastWritten(), "off");
 }
 
 }  // namespace

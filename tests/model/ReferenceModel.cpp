@@ -38,6 +38,7 @@ void ReferenceModel::launch(const std::vector<Action>& early) {
     record_ = {};
     listeners_.clear();
     lastWritten_.reset();
+    lastFailed_ = false;
     devices_.clear();
     blocking_ = false;
     load();

@@ -120,6 +120,7 @@ class ReferenceModel {
     DeviceRecord record_;
     std::deque<std::shared_ptr<Listener>> listeners_;  // of all properties, in the order of subscription
     std::optional<bool> lastWritten_;
+    bool lastFailed_ = false;
     Devices devices_;
     std::set<std::string> selection_;
     bool enabled_ = true;

@@ -55,13 +55,14 @@ void ReferenceModel::evaluate() {
 }
 
 void ReferenceModel::writeFlag(bool on) {
-    if (lastWritten_ == on) return;
+    if (lastWritten_ == on && !lastFailed_) return;
     const std::string text = on ? "on" : "off";
     std::optional<std::string> reason = failAlways_;
     if (!failures_.empty()) {
         reason = failures_.front();
         failures_.pop_front();
     }
+    lastFailed_ = reason.has_value();
     journal_.push_back(words::wrote("/Library/Application Support/ble-kovra/state", text, !reason));
     if (reason)
         journal_.push_back(words::logged("ble-kovra: не удалось записать флаг (" + text + "): " + *reason));
