@@ -252,6 +252,7 @@ TESTS = (
     Room("tests/platform/macos/fakes", (), any_but_qt),
     Room("tests/platform/macos/gnustep", macos_rooms(["foundation"]), with_google_test(any_but_qt), own_system=True),
     Room("tests/fakes", VALUES, standard),
+    Room("tests/platform/macos/gnustep/standins", (), any_but_qt, own_system=True),
     whole_application("tests/support"),
     Room("tests/support/posix", VALUES, posix),
     Room("tests/support/linux", VALUES + linux_rooms(["loop"]), with_google_test(any_but_qt), own_system=True),

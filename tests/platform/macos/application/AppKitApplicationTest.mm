@@ -8,7 +8,7 @@
 
 #include "BLE_kovra/platform/macos/loop/DispatchMainQueue.h"
 #include "tests/platform/macos/gnustep/EachTurn.h"
-#include "tests/platform/macos/gnustep/StandIns.h"
+#include "tests/platform/macos/gnustep/standins/Application.h"
 
 // A window that counts the mouse events that it receives.
 @interface KovraTestWindow : NSWindow {

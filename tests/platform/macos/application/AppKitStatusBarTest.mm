@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "tests/contracts/StatusBarContract.h"
-#include "tests/platform/macos/gnustep/StandIns.h"
 #include "tests/platform/macos/gnustep/Texts.h"
+#include "tests/platform/macos/gnustep/standins/Accessibility.h"
+#include "tests/platform/macos/gnustep/standins/Image.h"
+#include "tests/platform/macos/gnustep/standins/StatusBar.h"
 
 namespace kovra {
 namespace {

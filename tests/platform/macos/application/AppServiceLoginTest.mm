@@ -1,7 +1,7 @@
 #include "BLE_kovra/platform/macos/application/AppServiceLogin.h"
 
 #include "tests/contracts/LoginServiceContract.h"
-#include "tests/platform/macos/gnustep/StandIns.h"
+#include "tests/platform/macos/gnustep/standins/AppService.h"
 
 namespace kovra {
 namespace {

@@ -10,8 +10,10 @@
 #include "BLE_kovra/platform/Workspace.h"
 #include "tests/contracts/WindowHostContract.h"
 #include "tests/fakes/FakeMainQueue.h"
-#include "tests/platform/macos/gnustep/StandIns.h"
 #include "tests/platform/macos/gnustep/Texts.h"
+#include "tests/platform/macos/gnustep/standins/Accessibility.h"
+#include "tests/platform/macos/gnustep/standins/Button.h"
+#include "tests/platform/macos/gnustep/standins/ClickGestureRecognizer.h"
 
 namespace kovra {
 namespace {
