@@ -240,7 +240,8 @@ TESTS = (
     *(tests_of_linux(room) for room in LINUX_PROGRAM),
     tests_of(CONTROL_PROGRAM, everything_in("tests/platform/linux/bus", "tests/platform/linux/session", "tests/helper/pads",
                                             "helper"), any_but_qt),
-    tests_of(POSIX_PROGRAM, linux_rooms(["loop"]) + everything_in("tests/platform/linux/loop"), any_but_qt),
+    # These run on the loop of each system.
+    tests_of(POSIX_PROGRAM, everything_in("tests/platform/linux/loop", "tests/platform/macos/loop"), any_but_qt),
     # These tests start the resident program as a process.
     Room("tests/platform/linux", linux_rooms(["bus", "loop"]) + TEST_TOOLS, with_google_test(any_but_qt)),
     Room("tests/platform/linux/ui", VALUES + UI + TEST_TOOLS + CONTRACTS, with_google_test(anything), True,
@@ -251,8 +252,8 @@ TESTS = (
     Room("tests/platform/macos/declarations", (), any_but_qt, with_folders=True),
     Room("tests/platform/macos/fakes", (), any_but_qt),
     Room("tests/platform/macos/gnustep", macos_rooms(["foundation"]), with_google_test(any_but_qt), own_system=True),
-    Room("tests/fakes", VALUES, standard),
     Room("tests/platform/macos/gnustep/standins", (), any_but_qt, own_system=True),
+    Room("tests/fakes", VALUES, standard),
     whole_application("tests/support"),
     Room("tests/support/posix", VALUES, posix),
     Room("tests/support/linux", VALUES + linux_rooms(["loop"]), with_google_test(any_but_qt), own_system=True),

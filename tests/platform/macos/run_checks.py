@@ -19,7 +19,6 @@ import json
 import os
 import plistlib
 import re
-import shlex
 import shutil
 import struct
 import subprocess
@@ -122,21 +121,29 @@ def first_errors(message):
 # Compiling and linking for macOS
 
 
-def configured(processor, libraries):
-    folder = BUILD / f"macos-{processor}"
+def configured(folder, processor, libraries, *options):
     run(
         # CMake takes the flags of a toolchain only when it configures a folder for the first time.
         "cmake", "--fresh", "-S", ROOT, "-B", folder, "-G", "Ninja", "--toolchain", HERE / "darwin.cmake",
         f"-DKOVRA_CHECKED_ARCHITECTURE={processor}", "-DKOVRA_WERROR=ON",
-        "-DBUILD_TESTING=OFF", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", f"-DKOVRA_EXPORTS={libraries}",
-        f"-DKOVRA_WRITE_ICNS={BUILD / 'dev' / 'kovra_write_icns'}",
+        "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", f"-DKOVRA_EXPORTS={libraries}",
+        f"-DKOVRA_WRITE_ICNS={BUILD / 'dev' / 'kovra_write_icns'}", *options,
     )  # fmt: skip
     return folder
 
 
-def built(folder):
-    """Builds the folder and returns the compiler's messages for each output that failed, by the output's path."""
-    done = subprocess.run(["ninja", "-C", folder, "-k", "0", "-j", "2"], capture_output=True, text=True)
+def compilations(folder):
+    """Returns (source, output) of each compilation, the source relative to the project."""
+    for entry in json.loads((folder / "compile_commands.json").read_text(encoding="utf-8")):
+        source = Path(entry["file"])
+        if source.is_relative_to(ROOT) and not source.is_relative_to(BUILD):
+            yield source.relative_to(ROOT), re.search(r" -o (\S+)", entry["command"])[1]
+
+
+def built(folder, *targets):
+    """Builds the targets, or all, and returns the compiler's messages for each output that failed, by the output's
+    path."""
+    done = subprocess.run(["ninja", "-C", folder, "-k", "0", "-j", "2", *targets], capture_output=True, text=True)
     failures = {}
     for part in re.split(r"^(?=FAILED: )", done.stdout, flags=re.MULTILINE)[1:]:
         outputs, _, message = part.partition("\n")
@@ -251,18 +258,37 @@ def has_its_icon(bundle):
 
 # The tests for a Mac
 
+# The test programs that .github/workflows/macos.yml builds for the real frameworks.
+MAC_TESTS = ("test_macos_frameworks", "test_posix")
+GOOGLE_TEST = """
+foreach(name IN ITEMS gtest gtest_main)
+  add_library(GTest::${name} INTERFACE IMPORTED)
+  target_include_directories(GTest::${name} SYSTEM INTERFACE "${CMAKE_CURRENT_LIST_DIR}")
+endforeach()
+"""
 
-def compiles_for_a_mac(source, folder):
-    """Checks a test that only a Mac can run, with the flags of the folder's sources and this machine's GoogleTest."""
+
+def check_the_tests_for_a_mac(checks, libraries):
+    """Compiles the tests that only a Mac can run, as the workflow configures them, with this machine's headers of
+    GoogleTest. They are not linked."""
     google = BUILD / "macos-google-test"
     google.mkdir(parents=True, exist_ok=True)
     if not (google / "gtest").exists():
         (google / "gtest").symlink_to("/usr/include/gtest")
-    entries = json.loads((folder / "compile_commands.json").read_text(encoding="utf-8"))
-    command = next(entry["command"] for entry in entries if entry["file"].endswith("loop/DispatchMainQueue.cpp"))
-    words = shlex.split(command)
-    flags = words[words.index(next(word for word in words if word.endswith("clang++"))) + 1 : words.index("-o")]
-    run(LLVM / "bin/clang++", *flags, "-isystem", google, "-Wno-gnu-zero-variadic-macro-arguments", "-fsyntax-only", source)
+    (google / "GTestConfig.cmake").write_text(GOOGLE_TEST, encoding="utf-8")
+    try:
+        options = ("-DCMAKE_BUILD_TYPE=Debug", "-DBUILD_TESTING=ON", f"-DGTest_DIR={google}")
+        folder = configured(BUILD / "macos-tests", PROCESSORS[0], libraries, *options)
+        mine = re.compile(rf"tests/.*/({'|'.join(MAC_TESTS)})\.dir/")
+        found = [(source, output) for source, output in compilations(folder) if mine.match(output)]
+        for name in MAC_TESTS:
+            expect(any(f"/{name}.dir/" in output for _, output in found), f"{name} has no sources")
+        failures = built(folder, *(output for _, output in found))
+    except Failed as failure:
+        checks.check("the tests for a Mac are configured", expect, False, str(failure))
+        return
+    for source, output in found:
+        checks.check(f"{source.name} compiles for a Mac", compiles, folder, output, failures)
 
 
 # The check against a second description of the same interfaces
@@ -342,9 +368,13 @@ def gnustep_results(program):
         left_out = ":".join(LEFT_OUT)
         command = [program, f"--gtest_filter=-{left_out}", f"--gtest_output=json:{report}"]
         try:
+            # It ends by itself, by its limit for each test. This limit is for a process that cannot.
             done = subprocess.run(command, env=environment, capture_output=True, text=True, timeout=300)
         except subprocess.TimeoutExpired as expired:
             raise Failed("they did not end within 300 s") from expired
+        if hanging := re.search(r"^\[  FAILED  \] (\S+) did not end$", done.stderr, re.MULTILINE):
+            results[hanging[1]] = "it did not end within 60 s; the tests after it did not run"
+            return {"testsuites": []}
         expect(report.exists(), f"they ended by {done.returncode}: " + (done.stdout + done.stderr)[-1500:])
         return json.loads(report.read_text(encoding="utf-8"))
 
@@ -369,16 +399,15 @@ def main():
     programs = []
     for processor in PROCESSORS:
         try:
-            folder = configured(processor, libraries)
+            options = ("-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF")
+            folder = configured(BUILD / f"macos-{processor}", processor, libraries, *options)
             failures = built(folder)
         except Failed as failure:
             checks.check(f"{processor}: it is configured", expect, False, str(failure))
             continue
         bundle = folder / "BLE-kovra.app"
         program = bundle / "Contents" / "MacOS" / "BLE-kovra"
-        for entry in json.loads((folder / "compile_commands.json").read_text(encoding="utf-8")):
-            source = Path(entry["file"]).relative_to(ROOT)
-            output = re.search(r" -o (\S+)", entry["command"])[1]
+        for source, output in compilations(folder):
             checks.check(f"{processor}: {source} compiles", compiles, folder, output, failures)
         checks.check(f"{processor}: it links against the symbols in exports.txt", links, program, failures)
         checks.check(f"{processor}: it has the right libraries", has_the_right_libraries, program, processor)
@@ -387,9 +416,7 @@ def main():
         programs.append(program)
     checks.check("both make one universal program", makes_one_program, programs)
 
-    mac_tests = [*sorted(HERE.rglob("*OnMacTest.cpp")), ROOT / "tests/platform/posix/PosixFileSystemContractTest.cpp"]
-    for source in mac_tests:
-        checks.check(f"{source.name} compiles for a Mac", compiles_for_a_mac, source, BUILD / "macos-arm64")
+    check_the_tests_for_a_mac(checks, libraries)
 
     layer = ROOT / "BLE_kovra" / "platform" / "macos"
     found = names.problems(layer, HERE / "declarations")

@@ -106,7 +106,7 @@ TEST_F(PosixFileSystemTest, RefusesAPipeWithAReader) {
 }
 
 TEST_F(PosixFileSystemTest, RefusesADevice) {
-    EXPECT_EQ(PosixFileSystem().writeWholeFile("/dev/full", "on").reason(), system(EINVAL));
+    EXPECT_EQ(PosixFileSystem().writeWholeFile("/dev/null", "on").reason(), system(EINVAL));
 }
 
 TEST_F(PosixFileSystemTest, RefusesALinkAndKeepsItsTarget) {

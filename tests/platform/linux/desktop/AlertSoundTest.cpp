@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-#include "tests/support/linux/OwnResources.h"
+#include "tests/support/posix/OwnProcess.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {

@@ -15,6 +15,7 @@
 #include "tests/fakes/FakeDesktop.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/support/linux/OwnResources.h"
+#include "tests/support/posix/OwnProcess.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {

@@ -4,7 +4,7 @@
 
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/platform/linux/windows/WindowProcessRig.h"
-#include "tests/support/linux/OwnResources.h"
+#include "tests/support/posix/OwnProcess.h"
 
 namespace kovra {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "tests/platform/linux/windows/WindowProcessRig.h"
 #include "tests/support/Environment.h"
-#include "tests/support/linux/OwnResources.h"
+#include "tests/support/posix/OwnProcess.h"
 
 namespace kovra {
 namespace {

@@ -37,8 +37,15 @@ class AppKitAlertPresenterDriver {
     void turn() {
         queue_.run();
         NSWindow* window = [NSApp modalWindow];
+        turnsOfWindow_ = window == waiting_ ? turnsOfWindow_ + 1 : 0;
+        waiting_ = window;
         if (window == nil) return;
         const std::string title = titleOf(window);
+        if (turnsOfWindow_ > mostTurns) {
+            ADD_FAILURE() << "nobody ends the alert " << title;
+            turnsOfWindow_ = 0;
+            return give(window, std::nullopt);
+        }
         if (seen_.insert((const void*)window).second) shown_.push_back(title);
         if (const auto block = blocks_.find(title); block != blocks_.end()) {
             const auto work = std::move(block->second);
@@ -73,8 +80,12 @@ class AppKitAlertPresenterDriver {
                  atStart:NO];
     }
 
+    static constexpr int mostTurns = 200;  // an alert that is answered ends within a few
+
     AppKitAlertPresenter alerts_;
     FakeMainQueue queue_;
+    NSWindow* waiting_ = nil;  // the topmost alert, for this number of turns
+    int turnsOfWindow_ = 0;
     std::vector<std::string> shown_;
     std::set<const void*> seen_;
     std::set<const void*> answered_;
