@@ -75,6 +75,16 @@ TEST_F(AppKitApplicationDeathTest, NotifiesOfItsLaunchAndEnd) {
     EXPECT_EXIT(run([] {}), testing::ExitedWithCode(0), "launched terminates\n");
 }
 
+TEST_F(AppKitApplicationDeathTest, MayEndWhileItLaunches) {
+    EXPECT_EXIT(
+        {
+            auto* delegate = new Delegate;
+            delegate->whenLaunched = [this] { application_.terminate(); };
+            application_.run(*delegate);
+        },
+        testing::ExitedWithCode(0), "launched terminates\n$");
+}
+
 TEST_F(AppKitApplicationDeathTest, NotifiesOfAWakeUpAndOfTheActiveSession) {
     EXPECT_EXIT(run([] {
                     post(NSWorkspaceDidWakeNotification);
