@@ -1,4 +1,4 @@
-"""Checks names in the Objective-C++ sources that no compiler checks.
+"""Checks names in the Objective-C++ sources that no compiler checks, and the beginning of the program.
 
 AppKit finds the methods of a delegate by their names, so a misspelled one is silently never called. A selector is
 accepted if any class has it, and a key or a notification may be the wrong one. The tables below are from the system's
@@ -13,6 +13,8 @@ KEYS = {",": None, "q": "terminate:", "m": "performMiniaturize:", "w": "performC
 SENT = {"performClick:"}
 # After these the flag is written again if it is not what it should be.
 NOTIFICATIONS = {"NSWorkspaceDidWakeNotification", "NSWorkspaceSessionDidBecomeActiveNotification"}
+# A second copy ends before it can read the preferences or touch the flag: at the beginning of the program.
+BEGINNING = re.compile(r"void runApplication\(\) \{\s*kovra::InstancePort (\w+)\([^;]*\);\s*if \(\1\.isSecond\(\)\) return;")
 
 SECTION = re.compile(
     r"@(interface|protocol|implementation)\s+(\w+)(?:\s*\(\w*\))?(?:<[^<>{}:]*>)?(?:\s*:\s*(\w+))?(?:\s*<([\w\s,]*)>)?(.*?)^@end",
@@ -78,6 +80,8 @@ class Names:
         notifications = re.findall(r"addObserver:.*?name:(\w+)", self.text, re.S)
         if sorted(notifications) != sorted(NOTIFICATIONS):
             found.append(f"the observed notifications are {sorted(notifications)}, not {sorted(NOTIFICATIONS)}")
+        if not BEGINNING.search(self.text):
+            found.append("the program does not begin by asking whether another copy runs")
         return found
 
 
