@@ -42,7 +42,8 @@ AppDelegate::AppDelegate(const Platform& platform, AppState& state, HelperContro
       hotkey_(hotkey),
       texts_(texts),
       monitor_(HIDMonitor::create(platform.hid, platform.mainQueue, platform.locale, texts)),
-      driver_(platform.processes, platform.fileSystem, platform.log) {}
+      driver_(platform.processes, platform.fileSystem, platform.log),
+      hotKeyRequest_(hotkey, state.defaults) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -73,9 +74,13 @@ void AppDelegate::applicationDidFinishLaunching() {
     hotkey_.onTrigger = hotKeyHandler();
     hotkey_.onStateChange = [weak = weak_from_this(), &queue = platform_.mainQueue] {
         queue.async([weak] {
-            if (const auto self = weak.lock()) self->showMenu();
+            const auto self = weak.lock();
+            if (!self) return;
+            self->showMenu();
+            self->hotKeyRequest_.stateChanged();
         });
     };
+    hotkey_.description = texts_.text("block");
     hotkey_.registerHotKey();
 
     // 8. The first decision. It depends only on the saved choices, because no device has been reported yet.
@@ -107,6 +112,8 @@ void AppDelegate::applicationShouldPerform(ApplicationAction action) {
             return state_.isEnabled.set(false);
         case ApplicationAction::settings:
             return openSettings();
+        case ApplicationAction::hotKey:
+            return requestHotKey();
         case ApplicationAction::quit:
             return quit();
     }
@@ -155,6 +162,7 @@ void AppDelegate::setupStatusItem() {
 
 void AppDelegate::showMenu() {
     const StatusMenuActions actions{.toggleEnabled = action(&AppDelegate::toggleEnabled),
+                                    .requestHotKey = action(&AppDelegate::requestHotKey),
                                     .openSettings = action(&AppDelegate::openSettings),
                                     .toggleLaunchAtLogin = action(&AppDelegate::toggleLaunchAtLogin),
                                     .activateDriver = action(&AppDelegate::activateDriver),
@@ -185,12 +193,15 @@ void AppDelegate::openSettings() {
     if (!settingsWindow_->isVisible()) settingsWindow_->setAdvice(nextAdvice());
     platform_.application.activateIgnoringOtherApps();
     settingsWindow_->makeKeyAndOrderFront();
+    hotKeyRequest_.settingsOpened();
 }
 
 void AppDelegate::activateDriver() {
     hasExplainedDriver_ = true;
     DriverSetup::showExplanation(platform_.application, platform_.alerts, driver_, texts_);
 }
+
+void AppDelegate::requestHotKey() { hotKeyRequest_.make(); }
 
 void AppDelegate::showAbout() {
     runAboutBox(platform_.bundle, platform_.application, platform_.alerts, platform_.workspace, texts_);

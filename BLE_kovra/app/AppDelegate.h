@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "BLE_kovra/app/HotKeyRequest.h"
 #include "BLE_kovra/core/AppState.h"
 #include "BLE_kovra/platform/Application.h"
 #include "BLE_kovra/platform/Menu.h"
@@ -65,6 +66,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     void openSettings();
     // Shows an alert that explains the driver and offers to activate it, even if the driver is active.
     void activateDriver();
+    // Has the desktop ask the user for the hot key, on desktops that do so.
+    void requestHotKey();
     void showAbout();
     void quit();
 
@@ -104,6 +107,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     const L10n& texts_;
     std::shared_ptr<HIDMonitor> monitor_;
     DriverActivator driver_;
+    HotKeyRequest hotKeyRequest_;
     std::unique_ptr<SettingsWindow> settingsWindow_;
     std::vector<Subscription> cancellables_;
     bool hasExplainedDriver_ = false;  // the user has opened the alert about the driver

@@ -15,6 +15,9 @@ std::string hotKeyHint(const L10n& texts, const HotKeyState& hotKey) {
             return texts.text("menu.hotkeyHint.taken");
         case HotKeyState::Holder::nobody:
             return texts.text("menu.hotkeyHint.unavailable");
+        case HotKeyState::Holder::unrequested:
+        case HotKeyState::Holder::refused:
+            return texts.text("menu.hotkeyHint.choose");
         case HotKeyState::Holder::us:
             break;
     }
@@ -48,7 +51,11 @@ Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuIte
     };
 
     addSwitch("block", "toggleEnabled", actions.toggleEnabled, StatusMenuTag::enabled, enabled);
-    addTitled(hotKeyHint(texts, hotKey)).isEnabled = false;
+    MenuItem& hint = addTitled(hotKeyHint(texts, hotKey));
+    if (hotKey.mayBeRequested())
+        hint.action = MenuAction{"requestHotKey", actions.requestHotKey};
+    else
+        hint.isEnabled = false;
     addAction("menu.settings", "openSettings", actions.openSettings, ",");
     addSwitch("menu.launchAtLogin", "toggleLaunchAtLogin", actions.toggleLaunchAtLogin, StatusMenuTag::launchAtLogin,
               launchAtLogin);

@@ -17,6 +17,7 @@ struct StatusMenuTag {
 
 struct StatusMenuActions {
     std::function<void()> toggleEnabled;
+    std::function<void()> requestHotKey;
     std::function<void()> openSettings;
     std::function<void()> toggleLaunchAtLogin;
     std::function<void()> activateDriver;
@@ -25,7 +26,8 @@ struct StatusMenuActions {
 };
 
 // Returns the status item's menu in the language of `texts`. `enabled` and `launchAtLogin` are the two check marks. The
-// second item says which key toggles the switch, or why there is none.
+// second item says which key toggles the switch, or why there is none. If the hot key may be requested, the item
+// requests it.
 Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuItemState enabled,
                     MenuItemState launchAtLogin, const HotKeyState& hotKey = {});
 

@@ -30,12 +30,13 @@ constexpr const char* helpOfControl =
     "                     exit code 0: all is well, 1: something is not, 2: something cannot be told\n"
     "  toggle | on | off  switch muting over, on or off in the running application\n"
     "  settings           open its settings window\n"
+    "  hotkey             let the desktop ask for a hot key, if it does so\n"
     "  quit               end it\n"
     "  --help, --version  print this text, or the version\n"
     "\n"
     "See also ble-kovractl(1).\n";
 
-constexpr std::array<std::string_view, 5> actions{"toggle", "on", "off", "settings", "quit"};
+constexpr std::array<std::string_view, 6> actions{"toggle", "on", "off", "settings", "hotkey", "quit"};
 
 // Returns the reply to --help and --version, if one of them is the only argument.
 std::optional<Reply> information(const Arguments& arguments, const char* program, const char* help,

@@ -146,6 +146,11 @@ Check checkHotKey(const Application& application) {
                           "BLE-kovra again. Or:");
             return {Mark::wrong, finding, remedy};
         }
+        case Application::HotKey::onRequest: {
+            Remedy remedy = own;
+            remedy.insert(remedy.begin(), "Let the desktop ask you for a key: ble-kovractl hotkey. Or:");
+            return {Mark::wrong, finding, remedy};
+        }
         case Application::HotKey::unavailable:
             return {Mark::wrong, finding, own};
         case Application::HotKey::unknown:

@@ -60,7 +60,7 @@ struct Application {
         absent,   // nobody owns its name on this bus
         noBus,    // this session bus cannot be reached
     };
-    enum class HotKey { ours, taken, unavailable, unknown };
+    enum class HotKey { ours, taken, onRequest, unavailable, unknown };
     enum class Tray { panel, embedded, none, unknown };
 
     Contact contact = Contact::noBus;

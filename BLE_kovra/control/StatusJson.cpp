@@ -104,6 +104,8 @@ const char* word(Application::HotKey hotKey) {
             return "ours";
         case Application::HotKey::taken:
             return "taken";
+        case Application::HotKey::onRequest:
+            return "onRequest";
         case Application::HotKey::unavailable:
             return "unavailable";
         case Application::HotKey::unknown:

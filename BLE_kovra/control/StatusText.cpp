@@ -140,6 +140,8 @@ std::string hotKeyLine(const Application& application) {
             return "Hot key: " + key + " switches muting.";
         case Application::HotKey::taken:
             return "Hot key: another program holds " + key + '.';
+        case Application::HotKey::onRequest:
+            return "Hot key: none is chosen.";
         case Application::HotKey::unavailable:
             return "Hot key: this desktop offers none.";
         case Application::HotKey::unknown:

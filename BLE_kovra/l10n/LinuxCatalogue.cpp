@@ -42,6 +42,14 @@ const L10n::Catalogue& L10n::linuxStrings() {
             "Kein Tastenkürzel: „ble-kovractl toggle“ eine Taste zuweisen",
             "Sin atajo: asigna una tecla a «ble-kovractl toggle»",
         })},
+        {"menu.hotkeyHint.choose", texts({
+            "Choose a shortcut…",
+            "Выбрать горячую клавишу…",
+            "Вибрати гарячу клавішу…",
+            "Choisir un raccourci…",
+            "Tastenkürzel auswählen…",
+            "Elegir un atajo…",
+        })},
         {"menu.activate", texts({
             "Activate service…",
             "Активировать службу…",

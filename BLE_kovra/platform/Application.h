@@ -13,6 +13,7 @@ enum class ApplicationAction {
     on,        // switch muting on
     off,       // switch muting off
     settings,  // show the settings window
+    hotKey,    // have the desktop ask the user for the hot key, on desktops that do so
     quit,
 };
 

@@ -27,14 +27,19 @@ struct HotKey {
 struct HotKeyState {
     enum class Holder {
         us,
-        another,  // another program has the key
-        nobody,   // this desktop assigns no key to this program
+        another,      // another program has the key
+        unrequested,  // nobody yet: the desktop does not know the hot key, and assigns a key on request
+        refused,      // nobody: the user has assigned no key, or has taken it away; it can be requested again
+        nobody,       // this desktop assigns no key to this program
     };
 
     Holder holder = Holder::us;
     // The name of the combination that the desktop has assigned, in the desktop's own words. Empty if the desktop does
     // not tell; it is the registered combination then.
     std::string combination;
+
+    // Returns whether Reference::request() asks the user for the key.
+    bool mayBeRequested() const { return holder == Holder::unrequested || holder == Holder::refused; }
 
     bool operator==(const HotKeyState&) const = default;
 };
@@ -49,6 +54,9 @@ class HotKeyService {
     class Reference {
       public:
         virtual ~Reference() = default;
+        // Has the desktop ask the user for the registered hot key, if state() says that it may be requested. Does
+        // nothing while the user is being asked. The answer changes state().
+        virtual void request() {}
     };
 
     virtual ~HotKeyService() = default;
@@ -65,6 +73,9 @@ class HotKeyService {
     virtual HotKeyState state() const { return {}; }
     // Called on the main thread after state() has changed.
     std::function<void()> onStateChange;
+    // What a press does, in the user's language, for desktops that show this to the user. Set it before
+    // registerHotKey().
+    std::string description;
 };
 
 }  // namespace kovra

@@ -11,6 +11,7 @@ GlobalHotkey& GlobalHotkey::shared() {
 
 void GlobalHotkey::registerHotKey() {
     service_.onStateChange = onStateChange;
+    service_.description = description;
     handlerRef_ = service_.installHandler([this] { return pressed(); });
     hotKeyRef_ = service_.registerHotKey(hotKey);
 }
@@ -19,6 +20,10 @@ void GlobalHotkey::unregister() {
     service_.onStateChange = nullptr;
     hotKeyRef_.reset();
     handlerRef_.reset();
+}
+
+void GlobalHotkey::request() {
+    if (hotKeyRef_) hotKeyRef_->request();
 }
 
 int GlobalHotkey::pressed() const {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "BLE_kovra/platform/HotKeyService.h"
 
@@ -26,6 +27,8 @@ class GlobalHotkey {
     std::function<void()> onTrigger;
     // Called after state() has changed. Set it before registerHotKey().
     std::function<void()> onStateChange;
+    // What a press does, in the user's language. Set it before registerHotKey().
+    std::string description;
 
     // Installs the handler, then registers the hot key. Call it once.
     void registerHotKey();
@@ -33,6 +36,8 @@ class GlobalHotkey {
     void unregister();
 
     HotKeyState state() const { return service_.state(); }
+    // Has the desktop ask the user for the hot key (see HotKeyService::Reference).
+    void request();
 
   private:
     int pressed() const;

@@ -2,7 +2,7 @@
 _ble_kovractl() {
     local words=""
     if [ "$COMP_CWORD" -eq 1 ]; then
-        words="status doctor toggle on off settings quit --help --version"
+        words="status doctor toggle on off settings hotkey quit --help --version"
     elif [ "$COMP_CWORD" -eq 2 ] && [ "${COMP_WORDS[1]}" = status ]; then
         words="--json"
     fi

@@ -143,10 +143,33 @@ TEST(AppDelegateTest, QuitsForAnotherProgramAndDoesNothingForItAfterwards) {
     rig.application.perform(ApplicationAction::quit);
     EXPECT_TRUE(rig.application.terminated);
     EXPECT_EQ(rig.flagWrites(), (Texts{"off", "on", "off"}));
-    for (const auto action : {ApplicationAction::off, ApplicationAction::settings, ApplicationAction::toggle})
+    rig.hotKeys.change({HotKeyState::Holder::refused, ""});
+    for (const auto action :
+         {ApplicationAction::off, ApplicationAction::settings, ApplicationAction::hotKey, ApplicationAction::toggle})
         rig.delegate->applicationShouldPerform(action);
+    EXPECT_EQ(rig.preferences.savesOf("hotKeyRequested"), 0U);
     EXPECT_TRUE(rig.state.isEnabled.get());
     EXPECT_FALSE(rig.windows.isVisible);
+}
+
+TEST(AppDelegateTest, RequestsTheHotKeyForAnotherProgram) {
+    LaunchedRig rig;
+    rig.hotKeys.calls.clear();
+    rig.application.perform(ApplicationAction::hotKey);
+    EXPECT_EQ(rig.hotKeys.calls, Texts{});  // it has the key
+    rig.hotKeys.change({HotKeyState::Holder::refused, ""});
+    rig.application.perform(ApplicationAction::hotKey);
+    EXPECT_EQ(rig.hotKeys.calls, Texts{"request"});
+}
+
+TEST(AppDelegateTest, TellsTheDesktopWhatTheHotKeyDoesByTheFirstEntryOfItsMenu) {
+    for (const char* language : {"en", "de-AT", "uk"}) {
+        Computer computer;
+        computer.locale.languages = {language};
+        AppRig rig(computer);
+        rig.launch();
+        EXPECT_EQ(computer.hotKeys.description, computer.statusBar.menu->items[0].title) << language;
+    }
 }
 
 TEST(AppDelegateTest, TogglesTheSwitchThenBeepsAtTheHotKey) {

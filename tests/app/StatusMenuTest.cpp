@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "BLE_kovra/l10n/L10n.h"
 #include "tests/support/Dump.h"
 
@@ -95,12 +99,13 @@ TEST(StatusMenuTest, EachItemPerformsItsOwnAction) {
     std::string performed;
     const auto note = [&](const char* name) { return [&performed, name] { performed += std::string(name) + ' '; }; };
     const StatusMenuActions actions{.toggleEnabled = note("toggleEnabled"),
+                                    .requestHotKey = note("requestHotKey"),
                                     .openSettings = note("openSettings"),
                                     .toggleLaunchAtLogin = note("toggleLaunchAtLogin"),
                                     .activateDriver = note("activateDriver"),
                                     .showAbout = note("showAbout"),
                                     .quit = note("quit")};
-    const Menu menu = makeStatusMenu(L10n({"en"}), actions, on, off);
+    const Menu menu = makeStatusMenu(L10n({"en"}), actions, on, off, {HotKeyState::Holder::refused, ""});
     std::string named;
     for (const MenuItem& item : menu.items) {
         if (!item.action) continue;
@@ -108,11 +113,13 @@ TEST(StatusMenuTest, EachItemPerformsItsOwnAction) {
         named += item.action->name + ' ';
     }
     EXPECT_EQ(performed, named);
+    EXPECT_TRUE(performed.starts_with("toggleEnabled requestHotKey openSettings "));
 }
 
 std::string hint(const std::string& language, const HotKeyState& hotKey) {
     const Menu menu = makeStatusMenu(L10n({language}, Wording::linuxDesktop), {}, on, off, hotKey);
     EXPECT_FALSE(menu.items[1].isEnabled);
+    EXPECT_FALSE(menu.items[1].action);
     return menu.items[1].title;
 }
 
@@ -124,6 +131,21 @@ TEST(StatusMenuTest, SaysWhichKeyItIsOrWhyThereIsNone) {
     EXPECT_EQ(hint("fr", {us, "Meta+M"}), "Raccourci\u00a0: Meta+M");
     EXPECT_EQ(hint("en", {another, ""}), "Ctrl+Alt+T is used by another program");
     EXPECT_EQ(hint("en", {nobody, ""}), "No shortcut: assign a key to “ble-kovractl toggle”");
+}
+
+TEST(StatusMenuTest, OffersToChooseAKeyWhereTheDesktopAsksForIt) {
+    const std::vector<std::pair<const char*, const char*>> titles{
+        {"en", "Choose a shortcut…"},    {"ru", "Выбрать горячую клавишу…"}, {"uk", "Вибрати гарячу клавішу…"},
+        {"fr", "Choisir un raccourci…"}, {"de", "Tastenkürzel auswählen…"},  {"es", "Elegir un atajo…"}};
+    for (const auto& [language, title] : titles) {
+        for (const auto holder : {HotKeyState::Holder::unrequested, HotKeyState::Holder::refused}) {
+            const Menu menu = makeStatusMenu(L10n({language}, Wording::linuxDesktop), {}, on, off, {holder, ""});
+            EXPECT_EQ(menu.items[1].title, title);
+            EXPECT_TRUE(menu.items[1].isEnabled);
+            ASSERT_TRUE(menu.items[1].action);
+            EXPECT_EQ(menu.items[1].action->name, "requestHotKey");
+        }
+    }
 }
 
 TEST(StatusMenuTest, FindsItemsByTag) {

@@ -69,7 +69,7 @@ TEST(ArgumentsTest, OfTheControlNameOneCommand) {
     const Parsed doctor = parse({"doctor"}, version);
     ASSERT_TRUE(doctor.command.has_value());
     EXPECT_EQ(doctor.command->kind, Command::Kind::doctor);
-    for (const std::string action : {"toggle", "on", "off", "settings", "quit"}) {
+    for (const std::string action : {"toggle", "on", "off", "settings", "hotkey", "quit"}) {
         const Parsed parsed = parse({action}, version);
         ASSERT_TRUE(parsed.command.has_value()) << action;
         EXPECT_EQ(parsed.command->kind, Command::Kind::action);
@@ -82,7 +82,7 @@ TEST(ArgumentsTest, OfTheControlAskForItsVersionAndItsHelp) {
     const Parsed help = parse({"--help"}, version);
     EXPECT_FALSE(help.command.has_value());
     EXPECT_EQ(help.reply.exitCode, 0);
-    for (const char* command : {"status [--json]", "doctor", "toggle", "on", "off", "settings", "quit"}) {
+    for (const char* command : {"status [--json]", "doctor", "toggle", "on", "off", "settings", "hotkey", "quit"}) {
         EXPECT_NE(help.reply.output.find(command), std::string::npos) << command;
     }
 }

@@ -94,6 +94,11 @@ TEST(ChecklistTest, NamesTheRemedyForTheHotKeyAndTheTray) {
     EXPECT_TRUE(says(facts,
                      "WRONG  Hot key: another program holds Ctrl+Alt+T.\n"
                      "       Often it is the desktop's shortcut for a terminal"));
+    facts.application.hotKey = Application::HotKey::onRequest;
+    EXPECT_TRUE(says(facts,
+                     "WRONG  Hot key: none is chosen.\n"
+                     "       Let the desktop ask you for a key: ble-kovractl hotkey. Or:\n"
+                     "       Give a key of your choice the command \"ble-kovractl toggle\""));
     facts.application.hotKey = Application::HotKey::unavailable;
     EXPECT_TRUE(says(facts, "the command \"ble-kovractl toggle\""));
     facts = working();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "tests/control/Cases.h"
 
@@ -23,6 +24,19 @@ TEST(StatusJsonTest, HasEveryFact) {
               R"("systemBusFailures":[]},)"
               R"("flag":{"word":"on","written":1763899327,"writer":"anna","error":null},)"
               R"("service":{"state":"running","unitState":"enabled","error":null}})");
+}
+
+TEST(StatusJsonTest, NamesTheStateOfTheHotKey) {
+    using enum Application::HotKey;
+    for (const auto& [hotKey, word] : {std::pair(ours, "ours"),
+                                       {taken, "taken"},
+                                       {onRequest, "onRequest"},
+                                       {unavailable, "unavailable"},
+                                       {unknown, "unknown"}}) {
+        Facts facts = mutedByMouse();
+        facts.application.hotKey = hotKey;
+        EXPECT_NE(statusJson(facts).find(R"("hotKey":")" + std::string(word) + '"'), std::string::npos) << word;
+    }
 }
 
 TEST(StatusJsonTest, HasNullForWhatIsNotKnown) {

@@ -153,6 +153,8 @@ TEST(StatusTextTest, SaysWhoAsksFromWhereIfThatMatters) {
 TEST(StatusTextTest, SaysWhoHasTheHotKeyAndTheIcon) {
     Application application;
     EXPECT_EQ(hotKeyLine(application), "Hot key: the application does not say.");
+    application.hotKey = Application::HotKey::onRequest;
+    EXPECT_EQ(hotKeyLine(application), "Hot key: none is chosen.");
     application.hotKey = Application::HotKey::unavailable;
     EXPECT_EQ(hotKeyLine(application), "Hot key: this desktop offers none.");
     application.hotKey = Application::HotKey::taken;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -9,7 +11,7 @@
 
 namespace kovra {
 
-// A keyboard on which a test can press Control, Option and T.
+// A keyboard on which a test can press Control, Option and T. `calls` records what is asked of the desktop.
 class FakeHotKeys : public HotKeyService {
   public:
     std::unique_ptr<Reference> installHandler(Handler handler) override {
@@ -26,10 +28,7 @@ class FakeHotKeys : public HotKeyService {
         if (stateWhenRegistered) change(*stateWhenRegistered);
         if (refuses || takenByAnother) return nullptr;
         registered.push_back(hotKey);
-        return std::make_unique<Held>([this] {
-            calls.emplace_back("unregister");
-            registered.pop_back();
-        });
+        return std::make_unique<Registered>(*this);
     }
 
     HotKeyState state() const override { return state_; }
@@ -55,6 +54,7 @@ class FakeHotKeys : public HotKeyService {
     std::vector<Handler> handlers;
     std::vector<HotKey> registered;
     std::vector<std::string> calls;
+    std::function<void()> onRequest;  // the desktop asks the user
 
   private:
     HotKeyState state_;
@@ -68,6 +68,23 @@ class FakeHotKeys : public HotKeyService {
 
       private:
         std::function<void()> release_;
+    };
+
+    class Registered : public Held {
+      public:
+        explicit Registered(FakeHotKeys& owner)
+            : Held([&owner] {
+                  owner.calls.emplace_back("unregister");
+                  owner.registered.pop_back();
+              }),
+              owner_(owner) {}
+        void request() override {
+            owner_.calls.emplace_back("request");
+            if (owner_.onRequest) owner_.onRequest();
+        }
+
+      private:
+        FakeHotKeys& owner_;
     };
 };
 

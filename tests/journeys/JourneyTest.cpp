@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -122,6 +123,40 @@ TEST(JourneyTest, AHotKeyThatAnotherProgramHoldsIsIgnoredSilently) {
     EXPECT_EQ(computer.statusBar.menu->items[1].title, "Shortcut: Ctrl+Opt+T");
     rig.delegate->quit();
     EXPECT_EQ(computer.hotKeys.calls, (Texts{"install", "register", "remove"}));
+}
+
+TEST(JourneyTest, ARefusedHotKeyIsOfferedOnlyInTheMenuFromThenOn) {
+    constexpr std::size_t hint = 1, settings = 2;
+    Computer computer;
+    const auto asked = [&] { return std::ranges::count(computer.hotKeys.calls, "request"); };
+    {
+        AppRig first(computer);
+        first.launch();
+        computer.hotKeys.change({HotKeyState::Holder::unrequested, ""});
+        computer.queue.advance(1h);
+        EXPECT_EQ(asked(), 0);  // the user has seen nothing but an icon
+        computer.statusBar.choose(settings);
+        computer.queue.run();
+        EXPECT_EQ(asked(), 1);
+        computer.hotKeys.change({HotKeyState::Holder::refused, ""});
+        computer.queue.run();
+        first.delegate->quit();
+    }
+    computer.queue.restart();
+    AppRig second(computer);
+    second.launch();
+    computer.hotKeys.change({HotKeyState::Holder::unrequested, ""});
+    computer.statusBar.choose(settings);
+    computer.queue.run();
+    EXPECT_EQ(asked(), 1);
+    computer.statusBar.choose(hint);
+    computer.queue.run();
+    EXPECT_EQ(asked(), 2);
+    computer.hotKeys.change({HotKeyState::Holder::us, "Meta+M"});
+    computer.queue.run();
+    computer.statusBar.choose(hint);
+    computer.queue.run();
+    EXPECT_EQ(asked(), 2);
 }
 
 TEST(JourneyTest, QuittingFromTheMenuWritesOffThenReleasesTheHotKey) {

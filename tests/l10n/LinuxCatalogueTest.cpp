@@ -114,7 +114,8 @@ TEST(LinuxCatalogueTest, ExplainsTheServiceAndTheButton) {
         const auto& [left, right] = quotes.at(lang);
         EXPECT_TRUE(contains(body, left + onLinux(lang).text("driver.activate") + right)) << body;
         EXPECT_TRUE(contains(body, "ble-kovra-helper")) << body;
-        EXPECT_TRUE(onLinux(lang).text("menu.activate").ends_with("…"));
+        for (const char* entry : {"menu.activate", "menu.hotkeyHint.choose"})
+            EXPECT_TRUE(onLinux(lang).text(entry).ends_with("…"));
     });
 }
 

@@ -157,7 +157,7 @@ def completions(built):
     help_text = run(place / "usr/bin/ble-kovractl", "--help")
     commands = set(re.findall(r"^  (\w+(?: \| \w+)*)", help_text, re.M))
     commands = {word for each in commands for word in each.split(" | ")} | {"--help", "--version"}
-    check({"status", "doctor", "toggle", "on", "off", "settings", "quit"} <= commands, help_text)
+    check({"status", "doctor", "toggle", "on", "off", "settings", "hotkey", "quit"} <= commands, help_text)
     bash = place / "usr/share/bash-completion/completions/ble-kovractl"
 
     def completed(*words):

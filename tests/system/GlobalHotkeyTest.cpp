@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -105,6 +106,31 @@ TEST(GlobalHotkeyTest, IgnoresAKeyThatAnotherProgramHolds) {
     EXPECT_EQ(rig.keys.press(), std::nullopt);
     rig.hotkey.unregister();
     EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "remove"}));
+}
+
+TEST(GlobalHotkeyTest, TellsTheDesktopWhatItDoesBeforeItRegistersTheKey) {
+    struct Keys : FakeHotKeys {
+        std::unique_ptr<Reference> registerHotKey(const HotKey& hotKey) override {
+            described = description;
+            return FakeHotKeys::registerHotKey(hotKey);
+        }
+        std::string described;
+    } keys;
+    GlobalHotkey hotkey(keys);
+    hotkey.description = "Mute trackpad";
+    hotkey.registerHotKey();
+    EXPECT_EQ(keys.described, "Mute trackpad");
+}
+
+TEST(GlobalHotkeyTest, IsRequestedFromTheUserOnlyWhileItIsRegistered) {
+    HotkeyRig rig;
+    rig.hotkey.request();
+    EXPECT_EQ(rig.keys.calls, Calls{});
+    rig.hotkey.registerHotKey();
+    rig.hotkey.request();
+    rig.hotkey.unregister();
+    rig.hotkey.request();
+    EXPECT_EQ(rig.keys.calls, (Calls{"install", "register", "request", "unregister", "remove"}));
 }
 
 TEST(GlobalHotkeyTest, RegistersTheKeyEvenIfItsHandlerIsRefused) {

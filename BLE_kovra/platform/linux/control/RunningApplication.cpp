@@ -72,6 +72,7 @@ int readChosen(sd_bus_message* message, std::vector<ChosenDevice>& chosen) {
 Application::HotKey hotKeyOf(std::string_view word) {
     if (word == "ours") return Application::HotKey::ours;
     if (word == "taken") return Application::HotKey::taken;
+    if (word == "onRequest") return Application::HotKey::onRequest;
     return word == "unavailable" ? Application::HotKey::unavailable : Application::HotKey::unknown;
 }
 

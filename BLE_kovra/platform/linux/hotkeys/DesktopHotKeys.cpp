@@ -2,7 +2,6 @@
 
 #include <linux/input-event-codes.h>
 
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -43,12 +42,10 @@ DesktopHotKeys DesktopHotKeys::onX(XConnection& connection) {
 // The key is named by its letter, since portals cannot identify a key by its position.
 DesktopHotKeys DesktopHotKeys::onPortal(SessionBus& bus) {
     return DesktopHotKeys([&bus](const HotKey& hotKey, Reports reports) {
-        PortalShortcut::Description key{.id = identifier(hotKey), .text = "BLE-kovra", .trigger = "CTRL+ALT+t"};
-        const auto assigned = [changed = std::move(reports.changed)](const std::optional<std::string>& combination) {
-            const auto holder = combination ? HotKeyState::Holder::us : HotKeyState::Holder::nobody;
-            changed({holder, combination.value_or("")});
-        };
-        return std::make_unique<PortalShortcut>(bus, std::move(key), std::move(reports.pressed), assigned);
+        PortalShortcut::Description key{
+            .id = identifier(hotKey), .text = std::move(reports.description), .trigger = "CTRL+ALT+t"};
+        return std::make_unique<PortalShortcut>(bus, std::move(key), std::move(reports.pressed),
+                                                std::move(reports.changed));
     });
 }
 
@@ -70,7 +67,8 @@ std::unique_ptr<HotKeyService::Reference> DesktopHotKeys::registerHotKey(const H
         return nullptr;
     }
     return grab_(hotKey, {.pressed = [this] { handlers_.call(); },
-                          .changed = [this](HotKeyState state) { setState(std::move(state)); }});
+                          .changed = [this](HotKeyState state) { setState(std::move(state)); },
+                          .description = description});
 }
 
 void DesktopHotKeys::setState(HotKeyState state) {

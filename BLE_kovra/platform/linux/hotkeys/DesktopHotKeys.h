@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "BLE_kovra/platform/HotKeyService.h"
 #include "BLE_kovra/platform/linux/bus/SessionBus.h"
@@ -28,10 +29,11 @@ class DesktopHotKeys : public HotKeyService {
     HotKeyState state() const override { return state_; }
 
   private:
-    // What a grab reports, from the queue.
+    // What a grab reports, from the queue, and what it tells the desktop.
     struct Reports {
         std::function<void()> pressed;
         std::function<void(HotKeyState)> changed;
+        std::string description = {};
     };
     // A function that grabs the key for as long as the reference lives. It is null if there are no hot keys.
     using Grab = std::function<std::unique_ptr<Reference>(const HotKey& hotKey, Reports reports)>;

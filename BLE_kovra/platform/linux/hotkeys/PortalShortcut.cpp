@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -27,9 +28,12 @@ bool isGranted(sd_bus_message* response) {
     return sd_bus_message_read(response, "u", &code) > 0 && code == 0;
 }
 
+// What the portal says about the shortcut.
 struct Listing {
     bool isListed = false;
-    PortalShortcut::Assignment assignment;
+    std::optional<std::string> combination;  // in the desktop's own words; empty if it does not tell; none without key
+
+    HotKeyState::Holder holder() const { return combination ? HotKeyState::Holder::us : HotKeyState::Holder::refused; }
 };
 
 // Reads the next value of the message, an a(sa{sv}), and sets `listing` to what it says about the shortcut with this
@@ -46,7 +50,7 @@ int readListing(sd_bus_message* message, std::string_view id, Listing& listing) 
             });
             const bool isUnassigned = combination != nullptr && *combination == '\0';
             listing.isListed = result > 0;
-            if (result > 0 && !isUnassigned) listing.assignment = combination == nullptr ? "" : combination;
+            if (result > 0 && !isUnassigned) listing.combination = combination == nullptr ? "" : combination;
         } else if (result > 0) {
             result = sd_bus_message_skip(message, "a{sv}");
         }
@@ -71,15 +75,24 @@ Listing readResults(sd_bus_message* response, std::string_view id) {
 }  // namespace
 
 PortalShortcut::PortalShortcut(SessionBus& bus, Description description, std::function<void()> pressed,
-                               std::function<void(const Assignment&)> assigned)
+                               std::function<void(HotKeyState)> changed)
     : description_(std::move(description)),
       pressed_(std::move(pressed)),
-      assigned_(std::move(assigned)),
+      changed_(std::move(changed)),
       listening_(bus.listen([this](BusConnection* connection) { busChanged(connection); })) {}
 
-PortalShortcut::~PortalShortcut() {
-    if (bus_ == nullptr || session_.empty()) return;
-    bus_->send({portal, session_.c_str(), "org.freedesktop.portal.Session", "Close", true}, [](BusWriter&) {});
+PortalShortcut::~PortalShortcut() { closeSession(); }
+
+void PortalShortcut::request() {
+    if (!mayBeRequested_ || isAsking_) return;
+    if (session_.empty() || wasBound_) {
+        closeSession();
+        endSession();
+        isAsking_ = true;
+        return createSession();
+    }
+    isAsking_ = true;
+    bindShortcut();
 }
 
 void PortalShortcut::busChanged(BusConnection* bus) {
@@ -95,7 +108,7 @@ void PortalShortcut::busChanged(BusConnection* bus) {
 }
 
 void PortalShortcut::registerApplication() {
-    isRequested_ = true;
+    isRegistered_ = true;
     // Without this call, the portal would identify a program started from a terminal as the terminal. Older portals do
     // not have this method; the error that they return is ignored.
     reply_ = bus_->call(
@@ -117,9 +130,8 @@ void PortalShortcut::sessionCreated(sd_bus_message* response) {
     if (sd_bus_object_path_is_valid(session_.c_str()) <= 0) return refuse();
     activated_ = subscribe(portalPath, globalShortcuts, "Activated", &PortalShortcut::activated);
     deactivated_ = subscribe(portalPath, globalShortcuts, "Deactivated", &PortalShortcut::deactivated);
-    changed_ = subscribe(portalPath, globalShortcuts, "ShortcutsChanged", &PortalShortcut::shortcutsChanged);
-    closed_ = bus_->receive({portal, session_, "org.freedesktop.portal.Session", "Closed"},
-                            [this](sd_bus_message*) { refuse(); });
+    shortcutsChanged_ = subscribe(portalPath, globalShortcuts, "ShortcutsChanged", &PortalShortcut::shortcutsChanged);
+    closed_ = subscribe(session_, "org.freedesktop.portal.Session", "Closed", &PortalShortcut::sessionClosed);
     listShortcuts();
 }
 
@@ -131,14 +143,17 @@ void PortalShortcut::listShortcuts() {
 }
 
 void PortalShortcut::shortcutsListed(sd_bus_message* response) {
-    // The shortcut is bound only if the desktop does not list it: some desktops show a dialog for each binding.
     const Listing found = isGranted(response) ? readResults(response, description_.id) : Listing{};
-    if (!found.isListed) return bindShortcut();
+    // Some desktops show a dialog for each binding, also for a shortcut that has a key.
+    if (isAsking_ && !found.combination) return bindShortcut();
+    isAsking_ = false;
     response_.reset();
-    assigned_(found.assignment);
+    if (!found.isListed) return report(HotKeyState::Holder::unrequested);
+    report(found.holder(), found.combination.value_or(""));
 }
 
 void PortalShortcut::bindShortcut() {
+    wasBound_ = true;
     const std::string request = newRequest(&PortalShortcut::shortcutBound);
     call("BindShortcuts", [&](BusWriter& arguments) {
         arguments.path(session_.c_str());
@@ -151,15 +166,24 @@ void PortalShortcut::bindShortcut() {
 }
 
 void PortalShortcut::shortcutBound(sd_bus_message* response) {
+    isAsking_ = false;
     response_.reset();
-    assigned_(isGranted(response) ? readResults(response, description_.id).assignment : std::nullopt);
+    const Listing found = isGranted(response) ? readResults(response, description_.id) : Listing{};
+    report(found.holder(), found.combination.value_or(""));
 }
 
 void PortalShortcut::shortcutsChanged(sd_bus_message* message) {
     const char* session = nullptr;
     if (sd_bus_message_read(message, "o", &session) <= 0 || session != session_) return;
     Listing listing;
-    if (readListing(message, description_.id, listing) >= 0) assigned_(listing.assignment);
+    if (readListing(message, description_.id, listing) < 0) return;
+    report(listing.holder(), listing.combination.value_or(""));
+}
+
+// Some desktops close the session when the user closes the dialog.
+void PortalShortcut::sessionClosed(sd_bus_message*) {
+    endSession();
+    report(HotKeyState::Holder::refused);
 }
 
 void PortalShortcut::activated(sd_bus_message* message) {
@@ -183,20 +207,34 @@ bool PortalShortcut::isOurs(sd_bus_message* message) const {
 
 void PortalShortcut::ownerChanged(std::string_view before, std::string_view now) {
     if (!before.empty()) refuse();
-    // If the bus started the portal because of the request, do not repeat the request.
-    if (!now.empty() && !isRequested_) registerApplication();
+    // If the bus started the portal because of the first step, do not repeat that step.
+    if (!now.empty() && !isRegistered_) registerApplication();
+}
+
+void PortalShortcut::report(HotKeyState::Holder holder, std::string combination) {
+    HotKeyState state{holder, std::move(combination)};
+    mayBeRequested_ = state.mayBeRequested();
+    const auto changed = changed_;  // the function may destroy this object
+    changed(std::move(state));
 }
 
 void PortalShortcut::refuse() {
-    reset();
-    assigned_(std::nullopt);
+    isRegistered_ = false;
+    endSession();
+    report(HotKeyState::Holder::nobody);
 }
 
-void PortalShortcut::reset() {
-    isRequested_ = false;
+void PortalShortcut::closeSession() {
+    if (bus_ == nullptr || session_.empty()) return;
+    bus_->send({portal, session_.c_str(), "org.freedesktop.portal.Session", "Close", true}, [](BusWriter&) {});
+}
+
+void PortalShortcut::endSession() {
+    isAsking_ = wasBound_ = false;
     session_.clear();
     activeSince_.reset();
-    for (BusToken* token : {&reply_, &response_, &activated_, &deactivated_, &changed_, &closed_}) token->reset();
+    for (BusToken* token : {&reply_, &response_, &activated_, &deactivated_, &shortcutsChanged_, &closed_})
+        token->reset();
 }
 
 std::string PortalShortcut::newRequest(Step next) {

@@ -13,27 +13,28 @@ namespace kovra {
 // A key combination that is requested from the desktop's portal (org.freedesktop.portal.GlobalShortcuts), for as long
 // as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts.
 //
-// No function waits for a reply. The combination is requested once, and again only after the portal or the bus has
-// restarted. Until then a refusal is final, and a session that the portal has closed stays closed.
+// By itself this object only looks whether the desktop knows the combination already, when it is created and after the
+// portal or the bus has restarted. Only request() may make the desktop open a dialog. No function waits for a reply.
 class PortalShortcut : public HotKeyService::Reference {
   public:
-    // Describes the combination to the desktop. The desktop recognizes it by `id` from one start to the next.
+    // Describes the combination to the desktop. The desktop recognizes it by `id` from one start to the next, and shows
+    // the text to the user.
     struct Description {
         std::string id;
         std::string text;
         std::string trigger;  // in freedesktop.org's notation, such as CTRL+ALT+t
     };
 
-    // The combination that the desktop has assigned, in its own words; empty if it does not tell. Nothing if it assigns
-    // none.
-    using Assignment = std::optional<std::string>;
-
-    // `assigned` is called when the portal has answered, and when the user has changed the combination since.
+    // `changed` is called when the portal has answered, when the user has changed the combination since, and when the
+    // portal has closed its session or ended. The holder is never `another`, because no portal says so.
     PortalShortcut(SessionBus& bus, Description description, std::function<void()> pressed,
-                   std::function<void(const Assignment&)> assigned);
+                   std::function<void(HotKeyState)> changed);
     ~PortalShortcut() override;
     PortalShortcut(const PortalShortcut&) = delete;
     PortalShortcut& operator=(const PortalShortcut&) = delete;
+
+    // Has no effect unless the portal has answered that it does not know the combination, or that it has no key.
+    void request() override;
 
   private:
     using Step = void (PortalShortcut::*)(sd_bus_message* message);
@@ -50,12 +51,17 @@ class PortalShortcut : public HotKeyService::Reference {
     void shortcutsListed(sd_bus_message* response);
     void shortcutBound(sd_bus_message* response);
     void shortcutsChanged(sd_bus_message* message);
+    void sessionClosed(sd_bus_message* message);
     void activated(sd_bus_message* message);
     void deactivated(sd_bus_message* message);
 
     bool isOurs(sd_bus_message* message) const;
+    // Reports the holder and, if the hot key is ours, its combination.
+    void report(HotKeyState::Holder holder, std::string combination = "");
     void refuse();
-    void reset();
+    void closeSession();
+    // Forgets the session and what was requested in it.
+    void endSession();
 
     // Returns the name of a new request. The portal's response to that request starts the step `next`.
     std::string newRequest(Step next);
@@ -64,9 +70,12 @@ class PortalShortcut : public HotKeyService::Reference {
 
     const Description description_;
     const std::function<void()> pressed_;
-    const std::function<void(const Assignment&)> assigned_;
+    const std::function<void(HotKeyState)> changed_;
     BusConnection* bus_ = nullptr;
-    bool isRequested_ = false;  // the request was started after the last reset()
+    bool isRegistered_ = false;    // the steps were started after the last refuse()
+    bool mayBeRequested_ = false;  // by the state that was reported last
+    bool isAsking_ = false;        // a request has not been answered yet
+    bool wasBound_ = false;        // the session was used for a request; a portal accepts one per session
     int requests_ = 0;
     std::string session_;
     std::optional<std::chrono::steady_clock::time_point> activeSince_;
@@ -76,7 +85,7 @@ class PortalShortcut : public HotKeyService::Reference {
     BusToken response_;
     BusToken activated_;
     BusToken deactivated_;
-    BusToken changed_;
+    BusToken shortcutsChanged_;
     BusToken closed_;
     BusToken listening_;
 };

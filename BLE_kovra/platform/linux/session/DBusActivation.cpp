@@ -39,11 +39,12 @@ int readToken(sd_bus_message* call, std::string& token) {
     return result;
 }
 
-constexpr std::array<std::pair<std::string_view, ApplicationAction>, 5> actions{
+constexpr std::array<std::pair<std::string_view, ApplicationAction>, 6> actions{
     {{"toggle", ApplicationAction::toggle},
      {"on", ApplicationAction::on},
      {"off", ApplicationAction::off},
      {"settings", ApplicationAction::settings},
+     {"hotkey", ApplicationAction::hotKey},
      {"quit", ApplicationAction::quit}}};
 
 // Reads the name and the parameters of an action. Returns nullopt if the message has another signature, if there is no

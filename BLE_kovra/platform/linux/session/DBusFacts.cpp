@@ -30,6 +30,9 @@ const char* textOf(HotKeyState::Holder holder) {
             return "ours";
         case HotKeyState::Holder::another:
             return "taken";
+        case HotKeyState::Holder::unrequested:
+        case HotKeyState::Holder::refused:
+            return "onRequest";
         case HotKeyState::Holder::nobody:
             break;
     }

@@ -23,7 +23,7 @@ namespace kovra {
 //   Version s             Enabled b: the switch       Mode s: "always" or "onDevice"
 //   Muting b: the decision                            LastWritten s: "on", "off", or "" if nothing was written
 //   Chosen a(ss): name and "connected", "inGrace" or "away"
-//   HotKey s: "ours", "taken" by another program, or "unavailable"
+//   HotKey s: "ours", "taken" by another program, "onRequest" if the user can be asked for it, or "unavailable"
 //   Combination s: such as "Ctrl+Alt+T"             Tray s: "panel", "embedded" (X11) or "none"
 //   SessionBusFailures as, SystemBusFailures as: see BusFailures
 class DBusFacts {

@@ -111,6 +111,7 @@ TEST_F(ProgramTest, SwitchesMutingAndEndsTheApplication) {
     EXPECT_EQ(control("on").exitCode, 0);
     EXPECT_TRUE(becomes(isEnabled(true)));
     EXPECT_EQ(control("settings").exitCode, 0);
+    EXPECT_EQ(control("hotkey").exitCode, 0);
     EXPECT_EQ(control("quit").exitCode, 0);
     int status = 0;
     EXPECT_EQ(::waitpid(pid_, &status, 0), pid_);
@@ -120,7 +121,7 @@ TEST_F(ProgramTest, SwitchesMutingAndEndsTheApplication) {
 }
 
 TEST_F(ProgramTest, SaysInOneLineThatNothingRuns) {
-    for (const char* action : {"toggle", "on", "off", "settings", "quit"}) {
+    for (const char* action : {"toggle", "on", "off", "settings", "hotkey", "quit"}) {
         const Ended ended = control(std::string(action) + " 2>&1");
         EXPECT_EQ(ended.exitCode, 1);
         EXPECT_EQ(ended.output, "ble-kovractl: BLE-kovra is not running in this session\n");

@@ -6,6 +6,9 @@ namespace {
 
 class PortalDriver : private PortalRig {
   public:
+    // The user has accepted the hot key at an earlier start.
+    PortalDriver() { portal.remembered = {"TEST-1"}; }
+
     HotKeyService& service() { return hotKeys; }
     using PortalRig::settle;
     bool press() {

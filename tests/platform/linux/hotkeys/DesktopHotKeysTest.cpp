@@ -27,6 +27,8 @@ TEST(DesktopHotKeysTest, AreRequestedFromThePortalOnWayland) {
     auto hotKeys = DesktopHotKeys::on(Desktop::wayland, nullptr, session.bus);
     const auto hotKey = hotKeys.registerHotKey(controlOptionT);
     session.settle();
+    hotKey->request();
+    session.settle();
     EXPECT_FALSE(session.portal.bound.empty());
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,8 +16,9 @@ namespace {
 using namespace std::chrono_literals;
 using Calls = std::vector<std::string>;
 
-const std::string bind = "BindShortcuts TEST-1 description=BLE-kovra preferred_trigger=CTRL+ALT+t";
+const std::string bind = "BindShortcuts TEST-1 description=Mute trackpad preferred_trigger=CTRL+ALT+t";
 const std::string registration = "Register org.ble_kovra.BLEKovra";
+const Calls look{registration, "CreateSession", "ListShortcuts"};
 const Calls everything{registration, "CreateSession", "ListShortcuts", bind};
 
 constexpr HotKey testHotKey{.keyCode = HotKey::ansiT,
@@ -25,6 +27,8 @@ constexpr HotKey testHotKey{.keyCode = HotKey::ansiT,
                             .number = 1};
 
 const HotKeyState nobodys{HotKeyState::Holder::nobody, ""};
+const HotKeyState unrequested{HotKeyState::Holder::unrequested, ""};
+const HotKeyState refused{HotKeyState::Holder::refused, ""};
 HotKeyState ours(const std::string& combination) { return {HotKeyState::Holder::us, combination}; }
 
 struct ShortcutRig : PortalRig {
@@ -33,9 +37,18 @@ struct ShortcutRig : PortalRig {
     std::unique_ptr<HotKeyService::Reference> hotKey;
 
     void registerHotKey() {
+        hotKeys.description = "Mute trackpad";
         hotKey = hotKeys.registerHotKey(testHotKey);
         ASSERT_NE(hotKey, nullptr);
         settle();
+    }
+    void request() {
+        hotKey->request();
+        settle();
+    }
+    void requestHotKey() {
+        registerHotKey();
+        request();
     }
     int press() {
         pressed = 0;
@@ -47,7 +60,7 @@ struct ShortcutRig : PortalRig {
 
 TEST(PortalShortcutTest, RegistersTheApplicationAndBindsANewShortcut) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
     EXPECT_EQ(rig.press(), 1);
     EXPECT_EQ(rig.press(), 1);
@@ -58,7 +71,7 @@ TEST(PortalShortcutTest, TellsTheCombinationThatTheDesktopHasAssigned) {
         ShortcutRig rig;
         rig.portal.remembered = remembered;
         rig.portal.trigger = "Meta+M";
-        rig.registerHotKey();
+        rig.requestHotKey();
         EXPECT_EQ(rig.hotKeys.state(), ours("Meta+M"));
     }
 }
@@ -67,14 +80,14 @@ TEST(PortalShortcutTest, TellsEachChangeOfTheCombination) {
     ShortcutRig rig;
     std::vector<HotKeyState> told;
     rig.hotKeys.onStateChange = [&] { told.push_back(rig.hotKeys.state()); };
-    rig.registerHotKey();
+    rig.requestHotKey();
     rig.portal.assign("Meta+M", rig.portal.session);
     rig.settle();
     rig.portal.assign("Meta+N", "/org/freedesktop/portal/desktop/session/another");
     rig.settle();
     rig.portal.assign("", rig.portal.session);
     rig.settle();
-    EXPECT_EQ(told, (std::vector{ours("Ctrl+Alt+T"), ours("Meta+M"), nobodys}));
+    EXPECT_EQ(told, (std::vector{unrequested, ours("Ctrl+Alt+T"), ours("Meta+M"), refused}));
 }
 
 TEST(PortalShortcutTest, DoesNotBindAShortcutFromWhichTheUserHasTakenTheKey) {
@@ -82,63 +95,175 @@ TEST(PortalShortcutTest, DoesNotBindAShortcutFromWhichTheUserHasTakenTheKey) {
     rig.portal.remembered = {"TEST-1"};
     rig.portal.trigger = "";
     rig.registerHotKey();
-    EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession", "ListShortcuts"}));
-    EXPECT_EQ(rig.hotKeys.state(), nobodys);
+    EXPECT_EQ(rig.portal.calls, look);
+    EXPECT_EQ(rig.hotKeys.state(), refused);
+    rig.request();
+    EXPECT_EQ(rig.portal.calls, everything);
 }
 
-TEST(PortalShortcutTest, TellsThatThereIsNoKeyWithoutAPortalOrAfterARefusal) {
+TEST(PortalShortcutTest, TellsThatThereIsNoKeyWithoutAPortalOrAfterAnError) {
     ShortcutRig none;
     none.portal.stop();
-    none.registerHotKey();
+    none.requestHotKey();
     EXPECT_EQ(none.hotKeys.state(), nobodys);
-    for (const char* method : {"CreateSession", "BindShortcuts"}) {
-        ShortcutRig refused;
-        refused.portal.codes[method] = 1;
-        refused.registerHotKey();
-        EXPECT_EQ(refused.hotKeys.state(), nobodys) << method;
+    ShortcutRig closed;
+    closed.portal.codes["CreateSession"] = 1;
+    closed.requestHotKey();
+    EXPECT_EQ(closed.hotKeys.state(), nobodys);
+    for (const char* method : {"CreateSession", "ListShortcuts", "BindShortcuts"}) {
         ShortcutRig failed;
         failed.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
-        failed.registerHotKey();
+        failed.requestHotKey();
         EXPECT_EQ(failed.hotKeys.state(), nobodys) << method;
+    }
+}
+
+TEST(PortalShortcutTest, TellsThatTheUserHasAssignedNoKey) {
+    for (const std::uint32_t code : {1U, 2U}) {
+        ShortcutRig rig;
+        rig.portal.codes["BindShortcuts"] = code;
+        rig.requestHotKey();
+        EXPECT_EQ(rig.hotKeys.state(), refused) << code;
     }
     ShortcutRig taken;
     taken.portal.isTakenByAnother = true;
-    taken.registerHotKey();
-    EXPECT_EQ(taken.hotKeys.state(), nobodys);
+    taken.requestHotKey();
+    EXPECT_EQ(taken.hotKeys.state(), refused);
 }
 
-TEST(PortalShortcutTest, TellsThatThereIsNoKeyWhileThePortalIsAway) {
+TEST(PortalShortcutTest, FollowsAClosedSessionAndAPortalThatIsAway) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     rig.portal.closeSession();
     rig.settle();
+    EXPECT_EQ(rig.hotKeys.state(), refused);
+    rig.portal.stop();
+    rig.settle();
     EXPECT_EQ(rig.hotKeys.state(), nobodys);
+    rig.portal.start();
+    rig.settle();
+    EXPECT_EQ(rig.hotKeys.state(), unrequested);
+}
+
+TEST(PortalShortcutTest, MakesTheDesktopAskNothingByItself) {
+    ShortcutRig rig;
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, look);
+    EXPECT_EQ(rig.hotKeys.state(), unrequested);
+    EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
+    for (int restarts = 0; restarts < 2; ++restarts) {
+        rig.portal.stop();
+        rig.settle();
+        rig.portal.calls.clear();
+        rig.portal.start();
+        rig.settle();
+        EXPECT_EQ(rig.portal.calls, look);
+    }
+}
+
+// The portal accepts one request of a session.
+TEST(PortalShortcutTest, AsksAgainInANewSessionAfterARefusal) {
+    ShortcutRig rig;
+    rig.portal.codes["BindShortcuts"] = 1;
+    rig.requestHotKey();
+    for (int refusals = 0; refusals < 2; ++refusals) {
+        rig.portal.calls.clear();
+        rig.request();
+        EXPECT_EQ(rig.portal.calls, (Calls{"Close", "CreateSession", "ListShortcuts", bind}));
+        EXPECT_EQ(rig.hotKeys.state(), refused);
+    }
+    rig.portal.codes.clear();
+    rig.request();
+    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
+    EXPECT_EQ(rig.press(), 1);
+}
+
+TEST(PortalShortcutTest, AsksAgainAfterTheDesktopHasClosedTheSessionOrTakenTheKeyAway) {
+    ShortcutRig closed;
+    closed.requestHotKey();
+    closed.portal.closeSession();
+    closed.settle();
+    closed.portal.calls.clear();
+    closed.request();
+    EXPECT_EQ(closed.portal.calls, (Calls{"CreateSession", "ListShortcuts", bind}));
+    EXPECT_EQ(closed.press(), 1);
+
+    ShortcutRig taken;
+    taken.requestHotKey();
+    taken.portal.assign("", taken.portal.session);
+    taken.settle();
+    taken.portal.trigger = "Meta+M";
+    taken.request();
+    EXPECT_EQ(taken.hotKeys.state(), ours("Meta+M"));
+}
+
+TEST(PortalShortcutTest, OpensOneDialogAtATime) {
+    ShortcutRig rig;
+    rig.portal.asksTheUser = true;
+    rig.registerHotKey();
+    for (int requests = 0; requests < 3; ++requests) {
+        rig.hotKey->request();
+        rig.settle();
+        rig.hotKey->request();
+    }
+    rig.settle();
+    EXPECT_EQ(rig.portal.calls, everything);
+    rig.portal.codes["BindShortcuts"] = 1;
+    rig.portal.answer();
+    rig.settle();
+    EXPECT_EQ(rig.hotKeys.state(), refused);
+    rig.request();
+    rig.request();
+    EXPECT_EQ(rig.portal.dialogs.size(), 1U);
+    rig.portal.codes.clear();
+    rig.portal.answer();
+    rig.settle();
+    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
+}
+
+TEST(PortalShortcutTest, AsksAgainAfterThePortalHasEndedWithTheDialogOpen) {
+    ShortcutRig rig;
+    rig.portal.asksTheUser = true;
+    rig.requestHotKey();
+    rig.portal.closeSession();
+    rig.settle();
+    EXPECT_EQ(rig.hotKeys.state(), refused);
+    rig.request();
     rig.portal.stop();
     rig.settle();
     rig.portal.start();
     rig.settle();
-    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
+    EXPECT_EQ(rig.portal.dialogs.size(), 0U);
+    rig.request();
+    EXPECT_EQ(rig.portal.dialogs.size(), 1U);
+}
+
+TEST(PortalShortcutTest, DoesNotAskForAKeyThatItHas) {
+    ShortcutRig rig;
+    rig.requestHotKey();
+    rig.request();
+    EXPECT_EQ(rig.portal.calls, everything);
 }
 
 TEST(PortalShortcutTest, DoesNotBindAShortcutThatTheDesktopRemembers) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-1"};
-    rig.registerHotKey();
-    EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession", "ListShortcuts"}));
+    rig.requestHotKey();
+    EXPECT_EQ(rig.portal.calls, look);
     EXPECT_EQ(rig.press(), 1);
 }
 
 TEST(PortalShortcutTest, IsBoundIfTheDesktopRemembersOnlyOthers) {
     ShortcutRig rig;
     rig.portal.remembered = {"TEST-2"};
-    rig.registerHotKey();
+    rig.requestHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
 TEST(PortalShortcutTest, WorksWithPortalsThatHaveNoRegistry) {
     ShortcutRig rig;
     rig.portal.knowsRegistry = false;
-    rig.registerHotKey();
+    rig.requestHotKey();
     EXPECT_EQ(rig.portal.calls, (Calls{"Register?", "CreateSession", "ListShortcuts", bind}));
     EXPECT_EQ(rig.press(), 1);
 }
@@ -146,7 +271,7 @@ TEST(PortalShortcutTest, WorksWithPortalsThatHaveNoRegistry) {
 TEST(PortalShortcutTest, ReceivesAResponseThatArrivesBeforeTheReply) {
     ShortcutRig rig;
     rig.portal.answersBeforeItReplies = true;
-    rig.registerHotKey();
+    rig.requestHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
     EXPECT_EQ(rig.press(), 1);
 }
@@ -155,12 +280,12 @@ TEST(PortalShortcutTest, StaysSilentAfterARefusal) {
     for (const std::uint32_t code : {1U, 2U}) {
         ShortcutRig rig;
         rig.portal.codes["CreateSession"] = code;
-        rig.registerHotKey();
+        rig.requestHotKey();
         EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession"}));
 
         ShortcutRig other;
         other.portal.codes["BindShortcuts"] = code;
-        other.registerHotKey();
+        other.requestHotKey();
         EXPECT_EQ(other.portal.calls, everything);
         EXPECT_EQ(other.press(), 0);
     }
@@ -169,7 +294,7 @@ TEST(PortalShortcutTest, StaysSilentAfterARefusal) {
 TEST(PortalShortcutTest, IsBoundIfTheListIsRefused) {
     ShortcutRig rig;
     rig.portal.codes["ListShortcuts"] = 2;
-    rig.registerHotKey();
+    rig.requestHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
     EXPECT_EQ(rig.press(), 1);
 }
@@ -178,7 +303,7 @@ TEST(PortalShortcutTest, StaysSilentAfterAnError) {
     for (const char* method : {"CreateSession", "ListShortcuts", "BindShortcuts"}) {
         ShortcutRig rig;
         rig.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
-        rig.registerHotKey();
+        rig.requestHotKey();
         EXPECT_EQ(rig.portal.calls.back().substr(0, std::string(method).size()), method);
         EXPECT_EQ(rig.press(), 0);
         EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
@@ -189,7 +314,7 @@ TEST(PortalShortcutTest, TakesNoSessionFromAMalformedResponse) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "no path"}) {
         ShortcutRig rig;
         rig.portal.nonsense["CreateSession"] = wrong;
-        rig.registerHotKey();
+        rig.requestHotKey();
         EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession"})) << wrong;
     }
 }
@@ -198,7 +323,7 @@ TEST(PortalShortcutTest, IsBoundAfterAMalformedList) {
     for (const char* wrong : {"types", "nothing", "no results", "number", "strings"}) {
         ShortcutRig rig;
         rig.portal.nonsense["ListShortcuts"] = wrong;
-        rig.registerHotKey();
+        rig.requestHotKey();
         EXPECT_EQ(rig.portal.calls, everything) << wrong;
         EXPECT_EQ(rig.press(), 1) << wrong;
     }
@@ -207,13 +332,13 @@ TEST(PortalShortcutTest, IsBoundAfterAMalformedList) {
 TEST(PortalShortcutTest, IgnoresWhatLaterVersionsAdd) {
     ShortcutRig rig;
     rig.portal.nonsense["CreateSession"] = "more";
-    rig.registerHotKey();
+    rig.requestHotKey();
     EXPECT_EQ(rig.portal.calls, everything);
 }
 
 TEST(PortalShortcutTest, IgnoresOtherShortcutsAndSessions) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     rig.portal.emitOfShortcut("Activated", rig.portal.session, "TEST-2");
     rig.portal.emitOfShortcut("Activated", rig.portal.session + "1", "TEST-1");
     rig.portal.emit("org.freedesktop.portal.GlobalShortcuts", "Activated");
@@ -224,7 +349,7 @@ TEST(PortalShortcutTest, IgnoresOtherShortcutsAndSessions) {
 
 TEST(PortalShortcutTest, CountsARepeatedPressOnce) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     for (int repeats = 0; repeats < 50; ++repeats) {
         rig.portal.activate();
         rig.settle();
@@ -236,7 +361,7 @@ TEST(PortalShortcutTest, CountsARepeatedPressOnce) {
 
 TEST(PortalShortcutTest, CountsTheNextPressIfTheDesktopReportsNoRelease) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     rig.portal.activate();
     rig.settle();
     turnsWithin(rig.loop, 1100ms);
@@ -247,7 +372,7 @@ TEST(PortalShortcutTest, CountsTheNextPressIfTheDesktopReportsNoRelease) {
 
 TEST(PortalShortcutTest, IgnoresSignalsThatAnotherClientForges) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     Forger forger(Forger::Bus::session);
     const std::string program = Forger::nameOf(rig.bus.bus());
     const char* session = rig.portal.session.c_str();
@@ -261,7 +386,7 @@ TEST(PortalShortcutTest, IgnoresSignalsThatAnotherClientForges) {
 
 TEST(PortalShortcutTest, IsNotBoundAgainAfterTheDesktopHasClosedTheSession) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     rig.portal.closeSession();
     rig.settle();
     EXPECT_EQ(rig.portal.calls, everything);
@@ -272,13 +397,14 @@ TEST(PortalShortcutTest, IsNotBoundAgainAfterTheDesktopHasClosedTheSession) {
 
 TEST(PortalShortcutTest, IsBoundAgainAfterThePortalHasRestarted) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     for (int restarts = 0; restarts < 3; ++restarts) {
         rig.portal.stop();
         rig.settle();
         rig.portal.calls.clear();
         rig.portal.start();
         rig.settle();
+        rig.request();
         EXPECT_EQ(rig.portal.calls, everything);
         EXPECT_EQ(rig.press(), 1);
     }
@@ -287,18 +413,19 @@ TEST(PortalShortcutTest, IsBoundAgainAfterThePortalHasRestarted) {
 TEST(PortalShortcutTest, IsBoundByAPortalThatStartsLate) {
     ShortcutRig rig;
     rig.portal.stop();
-    rig.registerHotKey();
+    rig.requestHotKey();
     EXPECT_EQ(rig.portal.calls, Calls{});
     EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
     rig.portal.start();
     rig.settle();
+    rig.request();
     EXPECT_EQ(rig.portal.calls, everything);
     EXPECT_EQ(rig.press(), 1);
 }
 
 TEST(PortalShortcutTest, IsBoundAgainAfterTheBusHasRestarted) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     rig.portal.stop();
     rig.daemon.restart();
     ASSERT_TRUE(turnUntil(rig.loop, [&] { return rig.bus.bus() == nullptr; }));
@@ -306,13 +433,14 @@ TEST(PortalShortcutTest, IsBoundAgainAfterTheBusHasRestarted) {
     rig.portal.start();
     ASSERT_TRUE(turnUntil(rig.loop, [&] { return !rig.portal.calls.empty(); }));
     rig.settle();
+    rig.request();
     EXPECT_EQ(rig.portal.calls, everything);
     EXPECT_EQ(rig.press(), 1);
 }
 
 TEST(PortalShortcutTest, ClosesItsSessionWhenItIsDestroyed) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     rig.hotKey.reset();
     rig.settle();
     EXPECT_EQ(rig.portal.calls.back(), "Close");
@@ -321,7 +449,7 @@ TEST(PortalShortcutTest, ClosesItsSessionWhenItIsDestroyed) {
 }
 
 TEST(PortalShortcutTest, MayBeDestroyedAtAnyMoment) {
-    for (int turns = 0; turns < 60; ++turns) {
+    for (int turns = 0; turns < 90; ++turns) {
         ShortcutRig rig;
         rig.settle();
         rig.hotKey = rig.hotKeys.registerHotKey(testHotKey);
@@ -329,6 +457,7 @@ TEST(PortalShortcutTest, MayBeDestroyedAtAnyMoment) {
             bool done = false;
             rig.loop.async([&] { done = true; });
             rig.loop.runUntil([&] { return done; });
+            rig.hotKey->request();
         }
         rig.hotKey.reset();
         rig.settle();
@@ -338,7 +467,7 @@ TEST(PortalShortcutTest, MayBeDestroyedAtAnyMoment) {
 
 TEST(PortalShortcutTest, MayBeDestroyedByItsOwnPress) {
     ShortcutRig rig;
-    rig.registerHotKey();
+    rig.requestHotKey();
     const auto second = rig.hotKeys.installHandler([&] { return rig.hotKey.reset(), 0; });
     EXPECT_EQ(rig.press(), 1);
     EXPECT_EQ(rig.press(), 0);

@@ -17,7 +17,8 @@
 namespace kovra {
 
 // A substitute for a desktop's portal for global shortcuts, on a bus that has no real one. It has the portal's
-// published interface and refuses malformed calls. It can also refuse valid ones, send invalid responses, and exit.
+// published interface and refuses malformed calls. It can also refuse valid ones, send invalid responses, ask the user,
+// and exit.
 class StandInPortal {
   public:
     explicit StandInPortal(SdEventLoop& loop) : loop_(loop) { start(); }
@@ -37,6 +38,7 @@ class StandInPortal {
         bus_.reset();
         session = "";
         bound.clear();
+        dialogs.clear();
     }
 
     // Presses and releases Control, Option and T. Returns whether a shortcut is bound, so that the focused window does
@@ -67,6 +69,13 @@ class StandInPortal {
                                      trigger.c_str()),
                   0);
     }
+    // The user answers the dialog that was opened first.
+    void answer() {
+        ASSERT_FALSE(dialogs.empty());
+        bindAsked();
+        respond("BindShortcuts", dialogs.front());
+        dialogs.erase(dialogs.begin());
+    }
     void emit(const char* interface, const char* signal) {
         EXPECT_GE(sd_bus_emit_signal(bus_.get(), desktopPath, interface, signal, "u", 7U), 0);
     }
@@ -75,6 +84,7 @@ class StandInPortal {
     std::vector<std::string> calls;
     std::string session;
     std::vector<std::string> bound;
+    std::vector<std::string> dialogs;  // the requests that the user has not answered yet
 
     // The behavior of the portal:
     std::vector<std::string> remembered;          // shortcuts of this program that the user accepted earlier
@@ -82,6 +92,7 @@ class StandInPortal {
     bool answersBeforeItReplies = false;          // the response to a request precedes the reply to its call
     std::string trigger = "Ctrl+Alt+T";           // what it calls the assigned combination
     bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
+    bool asksTheUser = false;                     // opens a dialog before it responds to BindShortcuts
     std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0
     std::map<std::string, std::string> errors;    // the error of a method, if it has one
     std::map<std::string, std::string> nonsense;  // the defect in the response to a method
@@ -156,14 +167,24 @@ class StandInPortal {
         std::replace(sender.begin(), sender.end(), '.', '_');
         const std::string path = std::string(desktopPath) + "/request/" + sender + "/" + options.at("handle_token");
         const bool isGranted = !codes.contains(method);
+        if (method == "BindShortcuts" && std::exchange(boundSession_, session) == session) {
+            calls.emplace_back("a second request of one session");
+            sd_bus_reply_method_errorf(message, "org.freedesktop.portal.Error.Failed", "only one request");
+            return;
+        }
         if (method == "CreateSession" && isGranted)
             session = std::string(desktopPath) + "/session/" + sender + "/" + options.at("session_handle_token");
-        if (method == "ListShortcuts" && isGranted) bound = remembered;
-        if (method == "BindShortcuts" && isGranted && !isTakenByAnother) bound = {lastAsked_};
+        if (method == "ListShortcuts" && isGranted && !isTakenByAnother) bound = remembered;
 
         if (!answersBeforeItReplies) sd_bus_reply_method_return(message, "o", path.c_str());
+        if (method == "BindShortcuts" && asksTheUser) return dialogs.push_back(path);
+        if (method == "BindShortcuts") bindAsked();
         respond(method, path);
         if (answersBeforeItReplies) sd_bus_reply_method_return(message, "o", path.c_str());
+    }
+
+    void bindAsked() {
+        if (!codes.contains("BindShortcuts") && !isTakenByAnother) bound = {lastAsked_};
     }
 
     std::string readShortcuts(sd_bus_message* message) {
@@ -227,6 +248,7 @@ class StandInPortal {
     SdEventLoop& loop_;
     BusHandle bus_;
     std::string lastAsked_;
+    std::string boundSession_;
 };
 
 }  // namespace kovra

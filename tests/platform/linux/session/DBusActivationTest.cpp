@@ -179,7 +179,7 @@ TEST_F(DBusActivationTest, RefusesEveryOtherCall) {
 }
 
 TEST_F(DBusActivationTest, PassesOnTheActionsThatOtherProgramsAskForFromTheQueue) {
-    for (const char* action : {"toggle", "on", "off", "settings", "quit"}) {
+    for (const char* action : {"toggle", "on", "off", "settings", "hotkey", "quit"}) {
         EXPECT_EQ(call("ActivateAction",
                        [&](BusWriter& writer) {
                            writer.text(action).openArray("v").close();
@@ -187,12 +187,13 @@ TEST_F(DBusActivationTest, PassesOnTheActionsThatOtherProgramsAskForFromTheQueue
                        }),
                   "");
     }
-    EXPECT_TRUE(turnUntil(loop_, [&] { return requests_.size() == 5; }));
+    EXPECT_TRUE(turnUntil(loop_, [&] { return requests_.size() == 6; }));
     EXPECT_EQ(requests_,
               (std::vector<std::pair<ApplicationAction, std::string>>{{ApplicationAction::toggle, "of toggle"},
                                                                       {ApplicationAction::on, "of on"},
                                                                       {ApplicationAction::off, "of off"},
                                                                       {ApplicationAction::settings, "of settings"},
+                                                                      {ApplicationAction::hotKey, "of hotkey"},
                                                                       {ApplicationAction::quit, "of quit"}}));
     EXPECT_FALSE(wasInDispatch_);
     EXPECT_TRUE(tokens_.empty());

@@ -130,6 +130,8 @@ TEST_F(DBusFactsTest, NameTheHolderOfTheHotKeyAndItsCombination) {
     EXPECT_EQ(hotKey(HotKeyState::Holder::us, ""), "ours Ctrl+Alt+T");
     EXPECT_EQ(hotKey(HotKeyState::Holder::us, "Meta+M"), "ours Meta+M");
     EXPECT_EQ(hotKey(HotKeyState::Holder::another, ""), "taken Ctrl+Alt+T");
+    EXPECT_EQ(hotKey(HotKeyState::Holder::unrequested, ""), "onRequest Ctrl+Alt+T");
+    EXPECT_EQ(hotKey(HotKeyState::Holder::refused, ""), "onRequest Ctrl+Alt+T");
     EXPECT_EQ(hotKey(HotKeyState::Holder::nobody, ""), "unavailable Ctrl+Alt+T");
 }
 
