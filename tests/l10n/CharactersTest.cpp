@@ -8,10 +8,25 @@
 #include <string>
 #include <string_view>
 
+#include "tests/l10n/MarksOfUnicode.h"
 #include "tests/support/Seeds.h"
 
 namespace kovra {
 namespace {
+
+// For code points from U+0080 that are not surrogates.
+std::string utf8(char32_t codePoint) {
+    std::string text;
+    const auto next = [&](unsigned lead, unsigned shift) { text += static_cast<char>(lead | (codePoint >> shift)); };
+    const auto rest = [&](unsigned shift) { text += static_cast<char>(0x80 | ((codePoint >> shift) & 0x3F)); };
+    if (codePoint < 0x800) next(0xC0, 6);
+    if (codePoint >= 0x800 && codePoint < 0x10000) next(0xE0, 12);
+    if (codePoint >= 0x10000) next(0xF0, 18);
+    if (codePoint >= 0x10000) rest(12);
+    if (codePoint >= 0x800) rest(6);
+    rest(0);
+    return text;
+}
 
 TEST(CharactersTest, KeepsAShorterTextWhole) {
     EXPECT_EQ(firstCharacters("", 2), "");
@@ -68,6 +83,16 @@ TEST(CharactersTest, SeparatesCodePointsThatStartACharacter) {
         const std::string first = marked ? "a\u0E35" : "a";
         const std::string second(marked ? other.substr(3) : other);
         EXPECT_EQ(firstCharacters(first + second + "b", 2), first + second) << other;
+    }
+}
+
+TEST(CharactersTest, KnowsEachGroupOfMarksFromItsFirstToItsLast) {
+    for (const char32_t mark : edgesOfMarks) {
+        const std::string text = "a" + utf8(mark);
+        EXPECT_EQ(firstCharacters(text, 1), text) << std::hex << static_cast<std::uint32_t>(mark);
+    }
+    for (const char32_t other : besideMarks) {
+        EXPECT_EQ(firstCharacters("a" + utf8(other), 1), "a") << std::hex << static_cast<std::uint32_t>(other);
     }
 }
 
