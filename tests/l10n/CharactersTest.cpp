@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <ios>
 #include <random>
 #include <string>
 #include <string_view>
