@@ -76,7 +76,7 @@ class Desktop:
     kind: object
     is_wayland: bool = True
     packages: tuple = ()
-    # The title of the window in which the desktop asks at each start for the hot key, if it does.
+    # The title of the window in which the desktop asks for the hot key, if it does.
     asks_for_key: str = ""
 
     @property

@@ -4,7 +4,7 @@ import look
 from item import PROGRAM
 from texts import ENGLISH, HINT, MUTE, TEXTS
 from waiting import check, now, wait_for
-from world import BINARY
+from world import ASKED, BINARY, NotPossible
 
 SCENARIOS = {}
 TITLES = TEXTS[ENGLISH]
@@ -35,9 +35,7 @@ def launcher(world):
     wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", 5)
     ended = now() - started
     check(not world.window(), "the start has opened a window")
-    if world.desktop.asks_for_key:
-        world.refuse_key()
-        world.remark("the desktop asks for the hot key at once")
+    check(not world.dialogues_for_key(), "the desktop asks for the hot key at once")
     return f"icon after {shown:.1f} s, pointer after {ended:.1f} s"
 
 
@@ -58,10 +56,9 @@ def icon(world):
 @scenario("The mouse is plugged in: the icon gets a slash and says so; 2.0 s after it is unplugged the slash is gone.")
 def mouse(world):
     mice = world.mice()
-    world.choose(blockMode="onDevice", isEnabled=True, selectedDeviceIDs=[mice.key("Mouse", 1)])
+    world.choose(blockMode="onDevice", isEnabled=True, selectedDeviceIDs=[mice.key("Mouse", 1)], **ASKED)
     world.run(BINARY, **mice.environment)
     world.find_item()
-    world.refuse_key()
     world.expect_flag(False)
     plain = world.icon_picture()
     begun = now()
@@ -134,6 +131,31 @@ def settings(world):
         world.close_settings()
     if behind:
         world.remark(f"without a token ({', '.join(behind)}) the desktop shows a hint instead")
+
+
+@scenario("The desktop asks for the hot key once, after the settings were opened; refused, only the menu offers it.")
+def hot_key(world):
+    if not world.desktop.asks_for_key:
+        raise NotPossible("the desktop asks for no hot keys")
+    offer = TITLES["menu.hotkeyHint.choose"]
+    world.run(BINARY)
+    world.find_item()
+    wait_for(lambda: world.item.entries()[HINT].title == offer, "the menu to offer the hot key", 30)
+    check(not world.dialogues_for_key(), "the desktop asks before the settings were opened")
+    world.program.perform("settings")
+    world.refuse_key()
+    wait_for(world.window, "the settings", 30)
+    world.end_program()
+    world.run(BINARY)
+    world.find_item()
+    wait_for(lambda: world.item.entries()[HINT].title == offer, "the menu to offer the hot key at the next start", 30)
+    world.program.perform("settings")
+    wait_for(world.window_or_hint, "the settings of the next start", 30)
+    check(not world.dialogues_for_key(), "the desktop asks again at the next start")
+    world.close_settings()
+    world.choose_entry(offer)
+    world.refuse_key()
+    wait_for(lambda: world.item.entries()[HINT].title == offer, "the menu to offer the hot key after a refusal", 30)
 
 
 @scenario("The panel is restarted: the icon is back within 2 s, and its menu works.")

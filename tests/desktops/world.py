@@ -18,6 +18,8 @@ from waiting import Failed, check, now, wait_for
 # Where the simulated devices are in the container.
 MICE = "tmp/kovra-mice"
 BINARY = "/usr/bin/ble-kovra"
+# The preferences of a user whom the desktop has asked for the hot key.
+ASKED = {"hotKeyRequested": True}
 
 
 class NotPossible(Exception):
@@ -97,11 +99,10 @@ class World:
 
     def start(self, muted=False, **preferences):
         """Starts the program as a service of the session, which no launcher has started."""
-        self.choose(**{"blockMode": "always", "isEnabled": muted, **preferences})
+        self.choose(**{"blockMode": "always", "isEnabled": muted, **ASKED, **preferences})
         self.run(BINARY)
         self.find_item()
         self.expect_flag(muted)
-        self.refuse_key()
 
     def run(self, *command, **variables):
         """Starts a program in the session as a unit of the session's service manager, as desktops do."""
@@ -118,13 +119,17 @@ class World:
         wait_for(self._has_icon, "the icon to appear in the panel", 60)
         self.item = item_of_program(self.session.bus)
 
+    def dialogues_for_key(self):
+        """Returns the windows in which the desktop asks for the hot key, if it does that."""
+        title = self.desktop.asks_for_key
+        return [one for one in self.shell.windows() if title and title in one.title]
+
     def refuse_key(self):
-        """Refuses the dialogue with which some desktops ask for the hot key."""
-        if title := self.desktop.asks_for_key:
-            dialogues = lambda: [one for one in self.shell.windows() if title in one.title]
-            wait_for(lambda: any(one.has_keyboard for one in dialogues()), "the desktop's dialogue for the hot key", 60)
-            self.shell.press("Alt", "F4")
-            wait_for(lambda: not dialogues(), "the dialogue to close", 30)
+        """Waits until the desktop asks for the hot key, and refuses."""
+        wait_for(lambda: any(one.has_keyboard for one in self.dialogues_for_key()), "the dialogue for the hot key", 60)
+        check(len(self.dialogues_for_key()) == 1, "the desktop asks more than once")
+        self.shell.press("Alt", "F4")
+        wait_for(lambda: not self.dialogues_for_key(), "the dialogue to close", 30)
 
     def _has_icon(self):
         check(self.processes(), "the program ended")
