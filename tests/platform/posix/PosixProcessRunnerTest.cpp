@@ -19,6 +19,7 @@
 #else
 #include "tests/platform/linux/loop/LoopRig.h"
 #include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/NoDescriptors.h"
 #endif
 
 namespace kovra {
@@ -73,6 +74,8 @@ class PosixProcessRunnerTest : public testing::Test {
 TEST_F(PosixProcessRunnerTest, ReturnsBothStreamsInTheOrderOfWriting) {
     EXPECT_EQ(output("echo first; echo second >&2; echo third; echo fourth >&2"), "first\nsecond\nthird\nfourth\n");
 }
+
+TEST_F(PosixProcessRunnerTest, ReturnsASingleByte) { EXPECT_EQ(output("printf x"), "x"); }
 
 TEST_F(PosixProcessRunnerTest, ReturnsMoreThanAPipeHolds) {
     const auto text = output("head -c 10485760 /dev/zero");
@@ -227,6 +230,17 @@ TEST_F(PosixProcessRunnerTest, SleepsWhileAProgramHangs) {
     EXPECT_EQ(output("echo $$ >$here/pid; exec sleep 1000"), std::nullopt);
     EXPECT_TRUE(isOver);
     EXPECT_LT(turns, 5);
+}
+
+TEST_F(PosixProcessRunnerTest, LeavesNoProcessBehindIfItsEndCannotBeWatched) {
+    const std::string program = scripts_.make("exec sleep 20");
+    // A sanitizer opens descriptors when it first checks a type.
+    EXPECT_FALSE(processes_.start({scripts_ / "missing", {}}));
+    {
+        const NoDescriptors scope;
+        EXPECT_EQ(processes_.start({program, {}}).reason(), std::strerror(EMFILE));
+    }
+    EXPECT_FALSE(hasChildren());
 }
 
 #endif

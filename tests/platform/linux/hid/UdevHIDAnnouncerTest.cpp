@@ -1,10 +1,10 @@
 #include "BLE_kovra/platform/linux/hid/UdevHIDAnnouncer.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/platform/linux/hid/MockHIDBus.h"
+#include "tests/support/linux/NoDescriptors.h"
 
 namespace kovra {
 namespace {
@@ -145,20 +145,6 @@ TEST_F(UdevHIDAnnouncerTest, ListsExistingPendingAndAnnouncedNodes) {
     const MockHIDNode existing = added({});
     EXPECT_EQ(announcer_->allNodes(), (Reports{removed.name, pending.name, existing.name}));
 }
-
-// During the lifetime of this object, the process can open no descriptor.
-class NoDescriptors {
-  public:
-    NoDescriptors() {
-        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &before_), 0);
-        const rlimit none{3, before_.rlim_max};
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-    }
-    ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-
-  private:
-    rlimit before_{};
-};
 
 TEST_F(UdevHIDAnnouncerTest, KeepsANodeThatItCannotReadWithoutDescriptorsAndChecksItAgain) {
     // The first timeout must start before NoDescriptors exists, because a sanitizer opens descriptors when it first

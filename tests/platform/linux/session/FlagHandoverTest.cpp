@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,6 +14,7 @@
 
 #include "BLE_kovra/platform/posix/PosixFileSystem.h"
 #include "tests/platform/linux/loop/Turns.h"
+#include "tests/support/linux/NoDescriptors.h"
 #include "tests/support/posix/OrdinaryUser.h"
 #include "tests/support/posix/TempFolder.h"
 
@@ -251,12 +251,8 @@ class FlagHandoverWithoutAWatchTest : public FlagHandoverTest {
     FlagHandoverWithoutAWatchTest() {
         writeFile(flag_, "off");
         static_cast<void>(turnsWithin(loop_, 1ms));  // the loop opens the descriptor of its timer
-        rlimit before{};
-        ::getrlimit(RLIMIT_NOFILE, &before);
-        const rlimit none{0, before.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &none);
+        const NoDescriptors scope;
         handover_ = std::make_unique<FlagHandover>(loop_, flag_, [this] { ++reports_; });
-        ::setrlimit(RLIMIT_NOFILE, &before);
     }
     int reportsWithin(std::chrono::milliseconds time) {
         static_cast<void>(turnsWithin(loop_, time));
