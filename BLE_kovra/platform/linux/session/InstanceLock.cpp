@@ -14,12 +14,13 @@ namespace kovra {
 
 InstanceLock::InstanceLock(const std::string& path)
     // O_NONBLOCK: a pipe of this name must not make the start wait.
-    : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600)),
-      state_(lock(file_)) {}
+    : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600)) {
+    static_cast<void>(state());
+}
 
-InstanceLock::State InstanceLock::lock(const FileDescriptor& file) {
-    if (!file.isOpen()) return State::none;
-    if (::flock(file.number(), LOCK_EX | LOCK_NB) == 0) return State::held;
+InstanceLock::State InstanceLock::state() const {
+    if (!file_.isOpen()) return State::none;
+    if (::flock(file_.number(), LOCK_EX | LOCK_NB) == 0) return State::held;
     return errno == EWOULDBLOCK ? State::heldElsewhere : State::none;
 }
 

@@ -12,7 +12,7 @@ namespace kovra {
 // The file is never removed. If it cannot be created, the program runs without a lock.
 class InstanceLock {
   public:
-    // An empty path means that there is no lock.
+    // Takes the lock if it is free. An empty path means that there is no lock.
     explicit InstanceLock(const std::string& path);
 
     enum class State {
@@ -20,13 +20,11 @@ class InstanceLock {
         heldElsewhere,  // by another process, so another instance is running
         none            // nothing is known about other instances
     };
-    State state() const { return state_; }
+    // If the lock was held elsewhere and is free now, takes it.
+    State state() const;
 
   private:
-    static State lock(const FileDescriptor& file);
-
     FileDescriptor file_;
-    State state_;
 };
 
 // Returns the path ble-kovra.lock in $XDG_RUNTIME_DIR. If that variable is not set to an absolute path, as in a job of

@@ -1,5 +1,7 @@
 #include "BLE_kovra/platform/linux/session/SingleInstance.h"
 
+#include <poll.h>
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -16,6 +18,7 @@ namespace {
 using Owner = DBusActivation::Owner;
 
 constexpr auto timeout = std::chrono::seconds(2);
+constexpr auto endOfAProcess = std::chrono::seconds(1);
 constexpr const char* nameIsTaken =
     "имя org.ble_kovra.BLEKovra на сессионной шине занято другой программой, работа продолжается без него";
 constexpr const char* firstIsOutOfReach =
@@ -46,6 +49,17 @@ Answer requestName(sd_bus* bus) {
     return answer;
 }
 
+// Returns whether another process keeps the lock. A process that was killed keeps it until the kernel has ended that
+// process, which takes a moment if memory has run out.
+bool isStillHeldElsewhere(const InstanceLock& lock) {
+    constexpr int pauseMilliseconds = 20;
+    for (const auto end = std::chrono::steady_clock::now() + endOfAProcess;
+         lock.state() == InstanceLock::State::heldElsewhere; ::poll(nullptr, 0, pauseMilliseconds)) {
+        if (std::chrono::steady_clock::now() >= end) return true;
+    }
+    return false;
+}
+
 // Shows a text on the desktop if a notification service is running. Does not wait for a reply.
 void notify(BusConnection& bus, const char* text) {
     bus.send(
@@ -66,10 +80,14 @@ SingleInstance::SingleInstance(SessionBus& bus, const InstanceLock& lock, System
       activation_(bus.loop(), std::move(startedAgain), std::move(requested)) {
     BusConnection* connection = bus.connection();
     if (isSecond_) {
-        const bool isShown =
-            connection != nullptr && DBusActivation::activate(connection->bus(), busName) == Owner::ours;
-        if (!isShown) log.log(firstIsOutOfReach);
-        return;
+        const Owner owner =
+            connection == nullptr ? Owner::foreign : DBusActivation::activate(connection->bus(), busName);
+        if (owner == Owner::ours) return;
+        isSecond_ = owner == Owner::silent || isStillHeldElsewhere(lock);
+        if (isSecond_) {
+            log.log(firstIsOutOfReach);
+            return;
+        }
     }
     if (connection != nullptr) takeName(*connection, lock, log);
     if (!isSecond_) listening_ = bus.listen([this](BusConnection* changed) { busChanged(changed); });

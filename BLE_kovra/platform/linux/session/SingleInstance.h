@@ -18,7 +18,7 @@ class SystemLog;
 // A start that does not get the lock is a second one. So is a start that does not get the name, if the owner of the
 // name replies as this program does. If there is no lock, an owner that does not reply counts as this program too. A
 // second start asks the owner of the name to open its window. If that fails although another instance holds the lock,
-// one line is logged.
+// and still holds it a second later, one line is logged. An instance that is being killed releases it before.
 //
 // Without a session bus, or if the bus does not reply within two seconds, the lock alone decides. If another program
 // owns the name, the first instance runs without it. It then logs one line and shows a notification on the desktop.

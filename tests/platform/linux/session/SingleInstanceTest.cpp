@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -174,6 +175,21 @@ TEST_F(SingleInstanceLockTest, AsksAnotherInstanceOnTheSameBusToComeToTheFront) 
     });
     EXPECT_TRUE(lookUntil(loop_, [&] { return hasEnded && first.furtherStarts() == 1; }));
     another.join();
+}
+
+// The kernel may take a moment to end a process that was killed. Until then the process holds the lock, without a name.
+TEST_F(SingleInstanceLockTest, TakesThePlaceOfAnInstanceThatIsBeingKilled) {
+    const PrivateBus bus(sessionBus);
+    auto killed = std::make_unique<InstanceLock>(lock_);
+    std::thread end([&] {
+        std::this_thread::sleep_for(200ms);
+        killed.reset();
+    });
+    const Start next(loop_, lock_);
+    end.join();
+    EXPECT_FALSE(next.isSecond());
+    EXPECT_EQ(next.lines(), Lines());
+    EXPECT_EQ(InstanceLock(lock_).state(), InstanceLock::State::heldElsewhere);
 }
 
 TEST_F(SingleInstanceLockTest, IsNotTakenFromAnInstanceThatRunsWithoutItsName) {
