@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -38,13 +37,20 @@ std::string statusValue(const std::string& status, std::string_view key) {
     return status.substr(begin, status.find('\n', begin) - begin);
 }
 
+// Returns what can be read. Reading fails if the process ends meanwhile; the iterators of a stream would then throw.
+std::string textOf(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    std::string text;
+    for (std::string line; std::getline(file, line);) text += line + '\n';
+    return text;
+}
+
 std::optional<Process> processIn(const std::filesystem::path& folder, const std::string& name) {
     const std::string number = folder.filename();
     int id = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), id);
     if (error != std::errc() || end != number.data() + number.size()) return std::nullopt;
-    std::ifstream file(folder / "status");
-    const std::string status(std::istreambuf_iterator<char>(file), {});
+    const std::string status = textOf(folder / "status");
     const bool hasEnded = statusValue(status, "State").starts_with('Z');
     if (hasEnded || statusValue(status, "Name") != name) return std::nullopt;
     const std::string users = statusValue(status, "Uid");

@@ -44,6 +44,14 @@ TEST_F(PeopleTest, AreFoundByWhatTheyRun) {
     EXPECT_TRUE(processesNamed("ble-kovra", folder_ / "missing").empty());
 }
 
+// A process may end between the opening and the reading of its file. A folder in place of the file cannot be read
+// either.
+TEST_F(PeopleTest, AreFoundAlthoughAProcessCannotBeRead) {
+    addProcess("20", "ble-kovra", "1001");
+    std::filesystem::create_directories(folder_ / "7/status");
+    EXPECT_EQ(found("ble-kovra"), "20 of 1001; ");
+}
+
 TEST_F(PeopleTest, HaveTheNameOfTheirAccountOrItsNumber) {
     EXPECT_EQ(personOf(0).name, "root");
     constexpr uid_t nobodys = 3999999999;
