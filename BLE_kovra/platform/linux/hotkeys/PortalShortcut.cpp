@@ -1,12 +1,14 @@
 #include "BLE_kovra/platform/linux/hotkeys/PortalShortcut.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 #include <utility>
 
+#include "BLE_kovra/platform/linux/hotkeys/AcceleratorName.h"
 #include "BLE_kovra/platform/linux/session/SingleInstance.h"
 
 namespace kovra {
@@ -21,8 +23,8 @@ constexpr const char* globalShortcuts = "org.freedesktop.portal.GlobalShortcuts"
 // time is such a repetition. The time is longer than the keyboard's usual delay before the first repetition.
 constexpr auto repetition = std::chrono::seconds(1);
 
-// Returns whether the response contains the code 0. Any other code means that the user or the portal has ended the
-// request.
+// Reads the code of the response. Returns whether it is 0. Any other code means that the user or the portal has ended
+// the request.
 bool isGranted(sd_bus_message* response) {
     std::uint32_t code = 1;
     return sd_bus_message_read(response, "u", &code) > 0 && code == 0;
@@ -120,7 +122,11 @@ void PortalShortcut::registerApplication() {
 void PortalShortcut::createSession() {
     const std::string request = newRequest(&PortalShortcut::sessionCreated);
     call("CreateSession", [&](BusWriter& arguments) {
-        arguments.openArray("{sv}").entry("handle_token", request).entry("session_handle_token", request).close();
+        arguments.openArray("{sv}").entry("handle_token", request).entry("session_handle_token", request);
+        // Plasma 5.27 gives keys only to the shortcuts of this option, and opens no dialog. Other portals ignore it.
+        arguments.openEntry("sv").text("shortcuts").openVariant("a(sa{sv})");
+        describe(arguments);
+        arguments.close().close().close();
     });
 }
 
@@ -157,18 +163,24 @@ void PortalShortcut::bindShortcut() {
     const std::string request = newRequest(&PortalShortcut::shortcutBound);
     call("BindShortcuts", [&](BusWriter& arguments) {
         arguments.path(session_.c_str());
-        arguments.openArray("(sa{sv})").openStruct("sa{sv}").text(description_.id).openArray("{sv}");
-        arguments.entry("description", description_.text).entry("preferred_trigger", description_.trigger);
-        arguments.close().close().close();
+        describe(arguments);
         constexpr const char* noWindow = "";
         arguments.text(noWindow).openArray("{sv}").entry("handle_token", request).close();
     });
 }
 
+void PortalShortcut::describe(BusWriter& arguments) const {
+    arguments.openArray("(sa{sv})").openStruct("sa{sv}").text(description_.id).openArray("{sv}");
+    arguments.entry("description", description_.text).entry("preferred_trigger", description_.trigger);
+    arguments.close().close().close();
+}
+
+// GNOME 48 responds with the code of a failure also if the user has agreed. Only the list of shortcuts differs.
 void PortalShortcut::shortcutBound(sd_bus_message* response) {
     isAsking_ = false;
     response_.reset();
-    const Listing found = isGranted(response) ? readResults(response, description_.id) : Listing{};
+    isGranted(response);
+    const Listing found = readResults(response, description_.id);
     report(found.holder(), found.combination.value_or(""));
 }
 
@@ -212,10 +224,17 @@ void PortalShortcut::ownerChanged(std::string_view before, std::string_view now)
 }
 
 void PortalShortcut::report(HotKeyState::Holder holder, std::string combination) {
+    if (const auto name = acceleratorName(combination)) combination = isRequested(*name) ? "" : *name;
     HotKeyState state{holder, std::move(combination)};
     mayBeRequested_ = state.mayBeRequested();
     const auto changed = changed_;  // the function may destroy this object
     changed(std::move(state));
+}
+
+bool PortalShortcut::isRequested(const std::string& combination) const {
+    const auto isSame = [](char one, char other) { return std::toupper(one) == std::toupper(other); };
+    return std::equal(combination.begin(), combination.end(), description_.trigger.begin(), description_.trigger.end(),
+                      isSame);
 }
 
 void PortalShortcut::refuse() {

@@ -13,7 +13,7 @@ namespace kovra {
 // A key combination that is requested from the desktop's portal (org.freedesktop.portal.GlobalShortcuts), for as long
 // as this object lives. The portal may assign another key, ask the user, refuse, or not support shortcuts.
 //
-// By itself this object only looks whether the desktop knows the combination already, when it is created and after the
+// By itself this object only looks whether the desktop has a key for the combination, when it is created and after the
 // portal or the bus has restarted. Only request() may make the desktop open a dialog. No function waits for a reply.
 class PortalShortcut : public HotKeyService::Reference {
   public:
@@ -56,6 +56,9 @@ class PortalShortcut : public HotKeyService::Reference {
     void deactivated(sd_bus_message* message);
 
     bool isOurs(sd_bus_message* message) const;
+    // Writes the list of shortcuts, which contains this one.
+    void describe(BusWriter& arguments) const;
+    bool isRequested(const std::string& combination) const;
     // Reports the holder and, if the hot key is ours, its combination.
     void report(HotKeyState::Holder holder, std::string combination = "");
     void refuse();

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/platform/linux/bus/Forger.h"
@@ -16,10 +17,12 @@ namespace {
 using namespace std::chrono_literals;
 using Calls = std::vector<std::string>;
 
-const std::string bind = "BindShortcuts TEST-1 description=Mute trackpad preferred_trigger=CTRL+ALT+t";
+const std::string shortcut = " TEST-1 description=Mute trackpad preferred_trigger=CTRL+ALT+t";
+const std::string create = "CreateSession" + shortcut;
+const std::string bind = "BindShortcuts" + shortcut;
 const std::string registration = "Register org.ble_kovra.BLEKovra";
-const Calls look{registration, "CreateSession", "ListShortcuts"};
-const Calls everything{registration, "CreateSession", "ListShortcuts", bind};
+const Calls look{registration, create, "ListShortcuts"};
+const Calls everything{registration, create, "ListShortcuts", bind};
 
 constexpr HotKey testHotKey{.keyCode = HotKey::ansiT,
                             .modifiers = HotKey::controlKey | HotKey::optionKey,
@@ -74,6 +77,41 @@ TEST(PortalShortcutTest, TellsTheCombinationThatTheDesktopHasAssigned) {
         rig.requestHotKey();
         EXPECT_EQ(rig.hotKeys.state(), ours("Meta+M"));
     }
+}
+
+// GNOME describes a combination by a word in the user's language and an accelerator.
+TEST(PortalShortcutTest, TellsAnAcceleratorAsUsersKnowIt) {
+    const std::vector<std::pair<std::string, std::string>> described{{"Press <Control><Alt>t", ""},  // as requested
+                                                                     {"Press <Shift><Super>m", "Shift+Super+M"},
+                                                                     {"Drücken Sie <Primary>Page_Up", "Ctrl+Page Up"},
+                                                                     {"<Super>F5", "Super+F5"},
+                                                                     {"Press <Control>", "Press <Control>"},
+                                                                     {"<>t", "<>t"},
+                                                                     {"<Control", "<Control"},
+                                                                     {"a < b", "a < b"}};
+    for (const auto& [description, name] : described) {
+        ShortcutRig rig;
+        rig.portal.trigger = description;
+        rig.requestHotKey();
+        EXPECT_EQ(rig.hotKeys.state(), ours(name)) << description;
+    }
+}
+
+TEST(PortalShortcutTest, HasAKeyWithoutADialogIfTheDesktopGivesItToANewSession) {
+    ShortcutRig rig;
+    rig.portal.bindsNewSessions = true;
+    rig.registerHotKey();
+    EXPECT_EQ(rig.portal.calls, look);
+    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
+    EXPECT_EQ(rig.press(), 1);
+}
+
+TEST(PortalShortcutTest, HasAKeyAlsoIfTheDesktopCallsItsConsentAFailure) {
+    ShortcutRig rig;
+    rig.portal.failsWhenItGrants = true;
+    rig.requestHotKey();
+    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
+    EXPECT_EQ(rig.press(), 1);
 }
 
 TEST(PortalShortcutTest, TellsEachChangeOfTheCombination) {
@@ -169,7 +207,7 @@ TEST(PortalShortcutTest, AsksAgainInANewSessionAfterARefusal) {
     for (int refusals = 0; refusals < 2; ++refusals) {
         rig.portal.calls.clear();
         rig.request();
-        EXPECT_EQ(rig.portal.calls, (Calls{"Close", "CreateSession", "ListShortcuts", bind}));
+        EXPECT_EQ(rig.portal.calls, (Calls{"Close", create, "ListShortcuts", bind}));
         EXPECT_EQ(rig.hotKeys.state(), refused);
     }
     rig.portal.codes.clear();
@@ -185,7 +223,7 @@ TEST(PortalShortcutTest, AsksAgainAfterTheDesktopHasClosedTheSessionOrTakenTheKe
     closed.settle();
     closed.portal.calls.clear();
     closed.request();
-    EXPECT_EQ(closed.portal.calls, (Calls{"CreateSession", "ListShortcuts", bind}));
+    EXPECT_EQ(closed.portal.calls, (Calls{create, "ListShortcuts", bind}));
     EXPECT_EQ(closed.press(), 1);
 
     ShortcutRig taken;
@@ -264,7 +302,7 @@ TEST(PortalShortcutTest, WorksWithPortalsThatHaveNoRegistry) {
     ShortcutRig rig;
     rig.portal.knowsRegistry = false;
     rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, (Calls{"Register?", "CreateSession", "ListShortcuts", bind}));
+    EXPECT_EQ(rig.portal.calls, (Calls{"Register?", create, "ListShortcuts", bind}));
     EXPECT_EQ(rig.press(), 1);
 }
 
@@ -281,7 +319,7 @@ TEST(PortalShortcutTest, StaysSilentAfterARefusal) {
         ShortcutRig rig;
         rig.portal.codes["CreateSession"] = code;
         rig.requestHotKey();
-        EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession"}));
+        EXPECT_EQ(rig.portal.calls, (Calls{registration, create}));
 
         ShortcutRig other;
         other.portal.codes["BindShortcuts"] = code;
@@ -315,7 +353,7 @@ TEST(PortalShortcutTest, TakesNoSessionFromAMalformedResponse) {
         ShortcutRig rig;
         rig.portal.nonsense["CreateSession"] = wrong;
         rig.requestHotKey();
-        EXPECT_EQ(rig.portal.calls, (Calls{registration, "CreateSession"})) << wrong;
+        EXPECT_EQ(rig.portal.calls, (Calls{registration, create})) << wrong;
     }
 }
 

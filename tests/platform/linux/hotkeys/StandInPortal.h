@@ -93,6 +93,8 @@ class StandInPortal {
     std::string trigger = "Ctrl+Alt+T";           // what it calls the assigned combination
     bool isTakenByAnother = false;                // accepts the shortcut, and assigns no key to it
     bool asksTheUser = false;                     // opens a dialog before it responds to BindShortcuts
+    bool bindsNewSessions = false;                // as Plasma 5.27: gives keys only to the shortcuts of CreateSession
+    bool failsWhenItGrants = false;               // as GNOME 48: responds to BindShortcuts with the code 2
     std::map<std::string, std::uint32_t> codes;   // the response code of a method, if not 0
     std::map<std::string, std::string> errors;    // the error of a method, if it has one
     std::map<std::string, std::string> nonsense;  // the defect in the response to a method
@@ -156,8 +158,9 @@ class StandInPortal {
             sd_bus_message_read(message, "o", &ofSession);
             if (ofSession != session) asked = " of another session";
         }
-        if (method == "BindShortcuts") asked += readShortcuts(message);
+        if (method == "BindShortcuts") asked += readShortcuts(message) + readWindow(message);
         const auto options = readOptions(message);
+        if (options.contains("shortcuts")) asked += options.at("shortcuts");
         calls.push_back(method + asked);
         if (const auto error = errors.find(method); error != errors.end()) {
             sd_bus_reply_method_errorf(message, error->second.c_str(), "refused");
@@ -172,9 +175,10 @@ class StandInPortal {
             sd_bus_reply_method_errorf(message, "org.freedesktop.portal.Error.Failed", "only one request");
             return;
         }
+        if (method == "CreateSession" && isGranted && bindsNewSessions && !isTakenByAnother) bound = {lastAsked_};
         if (method == "CreateSession" && isGranted)
             session = std::string(desktopPath) + "/session/" + sender + "/" + options.at("session_handle_token");
-        if (method == "ListShortcuts" && isGranted && !isTakenByAnother) bound = remembered;
+        if (method == "ListShortcuts" && isGranted && !isTakenByAnother && !bindsNewSessions) bound = remembered;
 
         if (!answersBeforeItReplies) sd_bus_reply_method_return(message, "o", path.c_str());
         if (method == "BindShortcuts" && asksTheUser) return dialogs.push_back(path);
@@ -184,7 +188,7 @@ class StandInPortal {
     }
 
     void bindAsked() {
-        if (!codes.contains("BindShortcuts") && !isTakenByAnother) bound = {lastAsked_};
+        if (!codes.contains("BindShortcuts") && !isTakenByAnother && !bindsNewSessions) bound = {lastAsked_};
     }
 
     std::string readShortcuts(sd_bus_message* message) {
@@ -199,19 +203,28 @@ class StandInPortal {
             sd_bus_message_exit_container(message);
         }
         sd_bus_message_exit_container(message);
+        return text;
+    }
+    static std::string readWindow(sd_bus_message* message) {
         const char* window = nullptr;
         sd_bus_message_read(message, "s", &window);
-        return text + (*window == '\0' ? "" : " for a window");
+        return *window == '\0' ? "" : " for a window";
     }
-    static std::map<std::string, std::string> readOptions(sd_bus_message* message) {
+    std::map<std::string, std::string> readOptions(sd_bus_message* message) {
         std::map<std::string, std::string> options;
         sd_bus_message_enter_container(message, 'a', "{sv}");
         while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
             const char* name = nullptr;
             const char* value = nullptr;
             EXPECT_GE(sd_bus_message_read(message, "s", &name), 0);
-            EXPECT_GE(sd_bus_message_read(message, "v", "s", &value), 0) << name;
-            options[name] = value == nullptr ? "" : value;
+            if (std::string_view(name) == "shortcuts") {
+                EXPECT_GE(sd_bus_message_enter_container(message, 'v', "a(sa{sv})"), 0);
+                options[name] = readShortcuts(message);
+                sd_bus_message_exit_container(message);
+            } else {
+                EXPECT_GE(sd_bus_message_read(message, "v", "s", &value), 0) << name;
+                options[name] = value == nullptr ? "" : value;
+            }
             sd_bus_message_exit_container(message);
         }
         sd_bus_message_exit_container(message);
@@ -223,7 +236,8 @@ class StandInPortal {
         const auto send = [&](const char* types, auto... values) {
             EXPECT_GE(sd_bus_emit_signal(bus_.get(), path.c_str(), request, "Response", types, values...), 0);
         };
-        const std::uint32_t code = codes.contains(method) ? codes[method] : 0;
+        const bool isFailing = failsWhenItGrants && method == "BindShortcuts";
+        const std::uint32_t code = codes.contains(method) ? codes[method] : isFailing ? 2 : 0;
         const std::string wrong = nonsense.contains(method) ? nonsense[method] : "";
         if (wrong == "types") return send("s", "0");
         if (wrong == "nothing") return send("");
