@@ -123,9 +123,9 @@ def git(*command, cwd):
     return subprocess.run(["git", "-c", "safe.directory=*", *map(str, command)], cwd=cwd, capture_output=True, text=True)
 
 
-def write_table(begin, end, make):
+def write_table(begin, end, make, page=PAGE):
     """Replaces the lines between two lines of docs/testing.md by those that `make` returns for the current ones."""
-    text = PAGE.read_text(encoding="utf-8")
+    text = page.read_text(encoding="utf-8")
     first, last = text.index(begin) + len(begin), text.index(end)
     lines = "\n".join(make(text[first:last]))
-    PAGE.write_text(f"{text[:first]}\n\n{lines}\n\n{text[last:]}", encoding="utf-8")
+    page.write_text(f"{text[:first]}\n\n{lines}\n\n{text[last:]}", encoding="utf-8")
