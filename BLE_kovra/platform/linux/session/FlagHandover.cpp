@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <system_error>
 #include <utility>
@@ -18,8 +19,14 @@ namespace {
 
 // The helper renames a new file to the flag's name, which inotify reports as IN_MOVED_TO. Writes are not watched,
 // because the program writes the flag itself.
-constexpr std::uint32_t watchedEvents =
-    IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr std::uint32_t watchedEvents = IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+
+// A program that may create the flag does so with its first write, and must not be woken by that. Nothing is lost:
+// where it may create files, no missing flag has kept it from writing. If it loses that right, IN_ATTRIB reports it.
+std::uint32_t eventsIn(const std::string& folder, bool isFlagsFolder) {
+    const bool mayCreateFlag = isFlagsFolder && ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+    return mayCreateFlag ? watchedEvents : watchedEvents | IN_CREATE;
+}
 
 // Enough for a full queue of the kernel. More may arrive during the reads, so there must be an end.
 constexpr int mostReads = 256;
@@ -75,7 +82,8 @@ void FlagHandover::watchNearestFolder() {
     watchedStep_ = nullptr;
     lacksWatches_ = false;
     for (const Step& step : path_) {
-        const int added = ::inotify_add_watch(inotify_->number(), step.folder.c_str(), watchedEvents);
+        const std::uint32_t events = eventsIn(step.folder, &step == &path_.back());
+        const int added = ::inotify_add_watch(inotify_->number(), step.folder.c_str(), events);
         if (added < 0) {
             lacksWatches_ = lacksWatches_ || errno == ENOSPC || errno == ENOMEM;
             continue;

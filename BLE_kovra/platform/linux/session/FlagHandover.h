@@ -14,7 +14,8 @@ namespace kovra {
 
 // A watch on the flag file. It reports when a file is created at the flag's path or renamed to it, and when the
 // permissions of the flag change. A write that failed before may then succeed. Writing to the file is not reported, and
-// neither is a change of a flag that this user may not write.
+// neither is a change of a flag that this user may not write. In a folder where this user may create the flag, its
+// creation is not reported either: it is the program's own, as a rule, and must not wake it.
 //
 // The flag's folder need not exist yet: its nearest existing parent is watched until the folder is created. While
 // nothing happens the program sleeps.

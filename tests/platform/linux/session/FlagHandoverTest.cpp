@@ -49,6 +49,21 @@ class FlagHandoverTest : public testing::Test {
         ASSERT_EQ(::renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, flag_.c_str(), RENAME_EXCHANGE), 0);
     }
 
+    // Creates the flag with this mode in a folder that this user may not write. Only root can do that. An ordinary user
+    // takes the right for a moment, which is reported, too.
+    void createWhereThisUserMayNot(::mode_t mode) {
+        if (::geteuid() != 0) {
+            ASSERT_EQ(::chmod(folder_.c_str(), 0755), 0);
+        }
+        fs::remove(flag_);
+        const ::mode_t before = ::umask(0);
+        EXPECT_EQ(::mknod(flag_.c_str(), S_IFREG | mode, 0), 0);
+        ::umask(before);
+        if (::geteuid() != 0) {
+            ASSERT_EQ(::chmod(folder_.c_str(), 0555), 0);
+        }
+    }
+
     const TempFolder temp_;
     const fs::path library_ = temp_.path() / "Library";
     const fs::path folder_ = library_ / "Application Support/ble-kovra";
@@ -87,6 +102,22 @@ TEST_F(FlagHandoverTest, DoesNotReportWritesInPlace) {
         EXPECT_FALSE(isReported());
     }
     EXPECT_EQ(readFile(flag_), "off");
+}
+
+TEST_F(FlagHandoverTest, IsNotWokenByAFlagThatTheProgramItselfCreates) {
+    watch();
+    static_cast<void>(isReported());
+    PosixFileSystem files;
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(files.writeWholeFile(flag_.string(), "off"));
+        EXPECT_LE(turnsWithin(loop_, 100ms), 2);  // the turns of the test's own timer
+        EXPECT_FALSE(isReported());
+        exchange("on");
+        EXPECT_TRUE(isReported());
+        ASSERT_EQ(::chmod(flag_.c_str(), 0666), 0);
+        EXPECT_TRUE(isReported());
+        fs::remove(flag_);
+    }
 }
 
 TEST_F(FlagHandoverTest, DoesNotReportOtherFilesInTheFolder) {
@@ -139,14 +170,37 @@ TEST_F(FlagHandoverTest, ReportsAStormOfChangesTwentyTimesASecondAndItsLastChang
     EXPECT_LE(turnsWithin(loop_, 200ms), 10) << "it does not sleep after the storm";
 }
 
-TEST_F(FlagHandoverTest, ReportsThatTheFlagWasCreated) {
-    watch();
-    EXPECT_FALSE(isReported());
-    writeFile(flag_, "off");
-    EXPECT_TRUE(isReported());
-    fs::remove(flag_);
-    EXPECT_FALSE(isReported());
-    writeFile(flag_, "off");
+// Only the owner of such a folder can create the flag.
+TEST_F(FlagHandoverTest, ReportsThatTheOwnerOfTheFolderHasCreatedTheFlag) {
+    fs::permissions(temp_.path(), fs::perms(0755));
+    const Rights readOnly(folder_, 0555);
+    {
+        const OrdinaryUser user;
+        watch();
+        EXPECT_FALSE(isReported());
+    }
+    for (int round = 0; round < 2; ++round) {
+        createWhereThisUserMayNot(0666);
+        const OrdinaryUser user;
+        EXPECT_TRUE(isReported());
+    }
+}
+
+// The helper may take the folder over.
+TEST_F(FlagHandoverTest, ReportsACreatedFlagAfterTheUserHasLostTheRightToCreateIt) {
+    fs::permissions(temp_.path(), fs::perms(0755));
+    OrdinaryUser::give(folder_);
+    {
+        const OrdinaryUser user;
+        watch();
+    }
+    ASSERT_EQ(::chmod(folder_.c_str(), 0555), 0);
+    {
+        const OrdinaryUser user;
+        EXPECT_TRUE(isReported());
+    }
+    createWhereThisUserMayNot(0666);
+    const OrdinaryUser user;
     EXPECT_TRUE(isReported());
 }
 
@@ -160,7 +214,6 @@ TEST_F(FlagHandoverTest, ReportsThatTheFoldersWereCreatedHoweverOften) {
         fs::create_directories(folder_);
         EXPECT_TRUE(isReported());
         writeFile(flag_, "off");
-        EXPECT_TRUE(isReported());
         exchange("on");
         EXPECT_TRUE(isReported());
         fs::remove_all(library_);
@@ -184,10 +237,10 @@ TEST_F(FlagHandoverTest, ReportsAHandOverIfTheQueueOfTheKernelOverflows) {
     writeFile(flag_, "off");
     watch();
     const int most = std::stoi(readFile("/proc/sys/fs/inotify/max_queued_events"));
+    const fs::path others[] = {folder_ / "even", folder_ / "odd"};
+    for (const fs::path& other : others) writeFile(other, "");
     for (int i = 0; i <= most; ++i) {
-        const fs::path other = folder_ / (i % 2 == 0 ? "even" : "odd");  // the kernel merges equal events
-        ASSERT_EQ(::mknod(other.c_str(), S_IFREG | 0600, 0), 0);
-        ASSERT_EQ(::unlink(other.c_str()), 0);
+        ASSERT_EQ(::chmod(others[i % 2].c_str(), 0600), 0);  // the kernel merges equal events
     }
     EXPECT_TRUE(isReported());
 }
@@ -200,9 +253,10 @@ TEST_F(FlagHandoverTest, WatchesTheFolderThatReplacedAnother) {
     fs::create_directories(folder_);
     EXPECT_TRUE(isReported());
     writeFile(flag_, "off");
+    exchange("on");
     EXPECT_TRUE(isReported());
-    fs::remove(folder_.parent_path() / "old/state");
-    writeFile(folder_.parent_path() / "old/state", "off");
+    writeFile(folder_.parent_path() / "old/state.new", "off");
+    fs::rename(folder_.parent_path() / "old/state.new", folder_.parent_path() / "old/state");
     EXPECT_FALSE(isReported());
 }
 

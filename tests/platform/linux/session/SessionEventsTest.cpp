@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "BLE_kovra/platform/linux/session/SdEventApplication.h"
+#include "BLE_kovra/platform/posix/PosixFileSystem.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/support/linux/PrivateBus.h"
 #include "tests/support/posix/TempFolder.h"
@@ -42,6 +43,8 @@ class SessionEventsTest : public testing::Test, private ApplicationDelegate {
         emit("/org/freedesktop/login1/session/c2", "org.freedesktop.DBus.Properties", "PropertiesChanged", "sa{sv}as",
              "org.freedesktop.login1.Session", 1, "Active", "b", 1, 0);
     }
+    const std::filesystem::path& flag() const { return flag_; }
+    void removeFlag() { EXPECT_TRUE(std::filesystem::remove(flag_)); }
     void handOver() {
         writeFile(flag_.string() + ".new", "off");
         std::filesystem::rename(flag_.string() + ".new", flag_);
@@ -104,6 +107,17 @@ TEST_F(SessionEventsTest, TerminateTheApplicationWhenTheSessionEnds) {
 
 TEST_F(SessionEventsTest, CauseADecisionWhenTheFlagWasHandedOver) {
     run([this] {
+        handOver();
+        EXPECT_TRUE(does("decides "));
+        EXPECT_EQ(doneAll_, "decides ");
+    });
+}
+
+TEST_F(SessionEventsTest, CauseNoDecisionWhenTheApplicationItselfCreatesTheFlag) {
+    run([this] {
+        removeFlag();
+        EXPECT_TRUE(PosixFileSystem().writeWholeFile(flag().string(), "on"));
+        EXPECT_EQ(doneWithin(50ms), "");
         handOver();
         EXPECT_TRUE(does("decides "));
         EXPECT_EQ(doneAll_, "decides ");
