@@ -1,5 +1,6 @@
 // Tests of the resident program's arguments, of what other programs ask of it, and of the signals that end it.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -7,9 +8,14 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
+#include <clocale>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <string>
 #include <thread>
 
@@ -38,6 +44,7 @@ class ProgramTest : public testing::Test {
     ~ProgramTest() override {
         if (pid_ > 0) ::kill(pid_, SIGKILL);
         if (pid_ > 0) ::waitpid(pid_, nullptr, 0);
+        if (HasFailure()) std::fputs(logged().c_str(), stderr);
     }
 
     // Starts the program with this disposition of SIGHUP, and waits until it replies on the bus.
@@ -48,10 +55,15 @@ class ProgramTest : public testing::Test {
         sigemptyset(&none);
         ::posix_spawnattr_setsigmask(&attributes, &none);
         ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+        posix_spawn_file_actions_t files;
+        ::posix_spawn_file_actions_init(&files);
+        ::posix_spawn_file_actions_addopen(&files, STDERR_FILENO, (home_ / "log").c_str(),
+                                           O_WRONLY | O_CREAT | O_APPEND, 0600);
         std::array<char*, 2> arguments{const_cast<char*>(KOVRA_PROGRAM), nullptr};
         const auto before = std::signal(SIGHUP, onHangUp);  // the program inherits this disposition
-        const int result = ::posix_spawn(&pid_, arguments[0], nullptr, &attributes, arguments.data(), environ);
+        const int result = ::posix_spawn(&pid_, arguments[0], &files, &attributes, arguments.data(), environ);
         std::signal(SIGHUP, before);
+        ::posix_spawn_file_actions_destroy(&files);
         ::posix_spawnattr_destroy(&attributes);
         ASSERT_EQ(result, 0);
         const auto end = std::chrono::steady_clock::now() + 60s;
@@ -78,6 +90,8 @@ class ProgramTest : public testing::Test {
         while (!isSaved() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(10ms);
         return isSaved();
     }
+    // Returns what the program has written to its standard error.
+    std::string logged() const { return readFile(home_ / "log"); }
     void send(int signal) { ASSERT_EQ(::kill(pid_, signal), 0); }
     // Waits for the end of the program. Returns its exit code, or -1 if a signal has killed it.
     int exitCode() {
@@ -87,9 +101,10 @@ class ProgramTest : public testing::Test {
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-  private:
     const TempFolder home_;
     Environment environment_;
+
+  private:
     PrivateBus daemon_{"DBUS_SESSION_BUS_ADDRESS"};
     BusHandle bus_;
     pid_t pid_ = 0;
@@ -141,6 +156,33 @@ TEST_F(ProgramTest, DoesWhatAnotherProgramOfItsSessionAsksFor) {
     EXPECT_TRUE(answers());
     EXPECT_TRUE(perform("quit"));
     EXPECT_EQ(exitCode(), 0);
+}
+
+// Returns the system's message for this error in Russian. The Debian package "libc-l10n" contains it.
+std::string inRussian(int error) {
+    EXPECT_NE(std::setlocale(LC_MESSAGES, "ru_RU.UTF-8"), nullptr);
+    EXPECT_NE(std::setlocale(LC_CTYPE, "ru_RU.UTF-8"), nullptr);
+    std::string message = std::strerror(error);
+    std::setlocale(LC_ALL, "C");
+    return message;
+}
+
+TEST_F(ProgramTest, LogsTheReasonsOfTheSystemInTheUsersLanguage) {
+    environment_.unset({"LANGUAGE", "LC_ALL", "LC_CTYPE", "LC_MESSAGES", "JOURNAL_STREAM"});
+    environment_.set("LOCPATH", KOVRA_TEST_LOCALES);
+    const std::string path = home_ / "config/ble-kovra/preferences.json";
+    std::filesystem::create_directories(path);
+    const std::string reason = inRussian(EISDIR);
+    ASSERT_NE(reason, std::strerror(EISDIR)) << "the system has no Russian messages";
+    for (const char* locale : {"ru_RU.UTF-8", "ru_RU.KOI8-R"}) {
+        environment_.set("LANG", locale);
+        start(SIG_DFL);
+        send(SIGTERM);
+        static_cast<void>(exitCode());  // newlocale() leaks parts of LOCPATH, which only tests set
+        const std::string line = "ble-kovra: не удалось прочитать настройки (" + path + "): " + reason + "\n";
+        EXPECT_TRUE(logged().find(line) != std::string::npos) << locale << ", in place of " << line;
+        std::filesystem::remove(home_ / "log");
+    }
 }
 
 TEST_F(ProgramTest, EndsOnAHangUp) {
