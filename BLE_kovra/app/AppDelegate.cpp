@@ -128,6 +128,9 @@ void AppDelegate::applicationWillTerminate() {
     helper_.set(false);
 
     hotkey_.unregister();
+
+    // The blocks that would save the latest choices do not run any more.
+    while (!unsaved_.empty()) saveNext();
 }
 
 void AppDelegate::evaluate() {
@@ -220,9 +223,20 @@ void AppDelegate::enqueue(Work work) {
 template <typename T>
 void AppDelegate::saveOnChange(Published<T>& property, Work save) {
     const auto handler = [weak = weak_from_this(), save = std::move(save)](const T&) {
-        if (const auto self = weak.lock()) self->enqueue(save);
+        const auto self = weak.lock();
+        if (!self) return;
+        self->unsaved_.push_back(save);
+        self->enqueue([weak](AppState&) {
+            if (const auto changed = weak.lock()) changed->saveNext();
+        });
     };
     cancellables_.push_back(property.subscribe(handler, CurrentValue::drop));
+}
+
+void AppDelegate::saveNext() {
+    const Work save = std::move(unsaved_.front());
+    unsaved_.erase(unsaved_.begin());
+    save(state_);
 }
 
 std::function<void()> AppDelegate::action(void (AppDelegate::*work)()) {

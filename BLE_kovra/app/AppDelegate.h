@@ -80,10 +80,12 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     // Queues a block that calls `work` and then evaluate(). Each call is skipped if the delegate has been destroyed by
     // then.
     void enqueue(Work work);
-    // Calls enqueue(save) each time the property announces a value. The announced value is ignored, because `save`
-    // reads the stored one.
+    // Queues a block that calls `save` and then evaluate(), each time the property announces a value. The announced
+    // value is ignored, because `save` reads the stored one.
     template <typename T>
     void saveOnChange(Published<T>& property, Work save);
+    // Calls the first of `unsaved_`, and removes it.
+    void saveNext();
 
     // Returns a handler that toggles the switch and beeps, one queue turn after the press. It announces the new status
     // after the decision. After the delegate has been destroyed, the handler only beeps.
@@ -110,6 +112,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     HotKeyRequest hotKeyRequest_;
     std::unique_ptr<SettingsWindow> settingsWindow_;
     std::vector<Subscription> cancellables_;
+    std::vector<Work> unsaved_;        // saves of changes whose blocks have not run yet, the earliest first
     bool hasExplainedDriver_ = false;  // the user has opened the alert about the driver
     bool hasTerminated_ = false;
     bool mustAnnounce_ = false;  // a key has toggled the switch, and the next decision is to be announced

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -257,6 +258,53 @@ TEST(AppDelegateTest, IsNotKeptAliveByItsHandlers) {
     rig.state.mode.set(Mode::always);
     rig.delegate.reset();
     EXPECT_TRUE(watch.expired());
+}
+
+TEST(AppDelegateTest, SavesTheChoicesOfItsLastTurnWhenItEnds) {
+    LaunchedRig rig;
+    rig.state.selectedIDs.set({mouse.key()});
+    rig.state.isEnabled.set(false);
+    rig.state.isEnabled.set(true);
+    rig.state.mode.set(Mode::always);
+    rig.application.terminate();
+    const AppState next(rig.preferences);
+    EXPECT_EQ(next.selectedIDs.get(), AppState::Selection{mouse.key()});
+    EXPECT_EQ(rig.preferences.savesOf("isEnabled"), 2U);
+    EXPECT_EQ(next.mode.get(), Mode::always);
+    EXPECT_EQ(rig.flagWrites(), Texts{"off"}) << "it must not decide any more";
+}
+
+TEST(AppDelegateTest, UnmutesBeforeItSavesTheChoicesOfItsLastTurn) {
+    struct SlowDisk : FakePreferences {
+        void set(std::string_view key, const PreferenceValue& value) override {
+            flagAtSave = computer->flag();
+            FakePreferences::set(key, value);
+        }
+        const Computer* computer = nullptr;
+        std::string flagAtSave;
+    };
+    LaunchedRig rig;
+    SlowDisk disk;
+    disk.computer = &rig;
+    AppState state(disk);
+    const auto delegate = AppDelegate::create(rig.platform, state, rig.helper, rig.hotkey, rig.texts);
+    rig.application.run(*delegate);
+    state.mode.set(Mode::always);
+    rig.queue.run();
+    EXPECT_EQ(rig.flag(), "on");
+    state.selectedIDs.set({mouse.key()});
+    rig.application.terminate();
+    EXPECT_EQ(disk.savesOf("selectedDeviceIDs"), 1U);
+    EXPECT_EQ(disk.flagAtSave, "off");
+}
+
+TEST(AppDelegateTest, SavesNothingAgainWhenItEnds) {
+    LaunchedRig rig;
+    rig.state.selectedIDs.set({mouse.key()});
+    rig.state.isEnabled.set(false);
+    rig.queue.run();
+    rig.application.terminate();
+    EXPECT_EQ(rig.preferences.saves.size(), 2U);
 }
 
 TEST(AppDelegateTest, LeavesOffEvenIfABlockQuits) {

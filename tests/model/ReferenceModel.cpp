@@ -1,6 +1,7 @@
 #include "tests/model/ReferenceModel.h"
 
 #include <algorithm>
+#include <utility>
 #include <variant>
 
 namespace kovra::model {
@@ -93,8 +94,8 @@ void ReferenceModel::quit() {
     if (!running_ || !launched_ || !held_) return;
     writeFlag(false);
     running_ = false;
-    jobs_.clear();
     wakes_.clear();
+    for (const Job& job : std::exchange(jobs_, {})) saveFor(job.kind);
 }
 
 // --- The queue
@@ -165,16 +166,9 @@ void ReferenceModel::play(const Job& job) {
             });
             break;
         case Job::Kind::selection:
-            withDelegate([&] {
-                save("selectedDeviceIDs", PreferenceArray(selection_.begin(), selection_.end()),
-                     words::keys(selection_));
-            });
-            break;
         case Job::Kind::isEnabled:
-            withDelegate([&] { save("isEnabled", enabled_, words::truth(enabled_)); });
-            break;
         case Job::Kind::mode:
-            withDelegate([&] { save("blockMode", modeText(), modeText()); });
+            withDelegate([&] { saveFor(job.kind); });
             break;
         case Job::Kind::hotKey:
             withDelegate([&] { enable(!enabled_); });
@@ -182,6 +176,14 @@ void ReferenceModel::play(const Job& job) {
             return;
     }
     withDelegate([&] { evaluate(); });
+}
+
+void ReferenceModel::saveFor(Job::Kind kind) {
+    if (kind == Job::Kind::selection) {
+        save("selectedDeviceIDs", PreferenceArray(selection_.begin(), selection_.end()), words::keys(selection_));
+    }
+    if (kind == Job::Kind::isEnabled) save("isEnabled", enabled_, words::truth(enabled_));
+    if (kind == Job::Kind::mode) save("blockMode", modeText(), modeText());
 }
 
 void ReferenceModel::perform(const Action& action) {

@@ -96,6 +96,8 @@ class ReferenceModel {
     std::string stored(Property property) const;
     static std::string text(const Devices& devices);
     std::string modeText() const { return always_ ? "always" : "onDevice"; }
+    // Saves what a job of this kind saves, if any.
+    void saveFor(Job::Kind kind);
     void save(const std::string& key, const PreferenceValue& value, const std::string& text);
 
     Journal& journal_;

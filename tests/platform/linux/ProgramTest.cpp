@@ -12,10 +12,12 @@
 #include <chrono>
 #include <clocale>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -80,6 +82,29 @@ class ProgramTest : public testing::Test {
                                   "org.freedesktop.Application", "ActivateAction", nullptr, nullptr, "sava{sv}", action,
                                   0, 0) >= 0;
     }
+    // Stops the program, asks it for an action, sends it the signal, and lets it continue and end. Returns whether it
+    // has accepted the action: it may also receive the signal first.
+    bool performsBefore(int signal, const char* action) {
+        send(SIGSTOP);
+        std::optional<bool> isAccepted;
+        sd_bus_slot* slot = nullptr;
+        EXPECT_GE(sd_bus_call_method_async(bus_.get(), &slot, "org.ble_kovra.BLEKovra", "/org/ble_kovra/BLEKovra",
+                                           "org.freedesktop.Application", "ActivateAction", replied, &isAccepted,
+                                           "sava{sv}", action, 0, 0),
+                  0);
+        const BusSlot held(slot);
+        // The bus has passed the call on when it replies to the next one.
+        EXPECT_GE(sd_bus_call_method(bus_.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus.Peer", "Ping",
+                                     nullptr, nullptr, ""),
+                  0);
+        send(signal);
+        send(SIGCONT);
+        EXPECT_EQ(exitCode(), 0);
+        while (!isAccepted) {
+            if (sd_bus_process(bus_.get(), nullptr) == 0) sd_bus_wait(bus_.get(), UINT64_MAX);
+        }
+        return *isAccepted;
+    }
     // Waits until the program has saved this value of the switch. Returns whether it has.
     bool savesSwitch(const std::string& value) {
         const auto isSaved = [&] {
@@ -105,6 +130,11 @@ class ProgramTest : public testing::Test {
     Environment environment_;
 
   private:
+    static int replied(sd_bus_message* reply, void* context, sd_bus_error*) {
+        *static_cast<std::optional<bool>*>(context) = sd_bus_message_is_method_error(reply, nullptr) == 0;
+        return 0;
+    }
+
     PrivateBus daemon_{"DBUS_SESSION_BUS_ADDRESS"};
     BusHandle bus_;
     pid_t pid_ = 0;
@@ -183,6 +213,19 @@ TEST_F(ProgramTest, LogsTheReasonsOfTheSystemInTheUsersLanguage) {
         EXPECT_TRUE(logged().find(line) != std::string::npos) << locale << ", in place of " << line;
         std::filesystem::remove(home_ / "log");
     }
+}
+
+// The two arrive while the program is stopped. It handles them in successive turns of its loop.
+TEST_F(ProgramTest, SavesAChoiceThatASignalToEndFollowsAtOnce) {
+    bool isAccepted = false;
+    for (int round = 0; round < 10 && !isAccepted; ++round) {
+        start(SIG_DFL);
+        EXPECT_TRUE(perform("on"));
+        EXPECT_TRUE(savesSwitch("true"));
+        isAccepted = performsBefore(SIGTERM, "off");
+    }
+    ASSERT_TRUE(isAccepted) << "the signal came first each time";
+    EXPECT_TRUE(savesSwitch("false"));
 }
 
 TEST_F(ProgramTest, EndsOnAHangUp) {
