@@ -1,73 +1,22 @@
-#include "BLE_kovra/platform/linux/hotkeys/DesktopHotKeys.h"
+// Tests of what the portal tells about the shortcut, and of its presses.
+
+#include "BLE_kovra/platform/linux/hotkeys/PortalShortcut.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/platform/linux/bus/Forger.h"
-#include "tests/platform/linux/hotkeys/PortalRig.h"
+#include "tests/platform/linux/hotkeys/PortalShortcutRig.h"
 
 namespace kovra {
 namespace {
 
 using namespace std::chrono_literals;
-using Calls = std::vector<std::string>;
-
-const std::string shortcut = " TEST-1 description=Mute trackpad preferred_trigger=CTRL+ALT+t";
-const std::string create = "CreateSession" + shortcut;
-const std::string bind = "BindShortcuts" + shortcut;
-const std::string registration = "Register org.ble_kovra.BLEKovra";
-const Calls look{registration, create, "ListShortcuts"};
-const Calls everything{registration, create, "ListShortcuts", bind};
-
-constexpr HotKey testHotKey{.keyCode = HotKey::ansiT,
-                            .modifiers = HotKey::controlKey | HotKey::optionKey,
-                            .signature = 0x54455354,  // "TEST" in ASCII
-                            .number = 1};
-
-const HotKeyState nobodys{HotKeyState::Holder::nobody, ""};
-const HotKeyState unrequested{HotKeyState::Holder::unrequested, ""};
-const HotKeyState refused{HotKeyState::Holder::refused, ""};
-HotKeyState ours(const std::string& combination) { return {HotKeyState::Holder::us, combination}; }
-
-struct ShortcutRig : PortalRig {
-    int pressed = 0;
-    std::unique_ptr<HotKeyService::Reference> handler = hotKeys.installHandler([this] { return ++pressed, 0; });
-    std::unique_ptr<HotKeyService::Reference> hotKey;
-
-    void registerHotKey() {
-        hotKeys.description = "Mute trackpad";
-        hotKey = hotKeys.registerHotKey(testHotKey);
-        ASSERT_NE(hotKey, nullptr);
-        settle();
-    }
-    void request() {
-        hotKey->request();
-        settle();
-    }
-    void requestHotKey() {
-        registerHotKey();
-        request();
-    }
-    int press() {
-        pressed = 0;
-        portal.press();
-        settle();
-        return pressed;
-    }
-};
-
-TEST(PortalShortcutTest, RegistersTheApplicationAndBindsANewShortcut) {
-    ShortcutRig rig;
-    rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.press(), 1);
-    EXPECT_EQ(rig.press(), 1);
-}
+using Calls = ShortcutRig::Calls;
 
 TEST(PortalShortcutTest, TellsTheCombinationThatTheDesktopHasAssigned) {
     for (const std::vector<std::string>& remembered : {std::vector<std::string>{}, {"TEST-1"}}) {
@@ -101,15 +50,7 @@ TEST(PortalShortcutTest, HasAKeyWithoutADialogIfTheDesktopGivesItToANewSession) 
     ShortcutRig rig;
     rig.portal.bindsNewSessions = true;
     rig.registerHotKey();
-    EXPECT_EQ(rig.portal.calls, look);
-    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
-    EXPECT_EQ(rig.press(), 1);
-}
-
-TEST(PortalShortcutTest, HasAKeyAlsoIfTheDesktopCallsItsConsentAFailure) {
-    ShortcutRig rig;
-    rig.portal.failsWhenItGrants = true;
-    rig.requestHotKey();
+    EXPECT_EQ(rig.portal.calls, rig.look);
     EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
     EXPECT_EQ(rig.press(), 1);
 }
@@ -126,17 +67,6 @@ TEST(PortalShortcutTest, TellsEachChangeOfTheCombination) {
     rig.portal.assign("", rig.portal.session);
     rig.settle();
     EXPECT_EQ(told, (std::vector{unrequested, ours("Ctrl+Alt+T"), ours("Meta+M"), refused}));
-}
-
-TEST(PortalShortcutTest, DoesNotBindAShortcutFromWhichTheUserHasTakenTheKey) {
-    ShortcutRig rig;
-    rig.portal.remembered = {"TEST-1"};
-    rig.portal.trigger = "";
-    rig.registerHotKey();
-    EXPECT_EQ(rig.portal.calls, look);
-    EXPECT_EQ(rig.hotKeys.state(), refused);
-    rig.request();
-    EXPECT_EQ(rig.portal.calls, everything);
 }
 
 TEST(PortalShortcutTest, TellsThatThereIsNoKeyWithoutAPortalOrAfterAnError) {
@@ -156,19 +86,6 @@ TEST(PortalShortcutTest, TellsThatThereIsNoKeyWithoutAPortalOrAfterAnError) {
     }
 }
 
-TEST(PortalShortcutTest, TellsThatTheUserHasAssignedNoKey) {
-    for (const std::uint32_t code : {1U, 2U}) {
-        ShortcutRig rig;
-        rig.portal.codes["BindShortcuts"] = code;
-        rig.requestHotKey();
-        EXPECT_EQ(rig.hotKeys.state(), refused) << code;
-    }
-    ShortcutRig taken;
-    taken.portal.isTakenByAnother = true;
-    taken.requestHotKey();
-    EXPECT_EQ(taken.hotKeys.state(), refused);
-}
-
 TEST(PortalShortcutTest, FollowsAClosedSessionAndAPortalThatIsAway) {
     ShortcutRig rig;
     rig.requestHotKey();
@@ -186,7 +103,7 @@ TEST(PortalShortcutTest, FollowsAClosedSessionAndAPortalThatIsAway) {
 TEST(PortalShortcutTest, MakesTheDesktopAskNothingByItself) {
     ShortcutRig rig;
     rig.registerHotKey();
-    EXPECT_EQ(rig.portal.calls, look);
+    EXPECT_EQ(rig.portal.calls, rig.look);
     EXPECT_EQ(rig.hotKeys.state(), unrequested);
     EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
     for (int restarts = 0; restarts < 2; ++restarts) {
@@ -195,114 +112,15 @@ TEST(PortalShortcutTest, MakesTheDesktopAskNothingByItself) {
         rig.portal.calls.clear();
         rig.portal.start();
         rig.settle();
-        EXPECT_EQ(rig.portal.calls, look);
+        EXPECT_EQ(rig.portal.calls, rig.look);
     }
-}
-
-// The portal accepts one request of a session.
-TEST(PortalShortcutTest, AsksAgainInANewSessionAfterARefusal) {
-    ShortcutRig rig;
-    rig.portal.codes["BindShortcuts"] = 1;
-    rig.requestHotKey();
-    for (int refusals = 0; refusals < 2; ++refusals) {
-        rig.portal.calls.clear();
-        rig.request();
-        EXPECT_EQ(rig.portal.calls, (Calls{"Close", create, "ListShortcuts", bind}));
-        EXPECT_EQ(rig.hotKeys.state(), refused);
-    }
-    rig.portal.codes.clear();
-    rig.request();
-    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
-    EXPECT_EQ(rig.press(), 1);
-}
-
-TEST(PortalShortcutTest, AsksAgainAfterTheDesktopHasClosedTheSessionOrTakenTheKeyAway) {
-    ShortcutRig closed;
-    closed.requestHotKey();
-    closed.portal.closeSession();
-    closed.settle();
-    closed.portal.calls.clear();
-    closed.request();
-    EXPECT_EQ(closed.portal.calls, (Calls{create, "ListShortcuts", bind}));
-    EXPECT_EQ(closed.press(), 1);
-
-    ShortcutRig taken;
-    taken.requestHotKey();
-    taken.portal.assign("", taken.portal.session);
-    taken.settle();
-    taken.portal.trigger = "Meta+M";
-    taken.request();
-    EXPECT_EQ(taken.hotKeys.state(), ours("Meta+M"));
-}
-
-TEST(PortalShortcutTest, OpensOneDialogAtATime) {
-    ShortcutRig rig;
-    rig.portal.asksTheUser = true;
-    rig.registerHotKey();
-    for (int requests = 0; requests < 3; ++requests) {
-        rig.hotKey->request();
-        rig.settle();
-        rig.hotKey->request();
-    }
-    rig.settle();
-    EXPECT_EQ(rig.portal.calls, everything);
-    rig.portal.codes["BindShortcuts"] = 1;
-    rig.portal.answer();
-    rig.settle();
-    EXPECT_EQ(rig.hotKeys.state(), refused);
-    rig.request();
-    rig.request();
-    EXPECT_EQ(rig.portal.dialogs.size(), 1U);
-    rig.portal.codes.clear();
-    rig.portal.answer();
-    rig.settle();
-    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
-}
-
-TEST(PortalShortcutTest, AsksAgainAfterThePortalHasEndedWithTheDialogOpen) {
-    ShortcutRig rig;
-    rig.portal.asksTheUser = true;
-    rig.requestHotKey();
-    rig.portal.closeSession();
-    rig.settle();
-    EXPECT_EQ(rig.hotKeys.state(), refused);
-    rig.request();
-    rig.portal.stop();
-    rig.settle();
-    rig.portal.start();
-    rig.settle();
-    EXPECT_EQ(rig.portal.dialogs.size(), 0U);
-    rig.request();
-    EXPECT_EQ(rig.portal.dialogs.size(), 1U);
-}
-
-TEST(PortalShortcutTest, DoesNotAskForAKeyThatItHas) {
-    ShortcutRig rig;
-    rig.requestHotKey();
-    rig.request();
-    EXPECT_EQ(rig.portal.calls, everything);
-}
-
-TEST(PortalShortcutTest, DoesNotBindAShortcutThatTheDesktopRemembers) {
-    ShortcutRig rig;
-    rig.portal.remembered = {"TEST-1"};
-    rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, look);
-    EXPECT_EQ(rig.press(), 1);
-}
-
-TEST(PortalShortcutTest, IsBoundIfTheDesktopRemembersOnlyOthers) {
-    ShortcutRig rig;
-    rig.portal.remembered = {"TEST-2"};
-    rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, everything);
 }
 
 TEST(PortalShortcutTest, WorksWithPortalsThatHaveNoRegistry) {
     ShortcutRig rig;
     rig.portal.knowsRegistry = false;
     rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, (Calls{"Register?", create, "ListShortcuts", bind}));
+    EXPECT_EQ(rig.portal.calls, (Calls{"Register?", rig.create, "ListShortcuts", rig.bind}));
     EXPECT_EQ(rig.press(), 1);
 }
 
@@ -310,30 +128,7 @@ TEST(PortalShortcutTest, ReceivesAResponseThatArrivesBeforeTheReply) {
     ShortcutRig rig;
     rig.portal.answersBeforeItReplies = true;
     rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.press(), 1);
-}
-
-TEST(PortalShortcutTest, StaysSilentAfterARefusal) {
-    for (const std::uint32_t code : {1U, 2U}) {
-        ShortcutRig rig;
-        rig.portal.codes["CreateSession"] = code;
-        rig.requestHotKey();
-        EXPECT_EQ(rig.portal.calls, (Calls{registration, create}));
-
-        ShortcutRig other;
-        other.portal.codes["BindShortcuts"] = code;
-        other.requestHotKey();
-        EXPECT_EQ(other.portal.calls, everything);
-        EXPECT_EQ(other.press(), 0);
-    }
-}
-
-TEST(PortalShortcutTest, IsBoundIfTheListIsRefused) {
-    ShortcutRig rig;
-    rig.portal.codes["ListShortcuts"] = 2;
-    rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, everything);
+    EXPECT_EQ(rig.portal.calls, rig.everything);
     EXPECT_EQ(rig.press(), 1);
 }
 
@@ -353,17 +148,7 @@ TEST(PortalShortcutTest, TakesNoSessionFromAMalformedResponse) {
         ShortcutRig rig;
         rig.portal.nonsense["CreateSession"] = wrong;
         rig.requestHotKey();
-        EXPECT_EQ(rig.portal.calls, (Calls{registration, create})) << wrong;
-    }
-}
-
-TEST(PortalShortcutTest, IsBoundAfterAMalformedList) {
-    for (const char* wrong : {"types", "nothing", "no results", "number", "strings"}) {
-        ShortcutRig rig;
-        rig.portal.nonsense["ListShortcuts"] = wrong;
-        rig.requestHotKey();
-        EXPECT_EQ(rig.portal.calls, everything) << wrong;
-        EXPECT_EQ(rig.press(), 1) << wrong;
+        EXPECT_EQ(rig.portal.calls, (Calls{rig.registration, rig.create})) << wrong;
     }
 }
 
@@ -371,7 +156,7 @@ TEST(PortalShortcutTest, IgnoresWhatLaterVersionsAdd) {
     ShortcutRig rig;
     rig.portal.nonsense["CreateSession"] = "more";
     rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, everything);
+    EXPECT_EQ(rig.portal.calls, rig.everything);
 }
 
 TEST(PortalShortcutTest, IgnoresOtherShortcutsAndSessions) {
@@ -422,60 +207,6 @@ TEST(PortalShortcutTest, IgnoresSignalsThatAnotherClientForges) {
     EXPECT_EQ(rig.press(), 1);
 }
 
-TEST(PortalShortcutTest, IsNotBoundAgainAfterTheDesktopHasClosedTheSession) {
-    ShortcutRig rig;
-    rig.requestHotKey();
-    rig.portal.closeSession();
-    rig.settle();
-    EXPECT_EQ(rig.portal.calls, everything);
-    rig.hotKey.reset();
-    rig.settle();
-    EXPECT_EQ(rig.portal.calls, everything);
-}
-
-TEST(PortalShortcutTest, IsBoundAgainAfterThePortalHasRestarted) {
-    ShortcutRig rig;
-    rig.requestHotKey();
-    for (int restarts = 0; restarts < 3; ++restarts) {
-        rig.portal.stop();
-        rig.settle();
-        rig.portal.calls.clear();
-        rig.portal.start();
-        rig.settle();
-        rig.request();
-        EXPECT_EQ(rig.portal.calls, everything);
-        EXPECT_EQ(rig.press(), 1);
-    }
-}
-
-TEST(PortalShortcutTest, IsBoundByAPortalThatStartsLate) {
-    ShortcutRig rig;
-    rig.portal.stop();
-    rig.requestHotKey();
-    EXPECT_EQ(rig.portal.calls, Calls{});
-    EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
-    rig.portal.start();
-    rig.settle();
-    rig.request();
-    EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.press(), 1);
-}
-
-TEST(PortalShortcutTest, IsBoundAgainAfterTheBusHasRestarted) {
-    ShortcutRig rig;
-    rig.requestHotKey();
-    rig.portal.stop();
-    rig.daemon.restart();
-    ASSERT_TRUE(turnUntil(rig.loop, [&] { return rig.bus.bus() == nullptr; }));
-    rig.portal.calls.clear();
-    rig.portal.start();
-    ASSERT_TRUE(turnUntil(rig.loop, [&] { return !rig.portal.calls.empty(); }));
-    rig.settle();
-    rig.request();
-    EXPECT_EQ(rig.portal.calls, everything);
-    EXPECT_EQ(rig.press(), 1);
-}
-
 TEST(PortalShortcutTest, ClosesItsSessionWhenItIsDestroyed) {
     ShortcutRig rig;
     rig.requestHotKey();
@@ -490,7 +221,7 @@ TEST(PortalShortcutTest, MayBeDestroyedAtAnyMoment) {
     for (int turns = 0; turns < 90; ++turns) {
         ShortcutRig rig;
         rig.settle();
-        rig.hotKey = rig.hotKeys.registerHotKey(testHotKey);
+        rig.hotKey = rig.hotKeys.registerHotKey(ShortcutRig::testHotKey);
         for (int turn = 0; turn < turns; ++turn) {
             bool done = false;
             rig.loop.async([&] { done = true; });
@@ -513,7 +244,7 @@ TEST(PortalShortcutTest, MayBeDestroyedByItsOwnPress) {
 
 TEST(PortalShortcutTest, RefusesAnotherKeyOrOtherModifiers) {
     ShortcutRig rig;
-    for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = testHotKey.modifiers},
+    for (const HotKey other : {HotKey{.keyCode = 0x10, .modifiers = ShortcutRig::testHotKey.modifiers},
                                HotKey{.keyCode = HotKey::ansiT, .modifiers = HotKey::controlKey}}) {
         EXPECT_EQ(rig.hotKeys.registerHotKey(other), nullptr);
     }
