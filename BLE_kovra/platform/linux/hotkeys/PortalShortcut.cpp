@@ -133,7 +133,7 @@ void PortalShortcut::createSession() {
 // The portal passes the session handle as a string, although it is an object path.
 void PortalShortcut::sessionCreated(sd_bus_message* response) {
     session_ = isGranted(response) ? readText(response, "session_handle").value_or("") : "";
-    if (sd_bus_object_path_is_valid(session_.c_str()) <= 0) return refuse();
+    if (sd_bus_object_path_is_valid(session_.c_str()) <= 0) return fail();
     activated_ = subscribe(portalPath, globalShortcuts, "Activated", &PortalShortcut::activated);
     deactivated_ = subscribe(portalPath, globalShortcuts, "Deactivated", &PortalShortcut::deactivated);
     shortcutsChanged_ = subscribe(portalPath, globalShortcuts, "ShortcutsChanged", &PortalShortcut::shortcutsChanged);
@@ -243,6 +243,13 @@ void PortalShortcut::refuse() {
     report(HotKeyState::Holder::nobody);
 }
 
+void PortalShortcut::fail() {
+    if (!isAsking_) return refuse();
+    closeSession();
+    endSession();
+    report(HotKeyState::Holder::refused);
+}
+
 void PortalShortcut::closeSession() {
     if (bus_ == nullptr || session_.empty()) return;
     bus_->send({portal, session_.c_str(), "org.freedesktop.portal.Session", "Close", true}, [](BusWriter&) {});
@@ -275,7 +282,7 @@ BusToken PortalShortcut::subscribe(const std::string& path, const char* interfac
 
 void PortalShortcut::call(const char* method, const BusConnection::Write& write) {
     reply_ = bus_->call({portal, portalPath, globalShortcuts, method, true}, write, [this](sd_bus_message* answer) {
-        if (sd_bus_message_is_method_error(answer, nullptr) > 0) refuse();
+        if (sd_bus_message_is_method_error(answer, nullptr) > 0) fail();
     });
     if (!reply_) refuse();
 }

@@ -33,7 +33,8 @@ class PortalShortcut : public HotKeyService::Reference {
     PortalShortcut(const PortalShortcut&) = delete;
     PortalShortcut& operator=(const PortalShortcut&) = delete;
 
-    // Has no effect unless the portal has answered that it does not know the combination, or that it has no key.
+    // Has no effect unless the portal has answered that it does not know the combination, or that it has no key, or an
+    // earlier request has failed.
     void request() override;
 
   private:
@@ -62,6 +63,9 @@ class PortalShortcut : public HotKeyService::Reference {
     // Reports the holder and, if the hot key is ours, its combination.
     void report(HotKeyState::Holder holder, std::string combination = "");
     void refuse();
+    // Handles an error of the portal. An error in a request counts as the user's refusal, since the portal supports
+    // shortcuts. Otherwise it does not support them.
+    void fail();
     void closeSession();
     // Forgets the session and what was requested in it.
     void endSession();

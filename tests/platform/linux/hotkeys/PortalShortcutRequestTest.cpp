@@ -71,6 +71,48 @@ TEST(PortalShortcutRequestTest, AsksAgainInANewSessionAfterARefusal) {
     EXPECT_EQ(rig.press(), 1);
 }
 
+TEST(PortalShortcutRequestTest, MayBeMadeAgainAfterAnError) {
+    for (const char* method : {"CreateSession", "ListShortcuts", "BindShortcuts"}) {
+        ShortcutRig rig;
+        rig.portal.codes["BindShortcuts"] = 1;
+        rig.requestHotKey();
+        rig.portal.errors[method] = "org.freedesktop.portal.Error.Failed";
+        for (int errors = 0; errors < 2; ++errors) {
+            rig.request();
+            EXPECT_EQ(rig.hotKeys.state(), refused) << method;
+            EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
+        }
+        rig.portal.errors.clear();
+        rig.portal.codes.clear();
+        rig.request();
+        EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T")) << method;
+        EXPECT_EQ(rig.press(), 1) << method;
+    }
+}
+
+TEST(PortalShortcutRequestTest, MayBeMadeAgainIfThePortalOpensNoSessionForIt) {
+    ShortcutRig rig;
+    rig.portal.codes["BindShortcuts"] = 1;
+    rig.requestHotKey();
+    rig.portal.codes["CreateSession"] = 2;
+    rig.request();
+    EXPECT_EQ(rig.hotKeys.state(), refused);
+    rig.portal.codes.clear();
+    rig.request();
+    EXPECT_EQ(rig.hotKeys.state(), ours("Ctrl+Alt+T"));
+}
+
+// The failed request leaves no session behind.
+TEST(PortalShortcutRequestTest, CountsAsRefusedAfterAnErrorOfTheFirstRequest) {
+    ShortcutRig rig;
+    rig.portal.errors["BindShortcuts"] = "org.freedesktop.portal.Error.Failed";
+    rig.requestHotKey();
+    EXPECT_EQ(rig.portal.calls, (Calls{rig.registration, rig.create, "ListShortcuts", rig.bind, "Close"}));
+    EXPECT_EQ(rig.hotKeys.state(), refused);
+    EXPECT_EQ(rig.press(), 0);
+    EXPECT_LT(turnsWithin(rig.loop, 50ms), 5);
+}
+
 TEST(PortalShortcutRequestTest, AsksAgainAfterTheDesktopHasClosedTheSessionOrTakenTheKeyAway) {
     ShortcutRig closed;
     closed.requestHotKey();
