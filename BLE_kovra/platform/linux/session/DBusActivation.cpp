@@ -8,6 +8,7 @@
 
 #include "BLE_kovra/platform/linux/bus/BusMessage.h"
 #include "BLE_kovra/platform/linux/desktop/BuildBundle.h"
+#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
 #include "BLE_kovra/platform/linux/session/BusWait.h"
 
 namespace kovra {
@@ -16,8 +17,8 @@ namespace {
 
 constexpr const char* interface = "org.freedesktop.Application";
 
-// The variables in which a desktop passes a token to a program that it starts, in order of preference. Each is followed
-// by the key of that token in the platform data of a call.
+// The variables in which a desktop passes a token to a program that it starts, in order of preference on Wayland. Each
+// is followed by the key of that token in the platform data of a call.
 constexpr std::array<std::pair<const char*, const char*>, 2> tokens{
     {{"XDG_ACTIVATION_TOKEN", "activation-token"}, {"DESKTOP_STARTUP_ID", "desktop-startup-id"}}};
 
@@ -59,12 +60,28 @@ std::optional<ApplicationAction> readAction(sd_bus_message* call) {
     return found->second;
 }
 
-void writeOwnTokens(BusWriter& message) {
-    message.openArray("{sv}");
-    for (const auto& [variable, key] : tokens) {
+struct OwnToken {
+    const char* key;
+    std::string token;  // empty if there is none
+};
+
+// Returns the preferred one of the tokens that this process was started with. On X that is the startup ID: some
+// desktops set no other variable there, so the other one may be left from an earlier start, for example that of a
+// terminal.
+OwnToken ownToken() {
+    auto preferred = tokens;
+    if (currentDesktop() == Desktop::x11) std::ranges::reverse(preferred);
+    for (const auto& [variable, key] : preferred) {
         const char* token = std::getenv(variable);
-        if (token != nullptr && *token != '\0') message.entry(key, token);
+        if (token != nullptr && *token != '\0') return {key, token};
     }
+    return {tokens[0].second, ""};
+}
+
+void writeOwnToken(BusWriter& message) {
+    const OwnToken own = ownToken();
+    message.openArray("{sv}");
+    if (!own.token.empty()) message.entry(own.key, own.token);
     message.close();
 }
 
@@ -157,7 +174,7 @@ DBusActivation::Owner DBusActivation::activate(sd_bus* bus, const char* busName)
     Question activation{interface, "Activate", ""};
     Question version{ownInterface, "Version", "s"};
     Question object{"org.freedesktop.DBus.Introspectable", "Introspect", "s"};
-    activation.ask(bus, busName, writeOwnTokens);
+    activation.ask(bus, busName, writeOwnToken);
     version.ask(bus, busName, [](BusWriter&) {});
     object.ask(bus, busName, [](BusWriter&) {});
     const auto identity = [&] {
@@ -173,13 +190,9 @@ DBusActivation::Owner DBusActivation::activate(sd_bus* bus, const char* busName)
 }
 
 std::string DBusActivation::takeOwnToken() {
-    std::string own;
-    for (const auto& [variable, key] : tokens) {
-        const char* token = std::getenv(variable);
-        if (token != nullptr && own.empty()) own = token;
-        ::unsetenv(variable);
-    }
-    return own;
+    OwnToken own = ownToken();
+    for (const auto& [variable, key] : tokens) ::unsetenv(variable);
+    return std::move(own.token);
 }
 
 const std::array<sd_bus_vtable, 4> DBusActivation::activationTable{{

@@ -27,7 +27,8 @@ namespace {
 class DBusActivationTest : public testing::Test {
   protected:
     DBusActivationTest() {
-        environment_.unset({"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"});
+        environment_.unset({"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "DISPLAY"});
+        environment_.set("WAYLAND_DISPLAY", "wayland-0");
         sd_bus* bus = nullptr;
         EXPECT_GE(sd_bus_open_user(&bus), 0);
         other_.reset(bus);
@@ -124,6 +125,23 @@ TEST_F(DBusActivationTest, PassesOnTheTokenThatTheDesktopGaveToTheFurtherStart) 
     startAgain();
     ASSERT_TRUE(isActivated(3));
     EXPECT_EQ(tokens_, (std::vector<std::string>{"an id_TIME1", "a token", "\xEF\xBF\xBD"}));
+}
+
+// A terminal that was started with a token may leave it to what is started from there.
+TEST_F(DBusActivationTest, PrefersTheStartupIDOnX) {
+    environment_.unset({"WAYLAND_DISPLAY"});
+    environment_.set("DISPLAY", ":0");
+    environment_.set("XDG_ACTIVATION_TOKEN", "an old token");
+    environment_.set("DESKTOP_STARTUP_ID", "an id_TIME1");
+    startAgain();
+    ASSERT_TRUE(isActivated(1));
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "an id_TIME1");
+    environment_.set("XDG_ACTIVATION_TOKEN", "a token");
+    environment_.set("DESKTOP_STARTUP_ID", "");
+    startAgain();
+    ASSERT_TRUE(isActivated(2));
+    EXPECT_EQ(DBusActivation::takeOwnToken(), "a token");
+    EXPECT_EQ(tokens_, (std::vector<std::string>{"an id_TIME1", "a token"}));
 }
 
 TEST_F(DBusActivationTest, RemovesItsOwnTokenFromTheEnvironment) {
