@@ -25,9 +25,8 @@ std::string versionText(const Bundle& bundle) {
 
 void runAboutBox(const Bundle& bundle, Application& application, AlertPresenter& alerts, Workspace& workspace,
                  const L10n& texts) {
-    const Alert about{"BLE-kovra " + versionText(bundle),
-                      texts.text("about.info"),
-                      {texts.text("about.ok"), texts.text("about.contact")}};
+    const Alert about{
+        "BLE-kovra " + versionText(bundle), texts.s("about.info"), {texts.s("about.ok"), texts.s("about.contact")}};
     application.activateIgnoringOtherApps();
     if (alerts.runModal(about) != AlertResponse::secondButton) return;
     if (const auto link = mailLink(supportAddress)) workspace.open(*link);

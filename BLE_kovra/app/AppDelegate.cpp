@@ -80,7 +80,7 @@ void AppDelegate::applicationDidFinishLaunching() {
             self->hotKeyRequest_.stateChanged();
         });
     };
-    hotkey_.description = texts_.text("block");
+    hotkey_.description = texts_.s("block");
     hotkey_.registerHotKey();
 
     // 8. The first decision. It depends only on the saved choices, because no device has been reported yet.
@@ -257,9 +257,7 @@ void AppDelegate::showIcon(bool muted) const {
     button->setToolTip(statusText(muted));
 }
 
-std::string AppDelegate::statusText(bool muted) const {
-    return texts_.text(muted ? "status.blocked" : "status.active");
-}
+std::string AppDelegate::statusText(bool muted) const { return texts_.s(muted ? "status.blocked" : "status.active"); }
 
 std::string AppDelegate::nextAdvice() const {
     if (state_.defaults.boolean(state_.kAdviceShown)) return {};

@@ -12,17 +12,17 @@ namespace {
 std::string hotKeyHint(const L10n& texts, const HotKeyState& hotKey) {
     switch (hotKey.holder) {
         case HotKeyState::Holder::another:
-            return texts.text("menu.hotkeyHint.taken");
+            return texts.s("menu.hotkeyHint.taken");
         case HotKeyState::Holder::nobody:
-            return texts.text("menu.hotkeyHint.unavailable");
+            return texts.s("menu.hotkeyHint.unavailable");
         case HotKeyState::Holder::unrequested:
         case HotKeyState::Holder::refused:
-            return texts.text("menu.hotkeyHint.choose");
+            return texts.s("menu.hotkeyHint.choose");
         case HotKeyState::Holder::us:
             break;
     }
-    if (hotKey.combination.empty()) return texts.text("menu.hotkeyHint");
-    return texts.text("menu.hotkeyHint.assigned") + hotKey.combination;
+    if (hotKey.combination.empty()) return texts.s("menu.hotkeyHint");
+    return texts.s("menu.hotkeyHint.assigned") + hotKey.combination;
 }
 
 }  // namespace
@@ -35,7 +35,7 @@ Menu makeStatusMenu(const L10n& texts, const StatusMenuActions& actions, MenuIte
         item.title = std::move(title);
         return item;
     };
-    const auto add = [&](const char* key) -> MenuItem& { return addTitled(texts.text(key)); };
+    const auto add = [&](const char* key) -> MenuItem& { return addTitled(texts.s(key)); };
     const auto addAction = [&](const char* key, const char* name, const std::function<void()>& perform,
                                const char* keyEquivalent = "") -> MenuItem& {
         MenuItem& item = add(key);

@@ -11,7 +11,7 @@ std::uint64_t interfaceID(const HIDDevice& device) { return device.registryEntry
 
 std::string displayName(const HIDDevice& device, const L10n& texts) {
     if (auto product = device.stringProperty("Product")) return *std::move(product);
-    return texts.text("device.unknown");
+    return texts.s("device.unknown");
 }
 
 std::string userKey(const HIDDevice& device, const L10n& texts) {

@@ -33,7 +33,7 @@ L10n::L10n(const std::vector<std::string>& preferredLanguages, Wording wording) 
     if (wording == Wording::linuxDesktop) first_ = &linuxStrings();
 }
 
-std::string L10n::text(std::string_view key) const {
+std::string L10n::s(std::string_view key) const {
     const std::string name(key);
     const bool isInFirst = first_ != nullptr && first_->contains(name);
     const Catalogue& asked = isInFirst ? *first_ : catalogue_;

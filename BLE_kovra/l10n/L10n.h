@@ -14,9 +14,10 @@ namespace kovra {
 // The texts that the user sees, in one language. The constructor chooses the language.
 //
 // Only the first preferred language counts, and only its first two characters, in upper or lower case. If they name
-// none of the six languages, the texts are English, even if the second preferred language is one of the six. If a text
-// is missing in the chosen language, text() returns the English text. If that is missing, too, text() returns the key
-// itself.
+// none of the six languages, the texts are English, even if the second preferred language is one of the six.
+//
+// Every text that the user sees comes from s(), by its key. If it is missing in the chosen language, s() returns the
+// English text. If that is missing, too, s() returns the key itself.
 //
 // On the Linux desktop a second catalogue is asked first. It has the texts that differ there.
 class L10n {
@@ -41,10 +42,10 @@ class L10n {
     L10n(const std::vector<std::string>& preferredLanguages, Wording wording);
 
     Lang current() const { return current_; }
-    std::string text(std::string_view key) const;
+    std::string s(std::string_view key) const;
 
+    // The texts in the language of this process's user, which is chosen once.
     static const L10n& shared();
-    static std::string s(std::string_view key) { return shared().text(key); }
 
   private:
     const Catalogue* first_ = nullptr;  // asked before catalogue_

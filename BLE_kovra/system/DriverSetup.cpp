@@ -9,9 +9,8 @@ namespace kovra {
 
 void DriverSetup::showExplanation(Application& application, AlertPresenter& alerts, const DriverActivator& driver,
                                   const L10n& texts) {
-    const Alert explanation{texts.text("driver.title"),
-                            texts.text("driver.body"),
-                            {texts.text("driver.activate"), texts.text("driver.later")}};
+    const Alert explanation{
+        texts.s("driver.title"), texts.s("driver.body"), {texts.s("driver.activate"), texts.s("driver.later")}};
     application.activateIgnoringOtherApps();
     if (alerts.runModal(explanation) == AlertResponse::firstButton) driver.activate(true);
 }

@@ -61,8 +61,8 @@ TEST(AboutBoxTest, IsInTheUsersLanguage) {
     for (const L10n::Lang language : L10n::allLanguages) {
         AboutRig rig(std::string(L10n::rawValue(language)).c_str());
         const Alert about = rig.run();
-        EXPECT_EQ(about.informativeText, rig.texts.text("about.info"));
-        EXPECT_EQ(about.buttons, (Texts{rig.texts.text("about.ok"), rig.texts.text("about.contact")}));
+        EXPECT_EQ(about.informativeText, rig.texts.s("about.info"));
+        EXPECT_EQ(about.buttons, (Texts{rig.texts.s("about.ok"), rig.texts.s("about.contact")}));
     }
 }
 

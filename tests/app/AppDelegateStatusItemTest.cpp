@@ -83,7 +83,7 @@ TEST(AppDelegateStatusItemTest, FollowsFromTheQueueWhatTheDesktopSaysAboutTheHot
     rig.hotKeys.change({HotKeyState::Holder::us, "Meta+M"});
     EXPECT_EQ(rig.statusBar.menu->items[1].title, "Shortcut: Ctrl+Opt+T");
     rig.queue.run();
-    EXPECT_EQ(rig.statusBar.menu->items[1].title, rig.texts.text("menu.hotkeyHint.assigned") + "Meta+M");
+    EXPECT_EQ(rig.statusBar.menu->items[1].title, rig.texts.s("menu.hotkeyHint.assigned") + "Meta+M");
     EXPECT_EQ(rig.statusBar.stateOf(StatusMenuTag::enabled), off);
 }
 
@@ -93,7 +93,7 @@ TEST(AppDelegateStatusItemTest, ShowsWhatTheDesktopHasSaidDuringTheRegistration)
     AppRig rig(computer);
     rig.launch();
     computer.queue.run();
-    EXPECT_EQ(computer.statusBar.menu->items[1].title, rig.texts.text("menu.hotkeyHint.taken"));
+    EXPECT_EQ(computer.statusBar.menu->items[1].title, rig.texts.s("menu.hotkeyHint.taken"));
 }
 
 TEST(AppDelegateStatusItemTest, KeepsItsMenuWhenTheDesktopSaysSomethingAfterTheEnd) {

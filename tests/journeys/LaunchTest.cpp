@@ -151,9 +151,9 @@ TEST(LaunchTest, ExplainsTheDriverIfItIsNotActive) {
     AppRig rig(computer);
     rig.launch();
     ASSERT_EQ(computer.alerts.shown.size(), 1U);
-    EXPECT_EQ(computer.alerts.shown[0], (Alert{rig.texts.text("driver.title"),
-                                               rig.texts.text("driver.body"),
-                                               {rig.texts.text("driver.activate"), rig.texts.text("driver.later")}}));
+    EXPECT_EQ(computer.alerts.shown[0], (Alert{rig.texts.s("driver.title"),
+                                               rig.texts.s("driver.body"),
+                                               {rig.texts.s("driver.activate"), rig.texts.s("driver.later")}}));
     EXPECT_EQ(rig.application.activations, 1);
     EXPECT_TRUE(computer.processes.started.empty());
     EXPECT_TRUE(computer.log.lines.empty());

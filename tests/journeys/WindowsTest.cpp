@@ -169,7 +169,7 @@ TEST(WindowsTest, TheMenuExplainsTheDriverEvenIfItIsActive) {
     desk.alerts.answer = AlertResponse::firstButton;
     desk.choose(activateDriver);
     ASSERT_EQ(desk.alerts.shown.size(), 1U);
-    EXPECT_EQ(desk.alerts.shown[0].messageText, desk.texts.text("driver.title"));
+    EXPECT_EQ(desk.alerts.shown[0].messageText, desk.texts.s("driver.title"));
     EXPECT_EQ(desk.processes.ran.size(), 1U);  // at launch
     EXPECT_EQ(desk.processes.started, (std::vector<Command>{{DriverActivator::managerPath, {"forceActivate"}}}));
 }
@@ -201,7 +201,7 @@ TEST(WindowsTest, ASecondAlertOpensAboveTheFirst) {
     };
     desk.choose(about);
     ASSERT_EQ(desk.alerts.shown.size(), 2U);
-    EXPECT_EQ(desk.alerts.shown[1].messageText, desk.texts.text("driver.title"));
+    EXPECT_EQ(desk.alerts.shown[1].messageText, desk.texts.s("driver.title"));
 }
 
 }  // namespace

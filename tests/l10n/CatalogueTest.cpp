@@ -16,7 +16,7 @@ namespace {
 
 using Lang = L10n::Lang;
 
-std::string text(Lang lang, const std::string& key) { return L10n({std::string(L10n::rawValue(lang))}).text(key); }
+std::string text(Lang lang, const std::string& key) { return L10n({std::string(L10n::rawValue(lang))}).s(key); }
 
 // Calls check(language, text) for every text of the catalogue, under a trace that names its key and language.
 template <typename Check>
@@ -55,7 +55,7 @@ TEST(CatalogueTest, HasTheExpectedTexts) {
         const L10n l10n({std::string(L10n::rawValue(lang))});
         for (const auto& [key, expected] : texts) {
             SCOPED_TRACE(key + " in " + std::string(L10n::rawValue(lang)));
-            EXPECT_EQ(l10n.text(key), expected);
+            EXPECT_EQ(l10n.s(key), expected);
             ++compared;
         }
     }

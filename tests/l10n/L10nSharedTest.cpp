@@ -68,7 +68,7 @@ TEST(L10nSharedTest, IsCreatedOnceAtFirstUseAndKeepsItsLanguage) {
         threads.emplace_back([&] {
             --waiting;
             while (waiting > 0) std::this_thread::yield();
-            firstText = L10n::s("menu.quit");
+            firstText = L10n::shared().s("menu.quit");
         });
     }
     for (std::thread& thread : threads) thread.join();
@@ -76,12 +76,12 @@ TEST(L10nSharedTest, IsCreatedOnceAtFirstUseAndKeepsItsLanguage) {
     EXPECT_EQ(locale.reads, 1);
 
     locale.languages = {"fr-FR"};
-    EXPECT_EQ(L10n::s("menu.quit"), "Beenden");
+    EXPECT_EQ(L10n::shared().s("menu.quit"), "Beenden");
     EXPECT_EQ(L10n::shared().current(), L10n::Lang::de);
     locale.languages = {};
-    EXPECT_EQ(L10n::s("menu.quit"), "Beenden");
-    EXPECT_EQ(L10n::s("menu.none"), "menu.none");
-    EXPECT_EQ(L10n::s("menu.hotkeyHint"), "Tastenkürzel: Strg+Alt+T");  // the wording of the platform
+    EXPECT_EQ(L10n::shared().s("menu.quit"), "Beenden");
+    EXPECT_EQ(L10n::shared().s("menu.none"), "menu.none");
+    EXPECT_EQ(L10n::shared().s("menu.hotkeyHint"), "Tastenkürzel: Strg+Alt+T");  // the wording of the platform
     EXPECT_EQ(locale.reads, 1);
     EXPECT_EQ(&L10n::shared(), &L10n::shared());
     EXPECT_TRUE(log.lines.empty());

@@ -107,7 +107,7 @@ INSTANTIATE_TEST_SUITE_P(, L10nChoiceTest,
                          }),
                          [](const auto& row) { return row.param.name; });
 
-TEST(L10nTest, HasRussianTextsForRussian) { EXPECT_EQ(L10n({"ru-RU"}).text("menu.quit"), "Завершить"); }
+TEST(L10nTest, HasRussianTextsForRussian) { EXPECT_EQ(L10n({"ru-RU"}).s("menu.quit"), "Завершить"); }
 
 // Returns the expected language for an entry without combining marks and Kelvin signs.
 Lang chosenAmongPlainBytes(std::string_view preferred) {
@@ -137,7 +137,7 @@ TEST(L10nTest, AcceptsAnyBytesAsALanguage) {
             if (plain) {
                 EXPECT_EQ(lang, chosenAmongPlainBytes(preferred)) << testing::PrintToString(preferred);
             }
-            EXPECT_EQ(L10n({preferred}).text("about.ok"), "OK");
+            EXPECT_EQ(L10n({preferred}).s("about.ok"), "OK");
         }
     }
 }
@@ -167,43 +167,43 @@ TEST(L10nTest, HashesEqualLanguagesEqually) {
 }
 
 TEST(L10nTest, LooksUpQuitInGermanAndInEnglish) {
-    EXPECT_EQ(L10n({"de"}).text("menu.quit"), "Beenden");
-    EXPECT_EQ(L10n({"en"}).text("menu.quit"), "Quit");
+    EXPECT_EQ(L10n({"de"}).s("menu.quit"), "Beenden");
+    EXPECT_EQ(L10n({"en"}).s("menu.quit"), "Quit");
 }
 
 TEST(L10nTest, ReturnsAnUnknownKeyUnchangedInEveryLanguage) {
     for (const Lang lang : L10n::allLanguages) {
         const L10n l10n({std::string(L10n::rawValue(lang))});
         for (const std::string_view key : {"menu.none", "", "Menu.quit", "menu.quit ", "menu", "\xFF"}) {
-            EXPECT_EQ(l10n.text(key), key);
+            EXPECT_EQ(l10n.s(key), key);
         }
     }
 }
 
 TEST(L10nTest, FallsBackToEnglishWhereTheChosenLanguageIsMissing) {
     const L10n::Catalogue catalogue{{"menu.quit", {{Lang::en, "Quit"}, {Lang::fr, "Quitter"}}}};
-    EXPECT_EQ(L10n({"fr"}, catalogue).text("menu.quit"), "Quitter");
-    EXPECT_EQ(L10n({"de"}, catalogue).text("menu.quit"), "Quit");
-    EXPECT_EQ(L10n({"en"}, catalogue).text("menu.quit"), "Quit");
+    EXPECT_EQ(L10n({"fr"}, catalogue).s("menu.quit"), "Quitter");
+    EXPECT_EQ(L10n({"de"}, catalogue).s("menu.quit"), "Quit");
+    EXPECT_EQ(L10n({"en"}, catalogue).s("menu.quit"), "Quit");
 }
 
 TEST(L10nTest, FallsBackToTheKeyWhereEnglishIsMissingToo) {
     const L10n::Catalogue catalogue{{"menu.quit", {{Lang::fr, "Quitter"}}}};
-    EXPECT_EQ(L10n({"fr"}, catalogue).text("menu.quit"), "Quitter");
-    EXPECT_EQ(L10n({"de"}, catalogue).text("menu.quit"), "menu.quit");
-    EXPECT_EQ(L10n({"en"}, catalogue).text("menu.quit"), "menu.quit");
+    EXPECT_EQ(L10n({"fr"}, catalogue).s("menu.quit"), "Quitter");
+    EXPECT_EQ(L10n({"de"}, catalogue).s("menu.quit"), "menu.quit");
+    EXPECT_EQ(L10n({"en"}, catalogue).s("menu.quit"), "menu.quit");
 }
 
 TEST(L10nTest, ReturnsTheKeyFromAnEmptyTableAndFromAnEmptyCatalogue) {
     const L10n::Catalogue emptyTable{{"menu.quit", {}}};
     const L10n::Catalogue empty;
-    EXPECT_EQ(L10n({"de"}, emptyTable).text("menu.quit"), "menu.quit");
-    EXPECT_EQ(L10n({"de"}, empty).text("menu.quit"), "menu.quit");
+    EXPECT_EQ(L10n({"de"}, emptyTable).s("menu.quit"), "menu.quit");
+    EXPECT_EQ(L10n({"de"}, empty).s("menu.quit"), "menu.quit");
 }
 
 TEST(L10nTest, ReturnsATextWithPercentAndBracesUnchanged) {
     const L10n::Catalogue catalogue{{"menu.quit", {{Lang::en, "100 % {0} %s & <b>"}}}};
-    EXPECT_EQ(L10n({"en"}, catalogue).text("menu.quit"), "100 % {0} %s & <b>");
+    EXPECT_EQ(L10n({"en"}, catalogue).s("menu.quit"), "100 % {0} %s & <b>");
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ TEST(LinuxCatalogueTest, HasExactlyTheExpectedTexts) {
     std::size_t compared = 0;
     for (const auto& [lang, texts] : expectedLinuxTexts()) {
         for (const auto& [key, expected] : texts) {
-            EXPECT_EQ(onLinux(lang).text(key), expected) << key;
+            EXPECT_EQ(onLinux(lang).s(key), expected) << key;
             ++compared;
         }
     }
@@ -69,7 +69,7 @@ TEST(LinuxCatalogueTest, LeavesNothingOnLinuxThatIsTrueOnlyOnMacOS) {
             for (const auto& [key, table] : *catalogue) keys.insert(key);
         }
         for (const std::string& key : keys) {
-            const std::string text = onLinux(lang).text(key);
+            const std::string text = onLinux(lang).s(key);
             for (const char* untrue : {"macOS", "Opt+", "Karabiner", "Ivo Tessaly"})
                 EXPECT_FALSE(contains(text, untrue)) << key << ": " << text;
         }
@@ -79,21 +79,21 @@ TEST(LinuxCatalogueTest, LeavesNothingOnLinuxThatIsTrueOnlyOnMacOS) {
 TEST(LinuxCatalogueTest, NamesTheKeysAsTheyAreLabelled) {
     inEachLanguage([](Lang lang) {
         const std::string keys = lang == Lang::de ? "Strg+Alt+T" : "Ctrl+Alt+T";
-        EXPECT_TRUE(onLinux(lang).text("menu.hotkeyHint").ends_with(" " + keys));
-        EXPECT_TRUE(contains(onLinux(lang).text("menu.hotkeyHint.taken"), keys));
+        EXPECT_TRUE(onLinux(lang).s("menu.hotkeyHint").ends_with(" " + keys));
+        EXPECT_TRUE(contains(onLinux(lang).s("menu.hotkeyHint.taken"), keys));
     });
 }
 
 TEST(LinuxCatalogueTest, PutsAnAssignedCombinationWhereItsOwnStands) {
     inEachLanguage([](Lang lang) {
         const std::string keys = lang == Lang::de ? "Strg+Alt+T" : "Ctrl+Alt+T";
-        EXPECT_EQ(onLinux(lang).text("menu.hotkeyHint.assigned") + keys, onLinux(lang).text("menu.hotkeyHint"));
+        EXPECT_EQ(onLinux(lang).s("menu.hotkeyHint.assigned") + keys, onLinux(lang).s("menu.hotkeyHint"));
     });
 }
 
 TEST(LinuxCatalogueTest, NamesThePackageThatBringsTheIconToGNOME) {
     inEachLanguage([](Lang lang) {
-        const std::string text = onLinux(lang).text("tray.advice");
+        const std::string text = onLinux(lang).s("tray.advice");
         for (const char* name : {"GNOME", "gnome-shell-extension-appindicator", "AppIndicator"})
             EXPECT_TRUE(contains(text, name)) << text;
     });
@@ -101,7 +101,7 @@ TEST(LinuxCatalogueTest, NamesThePackageThatBringsTheIconToGNOME) {
 
 TEST(LinuxCatalogueTest, NamesTheCommandThatCanBeGivenAKey) {
     inEachLanguage([](Lang lang) {
-        EXPECT_TRUE(contains(onLinux(lang).text("menu.hotkeyHint.unavailable"), "ble-kovractl toggle"));
+        EXPECT_TRUE(contains(onLinux(lang).s("menu.hotkeyHint.unavailable"), "ble-kovractl toggle"));
     });
 }
 
@@ -110,12 +110,12 @@ TEST(LinuxCatalogueTest, ExplainsTheServiceAndTheButton) {
         {Lang::en, {"“", "”"}}, {Lang::ru, {"«", "»"}}, {Lang::uk, {"«", "»"}}, {Lang::fr, {"«\u00a0", "\u00a0»"}},
         {Lang::de, {"„", "“"}}, {Lang::es, {"«", "»"}}};
     inEachLanguage([&](Lang lang) {
-        const std::string body = onLinux(lang).text("driver.body");
+        const std::string body = onLinux(lang).s("driver.body");
         const auto& [left, right] = quotes.at(lang);
-        EXPECT_TRUE(contains(body, left + onLinux(lang).text("driver.activate") + right)) << body;
+        EXPECT_TRUE(contains(body, left + onLinux(lang).s("driver.activate") + right)) << body;
         EXPECT_TRUE(contains(body, "ble-kovra-helper")) << body;
         for (const char* entry : {"menu.activate", "menu.hotkeyHint.choose"})
-            EXPECT_TRUE(onLinux(lang).text(entry).ends_with("…"));
+            EXPECT_TRUE(onLinux(lang).s(entry).ends_with("…"));
     });
 }
 
@@ -126,23 +126,23 @@ TEST(LinuxCatalogueTest, KeepsFrenchMarksWithTheirWords) {
         for (const char* divisible : {"« ", " »", " :", " ;", " !", " ?"})
             EXPECT_FALSE(contains(text, divisible)) << key << ": " << text;
     }
-    EXPECT_TRUE(contains(onLinux(Lang::fr).text("tray.advice"), "«\u00a0Extensions\u00a0»"));
+    EXPECT_TRUE(contains(onLinux(Lang::fr).s("tray.advice"), "«\u00a0Extensions\u00a0»"));
 }
 
 TEST(LinuxCatalogueTest, IsAskedFirstOnLinuxAndNeverOnMacOS) {
     inEachLanguage([](Lang lang) {
         for (const auto& [key, table] : L10n::linuxStrings()) {
-            EXPECT_EQ(onLinux(lang).text(key), table.at(lang)) << key;
+            EXPECT_EQ(onLinux(lang).s(key), table.at(lang)) << key;
             const auto other = L10n::strings().find(key);
-            EXPECT_EQ(onMacOS(lang).text(key), other == L10n::strings().end() ? key : other->second.at(lang)) << key;
+            EXPECT_EQ(onMacOS(lang).s(key), other == L10n::strings().end() ? key : other->second.at(lang)) << key;
         }
-        EXPECT_EQ(onLinux(lang).text("menu.quit"), onMacOS(lang).text("menu.quit"));
-        EXPECT_EQ(onLinux(lang).text("menu.none"), "menu.none");
+        EXPECT_EQ(onLinux(lang).s("menu.quit"), onMacOS(lang).s("menu.quit"));
+        EXPECT_EQ(onLinux(lang).s("menu.none"), "menu.none");
     });
 }
 
 TEST(LinuxCatalogueTest, IsEnglishForOtherLanguages) {
-    EXPECT_EQ(L10n({"pt-BR", "de"}, Wording::linuxDesktop).text("menu.activate"), "Activate service…");
+    EXPECT_EQ(L10n({"pt-BR", "de"}, Wording::linuxDesktop).s("menu.activate"), "Activate service…");
 }
 
 }  // namespace

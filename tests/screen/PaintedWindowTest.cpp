@@ -77,7 +77,7 @@ class PaintedWindowTest : public testing::Test {
     }
 
     QRect placeOf(const std::string& key) const {
-        const std::string text = rig->texts.text(key);
+        const std::string text = rig->texts.s(key);
         for (const QLabel* label : window.findChildren<QLabel*>()) {
             if (label->text().toStdString() == text) return {label->mapTo(&window, QPoint()), label->size()};
         }
@@ -112,7 +112,7 @@ class PaintedWindowTest : public testing::Test {
         QPainter painter(&reference);
         painter.setPen(color);
         painter.setFont(font);
-        painter.drawText(20, 50, QString::fromStdString(rig->texts.text(key)));
+        painter.drawText(20, 50, QString::fromStdString(rig->texts.s(key)));
         painter.end();
         const Ink wanted = inkIn(reference, reference.rect(), background(), color);
         const Ink painted = inkIn(seen, in, background(), color);

@@ -147,10 +147,9 @@ TEST(DriverSetupTest, ExplainsInFrontOfEverything) {
     rig.alerts.onShown = [&] { activationsBefore = rig.application.activations; };
     rig.showExplanation();
     EXPECT_EQ(activationsBefore, 1);
-    EXPECT_EQ(rig.alerts.shown,
-              (std::vector<Alert>{{rig.texts.text("driver.title"),
-                                   rig.texts.text("driver.body"),
-                                   {rig.texts.text("driver.activate"), rig.texts.text("driver.later")}}}));
+    EXPECT_EQ(rig.alerts.shown, (std::vector<Alert>{{rig.texts.s("driver.title"),
+                                                     rig.texts.s("driver.body"),
+                                                     {rig.texts.s("driver.activate"), rig.texts.s("driver.later")}}}));
 }
 
 TEST(DriverSetupTest, ItsFirstButtonForcesTheActivationEvenOfAnActiveDriver) {

@@ -46,19 +46,19 @@ View SettingsView::body() const {
 
     using Mode = AppState::BlockMode;
     Picker mode;
-    mode.title = texts_.text("settings.mode");
-    mode.options = {{texts_.text("mode.always"), std::string(AppState::rawValue(Mode::always))},
-                    {texts_.text("mode.onDevice"), std::string(AppState::rawValue(Mode::onDevice))}};
+    mode.title = texts_.s("settings.mode");
+    mode.options = {{texts_.s("mode.always"), std::string(AppState::rawValue(Mode::always))},
+                    {texts_.s("mode.onDevice"), std::string(AppState::rawValue(Mode::onDevice))}};
     mode.selection = AppState::rawValue(state_.mode.get());
     mode.select = [&state = state_](const std::string& tag) {
         if (const auto chosen = AppState::modeFromRawValue(tag)) state.mode.set(*chosen);
     };
 
-    std::vector<View> parts{text(texts_.text("settings.title")).font(Font::headline),
-                            View{block, {text(texts_.text("block"))}, {}, {}}.font(Font::body),
+    std::vector<View> parts{text(texts_.s("settings.title")).font(Font::headline),
+                            View{block, {text(texts_.s("block"))}, {}, {}}.font(Font::body),
                             {mode, {}, {}, {}},
                             {Divider{}, {}, {}, {}},
-                            text(texts_.text("settings.chooseMouse")).font(Font::subheadline, true),
+                            text(texts_.s("settings.chooseMouse")).font(Font::subheadline, true),
                             caption("settings.hint"),
                             deviceArea(),
                             {Divider{}, {}, {}, {}},
@@ -69,13 +69,13 @@ View SettingsView::body() const {
 }
 
 View SettingsView::caption(const std::string& key) const {
-    return text(texts_.text(key)).font(Font::caption).foregroundColor(Color::secondary).fixedSize(false, true);
+    return text(texts_.s(key)).font(Font::caption).foregroundColor(Color::secondary).fixedSize(false, true);
 }
 
 View SettingsView::deviceArea() const {
     const auto& devices = state_.devices.get();
     if (devices.empty()) {
-        return text(texts_.text("settings.noDevices"))
+        return text(texts_.s("settings.noDevices"))
             .foregroundColor(Color::secondary)
             .frame({.maxWidth = Frame::unbounded})
             .verticalPadding(16);
@@ -99,8 +99,7 @@ View SettingsView::deviceRow(const HIDDeviceInfo& device) const {
     };
     std::vector<View> label{dot(device.connected), text(device.name), {Spacer{}, {}, {}, {}}};
     if (!device.connected) {
-        label.push_back(
-            text(texts_.text("device.disconnected")).font(Font::caption2).foregroundColor(Color::secondary));
+        label.push_back(text(texts_.s("device.disconnected")).font(Font::caption2).foregroundColor(Color::secondary));
     }
     std::vector<View> labels;
     labels.push_back(row({}, std::move(label)));
@@ -110,13 +109,13 @@ View SettingsView::deviceRow(const HIDDeviceInfo& device) const {
 
 View SettingsView::statusLine() const {
     const bool isMuted = state_.blocking.get();
-    return row({}, {dot(isMuted), text(texts_.text(isMuted ? "status.blocked" : "status.active"))
+    return row({}, {dot(isMuted), text(texts_.s(isMuted ? "status.blocked" : "status.active"))
                                       .font(Font::caption)
                                       .foregroundColor(Color::secondary)});
 }
 
 View SettingsView::footer() const {
-    return row(4, {text(texts_.text("settings.developedBy")),
+    return row(4, {text(texts_.s("settings.developedBy")),
                    {Link{supportAddress, requireLink(supportAddress)}, {}, {}, {}}})
         .font(Font::caption2)
         .foregroundColor(Color::secondary)

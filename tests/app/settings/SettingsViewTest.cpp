@@ -119,7 +119,7 @@ TEST(SettingsViewTest, SpeaksTheUsersLanguage) {
     for (const char* key :
          {"settings.title", "block", "settings.mode", "mode.always", "mode.onDevice", "settings.chooseMouse",
           "settings.hint", "settings.noDevices", "status.active", "settings.developedBy"}) {
-        EXPECT_NE(dump.find('"' + russian.text(key) + '"'), std::string::npos) << key;
+        EXPECT_NE(dump.find('"' + russian.s(key) + '"'), std::string::npos) << key;
     }
 }
 
