@@ -74,7 +74,7 @@ string_view: string_view string_view_literals
 system_error: errc error_code generic_category system_error
 thread: jthread this_thread thread
 tuple: apply tuple
-type_traits: decay_t is_enum_v is_same_v is_trivially_copyable_v remove_pointer_t remove_reference_t
+type_traits: decay_t is_default_constructible_v is_enum_v is_same_v is_trivially_copyable_v remove_pointer_t remove_reference_t
 unordered_map: unordered_map
 unordered_set: unordered_set
 utility: exchange in_place in_range move pair

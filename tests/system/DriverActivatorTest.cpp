@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "BLE_kovra/l10n/L10n.h"
@@ -140,6 +141,8 @@ TEST(DriverActivatorTest, LogsOneLineIfTheManagerDoesNotStart) {
     rig.driver.activate(true);
     EXPECT_EQ(rig.log.lines, Texts{"ble-kovra: не удалось запустить активацию драйвера: Permission %s denied"});
 }
+
+TEST(DriverSetupTest, HasNoInstances) { EXPECT_FALSE(std::is_default_constructible_v<DriverSetup>); }
 
 TEST(DriverSetupTest, ExplainsInFrontOfEverything) {
     DriverRig rig;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "tests/fakes/FakeLog.h"
@@ -12,6 +13,8 @@ namespace kovra {
 namespace {
 
 using Texts = std::vector<std::string>;
+
+TEST(LoginItemTest, HasNoInstances) { EXPECT_FALSE(std::is_default_constructible_v<LoginItem>); }
 
 TEST(LoginItemTest, UnregistersIfEnabled) {
     FakeLogin login;
