@@ -11,10 +11,8 @@ namespace kovra {
 
 namespace {
 
-void waitFor(pid_t process) {
-    while (::waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
-    }
-}
+// No signal interrupts this, since the process has no signal handlers.
+void waitFor(pid_t process) { ::waitpid(process, nullptr, 0); }
 
 }  // namespace
 

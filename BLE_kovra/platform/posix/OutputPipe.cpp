@@ -29,7 +29,7 @@ bool OutputPipe::read(std::string& text) const {
     std::array<char, 65536> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
     const ssize_t count = ::read(reading_.number(), piece.data(), piece.size());
     if (count > 0) text.append(piece.data(), static_cast<std::size_t>(count));
-    return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
+    return count > 0 || (count < 0 && errno == EAGAIN);
 }
 
 }  // namespace kovra

@@ -12,9 +12,7 @@ namespace {
 // Ignores the signals for a closed pipe, a file size limit and terminal output of a background job. The system calls
 // then report errors instead, and background jobs can write to the terminal.
 void ignoreFatalSignals() {
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGTTOU, SIG_IGN);
+    for (const int number : {SIGPIPE, SIGXFSZ, SIGTTOU}) std::signal(number, SIG_IGN);
 }
 
 // Resets SIGCHLD. An inherited SIG_IGN would discard the exit status of child processes.
@@ -27,7 +25,7 @@ void openStandardDescriptors() {
     do {
         number = ::open("/dev/null", O_RDWR);
     } while (number >= 0 && number <= STDERR_FILENO);
-    if (number >= 0) ::close(number);
+    ::close(number);
 }
 
 }  // namespace

@@ -1,18 +1,25 @@
 #include "BLE_kovra/platform/posix/BackgroundSaves.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/syscall.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <thread>
 #include <vector>
+
+#include "tests/support/linux/FailingCalls.h"
+#include "tests/support/posix/InAChild.h"
 
 namespace kovra {
 namespace {
@@ -137,6 +144,43 @@ TEST_F(BackgroundSavesTest, ReportsNothingAfterItsEnd) {
     disk_->resume();
     disk_->waitForSaves(2);
     EXPECT_EQ(failures_, 0);
+}
+
+TEST_F(BackgroundSavesTest, KeepsNoStackOfAThreadThatHasEnded) {
+    const auto mappings = [] {
+        std::ifstream maps("/proc/self/maps");
+        return std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+    };
+    long before = 0;
+    for (int i = 0; i < 60; ++i) {
+        saves_->begin("a", 1.0);
+        EXPECT_TRUE(saves_->wait(60s));
+        if (i == 20) before = mappings();
+    }
+    EXPECT_LT(mappings(), before + 20);
+}
+
+TEST_F(BackgroundSavesTest, GivesItsThreadASmallStack) {
+    std::size_t size = 0;
+    BackgroundSaves saves(
+        [&](const Values&) {
+            pthread_attr_t attributes;
+            ::pthread_getattr_np(::pthread_self(), &attributes);
+            ::pthread_attr_getstacksize(&attributes, &size);
+            return ::pthread_attr_destroy(&attributes);
+        },
+        {});
+    saves.begin("a", 1.0);
+    EXPECT_TRUE(saves.wait(60s));
+    EXPECT_EQ(size, 256U * 1024);
+}
+
+TEST_F(BackgroundSavesTest, SavesAtOnceIfNoThreadCanBeStarted) {
+    EXPECT_TRUE(holdsInAChild([this] {
+        failAt(SYS_clone3, {EAGAIN});
+        saves_->begin("a", 1.0);
+        return disk_->begun().size() == 1;
+    }));
 }
 
 TEST_F(BackgroundSavesTest, HasNoThreadWhileThereIsNothingToSave) {

@@ -88,7 +88,8 @@ TEST_F(PosixProcessRunnerTest, TerminatesAProgramThatWritesTooMuch) {
     const auto before = openDescriptors();
     PosixProcessRunner bounded(rig_.loop(), 100'000);
     const auto written = [&](const std::string& script) { return bounded.output({scripts_.make(script), {}}); };
-    EXPECT_EQ(written("head -c 100000 /dev/zero").value_or("").size(), 100'000U);
+    EXPECT_EQ(written("head -c 100000 /dev/zero; sleep 0.2; : >$here/all").value_or("").size(), 100'000U);
+    EXPECT_TRUE(std::filesystem::exists(scripts_ / "all"));
     EXPECT_EQ(written("head -c 100001 /dev/zero"), std::nullopt);
     EXPECT_EQ(written("echo $$ >$here/pid; exec yes"), std::nullopt);
     EXPECT_FALSE(isRunning());
@@ -180,13 +181,14 @@ TEST_F(PosixProcessRunnerTest, StartsAProgramThatSurvivesUs) {
     {
         LoopRig rig;
         PosixProcessRunner processes(rig.loop());
-        EXPECT_TRUE(processes.start({scripts_.make("echo $$ >$here/pid; exec sleep 1000"), {}}));
+        EXPECT_TRUE(processes.start(
+            {scripts_.make("echo $$ >$here/pid; while ! [ -e $here/go ]; do sleep 0.02; done; : >$here/end"), {}}));
         EXPECT_TRUE(sees([this] { return isRunning(); }));
         rig.stop();
     }
-    EXPECT_TRUE(isRunning());
     EXPECT_EQ(::getsid(pid()), pid()) << "what ends us from the terminal would end it";
-    ::kill(pid(), SIGKILL);
+    writeFile(scripts_ / "go", "");
+    EXPECT_TRUE(sees([this] { return std::filesystem::exists(scripts_ / "end"); }));
     ::waitpid(pid(), nullptr, 0);
 }
 
@@ -230,6 +232,18 @@ TEST_F(PosixProcessRunnerTest, SleepsWhileAProgramHangs) {
     EXPECT_EQ(output("echo $$ >$here/pid; exec sleep 1000"), std::nullopt);
     EXPECT_TRUE(isOver);
     EXPECT_LT(turns, 5);
+}
+
+TEST_F(PosixProcessRunnerTest, ReturnsNullWithoutAPipe) {
+    const std::string program = scripts_.make("echo written");
+    // A sanitizer opens descriptors when it first checks a type.
+    EXPECT_TRUE(processes_.output({program, {}}));
+    const auto before = openDescriptors();
+    {
+        const NoDescriptors scope;
+        EXPECT_EQ(processes_.output({program, {}}), std::nullopt);
+    }
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST_F(PosixProcessRunnerTest, LeavesNoProcessBehindIfItsEndCannotBeWatched) {

@@ -2,23 +2,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <functional>
+
+#include "tests/support/posix/InAChild.h"
 
 namespace kovra {
 namespace {
-
-// Runs the check in a child process, whose signals and descriptors are its own, and returns its result.
-bool holdsInAChild(const std::function<bool()>& check) {
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(check() ? 0 : 1);
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    return status == 0;
-}
 
 bool isIgnored(int number) {
     struct sigaction action{};

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace kovra {
+
+// Lets this thread's next calls of one kind fail with these errors, one call after the other. Where the error is 0, and
+// after the last one, the kernel makes the call. A number below 0 lets a call do nothing and return the opposite
+// number. Only for a process that ends soon.
+inline void failAt(unsigned call, std::vector<int> errors) {
+    static std::atomic<int> calls{-1};
+    std::thread([errors = std::move(errors)] {
+        calls.wait(-1);
+        for (std::size_t i = 0;; ++i) {
+            seccomp_notif made{};
+            if (::ioctl(calls, SECCOMP_IOCTL_NOTIF_RECV, &made) != 0) return;
+            const int error = i < errors.size() ? errors[i] : 0;
+            seccomp_notif_resp answer{.id = made.id, .val = 0, .error = -error, .flags = 0};
+            if (error < 0) answer = {.id = made.id, .val = -error, .error = 0, .flags = 0};
+            if (error == 0) answer.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+            ::ioctl(calls, SECCOMP_IOCTL_NOTIF_SEND, &answer);
+        }
+    }).detach();
+    std::array<sock_filter, 4> program{{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_USER_NOTIF),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    const sock_fprog filter{program.size(), program.data()};
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    const long made = ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &filter);
+    if (made < 0) ::_exit(1);
+    calls = static_cast<int>(made);
+    calls.notify_one();
+}
+
+}  // namespace kovra
