@@ -65,6 +65,7 @@ class Unit(unittest.TestCase):
 
     def test_starts_the_daemon_again_for_as_long_as_it_takes(self):
         self.assertEqual(directives("Restart"), ["always"])
+        self.assertEqual(directives("RestartSec"), ["1"])
         self.assertEqual(directives("StartLimitIntervalSec"), ["0"])
 
     def test_refuses_a_system_call_without_killing_for_it(self):

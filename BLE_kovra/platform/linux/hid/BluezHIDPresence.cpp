@@ -187,7 +187,7 @@ void BluezHIDPresence::report(const Device& device) {
 }
 
 void BluezHIDPresence::deviceChanged(const std::string& path, sd_bus_message* message) {
-    if (sd_bus_message_skip(message, "s") < 0) return;
+    sd_bus_message_skip(message, "s");  // the interface, which is that of the subscription
     if (const auto isConnected = readBoolean(message, "Connected")) setConnected(path, *isConnected);
 }
 

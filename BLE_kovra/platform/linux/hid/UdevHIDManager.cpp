@@ -33,8 +33,6 @@ UdevHIDManager::UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths ude
                   .removed = [this](const UdevHIDDevice& device) { call(removed_, device); },
                   .recheck = [this](const std::string& nodeName) { recheck(nodeName); }}) {}
 
-UdevHIDManager::~UdevHIDManager() { cancelPoll(); }
-
 void UdevHIDManager::open() {
     opened_ = true;
     checkAfterStop();

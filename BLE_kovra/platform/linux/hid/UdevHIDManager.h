@@ -44,7 +44,6 @@ class UdevHIDManager : public HIDManager {
     // When the listeners in `missedEvents` are called, all nodes are checked again.
     UdevHIDManager(SdEventLoop& loop, SystemLog& log, UdevdPaths udevd,
                    std::vector<std::unique_ptr<HIDPresence>> presences, Listeners<>& missedEvents);
-    ~UdevHIDManager() override;
 
     void registerMatchingCallback(Callback attached) override { attached_ = std::move(attached); }
     void registerRemovalCallback(Callback removed) override { removed_ = std::move(removed); }

@@ -125,6 +125,18 @@ TEST_F(BatteryHIDPresenceTest, ReportsARemovedNodeWhateverItsBatterySays) {
     EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
 }
 
+TEST_F(BatteryHIDPresenceTest, FollowsAMouseThatIsPluggedInAgain) {
+    rig_.open();
+    for (int round = 0; round < 2; ++round) {
+        plug(on);
+        EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
+        change(off);
+        EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
+        bus_.unplug(mouse_.name);
+        EXPECT_EQ(rig_.newReports(), Reports());
+    }
+}
+
 TEST_F(BatteryHIDPresenceTest, ReportsOneRemovalOfAMouseThatIsSwitchedOffAndThenUnplugged) {
     rig_.open();
     plug(on);

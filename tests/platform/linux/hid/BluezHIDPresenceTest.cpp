@@ -221,15 +221,17 @@ TEST_F(BluezHIDPresenceTest, ReportsARemovedNodeWhateverBluezSays) {
     expectReport("-1 apple");
 }
 
-TEST_F(BluezHIDPresenceTest, FollowsEveryInterfaceOfADevice) {
+TEST_F(BluezHIDPresenceTest, FollowsEveryInterfaceOfADeviceAndOfNoOther) {
     startBluez(true);
+    bluez_->addDevice(hci0, otherAddress, true);
     rig_.open();
     bus_.plug(mouse_);
     MockHIDNode second = mouse_;
     second.name = "0005:046D:B012.0002";
     second.product = "apple keys";
     bus_.plug(second);
-    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= 2; }));
+    bus_.plug({.name = "0005:046D:B013.0003", .product = "pear", .phys = mouse_.phys, .uniq = "d4:f5:13:aa:bb:0d"});
+    ASSERT_TRUE(rig_.waitUntil([&] { return rig_.reports.size() >= 3; }));
     static_cast<void>(rig_.newReports());
     waitUntilSubscribed();
     setConnected(false);
@@ -304,6 +306,26 @@ TEST_F(BluezHIDPresenceTest, TreatsADeviceWithInvalidPropertiesAsPresent) {
     rig_.open();
     bus_.plug(mouse_);
     expectReport("+1 apple");
+}
+
+TEST_F(BluezHIDPresenceTest, IgnoresSignalsWithInvalidValues) {
+    startBluez(true);
+    rig_.open();
+    bus_.plug(mouse_);
+    expectReport("+1 apple");
+    waitUntilSubscribed();
+    bluez_->emitInvalidSignals(hci0, mouseAddress);
+    waitUntilIdle();
+    EXPECT_EQ(rig_.newReports(), Reports());
+    setConnected(false);
+    expectReport("-1 apple");
+}
+
+TEST(BluezHIDPresenceServiceTest, TreatsTheMouseAsPresentWithoutASystemBus) {
+    UdevHIDRig rig;
+    rig.open();
+    rig.bus.plug({.name = "0005:046D:B012.0001", .phys = "00:1a:7d:da:71:0f", .uniq = "d4:f5:13:aa:bb:0c"});
+    EXPECT_EQ(rig.newReports(), Reports{"+1 apple"});
 }
 
 // The bus could start org.bluez by its service file. The program must not cause that.

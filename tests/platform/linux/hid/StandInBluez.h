@@ -61,6 +61,17 @@ class StandInBluez {
                   0);
         flush();
     }
+    // Emits the signals about this device with values of other types.
+    void emitInvalidSignals(const std::string& adapter, const std::string& address) {
+        const std::string path = pathOf(adapter, address);
+        constexpr const char *manager = "org.freedesktop.DBus.ObjectManager", *device = "org.bluez.Device1";
+        sd_bus_emit_signal(machine_.bus(), path.c_str(), "org.freedesktop.DBus.Properties", "PropertiesChanged", "ss",
+                           device, "Connected");
+        sd_bus_emit_signal(machine_.bus(), "/", manager, "InterfacesAdded", "ss", path.c_str(), device);
+        sd_bus_emit_signal(machine_.bus(), "/", manager, "InterfacesRemoved", "sas", path.c_str(), 1, device);
+        sd_bus_emit_signal(machine_.bus(), "/", manager, "InterfacesRemoved", "os", path.c_str(), device);
+        flush();
+    }
     void removeDevice(const std::string& adapter, const std::string& address) {
         const std::string path = pathOf(adapter, address);
         EXPECT_GE(sd_bus_emit_interfaces_removed(machine_.bus(), path.c_str(), "org.bluez.Device1", nullptr), 0);

@@ -107,6 +107,18 @@ TEST_F(UdevHIDAnnouncerTest, ReadsTheNameAfterTheTimeoutAndNotBefore) {
     EXPECT_EQ(newReports(), Reports{"+pear"});
 }
 
+TEST_F(UdevHIDAnnouncerTest, WaitsThreeHundredMillisecondsForTheEventOfARemoval) {
+    const MockHIDNode node = added({});
+    announcer_->check(node.name);
+    bus_.removeNode(node.name);
+    announcer_->check(node.name);
+    queue_.advance(299ms);
+    EXPECT_EQ(newReports(), Reports{"+apple"});
+    queue_.advance(1ms);
+    EXPECT_EQ(newReports(), Reports{"-apple"});
+    EXPECT_EQ(queue_.pendingDelayed(), 0U);
+}
+
 TEST_F(UdevHIDAnnouncerTest, StopsWaitingForARemovedNode) {
     const MockHIDNode node = added({.driver = std::nullopt});
     announcer_->check(node.name);

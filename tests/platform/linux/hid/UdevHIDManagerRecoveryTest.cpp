@@ -275,6 +275,7 @@ TEST_F(UdevHIDManagerPollingTest, DetectsAllChangesAndLogsOneLine) {
     rig_.runFor(2 * UdevHIDManager::pollInterval);
     EXPECT_EQ(rig_.newReports(), Reports());
     expectOneLine();
+    EXPECT_EQ(UdevHIDManager::pollInterval, 1s) << "as the line says";
 }
 
 TEST_F(UdevHIDManagerPollingTest, IsUsedInASandbox) {
