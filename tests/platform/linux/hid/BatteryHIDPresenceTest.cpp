@@ -157,6 +157,16 @@ TEST_F(BatteryHIDPresenceTest, DetectsAMissedChangeWhenAllNodesAreChecked) {
     EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
 }
 
+TEST_F(BatteryHIDPresenceTest, DetectsAChangeWhoseEventWasLost) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
+    bus_.setBattery(mouse_.name, off);
+    nextReceptionOverflows = true;
+    bus_.sendLaptopBatteryEvent();
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
+}
+
 TEST_F(BatteryHIDPresenceTest, DetectsAChangeWithoutUdevd) {
     rig_.stopUdevd();
     plug(on);
@@ -190,6 +200,12 @@ TEST_F(BatteryHIDPresenceTest, IsNotWokenByPowerSuppliesWithoutSuchAMouse) {
     EXPECT_GT(turnsWithForeignEvents(), 2);
     bus_.unplug(mouse_.name);
     EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
+    EXPECT_LE(turnsWithForeignEvents(), 2);
+    plug(on);
+    mouse_.driver = "hid-generic";
+    bus_.updateNode(mouse_);
+    bus_.sendEvent(mouse_.name, "bind");
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
     EXPECT_LE(turnsWithForeignEvents(), 2);
 }
 

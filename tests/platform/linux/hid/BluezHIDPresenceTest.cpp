@@ -180,6 +180,10 @@ TEST_F(BluezHIDPresenceTest, FollowsADeviceThatBluezLearnsOfLater) {
     bus_.plug(mouse_);
     expectReport("+1 apple");
     waitUntilSubscribed();
+    bluez_->addDevice(hci0, otherAddress, false);
+    waitUntilIdle();
+    for (int i = 0; i < 20; ++i) bluez_->setConnected(hci0, otherAddress, i % 2 == 0);
+    EXPECT_LE(turnsWithin(rig_.loop, 300ms), 2);  // the turns of the test's own timer
     bluez_->addDevice(hci0, mouseAddress, false);
     expectReport("-1 apple");
     EXPECT_TRUE(rig_.waitUntil([&] { return bluez_->queries >= 4; }));

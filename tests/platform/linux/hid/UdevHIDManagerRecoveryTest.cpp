@@ -14,15 +14,13 @@
 
 // The linker puts __wrap_udev_monitor_receive_device() in place of libudev's function. A test can make it fail with
 // ENOBUFS, as after an overflow of the socket. The mock bus cannot simulate this.
-namespace {
-bool nextReceptionOverflows = false;
-}
+bool kovra::nextReceptionOverflows = false;
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 udev_device* __real_udev_monitor_receive_device(udev_monitor* monitor);
 udev_device* __wrap_udev_monitor_receive_device(udev_monitor* monitor);
 udev_device* __wrap_udev_monitor_receive_device(udev_monitor* monitor) {
-    if (!std::exchange(nextReceptionOverflows, false)) return __real_udev_monitor_receive_device(monitor);
+    if (!std::exchange(kovra::nextReceptionOverflows, false)) return __real_udev_monitor_receive_device(monitor);
     errno = ENOBUFS;
     return nullptr;
 }

@@ -18,6 +18,9 @@
 
 namespace kovra {
 
+// Lets the next reception of an event fail as after an overflow of the socket. See UdevHIDManagerRecoveryTest.cpp.
+extern bool nextReceptionOverflows;
+
 // A machine with a HID bus of its own, the real adapter on it, and a record of the reports. "+7 apple" means the
 // attachment of interface 7, and "-7 apple" its removal.
 class UdevHIDRig {
