@@ -258,11 +258,16 @@ TEST(HIDMonitorTest, SortsEqualNamesByFirstAttachment) {
 TEST(HIDMonitorTest, SortsManyEqualNamesByFirstAttachment) {
     MonitorRig rig;
     std::vector<std::string> keys;
+    std::vector<FakeHID::Plugged> attached;
     for (int product = 100; product > 0; --product) {
         const DeviceDescription mouse = aMouse("apple").ids(1, product);
-        rig.hid.attach(mouse);
+        attached.push_back(rig.hid.attach(mouse));
         keys.push_back(mouse.key());
     }
+    // A device keeps its place among those with the same name when it comes back.
+    rig.hid.detach(attached[40]);
+    rig.queue.advance(2s);
+    rig.hid.attach(aMouse("apple").ids(1, 100 - 40));
     std::vector<std::string> published;
     for (const HIDDeviceInfo& device : rig.last()) published.push_back(device.id);
     EXPECT_EQ(published, keys);
