@@ -100,7 +100,8 @@ class Coverage:
         begun = time.monotonic()
         command = [word for word in suite_command(binary, name, left_out) if word != "--gtest_fail_fast"]
         status, words = seclusion.run(command, LONGEST_SECONDS, binary.parent,
-                                      LLVM_PROFILE_FILE=f"{self._folder}/%p%c.profraw")
+                                      # Two programs with one number, in two namespaces, would destroy each other's file.
+                                      LLVM_PROFILE_FILE=f"{self._folder}/%m%p%c.profraw")
         return status, time.monotonic() - begun, words
 
     def _lines(self, program, binary):
