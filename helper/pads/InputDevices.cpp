@@ -54,20 +54,19 @@ UsbPort port(udev_device* device) {
 }
 
 InputProperties properties(udev_device* node, udev_device* input) {
-    InputProperties device;
-    device.input = text(udev_device_get_sysname(input));
-    device.name = text(udev_device_get_sysattr_value(input, "name"));
-    device.isTouchpad = isSet(node, "ID_INPUT_TOUCHPAD");
-    device.isMouse = isSet(node, "ID_INPUT_MOUSE");
+    InputProperties device{.input = std::string(text(udev_device_get_sysname(input))),
+                           .name = std::string(text(udev_device_get_sysattr_value(input, "name"))),
+                           .isTouchpad = isSet(node, "ID_INPUT_TOUCHPAD"),
+                           .isMouse = isSet(node, "ID_INPUT_MOUSE"),
+                           .isPointingStick = isSet(node, "ID_INPUT_POINTINGSTICK"),
+                           .hasStickProperty = hasBit(input, "properties", INPUT_PROP_POINTING_STICK),
+                           .hasMiddleButton = hasBit(input, "capabilities/key", BTN_MIDDLE),
+                           .bus = hexNumber(input, "id/bustype"),
+                           .vendor = hexNumber(input, "id/vendor"),
+                           .port = port(input),
+                           .isVirtual = udev_device_get_parent(input) == nullptr};
     if (const char* integration = udev_device_get_property_value(node, "ID_INPUT_TOUCHPAD_INTEGRATION"))
         device.integration = integration;
-    device.bus = hexNumber(input, "id/bustype");
-    device.isPointingStick = isSet(node, "ID_INPUT_POINTINGSTICK");
-    device.hasStickProperty = hasBit(input, "properties", INPUT_PROP_POINTING_STICK);
-    device.hasMiddleButton = hasBit(input, "capabilities/key", BTN_MIDDLE);
-    device.vendor = hexNumber(input, "id/vendor");
-    device.port = port(input);
-    device.isVirtual = udev_device_get_parent(input) == nullptr;
     if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;
     if (udev_device* hid = udev_device_get_parent_with_subsystem_devtype(input, "hid", nullptr))
         device.hid = text(udev_device_get_syspath(hid));

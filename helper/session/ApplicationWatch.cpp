@@ -90,7 +90,7 @@ bool ApplicationWatch::search(uid_t user) {
     }
     searches_.use(now);
     if (!watchProcessOf(user)) return false;
-    if (std::exchange(hasLostProcess_, false)) recheckAfter(100ms);
+    if (std::exchange(hasLostProcess_, false)) recheckAfter(firstCheck_);
     return true;
 }
 
@@ -128,7 +128,7 @@ void ApplicationWatch::recheckAfter(std::chrono::milliseconds delay) {
     recheck_ = loop_.after(delay, [this, delay] {
         if (!heldStartOf(user_)) {
             if (onChange) onChange();
-        } else if (delay < 10s) {
+        } else if (delay < 100 * firstCheck_) {
             recheckAfter(10 * delay);
         }
     });

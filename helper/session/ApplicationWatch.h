@@ -31,7 +31,9 @@ namespace kovra::helper {
 // within half a second.
 class ApplicationWatch {
   public:
-    explicit ApplicationWatch(Loop& loop) : loop_(loop) {}
+    // The first of the three checks takes place after this time. Only tests change it.
+    explicit ApplicationWatch(Loop& loop, std::chrono::milliseconds firstCheck = std::chrono::milliseconds(100))
+        : loop_(loop), firstCheck_(firstCheck) {}
 
     // Returns when the process that is held was started, if it is this user's application and still running. Otherwise
     // stops watching it and returns nothing. Never searches.
@@ -55,6 +57,7 @@ class ApplicationWatch {
     void recheckAfter(std::chrono::milliseconds delay);
 
     Loop& loop_;
+    const std::chrono::milliseconds firstCheck_;
     uid_t user_ = 0;
     pid_t pid_ = 0;
     BootTime start_{0};

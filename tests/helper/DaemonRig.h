@@ -92,7 +92,6 @@ class DaemonRig {
     std::optional<uid_t> held;         // the user whose application the daemon holds
     std::optional<uid_t> searchedFor;  // the user whose application was last searched
     bool wasMutedInSearch = false;     // whether the pad was muted during that search
-    bool wasMutedWhenAsked = false;    // whether the pad was muted when the daemon last queried the application
     int releases = 0;
     int looks = 0;  // how often the daemon has queried who is at the machine
 
@@ -104,7 +103,6 @@ class DaemonRig {
                         return activeUser;
                     },
                 .heldApplicationStart = [this](uid_t user) -> std::optional<BootTime> {
-                    wasMutedWhenAsked = is("1");
                     if (held != user || !running.contains(user)) return std::nullopt;
                     return BootTime::zero();
                 },

@@ -2,13 +2,18 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/timerfd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 #include <set>
 #include <string>
 
 #include "tests/helper/DaemonRig.h"
+#include "tests/support/linux/FailingCalls.h"
+#include "tests/support/posix/InAChild.h"
 
 namespace kovra::helper {
 namespace {
@@ -72,6 +77,31 @@ TEST_F(DaemonTest, MutesAPadThatComesBackUnderAnotherNumber) {
     EXPECT_TRUE(rig.flag.runUntil([&] { return rig.recordedPads() == (Names{"input31", "input4"}); }));
     rig.flag.write(alice, "off");
     EXPECT_TRUE(rig.flag.runUntil([&] { return rig.computer.inhibited("input31") == "0"; }));
+}
+
+// Lets the timer expire that shows when the clock was set. The test must not set the clock of its machine.
+bool expireTheTimerOfTheClock() {
+    for (const auto& descriptor : fs::directory_iterator("/proc/self/fdinfo")) {
+        if (readFile(descriptor.path()).find("\nsettime flags: 03\n") == std::string::npos) continue;
+        const int timer = std::stoi(descriptor.path().filename());
+        const itimerspec atOnce{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 1}};
+        failAt(SYS_read, {ECANCELED}, timer);
+        return ::timerfd_settime(timer, 0, &atOnce, nullptr) == 0;
+    }
+    return false;
+}
+
+// The clock is also set after the machine has slept.
+TEST_F(DaemonTest, MutesAPadThatCameWhileTheMachineSlept) {
+    EXPECT_TRUE(holdsInAChild([] {
+        DaemonRig own;
+        own.startMuted();
+        MockInput another = pad;
+        another.input = "input31";
+        own.computer.addDevice(another);
+        return expireTheTimerOfTheClock() &&
+               own.flag.runUntil([&] { return own.computer.inhibited("input31") == "1"; });
+    }));
 }
 
 TEST_F(DaemonTest, DoesNotMuteAPadThatAppearsWhileNothingIsMuted) {

@@ -81,6 +81,10 @@ class MockInputs {
         const std::string path = "/sys" + paths_.at(input);
         umockdev_testbed_uevent(testbed_.get(), (path + "/event" + input.substr(5)).c_str(), action.c_str());
     }
+    // Sends an event of the device itself, which is not that of its node.
+    void sendEventOfDevice(const std::string& input, const std::string& action) {
+        umockdev_testbed_uevent(testbed_.get(), ("/sys" + paths_.at(input)).c_str(), action.c_str());
+    }
     void removeDevice(const std::string& input) {
         std::filesystem::remove(inClass(input));
         std::filesystem::remove(inClass("event" + input.substr(5)));
@@ -96,6 +100,7 @@ class MockInputs {
         std::filesystem::remove_all(folder(paths_.at(input)));
     }
 
+    std::filesystem::path attribute(const std::string& input) const { return folder(paths_.at(input)) / "inhibited"; }
     std::string inhibited(const std::string& input) const { return readFile(attribute(input)).substr(0, 1); }
     void inhibit(const std::string& input, const std::string& value) { writeFile(attribute(input), value + "\n"); }
 
@@ -124,7 +129,6 @@ class MockInputs {
         std::filesystem::create_directory_symlink(sys_ / subsystem, folder(path) / "subsystem");
     }
     std::filesystem::path folder(const std::string& path) const { return sys_ / path.substr(1); }
-    std::filesystem::path attribute(const std::string& input) const { return folder(paths_.at(input)) / "inhibited"; }
     std::filesystem::path inClass(const std::string& name) const { return sys_ / "class/input" / name; }
 
     Handle<UMockdevTestbed, g_object_unref> testbed_;

@@ -115,6 +115,13 @@ const std::vector<Known> knownDevices{
     {"Wacom Bamboo without a property of udev",
      {.name = "Wacom Bamboo 2FG 4x5 Finger", .isTouchpad = true, .bus = BUS_USB, .vendor = 0x056a},
      false},
+    {"Wacom's pad on I2C, which udev calls internal",
+     {.name = "WCOM4934:00 056A:4934 Touchpad",
+      .isTouchpad = true,
+      .integration = "internal",
+      .bus = BUS_I2C,
+      .vendor = 0x056a},
+     true},
     {"a keyboard cover's pad, which udev calls external",
      {.name = "ALPS HP Elite x2 Touchpad",
       .isTouchpad = true,
@@ -180,9 +187,11 @@ const InputProperties twin{.input = "input4",
                            .vendor = 0x06cb,
                            .hid = "0018:06CB:CD8B.0001"};
 
-TEST(PadRulesTest, MuteThePadAndItsTwinInAnyOrder) {
+TEST(PadRulesTest, MuteThePadAndItsTwinInAnyOrderOnAnyBus) {
     EXPECT_EQ(inputsToMute({pad, twin}), (Inputs{"input4", "input5"}));
-    EXPECT_EQ(inputsToMute({twin, pad}), (Inputs{"input4", "input5"}));
+    InputProperties usbPad = pad, usbTwin = twin;
+    usbPad.bus = usbTwin.bus = BUS_USB;
+    EXPECT_EQ(inputsToMute({usbTwin, usbPad}), (Inputs{"input4", "input5"}));
 }
 
 TEST(PadRulesTest, LeaveAMouseAloneThatOnlySharesNameAndVendor) {

@@ -1,12 +1,16 @@
 #include "helper/pads/Touchpads.h"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
 #include "tests/helper/RunUntil.h"
 #include "tests/helper/pads/MockInputs.h"
+#include "tests/support/linux/FailingCalls.h"
+#include "tests/support/posix/InAChild.h"
 
 namespace kovra::helper {
 namespace {
@@ -94,6 +98,18 @@ TEST_F(TouchpadsTest, WithoutAnEventAreFoundByARescan) {
     EXPECT_EQ(changes, 1);
 }
 
+TEST_F(TouchpadsTest, AreFoundAfterEventsWereLost) {
+    EXPECT_TRUE(holdsInAChild([this] {
+        Loop own;
+        const Touchpads touchpads(own);
+        computer.addDevice(pad);
+        computer.sendEventOfDevice("input5", "change");
+        failAt(SYS_recvmsg, {ENOBUFS});
+        handleEvents(own);
+        return touchpads.inputs() == Inputs{"input5"};
+    }));
+}
+
 TEST_F(TouchpadsTest, InARemovablePortAreExternal) {
     const std::string built = computer.plugUsb("/devices/pci0000:00/usb1", "1-5", "fixed");
     const std::string free = computer.plugUsb("/devices/pci0000:00/usb1", "1-6", "removable");
@@ -121,6 +137,11 @@ TEST_F(TouchpadsTest, ThatUdevCallsExternalAreLeftAlone) {
     external.properties += "ID_INPUT_TOUCHPAD_INTEGRATION=external\n";
     computer.addDevice(external);
     computer.addDevice(twin);
+    EXPECT_EQ(present(), Inputs());
+}
+
+TEST_F(TouchpadsTest, OfAMakerOfExternalPadsAreLeftAlone) {
+    computer.addDevice({.name = "Logitech Rechargeable Touchpad T650", .bus = "0003", .vendor = "046d"});
     EXPECT_EQ(present(), Inputs());
 }
 

@@ -12,7 +12,8 @@ namespace kovra::helper {
 // A watch of the application on a loop of its own, with what it has reported.
 class ApplicationWatchRig {
   public:
-    ApplicationWatchRig() {
+    explicit ApplicationWatchRig(std::chrono::milliseconds firstCheck = std::chrono::milliseconds(100))
+        : watch(loop_, firstCheck) {
         watch.onChange = [this] {
             ++changes_;
             loop_.stop();
@@ -36,7 +37,7 @@ class ApplicationWatchRig {
     int changes_ = 0;
 
   public:
-    ApplicationWatch watch{loop_};
+    ApplicationWatch watch;
 };
 
 }  // namespace kovra::helper

@@ -70,6 +70,8 @@ TEST(ApplicationWatchSearchTest, ForgetsASearchThatWasPutOffAtARelease) {
     inPrivateMachine([](uid_t user) {
         ApplicationWatchRig rig;
         for (int i = 0; i < 20; ++i) EXPECT_FALSE(rig.watch.startOf(user));
+        EXPECT_TRUE(rig.gotNothingFor(600ms)) << "a search that was put off has found nothing";
+        EXPECT_FALSE(rig.watch.startOf(user) || rig.watch.startOf(user));
         rig.watch.release();
         const WaitingProcess application(user, named("ble-kovra"));
         EXPECT_TRUE(rig.gotNothingFor(600ms));

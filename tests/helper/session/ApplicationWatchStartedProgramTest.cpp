@@ -97,9 +97,9 @@ class ApplicationThatStartsAProgram {
 
 TEST(ApplicationWatchStartedProgramTest, RecognizesTheProgramThatAKilledApplicationWasStarting) {
     inPrivateMachine([](uid_t user) {
-        // The program is executed before the first check, or after it, as from a slow disk.
-        for (const auto delay : {10ms, 400ms}) {
-            ApplicationWatchRig rig;
+        // The program is executed before the first check, or after it, as from a slow disk, or even after the second.
+        for (const auto delay : {0ms, 50ms, 200ms}) {
+            ApplicationWatchRig rig(10ms);
             const ApplicationThatStartsAProgram application(user);
             EXPECT_TRUE(rig.watch.startOf(user));
             application.kill();

@@ -7,7 +7,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <thread>
@@ -18,8 +17,8 @@ namespace kovra {
 
 // Lets this thread's next calls of one kind fail with these errors, one call after the other. Where the error is 0, and
 // after the last one, the kernel makes the call. A number below 0 lets a call do nothing and return the opposite
-// number. Only for a process that ends soon.
-inline void failAt(unsigned call, std::vector<int> errors) {
+// number. With a descriptor, only calls count whose first argument it is. Only for a process that ends soon.
+inline void failAt(unsigned call, std::vector<int> errors, int descriptor = -1) {
     static std::atomic<int> calls{-1};
     std::thread([errors = std::move(errors)] {
         calls.wait(-1);
@@ -33,13 +32,16 @@ inline void failAt(unsigned call, std::vector<int> errors) {
             ::ioctl(calls, SECCOMP_IOCTL_NOTIF_SEND, &answer);
         }
     }).detach();
-    std::array<sock_filter, 4> program{{
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_USER_NOTIF),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    }};
-    const sock_fprog filter{program.size(), program.data()};
+    std::vector<sock_filter> program;
+    const auto require = [&](std::size_t offset, unsigned value) {
+        program.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, static_cast<__u32>(offset)));
+        program.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, value, 1, 0));
+        program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    };
+    require(offsetof(seccomp_data, nr), call);
+    if (descriptor >= 0) require(offsetof(seccomp_data, args), static_cast<unsigned>(descriptor));
+    program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_USER_NOTIF));
+    const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     const long made = ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &filter);
     if (made < 0) ::_exit(1);
