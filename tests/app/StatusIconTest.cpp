@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <variant>
 
 #include "BLE_kovra/platform/ApplicationIcon.h"
 #include "tests/support/Dump.h"
@@ -35,6 +37,42 @@ TEST(StatusIconTest, IsDrawnByAGlyphThatTheNumberOfPixelsFits) {
     EXPECT_EQ(fittedTo(16, withoutGlyphs), withoutGlyphs);
 }
 
+TEST(StatusIconTest, HasGlyphsInTheMiddleOfTheirPixels) {
+    for (const Glyph& glyph : makeIcon(true).glyphs) {
+        const double side = glyph.pixels;
+        const auto& pad = std::get<RoundedRectangle>(glyph.strokes[0].shape);
+        const double line = glyph.strokes[0].lineWidth;
+        EXPECT_EQ(2 * pad.origin.x + pad.size.width, side);
+        EXPECT_EQ(2 * pad.origin.y + pad.size.height, side);
+        EXPECT_EQ(pad.cornerRadii, (Size{1 + line / 2, 1 + line / 2})) << "a radius of one pixel inside the line";
+        const auto& divider = std::get<Segment>(glyph.strokes[1].shape);
+        EXPECT_EQ(divider.from, (Point{side / 2, pad.origin.y + line / 2})) << side;
+        EXPECT_EQ(divider.to.x, side / 2);
+        EXPECT_NEAR(divider.to.y, side / 2, 1);
+        const auto& slash = std::get<Segment>(glyph.strokes[3].shape);
+        EXPECT_EQ(slash.from, (Point{slash.from.x, slash.from.x})) << side;
+        EXPECT_EQ(slash.to, (Point{side - slash.from.x, side - slash.from.x})) << side;
+    }
+}
+
+// Icons of both sizes are equally large beside others.
+TEST(StatusIconTest, HasAGlyphFor24PixelsThatIsTheOneFor22WithAMargin) {
+    const auto glyphs = makeIcon(true).glyphs;
+    const auto moved = [](Segment line) {
+        for (double* each : {&line.from.x, &line.from.y, &line.to.x, &line.to.y}) ++*each;
+        return line;
+    };
+    auto pad = std::get<RoundedRectangle>(glyphs[1].strokes[0].shape);
+    ++pad.origin.x;
+    ++pad.origin.y;
+    EXPECT_EQ(std::get<RoundedRectangle>(glyphs[2].strokes[0].shape), pad);
+    for (const std::size_t line : {1U, 3U}) {
+        EXPECT_EQ(std::get<Segment>(glyphs[2].strokes[line].shape),
+                  moved(std::get<Segment>(glyphs[1].strokes[line].shape)));
+    }
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(glyphs[2].strokes[i].lineWidth, glyphs[1].strokes[i].lineWidth);
+}
+
 // The edges of the lines that are not diagonal are the edges of pixels.
 TEST(StatusIconTest, HasGlyphsWhoseLinesLieOnWholePixels) {
     const auto isWhole = [](double value) { return value == static_cast<int>(value); };
@@ -63,7 +101,9 @@ TEST(StatusIconTest, HasGlyphsWhoseSlashIsTheThickestLineInAGapOfAPixelOnEachSid
         const Stroke& slash = slashed[i].strokes[3];
         EXPECT_TRUE(gap.isGap && !slash.isGap);
         EXPECT_GE(gap.lineWidth, slash.lineWidth + 2);
+        EXPECT_LE(gap.lineWidth, slash.lineWidth + 3);
         EXPECT_GE(slash.lineWidth, slashed[i].strokes[0].lineWidth);
+        EXPECT_LT(slash.lineWidth, 3);
         const auto& line = std::get<Segment>(slash.shape);
         EXPECT_LT(line.from.x, line.to.x);
         EXPECT_LT(line.from.y, line.to.y);
