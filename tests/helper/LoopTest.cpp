@@ -7,6 +7,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "helper/Descriptor.h"
+#include "tests/support/linux/AfterASleep.h"
 
 namespace kovra::helper {
 namespace {
@@ -150,6 +152,16 @@ TEST(LoopTest, PropagatesAnExceptionOfTheWork) {
     Loop loop;
     const auto watch = loop.after(0ms, [] { throw std::runtime_error("no memory"); });
     EXPECT_THROW(loop.run(), std::runtime_error);
+}
+
+TEST(LoopTest, MeasuresADelayByAClockThatStopsWhileTheMachineSleeps) {
+    EXPECT_EQ(runAfterASleep([] {
+                  Loop loop;
+                  const auto over = loop.after(1ms, [&] { loop.stop(); });
+                  loop.run();
+                  if (clocksOfTimers() != std::vector{std::to_string(CLOCK_MONOTONIC)}) ::_exit(102);
+              }),
+              0);
 }
 
 }  // namespace

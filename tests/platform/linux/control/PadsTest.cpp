@@ -55,6 +55,13 @@ TEST_F(PadsTest, AreTheTrackpadsAndTheirTwinsBuiltInOnesFirst) {
     EXPECT_EQ(read()[0].name, "SYNA8004:00 06CB:CD8B Touchpad");
 }
 
+TEST_F(PadsTest, OfOneKindKeepTheirOrder) {
+    for (int number = 50; number > 10; --number)
+        inputs_.addDevice({.input = "input" + std::to_string(number), .bus = "0005"});
+    EXPECT_EQ(read().size(), 40U);
+    EXPECT_TRUE(std::ranges::is_sorted(read(), {}, &Pad::input));
+}
+
 TEST_F(PadsTest, HaveAReasonIfTheirStateCannotBeRead) {
     inputs_.addDevice(helper::pad);
     inputs_.inhibit("input5", "x");

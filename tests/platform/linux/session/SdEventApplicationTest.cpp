@@ -1,3 +1,6 @@
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -6,6 +9,7 @@
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/session/SdEventApplication.h"
 #include "tests/contracts/ApplicationContract.h"
+#include "tests/support/Environment.h"
 
 namespace kovra {
 namespace {
@@ -117,6 +121,18 @@ TEST(SdEventApplicationTest, NotifiesItsDelegateBetweenItsLaunchAndItsEnd) {
     EXPECT_FALSE(driver.facts().has_value());
     EXPECT_EQ(delegate.notifications, "reopened resumed resumed reopened toggles ");
     EXPECT_TRUE(delegate.wasKnown);
+}
+
+TEST(SdEventApplicationTest, BeepsInAProcessOfItsOwn) {
+    Environment environment;
+    environment.set("CANBERRA_DRIVER", "null");
+    environment.unset({"DISPLAY"});
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    SdEventDriver().application().beep();
+    int status = -1;
+    EXPECT_GT(::waitpid(-1, &status, 0), 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
 }  // namespace
