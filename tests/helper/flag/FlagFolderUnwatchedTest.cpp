@@ -39,7 +39,9 @@ TEST(FlagFolderUnwatchedTest, FlagIsOffAndBelongsToNoUserUntilItIsWatched) {
         limitWatches(4);  // enough for the flag's folder and the three above it, but not for the flag
         EXPECT_FALSE(rig.isOn());
         EXPECT_FALSE(rig.folder().isFlagOf(user));
+        testing::internal::CaptureStderr();
         EXPECT_FALSE(rig.handOver(user));
+        EXPECT_NE(testing::internal::GetCapturedStderr().find("the flag cannot be watched"), std::string::npos);
         EXPECT_FALSE(rig.isOn());
         limitWatches(5);
         EXPECT_TRUE(rig.handOver(user));
