@@ -18,7 +18,7 @@ std::optional<std::vector<std::string>> receiveLines(int socket, LineReader& rea
     std::array<char, 16'384> buffer{};
     const ssize_t count = ::recv(socket, buffer.data(), buffer.size(), nonBlocking);
     if (count > 0) return reader.feed({buffer.data(), static_cast<std::size_t>(count)});
-    if (count < 0 && (errno == EAGAIN || errno == EINTR)) return std::vector<std::string>();
+    if (count < 0 && errno == EAGAIN) return std::vector<std::string>();
     return std::nullopt;
 }
 
@@ -35,12 +35,8 @@ Outbox::State Outbox::flush(int socket) {
             sent_ = 0;
         }
         const ssize_t count = ::send(socket, sending_.data() + sent_, sending_.size() - sent_, nonBlocking);
-        if (count >= 0)
-            sent_ += static_cast<std::size_t>(count);
-        else if (errno == EAGAIN)
-            return State::waiting;
-        else if (errno != EINTR)
-            return State::broken;
+        if (count < 0) return errno == EAGAIN ? State::waiting : State::broken;
+        sent_ += static_cast<std::size_t>(count);
     }
 }
 

@@ -211,6 +211,15 @@ TEST(EncodingTest, SurvivesNestingOfAnyDepth) {
     EXPECT_FALSE(decodeToWindow(std::string(400'000, '[') + std::string(400'000, ']')));
 }
 
+TEST(EncodingTest, AcceptsAHundredLevelsAndNoMore) {
+    const auto nested = [](std::size_t lists) {
+        return R"({"is":"itemChosen","position":3,"unknown":)" + std::string(lists, '[') + std::string(lists, ']') +
+               '}';
+    };
+    EXPECT_TRUE(decodeToResident(nested(99)));
+    EXPECT_FALSE(decodeToResident(nested(100)));
+}
+
 // A damaged line is rejected, or it is a message that can be encoded and decoded again.
 TEST(EncodingTest, SurvivesRandomDamage) {
     for (const auto seed : fixedAndFreshSeeds(3)) {
