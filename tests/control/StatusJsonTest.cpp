@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "tests/control/Cases.h"
 
@@ -26,17 +27,25 @@ TEST(StatusJsonTest, HasEveryFact) {
               R"("service":{"state":"running","unitState":"enabled","error":null}})");
 }
 
-TEST(StatusJsonTest, NamesTheStateOfTheHotKey) {
-    using enum Application::HotKey;
-    for (const auto& [hotKey, word] : {std::pair(ours, "ours"),
-                                       {taken, "taken"},
-                                       {onRequest, "onRequest"},
-                                       {unavailable, "unavailable"},
-                                       {unknown, "unknown"}}) {
-        Facts facts = mutedByMouse();
-        facts.application.hotKey = hotKey;
-        EXPECT_NE(statusJson(facts).find(R"("hotKey":")" + std::string(word) + '"'), std::string::npos) << word;
+// Expects these words for the values of an enumeration, which is one of the facts.
+template <typename Value>
+void expectWords(const Facts& facts, Value& fact, const std::string& name, const std::vector<std::string>& words) {
+    for (std::size_t value = 0; value < words.size(); ++value) {
+        fact = static_cast<Value>(value);
+        EXPECT_NE(statusJson(facts).find('"' + name + "\":\"" + words[value] + '"'), std::string::npos) << words[value];
     }
+}
+
+TEST(StatusJsonTest, NamesEachState) {
+    Facts facts = mutedByMouse();
+    expectWords(facts, facts.application.hotKey, "hotKey", {"ours", "taken", "onRequest", "unavailable", "unknown"});
+    expectWords(facts, facts.application.tray, "tray", {"panel", "embedded", "none", "unknown"});
+    expectWords(facts, facts.application.chosen[0].presence, "presence", {"connected", "inGrace", "away"});
+    expectWords(facts, facts.service.state, "state",
+                {"running", "starting", "stopped", "failed", "missing", "unknown"});
+    expectWords(facts, facts.pads[0].kind, "kind", {"builtIn", "twin", "other"});
+    expectWords(facts, facts.application.contact, "contact",
+                {"answered", "tooOld", "silent", "foreign", "absent", "noBus"});
 }
 
 TEST(StatusJsonTest, HasNullForWhatIsNotKnown) {

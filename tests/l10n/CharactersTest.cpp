@@ -92,9 +92,11 @@ TEST(CharactersTest, KnowsEachGroupOfMarksFromItsFirstToItsLast) {
         const std::string text = "a" + utf8(mark);
         EXPECT_EQ(firstCharacters(text, 1), text) << std::hex << static_cast<std::uint32_t>(mark);
     }
-    for (const char32_t other : besideMarks) {
+    const auto startsACharacter = [](char32_t other) {
         EXPECT_EQ(firstCharacters("a" + utf8(other), 1), "a") << std::hex << static_cast<std::uint32_t>(other);
-    }
+    };
+    std::ranges::for_each(besideMarks, startsACharacter);
+    std::ranges::for_each(unassignedBesideMarks, startsACharacter);
 }
 
 TEST(CharactersTest, CountsEachPieceThatIsNotUtf8AsOneCharacter) {

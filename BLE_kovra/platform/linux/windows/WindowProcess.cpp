@@ -147,7 +147,6 @@ void WindowProcess::closeAlerts() {
 void WindowProcess::send(const ToWindow& event) {
     if (!running_) start();
     if (!running_) return;
-    cancel(lingerTimer_);
     isHeld_ = true;
     running_->send(event.index(), encode(event));
     askForSign();
