@@ -101,6 +101,7 @@ class MutationsTest(unittest.TestCase):
 
     def test_swaps_arguments(self):
         self.assertEqual(changes("f(a, g(b), c);", "arguments swapped"), ["f(g(b), a, c);", "f(a, c, g(b));"])
+        self.assertEqual(changes("x = std::min<int>(a, std::max(b, c));", "arguments swapped"), [])
 
     def test_plants_each_change_once(self):
         planted = [mutant.planted_in("void f() { if (a == b) c(); }")

@@ -189,13 +189,19 @@ def _other_numbers(text):
     return [f"{number * 2}{suffix}", f"{0 if number == 1 else 1}{suffix}"]
 
 
+# A call whose result does not depend on the order of its arguments.
+_SYMMETRIC = re.compile(r"\bstd::(min|max)(<[^<>()]*>)?$")
+
+
 def arguments(source, tokens):
-    """Swaps adjacent arguments of a call."""
+    """Swaps adjacent arguments of a call, unless their order does not matter."""
     for index, token in enumerate(tokens):
         if token.text != "(" or token.partner is None or index == 0 or not token.is_in_body:
             continue
         before = tokens[index - 1]
         if before.kind != "name" and before.text != ">" or before.text in (*_HEADS, "catch"):
+            continue
+        if _SYMMETRIC.search(source, max(0, token.start - 100), token.start):
             continue
         inner = range(index + 1, token.partner)
         commas = [each for each in inner if tokens[each].inside == index and tokens[each].text == ","]
