@@ -56,6 +56,17 @@ TEST(IconPixmapTest, SurroundsTheInkOfAnOutlinedLookWithItsOutline) {
     for (const int column : {0, 40}) EXPECT_EQ(picture.alpha(column, 90), 0) << column;
 }
 
+TEST(IconPixmapTest, OutlinesBothSidesOfASymmetricalDrawingEqually) {
+    for (const int pixels : {16, 22, 40}) {
+        const Picture picture(frameAndSlash, pixels, IconLook::outlinedLight);
+        for (int i = 0; i < pixels * pixels; ++i) {
+            const int column = i % pixels, opposite = pixels - 1 - column, row = i / pixels;
+            ASSERT_EQ(picture.alpha(column, row), picture.alpha(opposite, row)) << column << ", " << row;
+            ASSERT_EQ(picture.color(column, row), picture.color(opposite, row)) << column << ", " << row;
+        }
+    }
+}
+
 const Drawing frameWithGap{.name = "test",
                            .size = {18, 18},
                            .strokes = {{RoundedRectangle{.origin = {2, 4}, .size = {14, 10}, .cornerRadii = {3, 3}}, 2},

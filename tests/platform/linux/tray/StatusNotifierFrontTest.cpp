@@ -315,6 +315,16 @@ TEST(StatusNotifierFrontTest, HasNoClickMethodsIfTheMenuCannotBeOpened) {
     }
 }
 
+TEST(StatusNotifierFrontTest, DescribesNothingAsOutdated) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    for (const char* object : {"/StatusNotifierItem", "/MenuBar"}) {
+        const std::string description = rig.panel->call(object, "org.freedesktop.DBus.Introspectable", "Introspect");
+        EXPECT_NE(description.find("<property"), std::string::npos);
+        EXPECT_EQ(description.find("Deprecated"), std::string::npos) << description;
+    }
+}
+
 TEST(StatusNotifierFrontTest, DoesNothingWhenItIsScrolled) {
     StatusNotifierRig rig;
     rig.showInPanel();
