@@ -95,7 +95,11 @@ std::optional<BootTime> parseProcessStart(std::string_view text) {
     std::int64_t ticks = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), ticks);
     if (error != std::errc() || ticks < 0) return std::nullopt;
-    return ticks * BootTime(std::chrono::seconds(1)) / ::sysconf(_SC_CLK_TCK);
+    const std::int64_t perSecond = ::sysconf(_SC_CLK_TCK);
+    // In nanoseconds, the ticks of three years times their number in a second are more than 63 bits.
+    if (ticks / perSecond >= BootTime::max() / BootTime(std::chrono::seconds(1))) return std::nullopt;
+    return std::chrono::seconds(ticks / perSecond) +
+           BootTime(std::chrono::seconds(1)) * (ticks % perSecond) / perSecond;
 }
 
 std::optional<BootTime> processStart(pid_t process) {

@@ -25,7 +25,8 @@ struct ProcessStatus {
 // user or the effective user.
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
 
-// When a process was started, from the text of /proc/PID/stat, to 10 ms. Nothing if the text is damaged.
+// When a process was started, from the text of /proc/PID/stat, to 10 ms. Nothing if the text is damaged, or if that was
+// more than 292 years after the boot.
 std::optional<BootTime> parseProcessStart(std::string_view text);
 
 // Reads when a process was started. Returns nothing if the process does not exist any more.

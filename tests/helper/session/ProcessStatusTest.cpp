@@ -10,6 +10,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <functional>
 #include <numeric>
@@ -93,6 +94,19 @@ TEST(ProcessStatusTest, ReadsTheStartFromTheKernelsText) {
     const long tick = ::sysconf(_SC_CLK_TCK);
     EXPECT_EQ(parseProcessStart(statWith("ble-kovra", std::to_string(90 * tick))), std::chrono::seconds(90));
     EXPECT_EQ(parseProcessStart(statWith("x) R 1 2 (y", "1")), BootTime(std::chrono::seconds(1)) / tick);
+}
+
+// In nanoseconds, three years times a hundred ticks a second are more than 63 bits.
+TEST(ProcessStatusTest, ReadsAStartAfterManyYearsWithoutAReboot) {
+    const auto tick = ::sysconf(_SC_CLK_TCK);
+    const auto years = std::chrono::seconds(std::int64_t{100} * 365 * 24 * 3600);
+    EXPECT_EQ(parseProcessStart(statWith("ble-kovra", std::to_string(years.count() * tick + 1))),
+              years + BootTime(std::chrono::seconds(1)) / tick);
+}
+
+TEST(ProcessStatusTest, ReadsNoStartThatIsTooFarAway) {
+    EXPECT_FALSE(parseProcessStart(statWith("ble-kovra", "9223372036854775807")));
+    EXPECT_FALSE(parseProcessStart(statWith("ble-kovra", "18446744073709551615")));
 }
 
 TEST(ProcessStatusTest, ReadsNoStartFromADamagedText) {
