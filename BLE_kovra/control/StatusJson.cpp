@@ -1,5 +1,6 @@
 #include "BLE_kovra/control/StatusJson.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -212,12 +213,18 @@ std::string flagJson(const Flag& flag) {
 std::string jsonString(std::string_view text) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string quoted = "\"";
-    for (const char c : text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
         const auto byte = static_cast<unsigned char>(c);
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
+        // U+0080 to U+009F control a terminal, too. In UTF-8 they begin with 0xC2.
+        const bool isHighControl = byte == 0xC2 && next >= 0x80 && next < 0xA0;
+        if (isHighControl) ++i;
         if (c == '"' || c == '\\') {
             quoted += {'\\', c};
-        } else if (byte < ' ' || byte == 0x7F) {
-            quoted += {'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 0xF]};
+        } else if (byte < ' ' || byte == 0x7F || isHighControl) {
+            const unsigned char codePoint = isHighControl ? next : byte;
+            quoted += {'\\', 'u', '0', '0', digits[codePoint >> 4], digits[codePoint & 0xF]};
         } else {
             quoted += c;
         }

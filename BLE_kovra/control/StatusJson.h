@@ -11,7 +11,8 @@ namespace kovra::control {
 // lists the members.
 std::string statusJson(const Facts& facts);
 
-// Returns the text as a JSON string with its quotation marks. The text must be valid UTF-8.
+// Returns the text as a JSON string with its quotation marks. Characters that control a terminal are escaped, too. The
+// text must be valid UTF-8.
 std::string jsonString(std::string_view text);
 
 }  // namespace kovra::control

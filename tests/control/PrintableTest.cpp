@@ -12,5 +12,11 @@ TEST(PrintableTest, KeepsTextAndReplacesControlCharacters) {
     EXPECT_EQ(printable("\xC2"), "\xC2");
 }
 
+// An argument need not be valid UTF-8.
+TEST(PrintableTest, LosesNoCharacterAfterAByteThatBeginsAnotherOne) {
+    EXPECT_EQ(printable("\xC2#B"), "\xC2#B");
+    EXPECT_EQ(printable("\xC2\n"), "\xC2?");
+}
+
 }  // namespace
 }  // namespace kovra::control

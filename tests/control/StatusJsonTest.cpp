@@ -70,5 +70,13 @@ TEST(StatusJsonTest, EscapesWhatJsonCannotContain) {
     EXPECT_EQ(jsonString("Übung 鼠"), "\"Übung 鼠\"");
 }
 
+// U+009B begins a command to the terminal, as Escape and a bracket do.
+TEST(StatusJsonTest, EscapesWhatControlsATerminal) {
+    EXPECT_EQ(jsonString("\xC2\x9B"
+                         "2J\xC2\x80\xC2\x9F"),
+              "\"\\u009b2J\\u0080\\u009f\"");
+    EXPECT_EQ(jsonString("\xC2\xA0\xC3\x9B"), "\"\xC2\xA0\xC3\x9B\"");
+}
+
 }  // namespace
 }  // namespace kovra::control

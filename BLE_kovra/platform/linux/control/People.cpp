@@ -13,6 +13,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "BLE_kovra/platform/Utf8.h"
 #include "BLE_kovra/platform/linux/loop/Handles.h"
 
 namespace kovra::control {
@@ -102,7 +103,7 @@ std::string nameOfProcess(int process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/comm");
     std::string name;
     std::getline(file, name);
-    return name;
+    return validUtf8(name);
 }
 
 }  // namespace kovra::control

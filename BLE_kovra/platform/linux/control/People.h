@@ -22,7 +22,7 @@ bool isRemoteSession();
 // only their own processes, others are missing.
 std::vector<Process> processesNamed(const std::string& name, const std::string& folder = "/proc");
 
-// Returns what the kernel calls this process. Empty if that is not known.
+// Returns what the kernel calls this process, as valid UTF-8. Empty if that is not known.
 std::string nameOfProcess(int process);
 
 }  // namespace kovra::control

@@ -1,6 +1,7 @@
 #include "BLE_kovra/platform/linux/control/People.h"
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -62,6 +63,14 @@ TEST_F(PeopleTest, HaveTheNameOfTheirAccountOrItsNumber) {
 TEST_F(PeopleTest, RunProcessesWithAName) {
     EXPECT_EQ(nameOfProcess(::getpid()), "test_facts");
     EXPECT_EQ(nameOfProcess(-1), "");
+}
+
+// ble-kovractl prints such a name as JSON, which is UTF-8.
+TEST_F(PeopleTest, RunProcessesWhoseNamesMayNotBeText) {
+    ::prctl(PR_SET_NAME, "panel \xFF");
+    const std::string name = nameOfProcess(::getpid());
+    ::prctl(PR_SET_NAME, "test_facts");
+    EXPECT_EQ(name, "panel \xEF\xBF\xBD");
 }
 
 }  // namespace
