@@ -54,7 +54,10 @@ UdevHIDNode UdevHIDNodes::read(const std::string& name) {
     if (const int* error = std::get_if<int>(&content)) {
         return {.state = isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::missing};
     }
-    const auto& uevent = std::get<std::string>(content);
+    return parse(name, std::get<std::string>(content));
+}
+
+UdevHIDNode UdevHIDNodes::parse(const std::string& name, std::string_view uevent) {
     const auto driver = property(uevent, "DRIVER");
     return {driver ? UdevHIDNode::State::bound : UdevHIDNode::State::unbound,
             UdevHIDDevice(name, property(uevent, "HID_ID"), property(uevent, "HID_NAME")),

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/hid/UdevHIDDevice.h"
@@ -39,6 +40,8 @@ class UdevHIDNodes {
     // Returns the names of the nodes. The list may be incomplete if the system is out of descriptors or memory.
     std::vector<std::string> names() const;
     static UdevHIDNode read(const std::string& name);
+    // Returns the node that has this name and this content of its file uevent.
+    static UdevHIDNode parse(const std::string& name, std::string_view uevent);
 
   private:
     udev* context_;
