@@ -262,6 +262,9 @@ TESTS = (
          with_google_test(any_but_qt)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
+    # The fuzzers reach whatever reads the bytes of others, in any room of Linux, and may act as the other side.
+    Room("tests/fuzz", VALUES + L10N + DEVICES + SYSTEM + CONTROL + POSIX_ROOM + linux_rooms((*LINUX_ROOMS, "wire", "control"))
+         + everything_in("helper") + TEST_TOOLS, any_but_qt),
     # These tests show the whole application with the real widgets.
     Room("tests/screen", LOGIC + UI + TEST_TOOLS + everything_in("tests/platform/linux/ui", "tests/l10n"),
          with_google_test(anything)),
