@@ -22,12 +22,13 @@ UdevHIDAnnouncer::~UdevHIDAnnouncer() {
 
 void UdevHIDAnnouncer::check(const std::string& nodeName, IfMissing ifMissing) { examine(nodeName, false, ifMissing); }
 
-std::vector<std::string> UdevHIDAnnouncer::allNodes() const {
-    const std::vector<std::string> names = nodes_.names();
-    std::set<std::string> all(names.begin(), names.end());
+UdevHIDAnnouncer::AllNodes UdevHIDAnnouncer::allNodes() const {
+    const auto listed = nodes_.names();
+    std::set<std::string> all;
+    if (listed) all.insert(listed->begin(), listed->end());
     for (const auto& [name, device] : announced_) all.insert(name);
     for (const auto& [name, task] : pending_) all.insert(name);
-    return {all.begin(), all.end()};
+    return {{all.begin(), all.end()}, listed.has_value()};
 }
 
 void UdevHIDAnnouncer::examine(const std::string& nodeName, bool isOverdue, IfMissing ifMissing) {

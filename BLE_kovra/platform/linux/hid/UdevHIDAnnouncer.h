@@ -54,9 +54,13 @@ class UdevHIDAnnouncer {
     // Compares the current node with what has been announced. Calls the functions in `Actions` from inside this call,
     // or later from the queue.
     void check(const std::string& nodeName, IfMissing ifMissing = IfMissing::awaitRemoval);
-    // Returns all nodes that exist, are announced, or are to be examined later. Checking each of them finds the changes
-    // whose events were lost.
-    std::vector<std::string> allNodes() const;
+    // All nodes that exist, are announced, or are to be examined later. Checking each of them finds the changes whose
+    // events were lost. Those that exist are missing if they cannot be listed now.
+    struct AllNodes {
+        std::vector<std::string> names;
+        bool isComplete;
+    };
+    AllNodes allNodes() const;
 
   private:
     void examine(const std::string& nodeName, bool isOverdue, IfMissing ifMissing);

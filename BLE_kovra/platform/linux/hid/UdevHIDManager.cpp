@@ -107,10 +107,8 @@ void UdevHIDManager::step() {
     }
     isWorking_ = false;
     cancelPoll();
-    if (watch_)
-        watch_->rearm();
-    else
-        nextPoll_ = loop_.asyncAfter(pollInterval, lifetime_.guard([this] { poll(); }));
+    if (watch_) watch_->rearm();
+    if (!watch_ || !isListComplete_) nextPoll_ = loop_.asyncAfter(pollInterval, lifetime_.guard([this] { poll(); }));
 }
 
 void UdevHIDManager::cancelPoll() {
@@ -138,7 +136,8 @@ std::optional<UdevHIDManager::Check> UdevHIDManager::next() {
     }
     if (std::exchange(mustCheckAll_, false)) {
         const auto allNodes = announcer_.allNodes();
-        due_.assign(allNodes.begin(), allNodes.end());
+        due_.assign(allNodes.names.begin(), allNodes.names.end());
+        isListComplete_ = allNodes.isComplete;
     }
     if (due_.empty()) return std::nullopt;
     Check check{std::move(due_.front()), IfMissing::awaitRemoval};

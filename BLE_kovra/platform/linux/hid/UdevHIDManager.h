@@ -31,7 +31,8 @@ class SystemLog;
 //
 // Each queue block checks one node and then queues the next block. So the effects of one node are complete before the
 // next node is checked, and the queue stays short. While no events can be received, all nodes are checked every
-// `pollInterval`, and one line is logged. While events can be received, the process sleeps until the next one.
+// `pollInterval`, and one line is logged. While events can be received, the process sleeps until the next one, unless
+// the nodes could not be listed: then all nodes are checked again after `pollInterval`.
 class UdevHIDManager : public HIDManager {
   public:
     static constexpr std::chrono::seconds pollInterval{1};
@@ -85,7 +86,8 @@ class UdevHIDManager : public HIDManager {
     std::deque<std::string> due_;  // nodes still to be checked
     bool opened_ = false;
     bool mustCheckAll_ = false;
-    bool isWorking_ = false;  // a block that checks the next node is queued or running
+    bool isListComplete_ = true;  // the nodes could be listed the last time
+    bool isWorking_ = false;      // a block that checks the next node is queued or running
     Lifetime lifetime_;
 };
 

@@ -32,11 +32,11 @@ std::optional<std::string_view> property(std::string_view uevent, std::string_vi
 
 }  // namespace
 
-std::vector<std::string> UdevHIDNodes::names() const {
+std::optional<std::vector<std::string>> UdevHIDNodes::names() const {
     const Enumeration enumeration(udev_enumerate_new(context_));
     if (!enumeration || udev_enumerate_add_match_subsystem(enumeration.get(), subsystem) < 0 ||
         udev_enumerate_scan_devices(enumeration.get()) < 0) {
-        return {};
+        return std::nullopt;
     }
     std::vector<std::string> names;
     udev_list_entry* entry = nullptr;

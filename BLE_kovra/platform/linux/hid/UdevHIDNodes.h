@@ -37,8 +37,8 @@ class UdevHIDNodes {
   public:
     explicit UdevHIDNodes(udev* context) : context_(context) {}
 
-    // Returns the names of the nodes. The list may be incomplete if the system is out of descriptors or memory.
-    std::vector<std::string> names() const;
+    // Returns the names of the nodes. Returns nullopt if they cannot be listed, for example without descriptors.
+    std::optional<std::vector<std::string>> names() const;
     static UdevHIDNode read(const std::string& name);
     // Returns the node that has this name and this content of its file uevent.
     static UdevHIDNode parse(const std::string& name, std::string_view uevent);

@@ -155,7 +155,7 @@ TEST_F(UdevHIDAnnouncerTest, ListsExistingPendingAndAnnouncedNodes) {
     bus_.removeNode(removed.name);
     bus_.removeNode(pending.name);
     const MockHIDNode existing = added({});
-    EXPECT_EQ(announcer_->allNodes(), (Reports{removed.name, pending.name, existing.name}));
+    EXPECT_EQ(announcer_->allNodes().names, (Reports{removed.name, pending.name, existing.name}));
 }
 
 TEST_F(UdevHIDAnnouncerTest, KeepsANodeThatItCannotReadWithoutDescriptorsAndChecksItAgain) {

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdlib>
+#include <filesystem>
 #include <thread>
 #include <utility>
 
@@ -115,6 +117,25 @@ TEST_F(UdevHIDManagerRecoveryTest, ReportsEventsThatArriveWhileItChecksAllNodes)
     const Reports newReports = awaitReports(rig, everythingMissed.size() + 1);
     EXPECT_EQ(newReports.size(), everythingMissed.size() + 1);
     EXPECT_EQ(std::ranges::count(newReports, "+5 late"), 1);
+}
+
+TEST_F(UdevHIDManagerRecoveryTest, ReportsWhatItMissedWhenItCouldNotListTheNodes) {
+    namespace fs = std::filesystem;
+    UdevHIDRig rig;
+    rig.open();
+    ASSERT_EQ(rig.newReports(), Reports());
+    rig.bus.addNode({.name = rig.bus.nextName()});
+    const fs::path list = fs::path(std::getenv("UMOCKDEV_DIR")) / "sys/bus/hid/devices";
+    const fs::path away = list.string() + ".away";
+    fs::rename(list, away);
+    writeFile(list, "");
+    rig.service.resynchronize();
+    EXPECT_EQ(rig.newReports(), Reports());
+    fs::remove(list);
+    fs::rename(away, list);
+    EXPECT_EQ(awaitReports(rig, 1), Reports{"+1 apple"});
+    rig.runFor(2 * UdevHIDManager::pollInterval);
+    EXPECT_LE(turnsWithin(rig.loop, 2 * UdevHIDManager::pollInterval), 2) << "it goes on listing nodes";
 }
 
 TEST_F(UdevHIDManagerRecoveryTest, ResynchronizesWithoutAnOpenManager) {
