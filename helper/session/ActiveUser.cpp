@@ -15,6 +15,8 @@
 #include <system_error>
 #include <utility>
 
+#include "helper/Log.h"
+
 namespace kovra::helper {
 
 namespace {
@@ -24,28 +26,36 @@ constexpr const char* seat = "seat0";
 // How often the login manager's files are read at most. The comment of the class gives the reason.
 const RateLimit looksAtSessions(10, std::chrono::milliseconds(50));
 
+// Notes the error of one of sd-login's functions, and returns its result. That there is no such seat or session, and
+// that its file does not have a valid value, is no error.
+int noted(int result, int& error) {
+    const bool isError = result < 0 && result != -ENXIO && result != -ENODATA && result != -ENOENT && result != -EINVAL;
+    if (isError) error = -result;
+    return result;
+}
+
 // Calls one of sd-login's functions that return a text about a session. Returns an empty string if the function fails.
-std::string sessionText(int (*get)(const char*, char**), const char* session) {
+std::string sessionText(int (*get)(const char*, char**), const char* session, int& error) {
     char* text = nullptr;
-    if (get(session, &text) < 0 || text == nullptr) return {};
+    if (noted(get(session, &text), error) < 0 || text == nullptr) return {};
     const Handle<char, std::free> owned(text);
     return text;
 }
 
 // Returns the session in the foreground of the seat. Empty if there is none, or if sd-login cannot read its user or
-// whether it is remote, for example because the session has just ended.
-std::optional<ForegroundSession> foregroundSession() {
+// whether it is remote, for example because the session has just ended. Sets `error` if the files cannot be read.
+std::optional<ForegroundSession> foregroundSession(int& error) {
     char* name = nullptr;
-    if (sd_seat_get_active(seat, &name, nullptr) < 0 || name == nullptr) return std::nullopt;
+    if (noted(sd_seat_get_active(seat, &name, nullptr), error) < 0 || name == nullptr) return std::nullopt;
     const Handle<char, std::free> owned(name);
     ForegroundSession session;
-    const int remote = sd_session_is_remote(name);
-    if (sd_session_get_uid(name, &session.user) < 0 || remote < 0) return std::nullopt;
+    const int remote = noted(sd_session_is_remote(name), error);
+    if (noted(sd_session_get_uid(name, &session.user), error) < 0 || remote < 0) return std::nullopt;
     session.remote = remote > 0;
-    session.sessionClass = sessionText(sd_session_get_class, name);
-    session.state = sessionText(sd_session_get_state, name);
-    // A failure means that the session has no virtual terminal.
-    if (sd_session_get_vt(name, &session.terminal) < 0) session.terminal = 0;
+    session.sessionClass = sessionText(sd_session_get_class, name, error);
+    session.state = sessionText(sd_session_get_state, name, error);
+    // The session need not have a virtual terminal.
+    if (noted(sd_session_get_vt(name, &session.terminal), error) < 0) session.terminal = 0;
     return session;
 }
 
@@ -76,7 +86,8 @@ ActiveUser::ActiveUser(Loop& loop, const std::string& terminalPath)
     : seats_(newMonitor("seat")),
       sessions_(newMonitor("session")),
       shownTerminal_(::open(terminalPath.c_str(), O_RDONLY | O_CLOEXEC)),
-      changes_(::epoll_create1(EPOLL_CLOEXEC)) {
+      changes_(::epoll_create1(EPOLL_CLOEXEC)),
+      loop_(loop) {
     // Watching starts before the first read, so that no change is missed in between.
     include(changes_, sd_login_monitor_get_fd(seats_.get()), EPOLLIN);
     include(changes_, sd_login_monitor_get_fd(sessions_.get()), EPOLLIN);
@@ -94,7 +105,18 @@ void ActiveUser::update() {
     if (current_ != before && onChange) onChange();
 }
 
-std::optional<uid_t> ActiveUser::read() const { return userAtTheMachine(foregroundSession(), shownTerminal()); }
+std::optional<uid_t> ActiveUser::read() {
+    int error = 0;
+    const auto session = foregroundSession(error);
+    retry_.reset();
+    if (error == 0) {
+        backoff_.reset();
+        return userAtTheMachine(session, shownTerminal());
+    }
+    logError("who is at the machine cannot be read", error);
+    retry_ = loop_.after(backoff_.nextDelay(), [this] { update(); });
+    return std::nullopt;
+}
 
 // Returns the number of the shown virtual terminal, or 0 if the kernel has none. Reading the attribute also makes the
 // kernel report its next value.

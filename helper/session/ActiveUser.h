@@ -3,10 +3,13 @@
 #include <sys/types.h>
 #include <systemd/sd-login.h>
 
+#include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "helper/Backoff.h"
 #include "helper/Descriptor.h"
 #include "helper/Handles.h"
 #include "helper/Loop.h"
@@ -35,6 +38,9 @@ std::optional<uid_t> userAtTheMachine(const std::optional<ForegroundSession>& se
 // Other users can cause events without end: any session may have its file rewritten, and a process that was started on
 // a terminal may switch terminals. So the files are read at most ten times in a row, and then 20 times a second. No
 // change is lost, but it may be noticed up to 50 ms late.
+//
+// While the files cannot be read, nobody counts as being at the machine. One line is logged, and they are read again
+// after growing delays.
 class ActiveUser {
   public:
     // The sysfs attribute that contains the name of the shown virtual terminal, such as "tty2".
@@ -53,14 +59,17 @@ class ActiveUser {
     using Monitor = Handle<sd_login_monitor, sd_login_monitor_unref>;
 
     void update();
-    std::optional<uid_t> read() const;
+    std::optional<uid_t> read();
     unsigned shownTerminal() const;
 
     Monitor seats_;
     Monitor sessions_;
     Descriptor shownTerminal_;
     Descriptor changes_;  // readable while one of the three above has something new
+    Loop& loop_;
     std::optional<PacedWatch> watch_;
+    Backoff backoff_{std::chrono::seconds(1), std::chrono::minutes(1)};
+    std::unique_ptr<Loop::Watch> retry_;  // of a failed read
     std::optional<uid_t> current_;
 };
 

@@ -65,9 +65,20 @@ class LoginManager {
         replace("seats/seat0", "IS_SEAT0=1\nCAN_GRAPHICAL=1\nACTIVE=" + session +
                                    "\nACTIVE_UID=" + std::to_string(user) + "\nSESSIONS=" + session + "\n");
     }
+    // Makes the file of the seat unreadable, and readable again without an event.
+    static void hideSeat() {
+        fs::create_directory(hidden);
+        fs::create_symlink(hidden, "/run/systemd/seats/seat0");
+    }
+    static void showSeat(const std::string& session) {
+        fs::remove(hidden);
+        writeFile(hidden, "IS_SEAT0=1\nACTIVE=" + session + "\nSESSIONS=" + session + "\n");
+    }
     static void noForeground() { replace("seats/seat0", "IS_SEAT0=1\nCAN_GRAPHICAL=1\n"); }
 
   private:
+    static constexpr const char* hidden = "/run/elsewhere";
+
     static void replace(const std::string& name, const std::string& text) {
         const std::string path = "/run/systemd/" + name;
         const std::string newPath = "/run/systemd/." + fs::path(name).filename().string();
@@ -119,6 +130,20 @@ class Listener {
   public:
     ActiveUser user{loop_};
 };
+
+TEST(ActiveUserTest, IsReadAgainAfterItCouldNotBeRead) {
+    inPrivateMachine([](uid_t) {
+        const LoginManager manager;
+        LoginManager::session("c1", 1000);
+        LoginManager::hideSeat();
+        Listener listener;
+        EXPECT_EQ(listener.user.current(), std::nullopt);
+        EXPECT_TRUE(listener.staysSilent());
+        LoginManager::showSeat("c1");
+        EXPECT_TRUE(listener.becomes(1000U));
+        EXPECT_TRUE(listener.sleeps());
+    });
+}
 
 TEST(ActiveUserTest, IsKnownAtTheStartAndFollowsEachSwitch) {
     inPrivateMachine([](uid_t) {
