@@ -97,7 +97,7 @@ int StatusNotifierItem::click(sd_bus_message* call, void* context, sd_bus_error*
     int y = 0;
     const int result = sd_bus_message_read(call, "ii", &x, &y);
     if (item == nullptr || result < 0) return result;
-    item->popUp_(x, y);
+    if (item->popUp_) item->popUp_(x, y);
     return sd_bus_reply_method_return(call, "");
 }
 
@@ -155,7 +155,8 @@ std::vector<sd_bus_vtable> StatusNotifierItem::methods(bool hasClicks) {
     std::vector<sd_bus_vtable> methods(vtable.begin(), vtable.end());
     if (!hasClicks) {
         std::erase_if(methods, [](const sd_bus_vtable& each) {
-            return each.type == _SD_BUS_VTABLE_METHOD && each.x.method.handler == click;
+            return each.type == _SD_BUS_VTABLE_METHOD && each.x.method.handler == click &&
+                   std::string_view(each.x.method.member) != "SecondaryActivate";
         });
     }
     return methods;

@@ -21,7 +21,8 @@ namespace kovra {
 //
 // A click on the item only opens its menu (ItemIsMenu), which the desktop draws. Some desktops report clicks anyway
 // (Activate, SecondaryActivate, ContextMenu). The item then opens the menu at the position of the click. If the program
-// cannot open a menu, these methods are not exported. The desktop then gets an error and may open the menu itself.
+// cannot open a menu, Activate and ContextMenu are not exported. The desktop then gets an error and may open the menu
+// itself. SecondaryActivate does nothing then, since GNOME logs a warning at each error after a middle click.
 class StatusNotifierItem {
   public:
     static constexpr const char* path = "/StatusNotifierItem";
