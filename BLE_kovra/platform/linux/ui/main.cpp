@@ -5,12 +5,14 @@
 #include <sys/socket.h>
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QSocketNotifier>
 #include <iostream>
 #include <optional>
 #include <variant>
 
 #include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
+#include "BLE_kovra/platform/linux/ui/style/DesktopColors.h"
 #include "BLE_kovra/platform/linux/ui/style/EarlyFonts.h"
 #include "BLE_kovra/platform/linux/ui/tray/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
@@ -59,12 +61,15 @@ class Screen {
 int run(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
     QCoreApplication::setApplicationName("BLE-kovra");
+    // Qt 6.8 logs a line whenever a window closes that had the keyboard on Wayland.
+    QLoggingCategory::setFilterRules("qt.qpa.wayland.textinput.warning=false");
     loadFontsEarly();
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(windowIcon());
     QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // Wayland desktops find the icon by this name
 
+    const DesktopColors colors;
     Screen screen;
     LineReader reader(longestToWindow);
     QSocketNotifier notifier(windowSocket, QSocketNotifier::Read);

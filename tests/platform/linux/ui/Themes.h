@@ -5,6 +5,8 @@
 #include <tuple>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/ui/style/DesktopColors.h"
+
 namespace kovra {
 
 // Returns the palettes of light and dark desktops.
@@ -29,6 +31,7 @@ inline std::vector<QPalette> themes() {
         palette.setColor(QPalette::ButtonText, text);
         made.push_back(palette);
     }
+    made.push_back(darkColors());
     return made;
 }
 

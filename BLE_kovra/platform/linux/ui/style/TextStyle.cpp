@@ -58,10 +58,6 @@ QColor secondary(const QPalette& palette) {
     return palest(palette.color(QPalette::WindowText), palette.color(QPalette::Window), 0.65, textContrast);
 }
 
-bool isDark(const QPalette& palette) {
-    return luminance(palette.color(QPalette::Window)) < luminance(palette.color(QPalette::WindowText));
-}
-
 }  // namespace
 
 QFont TextStyle::qtFont() const {
@@ -86,6 +82,10 @@ QColor outlineBaseColor(const QColor& text, const QColor& background) {
 
 QColor separatorColor(const QColor& text, const QColor& background) {
     return palest(text, background, 0.2, separatorContrast);
+}
+
+bool isDark(const QPalette& palette) {
+    return luminance(palette.color(QPalette::Window)) < luminance(palette.color(QPalette::WindowText));
 }
 
 QColor handleColor(const QPalette& palette) {

@@ -22,6 +22,9 @@ struct TextStyle : TextRole {
 // at least 4.5 to 1 if the theme's own text reaches that.
 QColor roleColor(Color color, const QPalette& palette);
 
+// Returns whether the windows are darker than their texts.
+bool isDark(const QPalette& palette);
+
 // Returns a color for the style Fusion to use instead of the window's. Fusion draws the outline of a box slightly
 // darker than that color. With the window's own color the outline would be invisible in dark themes. With the returned
 // color, the contrast of the outline with the background is at least 3 to 1 if the text reaches that.
