@@ -130,7 +130,7 @@ void runApplication() {
     kovra::PanelTheme theme(loop, bus, xTray ? &*xTray : nullptr, kovra::desktopNames());
     std::vector<kovra::TrayStatusBar::MakeFront> fronts{[&](kovra::TrayItem& item) {
         kovra::StatusNotifierItem::PopUp popUp;
-        if (x) {
+        if (x && kovra::TrayPopup::isNeededOn(kovra::desktopNames())) {
             popUp = [popup = std::make_shared<kovra::TrayPopup>(loop, window, item)](int atX, int atY) {
                 popup->open(atX, atY);
             };

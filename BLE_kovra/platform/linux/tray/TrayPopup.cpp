@@ -2,7 +2,15 @@
 
 #include <variant>
 
+#include "BLE_kovra/platform/linux/desktop/XdgEnvironment.h"
+
 namespace kovra {
+
+bool TrayPopup::isNeededOn(const std::vector<std::string>& desktops) {
+    // These name GNOME too, and have panels of their own.
+    const bool isGnomeShell = anyOf(desktops, {"GNOME"}) && !anyOf(desktops, {"Budgie", "GNOME-Flashback"});
+    return !isGnomeShell && !anyOf(desktops, {"KDE"});
+}
 
 TrayPopup::TrayPopup(MainQueue& queue, WindowProcess& window, TrayItem& item)
     : queue_(queue), window_(window), item_(item) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <string>
+#include <vector>
 
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/linux/loop/Lifetime.h"
@@ -13,6 +15,11 @@ namespace kovra {
 // programs may position their windows.
 class TrayPopup {
   public:
+    // Returns whether the desktop with these names may need the item to open its menu. Plasma and GNOME Shell open the
+    // menu themselves, in their own look. But they report some clicks to the item first (Plasma 5 the left ones,
+    // GNOME's AppIndicator extension the double ones), and open nothing if the item takes them.
+    static bool isNeededOn(const std::vector<std::string>& desktops);
+
     TrayPopup(MainQueue& queue, WindowProcess& window, TrayItem& item);
     ~TrayPopup();
     TrayPopup(const TrayPopup&) = delete;

@@ -73,6 +73,20 @@ class TrayPopupTest : public ItemOnScreen {
     });
 };
 
+TEST(TrayPopupNeedTest, PlasmaAndGnomeShellOpenTheMenuThemselves) {
+    EXPECT_FALSE(TrayPopup::isNeededOn({"KDE"}));
+    EXPECT_FALSE(TrayPopup::isNeededOn({"GNOME"}));
+    EXPECT_FALSE(TrayPopup::isNeededOn({"ubuntu", "GNOME"}));
+}
+
+TEST(TrayPopupNeedTest, OtherPanelsMayNeedIt) {
+    EXPECT_TRUE(TrayPopup::isNeededOn({"LXQt"}));
+    EXPECT_TRUE(TrayPopup::isNeededOn({"MATE"}));
+    EXPECT_TRUE(TrayPopup::isNeededOn({"Budgie", "GNOME"}));
+    EXPECT_TRUE(TrayPopup::isNeededOn({"GNOME-Flashback", "GNOME"}));
+    EXPECT_TRUE(TrayPopup::isNeededOn({}));
+}
+
 TEST_F(TrayPopupTest, OpensTheMenuAtTheRequestedPosition) {
     EXPECT_TRUE(windowProcesses().empty());
     const auto opened = openMenuAt(100, 50);
