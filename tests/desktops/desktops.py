@@ -3,6 +3,7 @@
 import dataclasses
 
 import gnome
+import on_x
 import plasma
 from roots import Layer
 
@@ -63,6 +64,7 @@ Description=a display without a screen
 [Service]
 User={PERSON}
 ExecStart=/usr/bin/Xvfb :0 -screen 0 {WIDTH}x{HEIGHT}x24 -dpi 96 -nolisten tcp -noreset
+ExecStartPost=/bin/sh -c 'until [ -S /tmp/.X11-unix/X0 ]; do sleep 0.1; done'
 """
 
 
@@ -82,6 +84,11 @@ class Desktop:
     @property
     def session_unit(self):
         return f"kovra-session-{'wayland' if self.is_wayland else 'x11'}.service"
+
+    @property
+    def shell_class(self):
+        """The class of the desktop's driver."""
+        return self.kind.SHELL_CLASS if self.is_wayland else on_x.SHELL_CLASSES[self.kind.NAME]
 
     def layers(self, archives):
         """Returns the layers of the root above its base. Desktops of one kind and release share them."""

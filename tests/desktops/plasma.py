@@ -47,7 +47,7 @@ WINDOWS = """
 const list = workspace.windowList ? workspace.windowList() : workspace.clientList();
 const all = list.filter(one => one.normalWindow || one.dialog).map(one => {
     const place = one.frameGeometry;
-    return {title: one.caption, app: String(one.desktopFileName), has_keyboard: one.active,
+    return {title: one.caption, app: String(one.desktopFileName || one.resourceClass), has_keyboard: one.active,
             box: [place.x, place.y, place.x + place.width, place.y + place.height].map(Math.round),
             asks_for_attention: one.demandsAttention, pid: one.pid};
 });
@@ -163,7 +163,10 @@ class Plasma(Shell):
             return None
         box = _without_shadow(picture, box)
         rows = look.text_rows(picture.crop(box), 1)
-        entries = [entry for entry in item_of_program(self.session.bus).entries() if entry.title]
+        try:
+            entries = [entry for entry in item_of_program(self.session.bus).entries() if entry.title]
+        except Failed:  # the program has quit, and its menu is about to close
+            return None
         if len(rows) != len(entries):
             return None
         found = []

@@ -158,6 +158,20 @@ def hot_key(world):
     wait_for(lambda: world.item.entries()[HINT].title == offer, "the menu to offer the hot key after a refusal", 30)
 
 
+@scenario("Ctrl+Alt+T mutes and unmutes on X11, also from an editor, which still receives what is typed.")
+def grabbed_key(world):
+    if world.desktop.is_wayland:
+        raise NotPossible("the desktop's portal owns the keys")
+    world.start()
+    check(world.item.entries()[HINT].title == TITLES["menu.hotkeyHint"], "the menu does not show the hot key")
+    _expect_toggles(world)
+    typed = world.open_editor()
+    _expect_toggles(world)
+    world.shell.type("still here")
+    world.shell.press("Return")
+    wait_for(lambda: typed() == "still here\n", "the editor to receive what was typed", 20)
+
+
 @scenario("The panel is restarted: the icon is back within 2 s, and its menu works.")
 def panel(world):
     world.start(muted=True)
@@ -203,6 +217,12 @@ def _menu_with_all_entries(world):
               TITLES["menu.activate"], TITLES["menu.about"], TITLES["menu.quit"]]
     shown = world.shell.menu() or []
     return shown if [entry.title for entry in shown if entry.title] == wanted else None
+
+
+def _expect_toggles(world):
+    for is_muted in (True, False):
+        world.shell.press("Control", "Alt", "t")
+        world.expect_flag(is_muted)
 
 
 def _expect_ticks(world, titles):

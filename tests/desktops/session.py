@@ -30,7 +30,7 @@ class Session:
         """Starts the session, and waits until the desktop can be used."""
         self.container.start_unit(self.desktop.session_unit)
         wait_for(self._connect, "the bus of the session", 60)
-        self.shell = self.desktop.kind.SHELL_CLASS(self)
+        self.shell = self.desktop.shell_class(self)
         wait_for(self._is_ready, "the desktop", 120)
         self.shell.settle()
 

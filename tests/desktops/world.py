@@ -228,6 +228,16 @@ class World:
         self.shell.press("Escape")
         wait_for(lambda: not self.window(), "the window to close", 20)
 
+    # Other programs
+
+    def open_editor(self):
+        """Opens a field in which one line can be typed. Returns a function for the text once it was entered."""
+        place = "tmp/kovra-typed"
+        self.run("/bin/sh", "-c", f"zenity --entry --title=Editor >/{place}")
+        wait_for(lambda: any(one.title == "Editor" and one.has_keyboard for one in self.shell.windows()), "the editor",
+                 30)
+        return (self.session.files / place).read_text
+
     # What is left behind
 
     def leave_behind(self, name):

@@ -38,9 +38,13 @@ class X11Screen:
     def press(self, *names):
         """Presses the keys with these keysym names, and then releases them in reverse order."""
         codes = [self._display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
-        for event, order in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
+        for is_pressed, order in ((True, codes), (False, reversed(codes))):
             for code in order:
-                xtest.fake_input(self._display, event, code)
+                self.key(code, is_pressed)
+
+    def key(self, code, is_pressed):
+        """Presses or releases the key that has this number on the server."""
+        xtest.fake_input(self._display, X.KeyPress if is_pressed else X.KeyRelease, code)
         self._display.sync()
 
     @contextlib.contextmanager
