@@ -78,6 +78,10 @@ class Desktop:
     kind: object
     is_wayland: bool = True
     packages: tuple = ()
+    # Files besides those of the kind. They are the same for all desktops of this kind and release.
+    files: dict = dataclasses.field(default_factory=dict)
+    # The class of the driver, if it is not that of the kind.
+    driver: type = None
     # The title of the window in which the desktop asks for the hot key, if it does.
     asks_for_key: str = ""
 
@@ -87,14 +91,14 @@ class Desktop:
 
     @property
     def shell_class(self):
-        """The class of the desktop's driver."""
-        return self.kind.SHELL_CLASS if self.is_wayland else on_x.SHELL_CLASSES[self.kind.NAME]
+        """The class of the driver."""
+        return self.driver or self.kind.SHELL_CLASS
 
     def layers(self, archives):
         """Returns the layers of the root above its base. Desktops of one kind and release share them."""
         packages = Layer(self.kind.NAME, (*self.kind.PACKAGES, *self.packages))
-        settings = Layer(f"{self.kind.NAME}-settings", TOOLS, files={**self.kind.FILES, **_units(self.kind)},
-                         commands=self.kind.COMMANDS)
+        settings = Layer(f"{self.kind.NAME}-settings", TOOLS, commands=self.kind.COMMANDS,
+                         files={**self.kind.FILES, **self.files, **_units(self.kind)})
         return [COMMON, packages, settings, Layer(f"{self.kind.NAME}-ours", archives=tuple(sorted(archives)))]
 
 
@@ -117,10 +121,12 @@ DESKTOPS = [
     Desktop("plasma-5.27", "bookworm", "Debian 12, Plasma 5.27, Wayland", plasma,
             packages=("plasma-workspace-wayland",), asks_for_key="Shortcuts"),
     Desktop("gnome-48", "trixie", "Debian 13, GNOME 48, Wayland", gnome, asks_for_key="Add Keyboard Shortcuts"),
-    Desktop("plasma-6.3", "trixie", "Debian 13, Plasma 6.3, Wayland", plasma),
-    Desktop("gnome-43-x11", "bookworm", "Debian 12, GNOME 43, X11", gnome, is_wayland=False),
+    Desktop("plasma-6.3", "trixie", "Debian 13, Plasma 6.3, Wayland", plasma, files=plasma.IN_A_WINDOW,
+            driver=on_x.PlasmaOnX),
+    Desktop("gnome-43-x11", "bookworm", "Debian 12, GNOME 43, X11", gnome, is_wayland=False, driver=on_x.GnomeOnX),
     Desktop("plasma-5.27-x11", "bookworm", "Debian 12, Plasma 5.27, X11", plasma, is_wayland=False,
-            packages=("plasma-workspace-wayland",)),
-    Desktop("gnome-48-x11", "trixie", "Debian 13, GNOME 48, X11", gnome, is_wayland=False),
-    Desktop("plasma-6.3-x11", "trixie", "Debian 13, Plasma 6.3, X11", plasma, is_wayland=False),
+            packages=("plasma-workspace-wayland",), driver=on_x.PlasmaOnX),
+    Desktop("gnome-48-x11", "trixie", "Debian 13, GNOME 48, X11", gnome, is_wayland=False, driver=on_x.GnomeOnX),
+    Desktop("plasma-6.3-x11", "trixie", "Debian 13, Plasma 6.3, X11", plasma, is_wayland=False,
+            files=plasma.IN_A_WINDOW, driver=on_x.PlasmaOnX),
 ]

@@ -1,4 +1,7 @@
-"""The drivers of the desktops on X11: the mouse, the keyboard and the pictures are the X server's."""
+"""The drivers of desktops that an X server shows: the mouse, the keyboard and the pictures are the server's.
+
+These are the desktops on X11, and those on Wayland whose screen is a window on an X server.
+"""
 
 import contextlib
 import functools
@@ -90,6 +93,3 @@ class PlasmaOnX(OnX, Plasma):
     def settle(self):
         self.point(640, 300)
         self.still_picture()
-
-
-SHELL_CLASSES = {"gnome": GnomeOnX, "plasma": PlasmaOnX}

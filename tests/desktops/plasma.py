@@ -22,18 +22,25 @@ ENVIRONMENT = {"XDG_CURRENT_DESKTOP": "KDE", "XDG_SESSION_DESKTOP": "KDE", "DESK
                "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "KWIN_SCREENSHOT_NO_PERMISSION_CHECKS": "1",
                "KWIN_WAYLAND_NO_PERMISSION_CHECKS": "1"}
 SESSIONS = {"wayland": "/usr/bin/startplasma-wayland", "x11": "/usr/bin/startplasma-x11"}
-FILES = {
-    "/etc/systemd/user/plasma-kwin_wayland.service.d/kovra.conf": """[Service]
+_DROP_IN = """[Service]
 Environment=KWIN_SCREENSHOT_NO_PERMISSION_CHECKS=1 KWIN_WAYLAND_NO_PERMISSION_CHECKS=1
 ExecStart=
-ExecStart=/usr/bin/kwin_wayland_wrapper --xwayland --virtual --width 1280 --height 800 --no-lockscreen
-""",
+ExecStart=/usr/bin/kwin_wayland_wrapper --xwayland {} --width 1280 --height 800 --no-lockscreen
+"""
+FILES = {
+    "/etc/systemd/user/plasma-kwin_wayland.service.d/kovra.conf": _DROP_IN.format("--virtual"),
     "/etc/xdg/ksplashrc": "[KSplash]\nEngine=none\nTheme=None\n",
     "/etc/xdg/kscreenlockerrc": "[Daemon]\nAutolock=false\nLockOnResume=false\n",
     "/etc/xdg/kwalletrc": "[Wallet]\nEnabled=false\nFirst Use=false\n",
     "/etc/xdg/baloofilerc": "[Basic Settings]\nIndexing-Enabled=false\n",
     "/etc/xdg/ksmserverrc": "[General]\nloginMode=emptySession\nconfirmLogout=false\n",
     "/etc/xdg/kdeglobals": "[KDE]\nAnimationDurationFactor=0\n",
+}
+# KWin 6 takes no pictures of a virtual screen without a graphics device. So its screen is a window on an X server.
+IN_A_WINDOW = {
+    "/etc/systemd/user/plasma-kwin_wayland.service.d/kovra.conf": _DROP_IN.format("--x11-display :0"),
+    "/etc/systemd/system/kovra-session-wayland.service.d/kovra.conf":
+        "[Unit]\nAfter=kovra-display.service\nRequires=kovra-display.service\n",
 }
 # The kernel refuses to start programs with capabilities that the container does not have.
 COMMANDS = (("sh", "-c", "setcap -r /usr/bin/kwin_wayland || true"),)
@@ -137,6 +144,11 @@ class Plasma(Shell):
         bus.call(KWIN, "/Scripting", "org.kde.kwin.Scripting", "unloadScript", GLib.Variant("(s)", ("kovra",)))
         return [Window(**one) for one in json.loads(self._reports[-1])
                 if not one["app"].startswith("org.kde.plasmashell")]
+
+    def marks_starts(self):
+        # KWin needs OpenGL for that.
+        return Caller(self.session.bus).call(KWIN, "/Effects", "org.kde.kwin.Effects", "isEffectSupported",
+                                             GLib.Variant("(s)", ("startupfeedback",)))[0]
 
     def is_busy(self):
         """Returns whether the pointer carries the icon of a program that is starting."""

@@ -41,6 +41,10 @@ class Shell:
     def settle(self):
         """Called once when the desktop is ready."""
 
+    def marks_starts(self):
+        """Returns whether the pointer shows that a program is starting."""
+        return True
+
     def expect_menu(self):
         """Called before the menu is opened."""
 
