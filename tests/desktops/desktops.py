@@ -84,6 +84,8 @@ class Desktop:
     driver: type = None
     # The title of the window in which the desktop asks for the hot key, if it does.
     asks_for_key: str = ""
+    # The desktop assigns the hot key at the first request, without asking.
+    assigns_key: bool = False
 
     @property
     def session_unit(self):
@@ -122,7 +124,7 @@ DESKTOPS = [
             packages=("plasma-workspace-wayland",), asks_for_key="Shortcuts"),
     Desktop("gnome-48", "trixie", "Debian 13, GNOME 48, Wayland", gnome, asks_for_key="Add Keyboard Shortcuts"),
     Desktop("plasma-6.3", "trixie", "Debian 13, Plasma 6.3, Wayland", plasma, files=plasma.IN_A_WINDOW,
-            driver=on_x.PlasmaOnX),
+            driver=on_x.PlasmaOnX, assigns_key=True),
     Desktop("gnome-43-x11", "bookworm", "Debian 12, GNOME 43, X11", gnome, is_wayland=False, driver=on_x.GnomeOnX),
     Desktop("plasma-5.27-x11", "bookworm", "Debian 12, Plasma 5.27, X11", plasma, is_wayland=False,
             packages=("plasma-workspace-wayland",), driver=on_x.PlasmaOnX),

@@ -157,10 +157,11 @@ class Plasma(Shell):
 
     def icon(self):
         for thing in self._shown(lambda thing: thing.label == "BLE-kovra"):
-            left, top, right, bottom = thing.box
-            # In the panel, and neither a task nor a tool tip.
-            if top >= 700 and right - left < 60:
-                return thing.box
+            with contextlib.suppress(Failed):  # it may have disappeared meanwhile
+                left, top, right, bottom = thing.box
+                # In the panel, and neither a task nor a tool tip.
+                if top >= 700 and right - left < 60:
+                    return [left, top, right, bottom]
         return None
 
     def expect_menu(self):

@@ -137,6 +137,8 @@ def settings(world):
 
 @scenario("The desktop asks for the hot key once, after the settings were opened; refused, only the menu offers it.")
 def hot_key(world):
+    if world.desktop.assigns_key:
+        raise NotPossible("the desktop assigns the hot key without asking")
     if not world.desktop.asks_for_key:
         raise NotPossible("the desktop asks for no hot keys")
     offer = TITLES["menu.hotkeyHint.choose"]
