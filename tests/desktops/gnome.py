@@ -52,8 +52,9 @@ const boxOf = actor => {
     // Before its first layout, an actor has no place.
     return isNaN(x + y + width + height) ? null : [x, y, x + width, y + height].map(Math.round);
 };
-const indicator = () => Object.entries(Main.panel.statusArea).filter(([key, one]) =>
-    key.startsWith('appindicator-') && one._indicator?.id === 'ble-kovra').map(([key, one]) => one)[0];
+const indicators = () => Object.entries(Main.panel.statusArea).filter(([key, one]) =>
+    key.startsWith('appindicator-')).map(([key, one]) => one);
+const indicator = () => indicators().find(one => one._indicator?.id === 'ble-kovra');
 """
 
 
@@ -116,7 +117,8 @@ class Gnome(Shell):
                              ".some(one => !one.get_completed())")
 
     def icon(self):
-        return self.evaluate("indicator() && indicator().visible ? boxOf(indicator()._icon ?? indicator()) : null")
+        # The icon of a program that has ended has no name, and stays in the panel for half a second.
+        return self.evaluate("(one => one?.visible ? boxOf(one._icon ?? one) : null)(indicator() ?? indicators()[0])")
 
     def menu(self):
         """Returns the entries of the open menu, or None. At first they lack titles or places."""
