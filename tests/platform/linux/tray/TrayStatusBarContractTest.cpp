@@ -104,5 +104,12 @@ class PanelDriver {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(TrayStatusBar, StatusBarContract, PanelDriver);
 
+TEST(TrayStatusBarTest, PassesOnTheAdviceAboutADesktopWithoutATray) {
+    SdEventLoop loop;
+    EXPECT_EQ(TrayStatusBar(loop, {}).advice(), "");
+    EXPECT_EQ(TrayStatusBar(loop, {}, {.announce = {}, .advice = [] { return "Install a tray."; }}).advice(),
+              "Install a tray.");
+}
+
 }  // namespace
 }  // namespace kovra
