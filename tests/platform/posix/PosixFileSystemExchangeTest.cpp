@@ -80,7 +80,11 @@ TEST_F(PosixFileSystemExchangeTest, FailsIfTheFlagIsRemovedOrReplacedByALink) {
 }
 
 TEST_F(PosixFileSystemExchangeTest, SucceedsIfAnotherFileIsReplaced) {
-    EXPECT_EQ(writeWhile([&] { writeFile(other_, "on"); }), "");
+    const auto something = [&] {
+        writeFile(other_, "on");
+        EXPECT_EQ(readFile(flag_), "on") << "a longer word is written before the size is set";
+    };
+    EXPECT_EQ(writeWhile(something), "");
     EXPECT_EQ(readFile(flag_), "off");
 }
 

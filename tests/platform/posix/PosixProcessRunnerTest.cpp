@@ -152,18 +152,20 @@ TEST_F(PosixProcessRunnerTest, TerminatesTheProgramIfTheApplicationTerminatesFir
 }
 
 TEST_F(PosixProcessRunnerTest, StartsAProgramWithOurStreams) {
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const int before = ::dup(STDOUT_FILENO);
-    ::dup2(ends[1], STDOUT_FILENO);
-    EXPECT_TRUE(processes_.start({scripts_.make("echo written"), {}}));
-    ::dup2(before, STDOUT_FILENO);
-    ::close(before);
-    ::close(ends[1]);
-    char text[16]{};
-    EXPECT_EQ(::read(ends[0], text, sizeof text), 8);
-    EXPECT_STREQ(text, "written\n");
-    ::close(ends[0]);
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        const int before = ::dup(stream);
+        ::dup2(ends[1], stream);
+        EXPECT_TRUE(processes_.start({scripts_.make("echo written >&" + std::to_string(stream)), {}}));
+        ::dup2(before, stream);
+        ::close(before);
+        ::close(ends[1]);
+        char text[16]{};
+        EXPECT_EQ(::read(ends[0], text, sizeof text), 8);
+        EXPECT_STREQ(text, "written\n");
+        ::close(ends[0]);
+    }
 }
 
 TEST_F(PosixProcessRunnerTest, ReapsAStartedProgramWithoutWaiting) {
@@ -220,18 +222,26 @@ TEST_F(PosixProcessRunnerTest, StartsWithDefaultHandlersAndNoDescriptorOfOurs) {
     EXPECT_TRUE(seen->ends_with("descriptors: 0 1 2 3\n")) << *seen;
 }
 
-TEST_F(PosixProcessRunnerTest, SleepsWhileAProgramHangs) {
-    bool isOver = false;
-    int turns = 0;
-    rig_.loop().asyncAfter(0s, [&] {
-        EXPECT_TRUE(sees([this] { return isRunning(); }));
-        turns = turnsWithin(rig_.loop(), 300ms);
-        isOver = true;
-        rig_.stop();
-    });
-    EXPECT_EQ(output("echo $$ >$here/pid; exec sleep 1000"), std::nullopt);
-    EXPECT_TRUE(isOver);
-    EXPECT_LT(turns, 5);
+TEST_F(PosixProcessRunnerTest, SleepsWhileAProgramHangsEvenIfItHasClosedItsPipe) {
+    for (const char* program : {"exec sleep 1000", "exec sleep 1000 >&- 2>&-"}) {
+        LoopRig rig;
+        PosixProcessRunner processes(rig.loop());
+        int turns = -1;
+        rig.loop().asyncAfter(0s, [&] {
+            EXPECT_TRUE(sees([this] { return isRunning(); }));
+            turns = turnsWithin(rig.loop(), 300ms);
+            rig.stop();
+        });
+        EXPECT_EQ(processes.output({scripts_.make("echo $$ >$here/pid; " + std::string(program)), {}}), std::nullopt);
+        EXPECT_GE(turns, 0);
+        EXPECT_LT(turns, 5) << program;
+    }
+}
+
+TEST_F(PosixProcessRunnerTest, StartsNothingAfterTheEnd) {
+    rig_.stop();
+    EXPECT_EQ(output("exec sleep 20"), std::nullopt);
+    EXPECT_FALSE(hasChildren());
 }
 
 TEST_F(PosixProcessRunnerTest, ReturnsNullWithoutAPipe) {
