@@ -109,7 +109,9 @@ TEST(ChecklistTest, NamesTheRemedyForTheHotKeyAndTheTray) {
     EXPECT_TRUE(says(facts, "Install the package gnome-shell-extension-appindicator, and log in again.\n"));
     facts = working();
     facts.application.systemBusFailures = {"org.example.Match: refused"};
-    EXPECT_TRUE(says(facts, "?      System bus: failed: org.example.Match: refused\n"));
+    EXPECT_TRUE(says(facts,
+                     "ok     Tray: a panel shows the icon.\n"
+                     "?      System bus: failed: org.example.Match: refused\n"));
 }
 
 TEST(ChecklistTest, HasThePropertiesOfATrackpadThatIsNotRecognized) {
