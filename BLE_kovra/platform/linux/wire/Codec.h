@@ -120,9 +120,9 @@ struct Codec<std::vector<T>> {
         for (const T& each : list) json.push_back(Codec<T>::write(each));
         return json;
     }
+    // The list must be empty, as in each message before it is read.
     static bool read(const Json& json, std::vector<T>& list) {
         if (!json.is_array()) return false;
-        list.clear();
         list.reserve(json.size());
         for (const Json& each : json) {
             if (!Codec<T>::read(each, list.emplace_back())) return false;

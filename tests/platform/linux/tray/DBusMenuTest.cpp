@@ -222,11 +222,17 @@ TEST(DBusMenuTest, SignalsAnotherLayoutAndRefusesALateClickInTheOldOne) {
 
 TEST(DBusMenuTest, NamesOnlyKeysThatHaveANameInEveryToolkit) {
     MenuRig rig;
-    rig.item->setMenu({{rig.entry("digit", "7"), rig.entry("none", ""), rig.entry("odd", "€"), rig.entry("two", "ab"),
-                        rig.entry("capital", "Q")}});
+    Menu menu;
+    std::string expected = "[(0 [])";
+    for (const std::string key : {"a", "z", "0", "9", "", "€", "ab", "Q", "`", "{", "/", ":"}) {
+        const std::string id = std::to_string(6 + menu.items.size());
+        const bool isNamed = menu.items.size() < 4;
+        menu.items.push_back(rig.entry("item", key));
+        expected += " (" + id + (isNamed ? R"( ["shortcut":[["Control" ")" + key + R"("]]]))" : " [])");
+    }
+    rig.item->setMenu(menu);
     rig.settle();
-    EXPECT_EQ(rig.properties({}, {"shortcut"}),
-              R"([(0 []) (6 ["shortcut":[["Control" "7"]]]) (7 []) (8 []) (9 []) (10 [])])");
+    EXPECT_EQ(rig.properties({}, {"shortcut"}), expected + "]");
 }
 
 TEST(DBusMenuTest, NamesTheCommaAsTheDesktopsPanelsReadIt) {

@@ -197,6 +197,12 @@ TEST(IconPixmapTest, CoversAPixelPartlyWhereTheInkDoes) {
     }
 }
 
+TEST(IconPixmapTest, LeavesTheRowsBesideAHorizontalLineEmpty) {
+    const Drawing line{.name = "", .size = {16, 16}, .strokes = {{Segment{.from = {0, 8}, .to = {16, 8}}, 3.2}}};
+    const Picture picture(line, 10);  // 2.5 samples a point
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(picture.alpha(i % 10, i / 10), i / 10 == 4 || i / 10 == 5 ? 255 : 0) << i;
+}
+
 TEST(IconPixmapTest, AnEmptyDrawingAndASegmentWithoutLengthLeaveNoInk) {
     const Drawing dot{.name = "", .size = {4, 4}, .strokes = {{Segment{.from = {2, 2}, .to = {2, 2}}, 2}}};
     for (const Drawing& drawing : {Drawing{.name = "", .size = {4, 4}, .strokes = {}}, dot}) {

@@ -135,6 +135,15 @@ TEST(EncodingTest, TransfersAnEmptyTray) {
     EXPECT_TRUE(received.menu.items.empty());
 }
 
+TEST(EncodingTest, HasNoNumberInAMessageThatSaysNothing) {
+    for (const ToWindow& message : {ToWindow(ShowTray()), ToWindow(HideTray()), ToWindow(PopUpMenu()),
+                                    ToWindow(ShowWindow()), ToWindow(ShowAlerts()), ToWindow(Ping())})
+        EXPECT_EQ(encode(message).find_first_of("123456789"), std::string::npos) << encode(message);
+    for (const ToResident& message : {ToResident(ItemChosen()), ToResident(MenuClosed()), ToResident(ControlChanged()),
+                                      ToResident(WindowClosed()), ToResident(AlertAnswered()), ToResident(Pong())})
+        EXPECT_EQ(encode(message).find_first_of("123456789"), std::string::npos) << encode(message);
+}
+
 TEST(EncodingTest, TransfersAChoice) {
     for (const std::size_t position : {std::size_t{0}, std::size_t{7}, ~std::size_t{0}}) {
         const auto decoded = decodeToResident(encode(ToResident(ItemChosen{position})));
