@@ -211,6 +211,14 @@ TEST(EncodingTest, SurvivesAWrongValueAnywhere) {
     }
 }
 
+TEST(EncodingTest, RejectsAnObjectInPlaceOfAList) {
+    Json message = Json::parse(encode(ToWindow(ShowTray())));
+    EXPECT_TRUE(message["menu"]["items"].is_array());
+    EXPECT_TRUE(decodeToWindow(message.dump()));
+    message["menu"]["items"] = Json::object();
+    EXPECT_FALSE(decodeToWindow(message.dump()));
+}
+
 TEST(EncodingTest, SurvivesNestingOfAnyDepth) {
     for (const char* open : {"[", R"({"is":)", R"({"is":"showTray","menu":[)"}) {
         std::string deep;
