@@ -262,6 +262,8 @@ TESTS = (
          with_google_test(any_but_qt)),
     whole_application("tests/journeys"),
     whole_application("tests/model"),
+    # These lives run in the rig of the helper's tests.
+    Room("tests/systemcalls", everything_in("tests/helper", "helper") + TEST_TOOLS, with_google_test(any_but_qt)),
     # The fuzzers reach whatever reads the bytes of others, in any room of Linux, and may act as the other side.
     Room("tests/fuzz", VALUES + L10N + DEVICES + SYSTEM + CONTROL + POSIX_ROOM + linux_rooms((*LINUX_ROOMS, "wire", "control"))
          + everything_in("helper") + TEST_TOOLS, any_but_qt),
