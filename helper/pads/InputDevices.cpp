@@ -2,6 +2,8 @@
 
 #include <linux/input.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <string>
@@ -73,22 +75,26 @@ InputProperties properties(udev_device* node, udev_device* input) {
     return device;
 }
 
+bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
+
 }  // namespace
 
-std::vector<InputProperties> inputDevices(udev* context) {
+std::vector<InputProperties> inputDevices(udev* context, int& error) {
     std::vector<InputProperties> devices;
     const Handle<udev_enumerate, udev_enumerate_unref> list(udev_enumerate_new(context));
+    error = list ? 0 : ENOMEM;
     if (!list) return devices;
     udev_enumerate_add_match_subsystem(list.get(), "input");
     udev_enumerate_add_match_sysname(list.get(), "event*");
     udev_enumerate_add_match_property(list.get(), "ID_INPUT_TOUCHPAD", "1");
     udev_enumerate_add_match_property(list.get(), "ID_INPUT_MOUSE", "1");
-    udev_enumerate_scan_devices(list.get());
+    error = -std::min(udev_enumerate_scan_devices(list.get()), 0);
     udev_list_entry* entry = nullptr;
     udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
         const Handle<udev_device, udev_device_unref> node(
             udev_device_new_from_syspath(context, udev_list_entry_get_name(entry)));
-        if (!node) continue;  // removed since the scan
+        if (!node && isShortage(errno)) error = errno;
+        if (!node) continue;  // unless there is a shortage, it was removed since the scan
         udev_device* input = udev_device_get_parent_with_subsystem_devtype(node.get(), "input", nullptr);
         if (input != nullptr) devices.push_back(properties(node.get(), input));
     }

@@ -9,7 +9,7 @@
 namespace kovra::helper {
 
 // Returns the properties of all touchpads and mice that have an event node, as sysfs and the database of udev have them
-// now.
-std::vector<InputProperties> inputDevices(udev* context);
+// now. Sets `error` to an error number if they cannot be listed; the result is incomplete then.
+std::vector<InputProperties> inputDevices(udev* context, int& error);
 
 }  // namespace kovra::helper

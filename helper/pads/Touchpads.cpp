@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "helper/Log.h"
 #include "helper/pads/InputDevices.h"
 #include "helper/pads/PadRules.h"
 
@@ -19,7 +20,7 @@ bool isEventNode(udev_device* device) {
 
 }  // namespace
 
-Touchpads::Touchpads(Loop& loop) : udev_(udev_new()) {
+Touchpads::Touchpads(Loop& loop) : loop_(loop), udev_(udev_new()) {
     if (udev_) monitor_.reset(udev_monitor_new_from_netlink(udev_.get(), "udev"));
     if (!monitor_) throw std::system_error(errno, std::generic_category(), "udev");
     // The kernel applies the filter, so that events of other subsystems do not wake the process. Receiving starts
@@ -28,14 +29,24 @@ Touchpads::Touchpads(Loop& loop) : udev_(udev_new()) {
     if (result >= 0) result = udev_monitor_enable_receiving(monitor_.get());
     if (result < 0) throw std::system_error(-result, std::generic_category(), "udev");
     watch_ = loop.onReadable(udev_monitor_get_fd(monitor_.get()), [this] { receiveEvents(); });
-    inputs_ = inputsToMute(inputDevices(udev_.get()));
+    scan();
 }
 
 void Touchpads::rescan() {
-    std::vector<std::string> inputs = inputsToMute(inputDevices(udev_.get()));
-    if (inputs == inputs_) return;
-    inputs_ = std::move(inputs);
-    if (onChange) onChange();
+    if (scan() && onChange) onChange();
+}
+
+bool Touchpads::scan() {
+    int error = 0;
+    std::vector<std::string> inputs = inputsToMute(inputDevices(udev_.get(), error));
+    retry_.reset();
+    if (error != 0) {
+        logError("the touchpads cannot be listed", error);
+        retry_ = loop_.after(backoff_.nextDelay(), [this] { rescan(); });
+        return false;
+    }
+    backoff_.reset();
+    return std::exchange(inputs_, std::move(inputs)) != inputs_;
 }
 
 void Touchpads::receiveEvents() {

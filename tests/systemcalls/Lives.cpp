@@ -1,4 +1,5 @@
 #include <sys/mount.h>
+#include <sys/wait.h>
 
 #include <filesystem>
 #include <fstream>
@@ -52,6 +53,9 @@ systemcalls::Outcome lifeOf(helper::Machine& machine, const std::string& folder,
     const auto live = isHelper ? systemcalls::helperLife : systemcalls::applicationLife;
     const std::string path = folder + (isHelper ? "/ble-kovra-helper" : "/ble-kovra");
     systemcalls::Outcome outcome = live(machine, path, failure, trace.empty() ? "" : "/run/trace");
+    // The first process of the namespace inherits strace.
+    while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
     if (!trace.empty()) std::filesystem::copy_file(helper::Machine::root + "/run/trace", trace);
     return outcome;
 }

@@ -4,6 +4,8 @@
 #include <sys/syscall.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -54,6 +56,29 @@ TEST_F(TouchpadsTest, AreReportedWhenTheyAppearAndDisappear) {
     EXPECT_TRUE(runUntil(loop, [&] { return touchpads.inputs().empty(); }));
     handleEvents(loop);
     EXPECT_EQ(changes, 3);
+}
+
+TEST_F(TouchpadsTest, AreListedAgainIfTheyCannotBeListed) {
+    namespace fs = std::filesystem;
+    computer.addDevice(pad);
+    const fs::path list = fs::path(std::getenv("UMOCKDEV_DIR")) / "sys/class/input";
+    const fs::path away = list.string() + ".away";
+    fs::rename(list, away);
+    fs::create_symlink("input", list);  // a loop
+    Touchpads touchpads(loop);
+    int changes = 0;
+    touchpads.onChange = [&] { ++changes; };
+    EXPECT_EQ(touchpads.inputs(), Inputs());
+    fs::remove(list);
+    fs::rename(away, list);
+    EXPECT_TRUE(runUntil(loop, [&] { return changes == 1; }));
+    EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
+
+    fs::rename(list, away);
+    fs::create_symlink("input", list);  // a loop
+    touchpads.rescan();
+    EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
+    EXPECT_EQ(changes, 1);
 }
 
 TEST_F(TouchpadsTest, AreFoundUnderTheirNewNumber) {

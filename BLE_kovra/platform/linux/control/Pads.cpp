@@ -118,7 +118,9 @@ void readPads(std::vector<Pad>& pads, std::string& error, const PadPlaces& place
         error = "udev cannot be asked";
         return;
     }
-    const std::vector<InputProperties> devices = helper::inputDevices(context.get());
+    int failure = 0;
+    const std::vector<InputProperties> devices = helper::inputDevices(context.get(), failure);
+    if (failure != 0) error = std::strerror(failure);
     const std::vector<std::string> muted = helper::inputsToMute(devices);
     std::set<std::string> seen;
     for (const InputProperties& device : devices) {

@@ -17,7 +17,10 @@ using Enumeration = Handle<udev_enumerate, udev_enumerate_unref>;
 constexpr const char* subsystem = "hid";
 const std::string devicesFolder = "/sys/bus/hid/devices/";
 
-bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
+// Whether the node may exist although it cannot be read now.
+bool isPassing(int error) {
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO || error == EINTR;
+}
 
 // Returns the value of the first line NAME=VALUE. A device may supply a name with line feeds, but the kernel's DRIVER
 // and HID_ID come before that name.
@@ -52,7 +55,7 @@ std::optional<std::vector<std::string>> UdevHIDNodes::names() const {
 UdevHIDNode UdevHIDNodes::read(const std::string& name) {
     const auto content = readSysfsFile(devicesFolder + name + "/uevent");
     if (const int* error = std::get_if<int>(&content)) {
-        return {.state = isShortage(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::missing};
+        return {.state = isPassing(*error) ? UdevHIDNode::State::unreadable : UdevHIDNode::State::missing};
     }
     return parse(name, std::get<std::string>(content));
 }

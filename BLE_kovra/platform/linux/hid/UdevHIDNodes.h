@@ -18,7 +18,7 @@ using Udev = Handle<udev, udev_unref>;
 struct UdevHIDNode {
     enum class State {
         missing,
-        unreadable,  // no descriptors or memory left to find out whether it exists
+        unreadable,  // it may exist: no descriptors or memory are left, or the disk or the device failed
         unbound,     // it exists, without a driver
         bound
     };
