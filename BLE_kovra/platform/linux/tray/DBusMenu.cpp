@@ -15,6 +15,24 @@ int refuseId(sd_bus_error* error, std::int32_t id) {
     return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "The menu has no item %d.", static_cast<int>(id));
 }
 
+const DBusMenuProperty* find(const DBusMenuProperties& item, std::string_view name) {
+    const auto found =
+        std::find_if(item.begin(), item.end(), [&](const auto& property) { return property.name == name; });
+    return found == item.end() ? nullptr : &*found;
+}
+
+bool isSame(const DBusMenuProperties& one, const DBusMenuProperties& other, std::string_view name) {
+    const DBusMenuProperty* left = find(one, name);
+    const DBusMenuProperty* right = find(other, name);
+    return left == nullptr || right == nullptr ? left == right : *left == *right;
+}
+
+// Returns whether a late click on the former item would have the right effect: the same one, or none.
+bool canTakeItsPlace(const DBusMenuProperties& former, const DBusMenuProperties& item) {
+    const bool canBeChosen = find(former, "enabled") == nullptr && find(item, "enabled") == nullptr;
+    return isSame(former, item, "type") && (isSame(former, item, "label") || !canBeChosen);
+}
+
 // Sets the error of a call that requests only unknown items.
 int refuseIds(sd_bus_error* error) {
     return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "The menu has none of these items.");
@@ -35,17 +53,46 @@ void DBusMenu::detach() {
     bus_ = nullptr;
 }
 
-void DBusMenu::layoutChanged() {
+void DBusMenu::menuReplaced() {
+    std::vector<DBusMenuProperties> items;
+    for (const MenuItem& item : menu_.items) items.push_back(dbusMenuProperties(item));
+    const std::vector<DBusMenuProperties> former = std::exchange(announced_, std::move(items));
+    if (!former.empty() &&
+        std::equal(former.begin(), former.end(), announced_.begin(), announced_.end(), canTakeItsPlace))
+        return propertiesChanged(former);
     ++revision_;
     constexpr std::int32_t farthest = std::numeric_limits<std::int32_t>::max() / 2;
-    firstId_ = firstId_ < farthest ? firstId_ + static_cast<std::int32_t>(announcedItems_) : 1;
-    announcedItems_ = menu_.items.size();
+    firstId_ = firstId_ < farthest ? firstId_ + static_cast<std::int32_t>(former.size()) : 1;
     if (bus_ == nullptr) return;
     bus_->emit(path, interface, "LayoutUpdated",
                [this](BusWriter& arguments) { arguments.natural(revision_).integer(root); });
 }
 
+void DBusMenu::propertiesChanged(const std::vector<DBusMenuProperties>& former) {
+    if (bus_ == nullptr || former == announced_) return;
+    bus_->emit(path, interface, "ItemsPropertiesUpdated", [&](BusWriter& writer) {
+        writer.openArray("(ia{sv})");
+        for (std::size_t position = 0; position < former.size(); ++position) {
+            if (former[position] == announced_[position]) continue;
+            writer.openStruct("ia{sv}").integer(idAt(position));
+            write(writer, announced_[position], {});
+            writer.close();
+        }
+        writer.close().openArray("(ias)");
+        for (std::size_t position = 0; position < former.size(); ++position) {
+            if (former[position] == announced_[position]) continue;
+            writer.openStruct("ias").integer(idAt(position)).openArray("s");
+            for (const DBusMenuProperty& property : former[position]) {
+                if (find(announced_[position], property.name) == nullptr) writer.text(property.name);
+            }
+            writer.close().close();
+        }
+        writer.close();
+    });
+}
+
 void DBusMenu::statesChanged(const std::vector<std::size_t>& positions) {
+    for (const std::size_t position : positions) announced_.at(position) = dbusMenuProperties(menu_.items.at(position));
     if (bus_ == nullptr) return;
     bus_->emit(path, interface, "ItemsPropertiesUpdated", [&](BusWriter& writer) {
         writer.openArray("(ia{sv})");

@@ -35,9 +35,9 @@ class DBusMenu {
     void exportOn(BusConnection& bus);
     void detach();
 
-    // Call this function when the menu was replaced. Its items get new numbers, so that a late click in the old menu
-    // has no effect.
-    void layoutChanged();
+    // Call this function when the menu was replaced. Its items keep their numbers if a late click in the old menu has
+    // the same effect in the new one, or none. Otherwise they get new numbers, so that such a click is refused.
+    void menuReplaced();
     void statesChanged(const std::vector<std::size_t>& positions);
 
   private:
@@ -61,6 +61,7 @@ class DBusMenu {
     std::int32_t idAt(std::size_t position) const;
     DBusMenuProperties propertiesOf(std::int32_t id) const;
     std::vector<std::int32_t> allIds() const;
+    void propertiesChanged(const std::vector<DBusMenuProperties>& former);
     void handleEvent(std::int32_t id, const std::string& event);
     void writeItem(BusWriter& writer, std::int32_t id, bool withChildren, const std::set<std::string>& names) const;
 
@@ -70,7 +71,7 @@ class DBusMenu {
     BusSlot slot_;
     std::uint32_t revision_ = 1;
     std::int32_t firstId_ = 1;
-    std::size_t announcedItems_ = 0;  // the number of items in the last announced layout
+    std::vector<DBusMenuProperties> announced_;  // the items of the last announced menu
 };
 
 }  // namespace kovra

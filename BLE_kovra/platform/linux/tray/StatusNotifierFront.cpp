@@ -20,7 +20,7 @@ StatusNotifierFront::~StatusNotifierFront() {
 
 void StatusNotifierFront::show(const TrayContents&, const TrayChanges& changes) {
     item_.notify(changes);
-    if (changes.menu) menu_.layoutChanged();
+    if (changes.menu) menu_.menuReplaced();
     if (!changes.states.empty()) menu_.statesChanged(changes.states);
     hasContents_ = true;
     exportIfReady();

@@ -220,6 +220,39 @@ TEST(DBusMenuTest, SignalsAnotherLayoutAndRefusesALateClickInTheOldOne) {
     EXPECT_EQ(rig.layout(), "(0 " + root + " [])");
 }
 
+// A panel that reads the menu while it is replaced would otherwise show items without texts.
+TEST(DBusMenuTest, KeepsTheNumbersOfItemsIfOnlyAHintChanges) {
+    MenuRig rig;
+    Menu menu = rig.menu();
+    menu.items[1] = rig.entry("Choose");
+    rig.item->setMenu(menu);
+    rig.settle();
+    EXPECT_EQ(rig.panel->signals(), R"(ItemsPropertiesUpdated [(2 ["label":"Choose"])] [(2 ["enabled"])]; )");
+    EXPECT_EQ(rig.panel->click(2), "");
+    EXPECT_EQ(rig.takeDone(), "Choose; ");
+    rig.item->setMenu(rig.menu());
+    rig.settle();
+    EXPECT_EQ(rig.panel->signals(),
+              R"(ItemsPropertiesUpdated [(2 ["label":"a__hint & <b>" "enabled":no])] [(2 [])]; )");
+    EXPECT_EQ(rig.panel->click(2), "");
+    EXPECT_EQ(rig.takeDone(), "");
+    rig.item->setMenu(rig.menu());
+    rig.settle();
+    EXPECT_EQ(rig.panel->signals(), "");
+}
+
+TEST(DBusMenuTest, RefusesALateClickOnAnItemThatMeansSomethingElseNow) {
+    for (const std::size_t changed : {0U, 3U}) {
+        MenuRig rig;
+        Menu menu = rig.menu();
+        menu.items[changed] = rig.entry("Else");
+        rig.item->setMenu(menu);
+        rig.settle();
+        EXPECT_TRUE(rig.panel->signals().starts_with("LayoutUpdated ")) << changed;
+        EXPECT_EQ(rig.panel->click(1), refused);
+    }
+}
+
 TEST(DBusMenuTest, NamesOnlyKeysThatHaveANameInEveryToolkit) {
     MenuRig rig;
     Menu menu;

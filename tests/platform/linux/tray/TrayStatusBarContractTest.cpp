@@ -24,7 +24,10 @@ class PanelDriver {
             icon_ = unquoted(rig_.panel->itemProperty("IconName"));
         }
         if (isNew || signals.find("NewToolTip") != std::string::npos) readToolTip();
-        if (isNew || signals.find("LayoutUpdated") != std::string::npos) readMenu();
+        if (isNew || signals.find("LayoutUpdated") != std::string::npos ||
+            signals.find("ItemsPropertiesUpdated") != std::string::npos) {
+            readMenu();
+        }
         readStates(signals);
         isKnown_ = true;
     }
