@@ -4,6 +4,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QEvent>
 
 #include "BLE_kovra/platform/linux/ui/style/TextStyle.h"
 
@@ -31,6 +32,7 @@ QVariant unwrapped(QVariant value) {
 
 DesktopColors::DesktopColors() {
     if (qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP")) return;
+    qApp->installEventFilter(this);
     QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
     bus.connect(portal, path, settings, QStringLiteral("SettingChanged"), this, SLOT(settingChanged(QDBusMessage)));
     QDBusMessage read = QDBusMessage::createMethodCall(portal, path, settings, QStringLiteral("Read"));
@@ -49,13 +51,25 @@ void DesktopColors::settingChanged(const QDBusMessage& signal) {
         prefer(unwrapped(values[2]).toUInt() == dark);
 }
 
+bool DesktopColors::eventFilter(QObject* watched, QEvent* event) {
+    // The toolkit's theme may change its colors again after the user's preference has arrived.
+    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
+        QMetaObject::invokeMethod(this, &DesktopColors::apply, Qt::QueuedConnection);
+    return false;
+}
+
 void DesktopColors::prefer(bool darkIsPreferred) {
-    if (darkIsPreferred && !isDark(QApplication::palette())) {
-        QApplication::setPalette(darkColors());
+    darkIsPreferred_ = darkIsPreferred;
+    apply();
+}
+
+void DesktopColors::apply() {
+    if (darkIsPreferred_ && !isDark(QApplication::palette())) {
         isApplied_ = true;
-    } else if (!darkIsPreferred && isApplied_) {
-        QApplication::setPalette(QPalette());  // the theme's own
+        QApplication::setPalette(darkColors());
+    } else if (!darkIsPreferred_ && isApplied_) {
         isApplied_ = false;
+        QApplication::setPalette(QPalette());  // the theme's own
     }
 }
 

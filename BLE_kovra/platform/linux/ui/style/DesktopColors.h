@@ -24,8 +24,11 @@ class DesktopColors : public QObject {
     void settingChanged(const QDBusMessage& signal);
 
   private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void prefer(bool darkIsPreferred);
+    void apply();
 
+    bool darkIsPreferred_ = false;
     bool isApplied_ = false;
 };
 

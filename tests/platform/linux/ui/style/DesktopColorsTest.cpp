@@ -95,12 +95,15 @@ TEST_F(DesktopColorsTest, FollowTheUser) {
     EXPECT_TRUE(QTest::qWaitFor([this] { return paper() == own; }));
 }
 
-TEST_F(DesktopColorsTest, AreThoseOfADarkTheme) {
+TEST_F(DesktopColorsTest, AreThoseOfTheThemeWhileThatIsDark) {
     const SettingsOfDesktop desktop(dark);
     const QColor themes(0x10, 0x20, 0x30);
     QApplication::setPalette(QPalette(themes, themes));
     const DesktopColors colors;
     EXPECT_EQ(paper(), themes);
+    // The theme may become light again.
+    QApplication::setPalette(QPalette(QColor(Qt::white), QColor(Qt::white)));
+    EXPECT_TRUE(QTest::qWaitFor([] { return paper() == darkPaper(); }));
 }
 
 TEST_F(DesktopColorsTest, AreThoseOfTheThemeWithoutAPortalOrADesktop) {
