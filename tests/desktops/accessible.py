@@ -10,8 +10,7 @@ from waiting import Failed
 
 ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 ACCESSIBLE, COMPONENT = "org.a11y.atspi.Accessible", "org.a11y.atspi.Component"
-# The numbers of at-spi2-core for roles and states.
-MENU_ITEM, CHECK_MENU_ITEM, SEPARATOR = 35, 8, 50
+# The numbers of at-spi2-core for states, and for places on the screen.
 CHECKED, SHOWING = 4, 25
 ON_SCREEN = 0
 
@@ -28,7 +27,8 @@ class Thing:
 
     @property
     def role(self):
-        return self._call("GetRole")[0]
+        """The name of the role, in English."""
+        return self._call("GetRoleName")[0]
 
     def has(self, state):
         words = self._call("GetState")[0]

@@ -130,6 +130,9 @@ class Container:
         runs = pathlib.Path(f"/proc/{self._first}/comm").read_text() == "systemd\n"
         return runs and _listens(self.files / SYSTEM_BUS)
 
+    def is_running(self):
+        return self._process.poll() is None
+
     def last_words(self):
         return (self.folder / "console").read_text(errors="replace").strip()[-600:]
 

@@ -84,7 +84,7 @@ class Desktop:
     driver: type = None
     # The title of the window in which the desktop asks for the hot key, if it does.
     asks_for_key: str = ""
-    # The desktop assigns the hot key at the first request, without asking.
+    # The desktop assigns the hot key without asking.
     assigns_key: bool = False
 
     @property
@@ -121,7 +121,7 @@ def _units(kind):
 DESKTOPS = [
     Desktop("gnome-43", "bookworm", "Debian 12, GNOME 43, Wayland", gnome),
     Desktop("plasma-5.27", "bookworm", "Debian 12, Plasma 5.27, Wayland", plasma,
-            packages=("plasma-workspace-wayland",), asks_for_key="Shortcuts"),
+            packages=("plasma-workspace-wayland",), assigns_key=True),
     Desktop("gnome-48", "trixie", "Debian 13, GNOME 48, Wayland", gnome, asks_for_key="Add Keyboard Shortcuts"),
     Desktop("plasma-6.3", "trixie", "Debian 13, Plasma 6.3, Wayland", plasma, files=plasma.IN_A_WINDOW,
             driver=on_x.PlasmaOnX, assigns_key=True),

@@ -1,5 +1,6 @@
 """GNOME Shell: its packages, its settings without a screen, and its driver, which lets the shell itself report."""
 
+import contextlib
 import io
 import json
 
@@ -18,7 +19,7 @@ SESSIONS = {"wayland": "/usr/bin/gnome-session --session=gnome", "x11": "/usr/bi
 _DROP_IN = "[Service]\nExecStart=\nExecStart=/usr/bin/gnome-shell --unsafe-mode {}\n"
 FILES = {
     "/etc/systemd/user/org.gnome.Shell@wayland.service.d/kovra.conf":
-        _DROP_IN.format("--headless --virtual-monitor 1280x800"),
+        _DROP_IN.format("--headless --virtual-monitor 1920x1200"),
     "/etc/systemd/user/org.gnome.Shell@x11.service.d/kovra.conf": _DROP_IN.format("--x11"),
     "/etc/dconf/profile/user": "user-db:user\nsystem-db:local\n",
     "/etc/dconf/db/local.d/kovra": """[org/gnome/shell]
@@ -28,6 +29,8 @@ welcome-dialog-last-shown-version='99.0'
 enable-animations=false
 [org/gnome/desktop/screensaver]
 lock-enabled=false
+[org/gnome/mutter]
+experimental-features=['scale-monitor-framebuffer']
 [org/gnome/desktop/session]
 idle-delay=uint32 0
 """,
@@ -36,6 +39,7 @@ COMMANDS = (("dconf", "update"),)
 
 SHELL = ("org.gnome.Shell", "/org/gnome/Shell", "org.gnome.Shell")
 SCREENSHOT = ("org.gnome.Shell.Screenshot", "/org/gnome/Shell/Screenshot", "org.gnome.Shell.Screenshot")
+DISPLAYS = ("org.gnome.Mutter.DisplayConfig", "/org/gnome/Mutter/DisplayConfig", "org.gnome.Mutter.DisplayConfig")
 PICTURE = "/tmp/kovra-picture.png"
 # Code that the shell evaluates before each piece of ours.
 PRELUDE = """
@@ -60,6 +64,7 @@ const indicator = () => indicators().find(one => one._indicator?.id === 'ble-kov
 
 class Gnome(Shell):
     HAS_TOOL_TIPS = False
+    WIDTH, HEIGHT = 1920, 1200
 
     @property
     def _bus(self):
@@ -89,11 +94,11 @@ class Gnome(Shell):
     def point(self, x, y):
         self.evaluate(f"kovra.pointer.notify_absolute_motion(now(), {x}, {y})")
 
-    def click(self, x, y, button=1):
+    def click(self, x, y, button=1, times=1):
         self.point(x, y)
         # What lies below the pointer is known after the shell has handled the motion.
         wait_for(lambda: self.evaluate("global.get_pointer().slice(0, 2)") == [x, y], "the pointer to arrive", 20)
-        for state in ("PRESSED", "RELEASED"):
+        for state in ("PRESSED", "RELEASED") * times:
             self.evaluate(f"kovra.pointer.notify_button(now(), {button}, C.ButtonState.{state})")
 
     def press(self, *names):
@@ -109,7 +114,7 @@ class Gnome(Shell):
                 return {title: one.get_title() ?? '', app: tracker.get_window_app(one)?.get_id() ?? '',
                         box: [frame.x, frame.y, frame.x + frame.width, frame.y + frame.height],
                         has_keyboard: one.has_focus(), asks_for_attention: one.demands_attention || one.urgent,
-                        pid: one.get_pid()};
+                        pid: one.get_pid(), is_shown: !one.minimized};
             })""")]
 
     def is_busy(self):
@@ -129,6 +134,65 @@ class Gnome(Shell):
             return None
         return [Entry(**one) for one in entries]
 
+    def focus_icon(self):
+        """Moves the keyboard to the icon, as the page of shortcuts in GNOME's settings says."""
+        self.press("Control", "Alt", "Tab")
+        on_panel = "!!global.stage.key_focus && Main.panel.contains(global.stage.key_focus)"
+        wait_for(lambda: self.evaluate(on_panel), "the keyboard on the panel", 20)
+        focus = lambda: self.evaluate("String(global.stage.key_focus).split(' ')[0]")
+        while not self.evaluate("global.stage.key_focus === indicator()"):
+            before = focus()
+            self.press("Tab")
+            wait_for(lambda: focus() != before, "the keyboard to move on", 20)
+
+    def accept_key(self, dialogue):
+        """Clicks the button "Add" of the dialogue for a hot key."""
+        _, top, right, _ = dialogue.box
+        self.click(right - 37, top + 23)
+
+    def title_buttons(self, window):
+        """Returns the places of the buttons that close and minimize the window. GNOME's windows have only the first."""
+        _, top, right, _ = window.box
+        return (right - 24, top + 20), None
+
+    # Settings of the desktop
+
+    def set_scale(self, scale):
+        serial, monitors, _, _ = self._bus.call(*DISPLAYS, "GetCurrentState")
+        (connector, *_), ((mode, _, _, _, _, scales, _), *_), _ = monitors[0]
+        known = min(scales, key=lambda one: abs(one - scale))
+        check(abs(known - scale) < 0.01, f"GNOME offers the scales {scales}")
+        screen = (0, 0, known, 0, True, [(connector, mode, {})])
+        temporarily, logical = 1, GLib.Variant("u", 1)
+        self._bus.call(*DISPLAYS, "ApplyMonitorsConfig", GLib.Variant(
+            "(uua(iiduba(ssa{sv}))a{sv})", (serial, temporarily, [screen], {"layout-mode": logical})))
+        self.scale = scale
+
+    def set_dark(self, is_dark):
+        self._set("org.gnome.desktop.interface", "color-scheme", "prefer-dark" if is_dark else "default")
+
+    @property
+    def focus_levels(self):
+        return () if self.session.desktop.release == "bookworm" else ("strict",)
+
+    @property
+    def focus_remark(self):
+        if self.focus_levels:
+            return 'with focus-new-windows="smart", GNOME gives the keyboard to each new window'
+        return "GNOME 43 gives the keyboard to each new window on Wayland"
+
+    @contextlib.contextmanager
+    def focus_level(self, level):
+        """How much the desktop prevents new windows from taking the keyboard, within a `with` block."""
+        self._set("org.gnome.desktop.wm.preferences", "focus-new-windows", level)
+        try:
+            yield
+        finally:
+            self._set("org.gnome.desktop.wm.preferences", "focus-new-windows", "smart")
+
+    def _set(self, schema, key, value):
+        self.session.run("gsettings", "set", schema, key, value)
+
     def launch(self, typed):
         """Types a word in the overview, as a user does, and starts what it finds."""
         self.press("Super")
@@ -145,7 +209,7 @@ class Gnome(Shell):
         wait_for(lambda: self.evaluate(f"{results}._defaultResult?.app?.get_id()") == self.session.ENTRY,
                  "the search to find the program")
 
-    def dash_entries(self):
+    def task_entries(self):
         """Returns how often the program is among the running programs."""
         return self.evaluate(f"imports.gi.Shell.AppSystem.get_default().get_running().filter(one => one.get_id() === "
                              f"'{self.session.ENTRY}').length")

@@ -28,6 +28,9 @@ FIRST_KEY = 8
 class OnX:
     """Comes before a desktop's driver among the base classes, and replaces its input and pictures."""
 
+    CAN_SCALE = False
+    WIDTH, HEIGHT = Shell.WIDTH, Shell.HEIGHT
+
     @functools.cached_property
     def _screen(self):
         # An X client finds a server only by its number.
@@ -46,8 +49,9 @@ class OnX:
     def point(self, x, y):
         self._screen.point(x, y)
 
-    def click(self, x, y, button=1):
-        self._screen.click(x, y, button)
+    def click(self, x, y, button=1, times=1):
+        for _ in range(times):
+            self._screen.click(x, y, button)
 
     def key(self, code, is_pressed):
         self._screen.key(FIRST_KEY + code, is_pressed)

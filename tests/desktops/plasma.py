@@ -12,7 +12,7 @@ import accessible
 import look
 from item import BUS, WATCHER, Caller, item_of_program
 from shell import Entry, Shell, Window
-from waiting import Failed, now, wait_for
+from waiting import Failed, check, now, wait_for
 from wayland import WaylandClient
 
 NAME = "plasma"
@@ -56,7 +56,7 @@ const all = list.filter(one => one.normalWindow || one.dialog).map(one => {
     const place = one.frameGeometry;
     return {title: one.caption, app: String(one.desktopFileName || one.resourceClass), has_keyboard: one.active,
             box: [place.x, place.y, place.x + place.width, place.y + place.height].map(Math.round),
-            asks_for_attention: one.demandsAttention, pid: one.pid};
+            asks_for_attention: one.demandsAttention, pid: one.pid, is_shown: !one.minimized};
 });
 callDBus("%s", "/kovra", "org.kovra.Test", "Report", JSON.stringify(all));
 """
@@ -105,13 +105,20 @@ class Plasma(Shell):
         self.still_picture()
 
     def picture(self):
+        # While the screens change, KWin cancels pictures.
+        return wait_for(self._picture, "a picture of the screen", 20)
+
+    def _picture(self):
         reading, writing = os.pipe()
         with os.fdopen(reading, "rb") as picture:
             try:
                 # The list closes its descriptors when it is no longer referenced. The picture ends when all are closed.
                 answer, _ = self.session.bus.call_with_unix_fd_list_sync(
-                    KWIN, *SCREENSHOT, GLib.Variant("(a{sv}h)", ({}, 0)), None, 0, 60_000,
+                    KWIN, *SCREENSHOT, GLib.Variant("(a{sv}h)", (
+                        {"native-resolution": GLib.Variant("b", True)}, 0)), None, 0, 60_000,
                     Gio.UnixFDList.new_from_array([os.dup(writing)]))
+            except GLib.Error:
+                return None
             finally:
                 os.close(writing)
             facts = answer.unpack()[0]
@@ -123,9 +130,9 @@ class Plasma(Shell):
     def point(self, x, y):
         self._input.point(x, y)
 
-    def click(self, x, y, button=1):
+    def click(self, x, y, button=1, times=1):
         self.point(x, y)
-        for is_pressed in (1, 0):
+        for is_pressed in (1, 0) * times:
             self._input.button(button, is_pressed)
 
     def key(self, code, is_pressed):
@@ -156,13 +163,9 @@ class Plasma(Shell):
                                                                       "activeEffects")
 
     def icon(self):
-        for thing in self._shown(lambda thing: thing.label == "BLE-kovra"):
-            with contextlib.suppress(Failed):  # it may have disappeared meanwhile
-                left, top, right, bottom = thing.box
-                # In the panel, and neither a task nor a tool tip.
-                if top >= 700 and right - left < 60:
-                    return [left, top, right, bottom]
-        return None
+        # In the panel, and neither a task nor a tool tip.
+        is_icon = lambda box: box[1] >= self.HEIGHT / self.scale - 60 and box[2] - box[0] < 60
+        return next((box for box in self._boxes("BLE-kovra") if is_icon(box)), None)
 
     def expect_menu(self):
         """Remembers the screen without the menu. Assistive technologies do not see Plasma's menus."""
@@ -190,6 +193,41 @@ class Plasma(Shell):
             is_checked = entry.checked is not None and sum(blue > red + 60 for red, _, blue in mark) > 20
             found.append(Entry(entry.title, is_checked, row))
         return found
+
+    def focus_icon(self):
+        """Moves the keyboard to the icon, with Plasma's shortcut for its panels. The panel marks it with a blue line."""
+        self.press("Super", "Alt", "p")
+        left, top, right, _ = self.icon()
+        mark = (left, top - 10, right, top)
+        for _ in range(20):
+            picture = self.still_picture()
+            if any(blue > red + 60 for red, _, blue in picture.crop(mark).getdata()):
+                return
+            self.press("Tab")
+        check(False, "the keyboard does not reach the icon")
+
+    def task_entries(self):
+        """Returns how many entries the program has in the task bar."""
+        return sum(box[2] - box[0] > 40 for box in self._boxes("BLE-kovra"))
+
+    def title_buttons(self, window):
+        """Returns the places of the buttons that close and minimize the window."""
+        _, top, right, _ = window.box
+        return (right - 14, top + 14), (right - 38, top + 14)
+
+    # Settings of the desktop
+
+    def set_scale(self, scale):
+        self.session.run("kscreen-doctor", f"output.1.scale.{scale}")
+        self.scale = scale
+        self.still_picture()
+
+    def set_dark(self, is_dark):
+        self.session.run("plasma-apply-colorscheme", "BreezeDark" if is_dark else "BreezeLight")
+
+    # KWin knows the levels low, medium, high and extreme, but not on Wayland.
+    focus_levels = ()
+    focus_remark = "KWin 5.27 gives the keyboard to each new window on Wayland, at each level"
 
     def launch(self, typed):
         """Types a word in KRunner, as a user does, and starts what it finds."""
@@ -229,6 +267,14 @@ class Plasma(Shell):
     def log_out(self):
         self.session.bus.call_sync("org.kde.Shutdown", "/Shutdown", "org.kde.Shutdown", "logout", None, None, 0, 10_000,
                                    None)
+
+    def _boxes(self, label):
+        """Returns the places of what the panel shows under this name. What disappears meanwhile is left out."""
+        boxes = []
+        for thing in self._shown(lambda thing: thing.label == label):
+            with contextlib.suppress(Failed):
+                boxes.append(thing.box)
+        return boxes
 
     def _shown(self, wanted, by="plasmashell"):
         """Returns what this program shows and is wanted."""

@@ -2,12 +2,11 @@
 
 import look
 from item import PROGRAM
-from texts import ENGLISH, HINT, MUTE, TEXTS
+from texts import HINT, MUTE
 from waiting import check, now, wait_for
-from world import ASKED, BINARY, NotPossible
+from world import ASKED, BINARY, TITLES, NotPossible
 
 SCENARIOS = {}
-TITLES = TEXTS[ENGLISH]
 
 
 def scenario(sentence):
@@ -49,7 +48,8 @@ def icon(world):
         world.program.perform("on" if muted else "off")
         world.expect_flag(muted)
         world.icon_picture()
-        picture, box = world.shell.still_picture(), world.shell.icon()
+        picture = world.shell.still_picture()
+        box = world.shell.icon_in(picture)
         measured["muted" if muted else "plain"] = ratio = look.contrast(picture, box, box[0] - 4)
         check(ratio >= LEAST_CONTRAST, f"its contrast is only {ratio:.1f}")
     return ", ".join(f"contrast {state} {ratio:.1f}" for state, ratio in measured.items())
@@ -104,10 +104,13 @@ def menu(world):
     _expect_ticks(world, [TITLES["menu.launchAtLogin"]])
     world.choose_entry(TITLES["menu.launchAtLogin"])
     wait_for(lambda: not world.autostart.exists(), "the autostart entry to be removed")
-    for entry in ("menu.about", "menu.settings"):
-        world.choose_entry(TITLES[entry])
-        world.expect_window_in_front()
-        world.close_window()
+    world.choose_entry(TITLES["menu.about"])
+    wait_for(lambda: world.alert() and world.alert().has_keyboard, "the About box in front", 30)
+    world.shell.press("Escape")
+    wait_for(lambda: not world.alert(), "the About box to close", 20)
+    world.choose_entry(TITLES["menu.settings"])
+    world.expect_window_in_front()
+    world.close_window()
     world.choose_entry(TITLES["menu.quit"])
     wait_for(lambda: not world.processes(), "the program to end", 20)
     wait_for(lambda: world.shell.icon() is None, "the icon to leave the panel", 20)
@@ -162,6 +165,28 @@ def hot_key(world):
     wait_for(lambda: world.item.entries()[HINT].title == offer, "the menu to offer the hot key after a refusal", 30)
 
 
+@scenario("Once the user has agreed, Ctrl+Alt+T mutes and unmutes, also after a restart, and the menu shows the combination.")
+def portal_key(world):
+    if not world.desktop.asks_for_key and not world.desktop.assigns_key:
+        raise NotPossible("no portal of this desktop has hot keys")
+    world.choose(blockMode="always", isEnabled=False)
+    world.run(BINARY)
+    world.find_item()
+    if world.desktop.asks_for_key:
+        world.program.perform("settings")
+        world.accept_key()
+        wait_for(world.window, "the settings", 30)
+        world.close_settings()
+    for start in ("the first start", "the next start"):
+        wait_for(lambda: world.item.entries()[HINT].title == TITLES["menu.hotkeyHint"],
+                 f"the menu to show the hot key at {start}", 30)
+        check(not world.dialogues_for_key(), f"the desktop asks again at {start}")
+        _expect_toggles(world)
+        world.end_program()
+        world.run(BINARY)
+        world.find_item()
+
+
 @scenario("Ctrl+Alt+T mutes and unmutes on X11, also from an editor, which still receives what is typed.")
 def grabbed_key(world):
     if world.desktop.is_wayland:
@@ -169,11 +194,10 @@ def grabbed_key(world):
     world.start()
     check(world.item.entries()[HINT].title == TITLES["menu.hotkeyHint"], "the menu does not show the hot key")
     _expect_toggles(world)
-    typed = world.open_editor()
-    _expect_toggles(world)
-    world.shell.type("still here")
-    world.shell.press("Return")
-    wait_for(lambda: typed() == "still here\n", "the editor to receive what was typed", 20)
+    with world.editor() as editor:
+        _expect_toggles(world)
+        editor.type("still here")
+        check(editor.finish() == "still here", "the editor has not received what was typed")
 
 
 @scenario("The panel is restarted: the icon is back within 2 s, and its menu works.")

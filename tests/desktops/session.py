@@ -2,6 +2,7 @@
 
 import contextlib
 import json
+import time
 
 from gi.repository import GLib
 
@@ -25,6 +26,25 @@ class Session:
     def __init__(self, desktop, container):
         self.desktop, self.container = desktop, container
         self.bus = self.shell = None
+
+    def restart(self):
+        """Starts the session again, after the person has logged out."""
+        state = lambda: self.container.run("systemctl", "show", "-P", "ActiveState", self.desktop.session_unit).strip()
+        wait_for(lambda: state() in ("inactive", "failed"), "the session to end", 60)
+        ended = lambda: "user@" not in self.container.run("systemctl", "list-units", "--plain", "--no-legend", "user@*")
+        wait_for(ended, "the person's services to end", 60)
+        self.close()
+        self.start()
+
+    def shut_down(self):
+        """Powers the container off. Returns what the flag said until its file system was unmounted."""
+        seen = []
+        self.container.run("systemctl", "--no-block", "poweroff")
+        while self.container.is_running():
+            with contextlib.suppress(OSError):
+                seen.append(self.flag())
+            time.sleep(0.005)
+        return [word for word in seen if word is not None]
 
     def start(self):
         """Starts the session, and waits until the desktop can be used."""
@@ -62,6 +82,13 @@ class Session:
         with contextlib.suppress(Failed):
             return self.shell.is_ready()
         return False
+
+    def run(self, *command):
+        """Runs a command as the person, in the environment of the session. Returns its output."""
+        display = {"WAYLAND_DISPLAY": "wayland-0", "QT_QPA_PLATFORM": "wayland"} if self.desktop.is_wayland else {
+            "DISPLAY": ":0"}
+        return self.container.run(*command, user=PERSON, HOME=f"/home/{PERSON}", XDG_RUNTIME_DIR=f"/{self.RUNTIME}",
+                                  DBUS_SESSION_BUS_ADDRESS=f"unix:path=/{self.RUNTIME}/bus", **display)
 
     def journal(self, *options):
         return self.container.run("journalctl", "--no-pager", "-q", *options)

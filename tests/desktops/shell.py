@@ -22,6 +22,8 @@ class Window:
     has_keyboard: bool
     asks_for_attention: bool
     pid: int
+    # False while it is minimized.
+    is_shown: bool = True
 
 
 @dataclasses.dataclass
@@ -33,10 +35,26 @@ class Entry:
 
 
 class Shell:
-    """A running desktop, as a person sees and uses it. `session` is the Session that it belongs to."""
+    """A running desktop, as a person sees and uses it. `session` is the Session that it belongs to.
+
+    Places are in the desktop's units. A picture has more pixels if the screen is scaled.
+    """
+
+    # The size of the screen at scale 1.
+    WIDTH, HEIGHT = 1280, 800
+    CAN_SCALE = True
 
     def __init__(self, session):
         self.session = session
+        self.scale = 1
+
+    def pixels(self, picture, box):
+        """Returns the part of the picture that the box covers, in pixels of the picture."""
+        return [round(one * self.scale * picture.width / self.WIDTH) for one in box]
+
+    def icon_in(self, picture):
+        """Returns the box of the icon in the picture, in pixels."""
+        return self.pixels(picture, self.icon())
 
     def settle(self):
         """Called once when the desktop is ready."""
@@ -47,6 +65,11 @@ class Shell:
 
     def expect_menu(self):
         """Called before the menu is opened."""
+
+    def choose_first_entry(self):
+        """Chooses the first entry of the open menu with the keyboard."""
+        self.press("Down")
+        self.press("Return")
 
     def press(self, *names):
         """Presses these keys, and then releases them in reverse order."""

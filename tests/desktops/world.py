@@ -12,12 +12,19 @@ from container import Container
 from desktops import PERSON, PERSON_ID
 from devices import Devices
 from item import PROGRAM, Caller, Program, item_of_program
+from editor import Editor
+from reader import ScreenReader
 from session import Session
+from texts import ENGLISH, TEXTS
 from waiting import Failed, check, now, wait_for
 
 # Where the simulated devices are in the container.
 MICE = "tmp/kovra-mice"
 BINARY = "/usr/bin/ble-kovra"
+HELPER = "ble-kovra-helper.service"
+TITLES = TEXTS[ENGLISH]
+# How often somebody clicks who wants to see the menu.
+CLICKS = 4
 # The preferences of a user whom the desktop has asked for the hot key.
 ASKED = {"hotKeyRequested": True}
 
@@ -104,9 +111,9 @@ class World:
         self.find_item()
         self.expect_flag(muted)
 
-    def run(self, *command, **variables):
+    def run(self, *command, name=PROGRAM, **variables):
         """Starts a program in the session as a unit of the session's service manager, as desktops do."""
-        name = f"app-kovra-{time.monotonic_ns()}.service"
+        name = f"app-{name}-{time.monotonic_ns()}.service"
         properties = [("ExecStart", GLib.Variant("a(sasb)", [(command[0], list(command), False)])),
                       ("CollectMode", GLib.Variant("s", "inactive-or-failed")),
                       ("Environment", GLib.Variant("as", [f"{key}={value}" for key, value in variables.items()]))]
@@ -126,9 +133,16 @@ class World:
 
     def refuse_key(self):
         """Waits until the desktop asks for the hot key, and refuses."""
+        self._answer_for_key(lambda dialogue: self.shell.press("Alt", "F4"))
+
+    def accept_key(self):
+        """Waits until the desktop asks for the hot key, and agrees."""
+        self._answer_for_key(self.shell.accept_key)
+
+    def _answer_for_key(self, answer):
         wait_for(lambda: any(one.has_keyboard for one in self.dialogues_for_key()), "the dialogue for the hot key", 60)
         check(len(self.dialogues_for_key()) == 1, "the desktop asks more than once")
-        self.shell.press("Alt", "F4")
+        answer(self.dialogues_for_key()[0])
         wait_for(lambda: not self.dialogues_for_key(), "the dialogue to close", 30)
 
     def _has_icon(self):
@@ -160,23 +174,22 @@ class World:
     def icon_picture(self, wanted=lambda icon: True, text="the icon"):
         """Waits until the icon stands still and its picture satisfies `wanted`. Returns that picture."""
         self.rest()
-        taken = lambda picture: picture.crop(self.shell.icon())
+        taken = lambda picture: picture.crop(self.shell.icon_in(picture))
         return taken(self.shell.still_picture(lambda picture: wanted(taken(picture)), text, 20))
 
-    def click_icon(self, button=1):
-        left, top, right, bottom = self.shell.icon()
-        self.shell.click((left + right) // 2, (top + bottom) // 2, button)
+    def click_icon(self, button=1, times=1):
+        left, top, right, bottom = wait_for(self.shell.icon, "the icon", 20)
+        self.shell.click((left + right) // 2, (top + bottom) // 2, button, times)
 
     def open_menu(self, button=1):
         """Clicks the icon, and returns the entries that the open menu shows."""
         self.shell.expect_menu()
-        self.click_icon(button)
-        try:
-            return wait_for(self.shell.menu, "the menu to open", 10)
-        except Failed:
-            # A panel ignores a click on the icon until it has read the menu. So click again, as a user would.
+        # A panel ignores a click on the icon until it has read the menu. So click again, as a user would.
+        for _ in range(CLICKS):
             self.click_icon(button)
-            return wait_for(self.shell.menu, "the menu to open at the second click", 20)
+            with contextlib.suppress(Failed):
+                return wait_for(self.shell.menu, "the menu to open", 5)
+        raise Failed(f"the menu does not open at {CLICKS} clicks")
 
     def close_menu(self):
         self.shell.press("Escape")
@@ -200,8 +213,16 @@ class World:
     # The window
 
     def window(self):
-        """Returns the program's only window, or None."""
-        found = [one for one in self.shell.windows() if one.title == "BLE-kovra"]
+        """Returns the settings window, or None."""
+        return self._one_window(lambda window: not _is_alert(window))
+
+    def alert(self):
+        """Returns the alert, or None."""
+        return self._one_window(_is_alert)
+
+    def _one_window(self, wanted):
+        # A desktop may number windows with equal titles.
+        found = [one for one in self.shell.windows() if one.title.startswith("BLE-kovra") and wanted(one)]
         check(len(found) < 2, f"there are {len(found)} windows")
         return found[0] if found else None
 
@@ -219,26 +240,49 @@ class World:
 
     def close_settings(self):
         """Closes the window, which need not have the keyboard: a click on it comes first."""
-        left, top, right, _ = self.window().box
-        self.shell.click((left + right) // 2, top + 60)
-        self.expect_window_in_front()
+        self.bring_to_front()
         self.close_window()
 
     def close_window(self):
         self.shell.press("Escape")
         wait_for(lambda: not self.window(), "the window to close", 20)
 
-    # Other programs
+    def bring_to_front(self):
+        """Clicks the window as a person does who looks for it. Returns it."""
+        left, top, right, _ = self.window().box
+        self.shell.click((left + right) // 2, top + 60)
+        return self.expect_window_in_front()
 
-    def open_editor(self):
-        """Opens a field in which one line can be typed. Returns a function for the text once it was entered."""
-        place = "tmp/kovra-typed"
-        self.run("/bin/sh", "-c", f"zenity --entry --title=Editor >/{place}")
-        wait_for(lambda: any(one.title == "Editor" and one.has_keyboard for one in self.shell.windows()), "the editor",
-                 30)
-        return (self.session.files / place).read_text
+    # The person and the system
+
+    @contextlib.contextmanager
+    def without_helper(self):
+        """The service is disabled, so that the program starts with an alert."""
+        self.container.run("systemctl", "disable", "--now", HELPER)
+        try:
+            yield
+        finally:
+            self.end_program()
+            self.container.run("systemctl", "enable", "--now", HELPER)
+
+    def editor(self):
+        return Editor(self)
+
+    def screen_reader(self):
+        return ScreenReader(self.session, self.bus)
+
+    def log_in_again(self):
+        """Logs out, and in again."""
+        self.shell.log_out()
+        wait_for(lambda: not self.processes(), "the program to end", 30)
+        self.session.restart()
+        self.item = None
 
     # What is left behind
+
+    def keep_picture(self, name):
+        """Keeps a picture of the screen for people to look at."""
+        self.shell.still_picture().save(self._kept / f"{self.desktop.name}-{name}.png")
 
     def leave_behind(self, name):
         """Saves a picture of the screen and the journal. Returns the path of the picture."""
@@ -248,3 +292,8 @@ class World:
         with contextlib.suppress(Exception):
             kept.with_suffix(".txt").write_text(self.session.journal("-b"))
         return kept
+
+
+def _is_alert(window):
+    """Alerts have the same title as the settings, but they are low."""
+    return window.box[3] - window.box[1] < 400

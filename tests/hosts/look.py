@@ -82,16 +82,28 @@ def contrast(picture, box, beside=None):
     return sum(strongest) / len(strongest)
 
 
-def _ratio(one, other):
-    dark, light = sorted((_luminance(one), _luminance(other)))
-    return (light + 0.05) / (dark + 0.05)
+def steepest(picture, box):
+    """Returns the largest difference between two pixels side by side, as a share of the largest in the box (0 to 1).
+
+    It is 1 for a sharp edge. Enlarging with smooth transitions makes it smaller.
+    """
+    gray = picture.crop(box).convert("L")
+    values = list(gray.getdata())
+    darkest, lightest = gray.getextrema()
+    steps = [abs(one - other) for place, (one, other) in enumerate(zip(values, values[1:]), 1) if place % gray.width]
+    return max(steps) / max(1, lightest - darkest)
 
 
-def _luminance(color):
-    """Returns the relative luminance of a color in sRGB."""
+def luminance(color):
+    """Returns the relative luminance of a color in sRGB (0 to 1)."""
     linear = [value / 12.92 if value <= 0.04045 else ((value + 0.055) / 1.055) ** 2.4
               for value in (band / 255 for band in color)]
     return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
+
+
+def _ratio(one, other):
+    dark, light = sorted((luminance(one), luminance(other)))
+    return (light + 0.05) / (dark + 0.05)
 
 
 def _columns(mask):

@@ -8,18 +8,18 @@ import subprocess
 import sys
 import tempfile
 
+import spoken_windows
 from desktop import X11Desktop
 from devices import Devices
 from item import PROGRAM, Caller, item_of_program
 from scenarios import scenario
-from texts import ABOUT, ACTIVATE, ADDRESS, MUTE, TEXTS, VERSION
+from spoken_windows import BUTTON, BUTTONS
+from texts import ABOUT, ACTIVATE, MUTE, TEXTS
 from waiting import check, now, wait_for
 
 READER = pathlib.Path(__file__).resolve().parents[1] / "platform/linux/ui/screen_reader.py"
 # The names of three mice. The first two are chosen, and DISCONNECTED is unplugged during the scenario.
 CONNECTED, DISCONNECTED, NAMELESS = "Mouse", "Rat", ""
-# at-spi2-core calls the role of a button "push button" on Debian 12 and "button" on Debian 13.
-BUTTON, BUTTONS = "button", ["push button", "button"]
 
 
 @scenario("A screen reader reads the settings window, with the advice for GNOME, and both alerts word for word as in the "
@@ -99,24 +99,8 @@ class Person:
 
     def _expect(self, devices, status, is_on=True):
         text = self._texts
-        about = f"BLE-kovra {VERSION}"
-        wanted = {
-            ("frame", "BLE-kovra"): [
-                ("label", text["settings.title"], False), ("check box", text["block"], is_on),
-                ("panel", text["settings.mode"], False), ("label", text["settings.mode"], False),
-                ("radio button", text["mode.always"], False), ("radio button", text["mode.onDevice"], True),
-                ("label", text["settings.chooseMouse"], False), ("label", text["settings.hint"], False), *devices,
-                ("label", text[status], False), ("label", text["tray.advice"], False),
-                ("label", text["settings.developedBy"], False), ("link", ADDRESS, False)],
-            ("alert", text["driver.title"]): [
-                ("label", text["driver.title"], False), ("label", text["driver.body"], False),
-                (BUTTON, text["driver.activate"], False), (BUTTON, text["driver.later"], False)],
-            ("alert", about): [
-                ("label", about, False), ("label", text["about.info"], False),
-                (BUTTON, text["about.ok"], False), (BUTTON, text["about.contact"], False)],
-        }
-        # The order of the mice is not compared. HIDMonitorTest and GlibcLocaleTest test it.
-        wanted = {window: sorted(texts) for window, texts in wanted.items()}
+        wanted = (spoken_windows.settings(text, devices, status, is_on, advice=True) | spoken_windows.driver(text) |
+                  spoken_windows.about(text))
         deadline = now() + 15
         while (found := self._read()) != wanted:
             check(now() < deadline, f"in {self._locale} the windows contain {found}\n        and not {wanted}")
