@@ -55,7 +55,10 @@ UsbPort port(udev_device* device) {
     return isFixed ? UsbPort::fixed : UsbPort::unknown;
 }
 
-InputProperties properties(udev_device* node, udev_device* input) {
+// Whether libudev's error means that there is no such device, or none any more.
+bool meansGone(int error) { return error == 0 || error == ENODEV || error == ENOENT || error == ENXIO; }
+
+InputProperties properties(udev_device* node, udev_device* input, int& error) {
     InputProperties device{.input = std::string(text(udev_device_get_sysname(input))),
                            .name = std::string(text(udev_device_get_sysattr_value(input, "name"))),
                            .isTouchpad = isSet(node, "ID_INPUT_TOUCHPAD"),
@@ -65,8 +68,10 @@ InputProperties properties(udev_device* node, udev_device* input) {
                            .hasMiddleButton = hasBit(input, "capabilities/key", BTN_MIDDLE),
                            .bus = hexNumber(input, "id/bustype"),
                            .vendor = hexNumber(input, "id/vendor"),
-                           .port = port(input),
-                           .isVirtual = udev_device_get_parent(input) == nullptr};
+                           .port = port(input)};
+    errno = 0;
+    device.isVirtual = udev_device_get_parent(input) == nullptr;
+    if (device.isVirtual && !meansGone(errno)) error = errno;
     if (const char* integration = udev_device_get_property_value(node, "ID_INPUT_TOUCHPAD_INTEGRATION"))
         device.integration = integration;
     if (const char* seat = udev_device_get_property_value(node, "ID_SEAT")) device.seat = seat;
@@ -74,8 +79,6 @@ InputProperties properties(udev_device* node, udev_device* input) {
         device.hid = text(udev_device_get_syspath(hid));
     return device;
 }
-
-bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
 
 }  // namespace
 
@@ -91,12 +94,15 @@ std::vector<InputProperties> inputDevices(udev* context, int& error) {
     error = -std::min(udev_enumerate_scan_devices(list.get()), 0);
     udev_list_entry* entry = nullptr;
     udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
+        errno = 0;
         const Handle<udev_device, udev_device_unref> node(
             udev_device_new_from_syspath(context, udev_list_entry_get_name(entry)));
-        if (!node && isShortage(errno)) error = errno;
-        if (!node) continue;  // unless there is a shortage, it was removed since the scan
-        udev_device* input = udev_device_get_parent_with_subsystem_devtype(node.get(), "input", nullptr);
-        if (input != nullptr) devices.push_back(properties(node.get(), input));
+        udev_device* input =
+            node ? udev_device_get_parent_with_subsystem_devtype(node.get(), "input", nullptr) : nullptr;
+        if (input != nullptr)
+            devices.push_back(properties(node.get(), input, error));
+        else if (!meansGone(errno))
+            error = errno;
     }
     return devices;
 }

@@ -41,11 +41,11 @@ bool Touchpads::scan() {
     std::vector<std::string> inputs = inputsToMute(inputDevices(udev_.get(), error));
     retry_.reset();
     if (error != 0) {
-        logError("the touchpads cannot be listed", error);
+        logError("not all touchpads can be read", error);
         retry_ = loop_.after(backoff_.nextDelay(), [this] { rescan(); });
-        return false;
+    } else {
+        backoff_.reset();
     }
-    backoff_.reset();
     return std::exchange(inputs_, std::move(inputs)) != inputs_;
 }
 

@@ -17,8 +17,8 @@ namespace kovra::helper {
 // The input devices to mute, found through udev.
 //
 // An event of udev only causes a new scan, and only the scan decides. So a lost event has no effect after the next
-// scan, and an outdated event never decides about a device. A scan that fails changes nothing. It is logged, and
-// repeated after growing delays.
+// scan, and an outdated event never decides about a device. A scan that cannot read all devices is
+// logged, and repeated after growing delays.
 class Touchpads {
   public:
     // Throws std::system_error if the events of udev cannot be received.

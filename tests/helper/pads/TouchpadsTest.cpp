@@ -73,11 +73,7 @@ TEST_F(TouchpadsTest, AreListedAgainIfTheyCannotBeListed) {
     fs::rename(away, list);
     EXPECT_TRUE(runUntil(loop, [&] { return changes == 1; }));
     EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
-
-    fs::rename(list, away);
-    fs::create_symlink("input", list);  // a loop
-    touchpads.rescan();
-    EXPECT_EQ(touchpads.inputs(), Inputs{"input5"});
+    handleEvents(loop);
     EXPECT_EQ(changes, 1);
 }
 
