@@ -120,9 +120,12 @@ bool FlagFolder::isOn(BootTime since) {
 int FlagFolder::watchFlag() {
     const Descriptor flag(::openat(folder_.number(), flagName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
     struct stat status{};
-    const bool isFile = flag.isOpen() && ::fstat(flag.number(), &status) == 0 && S_ISREG(status.st_mode);
+    const bool isFound = flag.isOpen() && ::fstat(flag.number(), &status) == 0;
+    // A file that cannot be opened may be one that says "on", so that it must count as one that is not watched.
+    int error = isFound || errno == ENOENT ? 0 : errno;
+    const bool isFile = isFound && S_ISREG(status.st_mode);
     const int before = std::exchange(flagWd_, isFile ? addWatch(events_, flag, flagEvents) : -1);
-    const int error = isFile && flagWd_ < 0 ? errno : 0;
+    if (isFile && flagWd_ < 0) error = errno;
     if (before >= 0 && before != flagWd_) ::inotify_rm_watch(events_.number(), before);
     isFlagWatched_ = error == 0;
     return error;

@@ -10,6 +10,7 @@
 
 #include "tests/helper/PrivateMachine.h"
 #include "tests/helper/flag/FlagRig.h"
+#include "tests/support/linux/NoDescriptors.h"
 
 namespace kovra::helper {
 namespace {
@@ -66,6 +67,27 @@ TEST(FlagFolderUnwatchedTest, FlagIsNotReplacedAgainForTheSameUser) {
         EXPECT_EQ(rig.content(), "off");
         EXPECT_EQ(rig.names(), (std::set<std::string>{"state", "state.left.0"}));
     });
+}
+
+// The event of another file arrives while no descriptor is left to open it.
+TEST(FlagFolderUnwatchedTest, FlagThatCannotBeOpenedIsNotWatched) {
+    FlagRig rig;
+    const uid_t user = ::geteuid();
+    ASSERT_TRUE(rig.handOver(user));
+    rig.write(user, "on");
+    ASSERT_TRUE(rig.isOn());
+    rig.folder().onChange = [&] { rig.loop().stop(); };
+    rig.loop().run();  // once before, since the sanitizers need descriptors at first
+    fs::rename(rig.state(), rig.path("former"));
+    fs::rename(rig.path("former"), rig.state());
+    {
+        const NoDescriptors scope;
+        rig.loop().run();
+    }
+    EXPECT_FALSE(rig.isOn());
+    EXPECT_FALSE(rig.folder().isFlagOf(user));
+    EXPECT_TRUE(rig.handOver(user));
+    EXPECT_TRUE(rig.isOn());
 }
 
 TEST(FlagFolderUnwatchedTest, FlagThatReplacesAWatchedOneIsOff) {
