@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -24,10 +26,26 @@ constexpr auto atTheEnd = 20s;
 
 const std::string flag = Machine::flagFolder + "/state";
 
-void say(const std::string& word) {
-    std::filesystem::resize_file(flag, 0);
-    std::ofstream(flag, std::ios::in) << word;
-}
+// Writes the word as the application does: again after the helper has replaced the file.
+class Writer {
+  public:
+    void say(const std::string& word) {
+        word_ = word;
+        struct stat status{};
+        if (::stat(flag.c_str(), &status) != 0) return;
+        file_ = status.st_ino;
+        std::filesystem::resize_file(flag, 0);
+        std::ofstream(flag, std::ios::in) << word;
+    }
+    void repeat() {
+        struct stat status{};
+        if (::stat(flag.c_str(), &status) == 0 && status.st_ino != file_) say(word_);
+    }
+
+  private:
+    std::string word_;
+    ino_t file_ = 0;
+};
 
 class Life {
   public:
@@ -82,13 +100,18 @@ class Life {
         const bool hasFlag = waitUntil([&] { return std::filesystem::exists(flag) || !process.isRunning(); }, patience);
         if (!process.isRunning()) return "ended";
         if (!hasFlag) return "muted nothing";
-        say("on");
+        Writer application;
+        application.say("on");
         const auto before = std::chrono::steady_clock::now();
-        const bool isMuted = waitUntil([&] { return machine_.is("1") || !process.isRunning(); }, patience);
+        const auto isMutedOrOver = [&] {
+            application.repeat();
+            return machine_.is("1") || !process.isRunning();
+        };
+        const bool isMuted = waitUntil(isMutedOrOver, patience);
         const bool isLate = !isReady || std::chrono::steady_clock::now() - before > usual;
         if (!process.isRunning()) return "ended";
         if (!isMuted) return "muted nothing";
-        say("off");
+        application.say("off");
         if (!waitUntil([&] { return machine_.is("0") || !process.isRunning(); }, patience)) mistake_ = "stays muted";
         if (!process.isRunning()) return "ended";
         return isLate ? "late" : "as usual";
