@@ -62,12 +62,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<std::size_t> chosen;
     DBusMenu exported(menu, [&](std::size_t position) { chosen.push_back(position); });
     exported.exportOn(*bus.session().connection());
-    exported.layoutChanged();
+    exported.menuReplaced();
 
     for (int calls = 0; calls < 6 && input.remaining_bytes() > 0; ++calls) {
         if (input.ConsumeIntegralInRange(0, 9) == 9) {
             menu = menuOf(input.ConsumeIntegralInRange<std::size_t>(0, 6));
-            exported.layoutChanged();
+            exported.menuReplaced();
         }
         const Method& method = methods.at(input.ConsumeIntegralInRange<std::size_t>(0, methods.size() - 1));
         sd_bus_message* made = nullptr;

@@ -22,6 +22,7 @@ NEEDS = {
     "libgcc-s1": ({"libgcc_s.so.1"}, "gcc-libs"),
     "libqt6core6": ({"libQt6Core.so.6"}, "qt6-base"),
     "libqt6gui6": ({"libQt6Gui.so.6"}, "qt6-base"),
+    "libqt6dbus6": ({"libQt6DBus.so.6"}, "qt6-base"),
     "libqt6widgets6": ({"libQt6Widgets.so.6"}, "qt6-base"),
     "libstdc++6": ({"libstdc++.so.6"}, "gcc-libs"),
     "libsystemd0": ({"libsystemd.so.0"}, "systemd-libs"),

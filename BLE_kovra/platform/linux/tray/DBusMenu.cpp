@@ -92,7 +92,9 @@ void DBusMenu::propertiesChanged(const std::vector<DBusMenuProperties>& former) 
 }
 
 void DBusMenu::statesChanged(const std::vector<std::size_t>& positions) {
-    for (const std::size_t position : positions) announced_.at(position) = dbusMenuProperties(menu_.items.at(position));
+    for (const std::size_t position : positions) {
+        if (position < announced_.size()) announced_[position] = dbusMenuProperties(menu_.items.at(position));
+    }
     if (bus_ == nullptr) return;
     bus_->emit(path, interface, "ItemsPropertiesUpdated", [&](BusWriter& writer) {
         writer.openArray("(ia{sv})");
