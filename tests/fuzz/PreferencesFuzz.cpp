@@ -45,11 +45,12 @@ void checkValue(const std::optional<PreferenceValue>& value, const Json& json) {
     fuzz::promise(value.has_value() == !json.is_null(), "a value is there unless it is null");
     if (!value) return;
     const bool* truth = std::get_if<bool>(&*value);
-    fuzz::promise(json.is_boolean() == (truth != nullptr) && (truth == nullptr || *truth == json), "truths are kept");
+    fuzz::promise(json.is_boolean() == (truth != nullptr) && (truth == nullptr || json == Json(*truth)),
+                  "truths are kept");
     const auto* number = std::get_if<double>(&*value);
     fuzz::promise(json.is_number() == (number != nullptr), "numbers are kept");
     const auto* text = std::get_if<std::string>(&*value);
-    fuzz::promise(json.is_string() == (text != nullptr) && (text == nullptr || *text == json), "texts are kept");
+    fuzz::promise(json.is_string() == (text != nullptr) && (text == nullptr || json == Json(*text)), "texts are kept");
     const auto* array = std::get_if<PreferenceArray>(&*value);
     fuzz::promise(json.is_array() == (array != nullptr) && (array == nullptr || array->size() == json.size()),
                   "arrays are kept");
