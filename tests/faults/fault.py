@@ -4,13 +4,18 @@ import re
 
 from planting import ROOT, Trouble, git, is_of_macos, tests_of
 
+# The line that names a desktop and a scenario of tests/desktops.
+DESKTOP = re.compile(r"^Desktop: (\S+) (\w+)$", re.M)
+
 
 class Fault:
     def __init__(self, path):
         self.path, self.name = path, path.stem
         text = path.read_text(encoding="utf-8")
         before, _, diff = text.partition("\n\n")
-        self.sentence = "" if re.match(r"diff |--- ", before) else " ".join(before.split())
+        # The desktop and the scenario that shall notice the fault, unless the room's tests do.
+        self.desktop = found.groups() if (found := DESKTOP.search(before)) else None
+        self.sentence = "" if re.match(r"diff |--- ", before) else " ".join(DESKTOP.sub("", before).split())
         self.files = re.findall(r"^\+\+\+ b/(\S+)", diff or text, re.M)
         self.macos = any(is_of_macos(file) for file in self.files)
 
