@@ -2,12 +2,14 @@
 
 import pathlib
 import sys
+import tempfile
 import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.append(str(HERE.parent / "faults"))
 
 import equivalents
+import kept
 import table
 from coverage import Coverage, Suite, read_lcov
 from directives import mutants_of_script, mutants_of_unit
@@ -180,8 +182,36 @@ class TableTest(unittest.TestCase):
     def test_the_rows_of_other_rooms_stay(self):
         lines = table.updated("", [self.score("core", CAUGHT), self.score("app", SURVIVED)])
         lines = table.updated("\n".join(lines), [self.score("app", CAUGHT)])
-        self.assertEqual(lines[2:], ["| `app` | 100 | 1 | 1 | 100 | all | 7 | 2026-11-23 |",
-                                     "| `core` | 100 | 1 | 1 | 100 | all | 7 | 2026-11-23 |"])
+        self.assertEqual(lines[2:], ["| `app` | 100 | 1 | 1 | 100 | 0 (0 of 1, seed 7) | all | 7 | 2026-11-23 |",
+                                     "| `core` | 100 | 1 | 1 | 100 | – | all | 7 | 2026-11-23 |"])
+
+    def test_the_first_score_of_a_room_stays_beside_the_newest(self):
+        lines = []
+        for verdicts in ([SURVIVED], [CAUGHT, SURVIVED], [CAUGHT]):
+            lines = table.updated("\n".join(lines), [self.score("app", *verdicts)])
+        self.assertEqual(lines[2:], ["| `app` | 100 | 1 | 1 | 100 | 0 (0 of 1, seed 7) | all | 7 | 2026-11-23 |"])
+
+
+class KeptTest(unittest.TestCase):
+    SOURCE = "int a = 1;\nint b = 1;\nint c = 1;\nint b = 1;\n"
+
+    def run_of(self, **verdicts):
+        """Returns a run that has tried one mutant of each of these lines, written and read again."""
+        first = {mutant.before: mutant for mutant in reversed(mutants_of("a.cpp", self.SOURCE))}
+        results = [Result(first[f"int {name} = 1;"], verdict, [], 1) for name, verdict in verdicts.items()]
+        with tempfile.TemporaryDirectory() as folder:
+            kept.write(pathlib.Path(folder), "a/b", kept.Run(7, "all", results))
+            self.assertIsNone(kept.read(pathlib.Path(folder), "a/c"))
+            return kept.read(pathlib.Path(folder), "a/b")
+
+    def test_only_survivors_are_tried_again_also_if_their_lines_have_moved(self):
+        run = self.run_of(a=CAUGHT, b=SURVIVED, c=DOES_NOT_COMPILE)
+        self.assertEqual((run.seed, len(run.caught())), (7, 1))
+        again = run.survivors_among(mutants_of("a.cpp", f"\n{self.SOURCE}"))
+        self.assertEqual([(mutant.line, mutant.after) for mutant in again], [(3, "int b = 0;")])
+
+    def test_a_survivor_whose_line_has_gone_is_not_tried_again(self):
+        self.assertEqual(self.run_of(b=SURVIVED).survivors_among(mutants_of("a.cpp", "int a = 1;\n")), [])
 
 
 if __name__ == "__main__":
