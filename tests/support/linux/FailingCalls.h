@@ -19,9 +19,13 @@ namespace kovra {
 // after the last one, the kernel makes the call. A number below 0 lets a call do nothing and return the opposite
 // number. With a descriptor, only calls count whose first argument it is. Only for a process that ends soon.
 inline void failAt(unsigned call, std::vector<int> errors, int descriptor = -1) {
-    static std::atomic<int> calls{-1};
+    constexpr int unstarted = -2;
+    constexpr int unfiltered = -1;
+    static std::atomic<int> calls{unstarted};
     std::thread([errors = std::move(errors)] {
-        calls.wait(-1);
+        calls = unfiltered;
+        calls.notify_one();
+        calls.wait(unfiltered);
         for (std::size_t i = 0;; ++i) {
             seccomp_notif made{};
             if (::ioctl(calls, SECCOMP_IOCTL_NOTIF_RECV, &made) != 0) return;
@@ -32,6 +36,8 @@ inline void failAt(unsigned call, std::vector<int> errors, int descriptor = -1) 
             ::ioctl(calls, SECCOMP_IOCTL_NOTIF_SEND, &answer);
         }
     }).detach();
+    // The start of a thread waits for locks of the sanitizer, which the failing call may hold.
+    calls.wait(unstarted);
     std::vector<sock_filter> program;
     const auto require = [&](std::size_t offset, unsigned value) {
         program.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, static_cast<__u32>(offset)));
