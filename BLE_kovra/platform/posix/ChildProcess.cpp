@@ -33,7 +33,6 @@ std::unique_ptr<ChildProcess> ChildProcess::start(Spawn& how, const std::string&
 
 ChildProcess::~ChildProcess() {
     if (!isReleased_) terminate();
-    if (pid_ != 0) ::waitpid(pid_, nullptr, WNOHANG);
 }
 
 void ChildProcess::reap() {

@@ -33,7 +33,6 @@ std::optional<std::string> PosixProcessRunner::output(const Command& command) {
         reading.reset();
         pipe.reset();
         program->terminate();
-        std::string().swap(text);
         loop_.runUntil([&] { return hasEnded; });
         return std::nullopt;
     }

@@ -12,7 +12,6 @@ namespace kovra {
 Spawn::Spawn() {
     ::posix_spawn_file_actions_init(&descriptors_);
     ::posix_spawnattr_init(&attributes_);
-    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     sigset_t none, all;
     sigemptyset(&none);
     sigfillset(&all);
@@ -35,18 +34,12 @@ void Spawn::giveNothing(int theirs) {
     given_.insert(theirs);
 }
 
-void Spawn::setNewSession() { addFlags(POSIX_SPAWN_SETSID); }
-
-void Spawn::addFlags(int more) {
-    short flags = 0;
-    ::posix_spawnattr_getflags(&attributes_, &flags);
-    ::posix_spawnattr_setflags(&attributes_, static_cast<short>(flags | more));
-}
+void Spawn::setNewSession() { flags_ |= POSIX_SPAWN_SETSID; }
 
 #if defined(__APPLE__)
 
 void Spawn::closeAllOthers() {
-    addFlags(POSIX_SPAWN_CLOEXEC_DEFAULT);  // closes the standard streams too, unless they are inherited explicitly
+    flags_ |= POSIX_SPAWN_CLOEXEC_DEFAULT;  // closes the standard streams too, unless they are inherited explicitly
     for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
         if (!given_.contains(number)) ::posix_spawn_file_actions_addinherit_np(&descriptors_, number);
     }
@@ -66,6 +59,7 @@ void Spawn::closeAllOthers() {
 
 int Spawn::start(const std::string& executable, const std::vector<std::string>& arguments, pid_t& process) {
     closeAllOthers();
+    ::posix_spawnattr_setflags(&attributes_, static_cast<short>(flags_));
     std::vector<char*> words{const_cast<char*>(executable.c_str())};
     for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
     words.push_back(nullptr);

@@ -30,11 +30,11 @@ class Spawn {
     int start(const std::string& executable, const std::vector<std::string>& arguments, pid_t& process);
 
   private:
-    void addFlags(int more);
     void closeAllOthers();
 
     posix_spawn_file_actions_t descriptors_{};
     posix_spawnattr_t attributes_{};
+    int flags_ = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
     std::set<int> given_;
 };
 
