@@ -47,7 +47,7 @@ bool isAbsent(const std::string& nodeName) {
 // Returns the name of the node whose battery has this path.
 std::string ownerOf(const std::string& path) {
     const auto end = path.rfind(batteriesFolder);
-    if (end == std::string::npos || end == 0) return "";
+    if (end == std::string::npos) return "";
     const auto begin = path.rfind('/', end - 1);
     return path.substr(begin + 1, end - begin - 1);
 }

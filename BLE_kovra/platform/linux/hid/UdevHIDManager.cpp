@@ -106,14 +106,9 @@ void UdevHIDManager::step() {
         return;
     }
     isWorking_ = false;
-    cancelPoll();
+    if (nextPoll_) nextPoll_->cancel();
     if (watch_) watch_->rearm();
     if (!watch_ || !isListComplete_) nextPoll_ = loop_.asyncAfter(pollInterval, lifetime_.guard([this] { poll(); }));
-}
-
-void UdevHIDManager::cancelPoll() {
-    if (nextPoll_) nextPoll_->cancel();
-    nextPoll_ = nullptr;
 }
 
 void UdevHIDManager::poll() {

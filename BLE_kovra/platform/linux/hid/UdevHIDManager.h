@@ -67,7 +67,6 @@ class UdevHIDManager : public HIDManager {
     void eventsReadable();
     void step();
     void poll();
-    void cancelPoll();
     std::optional<Check> next();
 
     SdEventLoop& loop_;

@@ -137,6 +137,19 @@ TEST_F(BatteryHIDPresenceTest, FollowsAMouseThatIsPluggedInAgain) {
     }
 }
 
+TEST_F(BatteryHIDPresenceTest, FollowsAMouseAfterAnotherOneWasUnplugged) {
+    rig_.open();
+    plug(on);
+    EXPECT_EQ(rig_.newReports(), Reports{"+1 apple"});
+    const MockHIDNode other{.name = bus_.nextName(), .product = "pear", .driver = mouse_.driver};
+    bus_.plug(other);
+    EXPECT_EQ(rig_.newReports(), Reports{"+2 pear"});
+    bus_.unplug(other.name);
+    EXPECT_EQ(rig_.newReports(), Reports{"-2 pear"});
+    change(off);
+    EXPECT_EQ(rig_.newReports(), Reports{"-1 apple"});
+}
+
 TEST_F(BatteryHIDPresenceTest, ReportsOneRemovalOfAMouseThatIsSwitchedOffAndThenUnplugged) {
     rig_.open();
     plug(on);
