@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <QWindow>
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,6 +16,11 @@
 namespace kovra {
 
 namespace {
+
+// How long an alert may surprise a user who is typing.
+constexpr auto surprise = std::chrono::milliseconds(500);
+
+bool isKey(QEvent::Type type) { return type == QEvent::KeyPress || type == QEvent::ShortcutOverride; }
 
 // Returns whether the event begins an action of the user. An alert blocks only such events, so an action that began
 // before the alert opened may finish.
@@ -39,7 +45,7 @@ bool startsInput(QEvent::Type type) {
 
 }  // namespace
 
-AlertStack::AlertStack(SendToResident send) : send_(std::move(send)) {
+AlertStack::AlertStack(SendToResident send, Clock clock) : send_(std::move(send)), clock_(std::move(clock)) {
     QCoreApplication::instance()->installEventFilter(this);
 }
 AlertStack::~AlertStack() = default;
@@ -55,13 +61,16 @@ void AlertStack::show(const ShowAlerts& shown) {
         if (known != open_.end()) {
             open.push_back(std::move(*known));
             if (isRequested) token = listed.activationToken;
+            if (!token.empty()) open.back().isRequested = true;
             continue;
         }
         const auto onAnswered = [this, number = listed.number](std::optional<std::size_t> button) {
             bringTopmostToFront();
             send_(AlertAnswered{number, button});
         };
-        open.push_back({listed.number, std::make_unique<AlertWindow>(listed.alert, onAnswered, send_)});
+        open.push_back({.number = listed.number,
+                        .window = std::make_unique<AlertWindow>(listed.alert, onAnswered, send_),
+                        .isRequested = !listed.activationToken.empty()});
         AlertWindow& window = *open.back().window;
         window.adjustSize();
         centerByFrame(window);
@@ -90,13 +99,30 @@ bool AlertStack::blocks(const QWindow& window) const {
            &window != alert->windowHandle();
 }
 
+AlertStack::Open* AlertStack::alertOf(const QWindow& window) {
+    const auto found = std::find_if(open_.begin(), open_.end(),
+                                    [&](const Open& each) { return each.window->windowHandle() == &window; });
+    return found == open_.end() ? nullptr : &*found;
+}
+
+bool AlertStack::isUnexpected(const Open& alert) const {
+    return !alert.isRequested && alert.activated && clock_() - *alert.activated < surprise;
+}
+
 bool AlertStack::eventFilter(QObject* object, QEvent* event) {
     const bool isActivation = event->type() == QEvent::FocusIn;
     if (!isActivation && !startsInput(event->type())) return false;
     const auto* window = qobject_cast<QWindow*>(object);
-    if (window == nullptr || !blocks(*window)) return false;
-    // Defer the call, because the toolkit is still processing the event.
-    QTimer::singleShot(0, this, [this] { bringTopmostToFront(); });
+    if (window == nullptr) return false;
+    Open* const alert = alertOf(*window);
+    // A desktop may activate the window while show() is still running. Then the first key begins the time.
+    if (alert != nullptr && !alert->activated && (isActivation || isKey(event->type()))) alert->activated = clock_();
+    if (blocks(*window)) {
+        // Defer the call, because the toolkit is still processing the event.
+        QTimer::singleShot(0, this, [this] { bringTopmostToFront(); });
+    } else if (alert == nullptr || !isKey(event->type()) || !isUnexpected(*alert)) {
+        return false;
+    }
     if (isActivation) return false;
     // An accepted ShortcutOverride triggers no shortcut. An ignored close event closes nothing.
     event->setAccepted(event->type() == QEvent::ShortcutOverride);

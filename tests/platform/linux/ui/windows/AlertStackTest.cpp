@@ -11,6 +11,7 @@
 #include <QTest>
 #include <QWheelEvent>
 #include <QWindow>
+#include <chrono>
 #include <optional>
 #include <variant>
 #include <vector>
@@ -20,8 +21,11 @@
 namespace kovra {
 namespace {
 
+using std::chrono::milliseconds;
+
+// An alert that the user has clicked for.
 ShowAlerts::Open numbered(std::uint64_t number) {
-    return {number, "", {"Alert " + std::to_string(number), "Below it", {"First", "Second"}}};
+    return {number, "token", {"Alert " + std::to_string(number), "Below it", {"First", "Second"}}};
 }
 
 std::vector<AlertWindow*> visible() {
@@ -54,15 +58,19 @@ class AlertStackTest : public testing::Test {
         QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, widget.mapTo(&window, widget.rect().center()));
     }
 
+    static void press(Qt::Key key) { QTest::keyClick(visible(1)->windowHandle(), key); }
+
     const QtRig rig{};
     std::vector<AlertAnswered> answers;
     std::vector<ToResident> requests;
+    std::chrono::steady_clock::time_point now;
     AlertStack stack{[this](const ToResident& message) {
-        if (const auto* answer = std::get_if<AlertAnswered>(&message))
-            answers.push_back(*answer);
-        else
-            requests.push_back(message);
-    }};
+                         if (const auto* answer = std::get_if<AlertAnswered>(&message))
+                             answers.push_back(*answer);
+                         else
+                             requests.push_back(message);
+                     },
+                     [this] { return now; }};
 };
 using Answered = std::vector<AlertAnswered>;
 
@@ -180,6 +188,49 @@ TEST_F(AlertStackTest, SendsTheRequestsOfItsKeys) {
     EXPECT_EQ(answers, Answered{});
     QTest::keyClick(visible(1)->windowHandle(), Qt::Key_W, Qt::ControlModifier);
     EXPECT_EQ(answers, (Answered{{1, std::nullopt}}));
+}
+
+// Somebody may be typing in another program when an alert opens that nobody has requested.
+class UnexpectedAlertTest : public AlertStackTest {
+  protected:
+    UnexpectedAlertTest() {
+        alert.activationToken.clear();
+        stack.show({.alerts = {alert}});
+        EXPECT_TRUE(isActive(*visible(1)));
+    }
+
+    ShowAlerts::Open alert = numbered(1);
+};
+
+TEST_F(UnexpectedAlertTest, IgnoresKeysForHalfASecondFromItsFirstActivation) {
+    now += milliseconds(499);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape}) press(key);
+    QTest::keyClick(visible(1)->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(answers, Answered{});
+    EXPECT_TRUE(requests.empty());
+    now += milliseconds(1);
+    press(Qt::Key_Return);
+    EXPECT_EQ(answers, (Answered{{1, 0}}));
+}
+
+TEST_F(UnexpectedAlertTest, AcceptsKeysAtOnceAtALaterActivation) {
+    now += milliseconds(500);
+    show({1, 2});
+    show({1});
+    ASSERT_TRUE(isActive(*visible(1)));
+    press(Qt::Key_Escape);
+    EXPECT_EQ(answers, (Answered{{1, std::nullopt}}));
+}
+
+TEST_F(UnexpectedAlertTest, AcceptsClicksAtOnce) {
+    click(*visible(1), 1);
+    EXPECT_EQ(answers, (Answered{{1, 1}}));
+}
+
+TEST_F(UnexpectedAlertTest, AcceptsKeysAtOnceIfTheUserRequestsIt) {
+    stack.show({.alerts = {numbered(1)}, .front = 1});
+    press(Qt::Key_Return);
+    EXPECT_EQ(answers, (Answered{{1, 0}}));
 }
 
 class AlertStackOverWindowTest : public AlertStackTest {
