@@ -14,6 +14,7 @@
 #include "BLE_kovra/platform/linux/ui/style/ApplicationIcon.h"
 #include "BLE_kovra/platform/linux/ui/style/DesktopColors.h"
 #include "BLE_kovra/platform/linux/ui/style/EarlyFonts.h"
+#include "BLE_kovra/platform/linux/ui/style/PortalSettings.h"
 #include "BLE_kovra/platform/linux/ui/tray/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
 #include "BLE_kovra/platform/linux/ui/windows/AlertStack.h"
@@ -69,7 +70,7 @@ int run(int argc, char** argv) {
     QApplication::setWindowIcon(windowIcon());
     QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // Wayland desktops find the icon by this name
 
-    const DesktopColors colors;
+    DesktopColors colors;
     Screen screen;
     LineReader reader(longestToWindow);
     QSocketNotifier notifier(windowSocket, QSocketNotifier::Read);

@@ -1,9 +1,6 @@
 #include "BLE_kovra/platform/linux/ui/style/DesktopColors.h"
 
 #include <QApplication>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVariant>
 #include <QEvent>
 
 #include "BLE_kovra/platform/linux/ui/style/TextStyle.h"
@@ -12,43 +9,17 @@ namespace kovra {
 
 namespace {
 
-const QString connectionName = QStringLiteral("ble-kovra-colors");
-const QString portal = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString settings = QStringLiteral("org.freedesktop.portal.Settings");
-const QString appearance = QStringLiteral("org.freedesktop.appearance");
-const QString colorScheme = QStringLiteral("color-scheme");
 // The value of the setting for dark windows; 0 means no preference, 2 light ones.
 constexpr unsigned dark = 1;
-constexpr int longestWait = 100;  // in milliseconds
-
-// The method Read wraps the value in a variant of its own.
-QVariant unwrapped(QVariant value) {
-    while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
-    return value;
-}
 
 }  // namespace
 
-DesktopColors::DesktopColors() {
-    if (qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP")) return;
-    qApp->installEventFilter(this);
-    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
-    bus.connect(portal, path, settings, QStringLiteral("SettingChanged"), this, SLOT(settingChanged(QDBusMessage)));
-    QDBusMessage read = QDBusMessage::createMethodCall(portal, path, settings, QStringLiteral("Read"));
-    read << appearance << colorScheme;
-    read.setAutoStartService(false);
-    const QDBusMessage answer = bus.call(read, QDBus::Block, longestWait);
-    if (answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty())
-        prefer(unwrapped(answer.arguments().constFirst()).toUInt() == dark);
-}
+DesktopColors::DesktopColors() { qApp->installEventFilter(this); }
 
-DesktopColors::~DesktopColors() { QDBusConnection::disconnectFromBus(connectionName); }
-
-void DesktopColors::settingChanged(const QDBusMessage& signal) {
-    const QVariantList values = signal.arguments();
-    if (values.size() == 3 && values[0] == appearance && values[1] == colorScheme)
-        prefer(unwrapped(values[2]).toUInt() == dark);
+PortalSettings::Setting DesktopColors::setting() {
+    return {.group = QStringLiteral("org.freedesktop.appearance"),
+            .key = QStringLiteral("color-scheme"),
+            .changed = [this](const QVariant& value) { prefer(value.toUInt() == dark); }};
 }
 
 bool DesktopColors::eventFilter(QObject* watched, QEvent* event) {

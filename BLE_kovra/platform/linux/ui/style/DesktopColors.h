@@ -1,27 +1,21 @@
 #pragma once
 
-#include <QDBusMessage>
 #include <QObject>
 #include <QPalette>
+
+#include "BLE_kovra/platform/linux/ui/style/PortalSettings.h"
 
 namespace kovra {
 
 // Gives the program's windows dark colors while the user prefers dark windows and the toolkit's theme for this desktop
-// is light. GNOME tells programs the user's preference only through the portal (org.freedesktop.portal.Settings, the
-// key color-scheme of org.freedesktop.appearance), which the toolkit's theme for GNOME does not read.
-//
-// Nothing is asked where no desktop is named (XDG_CURRENT_DESKTOP). The portal is not started for this.
+// is light. GNOME tells programs the user's preference only through the portal, which the toolkit's theme for GNOME
+// does not read. Plasma's theme does not follow changes while the program runs.
 class DesktopColors : public QObject {
-    Q_OBJECT
-
   public:
-    // Waits for the portal's answer for at most 100 ms, so that the first window opens in the right colors.
     DesktopColors();
-    ~DesktopColors() override;
-    Q_DISABLE_COPY_MOVE(DesktopColors)
 
-  public slots:
-    void settingChanged(const QDBusMessage& signal);
+    // The setting on which the colors depend. This object must outlive it.
+    PortalSettings::Setting setting();
 
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;
