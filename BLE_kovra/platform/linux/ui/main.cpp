@@ -15,6 +15,7 @@
 #include "BLE_kovra/platform/linux/ui/style/DesktopColors.h"
 #include "BLE_kovra/platform/linux/ui/style/EarlyFonts.h"
 #include "BLE_kovra/platform/linux/ui/style/PortalSettings.h"
+#include "BLE_kovra/platform/linux/ui/style/TextSize.h"
 #include "BLE_kovra/platform/linux/ui/tray/RequestedMenu.h"
 #include "BLE_kovra/platform/linux/ui/tray/TrayIcon.h"
 #include "BLE_kovra/platform/linux/ui/windows/AlertStack.h"
@@ -71,6 +72,8 @@ int run(int argc, char** argv) {
     QGuiApplication::setDesktopFileName("org.ble_kovra.BLEKovra");  // Wayland desktops find the icon by this name
 
     DesktopColors colors;
+    TextSize textSize;
+    const PortalSettings settings({colors.setting(), textSize.setting()});
     Screen screen;
     LineReader reader(longestToWindow);
     QSocketNotifier notifier(windowSocket, QSocketNotifier::Read);
