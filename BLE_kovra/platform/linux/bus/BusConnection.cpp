@@ -114,8 +114,9 @@ void BusConnection::dispatchQueued() {
 
 BusToken BusConnection::receive(const BusSignal& signal, Receive received) {
     if (!bus_) return nullptr;
-    auto request = std::make_shared<Request>(loop_, failures_, signal.interface + '.' + signal.member,
-                                             std::move(received), ownerOf(signal.sender));
+    auto request =
+        std::make_shared<Request>(loop_, failures_, signal.interface + '.' + signal.member, std::move(received),
+                                  signal.sender.empty() ? nullptr : ownerOf(signal.sender));
     sd_bus_slot* slot = nullptr;
     check(sd_bus_add_match_async(bus_.get(), &slot, ruleOf(signal).c_str(), Request::deliver, Request::installed,
                                  request.get()),

@@ -23,7 +23,7 @@ using BusToken = std::shared_ptr<const void>;
 
 // A selection of signals by their header and first argument.
 struct BusSignal {
-    std::string sender;  // the well-known name of the service that sends the signal
+    std::string sender;  // the well-known name of the service that sends the signal; empty for any program
     std::string path;
     std::string interface;
     std::string member;
@@ -58,7 +58,7 @@ class BusConnection {
     sd_bus* bus() const { return bus_.get(); }
 
     // Delivers only signals that the owner of the name `signal.sender` has sent. Signals that other clients forge are
-    // dropped.
+    // dropped. If no sender is named, any program may have sent the signal.
     [[nodiscard]] BusToken receive(const BusSignal& signal, Receive received);
     // Reports each change of the name's owner. Subscribes to this name only, so that the bus does not report every
     // program that connects or disconnects.

@@ -20,6 +20,9 @@ class PanelLook {
         if (std::exchange(look_, look) != look) changes_.call();
     }
 
+    // Notifies the listeners that the panel may not have painted this look in its present colors.
+    void repeat() { changes_.call(); }
+
     using Changes = Listeners<>;
     [[nodiscard]] Changes::Token listen(Changes::Listener changed) { return changes_.add(std::move(changed)); }
 

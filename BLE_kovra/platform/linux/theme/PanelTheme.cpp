@@ -21,7 +21,10 @@ PanelTheme::PanelTheme(SdEventLoop& loop, SessionBus& bus, XTray* tray, std::vec
       tray_(tray),
       desktops_(std::move(desktops)),
       look_(anyOf(desktops_, recoloring) ? IconLook::recolored : IconLook::outlinedLight) {
-    if (look_.look() != IconLook::recolored) loop_.async(lifetime_.guard([this] { query(); }));
+    if (look_.look() != IconLook::recolored)
+        loop_.async(lifetime_.guard([this] { query(); }));
+    else if (anyOf(desktops_, {"KDE"}))
+        loop_.async(lifetime_.guard([this] { plasma_.emplace(bus_, [this] { look_.repeat(); }); }));
 }
 
 void PanelTheme::query() {

@@ -10,6 +10,7 @@
 #include "BLE_kovra/platform/linux/loop/SdEventLoop.h"
 #include "BLE_kovra/platform/linux/theme/LxqtTheme.h"
 #include "BLE_kovra/platform/linux/theme/PanelLook.h"
+#include "BLE_kovra/platform/linux/theme/PlasmaColors.h"
 #include "BLE_kovra/platform/linux/theme/PortalColorScheme.h"
 #include "BLE_kovra/platform/linux/theme/XTray.h"
 
@@ -21,7 +22,9 @@ namespace kovra {
 // 3. the color scheme that the user prefers for windows; since a panel may differ from it, the icon is outlined
 // Without any of them, the icon is outlined too.
 //
-// On desktops whose panels recolor icons, nothing is queried. Everything else is queried from the queue, which first
+// On desktops whose panels recolor icons, nothing is queried. On Plasma the look is repeated when the desktop's colors
+// change: Plasma 5.27 recolors only icons of its own theme then, and leaves those of programs as they were, until their
+// items announce a new icon. Everything else is queried from the queue, which first
 // runs when the icon has been registered, and nothing is polled.
 class PanelTheme {
   public:
@@ -44,6 +47,7 @@ class PanelTheme {
     std::optional<PanelTone> announced_;
     std::optional<PanelTone> preferred_;
     std::optional<LxqtTheme> lxqt_;
+    std::optional<PlasmaColors> plasma_;
     std::optional<PortalColorScheme> portal_;
     XTray::Token watching_;
     Lifetime lifetime_;

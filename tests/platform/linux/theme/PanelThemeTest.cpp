@@ -1,11 +1,13 @@
 #include "BLE_kovra/platform/linux/theme/PanelTheme.h"
 
 #include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
 
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "BLE_kovra/platform/linux/bus/BusMessage.h"
 #include "tests/platform/linux/loop/Turns.h"
 #include "tests/platform/linux/theme/LxqtFiles.h"
 #include "tests/platform/linux/theme/StandInSettings.h"
@@ -48,6 +50,33 @@ TEST(PanelThemeTest, QueriesNothingOnDesktopsThatRecolorIcons) {
         EXPECT_EQ(rig.theme->look().look(), IconLook::recolored);
         EXPECT_EQ(rig.portal->reads, 0);
     }
+}
+
+TEST(PanelThemeTest, RepeatsTheLookWhenPlasmasColorsChange) {
+    ThemeRig rig;
+    rig.start({"KDE"});
+    int repeated = 0;
+    const auto token = rig.theme->look().listen([&] { ++repeated; });
+    turnsWithin(rig.loop, 100ms);
+    EXPECT_EQ(repeated, 0);
+    BusHandle plasma;
+    sd_bus* opened = nullptr;
+    ASSERT_GE(sd_bus_open_user(&opened), 0);
+    plasma.reset(opened);
+    const auto report = [&](int kind) {
+        ASSERT_GE(sd_bus_emit_signal(plasma.get(), "/KGlobalSettings", "org.kde.KGlobalSettings", "notifyChange", "ii",
+                                     kind, 0),
+                  0);
+        ASSERT_GE(sd_bus_flush(plasma.get()), 0);
+    };
+    constexpr int palette = 0;
+    constexpr int font = 1;
+    report(font);
+    report(palette);
+    EXPECT_TRUE(turnUntil(rig.loop, [&] { return repeated > 0; }));
+    turnsWithin(rig.loop, 50ms);
+    EXPECT_EQ(repeated, 1);
+    EXPECT_EQ(rig.theme->look().look(), IconLook::recolored);
 }
 
 TEST(PanelThemeTest, OutlinesTheIconIfNothingIsKnown) {
