@@ -59,6 +59,7 @@ void StatusNotifierItem::writeProperty(BusWriter& writer, std::string_view name)
     if (name == "IconName") writer.text(contents_.image ? iconName(contents_.image->name, look_.look()) : "");
     if (name == "IconPixmap") writePixmaps(writer);
     if (name == "ToolTip") writeToolTip(writer);
+    if (name == "IconAccessibleDesc") writer.text(contents_.toolTip);
     if (name == "ItemIsMenu") writer.boolean(true);
     if (name == "Menu") writer.path(DBusMenu::path);
     if (name == "OverlayIconName" || name == "AttentionIconName" || name == "AttentionMovieName") writer.text("");
@@ -114,7 +115,7 @@ int StatusNotifierItem::provideToken(sd_bus_message* call, void* context, sd_bus
     return sd_bus_reply_method_return(call, "");
 }
 
-const std::array<sd_bus_vtable, 29> StatusNotifierItem::vtable = {{
+const std::array<sd_bus_vtable, 30> StatusNotifierItem::vtable = {{
     SD_BUS_VTABLE_START(0),
     SD_BUS_PROPERTY("Category", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Id", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
@@ -124,6 +125,7 @@ const std::array<sd_bus_vtable, 29> StatusNotifierItem::vtable = {{
     SD_BUS_PROPERTY("IconThemePath", "s", property, 0, 0),
     SD_BUS_PROPERTY("IconName", "s", property, 0, 0),
     SD_BUS_PROPERTY("IconPixmap", "a(iiay)", property, 0, 0),
+    SD_BUS_PROPERTY("IconAccessibleDesc", "s", property, 0, 0),
     SD_BUS_PROPERTY("OverlayIconName", "s", property, 0, 0),
     SD_BUS_PROPERTY("OverlayIconPixmap", "a(iiay)", property, 0, 0),
     SD_BUS_PROPERTY("AttentionIconName", "s", property, 0, 0),

@@ -41,7 +41,7 @@ class StatusNotifierItem {
     void notify(const TrayChanges& changes);
 
   private:
-    static const std::array<sd_bus_vtable, 29> vtable;
+    static const std::array<sd_bus_vtable, 30> vtable;
     static std::vector<sd_bus_vtable> methods(bool hasClicks);
     static int property(sd_bus* bus, const char* path, const char* interface, const char* name, sd_bus_message* reply,
                         void* context, sd_bus_error* error);

@@ -231,6 +231,15 @@ TEST(StatusNotifierFrontTest, ShowsTheStateAndThenTheProgramNameInItsToolTip) {
     EXPECT_EQ(rig.panel->itemProperty("ToolTip"), "(\"\" [] \"a <b> & c\" \"BLE-kovra\")");
 }
 
+// GNOME's extension reads it at each change of the icon, and gives it to screen readers.
+TEST(StatusNotifierFrontTest, DescribesItsIconByTheState) {
+    StatusNotifierRig rig;
+    rig.showInPanel();
+    rig.showIcon("slashed", "off");
+    rig.settle();
+    EXPECT_EQ(rig.panel->itemProperty("IconAccessibleDesc"), "\"off\"");
+}
+
 TEST(StatusNotifierFrontTest, SignalsOnlyWhatHasChanged) {
     StatusNotifierRig rig;
     rig.showInPanel();
