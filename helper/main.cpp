@@ -91,6 +91,7 @@ int serve(MutedPads& mutedPads, const InhibitedAttribute& attribute, const Early
     if (!delayStart(delay, notifier)) return 0;
     Watchdog watchdog(loop, [&](const std::string& state) { return notifier.notify(state); });
     muter.onChange = [&](bool isAnyMuted) { watchdog.setMuted(isAnyMuted); };
+    if (!mutedPads.names().empty()) watchdog.setMuted(true);  // a driver has refused to unmute what was left
 
     const auto flag = FlagFolder::open(loop, flagFolder);
     if (!flag) return 1;

@@ -106,6 +106,22 @@ TEST(ProgramTest, MutesAndUnmutesWhileTheQueueOfTheServiceManagerIsFull) {
     });
 }
 
+TEST(ProgramTest, TurnsOnTheWatchdogForAPadThatAnEarlierProcessHasLeftMuted) {
+    inPrivateMachine([](uid_t user) {
+        Machine machine(user);
+        const auto application = machine.startApplication();
+        machine.startMuted()->end(SIGKILL);
+        machine.computer.refuseWrites("input5");
+        Machine::leave();
+        const ServiceManager manager(Machine::notifySocketPath);
+        const auto helper = machine.start({}, Machine::notifySocket);
+        EXPECT_TRUE(manager.receives("WATCHDOG_USEC=6000000"));
+        machine.computer.acceptWrites("input5", "1");
+        EXPECT_TRUE(manager.receives("WATCHDOG_USEC=0"));
+        EXPECT_EQ(helper->end(SIGTERM), 0);
+    });
+}
+
 TEST(ProgramTest, DelaysItsRestartIfItCannotStart) {
     inPrivateMachine([](uid_t user) {
         const Machine machine(user);
