@@ -30,6 +30,8 @@ def main():
     parser.add_argument("--built", action="store_true", help="take the packages that were built last")
     parser.add_argument("--earlier", type=pathlib.Path, metavar="FOLDER",
                         help="the packages of another version or release, for the scenarios that upgrade and downgrade")
+    parser.add_argument("--events", type=int, default=60, help="how many events the scenario random_life plays")
+    parser.add_argument("--seed", type=int, default=0, help="the seed of random_life, instead of a new one")
     parser.add_argument("--keep", action="store_true", help="keep the machines' logs, also when all went well")
     arguments = parser.parse_args()
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-system-"))
@@ -40,7 +42,8 @@ def main():
         binary = pathlib.Path(arguments.binary or built_packages.PROGRAM).resolve()
         if not binary.is_file():
             raise built_packages.PackagesMissing(f"there is no program at {binary}")
-        task = {"kind": "test", "binary": str(binary), "only": arguments.only}
+        task = {"kind": "test", "binary": str(binary), "only": arguments.only,
+                "life": {"events": arguments.events, "seed": arguments.seed}}
         machine_kernel = kernel.prepare(ROOT / "build/vm/kernel", say)
         task["modules"] = str(machine_kernel.modules)
         chosen = [arguments.machine] if arguments.machine else list(MACHINES)
@@ -93,6 +96,8 @@ class Tally:
                 measured = f" [{message['measured']}]" if message["measured"] else ""
                 print(f"ok      {message['name']}: {message['sentence']}{measured} ({message['seconds']:.1f} s)",
                       flush=True)
+        elif message["kind"] == "progress":
+            say(message["text"])
         elif message["kind"] == "broken":
             self.fail("the guest", message["text"])
 

@@ -54,8 +54,9 @@ def may_write_flag(session):
 
 
 class Laptop(Ports):
-    def __init__(self, host, packages, earlier=()):
+    def __init__(self, host, packages, earlier=(), life=None):
         super().__init__(host)
+        self.life = life  # how long the random life is
         self.inhibitions = Inhibitions()
         self._packages, self._earlier, self._is_installed = packages, earlier, False
         host_packages.keep_named([*packages, *earlier])

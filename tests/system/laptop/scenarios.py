@@ -8,7 +8,7 @@ from running import run_all
 # The modules of each machine. The machines take about equally long.
 MODULES = {
     "laptop": ["ground", "muting", "control", "ends", "switching", "attacks", "storms", "floods", "left_files",
-               "hidden_processes", "hanging", "bad_days", "sleeping"],
+               "hidden_processes", "hanging", "bad_days", "sleeping", "random_life"],
     "installation": ["versions", "walls_of_the_helper", "installed", "activation", "packages", "upgrades"],
 }
 
@@ -17,4 +17,4 @@ def run(host, task):
     modules = MODULES[task["machine"]]
     for name in modules:
         importlib.import_module(name)
-    run_all(host, Laptop(host, task["packages"], task["earlier"]), task["only"], modules)
+    run_all(host, Laptop(host, task["packages"], task["earlier"], task["life"]), task["only"], modules)
