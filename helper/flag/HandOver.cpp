@@ -68,6 +68,9 @@ int returnLeft(int folder, uid_t owner, const FlagFile& left, uid_t user) {
     return 0;
 }
 
+// Whether a file could not be opened for want of a descriptor or of memory. Then it may be anybody's.
+bool isShortage(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
+
 // Steps 3 and 4 of handOverFlag() with a new file that says "off".
 int replaceFlag(int folder, std::optional<uid_t> user) {
     const auto newFlag = FlagFile::create(folder, newName, FlagFile::Content::off);
@@ -75,6 +78,16 @@ int replaceFlag(int folder, std::optional<uid_t> user) {
     const int error = newFlag->grantWriteTo(user) ? renameToFlag(folder, newName) : errno;
     if (error != 0) clearName(folder, newName);
     return error;
+}
+
+// Steps 3 and 4 of handOverFlag().
+int putInPlace(int folder, uid_t owner, std::optional<uid_t> user) {
+    errno = 0;
+    const auto left = user ? FlagFile::open(folder, leftName(*user).c_str(), owner) : std::nullopt;
+    if (!left && isShortage(errno)) return errno;
+    const bool isOurs = left && left->isWritableBy(std::nullopt);
+    if (user && !isOurs) clearName(folder, leftName(*user));
+    return isOurs ? returnLeft(folder, owner, *left, *user) : replaceFlag(folder, user);
 }
 
 }  // namespace
@@ -92,10 +105,7 @@ int handOverFlag(int folder, uid_t owner, std::optional<uid_t> user) {
     cleanFlagFolder(folder, owner);
     revokeOld(folder, owner);
     truncateLeftFiles(folder, owner);
-    const auto left = user ? FlagFile::open(folder, leftName(*user).c_str(), owner) : std::nullopt;
-    const bool isOurs = left && left->isWritableBy(std::nullopt);
-    if (user && !isOurs) clearName(folder, leftName(*user));
-    const int error = isOurs ? returnLeft(folder, owner, *left, *user) : replaceFlag(folder, user);
+    const int error = putInPlace(folder, owner, user);
     // If the old user's right could not be revoked, the flag is still that user's. Cleaning removes its second hard
     // link, so that it counts again.
     if (error != 0) cleanFlagFolder(folder, owner);

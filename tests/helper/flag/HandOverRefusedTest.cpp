@@ -61,5 +61,23 @@ TEST(HandOverRefusedTest, KeepsTheFileOfAUserWhoHasGivenItAllTheNamesThatAreAllo
     EXPECT_TRUE(rig.isOn());
 }
 
+// The file that a user has left cannot be opened then. It is still theirs.
+TEST(HandOverRefusedTest, KeepsTheLeftFilesWhileThereAreNoDescriptors) {
+    for (const int error : {EMFILE, ENFILE}) {
+        FlagRig rig;
+        rig.handOver(alice);
+        rig.write(alice, "on");
+        rig.handOver(bob);
+        rig.write(bob, "on");
+        EXPECT_EQ(handOverRefused(rig, alice, SYS_openat, error), error);
+        EXPECT_EQ(rig.names(), (Names{"state", "state.left.61001"}));
+        EXPECT_TRUE(rig.folder().isFlagOf(bob));
+        ASSERT_TRUE(rig.handOver(alice));
+        EXPECT_TRUE(rig.isOn());
+        ASSERT_TRUE(rig.handOver(bob));
+        EXPECT_TRUE(rig.isOn());
+    }
+}
+
 }  // namespace
 }  // namespace kovra::helper
