@@ -52,13 +52,15 @@ std::string describe(const Action& action) {
                                       "stopService",
                                       "startService",
                                       "releaseByHand",
-                                      "startSecond"};
+                                      "startSecond",
+                                      "interrupt"};
     static_assert(names.size() == static_cast<std::size_t>(Action::Kind::count));
     std::string text = names.at(static_cast<std::size_t>(action.kind));
     text += " user " + std::to_string(action.user) + " number " + std::to_string(action.number);
     if (action.truth) text += " true";
     if (!action.text.empty()) text += " \"" + action.text + "\"";
     if (action.time.count() != 0) text += " " + std::to_string(action.time.count() / 1'000) + " us";
+    for (const Action& inner : action.inner) text += ": " + describe(inner);
     return text;
 }
 

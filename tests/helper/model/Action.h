@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 #include <string>
+#include <vector>
 
 #include "tests/helper/Users.h"
 
@@ -67,6 +68,7 @@ struct Action {
         startService,
         releaseByHand,
         startSecond,  // another daemon, by hand
+        interrupt,    // number, inner: an action before that of the next calls with an effect
         count
     };
 
@@ -76,6 +78,7 @@ struct Action {
     bool truth = false;
     std::string text{};
     std::chrono::nanoseconds time{0};
+    std::vector<Action> inner{};
 };
 
 inline constexpr std::array<uid_t, 3> users{alice, bob, bob + 1};

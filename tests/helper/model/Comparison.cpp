@@ -37,6 +37,7 @@ class Play {
         if (census != nullptr) {
             for (const auto& [what, times] : model_.census) (*census)[what] += times;
             (*census)["killed at a call"] += world_.machine.kills;
+            (*census)["interrupted at a call"] += interruptions_;
             (*census)["daemons"] += world_.machine.lives;
             (*census)["releases"] += world_.releases;
         }
@@ -55,9 +56,15 @@ class Play {
         const Action action = actions_[next_++];
         if (action.kind == Kind::advance) {
             until_ = world_.machine.now + action.time;
+        } else if (action.kind == Kind::interrupt) {
+            world_.machine.callsBefore = action.number;
+            world_.machine.interruption = [this, inner = action.inner.at(0)] {
+                model_.note(inner, world_.perform(inner), true);
+                ++interruptions_;
+            };
         } else {
             const bool hadEffect = world_.perform(action);
-            model_.note(action, hadEffect);
+            model_.note(action, hadEffect, false);
         }
     }
 
@@ -66,6 +73,7 @@ class Play {
     ReferenceModel model_{world_};
     std::size_t next_ = 0;
     Time until_{0};
+    int interruptions_ = 0;
     std::optional<Difference> difference_;
 };
 

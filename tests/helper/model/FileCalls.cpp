@@ -1,11 +1,8 @@
-// The system calls of the helper about files. Files are the kernel's, below the machine's root; the attributes of input
-// devices are the machine's. Once a process is dead, none of its calls has an effect.
+// The system calls of the helper about open files. Files are the kernel's, below the machine's root; the attributes of
+// input devices are the machine's.
 
-#include <acl/libacl.h>
-#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/acl.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -25,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/helper/model/Calls.h"
 #include "tests/helper/model/Machine.h"
 
 namespace kovra::helper::model {
@@ -35,21 +33,6 @@ using FileKind = OpenFile::Kind;
 
 constexpr std::string_view attributes = "/sys/class/input/";
 constexpr std::string_view terminal = "/sys/class/tty/tty0/active";
-
-int failWith(int error) {
-    errno = error;
-    return -1;
-}
-
-// Ends a process that is dead. Only in calls through which C++ lets an exception pass.
-void endIfDead(const Entry& machine) {
-    if (machine->isDead()) throw Killed();
-}
-
-// The start of a call that changes a file. Returns 0 or the error with which the call fails.
-int change(const Entry& machine, const std::string& path, bool grows) {
-    return machine->diesHere() ? EIO : machine->fault(path, grows);
-}
 
 int openAttribute(const Entry& machine, const std::string& path, int flags) {
     const std::string name = path.substr(attributes.size(), path.rfind('/') - attributes.size());
@@ -65,11 +48,13 @@ Device* deviceOf(const Entry& machine, int descriptor) {
     return found == machine->devices.end() ? nullptr : &found->second;
 }
 
-ssize_t writeAttribute(const Entry& machine, Device* device, char value) {
+ssize_t writeAttribute(const Entry& machine, int descriptor, char value) {
     if (machine->diesHere()) throw Killed();
+    Device* device = deviceOf(machine, descriptor);
     if (device == nullptr) return failWith(ENODEV);
     const bool inhibits = value == '1';
-    if (device->isInhibited && !inhibits && device->refusesToWork) return failWith(EIO);
+    device->couldNotWork = device->isInhibited && !inhibits && device->refusesToWork;
+    if (device->couldNotWork) return failWith(EIO);
     if (!device->isInhibited && inhibits && device->refusesToPause) return failWith(EIO);
     if (device->isInhibited && !device->isInhibitedByHelper)
         machine->wrongs.push_back("the helper writes the attribute of " + device->input + ", inhibited by others");
@@ -124,8 +109,11 @@ int __wrap_open(const char* path, int flags, ...) {
     va_end(more);
     if (!entry.isFromHelper()) return __real_open(path, flags, mode);
     endIfDead(entry);
-    if (entry->hasNoDescriptors) return failWith(EMFILE);
     const std::string name = path;
+    if (entry->hasNoDescriptors) {
+        for (auto& [input, device] : entry->devices) device.couldNotWork = true;
+        return failWith(EMFILE);
+    }
     if (name.starts_with(attributes)) return openAttribute(entry, name, flags);
     if (name == terminal) {
         if (entry->shownTerminal == 0) return failWith(ENOENT);
@@ -136,7 +124,7 @@ int __wrap_open(const char* path, int flags, ...) {
     const std::string file = isAgain ? entry->pathOf(std::stoi(name.substr(descriptors.size()))) : entry->mapped(name);
     if ((flags & O_CREAT) != 0) {
         const bool exists = ::access(file.c_str(), F_OK) == 0;
-        if (const int error = change(entry, file, !exists)) return failWith(error);
+        if (const int error = startChange(entry, file, !exists)) return failWith(error);
         endIfDead(entry);
     } else if (isWriting(flags) && entry->fault(file, false) != 0) {
         return failWith(entry->fault(file, false));
@@ -159,7 +147,7 @@ int __wrap_openat(int folder, const char* name, int flags, ...) {
     const std::string path = last == "." ? entry->pathOf(folder) : entry->pathOf(folder) + "/" + name;
     if ((flags & O_CREAT) != 0) {
         const bool exists = ::access(path.c_str(), F_OK) == 0;
-        const int error = change(entry, path, !exists);
+        const int error = startChange(entry, path, !exists);
         endIfDead(entry);
         if (error != 0) return failWith(error);
     }
@@ -223,9 +211,8 @@ ssize_t __wrap_write(int descriptor, const void* bytes, std::size_t size) {
         if (daemon != nullptr && daemon != &entry->process()) daemon->log.emplace_back();
         return static_cast<ssize_t>(size);
     }
-    if (kindOf(entry, descriptor) == FileKind::attribute)
-        return writeAttribute(entry, deviceOf(entry, descriptor), text.front());
-    const int error = change(entry, entry->pathOf(descriptor), true);
+    if (kindOf(entry, descriptor) == FileKind::attribute) return writeAttribute(entry, descriptor, text.front());
+    const int error = startChange(entry, entry->pathOf(descriptor), true);
     endIfDead(entry);
     return error != 0 ? failWith(error) : __real_write(descriptor, bytes, size);
 }
@@ -235,7 +222,7 @@ ssize_t __wrap_pwrite(int descriptor, const void* bytes, std::size_t size, off_t
 ssize_t __wrap_pwrite(int descriptor, const void* bytes, std::size_t size, off_t at) {
     const Entry entry;
     if (!entry.isFromHelper()) return __real_pwrite(descriptor, bytes, size, at);
-    const int error = change(entry, entry->pathOf(descriptor), true);
+    const int error = startChange(entry, entry->pathOf(descriptor), true);
     endIfDead(entry);
     return error != 0 ? failWith(error) : __real_pwrite(descriptor, bytes, size, at);
 }
@@ -245,7 +232,7 @@ int __wrap_ftruncate(int descriptor, off_t size);
 int __wrap_ftruncate(int descriptor, off_t size) {
     const Entry entry;
     if (!entry.isFromHelper()) return __real_ftruncate(descriptor, size);
-    const int error = change(entry, entry->pathOf(descriptor), false);
+    const int error = startChange(entry, entry->pathOf(descriptor), false);
     return error != 0 ? failWith(error) : __real_ftruncate(descriptor, size);
 }
 
@@ -269,105 +256,6 @@ int __wrap_fstatvfs(int descriptor, struct statvfs* disk) {
     const int result = __real_fstatvfs(descriptor, disk);
     if (entry.isFromHelper() && entry->diskIsReadOnly) disk->f_flag |= ST_RDONLY;
     return result;
-}
-
-int __real_linkat(int from, const char* old, int to, const char* name, int flags);
-int __wrap_linkat(int from, const char* old, int to, const char* name, int flags);
-int __wrap_linkat(int from, const char* old, int to, const char* name, int flags) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_linkat(from, old, to, name, flags);
-    const int error = change(entry, entry->pathOf(to), true);
-    return error != 0 ? failWith(error) : __real_linkat(from, old, to, name, flags);
-}
-
-int __real_renameat(int from, const char* old, int to, const char* name);
-int __wrap_renameat(int from, const char* old, int to, const char* name);
-int __wrap_renameat(int from, const char* old, int to, const char* name) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_renameat(from, old, to, name);
-    const int error = change(entry, entry->pathOf(to), false);
-    return error != 0 ? failWith(error) : __real_renameat(from, old, to, name);
-}
-
-int __real_renameat2(int from, const char* old, int to, const char* name, unsigned flags);
-int __wrap_renameat2(int from, const char* old, int to, const char* name, unsigned flags);
-int __wrap_renameat2(int from, const char* old, int to, const char* name, unsigned flags) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_renameat2(from, old, to, name, flags);
-    const int error = change(entry, entry->pathOf(to), false);
-    return error != 0 ? failWith(error) : __real_renameat2(from, old, to, name, flags);
-}
-
-int __real_unlinkat(int folder, const char* name, int flags);
-int __wrap_unlinkat(int folder, const char* name, int flags);
-int __wrap_unlinkat(int folder, const char* name, int flags) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_unlinkat(folder, name, flags);
-    const int error = change(entry, entry->pathOf(folder), false);
-    return error != 0 ? failWith(error) : __real_unlinkat(folder, name, flags);
-}
-
-int __real_unlink(const char* path);
-int __wrap_unlink(const char* path);
-int __wrap_unlink(const char* path) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_unlink(path);
-    const std::string file = entry->mapped(path);
-    const int error = change(entry, file, false);
-    return error != 0 ? failWith(error) : __real_unlink(file.c_str());
-}
-
-int __real_mkdir(const char* path, mode_t mode);
-int __wrap_mkdir(const char* path, mode_t mode);
-int __wrap_mkdir(const char* path, mode_t mode) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_mkdir(path, mode);
-    const std::string file = entry->mapped(path);
-    const int error = change(entry, file, true);
-    return error != 0 ? failWith(error) : __real_mkdir(file.c_str(), mode);
-}
-
-int __real_mkdirat(int folder, const char* name, mode_t mode);
-int __wrap_mkdirat(int folder, const char* name, mode_t mode);
-int __wrap_mkdirat(int folder, const char* name, mode_t mode) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_mkdirat(folder, name, mode);
-    const int error = change(entry, entry->pathOf(folder), true);
-    return error != 0 ? failWith(error) : __real_mkdirat(folder, name, mode);
-}
-
-int __real_access(const char* path, int mode);
-int __wrap_access(const char* path, int mode);
-int __wrap_access(const char* path, int mode) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_access(path, mode);
-    return std::string_view(path).starts_with("/sys/") ? 0 : __real_access(entry->mapped(path).c_str(), mode);
-}
-
-DIR* __real_opendir(const char* path);
-DIR* __wrap_opendir(const char* path);
-DIR* __wrap_opendir(const char* path) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_opendir(path);
-    errno = EMFILE;
-    return entry->hasNoDescriptors || entry->isDead() ? nullptr : __real_opendir(entry->mapped(path).c_str());
-}
-
-DIR* __real_fdopendir(int descriptor);
-DIR* __wrap_fdopendir(int descriptor);
-DIR* __wrap_fdopendir(int descriptor) {
-    const Entry entry;
-    if (entry.isFromHelper()) entry->files.erase(descriptor);  // it belongs to the result from now on
-    return __real_fdopendir(descriptor);
-}
-
-int __real_acl_set_fd(int descriptor, acl_t list);
-int __wrap_acl_set_fd(int descriptor, acl_t list);
-int __wrap_acl_set_fd(int descriptor, acl_t list) {
-    const Entry entry;
-    if (!entry.isFromHelper()) return __real_acl_set_fd(descriptor, list);
-    const int error = change(entry, entry->pathOf(descriptor), false);
-    return error != 0 ? failWith(error) : __real_acl_set_fd(descriptor, list);
 }
 
 int __real_inotify_init1(int flags);

@@ -29,7 +29,7 @@ void expectAgreement(std::uint64_t firstSeed, int lives, Census& census) {
 void expectThatMuchHappened(const Census& census) {
     for (const auto& [what, times] : census) std::cout << what << ": " << times << "\n";
     for (const char* what : {"muted", "unmuted", "hand-overs", "wrote on", "wrote another word", "killed at a call",
-                             "applications killed", "daemons", "releases"}) {
+                             "interrupted at a call", "applications killed", "daemons", "releases"}) {
         EXPECT_TRUE(census.contains(what) && census.at(what) >= 100) << what << " hardly ever happened";
     }
     for (const char* what : {"wrote through a kept descriptor", "troubles that ended", "refusals that ended"}) {

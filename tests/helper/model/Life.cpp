@@ -1,6 +1,7 @@
 #include "tests/helper/model/Life.h"
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -48,7 +49,7 @@ class Life {
         }
         static constexpr std::array<std::pair<Kind, int>, 47> weights{{
             {Kind::advance, 200},
-            {Kind::write, 260},
+            {Kind::write, 300},
             {Kind::keepOpen, 20},
             {Kind::writeKept, 35},
             {Kind::remove, 8},
@@ -59,13 +60,13 @@ class Life {
             {Kind::dropLeft, 6},
             {Kind::moveFolder, 3},
             {Kind::openFolder, 3},
-            {Kind::startApplication, 60},
-            {Kind::killApplication, 40},
+            {Kind::startApplication, 75},
+            {Kind::killApplication, 28},
             {Kind::renameApplication, 8},
             {Kind::startOther, 6},
             {Kind::sitDown, 90},
-            {Kind::leave, 12},
-            {Kind::greet, 12},
+            {Kind::leave, 9},
+            {Kind::greet, 9},
             {Kind::comeRemotely, 6},
             {Kind::closeSession, 8},
             {Kind::showTerminal, 20},
@@ -101,6 +102,14 @@ class Life {
             return sum;
         }();
         if (oneIn(200)) return {.kind = Kind::startSecond};
+        if (oneIn(12)) {
+            static constexpr std::array kinds{Kind::write,   Kind::write,           Kind::writeKept,
+                                              Kind::sitDown, Kind::killApplication, Kind::startApplication,
+                                              Kind::plug,    Kind::unplug,          Kind::leave,
+                                              Kind::remove,  Kind::touch,           Kind::link};
+            const Action inner = action(kinds.at(static_cast<std::size_t>(below(kinds.size()))));
+            return {.kind = Kind::interrupt, .number = 1 + below(12), .inner = {inner}};
+        }
         int ticket = below(total);
         for (const auto& [kind, weight] : weights) {
             ticket -= weight;

@@ -151,11 +151,19 @@ int Machine::notify(std::string_view state) {
 }
 
 bool Machine::diesHere() {
+    if (!isDead() && callsBefore > 0 && --callsBefore == 0) interruption();
     if (!isDead() && killAtCall > 0 && --killAtCall == 0) {
         process().isDead = true;
         ++kills;
     }
     return isDead();
+}
+
+void Machine::expectAlive(const std::string& what) {
+    for (const auto& [name, device] : devices) {
+        if (device.isInhibited && device.isInhibitedByHelper && !device.couldNotWork)
+            wrongs.push_back(what + " while " + name + " is muted");
+    }
 }
 
 std::string Machine::mapped(const std::string& path) const {

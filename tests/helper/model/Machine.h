@@ -42,6 +42,7 @@ struct Device {
     bool isGranted = false;       // whether the helper's group may write the attribute
     bool refusesToWork = false;   // its driver refuses to unmute it
     bool refusesToPause = false;  // its driver refuses to mute it
+    bool couldNotWork = false;    // the helper has failed to unmute it
 };
 
 // A process of another account.
@@ -131,8 +132,10 @@ class Machine {
     bool hasNoDescriptors = false;
     bool runIsFull = false;
     bool queueIsFull = false;
-    int killAtCall = 0;  // before which of the next calls with an effect the calling process is killed; 0 for none
-    int kills = 0;       // how many have been carried out
+    int killAtCall = 0;   // before which of the next calls with an effect the calling process is killed; 0 for none
+    int kills = 0;        // how many have been carried out
+    int callsBefore = 0;  // after how many further calls with an effect this happens; 0 for never
+    std::function<void()> interruption;  // in the middle of the helper's work
 
     // --- The flag
     std::string folder() const { return root() + "/Library/Application Support/ble-kovra"; }
@@ -162,6 +165,8 @@ class Machine {
     // Returns true if the process is dead. A call with an effect counts first.
     bool isDead() { return process().isDead; }
     bool diesHere();
+    // Notes a promise that is broken if a pad is muted now that the helper could have unmuted.
+    void expectAlive(const std::string& what);
     std::string mapped(const std::string& path) const;
     // The error of a call that changes this file, or 0. `grows` if it needs room on the disk.
     int fault(const std::string& path, bool grows) const;

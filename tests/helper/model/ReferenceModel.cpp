@@ -6,7 +6,6 @@
 namespace kovra::helper::model {
 
 using namespace std::chrono_literals;
-using Kind = Action::Kind;
 
 ReferenceModel::ReferenceModel(const World& world) : world_(world), machine_(world.machine) {}
 
@@ -75,6 +74,7 @@ void ReferenceModel::look() {
 
 // Sessions that have not changed are no reason to look at anything else.
 void ReferenceModel::lookAtSession() {
+    sessionLookedAt_ = machine_.now;
     if (seen_.user != actual_.user) return look();
     looks_.push_back(machine_.now);
 }
@@ -89,182 +89,6 @@ bool ReferenceModel::hasHeldOneEnded() const {
         if (!actual_.applications.contains(process)) ++ended;
     }
     return known == 1 && ended == 1;
-}
-
-// The file in place was removed or replaced. If it is not known whose it was, anybody's may be lost.
-void ReferenceModel::loseFlag() {
-    const bool isKnown = isServing() && !machine_.daemon()->isStopped && !hasTrouble() && seen_.user == actual_.user &&
-                         !isRecently(userChanges_, machine_.now, 5s, 4) && machine_.now >= troubleEnded_ + 301s;
-    for (int user = 0; user < static_cast<int>(users.size()); ++user) {
-        File& file = actual_.files.at(static_cast<std::size_t>(user));
-        if (isKnown && actual_.user == user) {
-            file = File{.version = file.version + 1};
-        } else if (!isKnown) {
-            file.isOn = false;
-            file.isLost = true;
-            file.mayHaveNames = file.mayHaveNames || file.names > 0;
-            file.names = 0;
-        }
-    }
-}
-
-void ReferenceModel::noteFlag(const Action& action, bool hadEffect) {
-    if (!hadEffect) return;
-    const auto user = static_cast<std::size_t>(action.user);
-    File& file = actual_.files.at(user);
-    const bool saysOn = action.text == "on";
-    switch (action.kind) {
-        case Kind::write:
-            file = File{.mayBeOn = saysOn,
-                        .isOn = saysOn,
-                        .written = machine_.now,
-                        .names = file.names,
-                        .mayHaveNames = file.mayHaveNames,
-                        .version = file.version,
-                        .isLost = file.isLost};
-            ++census[saysOn ? "wrote on" : "wrote another word"];
-            return look();
-        case Kind::keepOpen:
-            keptVersion_.at(user) = file.version;
-            file.isLost = false;  // it is in place
-            return;
-        case Kind::writeKept:
-            if (keptVersion_.at(user) != file.version) return;
-            file.mayBeOn = saysOn || (file.isLost && file.mayBeOn);
-            file.isOn = saysOn && !file.isLost;
-            if (saysOn || !file.isLost) file.written = machine_.now;
-            ++census["wrote through a kept descriptor"];
-            if (actual_.user == action.user) look();
-            return;
-        case Kind::remove:
-        case Kind::replace:
-            loseFlag();
-            return look();
-        case Kind::link:
-            if (actual_.user && isServing() && seen_.user == actual_.user && !hasTrouble())
-                ++actual_.files.at(static_cast<std::size_t>(*actual_.user)).names;
-            else
-                for (File& each : actual_.files) each.mayHaveNames = true;
-            return look();
-        case Kind::linkElsewhere:
-        case Kind::moveFolder:
-        case Kind::openFolder:
-            if (action.kind == Kind::moveFolder) {
-                for (File& each : actual_.files) each = File{.version = each.version + 1};
-            }
-            return look();
-        case Kind::unlink: {
-            const bool isInPlace = actual_.user && actual_.files.at(static_cast<std::size_t>(*actual_.user)).names > 0;
-            for (File& each : actual_.files) {
-                each.names = 0;
-                each.mayHaveNames = false;
-            }
-            if (isInPlace) look();
-            return;
-        }
-        case Kind::dropLeft:
-            if (actual_.user == action.user)
-                file.isOn = false;
-            else
-                file = File{.mayBeOn = file.isLost && file.mayBeOn, .version = file.version + 1};
-            return;
-        default:
-            return;
-    }
-}
-
-void ReferenceModel::noteFault(const Action& action, bool hadEffect) {
-    if (action.kind == Kind::fillDisk || action.kind == Kind::takeDescriptors) {
-        for (File& file : actual_.files) file.isOn = false, file.isLost = true;
-    }
-    if (action.kind == Kind::takeDescriptors && !action.truth && hadEffect) descriptorsReturned_ = machine_.now;
-    if (hadEffect) mayLog_ = true;
-    actual_.diskIsReadOnly = machine_.diskIsReadOnly;
-    actual_.runIsFull = machine_.runIsFull;
-    if (hadEffect && hasTrouble() && !isTroubled_) troubleBegan_ = machine_.now;
-    if (hadEffect && !hasTrouble() && isTroubled_) troubleEnded_ = machine_.now, ++census["troubles that ended"];
-    isTroubled_ = hasTrouble();
-}
-
-void ReferenceModel::note(const Action& action, bool hadEffect) {
-    Pad& pad = pads_[action.number % static_cast<int>(shapes().size())];
-    readApplications();
-    actual_.user = userAtTheMachine();
-    noteFlag(action, hadEffect);
-    switch (action.kind) {
-        case Kind::fillDisk:
-        case Kind::protectDisk:
-        case Kind::takeWatches:
-        case Kind::takeDescriptors:
-        case Kind::fillRun:
-        case Kind::fillQueue:
-            noteFault(action, hadEffect);
-            break;
-        case Kind::breakLogin:
-            noteFault(action, hadEffect);
-            lookAtSession();
-            break;
-        case Kind::killApplication:
-            if (hadEffect) ++census["applications killed"];
-            if (hadEffect && hasHeldOneEnded()) look();
-            break;
-        case Kind::sitDown:
-        case Kind::leave:
-        case Kind::greet:
-        case Kind::comeRemotely:
-        case Kind::closeSession:
-        case Kind::repeatSession:
-        case Kind::showTerminal:
-            lookAtSession();
-            break;
-        case Kind::touch:
-            look();
-            break;
-        case Kind::plug:
-        case Kind::plugUngranted:
-        case Kind::unplug:
-            if (!hadEffect) break;
-            if (action.kind != Kind::unplug) pad = Pad{};
-            pad.grantedAt = machine_.now;
-            if (action.kind == Kind::plugUngranted)
-                pad.grantedAt = forever, pad.ungrantedAt = machine_.now, mayLog_ = true;
-            look();
-            break;
-        case Kind::grant:
-            for (auto& [shape, each] : pads_) {
-                if (each.grantedAt == forever) each.grantedAt = machine_.now;
-            }
-            break;
-        case Kind::refuseToWork:
-            if (hadEffect) mayLog_ = true;
-            if (hadEffect && !action.truth) pad.refusalEnded = machine_.now, ++census["refusals that ended"];
-            break;
-        case Kind::refuseToPause:
-        case Kind::inhibit:
-            if (!hadEffect) break;
-            mayLog_ = true;
-            pad.isUnsettled = true;
-            break;
-        case Kind::setClock:
-            for (File& file : actual_.files) {
-                file.clockWasSet = true;
-                file.isOn = false;
-            }
-            look();
-            break;
-        case Kind::stop:
-            if (hadEffect && machine_.now >= stoppedAt_) stoppedAt_ = machine_.now;
-            break;
-        case Kind::resume:
-            if (hadEffect) look();
-            break;
-        case Kind::startService:
-            if (hadEffect) notServingSince_ = machine_.now;
-            break;
-        default:
-            break;
-    }
-    update();
 }
 
 bool ReferenceModel::isRecently(const std::deque<Time>& times, Time now, Time span, std::size_t count) {

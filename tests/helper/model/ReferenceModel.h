@@ -24,8 +24,9 @@ class ReferenceModel {
   public:
     explicit ReferenceModel(const World& world);
 
-    // Notes an action that was just performed. `hadEffect` is what World::perform() has returned.
-    void note(const Action& action, bool hadEffect);
+    // Notes an action that was just performed, maybe in the middle of the helper's work. `hadEffect` is what
+    // World::perform() has returned.
+    void note(const Action& action, bool hadEffect, bool isInWork);
     // Compares the world with the promises. The helper has done all that it can do now. Returns what differs, or an
     // empty string.
     std::string check();
@@ -84,6 +85,9 @@ class ReferenceModel {
     Facts actual_;
     Facts seen_;
     std::array<int, users.size()> keptVersion_{-1, -1, -1};  // the file of each user's kept descriptor
+    bool isInWork_ = false;
+    Time sessionLookedAt_{-std::chrono::hours(1)};
+    Time disturbedAt_{-std::chrono::hours(1)};  // when the flag was taken away in the middle of the helper's work
     int lives_ = 0;
     bool wasServing_ = false;
     std::deque<Time> looks_;        // when the helper had a reason to look

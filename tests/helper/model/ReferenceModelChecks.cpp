@@ -69,7 +69,7 @@ std::string ReferenceModel::checkPad(int shape, bool isMuted) {
         if (daemon != nullptr && daemon->isStopped && (now < stoppedAt_ + 6s || now < queueWasFull_ + 10s)) return {};
         // Without the release the next start unmutes.
         if (world_.wasReleaseKilled && (!world_.isWanted || now <= world_.startAt)) return {};
-        if (now < pad.mayEnded + graceToUnmute()) return {};
+        if (now < std::max(pad.mayEnded, sessionLookedAt_) + graceToUnmute()) return {};
         return "is muted by nobody's word since " + text(now - pad.mayEnded);
     }
     if (!isMuted && pad.mustSince && !device.isInhibited) {
@@ -78,6 +78,7 @@ std::string ReferenceModel::checkPad(int shape, bool isMuted) {
             due = std::max(
                 due, troubleEnded_ + std::min<Time>(301s, std::max<Time>(61s, troubleEnded_ - troubleBegan_ + 3s)));
         if (pad.ungrantedAt.count() != 0) due = std::max(due, pad.grantedAt + 5s);
+        due = std::max(due, disturbedAt_ + 9s);  // a hand-over that failed is tried again after 2 s, then 4 s
         if (now >= due && now > pad.refusalEnded + 5s)
             return "is not muted, although it must be since " + text(now - *pad.mustSince);
     }
@@ -88,7 +89,7 @@ std::string ReferenceModel::checkPad(int shape, bool isMuted) {
 std::string ReferenceModel::checkFlag() const {
     const Time now = machine_.now;
     const bool isSettled = isServing() && !machine_.daemon()->isStopped && !isTroubled_ &&
-                           (troubleEnded_.count() == 0 || now > troubleEnded_ + 301s) &&
+                           (troubleEnded_.count() == 0 || now > troubleEnded_ + 301s) && now > disturbedAt_ + 9s &&
                            !isRecently(looks_, now, 500ms, 3) && !isRecently(userChanges_, now, 5s, 4);
     if (!isSettled) return {};
     const std::string list = accessList(machine_.flag());
