@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <deque>
 #include <string>
 #include <utility>
 
@@ -38,9 +39,31 @@ class Life {
         if (begun.kind == Kind::link) end.kind = Kind::unlink;
         if (begun.kind == Kind::plugUngranted) end.kind = Kind::grant;
         if (begun.truth || end.kind != begun.kind) ends_.emplace_back(1 + below(20), end);
+        follow(begun);
+    }
+
+    // Lets what makes a fault matter follow at once, as often as not.
+    void follow(const Action& begun) {
+        if (oneIn(2)) return;
+        const Action pause{.kind = Kind::advance, .time = oneIn(2) ? 6s : 11s};
+        if (begun.kind == Kind::refuseToWork && begun.truth) {
+            static constexpr std::array kinds{Kind::leave, Kind::killApplication, Kind::kill, Kind::terminate};
+            next_ = {action(kinds.at(static_cast<std::size_t>(below(kinds.size())))), pause};
+        } else if (begun.kind == Kind::refuseToWork || begun.kind == Kind::grant) {
+            next_ = {pause};
+        } else if (begun.kind == Kind::takeDescriptors) {
+            Action after{.kind = Kind::sitDown, .user = below(3)};
+            if (!begun.truth) after = {.kind = Kind::advance, .time = 65s};
+            next_ = {after};
+        }
     }
 
     Action next() {
+        if (!next_.empty()) {
+            const Action action = next_.front();
+            next_.pop_front();
+            return action;
+        }
         for (auto& [left, end] : ends_) {
             if (left-- > 0) continue;
             const Action action = end;
@@ -72,17 +95,17 @@ class Life {
             {Kind::showTerminal, 20},
             {Kind::repeatSession, 12},
             {Kind::plug, 60},
-            {Kind::plugUngranted, 8},
+            {Kind::plugUngranted, 16},
             {Kind::grant, 12},
             {Kind::unplug, 40},
             {Kind::touch, 25},
-            {Kind::refuseToWork, 12},
+            {Kind::refuseToWork, 16},
             {Kind::refuseToPause, 8},
             {Kind::inhibit, 12},
             {Kind::fillDisk, 5},
             {Kind::protectDisk, 5},
             {Kind::takeWatches, 5},
-            {Kind::takeDescriptors, 5},
+            {Kind::takeDescriptors, 8},
             {Kind::fillRun, 5},
             {Kind::fillQueue, 8},
             {Kind::breakLogin, 6},
@@ -150,6 +173,7 @@ class Life {
                 action.number = oneIn(3) ? 2 : 1;
                 break;
             case Kind::plug:
+            case Kind::plugUngranted:
             case Kind::unplug:
             case Kind::refuseToWork:
             case Kind::inhibit:
@@ -170,6 +194,7 @@ class Life {
     std::mt19937_64 random_;
     const bool isCalm_;
     int person_ = 0;
+    std::deque<Action> next_;
     std::vector<std::pair<int, Action>> ends_;  // after how many further actions they come
 };
 

@@ -97,6 +97,9 @@ std::string ReferenceModel::checkFlag() const {
         const bool mayWriteIt = list.find(",u:" + std::to_string(users.at(user)) + ":rw-,") != std::string::npos;
         if (mayWriteIt != (actual_.user == static_cast<int>(user)))
             return "user " + std::to_string(user) + (mayWriteIt ? " may" : " may not") + " write the flag: " + list;
+        const std::string left = accessList(machine_.folder() + "/state.left." + std::to_string(users.at(user)));
+        if (left.find(",u:") != std::string::npos)
+            return "user " + std::to_string(user) + " may write what they have left: " + left;
     }
     return {};
 }

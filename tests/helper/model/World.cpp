@@ -34,7 +34,11 @@ void World::live() {
         createFolder();
         machine.run("--grant", true);
         ++grants;
-        machine.run("", true);
+        const int code = machine.run("", true);
+        const bool isAnyMuted = std::ranges::any_of(machine.devices, [](const auto& entry) {
+            return entry.second.isInhibited && entry.second.isInhibitedByHelper && !entry.second.couldNotWork;
+        });
+        if (code >= 0 && isAnyMuted) machine.wrongs.emplace_back("the helper has ended and left a pad muted");
         release();
         startAt = machine.now + std::chrono::seconds(1);
     }
