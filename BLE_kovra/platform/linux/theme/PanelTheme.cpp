@@ -24,7 +24,7 @@ PanelTheme::PanelTheme(SdEventLoop& loop, SessionBus& bus, XTray* tray, std::vec
     if (look_.look() != IconLook::recolored)
         loop_.async(lifetime_.guard([this] { query(); }));
     else if (anyOf(desktops_, {"KDE"}))
-        loop_.async(lifetime_.guard([this] { plasma_.emplace(bus_, [this] { look_.repeat(); }); }));
+        loop_.async(lifetime_.guard([this] { plasma_.emplace(loop_, bus_, [this] { look_.repeat(); }); }));
 }
 
 void PanelTheme::query() {

@@ -73,6 +73,9 @@ TEST(PanelThemeTest, RepeatsTheLookWhenPlasmasColorsChange) {
     constexpr int font = 1;
     report(font);
     report(palette);
+    report(palette);
+    turnsWithin(rig.loop, 100ms);
+    EXPECT_EQ(repeated, 0);  // the panel may not have its new colors yet
     EXPECT_TRUE(turnUntil(rig.loop, [&] { return repeated > 0; }));
     turnsWithin(rig.loop, 50ms);
     EXPECT_EQ(repeated, 1);
