@@ -84,8 +84,14 @@ class Desktop:
     driver: type = None
     # The title of the window in which the desktop asks for the hot key, if it does.
     asks_for_key: str = ""
-    # The desktop assigns the hot key without asking.
-    assigns_key: bool = False
+    # When the desktop assigns the hot key without asking: at the first "start" of the program, or at its "request", as
+    # the settings open; empty if it asks, or has no hot keys.
+    assigns_key: str = ""
+
+    @property
+    def shown(self):
+        """What users call the desktop, with its version."""
+        return self.title.split(", ")[1]
 
     @property
     def session_unit(self):
@@ -121,10 +127,10 @@ def _units(kind):
 DESKTOPS = [
     Desktop("gnome-43", "bookworm", "Debian 12, GNOME 43, Wayland", gnome),
     Desktop("plasma-5.27", "bookworm", "Debian 12, Plasma 5.27, Wayland", plasma,
-            packages=("plasma-workspace-wayland",), assigns_key=True),
+            packages=("plasma-workspace-wayland",), assigns_key="start"),
     Desktop("gnome-48", "trixie", "Debian 13, GNOME 48, Wayland", gnome, asks_for_key="Add Keyboard Shortcuts"),
     Desktop("plasma-6.3", "trixie", "Debian 13, Plasma 6.3, Wayland", plasma, files=plasma.IN_A_WINDOW,
-            driver=on_x.PlasmaOnX, assigns_key=True),
+            driver=on_x.PlasmaOnX, assigns_key="request"),
     Desktop("gnome-43-x11", "bookworm", "Debian 12, GNOME 43, X11", gnome, is_wayland=False, driver=on_x.GnomeOnX),
     Desktop("plasma-5.27-x11", "bookworm", "Debian 12, Plasma 5.27, X11", plasma, is_wayland=False,
             packages=("plasma-workspace-wayland",), driver=on_x.PlasmaOnX),

@@ -9,6 +9,8 @@ from world import ASKED, BINARY, TITLES, NotPossible
 SCALES = (1, 1.5, 2)
 # A picture that was enlarged by two, with smooth transitions, has half of the contrast between neighboring pixels.
 SHARP = 0.6
+# In a window that is enlarged by one and a half, this is two thirds.
+SHARP_WINDOW = 0.75
 
 
 @scenario("A middle click does nothing, and a double click opens no window; afterwards a click opens the menu as ever.")
@@ -99,6 +101,32 @@ def scales(world):
     return "; ".join(measured)
 
 
+@scenario("A second screen comes, with another scale: the window that is moved there is sharp, and so is the icon.")
+def second_screen(world):
+    if not world.shell.CAN_SCALE:
+        raise NotPossible("the desktop runs on an X server with one screen here")
+    world.start(muted=True)
+    world.program.perform("settings")
+    wait_for(world.window, "the settings", 30)
+    world.shell.still_picture()
+    with world.shell.second_screen(1.5) as left:
+        world.shell.move_window(left)
+        wait_for(lambda: world.window().box[0] >= left, "the window on the second screen", 20)
+        world.rest()
+        sharp = lambda picture: _is_sharp(world, picture) and _window_is_sharp(world, picture)
+        picture = world.shell.still_picture(sharp, "a sharp icon and a sharp window on the second screen", 30)
+        world.keep_picture("second-screen")
+        edges = look.steepest(picture, world.shell.pixels(picture, world.window().box))
+    wait_for(lambda: world.window().box[0] < left, "the window to come back", 20)
+    return f"edges {edges:.2f}"
+
+
+def _window_is_sharp(world, picture):
+    left, top, right, bottom = world.shell.pixels(picture, world.window().box)
+    # Without the frame, which the desktop draws.
+    return look.steepest(picture, (left + 20, top + 80, right - 20, bottom - 20)) >= SHARP_WINDOW
+
+
 def _contrast(world, picture):
     box = world.shell.icon_in(picture)
     return look.contrast(picture, box, box[0] - 4)
@@ -112,6 +140,6 @@ def _is_sharp(world, picture):
 
 
 def _is_dark(world, picture):
-    """Returns whether the paper of the window is dark."""
-    left, top, right, bottom = world.shell.pixels(picture, world.window().box)
-    return look.luminance(picture.getpixel((left + 12, (top + bottom) // 2))) < 0.3
+    """Returns whether the paper of the window is dark; None if the picture does not show it."""
+    paper = world.shell.paper(picture, world.window())
+    return look.luminance(paper) < 0.3 if paper else None

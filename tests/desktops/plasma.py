@@ -3,6 +3,7 @@
 import contextlib
 import json
 import os
+import re
 import struct
 
 from gi.repository import Gio, GLib
@@ -25,10 +26,10 @@ SESSIONS = {"wayland": "/usr/bin/startplasma-wayland", "x11": "/usr/bin/startpla
 _DROP_IN = """[Service]
 Environment=KWIN_SCREENSHOT_NO_PERMISSION_CHECKS=1 KWIN_WAYLAND_NO_PERMISSION_CHECKS=1
 ExecStart=
-ExecStart=/usr/bin/kwin_wayland_wrapper --xwayland {} --width 1280 --height 800 --no-lockscreen
+ExecStart=/usr/bin/kwin_wayland_wrapper --xwayland {} --width 1280 --height 800
 """
 FILES = {
-    "/etc/systemd/user/plasma-kwin_wayland.service.d/kovra.conf": _DROP_IN.format("--virtual"),
+    "/etc/systemd/user/plasma-kwin_wayland.service.d/kovra.conf": _DROP_IN.format("--virtual --output-count 2"),
     "/etc/xdg/ksplashrc": "[KSplash]\nEngine=none\nTheme=None\n",
     "/etc/xdg/kscreenlockerrc": "[Daemon]\nAutolock=false\nLockOnResume=false\n",
     "/etc/xdg/kwalletrc": "[Wallet]\nEnabled=false\nFirst Use=false\n",
@@ -48,7 +49,7 @@ COMMANDS = (("sh", "-c", "setcap -r /usr/bin/kwin_wayland || true"),)
 BUTTONS = {1: 0x110, 3: 0x111, 2: 0x112}  # the kernel's BTN_LEFT, BTN_RIGHT and BTN_MIDDLE
 PLASMASHELL = "org.kde.plasmashell"
 KWIN = "org.kde.KWin"
-SCREENSHOT = ("/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2", "CaptureActiveScreen")
+SCREENSHOT = ("/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2")
 SCRIPT = "tmp/kovra.js"
 WINDOWS = """
 const list = workspace.windowList ? workspace.windowList() : workspace.clientList();
@@ -59,6 +60,10 @@ const all = list.filter(one => one.normalWindow || one.dialog).map(one => {
             asks_for_attention: one.demandsAttention, pid: one.pid, is_shown: !one.minimized};
 });
 callDBus("%s", "/kovra", "org.kovra.Test", "Report", JSON.stringify(all));
+"""
+MOVE = """
+workspace.sendClientToScreen(workspace.clientList().find(one => one.caption.startsWith("BLE-kovra")), 1);
+callDBus("%s", "/kovra", "org.kovra.Test", "Report", "");
 """
 REPORT = Gio.DBusNodeInfo.new_for_xml("""<node><interface name="org.kovra.Test">
 <method name="Report"><arg type="s" direction="in"/></method></interface></node>""").interfaces[0]
@@ -91,6 +96,8 @@ class Plasma(Shell):
     def __init__(self, session):
         super().__init__(session)
         self._reports = []
+        # The screen of the pictures, and its left edge.
+        self._shown_screen, self._left = "Virtual-0", 0
         self._input = self._accessibility = self._without_menu = None
         session.bus.register_object("/kovra", REPORT, self._reported, None, None)
 
@@ -101,6 +108,8 @@ class Plasma(Shell):
 
     def settle(self):
         self._input = FakeInput(self.session)
+        # KWin starts with two screens.
+        self.session.run("kscreen-doctor", "output.2.disable")
         self.point(640, 300)
         self.still_picture()
 
@@ -114,8 +123,8 @@ class Plasma(Shell):
             try:
                 # The list closes its descriptors when it is no longer referenced. The picture ends when all are closed.
                 answer, _ = self.session.bus.call_with_unix_fd_list_sync(
-                    KWIN, *SCREENSHOT, GLib.Variant("(a{sv}h)", (
-                        {"native-resolution": GLib.Variant("b", True)}, 0)), None, 0, 60_000,
+                    KWIN, *SCREENSHOT, "CaptureScreen", GLib.Variant("(sa{sv}h)", (
+                        self._shown_screen, {"native-resolution": GLib.Variant("b", True)}, 0)), None, 0, 60_000,
                     Gio.UnixFDList.new_from_array([os.dup(writing)]))
             except GLib.Error:
                 return None
@@ -139,18 +148,21 @@ class Plasma(Shell):
         self._input.key(code, is_pressed)
 
     def windows(self):
-        """Loads a script into KWin, which sends what it finds to this process."""
+        self._run_script(WINDOWS)
+        return [Window(**one) for one in json.loads(self._reports[-1])
+                if not one["app"].startswith("org.kde.plasmashell")]
+
+    def _run_script(self, text):
+        """Loads a script into KWin, and waits for what it sends to this process."""
         bus = Caller(self.session.bus)
-        (self.session.files / SCRIPT).write_text(WINDOWS % self.session.bus.get_unique_name())
+        (self.session.files / SCRIPT).write_text(text % self.session.bus.get_unique_name())
         self._reports.clear()
         number = bus.call(KWIN, "/Scripting", "org.kde.kwin.Scripting", "loadScript",
                           GLib.Variant("(ss)", (f"/{SCRIPT}", "kovra")))[0]
         script = f"/{number}" if self.session.desktop.release == "bookworm" else f"/Scripting/Script{number}"
         bus.call(KWIN, script, "org.kde.kwin.Script", "run")
-        wait_for(self._report, "KWin's list of windows", 20)
+        wait_for(self._report, "the report of a script in KWin", 20)
         bus.call(KWIN, "/Scripting", "org.kde.kwin.Scripting", "unloadScript", GLib.Variant("(s)", ("kovra",)))
-        return [Window(**one) for one in json.loads(self._reports[-1])
-                if not one["app"].startswith("org.kde.plasmashell")]
 
     def marks_starts(self):
         # KWin needs OpenGL for that.
@@ -163,8 +175,9 @@ class Plasma(Shell):
                                                                       "activeEffects")
 
     def icon(self):
-        # In the panel, and neither a task nor a tool tip.
-        is_icon = lambda box: box[1] >= self.HEIGHT / self.scale - 60 and box[2] - box[0] < 60
+        # In the panel, and no tool tip. An open window has an entry in the task bar, to the left.
+        is_icon = lambda box: (box[1] >= self.HEIGHT / self.scale - 60 and box[2] - box[0] < 60
+                               and box[0] - self._left >= self.WIDTH / self.scale / 2)
         return next((box for box in self._boxes("BLE-kovra") if is_icon(box)), None)
 
     def expect_menu(self):
@@ -222,12 +235,56 @@ class Plasma(Shell):
         self.scale = scale
         self.still_picture()
 
+    @contextlib.contextmanager
+    def second_screen(self, scale):
+        """A second screen, to the right of the first, is the main one within a `with` block. Returns its left edge."""
+        self.session.run("kscreen-doctor", "output.2.enable", f"output.2.position.{self.WIDTH},0",
+                         f"output.2.scale.{scale}", "output.2.priority.1")
+        self._shown_screen, self._left, self.scale = "Virtual-1", self.WIDTH, scale
+        try:
+            yield self.WIDTH
+        finally:
+            self.session.run("kscreen-doctor", "output.1.priority.1", "output.2.disable")
+            self._shown_screen, self._left, self.scale = "Virtual-0", 0, 1
+
+    def move_window(self, left):
+        """Moves the program's window to the second screen."""
+        self._run_script(MOVE)
+
+    def pixels(self, picture, box):
+        return super().pixels(picture, [box[0] - self._left, box[1], box[2] - self._left, box[3]])
+
     def set_dark(self, is_dark):
         self.session.run("plasma-apply-colorscheme", "BreezeDark" if is_dark else "BreezeLight")
 
-    # KWin knows the levels low, medium, high and extreme, but not on Wayland.
-    focus_levels = ()
-    focus_remark = "KWin 5.27 gives the keyboard to each new window on Wayland, at each level"
+    def set_text_size(self, factor):
+        """Sets the size of the general font, as the page "Fonts" of Plasma's settings does."""
+        tool = "kwriteconfig5" if self.session.desktop.release == "bookworm" else "kwriteconfig6"
+        font = f"Noto Sans,{10 * factor:.0f},-1,5,50,0,0,0,0,0"
+        self.session.run(tool, "--file", "kdeglobals", "--group", "General", "--key", "font", font)
+        self.session.bus.emit_signal(None, "/KDEPlatformTheme", "org.kde.KDEPlatformTheme", "refreshFonts", None)
+
+    def show_autostart_page(self, world):
+        """Opens the page "Autostart" of Plasma's settings, and waits until it shows the entry."""
+        world.run("/usr/bin/systemsettings", "kcm_autostart", name="settings")
+        shown = lambda: self._shown(lambda thing: thing.has(accessible.SHOWING) and thing.label == "BLE-kovra",
+                                    "systemsettings")
+        if self.session.desktop.release == "bookworm":
+            shown = lambda: self._app_icons(self.picture()) > 100
+            world.remark("Plasma 5.27 tells screen readers no entries of this page; the icon was found in a picture")
+        try:
+            wait_for(shown, "the page to show the program", 60)
+            world.keep_picture("autostart")
+        finally:
+            for pid in world.processes("systemsettings"):
+                world.container.run("kill", pid, check_status=False)
+
+    def _app_icons(self, picture):
+        """Returns how many pixels of the picture have the main color of the program's icon."""
+        icon = self.session.files / "usr/share/icons/hicolor/scalable/apps/ble-kovra.svg"
+        color = re.search('fill="#([0-9a-f]{6})"', icon.read_text())[1]
+        wanted = tuple(bytes.fromhex(color))
+        return sum(one == wanted for one in picture.getdata())
 
     def launch(self, typed):
         """Types a word in KRunner, as a user does, and starts what it finds."""

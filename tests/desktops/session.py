@@ -15,6 +15,14 @@ from waiting import Failed, wait_for
 # The priority of a warning in the journal; errors have lower numbers.
 WARNING = 4
 FLAG = "Library/Application Support/ble-kovra/state"
+# Somebody else at the machine, whose session shows nothing.
+OTHER, OTHER_UNIT = "boris", "kovra-other.service"
+OTHER_SESSION = f"""[Service]
+User={OTHER}
+PAMName=kovra-session
+Environment=XDG_SEAT=seat0 XDG_SESSION_CLASS=user XDG_SESSION_TYPE=wayland
+ExecStart=/usr/bin/sleep infinity
+"""
 
 
 class Session:
@@ -35,6 +43,39 @@ class Session:
         wait_for(ended, "the person's services to end", 60)
         self.close()
         self.start()
+
+    def lock(self, is_locked):
+        """Locks or unlocks the screen, and waits until the desktop has done so."""
+        number = self._number(PERSON)
+        self.container.run("loginctl", "lock-session" if is_locked else "unlock-session", number)
+        wanted = "yes" if is_locked else "no"
+        seen = lambda: self.container.run("loginctl", "show-session", "-P", "LockedHint", number).strip() == wanted
+        wait_for(seen, "the screen to be locked" if is_locked else "the screen to be unlocked", 60)
+
+    @contextlib.contextmanager
+    def another_person(self):
+        """Somebody else has logged in at the machine, within a `with` block. The first session goes on meanwhile."""
+        if OTHER not in self.container.run("getent", "passwd"):
+            self.container.run("useradd", "--create-home", OTHER)
+        (self.files / "run/systemd/system" / OTHER_UNIT).write_text(OTHER_SESSION)
+        self.container.run("systemctl", "daemon-reload")
+        self.container.start_unit(OTHER_UNIT)
+        self._wait_active(OTHER)
+        try:
+            yield
+        finally:
+            self.container.run("systemctl", "stop", OTHER_UNIT)
+            self.container.run("loginctl", "activate", self._number(PERSON))
+            self._wait_active(PERSON)
+
+    def _number(self, person):
+        """Returns the number of the person's session at the machine, or None."""
+        lines = [line.split() for line in self.container.run("loginctl", "--no-legend", "list-sessions").splitlines()]
+        return next((line[0] for line in lines if line[2] == person and "seat0" in line), None)
+
+    def _wait_active(self, person):
+        active = lambda: self.container.run("loginctl", "show-seat", "-P", "ActiveSession", "seat0").strip()
+        wait_for(lambda: active() and active() == self._number(person), f"the session of {person} to be active", 60)
 
     def shut_down(self):
         """Powers the container off. Returns what the flag said until its file system was unmounted."""

@@ -43,6 +43,8 @@ class Shell:
     # The size of the screen at scale 1.
     WIDTH, HEIGHT = 1280, 800
     CAN_SCALE = True
+    # What the desktop logs about the program for a reason of its own: a part of the line, and what users are told.
+    OWN_COMPLAINTS = {}
 
     def __init__(self, session):
         self.session = session
@@ -56,12 +58,33 @@ class Shell:
         """Returns the box of the icon in the picture, in pixels."""
         return self.pixels(picture, self.icon())
 
+    def paper(self, picture, window):
+        """Returns the color of the window's paper, which is gray, or None if the picture does not show it yet."""
+        left, top, right, bottom = self.pixels(picture, window.box)
+        inset, middle = round(8 * self.scale), (top + bottom) // 2
+        color = picture.getpixel((left + inset, middle))
+        is_gray = max(color) - min(color) < 20
+        return color if is_gray and color == picture.getpixel((right - inset, middle)) else None
+
     def settle(self):
         """Called once when the desktop is ready."""
 
     def marks_starts(self):
         """Returns whether the pointer shows that a program is starting."""
         return True
+
+    # Why the desktop cannot lock the screen here, for users; empty if it can.
+    cannot_lock = ""
+
+    # How much the desktop can prevent new windows from taking the keyboard; empty if it cannot.
+    focus_levels = ()
+
+    @property
+    def focus_remark(self):
+        """Says to users which windows take the keyboard."""
+        if not self.session.desktop.is_wayland:
+            return "on X11 the alert and the settings take the keyboard"
+        return f"{self.session.desktop.shown} gives the keyboard to each new window on Wayland"
 
     def expect_menu(self):
         """Called before the menu is opened."""

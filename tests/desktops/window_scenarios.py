@@ -6,6 +6,8 @@ from texts import LOCALES, TEXTS
 from waiting import Failed, check, wait_for
 from world import ASKED, BINARY, TITLES, NotPossible
 
+# How much wider the window becomes at least. It has a reserve for fonts of up to 11 points.
+LARGER = 1.2
 TYPED = "the quick brown fox jumps over the lazy dog"
 
 
@@ -17,16 +19,15 @@ def alert(world):
         world.find_item()
         wait_for(world.alert, "the alert", 30)
         wait_for(lambda: world.alert().has_keyboard, "the alert in front", 20)
-        world.keep_picture("alert")
+        world.keep_picture("alert", world.alert())
         world.shell.press("Escape")
         wait_for(lambda: not world.alert(), "the alert to close", 20)
 
 
-@scenario("Whoever types keeps the keyboard: neither the alert of a start nor settings without a token take a key.")
+@scenario("Whoever types loses no key to a window, or at least answers no alert with one.")
 def typing(world):
-    if not world.shell.focus_levels:
-        raise NotPossible(world.shell.focus_remark)
     with world.without_helper():
+        _type_until_alert(world)
         for level in world.shell.focus_levels:
             world.end_program()
             world.choose(blockMode="always", isEnabled=False, **ASKED)
@@ -42,7 +43,27 @@ def typing(world):
                 editor.type(TYPED[33:])
                 got = editor.finish()
             check(got == TYPED, f"at the level {level!r} the editor got {got!r}")
-    world.remark(world.shell.focus_remark)
+    world.remark(f"{world.shell.focus_remark}; an alert that nobody asked for ignores keys for half a second")
+
+
+def _type_until_alert(world):
+    """Types spaces, which would press the alert's button, until the alert has the keyboard. It must stay open."""
+    world.choose(blockMode="always", isEnabled=False, **ASKED)
+    with world.editor():
+        world.run(BINARY)
+
+        def types():
+            world.shell.type("   ")
+            alert = world.alert()
+            return alert and alert.has_keyboard
+        wait_for(types, "the alert in front, in spite of the typed keys", 30)
+        world.shell.still_picture()
+        check(world.alert(), "a key that was typed for the editor has answered the alert")
+
+        def closes():
+            world.shell.press("Escape")
+            return not world.alert()
+        wait_for(closes, "the alert to close", 20)
 
 
 @scenario("The title bar names the window, minimizes it and closes it; a second start brings it back.")
@@ -51,7 +72,7 @@ def title_bar(world):
     world.program.perform("settings")
     wait_for(world.window, "the settings", 30)
     window = world.bring_to_front()
-    world.keep_picture("title-bar")
+    world.keep_picture("title-bar", window)
     close, minimize = world.shell.title_buttons(window)
     if minimize:
         world.shell.click(*minimize)
@@ -62,6 +83,33 @@ def title_bar(world):
         world.remark("the desktop's title bars have no button that minimizes")
     world.shell.click(*close)
     wait_for(lambda: not world.window(), "the window to close", 20)
+
+
+@scenario("The desktop's texts are made larger by half: the window grows with them, and cuts none.")
+def text_size(world):
+    world.start()
+    world.program.perform("settings")
+    before = _width(wait_for(world.window, "the settings", 30))
+    grown = lambda: world.window() and _width(world.window()) >= LARGER * before
+    try:
+        world.shell.set_text_size(1.5)
+        try:
+            wait_for(grown, "the window to grow", 10)
+        except Failed:
+            world.remark("a window that is open keeps its size until the program is started again")
+            world.end_program()
+            world.start()
+            world.program.perform("settings")
+            wait_for(grown, "a larger window", 30)
+        world.keep_picture("text-size", world.window())
+        share = _width(world.window()) / before
+    finally:
+        world.shell.set_text_size(1)
+    return f"the window is {share:.2f} times as wide"
+
+
+def _width(window):
+    return window.box[2] - window.box[0]
 
 
 @scenario("A screen reader reads the settings and the alert, in each of the six languages.")

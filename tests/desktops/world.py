@@ -139,6 +139,13 @@ class World:
         """Waits until the desktop asks for the hot key, and agrees."""
         self._answer_for_key(self.shell.accept_key)
 
+    def close_page_of_keys(self):
+        """Waits until the desktop shows its page of shortcuts, and closes it."""
+        page = lambda: next((one for one in self.shell.windows() if one.title.startswith("Shortcuts")), None)
+        wait_for(lambda: page() and page().has_keyboard, "the desktop's page of shortcuts", 60)
+        self.shell.press("Alt", "F4")
+        wait_for(lambda: not page(), "the page to close", 30)
+
     def _answer_for_key(self, answer):
         wait_for(lambda: any(one.has_keyboard for one in self.dialogues_for_key()), "the dialogue for the hot key", 60)
         check(len(self.dialogues_for_key()) == 1, "the desktop asks more than once")
@@ -183,9 +190,12 @@ class World:
 
     def open_menu(self, button=1):
         """Clicks the icon, and returns the entries that the open menu shows."""
-        self.shell.expect_menu()
         # A panel ignores a click on the icon until it has read the menu. So click again, as a user would.
-        for _ in range(CLICKS):
+        for attempt in range(CLICKS):
+            if attempt > 0:
+                self.shell.press("Escape")
+                self.rest()
+            self.shell.expect_menu()
             self.click_icon(button)
             with contextlib.suppress(Failed):
                 return wait_for(self.shell.menu, "the menu to open", 5)
@@ -280,9 +290,10 @@ class World:
 
     # What is left behind
 
-    def keep_picture(self, name):
-        """Keeps a picture of the screen for people to look at."""
-        self.shell.still_picture().save(self._kept / f"{self.desktop.name}-{name}.png")
+    def keep_picture(self, name, window=None):
+        """Keeps a picture of the screen for people to look at. If a window is given, the picture shows it."""
+        shows = lambda picture: window is None or self.shell.paper(picture, window)
+        self.shell.still_picture(shows, "a picture of the window").save(self._kept / f"{self.desktop.name}-{name}.png")
 
     def leave_behind(self, name):
         """Saves a picture of the screen and the journal. Returns the path of the picture."""

@@ -39,10 +39,11 @@ class Devices:
         """Returns the key of a mouse in the preferences. The mouse that was plugged in first has the number 1."""
         return f"{name}#1133:{number}"
 
-    def plug(self, name):
-        """Plugs in a mouse with this name. Returns its node, for unplug()."""
+    def plug(self, name, number=None):
+        """Plugs in a mouse with this name, a new one or that with this number. Returns its node, for unplug()."""
         self._count += 1
-        node = f"0003:046D:{self._count:04X}.{self._count:04X}"
+        number = number or self._count
+        node = f"0003:046D:{number:04X}.{self._count:04X}"
         folder = f"{self._sys}/devices/virtual/misc/uhid/{node}"
         os.makedirs(folder)
         os.symlink("../../../../../bus/hid", f"{folder}/subsystem")
@@ -50,7 +51,7 @@ class Devices:
         os.makedirs(f"{self._sys}/bus/hid/drivers/hid-generic", exist_ok=True)
         os.symlink("../../../../../bus/hid/drivers/hid-generic", f"{folder}/driver")
         with open(f"{folder}/uevent", "w", encoding="utf-8") as uevent:
-            uevent.write(f"DRIVER=hid-generic\nHID_ID=0003:0000046D:{self._count:08X}\nHID_NAME={name}\n")
+            uevent.write(f"DRIVER=hid-generic\nHID_ID=0003:0000046D:{number:08X}\nHID_NAME={name}\n")
         self._send("add", node)
         return node
 

@@ -76,10 +76,11 @@ def contrast(picture, box, beside=None):
     """Returns the contrast between the icon in the box and the panel, as a ratio of luminances (1 to 21).
 
     Most pixels of the thin strokes are blended with the panel. So only the quarter with the highest contrast counts.
+    The ratio is 1 if the icon cannot be seen at all.
     """
     ratios = sorted(_ratio(*pair) for pair in drawn(picture, box, beside))
     strongest = ratios[-max(1, len(ratios) // 4):]
-    return sum(strongest) / len(strongest)
+    return sum(strongest) / len(strongest) if strongest else 1.0
 
 
 def steepest(picture, box):
