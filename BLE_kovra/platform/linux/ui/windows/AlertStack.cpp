@@ -20,6 +20,9 @@ namespace {
 // How long an alert may surprise a user who is typing.
 constexpr auto surprise = std::chrono::milliseconds(500);
 
+// How soon after a choice in a menu of this program its alert opens.
+constexpr auto reaction = std::chrono::seconds(2);
+
 bool isKey(QEvent::Type type) { return type == QEvent::KeyPress || type == QEvent::ShortcutOverride; }
 
 // Returns whether the event begins an action of the user. An alert blocks only such events, so an action that began
@@ -70,7 +73,7 @@ void AlertStack::show(const ShowAlerts& shown) {
         };
         open.push_back({.number = listed.number,
                         .window = std::make_unique<AlertWindow>(listed.alert, onAnswered, send_),
-                        .isRequested = !listed.activationToken.empty()});
+                        .isRequested = !listed.activationToken.empty() || isUserHere()});
         AlertWindow& window = *open.back().window;
         window.adjustSize();
         centerByFrame(window);
@@ -109,12 +112,15 @@ bool AlertStack::isUnexpected(const Open& alert) const {
     return !alert.isRequested && alert.activated && clock_() - *alert.activated < surprise;
 }
 
+bool AlertStack::isUserHere() const { return lastInput_ && clock_() - *lastInput_ < reaction; }
+
 bool AlertStack::eventFilter(QObject* object, QEvent* event) {
     const bool isActivation = event->type() == QEvent::FocusIn;
     if (!isActivation && !startsInput(event->type())) return false;
     const auto* window = qobject_cast<QWindow*>(object);
     if (window == nullptr) return false;
     Open* const alert = alertOf(*window);
+    if (alert == nullptr && !isActivation) lastInput_ = clock_();
     // A desktop may activate the window while show() is still running. Then the first key begins the time.
     if (alert != nullptr && !alert->activated && (isActivation || isKey(event->type()))) alert->activated = clock_();
     if (blocks(*window)) {

@@ -233,6 +233,18 @@ TEST_F(UnexpectedAlertTest, AcceptsKeysAtOnceIfTheUserRequestsIt) {
     EXPECT_EQ(answers, (Answered{{1, 0}}));
 }
 
+TEST_F(AlertStackTest, AcceptsKeysAtOnceAfterAClickInAnotherWindowOfTheProgram) {
+    QWidget menu;
+    menu.show();
+    QTest::mouseClick(menu.windowHandle(), Qt::LeftButton);
+    now += milliseconds(1999);
+    ShowAlerts::Open alert = numbered(1);
+    alert.activationToken.clear();
+    stack.show({.alerts = {alert}});
+    press(Qt::Key_Return);
+    EXPECT_EQ(answers, (Answered{{1, 0}}));
+}
+
 class AlertStackOverWindowTest : public AlertStackTest {
   protected:
     AlertStackOverWindowTest() {
