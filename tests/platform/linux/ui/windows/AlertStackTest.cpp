@@ -191,9 +191,9 @@ TEST_F(AlertStackTest, SendsTheRequestsOfItsKeys) {
 }
 
 // Somebody may be typing in another program when an alert opens that nobody has requested.
-class UnexpectedAlertTest : public AlertStackTest {
+class AlertStackUnrequestedTest : public AlertStackTest {
   protected:
-    UnexpectedAlertTest() {
+    AlertStackUnrequestedTest() {
         alert.activationToken.clear();
         stack.show({.alerts = {alert}});
         EXPECT_TRUE(isActive(*visible(1)));
@@ -202,7 +202,7 @@ class UnexpectedAlertTest : public AlertStackTest {
     ShowAlerts::Open alert = numbered(1);
 };
 
-TEST_F(UnexpectedAlertTest, IgnoresKeysForHalfASecondFromItsFirstActivation) {
+TEST_F(AlertStackUnrequestedTest, IgnoresKeysForHalfASecondFromItsFirstActivation) {
     now += milliseconds(499);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape}) press(key);
     QTest::keyClick(visible(1)->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
@@ -213,7 +213,7 @@ TEST_F(UnexpectedAlertTest, IgnoresKeysForHalfASecondFromItsFirstActivation) {
     EXPECT_EQ(answers, (Answered{{1, 0}}));
 }
 
-TEST_F(UnexpectedAlertTest, AcceptsKeysAtOnceAtALaterActivation) {
+TEST_F(AlertStackUnrequestedTest, AcceptsKeysAtOnceAtALaterActivation) {
     now += milliseconds(500);
     show({1, 2});
     show({1});
@@ -222,12 +222,12 @@ TEST_F(UnexpectedAlertTest, AcceptsKeysAtOnceAtALaterActivation) {
     EXPECT_EQ(answers, (Answered{{1, std::nullopt}}));
 }
 
-TEST_F(UnexpectedAlertTest, AcceptsClicksAtOnce) {
+TEST_F(AlertStackUnrequestedTest, AcceptsClicksAtOnce) {
     click(*visible(1), 1);
     EXPECT_EQ(answers, (Answered{{1, 1}}));
 }
 
-TEST_F(UnexpectedAlertTest, AcceptsKeysAtOnceIfTheUserRequestsIt) {
+TEST_F(AlertStackUnrequestedTest, AcceptsKeysAtOnceIfTheUserRequestsIt) {
     stack.show({.alerts = {numbered(1)}, .front = 1});
     press(Qt::Key_Return);
     EXPECT_EQ(answers, (Answered{{1, 0}}));
