@@ -65,8 +65,8 @@ void ScrollElement::addWidgets(std::vector<QWidget*>& widgets) const {
 
 SizeHint ScrollElement::contentWidth() {
     Element* child = children_.first();
-    return {child == nullptr ? 0 : child->widthHint().minimum, child == nullptr ? 0 : child->widthHint().preferred,
-            true};
+    const SizeHint hint = child == nullptr ? SizeHint() : child->widthHint();
+    return {hint.minimum, hint.preferred, true};
 }
 
 SizeHint ScrollElement::contentHeight(int width) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <QStyle>
 #include <utility>
 
 #include "tests/platform/linux/ui/ActiveView.h"
@@ -88,6 +89,31 @@ TEST_F(ElementTreeControlsTest, ArrowKeysMoveTheFocus) {
     EXPECT_EQ(focused(), "Mouse 1");
     key(Qt::Key_Up);
     EXPECT_EQ(focused(), "Mouse 0");
+}
+
+TEST_F(ElementTreeControlsTest, FramesTheLabelOfTheFocusedButton) {
+    rig.show(content);
+    QAbstractButton& block = button(content.texts.block);
+    const int box = block.style()->pixelMetric(QStyle::PM_IndicatorWidth);
+    // Returns the first column beside the box that contains a pixel unlike that of `other`.
+    const auto firstColumn = [&](const QImage& image, const auto& other) {
+        for (int x = box; x < image.width(); ++x) {
+            for (int y = 0; y < image.height(); ++y) {
+                if (image.pixel(x, y) != other(x, y)) return x;
+            }
+        }
+        return -1;
+    };
+    block.setFocus();
+    key(Qt::Key_Tab);
+    const QImage without = picture(block);
+    key(Qt::Key_Backtab);
+    const QImage with = picture(block);
+    const int label = firstColumn(without, [&](int, int) { return without.pixel(box, 0); });
+    const int frame = firstColumn(with, [&](int x, int y) { return without.pixel(x, y); });
+    EXPECT_GT(frame, box);
+    EXPECT_LT(frame, label);
+    EXPECT_EQ(with.copy(0, 0, box, with.height()), without.copy(0, 0, box, with.height())) << "the box has a frame";
 }
 
 TEST_F(ElementTreeControlsTest, ScrollsTheFocusedRowIntoView) {

@@ -246,11 +246,13 @@ TEST_F(ViewWindowTest, MovesOntoAnotherScreenIfItsOwnIsDisconnected) {
 TEST_F(ViewWindowTest, MovesBackIfTooLittleOfItIsOnTheScreenToDragIt) {
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     for (const int visible : {39, 40}) {
-        ViewWindow another([](const ToResident&) {});
-        state.content = sample::view(content);
-        state.place.position = Point{double(screen.right() + 1 - visible), 100};
-        another.showWindow(state);
-        EXPECT_EQ(screen.contains(another.geometry()), visible < 40) << visible;
+        for (const int left : {screen.right() + 1 - visible, screen.left() + visible - pixels(440)}) {
+            ViewWindow another([](const ToResident&) {});
+            state.content = sample::view(content);
+            state.place.position = Point{double(left), 100};
+            another.showWindow(state);
+            EXPECT_EQ(screen.contains(another.geometry()), visible < 40) << visible << " from " << left;
+        }
     }
 }
 
