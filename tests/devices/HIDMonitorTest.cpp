@@ -161,6 +161,7 @@ TEST(HIDMonitorTest, ShowsADeviceInGraceAsConnectedWhenAnotherIsAttached) {
     rig.hid.attach(aMouse("pear").ids(1, 2));
     EXPECT_TRUE(rig.isShownConnected("apple"));
     EXPECT_TRUE(rig.monitor->isConnected(aMouse("apple").key()));
+    EXPECT_FALSE(rig.monitor->isConnected(aMouse("never seen").key()));
 }
 
 TEST(HIDMonitorTest, ReconnectsADeviceThatWasDisconnected) {
