@@ -128,6 +128,23 @@ TEST(StatusNotifierFrontTest, ReportsWhetherThereIsAHost) {
     EXPECT_TRUE(reported("host none host none host none "));
 }
 
+TEST(StatusNotifierFrontTest, KnowsWhetherTheIconIsShown) {
+    using Icon = StatusNotifierWatcher::Icon;
+    StatusNotifierRig rig;
+    const auto becomes = [&](Icon icon) { return turnUntil(rig.loop, [&] { return rig.watcher.icon() == icon; }); };
+    EXPECT_EQ(rig.watcher.icon(), Icon::unknown);
+    EXPECT_TRUE(becomes(Icon::notShown));
+    rig.panel.emplace(rig.loop);
+    rig.panel->refusesItems = true;
+    EXPECT_TRUE(becomes(Icon::unknown));
+    rig.panel->settle(rig.program());
+    EXPECT_EQ(rig.watcher.icon(), Icon::unknown) << "the panel has refused the icon";
+    rig.panel.reset();
+    EXPECT_TRUE(becomes(Icon::notShown));
+    rig.panel.emplace(rig.loop);
+    EXPECT_TRUE(becomes(Icon::shown));
+}
+
 TEST(StatusNotifierFrontTest, ReportsTheNameOfTheIconAndItsFolder) {
     StatusNotifierRig rig;
     rig.showInPanel();
