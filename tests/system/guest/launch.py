@@ -90,12 +90,10 @@ def explained_once(world):
             pid = wait_for(tool.started, "the tool to be started")[0]
             wait_for(lambda: choose(world, ACTIVATE), "the menu to be on the bus")
             screen.wait_alerts(1)
-            screen.wait_keyboard()
             if is_open_when_the_tool_ends:
                 tool.release()
                 wait_for(lambda: has_ended(pid), "the tool to end")
-            screen.press(ESCAPE)
-            screen.wait_alerts(0)
+            screen.answer_alert(ESCAPE)
             if not is_open_when_the_tool_ends:
                 tool.release()
                 wait_for(lambda: has_ended(pid), "the tool to end")
@@ -113,9 +111,7 @@ def manager(world):
     with contextlib.closing(Screen()) as screen:
         running = world.start(display=screen.name)
         screen.wait_alerts(1)
-        screen.wait_keyboard()
-        screen.press(RETURN)
-        screen.wait_alerts(0)
+        screen.answer_alert(RETURN)
         pid, arguments = wait_for(lambda: CALLED.exists() and CALLED.read_text().split(), "the manager to be started")
         check(arguments == "forceActivate", f"the manager's argument was {arguments!r}")
         os.kill(int(pid), signal.SIGSTOP)  # the program must end although the manager does not
@@ -134,9 +130,7 @@ def manager_missing(world):
         running = world.start(display=screen.name)
         screen.wait_alerts(1)
         check(not world.journal.messages, f"the log contains {world.journal.messages}")
-        screen.wait_keyboard()
-        screen.press(RETURN)
-        screen.wait_alerts(0)
+        screen.answer_alert(RETURN)
         wait_for(lambda: world.journal.messages, "a line in the log")
         check(world.journal.messages == [MANAGER_IS_MISSING], f"the log contains {world.journal.messages}")
         check(running.is_running(), f"the program ended: {running.last_words()}")

@@ -5,7 +5,7 @@ import os
 import signal
 import subprocess
 
-from waiting import wait_for
+from waiting import Failed, wait_for
 
 # X keycodes of a PC keyboard.
 CONTROL, ALT, T = 37, 64, 28
@@ -64,6 +64,17 @@ class Screen:
         with self._connection() as eye:
             wait_for(lambda: eye.get_input_focus().focus not in (X.NONE, X.PointerRoot),
                      "a window to have the keyboard focus")
+
+    def answer_alert(self, key):
+        """Answers the only alert with this key. A new alert ignores keys for a moment, so the key is pressed again."""
+        self.wait_keyboard()
+
+        def is_answered():
+            self.press(key)
+            with contextlib.suppress(Failed):
+                wait_for(lambda: not self.alerts(), "the alert to close", 2)
+            return not self.alerts()
+        wait_for(is_answered, "the alert to be answered")
 
     def hang(self):
         self._server.send_signal(signal.SIGSTOP)

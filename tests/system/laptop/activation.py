@@ -59,9 +59,7 @@ def click_activate(laptop, screen):
     """Starts Anna's application and presses the first button of its alert. Returns the application."""
     application = laptop.start(display=screen.name, with_helper=False)
     screen.wait_alerts(1)
-    screen.wait_keyboard()
-    screen.press(RETURN)
-    screen.wait_alerts(0)
+    screen.answer_alert(RETURN)
     return application
 
 
