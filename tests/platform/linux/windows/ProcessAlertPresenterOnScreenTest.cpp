@@ -80,11 +80,12 @@ class ProcessAlertPresenterOnScreenTest : public testing::TestWithParam<Manager>
         listening = process->listen([this](const ToResident& message) { messages.push_back(message); });
     }
 
+    // The user has requested these alerts. Others ignore keys for a moment.
     void showAlerts(const std::vector<std::uint64_t>& numbers, std::optional<std::uint64_t> requested = {}) {
         ShowAlerts shown{.alerts = {}, .front = requested};
         for (const std::uint64_t number : numbers) {
             shown.alerts.push_back(
-                {number, "", {"Question " + std::to_string(number), "Below it", {"First", "Second"}}});
+                {number, "of the click", {"Question " + std::to_string(number), "Below it", {"First", "Second"}}});
         }
         process->show(shown);
     }
