@@ -21,7 +21,7 @@ bool grantPads(gid_t group, const InhibitedAttribute& attribute) {
     bool areAllGranted = failure == 0;
     for (const std::string& name : inputsToMute(devices)) {
         const int error = attribute.giveTo(name, group);
-        if (error == 0 || attribute.isGone(name, error)) continue;
+        if (error == 0 || attribute.meansGone(error)) continue;
         logError(name + " cannot be given to group " + std::to_string(group), error);
         areAllGranted = false;
     }

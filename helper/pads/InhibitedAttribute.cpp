@@ -35,9 +35,8 @@ int InhibitedAttribute::giveTo(const std::string& name, gid_t group) const {
     return ::fchmod(file.number(), mode) == 0 ? 0 : errno;
 }
 
-bool InhibitedAttribute::isGone(const std::string& name, int error) const {
-    if (error != ENOENT) return error == ENODEV;
-    return ::access(folder_.c_str(), F_OK) == 0 && ::access(path(name).c_str(), F_OK) != 0 && errno == ENOENT;
+bool InhibitedAttribute::meansGone(int error) const {
+    return error == ENODEV || (error == ENOENT && ::access(folder_.c_str(), F_OK) == 0);
 }
 
 }  // namespace kovra::helper

@@ -23,9 +23,9 @@ class InhibitedAttribute {
     // Lets this group write the attribute, besides its owner. Returns 0 or an error number.
     int giveTo(const std::string& name, gid_t group) const;
 
-    // Whether the device was removed, after a call for it has failed with this error. ENOENT does not mean that if the
-    // folder of all devices is missing too, as in a chroot without /sys, or if the attribute exists now.
-    bool isGone(const std::string& name, int error) const;
+    // Whether this error means that the device was removed. ENOENT does not mean that if the folder of all devices is
+    // missing too, as in a chroot without /sys.
+    bool meansGone(int error) const;
 
   private:
     std::string path(const std::string& name) const { return folder_ + "/" + name + "/inhibited"; }

@@ -12,7 +12,7 @@ namespace kovra::helper {
 bool unmute(const std::string& name, MutedPads& mutedPads, const InhibitedAttribute& attribute) {
     // A device that is not inhibited needs no write, which its driver or a read-only /sys might refuse.
     const int error = attribute.isInhibited(name) == false ? 0 : attribute.setInhibited(name, false);
-    if (error != 0 && !attribute.isGone(name, error)) {
+    if (error != 0 && !attribute.meansGone(error)) {
         logError(name + " cannot be unmuted yet", error);
         return false;
     }
