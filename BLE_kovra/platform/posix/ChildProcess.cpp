@@ -33,6 +33,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(Spawn& how, const std::string&
 
 ChildProcess::~ChildProcess() {
     if (!isReleased_) terminate();
+    if (pid_ != 0) ::waitpid(pid_, nullptr, WNOHANG);  // it may have ended before anybody looked
 }
 
 void ChildProcess::reap() {

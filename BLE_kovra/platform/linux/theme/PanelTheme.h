@@ -24,8 +24,8 @@ namespace kovra {
 //
 // On desktops whose panels recolor icons, nothing is queried. On Plasma the look is repeated when the desktop's colors
 // change: Plasma 5.27 recolors only icons of its own theme then, and leaves those of programs as they were, until their
-// items announce a new icon. Everything else is queried from the queue, which first
-// runs when the icon has been registered, and nothing is polled.
+// items announce a new icon. Everything else is queried from the queue, which first runs when the icon has been
+// registered, and nothing is polled.
 class PanelTheme {
   public:
     // `desktops` are the names of the desktop, `tray` is null without an X server.
