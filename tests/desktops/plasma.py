@@ -2,19 +2,16 @@
 
 import contextlib
 import json
-import os
 import re
-import struct
 
-from gi.repository import Gio, GLib
-from PIL import Image, ImageChops
+from gi.repository import GLib
 
 import accessible
+import kwin
 import look
 from item import BUS, WATCHER, Caller, item_of_program
 from shell import Entry, Shell, Window
 from waiting import Failed, check, now, wait_for
-from wayland import WaylandClient
 
 NAME = "plasma"
 PACKAGES = ("plasma-desktop", "plasma-workspace", "kwin-wayland", "kwin-x11", "xdg-desktop-portal-kde", "breeze",
@@ -46,11 +43,6 @@ IN_A_WINDOW = {
 # The kernel refuses to start programs with capabilities that the container does not have.
 COMMANDS = (("sh", "-c", "setcap -r /usr/bin/kwin_wayland || true"),)
 
-BUTTONS = {1: 0x110, 3: 0x111, 2: 0x112}  # the kernel's BTN_LEFT, BTN_RIGHT and BTN_MIDDLE
-PLASMASHELL = "org.kde.plasmashell"
-KWIN = "org.kde.KWin"
-SCREENSHOT = ("/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2")
-SCRIPT = "tmp/kovra.js"
 WINDOWS = """
 const list = workspace.windowList ? workspace.windowList() : workspace.clientList();
 const all = list.filter(one => one.normalWindow || one.dialog).map(one => {
@@ -65,29 +57,7 @@ MOVE = """
 workspace.sendClientToScreen(workspace.clientList().find(one => one.caption.startsWith("BLE-kovra")), 1);
 callDBus("%s", "/kovra", "org.kovra.Test", "Report", "");
 """
-REPORT = Gio.DBusNodeInfo.new_for_xml("""<node><interface name="org.kovra.Test">
-<method name="Report"><arg type="s" direction="in"/></method></interface></node>""").interfaces[0]
-# Of QImage's formats those that KWin uses, as PIL names them.
-FORMATS = {4: "BGRX", 5: "BGRA", 6: "BGRA", 16: "RGBX", 17: "RGBA", 18: "RGBA"}
-
-
-class FakeInput(WaylandClient):
-    """Sends the events of a mouse and a keyboard, through the protocol org_kde_kwin_fake_input."""
-
-    def __init__(self, session):
-        # KWin offers this only to programs whose files it can see.
-        connection, self._keeper = session.container.connected(f"{session.RUNTIME}/wayland-0", session.PERSON_ID)
-        super().__init__(connection, "org_kde_kwin_fake_input", 4)
-        self.send(self.GLOBAL, 0, self.text("tests") + self.text("tests"))
-
-    def point(self, x, y):
-        self.send(self.GLOBAL, 9, struct.pack("ii", round(x * 256), round(y * 256)))
-
-    def button(self, button, is_pressed):
-        self.send(self.GLOBAL, 2, struct.pack("II", BUTTONS[button], is_pressed))
-
-    def key(self, code, is_pressed):
-        self.send(self.GLOBAL, 10, struct.pack("II", code, is_pressed))
+PLASMASHELL = "org.kde.plasmashell"
 
 
 class Plasma(Shell):
@@ -95,11 +65,10 @@ class Plasma(Shell):
 
     def __init__(self, session):
         super().__init__(session)
-        self._reports = []
+        self._scripts = kwin.Scripts(session)
         # The screen of the pictures, and its left edge.
         self._shown_screen, self._left = "Virtual-0", 0
         self._input = self._accessibility = self._without_menu = None
-        session.bus.register_object("/kovra", REPORT, self._reported, None, None)
 
     def is_ready(self):
         bus = Caller(self.session.bus)
@@ -107,34 +76,14 @@ class Plasma(Shell):
             WATCHER, "/StatusNotifierWatcher", WATCHER, "IsStatusNotifierHostRegistered")
 
     def settle(self):
-        self._input = FakeInput(self.session)
+        self._input = kwin.FakeInput(self.session)
         # KWin starts with two screens.
         self.session.run("kscreen-doctor", "output.2.disable")
         self.point(640, 300)
         self.still_picture()
 
     def picture(self):
-        # While the screens change, KWin cancels pictures.
-        return wait_for(self._picture, "a picture of the screen", 20)
-
-    def _picture(self):
-        reading, writing = os.pipe()
-        with os.fdopen(reading, "rb") as picture:
-            try:
-                # The list closes its descriptors when it is no longer referenced. The picture ends when all are closed.
-                answer, _ = self.session.bus.call_with_unix_fd_list_sync(
-                    KWIN, *SCREENSHOT, "CaptureScreen", GLib.Variant("(sa{sv}h)", (
-                        self._shown_screen, {"native-resolution": GLib.Variant("b", True)}, 0)), None, 0, 60_000,
-                    Gio.UnixFDList.new_from_array([os.dup(writing)]))
-            except GLib.Error:
-                return None
-            finally:
-                os.close(writing)
-            facts = answer.unpack()[0]
-            data = picture.read()
-        size = facts["width"], facts["height"]
-        return Image.frombytes("RGB" if FORMATS[facts["format"]].endswith("X") else "RGBA", size, data, "raw",
-                               FORMATS[facts["format"]], facts["stride"]).convert("RGB")
+        return wait_for(lambda: kwin.picture(self.session, self._shown_screen), "a picture of the screen", 20)
 
     def point(self, x, y):
         self._input.point(x, y)
@@ -148,31 +97,24 @@ class Plasma(Shell):
         self._input.key(code, is_pressed)
 
     def windows(self):
-        self._run_script(WINDOWS)
-        return [Window(**one) for one in json.loads(self._reports[-1])
+        return [Window(**one) for one in json.loads(self._scripts.run(WINDOWS))
                 if not one["app"].startswith("org.kde.plasmashell")]
-
-    def _run_script(self, text):
-        """Loads a script into KWin, and waits for what it sends to this process."""
-        bus = Caller(self.session.bus)
-        (self.session.files / SCRIPT).write_text(text % self.session.bus.get_unique_name())
-        self._reports.clear()
-        number = bus.call(KWIN, "/Scripting", "org.kde.kwin.Scripting", "loadScript",
-                          GLib.Variant("(ss)", (f"/{SCRIPT}", "kovra")))[0]
-        script = f"/{number}" if self.session.desktop.release == "bookworm" else f"/Scripting/Script{number}"
-        bus.call(KWIN, script, "org.kde.kwin.Script", "run")
-        wait_for(self._report, "the report of a script in KWin", 20)
-        bus.call(KWIN, "/Scripting", "org.kde.kwin.Scripting", "unloadScript", GLib.Variant("(s)", ("kovra",)))
 
     def marks_starts(self):
         # KWin needs OpenGL for that.
-        return Caller(self.session.bus).call(KWIN, "/Effects", "org.kde.kwin.Effects", "isEffectSupported",
+        return Caller(self.session.bus).call(kwin.NAME, "/Effects", "org.kde.kwin.Effects", "isEffectSupported",
                                              GLib.Variant("(s)", ("startupfeedback",)))[0]
 
     def is_busy(self):
         """Returns whether the pointer carries the icon of a program that is starting."""
-        return "startupfeedback" in Caller(self.session.bus).property(KWIN, "/Effects", "org.kde.kwin.Effects",
+        return "startupfeedback" in Caller(self.session.bus).property(kwin.NAME, "/Effects", "org.kde.kwin.Effects",
                                                                       "activeEffects")
+
+    @property
+    def stays_busy(self):
+        if self.session.desktop.is_wayland:
+            return "if no window opens, KWin ends the busy pointer after its own 5 s"
+        return ""
 
     def icon(self):
         # In the panel, and no tool tip. An open window has an entry in the task bar, to the left.
@@ -190,7 +132,7 @@ class Plasma(Shell):
         box = look.menu_box(look.changed(self._without_menu, picture), 100)
         if not box or box[2] - box[0] > 600:
             return None
-        box = _without_shadow(picture, box)
+        box = look.without_shadow(picture, box)
         rows = look.text_rows(picture.crop(box), 1)
         try:
             entries = [entry for entry in item_of_program(self.session.bus).entries() if entry.title]
@@ -208,7 +150,7 @@ class Plasma(Shell):
         return found
 
     def focus_icon(self):
-        """Moves the keyboard to the icon, with Plasma's shortcut for its panels. The panel marks it with a blue line."""
+        """Moves the keyboard to the icon, with Plasma's shortcut for its panels. A blue line marks it."""
         self.press("Super", "Alt", "p")
         left, top, right, _ = self.icon()
         mark = (left, top - 10, right, top)
@@ -249,7 +191,7 @@ class Plasma(Shell):
 
     def move_window(self, left):
         """Moves the program's window to the second screen."""
-        self._run_script(MOVE)
+        self._scripts.run(MOVE)
 
     def pixels(self, picture, box):
         return super().pixels(picture, [box[0] - self._left, box[1], box[2] - self._left, box[3]])
@@ -295,7 +237,14 @@ class Plasma(Shell):
         self.type(typed)
         found = lambda thing: "BLE-kovra" in thing.label and thing.has(accessible.SHOWING)
         wait_for(lambda: self._shown(found, "krunner"), "the launcher to find the program", 30)
-        self.press("Return")
+
+        def started():
+            # KRunner ignores the key while it arranges what it has found.
+            self.still_picture()
+            self.press("Return")
+            with contextlib.suppress(Failed):
+                return wait_for(lambda: not self._shown(found, "krunner"), "the launcher to close", 5)
+        wait_for(started, "the launcher to start the program", 30)
 
     def expect_tool_tip(self, text):
         left, top, right, bottom = self.icon()
@@ -344,24 +293,5 @@ class Plasma(Shell):
                 if wanted(thing):
                     found.append(thing)
         return found
-
-    def _report(self):
-        while GLib.MainContext.default().iteration(False):
-            pass
-        return self._reports
-
-    def _reported(self, _bus, _sender, _path, _interface, _method, arguments, invocation):
-        self._reports.append(arguments.unpack()[0])
-        invocation.return_value(None)
-
-
-def _without_shadow(picture, box):
-    """Returns the part of the box that contains its most frequent color, which is that of the menu."""
-    inside = picture.crop(box)
-    paper = Image.new("RGB", inside.size, max(inside.getcolors(1 << 24))[1])
-    same = ImageChops.difference(paper, inside).convert("L").point(lambda value: 0 if value else 255)
-    left, top, right, bottom = same.getbbox()
-    return box[0] + left, box[1] + top, box[0] + right, box[1] + bottom
-
 
 SHELL_CLASS = Plasma

@@ -73,6 +73,9 @@ class Shell:
         """Returns whether the pointer shows that a program is starting."""
         return True
 
+    # Why the pointer stays busy for up to 6 s after the icon has appeared, for users; empty if it does not.
+    stays_busy = ""
+
     # Why the desktop cannot lock the screen here, for users; empty if it can.
     cannot_lock = ""
 

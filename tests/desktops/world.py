@@ -13,6 +13,7 @@ from desktops import PERSON, PERSON_ID
 from devices import Devices
 from item import PROGRAM, Caller, Program, item_of_program
 from editor import Editor
+from key_dialogue import KeyDialogue
 from reader import ScreenReader
 from session import Session
 from texts import ENGLISH, TEXTS
@@ -64,6 +65,10 @@ class World:
     @property
     def bus(self):
         return Caller(self.session.bus)
+
+    @property
+    def key_dialogue(self):
+        return KeyDialogue(self.desktop, self.shell)
 
     def remark(self, text):
         """Adds a remark for users to the scenario's cell in the table."""
@@ -125,32 +130,6 @@ class World:
         wait_for(lambda: self.bus.has_owner(PROGRAM), "the program on the bus", 30)
         wait_for(self._has_icon, "the icon to appear in the panel", 60)
         self.item = item_of_program(self.session.bus)
-
-    def dialogues_for_key(self):
-        """Returns the windows in which the desktop asks for the hot key, if it does that."""
-        title = self.desktop.asks_for_key
-        return [one for one in self.shell.windows() if title and title in one.title]
-
-    def refuse_key(self):
-        """Waits until the desktop asks for the hot key, and refuses."""
-        self._answer_for_key(lambda dialogue: self.shell.press("Alt", "F4"))
-
-    def accept_key(self):
-        """Waits until the desktop asks for the hot key, and agrees."""
-        self._answer_for_key(self.shell.accept_key)
-
-    def close_page_of_keys(self):
-        """Waits until the desktop shows its page of shortcuts, and closes it."""
-        page = lambda: next((one for one in self.shell.windows() if one.title.startswith("Shortcuts")), None)
-        wait_for(lambda: page() and page().has_keyboard, "the desktop's page of shortcuts", 60)
-        self.shell.press("Alt", "F4")
-        wait_for(lambda: not page(), "the page to close", 30)
-
-    def _answer_for_key(self, answer):
-        wait_for(lambda: any(one.has_keyboard for one in self.dialogues_for_key()), "the dialogue for the hot key", 60)
-        check(len(self.dialogues_for_key()) == 1, "the desktop asks more than once")
-        answer(self.dialogues_for_key()[0])
-        wait_for(lambda: not self.dialogues_for_key(), "the dialogue to close", 30)
 
     def _has_icon(self):
         check(self.processes(), "the program ended")

@@ -37,6 +37,15 @@ def menu_box(mask, least):
     return left, top, right, bottom
 
 
+def without_shadow(picture, box):
+    """Returns the part of the box that contains its most frequent color, which is that of the menu."""
+    inside = picture.crop(box)
+    paper = Image.new("RGB", inside.size, max(inside.getcolors(1 << 24))[1])
+    same = ImageChops.difference(paper, inside).convert("L").point(lambda value: 0 if value else 255)
+    left, top, right, bottom = same.getbbox()
+    return box[0] + left, box[1] + top, box[0] + right, box[1] + bottom
+
+
 def text_rows(menu, scale):
     """Returns (top, bottom) of each row of text in a menu's picture, without separators and borders."""
     edge = round(3 * scale)
