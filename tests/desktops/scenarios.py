@@ -102,6 +102,7 @@ def menu(world):
     for is_muted in (True, False):
         world.choose_entry(TITLES["block"])
         world.expect_flag(is_muted)
+        wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", PROMPT)
         wait_for(lambda: world.item.checked(MUTE) == is_muted, "the tick to follow")
         _expect_ticks(world, [TITLES["block"]] if is_muted else [])
     world.choose_entry(TITLES["menu.launchAtLogin"], button=3)

@@ -20,8 +20,7 @@ def alert(world):
         wait_for(world.alert, "the alert", 30)
         wait_for(lambda: world.alert().has_keyboard, "the alert in front", 20)
         world.keep_picture("alert", world.alert())
-        world.shell.press("Escape")
-        wait_for(lambda: not world.alert(), "the alert to close", 20)
+        _close_alert(world)
 
 
 @scenario("Whoever types loses no key to a window, or at least answers no alert with one.")
@@ -60,10 +59,15 @@ def _type_until_alert(world):
         world.shell.still_picture()
         check(world.alert(), "a key that was typed for the editor has answered the alert")
 
-        def closes():
-            world.shell.press("Escape")
-            return not world.alert()
-        wait_for(closes, "the alert to close", 20)
+        _close_alert(world)
+
+
+def _close_alert(world):
+    """Presses Escape until the alert closes: it ignores the keys of its first half second."""
+    def closes():
+        world.shell.press("Escape")
+        return not world.alert()
+    wait_for(closes, "the alert to close", 20)
 
 
 @scenario("The title bar names the window, minimizes it and closes it; a second start brings it back.")

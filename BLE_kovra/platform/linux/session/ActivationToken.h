@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -14,6 +15,14 @@ class ActivationToken {
 
     // Replaces the previous token. A token of more than `longest` bytes, which no desktop issues, counts as empty.
     void provide(std::string token) { token_ = token.size() <= longest ? std::move(token) : std::string(); }
+    // Provides the token of a click on the icon or its menu.
+    void provideForClick(const std::string& token) {
+        provide(token);
+        if (onClick && token.size() <= longest) onClick(token);
+    }
+    // Called with the token of each click. The desktop shows launch feedback for it, although a click may open nothing.
+    std::function<void(const std::string& token)> onClick;
+
     // Returns the token and removes it. Returns an empty text if there is none.
     std::string take() {
         used_ = std::exchange(token_, {});

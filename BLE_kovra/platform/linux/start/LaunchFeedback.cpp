@@ -4,7 +4,8 @@
 
 namespace kovra {
 
-LaunchFeedback::LaunchFeedback(MainQueue& queue, End end) : queue_(queue), end_(std::move(end)) {}
+LaunchFeedback::LaunchFeedback(MainQueue& queue, End end, std::chrono::milliseconds limit)
+    : queue_(queue), end_(std::move(end)), limit_(limit) {}
 
 LaunchFeedback::~LaunchFeedback() {
     if (timer_) timer_->cancel();
@@ -13,7 +14,7 @@ LaunchFeedback::~LaunchFeedback() {
 void LaunchFeedback::begin(const std::string& id) {
     if (id.empty() || ids_.size() == most) return;
     ids_.push_back(id);
-    if (!timer_) timer_ = queue_.asyncAfter(longest, [this] { end(); });
+    if (!timer_) timer_ = queue_.asyncAfter(limit_, [this] { end(); });
 }
 
 void LaunchFeedback::end() {

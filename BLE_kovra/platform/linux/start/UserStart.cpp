@@ -1,5 +1,7 @@
 #include "BLE_kovra/platform/linux/start/UserStart.h"
 
+#include <chrono>
+
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
 
 namespace kovra {
@@ -7,15 +9,24 @@ namespace kovra {
 namespace {
 
 using Icon = StatusNotifierWatcher::Icon;
+using namespace std::chrono_literals;
+
+// A click is handled in the next turns of the queue, and a window that it opens takes the token then.
+constexpr auto longestClick = 500ms;
 
 }  // namespace
 
 UserStart::UserStart(const Desk& desk, const std::string& token)
-    : desk_(desk), feedback_(desk.loop, [this](const std::string& id) { endFeedback(id); }) {
+    : desk_(desk),
+      feedback_(desk.loop, [this](const std::string& id) { endFeedback(id); }),
+      clicks_(desk.loop, [this](const std::string& id) { endFeedback(id); }, longestClick) {
+    desk_.token.onClick = [this](const std::string& id) { clicked(id); };
     if (token.empty()) return;
     launch_ = desk_.application.listenForLaunch([this] { launchEnded(); });
     desk_.loop.async(lifetime_.guard([this, token] { begin(token); }));
 }
+
+UserStart::~UserStart() { desk_.token.onClick = nullptr; }
 
 void UserStart::startedAgain(const std::string& token) {
     if (first_) first_->settingsOpened();
@@ -35,6 +46,11 @@ void UserStart::begin(const std::string& token) {
     showing_ = desk_.window.listenForShowing([this] { shown(); });
     if (hasLaunched_) first_->launchEnded();
     trayChanged();
+}
+
+void UserStart::clicked(const std::string& token) {
+    clicks_.end();
+    clicks_.begin(token);
 }
 
 void UserStart::launchEnded() {

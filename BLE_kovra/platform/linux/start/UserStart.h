@@ -27,8 +27,12 @@ class ActivationToken;
 // Since the alert of the launch may need the token, a tray ends the feedback there only after the launch. Without a
 // window the token is not used.
 //
+// A click on the icon or its menu may come with a token too. GNOME's AppIndicator extension requests it as if a program
+// were started, so there the pointer becomes busy. It is ended soon after the click, unless a window has used the
+// token.
+//
 // A start is one by the user if the desktop has passed a token or a startup ID. Otherwise, as at login, nothing is done
-// and nothing is listened to.
+// and only clicks are listened to.
 class UserStart {
   public:
     struct Desk {
@@ -45,6 +49,7 @@ class UserStart {
     UserStart(const Desk& desk, const std::string& token);
     UserStart(const UserStart&) = delete;
     UserStart& operator=(const UserStart&) = delete;
+    ~UserStart();
 
     // Call this function when the user has started the program again and the settings window opens. The token may be
     // empty.
@@ -56,6 +61,7 @@ class UserStart {
 
   private:
     void begin(const std::string& token);
+    void clicked(const std::string& token);
     void launchEnded();
     void trayChanged();
     void lookForTray();
@@ -66,6 +72,7 @@ class UserStart {
 
     const Desk desk_;
     LaunchFeedback feedback_;
+    LaunchFeedback clicks_;
     std::optional<XLaunch> xLaunch_;
     std::optional<WaylandLaunch> waylandLaunch_;
     std::unique_ptr<FirstMinute> first_;

@@ -111,7 +111,7 @@ int StatusNotifierItem::provideToken(sd_bus_message* call, void* context, sd_bus
     const char* token = nullptr;
     const int result = sd_bus_message_read(call, "s", &token);
     if (item == nullptr || result < 0) return result;
-    item->token_.provide(token);
+    item->token_.provideForClick(token);
     return sd_bus_reply_method_return(call, "");
 }
 

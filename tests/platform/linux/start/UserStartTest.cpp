@@ -231,6 +231,33 @@ TEST_F(UserStartOnXTest, EndsTheFeedbackOfAnActionWithoutAWindowAtOnce) {
     });
 }
 
+TEST_F(UserStartOnXTest, EndsTheFeedbackOfAClickOnTheIcon) {
+    startOn(x.get(), "");
+    run([&] {
+        activation.provideForClick("click_TIME4");
+        EXPECT_EQ(received(), Texts{"remove: ID=click_TIME4"});
+        EXPECT_EQ(activation.take(), "");
+    });
+}
+
+TEST_F(UserStartOnXTest, EndsTheFeedbackOfEachClick) {
+    startOn(x.get(), "");
+    run([&] {
+        activation.provideForClick("one_TIME5");
+        activation.provideForClick("two_TIME6");
+        EXPECT_EQ(activation.take(), "two_TIME6");
+        lookUntil(loop, [&] { return listener.messages().size() == 2; }, soon);
+        EXPECT_EQ(receivedSoFar(), (Texts{"remove: ID=one_TIME5", "remove: ID=two_TIME6"}));
+    });
+}
+
+TEST_F(UserStartOnXTest, LetsClicksHappenWhenItIsGone) {
+    startOn(x.get(), "");
+    start.reset();
+    activation.provideForClick("click_TIME4");
+    EXPECT_EQ(activation.take(), "click_TIME4");
+}
+
 TEST_F(UserStartOnXTest, DoesNothingForAStartAtLogin) {
     isChosen = false;
     startOn(x.get(), "");
@@ -267,6 +294,26 @@ TEST_F(UserStartOnWaylandTest, LeavesTheFeedbackToTheWindowThatUsesTheToken) {
         replyFromWindow();
         EXPECT_EQ(window.newest<ShowWindow>()->activationToken, token);
         window.let(5s);
+        EXPECT_EQ(compositor.clients, 0);
+    });
+}
+
+TEST_F(UserStartOnWaylandTest, EndsTheFeedbackOfAClickThatOpensNoWindow) {
+    startOn(nullptr, "");
+    run([&] {
+        activation.provideForClick("click_TIME4");
+        EXPECT_TRUE(turnUntil(loop, [&] { return compositor.isClientGone; }, soon));
+        EXPECT_EQ(compositor.requests.at(2), "set_startup_id click_TIME4");
+    });
+}
+
+TEST_F(UserStartOnWaylandTest, LeavesTheFeedbackOfAClickToTheWindowThatItOpens) {
+    startOn(nullptr, "");
+    run([&] {
+        activation.provideForClick("click_TIME4");
+        openWindow();
+        EXPECT_EQ(window.newest<ShowWindow>()->activationToken, "click_TIME4");
+        window.let(1s);
         EXPECT_EQ(compositor.clients, 0);
     });
 }

@@ -369,6 +369,8 @@ TEST(StatusNotifierFrontTest, KeepsTheNewestActivationTokenForOneWindow) {
         return rig.panel->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", "ProvideXdgActivationToken",
                                [&](BusWriter& writer) { writer.text(token); });
     };
+    std::vector<std::string> clicks;
+    rig.token.onClick = [&](const std::string& token) { clicks.push_back(token); };
     EXPECT_EQ(rig.token.take(), "");
     EXPECT_EQ(provide("one"), "");
     EXPECT_EQ(provide("two"), "");
@@ -377,6 +379,7 @@ TEST(StatusNotifierFrontTest, KeepsTheNewestActivationTokenForOneWindow) {
     provide("three");
     EXPECT_EQ(provide(std::string(100'000, 'x')), "");
     EXPECT_EQ(rig.token.take(), "");
+    EXPECT_EQ(clicks, (std::vector<std::string>{"one", "two", "three"}));
 }
 
 TEST(StatusNotifierFrontTest, IsNotRegisteredAgainAfterTheEndOfItsItem) {
