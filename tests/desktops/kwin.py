@@ -29,6 +29,10 @@ class FakeInput(WaylandClient):
         super().__init__(connection, "org_kde_kwin_fake_input", 4)
         self.send(self.GLOBAL, 0, self.text("tests") + self.text("tests"))
 
+    def close(self):
+        super().close()
+        self._keeper.close()
+
     def point(self, x, y):
         self.send(self.GLOBAL, 9, struct.pack("ii", round(x * 256), round(y * 256)))
 

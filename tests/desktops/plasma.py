@@ -82,6 +82,11 @@ class Plasma(Shell):
         self.point(640, 300)
         self.still_picture()
 
+    def close(self):
+        if self._input:
+            self._input.close()
+            self._input = None
+
     def picture(self):
         return wait_for(lambda: kwin.picture(self.session, self._shown_screen), "a picture of the screen", 20)
 

@@ -120,6 +120,9 @@ def menu(world):
     world.choose_entry(TITLES["menu.quit"])
     wait_for(lambda: not world.processes(), "the program to end", 20)
     wait_for(lambda: world.shell.icon() is None, "the icon to leave the panel", 20)
+    if world.shell.is_busy():
+        world.remark('after "Quit" the pointer is busy until the desktop\'s timeout')
+        wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", 30)
 
 
 @scenario("The settings open in front, with the keyboard: from the menu, at a second start, and on the action.")

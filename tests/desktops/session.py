@@ -9,7 +9,7 @@ from gi.repository import GLib
 from container import connect
 from desktops import PERSON, PERSON_ID
 from item import PROGRAM
-from waiting import Failed, wait_for
+from waiting import Failed, check, now, wait_for
 
 
 # The priority of a warning in the journal; errors have lower numbers.
@@ -79,9 +79,12 @@ class Session:
 
     def shut_down(self):
         """Powers the container off. Returns what the flag said until its file system was unmounted."""
-        seen = []
+        # A process that this one has put there is not reaped while the container stops it.
+        self.shell.close()
+        seen, latest = [], now() + 120
         self.container.run("systemctl", "--no-block", "poweroff")
         while self.container.is_running():
+            check(now() < latest, f"the container goes on: {self.container.last_words()}")
             with contextlib.suppress(OSError):
                 seen.append(self.flag())
             time.sleep(0.005)
@@ -96,6 +99,8 @@ class Session:
         self.shell.settle()
 
     def close(self):
+        if self.shell:
+            self.shell.close()
         if self.bus:
             with contextlib.suppress(GLib.Error):
                 self.bus.close_sync(None)

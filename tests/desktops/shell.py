@@ -69,6 +69,9 @@ class Shell:
     def settle(self):
         """Called once when the desktop is ready."""
 
+    def close(self):
+        """Ends what runs in the container for the driver. Called before the session or the container ends."""
+
     def marks_starts(self):
         """Returns whether the pointer shows that a program is starting."""
         return True

@@ -312,6 +312,7 @@ TEST_F(UserStartOnWaylandTest, LeavesTheFeedbackOfAClickToTheWindowThatItOpens) 
     run([&] {
         activation.provideForClick("click_TIME4");
         openWindow();
+        replyFromWindow();
         EXPECT_EQ(window.newest<ShowWindow>()->activationToken, "click_TIME4");
         window.let(1s);
         EXPECT_EQ(compositor.clients, 0);
