@@ -1,5 +1,7 @@
 """Scenarios of the windows: who gets the keyboard, the title bar, what a screen reader reads, sizes of texts."""
 
+import contextlib
+
 import spoken_windows
 from scenarios import SIMULATED, scenario
 from texts import LOCALES, TEXTS
@@ -20,7 +22,7 @@ def alert(world):
         wait_for(world.alert, "the alert", 30)
         wait_for(lambda: world.alert().has_keyboard, "the alert in front", 20)
         world.keep_picture("alert", world.alert())
-        _close_alert(world)
+        world.close_alert()
 
 
 @scenario("Whoever types loses no key to a window, or at least answers no alert with one.")
@@ -59,15 +61,7 @@ def _type_until_alert(world):
         world.shell.still_picture()
         check(world.alert(), "a key that was typed for the editor has answered the alert")
 
-        _close_alert(world)
-
-
-def _close_alert(world):
-    """Presses Escape until the alert closes: it ignores the keys of its first half second."""
-    def closes():
-        world.shell.press("Escape")
-        return not world.alert()
-    wait_for(closes, "the alert to close", 20)
+        world.close_alert()
 
 
 @scenario("The title bar names the window, minimizes it and closes it; a second start brings it back.")
@@ -79,8 +73,11 @@ def title_bar(world):
     world.keep_picture("title-bar", window)
     close, minimize = world.shell.title_buttons(window)
     if minimize:
-        world.shell.click(*minimize)
-        wait_for(lambda: not world.window().is_shown, "the window to be minimized", 20)
+        def minimizes():
+            world.shell.click(*minimize)
+            with contextlib.suppress(Failed):
+                return wait_for(lambda: not world.window().is_shown, "the window to be minimized", 5)
+        wait_for(minimizes, "the window to be minimized", 20)
         world.shell.launch("ble-kovra")
         world.expect_window_in_front()
     else:

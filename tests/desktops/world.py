@@ -209,6 +209,13 @@ class World:
         """Returns the alert, or None."""
         return self._one_window(_is_alert)
 
+    def close_alert(self):
+        """Presses Escape until the alert closes. One that nobody requested ignores early keys."""
+        def closes():
+            self.shell.press("Escape")
+            return not self.alert()
+        wait_for(closes, "the alert to close", 20)
+
     def _one_window(self, wanted):
         # A desktop may number windows with equal titles.
         found = [one for one in self.shell.windows() if one.title.startswith("BLE-kovra") and wanted(one)]
