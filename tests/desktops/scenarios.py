@@ -57,6 +57,7 @@ def icon(world):
         box = world.shell.icon_in(picture)
         measured["muted" if muted else "plain"] = ratio = look.contrast(picture, box, box[0] - 4)
         check(ratio >= LEAST_CONTRAST, f"its contrast is only {ratio:.1f}")
+        check(not look.has_outline(picture, box, box[0] - 4), "it has an outline, which the panel would not draw")
     return ", ".join(f"contrast {state} {ratio:.1f}" for state, ratio in measured.items())
 
 
@@ -229,6 +230,7 @@ def journal(world):
     world.start(muted=True)
     world.program.perform("settings")
     wait_for(world.window, "the window", 30)
+    world.close_settings()
     world.program.perform("quit")
     wait_for(lambda: not world.processes(), "the program to end", 20)
     wrong = world.session.complaints()

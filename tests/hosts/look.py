@@ -92,6 +92,11 @@ def contrast(picture, box, beside=None):
     return sum(strongest) / len(strongest) if strongest else 1.0
 
 
+def has_outline(picture, box, beside=None):
+    """Returns whether the icon has pixels that are darker than the panel and others that are lighter."""
+    return len({luminance(color) > luminance(paper) for paper, color in drawn(picture, box, beside)}) > 1
+
+
 def steepest(picture, box):
     """Returns the largest difference between two pixels side by side, as a share of the largest in the box (0 to 1).
 
