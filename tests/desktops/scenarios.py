@@ -63,11 +63,7 @@ def icon(world):
 
 @scenario("The mouse is plugged in: the icon gets a slash and says so; 2.0 s after it is unplugged the slash is gone.")
 def mouse(world):
-    mice = world.mice()
-    world.choose(blockMode="onDevice", isEnabled=True, selectedDeviceIDs=[mice.key("Mouse", 1)], **ASKED)
-    world.run(BINARY, **mice.environment)
-    world.find_item()
-    world.expect_flag(False)
+    mice = world.start_with_mouse()
     plain = world.icon_picture()
     begun = now()
     node = mice.plug("Mouse")

@@ -3,7 +3,7 @@
 import look
 from scenarios import ENDS_SESSION, SIMULATED, scenario
 from waiting import check, wait_for
-from world import ASKED, BINARY, TITLES, NotPossible
+from world import TITLES, NotPossible
 
 
 @scenario("Launch at login: ticked, the program runs once after the next login, with its icon; unticked, it does not.")
@@ -33,11 +33,7 @@ def autostart_page(world):
 def lock(world):
     if world.shell.cannot_lock:
         raise NotPossible(world.shell.cannot_lock)
-    mice = world.mice()
-    world.choose(blockMode="onDevice", isEnabled=True, selectedDeviceIDs=[mice.key("Mouse", 1)], **ASKED)
-    world.run(BINARY, **mice.environment)
-    world.find_item()
-    world.expect_flag(False)
+    mice = world.start_with_mouse()
     plain = world.icon_picture()
     world.session.lock(True)
     try:

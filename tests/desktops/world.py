@@ -116,6 +116,15 @@ class World:
         self.find_item()
         self.expect_flag(muted)
 
+    def start_with_mouse(self):
+        """Starts the program with a chosen mouse that is not plugged in. Returns the simulated devices."""
+        mice = self.mice()
+        self.choose(blockMode="onDevice", isEnabled=True, selectedDeviceIDs=[mice.key("Mouse", 1)], **ASKED)
+        self.run(BINARY, **mice.environment)
+        self.find_item()
+        self.expect_flag(False)
+        return mice
+
     def run(self, *command, name=PROGRAM, **variables):
         """Starts a program in the session as a unit of the session's service manager, as desktops do."""
         name = f"app-{name}-{time.monotonic_ns()}.service"

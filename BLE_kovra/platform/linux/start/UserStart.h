@@ -28,8 +28,8 @@ class ActivationToken;
 // window the token is not used.
 //
 // A click on the icon or its menu may come with a token too. GNOME's AppIndicator extension requests it as if a program
-// were started, so there the pointer becomes busy. It is ended soon after the click, unless a window has used the
-// token.
+// were started, so there the pointer becomes busy. This feedback ends soon after the click, unless a window has
+// used the token.
 //
 // A start is one by the user if the desktop has passed a token or a startup ID. Otherwise, as at login, nothing is done
 // and only clicks are listened to.
