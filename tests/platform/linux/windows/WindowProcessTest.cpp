@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <filesystem>
 #include <ios>
 #include <sstream>
 
@@ -191,6 +192,7 @@ TEST_F(WindowProcessTest, IsNotStartedWithoutADisplay) {
 
 TEST_F(WindowProcessTest, IsKeptForAWhileAfterItsLastWindowOrAlert) {
     for (const bool isAlert : {false, true}) {
+        std::filesystem::remove(folder.path() / "pid");
         use("echo $$ >$here/pid; exec cat <&3 >/dev/null");
         isAlert ? showAlert() : showWindow();
         waitFor([&] { return pid() > 0; });
