@@ -16,7 +16,6 @@ const QString connectionName = QStringLiteral("ble-kovra-settings");
 const QString portal = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
-constexpr int longestWait = 100;  // in milliseconds
 
 // The method Read wraps the value in a variant of its own.
 QVariant unwrapped(QVariant value) {
@@ -26,7 +25,8 @@ QVariant unwrapped(QVariant value) {
 
 }  // namespace
 
-PortalSettings::PortalSettings(std::vector<Setting> settings) : settings_(std::move(settings)) {
+PortalSettings::PortalSettings(std::vector<Setting> settings, std::chrono::milliseconds longestWait)
+    : settings_(std::move(settings)) {
     if (qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP")) return;
     QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
     if (!bus.isConnected()) return;

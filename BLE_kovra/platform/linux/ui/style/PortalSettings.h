@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <QVariant>
+#include <chrono>
 #include <functional>
 #include <vector>
 
@@ -25,8 +26,10 @@ class PortalSettings : public QObject {
         std::function<void(const QVariant& value)> changed;
     };
 
-    // If the portal is running, waits for its answers for at most 100 ms, so that the first window opens with them.
-    explicit PortalSettings(std::vector<Setting> settings);
+    // If the portal is running, waits for its answers, so that the first window opens with them, but no longer than
+    // `longestWait`.
+    explicit PortalSettings(std::vector<Setting> settings,
+                            std::chrono::milliseconds longestWait = std::chrono::milliseconds(100));
     ~PortalSettings() override;
     Q_DISABLE_COPY_MOVE(PortalSettings)
 

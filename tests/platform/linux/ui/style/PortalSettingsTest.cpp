@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QVariant>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +22,9 @@ namespace kovra {
 namespace {
 
 using Values = std::vector<QVariant>;
+
+// For answers that a busy machine may delay.
+constexpr std::chrono::seconds patience{20};
 
 struct PortalSettingsTest : testing::Test {
     // The toolkit reads the address of the bus once in a process. "Starting" the portal only leaves a file.
@@ -62,14 +66,14 @@ struct PortalSettingsTest : testing::Test {
 
 TEST_F(PortalSettingsTest, AreKnownBeforeTheFirstWindow) {
     const SettingsOfDesktop desktop({{"look scheme", 1U}, {"text factor", 1.25}});
-    const PortalSettings settings(both());
+    const PortalSettings settings(both(), patience);
     EXPECT_EQ(schemes, (Values{1U}));
     EXPECT_EQ(factors, (Values{1.25}));
 }
 
 TEST_F(PortalSettingsTest, FollowTheUser) {
     SettingsOfDesktop desktop({{"look scheme", 1U}, {"text factor", 1.25}});
-    const PortalSettings settings(both());
+    const PortalSettings settings(both(), patience);
     desktop.change("look", "scheme", 2U);
     desktop.change("text", "scheme", 3U);  // another setting
     desktop.change("text", "factor", 1.5);
@@ -79,7 +83,7 @@ TEST_F(PortalSettingsTest, FollowTheUser) {
 
 TEST_F(PortalSettingsTest, AreNotReportedIfThePortalDoesNotHaveThem) {
     const SettingsOfDesktop desktop({{"look scheme", 1U}});
-    const PortalSettings settings(both());
+    const PortalSettings settings(both(), patience);
     EXPECT_EQ(schemes, (Values{1U}));
     EXPECT_EQ(factors, Values{});
 }
