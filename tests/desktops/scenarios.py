@@ -116,9 +116,7 @@ def menu(world):
     world.choose_entry(TITLES["menu.quit"])
     wait_for(lambda: not world.processes(), "the program to end", 20)
     wait_for(lambda: world.shell.icon() is None, "the icon to leave the panel", 20)
-    if world.shell.is_busy():
-        world.remark('after "Quit" the pointer is busy until the desktop\'s timeout')
-        wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", 30)
+    wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", PROMPT)
 
 
 @scenario("The settings open in front, with the keyboard: from the menu, at a second start, and on the action.")
@@ -268,7 +266,9 @@ def _expect_toggles(world):
 
 
 def _expect_ticks(world, titles):
-    """Opens the menu, waits until just the entries with these titles have a tick, and closes it."""
+    """Waits until just the entries with these titles have a tick: those that the program exports, and in the menu."""
+    wait_for(lambda: [entry.title for entry in world.item.entries() if entry.checked] == titles,
+             f"a tick at {titles} in the exported menu")
     world.open_menu()
     wait_for(lambda: [entry.title for entry in world.shell.menu() or [] if entry.is_checked] == titles,
              f"a tick at {titles} in the open menu", 20)

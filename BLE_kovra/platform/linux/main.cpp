@@ -86,7 +86,7 @@ void runApplication() {
     const kovra::InstanceLock lock(kovra::standardLockPath());
     kovra::SessionBus bus(loop);
     kovra::ActivationToken activationToken;
-    std::optional<kovra::UserStart> userStart;
+    kovra::UserStart* userStart = nullptr;
     const kovra::SingleInstance instance(
         bus, lock, log,
         [&](const std::string& token) {
@@ -150,7 +150,8 @@ void runApplication() {
     kovra::TrayStatusBar statusBar(
         loop, std::move(fronts),
         {.announce = [&](const std::string& text) { notice.show(text); }, .advice = [&] { return tray.advice(); }});
-    userStart.emplace(kovra::UserStart::Desk{loop, application, x.get(), watcher, window, activationToken}, ownToken);
+    kovra::UserStart ownStart({loop, application, x.get(), watcher, window, activationToken}, ownToken);
+    userStart = &ownStart;
 
     kovra::PosixProcessRunner processes(loop);
     kovra::XdgWorkspace workspace(loop);

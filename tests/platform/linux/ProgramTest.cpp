@@ -20,10 +20,13 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "BLE_kovra/platform/linux/bus/BusConnection.h"
 #include "tests/support/Environment.h"
 #include "tests/support/linux/PrivateBus.h"
+#include "tests/support/linux/RootListener.h"
+#include "tests/support/linux/VirtualScreen.h"
 #include "tests/support/posix/TempFolder.h"
 
 namespace kovra {
@@ -81,6 +84,13 @@ class ProgramTest : public testing::Test {
         return sd_bus_call_method(bus_.get(), "org.ble_kovra.BLEKovra", "/org/ble_kovra/BLEKovra",
                                   "org.freedesktop.Application", "ActivateAction", nullptr, nullptr, "sava{sv}", action,
                                   0, 0) >= 0;
+    }
+    // Passes the program the token of a click on its icon or menu, as a panel does. Returns whether it has accepted
+    // that.
+    bool click(const char* token) {
+        return sd_bus_call_method(bus_.get(), "org.ble_kovra.BLEKovra", "/StatusNotifierItem",
+                                  "org.kde.StatusNotifierItem", "ProvideXdgActivationToken", nullptr, nullptr, "s",
+                                  token) >= 0;
     }
     // Stops the program, asks it for an action, sends it the signal, and lets it continue and end. Returns whether it
     // has accepted the action: it may also receive the signal first.
@@ -186,6 +196,18 @@ TEST_F(ProgramTest, DoesWhatAnotherProgramOfItsSessionAsksFor) {
     EXPECT_TRUE(answers());
     EXPECT_TRUE(perform("quit"));
     EXPECT_EQ(exitCode(), 0);
+}
+
+TEST_F(ProgramTest, EndsTheLaunchFeedbackOfTheClickThatEndsIt) {
+    const VirtualScreen screen;
+    RootListener desktop;
+    start(SIG_DFL);
+    EXPECT_TRUE(click("click_TIME1"));
+    EXPECT_TRUE(perform("quit"));
+    EXPECT_EQ(exitCode(), 0);
+    const auto end = std::chrono::steady_clock::now() + 20s;
+    while (desktop.messages().empty() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(10ms);
+    EXPECT_EQ(desktop.messages(), std::vector<std::string>{"remove: ID=click_TIME1"});
 }
 
 // Returns the system's message for this error in Russian. The Debian package "libc-l10n" contains it.

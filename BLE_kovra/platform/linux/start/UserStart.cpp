@@ -21,12 +21,21 @@ UserStart::UserStart(const Desk& desk, const std::string& token)
       feedback_(desk.loop, [this](const std::string& id) { endFeedback(id); }),
       clicks_(desk.loop, [this](const std::string& id) { endFeedback(id); }, longestClick) {
     desk_.token.onClick = [this](const std::string& id) { clicked(id); };
+    if (desk_.x != nullptr) xLaunch_.emplace(*desk_.x);
     if (token.empty()) return;
     launch_ = desk_.application.listenForLaunch([this] { launchEnded(); });
     desk_.loop.async(lifetime_.guard([this, token] { begin(token); }));
 }
 
-UserStart::~UserStart() { desk_.token.onClick = nullptr; }
+// The desktop does not notice that the process ends. So the pointer would stay busy after a click on "Quit".
+UserStart::~UserStart() {
+    desk_.token.onClick = nullptr;
+    const bool isBusy = feedback_.isShown() || clicks_.isShown();
+    feedback_.end();
+    clicks_.end();
+    if (isBusy && xLaunch_) xLaunch_->finish();
+    if (waylandLaunch_) waylandLaunch_->finish();
+}
 
 void UserStart::startedAgain(const std::string& token) {
     if (first_) first_->settingsOpened();
@@ -64,8 +73,7 @@ void UserStart::launchEnded() {
 void UserStart::endFeedback(const std::string& token) {
     if (token.empty() || token.size() > ActivationToken::longest) return;
     desk_.token.forget(token);
-    if (desk_.x != nullptr) {
-        if (!xLaunch_) xLaunch_.emplace(*desk_.x);
+    if (xLaunch_) {
         xLaunch_->end(token);
     } else if (!desk_.token.isUsed(token) || !showsWindowOrAlert()) {
         if (!waylandLaunch_) waylandLaunch_.emplace(desk_.loop);

@@ -49,6 +49,7 @@ class UserStart {
     UserStart(const Desk& desk, const std::string& token);
     UserStart(const UserStart&) = delete;
     UserStart& operator=(const UserStart&) = delete;
+    // Ends all feedback. If there is any, waits for the desktop for up to Deadline::longest.
     ~UserStart();
 
     // Call this function when the user has started the program again and the settings window opens. The token may be

@@ -12,6 +12,8 @@
 #include <optional>
 #include <utility>
 
+#include "BLE_kovra/platform/linux/start/Deadline.h"
+
 namespace kovra {
 
 namespace {
@@ -85,6 +87,11 @@ void WaylandLaunch::end(const std::string& id) {
     if (id.size() > longestID) return;
     ids_.push_back(id);
     if (!socket_) connect();
+}
+
+void WaylandLaunch::finish() {
+    const Deadline deadline;
+    while (socket_ && deadline.waitFor(socket_->number())) receive();
 }
 
 void WaylandLaunch::connect() {

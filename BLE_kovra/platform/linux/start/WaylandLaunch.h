@@ -16,13 +16,17 @@ namespace kovra {
 // uses the token.
 //
 // The few messages are written to the compositor's socket directly, so that the program needs no further library. A
-// compositor that hangs, or that sends anything unexpected, delays nothing: the connection is closed or stays silent.
+// compositor that hangs delays nothing but finish(), and after anything unexpected the connection is closed.
 class WaylandLaunch {
   public:
     explicit WaylandLaunch(SdEventLoop& loop) : loop_(loop) {}
 
     // Connects to the compositor, sends the request and disconnects.
     void end(const std::string& id);
+
+    // Waits until the compositor has handled what was sent, until the deadline (see Deadline). It drops requests of a
+    // process that ends before that.
+    void finish();
 
     bool isConnected() const { return socket_ != nullptr; }
 

@@ -11,16 +11,23 @@ namespace kovra {
 // desktop and its window manager receive it as client messages to the root window.
 class XLaunch {
   public:
-    explicit XLaunch(XConnection& x) : x_(x) {}
+    // Requests the numbers of two names, so that a message can be sent at once later.
+    explicit XLaunch(XConnection& x);
 
-    // Sends the message once the server has replied with the numbers of two names. Waits for nothing.
+    // Sends the message, or does so as soon as the server has replied with the numbers. Waits for nothing.
     void end(const std::string& id);
 
+    // Waits until the server has handled what was sent, until the deadline (see Deadline). It may drop requests of a
+    // process that ends before that.
+    void finish();
+
   private:
-    void send(xcb_atom_t begin, xcb_atom_t rest);
+    void send();
 
     XConnection& x_;
     std::vector<std::string> ids_;  // those whose messages are not sent yet
+    xcb_atom_t begin_ = XCB_NONE;
+    xcb_atom_t rest_ = XCB_NONE;
     XConnection::Token pendingReply_;
 };
 

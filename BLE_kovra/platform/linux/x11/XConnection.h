@@ -22,8 +22,8 @@ namespace kovra {
 // select what they need, and as little as possible, since each event wakes the program. Errors of unchecked requests
 // are dropped. Call flush() after making requests.
 //
-// Only open() waits for a reply. A server that hangs, or that another program has grabbed, must not delay muting, the
-// menu or the exit. Therefore replies and errors are read in the callback of whenServed().
+// Only open() waits for a reply without a limit. A server that hangs, or that another program has grabbed, must not
+// delay muting, the menu or the exit. Therefore replies and errors are read in the callback of whenServed().
 class XConnection {
   public:
     // Connects to the display that $DISPLAY names. Returns null if the variable is not set or the connection fails.

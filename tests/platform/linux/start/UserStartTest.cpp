@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "BLE_kovra/platform/linux/session/ActivationToken.h"
@@ -112,6 +113,8 @@ constexpr auto soon = LaunchFeedback::longest / 2;
 
 class UserStartOnXTest : public UserStartTest {
   protected:
+    ~UserStartOnXTest() override { start.reset(); }
+
     Texts received() {
         lookUntil(loop, [&] { return !listener.messages().empty(); }, soon);
         return listener.messages();
@@ -251,6 +254,17 @@ TEST_F(UserStartOnXTest, EndsTheFeedbackOfEachClick) {
     });
 }
 
+TEST_F(UserStartOnXTest, EndsTheFeedbackOfAClickThatEndsTheProgram) {
+    startOn(x.get(), "");
+    run([&] {
+        letTimePass();
+        activation.provideForClick("quit_TIME7");
+    });
+    EXPECT_EQ(receivedSoFar(), Texts{});
+    start.reset();
+    EXPECT_EQ(receivedSoFar(), Texts{"remove: ID=quit_TIME7"});
+}
+
 TEST_F(UserStartOnXTest, LetsClicksHappenWhenItIsGone) {
     startOn(x.get(), "");
     start.reset();
@@ -305,6 +319,17 @@ TEST_F(UserStartOnWaylandTest, EndsTheFeedbackOfAClickThatOpensNoWindow) {
         EXPECT_TRUE(turnUntil(loop, [&] { return compositor.isClientGone; }, soon));
         EXPECT_EQ(compositor.requests.at(2), "set_startup_id click_TIME4");
     });
+}
+
+TEST_F(UserStartOnWaylandTest, EndsTheFeedbackOfAClickThatEndsTheProgram) {
+    SdEventLoop desktop;
+    StandInCompositor running(desktop);
+    startOn(nullptr, "");
+    run([&] { activation.provideForClick("quit_TIME7"); });
+    std::thread program([&] { start.reset(); });
+    EXPECT_TRUE(turnUntil(desktop, [&] { return running.isClientGone; }));
+    program.join();
+    EXPECT_EQ(running.requests.at(2), "set_startup_id quit_TIME7");
 }
 
 TEST_F(UserStartOnWaylandTest, LeavesTheFeedbackOfAClickToTheWindowThatItOpens) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/platform/linux/loop/Turns.h"
@@ -65,6 +66,25 @@ TEST_F(WaylandLaunchTest, SendsSeveralIDs) {
     EXPECT_EQ(compositor.requests, (Texts{"sync", "bind gtk_shell1 1", "set_startup_id one", "set_startup_id two",
                                           "sync", "sync", "bind gtk_shell1 1", "set_startup_id three", "sync"}));
     EXPECT_EQ(compositor.clients, 2);
+}
+
+// As at the program's end, when the loop has stopped.
+TEST_F(WaylandLaunchTest, FinishesWithoutTheLoop) {
+    SdEventLoop desktop;
+    StandInCompositor compositor(desktop);
+    launch.end("an id");
+    std::thread running([&] { turnUntil(desktop, [&] { return compositor.isClientGone; }); });
+    launch.finish();
+    EXPECT_FALSE(launch.isConnected());
+    running.join();
+    EXPECT_EQ(compositor.requests, (Texts{"sync", "bind gtk_shell1 1", "set_startup_id an id", "sync"}));
+}
+
+TEST_F(WaylandLaunchTest, FinishesAlthoughTheCompositorHangs) {
+    const StandInCompositor compositor(loop);
+    launch.end("an id");
+    launch.finish();
+    EXPECT_TRUE(launch.isConnected());
 }
 
 TEST_F(WaylandLaunchTest, DisconnectsIfTheDesktopLacksTheProtocol) {

@@ -51,6 +51,25 @@ TEST_F(XLaunchTest, SendsIDsOfAnyLength) {
     EXPECT_EQ(received(60), expected);
 }
 
+// As at the program's end, when the loop has stopped.
+TEST_F(XLaunchTest, FinishesWithoutTheLoop) {
+    launch.end("first_TIME1");
+    received(1);
+    launch.end("last_TIME2");
+    launch.finish();
+    EXPECT_EQ(listener.messages(), (Texts{"remove: ID=first_TIME1", "remove: ID=last_TIME2"}));
+}
+
+TEST_F(XLaunchTest, FinishesAlthoughTheServerHangs) {
+    launch.end("an-id_TIME1");
+    received(1);
+    screen.pause();
+    launch.end("late_TIME2");
+    launch.finish();
+    screen.goOn();
+    EXPECT_EQ(received(2).back(), "remove: ID=late_TIME2");
+}
+
 TEST_F(XLaunchTest, DoesNotWaitForAServerThatHangs) {
     screen.pause();
     launch.end("an-id_TIME1");
