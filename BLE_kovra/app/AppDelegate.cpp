@@ -192,11 +192,16 @@ void AppDelegate::toggleLaunchAtLogin() {
 void AppDelegate::openSettings() {
     if (!settingsWindow_) {
         settingsWindow_ = std::make_unique<SettingsWindow>(platform_.windows, platform_.mainQueue, state_, texts_);
+        settingsWindow_->setOnShown(action(&AppDelegate::settingsShown));
     }
     if (!settingsWindow_->isVisible()) settingsWindow_->setAdvice(nextAdvice());
     platform_.application.activateIgnoringOtherApps();
     settingsWindow_->makeKeyAndOrderFront();
-    hotKeyRequest_.settingsOpened();
+}
+
+// The desktop's dialog for the hot key comes in front of the window, since the window is there before it.
+void AppDelegate::settingsShown() {
+    if (!hasTerminated_) hotKeyRequest_.settingsOpened();
 }
 
 void AppDelegate::activateDriver() {

@@ -92,6 +92,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
     std::function<void()> hotKeyHandler();
     // Returns a menu action that calls `work` while the delegate exists, and does nothing afterwards.
     std::function<void()> action(void (AppDelegate::*work)());
+    // The user sees the settings window.
+    void settingsShown();
     MenuItemState launchAtLoginState() const;
     void showIcon(bool muted) const;
     std::string statusText(bool muted) const;

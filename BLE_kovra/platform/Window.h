@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -27,6 +28,8 @@ class Window {
     virtual void setContentSize(Size size) = 0;
     // If false, closing the window only hides it.
     virtual void setReleasedWhenClosed(bool isReleased) = 0;
+    // The function is called from the queue after each makeKeyAndOrderFront(), once the user sees the window.
+    virtual void setOnShown(std::function<void()> onShown) = 0;
     // Centers the window on the screen when it is first shown.
     virtual void center() = 0;
 

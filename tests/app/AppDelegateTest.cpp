@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -161,6 +162,28 @@ TEST(AppDelegateTest, RequestsTheHotKeyForAnotherProgram) {
     rig.hotKeys.change({HotKeyState::Holder::refused, ""});
     rig.application.perform(ApplicationAction::hotKey);
     EXPECT_EQ(rig.hotKeys.calls, Texts{"request"});
+}
+
+TEST(AppDelegateTest, RequestsTheHotKeyOnceTheUserSeesTheSettings) {
+    LaunchedRig rig;
+    rig.hotKeys.change({HotKeyState::Holder::unrequested, ""});
+    rig.hotKeys.calls.clear();
+    rig.application.perform(ApplicationAction::settings);
+    rig.queue.run();
+    EXPECT_EQ(rig.hotKeys.calls, Texts{});  // the window would come in front of the desktop's dialog
+    rig.windows.draw();
+    EXPECT_EQ(rig.hotKeys.calls, Texts{"request"});
+}
+
+TEST(AppDelegateTest, RequestsNoHotKeyIfItHasQuitBeforeTheUserSeesTheSettings) {
+    LaunchedRig rig;
+    rig.hotKeys.change({HotKeyState::Holder::unrequested, ""});
+    rig.hotKeys.calls.clear();
+    rig.application.perform(ApplicationAction::settings);
+    rig.application.perform(ApplicationAction::quit);
+    rig.windows.draw();
+    EXPECT_EQ(std::ranges::count(rig.hotKeys.calls, "request"), 0);
+    EXPECT_EQ(rig.preferences.savesOf("hotKeyRequested"), 0U);
 }
 
 TEST(AppDelegateTest, TellsTheDesktopWhatTheHotKeyDoesByTheFirstEntryOfItsMenu) {

@@ -9,7 +9,10 @@ namespace {
 class FakeWindowsDriver {
   public:
     WindowHost& host() { return windows_; }
-    void settle() { queue_.run(); }
+    void settle() {
+        queue_.run();
+        windows_.draw();
+    }
     bool isSeen() const { return windows_.isVisible; }
     std::string title() const { return windows_.title; }
     std::string content() const { return ViewDump::of(windows_.shown); }

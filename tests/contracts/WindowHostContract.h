@@ -61,6 +61,23 @@ TYPED_TEST_P(WindowHostContract, ShowsAWindowOnceItIsBroughtToTheFront) {
     this->expectSeen({"a", "b"});
 }
 
+TYPED_TEST_P(WindowHostContract, ReportsOnceThatTheUserSeesTheWindowBroughtToTheFront) {
+    this->window_->setOnShown([this] {
+        EXPECT_TRUE(this->driver_.isSeen());
+        this->done_.push_back("shown");
+    });
+    this->driver_.settle();
+    EXPECT_EQ(this->done_, std::vector<std::string>{});
+    this->window_->makeKeyAndOrderFront();
+    EXPECT_EQ(this->done_, std::vector<std::string>{});
+    this->driver_.settle();
+    this->window_->setContent(this->content({"c"}));
+    this->driver_.settle();
+    EXPECT_EQ(this->done_, std::vector<std::string>{"shown"});
+    this->open();
+    EXPECT_EQ(this->done_, (std::vector<std::string>{"shown", "shown"}));
+}
+
 TYPED_TEST_P(WindowHostContract, ShowsTheLastContent) {
     this->open();
     this->window_->setContent(this->content({"c"}));
@@ -135,7 +152,8 @@ TYPED_TEST_P(WindowHostContract, ClosesTheWindowWhenItIsDestroyed) {
     this->expectSeen({"c"});
 }
 
-REGISTER_TYPED_TEST_SUITE_P(WindowHostContract, ShowsAWindowOnceItIsBroughtToTheFront, ShowsTheLastContent,
+REGISTER_TYPED_TEST_SUITE_P(WindowHostContract, ShowsAWindowOnceItIsBroughtToTheFront,
+                            ReportsOnceThatTheUserSeesTheWindowBroughtToTheFront, ShowsTheLastContent,
                             ShowsTheSameWindowAgainAfterTheUserClosedIt, ReportsAToggle,
                             ReportsAChoiceEvenOfTheSelectedOption, ReportsAToggleThatHasMoved,
                             ShowsOnlyTheStateOfTheContent, ClosesTheWindowWhenItIsDestroyed);

@@ -27,7 +27,7 @@ class KeyDialogue:
         wait_for(lambda: not page(), "the page to close", 30)
 
     def _answer(self, answer):
-        wait_for(lambda: any(one.has_keyboard for one in self.windows()), "the dialogue for the hot key", 60)
+        wait_for(lambda: any(one.has_keyboard for one in self.windows()), "the dialogue for the hot key in front", 60)
         check(len(self.windows()) == 1, "the desktop asks more than once")
         answer(self.windows()[0])
         wait_for(lambda: not self.windows(), "the dialogue to close", 30)

@@ -154,8 +154,8 @@ def hot_key(world):
     wait_for(lambda: world.item.entries()[HINT].title == offer, "the menu to offer the hot key", 30)
     check(not world.key_dialogue.windows(), "the desktop asks before the settings were opened")
     world.program.perform("settings")
-    world.key_dialogue.refuse()
     wait_for(world.window, "the settings", 30)
+    world.key_dialogue.refuse()
     world.end_program()
     world.run(BINARY)
     world.find_item()
@@ -178,11 +178,11 @@ def portal_key(world):
     world.find_item()
     if world.desktop.assigns_key != "start":
         world.program.perform("settings")
+        wait_for(world.window, "the settings", 30)
         if world.desktop.asks_for_key:
             world.key_dialogue.accept()
         else:
             world.key_dialogue.close_page()
-        wait_for(world.window, "the settings", 30)
         world.close_settings()
     for start in ("the first start", "the next start"):
         wait_for(lambda: world.item.entries()[HINT].title == TITLES["menu.hotkeyHint"],

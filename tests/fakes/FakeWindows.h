@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -18,6 +19,10 @@ class FakeWindows : public WindowHost {
         return std::make_unique<Made>(*this);
     }
 
+    // Lets the user see a window that was brought to the front since the last call.
+    void draw() {
+        if (std::exchange(isToBeDrawn_, false) && isVisible && onShown_) onShown_();
+    }
     // Closes the window, like the close button of its frame.
     void close() { isVisible = false; }
 
@@ -31,7 +36,10 @@ class FakeWindows : public WindowHost {
     class Made : public Window {
       public:
         explicit Made(FakeWindows& host) : host_(host) {}
-        ~Made() override { host_.isVisible = false; }
+        ~Made() override {
+            host_.isVisible = false;
+            host_.onShown_ = nullptr;
+        }
         void setTitle(const std::string& given) override {
             record("title " + given);
             host_.title = given;
@@ -44,10 +52,12 @@ class FakeWindows : public WindowHost {
         void setReleasedWhenClosed(bool isReleased) override {
             record(isReleased ? "released when closed" : "kept when closed");
         }
+        void setOnShown(std::function<void()> onShown) override { host_.onShown_ = std::move(onShown); }
         void center() override { record("center"); }
         void makeKeyAndOrderFront() override {
             record("front");
             host_.isVisible = true;
+            host_.isToBeDrawn_ = true;
         }
         bool isVisible() const override { return host_.isVisible; }
         void setContent(View content) override {
@@ -60,6 +70,9 @@ class FakeWindows : public WindowHost {
 
         FakeWindows& host_;
     };
+
+    std::function<void()> onShown_;
+    bool isToBeDrawn_ = false;
 };
 
 }  // namespace kovra

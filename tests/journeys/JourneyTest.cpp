@@ -137,6 +137,7 @@ TEST(JourneyTest, ARefusedHotKeyIsOfferedOnlyInTheMenuFromThenOn) {
         EXPECT_EQ(asked(), 0);  // the user has seen nothing but an icon
         computer.statusBar.choose(settings);
         computer.queue.run();
+        computer.windows.draw();
         EXPECT_EQ(asked(), 1);
         computer.hotKeys.change({HotKeyState::Holder::refused, ""});
         computer.queue.run();
@@ -148,6 +149,7 @@ TEST(JourneyTest, ARefusedHotKeyIsOfferedOnlyInTheMenuFromThenOn) {
     computer.hotKeys.change({HotKeyState::Holder::unrequested, ""});
     computer.statusBar.choose(settings);
     computer.queue.run();
+    computer.windows.draw();
     EXPECT_EQ(asked(), 1);
     computer.statusBar.choose(hint);
     computer.queue.run();

@@ -1,5 +1,8 @@
 #include "BLE_kovra/app/settings/SettingsWindow.h"
 
+#include <functional>
+#include <utility>
+
 #include "BLE_kovra/core/AppState.h"
 #include "BLE_kovra/platform/MainQueue.h"
 #include "BLE_kovra/platform/Window.h"
@@ -20,6 +23,8 @@ SettingsWindow::SettingsWindow(WindowHost& windows, MainQueue& queue, AppState& 
     observe(state.mode);
     observe(state.blocking);
 }
+
+void SettingsWindow::setOnShown(std::function<void()> onShown) { window_->setOnShown(std::move(onShown)); }
 
 bool SettingsWindow::isVisible() const { return window_->isVisible(); }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -25,6 +26,8 @@ class SettingsWindow {
     SettingsWindow(const SettingsWindow&) = delete;
     SettingsWindow& operator=(const SettingsWindow&) = delete;
 
+    // The function is called from the queue after each makeKeyAndOrderFront(), once the user sees the window.
+    void setOnShown(std::function<void()> onShown);
     bool isVisible() const;
     // Shows the text of this key above the footer from the next opening on; an empty key removes it.
     void setAdvice(std::string key) { view_.setAdvice(std::move(key)); }

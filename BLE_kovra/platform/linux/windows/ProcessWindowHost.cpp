@@ -1,6 +1,7 @@
 #include "BLE_kovra/platform/linux/windows/ProcessWindowHost.h"
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -77,6 +78,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
     }
     // Does nothing, because a closed window is only hidden. Its contents remain in this object until it is destroyed.
     void setReleasedWhenClosed(bool) override {}
+    void setOnShown(std::function<void()> onShown) override { onShown_ = std::move(onShown); }
     void center() override { shown_.place.position.reset(); }
 
     void makeKeyAndOrderFront() override {
@@ -84,6 +86,7 @@ class ProcessWindowHost::ProcessWindow : public Window {
         shown_.activationToken = host_.token_.take();
         shown_.place.isMinimised = false;
         isVisible_ = true;
+        mustReport_ = true;
         scheduleShow();
     }
     bool isVisible() const override { return isVisible_; }
@@ -107,10 +110,16 @@ class ProcessWindowHost::ProcessWindow : public Window {
             if (!isVisible_) return;
             if (!process().isRunning()) shown_.acknowledged = 0;  // a new process counts the user's changes from 1
             process().show(shown_);
+            if (std::exchange(mustReport_, false)) showing_ = process().listenForShowing([this] { report(); });
         });
+    }
+    void report() {
+        showing_.reset();
+        if (onShown_) onShown_();
     }
     void hide() {
         if (!std::exchange(isVisible_, false)) return;
+        showing_.reset();
         process().hideWindow();
     }
 
@@ -145,6 +154,9 @@ class ProcessWindowHost::ProcessWindow : public Window {
     ShowWindow shown_;
     bool isVisible_ = false;
     bool isShowScheduled_ = false;
+    std::function<void()> onShown_;
+    bool mustReport_ = false;
+    WindowProcess::Showings::Token showing_;
     WindowProcess::Messages::Token listening_;
     WindowProcess::Ends::Token ends_;
     Lifetime lifetime_;

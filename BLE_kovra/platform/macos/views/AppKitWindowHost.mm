@@ -70,6 +70,7 @@ class AppKitWindow : public Window {
     void setStyleMask(unsigned mask) override { [window_ setStyleMask:static_cast<NSWindowStyleMask>(mask)]; }
     void setContentSize(Size size) override { [window_ setContentSize:NSMakeSize(size.width, size.height)]; }
     void setReleasedWhenClosed(bool isReleased) override { [window_ setReleasedWhenClosed:isReleased]; }
+    void setOnShown(std::function<void()> onShown) override { onShown_ = std::move(onShown); }
     void center() override { [window_ center]; }
 
     void makeKeyAndOrderFront() override {
@@ -77,6 +78,7 @@ class AppKitWindow : public Window {
         if ([window_ isMiniaturized]) [window_ deminiaturize:nil];
         [window_ makeKeyAndOrderFront:nil];
         [window_ orderFrontRegardless];  // works even if the system does not let the program come to the front
+        if (onShown_) queue_.async(onShown_);
     }
     bool isVisible() const override { return [delegate_ isVisible]; }
 
@@ -103,6 +105,7 @@ class AppKitWindow : public Window {
     MainQueue& queue_;
     ViewSite site_;
     View content_;
+    std::function<void()> onShown_;
     std::unique_ptr<RealisedView> root_;
     KovraContentController* controller_;
     NSWindow* window_;

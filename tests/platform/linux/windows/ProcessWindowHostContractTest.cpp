@@ -12,7 +12,8 @@ class ProcessWindowHostDriver {
     using Path = std::vector<std::string>;
 
     WindowHost& host() { return host_; }
-    // Runs a few turns of the queue. Waits until the process has received everything that was sent in them.
+    // Runs a few turns of the queue. Waits until the process has received everything that was sent in them, and has
+    // reported that it is shown.
     void settle() {
         for (int turn = 0; turn < 4; ++turn) standIn_.let({});
         if (!standIn_.isRunning()) return;
@@ -20,6 +21,15 @@ class ProcessWindowHostDriver {
         standIn_.turnUntil([&] {
             const auto newest = standIn_.newest<PopUpMenu>();
             return newest && newest->asked.count() == settled_;
+        });
+        bool isShown = false;
+        const auto showing = standIn_.process().listenForShowing([&] { isShown = true; });
+        standIn_.turnUntil([&] {
+            if (const auto asked = standIn_.newest<Ping>(); asked && asked->number != answered_) {
+                answered_ = asked->number;
+                standIn_.send(Pong{answered_});
+            }
+            return isShown;
         });
         standIn_.process().release();
     }
@@ -47,6 +57,7 @@ class ProcessWindowHostDriver {
     ProcessWindowHost host_{loop_, standIn_.process(), token_, workspace_};
     std::uint64_t changes_ = 0;
     std::int64_t settled_ = 0;
+    std::uint64_t answered_ = 0;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(ProcessWindowHost, WindowHostContract, ProcessWindowHostDriver);
