@@ -5,6 +5,7 @@ These are the desktops on X11, and those on Wayland whose screen is a window on 
 
 import contextlib
 import functools
+import itertools
 import os
 import pathlib
 import re
@@ -34,8 +35,8 @@ class OnX:
     @functools.cached_property
     def _screen(self):
         # An X client finds a server only by its number.
-        number = os.getpid()
         SERVERS.mkdir(mode=0o1777, exist_ok=True)
+        number = next(one for one in itertools.count(os.getpid()) if not os.path.lexists(SERVERS / f"X{one}"))
         link = SERVERS / f"X{number}"
         link.symlink_to(self.session.container.path(DISPLAY))
         try:

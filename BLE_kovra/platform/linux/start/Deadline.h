@@ -9,7 +9,7 @@ namespace kovra {
 // The end of the time for which a program that is ending waits for its desktop. It starts when this object is made.
 class Deadline {
   public:
-    static constexpr std::chrono::milliseconds longest{100};
+    static constexpr std::chrono::milliseconds longest{1000};
 
     // Waits until the descriptor is readable. Returns false if it is not by the deadline, or if a signal arrives.
     bool waitFor(int descriptor) const {
