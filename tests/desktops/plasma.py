@@ -11,7 +11,7 @@ import kwin
 import look
 from item import BUS, WATCHER, Caller, item_of_program
 from shell import Entry, Shell, Window
-from waiting import Failed, check, now, wait_for
+from waiting import Failed, check, now, repeat, wait_for
 
 NAME = "plasma"
 PACKAGES = ("plasma-desktop", "plasma-workspace", "kwin-wayland", "kwin-x11", "xdg-desktop-portal-kde", "breeze",
@@ -243,13 +243,11 @@ class Plasma(Shell):
         found = lambda thing: "BLE-kovra" in thing.label and thing.has(accessible.SHOWING)
         wait_for(lambda: self._shown(found, "krunner"), "the launcher to find the program", 30)
 
-        def started():
+        def start():
             # KRunner ignores the key while it arranges what it has found.
             self.still_picture()
             self.press("Return")
-            with contextlib.suppress(Failed):
-                return wait_for(lambda: not self._shown(found, "krunner"), "the launcher to close", 5)
-        wait_for(started, "the launcher to start the program", 30)
+        repeat(start, lambda: not self._shown(found, "krunner"), "the launcher to start the program", 30)
 
     def expect_tool_tip(self, text):
         left, top, right, bottom = self.icon()

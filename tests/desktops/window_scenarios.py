@@ -1,11 +1,9 @@
 """Scenarios of the windows: who gets the keyboard, the title bar, what a screen reader reads, sizes of texts."""
 
-import contextlib
-
 import spoken_windows
 from scenarios import SIMULATED, scenario
 from texts import LOCALES, TEXTS
-from waiting import Failed, check, wait_for
+from waiting import Failed, check, repeat, wait_for
 from world import ASKED, BINARY, TITLES, NotPossible
 
 # How much wider the window becomes at least. It has a reserve for fonts of up to 11 points.
@@ -73,11 +71,7 @@ def title_bar(world):
     world.keep_picture("title-bar", window)
     close, minimize = world.shell.title_buttons(window)
     if minimize:
-        def minimizes():
-            world.shell.click(*minimize)
-            with contextlib.suppress(Failed):
-                return wait_for(lambda: not world.window().is_shown, "the window to be minimized", 5)
-        wait_for(minimizes, "the window to be minimized", 20)
+        repeat(lambda: world.shell.click(*minimize), lambda: not world.window().is_shown, "the window to be minimized")
         world.shell.launch("ble-kovra")
         world.expect_window_in_front()
     else:

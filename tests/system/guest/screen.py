@@ -1,11 +1,12 @@
 """Runs an X server (Xvfb) for one scenario, simulates key presses, and finds the program's windows."""
 
 import contextlib
+import functools
 import os
 import signal
 import subprocess
 
-from waiting import Failed, wait_for
+from waiting import repeat, wait_for
 
 # X keycodes of a PC keyboard.
 CONTROL, ALT, T = 37, 64, 28
@@ -28,12 +29,11 @@ class Screen:
         """Presses the keys in this order, and then releases them in reverse order."""
         from Xlib import X
         from Xlib.ext import xtest
-        with self._connection() as keyboard:
-            for key in keys:
-                xtest.fake_input(keyboard, X.KeyPress, key)
-            for key in reversed(keys):
-                xtest.fake_input(keyboard, X.KeyRelease, key)
-            keyboard.sync()
+        for key in keys:
+            xtest.fake_input(self._connection, X.KeyPress, key)
+        for key in reversed(keys):
+            xtest.fake_input(self._connection, X.KeyRelease, key)
+        self._connection.sync()
 
     def press_hot_key(self):
         self.press(CONTROL, ALT, T)
@@ -42,12 +42,11 @@ class Screen:
         """Returns the sizes of the program's visible windows in pixels. No window manager adds frames to them."""
         from Xlib import X, error
         seen = []
-        with self._connection() as eye:
-            for window in eye.screen().root.query_tree().children:
-                with contextlib.suppress(error.BadWindow, error.BadDrawable):
-                    if window.get_attributes().map_state == X.IsViewable and window.get_wm_name() == "BLE-kovra":
-                        size = window.get_geometry()
-                        seen.append((size.width, size.height))
+        for window in self._connection.screen().root.query_tree().children:
+            with contextlib.suppress(error.BadWindow, error.BadDrawable):
+                if window.get_attributes().map_state == X.IsViewable and window.get_wm_name() == "BLE-kovra":
+                    size = window.get_geometry()
+                    seen.append((size.width, size.height))
         return seen
 
     def shows_settings(self):
@@ -61,20 +60,13 @@ class Screen:
 
     def wait_keyboard(self):
         from Xlib import X
-        with self._connection() as eye:
-            wait_for(lambda: eye.get_input_focus().focus not in (X.NONE, X.PointerRoot),
-                     "a window to have the keyboard focus")
+        wait_for(lambda: self._connection.get_input_focus().focus not in (X.NONE, X.PointerRoot),
+                 "a window to have the keyboard focus")
 
     def answer_alert(self, key):
         """Answers the only alert with this key. A new alert ignores keys for a moment, so the key is pressed again."""
         self.wait_keyboard()
-
-        def is_answered():
-            self.press(key)
-            with contextlib.suppress(Failed):
-                wait_for(lambda: not self.alerts(), "the alert to close", 2)
-            return not self.alerts()
-        wait_for(is_answered, "the alert to be answered")
+        repeat(lambda: self.press(key), lambda: not self.alerts(), "the alert to close", limit=90, patience=2)
 
     def hang(self):
         self._server.send_signal(signal.SIGSTOP)
@@ -87,6 +79,7 @@ class Screen:
             with contextlib.suppress(subprocess.TimeoutExpired):
                 self._server.wait(1)
 
+    @functools.cached_property
     def _connection(self):
         from Xlib import display
-        return contextlib.closing(display.Display(self.name))
+        return display.Display(self.name)

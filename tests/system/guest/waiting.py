@@ -1,5 +1,6 @@
 """Functions that wait for a condition, or until a time of CLOCK_MONOTONIC (in seconds)."""
 
+import contextlib
 import os
 import threading
 import time
@@ -39,6 +40,19 @@ def wait_for(condition, text, limit=90.0):
             # Check again after 50 ms, since not every change notifies. After a slow check, wait as long as the check
             # took.
             changed.wait(max(0.05, now() - begun))
+
+
+def repeat(action, condition, text, limit=20.0, patience=5.0):
+    """Calls `action` until `condition` holds, as a person does whose click went unnoticed. Returns what wait_for() does.
+
+    Each call gets `patience` seconds to work.
+    """
+    def works():
+        action()
+        with contextlib.suppress(Failed):
+            return wait_for(condition, text, patience)
+        return None
+    return wait_for(works, text, limit)
 
 
 def stay_until(moment):
