@@ -9,7 +9,7 @@ from PIL import Image
 
 from item import Caller
 from shell import KEYS, Entry, Shell, Window
-from waiting import check, now, wait_for
+from waiting import check, now, repeat, wait_for
 
 NAME = "gnome"
 PACKAGES = ("gnome-shell", "gnome-session", "gnome-shell-extension-appindicator", "xdg-desktop-portal-gnome",
@@ -127,7 +127,7 @@ class Gnome(Shell):
 
     def is_busy(self):
         return self.evaluate("imports.gi.Shell.WindowTracker.get_default().get_startup_sequences()"
-                             ".some(one => !one.get_completed())")
+                             ".filter(one => !one.get_completed()).map(one => one.get_id())")
 
     def icon(self):
         # The icon of a program that has ended has no name, and stays in the panel for half a second.
@@ -152,6 +152,12 @@ class Gnome(Shell):
             before = focus()
             self.press("Tab")
             wait_for(lambda: focus() != before, "the keyboard to move on", 20)
+
+    def choose_first_entry(self):
+        # The menu ignores keys until it has the keyboard.
+        repeat(lambda: self.press("Down"), lambda: self.evaluate("indicator().menu._getMenuItems()[0].active"),
+               "the first entry to be selected", patience=2)
+        self.press("Return")
 
     def accept_key(self, dialogue):
         """Clicks the button "Add" of the dialogue for a hot key."""

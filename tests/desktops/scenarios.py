@@ -3,7 +3,7 @@
 import look
 from item import PROGRAM
 from texts import HINT, MUTE
-from waiting import check, now, wait_for
+from waiting import Failed, check, now, wait_for
 from world import ASKED, BINARY, TITLES, NotPossible
 
 SCENARIOS = {}
@@ -34,7 +34,7 @@ def launcher(world):
     world.find_item()
     shown = now() - started
     limit = 6 if world.shell.stays_busy else PROMPT
-    wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", limit)
+    _expect_idle(world, limit)
     ended = now() - started
     if not world.shell.marks_starts():
         world.remark("without a graphics device the desktop's pointer does not become busy")
@@ -69,8 +69,7 @@ def mouse(world):
     node = mice.plug("Mouse")
     world.expect_flag(True)
     on = now() - begun
-    muted = world.icon_picture(lambda picture: picture.tobytes() != plain.tobytes(), "the slash to appear")
-    check(look.is_slash(look.changed(plain, muted)), "the change in the icon is not a slash")
+    world.icon_picture(lambda picture: look.is_slash(look.changed(plain, picture)), "the slash to appear")
     status = TITLES["status.blocked"]
     if world.shell.HAS_TOOL_TIPS:
         world.shell.expect_tool_tip(status)
@@ -99,7 +98,7 @@ def menu(world):
     for is_muted in (True, False):
         world.choose_entry(TITLES["block"])
         world.expect_flag(is_muted)
-        wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", PROMPT)
+        _expect_idle(world)
         wait_for(lambda: world.item.checked(MUTE) == is_muted, "the tick to follow")
         _expect_ticks(world, [TITLES["block"]] if is_muted else [])
     world.choose_entry(TITLES["menu.launchAtLogin"], button=3)
@@ -116,7 +115,7 @@ def menu(world):
     world.choose_entry(TITLES["menu.quit"])
     wait_for(lambda: not world.processes(), "the program to end", 20)
     wait_for(lambda: world.shell.icon() is None, "the icon to leave the panel", 20)
-    wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", PROMPT)
+    _expect_idle(world)
 
 
 @scenario("The settings open in front, with the keyboard: from the menu, at a second start, and on the action.")
@@ -133,7 +132,7 @@ def settings(world):
         check(window.app.removesuffix(".desktop") == PROGRAM, f"the desktop takes the window for {window.app!r}")
         if way in ("menu", "launcher"):
             world.expect_window_in_front()
-            wait_for(lambda: not world.shell.is_busy(), "the pointer to stop being busy", PROMPT)
+            _expect_idle(world)
         else:
             if not wait_for(world.window_or_hint, f"the window in front or a hint, from the {way}", 20).has_keyboard:
                 behind.append(way)
@@ -257,6 +256,19 @@ def _menu_with_all_entries(world):
               TITLES["menu.activate"], TITLES["menu.about"], TITLES["menu.quit"]]
     shown = world.shell.menu() or []
     return shown if [entry.title for entry in shown if entry.title] == wanted else None
+
+
+def _expect_idle(world, limit=PROMPT):
+    """Waits until the pointer stops being busy."""
+    seen = [None]
+
+    def is_idle():
+        seen[0] = world.shell.is_busy()
+        return not seen[0]
+    try:
+        wait_for(is_idle, "the pointer to stop being busy", limit)
+    except Failed as failure:
+        raise Failed(f"{failure}: {seen[0]}") from None
 
 
 def _expect_toggles(world):
