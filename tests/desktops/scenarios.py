@@ -3,7 +3,7 @@
 import look
 from item import PROGRAM
 from texts import HINT, MUTE
-from waiting import Failed, check, now, wait_for
+from waiting import Failed, check, now, repeat, wait_for
 from world import ASKED, BINARY, TITLES, NotPossible
 
 SCENARIOS = {}
@@ -92,7 +92,10 @@ def menu(world):
     for button in (1, 3):
         world.open_menu(button)
         # The hint about the hot key changes once the desktop has answered.
-        shown = wait_for(lambda: _menu_with_all_entries(world), f"all entries of the menu, button {button}", 20)
+        try:
+            shown = wait_for(lambda: _menu_with_all_entries(world), f"all entries of the menu, button {button}", 20)
+        except Failed as failure:
+            raise Failed(f"{failure}: {_titles(world.shell.menu())}, not {_wanted_titles(world)}") from None
         check(not any(entry.is_checked for entry in shown), f"button {button}: the menu shows a tick")
         world.close_menu()
     for is_muted in (True, False):
@@ -252,10 +255,17 @@ ENDS_SESSION = {"log_out"}
 
 def _menu_with_all_entries(world):
     """Returns the entries of the open menu if they are the eight of the program, with the separator; otherwise None."""
-    wanted = [TITLES["block"], world.item.entries()[HINT].title, TITLES["menu.settings"], TITLES["menu.launchAtLogin"],
-              TITLES["menu.activate"], TITLES["menu.about"], TITLES["menu.quit"]]
-    shown = world.shell.menu() or []
-    return shown if [entry.title for entry in shown if entry.title] == wanted else None
+    shown = world.shell.menu()
+    return shown if _titles(shown) == _wanted_titles(world) else None
+
+
+def _titles(menu):
+    return [entry.title for entry in menu or [] if entry.title]
+
+
+def _wanted_titles(world):
+    return [TITLES["block"], world.item.entries()[HINT].title, TITLES["menu.settings"], TITLES["menu.launchAtLogin"],
+            TITLES["menu.activate"], TITLES["menu.about"], TITLES["menu.quit"]]
 
 
 def _expect_idle(world, limit=PROMPT):
@@ -273,8 +283,9 @@ def _expect_idle(world, limit=PROMPT):
 
 def _expect_toggles(world):
     for is_muted in (True, False):
-        world.shell.press("Control", "Alt", "t")
-        world.expect_flag(is_muted)
+        # A desktop may need a moment from its answer until it watches the key.
+        repeat(lambda: world.shell.press("Control", "Alt", "t"), lambda: world.has_flag(is_muted),
+               f"the hot key to {'mute' if is_muted else 'unmute'}")
 
 
 def _expect_ticks(world, titles):

@@ -148,9 +148,11 @@ class World:
     def program(self):
         return Program(self.session.bus)
 
+    def has_flag(self, muted):
+        return self.session.flag() == ("on" if muted else "off")
+
     def expect_flag(self, muted, limit=20):
-        wanted = "on" if muted else "off"
-        wait_for(lambda: self.session.flag() == wanted, f'the flag to say "{wanted}"', limit)
+        wait_for(lambda: self.has_flag(muted), f'the flag to say "{"on" if muted else "off"}"', limit)
 
     def mice(self):
         """Returns simulated devices for programs that run() starts with their environment."""
