@@ -255,7 +255,6 @@ bool WindowProcess::hide(std::size_t kind, const ToWindow& hideMessage) {
 
 void WindowProcess::linger() {
     cancel(lingerTimer_);
-    if (!running_) return;
     lingerTimer_ = loop_.asyncAfter(timing_.linger, [this] {
         lingerTimer_.reset();
         endIfIdle();

@@ -50,6 +50,14 @@ TEST_F(WindowProcessTest, EndsEvenIfItIgnoresItsSocket) {
     waitFor([&] { return !hasChildren(); });
 }
 
+TEST_F(WindowProcessTest, EndsEvenIfItIgnoresTheSignal) {
+    use("trap '' TERM; echo $$ >$here/pid; exec cat <&3 >/dev/null");
+    show("tip");
+    waitFor([&] { return pid() > 0; });
+    window->hideTray();
+    waitFor([&] { return !hasChildren(); });
+}
+
 TEST_F(WindowProcessTest, StartsAgainAfterItEnded) {
     use("echo >>$here/starts; exec cat <&3 >/dev/null");
     for (std::size_t round = 1; round < 4; ++round) {

@@ -211,6 +211,14 @@ TEST(EncodingTest, SurvivesAWrongValueAnywhere) {
     }
 }
 
+TEST(EncodingTest, RejectsANumberInPlaceOfABoolean) {
+    Json message = Json::parse(encode(ToWindow(ShowWindow())));
+    EXPECT_TRUE(message["place"]["minimised"].is_boolean()) << message;
+    EXPECT_TRUE(decodeToWindow(message.dump()));
+    message["place"]["minimised"] = 1;
+    EXPECT_FALSE(decodeToWindow(message.dump()));
+}
+
 TEST(EncodingTest, RejectsAnObjectInPlaceOfAList) {
     Json message = Json::parse(encode(ToWindow(ShowTray())));
     EXPECT_TRUE(message["menu"]["items"].is_array());
