@@ -67,9 +67,7 @@ class Gnome(Shell):
     OWN_COMPLAINTS = {
         "does not support activation":
             "at a double click GNOME's AppIndicator extension logs that the icon has nothing but a menu",
-        "Failed to add PIDs to scope":
-            "systemd logs it when a second start has ended before GNOME moves it into a group of its own",
-    }
+    } | Shell.OWN_COMPLAINTS
     WIDTH, HEIGHT = 1920, 1200
 
     @property

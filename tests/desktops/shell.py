@@ -44,7 +44,9 @@ class Shell:
     WIDTH, HEIGHT = 1280, 800
     CAN_SCALE = True
     # What the desktop logs about the program for a reason of its own: a part of the line, and what users are told.
-    OWN_COMPLAINTS = {}
+    OWN_COMPLAINTS = dict.fromkeys(
+        ("Failed to add PIDs to scope", ".scope: Failed with result 'resources'", ".scope - BLE-kovra"),
+        "systemd logs it when a second start has ended before the desktop moves it into a group of its own")
 
     def __init__(self, session):
         self.session = session

@@ -19,7 +19,7 @@ def alert(world):
         world.find_item()
         wait_for(world.alert, "the alert", 30)
         wait_for(lambda: world.alert().has_keyboard, "the alert in front", 20)
-        world.keep_picture("alert", world.alert())
+        world.keep_picture("alert", world.alert)
         world.close_alert()
 
 
@@ -67,9 +67,9 @@ def title_bar(world):
     world.start()
     world.program.perform("settings")
     wait_for(world.window, "the settings", 30)
-    window = world.bring_to_front()
-    world.keep_picture("title-bar", window)
-    close, minimize = world.shell.title_buttons(window)
+    world.bring_to_front()
+    world.keep_picture("title-bar", world.window)
+    close, minimize = world.shell.title_buttons(world.window())
     if minimize:
         repeat(lambda: world.shell.click(*minimize), lambda: not world.window().is_shown, "the window to be minimized")
         world.shell.launch("ble-kovra")
@@ -96,7 +96,7 @@ def text_size(world):
             world.start()
             world.program.perform("settings")
             wait_for(grown, "a larger window", 30)
-        world.keep_picture("text-size", world.window())
+        world.keep_picture("text-size", world.window)
         share = _width(world.window()) / before
     finally:
         world.shell.set_text_size(1)

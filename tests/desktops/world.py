@@ -72,7 +72,8 @@ class World:
 
     def remark(self, text):
         """Adds a remark for users to the scenario's cell in the table."""
-        self.remarks.append(text)
+        if text not in self.remarks:
+            self.remarks.append(text)
 
     # The program
 
@@ -288,8 +289,10 @@ class World:
     # What is left behind
 
     def keep_picture(self, name, window=None):
-        """Keeps a picture of the screen for people to look at. If a window is given, the picture shows it."""
-        shows = lambda picture: window is None or self.shell.paper(picture, window)
+        """Keeps a picture of the screen for people to look at. It shows what `window` returns, such as window()."""
+        def shows(picture):
+            shown = window and window()
+            return window is None or (shown and self.shell.paper(picture, shown))
         self.shell.still_picture(shows, "a picture of the window").save(self._kept / f"{self.desktop.name}-{name}.png")
 
     def leave_behind(self, name):
