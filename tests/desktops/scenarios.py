@@ -224,9 +224,11 @@ def panel(world):
 @scenario("The desktop's log has no warning about the program, and the program adds no line that is not promised.")
 def journal(world):
     world.start(muted=True)
-    world.program.perform("settings")
-    wait_for(world.window, "the window", 30)
-    world.close_settings()
+    # A toolkit may complain only if the window had the keyboard at its end, and only sometimes.
+    for _ in range(4):
+        world.program.perform("settings")
+        wait_for(world.window, "the window", 30)
+        world.close_settings()
     world.program.perform("quit")
     wait_for(lambda: not world.processes(), "the program to end", 20)
     wrong = world.session.complaints()

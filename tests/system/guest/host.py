@@ -37,3 +37,5 @@ class Host:
         data = json.dumps(message).encode() + b"\n"
         while data:
             data = data[os.write(self._file, data):]
+        # Or else the machine may be switched off before the line has left it.
+        termios.tcdrain(self._file)
