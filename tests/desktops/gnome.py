@@ -9,7 +9,7 @@ from PIL import Image
 
 from item import Caller
 from shell import KEYS, Entry, Shell, Window
-from waiting import check, now, repeat, wait_for
+from waiting import Failed, check, now, repeat, wait_for
 
 NAME = "gnome"
 PACKAGES = ("gnome-shell", "gnome-session", "gnome-shell-extension-appindicator", "xdg-desktop-portal-gnome",
@@ -144,7 +144,7 @@ class Gnome(Shell):
         """Moves the keyboard to the icon, as the page of shortcuts in GNOME's settings says."""
         self.press("Control", "Alt", "Tab")
         on_panel = "!!global.stage.key_focus && Main.panel.contains(global.stage.key_focus)"
-        wait_for(lambda: self.evaluate(on_panel), "the keyboard on the panel", 20)
+        wait_for(lambda: self.evaluate(f"{on_panel} && Main.modalCount === 0"), "the keyboard on the panel", 20)
         focus = lambda: self.evaluate("String(global.stage.key_focus).split(' ')[0]")
         while not self.evaluate("global.stage.key_focus === indicator()"):
             before = focus()
@@ -152,10 +152,21 @@ class Gnome(Shell):
             wait_for(lambda: focus() != before, "the keyboard to move on", 20)
 
     def choose_first_entry(self):
-        # The menu ignores keys until it has the keyboard.
-        repeat(lambda: self.press("Down"), lambda: self.evaluate("indicator().menu._getMenuItems()[0].active"),
-               "the first entry to be selected", patience=2)
+        # The menu ignores keys until it has the keyboard. It never gets it if GNOME 48 closes its switcher, which
+        # focus_icon() has opened, only afterwards.
+        try:
+            self._select_first_entry(8)
+        except Failed:
+            self.press("Escape")
+            self.focus_icon()
+            self.press("Return")
+            wait_for(self.menu, "the menu to open", 20)
+            self._select_first_entry(20)
         self.press("Return")
+
+    def _select_first_entry(self, limit):
+        repeat(lambda: self.press("Down"), lambda: self.evaluate("indicator().menu._getMenuItems()[0].active"),
+               "the first entry to be selected", limit, patience=2)
 
     def accept_key(self, dialogue):
         """Clicks the button "Add" of the dialogue for a hot key."""
