@@ -79,7 +79,7 @@ class GnomeOnX(OnX, Gnome):
         return self._bus.call(*BUS, "GetNameOwner", GLib.Variant("(s)", (SHELL[0],)))[0]
 
     def _is_new(self, before):
-        with contextlib.suppress(Failed):  # its name is not on the bus meanwhile
+        with contextlib.suppress(Failed):  # its name or its object is not on the bus meanwhile
             return self._owner() != before and self.is_ready()
         return False
 

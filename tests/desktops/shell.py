@@ -43,6 +43,7 @@ class Shell:
     # The size of the screen at scale 1.
     WIDTH, HEIGHT = 1280, 800
     CAN_SCALE = True
+    THICKEST_PANEL = 60
     # What the desktop logs about the program for a reason of its own: a part of the line, and what users are told.
     OWN_COMPLAINTS = dict.fromkeys(
         ("Failed to add PIDs to scope", ".scope: Failed with result 'resources'", ".scope - BLE-kovra"),

@@ -19,6 +19,7 @@ def alert(world):
         world.find_item()
         wait_for(world.alert, "the alert", 30)
         wait_for(lambda: world.alert().has_keyboard, "the alert in front", 20)
+        world.expect_centered(world.alert)
         world.keep_picture("alert", world.alert)
         world.close_alert()
 
@@ -67,6 +68,7 @@ def title_bar(world):
     world.start()
     world.program.perform("settings")
     wait_for(world.window, "the settings", 30)
+    world.expect_centered(world.window)
     world.bring_to_front()
     world.keep_picture("title-bar", world.window)
     close, minimize = world.shell.title_buttons(world.window())

@@ -246,6 +246,19 @@ class World:
         window = wait_for(so, "the window in front, with the keyboard", 30)
         return window
 
+    def expect_centered(self, window):
+        """Expects that what `window` returns is in the middle of the screen, without the panel. Wayland decides itself."""
+        def is_centered():
+            left, top, right, bottom = window().box
+            return (abs(left + right - self.shell.WIDTH) <= 4 and
+                    abs(top + bottom - self.shell.HEIGHT) <= self.shell.THICKEST_PANEL)
+        if self.desktop.is_wayland:
+            return
+        try:
+            wait_for(is_centered, "the window in the middle of the screen", 5)
+        except Failed as failure:
+            raise Failed(f"{failure}: it is at {window().box}") from None
+
     def close_settings(self):
         """Closes the window, which need not have the keyboard: a click on it comes first."""
         self.bring_to_front()

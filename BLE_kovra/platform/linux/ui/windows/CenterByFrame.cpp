@@ -21,7 +21,13 @@ QPoint centeredCorner(const QWidget& window) {
     return {std::max(frame.left(), area.left()), std::max(frame.top(), area.top())};
 }
 
-// An event filter that centers the window again once it is exposed. By then it has its frame.
+// While a window manager puts the window into its frame, the toolkit may report negative margins. KWin 6.3 was seen to
+// cause this: its frame is one pixel large at first.
+bool isKnown(const QMargins& frame) {
+    return std::min({frame.left(), frame.top(), frame.right(), frame.bottom()}) >= 0;
+}
+
+// An event filter that centers the window again once it is exposed and its frame is known.
 class CenterOnExpose : public QObject {
   public:
     explicit CenterOnExpose(QWidget& window) : QObject(&window), window_(window) {
@@ -31,7 +37,8 @@ class CenterOnExpose : public QObject {
   private:
     bool eventFilter(QObject* object, QEvent* event) override {
         QWindow& shown = *window_.windowHandle();
-        if (event->type() == QEvent::Expose && shown.isExposed()) {
+        const bool mayHaveFrame = event->type() == QEvent::Expose || event->type() == QEvent::Move;
+        if (mayHaveFrame && shown.isExposed() && isKnown(shown.frameMargins())) {
             shown.removeEventFilter(this);
             deleteLater();
             // QWidget::move() would also change which corner the window manager takes the position for. It might move
