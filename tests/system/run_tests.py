@@ -2,7 +2,8 @@
 """Runs the system tests: boots three virtual machines, which run the scenarios, and reports the results.
 
 The first machine runs only the program on a kernel. The others are whole laptops, with systemd and people who log in.
-One of them is for the scenarios of the installation.
+One of them is for the scenarios of the installation. A fourth machine, "long", is booted only if it is named: it skips
+the time in which nothing happens, and plays a long life.
 """
 
 import argparse
@@ -19,7 +20,8 @@ from machine import BARE, LAPTOP, Machine, MachineFailed
 from qmp import QMPError
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-MACHINES = {"bare": BARE, "laptop": LAPTOP, "installation": LAPTOP}
+LONG = "long"
+MACHINES = {"bare": BARE, "laptop": LAPTOP, "installation": LAPTOP, LONG: LAPTOP}
 
 
 def main():
@@ -30,8 +32,9 @@ def main():
     parser.add_argument("--built", action="store_true", help="take the packages that were built last")
     parser.add_argument("--earlier", type=pathlib.Path, metavar="FOLDER",
                         help="the packages of another version or release, for the scenarios that upgrade and downgrade")
-    parser.add_argument("--events", type=int, default=60, help="how many events the scenario random_life plays")
-    parser.add_argument("--seed", type=int, default=0, help="the seed of random_life, instead of a new one")
+    parser.add_argument("--events", type=int, default=60,
+                        help="how many events the scenario random_life plays, and how many plugs long_life")
+    parser.add_argument("--seed", type=int, default=0, help="the seed of these two, instead of a new one")
     parser.add_argument("--keep", action="store_true", help="keep the machines' logs, also when all went well")
     arguments = parser.parse_args()
     logs = pathlib.Path(tempfile.mkdtemp(prefix="kovra-system-"))
@@ -46,13 +49,14 @@ def main():
                 "life": {"events": arguments.events, "seed": arguments.seed}}
         machine_kernel = kernel.prepare(ROOT / "build/vm/kernel", say)
         task["modules"] = str(machine_kernel.modules)
-        chosen = [arguments.machine] if arguments.machine else list(MACHINES)
+        chosen = [arguments.machine] if arguments.machine else [name for name in MACHINES if name != LONG]
         for name in chosen:
             if MACHINES[name] == LAPTOP:
                 task["packages"] = built_packages.paths()
                 task["earlier"] = built_packages.paths(arguments.earlier) if arguments.earlier else []
             say(f"starting the machine {name}")
-            play(Machine(machine_kernel, logs / name, MACHINES[name]), {**task, "machine": name}, tally, name)
+            machine = Machine(machine_kernel, logs / name, MACHINES[name], skips_idle_time=name == LONG)
+            play(machine, {**task, "machine": name}, tally, name)
     except (kernel.KernelMissing, BusyboxMissing, built_packages.PackagesMissing) as failure:
         tally.fail("the machines", str(failure))
     except KeyboardInterrupt:

@@ -30,6 +30,10 @@ class Inhibitions:
         (OWN / "events/kovra/inhibit/enable").write_text("1")
         threading.Thread(target=self._read, daemon=True).start()
 
+    def forget(self):
+        """Forgets all writes until now."""
+        self._noted = []
+
     def wait(self, device, on, since=0.0, limit=90.0):
         """Waits for a write of this value to the device's attribute at or after `since`, and returns its time."""
         try:

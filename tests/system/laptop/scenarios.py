@@ -1,4 +1,4 @@
-"""Runs the scenarios of one of the two laptops, in the order of its modules."""
+"""Runs the scenarios of one of the laptops, in the order of its modules."""
 
 import importlib
 
@@ -10,6 +10,7 @@ MODULES = {
     "laptop": ["ground", "muting", "control", "ends", "switching", "attacks", "storms", "floods", "left_files",
                "hidden_processes", "hanging", "bad_days", "sleeping", "random_life"],
     "installation": ["versions", "walls_of_the_helper", "installed", "activation", "packages", "upgrades"],
+    "long": ["long_life"],
 }
 
 

@@ -40,24 +40,27 @@ def suspends():
     return int((POWER / "suspend_stats" / "success").read_text())
 
 
-def suspend():
-    """Suspends the laptop through the login manager. The kernel only freezes all processes for a second.
+def suspend(seconds):
+    """Suspends the laptop through the login manager. The kernel only freezes all processes for this time.
 
     It cannot suspend the devices of the virtual machine: its root file system would not survive that.
     """
     (POWER / "pm_test").write_text("freezer")
-    DELAY.write_text("1")
+    DELAY.write_text(str(seconds))
     before = suspends()
     run("systemctl", "suspend")
     wait_for(lambda: suspends() > before, "the laptop to resume")
 
 
 @contextlib.contextmanager
-def asleep(application):
-    """Lets the laptop sleep for eight hours. The `with` block changes devices that nobody notices until the resume."""
+def asleep(application, seconds=1):
+    """Lets the laptop sleep for eight hours. The `with` block changes devices that nobody notices until the resume.
+
+    That many seconds of the sleep do pass, during which the kernel does nothing.
+    """
     with frozen(group_of(application.pid), GROUPS / "system.slice/systemd-udevd.service"):
         yield
-        suspend()
+        suspend(seconds)
         time.clock_settime(time.CLOCK_REALTIME, time.time() + 8 * 3600)
 
 
