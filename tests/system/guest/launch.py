@@ -72,7 +72,7 @@ def explained(world):
         wait_for(lambda: SETTINGS in screen.windows(), "the settings window that the second start opens")
         check(len(screen.alerts()) == 1, "the alert was closed")
 
-        screen.wait_keyboard()
+        screen.wait_keyboard_of_alert()
         screen.press(TAB)
         screen.press(SPACE)
         screen.wait_alerts(0)

@@ -59,13 +59,28 @@ class Screen:
         wait_for(lambda: len(self.alerts()) == count, f"{count} alerts to be on the screen")
 
     def wait_keyboard(self):
-        from Xlib import X
-        wait_for(lambda: self._connection.get_input_focus().focus not in (X.NONE, X.PointerRoot),
-                 "a window to have the keyboard focus")
+        wait_for(self._focused, "a window to have the keyboard focus")
+
+    def wait_keyboard_of_alert(self):
+        wait_for(lambda: self._focused() not in [None, SETTINGS], "an alert to have the keyboard focus")
+
+    def _focused(self):
+        """Returns the size of the window with the keyboard focus, or None."""
+        from Xlib import X, error
+        focus = self._connection.get_input_focus().focus
+        if focus in (X.NONE, X.PointerRoot):
+            return None
+        with contextlib.suppress(error.BadWindow, error.BadDrawable):
+            root = self._connection.screen().root
+            while (parent := focus.query_tree().parent) != root:
+                focus = parent
+            size = focus.get_geometry()
+            return size.width, size.height
+        return None
 
     def answer_alert(self, key):
         """Answers the only alert with this key. A new alert ignores keys for a moment, so the key is pressed again."""
-        self.wait_keyboard()
+        self.wait_keyboard_of_alert()
         repeat(lambda: self.press(key), lambda: not self.alerts(), "the alert to close", limit=90, patience=2)
 
     def hang(self):

@@ -76,7 +76,7 @@ class LongLife:
         self._agree()
 
     def _interrupt_shortly(self, mouse):
-        stay_until(mouse.removed + self._chance.uniform(0, GRACE - 0.5))
+        stay_until(mouse.removed + self._chance.uniform(0, GRACE / 2))
         self._mouse = self._laptop.plug_mouse()
         self.census["plug"] += 1
         self.census["interruption"] += 1
