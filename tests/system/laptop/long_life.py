@@ -97,7 +97,8 @@ class LongLife:
     def suspend(self):
         """The laptop sleeps. Half of the time, the mouse is plugged in or unplugged meanwhile."""
         self.census["suspend"] += 1
-        with asleep(self._application, seconds=0):
+        # Without hours: setting the clock would change whether a word counts, which a real sleep does not.
+        with asleep(self._application, seconds=0, hours=0):
             if self._chance.random() < 0.5:
                 if self._mouse:
                     self._mouse.unplug()

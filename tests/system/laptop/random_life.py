@@ -41,12 +41,13 @@ class Person:
         shutil.copy("/bin/sleep", self._program)
 
     def start(self):
+        # The kernel notes the times of starts and of writes to 10 ms.
+        time.sleep(0.03)
         line = f"{self._program} 100000 </dev/null >/dev/null 2>&1 & echo $!"
         self.application = int(self.session.run(line))
         name = pathlib.Path(f"/proc/{self.application}/comm")
         wait_for(lambda: name.read_text().strip() == "ble-kovra", "the program to run")
         self.counts = False
-        # The kernel notes the times of starts and of writes to 10 ms.
         time.sleep(0.03)
 
     def kill(self):

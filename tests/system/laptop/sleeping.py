@@ -53,15 +53,15 @@ def suspend(seconds):
 
 
 @contextlib.contextmanager
-def asleep(application, seconds=1):
-    """Lets the laptop sleep for eight hours. The `with` block changes devices that nobody notices until the resume.
+def asleep(application, seconds=1, hours=8):
+    """Lets the laptop sleep for that long. The `with` block changes devices that nobody notices until the resume.
 
-    That many seconds of the sleep do pass, during which the kernel does nothing.
+    The kernel does nothing for the seconds. The hours do not pass: the real-time clock is set.
     """
     with frozen(group_of(application.pid), GROUPS / "system.slice/systemd-udevd.service"):
         yield
         suspend(seconds)
-        time.clock_settime(time.CLOCK_REALTIME, time.time() + 8 * 3600)
+        time.clock_settime(time.CLOCK_REALTIME, time.time() + hours * 3600)
 
 
 @scenario("If the mouse was unplugged while the laptop slept, the pad is unmuted at most 2 s after the resume. If "
